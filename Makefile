@@ -1,0 +1,43 @@
+# A thin face over CMake: the commands that people type.
+BUILD := build/release
+SAMPLE := build/sample
+PREFIX ?= /usr/local
+
+.PHONY: all run test bench sanitize format install setup build sample clean
+
+all: build
+
+setup:
+	@scripts/setup
+
+build: setup
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release
+
+sample: build
+	@$(BUILD)/bin/vorlen-sample $(SAMPLE)
+
+run: sample
+	@scripts/run-sample $(BUILD)/bin $(SAMPLE)
+
+test: build
+	@cd $(BUILD) && ctest --output-on-failure -j2
+
+sanitize: setup
+	@cmake --preset sanitize >/dev/null
+	@cmake --build --preset sanitize
+	@cd build/sanitize && ctest --output-on-failure -j2
+
+bench: setup
+	@cmake --preset release -DVORLEN_BENCH=ON >/dev/null
+	@cmake --build --preset release --target vorlen-bench
+	@scripts/bench $(BUILD)
+
+format:
+	@git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+install: build
+	@cmake --install $(BUILD) --prefix $(PREFIX)
+
+clean:
+	@rm -rf build

@@ -1,0 +1,35 @@
+# Warnings and sanitizers, carried to every target by linking.
+add_library(vorlen_options INTERFACE)
+target_compile_options(vorlen_options INTERFACE -Wall -Wextra -Wshadow)
+if(VORLEN_SANITIZE)
+    target_compile_options(vorlen_options INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(vorlen_options INTERFACE -fsanitize=address,undefined)
+    if(VORLEN_FUZZ)
+        target_compile_options(vorlen_options INTERFACE -fsanitize=fuzzer-no-link)
+    endif()
+endif()
+
+# vorlen_room(target SOURCES ... LINKS ...): the static library of one room.
+function(vorlen_room target)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    add_library(${target} STATIC ${ARG_SOURCES})
+    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(${target} PRIVATE vorlen_options PUBLIC ${ARG_LINKS})
+endfunction()
+
+# vorlen_test(room SOURCES ... LINKS ...): the GoogleTest program test_<room>.
+function(vorlen_test room)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    add_executable(test_${room} ${ARG_SOURCES})
+    target_include_directories(test_${room} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(test_${room} PRIVATE vorlen_options ${ARG_LINKS} GTest::gtest_main)
+    gtest_discover_tests(test_${room} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
+endfunction()
+
+# vorlen_bench(source LINKS ...): adds a source to the one benchmark program.
+function(vorlen_bench source)
+    cmake_parse_arguments(ARG "" "" "LINKS" ${ARGN})
+    target_sources(vorlen-bench PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/${source})
+    target_link_libraries(vorlen-bench PRIVATE ${ARG_LINKS})
+endfunction()
