@@ -1,0 +1,4 @@
+#pragma once
+
+/// Where an image came from.
+enum ImageFormat { NoImageFormat = 0, UnknownImageFormat = 1, ImgImageFormat = 2, TiffImageFormat = 3 };
