@@ -6,7 +6,8 @@
 #include <ostream>
 #include <string>
 
-template <class T> class SquareMatrix;
+template <class T>
+class SquareMatrix;
 
 /// Rectangular dense matrix: the first index is the row, the second the column.
 ///
@@ -27,7 +28,8 @@ template <class T> class SquareMatrix;
 ///   leave the range of T; the scale is exact and is taken back from the singular values.
 /// - A singular value of exactly 0 is never inverted, also when the tolerance is itself 0 (a zero matrix).
 /// - mean2() and var2() of integer types add up in 64 bits, so that the sum cannot overflow the element type.
-template <class T> class Matrix {
+template <class T>
+class Matrix {
 public:
     Matrix() = default;
     /// rows by cols, elements uninitialised.
@@ -92,7 +94,8 @@ public:
     void swapRows(int row1, int row2);
     Matrix transpose() const;
     /// Element by element conversion; between int, float, double and long double.
-    template <class U> Matrix<U> toType() const;
+    template <class U>
+    Matrix<U> toType() const;
 
     /// The title and a newline unless it is empty, then a line per row, formatted as Vector<T>::print does with the
     /// settings of NumericIO, whose transpose setting is off meanwhile.

@@ -1,7 +1,8 @@
 #pragma once
 
 /// Four values a + b i + c j + d k. Nothing is normalised.
-template <class T> struct Quaternion {
+template <class T>
+struct Quaternion {
     T a = T(1);
     T b = T(0);
     T c = T(0);

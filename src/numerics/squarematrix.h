@@ -15,7 +15,8 @@
 /// - eigenJacobi() reads the upper triangle only. It throws MathError for non-finite elements. From the thirtieth sweep
 ///   on, off-diagonal elements below the least normal number count as zero, since rotations among denormal numbers need
 ///   not die out; after 1000 sweeps MathError is thrown, which finite input is not known to reach.
-template <class T> class SquareMatrix : public Matrix<T> {
+template <class T>
+class SquareMatrix : public Matrix<T> {
 public:
     SquareMatrix() = default;
     /// n by n, elements uninitialised.
