@@ -1,0 +1,29 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+/// Text buffer of the shape writers: numbers in the stream's own precision, all handed over in one write.
+class ShapeWriter {
+public:
+    explicit ShapeWriter(std::ostream& stream);
+
+    /// A line `# n`.
+    void record(int value);
+
+    template <class T>
+    void number(T value);
+
+    void text(const char* literal) { __text += literal; }
+    void blank() { __text += ' '; }
+    void newLine() { __text += '\n'; }
+
+    /// Writes the buffer out. A failing stream raises FileWriteError with the given place; the file's name is added by
+    /// Shape::save. The stream's exception mask is as before in all cases.
+    void finish(const std::string& where);
+
+private:
+    std::ostream& __stream;
+    std::string __text;
+    int __precision;
+};
