@@ -1,0 +1,152 @@
+#pragma once
+
+#include <vector>
+
+#include "document/modelitemproperties.h"
+#include "document/modelitemselection.h"
+#include "shapes/boundingbox.h"
+#include "shapes/vertices.h"
+
+class Model;
+class ModelItemOwner;
+class StackSlice;
+
+/// One outline, or one set of points, of a model on a slice. Vertices are whole pixel positions (column, row) in the
+/// slice's displayed grid.
+///
+/// An item on a slice or in a model is deleted by whichever of the two goes first; an item that is listed nowhere
+/// belongs to its maker. Deletion takes the item off all lists. The vertices belong to the item alone.
+///
+/// Vertex numbers and vectors of size 2 are the caller's contract.
+class ModelItem {
+public:
+    ModelItem();
+
+    /// A copy with the same model, slice, vertices, selection and properties, that is listed nowhere.
+    ModelItem(const ModelItem& other);
+    ModelItem& operator=(const ModelItem&) = delete;
+
+    ~ModelItem();
+
+    Model* getModel() const { return __model; }
+
+    /// Takes the item off its old model's list and stores the pointer; does not put it on the new model's list.
+    void setModel(Model* model);
+
+    StackSlice* getSlice() const { return __slice; }
+
+    /// Stores the pointer; the lists stay as they are.
+    void setSlice(StackSlice* slice);
+
+    /// Put the item on the list of its model, its slice, both. Nothing for a null pointer or a listed item.
+    void attachToModel();
+    void attachToSlice();
+    void attach();
+
+    /// Take the item off these lists. The pointers stay, so that it can be attached again.
+    void detachFromModel();
+    void detachFromSlice();
+    void detach();
+
+    /// The item's own look, which goes before its model's.
+    void setProperties(const ModelItemProperties& properties);
+    ModelItemProperties& getProperties() { return __properties; }
+    const ModelItemProperties& getProperties() const { return __properties; }
+
+    /// Whether successive vertices are joined: polygons and polylines. False without a model.
+    bool isConnected() const;
+
+    /// Whether the last vertex is joined to the first: polygons. False without a model.
+    bool isClosed() const;
+
+    /// Number of vertices.
+    int getSize() const { return __vertices.getNumVertices(); }
+
+    /// Takes a copy of the vertices, clears the selection, and sets the update box to boundingBox().
+    void setVertices(const Vertices<int>& vertices);
+
+    /// The vertices, of space 2, sharing their store with the item: detach() a copy before changing it.
+    const Vertices<int>& getVertices() const { return __vertices; }
+
+    /// Edits. Each keeps the selection as long as the vertices, and the update box around what changed; appending
+    /// clears the selection.
+    void appendVertex(const Vector<int>& vertex);
+    void appendVertices(const Vertices<int>& vertices);
+    void insertVertex(int i, const Vector<int>& vertex);
+    void removeVertex(int i);
+    void removeVertices(int first, int last);
+    void moveVertex(int i, const Vector<int>& vertex);
+
+    ModelItemSelection& getSelection() { return __selection; }
+    const ModelItemSelection& getSelection() const { return __selection; }
+
+    /// Throws SizeError unless the selection has a bit for each vertex.
+    void setSelection(const ModelItemSelection& selection);
+
+    /// Copies of the selected, or of the other vertices, in vertex order.
+    Vertices<int> selectedVertices() const;
+    Vertices<int> unselectedVertices() const;
+
+    /// Nothing when no vertex is selected; the selection is cleared.
+    void removeSelectedVertices();
+
+    /// Nothing when all vertices are selected; the selection is cleared.
+    void removeUnselectedVertices();
+
+    /// The vertex nearest to the point within the tolerance (in pixels, inclusive), the first of several; -1 if none.
+    int findNearestVertex(const Vector<int>& point, float tolerance) const;
+
+    /// For points, the first vertex within the tolerance; for polylines and polygons, the end of the first segment
+    /// within the tolerance, ends included, beginning with the closing segment of a polygon (whose end is vertex 0).
+    /// -1 if none, or without a model.
+    int findNearVertex(const Vector<int>& point, float tolerance) const;
+
+    /// Where to insert a vertex at the point: in front of the end of the first segment near the point, ends excluded,
+    /// at the end for the closing segment of a polygon, and always at the end for points. -1 if none, or without a
+    /// model.
+    int findInsertion(const Vector<int>& point, float tolerance) const;
+
+    /// The box of the vertices, grown by rectifyBox(). The default box for an item without vertices.
+    BoundingBox<int> boundingBox() const;
+
+    /// The region that the last edit changed, grown by rectifyBox().
+    BoundingBox<int> updateBox() const;
+    void setUpdateBox(const BoundingBox<int>& box);
+
+    /// The box grown by the painted size: by m on its lower corner and by m + 1 on its upper corner, m being the
+    /// larger of line width and point size without their fractions. What the item does not define comes from its
+    /// model; what neither defines counts as 0.
+    BoundingBox<int> rectifyBox(const BoundingBox<int>& box) const;
+
+    /// Sets the update box from vertex i and the vertices that it is joined to.
+    void computeVertexUpdateBox(int i);
+
+    /// True for a polygon of negative signed area in the plane of columns and rows.
+    bool isClockwise() const;
+
+    /// Reverses the vertices, and their selection with them, of a polygon that turns the other way.
+    void setClockwise(bool clockwise);
+
+    /// True when this item is closed and a vertex of other, on the same slice, lies inside it.
+    bool partiallyContains(const ModelItem& other) const;
+
+    /// True when the point lies within the tolerance of the segment from a to b, beside it; with includeEnds also when
+    /// it lies within the tolerance of a or b. All comparisons are inclusive.
+    static bool pointNearSegment(const Vector<int>& a, const Vector<int>& b, const Vector<int>& point, float tolerance,
+                                 bool includeEnds);
+
+private:
+    friend class ModelItemOwner;
+
+    bool isListedBy(const ModelItemOwner& owner) const;
+    Vertices<int> verticesBySelection(bool selected) const;
+    BoundingBox<int> vertexBox(int i) const;
+
+    Model* __model = nullptr;
+    StackSlice* __slice = nullptr;
+    Vertices<int> __vertices;
+    BoundingBox<int> __updateBox;
+    ModelItemSelection __selection;
+    ModelItemProperties __properties;
+    std::vector<ModelItemOwner*> __owners;
+};

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <vector>
+
+class ModelItem;
+
+/// An ordered list of items. A slice and a model are such owners, so that an item is listed twice.
+///
+/// An owner deletes its items when it goes, and they leave the lists of all other owners too. An item knows who lists
+/// it: telling whether it is listed here takes constant time.
+class ModelItemOwner {
+public:
+    ModelItemOwner() = default;
+    ModelItemOwner(const ModelItemOwner&) = delete;
+    ModelItemOwner& operator=(const ModelItemOwner&) = delete;
+    virtual ~ModelItemOwner();
+
+    int getNumItems() const { return int(__items.size()); }
+    ModelItem& getItem(int i) { return *__items[std::size_t(i)]; }
+    const ModelItem& getItem(int i) const { return *__items[std::size_t(i)]; }
+
+    /// Lists the item, which must have been made by new, at the end; nothing when it is listed already.
+    /// The item's own pointers are not touched.
+    void addItem(ModelItem& item);
+
+    /// Takes the item off the list without deleting it; nothing when it is not listed.
+    void removeItem(ModelItem& item);
+
+    /// The first item with a selected vertex, or null; all such items in list order.
+    ModelItem* getSelectedItem() const;
+    std::vector<ModelItem*> getSelectedItems() const;
+
+    /// The first other item here with the same model and equal properties, or null.
+    ModelItem* buddyItem(const ModelItem& item) const;
+
+    /// True when the positions of the items' slices never decrease along the list. An item without a slice counts as
+    /// at position 0.
+    bool isSorted() const;
+
+    /// Orders the items by the absolute positions of their slices, ascending. Items at one position come in the order
+    /// in which a selection sort leaves them, that exchanges the first of the smallest with the first unsorted item.
+    /// n log n in the number of items.
+    void sort();
+
+    /// The items listed here and in other, in ascending order of address.
+    std::vector<ModelItem*> intersection(const ModelItemOwner& other) const;
+
+protected:
+    /// Empties these owners and deletes their items, which leave all other owners' lists. Linear in the lengths of the
+    /// lists concerned.
+    static void deleteItems(const std::vector<ModelItemOwner*>& owners);
+
+    /// Takes all items of this list off the lists of all other owners, and keeps them here.
+    void withdrawItems();
+
+private:
+    static void removeUnlisted(const std::vector<ModelItemOwner*>& owners);
+    std::vector<float> slicePositions() const;
+
+    friend class ModelItem;
+    friend class Stack;
+
+    std::vector<ModelItem*> __items;
+};

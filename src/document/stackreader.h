@@ -1,0 +1,131 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "document/stackio.h"
+#include "document/stackiocontext.h"
+
+class ImageSource;
+class Slice;
+
+/// Reads a stack description file into a stack. One object reads one file.
+///
+/// A statement in error has no effect and adds one line to the log; the reader goes on with the next. A stack read with
+/// errors is usable, with whatever the file gave.
+///
+/// Decisions on what the format leaves open:
+/// - A file name without a directory stands for the file in the current directory: its images path is "./".
+/// - "StackSlice name file plane" is a slice that shows one plane, counted from 0, of a voxel matrix file. The path is
+///   built as for SLICE. A file that cannot be read, or that has no such plane, leaves the slice without a source, as a
+///   missing image does.
+/// - The second argument of STANDARDIMAGE names the image file, which is looked for as a slice's. It is not opened with
+///   alarm: a standard image whose file is missing keeps the name, and reports when it is used.
+/// - A vertex without a comma is an invalid argument, and so is a mosaic that asks for more places than a file of this
+///   length can fill, a negative number of rows, columns or mesh lines, and a path longer than the system's limit.
+/// - Integers beyond the range of int become its nearest end.
+/// - Only regular files are opened, as the description and as images: a pipe could keep the reader waiting for ever.
+///
+/// The file is read whole and scanned in place, in time linear in its length; memory beyond the document itself stays
+/// within a small multiple of the length.
+class StackReader : public StackIO {
+public:
+    /// A value that the statement does not take.
+    class ArgValueError {};
+    /// The statement has no object to act on.
+    class ContextError {};
+    /// A word that is no keyword.
+    class KeywordError {};
+    /// Too few or too many arguments.
+    class NumArgsError {};
+
+    /// The keyword and its arguments, as parts of the statement that they were split from.
+    using Tokens = std::vector<std::string_view>;
+
+    /// Reads the file, whose name gets the suffix ".sdf" if it has another, into the stack. False when the file cannot
+    /// be opened: the stack is then untouched. True otherwise; see getLog() and getNumFatalErrors() for the problems.
+    /// The classic locale is the global one during the reading.
+    bool read(Stack& stack, const std::string& fileName);
+
+    /// Carries out one statement. Throws one of the reader's errors or an Exception when it fails.
+    void parseTokens(const Tokens& tokens, StackIOContext& context);
+
+    /// Takes the next statement from the text at cursor, which moves behind it; empty at the end of the text.
+    /// Comments are gone, whitespace is squeezed, and the ";" is removed.
+    static void readItemString(const char*& cursor, const char* end, std::string& statement);
+    /// Splits a statement at its blanks; a string in double quotes is one token, without the quotes.
+    static void splitItemString(Tokens& tokens, std::string_view statement);
+
+private:
+    using Handler = void (StackReader::*)(const Tokens&, StackIOContext&);
+
+    static Handler handler(Keyword keyword);
+
+    void inputAnnotation(const Tokens& tokens, StackIOContext& context);
+    void inputBeginCap(const Tokens& tokens, StackIOContext& context);
+    void inputBrilliancy(const Tokens& tokens, StackIOContext& context);
+    void inputCalibrationCurve(const Tokens& tokens, StackIOContext& context);
+    void inputColor(const Tokens& tokens, StackIOContext& context);
+    void inputEcoRendering(const Tokens& tokens, StackIOContext& context);
+    void inputEndCap(const Tokens& tokens, StackIOContext& context);
+    void inputFileFormatVersion(const Tokens& tokens, StackIOContext& context);
+    void inputFilledIn(const Tokens& tokens, StackIOContext& context);
+    void inputFit(const Tokens& tokens, StackIOContext& context);
+    void inputHidden3D(const Tokens& tokens, StackIOContext& context);
+    void inputImage(const Tokens& tokens, StackIOContext& context);
+    void inputImagesPath(const Tokens& tokens, StackIOContext& context);
+    void inputAbsoluteImagesPathPolicy(const Tokens& tokens, StackIOContext& context);
+    void inputLastSegmentedSlice(const Tokens& tokens, StackIOContext& context);
+    void inputLastRegisteredSlice(const Tokens& tokens, StackIOContext& context);
+    void inputLengthUnitScale(const Tokens& tokens, StackIOContext& context);
+    void inputModel(const Tokens& tokens, StackIOContext& context);
+    void inputModelItem(const Tokens& tokens, StackIOContext& context);
+    void inputModelItemData(const Tokens& tokens, StackIOContext& context);
+    void inputPixAspect(const Tokens& tokens, StackIOContext& context);
+    void inputPixHeight(const Tokens& tokens, StackIOContext& context);
+    void inputPixWidth(const Tokens& tokens, StackIOContext& context);
+    void inputPointSize(const Tokens& tokens, StackIOContext& context);
+    void inputPose(const Tokens& tokens, StackIOContext& context);
+    void inputPoseRotation(const Tokens& tokens, StackIOContext& context);
+    void inputPoseShift(const Tokens& tokens, StackIOContext& context);
+    void inputPoseZoom(const Tokens& tokens, StackIOContext& context);
+    void inputAmbientLight(const Tokens& tokens, StackIOContext& context);
+    void inputDiffuseLight(const Tokens& tokens, StackIOContext& context);
+    void inputSpecularLight(const Tokens& tokens, StackIOContext& context);
+    void inputPosition(const Tokens& tokens, StackIOContext& context);
+    void inputPrimitive(const Tokens& tokens, StackIOContext& context);
+    void inputRelPosition(const Tokens& tokens, StackIOContext& context);
+    void inputRenderingMode(const Tokens& tokens, StackIOContext& context);
+    void inputResampling(const Tokens& tokens, StackIOContext& context);
+    void inputRotate(const Tokens& tokens, StackIOContext& context);
+    void inputSample(const Tokens& tokens, StackIOContext& context);
+    void inputSampleCoords(const Tokens& tokens, StackIOContext& context);
+    void inputSampleValue(const Tokens& tokens, StackIOContext& context);
+    void inputShift(const Tokens& tokens, StackIOContext& context);
+    void inputSlice(const Tokens& tokens, StackIOContext& context);
+    void inputSliceSize(const Tokens& tokens, StackIOContext& context);
+    void inputStack(const Tokens& tokens, StackIOContext& context);
+    void inputStackSlice(const Tokens& tokens, StackIOContext& context);
+    void inputStandardImage(const Tokens& tokens, StackIOContext& context);
+    void inputThickness(const Tokens& tokens, StackIOContext& context);
+    void inputTransparency(const Tokens& tokens, StackIOContext& context);
+    void inputVertexSymbol(const Tokens& tokens, StackIOContext& context);
+
+    void parseStatement(const Tokens& tokens, StackIOContext& context);
+    void addSlice(std::string_view name, const ImageSource* source, StackIOContext& context);
+    std::string imagePath(std::string_view file, const StackIOContext& context) const;
+    StackSlice* findSlice(Stack& stack, const std::string& name);
+    Model* findModel(Stack& stack, const std::string& name);
+
+    /// Names of the stack's slices and models as far as they have been looked at; the first of equals counts.
+    std::unordered_map<std::string, StackSlice*> __sliceNames;
+    std::unordered_map<std::string, Model*> __modelNames;
+    const Stack* __indexedStack = nullptr;
+    int __numIndexedSlices = 0;
+    int __numIndexedModels = 0;
+    /// Places for mosaic tiles that the rest of the file may still ask for.
+    long long __mosaicPlacesLeft = 1 << 20;
+};

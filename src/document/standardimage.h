@@ -1,0 +1,30 @@
+#pragma once
+
+#include <memory>
+
+#include "document/calibrationcurve.h"
+#include "document/slice.h"
+
+class Stack;
+
+/// The image of a calibration scale, with the curve that its samples give.
+class StandardImage : public Slice {
+public:
+    StandardImage();
+    ~StandardImage() override;
+
+    /// The stack is seen, not owned.
+    void setStack(Stack& stack);
+    Stack* getStack() const { return __stack; }
+
+    /// Takes over the curve, which must have been made by new, and deletes the one before.
+    void setCalibrationCurve(CalibrationCurve* curve);
+
+    /// Null for an image without a curve.
+    CalibrationCurve* getCalibrationCurve() const { return __calibrationCurve.get(); }
+    void deleteCalibrationCurve();
+
+private:
+    std::unique_ptr<CalibrationCurve> __calibrationCurve;
+    Stack* __stack = nullptr;
+};
