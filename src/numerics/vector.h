@@ -44,14 +44,14 @@ public:
     explicit Vector(unsigned int n) { __allocate(static_cast<int>(n)); }
     Vector(const Vector& v) {
         __allocate(v.__size);
-        std::copy_n(v.__data, __size, __data);
+        __copy(v.__data, __size, __data);
     }
     Vector(Vector&& v) noexcept { __take(v); }
     Vector& operator=(const Vector& v) {
         if (this != &v) {
             if (__size != v.__size)
                 __resize(v.__size);
-            std::copy_n(v.__data, __size, __data);
+            __copy(v.__data, __size, __data);
         }
         return *this;
     }
@@ -235,6 +235,27 @@ private:
 
     Vector(T* data, int n) : __size(n > 0 ? n : 0), __shallow(true), __data(n > 0 ? data : nullptr) {}
 
+    // A point is copied without the call and the tests of a block copy.
+    static void __copy(const T* from, int n, T* to) {
+        switch (n) {
+        case 4:
+            to[3] = from[3];
+            [[fallthrough]];
+        case 3:
+            to[2] = from[2];
+            [[fallthrough]];
+        case 2:
+            to[1] = from[1];
+            [[fallthrough]];
+        case 1:
+            to[0] = from[0];
+            [[fallthrough]];
+        case 0:
+            break;
+        default:
+            std::copy_n(from, n, to);
+        }
+    }
     void __allocate(int n) {
         __size = n > 0 ? n : 0;
         __data = __size == 0 ? nullptr : __size <= insideCapacity ? __inside : new T[static_cast<std::size_t>(__size)];
@@ -247,7 +268,7 @@ private:
     void __take(Vector& v) {
         if (v.__shallow || v.__size <= insideCapacity) {
             __allocate(v.__size);
-            std::copy_n(v.__data, __size, __data);
+            __copy(v.__data, __size, __data);
         } else {
             __size = v.__size;
             __data = v.__data;

@@ -1,0 +1,1050 @@
+#include "numerics/vector.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+#include "numerics/exception.h"
+#include "numerics/matrix.h"
+#include "numerics/numbers.h"
+#include "numerics/numericio.h"
+
+class Model;
+template <class T>
+class Vertices;
+
+namespace {
+
+const char* const shallowSentence = "This is a shallow vector (cannot be resized)";
+const char* const dimensionSentence = "Incompatible vector dimensions";
+const char* const differentSizesSentence = "The two vectors have different sizes";
+
+// Integers but bool, and those of them whose statistics are refused one by one (those of char fail in mean()).
+template <class T>
+constexpr bool isPlainInteger = std::is_integral_v<T> && !std::is_same_v<T, bool>;
+template <class T>
+constexpr bool isRefusedInteger = isPlainInteger<T> && !std::is_same_v<T, char>;
+
+template <class T>
+constexpr bool isReal = std::is_floating_point_v<T>;
+
+// Type in which roots and divisions are done.
+template <class T>
+using Real = std::conditional_t<isReal<T>, T, double>;
+
+template <class T>
+const char* typeName() {
+    if constexpr (std::is_same_v<T, bool>)
+        return "bool";
+    else if constexpr (std::is_same_v<T, char>)
+        return "char";
+    else if constexpr (std::is_same_v<T, unsigned char>)
+        return "unsigned char";
+    else if constexpr (std::is_same_v<T, short>)
+        return "short";
+    else if constexpr (std::is_same_v<T, unsigned short>)
+        return "unsigned short";
+    else if constexpr (std::is_same_v<T, int>)
+        return "int";
+    else if constexpr (std::is_same_v<T, unsigned int>)
+        return "unsigned int";
+    else if constexpr (std::is_same_v<T, float>)
+        return "float";
+    else if constexpr (std::is_same_v<T, double>)
+        return "double";
+    else
+        return "long double";
+}
+
+// Refuses an operation for integer elements. The result type is that of the elements unless given.
+template <class T>
+[[noreturn]] void refuse(const std::string& operation, const std::string& result = typeName<T>()) {
+    const std::string type = typeName<T>();
+    throw TypeError(result + " Vector<" + type + ">::" + operation, "Method not available for type '" + type + "'");
+}
+
+void checkNotEmpty(int size, const char* where) {
+    if (size == 0)
+        throw SizeError(where, "This vector is empty.");
+}
+
+void checkSameSize(int size1, int size2, const char* where, const char* what) {
+    if (size1 != size2)
+        throw SizeError(where, what);
+}
+
+// Arithmetic in T. The operands of small types are widened so that neither the sign bit of int is overrun by a product
+// of unsigned shorts, nor a bool made of an expression without saying so.
+template <class T>
+auto wide(T x) {
+    if constexpr (std::is_same_v<T, unsigned short>)
+        return static_cast<unsigned int>(x);
+    else
+        return +x;
+}
+
+template <class T>
+inline T sumOf(T a, T b) {
+    const auto result = wide(a) + wide(b);
+    return static_cast<T>(result);
+}
+
+template <class T>
+inline T differenceOf(T a, T b) {
+    const auto result = wide(a) - wide(b);
+    return static_cast<T>(result);
+}
+
+template <class T>
+inline T productOf(T a, T b) {
+    const auto result = wide(a) * wide(b);
+    return static_cast<T>(result);
+}
+
+template <class T>
+inline T quotientOf(T a, T b) {
+    const auto result = wide(a) / wide(b);
+    return static_cast<T>(result);
+}
+
+template <class T>
+inline T negative(T x) {
+    const auto result = -wide(x);
+    return static_cast<T>(result);
+}
+
+template <class T>
+inline auto absolute(T x) {
+    if constexpr (isReal<T>)
+        return std::fabs(x);
+    else
+        return x < T(0) ? -static_cast<long long>(x) : static_cast<long long>(x);
+}
+
+template <class T>
+bool isNumber(T x) {
+    return x == x;
+}
+
+// Puts the NaNs of the n elements behind the others and returns how many others there are: an order that holds for
+// all values must not meet a NaN.
+template <class T>
+int putNaNsLast(T* data, int n) {
+    if constexpr (isReal<T>)
+        return static_cast<int>(std::stable_partition(data, data + n, isNumber<T>) - data);
+    else
+        return n;
+}
+
+template <class T>
+T halfSum(T a, T b) {
+    if constexpr (isReal<T>)
+        return T(0.5) * (a + b);
+    else {
+        const long long half = (static_cast<long long>(a) + static_cast<long long>(b)) / 2;
+        return static_cast<T>(half);
+    }
+}
+
+// Median of the n elements at data, n above 0, in linear time. Reorders them.
+template <class T>
+T medianInPlace(T* data, int n) {
+    const int numbers = putNaNsLast(data, n);
+    const auto element = [=](int k) {
+        if (k < numbers)
+            std::nth_element(data, data + k, data + numbers);
+        return data[k];
+    };
+    const int k = n / 2;
+    const T upper = element(k);
+    if (n % 2 == 1)
+        return upper;
+    const T lower = k < numbers ? *std::max_element(data, data + k) : element(k - 1);
+    return halfSum(lower, upper);
+}
+
+// Sums of products are accumulated in eight independent lanes when there are enough terms; that breaks the chain of
+// additions and lets the compiler use vector registers. Short sums, those of points, keep the order of the elements.
+template <class T, class Term>
+T accumulate(int n, Term term) {
+    T total = T(0);
+    int i = 0;
+    if constexpr (std::is_same_v<T, float> || std::is_same_v<T, double>) {
+        constexpr int lanes = 8;
+        if (n >= 2 * lanes) {
+            T partial[lanes] = {};
+            for (; i + lanes <= n; i += lanes)
+                for (int lane = 0; lane < lanes; ++lane)
+                    partial[lane] += term(i + lane);
+            for (int lane = 0; lane < lanes; ++lane)
+                total += partial[lane];
+        }
+    }
+    for (; i < n; ++i)
+        total = sumOf(total, term(i));
+    return total;
+}
+
+// Lower edges of the bins of a histogram and the search for the bin of a value: the last bin whose edge is not above
+// it. Edges of integers are computed where they cannot wrap.
+template <class T>
+class BinEdges {
+public:
+    using Edge = std::conditional_t<isReal<T>, T, long long>;
+
+    BinEdges(T first, T width, int bins)
+        : __bins(bins), __first(static_cast<Edge>(first)),
+          __scale(width > T(0) ? Real<T>(1) / static_cast<Real<T>>(width) : Real<T>(0)) {
+        __edges = std::make_unique<Edge[]>(static_cast<std::size_t>(bins));
+        for (int k = 0; k < bins; ++k)
+            __edges[k] = __first + static_cast<Edge>(k) * static_cast<Edge>(width);
+        __guess = width > T(0) && std::isfinite(__scale);
+    }
+
+    int find(T value) const {
+        const Edge x = static_cast<Edge>(value);
+        if (__guess && isNumber(x)) {
+            // The quotient is right but for rounding, which one step mends; the search below settles the rest.
+            const Real<T> position = static_cast<Real<T>>(x - __first) * __scale;
+            int k = !(position > 0) ? 0 : position >= static_cast<Real<T>>(__bins) ? __bins - 1 : int(position);
+            k = std::min(k, __bins - 1);
+            if (k > 0 && __edges[k] > x)
+                --k;
+            else if (k + 1 < __bins && !(__edges[k + 1] > x))
+                ++k;
+            if ((k == 0 || !(__edges[k] > x)) && (k + 1 == __bins || __edges[k + 1] > x))
+                return k;
+        }
+        int lo = 0;
+        int hi = __bins;
+        while (lo + 1 < hi) {
+            const int mid = lo + (hi - lo) / 2;
+            if (__edges[mid] > x)
+                hi = mid;
+            else
+                lo = mid;
+        }
+        return lo;
+    }
+
+private:
+    int __bins;
+    Edge __first;
+    Real<T> __scale;
+    bool __guess;
+    std::unique_ptr<Edge[]> __edges;
+};
+
+} // namespace
+
+template <class T>
+void Vector<T>::__resize(int n) {
+    if (__shallow)
+        throw UsageError("void Vector<T>::setSize(const int)", shallowSentence);
+    n = std::max(n, 0);
+    if (n == __size)
+        return;
+    T* const data = n == 0 ? nullptr : n <= insideCapacity ? __inside : new T[static_cast<std::size_t>(n)];
+    __free();
+    __data = data;
+    __size = n;
+}
+
+template <class T>
+void Vector<T>::swap(Vector& v) {
+    if (this == &v)
+        return;
+    if (!__shallow && !v.__shallow) {
+        if (__size > insideCapacity && v.__size > insideCapacity) {
+            std::swap(__size, v.__size);
+            std::swap(__data, v.__data);
+        } else {
+            Vector old(std::move(*this));
+            __take(v);
+            v.__take(old);
+        }
+        return;
+    }
+    if (__size != v.__size)
+        throw UsageError("void Vector<T>::swap(Vector&)", "Vector size differ and at least one of them is shallow");
+    std::swap_ranges(begin(), end(), v.begin());
+}
+
+template <class T>
+template <class U>
+Vector<U> Vector<T>::toType() const {
+    Vector<U> result(static_cast<unsigned int>(__size));
+    U* const to = result.data();
+    for (int i = 0; i < __size; ++i)
+        to[i] = static_cast<U>(__data[i]);
+    return result;
+}
+
+template <class T>
+void Vector<T>::fill(T x) {
+    std::fill_n(__data, __size, x);
+}
+
+template <class T>
+void Vector<T>::setZeros() requires VectorNumber<T> {
+    fill(T(0));
+}
+
+template <class T>
+void Vector<T>::setZeros(int n) requires VectorNumber<T> {
+    setSize(n);
+    fill(T(0));
+}
+
+template <class T>
+void Vector<T>::setOnes() requires VectorNumber<T> {
+    fill(T(1));
+}
+
+template <class T>
+void Vector<T>::setOnes(int n) requires VectorNumber<T> {
+    setSize(n);
+    fill(T(1));
+}
+
+template <class T>
+void Vector<T>::setCanonical(int k) requires VectorNumber<T> {
+    fill(T(0));
+    __data[k] = T(1);
+}
+
+template <class T>
+void Vector<T>::setSequence(T step) requires VectorNumber<T> {
+    for (int i = 0; i < __size; ++i)
+        __data[i] = productOf(static_cast<T>(i), step);
+}
+
+template <class T>
+void Vector<T>::setSequence(T first, T step) requires VectorNumber<T> {
+    for (int i = 0; i < __size; ++i)
+        __data[i] = sumOf(first, productOf(static_cast<T>(i), step));
+}
+
+template <class T>
+void Vector<T>::apply(T (*f)(T)) {
+    for (int i = 0; i < __size; ++i)
+        __data[i] = f(__data[i]);
+}
+
+template <class T>
+Vector<T> Vector<T>::copy(int first, int last) const {
+    const int n = std::max(last - first + 1, 0);
+    Vector result(static_cast<unsigned int>(n));
+    if (n > 0)
+        std::copy_n(__data + first, n, result.__data);
+    return result;
+}
+
+template <class T>
+void Vector<T>::paste(int pos, const Vector& v) {
+    if (static_cast<long long>(pos) + v.__size > __size)
+        throw SizeError("Vector Vector<T>::paste(...)", "Vector to large to be pasted at specified position");
+    if (v.__size > 0)
+        std::copy_n(v.__data, v.__size, __data + pos);
+}
+
+template <class T>
+void Vector<T>::append(const Vector& v) {
+    if (__shallow)
+        throw UsageError("void Vector<T>::append(const Vector&)", shallowSentence);
+    Vector joined(static_cast<unsigned int>(__size + v.__size));
+    joined.paste(0, *this);
+    joined.paste(__size, v);
+    swap(joined);
+}
+
+template <class T>
+void Vector<T>::prepend(const Vector& v) {
+    if (__shallow)
+        throw UsageError("void Vector<T>::prepend(const Vector&)", shallowSentence);
+    Vector joined(static_cast<unsigned int>(__size + v.__size));
+    joined.paste(0, v);
+    joined.paste(v.__size, *this);
+    swap(joined);
+}
+
+template <class T>
+T Vector<T>::min() const {
+    checkNotEmpty(__size, "T Vector<T>::min() const");
+    T result = __data[0];
+    for (int i = 1; i < __size; ++i)
+        result = __data[i] < result ? __data[i] : result;
+    return result;
+}
+
+template <class T>
+T Vector<T>::max() const {
+    checkNotEmpty(__size, "T Vector<T>::max() const");
+    T result = __data[0];
+    for (int i = 1; i < __size; ++i)
+        result = result < __data[i] ? __data[i] : result;
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::range() const {
+    checkNotEmpty(__size, "Vector<T> Vector<T>::range() const");
+    Vector result(2);
+    result[0] = min();
+    result[1] = max();
+    return result;
+}
+
+template <class T>
+int Vector<T>::find(const T& x) const {
+    checkNotEmpty(__size, "int Vector<T>::find(const T&) const");
+    const T* const found = std::find(begin(), end(), x);
+    return found == end() ? -1 : static_cast<int>(found - begin());
+}
+
+template <class T>
+int Vector<T>::minPos() const {
+    checkNotEmpty(__size, "int Vector<T>::minPos() const");
+    return static_cast<int>(std::min_element(begin(), end()) - begin());
+}
+
+template <class T>
+int Vector<T>::maxPos() const {
+    checkNotEmpty(__size, "int Vector<T>::maxPos() const");
+    return static_cast<int>(std::max_element(begin(), end()) - begin());
+}
+
+template <class T>
+T Vector<T>::sum() const requires VectorNumber<T> {
+    checkNotEmpty(__size, "T Vector<T>::sum() const");
+    T result = T(0);
+    for (int i = 0; i < __size; ++i)
+        result = sumOf(result, __data[i]);
+    return result;
+}
+
+template <class T>
+T Vector<T>::prod() const requires VectorNumber<T> {
+    checkNotEmpty(__size, "T Vector<T>::prod() const");
+    T result = T(1);
+    for (int i = 0; i < __size; ++i)
+        result = productOf(result, __data[i]);
+    return result;
+}
+
+template <class T>
+T Vector<T>::mean() const requires VectorNumber<T> {
+    if constexpr (isPlainInteger<T>)
+        refuse<T>("mean()");
+    else {
+        checkNotEmpty(__size, "T Vector<T>::mean() const");
+        const auto result = static_cast<Real<T>>(sum()) / static_cast<Real<T>>(__size);
+        return static_cast<T>(result);
+    }
+}
+
+template <class T>
+T Vector<T>::median() const requires VectorNumber<T> {
+    checkNotEmpty(__size, "T Vector<T>::median() const");
+    Vector scratch(*this);
+    return medianInPlace(scratch.__data, __size);
+}
+
+template <class T>
+T Vector<T>::sse() const requires VectorNumber<T> {
+    if constexpr (isRefusedInteger<T>)
+        refuse<T>("sse() const");
+    else {
+        checkNotEmpty(__size, "T Vector<T>::sse() const");
+        const T centre = mean();
+        return accumulate<T>(__size, [data = __data, centre](int i) {
+            const T deviation = differenceOf(data[i], centre);
+            return productOf(deviation, deviation);
+        });
+    }
+}
+
+template <class T>
+T Vector<T>::var() const requires VectorNumber<T> {
+    if constexpr (isRefusedInteger<T>)
+        refuse<T>("var() const");
+    else {
+        checkNotEmpty(__size, "T Vector<T>::var() const");
+        const auto result = static_cast<Real<T>>(sse()) / static_cast<Real<T>>(__size);
+        return static_cast<T>(result);
+    }
+}
+
+template <class T>
+T Vector<T>::std() const requires VectorNumber<T> {
+    if constexpr (isRefusedInteger<T>)
+        refuse<T>("std() const");
+    else {
+        const auto result = std::sqrt(static_cast<Real<T>>(var()));
+        return static_cast<T>(result);
+    }
+}
+
+template <class T>
+T Vector<T>::mad() const requires VectorNumber<T> {
+    if constexpr (isRefusedInteger<T> && !std::is_same_v<T, int>)
+        refuse<T>("mad() const");
+    else {
+        const T centre = median();
+        Vector deviations(static_cast<unsigned int>(__size));
+        for (int i = 0; i < __size; ++i)
+            deviations.__data[i] =
+                __data[i] < centre ? differenceOf(centre, __data[i]) : differenceOf(__data[i], centre);
+        return medianInPlace(deviations.__data, __size);
+    }
+}
+
+template <class T>
+T Vector<T>::sem(bool sample) const requires VectorNumber<T> {
+    if constexpr (isRefusedInteger<T>)
+        refuse<T>("sem(const bool) const");
+    else {
+        const char* const where = "T Vector<T>::sem(const bool) const";
+        checkNotEmpty(__size, where);
+        if (sample && __size == 1)
+            throw SizeError(where, "This vector contains a single value.");
+        const Real<T> n = static_cast<Real<T>>(__size);
+        const Real<T> root = std::sqrt(static_cast<Real<T>>(sse()));
+        const auto result = sample ? root / (std::sqrt(n) * std::sqrt(n - 1)) : root / n;
+        return static_cast<T>(result);
+    }
+}
+
+template <class T>
+Numbers<T> Vector<T>::numbers() const requires VectorNumber<T> {
+    Numbers<T> result;
+    result.setCount(static_cast<unsigned int>(__size));
+    result.setMinimum(min());
+    result.setMaximum(max());
+    result.setMedian(median());
+    result.setSum(sum());
+    result.setMean(mean());
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::csum() const requires VectorNumber<T> {
+    Vector result(static_cast<unsigned int>(__size));
+    T total = T(0);
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = total = sumOf(total, __data[i]);
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::cprod() const requires VectorNumber<T> {
+    Vector result(static_cast<unsigned int>(__size));
+    T total = T(1);
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = total = productOf(total, __data[i]);
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::diff(int k) const requires VectorNumber<T> {
+    const char* const where = "Vector<T> Vector<T>::diff(const int) const";
+    if (k < 0)
+        throw UsageError(where, "The distance of a difference cannot be negative");
+    if (__size <= k)
+        throw SizeError(where, "This vector does not contain enough elements");
+    Vector result(static_cast<unsigned int>(__size));
+    const int n = __size - k;
+    for (int i = 0; i < n; ++i)
+        result.__data[i] = differenceOf(__data[i + k], __data[i]);
+    std::fill(result.__data + n, result.__data + __size, T(0));
+    return result;
+}
+
+template <class T>
+T Vector<T>::percentile(float p) const {
+    if (!isIncreasing())
+        throw UsageError("T Vector::percentile(const float) const", "This vector is not sorted in increasing order");
+    const double last = __size - 1;
+    const double position = std::floor(last * p / 100 + 0.5);
+    return __data[!(position > 0) ? 0 : position > last ? __size - 1 : static_cast<int>(position)];
+}
+
+template <class T>
+Vector<unsigned int> Vector<T>::histogram(T first, T width, int bins) const requires VectorNumber<T> {
+    Vector<unsigned int> counts;
+    counts.setZeros(bins);
+    if (counts.getSize() > 0) {
+        const BinEdges<T> edges(first, width, bins);
+        for (int i = 0; i < __size; ++i)
+            ++counts[edges.find(__data[i])];
+    }
+    return counts;
+}
+
+template <class T>
+Vector<unsigned int> Vector<T>::histogram(T first, T width, int bins,
+                                          const Vector& mask) const requires VectorNumber<T> {
+    checkSameSize(__size, mask.__size, "Vectorui Vector<T>::histogram(...)", "Incompatible mask size");
+    Vector<unsigned int> counts;
+    counts.setZeros(bins);
+    if (counts.getSize() > 0) {
+        const BinEdges<T> edges(first, width, bins);
+        for (int i = 0; i < __size; ++i)
+            if (mask.__data[i] != T(0))
+                ++counts[edges.find(__data[i])];
+    }
+    return counts;
+}
+
+template <class T>
+void Vector<T>::sort() {
+    std::sort(__data, __data + putNaNsLast(__data, __size), std::less<T>());
+}
+
+template <class T>
+void Vector<T>::reverse() {
+    std::reverse(begin(), end());
+}
+
+template <class T>
+bool Vector<T>::isIncreasing() const {
+    checkNotEmpty(__size, "bool Vector<T>::isIncreasing() const");
+    for (int i = 1; i < __size; ++i)
+        if (__data[i] < __data[i - 1])
+            return false;
+    return true;
+}
+
+template <class T>
+bool Vector<T>::isDecreasing() const {
+    checkNotEmpty(__size, "bool Vector<T>::isDecreasing() const");
+    for (int i = 1; i < __size; ++i)
+        if (__data[i - 1] < __data[i])
+            return false;
+    return true;
+}
+
+template <class T>
+bool Vector<T>::isSymmetrical() const {
+    for (int i = 0, j = __size - 1; i < j; ++i, --j)
+        if (__data[i] != __data[j])
+            return false;
+    return true;
+}
+
+template <class T>
+bool Vector<T>::isAntiSymmetrical() const requires VectorNumber<T> {
+    if (__size < 2)
+        return false;
+    for (int i = 0, j = __size - 1; i < j; ++i, --j)
+        if (__data[i] != negative(__data[j]))
+            return false;
+    return true;
+}
+
+template <class T>
+bool Vector<T>::operator==(const Vector& v) const {
+    return __size == v.__size && std::equal(begin(), end(), v.begin());
+}
+
+template <class T>
+bool Vector<T>::operator!=(const Vector& v) const {
+    return !(*this == v);
+}
+
+template <class T>
+Vector<T> Vector<T>::operator-() const requires VectorNumber<T> {
+    Vector result(static_cast<unsigned int>(__size));
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = negative(__data[i]);
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::operator+(const Vector& v) const requires VectorNumber<T> {
+    checkSameSize(__size, v.__size, "Vector Vector<T>::operator+(const Vector&) const", dimensionSentence);
+    Vector result(static_cast<unsigned int>(__size));
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = sumOf(__data[i], v.__data[i]);
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::operator-(const Vector& v) const requires VectorNumber<T> {
+    checkSameSize(__size, v.__size, "Vector<T> Vector<T>::operator-(const Vector&) const", dimensionSentence);
+    Vector result(static_cast<unsigned int>(__size));
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = differenceOf(__data[i], v.__data[i]);
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::operator/(const Vector& v) const requires VectorNumber<T> {
+    checkSameSize(__size, v.__size, "Vector<T> Vector<T>::operator/(const Vector&) const", dimensionSentence);
+    Vector result(static_cast<unsigned int>(__size));
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = quotientOf(__data[i], v.__data[i]);
+    return result;
+}
+
+template <class T>
+void Vector<T>::operator+=(const Vector& v) requires VectorNumber<T> {
+    checkSameSize(__size, v.__size, "void Vector<T>::operator+=(const Vector&)", dimensionSentence);
+    for (int i = 0; i < __size; ++i)
+        __data[i] = sumOf(__data[i], v.__data[i]);
+}
+
+template <class T>
+void Vector<T>::operator-=(const Vector& v) requires VectorNumber<T> {
+    checkSameSize(__size, v.__size, "void Vector<T>::operator-=(const Vector&)", dimensionSentence);
+    for (int i = 0; i < __size; ++i)
+        __data[i] = differenceOf(__data[i], v.__data[i]);
+}
+
+template <class T>
+void Vector<T>::operator/=(const Vector& v) requires VectorNumber<T> {
+    checkSameSize(__size, v.__size, "void Vector<T>::operator/=(const Vector&)", dimensionSentence);
+    for (int i = 0; i < __size; ++i)
+        __data[i] = quotientOf(__data[i], v.__data[i]);
+}
+
+template <class T>
+Vector<T> Vector<T>::pointwiseProduct(const Vector& v) const requires VectorNumber<T> {
+    checkSameSize(__size, v.__size, "Vector pointwiseProduct(const Vector&) const", differentSizesSentence);
+    Vector result(static_cast<unsigned int>(__size));
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = productOf(__data[i], v.__data[i]);
+    return result;
+}
+
+template <class T>
+void Vector<T>::operator+=(T x) requires VectorNumber<T> {
+    for (int i = 0; i < __size; ++i)
+        __data[i] = sumOf(__data[i], x);
+}
+
+template <class T>
+void Vector<T>::operator-=(T x) requires VectorNumber<T> {
+    for (int i = 0; i < __size; ++i)
+        __data[i] = differenceOf(__data[i], x);
+}
+
+template <class T>
+void Vector<T>::operator*=(T x) requires VectorNumber<T> {
+    for (int i = 0; i < __size; ++i)
+        __data[i] = productOf(__data[i], x);
+}
+
+template <class T>
+void Vector<T>::operator/=(T x) requires VectorNumber<T> {
+    for (int i = 0; i < __size; ++i)
+        __data[i] = quotientOf(__data[i], x);
+}
+
+template <class T>
+Vector<T> Vector<T>::operator+(T x) const requires VectorNumber<T> {
+    Vector result(static_cast<unsigned int>(__size));
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = sumOf(__data[i], x);
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::operator-(T x) const requires VectorNumber<T> {
+    Vector result(static_cast<unsigned int>(__size));
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = differenceOf(__data[i], x);
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::operator*(T x) const requires VectorNumber<T> {
+    Vector result(static_cast<unsigned int>(__size));
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = productOf(__data[i], x);
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::operator/(T x) const requires VectorNumber<T> {
+    Vector result(static_cast<unsigned int>(__size));
+    for (int i = 0; i < __size; ++i)
+        result.__data[i] = quotientOf(__data[i], x);
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::vectorProduct(const Vector& v) const requires VectorNumber<T> {
+    if (__size != 3 || v.__size != 3)
+        throw SizeError("Vector vectorProduct(const Vector&) const",
+                        "At least one vector have a size different from 3");
+    const T* const a = __data;
+    const T* const b = v.__data;
+    Vector result(3);
+    result[0] = differenceOf(productOf(a[1], b[2]), productOf(a[2], b[1]));
+    result[1] = differenceOf(productOf(a[2], b[0]), productOf(a[0], b[2]));
+    result[2] = differenceOf(productOf(a[0], b[1]), productOf(a[1], b[0]));
+    return result;
+}
+
+template <class T>
+Matrix<T> Vector<T>::outerProduct(const Vector& v) const requires VectorNumber<T> {
+    Matrix<T> result(static_cast<unsigned int>(__size), static_cast<unsigned int>(v.__size));
+    for (int i = 0; i < __size; ++i) {
+        T* const row = result[i].data();
+        const T factor = __data[i];
+        for (int j = 0; j < v.__size; ++j)
+            row[j] = productOf(factor, v.__data[j]);
+    }
+    return result;
+}
+
+template <class T>
+T Vector<T>::scalarProduct(const Vector& v) const requires VectorNumber<T> {
+    checkSameSize(__size, v.__size, "T Vector<T>::scalarProduct(const Vector&) const", differentSizesSentence);
+    return accumulate<T>(__size, [a = __data, b = v.__data](int i) { return productOf(a[i], b[i]); });
+}
+
+template <class T>
+T Vector<T>::snorm() const requires VectorNumber<T> {
+    return scalarProduct(*this);
+}
+
+template <class T>
+T Vector<T>::norm() const requires VectorNumber<T> {
+    if constexpr (isPlainInteger<T>)
+        refuse<T>("norm() const");
+    else {
+        const auto result = std::sqrt(static_cast<Real<T>>(snorm()));
+        return static_cast<T>(result);
+    }
+}
+
+template <class T>
+void Vector<T>::normalize() requires VectorNumber<T> {
+    if constexpr (isPlainInteger<T>)
+        refuse<T>("normalize()", "void");
+    else {
+        const T length = norm();
+        if (length > T(0))
+            *this /= length;
+    }
+}
+
+template <class T>
+T Vector<T>::sdistance(const Vector& v) const requires VectorNumber<T> {
+    checkSameSize(__size, v.__size, "T Vector<T>::sdistance(const Vector&) const", differentSizesSentence);
+    return accumulate<T>(__size, [a = __data, b = v.__data](int i) {
+        const T difference = differenceOf(a[i], b[i]);
+        return productOf(difference, difference);
+    });
+}
+
+template <class T>
+T Vector<T>::distance(const Vector& v) const requires VectorNumber<T> {
+    if constexpr (isRefusedInteger<T>)
+        refuse<T>("distance(const Vector&) const");
+    else {
+        const auto result = std::sqrt(static_cast<Real<T>>(sdistance(v)));
+        return static_cast<T>(result);
+    }
+}
+
+template <class T>
+T Vector<T>::angle(const Vector& v) const requires VectorNumber<T> {
+    const auto product = static_cast<Real<T>>(scalarProduct(v));
+    const auto norms = static_cast<Real<T>>(norm()) * static_cast<Real<T>>(v.norm());
+    const auto result = std::acos(std::clamp(product / norms, Real<T>(-1), Real<T>(1)));
+    return static_cast<T>(result);
+}
+
+template <class T>
+int Vector<T>::closestAxis() const requires VectorNumber<T> {
+    int axis = __size > 0 ? 0 : -1;
+    for (int i = 1; i < __size; ++i)
+        if (absolute(__data[axis]) < absolute(__data[i]))
+            axis = i;
+    return axis;
+}
+
+template <class T>
+Vector<T> Vector<T>::corr(const Vector& kernel) const requires VectorNumber<T> {
+    Vector result(static_cast<unsigned int>(__size));
+    result.fill(T(0));
+    // Tap by tap over a block that stays in the nearest cache: each tap is one pass without branches, and every
+    // element still gets its terms in the order of the taps.
+    constexpr int blockSize = 1024;
+    const int centre = kernel.__size / 2;
+    for (int block = 0; block < __size; block += blockSize) {
+        const int blockEnd = std::min(block + blockSize, __size);
+        for (int q = 0; q < kernel.__size; ++q) {
+            const int shift = q - centre;
+            const int first = std::max(block, -shift);
+            const int last = std::min(blockEnd, __size - shift);
+            const T weight = kernel.__data[q];
+            const T* const from = __data;
+            T* const to = result.__data;
+            for (int i = first; i < last; ++i)
+                to[i] = sumOf(to[i], productOf(from[i + shift], weight));
+        }
+    }
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::corr(const Vector& kernel, const Vector& mask) const requires VectorNumber<T> {
+    checkSameSize(__size, mask.__size, "Vector<T> Vector<T>::corr(const Vector&, const Vector&) const",
+                  "The mask is not the same length as this vector");
+    Vector result(*this);
+    if (kernel.__size == 0) {
+        for (int i = 0; i < __size; ++i)
+            if (mask.__data[i] != T(0))
+                result.__data[i] = T(0);
+        return result;
+    }
+    const int centre = kernel.__size / 2;
+    const int reach = kernel.__size - 1 - centre;
+    const T* const weights = kernel.__data + centre;
+    for (int i = 0; i < __size; ++i) {
+        if (mask.__data[i] == T(0))
+            continue;
+        T total = productOf(__data[i], weights[0]);
+        for (int d = 1; d <= reach; ++d) {
+            const int l = i - d;
+            const int r = i + d;
+            const bool left = l >= 0 && mask.__data[l] != T(0);
+            const bool right = r < __size && mask.__data[r] != T(0);
+            if (left && right)
+                total = sumOf(total, sumOf(productOf(__data[l], weights[-d]), productOf(__data[r], weights[d])));
+            else if (left || right)
+                total = sumOf(total, productOf(__data[left ? l : r], sumOf(weights[-d], weights[d])));
+        }
+        result.__data[i] = total;
+    }
+    return result;
+}
+
+template <class T>
+Vector<T> Vector<T>::conv(const Vector& kernel) const requires VectorNumber<T> {
+    Vector reversed(kernel);
+    reversed.reverse();
+    return corr(reversed);
+}
+
+template <class T>
+Vector<T> Vector<T>::conv(const Vector& kernel, const Vector& mask) const requires VectorNumber<T> {
+    Vector reversed(kernel);
+    reversed.reverse();
+    return corr(reversed, mask);
+}
+
+template <class T>
+void Vector<T>::householderVector(T& beta) requires VectorNumber<T> {
+    if constexpr (isRefusedInteger<T>)
+        refuse<T>("houseHolderVector(...)", "void");
+    else {
+        if (__size == 0) {
+            beta = T(0);
+            return;
+        }
+        const int tail = __size - 1;
+        const T* const rest = __data + 1;
+        const Real<T> sigma = accumulate<Real<T>>(tail, [rest](int i) {
+            const Real<T> x = static_cast<Real<T>>(rest[i]);
+            return x * x;
+        });
+        const Real<T> x0 = static_cast<Real<T>>(__data[0]);
+        if (sigma == 0) {
+            setCanonical(0);
+            beta = x0 < 0 ? T(2) : T(0);
+            return;
+        }
+        const Real<T> mu = std::sqrt(x0 * x0 + sigma);
+        // The first form is x0 - mu without the cancellation of two nearly equal numbers.
+        const Real<T> w = x0 > 0 ? -sigma / (x0 + mu) : x0 - mu;
+        const Real<T> scaledBeta = 2 * w * w / (sigma + w * w);
+        beta = static_cast<T>(scaledBeta);
+        for (int i = 1; i < __size; ++i) {
+            const Real<T> scaled = static_cast<Real<T>>(__data[i]) / w;
+            __data[i] = static_cast<T>(scaled);
+        }
+        __data[0] = T(1);
+    }
+}
+
+template <class T>
+void Vector<T>::householderVector(Vector& v, T& beta) const requires VectorNumber<T> {
+    v = *this;
+    v.householderVector(beta);
+}
+
+template <class T>
+T Vector<T>::epsilon() requires VectorNumber<T> {
+    if constexpr (isPlainInteger<T>)
+        refuse<T>("epsilon()");
+    else if constexpr (std::is_same_v<T, float>)
+        return 1e-6f;
+    else if constexpr (std::is_same_v<T, double>)
+        return 1e-15;
+    else if constexpr (std::is_same_v<T, long double>)
+        return 1e-18L;
+    else
+        return T(0);
+}
+
+template <class T>
+void Vector<T>::print(const std::string& title, std::ostream& stream) const requires VectorNumber<T> {
+    const bool transpose = NumericIO::getIOTranspose();
+    const double epsilon = NumericIO::getIOEpsilon();
+    std::FILE* const file = &stream == &std::cout ? stdout : stderr;
+    if (!title.empty()) {
+        stream << title;
+        if (transpose)
+            stream << '\n';
+    }
+    for (int i = 0; i < __size; ++i) {
+        const double x = static_cast<double>(__data[i]);
+        std::fprintf(file, "%*.*f", NumericIO::getIOWidth(), NumericIO::getIOPrecision(),
+                     std::fabs(x) < epsilon ? 0.0 : x);
+        if (transpose)
+            stream << '\n';
+    }
+    if (!transpose)
+        stream << '\n';
+}
+
+template class Vector<bool>;
+template class Vector<char>;
+template class Vector<unsigned char>;
+template class Vector<short>;
+template class Vector<unsigned short>;
+template class Vector<int>;
+template class Vector<unsigned int>;
+template class Vector<float>;
+template class Vector<double>;
+template class Vector<long double>;
+template class Vector<Model*>;
+template class Vector<Vertices<int>*>;
+
+template Vector<int> Vector<int>::toType<int>() const;
+template Vector<float> Vector<int>::toType<float>() const;
+template Vector<double> Vector<int>::toType<double>() const;
+template Vector<long double> Vector<int>::toType<long double>() const;
+template Vector<int> Vector<float>::toType<int>() const;
+template Vector<float> Vector<float>::toType<float>() const;
+template Vector<double> Vector<float>::toType<double>() const;
+template Vector<long double> Vector<float>::toType<long double>() const;
+template Vector<int> Vector<double>::toType<int>() const;
+template Vector<float> Vector<double>::toType<float>() const;
+template Vector<double> Vector<double>::toType<double>() const;
+template Vector<long double> Vector<double>::toType<long double>() const;
+template Vector<int> Vector<long double>::toType<int>() const;
+template Vector<float> Vector<long double>::toType<float>() const;
+template Vector<double> Vector<long double>::toType<double>() const;
+template Vector<long double> Vector<long double>::toType<long double>() const;
