@@ -55,7 +55,7 @@ public:
 
     Curve* clone() const override;
     ShapeType getShapeType() const override;
-    int read(std::istream& stream) override;
+    ShapeType read(std::istream& stream) override;
 
     std::unique_ptr<ConcreteEdgeIterator<T>> edgeIterator() override;
     std::unique_ptr<ConcreteEdgeIterator<T>> edgeIterator() const override;

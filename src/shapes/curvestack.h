@@ -30,7 +30,7 @@ public:
 
     CurveStack* clone() const override;
     ShapeType getShapeType() const override;
-    int read(std::istream& stream) override;
+    ShapeType read(std::istream& stream) override;
 
     using VertexStack<T>::append;
     using VertexStack<T>::prepend;

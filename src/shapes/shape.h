@@ -71,7 +71,7 @@ public:
 
     /// Reads the shape from the text of a shape file and returns the type code found there. The shape stays as it was
     /// when the text is short (FileReadError) or malformed (FileFormatError).
-    virtual int read(std::istream& stream) = 0;
+    virtual ShapeType read(std::istream& stream) = 0;
 
     /// Writes the shape file's text. Throws FileWriteError when the stream fails.
     virtual void write(std::ostream& stream) const = 0;

@@ -58,7 +58,7 @@ public:
     Vector<T>& operator[](const Vector<unsigned int>& locator) override;
     const Vector<T>& operator[](const Vector<unsigned int>& locator) const override;
 
-    int read(std::istream& stream) override;
+    ShapeType read(std::istream& stream) override;
     void write(std::ostream& stream) const override;
     void print(const std::string& title, std::ostream& stream) const override;
 

@@ -61,7 +61,7 @@ public:
     Vector<T>& operator[](const Vector<unsigned int>& locator) override;
     const Vector<T>& operator[](const Vector<unsigned int>& locator) const override;
 
-    int read(std::istream& stream) override;
+    ShapeType read(std::istream& stream) override;
     void write(std::ostream& stream) const override;
     void print(const std::string& title, std::ostream& stream) const override;
 
@@ -121,7 +121,7 @@ public:
 
 protected:
     /// Reads the three header records and the vertices into a new server; returns the type code.
-    int readVertices(ShapeReader& reader);
+    ShapeType readVertices(ShapeReader& reader);
 
     std::vector<int>& indexes() { return __indexes; }
     const std::vector<int>& indexes() const { return __indexes; }
