@@ -111,7 +111,6 @@ public:
 
 private:
     bool onlyChannel(int offset) const;
-    void makeExpanded(int depth);
 
     ImageHeader __header;
     std::unique_ptr<unsigned char[]> __data;

@@ -1,0 +1,3 @@
+#include "images/imageprocessing.h"
+
+ImageProcessing::~ImageProcessing() = default;
