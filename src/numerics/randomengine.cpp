@@ -1,0 +1,3 @@
+#include "numerics/randomengine.h"
+
+RandomEngine::~RandomEngine() = default;
