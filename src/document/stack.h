@@ -175,6 +175,7 @@ private:
     std::string __lastRegisteredSlice;
 };
 
-/// Fills the volume as Stack::toVoxelMatrix() does and gives it the stack's size; its calibration stays.
+/// Fills the volume as Stack::toVoxelMatrix() does and gives it the stack's size; its calibration stays, and so do the
+/// planes of a volume of that size where the content leaves them.
 template <class T>
 void stackToVolume(const Stack& stack, VoxelMatrix<T>& volume, ImageColorContent content);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "document/calibrationcurve.h"
 #include "document/slice.h"
@@ -17,6 +18,10 @@ public:
     void setStack(Stack& stack);
     Stack* getStack() const { return __stack; }
 
+    /// The image file that the stack description names, also when there is no such file; empty for none.
+    void setFileName(const std::string& name) { __fileName = name; }
+    const std::string& getFileName() const { return __fileName; }
+
     /// Takes over the curve, which must have been made by new, and deletes the one before.
     void setCalibrationCurve(CalibrationCurve* curve);
 
@@ -27,4 +32,5 @@ public:
 private:
     std::unique_ptr<CalibrationCurve> __calibrationCurve;
     Stack* __stack = nullptr;
+    std::string __fileName;
 };

@@ -1,0 +1,420 @@
+#include "document/modelitem.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+#include "document/model.h"
+#include "document/stackslice.h"
+#include "numerics/exception.h"
+
+namespace {
+
+// Capacity that a store grows by when vertices are appended while the user draws.
+constexpr int storeGrowth = 64;
+
+/// Coordinates come from files and may be any number; sums stay at the ends of int.
+int saturatedSum(int a, std::int64_t b) {
+    return int(std::clamp<std::int64_t>(a + b, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
+
+/// A size without its fraction; sizes come from files too.
+int truncated(float size) {
+    return size == size ? int(std::clamp(size, -1e6f, 1e6f)) : 0;
+}
+
+// Differences and products of coordinates are computed in double precision: exact for all pixel coordinates below 2^26,
+// and without overflow for all others.
+
+double squaredDistance(const Vector<int>& p, const Vector<int>& q) {
+    const double x = double(p[0]) - q[0];
+    const double y = double(p[1]) - q[1];
+    return x * x + y * y;
+}
+
+MPrimitive geometryOf(const Model* model) {
+    return model != nullptr && model->getProperties().definesGeometry() ? model->getProperties().getGeometry()
+                                                                        : UnknownPrimitive;
+}
+
+/// Coordinates of a polygon, one vertex after the other.
+struct Outline {
+    explicit Outline(const Vertices<int>& vertices) {
+        const int n = vertices.getNumVertices();
+        x.reserve(std::size_t(n));
+        y.reserve(std::size_t(n));
+        for (int i = 0; i < n; ++i) {
+            x.push_back(vertices[i][0]);
+            y.push_back(vertices[i][1]);
+        }
+        if (n > 0) {
+            const auto [left, right] = std::minmax_element(x.begin(), x.end());
+            const auto [low, high] = std::minmax_element(y.begin(), y.end());
+            minX = *left, maxX = *right, minY = *low, maxY = *high;
+        }
+    }
+
+    /// Parity of the edges crossed on one side of the point; a vertex of the outline is inside.
+    bool contains(double px, double py) const {
+        const std::size_t n = x.size();
+        if (n < 2 || px < minX || px > maxX || py < minY || py > maxY)
+            return false;
+        bool inside = false;
+        for (std::size_t k = 0; k < n; ++k) {
+            const std::size_t next = k + 1 < n ? k + 1 : 0;
+            if (x[k] == px && y[k] == py)
+                return true;
+            const double s = (y[k] - py) * (x[next] - px) - (x[k] - px) * (y[next] - py);
+            if (y[next] <= py && py < y[k])
+                inside ^= s >= 0;
+            else if (y[k] <= py && py < y[next])
+                inside ^= s <= 0;
+        }
+        return inside;
+    }
+
+    std::vector<double> x, y;
+    double minX = 0, maxX = 0, minY = 0, maxY = 0;
+};
+
+} // namespace
+
+ModelItem::ModelItem() : __vertices(2, 0, 0, storeGrowth) {
+}
+
+ModelItem::ModelItem(const ModelItem& other)
+    : __model(other.__model), __slice(other.__slice), __vertices(other.__vertices), __updateBox(other.__updateBox),
+      __selection(other.__selection), __properties(other.__properties) {
+    __vertices.detach();
+}
+
+ModelItem::~ModelItem() {
+    while (!__owners.empty())
+        __owners.back()->removeItem(*this);
+}
+
+void ModelItem::setModel(Model* model) {
+    detachFromModel();
+    __model = model;
+}
+
+void ModelItem::setSlice(StackSlice* slice) {
+    __slice = slice;
+}
+
+void ModelItem::attachToModel() {
+    if (__model != nullptr)
+        __model->addItem(*this);
+}
+
+void ModelItem::attachToSlice() {
+    if (__slice != nullptr)
+        __slice->addItem(*this);
+}
+
+void ModelItem::attach() {
+    attachToModel();
+    attachToSlice();
+}
+
+void ModelItem::detachFromModel() {
+    if (__model != nullptr)
+        __model->removeItem(*this);
+}
+
+void ModelItem::detachFromSlice() {
+    if (__slice != nullptr)
+        __slice->removeItem(*this);
+}
+
+void ModelItem::detach() {
+    detachFromModel();
+    detachFromSlice();
+}
+
+void ModelItem::setProperties(const ModelItemProperties& properties) {
+    __properties = properties;
+}
+
+bool ModelItem::isConnected() const {
+    const MPrimitive geometry = geometryOf(__model);
+    return geometry == PolygonPrimitive || geometry == PolylinePrimitive;
+}
+
+bool ModelItem::isClosed() const {
+    return geometryOf(__model) == PolygonPrimitive;
+}
+
+void ModelItem::setVertices(const Vertices<int>& vertices) {
+    // A store of just these vertices: the one they come from may hold many more.
+    const int n = vertices.getNumVertices();
+    Vertices<int> own(2, n, n, storeGrowth);
+    for (int i = 0; i < n; ++i)
+        own[i] = vertices[i];
+    __vertices = own;
+    __selection.reset(n);
+    __updateBox = boundingBox();
+}
+
+void ModelItem::appendVertex(const Vector<int>& vertex) {
+    const int n = getSize();
+    __updateBox = BoundingBox<int>(n > 0 ? __vertices[n - 1] : vertex, vertex);
+    __updateBox.rectify();
+    __vertices.append(Vector<int>(vertex));
+    __selection.reset(n + 1);
+}
+
+void ModelItem::appendVertices(const Vertices<int>& vertices) {
+    const int n = vertices.getNumVertices();
+    if (n == 0)
+        return;
+    if (getSize() == 0) {
+        setVertices(vertices);
+        return;
+    }
+    // One by one and through a copy, since the vertices may be the item's own.
+    for (int i = 0; i < n; ++i)
+        __vertices.append(Vector<int>(vertices[i]));
+    __selection.reset(getSize());
+    __updateBox = boundingBox();
+}
+
+void ModelItem::insertVertex(int i, const Vector<int>& vertex) {
+    __vertices.insert(i, Vector<int>(vertex));
+    __selection.insert(i, false);
+    computeVertexUpdateBox(i);
+}
+
+void ModelItem::removeVertex(int i) {
+    computeVertexUpdateBox(i);
+    __vertices.remove(i);
+    __selection.remove(i);
+}
+
+void ModelItem::removeVertices(int first, int last) {
+    if (first > last)
+        return;
+    __updateBox = boundingBox();
+    __vertices.remove(first, last);
+    __selection.remove(first, last);
+}
+
+void ModelItem::moveVertex(int i, const Vector<int>& vertex) {
+    computeVertexUpdateBox(i);
+    const BoundingBox<int> before = __updateBox;
+    __vertices[i] = vertex;
+    computeVertexUpdateBox(i);
+    __updateBox = before.merge(__updateBox);
+}
+
+void ModelItem::setSelection(const ModelItemSelection& selection) {
+    if (selection.getNumBits() != getSize())
+        throw SizeError("void ModelItem::setSelection(const ModelItemSelection&)",
+                        "The selection does not have one bit for each vertex");
+    __selection = selection;
+}
+
+Vertices<int> ModelItem::verticesBySelection(bool selected) const {
+    const int n = getSize();
+    const int numBits = __selection.getNumBits();
+    std::vector<int> chosen;
+    for (int i = 0; i < n; ++i)
+        if ((i < numBits && __selection.isSelected(i)) == selected)
+            chosen.push_back(i);
+    const int size = int(chosen.size());
+    Vertices<int> vertices(2, size, size, storeGrowth);
+    for (int i = 0; i < size; ++i)
+        vertices[i] = __vertices[chosen[std::size_t(i)]];
+    return vertices;
+}
+
+Vertices<int> ModelItem::selectedVertices() const {
+    return verticesBySelection(true);
+}
+
+Vertices<int> ModelItem::unselectedVertices() const {
+    return verticesBySelection(false);
+}
+
+void ModelItem::removeSelectedVertices() {
+    if (__selection.isEmpty())
+        return;
+    __updateBox = boundingBox();
+    __vertices = unselectedVertices();
+    __selection.reset(getSize());
+}
+
+void ModelItem::removeUnselectedVertices() {
+    if (__selection.isComplete())
+        return;
+    __updateBox = boundingBox();
+    __vertices = selectedVertices();
+    __selection.reset(getSize());
+}
+
+int ModelItem::findNearestVertex(const Vector<int>& point, float tolerance) const {
+    double best = double(tolerance) * tolerance;
+    int nearest = -1;
+    const int n = getSize();
+    for (int i = 0; i < n; ++i) {
+        const double distance = squaredDistance(__vertices[i], point);
+        if (nearest < 0 ? distance <= best : distance < best) {
+            best = distance;
+            nearest = i;
+        }
+    }
+    return nearest;
+}
+
+int ModelItem::findNearVertex(const Vector<int>& point, float tolerance) const {
+    const int n = getSize();
+    switch (geometryOf(__model)) {
+    case PolypointPrimitive:
+        for (int i = 0; i < n; ++i)
+            if (squaredDistance(__vertices[i], point) <= double(tolerance) * tolerance)
+                return i;
+        return -1;
+    case PolygonPrimitive:
+        if (n > 0 && pointNearSegment(__vertices[n - 1], __vertices[0], point, tolerance, true))
+            return 0;
+        [[fallthrough]];
+    case PolylinePrimitive:
+        for (int i = 1; i < n; ++i)
+            if (pointNearSegment(__vertices[i - 1], __vertices[i], point, tolerance, true))
+                return i;
+        return -1;
+    case UnknownPrimitive:
+        break;
+    }
+    return -1;
+}
+
+int ModelItem::findInsertion(const Vector<int>& point, float tolerance) const {
+    const int n = getSize();
+    const MPrimitive geometry = geometryOf(__model);
+    if (geometry == PolypointPrimitive)
+        return n;
+    if (geometry == UnknownPrimitive)
+        return -1;
+    for (int i = 1; i < n; ++i)
+        if (pointNearSegment(__vertices[i - 1], __vertices[i], point, tolerance, false))
+            return i;
+    if (geometry == PolygonPrimitive && n > 0 &&
+        pointNearSegment(__vertices[n - 1], __vertices[0], point, tolerance, false))
+        return n;
+    return -1;
+}
+
+BoundingBox<int> ModelItem::boundingBox() const {
+    const int n = getSize();
+    if (n == 0)
+        return BoundingBox<int>();
+    Vector<int> lower = __vertices[0];
+    Vector<int> upper = lower;
+    for (int i = 1; i < n; ++i) {
+        const int* vertex = __vertices[i].data();
+        for (int k = 0; k < 2; ++k) {
+            lower[k] = std::min(lower[k], vertex[k]);
+            upper[k] = std::max(upper[k], vertex[k]);
+        }
+    }
+    return rectifyBox(BoundingBox<int>(lower, upper));
+}
+
+BoundingBox<int> ModelItem::updateBox() const {
+    return rectifyBox(__updateBox);
+}
+
+void ModelItem::setUpdateBox(const BoundingBox<int>& box) {
+    __updateBox = box;
+}
+
+BoundingBox<int> ModelItem::rectifyBox(const BoundingBox<int>& box) const {
+    ModelItemProperties look;
+    if (__model != nullptr)
+        look = __model->getItemProperties();
+    look.update(__properties);
+    const int lineWidth = look.definesLineWidth() ? truncated(look.getLineWidth()) : 0;
+    const int pointSize = look.definesPointSize() ? truncated(look.getPointSize()) : 0;
+    const std::int64_t margin = std::max(lineWidth, pointSize);
+
+    Vector<int> lower = box.getVertex1();
+    Vector<int> upper = box.getVertex2();
+    for (int k = 0; k < lower.getSize(); ++k)
+        lower[k] = saturatedSum(lower[k], -margin);
+    for (int k = 0; k < upper.getSize(); ++k)
+        upper[k] = saturatedSum(upper[k], margin + 1);
+    return BoundingBox<int>(lower, upper);
+}
+
+BoundingBox<int> ModelItem::vertexBox(int i) const {
+    return BoundingBox<int>(__vertices[i], __vertices[i]);
+}
+
+void ModelItem::computeVertexUpdateBox(int i) {
+    __updateBox = vertexBox(i);
+    if (!isConnected())
+        return;
+    const int n = getSize();
+    const bool closed = isClosed();
+    if (i > 0 || closed)
+        __updateBox = __updateBox.merge(vertexBox(i > 0 ? i - 1 : n - 1));
+    if (i + 1 < n || closed)
+        __updateBox = __updateBox.merge(vertexBox(i + 1 < n ? i + 1 : 0));
+}
+
+bool ModelItem::isClockwise() const {
+    const int n = getSize();
+    if (!isClosed() || n < 3)
+        return false;
+    // Shoelace sum around the first vertex.
+    const long double x0 = __vertices[0][0];
+    const long double y0 = __vertices[0][1];
+    long double area = 0;
+    for (int i = 1; i + 1 < n; ++i)
+        area += (__vertices[i][0] - x0) * (__vertices[i + 1][1] - y0) -
+                (__vertices[i + 1][0] - x0) * (__vertices[i][1] - y0);
+    return area < 0;
+}
+
+void ModelItem::setClockwise(bool clockwise) {
+    if (!isClosed() || isClockwise() == clockwise)
+        return;
+    __vertices.reverse();
+    const ModelItemSelection before = __selection;
+    const int n = before.getNumBits();
+    for (int i = 0; i < n; ++i)
+        __selection.set(before.isSelected(n - 1 - i), i, false);
+}
+
+bool ModelItem::partiallyContains(const ModelItem& other) const {
+    if (!isClosed() || __slice != other.__slice)
+        return false;
+    const Outline outline(__vertices);
+    const int n = other.getSize();
+    for (int i = 0; i < n; ++i)
+        if (outline.contains(other.__vertices[i][0], other.__vertices[i][1]))
+            return true;
+    return false;
+}
+
+bool ModelItem::pointNearSegment(const Vector<int>& a, const Vector<int>& b, const Vector<int>& point, float tolerance,
+                                 bool includeEnds) {
+    const double dx = double(b[0]) - a[0];
+    const double dy = double(b[1]) - a[1];
+    const double qx = double(point[0]) - a[0];
+    const double qy = double(point[1]) - a[1];
+    const double reach = double(tolerance) * tolerance;
+    const double dot = dx * qx + dy * qy;
+    const double squaredLength = dx * dx + dy * dy;
+    if (dot >= 1 && dot < squaredLength) {
+        const double cross = dx * qy - dy * qx;
+        if (reach >= cross * (cross / squaredLength))
+            return true;
+    }
+    return includeEnds && (squaredDistance(a, point) <= reach || squaredDistance(b, point) <= reach);
+}
+
+bool ModelItem::isListedBy(const ModelItemOwner& owner) const {
+    return std::find(__owners.begin(), __owners.end(), &owner) != __owners.end();
+}

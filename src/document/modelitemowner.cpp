@@ -1,0 +1,153 @@
+#include "document/modelitemowner.h"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "document/modelitem.h"
+#include "document/stack.h"
+#include "document/stackslice.h"
+
+ModelItemOwner::~ModelItemOwner() {
+    deleteItems({this});
+}
+
+void ModelItemOwner::addItem(ModelItem& item) {
+    if (item.isListedBy(*this))
+        return;
+    item.__owners.push_back(this);
+    __items.push_back(&item);
+}
+
+void ModelItemOwner::removeItem(ModelItem& item) {
+    if (!item.isListedBy(*this))
+        return;
+    std::erase(item.__owners, this);
+    // From the end: what was listed last is what is mostly taken off, by undoing for instance.
+    const auto place = std::find(__items.rbegin(), __items.rend(), &item);
+    __items.erase(std::next(place).base());
+}
+
+ModelItem* ModelItemOwner::getSelectedItem() const {
+    for (ModelItem* item : __items)
+        if (!item->getSelection().isEmpty())
+            return item;
+    return nullptr;
+}
+
+std::vector<ModelItem*> ModelItemOwner::getSelectedItems() const {
+    std::vector<ModelItem*> selected;
+    for (ModelItem* item : __items)
+        if (!item->getSelection().isEmpty())
+            selected.push_back(item);
+    return selected;
+}
+
+ModelItem* ModelItemOwner::buddyItem(const ModelItem& item) const {
+    for (ModelItem* other : __items)
+        if (other != &item && other->getModel() == item.getModel() && other->getProperties() == item.getProperties())
+            return other;
+    return nullptr;
+}
+
+/// The absolute position of the slice of each item. The position of a slice is a walk along its stack: all positions of
+/// a stack are taken in one walk, so that the cost is items plus slices.
+std::vector<float> ModelItemOwner::slicePositions() const {
+    std::unordered_map<const StackSlice*, float> known;
+    std::vector<float> positions;
+    positions.reserve(__items.size());
+    for (const ModelItem* item : __items) {
+        const StackSlice* slice = item->getSlice();
+        if (slice == nullptr) {
+            positions.push_back(0);
+            continue;
+        }
+        if (known.find(slice) == known.end()) {
+            const Stack* stack = slice->getStack();
+            if (stack != nullptr && stack->findSlice(*slice) >= 0) {
+                const std::vector<float> all = stack->getAbsolutePositions();
+                for (int i = 0; i < stack->getNumSlices(); ++i)
+                    known[&stack->getSlice(i)] = all[std::size_t(i)];
+            } else {
+                known[slice] = slice->getAbsolutePosition();
+            }
+        }
+        positions.push_back(known[slice]);
+    }
+    return positions;
+}
+
+bool ModelItemOwner::isSorted() const {
+    const std::vector<float> positions = slicePositions();
+    return std::adjacent_find(positions.begin(), positions.end(), [](float a, float b) { return b < a; }) ==
+           positions.end();
+}
+
+void ModelItemOwner::sort() {
+    const int n = getNumItems();
+    std::vector<float> positions = slicePositions();
+    // A file may hold "nan" for a position. Such slices go last, as there is no order with them in it.
+    for (float& position : positions)
+        if (position != position)
+            position = std::numeric_limits<float>::infinity();
+
+    // A selection sort whose choice of the first smallest among the rest is read from an ordered set of the unsorted
+    // (position, place) pairs.
+    std::set<std::pair<float, int>> rest;
+    for (int i = 0; i < n; ++i)
+        rest.emplace_hint(rest.end(), positions[std::size_t(i)], i);
+    for (int i = 0; i < n; ++i) {
+        const int smallest = rest.begin()->second;
+        rest.erase(rest.begin());
+        if (smallest == i)
+            continue;
+        rest.erase({positions[std::size_t(i)], i});
+        rest.emplace(positions[std::size_t(i)], smallest);
+        std::swap(positions[std::size_t(i)], positions[std::size_t(smallest)]);
+        std::swap(__items[std::size_t(i)], __items[std::size_t(smallest)]);
+    }
+}
+
+std::vector<ModelItem*> ModelItemOwner::intersection(const ModelItemOwner& other) const {
+    std::vector<ModelItem*> common;
+    for (ModelItem* item : __items)
+        if (item->isListedBy(other))
+            common.push_back(item);
+    std::sort(common.begin(), common.end(), std::less<ModelItem*>());
+    return common;
+}
+
+/// Drops from each of these lists the items that do not name it as an owner any more, in one pass for each list.
+void ModelItemOwner::removeUnlisted(const std::vector<ModelItemOwner*>& owners) {
+    for (ModelItemOwner* owner : owners)
+        std::erase_if(owner->__items, [owner](const ModelItem* item) { return !item->isListedBy(*owner); });
+}
+
+void ModelItemOwner::deleteItems(const std::vector<ModelItemOwner*>& owners) {
+    std::unordered_set<ModelItem*> items;
+    for (ModelItemOwner* owner : owners) {
+        items.insert(owner->__items.begin(), owner->__items.end());
+        owner->__items.clear();
+    }
+    std::unordered_set<ModelItemOwner*> concerned;
+    for (ModelItem* item : items) {
+        concerned.insert(item->__owners.begin(), item->__owners.end());
+        item->__owners.clear();
+    }
+    removeUnlisted({concerned.begin(), concerned.end()});
+    for (ModelItem* item : items)
+        delete item;
+}
+
+void ModelItemOwner::withdrawItems() {
+    std::unordered_set<ModelItemOwner*> concerned;
+    for (ModelItem* item : __items) {
+        concerned.insert(item->__owners.begin(), item->__owners.end());
+        item->__owners.assign(1, this);
+    }
+    concerned.erase(this);
+    removeUnlisted({concerned.begin(), concerned.end()});
+}

@@ -1,0 +1,74 @@
+#include "document/stackslice.h"
+
+#include "document/stack.h"
+
+StackSlice::StackSlice() = default;
+
+StackSlice::~StackSlice() = default;
+
+void StackSlice::setStack(Stack* stack) {
+    __stack = stack;
+}
+
+bool StackSlice::isFirstSlice() const {
+    return __stack == nullptr || __stack->findSlice(*this) <= 0;
+}
+
+bool StackSlice::isLastSlice() const {
+    if (__stack == nullptr)
+        return true;
+    const int index = __stack->findSlice(*this);
+    return index < 0 || index == __stack->getNumSlices() - 1;
+}
+
+StackSlice& StackSlice::prevSlice() {
+    return __stack == nullptr ? *this : __stack->getPreviousSlice(*this);
+}
+
+const StackSlice& StackSlice::prevSlice() const {
+    return __stack == nullptr ? *this : __stack->getPreviousSlice(*this);
+}
+
+StackSlice& StackSlice::nextSlice() {
+    return __stack == nullptr ? *this : __stack->getNextSlice(*this);
+}
+
+const StackSlice& StackSlice::nextSlice() const {
+    return __stack == nullptr ? *this : __stack->getNextSlice(*this);
+}
+
+void StackSlice::setRegistration(const Registration& registration) {
+    __registration = registration;
+}
+
+void StackSlice::setThickness(float thickness) {
+    __thickness = thickness;
+}
+
+void StackSlice::setAbsolutePosition(float position) {
+    __position = position;
+    __useRelativePosition = false;
+    __defaultRelativePosition = false;
+}
+
+void StackSlice::setRelativePosition(float position) {
+    __position = position;
+    __useRelativePosition = true;
+    __defaultRelativePosition = false;
+}
+
+float StackSlice::getAbsolutePosition() const {
+    if (!__useRelativePosition)
+        return __position;
+    const int index = __stack == nullptr ? -1 : __stack->findSlice(*this);
+    return index <= 0 ? 0 : __stack->absolutePosition(index);
+}
+
+float StackSlice::getRelativePosition() const {
+    if (__defaultRelativePosition)
+        return __stack == nullptr ? 0 : __stack->getDefaultRelativePosition();
+    if (__useRelativePosition)
+        return __position;
+    const int index = __stack == nullptr ? -1 : __stack->findSlice(*this);
+    return index <= 0 ? 0 : __position - __stack->absolutePosition(index - 1);
+}

@@ -1,0 +1,18 @@
+#include "document/standardimage.h"
+
+StandardImage::StandardImage() = default;
+
+StandardImage::~StandardImage() = default;
+
+void StandardImage::setStack(Stack& stack) {
+    __stack = &stack;
+}
+
+void StandardImage::setCalibrationCurve(CalibrationCurve* curve) {
+    if (curve != __calibrationCurve.get())
+        __calibrationCurve.reset(curve);
+}
+
+void StandardImage::deleteCalibrationCurve() {
+    __calibrationCurve.reset();
+}
