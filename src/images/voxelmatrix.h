@@ -21,7 +21,7 @@
 /// four small integer types share a tag in the file, so that load() cannot tell them apart, while
 /// fileSizeMatchesHeader() can. Saving writes a new file beside the old one, flushes it to the disk and renames it, so
 /// that a failed save leaves the old file whole.
-template<class T>
+template <class T>
 class VoxelMatrix {
 public:
     VoxelMatrix();
@@ -146,6 +146,7 @@ public:
 
     /// Writes layout 1. Throws FileWriteError when the file exists and overwrite is false, when it cannot be opened
     /// for writing, or when the disk does not take the data; an old file of that name then stays as it was.
+    /// Throws UsageError after loadHeader(), when there are no planes to write.
     void save(const std::string& filename, bool overwrite) const;
 
     /// Writes layout 0, without tag and calibration; otherwise as save().
@@ -153,7 +154,7 @@ public:
 
     /// A volume of the same size with each element converted, toward zero where T has fractions and U has none. The
     /// calibration is not carried over. For all pairs of the types above.
-    template<class U>
+    template <class U>
     VoxelMatrix<U> toType() const;
 
 private:

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "images/voxelmatrixheader.h"
+
+/// A voxel matrix file opened for reading, row after row.
+///
+/// Short rows are served from a buffer that stays in the processor's cache; long rows are read straight into place.
+class VoxelMatrixFileReader {
+public:
+    /// Opens the file and reads its header. Errors carry this place; see VoxelMatrixHeader::read().
+    VoxelMatrixFileReader(const std::string& filename, const std::string& where);
+    ~VoxelMatrixFileReader();
+    VoxelMatrixFileReader(const VoxelMatrixFileReader&) = delete;
+    VoxelMatrixFileReader& operator=(const VoxelMatrixFileReader&) = delete;
+
+    const VoxelMatrixHeader& header() const { return __header; }
+
+    /// Reads the next bytes of the data; what the file does not hold is set to 0. Throws FileReadError when the disk
+    /// fails.
+    void read(void* destination, std::size_t numBytes);
+
+private:
+    std::size_t __readFile(unsigned char* destination, std::size_t numBytes);
+
+    std::string __filename;
+    std::string __where;
+    int __descriptor = -1;
+    VoxelMatrixHeader __header;
+    std::unique_ptr<unsigned char[]> __buffer;
+    std::size_t __begin = 0; // unread part of the buffer
+    std::size_t __end = 0;
+};
+
+/// A voxel matrix file being written, row after row.
+///
+/// The bytes go to a new file beside the one named, which takes its place in commit(), flushed to the disk before that.
+/// Without a commit() the new file is removed again and the old one stays. A name that is a link stands for the file
+/// it leads to, and the new file keeps the permissions of the old. A name that is no regular file (a device, a pipe),
+/// or whose folder takes no new files, is written in place.
+class VoxelMatrixFileWriter {
+public:
+    /// Throws FileWriteError with this place, "File already exists" or "Cannot open file for writing".
+    VoxelMatrixFileWriter(const std::string& filename, bool overwrite, const std::string& where);
+    ~VoxelMatrixFileWriter();
+    VoxelMatrixFileWriter(const VoxelMatrixFileWriter&) = delete;
+    VoxelMatrixFileWriter& operator=(const VoxelMatrixFileWriter&) = delete;
+
+    /// Writes header and later rows alike. Throws FileWriteError when the disk does not take them.
+    void write(const void* source, std::size_t numBytes);
+    void commit();
+
+private:
+    void __writeFile(const unsigned char* source, std::size_t numBytes);
+    [[noreturn]] void __fail() const;
+
+    std::string __filename;
+    std::string __where;
+    std::string __target;    // the name with links followed
+    std::string __temporary; // empty when the target is written in place
+    int __descriptor = -1;
+    std::unique_ptr<unsigned char[]> __buffer;
+    std::size_t __fill = 0;
+};
