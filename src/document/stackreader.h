@@ -10,7 +10,9 @@
 #include "document/stackiocontext.h"
 
 class ImageSource;
-class Slice;
+class Model;
+class Stack;
+class StackSlice;
 
 /// Reads a stack description file into a stack. One object reads one file.
 ///
@@ -117,11 +119,11 @@ private:
     void parseStatement(const Tokens& tokens, StackIOContext& context);
     void addSlice(std::string_view name, const ImageSource* source, StackIOContext& context);
     std::string imagePath(std::string_view file, const StackIOContext& context) const;
-    StackSlice* findSlice(Stack& stack, const std::string& name);
+    ::StackSlice* findSlice(Stack& stack, const std::string& name);
     Model* findModel(Stack& stack, const std::string& name);
 
     /// Names of the stack's slices and models as far as they have been looked at; the first of equals counts.
-    std::unordered_map<std::string, StackSlice*> __sliceNames;
+    std::unordered_map<std::string, ::StackSlice*> __sliceNames;
     std::unordered_map<std::string, Model*> __modelNames;
     const Stack* __indexedStack = nullptr;
     int __numIndexedSlices = 0;

@@ -8,6 +8,7 @@ class ImageSource;
 class ImageSourceFileMosaic;
 class Model;
 class ModelItem;
+class ModelItemProperties;
 class PixelCalibration;
 class Slice;
 class Stack;
@@ -54,6 +55,7 @@ private:
     void writeStandardImages(const Stack& stack);
     void writeModel(const Model& model);
     void writeItem(const Model& model, const ModelItem& item);
+    void writeColor(const ModelItemProperties& look);
     void writeMosaic(const Slice& slice, const ImageSourceFileMosaic& source);
     void writeImagesPath(const std::string& imageFile, bool emptyLine);
     std::string imagesPath(const std::string& imageFile);
@@ -61,11 +63,11 @@ private:
     void statement(Keyword keyword, float value);
     void statement(Keyword keyword, int value);
     void statement(Keyword keyword, bool value);
+    void statement(Keyword keyword, const std::string& value);
     void name(Keyword keyword, const std::string& value);
     void wholeNumber(Keyword keyword, float value);
     void annotation(const std::string& text);
     void append(int value);
-    void append(float value);
     void appendString(const std::string& text);
     void appendFile(const std::string& path, bool quoted);
     void reportProgress(int numSteps);

@@ -1,0 +1,832 @@
+#include "document/stackreader.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <locale>
+#include <optional>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "document/calibrationcurve.h"
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/pose.h"
+#include "document/stack.h"
+#include "document/stackslice.h"
+#include "document/standardimage.h"
+#include "document/standardsample.h"
+#include "images/imagesourcefile.h"
+#include "images/imagesourcefilemosaic.h"
+#include "images/imagesourcevoxelmatrixplane.h"
+#include "images/voxelmatrixheader.h"
+#include "numerics/exception.h"
+#include "numerics/fileinfo.h"
+
+namespace {
+
+constexpr std::size_t maxPathLength = PATH_MAX;
+
+/// The classic locale as the global one, as long as this lives.
+class ClassicLocale {
+public:
+    ClassicLocale() : __old(std::locale::global(std::locale::classic())) {}
+    ClassicLocale(const ClassicLocale&) = delete;
+    ClassicLocale& operator=(const ClassicLocale&) = delete;
+    ~ClassicLocale() { std::locale::global(__old); }
+
+private:
+    std::locale __old;
+};
+
+bool isSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// The whole file; nothing when it cannot be opened or is no regular file. Opening does not wait for a pipe's writer.
+std::optional<std::string> readFile(const std::string& name) {
+    const int file = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (file < 0)
+        return std::nullopt;
+    struct stat info;
+    if (::fstat(file, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(file);
+        return std::nullopt;
+    }
+    std::string text(static_cast<std::size_t>(info.st_size), '\0');
+    std::size_t length = 0;
+    while (length < text.size()) {
+        const ssize_t got = ::read(file, text.data() + length, text.size() - length);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            break;
+        length += static_cast<std::size_t>(got);
+    }
+    ::close(file);
+    text.resize(length);
+    return text;
+}
+
+/// A pipe or a device in place of an image could keep its reader waiting for ever. What is not there is the image
+/// reader's to tell.
+void requireRegularFile(const std::string& name) {
+    struct stat info;
+    if (::stat(name.c_str(), &info) == 0 && !S_ISREG(info.st_mode))
+        throw FileReadError("bool StackReader::read(...)", "Not a regular file", name);
+}
+
+/// The leading decimal number, 0 without one; beyond the range of int its nearest end.
+int toInt(std::string_view text) {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at < end && isSpace(*at))
+        ++at;
+    const bool negative = at < end && *at == '-';
+    if (at < end && (*at == '-' || *at == '+'))
+        ++at;
+    long long value = 0;
+    for (; at < end && *at >= '0' && *at <= '9'; ++at)
+        if (value <= INT_MAX)
+            value = 10 * value + (*at - '0');
+    value = negative ? -value : value;
+    return static_cast<int>(std::clamp<long long>(value, INT_MIN, INT_MAX));
+}
+
+float toReal(std::string_view text) {
+    return static_cast<float>(std::strtod(std::string(text.substr(0, 256)).c_str(), nullptr));
+}
+
+bool toBool(std::string_view text) {
+    return text.size() == 1 ? text == "1" : text == "true";
+}
+
+std::string toName(std::string_view text) {
+    return StackIO::unprotect(text);
+}
+
+void requireArguments(const StackReader::Tokens& tokens, std::size_t number) {
+    if (tokens.size() != number + 1)
+        throw StackReader::NumArgsError();
+}
+
+/// The current object of a statement that needs one.
+template <class T>
+T& required(T* object) {
+    if (object == nullptr)
+        throw StackReader::ContextError();
+    return *object;
+}
+
+int toSize(std::string_view text) {
+    const int size = toInt(text);
+    if (size < 0)
+        throw StackReader::ArgValueError();
+    return size;
+}
+
+/// The current slice's calibration, or the stack's default.
+PixelCalibration& currentCalibration(const StackIOContext& context) {
+    if (context.getSlice() != nullptr)
+        return context.getSlice()->getPixelCalibration();
+    return required(context.getStack()).getDefaultPixelCalibration();
+}
+
+std::string directoryOf(const std::string& fileName) {
+    const std::string directory = FileInfo::dirName(fileName);
+    return directory.empty() ? "./" : directory;
+}
+
+std::string join(const std::string& directory, std::string_view file) {
+    std::string path = directory;
+    if (path.empty() || path.back() != '/')
+        path += '/';
+    path += file;
+    if (path.size() > maxPathLength)
+        throw StackReader::ArgValueError();
+    return path;
+}
+
+bool isAbsolute(std::string_view path) {
+    return !path.empty() && path.front() == '/';
+}
+
+/// The current slice's mosaic. The slice owns it; this reader has made it, and fills it in place: a copy for each tile
+/// would make the cost of a mosaic quadratic.
+ImageSourceFileMosaic& currentMosaic(const StackIOContext& context) {
+    const ::StackSlice& slice = required(context.getSlice());
+    const ImageSource* source = nullptr;
+    try {
+        source = &slice.getImageSource();
+    } catch (const ProgramError&) {
+        throw StackReader::ContextError();
+    }
+    return required(const_cast<ImageSourceFileMosaic*>(dynamic_cast<const ImageSourceFileMosaic*>(source)));
+}
+
+} // namespace
+
+bool StackReader::read(Stack& stack, const std::string& fileName) {
+    const ClassicLocale locale;
+    const std::string name = FileInfo::suffixName(fileName) == "sdf" ? fileName : fileName + ".sdf";
+    clearLog();
+    const std::optional<std::string> text = readFile(name);
+    if (!text)
+        return false;
+    notifyStarted("Reading " + name + "...");
+    notifyProgressed(0, 100);
+
+    StackIOContext context;
+    context.setFileName(name);
+    context.setStack(&stack);
+    context.setImagesPath(directoryOf(name));
+    stack.setImagesPath(directoryOf(name));
+    setFileFormatVersion(1.0f);
+    __mosaicPlacesLeft = (1LL << 20) + static_cast<long long>(text->size());
+    __indexedStack = nullptr;
+
+    const unsigned long long size = std::max<std::size_t>(text->size(), 1);
+    unsigned long long total = 0;
+    const char* cursor = text->data();
+    const char* const end = cursor + text->size();
+    std::string statement;
+    Tokens tokens;
+    for (readItemString(cursor, end, statement); !statement.empty(); readItemString(cursor, end, statement)) {
+        splitItemString(tokens, statement);
+        parseStatement(tokens, context);
+        total += statement.size() + 1;
+        notifyProgressed(static_cast<unsigned int>(total * 100 / size), 100);
+    }
+
+    stack.getDefaultPixelCalibration().compute();
+    for (int i = 0; i < stack.getNumSlices(); ++i)
+        stack.getSlice(i).getPixelCalibration().compute();
+    notifyProgressed(100, 100);
+    notifyFinished("");
+    return true;
+}
+
+/// Carries a statement out and logs its failure.
+void StackReader::parseStatement(const Tokens& tokens, StackIOContext& context) {
+    const std::string keyword = tokens.empty() ? std::string() : std::string(tokens.front().substr(0, 80));
+    try {
+        parseTokens(tokens, context);
+    } catch (const ArgValueError&) {
+        log("Error on " + keyword + ": invalid argument.");
+    } catch (const ContextError&) {
+        log("Error: " + keyword + " is invalid in this context.");
+    } catch (const FileError& error) {
+        addFatalError();
+        log("Error: " + error.getFile() + ": " + error.getWhat() + ".");
+    } catch (const KeywordError&) {
+        log("Error on " + keyword + ": unknown keyword (ignored).");
+    } catch (const NumArgsError&) {
+        log("Error on " + keyword + ": invalid number of arguments.");
+    } catch (const Exception& error) {
+        log("Error on " + keyword + ": " + error.getWhat() + ".");
+    }
+}
+
+void StackReader::readItemString(const char*& cursor, const char* end, std::string& statement) {
+    statement.clear();
+    bool complete = false;
+    while (!complete) {
+        if (cursor == end) {
+            statement.clear();
+            return;
+        }
+        const char* const line = cursor;
+        const auto left = [&](const char* from, const char* to) { return static_cast<std::size_t>(to - from); };
+        const char* stop = static_cast<const char*>(std::memchr(line, '\n', left(line, end)));
+        cursor = stop != nullptr ? stop + 1 : end;
+        stop = stop != nullptr ? stop : end;
+        if (line == stop)
+            continue;
+        if (const void* hash = std::memchr(line, '#', left(line, stop))) {
+            if (hash == line)
+                continue;
+            stop = static_cast<const char*>(hash) - 1;
+        }
+        complete = std::memchr(line, ';', left(line, stop)) != nullptr;
+        // Whitespace is squeezed across line ends too, so the last character written tells whether it goes on.
+        std::size_t length = statement.size();
+        statement.resize(length + left(line, stop));
+        char* to = statement.data();
+        for (const char* from = line; from < stop; ++from) {
+            if (!isSpace(*from))
+                to[length++] = *from;
+            else if (length > 0 && to[length - 1] != ' ')
+                to[length++] = ' ';
+        }
+        statement.resize(length);
+    }
+    if (!statement.empty() && statement.back() == ' ')
+        statement.pop_back();
+    if (!statement.empty())
+        statement.pop_back();
+}
+
+void StackReader::splitItemString(Tokens& tokens, std::string_view statement) {
+    tokens.clear();
+    const char* at = statement.data();
+    const char* const end = at + statement.size();
+    const auto tokenEnd = [end](const char* from) {
+        while (from < end && *from != ' ')
+            ++from;
+        return from;
+    };
+    while (at < end) {
+        if (*at == ' ') {
+            ++at;
+            continue;
+        }
+        const char* stop = tokenEnd(at);
+        // The statement is squeezed: joining tokens by a blank gives the part of it that they span.
+        if (*at == '"')
+            while (stop[-1] != '"' && stop < end)
+                stop = tokenEnd(stop + 1);
+        if (*at != '"' || stop[-1] != '"')
+            tokens.emplace_back(at, static_cast<std::size_t>(stop - at));
+        else
+            tokens.emplace_back(at + 1, static_cast<std::size_t>(std::max<std::ptrdiff_t>(stop - at - 2, 0)));
+        at = stop;
+    }
+}
+
+void StackReader::parseTokens(const Tokens& tokens, StackIOContext& context) {
+    const Handler carryOut = tokens.empty() ? nullptr : handler(getKeyword(std::string(tokens.front())));
+    if (carryOut == nullptr)
+        throw KeywordError();
+    (this->*carryOut)(tokens, context);
+}
+
+StackReader::Handler StackReader::handler(Keyword keyword) {
+    static const auto handlers = [] {
+        std::array<Handler, UNKNOWN + 1> table{};
+        table[Annotation] = &StackReader::inputAnnotation;
+        table[BeginCap] = &StackReader::inputBeginCap;
+        table[BRILLIANCY] = &StackReader::inputBrilliancy;
+        table[CALIBRATIONCURVE] = &StackReader::inputCalibrationCurve;
+        table[COLOR] = &StackReader::inputColor;
+        table[ECORENDERING] = &StackReader::inputEcoRendering;
+        table[EndCap] = &StackReader::inputEndCap;
+        table[FileFormatVersion] = &StackReader::inputFileFormatVersion;
+        table[FILLEDIN] = &StackReader::inputFilledIn;
+        table[FIT] = &StackReader::inputFit;
+        table[HIDDEN3D] = &StackReader::inputHidden3D;
+        table[IMAGE] = &StackReader::inputImage;
+        table[ImagesPath] = &StackReader::inputImagesPath;
+        table[AbsoluteImagesPathPolicy] = &StackReader::inputAbsoluteImagesPathPolicy;
+        table[LASTSEGMENTEDSLICE] = &StackReader::inputLastSegmentedSlice;
+        table[LASTREGISTEREDSLICE] = &StackReader::inputLastRegisteredSlice;
+        table[LengthUnitScale] = &StackReader::inputLengthUnitScale;
+        table[MODEL] = &StackReader::inputModel;
+        table[MODELITEM] = &StackReader::inputModelItem;
+        table[MODELITEMDATA] = &StackReader::inputModelItemData;
+        table[PIXASPECT] = &StackReader::inputPixAspect;
+        table[PIXHEIGHT] = &StackReader::inputPixHeight;
+        table[PIXWIDTH] = &StackReader::inputPixWidth;
+        table[POINTSIZE] = &StackReader::inputPointSize;
+        table[POSE] = &StackReader::inputPose;
+        table[POSEROTATION] = &StackReader::inputPoseRotation;
+        table[POSESHIFT] = &StackReader::inputPoseShift;
+        table[POSEZOOM] = &StackReader::inputPoseZoom;
+        table[AMBIENTLIGHT] = &StackReader::inputAmbientLight;
+        table[DIFFUSELIGHT] = &StackReader::inputDiffuseLight;
+        table[SPECULARLIGHT] = &StackReader::inputSpecularLight;
+        table[POSITION] = &StackReader::inputPosition;
+        table[PRIMITIVE] = &StackReader::inputPrimitive;
+        table[RELPOSITION] = &StackReader::inputRelPosition;
+        table[RENDERINGMODE] = &StackReader::inputRenderingMode;
+        table[RESAMPLING] = &StackReader::inputResampling;
+        table[ROTATE] = &StackReader::inputRotate;
+        table[SAMPLE] = &StackReader::inputSample;
+        table[SAMPLECOORDS] = &StackReader::inputSampleCoords;
+        table[SAMPLEVALUE] = &StackReader::inputSampleValue;
+        table[SHIFT] = &StackReader::inputShift;
+        table[SLICE] = &StackReader::inputSlice;
+        table[SliceSize1] = &StackReader::inputSliceSize;
+        table[SliceSize2] = &StackReader::inputSliceSize;
+        table[STACK] = &StackReader::inputStack;
+        table[StackIO::StackSlice] = &StackReader::inputStackSlice;
+        table[STANDARDIMAGE] = &StackReader::inputStandardImage;
+        table[THICKNESS] = &StackReader::inputThickness;
+        table[TRANSPARENCY] = &StackReader::inputTransparency;
+        table[VERTEXSYMBOL] = &StackReader::inputVertexSymbol;
+        return table;
+    }();
+    return handlers[keyword];
+}
+
+void StackReader::inputAnnotation(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    const std::string text = importString(unprotect(tokens[1]));
+    if (context.getSlice() != nullptr)
+        context.getSlice()->setAnnotation(text);
+    else
+        required(context.getStack()).setAnnotation(text);
+}
+
+void StackReader::inputBeginCap(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getModelProperties()).setBeginCapFlag(toBool(tokens[1]));
+}
+
+void StackReader::inputBrilliancy(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getModelProperties()).setSurfaceShininess(static_cast<float>(toInt(tokens[1])));
+}
+
+void StackReader::inputCalibrationCurve(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    // On a slice the statement names the curve that applies to it; slices keep no such link.
+    if (context.getStandardImage() == nullptr) {
+        required(context.getSlice());
+        return;
+    }
+    StandardImage& image = *context.getStandardImage();
+    auto curve = std::make_unique<CalibrationCurve>(image);
+    curve->setName(toName(tokens[1]));
+    image.setCalibrationCurve(curve.get());
+    context.setCalibrationCurve(curve.release());
+}
+
+void StackReader::inputColor(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 3);
+    ModelItemProperties& properties = required(context.getModelItemProperties());
+    properties.setColor(toInt(tokens[1]) & 255, toInt(tokens[2]) & 255, toInt(tokens[3]) & 255);
+}
+
+void StackReader::inputEcoRendering(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getModelProperties()).setEconomicRendering(toBool(tokens[1]));
+}
+
+void StackReader::inputEndCap(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getModelProperties()).setEndCapFlag(toBool(tokens[1]));
+}
+
+void StackReader::inputFileFormatVersion(const Tokens& tokens, StackIOContext&) {
+    requireArguments(tokens, 1);
+    setFileFormatVersion(toReal(tokens[1]));
+}
+
+void StackReader::inputFilledIn(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getModelItemProperties()).setVertexSymbolFilling(toBool(tokens[1]));
+}
+
+void StackReader::inputFit(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    CalibrationCurve& curve = required(context.getCalibrationCurve());
+    if (tokens[1] == "Linear")
+        curve.setFitMode(CalibrationCurve::LinearFit);
+    else if (tokens[1] == "Polynomial2")
+        curve.setFitMode(CalibrationCurve::Polynomial2Fit);
+    else if (tokens[1] == "Polynomial3")
+        curve.setFitMode(CalibrationCurve::Polynomial3Fit);
+    else
+        throw ValueError("void StackReader::inputFit(...)", "Unknown fit mode");
+}
+
+void StackReader::inputHidden3D(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getModelItemProperties()).setRenderingVisibility(!toBool(tokens[1]));
+}
+
+void StackReader::inputImage(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 3);
+    ImageSourceFileMosaic& mosaic = currentMosaic(context);
+    const int row = toInt(tokens[1]), column = toInt(tokens[2]);
+    if (row < 1 || row > mosaic.getRows() || column < 1 || column > mosaic.getCols())
+        throw ArgValueError();
+    const std::string path = imagePath(tokens[3], context);
+    try {
+        requireRegularFile(path);
+        mosaic.setFilename(row - 1, column - 1, path);
+    } catch (const Exception&) {
+        addFatalError();
+        throw;
+    }
+}
+
+void StackReader::inputImagesPath(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    Stack& stack = required(context.getStack());
+    const std::string path = toName(tokens[1]);
+    const bool newer = ensureFileFormatVersion(1.01f);
+    const std::string base = newer ? directoryOf(context.getFileName()) : stack.getImagesPath();
+    const std::string whole = isAbsolute(path) ? path : base + path;
+    if (whole.size() > maxPathLength)
+        throw ArgValueError();
+    if (newer) {
+        context.setImagesPath(whole);
+    } else {
+        stack.setAbsoluteImagesPathPolicy(isAbsolute(path));
+        stack.setImagesPath(whole);
+    }
+}
+
+void StackReader::inputAbsoluteImagesPathPolicy(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getStack()).setAbsoluteImagesPathPolicy(toBool(tokens[1]));
+}
+
+void StackReader::inputLastSegmentedSlice(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getStack()).setLastSegmentedSlice(toName(tokens[1]));
+}
+
+void StackReader::inputLastRegisteredSlice(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getStack()).setLastRegisteredSlice(toName(tokens[1]));
+}
+
+void StackReader::inputLengthUnitScale(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getStack()).setLengthUnit(LengthUnit(toInt(tokens[1])));
+}
+
+void StackReader::inputModel(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    Stack& stack = required(context.getStack());
+    auto model = std::make_unique<Model>();
+    model->setName(toName(tokens[1]));
+    Model* const added = model.release();
+    stack.addModel(added);
+    context.setModel(added);
+}
+
+void StackReader::inputModelItem(const Tokens& tokens, StackIOContext& context) {
+    context.setItem(nullptr);
+    requireArguments(tokens, 2);
+    Stack& stack = required(context.getStack());
+    Model* const model = findModel(stack, toName(tokens[1]));
+    ::StackSlice* const slice = findSlice(stack, toName(tokens[2]));
+    if (model == nullptr || slice == nullptr)
+        throw ArgValueError();
+    auto item = std::make_unique<ModelItem>();
+    item->setModel(model);
+    item->setSlice(slice);
+    item->attach();
+    context.setItem(item.release());
+}
+
+void StackReader::inputModelItemData(const Tokens& tokens, StackIOContext& context) {
+    if (tokens.size() < 2)
+        throw NumArgsError();
+    ModelItem& item = required(context.getItem());
+    for (std::size_t i = 1; i < tokens.size(); ++i)
+        if (tokens[i].find(',') == std::string_view::npos)
+            throw ArgValueError();
+    const int size = static_cast<int>(tokens.size()) - 1;
+    Vertices<int> vertices(2, size, size, size);
+    for (int i = 0; i < size; ++i) {
+        const std::string_view token = tokens[static_cast<std::size_t>(i) + 1];
+        const std::size_t comma = token.find(',');
+        int* const vertex = vertices[i].data();
+        vertex[0] = toInt(token.substr(0, comma));
+        vertex[1] = toInt(token.substr(comma + 1));
+    }
+    item.setVertices(vertices);
+    item.setClockwise(false);
+}
+
+void StackReader::inputPixAspect(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    currentCalibration(context).setAspectRatio(toReal(tokens[1]));
+}
+
+void StackReader::inputPixHeight(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    currentCalibration(context).setPixelHeight(toReal(tokens[1]));
+}
+
+void StackReader::inputPixWidth(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    currentCalibration(context).setPixelWidth(toReal(tokens[1]));
+}
+
+void StackReader::inputPointSize(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getModelItemProperties()).setPointSize(static_cast<float>(toInt(tokens[1])));
+}
+
+void StackReader::inputPose(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    Stack& stack = required(context.getStack());
+    auto pose = std::make_unique<Pose>();
+    pose->setName(toName(tokens[1]));
+    pose->setStack(&stack);
+    Pose* const added = pose.release();
+    added->attach();
+    context.setPose(added);
+}
+
+void StackReader::inputPoseRotation(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 3);
+    Pose& pose = required(context.getPose());
+    pose.setXRotation(toInt(tokens[1]));
+    pose.setYRotation(toInt(tokens[2]));
+    pose.setZRotation(toInt(tokens[3]));
+}
+
+void StackReader::inputPoseShift(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 2);
+    Pose& pose = required(context.getPose());
+    pose.setXTranslation(toInt(tokens[1]));
+    pose.setYTranslation(toInt(tokens[2]));
+}
+
+void StackReader::inputPoseZoom(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getPose()).setZoom(toInt(tokens[1]));
+}
+
+void StackReader::inputAmbientLight(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getPose()).setAmbientLight(toInt(tokens[1]));
+}
+
+void StackReader::inputDiffuseLight(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getPose()).setDiffuseLight(toInt(tokens[1]));
+}
+
+void StackReader::inputSpecularLight(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getPose()).setSpecularLight(toInt(tokens[1]));
+}
+
+void StackReader::inputPosition(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getSlice()).setAbsolutePosition(toReal(tokens[1]));
+}
+
+void StackReader::inputPrimitive(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    ModelProperties& properties = required(context.getModelProperties());
+    const MPrimitive geometry = ModelProperties::toPrimitive(std::string(tokens[1]));
+    if (geometry == UnknownPrimitive)
+        throw ArgValueError();
+    properties.setGeometry(geometry);
+}
+
+void StackReader::inputRelPosition(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    const float position = toReal(tokens[1]);
+    context.setRelativePosition(position);
+    if (context.getSlice() != nullptr)
+        context.getSlice()->setRelativePosition(position);
+    else
+        required(context.getStack()).setDefaultRelativePosition(position);
+}
+
+void StackReader::inputRenderingMode(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    ModelProperties& properties = required(context.getModelProperties());
+    const RenderingMode mode = ModelProperties::toRenderingMode(std::string(tokens[1]));
+    if (mode == UnknownRendering)
+        throw ArgValueError();
+    properties.setRenderingMode(mode);
+}
+
+void StackReader::inputResampling(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 2);
+    ModelProperties& properties = required(context.getModelProperties());
+    const int width = toSize(tokens[1]), height = toSize(tokens[2]);
+    properties.setQuadMeshWidth(static_cast<unsigned int>(width));
+    properties.setQuadMeshHeight(static_cast<unsigned int>(height));
+}
+
+void StackReader::inputRotate(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getSlice()).getRegistration().setRotationAngle(toReal(tokens[1]));
+}
+
+void StackReader::inputSample(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    CalibrationCurve& curve = required(context.getCalibrationCurve());
+    auto sample = std::make_unique<StandardSample>();
+    sample->setName(toName(tokens[1]));
+    StandardSample* const added = sample.release();
+    curve.addSample(added);
+    context.setSample(added);
+}
+
+void StackReader::inputSampleCoords(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 4);
+    Vector<int> first(2), second(2);
+    first[0] = toInt(tokens[1]);
+    first[1] = toInt(tokens[2]);
+    second[0] = toInt(tokens[3]);
+    second[1] = toInt(tokens[4]);
+    required(context.getSample()).setRegion(BoundingBox<int>(first, second));
+}
+
+void StackReader::inputSampleValue(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    const double value = std::strtod(std::string(tokens[1].substr(0, 256)).c_str(), nullptr);
+    required(context.getSample()).setValue(value);
+}
+
+void StackReader::inputShift(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 2);
+    Registration& registration = required(context.getSlice()).getRegistration();
+    registration.setHorShift(toInt(tokens[1]));
+    registration.setVerShift(toInt(tokens[2]));
+}
+
+void StackReader::inputSlice(const Tokens& tokens, StackIOContext& context) {
+    if (tokens.size() != 3 && tokens.size() != 4)
+        throw NumArgsError();
+    required(context.getStack());
+    if (tokens.size() == 4) {
+        const int rows = toSize(tokens[2]), columns = toSize(tokens[3]);
+        // Rows and columns cost memory also where their product is 0.
+        const long long places = std::max<long long>(1LL * rows * columns, 1LL * rows + columns);
+        if (places > __mosaicPlacesLeft)
+            throw ArgValueError();
+        __mosaicPlacesLeft -= places;
+        const ImageSourceFileMosaic source(rows, columns);
+        addSlice(tokens[1], &source, context);
+        return;
+    }
+    const std::string path = imagePath(tokens[2], context);
+    ImageSourceFile source;
+    try {
+        requireRegularFile(path);
+        source.setFilename(path);
+    } catch (const Exception&) {
+        addFatalError();
+        addSlice(tokens[1], nullptr, context);
+        throw;
+    }
+    addSlice(tokens[1], &source, context);
+}
+
+void StackReader::inputSliceSize(const Tokens& tokens, StackIOContext& context) {
+    required(context.getSlice());
+    requireArguments(tokens, 1);
+}
+
+void StackReader::inputStack(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getStack()).setName(toName(tokens[1]));
+}
+
+void StackReader::inputStackSlice(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 3);
+    required(context.getStack());
+    const std::string path = imagePath(tokens[2], context);
+    ImageSourceVoxelMatrixPlane source;
+    try {
+        requireRegularFile(path);
+        source.setVoxelMatrixFilename(path);
+        const int plane = toInt(tokens[3]);
+        if (plane < 0 || plane >= VoxelMatrixHeader::read(path).size3)
+            throw FileReadError("void StackReader::inputStackSlice(...)", "The voxel matrix has no such plane", path);
+        source.setPlane(plane);
+    } catch (const Exception&) {
+        addFatalError();
+        addSlice(tokens[1], nullptr, context);
+        throw;
+    }
+    addSlice(tokens[1], &source, context);
+}
+
+void StackReader::inputStandardImage(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 2);
+    Stack& stack = required(context.getStack());
+    auto image = std::make_unique<StandardImage>();
+    image->setName(toName(tokens[1]));
+    image->setStack(stack);
+    if (!tokens[2].empty()) {
+        image->setFileName(imagePath(tokens[2], context));
+        try {
+            requireRegularFile(image->getFileName());
+            ImageSourceFile source;
+            source.setFilename(image->getFileName());
+            image->setImageSource(source);
+        } catch (const Exception&) {
+            // The image keeps its file's name, and whoever needs its pixels learns that it has none.
+        }
+    }
+    StandardImage* const added = image.release();
+    stack.addStandardImage(added);
+    context.setStandardImage(added);
+}
+
+void StackReader::inputThickness(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getModelItemProperties()).setLineWidth(static_cast<float>(toInt(tokens[1])));
+}
+
+void StackReader::inputTransparency(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getModelProperties()).setSurfaceOpacity(static_cast<float>(toInt(tokens[1])));
+}
+
+void StackReader::inputVertexSymbol(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    ModelItemProperties& properties = required(context.getModelItemProperties());
+    const VertexSymbol symbol = ModelItemProperties::toVertexSymbol(std::string(tokens[1]));
+    if (symbol == UnknownSymbol)
+        throw ArgValueError();
+    properties.setVertexSymbol(symbol);
+}
+
+/// A new current slice with the stack's defaults; without a source when its image could not be had.
+void StackReader::addSlice(std::string_view name, const ImageSource* source, StackIOContext& context) {
+    Stack& stack = *context.getStack();
+    auto slice = std::make_unique<::StackSlice>();
+    slice->setName(toName(name));
+    if (source != nullptr)
+        slice->setImageSource(*source);
+    slice->setPixelCalibration(stack.getDefaultPixelCalibration());
+    slice->setRelativePosition(stack.getDefaultRelativePosition());
+    slice->setStack(&stack);
+    ::StackSlice* const added = slice.release();
+    stack.addSlice(added);
+    context.setSlice(added);
+}
+
+std::string StackReader::imagePath(std::string_view file, const StackIOContext& context) const {
+    const std::string name = toName(file);
+    if (ensureFileFormatVersion(1.01f))
+        return join(context.getImagesPath(), name);
+    return isAbsolute(name) ? name : join(required(context.getStack()).getImagesPath(), name);
+}
+
+/// The stack's own search walks over all names; a file of many items would make that quadratic.
+::StackSlice* StackReader::findSlice(Stack& stack, const std::string& name) {
+    if (__indexedStack != &stack) {
+        __indexedStack = &stack;
+        __sliceNames.clear();
+        __modelNames.clear();
+        __numIndexedSlices = __numIndexedModels = 0;
+    }
+    for (; __numIndexedSlices < stack.getNumSlices(); ++__numIndexedSlices) {
+        ::StackSlice& slice = stack.getSlice(__numIndexedSlices);
+        __sliceNames.emplace(slice.getName(), &slice);
+    }
+    const auto found = __sliceNames.find(name);
+    return found == __sliceNames.end() ? nullptr : found->second;
+}
+
+Model* StackReader::findModel(Stack& stack, const std::string& name) {
+    if (__indexedStack != &stack)
+        findSlice(stack, name);
+    for (; __numIndexedModels < stack.getNumModels(); ++__numIndexedModels) {
+        Model& model = stack.getModel(__numIndexedModels);
+        __modelNames.emplace(model.getName(), &model);
+    }
+    const auto found = __modelNames.find(name);
+    return found == __modelNames.end() ? nullptr : found->second;
+}

@@ -1,0 +1,477 @@
+#include "document/stackwriter.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+
+#include "document/calibrationcurve.h"
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/pose.h"
+#include "document/safefile.h"
+#include "document/stack.h"
+#include "document/stackslice.h"
+#include "document/standardimage.h"
+#include "document/standardsample.h"
+#include "images/image.h"
+#include "images/imagesourcefile.h"
+#include "images/imagesourcefilemosaic.h"
+#include "images/imagesourcevoxelmatrixplane.h"
+#include "images/imagewriter.h"
+#include "images/voxelmatrix.h"
+#include "numerics/exception.h"
+#include "numerics/fileinfo.h"
+
+namespace {
+
+constexpr const char* endOfStatement = ";\n";
+constexpr float writtenVersion = 1.03f;
+constexpr int verticesPerLine = 7;
+
+const char* word(bool value) {
+    return value ? "true" : "false";
+}
+
+/// Six significant digits, as printf's %g in the classic locale.
+void appendReal(std::string& text, double value) {
+    char buffer[40];
+    const auto end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, 6).ptr;
+    text.append(buffer, end);
+}
+
+/// The pixel height does not follow from width and aspect ratio, beyond what six digits of these can hide.
+bool needsPixelHeight(const PixelCalibration& calibration) {
+    const float height = calibration.getPixelHeight();
+    const float implied = calibration.getPixelWidth() * calibration.getAspectRatio();
+    return std::abs(height - implied) > 2e-5f * std::abs(height);
+}
+
+std::string absoluteDirectory(const std::string& directory) {
+    if (FileInfo::isAbsolutePath(directory))
+        return directory;
+    std::error_code error;
+    std::string path = std::filesystem::current_path(error).string() + "/" + directory;
+    path = std::filesystem::path(path).lexically_normal().string();
+    return path.empty() || path.back() == '/' ? path : path + "/";
+}
+
+const char* fitWord(int mode) {
+    if (mode == CalibrationCurve::Polynomial2Fit)
+        return "Polynomial2";
+    return mode == CalibrationCurve::Polynomial3Fit ? "Polynomial3" : "Linear";
+}
+
+} // namespace
+
+bool StackWriter::write(const Stack& stack, const std::string& fileName) {
+    notifyStarted("Writing " + fileName + "...");
+    const bool written = SafeFile::save(fileName, toText(stack, FileInfo::dirName(fileName)));
+    notifyProgressed(100, 100);
+    notifyFinished("");
+    return written;
+}
+
+std::string StackWriter::toText(const Stack& stack, const std::string& directory) {
+    setFileFormatVersion(writtenVersion);
+    __text.clear();
+    __directory = absoluteDirectory(directory);
+    __absolutePolicy = stack.getAbsoluteImagesPathPolicy();
+    __previousPath.clear();
+    __lastImageDirectory.clear();
+    __numSteps = 0;
+    __totalSteps = stack.getNumSlices() + stack.getNumModels() + 1;
+    writeHeader(stack);
+    writeSlices(stack);
+    writeModels(stack);
+    writePoses(stack);
+    writeStandardImages(stack);
+    return std::move(__text);
+}
+
+void StackWriter::writeHeader(const Stack& stack) {
+    const PixelCalibration& calibration = stack.getDefaultPixelCalibration();
+    char version[16];
+    std::snprintf(version, sizeof version, "%d.%02d", 1, static_cast<int>(std::lround(writtenVersion * 100)) % 100);
+    __text += getString(FileFormatVersion) + " " + version + endOfStatement;
+    name(STACK, stack.getName());
+    statement(LengthUnitScale, stack.getLengthUnit().getScale());
+    statement(PIXASPECT, calibration.getAspectRatio());
+    statement(PIXWIDTH, calibration.getPixelWidth());
+    if (needsPixelHeight(calibration))
+        statement(PIXHEIGHT, calibration.getPixelHeight());
+    statement(RELPOSITION, stack.getDefaultRelativePosition());
+    name(LASTSEGMENTEDSLICE, stack.getLastSegmentedSlice());
+    name(LASTREGISTEREDSLICE, stack.getLastRegisteredSlice());
+    annotation(stack.getAnnotation());
+    statement(AbsoluteImagesPathPolicy, stack.getAbsoluteImagesPathPolicy());
+}
+
+void StackWriter::writeSlices(const Stack& stack) {
+    const PixelCalibration& common = stack.getDefaultPixelCalibration();
+    const bool commonHeight = needsPixelHeight(common);
+    for (int i = 0; i < stack.getNumSlices(); ++i) {
+        const ::StackSlice& slice = stack.getSlice(i);
+        const ImageSource& source = slice.getImageSource();
+        __text += '\n';
+        if (const auto* file = dynamic_cast<const ImageSourceFile*>(&source)) {
+            writeImagesPath(file->getFilename(), true);
+            __text += getString(SLICE) + " ";
+            appendString(slice.getName());
+            __text += ' ';
+            appendFile(file->getFilename(), true);
+            __text += endOfStatement;
+        } else if (const auto* mosaic = dynamic_cast<const ImageSourceFileMosaic*>(&source)) {
+            writeMosaic(slice, *mosaic);
+        } else if (const auto* plane = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&source)) {
+            writeImagesPath(plane->getVoxelMatrixFilename(), true);
+            __text += getString(StackIO::StackSlice) + " ";
+            appendString(slice.getName());
+            __text += ' ';
+            appendFile(plane->getVoxelMatrixFilename(), true);
+            __text += ' ';
+            append(plane->getPlane());
+            __text += endOfStatement;
+        }
+        statement(SliceSize1, source.getSize1());
+        statement(SliceSize2, source.getSize2());
+        if (!slice.useRelativePosition())
+            statement(POSITION, slice.getAbsolutePosition());
+        else if (slice.getRelativePosition() != stack.getDefaultRelativePosition())
+            statement(RELPOSITION, slice.getRelativePosition());
+        const PixelCalibration& own = slice.getPixelCalibration();
+        if (own.getAspectRatio() != common.getAspectRatio())
+            statement(PIXASPECT, own.getAspectRatio());
+        if (own.getPixelWidth() != common.getPixelWidth())
+            statement(PIXWIDTH, own.getPixelWidth());
+        // A height of the stack's own would hold for the slice too.
+        if (commonHeight ? own.getPixelHeight() != common.getPixelHeight() : needsPixelHeight(own))
+            statement(PIXHEIGHT, own.getPixelHeight());
+        const Registration& registration = slice.getRegistration();
+        if (registration.getRotationAngle() != 0)
+            statement(ROTATE, registration.getRotationAngle());
+        if (registration.getHorShift() != 0 || registration.getVerShift() != 0) {
+            __text += getString(SHIFT) + " ";
+            append(registration.getHorShift());
+            __text += ' ';
+            append(registration.getVerShift());
+            __text += endOfStatement;
+        }
+        if (!slice.getAnnotation().empty())
+            annotation(slice.getAnnotation());
+        reportProgress(1);
+    }
+}
+
+void StackWriter::writeMosaic(const Slice& slice, const ImageSourceFileMosaic& source) {
+    bool begun = false;
+    const auto begin = [&] {
+        begun = true;
+        __text += getString(SLICE) + " ";
+        appendString(slice.getName());
+        __text += ' ';
+        append(source.getRows());
+        __text += ' ';
+        append(source.getCols());
+        __text += endOfStatement;
+    };
+    for (int i = 0; i < source.getRows(); ++i)
+        for (int j = 0; j < source.getCols(); ++j) {
+            const std::string file = source.getFilename(i, j);
+            if (file.empty())
+                continue;
+            writeImagesPath(file, !begun);
+            if (!begun)
+                begin();
+            __text += getString(IMAGE) + " ";
+            append(i + 1);
+            __text += ' ';
+            append(j + 1);
+            __text += ' ';
+            appendFile(file, false);
+            __text += endOfStatement;
+        }
+    if (!begun)
+        begin();
+}
+
+void StackWriter::writeModels(const Stack& stack) {
+    for (int i = 0; i < stack.getNumModels(); ++i) {
+        writeModel(stack.getModel(i));
+        for (int j = 0; j < stack.getModel(i).getNumItems(); ++j)
+            writeItem(stack.getModel(i), stack.getModel(i).getItem(j));
+        reportProgress(1);
+    }
+}
+
+/// What a model leaves undefined keeps the default of a new model.
+void StackWriter::writeModel(const Model& model) {
+    const ModelProperties& properties = model.getProperties();
+    const ModelItemProperties& look = model.getItemProperties();
+    __text += '\n';
+    name(MODEL, model.getName());
+    if (properties.definesSurfaceShininess())
+        wholeNumber(BRILLIANCY, properties.getSurfaceShininess());
+    writeColor(look);
+    if (properties.definesEconomicRendering())
+        statement(ECORENDERING, properties.getEconomicRendering());
+    if (look.definesVertexSymbolFilling())
+        statement(FILLEDIN, look.getVertexSymbolFilling());
+    if (look.definesRenderingVisibility())
+        statement(HIDDEN3D, !look.getRenderingVisibility());
+    if (look.definesPointSize())
+        wholeNumber(POINTSIZE, look.getPointSize());
+    if (properties.definesGeometry())
+        statement(PRIMITIVE, ModelProperties::toString(properties.getGeometry()));
+    if (properties.definesRenderingMode())
+        statement(RENDERINGMODE, ModelProperties::toString(properties.getRenderingMode()));
+    if (properties.definesQuadMeshWidth() && properties.definesQuadMeshHeight()) {
+        __text += getString(RESAMPLING) + " " + std::to_string(properties.getQuadMeshWidth()) + " " +
+                  std::to_string(properties.getQuadMeshHeight()) + endOfStatement;
+    }
+    if (look.definesLineWidth())
+        wholeNumber(THICKNESS, look.getLineWidth());
+    if (properties.definesSurfaceOpacity())
+        wholeNumber(TRANSPARENCY, properties.getSurfaceOpacity());
+    if (look.definesVertexSymbol())
+        statement(VERTEXSYMBOL, ModelItemProperties::toString(look.getVertexSymbol()));
+    if (properties.hasBeginCapFlag())
+        statement(BeginCap, properties.getBeginCapFlag());
+    if (properties.hasEndCapFlag())
+        statement(EndCap, properties.getEndCapFlag());
+}
+
+void StackWriter::writeItem(const Model& model, const ModelItem& item) {
+    if (item.getSlice() == nullptr)
+        return;
+    const ModelItemProperties& look = item.getProperties();
+    __text += '\n' + getString(MODELITEM) + " ";
+    appendString(model.getName());
+    __text += ' ';
+    appendString(item.getSlice()->getName());
+    __text += endOfStatement;
+    writeColor(look);
+    if (look.definesVertexSymbolFilling())
+        statement(FILLEDIN, look.getVertexSymbolFilling());
+    if (look.definesRenderingVisibility())
+        statement(HIDDEN3D, !look.getRenderingVisibility());
+    if (look.definesPointSize())
+        wholeNumber(POINTSIZE, look.getPointSize());
+    if (look.definesLineWidth())
+        wholeNumber(THICKNESS, look.getLineWidth());
+    if (look.definesVertexSymbol())
+        statement(VERTEXSYMBOL, ModelItemProperties::toString(look.getVertexSymbol()));
+
+    __text += getString(MODELITEMDATA) + "\n";
+    const Vertices<int>& vertices = item.getVertices();
+    const int size = vertices.getNumVertices();
+    char buffer[32];
+    for (int i = 0; i < size; ++i) {
+        const Vector<int>& vertex = vertices[i];
+        char* at = buffer;
+        *at++ = ' ';
+        at = std::to_chars(at, buffer + sizeof buffer, vertex[0]).ptr;
+        *at++ = ',';
+        at = std::to_chars(at, buffer + sizeof buffer, vertex[1]).ptr;
+        if (i % verticesPerLine == verticesPerLine - 1 && i != size - 1)
+            *at++ = '\n';
+        __text.append(buffer, at);
+    }
+    __text += endOfStatement;
+}
+
+void StackWriter::writeColor(const ModelItemProperties& look) {
+    if (!look.definesColor())
+        return;
+    __text += getString(COLOR);
+    for (int k = 0; k < 3; ++k) {
+        __text += ' ';
+        append(look.getColor()[k]);
+    }
+    __text += endOfStatement;
+}
+
+void StackWriter::writePoses(const Stack& stack) {
+    for (int i = 0; i < stack.getNumPoses(); ++i) {
+        const Pose& pose = stack.getPose(i);
+        __text += '\n';
+        name(POSE, pose.getName());
+        __text += getString(POSEROTATION) + " " + std::to_string(pose.getXRotation()) + " " +
+                  std::to_string(pose.getYRotation()) + " " + std::to_string(pose.getZRotation()) + endOfStatement;
+        __text += getString(POSESHIFT) + " " + std::to_string(pose.getXTranslation()) + " " +
+                  std::to_string(pose.getYTranslation()) + endOfStatement;
+        statement(POSEZOOM, pose.getZoom());
+        statement(AMBIENTLIGHT, pose.getAmbientLight());
+        statement(DIFFUSELIGHT, pose.getDiffuseLight());
+        statement(SPECULARLIGHT, pose.getSpecularLight());
+    }
+}
+
+void StackWriter::writeStandardImages(const Stack& stack) {
+    for (int i = 0; i < stack.getNumCalibration(); ++i) {
+        const StandardImage& image = stack.getStandardImage(i);
+        std::string file = image.getFileName();
+        if (!image.isEmpty())
+            if (const auto* source = dynamic_cast<const ImageSourceFile*>(&image.getImageSource()))
+                file = source->getFilename();
+        __text += '\n';
+        if (!file.empty())
+            writeImagesPath(file, true);
+        __text += getString(STANDARDIMAGE) + " ";
+        appendString(image.getName());
+        __text += ' ';
+        appendFile(file, true);
+        __text += endOfStatement;
+        const CalibrationCurve* curve = image.getCalibrationCurve();
+        if (curve == nullptr)
+            continue;
+        name(CALIBRATIONCURVE, curve->getName());
+        statement(FIT, std::string(fitWord(curve->getFitMode())));
+        for (int j = 0; j < curve->getNumSamples(); ++j) {
+            const StandardSample& sample = curve->getSample(j);
+            const BoundingBox<int>& region = sample.getRegion();
+            name(SAMPLE, sample.getName());
+            if (region.getVertex1().getSize() == 2 && region.getVertex2().getSize() == 2) {
+                __text += getString(SAMPLECOORDS);
+                for (const Vector<int>* corner : {&region.getVertex1(), &region.getVertex2()})
+                    for (int k = 0; k < 2; ++k) {
+                        __text += ' ';
+                        append((*corner)[k]);
+                    }
+                __text += endOfStatement;
+            }
+            __text += getString(SAMPLEVALUE) + " ";
+            appendReal(__text, sample.getValue());
+            __text += endOfStatement;
+        }
+    }
+}
+
+/// Names the image's directory where it is not the one in force.
+void StackWriter::writeImagesPath(const std::string& imageFile, bool emptyLine) {
+    const std::string path = imagesPath(imageFile);
+    if (path == __previousPath)
+        return;
+    __previousPath = path;
+    __text += getString(ImagesPath) + " ";
+    appendString(path);
+    __text += endOfStatement;
+    if (emptyLine)
+        __text += '\n';
+}
+
+/// Neighbouring slices share their directory as a rule, and the way there asks the file system.
+std::string StackWriter::imagesPath(const std::string& imageFile) {
+    const std::string directory = FileInfo::dirName(imageFile);
+    if (__lastImageDirectory.empty() || __lastImageDirectory != directory) {
+        const std::string whole = absoluteDirectory(directory);
+        __lastImageDirectory = directory;
+        __lastImagesPath = __absolutePolicy ? whole : FileInfo::relativePath(__directory, whole);
+    }
+    return __lastImagesPath;
+}
+
+void StackWriter::statement(Keyword keyword, float value) {
+    __text += getString(keyword) + " ";
+    appendReal(__text, value);
+    __text += endOfStatement;
+}
+
+void StackWriter::statement(Keyword keyword, int value) {
+    __text += getString(keyword) + " ";
+    append(value);
+    __text += endOfStatement;
+}
+
+void StackWriter::statement(Keyword keyword, bool value) {
+    statement(keyword, std::string(word(value)));
+}
+
+/// A word without quotes.
+void StackWriter::statement(Keyword keyword, const std::string& value) {
+    __text += getString(keyword) + " " + value + endOfStatement;
+}
+
+void StackWriter::name(Keyword keyword, const std::string& value) {
+    __text += getString(keyword) + " ";
+    appendString(value);
+    __text += endOfStatement;
+}
+
+/// The reader takes the digits in front: an exponent would be lost on it.
+void StackWriter::wholeNumber(Keyword keyword, float value) {
+    std::string digits;
+    appendReal(digits, value);
+    if (digits.find('e') != std::string::npos) {
+        char buffer[64];
+        digits.assign(buffer, std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 0).ptr);
+    }
+    statement(keyword, digits);
+}
+
+void StackWriter::annotation(const std::string& text) {
+    __text += getString(Annotation) + " \"" + protect(exportString(text), false) + "\"" + endOfStatement;
+}
+
+void StackWriter::append(int value) {
+    char buffer[16];
+    __text.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
+}
+
+void StackWriter::appendString(const std::string& text) {
+    __text += "\"" + protect(text, true) + "\"";
+}
+
+/// The file's name without its directory; without quotes where they are not needed.
+void StackWriter::appendFile(const std::string& path, bool quoted) {
+    const std::string file = FileInfo::fileName(path);
+    if (quoted || file.empty() || file.find(' ') != std::string::npos)
+        appendString(file);
+    else
+        __text += protect(file, true);
+}
+
+void StackWriter::reportProgress(int numSteps) {
+    __numSteps += numSteps;
+    notifyProgressed(static_cast<unsigned int>(100LL * __numSteps / __totalSteps), 100);
+}
+
+template <class T>
+void StackWriter::saveAsStack(const VoxelMatrix<T>& volume, const std::string& name, const std::string& imagesPath,
+                              const std::string& stackPath, const PixelCalibration& calibration, float spacing) {
+    Stack stack;
+    for (int k = 0; k < volume.getSize3(); ++k) {
+        char number[16];
+        std::snprintf(number, sizeof number, "%03d", k);
+        const std::string fileName = name + "_" + number + ".tif";
+        Image image;
+        volume[k].convertToImage(image);
+        ImageWriter().write(image, imagesPath + fileName, true);
+        ImageSourceFile source;
+        source.setFilename(imagesPath + fileName);
+        auto slice = std::make_unique<::StackSlice>();
+        slice->setName(fileName);
+        slice->setStack(&stack);
+        slice->setImageSource(source);
+        slice->setPixelCalibration(calibration);
+        slice->setRelativePosition(spacing);
+        stack.addSlice(slice.release());
+    }
+    stack.setName(name);
+    stack.setDefaultPixelCalibration(calibration);
+    stack.setDefaultSliceSpacing(spacing);
+    stack.setImagesPath(imagesPath);
+    const std::string fileName = stackPath + name + ".sdf";
+    if (!StackWriter().write(stack, fileName))
+        throw FileWriteError("void StackWriter::saveAsStack(...)", "The file cannot be opened for writing", fileName);
+}
+
+template void StackWriter::saveAsStack<int>(const VoxelMatrix<int>&, const std::string&, const std::string&,
+                                            const std::string&, const PixelCalibration&, float);
+template void StackWriter::saveAsStack<float>(const VoxelMatrix<float>&, const std::string&, const std::string&,
+                                              const std::string&, const PixelCalibration&, float);
+template void StackWriter::saveAsStack<double>(const VoxelMatrix<double>&, const std::string&, const std::string&,
+                                               const std::string&, const PixelCalibration&, float);
+template void StackWriter::saveAsStack<long double>(const VoxelMatrix<long double>&, const std::string&,
+                                                    const std::string&, const std::string&, const PixelCalibration&,
+                                                    float);
