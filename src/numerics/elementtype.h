@@ -37,5 +37,7 @@ template <class T>
     const std::string name = elementTypeName<T>();
     for (std::size_t at = signature.find('#'); at != std::string::npos; at = signature.find('#', at + name.size()))
         signature.replace(at, 1, name);
-    throw TypeError(signature, "Method not available for type '" + name + "'");
+    std::string what = "Method not available for type '";
+    what.append(name).append("'");
+    throw TypeError(signature, what);
 }
