@@ -8,7 +8,7 @@
 /// The three vectors always have the same size.
 class Colormap {
 public:
-    Colormap() = default;
+    Colormap() {}
     /// A map of this many entries (none when size is negative), contents undefined.
     explicit Colormap(int size);
 

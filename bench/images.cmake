@@ -1,0 +1,1 @@
+vorlen_bench(images_bench.cpp LINKS vorlen_images)

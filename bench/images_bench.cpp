@@ -1,0 +1,108 @@
+#include "images/image.h"
+#include "images/imagereader.h"
+#include "images/imagewriter.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <fcntl.h>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include <tiffio.h>
+
+namespace {
+
+const int SIDE = 4096;
+
+std::string path(const std::string& name) {
+    return (std::filesystem::temp_directory_path() / ("vorlen-bench-" + std::to_string(::getpid()) + name)).string();
+}
+
+/// Gray image of 4096 by 4096 pixels from an integer hash.
+const Image& picture() {
+    static const Image image = [] {
+        Image made(SIDE, SIDE, 8);
+        for (std::size_t k = 0; k < made.dataLength(); ++k)
+            made.getData()[k] = static_cast<unsigned char>((k * 2654435761u) >> 24);
+        return made;
+    }();
+    return image;
+}
+
+/// The picture as a file, gone at the end of the program.
+class PictureFile {
+public:
+    PictureFile() : name(path(".tif")) { ImageWriter().write(picture(), name, true); }
+    ~PictureFile() { std::filesystem::remove(name); }
+    const std::string name;
+};
+
+const std::string& pictureFile() {
+    static const PictureFile file;
+    return file.name;
+}
+
+void tiffRead(benchmark::State& state) {
+    const std::string& name = pictureFile();
+    for (auto _ : state) {
+        Image image;
+        ImageReader().read(image, name);
+        benchmark::DoNotOptimize(image.getData()[SIDE]);
+    }
+}
+
+/// Nothing but libtiff's scanlines, into rows that are as fresh as those of a new image.
+void tiffReadReference(benchmark::State& state) {
+    const std::string& name = pictureFile();
+    for (auto _ : state) {
+        TIFF* tiff = TIFFOpen(name.c_str(), "r");
+        std::uint32_t width = 0, height = 0;
+        TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width);
+        TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
+        const std::unique_ptr<unsigned char[]> pixels(new unsigned char[std::size_t(width) * height]);
+        for (std::uint32_t row = 0; row < height; ++row)
+            TIFFReadScanline(tiff, pixels.get() + std::size_t(row) * width, row, 0);
+        TIFFClose(tiff);
+        benchmark::DoNotOptimize(pixels[SIDE]);
+    }
+}
+
+void tiffWrite(benchmark::State& state) {
+    const Image& image = picture();
+    const std::string name = path("-write.tif");
+    for (auto _ : state)
+        ImageWriter().write(image, name, true);
+    std::filesystem::remove(name);
+}
+
+/// libtiff's scanlines and, as the other, the wish that the file be on the disk.
+void tiffWriteReference(benchmark::State& state) {
+    const Image& image = picture();
+    const std::string name = path("-reference.tif");
+    for (auto _ : state) {
+        TIFF* tiff = TIFFOpen(name.c_str(), "w");
+        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+        TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+        TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+        TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, SIDE);
+        TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, SIDE);
+        TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+        for (int row = 0; row < SIDE; ++row)
+            TIFFWriteScanline(tiff, const_cast<unsigned char*>(image.getPixels()[row]), std::uint32_t(row), 0);
+        TIFFFlush(tiff);
+        ::fsync(TIFFFileno(tiff));
+        TIFFClose(tiff);
+    }
+    std::filesystem::remove(name);
+}
+
+} // namespace
+
+BENCHMARK(tiffRead)->Name("tiff_read/vorlen")->Unit(benchmark::kMillisecond);
+BENCHMARK(tiffReadReference)->Name("tiff_read/reference")->Unit(benchmark::kMillisecond);
+BENCHMARK(tiffWrite)->Name("tiff_write/vorlen")->Unit(benchmark::kMillisecond);
+BENCHMARK(tiffWriteReference)->Name("tiff_write/reference")->Unit(benchmark::kMillisecond);
