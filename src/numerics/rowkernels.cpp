@@ -6,9 +6,13 @@
 
 // The versions for wide vectors are chosen when the program is loaded, which the sanitizers do not survive.
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
-#define VORLEN_WIDE __attribute__((target_clones("arch=haswell", "default")))
+#define VORLEN_WIDE __attribute__((target_clones("arch=x86-64-v3", "default")))
 #else
 #define VORLEN_WIDE
+#endif
+// Loops over packs are unrolled: their arrays live in registers then, and not in memory. Clang does so by itself.
+#if defined(__clang__)
+#pragma clang diagnostic ignored "-Wunknown-pragmas"
 #endif
 #define VORLEN_INLINE inline __attribute__((always_inline))
 
@@ -52,6 +56,7 @@ VORLEN_INLINE T dotBody(const T* a, const T* b, int n) {
     V s[4] = {};
     int i = 0;
     for (; i + 4 * lanes <= n; i += 4 * lanes)
+#pragma GCC unroll 8
         for (int u = 0; u < 4; ++u) {
             V x, y;
             load(x, a + i + u * lanes);
@@ -96,6 +101,7 @@ VORLEN_INLINE void addRowsBody(T* y, const T* factors, T* const* rows, int numRo
     for (; k + 4 <= numRows; k += 4) {
         const T* r[4];
         T f[4];
+#pragma GCC unroll 8
         for (int u = 0; u < 4; ++u) {
             r[u] = rows[k + u] + offset;
             f[u] = factors[k + u];
@@ -133,6 +139,7 @@ VORLEN_INLINE void reflectRowsBody(T* const* rows, int numRows, int offset, int 
         V s[2] = {};
         int i = 0;
         for (; i + 2 * lanes <= n; i += 2 * lanes)
+#pragma GCC unroll 8
             for (int u = 0; u < 2; ++u) {
                 V p, q, t;
                 load(p, x + i + u * lanes);
@@ -180,18 +187,21 @@ VORLEN_INLINE void accumulateReflectionsBody(T* const* rows, int numRows, int n,
             T* x[4];
             V s[4] = {};
             T f[4];
+#pragma GCC unroll 8
             for (int u = 0; u < 4; ++u)
                 x[u] = rows[first + u] + offset;
             int i = 0;
             for (; i + lanes <= length; i += lanes) {
                 V q;
                 load(q, v + i);
+#pragma GCC unroll 8
                 for (int u = 0; u < 4; ++u) {
                     V p;
                     load(p, x[u] + i);
                     s[u] += p * q;
                 }
             }
+#pragma GCC unroll 8
             for (int u = 0; u < 4; ++u) {
                 T sum = laneSum<T>(s[u]);
                 for (int m = i; m < length; ++m)
@@ -202,6 +212,7 @@ VORLEN_INLINE void accumulateReflectionsBody(T* const* rows, int numRows, int n,
             for (; i + lanes <= length; i += lanes) {
                 V q;
                 load(q, v + i);
+#pragma GCC unroll 8
                 for (int u = 0; u < 4; ++u) {
                     V p;
                     load(p, x[u] + i);
@@ -210,6 +221,7 @@ VORLEN_INLINE void accumulateReflectionsBody(T* const* rows, int numRows, int n,
                 }
             }
             for (; i < length; ++i)
+#pragma GCC unroll 8
                 for (int u = 0; u < 4; ++u)
                     x[u][i] += f[u] * v[i];
         }
@@ -228,18 +240,22 @@ VORLEN_INLINE void rotateRowsBody(T* const* rows, int numStrips, const rowkernel
         const int offset = strip * RowBlock<T>::stripWidth;
         V held[packs];
         int heldRow = rotations[0].i;
+#pragma GCC unroll 8
         for (int u = 0; u < packs; ++u)
             load(held[u], rows[heldRow] + offset + u * lanes);
         for (int k = 0; k < count; ++k) {
             const rowkernels::Rotation<T> rotation = rotations[k];
             if (rotation.i != heldRow) {
+#pragma GCC unroll 8
                 for (int u = 0; u < packs; ++u)
                     store(rows[heldRow] + offset + u * lanes, held[u]);
+#pragma GCC unroll 8
                 for (int u = 0; u < packs; ++u)
                     load(held[u], rows[rotation.i] + offset + u * lanes);
             }
             const T* y = rows[rotation.j] + offset;
             T* x = rows[rotation.i] + offset;
+#pragma GCC unroll 8
             for (int u = 0; u < packs; ++u) {
                 V q;
                 load(q, y + u * lanes);
@@ -249,6 +265,7 @@ VORLEN_INLINE void rotateRowsBody(T* const* rows, int numStrips, const rowkernel
             }
             heldRow = rotation.j;
         }
+#pragma GCC unroll 8
         for (int u = 0; u < packs; ++u)
             store(rows[heldRow] + offset + u * lanes, held[u]);
     }
@@ -273,6 +290,7 @@ VORLEN_INLINE void subtractProductBody(T* const* c, int cOffset, T* const* a, in
     int i = 0;
     for (; i + 4 <= numRows; i += 4) {
         const T* r[4];
+#pragma GCC unroll 8
         for (int u = 0; u < 4; ++u)
             r[u] = a[i + u] + aOffset;
         for (int strip = 0; strip < full; ++strip) {
@@ -282,13 +300,16 @@ VORLEN_INLINE void subtractProductBody(T* const* c, int cOffset, T* const* a, in
                 V q0, q1;
                 load(q0, q);
                 load(q1, q + lanes);
+#pragma GCC unroll 8
                 for (int u = 0; u < 4; ++u) {
                     const T f = r[u][k];
                     s[u][0] += f * q0;
                     s[u][1] += f * q1;
                 }
             }
+#pragma GCC unroll 8
             for (int u = 0; u < 4; ++u)
+#pragma GCC unroll 8
                 for (int h = 0; h < 2; ++h) {
                     T* to = c[i + u] + cOffset + strip * width + h * lanes;
                     V p;
