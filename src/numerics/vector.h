@@ -40,7 +40,7 @@ class Vector {
 public:
     using value_type = T;
 
-    Vector() = default;
+    Vector() {} // not defaulted, which would clear the elements inside the object for nothing
     explicit Vector(unsigned int n) { __allocate(static_cast<int>(n)); }
     Vector(const Vector& v) {
         __allocate(v.__size);
