@@ -483,9 +483,10 @@ void VoxelMatrix<T>::load(const std::string& filename) {
                 reader.read(packed.data(), packed.size());
                 unpackExtended(packed.data(), row, columns);
             } else {
-                reader.read(row, sizeof(T) * static_cast<std::size_t>(columns));
+                reader.readRow(row, sizeof(T) * static_cast<std::size_t>(columns));
             }
         });
+        reader.finish();
     } catch (const Exception&) {
         setSize(0, 0, 0);
         throw;
@@ -569,7 +570,7 @@ void VoxelMatrix<T>::__save(const std::string& filename, bool overwrite, int lay
                 packExtended(plane[i].data(), packed.data(), __size2);
                 writer.write(packed.data(), packed.size());
             } else {
-                writer.write(plane[i].data(), sizeof(T) * static_cast<std::size_t>(__size2));
+                writer.writeRow(plane[i].data(), sizeof(T) * static_cast<std::size_t>(__size2));
             }
     writer.commit();
 }

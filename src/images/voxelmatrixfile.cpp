@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -15,11 +16,35 @@ namespace {
 // Small enough for the second-level cache, so that the copy out of it costs little beside the copy by the kernel.
 constexpr std::size_t bufferLength = 128 * 1024;
 
-// No single call moves more than this, whatever the row.
-constexpr std::size_t longestCall = std::size_t(1) << 30;
+// Rows from this length on go without a copy; shorter ones cost less through the buffer.
+constexpr std::size_t longRow = 512;
 
-bool isLong(std::size_t numBytes) {
-    return numBytes >= bufferLength / 2;
+// The most that the system takes in one call.
+constexpr std::size_t rowsTogether = 1024;
+
+/// Moves the rows by a call like readv() or writev() until all are done or the call moves nothing more. What is left of
+/// them stays in rows. False when the call fails.
+template <class Call>
+bool transferRows(std::vector<iovec>& rows, Call&& call) {
+    std::size_t done = 0; // rows moved as a whole
+    bool failed = false;
+    while (done < rows.size()) {
+        const ssize_t moved = call(rows.data() + done, int(std::min(rows.size() - done, rowsTogether)));
+        if (moved < 0 && errno == EINTR)
+            continue;
+        failed = moved < 0;
+        if (moved <= 0)
+            break;
+        std::size_t rest = std::size_t(moved);
+        while (done < rows.size() && rest >= rows[done].iov_len)
+            rest -= rows[done++].iov_len;
+        if (rest > 0) {
+            rows[done].iov_base = static_cast<char*>(rows[done].iov_base) + rest;
+            rows[done].iov_len -= rest;
+        }
+    }
+    rows.erase(rows.begin(), rows.begin() + std::ptrdiff_t(done));
+    return !failed;
 }
 
 std::string folderOf(const std::string& path) {
@@ -76,45 +101,51 @@ VoxelMatrixFileReader::~VoxelMatrixFileReader() {
 }
 
 void VoxelMatrixFileReader::read(void* destination, std::size_t numBytes) {
+    finish();
+    if (!__buffer)
+        __buffer.reset(new unsigned char[bufferLength]);
     auto* to = static_cast<unsigned char*>(destination);
     while (numBytes > 0) {
-        if (__begin < __end) {
-            const std::size_t part = std::min(numBytes, __end - __begin);
-            std::memcpy(to, __buffer.get() + __begin, part);
-            __begin += part;
-            to += part;
-            numBytes -= part;
-        } else if (isLong(numBytes)) {
-            const std::size_t part = __readFile(to, numBytes);
-            std::memset(to + part, 0, numBytes - part);
-            return;
-        } else {
-            if (!__buffer)
-                __buffer.reset(new unsigned char[bufferLength]);
+        if (__begin == __end) {
             __begin = 0;
             __end = __readFile(__buffer.get(), bufferLength);
-            if (__end == 0) {
-                std::memset(to, 0, numBytes);
-                return;
-            }
         }
+        if (__end == 0) {
+            std::memset(to, 0, numBytes);
+            return;
+        }
+        const std::size_t part = std::min(numBytes, __end - __begin);
+        std::memcpy(to, __buffer.get() + __begin, part);
+        __begin += part;
+        to += part;
+        numBytes -= part;
     }
 }
 
-// Fewer bytes than asked for come only at the end of the file.
-std::size_t VoxelMatrixFileReader::__readFile(unsigned char* destination, std::size_t numBytes) {
-    std::size_t done = 0;
-    while (done < numBytes) {
-        const ssize_t part = ::read(__descriptor, destination + done, std::min(numBytes - done, longestCall));
-        if (part == 0)
-            break;
-        if (part < 0 && errno == EINTR)
-            continue;
-        if (part < 0)
-            throw FileReadError(__where, "Cannot read file", __filename);
-        done += std::size_t(part);
+void VoxelMatrixFileReader::readRow(void* destination, std::size_t numBytes) {
+    if (numBytes < longRow || __begin < __end) {
+        read(destination, numBytes);
+        return;
     }
-    return done;
+    __rows.push_back({destination, numBytes});
+    if (__rows.size() == rowsTogether)
+        finish();
+}
+
+void VoxelMatrixFileReader::finish() {
+    if (!transferRows(__rows, [this](const iovec* rows, int count) { return ::readv(__descriptor, rows, count); }))
+        throw FileReadError(__where, "Cannot read file", __filename);
+    for (const iovec& row : __rows)
+        std::memset(row.iov_base, 0, row.iov_len);
+    __rows.clear();
+}
+
+// Fewer bytes than asked for come only at the end of the file.
+std::size_t VoxelMatrixFileReader::__readFile(void* destination, std::size_t numBytes) {
+    std::vector<iovec> rows{{destination, numBytes}};
+    if (!transferRows(rows, [this](const iovec* row, int count) { return ::readv(__descriptor, row, count); }))
+        throw FileReadError(__where, "Cannot read file", __filename);
+    return rows.empty() ? numBytes : numBytes - rows.front().iov_len;
 }
 
 VoxelMatrixFileWriter::VoxelMatrixFileWriter(const std::string& filename, bool overwrite, const std::string& where)
@@ -156,23 +187,31 @@ VoxelMatrixFileWriter::~VoxelMatrixFileWriter() {
 
 void VoxelMatrixFileWriter::write(const void* source, std::size_t numBytes) {
     const auto* from = static_cast<const unsigned char*>(source);
-    if (numBytes == 0)
-        return;
-    if (__fill + numBytes > bufferLength) {
-        __writeFile(__buffer.get(), __fill);
-        __fill = 0;
-    }
-    if (isLong(numBytes) && __fill == 0) {
-        __writeFile(from, numBytes);
-    } else {
-        std::memcpy(__buffer.get() + __fill, from, numBytes);
-        __fill += numBytes;
+    if (!__rows.empty())
+        __flush();
+    while (numBytes > 0) {
+        const std::size_t part = std::min(numBytes, bufferLength - __fill);
+        std::memcpy(__buffer.get() + __fill, from, part);
+        __fill += part;
+        from += part;
+        numBytes -= part;
+        if (__fill == bufferLength)
+            __flush();
     }
 }
 
+void VoxelMatrixFileWriter::writeRow(const void* source, std::size_t numBytes) {
+    if (numBytes < longRow) {
+        write(source, numBytes);
+        return;
+    }
+    __rows.push_back({const_cast<void*>(source), numBytes}); // the system only reads it
+    if (__rows.size() == rowsTogether)
+        __flush();
+}
+
 void VoxelMatrixFileWriter::commit() {
-    __writeFile(__buffer.get(), __fill);
-    __fill = 0;
+    __flush();
     if (::fsync(__descriptor) != 0 && errno != EINVAL && errno != EROFS) // EINVAL: a pipe or device has no disk
         __fail();
     const int closed = ::close(__descriptor);
@@ -187,16 +226,14 @@ void VoxelMatrixFileWriter::commit() {
     flushFolder(folderOf(__target));
 }
 
-void VoxelMatrixFileWriter::__writeFile(const unsigned char* source, std::size_t numBytes) {
-    std::size_t done = 0;
-    while (done < numBytes) {
-        const ssize_t part = ::write(__descriptor, source + done, std::min(numBytes - done, longestCall));
-        if (part < 0 && errno == EINTR)
-            continue;
-        if (part <= 0)
-            __fail();
-        done += std::size_t(part);
-    }
+void VoxelMatrixFileWriter::__flush() {
+    if (__fill > 0)
+        __rows.insert(__rows.begin(), {__buffer.get(), __fill});
+    __fill = 0;
+    const bool written =
+        transferRows(__rows, [this](const iovec* rows, int count) { return ::writev(__descriptor, rows, count); });
+    if (!written || !__rows.empty())
+        __fail();
 }
 
 void VoxelMatrixFileWriter::__fail() const {

@@ -4,12 +4,15 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <sys/uio.h>
+#include <vector>
 
 #include "images/voxelmatrixheader.h"
 
 /// A voxel matrix file opened for reading, row after row.
 ///
-/// Short rows are served from a buffer that stays in the processor's cache; long rows are read straight into place.
+/// Short rows are served from a buffer that stays in the processor's cache; longer rows are gathered and filled by the
+/// system, many at a call, without a copy in between.
 class VoxelMatrixFileReader {
 public:
     /// Opens the file and reads its header. Errors carry this place; see VoxelMatrixHeader::read().
@@ -24,8 +27,12 @@ public:
     /// fails.
     void read(void* destination, std::size_t numBytes);
 
+    /// The same, but the row may be filled as late as in the next finish(); until then it has to stay where it is.
+    void readRow(void* destination, std::size_t numBytes);
+    void finish();
+
 private:
-    std::size_t __readFile(unsigned char* destination, std::size_t numBytes);
+    std::size_t __readFile(void* destination, std::size_t numBytes);
 
     std::string __filename;
     std::string __where;
@@ -34,6 +41,7 @@ private:
     std::unique_ptr<unsigned char[]> __buffer;
     std::size_t __begin = 0; // unread part of the buffer
     std::size_t __end = 0;
+    std::vector<iovec> __rows; // gathered, not read yet
 };
 
 /// A voxel matrix file being written, row after row.
@@ -52,10 +60,13 @@ public:
 
     /// Writes header and later rows alike. Throws FileWriteError when the disk does not take them.
     void write(const void* source, std::size_t numBytes);
+
+    /// The same, but the row may be written as late as in commit(); until then it has to stay as it is.
+    void writeRow(const void* source, std::size_t numBytes);
     void commit();
 
 private:
-    void __writeFile(const unsigned char* source, std::size_t numBytes);
+    void __flush();
     [[noreturn]] void __fail() const;
 
     std::string __filename;
@@ -65,4 +76,5 @@ private:
     int __descriptor = -1;
     std::unique_ptr<unsigned char[]> __buffer;
     std::size_t __fill = 0;
+    std::vector<iovec> __rows; // gathered, not written yet; the buffer comes before them
 };
