@@ -168,7 +168,7 @@ bool SafeFile::save(const std::string& fileName, const std::string& contents) {
         return false;
     if (exists && !S_ISREG(old.st_mode))
         return saveToDevice(target, fileName, contents);
-    if (exists && ::access(target.c_str(), W_OK) != 0)
+    if (exists && ::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
         return false;
 
     const std::string directory = target.substr(0, target.rfind('/') + 1);

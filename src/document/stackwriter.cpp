@@ -265,14 +265,16 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
     __text += getString(MODELITEMDATA) + "\n";
     const Vertices<int>& vertices = item.getVertices();
     const int size = vertices.getNumVertices();
-    char buffer[32];
+    // A blank, two numbers of up to 11 characters, a comma and a line end.
+    constexpr int maxNumberLength = 11;
+    char buffer[2 * maxNumberLength + 3];
     for (int i = 0; i < size; ++i) {
         const Vector<int>& vertex = vertices[i];
         char* at = buffer;
         *at++ = ' ';
-        at = std::to_chars(at, buffer + sizeof buffer, vertex[0]).ptr;
+        at = std::to_chars(at, at + maxNumberLength, vertex[0]).ptr;
         *at++ = ',';
-        at = std::to_chars(at, buffer + sizeof buffer, vertex[1]).ptr;
+        at = std::to_chars(at, at + maxNumberLength, vertex[1]).ptr;
         if (i % verticesPerLine == verticesPerLine - 1 && i != size - 1)
             *at++ = '\n';
         __text.append(buffer, at);
@@ -419,7 +421,9 @@ void StackWriter::append(int value) {
 }
 
 void StackWriter::appendString(const std::string& text) {
-    __text += "\"" + protect(text, true) + "\"";
+    __text += '"';
+    __text += protect(text, true);
+    __text += '"';
 }
 
 /// The file's name without its directory; without quotes where they are not needed.

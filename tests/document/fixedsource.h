@@ -1,0 +1,20 @@
+#pragma once
+
+#include "document/values/imagesource.h"
+
+/// An image source of a fixed size, without an image.
+class FixedSource : public ImageSource {
+public:
+    FixedSource(int rows, int columns, bool defined = true) : __rows(rows), __columns(columns), __defined(defined) {}
+    FixedSource* clone() const override { return new FixedSource(*this); }
+    int getType() const override { return 9; }
+    bool isDefined() const override { return __defined; }
+    int getSize1() const override { return __rows; }
+    int getSize2() const override { return __columns; }
+    int getDepth() const override { return 8; }
+    const Colormap* getColormap() const override { return nullptr; }
+
+private:
+    int __rows, __columns;
+    bool __defined;
+};
