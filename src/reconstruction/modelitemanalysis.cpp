@@ -1,0 +1,14 @@
+#include "reconstruction/modelitemanalysis.h"
+
+ModelItemAnalysis::~ModelItemAnalysis() = default;
+
+void ModelItemAnalysis::setModelItem(const ModelItem& item) {
+    if (__item == &item)
+        return;
+    __item = &item;
+    clear();
+}
+
+const ModelItem* ModelItemAnalysis::getModelItem() const {
+    return __item;
+}

@@ -1,0 +1,60 @@
+#include "reconstruction/modelitemgeometry.h"
+
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/stackslice.h"
+#include "numerics/exception.h"
+#include "shapes/curve.h"
+
+ModelItemGeometry::ModelItemGeometry() {
+    clear();
+}
+
+void ModelItemGeometry::clear() {
+    __vertices.reset();
+    __isobarycenter.setZeros(3);
+    __length = 0;
+    __area = 0;
+}
+
+void ModelItemGeometry::run() {
+    clear();
+    const ModelItem* item = getModelItem();
+    if (item == nullptr || item->getSlice() == nullptr || item->getModel() == nullptr)
+        throw UsageError("void ModelItemGeometry::run()", "The item is not set or lies on no slice or in no model");
+
+    const StackSlice& slice = *item->getSlice();
+    const double pixelWidth = slice.getPixelCalibration().getPixelWidth();
+    const double pixelHeight = slice.getPixelCalibration().getPixelHeight();
+    const Vertices<int>& pixels = item->getVertices();
+    const int size = pixels.getNumVertices();
+    Curve<double> curve(2, size, size, 1, !item->isClosed());
+    for (int k = 0; k < size; ++k) {
+        curve[k][0] = pixels[k][0] * pixelWidth;
+        curve[k][1] = pixels[k][1] * pixelHeight;
+    }
+    if (size > 0) {
+        const Vector<double> centre = curve.cog();
+        __isobarycenter[0] = centre[0];
+        __isobarycenter[1] = centre[1];
+        __isobarycenter[2] = slice.getAbsolutePosition();
+    }
+    if (!item->isConnected()) {
+        __vertices = std::make_unique<Vertices<double>>(curve);
+        return;
+    }
+    __length = curve.length();
+    if (curve.isClosed())
+        __area = 0.5 * curve.twiceArea(0, 1);
+    __vertices = std::make_unique<Curve<double>>(curve);
+}
+
+int ModelItemGeometry::getNumVertices() const {
+    return __vertices ? __vertices->getNumVertices() : 0;
+}
+
+const Vertices<double>& ModelItemGeometry::getVertices() const {
+    if (!__vertices)
+        throw UsageError("const Vertices<double>& ModelItemGeometry::getVertices() const", "The item is not analysed");
+    return *__vertices;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+
+#include "numerics/vector.h"
+#include "reconstruction/modelitemanalysis.h"
+#include "shapes/vertices.h"
+
+/// Measures one item in its own slice, in the slice's calibrated coordinates; the registration does not enter.
+class ModelItemGeometry : public ModelItemAnalysis {
+public:
+    ModelItemGeometry();
+
+    void clear() override;
+
+    /// Throws UsageError when no item has been set or the item is on no slice or of no model.
+    void run() override;
+
+    /// Number of vertices; 0 before run().
+    int getNumVertices() const;
+
+    /// The vertices in slice coordinates (column times pixel width, row times pixel height), space 2: a curve, or plain
+    /// vertices for points. Throws UsageError before run().
+    const Vertices<double>& getVertices() const;
+
+    /// Mean of the vertices, with the slice's absolute position as third coordinate. Zero for an item without vertices.
+    const Vector<double>& getIsobarycenter() const { return __isobarycenter; }
+
+    /// Perimeter of a polygon, length of a polyline, 0 for points.
+    double getLength() const { return __length; }
+
+    /// Area of a polygon, positive when it turns from the column axis towards the row axis; 0 otherwise.
+    double getArea() const { return __area; }
+
+private:
+    std::unique_ptr<Vertices<double>> __vertices;
+    Vector<double> __isobarycenter;
+    double __length = 0;
+    double __area = 0;
+};

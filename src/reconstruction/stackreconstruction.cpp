@@ -1,0 +1,156 @@
+#include "reconstruction/stackreconstruction.h"
+
+#include <cmath>
+#include <iostream>
+#include <vector>
+
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/stack.h"
+#include "numerics/exception.h"
+#include "shapes/curvestack.h"
+
+namespace {
+
+template <class T>
+struct ImageSize {
+    T width = 0;
+    T height = 0;
+};
+
+template <class T>
+ImageSize<T> imageSize(const StackSlice& slice) {
+    if (slice.isEmpty())
+        return {};
+    const ImageSource& source = slice.getImageSource();
+    return {T(source.getSize2()), T(source.getSize1())};
+}
+
+} // namespace
+
+template <class T>
+StackReconstruction<T>::StackReconstruction(const Stack& stack) {
+    setStack(stack);
+}
+
+template <class T>
+void StackReconstruction<T>::setStack(const Stack& stack) {
+    __stack = &stack;
+    computeMaps();
+}
+
+template <class T>
+void StackReconstruction<T>::computeMaps() {
+    if (__stack == nullptr)
+        throw UsageError("void StackReconstruction<T>::computeMaps()", "No stack has been set");
+
+    const int numSlices = __stack->getNumSlices();
+    const std::vector<float> positions = __stack->getAbsolutePositions();
+    __maps.setZeros(numSlices, 6);
+    __zMap.setSize(numSlices);
+
+    T angle = 0, c = 1, s = 0, tx = 0, ty = 0;
+    for (int i = 0; i < numSlices; ++i) {
+        const StackSlice& slice = __stack->getSlice(i);
+        const Registration& registration = slice.getRegistration();
+        const T pixelWidth = slice.getPixelCalibration().getPixelWidth();
+        const T pixelHeight = slice.getPixelCalibration().getPixelHeight();
+        const ImageSize<T> size = imageSize<T>(slice);
+
+        // The shift is told in the frame of the slice before, whose cosine and sine still stand here.
+        const T shiftX = T(registration.getHorShift()) * pixelWidth;
+        const T shiftY = -T(registration.getVerShift()) * pixelHeight;
+        tx += c * shiftX - s * shiftY;
+        ty += s * shiftX + c * shiftY;
+        angle -= T(registration.getRotationAngle()) * T(3.14159265358979323846264338327950288L) / T(180);
+        s = std::sin(angle);
+        c = std::cos(angle);
+
+        __zMap[i] = positions[std::size_t(i)];
+        const T halfWidth = pixelWidth * (size.width / 2), halfHeight = pixelHeight * (size.height / 2);
+        Vector<T>& map = __maps[i];
+        map[0] = pixelWidth * c;
+        map[1] = pixelHeight * s;
+        map[2] = -halfWidth * c - halfHeight * s + tx;
+        map[3] = pixelWidth * s;
+        map[4] = -pixelHeight * c;
+        map[5] = -halfWidth * s + halfHeight * c + ty;
+    }
+}
+
+template <class T>
+void StackReconstruction<T>::map(Vertices<T>& out, const ModelItem& item) const {
+    if (__stack == nullptr)
+        throw UsageError("void StackReconstruction<T>::map(Vertices<T>&, const ModelItem&) const",
+                         "No stack has been set");
+    const int i = item.getSlice() == nullptr ? -1 : __stack->findSlice(*item.getSlice());
+    if (i < 0 || i >= __zMap.getSize()) {
+        std::cerr << "invalid stack/item pair in StackReconstruction (ignored)" << std::endl;
+        return;
+    }
+    mapFromSlice(out, item, i);
+}
+
+template <class T>
+void StackReconstruction<T>::mapFromSlice(Vertices<T>& out, const ModelItem& item, int slice) const {
+    const Vertices<int>& pixels = item.getVertices();
+    const int size = pixels.getNumVertices();
+    out.setServer(*new VertexServer<T>(3, size, size, 1)); // the client's count deletes it
+    out.setSize(0, false);
+    out.setSize(size, true);
+    const Vector<T>& map = __maps[slice];
+    const T z = __zMap[slice];
+    for (int k = 0; k < size; ++k) {
+        const Vector<int>& pixel = pixels[k];
+        const T u = T(pixel[0]), v = T(pixel[1]);
+        Vector<T>& world = out[k];
+        world[0] = map[0] * u + map[1] * v + map[2];
+        world[1] = map[3] * u + map[4] * v + map[5];
+        world[2] = z;
+    }
+}
+
+template <class T>
+std::unique_ptr<Shape<T>> StackReconstruction<T>::apply(const ModelItem& item) const {
+    std::unique_ptr<Vertices<T>> shape;
+    if (item.isConnected())
+        shape = std::make_unique<Curve<T>>(3, 0, 0, 0, !item.isClosed());
+    else
+        shape = std::make_unique<Vertices<T>>(3, 0, 0, 0);
+    map(*shape, item);
+    return shape;
+}
+
+template <class T>
+std::unique_ptr<Shape<T>> StackReconstruction<T>::apply(const Model& model) const {
+    if (__stack == nullptr)
+        throw UsageError("Shape<T>* StackReconstruction<T>::apply(const Model&) const", "No stack has been set");
+
+    const MPrimitive geometry = model.getProperties().getGeometry();
+    const bool open = geometry == PolylinePrimitive;
+    std::unique_ptr<Vertices<T>> level;
+    std::unique_ptr<VertexStack<T>> result;
+    if (geometry == PolypointPrimitive) {
+        level = std::make_unique<Vertices<T>>(3, 0, 0, 0);
+        result = std::make_unique<VertexStack<T>>(3, 0, 0, 0, 0);
+    } else {
+        level = std::make_unique<Curve<T>>(3, 0, 0, 0, open);
+        result = std::make_unique<CurveStack<T>>(3, 0, 0, 0, 0, open);
+    }
+    for (int i = 0; i < __stack->getNumSlices() && i < __zMap.getSize(); ++i) {
+        const StackSlice& slice = __stack->getSlice(i);
+        for (int k = 0; k < slice.getNumItems(); ++k) {
+            const ModelItem& item = slice.getItem(k);
+            if (item.getModel() != &model)
+                continue;
+            mapFromSlice(*level, item, i);
+            result->append(static_cast<const Vertices<T>&>(*level));
+        }
+    }
+    result->detach();
+    return result;
+}
+
+template class StackReconstruction<float>;
+template class StackReconstruction<double>;
+template class StackReconstruction<long double>;

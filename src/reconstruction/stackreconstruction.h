@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+
+#include "numerics/matrix.h"
+#include "numerics/vector.h"
+#include "shapes/shape.h"
+#include "shapes/vertices.h"
+
+class Model;
+class ModelItem;
+class Stack;
+
+/// The bridge from the pixels of a stack's slices to calibrated world coordinates, and from items to 3D shapes.
+///
+/// For the pixel (u, v) of slice i, u the column and v the row counted from the top of the image, the world point is
+/// X = m0 u + m1 v + m2, Y = m3 u + m4 v + m5, Z = the slice's absolute position, in the stack's length unit, Y
+/// pointing up. The registrations are chained: each slice's shift and rotation are relative to the slice before it, so
+/// that a rotation turns all slices behind it too. A slice without an image counts as one of no width and no height.
+///
+/// The maps are a copy of what the document said when they were computed: call computeMaps() after a change of
+/// registrations, calibrations, positions, image sizes or of the list of slices. The stack is seen, not owned.
+template <class T>
+class StackReconstruction {
+public:
+    StackReconstruction() = default;
+
+    explicit StackReconstruction(const Stack& stack);
+
+    void setStack(const Stack& stack);
+
+    /// Computes the maps anew from the document as it stands. Throws UsageError without a stack.
+    void computeMaps();
+
+    /// World Z of each slice.
+    const Vector<T>& getZMap() const { return __zMap; }
+
+    /// Gives out a new vertex store of space 3 with the item's vertices in world coordinates.
+    /// An item whose slice is not of this stack leaves out as it was and is told on the standard error stream.
+    void map(Vertices<T>& out, const ModelItem& item) const;
+
+    /// The item as a shape of space 3: a closed Curve for a polygon, an open one for a polyline, Vertices for points.
+    std::unique_ptr<Shape<T>> apply(const ModelItem& item) const;
+
+    /// The model as a stack of one level for each item, slice by slice: a closed or open CurveStack, or a VertexStack
+    /// for points. Items on one slice follow each other in the order of the slice's list, at equal Z.
+    std::unique_ptr<Shape<T>> apply(const Model& model) const;
+
+private:
+    void mapFromSlice(Vertices<T>& out, const ModelItem& item, int slice) const;
+
+    const Stack* __stack = nullptr;
+    Matrix<T> __maps;
+    Vector<T> __zMap;
+};
