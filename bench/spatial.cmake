@@ -1,0 +1,1 @@
+vorlen_bench(spatial_bench.cpp LINKS vorlen_shapes)

@@ -1,0 +1,1 @@
+vorlen_bench(voxels_bench.cpp LINKS vorlen_images)

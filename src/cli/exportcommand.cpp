@@ -1,0 +1,86 @@
+#include "cli/commands.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+
+#include "cli/stackfile.h"
+#include "document/export/stackexporter.h"
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/modelproperties.h"
+#include "numerics/exception.h"
+#include "reconstruction/stackreconstruction.h"
+#include "shapes/curvestack.h"
+
+namespace {
+
+/// Why a model gives no surface, or an empty text when it gives one. Names become parts of file names, so a name with
+/// a directory separator must not lead out of the directory.
+std::string obstacle(const Model& model, const StackReconstruction<float>& reconstruction) {
+    if (model.getName().find('/') != std::string::npos)
+        return "its name holds a '/', which a file name can't";
+    if (model.getProperties().getGeometry() == PolypointPrimitive)
+        return "points have no surface";
+    if (model.getNumItems() == 0)
+        return "it has no contours";
+    for (int i = 0; i < model.getNumItems(); ++i)
+        if (model.getItem(i).getSize() < 2)
+            return "a contour has fewer than two vertices";
+    const auto shape = reconstruction.apply(model);
+    const auto* curves = dynamic_cast<const CurveStack<float>*>(shape.get());
+    if (curves != nullptr && curves->isBranching())
+        return "it has several contours on one slice";
+    return "";
+}
+
+int exportStack(const StackFile& file, const std::string& directory, bool overwrite) {
+    const Stack& stack = file.getStack();
+    if (stack.getName().find('/') != std::string::npos) {
+        std::cerr << "vorlen-cli: " << file.getName() << ": the stack's name holds a '/', which a file name can't\n";
+        return ExitProblems;
+    }
+    StackReconstruction<float> reconstruction(stack);
+    StackExporter exporter;
+    for (int i = 0; i < stack.getNumModels(); ++i) {
+        const Model& model = stack.getModel(i);
+        const std::string reason = obstacle(model, reconstruction);
+        if (!reason.empty()) {
+            std::cerr << "vorlen-cli: model \"" << model.getName() << "\" of " << file.getName()
+                      << " is left out: " << reason << '\n';
+            continue;
+        }
+        exporter.export2AsciiSTL(model, reconstruction, directory, stack.getName(), overwrite);
+        const std::string base = directory + "/" + (stack.getName().empty() ? "" : stack.getName() + "-");
+        std::cout << base << model.getName() << ".stl\n" << base << model.getName() << ".qm\n";
+    }
+    return ExitGood;
+}
+
+} // namespace
+
+int exportCommand(const std::vector<std::string>& files, const std::string& directory, bool overwrite) {
+    std::error_code error;
+    std::filesystem::create_directories(directory, error);
+    if (error) {
+        std::cerr << "vorlen-cli: cannot make the directory " << directory << ": " << error.message() << '\n';
+        return ExitFileError;
+    }
+    int status = ExitGood;
+    for (const std::string& name : files) {
+        const StackFile file(name);
+        status = std::max(status, file.report());
+        if (!file.isOpened())
+            continue;
+        try {
+            status = std::max(status, exportStack(file, directory, overwrite));
+        } catch (const FileError& failure) {
+            std::cerr << "vorlen-cli: " << failure.getWhat() << '\n';
+            status = std::max<int>(status, ExitFileError);
+        } catch (const Exception& failure) {
+            std::cerr << "vorlen-cli: cannot export " << name << ": " << failure.getWhat() << '\n';
+            status = std::max<int>(status, ExitProblems);
+        }
+    }
+    return status;
+}

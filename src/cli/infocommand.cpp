@@ -1,0 +1,198 @@
+#include "cli/commands.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include "cli/jsonwriter.h"
+#include "cli/stackfile.h"
+#include "cli/texttable.h"
+#include "document/model.h"
+#include "document/modelproperties.h"
+#include "document/pose.h"
+#include "document/stackslice.h"
+#include "images/imagesourcefile.h"
+#include "images/imagesourcefilemosaic.h"
+#include "images/imagesourcevoxelmatrixplane.h"
+
+namespace {
+
+/// The file or files that a slice's image comes from, as text.
+std::string imageText(const StackSlice& slice) {
+    if (slice.isEmpty())
+        return "";
+    const ImageSource& source = slice.getImageSource();
+    if (const auto* file = dynamic_cast<const ImageSourceFile*>(&source))
+        return file->getFilename();
+    if (const auto* volume = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&source))
+        return volume->getVoxelMatrixFilename() + ":" + std::to_string(volume->getPlane());
+    if (const auto* mosaic = dynamic_cast<const ImageSourceFileMosaic*>(&source))
+        return "mosaic of " + std::to_string(mosaic->getRows()) + " x " + std::to_string(mosaic->getCols());
+    return "";
+}
+
+void writeJson(JsonWriter& json, const StackFile& file) {
+    const Stack& stack = file.getStack();
+    json.beginObject();
+    json.key("file");
+    json.value(file.getName());
+    json.key("stack");
+    json.value(stack.getName());
+    json.key("unit");
+    json.value(stack.getLengthUnit().symbol());
+    json.key("slices");
+    json.beginArray();
+    for (int i = 0; i < stack.getNumSlices(); ++i) {
+        const StackSlice& slice = stack.getSlice(i);
+        const bool empty = slice.isEmpty();
+        json.beginObject();
+        json.key("name");
+        json.value(slice.getName());
+        json.key("image");
+        json.value(imageText(slice));
+        json.key("width");
+        json.value(empty ? 0 : slice.getImageSource().getSize2());
+        json.key("height");
+        json.value(empty ? 0 : slice.getImageSource().getSize1());
+        json.key("depth");
+        json.value(empty ? 0 : slice.getImageSource().getDepth());
+        json.key("position");
+        json.value(double(slice.getAbsolutePosition()));
+        json.key("pixelWidth");
+        json.value(double(slice.getPixelCalibration().getPixelWidth()));
+        json.key("pixelHeight");
+        json.value(double(slice.getPixelCalibration().getPixelHeight()));
+        json.key("registration");
+        json.beginArray();
+        json.value(slice.getRegistration().getHorShift());
+        json.value(slice.getRegistration().getVerShift());
+        json.value(double(slice.getRegistration().getRotationAngle()));
+        json.endArray();
+        json.endObject();
+    }
+    json.endArray();
+    json.key("models");
+    json.beginArray();
+    for (int i = 0; i < stack.getNumModels(); ++i)
+        json.value(stack.getModel(i).getName());
+    json.endArray();
+    json.key("poses");
+    json.beginArray();
+    for (int i = 0; i < stack.getNumPoses(); ++i)
+        json.value(stack.getPose(i).getName());
+    json.endArray();
+    json.endObject();
+}
+
+void printTables(const StackFile& file, OutputFormat format) {
+    const Stack& stack = file.getStack();
+    TextTable slices(
+        {"Slice", "Image", "Width", "Height", "Depth", "Position", "PixelWidth", "PixelHeight", "Shift", "Rotation"});
+    for (int i = 0; i < stack.getNumSlices(); ++i) {
+        const StackSlice& slice = stack.getSlice(i);
+        const bool empty = slice.isEmpty();
+        const Registration& registration = slice.getRegistration();
+        std::string image = imageText(slice);
+        if (format == OutputFormat::Table)
+            image = image.substr(image.rfind('/') == std::string::npos ? 0 : image.rfind('/') + 1);
+        slices.addRow({slice.getName(), image, std::to_string(empty ? 0 : slice.getImageSource().getSize2()),
+                       std::to_string(empty ? 0 : slice.getImageSource().getSize1()),
+                       std::to_string(empty ? 0 : slice.getImageSource().getDepth()),
+                       shortNumber(slice.getAbsolutePosition()),
+                       shortNumber(slice.getPixelCalibration().getPixelWidth()),
+                       shortNumber(slice.getPixelCalibration().getPixelHeight()),
+                       std::to_string(registration.getHorShift()) + " " + std::to_string(registration.getVerShift()),
+                       shortNumber(registration.getRotationAngle())});
+    }
+    if (format == OutputFormat::Csv) {
+        slices.printCsv(std::cout);
+        return;
+    }
+    std::cout << file.getName() << ": stack \"" << stack.getName() << "\", unit " << stack.getLengthUnit().symbol()
+              << ", " << stack.getNumSlices() << " slices, " << stack.getNumModels() << " models, "
+              << stack.getNumPoses() << " poses\n\n";
+    slices.print(std::cout);
+    TextTable models({"Model", "Geometry", "Items"});
+    for (int i = 0; i < stack.getNumModels(); ++i) {
+        const Model& model = stack.getModel(i);
+        models.addRow({model.getName(), ModelProperties::toString(model.getProperties().getGeometry()),
+                       std::to_string(model.getNumItems())});
+    }
+    if (!models.isEmpty()) {
+        std::cout << '\n';
+        models.print(std::cout);
+    }
+    for (int i = 0; i < stack.getNumPoses(); ++i)
+        std::cout << (i == 0 ? "\nPoses: " : ", ") << stack.getPose(i).getName();
+    std::cout << (stack.getNumPoses() > 0 ? "\n" : "");
+}
+
+} // namespace
+
+int infoCommand(const std::vector<std::string>& files, OutputFormat format) {
+    int status = ExitGood;
+    JsonWriter json(std::cout);
+    if (format == OutputFormat::Json)
+        json.beginArray();
+    for (const std::string& name : files) {
+        const StackFile file(name);
+        status = std::max(status, file.report());
+        if (!file.isOpened())
+            continue;
+        if (format == OutputFormat::Json)
+            writeJson(json, file);
+        else
+            printTables(file, format);
+    }
+    if (format == OutputFormat::Json)
+        json.endArray();
+    return status;
+}
+
+int checkCommand(const std::vector<std::string>& files, OutputFormat format) {
+    int status = ExitGood;
+    JsonWriter json(std::cout);
+    TextTable table({"File", "Opened", "Fatal", "Message"});
+    if (format == OutputFormat::Json)
+        json.beginArray();
+    for (const std::string& name : files) {
+        const StackFile file(name);
+        const bool clean = file.getLog().empty() && file.getNumFatalErrors() == 0;
+        status = std::max<int>(status, !file.isOpened() ? ExitFileError : clean ? ExitGood : ExitProblems);
+        if (format == OutputFormat::Json) {
+            json.beginObject();
+            json.key("file");
+            json.value(name);
+            json.key("opened");
+            json.value(file.isOpened());
+            json.key("fatal");
+            json.value(file.getNumFatalErrors());
+            json.key("log");
+            json.beginArray();
+            for (const std::string& line : file.getLog())
+                json.value(line);
+            json.endArray();
+            json.endObject();
+        } else if (format == OutputFormat::Csv) {
+            const std::string opened = file.isOpened() ? "true" : "false";
+            for (const std::string& line : file.getLog())
+                table.addRow({name, opened, std::to_string(file.getNumFatalErrors()), line});
+            if (file.getLog().empty())
+                table.addRow({name, opened, std::to_string(file.getNumFatalErrors()), ""});
+        } else if (!file.isOpened()) {
+            std::cout << name << ": cannot be read\n";
+        } else {
+            std::cout << name << ": ";
+            if (clean)
+                std::cout << "no problems\n";
+            else
+                std::cout << file.getLog().size() << " problems, " << file.getNumFatalErrors() << " fatal\n";
+            for (const std::string& line : file.getLog())
+                std::cout << "  " << line << '\n';
+        }
+    }
+    if (format == OutputFormat::Json)
+        json.endArray();
+    else if (format == OutputFormat::Csv)
+        table.printCsv(std::cout);
+    return status;
+}

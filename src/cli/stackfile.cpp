@@ -1,0 +1,79 @@
+#include "cli/stackfile.h"
+
+#include <cmath>
+#include <cstdio>
+#include <iostream>
+#include <set>
+
+#include "cli/consolemonitor.h"
+#include "document/stackreader.h"
+#include "document/stackslice.h"
+#include "images/imagesourcevoxelmatrixplane.h"
+#include "images/voxelmatrixheader.h"
+#include "numerics/exception.h"
+
+StackFile::StackFile(const std::string& name) : __name(name), __stack(std::make_unique<Stack>()) {
+    ConsoleMonitor monitor;
+    StackReader reader;
+    reader.addMonitor(monitor);
+    try {
+        __opened = reader.read(*__stack, name);
+        __log = reader.getLog();
+        __numFatalErrors = reader.getNumFatalErrors();
+    } catch (const Exception& error) {
+        __opened = false;
+        __log.push_back(error.getWhat());
+    } catch (const std::exception& error) {
+        __opened = false;
+        __log.push_back(error.what());
+    }
+    reader.removeMonitor(monitor);
+    if (__opened)
+        checkVolumes();
+}
+
+/// A volume shorter than its header says would read on in silence with zeros.
+void StackFile::checkVolumes() {
+    std::set<std::string> checked;
+    for (int i = 0; i < __stack->getNumSlices(); ++i) {
+        const StackSlice& slice = __stack->getSlice(i);
+        if (slice.isEmpty())
+            continue;
+        const auto* source = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&slice.getImageSource());
+        if (source == nullptr || !checked.insert(source->getVoxelMatrixFilename()).second)
+            continue;
+        if (!VoxelMatrixHeader::fileSizeMatchesHeader(source->getVoxelMatrixFilename())) {
+            __log.push_back(source->getVoxelMatrixFilename() + ": the file's length does not match its header");
+            ++__numFatalErrors;
+        }
+    }
+}
+
+int StackFile::report() const {
+    if (!__opened) {
+        std::cerr << "vorlen-cli: cannot read " << __name << (__log.empty() ? "" : ": " + __log.front()) << '\n';
+        return ExitFileError;
+    }
+    if (__log.empty() && __numFatalErrors == 0)
+        return ExitGood;
+    std::cerr << "vorlen-cli: " << __name << " has problems:\n";
+    for (const std::string& line : __log)
+        std::cerr << "  " << line << '\n';
+    return ExitProblems;
+}
+
+std::string shortNumber(double value) {
+    if (!std::isfinite(value))
+        return "NA";
+    char text[32];
+    std::snprintf(text, sizeof text, "%.6g", value);
+    return text;
+}
+
+std::string fullNumber(double value) {
+    if (!std::isfinite(value))
+        return "NA";
+    char text[40];
+    std::snprintf(text, sizeof text, "%.17g", value);
+    return text;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "document/stack.h"
+
+/// Exit statuses of the program.
+enum ExitStatus { ExitGood = 0, ExitProblems = 1, ExitUsage = 2, ExitFileError = 3 };
+
+/// A stack read from its description file, with what the reader had to say about it.
+class StackFile {
+public:
+    /// Reads the file, with progress on the terminal. Never throws: failures are in the state.
+    explicit StackFile(const std::string& name);
+
+    const std::string& getName() const { return __name; }
+    bool isOpened() const { return __opened; }
+    int getNumFatalErrors() const { return __numFatalErrors; }
+    const std::vector<std::string>& getLog() const { return __log; }
+    const Stack& getStack() const { return *__stack; }
+
+    /// Writes the problems to the standard error stream, if there are any, and gives the exit status they stand for.
+    int report() const;
+
+private:
+    void checkVolumes();
+
+    std::string __name;
+    std::unique_ptr<Stack> __stack;
+    bool __opened = false;
+    int __numFatalErrors = 0;
+    std::vector<std::string> __log;
+};
+
+/// The value as the tables for people show it: six significant digits.
+std::string shortNumber(double value);
+
+/// The value with 17 significant digits, "NA" when it is no number.
+std::string fullNumber(double value);

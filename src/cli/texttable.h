@@ -1,0 +1,24 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+/// A table of texts: printed with aligned columns for people, or as comma-separated values.
+class TextTable {
+public:
+    explicit TextTable(std::vector<std::string> headers);
+
+    void addRow(std::vector<std::string> cells);
+    bool isEmpty() const { return __rows.empty(); }
+
+    /// Columns padded with blanks to their widest cell, two blanks between; numbers stand to the right.
+    void print(std::ostream& stream) const;
+
+    /// Cells that hold a comma, a quote or a line break are quoted as RFC 4180 says.
+    void printCsv(std::ostream& stream) const;
+
+private:
+    std::vector<std::string> __headers;
+    std::vector<std::vector<std::string>> __rows;
+};
