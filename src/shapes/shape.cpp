@@ -647,7 +647,7 @@ Shape<T>* Shape<T>::loadFile(const std::string& file) {
         throw FileReadError(where, "Cannot open file for reading", file);
     }
     char mark = 0;
-    long long type = -1;
+    long long type = 0;
     stream >> mark;
     if (mark != '#') {
         throw FileFormatError(where, "Invalid shape description format", file);
