@@ -114,8 +114,17 @@ void resampleReference(benchmark::State& state) {
     }
 }
 
-Curve<int> contourCurve(int n, double radius) {
-    const std::vector<int> points = inputs::contour(n, radius, 0);
+/// In whole pixels the contour ends where it started; without these vertices there is a line through its two ends.
+std::vector<int> contourPoints(int n, double radius) {
+    std::vector<int> points = inputs::contour(n, radius, 0);
+    while (points.size() > 2 && points.end()[-2] == points[0] && points.end()[-1] == points[1])
+        points.resize(points.size() - 2);
+    return points;
+}
+
+Curve<int> contourCurve(int numPoints, double radius) {
+    const std::vector<int> points = contourPoints(numPoints, radius);
+    const int n = int(points.size() / 2);
     Curve<int> curve(2, n, n, n, false);
     for (int k = 0; k < n; ++k) {
         curve[k][0] = points[2 * std::size_t(k)];
@@ -140,7 +149,7 @@ void douglasPeucker(benchmark::State& state) {
 }
 
 void douglasPeuckerReference(benchmark::State& state) {
-    const std::vector<int> points = inputs::contour(1000000, 40000, 0);
+    const std::vector<int> points = contourPoints(1000000, 40000);
     std::size_t kept = 0;
     for (auto _ : state) {
         std::vector<bool> keep(points.size() / 2, false);
@@ -181,8 +190,8 @@ void selfIntersects(benchmark::State& state) {
 
 /// All pairs of edges.
 void selfIntersectsReference(benchmark::State& state) {
-    const int n = int(state.range(0));
-    std::vector<int> p = inputs::contour(n, 1e6, 0);
+    std::vector<int> p = contourPoints(int(state.range(0)), 1e6);
+    const int n = int(p.size() / 2);
     p.push_back(p[0]);
     p.push_back(p[1]);
     const auto side = [&p](int a, int b, int c) {
