@@ -5,6 +5,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <QDir>
 #include <QFile>
@@ -153,25 +154,28 @@ void writeSheet(const QString& path) {
 } // namespace
 
 int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Qt warns about a session without a folder of its own, as on a build machine.
-    const QTemporaryDir sessionFolder;
-    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
-        qputenv("XDG_RUNTIME_DIR", sessionFolder.path().toLocal8Bit());
-    }
-    QGuiApplication application(argc, argv);
-    const QStringList arguments = QGuiApplication::arguments();
-    const QString command = arguments.value(1);
+    const std::vector<QString> arguments(argv + 1, argv + argc);
+    const QString command = arguments.empty() ? QString() : arguments[0];
     try {
-        if (command == "xpm" && arguments.size() == 3) {
-            writeXpms(arguments[2]);
-        } else if (command == "png" && arguments.size() == 5) {
-            writePng(arguments[2], arguments[3].toInt(), arguments[4]);
-        } else if (command == "sheet" && arguments.size() == 3) {
-            writeSheet(arguments[2]);
-        } else {
+        if (command == "png" && arguments.size() == 4) {
+            writePng(arguments[1], arguments[2].toInt(), arguments[3]);
+            return 0;
+        }
+        if ((command != "xpm" && command != "sheet") || arguments.size() != 2) {
             std::fputs(usage, stderr);
             return 2;
+        }
+        // Palettes need an application object, and it a session folder, which a build machine may lack.
+        const QTemporaryDir sessionFolder;
+        if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+            qputenv("XDG_RUNTIME_DIR", sessionFolder.path().toLocal8Bit());
+        }
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QGuiApplication application(argc, argv);
+        if (command == "xpm") {
+            writeXpms(arguments[1]);
+        } else {
+            writeSheet(arguments[1]);
         }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vorlen-drawicons: %s\n", error.what());
