@@ -117,6 +117,7 @@ TEST_F(VRLRecoveryTest, aCrashedProgramsStackComesBackWithItsImages) {
         stack->setModified(true);
         recovery.saveModifiedStacks();
         simulateCrash(recovery);
+        stack->setModified(false);
     }
     VRLRecovery recovery(recoveryDirectory());
     const QList<VRLRecovery::Leftover> leftovers = recovery.leftovers();
@@ -158,11 +159,26 @@ TEST_F(VRLRecoveryTest, aRunningProgramsFilesAreLeftAlone) {
     EXPECT_TRUE(QFile::exists(running.recoveryFile(*stack)));
 }
 
-TEST_F(VRLRecoveryTest, aCleanEndLeavesNothing) {
+TEST_F(VRLRecoveryTest, aCleanEndLeavesNothingAndAnotherOneLeavesWhatIsOpen) {
     {
         VRLRecovery recovery(recoveryDirectory());
         stack->setModified(true);
         recovery.saveModifiedStacks();
+        addItem(stack->getModel(0), stack->getSlice(0), {{9, 9}, {8, 8}, {7, 9}});
+        stack->setModified(true);
+    }
+    VRLRecovery next(recoveryDirectory());
+    ASSERT_EQ(next.leftovers().size(), 1);
+    QString message;
+    const std::unique_ptr<VRLStack> recovered(next.recover(next.leftovers()[0], message));
+    EXPECT_EQ(recovered->getModel(0).getNumItems(), 2);
+    next.discard(next.leftovers()[0]);
+    {
+        VRLRecovery recovery(recoveryDirectory());
+        stack->setModified(true);
+        recovery.saveModifiedStacks();
+        VRLStackServer::stackServer.removeStack(*stack);
+        stack = nullptr;
     }
     EXPECT_TRUE(QDir(recoveryDirectory()).isEmpty());
 }
