@@ -14,7 +14,7 @@
 
 #include "images/image.h"
 #include "images/imagesourcefile.h"
-#include "support/scratchfolder.h"
+#include "support/temporaryfolder.h"
 #include "support/testimages.h"
 #include "workspace/imageserver/vrlimageproxy.h"
 #include "workspace/imageserver/vrlimageserver.h"
@@ -96,6 +96,6 @@ protected:
 
     static Image pixelsOf(const std::string& name) { return Image(name, ""); }
 
-    ScratchFolder folder;
+    TemporaryFolder folder;
     std::unique_ptr<VRLImageServer> server = std::make_unique<VRLImageServer>();
 };
