@@ -134,8 +134,9 @@ TEST(GreyMorphology, refusesEmptyAndEvenElements) {
     expectFailure<SizeError>([&] { erosion.setStructElt(VoxelMatrix<int>()); }, ofErosion, empty);
     expectFailure<SizeError>([&] { dilatation.setStructElt(VoxelMatrix<int>()); }, ofDilatation, empty);
     for (const auto& [a, b, c] : {std::tuple(2, 3, 3), std::tuple(3, 4, 3), std::tuple(3, 3, 6), std::tuple(0, 3, 3)}) {
-        expectFailure<SizeError>([&] { erosion.setStructElt(numberedVolume<int>(a, b, c)); }, ofErosion, even);
-        expectFailure<SizeError>([&] { dilatation.setStructElt(numberedVolume<int>(a, b, c)); }, ofDilatation, even);
+        const VoxelMatrix<int> element = numberedVolume<int>(a, b, c);
+        expectFailure<SizeError>([&] { erosion.setStructElt(element); }, ofErosion, even);
+        expectFailure<SizeError>([&] { dilatation.setStructElt(element); }, ofDilatation, even);
     }
     EXPECT_EQ(erosion.getStructElt().getSize1(), 1);
 }
