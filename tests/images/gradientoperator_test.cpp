@@ -29,11 +29,11 @@ std::vector<long double> recursion(const std::vector<long double>& x, const long
     return result;
 }
 
-struct Told {
-    explicit Told(long double alpha) {
+struct Formulas {
+    explicit Formulas(long double alpha) {
         const long double e = std::exp(-alpha), k = std::pow(1 - e, 4.0L) / (1 + 2 * alpha * e - e * e);
-        const long double told[4] = {k, (alpha - 1) * e * k, (alpha + 1) * e * k, -e * e * k};
-        std::copy(told, told + 4, smoothing);
+        const long double values[4] = {k, (alpha - 1) * e * k, (alpha + 1) * e * k, -e * e * k};
+        std::copy(values, values + 4, smoothing);
         b1 = 2 * e;
         b2 = -e * e;
         scale = -(1 - e) * (1 - e);
@@ -45,12 +45,12 @@ struct Told {
 
 // Derivative along one axis (0 down, 1 along the rows), smoothing along the other.
 VoxelMatrix<long double> gradientByDefinition(VoxelMatrix<long double> volume, float alpha, int axis) {
-    const Told told(alpha);
+    const Formulas formulas(alpha);
     for (const int step : {1, 0})
         replaceLines<long double>(
             volume, nullptr, step, [&](const std::vector<long double>& line, const std::vector<long double>&) {
-                return step == axis ? recursion(line, told.derivative, told.b1, told.b2, told.scale)
-                                    : recursion(line, told.smoothing, told.b1, told.b2, 1.0L);
+                return step == axis ? recursion(line, formulas.derivative, formulas.b1, formulas.b2, formulas.scale)
+                                    : recursion(line, formulas.smoothing, formulas.b1, formulas.b2, 1.0L);
             });
     return volume;
 }
@@ -87,6 +87,18 @@ PixelMatrix<double> thinnedByDefinition(const PixelMatrix<double>& norm, const P
         }
     return result;
 }
+
+// Adds a different constant along each index.
+class Constants : public GradientOperator<double> {
+public:
+    void gradient1(PixelMatrix<double>& matrix) override { matrix += 2.0; }
+    void gradient2(PixelMatrix<double>& matrix) override { matrix += 3.0; }
+    void hGradient(PixelMatrix<double>& matrix) override { gradient2(matrix); }
+    void vGradient(PixelMatrix<double>& matrix) override { gradient1(matrix); }
+    void gradient1(VoxelMatrix<double>& volume) override { volume += 2.0; }
+    void gradient2(VoxelMatrix<double>& volume) override { volume += 3.0; }
+    void gradient3(VoxelMatrix<double>& volume) override { volume += 6.0; }
+};
 
 template <class T>
 class DericheGradientOf : public testing::Test {};
@@ -246,6 +258,15 @@ TEST(GradientOperator, givesNormAndAngleOfAGradient) {
     EXPECT_EQ(a(0, 0, 0), 7.0);
     EXPECT_THROW(GradientOperator<double>::norm(norm, h, PixelMatrix<double>(2, 3)), SizeError);
     EXPECT_THROW(GradientOperator<double>::norm(a, b, numberedVolume<double>(1, 1, 2)), SizeError);
+    // All derivatives are taken of what was there before: 2, 3 and 6 of zeros.
+    VoxelMatrix<double> zeros(2, 3, 4);
+    zeros.setZeros();
+    Constants().apply(zeros);
+    EXPECT_EQ(zeros.range()[0], 7.0);
+    EXPECT_EQ(zeros.range()[1], 7.0);
+    PixelMatrix<double> ones = matrixOf<double>({{1, 1}});
+    Constants().apply(ones); // 3 and 4
+    EXPECT_TRUE(ones == matrixOf<double>({{5, 5}}));
     // The gradient of a slanted ramp points along it: atan2(2, 1).
     PixelMatrix<double> slanted = volumeOf<double>(61, 61, 1, [](int i, int j, int) { return 2 * i + j; })[0];
     PixelMatrix<double> whole = slanted;

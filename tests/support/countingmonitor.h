@@ -5,7 +5,7 @@
 #include "shell/progress/progressmonitor.h"
 #include "shell/progress/progresssubject.h"
 
-/// Counts what a computation reports, and cancels it when it is told so.
+/// Counts what a computation reports, and cancels it when it is asked to.
 class CountingMonitor : public ProgressMonitor {
 public:
     using ProgressMonitor::subjectFinished;
