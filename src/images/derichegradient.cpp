@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "numerics/exception.h"
@@ -30,8 +32,8 @@ VORLEN_INLINED void recur(const V& x0, const V& x1, const V& y1, const V& y2, T 
 template <class T, bool hasFirst>
 void causalStep(const T* x0, const T* x1, const T* y1, const T* y2, T* y, T a0, T a1, T b1, T b2, int count) {
     widevectors::run([=](auto bytes) VORLEN_INLINED_LAMBDA {
-        const auto step = [=](int c, auto pack) VORLEN_INLINED_LAMBDA {
-            decltype(pack) x, before, last, lastButOne, sum;
+        const auto step = [=](int c, auto type) VORLEN_INLINED_LAMBDA {
+            typename decltype(type)::type x, before, last, lastButOne, sum;
             widevectors::load(x, x0 + c);
             widevectors::load(before, x1 + c);
             widevectors::load(last, y1 + c);
@@ -42,9 +44,9 @@ void causalStep(const T* x0, const T* x1, const T* y1, const T* y2, T* y, T a0, 
         using Pack = widevectors::Pack<T, decltype(bytes)::value>;
         int c = 0;
         for (; c + Pack::lanes <= count; c += Pack::lanes)
-            step(c, typename Pack::Type());
+            step(c, std::type_identity<typename Pack::Type>());
         for (; c < count; ++c)
-            step(c, T());
+            step(c, std::type_identity<T>());
     });
 }
 
@@ -53,8 +55,8 @@ void causalStep(const T* x0, const T* x1, const T* y1, const T* y2, T* y, T a0, 
 template <class T, bool hasSecond>
 void anticausalStep(T* x0, const T* y, T* x1, T* x2, T* z1, T* z2, T a2, T a3, T b1, T b2, T scale, int count) {
     widevectors::run([=](auto bytes) VORLEN_INLINED_LAMBDA {
-        const auto step = [=](int c, auto pack) VORLEN_INLINED_LAMBDA {
-            decltype(pack) x, next, nextButOne, last, lastButOne, causal, z;
+        const auto step = [=](int c, auto type) VORLEN_INLINED_LAMBDA {
+            typename decltype(type)::type x, next, nextButOne, last, lastButOne, causal, z;
             widevectors::load(x, x0 + c);
             widevectors::load(causal, y + c);
             widevectors::load(next, x1 + c);
@@ -71,9 +73,9 @@ void anticausalStep(T* x0, const T* y, T* x1, T* x2, T* z1, T* z2, T a2, T a3, T
         using Pack = widevectors::Pack<T, decltype(bytes)::value>;
         int c = 0;
         for (; c + Pack::lanes <= count; c += Pack::lanes)
-            step(c, typename Pack::Type());
+            step(c, std::type_identity<typename Pack::Type>());
         for (; c < count; ++c)
-            step(c, T());
+            step(c, std::type_identity<T>());
     });
 }
 
