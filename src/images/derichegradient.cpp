@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "numerics/exception.h"
@@ -27,40 +29,53 @@ VORLEN_INLINED void recur(const V& x0, const V& x1, const V& y1, const V& y2, T 
 }
 
 // A step of the causal part for count lines side by side: all pointers to different rows.
-template <class T>
+template <class T, bool hasFirst>
 void causalStep(const T* x0, const T* x1, const T* y1, const T* y2, T* y, T a0, T a1, T b1, T b2, int count) {
-    const bool hasFirst = a0 != T(0);
-    widevectors::run([=](auto) VORLEN_INLINED_LAMBDA {
-        if (hasFirst)
-            for (int c = 0; c < count; ++c)
-                recur<true>(x0[c], x1[c], y1[c], y2[c], a0, a1, b1, b2, y[c]);
-        else
-            for (int c = 0; c < count; ++c)
-                recur<false>(x0[c], x1[c], y1[c], y2[c], a0, a1, b1, b2, y[c]);
+    widevectors::run([=](auto bytes) VORLEN_INLINED_LAMBDA {
+        const auto step = [=](int c, auto type) VORLEN_INLINED_LAMBDA {
+            typename decltype(type)::type x, before, last, lastButOne, sum;
+            widevectors::load(x, x0 + c);
+            widevectors::load(before, x1 + c);
+            widevectors::load(last, y1 + c);
+            widevectors::load(lastButOne, y2 + c);
+            recur<hasFirst>(x, before, last, lastButOne, a0, a1, b1, b2, sum);
+            widevectors::store(y + c, sum);
+        };
+        using Pack = widevectors::Pack<T, decltype(bytes)::value>;
+        int c = 0;
+        for (; c + Pack::lanes <= count; c += Pack::lanes)
+            step(c, std::type_identity<typename Pack::Type>());
+        for (; c < count; ++c)
+            step(c, std::type_identity<T>());
     });
 }
 
 // A step of the anticausal part, which ends the work on the row x0: the samples ahead, x1 and x2, and the parts ahead,
 // z1 and z2, move on by a row.
-template <class T>
+template <class T, bool hasSecond>
 void anticausalStep(T* x0, const T* y, T* x1, T* x2, T* z1, T* z2, T a2, T a3, T b1, T b2, T scale, int count) {
-    const bool hasSecond = a3 != T(0);
-    widevectors::run([=](auto) VORLEN_INLINED_LAMBDA {
-        const auto step = [=](int c, auto has) VORLEN_INLINED_LAMBDA {
-            T z;
-            recur<decltype(has)::value>(x2[c], x1[c], z1[c], z2[c], a3, a2, b1, b2, z);
-            x2[c] = x1[c];
-            x1[c] = x0[c];
-            z2[c] = z1[c];
-            z1[c] = z;
-            x0[c] = (y[c] + z) * scale;
+    widevectors::run([=](auto bytes) VORLEN_INLINED_LAMBDA {
+        const auto step = [=](int c, auto type) VORLEN_INLINED_LAMBDA {
+            typename decltype(type)::type x, next, nextButOne, last, lastButOne, causal, z;
+            widevectors::load(x, x0 + c);
+            widevectors::load(causal, y + c);
+            widevectors::load(next, x1 + c);
+            widevectors::load(nextButOne, x2 + c);
+            widevectors::load(last, z1 + c);
+            widevectors::load(lastButOne, z2 + c);
+            recur<hasSecond>(nextButOne, next, last, lastButOne, a3, a2, b1, b2, z);
+            causal = (causal + z) * scale;
+            widevectors::store(x0 + c, causal);
+            // The rows two ahead are not needed any more; the callers exchange the pointers.
+            widevectors::store(x2 + c, x);
+            widevectors::store(z2 + c, z);
         };
-        if (hasSecond)
-            for (int c = 0; c < count; ++c)
-                step(c, std::true_type());
-        else
-            for (int c = 0; c < count; ++c)
-                step(c, std::false_type());
+        using Pack = widevectors::Pack<T, decltype(bytes)::value>;
+        int c = 0;
+        for (; c + Pack::lanes <= count; c += Pack::lanes)
+            step(c, std::type_identity<typename Pack::Type>());
+        for (; c < count; ++c)
+            step(c, std::type_identity<T>());
     });
 }
 
@@ -160,7 +175,7 @@ void filterRows(PixelMatrix<T>& matrix, const Coefficients<T>& k) {
 }
 
 // The causal part of a block of columns goes into memory of its own, row by row; the way back up ends each row.
-template <class T>
+template <class T, bool hasFirst, bool hasSecond>
 void filterColumns(PixelMatrix<T>& matrix, const Coefficients<T>& k) {
     constexpr int blockWidth = static_cast<int>(256 / sizeof(T));
     const int rows = matrix.getSize1();
@@ -175,16 +190,28 @@ void filterColumns(PixelMatrix<T>& matrix, const Coefficients<T>& k) {
         const auto y = [&](int i) { return causal.data() + static_cast<std::size_t>(i) * std::size_t(width); };
         std::fill(state.begin(), state.end(), T(0));
         for (int i = 0; i < rows; ++i)
-            causalStep<T>(x(i), i > 0 ? x(i - 1) : zeros, i > 0 ? y(i - 1) : zeros, i > 1 ? y(i - 2) : zeros, y(i),
-                          k.a0, k.a0 == T(0) && i >= 2 ? T(1) : k.a1, k.b1, k.b2, count);
-        T* const x1 = zeros + width;
-        T* const x2 = x1 + width;
-        T* const z1 = x2 + width;
-        T* const z2 = z1 + width;
-        for (int i = rows - 1; i >= 0; --i)
-            anticausalStep<T>(x(i), y(i), x1, x2, z1, z2, k.a3 == T(0) && i < rows - 2 ? T(-1) : k.a2, k.a3, k.b1, k.b2,
-                              k.scale, count);
+            causalStep<T, hasFirst>(x(i), i > 0 ? x(i - 1) : zeros, i > 0 ? y(i - 1) : zeros, i > 1 ? y(i - 2) : zeros,
+                                    y(i), k.a0, !hasFirst && i >= 2 ? T(1) : k.a1, k.b1, k.b2, count);
+        // Samples and parts one and two rows ahead.
+        T* x1 = zeros + width;
+        T* x2 = x1 + width;
+        T* z1 = x2 + width;
+        T* z2 = z1 + width;
+        for (int i = rows - 1; i >= 0; --i) {
+            anticausalStep<T, hasSecond>(x(i), y(i), x1, x2, z1, z2, !hasSecond && i < rows - 2 ? T(-1) : k.a2, k.a3,
+                                         k.b1, k.b2, k.scale, count);
+            std::swap(x1, x2);
+            std::swap(z1, z2);
+        }
     }
+}
+
+template <class T>
+void filterColumns(PixelMatrix<T>& matrix, const Coefficients<T>& k) {
+    if (k.a0 != T(0))
+        k.a3 != T(0) ? filterColumns<T, true, true>(matrix, k) : filterColumns<T, true, false>(matrix, k);
+    else
+        k.a3 != T(0) ? filterColumns<T, false, true>(matrix, k) : filterColumns<T, false, false>(matrix, k);
 }
 
 } // namespace

@@ -26,15 +26,14 @@ void normOfRow(const T* h, const T* v, T* target, int count) {
     });
 }
 
-// Calls keep(i, j, g) for the inner pixels whose norm g is not 0 and clears those for which it is false. Decisions see
-// the norm as it was: rows are replaced when the row behind them has been decided.
-template <class T, class Keep>
-void thin(PixelMatrix<T>& norm, Keep keep) {
+// Calls decide(i, lines, target) for each inner row: lines are the rows before, at and behind i of the norm as they
+// were, target is the row itself, whose inner elements it may clear.
+template <class T, class Decide>
+void thinRows(PixelMatrix<T>& norm, Decide decide) {
     const int rows = norm.getSize1();
     const int columns = norm.getSize2();
     if (rows < 3 || columns < 3)
         return;
-    // Rows i - 1, i and i + 1 of the norm as they were.
     const auto width = static_cast<std::size_t>(columns);
     std::vector<T> kept(2 * width);
     T* before = kept.data();
@@ -44,11 +43,20 @@ void thin(PixelMatrix<T>& norm, Keep keep) {
         T* const target = norm[i].data();
         std::copy_n(target, columns, present);
         const T* const lines[3] = {before, present, norm[i + 1].data()};
-        for (int j = 1; j + 1 < columns; ++j)
-            if (present[j] != T(0) && !keep(i, j, lines))
-                target[j] = T(0);
+        decide(i, lines, target);
         std::swap(before, present);
     }
+}
+
+// The same pixel by pixel: clears those whose norm is not 0 and for which keep(i, j, lines) is false.
+template <class T, class Keep>
+void thinPixels(PixelMatrix<T>& norm, Keep keep) {
+    const int columns = norm.getSize2();
+    thinRows(norm, [&](int i, const T* const* lines, T* target) {
+        for (int j = 1; j + 1 < columns; ++j)
+            if (lines[1][j] != T(0) && !keep(i, j, lines))
+                target[j] = T(0);
+    });
 }
 
 template <class T>
@@ -56,19 +64,36 @@ VORLEN_INLINED int signOf(T value) {
     return value >= T(0) ? 1 : -1;
 }
 
-// The test of the fine thinning for the element at column j of the middle of three rows of the norm.
+// The fine thinning of the inner elements of the middle of three rows of the norm. All neighbours are read and those
+// ahead and behind are chosen among them, so that there are no branches.
 template <class T>
-VORLEN_INLINED bool isFineMaximum(const T* const* lines, int j, T h, T v) {
-    const T g = lines[1][j];
-    const T dx = h / g, dy = v / g;
-    const int sx = signOf(dx), sy = signOf(dy);
-    const T ax = std::abs(dx), ay = std::abs(dy);
-    const T own = (T(1) - ax) * (T(1) - ay), along = ax * (T(1) - ay), across = (T(1) - ax) * ay, diagonal = ax * ay;
-    const T* const ahead = lines[1 + sy];
-    const T* const behind = lines[1 - sy];
-    const T forward = own * g + along * lines[1][j + sx] + across * ahead[j] + diagonal * ahead[j + sx];
-    const T backward = own * g + along * lines[1][j - sx] + across * behind[j] + diagonal * behind[j - sx];
-    return !(forward >= g || backward > g);
+void thinFinely(const T* const* lines, const T* h, const T* v, T* target, int columns) {
+    const T* const above = lines[0];
+    const T* const row = lines[1];
+    const T* const below = lines[2];
+    widevectors::run([=](auto) VORLEN_INLINED_LAMBDA {
+        for (int j = 1; j < columns - 1; ++j) {
+            const T g = row[j];
+            const T dx = h[j] / g, dy = v[j] / g;
+            const bool right = dx >= T(0), down = dy >= T(0);
+            const T ax = std::abs(dx), ay = std::abs(dy);
+            const T left0 = row[j - 1], right0 = row[j + 1];
+            const T up = above[j], upLeft = above[j - 1], upRight = above[j + 1];
+            const T under = below[j], downLeft = below[j - 1], downRight = below[j + 1];
+            const T fh = right ? right0 : left0, rh = right ? left0 : right0;
+            const T fv = down ? under : up, rv = down ? up : under;
+            const T fDown = right ? downRight : downLeft, fUp = right ? upRight : upLeft;
+            const T rDown = right ? downLeft : downRight, rUp = right ? upLeft : upRight;
+            const T fd = down ? fDown : fUp, rd = down ? rUp : rDown;
+            const T own = (T(1) - ax) * (T(1) - ay) * g;
+            const T along = ax * (T(1) - ay), across = (T(1) - ax) * ay, diagonal = ax * ay;
+            const T forward = own + along * fh + across * fv + diagonal * fd;
+            const T backward = own + along * rh + across * rv + diagonal * rd;
+            // A norm of 0 makes everything here NaN, and stays.
+            const T ahead = forward >= g ? T(0) : g;
+            target[j] = backward > g ? T(0) : ahead;
+        }
+    });
 }
 
 } // namespace
@@ -141,7 +166,8 @@ void GradientOperator<T>::fineNonmaxSuppression(PixelMatrix<T>& h, const PixelMa
     const int columns = h.getSize2();
     // The norms of three rows; the row of h is replaced when those of the next have been formed.
     const auto width = static_cast<std::size_t>(columns);
-    std::vector<T> norms(3 * width);
+    std::vector<T> norms(4 * width);
+    T* const thinned = norms.data() + 3 * width;
     T* before = norms.data();
     T* present = before + width;
     T* after = present + width;
@@ -155,12 +181,11 @@ void GradientOperator<T>::fineNonmaxSuppression(PixelMatrix<T>& h, const PixelMa
         if (i == 0 || i + 1 == rows || columns < 3) {
             std::copy_n(present, columns, x);
         } else {
-            const T* const y = v[i].data();
             const T* const lines[3] = {before, present, after};
+            thinFinely<T>(lines, x, v[i].data(), thinned, columns);
             x[0] = present[0];
             x[columns - 1] = present[columns - 1];
-            for (int j = 1; j + 1 < columns; ++j)
-                x[j] = present[j] != T(0) && isFineMaximum<T>(lines, j, x[j], y[j]) ? present[j] : T(0);
+            std::copy_n(thinned + 1, columns - 2, x + 1);
         }
         std::swap(before, present);
         std::swap(present, after);
@@ -172,14 +197,17 @@ void GradientOperator<T>::fineNonmaxSuppression(PixelMatrix<T>& norm, const Pixe
                                                 const PixelMatrix<T>& v) {
     checkSizes(norm, h, "fineNonmaxSuppression");
     checkSizes(norm, v, "fineNonmaxSuppression");
-    thin(norm, [&](int i, int j, const T* const* lines) { return isFineMaximum<T>(lines, j, h[i][j], v[i][j]); });
+    const int columns = norm.getSize2();
+    thinRows(norm, [&](int i, const T* const* lines, T* target) {
+        thinFinely<T>(lines, h[i].data(), v[i].data(), target, columns);
+    });
 }
 
 template <class T>
 void GradientOperator<T>::nonmaxSuppression(PixelMatrix<T>& norm, const PixelMatrix<T>& h, const PixelMatrix<T>& v) {
     checkSizes(norm, h, "nonmaxSuppression");
     checkSizes(norm, v, "nonmaxSuppression");
-    thin(norm, [&](int i, int j, const T* const* lines) {
+    thinPixels(norm, [&](int i, int j, const T* const* lines) {
         const T x = h[i][j], y = v[i][j];
         const int sx = signOf(x), sy = signOf(y);
         const T ax = std::abs(x), ay = std::abs(y);
@@ -198,7 +226,7 @@ template <class T>
 void GradientOperator<T>::nonmaxSuppressionN4(PixelMatrix<T>& norm, const PixelMatrix<T>& h, const PixelMatrix<T>& v) {
     checkSizes(norm, h, "nonmaxSuppressionN4");
     checkSizes(norm, v, "nonmaxSuppressionN4");
-    thin(norm, [&](int i, int j, const T* const* lines) {
+    thinPixels(norm, [&](int i, int j, const T* const* lines) {
         const T x = h[i][j], y = v[i][j];
         const bool horizontal = std::abs(x) >= std::abs(y);
         const int sx = signOf(x), sy = signOf(y);
@@ -212,7 +240,7 @@ template <class T>
 void GradientOperator<T>::nonmaxSuppressionN8(PixelMatrix<T>& norm, const PixelMatrix<T>& h, const PixelMatrix<T>& v) {
     checkSizes(norm, h, "nonmaxSuppressionN8");
     checkSizes(norm, v, "nonmaxSuppressionN8");
-    thin(norm, [&](int i, int j, const T* const* lines) {
+    thinPixels(norm, [&](int i, int j, const T* const* lines) {
         const T x = h[i][j], y = v[i][j];
         const T ax = std::abs(x), ay = std::abs(y);
         int di = 1, dj = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 #include <vector>
 
 /// Medians over a square or cubic window of any half size, by a moving histogram of ranks.
@@ -33,12 +34,11 @@ public:
         __inputRows = block.rows + 2 * __h;
         __inputColumns = block.columns + 2 * __h;
         const int inputPlanes = block.planes + 2 * __planeHalf;
-        __sorted.clear();
+        __values.clear();
         for (int k = 0; k < inputPlanes; ++k)
             for (int i = 0; i < __inputRows; ++i) {
                 const T* const values = source(block.row - __h + i, block.plane - __planeHalf + k) + block.column - __h;
-                for (int j = 0; j < __inputColumns; ++j)
-                    __sorted.push_back({values[j], static_cast<std::uint32_t>(__sorted.size())});
+                __values.insert(__values.end(), values, values + __inputColumns);
             }
         __rank();
         for (int k = 0; k < block.planes; ++k)
@@ -47,11 +47,13 @@ public:
     }
 
 private:
+    // Orders places by a whole number that is in the order of T; a long double stands for itself.
     struct Element {
-        T value;
+        std::conditional_t<(sizeof(T) > 8), T, std::conditional_t<(sizeof(T) > 4), std::uint64_t, std::uint32_t>> key;
         std::uint32_t place;
     };
 
+    void __sort();
     void __rank();
     void __medians(int row, int plane, int columns, T* target);
 
@@ -59,7 +61,9 @@ private:
     int __planeHalf;
     int __inputRows = 0;
     int __inputColumns = 0;
+    std::vector<T> __values; ///< of each place: planes, then rows, then columns
     std::vector<Element> __sorted;
-    std::vector<std::uint32_t> __ranks;  ///< of each place: planes, then rows, then columns
+    std::vector<Element> __spare;
+    std::vector<std::uint32_t> __ranks;  ///< of each place
     std::vector<std::uint64_t> __window; ///< bit r is set when the element of rank r lies in the window
 };

@@ -44,7 +44,7 @@ VORLEN_INLINED void unrolledOver(std::integer_sequence<int, index...>, const Bod
 
 #if defined(__x86_64__)
 template <class Body>
-__attribute__((target("arch=x86-64-v3"))) void runWide(const Body& body) {
+__attribute__((target("arch=x86-64-v3"))) void runWide(const Body body) {
     body(std::integral_constant<int, 32>());
 }
 inline bool hasWide() {
@@ -53,7 +53,7 @@ inline bool hasWide() {
 #endif
 
 template <class Body>
-void runPlain(const Body& body) {
+void runPlain(const Body body) {
     body(std::integral_constant<int, 16>());
 }
 
