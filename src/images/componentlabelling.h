@@ -14,8 +14,7 @@
 ///
 /// One scan finds the runs of elements in each row and joins them with those they touch in the row above and in the
 /// plane before, in a table where each run points at an earlier one of its region (R. E. Tarjan, J. ACM 22, 1975);
-/// a second pass writes the numbers. Work and working memory grow with the number of runs: 12 bytes for each of them,
-/// beside the reading of the matrix.
+/// a second pass writes the numbers. The working memory is a bit for each element and four bytes for each run.
 ///
 /// Decisions. The numbers must fit into T as integers (up to 32767 for short, 2^24 for float); otherwise RangeError is
 /// thrown and the matrix stays as it was. Only the regions count in this, not the runs that turn out to belong
