@@ -19,7 +19,7 @@
 /// be used for one run after the other.
 ///
 /// Decisions. An open curve is closed. A curve that has left the image feels no force there and shrinks until it is
-/// back or has collapsed. A step that fails leaves the curve of the last step.
+/// back or has collapsed. A collapsed snake keeps the curve that was too short to be resampled.
 ///
 /// T is the type of the pixels, U that of the coordinates. Compiled for float with float and double with double.
 template <class T, class U>
