@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <utility>
 
 #include "images/derichegradient.h"
 #include "numerics/exception.h"
@@ -9,28 +11,25 @@
 
 namespace {
 
-// Way from a vertex along its normal, in one sense.
-template <class T, class U>
-class Probe {
-public:
-    Probe(U x, U y, U dx, U dy) : __x(x), __y(y), __dx(dx), __dy(dy) {}
+enum Mark : unsigned char { nothing, edge, outside };
 
-    bool isOpen() const { return __open; }
+// Around the marks of the image lies a frame of marks of the outside, which no step from inside leaps over.
+constexpr int frame = 2;
+constexpr double longestNormal = 1.5;
+
+// A place that moves over the marks.
+template <class U>
+struct Probe {
+    U x, y, dx, dy;
+
+    // Coordinates are truncated, so that those between -1 and 0 lie on the first pixel.
+    unsigned char mark(const unsigned char* first, std::ptrdiff_t stride) const {
+        return first[static_cast<int>(y) * stride + static_cast<int>(x)];
+    }
     void advance() {
-        __x += __dx;
-        __y += __dy;
+        x += dx;
+        y += dy;
     }
-
-    /// Whether there is an edge at this place; closes the way outside the map. Coordinates are truncated, so that those
-    /// between -1 and 0 lie on the first pixel.
-    bool findsEdge(const PixelMatrix<T>& map, U columns, U rows, T threshold) {
-        __open = __open && __x > U(-1) && __y > U(-1) && __x < columns && __y < rows;
-        return __open && map[static_cast<int>(__y)][static_cast<int>(__x)] >= threshold;
-    }
-
-private:
-    U __x, __y, __dx, __dy;
-    bool __open = true;
 };
 
 } // namespace
@@ -38,7 +37,8 @@ private:
 template <class T, class U>
 void Snake<T, U>::setConfig(const SnakeConfig& config, bool updateGradient) {
     if (updateGradient && __imageMatrix && __gradNorm && config.getAlpha() != __config.getAlpha())
-        __gradNorm = __edgeMap(config.getAlpha());
+        __setGradNorm(config.getAlpha());
+    __marksAreUpToDate = __marksAreUpToDate && config.getGradThreshold() == __config.getGradThreshold();
     __config = config;
 }
 
@@ -107,8 +107,7 @@ void Snake<T, U>::computeNewPositions() {
         x[i] = __curve[i][0] + __forces[i][0];
         y[i] = __curve[i][1] + __forces[i][1];
     }
-    SquareMatrix<U>::cyclicTridiagSolve(x, diagonal, neighbours, neighbours, -r[0], -r[0]);
-    SquareMatrix<U>::cyclicTridiagSolve(y, diagonal, neighbours, neighbours, -r[0], -r[0]);
+    SquareMatrix<U>::cyclicTridiagSolve(x, y, diagonal, neighbours, neighbours, -r[0], -r[0]);
     for (int i = 0; i < n; ++i) {
         __curve[i][0] = x[i];
         __curve[i][1] = y[i];
@@ -131,11 +130,11 @@ void Snake<T, U>::resampleCurve() {
 
 template <class T, class U>
 void Snake<T, U>::computeGradient() {
-    __gradNorm = __edgeMap(__config.getAlpha());
+    __setGradNorm(__config.getAlpha());
 }
 
 template <class T, class U>
-std::unique_ptr<PixelMatrix<T>> Snake<T, U>::__edgeMap(float alpha) const {
+void Snake<T, U>::__setGradNorm(float alpha) {
     if (!__imageMatrix || __imageMatrix->getSize1() == 0 || __imageMatrix->getSize2() == 0)
         throw UsageError("void Snake::computeGradient()", "The snake has no image");
     DericheGradient<T> gradient(alpha);
@@ -144,40 +143,86 @@ std::unique_ptr<PixelMatrix<T>> Snake<T, U>::__edgeMap(float alpha) const {
     gradient.hGradient(*edges);
     gradient.vGradient(vertical);
     gradient.fineNonmaxSuppression(*edges, vertical);
-    return edges;
+    __gradNorm = std::move(edges);
+    __marksAreUpToDate = false;
+}
+
+template <class T, class U>
+void Snake<T, U>::__markEdges() {
+    const int rows = __gradNorm->getSize1(), columns = __gradNorm->getSize2();
+    const auto threshold = static_cast<T>(__config.getGradThreshold());
+    const std::size_t stride = static_cast<std::size_t>(columns) + 2 * frame;
+    __marks.assign((static_cast<std::size_t>(rows) + 2 * frame) * stride, outside);
+    for (int i = 0; i < rows; ++i) {
+        const T* const values = (*__gradNorm)[i].data();
+        unsigned char* const marks = __marks.data() + (static_cast<std::size_t>(i) + frame) * stride + frame;
+        for (int j = 0; j < columns; ++j)
+            marks[j] = values[j] >= threshold ? edge : nothing;
+    }
+    __marksAreUpToDate = true;
 }
 
 template <class T, class U>
 Vector<U> Snake<T, U>::computeForce(const Vector<U>& position, const Vector<U>& normal) {
+    const char* const where = "Vector<U> Snake::computeForce(...)";
     if (!__gradNorm)
-        throw UsageError("Vector<U> Snake::computeForce(...)", "The snake has no edge map");
-    const auto columns = static_cast<U>(__gradNorm->getSize2()), rows = static_cast<U>(__gradNorm->getSize1());
-    const auto threshold = static_cast<T>(__config.getGradThreshold());
+        throw UsageError(where, "The snake has no edge map");
+    if (!(std::abs(normal[0]) <= U(longestNormal) && std::abs(normal[1]) <= U(longestNormal)))
+        throw ValueError(where, "The normal is not of unit length");
+    if (!__marksAreUpToDate)
+        __markEdges();
+    const int rows = __gradNorm->getSize1(), columns = __gradNorm->getSize2();
+    const std::ptrdiff_t stride = std::ptrdiff_t(columns) + 2 * frame;
+    const unsigned char* const marks = __marks.data() + frame * stride + frame;
+    const auto isInside = [width = static_cast<U>(columns), height = static_cast<U>(rows)](const Probe<U>& probe) {
+        return probe.x > U(-1) && probe.y > U(-1) && probe.x < width && probe.y < height;
+    };
     const int distance = std::max(__config.getDistance(), 0);
-    // A unit normal is outside after so many steps; one that is null stays where it is.
-    const int furthest = std::min<long long>(distance, 2LL + __gradNorm->getSize1() + __gradNorm->getSize2());
+    // A unit normal leads outside in so many steps; one that is null stays where it is.
+    const auto furthest = static_cast<int>(std::min<long long>(distance, 2LL + rows + columns));
 
     Vector<U> force(2);
     force.setZeros();
-    Probe<T, U> forward(position[0], position[1], normal[0], normal[1]);
-    Probe<T, U> backward(position[0], position[1], -normal[0], -normal[1]);
-    for (int k = 0; k < furthest && (forward.isOpen() || backward.isOpen()); ++k) {
-        const bool ahead = forward.findsEdge(*__gradNorm, columns, rows, threshold);
-        const bool behind = k > 0 && backward.findsEdge(*__gradNorm, columns, rows, threshold);
-        if (ahead || behind) {
-            if (ahead != behind && k > 0) {
-                const U sign = ahead ? U(0.5) : U(-0.5);
-                force[0] = sign * normal[0];
-                force[1] = sign * normal[1];
-            }
-            __dataDistance += static_cast<float>(k);
-            return force;
+    const auto draw = [&](int steps, U factor) {
+        __dataDistance += static_cast<float>(steps);
+        if (factor != U(0)) {
+            force[0] = factor * normal[0];
+            force[1] = factor * normal[1];
+        }
+        return force;
+    };
+    Probe<U> forward{position[0], position[1], normal[0], normal[1]};
+    Probe<U> backward{position[0], position[1], -normal[0], -normal[1]};
+    bool forwardIsOpen = isInside(forward);
+    if (forwardIsOpen && furthest > 0 && forward.mark(marks, stride) == edge)
+        return force;
+    forward.advance();
+    backward.advance();
+    bool backwardIsOpen = isInside(backward);
+    int k = 1;
+    for (; k < furthest && forwardIsOpen && backwardIsOpen; ++k) {
+        const unsigned char ahead = forward.mark(marks, stride), behind = backward.mark(marks, stride);
+        if ((ahead | behind) != nothing) {
+            if (ahead == edge || behind == edge)
+                return draw(k, ahead == behind ? U(0) : ahead == edge ? U(0.5) : U(-0.5));
+            forwardIsOpen = ahead != outside;
+            backwardIsOpen = behind != outside;
         }
         forward.advance();
         backward.advance();
     }
-    __dataDistance += static_cast<float>(distance);
-    return force;
+    if (forwardIsOpen != backwardIsOpen) {
+        Probe<U>& remaining = forwardIsOpen ? forward : backward;
+        for (; k < furthest; ++k) {
+            const unsigned char mark = remaining.mark(marks, stride);
+            if (mark == edge)
+                return draw(k, forwardIsOpen ? U(0.5) : U(-0.5));
+            if (mark == outside)
+                break;
+            remaining.advance();
+        }
+    }
+    return draw(distance, U(0));
 }
 
 template <class T, class U>

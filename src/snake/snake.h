@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "images/pixelmatrix.h"
 #include "numerics/vector.h"
@@ -77,7 +78,8 @@ public:
     /// Half the unit normal, in the sense in which an edge is nearer, and null when there is none within the distance
     /// of the configuration and the image, when both are equally far, and on an edge. The distance to that edge is
     /// added to the sum that becomes getDataDistance(). Both senses are searched in turn, so that the cost is that of
-    /// the nearer edge.
+    /// the nearer edge. Throws UsageError without an edge map, ValueError when the normal is longer than one of unit
+    /// length can be by rounding, or not a number.
     Vector<U> computeForce(const Vector<U>& position, const Vector<U>& normal);
 
     /// Makes room for a weight for each vertex.
@@ -87,11 +89,14 @@ public:
     float getDataDistance() const { return __dataDistance; }
 
 private:
-    std::unique_ptr<PixelMatrix<T>> __edgeMap(float alpha) const;
+    void __setGradNorm(float alpha);
+    void __markEdges();
 
     SnakeConfig __config;
     const PixelMatrix<T>* __imageMatrix = nullptr;
     std::unique_ptr<PixelMatrix<T>> __gradNorm;
+    std::vector<unsigned char> __marks; // where the edge map reaches the threshold
+    bool __marksAreUpToDate = false;
     Curve<U> __curve;
     Vertices<U> __forces;
     Vector<U> __regularizations;
