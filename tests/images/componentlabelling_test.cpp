@@ -10,8 +10,8 @@
 
 #include "images/pixelmatrix.h"
 #include "images/voxelmatrix.h"
-#include "progress/recordingmonitor.h"
 #include "support/failures.h"
+#include "support/recordingmonitor.h"
 #include "support/volumes.h"
 
 namespace {

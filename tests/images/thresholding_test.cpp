@@ -11,8 +11,8 @@
 #include "images/isodatathresholding.h"
 #include "images/pixelmatrix.h"
 #include "images/voxelmatrix.h"
-#include "progress/recordingmonitor.h"
 #include "support/failures.h"
+#include "support/recordingmonitor.h"
 #include "support/vectors.h"
 #include "support/volumes.h"
 

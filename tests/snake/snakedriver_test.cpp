@@ -8,10 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include "progress/recordingmonitor.h"
 #include "snake/drawnshapes.h"
 #include "snake/snake.h"
 #include "support/failures.h"
+#include "support/recordingmonitor.h"
 
 namespace {
 
