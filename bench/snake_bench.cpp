@@ -1,5 +1,8 @@
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <map>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -24,8 +27,8 @@ double wavyRadius(double angle, int side) {
 }
 
 const Scene& scene(int side) {
-    static std::vector<Scene> scenes(4096);
-    Scene& made = scenes[std::size_t(side)];
+    static std::map<int, Scene> scenes;
+    Scene& made = scenes[side];
     if (made.image.getSize1() > 0)
         return made;
     made.image.setSize(side, side);

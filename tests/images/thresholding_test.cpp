@@ -120,7 +120,7 @@ TEST(IsodataThresholding, findsTheThresholdOfHandMadeHistograms) {
     EXPECT_EQ(isodata.computeThreshold(vectorOf({1000u, 99u, 1u})), 1u);
 }
 
-// The iteration as it is told, on sums over the bins: t becomes the mean of the two means, and never leaves the class
+// The iteration on sums over the bins, anew each time: t becomes the mean of the two means, and never leaves the class
 // below empty.
 TEST(IsodataThresholding, agreesWithTheIterationOnPlainSums) {
     std::mt19937 engine(11);

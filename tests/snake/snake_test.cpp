@@ -14,13 +14,13 @@
 
 namespace {
 
-struct ToldForce {
+struct PlainForce {
     double x, y, distance;
 };
 
-// Both searches to their ends, as they are told.
-ToldForce toldForce(const PixelMatrix<double>& map, const SnakeConfig& config, double x, double y, double nx,
-                    double ny) {
+// Both searches to their ends, one after the other.
+PlainForce plainForce(const PixelMatrix<double>& map, const SnakeConfig& config, double x, double y, double nx,
+                      double ny) {
     const int distance = config.getDistance();
     const auto search = [&](double qx, double qy, double dx, double dy, int k) {
         for (; k < distance; ++k, qx += dx, qy += dy) {
@@ -133,13 +133,13 @@ TEST(Snake, drawsAVertexTowardsTheNearestEdgeOnItsNormal) {
                 const double a = angle(engine);
                 for (const Vector<double>& normal :
                      {normals[k], vectorOf({std::cos(a), std::sin(a)}), vectorOf({0.0, 0.0})}) {
-                    const ToldForce told =
-                        toldForce(*snake.getGradNorm(), config, curve[k][0], curve[k][1], normal[0], normal[1]);
+                    const PlainForce plain =
+                        plainForce(*snake.getGradNorm(), config, curve[k][0], curve[k][1], normal[0], normal[1]);
                     const Vector<double> force = snake.computeForce(curve[k], normal);
-                    EXPECT_EQ(force, vectorOf({told.x, told.y})) << threshold << " " << distance << " " << k;
-                    drawn += told.x != 0.0;
+                    EXPECT_EQ(force, vectorOf({plain.x, plain.y})) << threshold << " " << distance << " " << k;
+                    drawn += plain.x != 0.0;
                 }
-                sum += toldForce(*snake.getGradNorm(), config, curve[k][0], curve[k][1], normals[k][0], normals[k][1])
+                sum += plainForce(*snake.getGradNorm(), config, curve[k][0], curve[k][1], normals[k][0], normals[k][1])
                            .distance;
             }
             snake.computeForces(); // takes the mean anew

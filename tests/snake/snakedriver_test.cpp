@@ -89,63 +89,63 @@ TYPED_TEST(SnakeDriverOf, findsTheBorderOfANoisyEllipse) {
         }
 }
 
-// The whole loop as it is told, on a snake of its own: the same reports, the same parameters, the same curve.
-TEST(SnakeDriver, repeatsStepsAndAdaptsAsTold) {
+// The whole loop step by step, on a snake of its own: the same reports, the same parameters, the same curve.
+TEST(SnakeDriver, repeatsStepsAdaptsAndReports) {
     const PixelMatrix<double> image = drawEllipse<double>(140, 160, disc, 8.0);
     bool converged = false, adapted = false;
     for (const bool adaptive : {false, true})
         for (const int maximum : {0, 1, 49, 99, 100, 130, 600}) {
-            Snake<double, double> snake, told;
+            Snake<double, double> snake, byHand;
             SnakeConfig config = configOf(12.0f, 2.5f, adaptive);
             config.setAlpha(1.3f);
             prepare(snake, image, config, {83.0, 67.0, 40.0, 36.0});
-            prepare(told, image, config, {83.0, 67.0, 40.0, 36.0});
+            prepare(byHand, image, config, {83.0, 67.0, 40.0, 36.0});
 
             std::vector<std::string> heard = {"started Starting snake"};
-            bool toldConverged = false;
+            bool byHandConverged = false;
             float currentAlpha = config.getAlpha(), lastDistance = 0.0f;
             std::vector<double> sizes, previous(50, 0.0);
             SnakeDriver<double, double> driver;
-            for (int i = 1; i <= maximum && !toldConverged; ++i) {
-                told.runStep();
+            for (int i = 1; i <= maximum && !byHandConverged; ++i) {
+                byHand.runStep();
                 heard.push_back(std::to_string(i) + "/" + std::to_string(maximum));
-                if (i > 1 && adaptive && told.getDataDistance() > lastDistance) {
+                if (i > 1 && adaptive && byHand.getDataDistance() > lastDistance) {
                     driver.updateConfig(config);
                     const bool renew = std::abs(currentAlpha - config.getAlpha()) >= 0.1f;
-                    told.setConfig(config, renew);
+                    byHand.setConfig(config, renew);
                     if (renew) {
                         adapted = true;
                         currentAlpha = config.getAlpha();
                         heard.insert(heard.end(), {"text Updating gradient image", "text Gradient image updated"});
                     }
                 }
-                lastDistance = told.getDataDistance();
-                sizes.push_back(told.getCurve().getSize());
+                lastDistance = byHand.getDataDistance();
+                sizes.push_back(byHand.getCurve().getSize());
                 if (sizes.size() == 50) {
                     double mean = 0.0, variance = 0.0;
                     for (int k = 0; k < 50; ++k)
                         mean += (previous[k] - sizes[k]) / 50.0;
                     for (int k = 0; k < 50; ++k)
                         variance += std::pow(previous[k] - sizes[k] - mean, 2.0) / 50.0;
-                    toldConverged = std::abs(mean) / std::sqrt(variance / 50.0) < 1.96;
+                    byHandConverged = std::abs(mean) / std::sqrt(variance / 50.0) < 1.96;
                     previous.swap(sizes);
                     sizes.clear();
                 }
             }
-            heard.push_back(toldConverged ? "finished The snake has converged"
-                                          : "finished The snake has not converged");
+            heard.push_back(byHandConverged ? "finished The snake has converged"
+                                            : "finished The snake has not converged");
 
             RecordingMonitor monitor;
             driver.addMonitor(monitor);
-            EXPECT_EQ(driver.run(snake, maximum), toldConverged);
+            EXPECT_EQ(driver.run(snake, maximum), byHandConverged);
             EXPECT_EQ(monitor.heard, heard);
             EXPECT_EQ(snake.getConfig().getAlpha(), config.getAlpha());
             EXPECT_EQ(snake.getConfig().getRegMax(), config.getRegMax());
             EXPECT_EQ(snake.getConfig().getRegMin(), config.getRegMin());
-            ASSERT_EQ(snake.getCurve().getSize(), told.getCurve().getSize());
-            for (int k = 0; k < told.getCurve().getSize(); ++k)
-                ASSERT_EQ(snake.getCurve()[k], told.getCurve()[k]);
-            converged = converged || toldConverged;
+            ASSERT_EQ(snake.getCurve().getSize(), byHand.getCurve().getSize());
+            for (int k = 0; k < byHand.getCurve().getSize(); ++k)
+                ASSERT_EQ(snake.getCurve()[k], byHand.getCurve()[k]);
+            converged = converged || byHandConverged;
         }
     EXPECT_TRUE(converged);
     EXPECT_TRUE(adapted);
