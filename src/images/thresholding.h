@@ -53,8 +53,8 @@ public:
     /// with a vertex there.
     ///
     /// Throws RangeError for a start outside the matrix, and ValueError when it is no foreground or when the walk
-    /// comes into a loop that the start does not lie on, as from the centre of a plus sign; SizeError when the curve has
-    /// vertices of another dimension than 2. The curve is then as it was.
+    /// comes into a loop that the start does not lie on, as from the centre of a plus sign; SizeError when the curve
+    /// has vertices of another dimension than 2. The curve is then as it was.
     void extractCurve(Curve<int>& curve, int row, int column, const PixelMatrix<T>& matrix, int tolerance) const;
 
 private:
