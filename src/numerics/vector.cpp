@@ -1029,8 +1029,34 @@ template class Vector<unsigned int>;
 template class Vector<float>;
 template class Vector<double>;
 template class Vector<long double>;
-template class Vector<Model*>;
-template class Vector<Vertices<int>*>;
+// Pointers: member by member, since some compilers try the operations for numbers too when the class is instantiated.
+#define VORLEN_VECTOR_OF_POINTERS(P)                                                                                   \
+    template void Vector<P>::swap(Vector<P>&);                                                                         \
+    template void Vector<P>::fill(P);                                                                                  \
+    template void Vector<P>::apply(P (*)(P));                                                                          \
+    template Vector<P> Vector<P>::copy(int, int) const;                                                                \
+    template void Vector<P>::paste(int, const Vector<P>&);                                                             \
+    template void Vector<P>::append(const Vector<P>&);                                                                 \
+    template void Vector<P>::prepend(const Vector<P>&);                                                                \
+    template P Vector<P>::min() const;                                                                                 \
+    template P Vector<P>::max() const;                                                                                 \
+    template Vector<P> Vector<P>::range() const;                                                                       \
+    template int Vector<P>::find(P const&) const;                                                                      \
+    template int Vector<P>::minPos() const;                                                                            \
+    template int Vector<P>::maxPos() const;                                                                            \
+    template P Vector<P>::percentile(float) const;                                                                     \
+    template void Vector<P>::sort();                                                                                   \
+    template void Vector<P>::reverse();                                                                                \
+    template bool Vector<P>::isIncreasing() const;                                                                     \
+    template bool Vector<P>::isDecreasing() const;                                                                     \
+    template bool Vector<P>::isSymmetrical() const;                                                                    \
+    template bool Vector<P>::operator==(const Vector<P>&) const;                                                       \
+    template bool Vector<P>::operator!=(const Vector<P>&) const;                                                       \
+    template void Vector<P>::__resize(int)
+
+VORLEN_VECTOR_OF_POINTERS(Model*);
+VORLEN_VECTOR_OF_POINTERS(Vertices<int>*);
+#undef VORLEN_VECTOR_OF_POINTERS
 
 template Vector<int> Vector<int>::toType<int>() const;
 template Vector<float> Vector<int>::toType<float>() const;
