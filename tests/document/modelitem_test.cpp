@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "document/documentmaker.h"
+#include "support/documentmaker.h"
 #include "numerics/exception.h"
 
 namespace {

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "document/documentmaker.h"
+#include "support/documentmaker.h"
 #include "document/stacksliceselectioninfo.h"
 
 namespace {

@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "document/documentmaker.h"
-#include "document/fixedsource.h"
+#include "support/documentmaker.h"
+#include "support/fixedsource.h"
 #include "images/image.h"
 #include "images/imagesourcefile.h"
 #include "images/voxelmatrix.h"

@@ -239,15 +239,15 @@ TEST(StackReader, unknownWordsAreInvalidArgumentsAndChangeNothing) {
 }
 
 TEST(StackReader, itemsGoToTheirModelAndSliceAndTurnCounterClockwise) {
-    const Read read(item + "MODELITEMDATA\n 0,0 0,10\n 10,10 -5,+7;\n");
+    const Read read(item + "MODELITEMDATA\n 0,0 0,10\n 10,10 +7,-5;\n");
     EXPECT_TRUE(read.log().empty());
     ASSERT_EQ(read.stack.getSlice(0).getNumItems(), 1);
     EXPECT_EQ(&read.stack.getSlice(0).getItem(0), &read.item());
     EXPECT_EQ(read.item().getModel(), &read.stack.getModel(0));
     EXPECT_FALSE(read.item().isClockwise());
     // The shoelace sum of the file's order is negative, so the order is reversed.
-    EXPECT_EQ(read.item().getVertices()[0][0], -5);
-    EXPECT_EQ(read.item().getVertices()[0][1], 7);
+    EXPECT_EQ(read.item().getVertices()[0][0], 7);
+    EXPECT_EQ(read.item().getVertices()[0][1], -5);
     EXPECT_EQ(read.item().getVertices()[3][0], 0);
 }
 
@@ -309,7 +309,7 @@ TEST(StackReader, aLoneSemicolonEndsTheReading) {
 }
 
 TEST(StackReader, aMissingSemicolonSwallowsTheNextLine) {
-    const Read read("STACK \"x\"\nLengthUnitScale -3;\nANY;\n");
+    const Read read("STACK x\nLengthUnitScale -3;\nANY;\n");
     ASSERT_EQ(read.log().size(), 2u);
     EXPECT_EQ(read.log()[0], "Error on STACK: invalid number of arguments.");
     EXPECT_EQ(read.stack.getLengthUnit().getScale(), -6);
