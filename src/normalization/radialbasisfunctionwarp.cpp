@@ -1,0 +1,150 @@
+#include "normalization/radialbasisfunctionwarp.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "numerics/exception.h"
+#include "numerics/rowkernels.h"
+#include "numerics/squarematrix.h"
+#include "shapes/shape.h"
+#include "shapes/shapearithmetic.h"
+
+namespace {
+
+constexpr int maxControlPoints = 20000;
+
+// Kernels worked out before they meet their weights: stays in the first cache.
+constexpr int blockSize = 256;
+
+} // namespace
+
+template <class T>
+RadialBasisFunctionWarp<T>::Points::Points(const Matrix<T>& coordinates) : space(coordinates.getSize1()) {
+    for (int a = 0; a < space; ++a) {
+        axes.push_back(coordinates[a].data());
+    }
+}
+
+template <class T>
+void RadialBasisFunctionWarp<T>::kernelValues(const Points& points, const Vector<T>& v, int first, int count,
+                                              T* values) const {
+    Vector<T> point((unsigned int)(points.space));
+    for (int k = 0; k < count; ++k) {
+        for (int a = 0; a < points.space; ++a) {
+            point[a] = points.axes[a][first + k];
+        }
+        values[k] = rbf(v, point);
+    }
+}
+
+template <class T>
+void RadialBasisFunctionWarp<T>::fit(const Shape<T>& moving, const Shape<T>& target) {
+    const char* const where = "void RadialBasisFunctionWarp<T>::fit(const Shape<T>&, const Shape<T>&)";
+    using Wide = WideCoordinate<T>;
+    ShapeWarp<T>::checkCorrespondence(moving, target, where);
+    const int n = moving.getSize();
+    const int d = moving.getSpace();
+    const int q = n + d + 1;
+    if (n > maxControlPoints) {
+        throw SizeError(where, "Too many control points");
+    }
+
+    Matrix<T> controlPoints((unsigned int)d, (unsigned int)n);
+    std::vector<Vector<Wide>> solutions(std::size_t(d), Vector<Wide>((unsigned int)q));
+    for (Vector<Wide>& solution : solutions) {
+        solution.setZeros();
+    }
+    int rank = 0;
+    ConstVertexIterator<T> to(target);
+    for (ConstVertexIterator<T> from(moving); from.current(); ++from, ++to, ++rank) {
+        for (int a = 0; a < d; ++a) {
+            controlPoints(a, rank) = (*from.current())[a];
+            solutions[a][rank] = Wide((*to.current())[a]) - Wide((*from.current())[a]);
+        }
+    }
+
+    SquareMatrix<Wide> system((unsigned int)q);
+    system.fill(Wide(0));
+    const Points points(controlPoints);
+    Vector<T> point((unsigned int)d);
+    std::vector<T> kernels((std::size_t(n)));
+    Wide greatest = 1; // of the constant part
+    for (int k = 0; k < n; ++k) {
+        for (int a = 0; a < d; ++a) {
+            point[a] = controlPoints(a, k);
+        }
+        kernelValues(points, point, 0, n, kernels.data());
+        kernels[k] = T(0);
+        Wide* const row = system[k].data();
+        std::copy_n(kernels.data(), n, row);
+        std::copy_n(point.data(), d, row + n);
+        row[n + d] = Wide(1);
+        for (int l = 0; l < n + d; ++l) {
+            greatest = std::max(greatest, std::abs(row[l]));
+        }
+    }
+    for (int a = 0; a < d; ++a) {
+        std::copy_n(controlPoints[a].data(), n, system[n + a].data());
+    }
+    std::fill_n(system[n + d].data(), n, Wide(1));
+
+    try {
+        Vector<int> index;
+        system.luDecomp(index, std::numeric_limits<Wide>::epsilon() * Wide(q) * greatest);
+        for (Vector<Wide>& solution : solutions) {
+            system.luSolve(solution, index);
+        }
+    } catch (Exception& exception) {
+        exception.addCall(where);
+        throw;
+    }
+
+    Matrix<T> weights((unsigned int)d, (unsigned int)q);
+    for (int a = 0; a < d; ++a) {
+        std::copy_n(solutions[a].data(), q, weights[a].data());
+    }
+    __controlPoints.swap(controlPoints);
+    __weights.swap(weights);
+}
+
+template <class T>
+void RadialBasisFunctionWarp<T>::apply(Vector<T>& v) const {
+    v += eval(v);
+}
+
+template <class T>
+Vector<T> RadialBasisFunctionWarp<T>::eval(const Vector<T>& v) const {
+    const int n = __controlPoints.getSize2();
+    const int d = __controlPoints.getSize1();
+    Vector<T> displacement((unsigned int)(v.getSize()));
+    displacement.setZeros();
+    if (d == 0) {
+        return displacement;
+    }
+    if (v.getSize() != d) {
+        throw SizeError("Vector<T> RadialBasisFunctionWarp<T>::eval(const Vector<T>&) const",
+                        "Incompatible vector dimensions");
+    }
+    const Points points(__controlPoints);
+    T kernels[blockSize];
+    for (int first = 0; first < n; first += blockSize) {
+        const int count = std::min(blockSize, n - first);
+        kernelValues(points, v, first, count, kernels);
+        for (int j = 0; j < d; ++j) {
+            displacement[j] += rowkernels::dot(__weights[j].data() + first, kernels, count);
+        }
+    }
+    for (int j = 0; j < d; ++j) {
+        const T* const affine = __weights[j].data() + n;
+        for (int m = 0; m < d; ++m) {
+            displacement[j] += affine[m] * v[m];
+        }
+        displacement[j] += affine[d];
+    }
+    return displacement;
+}
+
+template class RadialBasisFunctionWarp<float>;
+template class RadialBasisFunctionWarp<double>;
+template class RadialBasisFunctionWarp<long double>;
