@@ -8,7 +8,6 @@
 #include "numerics/rowkernels.h"
 #include "numerics/squarematrix.h"
 #include "shapes/shape.h"
-#include "shapes/shapearithmetic.h"
 
 namespace {
 
@@ -20,28 +19,29 @@ constexpr int blockSize = 256;
 } // namespace
 
 template <class T>
-RadialBasisFunctionWarp<T>::Points::Points(const Matrix<T>& coordinates) : space(coordinates.getSize1()) {
+RadialBasisFunctionWarp<T>::Points::Points(const Matrix<Wide>& coordinates) : space(coordinates.getSize1()) {
     for (int a = 0; a < space; ++a) {
         axes.push_back(coordinates[a].data());
     }
 }
 
 template <class T>
-void RadialBasisFunctionWarp<T>::kernelValues(const Points& points, const Vector<T>& v, int first, int count,
-                                              T* values) const {
+void RadialBasisFunctionWarp<T>::kernelValues(const Points& points, const Wide* v, int first, int count,
+                                              Wide* values) const {
+    Vector<T> origin((unsigned int)(points.space));
     Vector<T> point((unsigned int)(points.space));
+    std::copy_n(v, points.space, origin.data());
     for (int k = 0; k < count; ++k) {
         for (int a = 0; a < points.space; ++a) {
-            point[a] = points.axes[a][first + k];
+            point[a] = T(points.axes[a][first + k]);
         }
-        values[k] = rbf(v, point);
+        values[k] = rbf(origin, point);
     }
 }
 
 template <class T>
 void RadialBasisFunctionWarp<T>::fit(const Shape<T>& moving, const Shape<T>& target) {
     const char* const where = "void RadialBasisFunctionWarp<T>::fit(const Shape<T>&, const Shape<T>&)";
-    using Wide = WideCoordinate<T>;
     ShapeWarp<T>::checkCorrespondence(moving, target, where);
     const int n = moving.getSize();
     const int d = moving.getSpace();
@@ -50,7 +50,7 @@ void RadialBasisFunctionWarp<T>::fit(const Shape<T>& moving, const Shape<T>& tar
         throw SizeError(where, "Too many control points");
     }
 
-    Matrix<T> controlPoints((unsigned int)d, (unsigned int)n);
+    Matrix<Wide> controlPoints((unsigned int)d, (unsigned int)n);
     std::vector<Vector<Wide>> solutions(std::size_t(d), Vector<Wide>((unsigned int)q));
     for (Vector<Wide>& solution : solutions) {
         solution.setZeros();
@@ -67,17 +67,15 @@ void RadialBasisFunctionWarp<T>::fit(const Shape<T>& moving, const Shape<T>& tar
     SquareMatrix<Wide> system((unsigned int)q);
     system.fill(Wide(0));
     const Points points(controlPoints);
-    Vector<T> point((unsigned int)d);
-    std::vector<T> kernels((std::size_t(n)));
+    Vector<Wide> point((unsigned int)d);
     Wide greatest = 1; // of the constant part
     for (int k = 0; k < n; ++k) {
         for (int a = 0; a < d; ++a) {
             point[a] = controlPoints(a, k);
         }
-        kernelValues(points, point, 0, n, kernels.data());
-        kernels[k] = T(0);
         Wide* const row = system[k].data();
-        std::copy_n(kernels.data(), n, row);
+        kernelValues(points, point.data(), 0, n, row);
+        row[k] = Wide(0);
         std::copy_n(point.data(), d, row + n);
         row[n + d] = Wide(1);
         for (int l = 0; l < n + d; ++l) {
@@ -100,7 +98,7 @@ void RadialBasisFunctionWarp<T>::fit(const Shape<T>& moving, const Shape<T>& tar
         throw;
     }
 
-    Matrix<T> weights((unsigned int)d, (unsigned int)q);
+    Matrix<Wide> weights((unsigned int)d, (unsigned int)q);
     for (int a = 0; a < d; ++a) {
         std::copy_n(solutions[a].data(), q, weights[a].data());
     }
@@ -126,21 +124,26 @@ Vector<T> RadialBasisFunctionWarp<T>::eval(const Vector<T>& v) const {
         throw SizeError("Vector<T> RadialBasisFunctionWarp<T>::eval(const Vector<T>&) const",
                         "Incompatible vector dimensions");
     }
+    const Vector<Wide> point = v.template toType<Wide>();
+    Vector<Wide> sum((unsigned int)d);
+    for (int j = 0; j < d; ++j) {
+        const Wide* const affine = __weights[j].data() + n;
+        sum[j] = affine[d];
+        for (int m = 0; m < d; ++m) {
+            sum[j] += affine[m] * point[m];
+        }
+    }
     const Points points(__controlPoints);
-    T kernels[blockSize];
+    Wide kernels[blockSize];
     for (int first = 0; first < n; first += blockSize) {
         const int count = std::min(blockSize, n - first);
-        kernelValues(points, v, first, count, kernels);
+        kernelValues(points, point.data(), first, count, kernels);
         for (int j = 0; j < d; ++j) {
-            displacement[j] += rowkernels::dot(__weights[j].data() + first, kernels, count);
+            sum[j] += rowkernels::dot(__weights[j].data() + first, kernels, count);
         }
     }
     for (int j = 0; j < d; ++j) {
-        const T* const affine = __weights[j].data() + n;
-        for (int m = 0; m < d; ++m) {
-            displacement[j] += affine[m] * v[m];
-        }
-        displacement[j] += affine[d];
+        displacement[j] = T(sum[j]);
     }
     return displacement;
 }

@@ -53,11 +53,6 @@ VORLEN_INLINE void distancesBody(const T* const* axes, int space, const T* v, in
 
 namespace radialkernels {
 
-VORLEN_WIDE void squareDistances(const float* const* axes, int space, const float* v, int first, int count,
-                                 float* squares) {
-    squareDistancesBody(axes, space, v, first, count, squares);
-}
-
 VORLEN_WIDE void squareDistances(const double* const* axes, int space, const double* v, int first, int count,
                                  double* squares) {
     squareDistancesBody(axes, space, v, first, count, squares);
@@ -66,11 +61,6 @@ VORLEN_WIDE void squareDistances(const double* const* axes, int space, const dou
 void squareDistances(const long double* const* axes, int space, const long double* v, int first, int count,
                      long double* squares) {
     squareDistancesBody(axes, space, v, first, count, squares);
-}
-
-VORLEN_WIDE void distances(const float* const* axes, int space, const float* v, int first, int count,
-                           float* distances) {
-    distancesBody(axes, space, v, first, count, distances);
 }
 
 VORLEN_WIDE void distances(const double* const* axes, int space, const double* v, int first, int count,

@@ -3,6 +3,9 @@
 #include "normalization/radialbasisfunctionwarp.h"
 
 /// Thin-plate spline of the plane: the warp of least bending energy through the control points. Kernel r^2 ln r^2.
+///
+/// Points nearer than the root of Vector<T>::epsilon() count as coincident in the kernel, 0.001 for float: coordinates
+/// belong in a unit in which neighbouring control points are further apart.
 template <class T>
 class ThinPlateSplineWarp2D : public RadialBasisFunctionWarp<T> {
 public:
@@ -10,11 +13,12 @@ public:
     T rbf(const Vector<T>& a, const Vector<T>& b) const override;
 
 protected:
+    using Wide = typename RadialBasisFunctionWarp<T>::Wide;
     using Points = typename RadialBasisFunctionWarp<T>::Points;
-    void kernelValues(const Points& points, const Vector<T>& v, int first, int count, T* values) const override;
+    void kernelValues(const Points& points, const Wide* v, int first, int count, Wide* values) const override;
 
 private:
-    T __kernel(T squareDistance) const;
+    Wide __kernel(Wide squareDistance) const;
 
     T __epsilon = Vector<T>::epsilon();
 };

@@ -8,9 +8,9 @@ T ThinPlateSplineWarp3D<T>::rbf(const Vector<T>& a, const Vector<T>& b) const {
 }
 
 template <class T>
-void ThinPlateSplineWarp3D<T>::kernelValues(const Points& points, const Vector<T>& v, int first, int count,
-                                            T* values) const {
-    radialkernels::distances(points.axes.data(), points.space, v.data(), first, count, values);
+void ThinPlateSplineWarp3D<T>::kernelValues(const Points& points, const Wide* v, int first, int count,
+                                            Wide* values) const {
+    radialkernels::distances(points.axes.data(), points.space, v, first, count, values);
 }
 
 template class ThinPlateSplineWarp3D<float>;

@@ -9,6 +9,7 @@ public:
     T rbf(const Vector<T>& a, const Vector<T>& b) const override;
 
 protected:
+    using Wide = typename RadialBasisFunctionWarp<T>::Wide;
     using Points = typename RadialBasisFunctionWarp<T>::Points;
-    void kernelValues(const Points& points, const Vector<T>& v, int first, int count, T* values) const override;
+    void kernelValues(const Points& points, const Wide* v, int first, int count, Wide* values) const override;
 };
