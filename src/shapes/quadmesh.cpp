@@ -372,7 +372,7 @@ unsigned int QuadMesh<T>::findMatch(const QuadMesh& mesh) const {
 }
 
 template <class T>
-void QuadMesh<T>::match(const QuadMesh& mesh) {
+unsigned int QuadMesh<T>::match(const QuadMesh& mesh) {
     const int shift = int(findMatch(mesh));
     for (int r = 0; r < this->getHeight(); r++) {
         this->level(r).setOrigin(shift);
@@ -382,6 +382,7 @@ void QuadMesh<T>::match(const QuadMesh& mesh) {
             cap->level(r).setOrigin(shift);
         }
     }
+    return (unsigned int)shift;
 }
 
 template <class T>
