@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "progress/recordingmonitor.h"
+#include "support/recordingmonitor.h"
 #include "shapes/shapeset.h"
 #include "shapes/vertexstack.h"
 #include "shapes/vertices.h"
