@@ -6,7 +6,7 @@
 #include "normalization/shapesetregistration.h"
 #include "normalization/targetshapesetgroupregistration.h"
 #include "numerics/exception.h"
-#include "progress/recordingmonitor.h"
+#include "support/recordingmonitor.h"
 #include "support/failures.h"
 
 namespace {
