@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <random>
 
 #include "numerics/matrix.h"
@@ -27,12 +28,12 @@ Vertices<T> imagesOf(const Vertices<T>& points, Map map) {
     return images;
 }
 
-/// A map that shears, turns, scales and shifts: coordinate a becomes a + 1 + sum over b of x_b sin(3 a + b + 1).
+/// A map that shears, scales and shifts: coordinate a becomes 2 x_a + a + 1 + sum over b of x_b sin(3 a + b + 1).
 template <class T>
 Vector<T> affineImage(const Vector<T>& x) {
     Vector<T> y(x);
     for (int a = 0; a < x.getSize(); ++a) {
-        y[a] = T(a + 1);
+        y[a] = 2 * x[a] + T(a + 1);
         for (int b = 0; b < x.getSize(); ++b)
             y[a] += x[b] * T(std::sin(3 * a + b + 1));
     }

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "support/recordingmonitor.h"
 #include "shapes/shapeset.h"
 #include "shapes/vertexstack.h"
 #include "shapes/vertices.h"
+#include "support/recordingmonitor.h"
 #include "support/vectors.h"
 
 namespace {
