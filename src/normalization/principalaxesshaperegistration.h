@@ -3,8 +3,11 @@
 #include "normalization/rigidshaperegistration.h"
 
 /// The rigid motion that puts the centre of gravity of a shape at the origin and its principal axes on the coordinate
-/// axes, the longest first. A proper rotation; which end of an axis points to the positive side is left to the
-/// eigenvectors as they come.
+/// axes, the longest first. A proper rotation.
+///
+/// Decision: an axis alone has no direction. The two axes along which the shape is most skewed point to the side of the
+/// longer tail (the third moment is positive), and the rotation settles the last one, so that shapes that are alike
+/// come to lie alike and not head over heels. A shape without skewness keeps the directions of the eigenvectors.
 ///
 /// Instantiated for float, double and long double.
 template <class T>

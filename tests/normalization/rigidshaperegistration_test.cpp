@@ -172,6 +172,24 @@ TYPED_TEST(RigidRegistration, principalAxesPutTheLongestAxisFirstAndTheCentreAtT
     EXPECT_THROW(registration.fit(ShapeSet<T>()), SizeError);
 }
 
+// Whatever way a shape lies before, it lies the same way afterwards, and not head over heels.
+TEST(PrincipalAxesShapeRegistration, laysCopiesOfAShapeAlike) {
+    std::mt19937 random(8);
+    std::uniform_real_distribution<double> angle(-3, 3);
+    const auto first = bumpyTube<double>(7, 18, 12);
+    PrincipalAxesShapeRegistration<double> registration;
+    registration.fit(*first);
+    registration.apply(*first);
+    for (int trial = 0; trial < 20; ++trial) {
+        const auto copy = bumpyTube<double>(7, 18, 12);
+        move(*copy, motionOf<double>(angle(random), angle(random), angle(random), 5, -40, 9));
+        registration.fit(*copy);
+        EXPECT_LT(rotationDefect(registration.getRotationMatrix()), 1e-12);
+        registration.apply(*copy);
+        EXPECT_LT(copy->rmsDistance(*first), 1e-9);
+    }
+}
+
 TEST(PrincipalAxesShapeRegistration, seesASetAsOneCloudOfVertices) {
     const auto set = specimen<double>(5, 12, true);
     PrincipalAxesShapeRegistration<double> ofSet, ofCloud;

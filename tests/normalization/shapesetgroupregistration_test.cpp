@@ -6,8 +6,8 @@
 #include "normalization/shapesetregistration.h"
 #include "normalization/targetshapesetgroupregistration.h"
 #include "numerics/exception.h"
-#include "support/recordingmonitor.h"
 #include "support/failures.h"
+#include "support/recordingmonitor.h"
 
 namespace {
 
