@@ -193,9 +193,6 @@ std::vector<Structure> chooseReferences(const std::vector<const Stack*>& stacks,
         const bool branching = isBranching(stacks, structure.getName());
         if (request.references.empty())
             structure.setReference(!branching);
-        else if (structure.isReference() && branching)
-            complain("reference \"" + structure.getName() +
-                     "\" has several contours on a slice; its surface takes them one after the other");
         structure.setResamplingHeight(std::clamp(structure.getResamplingHeight(), leastHeight, greatestSize));
         structure.setResamplingWidth(std::clamp(structure.getResamplingWidth(), leastWidth, greatestSize));
     }
@@ -281,6 +278,13 @@ int writeResults(const FusionPipeline<float>& pipeline, const Request& request) 
     return status;
 }
 
+void warnOfBranches(const std::vector<const Stack*>& stacks, const std::vector<std::string>& structures) {
+    for (const std::string& name : structures)
+        if (isBranching(stacks, name))
+            complain("model \"" + name +
+                     "\" has several contours on a slice; its surface takes them one after the other");
+}
+
 int normalize(const std::vector<const Stack*>& stacks, const Request& request, const CommandLine& line) {
     VRLFusionConfig<float> config;
     config.setName(request.name);
@@ -310,6 +314,7 @@ int normalize(const std::vector<const Stack*>& stacks, const Request& request, c
     ConsoleMonitor monitor;
     FusionPipeline<float> pipeline;
     pipeline.setConfig(config);
+    warnOfBranches(stacks, pipeline.listAllStructureNames());
     pipeline.addMonitor(monitor);
     const bool completed = pipeline.run();
     pipeline.removeMonitor(monitor);

@@ -18,6 +18,7 @@
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
 #include "images/voxelmatrix.h"
+#include "shapes/curvestack.h"
 #include "support/temporaryfolder.h"
 
 namespace {
@@ -158,6 +159,64 @@ TEST_F(CommandLineTest, exportWritesSurfacesAndKeepsOldOnes) {
     EXPECT_NE(second.output.find("file exists"), std::string::npos);
     EXPECT_EQ(cli(*sample, "export --overwrite --output surfaces sample.sdf").status, 0);
     EXPECT_EQ(sample->read("surfaces/Sample-Nucleus.stl"), stl);
+}
+
+// Two specimens of the same sample, one of them turned and shifted as a whole: they come to lie on each other.
+TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
+    std::string text = sample->read("sample.sdf");
+    const std::size_t second = text.find("SLICE \"s001\"");
+    ASSERT_NE(second, std::string::npos);
+    sample->write("turned.sdf", text.insert(second, "ROTATE 40;\nSHIFT 30 -12;\n\n"));
+    const Outcome first = cli(*sample, "normalize -o space sample.sdf turned.sdf");
+    ASSERT_EQ(first.status, 0) << first.output;
+    EXPECT_NE(first.output.find("\"Vessel\" has several contours on a slice"), std::string::npos) << first.output;
+    // Both stacks have one name, so that they go by their files'.
+    for (const char* name : {"sample-Nucleus.qm", "turned-Nucleus.qm", "turned-Cells.vs", "mean-Nucleus.qm"})
+        EXPECT_NE(first.output.find(std::string("space/") + name + "\n"), std::string::npos) << name;
+    const CurveStack<float> one(sample->file("space/sample-Nucleus.qm")),
+        other(sample->file("space/turned-Nucleus.qm"));
+    EXPECT_LT(one.rmsDistance(other), 1e-3f);
+    const CurveStack<float> mean(sample->file("space/mean-Nucleus.qm"));
+    EXPECT_LT(one.rmsDistance(mean), 1e-3f);
+    const std::string summary = sample->read("space/summary.html");
+    EXPECT_NE(summary.find("<i>Nucleus</i> - Resampling: "), std::string::npos);
+    EXPECT_NE(summary.find("Convergence reached at iteration "), std::string::npos);
+
+    const Outcome again = cli(*sample, "normalize -o space sample.sdf turned.sdf");
+    EXPECT_EQ(again.status, 3) << again.output;
+    std::filesystem::remove(sample->file("space/summary.html"));
+    sample->write("space/mean-Nucleus.qm", "mine");
+    const Outcome partly = cli(*sample, "normalize -o space sample.sdf turned.sdf");
+    EXPECT_EQ(partly.status, 3) << partly.output;
+    EXPECT_EQ(sample->read("space/mean-Nucleus.qm"), "mine");
+
+    const Outcome fitted = cli(*sample, "normalize -o space --overwrite --template turned --reference Nucleus "
+                                        "--size 12x20 --warping polynomial --degree 1 sample.sdf turned.sdf");
+    EXPECT_EQ(fitted.status, 0) << fitted.output;
+    EXPECT_EQ(CurveStack<float>(sample->file("space/mean-Nucleus.qm")).getHeight(), 12);
+    const std::string told = sample->read("space/summary.html");
+    EXPECT_NE(told.find("Template stack: <i>turned</i>"), std::string::npos);
+    EXPECT_NE(told.find("Total 1 references"), std::string::npos);
+    EXPECT_NE(told.find("Method: polynomial deformations of degree 1"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, normalizeRefusesWhatItCannotDo) {
+    for (const char* options :
+         {"", "--registration best", "--warping some", "--template sample --registration global",
+          "--registration template", "--template nobody", "--degree 3", "--warping polynomial --degree 0", "--size 1x5",
+          "--size 20", "--size 20x30x40", "--size =20x30", "--size Liver=20x30", "--error -1", "--reference Cells",
+          "--reference Liver"}) {
+        const std::string files = *options == '\0' ? "sample.sdf" : "sample.sdf sample.sdf";
+        const Outcome outcome = cli(*sample, std::string("normalize -o refused ") + options + " " + files);
+        EXPECT_EQ(outcome.status, 2) << options << ": " << outcome.output;
+    }
+    EXPECT_EQ(cli(*sample, "normalize -o refused sample.sdf none.sdf").status, 3);
+    EXPECT_EQ(cli(*sample, "normalize -o sample.sdf/below sample.sdf sample.sdf").status, 3);
+    sample->write("empty.sdf", "FileFormatVersion 1.03;\nSTACK \"void\";\n");
+    const Outcome nothing = cli(*sample, "normalize -o refused sample.sdf empty.sdf");
+    EXPECT_EQ(nothing.status, 1);
+    EXPECT_NE(nothing.output.find("share no closed structure"), std::string::npos) << nothing.output;
+    EXPECT_FALSE(std::filesystem::exists(sample->file("refused/summary.html")));
 }
 
 TEST_F(CommandLineTest, aSecondRoundTripChangesNoByte) {
