@@ -14,6 +14,14 @@ double turnBetween(double source, double target) {
     return turn > pi / 2 ? turn - pi : turn < -pi / 2 ? turn + pi : turn;
 }
 
+template <class T>
+Vector<double> centerOf(const PixelMatrix<T>& image) {
+    Vector<double> center(2);
+    center[0] = 0.5 * image.getSize1();
+    center[1] = 0.5 * image.getSize2();
+    return center;
+}
+
 } // namespace
 
 template <class T>
@@ -28,6 +36,7 @@ void PrincipalAxesImageRegistration<T>::run() {
     if (!__reliable) {
         this->__rotation = Maths::rotationMatrix<double>(0);
         this->__translation.setZeros(2);
+        this->__centerShift.setZeros(2);
         return;
     }
 
@@ -35,14 +44,10 @@ void PrincipalAxesImageRegistration<T>::run() {
     const Vector<double> targetCenter = targetAnalysis.getInertiaCenter().template toType<double>();
     this->__rotation = Maths::rotationMatrix<double>(
         turnBetween(double(sourceAnalysis.getMajorAngle()), double(targetAnalysis.getMajorAngle())));
-    if (!__imageCenteredRotation) {
-        this->__translation = targetCenter - sourceCenter;
-        return;
-    }
-    Vector<double> center(2);
-    center[0] = 0.5 * source.getSize1();
-    center[1] = 0.5 * source.getSize2();
-    this->__translation = this->__rotation * (center - sourceCenter) + targetCenter - center;
+    const Vector<double> center = centerOf(source);
+    const Vector<double> turnedCenter = this->__rotation * (center - sourceCenter) + targetCenter;
+    this->__translation = __imageCenteredRotation ? turnedCenter - center : targetCenter - sourceCenter;
+    this->__centerShift = turnedCenter - centerOf(target);
 }
 
 template class PrincipalAxesImageRegistration<float>;

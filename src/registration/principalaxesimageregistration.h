@@ -7,8 +7,9 @@
 ///
 /// The axis of the greatest spread is the one used, so that the two images may lie on either side of a diagonal. It has
 /// no sense: the rotation is the one of at most a quarter turn. The brightest parts weigh most: images on a white
-/// ground are to be inverted first. Where one of the images has no mass nothing can be told, and the result is no
-/// translation and no rotation; isReliable() tells. Instantiated for float, double and long double.
+/// ground are to be inverted first. Where one of the images has no mass nothing can be told: the result is no
+/// translation and no rotation, and for a slice centre on centre; isReliable() tells. Instantiated for float, double
+/// and long double.
 template <class T>
 class PrincipalAxesImageRegistration : public RigidRegistration<T> {
 public:

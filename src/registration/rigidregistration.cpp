@@ -21,7 +21,7 @@ RigidRegistration<T>::~RigidRegistration() = default;
 
 template <class T>
 Registration RigidRegistration<T>::sliceRegistration() const {
-    if (__translation.getSize() != 2) {
+    if (__centerShift.getSize() != 2) {
         throw UsageError("Registration RigidRegistration<T>::sliceRegistration() const", "No registration was run yet");
     }
     // In (column, row) the rotation turns the other way round.
@@ -29,7 +29,7 @@ Registration RigidRegistration<T>::sliceRegistration() const {
     if (angle < 0) {
         angle += 360;
     }
-    return Registration(wholePixels(__translation[1]), wholePixels(__translation[0]), angle < 360 ? angle : 0);
+    return Registration(wholePixels(__centerShift[1]), wholePixels(__centerShift[0]), angle < 360 ? angle : 0);
 }
 
 template class RigidRegistration<float>;

@@ -159,22 +159,28 @@ TEST(PrincipalAxesImageRegistration, leavesABlankImageInPlaceAndSaysSo) {
     EXPECT_TRUE(registration.sliceRegistration().isNull());
 }
 
-// An angle of the slice, in degrees, turns columns against rows; by hand, for the motions given.
+// A slice lays its centre, turned, at the shift from the centre of the slice before; the angle turns columns against
+// rows. By hand for the motions given.
 TEST(PrincipalAxesImageRegistration, keepsItsResultAsASliceDoes) {
-    const auto registered = [](double turn, double rowShift, double columnShift) {
-        // About the centre of the source, so that the shift is the translation.
-        const Motion motion{turn * degree, {110, 130}, {rowShift, columnShift}};
+    const auto registered = [](double turn, double rowShift, double columnShift, int rows, int columns, bool centered) {
+        const Motion motion{turn * degree, {110, 130}, {rowShift, columnShift}}; // about the centre of the source
         const PixelMatrix<double> source = drawing<double>(220, 260, 100, 130, 0.2, still);
-        const PixelMatrix<double> target = drawing<double>(220, 260, 100, 130, 0.2, motion);
+        const PixelMatrix<double> target = drawing<double>(rows, columns, 100, 130, 0.2, motion);
         PrincipalAxesImageRegistration<double> registration;
+        registration.setImageCenteredRotation(centered);
         registration.setSource(source);
         registration.setTarget(target);
         registration.run();
         return registration.sliceRegistration();
     };
-    const Registration back = registered(-30, 5.5, -4.5);
-    EXPECT_EQ(-4, back.getHorShift());
-    EXPECT_EQ(5, back.getVerShift());
-    EXPECT_NEAR(30, back.getRotationAngle(), 1e-3);
-    EXPECT_NEAR(340, registered(20, 0, 0).getRotationAngle(), 1e-3); // not -20
+    for (const bool centered : {true, false}) {
+        const Registration back = registered(-30, 5.5, -4.5, 220, 260, centered);
+        EXPECT_EQ(-4, back.getHorShift());
+        EXPECT_EQ(5, back.getVerShift());
+        EXPECT_NEAR(30, back.getRotationAngle(), 1e-3);
+    }
+    EXPECT_NEAR(340, registered(20, 0, 0, 220, 260, true).getRotationAngle(), 1e-3); // not -20
+    const Registration onLarger = registered(0, 0.5, 0.5, 240, 300, true);           // whose centre is at (120, 150)
+    EXPECT_EQ(-19, onLarger.getHorShift());
+    EXPECT_EQ(-9, onLarger.getVerShift());
 }
