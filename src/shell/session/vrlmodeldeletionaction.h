@@ -1,0 +1,16 @@
+#pragma once
+
+#include "shell/session/vrlmodelaction.h"
+
+/// Takes a model with its items out of its stack, and owns it then.
+class VRLModelDeletionAction : public VRLModelAction {
+public:
+    using VRLModelAction::VRLModelAction;
+    ~VRLModelDeletionAction() override;
+
+    void apply() override;
+    void revert() override;
+
+private:
+    bool __applied = false;
+};
