@@ -1,18 +1,18 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include <QStringList>
 
-enum class OutputFormat { Table, Csv, Json };
+/// What the program can be told to do. Each takes the program's name and the command line without the command's own
+/// word, and gives the exit status.
 
 /// What each stack holds: slices with images, positions and registrations, models and poses.
-int infoCommand(const std::vector<std::string>& files, OutputFormat format);
+int infoCommand(const QStringList& arguments);
 
 /// What the reader found wrong with each stack. Problems give status 1.
-int checkCommand(const std::vector<std::string>& files, OutputFormat format);
+int checkCommand(const QStringList& arguments);
 
 /// The measurements of each stack's models, items and slices.
-int measureCommand(const std::vector<std::string>& files, OutputFormat format);
+int measureCommand(const QStringList& arguments);
 
-/// Writes the surfaces of each stack's models into the directory, which is made when it is missing.
-int exportCommand(const std::vector<std::string>& files, const std::string& directory, bool overwrite);
+/// Writes the surfaces of each stack's models into a directory.
+int exportCommand(const QStringList& arguments);

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "cli/commandline.h"
 #include "cli/stackfile.h"
 #include "document/export/stackexporter.h"
 #include "document/model.h"
@@ -59,7 +60,14 @@ int exportStack(const StackFile& file, const std::string& directory, bool overwr
 
 } // namespace
 
-int exportCommand(const std::vector<std::string>& files, const std::string& directory, bool overwrite) {
+int exportCommand(const QStringList& arguments) {
+    CommandLine line("export", "Writes the surfaces of the models as STL and mesh files.", "STACK.sdf",
+                     "Stack description files (.sdf).");
+    line.addOutputOptions();
+    if (const std::optional<int> status = line.parse(arguments))
+        return *status;
+
+    const std::string directory = line.path("output");
     std::error_code error;
     std::filesystem::create_directories(directory, error);
     if (error) {
@@ -67,20 +75,12 @@ int exportCommand(const std::vector<std::string>& files, const std::string& dire
         return ExitFileError;
     }
     int status = ExitGood;
-    for (const std::string& name : files) {
+    for (const std::string& name : line.files()) {
         const StackFile file(name);
         status = std::max(status, file.report());
-        if (!file.isOpened())
-            continue;
-        try {
-            status = std::max(status, exportStack(file, directory, overwrite));
-        } catch (const FileError& failure) {
-            std::cerr << "vorlen-cli: " << failure.getWhat() << '\n';
-            status = std::max<int>(status, ExitFileError);
-        } catch (const Exception& failure) {
-            std::cerr << "vorlen-cli: cannot export " << name << ": " << failure.getWhat() << '\n';
-            status = std::max<int>(status, ExitProblems);
-        }
+        if (file.isOpened())
+            status = std::max(status, guarded("export " + name,
+                                              [&] { return exportStack(file, directory, line.isSet("overwrite")); }));
     }
     return status;
 }

@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "cli/jsonwriter.h"
+#include "cli/outputformat.h"
 #include "cli/stackfile.h"
 #include "cli/texttable.h"
 #include "document/model.h"
@@ -128,37 +129,53 @@ void printTables(const StackFile& file, OutputFormat format) {
 
 } // namespace
 
-int infoCommand(const std::vector<std::string>& files, OutputFormat format) {
+int infoCommand(const QStringList& arguments) {
+    CommandLine line("info", "Tells what stacks hold: slices with images, positions and registrations, models, poses.",
+                     "STACK.sdf", "Stack description files (.sdf).");
+    line.addFormatOption();
+    if (const std::optional<int> status = line.parse(arguments))
+        return *status;
+    const std::optional<OutputFormat> format = outputFormat(line);
+    if (!format)
+        return ExitUsage;
     int status = ExitGood;
     JsonWriter json(std::cout);
-    if (format == OutputFormat::Json)
+    if (*format == OutputFormat::Json)
         json.beginArray();
-    for (const std::string& name : files) {
+    for (const std::string& name : line.files()) {
         const StackFile file(name);
         status = std::max(status, file.report());
         if (!file.isOpened())
             continue;
-        if (format == OutputFormat::Json)
+        if (*format == OutputFormat::Json)
             writeJson(json, file);
         else
-            printTables(file, format);
+            printTables(file, *format);
     }
-    if (format == OutputFormat::Json)
+    if (*format == OutputFormat::Json)
         json.endArray();
     return status;
 }
 
-int checkCommand(const std::vector<std::string>& files, OutputFormat format) {
+int checkCommand(const QStringList& arguments) {
+    CommandLine line("check", "Tells what is wrong with stacks; exit status 1 when something is.", "STACK.sdf",
+                     "Stack description files (.sdf).");
+    line.addFormatOption();
+    if (const std::optional<int> status = line.parse(arguments))
+        return *status;
+    const std::optional<OutputFormat> format = outputFormat(line);
+    if (!format)
+        return ExitUsage;
     int status = ExitGood;
     JsonWriter json(std::cout);
     TextTable table({"File", "Opened", "Fatal", "Message"});
-    if (format == OutputFormat::Json)
+    if (*format == OutputFormat::Json)
         json.beginArray();
-    for (const std::string& name : files) {
+    for (const std::string& name : line.files()) {
         const StackFile file(name);
         const bool clean = file.getLog().empty() && file.getNumFatalErrors() == 0;
         status = std::max<int>(status, !file.isOpened() ? ExitFileError : clean ? ExitGood : ExitProblems);
-        if (format == OutputFormat::Json) {
+        if (*format == OutputFormat::Json) {
             json.beginObject();
             json.key("file");
             json.value(name);
@@ -168,14 +185,14 @@ int checkCommand(const std::vector<std::string>& files, OutputFormat format) {
             json.value(file.getNumFatalErrors());
             json.key("log");
             json.beginArray();
-            for (const std::string& line : file.getLog())
-                json.value(line);
+            for (const std::string& message : file.getLog())
+                json.value(message);
             json.endArray();
             json.endObject();
-        } else if (format == OutputFormat::Csv) {
+        } else if (*format == OutputFormat::Csv) {
             const std::string opened = file.isOpened() ? "true" : "false";
-            for (const std::string& line : file.getLog())
-                table.addRow({name, opened, std::to_string(file.getNumFatalErrors()), line});
+            for (const std::string& message : file.getLog())
+                table.addRow({name, opened, std::to_string(file.getNumFatalErrors()), message});
             if (file.getLog().empty())
                 table.addRow({name, opened, std::to_string(file.getNumFatalErrors()), ""});
         } else if (!file.isOpened()) {
@@ -186,13 +203,13 @@ int checkCommand(const std::vector<std::string>& files, OutputFormat format) {
                 std::cout << "no problems\n";
             else
                 std::cout << file.getLog().size() << " problems, " << file.getNumFatalErrors() << " fatal\n";
-            for (const std::string& line : file.getLog())
-                std::cout << "  " << line << '\n';
+            for (const std::string& message : file.getLog())
+                std::cout << "  " << message << '\n';
         }
     }
-    if (format == OutputFormat::Json)
+    if (*format == OutputFormat::Json)
         json.endArray();
-    else if (format == OutputFormat::Csv)
+    else if (*format == OutputFormat::Csv)
         table.printCsv(std::cout);
     return status;
 }

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "cli/jsonwriter.h"
+#include "cli/outputformat.h"
 #include "cli/stackfile.h"
 #include "cli/texttable.h"
 #include "document/model.h"
@@ -83,7 +84,7 @@ Measurements measure(const Stack& stack) {
                                     geometry.getArea(),
                                     {barycenter[0], barycenter[1], barycenter[2]}});
             const int model = stack.findModel(*item.getModel());
-            const bool points = item.getModel()->getProperties().getGeometry() == MPrimitive(2);
+            const bool points = item.getModel()->getProperties().getGeometry() == PolypointPrimitive;
             if (model >= 0)
                 row.counts[std::size_t(model)] += points ? item.getSize() : 1;
         }
@@ -171,7 +172,7 @@ void writeJson(JsonWriter& json, const StackFile& file, const Measurements& meas
     json.endObject();
 }
 
-void printTables(const StackFile& file, const Measurements& measurements, OutputFormat format) {
+void printTables(const StackFile& file, const Measurements& measurements, OutputFormat format, bool modelsOnly) {
     const bool csv = format == OutputFormat::Csv;
     const auto number = csv ? fullNumber : shortNumber;
     const std::string unit = file.getStack().getLengthUnit().symbol();
@@ -195,6 +196,8 @@ void printTables(const StackFile& file, const Measurements& measurements, Output
                        number(row.area), number(row.volume), number(row.equivalentRadius), number(row.axes[0]),
                        number(row.axes[1]), number(row.axes[2])});
     show("Models", models);
+    if (modelsOnly)
+        return;
 
     TextTable items({"Model", "Slice", "Vertices", "Length" + length, "Area" + area, "AverageX" + length,
                      "AverageY" + length, "Z" + length});
@@ -218,28 +221,35 @@ void printTables(const StackFile& file, const Measurements& measurements, Output
 
 } // namespace
 
-int measureCommand(const std::vector<std::string>& files, OutputFormat format) {
+int measureCommand(const QStringList& arguments) {
+    CommandLine line("measure", "Measures the models, items and slices of stacks.", "STACK.sdf",
+                     "Stack description files (.sdf).");
+    line.addFormatOption();
+    line.addFlag("models-only", "Print the table of models only; not for json.");
+    if (const std::optional<int> status = line.parse(arguments))
+        return *status;
+    const std::optional<OutputFormat> format = outputFormat(line);
+    if (!format)
+        return ExitUsage;
     int status = ExitGood;
     JsonWriter json(std::cout);
-    if (format == OutputFormat::Json)
+    if (*format == OutputFormat::Json)
         json.beginArray();
-    for (const std::string& name : files) {
+    for (const std::string& name : line.files()) {
         const StackFile file(name);
         status = std::max(status, file.report());
         if (!file.isOpened())
             continue;
-        try {
-            const Measurements measurements = measure(file.getStack());
-            if (format == OutputFormat::Json)
-                writeJson(json, file, measurements);
-            else
-                printTables(file, measurements, format);
-        } catch (const Exception& error) {
-            std::cerr << "vorlen-cli: cannot measure " << name << ": " << error.getWhat() << '\n';
-            status = std::max<int>(status, ExitProblems);
-        }
+        status = std::max(status, guarded("measure " + name, [&] {
+                              const Measurements measurements = measure(file.getStack());
+                              if (*format == OutputFormat::Json)
+                                  writeJson(json, file, measurements);
+                              else
+                                  printTables(file, measurements, *format, line.isSet("models-only"));
+                              return ExitGood;
+                          }));
     }
-    if (format == OutputFormat::Json)
+    if (*format == OutputFormat::Json)
         json.endArray();
     return status;
 }

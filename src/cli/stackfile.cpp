@@ -62,6 +62,21 @@ int StackFile::report() const {
     return ExitProblems;
 }
 
+int guarded(const std::string& task, const std::function<int()>& work) {
+    try {
+        return work();
+    } catch (const FileError& failure) {
+        const std::string file = failure.getFile().empty() ? "" : " " + failure.getFile() + ":";
+        std::cerr << "vorlen-cli: cannot " << task << ":" << file << " " << failure.getWhat() << '\n';
+        return ExitFileError;
+    } catch (const Exception& failure) {
+        std::cerr << "vorlen-cli: cannot " << task << ": " << failure.getWhat() << '\n';
+    } catch (const std::exception& failure) {
+        std::cerr << "vorlen-cli: cannot " << task << ": " << failure.what() << '\n';
+    }
+    return ExitProblems;
+}
+
 std::string shortNumber(double value) {
     if (!std::isfinite(value))
         return "NA";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,6 +34,10 @@ private:
     int __numFatalErrors = 0;
     std::vector<std::string> __log;
 };
+
+/// Runs what may fail on a document: a failure is told with what was to be done, and becomes an exit status, that of a
+/// file error or that of problems.
+int guarded(const std::string& task, const std::function<int()>& work);
 
 /// The value as the tables for people show it: six significant digits.
 std::string shortNumber(double value);

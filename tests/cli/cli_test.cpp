@@ -1,0 +1,225 @@
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QString>
+
+#include <gtest/gtest.h>
+
+#include "document/stack.h"
+#include "document/stackreader.h"
+#include "document/stackwriter.h"
+#include "images/voxelmatrix.h"
+#include "support/temporaryfolder.h"
+
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+
+struct Outcome {
+    int status = -1;
+    std::string output; ///< what the program printed, with its errors unless they were sent away
+};
+
+/// Runs a shell command line in a folder.
+Outcome shell(const std::string& folder, const std::string& line) {
+    Outcome outcome;
+    FILE* pipe = ::popen(("cd '" + folder + "' && " + line).c_str(), "r");
+    char buffer[4096];
+    for (std::size_t n = 0; pipe != nullptr && (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        outcome.output.append(buffer, n);
+    const int status = pipe == nullptr ? -1 : ::pclose(pipe);
+    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return outcome;
+}
+
+Outcome cli(const TemporaryFolder& folder, const std::string& arguments) {
+    return shell(folder.path(), std::string(VORLEN_CLI) + " " + arguments + " 2>&1");
+}
+
+QJsonArray cliJson(const TemporaryFolder& folder, const std::string& arguments) {
+    const Outcome outcome =
+        shell(folder.path(), std::string(VORLEN_CLI) + " " + arguments + " --format json 2>/dev/null");
+    const QJsonDocument document = QJsonDocument::fromJson(QByteArray::fromStdString(outcome.output));
+    EXPECT_TRUE(document.isArray()) << outcome.output;
+    return document.array();
+}
+
+QJsonObject named(const QJsonArray& array, const QString& name) {
+    for (const QJsonValue& value : array)
+        if (value.toObject()["name"].toString() == name)
+            return value.toObject();
+    return {};
+}
+
+/// The sample stack, made once for all tests, as sample.sdf in a folder.
+class CommandLineTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        sample = std::make_unique<TemporaryFolder>();
+        ASSERT_EQ(shell(sample->path(), std::string(VORLEN_SAMPLE) + " .").status, 0);
+    }
+    static void TearDownTestSuite() { sample.reset(); }
+
+    static std::unique_ptr<TemporaryFolder> sample;
+};
+
+std::unique_ptr<TemporaryFolder> CommandLineTest::sample;
+
+} // namespace
+
+TEST_F(CommandLineTest, checkIsCleanOnTheSampleByABareNameAndByAPath) {
+    const Outcome bare = cli(*sample, "check sample.sdf");
+    EXPECT_EQ(bare.status, 0);
+    EXPECT_EQ(bare.output, "sample.sdf: no problems\n");
+    EXPECT_EQ(cli(*sample, "check sample").status, 0);
+    EXPECT_EQ(cli(*sample, "check " + sample->file("sample.sdf")).status, 0);
+}
+
+TEST_F(CommandLineTest, infoTellsSlicesModelsAndPoses) {
+    const QJsonObject stack = cliJson(*sample, "info sample.sdf")[0].toObject();
+    EXPECT_EQ(stack["stack"].toString(), "Sample");
+    EXPECT_EQ(stack["unit"].toString(), QString::fromUtf8("µm"));
+    const QJsonArray slices = stack["slices"].toArray();
+    ASSERT_GE(slices.size(), 40);
+    bool registered = false;
+    for (const QJsonValue& value : slices) {
+        const QJsonObject slice = value.toObject();
+        EXPECT_EQ(slice["width"].toInt(), 512);
+        EXPECT_EQ(slice["height"].toInt(), 512);
+        EXPECT_EQ(slice["depth"].toInt(), 8);
+        EXPECT_GT(slice["pixelWidth"].toDouble(), 0);
+        ASSERT_EQ(slice["registration"].toArray().size(), 3);
+        registered = registered || slice["registration"].toArray()[2].toDouble() != 0;
+    }
+    EXPECT_TRUE(registered);
+    EXPECT_EQ(stack["models"].toArray().size(), 5);
+    EXPECT_EQ(stack["poses"].toArray().size(), 2);
+    const Outcome table = cli(*sample, "info sample.sdf");
+    EXPECT_EQ(table.status, 0);
+    EXPECT_NE(table.output.find("s017"), std::string::npos);
+}
+
+// The truth stands in closed form: an ellipsoid of revolution and its neighbours.
+TEST_F(CommandLineTest, measurementsOfTheSampleAgreeWithTheTruth) {
+    std::map<std::string, double> volumes, areas;
+    std::istringstream truth(sample->read("truth.txt"));
+    for (std::string line; std::getline(truth, line);) {
+        char name[32];
+        double first = 0, second = 0;
+        if (std::sscanf(line.c_str(), "%31s volume %lf um^3, area %lf", name, &first, &second) >= 2) {
+            volumes[name] = first;
+            areas[name] = second;
+        } else if (std::sscanf(line.c_str(), "%31s area %lf", name, &first) == 2) {
+            areas[name] = first;
+        }
+    }
+    ASSERT_EQ(volumes.size(), 3u);
+    const QJsonObject stack = cliJson(*sample, "measure sample.sdf")[0].toObject();
+    const QJsonArray models = stack["models"].toArray();
+    for (const auto& [name, volume] : volumes) {
+        const double measured = named(models, QString::fromStdString(name))["volume"].toDouble();
+        EXPECT_NEAR(measured / volume, 1, 0.01) << name;
+    }
+    EXPECT_NEAR(named(models, "Nucleus")["area"].toDouble() / areas["Nucleus"], 1, 0.02);
+    EXPECT_NEAR(named(models, "Membrane")["area"].toDouble() / areas["Membrane"], 1, 0.02);
+    // Two contours on some sections: no surface to measure.
+    EXPECT_TRUE(named(models, "Vessel")["area"].isNull());
+    const double volume = named(models, "Nucleus")["volume"].toDouble();
+    EXPECT_NEAR(named(models, "Nucleus")["equivalentRadius"].toDouble(), std::cbrt(3 * volume / (4 * pi)), 1e-9);
+
+    int vertices = 0;
+    for (const QJsonValue& item : stack["items"].toArray())
+        if (item.toObject()["model"].toString() == "Nucleus")
+            vertices += item.toObject()["vertices"].toInt();
+    EXPECT_EQ(vertices, named(models, "Nucleus")["vertices"].toInt());
+    int points = 0;
+    for (const QJsonValue& slice : stack["slices"].toArray())
+        points += slice.toObject()["counts"].toObject()["Cells"].toInt();
+    EXPECT_EQ(points, named(models, "Cells")["vertices"].toInt());
+}
+
+TEST_F(CommandLineTest, exportWritesSurfacesAndKeepsOldOnes) {
+    const Outcome first = cli(*sample, "export --output surfaces sample.sdf");
+    EXPECT_EQ(first.status, 0) << first.output;
+    EXPECT_NE(first.output.find("\"Vessel\""), std::string::npos);
+    const std::string stl = sample->read("surfaces/Sample-Nucleus.stl");
+    EXPECT_EQ(stl.rfind("solid Nucleus\n", 0), 0u);
+    const Outcome second = cli(*sample, "export --output surfaces sample.sdf");
+    EXPECT_EQ(second.status, 3);
+    EXPECT_NE(second.output.find("file exists"), std::string::npos);
+    EXPECT_EQ(cli(*sample, "export --overwrite --output surfaces sample.sdf").status, 0);
+    EXPECT_EQ(sample->read("surfaces/Sample-Nucleus.stl"), stl);
+}
+
+TEST_F(CommandLineTest, aSecondRoundTripChangesNoByte) {
+    Stack first, second;
+    StackReader reader;
+    ASSERT_TRUE(reader.read(first, sample->file("sample.sdf")));
+    ASSERT_TRUE(StackWriter().write(first, sample->file("once.sdf")));
+    ASSERT_TRUE(reader.read(second, sample->file("once.sdf")));
+    ASSERT_TRUE(StackWriter().write(second, sample->file("twice.sdf")));
+    EXPECT_EQ(sample->read("once.sdf"), sample->read("twice.sdf"));
+    const auto measured = [](const std::string& name) {
+        QJsonObject stack = cliJson(*sample, "measure " + name)[0].toObject();
+        stack.remove("file");
+        return stack;
+    };
+    EXPECT_EQ(measured("sample.sdf"), measured("once.sdf"));
+}
+
+TEST(CommandLine, problemsInADocumentGiveStatusOne) {
+    const TemporaryFolder folder;
+    folder.write("bad.sdf", "FileFormatVersion 1.03;\nSTACK \"x\";\nNONSENSE 1;\nSLICE \"s\" \"missing.tif\";\n");
+    const Outcome table = cli(folder, "check bad.sdf");
+    EXPECT_EQ(table.status, 1);
+    EXPECT_NE(table.output.find("unknown keyword"), std::string::npos);
+    EXPECT_NE(table.output.find("missing.tif"), std::string::npos);
+    const QJsonObject checked = cliJson(folder, "check bad.sdf")[0].toObject();
+    EXPECT_TRUE(checked["opened"].toBool());
+    EXPECT_GT(checked["fatal"].toInt(), 0);
+    EXPECT_EQ(checked["log"].toArray().size(), 2);
+    EXPECT_EQ(cli(folder, "measure bad.sdf").status, 1);
+}
+
+TEST(CommandLine, wrongUsageGivesStatusTwoAndMissingFilesThree) {
+    const TemporaryFolder folder;
+    folder.write("a.sdf", "FileFormatVersion 1.03;\n");
+    for (const char* arguments : {"", "dance a.sdf", "measure", "measure --format xml a.sdf", "info --output x a.sdf",
+                                  "export --format csv a.sdf", "--nonsense"}) {
+        const Outcome outcome = cli(folder, arguments);
+        EXPECT_EQ(outcome.status, 2) << arguments;
+        EXPECT_NE(outcome.output.find("--help"), std::string::npos) << arguments;
+    }
+    for (const char* command : {"info", "check", "measure", "export"}) {
+        const Outcome outcome = cli(folder, std::string(command) + " none.sdf");
+        EXPECT_EQ(outcome.status, 3) << command;
+        EXPECT_NE(outcome.output.find("none.sdf"), std::string::npos) << command;
+        EXPECT_EQ(cli(folder, std::string(command) + " --help").status, 0);
+    }
+    EXPECT_EQ(cli(folder, "--version").status, 0);
+    folder.write("file", "");
+    EXPECT_EQ(cli(folder, "export --output file/below a.sdf").status, 3);
+}
+
+TEST(CommandLine, aCutVolumeIsRefused) {
+    const TemporaryFolder folder;
+    VoxelMatrix<float> volume(6, 5, 4);
+    volume.setZeros();
+    volume.save(folder.file("v.vm"), true);
+    folder.write("s.sdf", "FileFormatVersion 1.03;\nStackSlice \"p\" \"v.vm\" 2;\n");
+    const Outcome whole = cli(folder, "check s.sdf");
+    EXPECT_EQ(whole.status, 0) << whole.output;
+    std::filesystem::resize_file(folder.file("v.vm"), std::filesystem::file_size(folder.file("v.vm")) - 8);
+    const Outcome cut = cli(folder, "check s.sdf");
+    EXPECT_EQ(cut.status, 1);
+    EXPECT_NE(cut.output.find("v.vm"), std::string::npos) << cut.output;
+}
