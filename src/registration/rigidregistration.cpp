@@ -29,7 +29,8 @@ Registration RigidRegistration<T>::sliceRegistration() const {
     if (angle < 0) {
         angle += 360;
     }
-    return Registration(wholePixels(__centerShift[1]), wholePixels(__centerShift[0]), angle < 360 ? angle : 0);
+    return Registration(wholePixels(__centerShift[1]), wholePixels(__centerShift[0]),
+                        angle > 0 && angle < 360 ? angle : 0);
 }
 
 template class RigidRegistration<float>;
