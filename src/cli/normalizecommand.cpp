@@ -52,7 +52,7 @@ struct Request {
 };
 
 void declareOptions(CommandLine& line) {
-    line.addOption({"r", "reference"},
+    line.addOption({"reference"},
                    "A closed structure, the model's name, by which the stacks are registered; may be given several "
                    "times. By default all that the stacks share and that have one contour on a slice.",
                    "model");

@@ -30,14 +30,12 @@ TYPED_TEST_SUITE(RigidRegistration, Reals);
 TYPED_TEST(RigidRegistration, recoversAnyMotionOfAShape) {
     using T = TypeParam;
     std::mt19937 random(17);
-    std::uniform_real_distribution<double> angle(-3.1, 3.1), shift(-500, 500);
     // Compared as double numbers.
     const double tolerance =
         1e4 * std::max(double(std::numeric_limits<T>::epsilon()), std::numeric_limits<double>::epsilon());
     const auto shape = bumpyTube<T>(5, 14, 30, 0.3, true);
     for (int trial = 0; trial < 30; ++trial) {
-        const Motion<T> motion =
-            motionOf<T>(angle(random), angle(random), angle(random), shift(random), shift(random), shift(random));
+        const Motion<T> motion = randomMotion<T>(random, 3.1, 500);
         QuadMesh<T> target(*shape);
         target.detach();
         move(target, motion);
@@ -73,7 +71,6 @@ TYPED_TEST(RigidRegistration, keepsScaleAndTurnsAReflectionIntoTheBestRotation) 
     EXPECT_NEAR(double(shape->cog()[1]), double(registration.getTranslationVector()[1]), 1e-4);
 
     std::mt19937 random(3);
-    std::normal_distribution<double> small(0, 0.05);
     for (int axis = 0; axis < 3; ++axis) {
         QuadMesh<T> mirrored(*shape);
         mirrored.detach();
@@ -86,8 +83,8 @@ TYPED_TEST(RigidRegistration, keepsScaleAndTurnsAReflectionIntoTheBestRotation) 
         const Motion<T> best = {registration.getRotationMatrix(), registration.getTranslationVector()};
         const double least = sumOfSquares(*shape, mirrored, best);
         for (int trial = 0; trial < 200; ++trial) {
-            const double size = trial % 2 ? 1 : 40; // near the best rotation, and anywhere
-            Motion<T> other = motionOf<T>(size * small(random), size * small(random), size * small(random), 0, 0, 0);
+            const double size = trial % 2 ? 0.1 : 3; // near the best rotation, and anywhere
+            Motion<T> other = randomMotion<T>(random, size, 0);
             other.rotation = other.rotation * best.rotation;
             other.translation = mirrored.cog() - other.rotation * shape->cog();
             EXPECT_GE(sumOfSquares(*shape, mirrored, other), least * (1 - 1e-5));
@@ -175,14 +172,13 @@ TYPED_TEST(RigidRegistration, principalAxesPutTheLongestAxisFirstAndTheCentreAtT
 // Whatever way a shape lies before, it lies the same way afterwards, and not head over heels.
 TEST(PrincipalAxesShapeRegistration, laysCopiesOfAShapeAlike) {
     std::mt19937 random(8);
-    std::uniform_real_distribution<double> angle(-3, 3);
     const auto first = bumpyTube<double>(7, 18, 12);
     PrincipalAxesShapeRegistration<double> registration;
     registration.fit(*first);
     registration.apply(*first);
     for (int trial = 0; trial < 20; ++trial) {
         const auto copy = bumpyTube<double>(7, 18, 12);
-        move(*copy, motionOf<double>(angle(random), angle(random), angle(random), 5, -40, 9));
+        move(*copy, randomMotion<double>(random, 3, 40));
         registration.fit(*copy);
         EXPECT_LT(rotationDefect(registration.getRotationMatrix()), 1e-12);
         registration.apply(*copy);

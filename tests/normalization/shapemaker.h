@@ -44,6 +44,17 @@ Motion<T> motionOf(double aboutX, double aboutY, double aboutZ, double x, double
     return motion;
 }
 
+/// Turns by up to maxAngle about each axis, shifts by up to maxShift along each. Numbers are drawn in a fixed order.
+template <class T>
+Motion<T> randomMotion(std::mt19937& random, double maxAngle, double maxShift) {
+    double draws[6];
+    for (double& draw : draws) {
+        draw = 2 * (random() / 4294967295.0) - 1;
+    }
+    return motionOf<T>(maxAngle * draws[0], maxAngle * draws[1], maxAngle * draws[2], maxShift * draws[3],
+                       maxShift * draws[4], maxShift * draws[5]);
+}
+
 /// Moves the vertices and those of the caps.
 template <class T>
 void move(Shape<T>& shape, const Motion<T>& motion) {

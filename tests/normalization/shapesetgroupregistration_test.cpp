@@ -29,12 +29,10 @@ struct Specimens {
 template <class T>
 Specimens<T> jitteredCopies(int n, double sigma, unsigned int seed, bool caps = false) {
     std::mt19937 random(seed);
-    std::uniform_real_distribution<double> angle(-1, 1), shift(-100, 100);
     Specimens<T> result;
     for (int i = 0; i < n; ++i) {
         auto set = specimen<T>(6, 16, caps);
-        const Motion<T> motion =
-            motionOf<T>(angle(random), angle(random), angle(random), shift(random), shift(random), shift(random));
+        const Motion<T> motion = randomMotion<T>(random, 1, 100);
         for (int k = 0; k < 3; ++k) {
             if (k != 1) {
                 auto& mesh = dynamic_cast<QuadMesh<T>&>(*(*set)[k]);
@@ -164,7 +162,8 @@ TEST(GlobalRegistration, convergesOnTheTrueMeanOfJitteredCopies) {
     // Two noisy copies differ by sqrt(2) sigma along each axis.
     EXPECT_NEAR(std::sqrt(6.0) * sigma, means.back(), 0.05);
     for (std::size_t k = 1; k < means.size(); ++k) {
-        EXPECT_LE(means[k], means[k - 1] * (1 + 1e-5f));
+        // The sweeps lower the squared distances; their roots may go up a little on the way.
+        EXPECT_LE(means[k], means[k - 1] * 1.01f);
     }
     OwnedSet<float> mean(specimens.group.average());
     EXPECT_FALSE(mean.isReference(1));

@@ -39,12 +39,10 @@ TEST(ShapeSetRegistration, leavesASetThatIsItsOwnTargetAlone) {
 // The followers go along, the first vertices of the levels are found again, and the motion told is the motion made.
 TEST(ShapeSetRegistration, bringsAMovedAndTurnedSetBackWithItsFollowers) {
     std::mt19937 random(5);
-    std::uniform_real_distribution<double> angle(-3, 3), shift(-200, 200);
     for (int trial = 0; trial < 20; ++trial) {
         const auto target = specimen<double>(6, 16, true);
         const auto moving = specimen<double>(6, 16, true);
-        moveAll(*moving, motionOf<double>(angle(random), angle(random), angle(random), shift(random), shift(random),
-                                          shift(random)));
+        moveAll(*moving, randomMotion<double>(random, 3, 200));
         for (int k : {0, 2}) {
             auto& mesh = dynamic_cast<QuadMesh<double>&>(*(*moving)[k]);
             turn(mesh, (3 * trial) % 16);
