@@ -11,6 +11,7 @@
 #include "cli/consolemonitor.h"
 #include "cli/stackfile.h"
 #include "images/voxelmatrix.h"
+#include "normalization/densitymappingmethod.h"
 #include "normalization/histogramdensityestimator.h"
 #include "normalization/kerneldensityestimator.h"
 #include "normalization/poissondensityestimator.h"
@@ -24,8 +25,6 @@
 namespace {
 
 constexpr double maxNodes = 1e9;
-
-enum class Method { Histogram, Kernel, Poisson };
 
 /// Where the name stands among those of the option; nothing, and a word about it, for another name.
 std::optional<int> choice(const CommandLine& line, const QString& option, const QStringList& names) {
@@ -52,7 +51,7 @@ std::optional<std::vector<float>> numbers(const CommandLine& line, const QString
 }
 
 struct Job {
-    Method method = Method::Histogram;
+    DensityMappingMethod method = HistogramMethod;
     DensityKernel kernel = GaussianKernel;
     float bandwidth = 0;
     int rank = 1;
@@ -64,12 +63,12 @@ struct Job {
 };
 
 std::unique_ptr<DensityEstimator<float>> estimatorFor(const Job& job) {
-    if (job.method == Method::Poisson) {
+    if (job.method == PoissonMethod) {
         auto poisson = std::make_unique<PoissonDensityEstimator<float>>();
         poisson->setNeighbourRank(job.rank);
         return poisson;
     }
-    if (job.method == Method::Kernel) {
+    if (job.method == KernelMethod) {
         auto kernel = std::make_unique<KernelDensityEstimator<float>>();
         kernel->setKernel(job.kernel);
         kernel->setBandwidth(job.bandwidth);
@@ -113,12 +112,12 @@ std::string surfaceName(const Job& job, std::size_t k) {
 
 /// From indices of the volume to coordinates: an element of a histogram stands for the centre of its cell, one of the
 /// other maps for its node, the first and last of which lie on the faces of the box.
-void toCoordinates(TriMesh<float>& surface, const Grid<float>& grid, Method method) {
+void toCoordinates(TriMesh<float>& surface, const Grid<float>& grid, DensityMappingMethod method) {
     const BoundingBox<float>& box = grid.getBoundingBox();
     Vector<float> steps(3), origin(3);
     for (int a = 0; a < 3; ++a) {
         const int n = grid.getSize()[a];
-        const bool cells = method == Method::Histogram;
+        const bool cells = method == HistogramMethod;
         steps[a] = cells ? box.width(a) / float(n) : n > 1 ? box.width(a) / float(n - 1) : 0;
         origin[a] = box.min(a) + (cells ? steps[a] / 2 : 0);
     }
@@ -210,7 +209,7 @@ bool readJob(const CommandLine& line, Job& job) {
         line.usageError("--name takes a file name without a directory");
         return false;
     }
-    job.method = Method(*method);
+    job.method = DensityMappingMethod(*method);
     job.kernel = DensityKernel(*kernel);
     job.bandwidth = float(*bandwidth);
     job.rank = *rank;
@@ -256,9 +255,12 @@ int densityCommand(const QStringList& arguments) {
                    "Size of a cell, in the unit of the points; a hundredth of the longest side by "
                    "default.",
                    "size");
-    line.addOption({"k", "rank"}, "For poisson: which nearest point of each pattern counts, 10 by default.", "number", "10");
-    line.addOption({"kernel"}, "For kernel: gaussian (by default), uniform, epanechnikov or biweight.", "kernel", "gaussian");
-    line.addOption({"b", "bandwidth"}, "For kernel: its width, in the unit of the points; 10 by default.", "width", "10");
+    line.addOption({"k", "rank"}, "For poisson: which nearest point of each pattern counts, 10 by default.", "number",
+                   "10");
+    line.addOption({"kernel"}, "For kernel: gaussian (by default), uniform, epanechnikov or biweight.", "kernel",
+                   "gaussian");
+    line.addOption({"b", "bandwidth"}, "For kernel: its width, in the unit of the points; 10 by default.", "width",
+                   "10");
     line.addOption({"mask"}, "A closed surface (.qm) outside of which the density is 0; may be given several times.",
                    "file");
     line.addOption({"level"}, "Write the surface at this density; may be given several times.", "density");

@@ -144,7 +144,12 @@ TEST(PolynomialWarp, followsFlatShapesAndFewVerticesOnThem) {
     testing::internal::CaptureStderr(); // the number of discarded terms
     const PolynomialWarp<double> onPlane = fitted(2, flat, imagesOf(flat, quadraticImage<double>));
     const PolynomialWarp<double> onFew = fitted(2, few, imagesOf(few, quadraticImage<double>));
+    // Without vertices there is nothing to displace.
+    PolynomialWarp<double> onNone = fitted(1, Vertices<double>(3, 0, 0, 0), Vertices<double>(3, 0, 0, 0));
     testing::internal::GetCapturedStderr();
+    Vector<double> anywhere = vectorOf<double>({1, 2, 3});
+    onNone.apply(anywhere);
+    EXPECT_EQ(vectorOf<double>({1, 2, 3}), anywhere);
     for (int i = 0; i < flat.getSize(); ++i) {
         Vector<double> v = flat[i];
         onPlane.apply(v);
