@@ -47,6 +47,8 @@ public:
     Triangle<T> triangle(unsigned int i) const;
     /// Adds a triangle at the end of the table, without touching stars. The numbers are not checked.
     void addTriangle(unsigned int a, unsigned int b, unsigned int c);
+    /// Makes room for n triangles in all, so that adding them moves none.
+    void reserveTriangles(unsigned int n) { __triangles.reserve(n); }
     /// Replaces all triangles and builds the stars. Throws SizeError for an entry that has not three numbers and
     /// ValueError for a number that is no vertex of the mesh; the mesh is then unchanged.
     void setTriangles(const std::vector<Vector<unsigned int>>& triangles);

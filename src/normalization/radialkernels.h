@@ -1,0 +1,17 @@
+#pragma once
+
+/// Distances from one point to many, the inner loop of the radial basis functions. For double and long double.
+namespace radialkernels {
+
+/// squares[k] = sum over axes of (axes[a][first + k] - v[a])^2 for the count points from first on, whose coordinates
+/// stand axis by axis.
+void squareDistances(const double* const* axes, int space, const double* v, int first, int count, double* squares);
+void squareDistances(const long double* const* axes, int space, const long double* v, int first, int count,
+                     long double* squares);
+
+/// The roots of the same.
+void distances(const double* const* axes, int space, const double* v, int first, int count, double* distances);
+void distances(const long double* const* axes, int space, const long double* v, int first, int count,
+               long double* distances);
+
+} // namespace radialkernels

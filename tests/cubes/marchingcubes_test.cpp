@@ -1,0 +1,1 @@
+#include "reconstruction/marchingcubes.h"
