@@ -34,6 +34,7 @@ bool VRLSliceInsertionDeletionAction::isOut() const {
 void VRLSliceInsertionDeletionAction::apply() {
     VRLSliceAction::apply();
     __applied = true;
+    takeNextPlacement(__insertion ? __position : __position + 1);
     if (__insertion)
         insertSlice();
     else
@@ -47,7 +48,21 @@ void VRLSliceInsertionDeletionAction::revert() {
         removeSlice();
     else
         insertSlice();
+    if (__next != nullptr)
+        __next->setPlacement(__nextPlacement);
+    updateReconstruction();
     VRLEventServer::notifyAction(*this);
+}
+
+void VRLSliceInsertionDeletionAction::takeNextPlacement(int position) {
+    __next = position < __stack->getNumSlices() ? &__stack->getSlice(position) : nullptr;
+    if (__next != nullptr)
+        __nextPlacement = __next->getPlacement();
+}
+
+void VRLSliceInsertionDeletionAction::updateReconstruction() {
+    if (auto* stack = dynamic_cast<VRLStack*>(__stack))
+        stack->updateReconstruction();
 }
 
 void VRLSliceInsertionDeletionAction::insertSlice() {
@@ -57,8 +72,7 @@ void VRLSliceInsertionDeletionAction::insertSlice() {
         slice.getItem(i).attachToModel();
         __places[&slice.getItem(i)].restore(slice.getItem(i));
     }
-    if (auto* stack = dynamic_cast<VRLStack*>(__stack))
-        stack->updateReconstruction();
+    updateReconstruction();
 }
 
 void VRLSliceInsertionDeletionAction::removeSlice() {
@@ -68,8 +82,7 @@ void VRLSliceInsertionDeletionAction::removeSlice() {
         slice.getItem(i).detachFromModel();
     }
     __stack->removeSlice(__position);
-    if (auto* stack = dynamic_cast<VRLStack*>(__stack))
-        stack->updateReconstruction();
+    updateReconstruction();
 }
 
 QString VRLSliceInsertionDeletionAction::description(bool) const {
