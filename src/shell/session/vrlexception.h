@@ -8,7 +8,7 @@
 class VRLException : public QException, public Exception {
 public:
     VRLException() = default;
-    explicit VRLException(const Exception& exception) : Exception(exception) {}
+    explicit VRLException(const Exception& failure) : Exception(failure) {}
 
     void raise() const override { throw *this; }
     VRLException* clone() const override { return new VRLException(*this); }

@@ -15,7 +15,8 @@ void VRLItemAttributesAction::setProperties(const ModelItemProperties& propertie
 
 void VRLItemAttributesAction::apply() {
     const ModelItemSelection& selection = getItem().getSelection();
-    if (!getItem().isConnected() && !selection.isEmpty() && !selection.isComplete())
+    // When it is redone, the selection may be another one; the item is the same.
+    if (!reverted() && !getItem().isConnected() && !selection.isEmpty() && !selection.isComplete())
         throw ProgramError("void VRLItemAttributesAction::apply()", "Unexpected incomplete item selection");
     VRLItemAction::apply();
     setItemProperties(__newProperties);

@@ -19,7 +19,7 @@ bool VRLItemConversionAction::concerns(const Model& model) const {
 void VRLItemConversionAction::apply() {
     VRLItemAction::apply();
     if (__destination != nullptr)
-        move(*__source, *__destination);
+        move(*__source, __sourcePlace, *__destination, __destinationPlace);
 }
 
 void VRLItemConversionAction::revert() {
@@ -27,13 +27,16 @@ void VRLItemConversionAction::revert() {
     if (__destination == nullptr)
         return;
     getItem().setProperties(__oldProperties);
-    move(*__destination, *__source);
+    move(*__destination, __destinationPlace, *__source, __sourcePlace);
 }
 
-void VRLItemConversionAction::move(Model& source, Model& destination) {
+void VRLItemConversionAction::move(Model& source, VRLItemPlace& oldPlace, Model& destination,
+                                   const VRLItemPlace& newPlace) {
+    oldPlace.take(getItem());
     getItem().detachFromModel();
     getItem().setModel(&destination);
     getItem().attachToModel();
+    newPlace.restore(getItem());
     VRLModelItemConvertEvent event(&getItem(), &source, &destination);
     VRLEventServer::notifyEvent(event);
 }

@@ -2,6 +2,7 @@
 
 #include "document/modelitemproperties.h"
 #include "shell/session/vrlitemaction.h"
+#include "shell/session/vrlitemplace.h"
 
 /// Moves a whole item to another model. Without a destination nothing happens.
 class VRLItemConversionAction : public VRLItemAction {
@@ -17,9 +18,11 @@ public:
     void revert() override;
 
 private:
-    void move(Model& source, Model& destination);
+    void move(Model& source, VRLItemPlace& oldPlace, Model& destination, const VRLItemPlace& newPlace);
 
     Model* __source;
     ModelItemProperties __oldProperties;
     Model* __destination = nullptr;
+    VRLItemPlace __sourcePlace;
+    VRLItemPlace __destinationPlace;
 };

@@ -12,12 +12,14 @@ VRLItemCreationAction::~VRLItemCreationAction() {
 void VRLItemCreationAction::apply() {
     VRLItemAction::apply();
     getItem().attach();
+    __place.restore(getItem());
     VRLModelItemCreateEvent event(&getItem());
     VRLEventServer::notifyEvent(event);
 }
 
 void VRLItemCreationAction::revert() {
     VRLItemAction::revert();
+    __place.take(getItem());
     getItem().detach();
     VRLModelItemDeleteEvent event(&getItem());
     VRLEventServer::notifyEvent(event);

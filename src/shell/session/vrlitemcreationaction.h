@@ -1,6 +1,7 @@
 #pragma once
 
 #include "shell/session/vrlitemaction.h"
+#include "shell/session/vrlitemplace.h"
 
 /// Attaches a new item to its model and its slice. Undone, it owns the item.
 class VRLItemCreationAction : public VRLItemAction {
@@ -10,4 +11,7 @@ public:
     void apply() override;
     void revert() override;
     QString description(bool verbose) const override;
+
+private:
+    VRLItemPlace __place;
 };

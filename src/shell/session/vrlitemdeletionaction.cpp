@@ -17,6 +17,7 @@ bool VRLItemDeletionAction::operator==(const VRLAction& other) const {
 void VRLItemDeletionAction::apply() {
     VRLItemAction::apply();
     __applied = true;
+    __place.take(getItem());
     getItem().detach();
     VRLModelItemDeleteEvent event(&getItem());
     VRLEventServer::notifyEvent(event);
@@ -25,6 +26,7 @@ void VRLItemDeletionAction::apply() {
 void VRLItemDeletionAction::revert() {
     VRLItemAction::revert();
     getItem().attach();
+    __place.restore(getItem());
     VRLModelItemCreateEvent event(&getItem());
     VRLEventServer::notifyEvent(event);
 }

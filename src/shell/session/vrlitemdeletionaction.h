@@ -1,6 +1,7 @@
 #pragma once
 
 #include "shell/session/vrlitemaction.h"
+#include "shell/session/vrlitemplace.h"
 
 /// Takes an item off its model and its slice, and owns it then. Equal to another deletion of the same item.
 class VRLItemDeletionAction : public VRLItemAction {
@@ -14,5 +15,6 @@ public:
     QString description(bool verbose) const override;
 
 private:
+    VRLItemPlace __place;
     bool __applied = false;
 };

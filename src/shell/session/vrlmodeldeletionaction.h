@@ -1,5 +1,8 @@
 #pragma once
 
+#include <vector>
+
+#include "shell/session/vrlitemplace.h"
 #include "shell/session/vrlmodelaction.h"
 
 /// Takes a model with its items out of its stack, and owns it then.
@@ -13,4 +16,6 @@ public:
 
 private:
     bool __applied = false;
+    int __index = 0;
+    std::vector<VRLItemPlace> __places; // of the items, in the model's order
 };

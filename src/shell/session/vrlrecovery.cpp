@@ -46,15 +46,13 @@ VRLRecovery::VRLRecovery(const QString& directory) : __directory(directory.isEmp
 }
 
 VRLRecovery::~VRLRecovery() {
+    saveModifiedStacks();
     waitForWrites();
-    for (const auto& [stack, entry] : __entries) {
-        QFile::remove(entry.file);
-        QFile::remove(infoFile(entry.file));
-    }
     if (__sessionDirectory.isEmpty())
         return;
     __lock->unlock();
-    QDir(__sessionDirectory).removeRecursively();
+    if (QDir(__sessionDirectory).entryList({"*.sdf"}, QDir::Files).isEmpty())
+        QDir(__sessionDirectory).removeRecursively();
 }
 
 void VRLRecovery::start(int interval) {

@@ -22,7 +22,8 @@ class VRLStack;
 /// The files lie in a directory of the running program below the user's state directory, which a lock keeps from other
 /// programs that run at the same time. The text is made on the main thread and written to disk on another one, beside
 /// and renamed, so that a recovery file is always whole. A file goes when its stack is saved or closed. What a program
-/// leaves behind that did not end in the proper way is offered at the next start.
+/// leaves behind that did not end in the proper way is offered at the next start. Stacks that are still open and
+/// modified when this object goes were not closed by the user: their files are brought up to date and stay.
 ///
 /// The user's own files are never touched. Without a directory that can be written there are no recovery files.
 class VRLRecovery : public QObject, public VRLEventClient {

@@ -53,16 +53,20 @@ void VRLSliceInsertionDeletionAction::revert() {
 void VRLSliceInsertionDeletionAction::insertSlice() {
     StackSlice& slice = *getSlice();
     __stack->addSlice(&slice, __position);
-    for (int i = 0; i < slice.getNumItems(); ++i)
+    for (int i = 0; i < slice.getNumItems(); ++i) {
         slice.getItem(i).attachToModel();
+        __places[&slice.getItem(i)].restore(slice.getItem(i));
+    }
     if (auto* stack = dynamic_cast<VRLStack*>(__stack))
         stack->updateReconstruction();
 }
 
 void VRLSliceInsertionDeletionAction::removeSlice() {
     StackSlice& slice = *getSlice();
-    for (int i = 0; i < slice.getNumItems(); ++i)
+    for (int i = 0; i < slice.getNumItems(); ++i) {
+        __places[&slice.getItem(i)].take(slice.getItem(i));
         slice.getItem(i).detachFromModel();
+    }
     __stack->removeSlice(__position);
     if (auto* stack = dynamic_cast<VRLStack*>(__stack))
         stack->updateReconstruction();

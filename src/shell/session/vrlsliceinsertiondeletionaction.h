@@ -1,5 +1,8 @@
 #pragma once
 
+#include <map>
+
+#include "shell/session/vrlitemplace.h"
 #include "shell/session/vrlsliceaction.h"
 
 class Stack;
@@ -39,4 +42,5 @@ private:
     bool __insertion = true;
     bool __applied = false;
     int __position = 0;
+    std::map<const ModelItem*, VRLItemPlace> __places;
 };
