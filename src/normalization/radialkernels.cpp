@@ -1,6 +1,8 @@
 #include "normalization/radialkernels.h"
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 // The versions for wide vectors are chosen when the program is loaded, which the sanitizers do not survive. The roots
 // become vector instructions because this file is compiled without the error number of the mathematical functions.
@@ -49,6 +51,44 @@ VORLEN_INLINE void distancesBody(const T* const* axes, int space, const T* v, in
     }
 }
 
+/// Natural logarithm of a positive normal number, without a branch, so that a loop of it becomes vector instructions.
+///
+/// With x = 2^e m and m from the root of 1/2 to that of 2, and s = f / (2 + f) for f = m - 1, ln m = 2 artanh s = f - f
+/// (f/2) + s (f (f/2) + R(s^2)). The polynomial R and the two parts of ln 2 are those of the logarithm of fdlibm, K. C.
+/// Ng, Sun Microsystems, 1993.
+VORLEN_INLINE double logarithm(double x) {
+    constexpr std::uint64_t one = 0x3ff0000000000000, rootOfHalf = 0x3fe6a09e00000000, fraction = 0x000fffffffffffff;
+    const std::uint64_t bits = std::bit_cast<std::uint64_t>(x) + (one - rootOfHalf);
+    // The exponent becomes a number as the last digits of 2^52.
+    const double e = std::bit_cast<double>((bits >> 52) | 0x4330000000000000) - (4503599627370496.0 + 1023.0);
+    const double f = std::bit_cast<double>((bits & fraction) + rootOfHalf) - 1.0;
+    const double s = f / (2.0 + f);
+    const double z = s * s;
+    const double half = 0.5 * f * f;
+    const double r = z * (6.666666666666735130e-01 +
+                          z * (3.999999999940941908e-01 +
+                               z * (2.857142874366239149e-01 +
+                                    z * (2.222219843214978396e-01 +
+                                         z * (1.818357216161805012e-01 +
+                                              z * (1.531383769920937332e-01 + z * 1.479819860511658591e-01))))));
+    return e * 6.93147180369123816490e-01 + (f - (half - (s * (half + r) + e * 1.90821492927058770002e-10)));
+}
+
+VORLEN_INLINE long double logarithm(long double x) {
+    return std::log(x);
+}
+
+template <class T>
+VORLEN_INLINE void thinPlatesBody(T* values, int count, T epsilon) {
+    // 1 stands for what is too small: 1 ln 1 is 0. In a loop of its own, or the compiler makes it a branch.
+    for (int k = 0; k < count; ++k) {
+        values[k] = values[k] > epsilon ? values[k] : T(1);
+    }
+    for (int k = 0; k < count; ++k) {
+        values[k] *= logarithm(values[k]);
+    }
+}
+
 } // namespace
 
 namespace radialkernels {
@@ -71,6 +111,14 @@ VORLEN_WIDE void distances(const double* const* axes, int space, const double* v
 void distances(const long double* const* axes, int space, const long double* v, int first, int count,
                long double* distances) {
     distancesBody(axes, space, v, first, count, distances);
+}
+
+VORLEN_WIDE void thinPlates(double* values, int count, double epsilon) {
+    thinPlatesBody(values, count, epsilon);
+}
+
+void thinPlates(long double* values, int count, long double epsilon) {
+    thinPlatesBody(values, count, epsilon);
 }
 
 } // namespace radialkernels

@@ -18,7 +18,5 @@ protected:
     void kernelValues(const Points& points, const Wide* v, int first, int count, Wide* values) const override;
 
 private:
-    Wide __kernel(Wide squareDistance) const;
-
     T __epsilon = Vector<T>::epsilon();
 };

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "normalization/radialkernels.h"
 #include "numerics/exception.h"
 #include "numerics/squarematrix.h"
 #include "support/vectors.h"
@@ -130,6 +131,24 @@ TEST(ThinPlateSpline, hasTheKernelsOfPlaneAndSpace) {
     EXPECT_NEAR(25 * std::log(25.0), plane.rbf(origin, vectorOf<double>({-3, 4})), 1e-13);
     EXPECT_EQ(0, space.rbf(vectorOf<double>({1, 2, 3}), vectorOf<double>({1, 2, 3})));
     EXPECT_EQ(7, space.rbf(vectorOf<double>({1, 1, 1}), vectorOf<double>({3, 4, 7})));
+}
+
+// All powers of two with a few fractions, and the roots of two at which the logarithm changes its exponent.
+TEST(ThinPlateSpline, worksOutManyKernelsAsWellAsOne) {
+    std::vector<double> squares;
+    for (int e = -48; e <= 1000; ++e)
+        for (const double m : {1.0, 1.0000000000000002, 1.25, 1.41421356, 1.41421357, 1.75, 1.9999999999999998})
+            squares.push_back(std::ldexp(m, e));
+    std::vector<double> kernels(squares);
+    radialkernels::thinPlates(kernels.data(), int(kernels.size()), 1e-15);
+    for (std::size_t k = 0; k < squares.size(); ++k) {
+        const double expected = squares[k] * std::log(squares[k]);
+        EXPECT_NEAR(expected, kernels[k], 6e-16 * std::abs(expected)) << squares[k];
+    }
+    double small[] = {0, 1e-15, 1e-300, 5e-324, std::nan("")};
+    radialkernels::thinPlates(small, 5, 1e-15);
+    for (const double value : small)
+        EXPECT_EQ(0, value);
 }
 
 TEST(ThinPlateSpline, worksInAnyUnitOfLength) {
