@@ -33,6 +33,8 @@ bool VRLSliceInsertionDeletionAction::isOut() const {
 
 void VRLSliceInsertionDeletionAction::apply() {
     VRLSliceAction::apply();
+    if (!__applied)
+        __placement = getSlice()->getPlacement();
     __applied = true;
     takeNextPlacement(__insertion ? __position : __position + 1);
     if (__insertion)
@@ -67,6 +69,7 @@ void VRLSliceInsertionDeletionAction::updateReconstruction() {
 
 void VRLSliceInsertionDeletionAction::insertSlice() {
     StackSlice& slice = *getSlice();
+    slice.setPlacement(__placement);
     __stack->addSlice(&slice, __position);
     for (int i = 0; i < slice.getNumItems(); ++i) {
         slice.getItem(i).attachToModel();
@@ -81,7 +84,8 @@ void VRLSliceInsertionDeletionAction::removeSlice() {
         __places[&slice.getItem(i)].take(slice.getItem(i));
         slice.getItem(i).detachFromModel();
     }
-    __stack->removeSlice(__position);
+    // Not by the position that was told: the slices of one step are taken out in the order in which they came.
+    __stack->removeSlice(__stack->findSlice(slice));
     updateReconstruction();
 }
 

@@ -47,6 +47,7 @@ private:
     bool __applied = false;
     int __position = 0;
     std::map<const ModelItem*, VRLItemPlace> __places;
+    StackSlice::Placement __placement;
     StackSlice* __next = nullptr; // the slice behind, which moves when the slice comes or goes
     StackSlice::Placement __nextPlacement;
 };
