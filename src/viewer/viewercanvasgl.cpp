@@ -4,6 +4,7 @@
 #include "numerics/maths.h"
 
 #include <QColor>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QMouseEvent>
@@ -23,6 +24,7 @@ namespace {
 const char* const colorKey = "viewerCanvas/background/color";
 const char* const gradientKey = "viewerCanvas/background/gradient";
 
+constexpr int slowPaint = 50; // milliseconds
 constexpr float minZoom = 0.01f, maxZoom = 5.0f;
 
 Vector<float> nullVector() {
@@ -279,25 +281,15 @@ void ViewerCanvasGL::resizeGL(int, int) {
 }
 
 void ViewerCanvasGL::paintGL() {
-    __setViewport(); // the widget sets its own before each paint
-    __background.glDraw();
-    if (__projectionDirty)
-        __updateGLProjection();
-    if (__lightDirty)
-        __updateGLLight();
-    __loadCamera();
-    __draw(__boundingBoxPainter);
-    for (const PainterGL<float>* painter : __painters)
-        if (painter->isOpaque())
-            __draw(*painter);
-    glDepthMask(GL_FALSE);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    for (const PainterGL<float>* painter : __painters)
-        if (!painter->isOpaque())
-            __draw(*painter);
-    glDisable(GL_BLEND);
-    glDepthMask(GL_TRUE);
+    if (!__moving || __coarse) {
+        __paint(!__coarse);
+        return;
+    }
+    QElapsedTimer timer;
+    timer.start();
+    __paint(true);
+    glFinish(); // drawing goes on behind the calls
+    __coarse = timer.elapsed() > slowPaint;
 }
 
 void ViewerCanvasGL::mousePressEvent(QMouseEvent* event) {
@@ -331,6 +323,7 @@ void ViewerCanvasGL::mouseReleaseEvent(QMouseEvent*) {
     if (!__moving)
         return;
     __moving = false;
+    __coarse = false;
     repaint();
 }
 
@@ -342,6 +335,35 @@ void ViewerCanvasGL::wheelEvent(QWheelEvent* event) {
     const QPoint angle = event->angleDelta(); // with Alt held down, the wheel turns sideways
     zoomBy(-float(angle.y() != 0 ? angle.y() : angle.x()) / 800);
     event->accept();
+}
+
+void ViewerCanvasGL::__paint(bool smooth) {
+    if (smooth)
+        glEnable(GL_MULTISAMPLE);
+    else
+        glDisable(GL_MULTISAMPLE);
+    __setViewport(); // the widget sets its own before each paint
+    __background.glDraw();
+    // Colours blend, the alpha channel stays that of the ground: the window must not shine through the scene.
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_FALSE);
+    if (__projectionDirty)
+        __updateGLProjection();
+    if (__lightDirty)
+        __updateGLLight();
+    __loadCamera();
+    __draw(__boundingBoxPainter);
+    for (const PainterGL<float>* painter : __painters)
+        if (painter->isOpaque())
+            __draw(*painter);
+    glDepthMask(GL_FALSE);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    for (const PainterGL<float>* painter : __painters)
+        if (!painter->isOpaque())
+            __draw(*painter);
+    glDisable(GL_BLEND);
+    glDepthMask(GL_TRUE);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
 
 void ViewerCanvasGL::__restoreBackground() {

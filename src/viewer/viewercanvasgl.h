@@ -23,7 +23,8 @@
 /// Decisions: each painter starts from white, unshining material, points and lines of one pixel, and leaves nothing
 /// behind, so that the picture of one does not depend on the others. Boxes of the plane lie at z 0. A scene without
 /// extent, as a single point, has radius 1. A zoom below 1 percent counts as 1 percent. A painter that fails is left
-/// out of the picture, with a warning on the standard error stream.
+/// out of the picture, with a warning on the standard error stream. A scene that takes long to draw, as large ones do
+/// without a graphics card, loses the smoothing of its edges during a drag and has it back at the release.
 class ViewerCanvasGL : public QOpenGLWidget {
     Q_OBJECT
 
@@ -115,6 +116,7 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
+    void __paint(bool smooth);
     void __restoreBackground();
     void __applyBackground(const BackgroundGL& background);
     void __scaleBoundingBox();
@@ -144,6 +146,7 @@ private:
     float __ty = 0;
     float __zoom = 1.0f;
     bool __moving = false;
+    bool __coarse = false; ///< edges are not smoothed, as the present drag would be slow
     int __lastX = 0;
     int __lastY = 0;
     float __ambient = 80 / 255.0f;

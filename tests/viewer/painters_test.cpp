@@ -73,13 +73,13 @@ TEST(SymbolMeshGL, bodiesAreClosedFaceOutwardAndHaveOneVolume) {
 
 // Seen along z: an octagon, a square, a triangle and a square, about each vertex.
 TEST(VerticesPainterGL, drawsEachSymbolAtItsSizeAndPlace) {
-    const Vertices<float> vertices = verticesOf<float>({{-10, 0, 0}, {10, 4, 3}});
+    const Vertices<float> vertices = verticesOf<float>({{-7, 0, 0}, {7, 4, 9}});
     Scene scene;
     VerticesPainterGL<float> painter;
     painter.setShape(vertices);
     scene.add(painter);
     const double pixel = scene.canvas.getRadius() / 200; // in world units
-    const float size = 1.4f;
+    const float size = 1.8f;
     const double h[] = {0, 0.805996 * size, 1.6439488 * size, 1.16244735 * size};
     const double areas[] = {2 * std::sqrt(2.0) * size * size, 4 * h[1] * h[1], std::sqrt(3.0) * h[2] * h[2],
                             4 * h[3] * h[3]};
@@ -87,13 +87,13 @@ TEST(VerticesPainterGL, drawsEachSymbolAtItsSizeAndPlace) {
         painter.setAttributes(symbolsOf(bodies[k], size));
         const QImage picture = scene.picture();
         const Spot spot = spotOf(picture, pureGreen, 128);
-        EXPECT_NEAR(spot.count * pixel * pixel, 2 * areas[k], 0.03 * areas[k]) << k;
-        EXPECT_NEAR(spot.x, 200, 0.6);
-        EXPECT_NEAR(spot.y, 200, 0.6);
-        EXPECT_TRUE(hasColor(picture, int(200 - 10 / pixel), int(200 + 2 / pixel), pureGreen));
+        EXPECT_NEAR(spot.count * pixel * pixel, 2 * areas[k], 0.05 * areas[k]) << k;
+        EXPECT_NEAR(spot.x, 200, 0.8);
+        EXPECT_NEAR(spot.y, 200, 0.8);
+        EXPECT_TRUE(hasColor(picture, int(200 - 7 / pixel), int(200 + 2 / pixel), pureGreen));
     }
     painter.setAttributes(symbolsOf(DotSymbolGL, 9));
-    EXPECT_NEAR(spotOf(scene.picture(), pureGreen, 128).count, 2 * pi * 4.5 * 4.5, 40); // round or square
+    EXPECT_NEAR(spotOf(scene.picture(), pureGreen, 128).count, 2 * pi * 4.5 * 4.5, 60); // round or square
     painter.setAttributes(symbolsOf(SphereSymbolGL, 0));
     EXPECT_EQ(spotOf(scene.picture(), pureGreen, 128).count, 0);
 }

@@ -251,6 +251,7 @@ TEST(ViewerCanvasGL, transparentPaintersFollowTheOpaqueOnesWhereverTheyStandInTh
     // Blended in list order, the one behind too: transparent ones do not write depth.
     scene.add(green);
     EXPECT_TRUE(hasColor(scene.picture(), 200, 200, QColor(64, 128, 63)));
+    EXPECT_TRUE(hasColor(scene.canvas.grab().toImage(), 200, 200, QColor(64, 128, 63))); // as the window shows it
     // From behind, the opaque square hides them.
     scene.canvas.setRotation(vectorOf<float>({0, 180, 0}));
     EXPECT_TRUE(hasColor(scene.picture(), 200, 200, QColor(0, 0, 255)));
