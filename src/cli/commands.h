@@ -16,3 +16,6 @@ int measureCommand(const QStringList& arguments);
 
 /// Writes the surfaces of each stack's models into a directory.
 int exportCommand(const QStringList& arguments);
+
+/// Writes the surface of each volume at a level into a directory.
+int isosurfaceCommand(const QStringList& arguments);
