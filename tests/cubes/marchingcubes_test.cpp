@@ -157,7 +157,7 @@ TEST(MarchingCubes, closedSurfacesOfRandomVolumesHaveNoGapsAndMeetEachSubCase) {
     std::mt19937 random(11);
     std::map<TilingTable, std::set<int>> met;
     MarchingCubes<double> cubes;
-    for (int n = 0; n < 21000; ++n) {
+    for (int n = 0; n < 14000; ++n) {
         const FieldKind kind = FieldKind(n % numFieldKinds);
         const VoxelMatrix<double> volume = randomVolume<double>(random, kind, 3, 3, 3);
         const Mesh mesh = cubes.buildMesh(volume, 0, true);
