@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run test bench sanitize format install setup build sample clean
+.PHONY: all run test bench sanitize format install deb setup build sample clean
 
 all: build
 
@@ -38,6 +38,10 @@ format:
 
 install: build
 	@cmake --install $(BUILD) --prefix $(PREFIX)
+	@scripts/refresh-desktop $(PREFIX)
+
+deb: build
+	@cpack --config $(BUILD)/CPackConfig.cmake -B build/packages
 
 clean:
 	@rm -rf build

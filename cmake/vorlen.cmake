@@ -27,6 +27,21 @@ function(vorlen_test room)
     gtest_discover_tests(test_${room} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
 endfunction()
 
+# vorlen_gui_test(room SOURCES ... LINKS ...): the GoogleTest program test_<room> of real windows. It runs as one test
+# under a virtual X server of its own; to run it in your session's windows, start the program by hand.
+function(vorlen_gui_test room)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    find_package(Qt6 6.4 REQUIRED COMPONENTS OpenGLWidgets Test)
+    add_executable(test_${room} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/guimain.cpp)
+    set_target_properties(test_${room} PROPERTIES AUTOMOC ON)
+    target_include_directories(test_${room} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(test_${room} PRIVATE vorlen_options ${ARG_LINKS} Qt6::OpenGLWidgets Qt6::Test GTest::gtest)
+    add_test(NAME test_${room}
+        COMMAND xvfb-run -a -s "-screen 0 1600x1200x24 +extension GLX" $<TARGET_FILE:test_${room}>)
+    set_tests_properties(test_${room} PROPERTIES TIMEOUT 600
+        ENVIRONMENT "QT_QPA_PLATFORM=xcb;LIBGL_ALWAYS_SOFTWARE=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0")
+endfunction()
+
 # vorlen_bench(source LINKS ...): adds a source to the one benchmark program.
 function(vorlen_bench source)
     cmake_parse_arguments(ARG "" "" "LINKS" ${ARGN})

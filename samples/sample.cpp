@@ -225,7 +225,8 @@ double inside(double distance) {
 
 double brightness(const Scene& scene, const std::vector<Point>& cells, const Section& section, int index, int u,
                   int v) {
-    const auto [x, y] = section.toWorld(u, v);
+    const Point here = section.toWorld(u, v);
+    const double x = here.x, y = here.y;
     const double z = section.z;
     double value = 172 + 26 * (smoothNoise(x / 14, y / 14, z / 20, 1) - 0.5) +
                    22 * (smoothNoise(x / 3.5, y / 3.5, z / 5, 2) - 0.5);

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 #include <limits>
+#include <sstream>
 #include <utility>
 
 #include "cli/commandline.h"
@@ -12,8 +13,8 @@
 #include "images/voxelmatrix.h"
 #include "images/voxelmatrixheader.h"
 #include "numerics/exception.h"
+#include "numerics/safefile.h"
 #include "reconstruction/marchingcubes.h"
-#include "shapes/safefile.h"
 
 namespace {
 
@@ -133,7 +134,10 @@ int writeSurface(const std::string& file, const Request& request) {
         return ExitProblems;
     mesh.setName(name);
     mesh.save(meshFile, request.overwrite);
-    saveSafely(stlFile, command, [&mesh](std::ostream& stream) { mesh.export2AsciiSTL(stream); });
+    std::ostringstream text;
+    mesh.export2AsciiSTL(text);
+    if (!SafeFile::save(stlFile, std::move(text).str()))
+        throw FileWriteError(command, "The file cannot be opened for writing", stlFile);
     std::cout << meshFile << '\n' << stlFile << '\n';
     return ExitGood;
 }

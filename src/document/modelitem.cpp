@@ -90,7 +90,7 @@ ModelItem::ModelItem(const ModelItem& other)
 
 ModelItem::~ModelItem() {
     while (!__owners.empty())
-        __owners.back()->removeItem(*this);
+        __owners.back().owner->removeItem(*this);
 }
 
 void ModelItem::setModel(Model* model) {
@@ -415,6 +415,9 @@ bool ModelItem::pointNearSegment(const Vector<int>& a, const Vector<int>& b, con
     return includeEnds && (squaredDistance(a, point) <= reach || squaredDistance(b, point) <= reach);
 }
 
-bool ModelItem::isListedBy(const ModelItemOwner& owner) const {
-    return std::find(__owners.begin(), __owners.end(), &owner) != __owners.end();
+std::uint64_t ModelItem::placeBy(const ModelItemOwner& owner) const {
+    for (const Listing& listing : __owners)
+        if (listing.owner == &owner)
+            return listing.place;
+    return 0;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "document/modelitemproperties.h"
@@ -138,7 +139,14 @@ public:
 private:
     friend class ModelItemOwner;
 
-    bool isListedBy(const ModelItemOwner& owner) const;
+    /// A list that the item is on, and its place there.
+    struct Listing {
+        ModelItemOwner* owner;
+        std::uint64_t place;
+    };
+
+    bool isListedBy(const ModelItemOwner& owner) const { return placeBy(owner) != 0; }
+    std::uint64_t placeBy(const ModelItemOwner& owner) const;
     Vertices<int> verticesBySelection(bool selected) const;
     BoundingBox<int> vertexBox(int i) const;
 
@@ -148,5 +156,5 @@ private:
     BoundingBox<int> __updateBox;
     ModelItemSelection __selection;
     ModelItemProperties __properties;
-    std::vector<ModelItemOwner*> __owners;
+    std::vector<Listing> __owners;
 };

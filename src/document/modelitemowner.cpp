@@ -18,14 +18,27 @@ ModelItemOwner::~ModelItemOwner() {
 void ModelItemOwner::addItem(ModelItem& item) {
     if (item.isListedBy(*this))
         return;
-    item.__owners.push_back(this);
+    item.__owners.push_back({this, ++__lastPlace});
     __items.push_back(&item);
+}
+
+ModelItemOwner::Place ModelItemOwner::placeOf(const ModelItem& item) const {
+    return item.placeBy(*this);
+}
+
+void ModelItemOwner::restoreItem(ModelItem& item, Place place) {
+    removeItem(item);
+    const auto behind = std::upper_bound(__items.begin(), __items.end(), place,
+                                         [this](Place p, const ModelItem* other) { return p < other->placeBy(*this); });
+    __items.insert(behind, &item);
+    item.__owners.push_back({this, place});
+    __lastPlace = std::max(__lastPlace, place);
 }
 
 void ModelItemOwner::removeItem(ModelItem& item) {
     if (!item.isListedBy(*this))
         return;
-    std::erase(item.__owners, this);
+    std::erase_if(item.__owners, [this](const ModelItem::Listing& listing) { return listing.owner == this; });
     // From the end: what was listed last is what is mostly taken off, by undoing for instance.
     const auto place = std::find(__items.rbegin(), __items.rend(), &item);
     __items.erase(std::next(place).base());
@@ -109,6 +122,10 @@ void ModelItemOwner::sort() {
         std::swap(positions[std::size_t(i)], positions[std::size_t(smallest)]);
         std::swap(__items[std::size_t(i)], __items[std::size_t(smallest)]);
     }
+    for (ModelItem* item : __items)
+        for (ModelItem::Listing& listing : item->__owners)
+            if (listing.owner == this)
+                listing.place = ++__lastPlace;
 }
 
 std::vector<ModelItem*> ModelItemOwner::intersection(const ModelItemOwner& other) const {
@@ -134,7 +151,8 @@ void ModelItemOwner::deleteItems(const std::vector<ModelItemOwner*>& owners) {
     }
     std::unordered_set<ModelItemOwner*> concerned;
     for (ModelItem* item : items) {
-        concerned.insert(item->__owners.begin(), item->__owners.end());
+        for (const ModelItem::Listing& listing : item->__owners)
+            concerned.insert(listing.owner);
         item->__owners.clear();
     }
     removeUnlisted({concerned.begin(), concerned.end()});
@@ -145,8 +163,9 @@ void ModelItemOwner::deleteItems(const std::vector<ModelItemOwner*>& owners) {
 void ModelItemOwner::withdrawItems() {
     std::unordered_set<ModelItemOwner*> concerned;
     for (ModelItem* item : __items) {
-        concerned.insert(item->__owners.begin(), item->__owners.end());
-        item->__owners.assign(1, this);
+        for (const ModelItem::Listing& listing : item->__owners)
+            concerned.insert(listing.owner);
+        std::erase_if(item->__owners, [this](const ModelItem::Listing& listing) { return listing.owner != this; });
     }
     concerned.erase(this);
     removeUnlisted({concerned.begin(), concerned.end()});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 class ModelItem;
@@ -22,6 +23,14 @@ public:
     /// Lists the item, which must have been made by new, at the end; nothing when it is listed already.
     /// The item's own pointers are not touched.
     void addItem(ModelItem& item);
+
+    /// Where an item stands: the place of one listed later is greater. 0 for an item that is not listed.
+    using Place = std::uint64_t;
+    Place placeOf(const ModelItem& item) const;
+
+    /// Lists the item where it stood once, behind the items of lesser places. A listed item moves there. After a
+    /// sort(), places from before it mean nothing.
+    void restoreItem(ModelItem& item, Place place);
 
     /// Takes the item off the list without deleting it; nothing when it is not listed.
     void removeItem(ModelItem& item);
@@ -60,5 +69,6 @@ private:
     friend class ModelItem;
     friend class Stack;
 
-    std::vector<ModelItem*> __items;
+    std::vector<ModelItem*> __items; // by ascending place
+    Place __lastPlace = 0;
 };

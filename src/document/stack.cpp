@@ -208,9 +208,15 @@ int Stack::findModel(const Model& model) const {
 void Stack::addModel(Model* model) {
     if (findModel(*model) >= 0)
         return;
-    __models.emplace_back(model);
-    for (int i = 0; i < model->getNumItems(); ++i)
-        model->getItem(i).attachToSlice();
+    addModel(model, getNumModels());
+}
+
+void Stack::addModel(Model* model, int i) {
+    if (findModel(*model) >= 0)
+        return;
+    __models.emplace(__models.begin() + i, model);
+    for (int k = 0; k < model->getNumItems(); ++k)
+        model->getItem(k).attachToSlice();
 }
 
 void Stack::removeModel(Model& model) {

@@ -110,6 +110,9 @@ public:
     /// model is in this stack already.
     void addModel(Model* model);
 
+    /// The same in front of model i.
+    void addModel(Model* model, int i);
+
     /// Takes the model out, and its items off their slices; the model keeps them, and the caller owns the model.
     /// Nothing when the model is not in this stack.
     void removeModel(Model& model);

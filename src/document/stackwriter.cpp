@@ -9,7 +9,6 @@
 #include "document/model.h"
 #include "document/modelitem.h"
 #include "document/pose.h"
-#include "document/safefile.h"
 #include "document/stack.h"
 #include "document/stackslice.h"
 #include "document/standardimage.h"
@@ -22,6 +21,7 @@
 #include "images/voxelmatrix.h"
 #include "numerics/exception.h"
 #include "numerics/fileinfo.h"
+#include "numerics/safefile.h"
 
 namespace {
 

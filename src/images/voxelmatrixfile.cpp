@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -45,29 +44,6 @@ bool transferRows(std::vector<iovec>& rows, Call&& call) {
     }
     rows.erase(rows.begin(), rows.begin() + std::ptrdiff_t(done));
     return !failed;
-}
-
-std::string folderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-}
-
-// The file that a name leads to when links are followed; the name itself where nothing is there yet.
-std::string followLinks(const std::string& filename) {
-    char* const resolved = ::realpath(filename.c_str(), nullptr);
-    if (!resolved)
-        return filename;
-    const std::string path(resolved);
-    std::free(resolved);
-    return path;
-}
-
-void flushFolder(const std::string& path) {
-    const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0)
-        return;
-    ::fsync(folder); // some file systems cannot, and the file itself is safe already
-    ::close(folder);
 }
 
 } // namespace
@@ -149,40 +125,18 @@ std::size_t VoxelMatrixFileReader::__readFile(void* destination, std::size_t num
 }
 
 VoxelMatrixFileWriter::VoxelMatrixFileWriter(const std::string& filename, bool overwrite, const std::string& where)
-    : __filename(filename), __where(where), __target(followLinks(filename)), __buffer(new unsigned char[bufferLength]) {
+    : __filename(filename), __where(where) {
     struct stat status {};
-    const bool exists = ::stat(__target.c_str(), &status) == 0;
-    if (!overwrite && exists)
+    if (!overwrite && ::stat(filename.c_str(), &status) == 0)
         throw FileWriteError(where, "File already exists", filename);
-    // A link that leads nowhere yet is followed by the system, not replaced.
-    struct stat linkStatus {};
-    const bool replaceable = exists ? S_ISREG(status.st_mode) : ::lstat(__target.c_str(), &linkStatus) != 0;
-    if (exists && ::access(__target.c_str(), W_OK) != 0)
-        throw FileWriteError(where, "Cannot open file for writing", filename);
-    if (replaceable && !filename.empty()) {
-        const mode_t mode = exists ? status.st_mode & 07777 : 0666;
-        for (int attempt = 0; attempt < 100 && __descriptor < 0; ++attempt) {
-            __temporary = __target + ".new" + std::to_string(::getpid()) + "-" + std::to_string(attempt);
-            __descriptor = ::open(__temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-            if (__descriptor < 0 && errno != EEXIST)
-                break;
-        }
-        if (__descriptor >= 0 && exists)
-            ::fchmod(__descriptor, mode);
+    try {
+        __file = std::make_unique<SafeFile>(filename);
+    } catch (const FileWriteError&) {
+        __fail();
     }
-    if (__descriptor < 0) {
-        __temporary.clear();
-        __descriptor = ::open(__target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    }
-    if (__descriptor < 0)
+    if (!__file->isOpen())
         throw FileWriteError(where, "Cannot open file for writing", filename);
-}
-
-VoxelMatrixFileWriter::~VoxelMatrixFileWriter() {
-    if (__descriptor >= 0)
-        ::close(__descriptor);
-    if (!__temporary.empty())
-        ::unlink(__temporary.c_str());
+    __buffer.reset(new unsigned char[bufferLength]);
 }
 
 void VoxelMatrixFileWriter::write(const void* source, std::size_t numBytes) {
@@ -212,26 +166,19 @@ void VoxelMatrixFileWriter::writeRow(const void* source, std::size_t numBytes) {
 
 void VoxelMatrixFileWriter::commit() {
     __flush();
-    if (::fsync(__descriptor) != 0 && errno != EINVAL && errno != EROFS) // EINVAL: a pipe or device has no disk
+    try {
+        __file->commit();
+    } catch (const FileWriteError&) {
         __fail();
-    const int closed = ::close(__descriptor);
-    __descriptor = -1;
-    if (closed != 0)
-        __fail();
-    if (__temporary.empty())
-        return;
-    if (::rename(__temporary.c_str(), __target.c_str()) != 0)
-        __fail();
-    __temporary.clear();
-    flushFolder(folderOf(__target));
+    }
 }
 
 void VoxelMatrixFileWriter::__flush() {
     if (__fill > 0)
         __rows.insert(__rows.begin(), {__buffer.get(), __fill});
     __fill = 0;
-    const bool written =
-        transferRows(__rows, [this](const iovec* rows, int count) { return ::writev(__descriptor, rows, count); });
+    const bool written = transferRows(
+        __rows, [this](const iovec* rows, int count) { return ::writev(__file->descriptor(), rows, count); });
     if (!written || !__rows.empty())
         __fail();
 }

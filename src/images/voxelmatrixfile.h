@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "images/voxelmatrixheader.h"
+#include "numerics/safefile.h"
 
 /// A voxel matrix file opened for reading, row after row.
 ///
@@ -46,15 +47,11 @@ private:
 
 /// A voxel matrix file being written, row after row.
 ///
-/// The bytes go to a new file beside the one named, which takes its place in commit(), flushed to the disk before that.
-/// Without a commit() the new file is removed again and the old one stays. A name that is a link stands for the file
-/// it leads to, and the new file keeps the permissions of the old. A name that is no regular file (a device, a pipe),
-/// or whose folder takes no new files, is written in place.
+/// The bytes go to a SafeFile, so that an old file stays whole until commit() replaces it.
 class VoxelMatrixFileWriter {
 public:
     /// Throws FileWriteError with this place, "File already exists" or "Cannot open file for writing".
     VoxelMatrixFileWriter(const std::string& filename, bool overwrite, const std::string& where);
-    ~VoxelMatrixFileWriter();
     VoxelMatrixFileWriter(const VoxelMatrixFileWriter&) = delete;
     VoxelMatrixFileWriter& operator=(const VoxelMatrixFileWriter&) = delete;
 
@@ -71,9 +68,7 @@ private:
 
     std::string __filename;
     std::string __where;
-    std::string __target;    // the name with links followed
-    std::string __temporary; // empty when the target is written in place
-    int __descriptor = -1;
+    std::unique_ptr<SafeFile> __file;
     std::unique_ptr<unsigned char[]> __buffer;
     std::size_t __fill = 0;
     std::vector<iovec> __rows; // gathered, not written yet; the buffer comes before them

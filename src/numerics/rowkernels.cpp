@@ -1,6 +1,7 @@
 #include "numerics/rowkernels.h"
 
 #include "numerics/rowblock.h"
+#include "numerics/widevectors.h"
 
 #include <cstring>
 
@@ -14,33 +15,18 @@
 #if defined(__clang__)
 #pragma clang diagnostic ignored "-Wunknown-pragmas"
 #endif
-#define VORLEN_INLINE inline __attribute__((always_inline))
 
 namespace {
 
+using widevectors::load;
+using widevectors::store;
+
 // A pack is what one vector instruction handles: 32 bytes, or a single long double.
 template <class T>
-struct Pack {
-    typedef T Type __attribute__((vector_size(32)));
-    static constexpr int lanes = 32 / int(sizeof(T));
-};
-template <>
-struct Pack<long double> {
-    typedef long double Type;
-    static constexpr int lanes = 1;
-};
+using Pack = widevectors::Pack<T, 32>;
 
-// By reference: a pack that is passed by value has no calling convention on the plain processor.
-template <class V, class T>
-VORLEN_INLINE void load(V& pack, const T* from) {
-    std::memcpy(&pack, from, sizeof pack);
-}
-template <class V, class T>
-VORLEN_INLINE void store(T* to, const V& pack) {
-    std::memcpy(to, &pack, sizeof pack);
-}
 template <class T, class V>
-VORLEN_INLINE T laneSum(const V& pack) {
+VORLEN_INLINED T laneSum(const V& pack) {
     T lanes[sizeof(V) / sizeof(T)];
     std::memcpy(lanes, &pack, sizeof lanes);
     T sum = lanes[0];
@@ -50,7 +36,7 @@ VORLEN_INLINE T laneSum(const V& pack) {
 }
 
 template <class T>
-VORLEN_INLINE T dotBody(const T* a, const T* b, int n) {
+VORLEN_INLINED T dotBody(const T* a, const T* b, int n) {
     using V = typename Pack<T>::Type;
     constexpr int lanes = Pack<T>::lanes;
     V s[4] = {};
@@ -77,7 +63,7 @@ VORLEN_INLINE T dotBody(const T* a, const T* b, int n) {
 }
 
 template <class T>
-VORLEN_INLINE void addMultipleBody(T* y, T factor, const T* x, int n) {
+VORLEN_INLINED void addMultipleBody(T* y, T factor, const T* x, int n) {
     using V = typename Pack<T>::Type;
     constexpr int lanes = Pack<T>::lanes;
     int i = 0;
@@ -94,7 +80,7 @@ VORLEN_INLINE void addMultipleBody(T* y, T factor, const T* x, int n) {
 
 // Four rows at a time: y is read and written once for them.
 template <class T>
-VORLEN_INLINE void addRowsBody(T* y, const T* factors, T* const* rows, int numRows, int offset, int n) {
+VORLEN_INLINED void addRowsBody(T* y, const T* factors, T* const* rows, int numRows, int offset, int n) {
     using V = typename Pack<T>::Type;
     constexpr int lanes = Pack<T>::lanes;
     int k = 0;
@@ -125,8 +111,8 @@ VORLEN_INLINE void addRowsBody(T* y, const T* factors, T* const* rows, int numRo
 }
 
 template <class T>
-VORLEN_INLINE void reflectRowsBody(T* const* rows, int numRows, int offset, int n, const T* factors, const T* w,
-                                   const T* r, T gamma) {
+VORLEN_INLINED void reflectRowsBody(T* const* rows, int numRows, int offset, int n, const T* factors, const T* w,
+                                    const T* r, T gamma) {
     using V = typename Pack<T>::Type;
     constexpr int lanes = Pack<T>::lanes;
     for (int k = 0; k < numRows; ++k) {
@@ -161,8 +147,8 @@ VORLEN_INLINE void reflectRowsBody(T* const* rows, int numRows, int offset, int 
 
 // Four rows share each reading of a reflection's vector and stay in the first cache for all reflections.
 template <class T>
-VORLEN_INLINE void accumulateReflectionsBody(T* const* rows, int numRows, int n, T* const* vectors, const T* beta,
-                                             int numVectors, int shift) {
+VORLEN_INLINED void accumulateReflectionsBody(T* const* rows, int numRows, int n, T* const* vectors, const T* beta,
+                                              int numVectors, int shift) {
     using V = typename Pack<T>::Type;
     constexpr int lanes = Pack<T>::lanes;
     for (int first = 0; first < numRows; first += 4) {
@@ -230,7 +216,7 @@ VORLEN_INLINE void accumulateReflectionsBody(T* const* rows, int numRows, int n,
 
 // A strip of all rows fits the first cache, so that memory is read and written once for all rotations.
 template <class T>
-VORLEN_INLINE void rotateRowsBody(T* const* rows, int numStrips, const rowkernels::Rotation<T>* rotations, int count) {
+VORLEN_INLINED void rotateRowsBody(T* const* rows, int numStrips, const rowkernels::Rotation<T>* rotations, int count) {
     using V = typename Pack<T>::Type;
     constexpr int lanes = Pack<T>::lanes;
     constexpr int packs = RowBlock<T>::stripWidth / lanes;
@@ -276,8 +262,8 @@ constexpr int packedWidth = 16;
 // The right factor is copied into strips that are read in order; a tile of 4 rows by a strip's pair of packs is summed
 // in registers over the whole depth.
 template <class T>
-VORLEN_INLINE void subtractProductBody(T* const* c, int cOffset, T* const* a, int aOffset, T* const* b, int bOffset,
-                                       int numRows, int depth, int n, T* packed) {
+VORLEN_INLINED void subtractProductBody(T* const* c, int cOffset, T* const* a, int aOffset, T* const* b, int bOffset,
+                                        int numRows, int depth, int n, T* packed) {
     using V = typename Pack<T>::Type;
     constexpr int lanes = Pack<T>::lanes;
     constexpr int width = 2 * lanes;

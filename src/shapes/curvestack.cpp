@@ -121,7 +121,10 @@ bool CurveStack<T>::isBranching() const {
     for (int l = 1; l < this->getHeight(); ++l) {
         const Curve<T>& below = level(l - 1);
         const Curve<T>& here = level(l);
-        if (below.getSize() > 0 && here.getSize() > 0 && below[0][2] == here[0][2]) {
+        if (below.getSize() == 0 || here.getSize() == 0 || below.getSpace() < 3 || here.getSpace() < 3) {
+            continue;
+        }
+        if (below[0][2] == here[0][2]) {
             return true;
         }
     }
@@ -254,6 +257,9 @@ template <class T>
 T CurveStack<T>::optimalResampling(T maxError, unsigned int& height, unsigned int& width) const {
     const char* where = "T CurveStack<T>::optimalResampling(...) const";
     checkLevels(*this, where);
+    if (this->getSpace() != 3) {
+        throw SizeError(where, "Incompatible vertex dimensions");
+    }
     unsigned int w = 3;
     int reference = 0;
     for (int l = 0; l < this->getHeight(); ++l) {

@@ -57,7 +57,8 @@ public:
     Curve<T>& getLastCurve() { return level(this->getHeight() - 1); }
     const Curve<T>& getLastCurve() const { return level(this->getHeight() - 1); }
 
-    /// Two levels in a row lie on the same Z (component 2 of their first vertices). Empty levels lie nowhere.
+    /// Two levels in a row lie on the same Z (component 2 of their first vertices). Empty levels, and those of the
+    /// plane, lie nowhere.
     bool isBranching() const;
 
     /// A mesh of height levels of width vertices with this stack's closure, filled by resample(mesh).
@@ -84,7 +85,8 @@ public:
     /// horizontal one, and returns the error reached. The height is at least 2.
     ///
     /// A stack of contours of at most 3 vertices whose first trial succeeds gives 0 and leaves width as it was.
-    /// Throws MathError when no grid of up to 2^22 vertices comes within maxError; SizeError on an empty stack.
+    /// Throws MathError when no grid of up to 2^22 vertices comes within maxError; SizeError on an empty stack or one
+    /// of another space than 3.
     T optimalResampling(T maxError, unsigned int& height, unsigned int& width) const;
 
     /// As of VertexStack, with this stack's closure.

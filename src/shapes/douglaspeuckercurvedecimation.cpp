@@ -3,11 +3,16 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
+#include <type_traits>
 #include <utility>
 
 #include "shapes/runboxes.h"
 
 namespace {
+
+// Runs up to this length are walked over in any case.
+constexpr int shortRun = 256;
 
 // Distance from p to the line through a and b: the norm of the exterior product of p - a and b - a over the length of
 // the latter. For int coordinates the products are exact, so that a point on the line has distance 0.
@@ -137,6 +142,133 @@ private:
     int __position = -1;
 };
 
+// The same by a walk over the run, which is faster as long as the runs halve: neighbouring products are formed side by
+// side, and only the vertices of blocks that come near the greatest product are looked at twice.
+template <class T>
+class FarthestByScan {
+public:
+    explicit FarthestByScan(const Curve<T>& curve) : __curve(curve) {
+        const int n = curve.getSize();
+        __x.resize(std::size_t(n));
+        __y.resize(std::size_t(n));
+        Plain low[2] = {0, 0};
+        Plain high[2] = {0, 0};
+        for (int k = 0; k < n; ++k) {
+            const T* v = curve[k].data();
+            const Plain x = Plain(v[0]);
+            const Plain y = Plain(v[1]);
+            __x[k] = x;
+            __y[k] = y;
+            low[0] = x < low[0] ? x : low[0];
+            low[1] = y < low[1] ? y : low[1];
+            high[0] = x > high[0] ? x : high[0];
+            high[1] = y > high[1] ? y : high[1];
+        }
+        __extent = std::max({-double(low[0]), -double(low[1]), double(high[0]), double(high[1])});
+        __greatest.resize(std::size_t(n) / blockLength + 1);
+    }
+
+    int find(int first, int last, float tolerance) {
+        const Line line = lineThrough(first, last);
+        const double length = std::hypot(line.dx, line.dy);
+        if (!(length > 0)) {
+            return -1;
+        }
+        const double slack =
+            32 * std::numeric_limits<double>::epsilon() * __extent * (std::abs(line.dx) + std::abs(line.dy));
+        double greatest = -1;
+        int block = 0;
+        for (int begin = first + 1; begin < last; begin += blockLength, ++block) {
+            __greatest[block] = greatestProduct(line, begin, std::min(begin + blockLength, last));
+            greatest = std::max(greatest, __greatest[block]);
+        }
+        // A product below the limit is behind the greatest one by more than rounding, or within the tolerance.
+        const double limit = std::max(greatest, double(tolerance) * length) * (1 - 3e-7) - slack;
+        int position = -1;
+        float best = tolerance;
+        block = 0;
+        for (int begin = first + 1; begin < last; begin += blockLength, ++block) {
+            if (__greatest[block] < limit) {
+                continue;
+            }
+            for (int k = begin; k < std::min(begin + blockLength, last); ++k) {
+                if (line.product(double(__x[k]), double(__y[k])) >= limit) {
+                    const float distance = exactDistance(k, first, last);
+                    if (distance > best) {
+                        best = distance;
+                        position = k;
+                    }
+                }
+            }
+        }
+        return position;
+    }
+
+private:
+    using Plain = std::conditional_t<std::is_same_v<T, long double>, double, T>;
+    static constexpr int blockLength = 32;
+
+    struct Line {
+        double x, y, dx, dy;
+
+        double product(double px, double py) const { return std::abs((px - x) * dy - (py - y) * dx); }
+    };
+
+    Line lineThrough(int first, int last) const {
+        const double x = double(__x[first]);
+        const double y = double(__y[first]);
+        return {x, y, double(__x[last]) - x, double(__y[last]) - y};
+    }
+
+    // The flat arrays hold what the vertices do, but for long double.
+    float exactDistance(int k, int first, int last) const {
+        if constexpr (std::is_same_v<T, Plain>) {
+            const T points[3][2] = {{__x[k], __y[k]}, {__x[first], __y[first]}, {__x[last], __y[last]}};
+            return lineDistance(points[0], points[1], points[2], 2);
+        } else {
+            return lineDistance(__curve[k].data(), __curve[first].data(), __curve[last].data(), 2);
+        }
+    }
+
+    // 7 operations a vertex, on neighbours at once. Products that are no numbers count as none.
+    double greatestProduct(const Line& line, int begin, int end) const {
+        const Plain* x = __x.data() + begin;
+        const Plain* y = __y.data() + begin;
+        const int n = end - begin;
+        const Line l = line;
+        if (n < blockLength) {
+            double greatest = -1;
+            for (int k = 0; k < n; ++k) {
+                const double product = l.product(double(x[k]), double(y[k]));
+                greatest = product > greatest ? product : greatest;
+            }
+            return greatest;
+        }
+        double products[blockLength];
+        for (int k = 0; k < blockLength; ++k) {
+            const double product = l.product(double(x[k]), double(y[k]));
+            products[k] = product >= 0 ? product : -1;
+        }
+        for (int k = 0; k < blockLength / 2; ++k) {
+            products[k] = products[k] > products[k + blockLength / 2] ? products[k] : products[k + blockLength / 2];
+        }
+        for (int k = 0; k < blockLength / 4; ++k) {
+            products[k] = products[k] > products[k + blockLength / 4] ? products[k] : products[k + blockLength / 4];
+        }
+        double greatest = products[0];
+        for (int k = 1; k < blockLength / 4; ++k) {
+            greatest = products[k] > greatest ? products[k] : greatest;
+        }
+        return greatest;
+    }
+
+    const Curve<T>& __curve;
+    std::vector<Plain> __x;
+    std::vector<Plain> __y;
+    std::vector<double> __greatest; // of the blocks of the present run
+    double __extent = 0;
+};
+
 } // namespace
 
 template <class T>
@@ -178,9 +310,24 @@ void DouglasPeuckerCurveDecimation<T>::apply(const Curve<T>& curve, Vector<bool>
         }
     };
     if (curve.getSpace() == 2) {
-        const Vector<T> coordinates = curve.toVector();
-        FarthestVertex<T> farthest(coordinates, curve.getSize());
-        split([&](int begin, int end) { return farthest.find(begin, end, tolerance); });
+        FarthestByScan<T> scan(curve);
+        Vector<T> coordinates;
+        std::optional<FarthestVertex<T>> tree;
+        // Vertices of long runs that may be walked over before the tree is made: enough for runs that halve.
+        long long budget = 40LL * curve.getSize();
+        split([&](int begin, int end) {
+            if (end - begin > shortRun) {
+                budget -= end - begin;
+                if (budget < 0) {
+                    if (!tree) {
+                        coordinates = curve.toVector();
+                        tree.emplace(coordinates, curve.getSize());
+                    }
+                    return tree->find(begin, end, tolerance);
+                }
+            }
+            return scan.find(begin, end, tolerance);
+        });
     } else {
         split([&](int begin, int end) {
             findVerticesDistances(curve, begin, end);

@@ -12,8 +12,9 @@
 /// is none and the run goes. On a closed curve the first and last vertices, with which the marking starts, are put to
 /// the test in the end. Fewer than three vertices are left as they are; a negative tolerance counts as 0.
 ///
-/// In the plane the farthest vertex is found by descending a tree of the bounding boxes of runs, so that neither long
-/// runs nor unbalanced splits make the cost quadratic; other dimensions are scanned. Distances are formed in long
+/// In the plane the runs are walked over as long as they halve; where they do not, the farthest vertex is found by
+/// descending a tree of the bounding boxes of runs, so that unbalanced splits do not make the cost quadratic. Other
+/// dimensions are walked over. Distances are formed in long
 /// double and compared as float. Compiled for int, float, double, long double.
 template <class T>
 class DouglasPeuckerCurveDecimation {

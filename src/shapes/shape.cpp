@@ -3,17 +3,17 @@
 #include <cmath>
 #include <fstream>
 #include <limits>
-#include <ostream>
+#include <sstream>
 #include <type_traits>
 
 #include "numerics/exception.h"
 #include "numerics/fileinfo.h"
+#include "numerics/safefile.h"
 #include "shapes/boundingbox.h"
 #include "shapes/curve.h"
 #include "shapes/curvestack.h"
 #include "shapes/nearestsearch.h"
 #include "shapes/quadmesh.h"
-#include "shapes/safefile.h"
 #include "shapes/shapearithmetic.h"
 #include "shapes/shapeset.h"
 #include "shapes/shapewriter.h"
@@ -38,6 +38,25 @@ std::vector<Vector<unsigned int>> locatorsOf(const Shape<T>& shape) {
         locators.push_back(it.locator());
     }
     return locators;
+}
+
+/// Makes the text by the given writer and saves it. A file that takes no text is reported by the writer, as any stream
+/// is that has failed.
+template <class Write>
+void saveText(const std::string& file, const std::string& where, Write write) {
+    try {
+        std::ostringstream stream;
+        write(stream);
+        if (!SafeFile::save(file, std::move(stream).str())) {
+            std::ostringstream closed;
+            closed.setstate(std::ios::badbit);
+            write(closed);
+        }
+    } catch (FileError& error) {
+        error.setFile(file);
+        error.addWhere(where);
+        throw;
+    }
 }
 
 template <class T>
@@ -617,7 +636,7 @@ void Shape<T>::save(const std::string& file, bool overwrite) const {
     if (!overwrite && FileInfo::fileExists(name)) {
         throw FileWriteError(where, "File already exists", name);
     }
-    saveSafely(name, where, [this](std::ostream& stream) { write(stream); });
+    saveText(name, where, [this](std::ostream& stream) { write(stream); });
 }
 
 template <class T>
@@ -628,7 +647,7 @@ Shape<T>* Shape<T>::loadFile(const std::string& file) {
         throw FileReadError(where, "Cannot open file for reading", file);
     }
     char mark = 0;
-    long long type = -1;
+    long long type = 0;
     stream >> mark;
     if (mark != '#') {
         throw FileFormatError(where, "Invalid shape description format", file);
@@ -677,7 +696,7 @@ void Shape<T>::saveDeformations(const Shape& target, const std::string& file, bo
     if (!overwrite && std::ifstream(file)) {
         throw FileWriteError(where, "File " + file + " already exists", file);
     }
-    saveSafely(file, where, [&](std::ostream& stream) {
+    saveText(file, where, [&](std::ostream& stream) {
         ShapeWriter writer(stream);
         ConstVertexIterator<T> other(target);
         for (ConstVertexIterator<T> it(*this); it.current(); ++it, ++other) {

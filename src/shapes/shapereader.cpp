@@ -113,7 +113,8 @@ T ShapeReader::number() {
     if (__next == __end) {
         raiseShort();
     }
-    const char* first = *__next == '+' ? __next + 1 : __next;
+    // A plus sign is taken, as by the streams, but not one in front of another sign.
+    const char* first = *__next == '+' && __next + 1 != __end && __next[1] != '-' ? __next + 1 : __next;
     T value{};
     auto result = std::from_chars(first, __end, value);
     if constexpr (std::is_floating_point_v<T>) {

@@ -187,6 +187,39 @@ int cutByPlane(const T* a, const T* b, const T* n, T d, int space, T* out) {
     return 1;
 }
 
+/// Whether p, in the plane of the triangle, lies on one of its sides or corners as far as the type can tell.
+///
+/// projectionContains() counts such a point for one of two triangles that lie beside each other in the projection, and
+/// may count it for both or for neither of two that meet at an angle.
+template <class T>
+bool onSide(const Facet<T>& facet, const T* p) {
+    const T tolerance = 4 * Vector<T>::epsilon() * Vector<T>::epsilon();
+    for (int k = 0; k < 3; k++) {
+        const T* a = facet.corner[k];
+        const T* b = facet.corner[k == 2 ? 0 : k + 1];
+        const T u[3] = {p[0] - b[0], p[1] - b[1], p[2] - b[2]};
+        const T v[3] = {p[0] - a[0], p[1] - a[1], p[2] - a[2]};
+        const T product[3] = {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
+        // Near the line of the side, and between its ends: the directions to these do not agree.
+        if (dot(product, product) < tolerance && dot(u, v) <= 2 * Vector<T>::epsilon()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Whether p counts as on the surface that the triangle belongs to: it lies in the triangle, sides and corners
+/// included.
+template <class T>
+bool isOn(const Facet<T>& facet, const T* p) {
+    T distance = 0;
+    for (int k = 0; k < 3; k++) {
+        distance += (facet.corner[0][k] - p[k]) * facet.normal[k];
+    }
+    return std::abs(distance) < Vector<T>::epsilon() && !isDegenerate(facet) &&
+           (projectionContains(facet, p) || onSide(facet, p));
+}
+
 /// Triangle<T>::intersects() with the segment from a to b; 0 for a triangle of zero area.
 template <class T>
 int intersects(const Facet<T>& facet, const T* a, const T* b, T* out) {
@@ -209,22 +242,7 @@ int intersects(const Facet<T>& facet, const T* a, const T* b, T* out) {
         }
         return 0;
     }
-    if (!projectionContains(facet, out)) {
-        return 0;
-    }
-    // A point this near to the line of a side may be counted for the neighbour across it too, or for neither.
-    const T tolerance = 4 * Vector<T>::epsilon() * Vector<T>::epsilon();
-    for (int k = 0; k < 3; k++) {
-        const T* c = facet.corner[k];
-        const T* d = facet.corner[k == 2 ? 0 : k + 1];
-        const T u[3] = {out[0] - d[0], out[1] - d[1], out[2] - d[2]};
-        const T v[3] = {out[0] - c[0], out[1] - c[1], out[2] - c[2]};
-        const T product[3] = {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
-        if (dot(product, product) < tolerance) {
-            return 2;
-        }
-    }
-    return 1;
+    return onSide(facet, out) ? 2 : projectionContains(facet, out) ? 1 : 0;
 }
 
 /// Position from 0 to 1, along the segment from a to b, of its point closest to p; 0 for a segment of length zero.

@@ -487,7 +487,7 @@ bool TriMesh<T>::contains(const Vector<T>& p) const {
                     continue;
                 }
                 const TriangleGeometry::Facet<T> facet = TriangleGeometry::makeFacet<T>(a, b, c, nullptr);
-                if (TriangleGeometry::contains(facet, p.data())) {
+                if (TriangleGeometry::isOn(facet, p.data())) {
                     return true;
                 }
                 T point[3];

@@ -138,7 +138,7 @@ bool TriMeshInterior<T>::__onSurface(const T* p) const {
         return true;
     };
     const auto misses = [p](const TriangleGeometry::Facet<T>& facet) {
-        return !TriangleGeometry::touches(facet, p, p) || !TriangleGeometry::contains(facet, p);
+        return !TriangleGeometry::touches(facet, p, p) || !TriangleGeometry::isOn(facet, p);
     };
     return !__walk(0, 0, int(__facets.size()), enter, misses);
 }

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "numerics/exception.h"
-#include "shell/progress/progressmonitor.h"
+#include "support/countingmonitor.h"
 #include "support/volumes.h"
 
 namespace {
@@ -49,23 +49,6 @@ VoxelMatrix<T> sumsByDefinition(VoxelMatrix<T> volume, int h, int axes) {
     }
     return volume;
 }
-
-class CountingMonitor : public ProgressMonitor {
-public:
-    using ProgressMonitor::subjectFinished;
-    using ProgressMonitor::subjectProgressed;
-    using ProgressMonitor::subjectStarted;
-    void subjectStarted(const std::string&) override { ++started; }
-    void subjectFinished(const std::string&) override { ++finished; }
-    void subjectProgressed(unsigned int current, unsigned int total) override {
-        rising = rising && current > last;
-        last = current;
-        lastTotal = total;
-    }
-    int started = 0, finished = 0;
-    unsigned int last = 0, lastTotal = 0;
-    bool rising = true;
-};
 
 template <class T>
 class SumFilterOf : public testing::Test {};
@@ -196,6 +179,7 @@ TEST(SumFilter, reportsRisingProgressUpToTheWhole) {
     EXPECT_EQ(monitor.started, 1);
     EXPECT_EQ(monitor.finished, 1);
     EXPECT_TRUE(monitor.rising);
+    EXPECT_EQ(monitor.steps, 50);
     EXPECT_EQ(monitor.last, 1200u);
     EXPECT_EQ(monitor.lastTotal, 1200u);
 }

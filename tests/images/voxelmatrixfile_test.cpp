@@ -10,7 +10,7 @@
 #include "images/voxelmatrix.h"
 #include "images/voxelmatrixheader.h"
 #include "numerics/exception.h"
-#include "support/scratchfolder.h"
+#include "support/temporaryfolder.h"
 #include "support/volumes.h"
 
 namespace {
@@ -44,7 +44,7 @@ TYPED_TEST_SUITE(VoxelFileOf, AllTypes);
 
 // A long row and many short ones take different ways through the reader and the writer.
 TYPED_TEST(VoxelFileOf, comesBackAsItWasWritten) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     for (const auto& [rows, columns, planes] : {std::tuple(3, 5, 4), std::tuple(2, 70001, 2), std::tuple(700, 33, 7)}) {
         auto volume = volumeOf<TypeParam>(rows, columns, planes,
                                           [](int i, int j, int k) { return (7 * i + 3 * j + 11 * k) % 127; });
@@ -70,11 +70,11 @@ TYPED_TEST(VoxelFileOf, comesBackAsItWasWritten) {
         EXPECT_EQ(old.getVoxelCalibration().getLengthUnit().getScale(), 0);
         EXPECT_EQ(old.getVoxelCalibration().getVoxelDepth(), 1.0f);
     }
-    EXPECT_EQ(folder.count(), 2); // no file of a save is left behind
+    EXPECT_EQ(folder.numFiles(), 2); // no file of a save is left behind
 }
 
 TEST(VoxelFile, hasTheBytesOfTheLayout) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     VoxelMatrix<short> volume(1, 2, 2);
     volume(0, 0, 0) = 1;
     volume(0, 1, 0) = 2;
@@ -88,7 +88,7 @@ TEST(VoxelFile, hasTheBytesOfTheLayout) {
 }
 
 TEST(VoxelFile, givesALongDoubleTwelveBytesAndSmallTypesOneTag) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     VoxelMatrix<long double> volume(1, 1, 1);
     volume(0, 0, 0) = 1.0L;
     volume.save(folder.file("a.vm"), false);
@@ -104,7 +104,7 @@ TEST(VoxelFile, givesALongDoubleTwelveBytesAndSmallTypesOneTag) {
 }
 
 TEST(VoxelFile, refusesAnotherTypeAndStaysAsItWas) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     numberedVolume<double>(2, 2, 2).save(folder.file("double.vm"), false);
     VoxelMatrix<float> volume = numberedVolume<float>(1, 1, 1);
     for (const bool headerOnly : {false, true})
@@ -121,7 +121,7 @@ TEST(VoxelFile, refusesAnotherTypeAndStaysAsItWas) {
 }
 
 TEST(VoxelFile, tellsAMissingFileAndAFolderApartFromAVolume) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     VoxelMatrix<float> volume;
     for (const std::string& name : {folder.file("missing.vm"), folder.file("")}) {
         try {
@@ -148,14 +148,14 @@ TEST(VoxelFile, tellsAMissingFileAndAFolderApartFromAVolume) {
 }
 
 TEST(VoxelFile, readingAPipeFailsInsteadOfWaiting) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0);
     VoxelMatrix<float> volume;
     EXPECT_THROW(volume.load(folder.file("pipe")), FileReadError);
 }
 
 TEST(VoxelFile, aHeaderAloneGivesSizesAndCalibrationAndCannotBeSaved) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     const std::string name = folder.write("a.vm", header(5, 2, 3, 4) + std::string(96, '\0'));
     VoxelMatrix<float> volume = numberedVolume<float>(2, 3, 5);
     volume.loadHeader(name);
@@ -173,7 +173,7 @@ TEST(VoxelFile, aHeaderAloneGivesSizesAndCalibrationAndCannotBeSaved) {
 }
 
 TEST(VoxelFile, dataThatEndEarlyLeaveZerosBehindThem) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     VoxelMatrix<float> volume(2, 3, 2);
     volume.fill(7.0f); // what must not shine through
     volume.load(folder.write("a.vm", header(5, 2, 3, 2) + reals({1.0f, 2.0f, 3.0f, 4.0f})));
@@ -186,7 +186,7 @@ TEST(VoxelFile, dataThatEndEarlyLeaveZerosBehindThem) {
 }
 
 TEST(VoxelFile, longRowsThatEndEarlyLeaveZerosToo) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     VoxelMatrix<unsigned char> volume;
     volume.load(folder.write("a.vm", header(0, 2, 100000, 1) + std::string(150000, '\5')));
     EXPECT_EQ(volume(1, 49999, 0), 5);
@@ -195,7 +195,7 @@ TEST(VoxelFile, longRowsThatEndEarlyLeaveZerosToo) {
 }
 
 TEST(VoxelFile, sizesThatTheFileDoesNotBearOutAreRefusedBeforeAnyPlaneIsMade) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     const int huge = std::numeric_limits<int>::max();
     const std::string some(64, '\1');
     int number = 0;
@@ -218,7 +218,7 @@ TEST(VoxelFile, sizesThatTheFileDoesNotBearOutAreRefusedBeforeAnyPlaneIsMade) {
 }
 
 TEST(VoxelFile, halfOfTheDataIsEnoughAndLessIsNot) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     VoxelMatrix<unsigned char> volume;
     volume.load(folder.write("half", header(0, 500, 500, 4) + std::string(500000, '\1')));
     EXPECT_EQ(volume(499, 499, 1), 1);
@@ -228,7 +228,7 @@ TEST(VoxelFile, halfOfTheDataIsEnoughAndLessIsNot) {
 }
 
 TEST(VoxelFile, aFileThatEndsInItsHeaderIsRefused) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     const std::string whole = header(5, 0, 0, 0);
     VoxelMatrix<float> volume;
     for (std::size_t length = 0; length < whole.size(); ++length)
@@ -238,7 +238,7 @@ TEST(VoxelFile, aFileThatEndsInItsHeaderIsRefused) {
 }
 
 TEST(VoxelFile, threeZeroWordsAreLayoutOneAndAnEmptyPlaneIsLayoutZero) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     VoxelMatrix<int> volume;
     volume.load(folder.write("a.vm", words({0, 0, 3})));
     EXPECT_EQ(volume.getSize1(), 0);
@@ -248,7 +248,7 @@ TEST(VoxelFile, threeZeroWordsAreLayoutOneAndAnEmptyPlaneIsLayoutZero) {
 }
 
 TEST(VoxelFile, theHeaderTellsWhetherAnyTypeWouldFitTheFile) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     const auto matches = [&](const std::string& bytes) {
         return VoxelMatrixHeader::fileSizeMatchesHeader(folder.write("a.vm", bytes));
     };
@@ -266,14 +266,14 @@ TEST(VoxelFile, theHeaderTellsWhetherAnyTypeWouldFitTheFile) {
 }
 
 TEST(VoxelFile, bytesBehindTheDataAreIgnored) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     VoxelMatrix<int> volume(folder.write("a.vm", header(2, 1, 1, 1) + words({42, 43})));
     EXPECT_EQ(volume(0, 0, 0), 42);
     EXPECT_FALSE(VoxelMatrix<int>::fileSizeMatchesHeader(folder.file("a.vm")));
 }
 
 TEST(VoxelFile, isNotOverwrittenUnlessTold) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     const std::string name = folder.write("a.vm", "precious");
     try {
         numberedVolume<int>(1, 1, 1).save(name, false);
@@ -289,7 +289,7 @@ TEST(VoxelFile, isNotOverwrittenUnlessTold) {
 }
 
 TEST(VoxelFile, cannotBeWrittenWhereThereIsNoFolderOrNoRoom) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     const VoxelMatrix<int> volume = numberedVolume<int>(2, 2, 2);
     try {
         volume.save(folder.file("nowhere/a.vm"), true);
@@ -307,7 +307,7 @@ TEST(VoxelFile, cannotBeWrittenWhereThereIsNoFolderOrNoRoom) {
 }
 
 TEST(VoxelFile, savingThroughALinkReplacesWhatItLeadsToAndKeepsThePermissions) {
-    const ScratchFolder folder;
+    const TemporaryFolder folder;
     const std::string name = folder.write("real.vm", "old");
     ASSERT_EQ(::chmod(name.c_str(), 0640), 0);
     std::filesystem::create_symlink(name, folder.file("link.vm"));
@@ -317,5 +317,5 @@ TEST(VoxelFile, savingThroughALinkReplacesWhatItLeadsToAndKeepsThePermissions) {
     struct stat status {};
     ASSERT_EQ(::stat(name.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, mode_t(0640));
-    EXPECT_EQ(folder.count(), 2);
+    EXPECT_EQ(folder.numFiles(), 2);
 }

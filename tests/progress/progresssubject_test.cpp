@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "progress/recordingmonitor.h"
+#include "support/recordingmonitor.h"
 
 namespace {
 

@@ -97,10 +97,16 @@ TEST(Triangle, intersectionIsOneInside) {
     EXPECT_EQ(flatTriangle().intersects(edgeOf(point(1, 1, 2), point(1, 1, 3)), out), 0);
 }
 
+// Whichever side it is: the rule of contains() counts in one half of them only.
 TEST(Triangle, intersectionIsInDoubtOnSidesAndCorners) {
     Point out;
-    EXPECT_EQ(flatTriangle().intersects(edgeOf(point(0, 0, 0), point(0, 0, 3)), out), 2);
-    EXPECT_EQ(flatTriangle().intersects(edgeOf(point(0, 2, 0), point(0, 2, 3)), out), 2);
+    for (const auto& [x, y] : {std::pair(0, 0), {4, 0}, {0, 4}, {0, 2}, {2, 0}, {2, 2}}) {
+        EXPECT_EQ(flatTriangle().intersects(edgeOf(point(x, y, 0), point(x, y, 3)), out), 2) << x << ' ' << y;
+    }
+    // On the lines of the sides, but beyond their ends.
+    for (const auto& [x, y] : {std::pair(0, 5), {0, -1}, {5, 0}, {-1, 0}, {5, -1}, {-1, 5}}) {
+        EXPECT_EQ(flatTriangle().intersects(edgeOf(point(x, y, 0), point(x, y, 3)), out), 0) << x << ' ' << y;
+    }
 }
 
 TEST(Triangle, edgeInItsPlaneIsInDoubtWhenItCrossesASide) {

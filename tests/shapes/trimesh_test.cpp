@@ -344,6 +344,21 @@ TEST(TriMesh, interiorAgreesWithContainsOnALattice) {
     }
 }
 
+// All points of a lattice on the sides and corners of the cube, where two or three triangles at right angles meet.
+TEST(TriMesh, containsItsSidesAndCornersAndNothingBeyondThem) {
+    const TriMesh<double> cube = cubeMesh<double>(4);
+    const TriMeshInterior<double> interior(cube);
+    for (int x = -1; x <= 5; x++) {
+        for (int y = -1; y <= 5; y++) {
+            for (int z = -1; z <= 5; z++) {
+                const bool inside = std::min({x, y, z}) >= 0 && std::max({x, y, z}) <= 4;
+                EXPECT_EQ(cube.contains(point(x, y, z)), inside) << x << ' ' << y << ' ' << z;
+                EXPECT_EQ(interior.contains(point(x, y, z)), inside) << x << ' ' << y << ' ' << z;
+            }
+        }
+    }
+}
+
 TEST(TriMesh, containsCountsTheSurfacesOfAMeshWithAHollow) {
     TriMesh<double> outer = cubeMesh<double>(6);
     TriMesh<double> inner = cubeMesh<double>(2);

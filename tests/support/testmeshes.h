@@ -2,22 +2,11 @@
 
 #include "shapes/quadmesh.h"
 #include "shapes/trimesh.h"
+#include "support/vectors.h"
 
 #include <cmath>
-#include <initializer_list>
 #include <utility>
 #include <vector>
-
-/// Vector of the given elements.
-template <class T>
-Vector<T> vectorOf(std::initializer_list<T> elements) {
-    Vector<T> result(static_cast<unsigned int>(elements.size()));
-    int i = 0;
-    for (T element : elements) {
-        result[i++] = element;
-    }
-    return result;
-}
 
 /// Mesh with its stars built.
 template <class T>

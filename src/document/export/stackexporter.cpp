@@ -6,9 +6,9 @@
 #include <sstream>
 
 #include "document/model.h"
-#include "document/safefile.h"
 #include "document/stack.h"
 #include "numerics/exception.h"
+#include "numerics/safefile.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/curvestack.h"
 #include "shapes/quadmesh.h"

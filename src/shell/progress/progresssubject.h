@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -35,7 +36,7 @@ public:
     virtual void notifyProgressed(unsigned int current, unsigned int total);
     virtual void notifyProgressed(const std::string& text);
 
-    bool isCanceled() const { return __canceled; }
+    bool isCanceled() const { return __canceled.load(std::memory_order_relaxed); }
 
     /// Takes the wish to stop back.
     void reset();
@@ -45,5 +46,5 @@ public:
 
 private:
     std::vector<ProgressMonitor*> __monitors;
-    bool __canceled = false;
+    std::atomic<bool> __canceled = false; // set on one thread, looked at on another
 };

@@ -1,0 +1,1 @@
+vorlen_bench(document_bench.cpp LINKS vorlen_document)

@@ -1,0 +1,1 @@
+vorlen_bench(filters_bench.cpp LINKS vorlen_images)

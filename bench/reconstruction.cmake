@@ -1,0 +1,1 @@
+vorlen_bench(reconstruction_bench.cpp LINKS vorlen_reconstruction)

@@ -1,0 +1,1 @@
+vorlen_bench(shapes_bench.cpp LINKS vorlen_shapes)

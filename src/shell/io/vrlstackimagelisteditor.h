@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QGroupBox>
+#include <QStringList>
+
+class QListWidget;
+class QPushButton;
+
+/// The images of a new stack, sorted by their paths: the slices follow this order.
+class VRLStackImageListEditor : public QGroupBox {
+    Q_OBJECT
+
+public:
+    explicit VRLStackImageListEditor(QWidget* parent = nullptr);
+
+    /// The paths in list order.
+    QStringList getImageList() const;
+
+    /// Adds the files; one that is listed already stays as it is.
+    void addImages(const QStringList& files);
+
+private:
+    void chooseImages();
+    void removeSelectedImages();
+
+    QListWidget* __list;
+    QPushButton* __remove;
+};

@@ -1,0 +1,75 @@
+/// The windowed program. Its arguments are stack description files to open at the start.
+
+#include <clocale>
+#include <iostream>
+#include <locale>
+
+#include <QApplication>
+#include <QStringList>
+#include <QSurfaceFormat>
+
+#include "shell/session/vrlexception.h"
+#include "shell/session/vrlpreferences.h"
+#include "shell/session/vrlrecovery.h"
+#include "shell/session/vrlsettings.h"
+#include "shell/session/vrlstackserver.h"
+#include "shell/vrlrootwindow.h"
+
+namespace {
+
+int run(const QStringList& arguments) {
+    VRLRecovery recovery;
+    auto* window = new VRLRootWindow; // deletes itself when it is closed
+    for (const QString& argument : arguments.mid(1))
+        window->startupOpenStack(argument.toLocal8Bit().toStdString());
+    window->startupRecover(recovery);
+    recovery.start();
+    return QApplication::exec();
+}
+
+template <class Report>
+int failed(Report&& report) {
+    std::cout << "*** Exception ***\n";
+    report();
+    std::cout << std::endl;
+    return 0;
+}
+
+int runReportingFailures(const QStringList& arguments) {
+    try {
+        return run(arguments);
+    } catch (const VRLException& failure) {
+        return failed([&failure] { std::cout << static_cast<const Exception&>(failure); });
+    } catch (const Exception& failure) {
+        return failed([&failure] { std::cout << failure; });
+    } catch (const std::exception& failure) {
+        return failed([&failure] { std::cout << failure.what(); });
+    } catch (...) {
+        return failed([] { std::cout << "No details available"; });
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QSurfaceFormat format;
+    format.setProfile(QSurfaceFormat::CompatibilityProfile);
+    format.setDepthBufferSize(24);
+    format.setSamples(4);
+    QSurfaceFormat::setDefaultFormat(format);
+    QApplication application(argc, argv);
+    QApplication::setOrganizationName("KORV");
+    QApplication::setApplicationName("Vorlen");
+    QApplication::setDesktopFileName("vorlen");
+    VRLSettings::settings.load();
+    VRLPreferences::load();
+    QObject::connect(&application, &QApplication::lastWindowClosed, &application, &QApplication::quit);
+    // The application object takes the user's locale; numbers in files have a point.
+    std::setlocale(LC_NUMERIC, "C");
+    std::locale::global(std::locale::classic());
+
+    const int status = runReportingFailures(QApplication::arguments());
+    VRLSettings::settings.save();
+    VRLPreferences::save();
+    return status;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QString>
+
+class Model;
+
+/// A reversible change of a document, recorded in its stack's history.
+///
+/// An action owns what it has taken out of the document and deletes it with itself. Every override of apply() and
+/// revert() first calls the base's, so that reverted() is right before anything else happens.
+class VRLAction {
+public:
+    VRLAction() = default;
+    VRLAction(const VRLAction&) = delete;
+    VRLAction& operator=(const VRLAction&) = delete;
+    virtual ~VRLAction();
+
+    /// The action changes nothing and need not be recorded.
+    virtual bool isNull() const;
+
+    virtual bool operator==(const VRLAction& other) const;
+    virtual bool operator!=(const VRLAction& other) const;
+
+    virtual void apply();
+    virtual void revert();
+
+    /// What the action does, for the user. The argument changes nothing.
+    virtual QString description(bool verbose) const;
+
+    /// True when the action was undone last.
+    bool reverted() const { return __reverted; }
+
+    /// Whether the action names the model or an item of it, so that it can't be applied or reverted without it.
+    virtual bool concerns(const Model& model) const;
+
+    /// The model is about to be deleted for good: gives up what of it the action holds besides.
+    virtual void forget(const Model& model);
+
+private:
+    bool __reverted = false;
+};

@@ -1,0 +1,36 @@
+#include "shell/session/vrlactionlist.h"
+
+#include "shell/session/vrlaction.h"
+
+VRLActionList::VRLActionList() = default;
+VRLActionList::~VRLActionList() = default;
+
+void VRLActionList::append(std::unique_ptr<VRLAction> action) {
+    __actions.push_back(std::move(action));
+}
+
+std::unique_ptr<VRLAction> VRLActionList::takeLast() {
+    std::unique_ptr<VRLAction> action = std::move(__actions.back());
+    __actions.pop_back();
+    return action;
+}
+
+void VRLActionList::apply() {
+    for (const auto& action : __actions)
+        action->apply();
+}
+
+void VRLActionList::revert() {
+    for (const auto& action : __actions)
+        action->revert();
+}
+
+void VRLActionList::destroy() {
+    __actions.clear();
+}
+
+void VRLActionList::forget(const Model& model) {
+    std::erase_if(__actions, [&model](const auto& action) { return action->concerns(model); });
+    for (const auto& action : __actions)
+        action->forget(model);
+}

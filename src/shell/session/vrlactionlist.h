@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+class Model;
+class VRLAction;
+
+/// The actions of one step of a history, in the order of pushing. They are reverted in this same order: actions of one
+/// step do not depend on each other. Owns its actions.
+class VRLActionList {
+public:
+    VRLActionList();
+    ~VRLActionList();
+    VRLActionList(const VRLActionList&) = delete;
+    VRLActionList& operator=(const VRLActionList&) = delete;
+
+    /// Takes over the action.
+    void append(std::unique_ptr<VRLAction> action);
+
+    /// Gives the last action back.
+    std::unique_ptr<VRLAction> takeLast();
+
+    bool isEmpty() const { return __actions.empty(); }
+    const VRLAction& first() const { return *__actions.front(); }
+
+    void apply();
+    void revert();
+
+    /// Deletes all actions.
+    void destroy();
+
+    /// Deletes the actions that concern the model, and lets the others forget it.
+    void forget(const Model& model);
+
+private:
+    std::vector<std::unique_ptr<VRLAction>> __actions;
+};

@@ -1,0 +1,3 @@
+#include "shell/session/vrlevent.h"
+
+VRLEvent::~VRLEvent() = default;

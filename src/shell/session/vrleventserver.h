@@ -1,0 +1,31 @@
+#pragma once
+
+#include <vector>
+
+class VRLAction;
+class VRLEvent;
+class VRLEventClient;
+
+/// The one bus of the process: every client hears every event, at once, in the caller's call stack.
+///
+/// Clients hear in the order in which they were attached. A client attached while an event is delivered hears it too;
+/// when one is detached then, the client right behind it misses the event if both stand before or at the one that is
+/// being called. A handler may send events: these reach all clients first. Main thread only.
+class VRLEventServer {
+public:
+    VRLEventServer() = delete;
+
+    /// Nothing when the client is attached already.
+    static void attach(VRLEventClient& client);
+    static void detach(VRLEventClient& client);
+
+    static void notifyEvent(VRLEvent& event);
+    static void notifyAction(VRLAction& action);
+    static void atEventBatchEnd();
+
+private:
+    template <class Call>
+    static void forAll(Call&& call);
+
+    static std::vector<VRLEventClient*>& clients();
+};

@@ -1,0 +1,34 @@
+#include "shell/session/vrlitemattributesaction.h"
+
+#include "document/modelitem.h"
+#include "numerics/exception.h"
+#include "shell/session/vrleventserver.h"
+#include "shell/session/vrlmodelitemevent.h"
+
+VRLItemAttributesAction::VRLItemAttributesAction(ModelItem& item)
+    : VRLItemAction(item), __oldProperties(item.getProperties()), __newProperties(item.getProperties()) {
+}
+
+void VRLItemAttributesAction::setProperties(const ModelItemProperties& properties) {
+    __newProperties = properties;
+}
+
+void VRLItemAttributesAction::apply() {
+    const ModelItemSelection& selection = getItem().getSelection();
+    // When it is redone, the selection may be another one; the item is the same.
+    if (!reverted() && !getItem().isConnected() && !selection.isEmpty() && !selection.isComplete())
+        throw ProgramError("void VRLItemAttributesAction::apply()", "Unexpected incomplete item selection");
+    VRLItemAction::apply();
+    setItemProperties(__newProperties);
+}
+
+void VRLItemAttributesAction::revert() {
+    VRLItemAction::revert();
+    setItemProperties(__oldProperties);
+}
+
+void VRLItemAttributesAction::setItemProperties(const ModelItemProperties& properties) {
+    getItem().setProperties(properties);
+    VRLModelItemAttributeEvent event(&getItem());
+    VRLEventServer::notifyEvent(event);
+}

@@ -1,0 +1,30 @@
+#include "shell/session/vrlitemcreationaction.h"
+
+#include "document/modelitem.h"
+#include "shell/session/vrleventserver.h"
+#include "shell/session/vrlmodelitemevent.h"
+
+VRLItemCreationAction::~VRLItemCreationAction() {
+    if (reverted())
+        delete &getItem();
+}
+
+void VRLItemCreationAction::apply() {
+    VRLItemAction::apply();
+    getItem().attach();
+    __place.restore(getItem());
+    VRLModelItemCreateEvent event(&getItem());
+    VRLEventServer::notifyEvent(event);
+}
+
+void VRLItemCreationAction::revert() {
+    VRLItemAction::revert();
+    __place.take(getItem());
+    getItem().detach();
+    VRLModelItemDeleteEvent event(&getItem());
+    VRLEventServer::notifyEvent(event);
+}
+
+QString VRLItemCreationAction::description(bool) const {
+    return "Item creation";
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <map>
+
+#include "shell/session/vrlitemplace.h"
+#include "shell/session/vrlsliceaction.h"
+
+class Stack;
+
+/// Puts a slice into a stack or takes it out, with its items, and owns it while it is out.
+///
+/// The slice must have been told its stack. Its items stay on its list throughout, so that they come back with it.
+class VRLSliceInsertionDeletionAction : public VRLSliceAction {
+public:
+    explicit VRLSliceInsertionDeletionAction(StackSlice& slice);
+    ~VRLSliceInsertionDeletionAction() override;
+
+    /// Insertion unless told otherwise.
+    void setInsertionMode();
+    void setDeletionMode();
+
+    /// Place of the slice in its stack.
+    void setSlicePosition(int position);
+    int getSlicePosition() const { return __position; }
+
+    bool isInsertion() const { return __insertion; }
+    Stack& getStack() const { return *__stack; }
+
+    void apply() override;
+    void revert() override;
+    QString description(bool verbose) const override;
+
+    /// Deletes the model's items on a slice that is out of its stack.
+    void forget(const Model& model) override;
+
+private:
+    void insertSlice();
+    void removeSlice();
+    bool isOut() const;
+
+    Stack* __stack;
+    bool __insertion = true;
+    bool __applied = false;
+    int __position = 0;
+    std::map<const ModelItem*, VRLItemPlace> __places;
+};

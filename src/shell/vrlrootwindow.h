@@ -1,0 +1,73 @@
+#pragma once
+
+#include <string>
+
+#include <QWidget>
+
+class QFrame;
+class QToolBar;
+class VRLRecovery;
+class VRLRootBrowser;
+class VRLRootMediator;
+class VRLRootSliceEditWidget;
+class VRLRootStatusBar;
+
+/// The main window: menus, tool bar, browser of stacks and slices, slice view, status bar. Several can be open at once;
+/// all show the same list of open stacks. A window deletes itself when it is closed.
+///
+/// Closing the last window is quitting: every modified stack is asked about first.
+class VRLRootWindow : public QWidget {
+    Q_OBJECT
+
+public:
+    VRLRootWindow();
+    ~VRLRootWindow() override;
+
+    /// Opens a stack named on the command line.
+    void startupOpenStack(const std::string& file);
+
+    /// Offers what an earlier run has left behind.
+    void startupRecover(VRLRecovery& recovery);
+
+    /// The text and the program's name; the name alone for an empty text.
+    void setTitle(const std::string& text);
+
+    VRLRootMediator& mediator() { return *__mediator; }
+    VRLRootStatusBar& statusBar() { return *__statusBar; }
+    VRLRootSliceEditWidget& sliceWidget() { return *__sliceWidget; }
+    VRLRootBrowser& browser() { return *__browser; }
+    QToolBar& toolBar() { return *__toolBar; }
+
+    static int numRootWindows() { return __numRootWindows; }
+
+public slots:
+    void newWindow();
+    void toggleBrowser();
+    void toggleToolBar();
+    void toggleStatusBar();
+    void openHomepage();
+    void openPDFManual();
+    void subscribeMailingList();
+    void quit();
+    bool confirmQuit();
+    void about();
+
+protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void toggle(QWidget& part, const QString& settingsKey);
+
+    static int __numRootWindows;
+    static bool __uponQuitting;
+
+    QToolBar* __toolBar;
+    VRLRootSliceEditWidget* __sliceWidget;
+    VRLRootStatusBar* __statusBar;
+    VRLRootBrowser* __browser;
+    VRLRootMediator* __mediator;
+};
