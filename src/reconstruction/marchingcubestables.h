@@ -92,16 +92,15 @@ struct CubeTiling {
 /// neighbouring cubes fit whatever their sub-cases:
 /// - The border of its triangles are the lines of the surface on the cube's faces, which depend on the face's corners
 ///   and on whether its inside corners are joined or separated, and on nothing else. Seen from the side of greater
-///   values, the triangles' vertices run clockwise: normals point to the inside.
-/// - No edge between two of its triangles joins two vertices on one face of the cube, where the neighbour could have
-/// the
-///   same edge, so that four triangles would meet there. The tubes of 7.4.2, 10.1.2, 12.1.2 and 13.5.2 can't do
+///   values, the triangles' vertices run counter-clockwise: normals point to the inside.
+/// - No edge between two of its triangles joins two vertices on one face of the cube: the neighbour could have the same
+///   edge there, and four triangles would meet in it. The tubes of 7.4.2, 10.1.2, 12.1.2 and 13.5.2 can't do
 ///   without; these use the middle line of the face that starts on the edge which comes, counter-clockwise as seen from
 ///   outside of the cube, behind a corner of the kind that is joined on this face. The neighbour sees the face from the
 ///   other side and takes the other middle line.
 ///
-/// Tables without a counterpart in print are those whose names end in 2_: the tubes between outside corners in cases
-/// 10, 12 and 13, where the published tables know those between inside corners only; and tiling13_x.
+/// Without a counterpart in print are tiling10_1_2_, tiling12_1_2_ and tiling13_5_2_, the tubes between outside corners
+/// where the published tables know those between inside corners only, and tiling13_x.
 ///
 /// Sources: E. V. Chernyaev, Marching Cubes 33, CERN CN/95-17, 1995; T. Lewiner, H. Lopes, A. W. Vieira and G. Tavares,
 /// Efficient implementation of Marching Cubes' cases with topological guarantees, Journal of Graphics Tools 8(2), 2003.
