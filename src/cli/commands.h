@@ -19,3 +19,12 @@ int exportCommand(const QStringList& arguments);
 
 /// Writes the surface of each volume at a level into a directory.
 int isosurfaceCommand(const QStringList& arguments);
+
+/// Brings several stacks into one space and writes the shapes, their means and a summary.
+int normalizeCommand(const QStringList& arguments);
+
+/// Writes the density map of point patterns, and its surfaces, into a directory.
+int densityCommand(const QStringList& arguments);
+
+/// Writes each stack, with its slices registered on each other, into a directory.
+int registerCommand(const QStringList& arguments);

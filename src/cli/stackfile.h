@@ -20,6 +20,7 @@ public:
     bool isOpened() const { return __opened; }
     int getNumFatalErrors() const { return __numFatalErrors; }
     const std::vector<std::string>& getLog() const { return __log; }
+    Stack& getStack() { return *__stack; }
     const Stack& getStack() const { return *__stack; }
 
     /// Writes the problems to the standard error stream, if there are any, and gives the exit status they stand for.

@@ -57,6 +57,12 @@ void StackSlice::setRelativePosition(float position) {
     __defaultRelativePosition = false;
 }
 
+void StackSlice::setPlacement(const Placement& placement) {
+    __position = placement.position;
+    __useRelativePosition = placement.relative;
+    __defaultRelativePosition = placement.followsDefault;
+}
+
 float StackSlice::getAbsolutePosition() const {
     if (!__useRelativePosition)
         return __position;

@@ -46,6 +46,15 @@ public:
     /// True until a position has been set: the slice follows the stack's default spacing.
     bool isDefaultRelativePosition() const { return __defaultRelativePosition; }
 
+    /// How the slice is placed, to be put back as it was.
+    struct Placement {
+        float position = 0;
+        bool relative = true;
+        bool followsDefault = true;
+    };
+    Placement getPlacement() const { return {__position, __useRelativePosition, __defaultRelativePosition}; }
+    void setPlacement(const Placement& placement);
+
     /// Walks back to the last slice of absolute position, or to the first slice. Stack::getAbsolutePositions() gives
     /// those of all slices in one walk.
     float getAbsolutePosition() const;

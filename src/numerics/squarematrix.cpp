@@ -6,6 +6,7 @@
 #include "numerics/rowkernels.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <type_traits>
@@ -57,6 +58,52 @@ void checkTridiag(const Vector<T>& d, const Vector<T>& upper, const Vector<T>& l
     const int n = d.getSize();
     if (upper.getSize() < n - 1 || lower.getSize() < n - 1)
         throwSizeError(where);
+}
+
+// Solves the cyclic system for several right-hand sides at once: each step of the elimination waits for the one before
+// it, so that further columns beside the first cost next to nothing. The last column corrects for the corners.
+template <class T, int count>
+void solveCyclic(const std::array<Vector<T>*, count>& sides, const Vector<T>& d, const Vector<T>& upper,
+                 const Vector<T>& lower, T alpha, T beta) {
+    static const char* const where = "void SquareMatrix<T>::cyclicTridiagSolve(...)";
+    constexpr int columns = count + 1;
+    checkTridiag(d, upper, lower, where);
+    const int n = d.getSize();
+    if (n < 2 || std::any_of(sides.begin(), sides.end(), [n](const Vector<T>* x) { return x->getSize() < n; }))
+        throwSizeError(where);
+    const T gamma = -d[0];
+    Vector<T> diagonal(d);
+    diagonal[0] = d[0] - gamma;
+    diagonal[n - 1] = d[n - 1] - alpha * beta / gamma;
+    Vector<T> pivots, quotients;
+    if (!tridiagPivots(diagonal, upper, lower, pivots, quotients))
+        throw MathError("void SquareMatrix<T>::tridiagSolve(...)", "Null pivoting element found.");
+
+    std::vector<std::array<T, columns>> rows(static_cast<std::size_t>(n));
+    for (int j = 0; j < n; ++j) {
+        for (int c = 0; c < count; ++c)
+            rows[j][c] = (*sides[c])[j];
+        rows[j][count] = T(0);
+    }
+    rows[0][count] = gamma;
+    rows[n - 1][count] = alpha;
+    for (int c = 0; c < columns; ++c)
+        rows[0][c] /= pivots[0];
+    for (int j = 1; j < n; ++j)
+        for (int c = 0; c < columns; ++c)
+            rows[j][c] = (rows[j][c] - lower[j - 1] * rows[j - 1][c]) / pivots[j];
+    for (int j = n - 2; j >= 0; --j)
+        for (int c = 0; c < columns; ++c)
+            rows[j][c] -= quotients[j] * rows[j + 1][c];
+
+    const T denominator = T(1) + rows[0][count] + beta * rows[n - 1][count] / gamma;
+    if (!(std::abs(denominator) > Vector<T>::epsilon()))
+        throw MathError(where, "Singular cyclic tridiagonal matrix.");
+    for (int c = 0; c < count; ++c) {
+        const T factor = (rows[0][c] + beta * rows[n - 1][c] / gamma) / denominator;
+        for (int j = 0; j < n; ++j)
+            (*sides[c])[j] = rows[j][c] - factor * rows[j][count];
+    }
 }
 
 // Writes v from element (row, col) downwards along the diagonal.
@@ -458,30 +505,17 @@ void SquareMatrix<T>::cyclicTridiagSolve(Vector<T>& x, const Vector<T>& d, const
                                          const Vector<T>& lower, T alpha, T beta) {
     if constexpr (!std::is_floating_point_v<T>)
         raiseNotAvailable<T>("void SquareMatrix<#>::tridiagSolve(...)");
-    else {
-        static const char* const where = "void SquareMatrix<T>::cyclicTridiagSolve(...)";
-        checkTridiag(d, upper, lower, where);
-        const int n = d.getSize();
-        if (n < 2 || x.getSize() < n)
-            throwSizeError(where);
-        const T gamma = -d[0];
-        Vector<T> diagonal(d);
-        diagonal[0] = d[0] - gamma;
-        diagonal[n - 1] = d[n - 1] - alpha * beta / gamma;
-        Vector<T> y(x);
-        tridiagSolve(y, diagonal, upper, lower);
-        Vector<T> z;
-        z.setZeros(n);
-        z[0] = gamma;
-        z[n - 1] = alpha;
-        tridiagSolve(z, diagonal, upper, lower);
-        const T denominator = T(1) + z[0] + beta * z[n - 1] / gamma;
-        if (!(std::abs(denominator) > Vector<T>::epsilon()))
-            throw MathError(where, "Singular cyclic tridiagonal matrix.");
-        const T factor = (y[0] + beta * y[n - 1] / gamma) / denominator;
-        for (int i = 0; i < n; ++i)
-            x[i] = y[i] - factor * z[i];
-    }
+    else
+        solveCyclic<T, 1>({&x}, d, upper, lower, alpha, beta);
+}
+
+template <class T>
+void SquareMatrix<T>::cyclicTridiagSolve(Vector<T>& x, Vector<T>& y, const Vector<T>& d, const Vector<T>& upper,
+                                         const Vector<T>& lower, T alpha, T beta) {
+    if constexpr (!std::is_floating_point_v<T>)
+        raiseNotAvailable<T>("void SquareMatrix<#>::tridiagSolve(...)");
+    else
+        solveCyclic<T, 2>({&x, &y}, d, upper, lower, alpha, beta);
 }
 
 template <class T>

@@ -95,6 +95,9 @@ public:
     /// Numerical Recipes, section 2.7.
     static void cyclicTridiagSolve(Vector<T>& x, const Vector<T>& d, const Vector<T>& upper, const Vector<T>& lower,
                                    T alpha, T beta);
+    /// The same for two right-hand sides of one system, at little more than the cost of one.
+    static void cyclicTridiagSolve(Vector<T>& x, Vector<T>& y, const Vector<T>& d, const Vector<T>& upper,
+                                   const Vector<T>& lower, T alpha, T beta);
 
     /// Eigenvalues and eigenvectors (the columns of vectors) of this symmetric matrix by the cyclic Jacobi method; sort
     /// orders them as eigenSort() does. Press et al., Numerical Recipes, section 11.1.

@@ -9,6 +9,7 @@
 #include <memory>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "numerics/exception.h"
 #include "numerics/matrix.h"
@@ -239,6 +240,72 @@ private:
     Real<T> __scale;
     bool __guess;
     std::unique_ptr<Edge[]> __edges;
+};
+
+// Bins of width 1, those of grey values: the bin of a value follows from its distance to the first edge alone. Reals
+// have them where all edges are exact, integers where the last edge is no wider than the values.
+template <class T>
+class UnitBins {
+public:
+    using Edge = std::conditional_t<isReal<T>, T, std::conditional_t<(sizeof(T) < sizeof(int)), int, T>>;
+
+    static bool fit(T first, T width, int bins) {
+        if constexpr (std::is_same_v<T, bool> || std::is_same_v<T, long double>)
+            return false;
+        else if constexpr (isReal<T>)
+            return width == T(1) && bins <= 1 << 20 && std::abs(first) <= T(1 << 20) &&
+                   std::floor(2 * first) == 2 * first;
+        else
+            return width == T(1) && bins - 1LL <= static_cast<long long>(std::numeric_limits<Edge>::max()) - first;
+    }
+
+    UnitBins(T first, int bins)
+        : __first(first), __last(static_cast<Edge>(static_cast<Edge>(first) + static_cast<Edge>(bins - 1))) {}
+
+    // A real distance may be rounded up to the next edge, never beyond it. NaNs belong to the last bin.
+    int find(T value) const {
+        const Edge x = static_cast<Edge>(value);
+        const Edge inside = x < __last ? (x > __first ? x : __first) : __last;
+        const int bin = static_cast<int>(inside - __first);
+        if constexpr (isReal<T>)
+            return bin - (__first + static_cast<Edge>(bin) > inside);
+        else
+            return bin;
+    }
+
+    // Bins are found for a block at a time, and counted in turn in several tables, since counting the same bin twice
+    // in a row has to wait for memory.
+    void count(const T* values, int n, Vector<unsigned int>& counts) const {
+        constexpr int blockLength = 512, numTables = 4;
+        const int bins = counts.getSize();
+        int found[blockLength];
+        const int stride = bins <= n / numTables ? bins : 0;
+        std::vector<unsigned int> tables(static_cast<std::size_t>(stride) * (numTables - 1));
+        unsigned int* const first = counts.data();
+        unsigned int* const second = stride > 0 ? tables.data() : first;
+        unsigned int* const third = second + stride;
+        unsigned int* const fourth = third + stride;
+        for (int i = 0; i < n; i += blockLength) {
+            const int length = std::min(blockLength, n - i);
+            for (int j = 0; j < length; ++j)
+                found[j] = find(values[i + j]);
+            int j = 0;
+            for (; j + numTables <= length; j += numTables) {
+                ++first[found[j]];
+                ++second[found[j + 1]];
+                ++third[found[j + 2]];
+                ++fourth[found[j + 3]];
+            }
+            for (; j < length; ++j)
+                ++first[found[j]];
+        }
+        for (int k = 0; k < stride; ++k)
+            first[k] += second[k] + third[k] + fourth[k];
+    }
+
+private:
+    Edge __first;
+    Edge __last;
 };
 
 } // namespace
@@ -579,7 +646,9 @@ template <class T>
 Vector<unsigned int> Vector<T>::histogram(T first, T width, int bins) const requires VectorNumber<T> {
     Vector<unsigned int> counts;
     counts.setZeros(bins);
-    if (counts.getSize() > 0) {
+    if (bins > 0 && UnitBins<T>::fit(first, width, bins))
+        UnitBins<T>(first, bins).count(__data, __size, counts);
+    else if (bins > 0) {
         const BinEdges<T> edges(first, width, bins);
         for (int i = 0; i < __size; ++i)
             ++counts[edges.find(__data[i])];

@@ -1,6 +1,7 @@
 #include "shapes/quadmesh.h"
 
 #include "numerics/elementtype.h"
+#include "numerics/rowkernels.h"
 #include "shapes/shapearithmetic.h"
 #include "shapes/shapeinterpolation.h"
 #include "shapes/shapeset.h"
@@ -349,6 +350,10 @@ unsigned int QuadMesh<T>::findMatch(const QuadMesh& mesh) const {
     using W = WideCoordinate<T>;
     const int space = this->getSpace();
     std::vector<W> scores(width, W(0)), x(2 * std::size_t(width)), y(width);
+    std::vector<W*> shifted(width); // by 0, 1, ...: row c holds what vertex c of the other meets under each shift
+    for (int c = 0; c < width; c++) {
+        shifted[c] = x.data() + c;
+    }
     for (int r = 0; r < this->getHeight(); r++) {
         const Curve<T>& level = this->level(r);
         const Curve<T>& otherLevel = mesh.level(r);
@@ -357,22 +362,14 @@ unsigned int QuadMesh<T>::findMatch(const QuadMesh& mesh) const {
                 x[c] = x[c + width] = level[c][axis];
                 y[c] = otherLevel[c][axis];
             }
-            // Scores stand inside, so that neighbouring shifts are added up side by side.
-            for (int c = 0; c < width; c++) {
-                const W factor = y[c];
-                const W* shifted = x.data() + c;
-                W* score = scores.data();
-                for (int k = 0; k < width; k++) {
-                    score[k] += shifted[k] * factor;
-                }
-            }
+            rowkernels::addRows(scores.data(), y.data(), shifted.data(), width, 0, width);
         }
     }
     return static_cast<unsigned int>(std::max_element(scores.begin(), scores.end()) - scores.begin());
 }
 
 template <class T>
-void QuadMesh<T>::match(const QuadMesh& mesh) {
+unsigned int QuadMesh<T>::match(const QuadMesh& mesh) {
     const int shift = int(findMatch(mesh));
     for (int r = 0; r < this->getHeight(); r++) {
         this->level(r).setOrigin(shift);
@@ -382,6 +379,7 @@ void QuadMesh<T>::match(const QuadMesh& mesh) {
             cap->level(r).setOrigin(shift);
         }
     }
+    return (unsigned int)shift;
 }
 
 template <class T>

@@ -85,8 +85,8 @@ public:
     /// other, the smallest one on a tie. Costs height times the square of the width. Throws SizeError when dimensions
     /// differ and TypeError when a mesh is open.
     unsigned int findMatch(const QuadMesh& mesh) const;
-    /// Turns all levels, those of the caps too, by findMatch().
-    void match(const QuadMesh& mesh);
+    /// Turns all levels, those of the caps too, by findMatch(), and gives the shift.
+    unsigned int match(const QuadMesh& mesh);
 
     bool hasVertexColors() const { return __vertexColors != nullptr; }
     QuadMesh<int>& getVertexColors() { return *__vertexColors; }

@@ -68,6 +68,28 @@ T squareToCoordinate(typename NearestSearch<T>::Distance distance) {
     }
 }
 
+template <class T>
+std::vector<WideCoordinate<T>> wideCog(const Shape<T>& shape) {
+    const char* where = "Vector<T> Shape<T>::cog() const";
+    const int n = shape.getSize();
+    if (n == 0) {
+        throw SizeError(where, "This shape contains no vertex");
+    }
+    const int space = shape.getSpace();
+    std::vector<WideCoordinate<T>> mean(std::size_t(space), 0);
+    for (ConstVertexIterator<T> it(shape); it.current(); ++it) {
+        const Vector<T>& v = *it.current();
+        checkDimension(v.getSize(), space, where);
+        for (int k = 0; k < space; ++k) {
+            mean[k] += v[k];
+        }
+    }
+    for (WideCoordinate<T>& x : mean) {
+        x /= n;
+    }
+    return mean;
+}
+
 } // namespace
 
 // ---- construction and the virtual base
@@ -175,23 +197,10 @@ const ShapeSet<T>& Shape<T>::getExtensions() const {
 
 template <class T>
 Vector<T> Shape<T>::cog() const {
-    const char* where = "Vector<T> Shape<T>::cog() const";
-    const int n = getSize();
-    if (n == 0) {
-        throw SizeError(where, "This shape contains no vertex");
-    }
-    const int space = getSpace();
-    std::vector<WideCoordinate<T>> sum(std::size_t(space), 0);
-    for (ConstVertexIterator<T> it(*this); it.current(); ++it) {
-        const Vector<T>& v = *it.current();
-        checkDimension(v.getSize(), space, where);
-        for (int k = 0; k < space; ++k) {
-            sum[k] += v[k];
-        }
-    }
-    Vector<T> mean(space);
-    for (int k = 0; k < space; ++k) {
-        mean[k] = toCoordinate<T>(sum[k] / n);
+    const std::vector<WideCoordinate<T>> wide = wideCog(*this);
+    Vector<T> mean(getSpace());
+    for (int k = 0; k < getSpace(); ++k) {
+        mean[k] = toCoordinate<T>(wide[k]);
     }
     return mean;
 }
@@ -566,10 +575,11 @@ void Shape<T>::computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Sha
     if (partners != getSize()) {
         throw SizeError(where, "The two shapes have distinct sizes");
     }
-    const Vector<T> cx = cog();
-    const Vector<T> cy = target.cog();
-    checkDimension(cy.getSize(), space, where);
-    std::vector<Wide> sums(std::size_t(space) * space, 0);
+    checkDimension(target.getSpace(), space, where);
+    const std::vector<Wide> cx = wideCog(*this);
+    const std::vector<Wide> cy = wideCog(target);
+    SquareMatrix<Wide> covariance(space);
+    covariance.setZeros();
     int rank = 0;
     ConstVertexIterator<T> equalRank(target);
     for (ConstVertexIterator<T> it(*this); it.current(); ++it) {
@@ -578,25 +588,23 @@ void Shape<T>::computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Sha
         checkDimension(x.getSize(), space, where);
         checkDimension(y.getSize(), space, where);
         for (int k = 0; k < space; ++k) {
-            const Wide dx = Wide(x[k]) - Wide(cx[k]);
+            const Wide dx = Wide(x[k]) - cx[k];
             for (int l = 0; l < space; ++l) {
-                sums[k * space + l] += dx * (Wide(y[l]) - Wide(cy[l]));
+                covariance[k][l] += dx * (Wide(y[l]) - cy[l]);
             }
         }
         ++rank;
         ++equalRank;
     }
-    SquareMatrix<T> covariance(space);
-    for (int k = 0; k < space; ++k) {
-        for (int l = 0; l < space; ++l) {
-            covariance[k][l] = toCoordinate<T>(sums[k * space + l]);
-        }
+    if constexpr (std::is_integral_v<T>) {
+        SquareMatrix<T>(space).svd(nullptr, nullptr); // throws: there is no rotation in whole numbers
     }
-    // u C v is the diagonal of the singular values, so v u maximises the trace of r C.
-    SquareMatrix<T> u;
-    SquareMatrix<T> v;
-    const Vector<T> values = covariance.svd(&u, &v);
-    SquareMatrix<T> rotation = v * u;
+    // u C v is the diagonal of the singular values, so v u maximises the trace of r C. All of it in the wide type: a
+    // rotation that was rounded on the way would not be one, and registrations chain many of them.
+    SquareMatrix<Wide> u;
+    SquareMatrix<Wide> v;
+    const Vector<Wide> values = covariance.svd(&u, &v);
+    SquareMatrix<Wide> rotation = v * u;
     if (rotation.det() < 0) {
         // The proper rotation nearest to a reflection gives up the least singular value.
         int least = space - 1;
@@ -605,11 +613,19 @@ void Shape<T>::computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Sha
                 least = k;
             }
         }
-        u[least] *= T(-1);
+        u[least] *= Wide(-1);
         rotation = v * u;
     }
-    t = cy - rotation * cx;
-    r = rotation;
+    r.setSize(space);
+    t.setSize(space);
+    for (int k = 0; k < space; ++k) {
+        Wide moved = 0;
+        for (int l = 0; l < space; ++l) {
+            r[k][l] = toCoordinate<T>(rotation[k][l]);
+            moved += Wide(r[k][l]) * cx[l]; // with the rotation that the caller gets, so that the centres meet
+        }
+        t[k] = toCoordinate<T>(cy[k] - moved);
+    }
 }
 
 // ---- files

@@ -170,7 +170,8 @@ public:
     /// vertices of the target (Umeyama, IEEE PAMI 13, 1991). Vertices of equal rank correspond, or vertex i of this
     /// shape and the target's vertex at correspondences[i]; the target's centre of gravity is that of all its vertices.
     ///
-    /// Where the best orthogonal map is a reflection, the axis of the smallest singular value turns round.
+    /// Where the best orthogonal map is a reflection, the axis of the smallest singular value turns round. The
+    /// decomposition runs in double for float shapes.
     /// Throws SizeError when vertices or correspondences are missing, TypeError for int.
     void computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Shape& target) const;
     void computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Shape& target,

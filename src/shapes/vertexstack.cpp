@@ -42,8 +42,9 @@ void VertexStack<T>::__ConcreteVertexIterator::operator++(int) {
 
 template <class T>
 void VertexStack<T>::__ConcreteVertexIterator::operator++() {
-    if (this->__current) {
-        ++__position;
+    if (this->__current && ++__position < __size) {
+        this->__current = &__stack->__levels[__level]->vertex(__position);
+    } else if (this->__current) {
         settle();
     }
 }
@@ -59,9 +60,11 @@ void VertexStack<T>::__ConcreteVertexIterator::rewind() {
 template <class T>
 void VertexStack<T>::__ConcreteVertexIterator::settle() {
     const int height = __stack->getHeight();
-    while (__level < height && __position >= __stack->__levels[__level]->getNumVertices()) {
+    __size = __level < height ? __stack->__levels[__level]->getNumVertices() : 0;
+    while (__level < height && __position >= __size) {
         ++__level;
         __position = 0;
+        __size = __level < height ? __stack->__levels[__level]->getNumVertices() : 0;
     }
     this->__current = __level < height ? &__stack->__levels[__level]->vertex(__position) : nullptr;
 }

@@ -28,6 +28,7 @@ public:
         VertexStack<T>* __stack;
         int __level = 0;
         int __position = 0;
+        int __size = 0; // of the level
     };
 
     VertexStack() = default;

@@ -17,7 +17,11 @@
 #include "document/stack.h"
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
+#include "images/image.h"
+#include "images/imagewriter.h"
 #include "images/voxelmatrix.h"
+#include "reconstruction/stackreconstruction.h"
+#include "shapes/curvestack.h"
 #include "shapes/trimesh.h"
 #include "support/temporaryfolder.h"
 
@@ -161,6 +165,64 @@ TEST_F(CommandLineTest, exportWritesSurfacesAndKeepsOldOnes) {
     EXPECT_EQ(sample->read("surfaces/Sample-Nucleus.stl"), stl);
 }
 
+// Two specimens of the same sample, one of them turned and shifted as a whole: they come to lie on each other.
+TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
+    std::string text = sample->read("sample.sdf");
+    const std::size_t second = text.find("SLICE \"s001\"");
+    ASSERT_NE(second, std::string::npos);
+    sample->write("turned.sdf", text.insert(second, "ROTATE 40;\nSHIFT 30 -12;\n\n"));
+    const Outcome first = cli(*sample, "normalize -o space sample.sdf turned.sdf");
+    ASSERT_EQ(first.status, 0) << first.output;
+    EXPECT_NE(first.output.find("\"Vessel\" has several contours on a slice"), std::string::npos) << first.output;
+    // Both stacks have one name, so that they go by their files'.
+    for (const char* name : {"sample-Nucleus.qm", "turned-Nucleus.qm", "turned-Cells.vs", "mean-Nucleus.qm"})
+        EXPECT_NE(first.output.find(std::string("space/") + name + "\n"), std::string::npos) << name;
+    const CurveStack<float> one(sample->file("space/sample-Nucleus.qm")),
+        other(sample->file("space/turned-Nucleus.qm"));
+    EXPECT_LT(one.rmsDistance(other), 1e-3f);
+    const CurveStack<float> mean(sample->file("space/mean-Nucleus.qm"));
+    EXPECT_LT(one.rmsDistance(mean), 1e-3f);
+    const std::string summary = sample->read("space/summary.html");
+    EXPECT_NE(summary.find("<i>Nucleus</i> - Resampling: "), std::string::npos);
+    EXPECT_NE(summary.find("Convergence reached at iteration "), std::string::npos);
+
+    const Outcome again = cli(*sample, "normalize -o space sample.sdf turned.sdf");
+    EXPECT_EQ(again.status, 3) << again.output;
+    std::filesystem::remove(sample->file("space/summary.html"));
+    sample->write("space/mean-Nucleus.qm", "mine");
+    const Outcome partly = cli(*sample, "normalize -o space sample.sdf turned.sdf");
+    EXPECT_EQ(partly.status, 3) << partly.output;
+    EXPECT_EQ(sample->read("space/mean-Nucleus.qm"), "mine");
+
+    const Outcome fitted = cli(*sample, "normalize -o space --overwrite --template turned --reference Nucleus "
+                                        "--size 12x20 --warping polynomial --degree 1 sample.sdf turned.sdf");
+    EXPECT_EQ(fitted.status, 0) << fitted.output;
+    EXPECT_EQ(CurveStack<float>(sample->file("space/mean-Nucleus.qm")).getHeight(), 12);
+    const std::string told = sample->read("space/summary.html");
+    EXPECT_NE(told.find("Template stack: <i>turned</i>"), std::string::npos);
+    EXPECT_NE(told.find("Total 1 references"), std::string::npos);
+    EXPECT_NE(told.find("Method: polynomial deformations of degree 1"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, normalizeRefusesWhatItCannotDo) {
+    for (const char* options :
+         {"", "--registration best", "--warping some", "--template sample --registration global",
+          "--registration template", "--template nobody", "--degree 3", "--warping polynomial --degree 0", "--size 1x5",
+          "--size 20", "--size 20x30x40", "--size =20x30", "--size Liver=20x30", "--error -1", "--reference Cells",
+          "--reference Liver"}) {
+        const std::string files = *options == '\0' ? "sample.sdf" : "sample.sdf sample.sdf";
+        const Outcome outcome = cli(*sample, std::string("normalize -o refused ") + options + " " + files);
+        EXPECT_EQ(outcome.status, 2) << options << ": " << outcome.output;
+    }
+    EXPECT_EQ(cli(*sample, "normalize -o refused sample.sdf none.sdf").status, 3);
+    EXPECT_EQ(cli(*sample, "normalize -o sample.sdf/below sample.sdf sample.sdf").status, 3);
+    sample->write("empty.sdf", "FileFormatVersion 1.03;\nSTACK \"void\";\n");
+    const Outcome nothing = cli(*sample, "normalize -o refused sample.sdf empty.sdf");
+    EXPECT_EQ(nothing.status, 1);
+    EXPECT_NE(nothing.output.find("share no closed structure"), std::string::npos) << nothing.output;
+    EXPECT_FALSE(std::filesystem::exists(sample->file("refused/summary.html")));
+}
+
 TEST_F(CommandLineTest, aSecondRoundTripChangesNoByte) {
     Stack first, second;
     StackReader reader;
@@ -200,7 +262,7 @@ TEST(CommandLine, wrongUsageGivesStatusTwoAndMissingFilesThree) {
         EXPECT_EQ(outcome.status, 2) << arguments;
         EXPECT_NE(outcome.output.find("--help"), std::string::npos) << arguments;
     }
-    for (const char* command : {"info", "check", "measure", "export"}) {
+    for (const char* command : {"info", "check", "measure", "export", "register"}) {
         const Outcome outcome = cli(folder, std::string(command) + " none.sdf");
         EXPECT_EQ(outcome.status, 3) << command;
         EXPECT_NE(outcome.output.find("none.sdf"), std::string::npos) << command;
@@ -275,4 +337,114 @@ TEST(IsosurfaceCommand, refusesWrongUsageShortFilesAndLevelsWithoutASurface) {
     EXPECT_EQ(cut.status, 3);
     EXPECT_NE(cut.output.find("length does not match its header"), std::string::npos) << cut.output;
     EXPECT_EQ(cli(folder, "isosurface missing.vm --level 1").status, 3);
+}
+
+// A bright bar with a head, drawn on the second slice where a known motion takes it: after the registration both
+// drawings meet in the world. A blank slice between two others lies as the one before it.
+TEST(CommandLine, registerBringsTheSlicesOntoEachOtherInANewStack) {
+    const TemporaryFolder folder;
+    const double angle = 0.4, shiftX = 17, shiftY = -9;
+    // From the first slice to the others, about (100, 80), in pixels (x, y).
+    const auto moved = [&](double x, double y, double& u, double& v) {
+        u = std::cos(angle) * (x - 100) - std::sin(angle) * (y - 80) + 100 + shiftX;
+        v = std::sin(angle) * (x - 100) + std::cos(angle) * (y - 80) + 80 + shiftY;
+    };
+    const auto draw = [&](const std::string& name, bool isMoved) {
+        Image image(200, 160, 8);
+        image.clear();
+        for (int y = 0; y < 160; ++y)
+            for (int x = 0; x < 200; ++x) {
+                double grey = 0;
+                for (int k = 0; k < 5; ++k) {
+                    double u = 70 + 12 * k, v = 85 - 5 * k;
+                    if (isMoved)
+                        moved(u, v, u, v);
+                    grey += (k == 4 ? 120 : 60) * std::exp(-((x - u) * (x - u) + (y - v) * (y - v)) / 60);
+                }
+                image.getData()[y * 200 + x] = (unsigned char)grey;
+            }
+        ImageWriter().write(image, folder.file(name), true);
+    };
+    draw("a.tif", false);
+    draw("b.tif", true);
+    Image blank(200, 160, 8);
+    blank.clear();
+    ImageWriter().write(blank, folder.file("blank.tif"), true);
+    // Two landmarks on the first and on the third slice, to the pixel.
+    std::ostringstream marks[2];
+    for (const double x : {40.0, 110.0}) {
+        double u, v;
+        moved(x, 60, u, v);
+        marks[0] << " " << x << ",60";
+        marks[1] << " " << std::lround(u) << "," << std::lround(v);
+    }
+    folder.write("s.sdf",
+                 "FileFormatVersion 1.03;\nSTACK \"s\";\nSLICE \"a\" \"a.tif\";\nSLICE \"x\" \"blank.tif\";\n"
+                 "SLICE \"b\" \"b.tif\";\nMODEL \"m\";\nPRIMITIVE Polypoint;\nMODELITEM \"m\" \"a\";\nMODELITEMDATA" +
+                     marks[0].str() + ";\nMODELITEM \"m\" \"b\";\nMODELITEMDATA" + marks[1].str() + ";\n");
+    const std::string old = folder.read("s.sdf");
+    const Outcome outcome = cli(folder, "register s.sdf --output new");
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_NE(outcome.output.find("\"x\" has no place of its own"), std::string::npos) << outcome.output;
+    EXPECT_EQ(folder.read("s.sdf"), old);
+
+    Stack stack;
+    ASSERT_TRUE(StackReader().read(stack, folder.file("new/s.sdf")));
+    ASSERT_EQ(stack.getNumSlices(), 3);
+    EXPECT_TRUE(stack.getSlice(1).getRegistration().isNull());
+    ASSERT_EQ(stack.getNumModels(), 1);
+    ASSERT_EQ(stack.getModel(0).getNumItems(), 2);
+    const StackReconstruction<double> reconstruction(stack);
+    const auto first = reconstruction.apply(stack.getModel(0).getItem(0));
+    const auto third = reconstruction.apply(stack.getModel(0).getItem(1));
+    const double pixel = stack.getSlice(0).getPixelCalibration().getPixelWidth();
+    ASSERT_EQ(first->getSize(), 2);
+    for (int k = 0; k < 2; ++k) {
+        const Vector<double> place = dynamic_cast<Vertices<double>&>(*first)[k];
+        const Vector<double> other = dynamic_cast<Vertices<double>&>(*third)[k];
+        // Shifts are cut to whole pixels, and landmarks rounded.
+        EXPECT_NEAR(place[0], other[0], 1.7 * pixel);
+        EXPECT_NEAR(place[1], other[1], 1.7 * pixel);
+    }
+
+    EXPECT_EQ(cli(folder, "register s.sdf --output new").status, 3); // it is there
+    EXPECT_EQ(cli(folder, "register s.sdf --output new --overwrite").status, 0);
+    EXPECT_EQ(cli(folder, "register s.sdf --overwrite").status, 2); // not onto itself
+    folder.write("one.sdf", "FileFormatVersion 1.03;\nSLICE \"a\" \"a.tif\";\n");
+    EXPECT_EQ(cli(folder, "register one.sdf --output new").status, 1);
+}
+
+TEST(CommandLine, densityWritesAMapAndItsSurfaces) {
+    const TemporaryFolder folder;
+    folder.write("p.vx", "# 6\n# 3\n# 4\n0 0 0\n40 0 0\n0 40 0\n0 0 40\n");
+    folder.write("q.vx", "# 6\n# 3\n# 2\n20 20 20\n25 20 20\n");
+    const Outcome outcome =
+        cli(folder, "density p.vx q.vx -o out -m kernel --kernel biweight -b 8 -r 1 --percentile 50 "
+                    "--level 1e-4");
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    const VoxelMatrix<float> map(folder.file("out/density.vm"));
+    EXPECT_EQ(map.getSize1(), 40);
+    double mass = 0;
+    for (int k = 0; k < 40; ++k)
+        for (int i = 0; i < 40; ++i)
+            for (int j = 0; j < 40; ++j)
+                mass += map(i, j, k);
+    // Of the first pattern's points an eighth or a fourth of the mass lies in the box, the second's are whole. The
+    // nodes are 40/39 apart, and those on a face stand for half a cell.
+    EXPECT_NEAR(mass * std::pow(40. / 39, 3), 0.5 + 0.5 / 4 * (1. / 8 * 4), 0.03);
+    for (const char* name : {"out/density-00.tm", "out/density-01.tm"}) {
+        const TriMesh<float> surface(folder.file(name));
+        const BoundingBox<float> box = surface.boundingBox();
+        EXPECT_GT(surface.getNumTriangles(), 100) << name;
+        EXPECT_GE(box.getVertex1().min(), 0) << name;
+        EXPECT_LE(box.getVertex2().max(), 40) << name;
+        EXPECT_TRUE(box.contains(surface.cog())) << name;
+    }
+    EXPECT_EQ(cli(folder, "density p.vx -o out").status, 3); // it is there
+    EXPECT_EQ(cli(folder, "density p.vx -o out --overwrite").status, 0);
+    EXPECT_EQ(cli(folder, "density p.vx q.vx -o out --name n -m poisson -k 3").status, 1);
+    EXPECT_EQ(cli(folder, "density p.vx -o out --name n --level 99").status, 1); // no surface there
+    for (const char* wrong : {"-m nearest", "-r 0", "--level x", "--percentile 101", "--name a/b", "-b -1", "-k 0"})
+        EXPECT_EQ(cli(folder, std::string("density p.vx ") + wrong).status, 2) << wrong;
+    EXPECT_EQ(cli(folder, "density none.vx").status, 3);
 }

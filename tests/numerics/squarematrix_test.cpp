@@ -382,10 +382,20 @@ TEST(SquareMatrix, cyclicTridiagSolveHonoursTheCorners) {
     m(3, 0) = 0.75; // alpha, bottom left
     m(0, 3) = -1.25;
     const Vector<double> x = vector({1.0, -2.0, 3.0, -4.0});
-    Vector<double> b = m * x;
+    const Vector<double> y = vector({0.5, 7.0, -0.25, 3.0});
+    Vector<double> b = m * x, c = m * y;
+    const Vector<double> right = b;
     SquareMatrix<double>::cyclicTridiagSolve(b, d, upper, lower, 0.75, -1.25);
     for (int i = 0; i < 4; ++i)
         EXPECT_NEAR(b[i], x[i], 1e-13);
+    Vector<double> again = right, shorter(3);
+    EXPECT_THROW(SquareMatrix<double>::cyclicTridiagSolve(again, shorter, d, upper, lower, 0.75, -1.25), SizeError);
+    EXPECT_EQ(again, right);
+    SquareMatrix<double>::cyclicTridiagSolve(again, c, d, upper, lower, 0.75, -1.25);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_NEAR(again[i], x[i], 1e-13);
+        EXPECT_NEAR(c[i], y[i], 1e-13);
+    }
 }
 
 TEST(SquareMatrix, singularCyclicSystemIsRefused) {

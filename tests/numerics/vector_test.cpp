@@ -406,6 +406,43 @@ TEST(VectorHistogram, agreesWithTheSearchOverTheEdgesForAwkwardWidths) {
     }
 }
 
+// Values on, just below and just above the edges, and far away, against the last edge that is not above the value.
+TEST(VectorHistogram, binsOfWidthOneAgreeWithTheSearchOverTheEdges) {
+    const float infinity = std::numeric_limits<float>::infinity();
+    for (const float first : {-0.5f, 0.0f, -1.0f, -37.0f, 1000.5f, 0.3f}) {
+        for (const int bins : {1, 3, 256, 2000}) {
+            Vector<float> v(5000);
+            for (int i = 0; i < v.getSize(); ++i) {
+                const float edge = first + static_cast<float>(i / 5 % (bins + 2) - 1);
+                const float around[] = {edge, std::nextafter(edge, -infinity), std::nextafter(edge, infinity),
+                                        edge + 0.49999997f, i % 2 == 0 ? -1e-30f : 1e30f};
+                v[i] = around[i % 5];
+            }
+            v[0] = infinity;
+            v[1] = -infinity;
+            v[2] = std::numeric_limits<float>::quiet_NaN();
+            Vector<unsigned int> expected;
+            expected.setZeros(bins);
+            for (const float x : v) {
+                int bin = std::isnan(x) ? bins - 1 : 0;
+                while (bin + 1 < bins && first + static_cast<float>(bin + 1) <= x)
+                    ++bin;
+                ++expected[bin];
+            }
+            EXPECT_EQ(expected, v.histogram(first, 1, bins)) << first << " " << bins;
+        }
+    }
+}
+
+TEST(VectorHistogram, binsOfWidthOneReachTheEndsOfTheIntegers) {
+    constexpr int lowest = std::numeric_limits<int>::min(), highest = std::numeric_limits<int>::max();
+    const Vector<int> v = vectorOf({lowest, lowest + 1, -1, 0, 1, highest - 1, highest});
+    EXPECT_EQ(vectorOf({1u, 6u}), v.histogram(lowest, 1, 2));
+    EXPECT_EQ(vectorOf({6u, 1u}), v.histogram(highest - 1, 1, 2));
+    EXPECT_EQ(vectorOf({6u, 1u, 0u}), v.histogram(highest - 1, 1, 3)); // the last edge is no int
+    EXPECT_EQ(vectorOf({2u, 1u}), vectorOf<unsigned short>({0, 65534, 65535}).histogram(65534, 1, 2));
+}
+
 TEST(VectorHistogram, edgesOfSmallIntegersDoNotWrap) {
     Vector<unsigned char> v(256);
     for (int i = 0; i < 256; ++i)

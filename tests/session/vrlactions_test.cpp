@@ -35,6 +35,7 @@ protected:
     VRLActionsTest()
         : polygons(addModel(stack, "polygons")), points(addModel(stack, "points", PolypointPrimitive)),
           others(addModel(stack, "others", PolypointPrimitive)) {
+        stack.setDefaultSliceSpacing(5);
         addSlices(stack, 3);
         for (int i = 0; i < 3; ++i)
             stack.getSlice(i).setImageSource(FixedSource(50, 50));
@@ -316,13 +317,23 @@ TEST_F(VRLActionsTest, aSliceLeavesAndComesBackWithItsItems) {
     EXPECT_EQ(polygons.getNumItems(), 1);
     EXPECT_EQ(stack.getReconstruction().getZMap().getSize(), 3);
 
+    // The slices behind stand where they stood.
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 5, 10}));
+    EXPECT_TRUE(stack.getSlice(2).isDefaultRelativePosition());
+    stack.history()->redo();
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 10}));
+    stack.history()->undo();
+
     auto* slice = new StackSlice;
     slice->setName("new");
     slice->setStack(&stack);
     auto* insertion = new VRLSliceInsertionDeletionAction(*slice);
-    insertion->setSlicePosition(3);
+    insertion->setSlicePosition(1);
     expectReversible(insertion, {"sliceIn"}, {"sliceOut"});
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 5, 10, 15}));
     stack.history()->undo();
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 5, 10}));
+    EXPECT_TRUE(stack.getSlice(1).isDefaultRelativePosition());
 }
 
 TEST_F(VRLActionsTest, aModelThatIsDeletedForGoodLeavesNoStepThatNamesIt) {

@@ -33,7 +33,10 @@ bool VRLSliceInsertionDeletionAction::isOut() const {
 
 void VRLSliceInsertionDeletionAction::apply() {
     VRLSliceAction::apply();
+    if (!__applied)
+        __placement = getSlice()->getPlacement();
     __applied = true;
+    takeNextPlacement(__insertion ? __position : __position + 1);
     if (__insertion)
         insertSlice();
     else
@@ -47,18 +50,32 @@ void VRLSliceInsertionDeletionAction::revert() {
         removeSlice();
     else
         insertSlice();
+    if (__next != nullptr)
+        __next->setPlacement(__nextPlacement);
+    updateReconstruction();
     VRLEventServer::notifyAction(*this);
+}
+
+void VRLSliceInsertionDeletionAction::takeNextPlacement(int position) {
+    __next = position < __stack->getNumSlices() ? &__stack->getSlice(position) : nullptr;
+    if (__next != nullptr)
+        __nextPlacement = __next->getPlacement();
+}
+
+void VRLSliceInsertionDeletionAction::updateReconstruction() {
+    if (auto* stack = dynamic_cast<VRLStack*>(__stack))
+        stack->updateReconstruction();
 }
 
 void VRLSliceInsertionDeletionAction::insertSlice() {
     StackSlice& slice = *getSlice();
+    slice.setPlacement(__placement);
     __stack->addSlice(&slice, __position);
     for (int i = 0; i < slice.getNumItems(); ++i) {
         slice.getItem(i).attachToModel();
         __places[&slice.getItem(i)].restore(slice.getItem(i));
     }
-    if (auto* stack = dynamic_cast<VRLStack*>(__stack))
-        stack->updateReconstruction();
+    updateReconstruction();
 }
 
 void VRLSliceInsertionDeletionAction::removeSlice() {
@@ -67,9 +84,9 @@ void VRLSliceInsertionDeletionAction::removeSlice() {
         __places[&slice.getItem(i)].take(slice.getItem(i));
         slice.getItem(i).detachFromModel();
     }
-    __stack->removeSlice(__position);
-    if (auto* stack = dynamic_cast<VRLStack*>(__stack))
-        stack->updateReconstruction();
+    // Not by the position that was told: the slices of one step are taken out in the order in which they came.
+    __stack->removeSlice(__stack->findSlice(slice));
+    updateReconstruction();
 }
 
 QString VRLSliceInsertionDeletionAction::description(bool) const {

@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "document/stackslice.h"
 #include "shell/session/vrlitemplace.h"
 #include "shell/session/vrlsliceaction.h"
 
@@ -10,6 +11,7 @@ class Stack;
 /// Puts a slice into a stack or takes it out, with its items, and owns it while it is out.
 ///
 /// The slice must have been told its stack. Its items stay on its list throughout, so that they come back with it.
+/// Undone, the slice behind stands where it stood before, also where taking a slice out gave it a distance of its own.
 class VRLSliceInsertionDeletionAction : public VRLSliceAction {
 public:
     explicit VRLSliceInsertionDeletionAction(StackSlice& slice);
@@ -36,6 +38,8 @@ public:
 private:
     void insertSlice();
     void removeSlice();
+    void updateReconstruction();
+    void takeNextPlacement(int position);
     bool isOut() const;
 
     Stack* __stack;
@@ -43,4 +47,7 @@ private:
     bool __applied = false;
     int __position = 0;
     std::map<const ModelItem*, VRLItemPlace> __places;
+    StackSlice::Placement __placement;
+    StackSlice* __next = nullptr; // the slice behind, which moves when the slice comes or goes
+    StackSlice::Placement __nextPlacement;
 };

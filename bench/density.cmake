@@ -1,0 +1,1 @@
+vorlen_bench(density_bench.cpp LINKS vorlen_normalization)

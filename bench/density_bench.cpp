@@ -1,0 +1,169 @@
+#include "images/voxelmatrix.h"
+#include "normalization/histogramdensityestimator.h"
+#include "normalization/kerneldensityestimator.h"
+#include "normalization/poissondensityestimator.h"
+#include "shapes/boundingbox.h"
+#include "shapes/vertices.h"
+
+#include <benchmark/benchmark.h>
+
+#include "inputs.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+
+namespace {
+
+constexpr int numPatterns = 3;
+constexpr int gridSize = 40;
+constexpr int rank = 10;
+constexpr float bandwidth = 10;
+
+/// Points of the cube of side 100.
+std::vector<Vertices<float>> patterns(int size) {
+    std::vector<Vertices<float>> result;
+    for (int p = 0; p < numPatterns; ++p) {
+        const std::vector<float> coordinates = inputs::points(size, std::uint32_t(p + 1));
+        result.emplace_back(3, size, size, size);
+        for (int i = 0; i < size; ++i) {
+            for (int a = 0; a < 3; ++a) {
+                result.back()[i][a] = 100 * coordinates[3 * std::size_t(i) + a];
+            }
+        }
+    }
+    return result;
+}
+
+BoundingBox<float> cube() {
+    Vector<float> lower(3), upper(3);
+    lower.fill(0);
+    upper.fill(100);
+    return BoundingBox<float>(lower, upper);
+}
+
+template <class Estimator>
+void addAll(Estimator& estimator, std::vector<Vertices<float>>& shapes) {
+    for (Vertices<float>& shape : shapes) {
+        estimator.addShape(shape);
+    }
+}
+
+void run(benchmark::State& state, DensityEstimator<float>& estimator, int size) {
+    VoxelMatrix<float> map(size, size, size);
+    std::streambuf* const output = std::cout.rdbuf(nullptr); // the estimator tells the mean distance
+    for (auto _ : state) {
+        estimator.compute(map, cube());
+        benchmark::DoNotOptimize(map(1, 2, 3));
+    }
+    std::cout.rdbuf(output);
+}
+
+/// The node of these indices in the cube.
+Vector<float> node(int i, int j, int k) {
+    Vector<float> x(3);
+    x[0] = 100.0f * float(i) / (gridSize - 1);
+    x[1] = 100.0f * float(j) / (gridSize - 1);
+    x[2] = 100.0f * float(k) / (gridSize - 1);
+    return x;
+}
+
+/// Fills a map with a function of the node.
+template <class Function>
+void runReference(benchmark::State& state, Function function) {
+    VoxelMatrix<float> map(gridSize, gridSize, gridSize);
+    for (auto _ : state) {
+        for (int k = 0; k < gridSize; ++k) {
+            for (int i = 0; i < gridSize; ++i) {
+                for (int j = 0; j < gridSize; ++j) {
+                    map(i, j, k) = function(node(i, j, k));
+                }
+            }
+        }
+        benchmark::DoNotOptimize(map(1, 2, 3));
+    }
+}
+
+void poisson(benchmark::State& state) {
+    std::vector<Vertices<float>> shapes = patterns(int(state.range(0)));
+    PoissonDensityEstimator<float> estimator;
+    addAll(estimator, shapes);
+    estimator.setNeighbourRank(rank);
+    run(state, estimator, gridSize);
+}
+
+void poissonReference(benchmark::State& state) {
+    const std::vector<Vertices<float>> shapes = patterns(int(state.range(0)));
+    std::vector<float> squares;
+    runReference(state, [&](const Vector<float>& x) {
+        float volumes = 0;
+        for (const Vertices<float>& shape : shapes) {
+            squares.clear();
+            for (int i = 0; i < shape.getSize(); ++i) {
+                squares.push_back(shape[i].sdistance(x));
+            }
+            std::nth_element(squares.begin(), squares.begin() + rank - 1, squares.end());
+            volumes += std::pow(squares[rank - 1], 1.5f);
+        }
+        return (rank * numPatterns - 1) * 0.75f / float(M_PI) / volumes;
+    });
+}
+
+void kernels(benchmark::State& state, DensityKernel kernel) {
+    std::vector<Vertices<float>> shapes = patterns(int(state.range(0)));
+    KernelDensityEstimator<float> estimator;
+    addAll(estimator, shapes);
+    estimator.setKernel(kernel);
+    estimator.setBandwidth(bandwidth);
+    run(state, estimator, gridSize);
+}
+
+void gaussian(benchmark::State& state) {
+    kernels(state, GaussianKernel);
+}
+
+void epanechnikov(benchmark::State& state) {
+    kernels(state, EpanechnikovKernel);
+}
+
+/// function(squared distance in bandwidths), summed over all points.
+template <class Function>
+void kernelReference(benchmark::State& state, Function function) {
+    const std::vector<Vertices<float>> shapes = patterns(int(state.range(0)));
+    runReference(state, [&](const Vector<float>& x) {
+        double sum = 0;
+        for (const Vertices<float>& shape : shapes) {
+            for (int i = 0; i < shape.getSize(); ++i) {
+                sum += function(double(shape[i].sdistance(x)) / (bandwidth * bandwidth)) / shape.getSize();
+            }
+        }
+        return float(sum / numPatterns);
+    });
+}
+
+void gaussianReference(benchmark::State& state) {
+    const double peak = std::pow(2 * M_PI * bandwidth * bandwidth, -1.5);
+    kernelReference(state, [peak](double square) { return peak * std::exp(-square / 2); });
+}
+
+void epanechnikovReference(benchmark::State& state) {
+    const double peak = 15 / (8 * M_PI * std::pow(bandwidth, 3));
+    kernelReference(state, [peak](double square) { return square < 1 ? peak * (1 - square) : 0; });
+}
+
+void histogram(benchmark::State& state) {
+    std::vector<Vertices<float>> shapes = patterns(int(state.range(0)));
+    HistogramDensityEstimator<float> estimator;
+    addAll(estimator, shapes);
+    run(state, estimator, gridSize);
+}
+
+} // namespace
+
+BENCHMARK(poisson)->Name("density_poisson/vorlen")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
+BENCHMARK(poissonReference)->Name("density_poisson/reference")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
+BENCHMARK(gaussian)->Name("density_gaussian/vorlen")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
+BENCHMARK(gaussianReference)->Name("density_gaussian/reference")->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(epanechnikov)->Name("density_epanechnikov/vorlen")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
+BENCHMARK(epanechnikovReference)->Name("density_epanechnikov/reference")->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(histogram)->Name("density_histogram/vorlen")->Arg(100000)->Arg(200000)->Unit(benchmark::kMillisecond);

@@ -1,0 +1,1 @@
+vorlen_bench(normalization_bench.cpp LINKS vorlen_normalization)

@@ -1,0 +1,1 @@
+vorlen_bench(registration_bench.cpp LINKS vorlen_registration)

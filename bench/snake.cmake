@@ -1,0 +1,1 @@
+vorlen_bench(snake_bench.cpp LINKS vorlen_snake)

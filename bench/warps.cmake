@@ -1,0 +1,1 @@
+vorlen_bench(warps_bench.cpp LINKS vorlen_normalization)

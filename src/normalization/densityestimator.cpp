@@ -1,0 +1,210 @@
+#include "normalization/densityestimator.h"
+
+#include <algorithm>
+
+#include "images/linearinterpolation.h"
+#include "images/voxelmatrix.h"
+#include "numerics/exception.h"
+#include "shapes/boundingbox.h"
+#include "shapes/grid.h"
+#include "shapes/quadmesh.h"
+#include "shapes/trimesh.h"
+#include "shapes/trimeshinterior.h"
+
+namespace {
+
+/// Closes one end of the tube by triangles from its level to the level's centre. A level that is a single place needs
+/// none.
+template <class T>
+void closeEnd(TriMesh<T>& surface, const Vertices<T>& level, int firstVertex) {
+    const int width = level.getSize();
+    bool isPlace = true;
+    for (int c = 1; c < width; ++c) {
+        isPlace = isPlace && level[c] == level[0];
+    }
+    if (width < 3 || isPlace) {
+        return;
+    }
+    const int center = surface.getSize();
+    surface.append(level.cog());
+    for (int c = 0; c < width; ++c) {
+        surface.addTriangle((unsigned int)(firstVertex + c), (unsigned int)(firstVertex + (c + 1) % width),
+                            (unsigned int)center);
+    }
+}
+
+/// Triangle mesh of a closed quadrangular mesh with its two ends, so that it has an inside.
+template <class T>
+TriMesh<T> closedSurface(const QuadMesh<T>& mesh) {
+    TriMesh<T> surface = mesh.toTriMesh(true);
+    const int height = mesh.getHeight();
+    if (height > 1) {
+        closeEnd<T>(surface, mesh[0], 0);
+        closeEnd<T>(surface, mesh[height - 1], (height - 1) * mesh.getWidth());
+    }
+    return surface;
+}
+
+} // namespace
+
+template <class T>
+DensityEstimator<T>::DensityEstimator() = default;
+
+template <class T>
+DensityEstimator<T>::~DensityEstimator() = default;
+
+template <class T>
+void DensityEstimator<T>::addShape(Shape<T>& shape) {
+    if (std::find(__shapes.begin(), __shapes.end(), &shape) == __shapes.end()) {
+        __shapes.push_back(&shape);
+    }
+}
+
+template <class T>
+void DensityEstimator<T>::removeShape(Shape<T>& shape) {
+    __shapes.erase(std::remove(__shapes.begin(), __shapes.end(), &shape), __shapes.end());
+}
+
+template <class T>
+void DensityEstimator<T>::setShapes(const std::vector<Shape<T>*>& shapes) {
+    for (Shape<T>* shape : shapes) {
+        addShape(*shape);
+    }
+}
+
+template <class T>
+void DensityEstimator<T>::addMaskSurface(MaskSurface<T>& surface) {
+    if (std::find(__maskSurfaces.begin(), __maskSurfaces.end(), &surface) == __maskSurfaces.end()) {
+        __maskSurfaces.push_back(&surface);
+    }
+}
+
+template <class T>
+void DensityEstimator<T>::setMaskShapes(const std::vector<Shape<T>*>& shapes) {
+    std::vector<const QuadMesh<T>*> meshes;
+    for (const Shape<T>* shape : shapes) {
+        const QuadMesh<T>* mesh = dynamic_cast<const QuadMesh<T>*>(shape);
+        if (!mesh || mesh->getShapeType() != ClosedQuadMeshType) {
+            throw UsageError("void DensityEstimator<T>::setMaskShapes(const std::vector<Shape<T>*>&)",
+                             "Masks must be closed quadrangular surfaces");
+        }
+        meshes.push_back(mesh);
+    }
+    for (const QuadMesh<T>* mesh : meshes) {
+        auto surface = std::make_unique<TriMesh<T>>(closedSurface(*mesh));
+        auto mask = std::make_unique<MaskSurface<T>>();
+        mask->setTriMesh(*surface);
+        addMaskSurface(*mask);
+        __ownMeshes.push_back(std::move(surface));
+        __ownMasks.push_back(std::move(mask));
+    }
+}
+
+template <class T>
+void DensityEstimator<T>::checkSpace(const BoundingBox<T>& box, const char* where) const {
+    if (!box.isValid() || box.getVertex1().getSize() != 3) {
+        throw SizeError(where, "The bounding box is not one of space 3");
+    }
+    for (const Shape<T>* shape : __shapes) {
+        if (shape->getNumVertices() > 0 && shape->getSpace() != 3) {
+            throw SizeError(where, "A point pattern is not one of space 3");
+        }
+    }
+}
+
+template <class T>
+void DensityEstimator<T>::applyMasks(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) {
+    const char* const where = "void DensityEstimator<T>::applyMasks(VoxelMatrix<T>&, const BoundingBox<T>&)";
+    checkSpace(box, where);
+    struct Mask {
+        TriMeshInterior<T> interior;
+        bool inside;
+    };
+    std::vector<Mask> masks;
+    for (const MaskSurface<T>* surface : __maskSurfaces) {
+        if (!surface->getTriMesh()) {
+            throw UsageError(where, "A mask surface has no mesh");
+        }
+        masks.push_back({TriMeshInterior<T>(*surface->getTriMesh()), surface->isInsideMask()});
+    }
+
+    notifyStarted("Applying masks onto density map");
+    const int n1 = matrix.getSize1(), n2 = matrix.getSize2(), n3 = matrix.getSize3();
+    const auto center = [&box](int axis, int i, int n) {
+        return (T(i) + T(0.5)) * box.width(axis) / T(n) + box.min(axis);
+    };
+    Vector<T> p(3);
+    for (int i = 0; i < n1; ++i) {
+        p[0] = center(0, i, n1);
+        for (int k = 0; k < n3 && !masks.empty(); ++k) {
+            p[2] = center(2, k, n3);
+            T* const row = matrix[k][i].data();
+            for (int j = 0; j < n2; ++j) {
+                if (row[j] == T(0)) {
+                    continue; // nothing to search for
+                }
+                p[1] = center(1, j, n2);
+                for (const Mask& mask : masks) {
+                    if (mask.interior.contains(p) != mask.inside) {
+                        row[j] = T(0);
+                        break;
+                    }
+                }
+            }
+        }
+        notifyProgressed((unsigned int)i, (unsigned int)n1);
+    }
+    notifyFinished("");
+}
+
+template <class T>
+Vector<T> DensityEstimator<T>::percentiles(const VoxelMatrix<T>& matrix, const Grid<T>& grid,
+                                           const Vector<float>& values) const {
+    const char* const where = "Vector<T> DensityEstimator<T>::percentiles(const VoxelMatrix<T>&, const Grid<T>&, "
+                              "const Vector<float>&) const";
+    const Vector<T> steps = grid.resolutions();
+    checkSpace(grid.getBoundingBox(), where);
+    if (matrix.getSize() != grid.getSize()) {
+        throw SizeError(where, "The sizes of map and grid differ");
+    }
+    std::vector<Vector<T>> centers;
+    grid.centers(centers);
+
+    int numPoints = 0;
+    for (const Shape<T>* shape : __shapes) {
+        numPoints += shape->getNumVertices();
+    }
+    if (numPoints == 0 || matrix.getSize().min() == 0) {
+        throw SizeError(where, "There is no density at any point");
+    }
+    Vector<T> densities((unsigned int)numPoints);
+    const LinearInterpolation<T> interpolation;
+    int n = 0;
+    for (const Shape<T>* shape : __shapes) {
+        for (ConstVertexIterator<T> it(*shape); it.current(); ++it) {
+            const Vector<T>& v = *it.current();
+            float index[3];
+            for (int a = 0; a < 3; ++a) {
+                index[a] = steps[a] > T(0) ? float((v[a] - centers[a][0]) / steps[a]) : 0.0f;
+            }
+            densities[n++] = interpolation.eval(index[0], index[1], index[2], matrix);
+        }
+    }
+    densities.sort();
+    Vector<T> result((unsigned int)(values.getSize()));
+    for (int i = 0; i < values.getSize(); ++i) {
+        result[i] = densities.percentile(values[i]);
+    }
+    return result;
+}
+
+template <class T>
+T DensityEstimator<T>::percentile(const VoxelMatrix<T>& matrix, const Grid<T>& grid, float value) const {
+    Vector<float> values(1);
+    values[0] = value;
+    return percentiles(matrix, grid, values)[0];
+}
+
+template class DensityEstimator<float>;
+template class DensityEstimator<double>;
+template class DensityEstimator<long double>;

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "numerics/vector.h"
+#include "shapes/masksurface.h"
+#include "shell/progress/progresssubject.h"
+
+template <class T>
+class BoundingBox;
+template <class T>
+class Grid;
+template <class T>
+class Shape;
+template <class T>
+class TriMesh;
+template <class T>
+class VoxelMatrix;
+
+/// Tells from point patterns, the vertices of one shape for each specimen, where in space their points concentrate.
+///
+/// A map is a volume whose index (i, j, k) stands for the coordinates (x, y, z); its size is the caller's. What an
+/// element tells, and for which place, is the matter of each estimator. Shapes and mask surfaces are seen, not owned,
+/// and must outlive the estimator or be removed; the surfaces that setMaskShapes() makes belong to the estimator.
+/// Instantiated for float, double and long double.
+template <class T>
+class DensityEstimator : public virtual ProgressSubject {
+public:
+    DensityEstimator();
+    DensityEstimator(const DensityEstimator&) = delete;
+    DensityEstimator& operator=(const DensityEstimator&) = delete;
+    ~DensityEstimator() override;
+
+    /// Appends the pattern; one that is there already, by address, counts once.
+    virtual void addShape(Shape<T>& shape);
+    /// Nothing when the shape is not there.
+    virtual void removeShape(Shape<T>& shape);
+
+    /// Fills the map for the box. Throws SizeError, before anything changes, unless box and patterns are of space 3.
+    virtual void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) = 0;
+
+    /// Sets to 0 every element that a mask excludes: the elements are taken as the cells that divide the box, and the
+    /// centre of the cell must lie inside of all surfaces whose inside counts, and outside of the others. Monitors hear
+    /// of it, also when there is no mask. The surfaces are prepared for the search once; an element then takes about
+    /// O(log n) for n triangles. Throws UsageError for a mask without a mesh, SizeError unless meshes and box are of
+    /// space 3.
+    virtual void applyMasks(VoxelMatrix<T>& matrix, const BoundingBox<T>& box);
+
+    /// addShape() for each.
+    void setShapes(const std::vector<Shape<T>*>& shapes);
+    const std::vector<Shape<T>*>& getShapes() const { return __shapes; }
+
+    /// Appends the mask; one that is there already counts once.
+    void addMaskSurface(MaskSurface<T>& surface);
+    const std::vector<MaskSurface<T>*>& getMaskSurfaces() const { return __maskSurfaces; }
+
+    /// Adds a mask for each shape, the inside of the tube as it is now. Its ends are closed flat, by triangles to the
+    /// centres of the first and the last level: an open end would have the search for the inside look through it.
+    /// Throws UsageError, before any is added, unless all are closed quadrangular meshes.
+    void setMaskShapes(const std::vector<Shape<T>*>& shapes);
+
+    /// For each of the values, the density below which so many percent of the points of all patterns lie. The density
+    /// at a point is interpolated between the centres of the grid's cells.
+    /// Throws SizeError when matrix and grid differ in size, when a pattern is not of space 3 and when there is no
+    /// point, UsageError on a grid that is not valid.
+    Vector<T> percentiles(const VoxelMatrix<T>& matrix, const Grid<T>& grid, const Vector<float>& values) const;
+    T percentile(const VoxelMatrix<T>& matrix, const Grid<T>& grid, float value) const;
+
+protected:
+    /// Throws SizeError unless box and patterns are of space 3.
+    void checkSpace(const BoundingBox<T>& box, const char* where) const;
+
+private:
+    std::vector<Shape<T>*> __shapes;
+    std::vector<MaskSurface<T>*> __maskSurfaces;
+    std::vector<std::unique_ptr<TriMesh<T>>> __ownMeshes;
+    std::vector<std::unique_ptr<MaskSurface<T>>> __ownMasks;
+};

@@ -1,0 +1,429 @@
+#include "normalization/fusionpipeline.h"
+
+#include <algorithm>
+#include <locale>
+#include <set>
+#include <sstream>
+
+#include "document/modelitem.h"
+#include "document/stack.h"
+#include "normalization/globalshapesetgroupregistration.h"
+#include "normalization/principalaxesshaperegistration.h"
+#include "normalization/resamplingsearch.h"
+#include "normalization/surfaceinstance.h"
+#include "normalization/targetshapesetgroupregistration.h"
+#include "normalization/targetshapesetgroupwarping.h"
+#include "numerics/exception.h"
+#include "shapes/quadmesh.h"
+#include "shapes/shapeset.h"
+#include "shell/progress/progresschain.h"
+
+namespace {
+
+const char* const runPlace = "bool FusionPipeline<T>::run()";
+
+/// Six significant digits, always with a point.
+std::string number(double value) {
+    std::ostringstream stream;
+    stream.imbue(std::locale::classic());
+    stream.precision(6);
+    stream << value;
+    return stream.str();
+}
+
+std::string escaped(const std::string& text) {
+    std::string result;
+    for (const char c : text) {
+        switch (c) {
+        case '&':
+            result += "&amp;";
+            break;
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        default:
+            result += c;
+        }
+    }
+    return result;
+}
+
+std::string pairOf(float mean, float sem) {
+    return number(mean) + " " + number(sem);
+}
+
+/// A reference needs a surface; any other model a shape.
+bool hasVertices(const Model& model) {
+    for (int i = 0; i < model.getNumItems(); ++i) {
+        if (model.getItem(i).getSize() > 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+template <class T>
+FusionPipeline<T>::~FusionPipeline() {
+    clear();
+}
+
+template <class T>
+void FusionPipeline<T>::cancel() {
+    ProgressProxy::cancel();
+    __fusion.cancel();
+}
+
+template <class T>
+void FusionPipeline<T>::clear() {
+    __fusion.clear();
+    __group.clear();
+    if (__mean) {
+        __mean->clear();
+        delete __mean;
+        __mean = nullptr;
+    }
+    for (ShapeSet<T>* set : __shapeSets) {
+        set->clear();
+        delete set;
+    }
+    __shapeSets.clear();
+}
+
+template <class T>
+std::vector<std::string> FusionPipeline<T>::listAllStructureNames() const {
+    std::set<std::string> names;
+    for (const Stack* stack : __config.getStacks()) {
+        for (int m = 0; m < stack->getNumModels(); ++m) {
+            names.insert(stack->getModel(m).getName());
+        }
+    }
+    return {names.begin(), names.end()};
+}
+
+template <class T>
+bool FusionPipeline<T>::run() {
+    clear();
+    __fusion.reset();
+    ProgressSubject::notifyStarted("");
+    bool completed = false;
+    try {
+        checkConfig();
+        completed = runSteps();
+    } catch (...) {
+        clear();
+        ProgressSubject::notifyFinished("");
+        throw;
+    }
+    if (completed) {
+        ProgressSubject::notifyFinished("Normalization completed");
+    } else {
+        clear();
+        ProgressSubject::notifyCanceled("");
+    }
+    return completed;
+}
+
+template <class T>
+bool FusionPipeline<T>::runSteps() {
+    const VRLFusionStrategy& strategy = __config.getStrategy();
+    ProgressProxy alignmentProxy, registrationProxy, warpingProxy;
+    ProgressChain chain;
+    if (strategy.isAlignment()) {
+        chain.addSubject(alignmentProxy);
+    }
+    if (strategy.isRegistration()) {
+        chain.addSubject(registrationProxy);
+    }
+    if (strategy.isWarping()) {
+        chain.addSubject(warpingProxy);
+    }
+    chain.addMonitor(*this);
+
+    initLog();
+    buildShapeSets();
+    if (!this->isCanceled() && strategy.isAlignment()) {
+        alignment(alignmentProxy);
+    }
+    if (!this->isCanceled() && strategy.isRegistration()) {
+        registration(registrationProxy);
+    }
+    if (!this->isCanceled()) {
+        this->notifyProgressed("Averaging shapes...");
+        for (std::size_t i = 1; i < __shapeSets.size(); ++i) {
+            __shapeSets[i]->matchSurfaces(*__shapeSets[0]);
+        }
+        __mean = new ShapeSet<T>(ShapeSet<T>::computeMean(__shapeSets)); // clear() deletes it
+    }
+    if (!this->isCanceled() && strategy.isWarping()) {
+        warping(warpingProxy);
+    }
+    return !this->isCanceled();
+}
+
+template <class T>
+void FusionPipeline<T>::checkConfig() const {
+    const std::vector<const Stack*>& stacks = __config.getStacks();
+    const VRLFusionStrategy& strategy = __config.getStrategy();
+    if (stacks.empty()) {
+        throw UsageError(runPlace, "There is no stack to normalize");
+    }
+    bool hasReference = false;
+    for (const VRLFusionSurfaceStructure<T>& structure : __config.getStructures()) {
+        if (structure.isReference()) {
+            hasReference = true;
+            for (const Stack* stack : stacks) {
+                const int place = stack->findModel(structure.getName());
+                if (place < 0 || !hasVertices(stack->getModel(place))) {
+                    throw UsageError(runPlace, "Reference structure \"" + structure.getName() +
+                                                   "\" has no contours in stack \"" + stack->getName() + "\"");
+                }
+            }
+        }
+        for (const Stack* stack : stacks) {
+            const int place = stack->findModel(structure.getName());
+            if (place >= 0 && stack->getModel(place).getProperties().getGeometry() == PolypointPrimitive) {
+                throw UsageError(runPlace, "Structure \"" + structure.getName() + "\" of stack \"" + stack->getName() +
+                                               "\" is made of points and has no surface");
+            }
+        }
+    }
+    if (!hasReference && (strategy.isAlignment() || strategy.isRegistration() || strategy.isWarping())) {
+        throw UsageError(runPlace, "Alignment, registration and warping need a reference structure");
+    }
+    if (strategy.isRegistration()) {
+        if (stacks.size() < 2) {
+            throw UsageError(runPlace, "A registration needs at least two stacks");
+        }
+        const bool found = std::any_of(stacks.begin(), stacks.end(), [&](const Stack* stack) {
+            return stack->getName() == strategy.getReferenceStack();
+        });
+        if (strategy.getRegistrationAlgorithm() == TemplateRegistration && !found) {
+            throw UsageError(runPlace, "There is no template stack named \"" + strategy.getReferenceStack() + "\"");
+        }
+    }
+}
+
+template <class T>
+void FusionPipeline<T>::initLog() {
+    __log = "<b>Spatial normalization summary</b><br >";
+    __log += "Name: <i>" + escaped(__config.getName()) + "</i><br >";
+    __log += "<br ><b>Stacks</b><br >";
+    for (const Stack* stack : __config.getStacks()) {
+        __log += "<i>" + escaped(stack->getName()) + "</i><br >";
+    }
+    __log += "Total " + std::to_string(__config.getStacks().size()) + " stacks<br >";
+    __log += "<br ><b>Reference structures</b><br >";
+    int numReferences = 0;
+    for (const VRLFusionSurfaceStructure<T>& structure : __config.getStructures()) {
+        if (structure.isReference()) {
+            ++numReferences;
+            __log += "<i>" + escaped(structure.getName()) +
+                     "</i> - Resampling: " + std::to_string(structure.getResamplingHeight()) + " x " +
+                     std::to_string(structure.getResamplingWidth()) + "<br >";
+        }
+    }
+    __log += numReferences > 0 ? "Total " + std::to_string(numReferences) + " references<br >" : "None (N/A)<br >";
+}
+
+template <class T>
+void FusionPipeline<T>::buildShapeSets() {
+    this->notifyProgressed("Initializing shape sets...");
+    const std::vector<const Stack*>& stacks = __config.getStacks();
+    const std::vector<std::string> names = listAllStructureNames();
+    StackReconstruction<T> reconstruction;
+    for (std::size_t i = 0; i < stacks.size(); ++i) {
+        this->notifyProgressed((unsigned int)i, (unsigned int)stacks.size());
+        const Stack& stack = *stacks[i];
+        reconstruction.setStack(stack);
+        __shapeSets.push_back(new ShapeSet<T>); // clear() deletes it
+        ShapeSet<T>& set = *__shapeSets.back();
+        set.setName(stack.getName());
+        for (const std::string& name : names) {
+            try {
+                addStructure(set, stack, name, reconstruction);
+            } catch (Exception& failure) {
+                failure.setWhat("Structure \"" + name + "\" of stack \"" + stack.getName() +
+                                "\": " + failure.getWhat());
+                failure.addWhere("void FusionPipeline<T>::buildShapeSets()");
+                throw;
+            }
+        }
+        __fusion.addShapeSet(&set);
+        __group.addShapeSet(set);
+    }
+}
+
+/// Adds one entry, or one for each configured structure of this name.
+template <class T>
+void FusionPipeline<T>::addStructure(ShapeSet<T>& set, const Stack& stack, const std::string& name,
+                                     const StackReconstruction<T>& reconstruction) {
+    const int place = stack.findModel(name);
+    const Model* model = place < 0 || !hasVertices(stack.getModel(place)) ? nullptr : &stack.getModel(place);
+    std::unique_ptr<CurveStack<T>> curves;
+    if (model) {
+        curves = surfaceInstance(reconstruction, *model);
+    }
+    const auto add = [&](std::unique_ptr<Shape<T>> shape, bool reference) {
+        if (shape) {
+            shape->setName(name);
+        }
+        set.addShape(shape.get(), shape && reference);
+        shape.release(); // the set's from here on
+    };
+    const auto addSurface = [&](int height, int width, bool reference) {
+        if (!curves) {
+            add(nullptr, false);
+            return;
+        }
+        if (height < 1 || width < 1 || double(height) * width > ResamplingSearch<T>::maxVertices) {
+            throw SizeError("void FusionPipeline<T>::buildShapeSets()", "Invalid resampling sizes");
+        }
+        auto mesh = std::make_unique<QuadMesh<T>>(curves->resample(height, width));
+        mesh->buildCaps();
+        mesh->detach();
+        add(std::move(mesh), reference);
+    };
+    bool configured = false;
+    for (const VRLFusionSurfaceStructure<T>& structure : __config.getStructures()) {
+        if (structure.getName() == name) {
+            configured = true;
+            addSurface(structure.getResamplingHeight(), structure.getResamplingWidth(), structure.isReference());
+        }
+    }
+    if (configured) {
+        return;
+    }
+    if (model && !curves) {
+        const std::unique_ptr<Shape<T>> points = reconstruction.apply(*model);
+        add(std::make_unique<VertexStack<T>>(dynamic_cast<const VertexStack<T>&>(*points)), false);
+        return;
+    }
+    const Grid grid = commonGrid(name);
+    addSurface(grid.height, grid.width, false);
+}
+
+template <class T>
+typename FusionPipeline<T>::Grid FusionPipeline<T>::commonGrid(const std::string& name) const {
+    ModelProperties standard;
+    standard.setDefaults();
+    // Sizes beyond int are beyond any grid.
+    const auto size = [](unsigned int value) { return int(std::min(value, 0x7fffffffu)); };
+    Grid grid;
+    for (const Stack* stack : __config.getStacks()) {
+        const int place = stack->findModel(name);
+        if (place < 0) {
+            continue;
+        }
+        const ModelProperties& own = stack->getModel(place).getProperties();
+        const ModelProperties& height = own.definesQuadMeshHeight() ? own : standard;
+        const ModelProperties& width = own.definesQuadMeshWidth() ? own : standard;
+        grid.height = std::max(grid.height, size(height.getQuadMeshHeight()));
+        grid.width = std::max(grid.width, size(width.getQuadMeshWidth()));
+    }
+    return grid;
+}
+
+template <class T>
+void FusionPipeline<T>::matchReferences() {
+    const ShapeSet<T> first = __shapeSets[0]->referenceShapeSet();
+    for (std::size_t i = 1; i < __shapeSets.size(); ++i) {
+        __shapeSets[i]->referenceShapeSet().matchSurfaces(first);
+    }
+}
+
+template <class T>
+std::string FusionPipeline<T>::errorPair() const {
+    const Vector<float> errors = ShapeSetGroupRegistration<T>::errorType1(__group);
+    return pairOf(ShapeSetGroupRegistration<T>::mean(errors), ShapeSetGroupRegistration<T>::sem(errors));
+}
+
+template <class T>
+void FusionPipeline<T>::alignment(ProgressMonitor& monitor) {
+    this->notifyProgressed("Aligning shapes...");
+    matchReferences();
+    __log += "<br ><b>Alignment</b><br >";
+    __log += "Method: principal axes alignement<br ><br >";
+    __log += "Error before alignment: " + errorPair() + "<br >";
+    for (std::size_t i = 0; i < __shapeSets.size(); ++i) {
+        PrincipalAxesShapeRegistration<T> axes;
+        axes.fit(__shapeSets[i]->referenceShapeSet());
+        axes.apply(*__shapeSets[i]);
+        monitor.subjectProgressed((unsigned int)i, (unsigned int)__shapeSets.size());
+    }
+    matchReferences();
+    __log += "Error after alignment: " + errorPair() + "<br >";
+}
+
+template <class T>
+void FusionPipeline<T>::registration(ProgressMonitor& monitor) {
+    this->notifyProgressed("Registering shapes...");
+    __log += "<br ><b>Rigid registration</b><br >";
+    const VRLFusionStrategy& strategy = __config.getStrategy();
+    std::vector<float> means, sems;
+    if (strategy.getRegistrationAlgorithm() == TemplateRegistration) {
+        const auto target = std::find_if(__shapeSets.begin(), __shapeSets.end(), [&](const ShapeSet<T>* set) {
+            return set->getName() == strategy.getReferenceStack();
+        });
+        TargetShapeSetGroupRegistration<T> registration;
+        registration.setTargetShapeSet(**target);
+        registration.addMonitor(monitor);
+        registration.apply(__group);
+        registration.getDynamics(means, sems);
+        __log += "Method: registration of each stack on a template<br >";
+        __log += "Template stack: <i>" + escaped((*target)->getName()) + "</i><br ><br >";
+        __log += "Error before registration " + pairOf(means[0], sems[0]) + "<br >";
+        __log += "Error after registration  " + pairOf(means[1], sems[1]) + "<br >";
+        return;
+    }
+    GlobalShapeSetGroupRegistration<T> registration;
+    registration.addMonitor(monitor);
+    registration.apply(__group);
+    registration.getDynamics(means, sems);
+    __log += "Method: joint registration/averaging global registration<br >";
+    __log += (registration.isConverged() ? "Convergence reached at iteration " : "No convergence at iteration ") +
+             std::to_string(means.size() - 1) + "<br ><br >";
+    for (std::size_t k = 0; k < means.size(); ++k) {
+        __log += "Registration error at step " + std::to_string(k) + ": " + pairOf(means[k], sems[k]) + "<br >";
+    }
+}
+
+template <class T>
+void FusionPipeline<T>::warping(ProgressMonitor& monitor) {
+    __log += "<br ><b>Warping</b><br >";
+    this->notifyProgressed("Warping shapes...");
+    const VRLFusionStrategy& strategy = __config.getStrategy();
+    if (strategy.getWarpingModel() == ThinPlateSplineWarping) {
+        __fusion.addMonitor(monitor);
+        try {
+            __fusion.tpsWarping(__mean->referenceShapeSet());
+        } catch (...) {
+            __fusion.removeMonitor(monitor);
+            throw;
+        }
+        __fusion.removeMonitor(monitor);
+        return;
+    }
+    const std::string before = errorPair();
+    TargetShapeSetGroupWarping<T> warping;
+    warping.setTargetShapeSet(*__mean);
+    warping.addMonitor(monitor);
+    warping.apply(__group, int(std::min(strategy.getPolynomialDegree(), 0x7fffffffu)));
+    const unsigned int evaluations = warping.numEvaluations();
+    const unsigned int errors = warping.numJacobianErrors();
+    const float percentage = evaluations > 0 ? float(errors) * 100 / float(evaluations) : 0;
+    __log += "Method: polynomial deformations of degree " + std::to_string(strategy.getPolynomialDegree()) + "<br >";
+    __log += "Evaluations: " + std::to_string(evaluations) + "<br>";
+    __log += "Jacobian errors: " + std::to_string(errors) + "<br>";
+    __log += "Percentage error: " + number(percentage) + "<br><br>";
+    __log += "Error before warping: " + before + "<br >";
+    __log += "Error after warping: " + errorPair() + "<br >";
+}
+
+template class FusionPipeline<float>;
+template class FusionPipeline<double>;
+template class FusionPipeline<long double>;

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "normalization/fusion.h"
+#include "normalization/shapesetgroup.h"
+#include "normalization/vrlfusionconfig.h"
+#include "shell/progress/progressproxy.h"
+
+template <class T>
+class ShapeSet;
+template <class T>
+class StackReconstruction;
+
+/// The spatial normalization of several stacks: reconstructs their models, aligns the shapes on principal axes,
+/// registers them, averages them and warps them, as the strategy asks, and writes a summary.
+///
+/// Owns the shapes that it makes, until clear(), the next run or its end. The stacks are read by run() alone and must
+/// not change meanwhile. Monitors hear one start and one end, and the steps in between as one task; the starts and ends
+/// of the steps stay inside. Cancelling takes effect between two steps (and between two sets of a thin-plate warp).
+///
+/// All sets have one length, and entry k of each is the same structure; a stack without the structure has a null entry
+/// there. The mean is that of the state before the warp, which moves the shapes and not the mean.
+///
+/// Decisions:
+/// - A model without vertices counts as missing; contours without vertices are passed over.
+/// - Surfaces without a configured structure have the sizes of their models' properties; where these differ between the
+///   stacks all get the greatest, since a mean needs one grid. Undefined sizes are those of a new model.
+/// - A reference that a stack lacks, steps without references, registration of fewer than two stacks, and an unknown
+///   template are refused before anything is built.
+/// - Names are escaped in the summary, which is HTML. A global registration that was ended by its limit is told as such
+///   there.
+/// - A run that fails or is cancelled leaves no shapes.
+///
+/// Instantiated for float, double and long double.
+template <class T>
+class FusionPipeline : public ProgressProxy {
+public:
+    FusionPipeline() = default;
+    ~FusionPipeline() override;
+    FusionPipeline(const FusionPipeline&) = delete;
+    FusionPipeline& operator=(const FusionPipeline&) = delete;
+
+    void setConfig(const VRLFusionConfig<T>& config) { __config = config; }
+    const VRLFusionConfig<T>& getConfig() const { return __config; }
+
+    /// Runs the steps; false when it was cancelled. Throws UsageError for a configuration that cannot run, SizeError
+    /// for grids without vertices or of more than 2^22, and what the steps throw; failures of a reconstruction name the
+    /// structure and the stack.
+    bool run();
+
+    void cancel() override;
+
+    /// Destroys all shapes. The summary stays.
+    void clear();
+
+    /// The names of the models of all stacks, sorted by their bytes, each once: the structures of the sets, in order.
+    std::vector<std::string> listAllStructureNames() const;
+
+    /// One set for each stack, in order, named like it.
+    const std::vector<ShapeSet<T>*>& getShapeSets() const { return __shapeSets; }
+
+    /// Mean surfaces of the structures; null before a run has come to them.
+    const ShapeSet<T>* getMeanShapeSet() const { return __mean; }
+
+    /// The summary of the last run, in HTML. Pairs of numbers are the mean error and its standard error.
+    const std::string& getLog() const { return __log; }
+
+    /// Steps of a run start and end without notice.
+    void notifyStarted(const std::string&) override {}
+    void notifyFinished(const std::string&) override {}
+
+private:
+    struct Grid {
+        int height = 0;
+        int width = 0;
+    };
+
+    void checkConfig() const;
+    bool runSteps();
+    void initLog();
+    void buildShapeSets();
+    void addStructure(ShapeSet<T>& set, const Stack& stack, const std::string& name,
+                      const StackReconstruction<T>& reconstruction);
+    Grid commonGrid(const std::string& name) const;
+    void alignment(ProgressMonitor& monitor);
+    void registration(ProgressMonitor& monitor);
+    void warping(ProgressMonitor& monitor);
+    void matchReferences();
+    std::string errorPair() const;
+
+    VRLFusionConfig<T> __config;
+    std::vector<ShapeSet<T>*> __shapeSets; // owned
+    ShapeSetGroup<T> __group;
+    ShapeSet<T>* __mean = nullptr; // owned
+    Fusion<T> __fusion;
+    std::string __log;
+};

@@ -1,0 +1,8 @@
+#include "normalization/shaperegistration.h"
+
+template <class T>
+ShapeRegistration<T>::~ShapeRegistration() = default;
+
+template class ShapeRegistration<float>;
+template class ShapeRegistration<double>;
+template class ShapeRegistration<long double>;

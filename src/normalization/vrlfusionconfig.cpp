@@ -1,0 +1,75 @@
+#include "normalization/vrlfusionconfig.h"
+
+#include <algorithm>
+
+#include "document/modelitem.h"
+#include "document/stack.h"
+#include "normalization/surfaceinstance.h"
+
+namespace {
+
+/// The polygon model of this name with items; null when the stack has none.
+const Model* surfaceModel(const Stack& stack, const std::string& name) {
+    const int place = stack.findModel(name);
+    if (place < 0) {
+        return nullptr;
+    }
+    const Model& model = stack.getModel(place);
+    return model.getProperties().getGeometry() == PolygonPrimitive && model.getNumItems() > 0 ? &model : nullptr;
+}
+
+} // namespace
+
+template <class T>
+std::vector<VRLFusionSurfaceStructure<T>>
+VRLFusionConfig<T>::sharedStructures(const std::vector<const Stack*>& stacks) {
+    std::vector<VRLFusionSurfaceStructure<T>> structures;
+    for (int m = 0; !stacks.empty() && m < stacks.front()->getNumModels(); ++m) {
+        const std::string& name = stacks.front()->getModel(m).getName();
+        if (stacks.front()->findModel(name) != m) {
+            continue;
+        }
+        int height = 0, width = 0;
+        bool shared = true;
+        for (const Stack* stack : stacks) {
+            const Model* model = surfaceModel(*stack, name);
+            shared = shared && model;
+            if (!shared) {
+                break;
+            }
+            height = std::max(height, model->getNumItems());
+            for (int i = 0; i < model->getNumItems(); ++i) {
+                width = std::max(width, model->getItem(i).getSize());
+            }
+        }
+        if (shared) {
+            VRLFusionSurfaceStructure<T> structure;
+            structure.setName(name);
+            structure.setResamplingHeight(height);
+            structure.setResamplingWidth(width);
+            structures.push_back(structure);
+        }
+    }
+    return structures;
+}
+
+template <class T>
+std::vector<std::unique_ptr<CurveStack<T>>>
+VRLFusionConfig<T>::surfaceStructureInstances(const std::vector<const Stack*>& stacks, const std::string& name) {
+    std::vector<std::unique_ptr<CurveStack<T>>> instances;
+    for (const Stack* stack : stacks) {
+        const int place = stack->findModel(name);
+        if (place < 0) {
+            continue;
+        }
+        const StackReconstruction<T> reconstruction(*stack);
+        if (auto curves = surfaceInstance(reconstruction, stack->getModel(place))) {
+            instances.push_back(std::move(curves));
+        }
+    }
+    return instances;
+}
+
+template class VRLFusionConfig<float>;
+template class VRLFusionConfig<double>;
+template class VRLFusionConfig<long double>;

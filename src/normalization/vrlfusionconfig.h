@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "normalization/vrlfusionstrategy.h"
+#include "normalization/vrlfusionsurfacestructure.h"
+
+class Stack;
+template <class T>
+class CurveStack;
+
+/// What a normalization works on, and how: a name, the stacks (one for each specimen, seen and not owned), the
+/// structures that get a grid of their own, and the strategy. Instantiated for float, double and long double.
+template <class T>
+class VRLFusionConfig {
+public:
+    void setName(const std::string& name) { __name = name; }
+    const std::string& getName() const { return __name; }
+
+    void setStacks(const std::vector<const Stack*>& stacks) { __stacks = stacks; }
+    const std::vector<const Stack*>& getStacks() const { return __stacks; }
+
+    void setStructures(const std::vector<VRLFusionSurfaceStructure<T>>& structures) { __structures = structures; }
+    const std::vector<VRLFusionSurfaceStructure<T>>& getStructures() const { return __structures; }
+
+    void setStrategy(const VRLFusionStrategy& strategy) { __strategy = strategy; }
+    const VRLFusionStrategy& getStrategy() const { return __strategy; }
+
+    /// The polygon models of the first stack, in its order, of which every stack has one with items. The grid has as
+    /// many levels as the largest of them has items, and as many vertices on each as the largest item; the error is
+    /// unknown, and none is a reference. A name that stands twice in a stack counts for its first model.
+    static std::vector<VRLFusionSurfaceStructure<T>> sharedStructures(const std::vector<const Stack*>& stacks);
+
+    /// The reconstruction of the model of this name in each stack, without the empty ones among its items. A stack
+    /// without the model, or where it is made of points or empty, gives none.
+    static std::vector<std::unique_ptr<CurveStack<T>>>
+    surfaceStructureInstances(const std::vector<const Stack*>& stacks, const std::string& name);
+
+private:
+    std::string __name;
+    std::vector<const Stack*> __stacks;
+    std::vector<VRLFusionSurfaceStructure<T>> __structures;
+    VRLFusionStrategy __strategy;
+};

@@ -1,0 +1,366 @@
+#include "normalization/fusionpipeline.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "normalization/shapemaker.h"
+#include "normalization/shapesetgroupregistration.h"
+#include "normalization/stackmaker.h"
+#include "numerics/exception.h"
+#include "support/recordingmonitor.h"
+
+namespace {
+
+/// Stacks with a configuration for them.
+struct Normalization {
+    std::vector<std::unique_ptr<Stack>> stacks;
+    VRLFusionConfig<float> config;
+    VRLFusionStrategy strategy;
+
+    /// "body" and "core" as references on grids of 10 by 20 and 6 by 12, when asked for.
+    explicit Normalization(std::vector<std::unique_ptr<Stack>> specimens, bool references = true)
+        : stacks(std::move(specimens)) {
+        std::vector<const Stack*> seen;
+        for (const auto& stack : stacks) {
+            seen.push_back(stack.get());
+        }
+        config.setName("trial <1>");
+        config.setStacks(seen);
+        if (references) {
+            setStructures({{"body", 10, 20}, {"core", 6, 12}});
+        }
+    }
+
+    struct Grid {
+        const char* name;
+        int height, width;
+    };
+
+    void setStructures(const std::vector<Grid>& grids) {
+        std::vector<VRLFusionSurfaceStructure<float>> structures;
+        for (const Grid& grid : grids) {
+            VRLFusionSurfaceStructure<float> structure;
+            structure.setName(grid.name);
+            structure.setReference(true);
+            structure.setResamplingHeight(grid.height);
+            structure.setResamplingWidth(grid.width);
+            structures.push_back(structure);
+        }
+        config.setStructures(structures);
+    }
+
+    void prepare(FusionPipeline<float>& pipeline) {
+        config.setStrategy(strategy);
+        pipeline.setConfig(config);
+    }
+};
+
+/// Rigid copies, exact to the pixel.
+std::vector<std::unique_ptr<Stack>> movedCopies(int n) {
+    std::vector<std::unique_ptr<Stack>> stacks;
+    for (int i = 0; i < n; ++i) {
+        SpecimenRecipe recipe;
+        recipe.quarters = i;
+        recipe.right = 40 * i;
+        recipe.down = -25 * i;
+        stacks.push_back(specimenStack(std::string(1, char('a' + i)), recipe));
+    }
+    return stacks;
+}
+
+/// Copies whose outlines differ.
+std::vector<std::unique_ptr<Stack>> variedCopies(int n) {
+    std::vector<std::unique_ptr<Stack>> stacks;
+    for (int i = 0; i < n; ++i) {
+        SpecimenRecipe recipe;
+        recipe.quarters = i % 2;
+        recipe.right = 15 * i;
+        recipe.down = 10 - 9 * i;
+        recipe.stretch = 1 + 0.1 * i;
+        recipe.jitter = 3;
+        stacks.push_back(specimenStack("specimen " + std::to_string(i), recipe));
+    }
+    return stacks;
+}
+
+/// The first number behind the text.
+double numberBehind(const std::string& log, const std::string& text) {
+    const std::size_t place = log.find(text);
+    EXPECT_NE(std::string::npos, place) << text << " is not in " << log;
+    return place == std::string::npos ? -1 : std::stod(log.substr(place + text.size()));
+}
+
+double errorBetween(const FusionPipeline<float>& pipeline) {
+    ShapeSetGroup<float> group;
+    for (ShapeSet<float>* set : pipeline.getShapeSets()) {
+        group.addShapeSet(*set);
+    }
+    return ShapeSetGroupRegistration<float>::mean(ShapeSetGroupRegistration<float>::errorType1(group));
+}
+
+const QuadMesh<float>& meshOf(const ShapeSet<float>& set, int rank) {
+    return dynamic_cast<const QuadMesh<float>&>(*set[rank]);
+}
+
+} // namespace
+
+TEST(FusionPipeline, resamplesAndAveragesWithoutAnyStep) {
+    auto specimens = movedCopies(2);
+    addItem(addModel(*specimens[1], "extra"), specimens[1]->getSlice(3), {{0, 0}, {10, 0}, {0, 10}});
+    addItem(specimens[1]->getModel(4), specimens[1]->getSlice(4), {{0, 0}, {12, 0}, {0, 12}});
+    specimens[1]->getModel(4).getProperties().setQuadMeshHeight(4);
+    specimens[1]->getModel(4).getProperties().setQuadMeshWidth(6);
+    addModel(*specimens[0], "blank");
+    Normalization normalization(std::move(specimens), false);
+    normalization.setStructures({{"core", 6, 12}});
+    FusionPipeline<float> pipeline;
+    EXPECT_EQ(nullptr, pipeline.getMeanShapeSet());
+    normalization.prepare(pipeline);
+    ASSERT_TRUE(pipeline.run());
+
+    const std::vector<std::string> names = {"blank", "body", "core", "extra", "rim", "spots"};
+    EXPECT_EQ(names, pipeline.listAllStructureNames());
+    ASSERT_EQ(2u, pipeline.getShapeSets().size());
+    for (int i = 0; i < 2; ++i) {
+        const ShapeSet<float>& set = *pipeline.getShapeSets()[std::size_t(i)];
+        EXPECT_EQ(i == 0 ? "a" : "b", set.getName());
+        ASSERT_EQ(6, set.getSize());
+        EXPECT_EQ(nullptr, set[0]);
+        EXPECT_EQ(100, meshOf(set, 1).getHeight()); // the sizes of a new model
+        EXPECT_EQ(100, meshOf(set, 1).getWidth());
+        EXPECT_TRUE(meshOf(set, 1).hasBeginCap() && meshOf(set, 1).hasEndCap());
+        EXPECT_FALSE(set.isReference(1));
+        EXPECT_EQ("core", set[2]->getName());
+        EXPECT_EQ(6, meshOf(set, 2).getHeight());
+        EXPECT_EQ(12, meshOf(set, 2).getWidth());
+        EXPECT_TRUE(set.isReference(2));
+        EXPECT_EQ(i == 1, set[3] != nullptr);
+        EXPECT_EQ(OpenQuadMeshType, set[4]->getShapeType());
+        EXPECT_EQ(5, meshOf(set, 4).getHeight());
+        EXPECT_EQ(9, meshOf(set, 4).getWidth());
+        EXPECT_EQ(VertexStackType, set[5]->getShapeType());
+        EXPECT_EQ(4, set[5]->getSize());
+        EXPECT_EQ("spots", set[5]->getName());
+    }
+    const ShapeSet<float>& mean = *pipeline.getMeanShapeSet();
+    ASSERT_EQ(6, mean.getSize());
+    EXPECT_EQ(nullptr, mean[0]);
+    EXPECT_EQ(nullptr, mean[5]);
+    EXPECT_TRUE(mean.isReference(2));
+    EXPECT_EQ(4, meshOf(mean, 3).getHeight());
+    const Vector<float> sum =
+        meshOf(*pipeline.getShapeSets()[0], 2)[3][4] + meshOf(*pipeline.getShapeSets()[1], 2)[3][4];
+    for (int k = 0; k < 3; ++k) {
+        EXPECT_NEAR(sum[k] / 2, meshOf(mean, 2)[3][4][k], 1e-4);
+    }
+    EXPECT_EQ("<b>Spatial normalization summary</b><br >Name: <i>trial &lt;1&gt;</i><br >"
+              "<br ><b>Stacks</b><br ><i>a</i><br ><i>b</i><br >Total 2 stacks<br >"
+              "<br ><b>Reference structures</b><br ><i>core</i> - Resampling: 6 x 12<br >Total 1 references<br >",
+              pipeline.getLog());
+    pipeline.clear();
+    EXPECT_TRUE(pipeline.getShapeSets().empty());
+    EXPECT_EQ(nullptr, pipeline.getMeanShapeSet());
+}
+
+TEST(FusionPipeline, alignsAndRegistersMovedCopiesUntilTheyCoincide) {
+    Normalization normalization(movedCopies(4));
+    normalization.strategy.setAlignment(true);
+    normalization.strategy.setRegistration(true);
+    FusionPipeline<float> pipeline;
+    normalization.prepare(pipeline);
+    RecordingMonitor monitor;
+    pipeline.addMonitor(monitor);
+    ASSERT_TRUE(pipeline.run());
+    // Contours of whole pixels, turned by right angles: what is left is rounding.
+    EXPECT_LT(errorBetween(pipeline), 1e-3);
+    for (int i = 1; i < 4; ++i) {
+        const ShapeSet<float>& set = *pipeline.getShapeSets()[std::size_t(i)];
+        EXPECT_LT(set[3]->rmsDistance(*(*pipeline.getShapeSets()[0])[3]), 1e-3f) << "points follow";
+        EXPECT_LT(meshOf(set, 0).rmsDistance(*(*pipeline.getMeanShapeSet())[0]), 1e-3f);
+        EXPECT_LT(meshOf(set, 0).getEndCap().rmsDistance(meshOf(*pipeline.getMeanShapeSet(), 0).getEndCap()), 1e-3f);
+    }
+    const std::string& log = pipeline.getLog();
+    EXPECT_GT(numberBehind(log, "<br ><b>Alignment</b><br >Method: principal axes alignement<br ><br >Error before "
+                                "alignment: "),
+              30);
+    const int sweeps = int(numberBehind(log, "<br ><b>Rigid registration</b><br >Method: joint registration/averaging "
+                                             "global registration<br >Convergence reached at iteration "));
+    EXPECT_GE(sweeps, 1);
+    EXPECT_LT(numberBehind(log, "Registration error at step " + std::to_string(sweeps) + ": "), 1e-3);
+    EXPECT_EQ(std::string::npos, log.find("Registration error at step " + std::to_string(sweeps + 1)));
+
+    // One task for those who watch, in the order of the steps.
+    EXPECT_EQ("started ", monitor.heard.front());
+    EXPECT_EQ("finished Normalization completed", monitor.heard.back());
+    std::vector<std::string> texts;
+    int furthest = -1;
+    for (const std::string& line : monitor.heard) {
+        if (line.compare(0, 5, "text ") == 0) {
+            texts.push_back(line.substr(5));
+        } else if (line.find("/100") != std::string::npos) {
+            EXPECT_LE(std::stoi(line), 100);
+            furthest = std::max(furthest, std::stoi(line));
+        }
+    }
+    EXPECT_EQ((std::vector<std::string>{"Initializing shape sets...", "Aligning shapes...", "Registering shapes...",
+                                        "Averaging shapes..."}),
+              texts);
+    EXPECT_GT(furthest, 50);
+    EXPECT_EQ(2, std::count_if(monitor.heard.begin(), monitor.heard.end(), [](const std::string& line) {
+                  return line.compare(0, 7, "started") == 0 || line.compare(0, 8, "finished") == 0;
+              }));
+}
+
+TEST(FusionPipeline, registersOnATemplateThatStays) {
+    std::vector<std::unique_ptr<Stack>> specimens;
+    for (int i = 0; i < 3; ++i) {
+        SpecimenRecipe recipe;
+        recipe.angle = 0.1 * (i - 1);
+        recipe.right = 40 * i;
+        recipe.down = -25 * i;
+        specimens.push_back(specimenStack(std::string(1, char('a' + i)), recipe));
+    }
+    Normalization normalization(std::move(specimens));
+    normalization.strategy.setRegistration(true);
+    normalization.strategy.setRegistrationAlgorithm(TemplateRegistration);
+    normalization.strategy.setReferenceStack("b");
+    FusionPipeline<float> pipeline;
+    normalization.prepare(pipeline);
+    ASSERT_TRUE(pipeline.run());
+    // Contours of rounded pixels.
+    EXPECT_LT(errorBetween(pipeline), 0.6);
+    // The stack's own coordinates: the first spot of "b" is the pixel (40, 20), shifted by (40, -25), of section 2.
+    EXPECT_EQ(vectorOf<float>({80, 5, 20}), *(*pipeline.getShapeSets()[1])[3]->vertexIterator()->current());
+    EXPECT_LT((*pipeline.getShapeSets()[0])[3]->rmsDistance(*(*pipeline.getShapeSets()[1])[3]), 1);
+    const std::string& log = pipeline.getLog();
+    EXPECT_NE(std::string::npos, log.find("Method: registration of each stack on a template<br >Template stack: "
+                                          "<i>b</i><br ><br >"));
+    EXPECT_GT(numberBehind(log, "Error before registration "), 30);
+    EXPECT_LT(numberBehind(log, "Error after registration  "), 0.7);
+}
+
+TEST(FusionPipeline, warpsVariedSpecimensOnTheirMean) {
+    double registered = 0;
+    for (const int degree : {1, 2, 3}) {
+        Normalization normalization(variedCopies(3));
+        normalization.strategy.setAlignment(true);
+        normalization.strategy.setRegistration(true);
+        normalization.strategy.setWarping(true);
+        normalization.strategy.setPolynomialDegree((unsigned int)degree);
+        FusionPipeline<float> pipeline;
+        normalization.prepare(pipeline);
+        ASSERT_TRUE(pipeline.run());
+        const std::string& log = pipeline.getLog();
+        const double before = numberBehind(log, "Error before warping: ");
+        const double after = numberBehind(log, "Error after warping: ");
+        EXPECT_NEAR(errorBetween(pipeline), after, 1e-4 * after);
+        // Specimens differ in their stretch, which the least degree takes away; the jitter stays.
+        EXPECT_LT(after, 0.5 * before);
+        EXPECT_GT(after, 1);
+        EXPECT_TRUE(registered == 0 || std::abs(registered - before) < 1e-3);
+        registered = before;
+        int vertices = 0;
+        for (const ShapeSet<float>* set : pipeline.getShapeSets()) {
+            vertices += set->numVertices();
+        }
+        EXPECT_EQ(vertices, int(numberBehind(log, "Method: polynomial deformations of degree " +
+                                                      std::to_string(degree) + "<br >Evaluations: ")));
+        EXPECT_NE(std::string::npos, log.find("<br>Jacobian errors: 0<br>Percentage error: 0<br><br>"));
+    }
+}
+
+TEST(FusionPipeline, thinPlateSplinesCarryTheReferencesOntoTheMean) {
+    Normalization normalization(variedCopies(3));
+    normalization.strategy.setRegistration(true);
+    FusionPipeline<float> pipeline;
+    normalization.prepare(pipeline);
+    ASSERT_TRUE(pipeline.run());
+    const std::vector<float> mean = coordinatesOf(*(*pipeline.getMeanShapeSet())[0]);
+    const std::vector<float> spots = coordinatesOf(*(*pipeline.getShapeSets()[2])[3]);
+
+    normalization.strategy.setWarping(true);
+    normalization.strategy.setWarpingModel(ThinPlateSplineWarping);
+    normalization.prepare(pipeline);
+    ASSERT_TRUE(pipeline.run());
+    EXPECT_EQ(mean, coordinatesOf(*(*pipeline.getMeanShapeSet())[0])) << "the mean is that before the warp";
+    for (const ShapeSet<float>* set : pipeline.getShapeSets()) {
+        for (int k : {0, 1}) {
+            EXPECT_LT(greatestDifference(coordinatesOf(*(*pipeline.getMeanShapeSet())[k]), coordinatesOf(*(*set)[k])),
+                      1e-2);
+        }
+    }
+    // The points follow, though they are nobody's control points.
+    const double moved = greatestDifference(spots, coordinatesOf(*(*pipeline.getShapeSets()[2])[3]));
+    EXPECT_GT(moved, 0.1);
+    EXPECT_LT(moved, 30);
+    const std::string end = "<br ><b>Warping</b><br >";
+    EXPECT_EQ(pipeline.getLog().size() - end.size(), pipeline.getLog().rfind(end));
+}
+
+TEST(FusionPipeline, refusesWhatCannotRunAndLeavesNothingBehind) {
+    const auto expectRefusal = [](Normalization& normalization, auto error, const std::string& part) {
+        FusionPipeline<float> pipeline;
+        normalization.prepare(pipeline);
+        try {
+            pipeline.run();
+            ADD_FAILURE() << "no failure: " << part;
+        } catch (const decltype(error)& failure) {
+            EXPECT_NE(std::string::npos, failure.getWhat().find(part)) << failure.getWhat();
+        }
+        EXPECT_TRUE(pipeline.getShapeSets().empty());
+    };
+    Normalization none({});
+    expectRefusal(none, UsageError(), "no stack");
+    Normalization without(movedCopies(2), false);
+    without.strategy.setAlignment(true);
+    expectRefusal(without, UsageError(), "need a reference structure");
+    Normalization alone(movedCopies(1));
+    alone.strategy.setRegistration(true);
+    expectRefusal(alone, UsageError(), "at least two stacks");
+    Normalization noTemplate(movedCopies(2));
+    noTemplate.strategy.setRegistration(true);
+    noTemplate.strategy.setRegistrationAlgorithm(TemplateRegistration);
+    noTemplate.strategy.setReferenceStack("z");
+    expectRefusal(noTemplate, UsageError(), "\"z\"");
+    Normalization missing(movedCopies(2));
+    missing.setStructures({{"liver", 3, 3}});
+    expectRefusal(missing, UsageError(), "\"liver\" has no contours in stack \"a\"");
+    Normalization points(movedCopies(2));
+    points.setStructures({{"spots", 3, 3}});
+    expectRefusal(points, UsageError(), "made of points");
+    for (const auto& [height, width] : {std::pair(-1, -1), std::pair(5, 0), std::pair(100000, 100000)}) {
+        Normalization sizes(movedCopies(2));
+        sizes.setStructures({{"core", height, width}});
+        expectRefusal(sizes, SizeError(), "Structure \"core\" of stack \"a\": Invalid resampling sizes");
+    }
+}
+
+TEST(FusionPipeline, aCancelledRunStopsBeforeTheNextStepAndClears) {
+    class Canceller : public RecordingMonitor {
+    public:
+        void subjectProgressed(const std::string& text) override {
+            RecordingMonitor::subjectProgressed(text);
+            if (text == "Aligning shapes...") {
+                currentSubject()->cancel();
+            }
+        }
+        using RecordingMonitor::subjectProgressed;
+    };
+    Normalization normalization(movedCopies(2));
+    normalization.strategy.setAlignment(true);
+    normalization.strategy.setRegistration(true);
+    FusionPipeline<float> pipeline;
+    normalization.prepare(pipeline);
+    Canceller monitor;
+    pipeline.addMonitor(monitor);
+    EXPECT_FALSE(pipeline.run());
+    EXPECT_TRUE(pipeline.getShapeSets().empty());
+    EXPECT_EQ("canceled ", monitor.heard.back());
+    EXPECT_EQ(0, std::count(monitor.heard.begin(), monitor.heard.end(), "text Registering shapes..."));
+    EXPECT_EQ(std::string::npos, pipeline.getLog().find("Rigid registration"));
+    pipeline.removeMonitor(monitor);
+    pipeline.reset();
+    EXPECT_TRUE(pipeline.run());
+    EXPECT_EQ(2u, pipeline.getShapeSets().size());
+}
