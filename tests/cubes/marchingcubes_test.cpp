@@ -260,8 +260,8 @@ TEST(MarchingCubes, solidsHaveTheEulerCharacteristicOfTheirShape) {
               0, 0, 2);
     }
     {
-        // The body within one period of the gyroid: one piece with 5 - or, by the box, fewer - handles; the number is
-        // that of the voxels' body, which shares nothing with the tables.
+        // Where the box cuts it, the body has more and fewer handles than a whole period; their number is that of the
+        // voxels' body, which shares nothing with the tables.
         SCOPED_TRACE("gyroid in a box");
         const double step = 2 * 3.14159265358979323846 / 31;
         const VoxelMatrix<float> volume = volumeOf<float>(32, 32, 32, [=](int i, int j, int k) {
