@@ -11,6 +11,8 @@ void addRow(QFormLayout& form, const QString& text, QWidget& control, const QStr
     auto* label = new QLabel(text);
     label->setBuddy(&control);
     label->setToolTip(toolTip);
+    // Editors that stand above each other have their columns in line: no label of theirs is wider.
+    label->setMinimumWidth(label->fontMetrics().horizontalAdvance("Surface shininess "));
     control.setAccessibleName(text);
     control.setToolTip(toolTip);
     control.setWhatsThis(whatsThis.isEmpty() ? toolTip : whatsThis);

@@ -1,6 +1,8 @@
 #include "models/vrlmodeldialogmediator.h"
 
 #include <algorithm>
+#include <deque>
+#include <map>
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -202,12 +204,20 @@ void VRLModelDialogMediator::cancelEdition() {
     setModeSelection();
 }
 
+// The n-th line of a name stands for the n-th model of that name.
 void VRLModelDialogMediator::modelSelectionChange() {
     __selectedModels.clear();
-    for (int row = 0; row < __list->count(); ++row)
+    std::map<QString, std::deque<Model*>> models;
+    for (int i = 0; __stack != nullptr && i < __stack->getNumModels(); ++i)
+        models[QString::fromStdString(__stack->getModel(i).getName())].push_back(&__stack->getModel(i));
+    for (int row = 0; row < __list->count(); ++row) {
+        std::deque<Model*>& namesakes = models[__list->item(row)->text()];
+        if (namesakes.empty())
+            continue;
         if (__list->item(row)->isSelected())
-            if (Model* model = modelOfRow(row))
-                __selectedModels.push_back(model);
+            __selectedModels.push_back(namesakes.front());
+        namesakes.pop_front();
+    }
     setModeSelection();
 }
 
@@ -304,18 +314,6 @@ void VRLModelDialogMediator::clearEditors() {
     __nameEditor->clear();
     __propertiesEditor->clear();
     __itemPropertiesEditor->clear();
-}
-
-// The n-th line of a name stands for the n-th model of that name.
-Model* VRLModelDialogMediator::modelOfRow(int row) const {
-    const QString name = __list->item(row)->text();
-    int before = 0;
-    for (int i = 0; i < row; ++i)
-        before += __list->item(i)->text() == name;
-    for (int i = 0; i < __stack->getNumModels(); ++i)
-        if (QString::fromStdString(__stack->getModel(i).getName()) == name && before-- == 0)
-            return &__stack->getModel(i);
-    return nullptr;
 }
 
 bool VRLModelDialogMediator::confirmDeletion() const {

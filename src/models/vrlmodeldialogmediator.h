@@ -71,7 +71,6 @@ private:
     void enableEditors(bool name, bool properties, bool geometry);
     void enableButtons(bool newButton, bool deleteButton, bool applyAndCancel);
     void clearEditors();
-    Model* modelOfRow(int row) const;
     bool confirmDeletion() const;
     void deleteModel(Model& model);
     void warn(const QString& text) const;

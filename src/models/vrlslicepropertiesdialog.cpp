@@ -40,11 +40,12 @@ void VRLSlicePropertiesDialog::apply() {
     if (__slice == nullptr || !__editor->valid())
         return;
     const std::string name = __editor->getName();
+    const bool otherName = !__editor->showsName(__slice->getName());
     const float spacing = __editor->getSliceSpacing();
     const PixelCalibration calibration = __editor->getPixelCalibration();
 
     const VRLEventBatch batch;
-    if (name != __slice->getName()) {
+    if (otherName) {
         __slice->setName(name);
         VRLSliceNameEvent event(__slice);
         notifyEvent(event);

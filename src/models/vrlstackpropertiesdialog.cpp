@@ -43,6 +43,7 @@ void VRLStackPropertiesDialog::apply() {
     if (__stack == nullptr || !__editor->valid())
         return;
     const std::string name = __editor->getName();
+    const bool otherName = !__editor->showsName(__stack->getName());
     const LengthUnit unit = __editor->getLengthUnit();
     const float spacing = __editor->getSliceSpacing();
     const PixelCalibration calibration = __editor->getPixelCalibration();
@@ -60,7 +61,7 @@ void VRLStackPropertiesDialog::apply() {
                                            "Set calibration to new value?");
 
     const VRLEventBatch batch;
-    if (name != __stack->getName()) {
+    if (otherName) {
         __stack->setName(name);
         VRLStackNameEvent event(__stack);
         notifyEvent(event);
