@@ -8,6 +8,7 @@
 #include "images/pixelmatrix.h"
 #include "images/tifffile.h"
 #include "images/voxelmatrix.h"
+#include "images/voxelmatrixheader.h"
 #include "numerics/exception.h"
 #include "numerics/fileinfo.h"
 
@@ -178,15 +179,36 @@ void ImageReader::read(Image& image, const ImageSourceFileMosaic& source) {
 }
 
 void ImageReader::read(Image& image, const ImageSourceVoxelMatrixPlane& source) {
+    const std::string where = "void ImageReader::read(Image&, const ImageSourceVoxelMatrixPlane&)";
+    const std::string& filename = source.getVoxelMatrixFilename();
     notifyStarted("");
     VoxelMatrix<float> volume;
-    volume.load(source.getVoxelMatrixFilename());
+    volume.loadHeader(filename);
     if (source.getPlane() < 0 || source.getPlane() >= volume.getSize3())
-        throw RangeError("void ImageReader::read(Image&, const ImageSourceVoxelMatrixPlane&)",
-                         formatted("There is no plane %d in ", source.getPlane()) + source.getVoxelMatrixFilename());
-    volume[source.getPlane()].convertToImage(image);
+        throw RangeError(where, formatted("There is no plane %d in ", source.getPlane()) + filename);
+    // Planes follow each other in the file, each row by row. As in the loading of a volume, what a short file does not
+    // hold is 0.
+    const int rows = volume.getSize1();
+    const int columns = volume.getSize2();
+    const std::int64_t lineLength = static_cast<std::int64_t>(sizeof(float)) * columns;
+    PixelMatrix<float> plane(rows, columns);
+    plane.setZeros();
+    std::ifstream file(filename, std::ios::binary);
+    if (!file.is_open())
+        throw FileReadError(where, "Cannot open file for reading", filename);
+    file.seekg(VoxelMatrixHeader::read(filename).length() + source.getPlane() * (rows * lineLength));
+    for (int row = 0; row < rows && !isCanceled(); ++row) {
+        file.read(reinterpret_cast<char*>(plane[row].data()), lineLength);
+        if (file.bad())
+            throw FileReadError(where, "Cannot read file", filename);
+        notifyProgressed(static_cast<unsigned int>(row + 1), static_cast<unsigned int>(rows));
+    }
+    plane.convertToImage(image);
     image.print("image read from voxel matrix:", true);
-    notifyFinished("");
+    if (isCanceled())
+        notifyCanceled("");
+    else
+        notifyFinished("");
 }
 
 void ImageReader::read(Image& image, const ImageMosaic& mosaic) {

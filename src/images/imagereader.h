@@ -41,8 +41,8 @@ public:
     void read(Image& image, const ImageSourceFile& source);
     /// Assembles the tiles; places without a tile are zero.
     void read(Image& image, const ImageSourceFileMosaic& source);
-    /// The plane as an 8-bit image of truncated values; the whole volume is loaded for it. Throws RangeError if the
-    /// file has no such plane.
+    /// The plane as an 8-bit image of truncated values; no other plane is read. Throws RangeError if the file has no
+    /// such plane, and else as VoxelMatrix<float>::load().
     void read(Image& image, const ImageSourceVoxelMatrixPlane& source);
     void read(Image& image, const ImageMosaic& mosaic);
 

@@ -6,6 +6,7 @@
 #include "images/imagesourcevoxelmatrixplane.h"
 #include "images/voxelmatrix.h"
 #include "numerics/exception.h"
+#include "support/recordingmonitor.h"
 #include "support/temporaryfolder.h"
 #include "support/testimages.h"
 
@@ -191,6 +192,46 @@ TEST_F(ImageSources, planeOfAVolumeIsReadAsTruncatedBytes) {
     EXPECT_THROW(ImageReader().read(image, source), RangeError);
     EXPECT_THROW(source.setVoxelMatrixFilename(folder.file("missing.vm")), FileReadError);
     EXPECT_EQ(source.getVoxelMatrixFilename(), folder.file("v.vm"));
+}
+
+TEST_F(ImageSources, planeIsReadAloneInBothLayoutsAsFarAsTheFileGoesAndUntilCancelled) {
+    class Canceller : public RecordingMonitor {
+        using RecordingMonitor::subjectProgressed;
+        void subjectProgressed(unsigned int current, unsigned int total) override {
+            RecordingMonitor::subjectProgressed(current, total);
+            currentSubject()->cancel();
+        }
+    };
+    VoxelMatrix<float> volume(4, 6, 3);
+    for (int k = 0; k < 3; ++k)
+        for (int i = 0; i < 4; ++i)
+            for (int j = 0; j < 6; ++j)
+                volume(i, j, k) = static_cast<float>(60 * k + 10 * i + j);
+    volume.save(folder.file("new.vm"), false);
+    volume.saveUnderFormat0(folder.file("old.vm"), false);
+    testing::internal::CaptureStdout();
+    for (const char* name : {"new.vm", "old.vm"}) {
+        ImageSourceVoxelMatrixPlane source;
+        source.setVoxelMatrixFilename(folder.file(name));
+        const auto expectRows = [&](ImageReader& reader, int plane, int numRows) {
+            source.setPlane(plane);
+            Image image;
+            reader.read(image, source);
+            for (int i = 0; i < 4; ++i)
+                for (int j = 0; j < 6; ++j)
+                    EXPECT_EQ(image.getPixels()[i][j], i < numRows ? 60 * plane + 10 * i + j : 0) << name;
+        };
+        ImageReader reader;
+        for (int k = 0; k < 3; ++k)
+            expectRows(reader, k, 4);
+        std::filesystem::resize_file(folder.file(name), std::filesystem::file_size(folder.file(name)) - 2 * 24);
+        expectRows(reader, 2, 2);
+        Canceller canceller;
+        reader.addMonitor(canceller);
+        expectRows(reader, 1, 1);
+        EXPECT_EQ(canceller.heard, (std::vector<std::string>{"started ", "1/4", "canceled "}));
+    }
+    testing::internal::GetCapturedStdout();
 }
 
 TEST_F(ImageSources, imageMosaicLoadsItsItemsFromTheirFolders) {

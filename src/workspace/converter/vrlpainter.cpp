@@ -37,12 +37,21 @@ int pictureLength(const VRLWMConverter& converter, float length) {
     return std::clamp(static_cast<int>(std::min(converted, static_cast<unsigned int>(greatest))), 1, greatest);
 }
 
-/// Side lengths that give the symbols about the area of the circle of the same radius.
+/// A square whose outline runs this many pixels around the vertex; on the vertex itself for 0.
+void drawSquare(QPainter& painter, const QPoint& vertex, int distance) {
+    if (distance == 0)
+        painter.drawPoint(vertex);
+    else
+        painter.drawRect(vertex.x() - distance, vertex.y() - distance, 2 * distance, 2 * distance);
+}
+
+/// Sizes that give the symbols about the area of the circle of the same radius. All coordinates are whole, because an
+/// outline between two pixels comes out on one side of the vertex.
 void drawSymbol(QPainter& painter, VertexSymbol symbol, const QPoint& vertex, int radius) {
     switch (symbol) {
     case CubeSymbol: {
         const int side = std::max(int(radius * 1.7724538509055159), 1);
-        painter.drawRect(QRectF(vertex.x() - side / 2.0, vertex.y() - side / 2.0, side, side));
+        drawSquare(painter, vertex, side / 2);
         break;
     }
     case DiamondSymbol: {
@@ -60,14 +69,9 @@ void drawSymbol(QPainter& painter, VertexSymbol symbol, const QPoint& vertex, in
         break;
     }
     default:
-        painter.drawEllipse(QPointF(vertex), radius + 0.5, radius + 0.5);
+        painter.drawEllipse(vertex.x() - radius, vertex.y() - radius, 2 * radius, 2 * radius);
         break;
     }
-}
-
-/// A square whose outline runs this many pixels around the vertex.
-void drawHandle(QPainter& painter, const QPoint& vertex, int distance) {
-    painter.drawRect(vertex.x() - distance, vertex.y() - distance, 2 * distance, 2 * distance);
 }
 
 } // namespace
@@ -132,8 +136,8 @@ void VRLPainter::drawItem(const ModelItem& item) {
     const int numBits = std::min(selection.getNumBits(), item.getSize());
     for (int i = 0; i < numBits; ++i)
         if (selection.isSelected(i)) {
-            drawHandle(*this, polygon[i], 3);
-            drawHandle(*this, polygon[i], 1);
+            drawSquare(*this, polygon[i], 3);
+            drawSquare(*this, polygon[i], 1);
         }
     restore();
 }

@@ -11,7 +11,8 @@ class ModelItem;
 /// pixels, then all is turned about the centre of the converter's model and shifted.
 ///
 /// What neither an item nor its model defines is drawn by the defaults of items: red, one pixel, filled spheres. An
-/// item without a model is drawn as a polyline. Squares, circles and the like lie evenly about their vertex.
+/// item without a model is drawn as a polyline. Symbols lie evenly about the pixel of their
+/// vertex: a circle of radius r is 2r + 1 pixels wide, outline included, and a square of even side one pixel wider.
 class VRLPainter : public QPainter {
 public:
     VRLPainter() = default;

@@ -13,8 +13,8 @@ class ImageSource;
 ///
 /// However a source is put together, run() reports one start and, as the very last thing that it does, one finish or
 /// one cancellation; in between, progress out of 100, each percentage once. An error of any kind ends the reading as
-/// finished, with a sentence in getFailure() and without an image. The wish to cancel is looked at before each row of a
-/// TIFF file and each tile of a mosaic; a plane of a voxel matrix is read to its end.
+/// finished, with a sentence in getFailure() and without an image. The wish to cancel is looked at before each row and
+/// each tile of a mosaic.
 ///
 /// Image and source are seen, not owned, and must outlive run(). Nobody else touches the image until hasEnded().
 class VRLImageReader : public VRLProgressProxy, public ImageReader {
