@@ -228,7 +228,7 @@ void VRLRootMediator::initialize() {
     __sliceWidget->setToolBar(*__toolBar);
     __sliceWidget->setStatusBar(__statusBar->getSliceEditWidgetStatusBar());
     __sliceWidget->initialize();
-    VRLRootSliceEditWidgetMediator& sliceMediator = *__sliceWidget->getMediator();
+    VRLRootSliceEditWidgetMediator& sliceMediator = __sliceWidget->getMediator();
     sliceMediator.addContextualMenuAction(action("Slice properties..."));
     sliceMediator.addContextualMenuAction(action("Annotate slice..."));
     connect(&sliceMediator, &VRLSliceWidgetMediator::canvasModeChanged, this, &VRLRootMediator::setCanvasMode);
