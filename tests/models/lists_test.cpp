@@ -122,6 +122,20 @@ TEST_F(VRLSliceListWidgetTest, slicesTakeTheirPlaceAndLeaveIt) {
     EXPECT_EQ(changes.count(), 0);
 }
 
+TEST_F(VRLSliceListWidgetTest, aSliceThatIsTakenOutOfTheStackLeavesTheList) {
+    widget.setSelectedSlice(stack.getSlice(3));
+    VRLSliceInsertionDeletionAction deletion(stack.getSlice(1));
+    deletion.setDeletionMode();
+    deletion.setSlicePosition(1);
+    deletion.apply();
+    EXPECT_EQ(texts(list), QStringList({"s4", "s3", "s2", "s0"}));
+    EXPECT_EQ(slider.value(), 2);
+    EXPECT_EQ(widget.selectedSlices(), std::vector<StackSlice*>({&stack.getSlice(2)}));
+    deletion.revert();
+    widget.addSlice(stack.getSlice(1));
+    EXPECT_EQ(texts(list), QStringList({"s4", "s3", "s2", "s1", "s0"}));
+}
+
 // A slice of its own spacing or calibration is grey, whatever its registration; R stands for a registration.
 TEST_F(VRLSliceListWidgetTest, textAndIconTellRegistrationSpacingAndCalibration) {
     EventRecorder sender;

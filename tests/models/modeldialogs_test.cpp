@@ -37,6 +37,20 @@ public:
     std::vector<ModelItemProperties> oldItemProperties;
 };
 
+/// Counts the items of a deleted model, and those on a slice, when the event comes.
+class DeletionRecorder : public VRLEventClient {
+public:
+    explicit DeletionRecorder(const StackSlice& slice) : __slice(slice) {}
+    void modelDeleteEvent(VRLModelDeleteEvent& event) override {
+        numItems.push_back(event.getModel()->getNumItems());
+        numItemsOnSlice.push_back(__slice.getNumItems());
+    }
+    std::vector<int> numItems, numItemsOnSlice;
+
+private:
+    const StackSlice& __slice;
+};
+
 /// The dialog on a stack of 3 slices with the models "a" and "b": equal but for line width and visibility.
 class VRLModelDialogTest : public ::testing::Test {
 protected:
@@ -297,7 +311,10 @@ TEST_F(VRLModelDialogTest, theDeletionOfItemsIsAskedFor) {
         EXPECT_EQ(stack.getSlice(1).getNumItems(), 2);
         EXPECT_FALSE(stack.isModified());
         EXPECT_EQ(state(), "+--++ -+--");
+        DeletionRecorder deletions(stack.getSlice(1));
         click("Delete");
+        EXPECT_EQ(deletions.numItems, std::vector<int>({2, 1}));
+        EXPECT_EQ(deletions.numItemsOnSlice, std::vector<int>({1, 0}));
         EXPECT_EQ(answers.titles[0], "Confirm deletion");
         EXPECT_EQ(answers.defaults[0], "Delete");
         EXPECT_EQ(answers.texts[0], "Deleting model \"a\" will delete 2 item(s).");
@@ -404,9 +421,12 @@ TEST_F(VRLModelItemDialogTest, applyIsOneStepThatCanBeUndone) {
     EXPECT_TRUE(item.getProperties() == own); // nothing else differs from the model
     EXPECT_EQ(state(), "+--");
     EXPECT_TRUE(stack.isModified());
+    EXPECT_FALSE(stack.history()->isStepOpen());
     stack.history()->undo();
     EXPECT_FALSE(item.getProperties().definesAny());
     EXPECT_FALSE(stack.history()->isUndoable());
+    stack.history()->redo();
+    EXPECT_TRUE(item.getProperties() == own);
 }
 
 TEST_F(VRLModelItemDialogTest, cancelDefaultsAndOk) {

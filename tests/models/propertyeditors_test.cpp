@@ -321,3 +321,24 @@ TEST(VRLPixelCalibrationEditor, anUntouchedCalibrationLosesNoDigit) {
     EXPECT_EQ(editor.getPixelCalibration().getPixelWidth(), 0.123456789f);
     EXPECT_EQ(editor.getPixelCalibration().getPixelHeight(), 0.4f);
 }
+
+// Three numbers of a file that do not fit together are the file's matter, until the user changes one.
+TEST(VRLPixelCalibrationEditor, anUntouchedCalibrationKeepsNumbersThatDisagree) {
+    VRLPixelCalibrationEditor editor;
+    PixelCalibration calibration;
+    calibration.setPixelWidth(1);
+    calibration.setPixelHeight(2);
+    calibration.setAspectRatio(1);
+    editor.setPixelCalibration(calibration);
+    EXPECT_TRUE(editor.validPixelCalibration());
+    EXPECT_TRUE(editor.getPixelCalibration() == calibration);
+    EXPECT_EQ(control<QLineEdit>(editor, "Pixel height").text(), "2");
+    control<QLineEdit>(editor, "Pixel width").setText("3");
+    EXPECT_EQ(editor.getPixelCalibration().getPixelHeight(), 3);
+    EXPECT_EQ(control<QLineEdit>(editor, "Pixel height").text(), "3");
+    // One that is no size is replaced by what follows from the others.
+    calibration.setPixelHeight(0);
+    editor.setPixelCalibration(calibration);
+    EXPECT_TRUE(editor.validPixelCalibration());
+    EXPECT_EQ(editor.getPixelCalibration().getPixelHeight(), 1);
+}

@@ -10,6 +10,7 @@
 #include "models/vrlstackannotationdialog.h"
 #include "models/vrlstackpropertiesdialog.h"
 #include "models/vrlstackpropertieseditor.h"
+#include "numerics/exception.h"
 #include "shell/session/vrlstack.h"
 #include "shell/session/vrlstackserver.h"
 #include "support/dialogdriver.h"
@@ -221,6 +222,19 @@ TEST_F(VRLStackPropertiesDialogTest, numbersThatWereNotTouchedStayToTheBit) {
     EXPECT_EQ(recorder.take(), Names({"stackModify", "stackModify", "batchEnd"}));
     EXPECT_EQ(stack.getName(), "two  words");
     EXPECT_EQ(stack.getDefaultRelativePosition(), 1.2345678f);
+}
+
+// A window that fails to follow a change is told to the user, and the batch ends.
+TEST_F(VRLStackPropertiesDialogTest, aFailureIsToldAndEndsTheBatch) {
+    class Failing : public VRLEventClient {
+        void stackSliceSpacingEvent(VRLStackSliceSpacingEvent&) override { throw ProgramError("here", "No such view"); }
+    } failing;
+    field("Slice spacing").setText("5");
+    Answers answers({"OK"});
+    click("Apply");
+    ASSERT_EQ(answers.texts.size(), 1u);
+    EXPECT_TRUE(answers.texts[0].contains("No such view"));
+    EXPECT_FALSE(VRLEventClient::eventBatchEnabled());
 }
 
 TEST_F(VRLStackPropertiesDialogTest, closeDiscardsPendingEdits) {
