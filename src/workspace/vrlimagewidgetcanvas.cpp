@@ -10,6 +10,7 @@
 #include <QMutexLocker>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
+#include <QOpenGLPaintDevice>
 #include <QPainter>
 #include <QTextOption>
 
@@ -325,6 +326,14 @@ void VRLImageWidgetCanvas::paintImageGL() {
     }
 }
 
+// A painter on the widget itself would paint elsewhere while a window around the canvas is grabbed.
+std::unique_ptr<QPaintDevice> VRLImageWidgetCanvas::newPaintDevice() const {
+    const double density = devicePixelRatioF();
+    auto device = std::make_unique<QOpenGLPaintDevice>(qRound(width() * density), qRound(height() * density));
+    device->setDevicePixelRatio(density);
+    return device;
+}
+
 QSize VRLImageWidgetCanvas::originalSize() const {
     return __imageProxy != nullptr ? __imageProxy->getOriginalImageSize() : QSize(0, 0);
 }
@@ -393,7 +402,8 @@ void VRLImageWidgetCanvas::paintImageGL(const VRLImageProxy& proxy) {
 }
 
 void VRLImageWidgetCanvas::paintNotice() {
-    QPainter painter(this);
+    const std::unique_ptr<QPaintDevice> device = newPaintDevice();
+    QPainter painter(device.get());
     const bool darkBackground = qGray(VRLPreferences::getImageCanvasBackgroundColor().rgb()) < 140;
     painter.setPen(darkBackground ? Qt::white : Qt::black);
     QTextOption option(Qt::AlignCenter);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include <QMutex>
 #include <QOpenGLWidget>
 #include <QPoint>
@@ -103,6 +105,9 @@ public slots:
 protected:
     void resizeGL(int width, int height) override;
     void paintGL() override;
+
+    /// What painters draw on in paintGL(): the canvas, in units of the widget.
+    std::unique_ptr<QPaintDevice> newPaintDevice() const;
 
 private:
     QSize originalSize() const;

@@ -139,7 +139,8 @@ void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice, QPainter& painter
 }
 
 void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice) {
-    QPainter painter(this);
+    const std::unique_ptr<QPaintDevice> device = newPaintDevice();
+    QPainter painter(device.get());
     painter.setRenderHint(QPainter::Antialiasing);
     const double zoom = double(getZoomFactor());
     painter.scale(zoom * double(betaWidth()), zoom * double(betaHeight()));
