@@ -5,6 +5,7 @@
 
 #include <QAction>
 #include <QCursor>
+#include <QLayout>
 #include <QResizeEvent>
 #include <QSignalBlocker>
 #include <QWheelEvent>
@@ -237,6 +238,9 @@ void VRLImageWidgetMediator::setScrollBarsVisible(bool visible) {
     for (QScrollBar* bar : {__horizontalScrollBar.data(), __verticalScrollBar.data()})
         if (bar != nullptr)
             bar->setVisible(visible);
+    // At once, as the zoom depends on the size that the canvas gets by it.
+    if (__widget->layout() != nullptr)
+        __widget->layout()->activate();
 }
 
 void VRLImageWidgetMediator::panTo(const QPoint& origin) {
@@ -334,9 +338,9 @@ void VRLImageWidgetMediator::decreaseZoomFactor() {
 
 void VRLImageWidgetMediator::bestFitZoomFactor() {
     VRLImageWidgetCanvas& canvas = getCanvas();
+    setScrollBarsVisible(false);
     canvas.setBestFitMode(true, true);
     canvas.update();
-    setScrollBarsVisible(false);
     updateScrollBars();
     updateZoomInfo();
     updateActions();
