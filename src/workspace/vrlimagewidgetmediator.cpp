@@ -425,7 +425,19 @@ void VRLImageWidgetMediator::imageProxyFailure(const QString& message) {
 }
 
 void VRLImageWidgetMediator::notifyViewChange() {
+    updatePixelInfo();
     __widget->notifyViewChange(getCanvas().currentView());
+}
+
+// The pointer stands still, and another pixel comes under it.
+void VRLImageWidgetMediator::updatePixelInfo() {
+    if (!__statusBar || __pixelInfoDelegate == nullptr)
+        return;
+    const VRLImageWidgetCanvas& canvas = getCanvas();
+    if (__pixelInfoDelegate->isActive() && canvas.underMouse())
+        __pixelInfoDelegate->updatePixelInfo(canvas.mapFromGlobal(QCursor::pos()));
+    else if (!getImageProxy().hasImage())
+        __statusBar->setPixelInfo(QString());
 }
 
 void VRLImageWidgetMediator::setNotice(const QString& notice) {
