@@ -55,23 +55,15 @@ std::vector<unsigned char> thinOut(Pixels& pixels, int bytesPerPixel, int horSte
     return thin;
 }
 
-/// What pixel transfer does with a level from 0 to 1.
-struct Contrast {
-    float scale;
-    float bias;
-};
-
 /// The maps are padded to 256 entries, as indices beyond the end of a colormap are black.
-void setIndexMaps(const Colormap& colormap, const Contrast& contrast) {
+void setIndexMaps(const Colormap& colormap) {
     const unsigned char* const tables[] = {colormap.getRed(), colormap.getGreen(), colormap.getBlue()};
     const GLenum maps[] = {GL_PIXEL_MAP_I_TO_R, GL_PIXEL_MAP_I_TO_G, GL_PIXEL_MAP_I_TO_B};
-    std::array<GLfloat, 256> values;
     const int size = std::min(colormap.getSize(), 256);
     for (int k = 0; k < 3; ++k) {
-        values.fill(std::clamp(contrast.bias, 0.0f, 1.0f));
+        std::array<GLfloat, 256> values{};
         for (int i = 0; i < size; ++i)
-            values[static_cast<std::size_t>(i)] =
-                std::clamp(float(tables[k][i]) / 255 * contrast.scale + contrast.bias, 0.0f, 1.0f);
+            values[static_cast<std::size_t>(i)] = float(tables[k][i]) / 255;
         glPixelMapfv(maps[k], 256, values.data());
     }
     const GLfloat opaque = 1;
@@ -79,11 +71,12 @@ void setIndexMaps(const Colormap& colormap, const Contrast& contrast) {
 }
 
 /// Red, green and blue alike; whatever a fourth byte means, images are opaque.
-void setTransfer(const Contrast& contrast) {
+void setTransfer(float black, float white) {
+    const float range = std::max(white - black, 1e-4f);
     for (const GLenum scale : {GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE})
-        glPixelTransferf(scale, contrast.scale);
+        glPixelTransferf(scale, 1 / range);
     for (const GLenum bias : {GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS})
-        glPixelTransferf(bias, contrast.bias);
+        glPixelTransferf(bias, -black / range);
     glPixelTransferf(GL_ALPHA_SCALE, 0);
     glPixelTransferf(GL_ALPHA_BIAS, 1);
 }
@@ -387,14 +380,12 @@ void VRLImageWidgetCanvas::paintImageGL(const VRLImageProxy& proxy) {
     glPushAttrib(GL_PIXEL_MODE_BIT);
     glRasterPos2i(0, 0);
     glBitmap(0, 0, 0, 0, float(-beforeLeft), float(aboveTop), nullptr);
-    const float range = std::max(__white - __black, 1e-4f);
-    const Contrast contrast{1 / range, -__black / range};
     if (image.isIndexed() && !image.getColormap()->isIdentity()) {
-        setIndexMaps(*image.getColormap(), contrast);
+        setIndexMaps(*image.getColormap());
         glPixelTransferi(GL_MAP_COLOR, GL_TRUE);
         draw(pixels, GL_COLOR_INDEX, GL_UNSIGNED_BYTE);
     } else {
-        setTransfer(contrast);
+        setTransfer(__black, __white);
         draw(pixels, formatOf(image.getDepth()), image.getDepth() == 16 ? GL_UNSIGNED_SHORT : GL_UNSIGNED_BYTE);
     }
     glPopAttrib();

@@ -27,8 +27,7 @@ class VRLImageProxy;
 ///
 /// Decisions: an aspect ratio that is not above 0 counts as 1. The background is opaque, because a composed canvas with
 /// an alpha below 1 may show what lies behind the window. Sizes in OpenGL calls are multiplied by the pixel density;
-/// everything else is in units of the widget. Contrast acts on images with a colormap too, through the colours of the
-/// map. Repaints are asked for by update(), so that many changes make one paint.
+/// everything else is in units of the widget. Repaints are asked for by update(), so that many changes make one paint.
 class VRLImageWidgetCanvas : public QOpenGLWidget {
     Q_OBJECT
 

@@ -5,6 +5,7 @@
 
 #include <QAction>
 #include <QCursor>
+#include <QLayout>
 #include <QResizeEvent>
 #include <QSignalBlocker>
 #include <QWheelEvent>
@@ -237,6 +238,9 @@ void VRLImageWidgetMediator::setScrollBarsVisible(bool visible) {
     for (QScrollBar* bar : {__horizontalScrollBar.data(), __verticalScrollBar.data()})
         if (bar != nullptr)
             bar->setVisible(visible);
+    // At once, as the zoom depends on the size that the canvas gets by it.
+    if (__widget->layout() != nullptr)
+        __widget->layout()->activate();
 }
 
 void VRLImageWidgetMediator::panTo(const QPoint& origin) {
@@ -334,9 +338,9 @@ void VRLImageWidgetMediator::decreaseZoomFactor() {
 
 void VRLImageWidgetMediator::bestFitZoomFactor() {
     VRLImageWidgetCanvas& canvas = getCanvas();
+    setScrollBarsVisible(false);
     canvas.setBestFitMode(true, true);
     canvas.update();
-    setScrollBarsVisible(false);
     updateScrollBars();
     updateZoomInfo();
     updateActions();
@@ -421,7 +425,19 @@ void VRLImageWidgetMediator::imageProxyFailure(const QString& message) {
 }
 
 void VRLImageWidgetMediator::notifyViewChange() {
+    updatePixelInfo();
     __widget->notifyViewChange(getCanvas().currentView());
+}
+
+// The pointer stands still, and another pixel comes under it.
+void VRLImageWidgetMediator::updatePixelInfo() {
+    if (!__statusBar || __pixelInfoDelegate == nullptr)
+        return;
+    const VRLImageWidgetCanvas& canvas = getCanvas();
+    if (__pixelInfoDelegate->isActive() && canvas.underMouse())
+        __pixelInfoDelegate->updatePixelInfo(canvas.mapFromGlobal(QCursor::pos()));
+    else if (!getImageProxy().hasImage())
+        __statusBar->setPixelInfo(QString());
 }
 
 void VRLImageWidgetMediator::setNotice(const QString& notice) {

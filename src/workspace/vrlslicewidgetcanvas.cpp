@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 #include <QPainter>
 #include <QPen>
@@ -111,11 +112,13 @@ void drawFirstMark(QPainter& painter, const QPoint& position) {
     painter.drawEllipse(corners(-1, -1, 1, 1).translated(position));
 }
 
+/// A white square in a black frame with another one around its middle. Filled from the outside in, as frames drawn by
+/// lines of one pixel come to lie a pixel off with some drivers.
 void drawMark(QPainter& painter, const QPoint& position) {
-    painter.setBrush(Qt::NoBrush);
+    painter.fillRect(corners(-3, -3, 4, 4).translated(position), Qt::black);
     painter.fillRect(corners(-2, -2, 3, 3).translated(position), Qt::white);
-    painter.drawRect(corners(-3, -3, 3, 3).translated(position));
-    painter.drawRect(corners(-1, -1, 1, 1).translated(position));
+    painter.fillRect(corners(-1, -1, 2, 2).translated(position), Qt::black);
+    painter.fillRect(corners(0, 0, 1, 1).translated(position), Qt::white);
 }
 
 } // namespace

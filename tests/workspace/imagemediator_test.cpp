@@ -206,7 +206,9 @@ TEST_F(ImageMediatorTest, anImageThatCannotBeReadIsToldInViewAndStatusBar) {
     const QImage empty = picture();
     RecordingMonitor monitor;
     mediator->addMonitor(monitor);
+    statusBar->setPixelInfo("of another image");
     widget->setSlice(lost);
+    EXPECT_EQ(statusBar->getPixelInfo(), "");
     ASSERT_TRUE(QTest::qWaitFor([this] { return !canvas->getNotice().isEmpty(); }, 20000));
     EXPECT_TRUE(canvas->getNotice().contains("lost0.tif"));
     EXPECT_TRUE(statusBar->currentMessage().contains("lost0.tif"));

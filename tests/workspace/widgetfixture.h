@@ -27,6 +27,17 @@
 #include "workspace/vrlsliceeditwidgetmediator.h"
 #include "workspace/vrlsliceeditwidgetstatusbar.h"
 
+/// Counts the paint events of the object that it filters.
+class PaintCounter : public QObject {
+public:
+    bool eventFilter(QObject*, QEvent* event) override {
+        count += event->type() == QEvent::Paint;
+        return false;
+    }
+
+    int count = 0;
+};
+
 /// A window with a slice editor, whose image and slice levels the tests are about, with all its optional parts, an
 /// image server and a stack whose slices get images.
 class WidgetTest : public ::testing::Test {
@@ -96,13 +107,14 @@ protected:
 
     QImage picture() { return canvas->grabFramebuffer().convertToFormat(QImage::Format_RGB32); }
 
-    /// Number of paints that an action leads to.
+    /// Number of paints of the canvas that an action leads to.
     int numPaints(const std::function<void()>& action) {
-        QTest::qWait(30);
-        QSignalSpy paints(canvas, &QOpenGLWidget::aboutToCompose);
+        QTest::qWait(60);
+        PaintCounter counter;
+        canvas->installEventFilter(&counter);
         action();
         QTest::qWait(60);
-        return int(paints.count());
+        return counter.count;
     }
 
     QAction* action(const QString& text) const {
