@@ -61,7 +61,7 @@ void VRLAnalysisWindow::buildSheets() {
     tabs->setTabToolTip(tabs->addTab(slices, "Slices"), "Displays analysis of 2D slices contents");
     tabs->setTabToolTip(tabs->addTab(models, "Models"), "Displays analysis of 3D models");
     __stackLabel = new QLabel(tabs);
-    __stackLabel->setContentsMargins(8, 0, 8, 0);
+    __stackLabel->setContentsMargins(8, 0, 8, 6);
     __stackLabel->setTextFormat(Qt::PlainText);
     __stackLabel->setToolTip("The stack as it was when this window was opened");
     tabs->setCornerWidget(__stackLabel);

@@ -1,5 +1,6 @@
 #include "shell/widgets/vrltablewidget.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -72,6 +73,8 @@ VRLTableWidget::VRLTableWidget(QWidget* parent) : QTableWidget(parent) {
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setTabKeyNavigation(false);
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    verticalHeader()->setDefaultAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() * 3 / 2);
     connect(model(), &QAbstractItemModel::layoutChanged, this, &VRLTableWidget::updateShading);
 }
 
@@ -88,9 +91,13 @@ void VRLTableWidget::beginContents(const QStringList& headers, int numRows) {
 void VRLTableWidget::endContents() {
     horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
     setSortingEnabled(true);
+    const int character = fontMetrics().averageCharWidth();
     resizeColumnsToContents();
-    for (int column = 0; column < columnCount(); ++column)
-        setColumnWidth(column, columnWidth(column) + fontMetrics().averageCharWidth());
+    for (int column = 0; column < columnCount(); ++column) {
+        horizontalHeaderItem(column)->setTextAlignment((column == 0 ? Qt::AlignLeft : Qt::AlignRight) |
+                                                       Qt::AlignVCenter);
+        setColumnWidth(column, std::max(columnWidth(column) + 2 * character, 14 * character));
+    }
     viewport()->update();
 }
 
