@@ -17,10 +17,25 @@
 
 namespace {
 
-/// Text in the order in which people sort names: numbers in it by their value, case only where nothing else differs.
-class TextCell : public QTableWidgetItem {
+/// A cell that is shaded without a word to its table, which would look for the cell among all of its sorted cells.
+class Cell : public QTableWidgetItem {
 public:
-    explicit TextCell(const QString& text) : QTableWidgetItem(text) {}
+    using QTableWidgetItem::QTableWidgetItem;
+
+    void shade(const QVariant& background) { __background = background; }
+
+    QVariant data(int role) const override {
+        return role == Qt::BackgroundRole ? __background : QTableWidgetItem::data(role);
+    }
+
+private:
+    QVariant __background;
+};
+
+/// Text in the order in which people sort names: numbers in it by their value, case only where nothing else differs.
+class TextCell : public Cell {
+public:
+    explicit TextCell(const QString& text) : Cell(text) {}
 
     bool operator<(const QTableWidgetItem& other) const override {
         static const QCollator collator = [] {
@@ -34,13 +49,13 @@ public:
 };
 
 /// A cell with a number behind its text.
-class RankedCell : public QTableWidgetItem {
+class RankedCell : public Cell {
 public:
     RankedCell(const QString& text, double rank, Qt::Alignment alignment)
-        : QTableWidgetItem(text), __rank(rank), __alignment(alignment | Qt::AlignVCenter) {}
+        : Cell(text), __rank(rank), __alignment(alignment | Qt::AlignVCenter) {}
 
     QVariant data(int role) const override {
-        return role == Qt::TextAlignmentRole ? QVariant(int(__alignment)) : QTableWidgetItem::data(role);
+        return role == Qt::TextAlignmentRole ? QVariant(int(__alignment)) : Cell::data(role);
     }
 
     bool operator<(const QTableWidgetItem& other) const override {
@@ -140,14 +155,19 @@ void VRLTableWidget::setAlternateBackgroundColor() {
 void VRLTableWidget::updateShading() {
     if (!__shaded)
         return;
-    const QBrush shade = shadeColor(palette());
+    const QVariant shade = QBrush(shadeColor(palette()));
     setUpdatesEnabled(false);
     {
         const QSignalBlocker blocker(model()); // each of its signals would sort the rows once more
         for (int row = 0; row < rowCount(); ++row)
-            for (int column = 0; column < columnCount(); ++column)
-                if (QTableWidgetItem* cell = item(row, column))
-                    cell->setData(Qt::BackgroundRole, row % 2 == 0 ? QVariant(shade) : QVariant());
+            for (int column = 0; column < columnCount(); ++column) {
+                const QVariant background = row % 2 == 0 ? shade : QVariant();
+                QTableWidgetItem* item = this->item(row, column);
+                if (auto* cell = dynamic_cast<Cell*>(item))
+                    cell->shade(background);
+                else if (item != nullptr)
+                    item->setData(Qt::BackgroundRole, background);
+            }
     }
     setUpdatesEnabled(true);
     viewport()->update();
