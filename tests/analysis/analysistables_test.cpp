@@ -213,6 +213,14 @@ TEST_F(AnalysisTablesTest, shadingFollowsADarkPalette) {
     EXPECT_TRUE(isShaded(table, shade));
     EXPECT_GT(shade.lightness(), 35);
     EXPECT_LT(shade.lightness(), 80);
+    const auto pixel = [&table](int row) { // at the left of a number
+        const QPoint place = table.visualItemRect(table.item(row, 1)).topLeft() + QPoint(6, 6);
+        return table.viewport()->grab(QRect(place, QSize(1, 1))).toImage().pixelColor(0, 0);
+    };
+    EXPECT_EQ(pixel(0), shade);
+    EXPECT_EQ(pixel(1), QColor(30, 30, 30));
+    EXPECT_EQ(pixel(2), shade);
     table.setPalette(QPalette());
     EXPECT_TRUE(isShaded(table, QColor(245, 245, 245)));
+    EXPECT_EQ(pixel(0), QColor(245, 245, 245));
 }
