@@ -39,7 +39,7 @@ public:
 
     bool operator<(const QTableWidgetItem& other) const override {
         static const QCollator collator = [] {
-            QCollator result(QLocale(QLocale::English));
+            QCollator result{QLocale(QLocale::English)};
             result.setNumericMode(true);
             result.setCaseSensitivity(Qt::CaseInsensitive);
             return result;
