@@ -192,7 +192,7 @@ TEST_F(VRLRootWindowTest, commandsFollowTheState) {
     EXPECT_TRUE(enabled("Save stack"));
     EXPECT_TRUE(window->isWindowModified());
     // Commands whose part of the program is still to come.
-    for (const char* text : {"Register", "Reconstruct", "Find spots", "Normalize", "Run"})
+    for (const char* text : {"Register", "Reconstruct", "Find spots", "Normalize"})
         EXPECT_FALSE(enabled(text)) << text;
     stack.setModified(false);
     trigger("Close stack");
@@ -349,6 +349,25 @@ TEST_F(VRLRootWindowTest, dialogsOpenFromTheirCommands) {
     user.thenClick(" OK ");
     window->about();
     EXPECT_EQ(user.seen.back(), "About Vorlen");
+}
+
+TEST_F(VRLRootWindowTest, runShowsTheMeasurementsOfTheCurrentStack) {
+    open("one");
+    const auto analysisWindows = [] {
+        QList<QWidget*> windows;
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (widget->windowTitle() == "Vorlen - Analysis")
+                windows += widget;
+        return windows;
+    };
+    key(Qt::Key_M, Qt::ControlModifier);
+    ASSERT_EQ(analysisWindows().size(), 1);
+    EXPECT_TRUE(analysisWindows()[0]->isVisible());
+    trigger("Close stack"); // the window outlives it
+    EXPECT_EQ(analysisWindows().size(), 1);
+    analysisWindows()[0]->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(analysisWindows().isEmpty());
 }
 
 TEST_F(VRLRootWindowTest, partsAreHiddenAndStayHidden) {
