@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run test bench sanitize format install deb setup build sample clean
+.PHONY: all run test bench sanitize format install deb setup build programs sample pictures clean
 
 all: build
 
@@ -14,11 +14,20 @@ build: setup
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release
 
-sample: build
+# The programs alone, without the tests.
+programs: setup
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target vorlen vorlen-cli vorlen-sample vorlen-picture
+
+sample: programs
 	@$(BUILD)/bin/vorlen-sample $(SAMPLE)
 
 run: sample
 	@scripts/run-sample $(BUILD)/bin $(SAMPLE)
+
+# The pictures of the documentation, made anew from the sample stack.
+pictures: sample
+	@scripts/draw-pictures $(BUILD)/bin $(SAMPLE)
 
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j2

@@ -17,6 +17,9 @@ int measureCommand(const QStringList& arguments);
 /// Writes the surfaces of each stack's models into a directory.
 int exportCommand(const QStringList& arguments);
 
+/// Writes the surface of each volume at a level into a directory.
+int isosurfaceCommand(const QStringList& arguments);
+
 /// Brings several stacks into one space and writes the shapes, their means and a summary.
 int normalizeCommand(const QStringList& arguments);
 

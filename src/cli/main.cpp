@@ -23,6 +23,7 @@ constexpr Command commands[] = {
     {"check", checkCommand, "what is wrong with a stack; exit status 1 when something is"},
     {"measure", measureCommand, "lengths, areas, volumes of the models, items and slices"},
     {"export", exportCommand, "surfaces of the models as STL and mesh files"},
+    {"isosurface", isosurfaceCommand, "the surface of a volume at a level as STL and mesh file"},
     {"register", registerCommand, "a new stack whose slices are brought onto each other by their images"},
     {"normalize", normalizeCommand, "several stacks in one space: registered shapes and their means"},
     {"density", densityCommand, "where the points of several specimens concentrate, as volume and surfaces"},

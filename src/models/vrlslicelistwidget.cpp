@@ -10,6 +10,7 @@
 
 #include "models/slicedefaults.h"
 #include "shell/session/vrlsliceevent.h"
+#include "shell/session/vrlsliceinsertiondeletionaction.h"
 #include "shell/session/vrlstack.h"
 #include "shell/session/vrlstackevent.h"
 
@@ -61,6 +62,8 @@ void VRLSliceListWidget::addSlice(StackSlice& slice) {
     if (place >= 0)
         while (row < __list->count() && sliceAt(row)->getStack() == stack && stack->findSlice(*sliceAt(row)) > place)
             ++row;
+    if (__stack == nullptr)
+        __stack = dynamic_cast<VRLStack*>(slice.getStack());
     const QSignalBlocker blocker(__list);
     insertRow(row, slice);
     showCount();
@@ -106,6 +109,13 @@ void VRLSliceListWidget::clear() {
 void VRLSliceListWidget::stackCloseEvent(VRLStackCloseEvent& event) {
     if (event.getStack() == __stack)
         clear();
+}
+
+// A slice that leaves its stack may be deleted at any later time.
+void VRLSliceListWidget::processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) {
+    const bool out = action.isInsertion() == action.reverted();
+    if (out)
+        removeSlice(*action.getSlice());
 }
 
 void VRLSliceListWidget::sliceNameEvent(VRLSliceNameEvent& event) {

@@ -20,9 +20,9 @@ Q_DECLARE_METATYPE(StackSlice*)
 /// them from the first to the last.
 ///
 /// "R" marks a slice that is registered, a grey icon one whose spacing or pixel calibration is not the stack's default.
-/// Names, marks and icons follow changes by themselves; slices that enter or leave the stack are the owner's to add and
-/// remove. The list empties itself when its stack is closed. What is done from outside is not told by
-/// selectionChanged().
+/// Names, marks and icons follow changes by themselves. Slices that enter the stack are the owner's to add; one that is
+/// taken out leaves the list, and the list empties itself when its stack is closed. What is done from outside is not
+/// told by selectionChanged().
 class VRLSliceListWidget : public QWidget, public VRLEventClient {
     Q_OBJECT
 
@@ -45,6 +45,7 @@ public:
     void clear();
 
     void stackCloseEvent(VRLStackCloseEvent& event) override;
+    void processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) override;
     void sliceNameEvent(VRLSliceNameEvent& event) override;
     void sliceSpacingEvent(VRLSliceSpacingEvent& event) override;
     void sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent& event) override;

@@ -83,6 +83,10 @@ std::string VRLStackPropertiesEditor::getName() const {
     return __name->text().simplified().toStdString();
 }
 
+bool VRLStackPropertiesEditor::showsName(const std::string& name) const {
+    return __name->text().simplified() == QString::fromStdString(name).simplified();
+}
+
 void VRLStackPropertiesEditor::setLengthUnit(const LengthUnit& unit) {
     int index = __lengthUnit->findData(unit.getScale());
     if (index < 0) {

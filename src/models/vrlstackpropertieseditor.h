@@ -31,6 +31,9 @@ public:
     /// Without blanks at the ends, and with single blanks between the words.
     std::string getName() const;
 
+    /// Whether the name that is shown is this one, but for blanks that getName() leaves out.
+    bool showsName(const std::string& name) const;
+
     /// A unit without a prefix of its own is added to the list.
     void setLengthUnit(const LengthUnit& unit);
     LengthUnit getLengthUnit() const;

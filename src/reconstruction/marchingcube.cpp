@@ -3,33 +3,6 @@
 #include <cmath>
 #include <iostream>
 
-namespace {
-
-/// For each edge: its own ends, and the ends of the three edges parallel to it, in the same direction and in their
-/// order around the cube.
-constexpr signed char parallelEdges[12][4][2] = {
-    {{0, 1}, {3, 2}, {7, 6}, {4, 5}}, {{1, 2}, {0, 3}, {4, 7}, {5, 6}}, {{2, 3}, {1, 0}, {5, 4}, {6, 7}},
-    {{3, 0}, {2, 1}, {6, 5}, {7, 4}}, {{4, 5}, {7, 6}, {3, 2}, {0, 1}}, {{5, 6}, {4, 7}, {0, 3}, {1, 2}},
-    {{6, 7}, {5, 4}, {1, 0}, {2, 3}}, {{7, 4}, {6, 5}, {2, 1}, {3, 0}}, {{0, 4}, {3, 7}, {2, 6}, {1, 5}},
-    {{1, 5}, {0, 4}, {3, 7}, {2, 6}}, {{2, 6}, {1, 5}, {0, 4}, {3, 7}}, {{3, 7}, {2, 6}, {1, 5}, {0, 4}}};
-
-/// The edge at whose vertex the cube is cut for the interior test.
-int referenceEdge(int caseNumber, int config, int subconfig) {
-    using Tables = MarchingCubesTables;
-    switch (caseNumber) {
-    case 6:
-        return Tables::test6[config][2];
-    case 7:
-        return Tables::test7[config][4];
-    case 12:
-        return Tables::test12[config][3];
-    default:
-        return Tables::instance().tiling13_5_1[config][subconfig][0];
-    }
-}
-
-} // namespace
-
 template <class Real>
 int MarchingCube<Real>::code() const {
     int code = 0;
@@ -55,65 +28,41 @@ bool MarchingCube<Real>::testFace(int face) const {
 }
 
 template <class Real>
-bool MarchingCube<Real>::testInterior(int sign, int caseNumber, int config, int subconfig) const {
-    const bool positive = sign > 0, negative = sign < 0;
+bool MarchingCube<Real>::testInterior(bool inside, int reference) const {
+    // The section at height t has the corners c[n] + t * rise[n], and the difference of the products of its opposite
+    // corners is a t^2 + b t + const.
     const Real* c = values;
-    Real section[4] = {0, 0, 0, 0}; // at, bt, ct, dt: the field at the corners of a section through the cube
-    switch (caseNumber) {
-    case 4:
-    case 10: {
-        // The section in which the product of the diagonals differs most.
-        const Real a = (c[4] - c[0]) * (c[6] - c[2]) - (c[7] - c[3]) * (c[5] - c[1]);
-        const Real b = c[2] * (c[4] - c[0]) + c[0] * (c[6] - c[2]) - c[1] * (c[7] - c[3]) - c[3] * (c[5] - c[1]);
-        const Real t = -b / (2 * a);
-        if (!(t >= 0 && t <= 1))
-            return positive;
-        section[0] = c[0] + (c[4] - c[0]) * t;
-        section[1] = c[3] + (c[7] - c[3]) * t;
-        section[2] = c[2] + (c[6] - c[2]) * t;
-        section[3] = c[1] + (c[5] - c[1]) * t;
-        break;
-    }
-    case 6:
-    case 7:
-    case 12:
-    case 13: {
-        const auto& edges = parallelEdges[referenceEdge(caseNumber, config, subconfig)];
-        const Real t = c[edges[0][0]] / (c[edges[0][0]] - c[edges[0][1]]);
-        for (int n = 1; n < 4; ++n)
-            section[n] = c[edges[n][0]] + (c[edges[n][1]] - c[edges[n][0]]) * t;
-        break;
-    }
-    default:
-        std::cout << "Invalid ambiguous case " << static_cast<char>(caseNumber) << std::endl;
-    }
-    int test = 0;
+    Real rise[4];
     for (int n = 0; n < 4; ++n)
-        test |= int(section[n] >= 0) << n;
-    const Real difference = section[0] * section[2] - section[1] * section[3];
-    switch (test) {
-    case 5: // the ends of one diagonal are inside
-        return difference < Real(limit) ? positive : negative;
-    case 10:
-        return difference >= Real(limit) ? positive : negative;
-    case 7:
-    case 11:
-    case 13:
-    case 14:
-    case 15:
-        return negative;
-    default:
-        return positive;
-    }
+        rise[n] = c[n + 4] - c[n];
+    const Real a = rise[0] * rise[2] - rise[1] * rise[3];
+    const Real b = c[2] * rise[0] + c[0] * rise[2] - c[1] * rise[3] - c[3] * rise[1];
+    const Real t = -b / (2 * a);
+    if (!(t >= 0 && t <= 1))
+        return false;
+    Real section[4];
+    for (int n = 0; n < 4; ++n)
+        section[n] = c[n] + t * rise[n];
+
+    const bool even = section[0] >= 0, odd = section[1] >= 0;
+    if (even == odd || (section[2] >= 0) != even || (section[3] >= 0) != odd)
+        return false;
+    const bool evenJoined = section[0] * section[2] - section[1] * section[3] >= Real(limit);
+    if ((evenJoined ? even : odd) != inside)
+        return false;
+    if (reference == MarchingCubesTables::anyEdge)
+        return true;
+    // Corners 0 and 2, and those above them, stand at the even corners of a section.
+    const MarchingCubesTables::Code* ends = MarchingCubesTables::edgeEnds[reference];
+    const int corner = (values[ends[0]] >= 0) == inside ? ends[0] : ends[1];
+    return (corner % 2 == 0) == evenJoined;
 }
 
 template <class Real>
 CubeTiling<const MarchingCubesTables::Code> MarchingCube<Real>::tiling(const MarchingCubesTables& tables) const {
     return tables.tiling(
         code(), [this](int face) { return testFace(face); },
-        [this](int sign, int caseNumber, int config, int subconfig) {
-            return testInterior(sign, caseNumber, config, subconfig);
-        });
+        [this](bool inside, int reference) { return testInterior(inside, reference); });
 }
 
 template struct MarchingCube<double>;

@@ -28,10 +28,18 @@ struct MarchingCube {
     /// Another number is told on the standard output, and the answer is whether it is at least 0.
     bool testFace(int face) const;
 
-    /// Whether the parts of the surface that meet the cube's faces stay apart inside the cube for a positive sign, in
-    /// case 7 whether they are joined; the opposite for a negative sign. subconfig is used in case 13 only. Another
-    /// case number than 4, 6, 7, 10, 12 and 13 is told on the standard output.
-    bool testInterior(int sign, int caseNumber, int config, int subconfig) const;
+    /// Whether two inside corners (or outside ones) at the ends of a diagonal through the cube are joined inside it by
+    /// a tube, though not on its faces. reference is an edge with one end of the diagonal that is of this kind, or
+    /// MarchingCubesTables::anyEdge for all diagonals.
+    ///
+    /// Within a section through the cube the field is bilinear, and one pair of opposite corners of the section is
+    /// joined where the other two lie on the other side of the level and the product of the pair's values is the
+    /// greater one. Along the tube the difference of the products is negative where it begins and ends, for one of the
+    /// pair is 0 there, so that the tube is met in the section in which the difference has its extremum, or there is
+    /// none. This is the published test of cases 4 and 10. The one of the other cases looks at the section through the
+    /// vertex on the reference edge, where the product is 0: it never finds a tube when the faces have separated the
+    /// corners.
+    bool testInterior(bool inside, int reference) const;
 
     /// The tiling of the cube, whose code is neither 0 nor 255.
     CubeTiling<const MarchingCubesTables::Code> tiling(const MarchingCubesTables& tables) const;

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -38,6 +39,42 @@ constexpr VertexCode placeMask = (VertexCode(1) << placeBits) - 1;
 VertexCode vertexCode(VertexList list, std::size_t place) {
     return VertexCode(list) << placeBits | VertexCode(place);
 }
+
+/// A list that grows by blocks and moves nothing, so that long lists cost no copying and no second memory.
+template <class Item>
+class GrowingList {
+public:
+    std::size_t size() const { return __size; }
+    void append(const Item& item) {
+        if (__size % blockSize == 0)
+            __blocks.push_back(std::make_unique_for_overwrite<Item[]>(blockSize));
+        __blocks.back()[__size % blockSize] = item;
+        ++__size;
+    }
+    const Item& operator[](std::size_t n) const { return __blocks[n / blockSize][n % blockSize]; }
+    void clear() {
+        __blocks.clear();
+        __size = 0;
+    }
+    /// Calls operation(item) for all items in order.
+    template <class Operation>
+    void forEach(Operation operation) const {
+        std::size_t left = __size;
+        for (const std::unique_ptr<Item[]>& block : __blocks) {
+            const Item* const end = block.get() + std::min(left, blockSize);
+            for (const Item* item = block.get(); item != end; ++item)
+                operation(*item);
+            left -= std::min(left, blockSize);
+        }
+    }
+
+private:
+    static constexpr std::size_t blockSize = 8192;
+    std::vector<std::unique_ptr<Item[]>> __blocks;
+    std::size_t __size = 0;
+};
+
+using Point = std::array<float, 3>;
 
 /// The grid positions of one first index: columns j and planes k, counted from 0 with the layer outside, if there is
 /// one.
@@ -97,13 +134,12 @@ private:
     void addLayerVertices(int i);
     void addRowVertices(int i);
     void findActiveCubes();
-    void addCube(int i, int j, int k);
+    void addColumnCubes(int j, int w);
+    void addCube(int code, int j, int k);
 
     void addVertex(VertexList list, int axis, int i, int j, int k, Field f, Field next);
     VertexCode addInnerVertex(int code, const std::array<const VertexCode*, 12>& edges, int k);
-    const float* coordinates(VertexCode vertex) const {
-        return __vertices[vertex >> placeBits].data() + 3 * std::size_t(vertex & placeMask);
-    }
+    const Point& point(VertexCode vertex) const { return __vertices[vertex >> placeBits][vertex & placeMask]; }
 
     /// Words of one column of a layer.
     int words() const { return (__planes + wordBits - 1) / wordBits; }
@@ -134,8 +170,8 @@ private:
     Layer<Field> __here, __next;
     std::vector<VertexCode> __verticesX; ///< of the edges from (j, k) of this layer to the next, at j * planes + k
     std::vector<Word> __anyInside, __allInside, __active; ///< for the cubes of a layer, at the places of inside
-    std::vector<float> __vertices[numLists];
-    std::vector<std::array<VertexCode, 3>> __triangles;
+    GrowingList<Point> __vertices[numLists];
+    GrowingList<std::array<VertexCode, 3>> __triangles;
 };
 
 template <class T>
@@ -202,14 +238,14 @@ void SurfaceBuilder<T>::addLayerVertices(int i) {
                 const Word crossed = inside ^ __next.inside[std::size_t(w) * __columns + j + 1];
                 forEachPlane(crossed, w, [&](int k) {
                     const Field* f = values + std::size_t(k) * __columns + j;
-                    verticesY[k] = vertexCode(ListY, __vertices[ListY].size() / 3);
+                    verticesY[k] = vertexCode(ListY, __vertices[ListY].size());
                     addVertex(ListY, 1, i, j, k, f[0], f[1]);
                 });
             }
             const Word crossed = (inside ^ nextPlane(__next.inside, w, j)) & planesBelow(__planes - 1, w);
             forEachPlane(crossed, w, [&](int k) {
                 const Field* f = values + std::size_t(k) * __columns + j;
-                verticesZ[k] = vertexCode(ListZ, __vertices[ListZ].size() / 3);
+                verticesZ[k] = vertexCode(ListZ, __vertices[ListZ].size());
                 addVertex(ListZ, 2, i, j, k, f[0], f[__columns]);
             });
         }
@@ -225,7 +261,7 @@ void SurfaceBuilder<T>::addRowVertices(int i) {
             const std::size_t at = std::size_t(w) * __columns + j;
             forEachPlane(__here.inside[at] ^ __next.inside[at], w, [&](int k) {
                 const std::size_t position = std::size_t(k) * __columns + j;
-                verticesX[k] = vertexCode(ListX, __vertices[ListX].size() / 3);
+                verticesX[k] = vertexCode(ListX, __vertices[ListX].size());
                 addVertex(ListX, 0, i, j, k, __here.values[position], __next.values[position]);
             });
         }
@@ -236,16 +272,15 @@ void SurfaceBuilder<T>::addRowVertices(int i) {
 /// stands on the voxel.
 template <class T>
 void SurfaceBuilder<T>::addVertex(VertexList list, int axis, int i, int j, int k, Field f, Field next) {
-    std::vector<float>& vertices = __vertices[list];
-    if (vertices.size() / 3 > placeMask)
+    if (__vertices[list].size() > placeMask)
         throw SizeError(buildPlace, "The surface has too many vertices");
     const int position[3] = {i + __first, j + __first, k + __first};
-    float xyz[3] = {float(position[0]), float(position[1]), float(position[2])};
+    Point xyz = {float(position[0]), float(position[1]), float(position[2])};
     if (position[axis] < 0)
         xyz[axis] = 0;
     else if (position[axis] + 1 < __matrix.getSize(axis + 1))
         xyz[axis] = float(Field(position[axis]) + crossing(f, next));
-    vertices.insert(vertices.end(), xyz, xyz + 3);
+    __vertices[list].append(xyz);
 }
 
 /// The cubes between __here and __next that have corners inside and outside, as bits at the place of corner 0.
@@ -284,19 +319,45 @@ void SurfaceBuilder<T>::addCubes(int i) {
     findActiveCubes();
     for (int j = 0; j + 1 < __columns; ++j)
         for (int w = 0; w < words(); ++w)
-            forEachPlane(__active[std::size_t(w) * __columns + j], w, [&](int k) { addCube(i, j, k); });
+            addColumnCubes(j, w);
     std::swap(__here, __next);
 }
 
+/// The cubes at column j and the planes of word w.
 template <class T>
-void SurfaceBuilder<T>::addCube(int, int j, int k) {
-    const Field* here = __here.values.data() + std::size_t(k) * __columns + j;
-    const Field* next = __next.values.data() + std::size_t(k) * __columns + j;
-    const Field values[8] = {
-        here[0], next[0], next[1], here[1], here[__columns], next[__columns], next[__columns + 1], here[__columns + 1]};
-    MarchingCube<Wide<T>> cube;
-    std::copy_n(values, 8, cube.values);
-    const CubeTiling<const Tables::Code> tiling = cube.tiling(__tables);
+void SurfaceBuilder<T>::addColumnCubes(int j, int w) {
+    const Word active = __active[std::size_t(w) * __columns + j];
+    if (active == 0)
+        return;
+    const std::size_t at = std::size_t(w) * __columns + j;
+    const Word corners[8] = {__here.inside[at],
+                             __next.inside[at],
+                             __next.inside[at + 1],
+                             __here.inside[at + 1],
+                             nextPlane(__here.inside, w, j),
+                             nextPlane(__next.inside, w, j),
+                             nextPlane(__next.inside, w, j + 1),
+                             nextPlane(__here.inside, w, j + 1)};
+    forEachPlane(active, w, [&](int k) {
+        int code = 0;
+        for (int c = 0; c < 8; ++c)
+            code |= int(corners[c] >> k % wordBits & 1) << c;
+        addCube(code, j, k);
+    });
+}
+
+template <class T>
+void SurfaceBuilder<T>::addCube(int code, int j, int k) {
+    // Most codes are decided without the values.
+    const auto cube = [&] {
+        const Field* here = __here.values.data() + std::size_t(k) * __columns + j;
+        const Field* next = __next.values.data() + std::size_t(k) * __columns + j;
+        return MarchingCube<Wide<T>>{{here[0], next[0], next[1], here[1], here[__columns], next[__columns],
+                                      next[__columns + 1], here[__columns + 1]}};
+    };
+    const CubeTiling<const Tables::Code> tiling = __tables.tiling(
+        code, [&](int face) { return cube().testFace(face); },
+        [&](bool inside, int edge) { return cube().testInterior(inside, edge); });
 
     const std::size_t column = std::size_t(j) * __planes, beside = column + __planes;
     const std::array<const VertexCode*, 12> edges = {
@@ -306,7 +367,7 @@ void SurfaceBuilder<T>::addCube(int, int j, int k) {
         &__next.verticesZ[column], &__next.verticesZ[beside],     &__here.verticesZ[beside]};
     VertexCode inner = 0;
     if (tiling.hasInnerVertex())
-        inner = addInnerVertex(cube.code(), edges, k);
+        inner = addInnerVertex(code, edges, k);
     const Tables::Code* row = tiling.row;
     for (int n = 0; n < tiling.numTriangles; ++n) {
         std::array<VertexCode, 3> triangle;
@@ -314,34 +375,35 @@ void SurfaceBuilder<T>::addCube(int, int j, int k) {
             vertex = *row == Tables::innerVertex ? inner : edges[*row][k];
             ++row;
         }
-        __triangles.push_back(triangle);
+        __triangles.append(triangle);
     }
 }
 
 /// The mean of the vertices on the cube's edges.
 template <class T>
 VertexCode SurfaceBuilder<T>::addInnerVertex(int code, const std::array<const VertexCode*, 12>& edges, int k) {
-    float sum[3] = {0, 0, 0};
+    Point mean = {0, 0, 0};
     int count = 0;
     for (int e = 0; e < 12; ++e) {
         if ((code >> Tables::edgeEnds[e][0] & 1) == (code >> Tables::edgeEnds[e][1] & 1))
             continue;
-        const float* vertex = coordinates(edges[e][k]);
+        const Point& vertex = point(edges[e][k]);
         for (int n = 0; n < 3; ++n)
-            sum[n] += vertex[n];
+            mean[n] += vertex[n];
         ++count;
     }
-    std::vector<float>& vertices = __vertices[ListInner];
-    if (vertices.size() / 3 > placeMask)
+    GrowingList<Point>& vertices = __vertices[ListInner];
+    if (vertices.size() > placeMask)
         throw SizeError(buildPlace, "The surface has too many vertices");
-    for (float s : sum)
-        vertices.push_back(s / float(count));
-    return vertexCode(ListInner, vertices.size() / 3 - 1);
+    for (float& coordinate : mean)
+        coordinate /= float(count);
+    vertices.append(mean);
+    return vertexCode(ListInner, vertices.size() - 1);
 }
 
 template <class T>
 void SurfaceBuilder<T>::clear() {
-    for (std::vector<float>& list : __vertices)
+    for (GrowingList<Point>& list : __vertices)
         list.clear();
     __triangles.clear();
 }
@@ -352,7 +414,7 @@ TriMesh<float> SurfaceBuilder<T>::mesh() const {
     std::size_t total = 0;
     for (int list = 0; list < int(numLists); ++list) {
         firsts[list] = total;
-        total += __vertices[list].size() / 3;
+        total += __vertices[list].size();
     }
     if (total > std::size_t(std::numeric_limits<int>::max()) ||
         __triangles.size() > std::size_t(std::numeric_limits<int>::max()))
@@ -361,15 +423,14 @@ TriMesh<float> SurfaceBuilder<T>::mesh() const {
     TriMesh<float> mesh(3, int(total), int(total), int(total));
     mesh.reserveTriangles((unsigned int)__triangles.size());
     int number = 0;
-    for (const std::vector<float>& list : __vertices)
-        for (std::size_t n = 0; n < list.size(); n += 3)
-            std::copy_n(list.data() + n, 3, mesh[number++].data());
-    for (const std::array<VertexCode, 3>& triangle : __triangles) {
+    for (const GrowingList<Point>& list : __vertices)
+        list.forEach([&](const Point& vertex) { std::copy_n(vertex.data(), 3, mesh[number++].data()); });
+    __triangles.forEach([&](const std::array<VertexCode, 3>& triangle) {
         unsigned int numbers[3];
         for (int n = 0; n < 3; ++n)
             numbers[n] = (unsigned int)(firsts[triangle[n] >> placeBits] + (triangle[n] & placeMask));
         mesh.addTriangle(numbers[0], numbers[1], numbers[2]);
-    }
+    });
     mesh.computeNormals();
     return mesh;
 }

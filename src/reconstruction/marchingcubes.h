@@ -11,7 +11,7 @@
 /// neighbouring cubes agree and the surface has no gaps: each edge of a closed surface belongs to two triangles that
 /// run along it in opposite directions, and each edge of an open one to two, or to one if it lies on the border of the
 /// volume. Coordinates are (row, column, plane) in voxel indices; seen from the side of greater values the triangles
-/// run clockwise, so that normals point to the inside and the volume of a closed surface is negative.
+/// run counter-clockwise, so that normals point to the inside and the volume of a closed surface is negative.
 ///
 /// A voxel is inside when it is at least the level; a vertex between two voxels divides their distance in the ratio of
 /// their differences from the level. Beyond the border everything is outside: a closed surface runs through the centres
@@ -25,8 +25,8 @@
 /// The time is linear in the number of voxels; besides the mesh, the work needs memory for a few layers of the volume.
 /// Layers of one row index are compared with the level and kept as bits, of which 32 cubes are passed over at a time.
 ///
-/// Monitors hear how many layers are done; cancel() makes the running buildMesh() return an empty mesh. No other state
-/// lasts between calls. Compiled for int, float, double and long double.
+/// Monitors hear how many layers are done; cancel() makes buildMesh() return an empty mesh, until reset(). No
+/// other state lasts between calls. Compiled for int, float, double and long double.
 ///
 /// Sources: see MarchingCubesTables and MarchingCube.
 template <class T>
@@ -36,7 +36,7 @@ public:
     /// those along the rows' index, then along the columns', then along the planes', each ascending by row, column and
     /// plane; behind them come the vertices inside cubes. Triangles ascend by their cube's row, column and plane.
     ///
-    /// Throws SizeError when the surface has more vertices than an int can number, or when the volume has no planes
-    /// because only its header was read.
+    /// The volume must have its planes, and not only its header read. Throws SizeError when the surface has more
+    /// vertices than an int can number.
     TriMesh<float> buildMesh(const VoxelMatrix<T>& matrix, T level, bool closedSurface);
 };

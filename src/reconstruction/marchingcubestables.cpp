@@ -11,9 +11,9 @@ namespace {
 
 constexpr int innerVertex = MarchingCubesTables::innerVertex;
 
-/// How the lines on the cube's faces are filled: each closed line by a disc or around the inner vertex, or two of them
-/// by the tube between them.
-enum Filling { Discs, Tube };
+/// How the closed lines on the cube's faces are filled: each by a disc or around the inner vertex, or two of them by a
+/// tube through which inside or outside corners are joined.
+enum Filling { Discs, InsideTube, OutsideTube };
 
 /// One row of a tiling table, for the cube whose inside corners are given.
 struct BaseTiling {
@@ -24,8 +24,7 @@ struct BaseTiling {
     std::initializer_list<int> row;
 };
 
-/// One row for each sub-case; all others are images of these. A discs' row fills the closed lines that the cube's faces
-/// show without an edge across a face, a tube's row where that is possible. Rows with code 12 join one closed line to
+/// One row for each sub-case; all others are images of these. Rows with code 12 join one closed line to
 /// the inner vertex. Where several rows of a table stand here, each keeps the order of its vertices.
 const BaseTiling baseTilings[] = {
     // 1
@@ -43,13 +42,13 @@ const BaseTiling baseTilings[] = {
     // 4.1
     {{0, 6}, {}, Discs, {0, 8, 3, 5, 10, 6}},
     // 4.2
-    {{0, 6}, {}, Tube, {0, 5, 10, 0, 8, 5, 0, 10, 3, 3, 6, 8, 3, 10, 6, 5, 8, 6}},
+    {{0, 6}, {}, InsideTube, {0, 5, 10, 0, 8, 5, 0, 10, 3, 3, 6, 8, 3, 10, 6, 5, 8, 6}},
     // 5
     {{0, 1, 2}, {}, Discs, {2, 9, 3, 2, 10, 9, 3, 9, 8}},
     // 6.1.1
     {{0, 1, 6}, {}, Discs, {1, 8, 3, 1, 9, 8, 5, 10, 6}},
     // 6.1.2
-    {{0, 1, 6}, {}, Tube, {1, 6, 3, 1, 9, 6, 3, 5, 8, 3, 6, 5, 5, 10, 8, 6, 8, 10, 6, 9, 8}},
+    {{0, 1, 6}, {}, InsideTube, {1, 6, 3, 1, 9, 6, 3, 5, 8, 3, 6, 5, 5, 10, 8, 6, 8, 10, 6, 9, 8}},
     // 6.2
     {{0, 1, 6}, {2}, Discs, {1, 10, 3, 3, 10, 6, 3, 6, 8, 5, 8, 6, 5, 9, 8}},
     // 7.1
@@ -62,7 +61,8 @@ const BaseTiling baseTilings[] = {
     // 7.4.1
     {{0, 2, 5}, {1, 2, 5}, Discs, {0, 9, 1, 2, 8, 3, 2, 5, 8, 2, 10, 5, 4, 8, 5}},
     // 7.4.2
-    {{0, 2, 5}, {1, 2, 5}, Tube, {0, 4, 1, 0, 5, 4, 0, 9, 10, 0, 10, 5, 1, 3, 9, 1, 4, 8, 1, 8, 3, 2, 9, 3, 2, 10, 9}},
+    {{0, 2, 5}, {1, 2, 5}, OutsideTube, {0, 4, 1, 0, 5, 4, 0, 9, 10, 0, 10, 5,  1, 3,
+                                         9, 1, 4, 8, 1, 8, 3, 2, 9,  3, 2,  10, 9}},
     // 8
     {{0, 1, 2, 3}, {}, Discs, {9, 8, 10, 10, 8, 11}},
     {{0, 1, 4, 5}, {}, Discs, {1, 5, 3, 3, 5, 7}},
@@ -73,7 +73,7 @@ const BaseTiling baseTilings[] = {
     // 10.1.1_
     {{0, 1, 6, 7}, {2, 4}, Discs, {1, 10, 3, 3, 10, 11, 5, 8, 7, 5, 9, 8}},
     // 10.1.2
-    {{0, 1, 6, 7}, {}, Tube, {1, 7, 3, 1, 9, 7, 3, 5, 8, 3, 7, 5, 5, 10, 8, 7, 9, 11, 8, 10, 9, 9, 10, 11}},
+    {{0, 1, 6, 7}, {}, InsideTube, {1, 7, 3, 1, 9, 7, 3, 5, 8, 3, 7, 5, 5, 10, 8, 7, 9, 11, 8, 10, 9, 9, 10, 11}},
     // 10.2
     {{0, 1, 6, 7}, {2}, Discs, {1, 10, 12, 10, 11, 12, 11, 7, 12, 7, 5, 12, 5, 9, 12, 9, 8, 12, 8, 3, 12, 3, 1, 12}},
     // 10.2_
@@ -85,7 +85,7 @@ const BaseTiling baseTilings[] = {
     // 12.1.1_
     {{0, 1, 2, 7}, {3, 4}, Discs, {2, 11, 3, 6, 9, 7, 6, 10, 9, 7, 9, 8}},
     // 12.1.2
-    {{0, 1, 2, 7}, {}, Tube, {2, 7, 3, 2, 10, 7, 3, 6, 8, 3, 7, 6, 6, 9, 8, 6, 11, 9, 7, 9, 11, 7, 10, 9}},
+    {{0, 1, 2, 7}, {}, InsideTube, {2, 7, 3, 2, 10, 7, 3, 6, 8, 3, 7, 6, 6, 9, 8, 6, 11, 9, 7, 9, 11, 7, 10, 9}},
     // 12.2
     {{0, 1, 2, 7}, {4}, Discs, {2, 10, 12, 10, 9, 12, 9, 8, 12, 8, 7, 12, 7, 6, 12, 6, 11, 12, 11, 3, 12, 3, 2, 12}},
     // 12.2_
@@ -104,8 +104,8 @@ const BaseTiling baseTilings[] = {
     // 13.5.1
     {{0, 2, 5, 7}, {1, 2, 5}, Discs, {7, 6, 11, 0, 9, 1, 2, 8, 3, 2, 5, 8, 2, 10, 5, 4, 8, 5}},
     // 13.5.2
-    {{0, 2, 5, 7}, {1, 2, 5}, Tube, {0, 9, 1,  2, 7, 3, 2, 10, 7, 3, 6,  8,  3, 7,  6,
-                                     4, 6, 11, 4, 8, 6, 4, 11, 5, 5, 11, 10, 7, 10, 11}},
+    {{0, 2, 5, 7}, {1, 2, 5}, InsideTube, {0, 9, 1,  2, 7, 3, 2, 10, 7, 3, 6,  8,  3, 7,  6,
+                                           4, 6, 11, 4, 8, 6, 4, 11, 5, 5, 11, 10, 7, 10, 11}},
     // 13 with answers that exclude each other; the last two are mirror images of each other's cubes
     {{0, 2, 5, 7}, {1, 3}, Discs, {0, 5, 3, 0, 9, 5, 3, 5, 4, 3, 4, 8, 1, 6, 10, 1, 7, 6, 1, 2, 7, 2, 11, 7}},
     {{0, 2, 5, 7}, {1, 3, 5}, Discs, {0, 10, 1, 0, 7, 10, 0, 11, 7, 0, 5, 11, 0, 9,  5,
@@ -273,8 +273,7 @@ const MarchingCubesTables& MarchingCubesTables::instance() {
 }
 
 MarchingCubesTables::MarchingCubesTables() {
-    // Images by rotation alone come first: in 13.5 the corner that a tube reaches has to stay an inside corner, as the
-    // interior test starts from it.
+    // Images by rotation alone come first: in 13.5.1 the inside corner has to stand before the outside one.
     fill(false);
     fill(true);
 }
@@ -301,9 +300,9 @@ void MarchingCubesTables::fill(bool exchanged) {
                 const bool isJoined = (joined >> (face < 0 ? -face : face) & 1) != 0;
                 return isJoined == (face > 0);
             };
-            // In case 7 the positive answer stands for the tube, in all other cases for the discs.
-            const auto testInterior = [&base](int, int number, int, int) {
-                return (base.filling == Tube) == (number == 7);
+            const Filling tube = exchanged ? OutsideTube : InsideTube; // of inside corners of the base
+            const auto testInterior = [&base, tube](bool inside, int) {
+                return base.filling != Discs && (base.filling == tube) == inside;
             };
             const CubeTiling<Code> image = choose<Code>(*this, code, testFace, testInterior);
             if (image.row[0] != image.row[1])

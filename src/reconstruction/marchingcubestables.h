@@ -26,12 +26,14 @@ enum class TilingTable {
     Tiling10_1_1,
     Tiling10_1_1_,
     Tiling10_1_2,
+    Tiling10_1_2_,
     Tiling10_2,
     Tiling10_2_,
     Tiling11,
     Tiling12_1_1,
     Tiling12_1_1_,
     Tiling12_1_2,
+    Tiling12_1_2_,
     Tiling12_2,
     Tiling12_2_,
     Tiling13_1,
@@ -43,6 +45,7 @@ enum class TilingTable {
     Tiling13_4,
     Tiling13_5_1,
     Tiling13_5_2,
+    Tiling13_5_2_,
     Tiling13_x,
     Tiling14
 };
@@ -89,13 +92,15 @@ struct CubeTiling {
 /// neighbouring cubes fit whatever their sub-cases:
 /// - The border of its triangles are the lines of the surface on the cube's faces, which depend on the face's corners
 ///   and on whether its inside corners are joined or separated, and on nothing else. Seen from the side of greater
-///   values, the triangles' vertices run clockwise: normals point to the inside.
-/// - No edge between two of its triangles joins two vertices on one face of the cube, where the neighbour could have
-/// the
-///   same edge, so that four triangles would meet there. The tubes of 7.4.2, 10.1.2, 12.1.2 and 13.5.2 can't do
+///   values, the triangles' vertices run counter-clockwise: normals point to the inside.
+/// - No edge between two of its triangles joins two vertices on one face of the cube: the neighbour could have the same
+///   edge there, and four triangles would meet in it. The tubes of 7.4.2, 10.1.2, 12.1.2 and 13.5.2 can't do
 ///   without; these use the middle line of the face that starts on the edge which comes, counter-clockwise as seen from
 ///   outside of the cube, behind a corner of the kind that is joined on this face. The neighbour sees the face from the
 ///   other side and takes the other middle line.
+///
+/// Without a counterpart in print are tiling10_1_2_, tiling12_1_2_ and tiling13_5_2_, the tubes between outside corners
+/// where the published tables know those between inside corners only, and tiling13_x.
 ///
 /// Sources: E. V. Chernyaev, Marching Cubes 33, CERN CN/95-17, 1995; T. Lewiner, H. Lopes, A. W. Vieira and G. Tavares,
 /// Efficient implementation of Marching Cubes' cases with topological guarantees, Journal of Graphics Tools 8(2), 2003.
@@ -104,6 +109,8 @@ struct MarchingCubesTables {
     using Code = std::int8_t;
 
     static constexpr int innerVertex = 12;
+    /// In place of a reference edge: every connection through the interior counts.
+    static constexpr int anyEdge = -1;
 
     /// The one set of tables, made at the first call.
     static const MarchingCubesTables& instance();
@@ -137,22 +144,23 @@ struct MarchingCubesTables {
         tiling7_4_2[16][27]{};
     Code tiling8[6][6]{};
     Code tiling9[8][12]{};
-    Code tiling10_1_1[6][12]{}, tiling10_1_1_[6][12]{}, tiling10_1_2[6][24]{}, tiling10_2[6][24]{},
-        tiling10_2_[6][24]{};
+    Code tiling10_1_1[6][12]{}, tiling10_1_1_[6][12]{}, tiling10_1_2[6][24]{}, tiling10_1_2_[6][24]{},
+        tiling10_2[6][24]{}, tiling10_2_[6][24]{};
     Code tiling11[12][12]{};
-    Code tiling12_1_1[24][12]{}, tiling12_1_1_[24][12]{}, tiling12_1_2[24][24]{}, tiling12_2[24][24]{},
-        tiling12_2_[24][24]{};
+    Code tiling12_1_1[24][12]{}, tiling12_1_1_[24][12]{}, tiling12_1_2[24][24]{}, tiling12_1_2_[24][24]{},
+        tiling12_2[24][24]{}, tiling12_2_[24][24]{};
     Code tiling13_1[2][12]{}, tiling13_1_[2][12]{}, tiling13_2[2][6][18]{}, tiling13_2_[2][6][18]{};
     Code tiling13_3[2][12][30]{}, tiling13_3_[2][12][30]{}, tiling13_4[2][4][36]{};
-    Code tiling13_5_1[2][4][18]{}, tiling13_5_2[2][4][30]{};
+    Code tiling13_5_1[2][4][18]{}, tiling13_5_2[2][4][30]{}, tiling13_5_2_[2][4][30]{};
     /// Case 13 with face answers that exclude each other, by these answers as bits; only rows whose subconfig13 is -1
     /// are used. Rounding, or products below the limit of the face test, can give such answers; without triangles the
     /// surface would have a hole there. 10 triangles for three joined faces, otherwise 8.
     Code tiling13_x[2][64][30]{};
     Code tiling14[12][12]{};
 
-    /// The tiling of the cube of this code, which is not 0 or 255: asks testFace(face) and testInterior(sign, case,
-    /// config, subconfig) as far as the case needs them.
+    /// The tiling of the cube of this code, which is not 0 or 255. As far as the case needs them, it asks
+    /// testFace(face) and testInterior(inside, edge): whether the inside corners (or the outside ones) are joined by a
+    /// tube through the interior that ends at the edge's corner of this kind.
     template <class FaceTest, class InteriorTest>
     CubeTiling<const Code> tiling(int code, FaceTest testFace, InteriorTest testInterior) const {
         return choose<const Code>(*this, code, testFace, testInterior);
@@ -188,15 +196,15 @@ CubeTiling<Result> MarchingCubesTables::choose(Tables& t, int code, FaceTest tes
         return testFace(test3[config]) ? tiling(Tiling3_2, t.tiling3_2[config])
                                        : tiling(Tiling3_1, t.tiling3_1[config]);
     case 4:
-        return testInterior(test4[config], 4, config, 0) ? tiling(Tiling4_1, t.tiling4_1[config])
-                                                         : tiling(Tiling4_2, t.tiling4_2[config]);
+        return testInterior(test4[config] > 0, anyEdge) ? tiling(Tiling4_2, t.tiling4_2[config])
+                                                        : tiling(Tiling4_1, t.tiling4_1[config]);
     case 5:
         return tiling(Tiling5, t.tiling5[config]);
     case 6:
         if (testFace(test6[config][0]))
             return tiling(Tiling6_2, t.tiling6_2[config]);
-        return testInterior(test6[config][1], 6, config, 0) ? tiling(Tiling6_1_1, t.tiling6_1_1[config])
-                                                            : tiling(Tiling6_1_2, t.tiling6_1_2[config]);
+        return testInterior(test6[config][1] > 0, test6[config][2]) ? tiling(Tiling6_1_2, t.tiling6_1_2[config])
+                                                                    : tiling(Tiling6_1_1, t.tiling6_1_1[config]);
     case 7:
         switch (faceBits(test7[config], 3)) {
         case 0:
@@ -214,8 +222,8 @@ CubeTiling<Result> MarchingCubesTables::choose(Tables& t, int code, FaceTest tes
         case 6:
             return tiling(Tiling7_3, t.tiling7_3[config][2], 2);
         default:
-            return testInterior(test7[config][3], 7, config, 0) ? tiling(Tiling7_4_2, t.tiling7_4_2[config])
-                                                                : tiling(Tiling7_4_1, t.tiling7_4_1[config]);
+            return testInterior(test7[config][3] < 0, test7[config][4]) ? tiling(Tiling7_4_2, t.tiling7_4_2[config])
+                                                                        : tiling(Tiling7_4_1, t.tiling7_4_1[config]);
         }
     case 8:
         return tiling(Tiling8, t.tiling8[config]);
@@ -224,28 +232,30 @@ CubeTiling<Result> MarchingCubesTables::choose(Tables& t, int code, FaceTest tes
     case 10:
         switch (faceBits(test10[config], 2)) {
         case 3:
-            return tiling(Tiling10_1_1_, t.tiling10_1_1_[config]);
+            return testInterior(false, anyEdge) ? tiling(Tiling10_1_2_, t.tiling10_1_2_[config])
+                                                : tiling(Tiling10_1_1_, t.tiling10_1_1_[config]);
         case 1:
             return tiling(Tiling10_2, t.tiling10_2[config]);
         case 2:
             return tiling(Tiling10_2_, t.tiling10_2_[config]);
         default:
-            return testInterior(test10[config][2], 10, config, 0) ? tiling(Tiling10_1_1, t.tiling10_1_1[config])
-                                                                  : tiling(Tiling10_1_2, t.tiling10_1_2[config]);
+            return testInterior(true, anyEdge) ? tiling(Tiling10_1_2, t.tiling10_1_2[config])
+                                               : tiling(Tiling10_1_1, t.tiling10_1_1[config]);
         }
     case 11:
         return tiling(Tiling11, t.tiling11[config]);
     case 12:
         switch (faceBits(test12[config], 2)) {
         case 3:
-            return tiling(Tiling12_1_1_, t.tiling12_1_1_[config]);
+            return testInterior(false, test12[config][3]) ? tiling(Tiling12_1_2_, t.tiling12_1_2_[config])
+                                                          : tiling(Tiling12_1_1_, t.tiling12_1_1_[config]);
         case 1:
             return tiling(Tiling12_2, t.tiling12_2[config]);
         case 2:
             return tiling(Tiling12_2_, t.tiling12_2_[config]);
         default:
-            return testInterior(test12[config][2], 12, config, 0) ? tiling(Tiling12_1_1, t.tiling12_1_1[config])
-                                                                  : tiling(Tiling12_1_2, t.tiling12_1_2[config]);
+            return testInterior(true, test12[config][3]) ? tiling(Tiling12_1_2, t.tiling12_1_2[config])
+                                                         : tiling(Tiling12_1_1, t.tiling12_1_1[config]);
         }
     case 13: {
         const int bits = faceBits(test13[config], 6);
@@ -266,10 +276,15 @@ CubeTiling<Result> MarchingCubesTables::choose(Tables& t, int code, FaceTest tes
             return tiling(Tiling13_3, t.tiling13_3[config][u - 7], u - 7);
         if (u <= 22)
             return tiling(Tiling13_4, t.tiling13_4[config][u - 19], u - 19);
-        if (u <= 26)
-            return testInterior(test13[config][6], 13, config, u - 23)
-                       ? tiling(Tiling13_5_1, t.tiling13_5_1[config][u - 23], u - 23)
-                       : tiling(Tiling13_5_2, t.tiling13_5_2[config][u - 23], u - 23);
+        if (u <= 26) {
+            // The row of three discs starts with the isolated inside corner; the isolated outside corner comes next.
+            const Code* discs = t.tiling13_5_1[config][u - 23];
+            if (testInterior(true, discs[0]))
+                return tiling(Tiling13_5_2, t.tiling13_5_2[config][u - 23], u - 23);
+            if (testInterior(false, discs[3]))
+                return tiling(Tiling13_5_2_, t.tiling13_5_2_[config][u - 23], u - 23);
+            return tiling(Tiling13_5_1, t.tiling13_5_1[config][u - 23], u - 23);
+        }
         if (u <= 38)
             return tiling(Tiling13_3_, t.tiling13_3_[config][u - 27], u - 27);
         if (u <= 44)

@@ -3,7 +3,9 @@
 #include "numerics/vector.h"
 #include "shapes/shapearithmetic.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 /// Predicates on segments and triangles given by the raw coordinates of their ends.
 ///
@@ -190,18 +192,20 @@ int cutByPlane(const T* a, const T* b, const T* n, T d, int space, T* out) {
 /// Whether p, in the plane of the triangle, lies on one of its sides or corners as far as the type can tell.
 ///
 /// projectionContains() counts such a point for one of two triangles that lie beside each other in the projection, and
-/// may count it for both or for neither of two that meet at an angle.
+/// may count it for both or for neither of two that meet at an angle. slack is how far rounding may have moved p.
 template <class T>
-bool onSide(const Facet<T>& facet, const T* p) {
-    const T tolerance = 4 * Vector<T>::epsilon() * Vector<T>::epsilon();
+bool onSide(const Facet<T>& facet, const T* p, T slack = 0) {
+    const T least = 2 * Vector<T>::epsilon();
     for (int k = 0; k < 3; k++) {
         const T* a = facet.corner[k];
         const T* b = facet.corner[k == 2 ? 0 : k + 1];
         const T u[3] = {p[0] - b[0], p[1] - b[1], p[2] - b[2]};
         const T v[3] = {p[0] - a[0], p[1] - a[1], p[2] - a[2]};
         const T product[3] = {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
+        const T side[3] = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+        const T tolerance = std::max(least, slack * std::sqrt(dot(side, side)));
         // Near the line of the side, and between its ends: the directions to these do not agree.
-        if (dot(product, product) < tolerance && dot(u, v) <= 2 * Vector<T>::epsilon()) {
+        if (dot(product, product) < tolerance * tolerance && dot(u, v) <= tolerance) {
             return true;
         }
     }
@@ -218,6 +222,17 @@ bool isOn(const Facet<T>& facet, const T* p) {
     }
     return std::abs(distance) < Vector<T>::epsilon() && !isDegenerate(facet) &&
            (projectionContains(facet, p) || onSide(facet, p));
+}
+
+/// How far rounding may move the point where the segment from a to b meets the triangle's plane.
+template <class T>
+T roundingOfCut(const Facet<T>& facet, const T* a, const T* b) {
+    T largest = 0;
+    for (int k = 0; k < 3; k++) {
+        largest = std::max({largest, std::abs(a[k]), std::abs(b[k]), std::abs(facet.corner[0][k]),
+                            std::abs(facet.corner[1][k]), std::abs(facet.corner[2][k])});
+    }
+    return 16 * std::numeric_limits<T>::epsilon() * largest;
 }
 
 /// Triangle<T>::intersects() with the segment from a to b; 0 for a triangle of zero area.
@@ -242,7 +257,7 @@ int intersects(const Facet<T>& facet, const T* a, const T* b, T* out) {
         }
         return 0;
     }
-    return onSide(facet, out) ? 2 : projectionContains(facet, out) ? 1 : 0;
+    return onSide(facet, out, roundingOfCut(facet, a, b)) ? 2 : projectionContains(facet, out) ? 1 : 0;
 }
 
 /// Position from 0 to 1, along the segment from a to b, of its point closest to p; 0 for a segment of length zero.

@@ -216,22 +216,37 @@ void TriMesh<T>::computeNormals() {
         __checkTriangles(where);
         const int size = this->getNumVertices();
         Vertices<T> normals(this->getSpace(), size, size, size);
-        for (int i = 0; i < size; i++) {
-            normals[i].setZeros();
-        }
-        for (unsigned int i = 0; i < __triangles.size(); i++) {
-            Wide<T> normal[3];
-            wideNormal(__corner(i, 0), __corner(i, 1), __corner(i, 2), normal);
-            TriangleGeometry::normalize(normal);
-            for (unsigned int vertex : __triangles[i]) {
-                T* sum = normals[int(vertex)].data();
+        if (__triangles.empty()) {
+            for (int i = 0; i < size; i++) {
+                normals[i].setZeros();
+            }
+        } else {
+            // In flat arrays, since the triangles reach for their vertices in no order of memory.
+            std::vector<T> points(3 * std::size_t(size));
+            std::vector<T> sums(points.size(), T(0));
+            for (int i = 0; i < size; i++) {
+                std::copy_n((*this)[i].data(), 3, points.data() + 3 * std::size_t(i));
+            }
+            for (const Vector<unsigned int>& triangle : __triangles) {
+                const unsigned int* corners = triangle.data();
+                const T* p[3];
                 for (int k = 0; k < 3; k++) {
-                    sum[k] += T(normal[k]);
+                    p[k] = points.data() + 3 * std::size_t(corners[k]);
+                }
+                Wide<T> normal[3];
+                wideNormal(p[0], p[1], p[2], normal);
+                TriangleGeometry::normalize(normal);
+                for (int k = 0; k < 3; k++) {
+                    T* sum = sums.data() + 3 * std::size_t(corners[k]);
+                    for (int n = 0; n < 3; n++) {
+                        sum[n] += T(normal[n]);
+                    }
                 }
             }
-        }
-        for (int i = 0; i < size; i++) {
-            normals[i].normalize();
+            for (int i = 0; i < size; i++) {
+                std::copy_n(sums.data() + 3 * std::size_t(i), 3, normals[i].data());
+                normals[i].normalize();
+            }
         }
         __normals = normals;
     }

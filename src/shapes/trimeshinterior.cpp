@@ -13,6 +13,10 @@ namespace {
 constexpr int leafSize = 4;
 constexpr int maxRays = 10000;
 
+// The first rays end on one line, and so lie in one plane: an edge in this plane spoils all of them. The others go in
+// all directions.
+constexpr int maxRaysInPlane = 8;
+
 } // namespace
 
 template <class T>
@@ -165,9 +169,14 @@ int TriMeshInterior<T>::__countCrossings(const T* p, const T* q, bool countDoubt
         return from <= to;
     };
     int crossings = 0;
+    T lower[3], upper[3];
+    for (int k = 0; k < 3; k++) {
+        lower[k] = std::min(p[k], q[k]);
+        upper[k] = std::max(p[k], q[k]);
+    }
     const auto count = [&](const TriangleGeometry::Facet<T>& facet) {
         T point[3];
-        if (!TriangleGeometry::touches(facet, q, p)) {
+        if (!TriangleGeometry::touches(facet, lower, upper)) {
             return true;
         }
         const int code = TriangleGeometry::intersects(facet, p, q, point);
@@ -190,8 +199,17 @@ bool TriMeshInterior<T>::contains(const Vector<T>& p) const {
     }
     const Vector<T>& corner = __boundingBox.getVertex1();
     int crossings = -1;
+    const T extent = corner.distance(__boundingBox.getVertex2());
     for (int k = 1; k <= maxRays && crossings < 0; k++) {
-        const T q[3] = {corner[0] - k, corner[1] - (2 * k - 1), corner[2] - (3 * k - 2)};
+        T q[3] = {corner[0] - k, corner[1] - (2 * k - 1), corner[2] - (3 * k - 2)};
+        if (k > maxRaysInPlane) {
+            // Directions spread evenly by the golden ratio, long enough to leave the box.
+            const T height = 1 - 2 * (k - maxRaysInPlane - T(0.5)) / (maxRays - maxRaysInPlane);
+            const T radius = std::sqrt(1 - height * height), angle = T(2.399963229728653) * k;
+            q[0] = p[0] + (1 + 2 * extent) * radius * std::cos(angle);
+            q[1] = p[1] + (1 + 2 * extent) * radius * std::sin(angle);
+            q[2] = p[2] + (1 + 2 * extent) * height;
+        }
         crossings = __countCrossings(p.data(), q, k == maxRays);
     }
     return crossings % 2 == 1;

@@ -21,6 +21,7 @@
 #include "models/vrlstacklistwidget.h"
 #include "models/vrlstackpropertiesdialog.h"
 #include "numerics/exception.h"
+#include "reconstruction/ui/vrlanalysiswindow.h"
 #include "shell/io/vrlstackio.h"
 #include "shell/session/vrlactionhistory.h"
 #include "shell/session/vrlconfig.h"
@@ -50,8 +51,8 @@ public:
 
 /// Commands whose part of the program is not there yet.
 const QStringList futureCommands = {
-    "Display stack panorama", "Display overview", "Register", "Reconstruct",   "Find spots", "Normalize",
-    "Transfer models...",     "Filter models...", "Run",      "Ombrel action1"};
+    "Display stack panorama", "Display overview", "Register",      "Reconstruct", "Find spots", "Normalize",
+    "Transfer models...",     "Filter models...", "Ombrel action1"};
 
 } // namespace
 
@@ -98,7 +99,7 @@ VRLRootMediator::VRLRootMediator(VRLRootWindow& window) : QObject(&window), __wi
     add("Normalize", "", "", "Bring several stacks into one frame", [] {});
     add("Transfer models...", "", "", "Copy or move models between stacks", [] {});
     add("Filter models...", "", "", "Sort the items of models by a reference model", [] {});
-    add("Run", "", "Ctrl+M", "Measure the models, items and slices of the stack", [] {});
+    add("Run", "", "Ctrl+M", "Measure the models, items and slices of the stack", [this] { runAnalysis(); });
     add("Ombrel action1", "", "", "Distances of spots to the surface of a cell, for each open stack", [] {});
 
     // The usual key for redo, beside ours.
@@ -228,7 +229,7 @@ void VRLRootMediator::initialize() {
     __sliceWidget->setToolBar(*__toolBar);
     __sliceWidget->setStatusBar(__statusBar->getSliceEditWidgetStatusBar());
     __sliceWidget->initialize();
-    VRLRootSliceEditWidgetMediator& sliceMediator = *__sliceWidget->getMediator();
+    VRLRootSliceEditWidgetMediator& sliceMediator = __sliceWidget->getMediator();
     sliceMediator.addContextualMenuAction(action("Slice properties..."));
     sliceMediator.addContextualMenuAction(action("Annotate slice..."));
     connect(&sliceMediator, &VRLSliceWidgetMediator::canvasModeChanged, this, &VRLRootMediator::setCanvasMode);
@@ -494,6 +495,13 @@ void VRLRootMediator::runSliceAnnotationDialog() {
 void VRLRootMediator::runPreferencesDialog() {
     VRLPreferencesDialog dialog(&__window);
     dialog.exec();
+}
+
+void VRLRootMediator::runAnalysis() {
+    if (__stack == nullptr)
+        return;
+    auto* window = new VRLAnalysisWindow; // deletes itself when it is closed
+    window->setStack(*__stack);
 }
 
 void VRLRootMediator::goTo(int position) {

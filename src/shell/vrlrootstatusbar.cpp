@@ -1,5 +1,6 @@
 #include "shell/vrlrootstatusbar.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <QCoreApplication>
@@ -49,6 +50,7 @@ VRLRootStatusBar::VRLRootStatusBar(QWidget* parent) : QFrame(parent) {
     __statusBar->setSizeGripEnabled(false);
     __sliceStatusBar = new VRLSliceEditWidgetStatusBar(this);
     __sliceStatusBar->setSizeGripEnabled(false);
+    __sliceStatusBar->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed); // its labels are never cut
     __progressBar = new QProgressBar(this);
     __progressBar->setFixedWidth(150);
     __progressBar->setRange(0, 100);
@@ -66,7 +68,7 @@ VRLRootStatusBar::VRLRootStatusBar(QWidget* parent) : QFrame(parent) {
     layout->addWidget(__annotateSlice);
     layout->addSpacing(5);
     layout->addWidget(__statusBar, 1);
-    layout->addWidget(__sliceStatusBar, 1);
+    layout->addWidget(__sliceStatusBar);
     layout->addWidget(__progressBar);
 }
 
@@ -109,6 +111,7 @@ void VRLRootStatusBar::subjectStarted(const std::string& text) {
 
 void VRLRootStatusBar::subjectFinished(const std::string& text) {
     __progressBar->reset();
+    __sinceUpdate.invalidate();
     if (!text.empty())
         setMessage(QString::fromStdString(text), 2000);
 }
@@ -119,8 +122,12 @@ void VRLRootStatusBar::subjectProgressed(const std::string& text) {
 
 void VRLRootStatusBar::subjectProgressed(unsigned int current, unsigned int total) {
     const int value = total > 0 ? static_cast<int>(std::lround(100.0 * current / total)) : 0;
-    if (value == __progressBar->value())
+    if (value == __progressBar->value() || (__sinceUpdate.isValid() && __sinceUpdate.elapsed() < __pause))
         return;
     __progressBar->setValue(value);
+    __sinceUpdate.start();
     processPaintEvents();
+    // A repaint of the window is dear where the graphics are made by software: it may take a fifth of the time.
+    __pause = std::max<qint64>(40, 4 * __sinceUpdate.elapsed());
+    __sinceUpdate.start();
 }

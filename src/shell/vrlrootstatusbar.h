@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QFrame>
 
 #include "shell/progress/progressmonitor.h"
@@ -51,4 +52,6 @@ private:
     QStatusBar* __statusBar;
     VRLSliceEditWidgetStatusBar* __sliceStatusBar;
     QProgressBar* __progressBar;
+    QElapsedTimer __sinceUpdate; // of the progress bar
+    qint64 __pause = 0;          // to the next one, in milliseconds
 };

@@ -77,7 +77,7 @@ VRLRootWindow::VRLRootWindow() {
     QMenu* edit = menuBar->addMenu("Edit");
     QMenu* process = menuBar->addMenu("Process");
     QMenu* analyze = menuBar->addMenu("Analyze");
-    QMenu* show = menuBar->addMenu("Show");
+    QMenu* showMenu = menuBar->addMenu("Show");
     QMenu* help = menuBar->addMenu("Help");
     __mediator->initFileMenu(*file);
     __mediator->initEditMenu(*edit);
@@ -87,11 +87,11 @@ VRLRootWindow::VRLRootWindow() {
     for (QMenu* menu : {file, edit, process, analyze})
         menu->setToolTipsVisible(true);
 
-    connect(addToggle(*show, "Tool bar", "rootWindow/toolBarVisible", *__toolBar), &QAction::triggered, this,
+    connect(addToggle(*showMenu, "Tool bar", "rootWindow/toolBarVisible", *__toolBar), &QAction::triggered, this,
             &VRLRootWindow::toggleToolBar);
-    connect(addToggle(*show, "Browser", "rootWindow/browserVisible", *__browser), &QAction::triggered, this,
+    connect(addToggle(*showMenu, "Browser", "rootWindow/browserVisible", *__browser), &QAction::triggered, this,
             &VRLRootWindow::toggleBrowser);
-    connect(addToggle(*show, "Status bar", "rootWindow/statusBarVisible", *__statusBar), &QAction::triggered, this,
+    connect(addToggle(*showMenu, "Status bar", "rootWindow/statusBarVisible", *__statusBar), &QAction::triggered, this,
             &VRLRootWindow::toggleStatusBar);
     connect(help->addAction("Vorlen Homepage [web]"), &QAction::triggered, this, &VRLRootWindow::openHomepage);
     connect(help->addAction("Vorlen Manual [web]"), &QAction::triggered, this, &VRLRootWindow::openPDFManual);

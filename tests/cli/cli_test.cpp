@@ -287,6 +287,58 @@ TEST(CommandLine, aCutVolumeIsRefused) {
     EXPECT_NE(cut.output.find("v.vm"), std::string::npos) << cut.output;
 }
 
+// A ball of radius 3 about row 4, column 5, plane 6, in voxels of 2 x 3 x 4.
+TEST(IsosurfaceCommand, writesTheClosedSurfaceOfAVolumeInVoxelsOrInItsUnit) {
+    const TemporaryFolder folder;
+    VoxelMatrix<unsigned short> volume(9, 11, 13);
+    for (int i = 0; i < 9; ++i)
+        for (int j = 0; j < 11; ++j)
+            for (int k = 0; k < 13; ++k)
+                volume(i, j, k) = static_cast<unsigned short>(
+                    std::max(0.0, 1000 - 100 * std::sqrt((i - 4) * (i - 4) + (j - 5) * (j - 5) + (k - 6) * (k - 6))));
+    VoxelCalibration calibration;
+    calibration.setVoxelHeight(2);
+    calibration.setVoxelWidth(3);
+    calibration.setVoxelDepth(4);
+    volume.setVoxelCalibration(calibration);
+    volume.save(folder.path() + "/ball.vm", false);
+
+    EXPECT_EQ(cli(folder, "isosurface ball.vm --level 700 --output out").status, 0);
+    const TriMesh<float> ball(folder.path() + "/out/ball.tm");
+    EXPECT_NEAR(4.0 / 3 * pi * 27, ball.volume(), 0.1 * 4.0 / 3 * pi * 27);
+    EXPECT_NEAR(4, ball.cog()[0], 0.01);
+    EXPECT_NEAR(5, ball.cog()[1], 0.01);
+    EXPECT_NEAR(6, ball.cog()[2], 0.01);
+    const Outcome facets = shell(folder.path(), "head -1 out/ball.stl; grep -c 'facet normal' out/ball.stl");
+    EXPECT_EQ("solid ball\n" + std::to_string(ball.getNumTriangles()) + "\n", facets.output);
+
+    EXPECT_EQ(cli(folder, "isosurface ball.vm --level 700 --output out").status, 3) << "the files exist";
+    EXPECT_EQ(cli(folder, "isosurface ball.vm --level 700 --output out --overwrite --calibrated").status, 0);
+    EXPECT_NEAR(24 * ball.volume(), TriMesh<float>(folder.path() + "/out/ball.tm").volume(), 0.01 * 24 * ball.volume());
+    EXPECT_EQ(cli(folder, "isosurface ball.vm --level 200 --open --output open").status, 0);
+    EXPECT_GT(TriMesh<float>(folder.path() + "/open/ball.tm").getNumTriangles(), 0u);
+}
+
+TEST(IsosurfaceCommand, refusesWrongUsageShortFilesAndLevelsWithoutASurface) {
+    const TemporaryFolder folder;
+    VoxelMatrix<float> volume(4, 4, 4);
+    volume.fill(2);
+    volume.save(folder.path() + "/flat.vm", false);
+    EXPECT_EQ(cli(folder, "isosurface flat.vm").status, 2);
+    EXPECT_EQ(cli(folder, "isosurface flat.vm --level high").status, 2);
+    EXPECT_EQ(cli(folder, "isosurface --level 1").status, 2);
+    const Outcome none = cli(folder, "isosurface flat.vm --level 3");
+    EXPECT_EQ(none.status, 1);
+    EXPECT_NE(none.output.find("its values go from 2 to 2"), std::string::npos) << none.output;
+    EXPECT_EQ(cli(folder, "isosurface flat.vm --level 1").status, 0);
+
+    std::filesystem::resize_file(folder.path() + "/flat.vm", 200);
+    const Outcome cut = cli(folder, "isosurface flat.vm --level 1 --overwrite");
+    EXPECT_EQ(cut.status, 3);
+    EXPECT_NE(cut.output.find("length does not match its header"), std::string::npos) << cut.output;
+    EXPECT_EQ(cli(folder, "isosurface missing.vm --level 1").status, 3);
+}
+
 // A bright bar with a head, drawn on the second slice where a known motion takes it: after the registration both
 // drawings meet in the world. A blank slice between two others lies as the one before it.
 TEST(CommandLine, registerBringsTheSlicesOntoEachOtherInANewStack) {

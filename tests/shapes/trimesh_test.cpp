@@ -468,3 +468,25 @@ TEST(TriMesh, isExportedAsAsciiStl) {
     failed.setstate(std::ios::badbit);
     EXPECT_THROW(mesh.export2AsciiSTL(failed), FileWriteError);
 }
+
+template <class T>
+class TriMeshOf : public ::testing::Test {};
+using FloatingTypes = ::testing::Types<float, double, long double>;
+TYPED_TEST_SUITE(TriMeshOf, FloatingTypes);
+
+// Rays that run exactly through an edge are in doubt, and another one is taken.
+TYPED_TEST(TriMeshOf, raysThroughEdgesDoNotMislead) {
+    using T = TypeParam;
+    TriMesh<T> box = cubeMesh<T>(T(1));
+    box.scale(vectorOf<T>({2, 2, 4}));
+    box.translate(vectorOf<T>({2, 2, 0}));
+    const TriMeshInterior<T> interior(box);
+    for (int i = 0; i <= 24; ++i)
+        for (int j = 0; j <= 24; ++j)
+            for (int k = 0; k <= 24; ++k) {
+                const Vector<T> p = vectorOf<T>({T(1.5) + T(i) / 8, T(1.5) + T(j) / 8, T(-1) + T(k) / 4});
+                const bool inside = p[0] >= 2 && p[0] <= 4 && p[1] >= 2 && p[1] <= 4 && p[2] >= 0 && p[2] <= 4;
+                ASSERT_EQ(box.contains(p), inside) << i << " " << j << " " << k;
+                ASSERT_EQ(interior.contains(p), inside) << i << " " << j << " " << k;
+            }
+}

@@ -109,9 +109,15 @@ void VRLActionHistory::clear() {
 }
 
 void VRLActionHistory::forget(const Model& model) {
-    for (Steps* steps : {&__undoList, &__redoList}) {
+    // Actions own items that others name: nothing is deleted before all have been asked.
+    std::vector<std::unique_ptr<VRLAction>> concerned;
+    for (Steps* steps : {&__undoList, &__redoList})
         for (auto step = steps->rbegin(); step != steps->rend(); ++step)
-            (*step)->forget(model);
+            (*step)->takeConcerned(model, concerned);
+    concerned.clear();
+    for (Steps* steps : {&__undoList, &__redoList}) {
+        for (const auto& step : *steps)
+            step->forget(model);
         const bool open = steps == &__undoList && __stepOpen;
         const VRLActionList* const openStep = open ? steps->back().get() : nullptr;
         std::erase_if(*steps, [openStep](const auto& step) { return step->isEmpty() && step.get() != openStep; });

@@ -29,8 +29,14 @@ void VRLActionList::destroy() {
     __actions.clear();
 }
 
+void VRLActionList::takeConcerned(const Model& model, std::vector<std::unique_ptr<VRLAction>>& taken) {
+    for (auto& action : __actions)
+        if (action->concerns(model))
+            taken.push_back(std::move(action));
+    std::erase(__actions, nullptr);
+}
+
 void VRLActionList::forget(const Model& model) {
-    std::erase_if(__actions, [&model](const auto& action) { return action->concerns(model); });
     for (const auto& action : __actions)
         action->forget(model);
 }

@@ -30,7 +30,10 @@ public:
     /// Deletes all actions.
     void destroy();
 
-    /// Deletes the actions that concern the model, and lets the others forget it.
+    /// Moves the actions that concern the model to the end of taken.
+    void takeConcerned(const Model& model, std::vector<std::unique_ptr<VRLAction>>& taken);
+
+    /// Lets all actions forget the model.
     void forget(const Model& model);
 
 private:

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QDialog>
+
+class VRLModelDialogMediator;
+class VRLStack;
+
+/// Makes, edits and deletes the models of a stack. What is done here cannot be undone.
+class VRLModelDialog : public QDialog {
+    Q_OBJECT
+
+public:
+    explicit VRLModelDialog(QWidget* parent = nullptr);
+
+    /// The stack must stay open while the dialog is in use.
+    void setStack(VRLStack& stack);
+
+    VRLModelDialogMediator& getMediator() const { return *__mediator; }
+
+private:
+    VRLModelDialogMediator* __mediator;
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class VRLAnalysisWindowMediator;
+class VRLStack;
+
+/// A window of its own with the measurements of one stack, as tables: of the items of a model, of the slices, and of
+/// the models in space. It shows itself, and deletes itself when it is closed or the program ends.
+///
+/// The tables are a snapshot and do not follow later changes of the stack; the stack may be closed before the window.
+/// Position and size are kept in the settings. A position that is on no screen any more is replaced by the default.
+class VRLAnalysisWindow : public QWidget {
+    Q_OBJECT
+
+public:
+    VRLAnalysisWindow();
+
+    void setStack(const VRLStack& stack);
+
+protected:
+    void moveEvent(QMoveEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void buildSheets();
+    void buildMenus();
+    void restoreGeometryFromSettings();
+
+    VRLAnalysisWindowMediator* __mediator;
+    QLabel* __stackLabel = nullptr;
+};

@@ -1,0 +1,4 @@
+#pragma once
+
+/// What a canvas of slices shows: the image, the items drawn on it, or both.
+enum CanvasMode { BackgroundMode = 0, ForegroundMode = 1, AllgroundMode = 2 };

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QStatusBar>
+
+class QLabel;
+
+/// Status bar of an image widget: fields for the image's type and size, the zoom, and the pixel under the pointer.
+class VRLImageWidgetStatusBar : public QStatusBar {
+    Q_OBJECT
+
+public:
+    explicit VRLImageWidgetStatusBar(QWidget* parent = nullptr);
+
+    void setImageTypeInfo(const QString& text);
+    void setImageSizeInfo(const QString& text);
+    void setZoomInfo(const QString& text);
+    void setPixelInfo(const QString& text);
+
+    QString getImageTypeInfo() const;
+    QString getImageSizeInfo() const;
+    QString getZoomInfo() const;
+    QString getPixelInfo() const;
+
+protected:
+    /// Adds a field on the right of the others, with a frame of this style.
+    QLabel* addField(int frameStyle, const QString& name);
+
+private:
+    QLabel* __imageType;
+    QLabel* __imageSize;
+    QLabel* __zoom;
+    QLabel* __pixel;
+};

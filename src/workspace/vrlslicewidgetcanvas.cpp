@@ -1,0 +1,276 @@
+#include "workspace/vrlslicewidgetcanvas.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include <QPainter>
+#include <QPen>
+#include <QPolygon>
+
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/stackslice.h"
+
+namespace {
+
+/// Widths and sizes beyond all screens count as the greatest sensible one.
+constexpr float greatestLength = 16384;
+
+float sensible(float length) {
+    return length > 0 ? std::min(length, greatestLength) : 0.0f;
+}
+
+ModelItemProperties lookOf(const ModelItem& item) {
+    ModelItemProperties look;
+    look.setDefaults();
+    if (item.getModel() != nullptr)
+        look.update(item.getModel()->getItemProperties());
+    look.update(item.getProperties());
+    return look;
+}
+
+MPrimitive geometryOf(const ModelItem& item) {
+    const Model* model = item.getModel();
+    return model != nullptr && model->getProperties().definesGeometry() ? model->getProperties().getGeometry()
+                                                                        : PolylinePrimitive;
+}
+
+QColor colorOf(const ModelItemProperties& look) {
+    const Vector<int>& color = look.getColor();
+    return QColor(std::clamp(color[0], 0, 255), std::clamp(color[1], 0, 255), std::clamp(color[2], 0, 255));
+}
+
+/// From 0 to 1.
+double opacityOf(const ModelItem& item) {
+    const Model* model = item.getModel();
+    if (model == nullptr || !model->getProperties().definesSurfaceOpacity())
+        return 1;
+    return std::clamp(double(model->getProperties().getSurfaceOpacity()) / 255, 0.0, 1.0);
+}
+
+QPolygon polygonOf(const ModelItem& item) {
+    QPolygon polygon;
+    polygon.reserve(item.getSize());
+    const Vertices<int>& vertices = item.getVertices();
+    for (int i = 0; i < item.getSize(); ++i)
+        polygon.append(QPoint(vertices[i][0], vertices[i][1]));
+    return polygon;
+}
+
+/// From the first to the last pixel, both within.
+QRect corners(int left, int top, int right, int bottom) {
+    return QRect(QPoint(left, top), QPoint(right, bottom));
+}
+
+/// The factors give all symbols the area of the circle of radius r.
+void drawSymbol(QPainter& painter, VertexSymbol symbol, const QPoint& vertex, int r) {
+    const int x = vertex.x();
+    const int y = vertex.y();
+    switch (symbol) {
+    case CubeSymbol: {
+        const int s = int(std::ceil(r * 1.7724538509055159));
+        painter.drawRect(corners(x - s / 2, y - s / 2, x - s / 2 + s - 1, y - s / 2 + s - 1));
+        break;
+    }
+    case DotSymbol:
+        painter.drawRect(QRect(x, y, 1, 1));
+        break;
+    case DiamondSymbol: {
+        const int d = int(std::ceil(r * 1.2533141373155001));
+        const QPoint diamond[] = {QPoint(x - d, y), QPoint(x, y + d), QPoint(x + d, y), QPoint(x, y - d)};
+        painter.drawPolygon(diamond, 4);
+        break;
+    }
+    case TetrahedronSymbol: {
+        const int t = int(r * 1.5551203015562138);
+        const int u = int(t * 0.8660254037844386);
+        const QPoint triangle[] = {QPoint(x, y - t), QPoint(x - u, y + t / 2), QPoint(x + u, y + t / 2)};
+        painter.drawPolygon(triangle, 3);
+        break;
+    }
+    default:
+        painter.drawEllipse(corners(x - r, y - r, x - r + 2 * r - 1, y - r + 2 * r - 1));
+        break;
+    }
+}
+
+void drawVertexCrosses(QPainter& painter, const QPolygon& vertices, int r) {
+    QPen pen = painter.pen();
+    pen.setWidth(0);
+    painter.setPen(pen);
+    const int reach = r / 2;
+    for (const QPoint& vertex : vertices) {
+        painter.drawLine(vertex - QPoint(reach, 0), vertex + QPoint(reach, 0));
+        painter.drawLine(vertex - QPoint(0, reach), vertex + QPoint(0, reach));
+    }
+}
+
+void drawFirstMark(QPainter& painter, const QPoint& position) {
+    painter.setBrush(Qt::yellow);
+    painter.drawEllipse(corners(-4, -4, 4, 4).translated(position));
+    painter.drawEllipse(corners(-1, -1, 1, 1).translated(position));
+}
+
+/// A white square in a black frame with another one around its middle. Filled from the outside in, as frames drawn by
+/// lines of one pixel come to lie a pixel off with some drivers.
+void drawMark(QPainter& painter, const QPoint& position) {
+    painter.fillRect(corners(-3, -3, 4, 4).translated(position), Qt::black);
+    painter.fillRect(corners(-2, -2, 3, 3).translated(position), Qt::white);
+    painter.fillRect(corners(-1, -1, 2, 2).translated(position), Qt::black);
+    painter.fillRect(corners(0, 0, 1, 1).translated(position), Qt::white);
+}
+
+} // namespace
+
+VRLSliceWidgetCanvas::VRLSliceWidgetCanvas(QWidget* parent) : VRLImageWidgetCanvas(parent) {
+}
+
+void VRLSliceWidgetCanvas::clear() {
+    __slice = nullptr;
+    VRLImageWidgetCanvas::clear();
+}
+
+void VRLSliceWidgetCanvas::setSlice(StackSlice& slice) {
+    __slice = &slice;
+    update();
+}
+
+void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice, QPainter& painter) {
+    for (int i = 0; i < slice.getNumItems(); ++i)
+        paintItem(slice.getItem(i), painter);
+}
+
+void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice) {
+    const std::unique_ptr<QPaintDevice> device = newPaintDevice();
+    QPainter painter(device.get());
+    painter.setRenderHint(QPainter::Antialiasing);
+    const double zoom = double(getZoomFactor());
+    painter.scale(zoom * double(betaWidth()), zoom * double(betaHeight()));
+    painter.translate(0.5 - getViewOrigin().x(), 0.5 - getViewOrigin().y());
+    paintItems(slice, painter);
+}
+
+void VRLSliceWidgetCanvas::setMode(CanvasMode mode) {
+    __mode = mode;
+    update();
+}
+
+void VRLSliceWidgetCanvas::paintGL() {
+    beforePaintGL();
+    if (__mode != ForegroundMode)
+        paintImageGL();
+    glMatrixMode(GL_MODELVIEW);
+    if (__mode != BackgroundMode && __slice != nullptr)
+        paintItems(*__slice);
+}
+
+void VRLSliceWidgetCanvas::paintItem(const ModelItem& item, QPainter& painter) const {
+    const ModelItemProperties look = lookOf(item);
+    if (!isVisibleItem(item, look))
+        return;
+    painter.save();
+    if (geometryOf(item) == PolypointPrimitive)
+        paintPointsItem(item, look, painter);
+    else
+        paintContourItem(item, look, painter);
+    painter.restore();
+    if (!item.getSelection().isEmpty()) {
+        painter.save();
+        paintItemSelection(item, painter);
+        painter.restore();
+    }
+}
+
+QRectF VRLSliceWidgetCanvas::visibleArea() const {
+    const double zoom = double(getZoomFactor());
+    return QRectF(getViewOrigin().x() - 0.5, getViewOrigin().y() - 0.5, width() / (zoom * double(betaWidth())),
+                  height() / (zoom * double(betaHeight())));
+}
+
+// No symbol reaches farther from its vertex than twice the point size, and no mark farther than 6 pixels of the screen.
+bool VRLSliceWidgetCanvas::isVisibleItem(const ModelItem& item, const ModelItemProperties& look) const {
+    const BoundingBox<int> box = item.getVertices().boundingBox();
+    if (!box.isValid())
+        return false;
+    const Vector<int>& lower = box.getVertex1();
+    const Vector<int>& upper = box.getVertex2();
+    const double size = double(sensible(look.getLineWidth())) + 2 * double(sensible(look.getPointSize())) + 1;
+    const double zoom = double(getZoomFactor());
+    const double horMargin = size + 6 / (zoom * double(betaWidth()));
+    const double verMargin = size + 6 / (zoom * double(betaHeight()));
+    const QRectF area(QPointF(lower[0] - horMargin, lower[1] - verMargin),
+                      QPointF(upper[0] + horMargin, upper[1] + verMargin));
+    return area.intersects(visibleArea());
+}
+
+void VRLSliceWidgetCanvas::paintContourItem(const ModelItem& item, const ModelItemProperties& look,
+                                            QPainter& painter) const {
+    const float lineWidth = sensible(look.getLineWidth());
+    QPen pen = painter.pen();
+    pen.setColor(colorOf(look));
+    pen.setJoinStyle(Qt::RoundJoin);
+    const bool thin = lineWidth * getZoomFactor() < 1;
+    pen.setCosmetic(thin);
+    pen.setWidth(thin ? 0 : int(lineWidth));
+    painter.setPen(pen);
+    painter.setBrush(Qt::NoBrush);
+    const QPolygon polygon = polygonOf(item);
+    if (geometryOf(item) == PolylinePrimitive)
+        painter.drawPolyline(polygon);
+    else
+        painter.drawPolygon(polygon);
+}
+
+void VRLSliceWidgetCanvas::paintPointsItem(const ModelItem& item, const ModelItemProperties& look,
+                                           QPainter& painter) const {
+    QPen pen(colorOf(look), 0);
+    pen.setJoinStyle(Qt::MiterJoin);
+    if (getZoomFactor() >= 1)
+        pen.setWidth(int(sensible(look.getLineWidth())));
+    painter.setBrush(Qt::NoBrush);
+    if (look.getVertexSymbolFilling()) {
+        painter.setBrush(pen.color().darker(200));
+        painter.setOpacity(opacityOf(item));
+    }
+    const QPolygon vertices = polygonOf(item);
+    const VertexSymbol symbol = look.getVertexSymbol();
+    const int r = int(sensible(look.getPointSize()));
+    if (symbol == DotSymbol) {
+        pen.setWidth(0);
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        painter.translate(-0.5, -0.5);
+    }
+    painter.setPen(pen);
+    for (const QPoint& vertex : vertices)
+        drawSymbol(painter, symbol, vertex, r);
+    if (symbol != DotSymbol)
+        drawVertexCrosses(painter, vertices, r);
+}
+
+// In coordinates of the widget, so that marks have the same size at all zooms.
+void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& painter) const {
+    painter.resetTransform();
+    painter.setOpacity(1);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.setPen(QPen(Qt::black, 1));
+    const QRect seen = rect().adjusted(-6, -6, 6, 6);
+    const double horizontal = double(getZoomFactor() * betaWidth());
+    const double vertical = double(getZoomFactor() * betaHeight());
+    const ModelItemSelection& selection = item.getSelection();
+    const Vertices<int>& vertices = item.getVertices();
+    const int numBits = std::min(selection.getNumBits(), item.getSize());
+    for (int i = 0; i < numBits; ++i) {
+        if (!selection.isSelected(i))
+            continue;
+        const double x = std::floor((vertices[i][0] - getViewOrigin().x() + 0.5) * horizontal);
+        const double y = std::floor((vertices[i][1] - getViewOrigin().y() + 0.5) * vertical);
+        if (!QRectF(seen).contains(x, y))
+            continue;
+        const QPoint position{int(x), int(y)};
+        if (i == 0)
+            drawFirstMark(painter, position);
+        else
+            drawMark(painter, position);
+    }
+}
