@@ -46,12 +46,12 @@ TEST(SymbolMeshGL, bodiesAreClosedFaceOutwardAndHaveOneVolume) {
             for (int k = 0; k < 3; ++k) {
                 ++edges[{key[k], key[(k + 1) % 3]}];
                 --edges[{key[(k + 1) % 3], key[k]}];
-                const Vector<double> told = pointOf(mesh.normals, mesh.indexes[t + k]);
+                const Vector<double> given = pointOf(mesh.normals, mesh.indexes[t + k]);
                 if (symbol == SphereSymbolGL)
-                    EXPECT_LT(told.distance(p[k]), 1e-6);
+                    EXPECT_LT(given.distance(p[k]), 1e-6);
                 else
-                    EXPECT_LT(told.distance(normal), 1e-5);
-                EXPECT_NEAR(told.norm(), 1, 1e-5);
+                    EXPECT_LT(given.distance(normal), 1e-5);
+                EXPECT_NEAR(given.norm(), 1, 1e-5);
             }
         }
         for (const auto& [edge, balance] : edges)

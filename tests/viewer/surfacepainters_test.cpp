@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The told sum in its plainest form: for each vertex the triangles of the four cells around it.
+/// The normal in its plainest form: the sum over the triangles of the four cells around it.
 Vector<float> plainNormal(const QuadMesh<float>& mesh, int r, int c) {
     const int width = mesh.getWidth();
     Vector<float> sum(3);
