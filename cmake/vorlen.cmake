@@ -28,7 +28,7 @@ function(vorlen_test room)
 endfunction()
 
 # vorlen_gui_test(room SOURCES ... LINKS ...): the GoogleTest program test_<room> of real windows. It runs as one test
-# under a virtual X server of its own; to run it in your session's windows, start the program by hand.
+# under a virtual X server of its own, as by hand with scripts/with-display.
 function(vorlen_gui_test room)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
     find_package(Qt6 6.4 REQUIRED COMPONENTS OpenGLWidgets Test)
@@ -37,7 +37,7 @@ function(vorlen_gui_test room)
     target_include_directories(test_${room} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     target_link_libraries(test_${room} PRIVATE vorlen_options ${ARG_LINKS} Qt6::OpenGLWidgets Qt6::Test GTest::gtest)
     add_test(NAME test_${room}
-        COMMAND xvfb-run -a -s "-screen 0 1600x1200x24 +extension GLX" $<TARGET_FILE:test_${room}>)
+        COMMAND ${PROJECT_SOURCE_DIR}/scripts/with-display $<TARGET_FILE:test_${room}>)
     set_tests_properties(test_${room} PROPERTIES TIMEOUT 600
         ENVIRONMENT "QT_QPA_PLATFORM=xcb;LIBGL_ALWAYS_SOFTWARE=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0")
 endfunction()

@@ -1,6 +1,6 @@
 /// Draws a picture of the main window with a stack in it. Usage: vorlen-picture STACK.sdf PICTURE.png
 ///
-/// It needs a display; under xvfb-run it has one of its own. Settings of the user are neither read nor changed.
+/// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 
 #include <clocale>
 #include <iostream>
