@@ -151,8 +151,23 @@ void ModelItem::setVertices(const Vertices<int>& vertices) {
     Vertices<int> own(2, n, n, storeGrowth);
     for (int i = 0; i < n; ++i)
         own[i] = vertices[i];
-    __vertices = own;
-    __selection.reset(n);
+    takeVertices(own);
+}
+
+void ModelItem::setVertices(const int* coordinates, int n) {
+    Vertices<int> own(2, n, n, storeGrowth);
+    for (int i = 0; i < n; ++i) {
+        int* const vertex = own[i].data();
+        vertex[0] = coordinates[2 * i];
+        vertex[1] = coordinates[2 * i + 1];
+    }
+    takeVertices(own);
+}
+
+/// The vertices have a store that nobody else keeps.
+void ModelItem::takeVertices(const Vertices<int>& vertices) {
+    __vertices = vertices;
+    __selection.reset(__vertices.getNumVertices());
     __updateBox = boundingBox();
 }
 

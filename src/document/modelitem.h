@@ -66,6 +66,9 @@ public:
     /// Takes a copy of the vertices, clears the selection, and sets the update box to boundingBox().
     void setVertices(const Vertices<int>& vertices);
 
+    /// The same for the coordinates of n vertices, x and y of one after the other.
+    void setVertices(const int* coordinates, int n);
+
     /// The vertices, of space 2, sharing their store with the item: detach() a copy before changing it.
     const Vertices<int>& getVertices() const { return __vertices; }
 
@@ -147,6 +150,7 @@ private:
 
     bool isListedBy(const ModelItemOwner& owner) const { return placeBy(owner) != 0; }
     std::uint64_t placeBy(const ModelItemOwner& owner) const;
+    void takeVertices(const Vertices<int>& vertices);
     Vertices<int> verticesBySelection(bool selected) const;
     BoundingBox<int> vertexBox(int i) const;
 

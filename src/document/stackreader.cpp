@@ -196,10 +196,20 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
     const char* const end = cursor + text->size();
     std::string statement;
     Tokens tokens;
-    for (readItemString(cursor, end, statement); !statement.empty(); readItemString(cursor, end, statement)) {
-        splitItemString(tokens, statement);
+    while (true) {
+        const char* const start = cursor;
+        if (scanOutline(cursor, end)) {
+            tokens.assign(1, getString(MODELITEMDATA));
+            total += static_cast<unsigned long long>(cursor - start);
+        } else {
+            readItemString(cursor, end, statement);
+            if (statement.empty())
+                break;
+            splitItemString(tokens, statement);
+            total += statement.size() + 1;
+        }
         parseStatement(tokens, context);
-        total += statement.size() + 1;
+        __outline.clear();
         notifyProgressed(static_cast<unsigned int>(total * 100 / size), 100);
     }
 
@@ -269,6 +279,56 @@ void StackReader::readItemString(const char*& cursor, const char* end, std::stri
         statement.pop_back();
     if (!statement.empty())
         statement.pop_back();
+}
+
+/// Takes an outline of the usual form, as the writer writes it, in one pass from the text at cursor: most of a file is
+/// outlines. Anything unusual, such as a comment, a sign "+" or a number that is not parted from the next by a blank on
+/// its line, is left to readItemString(), and the cursor stays.
+bool StackReader::scanOutline(const char*& cursor, const char* end) {
+    static const std::string keyword = getString(MODELITEMDATA);
+    const char* at = cursor;
+    if (static_cast<std::size_t>(end - at) < keyword.size() || std::memcmp(at, keyword.data(), keyword.size()) != 0)
+        return false;
+    at += keyword.size();
+    const auto number = [&at, end](int& value) {
+        const bool negative = at < end && *at == '-';
+        at += negative;
+        const char* const first = at;
+        int magnitude = 0;
+        for (; at < end && *at >= '0' && *at <= '9' && at - first < 9; ++at)
+            magnitude = 10 * magnitude + (*at - '0');
+        value = negative ? -magnitude : magnitude;
+        return at > first;
+    };
+    __outline.clear();
+    bool parted = false;
+    while (at < end) {
+        if (*at == ' ') {
+            parted = true;
+            ++at;
+        } else if (*at == '\n') {
+            parted = false; // line ends do not part: the lines are joined
+            ++at;
+        } else if (*at == ';') {
+            ++at;
+            if (__outline.empty() || (at < end && *at != '\n'))
+                break;
+            cursor = at < end ? at + 1 : at;
+            return true;
+        } else {
+            int x = 0, y = 0;
+            if (!parted || !number(x) || at == end || *at != ',')
+                break;
+            ++at;
+            if (!number(y))
+                break;
+            __outline.push_back(x);
+            __outline.push_back(y);
+            parted = false;
+        }
+    }
+    __outline.clear();
+    return false;
 }
 
 void StackReader::splitItemString(Tokens& tokens, std::string_view statement) {
@@ -519,6 +579,12 @@ void StackReader::inputModelItem(const Tokens& tokens, StackIOContext& context) 
 }
 
 void StackReader::inputModelItemData(const Tokens& tokens, StackIOContext& context) {
+    if (!__outline.empty()) {
+        ModelItem& item = required(context.getItem());
+        item.setVertices(__outline.data(), static_cast<int>(__outline.size() / 2));
+        item.setClockwise(false);
+        return;
+    }
     if (tokens.size() < 2)
         throw NumArgsError();
     ModelItem& item = required(context.getItem());

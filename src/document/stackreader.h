@@ -117,6 +117,7 @@ private:
     void inputVertexSymbol(const Tokens& tokens, StackIOContext& context);
 
     void parseStatement(const Tokens& tokens, StackIOContext& context);
+    bool scanOutline(const char*& cursor, const char* end);
     void addSlice(std::string_view name, const ImageSource* source, StackIOContext& context);
     std::string imagePath(std::string_view file, const StackIOContext& context) const;
     ::StackSlice* findSlice(Stack& stack, const std::string& name);
@@ -128,6 +129,8 @@ private:
     const Stack* __indexedStack = nullptr;
     int __numIndexedSlices = 0;
     int __numIndexedModels = 0;
+    /// Coordinates of the outline that scanOutline() found; empty when the tokens hold them.
+    std::vector<int> __outline;
     /// Places for mosaic tiles that the rest of the file may still ask for.
     long long __mosaicPlacesLeft = 1 << 20;
 };

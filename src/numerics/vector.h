@@ -72,8 +72,13 @@ public:
     /// Nothing happens if n is the size; otherwise the contents are lost. n below 0 counts as 0.
     /// Throws UsageError when a shallow vector would change its size.
     void setSize(int n) {
-        if (n != __size)
+        // A point is sized without a call: stores of vertices make millions.
+        if (!__shallow && n > 0 && n <= insideCapacity && __size <= insideCapacity) {
+            __size = n;
+            __data = __inside;
+        } else if (n != __size) {
             __resize(n);
+        }
     }
     int getSize() const { return __size; }
     T& operator[](int i) { return __data[i]; }

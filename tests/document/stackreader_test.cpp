@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <locale>
+#include <random>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,6 +19,7 @@
 #include "images/imagesourcevoxelmatrixplane.h"
 #include "images/voxelmatrix.h"
 #include "shell/progress/progressmonitor.h"
+#include "support/documentmaker.h"
 #include "support/stackfolder.h"
 
 namespace {
@@ -259,6 +262,23 @@ TEST(StackReader, verticesAreLeadingIntegersWithinTheRangeOfInt) {
     for (int i = 0; i < 5; ++i)
         found = found || (vertices[i][0] == 2147483647 && vertices[i][1] == -2147483647 - 1);
     EXPECT_TRUE(found);
+}
+
+// The usual spelling of an outline is read in one pass, the old one in the general way: both give the same.
+TEST(StackReader, outlinesOfAllFormsReadAlikeInBothSpellings) {
+    std::mt19937 random(5);
+    const std::string pieces[] = {" ",  "\n", " 1,2", " -3,4", "5,6", " +7,8", ",",       ";",    "x",  " 1234567890,1",
+                                  "\t", "#",  " # ",  "9",     "\n ", " 0,0",  " 10,-20", " ;\n", ";\n"};
+    for (int round = 0; round < 3000; ++round) {
+        std::string body;
+        for (int n = static_cast<int>(random() % 12); n > 0; --n)
+            body += pieces[random() % std::size(pieces)];
+        body += random() % 4 == 0 ? ";" : ";\nCOLOR 1 2 3;\n";
+        const Read fast(item + "MODELITEMDATA" + body), slow(item + "M2DDATA" + body);
+        ASSERT_EQ(coordinates(fast.item().getVertices()), coordinates(slow.item().getVertices())) << body;
+        ASSERT_EQ(fast.item().getProperties().definesColor(), slow.item().getProperties().definesColor()) << body;
+        ASSERT_EQ(fast.log().size(), slow.log().size()) << body;
+    }
 }
 
 TEST(StackReader, aVertexWithoutACommaSpoilsTheStatement) {
