@@ -12,7 +12,9 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
+#include <QScrollArea>
 #include <QSettings>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include "icons/vrlicons.h"
@@ -47,7 +49,14 @@ VRLRenderingWindow::VRLRenderingWindow(QWidget* parent) : QWidget(parent, Qt::Wi
     auto* frameLayout = new QVBoxLayout(__frame);
     frameLayout->setContentsMargins(0, 0, 0, 0);
     frameLayout->addWidget(__canvas);
-    __panel = new ViewerPosePanel(this);
+    __panel = new ViewerPosePanel;
+    // The panel is tall: on a small screen it scrolls, so that the window need not be as tall.
+    __panelArea = new QScrollArea(this);
+    __panelArea->setFrameShape(QFrame::NoFrame);
+    __panelArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    __panelArea->setWidgetResizable(true);
+    __panelArea->setWidget(__panel);
+    __panelArea->setFixedWidth(__panel->sizeHint().width() + style()->pixelMetric(QStyle::PM_ScrollBarExtent));
 
     __mediator = new VRLRenderingMediator(this);
     __mediator->setCanvas(__canvas);
@@ -66,7 +75,7 @@ VRLRenderingWindow::VRLRenderingWindow(QWidget* parent) : QWidget(parent, Qt::Wi
     body->setContentsMargins(5, 5, 5, 5);
     body->setSpacing(5);
     body->addWidget(__frame, 1);
-    body->addWidget(__panel, 0);
+    body->addWidget(__panelArea, 0);
     layout->addLayout(body, 1);
 
     connect(qApp, &QCoreApplication::aboutToQuit, this, &QWidget::close);
@@ -121,7 +130,7 @@ void VRLRenderingWindow::restoreSettings() {
     __toolbar->setVisible(toolBar);
     __toolBarAction->setChecked(toolBar);
     const bool panel = settings.value("renderingWindow/panelVisible", true).toBool();
-    __panel->setVisible(panel);
+    __panelArea->setVisible(panel);
     __panelAction->setChecked(panel);
     const QPoint position = settings.value("renderingWindow/pos", QPoint(0, 0)).toPoint();
     const QSize size = settings.value("renderingWindow/size", defaultSize()).toSize();
@@ -212,9 +221,9 @@ void VRLRenderingWindow::deletePose(QAction* action) {
 }
 
 void VRLRenderingWindow::togglePanel() {
-    __panel->setVisible(__panel->isHidden());
-    __panelAction->setChecked(!__panel->isHidden());
-    QSettings().setValue("renderingWindow/panelVisible", !__panel->isHidden());
+    __panelArea->setVisible(__panelArea->isHidden());
+    __panelAction->setChecked(!__panelArea->isHidden());
+    QSettings().setValue("renderingWindow/panelVisible", !__panelArea->isHidden());
 }
 
 void VRLRenderingWindow::toggleToolBar() {

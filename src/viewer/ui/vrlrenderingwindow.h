@@ -8,6 +8,7 @@ class QAction;
 class QFrame;
 class QMenu;
 class QMenuBar;
+class QScrollArea;
 class ViewerCanvasGL;
 class ViewerPosePanel;
 class VRLRenderingMediator;
@@ -62,6 +63,7 @@ private:
     QFrame* __frame;
     ViewerCanvasGL* __canvas;
     ViewerPosePanel* __panel;
+    QScrollArea* __panelArea;
     QMenuBar* __menuBar;
     QMenu* __poseMenu;
     QMenu* __selectPoseMenu;
