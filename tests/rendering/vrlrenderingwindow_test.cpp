@@ -29,6 +29,7 @@
 #include "viewer/ui/vrlrenderingpaintergl.h"
 #include "viewer/ui/vrlrenderingtoolbar.h"
 #include "viewer/viewercanvasgl.h"
+#include "viewer/viewerposepanel.h"
 
 namespace {
 
@@ -378,6 +379,16 @@ TEST_F(VRLRenderingWindowTest, closingTheStackClosesAllItsWindows) {
     EXPECT_EQ(window, nullptr);
 }
 
+TEST_F(VRLRenderingWindowTest, editsTheModelsOfTheStackShown) {
+    user.then([](QWidget& dialog) { static_cast<QDialog&>(dialog).reject(); });
+    command("Edit models...")->trigger();
+    EXPECT_EQ(user.seen.back(), "Models for stack \"small\"");
+    // A new name of the stack shows at once.
+    stack.setName("large");
+    send<VRLStackNameEvent>(&stack);
+    EXPECT_EQ(window->windowTitle(), "large");
+}
+
 TEST_F(VRLRenderingWindowTest, remembersSizeToolbarAndPanel) {
     QStringList menus;
     for (QAction* entry : window->findChild<QMenuBar*>()->actions())
@@ -395,4 +406,9 @@ TEST_F(VRLRenderingWindowTest, remembersSizeToolbarAndPanel) {
     command("Tool bar")->trigger();
     EXPECT_TRUE(window->findChild<VRLRenderingToolbar*>()->isVisible());
     EXPECT_TRUE(QSettings().value("renderingWindow/toolBarVisible").toBool());
+    auto* panel = window->findChild<ViewerPosePanel*>();
+    EXPECT_TRUE(panel->isVisible() && command("Pose panel")->isChecked());
+    command("Pose panel")->trigger();
+    EXPECT_FALSE(panel->isVisible() || command("Pose panel")->isChecked());
+    EXPECT_FALSE(QSettings().value("renderingWindow/panelVisible").toBool());
 }

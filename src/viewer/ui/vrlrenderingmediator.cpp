@@ -4,12 +4,14 @@
 #include <iostream>
 
 #include <QAction>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QMessageBox>
+#include <QScopeGuard>
 #include <QSettings>
 
 #include "document/export/stackexporter.h"
@@ -241,9 +243,9 @@ void VRLRenderingMediator::atEventBatchEnd() {
 
 void VRLRenderingMediator::goToStack(VRLStack& stack) {
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    const auto restore = qScopeGuard([] { QGuiApplication::restoreOverrideCursor(); });
     stack.updateReconstruction();
     setStack(stack);
-    QGuiApplication::restoreOverrideCursor();
 }
 
 void VRLRenderingMediator::setPreviousStack() {
