@@ -1,6 +1,7 @@
 #include "shell/vrlrootmediator.h"
 
 #include <algorithm>
+#include <memory>
 
 #include <QActionGroup>
 #include <QApplication>
@@ -35,6 +36,7 @@
 #include "shell/vrlrootwindow.h"
 #include "shell/widgets/blackwhitedoubleslider.h"
 #include "shell/widgets/vrlmenu.h"
+#include "viewer/ui/vrlrenderingwindow.h"
 #include "workspace/vrlrootsliceeditwidget.h"
 #include "workspace/vrlrootsliceeditwidgetmediator.h"
 #include "workspace/vrlsliceeditwidgetstatusbar.h"
@@ -51,7 +53,7 @@ public:
 
 /// Commands whose part of the program is not there yet.
 const QStringList futureCommands = {
-    "Display stack panorama", "Display overview", "Register",      "Reconstruct", "Find spots", "Normalize",
+    "Display stack panorama", "Display overview", "Register",      "Find spots", "Normalize",
     "Transfer models...",     "Filter models...", "Ombrel action1"};
 
 } // namespace
@@ -94,7 +96,7 @@ VRLRootMediator::VRLRootMediator(VRLRootWindow& window) : QObject(&window), __wi
     add("Select next slice", "up", "", "Next slice", [this] { setNextSlice(); });
     add("Select previous slice", "down", "", "Previous slice", [this] { setPreviousSlice(); });
     add("Register", "registration", "", "Align the slices of the stack", [] {});
-    add("Reconstruct", "threedimensions", "", "The models of the stack in space", [] {});
+    add("Reconstruct", "threedimensions", "", "The models of the stack in space", [this] { renderCurrentStack(); });
     add("Find spots", "", "", "Extract spots from the images of the stack", [] {});
     add("Normalize", "", "", "Bring several stacks into one frame", [] {});
     add("Transfer models...", "", "", "Copy or move models between stacks", [] {});
@@ -502,6 +504,18 @@ void VRLRootMediator::runAnalysis() {
         return;
     auto* window = new VRLAnalysisWindow; // deletes itself when it is closed
     window->setStack(*__stack);
+}
+
+void VRLRootMediator::renderCurrentStack() {
+    if (__stack == nullptr)
+        return;
+    guarded("Reconstruct", [this] {
+        const WaitCursor cursor;
+        auto window = std::make_unique<VRLRenderingWindow>();
+        __stack->updateReconstruction();
+        window->setStack(*__stack);
+        window.release()->show(); // deletes itself when it is closed
+    });
 }
 
 void VRLRootMediator::goTo(int position) {

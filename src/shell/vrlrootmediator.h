@@ -90,6 +90,7 @@ public slots:
     void runStackAnnotationDialog();
     void runSliceAnnotationDialog();
     void runPreferencesDialog();
+    void renderCurrentStack();
     void runAnalysis();
     void setFirstSlice();
     void setLastSlice();

@@ -34,6 +34,9 @@
 #include "shell/vrlrootstatusbar.h"
 #include "support/documentmaker.h"
 #include "support/modalscript.h"
+#include "viewer/ui/vrlrenderingmediator.h"
+#include "viewer/ui/vrlrenderingpaintergl.h"
+#include "viewer/ui/vrlrenderingwindow.h"
 #include "workspace/vrlrootsliceeditwidget.h"
 
 namespace {
@@ -111,6 +114,7 @@ protected:
 
 const QStringList allCommands = {"Save stack",
                                  "Save stack as...",
+                                 "Reconstruct",
                                  "Close stack",
                                  "Close all",
                                  "Undo",
@@ -192,7 +196,7 @@ TEST_F(VRLRootWindowTest, commandsFollowTheState) {
     EXPECT_TRUE(enabled("Save stack"));
     EXPECT_TRUE(window->isWindowModified());
     // Commands whose part of the program is still to come.
-    for (const char* text : {"Register", "Reconstruct", "Find spots", "Normalize"})
+    for (const char* text : {"Register", "Find spots", "Normalize"})
         EXPECT_FALSE(enabled(text)) << text;
     stack.setModified(false);
     trigger("Close stack");
@@ -331,7 +335,7 @@ TEST_F(VRLRootWindowTest, aLockedSliceLeavesOnlyItsOwnWindowAlive) {
     for (const char* text : {"Quit", "Select next slice", "Edit models...", "Save stack", "Open stack"})
         EXPECT_TRUE(enabled(text)) << text;
     EXPECT_FALSE(enabled("Select previous slice"));
-    EXPECT_FALSE(enabled("Reconstruct"));
+    EXPECT_TRUE(enabled("Reconstruct"));
     EXPECT_TRUE(window->browser().sliceList().isEnabled());
 }
 
@@ -441,4 +445,28 @@ TEST_F(VRLRootWindowTest, theLastWindowsCloseAsksAsQuitDoes) {
     user.thenClick("Ignore");
     window->close();
     EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 0);
+}
+
+TEST_F(VRLRootWindowTest, reconstructShowsTheModelsOfTheCurrentStack) {
+    VRLStack& one = open("one");
+    open("two");
+    mediator().setStack(one);
+    one.getSlice(1).setAbsolutePosition(500); // the reconstruction does not know yet
+    trigger("Reconstruct");
+    trigger("Reconstruct");
+    QList<QPointer<VRLRenderingWindow>> renderings;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* rendering = qobject_cast<VRLRenderingWindow*>(widget))
+            renderings += rendering;
+    ASSERT_EQ(renderings.size(), 2);
+    for (VRLRenderingWindow* rendering : renderings) {
+        EXPECT_TRUE(rendering->isVisible());
+        EXPECT_EQ(rendering->windowTitle(), "one");
+        ASSERT_EQ(rendering->getMediator().getPainters().size(), 1u);
+        EXPECT_EQ(rendering->getMediator().getPainters()[0]->boundingBox().min(2), 500);
+    }
+    renderings[0]->close();
+    trigger("Close stack");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(renderings[0] == nullptr && renderings[1] == nullptr);
 }

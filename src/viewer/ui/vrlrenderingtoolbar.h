@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QFrame>
+
+class QToolButton;
+
+/// The buttons above a rendering window's picture. Those of random rotation and video are shown and disabled.
+class VRLRenderingToolbar : public QFrame {
+    Q_OBJECT
+
+public:
+    explicit VRLRenderingToolbar(QWidget* parent = nullptr);
+
+public slots:
+    /// The video button does not stay down.
+    void recClicked();
+
+signals:
+    void homeClicked();
+    void snapshotClicked();
+    void randClicked();
+    void videoStartClicked();
+    void previousStackClicked();
+    void nextStackClicked();
+
+private:
+    QToolButton* __addButton(const QString& icon, const QString& toolTip, void (VRLRenderingToolbar::*signal)());
+
+    QToolButton* __videoButton;
+};
