@@ -50,6 +50,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::activate() {
     setMoveMode();
     __moveModeAction->setChecked(true);
     QGuiApplication::setOverrideCursor(Qt::PointingHandCursor);
+    canvas().setFocus();
     __toolBar->move(canvas().mapToGlobal(QPoint(10, 10)));
     __toolBar->show();
     getMediator().requestLock(true);

@@ -534,6 +534,54 @@ TEST_F(DrawingTest, anEditionEndsWithItsItemAndTakesADragBack) {
     EXPECT_EQ(slice->getNumItems(), 1);
 }
 
+TEST_F(DrawingTest, theEditionHasAMenuAndAToolWindowOfItsOwn) {
+    select(addItem(*polygon, *slice, square));
+    edition->activate();
+    QStringList texts;
+    QTimer::singleShot(0, [&] {
+        if (auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+            for (const QAction* each : menu->actions())
+                texts << each->text();
+            menu->actions()[1]->trigger();
+            menu->close();
+        }
+    });
+    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), canvas->mapToGlobal(QPoint(5, 5)));
+    QCoreApplication::sendEvent(canvas, &event);
+    EXPECT_EQ(texts, QStringList({"Move points", "Insert points", "Delete points", "", "End edition"}));
+    EXPECT_EQ(statusBar->getEditModeInfo(), "INSERT");
+    EXPECT_EQ(edition->getToolBar()->windowTitle(), "Vertex edition tools");
+    EXPECT_EQ(edition->getToolBar()->pos(), canvas->mapToGlobal(QPoint(10, 10)));
+    edition->getToolBar()->close();
+    EXPECT_FALSE(edition->isActive());
+    edition->activate();
+    EXPECT_EQ(statusBar->getEditModeInfo(), "MOVE");
+}
+
+TEST_F(DrawingTest, propertiesOfTheSelectedItemAreEditedInADialog) {
+    addItem(*polygon, *slice, square);
+    selection->editSelectionProperties(); // nothing is selected
+    selection->selectAllModelItems();
+    ModalScript script;
+    script.thenReject();
+    selection->editSelectionProperties();
+    EXPECT_EQ(script.seen.size(), 1u);
+}
+
+TEST_F(DrawingTest, anEditorMayGoWhileSomethingIsDrawn) {
+    auto* const second = new VRLSliceEditWidget;
+    second->initialize();
+    second->setImageServer(server);
+    second->setSlice(*slice);
+    second->getMediator().getCreationDelegate()->activate("Polygon");
+    EXPECT_NE(QGuiApplication::overrideCursor(), nullptr);
+    testing::internal::CaptureStderr();
+    delete second;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    ASSERT_TRUE(settle());
+}
+
 // Whatever the user does, undoing all of it leads back to the first document, and redoing it to the last.
 TEST_F(DrawingTest, allOfALongSessionIsUndone) {
     addItem(*polygon, *slice, square);
