@@ -1,13 +1,147 @@
 #include "workspace/vrlsliceeditwidgetmediator.h"
 
 #include <QContextMenuEvent>
-#include <QMenu>
+#include <QStatusBar>
 
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/stack.h"
+#include "document/stackslice.h"
+#include "models/guarded.h"
 #include "numerics/exception.h"
+#include "shell/session/vrlmodelevent.h"
+#include "shell/session/vrlmodelitemevent.h"
+#include "shell/session/vrlsliceevent.h"
+#include "shell/widgets/vrlmenu.h"
+#include "workspace/imageserver/vrlimageproxy.h"
 #include "workspace/vrlsliceeditwidgetcanvas.h"
+#include "workspace/vrlsliceeditwidgetmediatorcreationdelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatoreditiondelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorselectiondelegate.h"
 #include "workspace/vrlsliceeditwidgetstatusbar.h"
 
 VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget) : VRLSliceWidgetMediator(widget) {
+    __cancel = newCommand("Cancel", "Escape");
+    __cancel->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    __delete = newCommand("Delete", "Delete");
+    __editPoints = newCommand("Edit points", "E");
+    __decimate = newCommand("Decimate");
+    __douglasPeucker = newCommand("Decimate (Douglas-Peucker)");
+    __changeOrigin = newCommand("Change origin");
+    __resample = newCommand("Resample", "R");
+    __runSnake = newCommand("Run Snake", "S");
+    __smooth = newCommand("Smooth (Fourier)");
+    __selectAll = newCommand("Select all", "Ctrl+A");
+    __split = newCommand("Split contour");
+    __properties = newCommand("Properties...");
+    __cancel->setEnabled(true);
+    __selectAll->setEnabled(true);
+
+    __drawMenu = std::make_unique<QMenu>("Draw");
+    __manualMenu = new VRLMenu("Manual", __drawMenu.get());
+    __automaticMenu = new VRLMenu("Automatic", __drawMenu.get());
+    __drawMenu->addMenu(__manualMenu);
+    __drawMenu->addMenu(__automaticMenu);
+    __automaticMenu->setEnabled(false);
+    __editMenu = std::make_unique<QMenu>("Edit");
+    __editMenu->addActions({__properties, __editPoints, __decimate, __douglasPeucker, __resample, __changeOrigin,
+                            __split, __smooth, __runSnake});
+    __selectMenu = std::make_unique<VRLMenu>("Select");
+    __convertMenu = std::make_unique<VRLMenu>("Convert");
+}
+
+VRLSliceEditWidgetMediator::~VRLSliceEditWidgetMediator() {
+    endInteractions();
+    if (__selection != nullptr && __selection->isActive())
+        __selection->deactivate();
+}
+
+void VRLSliceEditWidgetMediator::initialize() {
+    getCanvas().addActions(
+        {__cancel, __delete, __editPoints, __changeOrigin, __resample, __runSnake, __smooth, __selectAll, __split});
+    __selection = new VRLSliceEditWidgetMediatorSelectionDelegate(*this); // children of this object
+    __creation = new VRLSliceEditWidgetMediatorCreationDelegate(*this);
+    __edition = new VRLSliceEditWidgetMediatorEditionDelegate(*this);
+    __edition->getToolBar()->QWidget::addAction(__cancel);
+    connect(__cancel, &QAction::triggered, this, [this] {
+        guarded(&getCanvas(), "The interaction cannot be ended.", [this] {
+            __selection->cancelSelection();
+            __creation->cancel();
+            __edition->cancel();
+        });
+    });
+    connectCommand(__delete, [this] { __selection->removeSelection(); });
+    connectCommand(__editPoints, [this] { __edition->activate(); });
+    connectCommand(__decimate, [this] { __selection->decimateSelection(); });
+    connectCommand(__selectAll, [this] { __selection->selectAllModelItems(); });
+    connectCommand(__properties, [this] { __selection->editSelectionProperties(); });
+    connectMenu(__manualMenu, [this](const QString& name) {
+        __selection->cancelSelection();
+        __creation->activate(name);
+    });
+    connectMenu(__selectMenu.get(), [this](const QString& name) { __selection->selectModelItems(name); });
+    connectMenu(__convertMenu.get(), [this](const QString& name) { __selection->convertSelection(name); });
+    selectionChange(StackSliceSelectionInfo());
+    VRLSliceWidgetMediator::initialize();
+}
+
+void VRLSliceEditWidgetMediator::clear() {
+    endInteractions();
+    if (__selection != nullptr && __selection->isActive())
+        __selection->deactivate();
+    VRLSliceWidgetMediator::clear();
+    selectionChange(StackSliceSelectionInfo());
+}
+
+void VRLSliceEditWidgetMediator::setSlice(StackSlice& slice) {
+    if (getSlice() != &slice)
+        endInteractions();
+    if (__selection != nullptr && !__selection->isActive())
+        __selection->activate();
+    VRLSliceWidgetMediator::setSlice(slice);
+    updateSelection();
+    const VRLSliceEditWidgetStatusBar* const statusBar = getStatusBar();
+    if (statusBar != nullptr && statusBar->currentMessage().isEmpty())
+        setRestingHint();
+}
+
+void VRLSliceEditWidgetMediator::sliceItemSelectionEvent(VRLSliceItemSelectionEvent& event) {
+    if (getSlice() != nullptr && event.getSlice() == getSlice())
+        selectionChange(event.getSelectionInfo());
+}
+
+void VRLSliceEditWidgetMediator::modelDeleteEvent(VRLModelDeleteEvent& event) {
+    VRLSliceWidgetMediator::modelDeleteEvent(event);
+    if (__creation != nullptr && __creation->getItem() != nullptr &&
+        __creation->getItem()->getModel() == event.getModel())
+        __creation->cancel();
+    if (__edition != nullptr && __edition->getItem() != nullptr && __edition->getItem()->getModel() == event.getModel())
+        __edition->itemGone(*__edition->getItem());
+    QMetaObject::invokeMethod(this, &VRLSliceEditWidgetMediator::updateSelection, Qt::QueuedConnection);
+}
+
+void VRLSliceEditWidgetMediator::modelItemCreateEvent(VRLModelItemCreateEvent& event) {
+    VRLSliceWidgetMediator::modelItemCreateEvent(event);
+    selectionMayHaveChanged(event.getItem());
+}
+
+void VRLSliceEditWidgetMediator::modelItemDeleteEvent(VRLModelItemDeleteEvent& event) {
+    VRLSliceWidgetMediator::modelItemDeleteEvent(event);
+    if (__edition != nullptr && event.getItem() != nullptr)
+        __edition->itemGone(*event.getItem());
+    selectionMayHaveChanged(event.getItem());
+}
+
+void VRLSliceEditWidgetMediator::modelItemVertexEvent(VRLModelItemVertexEvent& event) {
+    VRLSliceWidgetMediator::modelItemVertexEvent(event);
+    if (__edition != nullptr && event.getItem() != nullptr)
+        __edition->itemChanged(*event.getItem());
+    selectionMayHaveChanged(event.getItem());
+}
+
+void VRLSliceEditWidgetMediator::modelItemConvertEvent(VRLModelItemConvertEvent& event) {
+    VRLSliceWidgetMediator::modelItemConvertEvent(event);
+    selectionMayHaveChanged(event.getItem());
 }
 
 void VRLSliceEditWidgetMediator::setCanvas(VRLImageWidgetCanvas& canvas) {
@@ -41,11 +175,153 @@ void VRLSliceEditWidgetMediator::addContextualMenuAction(QAction* action) {
 }
 
 std::unique_ptr<QMenu> VRLSliceEditWidgetMediator::newContextMenu() {
+    refreshMenus();
     auto menu = std::make_unique<QMenu>();
+    for (QMenu* each : {__drawMenu.get(), __editMenu.get(), static_cast<QMenu*>(__selectMenu.get()),
+                        static_cast<QMenu*>(__convertMenu.get())})
+        menu->addMenu(each);
+    menu->addAction(__delete);
     for (const QPointer<QAction>& action : __contextualActions)
         if (action)
             menu->addAction(action);
     return menu;
+}
+
+void VRLSliceEditWidgetMediator::selectionChange(const StackSliceSelectionInfo& info) {
+    const bool some = !info.emptySelection();
+    const bool multiple = info.multipleSelection();
+    __editMenu->setEnabled(some);
+    __selectMenu->setEnabled(!some);
+    __convertMenu->setEnabled(info.homogeneousSelection());
+    __delete->setEnabled(some);
+    __decimate->setEnabled(some);
+    __editPoints->setEnabled(some && !multiple);
+    __properties->setEnabled(!multiple && info.selectionGeometry() != PolypointPrimitive);
+}
+
+void VRLSliceEditWidgetMediator::setHint(const QString& text) {
+    if (VRLSliceEditWidgetStatusBar* const statusBar = getStatusBar())
+        statusBar->showMessage(text);
+}
+
+void VRLSliceEditWidgetMediator::setRestingHint() {
+    setHint(getSlice() == nullptr || getImageProxy().isEmpty()
+                ? QString()
+                : "Click: select. Shift+click: select more. Drag: select vertices. Right click: draw and edit.");
+}
+
+QStringList VRLSliceEditWidgetMediator::buildSliceModelList() const {
+    QStringList names;
+    const StackSlice* const slice = getSlice();
+    for (int i = 0; slice != nullptr && i < slice->getNumItems(); ++i)
+        if (const Model* const model = slice->getItem(i).getModel())
+            names.append(QString::fromStdString(model->getName()));
+    names.sort();
+    names.removeDuplicates();
+    return names;
+}
+
+namespace {
+
+QStringList modelNames(const StackSlice* slice, const std::function<bool(const Model&)>& wanted) {
+    QStringList names;
+    const Stack* const stack = slice != nullptr ? slice->getStack() : nullptr;
+    for (int i = 0; stack != nullptr && i < stack->getNumModels(); ++i)
+        if (wanted(stack->getModel(i)))
+            names.append(QString::fromStdString(stack->getModel(i).getName()));
+    names.sort();
+    return names;
+}
+
+bool isOfGeometry(const Model& model, MPrimitive geometry) {
+    return model.getProperties().definesGeometry() && model.getProperties().getGeometry() == geometry;
+}
+
+} // namespace
+
+QStringList VRLSliceEditWidgetMediator::buildStackModelList() const {
+    return modelNames(getSlice(), [](const Model&) { return true; });
+}
+
+QStringList VRLSliceEditWidgetMediator::buildPolygonModelList() const {
+    return modelNames(getSlice(), [](const Model& model) { return isOfGeometry(model, PolygonPrimitive); });
+}
+
+QAction* VRLSliceEditWidgetMediator::newCommand(const QString& text, const QString& key) {
+    auto* const action = new QAction(text, this);
+    action->setShortcut(QKeySequence(key));
+    action->setShortcutContext(Qt::WidgetShortcut);
+    action->setEnabled(false);
+    return action;
+}
+
+void VRLSliceEditWidgetMediator::connectCommand(QAction* action, const std::function<void()>& work) {
+    connect(action, &QAction::triggered, this, [this, action, work] {
+        if (!isInteracting())
+            guarded(&getCanvas(), "\"" + action->text() + "\" cannot be carried out.", work);
+    });
+}
+
+void VRLSliceEditWidgetMediator::connectMenu(VRLMenu* menu, const std::function<void(const QString&)>& work) {
+    connect(menu, qOverload<const QString&>(&VRLMenu::triggered), this, [this, menu, work](const QString& name) {
+        if (!isInteracting())
+            guarded(&getCanvas(), "\"" + menu->title() + "\" cannot be carried out for the model \"" + name + "\".",
+                    [&] { work(name); });
+    });
+}
+
+// A "&" in a name is no mark of a key; the data hold the name as it is.
+void VRLSliceEditWidgetMediator::fill(QMenu& menu, const QStringList& names) {
+    menu.clear();
+    for (const QString& name : names) {
+        QString text = name;
+        text.replace("&", "&&");
+        menu.addAction(text)->setData(name);
+    }
+}
+
+void VRLSliceEditWidgetMediator::refreshMenus() {
+    fill(*__manualMenu, buildStackModelList());
+    __manualMenu->setEnabled(!__manualMenu->isEmpty());
+    fill(*__automaticMenu, buildPolygonModelList());
+    if (__selectMenu->isEnabled())
+        fill(*__selectMenu, buildSliceModelList());
+    if (!__convertMenu->isEnabled() || getSlice() == nullptr || getSlice()->getStack() == nullptr)
+        return;
+    fill(*__convertMenu, buildStackModelList());
+    StackSliceSelectionInfo info;
+    info.setSlice(getSlice());
+    const Stack& stack = *getSlice()->getStack();
+    for (QAction* action : __convertMenu->actions()) {
+        const int index = stack.findModel(action->data().toString().toStdString());
+        action->setEnabled(index >= 0 && isOfGeometry(stack.getModel(index), info.selectionGeometry()));
+    }
+}
+
+bool VRLSliceEditWidgetMediator::isInteracting() const {
+    return __creation->isActive() || __edition->isActive();
+}
+
+void VRLSliceEditWidgetMediator::endInteractions() {
+    if (__creation != nullptr)
+        __creation->cancel();
+    if (__edition != nullptr)
+        __edition->cancel();
+}
+
+// Once for many events.
+void VRLSliceEditWidgetMediator::selectionMayHaveChanged(const ModelItem* item) {
+    if (__selectionPending || getSlice() == nullptr || item == nullptr || item->getSlice() != getSlice())
+        return;
+    __selectionPending = true;
+    QMetaObject::invokeMethod(this, &VRLSliceEditWidgetMediator::updateSelection, Qt::QueuedConnection);
+}
+
+void VRLSliceEditWidgetMediator::updateSelection() {
+    __selectionPending = false;
+    StackSliceSelectionInfo info;
+    info.setSlice(getSlice());
+    selectionChange(info);
 }
 
 bool VRLSliceEditWidgetMediator::eventFilter(QObject* object, QEvent* event) {
@@ -61,8 +337,6 @@ void VRLSliceEditWidgetMediator::contextMenuEvent(QContextMenuEvent* event) {
     if (getSlice() == nullptr)
         return;
     const std::unique_ptr<QMenu> menu = newContextMenu();
-    if (menu->isEmpty())
-        return;
     event->accept();
     menu->exec(event->globalPos());
 }

@@ -155,8 +155,10 @@ TEST_F(ImageMediatorTest, disabledActionsStayDisabledWhenImagesArrive) {
     show(100, 100);
     widget->setActionsEnabled(false);
     showSlice(addSlice(fourCorners(40, 40)));
-    for (const QAction* each : canvas->actions())
-        EXPECT_FALSE(each->isEnabled()) << each->text().toStdString();
+    for (const QAction* each : canvas->actions()) {
+        const bool always = each->text() == "Cancel" || each->text() == "Select all";
+        EXPECT_EQ(each->isEnabled(), always) << each->text().toStdString();
+    }
     widget->setActionsEnabled(true);
     EXPECT_TRUE(action("Zoom in")->isEnabled());
 }
@@ -170,7 +172,7 @@ TEST_F(ImageMediatorTest, theToolBarHoldsTheCommandsInOrder) {
     EXPECT_EQ(texts,
               QStringList({"Zoom in", "Zoom out", "Best fit", "Scroll up", "Scroll right", "Scroll down", "Scroll left",
                            "Display images only", "Display items only", "Display images and items"}));
-    EXPECT_EQ(canvas->actions().size(), 12);
+    EXPECT_EQ(canvas->actions().size(), 12 + 9); // and those of the slice editor
 }
 
 TEST_F(ImageMediatorTest, imageTextsTellTypeAndSize) {
@@ -221,7 +223,7 @@ TEST_F(ImageMediatorTest, anImageThatCannotBeReadIsToldInViewAndStatusBar) {
     widget->setAllgroundMode();
     showSlice(good);
     EXPECT_EQ(canvas->getNotice(), "");
-    EXPECT_EQ(statusBar->currentMessage(), "");
+    EXPECT_FALSE(statusBar->currentMessage().contains("lost0.tif"));
     auto* bare = new StackSlice;
     bare->setName("bare");
     stack.addSlice(bare);

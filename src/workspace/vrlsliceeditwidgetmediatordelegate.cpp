@@ -1,0 +1,84 @@
+#include "workspace/vrlsliceeditwidgetmediatordelegate.h"
+
+#include <QGuiApplication>
+#include <QMessageBox>
+
+#include "document/stackslice.h"
+#include "shell/session/vrlaction.h"
+#include "shell/session/vrlactionhistory.h"
+#include "shell/session/vrlpreferences.h"
+#include "shell/session/vrlstack.h"
+#include "workspace/imageserver/vrlimageproxy.h"
+#include "workspace/vrlsliceeditwidgetcanvas.h"
+#include "workspace/vrlsliceeditwidgetmediator.h"
+#include "workspace/vrlsliceeditwidgetstatusbar.h"
+
+namespace {
+
+void runBox(QMessageBox::Icon icon, const QString& title, const QString& text, QWidget& parent) {
+    QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
+    QMessageBox box(icon, title, text, QMessageBox::Ok, &parent);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+    QGuiApplication::restoreOverrideCursor();
+}
+
+} // namespace
+
+VRLSliceEditWidgetMediatorDelegate::VRLSliceEditWidgetMediatorDelegate(VRLSliceEditWidgetMediator& mediator)
+    : VRLImageWidgetMediatorDelegate(mediator) {
+}
+
+VRLSliceEditWidgetMediator& VRLSliceEditWidgetMediatorDelegate::getMediator() const {
+    return static_cast<VRLSliceEditWidgetMediator&>(VRLImageWidgetMediatorDelegate::getMediator());
+}
+
+VRLSliceEditWidgetCanvas& VRLSliceEditWidgetMediatorDelegate::canvas() const {
+    return static_cast<VRLSliceEditWidgetCanvas&>(VRLImageWidgetMediatorDelegate::canvas());
+}
+
+StackSlice* VRLSliceEditWidgetMediatorDelegate::slice() const {
+    return canvas().getSlice();
+}
+
+VRLActionHistory* VRLSliceEditWidgetMediatorDelegate::history() const {
+    if (slice() == nullptr)
+        return nullptr;
+    const auto* const stack = dynamic_cast<VRLStack*>(slice()->getStack());
+    return stack != nullptr ? stack->history() : nullptr;
+}
+
+void VRLSliceEditWidgetMediatorDelegate::pushStep(VRLAction* action) const {
+    const VRLActionStep step(*history());
+    history()->push(action, false);
+}
+
+Vector<int> VRLSliceEditWidgetMediatorDelegate::imagePoint(const QPoint& position) const {
+    return canvas().convertToVectori(canvas().convertToImagePosition(position));
+}
+
+bool VRLSliceEditWidgetMediatorDelegate::isOnImage(const Vector<int>& point) const {
+    const VRLImageProxy& proxy = canvas().getImageProxy();
+    return !proxy.isEmpty() && QRect(QPoint(0, 0), proxy.getOriginalImageSize()).contains(point[0], point[1]);
+}
+
+float VRLSliceEditWidgetMediatorDelegate::clickTolerance() const {
+    return float(VRLPreferences::getClickTolerance() + int(1 / canvas().getZoomFactor()));
+}
+
+bool VRLSliceEditWidgetMediatorDelegate::acts() const {
+    return isActive() && canvas().isEnabled() && slice() != nullptr;
+}
+
+void VRLSliceEditWidgetMediatorDelegate::setEditMode(const QString& word) const {
+    if (VRLSliceEditWidgetStatusBar* const statusBar = getMediator().getStatusBar())
+        statusBar->setEditModeInfo(word);
+}
+
+void VRLSliceEditWidgetMediatorDelegate::warn(const QString& title, const QString& text) const {
+    runBox(QMessageBox::Warning, title, text, canvas());
+}
+
+void VRLSliceEditWidgetMediatorDelegate::inform(const QString& title, const QString& text) const {
+    runBox(QMessageBox::Information, title, text, canvas());
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "workspace/vrlimagewidgetmediatordelegate.h"
+
+class StackSlice;
+class VRLAction;
+class VRLActionHistory;
+class VRLSliceEditWidgetCanvas;
+class VRLSliceEditWidgetMediator;
+
+/// A way of working with the slice editor: knows its parts, the slice and the history that its changes go to.
+class VRLSliceEditWidgetMediatorDelegate : public VRLImageWidgetMediatorDelegate {
+    Q_OBJECT
+
+public:
+    explicit VRLSliceEditWidgetMediatorDelegate(VRLSliceEditWidgetMediator& mediator);
+
+    VRLSliceEditWidgetMediator& getMediator() const;
+
+protected:
+    VRLSliceEditWidgetCanvas& canvas() const;
+
+    /// The slice on the canvas; null without one.
+    StackSlice* slice() const;
+
+    /// The history of the slice's stack; null without a slice, and for a stack that keeps none.
+    VRLActionHistory* history() const;
+
+    /// Takes over the action, which has been applied, as a step of its own.
+    void pushStep(VRLAction* action) const;
+
+    /// The image pixel at a position of the canvas, which may lie outside of the image.
+    Vector<int> imagePoint(const QPoint& position) const;
+    bool isOnImage(const Vector<int>& point) const;
+
+    /// How far from an item a click may be, in image pixels.
+    float clickTolerance() const;
+
+    /// Whether the delegate is to act on input now.
+    bool acts() const;
+
+    /// Shows this word as the edit mode, where there is a status bar.
+    void setEditMode(const QString& word) const;
+
+    /// Runs a message box over the canvas, with the ordinary pointer.
+    void warn(const QString& title, const QString& text) const;
+    void inform(const QString& title, const QString& text) const;
+};

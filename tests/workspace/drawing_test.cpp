@@ -1,0 +1,715 @@
+#include "workspace/widgetfixture.h"
+
+#include <random>
+
+#include <QAction>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPointingDevice>
+#include <QRubberBand>
+#include <QTabletEvent>
+#include <QTimer>
+
+#include "document/stackwriter.h"
+#include "shell/session/vrlactionhistory.h"
+#include "shell/session/vrlmodelevent.h"
+#include "shell/session/vrlpreferences.h"
+#include "shell/session/vrlsliceevent.h"
+#include "support/eventrecorder.h"
+#include "support/modalscript.h"
+#include "workspace/vrlsliceeditwidgetmediatorcreationdelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatoreditiondelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorselectiondelegate.h"
+
+namespace {
+
+using Points = std::vector<std::pair<int, int>>;
+
+const Points square = {{50, 50}, {50, 100}, {100, 100}, {100, 50}}; // counter-clockwise as the document stores it
+
+} // namespace
+
+/// A canvas on which a position is an image pixel, with a model of each geometry.
+class DrawingTest : public WidgetTest {
+protected:
+    void SetUp() override {
+        VRLPreferences::enableAutoDecimation(false);
+        VRLPreferences::setClickTolerance(10);
+        show(300, 200);
+        slice = &addSlice(TestImages::ramp(300, 200, 8));
+        polygon = &addModel(stack, "Polygon");
+        other = &addModel(stack, "Other & more");
+        line = &addModel(stack, "Line", PolylinePrimitive);
+        dots = &addModel(stack, "Dots", PolypointPrimitive);
+        stack.setLastSegmentedSlice("slice"); // as every change of an item does, undone or not
+        showSlice(*slice);
+        ASSERT_EQ(canvas->getZoomFactor(), 1);
+        selection = mediator->getSelectionDelegate();
+        creation = mediator->getCreationDelegate();
+        edition = mediator->getEditionDelegate();
+        canvas->setFocus();
+    }
+
+    void TearDown() override {
+        VRLPreferences::enableAutoDecimation(false);
+        VRLPreferences::setClickTolerance(10);
+        widget->clear();
+        EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    }
+
+    bool mouse(QEvent::Type type, QPoint at, Qt::MouseButton button, Qt::MouseButtons buttons,
+               Qt::KeyboardModifiers modifiers = {}) {
+        QMouseEvent event(type, QPointF(at), canvas->mapToGlobal(QPointF(at)), button, buttons, modifiers);
+        event.ignore();
+        QCoreApplication::sendEvent(canvas, &event);
+        return event.isAccepted();
+    }
+    void press(QPoint at, Qt::KeyboardModifiers modifiers = {}) {
+        mouse(QEvent::MouseButtonPress, at, Qt::LeftButton, Qt::LeftButton, modifiers);
+    }
+    void drag(QPoint at) { mouse(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton); }
+    void release(QPoint at) { mouse(QEvent::MouseButtonRelease, at, Qt::LeftButton, Qt::NoButton); }
+    void click(QPoint at, Qt::KeyboardModifiers modifiers = {}) {
+        press(at, modifiers);
+        release(at);
+    }
+    void doubleClick(QPoint at) {
+        click(at);
+        mouse(QEvent::MouseButtonDblClick, at, Qt::LeftButton, Qt::LeftButton);
+        release(at);
+    }
+    void key(Qt::Key code) {
+        QKeyEvent event(QEvent::KeyPress, code, Qt::NoModifier);
+        QCoreApplication::sendEvent(canvas, &event);
+    }
+    void pen(QEvent::Type type, QPoint at, double pressure, QPointingDevice::PointerType kind) {
+        const QPointingDevice device("pen", 1, QInputDevice::DeviceType::Stylus, kind,
+                                     QInputDevice::Capability::Pressure, 1, 1);
+        QTabletEvent event(type, &device, QPointF(at), canvas->mapToGlobal(QPointF(at)), pressure, 0, 0, 0, 0, 0,
+                           Qt::NoModifier, Qt::LeftButton, Qt::LeftButton);
+        QCoreApplication::sendEvent(canvas, &event);
+    }
+    void draw(const Points& points) {
+        for (const auto& [x, y] : points)
+            click(QPoint(x, y));
+    }
+    Points drawn() const {
+        return creation->getItem() != nullptr ? coordinates(creation->getItem()->getVertices()) : Points();
+    }
+    static Points verticesOf(const ModelItem& item) { return coordinates(item.getVertices()); }
+    std::string text() { return StackWriter().toText(stack, folder.path()); }
+    VRLActionHistory& history() { return *stack.history(); }
+    int undoAll() {
+        int n = 0;
+        for (; history().isUndoable(); ++n)
+            history().undo();
+        return n;
+    }
+    /// The operation is this many steps of the history, which lead back to the document before and on to that after.
+    void expectSteps(int steps, const std::function<void()>& operation) {
+        history().clear();
+        const std::string before = text();
+        operation();
+        const std::string after = text();
+        EXPECT_EQ(undoAll(), steps);
+        EXPECT_EQ(text(), before);
+        for (int i = 0; i < steps; ++i)
+            history().redo();
+        EXPECT_EQ(text(), after);
+        EXPECT_EQ(steps == 0, before == after);
+    }
+    void select(ModelItem& item) {
+        item.getSelection().set(true);
+        selectionChanged();
+    }
+    void selectionChanged() {
+        StackSliceSelectionInfo info;
+        info.setSlice(slice);
+        mediator->selectionChange(info);
+    }
+    void selectSome(ModelItem& item, const std::vector<int>& vertices) {
+        item.getSelection().set(false);
+        for (const int i : vertices)
+            item.getSelection().set(true, i, false);
+        selectionChanged();
+    }
+    QAction& entry(QMenu& menu, const QString& title) {
+        for (QAction* candidate : menu.actions())
+            if (candidate->text() == title)
+                return *candidate;
+        throw std::runtime_error("no entry " + title.toStdString());
+    }
+    void choose(const QString& menuTitle, const QString& subTitle, const QString& name) {
+        const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
+        QMenu* sub = entry(*menu, menuTitle).menu();
+        if (!subTitle.isEmpty())
+            sub = entry(*sub, subTitle).menu();
+        entry(*sub, name).trigger();
+    }
+
+    StackSlice* slice = nullptr;
+    Model* polygon = nullptr;
+    Model* other = nullptr;
+    Model* line = nullptr;
+    Model* dots = nullptr;
+    VRLSliceEditWidgetMediatorSelectionDelegate* selection = nullptr;
+    VRLSliceEditWidgetMediatorCreationDelegate* creation = nullptr;
+    VRLSliceEditWidgetMediatorEditionDelegate* edition = nullptr;
+};
+
+TEST_F(DrawingTest, aContourIsDrawnByClicksDragsAndPenAndStoredCounterClockwise) {
+    QSignalSpy locks(mediator, &VRLSliceEditWidgetMediator::lockRequested);
+    expectSteps(1, [&] {
+        choose("Draw", "Manual", "Polygon");
+        EXPECT_EQ(statusBar->getEditModeInfo(), "CREATE");
+        ASSERT_EQ(canvas->getExtraItem(), creation->getItem());
+        EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::CrossCursor);
+        press(QPoint(50, 50));
+        drag(QPoint(50, 50)); // the same pixel once
+        drag(QPoint(60, 50));
+        release(QPoint(60, 50));
+        mouse(QEvent::MouseMove, QPoint(70, 50), Qt::NoButton, Qt::NoButton);
+        mouse(QEvent::MouseButtonPress, QPoint(70, 50), Qt::MiddleButton, Qt::MiddleButton);
+        const auto pencil = QPointingDevice::PointerType::Pen;
+        pen(QEvent::TabletPress, QPoint(100, 50), 0.25, pencil);
+        pen(QEvent::TabletPress, QPoint(100, 50), 0.5, QPointingDevice::PointerType::Eraser);
+        EXPECT_EQ(drawn(), (Points{{50, 50}, {60, 50}}));
+        pen(QEvent::TabletPress, QPoint(100, 50), 0.26, pencil);
+        pen(QEvent::TabletMove, QPoint(100, 80), 0.26, pencil);
+        pen(QEvent::TabletMove, QPoint(100, 90), 0.2, pencil);
+        press(QPoint(400, 90)); // outside of the image
+        key(Qt::Key_A);         // kept, without effect
+        doubleClick(QPoint(100, 100));
+    });
+    ASSERT_EQ(slice->getNumItems(), 1);
+    EXPECT_EQ(verticesOf(slice->getItem(0)).size(), 5u);
+    EXPECT_FALSE(slice->getItem(0).isClockwise());
+    EXPECT_FALSE(creation->isActive());
+    EXPECT_EQ(canvas->getExtraItem(), nullptr);
+    EXPECT_EQ(statusBar->getEditModeInfo(), "READY");
+    ASSERT_EQ(locks.count(), 2);
+    EXPECT_TRUE(locks[0][0].toBool());
+    EXPECT_FALSE(locks[1][0].toBool());
+}
+
+TEST_F(DrawingTest, keysTakeBackGiveUpAndFinish) {
+    creation->activate("Line");
+    key(Qt::Key_Backspace); // nothing to take back
+    EXPECT_TRUE(creation->isActive());
+    draw({{10, 10}, {20, 20}});
+    QCursor::setPos(canvas->mapToGlobal(QPoint(40, 44)));
+    key(Qt::Key_X);
+    EXPECT_EQ(drawn(), (Points{{10, 10}, {20, 20}, {40, 44}}));
+    key(Qt::Key_Backspace);
+    key(Qt::Key_Backspace);
+    EXPECT_EQ(drawn(), (Points{{10, 10}}));
+    key(Qt::Key_Backspace);
+    EXPECT_FALSE(creation->isActive());
+    EXPECT_EQ(canvas->getExtraItem(), nullptr);
+
+    expectSteps(1, [&] {
+        creation->activate("Line");
+        draw({{10, 10}, {20, 20}});
+        key(Qt::Key_Return);
+    });
+    EXPECT_EQ(verticesOf(slice->getItem(0)), (Points{{10, 10}, {20, 20}}));
+
+    expectSteps(0, [&] {
+        creation->activate("Line");
+        draw({{10, 10}, {20, 20}});
+        action("Cancel")->trigger();
+        EXPECT_FALSE(creation->isActive());
+        creation->activate("Line");
+        draw({{10, 10}});
+        mouse(QEvent::MouseButtonPress, QPoint(5, 5), Qt::RightButton, Qt::RightButton);
+        EXPECT_FALSE(creation->isActive());
+        // The menu of that press does not come up.
+        QContextMenuEvent menu(QContextMenuEvent::Mouse, QPoint(5, 5), canvas->mapToGlobal(QPoint(5, 5)));
+        QCoreApplication::sendEvent(canvas, &menu);
+        EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+        creation->activate("Line");
+        key(Qt::Key_Return); // an empty item
+        EXPECT_FALSE(creation->isActive());
+        creation->activate("no such model");
+        EXPECT_FALSE(creation->isActive());
+    });
+}
+
+TEST_F(DrawingTest, contoursOfTooFewVerticesAreRefused) {
+    ModalScript script;
+    script.thenClick("OK");
+    script.thenClick("OK");
+    expectSteps(0, [&] {
+        creation->activate("Polygon");
+        draw({{10, 10}});
+        doubleClick(QPoint(20, 20));
+        EXPECT_FALSE(creation->isActive());
+        creation->activate("Line");
+        draw({{10, 10}});
+        key(Qt::Key_Return);
+        EXPECT_FALSE(creation->isActive());
+    });
+    EXPECT_EQ(slice->getNumItems(), 0);
+    EXPECT_EQ(script.seen,
+              (std::vector<std::string>{
+                  "User error: Cannot create a closed contour with less than 3 points.\n\nCreation canceled.",
+                  "User error: Cannot create an open contour with less than 2 points.\n\nCreation canceled."}));
+}
+
+TEST_F(DrawingTest, pointsGoToTheSetThatLooksTheSame) {
+    ModelItem& special = addItem(*dots, *slice, {{5, 5}});
+    special.getProperties().setColor(1, 2, 3);
+    const auto drawPoints = [&](const Points& points) {
+        creation->activate("Dots");
+        press(QPoint(points[0].first, points[0].second));
+        drag(QPoint(150, 150)); // points are not drawn by dragging
+        draw(points);
+        key(Qt::Key_Return);
+    };
+    expectSteps(1, [&] { drawPoints({{10, 10}}); });
+    expectSteps(1, [&] { drawPoints({{30, 30}, {40, 40}}); });
+    ASSERT_EQ(slice->getNumItems(), 2);
+    EXPECT_EQ(verticesOf(slice->getItem(1)), (Points{{10, 10}, {30, 30}, {40, 40}}));
+    EXPECT_EQ(verticesOf(special), (Points{{5, 5}}));
+}
+
+TEST_F(DrawingTest, automaticDecimationDropsStraightRunsOnly) {
+    VRLPreferences::enableAutoDecimation(true);
+    const auto drawOne = [&](const QString& model, const Points& points) {
+        creation->activate(model);
+        draw(points);
+        key(Qt::Key_Return);
+        return verticesOf(slice->getItem(slice->getNumItems() - 1));
+    };
+    EXPECT_EQ(drawOne("Polygon", {{50, 50}, {50, 70}, {50, 100}, {100, 100}, {100, 50}}).size(), 4u);
+    EXPECT_EQ(drawOne("Line", {{10, 10}, {20, 10}, {30, 10}}).size(), 3u); // would fall to two
+}
+
+TEST_F(DrawingTest, drawingEndsWithItsModelAndItsSlice) {
+    creation->activate("Other & more");
+    draw({{10, 10}});
+    VRLModelDeleteEvent event(other);
+    mediator->notifyEvent(event);
+    EXPECT_FALSE(creation->isActive());
+    creation->activate("Polygon");
+    draw({{10, 10}});
+    showSlice(addSlice(TestImages::ramp(300, 200, 8)));
+    EXPECT_FALSE(creation->isActive());
+    creation->activate("Polygon");
+    widget->clear();
+    EXPECT_FALSE(creation->isActive());
+    EXPECT_FALSE(selection->isActive());
+    EXPECT_EQ(canvas->getExtraItem(), nullptr);
+}
+
+TEST_F(DrawingTest, clicksToggleAndWithoutShiftDeselectTheRest) {
+    ModelItem& contour = addItem(*polygon, *slice, square);
+    ModelItem& open = addItem(*line, *slice, {{150, 50}, {200, 50}});
+    ModelItem& points = addItem(*dots, *slice, {{150, 150}, {200, 150}});
+    EventRecorder recorder;
+    click(QPoint(75, 100));
+    EXPECT_TRUE(contour.getSelection().isComplete());
+    EXPECT_EQ(recorder.take(), (std::vector<std::string>{"itemSelect", "sliceItemSelection"}));
+    click(QPoint(175, 60), Qt::ShiftModifier); // at the tolerance
+    EXPECT_TRUE(contour.getSelection().isComplete());
+    EXPECT_TRUE(open.getSelection().isComplete());
+    click(QPoint(250, 20), Qt::ShiftModifier);
+    EXPECT_TRUE(open.getSelection().isComplete());
+    click(QPoint(151, 151));
+    EXPECT_TRUE(contour.getSelection().isEmpty());
+    EXPECT_TRUE(open.getSelection().isEmpty());
+    EXPECT_TRUE(points.getSelection().isSelected(0));
+    click(QPoint(199, 151));
+    EXPECT_FALSE(points.getSelection().isSelected(0));
+    click(QPoint(150, 150), Qt::ShiftModifier);
+    EXPECT_TRUE(points.getSelection().isComplete());
+    click(QPoint(250, 20));
+    EXPECT_TRUE(points.getSelection().isEmpty());
+    recorder.take();
+    click(QPoint(250, 20)); // nothing changes
+    EXPECT_TRUE(recorder.take().empty());
+    EXPECT_FALSE(history().isUndoable());
+    VRLPreferences::setClickTolerance(3);
+    click(QPoint(175, 55));
+    EXPECT_TRUE(open.getSelection().isEmpty());
+}
+
+TEST_F(DrawingTest, aBoxTogglesTheVerticesInIt) {
+    ModelItem& contour = addItem(*polygon, *slice, square);
+    const auto dragBox = [&](QPoint from, QPoint to) {
+        press(from, Qt::ShiftModifier);
+        drag((from + to) / 2);
+        drag(to);
+        EXPECT_NE(canvas->findChild<QRubberBand*>(), nullptr);
+        release(to);
+        EXPECT_EQ(canvas->findChild<QRubberBand*>(), nullptr);
+    };
+    dragBox(QPoint(120, 120), QPoint(75, 30)); // the right half, backwards
+    EXPECT_EQ(contour.getSelection().getSize(), 2);
+    EXPECT_TRUE(contour.getSelection().isSelected(2));
+    EXPECT_TRUE(contour.getSelection().isSelected(3));
+    dragBox(QPoint(30, 120), QPoint(120, 75)); // the lower half
+    EXPECT_TRUE(contour.getSelection().isSelected(1));
+    EXPECT_FALSE(contour.getSelection().isSelected(2));
+    EXPECT_FALSE(mouse(QEvent::MouseButtonRelease, QPoint(5, 5), Qt::LeftButton, Qt::NoButton));
+    action("Cancel")->trigger();
+    EXPECT_TRUE(contour.getSelection().isEmpty());
+}
+
+TEST_F(DrawingTest, commandsAndMenusFollowTheSelection) {
+    ModelItem& contour = addItem(*polygon, *slice, square);
+    ModelItem& points = addItem(*dots, *slice, {{150, 150}, {200, 150}});
+    const auto state = [&] {
+        QTest::qWait(0);
+        const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
+        QString enabled;
+        for (const QString title : {"Draw", "Edit", "Select", "Convert", "Delete"})
+            enabled += entry(*menu, title).isEnabled() ? title.left(1) + title.right(1) + " " : QString();
+        enabled += action("Edit points")->isEnabled() ? "points " : "";
+        enabled += entry(*entry(*menu, "Edit").menu(), "Properties...").isEnabled() ? "properties " : "";
+        for (const QString tool : {"Resample", "Run Snake", "Split contour", "Change origin", "Smooth (Fourier)"})
+            EXPECT_FALSE(action(tool)->isEnabled());
+        return enabled.trimmed();
+    };
+    EXPECT_EQ(state(), "Dw St properties");
+    choose("Select", "", "Polygon");
+    EXPECT_TRUE(contour.getSelection().isComplete());
+    EXPECT_EQ(state(), "Dw Et Ct De points properties");
+    {
+        const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
+        QMenu& convert = *entry(*menu, "Convert").menu();
+        EXPECT_TRUE(entry(convert, "Other && more").isEnabled());
+        EXPECT_FALSE(entry(convert, "Line").isEnabled());
+    }
+    selection->selectAllModelItems();
+    EXPECT_TRUE(points.getSelection().isComplete());
+    EXPECT_EQ(state(), "Dw Et De");
+    selection->cancelSelection();
+    selection->selectModelItems("Dots");
+    EXPECT_EQ(state(), "Dw Et Ct De points");
+    expectSteps(1, [&] { action("Delete")->trigger(); });
+    history().undo();
+    EXPECT_EQ(mediator->buildSliceModelList(), QStringList({"Dots", "Polygon"}));
+    EXPECT_EQ(mediator->buildStackModelList(), QStringList({"Dots", "Line", "Other & more", "Polygon"}));
+    EXPECT_EQ(mediator->buildPolygonModelList(), QStringList({"Other & more", "Polygon"}));
+}
+
+TEST_F(DrawingTest, deletionIsOneStepAndRefusesTooFewVertices) {
+    ModelItem& kept = addItem(*polygon, *slice, square);
+    ModelItem& shortened = addItem(*polygon, *slice, {{150, 50}, {150, 100}, {200, 100}, {200, 50}});
+    ModelItem& whole = addItem(*line, *slice, {{10, 10}, {20, 20}});
+    selectSome(kept, {0, 1});
+    selectSome(shortened, {3});
+    select(whole);
+    ModalScript script;
+    script.thenClick("OK");
+    expectSteps(1, [&] { selection->removeSelection(); });
+    EXPECT_EQ(verticesOf(kept), square);
+    EXPECT_EQ(shortened.getSize(), 3);
+    EXPECT_EQ(slice->getNumItems(), 2);
+    EXPECT_EQ(script.seen[0],
+              "Vertex suppresion: Polygon:\n\nCould not remove selected vertices since this would leave "
+              "only 2 vertices on the contour (the minimum number of vertices per contour is 3 in this "
+              "model).");
+}
+
+TEST_F(DrawingTest, decimationAndConversionAreOneStep) {
+    ModelItem& straight = addItem(*line, *slice, {{10, 10}, {20, 10}, {30, 10}, {30, 40}});
+    ModelItem& contour = addItem(*polygon, *slice, square);
+    ModelItem& points = addItem(*dots, *slice, {{1, 1}, {2, 2}, {3, 3}});
+    for (ModelItem* item : {&straight, &contour, &points})
+        select(*item);
+    ModalScript script;
+    script.thenClick("OK");
+    expectSteps(1, [&] { selection->decimateSelection(); });
+    EXPECT_EQ(straight.getSize(), 3);
+    EXPECT_EQ(points.getSize(), 3);
+    EXPECT_EQ(script.seen[0], "Contour decimation: Line\n\nRemoved 1 vertices out of 4 (25%)");
+    straight.getSelection().set(false);
+    points.getSelection().set(false);
+    selectionChanged();
+    expectSteps(1, [&] { choose("Convert", "", "Other && more"); });
+    EXPECT_EQ(contour.getModel(), other);
+    select(contour);
+    expectSteps(0, [&] { selection->convertSelection("Other & more"); });
+}
+
+TEST_F(DrawingTest, verticesAreMovedInsertedAndDeletedInStepsOfTheirOwn) {
+    ModelItem& contour = addItem(*polygon, *slice, square);
+    edition->activate();
+    EXPECT_FALSE(edition->isActive()); // nothing is selected
+    select(contour);
+    QSignalSpy locks(mediator, &VRLSliceEditWidgetMediator::lockRequested);
+    VRLPreferences::setClickTolerance(30);
+    edition->activate();
+    edition->activate();
+    EXPECT_EQ(statusBar->getEditModeInfo(), "MOVE");
+    EXPECT_TRUE(edition->getToolBar()->isVisible());
+    expectSteps(0, [&] {
+        press(QPoint(50, 61)); // too far whatever the preference
+        drag(QPoint(10, 10));
+        release(QPoint(10, 10));
+        press(QPoint(52, 52)); // no move
+        release(QPoint(52, 52));
+    });
+    VRLPreferences::setClickTolerance(10);
+    expectSteps(1, [&] {
+        press(QPoint(55, 58));
+        drag(QPoint(40, 40));
+        drag(QPoint(30, 30));
+        release(QPoint(30, 30));
+    });
+    EXPECT_EQ(verticesOf(contour)[0], std::make_pair(30, 30));
+    edition->setInsertMode();
+    expectSteps(1, [&] {
+        click(QPoint(75, 103));
+        click(QPoint(250, 150)); // off the contour
+    });
+    EXPECT_EQ(verticesOf(contour)[2], std::make_pair(75, 103));
+    edition->setDeleteMode();
+    EXPECT_EQ(statusBar->getEditModeInfo(), "DELETE");
+    ModalScript script;
+    script.thenClick("OK");
+    expectSteps(2, [&] {
+        press(QPoint(30, 30));
+        drag(QPoint(150, 150));
+        drag(QPoint(75, 103));
+        drag(QPoint(100, 100)); // three are left
+    });
+    EXPECT_EQ(contour.getSize(), 3);
+    EXPECT_EQ(script.seen[0],
+              "Warning: You cannot remove any vertex from this contour.\n\nReason: cannot make a closed "
+              "contour with less than 3 vertices.");
+    action("Cancel")->trigger();
+    EXPECT_FALSE(edition->isActive());
+    EXPECT_FALSE(edition->getToolBar()->isVisible());
+    EXPECT_EQ(statusBar->getEditModeInfo(), "");
+    EXPECT_EQ(locks.count(), 2);
+}
+
+TEST_F(DrawingTest, editionRefusesTheLastVerticesOfLinesAndPointsAndInsertsPointsAnywhere) {
+    ModelItem& open = addItem(*line, *slice, {{10, 10}, {60, 10}});
+    ModelItem& points = addItem(*dots, *slice, {{150, 150}});
+    ModalScript script;
+    for (ModelItem* item : {&open, &points}) {
+        select(*item);
+        edition->activate();
+        EXPECT_EQ(edition->getItem(), item);
+        edition->setDeleteMode();
+        script.thenClick("OK");
+        press(QPoint(item->getVertices()[0][0], item->getVertices()[0][1]));
+        if (item == &points) {
+            edition->setInsertMode();
+            expectSteps(1, [&] { click(QPoint(20, 190)); });
+            EXPECT_EQ(verticesOf(points)[1], std::make_pair(20, 190));
+        }
+        edition->deactivate();
+    }
+    ASSERT_EQ(script.seen.size(), 2u);
+    EXPECT_EQ(script.seen[0], "Warning: You cannot remove any vertex from this contour.\n\nReason: cannot make an open "
+                              "contour with less than 2 vertices.");
+    EXPECT_EQ(script.seen[1], "Warning: You cannot remove this vertex.\n\nReason: it is the last one.");
+}
+
+TEST_F(DrawingTest, anEditionEndsWithItsItemAndTakesADragBack) {
+    ModelItem& contour = addItem(*polygon, *slice, square);
+    select(contour);
+    expectSteps(0, [&] {
+        edition->activate();
+        press(QPoint(50, 50));
+        drag(QPoint(20, 20));
+        edition->cancel();
+    });
+    EXPECT_EQ(verticesOf(contour), square);
+    edition->activate();
+    press(QPoint(50, 50));
+    drag(QPoint(20, 20));
+    selection->removeSelection();
+    EXPECT_FALSE(edition->isActive());
+    drag(QPoint(30, 30));
+    release(QPoint(30, 30));
+    history().undo();
+    EXPECT_EQ(slice->getNumItems(), 1);
+}
+
+TEST_F(DrawingTest, theEditionHasAMenuAndAToolWindowOfItsOwn) {
+    select(addItem(*polygon, *slice, square));
+    edition->activate();
+    QStringList texts;
+    QTimer::singleShot(0, [&] {
+        if (auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+            for (const QAction* each : menu->actions())
+                texts << each->text();
+            menu->actions()[1]->trigger();
+            menu->close();
+        }
+    });
+    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), canvas->mapToGlobal(QPoint(5, 5)));
+    QCoreApplication::sendEvent(canvas, &event);
+    EXPECT_EQ(texts, QStringList({"Move points", "Insert points", "Delete points", "", "End edition"}));
+    EXPECT_EQ(statusBar->getEditModeInfo(), "INSERT");
+    EXPECT_EQ(edition->getToolBar()->windowTitle(), "Vertex edition tools");
+    EXPECT_EQ(edition->getToolBar()->pos(), canvas->mapToGlobal(QPoint(10, 10)));
+    edition->getToolBar()->close();
+    EXPECT_FALSE(edition->isActive());
+    edition->activate();
+    EXPECT_EQ(statusBar->getEditModeInfo(), "MOVE");
+}
+
+TEST_F(DrawingTest, propertiesOfTheSelectedItemAreEditedInADialog) {
+    addItem(*polygon, *slice, square);
+    selection->editSelectionProperties(); // nothing is selected
+    selection->selectAllModelItems();
+    ModalScript script;
+    script.thenReject();
+    selection->editSelectionProperties();
+    EXPECT_EQ(script.seen.size(), 1u);
+}
+
+TEST_F(DrawingTest, anEditorMayGoWhileSomethingIsDrawn) {
+    auto* const second = new VRLSliceEditWidget;
+    second->initialize();
+    second->setImageServer(server);
+    second->setSlice(*slice);
+    second->getMediator().getCreationDelegate()->activate("Polygon");
+    EXPECT_NE(QGuiApplication::overrideCursor(), nullptr);
+    testing::internal::CaptureStderr();
+    delete second;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    ASSERT_TRUE(settle());
+}
+
+// Whatever the user does, undoing all of it leads back to the first document, and redoing it to the last.
+TEST_F(DrawingTest, allOfALongSessionIsUndone) {
+    addItem(*polygon, *slice, square);
+    addItem(*dots, *slice, {{150, 150}, {200, 150}});
+    addItem(*line, *slice, {{150, 50}, {200, 50}, {220, 70}});
+    const std::string first = text();
+    QTimer closer; // boxes are closed as they come
+    closer.setInterval(0);
+    QObject::connect(&closer, &QTimer::timeout, [] {
+        if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+            box->accept();
+    });
+    closer.start();
+    std::mt19937 random(20260717);
+    const auto below = [&random](int n) { return int(random() % unsigned(n)); };
+    const QString models[] = {"Polygon", "Other & more", "Line", "Dots"};
+    for (int i = 0; i < 2000; ++i) {
+        const QPoint at(below(300), below(200));
+        switch (below(16)) {
+        case 0:
+            if (!creation->isActive() && !edition->isActive())
+                choose("Draw", "Manual", QString(models[below(4)]).replace("&", "&&"));
+            break;
+        case 1:
+            key(Qt::Key_Return);
+            break;
+        case 2:
+            key(Qt::Key_Backspace);
+            break;
+        case 3:
+            if (below(4) == 0)
+                action("Cancel")->trigger();
+            break;
+        case 4:
+            if (below(6) == 0)
+                action("Delete")->trigger();
+            break;
+        case 5:
+            action("Edit points")->trigger();
+            break;
+        case 6:
+            if (below(4) == 0)
+                action("Select all")->trigger();
+            break;
+        case 7:
+            if (!creation->isActive() && !edition->isActive())
+                selection->convertSelection(
+                    models[slice->getSelectedItem() != nullptr && slice->getSelectedItem()->isConnected() ? below(3)
+                                                                                                          : below(4)]);
+            break;
+        case 8:
+            if (!creation->isActive() && !edition->isActive())
+                selection->decimateSelection();
+            break;
+        case 9: {
+            void (VRLSliceEditWidgetMediatorEditionDelegate::*const modes[])() = {
+                &VRLSliceEditWidgetMediatorEditionDelegate::setMoveMode,
+                &VRLSliceEditWidgetMediatorEditionDelegate::setInsertMode,
+                &VRLSliceEditWidgetMediatorEditionDelegate::setDeleteMode};
+            if (edition->isActive())
+                (edition->*modes[below(3)])();
+            break;
+        }
+        case 10:
+            press(at);
+            drag(at + QPoint(below(40), below(40)));
+            release(at);
+            break;
+        case 11:
+            if (below(8) == 0 && !creation->isActive() && !edition->isActive())
+                below(2) == 0 ? history().undo() : history().redo();
+            break;
+        default:
+            if (slice->getNumItems() > 0 && below(2) == 0) {
+                const ModelItem& item = slice->getItem(below(slice->getNumItems()));
+                if (item.getSize() > 0) {
+                    const Vector<int>& vertex = item.getVertices()[below(item.getSize())];
+                    click(QPoint(vertex[0], vertex[1]), below(2) == 0 ? Qt::ShiftModifier : Qt::NoModifier);
+                    break;
+                }
+            }
+            click(at, below(2) == 0 ? Qt::ShiftModifier : Qt::NoModifier);
+            break;
+        }
+        QCoreApplication::processEvents();
+    }
+    action("Cancel")->trigger();
+    const std::string last = text();
+    const int steps = undoAll();
+    EXPECT_GT(steps, 50);
+    EXPECT_EQ(text(), first);
+    while (history().isRedoable())
+        history().redo();
+    EXPECT_EQ(text(), last);
+}
+
+TEST_F(DrawingTest, shortcutsWorkOnTheCanvas) {
+    addItem(*polygon, *slice, square);
+    window.activateWindow();
+    if (!QTest::qWaitForWindowActive(&window, 2000))
+        GTEST_SKIP() << "no active windows on this display";
+    canvas->setFocus();
+    QTest::keyClick(canvas, Qt::Key_A, Qt::ControlModifier);
+    EXPECT_NE(slice->getSelectedItem(), nullptr);
+    QTest::keyClick(canvas, Qt::Key_E);
+    EXPECT_TRUE(edition->isActive());
+    QTest::keyClick(canvas, Qt::Key_Delete); // not while the edition runs
+    EXPECT_EQ(slice->getNumItems(), 1);
+    edition->cancel();
+    QTest::keyClick(canvas, Qt::Key_Delete);
+    EXPECT_EQ(slice->getNumItems(), 0);
+}
+
+// An item in the making is painted; VORLEN_SCREENSHOT names a file for the window.
+TEST_F(DrawingTest, whatIsBeingDrawnIsSeen) {
+    window.resize(1150, 300);
+    polygon->getItemProperties().setColor(0, 255, 0);
+    polygon->getItemProperties().setLineWidth(3);
+    addItem(*dots, *slice, {{220, 40}, {250, 90}});
+    select(addItem(*line, *slice, {{150, 150}, {200, 120}, {280, 160}}));
+    const QRgb before = picture().pixel(75, 50);
+    EXPECT_TRUE(statusBar->currentMessage().contains("Click: select"));
+    creation->activate("Polygon");
+    EXPECT_TRUE(statusBar->currentMessage().contains("Escape"));
+    draw({{50, 50}, {100, 50}, {120, 90}, {60, 120}});
+    QTest::qWait(60);
+    EXPECT_FALSE(isNear(before, qRgb(0, 255, 0), 60));
+    EXPECT_TRUE(isNear(picture().pixel(75, 50), qRgb(0, 255, 0), 60));
+    if (qEnvironmentVariableIsSet("VORLEN_SCREENSHOT"))
+        window.grab().save(qEnvironmentVariable("VORLEN_SCREENSHOT"));
+}
