@@ -194,12 +194,13 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
     unsigned long long total = 0;
     const char* cursor = text->data();
     const char* const end = cursor + text->size();
+    const std::string outlineKeyword = getString(MODELITEMDATA); // tokens only look at their text
     std::string statement;
     Tokens tokens;
     while (true) {
         const char* const start = cursor;
         if (scanOutline(cursor, end)) {
-            tokens.assign(1, getString(MODELITEMDATA));
+            tokens.assign(1, outlineKeyword);
             total += static_cast<unsigned long long>(cursor - start);
         } else {
             readItemString(cursor, end, statement);
