@@ -36,20 +36,13 @@
 #include "shell/vrlrootwindow.h"
 #include "shell/widgets/blackwhitedoubleslider.h"
 #include "shell/widgets/vrlmenu.h"
+#include "shell/widgets/waitcursor.h"
 #include "viewer/ui/vrlrenderingwindow.h"
 #include "workspace/vrlrootsliceeditwidget.h"
 #include "workspace/vrlrootsliceeditwidgetmediator.h"
 #include "workspace/vrlsliceeditwidgetstatusbar.h"
 
 namespace {
-
-class WaitCursor {
-public:
-    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
-    WaitCursor(const WaitCursor&) = delete;
-    WaitCursor& operator=(const WaitCursor&) = delete;
-};
 
 /// Commands whose part of the program is not there yet.
 const QStringList futureCommands = {

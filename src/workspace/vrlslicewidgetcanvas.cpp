@@ -11,6 +11,7 @@
 #include "document/model.h"
 #include "document/modelitem.h"
 #include "document/stackslice.h"
+#include "workspace/converter/itemlook.h"
 
 namespace {
 
@@ -19,21 +20,6 @@ constexpr float greatestLength = 16384;
 
 float sensible(float length) {
     return length > 0 ? std::min(length, greatestLength) : 0.0f;
-}
-
-ModelItemProperties lookOf(const ModelItem& item) {
-    ModelItemProperties look;
-    look.setDefaults();
-    if (item.getModel() != nullptr)
-        look.update(item.getModel()->getItemProperties());
-    look.update(item.getProperties());
-    return look;
-}
-
-MPrimitive geometryOf(const ModelItem& item) {
-    const Model* model = item.getModel();
-    return model != nullptr && model->getProperties().definesGeometry() ? model->getProperties().getGeometry()
-                                                                        : PolylinePrimitive;
 }
 
 QColor colorOf(const ModelItemProperties& look) {

@@ -1,8 +1,5 @@
 #include "reconstruction/ui/analysistext.h"
 
-#include <QCursor>
-#include <QGuiApplication>
-
 #include "document/stack.h"
 #include "numerics/exception.h"
 
@@ -15,12 +12,4 @@ QString headerWithUnit(const QString& name, const Stack& stack, int power) {
 
 QString failureText(const Exception& failure) {
     return "Not available: the measurement failed. " + QString::fromStdString(failure.getWhat());
-}
-
-WaitCursor::WaitCursor() {
-    QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
-}
-
-WaitCursor::~WaitCursor() {
-    QGuiApplication::restoreOverrideCursor();
 }

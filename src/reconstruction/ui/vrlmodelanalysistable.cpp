@@ -7,6 +7,7 @@
 #include "reconstruction/modelmorphometry.h"
 #include "reconstruction/ui/analysistext.h"
 #include "shell/session/vrlstack.h"
+#include "shell/widgets/waitcursor.h"
 
 VRLModelAnalysisTable::VRLModelAnalysisTable(QWidget* parent) : VRLTableWidget(parent) {
     setSelectionMode(QAbstractItemView::ContiguousSelection);

@@ -8,6 +8,7 @@
 #include "reconstruction/modelitemgeometry.h"
 #include "reconstruction/ui/analysistext.h"
 #include "shell/session/vrlstack.h"
+#include "shell/widgets/waitcursor.h"
 
 namespace {
 

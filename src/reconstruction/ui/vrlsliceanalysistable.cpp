@@ -8,6 +8,7 @@
 #include "document/modelitem.h"
 #include "reconstruction/ui/analysistext.h"
 #include "shell/session/vrlstack.h"
+#include "shell/widgets/waitcursor.h"
 
 VRLSliceAnalysisTable::VRLSliceAnalysisTable(QWidget* parent) : VRLTableWidget(parent) {
     setSelectionMode(QAbstractItemView::ContiguousSelection);

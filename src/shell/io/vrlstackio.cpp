@@ -25,16 +25,9 @@
 #include "shell/session/vrlsliceinsertiondeletionaction.h"
 #include "shell/session/vrlstack.h"
 #include "shell/session/vrlstackserver.h"
+#include "shell/widgets/waitcursor.h"
 
 namespace {
-
-class WaitCursor {
-public:
-    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
-    WaitCursor(const WaitCursor&) = delete;
-    WaitCursor& operator=(const WaitCursor&) = delete;
-};
 
 const QSize fileDialogSize(400, 300);
 

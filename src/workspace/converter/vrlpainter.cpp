@@ -9,24 +9,9 @@
 
 #include "document/model.h"
 #include "document/modelitem.h"
+#include "workspace/converter/itemlook.h"
 
 namespace {
-
-/// The look of an item: its own, then its model's, then the defaults.
-ModelItemProperties lookOf(const ModelItem& item) {
-    ModelItemProperties look;
-    look.setDefaults();
-    if (item.getModel() != nullptr)
-        look.update(item.getModel()->getItemProperties());
-    look.update(item.getProperties());
-    return look;
-}
-
-MPrimitive geometryOf(const ModelItem& item) {
-    const Model* model = item.getModel();
-    return model != nullptr && model->getProperties().definesGeometry() ? model->getProperties().getGeometry()
-                                                                        : PolylinePrimitive;
-}
 
 /// A size of the document in whole picture pixels, at least 1. Sizes that are no number or beyond all screens count as
 /// the nearest sensible one.
