@@ -40,6 +40,10 @@ public:
     std::string path(const QString& name) const;
     std::vector<std::string> files() const;
 
+    /// The directory of the output options, made when it is missing; nothing, and a word about it on the standard error
+    /// stream, when it cannot be made.
+    std::optional<std::string> outputDirectory() const;
+
     /// A finite number, or a whole number, from a range with both ends; nothing, and a word about it on the standard
     /// error stream, when the value is no such number.
     std::optional<double> number(const QString& name, double lowest, double highest) const;

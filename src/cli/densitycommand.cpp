@@ -287,11 +287,7 @@ int densityCommand(const QStringList& arguments) {
     // A map without one of its patterns would be another map.
     if (status != ExitGood)
         return status;
-    std::error_code error;
-    std::filesystem::create_directories(line.path("output"), error);
-    if (error) {
-        std::cerr << "vorlen-cli: cannot make the directory " << line.path("output") << ": " << error.message() << '\n';
+    if (!line.outputDirectory())
         return ExitFileError;
-    }
     return guarded("map the density", [&] { return mapDensity(job); });
 }

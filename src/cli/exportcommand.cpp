@@ -1,7 +1,6 @@
 #include "cli/commands.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 
 #include "cli/commandline.h"
@@ -67,20 +66,16 @@ int exportCommand(const QStringList& arguments) {
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
 
-    const std::string directory = line.path("output");
-    std::error_code error;
-    std::filesystem::create_directories(directory, error);
-    if (error) {
-        std::cerr << "vorlen-cli: cannot make the directory " << directory << ": " << error.message() << '\n';
+    const std::optional<std::string> directory = line.outputDirectory();
+    if (!directory)
         return ExitFileError;
-    }
     int status = ExitGood;
     for (const std::string& name : line.files()) {
         const StackFile file(name);
         status = std::max(status, file.report());
         if (file.isOpened())
             status = std::max(status, guarded("export " + name,
-                                              [&] { return exportStack(file, directory, line.isSet("overwrite")); }));
+                                              [&] { return exportStack(file, *directory, line.isSet("overwrite")); }));
     }
     return status;
 }

@@ -165,12 +165,8 @@ int isosurfaceCommand(const QStringList& arguments) {
 
     const Request request = {*level, !line.isSet("open"), line.isSet("calibrated"), line.isSet("overwrite"),
                              line.path("output")};
-    std::error_code error;
-    std::filesystem::create_directories(request.directory, error);
-    if (error) {
-        std::cerr << "vorlen-cli: cannot make the directory " << request.directory << ": " << error.message() << '\n';
+    if (!line.outputDirectory())
         return ExitFileError;
-    }
     int status = ExitGood;
     for (const std::string& file : line.files())
         status = std::max(status, guarded("make the surface of " + file, [&] { return writeSurface(file, request); }));

@@ -339,12 +339,8 @@ int normalizeCommand(const QStringList& arguments) {
     if (line.files().size() < 2)
         return line.usageError("a normalization needs at least two stacks");
 
-    std::error_code error;
-    std::filesystem::create_directories(request.directory, error);
-    if (error) {
-        complain("cannot make the directory " + request.directory + ": " + error.message());
+    if (!line.outputDirectory())
         return ExitFileError;
-    }
     if (!request.overwrite && FileInfo::fileExists(request.directory + "/summary.html")) {
         complain("there is a normalization in " + request.directory + " already; --overwrite replaces it");
         return ExitFileError;

@@ -119,20 +119,16 @@ int registerCommand(const QStringList& arguments) {
     line.addFlag("invert", "Take dark parts for the tissue: for sections on a white ground.");
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
-    const std::string directory = line.path("output");
-    std::error_code error;
-    std::filesystem::create_directories(directory, error);
-    if (error) {
-        std::cerr << "vorlen-cli: cannot make the directory " << directory << ": " << error.message() << '\n';
+    const std::optional<std::string> directory = line.outputDirectory();
+    if (!directory)
         return ExitFileError;
-    }
     int status = ExitGood;
     for (const std::string& name : line.files()) {
         StackFile file(name);
         status = std::max(status, file.report());
         if (file.isOpened())
             status = std::max(status, guarded("register " + name, [&] {
-                                  return registerStack(file, directory, line.isSet("overwrite"), line.isSet("invert"));
+                                  return registerStack(file, *directory, line.isSet("overwrite"), line.isSet("invert"));
                               }));
     }
     return status;
