@@ -1,7 +1,6 @@
 #include "workspace/vrlsliceeditwidgetmediatorsnakedelegate.h"
 
 #include <algorithm>
-#include <optional>
 #include <vector>
 
 #include <QApplication>
@@ -25,18 +24,22 @@ using Delegate = VRLSliceEditWidgetMediatorSnakeDelegate;
 
 namespace {
 
+const char* const runningHint = "The snake is running. Escape: stop it.";
 constexpr int maxIterations = 5000;
 constexpr unsigned int stepsPerPicture = 5;
 constexpr unsigned int stepsOfTravel = 500;
-constexpr int pictureMilliseconds = 40;
-constexpr int pauseMilliseconds = 50;
+constexpr qint64 millisecondsOfTravel = 3000;
+constexpr qint64 shortestRest = 40; // milliseconds
 
-/// Keeps all input but Escape from the application as long as it lives. Releases pass, which end presses from before.
+/// Keeps all input but Escape from the application as long as it lives, except to its modal windows. Releases pass,
+/// which end presses from before.
 class EscapeOnly : public QObject {
 public:
     explicit EscapeOnly(ProgressSubject& subject) : __subject(subject) { qApp->installEventFilter(this); }
 
     bool eventFilter(QObject*, QEvent* event) override {
+        if (QApplication::activeModalWidget() != nullptr)
+            return false;
         switch (event->type()) {
         case QEvent::KeyPress:
         case QEvent::ShortcutOverride:
@@ -89,13 +92,15 @@ Curve<float> reduced(const Vertices<int>& vertices, float scale) {
 /// What lasts from the first slice of a run to its end.
 class VRLSliceEditWidgetMediatorSnakeDelegate::Run {
 public:
-    explicit Run(Delegate& delegate) : __delegate(&delegate), __history(delegate.history()) {
+    explicit Run(Delegate& delegate) : __delegate(&delegate), __history(delegate.history()), __input(delegate) {
         delegate.__driver.reset();
         delegate.__snake = std::make_unique<Snake<float, float>>();
         delegate.__history = __history;
         delegate.__numSlices = 1;
         delegate.__numSlicesDone = 0;
         delegate.__numContours = 0;
+        delegate.__outcome.clear();
+        delegate.__sinceStart.start();
         delegate.__sincePause.start();
         delegate.notifyStarted("Running snake...");
         __history->openStep();
@@ -118,6 +123,7 @@ public:
 private:
     QPointer<Delegate> __delegate;
     QPointer<VRLActionHistory> __history;
+    EscapeOnly __input;
     WaitCursor __cursor;
 };
 
@@ -148,16 +154,11 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::activate() {
             deactivate();
         throw;
     }
-    if (!self)
+    if (!self || !isActive())
         return;
-    const bool overStack = __item != nullptr && __numSlices > 1;
-    if (isActive())
-        deactivate();
-    if (overStack)
-        getMediator().setHint(QString("%1 on %2 of %3 slices.")
-                                  .arg(__driver.isCanceled() ? "The snake was stopped: contours" : "Snake: contours")
-                                  .arg(__numContours)
-                                  .arg(__numSlices));
+    deactivate();
+    if (!__outcome.isEmpty())
+        getMediator().setHint(__outcome);
 }
 
 void VRLSliceEditWidgetMediatorSnakeDelegate::deactivate() {
@@ -184,13 +185,17 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::abandon() {
 }
 
 void VRLSliceEditWidgetMediatorSnakeDelegate::subjectStarted(const std::string& text) {
-    if (!__snakeConfig.getRunOverStack())
-        ProgressProxy::subjectStarted(text);
+    if (__snakeConfig.getRunOverStack())
+        return;
+    ProgressProxy::subjectStarted(text);
+    getMediator().setHint(runningHint);
 }
 
 void VRLSliceEditWidgetMediatorSnakeDelegate::subjectFinished(const std::string& text) {
-    if (!__snakeConfig.getRunOverStack())
-        ProgressProxy::subjectFinished(text);
+    if (__snakeConfig.getRunOverStack())
+        return;
+    __outcome = QString::fromStdString(text) + ".";
+    ProgressProxy::subjectFinished(text);
 }
 
 void VRLSliceEditWidgetMediatorSnakeDelegate::subjectProgressed(const std::string&) {
@@ -199,18 +204,29 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::subjectProgressed(const std::strin
 void VRLSliceEditWidgetMediatorSnakeDelegate::subjectProgressed(unsigned int current, unsigned int total) {
     ProgressProxy::subjectProgressed(__numSlicesDone * total + current, __numSlices * total);
     if (__snakeConfig.getRunOverStack()) {
-        if (__sincePause.elapsed() < pauseMilliseconds)
-            return;
-        QCoreApplication::processEvents();
-        __sincePause.start();
+        if (isPauseDue())
+            pause();
     } else if (current > 0 && current % stepsPerPicture == 0) {
         updateSnakeItem();
-        if (current <= stepsOfTravel || __sincePause.elapsed() >= pictureMilliseconds) {
+        if (isPauseDue() || (current <= stepsOfTravel && __sinceStart.elapsed() < millisecondsOfTravel)) {
             canvas().update();
-            __sincePause.start();
+            pause();
+        } else {
+            QCoreApplication::processEvents();
         }
-        QCoreApplication::processEvents();
     }
+}
+
+bool VRLSliceEditWidgetMediatorSnakeDelegate::isPauseDue() const {
+    return __sincePause.elapsed() >= __rest;
+}
+
+/// Lets events pass, and rests then so that pictures take a fifth of the time at most.
+void VRLSliceEditWidgetMediatorSnakeDelegate::pause() {
+    __sincePause.start();
+    QCoreApplication::processEvents();
+    __rest = std::max(shortestRest, 4 * __sincePause.elapsed());
+    __sincePause.start();
 }
 
 // The dialogs have event loops of their own, in which this object and the item may go.
@@ -219,12 +235,12 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::run() {
     __numSlices = 1;
     if (!initSnakeConfig())
         return;
+    getMediator().setHint(runningHint);
     const Run run(*this);
     Curve<float> curve = reduced(__item->getVertices(), float(__snakeConfig.getScale()));
     if (__snakeConfig.getRunOverStack()) {
         runOverStack(curve);
     } else {
-        getMediator().setHint("The snake is running. Escape: stop it.");
         runOverSlice(*__item->getSlice(), curve);
     }
 }
@@ -295,15 +311,18 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::initPixelMatrix(const StackSlice& 
 
 void VRLSliceEditWidgetMediatorSnakeDelegate::runOverSlice(StackSlice& slice, Curve<float>& curve) {
     const bool overStack = __snakeConfig.getRunOverStack();
-    std::optional<EscapeOnly> input(std::in_place, *this);
     __snakeItem = std::make_unique<ModelItem>();
     __snakeItem->setModel(__item->getModel());
     __snakeItem->setSlice(&slice);
     bool failed = false;
     if (overStack) {
         notifyProgressed("Running snake on slice " + slice.getName() + "...");
-        QCoreApplication::processEvents();
-        __sincePause.start();
+        getMediator().setHint(QString("Running snake on slice %1 (%2 of %3). Escape: stop, and keep what is done.")
+                                  .arg(QString::fromStdString(slice.getName()))
+                                  .arg(__numSlicesDone + 1)
+                                  .arg(__numSlices));
+        if (isPauseDue())
+            pause();
         if (__driver.isCanceled())
             return dropSnakeItem();
         try {
@@ -326,8 +345,8 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverSlice(StackSlice& slice, Cu
             failed = true;
         }
     }
-    input.reset();
     if (__driver.isCanceled() || failed) {
+        __outcome = failed ? "The snake has aborted." : "The snake was stopped.";
         if (failed && !overStack && !__driver.isCanceled()) {
             const QPointer<Delegate> self(this);
             alarm("Snake", "The snake has aborted. Suggestions:\n- change the original contour;\n- change the snake "
@@ -361,10 +380,6 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverStack(const Curve<float>& c
         Curve<float> work = curve;
         for (int i = first; i != end && !__driver.isCanceled(); i += step) {
             work.detach();
-            getMediator().setHint(QString("The snake is running on slice %1 of %2. Escape: stop it and keep the "
-                                          "contours that are done.")
-                                      .arg(__numSlicesDone + 1)
-                                      .arg(__numSlices));
             runOverSlice(stack.getSlice(i), work);
             if (!__snakeConfig.isPropagationEnabled())
                 work = curve;
@@ -373,6 +388,10 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverStack(const Curve<float>& c
     };
     runAlong(rank, lower - 1, -1);
     runAlong(rank + 1, upper + 1, 1);
+    __outcome = QString("%1 on %2 of %3 slices.")
+                    .arg(__driver.isCanceled() ? "The snake was stopped: contours" : "Snake: contours")
+                    .arg(__numContours)
+                    .arg(__numSlices);
 }
 
 /// A question given up counts as one answered with the value that it begins with.

@@ -26,12 +26,13 @@ class QDialog;
 /// done: windows stay open, commands do not start, and files cannot be dropped.
 ///
 /// Decisions. Both ways over a range begin with the user's own contour. On a single slice the first 500 steps, in which
-/// the contour travels, are shown each in its turn; later ones, which often change nothing, as often as the eye can
-/// follow. On a range the steps count as parts of the whole run, so that the monitors tell how far it is, and its
-/// slices are named without the beginnings and ends of each; the status bar tells at last on how many slices there is a
-/// contour. A slice whose image cannot be read stays without one, as one on which the snake fails. A single slice's
-/// image that cannot be read is told with the file's name. Image and edge map are held during the run only. A run whose
-/// slice, model or item goes away ends without a trace on it.
+/// the contour travels, are shown every fifth in its turn, for up to three seconds; later ones, which often change
+/// nothing, as often as the eye can follow and the pictures take a fifth of the time. On a range the steps count as
+/// parts of the whole run, so that the monitors tell how far it is, and its slices are named without the beginnings and
+/// ends of each. The status bar tells what became of the run, on a range on how many slices there is a contour. A slice
+/// of a range whose image cannot be read stays without one, as one on which the snake fails; a single slice's image
+/// that cannot be read is told with the file's name. Image and edge map are held during the run only. A run whose
+/// slice, model or item goes away ends without a trace.
 class VRLSliceEditWidgetMediatorSnakeDelegate : public VRLSliceEditWidgetMediatorDelegate, public ProgressProxy {
     Q_OBJECT
 
@@ -72,6 +73,8 @@ private:
     bool execute(QDialog& dialog);
     void updateSnakeItem();
     void dropSnakeItem();
+    bool isPauseDue() const;
+    void pause();
 
     ModelItem* __item = nullptr;
     std::unique_ptr<ModelItem> __snakeItem;
@@ -81,7 +84,10 @@ private:
     std::unique_ptr<Snake<float, float>> __snake; // of the run
     QPointer<VRLActionHistory> __history;         // of the run
     QPointer<QDialog> __dialog;                   // that is open
-    QElapsedTimer __sincePause;                   // since events were processed, or a picture was asked for
+    QString __outcome;                            // of the run, for the user
+    QElapsedTimer __sinceStart;
+    QElapsedTimer __sincePause; // for events
+    qint64 __rest = 0;          // until the next pause, in milliseconds
     unsigned int __numSlices = 1;
     unsigned int __numSlicesDone = 0;
     int __numContours = 0;
