@@ -96,10 +96,8 @@ public:
         delegate.__driver.reset();
         delegate.__snake = std::make_unique<Snake<float, float>>();
         delegate.__history = __history;
-        delegate.__numSlices = 1;
         delegate.__numSlicesDone = 0;
         delegate.__numContours = 0;
-        delegate.__outcome.clear();
         delegate.__sinceStart.start();
         delegate.__sincePause.start();
         delegate.notifyStarted("Running snake...");
@@ -231,18 +229,17 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::pause() {
 
 // The dialogs have event loops of their own, in which this object and the item may go.
 void VRLSliceEditWidgetMediatorSnakeDelegate::run() {
-    const QPointer<Delegate> self(this);
     __numSlices = 1;
+    __outcome.clear();
     if (!initSnakeConfig())
         return;
     getMediator().setHint(runningHint);
     const Run run(*this);
     Curve<float> curve = reduced(__item->getVertices(), float(__snakeConfig.getScale()));
-    if (__snakeConfig.getRunOverStack()) {
+    if (__snakeConfig.getRunOverStack())
         runOverStack(curve);
-    } else {
+    else
         runOverSlice(*__item->getSlice(), curve);
-    }
 }
 
 bool VRLSliceEditWidgetMediatorSnakeDelegate::initSnakeConfig() {
@@ -317,10 +314,10 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverSlice(StackSlice& slice, Cu
     bool failed = false;
     if (overStack) {
         notifyProgressed("Running snake on slice " + slice.getName() + "...");
-        getMediator().setHint(QString("Running snake on slice %1 (%2 of %3). Escape: stop, and keep what is done.")
-                                  .arg(QString::fromStdString(slice.getName()))
+        getMediator().setHint(QString("Slice %1 of %2 (%3). Escape: stop, keep what is done.")
                                   .arg(__numSlicesDone + 1)
-                                  .arg(__numSlices));
+                                  .arg(__numSlices)
+                                  .arg(QString::fromStdString(slice.getName())));
         if (isPauseDue())
             pause();
         if (__driver.isCanceled())
@@ -346,7 +343,7 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverSlice(StackSlice& slice, Cu
         }
     }
     if (__driver.isCanceled() || failed) {
-        __outcome = failed ? "The snake has aborted." : "The snake was stopped.";
+        __outcome = __driver.isCanceled() ? "The snake was stopped." : "The snake has aborted.";
         if (failed && !overStack && !__driver.isCanceled()) {
             const QPointer<Delegate> self(this);
             alarm("Snake", "The snake has aborted. Suggestions:\n- change the original contour;\n- change the snake "

@@ -393,6 +393,17 @@ TEST_F(SnakeToolTest, aRangeIsRunDownwardsAndThenUpwardsFromTheUsersContourAsOne
     acceptRange(2, false);
     runSnake();
     EXPECT_EQ(newRadii(), (Radii{{}, {20}, {70}, {70}, {20}, {50}, {}}));
+
+    // One that has none begins with the slices of the run before.
+    model = &addModel(stack, "Another");
+    addCircle(stack.getSlice(3), centreX, centreY, 40);
+    script.then([&](QWidget& dialog) {
+        EXPECT_TRUE(checkBox(dialog, "Run on every slice").isChecked());
+        EXPECT_FALSE(checkBox(dialog, "Use propagation").isChecked());
+        EXPECT_EQ(control<QDoubleSpinBox>(dialog, "Threshold").value(), 7);
+        ModalScript::click(dialog, "Cancel");
+    });
+    runSnake();
 }
 
 TEST_F(SnakeToolTest, aRangeTakesAllSlicesAndASliceThatFailsIsPassedOver) {
