@@ -18,25 +18,26 @@ namespace {
 constexpr int width = 320, height = 240;
 constexpr double centreX = 160, centreY = 120;
 
-/// Rings about the centre: the level changes by 60 at each radius, over about a pixel.
-Image rings(const std::vector<double>& radii, int depth = 8, int channel = 0) {
-    Image image(width, height, depth);
+/// Rings about the middle: the level changes by 60 at each radius, over about a pixel. The size is divided by scale.
+Image rings(const std::vector<double>& radii, int scale = 1, int depth = 8, int channel = 0) {
+    Image image(width / scale, height / scale, depth);
     image.clear();
     const int bytes = image.bytesPerPixel();
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
+    for (int y = 0; y < image.getHeight(); ++y)
+        for (int x = 0; x < image.getWidth(); ++x) {
             double value = 40;
             for (const double radius : radii)
-                value += 60 * std::clamp(std::hypot(x - centreX, y - centreY) - radius + 0.5, 0.0, 1.0);
+                value += 60 * std::clamp(std::hypot(x - centreX / scale, y - centreY / scale) - radius + 0.5, 0.0, 1.0);
             image.getPixels()[y][bytes * x + channel] = static_cast<unsigned char>(std::lround(value));
         }
     return image;
 }
 
 double meanRadius(const ModelItem& item) {
+    const double x = item.getSlice()->width() / 2, y = item.getSlice()->height() / 2;
     double sum = 0;
     for (int i = 0; i < item.getSize(); ++i)
-        sum += std::hypot(item.getVertices()[i][0] - centreX, item.getVertices()[i][1] - centreY);
+        sum += std::hypot(item.getVertices()[i][0] - x, item.getVertices()[i][1] - y);
     return sum / item.getSize();
 }
 
@@ -63,13 +64,14 @@ protected:
         return slice;
     }
 
-    /// Slices s0 to s6. Those from s1 to s3 lead outwards from a contour of radius 40, s4 and s5 inwards.
+    /// Slices s0 to s6, of half the size. A contour of radius 22 lies between two edges on s1, s4 and s5, and nearer
+    /// to the inner one on s1 and s4.
     void addRange() {
-        const std::vector<std::vector<double>> radii = {{70}, {20, 70}, {70}, {70}, {20, 70}, {20, 50}, {70}};
+        const std::vector<std::vector<double>> radii = {{40}, {10, 40}, {40}, {40}, {10, 40}, {10, 30}, {40}};
         for (std::size_t i = 0; i < radii.size(); ++i)
-            addSlice(rings(radii[i]), std::string{'s', char('0' + i)});
+            addSlice(rings(radii[i], 2), std::string{'s', char('0' + i)});
         showSlice(stack.getSlice(3));
-        addCircle(stack.getSlice(3), centreX, centreY, 40);
+        addCircle(stack.getSlice(3), centreX / 2, centreY / 2, 22);
     }
 
     std::vector<std::string> slicesHeard() const {
@@ -248,14 +250,14 @@ TEST_F(SnakeToolTest, colourImagesAndReducedOnesGiveTheSameContour) {
         int depth, channel, scale;
     };
     for (const Case& each : {Case{24, 1, 1}, Case{24, 2, 1}, Case{24, 0, 2}, Case{8, 0, 3}}) {
-        StackSlice& slice = showDisc(rings({60}, each.depth, each.channel));
-        addCircle(slice, centreX, centreY, 80);
+        StackSlice& slice = showDisc(rings({40}, 2, each.depth, each.channel));
+        addCircle(slice, centreX / 2, centreY / 2, 50);
         acceptParameters([&](QWidget& dialog) { control<QSpinBox>(dialog, "Scale").setValue(each.scale); });
         runSnake();
         ASSERT_EQ(slice.getNumItems(), 2) << each.channel;
-        EXPECT_NEAR(meanRadius(slice.getItem(1)), 60, 1 + each.scale) << each.channel << " " << each.scale;
+        EXPECT_NEAR(meanRadius(slice.getItem(1)), 40, 1 + each.scale) << each.channel << " " << each.scale;
         // The vertices are those of the reduced image, whose spacing is a pixel of it.
-        EXPECT_NEAR(slice.getItem(1).getSize() * each.scale, 377, 25) << each.channel << " " << each.scale;
+        EXPECT_NEAR(slice.getItem(1).getSize() * each.scale, 251, 20) << each.channel << " " << each.scale;
     }
 }
 
@@ -364,9 +366,9 @@ TEST_F(SnakeToolTest, aRangeIsRunDownwardsAndThenUpwardsFromTheUsersContourAsOne
     runSnake();
     const std::string after = text();
     EXPECT_EQ(slicesHeard(), (std::vector<std::string>{"s3...", "s2...", "s1...", "s4...", "s5..."}));
-    // From 40 the contour goes to 70 on s3 and stays there down to s1; upwards it goes from 40 to 20, and stays.
+    // From 22 the contour goes to 40 on s3 and stays there down to s1; upwards it goes from 22 to 10, and stays.
     using Radii = std::vector<std::vector<int>>;
-    EXPECT_EQ(newRadii(), (Radii{{}, {70}, {70}, {70}, {20}, {20}, {}}));
+    EXPECT_EQ(newRadii(), (Radii{{}, {40}, {40}, {40}, {10}, {10}, {}}));
     EXPECT_EQ(statusBar->currentMessage(), "Snake: contours on 5 of 5 slices.");
     // The monitors hear of one task.
     EXPECT_EQ(watch.heard[0], "started Running snake...");
@@ -383,7 +385,7 @@ TEST_F(SnakeToolTest, aRangeIsRunDownwardsAndThenUpwardsFromTheUsersContourAsOne
     EXPECT_EQ(text(), after);
     history().undo();
 
-    // A model that has parameters begins with a single slice. Without propagation each slice begins with 40.
+    // A model that has parameters begins with a single slice. Without propagation each slice begins with 22.
     script.then([&](QWidget& dialog) {
         EXPECT_FALSE(checkBox(dialog, "Run on every slice").isChecked());
         EXPECT_FALSE(checkBox(dialog, "Use propagation").isEnabled());
@@ -392,11 +394,11 @@ TEST_F(SnakeToolTest, aRangeIsRunDownwardsAndThenUpwardsFromTheUsersContourAsOne
     runSnake();
     acceptRange(2, false);
     runSnake();
-    EXPECT_EQ(newRadii(), (Radii{{}, {20}, {70}, {70}, {20}, {50}, {}}));
+    EXPECT_EQ(newRadii(), (Radii{{}, {10}, {40}, {40}, {10}, {30}, {}}));
 
     // One that has none begins with the slices of the run before.
     model = &addModel(stack, "Another");
-    addCircle(stack.getSlice(3), centreX, centreY, 40);
+    addCircle(stack.getSlice(3), centreX / 2, centreY / 2, 22);
     script.then([&](QWidget& dialog) {
         EXPECT_TRUE(checkBox(dialog, "Run on every slice").isChecked());
         EXPECT_FALSE(checkBox(dialog, "Use propagation").isChecked());
@@ -409,7 +411,7 @@ TEST_F(SnakeToolTest, aRangeIsRunDownwardsAndThenUpwardsFromTheUsersContourAsOne
 TEST_F(SnakeToolTest, aRangeTakesAllSlicesAndASliceThatFailsIsPassedOver) {
     addRange();
     std::filesystem::remove(dynamic_cast<const ImageSourceFile&>(stack.getSlice(2).getImageSource()).getFilename());
-    stack.getSlice(4).setImageSource(FixedSource(height, width));
+    stack.getSlice(4).setImageSource(FixedSource(height / 2, width / 2));
     const std::vector<std::string> all = {"s3...", "s2...", "s1...", "s0...", "s4...", "s5...", "s6..."};
     using Radii = std::vector<std::vector<int>>;
     for (const int answer : {0, -1, 100}) {
@@ -417,7 +419,7 @@ TEST_F(SnakeToolTest, aRangeTakesAllSlicesAndASliceThatFailsIsPassedOver) {
         runSnake();
         EXPECT_EQ(slicesHeard(), all) << answer;
         // The last good contour goes on over the slice without one.
-        EXPECT_EQ(newRadii(), (Radii{{70}, {70}, {}, {70}, {}, {50}, {70}})) << answer;
+        EXPECT_EQ(newRadii(), (Radii{{40}, {40}, {}, {40}, {}, {30}, {40}})) << answer;
         EXPECT_EQ(statusBar->currentMessage(), "Snake: contours on 5 of 7 slices.");
         history().undo();
         EXPECT_FALSE(history().isUndoable());
@@ -436,7 +438,7 @@ TEST_F(SnakeToolTest, aRangeThatIsStoppedKeepsTheSlicesThatAreDone) {
     };
     runSnake();
     EXPECT_EQ(slicesHeard(), (std::vector<std::string>{"s3...", "s2...", "s1..."}));
-    EXPECT_EQ(newRadii(), (std::vector<std::vector<int>>{{}, {}, {70}, {70}, {}, {}, {}}));
+    EXPECT_EQ(newRadii(), (std::vector<std::vector<int>>{{}, {}, {40}, {40}, {}, {}, {}}));
     EXPECT_EQ(statusBar->currentMessage(), "The snake was stopped: contours on 2 of 7 slices.");
     history().undo();
     EXPECT_EQ(text(), before);
