@@ -36,11 +36,7 @@ double overlap(const ModelItem& a, const ModelItem& b) {
     return 2.0 * double(numPixels(first, &second)) / double(numPixels(first) + numPixels(second));
 }
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr int reach = 1; // the sanitizers take ten times as long
-#else
-constexpr int reach = 4;
-#endif
+constexpr int reach = SNAKE_REACH;
 
 } // namespace
 
