@@ -18,6 +18,7 @@
 #include "workspace/vrlsliceeditwidgetmediatorcreationdelegate.h"
 #include "workspace/vrlsliceeditwidgetmediatoreditiondelegate.h"
 #include "workspace/vrlsliceeditwidgetmediatorselectiondelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorsnakedelegate.h"
 #include "workspace/vrlsliceeditwidgetstatusbar.h"
 
 VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget) : VRLSliceWidgetMediator(widget) {
@@ -61,6 +62,8 @@ void VRLSliceEditWidgetMediator::initialize() {
         {__cancel, __delete, __editPoints, __changeOrigin, __resample, __runSnake, __smooth, __selectAll, __split});
     __selection = new VRLSliceEditWidgetMediatorSelectionDelegate(*this); // children of this object
     __creation = new VRLSliceEditWidgetMediatorCreationDelegate(*this);
+    __snake = new VRLSliceEditWidgetMediatorSnakeDelegate(*this);
+    __snake->addMonitor(static_cast<ProgressMonitor&>(*this));
     __edition = new VRLSliceEditWidgetMediatorEditionDelegate(*this);
     __edition->getToolBar()->QWidget::addAction(__cancel);
     connect(__cancel, &QAction::triggered, this, [this] {
@@ -68,11 +71,13 @@ void VRLSliceEditWidgetMediator::initialize() {
             __selection->cancelSelection();
             __creation->cancel();
             __edition->cancel();
+            __snake->cancel();
         });
     });
     connectCommand(__delete, [this] { __selection->removeSelection(); });
     connectCommand(__editPoints, [this] { __edition->activate(); });
     connectCommand(__decimate, [this] { __selection->decimateSelection(); });
+    connectCommand(__runSnake, [this] { __snake->activate(); });
     connectCommand(__selectAll, [this] { __selection->selectAllModelItems(); });
     connectCommand(__properties, [this] { __selection->editSelectionProperties(); });
     connectMenu(__manualMenu, [this](const QString& name) {
@@ -117,6 +122,8 @@ void VRLSliceEditWidgetMediator::modelDeleteEvent(VRLModelDeleteEvent& event) {
         __creation->cancel();
     if (__edition != nullptr && __edition->getItem() != nullptr && __edition->getItem()->getModel() == event.getModel())
         __edition->itemGone(*__edition->getItem());
+    if (__snake != nullptr && __snake->getItem() != nullptr && __snake->getItem()->getModel() == event.getModel())
+        __snake->abandon();
     QMetaObject::invokeMethod(this, &VRLSliceEditWidgetMediator::updateSelection, Qt::QueuedConnection);
 }
 
@@ -129,6 +136,8 @@ void VRLSliceEditWidgetMediator::modelItemDeleteEvent(VRLModelItemDeleteEvent& e
     VRLSliceWidgetMediator::modelItemDeleteEvent(event);
     if (__edition != nullptr && event.getItem() != nullptr)
         __edition->itemGone(*event.getItem());
+    if (__snake != nullptr && event.getItem() != nullptr && __snake->getItem() == event.getItem())
+        __snake->abandon();
     selectionMayHaveChanged(event.getItem());
 }
 
@@ -196,6 +205,8 @@ void VRLSliceEditWidgetMediator::selectionChange(const StackSliceSelectionInfo& 
     __delete->setEnabled(some);
     __decimate->setEnabled(some);
     __editPoints->setEnabled(some && !multiple);
+    __runSnake->setEnabled(some && !multiple && !info.partialSelection() &&
+                           info.selectionGeometry() == PolygonPrimitive);
     __properties->setEnabled(!multiple && info.selectionGeometry() != PolypointPrimitive);
 }
 
@@ -299,12 +310,14 @@ void VRLSliceEditWidgetMediator::refreshMenus() {
 }
 
 bool VRLSliceEditWidgetMediator::isInteracting() const {
-    return __creation->isActive() || __edition->isActive();
+    return __creation->isActive() || __snake->isActive() || __edition->isActive();
 }
 
 void VRLSliceEditWidgetMediator::endInteractions() {
     if (__creation != nullptr)
         __creation->cancel();
+    if (__snake != nullptr)
+        __snake->abandon();
     if (__edition != nullptr)
         __edition->cancel();
 }

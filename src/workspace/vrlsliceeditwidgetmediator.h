@@ -17,6 +17,7 @@ class VRLSliceEditWidgetCanvas;
 class VRLSliceEditWidgetMediatorCreationDelegate;
 class VRLSliceEditWidgetMediatorEditionDelegate;
 class VRLSliceEditWidgetMediatorSelectionDelegate;
+class VRLSliceEditWidgetMediatorSnakeDelegate;
 class VRLSliceEditWidgetStatusBar;
 
 /// Mediator of the slice editor: the commands on items, their menus, the delegates that carry them out, and the lock
@@ -56,6 +57,7 @@ public:
     /// Null before initialize().
     VRLSliceEditWidgetMediatorSelectionDelegate* getSelectionDelegate() const { return __selection; }
     VRLSliceEditWidgetMediatorCreationDelegate* getCreationDelegate() const { return __creation; }
+    VRLSliceEditWidgetMediatorSnakeDelegate* getSnakeDelegate() const { return __snake; }
     VRLSliceEditWidgetMediatorEditionDelegate* getEditionDelegate() const { return __edition; }
 
     /// Enables the commands and menus that make sense for this selection.
@@ -121,6 +123,7 @@ private:
     QList<QPointer<QAction>> __contextualActions;
     VRLSliceEditWidgetMediatorSelectionDelegate* __selection = nullptr;
     VRLSliceEditWidgetMediatorCreationDelegate* __creation = nullptr;
+    VRLSliceEditWidgetMediatorSnakeDelegate* __snake = nullptr;
     VRLSliceEditWidgetMediatorEditionDelegate* __edition = nullptr;
     bool __selectionPending = false;
 };

@@ -82,3 +82,7 @@ void VRLSliceEditWidgetMediatorDelegate::warn(const QString& title, const QStrin
 void VRLSliceEditWidgetMediatorDelegate::inform(const QString& title, const QString& text) const {
     runBox(QMessageBox::Information, title, text, canvas());
 }
+
+void VRLSliceEditWidgetMediatorDelegate::alarm(const QString& title, const QString& text) const {
+    runBox(QMessageBox::Critical, title, text, canvas());
+}

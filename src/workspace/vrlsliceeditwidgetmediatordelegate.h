@@ -45,4 +45,5 @@ protected:
     /// Runs a message box over the canvas, with the ordinary pointer.
     void warn(const QString& title, const QString& text) const;
     void inform(const QString& title, const QString& text) const;
+    void alarm(const QString& title, const QString& text) const;
 };

@@ -369,7 +369,7 @@ TEST_F(DrawingTest, commandsAndMenusFollowTheSelection) {
             enabled += entry(*menu, title).isEnabled() ? title.left(1) + title.right(1) + " " : QString();
         enabled += action("Edit points")->isEnabled() ? "points " : "";
         enabled += entry(*entry(*menu, "Edit").menu(), "Properties...").isEnabled() ? "properties " : "";
-        for (const QString tool : {"Resample", "Run Snake", "Split contour", "Change origin", "Smooth (Fourier)"})
+        for (const QString tool : {"Resample", "Split contour", "Change origin", "Smooth (Fourier)"})
             EXPECT_FALSE(action(tool)->isEnabled());
         return enabled.trimmed();
     };
