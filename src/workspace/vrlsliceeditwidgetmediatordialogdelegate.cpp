@@ -30,7 +30,6 @@ void VRLSliceEditWidgetMediatorDialogDelegate::activate() {
     __preview = std::make_unique<ModelItem>(*item);
     __preview->getSelection().set(false);
     canvas().setExtraItem(__preview.get());
-    getMediator().setHint("The preview follows the number. OK: change the contour. Cancel: leave it as it was.");
     try {
         __dialog = newDialog();
     } catch (...) {
@@ -94,6 +93,11 @@ void VRLSliceEditWidgetMediatorDialogDelegate::preview(const std::function<Verti
     try {
         __preview->setVertices(compute());
         __preview->getSelection().set(selected);
+        getMediator().setHint(
+            QString("Preview of %1 vertices, in place of %2. OK: change the contour. Cancel: leave it "
+                    "as it was.")
+                .arg(__preview->getSize())
+                .arg(__item->getSize()));
     } catch (...) {
         __failure = std::current_exception();
         if (__dialog)

@@ -121,6 +121,7 @@ TEST_F(ContourToolsTest, resamplingPutsVerticesAtEvenDistancesAndMergesNeighbour
             [&](QDialog& dialog) {
                 number(dialog, "Vertices").setValue(200);
                 EXPECT_EQ(previewed().size(), 200u);
+                EXPECT_TRUE(statusBar->currentMessage().startsWith("Preview of 200 vertices, in place of 4."));
                 dialog.findChild<QSlider*>()->setValue(8);
                 EXPECT_EQ(
                     previewed(),
