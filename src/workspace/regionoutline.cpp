@@ -6,6 +6,7 @@
 #include "images/image.h"
 #include "images/isodatathresholding.h"
 #include "images/sumfilter.h"
+#include "numerics/exception.h"
 
 namespace {
 
@@ -20,14 +21,17 @@ ImageChannel channelOf(const Image& image) {
 } // namespace
 
 RegionOutline::RegionOutline(const Image& image, const BoundingBox<int>& box, int smoothing) {
+    const Vector<int>& low = box.getVertex1();
+    const Vector<int>& high = box.getVertex2();
+    if (low[0] < 0 || low[1] < 0 || high[0] >= image.getWidth() || high[1] >= image.getHeight())
+        throw RangeError("RegionOutline::RegionOutline(const Image&, const BoundingBox<int>&, int)",
+                         "The box does not lie on the image");
     __borders.convertFromImage(image, channelOf(image));
     const int area = (2 * smoothing + 1) * (2 * smoothing + 1);
     SumFilter<int> sum;
     sum.setHalfSize(smoothing);
     sum.apply(__borders);
 
-    const Vector<int>& low = box.getVertex1();
-    const Vector<int>& high = box.getVertex2();
     PixelMatrix<int> region(high[1] - low[1] + 1, high[0] - low[0] + 1);
     for (int i = low[1]; i <= high[1]; ++i)
         std::transform(__borders[i].data() + low[0], __borders[i].data() + high[0] + 1, region[i - low[1]].data(),

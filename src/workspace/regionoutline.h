@@ -16,8 +16,8 @@ class Image;
 /// the darkest. The means are rounded down, and outside of the box only compared with the threshold, not formed.
 class RegionOutline {
 public:
-    /// The box lies on the image, in columns and rows, both ends included. The mean is over 2 * smoothing + 1 rows and
-    /// columns.
+    /// The box is in columns and rows, both ends included. The mean is over 2 * smoothing + 1 rows and columns. Throws
+    /// RangeError for a box that does not lie on the image.
     RegionOutline(const Image& image, const BoundingBox<int>& box, int smoothing);
 
     /// Whether there is an outline in the middle row of the box.

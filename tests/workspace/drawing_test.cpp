@@ -5,6 +5,7 @@
 #include <QContextMenuEvent>
 #include <QPointingDevice>
 #include <QRubberBand>
+#include <QSpinBox>
 #include <QTabletEvent>
 #include <QTimer>
 
@@ -464,19 +465,32 @@ TEST_F(DrawingTest, allOfALongSessionIsUndone) {
     addItem(*dots, *slice, {{150, 150}, {200, 150}});
     addItem(*line, *slice, {{150, 50}, {200, 50}, {220, 70}});
     const std::string first = text();
-    QTimer closer; // boxes are closed as they come
-    closer.setInterval(0);
-    QObject::connect(&closer, &QTimer::timeout, [] {
-        if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
-            box->accept();
-    });
-    closer.start();
     std::mt19937 random(20260717);
     const auto below = [&random](int n) { return int(random() % unsigned(n)); };
+    QTimer closer; // boxes and dialogs are closed as they come
+    closer.setInterval(0);
+    QObject::connect(&closer, &QTimer::timeout, [&below] {
+        auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr)
+            return;
+        if (auto* const box = dialog->findChild<QSpinBox*>())
+            box->setValue(below(20));
+        below(4) == 0 ? dialog->reject() : dialog->accept();
+    });
+    closer.start();
     const QString models[] = {"Polygon", "Other & more", "Line", "Dots"};
     for (int i = 0; i < 2000; ++i) {
         const QPoint at(below(300), below(200));
-        switch (below(16)) {
+        switch (below(20)) {
+        case 16:
+            action(QStringList({"Resample", "Change origin", "Smooth (Fourier)"})[below(3)])->trigger();
+            break;
+        case 17:
+            if (below(2) == 0)
+                choose("Draw", "Automatic", "Polygon");
+            else
+                action("Split contour")->trigger();
+            break;
         case 0:
             if (!creation->isActive() && !edition->isActive())
                 choose("Draw", "Manual", QString(models[below(4)]).replace("&", "&&"));

@@ -8,6 +8,7 @@
 
 #include "document/stackreader.h"
 #include "images/isodatathresholding.h"
+#include "numerics/exception.h"
 #include "shell/session/vrlmodelevent.h"
 #include "support/modalscript.h"
 #include "workspace/regionoutline.h"
@@ -266,6 +267,8 @@ TEST(RegionOutline, comesFromTheChannelThatHoldsTheImage) {
     for (int y = 0; y < 200; ++y)
         mixed.getPixels()[y][2] = 9;
     EXPECT_FALSE(RegionOutline(mixed, box, 0).isFound());
+    const BoundingBox<int> outside(point(80, 80), point(140, 200)); // of a file that has shrunk since
+    EXPECT_THROW(RegionOutline(mixed, outside, 0), RangeError);
 }
 
 // Against means that are formed pixel by pixel, on noise of 8 and 16 bits.
