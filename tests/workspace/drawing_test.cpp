@@ -483,13 +483,20 @@ TEST_F(DrawingTest, allOfALongSessionIsUndone) {
         const QPoint at(below(300), below(200));
         switch (below(20)) {
         case 16:
-            action(QStringList({"Resample", "Change origin", "Smooth (Fourier)"})[below(3)])->trigger();
+        case 17: {
+            if (creation->isActive() || edition->isActive() || slice->getNumItems() == 0)
+                break;
+            selection->cancelSelection();
+            select(slice->getItem(below(slice->getNumItems())));
+            const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
+            const QStringList commands = {"Resample", "Change origin", "Smooth (Fourier)", "Decimate (Douglas-Peucker)",
+                                          "Split contour"};
+            entry(*entry(*menu, "Edit").menu(), commands[below(5)]).trigger();
             break;
-        case 17:
-            if (below(2) == 0)
+        }
+        case 18:
+            if (below(3) == 0)
                 choose("Draw", "Automatic", "Polygon");
-            else
-                action("Split contour")->trigger();
             break;
         case 0:
             if (!creation->isActive() && !edition->isActive())
