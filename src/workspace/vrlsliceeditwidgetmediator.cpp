@@ -16,9 +16,15 @@
 #include "workspace/imageserver/vrlimageproxy.h"
 #include "workspace/vrlsliceeditwidgetcanvas.h"
 #include "workspace/vrlsliceeditwidgetmediatorcreationdelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatordouglaspeuckerdecimationdelegate.h"
 #include "workspace/vrlsliceeditwidgetmediatoreditiondelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorfourierdelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorreorigindelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorresamplingdelegate.h"
 #include "workspace/vrlsliceeditwidgetmediatorselectiondelegate.h"
 #include "workspace/vrlsliceeditwidgetmediatorsnakedelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorsplitdelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorthresholdingdelegate.h"
 #include "workspace/vrlsliceeditwidgetstatusbar.h"
 
 VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget) : VRLSliceWidgetMediator(widget) {
@@ -43,7 +49,6 @@ VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget) :
     __automaticMenu = new VRLMenu("Automatic", __drawMenu.get());
     __drawMenu->addMenu(__manualMenu);
     __drawMenu->addMenu(__automaticMenu);
-    __automaticMenu->setEnabled(false);
     __editMenu = std::make_unique<QMenu>("Edit");
     __editMenu->addActions({__properties, __editPoints, __decimate, __douglasPeucker, __resample, __changeOrigin,
                             __split, __smooth, __runSnake});
@@ -64,14 +69,22 @@ void VRLSliceEditWidgetMediator::initialize() {
     __creation = new VRLSliceEditWidgetMediatorCreationDelegate(*this);
     __snake = new VRLSliceEditWidgetMediatorSnakeDelegate(*this);
     __snake->addMonitor(static_cast<ProgressMonitor&>(*this));
+    auto* const fourier = new VRLSliceEditWidgetMediatorFourierDelegate(*this);
+    auto* const origin = new VRLSliceEditWidgetMediatorReoriginDelegate(*this);
+    auto* const resampling = new VRLSliceEditWidgetMediatorResamplingDelegate(*this);
+    auto* const split = new VRLSliceEditWidgetMediatorSplitDelegate(*this);
+    auto* const douglasPeucker = new VRLSliceEditWidgetMediatorDouglasPeuckerDecimationDelegate(*this);
+    auto* const thresholding = new VRLSliceEditWidgetMediatorThresholdingDelegate(*this);
+    __tools = {fourier, origin, resampling, split, douglasPeucker, thresholding};
     __edition = new VRLSliceEditWidgetMediatorEditionDelegate(*this);
     __edition->getToolBar()->QWidget::addAction(__cancel);
-    connect(__cancel, &QAction::triggered, this, [this] {
-        guarded(&getCanvas(), "The interaction cannot be ended.", [this] {
+    connect(__cancel, &QAction::triggered, this, [this, split] {
+        guarded(&getCanvas(), "The interaction cannot be ended.", [this, split] {
             __selection->cancelSelection();
             __creation->cancel();
             __edition->cancel();
             __snake->cancel();
+            split->cancel();
         });
     });
     connectCommand(__delete, [this] { __selection->removeSelection(); });
@@ -80,6 +93,15 @@ void VRLSliceEditWidgetMediator::initialize() {
     connectCommand(__runSnake, [this] { __snake->activate(); });
     connectCommand(__selectAll, [this] { __selection->selectAllModelItems(); });
     connectCommand(__properties, [this] { __selection->editSelectionProperties(); });
+    connectCommand(__smooth, [fourier] { fourier->activate(); });
+    connectCommand(__changeOrigin, [origin] { origin->activate(); });
+    connectCommand(__resample, [resampling] { resampling->activate(); });
+    connectCommand(__split, [split] { split->activate(); });
+    connectCommand(__douglasPeucker, [douglasPeucker] { douglasPeucker->activate(); });
+    connectMenu(__automaticMenu, [this, thresholding](const QString& name) {
+        __selection->cancelSelection();
+        thresholding->activate(name);
+    });
     connectMenu(__manualMenu, [this](const QString& name) {
         __selection->cancelSelection();
         __creation->activate(name);
@@ -117,6 +139,7 @@ void VRLSliceEditWidgetMediator::sliceItemSelectionEvent(VRLSliceItemSelectionEv
 
 void VRLSliceEditWidgetMediator::modelDeleteEvent(VRLModelDeleteEvent& event) {
     VRLSliceWidgetMediator::modelDeleteEvent(event);
+    endToolsAbout(*event.getModel());
     if (__creation != nullptr && __creation->getItem() != nullptr &&
         __creation->getItem()->getModel() == event.getModel())
         __creation->cancel();
@@ -134,6 +157,8 @@ void VRLSliceEditWidgetMediator::modelItemCreateEvent(VRLModelItemCreateEvent& e
 
 void VRLSliceEditWidgetMediator::modelItemDeleteEvent(VRLModelItemDeleteEvent& event) {
     VRLSliceWidgetMediator::modelItemDeleteEvent(event);
+    if (event.getItem() != nullptr)
+        endToolsAbout(*event.getItem());
     if (__edition != nullptr && event.getItem() != nullptr)
         __edition->itemGone(*event.getItem());
     if (__snake != nullptr && event.getItem() != nullptr && __snake->getItem() == event.getItem())
@@ -205,8 +230,11 @@ void VRLSliceEditWidgetMediator::selectionChange(const StackSliceSelectionInfo& 
     __delete->setEnabled(some);
     __decimate->setEnabled(some);
     __editPoints->setEnabled(some && !multiple);
-    __runSnake->setEnabled(some && !multiple && !info.partialSelection() &&
-                           info.selectionGeometry() == PolygonPrimitive);
+    const MPrimitive geometry = info.selectionGeometry();
+    const bool whole = !multiple && !info.partialSelection();
+    for (QAction* action : {__runSnake, __smooth, __changeOrigin, __resample, __split})
+        action->setEnabled(whole && geometry == PolygonPrimitive);
+    __douglasPeucker->setEnabled(whole && (geometry == PolygonPrimitive || geometry == PolylinePrimitive));
     __properties->setEnabled(!multiple && info.selectionGeometry() != PolypointPrimitive);
 }
 
@@ -295,6 +323,7 @@ void VRLSliceEditWidgetMediator::refreshMenus() {
     fill(*__manualMenu, buildStackModelList());
     __manualMenu->setEnabled(!__manualMenu->isEmpty());
     fill(*__automaticMenu, buildPolygonModelList());
+    __automaticMenu->setEnabled(!__automaticMenu->isEmpty());
     if (__selectMenu->isEnabled())
         fill(*__selectMenu, buildSliceModelList());
     if (!__convertMenu->isEnabled() || getSlice() == nullptr || getSlice()->getStack() == nullptr)
@@ -310,10 +339,22 @@ void VRLSliceEditWidgetMediator::refreshMenus() {
 }
 
 bool VRLSliceEditWidgetMediator::isInteracting() const {
+    for (const VRLSliceEditWidgetMediatorDelegate* tool : __tools)
+        if (tool->isActive())
+            return true;
     return __creation->isActive() || __snake->isActive() || __edition->isActive();
 }
 
+template <class Subject>
+void VRLSliceEditWidgetMediator::endToolsAbout(const Subject& subject) {
+    for (VRLSliceEditWidgetMediatorDelegate* tool : __tools)
+        if (tool->isAbout(subject))
+            tool->cancel();
+}
+
 void VRLSliceEditWidgetMediator::endInteractions() {
+    for (VRLSliceEditWidgetMediatorDelegate* tool : __tools)
+        tool->cancel();
     if (__creation != nullptr)
         __creation->cancel();
     if (__snake != nullptr)

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include <QAction>
 #include <QList>
@@ -15,6 +16,7 @@ class StackSliceSelectionInfo;
 class VRLMenu;
 class VRLSliceEditWidgetCanvas;
 class VRLSliceEditWidgetMediatorCreationDelegate;
+class VRLSliceEditWidgetMediatorDelegate;
 class VRLSliceEditWidgetMediatorEditionDelegate;
 class VRLSliceEditWidgetMediatorSelectionDelegate;
 class VRLSliceEditWidgetMediatorSnakeDelegate;
@@ -98,6 +100,8 @@ private:
     void fill(QMenu& menu, const QStringList& names);
     void refreshMenus();
     bool isInteracting() const;
+    template <class Subject>
+    void endToolsAbout(const Subject& subject);
     void endInteractions();
     void selectionMayHaveChanged(const ModelItem* item);
     void updateSelection();
@@ -125,5 +129,6 @@ private:
     VRLSliceEditWidgetMediatorCreationDelegate* __creation = nullptr;
     VRLSliceEditWidgetMediatorSnakeDelegate* __snake = nullptr;
     VRLSliceEditWidgetMediatorEditionDelegate* __edition = nullptr;
+    std::vector<VRLSliceEditWidgetMediatorDelegate*> __tools; // that change or make a contour, beside those above
     bool __selectionPending = false;
 };

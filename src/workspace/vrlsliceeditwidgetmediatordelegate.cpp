@@ -33,6 +33,19 @@ VRLSliceEditWidgetMediator& VRLSliceEditWidgetMediatorDelegate::getMediator() co
     return static_cast<VRLSliceEditWidgetMediator&>(VRLImageWidgetMediatorDelegate::getMediator());
 }
 
+void VRLSliceEditWidgetMediatorDelegate::cancel() {
+    if (isActive())
+        deactivate();
+}
+
+bool VRLSliceEditWidgetMediatorDelegate::isAbout(const ModelItem&) const {
+    return false;
+}
+
+bool VRLSliceEditWidgetMediatorDelegate::isAbout(const Model&) const {
+    return false;
+}
+
 VRLSliceEditWidgetCanvas& VRLSliceEditWidgetMediatorDelegate::canvas() const {
     return static_cast<VRLSliceEditWidgetCanvas&>(VRLImageWidgetMediatorDelegate::canvas());
 }
@@ -54,12 +67,18 @@ void VRLSliceEditWidgetMediatorDelegate::pushStep(VRLAction* action) const {
 }
 
 Vector<int> VRLSliceEditWidgetMediatorDelegate::imagePoint(const QPoint& position) const {
-    return canvas().convertToVectori(canvas().convertToImagePosition(position));
+    return canvas().convertToVectori(position);
 }
 
 bool VRLSliceEditWidgetMediatorDelegate::isOnImage(const Vector<int>& point) const {
     const VRLImageProxy& proxy = canvas().getImageProxy();
     return !proxy.isEmpty() && QRect(QPoint(0, 0), proxy.getOriginalImageSize()).contains(point[0], point[1]);
+}
+
+QPointF VRLSliceEditWidgetMediatorDelegate::canvasPosition(const Vector<int>& pixel) const {
+    const double zoom = double(canvas().getZoomFactor());
+    return {(pixel[0] - canvas().getViewOrigin().x() + 0.5) * zoom * double(canvas().betaWidth()),
+            (pixel[1] - canvas().getViewOrigin().y() + 0.5) * zoom * double(canvas().betaHeight())};
 }
 
 float VRLSliceEditWidgetMediatorDelegate::clickTolerance() const {

@@ -2,6 +2,8 @@
 
 #include "workspace/vrlimagewidgetmediatordelegate.h"
 
+class Model;
+class ModelItem;
 class StackSlice;
 class VRLAction;
 class VRLActionHistory;
@@ -16,6 +18,13 @@ public:
     explicit VRLSliceEditWidgetMediatorDelegate(VRLSliceEditWidgetMediator& mediator);
 
     VRLSliceEditWidgetMediator& getMediator() const;
+
+    /// Ends the interaction, if one runs, and leaves the document as it was before.
+    virtual void cancel();
+
+    /// Whether the interaction cannot go on without this item, or this model.
+    virtual bool isAbout(const ModelItem& item) const;
+    virtual bool isAbout(const Model& model) const;
 
 protected:
     VRLSliceEditWidgetCanvas& canvas() const;
@@ -32,6 +41,9 @@ protected:
     /// The image pixel at a position of the canvas, which may lie outside of the image.
     Vector<int> imagePoint(const QPoint& position) const;
     bool isOnImage(const Vector<int>& point) const;
+
+    /// Where the middle of an image pixel lies on the canvas.
+    QPointF canvasPosition(const Vector<int>& pixel) const;
 
     /// How far from an item a click may be, in image pixels.
     float clickTolerance() const;

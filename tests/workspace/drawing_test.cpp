@@ -1,163 +1,18 @@
-#include "workspace/widgetfixture.h"
+#include "workspace/drawingfixture.h"
 
 #include <random>
 
-#include <QAction>
 #include <QContextMenuEvent>
-#include <QKeyEvent>
-#include <QMenu>
-#include <QMouseEvent>
 #include <QPointingDevice>
 #include <QRubberBand>
+#include <QSpinBox>
 #include <QTabletEvent>
 #include <QTimer>
 
-#include "document/stackwriter.h"
-#include "shell/session/vrlactionhistory.h"
 #include "shell/session/vrlmodelevent.h"
-#include "shell/session/vrlpreferences.h"
 #include "shell/session/vrlsliceevent.h"
 #include "support/eventrecorder.h"
 #include "support/modalscript.h"
-#include "workspace/vrlsliceeditwidgetmediatorcreationdelegate.h"
-#include "workspace/vrlsliceeditwidgetmediatoreditiondelegate.h"
-#include "workspace/vrlsliceeditwidgetmediatorselectiondelegate.h"
-
-namespace {
-
-using Points = std::vector<std::pair<int, int>>;
-
-const Points square = {{50, 50}, {50, 100}, {100, 100}, {100, 50}}; // counter-clockwise as the document stores it
-
-} // namespace
-
-/// A canvas on which a position is an image pixel, with a model of each geometry.
-class DrawingTest : public WidgetTest {
-protected:
-    void SetUp() override {
-        VRLPreferences::enableAutoDecimation(false);
-        VRLPreferences::setClickTolerance(10);
-        show(300, 200);
-        slice = &addSlice(TestImages::ramp(300, 200, 8));
-        polygon = &addModel(stack, "Polygon");
-        other = &addModel(stack, "Other & more");
-        line = &addModel(stack, "Line", PolylinePrimitive);
-        dots = &addModel(stack, "Dots", PolypointPrimitive);
-        stack.setLastSegmentedSlice("slice"); // as every change of an item does, undone or not
-        showSlice(*slice);
-        ASSERT_EQ(canvas->getZoomFactor(), 1);
-        selection = mediator->getSelectionDelegate();
-        creation = mediator->getCreationDelegate();
-        edition = mediator->getEditionDelegate();
-        canvas->setFocus();
-    }
-
-    void TearDown() override {
-        VRLPreferences::enableAutoDecimation(false);
-        VRLPreferences::setClickTolerance(10);
-        widget->clear();
-        EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
-    }
-
-    bool mouse(QEvent::Type type, QPoint at, Qt::MouseButton button, Qt::MouseButtons buttons,
-               Qt::KeyboardModifiers modifiers = {}) {
-        QMouseEvent event(type, QPointF(at), canvas->mapToGlobal(QPointF(at)), button, buttons, modifiers);
-        event.ignore();
-        QCoreApplication::sendEvent(canvas, &event);
-        return event.isAccepted();
-    }
-    void press(QPoint at, Qt::KeyboardModifiers modifiers = {}) {
-        mouse(QEvent::MouseButtonPress, at, Qt::LeftButton, Qt::LeftButton, modifiers);
-    }
-    void drag(QPoint at) { mouse(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton); }
-    void release(QPoint at) { mouse(QEvent::MouseButtonRelease, at, Qt::LeftButton, Qt::NoButton); }
-    void click(QPoint at, Qt::KeyboardModifiers modifiers = {}) {
-        press(at, modifiers);
-        release(at);
-    }
-    void doubleClick(QPoint at) {
-        click(at);
-        mouse(QEvent::MouseButtonDblClick, at, Qt::LeftButton, Qt::LeftButton);
-        release(at);
-    }
-    void key(Qt::Key code) {
-        QKeyEvent event(QEvent::KeyPress, code, Qt::NoModifier);
-        QCoreApplication::sendEvent(canvas, &event);
-    }
-    void pen(QEvent::Type type, QPoint at, double pressure, QPointingDevice::PointerType kind) {
-        const QPointingDevice device("pen", 1, QInputDevice::DeviceType::Stylus, kind,
-                                     QInputDevice::Capability::Pressure, 1, 1);
-        QTabletEvent event(type, &device, QPointF(at), canvas->mapToGlobal(QPointF(at)), pressure, 0, 0, 0, 0, 0,
-                           Qt::NoModifier, Qt::LeftButton, Qt::LeftButton);
-        QCoreApplication::sendEvent(canvas, &event);
-    }
-    void draw(const Points& points) {
-        for (const auto& [x, y] : points)
-            click(QPoint(x, y));
-    }
-    Points drawn() const {
-        return creation->getItem() != nullptr ? coordinates(creation->getItem()->getVertices()) : Points();
-    }
-    static Points verticesOf(const ModelItem& item) { return coordinates(item.getVertices()); }
-    std::string text() { return StackWriter().toText(stack, folder.path()); }
-    VRLActionHistory& history() { return *stack.history(); }
-    int undoAll() {
-        int n = 0;
-        for (; history().isUndoable(); ++n)
-            history().undo();
-        return n;
-    }
-    /// The operation is this many steps of the history, which lead back to the document before and on to that after.
-    void expectSteps(int steps, const std::function<void()>& operation) {
-        history().clear();
-        const std::string before = text();
-        operation();
-        const std::string after = text();
-        EXPECT_EQ(undoAll(), steps);
-        EXPECT_EQ(text(), before);
-        for (int i = 0; i < steps; ++i)
-            history().redo();
-        EXPECT_EQ(text(), after);
-        EXPECT_EQ(steps == 0, before == after);
-    }
-    void select(ModelItem& item) {
-        item.getSelection().set(true);
-        selectionChanged();
-    }
-    void selectionChanged() {
-        StackSliceSelectionInfo info;
-        info.setSlice(slice);
-        mediator->selectionChange(info);
-    }
-    void selectSome(ModelItem& item, const std::vector<int>& vertices) {
-        item.getSelection().set(false);
-        for (const int i : vertices)
-            item.getSelection().set(true, i, false);
-        selectionChanged();
-    }
-    QAction& entry(QMenu& menu, const QString& title) {
-        for (QAction* candidate : menu.actions())
-            if (candidate->text() == title)
-                return *candidate;
-        throw std::runtime_error("no entry " + title.toStdString());
-    }
-    void choose(const QString& menuTitle, const QString& subTitle, const QString& name) {
-        const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
-        QMenu* sub = entry(*menu, menuTitle).menu();
-        if (!subTitle.isEmpty())
-            sub = entry(*sub, subTitle).menu();
-        entry(*sub, name).trigger();
-    }
-
-    StackSlice* slice = nullptr;
-    Model* polygon = nullptr;
-    Model* other = nullptr;
-    Model* line = nullptr;
-    Model* dots = nullptr;
-    VRLSliceEditWidgetMediatorSelectionDelegate* selection = nullptr;
-    VRLSliceEditWidgetMediatorCreationDelegate* creation = nullptr;
-    VRLSliceEditWidgetMediatorEditionDelegate* edition = nullptr;
-};
 
 TEST_F(DrawingTest, aContourIsDrawnByClicksDragsAndPenAndStoredCounterClockwise) {
     QSignalSpy locks(mediator, &VRLSliceEditWidgetMediator::lockRequested);
@@ -192,6 +47,17 @@ TEST_F(DrawingTest, aContourIsDrawnByClicksDragsAndPenAndStoredCounterClockwise)
     ASSERT_EQ(locks.count(), 2);
     EXPECT_TRUE(locks[0][0].toBool());
     EXPECT_FALSE(locks[1][0].toBool());
+}
+
+TEST_F(DrawingTest, clicksFindTheirPixelsInAnEnlargedAndScrolledView) {
+    zoomTo(2);
+    canvas->setViewOrigin(QPoint(50, 40));
+    creation->activate("Line");
+    draw({{20, 10}, {61, 31}});
+    key(Qt::Key_Return);
+    EXPECT_EQ(verticesOf(slice->getItem(0)), (Points{{60, 45}, {80, 55}}));
+    click(QPoint(40, 20)); // halfway between
+    EXPECT_NE(slice->getSelectedItem(), nullptr);
 }
 
 TEST_F(DrawingTest, keysTakeBackGiveUpAndFinish) {
@@ -369,14 +235,16 @@ TEST_F(DrawingTest, commandsAndMenusFollowTheSelection) {
             enabled += entry(*menu, title).isEnabled() ? title.left(1) + title.right(1) + " " : QString();
         enabled += action("Edit points")->isEnabled() ? "points " : "";
         enabled += entry(*entry(*menu, "Edit").menu(), "Properties...").isEnabled() ? "properties " : "";
-        for (const QString tool : {"Resample", "Split contour", "Change origin", "Smooth (Fourier)"})
-            EXPECT_FALSE(action(tool)->isEnabled());
+        enabled += entry(*entry(*menu, "Edit").menu(), "Decimate (Douglas-Peucker)").isEnabled() ? "peucker " : "";
+        for (const QString tool : {"Run Snake", "Split contour", "Change origin", "Smooth (Fourier)"})
+            EXPECT_EQ(action(tool)->isEnabled(), action("Resample")->isEnabled());
+        enabled += action("Resample")->isEnabled() ? "tools " : "";
         return enabled.trimmed();
     };
     EXPECT_EQ(state(), "Dw St properties");
     choose("Select", "", "Polygon");
     EXPECT_TRUE(contour.getSelection().isComplete());
-    EXPECT_EQ(state(), "Dw Et Ct De points properties");
+    EXPECT_EQ(state(), "Dw Et Ct De points properties peucker tools");
     {
         const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
         QMenu& convert = *entry(*menu, "Convert").menu();
@@ -389,6 +257,15 @@ TEST_F(DrawingTest, commandsAndMenusFollowTheSelection) {
     selection->cancelSelection();
     selection->selectModelItems("Dots");
     EXPECT_EQ(state(), "Dw Et Ct De points");
+    selection->cancelSelection();
+    selectSome(contour, {0, 2});
+    EXPECT_EQ(state(), "Dw Et Ct De points properties");
+    ModelItem& open = addItem(*line, *slice, {{150, 20}, {200, 20}, {210, 30}});
+    contour.getSelection().set(false);
+    select(open);
+    EXPECT_EQ(state(), "Dw Et Ct De points properties peucker");
+    delete &open;
+    select(points);
     expectSteps(1, [&] { action("Delete")->trigger(); });
     history().undo();
     EXPECT_EQ(mediator->buildSliceModelList(), QStringList({"Dots", "Polygon"}));
@@ -588,19 +465,39 @@ TEST_F(DrawingTest, allOfALongSessionIsUndone) {
     addItem(*dots, *slice, {{150, 150}, {200, 150}});
     addItem(*line, *slice, {{150, 50}, {200, 50}, {220, 70}});
     const std::string first = text();
-    QTimer closer; // boxes are closed as they come
-    closer.setInterval(0);
-    QObject::connect(&closer, &QTimer::timeout, [] {
-        if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
-            box->accept();
-    });
-    closer.start();
     std::mt19937 random(20260717);
     const auto below = [&random](int n) { return int(random() % unsigned(n)); };
+    QTimer closer; // boxes and dialogs are closed as they come
+    closer.setInterval(0);
+    QObject::connect(&closer, &QTimer::timeout, [&below] {
+        auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr)
+            return;
+        if (auto* const box = dialog->findChild<QSpinBox*>())
+            box->setValue(below(20));
+        below(4) == 0 ? dialog->reject() : dialog->accept();
+    });
+    closer.start();
     const QString models[] = {"Polygon", "Other & more", "Line", "Dots"};
     for (int i = 0; i < 2000; ++i) {
         const QPoint at(below(300), below(200));
-        switch (below(16)) {
+        switch (below(20)) {
+        case 16:
+        case 17: {
+            if (creation->isActive() || edition->isActive() || slice->getNumItems() == 0)
+                break;
+            selection->cancelSelection();
+            select(slice->getItem(below(slice->getNumItems())));
+            const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
+            const QStringList commands = {"Resample", "Change origin", "Smooth (Fourier)", "Decimate (Douglas-Peucker)",
+                                          "Split contour"};
+            entry(*entry(*menu, "Edit").menu(), commands[below(5)]).trigger();
+            break;
+        }
+        case 18:
+            if (below(3) == 0)
+                choose("Draw", "Automatic", "Polygon");
+            break;
         case 0:
             if (!creation->isActive() && !edition->isActive())
                 choose("Draw", "Manual", QString(models[below(4)]).replace("&", "&&"));
