@@ -2,6 +2,7 @@
 
 #include "numerics/exception.h"
 #include "numerics/maths.h"
+#include "shell/widgets/vorlenapplication.h"
 
 #include <QColor>
 #include <QElapsedTimer>
@@ -54,11 +55,7 @@ Matrix<float> rotationMatrix(const Vector<float>& angles) {
 
 ViewerCanvasGL::ViewerCanvasGL(QWidget* parent)
     : QOpenGLWidget(parent), __center(nullVector()), __rotation(nullVector()) {
-    QSurfaceFormat wanted = QSurfaceFormat::defaultFormat();
-    wanted.setProfile(QSurfaceFormat::CompatibilityProfile);
-    wanted.setDepthBufferSize(24);
-    wanted.setSamples(4);
-    setFormat(wanted);
+    setFormat(VorlenApplication::surfaceFormat());
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName("3D view");
