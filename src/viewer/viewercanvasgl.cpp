@@ -133,6 +133,27 @@ void ViewerCanvasGL::updateBoundingBox() {
     __projectionDirty = true;
 }
 
+int ViewerCanvasGL::fittingZoom() const {
+    const BoundingBox<float>& frame = __boundingBoxPainter.getBoundingBox();
+    if (!frame.isValid())
+        return 100;
+    const Matrix<float> rotation = rotationMatrix(__rotation);
+    const float side = float(std::max({width(), height(), 1}));
+    const float eye = __projection.eyeDistance() * __radius;
+    float zoom = maxZoom;
+    for (int corner = 0; corner < 8; ++corner) {
+        Vector<float> p(3);
+        for (int k = 0; k < 3; ++k)
+            p[k] = ((corner >> k & 1) != 0 ? frame.max(k) : frame.min(k)) - __center[k];
+        p = rotation * p;
+        const float scale = __projection.isPerspective() ? (eye - __radius) / (eye - p[2]) : 1;
+        for (const auto& [shown, reach] : {std::pair(float(width()), p[0]), std::pair(float(height()), p[1])})
+            if (reach != 0)
+                zoom = std::min(zoom, shown / side * __radius / std::abs(reach * scale));
+    }
+    return std::max(1, int(98 * zoom)); // a margin of a hundredth on each side
+}
+
 void ViewerCanvasGL::combineXYRotation(int a, int b) {
     __combine(Maths::xRotationMatrix3D(Maths::toRadians(0.25f * float(a))) *
               Maths::yRotationMatrix3D(Maths::toRadians(0.25f * float(b))));
