@@ -15,7 +15,7 @@ CommandLine::CommandLine(const QString& command, const QString& description, con
     __parser.setApplicationDescription(description);
     __parser.addOption({{"h", "help"}, "Show this help."});
     // The command's own word stands in front of the files in the syntax line.
-    __parser.addPositionalArgument("files", aboutFiles, command + " " + file + "...");
+    __parser.addPositionalArgument("files", aboutFiles, command + " " + file);
 }
 
 void CommandLine::addFlag(const QString& name, const QString& description) {

@@ -12,7 +12,7 @@
 /// stand on either side of the command's name and of the files.
 class CommandLine {
 public:
-    /// The files are what the command works on, by their name in the syntax, "STACK.sdf" say.
+    /// The files are what the command works on, as the syntax has them, "STACK.sdf..." say.
     CommandLine(const QString& command, const QString& description, const QString& file, const QString& aboutFiles);
 
     /// An option without a value.

@@ -60,7 +60,7 @@ int exportStack(const StackFile& file, const std::string& directory, bool overwr
 } // namespace
 
 int exportCommand(const QStringList& arguments) {
-    CommandLine line("export", "Writes the surfaces of the models as STL and mesh files.", "STACK.sdf",
+    CommandLine line("export", "Writes the surfaces of the models as STL and mesh files.", "STACK.sdf...",
                      "Stack description files (.sdf).");
     line.addOutputOptions();
     if (const std::optional<int> status = line.parse(arguments))

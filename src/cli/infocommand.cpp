@@ -120,7 +120,7 @@ void printTables(const StackFile& file, OutputFormat format) {
 
 int infoCommand(const QStringList& arguments) {
     CommandLine line("info", "Tells what stacks hold: slices with images, positions and registrations, models, poses.",
-                     "STACK.sdf", "Stack description files (.sdf).");
+                     "STACK.sdf...", "Stack description files (.sdf).");
     line.addFormatOption();
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
@@ -147,7 +147,7 @@ int infoCommand(const QStringList& arguments) {
 }
 
 int checkCommand(const QStringList& arguments) {
-    CommandLine line("check", "Tells what is wrong with stacks; exit status 1 when something is.", "STACK.sdf",
+    CommandLine line("check", "Tells what is wrong with stacks; exit status 1 when something is.", "STACK.sdf...",
                      "Stack description files (.sdf).");
     line.addFormatOption();
     if (const std::optional<int> status = line.parse(arguments))

@@ -149,7 +149,7 @@ int isosurfaceCommand(const QStringList& arguments) {
                      "Writes the surface on which a volume reaches a level, as a mesh file (.tm) and as STL, named "
                      "after the volume. Values of at least the level are inside; normals point outward. Coordinates "
                      "are row, column and plane of the voxels, counted from 0.",
-                     "VOLUME.vm", "Voxel matrix files (.vm).");
+                     "VOLUME.vm...", "Voxel matrix files (.vm).");
     line.addOption({"l", "level"}, "The level, a number; it must be given.", "level");
     line.addFlag("open", "Let the surface end at the volume's border. Otherwise it is closed along the border.");
     line.addFlag("calibrated", "Coordinates in the volume's length unit, by its voxel height, width and depth.");

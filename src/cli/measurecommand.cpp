@@ -204,7 +204,7 @@ void printTables(const StackFile& file, const Measurements& measurements, Output
 } // namespace
 
 int measureCommand(const QStringList& arguments) {
-    CommandLine line("measure", "Measures the models, items and slices of stacks.", "STACK.sdf",
+    CommandLine line("measure", "Measures the models, items and slices of stacks.", "STACK.sdf...",
                      "Stack description files (.sdf).");
     line.addFormatOption();
     line.addFlag("models-only", "Print the table of models only; not for json.");

@@ -114,7 +114,7 @@ int registerCommand(const QStringList& arguments) {
         "register",
         "Brings each slice onto the one before it, by the centre and the main axis of its bright parts, and "
         "writes a new stack with the registrations. The images stay as they are.",
-        "STACK.sdf", "Stack description files (.sdf).");
+        "STACK.sdf...", "Stack description files (.sdf).");
     line.addOutputOptions();
     line.addFlag("invert", "Take dark parts for the tissue: for sections on a white ground.");
     if (const std::optional<int> status = line.parse(arguments))

@@ -18,6 +18,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QTextEdit>
 #include <QToolBar>
 
 #include <gtest/gtest.h>
@@ -498,6 +499,50 @@ TEST_F(VRLRootWindowTest, openingAndBrowsingForLongLeaksNothing) {
             settled = resident();
     }
     EXPECT_LT(resident() - settled, 16 * 1024);
+}
+
+TEST_F(VRLRootWindowTest, ombrelActionListsDistancesAndNamesStacksWithoutTheModels) {
+    const auto lines = [] {
+        QList<QStringList> texts;
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (auto* edit = qobject_cast<QTextEdit*>(widget)) {
+                texts += edit->toPlainText().split('\n');
+                edit->close();
+            }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return texts;
+    };
+    user.thenClick("OK");
+    trigger("Ombrel action1");
+    EXPECT_NE(user.seen.back().find("No stack is open."), std::string::npos);
+    open("one");
+    user.thenClick("OK");
+    trigger("Ombrel action1");
+    EXPECT_NE(user.seen.back().find("Stack \"one\" is left out. It has no model \"cell\"."), std::string::npos);
+    EXPECT_TRUE(lines().isEmpty());
+
+    VRLStack& two = open("two");
+    Model& cell = addModel(two, "cell");
+    for (int k = 0; k < 3; ++k)
+        addItem(cell, two.getSlice(k), {{0, 0}, {20, 0}, {20, 20}, {0, 20}});
+    Model& spots = addModel(two, "spotBarycenters", PolypointPrimitive);
+    addItem(spots, two.getSlice(1), {{10, 10}, {25, 8}});
+    int count = 0;
+    for (int run = 0; run < 2; ++run) {
+        user.thenClick("OK"); // of the first stack
+        trigger("Ombrel action1");
+        const QList<QStringList> texts = lines();
+        ASSERT_EQ(texts.size(), 1);
+        ASSERT_EQ(texts[0].size(), 2);
+        EXPECT_EQ(texts[0][0].section(' ', 1), "10");
+        EXPECT_EQ(texts[0][1].section(' ', 1), "5");
+        if (run == 1) {
+            EXPECT_EQ(texts[0][0].section(' ', 0, 0).toInt(), count + 1); // goes on
+        }
+        count = texts[0][1].section(' ', 0, 0).toInt();
+        EXPECT_GT(count, 0);
+    }
+    two.setModified(false);
 }
 
 // Last: a confirmed quit is for good.
