@@ -10,11 +10,13 @@
 #include <QFile>
 #include <QFrame>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
+#include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -28,6 +30,7 @@
 #include "shell/vrlrootstatusbar.h"
 #include "shell/widgets/vrlsplitter.h"
 #include "workspace/vrlrootsliceeditwidget.h"
+#include "workspace/vrlsliceeditwidgetstatusbar.h"
 
 namespace {
 
@@ -55,6 +58,20 @@ QSize defaultSize() {
 
 int VRLRootWindow::__numRootWindows = 0;
 bool VRLRootWindow::__uponQuitting = false;
+
+/// A line for the hints of the slice editor, which have no room beside the fields of its status bar.
+QLabel* VRLRootWindow::newHintLine(QWidget* parent) {
+    auto* line = new QLabel(parent);
+    line->setContentsMargins(6, 2, 6, 2);
+    line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // no hint widens the window
+    line->setAccessibleName("Hint");
+    connect(&__statusBar->getSliceEditWidgetStatusBar(), &QStatusBar::messageChanged, line,
+            [line](const QString& hint) {
+                line->setText(hint);
+                line->setToolTip(hint);
+            });
+    return line;
+}
 
 VRLRootWindow::VRLRootWindow() {
     ++__numRootWindows;
@@ -101,10 +118,11 @@ VRLRootWindow::VRLRootWindow() {
     connect(help->addAction("About Vorlen"), &QAction::triggered, this, &VRLRootWindow::about);
 
     auto* views = new QFrame(this);
-    auto* viewsLayout = new QHBoxLayout(views);
+    auto* viewsLayout = new QVBoxLayout(views);
     viewsLayout->setContentsMargins(0, 0, 0, 0);
     viewsLayout->setSpacing(0);
     viewsLayout->addWidget(__sliceWidget, 1);
+    viewsLayout->addWidget(newHintLine(views));
     auto* splitter = new VRLSplitter("rootWindowSplitter", Qt::Horizontal, this);
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(__browser, 250);

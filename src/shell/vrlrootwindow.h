@@ -5,6 +5,7 @@
 #include <QWidget>
 
 class QFrame;
+class QLabel;
 class QToolBar;
 class VRLRecovery;
 class VRLRootBrowser;
@@ -60,6 +61,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    QLabel* newHintLine(QWidget* parent);
     void toggle(QWidget& part, const QString& settingsKey);
 
     static int __numRootWindows;
