@@ -12,7 +12,7 @@
 ///
 /// The shape is seen, not owned, and must outlive the painter's use. What OpenGL needs of it is copied into arrays at
 /// the first draw after setShape() or after a change of attributes that matters to them; further draws, as during a
-/// drag, hand these arrays over and compute nothing. A shape that was changed in place is shown as it was until
+/// drag, name these arrays and compute nothing. A shape that was changed in place is shown as it was until
 /// setShape() is called again.
 ///
 /// Surfaces and symbols are lit. Lines and dots appear in the plain colour, so that they look the same from every side.

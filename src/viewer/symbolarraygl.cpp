@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 
 namespace {
 
@@ -156,7 +157,10 @@ void SymbolArrayGL::glDraw() const {
             __write(first, count, block.data());
             __drawBlock(block.data(), indexes, count);
         } else {
-            __drawBlock(positions + std::size_t(first) * __mesh.positions.size() * sizeof(float), indexes, count);
+            // The address counts from null where the graphics have the positions.
+            const std::uintptr_t offset = std::size_t(first) * __mesh.positions.size() * sizeof(float);
+            __drawBlock(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(positions) + offset), indexes,
+                        count);
         }
     }
     __positionBuffer.release();
