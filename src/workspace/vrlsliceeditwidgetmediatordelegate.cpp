@@ -54,7 +54,7 @@ void VRLSliceEditWidgetMediatorDelegate::pushStep(VRLAction* action) const {
 }
 
 Vector<int> VRLSliceEditWidgetMediatorDelegate::imagePoint(const QPoint& position) const {
-    return canvas().convertToVectori(canvas().convertToImagePosition(position));
+    return canvas().convertToVectori(position);
 }
 
 bool VRLSliceEditWidgetMediatorDelegate::isOnImage(const Vector<int>& point) const {

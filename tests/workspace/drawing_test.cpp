@@ -678,6 +678,36 @@ TEST_F(DrawingTest, allOfALongSessionIsUndone) {
     EXPECT_EQ(text(), last);
 }
 
+// What is drawn, hit and moved lies under the pointer at every zoom and everywhere in the image.
+TEST_F(DrawingTest, theTipOfThePointerCountsAtEveryZoom) {
+    const QPoint places[] = {{100, 60}, {100, 100}, {140, 100}};
+    for (const float zoom : {2.0f, 5.0f, 0.5f}) {
+        zoomTo(zoom);
+        canvas->setViewOrigin(QPoint(60, 40));
+        const auto positionOf = [&](const QPoint& pixel) {
+            const QPoint from = pixel - canvas->getViewOrigin();
+            return QPoint(int((from.x() + 0.5f) * zoom), int((from.y() + 0.5f) * zoom));
+        };
+        creation->activate("Line");
+        for (const QPoint& place : places)
+            click(positionOf(place));
+        EXPECT_EQ(drawn(), (Points{{100, 60}, {100, 100}, {140, 100}})) << zoom;
+        key(Qt::Key_Return);
+        ASSERT_EQ(slice->getNumItems(), 1) << zoom;
+        ModelItem& item = slice->getItem(0);
+        VRLPreferences::setClickTolerance(0);
+        click(positionOf(QPoint(100, 80)));
+        EXPECT_TRUE(item.getSelection().isComplete()) << zoom;
+        edition->activate();
+        press(positionOf(QPoint(140, 100)));
+        drag(positionOf(QPoint(130, 90)));
+        release(positionOf(QPoint(130, 90)));
+        edition->cancel();
+        EXPECT_EQ(verticesOf(item)[2], std::make_pair(130, 90)) << zoom;
+        delete &item;
+    }
+}
+
 TEST_F(DrawingTest, shortcutsWorkOnTheCanvas) {
     addItem(*polygon, *slice, square);
     window.activateWindow();
