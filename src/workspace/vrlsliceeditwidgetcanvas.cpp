@@ -1,9 +1,23 @@
 #include "workspace/vrlsliceeditwidgetcanvas.h"
 
+#include <utility>
+
+#include <QOpenGLContext>
 #include <QPainter>
 #include <QPen>
 
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/stackslice.h"
+#include "shell/session/vrlpreferences.h"
+#include "workspace/converter/itemlook.h"
+#include "workspace/imageserver/vrlimageproxy.h"
+
 VRLSliceEditWidgetCanvas::VRLSliceEditWidgetCanvas(QWidget* parent) : VRLSliceWidgetCanvas(parent) {
+}
+
+VRLSliceEditWidgetCanvas::~VRLSliceEditWidgetCanvas() {
+    forgetPicture();
 }
 
 void VRLSliceEditWidgetCanvas::clear() {
@@ -24,6 +38,93 @@ void VRLSliceEditWidgetCanvas::setRubberLine(const QLine* line) {
 
 void VRLSliceEditWidgetCanvas::paintItems(const StackSlice& slice, QPainter& painter) {
     VRLSliceWidgetCanvas::paintItems(slice, painter);
+    paintUnfinished(painter);
+}
+
+void VRLSliceEditWidgetCanvas::setKeepingPicture(bool on) {
+    __keepingPicture = on;
+    forgetPicture();
+    update();
+}
+
+void VRLSliceEditWidgetCanvas::initializeGL() {
+    VRLSliceWidgetCanvas::initializeGL();
+    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &VRLSliceEditWidgetCanvas::forgetPicture);
+}
+
+void VRLSliceEditWidgetCanvas::paintGL() {
+    if (!__keepingPicture) {
+        __lastPainted = rect();
+        VRLSliceWidgetCanvas::paintGL();
+        return;
+    }
+    const KeptPicture::View view = presentView();
+    std::vector<KeptPicture::Item> items = presentItems();
+    __lastPainted = __picture.staleRegion(view, items);
+    beforePaintGL();
+    if (__lastPainted != QRegion(rect()))
+        __picture.show();
+    for (const QRect& area : __lastPainted)
+        paintAnew(area);
+    if (!__lastPainted.isEmpty())
+        __picture.take(__lastPainted, size() * devicePixelRatioF(), view, std::move(items));
+    if (getMode() != BackgroundMode && getSlice() != nullptr && (__extraItem != nullptr || __rubberLine != nullptr))
+        withPainter([this](QPainter& painter) { paintUnfinished(painter); });
+}
+
+KeptPicture::View VRLSliceEditWidgetCanvas::presentView() const {
+    KeptPicture::View view;
+    view.size = size();
+    view.density = devicePixelRatioF();
+    view.origin = getViewOrigin();
+    view.zoom = getZoomFactor();
+    view.betaWidth = betaWidth();
+    view.betaHeight = betaHeight();
+    view.mode = getMode();
+    view.background = VRLPreferences::getImageCanvasBackgroundColor();
+    view.slice = getSlice();
+    view.image = paintedImage();
+    view.imageRevision = getImageRevision();
+    view.view = currentView();
+    view.black = getBlack();
+    view.white = getWhite();
+    view.notice = getNotice();
+    view.visible = isVisible();
+    return view;
+}
+
+std::vector<KeptPicture::Item> VRLSliceEditWidgetCanvas::presentItems() const {
+    std::vector<KeptPicture::Item> items;
+    if (getSlice() == nullptr || getMode() == BackgroundMode)
+        return items;
+    const StackSlice& slice = *getSlice();
+    items.reserve(std::size_t(slice.getNumItems()));
+    for (int i = 0; i < slice.getNumItems(); ++i) {
+        const ModelItem& item = slice.getItem(i);
+        const ModelItemProperties look = lookOf(item);
+        const QRect area = areaOf(item, look);
+        if (!area.isEmpty())
+            items.push_back({item.getRevision(), look, geometryOf(item), opacityOf(item), item.getSelection(), area});
+    }
+    return items;
+}
+
+void VRLSliceEditWidgetCanvas::paintAnew(const QRect& area) {
+    if (area != rect()) {
+        const double density = devicePixelRatioF();
+        glEnable(GL_SCISSOR_TEST);
+        glScissor(qRound(area.x() * density), qRound((height() - area.y() - area.height()) * density),
+                  qRound(area.width() * density), qRound(area.height() * density));
+        glClear(GL_COLOR_BUFFER_BIT);
+    }
+    if (getMode() != ForegroundMode)
+        paintImageGL();
+    glDisable(GL_SCISSOR_TEST);
+    if (getMode() != BackgroundMode && getSlice() != nullptr)
+        paintItemsWithin(*getSlice(), area);
+}
+
+void VRLSliceEditWidgetCanvas::paintUnfinished(QPainter& painter) const {
     if (__extraItem != nullptr)
         paintItem(*__extraItem, painter);
     if (__rubberLine != nullptr) {
@@ -34,4 +135,12 @@ void VRLSliceEditWidgetCanvas::paintItems(const StackSlice& slice, QPainter& pai
         painter.drawLine(*__rubberLine);
         painter.restore();
     }
+}
+
+void VRLSliceEditWidgetCanvas::forgetPicture() {
+    if (context() == nullptr)
+        return;
+    makeCurrent();
+    __picture.clear();
+    doneCurrent();
 }
