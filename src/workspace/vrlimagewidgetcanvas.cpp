@@ -12,6 +12,7 @@
 #include <QOpenGLFunctions>
 #include <QOpenGLPaintDevice>
 #include <QPainter>
+#include <QSurfaceFormat>
 #include <QTextOption>
 
 #include <GL/glu.h>
@@ -103,6 +104,9 @@ int stepOf(double zoom) {
 } // namespace
 
 VRLImageWidgetCanvas::VRLImageWidgetCanvas(QWidget* parent) : QOpenGLWidget(parent) {
+    QSurfaceFormat smooth = QSurfaceFormat::defaultFormat();
+    smooth.setSamples(4);
+    setFormat(smooth);
     setAutoFillBackground(false);
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);

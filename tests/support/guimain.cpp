@@ -27,7 +27,6 @@ int main(int argc, char** argv) {
     QSurfaceFormat format;
     format.setProfile(QSurfaceFormat::CompatibilityProfile);
     format.setDepthBufferSize(24);
-    format.setSamples(4);
     QSurfaceFormat::setDefaultFormat(format);
     QApplication application(argc, argv);
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
