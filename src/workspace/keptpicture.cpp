@@ -75,13 +75,13 @@ QRegion KeptPicture::staleRegion(const View& view, const std::vector<Item>& item
 }
 
 void KeptPicture::show() const {
+    if (!__pixels)
+        return;
     copy(__pixels->handle(), canvasBuffer(), QRect(QPoint(0, 0), __pixels->size()));
 }
 
-// Rectangles of the canvas become pixels of the screen, which count from the bottom.
-void KeptPicture::take(const QRegion& region, const QSize& size, const View& view, std::vector<Item> items) {
-    while (glGetError() != GL_NO_ERROR) {
-    }
+// Pixels of the screen count from the bottom.
+void KeptPicture::take(const QRect& area, const QSize& size, double density) {
     const GLuint canvas = canvasBuffer();
     if (!__pixels || __pixels->size() != size) {
         GLint samples = 0;
@@ -91,15 +91,15 @@ void KeptPicture::take(const QRegion& region, const QSize& size, const View& vie
         __pixels = std::make_unique<QOpenGLFramebufferObject>(size, format);
         QOpenGLContext::currentContext()->functions()->glBindFramebuffer(GL_FRAMEBUFFER, canvas);
     }
-    for (const QRect& rect : region) {
-        const QRect pixels(qRound(rect.left() * view.density),
-                           size.height() - qRound((rect.bottom() + 1) * view.density),
-                           qRound(rect.width() * view.density), qRound(rect.height() * view.density));
-        copy(canvas, __pixels->handle(), pixels & QRect(QPoint(0, 0), size));
-    }
+    const QRect pixels(qRound(area.x() * density), size.height() - qRound((area.y() + area.height()) * density),
+                       qRound(area.width() * density), qRound(area.height() * density));
+    copy(canvas, __pixels->handle(), pixels & QRect(QPoint(0, 0), size));
+}
+
+void KeptPicture::remember(const View& view, std::vector<Item> items) {
     __view = view;
     __items = std::move(items);
-    if (!__pixels->isValid() || glGetError() != GL_NO_ERROR)
+    if (!__pixels || !__pixels->isValid() || glGetError() != GL_NO_ERROR)
         clear();
 }
 

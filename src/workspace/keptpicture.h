@@ -69,9 +69,11 @@ public:
     /// With the context of the canvas current: puts the picture on the canvas.
     void show() const;
 
-    /// Takes the region over from the canvas, on which this view and these items have been painted. The size is in
-    /// pixels of the screen. Whatever the graphics system refuses leaves no picture.
-    void take(const QRegion& region, const QSize& size, const View& view, std::vector<Item> items);
+    /// Takes a rectangle over from the canvas, which has size pixels of the screen, density of them for a unit.
+    void take(const QRect& area, const QSize& size, double density);
+
+    /// What the picture shows now. Where the graphics system has refused anything, there is no picture.
+    void remember(const View& view, std::vector<Item> items);
 
     /// The next region is all of the canvas. The context of the canvas must be current.
     void clear();

@@ -62,12 +62,16 @@ void VRLSliceEditWidgetCanvas::paintGL() {
     std::vector<KeptPicture::Item> items = presentItems();
     __lastPainted = __picture.staleRegion(view, items);
     beforePaintGL();
+    // Some drivers reach a row of pixels beyond a clip: each part is taken at once, and all of the picture shown at
+    // last.
+    for (const QRect& area : __lastPainted) {
+        paintAnew(area);
+        __picture.take(area, size() * devicePixelRatioF(), view.density);
+    }
+    if (!__lastPainted.isEmpty())
+        __picture.remember(view, std::move(items));
     if (__lastPainted != QRegion(rect()))
         __picture.show();
-    for (const QRect& area : __lastPainted)
-        paintAnew(area);
-    if (!__lastPainted.isEmpty())
-        __picture.take(__lastPainted, size() * devicePixelRatioF(), view, std::move(items));
     if (getMode() != BackgroundMode && getSlice() != nullptr && (__extraItem != nullptr || __rubberLine != nullptr))
         withPainter([this](QPainter& painter) { paintUnfinished(painter); });
 }
