@@ -582,100 +582,234 @@ TEST_F(DrawingTest, anEditorMayGoWhileSomethingIsDrawn) {
     ASSERT_TRUE(settle());
 }
 
-// Whatever the user does, undoing all of it leads back to the first document, and redoing it to the last.
-TEST_F(DrawingTest, allOfALongSessionIsUndone) {
-    addItem(*polygon, *slice, square);
-    addItem(*dots, *slice, {{150, 150}, {200, 150}});
-    addItem(*line, *slice, {{150, 50}, {200, 50}, {220, 70}});
-    const std::string first = text();
-    QTimer closer; // boxes are closed as they come
-    closer.setInterval(0);
-    QObject::connect(&closer, &QTimer::timeout, [] {
-        if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
-            box->accept();
-    });
-    closer.start();
-    std::mt19937 random(20260717);
-    const auto below = [&random](int n) { return int(random() % unsigned(n)); };
-    const QString models[] = {"Polygon", "Other & more", "Line", "Dots"};
-    for (int i = 0; i < 2000; ++i) {
-        const QPoint at(below(300), below(200));
-        switch (below(16)) {
-        case 0:
-            if (!creation->isActive() && !edition->isActive())
-                choose("Draw", "Manual", QString(models[below(4)]).replace("&", "&&"));
-            break;
-        case 1:
-            key(Qt::Key_Return);
-            break;
-        case 2:
-            key(Qt::Key_Backspace);
-            break;
-        case 3:
-            if (below(4) == 0)
-                action("Cancel")->trigger();
-            break;
-        case 4:
-            if (below(6) == 0)
-                action("Delete")->trigger();
-            break;
-        case 5:
-            action("Edit points")->trigger();
-            break;
-        case 6:
-            if (below(4) == 0)
-                action("Select all")->trigger();
-            break;
-        case 7:
-            if (!creation->isActive() && !edition->isActive())
-                selection->convertSelection(
-                    models[slice->getSelectedItem() != nullptr && slice->getSelectedItem()->isConnected() ? below(3)
-                                                                                                          : below(4)]);
-            break;
-        case 8:
-            if (!creation->isActive() && !edition->isActive())
-                selection->decimateSelection();
-            break;
-        case 9: {
-            void (VRLSliceEditWidgetMediatorEditionDelegate::*const modes[])() = {
-                &VRLSliceEditWidgetMediatorEditionDelegate::setMoveMode,
-                &VRLSliceEditWidgetMediatorEditionDelegate::setInsertMode,
-                &VRLSliceEditWidgetMediatorEditionDelegate::setDeleteMode};
-            if (edition->isActive())
-                (edition->*modes[below(3)])();
-            break;
-        }
-        case 10:
-            press(at);
-            drag(at + QPoint(below(40), below(40)));
-            release(at);
-            break;
-        case 11:
-            if (below(8) == 0 && !creation->isActive() && !edition->isActive())
-                below(2) == 0 ? history().undo() : history().redo();
-            break;
-        default:
-            if (slice->getNumItems() > 0 && below(2) == 0) {
-                const ModelItem& item = slice->getItem(below(slice->getNumItems()));
-                if (item.getSize() > 0) {
-                    const Vector<int>& vertex = item.getVertices()[below(item.getSize())];
-                    click(QPoint(vertex[0], vertex[1]), below(2) == 0 ? Qt::ShiftModifier : Qt::NoModifier);
-                    break;
-                }
-            }
-            click(at, below(2) == 0 ? Qt::ShiftModifier : Qt::NoModifier);
-            break;
-        }
-        QCoreApplication::processEvents();
+/// A user who does anything at all, of a fixed seed: each command of the table as often as its weight says. A further
+/// command of the editor is one more line. Message boxes and dialogs are closed as they come.
+class RestlessUserTest : public DrawingTest {
+protected:
+    struct Command {
+        int weight;
+        const char* name;
+        std::function<void()> work;
+    };
+
+    void SetUp() override {
+        DrawingTest::SetUp();
+        slices[0] = slice;
+        slices[1] = &addSlice(TestImages::ramp(300, 200, 8));
+        addItem(*polygon, *slice, square);
+        addItem(*dots, *slice, {{150, 150}, {200, 150}});
+        addItem(*line, *slice, {{150, 50}, {200, 50}, {220, 70}});
+        addItem(*other, *slices[1], {{20, 20}, {20, 150}, {250, 150}, {240, 80}});
+        closer.setInterval(0);
+        QObject::connect(&closer, &QTimer::timeout, [] {
+            if (QWidget* const popup = QApplication::activePopupWidget())
+                popup->close();
+            else if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+                box->accept();
+            else if (auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
+                dialog->reject();
+        });
+        closer.start();
     }
-    action("Cancel")->trigger();
-    const std::string last = text();
-    const int steps = undoAll();
-    EXPECT_GT(steps, 50);
-    EXPECT_EQ(text(), first);
+
+    int below(int n) { return int(random() % unsigned(n)); }
+    bool rarely() { return below(8) == 0; }
+    bool isResting() const { return !creation->isActive() && !edition->isActive(); }
+    QPoint anywhere() { return QPoint(below(340) - 20, below(240) - 20); }
+
+    /// Often on a vertex, else anywhere.
+    QPoint somewhere() {
+        if (slice->getNumItems() > 0 && below(2) == 0) {
+            const ModelItem& item = slice->getItem(below(slice->getNumItems()));
+            if (item.getSize() > 0) {
+                const Vector<int>& vertex = item.getVertices()[below(item.getSize())];
+                const double zoom = double(canvas->getZoomFactor());
+                return QPoint(int((vertex[0] - canvas->getViewOrigin().x() + 0.5) * zoom),
+                              int((vertex[1] - canvas->getViewOrigin().y() + 0.5) * zoom));
+            }
+        }
+        return anywhere();
+    }
+    Qt::KeyboardModifiers modifiers() {
+        const Qt::KeyboardModifiers choices[] = {Qt::NoModifier, Qt::NoModifier, Qt::ShiftModifier,
+                                                 Qt::ControlModifier};
+        return choices[below(4)];
+    }
+    Qt::MouseButton button() {
+        return rarely() ? (below(2) == 0 ? Qt::RightButton : Qt::MiddleButton) : Qt::LeftButton;
+    }
+    void trigger(const QString& text) {
+        if (QAction* const command = action(text))
+            command->trigger();
+    }
+    void chooseAny(const QString& title, const QString& subTitle = QString()) {
+        const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
+        QAction* chosen = &entry(*menu, title);
+        if (!subTitle.isEmpty() && chosen->isEnabled())
+            chosen = &entry(*chosen->menu(), subTitle);
+        if (!chosen->isEnabled() || chosen->menu()->actions().isEmpty())
+            return;
+        const QList<QAction*> entries = chosen->menu()->actions();
+        entries[below(int(entries.size()))]->trigger();
+    }
+    void edit(const QString& text) {
+        const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
+        entry(*entry(*menu, "Edit").menu(), text).trigger();
+    }
+    void anyKey() {
+        const Qt::Key keys[] = {Qt::Key_Return, Qt::Key_Backspace, Qt::Key_X, Qt::Key_Enter, Qt::Key_A, Qt::Key_Space};
+        const Qt::Key code = keys[below(6)];
+        if (code == Qt::Key_X)
+            QCursor::setPos(canvas->mapToGlobal(anywhere()));
+        key(code);
+        if (below(4) != 0) {
+            QKeyEvent event(QEvent::KeyRelease, code, Qt::NoModifier);
+            QCoreApplication::sendEvent(canvas, &event);
+        }
+    }
+
+    std::vector<Command> commands() {
+        return {
+            {8, "draw", [this] { chooseAny("Draw", "Manual"); }},
+            {4, "select", [this] { chooseAny("Select"); }},
+            {4, "convert", [this] { chooseAny("Convert"); }},
+            {3, "decimate", [this] { edit("Decimate"); }},
+            {1, "properties", [this] { edit("Properties..."); }},
+            {6, "edit points", [this] { trigger("Edit points"); }},
+            {2, "select all", [this] { trigger("Select all"); }},
+            {2, "delete", [this] { trigger("Delete"); }},
+            {2, "cancel", [this] { trigger("Cancel"); }},
+            {30, "click", [this] { click(somewhere(), modifiers()); }},
+            {8, "double click", [this] { doubleClick(somewhere()); }},
+            {16, "drag",
+             [this] {
+                 press(somewhere(), modifiers());
+                 for (int n = below(5); n >= 0; --n)
+                     drag(anywhere());
+                 release(anywhere());
+             }},
+            {5, "press",
+             [this] {
+                 const Qt::MouseButton which = button();
+                 mouse(QEvent::MouseButtonPress, somewhere(), which, which, modifiers());
+             }},
+            {6, "move",
+             [this] {
+                 mouse(QEvent::MouseMove, anywhere(), Qt::NoButton, below(2) == 0 ? Qt::LeftButton : Qt::NoButton);
+             }},
+            {4, "release", [this] { mouse(QEvent::MouseButtonRelease, anywhere(), button(), Qt::NoButton); }},
+            {10, "pen",
+             [this] {
+                 const auto kind = rarely() ? QPointingDevice::PointerType::Eraser : QPointingDevice::PointerType::Pen;
+                 pen(QEvent::TabletPress, somewhere(), 0.1 * below(11), kind);
+                 for (int n = below(5); n >= 0; --n)
+                     pen(QEvent::TabletMove, anywhere(), 0.1 * below(11), kind);
+                 pen(QEvent::TabletRelease, anywhere(), 0, kind);
+             }},
+            {20, "key", [this] { anyKey(); }},
+            {3, "context menu",
+             [this] {
+                 const QPoint at = anywhere();
+                 QContextMenuEvent event(QContextMenuEvent::Mouse, at, canvas->mapToGlobal(at));
+                 QCoreApplication::sendEvent(canvas, &event);
+             }},
+            {8, "edit mode",
+             [this] {
+                 const QList<QAction*> modes = edition->getToolBar()->findChild<QToolBar*>()->actions();
+                 if (edition->isActive())
+                     modes[below(rarely() ? 4 : 3)]->trigger();
+             }},
+            {1, "close the tools", [this] { edition->getToolBar()->close(); }},
+            {3, "undo",
+             [this] {
+                 if (isResting()) // the window around it is locked while an interaction runs
+                     history().undo();
+             }},
+            {3, "redo",
+             [this] {
+                 if (isResting())
+                     history().redo();
+             }},
+            {2, "other slice",
+             [this] {
+                 slice = slices[below(2)];
+                 widget->setSlice(*slice);
+             }},
+            {3, "zoom",
+             [this] {
+                 const QString zooms[] = {"Zoom in", "Zoom out", "Best fit"};
+                 trigger(zooms[below(3)]);
+             }},
+            {2, "scroll",
+             [this] {
+                 const QString ways[] = {"Scroll up", "Scroll down", "Scroll left", "Scroll right", "[Center]"};
+                 trigger(ways[below(5)]);
+             }},
+            {1, "mode",
+             [this] {
+                 const QString modes[] = {"Display images only", "Display items only", "Display images and items"};
+                 trigger(modes[below(3)]);
+             }},
+            {1, "decimation on or off", [this] { VRLPreferences::enableAutoDecimation(below(2) == 0); }},
+            {1, "tolerance", [this] { VRLPreferences::setClickTolerance(below(20)); }},
+            {1, "contrast",
+             [this] { canvas->setBlackAndWhite(0.1f * float(below(5)), 0.5f + 0.1f * float(below(5))); }},
+        };
+    }
+
+    /// The slice that the stack remembers is where the user was last, undone or not.
+    std::string document() {
+        stack.setLastSegmentedSlice("slice");
+        return text();
+    }
+
+    std::mt19937 random{20260717};
+    StackSlice* slices[2];
+    QTimer closer;
+};
+
+// Whatever the user does, undoing all of it leads back to the first document, and redoing it to the last. The variable
+// VORLEN_FUZZ_ACTIONS sets another number of actions, VORLEN_FUZZ_SEED another course.
+TEST_F(RestlessUserTest, allOfALongSessionIsUndone) {
+    bool isNumber = false;
+    const int wanted = qEnvironmentVariableIntValue("VORLEN_FUZZ_ACTIONS", &isNumber);
+    const int numActions = isNumber ? wanted : 10000;
+    if (const int seed = qEnvironmentVariableIntValue("VORLEN_FUZZ_SEED", &isNumber); isNumber)
+        random.seed(unsigned(seed));
+    const std::string first = document();
+    const std::vector<Command> table = commands();
+    int sum = 0;
+    for (const Command& command : table)
+        sum += command.weight;
+    std::vector<int> counts(table.size());
+    for (int i = 0; i < numActions; ++i) {
+        std::size_t k = 0;
+        for (int ticket = below(sum); ticket >= table[k].weight; ++k)
+            ticket -= table[k].weight;
+        SCOPED_TRACE(std::string("action ") + std::to_string(i) + ": " + table[k].name);
+        table[k].work();
+        ++counts[k];
+        ASSERT_EQ(mediator->getSlice(), slice);
+        ASSERT_FALSE(creation->isActive() && edition->isActive());
+        if (below(8) == 0)
+            QCoreApplication::processEvents(); // paints
+        else
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    }
+    trigger("Cancel");
+    ASSERT_TRUE(isResting());
     while (history().isRedoable())
         history().redo();
-    EXPECT_EQ(text(), last);
+    for (std::size_t k = 0; k < table.size(); ++k)
+        EXPECT_TRUE(counts[k] > 0 || numActions < 5000) << table[k].name;
+    const std::string last = document();
+    EXPECT_NE(last, first);
+    const int steps = undoAll();
+    EXPECT_GT(steps, numActions / 100);
+    EXPECT_EQ(document(), first);
+    while (history().isRedoable())
+        history().redo();
+    EXPECT_EQ(document(), last);
 }
 
 // What is drawn, hit and moved lies under the pointer at every zoom and everywhere in the image.
