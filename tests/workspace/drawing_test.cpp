@@ -1,5 +1,6 @@
 #include "workspace/widgetfixture.h"
 
+#include <optional>
 #include <random>
 
 #include <QAction>
@@ -140,6 +141,10 @@ protected:
             if (candidate->text() == title)
                 return *candidate;
         throw std::runtime_error("no entry " + title.toStdString());
+    }
+    void trigger(const QString& text) {
+        if (QAction* const command = action(text))
+            command->trigger();
     }
     void choose(const QString& menuTitle, const QString& subTitle, const QString& name) {
         const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
@@ -638,10 +643,6 @@ protected:
     Qt::MouseButton button() {
         return rarely() ? (below(2) == 0 ? Qt::RightButton : Qt::MiddleButton) : Qt::LeftButton;
     }
-    void trigger(const QString& text) {
-        if (QAction* const command = action(text))
-            command->trigger();
-    }
     void chooseAny(const QString& title, const QString& subTitle = QString()) {
         const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
         QAction* chosen = &entry(*menu, title);
@@ -812,6 +813,72 @@ TEST_F(RestlessUserTest, allOfALongSessionIsUndone) {
     EXPECT_EQ(document(), last);
 }
 
+// In every state the status bar says what the next input does and how to get out, and the pointer has the shape of it.
+TEST_F(DrawingTest, pointerAndStatusBarTellWhatAClickWillDo) {
+    ModelItem& contour = addItem(*polygon, *slice, square);
+    ModelItem& points = addItem(*dots, *slice, {{150, 150}, {200, 150}});
+    QTest::qWait(0);
+    const auto told = [&](const QStringList& words, std::optional<Qt::CursorShape> shape) {
+        QTest::qWait(0);
+        for (const QString& word : words)
+            EXPECT_TRUE(statusBar->currentMessage().contains(word))
+                << word.toStdString() << " is not in: " << statusBar->currentMessage().toStdString();
+        const QCursor* const cursor = QGuiApplication::overrideCursor();
+        EXPECT_EQ(cursor != nullptr, shape.has_value());
+        if (cursor != nullptr && shape) {
+            EXPECT_EQ(cursor->shape(), *shape);
+        }
+    };
+    const QStringList resting = {"Click: select", "Right click: draw"};
+    told(resting, {});
+    statusBar->showMessage("Something else.");
+    told({"Something else."}, {});
+    statusBar->clearMessage();
+    told(resting, {});
+    click(QPoint(75, 100));
+    told({"Delete: remove", "E: edit points", "Escape: deselect"}, {});
+    click(QPoint(150, 150), Qt::ShiftModifier);
+    told({"Delete: remove", "Escape: deselect"}, {});
+    EXPECT_FALSE(statusBar->currentMessage().contains("E: edit")); // two items
+    trigger("Cancel");
+    told(resting, {});
+
+    for (const QString name : {"Polygon", "Line", "Dots"}) {
+        choose("Draw", "Manual", name);
+        told({name == "Dots" ? "Click: add a point" : "Click or drag: draw", "Return", "Backspace", "Escape"},
+             Qt::CrossCursor);
+        click(QPoint(20, 20));
+        statusBar->clearMessage(); // as the tips of tools do
+        told({"Escape or right click: give up"}, Qt::CrossCursor);
+        trigger("Cancel");
+        told(resting, {});
+    }
+    for (ModelItem* item : {&contour, &points}) {
+        item->getSelection().set(true);
+        selectionChanged();
+        edition->activate();
+        told({"Drag a vertex", "Escape: end"}, Qt::PointingHandCursor);
+        edition->setInsertMode();
+        told({"insert", "Escape: end"}, Qt::PointingHandCursor);
+        edition->setDeleteMode();
+        told({"delete", "Escape: end"}, Qt::PointingHandCursor);
+        trigger("Cancel"); // deselects too
+        told(resting, {});
+    }
+
+    zoomTo(3);
+    creation->activate("Line");
+    key(Qt::Key_Space);
+    told({"Drag: move the view", "Release"}, Qt::OpenHandCursor);
+    QKeyEvent up(QEvent::KeyRelease, Qt::Key_Space, Qt::NoModifier);
+    QCoreApplication::sendEvent(canvas, &up);
+    told({"Click or drag: draw"}, Qt::CrossCursor);
+    creation->cancel();
+    widget->clear();
+    QTest::qWait(0);
+    EXPECT_EQ(statusBar->currentMessage(), "");
+}
+
 // What is drawn, hit and moved lies under the pointer at every zoom and everywhere in the image.
 TEST_F(DrawingTest, theTipOfThePointerCountsAtEveryZoom) {
     const QPoint places[] = {{100, 60}, {100, 100}, {140, 100}};
@@ -867,7 +934,7 @@ TEST_F(DrawingTest, whatIsBeingDrawnIsSeen) {
     addItem(*dots, *slice, {{220, 40}, {250, 90}});
     select(addItem(*line, *slice, {{150, 150}, {200, 120}, {280, 160}}));
     const QRgb before = picture().pixel(75, 50);
-    EXPECT_TRUE(statusBar->currentMessage().contains("Click: select"));
+    EXPECT_TRUE(statusBar->currentMessage().contains("Delete: remove"));
     creation->activate("Polygon");
     EXPECT_TRUE(statusBar->currentMessage().contains("Escape"));
     draw({{50, 50}, {100, 50}, {120, 90}, {60, 120}});
