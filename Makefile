@@ -39,7 +39,7 @@ sanitize: setup
 
 bench: setup
 	@cmake --preset release -DVORLEN_BENCH=ON >/dev/null
-	@cmake --build --preset release --target vorlen-bench
+	@cmake --build --preset release --target vorlen-bench vorlen-bench-draw
 	@scripts/bench $(BUILD)
 
 format:

@@ -16,7 +16,9 @@
 VRLSliceEditWidgetCanvas::VRLSliceEditWidgetCanvas(QWidget* parent) : VRLSliceWidgetCanvas(parent) {
 }
 
+// The context goes in the destructor of a base, when this object is none of its class any more.
 VRLSliceEditWidgetCanvas::~VRLSliceEditWidgetCanvas() {
+    disconnect(__contextGoes);
     forgetPicture();
 }
 
@@ -49,7 +51,8 @@ void VRLSliceEditWidgetCanvas::setKeepingPicture(bool on) {
 
 void VRLSliceEditWidgetCanvas::initializeGL() {
     VRLSliceWidgetCanvas::initializeGL();
-    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &VRLSliceEditWidgetCanvas::forgetPicture);
+    __contextGoes =
+        connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &VRLSliceEditWidgetCanvas::forgetPicture);
 }
 
 void VRLSliceEditWidgetCanvas::paintGL() {

@@ -52,6 +52,7 @@ private:
     bool __keepingPicture = true;
     KeptPicture __picture;
     QRegion __lastPainted;
+    QMetaObject::Connection __contextGoes;
     ModelItem* __extraItem = nullptr;
     const QLine* __rubberLine = nullptr;
 };
