@@ -17,7 +17,7 @@ build: setup
 # The programs alone, without the tests.
 programs: setup
 	@cmake --preset release >/dev/null
-	@cmake --build --preset release --target vorlen vorlen-cli vorlen-sample vorlen-picture
+	@cmake --build --preset release --target vorlen vorlen-cli vorlen-render vorlen-sample vorlen-picture
 
 sample: programs
 	@$(BUILD)/bin/vorlen-sample $(SAMPLE)
@@ -39,7 +39,7 @@ sanitize: setup
 
 bench: setup
 	@cmake --preset release -DVORLEN_BENCH=ON >/dev/null
-	@cmake --build --preset release --target vorlen-bench vorlen-bench-draw
+	@cmake --build --preset release --target vorlen-bench vorlen-bench-draw vorlen-bench-view
 	@scripts/bench $(BUILD)
 
 format:

@@ -10,11 +10,9 @@
 #include <iostream>
 #include <string>
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QEvent>
 #include <QMouseEvent>
-#include <QSurfaceFormat>
 #include <QTemporaryDir>
 #include <QVBoxLayout>
 
@@ -27,6 +25,7 @@
 #include "images/imagesourcefile.h"
 #include "images/imagewriter.h"
 #include "shell/session/vrlstack.h"
+#include "shell/widgets/vorlenapplication.h"
 #include "workspace/imageserver/vrlimageproxy.h"
 #include "workspace/imageserver/vrlimageserver.h"
 #include "workspace/vrlsliceeditwidget.h"
@@ -265,11 +264,7 @@ int main(int argc, char** argv) {
     QTemporaryDir home;
     qputenv("HOME", home.path().toLocal8Bit());
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CompatibilityProfile);
-    format.setDepthBufferSize(24);
-    QSurfaceFormat::setDefaultFormat(format);
-    QApplication application(argc, argv);
+    VorlenApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

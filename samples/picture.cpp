@@ -1,22 +1,25 @@
-/// Draws a picture of the main window with a stack in it. Usage: vorlen-picture STACK.sdf PICTURE.png
+/// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png, where WINDOW is
+/// main, rendering (in the stack's last pose) or analysis (its table of models).
 ///
 /// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 
-#include <clocale>
 #include <iostream>
-#include <locale>
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QImage>
-#include <QSettings>
-#include <QSurfaceFormat>
+#include <QTabWidget>
 #include <QTemporaryDir>
 #include <QThread>
 
+#include "document/pose.h"
+#include "reconstruction/ui/vrlanalysiswindow.h"
+#include "shell/session/vrlstack.h"
 #include "shell/session/vrlstackserver.h"
 #include "shell/vrlrootmediator.h"
 #include "shell/vrlrootwindow.h"
+#include "shell/widgets/vorlenapplication.h"
+#include "viewer/ui/vrlrenderingmediator.h"
+#include "viewer/ui/vrlrenderingwindow.h"
 #include "workspace/vrlrootsliceeditwidget.h"
 
 namespace {
@@ -28,19 +31,56 @@ void wait(int milliseconds) {
         QApplication::processEvents();
 }
 
-int draw(const QString& stack, const QString& picture) {
-    auto* window = new VRLRootWindow;
-    window->resize(1200, 800);
-    window->mediator().openStack(stack);
-    if (window->mediator().currentStack() == nullptr) {
+/// The open window of a class; null when there is none.
+template <class Window>
+Window* opened() {
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* window = qobject_cast<Window*>(widget))
+            return window;
+    return nullptr;
+}
+
+/// The window that the picture is of, opened by its command; null when there is none of this name.
+QWidget* prepare(const QString& name, VRLRootWindow& root) {
+    root.resize(1200, 800);
+    if (name == "main")
+        return &root;
+    if (name == "rendering") {
+        root.mediator().renderCurrentStack();
+        auto* window = opened<VRLRenderingWindow>();
+        window->resize(1200, 800);
+        const VRLStack& stack = *window->getMediator().getStack();
+        if (stack.getNumPoses() > 0)
+            window->getMediator().setPose(stack.getPose(stack.getNumPoses() - 1));
+        return window;
+    }
+    if (name == "analysis") {
+        root.mediator().runAnalysis();
+        auto* window = opened<VRLAnalysisWindow>();
+        window->resize(900, 330);
+        window->findChild<QTabWidget*>()->setCurrentIndex(2);
+        return window;
+    }
+    return nullptr;
+}
+
+int draw(const QString& name, const QString& stack, const QString& picture) {
+    auto* root = new VRLRootWindow;
+    root->mediator().openStack(stack);
+    if (root->mediator().currentStack() == nullptr) {
         std::cerr << "Cannot open " << stack.toStdString() << '\n';
         return 3;
     }
+    QWidget* window = prepare(name, *root);
+    if (window == nullptr) {
+        std::cerr << "There is no window " << name.toStdString() << '\n';
+        return 2;
+    }
     wait(1500);
-    const QImage image = window->grab().toImage();
+    const QImage image = window->grab().toImage().convertToFormat(QImage::Format_RGB32);
     while (VRLStackServer::stackServer.getNumStacks() > 0)
         VRLStackServer::stackServer.removeStack(VRLStackServer::stackServer.getStack(0));
-    delete window;
+    delete root;
     if (image.save(picture))
         return 0;
     std::cerr << "Cannot write " << picture.toStdString() << '\n';
@@ -52,19 +92,11 @@ int draw(const QString& stack, const QString& picture) {
 int main(int argc, char** argv) {
     const QTemporaryDir home;
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CompatibilityProfile);
-    format.setDepthBufferSize(24);
-    QSurfaceFormat::setDefaultFormat(format);
-    QApplication application(argc, argv);
-    QApplication::setOrganizationName("KORV");
-    QApplication::setApplicationName("Vorlen");
-    std::setlocale(LC_NUMERIC, "C");
-    std::locale::global(std::locale::classic());
+    VorlenApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
-    if (arguments.size() != 3) {
-        std::cerr << "Usage: vorlen-picture STACK.sdf PICTURE.png\n";
+    if (arguments.size() != 4) {
+        std::cerr << "Usage: vorlen-picture main|rendering|analysis STACK.sdf PICTURE.png\n";
         return 2;
     }
-    return draw(arguments[1], arguments[2]);
+    return draw(arguments[1], arguments[2], arguments[3]);
 }

@@ -304,10 +304,12 @@ void writeItems(std::ostream& out, const std::string& model, const std::string& 
     }
 }
 
-void writeModel(std::ostream& out, const std::string& name, const std::string& geometry, const std::string& color) {
+void writeModel(std::ostream& out, const std::string& name, const std::string& geometry, const std::string& color,
+                int opacity) {
     out << "\nMODEL \"" << name << "\";\nBRILLIANCY 32;\nCOLOR " << color
         << ";\nECORENDERING false;\nFILLEDIN true;\nHIDDEN3D false;\nPOINTSIZE 3;\nPRIMITIVE " << geometry
-        << ";\nRENDERINGMODE Surface;\nRESAMPLING 100 100;\nTHICKNESS 1;\nTRANSPARENCY 255;\nVERTEXSYMBOL Sphere;\n";
+        << ";\nRENDERINGMODE Surface;\nRESAMPLING 100 100;\nTHICKNESS 1;\nTRANSPARENCY " << opacity
+        << ";\nVERTEXSYMBOL Sphere;\n";
     if (geometry != "Polypoint")
         out << "BeginCap " << (geometry == "Polygon" ? "true" : "false") << ";\nEndCap "
             << (geometry == "Polygon" ? "true" : "false") << ";\n";
@@ -379,22 +381,22 @@ int main(int argc, char** argv) {
             out << "SHIFT " << section.horizontal << ' ' << section.vertical << ";\n";
     }
 
-    const auto writeStructure = [&](const char* name, const char* geometry, const char* color,
+    const auto writeStructure = [&](const char* name, const char* geometry, const char* color, int opacity,
                                     std::vector<std::vector<Point>> Outlines::*part) {
-        writeModel(out, name, geometry, color);
+        writeModel(out, name, geometry, color, opacity);
         for (int i = 0; i < numSections; ++i)
             writeItems(out, name, sectionName(i), sections[i], outlines[i].*part);
     };
-    writeStructure("Nucleus", "Polygon", "214 69 65", &Outlines::spheroid);
-    writeStructure("Ganglion", "Polygon", "65 131 215", &Outlines::peanut);
-    writeStructure("Vessel", "Polygon", "38 166 91", &Outlines::vessel);
-    writeStructure("Membrane", "Polyline", "244 179 80", &Outlines::membrane);
-    writeStructure("Cells", "Polypoint", "155 89 182", &Outlines::cells);
+    writeStructure("Nucleus", "Polygon", "214 69 65", 90, &Outlines::spheroid);
+    writeStructure("Ganglion", "Polygon", "65 131 215", 255, &Outlines::peanut);
+    writeStructure("Vessel", "Polygon", "38 166 91", 255, &Outlines::vessel);
+    writeStructure("Membrane", "Polyline", "244 179 80", 255, &Outlines::membrane);
+    writeStructure("Cells", "Polypoint", "155 89 182", 255, &Outlines::cells);
 
     out << "\nPOSE \"Front\";\nPOSEROTATION 0 180 0;\nPOSESHIFT 0 0;\nPOSEZOOM 100;\nAMBIENTLIGHT 20;\nDIFFUSELIGHT "
            "80;\n"
            "SPECULARLIGHT 40;\n";
-    out << "\nPOSE \"Oblique\";\nPOSEROTATION 300 20 30;\nPOSESHIFT 10 -15;\nPOSEZOOM 120;\nAMBIENTLIGHT 20;\n"
+    out << "\nPOSE \"Oblique\";\nPOSEROTATION 290 0 64;\nPOSESHIFT 0 0;\nPOSEZOOM 105;\nAMBIENTLIGHT 20;\n"
            "DIFFUSELIGHT 80;\nSPECULARLIGHT 40;\n";
     out.flush();
     std::ofstream truth(folder / "truth.txt");

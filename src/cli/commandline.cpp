@@ -1,7 +1,9 @@
 #include "cli/commandline.h"
 
 #include <cmath>
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include <QFile>
 
@@ -13,7 +15,7 @@ CommandLine::CommandLine(const QString& command, const QString& description, con
     __parser.setApplicationDescription(description);
     __parser.addOption({{"h", "help"}, "Show this help."});
     // The command's own word stands in front of the files in the syntax line.
-    __parser.addPositionalArgument("files", aboutFiles, command + " " + file + "...");
+    __parser.addPositionalArgument("files", aboutFiles, command + " " + file);
 }
 
 void CommandLine::addFlag(const QString& name, const QString& description) {
@@ -53,6 +55,16 @@ std::optional<int> CommandLine::parse(const QStringList& arguments, int maxFiles
 
 std::string CommandLine::path(const QString& name) const {
     return QFile::encodeName(value(name)).toStdString();
+}
+
+std::optional<std::string> CommandLine::outputDirectory() const {
+    const std::string directory = path("output");
+    std::error_code error;
+    std::filesystem::create_directories(directory, error);
+    if (!error)
+        return directory;
+    std::cerr << "vorlen-cli: cannot make the directory " << directory << ": " << error.message() << '\n';
+    return std::nullopt;
 }
 
 std::vector<std::string> CommandLine::files() const {

@@ -12,7 +12,7 @@
 /// stand on either side of the command's name and of the files.
 class CommandLine {
 public:
-    /// The files are what the command works on, by their name in the syntax, "STACK.sdf" say.
+    /// The files are what the command works on, as the syntax has them, "STACK.sdf..." say.
     CommandLine(const QString& command, const QString& description, const QString& file, const QString& aboutFiles);
 
     /// An option without a value.
@@ -39,6 +39,10 @@ public:
     /// A value in the encoding of file names.
     std::string path(const QString& name) const;
     std::vector<std::string> files() const;
+
+    /// The directory of the output options, made when it is missing; nothing, and a word about it on the standard error
+    /// stream, when it cannot be made.
+    std::optional<std::string> outputDirectory() const;
 
     /// A finite number, or a whole number, from a range with both ends; nothing, and a word about it on the standard
     /// error stream, when the value is no such number.

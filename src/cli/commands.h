@@ -20,6 +20,9 @@ int exportCommand(const QStringList& arguments);
 /// Writes the surface of each volume at a level into a directory.
 int isosurfaceCommand(const QStringList& arguments);
 
+/// Draws the models of a stack in space as a picture.
+int renderCommand(const QStringList& arguments);
+
 /// Brings several stacks into one space and writes the shapes, their means and a summary.
 int normalizeCommand(const QStringList& arguments);
 

@@ -243,7 +243,7 @@ int densityCommand(const QStringList& arguments) {
     CommandLine line("density",
                      "Tells where the points of several specimens concentrate: a volume of densities, and surfaces of "
                      "equal density. Each file is the point pattern of one specimen.",
-                     "POINTS.vx", "Point shapes (.vx, .vs) in one space.");
+                     "POINTS.vx...", "Point shapes (.vx, .vs) in one space.");
     line.addOutputOptions();
     line.addOption({"name"}, "Name of the files: NAME.vm, and NAME-00.tm and so on for the surfaces.", "name",
                    "density");
@@ -287,11 +287,7 @@ int densityCommand(const QStringList& arguments) {
     // A map without one of its patterns would be another map.
     if (status != ExitGood)
         return status;
-    std::error_code error;
-    std::filesystem::create_directories(line.path("output"), error);
-    if (error) {
-        std::cerr << "vorlen-cli: cannot make the directory " << line.path("output") << ": " << error.message() << '\n';
+    if (!line.outputDirectory())
         return ExitFileError;
-    }
     return guarded("map the density", [&] { return mapDensity(job); });
 }

@@ -1,7 +1,6 @@
 #include "cli/commands.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 
 #include "cli/commandline.h"
@@ -61,26 +60,22 @@ int exportStack(const StackFile& file, const std::string& directory, bool overwr
 } // namespace
 
 int exportCommand(const QStringList& arguments) {
-    CommandLine line("export", "Writes the surfaces of the models as STL and mesh files.", "STACK.sdf",
+    CommandLine line("export", "Writes the surfaces of the models as STL and mesh files.", "STACK.sdf...",
                      "Stack description files (.sdf).");
     line.addOutputOptions();
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
 
-    const std::string directory = line.path("output");
-    std::error_code error;
-    std::filesystem::create_directories(directory, error);
-    if (error) {
-        std::cerr << "vorlen-cli: cannot make the directory " << directory << ": " << error.message() << '\n';
+    const std::optional<std::string> directory = line.outputDirectory();
+    if (!directory)
         return ExitFileError;
-    }
     int status = ExitGood;
     for (const std::string& name : line.files()) {
         const StackFile file(name);
         status = std::max(status, file.report());
         if (file.isOpened())
             status = std::max(status, guarded("export " + name,
-                                              [&] { return exportStack(file, directory, line.isSet("overwrite")); }));
+                                              [&] { return exportStack(file, *directory, line.isSet("overwrite")); }));
     }
     return status;
 }

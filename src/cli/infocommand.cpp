@@ -34,34 +34,23 @@ std::string imageText(const StackSlice& slice) {
 void writeJson(JsonWriter& json, const StackFile& file) {
     const Stack& stack = file.getStack();
     json.beginObject();
-    json.key("file");
-    json.value(file.getName());
-    json.key("stack");
-    json.value(stack.getName());
-    json.key("unit");
-    json.value(stack.getLengthUnit().symbol());
+    json.member("file", file.getName());
+    json.member("stack", stack.getName());
+    json.member("unit", stack.getLengthUnit().symbol());
     json.key("slices");
     json.beginArray();
     for (int i = 0; i < stack.getNumSlices(); ++i) {
         const StackSlice& slice = stack.getSlice(i);
         const bool empty = slice.isEmpty();
         json.beginObject();
-        json.key("name");
-        json.value(slice.getName());
-        json.key("image");
-        json.value(imageText(slice));
-        json.key("width");
-        json.value(empty ? 0 : slice.getImageSource().getSize2());
-        json.key("height");
-        json.value(empty ? 0 : slice.getImageSource().getSize1());
-        json.key("depth");
-        json.value(empty ? 0 : slice.getImageSource().getDepth());
-        json.key("position");
-        json.value(double(slice.getAbsolutePosition()));
-        json.key("pixelWidth");
-        json.value(double(slice.getPixelCalibration().getPixelWidth()));
-        json.key("pixelHeight");
-        json.value(double(slice.getPixelCalibration().getPixelHeight()));
+        json.member("name", slice.getName());
+        json.member("image", imageText(slice));
+        json.member("width", empty ? 0 : slice.getImageSource().getSize2());
+        json.member("height", empty ? 0 : slice.getImageSource().getSize1());
+        json.member("depth", empty ? 0 : slice.getImageSource().getDepth());
+        json.member("position", double(slice.getAbsolutePosition()));
+        json.member("pixelWidth", double(slice.getPixelCalibration().getPixelWidth()));
+        json.member("pixelHeight", double(slice.getPixelCalibration().getPixelHeight()));
         json.key("registration");
         json.beginArray();
         json.value(slice.getRegistration().getHorShift());
@@ -131,7 +120,7 @@ void printTables(const StackFile& file, OutputFormat format) {
 
 int infoCommand(const QStringList& arguments) {
     CommandLine line("info", "Tells what stacks hold: slices with images, positions and registrations, models, poses.",
-                     "STACK.sdf", "Stack description files (.sdf).");
+                     "STACK.sdf...", "Stack description files (.sdf).");
     line.addFormatOption();
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
@@ -158,7 +147,7 @@ int infoCommand(const QStringList& arguments) {
 }
 
 int checkCommand(const QStringList& arguments) {
-    CommandLine line("check", "Tells what is wrong with stacks; exit status 1 when something is.", "STACK.sdf",
+    CommandLine line("check", "Tells what is wrong with stacks; exit status 1 when something is.", "STACK.sdf...",
                      "Stack description files (.sdf).");
     line.addFormatOption();
     if (const std::optional<int> status = line.parse(arguments))
@@ -177,12 +166,9 @@ int checkCommand(const QStringList& arguments) {
         status = std::max<int>(status, !file.isOpened() ? ExitFileError : clean ? ExitGood : ExitProblems);
         if (*format == OutputFormat::Json) {
             json.beginObject();
-            json.key("file");
-            json.value(name);
-            json.key("opened");
-            json.value(file.isOpened());
-            json.key("fatal");
-            json.value(file.getNumFatalErrors());
+            json.member("file", name);
+            json.member("opened", file.isOpened());
+            json.member("fatal", file.getNumFatalErrors());
             json.key("log");
             json.beginArray();
             for (const std::string& message : file.getLog())

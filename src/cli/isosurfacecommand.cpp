@@ -149,7 +149,7 @@ int isosurfaceCommand(const QStringList& arguments) {
                      "Writes the surface on which a volume reaches a level, as a mesh file (.tm) and as STL, named "
                      "after the volume. Values of at least the level are inside; normals point outward. Coordinates "
                      "are row, column and plane of the voxels, counted from 0.",
-                     "VOLUME.vm", "Voxel matrix files (.vm).");
+                     "VOLUME.vm...", "Voxel matrix files (.vm).");
     line.addOption({"l", "level"}, "The level, a number; it must be given.", "level");
     line.addFlag("open", "Let the surface end at the volume's border. Otherwise it is closed along the border.");
     line.addFlag("calibrated", "Coordinates in the volume's length unit, by its voxel height, width and depth.");
@@ -165,12 +165,8 @@ int isosurfaceCommand(const QStringList& arguments) {
 
     const Request request = {*level, !line.isSet("open"), line.isSet("calibrated"), line.isSet("overwrite"),
                              line.path("output")};
-    std::error_code error;
-    std::filesystem::create_directories(request.directory, error);
-    if (error) {
-        std::cerr << "vorlen-cli: cannot make the directory " << request.directory << ": " << error.message() << '\n';
+    if (!line.outputDirectory())
         return ExitFileError;
-    }
     int status = ExitGood;
     for (const std::string& file : line.files())
         status = std::max(status, guarded("make the surface of " + file, [&] { return writeSurface(file, request); }));

@@ -27,6 +27,13 @@ public:
     void value(bool truth);
     void null();
 
+    /// A member of an object: its name and its value.
+    template <class T>
+    void member(const std::string& name, const T& content) {
+        key(name);
+        value(content);
+    }
+
 private:
     struct Level {
         char close;

@@ -24,6 +24,7 @@ constexpr Command commands[] = {
     {"measure", measureCommand, "lengths, areas, volumes of the models, items and slices"},
     {"export", exportCommand, "surfaces of the models as STL and mesh files"},
     {"isosurface", isosurfaceCommand, "the surface of a volume at a level as STL and mesh file"},
+    {"render", renderCommand, "a picture of the models in space; needs a display"},
     {"register", registerCommand, "a new stack whose slices are brought onto each other by their images"},
     {"normalize", normalizeCommand, "several stacks in one space: registered shapes and their means"},
     {"density", densityCommand, "where the points of several specimens concentrate, as volume and surfaces"},

@@ -104,31 +104,21 @@ void writeTriple(JsonWriter& json, const char* key, const double* values) {
 void writeJson(JsonWriter& json, const StackFile& file, const Measurements& measurements) {
     const Stack& stack = file.getStack();
     json.beginObject();
-    json.key("file");
-    json.value(file.getName());
-    json.key("stack");
-    json.value(stack.getName());
-    json.key("unit");
-    json.value(stack.getLengthUnit().symbol());
+    json.member("file", file.getName());
+    json.member("stack", stack.getName());
+    json.member("unit", stack.getLengthUnit().symbol());
     json.key("models");
     json.beginArray();
     for (const ModelRow& row : measurements.models) {
         json.beginObject();
-        json.key("name");
-        json.value(row.name);
-        json.key("geometry");
-        json.value(row.geometry);
-        json.key("vertices");
-        json.value(row.vertices);
-        json.key("contours");
-        json.value(row.contours);
+        json.member("name", row.name);
+        json.member("geometry", row.geometry);
+        json.member("vertices", row.vertices);
+        json.member("contours", row.contours);
         writeTriple(json, "barycenter", row.barycenter);
-        json.key("area");
-        json.value(row.area);
-        json.key("volume");
-        json.value(row.volume);
-        json.key("equivalentRadius");
-        json.value(row.equivalentRadius);
+        json.member("area", row.area);
+        json.member("volume", row.volume);
+        json.member("equivalentRadius", row.equivalentRadius);
         writeTriple(json, "mainAxesLengths", row.axes);
         json.endObject();
     }
@@ -137,16 +127,11 @@ void writeJson(JsonWriter& json, const StackFile& file, const Measurements& meas
     json.beginArray();
     for (const ItemRow& row : measurements.items) {
         json.beginObject();
-        json.key("model");
-        json.value(row.model);
-        json.key("slice");
-        json.value(row.slice);
-        json.key("vertices");
-        json.value(row.vertices);
-        json.key("length");
-        json.value(row.length);
-        json.key("area");
-        json.value(row.area);
+        json.member("model", row.model);
+        json.member("slice", row.slice);
+        json.member("vertices", row.vertices);
+        json.member("length", row.length);
+        json.member("area", row.area);
         writeTriple(json, "barycenter", row.barycenter);
         json.endObject();
     }
@@ -155,15 +140,12 @@ void writeJson(JsonWriter& json, const StackFile& file, const Measurements& meas
     json.beginArray();
     for (const SliceRow& row : measurements.slices) {
         json.beginObject();
-        json.key("name");
-        json.value(row.name);
-        json.key("position");
-        json.value(row.position);
+        json.member("name", row.name);
+        json.member("position", row.position);
         json.key("counts");
         json.beginObject();
         for (std::size_t m = 0; m < row.counts.size(); ++m) {
-            json.key(measurements.models[m].name);
-            json.value(row.counts[m]);
+            json.member(measurements.models[m].name, row.counts[m]);
         }
         json.endObject();
         json.endObject();
@@ -222,7 +204,7 @@ void printTables(const StackFile& file, const Measurements& measurements, Output
 } // namespace
 
 int measureCommand(const QStringList& arguments) {
-    CommandLine line("measure", "Measures the models, items and slices of stacks.", "STACK.sdf",
+    CommandLine line("measure", "Measures the models, items and slices of stacks.", "STACK.sdf...",
                      "Stack description files (.sdf).");
     line.addFormatOption();
     line.addFlag("models-only", "Print the table of models only; not for json.");

@@ -329,7 +329,7 @@ int normalizeCommand(const QStringList& arguments) {
                      "structures that they share. Writes every shape, the mean surfaces and a summary.\n\n"
                      "Files are named STACK-MODEL.qm (surfaces) and STACK-MODEL.vs (points), means mean-MODEL.qm. A "
                      "stack without a name, or with that of another stack, goes by its file's name.",
-                     "STACK.sdf", "Two or more stack description files (.sdf).");
+                     "STACK.sdf...", "Two or more stack description files (.sdf).");
     declareOptions(line);
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
@@ -339,12 +339,8 @@ int normalizeCommand(const QStringList& arguments) {
     if (line.files().size() < 2)
         return line.usageError("a normalization needs at least two stacks");
 
-    std::error_code error;
-    std::filesystem::create_directories(request.directory, error);
-    if (error) {
-        complain("cannot make the directory " + request.directory + ": " + error.message());
+    if (!line.outputDirectory())
         return ExitFileError;
-    }
     if (!request.overwrite && FileInfo::fileExists(request.directory + "/summary.html")) {
         complain("there is a normalization in " + request.directory + " already; --overwrite replaces it");
         return ExitFileError;

@@ -114,25 +114,21 @@ int registerCommand(const QStringList& arguments) {
         "register",
         "Brings each slice onto the one before it, by the centre and the main axis of its bright parts, and "
         "writes a new stack with the registrations. The images stay as they are.",
-        "STACK.sdf", "Stack description files (.sdf).");
+        "STACK.sdf...", "Stack description files (.sdf).");
     line.addOutputOptions();
     line.addFlag("invert", "Take dark parts for the tissue: for sections on a white ground.");
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
-    const std::string directory = line.path("output");
-    std::error_code error;
-    std::filesystem::create_directories(directory, error);
-    if (error) {
-        std::cerr << "vorlen-cli: cannot make the directory " << directory << ": " << error.message() << '\n';
+    const std::optional<std::string> directory = line.outputDirectory();
+    if (!directory)
         return ExitFileError;
-    }
     int status = ExitGood;
     for (const std::string& name : line.files()) {
         StackFile file(name);
         status = std::max(status, file.report());
         if (file.isOpened())
             status = std::max(status, guarded("register " + name, [&] {
-                                  return registerStack(file, directory, line.isSet("overwrite"), line.isSet("invert"));
+                                  return registerStack(file, *directory, line.isSet("overwrite"), line.isSet("invert"));
                               }));
     }
     return status;

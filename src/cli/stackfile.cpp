@@ -12,7 +12,7 @@
 #include "images/voxelmatrixheader.h"
 #include "numerics/exception.h"
 
-StackFile::StackFile(const std::string& name) : __name(name), __stack(std::make_unique<Stack>()) {
+StackFile::StackFile(const std::string& name, std::unique_ptr<Stack> stack) : __name(name), __stack(std::move(stack)) {
     ConsoleMonitor monitor;
     StackReader reader;
     reader.addMonitor(monitor);

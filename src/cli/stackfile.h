@@ -10,11 +10,15 @@
 /// Exit statuses of the program.
 enum ExitStatus { ExitGood = 0, ExitProblems = 1, ExitUsage = 2, ExitFileError = 3 };
 
+/// By which the program that draws tells vorlen-cli that there is no display.
+constexpr int exitNoDisplay = 4;
+
 /// A stack read from its description file, with what the reader had to say about it.
 class StackFile {
 public:
-    /// Reads the file, with progress on the terminal. Never throws: failures are in the state.
-    explicit StackFile(const std::string& name);
+    /// Reads the file, with progress on the terminal, into a stack, which may be of a kind of its own. Never throws:
+    /// failures are in the state.
+    explicit StackFile(const std::string& name, std::unique_ptr<Stack> stack = std::make_unique<Stack>());
 
     const std::string& getName() const { return __name; }
     bool isOpened() const { return __opened; }

@@ -1,41 +1,9 @@
 #include "document/modelitemproperties.h"
 
+#include "document/optionalproperties.h"
 #include "numerics/exception.h"
 
-namespace {
-
-/// The value, or ProgramError when there is none.
-template <class T>
-const T& defined(const std::optional<T>& value, const char* where, const char* name) {
-    if (!value)
-        throw ProgramError(where, std::string(name) + ": undefined attribute");
-    return *value;
-}
-
-template <class T>
-void updateFrom(std::optional<T>& value, const std::optional<T>& other) {
-    if (other)
-        value = other;
-}
-
-template <class T>
-bool differ(const std::optional<T>& value, const std::optional<T>& other) {
-    return value.has_value() != other.has_value() || (value && !(*value == *other));
-}
-
-template <class T>
-void keepCommon(std::optional<T>& value, const std::optional<T>& other) {
-    if (differ(value, other))
-        value.reset();
-}
-
-template <class T>
-void keepDifferent(std::optional<T>& value, const std::optional<T>& other) {
-    if (!differ(value, other))
-        value.reset();
-}
-
-} // namespace
+using optionalproperties::defined;
 
 void ModelItemProperties::setColor(const Vector<int>& color) {
     if (color.getSize() != 3)
@@ -99,7 +67,7 @@ bool ModelItemProperties::getRenderingVisibility() const {
 }
 
 bool ModelItemProperties::definesAny() const {
-    return __color || __lineWidth || __pointSize || __vertexSymbol || __vertexSymbolFilling || __renderingVisibility;
+    return std::apply([this](auto... member) { return ((this->*member).has_value() || ...); }, __members());
 }
 
 void ModelItemProperties::clear() {
@@ -116,33 +84,18 @@ void ModelItemProperties::setDefaults() {
 }
 
 void ModelItemProperties::update(const ModelItemProperties& other) {
-    updateFrom(__color, other.__color);
-    updateFrom(__lineWidth, other.__lineWidth);
-    updateFrom(__pointSize, other.__pointSize);
-    updateFrom(__vertexSymbol, other.__vertexSymbol);
-    updateFrom(__vertexSymbolFilling, other.__vertexSymbolFilling);
-    updateFrom(__renderingVisibility, other.__renderingVisibility);
+    optionalproperties::update(*this, other, __members());
 }
 
 ModelItemProperties ModelItemProperties::intersection(const ModelItemProperties& other) const {
     ModelItemProperties common = *this;
-    keepCommon(common.__color, other.__color);
-    keepCommon(common.__lineWidth, other.__lineWidth);
-    keepCommon(common.__pointSize, other.__pointSize);
-    keepCommon(common.__vertexSymbol, other.__vertexSymbol);
-    keepCommon(common.__vertexSymbolFilling, other.__vertexSymbolFilling);
-    keepCommon(common.__renderingVisibility, other.__renderingVisibility);
+    optionalproperties::keep(true, common, other, __members());
     return common;
 }
 
 ModelItemProperties ModelItemProperties::operator-(const ModelItemProperties& other) const {
     ModelItemProperties own = *this;
-    keepDifferent(own.__color, other.__color);
-    keepDifferent(own.__lineWidth, other.__lineWidth);
-    keepDifferent(own.__pointSize, other.__pointSize);
-    keepDifferent(own.__vertexSymbol, other.__vertexSymbol);
-    keepDifferent(own.__vertexSymbolFilling, other.__vertexSymbolFilling);
-    keepDifferent(own.__renderingVisibility, other.__renderingVisibility);
+    optionalproperties::keep(false, own, other, __members());
     return own;
 }
 
@@ -153,10 +106,8 @@ ModelItemProperties ModelItemProperties::operator+(const ModelItemProperties& ot
 }
 
 bool ModelItemProperties::operator==(const ModelItemProperties& other) const {
-    return !differ(__color, other.__color) && !differ(__lineWidth, other.__lineWidth) &&
-           !differ(__pointSize, other.__pointSize) && !differ(__vertexSymbol, other.__vertexSymbol) &&
-           !differ(__vertexSymbolFilling, other.__vertexSymbolFilling) &&
-           !differ(__renderingVisibility, other.__renderingVisibility);
+    return std::apply([&](auto... member) { return (optionalproperties::equal(this->*member, other.*member) && ...); },
+                      __members());
 }
 
 std::string ModelItemProperties::toString(VertexSymbol symbol) {

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <tuple>
 
 #include "numerics/vector.h"
 
@@ -79,6 +80,12 @@ public:
     static VertexSymbol toVertexSymbol(const std::string& text);
 
 private:
+    static constexpr auto __members() {
+        using P = ModelItemProperties;
+        return std::make_tuple(&P::__color, &P::__lineWidth, &P::__pointSize, &P::__vertexSymbol,
+                               &P::__vertexSymbolFilling, &P::__renderingVisibility);
+    }
+
     std::optional<Vector<int>> __color;
     std::optional<float> __lineWidth;
     std::optional<float> __pointSize;

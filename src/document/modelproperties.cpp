@@ -1,30 +1,8 @@
 #include "document/modelproperties.h"
 
-#include "numerics/exception.h"
+#include "document/optionalproperties.h"
 
-namespace {
-
-/// The value, or ProgramError when there is none.
-template <class T>
-const T& defined(const std::optional<T>& value, const char* where, const char* name) {
-    if (!value)
-        throw ProgramError(where, std::string(name) + ": undefined attribute");
-    return *value;
-}
-
-template <class T>
-void updateFrom(std::optional<T>& value, const std::optional<T>& other) {
-    if (other)
-        value = other;
-}
-
-template <class T>
-void keepCommon(std::optional<T>& value, const std::optional<T>& other) {
-    if (value != other)
-        value.reset();
-}
-
-} // namespace
+using optionalproperties::defined;
 
 void ModelProperties::setGeometry(MPrimitive geometry) {
     __geometry = geometry;
@@ -115,28 +93,12 @@ void ModelProperties::setDefaults() {
 }
 
 void ModelProperties::update(const ModelProperties& other) {
-    updateFrom(__geometry, other.__geometry);
-    updateFrom(__renderingMode, other.__renderingMode);
-    updateFrom(__surfaceOpacity, other.__surfaceOpacity);
-    updateFrom(__surfaceShininess, other.__surfaceShininess);
-    updateFrom(__quadMeshWidth, other.__quadMeshWidth);
-    updateFrom(__quadMeshHeight, other.__quadMeshHeight);
-    updateFrom(__economicRendering, other.__economicRendering);
-    updateFrom(__beginCapFlag, other.__beginCapFlag);
-    updateFrom(__endCapFlag, other.__endCapFlag);
+    optionalproperties::update(*this, other, __members());
 }
 
 ModelProperties ModelProperties::intersection(const ModelProperties& other) const {
     ModelProperties common = *this;
-    keepCommon(common.__geometry, other.__geometry);
-    keepCommon(common.__renderingMode, other.__renderingMode);
-    keepCommon(common.__surfaceOpacity, other.__surfaceOpacity);
-    keepCommon(common.__surfaceShininess, other.__surfaceShininess);
-    keepCommon(common.__quadMeshWidth, other.__quadMeshWidth);
-    keepCommon(common.__quadMeshHeight, other.__quadMeshHeight);
-    keepCommon(common.__economicRendering, other.__economicRendering);
-    keepCommon(common.__beginCapFlag, other.__beginCapFlag);
-    keepCommon(common.__endCapFlag, other.__endCapFlag);
+    optionalproperties::keep(true, common, other, __members());
     return common;
 }
 

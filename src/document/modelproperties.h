@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <tuple>
 
 /// Geometry of the items of a model.
 enum MPrimitive { PolygonPrimitive = 0, PolylinePrimitive = 1, PolypointPrimitive = 2, UnknownPrimitive = 3 };
@@ -88,6 +89,13 @@ public:
     static RenderingMode toRenderingMode(const std::string& text);
 
 private:
+    static constexpr auto __members() {
+        using P = ModelProperties;
+        return std::make_tuple(&P::__geometry, &P::__renderingMode, &P::__surfaceOpacity, &P::__surfaceShininess,
+                               &P::__quadMeshWidth, &P::__quadMeshHeight, &P::__economicRendering, &P::__beginCapFlag,
+                               &P::__endCapFlag);
+    }
+
     std::optional<MPrimitive> __geometry;
     std::optional<RenderingMode> __renderingMode;
     std::optional<float> __surfaceOpacity;

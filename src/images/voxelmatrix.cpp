@@ -473,21 +473,30 @@ void VoxelMatrix<T>::load(const std::string& filename) {
     VoxelMatrixFileReader reader(filename, "void VoxelMatrix<T>::load(const string&)");
     const VoxelMatrixHeader& header = reader.header();
     checkHeader(header, dataTypeId(), fileElementSize(), filename);
-    setSize(header.size1, header.size2, header.size3);
+    if (__planes.size() != static_cast<std::size_t>(header.size3))
+        __planes = std::vector<PixelMatrix<T>>(static_cast<std::size_t>(header.size3));
+    __size1 = header.size1;
+    __size2 = header.size2;
+    __size3 = header.size3;
     try {
         std::vector<unsigned char> packed;
         if (std::is_same_v<T, long double>)
             packed.resize(12 * static_cast<std::size_t>(__size2));
-        forEachRow(__planes, [&](T* row, int columns) {
-            if constexpr (std::is_same_v<T, long double>) {
-                reader.read(packed.data(), packed.size());
-                unpackExtended(packed.data(), row, columns);
-            } else {
-                reader.readRow(row, sizeof(T) * static_cast<std::size_t>(columns));
+        // Plane after plane, so that the rows are filled while the processor's cache still knows them.
+        for (PixelMatrix<T>& plane : __planes) {
+            plane.setSize(__size1, __size2);
+            for (int i = 0; i < __size1; ++i) {
+                T* const row = plane[i].data();
+                if constexpr (std::is_same_v<T, long double>) {
+                    reader.read(packed.data(), packed.size());
+                    unpackExtended(packed.data(), row, __size2);
+                } else {
+                    reader.readRow(row, sizeof(T) * static_cast<std::size_t>(__size2));
+                }
             }
-        });
-        reader.finish();
-    } catch (const Exception&) {
+            reader.finish();
+        }
+    } catch (...) {
         setSize(0, 0, 0);
         throw;
     }

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "numerics/elementtype.h"
 #include "numerics/exception.h"
 #include "numerics/matrix.h"
 #include "numerics/numbers.h"
@@ -39,34 +40,10 @@ constexpr bool isReal = std::is_floating_point_v<T>;
 template <class T>
 using Real = std::conditional_t<isReal<T>, T, double>;
 
-template <class T>
-const char* typeName() {
-    if constexpr (std::is_same_v<T, bool>)
-        return "bool";
-    else if constexpr (std::is_same_v<T, char>)
-        return "char";
-    else if constexpr (std::is_same_v<T, unsigned char>)
-        return "unsigned char";
-    else if constexpr (std::is_same_v<T, short>)
-        return "short";
-    else if constexpr (std::is_same_v<T, unsigned short>)
-        return "unsigned short";
-    else if constexpr (std::is_same_v<T, int>)
-        return "int";
-    else if constexpr (std::is_same_v<T, unsigned int>)
-        return "unsigned int";
-    else if constexpr (std::is_same_v<T, float>)
-        return "float";
-    else if constexpr (std::is_same_v<T, double>)
-        return "double";
-    else
-        return "long double";
-}
-
 // Refuses an operation for integer elements. The result type is that of the elements unless given.
 template <class T>
-[[noreturn]] void refuse(const std::string& operation, const std::string& result = typeName<T>()) {
-    const std::string type = typeName<T>();
+[[noreturn]] void refuse(const std::string& operation, const std::string& result = elementTypeName<T>()) {
+    const std::string type = elementTypeName<T>();
     throw TypeError(result + " Vector<" + type + ">::" + operation, "Method not available for type '" + type + "'");
 }
 

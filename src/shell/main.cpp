@@ -1,12 +1,8 @@
 /// The windowed program. Its arguments are stack description files to open at the start.
 
-#include <clocale>
 #include <iostream>
-#include <locale>
 
-#include <QApplication>
 #include <QStringList>
-#include <QSurfaceFormat>
 
 #include "shell/session/vrlexception.h"
 #include "shell/session/vrlpreferences.h"
@@ -14,6 +10,7 @@
 #include "shell/session/vrlsettings.h"
 #include "shell/session/vrlstackserver.h"
 #include "shell/vrlrootwindow.h"
+#include "shell/widgets/vorlenapplication.h"
 
 namespace {
 
@@ -52,21 +49,11 @@ int runReportingFailures(const QStringList& arguments) {
 } // namespace
 
 int main(int argc, char** argv) {
-    QSurfaceFormat format;
-    format.setProfile(QSurfaceFormat::CompatibilityProfile);
-    format.setDepthBufferSize(24);
-    QSurfaceFormat::setDefaultFormat(format);
-    QApplication application(argc, argv);
-    QApplication::setOrganizationName("KORV");
-    QApplication::setApplicationName("Vorlen");
+    VorlenApplication application(argc, argv);
     QApplication::setDesktopFileName("vorlen");
     VRLSettings::settings.load();
     VRLPreferences::load();
     QObject::connect(&application, &QApplication::lastWindowClosed, &application, &QApplication::quit);
-    // The application object takes the user's locale; numbers in files have a point.
-    std::setlocale(LC_NUMERIC, "C");
-    std::locale::global(std::locale::classic());
-
     const int status = runReportingFailures(QApplication::arguments());
     VRLSettings::settings.save();
     VRLPreferences::save();

@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QTextEdit>
 #include <QToolBar>
 
 #include "document/stackslice.h"
@@ -22,6 +23,7 @@
 #include "models/vrlstacklistwidget.h"
 #include "models/vrlstackpropertiesdialog.h"
 #include "numerics/exception.h"
+#include "reconstruction/spotdistances.h"
 #include "reconstruction/ui/vrlanalysiswindow.h"
 #include "shell/io/vrlstackio.h"
 #include "shell/session/vrlactionhistory.h"
@@ -45,9 +47,8 @@
 namespace {
 
 /// Commands whose part of the program is not there yet.
-const QStringList futureCommands = {
-    "Display stack panorama", "Display overview", "Register",      "Find spots", "Normalize",
-    "Transfer models...",     "Filter models...", "Ombrel action1"};
+const QStringList futureCommands = {"Display stack panorama", "Display overview", "Register", "Find spots", "Normalize",
+                                    "Transfer models...",     "Filter models..."};
 
 } // namespace
 
@@ -95,7 +96,8 @@ VRLRootMediator::VRLRootMediator(VRLRootWindow& window) : QObject(&window), __wi
     add("Transfer models...", "", "", "Copy or move models between stacks", [] {});
     add("Filter models...", "", "", "Sort the items of models by a reference model", [] {});
     add("Run", "", "Ctrl+M", "Measure the models, items and slices of the stack", [this] { runAnalysis(); });
-    add("Ombrel action1", "", "", "Distances of spots to the surface of a cell, for each open stack", [] {});
+    add("Ombrel action1", "", "", "Distances of spots to the surface of a cell, for each open stack",
+        [this] { runOmbrelAction1(); });
 
     // The usual key for redo, beside ours.
     action("Redo")->setShortcuts({QKeySequence("Ctrl+R"), QKeySequence("Ctrl+Shift+Z")});
@@ -497,6 +499,44 @@ void VRLRootMediator::runAnalysis() {
         return;
     auto* window = new VRLAnalysisWindow; // deletes itself when it is closed
     window->setStack(*__stack);
+}
+
+void VRLRootMediator::runOmbrelAction1() {
+    static int count = 0; // goes on from one run to the next
+    QStringList lines, failures;
+    {
+        const WaitCursor cursor;
+        const VRLStackServer& server = VRLStackServer::stackServer;
+        for (int s = 0; s < server.getNumStacks(); ++s)
+            try {
+                for (double distance : spotDistances(server.getStack(s), "cell", "spotBarycenters"))
+                    lines += QString::number(++count) + ' ' + QString::number(distance, 'g', 6);
+            } catch (const Exception& failure) {
+                failures += QString::fromStdString("Stack \"" + server.getStack(s).getName() + "\" is left out. " +
+                                                   failure.getWhat() + ".");
+            }
+        if (server.getNumStacks() == 0)
+            failures += "No stack is open.";
+    }
+    if (!lines.isEmpty()) {
+        auto* window = new QTextEdit; // deletes itself when it is closed
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        connect(qApp, &QCoreApplication::aboutToQuit, window, &QWidget::close);
+        window->setWindowTitle(QString(appName) + " - Distances of spots to the cell");
+        window->setWindowIcon(VRLIcons::logo());
+        window->setReadOnly(true);
+        window->setPlainText(lines.join('\n'));
+        window->resize(480, 640);
+        window->show();
+    }
+    if (failures.isEmpty())
+        return;
+    QMessageBox box(QMessageBox::Information, appName,
+                    failures.join("\n\n") + "\n\nThe distances are those of the points of the model "
+                                            "\"spotBarycenters\" to the surface of the model \"cell\".",
+                    QMessageBox::Ok, &__window);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
 }
 
 void VRLRootMediator::renderCurrentStack() {

@@ -92,6 +92,9 @@ public slots:
     void runPreferencesDialog();
     void renderCurrentStack();
     void runAnalysis();
+    /// Lists, for each open stack, how far the points of the model "spotBarycenters" lie from the surface of the model
+    /// "cell". Stacks where this cannot be told are named in a message.
+    void runOmbrelAction1();
     void setFirstSlice();
     void setLastSlice();
     void setNextSlice();

@@ -51,6 +51,15 @@ VRLRootStatusBar::VRLRootStatusBar(QWidget* parent) : QFrame(parent) {
     __sliceStatusBar = new VRLSliceEditWidgetStatusBar(this);
     __sliceStatusBar->setSizeGripEnabled(false);
     __sliceStatusBar->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed); // its labels are never cut
+    // Its hints have no room there: they are shown when they change, and when no other message is left.
+    connect(__sliceStatusBar, &QStatusBar::messageChanged, this, [this](const QString& hint) {
+        if (!hint.isEmpty())
+            setMessage(hint);
+    });
+    connect(__statusBar, &QStatusBar::messageChanged, this, [this](const QString& message) {
+        if (message.isEmpty() && !__sliceStatusBar->currentMessage().isEmpty())
+            setMessage(__sliceStatusBar->currentMessage());
+    });
     __progressBar = new QProgressBar(this);
     __progressBar->setFixedWidth(150);
     __progressBar->setRange(0, 100);

@@ -95,9 +95,9 @@ void QuadMeshPainterGL<T>::setShape(const Shape<T>& shape) {
 template <class T>
 void QuadMeshPainterGL<T>::glDrawShape() const {
     if (this->displayMode() == SurfaceDisplayGL)
-        this->array.drawLit(GL_TRIANGLES, __indexes);
+        this->array.drawLit(GL_TRIANGLES);
     else if (this->displayMode() == MeshDisplayGL)
-        this->array.drawPlain(GL_LINES, __indexes);
+        this->array.drawPlain(GL_LINES);
     else
         CurveStackPainterGL<T>::glDrawShape();
     for (const auto* cap : {__beginCap.get(), __endCap.get()})
@@ -123,7 +123,7 @@ void QuadMeshPainterGL<T>::prepareShape() const {
 template <class T>
 void QuadMeshPainterGL<T>::prepareAttributes() const {
     CurveStackPainterGL<T>::prepareAttributes();
-    __indexes.clear();
+    this->array.indexes.clear();
     this->array.colors.clear();
     if (this->array.getSize() == 0)
         return;
@@ -141,21 +141,24 @@ void QuadMeshPainterGL<T>::prepareAttributes() const {
 }
 
 // Between two levels the triangles of a strip that takes lower and upper vertices in turn; their front is the side of
-// the normals.
+// the normals. Of an opaque mesh a few columns are gone up at a time, so that a vertex is still at hand when the next
+// level comes back to it; what is behind what of a transparent one depends on the order, which is level by level.
 template <class T>
 void QuadMeshPainterGL<T>::__prepareSurface() const {
     const unsigned int height = unsigned(__normals.getHeight());
     const unsigned int width = unsigned(__normals.getWidth());
     const unsigned int numCells = __normals.isClosed() || width == 0 ? width : width - 1;
     if (height > 1)
-        __indexes.reserve(std::size_t(6) * (height - 1) * numCells);
-    for (unsigned int l = 0; l + 1 < height; ++l)
-        for (unsigned int c = 0; c < numCells; ++c) {
-            const unsigned int next = c + 1 < width ? c + 1 : 0;
-            const unsigned int lower = l * width, upper = lower + width;
-            __indexes.insert(__indexes.end(),
-                             {lower + c, upper + c, lower + next, lower + next, upper + c, upper + next});
-        }
+        this->array.indexes.reserve(std::size_t(6) * (height - 1) * numCells);
+    const unsigned int atOnce = isOpaque() ? 12 : std::max(numCells, 1u);
+    for (unsigned int first = 0; first < numCells; first += atOnce)
+        for (unsigned int l = 0; l + 1 < height; ++l)
+            for (unsigned int c = first; c < std::min(first + atOnce, numCells); ++c) {
+                const unsigned int next = c + 1 < width ? c + 1 : 0;
+                const unsigned int lower = l * width, upper = lower + width;
+                this->array.indexes.insert(this->array.indexes.end(),
+                                           {lower + c, upper + c, lower + next, lower + next, upper + c, upper + next});
+            }
     if (!__mesh()->hasVertexColors())
         return;
     const QuadMesh<int>& colors = __mesh()->getVertexColors();
@@ -178,11 +181,11 @@ void QuadMeshPainterGL<T>::__prepareWires() const {
         for (unsigned int c = 0; c < width; ++c) {
             const unsigned int vertex = l * width + c;
             if (c + 1 < width)
-                __indexes.insert(__indexes.end(), {vertex, vertex + 1});
+                this->array.indexes.insert(this->array.indexes.end(), {vertex, vertex + 1});
             else if (__normals.isClosed())
-                __indexes.insert(__indexes.end(), {vertex, l * width});
+                this->array.indexes.insert(this->array.indexes.end(), {vertex, l * width});
             if (l + 1 < height)
-                __indexes.insert(__indexes.end(), {vertex, vertex + width});
+                this->array.indexes.insert(this->array.indexes.end(), {vertex, vertex + width});
         }
 }
 

@@ -39,7 +39,6 @@ private:
     std::unique_ptr<QuadMeshPainterGL> __capPainter(const QuadMesh<T>& cap) const;
 
     QuadMesh<T> __normals;
-    mutable std::vector<unsigned int> __indexes; ///< triangles in mode 5, lines in mode 4
     mutable std::unique_ptr<QuadMeshPainterGL> __beginCap;
     mutable std::unique_ptr<QuadMeshPainterGL> __endCap;
 };

@@ -126,8 +126,10 @@ void ShapePainterGL<T>::__prepare() const {
         levels.clear();
         prepareShape();
     }
-    if (!__shapePrepared || !__attributesPrepared)
+    if (!__shapePrepared || !__attributesPrepared) {
         prepareAttributes();
+        array.invalidate();
+    }
     __shapePrepared = true;
     __attributesPrepared = true;
 }

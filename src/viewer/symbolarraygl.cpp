@@ -144,18 +144,23 @@ void SymbolArrayGL::glDraw() const {
     glCullFace(GL_BACK);
     glEnableClientState(GL_VERTEX_ARRAY);
     glEnableClientState(GL_NORMAL_ARRAY);
-    glNormalPointer(GL_FLOAT, 0, __normals.data());
+    glNormalPointer(GL_FLOAT, 0, __normalBuffer.bind(__normals.data(), __normals.size() * sizeof(float)));
+    __normalBuffer.release();
+    const char* indexes = __indexBuffer.bind(__indexes.data(), __indexes.size() * sizeof(unsigned int));
+    const char* positions = __positionBuffer.bind(__positions.data(), __positions.size() * sizeof(float));
     std::vector<float> block;
     for (int first = 0; first < getSize(); first += blockSize) {
         const int count = std::min(blockSize, getSize() - first);
         if (__positions.empty()) {
             block.resize(std::size_t(blockSize) * __mesh.positions.size());
             __write(first, count, block.data());
-            __drawBlock(block.data(), count);
+            __drawBlock(block.data(), indexes, count);
         } else {
-            __drawBlock(__positions.data() + std::size_t(first) * __mesh.positions.size(), count);
+            __drawBlock(positions + std::size_t(first) * __mesh.positions.size() * sizeof(float), indexes, count);
         }
     }
+    __positionBuffer.release();
+    __indexBuffer.release();
     glDisableClientState(GL_NORMAL_ARRAY);
     glDisableClientState(GL_VERTEX_ARRAY);
     if (!culled)
@@ -173,8 +178,8 @@ void SymbolArrayGL::__write(int first, int count, float* out) const {
     }
 }
 
-void SymbolArrayGL::__drawBlock(const float* positions, int count) const {
+void SymbolArrayGL::__drawBlock(const void* positions, const void* indexes, int count) const {
     glVertexPointer(3, GL_FLOAT, 0, positions);
     glDrawRangeElements(GL_TRIANGLES, 0, GLuint(count * int(__mesh.positions.size() / 3) - 1),
-                        GLsizei(count * int(__mesh.indexes.size())), GL_UNSIGNED_INT, __indexes.data());
+                        GLsizei(count * int(__mesh.indexes.size())), GL_UNSIGNED_INT, indexes);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewer/buffergl.h"
 #include "viewer/vertexsymbolgl.h"
 
 #include <cstddef>
@@ -40,7 +41,7 @@ public:
 
 private:
     void __write(int first, int count, float* out) const;
-    void __drawBlock(const float* positions, int count) const;
+    void __drawBlock(const void* positions, const void* indexes, int count) const;
 
     SymbolMeshGL __mesh;
     std::vector<float> __centers;
@@ -48,4 +49,7 @@ private:
     std::vector<float> __positions; ///< of all symbols, or none
     std::vector<float> __normals;   ///< of a block
     std::vector<unsigned int> __indexes;
+    mutable BufferGL __positionBuffer{QOpenGLBuffer::VertexBuffer};
+    mutable BufferGL __normalBuffer{QOpenGLBuffer::VertexBuffer};
+    mutable BufferGL __indexBuffer{QOpenGLBuffer::IndexBuffer};
 };

@@ -57,9 +57,9 @@ void TriMeshPainterGL<T>::setAttributes(const ShapePainterAttributesGL& attribut
 template <class T>
 void TriMeshPainterGL<T>::glDrawShape() const {
     if (this->displayMode() == SurfaceDisplayGL)
-        this->array.drawLit(GL_TRIANGLES, __indexes);
+        this->array.drawLit(GL_TRIANGLES);
     else if (this->displayMode() == MeshDisplayGL)
-        this->array.drawPlain(GL_LINES, __indexes);
+        this->array.drawPlain(GL_LINES);
     else
         this->drawVertices();
 }
@@ -76,21 +76,21 @@ void TriMeshPainterGL<T>::prepareShape() const {
 template <class T>
 void TriMeshPainterGL<T>::prepareAttributes() const {
     VerticesPainterGL<T>::prepareAttributes();
-    __indexes.clear();
+    this->array.indexes.clear();
     if (this->displayMode() != SurfaceDisplayGL && this->displayMode() != MeshDisplayGL)
         return;
     const bool wires = this->displayMode() == MeshDisplayGL;
     const unsigned int size = unsigned(this->array.getSize());
-    __indexes.reserve(std::size_t(wires ? 6 : 3) * __mesh()->getNumTriangles());
+    this->array.indexes.reserve(std::size_t(wires ? 6 : 3) * __mesh()->getNumTriangles());
     for (unsigned int i = 0; i < __mesh()->getNumTriangles(); ++i) {
         const Vector<unsigned int>& t = __mesh()->getTriangleIndexes(i);
         // A mesh takes any numbers; one beyond the vertices must not reach the driver.
         if (t[0] >= size || t[1] >= size || t[2] >= size)
             continue;
         if (wires)
-            __indexes.insert(__indexes.end(), {t[0], t[1], t[1], t[2], t[2], t[0]});
+            this->array.indexes.insert(this->array.indexes.end(), {t[0], t[1], t[1], t[2], t[2], t[0]});
         else
-            __indexes.insert(__indexes.end(), {t[0], t[1], t[2]});
+            this->array.indexes.insert(this->array.indexes.end(), {t[0], t[1], t[2]});
     }
 }
 

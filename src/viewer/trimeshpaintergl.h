@@ -36,5 +36,4 @@ private:
     void __smoothNormals(int passes);
 
     std::unique_ptr<TriMesh<T>> __copyWithNormals; ///< of a mesh without normals
-    mutable std::vector<unsigned int> __indexes;   ///< triangles in mode 5, lines in mode 4
 };

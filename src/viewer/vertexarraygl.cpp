@@ -4,10 +4,9 @@
 
 namespace {
 
-void drawIndexed(GLenum primitive, int size, const std::vector<unsigned int>& indexes) {
-    // The range spares the driver a walk over the indexes.
-    if (!indexes.empty())
-        glDrawRangeElements(primitive, 0, GLuint(size - 1), GLsizei(indexes.size()), GL_UNSIGNED_INT, indexes.data());
+template <class Element>
+const char* bind(BufferGL& buffer, const std::vector<Element>& array) {
+    return buffer.bind(array.data(), array.size() * sizeof(Element));
 }
 
 /// Lines and points have no surface that light could fall on: they appear in their own colour.
@@ -31,6 +30,13 @@ void VertexArrayGL::clear() {
     positions.clear();
     normals.clear();
     colors.clear();
+    indexes.clear();
+    invalidate();
+}
+
+void VertexArrayGL::invalidate() {
+    for (BufferGL* buffer : {&__positionBuffer, &__normalBuffer, &__colorBuffer, &__indexBuffer})
+        buffer->invalidate();
 }
 
 template <class T>
@@ -49,38 +55,52 @@ void VertexArrayGL::drawPlain(GLenum primitive, int first, int count) const {
     if (count <= 0)
         return;
     const Unlit unlit;
-    glEnableClientState(GL_VERTEX_ARRAY);
-    glVertexPointer(3, GL_FLOAT, 0, positions.data());
+    __setPositions();
     glDrawArrays(primitive, first, count);
     glDisableClientState(GL_VERTEX_ARRAY);
 }
 
-void VertexArrayGL::drawPlain(GLenum primitive, const std::vector<unsigned int>& indexes) const {
+void VertexArrayGL::drawPlain(GLenum primitive) const {
     const Unlit unlit;
-    glEnableClientState(GL_VERTEX_ARRAY);
-    glVertexPointer(3, GL_FLOAT, 0, positions.data());
-    drawIndexed(primitive, getSize(), indexes);
+    __setPositions();
+    __drawIndexed(primitive);
     glDisableClientState(GL_VERTEX_ARRAY);
 }
 
-void VertexArrayGL::drawLit(GLenum primitive, const std::vector<unsigned int>& indexes) const {
+void VertexArrayGL::drawLit(GLenum primitive) const {
     if (normals.size() != positions.size()) {
-        drawPlain(primitive, indexes);
+        drawPlain(primitive);
         return;
     }
-    glEnableClientState(GL_VERTEX_ARRAY);
-    glVertexPointer(3, GL_FLOAT, 0, positions.data());
+    __setPositions();
     glEnableClientState(GL_NORMAL_ARRAY);
-    glNormalPointer(GL_FLOAT, 0, normals.data());
+    glNormalPointer(GL_FLOAT, 0, bind(__normalBuffer, normals));
+    __normalBuffer.release();
     if (colors.size() / 4 == normals.size() / 3 && !colors.empty()) {
         glEnable(GL_COLOR_MATERIAL);
         glEnableClientState(GL_COLOR_ARRAY);
-        glColorPointer(4, GL_UNSIGNED_BYTE, 0, colors.data());
+        glColorPointer(4, GL_UNSIGNED_BYTE, 0, bind(__colorBuffer, colors));
+        __colorBuffer.release();
     }
-    drawIndexed(primitive, getSize(), indexes);
+    __drawIndexed(primitive);
     glDisableClientState(GL_COLOR_ARRAY);
     glDisableClientState(GL_NORMAL_ARRAY);
     glDisableClientState(GL_VERTEX_ARRAY);
+}
+
+void VertexArrayGL::__setPositions() const {
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(3, GL_FLOAT, 0, bind(__positionBuffer, positions));
+    __positionBuffer.release();
+}
+
+void VertexArrayGL::__drawIndexed(GLenum primitive) const {
+    if (indexes.empty())
+        return;
+    // The range spares the driver a walk over the indexes.
+    glDrawRangeElements(primitive, 0, GLuint(getSize() - 1), GLsizei(indexes.size()), GL_UNSIGNED_INT,
+                        bind(__indexBuffer, indexes));
+    __indexBuffer.release();
 }
 
 template void VertexArrayGL::append(const Vertices<float>&);

@@ -2,6 +2,7 @@
 
 #include "numerics/exception.h"
 #include "numerics/maths.h"
+#include "shell/widgets/vorlenapplication.h"
 
 #include <QColor>
 #include <QElapsedTimer>
@@ -54,11 +55,7 @@ Matrix<float> rotationMatrix(const Vector<float>& angles) {
 
 ViewerCanvasGL::ViewerCanvasGL(QWidget* parent)
     : QOpenGLWidget(parent), __center(nullVector()), __rotation(nullVector()) {
-    QSurfaceFormat wanted = QSurfaceFormat::defaultFormat();
-    wanted.setProfile(QSurfaceFormat::CompatibilityProfile);
-    wanted.setDepthBufferSize(24);
-    wanted.setSamples(4);
-    setFormat(wanted);
+    setFormat(VorlenApplication::surfaceFormat());
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName("3D view");
@@ -134,6 +131,27 @@ void ViewerCanvasGL::updateBoundingBox() {
     }
     __scaleBoundingBox();
     __projectionDirty = true;
+}
+
+int ViewerCanvasGL::fittingZoom() const {
+    const BoundingBox<float>& frame = __boundingBoxPainter.getBoundingBox();
+    if (!frame.isValid())
+        return 100;
+    const Matrix<float> rotation = rotationMatrix(__rotation);
+    const float side = float(std::max({width(), height(), 1}));
+    const float eye = __projection.eyeDistance() * __radius;
+    float zoom = maxZoom;
+    for (int corner = 0; corner < 8; ++corner) {
+        Vector<float> p(3);
+        for (int k = 0; k < 3; ++k)
+            p[k] = ((corner >> k & 1) != 0 ? frame.max(k) : frame.min(k)) - __center[k];
+        p = rotation * p;
+        const float scale = __projection.isPerspective() ? (eye - __radius) / (eye - p[2]) : 1;
+        for (const auto& [shown, reach] : {std::pair(float(width()), p[0]), std::pair(float(height()), p[1])})
+            if (reach != 0)
+                zoom = std::min(zoom, shown / side * __radius / std::abs(reach * scale));
+    }
+    return std::max(1, int(98 * zoom)); // a margin of a hundredth on each side
 }
 
 void ViewerCanvasGL::combineXYRotation(int a, int b) {

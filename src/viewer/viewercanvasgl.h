@@ -54,6 +54,8 @@ public:
     const BoundingBoxPainterGL<float>& getBoundingBoxPainter() const { return __boundingBoxPainter; }
     const Vector<float>& getCenter() const { return __center; }
     float getRadius() const { return __radius; }
+    /// The largest zoom, in percent, at which the scene with its frame lies within the picture, when it is not moved.
+    int fittingZoom() const;
     /// In degrees about x, y, z.
     const Vector<float>& getRotation() const { return __rotation; }
     float getZoom() const { return __zoom; }

@@ -16,6 +16,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 #include <initializer_list>
 
 namespace {
@@ -126,7 +127,8 @@ void ViewerPosePanel::setBackground(const BackgroundGL& background) {
 void ViewerPosePanel::setRotation(const Vector<float>& rotation) {
     const QSignalBlocker quiet(this);
     for (int k = 0; k < 3; ++k)
-        __rotation[k]->setValue(Maths::fround(rotation[k]));
+        // A stored pose may hold any angle; the boxes end at half a turn.
+        __rotation[k]->setValue(Maths::fround(std::remainder(rotation[k], 360.0f)));
 }
 
 void ViewerPosePanel::setTranslation(const Vector<int>& translation) {

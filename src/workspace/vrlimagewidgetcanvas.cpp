@@ -12,7 +12,6 @@
 #include <QOpenGLFunctions>
 #include <QOpenGLPaintDevice>
 #include <QPainter>
-#include <QSurfaceFormat>
 #include <QTextOption>
 
 #include <GL/glu.h>
@@ -20,6 +19,7 @@
 #include "images/image.h"
 #include "numerics/maths.h"
 #include "shell/session/vrlpreferences.h"
+#include "shell/widgets/vorlenapplication.h"
 #include "workspace/imageserver/vrlimageproxy.h"
 
 namespace {
@@ -104,9 +104,7 @@ int stepOf(double zoom) {
 } // namespace
 
 VRLImageWidgetCanvas::VRLImageWidgetCanvas(QWidget* parent) : QOpenGLWidget(parent) {
-    QSurfaceFormat smooth = QSurfaceFormat::defaultFormat();
-    smooth.setSamples(4);
-    setFormat(smooth);
+    setFormat(VorlenApplication::surfaceFormat());
     setAutoFillBackground(false);
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);

@@ -26,9 +26,6 @@ class VRLImageProxy;
 /// pixel transfer. The proxy's smallest image that is larger than what is seen is taken. Where there is none of about
 /// that size (yet), only every n-th pixel is taken, so that a paint never costs more than the screen has pixels.
 ///
-/// The canvas has four samples for a pixel, whatever the window around it has: that one is better without, as all of it
-/// is composed anew for each change of one of its parts.
-///
 /// Decisions: an aspect ratio that is not above 0 counts as 1. The background is opaque, because a composed canvas with
 /// an alpha below 1 may show what lies behind the window. Sizes in OpenGL calls are multiplied by the pixel density;
 /// everything else is in units of the widget. Repaints are asked for by update(), so that many changes make one paint.

@@ -16,8 +16,15 @@
 #include "workspace/imageserver/vrlimageproxy.h"
 #include "workspace/vrlsliceeditwidgetcanvas.h"
 #include "workspace/vrlsliceeditwidgetmediatorcreationdelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatordouglaspeuckerdecimationdelegate.h"
 #include "workspace/vrlsliceeditwidgetmediatoreditiondelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorfourierdelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorreorigindelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorresamplingdelegate.h"
 #include "workspace/vrlsliceeditwidgetmediatorselectiondelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorsnakedelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorsplitdelegate.h"
+#include "workspace/vrlsliceeditwidgetmediatorthresholdingdelegate.h"
 #include "workspace/vrlsliceeditwidgetstatusbar.h"
 
 VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget) : VRLSliceWidgetMediator(widget) {
@@ -42,7 +49,6 @@ VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget) :
     __automaticMenu = new VRLMenu("Automatic", __drawMenu.get());
     __drawMenu->addMenu(__manualMenu);
     __drawMenu->addMenu(__automaticMenu);
-    __automaticMenu->setEnabled(false);
     __editMenu = std::make_unique<QMenu>("Edit");
     __editMenu->addActions({__properties, __editPoints, __decimate, __douglasPeucker, __resample, __changeOrigin,
                             __split, __smooth, __runSnake});
@@ -61,20 +67,41 @@ void VRLSliceEditWidgetMediator::initialize() {
         {__cancel, __delete, __editPoints, __changeOrigin, __resample, __runSnake, __smooth, __selectAll, __split});
     __selection = new VRLSliceEditWidgetMediatorSelectionDelegate(*this); // children of this object
     __creation = new VRLSliceEditWidgetMediatorCreationDelegate(*this);
+    __snake = new VRLSliceEditWidgetMediatorSnakeDelegate(*this);
+    __snake->addMonitor(static_cast<ProgressMonitor&>(*this));
+    auto* const fourier = new VRLSliceEditWidgetMediatorFourierDelegate(*this);
+    auto* const origin = new VRLSliceEditWidgetMediatorReoriginDelegate(*this);
+    auto* const resampling = new VRLSliceEditWidgetMediatorResamplingDelegate(*this);
+    auto* const split = new VRLSliceEditWidgetMediatorSplitDelegate(*this);
+    auto* const douglasPeucker = new VRLSliceEditWidgetMediatorDouglasPeuckerDecimationDelegate(*this);
+    auto* const thresholding = new VRLSliceEditWidgetMediatorThresholdingDelegate(*this);
+    __tools = {fourier, origin, resampling, split, douglasPeucker, thresholding};
     __edition = new VRLSliceEditWidgetMediatorEditionDelegate(*this);
     __edition->getToolBar()->QWidget::addAction(__cancel);
-    connect(__cancel, &QAction::triggered, this, [this] {
-        guarded(&getCanvas(), "The interaction cannot be ended.", [this] {
+    connect(__cancel, &QAction::triggered, this, [this, split] {
+        guarded(&getCanvas(), "The interaction cannot be ended.", [this, split] {
             __selection->cancelSelection();
             __creation->cancel();
             __edition->cancel();
+            __snake->cancel();
+            split->cancel();
         });
     });
     connectCommand(__delete, [this] { __selection->removeSelection(); });
     connectCommand(__editPoints, [this] { __edition->activate(); });
     connectCommand(__decimate, [this] { __selection->decimateSelection(); });
+    connectCommand(__runSnake, [this] { __snake->activate(); });
     connectCommand(__selectAll, [this] { __selection->selectAllModelItems(); });
     connectCommand(__properties, [this] { __selection->editSelectionProperties(); });
+    connectCommand(__smooth, [fourier] { fourier->activate(); });
+    connectCommand(__changeOrigin, [origin] { origin->activate(); });
+    connectCommand(__resample, [resampling] { resampling->activate(); });
+    connectCommand(__split, [split] { split->activate(); });
+    connectCommand(__douglasPeucker, [douglasPeucker] { douglasPeucker->activate(); });
+    connectMenu(__automaticMenu, [this, thresholding](const QString& name) {
+        __selection->cancelSelection();
+        thresholding->activate(name);
+    });
     connectMenu(__manualMenu, [this](const QString& name) {
         __selection->cancelSelection();
         __creation->activate(name);
@@ -109,11 +136,14 @@ void VRLSliceEditWidgetMediator::sliceItemSelectionEvent(VRLSliceItemSelectionEv
 
 void VRLSliceEditWidgetMediator::modelDeleteEvent(VRLModelDeleteEvent& event) {
     VRLSliceWidgetMediator::modelDeleteEvent(event);
+    endToolsAbout(*event.getModel());
     if (__creation != nullptr && __creation->getItem() != nullptr &&
         __creation->getItem()->getModel() == event.getModel())
         __creation->cancel();
     if (__edition != nullptr && __edition->getItem() != nullptr && __edition->getItem()->getModel() == event.getModel())
         __edition->itemGone(*__edition->getItem());
+    if (__snake != nullptr && __snake->getItem() != nullptr && __snake->getItem()->getModel() == event.getModel())
+        __snake->abandon();
     QMetaObject::invokeMethod(this, &VRLSliceEditWidgetMediator::updateSelection, Qt::QueuedConnection);
 }
 
@@ -124,8 +154,12 @@ void VRLSliceEditWidgetMediator::modelItemCreateEvent(VRLModelItemCreateEvent& e
 
 void VRLSliceEditWidgetMediator::modelItemDeleteEvent(VRLModelItemDeleteEvent& event) {
     VRLSliceWidgetMediator::modelItemDeleteEvent(event);
+    if (event.getItem() != nullptr)
+        endToolsAbout(*event.getItem());
     if (__edition != nullptr && event.getItem() != nullptr)
         __edition->itemGone(*event.getItem());
+    if (__snake != nullptr && event.getItem() != nullptr && __snake->getItem() == event.getItem())
+        __snake->abandon();
     selectionMayHaveChanged(event.getItem());
 }
 
@@ -193,6 +227,11 @@ void VRLSliceEditWidgetMediator::selectionChange(const StackSliceSelectionInfo& 
     __delete->setEnabled(some);
     __decimate->setEnabled(some);
     __editPoints->setEnabled(some && !multiple);
+    const MPrimitive geometry = info.selectionGeometry();
+    const bool whole = !multiple && !info.partialSelection();
+    for (QAction* action : {__runSnake, __smooth, __changeOrigin, __resample, __split})
+        action->setEnabled(whole && geometry == PolygonPrimitive);
+    __douglasPeucker->setEnabled(whole && (geometry == PolygonPrimitive || geometry == PolylinePrimitive));
     __properties->setEnabled(!multiple && info.selectionGeometry() != PolypointPrimitive);
     if (!isInteracting())
         setRestingHint();
@@ -290,6 +329,7 @@ void VRLSliceEditWidgetMediator::refreshMenus() {
     fill(*__manualMenu, buildStackModelList());
     __manualMenu->setEnabled(!__manualMenu->isEmpty());
     fill(*__automaticMenu, buildPolygonModelList());
+    __automaticMenu->setEnabled(!__automaticMenu->isEmpty());
     if (__selectMenu->isEnabled())
         fill(*__selectMenu, buildSliceModelList());
     if (!__convertMenu->isEnabled() || getSlice() == nullptr || getSlice()->getStack() == nullptr)
@@ -305,12 +345,26 @@ void VRLSliceEditWidgetMediator::refreshMenus() {
 }
 
 bool VRLSliceEditWidgetMediator::isInteracting() const {
-    return (__creation != nullptr && __creation->isActive()) || (__edition != nullptr && __edition->isActive());
+    for (const VRLSliceEditWidgetMediatorDelegate* tool : __tools)
+        if (tool->isActive())
+            return true;
+    return __edition != nullptr && (__creation->isActive() || __snake->isActive() || __edition->isActive());
+}
+
+template <class Subject>
+void VRLSliceEditWidgetMediator::endToolsAbout(const Subject& subject) {
+    for (VRLSliceEditWidgetMediatorDelegate* tool : __tools)
+        if (tool->isAbout(subject))
+            tool->cancel();
 }
 
 void VRLSliceEditWidgetMediator::endInteractions() {
+    for (VRLSliceEditWidgetMediatorDelegate* tool : __tools)
+        tool->cancel();
     if (__creation != nullptr)
         __creation->cancel();
+    if (__snake != nullptr)
+        __snake->abandon();
     if (__edition != nullptr)
         __edition->cancel();
 }

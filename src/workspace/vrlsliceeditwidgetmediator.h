@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include <QAction>
 #include <QList>
@@ -15,8 +16,10 @@ class StackSliceSelectionInfo;
 class VRLMenu;
 class VRLSliceEditWidgetCanvas;
 class VRLSliceEditWidgetMediatorCreationDelegate;
+class VRLSliceEditWidgetMediatorDelegate;
 class VRLSliceEditWidgetMediatorEditionDelegate;
 class VRLSliceEditWidgetMediatorSelectionDelegate;
+class VRLSliceEditWidgetMediatorSnakeDelegate;
 class VRLSliceEditWidgetStatusBar;
 
 /// Mediator of the slice editor: the commands on items, their menus, the delegates that carry them out, and the lock
@@ -56,6 +59,7 @@ public:
     /// Null before initialize().
     VRLSliceEditWidgetMediatorSelectionDelegate* getSelectionDelegate() const { return __selection; }
     VRLSliceEditWidgetMediatorCreationDelegate* getCreationDelegate() const { return __creation; }
+    VRLSliceEditWidgetMediatorSnakeDelegate* getSnakeDelegate() const { return __snake; }
     VRLSliceEditWidgetMediatorEditionDelegate* getEditionDelegate() const { return __edition; }
 
     /// Enables the commands and menus that make sense for this selection.
@@ -96,6 +100,8 @@ private:
     void fill(QMenu& menu, const QStringList& names);
     void refreshMenus();
     bool isInteracting() const;
+    template <class Subject>
+    void endToolsAbout(const Subject& subject);
     void endInteractions();
     void selectionMayHaveChanged(const ModelItem* item);
     void updateSelection();
@@ -121,6 +127,8 @@ private:
     QList<QPointer<QAction>> __contextualActions;
     VRLSliceEditWidgetMediatorSelectionDelegate* __selection = nullptr;
     VRLSliceEditWidgetMediatorCreationDelegate* __creation = nullptr;
+    VRLSliceEditWidgetMediatorSnakeDelegate* __snake = nullptr;
     VRLSliceEditWidgetMediatorEditionDelegate* __edition = nullptr;
+    std::vector<VRLSliceEditWidgetMediatorDelegate*> __tools; // that change or make a contour, beside those above
     bool __selectionPending = false;
 };

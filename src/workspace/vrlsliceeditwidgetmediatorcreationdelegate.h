@@ -37,7 +37,7 @@ public:
     const ModelItem* getItem() const { return __item.get(); }
 
 public slots:
-    void cancel();
+    void cancel() override;
 
 protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;

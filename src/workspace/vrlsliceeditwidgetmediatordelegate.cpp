@@ -33,6 +33,19 @@ VRLSliceEditWidgetMediator& VRLSliceEditWidgetMediatorDelegate::getMediator() co
     return static_cast<VRLSliceEditWidgetMediator&>(VRLImageWidgetMediatorDelegate::getMediator());
 }
 
+void VRLSliceEditWidgetMediatorDelegate::cancel() {
+    if (isActive())
+        deactivate();
+}
+
+bool VRLSliceEditWidgetMediatorDelegate::isAbout(const ModelItem&) const {
+    return false;
+}
+
+bool VRLSliceEditWidgetMediatorDelegate::isAbout(const Model&) const {
+    return false;
+}
+
 VRLSliceEditWidgetCanvas& VRLSliceEditWidgetMediatorDelegate::canvas() const {
     return static_cast<VRLSliceEditWidgetCanvas&>(VRLImageWidgetMediatorDelegate::canvas());
 }
@@ -62,6 +75,12 @@ bool VRLSliceEditWidgetMediatorDelegate::isOnImage(const Vector<int>& point) con
     return !proxy.isEmpty() && QRect(QPoint(0, 0), proxy.getOriginalImageSize()).contains(point[0], point[1]);
 }
 
+QPointF VRLSliceEditWidgetMediatorDelegate::canvasPosition(const Vector<int>& pixel) const {
+    const double zoom = double(canvas().getZoomFactor());
+    return {(pixel[0] - canvas().getViewOrigin().x() + 0.5) * zoom * double(canvas().betaWidth()),
+            (pixel[1] - canvas().getViewOrigin().y() + 0.5) * zoom * double(canvas().betaHeight())};
+}
+
 float VRLSliceEditWidgetMediatorDelegate::clickTolerance() const {
     return float(VRLPreferences::getClickTolerance() + int(1 / canvas().getZoomFactor()));
 }
@@ -81,4 +100,8 @@ void VRLSliceEditWidgetMediatorDelegate::warn(const QString& title, const QStrin
 
 void VRLSliceEditWidgetMediatorDelegate::inform(const QString& title, const QString& text) const {
     runBox(QMessageBox::Information, title, text, canvas());
+}
+
+void VRLSliceEditWidgetMediatorDelegate::alarm(const QString& title, const QString& text) const {
+    runBox(QMessageBox::Critical, title, text, canvas());
 }

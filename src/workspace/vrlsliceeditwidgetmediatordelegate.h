@@ -2,6 +2,8 @@
 
 #include "workspace/vrlimagewidgetmediatordelegate.h"
 
+class Model;
+class ModelItem;
 class StackSlice;
 class VRLAction;
 class VRLActionHistory;
@@ -16,6 +18,13 @@ public:
     explicit VRLSliceEditWidgetMediatorDelegate(VRLSliceEditWidgetMediator& mediator);
 
     VRLSliceEditWidgetMediator& getMediator() const;
+
+    /// Ends the interaction, if one runs, and leaves the document as it was before.
+    virtual void cancel();
+
+    /// Whether the interaction cannot go on without this item, or this model.
+    virtual bool isAbout(const ModelItem& item) const;
+    virtual bool isAbout(const Model& model) const;
 
 protected:
     VRLSliceEditWidgetCanvas& canvas() const;
@@ -33,6 +42,9 @@ protected:
     Vector<int> imagePoint(const QPoint& position) const;
     bool isOnImage(const Vector<int>& point) const;
 
+    /// Where the middle of an image pixel lies on the canvas.
+    QPointF canvasPosition(const Vector<int>& pixel) const;
+
     /// How far from an item a click may be, in image pixels.
     float clickTolerance() const;
 
@@ -45,4 +57,5 @@ protected:
     /// Runs a message box over the canvas, with the ordinary pointer.
     void warn(const QString& title, const QString& text) const;
     void inform(const QString& title, const QString& text) const;
+    void alarm(const QString& title, const QString& text) const;
 };

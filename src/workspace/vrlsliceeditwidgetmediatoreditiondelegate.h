@@ -40,7 +40,7 @@ public:
 public slots:
     void activate() override;
     void deactivate() override;
-    void cancel();
+    void cancel() override;
     void setMoveMode();
     void setInsertMode();
     void setDeleteMode();

@@ -1,16 +1,20 @@
 #include <QApplication>
 #include <QHeaderView>
 #include <QPalette>
+#include <QProcess>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
 #include "analysis/analysisstack.h"
+#include "document/stackreader.h"
 #include "numerics/exception.h"
+#include "reconstruction/modelitemgeometry.h"
 #include "reconstruction/modelmorphometry.h"
 #include "reconstruction/ui/vrlmodelanalysistable.h"
 #include "reconstruction/ui/vrlmodelitemanalysistable.h"
 #include "reconstruction/ui/vrlsliceanalysistable.h"
+#include "support/temporaryfolder.h"
 
 namespace {
 
@@ -223,4 +227,56 @@ TEST_F(AnalysisTablesTest, shadingFollowsADarkPalette) {
     table.setPalette(QPalette());
     EXPECT_TRUE(isShaded(table, QColor(245, 245, 245)));
     EXPECT_EQ(pixel(0), QColor(245, 245, 245));
+}
+
+// The sample stack is made by formula: its volumes and areas are known beside what the measurement finds.
+TEST_F(AnalysisTablesTest, tablesOfTheSampleStackHoldWhatTheMeasurementFindsAndCloseToTheTruth) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(QProcess::execute(VORLEN_SAMPLE, {QString::fromStdString(folder.path())}), 0);
+    stack = std::make_unique<VRLStack>();
+    ASSERT_TRUE(StackReader().read(*stack, folder.file("sample.sdf")));
+    const auto text = [](double value) { return QString::number(value, 'g', 6); };
+
+    VRLModelAnalysisTable models;
+    models.setModelGeometry(PolygonPrimitive);
+    models.setStack(*stack);
+    ASSERT_EQ(models.rowCount(), 3);
+    for (int row = 0; row < 3; ++row) {
+        ModelMorphometry morphometry;
+        morphometry.setModel(model(models.item(row, 0)->text().toUtf8()));
+        morphometry.run();
+        EXPECT_EQ(models.item(row, 5)->text().toInt(), morphometry.getNumContours());
+        EXPECT_EQ(models.item(row, 6)->text(), morphometry.getArea() < 0 ? "NA" : text(morphometry.getArea()));
+        EXPECT_EQ(models.item(row, 7)->text(), text(morphometry.getVolume()));
+    }
+    EXPECT_NEAR(models.item(0, 7)->text().toDouble(), 512331, 2600); // nucleus
+    EXPECT_NEAR(models.item(0, 6)->text().toDouble(), 31418.8, 320);
+    EXPECT_EQ(models.item(2, 6)->text(), "NA"); // the vessel branches
+    EXPECT_NEAR(models.item(2, 7)->text().toDouble(), 187792, 1900);
+    EXPECT_TRUE(models.horizontalHeaderItem(7)->text().contains(QString::fromUtf8("µm^3")));
+
+    VRLModelItemAnalysisTable items;
+    items.setStack(*stack);
+    items.setModel(model("Ganglion"));
+    ASSERT_EQ(items.rowCount(), model("Ganglion").getNumItems());
+    for (int row = 0; row < items.rowCount(); ++row) {
+        // One outline on each slice, found by the slice's name.
+        const StackSlice* slice = nullptr;
+        for (int s = 0; s < stack->getNumSlices(); ++s)
+            if (stack->getSlice(s).getName() == items.item(row, 0)->text().toStdString())
+                slice = &stack->getSlice(s);
+        ASSERT_NE(slice, nullptr);
+        for (int k = 0; k < slice->getNumItems(); ++k)
+            if (slice->getItem(k).getModel() == &model("Ganglion")) {
+                ModelItemGeometry geometry;
+                geometry.setModelItem(slice->getItem(k));
+                geometry.run();
+                EXPECT_EQ(items.item(row, 2)->text(), text(geometry.getLength()));
+                EXPECT_EQ(items.item(row, 3)->text(), text(geometry.getArea()));
+            }
+    }
+    VRLModelItemAnalysisTable cells;
+    cells.setStack(*stack);
+    cells.setModel(model("Cells"));
+    EXPECT_EQ(cells.rowCount(), 201);
 }

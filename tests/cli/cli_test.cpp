@@ -7,6 +7,7 @@
 #include <string>
 #include <sys/wait.h>
 
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -447,4 +448,82 @@ TEST(CommandLine, densityWritesAMapAndItsSurfaces) {
     for (const char* wrong : {"-m nearest", "-r 0", "--level x", "--percentile 101", "--name a/b", "-b -1", "-k 0"})
         EXPECT_EQ(cli(folder, std::string("density p.vx ") + wrong).status, 2) << wrong;
     EXPECT_EQ(cli(folder, "density none.vx").status, 3);
+}
+
+namespace {
+
+/// The command on a virtual display of its own.
+Outcome render(const TemporaryFolder& folder, const std::string& arguments) {
+    return shell(folder.path(), std::string(VORLEN_WITH_DISPLAY) + " " + VORLEN_CLI + " render " + arguments + " 2>&1");
+}
+
+Outcome renderWithoutDisplay(const TemporaryFolder& folder, const std::string& arguments) {
+    return shell(folder.path(),
+                 std::string("env -u DISPLAY -u WAYLAND_DISPLAY ") + VORLEN_CLI + " render " + arguments + " 2>&1");
+}
+
+bool contains(const Outcome& outcome, const std::string& text) {
+    return outcome.output.find(text) != std::string::npos;
+}
+
+QImage pictureOf(const TemporaryFolder& folder, const char* name) {
+    return QImage(QString::fromStdString(folder.file(name))).convertToFormat(QImage::Format_RGB32);
+}
+
+} // namespace
+
+TEST_F(CommandLineTest, renderDrawsTheSceneWholeOrInAPose) {
+    const Outcome whole = render(*sample, "sample.sdf whole.png --size 400x240");
+    EXPECT_EQ(whole.status, 0) << whole.output;
+    EXPECT_TRUE(contains(whole, "whole.png\n"));
+    const QImage picture = pictureOf(*sample, "whole.png");
+    ASSERT_EQ(picture.size(), QSize(400, 240));
+    // The green vessel, the blue ganglion, and nothing but the ground along the border, whose rows have one colour.
+    int green = 0, blue = 0;
+    for (int y = 0; y < 240; ++y)
+        for (int x = 0; x < 400; ++x) {
+            const QColor color = picture.pixelColor(x, y);
+            green += color.green() > color.red() + 60 && color.green() > color.blue() + 30;
+            blue += x > 200 && color.blue() > color.red() + 60 && color.blue() > color.green() + 40;
+        }
+    EXPECT_GT(green, 500);
+    EXPECT_GT(blue, 500);
+    for (int y = 0; y < 240; ++y)
+        EXPECT_EQ(picture.pixel(0, y), picture.pixel(399, y));
+    for (int x = 0; x < 400; ++x)
+        EXPECT_TRUE(picture.pixel(x, 0) == picture.pixel(0, 0) && picture.pixel(x, 239) == picture.pixel(0, 239));
+
+    EXPECT_EQ(render(*sample, "--pose Front sample.sdf front.png --size 400x240").status, 0);
+    EXPECT_NE(pictureOf(*sample, "front.png"), picture);
+    // An existing picture is kept unless it may go.
+    EXPECT_EQ(render(*sample, "sample.sdf front.png --size 100x80").status, 3);
+    EXPECT_EQ(pictureOf(*sample, "front.png").size(), QSize(400, 240));
+    EXPECT_EQ(render(*sample, "sample.sdf front.png --size 100x80 --overwrite").status, 0);
+    EXPECT_EQ(pictureOf(*sample, "front.png").size(), QSize(100, 80));
+    const Outcome nowhere = render(*sample, "sample.sdf gone/picture.png");
+    EXPECT_EQ(nowhere.status, 3);
+    EXPECT_TRUE(contains(nowhere, "cannot write gone/picture.png"));
+}
+
+TEST_F(CommandLineTest, renderRefusesWithoutADisplayWhatCannotBeDrawn) {
+    for (const char* size : {"0x100", "100000x100000", "100x8193", "big", "-3x200", "100x"})
+        EXPECT_EQ(renderWithoutDisplay(*sample, std::string("sample.sdf x.png --size ") + size).status, 2) << size;
+    EXPECT_EQ(renderWithoutDisplay(*sample, "sample.sdf").status, 2);
+    EXPECT_EQ(renderWithoutDisplay(*sample, "sample.sdf x.jpg").status, 2);
+    EXPECT_EQ(renderWithoutDisplay(*sample, "--help").status, 0);
+    EXPECT_EQ(renderWithoutDisplay(*sample, "missing.sdf x.png").status, 3);
+    const Outcome pose = renderWithoutDisplay(*sample, "sample.sdf x.png --pose Side");
+    EXPECT_EQ(pose.status, 2);
+    EXPECT_TRUE(contains(pose, "no pose \"Side\"; the stack's poses are: Front, Oblique")) << pose.output;
+    shell(sample->path(), "printf 'FileFormatVersion 1.03;\nSTACK \"e\";\nMODEL \"m\";\n' > empty.sdf");
+    const Outcome empty = renderWithoutDisplay(*sample, "empty.sdf x.png");
+    EXPECT_EQ(empty.status, 1);
+    EXPECT_TRUE(contains(empty, "nothing to draw")) << empty.output;
+    const Outcome blind = renderWithoutDisplay(*sample, "sample.sdf x.png");
+    EXPECT_EQ(blind.status, 3);
+    EXPECT_TRUE(contains(blind, "xvfb-run")) << blind.output;
+    // The program itself needs nothing of a display.
+    EXPECT_EQ(
+        shell(sample->path(), std::string("ldd ") + VORLEN_CLI + " | grep -c -e Qt6Gui -e libGL -e libX11").output,
+        "0\n");
 }

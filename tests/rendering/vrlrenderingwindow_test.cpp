@@ -1,5 +1,8 @@
 #include "viewer/ui/vrlrenderingwindow.h"
 
+#include <fstream>
+#include <unistd.h>
+
 #include <QAction>
 #include <QDir>
 #include <QInputDialog>
@@ -411,4 +414,52 @@ TEST_F(VRLRenderingWindowTest, remembersSizeToolbarAndPanel) {
     command("Pose panel")->trigger();
     EXPECT_FALSE(panel->isVisible() || command("Pose panel")->isChecked());
     EXPECT_FALSE(QSettings().value("renderingWindow/panelVisible").toBool());
+}
+
+namespace {
+
+/// Resident memory of this process, in bytes.
+long residentMemory() {
+    std::ifstream statm("/proc/self/statm");
+    long size = 0, resident = 0;
+    statm >> size >> resident;
+    return resident * ::sysconf(_SC_PAGESIZE);
+}
+
+} // namespace
+
+// A surface of 100 levels of 100 vertices takes more than 1 MB in its arrays: one that is kept for each edit shows.
+TEST_F(VRLRenderingWindowTest, fiveHundredEditsTakeNoMoreMemory) {
+    window->togglePanel();
+    window->resize(400, 240);
+    cube.getProperties().setQuadMeshHeight(100);
+    cube.getProperties().setQuadMeshWidth(100);
+    const auto edit = [this](int k) {
+        ModelItem& item = cube.getItem(k % cube.getNumItems());
+        item.moveVertex(k % 4, point(20 + k % 7, k % 5));
+        send<VRLModelItemVertexEvent>(&item);
+        if (k % 10 == 3) {
+            ModelItem& branch = addItem(cube, stack.getSlice(1), square(10, 40, 0));
+            send<VRLModelItemCreateEvent>(&branch);
+            branch.detach();
+            send<VRLModelItemDeleteEvent>(&branch);
+            delete &branch;
+        }
+        if (k % 10 == 7) {
+            cube.getProperties().setSurfaceOpacity(float(k % 200));
+            send<VRLModelPropertiesEvent>(&cube);
+        }
+        if (k % 50 == 9)
+            mediator().refresh();
+        QCoreApplication::processEvents();
+    };
+    for (int k = 0; k < 60; ++k)
+        edit(k);
+    const long before = residentMemory();
+    for (int k = 60; k < 560; ++k)
+        edit(k);
+#ifndef __SANITIZE_ADDRESS__ // which keeps what is freed
+    EXPECT_LT(residentMemory() - before, 24L << 20);
+#endif
+    EXPECT_TRUE(listsAreAlike());
 }

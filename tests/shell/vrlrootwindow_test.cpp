@@ -1,5 +1,8 @@
 #include "shell/vrlrootwindow.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <QAction>
 #include <QDialog>
 #include <QFile>
@@ -14,10 +17,13 @@
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
+#include <QTextEdit>
 #include <QToolBar>
 
 #include <gtest/gtest.h>
 
+#include "document/stacksliceselectioninfo.h"
 #include "images/image.h"
 #include "images/imagewriter.h"
 #include "models/vrlslicelistwidget.h"
@@ -33,11 +39,15 @@
 #include "shell/vrlrootmediator.h"
 #include "shell/vrlrootstatusbar.h"
 #include "support/documentmaker.h"
+#include "support/eventrecorder.h"
 #include "support/modalscript.h"
 #include "viewer/ui/vrlrenderingmediator.h"
 #include "viewer/ui/vrlrenderingpaintergl.h"
 #include "viewer/ui/vrlrenderingwindow.h"
 #include "workspace/vrlrootsliceeditwidget.h"
+#include "workspace/vrlrootsliceeditwidgetmediator.h"
+#include "workspace/vrlsliceeditwidgetcanvas.h"
+#include "workspace/vrlsliceeditwidgetmediatorsnakedelegate.h"
 
 namespace {
 
@@ -339,6 +349,64 @@ TEST_F(VRLRootWindowTest, aLockedSliceLeavesOnlyItsOwnWindowAlive) {
     EXPECT_TRUE(window->browser().sliceList().isEnabled());
 }
 
+TEST_F(VRLRootWindowTest, aSnakeThatRunsLetsNothingElseHappenInAnyWindow) {
+    Image image(200, 160, 8);
+    for (int y = 0; y < 160; ++y)
+        for (int x = 0; x < 200; ++x)
+            image.getPixels()[y][x] = std::hypot(x - 100, y - 80) < 40 ? 60 : 180;
+    ImageWriter().write(image, folder.filePath("i.tif").toStdString(), true);
+    VRLStack& stack = open("one");
+    trigger("Select next slice");
+    StackSlice& slice = *mediator().currentSlice();
+    ASSERT_EQ(slice.getNumItems(), 1);
+    slice.getItem(0).setVertices(makeVertices({{155, 80}, {100, 135}, {45, 80}, {100, 25}}));
+    trigger("New window");
+    VRLRootWindow* other = otherWindow();
+    slice.getItem(0).getSelection().set(true);
+    VRLSliceEditWidgetMediator& editor = window->sliceWidget().getMediator();
+    editor.selectionChange([&slice] {
+        StackSliceSelectionInfo info;
+        info.setSlice(&slice);
+        return info;
+    }());
+    EventRecorder recorder;
+    bool looked = false;
+    std::string said;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, [&] {
+        if (looked || window->sliceWidget().getCanvas().getExtraItem() == nullptr)
+            return;
+        looked = true; // in the midst of the run
+        EXPECT_FALSE(other->isEnabled());
+        for (const char* text : {"Undo", "Close stack", "Select next slice", "Edit models...", "Quit"})
+            EXPECT_FALSE(enabled(text)) << text;
+        said = window->statusBar().message().toStdString();
+        EXPECT_FALSE(other->close());
+        EXPECT_FALSE(window->close());
+        key(Qt::Key_Z, Qt::ControlModifier);
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(folder.filePath("two.sdf"))});
+        QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window, &drop);
+    });
+    user.then([&](QWidget& dialog) {
+        ModalScript::click(dialog, "OK");
+        look.start(0);
+    });
+    editor.getSnakeDelegate()->activate();
+    EXPECT_TRUE(looked);
+    EXPECT_EQ(said, "The snake is running. Escape: stop it.");
+    EXPECT_EQ(slice.getNumItems(), 2);
+    EXPECT_EQ(window->statusBar().message().left(14), "The snake has ");
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
+    EXPECT_TRUE(other->isEnabled());
+    EXPECT_TRUE(enabled("Undo"));
+    EXPECT_EQ(std::count(recorder.heard.begin(), recorder.heard.end(), "sliceLock"), 2);
+    trigger("Undo");
+    EXPECT_EQ(slice.getNumItems(), 1);
+    EXPECT_EQ(mediator().currentStack(), &stack);
+}
+
 TEST_F(VRLRootWindowTest, dialogsOpenFromTheirCommands) {
     open("one");
     const std::vector<std::pair<const char*, QString>> dialogs = {
@@ -433,6 +501,50 @@ TEST_F(VRLRootWindowTest, openingAndBrowsingForLongLeaksNothing) {
     EXPECT_LT(resident() - settled, 16 * 1024);
 }
 
+TEST_F(VRLRootWindowTest, ombrelActionListsDistancesAndNamesStacksWithoutTheModels) {
+    const auto lines = [] {
+        QList<QStringList> texts;
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (auto* edit = qobject_cast<QTextEdit*>(widget)) {
+                texts += edit->toPlainText().split('\n');
+                edit->close();
+            }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return texts;
+    };
+    user.thenClick("OK");
+    trigger("Ombrel action1");
+    EXPECT_NE(user.seen.back().find("No stack is open."), std::string::npos);
+    open("one");
+    user.thenClick("OK");
+    trigger("Ombrel action1");
+    EXPECT_NE(user.seen.back().find("Stack \"one\" is left out. It has no model \"cell\"."), std::string::npos);
+    EXPECT_TRUE(lines().isEmpty());
+
+    VRLStack& two = open("two");
+    Model& cell = addModel(two, "cell");
+    for (int k = 0; k < 3; ++k)
+        addItem(cell, two.getSlice(k), {{0, 0}, {20, 0}, {20, 20}, {0, 20}});
+    Model& spots = addModel(two, "spotBarycenters", PolypointPrimitive);
+    addItem(spots, two.getSlice(1), {{10, 10}, {25, 8}});
+    int count = 0;
+    for (int run = 0; run < 2; ++run) {
+        user.thenClick("OK"); // of the first stack
+        trigger("Ombrel action1");
+        const QList<QStringList> texts = lines();
+        ASSERT_EQ(texts.size(), 1);
+        ASSERT_EQ(texts[0].size(), 2);
+        EXPECT_EQ(texts[0][0].section(' ', 1), "10");
+        EXPECT_EQ(texts[0][1].section(' ', 1), "5");
+        if (run == 1) {
+            EXPECT_EQ(texts[0][0].section(' ', 0, 0).toInt(), count + 1); // goes on
+        }
+        count = texts[0][1].section(' ', 0, 0).toInt();
+        EXPECT_GT(count, 0);
+    }
+    two.setModified(false);
+}
+
 // Last: a confirmed quit is for good.
 TEST_F(VRLRootWindowTest, theLastWindowsCloseAsksAsQuitDoes) {
     VRLStack& stack = open("one");
@@ -441,7 +553,7 @@ TEST_F(VRLRootWindowTest, theLastWindowsCloseAsksAsQuitDoes) {
     EXPECT_FALSE(window->close());
     EXPECT_EQ(window->statusBar().message(), "Exit canceled");
     EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
-    EXPECT_TRUE(QTest::qWaitFor([this] { return window->statusBar().message().isEmpty(); }, 3000));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->statusBar().message() != "Exit canceled"; }, 3000));
     user.thenClick("Ignore");
     window->close();
     EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 0);

@@ -3,6 +3,7 @@
 
 #include "shapes/triangle.h"
 #include "support/failures.h"
+#include "viewer/buffergl.h"
 #include "viewer/curvepaintergl.h"
 #include "viewer/quadmeshpaintergl.h"
 #include "viewer/scene.h"
@@ -248,4 +249,67 @@ TEST(TriMeshPainterGL, lightsBothSidesAndDrawsMeshesWithoutNormals) {
     painter.setAttributes(attributes);
     EXPECT_EQ(greenAt(scene, 200, 200), 0);
     EXPECT_GT(spotOf(scene.picture(), QColor(0, 200, 0), 100).count, 100);
+}
+
+// Large arrays go to the memory of the graphics, once for each context. The reference hands over each vertex.
+TEST(QuadMeshPainterGL, largeMeshesLookAlikeInEveryCanvasAndAfterEveryChange) {
+    class Plain : public PainterGL<float> {
+    public:
+        explicit Plain(const QuadMeshPainterGL<float>& painter) : __painter(painter) {}
+        BoundingBox<float> boundingBox() const override { return __painter.boundingBox(); }
+        void glDraw() const override {
+            const auto& mesh = static_cast<const QuadMesh<float>&>(*__painter.getShape());
+            const Vector<int>& color = __painter.getAttributes().getColor();
+            glColor4ub(GLubyte(color[0]), GLubyte(color[1]), GLubyte(color[2]), 255);
+            for (int r = 0; r + 1 < mesh.getHeight(); ++r) {
+                glBegin(GL_TRIANGLE_STRIP);
+                for (int c = 0; c <= mesh.getWidth(); ++c)
+                    for (int level : {r, r + 1}) {
+                        const int column = c % mesh.getWidth();
+                        glNormal3fv(__painter.getNormals().level(level)[column].data());
+                        glVertex3fv(mesh.level(level)[column].data());
+                    }
+                glEnd();
+            }
+        }
+
+    private:
+        const QuadMeshPainterGL<float>& __painter;
+    };
+    const QuadMesh<float> first = tubeMesh<float>(60, 90, 20), second = tubeMesh<float>(90, 60, 40);
+    ASSERT_GE(sizeof(float) * 3 * 60 * 90, BufferGL::smallest);
+    QuadMeshPainterGL<float> painter;
+    const Plain plain(painter);
+    const auto alike = [](const QImage& a, const QImage& b) {
+        int others = 0;
+        for (int y = 0; y < a.height(); ++y)
+            for (int x = 0; x < a.width(); ++x)
+                others += !hasColor(a, x, y, b.pixelColor(x, y), 3);
+        return others < 20; // at the edges of triangles
+    };
+    auto one = std::make_unique<Scene>(300, 300), two = std::make_unique<Scene>(300, 300);
+    for (int step = 0; step < 4; ++step) {
+        if (step % 2 == 0)
+            painter.setShape(step == 0 ? first : second);
+        painter.setAttributes(attributesOf(SurfaceDisplayGL, {step % 2 == 0 ? 255 : 90, 200, 0}));
+        QImage pictures[3];
+        for (int k = 0; k < 3; ++k) {
+            Scene& scene = k == 1 ? *two : *one;
+            scene.canvas.removePainters();
+            scene.setLights(60, 180, 0);
+            scene.add(k == 2 ? const_cast<Plain&>(plain) : static_cast<PainterGL<float>&>(painter));
+            scene.canvas.setRotation(vectorOf<float>({-50, 20, 0}));
+            pictures[k] = scene.picture();
+        }
+        EXPECT_GT(spotOf(pictures[0], Qt::black, 3).count, 100);
+        EXPECT_LT(spotOf(pictures[0], Qt::black, 3).count, 80000);
+        EXPECT_TRUE(alike(pictures[0], pictures[1])) << step;
+        EXPECT_TRUE(alike(pictures[0], pictures[2])) << step;
+    }
+    // The context goes before the painter.
+    one.reset();
+    two->canvas.removePainters();
+    two->add(painter);
+    EXPECT_LT(spotOf(two->picture(), Qt::black, 3).count, 80000);
+    two.reset();
 }

@@ -318,3 +318,50 @@ TEST(ViewerCanvasGL, aSnapshotIsThePictureAndAFailureIsTold) {
     scene.canvas.snapshot();
     EXPECT_EQ(user.seen.back(), ": Could not write file\n\n" + nowhere.toStdString());
 }
+
+TEST(ViewerCanvasGL, theFittingZoomShowsTheWholeFrameAndHardlyMore) {
+    Dot low({-5, 0, 2}, {255, 0, 0}), high({5, 4, 10}, {255, 0, 0});
+    for (const QSize size : {QSize(600, 240), QSize(240, 600)}) {
+        Scene scene(size.width(), size.height());
+        EXPECT_EQ(scene.canvas.fittingZoom(), 100); // of nothing
+        scene.canvas.toggleBoundingBox(true);
+        scene.add(low.painter);
+        scene.add(high.painter);
+        for (bool perspective : {false, true}) {
+            ProjectionGL projection;
+            if (!perspective)
+                projection.setOrthographic();
+            scene.canvas.setProjection(projection);
+            scene.canvas.setRotation(vectorOf<float>({20, 65, -30}));
+            scene.canvas.setZoom(scene.canvas.fittingZoom());
+            const QImage picture = scene.picture();
+            // The least distance of what is drawn to the border.
+            int margin = 1000;
+            for (int y = 0; y < picture.height(); ++y)
+                for (int x = 0; x < picture.width(); ++x)
+                    if (!hasColor(picture, x, y, Qt::black, 20))
+                        margin = std::min({margin, x, y, picture.width() - 1 - x, picture.height() - 1 - y});
+            EXPECT_GE(margin, 1);
+            EXPECT_LE(margin, 12);
+        }
+    }
+}
+
+TEST(ViewerCanvasGL, edgesAreSmoothInTheSnapshotToo) {
+    const TriMesh<float> square = squareMesh(4, 0);
+    TriMeshPainterGL<float> painter;
+    painter.setShape(square);
+    painter.setAttributes(attributesOf(SurfaceDisplayGL, {255, 0, 0}));
+    Scene scene;
+    scene.add(painter);
+    scene.canvas.setRotation(vectorOf<float>({0, 0, 20}));
+    const TemporaryFolder folder;
+    const QString file = QString::fromStdString(folder.file("picture.png"));
+    ASSERT_TRUE(scene.canvas.saveSnapshot(file));
+    const QImage saved(file);
+    int between = 0;
+    for (int y = 0; y < saved.height(); ++y)
+        for (int x = 0; x < saved.width(); ++x)
+            between += saved.pixelColor(x, y).red() > 30 && saved.pixelColor(x, y).red() < 225;
+    EXPECT_GT(between, 300); // four sides of 190 pixels
+}

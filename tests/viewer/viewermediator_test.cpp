@@ -107,6 +107,17 @@ TEST(ViewerMediator, storedPosesLeaveTheLightsAlone) {
     EXPECT_EQ(viewer.canvas().getPose().getSpecularLight(), 9);
 }
 
+TEST(ViewerPosePanel, showsAnyAngleWithinHalfATurn) {
+    Viewer viewer;
+    Pose pose;
+    pose.setRotation(vectorOf<float>({290, -200.4f, 725}));
+    viewer.mediator.setPose(pose);
+    EXPECT_EQ(viewer.box("Rotation x").value(), -70);
+    EXPECT_EQ(viewer.box("Rotation y").value(), 160);
+    EXPECT_EQ(viewer.box("Rotation z").value(), 5);
+    EXPECT_EQ(viewer.canvas().getRotation(), pose.getRotation()); // as it was stored
+}
+
 TEST(ViewerMediator, keepsTwoKeysAndLetsTheOthersPass) {
     class Receiver : public QObject {
     public:

@@ -8,10 +8,8 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QMenu>
 #include <QMessageBox>
-#include <QScopeGuard>
 #include <QSettings>
 
 #include "document/export/stackexporter.h"
@@ -24,6 +22,7 @@
 #include "shell/session/vrlstack.h"
 #include "shell/session/vrlstackevent.h"
 #include "shell/session/vrlstackserver.h"
+#include "shell/widgets/waitcursor.h"
 #include "viewer/ui/vrlrenderingpaintergl.h"
 #include "viewer/ui/vrlrenderingtoolbar.h"
 #include "viewer/viewercanvasgl.h"
@@ -242,8 +241,7 @@ void VRLRenderingMediator::atEventBatchEnd() {
 }
 
 void VRLRenderingMediator::goToStack(VRLStack& stack) {
-    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    const auto restore = qScopeGuard([] { QGuiApplication::restoreOverrideCursor(); });
+    const WaitCursor wait;
     stack.updateReconstruction();
     setStack(stack);
 }

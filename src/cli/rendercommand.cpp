@@ -1,0 +1,90 @@
+#include "cli/commands.h"
+
+#include <filesystem>
+#include <iostream>
+#include <optional>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSize>
+
+#include "cli/commandline.h"
+#include "cli/stackfile.h"
+
+namespace {
+
+constexpr int smallest = 16, largest = 8192; // pixels of a side
+
+/// Nothing for a text that is no size within the limits.
+std::optional<QSize> sizeOf(const QString& text) {
+    static const QRegularExpression form("^([0-9]{1,5})x([0-9]{1,5})$");
+    const QRegularExpressionMatch match = form.match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
+    const QSize least(smallest, smallest), most(largest, largest);
+    return size == size.expandedTo(least) && size == size.boundedTo(most) ? std::optional(size) : std::nullopt;
+}
+
+/// The drawing is left to a program of its own, so that this one runs without a display and its libraries.
+int runRenderer(const QStringList& arguments) {
+    const QString program = QDir(QCoreApplication::applicationDirPath()).filePath("vorlen-render");
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    process.setInputChannelMode(QProcess::ForwardedInputChannel);
+    process.start(program, arguments);
+    if (!process.waitForStarted(-1)) {
+        std::cerr << "vorlen-cli: the program " << program.toStdString()
+                  << ", which draws, cannot be run: " << process.errorString().toStdString() << '\n';
+        return ExitFileError;
+    }
+    process.waitForFinished(-1);
+    const bool crashed = process.exitStatus() != QProcess::NormalExit; // as Qt ends a program without a display
+    if (!crashed && process.exitCode() != exitNoDisplay)
+        return process.exitCode();
+    std::cerr << "vorlen-cli: no picture was drawn. Drawing needs a display with OpenGL, "
+              << (crashed ? "and the one that DISPLAY names could not be used" : "and there is none")
+              << ".\nOn a machine without a screen run it under a virtual one, with Xvfb installed: "
+                 "xvfb-run -a vorlen-cli render ...\n";
+    return ExitFileError;
+}
+
+} // namespace
+
+int renderCommand(const QStringList& arguments) {
+    CommandLine line("render", "Draws the models of a stack in space, as the rendering window shows them, as PNG.",
+                     "STACK.sdf PICTURE.png", "A stack description file (.sdf), and the picture to be written (.png).");
+    line.addOption({"p", "pose"}, "A pose stored in the stack. Without one the scene is seen whole, along its slices.",
+                   "name");
+    line.addOption({"s", "size"}, "Width and height of the picture in pixels.", "WxH", "1200x900");
+    line.addFlag("overwrite", "Replace a picture that exists.");
+    if (const std::optional<int> status = line.parse(arguments, 2))
+        return *status;
+    const std::vector<std::string> files = line.files();
+    if (files.size() < 2)
+        return line.usageError("no name for the picture given");
+    const std::string& picture = files[1];
+    const QString pictureName = QFile::decodeName(picture.c_str());
+    if (!pictureName.endsWith(".png", Qt::CaseInsensitive))
+        return line.usageError("the picture is written as PNG: its name must end with .png, unlike '" + pictureName +
+                               "'");
+    const std::optional<QSize> size = sizeOf(line.value("size"));
+    if (!size)
+        return line.usageError(QString("--size takes width and height from %1 to %2, as 1200x900, not '%3'")
+                                   .arg(smallest)
+                                   .arg(largest)
+                                   .arg(line.value("size")));
+    std::error_code error;
+    if (!line.isSet("overwrite") && std::filesystem::exists(std::filesystem::symlink_status(picture, error))) {
+        std::cerr << "vorlen-cli: " << picture << " exists already; --overwrite replaces it\n";
+        return ExitFileError;
+    }
+    QStringList rendererArguments = {QFile::decodeName(files[0].c_str()), pictureName, QString::number(size->width()),
+                                     QString::number(size->height())};
+    if (line.isSet("pose"))
+        rendererArguments += line.value("pose");
+    return runRenderer(rendererArguments);
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <clocale>
+#include <locale>
+
+#include <QApplication>
+#include <QSurfaceFormat>
+
+/// The application object of every program with windows.
+///
+/// It asks for the OpenGL that the canvases draw with before anything can make a context, takes the names under which
+/// the settings are kept, and puts the classic locale back in the place of the user's, which Qt has installed: numbers
+/// in files have a point.
+class VorlenApplication : public QApplication {
+public:
+    VorlenApplication(int& argc, char** argv) : QApplication(withSurfaceFormat(argc), argv) {
+        setOrganizationName("KORV");
+        setApplicationName("Vorlen");
+        std::setlocale(LC_NUMERIC, "C");
+        std::locale::global(std::locale::classic());
+    }
+
+    /// For canvases: of the compatibility profile, with a depth of 24 bits and smoothed edges. Windows get the same
+    /// without the smoothing, which would double the time of composing them and be seen nowhere.
+    static QSurfaceFormat surfaceFormat() {
+        QSurfaceFormat format;
+        format.setProfile(QSurfaceFormat::CompatibilityProfile);
+        format.setDepthBufferSize(24);
+        format.setSamples(4);
+        return format;
+    }
+
+private:
+    static int& withSurfaceFormat(int& argc) {
+        QSurfaceFormat format = surfaceFormat();
+        format.setSamples(0);
+        QSurfaceFormat::setDefaultFormat(format);
+        return argc;
+    }
+};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "snake/snakeconfig.h"
+
+/// What the user chooses for a snake: its parameters, and the slices that it is to run on.
+class VRLSnakeConfig : public SnakeConfig {
+public:
+    VRLSnakeConfig() = default;
+    /// One slice, without propagation.
+    explicit VRLSnakeConfig(const SnakeConfig& config);
+
+    /// Whether the snake runs on a range of slices.
+    bool getRunOverStack() const { return __runOverStack; }
+    void setRunOverStack(bool runOverStack);
+
+    /// Whether a slice of a range begins with the contour that was found on the slice before it.
+    bool isPropagationEnabled() const { return __propagationEnabled; }
+    void setPropagationEnabled(bool enabled);
+
+private:
+    bool __runOverStack = false;
+    bool __propagationEnabled = false;
+};

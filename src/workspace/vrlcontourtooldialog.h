@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QDialog>
+
+class QInputBox;
+class QVBoxLayout;
+
+/// Dialog of a contour tool: numbers to choose, below one another, and "Cancel" and "OK".
+class VRLContourToolDialog : public QDialog {
+    Q_OBJECT
+
+public:
+    VRLContourToolDialog(QWidget* parent, const QString& title);
+
+protected:
+    /// A box below those that are there, in line with them.
+    QInputBox* addBox(const QString& label, int minimum, int maximum, const QString& suffix, const QString& toolTip);
+
+    /// After all boxes.
+    void addButtons();
+
+private:
+    QVBoxLayout* __layout;
+};
