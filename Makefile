@@ -39,7 +39,7 @@ sanitize: setup
 
 bench: setup
 	@cmake --preset release -DVORLEN_BENCH=ON >/dev/null
-	@cmake --build --preset release --target vorlen-bench vorlen-bench-view
+	@cmake --build --preset release --target vorlen-bench vorlen-bench-draw vorlen-bench-view
 	@scripts/bench $(BUILD)
 
 format:

@@ -1,6 +1,8 @@
 #include "document/modelitem.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -83,7 +85,8 @@ ModelItem::ModelItem() : __vertices(2, 0, 0, storeGrowth) {
 }
 
 ModelItem::ModelItem(const ModelItem& other)
-    : __model(other.__model), __slice(other.__slice), __vertices(other.__vertices), __updateBox(other.__updateBox),
+    : __model(other.__model), __slice(other.__slice), __vertices(other.__vertices), __revision(other.__revision),
+      __extent(other.__extent), __extentKnown(other.__extentKnown), __updateBox(other.__updateBox),
       __selection(other.__selection), __properties(other.__properties) {
     __vertices.detach();
 }
@@ -167,8 +170,15 @@ void ModelItem::setVertices(const int* coordinates, int n) {
 /// The vertices have a store that nobody else keeps.
 void ModelItem::takeVertices(const Vertices<int>& vertices) {
     __vertices = vertices;
+    verticesChanged();
     __selection.reset(__vertices.getNumVertices());
     __updateBox = boundingBox();
+}
+
+void ModelItem::verticesChanged() {
+    static std::atomic<std::uint64_t> last = 0;
+    __revision = ++last;
+    __extentKnown = false;
 }
 
 void ModelItem::appendVertex(const Vector<int>& vertex) {
@@ -176,6 +186,7 @@ void ModelItem::appendVertex(const Vector<int>& vertex) {
     __updateBox = BoundingBox<int>(n > 0 ? __vertices[n - 1] : vertex, vertex);
     __updateBox.rectify();
     __vertices.append(Vector<int>(vertex));
+    verticesChanged();
     __selection.reset(n + 1);
 }
 
@@ -190,12 +201,14 @@ void ModelItem::appendVertices(const Vertices<int>& vertices) {
     // One by one and through a copy, since the vertices may be the item's own.
     for (int i = 0; i < n; ++i)
         __vertices.append(Vector<int>(vertices[i]));
+    verticesChanged();
     __selection.reset(getSize());
     __updateBox = boundingBox();
 }
 
 void ModelItem::insertVertex(int i, const Vector<int>& vertex) {
     __vertices.insert(i, Vector<int>(vertex));
+    verticesChanged();
     __selection.insert(i, false);
     computeVertexUpdateBox(i);
 }
@@ -203,6 +216,7 @@ void ModelItem::insertVertex(int i, const Vector<int>& vertex) {
 void ModelItem::removeVertex(int i) {
     computeVertexUpdateBox(i);
     __vertices.remove(i);
+    verticesChanged();
     __selection.remove(i);
 }
 
@@ -211,6 +225,7 @@ void ModelItem::removeVertices(int first, int last) {
         return;
     __updateBox = boundingBox();
     __vertices.remove(first, last);
+    verticesChanged();
     __selection.remove(first, last);
 }
 
@@ -218,6 +233,7 @@ void ModelItem::moveVertex(int i, const Vector<int>& vertex) {
     computeVertexUpdateBox(i);
     const BoundingBox<int> before = __updateBox;
     __vertices[i] = vertex;
+    verticesChanged();
     computeVertexUpdateBox(i);
     __updateBox = before.merge(__updateBox);
 }
@@ -256,6 +272,7 @@ void ModelItem::removeSelectedVertices() {
         return;
     __updateBox = boundingBox();
     __vertices = unselectedVertices();
+    verticesChanged();
     __selection.reset(getSize());
 }
 
@@ -264,10 +281,25 @@ void ModelItem::removeUnselectedVertices() {
         return;
     __updateBox = boundingBox();
     __vertices = selectedVertices();
+    verticesChanged();
     __selection.reset(getSize());
 }
 
+// False only where no vertex and no segment can lie within the tolerance; a pixel more covers all rounding.
+bool ModelItem::isNear(const Vector<int>& point, float tolerance) const {
+    const BoundingBox<int>& box = extent();
+    if (!box.isValid())
+        return false;
+    const double reach = std::abs(double(tolerance)) + 1;
+    for (int k = 0; k < 2; ++k)
+        if (point[k] < box.getVertex1()[k] - reach || point[k] > box.getVertex2()[k] + reach)
+            return false;
+    return true;
+}
+
 int ModelItem::findNearestVertex(const Vector<int>& point, float tolerance) const {
+    if (!isNear(point, tolerance))
+        return -1;
     double best = double(tolerance) * tolerance;
     int nearest = -1;
     const int n = getSize();
@@ -282,6 +314,8 @@ int ModelItem::findNearestVertex(const Vector<int>& point, float tolerance) cons
 }
 
 int ModelItem::findNearVertex(const Vector<int>& point, float tolerance) const {
+    if (!isNear(point, tolerance))
+        return -1;
     const int n = getSize();
     switch (geometryOf(__model)) {
     case PolypointPrimitive:
@@ -309,7 +343,7 @@ int ModelItem::findInsertion(const Vector<int>& point, float tolerance) const {
     const MPrimitive geometry = geometryOf(__model);
     if (geometry == PolypointPrimitive)
         return n;
-    if (geometry == UnknownPrimitive)
+    if (geometry == UnknownPrimitive || !isNear(point, tolerance))
         return -1;
     for (int i = 1; i < n; ++i)
         if (pointNearSegment(__vertices[i - 1], __vertices[i], point, tolerance, false))
@@ -320,20 +354,29 @@ int ModelItem::findInsertion(const Vector<int>& point, float tolerance) const {
     return -1;
 }
 
-BoundingBox<int> ModelItem::boundingBox() const {
+const BoundingBox<int>& ModelItem::extent() const {
+    if (__extentKnown)
+        return __extent;
     const int n = getSize();
-    if (n == 0)
-        return BoundingBox<int>();
-    Vector<int> lower = __vertices[0];
-    Vector<int> upper = lower;
-    for (int i = 1; i < n; ++i) {
-        const int* vertex = __vertices[i].data();
-        for (int k = 0; k < 2; ++k) {
-            lower[k] = std::min(lower[k], vertex[k]);
-            upper[k] = std::max(upper[k], vertex[k]);
+    __extent = n > 0 ? vertexBox(0) : BoundingBox<int>();
+    if (n > 1) {
+        Vector<int> lower = __vertices[0];
+        Vector<int> upper = lower;
+        for (int i = 1; i < n; ++i) {
+            const int* vertex = __vertices[i].data();
+            for (int k = 0; k < 2; ++k) {
+                lower[k] = std::min(lower[k], vertex[k]);
+                upper[k] = std::max(upper[k], vertex[k]);
+            }
         }
+        __extent = BoundingBox<int>(lower, upper);
     }
-    return rectifyBox(BoundingBox<int>(lower, upper));
+    __extentKnown = true;
+    return __extent;
+}
+
+BoundingBox<int> ModelItem::boundingBox() const {
+    return getSize() > 0 ? rectifyBox(extent()) : BoundingBox<int>();
 }
 
 BoundingBox<int> ModelItem::updateBox() const {
@@ -396,6 +439,7 @@ void ModelItem::setClockwise(bool clockwise) {
     if (!isClosed() || isClockwise() == clockwise)
         return;
     __vertices.reverse();
+    verticesChanged();
     const ModelItemSelection before = __selection;
     const int n = before.getNumBits();
     for (int i = 0; i < n; ++i)

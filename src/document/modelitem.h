@@ -110,7 +110,13 @@ public:
     /// model.
     int findInsertion(const Vector<int>& point, float tolerance) const;
 
-    /// The box of the vertices, grown by rectifyBox(). The default box for an item without vertices.
+    /// Another number after every change of the vertices. Two items of equal numbers have equal vertices.
+    std::uint64_t getRevision() const { return __revision; }
+
+    /// The box of the vertices; the default box for an item without any. Constant time until the vertices change.
+    const BoundingBox<int>& extent() const;
+
+    /// The same, grown by rectifyBox().
     BoundingBox<int> boundingBox() const;
 
     /// The region that the last edit changed, grown by rectifyBox().
@@ -151,12 +157,17 @@ private:
     bool isListedBy(const ModelItemOwner& owner) const { return placeBy(owner) != 0; }
     std::uint64_t placeBy(const ModelItemOwner& owner) const;
     void takeVertices(const Vertices<int>& vertices);
+    void verticesChanged();
+    bool isNear(const Vector<int>& point, float tolerance) const;
     Vertices<int> verticesBySelection(bool selected) const;
     BoundingBox<int> vertexBox(int i) const;
 
     Model* __model = nullptr;
     StackSlice* __slice = nullptr;
     Vertices<int> __vertices;
+    std::uint64_t __revision = 0;
+    mutable BoundingBox<int> __extent;
+    mutable bool __extentKnown = true;
     BoundingBox<int> __updateBox;
     ModelItemSelection __selection;
     ModelItemProperties __properties;

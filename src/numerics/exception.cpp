@@ -30,7 +30,7 @@ void Exception::addWhere(const std::string& where) {
     ++__numCalls;
     if (__numCalls > 1)
         __callStack += '\n';
-    __callStack += "[" + std::to_string(__numCalls) + "] " + where;
+    __callStack.append("[").append(std::to_string(__numCalls)).append("] ").append(where);
 }
 
 void Exception::addCall(const std::string& where) {

@@ -19,6 +19,7 @@
 #include "images/image.h"
 #include "numerics/maths.h"
 #include "shell/session/vrlpreferences.h"
+#include "shell/widgets/vorlenapplication.h"
 #include "workspace/imageserver/vrlimageproxy.h"
 
 namespace {
@@ -103,6 +104,7 @@ int stepOf(double zoom) {
 } // namespace
 
 VRLImageWidgetCanvas::VRLImageWidgetCanvas(QWidget* parent) : QOpenGLWidget(parent) {
+    setFormat(VorlenApplication::surfaceFormat());
     setAutoFillBackground(false);
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
@@ -265,6 +267,7 @@ void VRLImageWidgetCanvas::setBlackAndWhite(const float black, const float white
 }
 
 void VRLImageWidgetCanvas::imageProxyChange() {
+    ++__imageRevision;
     if (__bestFitMode)
         setBestFitZoomFactor();
     rectifyViewOrigin();
@@ -306,9 +309,10 @@ void VRLImageWidgetCanvas::beforePaintGL() {
 
 void VRLImageWidgetCanvas::paintImageGL() {
     const QMutexLocker locker(&__mutex);
-    if (isVisible() && __imageProxy != nullptr && __imageProxy->hasImage())
-        paintImageGL(*__imageProxy);
-    else if (isVisible() && !__notice.isEmpty())
+    const Image* const image = paintedImage();
+    if (isVisible() && image != nullptr)
+        paintImageGL(*image);
+    else if (isVisible() && !__notice.isEmpty() && (__imageProxy == nullptr || !__imageProxy->hasImage()))
         paintNotice();
     // A lost context may report errors without end.
     for (int i = 0; i < 16; ++i) {
@@ -336,20 +340,23 @@ float VRLImageWidgetCanvas::aspectRatio() const {
     return ratio > 0 && std::isfinite(ratio) ? ratio : 1;
 }
 
-// A view that begins within a pixel of a reduced image begins left of and above the canvas. A raster position out there
-// would be invalid and nothing be drawn: it is set to the corner and moved from there, which is allowed.
-void VRLImageWidgetCanvas::paintImageGL(const VRLImageProxy& proxy) {
-    const QSize original = proxy.getOriginalImageSize();
-    if (original.isEmpty())
-        return;
-    const double density = devicePixelRatioF();
-    const double zoom = double(__zoomFactor) * density;
+const Image* VRLImageWidgetCanvas::paintedImage() const {
+    if (__imageProxy == nullptr || !__imageProxy->hasImage() || originalSize().isEmpty())
+        return nullptr;
+    const QSize original = originalSize();
+    const double zoom = double(__zoomFactor) * devicePixelRatioF();
     // Less one, as a reduced image of just this size is the best there can be.
     const QSize target(int(std::min(zoom * original.width() + 0.5, 1e9)) - 1,
                        int(std::min(zoom * original.height() + 0.5, 1e9)) - 1);
-    const Image& image = proxy.getImage(target);
-    if (image.getData() == nullptr || image.getWidth() < 1 || image.getHeight() < 1)
-        return;
+    const Image& image = __imageProxy->getImage(target);
+    return image.getData() != nullptr && image.getWidth() > 0 && image.getHeight() > 0 ? &image : nullptr;
+}
+
+// A view that begins within a pixel of a reduced image begins left of and above the canvas. A raster position out there
+// would be invalid and nothing be drawn: it is set to the corner and moved from there, which is allowed.
+void VRLImageWidgetCanvas::paintImageGL(const Image& image) {
+    const QSize original = originalSize();
+    const double zoom = double(__zoomFactor) * devicePixelRatioF();
     const double horScale = double(image.getWidth()) / original.width();
     const double verScale = double(image.getHeight()) / original.height();
     const QRect view = currentView();

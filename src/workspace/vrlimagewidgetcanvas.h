@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include <QMutex>
@@ -105,13 +106,18 @@ protected:
     void resizeGL(int width, int height) override;
     void paintGL() override;
 
+    /// The image that is painted at this zoom; null without one.
+    const Image* paintedImage() const;
+    /// Another number after each image that arrives.
+    std::uint64_t getImageRevision() const { return __imageRevision; }
+
     /// What painters draw on in paintGL(): the canvas, in units of the widget.
     std::unique_ptr<QPaintDevice> newPaintDevice() const;
 
 private:
     QSize originalSize() const;
     float aspectRatio() const;
-    void paintImageGL(const VRLImageProxy& proxy);
+    void paintImageGL(const Image& image);
     void paintNotice();
 
     VRLImageProxy* __imageProxy = nullptr; // a child
@@ -121,5 +127,6 @@ private:
     float __black = 0;
     float __white = 1;
     QString __notice;
+    std::uint64_t __imageRevision = 0;
     QMutex __mutex; // held while the image is painted
 };

@@ -7,6 +7,7 @@
 
 #include "workspace/vrlimagewidgetcanvas.h"
 #include "workspace/vrlimagewidgetmediator.h"
+#include "workspace/vrlimagewidgetstatusbar.h"
 
 namespace {
 
@@ -28,11 +29,15 @@ VRLImageWidgetMediatorPanDelegate::VRLImageWidgetMediatorPanDelegate(VRLImageWid
 void VRLImageWidgetMediatorPanDelegate::activate() {
     VRLImageWidgetMediatorDelegate::activate();
     QGuiApplication::setOverrideCursor(Qt::OpenHandCursor);
+    if (VRLImageWidgetStatusBar* const statusBar = getMediator().getStatusBar())
+        statusBar->showMessage("Drag: move the view. Release the space bar: done.");
 }
 
 void VRLImageWidgetMediatorPanDelegate::deactivate() {
     VRLImageWidgetMediatorDelegate::deactivate();
     QGuiApplication::restoreOverrideCursor();
+    if (VRLImageWidgetStatusBar* const statusBar = getMediator().getStatusBar())
+        statusBar->clearMessage();
 }
 
 bool VRLImageWidgetMediatorPanDelegate::eventFilter(QObject* object, QEvent* event) {

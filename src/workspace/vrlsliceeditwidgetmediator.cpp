@@ -127,9 +127,6 @@ void VRLSliceEditWidgetMediator::setSlice(StackSlice& slice) {
         __selection->activate();
     VRLSliceWidgetMediator::setSlice(slice);
     updateSelection();
-    const VRLSliceEditWidgetStatusBar* const statusBar = getStatusBar();
-    if (statusBar != nullptr && statusBar->currentMessage().isEmpty())
-        setRestingHint();
 }
 
 void VRLSliceEditWidgetMediator::sliceItemSelectionEvent(VRLSliceItemSelectionEvent& event) {
@@ -236,17 +233,26 @@ void VRLSliceEditWidgetMediator::selectionChange(const StackSliceSelectionInfo& 
         action->setEnabled(whole && geometry == PolygonPrimitive);
     __douglasPeucker->setEnabled(whole && (geometry == PolygonPrimitive || geometry == PolylinePrimitive));
     __properties->setEnabled(!multiple && info.selectionGeometry() != PolypointPrimitive);
+    if (!isInteracting())
+        setRestingHint();
 }
 
 void VRLSliceEditWidgetMediator::setHint(const QString& text) {
     if (VRLSliceEditWidgetStatusBar* const statusBar = getStatusBar())
-        statusBar->showMessage(text);
+        statusBar->setHint(text, true);
 }
 
 void VRLSliceEditWidgetMediator::setRestingHint() {
-    setHint(getSlice() == nullptr || getImageProxy().isEmpty()
-                ? QString()
-                : "Click: select. Shift+click: select more. Drag: select vertices. Right click: draw and edit.");
+    VRLSliceEditWidgetStatusBar* const statusBar = getStatusBar();
+    if (statusBar == nullptr)
+        return;
+    QString text;
+    if (getSlice() != nullptr && !getImageProxy().isEmpty())
+        text = !__delete->isEnabled()
+                   ? "Click: select. Shift+click: select more. Drag: select vertices. Right click: draw and edit."
+                   : QString("Delete: remove.%1 Right click: more. Click beside or Escape: deselect.")
+                         .arg(__editPoints->isEnabled() ? " E: edit points." : "");
+    statusBar->setHint(text, false);
 }
 
 QStringList VRLSliceEditWidgetMediator::buildSliceModelList() const {
@@ -342,7 +348,7 @@ bool VRLSliceEditWidgetMediator::isInteracting() const {
     for (const VRLSliceEditWidgetMediatorDelegate* tool : __tools)
         if (tool->isActive())
             return true;
-    return __creation->isActive() || __snake->isActive() || __edition->isActive();
+    return __edition != nullptr && (__creation->isActive() || __snake->isActive() || __edition->isActive());
 }
 
 template <class Subject>

@@ -4,6 +4,14 @@
 
 VRLSliceEditWidgetStatusBar::VRLSliceEditWidgetStatusBar(QWidget* parent) : VRLSliceWidgetStatusBar(parent) {
     __editMode = addField(int(QFrame::Panel) | int(QFrame::Sunken), "Edit mode");
+    // Queued, as the bar is about to show what it has just told of.
+    connect(
+        this, &QStatusBar::messageChanged, this,
+        [this] {
+            if (currentMessage().isEmpty() && !__hint.isEmpty())
+                showMessage(__hint);
+        },
+        Qt::QueuedConnection);
 }
 
 void VRLSliceEditWidgetStatusBar::setEditModeInfo(const QString& text) {
@@ -12,4 +20,11 @@ void VRLSliceEditWidgetStatusBar::setEditModeInfo(const QString& text) {
 
 QString VRLSliceEditWidgetStatusBar::getEditModeInfo() const {
     return __editMode->text();
+}
+
+void VRLSliceEditWidgetStatusBar::setHint(const QString& hint, bool pressing) {
+    const bool free = currentMessage().isEmpty() || currentMessage() == __hint;
+    __hint = hint;
+    if (pressing || free)
+        showMessage(hint);
 }

@@ -2,7 +2,8 @@
 
 #include "workspace/vrlslicewidgetstatusbar.h"
 
-/// Status bar of the slice editor: one more field for the word of the edit mode, such as "READY" or "CREATE".
+/// Status bar of the slice editor: one more field for the word of the edit mode, such as "READY" or "CREATE", and a
+/// hint about what the next input will do, which comes back whenever a message goes.
 class VRLSliceEditWidgetStatusBar : public VRLSliceWidgetStatusBar {
     Q_OBJECT
 
@@ -12,6 +13,11 @@ public:
     void setEditModeInfo(const QString& text);
     QString getEditModeInfo() const;
 
+    /// Replaces the hint. A message of somebody else gives way only when pressing.
+    void setHint(const QString& hint, bool pressing);
+    const QString& getHint() const { return __hint; }
+
 private:
+    QString __hint;
     QLabel* __editMode;
 };

@@ -9,6 +9,8 @@
 #include <QPen>
 #include <QPixmap>
 #include <QPolygon>
+#include <QScopedValueRollback>
+#include <QTransform>
 
 #include "document/model.h"
 #include "document/modelitem.h"
@@ -29,21 +31,9 @@ QColor colorOf(const ModelItemProperties& look) {
     return QColor(std::clamp(color[0], 0, 255), std::clamp(color[1], 0, 255), std::clamp(color[2], 0, 255));
 }
 
-/// From 0 to 1.
-double opacityOf(const ModelItem& item) {
-    const Model* model = item.getModel();
-    if (model == nullptr || !model->getProperties().definesSurfaceOpacity())
-        return 1;
-    return std::clamp(double(model->getProperties().getSurfaceOpacity()) / 255, 0.0, 1.0);
-}
-
-QPolygon polygonOf(const ModelItem& item) {
-    QPolygon polygon;
-    polygon.reserve(item.getSize());
-    const Vertices<int>& vertices = item.getVertices();
-    for (int i = 0; i < item.getSize(); ++i)
-        polygon.append(QPoint(vertices[i][0], vertices[i][1]));
-    return polygon;
+QPoint pointOf(const ModelItem& item, int i) {
+    const Vector<int>& vertex = item.getVertices()[i];
+    return QPoint(vertex[0], vertex[1]);
 }
 
 /// From the first to the last pixel, both within.
@@ -138,13 +128,29 @@ void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice, QPainter& painter
 }
 
 void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice) {
+    withPainter([&](QPainter& painter) { paintItems(slice, painter); });
+}
+
+void VRLSliceWidgetCanvas::paintItemsWithin(const StackSlice& slice, const QRect& area) {
+    const QScopedValueRollback painted(__area, area);
+    withPainter([&](QPainter& painter) {
+        const QTransform items = painter.transform();
+        painter.resetTransform();
+        painter.setClipRect(area);
+        painter.setTransform(items);
+        for (int i = 0; i < slice.getNumItems(); ++i)
+            paintItem(slice.getItem(i), painter);
+    });
+}
+
+void VRLSliceWidgetCanvas::withPainter(const std::function<void(QPainter&)>& work) const {
     const std::unique_ptr<QPaintDevice> device = newPaintDevice();
     QPainter painter(device.get());
     painter.setRenderHint(QPainter::Antialiasing);
     const double zoom = double(getZoomFactor());
     painter.scale(zoom * double(betaWidth()), zoom * double(betaHeight()));
     painter.translate(0.5 - getViewOrigin().x(), 0.5 - getViewOrigin().y());
-    paintItems(slice, painter);
+    work(painter);
 }
 
 void VRLSliceWidgetCanvas::setMode(CanvasMode mode) {
@@ -163,7 +169,7 @@ void VRLSliceWidgetCanvas::paintGL() {
 
 void VRLSliceWidgetCanvas::paintItem(const ModelItem& item, QPainter& painter) const {
     const ModelItemProperties look = lookOf(item);
-    if (!isVisibleItem(item, look))
+    if (!areaOf(item, look).intersects(paintedArea()))
         return;
     painter.save();
     if (geometryOf(item) == PolypointPrimitive)
@@ -178,26 +184,50 @@ void VRLSliceWidgetCanvas::paintItem(const ModelItem& item, QPainter& painter) c
     }
 }
 
-QRectF VRLSliceWidgetCanvas::visibleArea() const {
-    const double zoom = double(getZoomFactor());
-    return QRectF(getViewOrigin().x() - 0.5, getViewOrigin().y() - 0.5, width() / (zoom * double(betaWidth())),
-                  height() / (zoom * double(betaHeight())));
+// No symbol reaches farther from its vertex than twice the point size, and no mark farther than 6 pixels of the screen.
+// Coordinates may be any number.
+QRect VRLSliceWidgetCanvas::areaOf(const ModelItem& item, const ModelItemProperties& look) const {
+    const BoundingBox<int>& box = item.extent();
+    if (!box.isValid())
+        return QRect();
+    const double size = double(sensible(look.getLineWidth())) + 2 * double(sensible(look.getPointSize())) + 1;
+    const double zooms[] = {double(getZoomFactor() * betaWidth()), double(getZoomFactor() * betaHeight())};
+    const int origins[] = {getViewOrigin().x(), getViewOrigin().y()};
+    const int ends[] = {width(), height()};
+    int first[2], last[2];
+    for (int k = 0; k < 2; ++k) {
+        const double low = (box.getVertex1()[k] - origins[k] + 0.5 - size) * zooms[k] - 7;
+        const double high = (box.getVertex2()[k] - origins[k] + 0.5 + size) * zooms[k] + 7;
+        first[k] = int(std::clamp(std::floor(low), 0.0, double(ends[k])));
+        last[k] = int(std::clamp(std::ceil(high), 0.0, double(ends[k])));
+    }
+    return QRect(first[0], first[1], last[0] - first[0], last[1] - first[1]);
 }
 
-// No symbol reaches farther from its vertex than twice the point size, and no mark farther than 6 pixels of the screen.
-bool VRLSliceWidgetCanvas::isVisibleItem(const ModelItem& item, const ModelItemProperties& look) const {
-    const BoundingBox<int> box = item.getVertices().boundingBox();
-    if (!box.isValid())
-        return false;
-    const Vector<int>& lower = box.getVertex1();
-    const Vector<int>& upper = box.getVertex2();
-    const double size = double(sensible(look.getLineWidth())) + 2 * double(sensible(look.getPointSize())) + 1;
-    const double zoom = double(getZoomFactor());
-    const double horMargin = size + 6 / (zoom * double(betaWidth()));
-    const double verMargin = size + 6 / (zoom * double(betaHeight()));
-    const QRectF area(QPointF(lower[0] - horMargin, lower[1] - verMargin),
-                      QPointF(upper[0] + horMargin, upper[1] + verMargin));
-    return area.intersects(visibleArea());
+// A vertex within half a pixel of the screen from the last one that is drawn is left out, as far as the shape stays.
+QPolygon VRLSliceWidgetCanvas::outlineOf(const ModelItem& item) const {
+    const int n = item.getSize();
+    const double density = devicePixelRatioF();
+    const double horZoom = double(getZoomFactor() * betaWidth()) * density;
+    const double verZoom = double(getZoomFactor() * betaHeight()) * density;
+    QPolygon outline;
+    outline.reserve(n);
+    for (int i = 0; i < n; ++i) {
+        const QPoint vertex = pointOf(item, i);
+        if (i > 0 && i + 1 < n) {
+            const double x = (double(vertex.x()) - outline.last().x()) * horZoom;
+            const double y = (double(vertex.y()) - outline.last().y()) * verZoom;
+            if (x * x + y * y < 0.25)
+                continue;
+        }
+        outline.append(vertex);
+    }
+    if (n > 4 && outline.size() < 4) { // no larger than a pixel, and to be seen all the same
+        outline.clear();
+        for (int i = 0; i < 4; ++i)
+            outline.append(pointOf(item, int(static_cast<long long>(n - 1) * i / 3)));
+    }
+    return outline;
 }
 
 void VRLSliceWidgetCanvas::paintContourItem(const ModelItem& item, const ModelItemProperties& look,
@@ -211,7 +241,7 @@ void VRLSliceWidgetCanvas::paintContourItem(const ModelItem& item, const ModelIt
     pen.setWidth(thin ? 0 : int(lineWidth));
     painter.setPen(pen);
     painter.setBrush(Qt::NoBrush);
-    const QPolygon polygon = polygonOf(item);
+    const QPolygon polygon = outlineOf(item);
     if (geometryOf(item) == PolylinePrimitive)
         painter.drawPolyline(polygon);
     else
@@ -229,9 +259,16 @@ void VRLSliceWidgetCanvas::paintPointsItem(const ModelItem& item, const ModelIte
         painter.setBrush(pen.color().darker(200));
         painter.setOpacity(opacityOf(item));
     }
-    const QPolygon vertices = polygonOf(item);
     const VertexSymbol symbol = look.getVertexSymbol();
     const int r = int(sensible(look.getPointSize()));
+    const QRectF seen = painter.transform().inverted().mapRect(QRectF(paintedArea()));
+    const double reach = 2 * r + double(sensible(look.getLineWidth())) + 2 + 2 / double(getZoomFactor());
+    QPolygon vertices;
+    for (int i = 0; i < item.getSize(); ++i) {
+        const QPoint vertex = pointOf(item, i);
+        if (seen.adjusted(-reach, -reach, reach, reach).contains(vertex))
+            vertices.append(vertex);
+    }
     if (symbol == DotSymbol) {
         pen.setWidth(0);
         painter.setRenderHint(QPainter::Antialiasing, false);
@@ -250,7 +287,7 @@ void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& p
     painter.setOpacity(1);
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setPen(QPen(Qt::black, 1));
-    const QRect seen = rect().adjusted(-6, -6, 6, 6);
+    const QRectF seen = QRectF(paintedArea()).adjusted(-6, -6, 6, 6);
     const double horizontal = double(getZoomFactor() * betaWidth());
     const double vertical = double(getZoomFactor() * betaHeight());
     const ModelItemSelection& selection = item.getSelection();
@@ -262,7 +299,7 @@ void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& p
             continue;
         const double x = std::floor((vertices[i][0] - getViewOrigin().x() + 0.5) * horizontal);
         const double y = std::floor((vertices[i][1] - getViewOrigin().y() + 0.5) * vertical);
-        if (!QRectF(seen).contains(x, y))
+        if (!seen.contains(x, y))
             continue;
         const QPoint position{int(x), int(y)};
         if (i == 0)

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <functional>
+
+#include <QRect>
 #include <QRectF>
 
 #include "workspace/canvasmode.h"
@@ -8,14 +11,16 @@
 class ModelItem;
 class ModelItemProperties;
 class QPainter;
+class QPolygon;
 class StackSlice;
 
 /// Paints a slice: its image, and on it the items of the slice.
 ///
 /// The slice is seen, not owned; who shows it takes care that it is forgotten before it goes. What neither an item nor
 /// its model defines is drawn by the defaults of items; an item without a model is drawn as a polyline. A painter comes
-/// back from each item as it was, its opacity included. Items, and marks of selected vertices, that lie outside of the
-/// canvas are not drawn.
+/// back from each item as it was, its opacity included. Items, symbols of points, and marks of selected vertices that
+/// lie outside of the canvas are not drawn, nor are vertices of a contour within half a pixel of the screen from one
+/// that is.
 ///
 /// Items are drawn smoothly where the canvas has several samples for a pixel; marks of selected vertices never are.
 class VRLSliceWidgetCanvas : public VRLImageWidgetCanvas {
@@ -48,15 +53,23 @@ protected:
     /// An item and the marks of its selected vertices.
     void paintItem(const ModelItem& item, QPainter& painter) const;
 
-    /// What the canvas shows of the plane of the image, in the coordinates of the items.
-    QRectF visibleArea() const;
+    /// The same within a rectangle of the canvas, of all items of the slice; nothing outside of it is touched.
+    void paintItemsWithin(const StackSlice& slice, const QRect& area);
+
+    /// Runs the work with a painter on the canvas, in the coordinates of the items. The context must be current.
+    void withPainter(const std::function<void(QPainter&)>& work) const;
+
+    /// All pixels of the canvas that an item of this look paints on, and some more; empty outside of the canvas.
+    QRect areaOf(const ModelItem& item, const ModelItemProperties& look) const;
 
 private:
-    bool isVisibleItem(const ModelItem& item, const ModelItemProperties& look) const;
+    QPolygon outlineOf(const ModelItem& item) const;
+    QRect paintedArea() const { return __area.isNull() ? rect() : __area; }
     void paintContourItem(const ModelItem& item, const ModelItemProperties& look, QPainter& painter) const;
     void paintPointsItem(const ModelItem& item, const ModelItemProperties& look, QPainter& painter) const;
     void paintItemSelection(const ModelItem& item, QPainter& painter) const;
 
     StackSlice* __slice = nullptr;
+    QRect __area; // what is painted now; null for all of the canvas
     CanvasMode __mode = AllgroundMode;
 };

@@ -1,11 +1,14 @@
 #include "document/modelitem.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include <gtest/gtest.h>
 
-#include "support/documentmaker.h"
 #include "numerics/exception.h"
+#include "support/documentmaker.h"
 
 namespace {
 
@@ -203,6 +206,73 @@ TEST_F(ModelItemTest, aSelectionOfAnotherSizeIsRefused) {
     selection.set(true, 0, false);
     item.setSelection(selection);
     EXPECT_EQ(item.getSelection(), selection);
+}
+
+TEST_F(ModelItemTest, everyChangeOfTheVerticesIsToldByExtentAndRevision) {
+    ModelItem& item = addItem(polygons, stack.getSlice(0));
+    std::uint64_t last = item.getRevision();
+    const auto expect = [&](const std::vector<int>& extent) {
+        EXPECT_EQ(corners(item.extent()), extent);
+        EXPECT_NE(item.getRevision(), last);
+        last = item.getRevision();
+    };
+    EXPECT_FALSE(item.extent().isValid());
+    item.appendVertex(point(3, 4));
+    expect({3, 4, 3, 4});
+    item.appendVertices(makeVertices({{-5, 8}, {6, 9}}));
+    expect({-5, 4, 6, 9});
+    item.insertVertex(1, point(20, 1));
+    expect({-5, 1, 20, 9});
+    item.moveVertex(1, point(1, 1));
+    expect({-5, 1, 6, 9});
+    item.removeVertex(1);
+    expect({-5, 4, 6, 9});
+    item.setClockwise(!item.isClockwise());
+    expect({-5, 4, 6, 9});
+    item.getSelection().set(true, 0, true);
+    item.removeSelectedVertices();
+    EXPECT_EQ(item.getSize(), 2);
+    const ModelItem copy(item);
+    EXPECT_EQ(corners(copy.extent()), corners(item.extent()));
+    EXPECT_EQ(copy.getRevision(), item.getRevision());
+    last = copy.getRevision() - 1;
+    item.setVertices(makeVertices({{0, 0}, {1, 7}, {2, 3}}));
+    expect({0, 0, 2, 7});
+    item.removeVertices(1, 2);
+    expect({0, 0, 0, 0});
+    item.appendVertex(point(2, 2));
+    item.getSelection().set(true, 1, true);
+    item.removeUnselectedVertices();
+    expect({2, 2, 2, 2});
+    item.getSelection().set(true);
+    item.removeSelectedVertices();
+    EXPECT_FALSE(item.extent().isValid());
+    const std::uint64_t before = item.getRevision();
+    item.getProperties().setColor(1, 2, 3);
+    EXPECT_EQ(item.getRevision(), before);
+}
+
+// Brute force over segments and vertices, at points in and around the box.
+TEST_F(ModelItemTest, hitsAreThoseOfEveryVertexAndSegment) {
+    const Points points = {{40, 40}, {90, 45}, {70, 80}, {30, 75}};
+    ModelItem& contour = addItem(polygons, stack.getSlice(0), points);
+    for (const float tolerance : {0.0f, 2.5f, 7.0f})
+        for (int y = 25; y < 95; ++y)
+            for (int x = 15; x < 105; ++x) {
+                const Vector<int> p = point(x, y);
+                double nearest = 1e9;
+                bool beside = false, near = false;
+                for (std::size_t i = 0; i < points.size(); ++i) {
+                    const auto& [ax, ay] = points[i];
+                    const auto& [bx, by] = points[(i + 1) % points.size()];
+                    nearest = std::min(nearest, std::hypot(x - ax, y - ay));
+                    beside = beside || ModelItem::pointNearSegment(point(ax, ay), point(bx, by), p, tolerance, false);
+                    near = near || ModelItem::pointNearSegment(point(ax, ay), point(bx, by), p, tolerance, true);
+                }
+                ASSERT_EQ(contour.findNearestVertex(p, tolerance) >= 0, nearest <= double(tolerance));
+                ASSERT_EQ(contour.findNearVertex(p, tolerance) >= 0, near);
+                ASSERT_EQ(contour.findInsertion(p, tolerance) >= 0, beside);
+            }
 }
 
 TEST_F(ModelItemTest, nearestVertexIsTheFirstOfTheNearestWithinTheTolerance) {

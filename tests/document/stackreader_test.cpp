@@ -54,7 +54,7 @@ const std::string item = slice + model + "MODELITEM \"m\" \"s1\";\n";
 std::string join(const StackReader::Tokens& tokens) {
     std::string text;
     for (const std::string_view token : tokens)
-        text += "[" + std::string(token) + "]";
+        text.append("[").append(token).append("]");
     return text;
 }
 

@@ -105,7 +105,7 @@ TEST_F(ContourToolsTest, theDialogsShowTheirRangesAndCancelLeavesTheDocumentAsIt
         EXPECT_EQ(canvas->getExtraItem(), nullptr);
         EXPECT_EQ(canvas->findChild<QDialog*>(), nullptr);
         EXPECT_TRUE(action("Resample")->isEnabled());
-        EXPECT_TRUE(statusBar->currentMessage().contains("Click: select"));
+        EXPECT_TRUE(statusBar->currentMessage().contains("Delete: remove"));
         delete &first;
         delete &second;
     }

@@ -1,5 +1,6 @@
 #include "workspace/drawingfixture.h"
 
+#include <optional>
 #include <random>
 
 #include <QContextMenuEvent>
@@ -47,17 +48,6 @@ TEST_F(DrawingTest, aContourIsDrawnByClicksDragsAndPenAndStoredCounterClockwise)
     ASSERT_EQ(locks.count(), 2);
     EXPECT_TRUE(locks[0][0].toBool());
     EXPECT_FALSE(locks[1][0].toBool());
-}
-
-TEST_F(DrawingTest, clicksFindTheirPixelsInAnEnlargedAndScrolledView) {
-    zoomTo(2);
-    canvas->setViewOrigin(QPoint(50, 40));
-    creation->activate("Line");
-    draw({{20, 10}, {61, 31}});
-    key(Qt::Key_Return);
-    EXPECT_EQ(verticesOf(slice->getItem(0)), (Points{{60, 45}, {80, 55}}));
-    click(QPoint(40, 20)); // halfway between
-    EXPECT_NE(slice->getSelectedItem(), nullptr);
 }
 
 TEST_F(DrawingTest, keysTakeBackGiveUpAndFinish) {
@@ -459,120 +449,359 @@ TEST_F(DrawingTest, anEditorMayGoWhileSomethingIsDrawn) {
     ASSERT_TRUE(settle());
 }
 
-// Whatever the user does, undoing all of it leads back to the first document, and redoing it to the last.
-TEST_F(DrawingTest, allOfALongSessionIsUndone) {
-    addItem(*polygon, *slice, square);
-    addItem(*dots, *slice, {{150, 150}, {200, 150}});
-    addItem(*line, *slice, {{150, 50}, {200, 50}, {220, 70}});
-    const std::string first = text();
-    std::mt19937 random(20260717);
-    const auto below = [&random](int n) { return int(random() % unsigned(n)); };
-    QTimer closer; // boxes and dialogs are closed as they come
-    closer.setInterval(0);
-    QObject::connect(&closer, &QTimer::timeout, [&below] {
+/// A user who does anything at all, of a fixed seed: each command of the table as often as its weight says. A further
+/// command of the editor is one more line. Message boxes and dialogs are closed as they come.
+class RestlessUserTest : public DrawingTest {
+protected:
+    struct Command {
+        int weight;
+        const char* name;
+        std::function<void()> work;
+    };
+
+    void SetUp() override {
+        DrawingTest::SetUp();
+        slices[0] = slice;
+        slices[1] = &addSlice(TestImages::ramp(300, 200, 8));
+        addItem(*polygon, *slice, square);
+        addItem(*dots, *slice, {{150, 150}, {200, 150}});
+        addItem(*line, *slice, {{150, 50}, {200, 50}, {220, 70}});
+        addItem(*other, *slices[1], {{20, 20}, {20, 150}, {250, 150}, {240, 80}});
+        closer.setInterval(0);
+        QObject::connect(&closer, &QTimer::timeout, [this] { close(); });
+        closer.start();
+        QObject::connect(mediator, &VRLSliceEditWidgetMediator::lockRequested, [this](bool on) { locked = on; });
+    }
+
+    int below(int n) { return int(random() % unsigned(n)); }
+    bool rarely() { return below(8) == 0; }
+    QPoint anywhere() { return QPoint(below(340) - 20, below(240) - 20); }
+
+    /// Often on a vertex, else anywhere.
+    QPoint somewhere() {
+        if (slice->getNumItems() > 0 && below(2) == 0) {
+            const ModelItem& item = slice->getItem(below(slice->getNumItems()));
+            if (item.getSize() > 0) {
+                const Vector<int>& vertex = item.getVertices()[below(item.getSize())];
+                const double zoom = double(canvas->getZoomFactor());
+                return QPoint(int((vertex[0] - canvas->getViewOrigin().x() + 0.5) * zoom),
+                              int((vertex[1] - canvas->getViewOrigin().y() + 0.5) * zoom));
+            }
+        }
+        return anywhere();
+    }
+    Qt::KeyboardModifiers modifiers() {
+        const Qt::KeyboardModifiers choices[] = {Qt::NoModifier, Qt::NoModifier, Qt::ShiftModifier,
+                                                 Qt::ControlModifier};
+        return choices[below(4)];
+    }
+    Qt::MouseButton button() {
+        return rarely() ? (below(2) == 0 ? Qt::RightButton : Qt::MiddleButton) : Qt::LeftButton;
+    }
+    void chooseAny(const QString& title, const QString& subTitle = QString()) {
+        const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
+        QAction* chosen = &entry(*menu, title);
+        if (!subTitle.isEmpty() && chosen->isEnabled())
+            chosen = &entry(*chosen->menu(), subTitle);
+        if (!chosen->isEnabled() || chosen->menu()->actions().isEmpty())
+            return;
+        const QList<QAction*> entries = chosen->menu()->actions();
+        entries[below(int(entries.size()))]->trigger();
+    }
+    void edit(const QString& text) {
+        const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
+        entry(*entry(*menu, "Edit").menu(), text).trigger();
+    }
+    void anyKey() {
+        const Qt::Key keys[] = {Qt::Key_Return, Qt::Key_Backspace, Qt::Key_X, Qt::Key_Enter, Qt::Key_A, Qt::Key_Space};
+        const Qt::Key code = keys[below(6)];
+        if (code == Qt::Key_X)
+            QCursor::setPos(canvas->mapToGlobal(anywhere()));
+        key(code);
+        if (below(4) != 0) {
+            QKeyEvent event(QEvent::KeyRelease, code, Qt::NoModifier);
+            QCoreApplication::sendEvent(canvas, &event);
+        }
+    }
+
+    /// What has opened: menus go, boxes are accepted, dialogs of tools get a number first and may be rejected. Their
+    /// own random numbers keep the course of the commands apart from that of the timer.
+    void close() {
+        if (QWidget* const popup = QApplication::activePopupWidget()) {
+            popup->close();
+            return;
+        }
         auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         if (dialog == nullptr)
             return;
         if (auto* const box = dialog->findChild<QSpinBox*>())
-            box->setValue(below(20));
-        below(4) == 0 ? dialog->reject() : dialog->accept();
-    });
-    closer.start();
-    const QString models[] = {"Polygon", "Other & more", "Line", "Dots"};
-    for (int i = 0; i < 2000; ++i) {
-        const QPoint at(below(300), below(200));
-        switch (below(20)) {
-        case 16:
-        case 17: {
-            if (creation->isActive() || edition->isActive() || slice->getNumItems() == 0)
-                break;
-            selection->cancelSelection();
-            select(slice->getItem(below(slice->getNumItems())));
-            const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
-            const QStringList commands = {"Resample", "Change origin", "Smooth (Fourier)", "Decimate (Douglas-Peucker)",
-                                          "Split contour"};
-            entry(*entry(*menu, "Edit").menu(), commands[below(5)]).trigger();
-            break;
-        }
-        case 18:
-            if (below(3) == 0)
-                choose("Draw", "Automatic", "Polygon");
-            break;
-        case 0:
-            if (!creation->isActive() && !edition->isActive())
-                choose("Draw", "Manual", QString(models[below(4)]).replace("&", "&&"));
-            break;
-        case 1:
-            key(Qt::Key_Return);
-            break;
-        case 2:
-            key(Qt::Key_Backspace);
-            break;
-        case 3:
-            if (below(4) == 0)
-                action("Cancel")->trigger();
-            break;
-        case 4:
-            if (below(6) == 0)
-                action("Delete")->trigger();
-            break;
-        case 5:
-            action("Edit points")->trigger();
-            break;
-        case 6:
-            if (below(4) == 0)
-                action("Select all")->trigger();
-            break;
-        case 7:
-            if (!creation->isActive() && !edition->isActive())
-                selection->convertSelection(
-                    models[slice->getSelectedItem() != nullptr && slice->getSelectedItem()->isConnected() ? below(3)
-                                                                                                          : below(4)]);
-            break;
-        case 8:
-            if (!creation->isActive() && !edition->isActive())
-                selection->decimateSelection();
-            break;
-        case 9: {
-            void (VRLSliceEditWidgetMediatorEditionDelegate::*const modes[])() = {
-                &VRLSliceEditWidgetMediatorEditionDelegate::setMoveMode,
-                &VRLSliceEditWidgetMediatorEditionDelegate::setInsertMode,
-                &VRLSliceEditWidgetMediatorEditionDelegate::setDeleteMode};
-            if (edition->isActive())
-                (edition->*modes[below(3)])();
-            break;
-        }
-        case 10:
-            press(at);
-            drag(at + QPoint(below(40), below(40)));
-            release(at);
-            break;
-        case 11:
-            if (below(8) == 0 && !creation->isActive() && !edition->isActive())
-                below(2) == 0 ? history().undo() : history().redo();
-            break;
-        default:
-            if (slice->getNumItems() > 0 && below(2) == 0) {
-                const ModelItem& item = slice->getItem(below(slice->getNumItems()));
-                if (item.getSize() > 0) {
-                    const Vector<int>& vertex = item.getVertices()[below(item.getSize())];
-                    click(QPoint(vertex[0], vertex[1]), below(2) == 0 ? Qt::ShiftModifier : Qt::NoModifier);
-                    break;
-                }
-            }
-            click(at, below(2) == 0 ? Qt::ShiftModifier : Qt::NoModifier);
-            break;
-        }
-        QCoreApplication::processEvents();
+            box->setValue(int(dialogRandom() % 20));
+        // Properties are no steps of the history.
+        if (qobject_cast<QMessageBox*>(dialog) == nullptr &&
+            (dialogRandom() % 4 == 0 || dialog->windowTitle() == "Properties"))
+            dialog->reject();
+        else
+            dialog->accept();
     }
-    action("Cancel")->trigger();
-    const std::string last = text();
-    const int steps = undoAll();
-    EXPECT_GT(steps, 50);
-    EXPECT_EQ(text(), first);
+
+    void selectOne() {
+        if (locked || slice->getNumItems() == 0)
+            return;
+        selection->cancelSelection();
+        select(slice->getItem(below(slice->getNumItems())));
+    }
+    void useTool(const QString& text) {
+        selectOne();
+        edit(text);
+    }
+
+    std::vector<Command> commands() {
+        return {
+            {8, "draw", [this] { chooseAny("Draw", "Manual"); }},
+            {4, "select", [this] { chooseAny("Select"); }},
+            {4, "convert", [this] { chooseAny("Convert"); }},
+            {3, "decimate", [this] { edit("Decimate"); }},
+            {3, "resample", [this] { useTool("Resample"); }},
+            {3, "change origin", [this] { useTool("Change origin"); }},
+            {3, "smooth", [this] { useTool("Smooth (Fourier)"); }},
+            {3, "Douglas-Peucker", [this] { useTool("Decimate (Douglas-Peucker)"); }},
+            {3, "split", [this] { useTool("Split contour"); }},
+            {1, "snake", [this] { useTool("Run Snake"); }},
+            {3, "automatic", [this] { chooseAny("Draw", "Automatic"); }},
+            {1, "properties", [this] { edit("Properties..."); }},
+            {6, "edit points", [this] { trigger("Edit points"); }},
+            {2, "select all", [this] { trigger("Select all"); }},
+            {2, "delete", [this] { trigger("Delete"); }},
+            {2, "cancel", [this] { trigger("Cancel"); }},
+            {30, "click", [this] { click(somewhere(), modifiers()); }},
+            {8, "double click", [this] { doubleClick(somewhere()); }},
+            {16, "drag",
+             [this] {
+                 press(somewhere(), modifiers());
+                 for (int n = below(5); n >= 0; --n)
+                     drag(anywhere());
+                 release(anywhere());
+             }},
+            {5, "press",
+             [this] {
+                 const Qt::MouseButton which = button();
+                 mouse(QEvent::MouseButtonPress, somewhere(), which, which, modifiers());
+             }},
+            {6, "move",
+             [this] {
+                 mouse(QEvent::MouseMove, anywhere(), Qt::NoButton, below(2) == 0 ? Qt::LeftButton : Qt::NoButton);
+             }},
+            {4, "release", [this] { mouse(QEvent::MouseButtonRelease, anywhere(), button(), Qt::NoButton); }},
+            {10, "pen",
+             [this] {
+                 const auto kind = rarely() ? QPointingDevice::PointerType::Eraser : QPointingDevice::PointerType::Pen;
+                 pen(QEvent::TabletPress, somewhere(), 0.1 * below(11), kind);
+                 for (int n = below(5); n >= 0; --n)
+                     pen(QEvent::TabletMove, anywhere(), 0.1 * below(11), kind);
+                 pen(QEvent::TabletRelease, anywhere(), 0, kind);
+             }},
+            {20, "key", [this] { anyKey(); }},
+            {3, "context menu",
+             [this] {
+                 const QPoint at = anywhere();
+                 QContextMenuEvent event(QContextMenuEvent::Mouse, at, canvas->mapToGlobal(at));
+                 QCoreApplication::sendEvent(canvas, &event);
+             }},
+            {8, "edit mode",
+             [this] {
+                 const QList<QAction*> modes = edition->getToolBar()->findChild<QToolBar*>()->actions();
+                 if (edition->isActive())
+                     modes[below(rarely() ? 4 : 3)]->trigger();
+             }},
+            {1, "close the tools", [this] { edition->getToolBar()->close(); }},
+            {3, "undo",
+             [this] {
+                 if (!locked) // the window around it is locked while an interaction runs
+                     history().undo();
+             }},
+            {3, "redo",
+             [this] {
+                 if (!locked)
+                     history().redo();
+             }},
+            {2, "other slice",
+             [this] {
+                 slice = slices[below(2)];
+                 widget->setSlice(*slice);
+             }},
+            {3, "zoom",
+             [this] {
+                 const QString zooms[] = {"Zoom in", "Zoom out", "Best fit"};
+                 trigger(zooms[below(3)]);
+             }},
+            {2, "scroll",
+             [this] {
+                 const QString ways[] = {"Scroll up", "Scroll down", "Scroll left", "Scroll right", "[Center]"};
+                 trigger(ways[below(5)]);
+             }},
+            {1, "mode",
+             [this] {
+                 const QString modes[] = {"Display images only", "Display items only", "Display images and items"};
+                 trigger(modes[below(3)]);
+             }},
+            {1, "decimation on or off", [this] { VRLPreferences::enableAutoDecimation(below(2) == 0); }},
+            {1, "tolerance", [this] { VRLPreferences::setClickTolerance(below(20)); }},
+            {1, "contrast",
+             [this] { canvas->setBlackAndWhite(0.1f * float(below(5)), 0.5f + 0.1f * float(below(5))); }},
+        };
+    }
+
+    /// The slice that the stack remembers is where the user was last, undone or not.
+    std::string document() {
+        stack.setLastSegmentedSlice("slice");
+        return text();
+    }
+
+    std::mt19937 random{20260717};
+    std::mt19937 dialogRandom{1};
+    bool locked = false;
+    StackSlice* slices[2];
+    QTimer closer;
+};
+
+// Whatever the user does, undoing all of it leads back to the first document, and redoing it to the last. The variable
+// VORLEN_FUZZ_ACTIONS sets another number of actions, VORLEN_FUZZ_SEED another course.
+TEST_F(RestlessUserTest, allOfALongSessionIsUndone) {
+    bool isNumber = false;
+    const int wanted = qEnvironmentVariableIntValue("VORLEN_FUZZ_ACTIONS", &isNumber);
+    const int numActions = isNumber ? wanted : 10000;
+    if (const int seed = qEnvironmentVariableIntValue("VORLEN_FUZZ_SEED", &isNumber); isNumber)
+        random.seed(unsigned(seed));
+    const std::string first = document();
+    const std::vector<Command> table = commands();
+    int sum = 0;
+    for (const Command& command : table)
+        sum += command.weight;
+    std::vector<int> counts(table.size());
+    for (int i = 0; i < numActions; ++i) {
+        std::size_t k = 0;
+        for (int ticket = below(sum); ticket >= table[k].weight; ++k)
+            ticket -= table[k].weight;
+        SCOPED_TRACE(std::string("action ") + std::to_string(i) + ": " + table[k].name);
+        table[k].work();
+        ++counts[k];
+        ASSERT_EQ(mediator->getSlice(), slice);
+        ASSERT_FALSE(creation->isActive() && edition->isActive());
+        if (below(8) == 0)
+            QCoreApplication::processEvents(); // paints
+        else
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    }
+    trigger("Cancel");
+    ASSERT_FALSE(locked);
     while (history().isRedoable())
         history().redo();
-    EXPECT_EQ(text(), last);
+    for (std::size_t k = 0; k < table.size(); ++k)
+        EXPECT_TRUE(counts[k] > 0 || numActions < 5000) << table[k].name;
+    const std::string last = document();
+    EXPECT_NE(last, first);
+    const int steps = undoAll();
+    EXPECT_GT(steps, numActions / 100);
+    EXPECT_EQ(document(), first);
+    while (history().isRedoable())
+        history().redo();
+    EXPECT_EQ(document(), last);
+}
+
+// In every state the status bar says what the next input does and how to get out, and the pointer has the shape of it.
+TEST_F(DrawingTest, pointerAndStatusBarTellWhatAClickWillDo) {
+    ModelItem& contour = addItem(*polygon, *slice, square);
+    ModelItem& points = addItem(*dots, *slice, {{150, 150}, {200, 150}});
+    QTest::qWait(0);
+    const auto told = [&](const QStringList& words, std::optional<Qt::CursorShape> shape) {
+        QTest::qWait(0);
+        for (const QString& word : words)
+            EXPECT_TRUE(statusBar->currentMessage().contains(word))
+                << word.toStdString() << " is not in: " << statusBar->currentMessage().toStdString();
+        const QCursor* const cursor = QGuiApplication::overrideCursor();
+        EXPECT_EQ(cursor != nullptr, shape.has_value());
+        if (cursor != nullptr && shape) {
+            EXPECT_EQ(cursor->shape(), *shape);
+        }
+    };
+    const QStringList resting = {"Click: select", "Right click: draw"};
+    told(resting, {});
+    statusBar->showMessage("Something else.");
+    told({"Something else."}, {});
+    statusBar->clearMessage();
+    told(resting, {});
+    click(QPoint(75, 100));
+    told({"Delete: remove", "E: edit points", "Escape: deselect"}, {});
+    click(QPoint(150, 150), Qt::ShiftModifier);
+    told({"Delete: remove", "Escape: deselect"}, {});
+    EXPECT_FALSE(statusBar->currentMessage().contains("E: edit")); // two items
+    trigger("Cancel");
+    told(resting, {});
+
+    for (const QString name : {"Polygon", "Line", "Dots"}) {
+        choose("Draw", "Manual", name);
+        told({name == "Dots" ? "Click: add a point" : "Click or drag: draw", "Return", "Backspace", "Escape"},
+             Qt::CrossCursor);
+        click(QPoint(20, 20));
+        statusBar->clearMessage(); // as the tips of tools do
+        told({"Escape or right click: give up"}, Qt::CrossCursor);
+        trigger("Cancel");
+        told(resting, {});
+    }
+    for (ModelItem* item : {&contour, &points}) {
+        item->getSelection().set(true);
+        selectionChanged();
+        edition->activate();
+        told({"Drag a vertex", "Escape: end"}, Qt::PointingHandCursor);
+        edition->setInsertMode();
+        told({"insert", "Escape: end"}, Qt::PointingHandCursor);
+        edition->setDeleteMode();
+        told({"delete", "Escape: end"}, Qt::PointingHandCursor);
+        trigger("Cancel"); // deselects too
+        told(resting, {});
+    }
+
+    zoomTo(3);
+    creation->activate("Line");
+    key(Qt::Key_Space);
+    told({"Drag: move the view", "Release"}, Qt::OpenHandCursor);
+    QKeyEvent up(QEvent::KeyRelease, Qt::Key_Space, Qt::NoModifier);
+    QCoreApplication::sendEvent(canvas, &up);
+    told({"Click or drag: draw"}, Qt::CrossCursor);
+    creation->cancel();
+    widget->clear();
+    QTest::qWait(0);
+    EXPECT_EQ(statusBar->currentMessage(), "");
+}
+
+// What is drawn, hit and moved lies under the pointer at every zoom and everywhere in the image.
+TEST_F(DrawingTest, theTipOfThePointerCountsAtEveryZoom) {
+    const QPoint places[] = {{100, 60}, {100, 100}, {140, 100}};
+    for (const float zoom : {2.0f, 5.0f, 0.5f}) {
+        zoomTo(zoom);
+        canvas->setViewOrigin(QPoint(60, 40));
+        const auto positionOf = [&](const QPoint& pixel) {
+            const QPoint from = pixel - canvas->getViewOrigin();
+            return QPoint(int((from.x() + 0.5f) * zoom), int((from.y() + 0.5f) * zoom));
+        };
+        creation->activate("Line");
+        for (const QPoint& place : places)
+            click(positionOf(place));
+        EXPECT_EQ(drawn(), (Points{{100, 60}, {100, 100}, {140, 100}})) << zoom;
+        key(Qt::Key_Return);
+        ASSERT_EQ(slice->getNumItems(), 1) << zoom;
+        ModelItem& item = slice->getItem(0);
+        VRLPreferences::setClickTolerance(0);
+        click(positionOf(QPoint(100, 80)));
+        EXPECT_TRUE(item.getSelection().isComplete()) << zoom;
+        edition->activate();
+        press(positionOf(QPoint(140, 100)));
+        drag(positionOf(QPoint(130, 90)));
+        release(positionOf(QPoint(130, 90)));
+        edition->cancel();
+        EXPECT_EQ(verticesOf(item)[2], std::make_pair(130, 90)) << zoom;
+        delete &item;
+    }
 }
 
 TEST_F(DrawingTest, shortcutsWorkOnTheCanvas) {
@@ -600,7 +829,7 @@ TEST_F(DrawingTest, whatIsBeingDrawnIsSeen) {
     addItem(*dots, *slice, {{220, 40}, {250, 90}});
     select(addItem(*line, *slice, {{150, 150}, {200, 120}, {280, 160}}));
     const QRgb before = picture().pixel(75, 50);
-    EXPECT_TRUE(statusBar->currentMessage().contains("Click: select"));
+    EXPECT_TRUE(statusBar->currentMessage().contains("Delete: remove"));
     creation->activate("Polygon");
     EXPECT_TRUE(statusBar->currentMessage().contains("Escape"));
     draw({{50, 50}, {100, 50}, {120, 90}, {60, 120}});

@@ -137,6 +137,10 @@ protected:
                 return *candidate;
         throw std::runtime_error("no entry " + title.toStdString());
     }
+    void trigger(const QString& text) {
+        if (QAction* const command = action(text))
+            command->trigger();
+    }
     void choose(const QString& menuTitle, const QString& subTitle, const QString& name) {
         const std::unique_ptr<QMenu> menu = mediator->newContextMenu();
         QMenu* sub = entry(*menu, menuTitle).menu();

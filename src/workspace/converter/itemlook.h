@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "document/model.h"
 #include "document/modelitem.h"
 
@@ -18,4 +20,12 @@ inline MPrimitive geometryOf(const ModelItem& item) {
     const Model* model = item.getModel();
     return model != nullptr && model->getProperties().definesGeometry() ? model->getProperties().getGeometry()
                                                                         : PolylinePrimitive;
+}
+
+/// Of the filling of an item's symbols, from 0 to 1.
+inline double opacityOf(const ModelItem& item) {
+    const Model* model = item.getModel();
+    if (model == nullptr || !model->getProperties().definesSurfaceOpacity())
+        return 1;
+    return std::clamp(double(model->getProperties().getSurfaceOpacity()) / 255, 0.0, 1.0);
 }

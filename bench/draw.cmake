@@ -1,0 +1,5 @@
+# A program of its own, as it needs a display: it opens a window.
+find_package(Qt6 6.4 REQUIRED COMPONENTS OpenGLWidgets)
+add_executable(vorlen-bench-draw draw_bench.cpp)
+target_link_libraries(vorlen-bench-draw PRIVATE
+    vorlen_options vorlen_workspace Qt6::OpenGLWidgets benchmark::benchmark)
