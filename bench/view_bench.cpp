@@ -101,6 +101,7 @@ void drag(benchmark::State& state) {
         QMouseEvent event(type, QPointF(x, 400), canvas.mapToGlobal(QPointF(x, 400)), Qt::LeftButton, Qt::LeftButton,
                           Qt::NoModifier);
         QApplication::sendEvent(&canvas, &event);
+        QApplication::processEvents(); // a picture may have to wait for the display to take the one before
         x = (x + 4) % 1000;
     };
     mouse(QEvent::MouseButtonPress);
