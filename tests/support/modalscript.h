@@ -11,6 +11,7 @@
 #include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QListView>
 #include <QMessageBox>
 #include <QPointer>
 #include <QTimer>
@@ -47,6 +48,8 @@ public:
             for (const QString& file : files)
                 quoted += '"' + file + '"';
             dialog->findChild<QLineEdit*>("fileNameEdit")->setText(files.size() == 1 ? files[0] : quoted.join(' '));
+            // As typing does: what is selected in the list, which may have come late, goes before the text.
+            dialog->findChild<QListView*>("listView")->clearSelection();
             static_cast<QDialog*>(dialog)->accept();
         });
     }
