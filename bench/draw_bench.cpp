@@ -10,10 +10,14 @@
 #include <iostream>
 #include <string>
 
+#include <QAction>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QEvent>
 #include <QMouseEvent>
+#include <QSpinBox>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <benchmark/benchmark.h>
@@ -21,6 +25,7 @@
 #include "document/model.h"
 #include "document/modelitem.h"
 #include "document/stackslice.h"
+#include "document/stacksliceselectioninfo.h"
 #include "images/image.h"
 #include "images/imagesourcefile.h"
 #include "images/imagewriter.h"
@@ -120,6 +125,27 @@ public:
     /// The one in the middle of the image.
     ModelItem& middleItem() { return __slice->getItem(23 * 45 + 22); }
 
+    /// A new item of 10,000 vertices in the middle of the image.
+    ModelItem& wavyItem() {
+        auto* const item = new ModelItem;
+        item->setModel(&__stack.getModel(0));
+        item->setSlice(__slice);
+        item->setVertices(
+            closedCurve(10000, side / 2, side / 2, [](double angle) { return 400 + 40 * std::sin(60 * angle); }));
+        item->attach();
+        return *item;
+    }
+
+    /// Runs the command on the selected contour.
+    void resample() {
+        StackSliceSelectionInfo info;
+        info.setSlice(__slice);
+        mediator->selectionChange(info);
+        for (QAction* action : canvas->actions())
+            if (action->text() == "Resample")
+                action->trigger();
+    }
+
     void frames(int n) {
         for (int i = 0; i < n; ++i)
             timed([this] { canvas->update(); });
@@ -158,22 +184,29 @@ private:
             __stack.addModel(models[k]);
         }
         for (int i = 0; i < numItems; ++i) {
-            Vertices<int> vertices(2, numVertices, numVertices, 1);
-            const double x = 100 + (i % 45) * 178;
-            const double y = 100 + double(i / 45) * 178;
-            for (int j = 0; j < numVertices; ++j) {
-                const double angle = 6.283185307179586 * j / numVertices;
-                const double radius = 70 + 15 * std::sin(angle * (3 + i % 5)) + 4 * std::sin(31 * angle);
-                vertices[j] = Vector<int>(2);
-                vertices[j][0] = int(x + radius * std::cos(angle));
-                vertices[j][1] = int(y + radius * std::sin(angle));
-            }
             auto* const item = new ModelItem;
             item->setModel(models[i % 4]);
             item->setSlice(__slice);
-            item->setVertices(vertices);
+            const double x = 100 + (i % 45) * 178;
+            const double y = 100 + double(i / 45) * 178;
+            item->setVertices(closedCurve(numVertices, x, y, [i](double angle) {
+                return 70 + 15 * std::sin(angle * (3 + i % 5)) + 4 * std::sin(31 * angle);
+            }));
             item->attach();
         }
+    }
+
+    /// Around (x, y), with the radius at each angle.
+    static Vertices<int> closedCurve(int size, double x, double y, const std::function<double(double)>& radiusAt) {
+        Vertices<int> vertices(2, size, size, 1);
+        for (int j = 0; j < size; ++j) {
+            const double angle = 6.283185307179586 * j / size;
+            const double radius = radiusAt(angle);
+            vertices[j] = Vector<int>(2);
+            vertices[j][0] = int(x + radius * std::cos(angle));
+            vertices[j][1] = int(y + radius * std::sin(angle));
+        }
+        return vertices;
     }
 
     QTemporaryDir __folder;
@@ -254,6 +287,23 @@ void moveVertex(benchmark::State& state, Editor& editor) {
     editor.frames(1);
 }
 
+/// Moves of the slider of the resampling tool on a contour of 10,000 vertices, whose marks are all in the view at zoom
+/// 1, from the move to the preview.
+void preview(benchmark::State& state, Editor& editor) {
+    ModelItem& item = editor.wavyItem();
+    item.getSelection().set(true);
+    QCoreApplication::sendPostedEvents();
+    QTimer::singleShot(0, [&] {
+        auto* const dialog = static_cast<QDialog*>(QApplication::activeModalWidget());
+        auto* const box = dialog->findChild<QSpinBox*>();
+        run(state, editor, [box](int i) { box->setValue(9980 - i); });
+        dialog->reject();
+    });
+    editor.resample();
+    delete &item;
+    editor.frames(1);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -274,9 +324,14 @@ int main(int argc, char** argv) {
         void (*work)(benchmark::State&, Editor&);
         int iterations;
         bool compared; // with the reference
-    } cases[] = {{"paint", paint, 5, false},           {"contrast", contrast, 5, false}, {"pan", pan, 5, false},
-                 {"stroke", stroke, 20, true},         {"hover", hover, 20, false},      {"select", select, 10, true},
-                 {"move_vertex", moveVertex, 10, true}};
+    } cases[] = {{"paint", paint, 5, false},
+                 {"contrast", contrast, 5, false},
+                 {"pan", pan, 5, false},
+                 {"stroke", stroke, 20, true},
+                 {"hover", hover, 20, false},
+                 {"select", select, 10, true},
+                 {"move_vertex", moveVertex, 10, true},
+                 {"preview", preview, 20, false}};
     for (const auto& c : cases)
         for (const float zoom : {0.0f, 1.0f})
             for (const bool keeping : {true, false}) {
