@@ -5,6 +5,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "compare.h"
 #include "images/derichegradient.h"
 #include "images/gaussianfilter.h"
 #include "images/image.h"
@@ -459,79 +460,20 @@ void plainErosion(benchmark::State& state) {
     }
 }
 
-} // namespace
+/// Each kernel beside its reference, at two sizes; and at a second radius where the cost should not depend on it.
+[[maybe_unused]] const bool registered = [] {
+    compare("median_3d", medianVolume, plainMedianVolume, {{64, 1}, {128, 1}});
+    compare("median_3d_wide", medianVolume, plainMedianVolume, {{8, 2}, {16, 2}});
+    compare("median_2d", medianImage, plainMedianImage, {{512, 1}, {512, 2}, {512, 5}, {1024, 5}});
+    compare("gaussian", gaussian, plainGaussian, {{64, 2}, {128, 2}, {64, 8}});
+    compare("minimum", minimum, plainMinimum, {{64, 3}, {128, 3}, {64, 20}});
+    compare("box_sum", boxSum, plainBoxSum, {{64, 3}, {128, 3}, {64, 20}});
+    compare("mean_8bit", meanImage, plainMeanImage, {{4096, 5}, {8192, 5}, {4096, 40}});
+    compare("gradient_norm", gradientNorm, plainGradientNorm, {{2048}, {4096}});
+    compare("edge_thinning", thinning, plainThinning, {{1024}, {2048}});
+    compare("isotropy", isotropy, plainIsotropy, {{16, 3}, {32, 3}});
+    compare("erosion", erosion, plainErosion, {{16, 3}, {32, 3}});
+    return true;
+}();
 
-// Each kernel beside its reference, at two sizes; and at a second radius where the cost should not depend on it.
-BENCHMARK(medianVolume)->Name("median_3d/vorlen")->Args({64, 1})->Args({128, 1})->Unit(benchmark::kMillisecond);
-BENCHMARK(plainMedianVolume)->Name("median_3d/reference")->Args({64, 1})->Args({128, 1})->Unit(benchmark::kMillisecond);
-BENCHMARK(medianVolume)->Name("median_3d_wide/vorlen")->Args({8, 2})->Args({16, 2})->Unit(benchmark::kMillisecond);
-BENCHMARK(plainMedianVolume)
-    ->Name("median_3d_wide/reference")
-    ->Args({8, 2})
-    ->Args({16, 2})
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(medianImage)
-    ->Name("median_2d/vorlen")
-    ->Args({512, 1})
-    ->Args({512, 2})
-    ->Args({512, 5})
-    ->Args({1024, 5})
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(plainMedianImage)
-    ->Name("median_2d/reference")
-    ->Args({512, 1})
-    ->Args({512, 2})
-    ->Args({512, 5})
-    ->Args({1024, 5})
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(gaussian)
-    ->Name("gaussian/vorlen")
-    ->Args({64, 2})
-    ->Args({128, 2})
-    ->Args({64, 8})
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(plainGaussian)
-    ->Name("gaussian/reference")
-    ->Args({64, 2})
-    ->Args({128, 2})
-    ->Args({64, 8})
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(minimum)
-    ->Name("minimum/vorlen")
-    ->Args({64, 3})
-    ->Args({128, 3})
-    ->Args({64, 20})
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(plainMinimum)
-    ->Name("minimum/reference")
-    ->Args({64, 3})
-    ->Args({128, 3})
-    ->Args({64, 20})
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(boxSum)->Name("box_sum/vorlen")->Args({64, 3})->Args({128, 3})->Args({64, 20})->Unit(benchmark::kMillisecond);
-BENCHMARK(plainBoxSum)
-    ->Name("box_sum/reference")
-    ->Args({64, 3})
-    ->Args({128, 3})
-    ->Args({64, 20})
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(meanImage)
-    ->Name("mean_8bit/vorlen")
-    ->Args({4096, 5})
-    ->Args({8192, 5})
-    ->Args({4096, 40})
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(plainMeanImage)
-    ->Name("mean_8bit/reference")
-    ->Args({4096, 5})
-    ->Args({8192, 5})
-    ->Args({4096, 40})
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(gradientNorm)->Name("gradient_norm/vorlen")->Arg(2048)->Arg(4096)->Unit(benchmark::kMillisecond);
-BENCHMARK(plainGradientNorm)->Name("gradient_norm/reference")->Arg(2048)->Arg(4096)->Unit(benchmark::kMillisecond);
-BENCHMARK(thinning)->Name("edge_thinning/vorlen")->Arg(1024)->Arg(2048)->Unit(benchmark::kMillisecond);
-BENCHMARK(plainThinning)->Name("edge_thinning/reference")->Arg(1024)->Arg(2048)->Unit(benchmark::kMillisecond);
-BENCHMARK(isotropy)->Name("isotropy/vorlen")->Args({16, 3})->Args({32, 3})->Unit(benchmark::kMillisecond);
-BENCHMARK(plainIsotropy)->Name("isotropy/reference")->Args({16, 3})->Args({32, 3})->Unit(benchmark::kMillisecond);
-BENCHMARK(erosion)->Name("erosion/vorlen")->Args({16, 3})->Args({32, 3})->Unit(benchmark::kMillisecond);
-BENCHMARK(plainErosion)->Name("erosion/reference")->Args({16, 3})->Args({32, 3})->Unit(benchmark::kMillisecond);
+} // namespace

@@ -1,3 +1,4 @@
+#include "compare.h"
 #include "inputs.h"
 
 #include "numerics/squarematrix.h"
@@ -125,17 +126,14 @@ void eigenJacobiReference(benchmark::State& state) {
     }
 }
 
-} // namespace
+[[maybe_unused]] const bool registered = [] {
+    compare("svd500x200", svd, svdReference, {});
+    compare("singularvalues500x200", singularValues, singularValuesReference, {});
+    compare("pinverse500x200", pinverse, pinverseReference, {});
+    compare("inverse1000", inverse, inverseReference, {});
+    compare("matrixproduct500", product, productReference, {});
+    compare("eigenjacobi200", eigenJacobi, eigenJacobiReference, {});
+    return true;
+}();
 
-BENCHMARK(svd)->Name("svd500x200/vorlen")->Unit(benchmark::kMillisecond);
-BENCHMARK(svdReference)->Name("svd500x200/reference")->Unit(benchmark::kMillisecond);
-BENCHMARK(singularValues)->Name("singularvalues500x200/vorlen")->Unit(benchmark::kMillisecond);
-BENCHMARK(singularValuesReference)->Name("singularvalues500x200/reference")->Unit(benchmark::kMillisecond);
-BENCHMARK(pinverse)->Name("pinverse500x200/vorlen")->Unit(benchmark::kMillisecond);
-BENCHMARK(pinverseReference)->Name("pinverse500x200/reference")->Unit(benchmark::kMillisecond);
-BENCHMARK(inverse)->Name("inverse1000/vorlen")->Unit(benchmark::kMillisecond);
-BENCHMARK(inverseReference)->Name("inverse1000/reference")->Unit(benchmark::kMillisecond);
-BENCHMARK(product)->Name("matrixproduct500/vorlen")->Unit(benchmark::kMillisecond);
-BENCHMARK(productReference)->Name("matrixproduct500/reference")->Unit(benchmark::kMillisecond);
-BENCHMARK(eigenJacobi)->Name("eigenjacobi200/vorlen")->Unit(benchmark::kMillisecond);
-BENCHMARK(eigenJacobiReference)->Name("eigenjacobi200/reference")->Unit(benchmark::kMillisecond);
+} // namespace

@@ -12,6 +12,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "compare.h"
 #include "inputs.h"
 #include "shapes/curvestack.h"
 #include "shapes/douglaspeuckercurvedecimation.h"
@@ -287,17 +288,16 @@ void writeReference(benchmark::State& state) {
     std::remove(file.c_str());
 }
 
+[[maybe_unused]] const bool registered = [] {
+    compare("curvestack_resample", resample, resampleReference, {{500}, {1000}, {2000}});
+    compare("douglas_peucker", douglasPeucker, douglasPeuckerReference, {});
+    compare("shapefile_read", read, readReference, {});
+    compare("shapefile_write", write, writeReference, {});
+    return true;
+}();
+
 } // namespace
 
-BENCHMARK(resample)->Name("curvestack_resample/vorlen")->Arg(500)->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
-BENCHMARK(resampleReference)
-    ->Name("curvestack_resample/reference")
-    ->Arg(500)
-    ->Arg(1000)
-    ->Arg(2000)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(douglasPeucker)->Name("douglas_peucker/vorlen")->Unit(benchmark::kMillisecond);
-BENCHMARK(douglasPeuckerReference)->Name("douglas_peucker/reference")->Unit(benchmark::kMillisecond);
 BENCHMARK(selfIntersects)
     ->Name("curve_selfintersects/vorlen")
     ->Arg(4000)
@@ -309,7 +309,3 @@ BENCHMARK(selfIntersectsReference)
     ->Arg(4000)
     ->Arg(8000)
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(read)->Name("shapefile_read/vorlen")->Unit(benchmark::kMillisecond);
-BENCHMARK(readReference)->Name("shapefile_read/reference")->Unit(benchmark::kMillisecond);
-BENCHMARK(write)->Name("shapefile_write/vorlen")->Unit(benchmark::kMillisecond);
-BENCHMARK(writeReference)->Name("shapefile_write/reference")->Unit(benchmark::kMillisecond);
