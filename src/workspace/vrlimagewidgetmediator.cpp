@@ -421,7 +421,9 @@ void VRLImageWidgetMediator::imageProxyFailure(const QString& message) {
     setNotice(message);
     updateImageTypeInfo();
     updateImageSizeInfo();
-    notifyProgressed(message.toStdString());
+    // Behind the reports of the reading that are still on their way, which would wipe the message away.
+    QMetaObject::invokeMethod(
+        this, [this, message] { notifyProgressed(message.toStdString()); }, Qt::QueuedConnection);
 }
 
 void VRLImageWidgetMediator::notifyViewChange() {

@@ -22,7 +22,10 @@ public:
     void setStack(const VRLStack& stack);
 
     /// The model is one of the stack's. Stack and model are seen only while this operation runs.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual" // the base's operation of this name is private
     void setModel(const Model& model);
+#pragma GCC diagnostic pop
 
     /// Forgets the model and shows nothing.
     void removeModel();
