@@ -4,6 +4,7 @@
 ///
 /// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <iostream>
@@ -190,7 +191,7 @@ private:
 namespace {
 
 constexpr int middle = 24; // a slice through the broadest part of the nucleus
-constexpr int reach = 16;  // slices on each side over which it can be seen well
+constexpr int reach = 17;  // slices on each side over which it can be seen well
 
 void accept(QDialog& dialog) {
     dialog.accept();
@@ -238,6 +239,24 @@ void removeOutlines(Walk& walk, const QString& model) {
     }
 }
 
+/// The snake's outlines have a vertex at each pixel, whose steps make them too long: an eighth of the vertices do.
+void takeStepsAway(Walk& walk, Model& model) {
+    for (int i = 0; i < model.getNumItems(); ++i) {
+        const int slice = walk.stack().findSlice(*model.getItem(i).getSlice());
+        walk.show(slice);
+        select(walk, model, slice);
+        const int size = std::max(model.getItem(i).getSize() / 8, 16);
+        walk.answer({[size](QDialog& dialog) {
+            control<QSpinBox>(dialog, [](const QSpinBox& box) {
+                return box.accessibleName() == "Vertices";
+            }).setValue(size);
+            dialog.accept();
+        }});
+        walk.key(Qt::Key_R);
+        walk.checkAnswered("the resampling");
+    }
+}
+
 void walkThrough(Walk& walk) {
     const QString name = "Nucleus";
     Model& nucleus = walk.stack().getModel(walk.stack().findModel(name.toStdString()));
@@ -282,6 +301,7 @@ void walkThrough(Walk& walk) {
     walk.checkAnswered("the snake");
     select(walk, nucleus, middle);
     walk.key(Qt::Key_Delete); // where the snake began there are two outlines now
+    takeStepsAway(walk, nucleus);
     walk.show(middle + reach / 2);
     walk.picture("guide-outlined.png");
 }
