@@ -122,28 +122,13 @@ int infoCommand(const QStringList& arguments) {
     CommandLine line("info", "Tells what stacks hold: slices with images, positions and registrations, models, poses.",
                      "STACK.sdf...", "Stack description files (.sdf).");
     line.addFormatOption();
-    if (const std::optional<int> status = line.parse(arguments))
-        return *status;
-    const std::optional<OutputFormat> format = outputFormat(line);
-    if (!format)
-        return ExitUsage;
-    int status = ExitGood;
-    JsonWriter json(std::cout);
-    if (*format == OutputFormat::Json)
-        json.beginArray();
-    for (const std::string& name : line.files()) {
-        const StackFile file(name);
-        status = std::max(status, file.report());
-        if (!file.isOpened())
-            continue;
-        if (*format == OutputFormat::Json)
+    return reportOnStacks(line, arguments, [](const StackFile& file, OutputFormat format, JsonWriter& json) {
+        if (format == OutputFormat::Json)
             writeJson(json, file);
         else
-            printTables(file, *format);
-    }
-    if (*format == OutputFormat::Json)
-        json.endArray();
-    return status;
+            printTables(file, format);
+        return int(ExitGood);
+    });
 }
 
 int checkCommand(const QStringList& arguments) {

@@ -208,30 +208,14 @@ int measureCommand(const QStringList& arguments) {
                      "Stack description files (.sdf).");
     line.addFormatOption();
     line.addFlag("models-only", "Print the table of models only; not for json.");
-    if (const std::optional<int> status = line.parse(arguments))
-        return *status;
-    const std::optional<OutputFormat> format = outputFormat(line);
-    if (!format)
-        return ExitUsage;
-    int status = ExitGood;
-    JsonWriter json(std::cout);
-    if (*format == OutputFormat::Json)
-        json.beginArray();
-    for (const std::string& name : line.files()) {
-        const StackFile file(name);
-        status = std::max(status, file.report());
-        if (!file.isOpened())
-            continue;
-        status = std::max(status, guarded("measure " + name, [&] {
-                              const Measurements measurements = measure(file.getStack());
-                              if (*format == OutputFormat::Json)
-                                  writeJson(json, file, measurements);
-                              else
-                                  printTables(file, measurements, *format, line.isSet("models-only"));
-                              return ExitGood;
-                          }));
-    }
-    if (*format == OutputFormat::Json)
-        json.endArray();
-    return status;
+    return reportOnStacks(line, arguments, [&line](const StackFile& file, OutputFormat format, JsonWriter& json) {
+        return guarded("measure " + file.getName(), [&] {
+            const Measurements measurements = measure(file.getStack());
+            if (format == OutputFormat::Json)
+                writeJson(json, file, measurements);
+            else
+                printTables(file, measurements, format, line.isSet("models-only"));
+            return ExitGood;
+        });
+    });
 }
