@@ -158,9 +158,9 @@ void VRLModelDialogMediator::applyCreation() {
     __stack->addModel(model);
     __stack->setModified(true);
     __list->addModel(model->getName());
+    setModeStandard();
     VRLModelCreateEvent event(model);
     notifyEvent(event);
-    setModeStandard();
 }
 
 void VRLModelDialogMediator::cancelCreation() {

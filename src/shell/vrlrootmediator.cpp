@@ -274,7 +274,8 @@ void VRLRootMediator::updateActions() {
     action("Annotate slice...")->setIcon(noteIcon(!slice || __slice->getAnnotation().empty()));
 }
 
-/// All commands from "New window" to "Run" at once, for the time that a slice is locked.
+/// All commands from "New window" to "Run" at once, for the time that a slice is locked; and those of files, which would
+/// change the stack under what is being drawn, or save half of it.
 void VRLRootMediator::enableActions(bool enabled) {
     bool concerned = false;
     for (QAction* action : __actions) {
@@ -296,6 +297,7 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
         disconnect(__stack->history(), nullptr, this, nullptr);
     __stack = &stack;
     __slice = nullptr;
+    connect(__stack->history(), &VRLActionHistory::changed, this, &VRLRootMediator::stackHistoryChange);
     __sliceList->setStack(stack);
     __stackList->setSelectedStack(stack);
     if (slice != nullptr) {
@@ -308,7 +310,6 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
     }
     updateStatusBarDisplay();
     updateActions();
-    connect(__stack->history(), &VRLActionHistory::changed, this, &VRLRootMediator::stackHistoryChange);
 }
 
 void VRLRootMediator::setSlice(StackSlice& slice) {
@@ -591,10 +592,13 @@ void VRLRootMediator::stackSelectionChange() {
 void VRLRootMediator::setCanvasMode(CanvasMode) {
 }
 
+// What was locked is given back even when its slice is not the current one any more.
 void VRLRootMediator::lockRequest(const bool on) {
-    if (__slice == nullptr)
+    StackSlice* const slice = on ? __slice : __lockedSlice;
+    if (slice == nullptr)
         return;
-    VRLSliceLockEvent event(__slice, on);
+    __lockedSlice = on ? slice : nullptr;
+    VRLSliceLockEvent event(slice, on);
     notifyEvent(event);
 }
 
@@ -602,6 +606,7 @@ void VRLRootMediator::sliceLockEvent(VRLSliceLockEvent& event) {
     __locked = event.isLockOn();
     if (event.getSender() != this) {
         __window.setEnabled(!__locked);
+        updateActions();
         return;
     }
     enableActions(!__locked);

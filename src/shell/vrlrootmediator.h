@@ -49,6 +49,8 @@ public:
 
     VRLStack* currentStack() const { return __stack; }
     StackSlice* currentSlice() const { return __slice; }
+    /// Whether something is drawn or edited, in this window or in another.
+    bool isLocked() const { return __locked; }
 
     /// The command of this text; null when there is none.
     QAction* action(const QString& text) const;
@@ -120,6 +122,7 @@ private:
     VRLRootWindow& __window;
     VRLStack* __stack = nullptr;
     StackSlice* __slice = nullptr;
+    StackSlice* __lockedSlice = nullptr; // by this window
     VRLStackListWidget* __stackList = nullptr;
     VRLSliceListWidget* __sliceList = nullptr;
     QToolBar* __toolBar = nullptr;

@@ -231,11 +231,13 @@ void VRLRootWindow::about() {
 }
 
 void VRLRootWindow::dragEnterEvent(QDragEnterEvent* event) {
-    if (event->mimeData()->hasUrls())
+    if (event->mimeData()->hasUrls() && !__mediator->isLocked())
         event->acceptProposedAction();
 }
 
 void VRLRootWindow::dropEvent(QDropEvent* event) {
+    if (__mediator->isLocked())
+        return event->ignore();
     for (const QUrl& url : event->mimeData()->urls())
         __mediator->openStack(url.toLocalFile());
     event->acceptProposedAction();
@@ -252,10 +254,24 @@ void VRLRootWindow::resizeEvent(QResizeEvent* event) {
 }
 
 void VRLRootWindow::closeEvent(QCloseEvent* event) {
-    if (!__uponQuitting && __numRootWindows < 2) {
-        event->ignore();
+    event->ignore();
+    if (__mediator->isLocked()) {
+        __statusBar->setMessage("Finish what you draw or edit first, or give it up.", 4000);
+        return;
+    }
+    if (!__uponQuitting && numOpenRootWindows() < 2) {
         quit();
         return;
     }
+    __closed = true;
     event->accept();
+}
+
+/// Without those that have been closed and wait for their deletion.
+int VRLRootWindow::numOpenRootWindows() {
+    int number = 0;
+    for (const QWidget* widget : QApplication::topLevelWidgets())
+        if (const auto* window = qobject_cast<const VRLRootWindow*>(widget))
+            number += window->__closed ? 0 : 1;
+    return number;
 }

@@ -16,7 +16,8 @@ class VRLRootStatusBar;
 /// The main window: menus, tool bar, browser of stacks and slices, slice view, status bar. Several can be open at once;
 /// all show the same list of open stacks. A window deletes itself when it is closed.
 ///
-/// Closing the last window is quitting: every modified stack is asked about first.
+/// Closing the last window is quitting: every modified stack is asked about first. No window closes, and no file can be
+/// dropped, while something is drawn or edited: it would be lost without a question.
 class VRLRootWindow : public QWidget {
     Q_OBJECT
 
@@ -61,6 +62,8 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    static int numOpenRootWindows();
+
     QLabel* newHintLine(QWidget* parent);
     void toggle(QWidget& part, const QString& settingsKey);
 
@@ -72,4 +75,5 @@ private:
     VRLRootStatusBar* __statusBar;
     VRLRootBrowser* __browser;
     VRLRootMediator* __mediator;
+    bool __closed = false;
 };

@@ -85,7 +85,7 @@ void VRLImageWidgetMediator::clear() {
     if (__pixelInfoDelegate != nullptr && __pixelInfoDelegate->isActive())
         __pixelInfoDelegate->deactivate();
     VRLImageWidgetCanvas& canvas = getCanvas();
-    canvas.getImageProxy().clear();
+    leaveImage();
     canvas.clear();
     canvas.update();
     setScrollBarsVisible(false);
@@ -153,13 +153,24 @@ void VRLImageWidgetMediator::setImageSource(const ImageSource& source) {
     setNotice(QString());
     if (__pixelInfoDelegate != nullptr && !__pixelInfoDelegate->isActive())
         __pixelInfoDelegate->activate();
-    proxy.clear();
+    leaveImage();
     proxy.setImageServer(server);
     proxy.setImageSource(source);
     if (!proxy.hasImage()) {
         getCanvas().imageProxyChange();
         imageProxyChange();
     }
+}
+
+/// A proxy that leaves an image while it is read hears no more of it: what was told of the reading ends here, behind
+/// the reports that are still on their way.
+void VRLImageWidgetMediator::leaveImage() {
+    VRLImageProxy& proxy = getImageProxy();
+    const bool isReading = !proxy.isEmpty() && !proxy.hasImage() && !proxy.hasFailed();
+    proxy.clear();
+    if (isReading)
+        QMetaObject::invokeMethod(
+            this, [this] { notifyFinished(std::string()); }, Qt::QueuedConnection);
 }
 
 void VRLImageWidgetMediator::setPixelCalibration(const PixelCalibration& calibration) {

@@ -134,6 +134,7 @@ private:
     QAction* newAction(const QString& text, const QString& key, void (VRLImageWidgetMediator::*slot)(),
                        const QString& icon = QString());
     void changeZoom(const std::function<void(VRLImageWidgetCanvas&)>& change);
+    void leaveImage();
     void updatePixelInfo();
     void scrollHorizontally(int pixels);
     void scrollVertically(int pixels);

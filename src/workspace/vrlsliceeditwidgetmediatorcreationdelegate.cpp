@@ -1,5 +1,7 @@
 #include "workspace/vrlsliceeditwidgetmediatorcreationdelegate.h"
 
+#include <exception>
+
 #include <QContextMenuEvent>
 #include <QCursor>
 #include <QGuiApplication>
@@ -11,6 +13,7 @@
 #include "document/model.h"
 #include "document/stack.h"
 #include "document/stackslice.h"
+#include "models/guarded.h"
 #include "shapes/curvedecimation.h"
 #include "shell/session/vrlactionhistory.h"
 #include "shell/session/vrlitemappendpointsaction.h"
@@ -97,9 +100,16 @@ void VRLSliceEditWidgetMediatorCreationDelegate::apply() {
     if (buddy == nullptr)
         (void)__item.release(); // the document's, or the action's, from here on
     __item.reset();
-    action->apply();
-    pushStep(action.release());
+    std::exception_ptr failure;
+    try {
+        action->apply();
+        pushStep(action.release());
+    } catch (...) {
+        failure = std::current_exception();
+    }
     deactivate();
+    if (failure)
+        guarded(&canvas(), "What was drawn cannot be added.", [&failure] { std::rethrow_exception(failure); });
 }
 
 void VRLSliceEditWidgetMediatorCreationDelegate::appendVertex(const QPoint& position) {

@@ -6,6 +6,7 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
+#include <QTabletEvent>
 
 #include "document/modelitem.h"
 #include "document/stackslice.h"
@@ -116,6 +117,8 @@ void VRLSliceEditWidgetMediatorEditionDelegate::mousePressEvent(QMouseEvent* eve
 }
 
 void VRLSliceEditWidgetMediatorEditionDelegate::mouseMoveEvent(QMouseEvent* event) {
+    if (isActive() && !(event->buttons() & Qt::LeftButton))
+        finishMove(); // the release went elsewhere
     if (acts() && event->buttons() == Qt::LeftButton) {
         const Vector<int> point = imagePoint(event->position().toPoint());
         event->accept();
@@ -134,11 +137,25 @@ void VRLSliceEditWidgetMediatorEditionDelegate::mouseReleaseEvent(QMouseEvent* e
     anyEvent(event);
 }
 
+// What no delegate takes from the pen comes again as mouse events.
+void VRLSliceEditWidgetMediatorEditionDelegate::tabletPressEvent(QTabletEvent* event) {
+    event->setAccepted(!canvas().isEnabled());
+}
+
+void VRLSliceEditWidgetMediatorEditionDelegate::tabletMoveEvent(QTabletEvent* event) {
+    event->setAccepted(!canvas().isEnabled());
+}
+
+void VRLSliceEditWidgetMediatorEditionDelegate::tabletReleaseEvent(QTabletEvent* event) {
+    event->setAccepted(!canvas().isEnabled());
+}
+
 // The menu runs a loop of its own, in which this object may be deleted.
 void VRLSliceEditWidgetMediatorEditionDelegate::contextMenuEvent(QContextMenuEvent* event) {
     if (!acts())
         return anyEvent(event);
     event->accept();
+    finishMove(); // the menu takes the release
     QMenu menu;
     menu.addActions({__moveModeAction, __insertModeAction, __deleteModeAction});
     menu.addSeparator();

@@ -255,6 +255,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::editSelectionProperties() {
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::mousePressEvent(QMouseEvent* event) {
     if (acts() && event->buttons() == Qt::LeftButton) {
+        forgetPress();
         const QPoint position = event->position().toPoint();
         const Vector<int> point = imagePoint(position);
         if (isOnImage(point)) {
@@ -267,7 +268,15 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::mousePressEvent(QMouseEvent* e
     event->setAccepted(__pressPosition != nullptr || !canvas().isEnabled());
 }
 
+/// The release of a press may have gone elsewhere: to a menu, a dialog, or another interaction.
+void VRLSliceEditWidgetMediatorSelectionDelegate::forgetPress() {
+    delete __rubberBand;
+    __pressPosition.reset();
+}
+
 void VRLSliceEditWidgetMediatorSelectionDelegate::mouseMoveEvent(QMouseEvent* event) {
+    if (!(event->buttons() & Qt::LeftButton))
+        forgetPress();
     if (!acts() || event->buttons() != Qt::LeftButton || !__pressPosition)
         return anyEvent(event);
     if (!__rubberBand) {

@@ -55,6 +55,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
+    void forgetPress();
     bool isHit(const ModelItem& item, int& vertex, const Vector<int>& position) const;
     void select(ModelItem& item, const ModelItemSelection& selection);
     void selectWhole(const std::function<bool(const ModelItem&)>& wanted);

@@ -105,6 +105,27 @@ TEST_F(VRLRecoveryTest, aSaveOrACloseRemovesTheFile) {
     EXPECT_EQ(numFiles(), 0);
 }
 
+// Such a stack could be saved nowhere, and what was kept would be gone.
+TEST_F(VRLRecoveryTest, aStackWhoseImageIsGoneStaysWhereItIsKept) {
+    {
+        VRLRecovery recovery(recoveryDirectory());
+        stack->setModified(true);
+        recovery.saveModifiedStacks();
+        simulateCrash(recovery);
+        stack->setModified(false);
+    }
+    const QString image = folder.filePath("a.tif");
+    ASSERT_TRUE(QFile::rename(image, image + ".away"));
+    VRLRecovery recovery(recoveryDirectory());
+    ASSERT_EQ(recovery.leftovers().size(), 1);
+    QString message;
+    EXPECT_EQ(recovery.recover(recovery.leftovers()[0], message), nullptr);
+    EXPECT_TRUE(message.contains("s0") && message.contains("brain")) << message.toStdString();
+    ASSERT_TRUE(QFile::rename(image + ".away", image));
+    ASSERT_EQ(recovery.leftovers().size(), 1);
+    EXPECT_NE(std::unique_ptr<VRLStack>(recovery.recover(recovery.leftovers()[0], message)), nullptr);
+}
+
 TEST_F(VRLRecoveryTest, aCrashedProgramsStackComesBackWithItsImages) {
     const QByteArray original = [this] {
         QFile file(folder.filePath("brain.sdf"));

@@ -329,16 +329,22 @@ TEST_F(VRLRootWindowTest, twoWindowsShowTheSameStacksAndOneClosesWithoutAsking) 
     EXPECT_EQ(listed(other->browser().stackList()), QStringList{"renamed"});
     EXPECT_TRUE(other->isWindowModified());
     EXPECT_TRUE(other->close());
+    // Both at once, as a session that ends does: this one is the last.
+    stack.setModified(true);
+    user.thenClick("Cancel");
+    EXPECT_FALSE(window->close());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QTest::qWait(10);
     EXPECT_TRUE(other.isNull());
     EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
+    stack.setModified(false);
 }
 
 TEST_F(VRLRootWindowTest, aLockedSliceLeavesOnlyItsOwnWindowAlive) {
     open("one");
     trigger("New window");
     VRLRootWindow* other = otherWindow();
+    other->mediator().setStack(*mediator().currentStack());
     mediator().lockRequest(true);
     EXPECT_FALSE(other->isEnabled());
     EXPECT_TRUE(window->isEnabled());
@@ -347,13 +353,32 @@ TEST_F(VRLRootWindowTest, aLockedSliceLeavesOnlyItsOwnWindowAlive) {
     EXPECT_FALSE(window->browser().sliceList().isEnabled());
     mediator().currentStack()->setModified(true); // no command comes back to life meanwhile
     EXPECT_FALSE(enabled("Save stack"));
+    EXPECT_FALSE(window->close()); // what is being drawn would be lost
+    EXPECT_FALSE(other->close());
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(folder.filePath("two.sdf"))});
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &drop);
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
     mediator().lockRequest(false);
     EXPECT_TRUE(other->isEnabled());
+    EXPECT_TRUE(other->mediator().action("Save stack")->isEnabled());
     for (const char* text : {"Quit", "Select next slice", "Edit models...", "Save stack", "Open stack"})
         EXPECT_TRUE(enabled(text)) << text;
     EXPECT_FALSE(enabled("Select previous slice"));
     EXPECT_TRUE(enabled("Reconstruct"));
     EXPECT_TRUE(window->browser().sliceList().isEnabled());
+
+    // Given back too when the slice is the current one no more.
+    mediator().currentStack()->setModified(false);
+    mediator().lockRequest(true);
+    auto* empty = new VRLStack;
+    VRLStackServer::stackServer.addStack(*empty);
+    mediator().setStack(*empty);
+    EXPECT_EQ(mediator().currentSlice(), nullptr);
+    mediator().lockRequest(false);
+    EXPECT_TRUE(other->isEnabled());
+    EXPECT_TRUE(enabled("Open stack"));
 }
 
 TEST_F(VRLRootWindowTest, aSnakeThatRunsLetsNothingElseHappenInAnyWindow) {

@@ -212,6 +212,17 @@ TEST_F(DrawingTest, aBoxTogglesTheVerticesInIt) {
     EXPECT_FALSE(mouse(QEvent::MouseButtonRelease, QPoint(5, 5), Qt::LeftButton, Qt::NoButton));
     action("Cancel")->trigger();
     EXPECT_TRUE(contour.getSelection().isEmpty());
+
+    // A box whose release went to a menu is forgotten when the pointer moves on, or presses again.
+    press(QPoint(30, 30));
+    drag(QPoint(120, 120));
+    mouse(QEvent::MouseMove, QPoint(140, 140), Qt::NoButton, Qt::NoButton);
+    EXPECT_EQ(canvas->findChild<QRubberBand*>(), nullptr);
+    press(QPoint(30, 30));
+    drag(QPoint(120, 120));
+    click(QPoint(200, 30));
+    EXPECT_EQ(canvas->findChild<QRubberBand*>(), nullptr);
+    EXPECT_TRUE(contour.getSelection().isEmpty());
 }
 
 TEST_F(DrawingTest, commandsAndMenusFollowTheSelection) {
@@ -390,6 +401,14 @@ TEST_F(DrawingTest, anEditionEndsWithItsItemAndTakesADragBack) {
         edition->cancel();
     });
     EXPECT_EQ(verticesOf(contour), square);
+    expectSteps(1, [&] { // a drag whose release went elsewhere is done
+        edition->activate();
+        press(QPoint(50, 50));
+        drag(QPoint(20, 20));
+        mouse(QEvent::MouseMove, QPoint(25, 25), Qt::NoButton, Qt::NoButton);
+        edition->cancel();
+    });
+    history().undo();
     edition->activate();
     press(QPoint(50, 50));
     drag(QPoint(20, 20));

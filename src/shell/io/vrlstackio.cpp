@@ -350,13 +350,11 @@ bool VRLStackIO::insertSlice(VRLStack& stack, int position) {
             auto* action = new VRLSliceInsertionDeletionAction(*slice); // the history takes it over
             action->setSlicePosition(next++);
             stack.history()->push(action, true);
+            stack.setModified(true);
         }
     }
     tellFailures(failures);
-    if (failures.size() == images.size())
-        return false;
-    stack.setModified(true);
-    return true;
+    return failures.size() < images.size();
 }
 
 QStringList VRLStackIO::chooseImages() {
@@ -396,7 +394,7 @@ VRLStack* VRLStackIO::recoverStacks(VRLRecovery& recovery) {
         // What was kept goes when this run has a copy of its own, and not before.
         recovery.saveModifiedStacks();
         recovery.waitForWrites();
-        if (!recovery.recoveryFile(*stack).isEmpty())
+        if (QFile::exists(recovery.recoveryFile(*stack)))
             recovery.discard(leftover);
     }
     return last;

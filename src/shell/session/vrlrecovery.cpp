@@ -85,18 +85,19 @@ void VRLRecovery::saveModifiedStacks() {
     for (int i = 0; i < server.getNumStacks(); ++i) {
         const VRLStack& stack = server.getStack(i);
         Entry& entry = __entries[&stack];
-        if (!stack.isModified() || (!entry.file.isEmpty() && entry.changeCount == stack.getChangeCount()))
+        if (!stack.isModified() || (*entry.written && entry.changeCount == stack.getChangeCount()))
             continue;
         if (!makeSessionDirectory())
             return;
         if (entry.file.isEmpty())
             entry.file = __sessionDirectory + "/" + QString::number(++__numFiles) + ".sdf";
         entry.changeCount = stack.getChangeCount();
-        writeEntry(entry.file, stack);
+        writeEntry(entry, stack);
     }
 }
 
-void VRLRecovery::writeEntry(const QString& file, const VRLStack& stack) {
+void VRLRecovery::writeEntry(const Entry& entry, const VRLStack& stack) {
+    *entry.written = false;
     QByteArray text;
     try {
         text = QByteArray::fromStdString(StackWriter().toText(stack, __sessionDirectory.toStdString()));
@@ -105,9 +106,10 @@ void VRLRecovery::writeEntry(const QString& file, const VRLStack& stack) {
     }
     const QString stackFile = QFile::decodeName(stack.getFilename().c_str());
     const QString stackName = QString::fromStdString(stack.getName());
-    __writers.start([file, text, stackFile, stackName] {
+    __writers.start([file = entry.file, written = entry.written, text, stackFile, stackName] {
         if (!writeWhole(file, text))
             return;
+        *written = true;
         QSettings info(infoFile(file), QSettings::IniFormat);
         info.setValue("stackFile", stackFile.isEmpty() ? QString() : QFileInfo(stackFile).absoluteFilePath());
         info.setValue("stackName", stackName);
@@ -157,7 +159,15 @@ VRLStack* VRLRecovery::recover(const Leftover& leftover, QString& message) const
                   " cannot be read: " + QString::fromStdString(failure.getWhat());
         return nullptr;
     }
-    // A slice whose image is gone is kept: the outlines on it are what is to be saved.
+    // A slice without an image can be neither saved nor recovered again: what is kept stays until the image is back.
+    for (int i = 0; i < stack->getNumSlices(); ++i)
+        if (stack->getSlice(i).isEmpty()) {
+            message = "The stack \"" + leftover.stackName + "\" cannot be recovered now, as the image of the slice \"" +
+                      QString::fromStdString(stack->getSlice(i).getName()) +
+                      "\" cannot be read. Put the image back in its place and start again: what was kept stays in " +
+                      leftover.recoveryFile + ".";
+            return nullptr;
+        }
     QStringList problems;
     for (const std::string& line : reader.getLog())
         problems += QString::fromStdString(line);

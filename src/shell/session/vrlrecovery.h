@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <string>
@@ -49,7 +50,7 @@ public:
     QList<Leftover> leftovers() const;
 
     /// Reads a leftover into a new stack, which has the name of the user's file and is modified; null, with a message,
-    /// when it cannot be read. The recovery file stays until discard().
+    /// when it cannot be read, or the image of one of its slices. The recovery file stays until discard().
     VRLStack* recover(const Leftover& leftover, QString& message) const;
 
     /// Deletes a leftover.
@@ -72,11 +73,12 @@ private:
     struct Entry {
         QString file;
         unsigned int changeCount = 0;
+        std::shared_ptr<std::atomic<bool>> written = std::make_shared<std::atomic<bool>>(false); // the last changes
     };
 
     void saveIfIdle();
     bool makeSessionDirectory();
-    void writeEntry(const QString& file, const VRLStack& stack);
+    void writeEntry(const Entry& entry, const VRLStack& stack);
     void remove(const VRLStack& stack);
 
     QString __directory;
