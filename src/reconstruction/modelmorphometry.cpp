@@ -8,6 +8,7 @@
 #include "document/stack.h"
 #include "numerics/exception.h"
 #include "reconstruction/curvestacktriangulation.h"
+#include "reconstruction/emptylevels.h"
 #include "reconstruction/stackreconstruction.h"
 
 namespace {
@@ -112,7 +113,8 @@ void ModelMorphometry::run() {
     const MPrimitive geometry = __model->getProperties().getGeometry();
     if (geometry == PolypointPrimitive)
         return;
-    const auto& curves = static_cast<const CurveStack<double>&>(*shape);
+    auto& curves = static_cast<CurveStack<double>&>(*shape);
+    removeEmptyLevels(curves);
     if (simpleCurveStack(curves))
         __area = CurveStackTriangulation<double>(curves, 2).getTriMesh().area();
     else

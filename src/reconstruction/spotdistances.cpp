@@ -3,6 +3,7 @@
 #include "document/model.h"
 #include "document/stack.h"
 #include "numerics/exception.h"
+#include "reconstruction/emptylevels.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/quadmesh.h"
 
@@ -34,9 +35,7 @@ std::vector<double> spotDistances(const Stack& stack, const std::string& surface
     auto* curves = dynamic_cast<CurveStack<double>*>(outlines.get());
     if (curves == nullptr)
         throw UsageError(where, "Its model \"" + surface + "\" holds points, which have no surface");
-    for (int k = curves->getHeight() - 1; k >= 0; --k)
-        if ((*curves)[k].getNumVertices() == 0)
-            curves->remove(unsigned(k));
+    removeEmptyLevels(*curves);
     if (curves->getHeight() == 0)
         throw UsageError(where, "Its model \"" + surface + "\" has no outlines");
     const TriMesh<double> mesh = curves->resample(50, 100).toTriMesh(true);

@@ -498,10 +498,12 @@ void VRLRootMediator::runPreferencesDialog() {
 void VRLRootMediator::runAnalysis() {
     if (__stack == nullptr)
         return;
-    auto* window = new VRLAnalysisWindow; // deletes itself when it is closed
+    auto window = std::make_unique<VRLAnalysisWindow>();
     window->setStack(*__stack);
+    window.release(); // deletes itself when it is closed
 }
 
+/// The window opens only when there are lines to show; otherwise the message says why there are none.
 void VRLRootMediator::runOmbrelAction1() {
     static int count = 0; // goes on from one run to the next
     QStringList lines, failures;

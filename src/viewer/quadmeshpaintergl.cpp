@@ -100,9 +100,11 @@ void QuadMeshPainterGL<T>::glDrawShape() const {
         this->array.drawPlain(GL_LINES);
     else
         CurveStackPainterGL<T>::glDrawShape();
-    for (const auto* cap : {__beginCap.get(), __endCap.get()})
-        if (cap != nullptr)
+    for (auto* cap : {__beginCap.get(), __endCap.get()})
+        if (cap != nullptr) {
+            cap->setAttributes(this->getAttributes()); // changes for which nothing is prepared come here alone
             cap->glDraw();
+        }
 }
 
 template <class T>
@@ -192,7 +194,6 @@ void QuadMeshPainterGL<T>::__prepareWires() const {
 template <class T>
 std::unique_ptr<QuadMeshPainterGL<T>> QuadMeshPainterGL<T>::__capPainter(const QuadMesh<T>& cap) const {
     auto painter = std::make_unique<QuadMeshPainterGL>();
-    painter->setAttributes(this->getAttributes());
     painter->setShape(cap);
     return painter;
 }

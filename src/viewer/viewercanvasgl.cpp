@@ -290,8 +290,11 @@ void ViewerCanvasGL::toggleBoundingBox(bool shown) {
 void ViewerCanvasGL::snapshot() {
     const QString file =
         QFileDialog::getSaveFileName(this, "Enter output filename", QString(), "Portable Network Graphics (*.png)");
-    if (!file.isEmpty() && !saveSnapshot(file))
-        QMessageBox::critical(this, QString(), "Could not write file\n\n" + file, QMessageBox::Ok);
+    if (file.isEmpty() || saveSnapshot(file))
+        return;
+    QMessageBox box(QMessageBox::Critical, QString(), "Could not write file\n\n" + file, QMessageBox::Ok, this);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
 }
 
 void ViewerCanvasGL::resizeGL(int, int) {
@@ -485,6 +488,8 @@ void ViewerCanvasGL::__draw(const PainterGL<float>& painter) const {
         painter.glDraw();
     } catch (const Exception& failure) {
         std::cerr << "A painter of the 3D view failed: " << failure;
+    } catch (const std::exception& failure) {
+        std::cerr << "A painter of the 3D view failed: " << failure.what() << std::endl;
     }
     glPopAttrib();
 }

@@ -91,6 +91,23 @@ TEST_F(StackExporterTest, oneItemGivesAMeshOfOneRow) {
     EXPECT_EQ(folder.read("S-flat.stl"), "solid flat\nendsolid flat\n");
 }
 
+TEST_F(StackExporterTest, anItemWithoutVerticesIsPassedOver) {
+    Model& model = add("a", PolygonPrimitive, 0);
+    Model& plain = add("b", PolygonPrimitive, 0);
+    for (int i : {0, 2})
+        for (Model* made : {&model, &plain})
+            addItem(*made, stack.getSlice(i), {{40, 40}, {60, 40}, {60, 60}, {40, 60}});
+    addItem(model, stack.getSlice(1), {});
+    Model& flat = add("flat", PolygonPrimitive, 1, 1);
+    addItem(flat, stack.getSlice(1), {});
+    StackExporter().export2AsciiSTL(stack, folder.path(), false);
+    const std::string expected = folder.read("S-b.stl");
+    EXPECT_EQ(countLines(expected, "  facet normal"), 36);
+    EXPECT_EQ(countLines(folder.read("S-a.stl"), "  facet normal"), 36);
+    EXPECT_EQ(folder.read("S-a.qm"), folder.read("S-b.qm"));
+    EXPECT_EQ(folder.read("S-flat.stl"), "solid flat\nendsolid flat\n");
+}
+
 TEST_F(StackExporterTest, anExistingFileIsKeptUnlessOverwritingIsAllowed) {
     add("a", PolygonPrimitive);
     add("b", PolygonPrimitive);

@@ -122,6 +122,20 @@ TEST(ModelMorphometry, emptySlicesBetweenContoursCountAsFilled) {
     EXPECT_NEAR(measured(model).getVolume(), 100 * 6 + 400 * 2, 1e-9);
 }
 
+TEST(ModelMorphometry, anItemWithoutVerticesLeavesNoGapInTheSurface) {
+    const auto stack = calibratedStack(3);
+    Model& model = addModel(*stack, "m");
+    addItem(model, stack->getSlice(0), square(190, 190, 20));
+    addItem(model, stack->getSlice(2), square(190, 190, 20));
+    const ModelMorphometry before = measured(model);
+    EXPECT_NEAR(before.getArea(), 40 * 4, 1e-9);
+    addItem(model, stack->getSlice(1), {});
+    const ModelMorphometry after = measured(model);
+    EXPECT_EQ(after.getArea(), before.getArea());
+    EXPECT_EQ(after.getVolume(), before.getVolume());
+    EXPECT_EQ(after.getNumContours(), 3);
+}
+
 TEST(ModelMorphometry, aSingleContourReachesByItsSpacing) {
     const auto stack = calibratedStack(2);
     Model& model = addModel(*stack, "m");

@@ -114,6 +114,14 @@ TEST_F(VRLRenderingPainterGLTest, dotsAndCurvesAreDrawnItemByItem) {
     EXPECT_NEAR(painter.boundingBox().width(0), 40, 1e-3);
     painter.addItem(item);
     EXPECT_EQ(painter.getItemPainters().back()->getItem(), &item);
+
+    // After a failure has cleared the picture, an item comes back with all others.
+    painter.clear();
+    painter.processItemVertexChange(item);
+    EXPECT_EQ(painter.getItemPainters().size(), 4u);
+    painter.clear();
+    painter.processItemAttributeChange(item);
+    EXPECT_EQ(painter.getItemPainters().size(), 4u);
 }
 
 TEST_F(VRLRenderingPainterGLTest, pointsNeverMakeASurface) {

@@ -234,6 +234,7 @@ TEST_F(VRLRenderingWindowTest, aBatchRefreshesOnceAtItsEnd) {
         for (const char* name : {"a", "b", "c"})
             send<VRLModelCreateEvent>(&addModel(stack, name));
         send<VRLStackImageCalibrationEvent>(&stack);
+        send<VRLStackSliceSpacingEvent>(&stack);
         send<VRLModelDeleteEvent>(&dots);
         stack.deleteModel(1);
         EXPECT_EQ(numPainters(), 2);

@@ -127,6 +127,23 @@ TEST(QuadMeshPainterGL, drawsCapsWhereTheFlagsAskForThem) {
     EXPECT_GT(closed(true, true), 240);
 }
 
+TEST(QuadMeshPainterGL, capsFollowTheColor) {
+    QuadMesh<float> mesh = tubeMesh<float>(4, 24, 3);
+    mesh.buildCaps();
+    QuadMeshPainterGL<float> painter;
+    painter.setShape(mesh);
+    Scene scene;
+    scene.add(painter);
+    for (const QColor& color : {QColor(0, 255, 0), QColor(255, 0, 0)}) {
+        ShapePainterAttributesGL attributes =
+            attributesOf(SurfaceDisplayGL, {color.red(), color.green(), color.blue()});
+        attributes.setBeginCapFlag(true);
+        attributes.setEndCapFlag(true);
+        painter.setAttributes(attributes);
+        EXPECT_TRUE(hasColor(scene.picture(), 200 + 20, 200, color)); // off the axis, inside the opening
+    }
+}
+
 TEST(QuadMeshPainterGL, vertexColorsWinOnTheSurface) {
     QuadMesh<float> mesh(3, 2, 2, 4, 4, true);
     auto colors = std::make_unique<QuadMesh<int>>(3, 2, 2, 4, 4, true);

@@ -9,6 +9,7 @@
 #include "document/stack.h"
 #include "numerics/exception.h"
 #include "numerics/safefile.h"
+#include "reconstruction/emptylevels.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/curvestack.h"
 #include "shapes/quadmesh.h"
@@ -50,10 +51,13 @@ void StackExporter::export2AsciiSTL(const Model& model, StackReconstruction<floa
         refuseExisting(stlName);
 
     const std::unique_ptr<Shape<float>> shape = reconstruction.apply(model);
-    const auto* curves = dynamic_cast<const CurveStack<float>*>(shape.get());
-    if (curves == nullptr || curves->getHeight() == 0 || curves->isBranching())
+    auto* curves = dynamic_cast<CurveStack<float>*>(shape.get());
+    if (curves == nullptr)
         return;
-    const long long rows = model.getNumItems() > 1 ? properties.getQuadMeshHeight() : 1;
+    removeEmptyLevels(*curves);
+    if (curves->getHeight() == 0 || curves->isBranching())
+        return;
+    const long long rows = curves->getHeight() > 1 ? properties.getQuadMeshHeight() : 1;
     const long long columns = properties.getQuadMeshWidth();
     if (rows == 0 || columns == 0)
         return;

@@ -74,14 +74,13 @@ void VRLAnalysisWindow::buildSheets() {
 void VRLAnalysisWindow::buildMenus() {
     auto* menuBar = new QMenuBar(this);
     QMenu* file = menuBar->addMenu("File");
+    QAction* close = file->addAction("Close");
+    close->setShortcut(Qt::CTRL | Qt::Key_W);
+    connect(close, &QAction::triggered, this, &QWidget::close);
     QAction* save = file->addAction("Save ...");
     save->setShortcut(Qt::CTRL | Qt::Key_S);
     save->setToolTip("Saves the sheet in front as tab-separated text");
     connect(save, &QAction::triggered, __mediator, &VRLAnalysisWindowMediator::saveCurrentSheet);
-    file->addSeparator();
-    QAction* close = file->addAction("Close");
-    close->setShortcut(Qt::CTRL | Qt::Key_W);
-    connect(close, &QAction::triggered, this, &QWidget::close);
     QMenu* edit = menuBar->addMenu("Edit");
     QAction* copy = edit->addAction("Copy");
     copy->setShortcut(Qt::CTRL | Qt::Key_C);

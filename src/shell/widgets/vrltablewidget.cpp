@@ -222,6 +222,9 @@ void VRLTableWidget::copySelection() const {
 void VRLTableWidget::save() const {
     auto* parent = const_cast<VRLTableWidget*>(this); // dialogs want one, and leave it as it is
     const QString name = QFileDialog::getSaveFileName(parent, "Save table");
-    if (!name.isEmpty() && !saveTo(name))
-        QMessageBox::critical(parent, "Write error", "Cannot write " + name);
+    if (name.isEmpty() || saveTo(name))
+        return;
+    QMessageBox box(QMessageBox::Critical, "Write error", "Cannot write " + name, QMessageBox::Ok, parent);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
 }

@@ -3,6 +3,7 @@
 #include "document/model.h"
 #include "document/modelitem.h"
 #include "document/stackslice.h"
+#include "reconstruction/emptylevels.h"
 #include "shapes/quadmesh.h"
 #include "shell/session/vrlstack.h"
 #include "viewer/curvestackpaintergl.h"
@@ -10,12 +11,6 @@
 #include "viewer/ui/vrlrenderingutils.h"
 
 namespace {
-
-void removeEmptyLevels(CurveStack<float>& stack) {
-    for (int k = stack.getHeight() - 1; k >= 0; --k)
-        if (stack[k].getNumVertices() == 0)
-            stack.remove(static_cast<unsigned int>(k));
-}
 
 /// No two levels in a row at one height.
 bool simpleCurveStack(const CurveStack<float>& stack) {

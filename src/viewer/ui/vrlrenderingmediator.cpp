@@ -108,6 +108,13 @@ void VRLRenderingMediator::refresh() {
     updateCanvas();
 }
 
+void VRLRenderingMediator::refreshNowOrAtBatchEnd() {
+    if (eventBatchEnabled())
+        __refreshPending = true;
+    else
+        refresh();
+}
+
 void VRLRenderingMediator::buildPainters() {
     if (__stack == nullptr)
         return;
@@ -216,16 +223,12 @@ void VRLRenderingMediator::stackRegistrationEvent(VRLStackRegistrationEvent& eve
 
 void VRLRenderingMediator::stackSliceSpacingEvent(VRLStackSliceSpacingEvent& event) {
     if (__stack != nullptr && event.getStack() == __stack)
-        refresh();
+        refreshNowOrAtBatchEnd();
 }
 
 void VRLRenderingMediator::stackImageCalibrationEvent(VRLStackImageCalibrationEvent& event) {
-    if (__stack == nullptr || event.getStack() != __stack)
-        return;
-    if (eventBatchEnabled())
-        __refreshPending = true;
-    else
-        refresh();
+    if (__stack != nullptr && event.getStack() == __stack)
+        refreshNowOrAtBatchEnd();
 }
 
 void VRLRenderingMediator::processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) {

@@ -14,8 +14,8 @@ class VRLRenderingToolbar;
 class VRLStack;
 
 /// Keeps a rendering window's picture up to date with its stack: one painter for each model, which follows the changes
-/// of that model alone. Changes that move every slice rebuild all. What happens to models and calibrations in a batch
-/// of events is made good once, at its end.
+/// of that model alone. Changes that move every slice rebuild all. What happens to models, calibrations and spacings in
+/// a batch of events is made good once, at its end.
 ///
 /// Canvas, panel, toolbar and stack are seen, not owned; the canvas must live as long as this, or be set to null.
 ///
@@ -81,6 +81,7 @@ signals:
 private:
     VRLRenderingPainterGL* painterOf(const Model* model) const;
     void onPainter(const Model* model, const std::function<void(VRLRenderingPainterGL&)>& change);
+    void refreshNowOrAtBatchEnd();
     void buildPainters();
     void updateCanvas();
     void goToStack(VRLStack& stack);

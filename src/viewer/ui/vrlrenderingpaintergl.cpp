@@ -40,14 +40,14 @@ void VRLRenderingPainterGL::processItemVertexChange(const ModelItem& item) {
     if (__model == nullptr)
         return;
     if (__itemMode)
-        setItemPainter(item);
+        updateItem(item);
     else
         buildModelPainter();
 }
 
 void VRLRenderingPainterGL::processItemAttributeChange(const ModelItem& item) {
     if (__itemMode && __model != nullptr)
-        setItemPainter(item);
+        updateItem(item);
 }
 
 void VRLRenderingPainterGL::processModelAttributeChange() {
@@ -104,6 +104,14 @@ bool VRLRenderingPainterGL::itemMode() const {
     const DisplayModeGL mode = displayMode();
     return __model->getProperties().getGeometry() == PolypointPrimitive || mode == SymbolDisplayGL ||
            mode == CurveDisplayGL;
+}
+
+/// After clear() the item does not come back without the others.
+void VRLRenderingPainterGL::updateItem(const ModelItem& item) {
+    if (__itemPainters.empty() && __model->getNumItems() > 1)
+        setModel(*__model);
+    else
+        setItemPainter(item);
 }
 
 /// In the place of the item's painter, or behind the others.

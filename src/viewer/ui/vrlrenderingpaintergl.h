@@ -35,7 +35,7 @@ public:
     void processItemAttributeChange(const ModelItem& item);
     void processModelAttributeChange();
 
-    /// Draws nothing any more; the model stays.
+    /// Draws nothing until the next change; the model stays.
     void clear();
 
     BoundingBox<float> boundingBox() const override;
@@ -50,6 +50,7 @@ public:
 private:
     DisplayModeGL displayMode() const;
     bool itemMode() const;
+    void updateItem(const ModelItem& item);
     void setItemPainter(const ModelItem& item);
     void buildModelPainter();
 
