@@ -48,8 +48,9 @@ public:
             for (const QString& file : files)
                 quoted += '"' + file + '"';
             dialog->findChild<QLineEdit*>("fileNameEdit")->setText(files.size() == 1 ? files[0] : quoted.join(' '));
-            // As typing does: what is selected in the list, which may have come late, goes before the text.
-            dialog->findChild<QListView*>("listView")->clearSelection();
+            // As typing does: a file that is selected in the list, which may have come late, goes before the text.
+            if (dialog->fileMode() != QFileDialog::Directory)
+                dialog->findChild<QListView*>("listView")->clearSelection();
             static_cast<QDialog*>(dialog)->accept();
         });
     }
