@@ -14,6 +14,7 @@
 #include <QListView>
 #include <QMessageBox>
 #include <QPointer>
+#include <QSignalBlocker>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -47,10 +48,11 @@ public:
             QStringList quoted;
             for (const QString& file : files)
                 quoted += '"' + file + '"';
+            // What is selected in the list, which may have come late, goes before the text; and changes the text.
+            auto* const list = dialog->findChild<QListView*>("listView");
+            const QSignalBlocker quiet(list->selectionModel());
+            list->clearSelection();
             dialog->findChild<QLineEdit*>("fileNameEdit")->setText(files.size() == 1 ? files[0] : quoted.join(' '));
-            // As typing does: a file that is selected in the list, which may have come late, goes before the text.
-            if (dialog->fileMode() != QFileDialog::Directory)
-                dialog->findChild<QListView*>("listView")->clearSelection();
             static_cast<QDialog*>(dialog)->accept();
         });
     }
