@@ -135,23 +135,13 @@ int checkCommand(const QStringList& arguments) {
     CommandLine line("check", "Tells what is wrong with stacks; exit status 1 when something is.", "STACK.sdf...",
                      "Stack description files (.sdf).");
     line.addFormatOption();
-    if (const std::optional<int> status = line.parse(arguments))
-        return *status;
-    const std::optional<OutputFormat> format = outputFormat(line);
-    if (!format)
-        return ExitUsage;
-    int status = ExitGood;
-    JsonWriter json(std::cout);
     TextTable table({"File", "Opened", "Fatal", "Message"});
-    if (*format == OutputFormat::Json)
-        json.beginArray();
-    for (const std::string& name : line.files()) {
-        const StackFile file(name);
+    bool csv = false;
+    const auto report = [&table, &csv](const StackFile& file, OutputFormat format, JsonWriter& json) {
         const bool clean = file.getLog().empty() && file.getNumFatalErrors() == 0;
-        status = std::max<int>(status, !file.isOpened() ? ExitFileError : clean ? ExitGood : ExitProblems);
-        if (*format == OutputFormat::Json) {
+        if (format == OutputFormat::Json) {
             json.beginObject();
-            json.member("file", name);
+            json.member("file", file.getName());
             json.member("opened", file.isOpened());
             json.member("fatal", file.getNumFatalErrors());
             json.key("log");
@@ -160,16 +150,17 @@ int checkCommand(const QStringList& arguments) {
                 json.value(message);
             json.endArray();
             json.endObject();
-        } else if (*format == OutputFormat::Csv) {
+        } else if (format == OutputFormat::Csv) {
+            csv = true;
             const std::string opened = file.isOpened() ? "true" : "false";
             for (const std::string& message : file.getLog())
-                table.addRow({name, opened, std::to_string(file.getNumFatalErrors()), message});
+                table.addRow({file.getName(), opened, std::to_string(file.getNumFatalErrors()), message});
             if (file.getLog().empty())
-                table.addRow({name, opened, std::to_string(file.getNumFatalErrors()), ""});
+                table.addRow({file.getName(), opened, std::to_string(file.getNumFatalErrors()), ""});
         } else if (!file.isOpened()) {
-            std::cout << name << ": cannot be read\n";
+            std::cout << file.getName() << ": cannot be read\n";
         } else {
-            std::cout << name << ": ";
+            std::cout << file.getName() << ": ";
             if (clean)
                 std::cout << "no problems\n";
             else
@@ -177,10 +168,10 @@ int checkCommand(const QStringList& arguments) {
             for (const std::string& message : file.getLog())
                 std::cout << "  " << message << '\n';
         }
-    }
-    if (*format == OutputFormat::Json)
-        json.endArray();
-    else if (*format == OutputFormat::Csv)
+        return int(!file.isOpened() ? ExitFileError : clean ? ExitGood : ExitProblems);
+    };
+    const int status = reportOnFiles(line, arguments, report);
+    if (csv)
         table.printCsv(std::cout);
     return status;
 }

@@ -15,8 +15,7 @@ std::optional<OutputFormat> outputFormat(const CommandLine& line) {
     return std::nullopt;
 }
 
-int reportOnStacks(CommandLine& line, const QStringList& arguments,
-                   const std::function<int(const StackFile&, OutputFormat, JsonWriter&)>& work) {
+int reportOnFiles(CommandLine& line, const QStringList& arguments, const StackReport& report) {
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
     const std::optional<OutputFormat> format = outputFormat(line);
@@ -26,13 +25,16 @@ int reportOnStacks(CommandLine& line, const QStringList& arguments,
     JsonWriter json(std::cout);
     if (*format == OutputFormat::Json)
         json.beginArray();
-    for (const std::string& name : line.files()) {
-        const StackFile file(name);
-        status = std::max(status, file.report());
-        if (file.isOpened())
-            status = std::max(status, work(file, *format, json));
-    }
+    for (const std::string& name : line.files())
+        status = std::max(status, report(StackFile(name), *format, json));
     if (*format == OutputFormat::Json)
         json.endArray();
     return status;
+}
+
+int reportOnStacks(CommandLine& line, const QStringList& arguments, const StackReport& report) {
+    return reportOnFiles(line, arguments, [&report](const StackFile& file, OutputFormat format, JsonWriter& json) {
+        const int status = file.report();
+        return file.isOpened() ? std::max(status, report(file, format, json)) : status;
+    });
 }

@@ -13,8 +13,13 @@ enum class OutputFormat { Table, Csv, Json };
 /// that there is not.
 std::optional<OutputFormat> outputFormat(const CommandLine& line);
 
-/// Runs a command that reports on stacks in one of the formats: parses its line, which has the option of the format,
-/// and gives each stack that can be opened to work, whose result is an exit status. In JSON the whole is an array. The
-/// worst exit status of all.
-int reportOnStacks(CommandLine& line, const QStringList& arguments,
-                   const std::function<int(const StackFile&, OutputFormat, JsonWriter&)>& work);
+/// What a command says of a stack, as an exit status.
+using StackReport = std::function<int(const StackFile&, OutputFormat, JsonWriter&)>;
+
+/// Runs a command that reports on stack files in one of the formats: parses its line, which has the option of the
+/// format, and gives each file to report, whether it could be read or not. In JSON the whole is an array. The worst
+/// exit status of all.
+int reportOnFiles(CommandLine& line, const QStringList& arguments, const StackReport& report);
+
+/// The same for the stacks that can be opened; problems go to the standard error stream.
+int reportOnStacks(CommandLine& line, const QStringList& arguments, const StackReport& report);
