@@ -103,16 +103,23 @@ void VRLImageWidgetMediatorDelegate::mouseReleaseEvent(QMouseEvent* event) {
     anyEvent(event);
 }
 
+void VRLImageWidgetMediatorDelegate::penEvent(QTabletEvent* event) {
+    if (__penAsMouse)
+        event->setAccepted(!canvas().isEnabled());
+    else
+        anyEvent(event);
+}
+
 void VRLImageWidgetMediatorDelegate::tabletMoveEvent(QTabletEvent* event) {
-    anyEvent(event);
+    penEvent(event);
 }
 
 void VRLImageWidgetMediatorDelegate::tabletPressEvent(QTabletEvent* event) {
-    anyEvent(event);
+    penEvent(event);
 }
 
 void VRLImageWidgetMediatorDelegate::tabletReleaseEvent(QTabletEvent* event) {
-    anyEvent(event);
+    penEvent(event);
 }
 
 void VRLImageWidgetMediatorDelegate::keyPressEvent(QKeyEvent* event) {

@@ -45,6 +45,9 @@ public:
     void setBlocking(bool blocking) { __blocking = blocking; }
     bool isBlocking() const { return __blocking; }
 
+    /// The pen then clicks and moves like a mouse: its events are left alone, and come again as those of the mouse.
+    void setPenAsMouse(bool on) { __penAsMouse = on; }
+
     VRLImageWidgetMediator& getMediator() const { return *__mediator; }
 
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -67,8 +70,11 @@ protected:
     VRLImageWidgetCanvas& canvas() const;
 
 private:
+    void penEvent(QTabletEvent* event);
+
     VRLImageWidgetMediator* __mediator;
     QPointer<VRLImageWidgetCanvas> __canvas;
     bool __active = false;
     bool __blocking = false;
+    bool __penAsMouse = false;
 };

@@ -6,7 +6,6 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
-#include <QTabletEvent>
 
 #include "document/modelitem.h"
 #include "document/stackslice.h"
@@ -23,6 +22,7 @@ VRLSliceEditWidgetMediatorEditionDelegate::VRLSliceEditWidgetMediatorEditionDele
     VRLSliceEditWidgetMediator& mediator)
     : VRLSliceEditWidgetMediatorDelegate(mediator) {
     setBlocking(true);
+    setPenAsMouse(true);
     auto* const group = new QActionGroup(this);
     __moveModeAction = newModeAction("Move points", "movepoints", *group, &Delegate::setMoveMode);
     __insertModeAction = newModeAction("Insert points", "insertpoints", *group, &Delegate::setInsertMode);
@@ -135,19 +135,6 @@ void VRLSliceEditWidgetMediatorEditionDelegate::mouseReleaseEvent(QMouseEvent* e
     if (isActive() && event->button() == Qt::LeftButton)
         finishMove();
     anyEvent(event);
-}
-
-// What no delegate takes from the pen comes again as mouse events.
-void VRLSliceEditWidgetMediatorEditionDelegate::tabletPressEvent(QTabletEvent* event) {
-    event->setAccepted(!canvas().isEnabled());
-}
-
-void VRLSliceEditWidgetMediatorEditionDelegate::tabletMoveEvent(QTabletEvent* event) {
-    event->setAccepted(!canvas().isEnabled());
-}
-
-void VRLSliceEditWidgetMediatorEditionDelegate::tabletReleaseEvent(QTabletEvent* event) {
-    event->setAccepted(!canvas().isEnabled());
 }
 
 // The menu runs a loop of its own, in which this object may be deleted.

@@ -49,9 +49,6 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
-    void tabletPressEvent(QTabletEvent* event) override;
-    void tabletMoveEvent(QTabletEvent* event) override;
-    void tabletReleaseEvent(QTabletEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:

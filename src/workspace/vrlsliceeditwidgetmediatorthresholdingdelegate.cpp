@@ -5,7 +5,6 @@
 #include <QGuiApplication>
 #include <QInputDialog>
 #include <QMouseEvent>
-#include <QTabletEvent>
 
 #include "document/model.h"
 #include "document/modelitem.h"
@@ -34,6 +33,7 @@ VRLSliceEditWidgetMediatorThresholdingDelegate::VRLSliceEditWidgetMediatorThresh
     VRLSliceEditWidgetMediator& mediator)
     : VRLSliceEditWidgetMediatorDelegate(mediator) {
     setBlocking(true);
+    setPenAsMouse(true);
 }
 
 VRLSliceEditWidgetMediatorThresholdingDelegate::~VRLSliceEditWidgetMediatorThresholdingDelegate() {
@@ -90,19 +90,6 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::mouseMoveEvent(QMouseEvent*
         __rubberBand->show();
     }
     anyEvent(event);
-}
-
-// What no delegate takes from the pen comes again as mouse events.
-void VRLSliceEditWidgetMediatorThresholdingDelegate::tabletPressEvent(QTabletEvent* event) {
-    event->setAccepted(!canvas().isEnabled());
-}
-
-void VRLSliceEditWidgetMediatorThresholdingDelegate::tabletMoveEvent(QTabletEvent* event) {
-    event->setAccepted(!canvas().isEnabled());
-}
-
-void VRLSliceEditWidgetMediatorThresholdingDelegate::tabletReleaseEvent(QTabletEvent* event) {
-    event->setAccepted(!canvas().isEnabled());
 }
 
 void VRLSliceEditWidgetMediatorThresholdingDelegate::markFirst(const QPoint& position) {

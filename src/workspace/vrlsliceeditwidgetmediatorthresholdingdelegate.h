@@ -32,9 +32,6 @@ public:
 protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    void tabletPressEvent(QTabletEvent* event) override;
-    void tabletMoveEvent(QTabletEvent* event) override;
-    void tabletReleaseEvent(QTabletEvent* event) override;
 
 private:
     void markFirst(const QPoint& position);
