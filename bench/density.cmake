@@ -1,1 +1,1 @@
-vorlen_bench(density_bench.cpp LINKS vorlen_normalization)
+vorlen_bench(density_bench.cpp LINKS vorlen_shapes vorlen_images vorlen_normalization)

@@ -1,4 +1,4 @@
-#include "images/voxelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 #include "normalization/histogramdensityestimator.h"
 #include "normalization/kerneldensityestimator.h"
 #include "normalization/poissondensityestimator.h"

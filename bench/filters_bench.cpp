@@ -6,15 +6,15 @@
 #include <benchmark/benchmark.h>
 
 #include "compare.h"
-#include "images/derichegradient.h"
-#include "images/gaussianfilter.h"
-#include "images/image.h"
-#include "images/isotropyfilter.h"
-#include "images/meanfilter.h"
-#include "images/medianfilter.h"
-#include "images/minfilter.h"
-#include "images/sumfilter.h"
-#include "images/voxelmatrixerosion.h"
+#include "images/filters/derichegradient.h"
+#include "images/filters/gaussianfilter.h"
+#include "images/filters/isotropyfilter.h"
+#include "images/filters/meanfilter.h"
+#include "images/filters/medianfilter.h"
+#include "images/filters/minfilter.h"
+#include "images/filters/sumfilter.h"
+#include "images/filters/voxelmatrixerosion.h"
+#include "images/rasters/image.h"
 #include "inputs.h"
 
 // Every reference is the definition, an element at a time, on one block of memory. The first argument is the size: rows

@@ -1,6 +1,6 @@
-#include "images/image.h"
-#include "images/imagereader.h"
-#include "images/imagewriter.h"
+#include "images/files/imagereader.h"
+#include "images/files/imagewriter.h"
+#include "images/rasters/image.h"
 
 #include <benchmark/benchmark.h>
 

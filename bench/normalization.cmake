@@ -1,1 +1,1 @@
-vorlen_bench(normalization_bench.cpp LINKS vorlen_normalization)
+vorlen_bench(normalization_bench.cpp LINKS vorlen_shapes vorlen_normalization)

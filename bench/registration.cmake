@@ -1,1 +1,1 @@
-vorlen_bench(registration_bench.cpp LINKS vorlen_registration)
+vorlen_bench(registration_bench.cpp LINKS vorlen_images vorlen_registration)

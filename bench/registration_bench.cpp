@@ -1,4 +1,4 @@
-#include "images/pixelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
 #include "registration/principalaxesimageregistration.h"
 
 #include <benchmark/benchmark.h>

@@ -7,7 +7,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "images/pixelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
 #include "inputs.h"
 #include "shapes/curve.h"
 #include "snake/snake.h"

@@ -1,1 +1,1 @@
-vorlen_bench(threshold_bench.cpp LINKS vorlen_images vorlen_shapes)
+vorlen_bench(threshold_bench.cpp LINKS vorlen_shapes vorlen_images)

@@ -7,11 +7,11 @@
 
 #include <benchmark/benchmark.h>
 
-#include "images/componentlabelling.h"
-#include "images/isodatathresholding.h"
-#include "images/pixelmatrix.h"
-#include "images/thresholding.h"
-#include "images/voxelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
+#include "images/regions/componentlabelling.h"
+#include "images/regions/isodatathresholding.h"
+#include "images/regions/thresholding.h"
+#include "images/volumes/voxelmatrix.h"
 #include "inputs.h"
 #include "shapes/curve.h"
 

@@ -13,16 +13,16 @@
 
 #include <GL/gl.h>
 
+#include "editing/bus/vrlmodelitemevent.h"
+#include "editing/stacks/vrlstack.h"
 #include "inputs.h"
 #include "shapes/quadmesh.h"
-#include "shell/session/vrlmodelitemevent.h"
-#include "shell/session/vrlstack.h"
-#include "shell/widgets/vorlenapplication.h"
 #include "support/documentmaker.h"
-#include "viewer/quadmeshpaintergl.h"
-#include "viewer/ui/vrlrenderingmediator.h"
-#include "viewer/ui/vrlrenderingwindow.h"
-#include "viewer/viewercanvasgl.h"
+#include "ui/scenes/vrlrenderingmediator.h"
+#include "ui/scenes/vrlrenderingwindow.h"
+#include "ui/viewer/quadmeshpaintergl.h"
+#include "ui/viewer/viewercanvasgl.h"
+#include "ui/widgets/vorlenapplication.h"
 
 namespace {
 

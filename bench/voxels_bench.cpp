@@ -12,7 +12,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "images/voxelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 
 namespace {
 

@@ -10,12 +10,26 @@ if(VORLEN_SANITIZE)
     endif()
 endif()
 
-# vorlen_room(target SOURCES ... LINKS ...): the static library of one room.
+# vorlen_room(target SOURCES ... LINKS ... USES ...): the static library of one room. LINKS are the rooms and libraries
+# that its headers need, and its callers then see as well; USES are those that only its sources need.
+#
+# A room's headers are reached through a folder of their own that holds nothing but a link to the room. So a target sees
+# the rooms that it links and no others, and an include of another one does not build.
 function(vorlen_room target)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;USES" ${ARGN})
     add_library(${target} STATIC ${ARG_SOURCES})
-    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src)
-    target_link_libraries(${target} PRIVATE vorlen_options PUBLIC ${ARG_LINKS})
+    vorlen_view(${target})
+    target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE vorlen_options ${ARG_USES})
+endfunction()
+
+# vorlen_view(target): makes the folder of the current room, and lets the target and what links it include from there.
+function(vorlen_view target)
+    cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${PROJECT_SOURCE_DIR}/src OUTPUT_VARIABLE room)
+    set(view ${PROJECT_BINARY_DIR}/rooms/${target})
+    cmake_path(GET room PARENT_PATH above)
+    file(MAKE_DIRECTORY ${view}/${above})
+    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${view}/${room} SYMBOLIC)
+    target_include_directories(${target} PUBLIC ${view})
 endfunction()
 
 # vorlen_test(room SOURCES ... LINKS ...): the GoogleTest program test_<room>.

@@ -12,15 +12,15 @@
 #include <QThread>
 
 #include "document/pose.h"
-#include "reconstruction/ui/vrlanalysiswindow.h"
-#include "shell/session/vrlstack.h"
-#include "shell/session/vrlstackserver.h"
-#include "shell/vrlrootmediator.h"
-#include "shell/vrlrootwindow.h"
-#include "shell/widgets/vorlenapplication.h"
-#include "viewer/ui/vrlrenderingmediator.h"
-#include "viewer/ui/vrlrenderingwindow.h"
-#include "workspace/vrlrootsliceeditwidget.h"
+#include "editing/stacks/vrlstack.h"
+#include "editing/stacks/vrlstackserver.h"
+#include "ui/analysis/vrlanalysiswindow.h"
+#include "ui/app/vrlrootmediator.h"
+#include "ui/app/vrlrootwindow.h"
+#include "ui/scenes/vrlrenderingmediator.h"
+#include "ui/scenes/vrlrenderingwindow.h"
+#include "ui/slices/vrlrootsliceeditwidget.h"
+#include "ui/widgets/vorlenapplication.h"
 
 namespace {
 

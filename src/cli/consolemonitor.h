@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "shell/progress/progressmonitor.h"
+#include "progress/progressmonitor.h"
 
 /// Shows progress as one line on the standard error stream, when that is a terminal; silent otherwise.
 class ConsoleMonitor : public ProgressMonitor {

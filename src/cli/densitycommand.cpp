@@ -10,7 +10,7 @@
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
 #include "cli/stackfile.h"
-#include "images/voxelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 #include "normalization/densitymappingmethod.h"
 #include "normalization/histogramdensityestimator.h"
 #include "normalization/kerneldensityestimator.h"

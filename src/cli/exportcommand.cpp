@@ -5,10 +5,10 @@
 
 #include "cli/commandline.h"
 #include "cli/stackfile.h"
-#include "document/export/stackexporter.h"
 #include "document/model.h"
 #include "document/modelitem.h"
 #include "document/modelproperties.h"
+#include "export/stackexporter.h"
 #include "numerics/exception.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/curvestack.h"

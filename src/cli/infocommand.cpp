@@ -11,9 +11,9 @@
 #include "document/modelproperties.h"
 #include "document/pose.h"
 #include "document/stackslice.h"
-#include "images/imagesourcefile.h"
-#include "images/imagesourcefilemosaic.h"
-#include "images/imagesourcevoxelmatrixplane.h"
+#include "images/files/imagesourcefile.h"
+#include "images/files/imagesourcefilemosaic.h"
+#include "images/files/imagesourcevoxelmatrixplane.h"
 
 namespace {
 

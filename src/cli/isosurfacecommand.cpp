@@ -10,10 +10,10 @@
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
 #include "cli/stackfile.h"
-#include "images/voxelmatrix.h"
-#include "images/voxelmatrixheader.h"
+#include "files/safefile.h"
+#include "images/files/voxelmatrixheader.h"
+#include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
-#include "numerics/safefile.h"
 #include "reconstruction/marchingcubes.h"
 
 namespace {

@@ -13,11 +13,11 @@
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
 #include "cli/stackfile.h"
+#include "files/fileinfo.h"
+#include "files/safefile.h"
 #include "normalization/fusionpipeline.h"
 #include "normalization/resamplingsearch.h"
 #include "numerics/exception.h"
-#include "numerics/fileinfo.h"
-#include "numerics/safefile.h"
 #include "shapes/curvestack.h"
 #include "shapes/shapeset.h"
 

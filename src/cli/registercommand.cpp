@@ -10,13 +10,13 @@
 #include "cli/texttable.h"
 #include "document/stackslice.h"
 #include "document/stackwriter.h"
-#include "document/values/registration.h"
-#include "images/image.h"
-#include "images/pixelmatrix.h"
+#include "files/fileinfo.h"
+#include "images/rasters/image.h"
+#include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
-#include "numerics/fileinfo.h"
 #include "registration/matrixprincipalaxesanalysis.h"
 #include "registration/principalaxesimageregistration.h"
+#include "values/registration.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include "cli/consolemonitor.h"
 #include "document/stackreader.h"
 #include "document/stackslice.h"
-#include "images/imagesourcevoxelmatrixplane.h"
-#include "images/voxelmatrixheader.h"
+#include "images/files/imagesourcevoxelmatrixplane.h"
+#include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
 
 StackFile::StackFile(const std::string& name, std::unique_ptr<Stack> stack) : __name(name), __stack(std::move(stack)) {

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "document/standardimage.h"
-#include "images/image.h"
-#include "images/pixelmatrix.h"
+#include "images/rasters/image.h"
+#include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 
 CalibrationCurve::CalibrationCurve(const StandardImage& standardImage)

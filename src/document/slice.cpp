@@ -1,8 +1,8 @@
 #include "document/slice.h"
 
-#include "images/image.h"
-#include "images/imagereader.h"
-#include "images/resizexform.h"
+#include "images/files/imagereader.h"
+#include "images/filters/resizexform.h"
+#include "images/rasters/image.h"
 #include "numerics/exception.h"
 #include "numerics/maths.h"
 

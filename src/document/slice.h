@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "document/values/imagesource.h"
-#include "document/values/pixelcalibration.h"
 #include "shapes/boundingbox.h"
+#include "values/imagesource.h"
+#include "values/pixelcalibration.h"
 
 class Image;
 

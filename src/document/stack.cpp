@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "document/modelitem.h"
-#include "images/image.h"
-#include "images/voxelmatrix.h"
+#include "images/rasters/image.h"
+#include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 
 Stack::Stack() {

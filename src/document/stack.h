@@ -8,7 +8,7 @@
 #include "document/poseowner.h"
 #include "document/stackslice.h"
 #include "document/standardimage.h"
-#include "document/values/imagecolorcontent.h"
+#include "values/imagecolorcontent.h"
 
 template <class T>
 class VoxelMatrix;

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "shell/progress/progresssubject.h"
+#include "progress/progresssubject.h"
 
 /// What reader and writer of stack description files share: the vocabulary, the version and the log.
 ///

@@ -21,12 +21,12 @@
 #include "document/stackslice.h"
 #include "document/standardimage.h"
 #include "document/standardsample.h"
-#include "images/imagesourcefile.h"
-#include "images/imagesourcefilemosaic.h"
-#include "images/imagesourcevoxelmatrixplane.h"
-#include "images/voxelmatrixheader.h"
+#include "files/fileinfo.h"
+#include "images/files/imagesourcefile.h"
+#include "images/files/imagesourcefilemosaic.h"
+#include "images/files/imagesourcevoxelmatrixplane.h"
+#include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
-#include "numerics/fileinfo.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "document/modelitemowner.h"
 #include "document/slice.h"
-#include "document/values/registration.h"
+#include "values/registration.h"
 
 class Stack;
 

@@ -13,15 +13,15 @@
 #include "document/stackslice.h"
 #include "document/standardimage.h"
 #include "document/standardsample.h"
-#include "images/image.h"
-#include "images/imagesourcefile.h"
-#include "images/imagesourcefilemosaic.h"
-#include "images/imagesourcevoxelmatrixplane.h"
-#include "images/imagewriter.h"
-#include "images/voxelmatrix.h"
+#include "files/fileinfo.h"
+#include "files/safefile.h"
+#include "images/files/imagesourcefile.h"
+#include "images/files/imagesourcefilemosaic.h"
+#include "images/files/imagesourcevoxelmatrixplane.h"
+#include "images/files/imagewriter.h"
+#include "images/rasters/image.h"
+#include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
-#include "numerics/fileinfo.h"
-#include "numerics/safefile.h"
 
 namespace {
 

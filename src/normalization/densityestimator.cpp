@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "images/linearinterpolation.h"
-#include "images/voxelmatrix.h"
+#include "images/filters/linearinterpolation.h"
+#include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 #include "shapes/boundingbox.h"
 #include "shapes/grid.h"

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "numerics/vector.h"
+#include "progress/progresssubject.h"
 #include "shapes/masksurface.h"
-#include "shell/progress/progresssubject.h"
 
 template <class T>
 class BoundingBox;

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "shell/progress/progresssubject.h"
+#include "progress/progresssubject.h"
 
 template <class T>
 class ShapeSet;

@@ -14,9 +14,9 @@
 #include "normalization/targetshapesetgroupregistration.h"
 #include "normalization/targetshapesetgroupwarping.h"
 #include "numerics/exception.h"
+#include "progress/progresschain.h"
 #include "shapes/quadmesh.h"
 #include "shapes/shapeset.h"
-#include "shell/progress/progresschain.h"
 
 namespace {
 

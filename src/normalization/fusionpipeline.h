@@ -6,7 +6,7 @@
 #include "normalization/fusion.h"
 #include "normalization/shapesetgroup.h"
 #include "normalization/vrlfusionconfig.h"
-#include "shell/progress/progressproxy.h"
+#include "progress/progressproxy.h"
 
 template <class T>
 class ShapeSet;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "images/voxelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 #include "shapes/boundingbox.h"
 #include "shapes/shape.h"
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "images/voxelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 #include "numerics/rowkernels.h"
 #include "shapes/boundingbox.h"

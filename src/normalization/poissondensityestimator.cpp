@@ -4,7 +4,7 @@
 #include <cmath>
 #include <iostream>
 
-#include "images/voxelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 #include "shapes/boundingbox.h"
 #include "shapes/shapearithmetic.h"

@@ -4,7 +4,7 @@
 
 #include "numerics/squarematrix.h"
 #include "numerics/vector.h"
-#include "shell/progress/progresssubject.h"
+#include "progress/progresssubject.h"
 
 template <class T>
 class ShapeSet;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "numerics/vector.h"
-#include "shell/progress/progresssubject.h"
+#include "progress/progresssubject.h"
 
 template <class T>
 class Shape;

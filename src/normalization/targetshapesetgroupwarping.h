@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/progress/progresssubject.h"
+#include "progress/progresssubject.h"
 
 template <class T>
 class ShapeSet;

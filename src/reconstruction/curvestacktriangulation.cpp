@@ -6,7 +6,7 @@
 #include <numeric>
 
 #include "numerics/exception.h"
-#include "shell/progress/stopwatch.h"
+#include "progress/stopwatch.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "images/voxelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
+#include "progress/progresssubject.h"
 #include "shapes/trimesh.h"
-#include "shell/progress/progresssubject.h"
 
 /// Surface on which the voxels of a volume change from below a level to at or above it, by Marching Cubes 33.
 ///

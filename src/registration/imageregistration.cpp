@@ -1,6 +1,6 @@
 #include "registration/imageregistration.h"
 
-#include "images/pixelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 
 template <class T>

@@ -4,7 +4,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "images/pixelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "registration/principalaxesimageregistration.h"
 
-#include "images/pixelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
 #include "numerics/maths.h"
 #include "registration/matrixprincipalaxesanalysis.h"
 

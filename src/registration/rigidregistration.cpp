@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "document/values/registration.h"
 #include "numerics/exception.h"
+#include "values/registration.h"
 
 namespace {
 

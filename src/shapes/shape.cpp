@@ -6,9 +6,9 @@
 #include <sstream>
 #include <type_traits>
 
+#include "files/fileinfo.h"
+#include "files/safefile.h"
 #include "numerics/exception.h"
-#include "numerics/fileinfo.h"
-#include "numerics/safefile.h"
 #include "shapes/boundingbox.h"
 #include "shapes/curve.h"
 #include "shapes/curvestack.h"

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "images/derichegradient.h"
+#include "images/filters/derichegradient.h"
 #include "numerics/exception.h"
 #include "numerics/squarematrix.h"
 

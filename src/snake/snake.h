@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "images/pixelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
 #include "numerics/vector.h"
 #include "shapes/curve.h"
 #include "snake/snakeconfig.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/progress/progresssubject.h"
+#include "progress/progresssubject.h"
 #include "snake/snakeconfig.h"
 
 template <class T, class U>

@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "support/documentmaker.h"
 #include "document/stacksliceselectioninfo.h"
+#include "support/documentmaker.h"
 
 namespace {
 

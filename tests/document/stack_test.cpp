@@ -6,12 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include "images/files/imagesourcefile.h"
+#include "images/rasters/image.h"
+#include "images/volumes/voxelmatrix.h"
+#include "numerics/exception.h"
 #include "support/documentmaker.h"
 #include "support/fixedsource.h"
-#include "images/image.h"
-#include "images/imagesourcefile.h"
-#include "images/voxelmatrix.h"
-#include "numerics/exception.h"
 
 namespace {
 

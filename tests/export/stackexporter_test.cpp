@@ -1,14 +1,14 @@
-#include "document/export/stackexporter.h"
+#include "export/stackexporter.h"
 
 #include <fstream>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
-#include "document/export/savevolumeasstack.h"
 #include "document/stackreader.h"
-#include "images/image.h"
-#include "images/voxelmatrix.h"
+#include "export/savevolumeasstack.h"
+#include "images/rasters/image.h"
+#include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/quadmesh.h"

@@ -1,4 +1,4 @@
-#include "images/image.h"
+#include "images/rasters/image.h"
 #include "numerics/exception.h"
 
 #include <cstddef>

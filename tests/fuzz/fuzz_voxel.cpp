@@ -7,8 +7,8 @@
 
 #include <unistd.h>
 
-#include "images/voxelmatrix.h"
-#include "images/voxelmatrixheader.h"
+#include "images/files/voxelmatrixheader.h"
+#include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 
 namespace {

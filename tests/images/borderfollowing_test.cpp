@@ -1,4 +1,4 @@
-#include "images/thresholding.h"
+#include "images/regions/thresholding.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "images/pixelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
 #include "shapes/curve.h"
 #include "support/failures.h"
 #include "support/vectors.h"

@@ -1,4 +1,4 @@
-#include "images/colormap.h"
+#include "images/rasters/colormap.h"
 #include "numerics/exception.h"
 
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "images/componentlabelling.h"
+#include "images/regions/componentlabelling.h"
 
 #include <limits>
 #include <queue>
@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "images/pixelmatrix.h"
-#include "images/voxelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 #include "support/failures.h"
 #include "support/recordingmonitor.h"
 #include "support/volumes.h"

@@ -1,4 +1,4 @@
-#include "images/derichegradient.h"
+#include "images/filters/derichegradient.h"
 
 #include <cmath>
 #include <limits>

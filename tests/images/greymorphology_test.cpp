@@ -1,5 +1,5 @@
-#include "images/voxelmatrixdilatation.h"
-#include "images/voxelmatrixerosion.h"
+#include "images/filters/voxelmatrixdilatation.h"
+#include "images/filters/voxelmatrixerosion.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,7 +1,7 @@
-#include "images/colormapexpansion.h"
-#include "images/image.h"
-#include "images/imageconversion.h"
-#include "images/pixelmatrix.h"
+#include "images/rasters/colormapexpansion.h"
+#include "images/rasters/image.h"
+#include "images/rasters/imageconversion.h"
+#include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 #include "support/testimages.h"
 

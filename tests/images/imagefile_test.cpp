@@ -1,8 +1,8 @@
-#include "images/image.h"
-#include "images/imagereader.h"
-#include "images/imagewriter.h"
+#include "images/files/imagereader.h"
+#include "images/files/imagewriter.h"
+#include "images/rasters/image.h"
 #include "numerics/exception.h"
-#include "shell/progress/progressmonitor.h"
+#include "progress/progressmonitor.h"
 #include "support/temporaryfolder.h"
 #include "support/testimages.h"
 

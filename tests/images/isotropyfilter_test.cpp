@@ -1,4 +1,4 @@
-#include "images/isotropyfilter.h"
+#include "images/filters/isotropyfilter.h"
 
 #include <cmath>
 #include <type_traits>

@@ -1,4 +1,4 @@
-#include "images/meanfilter.h"
+#include "images/filters/meanfilter.h"
 
 #include <cstdint>
 #include <cstring>
@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "images/colormap.h"
+#include "images/rasters/colormap.h"
 #include "support/testimages.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "images/medianfilter.h"
+#include "images/filters/medianfilter.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
-#include "images/maxfilter.h"
-#include "images/minfilter.h"
+#include "images/filters/maxfilter.h"
+#include "images/filters/minfilter.h"
 
 #include <algorithm>
 #include <limits>

@@ -3,13 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include "images/colormap.h"
-#include "images/image.h"
-#include "images/linearinterpolation.h"
-#include "images/matrixresize.h"
-#include "images/nearestinterpolation.h"
-#include "images/resizexform.h"
-#include "images/volumeresize.h"
+#include "images/filters/linearinterpolation.h"
+#include "images/filters/matrixresize.h"
+#include "images/filters/nearestinterpolation.h"
+#include "images/filters/resizexform.h"
+#include "images/rasters/colormap.h"
+#include "images/rasters/image.h"
+#include "images/volumes/volumeresize.h"
 #include "numerics/exception.h"
 #include "support/volumes.h"
 

@@ -1,11 +1,11 @@
-#include "images/separablefilter.h"
+#include "images/filters/separablefilter.h"
 
 #include <cmath>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "images/gaussianfilter.h"
+#include "images/filters/gaussianfilter.h"
 #include "support/countingmonitor.h"
 #include "support/failures.h"
 #include "support/vectors.h"

@@ -1,4 +1,4 @@
-#include "images/sumfilter.h"
+#include "images/filters/sumfilter.h"
 
 #include <cmath>
 #include <limits>

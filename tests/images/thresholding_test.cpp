@@ -1,4 +1,4 @@
-#include "images/thresholding.h"
+#include "images/regions/thresholding.h"
 
 #include <cmath>
 #include <limits>
@@ -8,9 +8,9 @@
 
 #include <gtest/gtest.h>
 
-#include "images/isodatathresholding.h"
-#include "images/pixelmatrix.h"
-#include "images/voxelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
+#include "images/regions/isodatathresholding.h"
+#include "images/volumes/voxelmatrix.h"
 #include "support/failures.h"
 #include "support/recordingmonitor.h"
 #include "support/vectors.h"

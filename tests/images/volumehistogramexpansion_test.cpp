@@ -1,4 +1,4 @@
-#include "images/volumehistogramexpansion.h"
+#include "images/volumes/volumehistogramexpansion.h"
 
 #include <cmath>
 #include <limits>
@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "images/voxelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 #include "support/volumes.h"
 
 TEST(VolumeHistogramExpansion, stretchesRealsLinearly) {

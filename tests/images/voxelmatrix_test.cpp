@@ -1,4 +1,4 @@
-#include "images/voxelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 
 #include <cmath>
 #include <limits>

@@ -7,11 +7,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "numerics/ask4.h"
+#include "files/ask4.h"
+#include "files/fileinfo.h"
+#include "files/stringtools.h"
+#include "files/system.h"
 #include "numerics/exception.h"
-#include "numerics/fileinfo.h"
-#include "numerics/stringtools.h"
-#include "numerics/system.h"
 
 namespace {
 

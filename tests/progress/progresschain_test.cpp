@@ -1,4 +1,4 @@
-#include "shell/progress/progresschain.h"
+#include "progress/progresschain.h"
 
 #include <gtest/gtest.h>
 

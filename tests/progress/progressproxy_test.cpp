@@ -1,4 +1,4 @@
-#include "shell/progress/progressproxy.h"
+#include "progress/progressproxy.h"
 
 #include <gtest/gtest.h>
 

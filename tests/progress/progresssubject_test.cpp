@@ -1,4 +1,4 @@
-#include "shell/progress/progresssubject.h"
+#include "progress/progresssubject.h"
 
 #include <sstream>
 #include <stdexcept>

@@ -1,4 +1,4 @@
-#include "shell/progress/stopwatch.h"
+#include "progress/stopwatch.h"
 
 #include <ctime>
 #include <sstream>

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "images/pixelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 #include "support/failures.h"
 #include "support/volumes.h"

@@ -4,10 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include "document/values/registration.h"
-#include "images/pixelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 #include "support/volumes.h"
+#include "values/registration.h"
 
 namespace {
 

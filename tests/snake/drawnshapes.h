@@ -4,7 +4,7 @@
 #include <cmath>
 #include <random>
 
-#include "images/pixelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
 #include "shapes/curve.h"
 
 /// Ellipse on a pixel grid; pixel centres have whole coordinates.

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "images/derichegradient.h"
+#include "images/filters/derichegradient.h"
 #include "numerics/exception.h"
 #include "snake/drawnshapes.h"
 #include "support/failures.h"

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "shell/progress/progressmonitor.h"
-#include "shell/progress/progresssubject.h"
+#include "progress/progressmonitor.h"
+#include "progress/progresssubject.h"
 
 /// Counts what a computation reports, and cancels it when it is asked to.
 class CountingMonitor : public ProgressMonitor {

@@ -4,14 +4,14 @@
 #include <utility>
 #include <vector>
 
-#include "shell/session/vrleventclient.h"
-#include "shell/session/vrlmodelevent.h"
-#include "shell/session/vrlmodelitemevent.h"
-#include "shell/session/vrlposeevent.h"
-#include "shell/session/vrlpreferencesevent.h"
-#include "shell/session/vrlsliceevent.h"
-#include "shell/session/vrlsliceinsertiondeletionaction.h"
-#include "shell/session/vrlstackevent.h"
+#include "editing/actions/vrlsliceinsertiondeletionaction.h"
+#include "editing/bus/vrleventclient.h"
+#include "editing/bus/vrlmodelevent.h"
+#include "editing/bus/vrlmodelitemevent.h"
+#include "editing/bus/vrlposeevent.h"
+#include "editing/bus/vrlpreferencesevent.h"
+#include "editing/bus/vrlsliceevent.h"
+#include "editing/bus/vrlstackevent.h"
 
 /// Writes down the handlers that are called, by name, in order.
 class EventRecorder : public VRLEventClient {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "document/values/imagesource.h"
+#include "values/imagesource.h"
 
 /// An image source of a fixed size, without an image.
 class FixedSource : public ImageSource {

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "shell/widgets/vorlenapplication.h"
+#include "ui/widgets/vorlenapplication.h"
 
 // Drivers of OpenGL would be unloaded before a leak check, which could then not tell by their names what they keep.
 extern "C" int dlclose(void*) {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "images/voxelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 #include "reconstruction/marchingcube.h"
 #include "shapes/trimesh.h"
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "shell/progress/progressmonitor.h"
-#include "shell/progress/progresssubject.h"
+#include "progress/progressmonitor.h"
+#include "progress/progresssubject.h"
 
 /// Writes down what it hears, each as one text, and the subject that said it.
 class RecordingMonitor : public ProgressMonitor {

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <string>
 
-#include "images/image.h"
-#include "images/imagewriter.h"
+#include "images/files/imagewriter.h"
+#include "images/rasters/image.h"
 #include "support/temporaryfolder.h"
 
 /// A folder for stack descriptions and their images, which may lie in folders below it.

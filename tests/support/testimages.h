@@ -1,6 +1,6 @@
 #pragma once
 
-#include "images/image.h"
+#include "images/rasters/image.h"
 
 #include <cstdint>
 #include <string>

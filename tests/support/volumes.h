@@ -5,8 +5,8 @@
 #include <random>
 #include <vector>
 
-#include "images/pixelmatrix.h"
-#include "images/voxelmatrix.h"
+#include "images/rasters/pixelmatrix.h"
+#include "images/volumes/voxelmatrix.h"
 
 /// A matrix with the rows given, all of one length.
 template <class T>

@@ -1,8 +1,8 @@
-#include "document/values/imagesource.h"
+#include "values/imagesource.h"
 
 #include <gtest/gtest.h>
 
-#include "document/values/imagecolorcontent.h"
+#include "values/imagecolorcontent.h"
 
 namespace {
 

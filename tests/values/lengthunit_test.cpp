@@ -1,4 +1,4 @@
-#include "document/values/lengthunit.h"
+#include "values/lengthunit.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "document/values/pixelcalibration.h"
+#include "values/pixelcalibration.h"
 
 #include <gtest/gtest.h>
 

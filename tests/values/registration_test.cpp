@@ -1,4 +1,4 @@
-#include "document/values/registration.h"
+#include "values/registration.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,14 @@
+#include "editing/actions/vrlitemaction.h"
+
+#include "document/modelitem.h"
+#include "editing/bus/vrleventserver.h"
+#include "editing/bus/vrlmodelitemevent.h"
+
+bool VRLItemAction::concerns(const Model& model) const {
+    return __item->getModel() == &model;
+}
+
+void VRLItemAction::notifyVertices() const {
+    VRLModelItemVertexEvent event(__item);
+    VRLEventServer::notifyEvent(event);
+}

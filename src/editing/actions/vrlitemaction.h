@@ -1,0 +1,23 @@
+#pragma once
+
+#include "editing/history/vrlaction.h"
+
+class ModelItem;
+class VRLEvent;
+
+/// Base of the actions on one item, which is seen, not owned.
+class VRLItemAction : public VRLAction {
+public:
+    explicit VRLItemAction(ModelItem& item) : __item(&item) {}
+
+    ModelItem& getItem() const { return *__item; }
+
+    bool concerns(const Model& model) const override;
+
+protected:
+    /// Tells that the item's vertices have changed. Actions send without a sender.
+    void notifyVertices() const;
+
+private:
+    ModelItem* __item;
+};

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "editing/actions/vrlitemaction.h"
+#include "shapes/vertices.h"
+
+/// Appends vertices at the end.
+class VRLItemAppendPointsAction : public VRLItemAction {
+public:
+    using VRLItemAction::VRLItemAction;
+
+    /// Keeps a copy.
+    void setVertices(const Vertices<int>& vertices);
+    void apply() override;
+    void revert() override;
+    QString description(bool verbose) const override;
+
+private:
+    Vertices<int> __vertices;
+};

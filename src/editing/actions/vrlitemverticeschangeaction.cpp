@@ -1,0 +1,27 @@
+#include "editing/actions/vrlitemverticeschangeaction.h"
+
+#include "document/modelitem.h"
+
+void VRLItemVerticesChangeAction::setVertices(const Vertices<int>& vertices) {
+    __vertices = vertices;
+    __vertices.detach();
+}
+
+void VRLItemVerticesChangeAction::apply() {
+    VRLItemAction::apply();
+    exchange();
+}
+
+void VRLItemVerticesChangeAction::revert() {
+    VRLItemAction::revert();
+    exchange();
+}
+
+void VRLItemVerticesChangeAction::exchange() {
+    Vertices<int> present = getItem().getVertices();
+    present.detach();
+    getItem().setVertices(__vertices);
+    getItem().getSelection().set(true);
+    __vertices = present;
+    notifyVertices();
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "editing/actions/vrlitemaction.h"
+#include "shapes/vertices.h"
+
+/// Gives the item other vertices, all selected; they are exchanged with the stored ones each time.
+class VRLItemVerticesChangeAction : public VRLItemAction {
+public:
+    using VRLItemAction::VRLItemAction;
+
+    /// Keeps a copy.
+    void setVertices(const Vertices<int>& vertices);
+    void apply() override;
+    void revert() override;
+
+private:
+    void exchange();
+
+    Vertices<int> __vertices;
+};

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "editing/history/vrlaction.h"
+
+class Stack;
+
+/// Base of the actions on one model of a stack; both are seen.
+class VRLModelAction : public VRLAction {
+public:
+    VRLModelAction(Stack& stack, Model& model) : __stack(&stack), __model(&model) {}
+
+    Stack& getStack() const { return *__stack; }
+    Model& getModel() const { return *__model; }
+
+    bool concerns(const Model& model) const override { return &model == __model; }
+
+private:
+    Stack* __stack;
+    Model* __model;
+};

@@ -1,0 +1,21 @@
+#include "editing/actions/vrlremovevertexaction.h"
+
+#include "document/modelitem.h"
+#include "editing/actions/vrlinsertvertexaction.h"
+
+void VRLRemoveVertexAction::setIndex(int index) {
+    __index = index;
+    __vertex = getItem().getVertices()[index];
+}
+
+void VRLRemoveVertexAction::apply() {
+    VRLItemAction::apply();
+    getItem().removeVertex(__index);
+    notifyVertices();
+}
+
+void VRLRemoveVertexAction::revert() {
+    VRLItemAction::revert();
+    insertSelectedVertex(getItem(), __index, __vertex);
+    notifyVertices();
+}

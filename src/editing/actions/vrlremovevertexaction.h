@@ -1,0 +1,19 @@
+#pragma once
+
+#include "editing/actions/vrlitemaction.h"
+#include "numerics/vector.h"
+
+/// Removes a vertex. Undone, the vertex is selected as a new one is.
+class VRLRemoveVertexAction : public VRLItemAction {
+public:
+    using VRLItemAction::VRLItemAction;
+
+    /// Also keeps the vertex.
+    void setIndex(int index);
+    void apply() override;
+    void revert() override;
+
+private:
+    int __index = 0;
+    Vector<int> __vertex;
+};

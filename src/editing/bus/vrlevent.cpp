@@ -1,0 +1,3 @@
+#include "editing/bus/vrlevent.h"
+
+VRLEvent::~VRLEvent() = default;

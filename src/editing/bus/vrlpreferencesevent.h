@@ -1,0 +1,9 @@
+#pragma once
+
+#include "editing/bus/vrlevent.h"
+
+/// The user's preferences have changed.
+class VRLPreferencesEvent : public VRLEvent {
+public:
+    int type() const override { return Preferences; }
+};

@@ -1,0 +1,34 @@
+#include "editing/history/vrlaction.h"
+
+VRLAction::~VRLAction() = default;
+
+bool VRLAction::isNull() const {
+    return false;
+}
+
+bool VRLAction::operator==(const VRLAction&) const {
+    return false;
+}
+
+bool VRLAction::operator!=(const VRLAction& other) const {
+    return !(*this == other);
+}
+
+void VRLAction::apply() {
+    __reverted = false;
+}
+
+void VRLAction::revert() {
+    __reverted = true;
+}
+
+QString VRLAction::description(bool) const {
+    return "(No description available for this action)";
+}
+
+bool VRLAction::concerns(const Model&) const {
+    return false;
+}
+
+void VRLAction::forget(const Model&) {
+}

@@ -1,0 +1,128 @@
+#include "editing/history/vrlactionhistory.h"
+
+#include "editing/history/vrlaction.h"
+#include "editing/history/vrlactionlist.h"
+#include "numerics/exception.h"
+
+VRLActionHistory::VRLActionHistory(QObject* parent) : QObject(parent) {
+}
+
+VRLActionHistory::~VRLActionHistory() = default;
+
+void VRLActionHistory::openStep() {
+    if (__stepOpen)
+        throw UsageError("void VRLActionHistory::openStep()", "A step is already open");
+    __undoList.push_back(std::make_unique<VRLActionList>());
+    __stepOpen = true;
+}
+
+void VRLActionHistory::closeStep() {
+    if (!__stepOpen)
+        throw UsageError("void VRLActionHistory::closeStep()", "No open step to close");
+    __stepOpen = false;
+    if (__undoList.back()->isEmpty()) {
+        __undoList.pop_back();
+        return;
+    }
+    emit changed();
+    emit undoEnabled(true);
+}
+
+void VRLActionHistory::push(VRLAction* action, bool apply) {
+    std::unique_ptr<VRLAction> owned(action);
+    if (!__stepOpen)
+        throw UsageError("void VRLActionHistory::push(VRLAction*, const bool)",
+                         "No step was open prior to action insertion");
+    VRLActionList& step = *__undoList.back();
+    step.append(std::move(owned));
+    if (apply) {
+        try {
+            action->apply();
+        } catch (...) {
+            step.takeLast();
+            throw;
+        }
+    }
+    destroyRedoList();
+}
+
+void VRLActionHistory::undo() {
+    if (!isUndoable())
+        return;
+    __undoList.back()->revert();
+    __redoList.push_back(std::move(__undoList.back()));
+    __undoList.pop_back();
+    emit changed();
+    emit redoEnabled(true);
+    emit undoEnabled(isUndoable());
+}
+
+void VRLActionHistory::redo() {
+    if (!isRedoable())
+        return;
+    __redoList.back()->apply();
+    __undoList.push_back(std::move(__redoList.back()));
+    __redoList.pop_back();
+    emit changed();
+    emit undoEnabled(true);
+    emit redoEnabled(isRedoable());
+}
+
+bool VRLActionHistory::isUndoable() const {
+    return !__undoList.empty();
+}
+
+bool VRLActionHistory::isRedoable() const {
+    return !__redoList.empty();
+}
+
+QString VRLActionHistory::description(const Steps& steps, bool verbose, const QString& nothing) {
+    return steps.empty() || steps.back()->isEmpty() ? nothing : steps.back()->first().description(verbose);
+}
+
+QString VRLActionHistory::getUndoDescription(bool verbose) const {
+    return description(__undoList, verbose, "(Nothing to undo)");
+}
+
+QString VRLActionHistory::getRedoDescription(bool verbose) const {
+    return description(__redoList, verbose, "(Nothing to redo)");
+}
+
+// The latest steps go first: what an early step took out of the document may be named by a later one.
+void VRLActionHistory::destroyUndoList() {
+    while (!__undoList.empty())
+        __undoList.pop_back();
+    __stepOpen = false;
+    emit undoEnabled(false);
+}
+
+void VRLActionHistory::destroyRedoList() {
+    while (!__redoList.empty())
+        __redoList.pop_back();
+    emit redoEnabled(false);
+}
+
+void VRLActionHistory::clear() {
+    destroyUndoList();
+    destroyRedoList();
+    emit changed();
+}
+
+void VRLActionHistory::forget(const Model& model) {
+    // Actions own items that others name: nothing is deleted before all have been asked.
+    std::vector<std::unique_ptr<VRLAction>> concerned;
+    for (Steps* steps : {&__undoList, &__redoList})
+        for (auto step = steps->rbegin(); step != steps->rend(); ++step)
+            (*step)->takeConcerned(model, concerned);
+    concerned.clear();
+    for (Steps* steps : {&__undoList, &__redoList}) {
+        for (const auto& step : *steps)
+            step->forget(model);
+        const bool open = steps == &__undoList && __stepOpen;
+        const VRLActionList* const openStep = open ? steps->back().get() : nullptr;
+        std::erase_if(*steps, [openStep](const auto& step) { return step->isEmpty() && step.get() != openStep; });
+    }
+    emit changed();
+    emit undoEnabled(isUndoable());
+    emit redoEnabled(isRedoable());
+}

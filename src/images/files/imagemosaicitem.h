@@ -1,0 +1,37 @@
+#pragma once
+
+#include "images/rasters/imageheader.h"
+
+#include <memory>
+#include <string>
+
+class Image;
+
+/// Tile of an ImageMosaic: a file name, the path of its folder and the file's header.
+class ImageMosaicItem {
+public:
+    ImageMosaicItem() = default;
+    ImageMosaicItem(const ImageMosaicItem& item);
+    ImageMosaicItem& operator=(const ImageMosaicItem&) = delete;
+
+    /// Stores both and reads the header of the file in the folder; with an empty path name no header is read and
+    /// sizes and depth are 0. Throws what ImageReader throws, and then stays as it was.
+    void setFilename(const std::string& filename, const std::string& pathname);
+    const std::string& getFilename() const;
+    const std::string& getPathname() const;
+    /// Path name and file name joined directly: the path name is expected to end in a separator.
+    std::string completeFileName() const;
+
+    int getWidth() const;
+    int getHeight() const;
+    int getDepth() const;
+    const Colormap* getColormap() const;
+
+    /// Reads the image of completeFileName().
+    void load(Image& image) const;
+
+private:
+    std::string __filename;
+    std::string __pathname;
+    std::unique_ptr<ImageHeader> __header;
+};

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "images/filters/neighbourhoodfilter.h"
+#include "images/rasters/maskpixelmatrixprocessing.h"
+#include "images/volumes/maskvoxelmatrixprocessing.h"
+
+/// What MinFilter and MaxFilter share: replaces each element by the smallest (with greatest true, the greatest) of its
+/// window, in place: a square or cube of side 2h + 1, clipped at the border,
+/// so that a matrix of any size will do. A half size below 1 changes nothing.
+///
+/// With a mask, set before or given to apply(), the axes are filtered one after the other, and on each axis an element
+/// whose mask is 0 stays as it is and the others take the best of those elements of their window whose mask is not 0.
+/// A mask of another size is refused with SizeError before anything changes.
+///
+/// A run reports a step for each line of each axis. NaN compares false with everything: where a window holds one, the
+/// result is NaN or the best of others.
+///
+/// Compiled for short, unsigned short, int, unsigned int, float, double and long double.
+template <class T, bool greatest>
+class ExtremumFilter : public MaskPixelMatrixProcessing<T>,
+                       public MaskVoxelMatrixProcessing<T>,
+                       public NeighbourhoodFilter {
+public:
+    using MaskPixelMatrixProcessing<T>::setMask;
+    using MaskVoxelMatrixProcessing<T>::setMask;
+    /// Lets both masks go, that of matrices and that of volumes.
+    void unsetMask() override;
+
+    /// One line; out takes the size of in, and may be in. Throws SizeError on a mask of another size.
+    void apply(const Vector<T>& in, Vector<T>& out);
+    void apply(const Vector<T>& in, Vector<T>& out, const Vector<T>& mask);
+
+    /// With the mask that was set, if any.
+    void apply(PixelMatrix<T>& matrix) override;
+    void apply(VoxelMatrix<T>& volume) override;
+    void apply(PixelMatrix<T>& matrix, const PixelMatrix<T>& mask);
+    void apply(VoxelMatrix<T>& volume, const VoxelMatrix<T>& mask);
+
+private:
+    void __apply(PixelMatrix<T>& matrix, const PixelMatrix<T>* mask);
+    void __apply(VoxelMatrix<T>& volume, const VoxelMatrix<T>* mask);
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <vector>
+
+#include "images/filters/isotropyanalysis.h"
+#include "images/filters/neighbourhoodfilter.h"
+#include "images/volumes/voxelmatrixprocessing.h"
+
+/// Replaces each voxel by an index of how round the mass of its neighbourhood is, from 0 (flat or thin) to 1.
+///
+/// The neighbourhood is the cube of half size h, clipped to the volume; its values are taken for masses at their
+/// offsets from the centre, of which the covariance matrix is formed. With D its determinant and t its trace the
+/// analysis 1, the default, gives D (3 / t)^3; analysis 0 gives the ratio of the smallest to the greatest eigenvalue;
+/// any other 0. An index is 0 where the mass, the determinant or the index itself lies below the tolerance, epsilon (2h
+/// + 1)^3, and a voxel of value 0 stays 0. With a half size below 1 the volume stays.
+///
+/// The ten moments of a cube are separable: sums over planes, of them over rows, of them over columns, each with the
+/// powers of its offset, cost 19 (2h + 1) multiplications for a voxel. (To form each slab's moments anew as the window
+/// moves would cost 6 (2h + 1)^2.) Moments of float are formed in double. No sum is carried on from one window to the
+/// next, so that no rounding is.
+///
+/// A run reports a step for each plane. It stops when it is cancelled, before any voxel has changed, and says so by
+/// notifyCanceled() in place of notifyFinished().
+///
+/// Compiled for float, double and long double.
+template <class T>
+class IsotropyFilter : public NeighbourhoodFilter, public VoxelMatrixProcessing<T> {
+public:
+    IsotropyFilter();
+
+    /// Sets the tolerance with it. Below 0 counts as 0 there.
+    void setHalfSize(int halfSize) override;
+    void setAnalysis(IsotropyAnalysis analysis) { __analysis = analysis; }
+    IsotropyAnalysis getAnalysis() const { return __analysis; }
+
+    void apply(VoxelMatrix<T>& volume) override;
+
+private:
+    T __tolerance = T(0);
+    IsotropyAnalysis __analysis = SphericityAnalysis;
+};

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "images/filters/interpolation.h"
+
+/// Takes the element nearest to the position: each coordinate plus one half, rounded down.
+template <class T>
+class NearestInterpolation : public Interpolation<T> {
+public:
+    using Interpolation<T>::eval;
+    T eval(float x1, float x2, const PixelMatrix<T>& matrix) const override;
+    T eval(float x1, float x2, float x3, const VoxelMatrix<T>& volume) const override;
+};

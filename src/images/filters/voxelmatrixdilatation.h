@@ -1,0 +1,10 @@
+#pragma once
+
+#include "images/filters/greymorphology.h"
+
+/// Grey-level dilation of a volume: each voxel becomes the greatest of the voxels under the structuring element, plus
+/// the element there. See GreyMorphology.
+///
+/// Compiled for short, unsigned short, int, unsigned int, float, double and long double.
+template <class T>
+class VoxelMatrixDilatation : public GreyMorphology<T, true> {};

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "images/filters/greymorphology.h"
+
+/// Grey-level erosion of a volume: each voxel becomes the smallest of the voxels under the structuring element, less
+/// the element there. See GreyMorphology.
+///
+/// Compiled for short, unsigned short, int, unsigned int, float, double and long double.
+template <class T>
+class VoxelMatrixErosion : public GreyMorphology<T, false> {};

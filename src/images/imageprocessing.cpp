@@ -1,3 +1,0 @@
-#include "images/imageprocessing.h"
-
-ImageProcessing::~ImageProcessing() = default;

@@ -1,7 +1,0 @@
-#pragma once
-
-#include "images/extremumfilter.h"
-
-/// Replaces each element by the greatest of its square or cubic window; see ExtremumFilter.
-template <class T>
-class MaxFilter : public ExtremumFilter<T, true> {};

@@ -1,7 +1,0 @@
-#pragma once
-
-#include "images/extremumfilter.h"
-
-/// Replaces each element by the smallest of its square or cubic window; see ExtremumFilter.
-template <class T>
-class MinFilter : public ExtremumFilter<T, false> {};

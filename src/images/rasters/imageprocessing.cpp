@@ -1,0 +1,3 @@
+#include "images/rasters/imageprocessing.h"
+
+ImageProcessing::~ImageProcessing() = default;

@@ -1,3 +1,0 @@
-#include "shell/session/vrlevent.h"
-
-VRLEvent::~VRLEvent() = default;

@@ -1,9 +1,0 @@
-#pragma once
-
-#include "shell/session/vrlevent.h"
-
-/// The user's preferences have changed.
-class VRLPreferencesEvent : public VRLEvent {
-public:
-    int type() const override { return Preferences; }
-};

@@ -1,0 +1,117 @@
+#include "ui/analysis/vrlanalysiswindow.h"
+
+#include <cmath>
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QScreen>
+#include <QSettings>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+#include "editing/stacks/vrlstack.h"
+#include "ui/analysis/vrlanalysiswindowmediator.h"
+#include "ui/analysis/vrlmodelanalysiswidget.h"
+#include "ui/analysis/vrlmodelitemanalysiswidget.h"
+#include "ui/analysis/vrlsliceanalysistable.h"
+#include "ui/icons/vrlicons.h"
+#include "ui/session/vrlconfig.h"
+
+namespace {
+
+/// Two thirds of the screen's width and height.
+QSize defaultSize() {
+    const QSize screen = QGuiApplication::primaryScreen()->size();
+    return {int(std::lround(screen.width() * 2 / 3.0)), int(std::lround(screen.height() * 2 / 3.0))};
+}
+
+QString counted(int number, const QString& singular) {
+    return QString::number(number) + ' ' + singular + (number == 1 ? "" : "s");
+}
+
+} // namespace
+
+VRLAnalysisWindow::VRLAnalysisWindow() {
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowTitle(QString(appName) + " - Analysis");
+    setWindowIcon(VRLIcons::logo());
+    __mediator = new VRLAnalysisWindowMediator(this);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    buildSheets();
+    buildMenus();
+    __mediator->initialize();
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &QObject::deleteLater);
+    restoreGeometryFromSettings();
+    show();
+}
+
+void VRLAnalysisWindow::buildSheets() {
+    auto* tabs = new QTabWidget(this);
+    auto* items = new VRLModelItemAnalysisWidget(tabs);
+    auto* slices = new VRLSliceAnalysisTable(tabs);
+    auto* models = new VRLModelAnalysisWidget(tabs);
+    tabs->setDocumentMode(true);
+    tabs->setTabToolTip(tabs->addTab(items, "Items"), "Displays analysis of 2D individual items");
+    tabs->setTabToolTip(tabs->addTab(slices, "Slices"), "Displays analysis of 2D slices contents");
+    tabs->setTabToolTip(tabs->addTab(models, "Models"), "Displays analysis of 3D models");
+    __stackLabel = new QLabel(tabs);
+    __stackLabel->setContentsMargins(8, 0, 8, 6);
+    __stackLabel->setTextFormat(Qt::PlainText);
+    __stackLabel->setToolTip("The stack as it was when this window was opened");
+    tabs->setCornerWidget(__stackLabel);
+    layout()->addWidget(tabs);
+    __mediator->setModelItemAnalysisWidget(*items);
+    __mediator->setSliceAnalysisTable(*slices);
+    __mediator->setModelAnalysisWidget(*models);
+}
+
+void VRLAnalysisWindow::buildMenus() {
+    auto* menuBar = new QMenuBar(this);
+    QMenu* file = menuBar->addMenu("File");
+    QAction* close = file->addAction("Close");
+    close->setShortcut(Qt::CTRL | Qt::Key_W);
+    connect(close, &QAction::triggered, this, &QWidget::close);
+    QAction* save = file->addAction("Save ...");
+    save->setShortcut(Qt::CTRL | Qt::Key_S);
+    save->setToolTip("Saves the sheet in front as tab-separated text");
+    connect(save, &QAction::triggered, __mediator, &VRLAnalysisWindowMediator::saveCurrentSheet);
+    QMenu* edit = menuBar->addMenu("Edit");
+    QAction* copy = edit->addAction("Copy");
+    copy->setShortcut(Qt::CTRL | Qt::Key_C);
+    copy->setToolTip("Copies the selected cells with their headers");
+    connect(copy, &QAction::triggered, __mediator, &VRLAnalysisWindowMediator::copySelection);
+    file->setToolTipsVisible(true);
+    edit->setToolTipsVisible(true);
+    layout()->setMenuBar(menuBar);
+}
+
+void VRLAnalysisWindow::restoreGeometryFromSettings() {
+    const QSettings settings;
+    const QPoint position = settings.value("analysisWindow/pos", QPoint(0, 0)).toPoint();
+    const QSize size = settings.value("analysisWindow/size", defaultSize()).toSize();
+    const bool onScreen = QGuiApplication::screenAt(position + QPoint(size.width() / 2, 0)) != nullptr;
+    move(onScreen ? position : QPoint(0, 0));
+    resize(size);
+}
+
+void VRLAnalysisWindow::setStack(const VRLStack& stack) {
+    __stackLabel->setText(QString::fromStdString(stack.getName()) + ": " + counted(stack.getNumSlices(), "slice") +
+                          ", " + counted(stack.getNumModels(), "model"));
+    __mediator->setStack(stack);
+}
+
+void VRLAnalysisWindow::moveEvent(QMoveEvent* event) {
+    QWidget::moveEvent(event);
+    QSettings().setValue("analysisWindow/pos", pos());
+}
+
+void VRLAnalysisWindow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    QSettings().setValue("analysisWindow/size", size());
+}

@@ -1,0 +1,61 @@
+/// The windowed program. Its arguments are stack description files to open at the start.
+
+#include <iostream>
+
+#include <QStringList>
+
+#include "editing/bus/vrlexception.h"
+#include "editing/stacks/vrlstackserver.h"
+#include "ui/app/vrlrootwindow.h"
+#include "ui/session/vrlpreferences.h"
+#include "ui/session/vrlrecovery.h"
+#include "ui/session/vrlsettings.h"
+#include "ui/widgets/vorlenapplication.h"
+
+namespace {
+
+int run(const QStringList& arguments) {
+    VRLRecovery recovery;
+    auto* window = new VRLRootWindow; // deletes itself when it is closed
+    for (const QString& argument : arguments.mid(1))
+        window->startupOpenStack(argument.toLocal8Bit().toStdString());
+    window->startupRecover(recovery);
+    recovery.start();
+    return QApplication::exec();
+}
+
+template <class Report>
+int failed(Report&& report) {
+    std::cout << "*** Exception ***\n";
+    report();
+    std::cout << std::endl;
+    return 0;
+}
+
+int runReportingFailures(const QStringList& arguments) {
+    try {
+        return run(arguments);
+    } catch (const VRLException& failure) {
+        return failed([&failure] { std::cout << static_cast<const Exception&>(failure); });
+    } catch (const Exception& failure) {
+        return failed([&failure] { std::cout << failure; });
+    } catch (const std::exception& failure) {
+        return failed([&failure] { std::cout << failure.what(); });
+    } catch (...) {
+        return failed([] { std::cout << "No details available"; });
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    VorlenApplication application(argc, argv);
+    QApplication::setDesktopFileName("vorlen");
+    VRLSettings::settings.load();
+    VRLPreferences::load();
+    QObject::connect(&application, &QApplication::lastWindowClosed, &application, &QApplication::quit);
+    const int status = runReportingFailures(QApplication::arguments());
+    VRLSettings::settings.save();
+    VRLPreferences::save();
+    return status;
+}

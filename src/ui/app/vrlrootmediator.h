@@ -1,0 +1,135 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include <QObject>
+
+#include "editing/bus/vrleventclient.h"
+#include "ui/slices/canvasmode.h"
+
+class QAction;
+class QActionGroup;
+class QMenu;
+class QMenuBar;
+class QToolBar;
+class StackSlice;
+class VRLMenu;
+class VRLRootSliceEditWidget;
+class VRLRootStatusBar;
+class VRLRootWindow;
+class VRLSliceListWidget;
+class VRLStack;
+class VRLStackIO;
+class VRLStackListWidget;
+
+/// The commands of a root window, and what is current in it: a stack and a slice of it, or none.
+///
+/// Commands whose part of the program is not there yet are disabled. A command that fails shows a message and leaves
+/// the document as it was.
+class VRLRootMediator : public QObject, public VRLEventClient {
+    Q_OBJECT
+
+public:
+    explicit VRLRootMediator(VRLRootWindow& window);
+    ~VRLRootMediator() override;
+
+    /// Called by the window in this order, and initialize() last.
+    void setMenuBar(QMenuBar& menuBar);
+    void setStackListWidget(VRLStackListWidget& list);
+    void setSliceListWidget(VRLSliceListWidget& list);
+    void setToolBar(QToolBar& toolBar);
+    void setRootWidget(VRLRootSliceEditWidget& widget);
+    void setStatusBar(VRLRootStatusBar& statusBar);
+    void initFileMenu(QMenu& menu);
+    void initEditMenu(QMenu& menu);
+    void initProcessMenu(QMenu& menu);
+    void initAnalyzeMenu(QMenu& menu);
+    void initialize();
+
+    VRLStack* currentStack() const { return __stack; }
+    StackSlice* currentSlice() const { return __slice; }
+    /// Whether something is drawn or edited, in this window or in another.
+    bool isLocked() const { return __locked; }
+
+    /// The command of this text; null when there is none.
+    QAction* action(const QString& text) const;
+
+    /// Enables the commands that make sense now.
+    void updateActions();
+
+    void stackOpenEvent(VRLStackOpenEvent& event) override;
+    void stackCloseEvent(VRLStackCloseEvent& event) override;
+    void stackNameEvent(VRLStackNameEvent& event) override;
+    void stackFileNameEvent(VRLStackFileNameEvent& event) override;
+    void stackModifyEvent(VRLStackModifyEvent& event) override;
+    void sliceAnnotationEvent(VRLSliceAnnotationEvent& event) override;
+    void sliceLockEvent(VRLSliceLockEvent& event) override;
+    void sliceNameEvent(VRLSliceNameEvent& event) override;
+    void processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) override;
+
+public slots:
+    /// Makes the stack current, and a slice of it: the given one, else the one that was segmented last, else the first.
+    void setStack(VRLStack& stack, StackSlice* slice = nullptr);
+    void setSlice(StackSlice& slice);
+
+    void createStack();
+    void createStackFromFile();
+    void openStack();
+    void openStack(const QString& file);
+    void updateRecentFilesMenu();
+    void saveStack();
+    void saveStackAs();
+    void closeStack();
+    void closeAllStacks();
+    void undo();
+    void redo();
+    void runStackModelsDialog();
+    void insertSlice();
+    void deleteSlice();
+    void runStackPropertiesDialog();
+    void runSlicePropertiesDialog();
+    void runStackAnnotationDialog();
+    void runSliceAnnotationDialog();
+    void runPreferencesDialog();
+    void renderCurrentStack();
+    void runAnalysis();
+    /// Lists, for each open stack, how far the points of the model "spotBarycenters" lie from the surface of the model
+    /// "cell". Stacks where this cannot be told are named in a message.
+    void runOmbrelAction1();
+    void setFirstSlice();
+    void setLastSlice();
+    void setNextSlice();
+    void setPreviousSlice();
+    void sliceSelectionChange();
+    void stackSelectionChange();
+    void stackHistoryChange();
+    void setCanvasMode(CanvasMode mode);
+    void lockRequest(const bool on);
+
+private:
+    QAction* addAction(const QString& text, const QString& icon, const QString& shortcut, const QString& toolTip,
+                       std::function<void()> command);
+    void enable(const QString& text, bool enabled);
+    void enableActions(bool enabled);
+    void clearCurrentStack();
+    void updateStatusBarDisplay();
+    void reloadSlices(int position);
+    void guarded(const QString& task, const std::function<void()>& command);
+    void withStackIO(const QString& task, const std::function<VRLStack*(VRLStackIO&)>& command);
+    void goTo(int position);
+
+    VRLRootWindow& __window;
+    VRLStack* __stack = nullptr;
+    StackSlice* __slice = nullptr;
+    StackSlice* __lockedSlice = nullptr; // by this window
+    VRLStackListWidget* __stackList = nullptr;
+    VRLSliceListWidget* __sliceList = nullptr;
+    QToolBar* __toolBar = nullptr;
+    VRLRootSliceEditWidget* __sliceWidget = nullptr;
+    VRLRootStatusBar* __statusBar = nullptr;
+    VRLMenu* __recentFilesMenu = nullptr;
+    QActionGroup* __viewGroup = nullptr;
+    QList<QAction*> __actions;
+    bool __locked = false;
+};

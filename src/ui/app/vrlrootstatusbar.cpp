@@ -1,0 +1,133 @@
+#include "ui/app/vrlrootstatusbar.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QStatusBar>
+#include <QToolButton>
+
+#include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+
+namespace {
+
+QLineEdit* nameField(const QString& accessibleName, QWidget* parent) {
+    auto* field = new QLineEdit(parent);
+    field->setReadOnly(true);
+    field->setFixedWidth(100);
+    field->setAccessibleName(accessibleName);
+    return field;
+}
+
+QLabel* fieldLabel(const QString& text, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setFixedSize(label->sizeHint());
+    return label;
+}
+
+QToolButton* annotationButton(QWidget* parent) {
+    auto* button = new QToolButton(parent);
+    button->setAutoRaise(true);
+    return button;
+}
+
+void processPaintEvents() {
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+} // namespace
+
+VRLRootStatusBar::VRLRootStatusBar(QWidget* parent) : QFrame(parent) {
+    __stack = nameField("Current stack", this);
+    __annotateStack = annotationButton(this);
+    __slice = nameField("Current slice", this);
+    __annotateSlice = annotationButton(this);
+    __statusBar = new QStatusBar(this);
+    __statusBar->setSizeGripEnabled(false);
+    __sliceStatusBar = new VRLSliceEditWidgetStatusBar(this);
+    __sliceStatusBar->setSizeGripEnabled(false);
+    __sliceStatusBar->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed); // its labels are never cut
+    __progressBar = new QProgressBar(this);
+    __progressBar->setFixedWidth(150);
+    __progressBar->setRange(0, 100);
+    __progressBar->setAccessibleName("Progress");
+
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(2, 2, 2, 2);
+    layout->setSpacing(2);
+    layout->addWidget(fieldLabel("Stack", this), 0, Qt::AlignCenter);
+    layout->addWidget(__stack, 0, Qt::AlignCenter);
+    layout->addWidget(__annotateStack);
+    layout->addSpacing(3);
+    layout->addWidget(fieldLabel("Slice", this), 0, Qt::AlignCenter);
+    layout->addWidget(__slice, 0, Qt::AlignCenter);
+    layout->addWidget(__annotateSlice);
+    layout->addSpacing(5);
+    layout->addWidget(__statusBar, 1);
+    layout->addWidget(__sliceStatusBar);
+    layout->addWidget(__progressBar);
+}
+
+void VRLRootStatusBar::setStackAnnotationAction(QAction* action) {
+    __annotateStack->setDefaultAction(action);
+}
+
+void VRLRootStatusBar::setSliceAnnotationAction(QAction* action) {
+    __annotateSlice->setDefaultAction(action);
+}
+
+void VRLRootStatusBar::setStack(const QString& name) {
+    __stack->setText(name);
+    __stack->setCursorPosition(0);
+    __stack->setToolTip(name);
+}
+
+void VRLRootStatusBar::setSlice(const QString& name) {
+    __slice->setText(name);
+    __slice->setCursorPosition(0);
+    __slice->setToolTip(name);
+}
+
+void VRLRootStatusBar::setMessage(const QString& message) {
+    __statusBar->showMessage(message);
+}
+
+void VRLRootStatusBar::setMessage(const QString& message, int timeoutMilliseconds) {
+    __statusBar->showMessage(message, timeoutMilliseconds);
+}
+
+QString VRLRootStatusBar::message() const {
+    return __statusBar->currentMessage();
+}
+
+void VRLRootStatusBar::subjectStarted(const std::string& text) {
+    setMessage(QString::fromStdString(text));
+    processPaintEvents();
+}
+
+void VRLRootStatusBar::subjectFinished(const std::string& text) {
+    __progressBar->reset();
+    __sinceUpdate.invalidate();
+    if (!text.empty())
+        setMessage(QString::fromStdString(text), 2000);
+}
+
+void VRLRootStatusBar::subjectProgressed(const std::string& text) {
+    subjectStarted(text);
+}
+
+void VRLRootStatusBar::subjectProgressed(unsigned int current, unsigned int total) {
+    const int value = total > 0 ? static_cast<int>(std::lround(100.0 * current / total)) : 0;
+    if (value == __progressBar->value() || (__sinceUpdate.isValid() && __sinceUpdate.elapsed() < __pause))
+        return;
+    __progressBar->setValue(value);
+    __sinceUpdate.start();
+    processPaintEvents();
+    // A repaint of the window is dear where the graphics are made by software: it may take a fifth of the time.
+    __pause = std::max<qint64>(40, 4 * __sinceUpdate.elapsed());
+    __sinceUpdate.start();
+}

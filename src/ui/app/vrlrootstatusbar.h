@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QFrame>
+
+#include "progress/progressmonitor.h"
+
+class QAction;
+class QLineEdit;
+class QProgressBar;
+class QStatusBar;
+class QToolButton;
+class VRLSliceEditWidgetStatusBar;
+
+/// Status bar of a root window: the current stack and slice, messages, what the slice view tells, and progress.
+///
+/// While a subject reports, the window keeps painting and no command can start.
+class VRLRootStatusBar : public QFrame, public ProgressMonitor {
+    Q_OBJECT
+
+public:
+    explicit VRLRootStatusBar(QWidget* parent = nullptr);
+
+    /// The commands of the buttons beside the names.
+    void setStackAnnotationAction(QAction* action);
+    void setSliceAnnotationAction(QAction* action);
+
+    void setStack(const QString& name);
+    void setSlice(const QString& name);
+
+    /// Until the next message, or for so many milliseconds.
+    void setMessage(const QString& message);
+    void setMessage(const QString& message, int timeoutMilliseconds);
+    QString message() const;
+
+    VRLSliceEditWidgetStatusBar& getSliceEditWidgetStatusBar() { return *__sliceStatusBar; }
+    QProgressBar& progressBar() { return *__progressBar; }
+
+    using ProgressMonitor::subjectFinished;
+    using ProgressMonitor::subjectProgressed;
+    using ProgressMonitor::subjectStarted;
+    void subjectStarted(const std::string& text) override;
+    void subjectFinished(const std::string& text) override;
+    void subjectProgressed(const std::string& text) override;
+    void subjectProgressed(unsigned int current, unsigned int total) override;
+
+private:
+    QLineEdit* __stack;
+    QToolButton* __annotateStack;
+    QLineEdit* __slice;
+    QToolButton* __annotateSlice;
+    QStatusBar* __statusBar;
+    VRLSliceEditWidgetStatusBar* __sliceStatusBar;
+    QProgressBar* __progressBar;
+    QElapsedTimer __sinceUpdate; // of the progress bar
+    qint64 __pause = 0;          // to the next one, in milliseconds
+};

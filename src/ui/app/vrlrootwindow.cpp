@@ -1,0 +1,277 @@
+#include "ui/app/vrlrootwindow.h"
+
+#include <cmath>
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QDialog>
+#include <QFile>
+#include <QFrame>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPushButton>
+#include <QScreen>
+#include <QSettings>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "ui/app/vrlaboutwidget.h"
+#include "ui/app/vrlrootbrowser.h"
+#include "ui/app/vrlrootmediator.h"
+#include "ui/app/vrlrootstatusbar.h"
+#include "ui/files/vrlstackio.h"
+#include "ui/icons/vrlicons.h"
+#include "ui/session/vrlconfig.h"
+#include "ui/slices/vrlrootsliceeditwidget.h"
+#include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/widgets/vrlsplitter.h"
+
+namespace {
+
+const QUrl homepage("https://example.org/vorlen");
+const QUrl manual("https://example.org/vorlen/manual.pdf");
+const QUrl mailingList("https://example.org/vorlen/list");
+
+QAction* addToggle(QMenu& menu, const QString& text, const QString& settingsKey, QWidget& part) {
+    QAction* action = menu.addAction(text);
+    action->setCheckable(true);
+    const bool visible = QSettings().value(settingsKey, true).toBool();
+    action->setChecked(visible);
+    part.setVisible(visible);
+    return action;
+}
+
+/// Two thirds of the screen's width and height.
+QSize defaultSize() {
+    const QSize screen = QGuiApplication::primaryScreen()->size();
+    return {static_cast<int>(std::lround(screen.width() * 2 / 3.0)),
+            static_cast<int>(std::lround(screen.height() * 2 / 3.0))};
+}
+
+} // namespace
+
+int VRLRootWindow::__numRootWindows = 0;
+bool VRLRootWindow::__uponQuitting = false;
+
+/// A line for the hints of the slice editor, which have no room beside the fields of its status bar.
+QLabel* VRLRootWindow::newHintLine(QWidget* parent) {
+    auto* line = new QLabel(parent);
+    line->setContentsMargins(6, 2, 6, 2);
+    line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // no hint widens the window
+    line->setAccessibleName("Hint");
+    connect(&__statusBar->getSliceEditWidgetStatusBar(), &QStatusBar::messageChanged, line,
+            [line](const QString& hint) {
+                line->setText(hint);
+                line->setToolTip(hint);
+            });
+    return line;
+}
+
+VRLRootWindow::VRLRootWindow() {
+    ++__numRootWindows;
+    auto* menuBar = new QMenuBar(this);
+    __toolBar = new QToolBar(this);
+    __toolBar->setIconSize(toolBarIconSize);
+    __statusBar = new VRLRootStatusBar(this);
+    __browser = new VRLRootBrowser(this);
+    __sliceWidget = new VRLRootSliceEditWidget(this);
+    __mediator = new VRLRootMediator(*this);
+
+    __mediator->setMenuBar(*menuBar);
+    __mediator->setStackListWidget(__browser->stackList());
+    __mediator->setSliceListWidget(__browser->sliceList());
+    __mediator->setToolBar(*__toolBar);
+    __mediator->setRootWidget(*__sliceWidget);
+    __mediator->setStatusBar(*__statusBar);
+
+    QMenu* file = menuBar->addMenu("File");
+    QMenu* edit = menuBar->addMenu("Edit");
+    QMenu* process = menuBar->addMenu("Process");
+    QMenu* analyze = menuBar->addMenu("Analyze");
+    QMenu* showMenu = menuBar->addMenu("Show");
+    QMenu* help = menuBar->addMenu("Help");
+    __mediator->initFileMenu(*file);
+    __mediator->initEditMenu(*edit);
+    __mediator->initProcessMenu(*process);
+    __mediator->initAnalyzeMenu(*analyze);
+    __mediator->initialize();
+    for (QMenu* menu : {file, edit, process, analyze})
+        menu->setToolTipsVisible(true);
+
+    connect(addToggle(*showMenu, "Tool bar", "rootWindow/toolBarVisible", *__toolBar), &QAction::triggered, this,
+            &VRLRootWindow::toggleToolBar);
+    connect(addToggle(*showMenu, "Browser", "rootWindow/browserVisible", *__browser), &QAction::triggered, this,
+            &VRLRootWindow::toggleBrowser);
+    connect(addToggle(*showMenu, "Status bar", "rootWindow/statusBarVisible", *__statusBar), &QAction::triggered, this,
+            &VRLRootWindow::toggleStatusBar);
+    connect(help->addAction("Vorlen Homepage [web]"), &QAction::triggered, this, &VRLRootWindow::openHomepage);
+    connect(help->addAction("Vorlen Manual [web]"), &QAction::triggered, this, &VRLRootWindow::openPDFManual);
+    connect(help->addAction("Subscribe mailing list [web]"), &QAction::triggered, this,
+            &VRLRootWindow::subscribeMailingList);
+    help->addSeparator();
+    connect(help->addAction("About Vorlen"), &QAction::triggered, this, &VRLRootWindow::about);
+
+    auto* views = new QFrame(this);
+    auto* viewsLayout = new QVBoxLayout(views);
+    viewsLayout->setContentsMargins(0, 0, 0, 0);
+    viewsLayout->setSpacing(0);
+    viewsLayout->addWidget(__sliceWidget, 1);
+    viewsLayout->addWidget(newHintLine(views));
+    auto* splitter = new VRLSplitter("rootWindowSplitter", Qt::Horizontal, this);
+    splitter->setChildrenCollapsible(false);
+    splitter->addWidget(__browser, 250);
+    splitter->addWidget(views, 750);
+    splitter->restore();
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->setMenuBar(menuBar);
+    layout->addWidget(__toolBar);
+    layout->addWidget(splitter, 1);
+    layout->addWidget(__statusBar);
+
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &QObject::deleteLater);
+    const QSettings settings;
+    const QPoint position = settings.value("rootWindow/pos", QPoint(0, 0)).toPoint();
+    const QSize size = settings.value("rootWindow/size", defaultSize()).toSize();
+    move(position);
+    resize(size);
+    setWindowIcon(VRLIcons::logo());
+    setWindowFlag(Qt::Window);
+    setAttribute(Qt::WA_DeleteOnClose);
+    show();
+    setTitle("");
+    setAcceptDrops(true);
+    __statusBar->setMessage("Ready.", 2000);
+}
+
+VRLRootWindow::~VRLRootWindow() {
+    --__numRootWindows;
+}
+
+void VRLRootWindow::startupOpenStack(const std::string& file) {
+    __mediator->openStack(QFile::decodeName(file.c_str()));
+}
+
+void VRLRootWindow::startupRecover(VRLRecovery& recovery) {
+    VRLStackIO io(this);
+    io.addMonitor(*__statusBar);
+    if (VRLStack* stack = io.recoverStacks(recovery))
+        __mediator->setStack(*stack);
+}
+
+void VRLRootWindow::setTitle(const std::string& text) {
+    setWindowTitle(text.empty() ? QString(appName) : QString::fromStdString(text) + " - " + appName);
+}
+
+void VRLRootWindow::newWindow() {
+    new VRLRootWindow; // deletes itself when it is closed
+}
+
+void VRLRootWindow::toggle(QWidget& part, const QString& settingsKey) {
+    part.setVisible(part.isHidden());
+    QSettings().setValue(settingsKey, !part.isHidden());
+}
+
+void VRLRootWindow::toggleBrowser() {
+    toggle(*__browser, "rootWindow/browserVisible");
+}
+
+void VRLRootWindow::toggleToolBar() {
+    toggle(*__toolBar, "rootWindow/toolBarVisible");
+}
+
+void VRLRootWindow::toggleStatusBar() {
+    toggle(*__statusBar, "rootWindow/statusBarVisible");
+}
+
+void VRLRootWindow::openHomepage() {
+    QDesktopServices::openUrl(homepage);
+}
+
+void VRLRootWindow::openPDFManual() {
+    QDesktopServices::openUrl(manual);
+}
+
+void VRLRootWindow::subscribeMailingList() {
+    QDesktopServices::openUrl(mailingList);
+}
+
+void VRLRootWindow::quit() {
+    __statusBar->setMessage("Exiting application...");
+    if (!confirmQuit()) {
+        __statusBar->setMessage("Exit canceled", 1000);
+        return;
+    }
+    __uponQuitting = true;
+    QCoreApplication::exit(0); // the windows go with it, and are not asked once more
+}
+
+bool VRLRootWindow::confirmQuit() {
+    VRLStackIO io(this);
+    io.addMonitor(*__statusBar);
+    return io.closeAllStacks();
+}
+
+void VRLRootWindow::about() {
+    QDialog dialog(this);
+    dialog.setWindowTitle(QString("About ") + appName);
+    auto* ok = new QPushButton(" OK ", &dialog);
+    connect(ok, &QPushButton::clicked, &dialog, &QDialog::accept);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(new VRLAboutWidget(&dialog));
+    layout->addWidget(ok, 0, Qt::AlignHCenter);
+    dialog.exec();
+}
+
+void VRLRootWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasUrls() && !__mediator->isLocked())
+        event->acceptProposedAction();
+}
+
+void VRLRootWindow::dropEvent(QDropEvent* event) {
+    if (__mediator->isLocked())
+        return event->ignore();
+    for (const QUrl& url : event->mimeData()->urls())
+        __mediator->openStack(url.toLocalFile());
+    event->acceptProposedAction();
+}
+
+void VRLRootWindow::moveEvent(QMoveEvent* event) {
+    QWidget::moveEvent(event);
+    QSettings().setValue("rootWindow/pos", pos());
+}
+
+void VRLRootWindow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    QSettings().setValue("rootWindow/size", size());
+}
+
+void VRLRootWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    if (__mediator->isLocked()) {
+        __statusBar->setMessage("Finish what you draw or edit first, or give it up.", 4000);
+        return;
+    }
+    if (!__uponQuitting && numOpenRootWindows() < 2) {
+        quit();
+        return;
+    }
+    __closed = true;
+    event->accept();
+}
+
+/// Without those that have been closed and wait for their deletion.
+int VRLRootWindow::numOpenRootWindows() {
+    int number = 0;
+    for (const QWidget* widget : QApplication::topLevelWidgets())
+        if (const auto* window = qobject_cast<const VRLRootWindow*>(widget))
+            number += window->__closed ? 0 : 1;
+    return number;
+}

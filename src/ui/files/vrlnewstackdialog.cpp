@@ -1,0 +1,88 @@
+#include "ui/files/vrlnewstackdialog.h"
+
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "editing/stacks/vrlstackserver.h"
+#include "ui/files/vrlstackimagelisteditor.h"
+#include "ui/models/vrlstackpropertieseditor.h"
+
+VRLNewStackDialog::VRLNewStackDialog(QWidget* parent) : QDialog(parent) {
+    setWindowTitle("New stack");
+    setModal(true);
+    auto* frame = new QFrame(this);
+    frame->setFrameStyle(QFrame::Box | QFrame::Sunken);
+    __properties = new VRLStackPropertiesEditor(false, frame);
+    __images = new VRLStackImageListEditor(frame);
+    auto* fields = new QVBoxLayout(frame);
+    fields->setContentsMargins(10, 10, 10, 10);
+    fields->setSpacing(10);
+    fields->addWidget(__properties);
+    fields->addWidget(__images, 1);
+
+    auto* done = new QPushButton("Done", this);
+    done->setDefault(true);
+    auto* cancel = new QPushButton("Cancel", this);
+    connect(done, &QPushButton::clicked, this, &VRLNewStackDialog::validate);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(10);
+    buttons->addStretch(1);
+    buttons->addWidget(done);
+    buttons->addWidget(cancel);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(10, 10, 10, 10);
+    layout->setSpacing(10);
+    layout->addWidget(frame, 1);
+    layout->addLayout(buttons);
+
+    __properties->setName("stack" + std::to_string(VRLStackServer::getSessionNumStacks() + 1), true);
+    resize(480, sizeHint().height());
+}
+
+std::string VRLNewStackDialog::getName() const {
+    return __properties->getName();
+}
+
+void VRLNewStackDialog::setName(const std::string& name) {
+    __properties->setName(name, false);
+}
+
+float VRLNewStackDialog::getSliceSpacing() const {
+    return __properties->getSliceSpacing();
+}
+
+void VRLNewStackDialog::setSliceSpacing(float spacing) {
+    __properties->setSliceSpacing(spacing);
+}
+
+PixelCalibration VRLNewStackDialog::getPixelCalibration() const {
+    PixelCalibration calibration = __properties->getPixelCalibration();
+    calibration.setLengthUnit(__properties->getLengthUnit());
+    return calibration;
+}
+
+void VRLNewStackDialog::setPixelCalibration(const PixelCalibration& calibration) {
+    __properties->setPixelCalibration(calibration);
+    __properties->setLengthUnit(calibration.getLengthUnit());
+}
+
+QStringList VRLNewStackDialog::getImageList() const {
+    return __images->getImageList();
+}
+
+void VRLNewStackDialog::validate() {
+    if (__properties->validName() && __properties->validSliceSpacing() && __properties->validPixelCalibration() &&
+        !__images->getImageList().isEmpty()) {
+        accept();
+        return;
+    }
+    QMessageBox box(QMessageBox::Warning, "Error",
+                    "The stack cannot be created because\nthere are undefined or invalid fields", QMessageBox::NoButton,
+                    this);
+    box.addButton(" OK ", QMessageBox::AcceptRole);
+    box.exec();
+}

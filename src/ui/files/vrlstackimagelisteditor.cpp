@@ -1,0 +1,63 @@
+#include "ui/files/vrlstackimagelisteditor.h"
+
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "ui/session/vrlsettings.h"
+
+VRLStackImageListEditor::VRLStackImageListEditor(QWidget* parent) : QGroupBox("Images", parent) {
+    __list = new QListWidget(this);
+    __list->setSortingEnabled(true);
+    __list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    __list->setTextElideMode(Qt::ElideMiddle);
+    __list->setAccessibleName("Images");
+    auto* add = new QPushButton("Add...", this);
+    add->setToolTip("Choose image files for the slices of the stack");
+    __remove = new QPushButton("Remove", this);
+    __remove->setToolTip("Take the selected images off the list; the files stay");
+    __remove->setEnabled(false);
+    connect(add, &QPushButton::clicked, this, &VRLStackImageListEditor::chooseImages);
+    connect(__remove, &QPushButton::clicked, this, &VRLStackImageListEditor::removeSelectedImages);
+    connect(__list, &QListWidget::itemSelectionChanged, this,
+            [this] { __remove->setEnabled(!__list->selectedItems().isEmpty()); });
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(add);
+    buttons->addWidget(__remove);
+    buttons->addStretch(1);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(__list, 1);
+    layout->addLayout(buttons);
+}
+
+QStringList VRLStackImageListEditor::getImageList() const {
+    QStringList files;
+    for (int i = 0; i < __list->count(); ++i)
+        files += __list->item(i)->text();
+    return files;
+}
+
+void VRLStackImageListEditor::addImages(const QStringList& files) {
+    for (const QString& file : files)
+        if (__list->findItems(file, Qt::MatchExactly | Qt::MatchCaseSensitive).isEmpty())
+            __list->addItem(file);
+}
+
+void VRLStackImageListEditor::chooseImages() {
+    QFileDialog dialog(this, "Select image files");
+    dialog.setNameFilter("*.tif *.TIF *.img");
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    dialog.setDirectory(VRLSettings::settings.getInputDirectory());
+    dialog.resize(400, 300);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    addImages(dialog.selectedFiles());
+    VRLSettings::settings.setInputDirectory(dialog.directory());
+}
+
+void VRLStackImageListEditor::removeSelectedImages() {
+    qDeleteAll(__list->selectedItems());
+}

@@ -1,0 +1,401 @@
+#include "ui/files/vrlstackio.h"
+
+#include <cstdio>
+#include <memory>
+
+#include <QApplication>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "document/stackreader.h"
+#include "document/stackwriter.h"
+#include "editing/actions/vrlsliceinsertiondeletionaction.h"
+#include "editing/history/vrlactionhistory.h"
+#include "editing/stacks/vrlstack.h"
+#include "editing/stacks/vrlstackserver.h"
+#include "images/files/imagesourcefile.h"
+#include "images/files/imagesourcevoxelmatrixplane.h"
+#include "images/files/voxelmatrixheader.h"
+#include "numerics/exception.h"
+#include "ui/files/vrlnewstackdialog.h"
+#include "ui/files/vrlrecoverydialog.h"
+#include "ui/files/vrlstackerrordialog.h"
+#include "ui/session/vrlpreferences.h"
+#include "ui/session/vrlsettings.h"
+#include "ui/widgets/waitcursor.h"
+
+namespace {
+
+const QSize fileDialogSize(400, 300);
+
+QString decoded(const std::string& file) {
+    return QFile::decodeName(file.c_str());
+}
+
+std::string encoded(const QString& file) {
+    return QFile::encodeName(file).toStdString();
+}
+
+std::string absolute(const std::string& file) {
+    return encoded(QFileInfo(decoded(file)).absoluteFilePath());
+}
+
+/// A plain sentence for what an operation threw.
+template <class Work>
+QString failureOf(Work&& work) {
+    try {
+        work();
+    } catch (const Exception& failure) {
+        return QString::fromStdString(failure.getWhat());
+    } catch (const std::exception& failure) {
+        return failure.what();
+    }
+    return QString();
+}
+
+} // namespace
+
+VRLStackIO::VRLStackIO(QWidget* parent) : __parent(parent) {
+}
+
+void VRLStackIO::tell(const QString& title, const QString& text) const {
+    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::NoButton, __parent);
+    box.addButton("OK", QMessageBox::AcceptRole);
+    box.exec();
+}
+
+void VRLStackIO::tellFailures(const QStringList& failures) const {
+    if (!failures.isEmpty())
+        tell("Read error", "These images cannot be read and are left out:\n\n" + failures.join('\n'));
+}
+
+/// A slice of the file's image, named by the file; null, and a line among the failures, when it cannot be read.
+StackSlice* VRLStackIO::makeSlice(const QString& file, QStringList& failures) const {
+    auto slice = std::make_unique<StackSlice>();
+    const QString failure = failureOf([&] {
+        ImageSourceFile source;
+        source.setFilename(encoded(QFileInfo(file).absoluteFilePath()));
+        slice->setImageSource(source);
+    });
+    if (!failure.isEmpty()) {
+        failures += file + ": " + failure;
+        return nullptr;
+    }
+    slice->setName(QFileInfo(file).completeBaseName().toStdString());
+    return slice.release();
+}
+
+VRLStack* VRLStackIO::newStack() {
+    VRLNewStackDialog dialog(__parent);
+    if (dialog.exec() != QDialog::Accepted)
+        return nullptr;
+    auto stack = std::make_unique<VRLStack>();
+    stack->setName(dialog.getName());
+    stack->setDefaultRelativePosition(dialog.getSliceSpacing());
+    stack->setDefaultPixelCalibration(dialog.getPixelCalibration());
+    const QStringList images = dialog.getImageList();
+    if (!images.isEmpty())
+        stack->setImagesPath(encoded(QFileInfo(images.first()).absolutePath()));
+    QStringList failures;
+    for (const QString& image : images) {
+        StackSlice* slice = makeSlice(image, failures);
+        if (slice == nullptr)
+            continue;
+        slice->setPixelCalibration(stack->getDefaultPixelCalibration());
+        slice->setStack(stack.get());
+        stack->addSlice(slice);
+        slice->setRelativePosition(stack->getDefaultRelativePosition());
+    }
+    tellFailures(failures);
+    if (stack->getNumSlices() == 0)
+        return nullptr;
+    stack->updateReconstruction();
+    stack->setModified(true);
+    VRLStackServer::stackServer.addStack(*stack);
+    return stack.release();
+}
+
+VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QString& filter,
+                                      VRLStack* (VRLStackIO::*open)(const std::string&)) {
+    QFileDialog dialog(__parent, title);
+    dialog.setNameFilter(filter);
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    dialog.setDirectory(VRLSettings::settings.getInputDirectory());
+    dialog.resize(VRLSettings::getOpenStackDialogSize());
+    if (dialog.exec() != QDialog::Accepted)
+        return nullptr;
+    VRLStack* last = nullptr;
+    for (const QString& file : dialog.selectedFiles()) {
+        last = nullptr;
+        const QString failure = failureOf([&] { last = (this->*open)(encoded(file)); });
+        if (!failure.isEmpty())
+            tell("Read error", file + " cannot be opened:\n" + failure);
+    }
+    VRLSettings::settings.setInputDirectory(dialog.directory());
+    VRLSettings::setOpenStackDialogSize(dialog.size());
+    return last;
+}
+
+VRLStack* VRLStackIO::newStackFromFile() {
+    return openChosenFiles("Open image stack", "*.vm", &VRLStackIO::newStackFromFile);
+}
+
+VRLStack* VRLStackIO::newStackFromFile(const std::string& file) {
+    if (QFileInfo(decoded(file)).suffix() != "vm")
+        throw FileFormatError("VRLStack* VRLStackIO::newStackFromFile(const std::string&)", "File format error", file);
+    return newStackFromVoxelMatrixFile(file);
+}
+
+VRLStack* VRLStackIO::newStackFromVoxelMatrixFile(const std::string& file) {
+    const std::string path = absolute(file);
+    const WaitCursor cursor;
+    const VoxelMatrixHeader header = VoxelMatrixHeader::read(path);
+    if (!header.fileSizeMatches())
+        throw FileFormatError("VRLStack* VRLStackIO::newStackFromVoxelMatrixFile(const std::string&)",
+                              "The length of the file does not match its header", path);
+    auto stack = std::make_unique<VRLStack>();
+    PixelCalibration calibration;
+    calibration.setLengthUnit(LengthUnit(header.lengthUnitScale));
+    calibration.setPixelWidth(header.voxelWidth);
+    calibration.setPixelHeight(header.voxelHeight);
+    calibration.compute();
+    stack->setDefaultPixelCalibration(calibration);
+    stack->setDefaultSliceSpacing(header.voxelDepth);
+    stack->setName(QFileInfo(decoded(path)).completeBaseName().toStdString());
+    for (int i = 0; i < header.size3; ++i) {
+        char name[16];
+        std::snprintf(name, sizeof name, "%04d", i);
+        ImageSourceVoxelMatrixPlane source;
+        source.setVoxelMatrixFilename(path);
+        source.setPlane(i);
+        auto* slice = new StackSlice; // the stack takes it over
+        slice->setName(name);
+        slice->setImageSource(source);
+        slice->setPixelCalibration(calibration);
+        stack->addSlice(slice);
+    }
+    stack->updateReconstruction();
+    stack->setModified(true);
+    VRLStackServer::stackServer.addStack(*stack);
+    return stack.release();
+}
+
+VRLStack* VRLStackIO::openStack() {
+    return openChosenFiles("Open stack", "*.sdf", &VRLStackIO::openStack);
+}
+
+VRLStack* VRLStackIO::openStack(const std::string& file) {
+    const std::string path = absolute(file);
+    auto stack = std::make_unique<VRLStack>();
+    StackReader reader;
+    bool opened = false;
+    QString failure;
+    {
+        const WaitCursor cursor;
+        reader.addMonitor(*this);
+        failure = failureOf([&] { opened = reader.read(*stack, path); });
+        reader.removeMonitor(*this);
+    }
+    if (!failure.isEmpty()) {
+        tell("Read error", decoded(path) + " cannot be opened:\n" + failure);
+        return nullptr;
+    }
+    if (!opened) {
+        notifyFinished("Cannot open " + path);
+        return nullptr;
+    }
+    stack->setFilename(path);
+    stack->updateReconstruction();
+    if (!reader.getLog().empty()) {
+        VRLStackErrorDialog dialog(__parent);
+        dialog.setBanner("In " + decoded(path) + ":");
+        dialog.setLog(reader.getLog());
+        dialog.exec();
+    }
+    if (reader.getNumFatalErrors() > 0)
+        return nullptr;
+    VRLStackServer::stackServer.addStack(*stack);
+    VRLSettings::addRecentFile(decoded(path));
+    return stack.release();
+}
+
+void VRLStackIO::saveStack(VRLStack& stack) {
+    if (stack.getFilename().empty())
+        saveStackAs(stack);
+    else
+        writeStack(stack, stack.getFilename());
+}
+
+void VRLStackIO::saveStackAs(VRLStack& stack) {
+    QFileDialog dialog(__parent, "Save stack as...");
+    dialog.setNameFilter("*.sdf");
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    dialog.setDirectory(VRLSettings::settings.getOutputDirectory());
+    dialog.resize(fileDialogSize);
+    if (!stack.getFilename().empty())
+        dialog.selectFile(QFileInfo(decoded(stack.getFilename())).fileName());
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return;
+    QString file = dialog.selectedFiles().first();
+    if (!file.endsWith(".sdf"))
+        file += ".sdf";
+    bool agreed = true;
+    if (QFile::exists(file))
+        agreed = QMessageBox::warning(__parent, "Confirm overwrite",
+                                      file + "\n\n already exists. Do you wish to overwrite it? ",
+                                      QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel) == QMessageBox::Ok;
+    if (agreed)
+        writeStack(stack, encoded(file));
+    VRLSettings::settings.setOutputDirectory(dialog.directory());
+}
+
+bool VRLStackIO::writeStack(VRLStack& stack, const std::string& file) {
+    makeBackups(file);
+    bool written = false;
+    QString reason;
+    {
+        const WaitCursor cursor;
+        notifyStarted("Saving " + file + "...");
+        StackWriter writer;
+        writer.addMonitor(*this);
+        reason = failureOf([&] { written = writer.write(stack, file); });
+        writer.removeMonitor(*this);
+        notifyFinished(" ");
+    }
+    if (!written) {
+        tell("Error", "Error: cannot write to " + decoded(file) + (reason.isEmpty() ? "" : "\n" + reason));
+        return false;
+    }
+    stack.setModified(false);
+    stack.setFilename(file);
+    return true;
+}
+
+void VRLStackIO::makeBackups(const std::string& file) const {
+    const QString name = decoded(file);
+    const int n = VRLPreferences::getMaxNumBackups();
+    if (n < 1 || !QFile::exists(name))
+        return;
+    const auto backup = [&name](int i) { return name + "~" + QString::number(i); };
+    QFile::remove(backup(n));
+    for (int i = n - 1; i >= 1; --i)
+        if (QFile::exists(backup(i)))
+            QFile::rename(backup(i), backup(i + 1));
+    QFile::copy(name, backup(1));
+}
+
+bool VRLStackIO::closeStack(VRLStack& stack) {
+    if (stack.isModified()) {
+        QMessageBox box(QMessageBox::Warning, "Closing stack...",
+                        "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
+                        QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
+        box.setDefaultButton(QMessageBox::Save);
+        const int answer = box.exec();
+        if (answer == QMessageBox::Cancel)
+            return false;
+        if (answer == QMessageBox::Save) {
+            QString reason;
+            while (!writeAndTell(stack, stack.getFilename(), reason)) {
+                const QMessageBox::StandardButton choice = QMessageBox::warning(
+                    __parent, "Write error",
+                    "Stack " + QString::fromStdString(stack.getName()) + ":\nCould not write file " +
+                        decoded(stack.getFilename()) + (reason.isEmpty() ? "" : "\n" + reason),
+                    QMessageBox::Retry | QMessageBox::Cancel | QMessageBox::Discard, QMessageBox::Cancel);
+                if (choice == QMessageBox::Discard)
+                    break;
+                if (choice != QMessageBox::Retry)
+                    return false;
+            }
+        }
+    }
+    VRLStackServer::stackServer.removeStack(stack);
+    return true;
+}
+
+bool VRLStackIO::writeAndTell(VRLStack& stack, const std::string& file, QString& reason) {
+    bool written = false;
+    reason = failureOf([&] { written = !file.empty() && stack.write(file); });
+    return written;
+}
+
+bool VRLStackIO::closeAllStacks() {
+    for (int i = VRLStackServer::stackServer.getNumStacks() - 1; i >= 0; --i)
+        if (!closeStack(VRLStackServer::stackServer.getStack(i)))
+            return false;
+    return true;
+}
+
+bool VRLStackIO::insertSlice(VRLStack& stack) {
+    return insertSlice(stack, 0);
+}
+
+bool VRLStackIO::insertSlice(VRLStack& stack, int position) {
+    const QStringList images = chooseImages();
+    if (images.isEmpty())
+        return false;
+    QStringList failures;
+    {
+        const VRLActionStep step(*stack.history());
+        int next = position;
+        for (const QString& image : images) {
+            StackSlice* slice = makeSlice(image, failures);
+            if (slice == nullptr)
+                continue;
+            slice->setStack(&stack);
+            auto* action = new VRLSliceInsertionDeletionAction(*slice); // the history takes it over
+            action->setSlicePosition(next++);
+            stack.history()->push(action, true);
+            stack.setModified(true);
+        }
+    }
+    tellFailures(failures);
+    return failures.size() < images.size();
+}
+
+QStringList VRLStackIO::chooseImages() {
+    QFileDialog dialog(__parent, "Select image files");
+    dialog.setNameFilter("*.tif *.TIF *.img");
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    dialog.setDirectory(VRLSettings::settings.getInputDirectory());
+    dialog.resize(fileDialogSize);
+    if (dialog.exec() != QDialog::Accepted)
+        return {};
+    VRLSettings::settings.setInputDirectory(dialog.directory());
+    return dialog.selectedFiles();
+}
+
+VRLStack* VRLStackIO::recoverStacks(VRLRecovery& recovery) {
+    const QList<VRLRecovery::Leftover> leftovers = recovery.leftovers();
+    if (leftovers.isEmpty())
+        return nullptr;
+    VRLRecoveryDialog dialog(leftovers, __parent);
+    dialog.exec();
+    if (dialog.answer() == VRLRecoveryDialog::Answer::Discard)
+        for (const VRLRecovery::Leftover& leftover : dialog.chosen())
+            recovery.discard(leftover);
+    if (dialog.answer() != VRLRecoveryDialog::Answer::Recover)
+        return nullptr;
+    VRLStack* last = nullptr;
+    for (const VRLRecovery::Leftover& leftover : dialog.chosen()) {
+        QString message;
+        VRLStack* stack = recovery.recover(leftover, message);
+        if (!message.isEmpty())
+            tell("Recover stacks", message);
+        if (stack == nullptr)
+            continue;
+        stack->updateReconstruction();
+        VRLStackServer::stackServer.addStack(*stack);
+        last = stack;
+        // What was kept goes when this run has a copy of its own, and not before.
+        recovery.saveModifiedStacks();
+        recovery.waitForWrites();
+        if (QFile::exists(recovery.recoveryFile(*stack)))
+            recovery.discard(leftover);
+    }
+    return last;
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <string>
+
+#include <QStringList>
+
+#include "progress/progressproxy.h"
+
+class QWidget;
+class StackSlice;
+class VRLRecovery;
+class VRLStack;
+
+/// The commands on the files of stacks, with their dialogs: new, open, save, close, insert slice. An object serves one
+/// command. Its monitors hear the progress of reading and writing.
+///
+/// Operations that give a stack give null when none was made. A failure is told in a message box that names the file,
+/// and leaves documents and files as they were.
+///
+/// Decisions: a backup that cannot be made does not keep the stack from being saved. A stack file is known by its
+/// absolute path. Slices whose image cannot be read are left out when slices are inserted or a stack is made, and named
+/// in one message.
+class VRLStackIO : public ProgressProxy {
+public:
+    /// The parent of the dialogs.
+    explicit VRLStackIO(QWidget* parent);
+
+    VRLStack* newStack();
+    VRLStack* newStackFromFile();
+
+    /// Throws FileFormatError for a file with another suffix than "vm", and what reading its header throws.
+    VRLStack* newStackFromFile(const std::string& file);
+
+    /// A stack of the planes of a voxel matrix file, of which only the header is read. Throws FileFormatError when the
+    /// length of the file does not match its header, and what reading the header throws.
+    VRLStack* newStackFromVoxelMatrixFile(const std::string& file);
+
+    VRLStack* openStack();
+    VRLStack* openStack(const std::string& file);
+
+    void saveStack(VRLStack& stack);
+    void saveStackAs(VRLStack& stack);
+    bool writeStack(VRLStack& stack, const std::string& file);
+
+    /// Rotates the numbered copies of the file, "~1" being the newest, as many as the preferences say.
+    void makeBackups(const std::string& file) const;
+
+    /// False when the user wants the stack to stay.
+    bool closeStack(VRLStack& stack);
+
+    /// From the last stack to the first, until one stays; true when all are closed.
+    bool closeAllStacks();
+
+    bool insertSlice(VRLStack& stack);
+    bool insertSlice(VRLStack& stack, int position);
+
+    /// Offers what other runs have left behind, if there is anything, and opens what the user wants; the stack opened
+    /// last.
+    VRLStack* recoverStacks(VRLRecovery& recovery);
+
+private:
+    VRLStack* openChosenFiles(const QString& title, const QString& filter,
+                              VRLStack* (VRLStackIO::*open)(const std::string&));
+    QStringList chooseImages();
+    StackSlice* makeSlice(const QString& file, QStringList& failures) const;
+    bool writeAndTell(VRLStack& stack, const std::string& file, QString& reason);
+    void tell(const QString& title, const QString& text) const;
+    void tellFailures(const QStringList& failures) const;
+
+    QWidget* __parent;
+};

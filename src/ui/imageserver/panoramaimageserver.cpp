@@ -1,0 +1,18 @@
+#include "ui/imageserver/panoramaimageserver.h"
+
+#include <QSize>
+#include <QString>
+
+#include "ui/imageserver/vrlimageserver.h"
+
+VRLImageServer& getPanoramaImageServer(QObject& owner) {
+    const QString name = "panorama";
+    auto* server = owner.findChild<VRLImageServer*>(name, Qt::FindDirectChildrenOnly);
+    if (!server) {
+        server = new VRLImageServer(&owner); // the owner deletes its children
+        server->setObjectName(name);
+        server->setAutoDelete(false);
+        server->setBaseSize(QSize(256, 256));
+    }
+    return *server;
+}

@@ -1,0 +1,155 @@
+#include "ui/imageserver/vrlimagereader.h"
+
+#include <algorithm>
+#include <exception>
+#include <new>
+
+#include "images/files/imagesourcefile.h"
+#include "images/files/imagesourcefilemosaic.h"
+#include "images/files/imagesourcevoxelmatrixplane.h"
+#include "images/rasters/colormapexpansion.h"
+#include "images/rasters/image.h"
+#include "numerics/exception.h"
+
+namespace {
+
+/// The first file of the mosaic and the number of its files.
+std::string firstTile(const ImageSourceFileMosaic& mosaic, unsigned int& count) {
+    std::string first;
+    count = 0;
+    for (int i = 0; i < mosaic.getRows(); ++i)
+        for (int j = 0; j < mosaic.getCols(); ++j) {
+            const std::string name = mosaic.getFilename(i, j);
+            if (name.empty())
+                continue;
+            if (count++ == 0)
+                first = name;
+        }
+    return first;
+}
+
+std::string sentence(const std::string& name, const std::string& reason) {
+    const std::string subject = name.empty() ? "An image" : "The image \"" + name + "\"";
+    return subject + " could not be read: " + reason + ".";
+}
+
+} // namespace
+
+VRLImageReader::VRLImageReader(QObject* parent) : VRLProgressProxy(parent) {
+}
+
+void VRLImageReader::setImage(Image& image) {
+    __image = &image;
+}
+
+void VRLImageReader::setImageSource(const ImageSource& source) {
+    __source = &source;
+}
+
+bool VRLImageReader::hasEnded() const {
+    return __ended.load(std::memory_order_acquire);
+}
+
+const std::string& VRLImageReader::getFailure() const {
+    return __failure;
+}
+
+std::string VRLImageReader::sourceName(const ImageSource& source) {
+    unsigned int count = 0;
+    if (const auto* file = dynamic_cast<const ImageSourceFile*>(&source))
+        return file->getFilename();
+    if (const auto* mosaic = dynamic_cast<const ImageSourceFileMosaic*>(&source))
+        return firstTile(*mosaic, count);
+    if (const auto* plane = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&source))
+        return plane->getVoxelMatrixFilename();
+    return std::string();
+}
+
+void VRLImageReader::removeImageColormap(Image& image) {
+    if (!image.isIndexed())
+        return;
+    if (image.isGrayscale()) {
+        ColormapExpansion expansion;
+        expansion.setTargetDepth(8);
+        expansion.apply(image);
+    } else {
+        image.make24bits();
+    }
+}
+
+void VRLImageReader::run() {
+    VRLProgressProxy::notifyStarted("");
+    __running = true;
+    if (__image != nullptr && __source != nullptr && !isCanceled())
+        __read();
+    __running = false;
+    const bool canceled = isCanceled();
+    __ended.store(true, std::memory_order_release);
+    if (canceled)
+        VRLProgressProxy::notifyCanceled("");
+    else
+        VRLProgressProxy::notifyFinished("");
+}
+
+// No error may leave the thread, whatever its family: it would end the process.
+void VRLImageReader::__read() {
+    __numParts = 1;
+    if (const auto* mosaic = dynamic_cast<const ImageSourceFileMosaic*>(__source))
+        firstTile(*mosaic, __numParts);
+    try {
+        read(*__image, *__source);
+        if (isCanceled())
+            return;
+        if (__image->getData() == nullptr)
+            __failure = sentence(sourceName(*__source), "it holds no image");
+        else
+            removeImageColormap(*__image);
+    } catch (const FileError& error) {
+        __failure = sentence(error.getFile().empty() ? sourceName(*__source) : error.getFile(), error.getWhat());
+    } catch (const Exception& error) {
+        __failure = sentence(sourceName(*__source), error.getWhat());
+    } catch (const std::bad_alloc&) {
+        __failure = sentence(sourceName(*__source), "there is not enough memory");
+    } catch (const std::exception& error) {
+        __failure = sentence(sourceName(*__source), error.what());
+    } catch (...) {
+        __failure = sentence(sourceName(*__source), "unknown error");
+    }
+}
+
+// A mosaic reports the start and end of each tile beside its own, and a file of the in-house format reports nothing.
+// What goes on from here is therefore the start and the end of run() alone.
+
+void VRLImageReader::notifyStarted(const std::string& text) {
+    if (!__running)
+        VRLProgressProxy::notifyStarted(text);
+}
+
+void VRLImageReader::notifyFinished(const std::string& text) {
+    if (!__running)
+        VRLProgressProxy::notifyFinished(text);
+    else
+        ++__partsDone;
+}
+
+void VRLImageReader::notifyCanceled(const std::string& text) {
+    if (!__running)
+        VRLProgressProxy::notifyCanceled(text);
+}
+
+// A report for each row would flood the queue of the other thread.
+void VRLImageReader::notifyProgressed(unsigned int current, unsigned int total) {
+    if (!__running) {
+        VRLProgressProxy::notifyProgressed(current, total);
+        return;
+    }
+    if (total == 0 || __numParts == 0)
+        return;
+    const unsigned long long part = 100ull * std::min(current, total) / total;
+    const unsigned long long all = (100ull * __partsDone + part) / __numParts;
+    const unsigned int percentage = static_cast<unsigned int>(std::min(all, 100ull));
+    if (percentage <= __percentage)
+        return;
+    __percentage = percentage;
+    VRLProgressProxy::notifyProgressed(percentage, 100u);
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <atomic>
+#include <string>
+
+#include "images/files/imagereader.h"
+#include "ui/progress/vrlprogressproxy.h"
+
+class Image;
+class ImageSource;
+
+/// Reads one image on a worker thread.
+///
+/// However a source is put together, run() reports one start and, as the very last thing that it does, one finish or
+/// one cancellation; in between, progress out of 100, each percentage once. An error of any kind ends the reading as
+/// finished, with a sentence in getFailure() and without an image. The wish to cancel is looked at before each row and
+/// each tile of a mosaic.
+///
+/// Image and source are seen, not owned, and must outlive run(). Nobody else touches the image until hasEnded().
+class VRLImageReader : public VRLProgressProxy, public ImageReader {
+    Q_OBJECT
+
+public:
+    explicit VRLImageReader(QObject* parent = nullptr);
+
+    void setImage(Image& image);
+    void setImageSource(const ImageSource& source);
+
+    /// True once run() has written its last; what the worker wrote can be seen by who has read true here.
+    bool hasEnded() const;
+
+    /// Why there is no image, naming the file; empty when there is one, and after a cancellation.
+    const std::string& getFailure() const;
+
+    /// What to call the image of a source: the name of its file, of the first one of a mosaic; empty for other kinds.
+    static std::string sourceName(const ImageSource& source);
+
+    /// Makes an indexed image plain: 8 bits for gray colours, else 24 bits. Leaves other images alone.
+    static void removeImageColormap(Image& image);
+
+    using VRLProgressProxy::notifyProgressed;
+    void notifyStarted(const std::string& text) override;
+    void notifyFinished(const std::string& text) override;
+    void notifyCanceled(const std::string& text) override;
+    void notifyProgressed(unsigned int current, unsigned int total) override;
+
+public slots:
+    void run();
+
+private:
+    void __read();
+
+    Image* __image = nullptr;
+    const ImageSource* __source = nullptr;
+    std::string __failure;
+    std::atomic<bool> __ended = false;
+
+    bool __running = false;      // reports of the reading's steps are kept back
+    unsigned int __numParts = 1; // files that make the image
+    unsigned int __partsDone = 0;
+    unsigned int __percentage = 0; // last reported
+};

@@ -1,0 +1,39 @@
+#include "ui/models/propertiesdialoglayout.h"
+
+#include <QDialog>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "ui/models/vrlstackpropertieseditor.h"
+
+PropertiesDialogButtons layOutPropertiesDialog(QDialog& dialog, VRLStackPropertiesEditor& editor) {
+    auto* frame = new QFrame(&dialog);
+    frame->setFrameStyle(QFrame::Box | QFrame::Sunken);
+    auto* frameLayout = new QVBoxLayout(frame);
+    frameLayout->addWidget(&editor);
+    frameLayout->addStretch(1);
+
+    auto* apply = new QPushButton("Apply", &dialog);
+    apply->setToolTip("Stores these properties");
+    auto* reset = new QPushButton("Reset", &dialog);
+    reset->setToolTip("Shows the stored properties again");
+    auto* close = new QPushButton("Close", &dialog);
+    close->setToolTip("Closes this window; what is not applied is lost");
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    for (QPushButton* button : {apply, reset, close}) {
+        button->setAutoDefault(false);
+        buttons->addWidget(button);
+    }
+    apply->setDefault(true);
+    apply->setEnabled(false);
+    reset->setEnabled(false);
+
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(frame, 1);
+    layout->addLayout(buttons);
+    QObject::connect(close, &QPushButton::clicked, &dialog, &QDialog::accept);
+    return {apply, reset};
+}

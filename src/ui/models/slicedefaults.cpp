@@ -1,0 +1,19 @@
+#include "ui/models/slicedefaults.h"
+
+#include <cmath>
+#include <limits>
+
+#include "document/stack.h"
+
+bool hasDefaultSpacing(const StackSlice& slice) {
+    if (slice.getStack() == nullptr)
+        return true;
+    const float rounding = slice.useRelativePosition()
+                               ? 0
+                               : 2 * std::numeric_limits<float>::epsilon() * std::fabs(slice.getAbsolutePosition());
+    return std::fabs(slice.getRelativePosition() - slice.getStack()->getDefaultRelativePosition()) <= rounding;
+}
+
+bool hasDefaultPixelCalibration(const StackSlice& slice) {
+    return slice.getStack() == nullptr || slice.getPixelCalibration() == slice.getStack()->getDefaultPixelCalibration();
+}

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include <QObject>
+
+#include "editing/bus/vrleventclient.h"
+
+class Model;
+class QPushButton;
+class VRLModelDialog;
+class VRLModelItemPropertiesEditor;
+class VRLModelListWidget;
+class VRLModelNameEditor;
+class VRLModelPropertiesEditor;
+class VRLStack;
+
+/// The state of the model dialog, and what its buttons do.
+///
+/// In the standard state nothing is selected and the editors rest. "New" leads to the creation of a model, a selection
+/// in the list to the state of selection, and the first edit there to the edition, which Apply or Cancel ends.
+///
+/// Decisions: an attribute that is left blank when a model is made takes its default, so that every model can be drawn.
+/// When several models of a stack have one name (which a file may bring along), each line of that name stands for one
+/// of them. Before a model is deleted the stack's history forgets it and its items, so that undo never reaches what is
+/// gone; other steps of the history stay.
+class VRLModelDialogMediator : public QObject, public VRLEventClient {
+    Q_OBJECT
+
+public:
+    explicit VRLModelDialogMediator(VRLModelDialog& dialog);
+    ~VRLModelDialogMediator() override;
+
+    void setList(VRLModelListWidget& list);
+    void setEditors(VRLModelNameEditor& name, VRLModelPropertiesEditor& properties,
+                    VRLModelItemPropertiesEditor& itemProperties);
+    void setButtons(QPushButton& newButton, QPushButton& deleteButton, QPushButton& apply, QPushButton& cancel);
+
+    /// Connects the parts, which must all be set, and enters the standard state.
+    void initialize();
+
+    /// Lists the models of the stack.
+    void setStack(VRLStack& stack);
+
+    void setModeStandard();
+    void setModeCreation();
+    void setModeSelection();
+    void setModeEdition();
+
+    /// Whether the name that was entered can be given to the model; tells the user why not.
+    bool checkModelName(const Model& model) const;
+
+    void applyCreation();
+    void cancelCreation();
+    void applyEdition();
+    void cancelEdition();
+    void modelSelectionChange();
+    void deleteSelectedModels();
+
+    void stackCloseEvent(VRLStackCloseEvent& event) override;
+    void modelCreateEvent(VRLModelCreateEvent& event) override;
+    void modelDeleteEvent(VRLModelDeleteEvent& event) override;
+
+private:
+    enum Mode { Standard, Creation, Selection, Edition };
+
+    void apply();
+    void cancel();
+    void edit();
+    void enableEditors(bool name, bool properties, bool geometry);
+    void enableButtons(bool newButton, bool deleteButton, bool applyAndCancel);
+    void clearEditors();
+    bool confirmDeletion() const;
+    void deleteModel(Model& model);
+    void warn(const QString& text) const;
+
+    VRLStack* __stack = nullptr;
+    VRLModelDialog& __dialog;
+    VRLModelListWidget* __list = nullptr;
+    VRLModelNameEditor* __nameEditor = nullptr;
+    VRLModelPropertiesEditor* __propertiesEditor = nullptr;
+    VRLModelItemPropertiesEditor* __itemPropertiesEditor = nullptr;
+    QPushButton* __newButton = nullptr;
+    QPushButton* __deleteButton = nullptr;
+    QPushButton* __applyButton = nullptr;
+    QPushButton* __cancelButton = nullptr;
+    Mode __mode = Standard;
+    std::unique_ptr<Model> __newModel; // until it is applied
+    std::vector<Model*> __selectedModels;
+};

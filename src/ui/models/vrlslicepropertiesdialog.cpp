@@ -1,0 +1,84 @@
+#include "ui/models/vrlslicepropertiesdialog.h"
+
+#include <QPushButton>
+#include <QSignalBlocker>
+
+#include "document/stack.h"
+#include "document/stackslice.h"
+#include "editing/bus/vrlsliceevent.h"
+#include "editing/bus/vrlstackevent.h"
+#include "editing/stacks/vrlstack.h"
+#include "ui/models/guarded.h"
+#include "ui/models/propertiesdialoglayout.h"
+#include "ui/models/vrleventbatch.h"
+#include "ui/models/vrlstackpropertieseditor.h"
+
+VRLSlicePropertiesDialog::VRLSlicePropertiesDialog(QWidget* parent) : QDialog(parent) {
+    setWindowTitle("Slice properties");
+    __editor = new VRLStackPropertiesEditor(true, this);
+    const PropertiesDialogButtons buttons = layOutPropertiesDialog(*this, *__editor);
+    __applyButton = buttons.apply;
+    __resetButton = buttons.reset;
+    connect(__editor, &VRLStackPropertiesEditor::modified, this, &VRLSlicePropertiesDialog::propertiesChange);
+    connect(__applyButton, &QPushButton::clicked, this,
+            [this] { guarded(this, "The properties of the slice cannot be changed.", [this] { apply(); }); });
+    connect(__resetButton, &QPushButton::clicked, this, &VRLSlicePropertiesDialog::reset);
+}
+
+void VRLSlicePropertiesDialog::setSlice(StackSlice& slice) {
+    __slice = &slice;
+    reset();
+}
+
+void VRLSlicePropertiesDialog::propertiesChange() {
+    const bool valid = __slice != nullptr && __editor->valid();
+    __applyButton->setEnabled(valid);
+    __resetButton->setEnabled(valid);
+}
+
+void VRLSlicePropertiesDialog::apply() {
+    if (__slice == nullptr || !__editor->valid())
+        return;
+    const std::string name = __editor->getName();
+    const bool otherName = !__editor->showsName(__slice->getName());
+    const float spacing = __editor->getSliceSpacing();
+    const PixelCalibration calibration = __editor->getPixelCalibration();
+
+    const VRLEventBatch batch;
+    if (otherName) {
+        __slice->setName(name);
+        VRLSliceNameEvent event(__slice);
+        notifyEvent(event);
+    }
+    if (spacing != __slice->getRelativePosition()) {
+        __slice->setRelativePosition(spacing);
+        VRLSliceSpacingEvent event(__slice);
+        notifyEvent(event);
+    }
+    if (!(calibration == __slice->getPixelCalibration())) {
+        __slice->setPixelCalibration(calibration);
+        VRLSliceImageCalibrationEvent event(__slice);
+        notifyEvent(event);
+    }
+    reset();
+}
+
+void VRLSlicePropertiesDialog::reset() {
+    if (__slice != nullptr) {
+        const QSignalBlocker blocker(__editor);
+        __editor->setName(__slice->getName());
+        __editor->setLengthUnit(__slice->getStack() != nullptr ? __slice->getStack()->getLengthUnit()
+                                                               : __slice->getPixelCalibration().getLengthUnit());
+        __editor->setSliceSpacing(__slice->getRelativePosition());
+        __editor->setPixelCalibration(__slice->getPixelCalibration());
+    }
+    __applyButton->setEnabled(false);
+    __resetButton->setEnabled(false);
+}
+
+void VRLSlicePropertiesDialog::stackCloseEvent(VRLStackCloseEvent& event) {
+    if (__slice == nullptr || __slice->getStack() != event.getStack())
+        return;
+    __slice = nullptr;
+    reject();
+}

@@ -1,0 +1,70 @@
+#include "ui/models/vrlstackannotationdialog.h"
+
+#include <QHBoxLayout>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "document/stackslice.h"
+#include "editing/bus/vrlsliceevent.h"
+#include "editing/bus/vrlstackevent.h"
+#include "editing/stacks/vrlstack.h"
+#include "ui/models/guarded.h"
+
+VRLStackAnnotationDialog::VRLStackAnnotationDialog(QWidget* parent) : QDialog(parent) {
+    __text = new QPlainTextEdit(this);
+    __text->setMinimumSize(__text->sizeHint());
+    __text->setTabChangesFocus(true);
+    __text->setAccessibleName("Annotation");
+    auto* cancel = new QPushButton("Cancel", this);
+    cancel->setToolTip("Closes this window and keeps the old text");
+    auto* ok = new QPushButton("OK", this);
+    ok->setToolTip("Stores the text and closes this window");
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    buttons->addWidget(cancel);
+    buttons->addWidget(ok);
+    ok->setDefault(true);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(__text, 1);
+    layout->addLayout(buttons);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(ok, &QPushButton::clicked, this,
+            [this] { guarded(this, "The annotation cannot be stored.", [this] { apply(); }); });
+}
+
+void VRLStackAnnotationDialog::setStack(VRLStack& stack) {
+    __stack = &stack;
+    __slice = nullptr;
+    setWindowTitle("Stack annotation");
+    __text->setPlainText(QString::fromStdString(stack.getAnnotation()));
+}
+
+void VRLStackAnnotationDialog::setSlice(StackSlice& slice) {
+    __slice = &slice;
+    __stack = nullptr;
+    setWindowTitle("Slice annotation");
+    __text->setPlainText(QString::fromStdString(slice.getAnnotation()));
+}
+
+void VRLStackAnnotationDialog::apply() {
+    const std::string text = __text->toPlainText().trimmed().toStdString();
+    if (__stack != nullptr) {
+        __stack->setAnnotation(text);
+        __stack->setModified(true);
+    } else if (__slice != nullptr) {
+        __slice->setAnnotation(text);
+        VRLSliceAnnotationEvent event(__slice);
+        notifyEvent(event);
+    }
+    accept();
+}
+
+void VRLStackAnnotationDialog::stackCloseEvent(VRLStackCloseEvent& event) {
+    const bool concerned = event.getStack() == __stack;
+    if (!concerned && (__slice == nullptr || __slice->getStack() != event.getStack()))
+        return;
+    __stack = nullptr;
+    __slice = nullptr;
+    reject();
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <vector>
+
+#include <QDialog>
+#include <QString>
+
+#include "editing/bus/vrleventclient.h"
+#include "values/pixelcalibration.h"
+
+class QPushButton;
+class StackSlice;
+class VRLStack;
+class VRLStackPropertiesEditor;
+
+/// Edits what describes a stack. What is applied here cannot be undone.
+///
+/// Slices that have a spacing or a calibration of their own are asked for one by one. All questions come before the
+/// first change, so that nobody sees the stack half changed while a question is open; one that is closed without an
+/// answer counts as No. A slice that only follows the stack's default spacing goes on following it.
+class VRLStackPropertiesDialog : public QDialog, public VRLEventClient {
+    Q_OBJECT
+
+public:
+    explicit VRLStackPropertiesDialog(QWidget* parent = nullptr);
+
+    /// The stack must stay open while the dialog is in use.
+    void setStack(VRLStack& stack);
+
+    void propertiesChange();
+    void apply();
+    void reset();
+
+    void stackCloseEvent(VRLStackCloseEvent& event) override;
+
+private:
+    using Slices = std::vector<StackSlice*>;
+
+    Slices slicesToChange(bool (*hasDefault)(const StackSlice&), const QString& title, const QString& difference,
+                          const QString& question);
+    void applySliceSpacingChange(float spacing, const Slices& slices);
+    void applyPixelCalibrationChange(const PixelCalibration& calibration, const Slices& slices);
+
+    VRLStack* __stack = nullptr;
+    VRLStackPropertiesEditor* __editor;
+    QPushButton* __applyButton;
+    QPushButton* __resetButton;
+};

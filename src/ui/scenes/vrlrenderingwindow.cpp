@@ -1,0 +1,243 @@
+#include "ui/scenes/vrlrenderingwindow.h"
+
+#include <cmath>
+#include <memory>
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QFrame>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QInputDialog>
+#include <QMenu>
+#include <QMenuBar>
+#include <QScreen>
+#include <QScrollArea>
+#include <QSettings>
+#include <QStyle>
+#include <QVBoxLayout>
+
+#include "editing/bus/vrlposeevent.h"
+#include "editing/bus/vrlstackevent.h"
+#include "editing/stacks/vrlstack.h"
+#include "ui/icons/vrlicons.h"
+#include "ui/models/vrlmodeldialog.h"
+#include "ui/scenes/vrlrenderingmediator.h"
+#include "ui/scenes/vrlrenderingtoolbar.h"
+#include "ui/viewer/viewercanvasgl.h"
+#include "ui/viewer/viewerposepanel.h"
+
+namespace {
+
+/// Two thirds of the screen's width and height.
+QSize defaultSize() {
+    const QSize screen = QGuiApplication::primaryScreen()->size();
+    return {int(std::lround(screen.width() * 2 / 3.0)), int(std::lround(screen.height() * 2 / 3.0))};
+}
+
+} // namespace
+
+VRLRenderingWindow::VRLRenderingWindow(QWidget* parent) : QWidget(parent, Qt::Window) {
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowTitle("Rendering");
+    setWindowIcon(VRLIcons::icon("threedimensions"));
+
+    __toolbar = new VRLRenderingToolbar(this);
+    __frame = new QFrame(this);
+    __frame->setFrameStyle(QFrame::Box | QFrame::Plain);
+    __canvas = new ViewerCanvasGL(__frame);
+    auto* frameLayout = new QVBoxLayout(__frame);
+    frameLayout->setContentsMargins(0, 0, 0, 0);
+    frameLayout->addWidget(__canvas);
+    __panel = new ViewerPosePanel;
+    // The panel is tall: on a small screen it scrolls, so that the window need not be as tall.
+    __panelArea = new QScrollArea(this);
+    __panelArea->setFrameShape(QFrame::NoFrame);
+    __panelArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    __panelArea->setWidgetResizable(true);
+    __panelArea->setWidget(__panel);
+    __panelArea->setFixedWidth(__panel->sizeHint().width() + style()->pixelMetric(QStyle::PM_ScrollBarExtent));
+
+    __mediator = new VRLRenderingMediator(this);
+    __mediator->setCanvas(__canvas);
+    __mediator->setPosePanel(__panel);
+    __mediator->setToolbar(*__toolbar);
+    __mediator->initialize();
+    connect(__mediator, &VRLRenderingMediator::stackChanged, this, &VRLRenderingWindow::showStackName);
+
+    buildMenus();
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->setMenuBar(__menuBar);
+    layout->addWidget(__toolbar);
+    auto* body = new QHBoxLayout;
+    body->setContentsMargins(5, 5, 5, 5);
+    body->setSpacing(5);
+    body->addWidget(__frame, 1);
+    body->addWidget(__panelArea, 0);
+    layout->addLayout(body, 1);
+
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &QWidget::close);
+    restoreSettings();
+}
+
+// The mediator takes its painters off the canvas, so it goes first.
+VRLRenderingWindow::~VRLRenderingWindow() {
+    delete __mediator;
+}
+
+void VRLRenderingWindow::buildMenus() {
+    __menuBar = new QMenuBar(this);
+    QMenu* rendering = __menuBar->addMenu("Rendering");
+    rendering->setToolTipsVisible(true);
+    __mediator->initRenderingMenu(*rendering);
+    QAction* close = rendering->addAction("Close");
+    close->setShortcut(Qt::CTRL | Qt::Key_W);
+    connect(close, &QAction::triggered, this, &QWidget::close);
+
+    QMenu* edit = __menuBar->addMenu("Edit");
+    connect(edit->addAction("Edit models..."), &QAction::triggered, this, &VRLRenderingWindow::editModels);
+    edit->addAction("Animation timeout")->setEnabled(false);
+    edit->addAction("Animation angle")->setEnabled(false);
+
+    initPoseMenu();
+
+    __showMenu = __menuBar->addMenu("Show");
+    __toolBarAction = __showMenu->addAction("Tool bar");
+    __toolBarAction->setCheckable(true);
+    connect(__toolBarAction, &QAction::triggered, this, &VRLRenderingWindow::toggleToolBar);
+    __panelAction = __showMenu->addAction("Pose panel");
+    __panelAction->setCheckable(true);
+    connect(__panelAction, &QAction::triggered, this, &VRLRenderingWindow::togglePanel);
+}
+
+void VRLRenderingWindow::initPoseMenu() {
+    __poseMenu = __menuBar->addMenu("Pose");
+    connect(__poseMenu->addAction("Record..."), &QAction::triggered, this, &VRLRenderingWindow::recordPose);
+    __selectPoseMenu = __poseMenu->addMenu("Select");
+    __deletePoseMenu = __poseMenu->addMenu("Delete");
+    __poseMenu->addSeparator();
+    __mediator->populatePoseMenu(*__poseMenu);
+    connect(__poseMenu, &QMenu::aboutToShow, this, &VRLRenderingWindow::updatePoseMenu);
+    connect(__selectPoseMenu, &QMenu::triggered, this, &VRLRenderingWindow::selectPose);
+    connect(__deletePoseMenu, &QMenu::triggered, this, &VRLRenderingWindow::deletePose);
+}
+
+void VRLRenderingWindow::restoreSettings() {
+    const QSettings settings;
+    const bool toolBar = settings.value("renderingWindow/toolBarVisible", true).toBool();
+    __toolbar->setVisible(toolBar);
+    __toolBarAction->setChecked(toolBar);
+    const bool panel = settings.value("renderingWindow/panelVisible", true).toBool();
+    __panelArea->setVisible(panel);
+    __panelAction->setChecked(panel);
+    const QPoint position = settings.value("renderingWindow/pos", QPoint(0, 0)).toPoint();
+    const QSize size = settings.value("renderingWindow/size", defaultSize()).toSize();
+    const bool onScreen = QGuiApplication::screenAt(position + QPoint(size.width() / 2, 0)) != nullptr;
+    move(onScreen ? position : QPoint(0, 0));
+    resize(size);
+}
+
+void VRLRenderingWindow::setStack(VRLStack& stack) {
+    __mediator->setStack(stack);
+}
+
+void VRLRenderingWindow::showStackName() {
+    if (__mediator->getStack() != nullptr)
+        setWindowTitle(QString::fromStdString(__mediator->getStack()->getName()));
+}
+
+void VRLRenderingWindow::stackCloseEvent(VRLStackCloseEvent& event) {
+    if (__mediator->getStack() == nullptr || event.getStack() != __mediator->getStack())
+        return;
+    __mediator->clear(); // the stack is gone before the window is
+    close();
+}
+
+void VRLRenderingWindow::stackNameEvent(VRLStackNameEvent& event) {
+    if (event.getStack() == __mediator->getStack())
+        showStackName();
+}
+
+void VRLRenderingWindow::editModels() {
+    if (__mediator->getStack() == nullptr)
+        return;
+    VRLModelDialog dialog(this);
+    dialog.setStack(*__mediator->getStack());
+    dialog.exec();
+}
+
+void VRLRenderingWindow::updatePoseMenu() {
+    __selectPoseMenu->clear();
+    __deletePoseMenu->clear();
+    const VRLStack* stack = __mediator->getStack();
+    const int numPoses = stack == nullptr ? 0 : stack->getNumPoses();
+    for (int k = 0; k < numPoses; ++k) {
+        const QString name = QString::fromStdString(stack->getPose(k).getName()).replace("&", "&&");
+        __selectPoseMenu->addAction(name)->setData(k);
+        __deletePoseMenu->addAction(name)->setData(k);
+    }
+    __selectPoseMenu->setEnabled(numPoses > 0);
+    __deletePoseMenu->setEnabled(numPoses > 0);
+}
+
+void VRLRenderingWindow::recordPose() {
+    VRLStack* stack = __mediator->getStack();
+    if (stack == nullptr)
+        return;
+    bool accepted = false;
+    QString name =
+        QInputDialog::getText(this, "Rendering", "Enter pose name:", QLineEdit::Normal, QString(), &accepted).trimmed();
+    if (!accepted)
+        return;
+    if (name.isEmpty())
+        name = QString("Pose %1").arg(stack->getNumPoses() + 1);
+    auto* pose = new Pose(__canvas->getPose()); // the stack takes it over
+    pose->setName(name.toStdString());
+    pose->setStack(stack);
+    pose->attach();
+    VRLPoseCreateEvent event(pose);
+    notifyEvent(event);
+}
+
+void VRLRenderingWindow::selectPose(QAction* action) {
+    const VRLStack* stack = __mediator->getStack();
+    const int place = action->data().toInt();
+    if (stack != nullptr && place >= 0 && place < stack->getNumPoses())
+        __mediator->setPose(stack->getPose(place));
+}
+
+void VRLRenderingWindow::deletePose(QAction* action) {
+    VRLStack* stack = __mediator->getStack();
+    const int place = action->data().toInt();
+    if (stack == nullptr || place < 0 || place >= stack->getNumPoses())
+        return;
+    Pose* pose = &stack->getPose(place);
+    pose->detach();
+    const std::unique_ptr<Pose> owned(pose);
+    VRLPoseDeleteEvent event(pose);
+    notifyEvent(event);
+}
+
+void VRLRenderingWindow::togglePanel() {
+    __panelArea->setVisible(__panelArea->isHidden());
+    __panelAction->setChecked(!__panelArea->isHidden());
+    QSettings().setValue("renderingWindow/panelVisible", !__panelArea->isHidden());
+}
+
+void VRLRenderingWindow::toggleToolBar() {
+    __toolbar->setVisible(__toolbar->isHidden());
+    __toolBarAction->setChecked(!__toolbar->isHidden());
+    QSettings().setValue("renderingWindow/toolBarVisible", !__toolbar->isHidden());
+}
+
+void VRLRenderingWindow::moveEvent(QMoveEvent* event) {
+    QWidget::moveEvent(event);
+    QSettings().setValue("renderingWindow/pos", pos());
+}
+
+void VRLRenderingWindow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    QSettings().setValue("renderingWindow/size", size());
+}

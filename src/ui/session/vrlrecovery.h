@@ -1,0 +1,91 @@
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <string>
+
+#include <QDateTime>
+#include <QList>
+#include <QLockFile>
+#include <QObject>
+#include <QString>
+#include <QThreadPool>
+#include <QTimer>
+
+#include "editing/bus/vrleventclient.h"
+
+class VRLStack;
+
+/// Saves open stacks from crashes and power cuts: each modified stack is written to a recovery file of its own, every
+/// two minutes while there are new changes and the user holds no mouse button.
+///
+/// The files lie in a directory of the running program below the user's state directory, which a lock keeps from other
+/// programs that run at the same time. The text is made on the main thread and written to disk on another one, beside
+/// and renamed, so that a recovery file is always whole. A file goes when its stack is saved or closed. What a program
+/// leaves behind that did not end in the proper way is offered at the next start. Stacks that are still open and
+/// modified when this object goes were not closed by the user: their files are brought up to date and stay.
+///
+/// The user's own files are never touched. Without a directory that can be written there are no recovery files.
+class VRLRecovery : public QObject, public VRLEventClient {
+    Q_OBJECT
+
+public:
+    /// A stack that another run has left behind.
+    struct Leftover {
+        QString recoveryFile;
+        QString stackFile; ///< the user's own file; empty for a stack that was never saved
+        QString stackName;
+        QDateTime time;
+    };
+
+    /// The directory is that of all programs; an empty one stands for the user's state directory.
+    explicit VRLRecovery(const QString& directory = QString());
+    ~VRLRecovery() override;
+
+    /// Begins to save, in intervals of so many milliseconds.
+    void start(int interval = 120000);
+
+    /// What other runs have left behind, latest first. Files without a stack in them are not listed.
+    QList<Leftover> leftovers() const;
+
+    /// Reads a leftover into a new stack, which has the name of the user's file and is modified; null, with a message,
+    /// when it cannot be read, or the image of one of its slices. The recovery file stays until discard().
+    VRLStack* recover(const Leftover& leftover, QString& message) const;
+
+    /// Deletes a leftover.
+    void discard(const Leftover& leftover);
+
+    /// The recovery file of an open stack; empty when there is none.
+    QString recoveryFile(const VRLStack& stack) const;
+
+    void stackCloseEvent(VRLStackCloseEvent& event) override;
+    void stackModifyEvent(VRLStackModifyEvent& event) override;
+
+public slots:
+    /// Writes what has changed since the last time, whatever the user is doing.
+    void saveModifiedStacks();
+
+    /// Waits until all files are on disk.
+    void waitForWrites();
+
+private:
+    struct Entry {
+        QString file;
+        unsigned int changeCount = 0;
+        std::shared_ptr<std::atomic<bool>> written = std::make_shared<std::atomic<bool>>(false); // the last changes
+    };
+
+    void saveIfIdle();
+    bool makeSessionDirectory();
+    void writeEntry(const Entry& entry, const VRLStack& stack);
+    void remove(const VRLStack& stack);
+
+    QString __directory;
+    QString __sessionDirectory;
+    std::unique_ptr<QLockFile> __lock;
+    QTimer __timer;
+    QThreadPool __writers;
+    std::map<const VRLStack*, Entry> __entries;
+    int __numFiles = 0;
+};

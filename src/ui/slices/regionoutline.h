@@ -1,0 +1,37 @@
+#pragma once
+
+#include "images/rasters/pixelmatrix.h"
+#include "shapes/boundingbox.h"
+#include "shapes/curve.h"
+
+class Image;
+
+/// Outline of a structure that is darker than what surrounds it, found from a box that the user marked around its edge.
+///
+/// The grey levels in the box, smoothed by the mean over a square, give the threshold (IsodataThresholding). The whole
+/// image is cut at it, and the outline is the border of what lies below, as it is met first, from left to right, in the
+/// middle row of the box. It may leave the box.
+///
+/// Decisions: levels of 16 bits are told apart by a histogram of as many bins, where 256 would lump together all but
+/// the darkest. The means are rounded down, and outside of the box only compared with the threshold, not formed.
+class RegionOutline {
+public:
+    /// The box is in columns and rows, both ends included. The mean is over 2 * smoothing + 1 rows and columns. Throws
+    /// RangeError for a box that does not lie on the image.
+    RegionOutline(const Image& image, const BoundingBox<int>& box, int smoothing);
+
+    /// Whether there is an outline in the middle row of the box.
+    bool isFound() const { return __column >= 0; }
+
+    int getThreshold() const { return __threshold; }
+
+    /// Vertices (column, row) of the outline that is found, decimated on the way (Thresholding::extractCurve()). Throws
+    /// ValueError when it is not closed.
+    Curve<int> follow(int decimation) const;
+
+private:
+    PixelMatrix<int> __borders;
+    int __threshold = 0;
+    int __row = 0;
+    int __column = -1;
+};

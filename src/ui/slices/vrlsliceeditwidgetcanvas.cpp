@@ -1,0 +1,153 @@
+#include "ui/slices/vrlsliceeditwidgetcanvas.h"
+
+#include <utility>
+
+#include <QOpenGLContext>
+#include <QPainter>
+#include <QPen>
+
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/stackslice.h"
+#include "ui/imageserver/vrlimageproxy.h"
+#include "ui/session/vrlpreferences.h"
+#include "ui/slices/itemlook.h"
+
+VRLSliceEditWidgetCanvas::VRLSliceEditWidgetCanvas(QWidget* parent) : VRLSliceWidgetCanvas(parent) {
+}
+
+// The context goes in the destructor of a base, when this object is none of its class any more.
+VRLSliceEditWidgetCanvas::~VRLSliceEditWidgetCanvas() {
+    disconnect(__contextGoes);
+    forgetPicture();
+}
+
+void VRLSliceEditWidgetCanvas::clear() {
+    __extraItem = nullptr;
+    __rubberLine = nullptr;
+    VRLSliceWidgetCanvas::clear();
+}
+
+void VRLSliceEditWidgetCanvas::setExtraItem(ModelItem* item) {
+    __extraItem = item;
+    update();
+}
+
+void VRLSliceEditWidgetCanvas::setRubberLine(const QLine* line) {
+    __rubberLine = line;
+    update();
+}
+
+void VRLSliceEditWidgetCanvas::paintItems(const StackSlice& slice, QPainter& painter) {
+    VRLSliceWidgetCanvas::paintItems(slice, painter);
+    paintUnfinished(painter);
+}
+
+void VRLSliceEditWidgetCanvas::setKeepingPicture(bool on) {
+    __keepingPicture = on;
+    forgetPicture();
+    update();
+}
+
+void VRLSliceEditWidgetCanvas::initializeGL() {
+    VRLSliceWidgetCanvas::initializeGL();
+    __contextGoes =
+        connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &VRLSliceEditWidgetCanvas::forgetPicture);
+}
+
+void VRLSliceEditWidgetCanvas::paintGL() {
+    if (!__keepingPicture) {
+        __lastPainted = rect();
+        VRLSliceWidgetCanvas::paintGL();
+        return;
+    }
+    const KeptPicture::View view = presentView();
+    std::vector<KeptPicture::Item> items = presentItems();
+    __lastPainted = __picture.staleRegion(view, items);
+    beforePaintGL();
+    // Some drivers reach a row of pixels beyond a clip: each part is taken at once, and all of the picture shown at
+    // last.
+    for (const QRect& area : __lastPainted) {
+        paintAnew(area);
+        __picture.take(area, size() * devicePixelRatioF(), view.density);
+    }
+    if (!__lastPainted.isEmpty())
+        __picture.remember(view, std::move(items));
+    if (__lastPainted != QRegion(rect()))
+        __picture.show();
+    if (getMode() != BackgroundMode && getSlice() != nullptr && (__extraItem != nullptr || __rubberLine != nullptr))
+        withPainter([this](QPainter& painter) { paintUnfinished(painter); });
+}
+
+KeptPicture::View VRLSliceEditWidgetCanvas::presentView() const {
+    KeptPicture::View view;
+    view.size = size();
+    view.density = devicePixelRatioF();
+    view.origin = getViewOrigin();
+    view.zoom = getZoomFactor();
+    view.betaWidth = betaWidth();
+    view.betaHeight = betaHeight();
+    view.mode = getMode();
+    view.background = VRLPreferences::getImageCanvasBackgroundColor();
+    view.slice = getSlice();
+    view.image = paintedImage();
+    view.imageRevision = getImageRevision();
+    view.view = currentView();
+    view.black = getBlack();
+    view.white = getWhite();
+    view.notice = getNotice();
+    view.visible = isVisible();
+    return view;
+}
+
+std::vector<KeptPicture::Item> VRLSliceEditWidgetCanvas::presentItems() const {
+    std::vector<KeptPicture::Item> items;
+    if (getSlice() == nullptr || getMode() == BackgroundMode)
+        return items;
+    const StackSlice& slice = *getSlice();
+    items.reserve(std::size_t(slice.getNumItems()));
+    for (int i = 0; i < slice.getNumItems(); ++i) {
+        const ModelItem& item = slice.getItem(i);
+        const ModelItemProperties look = lookOf(item);
+        const QRect area = areaOf(item, look);
+        if (!area.isEmpty())
+            items.push_back({item.getRevision(), look, geometryOf(item), opacityOf(item), item.getSelection(), area});
+    }
+    return items;
+}
+
+void VRLSliceEditWidgetCanvas::paintAnew(const QRect& area) {
+    if (area != rect()) {
+        const double density = devicePixelRatioF();
+        glEnable(GL_SCISSOR_TEST);
+        glScissor(qRound(area.x() * density), qRound((height() - area.y() - area.height()) * density),
+                  qRound(area.width() * density), qRound(area.height() * density));
+        glClear(GL_COLOR_BUFFER_BIT);
+    }
+    if (getMode() != ForegroundMode)
+        paintImageGL();
+    glDisable(GL_SCISSOR_TEST);
+    if (getMode() != BackgroundMode && getSlice() != nullptr)
+        paintItemsWithin(*getSlice(), area);
+}
+
+void VRLSliceEditWidgetCanvas::paintUnfinished(QPainter& painter) const {
+    if (__extraItem != nullptr)
+        paintItem(*__extraItem, painter);
+    if (__rubberLine != nullptr) {
+        QPen pen(Qt::magenta, 3, Qt::DashLine);
+        pen.setCosmetic(true);
+        painter.save();
+        painter.setPen(pen);
+        painter.drawLine(*__rubberLine);
+        painter.restore();
+    }
+}
+
+void VRLSliceEditWidgetCanvas::forgetPicture() {
+    if (context() == nullptr)
+        return;
+    makeCurrent();
+    __picture.clear();
+    doneCurrent();
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <vector>
+
+#include <QLine>
+#include <QRegion>
+
+#include "ui/slices/keptpicture.h"
+#include "ui/slices/vrlslicewidgetcanvas.h"
+
+/// Canvas of the slice editor: over the items of the slice it paints what is being made and is not on the slice yet.
+///
+/// The picture of the slice is kept. A paint copies it, puts what is being made on top, and paints anew only the parts
+/// of the picture in which the slice looks different from the last time.
+class VRLSliceEditWidgetCanvas : public VRLSliceWidgetCanvas {
+    Q_OBJECT
+
+public:
+    explicit VRLSliceEditWidgetCanvas(QWidget* parent = nullptr);
+    ~VRLSliceEditWidgetCanvas() override;
+
+    /// Forgets extra item and rubber line too.
+    void clear() override;
+
+    /// An item that is painted behind those of the slice; none for null. Seen, not owned.
+    void setExtraItem(ModelItem* item);
+    ModelItem* getExtraItem() const { return __extraItem; }
+
+    /// A line in image coordinates that is painted last; none for null. Seen, not owned.
+    void setRubberLine(const QLine* line);
+
+    void paintItems(const StackSlice& slice, QPainter& painter) override;
+    using VRLSliceWidgetCanvas::paintItems;
+
+    /// On at first. Without a kept picture every paint is one of everything.
+    void setKeepingPicture(bool on);
+
+    /// How much of the canvas the last paint painted anew; for tests and measurements.
+    const QRegion& lastPainted() const { return __lastPainted; }
+
+protected:
+    void initializeGL() override;
+    void paintGL() override;
+
+private:
+    KeptPicture::View presentView() const;
+    std::vector<KeptPicture::Item> presentItems() const;
+    void paintAnew(const QRect& area);
+    void paintUnfinished(QPainter& painter) const;
+    void forgetPicture();
+
+    bool __keepingPicture = true;
+    KeptPicture __picture;
+    QRegion __lastPainted;
+    QMetaObject::Connection __contextGoes;
+    ModelItem* __extraItem = nullptr;
+    const QLine* __rubberLine = nullptr;
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "ui/slices/vrlsliceeditwidgetmediatordialogdelegate.h"
+
+class VRLFourierDialog;
+
+/// Smooths the selected contour by dropping the higher frequencies of its Fourier series. The contour stays in view
+/// under the preview.
+class VRLSliceEditWidgetMediatorFourierDelegate : public VRLSliceEditWidgetMediatorDialogDelegate {
+    Q_OBJECT
+
+public:
+    using VRLSliceEditWidgetMediatorDialogDelegate::VRLSliceEditWidgetMediatorDialogDelegate;
+
+public slots:
+    /// Keep as much of the contour, in per cent, or as many descriptors; the dialog shows the other value.
+    void fidelityChange(int percent);
+    void numDescriptorsChange(int numDescriptors);
+
+protected:
+    QDialog* newDialog() override;
+    bool hidesItem() const override { return false; }
+    QString refusal() const override;
+
+private:
+    VRLFourierDialog* __dialog = nullptr;
+};

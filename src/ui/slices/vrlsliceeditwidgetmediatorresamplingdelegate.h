@@ -1,0 +1,25 @@
+#pragma once
+
+#include "shapes/curve.h"
+#include "ui/slices/vrlsliceeditwidgetmediatordialogdelegate.h"
+
+/// Gives the selected contour another number of vertices, at even distances along it.
+///
+/// Decision: the most that can be chosen is one vertex for each pixel of length, and at most a million.
+class VRLSliceEditWidgetMediatorResamplingDelegate : public VRLSliceEditWidgetMediatorDialogDelegate {
+    Q_OBJECT
+
+public:
+    using VRLSliceEditWidgetMediatorDialogDelegate::VRLSliceEditWidgetMediatorDialogDelegate;
+
+public slots:
+    /// The preview has fewer vertices where neighbours come to lie on one pixel.
+    void numVerticesChange(int numVertices);
+
+protected:
+    QDialog* newDialog() override;
+    QString refusal() const override;
+
+private:
+    Curve<float> __curve;
+};

@@ -1,0 +1,30 @@
+#include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+
+#include <QLabel>
+
+VRLSliceEditWidgetStatusBar::VRLSliceEditWidgetStatusBar(QWidget* parent) : VRLSliceWidgetStatusBar(parent) {
+    __editMode = addField(int(QFrame::Panel) | int(QFrame::Sunken), "Edit mode");
+    // Queued, as the bar is about to show what it has just told of.
+    connect(
+        this, &QStatusBar::messageChanged, this,
+        [this] {
+            if (currentMessage().isEmpty() && !__hint.isEmpty())
+                showMessage(__hint);
+        },
+        Qt::QueuedConnection);
+}
+
+void VRLSliceEditWidgetStatusBar::setEditModeInfo(const QString& text) {
+    __editMode->setText(text);
+}
+
+QString VRLSliceEditWidgetStatusBar::getEditModeInfo() const {
+    return __editMode->text();
+}
+
+void VRLSliceEditWidgetStatusBar::setHint(const QString& hint, bool pressing) {
+    const bool free = currentMessage().isEmpty() || currentMessage() == __hint;
+    __hint = hint;
+    if (pressing || free)
+        showMessage(hint);
+}

@@ -1,0 +1,43 @@
+#include "ui/tools/vrlsnakeconfigdialog.h"
+
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "ui/tools/vrlsnakeconfigeditor.h"
+
+VRLSnakeConfigDialog::VRLSnakeConfigDialog(QWidget* parent) : QDialog(parent) {
+    setWindowTitle("Snake parameters");
+    auto* const frame = new QFrame(this);
+    frame->setFrameStyle(int(QFrame::WinPanel) | int(QFrame::Raised));
+    __editor = new VRLSnakeConfigEditor(frame);
+    auto* const frameLayout = new QVBoxLayout(frame);
+    frameLayout->setContentsMargins(0, 0, 0, 0);
+    frameLayout->addWidget(__editor);
+
+    auto* const cancel = new QPushButton("Cancel", this);
+    auto* const ok = new QPushButton("OK", this);
+    cancel->setAutoDefault(false);
+    ok->setDefault(true);
+    auto* const buttons = new QHBoxLayout;
+    buttons->setSpacing(5);
+    buttons->addStretch(1);
+    buttons->addWidget(cancel);
+    buttons->addWidget(ok);
+    buttons->addStretch(1);
+
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(5, 5, 5, 5);
+    layout->setSpacing(5);
+    layout->addWidget(frame, 1);
+    layout->addLayout(buttons);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
+}
+
+void VRLSnakeConfigDialog::setConfig(const VRLSnakeConfig& config) {
+    __editor->setConfig(config);
+}
+
+VRLSnakeConfig VRLSnakeConfigDialog::getConfig() const {
+    return __editor->getConfig();
+}

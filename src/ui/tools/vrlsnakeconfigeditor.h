@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QFrame>
+
+#include "ui/tools/vrlsnakeconfig.h"
+
+class QCheckBox;
+class QDoubleSpinBox;
+class QSpinBox;
+
+/// The controls of a snake's parameters.
+///
+/// Decisions: values beyond the range of a control become its nearest end. A choice of propagation stays when the run
+/// over the slices is switched off, and means nothing then.
+class VRLSnakeConfigEditor : public QFrame {
+    Q_OBJECT
+
+public:
+    explicit VRLSnakeConfigEditor(QWidget* parent = nullptr);
+
+    void setConfig(const VRLSnakeConfig& config);
+
+    /// What has no control has its default: the distance and the lower regularization.
+    VRLSnakeConfig getConfig() const;
+
+private slots:
+    void allSliceBoxChanged(int state);
+
+private:
+    QDoubleSpinBox* __alpha;
+    QDoubleSpinBox* __threshold;
+    QDoubleSpinBox* __regMax;
+    QCheckBox* __adaptive;
+    QCheckBox* __allSlices;
+    QCheckBox* __propagation;
+    QSpinBox* __scale;
+};

@@ -1,0 +1,14 @@
+#include "ui/viewer/shapeviewerpaintergl.h"
+
+BoundingBox<float> ShapeViewerPainterGL::boundingBox() const {
+    return __proxy != nullptr ? __proxy->boundingBox() : BoundingBox<float>();
+}
+
+bool ShapeViewerPainterGL::isOpaque() const {
+    return __proxy == nullptr || __proxy->isOpaque();
+}
+
+void ShapeViewerPainterGL::glDraw() const {
+    if (__proxy != nullptr)
+        __proxy->glDraw();
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "shapes/vertexstack.h"
+#include "ui/viewer/shapepaintergl.h"
+
+/// Draws the vertices of all levels of a stack, as VerticesPainterGL does.
+template <class T>
+class VertexStackPainterGL : public ShapePainterGL<T> {
+public:
+    using ShapePainterGL<T>::setShape;
+    void setShape(const VertexStack<T>& stack);
+
+protected:
+    void glDrawShape() const override;
+    void prepareShape() const override;
+};

@@ -1,0 +1,525 @@
+#include "ui/viewer/viewercanvasgl.h"
+
+#include "numerics/exception.h"
+#include "numerics/maths.h"
+#include "ui/widgets/vorlenapplication.h"
+
+#include <QColor>
+#include <QElapsedTimer>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QOpenGLContext>
+#include <QSaveFile>
+#include <QSettings>
+#include <QWheelEvent>
+
+#include <GL/gl.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+
+namespace {
+
+const char* const colorKey = "viewerCanvas/background/color";
+const char* const gradientKey = "viewerCanvas/background/gradient";
+
+constexpr int slowPaint = 50; // milliseconds
+constexpr float minZoom = 0.01f, maxZoom = 5.0f;
+
+Vector<float> nullVector() {
+    Vector<float> v(3);
+    v.setZeros();
+    return v;
+}
+
+Vector<float> inSpace3(const Vector<float>& corner) {
+    Vector<float> v = nullVector();
+    std::copy_n(corner.data(), std::min(corner.getSize(), 3), v.data());
+    return v;
+}
+
+float lightOf(int light) {
+    return float(std::clamp(light, 0, 255)) / 255;
+}
+
+/// Matrix of the rotation that the angles, in degrees, make of the scene.
+Matrix<float> rotationMatrix(const Vector<float>& angles) {
+    return Maths::xRotationMatrix3D(Maths::toRadians(angles[0])) *
+           Maths::yRotationMatrix3D(Maths::toRadians(angles[1])) *
+           Maths::zRotationMatrix3D(Maths::toRadians(angles[2]));
+}
+
+} // namespace
+
+ViewerCanvasGL::ViewerCanvasGL(QWidget* parent)
+    : QOpenGLWidget(parent), __center(nullVector()), __rotation(nullVector()) {
+    setFormat(VorlenApplication::surfaceFormat());
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setFocusPolicy(Qt::StrongFocus);
+    setAccessibleName("3D view");
+    setWhatsThis("Drag to turn the scene, with Shift about the line of sight, with Ctrl to zoom, with Alt to move. "
+                 "The wheel zooms; a double click takes all back.");
+    __restoreBackground();
+}
+
+void ViewerCanvasGL::setPainters(const std::vector<PainterGL<float>*>& list) {
+    __painters = list;
+}
+
+void ViewerCanvasGL::addPainter(PainterGL<float>& painter) {
+    __painters.push_back(&painter);
+}
+
+void ViewerCanvasGL::removePainter(PainterGL<float>& painter) {
+    std::erase(__painters, &painter);
+}
+
+void ViewerCanvasGL::removePainters() {
+    __painters.clear();
+}
+
+Pose ViewerCanvasGL::getPose() const {
+    Pose pose;
+    pose.setRotation(__rotation);
+    pose.setTranslation(__translation());
+    pose.setZoom(Maths::fround(100 * __zoom));
+    pose.setAmbientLight(Maths::fround(255 * __ambient));
+    pose.setDiffuseLight(Maths::fround(255 * __diffuse));
+    pose.setSpecularLight(Maths::fround(255 * __specular));
+    return pose;
+}
+
+void ViewerCanvasGL::setPose(const Pose& pose) {
+    __rotation = pose.getRotation();
+    __applyTranslation(pose.getTranslation());
+    __applyZoom(pose.getZoom());
+    __ambient = lightOf(pose.getAmbientLight());
+    __diffuse = lightOf(pose.getDiffuseLight());
+    __specular = lightOf(pose.getSpecularLight());
+    __lightDirty = true;
+    repaint();
+}
+
+void ViewerCanvasGL::initializeGL() {
+    updateBoundingBox();
+    if (context() == nullptr)
+        return; // not shown yet: the first show comes back here
+    const bool current = QOpenGLContext::currentContext() == context();
+    if (!current)
+        makeCurrent();
+    __initializeState();
+    if (!current)
+        doneCurrent();
+}
+
+void ViewerCanvasGL::updateBoundingBox() {
+    __sceneBox = BoundingBox<float>();
+    for (const PainterGL<float>* painter : __painters) {
+        const BoundingBox<float> box = painter->boundingBox();
+        if (box.isValid())
+            __sceneBox = __sceneBox.merge(BoundingBox<float>(inSpace3(box.getVertex1()), inSpace3(box.getVertex2())));
+    }
+    __center = nullVector();
+    __radius = 1;
+    if (__sceneBox.isValid()) {
+        __center = __sceneBox.cog();
+        const float radius = 0.6f * __sceneBox.diagonal();
+        if (std::isfinite(radius) && radius > 0)
+            __radius = radius;
+    }
+    __scaleBoundingBox();
+    __projectionDirty = true;
+}
+
+int ViewerCanvasGL::fittingZoom() const {
+    const BoundingBox<float>& frame = __boundingBoxPainter.getBoundingBox();
+    if (!frame.isValid())
+        return 100;
+    const Matrix<float> rotation = rotationMatrix(__rotation);
+    const float side = float(std::max({width(), height(), 1}));
+    const float eye = __projection.eyeDistance() * __radius;
+    float zoom = maxZoom;
+    for (int corner = 0; corner < 8; ++corner) {
+        Vector<float> p(3);
+        for (int k = 0; k < 3; ++k)
+            p[k] = ((corner >> k & 1) != 0 ? frame.max(k) : frame.min(k)) - __center[k];
+        p = rotation * p;
+        const float scale = __projection.isPerspective() ? (eye - __radius) / (eye - p[2]) : 1;
+        for (const auto& [shown, reach] : {std::pair(float(width()), p[0]), std::pair(float(height()), p[1])})
+            if (reach != 0)
+                zoom = std::min(zoom, shown / side * __radius / std::abs(reach * scale));
+    }
+    return std::max(1, int(98 * zoom)); // a margin of a hundredth on each side
+}
+
+void ViewerCanvasGL::combineXYRotation(int a, int b) {
+    __combine(Maths::xRotationMatrix3D(Maths::toRadians(0.25f * float(a))) *
+              Maths::yRotationMatrix3D(Maths::toRadians(0.25f * float(b))));
+}
+
+void ViewerCanvasGL::combineZRotation(int a) {
+    __combine(Maths::zRotationMatrix3D(Maths::toRadians(float(a))));
+}
+
+void ViewerCanvasGL::translateBy(int dx, int dy) {
+    __tx -= float(dx) / float(std::max(width(), 1));
+    __ty += float(dy) / float(std::max(height(), 1));
+    __projectionDirty = true;
+    emit translationChanged(__translation());
+    emit poseChanged(getPose());
+    repaint();
+}
+
+void ViewerCanvasGL::zoomBy(float difference) {
+    __zoom = std::clamp(__zoom + difference, minZoom, maxZoom);
+    __projectionDirty = true;
+    emit zoomChanged(Maths::fround(100 * __zoom));
+    emit poseChanged(getPose());
+    repaint();
+}
+
+bool ViewerCanvasGL::saveSnapshot(const QString& file) {
+    // A picture is opaque, whatever the frame buffer holds in its alpha channel.
+    const QImage picture = grabFramebuffer().convertToFormat(QImage::Format_RGB32);
+    QSaveFile out(file);
+    return out.open(QIODevice::WriteOnly) && picture.save(&out, "PNG") && out.commit();
+}
+
+QSize ViewerCanvasGL::sizeHint() const {
+    return {640, 480};
+}
+
+void ViewerCanvasGL::setRotation(const Vector<float>& rotation) {
+    if (rotation.getSize() != 3)
+        throw SizeError("void ViewerCanvasGL::setRotation(const Vector<float>&)", "A rotation has three angles");
+    __rotation = rotation;
+    repaint();
+}
+
+void ViewerCanvasGL::setTranslation(const Vector<int>& translation) {
+    if (translation.getSize() != 2)
+        throw SizeError("void ViewerCanvasGL::setTranslation(const Vector<int>&)", "A translation has two components");
+    __applyTranslation(translation);
+    repaint();
+}
+
+void ViewerCanvasGL::setZoom(int zoom) {
+    __applyZoom(zoom);
+    repaint();
+}
+
+void ViewerCanvasGL::setBoundingBoxScaling(int scaling) {
+    __boundingBoxScaling = scaling;
+    __scaleBoundingBox();
+    repaint();
+}
+
+void ViewerCanvasGL::setAmbientLight(int light) {
+    __ambient = lightOf(light);
+    __lightDirty = true;
+    repaint();
+}
+
+void ViewerCanvasGL::setDiffuseLight(int light) {
+    __diffuse = lightOf(light);
+    __lightDirty = true;
+    repaint();
+}
+
+void ViewerCanvasGL::setSpecularLight(int light) {
+    __specular = lightOf(light);
+    __lightDirty = true;
+    repaint();
+}
+
+void ViewerCanvasGL::resetPose() {
+    __tx = __ty = 0;
+    __rotation.setZeros();
+    __zoom = 1;
+    __projectionDirty = true;
+    repaint();
+    emit poseChanged(getPose());
+}
+
+void ViewerCanvasGL::setStandardPose1() {
+    setPose(Pose::canonicalPose1());
+}
+
+void ViewerCanvasGL::setStandardPose2() {
+    setPose(Pose::canonicalPose2());
+}
+
+void ViewerCanvasGL::setStandardPose3() {
+    setPose(Pose::canonicalPose3());
+}
+
+void ViewerCanvasGL::setRevStandardPose1() {
+    setPose(Pose::reverseCanonicalPose1());
+}
+
+void ViewerCanvasGL::setRevStandardPose2() {
+    setPose(Pose::reverseCanonicalPose2());
+}
+
+void ViewerCanvasGL::setRevStandardPose3() {
+    setPose(Pose::reverseCanonicalPose3());
+}
+
+void ViewerCanvasGL::setBackground(const BackgroundGL& background) {
+    __applyBackground(background);
+    const Vector<int>& color = __background.getColor();
+    QSettings settings;
+    settings.setValue(colorKey, QColor(color[0], color[1], color[2], color[3]));
+    settings.setValue(gradientKey, __background.isGradientEnabled());
+    repaint();
+}
+
+void ViewerCanvasGL::setProjection(const ProjectionGL& projection) {
+    __projection = projection;
+    __projectionDirty = true;
+    repaint();
+}
+
+void ViewerCanvasGL::toggleBoundingBox(bool shown) {
+    __boundingBoxPainter.setActive(shown);
+    repaint();
+}
+
+void ViewerCanvasGL::snapshot() {
+    const QString file =
+        QFileDialog::getSaveFileName(this, "Enter output filename", QString(), "Portable Network Graphics (*.png)");
+    if (file.isEmpty() || saveSnapshot(file))
+        return;
+    QMessageBox box(QMessageBox::Critical, QString(), "Could not write file\n\n" + file, QMessageBox::Ok, this);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+}
+
+void ViewerCanvasGL::resizeGL(int, int) {
+    __setViewport();
+}
+
+void ViewerCanvasGL::paintGL() {
+    if (!__moving || __coarse) {
+        __paint(!__coarse);
+        return;
+    }
+    QElapsedTimer timer;
+    timer.start();
+    __paint(true);
+    glFinish(); // drawing goes on behind the calls
+    __coarse = timer.elapsed() > slowPaint;
+}
+
+void ViewerCanvasGL::mousePressEvent(QMouseEvent* event) {
+    __lastX = event->position().toPoint().x();
+    __lastY = event->position().toPoint().y();
+}
+
+void ViewerCanvasGL::mouseMoveEvent(QMouseEvent* event) {
+    const QPoint position = event->position().toPoint();
+    const int dx = position.x() - __lastX;
+    const int dy = position.y() - __lastY;
+    __lastX = position.x();
+    __lastY = position.y();
+    __moving = true;
+    const Qt::KeyboardModifiers modifiers = event->modifiers();
+    if (event->buttons() != Qt::LeftButton)
+        repaint();
+    else if (modifiers == Qt::NoModifier)
+        combineXYRotation(dy, dx);
+    else if (modifiers == Qt::ControlModifier)
+        zoomBy(float(dx) * 3 / float(std::max(width(), 1)));
+    else if (modifiers == Qt::AltModifier)
+        translateBy(dx, dy);
+    else if (modifiers == Qt::ShiftModifier)
+        combineZRotation(dx);
+    else
+        repaint();
+}
+
+void ViewerCanvasGL::mouseReleaseEvent(QMouseEvent*) {
+    if (!__moving)
+        return;
+    __moving = false;
+    __coarse = false;
+    repaint();
+}
+
+void ViewerCanvasGL::mouseDoubleClickEvent(QMouseEvent*) {
+    resetPose();
+}
+
+void ViewerCanvasGL::wheelEvent(QWheelEvent* event) {
+    const QPoint angle = event->angleDelta(); // with Alt held down, the wheel turns sideways
+    zoomBy(-float(angle.y() != 0 ? angle.y() : angle.x()) / 800);
+    event->accept();
+}
+
+void ViewerCanvasGL::__paint(bool smooth) {
+    if (smooth)
+        glEnable(GL_MULTISAMPLE);
+    else
+        glDisable(GL_MULTISAMPLE);
+    __setViewport(); // the widget sets its own before each paint
+    __background.glDraw();
+    // Colours blend, the alpha channel stays that of the ground: the window must not shine through the scene.
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_FALSE);
+    if (__projectionDirty)
+        __updateGLProjection();
+    if (__lightDirty)
+        __updateGLLight();
+    __loadCamera();
+    __draw(__boundingBoxPainter);
+    for (const PainterGL<float>* painter : __painters)
+        if (painter->isOpaque())
+            __draw(*painter);
+    glDepthMask(GL_FALSE);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    for (const PainterGL<float>* painter : __painters)
+        if (!painter->isOpaque())
+            __draw(*painter);
+    glDisable(GL_BLEND);
+    glDepthMask(GL_TRUE);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+}
+
+void ViewerCanvasGL::__restoreBackground() {
+    const QSettings settings;
+    if (!settings.contains(colorKey))
+        return;
+    const auto stored = settings.value(colorKey).value<QColor>();
+    if (!stored.isValid())
+        return;
+    BackgroundGL background;
+    Vector<int> color(4);
+    color[0] = stored.red();
+    color[1] = stored.green();
+    color[2] = stored.blue();
+    color[3] = stored.alpha();
+    background.setColor(color);
+    background.setGradientEnabled(settings.value(gradientKey, true).toBool());
+    __applyBackground(background);
+}
+
+// The frame stands out from the ground, whose alpha does not make it lighter.
+void ViewerCanvasGL::__applyBackground(const BackgroundGL& background) {
+    __background = background;
+    Vector<int> frame(3);
+    frame.fill(__background.getColor().copy(0, 2).max() < 127 ? 255 : 0);
+    __boundingBoxPainter.setColor(frame);
+}
+
+void ViewerCanvasGL::__scaleBoundingBox() {
+    BoundingBox<float> frame = __sceneBox;
+    if (frame.isValid())
+        frame.expand(frame.widths() * (float(__boundingBoxScaling - 100) * 0.01f));
+    __boundingBoxPainter.setBoundingBox(frame);
+}
+
+void ViewerCanvasGL::__initializeState() {
+    glEnable(GL_LIGHTING);
+    glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, 1);
+    glEnable(GL_COLOR_MATERIAL);
+    const GLfloat towardsViewer[] = {0, 0, 1, 0};
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    glLightfv(GL_LIGHT0, GL_POSITION, towardsViewer);
+    glEnable(GL_LIGHT0);
+    glEnable(GL_DEPTH_TEST);
+    glShadeModel(GL_SMOOTH);
+    __projectionDirty = true;
+    __lightDirty = true;
+}
+
+void ViewerCanvasGL::__setViewport() {
+    const int w = int(std::lround(width() * devicePixelRatioF()));
+    const int h = int(std::lround(height() * devicePixelRatioF()));
+    if (w > h)
+        glViewport(0, (h - w) / 2, w, w);
+    else
+        glViewport((w - h) / 2, 0, h, h);
+}
+
+void ViewerCanvasGL::__updateGLProjection() {
+    const double px = double(__tx) * __radius, py = double(__ty) * __radius, r = double(__radius) / __zoom;
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    if (__projection.isPerspective()) {
+        const double eye = double(__projection.eyeDistance()) * __radius;
+        glFrustum(px - r, px + r, py - r, py + r, eye - __radius, eye + __radius);
+    } else {
+        glOrtho(px - r, px + r, py - r, py + r, -__radius, __radius);
+    }
+    glMatrixMode(GL_MODELVIEW);
+    __projectionDirty = false;
+}
+
+void ViewerCanvasGL::__updateGLLight() {
+    const auto setLight = [](GLenum kind, float v) {
+        const GLfloat color[] = {v, v, v, 1};
+        glLightfv(GL_LIGHT0, kind, color);
+    };
+    setLight(GL_AMBIENT, __ambient);
+    setLight(GL_DIFFUSE, __diffuse);
+    setLight(GL_SPECULAR, __specular);
+    __lightDirty = false;
+}
+
+void ViewerCanvasGL::__loadCamera() const {
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    if (__projection.isPerspective())
+        glTranslatef(0, 0, -__projection.eyeDistance() * __radius);
+    glRotatef(__rotation[0], 1, 0, 0);
+    glRotatef(__rotation[1], 0, 1, 0);
+    glRotatef(__rotation[2], 0, 0, 1);
+    glTranslatef(-__center[0], -__center[1], -__center[2]);
+}
+
+void ViewerCanvasGL::__draw(const PainterGL<float>& painter) const {
+    glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_LIGHTING_BIT | GL_POINT_BIT | GL_LINE_BIT | GL_POLYGON_BIT);
+    glEnable(GL_COLOR_MATERIAL);
+    glColor4ub(255, 255, 255, 255);
+    try {
+        painter.glDraw();
+    } catch (const Exception& failure) {
+        std::cerr << "A painter of the 3D view failed: " << failure;
+    } catch (const std::exception& failure) {
+        std::cerr << "A painter of the 3D view failed: " << failure.what() << std::endl;
+    }
+    glPopAttrib();
+}
+
+void ViewerCanvasGL::__combine(const Matrix<float>& turn) {
+    float angles[3];
+    Maths::decomposeRotationMatrix3D(turn * rotationMatrix(__rotation), angles[0], angles[1], angles[2]);
+    for (int k = 0; k < 3; ++k)
+        __rotation[k] = Maths::fround(Maths::toDegrees(angles[k]), 0.25f);
+    emit rotationChanged(__rotation);
+    emit poseChanged(getPose());
+    repaint();
+}
+
+void ViewerCanvasGL::__applyTranslation(const Vector<int>& translation) {
+    const float shown = 1 + 1 / __zoom;
+    __tx = -float(translation[0]) * shown / 100;
+    __ty = -float(translation[1]) * shown / 100;
+    __projectionDirty = true;
+}
+
+void ViewerCanvasGL::__applyZoom(int zoom) {
+    __zoom = std::max(float(zoom) / 100, minZoom);
+    __projectionDirty = true;
+}
+
+Vector<int> ViewerCanvasGL::__translation() const {
+    const float shown = 1 + 1 / __zoom;
+    Vector<int> translation(2);
+    translation[0] = -Maths::fround(100 * __tx / shown);
+    translation[1] = -Maths::fround(100 * __ty / shown);
+    return translation;
+}

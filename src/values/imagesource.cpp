@@ -1,0 +1,10 @@
+#include "values/imagesource.h"
+
+ImageSource::~ImageSource() = default;
+
+Vector<int> ImageSource::getSize() const {
+    Vector<int> size(2);
+    size[0] = getSize1();
+    size[1] = getSize2();
+    return size;
+}

@@ -1,0 +1,50 @@
+#include "values/pixelcalibration.h"
+
+#include <cmath>
+
+void PixelCalibration::setPixelWidth(float width) {
+    __pixelWidth = width;
+    __defaultWidth = false;
+}
+
+void PixelCalibration::setPixelHeight(float height) {
+    __pixelHeight = height;
+    __defaultHeight = false;
+}
+
+void PixelCalibration::setAspectRatio(float ratio) {
+    __aspectRatio = ratio;
+    __defaultAspect = false;
+}
+
+void PixelCalibration::setLengthUnit(const LengthUnit& unit) {
+    __lengthUnit = unit;
+}
+
+float PixelCalibration::pixelDiagonal() const {
+    return std::sqrt(__pixelWidth * __pixelWidth + __pixelHeight * __pixelHeight);
+}
+
+bool PixelCalibration::compute() {
+    const PixelCalibration before = *this;
+    if (__defaultAspect) {
+        if (!__defaultWidth && !__defaultHeight) {
+            if (__pixelWidth != 0)
+                __aspectRatio = __pixelHeight / __pixelWidth;
+        } else if (!__defaultWidth) {
+            __pixelHeight = __pixelWidth;
+        } else if (!__defaultHeight) {
+            __pixelWidth = __pixelHeight;
+        }
+    } else if (__defaultHeight) {
+        __pixelHeight = __aspectRatio * __pixelWidth;
+    } else if (__defaultWidth && __aspectRatio != 0) {
+        __pixelWidth = __pixelHeight / __aspectRatio;
+    }
+    return !(*this == before);
+}
+
+bool PixelCalibration::operator==(const PixelCalibration& other) const {
+    return __pixelWidth == other.__pixelWidth && __pixelHeight == other.__pixelHeight &&
+           __aspectRatio == other.__aspectRatio;
+}

@@ -1,0 +1,616 @@
+#include "ui/app/vrlrootwindow.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <QAction>
+#include <QDialog>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPointer>
+#include <QProgressBar>
+#include <QSettings>
+#include <QSlider>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextEdit>
+#include <QTimer>
+#include <QToolBar>
+
+#include <gtest/gtest.h>
+
+#include "document/stacksliceselectioninfo.h"
+#include "editing/actions/vrlmovevertexaction.h"
+#include "editing/bus/vrlsliceevent.h"
+#include "editing/bus/vrlstackevent.h"
+#include "editing/history/vrlactionhistory.h"
+#include "editing/stacks/vrlstack.h"
+#include "editing/stacks/vrlstackserver.h"
+#include "images/files/imagewriter.h"
+#include "images/rasters/image.h"
+#include "support/documentmaker.h"
+#include "support/eventrecorder.h"
+#include "support/modalscript.h"
+#include "ui/app/vrlrootbrowser.h"
+#include "ui/app/vrlrootmediator.h"
+#include "ui/app/vrlrootstatusbar.h"
+#include "ui/models/vrlslicelistwidget.h"
+#include "ui/models/vrlstacklistwidget.h"
+#include "ui/scenes/vrlrenderingmediator.h"
+#include "ui/scenes/vrlrenderingpaintergl.h"
+#include "ui/scenes/vrlrenderingwindow.h"
+#include "ui/session/vrlsettings.h"
+#include "ui/slices/vrlrootsliceeditwidget.h"
+#include "ui/slices/vrlrootsliceeditwidgetmediator.h"
+#include "ui/slices/vrlsliceeditwidgetcanvas.h"
+#include "ui/slices/vrlsliceeditwidgetmediatorsnakedelegate.h"
+
+namespace {
+
+/// Stack files of three slices each, and a shown window.
+class VRLRootWindowTest : public ::testing::Test {
+protected:
+    VRLRootWindowTest() {
+        QSettings().clear();
+        VRLSettings::settings.load();
+        VRLSettings::settings.setInputDirectory(QDir(folder.path()));
+        Image image(40, 30, 8);
+        image.clear();
+        ImageWriter().write(image, folder.filePath("i.tif").toStdString(), true);
+        for (const char* name : {"one", "two"})
+            writeStack(name, "");
+        window = new VRLRootWindow;
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(window));
+    }
+    ~VRLRootWindowTest() override {
+        while (VRLStackServer::stackServer.getNumStacks() > 0)
+            VRLStackServer::stackServer.removeStack(VRLStackServer::stackServer.getStack(0));
+        for (VRLRootWindow* root : rootWindows())
+            delete root;
+        EXPECT_EQ(VRLRootWindow::numRootWindows(), 0);
+    }
+
+    void writeStack(const QString& name, const QByteArray& more) {
+        QFile file(folder.filePath(name + ".sdf"));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("FileFormatVersion 1.03;\nSTACK \"" + name.toUtf8() + "\";\n" + more +
+                   "SLICE \"s0\" \"i.tif\";\nSLICE \"s1\" \"i.tif\";\nSLICE \"s2\" \"i.tif\";\n"
+                   "MODEL \"m\";\nPRIMITIVE Polygon;\nMODELITEM \"m\" \"s1\";\nMODELITEMDATA 1,1 20,1 20,20;\n");
+    }
+
+    static QList<VRLRootWindow*> rootWindows() {
+        QList<VRLRootWindow*> windows;
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (auto* root = qobject_cast<VRLRootWindow*>(widget))
+                windows += root;
+        return windows;
+    }
+    VRLRootWindow* otherWindow() {
+        for (VRLRootWindow* root : rootWindows())
+            if (root != window)
+                return root;
+        return nullptr;
+    }
+
+    VRLRootMediator& mediator() { return window->mediator(); }
+    VRLStack& open(const char* name) {
+        mediator().openStack(folder.filePath(QString(name) + ".sdf"));
+        return *mediator().currentStack();
+    }
+    bool enabled(const char* text) { return mediator().action(text)->isEnabled(); }
+    void trigger(const char* text) { mediator().action(text)->trigger(); }
+    std::string hint() const {
+        for (const QLabel* label : window->findChildren<QLabel*>())
+            if (label->accessibleName() == "Hint")
+                return label->text().toStdString();
+        return "no line for hints";
+    }
+    std::string slice() { return mediator().currentSlice() ? mediator().currentSlice()->getName() : "none"; }
+    QStringList listed(QWidget& list) {
+        QStringList texts;
+        auto* widget = list.findChild<QListWidget*>();
+        for (int i = 0; i < widget->count(); ++i)
+            texts += widget->item(i)->text();
+        return texts;
+    }
+    void key(Qt::Key k, Qt::KeyboardModifiers modifiers) {
+        // Without a window manager nobody else makes it the active one.
+        QApplication::setActiveWindow(window);
+        QTest::keyClick(window, k, modifiers);
+    }
+
+    QTemporaryDir folder;
+    QPointer<VRLRootWindow> window;
+    ModalScript user;
+};
+
+const QStringList allCommands = {"Save stack",
+                                 "Save stack as...",
+                                 "Reconstruct",
+                                 "Close stack",
+                                 "Close all",
+                                 "Undo",
+                                 "Redo",
+                                 "Edit models...",
+                                 "Insert slice...",
+                                 "Delete slice",
+                                 "Stack properties...",
+                                 "Slice properties...",
+                                 "Annotate stack...",
+                                 "Annotate slice...",
+                                 "Select first slice",
+                                 "Select last slice",
+                                 "Select next slice",
+                                 "Select previous slice"};
+
+} // namespace
+
+TEST_F(VRLRootWindowTest, startsEmptyWithAllItsMenus) {
+    EXPECT_EQ(window->windowTitle(), "Vorlen");
+    EXPECT_EQ(window->statusBar().message(), "Ready.");
+    auto* menuBar = window->findChild<QMenuBar*>();
+    QStringList menus;
+    for (QAction* menu : menuBar->actions())
+        menus += menu->text();
+    EXPECT_EQ(menus, (QStringList{"File", "Edit", "Process", "Analyze", "Show", "Help"}));
+    QStringList file;
+    for (QAction* entry : menuBar->actions()[0]->menu()->actions())
+        file += entry->isSeparator() ? "-" : entry->text();
+    EXPECT_EQ(file, (QStringList{"New stack", "New stack from file", "Open stack", "Recent stacks...", "Save stack",
+                                 "Save stack as...", "Close stack", "Close all", "-", "New window", "Close window", "-",
+                                 "Quit"}));
+    for (const QString& text : allCommands)
+        EXPECT_FALSE(mediator().action(text)->isEnabled()) << text.toStdString();
+    for (const char* text : {"New stack", "New stack from file", "Open stack", "New window", "Close window", "Quit",
+                             "Preferences...", "Display single slice"})
+        EXPECT_TRUE(enabled(text)) << text;
+}
+
+TEST_F(VRLRootWindowTest, anOpenedStackBecomesCurrentOnItsSlice) {
+    writeStack("three", "LASTSEGMENTEDSLICE \"s2\";\n");
+    VRLStack& one = open("one");
+    EXPECT_EQ(slice(), "s0");
+    EXPECT_EQ(window->windowTitle(), folder.filePath("one.sdf") + "[*] - Vorlen");
+    EXPECT_EQ(listed(window->browser().stackList()), QStringList{"one"});
+    EXPECT_EQ(listed(window->browser().sliceList()).size(), 3);
+    const auto fields = window->statusBar().findChildren<QLineEdit*>();
+    EXPECT_EQ(fields[0]->text(), "one");
+    EXPECT_EQ(fields[1]->text(), "s0");
+    open("three");
+    EXPECT_EQ(slice(), "s2");
+    EXPECT_EQ(listed(window->browser().stackList()), (QStringList{"one", "three"}));
+    mediator().setStack(one);
+    EXPECT_EQ(slice(), "s0");
+}
+
+TEST_F(VRLRootWindowTest, commandsFollowTheState) {
+    VRLStack& stack = open("one");
+    EXPECT_FALSE(enabled("Save stack"));
+    for (const char* text :
+         {"Save stack as...", "Close stack", "Close all", "Edit models...", "Insert slice...", "Delete slice",
+          "Stack properties...", "Slice properties...", "Annotate stack...", "Select last slice", "Select next slice"})
+        EXPECT_TRUE(enabled(text)) << text;
+    EXPECT_FALSE(enabled("Select first slice"));
+    EXPECT_FALSE(enabled("Select previous slice"));
+    trigger("Select next slice");
+    EXPECT_EQ(slice(), "s1");
+    EXPECT_TRUE(enabled("Select first slice"));
+    EXPECT_TRUE(enabled("Select previous slice"));
+    trigger("Select last slice");
+    EXPECT_EQ(slice(), "s2");
+    EXPECT_FALSE(enabled("Select next slice"));
+    EXPECT_FALSE(enabled("Select last slice"));
+    trigger("Select previous slice");
+    trigger("Select first slice");
+    EXPECT_EQ(slice(), "s0");
+    EXPECT_FALSE(window->isWindowModified());
+    stack.setModified(true);
+    EXPECT_TRUE(enabled("Save stack"));
+    EXPECT_TRUE(window->isWindowModified());
+    // Commands whose part of the program is still to come.
+    for (const char* text : {"Register", "Find spots", "Normalize"})
+        EXPECT_FALSE(enabled(text)) << text;
+    stack.setModified(false);
+    trigger("Close stack");
+    EXPECT_EQ(mediator().currentStack(), nullptr);
+    for (const QString& text : allCommands)
+        EXPECT_FALSE(mediator().action(text)->isEnabled()) << text.toStdString();
+    EXPECT_EQ(window->windowTitle(), "Vorlen");
+    EXPECT_TRUE(listed(window->browser().sliceList()).isEmpty());
+}
+
+TEST_F(VRLRootWindowTest, listAndSliderMoveThroughTheSlices) {
+    open("one");
+    auto* list = window->browser().sliceList().findChild<QListWidget*>();
+    list->setCurrentRow(0); // the top line is the last slice
+    EXPECT_EQ(slice(), "s2");
+    window->browser().sliceList().findChild<QSlider*>()->setValue(1);
+    EXPECT_EQ(slice(), "s1");
+    trigger("Select first slice");
+    EXPECT_EQ(list->currentRow(), 2);
+    VRLStack& two = open("two");
+    window->browser().stackList().findChild<QListWidget*>()->setCurrentRow(0);
+    EXPECT_NE(mediator().currentStack(), &two);
+}
+
+TEST_F(VRLRootWindowTest, undoAndRedoFollowTheHistory) {
+    VRLStack& stack = open("one");
+    ModelItem& item = stack.getModel(0).getItem(0);
+    auto* move = new VRLMoveVertexAction(item);
+    move->setIndex(0);
+    move->setPoint(point(3, 3));
+    {
+        const VRLActionStep step(*stack.history());
+        stack.history()->push(move, true);
+    }
+    EXPECT_TRUE(enabled("Undo"));
+    EXPECT_EQ(mediator().action("Undo")->toolTip(), "Undo Move item vertex");
+    EXPECT_TRUE(window->isWindowModified());
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(item.getVertices()[0][0], 1);
+    EXPECT_FALSE(enabled("Undo"));
+    EXPECT_EQ(mediator().action("Undo")->toolTip(), "Undo (Nothing to undo)");
+    key(Qt::Key_R, Qt::ControlModifier);
+    EXPECT_EQ(item.getVertices()[0][0], 3);
+    trigger("Undo");
+    key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(item.getVertices()[0][0], 3);
+    trigger("Undo");
+    EXPECT_TRUE(stack.isModified()); // undoing does not clear the flag
+}
+
+TEST_F(VRLRootWindowTest, aDeletedSliceComesBackByUndo) {
+    VRLStack& stack = open("one");
+    trigger("Select next slice");
+    trigger("Delete slice");
+    EXPECT_EQ(stack.getNumSlices(), 2);
+    EXPECT_EQ(slice(), "s2");
+    EXPECT_TRUE(stack.isModified());
+    EXPECT_EQ(listed(window->browser().sliceList()).size(), 2);
+    EXPECT_EQ(stack.getModel(0).getNumItems(), 0);
+    trigger("Undo");
+    EXPECT_EQ(stack.getNumSlices(), 3);
+    EXPECT_EQ(stack.getModel(0).getNumItems(), 1);
+    EXPECT_EQ(listed(window->browser().sliceList()).size(), 3);
+    for (int i = 0; i < 3; ++i)
+        trigger("Delete slice");
+    EXPECT_EQ(slice(), "none");
+    EXPECT_FALSE(enabled("Delete slice"));
+    for (int i = 0; i < 3; ++i)
+        trigger("Undo");
+    EXPECT_EQ(stack.getNumSlices(), 3);
+}
+
+TEST_F(VRLRootWindowTest, recentFilesOpenFromTheirMenu) {
+    open("one");
+    open("two");
+    QMenu* recent = nullptr;
+    for (QMenu* menu : window->findChildren<QMenu*>())
+        if (menu->title() == "Recent stacks...")
+            recent = menu;
+    ASSERT_NE(recent, nullptr);
+    mediator().updateRecentFilesMenu();
+    ASSERT_EQ(recent->actions().size(), 2);
+    EXPECT_EQ(recent->actions()[0]->text(), folder.filePath("two.sdf"));
+    recent->actions()[1]->trigger();
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 3);
+    EXPECT_EQ(mediator().currentStack()->getName(), "one");
+}
+
+TEST_F(VRLRootWindowTest, droppedFilesOpen) {
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(folder.filePath("one.sdf")), QUrl::fromLocalFile(folder.filePath("two.sdf"))});
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &drop);
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 2);
+    EXPECT_EQ(mediator().currentStack()->getName(), "two");
+}
+
+TEST_F(VRLRootWindowTest, twoWindowsShowTheSameStacksAndOneClosesWithoutAsking) {
+    VRLStack& stack = open("one");
+    trigger("New window");
+    EXPECT_EQ(VRLRootWindow::numRootWindows(), 2);
+    const QPointer<VRLRootWindow> other = otherWindow();
+    ASSERT_FALSE(other.isNull());
+    EXPECT_EQ(listed(other->browser().stackList()), QStringList{"one"});
+    EXPECT_EQ(other->mediator().currentStack(), nullptr);
+    other->mediator().setStack(stack);
+    stack.setName("renamed");
+    VRLStackNameEvent event(&stack);
+    mediator().notifyEvent(event);
+    EXPECT_EQ(listed(other->browser().stackList()), QStringList{"renamed"});
+    EXPECT_TRUE(other->isWindowModified());
+    EXPECT_TRUE(other->close());
+    // Both at once, as a session that ends does: this one is the last.
+    stack.setModified(true);
+    user.thenClick("Cancel");
+    EXPECT_FALSE(window->close());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QTest::qWait(10);
+    EXPECT_TRUE(other.isNull());
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
+    stack.setModified(false);
+}
+
+TEST_F(VRLRootWindowTest, aLockedSliceLeavesOnlyItsOwnWindowAlive) {
+    open("one");
+    trigger("New window");
+    VRLRootWindow* other = otherWindow();
+    other->mediator().setStack(*mediator().currentStack());
+    mediator().lockRequest(true);
+    EXPECT_FALSE(other->isEnabled());
+    EXPECT_TRUE(window->isEnabled());
+    for (const char* text : {"Quit", "Select next slice", "Edit models...", "Close stack", "Open stack"})
+        EXPECT_FALSE(enabled(text)) << text;
+    EXPECT_FALSE(window->browser().sliceList().isEnabled());
+    mediator().currentStack()->setModified(true); // no command comes back to life meanwhile
+    EXPECT_FALSE(enabled("Save stack"));
+    EXPECT_FALSE(window->close()); // what is being drawn would be lost
+    EXPECT_FALSE(other->close());
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(folder.filePath("two.sdf"))});
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &drop);
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
+    mediator().lockRequest(false);
+    EXPECT_TRUE(other->isEnabled());
+    EXPECT_TRUE(other->mediator().action("Save stack")->isEnabled());
+    for (const char* text : {"Quit", "Select next slice", "Edit models...", "Save stack", "Open stack"})
+        EXPECT_TRUE(enabled(text)) << text;
+    EXPECT_FALSE(enabled("Select previous slice"));
+    EXPECT_TRUE(enabled("Reconstruct"));
+    EXPECT_TRUE(window->browser().sliceList().isEnabled());
+
+    // Given back too when the slice is the current one no more.
+    mediator().currentStack()->setModified(false);
+    mediator().lockRequest(true);
+    auto* empty = new VRLStack;
+    VRLStackServer::stackServer.addStack(*empty);
+    mediator().setStack(*empty);
+    EXPECT_EQ(mediator().currentSlice(), nullptr);
+    mediator().lockRequest(false);
+    EXPECT_TRUE(other->isEnabled());
+    EXPECT_TRUE(enabled("Open stack"));
+}
+
+TEST_F(VRLRootWindowTest, aSnakeThatRunsLetsNothingElseHappenInAnyWindow) {
+    Image image(200, 160, 8);
+    for (int y = 0; y < 160; ++y)
+        for (int x = 0; x < 200; ++x)
+            image.getPixels()[y][x] = std::hypot(x - 100, y - 80) < 40 ? 60 : 180;
+    ImageWriter().write(image, folder.filePath("i.tif").toStdString(), true);
+    VRLStack& stack = open("one");
+    trigger("Select next slice");
+    StackSlice& slice = *mediator().currentSlice();
+    ASSERT_EQ(slice.getNumItems(), 1);
+    slice.getItem(0).setVertices(makeVertices({{155, 80}, {100, 135}, {45, 80}, {100, 25}}));
+    trigger("New window");
+    VRLRootWindow* other = otherWindow();
+    slice.getItem(0).getSelection().set(true);
+    VRLSliceEditWidgetMediator& editor = window->sliceWidget().getMediator();
+    editor.selectionChange([&slice] {
+        StackSliceSelectionInfo info;
+        info.setSlice(&slice);
+        return info;
+    }());
+    EventRecorder recorder;
+    bool looked = false;
+    std::string said;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, [&] {
+        if (looked || window->sliceWidget().getCanvas().getExtraItem() == nullptr)
+            return;
+        looked = true; // in the midst of the run
+        EXPECT_FALSE(other->isEnabled());
+        for (const char* text : {"Undo", "Close stack", "Select next slice", "Edit models...", "Quit"})
+            EXPECT_FALSE(enabled(text)) << text;
+        said = hint();
+        EXPECT_FALSE(other->close());
+        EXPECT_FALSE(window->close());
+        key(Qt::Key_Z, Qt::ControlModifier);
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(folder.filePath("two.sdf"))});
+        QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window, &drop);
+    });
+    user.then([&](QWidget& dialog) {
+        ModalScript::click(dialog, "OK");
+        look.start(0);
+    });
+    editor.getSnakeDelegate()->activate();
+    EXPECT_TRUE(looked);
+    EXPECT_EQ(said, "The snake is running. Escape: stop it.");
+    EXPECT_EQ(slice.getNumItems(), 2);
+    EXPECT_EQ(hint().substr(0, 14), "The snake has ");
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
+    EXPECT_TRUE(other->isEnabled());
+    EXPECT_TRUE(enabled("Undo"));
+    EXPECT_EQ(std::count(recorder.heard.begin(), recorder.heard.end(), "sliceLock"), 2);
+    trigger("Undo");
+    EXPECT_EQ(slice.getNumItems(), 1);
+    EXPECT_EQ(mediator().currentStack(), &stack);
+}
+
+TEST_F(VRLRootWindowTest, dialogsOpenFromTheirCommands) {
+    open("one");
+    const std::vector<std::pair<const char*, QString>> dialogs = {
+        {"Edit models...", "Models for stack \"one\""}, {"Stack properties...", "Stack properties"},
+        {"Slice properties...", "Slice properties"},    {"Annotate stack...", "Stack annotation"},
+        {"Annotate slice...", "Slice annotation"},      {"Preferences...", "Preferences"}};
+    for (const auto& [command, title] : dialogs) {
+        user.thenReject();
+        trigger(command);
+        EXPECT_EQ(QString::fromStdString(user.seen.back()), title);
+    }
+    user.thenClick(" OK ");
+    window->about();
+    EXPECT_EQ(user.seen.back(), "About Vorlen");
+}
+
+TEST_F(VRLRootWindowTest, runShowsTheMeasurementsOfTheCurrentStack) {
+    open("one");
+    const auto analysisWindows = [] {
+        QList<QWidget*> windows;
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (widget->windowTitle() == "Vorlen - Analysis")
+                windows += widget;
+        return windows;
+    };
+    key(Qt::Key_M, Qt::ControlModifier);
+    ASSERT_EQ(analysisWindows().size(), 1);
+    EXPECT_TRUE(analysisWindows()[0]->isVisible());
+    trigger("Close stack"); // the window outlives it
+    EXPECT_EQ(analysisWindows().size(), 1);
+    analysisWindows()[0]->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(analysisWindows().isEmpty());
+}
+
+TEST_F(VRLRootWindowTest, partsAreHiddenAndStayHidden) {
+    window->toggleBrowser();
+    window->toggleStatusBar();
+    EXPECT_FALSE(window->browser().isVisible());
+    auto* second = new VRLRootWindow;
+    EXPECT_FALSE(second->browser().isVisible());
+    EXPECT_FALSE(second->statusBar().isVisible());
+    EXPECT_TRUE(second->toolBar().isVisible());
+    second->toggleBrowser();
+    EXPECT_TRUE(second->browser().isVisible());
+    EXPECT_TRUE(QSettings().value("rootWindow/browserVisible").toBool());
+}
+
+TEST_F(VRLRootWindowTest, progressMovesTheBarAndEndsWithAMessage) {
+    VRLRootStatusBar& bar = window->statusBar();
+    bar.subjectStarted("Reading...");
+    EXPECT_EQ(bar.message(), "Reading...");
+    static_cast<ProgressMonitor&>(bar).subjectProgressed(2, 3);
+    EXPECT_EQ(bar.progressBar().value(), 67);
+    bar.subjectFinished("");
+    EXPECT_LT(bar.progressBar().value(), 0);
+    EXPECT_EQ(bar.message(), "Reading...");
+    bar.subjectFinished("Done");
+    EXPECT_EQ(bar.message(), "Done");
+}
+
+TEST_F(VRLRootWindowTest, aCommandThatFailsIsToldAndChangesNothing) {
+    QFile volume(folder.filePath("cut.vm"));
+    ASSERT_TRUE(volume.open(QIODevice::WriteOnly));
+    volume.write("\0\0\0\0", 4);
+    volume.close();
+    user.thenChoose({folder.filePath("cut.vm")});
+    user.thenClick("OK");
+    trigger("New stack from file");
+    EXPECT_NE(user.seen.back().find("cut.vm"), std::string::npos);
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 0);
+}
+
+// A flat memory curve over many openings, of stacks and of slices.
+TEST_F(VRLRootWindowTest, openingAndBrowsingForLongLeaksNothing) {
+    const auto resident = [] {
+        QFile file("/proc/self/statm");
+        return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ')[1].toLongLong() * 4 : 0; // KiB
+    };
+    window->resize(500, 400); // what is painted by software costs time
+    long long settled = 0;
+    for (int round = 0; round < 200; ++round) {
+        open("one");
+        trigger("Select next slice");
+        trigger("Select last slice");
+        QCoreApplication::processEvents();
+        trigger("Close stack");
+        QCoreApplication::processEvents();
+        if (round == 60)
+            settled = resident();
+    }
+    EXPECT_LT(resident() - settled, 16 * 1024);
+}
+
+TEST_F(VRLRootWindowTest, ombrelActionListsDistancesAndNamesStacksWithoutTheModels) {
+    const auto lines = [] {
+        QList<QStringList> texts;
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (auto* edit = qobject_cast<QTextEdit*>(widget)) {
+                texts += edit->toPlainText().split('\n');
+                edit->close();
+            }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return texts;
+    };
+    user.thenClick("OK");
+    trigger("Ombrel action1");
+    EXPECT_NE(user.seen.back().find("No stack is open."), std::string::npos);
+    open("one");
+    user.thenClick("OK");
+    trigger("Ombrel action1");
+    EXPECT_NE(user.seen.back().find("Stack \"one\" is left out. It has no model \"cell\"."), std::string::npos);
+    EXPECT_TRUE(lines().isEmpty());
+
+    VRLStack& two = open("two");
+    Model& cell = addModel(two, "cell");
+    for (int k = 0; k < 3; ++k)
+        addItem(cell, two.getSlice(k), {{0, 0}, {20, 0}, {20, 20}, {0, 20}});
+    Model& spots = addModel(two, "spotBarycenters", PolypointPrimitive);
+    addItem(spots, two.getSlice(1), {{10, 10}, {25, 8}});
+    int count = 0;
+    for (int run = 0; run < 2; ++run) {
+        user.thenClick("OK"); // of the first stack
+        trigger("Ombrel action1");
+        const QList<QStringList> texts = lines();
+        ASSERT_EQ(texts.size(), 1);
+        ASSERT_EQ(texts[0].size(), 2);
+        EXPECT_EQ(texts[0][0].section(' ', 1), "10");
+        EXPECT_EQ(texts[0][1].section(' ', 1), "5");
+        if (run == 1) {
+            EXPECT_EQ(texts[0][0].section(' ', 0, 0).toInt(), count + 1); // goes on
+        }
+        count = texts[0][1].section(' ', 0, 0).toInt();
+        EXPECT_GT(count, 0);
+    }
+    two.setModified(false);
+}
+
+// Last: a confirmed quit is for good.
+TEST_F(VRLRootWindowTest, theLastWindowsCloseAsksAsQuitDoes) {
+    VRLStack& stack = open("one");
+    stack.setModified(true);
+    user.thenClick("Cancel");
+    EXPECT_FALSE(window->close());
+    EXPECT_EQ(window->statusBar().message(), "Exit canceled");
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->statusBar().message().isEmpty(); }, 3000));
+    user.thenClick("Ignore");
+    window->close();
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 0);
+}
+
+TEST_F(VRLRootWindowTest, reconstructShowsTheModelsOfTheCurrentStack) {
+    VRLStack& one = open("one");
+    open("two");
+    mediator().setStack(one);
+    one.getSlice(1).setAbsolutePosition(500); // the reconstruction does not know yet
+    trigger("Reconstruct");
+    trigger("Reconstruct");
+    QList<QPointer<VRLRenderingWindow>> renderings;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* rendering = qobject_cast<VRLRenderingWindow*>(widget))
+            renderings += rendering;
+    ASSERT_EQ(renderings.size(), 2);
+    for (VRLRenderingWindow* rendering : renderings) {
+        EXPECT_TRUE(rendering->isVisible());
+        EXPECT_EQ(rendering->windowTitle(), "one");
+        ASSERT_EQ(rendering->getMediator().getPainters().size(), 1u);
+        EXPECT_EQ(rendering->getMediator().getPainters()[0]->boundingBox().min(2), 500);
+    }
+    renderings[0]->close();
+    trigger("Close stack");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(renderings[0] == nullptr && renderings[1] == nullptr);
+}

@@ -1,0 +1,411 @@
+#include "ui/files/vrlstackio.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTextEdit>
+#include <QWidget>
+
+#include <gtest/gtest.h>
+
+#include "editing/history/vrlactionhistory.h"
+#include "editing/stacks/vrlstack.h"
+#include "editing/stacks/vrlstackserver.h"
+#include "images/files/imagewriter.h"
+#include "images/rasters/image.h"
+#include "images/volumes/voxelmatrix.h"
+#include "numerics/exception.h"
+#include "support/documentmaker.h"
+#include "support/eventrecorder.h"
+#include "support/modalscript.h"
+#include "support/recordingmonitor.h"
+#include "ui/files/vrlnewstackdialog.h"
+#include "ui/files/vrlstackimagelisteditor.h"
+#include "ui/session/vrlpreferences.h"
+#include "ui/session/vrlrecovery.h"
+#include "ui/session/vrlsettings.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+/// A folder with three images and a stack file of the first two, and the commands under test.
+class VRLStackIOTest : public ::testing::Test {
+protected:
+    VRLStackIOTest() : io(&parent) {
+        for (const char* name : {"a.tif", "b.tif", "c.tif"}) {
+            Image image(6, 4, 8);
+            image.clear();
+            ImageWriter().write(image, path(name), true);
+        }
+        write("ab.sdf", stackText("a", "b"));
+        VRLSettings::settings.setInputDirectory(QDir(folder.path()));
+        VRLSettings::settings.setOutputDirectory(QDir(folder.path()));
+        VRLPreferences::setMaxNumBackups(5);
+    }
+    ~VRLStackIOTest() override {
+        while (VRLStackServer::stackServer.getNumStacks() > 0)
+            VRLStackServer::stackServer.removeStack(VRLStackServer::stackServer.getStack(0));
+    }
+
+    static QByteArray stackText(const QByteArray& first, const QByteArray& second) {
+        return "FileFormatVersion 1.03;\nRELPOSITION 10;\nSTACK \"" + first + second + "\";\nSLICE \"" + first +
+               "\" \"" + first + ".tif\";\nSLICE \"" + second + "\" \"" + second + ".tif\";\n";
+    }
+    void write(const char* name, const QByteArray& text) {
+        QFile file(folder.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+    QByteArray read(const QString& name) const {
+        QFile file(folder.filePath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    std::string path(const char* name) const { return folder.filePath(name).toStdString(); }
+    static int numOpen() { return VRLStackServer::stackServer.getNumStacks(); }
+
+    QTemporaryDir folder;
+    QWidget parent;
+    VRLStackIO io;
+    ModalScript user;
+};
+
+} // namespace
+
+TEST_F(VRLStackIOTest, openedStacksAreListedAndRemembered) {
+    EventRecorder recorder;
+    RecordingMonitor monitor;
+    io.addMonitor(monitor);
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    io.removeMonitor(monitor);
+    ASSERT_NE(stack, nullptr);
+    EXPECT_EQ(stack->getNumSlices(), 2);
+    EXPECT_EQ(stack->getReconstruction().getZMap().getSize(), 2);
+    EXPECT_FALSE(stack->isModified());
+    EXPECT_EQ(stack->getFilename(), path("ab.sdf"));
+    EXPECT_EQ(VRLSettings::getRecentFilesList().first(), folder.filePath("ab.sdf"));
+    EXPECT_EQ(recorder.take(), (Names{"stackFileName", "stackOpen"}));
+    EXPECT_EQ(monitor.heard.front(), "started Reading " + path("ab.sdf") + "...");
+    // The same file again is another stack.
+    EXPECT_NE(io.openStack(path("ab.sdf")), stack);
+    EXPECT_EQ(numOpen(), 2);
+}
+
+TEST_F(VRLStackIOTest, aMissingFileOpensNothingAndSaysSoInTheStatusBar) {
+    RecordingMonitor monitor;
+    io.addMonitor(monitor);
+    EXPECT_EQ(io.openStack(path("none.sdf")), nullptr);
+    io.removeMonitor(monitor);
+    EXPECT_EQ(monitor.heard.back(), "finished Cannot open " + path("none.sdf"));
+    EXPECT_EQ(numOpen(), 0);
+}
+
+TEST_F(VRLStackIOTest, problemsAreShownAndOnlyFatalOnesKeepTheStackOut) {
+    write("odd.sdf", stackText("a", "b") + "NONSENSE 1;\n");
+    write("bad.sdf", stackText("a", "missing"));
+    QString shown;
+    const auto readAndClose = [&shown](QWidget& dialog) {
+        shown = dialog.findChild<QTextEdit*>()->toPlainText();
+        ModalScript::click(dialog, "OK");
+    };
+    user.then(readAndClose);
+    EXPECT_NE(io.openStack(path("odd.sdf")), nullptr);
+    EXPECT_EQ(shown, "Error on NONSENSE: unknown keyword (ignored).");
+    user.then(readAndClose);
+    EXPECT_EQ(io.openStack(path("bad.sdf")), nullptr);
+    EXPECT_TRUE(shown.contains("missing.tif")) << shown.toStdString();
+    EXPECT_EQ(user.seen, (Names{"Stack error messages", "Stack error messages"}));
+    EXPECT_EQ(numOpen(), 1);
+}
+
+TEST_F(VRLStackIOTest, theOpenDialogOpensAllFilesAndGivesTheLast) {
+    write("bc.sdf", stackText("b", "c"));
+    user.thenChoose({folder.filePath("ab.sdf"), folder.filePath("bc.sdf")});
+    VRLStack* last = io.openStack();
+    ASSERT_NE(last, nullptr);
+    EXPECT_EQ(last->getName(), "bc");
+    EXPECT_EQ(numOpen(), 2);
+    EXPECT_EQ(user.seen, Names{"Open stack"});
+    user.thenReject();
+    EXPECT_EQ(io.openStack(), nullptr);
+    EXPECT_EQ(numOpen(), 2);
+}
+
+TEST_F(VRLStackIOTest, aNewStackFollowsTheSortedListOfImages) {
+    user.then([this](QWidget& widget) {
+        auto& dialog = dynamic_cast<VRLNewStackDialog&>(widget);
+        EXPECT_EQ(dialog.getName(), "stack" + std::to_string(VRLStackServer::getSessionNumStacks() + 1));
+        dialog.setName("mine");
+        dialog.setSliceSpacing(2.5f);
+        dialog.imageListEditor().addImages(
+            {folder.filePath("c.tif"), folder.filePath("a.tif"), folder.filePath("a.tif")});
+        EXPECT_EQ(dialog.getImageList(), (QStringList{folder.filePath("a.tif"), folder.filePath("c.tif")}));
+        ModalScript::click(dialog, "Done");
+    });
+    VRLStack* stack = io.newStack();
+    ASSERT_NE(stack, nullptr);
+    ASSERT_EQ(stack->getNumSlices(), 2);
+    EXPECT_EQ(stack->getSlice(1).getName(), "c");
+    EXPECT_FLOAT_EQ(stack->getSlice(1).getAbsolutePosition(), 2.5f);
+    EXPECT_TRUE(stack->isModified());
+    EXPECT_EQ(stack->getFilename(), "");
+    EXPECT_EQ(numOpen(), 1);
+}
+
+TEST_F(VRLStackIOTest, anIncompleteNewStackIsRefusedAndUnreadableImagesAreNamed) {
+    write("broken.tif", "no image");
+    user.then([](QWidget& dialog) { ModalScript::click(dialog, "Done"); }); // no images yet
+    user.then([](QWidget& box) { ModalScript::click(box, " OK "); });
+    user.then([this](QWidget& dialog) {
+        dynamic_cast<VRLNewStackDialog&>(dialog).imageListEditor().addImages(
+            {folder.filePath("a.tif"), folder.filePath("broken.tif")});
+        ModalScript::click(dialog, "Done");
+    });
+    user.thenClick("OK");
+    VRLStack* stack = io.newStack();
+    ASSERT_NE(stack, nullptr);
+    EXPECT_EQ(stack->getNumSlices(), 1);
+    ASSERT_EQ(user.seen.size(), 4u);
+    EXPECT_EQ(user.seen[1], "Error: The stack cannot be created because\nthere are undefined or invalid fields");
+    EXPECT_NE(user.seen[3].find("broken.tif"), std::string::npos);
+}
+
+TEST_F(VRLStackIOTest, theImageListAddsAndRemoves) {
+    VRLStackImageListEditor editor;
+    editor.show();
+    auto* remove = editor.findChildren<QPushButton*>()[1];
+    EXPECT_EQ(remove->text(), "Remove");
+    EXPECT_FALSE(remove->isEnabled());
+    user.thenChoose({folder.filePath("b.tif"), folder.filePath("a.tif")});
+    editor.findChildren<QPushButton*>()[0]->click();
+    EXPECT_EQ(editor.getImageList(), (QStringList{folder.filePath("a.tif"), folder.filePath("b.tif")}));
+    editor.findChild<QListWidget*>()->item(0)->setSelected(true);
+    ASSERT_TRUE(remove->isEnabled());
+    remove->click();
+    EXPECT_EQ(editor.getImageList(), QStringList{folder.filePath("b.tif")});
+    EXPECT_FALSE(remove->isEnabled());
+}
+
+TEST_F(VRLStackIOTest, aVolumeBecomesAStackOfItsPlanes) {
+    VoxelMatrix<float> volume(5, 4, 12);
+    volume.setZeros();
+    VoxelCalibration calibration;
+    calibration.setLengthUnit(LengthUnit(-6));
+    calibration.setVoxelWidth(2);
+    calibration.setVoxelHeight(3);
+    calibration.setVoxelDepth(7);
+    volume.setVoxelCalibration(calibration);
+    volume.save(path("v.vm"), true);
+    VRLStack* stack = io.newStackFromFile(path("v.vm"));
+    ASSERT_NE(stack, nullptr);
+    ASSERT_EQ(stack->getNumSlices(), 12);
+    EXPECT_EQ(stack->getSlice(11).getName(), "0011");
+    EXPECT_EQ(stack->getName(), "v");
+    EXPECT_FLOAT_EQ(stack->getSlice(2).getAbsolutePosition(), 14);
+    EXPECT_FLOAT_EQ(stack->getDefaultPixelCalibration().getPixelHeight(), 3);
+    EXPECT_EQ(stack->getLengthUnit().getScale(), -6);
+    EXPECT_TRUE(stack->isModified());
+
+    EXPECT_THROW(io.newStackFromFile(path("a.tif")), FileFormatError);
+    QFile::resize(folder.filePath("v.vm"), QFile(folder.filePath("v.vm")).size() - 4);
+    EXPECT_THROW(io.newStackFromFile(path("v.vm")), FileFormatError);
+    user.thenChoose({folder.filePath("v.vm")});
+    user.thenClick("OK");
+    EXPECT_EQ(io.newStackFromFile(), nullptr);
+    EXPECT_NE(user.seen.back().find("v.vm"), std::string::npos);
+    EXPECT_EQ(numOpen(), 1);
+}
+
+TEST_F(VRLStackIOTest, backupsRotate) {
+    const auto save = [this](const QByteArray& old) {
+        write("x.sdf", old);
+        io.makeBackups(path("x.sdf"));
+    };
+    VRLPreferences::setMaxNumBackups(0);
+    save("0");
+    EXPECT_FALSE(QFile::exists(folder.filePath("x.sdf~1")));
+    VRLPreferences::setMaxNumBackups(2);
+    save("1");
+    EXPECT_EQ(read("x.sdf~1"), "1");
+    save("2");
+    save("3");
+    EXPECT_EQ(read("x.sdf~1"), "3");
+    EXPECT_EQ(read("x.sdf~2"), "2");
+    EXPECT_FALSE(QFile::exists(folder.filePath("x.sdf~3")));
+    VRLPreferences::setMaxNumBackups(5);
+    for (const char* text : {"4", "5", "6", "7"})
+        save(text);
+    EXPECT_EQ(read("x.sdf~1"), "7");
+    EXPECT_EQ(read("x.sdf~5"), "3");
+    EXPECT_FALSE(QFile::exists(folder.filePath("x.sdf~6")));
+    io.makeBackups(path("none.sdf"));
+    EXPECT_EQ(read("x.sdf"), "7");
+}
+
+TEST_F(VRLStackIOTest, saveWritesTheFileAndKeepsTheOldOneAsABackup) {
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    const QByteArray old = read("ab.sdf");
+    stack->setName("renamed");
+    stack->setModified(true);
+    io.saveStack(*stack);
+    EXPECT_FALSE(stack->isModified());
+    EXPECT_TRUE(read("ab.sdf").contains("\"renamed\""));
+    EXPECT_EQ(read("ab.sdf~1"), old);
+}
+
+TEST_F(VRLStackIOTest, saveAsAsksBeforeItOverwrites) {
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    user.thenChoose({folder.filePath("new")});
+    io.saveStackAs(*stack);
+    EXPECT_TRUE(QFile::exists(folder.filePath("new.sdf")));
+    EXPECT_EQ(stack->getFilename(), path("new.sdf"));
+
+    write("kept.sdf", "old");
+    user.thenChoose({folder.filePath("kept.sdf")});
+    user.thenClick("Cancel");
+    io.saveStackAs(*stack);
+    EXPECT_EQ(read("kept.sdf"), "old");
+    EXPECT_EQ(stack->getFilename(), path("new.sdf"));
+    EXPECT_EQ(user.seen.back(),
+              "Confirm overwrite: " + path("kept.sdf") + "\n\n already exists. Do you wish to overwrite it? ");
+    user.thenChoose({folder.filePath("kept.sdf")});
+    user.thenClick("OK");
+    io.saveStackAs(*stack);
+    EXPECT_TRUE(read("kept.sdf").startsWith("FileFormatVersion"));
+    EXPECT_EQ(read("kept.sdf~1"), "old");
+}
+
+TEST_F(VRLStackIOTest, aFailingSaveLeavesFlagAndName) {
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    stack->setModified(true);
+    user.thenClick("OK");
+    EXPECT_FALSE(io.writeStack(*stack, path("missing/x.sdf")));
+    EXPECT_TRUE(stack->isModified());
+    EXPECT_EQ(stack->getFilename(), path("ab.sdf"));
+    EXPECT_EQ(user.seen.back().rfind("Error: Error: cannot write to " + path("missing/x.sdf"), 0), 0u);
+}
+
+TEST_F(VRLStackIOTest, closingAsksWhatToDoWithChanges) {
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    EXPECT_TRUE(io.closeStack(*stack));
+    EXPECT_EQ(numOpen(), 0);
+
+    stack = io.openStack(path("ab.sdf"));
+    stack->setName("changed");
+    stack->setModified(true);
+    user.thenClick("Cancel");
+    EXPECT_FALSE(io.closeStack(*stack));
+    EXPECT_EQ(user.seen.back(), "Closing stack...: Stack \"changed\" has been modified.");
+    user.thenClick("Ignore");
+    EXPECT_TRUE(io.closeStack(*stack));
+    EXPECT_FALSE(read("ab.sdf").contains("changed"));
+
+    stack = io.openStack(path("ab.sdf"));
+    stack->setName("changed");
+    stack->setModified(true);
+    user.thenClick("Save");
+    EXPECT_TRUE(io.closeStack(*stack));
+    EXPECT_TRUE(read("ab.sdf").contains("changed"));
+    EXPECT_FALSE(QFile::exists(folder.filePath("ab.sdf~1")));
+}
+
+TEST_F(VRLStackIOTest, aStackThatWasNeverSavedEndsInTheWriteError) {
+    auto* stack = new VRLStack;
+    stack->setName("new");
+    VRLStackServer::stackServer.addStack(*stack);
+    stack->setModified(true);
+    user.thenClick("Save");
+    user.thenClick("Retry");
+    user.thenClick("Cancel");
+    EXPECT_FALSE(io.closeStack(*stack));
+    EXPECT_EQ(user.seen[1].rfind("Write error: Stack new:\nCould not write file ", 0), 0u);
+    user.thenClick("Save");
+    user.thenClick("Discard");
+    EXPECT_TRUE(io.closeStack(*stack));
+    EXPECT_EQ(numOpen(), 0);
+}
+
+TEST_F(VRLStackIOTest, closingAllStopsAtTheFirstThatStays) {
+    VRLStack* first = io.openStack(path("ab.sdf"));
+    VRLStack* second = io.openStack(path("ab.sdf"));
+    io.openStack(path("ab.sdf"));
+    second->setModified(true);
+    user.thenClick("Cancel");
+    EXPECT_FALSE(io.closeAllStacks());
+    EXPECT_EQ(numOpen(), 2);
+    EXPECT_EQ(VRLStackServer::stackServer.find(*first), 0);
+    user.thenClick("Ignore");
+    EXPECT_TRUE(io.closeAllStacks());
+}
+
+TEST_F(VRLStackIOTest, slicesAreInsertedAsOneUndoableStep) {
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    user.thenChoose({folder.filePath("c.tif"), folder.filePath("a.tif")});
+    EXPECT_TRUE(io.insertSlice(*stack, 1));
+    ASSERT_EQ(stack->getNumSlices(), 4);
+    EXPECT_EQ(stack->getSlice(0).getName(), "a");
+    EXPECT_EQ(stack->getSlice(3).getName(), "b");
+    EXPECT_TRUE(stack->isModified());
+    const auto names = [stack] {
+        std::string text;
+        for (int i = 0; i < stack->getNumSlices(); ++i)
+            text += stack->getSlice(i).getName() + std::to_string(int(stack->getSlice(i).getAbsolutePosition())) + " ";
+        return text;
+    };
+    const std::string inserted = names();
+    for (int round = 0; round < 2; ++round) {
+        stack->history()->undo();
+        EXPECT_EQ(names(), "a0 b10 ");
+        stack->history()->redo();
+        EXPECT_EQ(names(), inserted);
+    }
+    user.thenReject();
+    EXPECT_FALSE(io.insertSlice(*stack));
+    write("broken.tif", "no image");
+    user.thenChoose({folder.filePath("broken.tif")});
+    user.thenClick("OK");
+    EXPECT_FALSE(io.insertSlice(*stack));
+    EXPECT_EQ(stack->getNumSlices(), 4);
+}
+
+TEST_F(VRLStackIOTest, whatWasLeftBehindIsRecoveredOrDeleted) {
+    const QString state = folder.filePath("state");
+    const auto leave = [&] {
+        VRLRecovery recovery(state);
+        VRLStack* stack = io.openStack(path("ab.sdf"));
+        addItem(addModel(*stack, "m"), stack->getSlice(0), {{0, 0}, {5, 0}, {5, 5}});
+        stack->setModified(true);
+        recovery.saveModifiedStacks();
+        recovery.waitForWrites();
+        // As a crash leaves it: nobody closes the stack.
+        QDir().mkpath(state + "/dead");
+        const QFileInfo kept(recovery.recoveryFile(*stack));
+        QFile::copy(kept.filePath(), state + "/dead/1.sdf");
+        QFile::copy(kept.path() + "/1.ini", state + "/dead/1.ini");
+        VRLStackServer::stackServer.removeStack(*stack);
+    };
+    leave();
+    {
+        VRLRecovery recovery(state);
+        user.thenClick("Later");
+        EXPECT_EQ(io.recoverStacks(recovery), nullptr);
+        user.thenClick("Recover");
+        VRLStack* stack = io.recoverStacks(recovery);
+        ASSERT_NE(stack, nullptr);
+        EXPECT_EQ(stack->getModel(0).getNumItems(), 1);
+        EXPECT_EQ(stack->getFilename(), path("ab.sdf"));
+        EXPECT_TRUE(stack->isModified());
+        EXPECT_TRUE(recovery.leftovers().isEmpty());
+        EXPECT_TRUE(QFile::exists(recovery.recoveryFile(*stack)));
+        VRLStackServer::stackServer.removeStack(*stack);
+    }
+    leave();
+    VRLRecovery recovery(state);
+    user.thenClick("Delete");
+    EXPECT_EQ(io.recoverStacks(recovery), nullptr);
+    EXPECT_TRUE(recovery.leftovers().isEmpty());
+    EXPECT_EQ(io.recoverStacks(recovery), nullptr);
+}

@@ -1,0 +1,158 @@
+#include "ui/imageserver/imageserverfixture.h"
+
+#include "images/files/imagesourcefilemosaic.h"
+#include "support/recordingmonitor.h"
+#include "ui/imageserver/vrlimagereader.h"
+#include "ui/imageserver/vrlimageresizer.h"
+
+namespace {
+
+class ImageWorkers : public ImageServerTest {
+protected:
+    /// A mosaic of 2 by 2 files of 20 by 10 pixels, the last place empty.
+    ImageSourceFileMosaic makeMosaic() {
+        ImageSourceFileMosaic mosaic(2, 2);
+        mosaic.setFilename(0, 0, makeSource("t0.tif", 20, 10, 8, 1)->getFilename());
+        mosaic.setFilename(0, 1, makeSource("t1.tif", 20, 10, 8, 2)->getFilename());
+        mosaic.setFilename(1, 0, makeSource("t2.tif", 20, 10, 8, 3)->getFilename());
+        return mosaic;
+    }
+
+    /// What the reader reports about the source, its run and its image.
+    std::vector<std::string> reportsOf(const ImageSource& source, Image& image) {
+        VRLImageReader reader;
+        RecordingMonitor monitor;
+        reader.addMonitor(monitor);
+        reader.setImage(image);
+        reader.setImageSource(source);
+        EXPECT_FALSE(reader.hasEnded());
+        reader.run();
+        EXPECT_TRUE(reader.hasEnded());
+        EXPECT_EQ(reader.getFailure(), "");
+        return monitor.heard;
+    }
+};
+
+/// Cancels the subject at the first progress that it hears.
+class Canceller : public RecordingMonitor {
+public:
+    using RecordingMonitor::subjectProgressed;
+    void subjectProgressed(unsigned int current, unsigned int total) override {
+        RecordingMonitor::subjectProgressed(current, total);
+        currentSubject()->cancel();
+    }
+};
+
+} // namespace
+
+TEST_F(ImageWorkers, theReaderReportsOneStartOneEndAndRisingProgressWhateverTheKind) {
+    Image image;
+    const auto file = makeSource("a.tif", 10, 4);
+    EXPECT_EQ(reportsOf(*file, image),
+              (std::vector<std::string>{"started ", "25/100", "50/100", "75/100", "100/100", "finished "}));
+
+    // Each of the three tiles is a third of the whole.
+    const ImageSourceFileMosaic mosaic = makeMosaic();
+    const std::vector<std::string> reports = reportsOf(mosaic, image);
+    EXPECT_EQ(image.getWidth(), 40);
+    EXPECT_EQ(image.getPixels()[3][25], pixelsOf(folder.file("t1.tif")).getPixels()[3][5]);
+    ASSERT_EQ(reports.size(), 32u);
+    EXPECT_EQ(reports.front(), "started ");
+    EXPECT_EQ(reports[1], "3/100");
+    EXPECT_EQ(reports[10], "33/100");
+    EXPECT_EQ(reports[11], "36/100");
+    EXPECT_EQ(reports[30], "100/100");
+    EXPECT_EQ(reports.back(), "finished ");
+
+    // A file of the in-house format reports nothing by itself.
+    ImageSourceFile raw;
+    raw.setFilename(folder.write("a.img", std::string("000000000000") + std::string(512 * 512, 'x')));
+    EXPECT_EQ(reportsOf(raw, image), (std::vector<std::string>{"started ", "finished "}));
+    EXPECT_EQ(image.getPixels()[511][511], 'x');
+}
+
+TEST_F(ImageWorkers, theReaderStopsAtTheNextRowOrTileWhenCancelled) {
+    const auto file = makeSource("a.tif", 10, 1000, 8, 5);
+    const ImageSourceFileMosaic mosaic = makeMosaic();
+    for (const ImageSource* source :
+         {static_cast<const ImageSource*>(file.get()), static_cast<const ImageSource*>(&mosaic)}) {
+        VRLImageReader reader;
+        Canceller canceller;
+        Image image;
+        reader.addMonitor(canceller);
+        reader.setImage(image);
+        reader.setImageSource(*source);
+        reader.run();
+        EXPECT_EQ(canceller.heard.size(), 3u);
+        EXPECT_EQ(canceller.heard.back(), "canceled ");
+        EXPECT_EQ(reader.getFailure(), "");
+    }
+    // Cancelled before it has begun, it opens nothing.
+    VRLImageReader reader;
+    RecordingMonitor monitor;
+    Image image;
+    reader.addMonitor(monitor);
+    reader.setImage(image);
+    reader.setImageSource(*file);
+    reader.cancel();
+    std::filesystem::remove(file->getFilename());
+    reader.run();
+    EXPECT_EQ(monitor.heard, (std::vector<std::string>{"started ", "canceled "}));
+}
+
+TEST_F(ImageWorkers, theReaderMakesIndexedImagesPlain) {
+    Image gray = TestImages::ramp(9, 7, 8);
+    gray.setGrayscale(256);
+    gray.writeFile(folder.file("gray.tif"));
+    Image color = TestImages::ramp(9, 7, 8);
+    color.setColormap(TestImages::colors());
+    color.writeFile(folder.file("color.tif"));
+
+    Image image;
+    ImageSourceFile source;
+    source.setFilename(folder.file("gray.tif"));
+    reportsOf(source, image);
+    EXPECT_FALSE(image.isIndexed());
+    EXPECT_TRUE(TestImages::samePixels(image, TestImages::ramp(9, 7, 8)));
+
+    source.setFilename(folder.file("color.tif"));
+    reportsOf(source, image);
+    ASSERT_EQ(image.getDepth(), 24);
+    const int index = color.getPixels()[2][3];
+    const unsigned char* pixel = image.getPixels()[2] + 9;
+    EXPECT_EQ(pixel[0], index);
+    EXPECT_EQ(pixel[1], 255 - index);
+    EXPECT_EQ(pixel[2], index / 2);
+}
+
+TEST_F(ImageWorkers, theResizerStopsWhenCancelledAndKeepsWhatItHasMade) {
+    Image image = TestImages::ramp(600, 500, 24);
+    VRLImageResizer resizer;
+    RecordingMonitor monitor;
+    resizer.addMonitor(monitor);
+    resizer.setImage(image);
+    int arrived = 0;
+    QObject::connect(&resizer, qOverload<Image*>(&VRLImageResizer::imageAvailable), &resizer, [&](Image* made) {
+        if (++arrived == 2) {
+            EXPECT_EQ(made->getWidth(), 150);
+            resizer.cancel();
+        }
+    });
+    resizer.run();
+    EXPECT_EQ(arrived, 2);
+    const auto images = resizer.takeReducedImages();
+    ASSERT_EQ(images.size(), 2u);
+    EXPECT_EQ(images[0]->getWidth(), 300);
+    EXPECT_TRUE(resizer.takeReducedImages().empty());
+    EXPECT_EQ(monitor.heard, (std::vector<std::string>{"started ", "canceled "}));
+
+    // In place, a cancelled resizer leaves the image whole.
+    VRLImageResizer inPlace;
+    QSignalSpy available(&inPlace, qOverload<>(&VRLImageResizer::imageAvailable));
+    inPlace.setImage(image);
+    inPlace.setTargetSize(QSize(100, 100));
+    inPlace.cancel();
+    inPlace.run();
+    EXPECT_EQ(image.getWidth(), 600);
+    EXPECT_EQ(available.count(), 0);
+}

@@ -1,0 +1,472 @@
+#include "ui/scenes/vrlrenderingwindow.h"
+
+#include <fstream>
+#include <unistd.h>
+
+#include <QAction>
+#include <QDir>
+#include <QInputDialog>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPointer>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolButton>
+
+#include <gtest/gtest.h>
+
+#include "editing/actions/vrlsliceinsertiondeletionaction.h"
+#include "editing/bus/vrlmodelevent.h"
+#include "editing/bus/vrlmodelitemevent.h"
+#include "editing/bus/vrlsliceevent.h"
+#include "editing/bus/vrlstackevent.h"
+#include "editing/stacks/vrlstackserver.h"
+#include "shapes/quadmesh.h"
+#include "support/modalscript.h"
+#include "support/vectors.h"
+#include "ui/models/vrleventbatch.h"
+#include "ui/scenes/renderingstack.h"
+#include "ui/scenes/vrlmodelpaintergl.h"
+#include "ui/scenes/vrlrenderingmediator.h"
+#include "ui/scenes/vrlrenderingpaintergl.h"
+#include "ui/scenes/vrlrenderingtoolbar.h"
+#include "ui/viewer/viewercanvasgl.h"
+#include "ui/viewer/viewerposepanel.h"
+
+namespace {
+
+/// A shown window on an open stack.
+class VRLRenderingWindowTest : public ::testing::Test {
+protected:
+    VRLRenderingWindowTest() {
+        QSettings().clear();
+        VRLStackServer::stackServer.addStack(stack);
+        BackgroundGL black;
+        black.setColor(vectorOf<int>({0, 0, 0}));
+        black.setGradientEnabled(false);
+        window->getCanvas().setBackground(black);
+        window->setStack(stack);
+        window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(window));
+    }
+    ~VRLRenderingWindowTest() override {
+        while (VRLStackServer::stackServer.getNumStacks() > 0)
+            VRLStackServer::stackServer.removeStack(VRLStackServer::stackServer.getStack(0));
+        sendDeletions();
+        EXPECT_EQ(window, nullptr);
+    }
+
+    static void sendDeletions() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+
+    VRLRenderingMediator& mediator() { return window->getMediator(); }
+    int numPainters() { return int(mediator().getPainters().size()); }
+    VRLRenderingPainterGL& painter(int k) { return *mediator().getPainters()[std::size_t(k)]; }
+    /// What the painter shows changes with this pointer.
+    const void* shape(int k) { return painter(k).getModelPainter(); }
+    float width(int k, int axis = 0) { return painter(k).boundingBox().width(axis); }
+    bool listsAreAlike() {
+        const auto& shown = window->getCanvas().getPainters();
+        if (int(shown.size()) != numPainters())
+            return false;
+        for (int k = 0; k < numPainters(); ++k)
+            if (shown[std::size_t(k)] != &painter(k))
+                return false;
+        return true;
+    }
+    template <class Event, class... Arguments>
+    void send(Arguments... arguments) {
+        Event event(arguments...);
+        sender.notifyEvent(event);
+    }
+    QAction* command(const QString& text) {
+        for (QAction* action : window->findChildren<QAction*>())
+            if (action->text() == text)
+                return action;
+        ADD_FAILURE() << "no command " << text.toStdString();
+        return nullptr;
+    }
+    QMenu* menu(const QString& title) {
+        for (QMenu* found : window->findChildren<QMenu*>())
+            if (found->title() == title)
+                return found;
+        return nullptr;
+    }
+    /// Number of pixels of nearly this hue.
+    int count(int channel) {
+        const QImage picture = window->getCanvas().grabFramebuffer();
+        int number = 0;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x) {
+                const QColor color = picture.pixelColor(x, y);
+                const int channels[] = {color.red(), color.green(), color.blue()};
+                const int others = std::max(channels[(channel + 1) % 3], channels[(channel + 2) % 3]);
+                number += channels[channel] > others + 60 ? 1 : 0;
+            }
+        return number;
+    }
+
+    VRLStack& stack = *makeRenderingStack().release(); // the stack server takes it over
+    Model& cube = stack.getModel(0);
+    Model& dots = stack.getModel(1);
+    QPointer<VRLRenderingWindow> window = new VRLRenderingWindow;
+    VRLEventClient sender;
+    ModalScript user;
+    QTemporaryDir folder;
+};
+
+} // namespace
+
+TEST_F(VRLRenderingWindowTest, showsTheModelsOfItsStack) {
+    EXPECT_EQ(window->windowTitle(), "small");
+    EXPECT_EQ(numPainters(), 2);
+    EXPECT_TRUE(listsAreAlike());
+    window->getMediator().setRevStandardPose1();
+    const int blue = count(2), green = count(1);
+    EXPECT_GT(blue, 1000);
+    EXPECT_GT(green, 20);
+    EXPECT_GT(blue, 4 * green);
+    // Hidden, the cube goes from the picture.
+    cube.getItemProperties().setRenderingVisibility(false);
+    send<VRLModelPropertiesEvent>(&cube);
+    EXPECT_EQ(count(2), 0);
+    EXPECT_GT(count(1), 20);
+}
+
+TEST_F(VRLRenderingWindowTest, anEditOfAContourRebuildsItsModelAlone) {
+    Model& other = addModel(stack, "other");
+    addItem(other, stack.getSlice(0), square(10));
+    send<VRLModelCreateEvent>(&other);
+    ASSERT_EQ(numPainters(), 3);
+    EXPECT_TRUE(listsAreAlike());
+    const void* cubeShape = shape(0);
+    const void* otherShape = shape(2);
+    const float radius = window->getCanvas().getRadius();
+    ModelItem& item = cube.getItem(0);
+    item.setVertices(makeVertices(square(200)));
+    send<VRLModelItemVertexEvent>(&item);
+    EXPECT_NE(shape(0), cubeShape);
+    EXPECT_EQ(shape(2), otherShape);
+    EXPECT_NEAR(width(0), 400, 1e-2);
+    EXPECT_GT(window->getCanvas().getRadius(), 3 * radius);
+}
+
+TEST_F(VRLRenderingWindowTest, itemsComeAndGo) {
+    ModelItem& branch = addItem(cube, stack.getSlice(1), square(10, 40, 0));
+    send<VRLModelItemCreateEvent>(&branch);
+    EXPECT_EQ(dynamic_cast<const QuadMesh<float>*>(painter(0).getModelPainter()->getShape()), nullptr);
+    EXPECT_NEAR(width(0), 100, 1e-3);
+    Model& destination = addModel(stack, "destination");
+    send<VRLModelCreateEvent>(&destination);
+    branch.setModel(&destination);
+    branch.attachToModel();
+    send<VRLModelItemConvertEvent>(&branch, &cube, &destination);
+    EXPECT_NEAR(width(0), 40, 1e-3);
+    EXPECT_NEAR(width(2), 20, 1e-3);
+    branch.detach();
+    send<VRLModelItemDeleteEvent>(&branch);
+    EXPECT_FALSE(painter(2).boundingBox().isValid());
+    delete &branch;
+
+    ModelItem& points = dots.getItem(0);
+    points.getProperties().setColor(255, 0, 0);
+    send<VRLModelItemAttributeEvent>(&points);
+    mediator().setRevStandardPose1();
+    EXPECT_GT(count(0), 20);
+    EXPECT_EQ(count(1), 0);
+
+    send<VRLModelDeleteEvent>(&dots);
+    EXPECT_EQ(numPainters(), 2);
+    EXPECT_TRUE(listsAreAlike());
+    EXPECT_EQ(painter(1).getModel(), &destination);
+}
+
+TEST_F(VRLRenderingWindowTest, changesThatMoveSlicesRebuildAll) {
+    const auto rebuilt = [this](const std::function<void()>& change) {
+        const void* before = shape(0);
+        change();
+        EXPECT_TRUE(listsAreAlike());
+        return shape(0) != before;
+    };
+    stack.getSlice(3).setAbsolutePosition(130);
+    EXPECT_TRUE(rebuilt([this] { send<VRLSliceSpacingEvent>(&stack.getSlice(3)); }));
+    EXPECT_NEAR(width(0, 2), 130, 1e-3);
+    EXPECT_TRUE(rebuilt([this] { send<VRLStackRegistrationEvent>(&stack); }));
+    EXPECT_TRUE(rebuilt([this] { send<VRLStackImageCalibrationEvent>(&stack); }));
+    auto* action = new VRLSliceInsertionDeletionAction(stack.getSlice(3));
+    const std::unique_ptr<VRLSliceInsertionDeletionAction> owned(action);
+    action->setDeletionMode();
+    action->setSlicePosition(3);
+    EXPECT_TRUE(rebuilt([this, action] {
+        action->apply();
+        sender.notifyAction(*action);
+    }));
+    EXPECT_NEAR(width(0, 2), 20, 1e-3);
+
+    // Of another stack and its models nothing is heard.
+    VRLStack other;
+    other.setName("other");
+    Model& model = addModel(other, "model");
+    EXPECT_FALSE(rebuilt([this, &other, &model] {
+        send<VRLStackRegistrationEvent>(&other);
+        send<VRLStackSliceSpacingEvent>(&other);
+        send<VRLStackImageCalibrationEvent>(&other);
+        send<VRLModelCreateEvent>(&model);
+        send<VRLModelPropertiesEvent>(&model);
+        send<VRLModelDeleteEvent>(&model);
+    }));
+    EXPECT_EQ(numPainters(), 2);
+}
+
+TEST_F(VRLRenderingWindowTest, aBatchRefreshesOnceAtItsEnd) {
+    class Paints : public QObject {
+    public:
+        int number = 0;
+        bool eventFilter(QObject*, QEvent* event) override {
+            number += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+    } paints;
+    QTest::qWait(20);
+    window->getCanvas().installEventFilter(&paints);
+    {
+        const VRLEventBatch batch;
+        for (const char* name : {"a", "b", "c"})
+            send<VRLModelCreateEvent>(&addModel(stack, name));
+        send<VRLStackImageCalibrationEvent>(&stack);
+        send<VRLStackSliceSpacingEvent>(&stack);
+        send<VRLModelDeleteEvent>(&dots);
+        stack.deleteModel(1);
+        EXPECT_EQ(numPainters(), 2);
+        EXPECT_EQ(paints.number, 0);
+        window->getCanvas().grabFramebuffer(); // draws safely without the model
+    }
+    EXPECT_EQ(paints.number, 1);
+    EXPECT_EQ(numPainters(), 4);
+    EXPECT_TRUE(listsAreAlike());
+    { const VRLEventBatch batch; }
+    EXPECT_EQ(paints.number, 1);
+}
+
+TEST_F(VRLRenderingWindowTest, aModelThatCannotBeDrawnIsLeftOut) {
+    cube.getProperties().setRenderingMode(UnknownRendering);
+    testing::internal::CaptureStderr();
+    send<VRLModelPropertiesEvent>(&cube);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Unexpected model rendering mode"), std::string::npos);
+    EXPECT_FALSE(painter(0).boundingBox().isValid());
+    cube.getProperties().setRenderingMode(SurfaceRendering);
+    send<VRLModelPropertiesEvent>(&cube);
+    EXPECT_NEAR(width(0), 40, 1e-3);
+}
+
+TEST_F(VRLRenderingWindowTest, posesAreRecordedChosenAndDeleted) {
+    QMenu* select = menu("Select");
+    QMenu* remove = menu("Delete");
+    ASSERT_TRUE(select != nullptr && remove != nullptr);
+    window->updatePoseMenu();
+    EXPECT_FALSE(select->isEnabled());
+    mediator().setStandardPose2();
+    user.thenReject();
+    command("Record...")->trigger();
+    EXPECT_EQ(stack.getNumPoses(), 0);
+    stack.setModified(false);
+    for (const char* name : {"left & up", ""}) {
+        user.then([name](QWidget& dialog) {
+            auto& input = static_cast<QInputDialog&>(dialog);
+            EXPECT_EQ(input.labelText(), "Enter pose name:");
+            input.setTextValue(name);
+            input.accept();
+        });
+        command("Record...")->trigger();
+    }
+    EXPECT_EQ(user.seen.back(), "Rendering");
+    ASSERT_EQ(stack.getNumPoses(), 2);
+    EXPECT_TRUE(stack.isModified());
+    EXPECT_EQ(stack.getPose(0).getName(), "left & up");
+    EXPECT_EQ(stack.getPose(1).getName(), "Pose 2");
+    EXPECT_EQ(stack.getPose(0).getYRotation(), 90);
+
+    mediator().resetPose();
+    window->updatePoseMenu();
+    EXPECT_TRUE(select->isEnabled() && remove->isEnabled());
+    ASSERT_EQ(select->actions().size(), 2);
+    EXPECT_EQ(select->actions()[0]->text(), "left && up");
+    select->actions()[0]->trigger();
+    EXPECT_EQ(window->getCanvas().getPose().getYRotation(), 90);
+    stack.setModified(false);
+    remove->actions()[0]->trigger();
+    ASSERT_EQ(stack.getNumPoses(), 1);
+    EXPECT_EQ(stack.getPose(0).getName(), "Pose 2");
+    EXPECT_TRUE(stack.isModified());
+    window->updatePoseMenu();
+    EXPECT_EQ(remove->actions().size(), 1);
+}
+
+TEST_F(VRLRenderingWindowTest, surfacesAreExportedAndPointsTold) {
+    QSettings().setValue("exportDirectory", QDir::homePath());
+    user.thenReject();
+    command("Export to STL...")->trigger();
+    EXPECT_EQ(user.seen.back(), "Select export directory");
+    EXPECT_EQ(QSettings().value("exportDirectory").toString(), QDir::homePath());
+
+    user.thenChoose({folder.path()});
+    user.thenClick("OK");
+    command("Export to STL...")->trigger();
+    EXPECT_EQ(user.seen.back(), "STL export: STL supports only surface objects\n Point models could not be saved");
+    EXPECT_EQ(QSettings().value("exportDirectory").toString(), folder.path());
+    EXPECT_TRUE(QFile::exists(folder.filePath("small-cube.stl")));
+    EXPECT_FALSE(QFile::exists(folder.filePath("small-dots.stl")));
+
+    // The second time the file is there, and the points are not told of.
+    user.thenClick("OK");
+    mediator().export2AsciiSTL(folder.path());
+    EXPECT_EQ(user.seen.back(), "STL export: write error: " + folder.filePath("small-cube.stl").toStdString() +
+                                    ":\n\nfile already exists.\n\nExport to STL interrupted.");
+    user.thenClick("OK");
+    mediator().export2AsciiSTL(folder.filePath("missing"));
+    EXPECT_EQ(user.seen.back().find("already exists"), std::string::npos);
+    const std::size_t seen = user.seen.size();
+    ASSERT_EQ(dots.getNumItems(), 1);
+    delete &dots.getItem(0);
+    QDir().mkpath(folder.filePath("second"));
+    mediator().export2AsciiSTL(folder.filePath("second"));
+    EXPECT_EQ(user.seen.size(), seen);
+    EXPECT_TRUE(QFile::exists(folder.filePath("second/small-cube.stl")));
+}
+
+TEST_F(VRLRenderingWindowTest, snapshotsAreSavedFromMenuAndToolbar) {
+    for (const char* name : {"a.png", "b.png"})
+        user.thenChoose({folder.filePath(name)});
+    command("Snapshot")->trigger();
+    const auto buttons = window->findChild<VRLRenderingToolbar*>()->findChildren<QToolButton*>();
+    ASSERT_EQ(buttons.size(), 6);
+    buttons[1]->click();
+    EXPECT_EQ(QImage(folder.filePath("a.png")).size(), QImage(folder.filePath("b.png")).size());
+    EXPECT_FALSE(QImage(folder.filePath("a.png")).isNull());
+    mediator().setStandardPose2();
+    buttons[0]->click();
+    EXPECT_EQ(window->getCanvas().getPose().getYRotation(), 0);
+    EXPECT_FALSE(buttons[2]->isEnabled() || buttons[3]->isEnabled());
+}
+
+TEST_F(VRLRenderingWindowTest, movesThroughTheOpenStacksAndKeepsItsPose) {
+    VRLStack& second = *makeRenderingStack().release();
+    second.setName("second");
+    second.deleteModel(1);
+    VRLStackServer::stackServer.addStack(second);
+    second.getSlice(3).setAbsolutePosition(230); // the reconstruction does not know yet
+    mediator().setStandardPose2();
+    const auto buttons = window->findChild<VRLRenderingToolbar*>()->findChildren<QToolButton*>();
+    buttons[5]->click();
+    EXPECT_EQ(window->windowTitle(), "second");
+    EXPECT_EQ(numPainters(), 1);
+    EXPECT_TRUE(listsAreAlike());
+    EXPECT_NEAR(width(0, 2), 230, 1e-3);
+    EXPECT_EQ(window->getCanvas().getPose().getYRotation(), 90);
+    buttons[4]->click();
+    EXPECT_EQ(mediator().getStack(), &stack);
+    // The one that is closed is not the one shown.
+    VRLStackServer::stackServer.removeStack(second);
+    sendDeletions();
+    EXPECT_NE(window, nullptr);
+}
+
+TEST_F(VRLRenderingWindowTest, closingTheStackClosesAllItsWindows) {
+    QPointer<VRLRenderingWindow> another = new VRLRenderingWindow;
+    another->setStack(stack);
+    another->show();
+    EXPECT_NE(another->getMediator().getPainters()[0].get(), &painter(0));
+    VRLStackServer::stackServer.removeStack(stack);
+    EXPECT_FALSE(another->isVisible());
+    sendDeletions();
+    EXPECT_EQ(another, nullptr);
+    EXPECT_EQ(window, nullptr);
+}
+
+TEST_F(VRLRenderingWindowTest, editsTheModelsOfTheStackShown) {
+    user.then([](QWidget& dialog) { static_cast<QDialog&>(dialog).reject(); });
+    command("Edit models...")->trigger();
+    EXPECT_EQ(user.seen.back(), "Models for stack \"small\"");
+    // A new name of the stack shows at once.
+    stack.setName("large");
+    send<VRLStackNameEvent>(&stack);
+    EXPECT_EQ(window->windowTitle(), "large");
+}
+
+TEST_F(VRLRenderingWindowTest, remembersSizeToolbarAndPanel) {
+    QStringList menus;
+    for (QAction* entry : window->findChild<QMenuBar*>()->actions())
+        menus += entry->text();
+    EXPECT_EQ(menus, (QStringList{"Rendering", "Edit", "Pose", "Show"}));
+    window->resize(900, 700);
+    QTest::qWait(20);
+    command("Tool bar")->trigger();
+    EXPECT_FALSE(window->findChild<VRLRenderingToolbar*>()->isVisible());
+    auto* another = new VRLRenderingWindow;
+    another->setStack(stack);
+    another->show();
+    EXPECT_EQ(another->size(), QSize(900, 700));
+    EXPECT_FALSE(another->findChild<VRLRenderingToolbar*>()->isVisible());
+    command("Tool bar")->trigger();
+    EXPECT_TRUE(window->findChild<VRLRenderingToolbar*>()->isVisible());
+    EXPECT_TRUE(QSettings().value("renderingWindow/toolBarVisible").toBool());
+    auto* panel = window->findChild<ViewerPosePanel*>();
+    EXPECT_TRUE(panel->isVisible() && command("Pose panel")->isChecked());
+    command("Pose panel")->trigger();
+    EXPECT_FALSE(panel->isVisible() || command("Pose panel")->isChecked());
+    EXPECT_FALSE(QSettings().value("renderingWindow/panelVisible").toBool());
+}
+
+namespace {
+
+/// Under the address sanitizer a test is slow, and what is freed is kept for a while.
+#ifdef __has_feature
+constexpr bool sanitized = __has_feature(address_sanitizer);
+#else
+constexpr bool sanitized = false;
+#endif
+
+/// Resident memory of this process, in bytes.
+long residentMemory() {
+    std::ifstream statm("/proc/self/statm");
+    long size = 0, resident = 0;
+    statm >> size >> resident;
+    return resident * ::sysconf(_SC_PAGESIZE);
+}
+
+} // namespace
+
+// A surface of 100 levels of 100 vertices takes more than 1 MB in its arrays: one that is kept for each edit shows.
+TEST_F(VRLRenderingWindowTest, fiveHundredEditsTakeNoMoreMemory) {
+    window->togglePanel();
+    window->resize(400, 240);
+    cube.getProperties().setQuadMeshHeight(100);
+    cube.getProperties().setQuadMeshWidth(100);
+    const auto edit = [this](int k) {
+        ModelItem& item = cube.getItem(k % cube.getNumItems());
+        item.moveVertex(k % 4, point(20 + k % 7, k % 5));
+        send<VRLModelItemVertexEvent>(&item);
+        if (k % 10 == 3) {
+            ModelItem& branch = addItem(cube, stack.getSlice(1), square(10, 40, 0));
+            send<VRLModelItemCreateEvent>(&branch);
+            branch.detach();
+            send<VRLModelItemDeleteEvent>(&branch);
+            delete &branch;
+        }
+        if (k % 10 == 7) {
+            cube.getProperties().setSurfaceOpacity(float(k % 200));
+            send<VRLModelPropertiesEvent>(&cube);
+        }
+        if (k % 50 == 9)
+            mediator().refresh();
+        QCoreApplication::processEvents();
+    };
+    for (int k = 0; k < 60; ++k)
+        edit(k);
+    const long before = residentMemory();
+    constexpr int numEdits = sanitized ? 100 : 500;
+    for (int k = 60; k < 60 + numEdits; ++k)
+        edit(k);
+    EXPECT_LT(residentMemory() - before, sanitized ? 1L << 30 : 24L << 20);
+    EXPECT_TRUE(listsAreAlike());
+}

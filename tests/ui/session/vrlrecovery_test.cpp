@@ -1,0 +1,224 @@
+#include "ui/session/vrlrecovery.h"
+
+#include <QDirIterator>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include "editing/stacks/vrlstack.h"
+#include "editing/stacks/vrlstackserver.h"
+#include "images/files/imagesourcefile.h"
+#include "images/files/imagewriter.h"
+#include "images/rasters/image.h"
+#include "support/documentmaker.h"
+
+namespace {
+
+/// An open stack of one slice with an image beside its file, and one outline.
+class VRLRecoveryTest : public ::testing::Test {
+protected:
+    VRLRecoveryTest() {
+        Image image(4, 3, 8);
+        image.clear();
+        ImageWriter().write(image, path("a.tif"), true);
+        stack = new VRLStack;
+        stack->setName("brain");
+        addSlices(*stack, 1);
+        ImageSourceFile source;
+        source.setFilename(path("a.tif"));
+        stack->getSlice(0).setImageSource(source);
+        addItem(addModel(*stack, "m"), stack->getSlice(0), {{0, 0}, {5, 0}, {5, 5}});
+        EXPECT_TRUE(stack->write(path("brain.sdf")));
+        VRLStackServer::stackServer.addStack(*stack);
+    }
+    ~VRLRecoveryTest() override {
+        if (stack != nullptr)
+            VRLStackServer::stackServer.removeStack(*stack);
+    }
+
+    std::string path(const char* name) const { return folder.filePath(name).toStdString(); }
+    QString recoveryDirectory() const { return folder.filePath("state"); }
+
+    int numFiles() const {
+        int n = 0;
+        for (QDirIterator files(recoveryDirectory(), {"*.sdf"}, QDir::Files, QDirIterator::Subdirectories);
+             files.hasNext(); files.next())
+            ++n;
+        return n;
+    }
+
+    /// What a program leaves that dies now: its files, without its lock.
+    void simulateCrash(VRLRecovery& recovery) {
+        recovery.waitForWrites();
+        const QString session = QFileInfo(recovery.recoveryFile(*stack)).path();
+        const QString copy = recoveryDirectory() + "/dead";
+        ASSERT_TRUE(QDir().mkpath(copy));
+        for (const QString& file : QDir(session).entryList({"*.sdf", "*.ini"}, QDir::Files))
+            ASSERT_TRUE(QFile::copy(session + "/" + file, copy + "/" + file));
+    }
+
+    QTemporaryDir folder;
+    VRLStack* stack;
+};
+
+} // namespace
+
+TEST_F(VRLRecoveryTest, onlyModifiedStacksAreWrittenAndOnlyWhenTheyChange) {
+    VRLRecovery recovery(recoveryDirectory());
+    recovery.saveModifiedStacks();
+    recovery.waitForWrites();
+    EXPECT_EQ(recovery.recoveryFile(*stack), "");
+    EXPECT_FALSE(QDir(recoveryDirectory()).exists());
+
+    stack->setModified(true);
+    recovery.saveModifiedStacks();
+    recovery.waitForWrites();
+    const QString file = recovery.recoveryFile(*stack);
+    ASSERT_TRUE(QFile::exists(file));
+    QFile::remove(file);
+    recovery.saveModifiedStacks();
+    recovery.waitForWrites();
+    EXPECT_FALSE(QFile::exists(file));
+    stack->setModified(true);
+    recovery.saveModifiedStacks();
+    recovery.waitForWrites();
+    EXPECT_TRUE(QFile::exists(file));
+}
+
+TEST_F(VRLRecoveryTest, aSaveOrACloseRemovesTheFile) {
+    VRLRecovery recovery(recoveryDirectory());
+    stack->setModified(true);
+    recovery.saveModifiedStacks();
+    recovery.waitForWrites();
+    EXPECT_EQ(numFiles(), 1);
+    ASSERT_TRUE(stack->write(stack->getFilename()));
+    recovery.waitForWrites();
+    EXPECT_EQ(numFiles(), 0);
+    stack->setModified(true);
+    recovery.saveModifiedStacks();
+    VRLStackServer::stackServer.removeStack(*stack);
+    stack = nullptr;
+    recovery.waitForWrites();
+    EXPECT_EQ(numFiles(), 0);
+}
+
+// Such a stack could be saved nowhere, and what was kept would be gone.
+TEST_F(VRLRecoveryTest, aStackWhoseImageIsGoneStaysWhereItIsKept) {
+    {
+        VRLRecovery recovery(recoveryDirectory());
+        stack->setModified(true);
+        recovery.saveModifiedStacks();
+        simulateCrash(recovery);
+        stack->setModified(false);
+    }
+    const QString image = folder.filePath("a.tif");
+    ASSERT_TRUE(QFile::rename(image, image + ".away"));
+    VRLRecovery recovery(recoveryDirectory());
+    ASSERT_EQ(recovery.leftovers().size(), 1);
+    QString message;
+    EXPECT_EQ(recovery.recover(recovery.leftovers()[0], message), nullptr);
+    EXPECT_TRUE(message.contains("s0") && message.contains("brain")) << message.toStdString();
+    ASSERT_TRUE(QFile::rename(image + ".away", image));
+    ASSERT_EQ(recovery.leftovers().size(), 1);
+    EXPECT_NE(std::unique_ptr<VRLStack>(recovery.recover(recovery.leftovers()[0], message)), nullptr);
+}
+
+TEST_F(VRLRecoveryTest, aCrashedProgramsStackComesBackWithItsImages) {
+    const QByteArray original = [this] {
+        QFile file(folder.filePath("brain.sdf"));
+        file.open(QIODevice::ReadOnly);
+        return file.readAll();
+    }();
+    {
+        VRLRecovery recovery(recoveryDirectory());
+        addItem(stack->getModel(0), stack->getSlice(0), {{9, 9}, {8, 8}, {7, 9}});
+        stack->setModified(true);
+        recovery.saveModifiedStacks();
+        simulateCrash(recovery);
+        stack->setModified(false);
+    }
+    VRLRecovery recovery(recoveryDirectory());
+    const QList<VRLRecovery::Leftover> leftovers = recovery.leftovers();
+    ASSERT_EQ(leftovers.size(), 1);
+    EXPECT_EQ(leftovers[0].stackFile, folder.filePath("brain.sdf"));
+    EXPECT_EQ(leftovers[0].stackName, "brain");
+
+    QString message;
+    const std::unique_ptr<VRLStack> recovered(recovery.recover(leftovers[0], message));
+    ASSERT_NE(recovered, nullptr);
+    EXPECT_EQ(message, "");
+    EXPECT_EQ(recovered->getModel(0).getNumItems(), 2);
+    EXPECT_TRUE(recovered->isModified());
+    EXPECT_EQ(recovered->getFilename(), path("brain.sdf"));
+    Image image;
+    recovered->getSlice(0).load(image);
+    EXPECT_EQ(image.getWidth(), 4);
+    // Until the user saves, the own file is as it was; saving puts relative image paths in it again.
+    QFile file(folder.filePath("brain.sdf"));
+    file.open(QIODevice::ReadOnly);
+    EXPECT_EQ(file.readAll(), original);
+    ASSERT_TRUE(recovered->write(recovered->getFilename()));
+    QFile saved(folder.filePath("brain.sdf"));
+    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(saved.readAll().contains("state"));
+
+    recovery.discard(leftovers[0]);
+    EXPECT_TRUE(recovery.leftovers().isEmpty());
+    EXPECT_FALSE(QDir(recoveryDirectory() + "/dead").exists());
+}
+
+TEST_F(VRLRecoveryTest, aRunningProgramsFilesAreLeftAlone) {
+    VRLRecovery running(recoveryDirectory());
+    stack->setModified(true);
+    running.saveModifiedStacks();
+    running.waitForWrites();
+    const VRLRecovery second(recoveryDirectory());
+    EXPECT_TRUE(second.leftovers().isEmpty());
+    EXPECT_TRUE(QFile::exists(running.recoveryFile(*stack)));
+}
+
+TEST_F(VRLRecoveryTest, aCleanEndLeavesNothingAndAnotherOneLeavesWhatIsOpen) {
+    {
+        VRLRecovery recovery(recoveryDirectory());
+        stack->setModified(true);
+        recovery.saveModifiedStacks();
+        addItem(stack->getModel(0), stack->getSlice(0), {{9, 9}, {8, 8}, {7, 9}});
+        stack->setModified(true);
+    }
+    VRLRecovery next(recoveryDirectory());
+    ASSERT_EQ(next.leftovers().size(), 1);
+    QString message;
+    const std::unique_ptr<VRLStack> recovered(next.recover(next.leftovers()[0], message));
+    EXPECT_EQ(recovered->getModel(0).getNumItems(), 2);
+    next.discard(next.leftovers()[0]);
+    {
+        VRLRecovery recovery(recoveryDirectory());
+        stack->setModified(true);
+        recovery.saveModifiedStacks();
+        VRLStackServer::stackServer.removeStack(*stack);
+        stack = nullptr;
+    }
+    EXPECT_TRUE(QDir(recoveryDirectory()).isEmpty());
+}
+
+TEST_F(VRLRecoveryTest, aDirectoryThatCannotBeWrittenIsNoFailure) {
+    QFile blocker(recoveryDirectory());
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    VRLRecovery recovery(recoveryDirectory());
+    stack->setModified(true);
+    recovery.saveModifiedStacks();
+    recovery.waitForWrites();
+    EXPECT_EQ(recovery.recoveryFile(*stack), "");
+    EXPECT_TRUE(recovery.leftovers().isEmpty());
+}
+
+TEST_F(VRLRecoveryTest, theTimerSavesByItself) {
+    VRLRecovery recovery(recoveryDirectory());
+    stack->setModified(true);
+    recovery.start(10);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !recovery.recoveryFile(*stack).isEmpty(); }, 5000));
+}

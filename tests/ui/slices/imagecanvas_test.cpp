@@ -1,0 +1,239 @@
+#include "ui/slices/widgetfixture.h"
+
+#include <cstring>
+
+#include "ui/session/vrlpreferences.h"
+
+/// The geometry of a canvas of this size and a proxy of that size, without a window.
+class ImageCanvasTest : public ::testing::Test {
+protected:
+    void prepare(int canvasWidth, int canvasHeight, int imageWidth, int imageHeight, float aspect = 1) {
+        PixelCalibration calibration;
+        calibration.setAspectRatio(aspect);
+        canvas.resize(canvasWidth, canvasHeight);
+        canvas.getImageProxy().setOriginalImageSize(QSize(imageWidth, imageHeight));
+        canvas.getImageProxy().setPixelCalibration(calibration);
+        canvas.imageProxyChange();
+    }
+
+    VRLImageWidgetCanvas canvas;
+};
+
+class PaintedImageTest : public WidgetTest {};
+
+TEST_F(ImageCanvasTest, bestFitFillsOneSideAndSeesTheWholeImage) {
+    prepare(400, 300, 100, 100);
+    EXPECT_FLOAT_EQ(canvas.getZoomFactor(), 3);
+    EXPECT_EQ(canvas.currentView(), QRect(0, 0, 100, 100));
+    canvas.setViewOrigin(QPoint(10, 10));
+    EXPECT_EQ(canvas.getViewOrigin(), QPoint(0, 0));
+    prepare(400, 300, 1000, 100); // 400 * 100 / 1000 = 40 rows
+    EXPECT_FLOAT_EQ(canvas.getZoomFactor(), 0.4f);
+    prepare(300, 301, 301, 400); // 301 * 301 / 400 = 226.5 columns
+    EXPECT_FLOAT_EQ(canvas.getZoomFactor(), 227.0f / 301);
+    // Pixels twice as high as wide: half the columns count.
+    prepare(400, 300, 200, 100, 2);
+    EXPECT_FLOAT_EQ(canvas.betaWidth(), 0.5f);
+    EXPECT_FLOAT_EQ(canvas.betaHeight(), 1);
+    EXPECT_FLOAT_EQ(canvas.getZoomFactor(), 3);
+    prepare(400, 300, 100, 400, 0.25f);
+    EXPECT_FLOAT_EQ(canvas.betaHeight(), 0.25f);
+    EXPECT_FLOAT_EQ(canvas.getZoomFactor(), 3);
+    // Degenerate sizes leave a zoom that can be divided by.
+    prepare(400, 300, 100000, 1);
+    EXPECT_GT(canvas.getZoomFactor(), 0);
+    prepare(400, 300, 100, 100, 0);
+    EXPECT_FLOAT_EQ(canvas.betaHeight(), 1);
+}
+
+TEST_F(ImageCanvasTest, leavingBestFitGoesToTheNeighboursOfTheSequence) {
+    const struct {
+        float fit, up, down;
+    } cases[] = {{0.3f, 0.5f, 0.25f}, {0.1f, 0.125f, 0.0625f}, {0.5f, 1, 0.5f},
+                 {0.7f, 1, 0.5f},     {1.44f, 2, 1},           {3, 3, 3},
+                 {2.5f, 3, 2}};
+    for (const auto& c : cases) {
+        for (const bool up : {true, false}) {
+            canvas.clear();
+            canvas.setZoomFactor(c.fit);
+            canvas.setBestFitMode(false, up);
+            EXPECT_EQ(canvas.getZoomFactor(), up ? c.up : c.down) << c.fit;
+        }
+    }
+}
+
+TEST_F(ImageCanvasTest, theViewIsClampedToTheImage) {
+    prepare(400, 300, 1000, 500);
+    canvas.setBestFitMode(false, true);
+    canvas.setZoomFactor(3);
+    EXPECT_EQ(canvas.computeMaxViewSize(), QSize(134, 100)); // 133.3 columns
+    EXPECT_EQ(canvas.computeMaxViewOrigin(), QPoint(866, 400));
+    canvas.setViewOrigin(QPoint(5000, -3));
+    EXPECT_EQ(canvas.currentView(), QRect(866, 0, 134, 100));
+    canvas.setViewCenter(QPoint(500, 250));
+    EXPECT_EQ(canvas.getViewOrigin(), QPoint(433, 200));
+    EXPECT_EQ(canvas.viewCenter(), QPoint(500, 250));
+    canvas.setZoomFactor(0.25f);
+    EXPECT_EQ(canvas.currentView(), QRect(0, 0, 1000, 500));
+    canvas.setZoomFactor(-1);
+    EXPECT_EQ(canvas.getZoomFactor(), 0.25f);
+    // Brute force: the pixel at a position is the one whose square on the screen holds it.
+    prepare(400, 300, 1000, 500, 2);
+    canvas.setZoomFactor(4);
+    canvas.setViewOrigin(QPoint(7, 11));
+    for (int p = 0; p < 300; ++p) {
+        EXPECT_EQ(canvas.convertToImagePosition(QPoint(p, p)), QPoint(7 + p / 2, 11 + p / 4));
+        EXPECT_EQ(canvas.convertToVectori(QPoint(p, 0))[0], 7 + p / 2);
+    }
+}
+
+TEST_F(PaintedImageTest, theImageStandsUprightAtTheTopLeft) {
+    show(400, 300);
+    showSlice(addSlice(fourCorners(40, 20)));
+    QImage seen = picture();
+    ASSERT_EQ(seen.size(), QSize(400, 300));
+    EXPECT_TRUE(isNear(seen.pixel(5, 5), qRgb(40, 40, 40)));
+    EXPECT_TRUE(isNear(seen.pixel(395, 5), qRgb(90, 90, 90)));
+    EXPECT_TRUE(isNear(seen.pixel(5, 195), qRgb(140, 140, 140)));
+    EXPECT_TRUE(isNear(seen.pixel(395, 195), qRgb(250, 250, 250)));
+    const QRgb background = VRLPreferences::getImageCanvasBackgroundColor().rgb();
+    EXPECT_TRUE(isNear(seen.pixel(5, 205), background));
+    // Zoomed to the last rows and columns: nothing is cut off, and nothing moves.
+    zoomTo(25);
+    canvas->setViewOrigin(QPoint(1000, 1000));
+    const QSize view = canvas->computeMaxViewSize();
+    EXPECT_EQ(canvas->getViewOrigin(), QPoint(40 - view.width(), 20 - view.height()));
+    EXPECT_TRUE(isNear(picture().pixel(2, 280), qRgb(250, 250, 250)));
+    canvas->setViewOrigin(QPoint(10, 1000));
+    seen = picture();
+    EXPECT_TRUE(isNear(seen.pixel(10 * 25 - 2, 280), qRgb(140, 140, 140)));
+    EXPECT_TRUE(isNear(seen.pixel(10 * 25 + 2, 280), qRgb(250, 250, 250)));
+}
+
+// Each pixel of a small image, at every origin that the view can take: a raster position that were clipped would leave
+// the background.
+TEST_F(PaintedImageTest, everyViewOriginShowsItsPixels) {
+    show(200, 150);
+    Image image(64, 64, 24);
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x) {
+            unsigned char* pixel = image.getPixels()[y] + 3 * x;
+            pixel[0] = static_cast<unsigned char>(4 * x);
+            pixel[1] = static_cast<unsigned char>(4 * y);
+            pixel[2] = 77;
+        }
+    showSlice(addSlice(image));
+    zoomTo(7);
+    for (int k = 0; k < 40; ++k) {
+        canvas->setViewOrigin(QPoint(k, 39 - k));
+        const QImage seen = picture();
+        const QPoint origin = canvas->getViewOrigin();
+        for (const QPoint& p : {QPoint(3, 3), QPoint(73, 45), QPoint(170, 120)}) {
+            const QPoint expected(origin.x() + p.x() / 7, origin.y() + p.y() / 7);
+            EXPECT_TRUE(isNear(seen.pixel(p), qRgb(4 * expected.x(), 4 * expected.y(), 77)))
+                << k << " " << qRed(seen.pixel(p)) / 4.0 << " " << expected.x();
+        }
+    }
+}
+
+// A reduced image is shown at small zooms: its pixels hold the same gradient, within the width of one of them.
+TEST_F(PaintedImageTest, reducedImagesLieWhereTheFullOneWould) {
+    show(200, 150);
+    Image image(1000, 1000, 8);
+    for (int y = 0; y < 1000; ++y)
+        for (int x = 0; x < 1000; ++x)
+            image.getPixels()[y][x] = static_cast<unsigned char>((x + y) / 8);
+    showSlice(addSlice(image));
+    ASSERT_TRUE(settle());
+    ASSERT_GT(canvas->getImageProxy().getNumImages(), 2);
+    for (const float zoom : {0.25f, 0.3f, 0.45f}) {
+        zoomTo(zoom);
+        for (const QPoint& origin : {QPoint(0, 0), QPoint(101, 203), QPoint(330, 333)}) {
+            canvas->setViewOrigin(origin);
+            const QImage seen = picture();
+            for (const QPoint& p : {QPoint(1, 1), QPoint(90, 30), QPoint(170, 120)}) {
+                const QPointF at = canvas->convertToImagePoint(QPointF(p) + QPointF(0.5, 0.5));
+                EXPECT_NEAR(qRed(seen.pixel(p)), (at.x() + at.y()) / 8, 8 / zoom / 8 + 1) << zoom;
+            }
+        }
+    }
+}
+
+// Images of 16 bits have no reduced ones, and are thinned out instead.
+TEST_F(PaintedImageTest, largeImagesWithoutReducedOnesKeepTheirPlace) {
+    show(200, 150);
+    Image image(2000, 1500, 16);
+    for (int y = 0; y < 1500; ++y)
+        for (int x = 0; x < 2000; ++x) {
+            const auto value = static_cast<unsigned short>(x * 32);
+            std::memcpy(image.getPixels()[y] + 2 * x, &value, 2);
+        }
+    showSlice(addSlice(image));
+    const QImage seen = picture();
+    for (int x = 2; x < 198; x += 13)
+        EXPECT_NEAR(qRed(seen.pixel(x, 75)), x * 10 * 32 / 257, 3);
+}
+
+TEST_F(PaintedImageTest, allDepthsAndColormapsAreShown) {
+    show(100, 100);
+    for (const int depth : {8, 16, 24, 32}) {
+        Image image(10, 10, depth);
+        unsigned char* byte = image.getData();
+        for (int i = 0; i < 100; ++i) {
+            const unsigned short wide = 0x8000;
+            const unsigned char color[] = {200, 100, 50, 0};
+            if (depth == 16)
+                std::memcpy(byte + 2 * i, &wide, 2);
+            else
+                std::memcpy(byte + i * depth / 8, color, std::size_t(depth / 8));
+        }
+        StackSlice& slice = addSlice(image);
+        // Files of 32 bits come back without their fourth byte, so the image goes to the proxy itself.
+        showSlice(slice);
+        canvas->getImageProxy().clearImage();
+        canvas->getImageProxy().setImage(image);
+        const QRgb expected = depth == 8 ? qRgb(200, 200, 200) : depth == 16 ? qRgb(128, 128, 128) : qRgb(200, 100, 50);
+        EXPECT_TRUE(isNear(picture().pixel(50, 50), expected)) << depth;
+        canvas->getImageProxy().clearImage();
+    }
+    Image indexed(10, 10, 8);
+    std::memset(indexed.getData(), 60, 100);
+    Colormap shortMap(100); // not a power of two
+    for (int i = 0; i < 100; ++i) {
+        shortMap.getRed()[i] = static_cast<unsigned char>(i);
+        shortMap.getGreen()[i] = static_cast<unsigned char>(255 - i);
+        shortMap.getBlue()[i] = 7;
+    }
+    indexed.setColormap(shortMap);
+    indexed.getPixels()[9][9] = 200; // beyond the map
+    canvas->getImageProxy().setImage(indexed);
+    EXPECT_TRUE(isNear(picture().pixel(50, 50), qRgb(60, 195, 7)));
+    EXPECT_TRUE(isNear(picture().pixel(95, 95), qRgb(0, 0, 0)));
+    canvas->getImageProxy().clearImage();
+}
+
+TEST_F(PaintedImageTest, theSliderStretchesTheContrast) {
+    show(100, 100);
+    showSlice(addSlice(TestImages::uniform(10, 10, 8, 102))); // 0.4 of the range
+    emit slider->valuesChanged(0.2f, 0.6f);
+    EXPECT_TRUE(isNear(picture().pixel(50, 50), qRgb(128, 128, 128)));
+    emit slider->valuesChanged(0.5f, 1.0f);
+    EXPECT_TRUE(isNear(picture().pixel(50, 50), qRgb(0, 0, 0)));
+    emit slider->valuesChanged(0.3f, 0.3f); // no range: below is black, above is white
+    EXPECT_TRUE(isNear(picture().pixel(50, 50), qRgb(255, 255, 255)));
+    EXPECT_EQ(numPaints([this] { slider->reset(); }), 1);
+    EXPECT_TRUE(isNear(picture().pixel(50, 50), qRgb(102, 102, 102)));
+}
+
+TEST_F(PaintedImageTest, pixelsOfOtherProportionsAreShownSo) {
+    show(200, 200);
+    StackSlice& slice = addSlice(fourCorners(20, 20));
+    slice.getPixelCalibration().setAspectRatio(2); // twice as high as wide
+    showSlice(slice);
+    EXPECT_FLOAT_EQ(canvas->getZoomFactor(), 10);
+    const QImage seen = picture();
+    EXPECT_TRUE(isNear(seen.pixel(45, 50), qRgb(40, 40, 40)));
+    EXPECT_TRUE(isNear(seen.pixel(55, 50), qRgb(90, 90, 90)));
+    EXPECT_TRUE(isNear(seen.pixel(95, 195), qRgb(250, 250, 250)));
+    EXPECT_TRUE(isNear(seen.pixel(105, 50), VRLPreferences::getImageCanvasBackgroundColor().rgb()));
+}

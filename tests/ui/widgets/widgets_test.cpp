@@ -1,0 +1,97 @@
+#include <QApplication>
+#include <QColorDialog>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QSpinBox>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include "ui/widgets/colorselector.h"
+#include "ui/widgets/qinputbox.h"
+#include "ui/widgets/vrlmenu.h"
+#include "ui/widgets/vrlsplitter.h"
+
+TEST(QInputBox, sliderAndSpinBoxFollowEachOtherAndAChangeIsToldOnce) {
+    QInputBox box("Zoom", nullptr, -10, 200, "%");
+    QSignalSpy changes(&box, &QInputBox::valueChanged);
+    EXPECT_EQ(box.getValue(), 0);
+    box.findChild<QSlider*>()->setValue(50);
+    EXPECT_EQ(box.getValue(), 50);
+    ASSERT_EQ(changes.count(), 1);
+    EXPECT_EQ(changes.last()[0].toInt(), 50);
+    box.setValue(70);
+    EXPECT_EQ(box.findChild<QSlider*>()->value(), 70);
+    EXPECT_EQ(changes.count(), 2);
+    box.setMaximum(60);
+    EXPECT_EQ(box.getValue(), 60);
+    EXPECT_EQ(box.findChild<QSlider*>()->value(), 60);
+    EXPECT_EQ(changes.count(), 3);
+    box.setMinimum(65); // above the maximum, which follows
+    EXPECT_EQ(box.getValue(), 65);
+}
+
+TEST(VRLSplitter, comesBackAsItWasLeft) {
+    QSettings().remove("testSplitter");
+    const auto sizesAfter = [](int moveTo) {
+        VRLSplitter splitter("testSplitter", Qt::Horizontal);
+        splitter.addWidget(new QWidget, 250);
+        splitter.addWidget(new QWidget, 750);
+        splitter.resize(1005, 100);
+        splitter.restore();
+        splitter.show();
+        if (moveTo > 0) {
+            // As the user's drag does it.
+            QSplitterHandle* handle = splitter.handle(1);
+            const QPoint middle(handle->width() / 2, handle->height() / 2);
+            QTest::mousePress(handle, Qt::LeftButton, {}, middle);
+            QTest::mouseMove(handle, middle + QPoint(moveTo - handle->x(), 0));
+            QTest::mouseRelease(handle, Qt::LeftButton, {}, middle);
+        }
+        return splitter.sizes();
+    };
+    EXPECT_NEAR(sizesAfter(0)[0], 250, 3);
+    EXPECT_NEAR(sizesAfter(400)[0], 400, 3);
+    EXPECT_NEAR(sizesAfter(0)[0], 400, 3);
+}
+
+TEST(VRLMenu, tellsTheTextThatWasChosen) {
+    VRLMenu menu("Recent");
+    QSignalSpy chosen(&menu, qOverload<const QString&>(&VRLMenu::triggered));
+    menu.addAction("/home/a/one.sdf")->trigger();
+    QAction* escaped = menu.addAction("/home/R&&D/two.sdf");
+    escaped->setData("/home/R&D/two.sdf");
+    escaped->trigger();
+    ASSERT_EQ(chosen.count(), 2);
+    EXPECT_EQ(chosen[0][0].toString(), "/home/a/one.sdf");
+    EXPECT_EQ(chosen[1][0].toString(), "/home/R&D/two.sdf");
+}
+
+TEST(ColorSelector, aClickAsksForAColourAndACancelKeepsIt) {
+    ColorSelector selector;
+    selector.setColor(QColor(10, 20, 30));
+    selector.show();
+    QSignalSpy chosen(&selector, &ColorSelector::valueChanged);
+    const auto answer = [](bool accept) {
+        QTimer::singleShot(0, [accept] {
+            auto* dialog = qobject_cast<QColorDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            dialog->setCurrentColor(QColor(200, 100, 50));
+            accept ? dialog->accept() : dialog->reject();
+        });
+    };
+    answer(false);
+    selector.click();
+    EXPECT_EQ(selector.getColor(), QColor(10, 20, 30));
+    EXPECT_EQ(chosen.count(), 0);
+    answer(true);
+    selector.click();
+    EXPECT_EQ(selector.getColor(), QColor(200, 100, 50));
+    EXPECT_EQ(chosen.count(), 1);
+    const QColor shown = selector.grab().toImage().pixelColor(selector.rect().center());
+    // The style shades the button's face.
+    EXPECT_NEAR(shown.hue(), QColor(200, 100, 50).hue(), 6);
+    EXPECT_GT(shown.saturation(), 100);
+}
