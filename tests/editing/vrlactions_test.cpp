@@ -17,6 +17,7 @@
 #include "editing/actions/vrlremoveselectionaction.h"
 #include "editing/actions/vrlremovevertexaction.h"
 #include "editing/actions/vrlselectionaction.h"
+#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
 #include "numerics/exception.h"
@@ -44,8 +45,9 @@ protected:
     }
 
     void push(VRLAction* action) {
-        VRLActionStep step(*stack.history());
-        stack.history()->push(action, true);
+        EditStep step(*stack.history());
+        step.apply(std::unique_ptr<VRLAction>(action));
+        step.commit();
     }
 
     /// Everything about the items: model, slice, vertices, selected ones, colour of their own, order on the slice.

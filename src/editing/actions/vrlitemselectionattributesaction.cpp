@@ -38,9 +38,15 @@ void VRLItemSelectionAttributesAction::apply() {
         build();
     if (__creation) {
         __creation->apply();
-        __removal->apply();
+        rollBackUnless([this] { __removal->apply(); }, [this] { __creation->revert(); });
     }
-    __attributes->apply();
+    rollBackUnless([this] { __attributes->apply(); },
+                   [this] {
+                       if (__creation) {
+                           __removal->revert();
+                           __creation->revert();
+                       }
+                   });
 }
 
 void VRLItemSelectionAttributesAction::revert() {

@@ -71,7 +71,7 @@ void VRLItemSelectionConversionAction::apply() {
         build();
     __first->apply();
     if (__second)
-        __second->apply();
+        rollBackUnless([this] { __second->apply(); }, [this] { __first->revert(); });
 }
 
 void VRLItemSelectionConversionAction::revert() {

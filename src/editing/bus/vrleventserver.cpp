@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "editing/bus/vrleventclient.h"
+#include "editing/bus/vrleventdeferral.h"
 
 // Built at its first use, since clients that live as long as the process attach themselves before main() starts, and
 // never destroyed, since they detach themselves after it.
@@ -25,8 +26,15 @@ void VRLEventServer::detach(VRLEventClient& client) {
 // By index, and with the size read again after each call: handlers attach and detach clients.
 template <class Call>
 void VRLEventServer::forAll(Call&& call) {
-    for (std::size_t i = 0; i < clients().size(); ++i)
-        call(*clients()[i]);
+    for (std::size_t i = 0; i < clients().size(); ++i) {
+        try {
+            call(*clients()[i]);
+        } catch (...) {
+            if (VRLEventDeferral::current() == nullptr)
+                throw;
+            VRLEventDeferral::current()->keep();
+        }
+    }
 }
 
 void VRLEventServer::notifyEvent(VRLEvent& event) {

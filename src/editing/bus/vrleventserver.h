@@ -10,7 +10,8 @@ class VRLEventClient;
 ///
 /// Clients hear in the order in which they were attached. A client attached while an event is delivered hears it too;
 /// when one is detached then, the client right behind it misses the event if both stand before or at the one that is
-/// being called. A handler may send events: these reach all clients first. Main thread only.
+/// being called. A handler may send events: these reach all clients first. What a handler throws leaves the sender, and
+/// the clients behind it hear nothing, unless a VRLEventDeferral keeps it. Main thread only.
 class VRLEventServer {
 public:
     VRLEventServer() = delete;

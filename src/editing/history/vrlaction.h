@@ -7,7 +7,8 @@ class Model;
 /// A reversible change of a document, recorded in its stack's history.
 ///
 /// An action owns what it has taken out of the document and deletes it with itself. Every override of apply() and
-/// revert() first calls the base's, so that reverted() is right before anything else happens.
+/// revert() first calls the base's, so that reverted() is right before anything else happens. An apply() that throws has
+/// left the document as it was.
 class VRLAction {
 public:
     VRLAction() = default;
@@ -35,6 +36,18 @@ public:
 
     /// The model is about to be deleted for good: gives up what of it the action holds besides.
     virtual void forget(const Model& model);
+
+protected:
+    /// Runs a part of an action; when it throws, takes back the parts before it, and the exception goes on.
+    template <class Part, class Revert>
+    static void rollBackUnless(Part&& part, Revert&& revert) {
+        try {
+            part();
+        } catch (...) {
+            revert();
+            throw;
+        }
+    }
 
 private:
     bool __reverted = false;

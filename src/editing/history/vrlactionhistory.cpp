@@ -1,5 +1,6 @@
 #include "editing/history/vrlactionhistory.h"
 
+#include "editing/bus/vrleventdeferral.h"
 #include "editing/history/vrlaction.h"
 #include "editing/history/vrlactionlist.h"
 #include "numerics/exception.h"
@@ -14,58 +15,110 @@ void VRLActionHistory::openStep() {
         throw UsageError("void VRLActionHistory::openStep()", "A step is already open");
     __undoList.push_back(std::make_unique<VRLActionList>());
     __stepOpen = true;
+    ++__stepNumber;
 }
 
 void VRLActionHistory::closeStep() {
-    if (!__stepOpen)
-        throw UsageError("void VRLActionHistory::closeStep()", "No open step to close");
+    requireStep("void VRLActionHistory::closeStep()", "No open step to close");
     __stepOpen = false;
     if (__undoList.back()->isEmpty()) {
         __undoList.pop_back();
         return;
     }
+    if (isRedoable())
+        destroyRedoList();
     emit changed();
     emit undoEnabled(true);
 }
 
-void VRLActionHistory::push(VRLAction* action, bool apply) {
-    std::unique_ptr<VRLAction> owned(action);
+void VRLActionHistory::requireStep(const char* caller, const char* reason) const {
     if (!__stepOpen)
-        throw UsageError("void VRLActionHistory::push(VRLAction*, const bool)",
-                         "No step was open prior to action insertion");
+        throw UsageError(caller, reason);
+}
+
+void VRLActionHistory::push(VRLAction* action, bool applies) {
+    std::unique_ptr<VRLAction> owned(action);
+    requireStep("void VRLActionHistory::push(VRLAction*, const bool)", "No step was open prior to action insertion");
+    if (applies)
+        apply(std::move(owned));
+    else
+        record(std::move(owned));
+    destroyRedoList();
+}
+
+int VRLActionHistory::getNumOpenActions() const {
+    return __stepOpen ? __undoList.back()->getSize() : 0;
+}
+
+// The action is in the list before it is applied, so that no lack of memory comes between the change and its record.
+void VRLActionHistory::apply(std::unique_ptr<VRLAction> action) {
     VRLActionList& step = *__undoList.back();
-    step.append(std::move(owned));
-    if (apply) {
+    const unsigned int number = __stepNumber;
+    VRLAction& applied = *action;
+    VRLEventDeferral events;
+    step.append(std::move(action));
+    try {
+        applied.apply();
+    } catch (...) {
+        step.takeLast();
+        revertOpenStep();
+        throw;
+    }
+    try {
+        events.rethrow();
+    } catch (...) {
+        if (__stepOpen && __stepNumber == number)
+            revertOpenStep();
+        throw;
+    }
+}
+
+void VRLActionHistory::record(std::unique_ptr<VRLAction> action) {
+    __undoList.back()->append(std::move(action));
+}
+
+void VRLActionHistory::revertOpenStep() noexcept {
+    const VRLEventDeferral events;
+    VRLActionList& step = *__undoList.back();
+    while (!step.isEmpty()) {
+        const std::unique_ptr<VRLAction> last = step.takeLast();
         try {
-            action->apply();
-        } catch (...) {
-            step.takeLast();
-            throw;
+            last->revert();
+        } catch (...) { // the others are still to be reverted
         }
     }
-    destroyRedoList();
+}
+
+void VRLActionHistory::abandonStep() noexcept {
+    revertOpenStep();
+    __stepOpen = false;
+    __undoList.pop_back();
 }
 
 void VRLActionHistory::undo() {
     if (!isUndoable())
         return;
+    VRLEventDeferral events;
     __undoList.back()->revert();
     __redoList.push_back(std::move(__undoList.back()));
     __undoList.pop_back();
     emit changed();
     emit redoEnabled(true);
     emit undoEnabled(isUndoable());
+    events.rethrow();
 }
 
 void VRLActionHistory::redo() {
     if (!isRedoable())
         return;
+    VRLEventDeferral events;
     __redoList.back()->apply();
     __undoList.push_back(std::move(__redoList.back()));
     __redoList.pop_back();
     emit changed();
     emit undoEnabled(true);
     emit redoEnabled(isRedoable());
+    events.rethrow();
 }
 
 bool VRLActionHistory::isUndoable() const {

@@ -12,8 +12,8 @@ class VRLActionList;
 
 /// The undo history of a stack. What the user did with one gesture is one step; steps never expire.
 ///
-/// An editor opens a step, applies and pushes its actions, and closes the step; VRLActionStep does so for a scope.
-/// Pushing an action drops what could have been redone.
+/// Editors work through EditStep. The operations to open a step, push and close are the same by hand: for a caller that
+/// has applied its actions already, or whose step is open across events.
 class VRLActionHistory : public QObject {
     Q_OBJECT
 
@@ -30,10 +30,15 @@ public:
     bool isStepOpen() const { return __stepOpen; }
 
     /// Takes over the action, which must have been made by new, and applies it if asked. Throws UsageError when no step
-    /// is open, and what apply() throws; the action is then deleted and the history as it was.
+    /// is open, and what apply() and the clients of the bus throw: the action is then deleted, and all that the step had
+    /// done is reverted. Drops what could have been redone.
     void push(VRLAction* action, bool apply = false);
 
-    /// Nothing when there is nothing to undo, redo. Not to be called while a step is open.
+    /// Number of actions of the open step; 0 when none is open.
+    int getNumOpenActions() const;
+
+    /// Nothing when there is nothing to undo, redo. Not to be called while a step is open. The step is undone, redone, as
+    /// a whole even where a client of the bus throws; the exception follows.
     void undo();
     void redo();
 
@@ -59,23 +64,23 @@ signals:
     void redoEnabled(bool enabled);
 
 private:
+    friend class EditStep;
+
     using Steps = std::vector<std::unique_ptr<VRLActionList>>;
+
+    /// Counts the steps that were opened.
+    unsigned int stepNumber() const { return __stepNumber; }
+
+    void requireStep(const char* caller, const char* reason) const;
+    void apply(std::unique_ptr<VRLAction> action);
+    void record(std::unique_ptr<VRLAction> action);
+    void revertOpenStep() noexcept;
+    void abandonStep() noexcept;
 
     static QString description(const Steps& steps, bool verbose, const QString& nothing);
 
     Steps __undoList;
     Steps __redoList;
     bool __stepOpen = false;
-};
-
-/// A step of a history that is open as long as this object lives.
-class VRLActionStep {
-public:
-    explicit VRLActionStep(VRLActionHistory& history) : __history(history) { history.openStep(); }
-    ~VRLActionStep() { __history.closeStep(); }
-    VRLActionStep(const VRLActionStep&) = delete;
-    VRLActionStep& operator=(const VRLActionStep&) = delete;
-
-private:
-    VRLActionHistory& __history;
+    unsigned int __stepNumber = 0;
 };

@@ -22,6 +22,7 @@ public:
     std::unique_ptr<VRLAction> takeLast();
 
     bool isEmpty() const { return __actions.empty(); }
+    int getSize() const { return static_cast<int>(__actions.size()); }
     const VRLAction& first() const { return *__actions.front(); }
 
     void apply();

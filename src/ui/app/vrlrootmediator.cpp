@@ -17,6 +17,7 @@
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
@@ -443,14 +444,13 @@ void VRLRootMediator::insertSlice() {
 void VRLRootMediator::deleteSlice() {
     if (__stack == nullptr || __slice == nullptr)
         return;
-    auto* action = new VRLSliceInsertionDeletionAction(*__slice); // the history takes it over
+    auto action = std::make_unique<VRLSliceInsertionDeletionAction>(*__slice);
     action->setDeletionMode();
     action->setSlicePosition(__stack->findSlice(*__slice));
     VRLStack& stack = *__stack;
-    {
-        const VRLActionStep step(*stack.history());
-        stack.history()->push(action, true);
-    }
+    EditStep step(*stack.history());
+    step.apply(std::move(action));
+    step.commit();
     stack.setModified(true);
 }
 

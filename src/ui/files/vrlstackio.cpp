@@ -13,6 +13,7 @@
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
+#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
@@ -339,20 +340,21 @@ bool VRLStackIO::insertSlice(VRLStack& stack, int position) {
     if (images.isEmpty())
         return false;
     QStringList failures;
-    {
-        const VRLActionStep step(*stack.history());
-        int next = position;
-        for (const QString& image : images) {
-            StackSlice* slice = makeSlice(image, failures);
-            if (slice == nullptr)
-                continue;
-            slice->setStack(&stack);
-            auto* action = new VRLSliceInsertionDeletionAction(*slice); // the history takes it over
-            action->setSlicePosition(next++);
-            stack.history()->push(action, true);
-            stack.setModified(true);
-        }
+    EditStep step(*stack.history());
+    int next = position;
+    for (const QString& image : images) {
+        StackSlice* slice = makeSlice(image, failures);
+        if (slice == nullptr)
+            continue;
+        slice->setStack(&stack);
+        auto action = std::make_unique<VRLSliceInsertionDeletionAction>(*slice);
+        action->setSlicePosition(next++);
+        step.apply(std::move(action));
     }
+    const bool changed = step.getNumActions() > 0;
+    step.commit();
+    if (changed)
+        stack.setModified(true);
     tellFailures(failures);
     return failures.size() < images.size();
 }

@@ -11,6 +11,7 @@
 #include "editing/bus/vrlmodelevent.h"
 #include "editing/bus/vrlmodelitemevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/guarded.h"
@@ -81,12 +82,14 @@ void VRLModelItemDialogMediator::apply() {
     if (!(own == __item->getProperties())) {
         auto action = std::make_unique<VRLItemSelectionAttributesAction>(*__item);
         action->setProperties(own);
-        action->apply();
         const StackSlice* slice = __item->getSlice();
         auto* stack = slice == nullptr ? nullptr : dynamic_cast<VRLStack*>(slice->getStack());
         if (stack != nullptr) {
-            const VRLActionStep step(*stack->history());
-            stack->history()->push(action.release(), false);
+            EditStep step(*stack->history());
+            step.apply(std::move(action));
+            step.commit();
+        } else {
+            action->apply();
         }
     }
     stateChange();

@@ -102,8 +102,7 @@ void VRLSliceEditWidgetMediatorCreationDelegate::apply() {
     __item.reset();
     std::exception_ptr failure;
     try {
-        action->apply();
-        pushStep(action.release());
+        applyStep(std::move(action));
     } catch (...) {
         failure = std::current_exception();
     }

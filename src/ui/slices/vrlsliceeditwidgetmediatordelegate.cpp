@@ -5,6 +5,7 @@
 
 #include "document/stackslice.h"
 #include "editing/history/vrlaction.h"
+#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/imageserver/vrlimageproxy.h"
@@ -61,9 +62,16 @@ VRLActionHistory* VRLSliceEditWidgetMediatorDelegate::history() const {
     return stack != nullptr ? stack->history() : nullptr;
 }
 
-void VRLSliceEditWidgetMediatorDelegate::pushStep(VRLAction* action) const {
-    const VRLActionStep step(*history());
-    history()->push(action, false);
+void VRLSliceEditWidgetMediatorDelegate::applyStep(std::unique_ptr<VRLAction> action) const {
+    EditStep step(*history());
+    step.apply(std::move(action));
+    step.commit();
+}
+
+void VRLSliceEditWidgetMediatorDelegate::recordStep(std::unique_ptr<VRLAction> action) const {
+    EditStep step(*history());
+    step.record(std::move(action));
+    step.commit();
 }
 
 Vector<int> VRLSliceEditWidgetMediatorDelegate::imagePoint(const QPoint& position) const {

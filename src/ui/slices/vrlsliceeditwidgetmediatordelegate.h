@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "ui/slices/vrlimagewidgetmediatordelegate.h"
 
 class Model;
@@ -35,8 +37,9 @@ protected:
     /// The history of the slice's stack; null without a slice, and for a stack that keeps none.
     VRLActionHistory* history() const;
 
-    /// Takes over the action, which has been applied, as a step of its own.
-    void pushStep(VRLAction* action) const;
+    /// A step of this one action, which is applied, or has been applied already. There must be a history.
+    void applyStep(std::unique_ptr<VRLAction> action) const;
+    void recordStep(std::unique_ptr<VRLAction> action) const;
 
     /// The image pixel at a position of the canvas, which may lie outside of the image.
     Vector<int> imagePoint(const QPoint& position) const;

@@ -62,8 +62,7 @@ void VRLSliceEditWidgetMediatorDialogDelegate::activate() {
         return warn(title, refusal());
     auto action = std::make_unique<VRLItemVerticesChangeAction>(*item);
     action->setVertices(vertices);
-    action->apply();
-    pushStep(action.release());
+    applyStep(std::move(action));
 }
 
 void VRLSliceEditWidgetMediatorDialogDelegate::deactivate() {

@@ -190,7 +190,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::moveTo(const Vector<int>& point)
 
 void VRLSliceEditWidgetMediatorEditionDelegate::finishMove() {
     if (__moveAction && !__moveAction->isNull() && history() != nullptr)
-        pushStep(__moveAction.release());
+        recordStep(std::move(__moveAction));
     __moveAction.reset();
 }
 
@@ -201,8 +201,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::insertAt(const Vector<int>& poin
     auto action = std::make_unique<VRLInsertVertexAction>(*__item);
     action->setIndex(index);
     action->setPoint(point);
-    action->apply();
-    pushStep(action.release());
+    applyStep(std::move(action));
 }
 
 void VRLSliceEditWidgetMediatorEditionDelegate::deleteAt(const Vector<int>& point) {
@@ -216,8 +215,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::deleteAt(const Vector<int>& poin
     }
     auto action = std::make_unique<VRLRemoveVertexAction>(*__item);
     action->setIndex(index);
-    action->apply();
-    pushStep(action.release());
+    applyStep(std::move(action));
 }
 
 /// Why no vertex may go; empty when one may.

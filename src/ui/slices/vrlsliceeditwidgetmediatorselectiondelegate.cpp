@@ -13,6 +13,7 @@
 #include "editing/actions/vrlremoveselectionaction.h"
 #include "editing/actions/vrlselectionaction.h"
 #include "editing/bus/vrlsliceevent.h"
+#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "shapes/curvedecimation.h"
 #include "ui/models/vrlmodelitemdialog.h"
@@ -41,24 +42,6 @@ int minimumSize(const ModelItem& item) {
 QString modelName(const ModelItem& item) {
     return item.getModel() != nullptr ? QString::fromStdString(item.getModel()->getName()) : QString();
 }
-
-/// The step of a whole command: applies actions and keeps them.
-class Step {
-public:
-    explicit Step(VRLActionHistory& history) : __history(history), __step(history) {}
-
-    void take(std::unique_ptr<VRLAction> action) {
-        action->apply();
-        __history.push(action.release(), false);
-        anything = true;
-    }
-
-    bool anything = false;
-
-private:
-    VRLActionHistory& __history;
-    VRLActionStep __step;
-};
 
 } // namespace
 
@@ -155,16 +138,17 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::convertSelection(const QString
     Model& target = stack.getModel(index);
     bool anything = false;
     {
-        Step step(*history());
+        EditStep step(*history());
         for (int i = slice()->getNumItems() - 1; i >= 0; --i) {
             ModelItem& item = slice()->getItem(i);
             if (item.getSelection().isEmpty() || item.getModel() == &target)
                 continue;
             auto action = std::make_unique<VRLItemSelectionConversionAction>(item);
             action->setModel(target);
-            step.take(std::move(action));
+            step.apply(std::move(action));
         }
-        anything = step.anything;
+        anything = step.getNumActions() > 0;
+        step.commit();
     }
     if (anything)
         notifySelection();
@@ -176,20 +160,20 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::removeSelection() {
     QStringList refusals;
     bool anything = false;
     {
-        Step step(*history());
+        EditStep step(*history());
         for (int i = slice()->getNumItems() - 1; i >= 0; --i) {
             ModelItem& item = slice()->getItem(i);
             const ModelItemSelection& selection = item.getSelection();
             if (selection.isEmpty())
                 continue;
             if (selection.isComplete()) {
-                step.take(std::make_unique<VRLItemDeletionAction>(item));
+                step.apply(std::make_unique<VRLItemDeletionAction>(item));
                 continue;
             }
             const int remaining = item.getSize() - selection.getSize();
             const int minimum = minimumSize(item);
             if (remaining >= minimum)
-                step.take(std::make_unique<VRLRemoveSelectionAction>(item));
+                step.apply(std::make_unique<VRLRemoveSelectionAction>(item));
             else
                 refusals.append(modelName(item) +
                                 QString(":\n\nCould not remove selected vertices since this would leave only %1 "
@@ -198,7 +182,8 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::removeSelection() {
                                     .arg(remaining)
                                     .arg(minimum));
         }
-        anything = step.anything;
+        anything = step.getNumActions() > 0;
+        step.commit();
     }
     if (anything)
         notifySelection();
@@ -215,7 +200,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::decimateSelection() {
     decimation.setRecursive(true);
     QStringList reports;
     {
-        Step step(*history());
+        EditStep step(*history());
         for (int i = slice()->getNumItems() - 1; i >= 0; --i) {
             ModelItem& item = slice()->getItem(i);
             const int size = item.getSize();
@@ -230,12 +215,13 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::decimateSelection() {
                 continue;
             auto action = std::make_unique<VRLItemVerticesChangeAction>(item);
             action->setVertices(curve);
-            step.take(std::move(action));
+            step.apply(std::move(action));
             reports.append(modelName(item) + QString("\n\nRemoved %1 vertices out of %2 (%3%)")
                                                  .arg(removed)
                                                  .arg(size)
                                                  .arg(int(100LL * removed / size)));
         }
+        step.commit();
     }
     const QPointer<QObject> self(this);
     for (const QString& report : reports)

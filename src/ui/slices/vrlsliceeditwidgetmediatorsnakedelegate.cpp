@@ -1,6 +1,7 @@
 #include "ui/slices/vrlsliceeditwidgetmediatorsnakedelegate.h"
 
 #include <algorithm>
+#include <exception>
 #include <vector>
 
 #include <QApplication>
@@ -11,6 +12,7 @@
 #include "document/stack.h"
 #include "document/stackslice.h"
 #include "editing/actions/vrlitemcreationaction.h"
+#include "editing/history/editstep.h"
 #include "images/filters/resizexform.h"
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
@@ -92,23 +94,23 @@ Curve<float> reduced(const Vertices<int>& vertices, float scale) {
 /// What lasts from the first slice of a run to its end.
 class VRLSliceEditWidgetMediatorSnakeDelegate::Run {
 public:
-    explicit Run(Delegate& delegate) : __delegate(&delegate), __history(delegate.history()), __input(delegate) {
+    explicit Run(Delegate& delegate) : __delegate(&delegate), __step(*delegate.history()), __input(delegate) {
         delegate.__driver.reset();
         delegate.__snake = std::make_unique<Snake<float, float>>();
-        delegate.__history = __history;
+        delegate.__step = &__step;
         delegate.__numSlicesDone = 0;
         delegate.__numContours = 0;
         delegate.__sinceStart.start();
         delegate.__sincePause.start();
         delegate.notifyStarted("Running snake...");
-        __history->openStep();
     }
 
     ~Run() {
-        if (__history)
-            __history->closeStep();
+        if (std::uncaught_exceptions() == __numExceptions)
+            __step.commit();
         if (!__delegate)
             return;
+        __delegate->__step = nullptr;
         __delegate->dropSnakeItem();
         __delegate->__snake.reset();
         __delegate->__pixelMatrix = PixelMatrix<float>();
@@ -120,7 +122,8 @@ public:
 
 private:
     QPointer<Delegate> __delegate;
-    QPointer<VRLActionHistory> __history;
+    EditStep __step; // what a failure leaves on the way is taken back; what a stop leaves stays, as one step
+    const int __numExceptions = std::uncaught_exceptions();
     EscapeOnly __input;
     WaitCursor __cursor;
 };
@@ -358,8 +361,7 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverSlice(StackSlice& slice, Cu
     canvas().setExtraItem(nullptr);
     auto action = std::make_unique<VRLItemCreationAction>(*__snakeItem);
     (void)__snakeItem.release(); // the document's, or the action's, from here on
-    action->apply();
-    __history->push(action.release());
+    __step->apply(std::move(action));
     ++__numContours;
 }
 

@@ -6,7 +6,6 @@
 #include <QPointer>
 
 #include "document/modelitem.h"
-#include "editing/history/vrlactionhistory.h"
 #include "images/rasters/pixelmatrix.h"
 #include "progress/progressproxy.h"
 #include "shapes/curve.h"
@@ -15,6 +14,7 @@
 #include "ui/slices/vrlsliceeditwidgetmediatordelegate.h"
 #include "ui/tools/vrlsnakeconfig.h"
 
+class EditStep;
 class QDialog;
 
 /// Runs a snake that begins with the selected contour, on its slice or on a range of slices, and adds what it finds as
@@ -82,7 +82,7 @@ private:
     VRLSnakeConfig __snakeConfig;
     SnakeDriver<float, float> __driver;
     std::unique_ptr<Snake<float, float>> __snake; // of the run
-    QPointer<VRLActionHistory> __history;         // of the run
+    EditStep* __step = nullptr;                   // of the run, while it lasts
     QPointer<QDialog> __dialog;                   // that is open
     QString __outcome;                            // of the run, for the user
     QElapsedTimer __sinceStart;

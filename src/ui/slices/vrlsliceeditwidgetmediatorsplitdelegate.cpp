@@ -11,6 +11,7 @@
 #include "document/stackslice.h"
 #include "editing/actions/vrlitemcreationaction.h"
 #include "editing/actions/vrlitemdeletionaction.h"
+#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "shapes/curve.h"
 #include "ui/models/guarded.h"
@@ -54,7 +55,7 @@ bool VRLSliceEditWidgetMediatorSplitDelegate::splitModelItem(ModelItem& item, co
                               "Resample the contour to more vertices first, or draw the line elsewhere.");
         return true;
     }
-    const VRLActionStep step(*history());
+    EditStep step(*history());
     for (const Curve<int>& piece : pieces) {
         auto part = std::make_unique<ModelItem>();
         part->setModel(item.getModel());
@@ -63,12 +64,10 @@ bool VRLSliceEditWidgetMediatorSplitDelegate::splitModelItem(ModelItem& item, co
         part->setVertices(piece);
         auto creation = std::make_unique<VRLItemCreationAction>(*part);
         (void)part.release(); // the document's, or the action's, from here on
-        creation->apply();
-        history()->push(creation.release(), false);
+        step.apply(std::move(creation));
     }
-    auto deletion = std::make_unique<VRLItemDeletionAction>(item);
-    deletion->apply();
-    history()->push(deletion.release(), false);
+    step.apply(std::make_unique<VRLItemDeletionAction>(item));
+    step.commit();
     return true;
 }
 

@@ -138,8 +138,7 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::run(const Vector<int>& corn
     item->setClockwise(false);
     auto action = std::make_unique<VRLItemCreationAction>(*item);
     (void)item.release(); // the document's, or the action's, from here on
-    action->apply();
-    pushStep(action.release());
+    applyStep(std::move(action));
     inform(resultTitle, QString("Curve created with %1 vertices").arg(curve.getSize()));
 }
 

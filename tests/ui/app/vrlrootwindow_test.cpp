@@ -28,6 +28,7 @@
 #include "editing/actions/vrlmovevertexaction.h"
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
@@ -241,13 +242,12 @@ TEST_F(VRLRootWindowTest, listAndSliderMoveThroughTheSlices) {
 TEST_F(VRLRootWindowTest, undoAndRedoFollowTheHistory) {
     VRLStack& stack = open("one");
     ModelItem& item = stack.getModel(0).getItem(0);
-    auto* move = new VRLMoveVertexAction(item);
+    auto move = std::make_unique<VRLMoveVertexAction>(item);
     move->setIndex(0);
     move->setPoint(point(3, 3));
-    {
-        const VRLActionStep step(*stack.history());
-        stack.history()->push(move, true);
-    }
+    EditStep step(*stack.history());
+    step.apply(std::move(move));
+    step.commit();
     EXPECT_TRUE(enabled("Undo"));
     EXPECT_EQ(mediator().action("Undo")->toolTip(), "Undo Move item vertex");
     EXPECT_TRUE(window->isWindowModified());

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "editing/actions/vrlitemattributesaction.h"
+#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
 #include "support/dialogdriver.h"
@@ -331,12 +332,13 @@ TEST_F(VRLModelDialogTest, undoNeverReachesWhatWasDeleted) {
     ModelItem& gone = addItem(a, stack.getSlice(0), {{0, 0}, {1, 0}});
     ModelItem& kept = addItem(b, stack.getSlice(0), {{0, 0}, {1, 0}});
     for (ModelItem* item : {&gone, &kept, &gone}) {
-        const VRLActionStep step(*stack.history());
-        auto* action = new VRLItemAttributesAction(*item);
+        EditStep step(*stack.history());
+        auto action = std::make_unique<VRLItemAttributesAction>(*item);
         ModelItemProperties properties;
         properties.setLineWidth(9);
         action->setProperties(properties);
-        stack.history()->push(action, true);
+        step.apply(std::move(action));
+        step.commit();
     }
     {
         Answers answers({"Delete"});
