@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run test bench sanitize format install deb setup build programs sample pictures clean
+.PHONY: all run test bench sanitize lint format install deb setup build programs sample pictures clean
 
 all: build
 
@@ -41,6 +41,10 @@ bench: setup
 	@cmake --preset release -DVORLEN_BENCH=ON >/dev/null
 	@cmake --build --preset release --target vorlen-bench vorlen-bench-draw vorlen-bench-view
 	@scripts/bench $(BUILD)
+
+# Formatting, and includes against links.
+lint: setup
+	@scripts/lint
 
 format:
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i

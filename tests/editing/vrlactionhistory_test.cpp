@@ -130,10 +130,8 @@ TEST_F(VRLActionHistoryTest, anActionThatFailsTakesItsStepBack) {
     step({7});
     step({8});
     history.undo();
-    for (const auto& [numbers, expected] :
-         std::vector<std::pair<std::vector<int>, std::vector<int>>>{{{-5, 1, 2}, {}},
-                                                                    {{1, -5, 2}, {1, -1}},
-                                                                    {{1, 2, -5}, {1, 2, -2, -1}}}) {
+    for (const auto& [numbers, expected] : std::vector<std::pair<std::vector<int>, std::vector<int>>>{
+             {{-5, 1, 2}, {}}, {{1, -5, 2}, {1, -1}}, {{1, 2, -5}, {1, 2, -2, -1}}}) {
         log.clear();
         EXPECT_THROW(
             {

@@ -10,8 +10,8 @@ class VRLAction;
 
 /// A step of a history as a transaction: all of its actions stand, or none.
 ///
-/// Without commit() the end of its life takes back what the step did, in reverse order, and the opposite events are sent.
-/// So does an action that fails, or a client of the bus that fails at what the action tells: the exception leaves
+/// Without commit() the end of its life takes back what the step did, in reverse order, and the opposite events are
+/// sent. So does an action that fails, or a client of the bus that fails at what the action tells: the exception leaves
 /// apply(), and the step is empty again. An action whose apply() throws must have left the document as it was.
 ///
 /// A history that is cleared or destroyed meanwhile (its stack is closed) takes the step along; the rest does nothing.

@@ -7,8 +7,8 @@ class Model;
 /// A reversible change of a document, recorded in its stack's history.
 ///
 /// An action owns what it has taken out of the document and deletes it with itself. Every override of apply() and
-/// revert() first calls the base's, so that reverted() is right before anything else happens. An apply() that throws has
-/// left the document as it was.
+/// revert() first calls the base's, so that reverted() is right before anything else happens. An apply() that throws
+/// has left the document as it was.
 class VRLAction {
 public:
     VRLAction() = default;

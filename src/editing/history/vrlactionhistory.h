@@ -30,15 +30,15 @@ public:
     bool isStepOpen() const { return __stepOpen; }
 
     /// Takes over the action, which must have been made by new, and applies it if asked. Throws UsageError when no step
-    /// is open, and what apply() and the clients of the bus throw: the action is then deleted, and all that the step had
-    /// done is reverted. Drops what could have been redone.
+    /// is open, and what apply() and the clients of the bus throw: the action is then deleted, and all that the step
+    /// had done is reverted. Drops what could have been redone.
     void push(VRLAction* action, bool apply = false);
 
     /// Number of actions of the open step; 0 when none is open.
     int getNumOpenActions() const;
 
-    /// Nothing when there is nothing to undo, redo. Not to be called while a step is open. The step is undone, redone, as
-    /// a whole even where a client of the bus throws; the exception follows.
+    /// Nothing when there is nothing to undo, redo. Not to be called while a step is open. The step is undone, redone,
+    /// as a whole even where a client of the bus throws; the exception follows.
     void undo();
     void redo();
 

@@ -4,8 +4,8 @@
 #include <QMessageBox>
 
 #include "document/stackslice.h"
-#include "editing/history/vrlaction.h"
 #include "editing/history/editstep.h"
+#include "editing/history/vrlaction.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/imageserver/vrlimageproxy.h"
