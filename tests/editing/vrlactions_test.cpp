@@ -88,11 +88,16 @@ protected:
         EXPECT_EQ(relevant(), applied);
         const std::string after = state();
         EXPECT_NE(after, before);
+        const bool modifies = applied != Names{"itemSelect"}; // what is selected is in no file
         for (int round = 0; round < 2; ++round) {
+            stack.setModified(false);
             stack.history()->undo();
+            EXPECT_EQ(stack.isModified(), modifies);
             EXPECT_EQ(relevant(), reverted);
             EXPECT_EQ(state(), before);
+            stack.setModified(false);
             stack.history()->redo();
+            EXPECT_EQ(stack.isModified(), modifies);
             EXPECT_EQ(relevant(), applied);
             EXPECT_EQ(state(), after);
         }

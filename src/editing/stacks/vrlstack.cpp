@@ -3,6 +3,7 @@
 #include "document/modelitem.h"
 #include "document/pose.h"
 #include "document/stackwriter.h"
+#include "editing/actions/vrlsliceinsertiondeletionaction.h"
 #include "editing/bus/vrlmodelevent.h"
 #include "editing/bus/vrlmodelitemevent.h"
 #include "editing/bus/vrlposeevent.h"
@@ -82,6 +83,11 @@ void VRLStack::stackImageCalibrationEvent(VRLStackImageCalibrationEvent& event) 
 
 void VRLStack::sliceAnnotationEvent(VRLSliceAnnotationEvent& event) {
     modifiedIf(owns(event.getSlice()));
+}
+
+// Also when it is undone or redone: a slice that came back after a save is in no file yet.
+void VRLStack::processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) {
+    modifiedIf(&action.getStack() == this);
 }
 
 void VRLStack::sliceNameEvent(VRLSliceNameEvent& event) {

@@ -58,6 +58,7 @@ public:
     void stackSliceSpacingEvent(VRLStackSliceSpacingEvent& event) override;
     void stackImageCalibrationEvent(VRLStackImageCalibrationEvent& event) override;
     void sliceAnnotationEvent(VRLSliceAnnotationEvent& event) override;
+    void processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) override;
     void sliceNameEvent(VRLSliceNameEvent& event) override;
     void sliceSpacingEvent(VRLSliceSpacingEvent& event) override;
     void sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent& event) override;

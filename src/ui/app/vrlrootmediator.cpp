@@ -447,11 +447,9 @@ void VRLRootMediator::deleteSlice() {
     auto action = std::make_unique<VRLSliceInsertionDeletionAction>(*__slice);
     action->setDeletionMode();
     action->setSlicePosition(__stack->findSlice(*__slice));
-    VRLStack& stack = *__stack;
-    EditStep step(*stack.history());
+    EditStep step(*__stack->history());
     step.apply(std::move(action));
     step.commit();
-    stack.setModified(true);
 }
 
 void VRLRootMediator::runStackPropertiesDialog() {

@@ -351,10 +351,7 @@ bool VRLStackIO::insertSlice(VRLStack& stack, int position) {
         action->setSlicePosition(next++);
         step.apply(std::move(action));
     }
-    const bool changed = step.getNumActions() > 0;
     step.commit();
-    if (changed)
-        stack.setModified(true);
     tellFailures(failures);
     return failures.size() < images.size();
 }

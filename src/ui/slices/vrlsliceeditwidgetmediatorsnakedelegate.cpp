@@ -32,6 +32,7 @@ constexpr unsigned int stepsPerPicture = 5;
 constexpr unsigned int stepsOfTravel = 500;
 constexpr qint64 millisecondsOfTravel = 3000;
 constexpr qint64 shortestRest = 40; // milliseconds
+constexpr qint64 longestRest = 200;
 
 /// Keeps all input but Escape from the application as long as it lives, except to its modal windows. Releases pass,
 /// which end presses from before.
@@ -222,11 +223,12 @@ bool VRLSliceEditWidgetMediatorSnakeDelegate::isPauseDue() const {
     return __sincePause.elapsed() >= __rest;
 }
 
-/// Lets events pass, and rests then so that pictures take a fifth of the time at most.
+/// Lets events pass, and rests then so that pictures take a fifth of the time at most; but not for so long, on a
+/// machine that is busy besides, that Escape would seem to be ignored.
 void VRLSliceEditWidgetMediatorSnakeDelegate::pause() {
     __sincePause.start();
     QCoreApplication::processEvents();
-    __rest = std::max(shortestRest, 4 * __sincePause.elapsed());
+    __rest = std::clamp(4 * __sincePause.elapsed(), shortestRest, longestRest);
     __sincePause.start();
 }
 
