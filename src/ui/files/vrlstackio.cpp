@@ -256,7 +256,7 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
 }
 
 bool VRLStackIO::writeStack(VRLStack& stack, const std::string& file) {
-    makeBackups(file);
+    const QString old = setAside(file);
     bool written = false;
     QString reason;
     {
@@ -269,25 +269,38 @@ bool VRLStackIO::writeStack(VRLStack& stack, const std::string& file) {
         notifyFinished(" ");
     }
     if (!written) {
+        QFile::remove(old);
         tell("Error", "Error: cannot write to " + decoded(file) + (reason.isEmpty() ? "" : "\n" + reason));
         return false;
     }
+    rotateBackups(file, old);
     stack.setModified(false);
     stack.setFilename(file);
     return true;
 }
 
 void VRLStackIO::makeBackups(const std::string& file) const {
-    const QString name = decoded(file);
-    const int n = VRLPreferences::getMaxNumBackups();
-    if (n < 1 || !QFile::exists(name))
+    rotateBackups(file, setAside(file));
+}
+
+QString VRLStackIO::setAside(const std::string& file) const {
+    const QString name = decoded(file), aside = name + "~0";
+    if (VRLPreferences::getMaxNumBackups() < 1 || !QFile::exists(name))
+        return {};
+    QFile::remove(aside);
+    return QFile::copy(name, aside) ? aside : QString();
+}
+
+void VRLStackIO::rotateBackups(const std::string& file, const QString& aside) const {
+    if (aside.isEmpty())
         return;
-    const auto backup = [&name](int i) { return name + "~" + QString::number(i); };
+    const int n = VRLPreferences::getMaxNumBackups();
+    const auto backup = [name = decoded(file)](int i) { return name + "~" + QString::number(i); };
     QFile::remove(backup(n));
     for (int i = n - 1; i >= 1; --i)
         if (QFile::exists(backup(i)))
             QFile::rename(backup(i), backup(i + 1));
-    QFile::copy(name, backup(1));
+    QFile::rename(aside, backup(1));
 }
 
 bool VRLStackIO::closeStack(VRLStack& stack) {

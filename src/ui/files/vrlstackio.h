@@ -40,9 +40,13 @@ public:
 
     void saveStack(VRLStack& stack);
     void saveStackAs(VRLStack& stack);
+
+    /// Writes the stack; the old file becomes the newest backup. A failure is told, and leaves the old file and all of
+    /// its backups.
     bool writeStack(VRLStack& stack, const std::string& file);
 
-    /// Rotates the numbered copies of the file, "~1" being the newest, as many as the preferences say.
+    /// Rotates the numbered copies of the file, "~1" being the newest, as many as the preferences say. Without a copy
+    /// of the file as it is, the older ones stay.
     void makeBackups(const std::string& file) const;
 
     /// False when the user wants the stack to stay.
@@ -59,6 +63,10 @@ public:
     VRLStack* recoverStacks(VRLRecovery& recovery);
 
 private:
+    /// A copy of the file beside it, for the time of a save; empty when no backups are wanted, or none can be made.
+    QString setAside(const std::string& file) const;
+    void rotateBackups(const std::string& file, const QString& aside) const;
+
     VRLStack* openChosenFiles(const QString& title, const QString& filter,
                               VRLStack* (VRLStackIO::*open)(const std::string&));
     QStringList chooseImages();

@@ -288,6 +288,25 @@ TEST_F(VRLStackIOTest, aFailingSaveLeavesFlagAndName) {
     EXPECT_EQ(user.seen.back().rfind("Error: Error: cannot write to " + path("missing/x.sdf"), 0), 0u);
 }
 
+// A slice without an image cannot be written; trying again and again must not push the backups out.
+TEST_F(VRLStackIOTest, failingSavesKeepTheFileAndItsBackups) {
+    VRLPreferences::setMaxNumBackups(2);
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    const QByteArray old = read("ab.sdf");
+    write("ab.sdf~1", "newest");
+    write("ab.sdf~2", "oldest");
+    stack->addSlice(new StackSlice);
+    for (int i = 0; i < 3; ++i) {
+        user.thenClick("OK");
+        EXPECT_FALSE(io.writeStack(*stack, path("ab.sdf")));
+    }
+    EXPECT_EQ(read("ab.sdf"), old);
+    EXPECT_EQ(read("ab.sdf~1"), "newest");
+    EXPECT_EQ(read("ab.sdf~2"), "oldest");
+    EXPECT_FALSE(QFile::exists(folder.filePath("ab.sdf~0")));
+    VRLPreferences::setMaxNumBackups(5);
+}
+
 TEST_F(VRLStackIOTest, closingAsksWhatToDoWithChanges) {
     VRLStack* stack = io.openStack(path("ab.sdf"));
     EXPECT_TRUE(io.closeStack(*stack));
