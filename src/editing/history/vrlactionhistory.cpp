@@ -50,25 +50,24 @@ int VRLActionHistory::getNumOpenActions() const {
     return __stepOpen ? __undoList.back()->getSize() : 0;
 }
 
-// The action is in the list before it is applied, so that no lack of memory comes between the change and its record.
+// The action is in the list before it is applied, so that no lack of memory comes between the change and its record. A
+// client that hears of it may clear the history, and the step is gone then.
 void VRLActionHistory::apply(std::unique_ptr<VRLAction> action) {
-    VRLActionList& step = *__undoList.back();
     const unsigned int number = __stepNumber;
     VRLAction& applied = *action;
     VRLEventDeferral events;
-    step.append(std::move(action));
+    __undoList.back()->append(std::move(action));
+    bool changed = false;
     try {
         applied.apply();
-    } catch (...) {
-        step.takeLast();
-        revertOpenStep();
-        throw;
-    }
-    try {
+        changed = true;
         events.rethrow();
     } catch (...) {
-        if (__stepOpen && __stepNumber == number)
+        if (__stepOpen && __stepNumber == number) {
+            if (!changed)
+                __undoList.back()->takeLast();
             revertOpenStep();
+        }
         throw;
     }
 }
