@@ -10,6 +10,40 @@ if(VORLEN_SANITIZE)
     endif()
 endif()
 
+# Windows wait for people and OpenGL, and tests run for seconds: they are compiled for a quick build, and the rooms that
+# count for speed at the full level of the build type.
+add_library(vorlen_window_options INTERFACE)
+target_link_libraries(vorlen_window_options INTERFACE vorlen_options)
+target_compile_options(vorlen_window_options INTERFACE $<$<CONFIG:Release>:-O2>)
+add_library(vorlen_test_options INTERFACE)
+target_link_libraries(vorlen_test_options INTERFACE vorlen_options)
+target_compile_options(vorlen_test_options INTERFACE $<$<CONFIG:Release>:-O1>)
+
+# vorlen_precompile(target header): lets the target begin with cmake/precompiled/<header>.h, compiled once for all
+# targets that name it. That is for speed alone: each source still includes what it uses.
+function(vorlen_precompile target header)
+    target_precompile_headers(${target} REUSE_FROM vorlen_precompiled_${header})
+endfunction()
+
+# vorlen_precompiled(header links...): the target that compiles cmake/precompiled/<header>.h.
+function(vorlen_precompiled header)
+    set(source ${PROJECT_BINARY_DIR}/precompiled/${header}.cpp)
+    file(CONFIGURE OUTPUT ${source} CONTENT "// Empty: its target compiles a header.\n")
+    add_library(vorlen_precompiled_${header} OBJECT ${source})
+    target_link_libraries(vorlen_precompiled_${header} PRIVATE ${ARGN})
+    target_precompile_headers(vorlen_precompiled_${header}
+        PRIVATE ${PROJECT_SOURCE_DIR}/cmake/precompiled/${header}.h)
+endfunction()
+
+find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
+vorlen_precompiled(standard vorlen_options)
+vorlen_precompiled(windows vorlen_window_options Qt6::Widgets)
+if(VORLEN_TESTS)
+    find_package(GTest REQUIRED)
+    vorlen_precompiled(tests vorlen_test_options GTest::gtest)
+    vorlen_precompiled(windowtests vorlen_test_options Qt6::Widgets GTest::gtest)
+endif()
+
 # vorlen_room(target SOURCES ... LINKS ... USES ...): the static library of one room. LINKS are the rooms and libraries
 # that its headers need, and its callers then see as well; USES are those that only its sources need.
 #
@@ -19,7 +53,27 @@ function(vorlen_room target)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;USES" ${ARGN})
     add_library(${target} STATIC ${ARG_SOURCES})
     vorlen_view(${target})
-    target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE vorlen_options ${ARG_USES})
+    target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_USES})
+    vorlen_compile(${target} ${ARG_LINKS} ${ARG_USES})
+endfunction()
+
+# vorlen_compile(target links...): the options and the precompiled header of a target, by whether it links widgets.
+function(vorlen_compile target)
+    if("${ARGN}" MATCHES "Qt6::(OpenGL)?Widgets")
+        target_link_libraries(${target} PRIVATE vorlen_window_options)
+        vorlen_precompile(${target} windows)
+    else()
+        target_link_libraries(${target} PRIVATE vorlen_options)
+        vorlen_precompile(${target} standard)
+    endif()
+endfunction()
+
+# vorlen_program(target SOURCES ... LINKS ...): an executable.
+function(vorlen_program target)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    add_executable(${target} ${ARG_SOURCES})
+    target_link_libraries(${target} PRIVATE ${ARG_LINKS})
+    vorlen_compile(${target} ${ARG_LINKS})
 endfunction()
 
 # vorlen_view(target): makes the folder of the current room, and lets the target and what links it include from there.
@@ -37,7 +91,8 @@ function(vorlen_test room)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
     add_executable(test_${room} ${ARG_SOURCES})
     target_include_directories(test_${room} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-    target_link_libraries(test_${room} PRIVATE vorlen_options ${ARG_LINKS} GTest::gtest_main)
+    target_link_libraries(test_${room} PRIVATE vorlen_test_options ${ARG_LINKS} GTest::gtest_main)
+    vorlen_precompile(test_${room} tests)
     gtest_discover_tests(test_${room} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
 endfunction()
 
@@ -49,7 +104,8 @@ function(vorlen_gui_test room)
     add_executable(test_${room} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/guimain.cpp)
     set_target_properties(test_${room} PROPERTIES AUTOMOC ON)
     target_include_directories(test_${room} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-    target_link_libraries(test_${room} PRIVATE vorlen_options ${ARG_LINKS} Qt6::OpenGLWidgets Qt6::Test GTest::gtest)
+    target_link_libraries(test_${room} PRIVATE vorlen_test_options ${ARG_LINKS} Qt6::OpenGLWidgets Qt6::Test GTest::gtest)
+    vorlen_precompile(test_${room} windowtests)
     add_test(NAME test_${room}
         COMMAND ${PROJECT_SOURCE_DIR}/scripts/with-display $<TARGET_FILE:test_${room}>)
     set_tests_properties(test_${room} PROPERTIES TIMEOUT 600

@@ -36,6 +36,7 @@
 #include "images/rasters/image.h"
 #include "support/documentmaker.h"
 #include "support/eventrecorder.h"
+#include "support/heldmemory.h"
 #include "support/modalscript.h"
 #include "ui/app/vrlrootbrowser.h"
 #include "ui/app/vrlrootmediator.h"
@@ -514,12 +515,8 @@ TEST_F(VRLRootWindowTest, aCommandThatFailsIsToldAndChangesNothing) {
 
 // A flat memory curve over many openings, of stacks and of slices.
 TEST_F(VRLRootWindowTest, openingAndBrowsingForLongLeaksNothing) {
-    const auto resident = [] {
-        QFile file("/proc/self/statm");
-        return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ')[1].toLongLong() * 4 : 0; // KiB
-    };
     window->resize(500, 400); // what is painted by software costs time
-    long long settled = 0;
+    long settled = 0;
     for (int round = 0; round < 200; ++round) {
         open("one");
         trigger("Select next slice");
@@ -528,9 +525,9 @@ TEST_F(VRLRootWindowTest, openingAndBrowsingForLongLeaksNothing) {
         trigger("Close stack");
         QCoreApplication::processEvents();
         if (round == 60)
-            settled = resident();
+            settled = heldMemory();
     }
-    EXPECT_LT(resident() - settled, 16 * 1024);
+    EXPECT_LT(heldMemory() - settled, 16L << 20);
 }
 
 TEST_F(VRLRootWindowTest, ombrelActionListsDistancesAndNamesStacksWithoutTheModels) {

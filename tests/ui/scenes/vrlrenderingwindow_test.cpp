@@ -1,8 +1,5 @@
 #include "ui/scenes/vrlrenderingwindow.h"
 
-#include <fstream>
-#include <unistd.h>
-
 #include <QAction>
 #include <QDir>
 #include <QInputDialog>
@@ -23,6 +20,7 @@
 #include "editing/bus/vrlstackevent.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "shapes/quadmesh.h"
+#include "support/heldmemory.h"
 #include "support/modalscript.h"
 #include "support/vectors.h"
 #include "ui/models/vrleventbatch.h"
@@ -417,25 +415,6 @@ TEST_F(VRLRenderingWindowTest, remembersSizeToolbarAndPanel) {
     EXPECT_FALSE(QSettings().value("renderingWindow/panelVisible").toBool());
 }
 
-namespace {
-
-/// Under the address sanitizer a test is slow, and what is freed is kept for a while.
-#ifdef __has_feature
-constexpr bool sanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool sanitized = false;
-#endif
-
-/// Resident memory of this process, in bytes.
-long residentMemory() {
-    std::ifstream statm("/proc/self/statm");
-    long size = 0, resident = 0;
-    statm >> size >> resident;
-    return resident * ::sysconf(_SC_PAGESIZE);
-}
-
-} // namespace
-
 // A surface of 100 levels of 100 vertices takes more than 1 MB in its arrays: one that is kept for each edit shows.
 TEST_F(VRLRenderingWindowTest, fiveHundredEditsTakeNoMoreMemory) {
     window->togglePanel();
@@ -463,10 +442,10 @@ TEST_F(VRLRenderingWindowTest, fiveHundredEditsTakeNoMoreMemory) {
     };
     for (int k = 0; k < 60; ++k)
         edit(k);
-    const long before = residentMemory();
-    constexpr int numEdits = sanitized ? 100 : 500;
+    const long before = heldMemory();
+    constexpr int numEdits = addressSanitizer ? 100 : 500;
     for (int k = 60; k < 60 + numEdits; ++k)
         edit(k);
-    EXPECT_LT(residentMemory() - before, sanitized ? 1L << 30 : 24L << 20);
+    EXPECT_LT(heldMemory() - before, 24L << 20);
     EXPECT_TRUE(listsAreAlike());
 }

@@ -1,0 +1,5 @@
+// What every test without windows includes.
+#pragma once
+#include "standard.h"
+
+#include <gtest/gtest.h>

@@ -1,0 +1,5 @@
+// What every test of windows includes.
+#pragma once
+#include "windows.h"
+
+#include <gtest/gtest.h>
