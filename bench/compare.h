@@ -7,6 +7,8 @@
 
 #include <benchmark/benchmark.h>
 
+namespace vorlen {
+
 /// Registers a kernel and its plain reference, NAME/vorlen and NAME/reference, at the same sizes.
 inline void compare(const std::string& name, void (*kernel)(benchmark::State&), void (*reference)(benchmark::State&),
                     std::initializer_list<std::vector<std::int64_t>> sizes) {
@@ -18,3 +20,5 @@ inline void compare(const std::string& name, void (*kernel)(benchmark::State&), 
             each->Args(size);
     }
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "reconstruction/marchingcubes.h"
 #include "support/plainmarchingcubes.h"
 
+namespace vorlen {
+
 namespace {
 
 VoxelMatrix<float> volumeOf(const std::vector<float>& values, int size) {
@@ -67,3 +69,5 @@ BENCHMARK(gyroidSurface)->Name("marching_cubes/vorlen")->Arg(128)->Arg(256)->Uni
 BENCHMARK(plainGyroidSurface)->Name("marching_cubes/reference")->Arg(128)->Arg(256)->Unit(benchmark::kMillisecond);
 BENCHMARK(blobsSurface)->Name("marching_cubes_noise/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(plainBlobsSurface)->Name("marching_cubes_noise/reference")->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

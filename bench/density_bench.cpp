@@ -13,6 +13,8 @@
 #include <cmath>
 #include <iostream>
 
+namespace vorlen {
+
 namespace {
 
 constexpr int numPatterns = 3;
@@ -167,3 +169,5 @@ BENCHMARK(gaussianReference)->Name("density_gaussian/reference")->Arg(1000)->Uni
 BENCHMARK(epanechnikov)->Name("density_epanechnikov/vorlen")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
 BENCHMARK(epanechnikovReference)->Name("density_epanechnikov/reference")->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(histogram)->Name("density_histogram/vorlen")->Arg(100000)->Arg(200000)->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

@@ -14,6 +14,8 @@
 #include "document/stackwriter.h"
 #include "inputs.h"
 
+namespace vorlen {
+
 namespace {
 
 std::string folder() {
@@ -112,3 +114,5 @@ BENCHMARK(stackRead)->Name("stackRead/vorlen")->Arg(100000)->Arg(1000000)->Unit(
 BENCHMARK(stackScan)->Name("stackRead/reference")->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(stackWrite)->Name("stackWrite/vorlen")->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(stackPrint)->Name("stackWrite/reference")->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

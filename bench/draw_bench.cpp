@@ -41,6 +41,8 @@
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/vorlenapplication.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int side = 8192;
@@ -306,7 +308,10 @@ void preview(benchmark::State& state, Editor& editor) {
 
 } // namespace
 
+} // namespace vorlen
+
 int main(int argc, char** argv) {
+    using namespace vorlen;
     if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
         std::cerr << "vorlen-bench-draw: skipped, there is no display. Run it with scripts/with-display.\n";
         return 0;

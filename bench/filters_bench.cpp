@@ -17,6 +17,8 @@
 #include "images/rasters/image.h"
 #include "inputs.h"
 
+namespace vorlen {
+
 // Every reference is the definition, an element at a time, on one block of memory. The first argument is the size: rows
 // of an image, planes of a volume; it doubles in the second case, to show how the cost grows.
 namespace {
@@ -477,3 +479,5 @@ void plainErosion(benchmark::State& state) {
 }();
 
 } // namespace
+
+} // namespace vorlen

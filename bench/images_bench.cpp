@@ -14,6 +14,8 @@
 
 #include <tiffio.h>
 
+namespace vorlen {
+
 namespace {
 
 const int SIDE = 4096;
@@ -106,3 +108,5 @@ BENCHMARK(tiffRead)->Name("tiff_read/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffReadReference)->Name("tiff_read/reference")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffWrite)->Name("tiff_write/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffWriteReference)->Name("tiff_write/reference")->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

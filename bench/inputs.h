@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+namespace vorlen {
+
 /// Inputs of the benchmarks, made by formula, so that every run and every program measures the same numbers.
 namespace inputs {
 
@@ -90,3 +92,5 @@ inline std::vector<double> matrix(int rows, int cols) {
 }
 
 } // namespace inputs
+
+} // namespace vorlen

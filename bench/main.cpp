@@ -1,3 +1,7 @@
 #include <benchmark/benchmark.h>
 
+namespace vorlen {
+
 BENCHMARK_MAIN();
+
+} // namespace vorlen

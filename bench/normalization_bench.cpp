@@ -11,6 +11,8 @@
 #include <memory>
 #include <vector>
 
+namespace vorlen {
+
 namespace {
 
 constexpr int height = 30;
@@ -153,3 +155,5 @@ BENCHMARK(registrationReference)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(groupError)->Name("group_error/vorlen")->Arg(16)->Arg(32)->Unit(benchmark::kMicrosecond);
 BENCHMARK(groupErrorReference)->Name("group_error/reference")->Arg(16)->Arg(32)->Unit(benchmark::kMicrosecond);
+
+} // namespace vorlen

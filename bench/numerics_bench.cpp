@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <vector>
 
+namespace vorlen {
+
 namespace {
 
 using Reference = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
@@ -137,3 +139,5 @@ void eigenJacobiReference(benchmark::State& state) {
 }();
 
 } // namespace
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "reconstruction/curvestacktriangulation.h"
 #include "shapes/curvestack.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Wavy contours of n vertices on 10 levels, each a little larger than the one below.
@@ -96,3 +98,5 @@ BENCHMARK(plainAlignment)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(tiling<4>)->Name("tilingByLeastArea/vorlen")->Arg(500)->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(plainOptimal)->Name("tilingByLeastArea/reference")->Arg(500)->Arg(1000)->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 
 #include <cmath>
 
+namespace vorlen {
+
 namespace {
 
 PixelMatrix<float> image(int n, int plane) {
@@ -71,3 +73,5 @@ BENCHMARK(registrationReference)
     ->Arg(1024)
     ->Arg(2048)
     ->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

@@ -18,6 +18,8 @@
 #include "shapes/douglaspeuckercurvedecimation.h"
 #include "shapes/quadmesh.h"
 
+namespace vorlen {
+
 namespace {
 
 struct Point {
@@ -309,3 +311,5 @@ BENCHMARK(selfIntersectsReference)
     ->Arg(4000)
     ->Arg(8000)
     ->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "snake/snake.h"
 #include "snake/snakedriver.h"
 
+namespace vorlen {
+
 namespace {
 
 // A bright wavy shape on a noisy ground, which ends before the border of the image; a contour of the same form lies
@@ -193,3 +195,5 @@ void plainSteps(benchmark::State& state) {
 
 BENCHMARK(steps)->Name("snake_steps/vorlen")->Arg(512)->Arg(1024)->Unit(benchmark::kMillisecond);
 BENCHMARK(plainSteps)->Name("snake_steps/reference")->Arg(512)->Arg(1024)->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include <memory>
 #include <vector>
 
+namespace vorlen {
+
 namespace {
 
 constexpr int numPoints = 1000000;
@@ -209,3 +211,5 @@ BENCHMARK(containsReference)
     ->Arg(100)
     ->Arg(1000)
     ->Unit(benchmark::kMicrosecond);
+
+} // namespace vorlen

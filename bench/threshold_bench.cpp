@@ -15,6 +15,8 @@
 #include "inputs.h"
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int rows = 256, columns = 256;
@@ -200,3 +202,5 @@ BENCHMARK(isodataByPixels)->Name("isodata/reference")->Arg(2048)->Arg(4096)->Uni
 BENCHMARK(isodata<float>)->Name("isodata_float/vorlen")->Arg(4096)->Unit(benchmark::kMillisecond);
 BENCHMARK(borders)->Name("borders/vorlen")->Arg(2048)->Arg(4096)->Unit(benchmark::kMillisecond);
 BENCHMARK(bordersByPixels)->Name("borders/reference")->Arg(2048)->Arg(4096)->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

@@ -24,6 +24,8 @@
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/widgets/vorlenapplication.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
@@ -201,7 +203,10 @@ BENCHMARK(reconstruct)
     ->UseRealTime()
     ->MeasureProcessCPUTime();
 
+} // namespace vorlen
+
 int main(int argc, char** argv) {
+    using namespace vorlen;
     if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
         std::puts("vorlen-bench-view: there is no display: nothing measured");
         return 0;

@@ -14,6 +14,8 @@
 
 #include "images/volumes/voxelmatrix.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int rows = 512, columns = 512, planes = 16;
@@ -137,3 +139,5 @@ BENCHMARK(loadVolume)->Name("vm_load/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(readBytes)->Name("vm_load/reference")->Unit(benchmark::kMillisecond);
 BENCHMARK(saveVolume)->Name("vm_save/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(writeBytes)->Name("vm_save/reference")->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 
 #include <cmath>
 
+namespace vorlen {
+
 namespace {
 
 constexpr int numPoints = 100000;
@@ -220,3 +222,5 @@ BENCHMARK(apply2dReference)->Name("tps2d_apply/reference")->Arg(750)->Arg(1500)-
 BENCHMARK(fitPolynomial)->Name("polynomialwarp_fit/vorlen")->Arg(750)->Arg(1500)->Unit(benchmark::kMillisecond);
 BENCHMARK(applyPolynomial)->Name("polynomialwarp_apply/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(applyPolynomialReference)->Name("polynomialwarp_apply/reference")->Unit(benchmark::kMillisecond);
+
+} // namespace vorlen

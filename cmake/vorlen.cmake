@@ -1,6 +1,7 @@
 # Warnings and sanitizers, carried to every target by linking.
 add_library(vorlen_options INTERFACE)
-target_compile_options(vorlen_options INTERFACE -Wall -Wextra -Wshadow)
+target_compile_options(vorlen_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -Wold-style-cast -Woverloaded-virtual
+    -Wnon-virtual-dtor)
 if(VORLEN_SANITIZE)
     target_compile_options(vorlen_options INTERFACE
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -42,6 +42,8 @@
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 #include "ui/widgets/vorlenapplication.h"
 
+namespace vorlen {
+
 namespace {
 
 void wait(int milliseconds) {
@@ -308,7 +310,10 @@ void walkThrough(Walk& walk) {
 
 } // namespace
 
+} // namespace vorlen
+
 int main(int argc, char** argv) {
+    using namespace vorlen;
     const QTemporaryDir home;
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     const VorlenApplication application(argc, argv);

@@ -22,6 +22,8 @@
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/widgets/vorlenapplication.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Lets the program go on for a while: images load on threads of their own.
@@ -89,7 +91,10 @@ int draw(const QString& name, const QString& stack, const QString& picture) {
 
 } // namespace
 
+} // namespace vorlen
+
 int main(int argc, char** argv) {
+    using namespace vorlen;
     const QTemporaryDir home;
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     VorlenApplication application(argc, argv);

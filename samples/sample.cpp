@@ -19,6 +19,8 @@
 
 #include <tiffio.h>
 
+namespace vorlen {
+
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
@@ -332,7 +334,10 @@ std::string describe(const Scene& scene, const std::vector<Outlines>& outlines) 
 
 } // namespace
 
+} // namespace vorlen
+
 int main(int argc, char** argv) {
+    using namespace vorlen;
     if (argc != 2) {
         std::cerr << "Usage: vorlen-sample FOLDER\n";
         return 2;

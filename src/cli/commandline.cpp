@@ -9,6 +9,8 @@
 
 #include "cli/stackfile.h"
 
+namespace vorlen {
+
 CommandLine::CommandLine(const QString& command, const QString& description, const QString& file,
                          const QString& aboutFiles)
     : __command(command) {
@@ -99,3 +101,5 @@ int CommandLine::usageError(const QString& message) const {
               << __command.toStdString() << " --help'.\n";
     return ExitUsage;
 }
+
+} // namespace vorlen

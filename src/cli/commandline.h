@@ -6,6 +6,8 @@
 
 #include <QCommandLineParser>
 
+namespace vorlen {
+
 /// The command line of one command: its options, its help text, and what is said about wrong usage.
 ///
 /// Options are declared by the add operations, then parse() is called once, then the values are asked for. Options may
@@ -56,3 +58,5 @@ private:
     QString __command;
     QCommandLineParser __parser;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+namespace vorlen {
+
 /// What the program can be told to do. Each takes the program's name and the command line without the command's own
 /// word, and gives the exit status.
 
@@ -31,3 +33,5 @@ int densityCommand(const QStringList& arguments);
 
 /// Writes each stack, with its slices registered on each other, into a directory.
 int registerCommand(const QStringList& arguments);
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include <unistd.h>
 
+namespace vorlen {
+
 ConsoleMonitor::ConsoleMonitor() : __terminal(isatty(STDERR_FILENO) == 1) {
 }
 
@@ -52,3 +54,5 @@ void ConsoleMonitor::erase() {
     std::fflush(stderr);
     __shown = false;
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "progress/progressmonitor.h"
 
+namespace vorlen {
+
 /// Shows progress as one line on the standard error stream, when that is a terminal; silent otherwise.
 class ConsoleMonitor : public ProgressMonitor {
 public:
@@ -28,3 +30,5 @@ private:
     int __percent = -1;
     std::string __text;
 };
+
+} // namespace vorlen

@@ -22,6 +22,8 @@
 
 #include <QFile>
 
+namespace vorlen {
+
 namespace {
 
 constexpr double maxNodes = 1e9;
@@ -291,3 +293,5 @@ int densityCommand(const QStringList& arguments) {
         return ExitFileError;
     return guarded("map the density", [&] { return mapDensity(job); });
 }
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/curvestack.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Why a model gives no surface, or an empty text when it gives one. Names become parts of file names, so a name with
@@ -79,3 +81,5 @@ int exportCommand(const QStringList& arguments) {
     }
     return status;
 }
+
+} // namespace vorlen

@@ -15,6 +15,8 @@
 #include "images/files/imagesourcefilemosaic.h"
 #include "images/files/imagesourcevoxelmatrixplane.h"
 
+namespace vorlen {
+
 namespace {
 
 /// The file or files that a slice's image comes from, as text.
@@ -175,3 +177,5 @@ int checkCommand(const QStringList& arguments) {
         table.printCsv(std::cout);
     return status;
 }
+
+} // namespace vorlen

@@ -16,6 +16,8 @@
 #include "numerics/exception.h"
 #include "reconstruction/marchingcubes.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr char command[] = "int isosurfaceCommand(const QStringList&)";
@@ -172,3 +174,5 @@ int isosurfaceCommand(const QStringList& arguments) {
         status = std::max(status, guarded("make the surface of " + file, [&] { return writeSurface(file, request); }));
     return status;
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace vorlen {
+
 namespace {
 
 std::string quoted(const std::string& text) {
@@ -112,3 +114,5 @@ void JsonWriter::separate() {
     __stream << (__levels.back().empty ? "\n" : ",\n") << std::string(2 * __levels.size(), ' ');
     __levels.back().empty = false;
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace vorlen {
+
 /// Writes JSON to a stream, value by value, with line breaks and indentation.
 ///
 /// Numbers carry 17 significant digits, so that a double reads back as the same double; values that are no numbers
@@ -48,3 +50,5 @@ private:
     std::vector<Level> __levels;
     bool __afterKey = false;
 };
+
+} // namespace vorlen

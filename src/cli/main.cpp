@@ -10,6 +10,8 @@
 #include "cli/stackfile.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 struct Command {
@@ -70,7 +72,10 @@ int run(QStringList arguments) {
 
 } // namespace
 
+} // namespace vorlen
+
 int main(int argc, char** argv) {
+    using namespace vorlen;
     const QCoreApplication application(argc, argv);
     // The application object takes the user's locale; numbers in files and tables have a point.
     std::setlocale(LC_NUMERIC, "C");

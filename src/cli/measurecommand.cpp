@@ -16,6 +16,8 @@
 #include "reconstruction/modelitemgeometry.h"
 #include "reconstruction/modelmorphometry.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr double notAvailable = std::numeric_limits<double>::quiet_NaN();
@@ -219,3 +221,5 @@ int measureCommand(const QStringList& arguments) {
         });
     });
 }
+
+} // namespace vorlen

@@ -21,6 +21,8 @@
 #include "shapes/curvestack.h"
 #include "shapes/shapeset.h"
 
+namespace vorlen {
+
 namespace {
 
 using Structure = VRLFusionSurfaceStructure<float>;
@@ -359,3 +361,5 @@ int normalizeCommand(const QStringList& arguments) {
         stacks.push_back(&file->getStack());
     return std::max(status, guarded("normalize the stacks", [&] { return normalize(stacks, request, line); }));
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iostream>
 
+namespace vorlen {
+
 std::optional<OutputFormat> outputFormat(const CommandLine& line) {
     const QString name = line.value("format");
     if (name == "table")
@@ -38,3 +40,5 @@ int reportOnStacks(CommandLine& line, const QStringList& arguments, const StackR
         return file.isOpened() ? std::max(status, report(file, format, json)) : status;
     });
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "cli/jsonwriter.h"
 #include "cli/stackfile.h"
 
+namespace vorlen {
+
 enum class OutputFormat { Table, Csv, Json };
 
 /// The format that the command line asks for; nothing, and a word about it on the standard error stream, for a format
@@ -23,3 +25,5 @@ int reportOnFiles(CommandLine& line, const QStringList& arguments, const StackRe
 
 /// The same for the stacks that can be opened; problems go to the standard error stream.
 int reportOnStacks(CommandLine& line, const QStringList& arguments, const StackReport& report);
+
+} // namespace vorlen

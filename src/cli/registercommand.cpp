@@ -18,6 +18,8 @@
 #include "registration/principalaxesimageregistration.h"
 #include "values/registration.h"
 
+namespace vorlen {
+
 namespace {
 
 PixelMatrix<float> greyValues(const StackSlice& slice, bool invert) {
@@ -65,7 +67,7 @@ TextTable registerSlices(Stack& stack, bool invert) {
             unplaced.push_back(slice.getName());
         if (registration.isReliable() || hasMass(current))
             previous.swap(current);
-        progress.notifyProgressed((unsigned int)(i + 1), (unsigned int)n);
+        progress.notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
     }
     progress.notifyFinished("");
     for (const std::string& name : unplaced)
@@ -133,3 +135,5 @@ int registerCommand(const QStringList& arguments) {
     }
     return status;
 }
+
+} // namespace vorlen

@@ -14,6 +14,8 @@
 #include "cli/commandline.h"
 #include "cli/stackfile.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int smallest = 16, largest = 8192; // pixels of a side
@@ -88,3 +90,5 @@ int renderCommand(const QStringList& arguments) {
         rendererArguments += line.value("pose");
     return runRenderer(rendererArguments);
 }
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 StackFile::StackFile(const std::string& name, std::unique_ptr<Stack> stack) : __name(name), __stack(std::move(stack)) {
     ConsoleMonitor monitor;
     StackReader reader;
@@ -92,3 +94,5 @@ std::string fullNumber(double value) {
     std::snprintf(text, sizeof text, "%.17g", value);
     return text;
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 
 #include "document/stack.h"
 
+namespace vorlen {
+
 /// Exit statuses of the program.
 enum ExitStatus { ExitGood = 0, ExitProblems = 1, ExitUsage = 2, ExitFileError = 3 };
 
@@ -49,3 +51,5 @@ std::string shortNumber(double value);
 
 /// The value with 17 significant digits, "NA" when it is no number.
 std::string fullNumber(double value);
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
+namespace vorlen {
+
 namespace {
 
 /// Number of characters of a UTF-8 text: the bytes that do not continue a character.
@@ -75,3 +77,5 @@ void TextTable::printCsv(std::ostream& stream) const {
     for (const auto& row : __rows)
         printRow(row);
 }
+
+} // namespace vorlen

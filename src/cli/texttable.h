@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace vorlen {
+
 /// A table of texts: printed with aligned columns for people, or as comma-separated values.
 class TextTable {
 public:
@@ -22,3 +24,5 @@ private:
     std::vector<std::string> __headers;
     std::vector<std::vector<std::string>> __rows;
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 CalibrationCurve::CalibrationCurve(const StandardImage& standardImage)
     : __polynomial(0, 0), __standardImage(standardImage) {
 }
@@ -89,7 +91,7 @@ void CalibrationCurve::fit() const {
                                                                             " samples needs at least " +
                                                                             std::to_string(degree + 1));
     std::vector<Vector<double>> points;
-    Vector<double> values((unsigned int)numSamples);
+    Vector<double> values(static_cast<unsigned int>(numSamples));
     for (int i = 0; i < numSamples; ++i) {
         Vector<double> point(1);
         point[0] = __samples[std::size_t(i)]->getGrayLevel();
@@ -100,3 +102,5 @@ void CalibrationCurve::fit() const {
     __polynomial.approximate(points, values, degree);
     __needsFit = false;
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "document/standardsample.h"
 #include "numerics/polynomial.h"
 
+namespace vorlen {
+
 class StandardImage;
 
 /// The physical value as a polynomial of the gray level, fitted by least squares to the samples of a standard image.
@@ -62,3 +64,5 @@ private:
     std::vector<std::unique_ptr<StandardSample>> __samples;
     mutable bool __needsFit = true;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "document/modelitem.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 Model::Model() {
     ModelProperties defaults;
     defaults.setGeometry(PolygonPrimitive);
@@ -61,3 +63,5 @@ bool Model::partiallyContains(const Model& other) const {
     }
     return false;
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "document/modelproperties.h"
 #include "snake/snakeconfig.h"
 
+namespace vorlen {
+
 /// A structure of the user's: its outlines over the slices and how they look. Deletes its items.
 ///
 /// A new model is a red polygon surface with filled spheres of point size 3; its cap flags are undefined.
@@ -44,3 +46,5 @@ private:
     ModelItemProperties __itemProperties;
     std::unique_ptr<SnakeConfig> __snakeConfig;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "document/stackslice.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 // Capacity that a store grows by when vertices are appended while the user draws.
@@ -480,3 +482,5 @@ std::uint64_t ModelItem::placeBy(const ModelItemOwner& owner) const {
             return listing.place;
     return 0;
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "shapes/boundingbox.h"
 #include "shapes/vertices.h"
 
+namespace vorlen {
+
 class Model;
 class ModelItemOwner;
 class StackSlice;
@@ -173,3 +175,5 @@ private:
     ModelItemProperties __properties;
     std::vector<Listing> __owners;
 };
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "document/stack.h"
 #include "document/stackslice.h"
 
+namespace vorlen {
+
 ModelItemOwner::~ModelItemOwner() {
     deleteItems({this});
 }
@@ -170,3 +172,5 @@ void ModelItemOwner::withdrawItems() {
     concerned.erase(this);
     removeUnlisted({concerned.begin(), concerned.end()});
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <vector>
 
+namespace vorlen {
+
 class ModelItem;
 
 /// An ordered list of items. A slice and a model are such owners, so that an item is listed twice.
@@ -72,3 +74,5 @@ private:
     std::vector<ModelItem*> __items; // by ascending place
     Place __lastPlace = 0;
 };
+
+} // namespace vorlen

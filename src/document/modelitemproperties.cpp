@@ -3,6 +3,8 @@
 #include "document/optionalproperties.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 using optionalproperties::defined;
 
 void ModelItemProperties::setColor(const Vector<int>& color) {
@@ -134,3 +136,5 @@ VertexSymbol ModelItemProperties::toVertexSymbol(const std::string& text) {
         ++value;
     return VertexSymbol(value);
 }
+
+} // namespace vorlen

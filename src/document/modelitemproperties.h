@@ -6,6 +6,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// How a vertex is drawn in space.
 enum VertexSymbol {
     CubeSymbol = 0,
@@ -93,3 +95,5 @@ private:
     std::optional<bool> __vertexSymbolFilling;
     std::optional<bool> __renderingVisibility;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace vorlen {
+
 void ModelItemSelection::reset(int n) {
     __bits.assign(std::size_t(n), false);
     __numSelected = 0;
@@ -41,3 +43,5 @@ void ModelItemSelection::insert(int i, bool value) {
     __bits.insert(__bits.begin() + i, value);
     __numSelected += int(value);
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+namespace vorlen {
+
 /// Which vertices of an item are selected: a bit for each, in vertex order. Indices are the caller's contract.
 class ModelItemSelection {
 public:
@@ -43,3 +45,5 @@ private:
     std::vector<bool> __bits;
     int __numSelected = 0;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "document/optionalproperties.h"
 
+namespace vorlen {
+
 using optionalproperties::defined;
 
 void ModelProperties::setGeometry(MPrimitive geometry) {
@@ -145,3 +147,5 @@ RenderingMode ModelProperties::toRenderingMode(const std::string& text) {
         ++value;
     return RenderingMode(value);
 }
+
+} // namespace vorlen

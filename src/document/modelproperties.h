@@ -4,6 +4,8 @@
 #include <string>
 #include <tuple>
 
+namespace vorlen {
+
 /// Geometry of the items of a model.
 enum MPrimitive { PolygonPrimitive = 0, PolylinePrimitive = 1, PolypointPrimitive = 2, UnknownPrimitive = 3 };
 
@@ -106,3 +108,5 @@ private:
     std::optional<bool> __beginCapFlag;
     std::optional<bool> __endCapFlag;
 };
+
+} // namespace vorlen

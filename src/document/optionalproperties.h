@@ -6,6 +6,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 /// What classes of properties, each of which may be undefined, do with one or all of theirs.
 namespace optionalproperties {
 
@@ -48,3 +50,5 @@ void keep(bool whatIsEqual, Class& mine, const Class& other, const std::tuple<Me
 }
 
 } // namespace optionalproperties
+
+} // namespace vorlen

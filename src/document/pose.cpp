@@ -3,6 +3,8 @@
 #include "document/stack.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 Pose turnedPose(int axis, int degrees) {
@@ -122,3 +124,5 @@ Pose Pose::reverseCanonicalPose2() {
 Pose Pose::reverseCanonicalPose3() {
     return turnedPose(0, -90);
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 class Stack;
 
 /// A view of the scene: rotations in degrees about the three axes, a shift in screen pixels, a zoom in percent and
@@ -73,3 +75,5 @@ private:
     int __diffuseLight = 0;
     int __specularLight = 0;
 };
+
+} // namespace vorlen

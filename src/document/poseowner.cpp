@@ -1,5 +1,7 @@
 #include "document/poseowner.h"
 
+namespace vorlen {
+
 PoseOwner::PoseOwner() = default;
 
 PoseOwner::~PoseOwner() = default;
@@ -27,3 +29,5 @@ void PoseOwner::removePose(Pose& pose) {
     if (i >= 0)
         removePose(i);
 }
+
+} // namespace vorlen

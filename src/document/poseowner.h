@@ -5,6 +5,8 @@
 
 #include "document/pose.h"
 
+namespace vorlen {
+
 /// An ordered list of poses, deleted with it.
 class PoseOwner {
 public:
@@ -31,3 +33,5 @@ public:
 private:
     std::vector<std::unique_ptr<Pose>> __poses;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "numerics/exception.h"
 #include "numerics/maths.h"
 
+namespace vorlen {
+
 Slice::Slice() = default;
 
 Slice::~Slice() = default;
@@ -65,9 +67,9 @@ void Slice::sizeForSize(unsigned int& w, unsigned int& h) const {
     const double fullHeight = w * sliceHeight;
     const double fullWidth = h * sliceWidth;
     if (fullWidth > fullHeight)
-        h = (unsigned int)(fullHeight / sliceWidth + 0.5);
+        h = static_cast<unsigned int>(fullHeight / sliceWidth + 0.5);
     else if (fullWidth < fullHeight)
-        w = (unsigned int)(fullWidth / sliceHeight + 0.5);
+        w = static_cast<unsigned int>(fullWidth / sliceHeight + 0.5);
 }
 
 void Slice::load(Image& image) const {
@@ -82,3 +84,5 @@ void Slice::load(Image& image) const {
     resize.setSize(columns, rows);
     resize.apply(image);
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "values/imagesource.h"
 #include "values/pixelcalibration.h"
 
+namespace vorlen {
+
 class Image;
 
 /// An image with a name, a note and a calibration. The pixels stay in their file; the slice holds where they are.
@@ -59,3 +61,5 @@ private:
     std::unique_ptr<ImageSource> __imageSource;
     PixelCalibration __pixelCalibration;
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 Stack::Stack() {
     __defaultPixelCalibration.setLengthUnit(LengthUnit(-6));
 }
@@ -366,3 +368,5 @@ template void stackToVolume(const Stack&, VoxelMatrix<int>&, ImageColorContent);
 template void stackToVolume(const Stack&, VoxelMatrix<float>&, ImageColorContent);
 template void stackToVolume(const Stack&, VoxelMatrix<double>&, ImageColorContent);
 template void stackToVolume(const Stack&, VoxelMatrix<long double>&, ImageColorContent);
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "document/standardimage.h"
 #include "values/imagecolorcontent.h"
 
+namespace vorlen {
+
 template <class T>
 class VoxelMatrix;
 
@@ -182,3 +184,5 @@ private:
 /// planes of a volume of that size where the content leaves them.
 template <class T>
 void stackToVolume(const Stack& stack, VoxelMatrix<T>& volume, ImageColorContent content);
+
+} // namespace vorlen

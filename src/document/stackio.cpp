@@ -2,6 +2,8 @@
 
 #include <unordered_map>
 
+namespace vorlen {
+
 namespace {
 
 /// Longer words of a broken file are not repeated in full in its log.
@@ -193,7 +195,7 @@ void StackIO::log(const std::string& message) {
     if (static_cast<int>(__log.size()) > maxLogLines)
         return;
     if (static_cast<int>(__log.size()) == maxLogLines)
-        __log.push_back("There are more problems than are listed here.");
+        __log.emplace_back("There are more problems than are listed here.");
     else if (message.size() > maxMessageLength)
         __log.push_back(message.substr(0, maxMessageLength) + "...");
     else
@@ -203,3 +205,5 @@ void StackIO::log(const std::string& message) {
 void StackIO::addFatalError() {
     ++__numFatalErrors;
 }
+
+} // namespace vorlen

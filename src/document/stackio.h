@@ -7,6 +7,8 @@
 
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 /// What reader and writer of stack description files share: the vocabulary, the version and the log.
 ///
 /// A stack description is a text file with the suffix "sdf", made of statements, each a keyword and arguments, ended by
@@ -123,3 +125,5 @@ private:
     int __numFatalErrors = 0;
     float __fileFormatVersion = 1.03f;
 };
+
+} // namespace vorlen

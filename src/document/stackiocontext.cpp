@@ -3,6 +3,8 @@
 #include "document/model.h"
 #include "document/modelitem.h"
 
+namespace vorlen {
+
 void StackIOContext::setFileName(const std::string& fileName) {
     __fileName = fileName;
 }
@@ -117,3 +119,5 @@ ModelItemProperties* StackIOContext::getModelItemProperties() const {
         return &__model->getItemProperties();
     return __item != nullptr ? &__item->getProperties() : nullptr;
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 class CalibrationCurve;
 class Model;
 class ModelItem;
@@ -69,3 +71,5 @@ private:
     CalibrationCurve* __calibrationCurve = nullptr;
     StandardSample* __sample = nullptr;
 };
+
+} // namespace vorlen

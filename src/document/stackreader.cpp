@@ -28,6 +28,8 @@
 #include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr std::size_t maxPathLength = PATH_MAX;
@@ -159,7 +161,7 @@ bool isAbsolute(std::string_view path) {
 /// The current slice's mosaic. The slice owns it; this reader has made it, and fills it in place: a copy for each tile
 /// would make the cost of a mosaic quadratic.
 ImageSourceFileMosaic& currentMosaic(const StackIOContext& context) {
-    const ::StackSlice& slice = required(context.getSlice());
+    const vorlen::StackSlice& slice = required(context.getSlice());
     const ImageSource* source = nullptr;
     try {
         source = &slice.getImageSource();
@@ -569,7 +571,7 @@ void StackReader::inputModelItem(const Tokens& tokens, StackIOContext& context) 
     requireArguments(tokens, 2);
     Stack& stack = required(context.getStack());
     Model* const model = findModel(stack, toName(tokens[1]));
-    ::StackSlice* const slice = findSlice(stack, toName(tokens[2]));
+    vorlen::StackSlice* const slice = findSlice(stack, toName(tokens[2]));
     if (model == nullptr || slice == nullptr)
         throw ArgValueError();
     auto item = std::make_unique<ModelItem>();
@@ -852,14 +854,14 @@ void StackReader::inputVertexSymbol(const Tokens& tokens, StackIOContext& contex
 /// A new current slice with the stack's defaults; without a source when its image could not be had.
 void StackReader::addSlice(std::string_view name, const ImageSource* source, StackIOContext& context) {
     Stack& stack = *context.getStack();
-    auto slice = std::make_unique<::StackSlice>();
+    auto slice = std::make_unique<vorlen::StackSlice>();
     slice->setName(toName(name));
     if (source != nullptr)
         slice->setImageSource(*source);
     slice->setPixelCalibration(stack.getDefaultPixelCalibration());
     slice->setRelativePosition(stack.getDefaultRelativePosition());
     slice->setStack(&stack);
-    ::StackSlice* const added = slice.release();
+    vorlen::StackSlice* const added = slice.release();
     stack.addSlice(added);
     context.setSlice(added);
 }
@@ -872,7 +874,7 @@ std::string StackReader::imagePath(std::string_view file, const StackIOContext& 
 }
 
 /// The stack's own search walks over all names; a file of many items would make that quadratic.
-::StackSlice* StackReader::findSlice(Stack& stack, const std::string& name) {
+vorlen::StackSlice* StackReader::findSlice(Stack& stack, const std::string& name) {
     if (__indexedStack != &stack) {
         __indexedStack = &stack;
         __sliceNames.clear();
@@ -880,7 +882,7 @@ std::string StackReader::imagePath(std::string_view file, const StackIOContext& 
         __numIndexedSlices = __numIndexedModels = 0;
     }
     for (; __numIndexedSlices < stack.getNumSlices(); ++__numIndexedSlices) {
-        ::StackSlice& slice = stack.getSlice(__numIndexedSlices);
+        vorlen::StackSlice& slice = stack.getSlice(__numIndexedSlices);
         __sliceNames.emplace(slice.getName(), &slice);
     }
     const auto found = __sliceNames.find(name);
@@ -897,3 +899,5 @@ Model* StackReader::findModel(Stack& stack, const std::string& name) {
     const auto found = __modelNames.find(name);
     return found == __modelNames.end() ? nullptr : found->second;
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "document/stackio.h"
 #include "document/stackiocontext.h"
 
+namespace vorlen {
+
 class ImageSource;
 class Model;
 class Stack;
@@ -120,11 +122,11 @@ private:
     bool scanOutline(const char*& cursor, const char* end);
     void addSlice(std::string_view name, const ImageSource* source, StackIOContext& context);
     std::string imagePath(std::string_view file, const StackIOContext& context) const;
-    ::StackSlice* findSlice(Stack& stack, const std::string& name);
+    vorlen::StackSlice* findSlice(Stack& stack, const std::string& name);
     Model* findModel(Stack& stack, const std::string& name);
 
     /// Names of the stack's slices and models as far as they have been looked at; the first of equals counts.
-    std::unordered_map<std::string, ::StackSlice*> __sliceNames;
+    std::unordered_map<std::string, vorlen::StackSlice*> __sliceNames;
     std::unordered_map<std::string, Model*> __modelNames;
     const Stack* __indexedStack = nullptr;
     int __numIndexedSlices = 0;
@@ -134,3 +136,5 @@ private:
     /// Places for mosaic tiles that the rest of the file may still ask for.
     long long __mosaicPlacesLeft = 1 << 20;
 };
+
+} // namespace vorlen

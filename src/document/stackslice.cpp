@@ -2,6 +2,8 @@
 
 #include "document/stack.h"
 
+namespace vorlen {
+
 StackSlice::StackSlice() = default;
 
 StackSlice::~StackSlice() = default;
@@ -78,3 +80,5 @@ float StackSlice::getRelativePosition() const {
     const int index = __stack == nullptr ? -1 : __stack->findSlice(*this);
     return index <= 0 ? 0 : __position - __stack->absolutePosition(index - 1);
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "document/slice.h"
 #include "values/registration.h"
 
+namespace vorlen {
+
 class Stack;
 
 /// A physical section of a stack: an image at a position along the cutting axis, with the items drawn on it.
@@ -74,3 +76,5 @@ private:
     // Where the stack last put this slice; a hint that the stack checks.
     int __indexHint = 0;
 };
+
+} // namespace vorlen

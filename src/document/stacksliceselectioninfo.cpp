@@ -4,6 +4,8 @@
 #include "document/modelitem.h"
 #include "document/stackslice.h"
 
+namespace vorlen {
+
 void StackSliceSelectionInfo::setSlice(const StackSlice* slice) {
     __slice = slice;
     update();
@@ -32,3 +34,5 @@ void StackSliceSelectionInfo::update() {
             ++__numPartiallySelected;
     }
 }
+
+} // namespace vorlen

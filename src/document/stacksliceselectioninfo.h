@@ -2,6 +2,8 @@
 
 #include "document/modelproperties.h"
 
+namespace vorlen {
+
 class StackSlice;
 
 /// Summary of what is selected on a slice, as of the last update().
@@ -35,3 +37,5 @@ private:
     int __numPartiallySelected = 0;
     MPrimitive __geometry = UnknownPrimitive;
 };
+
+} // namespace vorlen

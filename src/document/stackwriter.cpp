@@ -23,6 +23,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr const char* endOfStatement = ";\n";
@@ -111,7 +113,7 @@ void StackWriter::writeSlices(const Stack& stack) {
     const PixelCalibration& common = stack.getDefaultPixelCalibration();
     const bool commonHeight = needsPixelHeight(common);
     for (int i = 0; i < stack.getNumSlices(); ++i) {
-        const ::StackSlice& slice = stack.getSlice(i);
+        const vorlen::StackSlice& slice = stack.getSlice(i);
         const ImageSource& source = slice.getImageSource();
         __text += '\n';
         if (const auto* file = dynamic_cast<const ImageSourceFile*>(&source)) {
@@ -453,7 +455,7 @@ void StackWriter::saveAsStack(const VoxelMatrix<T>& volume, const std::string& n
         ImageWriter().write(image, imagesPath + fileName, true);
         ImageSourceFile source;
         source.setFilename(imagesPath + fileName);
-        auto slice = std::make_unique<::StackSlice>();
+        auto slice = std::make_unique<vorlen::StackSlice>();
         slice->setName(fileName);
         slice->setStack(&stack);
         slice->setImageSource(source);
@@ -479,3 +481,5 @@ template void StackWriter::saveAsStack<double>(const VoxelMatrix<double>&, const
 template void StackWriter::saveAsStack<long double>(const VoxelMatrix<long double>&, const std::string&,
                                                     const std::string&, const std::string&, const PixelCalibration&,
                                                     float);
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "document/stackio.h"
 
+namespace vorlen {
+
 class ImageSource;
 class ImageSourceFileMosaic;
 class Model;
@@ -81,3 +83,5 @@ private:
     int __numSteps = 0;
     int __totalSteps = 1;
 };
+
+} // namespace vorlen

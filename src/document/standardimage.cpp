@@ -1,5 +1,7 @@
 #include "document/standardimage.h"
 
+namespace vorlen {
+
 StandardImage::StandardImage() = default;
 
 StandardImage::~StandardImage() = default;
@@ -16,3 +18,5 @@ void StandardImage::setCalibrationCurve(CalibrationCurve* curve) {
 void StandardImage::deleteCalibrationCurve() {
     __calibrationCurve.reset();
 }
+
+} // namespace vorlen

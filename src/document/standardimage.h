@@ -6,6 +6,8 @@
 #include "document/calibrationcurve.h"
 #include "document/slice.h"
 
+namespace vorlen {
+
 class Stack;
 
 /// The image of a calibration scale, with the curve that its samples give.
@@ -34,3 +36,5 @@ private:
     Stack* __stack = nullptr;
     std::string __fileName;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "document/standardsample.h"
 
+namespace vorlen {
+
 void StandardSample::setName(const std::string& name) {
     __name = name;
 }
@@ -15,3 +17,5 @@ void StandardSample::setGrayLevel(double grayLevel) {
 void StandardSample::setValue(double value) {
     __value = value;
 }
+
+} // namespace vorlen

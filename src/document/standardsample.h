@@ -4,6 +4,8 @@
 
 #include "shapes/boundingbox.h"
 
+namespace vorlen {
+
 /// A marked region of a standard image, and the physical value that is known there.
 class StandardSample {
 public:
@@ -26,3 +28,5 @@ private:
     double __grayLevel = 0;
     double __value = 0;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 class PixelCalibration;
 template <class T>
 class VoxelMatrix;
@@ -10,3 +12,5 @@ class VoxelMatrix;
 template <class T>
 void saveVolumeAsStack(const VoxelMatrix<T>& volume, const std::string& name, const std::string& imagesPath,
                        const std::string& stackPath, const PixelCalibration& calibration, float spacing);
+
+} // namespace vorlen

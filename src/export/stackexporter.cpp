@@ -15,6 +15,8 @@
 #include "shapes/quadmesh.h"
 #include "shapes/trimesh.h"
 
+namespace vorlen {
+
 namespace {
 
 const char* const where = "void StackExporter::export2AsciiSTL(...)";
@@ -77,3 +79,5 @@ void StackExporter::export2AsciiSTL(const Model& model, StackReconstruction<floa
     if (!SafeFile::save(stlName, text.str()))
         throw FileWriteError(where, "The file cannot be opened for writing", stlName);
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 class Model;
 class Stack;
 template <class T>
@@ -30,3 +32,5 @@ public:
 
     static constexpr long long maxNumVertices = 100000000;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 std::string askLine(const std::string& text, const char* where) {
@@ -46,3 +48,5 @@ unsigned int ask4uint(const std::string& text) {
 float ask4float(const std::string& text) {
     return askNumber<float>(text, "float ask4float(const string&)");
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 
 #include "files/stringtools.h"
 
+namespace vorlen {
+
 namespace {
 
 std::vector<std::string> resolvedTokens(const std::string& path) {
@@ -132,3 +134,5 @@ std::string FileInfo::relativePath(const std::string& from, const std::string& t
         path += *token + "/";
     return path;
 }
+
+} // namespace vorlen

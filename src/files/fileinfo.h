@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace vorlen {
+
 /// Parts of a path, and operations on paths. The separator is "/". Nothing but fileExists() and relativePath() looks at
 /// the file system.
 class FileInfo {
@@ -48,3 +50,5 @@ public:
 private:
     std::string __path;
 };
+
+} // namespace vorlen

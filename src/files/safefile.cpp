@@ -13,6 +13,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 int openFile(const std::string& name, int flags, mode_t mode = 0) {
@@ -216,3 +218,5 @@ bool SafeFile::save(const std::string& fileName, const std::string& contents) {
     file.commit();
     return true;
 }
+
+} // namespace vorlen

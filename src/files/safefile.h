@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 /// Saving of a file so that a failed or cut-off save leaves the old file whole.
 ///
 /// What is written goes to a new file beside the old one, is flushed to disk, and takes the old one's name in commit();
@@ -45,3 +47,5 @@ private:
     Way __way = Way::Beside;
     int __descriptor = -1;
 };
+
+} // namespace vorlen

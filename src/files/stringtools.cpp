@@ -1,5 +1,7 @@
 #include "files/stringtools.h"
 
+namespace vorlen {
+
 std::vector<std::string> StringTools::tokenize(const std::string& text, const std::string& delimiters) {
     std::vector<std::string> tokens;
     std::size_t first = text.find_first_not_of(delimiters);
@@ -20,3 +22,5 @@ std::string StringTools::toString(int n, int width, char fill) {
     const std::size_t length = width > 0 ? static_cast<std::size_t>(width) : 0;
     return text.size() < length ? std::string(length - text.size(), fill) + text : text;
 }
+
+} // namespace vorlen

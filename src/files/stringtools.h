@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace vorlen {
+
 /// Splitting and padding of texts.
 class StringTools {
 public:
@@ -12,3 +14,5 @@ public:
     /// Padded on the left with fill to the width; a longer number stays whole.
     static std::string toString(int n, int width, char fill);
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include <pwd.h>
 #include <unistd.h>
 
+namespace vorlen {
+
 namespace {
 
 std::string quoted(const std::string& text) {
@@ -68,3 +70,5 @@ void System::ensureDirSeparator(std::string& path) {
 bool System::mkdir(const std::string& path, const std::string& options) {
     return std::system(("mkdir " + options + " -- " + quoted(path)).c_str()) == 0;
 }
+
+} // namespace vorlen

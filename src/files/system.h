@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 /// Facts of the machine, the user and the build.
 class System {
 public:
@@ -23,3 +25,5 @@ public:
     /// Returns whether the command succeeded.
     static bool mkdir(const std::string& path, const std::string& options = std::string());
 };
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "shapes/trimesh.h"
 #include "shapes/trimeshinterior.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Closes one end of the tube by triangles from its level to the level's centre. A level that is a single place needs
@@ -28,8 +30,9 @@ void closeEnd(TriMesh<T>& surface, const Vertices<T>& level, int firstVertex) {
     const int center = surface.getSize();
     surface.append(level.cog());
     for (int c = 0; c < width; ++c) {
-        surface.addTriangle((unsigned int)(firstVertex + c), (unsigned int)(firstVertex + (c + 1) % width),
-                            (unsigned int)center);
+        surface.addTriangle(static_cast<unsigned int>(firstVertex + c),
+                            static_cast<unsigned int>(firstVertex + (c + 1) % width),
+                            static_cast<unsigned int>(center));
     }
 }
 
@@ -152,7 +155,7 @@ void DensityEstimator<T>::applyMasks(VoxelMatrix<T>& matrix, const BoundingBox<T
                 }
             }
         }
-        notifyProgressed((unsigned int)i, (unsigned int)n1);
+        notifyProgressed(static_cast<unsigned int>(i), static_cast<unsigned int>(n1));
     }
     notifyFinished("");
 }
@@ -177,7 +180,7 @@ Vector<T> DensityEstimator<T>::percentiles(const VoxelMatrix<T>& matrix, const G
     if (numPoints == 0 || matrix.getSize().min() == 0) {
         throw SizeError(where, "There is no density at any point");
     }
-    Vector<T> densities((unsigned int)numPoints);
+    Vector<T> densities(static_cast<unsigned int>(numPoints));
     const LinearInterpolation<T> interpolation;
     int n = 0;
     for (const Shape<T>* shape : __shapes) {
@@ -191,7 +194,7 @@ Vector<T> DensityEstimator<T>::percentiles(const VoxelMatrix<T>& matrix, const G
         }
     }
     densities.sort();
-    Vector<T> result((unsigned int)(values.getSize()));
+    Vector<T> result(static_cast<unsigned int>(values.getSize()));
     for (int i = 0; i < values.getSize(); ++i) {
         result[i] = densities.percentile(values[i]);
     }
@@ -208,3 +211,5 @@ T DensityEstimator<T>::percentile(const VoxelMatrix<T>& matrix, const Grid<T>& g
 template class DensityEstimator<float>;
 template class DensityEstimator<double>;
 template class DensityEstimator<long double>;
+
+} // namespace vorlen

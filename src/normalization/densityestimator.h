@@ -7,6 +7,8 @@
 #include "progress/progresssubject.h"
 #include "shapes/masksurface.h"
 
+namespace vorlen {
+
 template <class T>
 class BoundingBox;
 template <class T>
@@ -77,3 +79,5 @@ private:
     std::vector<std::unique_ptr<TriMesh<T>>> __ownMeshes;
     std::vector<std::unique_ptr<MaskSurface<T>>> __ownMasks;
 };
+
+} // namespace vorlen

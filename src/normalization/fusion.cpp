@@ -4,6 +4,8 @@
 #include "shapes/quadmesh.h"
 #include "shapes/shapeset.h"
 
+namespace vorlen {
+
 namespace {
 
 /// The levels of all surfaces of the set, without their caps.
@@ -27,7 +29,7 @@ template <class T>
 void Fusion<T>::tpsWarping(const ShapeSet<T>& target) {
     const VertexStack<T> targetVertices = surfaceVertices(target);
     notifyStarted("");
-    const unsigned int n = (unsigned int)__shapeSets.size();
+    const unsigned int n = static_cast<unsigned int>(__shapeSets.size());
     for (unsigned int i = 0; i < n && !isCanceled(); ++i) {
         ShapeSet<T>& set = *__shapeSets[i];
         ShapeSet<T> references = set.referenceShapeSet();
@@ -48,3 +50,5 @@ void Fusion<T>::tpsWarping(const ShapeSet<T>& target) {
 template class Fusion<float>;
 template class Fusion<double>;
 template class Fusion<long double>;
+
+} // namespace vorlen

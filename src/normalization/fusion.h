@@ -4,6 +4,8 @@
 
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 template <class T>
 class ShapeSet;
 
@@ -32,3 +34,5 @@ public:
 private:
     std::vector<ShapeSet<T>*> __shapeSets;
 };
+
+} // namespace vorlen

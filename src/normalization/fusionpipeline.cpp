@@ -18,6 +18,8 @@
 #include "shapes/quadmesh.h"
 #include "shapes/shapeset.h"
 
+namespace vorlen {
+
 namespace {
 
 const char* const runPlace = "bool FusionPipeline<T>::run()";
@@ -237,7 +239,7 @@ void FusionPipeline<T>::buildShapeSets() {
     const std::vector<std::string> names = listAllStructureNames();
     StackReconstruction<T> reconstruction;
     for (std::size_t i = 0; i < stacks.size(); ++i) {
-        this->notifyProgressed((unsigned int)i, (unsigned int)stacks.size());
+        this->notifyProgressed(static_cast<unsigned int>(i), static_cast<unsigned int>(stacks.size()));
         const Stack& stack = *stacks[i];
         reconstruction.setStack(stack);
         __shapeSets.push_back(new ShapeSet<T>); // clear() deletes it
@@ -353,7 +355,7 @@ void FusionPipeline<T>::alignment(ProgressMonitor& monitor) {
         PrincipalAxesShapeRegistration<T> axes;
         axes.fit(__shapeSets[i]->referenceShapeSet());
         axes.apply(*__shapeSets[i]);
-        monitor.subjectProgressed((unsigned int)i, (unsigned int)__shapeSets.size());
+        monitor.subjectProgressed(static_cast<unsigned int>(i), static_cast<unsigned int>(__shapeSets.size()));
     }
     matchReferences();
     __log += "Error after alignment: " + errorPair() + "<br >";
@@ -427,3 +429,5 @@ void FusionPipeline<T>::warping(ProgressMonitor& monitor) {
 template class FusionPipeline<float>;
 template class FusionPipeline<double>;
 template class FusionPipeline<long double>;
+
+} // namespace vorlen

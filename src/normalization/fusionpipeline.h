@@ -8,6 +8,8 @@
 #include "normalization/vrlfusionconfig.h"
 #include "progress/progressproxy.h"
 
+namespace vorlen {
+
 template <class T>
 class ShapeSet;
 template <class T>
@@ -97,3 +99,5 @@ private:
     Fusion<T> __fusion;
     std::string __log;
 };
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "shapes/shapeset.h"
 #include "shapes/vertexstack.h"
 
+namespace vorlen {
+
 namespace {
 
 const char* const applyPlace = "void GlobalShapeSetGroupRegistration<T>::apply(ShapeSetGroup<T>&)";
@@ -176,7 +178,7 @@ void GlobalShapeSetGroupRegistration<T>::applyQuadMeshCase(ShapeSetGroup<T>& gro
             RigidMotion::follow(this->__rotations[i], this->__translations[i], rotation, translation);
             const Vector<T> points = average.putBack(i);
             moving = moving || moves(rotation, translation, points);
-            this->notifyProgressed((unsigned int)(sweep * n + i), (unsigned int)(limit * n));
+            this->notifyProgressed(static_cast<unsigned int>(sweep * n + i), static_cast<unsigned int>(limit * n));
         }
         const T previous = T(this->__errorMeans.back());
         this->recordError(this->errorType1(referenceGroup));
@@ -191,3 +193,5 @@ void GlobalShapeSetGroupRegistration<T>::applyQuadMeshCase(ShapeSetGroup<T>& gro
 template class GlobalShapeSetGroupRegistration<float>;
 template class GlobalShapeSetGroupRegistration<double>;
 template class GlobalShapeSetGroupRegistration<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "normalization/shapesetgroupregistration.h"
 
+namespace vorlen {
+
 /// Group registration without a privileged set: sweeps in which each set in turn is registered on the average of all
 /// others, until the error between the sets stands still. References must be closed quadrangular surfaces.
 ///
@@ -28,3 +30,5 @@ public:
 private:
     void applyQuadMeshCase(ShapeSetGroup<T>& group);
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "shapes/boundingbox.h"
 #include "shapes/shape.h"
 
+namespace vorlen {
+
 template <class T>
 void HistogramDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& givenBox) {
     BoundingBox<T> box(givenBox);
@@ -38,3 +40,5 @@ void HistogramDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const Boundin
 template class HistogramDensityEstimator<float>;
 template class HistogramDensityEstimator<double>;
 template class HistogramDensityEstimator<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "normalization/densityestimator.h"
 
+namespace vorlen {
+
 /// Counts the points in the cells that divide the box.
 ///
 /// A count is neither divided by the number of patterns nor by the volume of a cell. Instantiated for float, double and
@@ -13,3 +15,5 @@ public:
     /// of the box falls into the last cell, a point outside is not counted, and neither is any in a map without cells.
     void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) override;
 };
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "shapes/shape.h"
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 namespace {
 
 // Points whose tables are held at once.
@@ -265,8 +267,8 @@ void KernelDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBo
         spreader.prepare(points.data() + first, int(std::min<std::size_t>(batchSize, points.size() - first)));
         for (int k = 0; k < numPlanes; ++k) {
             spreader.addTo(matrix[k], k);
-            this->notifyProgressed((unsigned int)(batch * std::size_t(numPlanes) + std::size_t(k)),
-                                   (unsigned int)(numBatches * std::size_t(numPlanes)));
+            this->notifyProgressed(static_cast<unsigned int>(batch * std::size_t(numPlanes) + std::size_t(k)),
+                                   static_cast<unsigned int>(numBatches * std::size_t(numPlanes)));
         }
     }
     this->notifyFinished("");
@@ -276,3 +278,5 @@ void KernelDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBo
 template class KernelDensityEstimator<float>;
 template class KernelDensityEstimator<double>;
 template class KernelDensityEstimator<long double>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "normalization/densityestimator.h"
 #include "normalization/densitykernel.h"
 
+namespace vorlen {
+
 /// Kernel density estimate: every point spreads a unit of mass over its neighbourhood, and the mass at a place is its
 /// density per unit volume.
 ///
@@ -47,3 +49,5 @@ private:
     DensityKernel __kernel = GaussianKernel;
     T __bandwidth = T(10);
 };
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "numerics/exception.h"
 #include "shapes/shape.h"
 
+namespace vorlen {
+
 template <class T>
 LeastSquaresRigidShapeRegistration<T>::~LeastSquaresRigidShapeRegistration() = default;
 
@@ -17,3 +19,5 @@ void LeastSquaresRigidShapeRegistration<T>::fit(const Shape<T>& moving, const Sh
 template class LeastSquaresRigidShapeRegistration<float>;
 template class LeastSquaresRigidShapeRegistration<double>;
 template class LeastSquaresRigidShapeRegistration<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "normalization/rigidshaperegistration.h"
 
+namespace vorlen {
+
 /// The rigid motion, without scale or reflection, with the least sum of squared distances between vertices of equal
 /// rank. Linear in the number of vertices. Source: S. Umeyama, IEEE PAMI 13, 1991.
 ///
@@ -16,3 +18,5 @@ public:
     /// differ, MathError for coordinates that are not finite. The transform of before stays when this throws.
     void fit(const Shape<T>& moving, const Shape<T>& target) override;
 };
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "shapes/boundingbox.h"
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 template <class T>
 void PoissonDensityEstimator<T>::addShape(Shape<T>& shape) {
     const std::vector<Shape<T>*>& shapes = this->getShapes();
@@ -85,7 +87,7 @@ void PoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingB
                 row[k2] = numerator > 0 ? T(numerator / volumes) : T(0);
             }
         }
-        this->notifyProgressed((unsigned int)k3, (unsigned int)n3);
+        this->notifyProgressed(static_cast<unsigned int>(k3), static_cast<unsigned int>(n3));
     }
     this->notifyFinished("");
     const Wide count = Wide(n1) * Wide(n2) * Wide(n3) * Wide(__kdTrees.size());
@@ -98,3 +100,5 @@ void PoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingB
 template class PoissonDensityEstimator<float>;
 template class PoissonDensityEstimator<double>;
 template class PoissonDensityEstimator<long double>;
+
+} // namespace vorlen

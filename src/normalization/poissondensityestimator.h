@@ -6,6 +6,8 @@
 #include "normalization/densityestimator.h"
 #include "shapes/kdtree.h"
 
+namespace vorlen {
+
 /// Density from the distances to the k-th nearest point of each pattern.
 ///
 /// At a node where the k-th point of pattern i of m is at distance d_i, the density is (k m - 1) / sum of 4/3 pi d_i^3,
@@ -38,3 +40,5 @@ private:
     std::vector<std::unique_ptr<KDTree<T>>> __kdTrees; // in the order of the shapes
     int __neighbourRank = 1;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "shapes/shape.h"
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 namespace {
 
 /// The determinant without the copy that a decomposition needs, up to the dimensions that shapes have.
@@ -24,7 +26,7 @@ double determinant(const SquareMatrix<double>& m) {
 template <class T, class Wide>
 Polynomial<T> rounded(const Polynomial<Wide>& polynomial) {
     Polynomial<T> result(polynomial.getDegree(), polynomial.getDimension());
-    Vector<T> coefficients((unsigned int)(polynomial.numTerms()));
+    Vector<T> coefficients(static_cast<unsigned int>(polynomial.numTerms()));
     for (int i = 0; i < coefficients.getSize(); ++i) {
         coefficients[i] = T(polynomial.getCoefficients()[i]);
     }
@@ -51,12 +53,12 @@ void PolynomialWarp<T>::fit(const Shape<T>& moving, const Shape<T>& target) {
     const int dimension = moving.getSpace();
 
     std::vector<Vector<Wide>> points;
-    std::vector<Vector<Wide>> displacements(std::size_t(dimension), Vector<Wide>((unsigned int)n));
+    std::vector<Vector<Wide>> displacements(std::size_t(dimension), Vector<Wide>(static_cast<unsigned int>(n)));
     points.reserve(std::size_t(n));
     ConstVertexIterator<T> to(target);
     for (ConstVertexIterator<T> from(moving); from.current(); ++from, ++to) {
         const int k = int(points.size());
-        points.emplace_back((unsigned int)dimension);
+        points.emplace_back(static_cast<unsigned int>(dimension));
         for (int i = 0; i < dimension; ++i) {
             points.back()[i] = (*from.current())[i];
             displacements[i][k] = Wide((*to.current())[i]) - Wide((*from.current())[i]);
@@ -103,7 +105,7 @@ void PolynomialWarp<T>::apply(Vector<T>& v) const {
     if (v.getSize() != __dimension) {
         throw SizeError("void PolynomialWarp<T>::apply(Vector<T>&) const", "Incompatible vector dimensions");
     }
-    Vector<T> displacement((unsigned int)__dimension);
+    Vector<T> displacement(static_cast<unsigned int>(__dimension));
     for (int i = 0; i < __dimension; ++i) {
         displacement[i] = __polynomials[i].eval(v);
     }
@@ -129,3 +131,5 @@ bool PolynomialWarp<T>::isValidAt(const Vector<T>& v) const {
 template class PolynomialWarp<float>;
 template class PolynomialWarp<double>;
 template class PolynomialWarp<long double>;
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "numerics/polynomial.h"
 #include "numerics/squarematrix.h"
 
+namespace vorlen {
+
 /// Warp whose displacement along each axis is a polynomial of bounded total degree, the least-squares approximation of
 /// the displacements of the moving shape's vertices to those of the target.
 ///
@@ -45,3 +47,5 @@ private:
     std::vector<std::vector<Polynomial<T>>> __partials; // [i][j]: derivative of polynomial i along axis j
     mutable SquareMatrix<double> __jacobian;
 };
+
+} // namespace vorlen

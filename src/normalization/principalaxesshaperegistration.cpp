@@ -9,6 +9,8 @@
 #include "shapes/shapeset.h"
 #include "shapes/vertexstack.h"
 
+namespace vorlen {
+
 namespace {
 
 // Skewness below this is that of a symmetrical shape, but for rounding.
@@ -78,3 +80,5 @@ void PrincipalAxesShapeRegistration<T>::fit(const ShapeSet<T>& set) {
 template class PrincipalAxesShapeRegistration<float>;
 template class PrincipalAxesShapeRegistration<double>;
 template class PrincipalAxesShapeRegistration<long double>;
+
+} // namespace vorlen

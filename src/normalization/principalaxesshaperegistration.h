@@ -2,6 +2,8 @@
 
 #include "normalization/rigidshaperegistration.h"
 
+namespace vorlen {
+
 /// The rigid motion that puts the centre of gravity of a shape at the origin and its principal axes on the coordinate
 /// axes, the longest first. A proper rotation.
 ///
@@ -25,3 +27,5 @@ public:
     /// On all vertices of the set together, those of the extensions included.
     virtual void fit(const ShapeSet<T>& set);
 };
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "numerics/squarematrix.h"
 #include "shapes/shape.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int maxControlPoints = 20000;
@@ -28,8 +30,8 @@ RadialBasisFunctionWarp<T>::Points::Points(const Matrix<Wide>& coordinates) : sp
 template <class T>
 void RadialBasisFunctionWarp<T>::kernelValues(const Points& points, const Wide* v, int first, int count,
                                               Wide* values) const {
-    Vector<T> origin((unsigned int)(points.space));
-    Vector<T> point((unsigned int)(points.space));
+    Vector<T> origin(static_cast<unsigned int>(points.space));
+    Vector<T> point(static_cast<unsigned int>(points.space));
     std::copy_n(v, points.space, origin.data());
     for (int k = 0; k < count; ++k) {
         for (int a = 0; a < points.space; ++a) {
@@ -50,8 +52,8 @@ void RadialBasisFunctionWarp<T>::fit(const Shape<T>& moving, const Shape<T>& tar
         throw SizeError(where, "Too many control points");
     }
 
-    Matrix<Wide> controlPoints((unsigned int)d, (unsigned int)n);
-    std::vector<Vector<Wide>> solutions(std::size_t(d), Vector<Wide>((unsigned int)q));
+    Matrix<Wide> controlPoints(static_cast<unsigned int>(d), static_cast<unsigned int>(n));
+    std::vector<Vector<Wide>> solutions(std::size_t(d), Vector<Wide>(static_cast<unsigned int>(q)));
     for (Vector<Wide>& solution : solutions) {
         solution.setZeros();
     }
@@ -64,10 +66,10 @@ void RadialBasisFunctionWarp<T>::fit(const Shape<T>& moving, const Shape<T>& tar
         }
     }
 
-    SquareMatrix<Wide> system((unsigned int)q);
+    SquareMatrix<Wide> system(static_cast<unsigned int>(q));
     system.fill(Wide(0));
     const Points points(controlPoints);
-    Vector<Wide> point((unsigned int)d);
+    Vector<Wide> point(static_cast<unsigned int>(d));
     Wide greatest = 1; // of the constant part
     for (int k = 0; k < n; ++k) {
         for (int a = 0; a < d; ++a) {
@@ -98,7 +100,7 @@ void RadialBasisFunctionWarp<T>::fit(const Shape<T>& moving, const Shape<T>& tar
         throw;
     }
 
-    Matrix<Wide> weights((unsigned int)d, (unsigned int)q);
+    Matrix<Wide> weights(static_cast<unsigned int>(d), static_cast<unsigned int>(q));
     for (int a = 0; a < d; ++a) {
         std::copy_n(solutions[a].data(), q, weights[a].data());
     }
@@ -115,7 +117,7 @@ template <class T>
 Vector<T> RadialBasisFunctionWarp<T>::eval(const Vector<T>& v) const {
     const int n = __controlPoints.getSize2();
     const int d = __controlPoints.getSize1();
-    Vector<T> displacement((unsigned int)(v.getSize()));
+    Vector<T> displacement(static_cast<unsigned int>(v.getSize()));
     displacement.setZeros();
     if (d == 0) {
         return displacement;
@@ -125,7 +127,7 @@ Vector<T> RadialBasisFunctionWarp<T>::eval(const Vector<T>& v) const {
                         "Incompatible vector dimensions");
     }
     const Vector<Wide> point = v.template toType<Wide>();
-    Vector<Wide> sum((unsigned int)d);
+    Vector<Wide> sum(static_cast<unsigned int>(d));
     for (int j = 0; j < d; ++j) {
         const Wide* const affine = __weights[j].data() + n;
         sum[j] = affine[d];
@@ -151,3 +153,5 @@ Vector<T> RadialBasisFunctionWarp<T>::eval(const Vector<T>& v) const {
 template class RadialBasisFunctionWarp<float>;
 template class RadialBasisFunctionWarp<double>;
 template class RadialBasisFunctionWarp<long double>;
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "numerics/matrix.h"
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 /// Warp that carries control points exactly to their targets: the displacement is an affine map plus a sum of radial
 /// kernels, one at each control point, whose weights annihilate all affine maps.
 ///
@@ -61,3 +63,5 @@ private:
     Matrix<Wide> __controlPoints; // dimension by n
     Matrix<Wide> __weights;       // dimension by n + dimension + 1: kernels, linear part, constant part
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdint>
 
+namespace vorlen {
+
 // The versions for wide vectors are chosen when the program is loaded, which the sanitizers do not survive. The roots
 // become vector instructions because this file is compiled without the error number of the mathematical functions.
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
@@ -122,3 +124,5 @@ void thinPlates(long double* values, int count, long double epsilon) {
 }
 
 } // namespace radialkernels
+
+} // namespace vorlen

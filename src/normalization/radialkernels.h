@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// Kernels between one point and many, the inner loops of the radial basis functions. For double and long double.
 namespace radialkernels {
 
@@ -20,3 +22,5 @@ void thinPlates(double* values, int count, double epsilon);
 void thinPlates(long double* values, int count, long double epsilon);
 
 } // namespace radialkernels
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "shapes/quadmesh.h"
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 namespace {
 
 bool isGrid(double height, double width, double maxVertices) {
@@ -126,3 +128,5 @@ const typename ResamplingSearch<T>::Trial& ResamplingSearch<T>::errorAt(int widt
 template class ResamplingSearch<float>;
 template class ResamplingSearch<double>;
 template class ResamplingSearch<long double>;
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "normalization/vrlfusionsurfacestructure.h"
 #include "shapes/curvestack.h"
 
+namespace vorlen {
+
 /// Finds out how well a grid stands for the instances of a structure, and which grid is good enough.
 ///
 /// The error of a grid is the largest distance, over all instances, of a contour's vertex to its nearest vertex of the
@@ -47,3 +49,5 @@ private:
     std::vector<std::unique_ptr<CurveStack<T>>> __instances;
     std::map<int, Trial> __trials;
 };
+
+} // namespace vorlen

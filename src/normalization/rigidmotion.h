@@ -4,6 +4,8 @@
 #include "numerics/vector.h"
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 /// Arithmetic of rigid motions, with sums in double for float.
 namespace RigidMotion {
 
@@ -43,3 +45,5 @@ inline void follow(SquareMatrix<T>& rotation, Vector<T>& translation, const Squa
 }
 
 } // namespace RigidMotion
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "normalization/rigidmotion.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 template <class T>
 RigidShapeRegistration<T>::~RigidShapeRegistration() = default;
 
@@ -18,3 +20,5 @@ void RigidShapeRegistration<T>::apply(Vector<T>& v) const {
 template class RigidShapeRegistration<float>;
 template class RigidShapeRegistration<double>;
 template class RigidShapeRegistration<long double>;
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "numerics/squarematrix.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Registration by a rotation R and a translation t: v becomes R v + t, in coordinate units.
 ///
 /// Before the first fit the map has no dimension and takes no point. Instantiated for float, double and long double.
@@ -25,3 +27,5 @@ protected:
     SquareMatrix<T> __rotation;
     Vector<T> __translation;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "shapes/shape.h"
 #include "shapes/shapeset.h"
 
+namespace vorlen {
+
 template <class T>
 void ShapeSetGroup<T>::addShapeSet(ShapeSet<T>& set) {
     __sets.push_back(&set);
@@ -44,3 +46,5 @@ ShapeSet<T> ShapeSetGroup<T>::average() const {
 template class ShapeSetGroup<float>;
 template class ShapeSetGroup<double>;
 template class ShapeSetGroup<long double>;
+
+} // namespace vorlen

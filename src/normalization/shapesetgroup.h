@@ -2,6 +2,8 @@
 
 #include <vector>
 
+namespace vorlen {
+
 template <class T>
 class ShapeSet;
 
@@ -33,3 +35,5 @@ public:
 private:
     std::vector<ShapeSet<T>*> __sets;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "shapes/shapearithmetic.h"
 #include "shapes/shapeset.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Sum of the squared differences of n coordinates, in four lanes of their own.
@@ -132,3 +134,5 @@ void ShapeSetGroupRegistration<T>::recordError(const Vector<float>& errors) {
 template class ShapeSetGroupRegistration<float>;
 template class ShapeSetGroupRegistration<double>;
 template class ShapeSetGroupRegistration<long double>;
+
+} // namespace vorlen

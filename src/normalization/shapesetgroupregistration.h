@@ -6,6 +6,8 @@
 #include "numerics/vector.h"
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 template <class T>
 class ShapeSet;
 template <class T>
@@ -57,3 +59,5 @@ protected:
     std::vector<float> __errorSems;
     bool __converged = true;
 };
+
+} // namespace vorlen

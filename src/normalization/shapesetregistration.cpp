@@ -10,6 +10,8 @@
 #include "shapes/shapeset.h"
 #include "shapes/vertexstack.h"
 
+namespace vorlen {
+
 template <class T>
 void ShapeSetRegistration<T>::apply(ShapeSet<T>& moving, const ShapeSet<T>& target) {
     int space = 0;
@@ -61,3 +63,5 @@ void ShapeSetRegistration<T>::apply(ShapeSet<T>& moving, const ShapeSet<T>& targ
 template class ShapeSetRegistration<float>;
 template class ShapeSetRegistration<double>;
 template class ShapeSetRegistration<long double>;
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "numerics/squarematrix.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 template <class T>
 class ShapeSet;
 
@@ -48,3 +50,5 @@ private:
     std::vector<float> __dynamics;
     bool __converged = true;
 };
+
+} // namespace vorlen

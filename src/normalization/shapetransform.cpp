@@ -3,6 +3,8 @@
 #include "shapes/shape.h"
 #include "shapes/shapeset.h"
 
+namespace vorlen {
+
 template <class T>
 ShapeTransform<T>::~ShapeTransform() = default;
 
@@ -57,7 +59,7 @@ void ShapeTransform<T>::__visitShapes(Set& set, Visit visit) {
         if (Shape<T>* shape = set[i]) {
             visit(*shape);
         }
-        notifyProgressed((unsigned int)(i + 1), (unsigned int)n);
+        notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
     }
     notifyFinished("");
 }
@@ -65,3 +67,5 @@ void ShapeTransform<T>::__visitShapes(Set& set, Visit visit) {
 template class ShapeTransform<float>;
 template class ShapeTransform<double>;
 template class ShapeTransform<long double>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "numerics/vector.h"
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 template <class T>
 class Shape;
 template <class T>
@@ -42,3 +44,5 @@ private:
     template <class Set, class Visit>
     void __visitShapes(Set& set, Visit visit);
 };
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "numerics/exception.h"
 #include "shapes/shape.h"
 
+namespace vorlen {
+
 template <class T>
 ShapeWarp<T>::~ShapeWarp() = default;
 
@@ -24,3 +26,5 @@ void ShapeWarp<T>::checkCorrespondence(const Shape<T>& moving, const Shape<T>& t
 template class ShapeWarp<float>;
 template class ShapeWarp<double>;
 template class ShapeWarp<long double>;
+
+} // namespace vorlen

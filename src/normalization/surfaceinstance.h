@@ -6,6 +6,8 @@
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/curvestack.h"
 
+namespace vorlen {
+
 /// The contours of a model in world coordinates, without empty levels; null when the model is made of points or has no
 /// vertices.
 template <class T>
@@ -19,9 +21,11 @@ std::unique_ptr<CurveStack<T>> surfaceInstance(const StackReconstruction<T>& rec
         shape.release(); // the same object
         for (int l = curves->getHeight() - 1; l >= 0; --l) {
             if (curves->level(l).getSize() == 0) {
-                curves->remove((unsigned int)l);
+                curves->remove(static_cast<unsigned int>(l));
             }
         }
     }
     return curves && curves->getHeight() > 0 ? std::move(curves) : nullptr;
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "normalization/shapesetregistration.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 template <class T>
 TargetShapeSetGroupRegistration<T>::~TargetShapeSetGroupRegistration() = default;
 
@@ -23,7 +25,7 @@ void TargetShapeSetGroupRegistration<T>::apply(ShapeSetGroup<T>& group) {
         this->__rotations[i] = registration.getRotationMatrix();
         this->__translations[i] = registration.getTranslationVector();
         this->__converged = this->__converged && registration.isConverged();
-        this->notifyProgressed((unsigned int)(i + 1), (unsigned int)n);
+        this->notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
     }
     this->recordError(this->errorType1(group));
     this->notifyFinished("");
@@ -32,3 +34,5 @@ void TargetShapeSetGroupRegistration<T>::apply(ShapeSetGroup<T>& group) {
 template class TargetShapeSetGroupRegistration<float>;
 template class TargetShapeSetGroupRegistration<double>;
 template class TargetShapeSetGroupRegistration<long double>;
+
+} // namespace vorlen

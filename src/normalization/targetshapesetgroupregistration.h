@@ -2,6 +2,8 @@
 
 #include "normalization/shapesetgroupregistration.h"
 
+namespace vorlen {
+
 /// Group registration of each set on one template set, which may be of the group and then stays where it is.
 ///
 /// The references may be of any shape, as long as those of equal rank have equal sizes. The dynamics have two stages,
@@ -23,3 +25,5 @@ public:
 private:
     const ShapeSet<T>* __target = nullptr;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "shapes/shapeset.h"
 #include "shapes/vertexstack.h"
 
+namespace vorlen {
+
 template <class T>
 void TargetShapeSetGroupWarping<T>::apply(ShapeSetGroup<T>& group, int degree) {
     if (!__target) {
@@ -15,7 +17,7 @@ void TargetShapeSetGroupWarping<T>::apply(ShapeSetGroup<T>& group, int degree) {
     const VertexStack<T> target = __target->referenceShapeSet().asVertexStack();
     const int n = group.getNumShapeSets();
     notifyStarted("");
-    notifyProgressed(1, (unsigned int)(n + 1));
+    notifyProgressed(1, static_cast<unsigned int>(n + 1));
     __evaluations = 0;
     __jacobianErrors = 0;
     for (int i = 0; i < n; ++i) {
@@ -24,9 +26,9 @@ void TargetShapeSetGroupWarping<T>::apply(ShapeSetGroup<T>& group, int degree) {
         warp.setDegree(degree);
         warp.fit(set.referenceShapeSet().asVertexStack(), target);
         warp.apply(set);
-        __evaluations += (unsigned int)(set.numVertices());
+        __evaluations += static_cast<unsigned int>(set.numVertices());
         __jacobianErrors += warp.jacobianErrors(set);
-        notifyProgressed((unsigned int)(i + 2), (unsigned int)(n + 1));
+        notifyProgressed(static_cast<unsigned int>(i + 2), static_cast<unsigned int>(n + 1));
     }
     notifyFinished("");
 }
@@ -34,3 +36,5 @@ void TargetShapeSetGroupWarping<T>::apply(ShapeSetGroup<T>& group, int degree) {
 template class TargetShapeSetGroupWarping<float>;
 template class TargetShapeSetGroupWarping<double>;
 template class TargetShapeSetGroupWarping<long double>;
+
+} // namespace vorlen

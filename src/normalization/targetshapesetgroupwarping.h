@@ -2,6 +2,8 @@
 
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 template <class T>
 class ShapeSet;
 template <class T>
@@ -37,3 +39,5 @@ private:
     unsigned int __evaluations = 0;
     unsigned int __jacobianErrors = 0;
 };
+
+} // namespace vorlen

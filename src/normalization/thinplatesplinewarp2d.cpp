@@ -4,6 +4,8 @@
 
 #include "normalization/radialkernels.h"
 
+namespace vorlen {
+
 template <class T>
 T ThinPlateSplineWarp2D<T>::rbf(const Vector<T>& a, const Vector<T>& b) const {
     const T square = a.sdistance(b);
@@ -20,3 +22,5 @@ void ThinPlateSplineWarp2D<T>::kernelValues(const Points& points, const Wide* v,
 template class ThinPlateSplineWarp2D<float>;
 template class ThinPlateSplineWarp2D<double>;
 template class ThinPlateSplineWarp2D<long double>;
+
+} // namespace vorlen

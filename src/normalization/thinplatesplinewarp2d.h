@@ -2,6 +2,8 @@
 
 #include "normalization/radialbasisfunctionwarp.h"
 
+namespace vorlen {
+
 /// Thin-plate spline of the plane: the warp of least bending energy through the control points. Kernel r^2 ln r^2.
 ///
 /// Points nearer than the root of Vector<T>::epsilon() count as coincident in the kernel, 0.001 for float: coordinates
@@ -20,3 +22,5 @@ protected:
 private:
     T __epsilon = Vector<T>::epsilon();
 };
+
+} // namespace vorlen

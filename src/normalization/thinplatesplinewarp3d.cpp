@@ -2,6 +2,8 @@
 
 #include "normalization/radialkernels.h"
 
+namespace vorlen {
+
 template <class T>
 T ThinPlateSplineWarp3D<T>::rbf(const Vector<T>& a, const Vector<T>& b) const {
     return a.distance(b);
@@ -16,3 +18,5 @@ void ThinPlateSplineWarp3D<T>::kernelValues(const Points& points, const Wide* v,
 template class ThinPlateSplineWarp3D<float>;
 template class ThinPlateSplineWarp3D<double>;
 template class ThinPlateSplineWarp3D<long double>;
+
+} // namespace vorlen

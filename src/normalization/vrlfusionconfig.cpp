@@ -6,6 +6,8 @@
 #include "document/stack.h"
 #include "normalization/surfaceinstance.h"
 
+namespace vorlen {
+
 namespace {
 
 /// The polygon model of this name with items; null when the stack has none.
@@ -73,3 +75,5 @@ VRLFusionConfig<T>::surfaceStructureInstances(const std::vector<const Stack*>& s
 template class VRLFusionConfig<float>;
 template class VRLFusionConfig<double>;
 template class VRLFusionConfig<long double>;
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "normalization/vrlfusionstrategy.h"
 #include "normalization/vrlfusionsurfacestructure.h"
 
+namespace vorlen {
+
 class Stack;
 template <class T>
 class CurveStack;
@@ -44,3 +46,5 @@ private:
     std::vector<VRLFusionSurfaceStructure<T>> __structures;
     VRLFusionStrategy __strategy;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 /// How the sets of a normalization are registered. The number 1 stays free.
 enum VRLFusionRegistrationAlgorithm { GlobalRegistration = 0, TemplateRegistration = 2 };
 
@@ -44,3 +46,5 @@ private:
     VRLFusionWarpingModel __warpingModel = PolynomialWarping;
     unsigned int __polynomialDegree = 2;
 };
+
+} // namespace vorlen

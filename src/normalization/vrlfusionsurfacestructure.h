@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 /// A closed structure that all stacks of a normalization share, and the grid on which its surface is resampled.
 template <class T>
 class VRLFusionSurfaceStructure {
@@ -33,3 +35,5 @@ private:
     int __resamplingWidth = -1;
     T __resamplingError = -1;
 };
+
+} // namespace vorlen

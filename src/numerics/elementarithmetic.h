@@ -4,6 +4,8 @@
 #include <cmath>
 #include <type_traits>
 
+namespace vorlen {
+
 /// What the operations of Vector do with single elements, with runs of them, and with types of any width.
 namespace elements {
 
@@ -127,3 +129,5 @@ T accumulate(int n, Term term) {
 }
 
 } // namespace elements
+
+} // namespace vorlen

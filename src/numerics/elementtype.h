@@ -5,6 +5,8 @@
 #include <string>
 #include <type_traits>
 
+namespace vorlen {
+
 /// Name of an element type of the numeric containers, as it stands in error messages.
 template <class T>
 constexpr const char* elementTypeName() {
@@ -41,3 +43,5 @@ template <class T>
     what.append(name).append("'");
     throw TypeError(signature, what);
 }
+
+} // namespace vorlen

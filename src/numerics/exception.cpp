@@ -2,6 +2,8 @@
 
 #include <ostream>
 
+namespace vorlen {
+
 Exception::Exception() : __what("Undocumented error") {
 }
 
@@ -150,3 +152,5 @@ ColormapError::ColormapError() {
 
 ColormapError::ColormapError(const std::string& where, const std::string& what) : Exception(where, what) {
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <iosfwd>
 #include <string>
 
+namespace vorlen {
+
 /// Root of the failures of the numeric, image and shape layers.
 ///
 /// Thrown by value. Carries the signature of the operation that failed (where), a sentence for the reader (what) and
@@ -139,3 +141,5 @@ public:
     ColormapError();
     ColormapError(const std::string& where, const std::string& what);
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "numerics/elementarithmetic.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// The bins of Vector<T>::histogram().
 namespace elements {
 
@@ -130,3 +132,5 @@ private:
 };
 
 } // namespace elements
+
+} // namespace vorlen

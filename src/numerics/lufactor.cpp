@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+namespace vorlen {
+
 namespace {
 
 // Columns decomposed at a time: a block of rows this wide stays in the second cache.
@@ -130,3 +132,5 @@ template RowBlock<double> invert(RowBlock<double>&, const Vector<int>&, Vector<i
 template RowBlock<long double> invert(RowBlock<long double>&, const Vector<int>&, Vector<int>&);
 
 } // namespace lufactor
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "numerics/rowblock.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Blocked LU decomposition and inversion, the inner work of SquareMatrix<T>. For float, double and long double.
 namespace lufactor {
 
@@ -18,3 +20,5 @@ template <class T>
 RowBlock<T> invert(RowBlock<T>& lu, const Vector<int>& index, Vector<int>& order);
 
 } // namespace lufactor
+
+} // namespace vorlen

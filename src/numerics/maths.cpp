@@ -5,6 +5,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 // log(n!) for n from 0 on. The gamma function stands in where the sum would grow long.
@@ -167,3 +169,5 @@ template double rotationAngle<double>(const Matrix<double>&);
 template long double rotationAngle<long double>(const Matrix<long double>&);
 
 } // namespace Maths
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "numerics/matrix.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Small functions that the numeric, image and shape layers share. Rotation angles are in radians.
 /// Compiled, where a type is shown as T, for float, double and long double.
 namespace Maths {
@@ -68,3 +70,5 @@ Matrix<T> zRotationMatrix3D(T angle);
 void decomposeRotationMatrix3D(const Matrix<float>& matrix, float& x, float& y, float& z);
 
 } // namespace Maths
+
+} // namespace vorlen

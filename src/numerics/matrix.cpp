@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+namespace vorlen {
+
 namespace {
 
 // A row and its key, ordered by the key; keys that are not numbers come last.
@@ -881,3 +883,5 @@ template Matrix<int> Matrix<long double>::toType<int>() const;
 template Matrix<float> Matrix<long double>::toType<float>() const;
 template Matrix<double> Matrix<long double>::toType<double>() const;
 template Matrix<long double> Matrix<long double>::toType<long double>() const;
+
+} // namespace vorlen

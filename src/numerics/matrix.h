@@ -6,6 +6,8 @@
 #include <ostream>
 #include <string>
 
+namespace vorlen {
+
 template <class T>
 class SquareMatrix;
 
@@ -201,3 +203,5 @@ private:
     int __columns = 0;
     std::unique_ptr<Vector<T>[]> __data;
 };
+
+} // namespace vorlen

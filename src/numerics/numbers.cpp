@@ -2,6 +2,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class V>
@@ -98,3 +100,5 @@ template class Numbers<unsigned int>;
 template class Numbers<float>;
 template class Numbers<double>;
 template class Numbers<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <optional>
 
+namespace vorlen {
+
 /// Record of the summary statistics of a sample, each of which may be missing.
 ///
 /// A getter of a value that was never set throws UsageError ("This value is not set."); has...() tells beforehand.
@@ -45,3 +47,5 @@ private:
     std::optional<T> __mean;
     std::optional<T> __stddev;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "numerics/numericio.h"
 
+namespace vorlen {
+
 int NumericIO::__width = 7;
 int NumericIO::__precision = 2;
 float NumericIO::__epsilon = 0;
@@ -36,3 +38,5 @@ bool NumericIO::getIOTranspose() {
 void NumericIO::setIOTranspose(bool transpose) {
     __transpose = transpose;
 }
+
+} // namespace vorlen

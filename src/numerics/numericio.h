@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// Process-wide settings of every print() of vectors and matrices. Not guarded against use from several threads.
 class NumericIO {
 public:
@@ -22,3 +24,5 @@ private:
     static float __epsilon;
     static bool __transpose;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "numerics/exception.h"
 #include "numerics/matrix.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr long long maxNodes = 1LL << 27;
@@ -398,3 +400,5 @@ void Polynomial<T>::approximate(const std::vector<Vector<T>>& points, const Vect
 template class Polynomial<float>;
 template class Polynomial<double>;
 template class Polynomial<long double>;
+
+} // namespace vorlen

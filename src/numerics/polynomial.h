@@ -6,6 +6,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Polynomial in several variables, of bounded total degree, with least-squares fitting.
 ///
 /// Coefficients are ordered by the exponents of their monomials, the first variable's descending, then the second's,
@@ -96,3 +98,5 @@ private:
     std::vector<std::vector<int>> __exponents;  // of each node, at each level
     std::vector<std::vector<int>> __firstChild; // of each node at each level, and one more that ends the last run
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// Four values a + b i + c j + d k. Nothing is normalised.
 template <class T>
 struct Quaternion {
@@ -8,3 +10,5 @@ struct Quaternion {
     T c = T(0);
     T d = T(0);
 };
+
+} // namespace vorlen

@@ -1,3 +1,7 @@
 #include "numerics/randomengine.h"
 
+namespace vorlen {
+
 RandomEngine::~RandomEngine() = default;
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// Source of uniform random numbers, exchangeable in a RandomGenerator.
 class RandomEngine {
 public:
@@ -11,3 +13,5 @@ public:
     /// Number from 0 to 1, up to the rounding of the scale.
     virtual double uniformLF() = 0;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "numerics/exception.h"
 #include "numerics/recommendedrandomengine.h"
 
+namespace vorlen {
+
 RandomGenerator::RandomGenerator() : __engine(std::make_unique<RecommendedRandomEngine>()) {
     init(-1);
 }
@@ -96,3 +98,5 @@ int RandomGenerator::draw(const Vector<unsigned int>& weights) {
         remaining -= weights[i++];
     return i;
 }
+
+} // namespace vorlen

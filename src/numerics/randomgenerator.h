@@ -5,6 +5,8 @@
 #include "numerics/randomengine.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Random numbers of several distributions, drawn from one engine; a RecommendedRandomEngine at first, started from the
 /// current time.
 ///
@@ -47,3 +49,5 @@ private:
     double __pending = 0;
     std::unique_ptr<RandomEngine> __engine;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <ctime>
 
+namespace vorlen {
+
 RecommendedRandomEngine::RecommendedRandomEngine() {
     init(-1);
 }
@@ -41,3 +43,5 @@ std::uint64_t RecommendedRandomEngine::uniformLL() {
     x ^= x << 4;
     return (x + __v) ^ __w;
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "numerics/randomengine.h"
 
+namespace vorlen {
+
 /// Combined generator of 64-bit words with a period of about 3e57: a linear congruence, two xor-shifts and a multiply
 /// with carry. Press, Teukolsky, Vetterling and Flannery, Numerical Recipes, 3rd edition, section 7.1.
 class RecommendedRandomEngine : public RandomEngine {
@@ -23,3 +25,5 @@ private:
     std::uint64_t __v = 0;
     std::uint64_t __w = 0;
 };
+
+} // namespace vorlen

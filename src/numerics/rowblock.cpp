@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace vorlen {
+
 template <class T>
 RowBlock<T>::RowBlock(int rows, int columns) : __columns(columns), __rows(std::size_t(rows)) {
     const std::size_t strips = (std::size_t(columns) * sizeof(T) + stripBytes - 1) / stripBytes;
@@ -18,3 +20,5 @@ RowBlock<T>::RowBlock(int rows, int columns) : __columns(columns), __rows(std::s
 template class RowBlock<float>;
 template class RowBlock<double>;
 template class RowBlock<long double>;
+
+} // namespace vorlen

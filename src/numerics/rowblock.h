@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+namespace vorlen {
+
 /// Working storage of the dense linear algebra: rows in one aligned block, reached by a pointer each, so that two rows
 /// are exchanged by exchanging their pointers.
 ///
@@ -39,3 +41,5 @@ private:
     std::unique_ptr<T[], Release> __data;
     std::vector<T*> __rows;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+namespace vorlen {
+
 // The versions for wide vectors are chosen when the program is loaded, which the sanitizers do not survive.
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
 #define VORLEN_WIDE __attribute__((target_clones("arch=x86-64-v3", "default")))
@@ -419,3 +421,5 @@ void subtractProduct(long double* const* c, int cOffset, long double* const* a, 
 }
 
 } // namespace rowkernels
+
+} // namespace vorlen

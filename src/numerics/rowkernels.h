@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// Inner loops of the dense linear algebra on rows of a RowBlock, compiled for the plain processor and for wide
 /// vector instructions side by side. Available for float, double and long double. Rows must not overlap.
 namespace rowkernels {
@@ -66,3 +68,5 @@ void subtractProduct(long double* const* c, int cOffset, long double* const* a, 
                      int bOffset, int numRows, int depth, int n, long double* packed);
 
 } // namespace rowkernels
+
+} // namespace vorlen

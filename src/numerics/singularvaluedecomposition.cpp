@@ -8,6 +8,8 @@
 #include <limits>
 #include <vector>
 
+namespace vorlen {
+
 namespace {
 
 const char* const svdSignature = "Vector<T> Matrix<T>::svd(...) const";
@@ -275,3 +277,5 @@ void SingularValueDecomposition<T>::__iterate(Vector<T>& e) {
 template class SingularValueDecomposition<float>;
 template class SingularValueDecomposition<double>;
 template class SingularValueDecomposition<long double>;
+
+} // namespace vorlen

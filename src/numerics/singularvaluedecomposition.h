@@ -3,6 +3,8 @@
 #include "numerics/matrix.h"
 #include "numerics/rowblock.h"
 
+namespace vorlen {
+
 /// Singular value decomposition of an n by p matrix, n at least p: left() times the matrix times the transpose of
 /// rightTransposed() is diagonal with the values() on its diagonal.
 ///
@@ -37,3 +39,5 @@ private:
     RowBlock<T> __left;
     RowBlock<T> __right;
 };
+
+} // namespace vorlen

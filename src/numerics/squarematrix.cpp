@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+namespace vorlen {
+
 namespace {
 
 // 20 times the machine epsilon of single precision.
@@ -600,3 +602,5 @@ template class SquareMatrix<unsigned int>;
 template class SquareMatrix<float>;
 template class SquareMatrix<double>;
 template class SquareMatrix<long double>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "numerics/matrix.h"
 #include "numerics/quaternion.h"
 
+namespace vorlen {
+
 /// Square matrix: diagonals, symmetry, LU decomposition, inverse, tridiagonal systems and symmetric eigenproblems.
 ///
 /// Available for the element types of Matrix<T>. The decompositions and solvers serve float, double and long double;
@@ -108,3 +110,5 @@ public:
     /// With g = a(i, j) and h = a(k, l): a(i, j) = g - s (h + g tau), a(k, l) = h + s (g - h tau).
     void jacobiRotate(int i, int j, int k, int l, T s, T tau);
 };
+
+} // namespace vorlen

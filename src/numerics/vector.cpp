@@ -15,6 +15,8 @@
 #include "numerics/numbers.h"
 #include "numerics/numericio.h"
 
+namespace vorlen {
+
 class Model;
 template <class T>
 class Vertices;
@@ -885,3 +887,5 @@ template Vector<int> Vector<long double>::toType<int>() const;
 template Vector<float> Vector<long double>::toType<float>() const;
 template Vector<double> Vector<long double>::toType<double>() const;
 template Vector<long double> Vector<long double>::toType<long double>() const;
+
+} // namespace vorlen

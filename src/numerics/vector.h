@@ -6,6 +6,8 @@
 #include <string>
 #include <type_traits>
 
+namespace vorlen {
+
 template <class T>
 class Matrix;
 template <class T>
@@ -293,3 +295,5 @@ private:
 
 using Vectorui = Vector<unsigned int>;
 using Vectori = Vector<int>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <memory>
 #include <ostream>
 
+namespace vorlen {
+
 template <class T>
 VertexClient<T>::VertexClient() = default;
 
@@ -72,3 +74,5 @@ template class VertexClient<int>;
 template class VertexClient<float>;
 template class VertexClient<double>;
 template class VertexClient<long double>;
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "numerics/vertexserver.h"
 
+namespace vorlen {
+
 /// Holder of a counted reference to a VertexServer, or of none.
 ///
 /// Copies share the coordinates: a vertex moved through one is seen by the other, until detach() gives this client a
@@ -40,3 +42,5 @@ private:
 
     VertexServer<T>* __server = nullptr; // counted by ref() and deref()
 };
+
+} // namespace vorlen

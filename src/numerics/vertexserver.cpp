@@ -6,6 +6,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 template <class T>
 VertexServer<T>::VertexServer(int space, int size, int capacity, int growth)
     : __space(std::max(space, 0)), __size(std::max(size, 0)), __growth(growth < 1 ? std::max(size, 0) : growth) {
@@ -128,3 +130,5 @@ template class VertexServer<int>;
 template class VertexServer<float>;
 template class VertexServer<double>;
 template class VertexServer<long double>;
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Store of vertices of one dimension, shared by reference count between the shapes that point into it.
 ///
 /// A vertex's Vector<T> never moves while it is within the capacity, so references to vertices survive growth. The
@@ -76,3 +78,5 @@ private:
     std::vector<Vector<T>*> __vertices;
     std::vector<Block> __blocks; // by increasing first slot
 };
+
+} // namespace vorlen

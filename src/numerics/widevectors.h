@@ -4,6 +4,8 @@
 #include <type_traits>
 #include <utility>
 
+namespace vorlen {
+
 /// A function that must become part of its caller, so that it is compiled for the caller's instructions.
 #define VORLEN_INLINED inline __attribute__((always_inline))
 /// The same for a lambda; stands between its parameters and its body.
@@ -79,3 +81,5 @@ void run(const Body& body) {
 }
 
 } // namespace widevectors
+
+} // namespace vorlen

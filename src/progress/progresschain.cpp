@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
+namespace vorlen {
+
 void ProgressChain::addSubject(ProgressSubject& subject) {
     __subjects.push_back(&subject);
     subject.addMonitor(*this);
@@ -53,10 +55,12 @@ void ProgressChain::subjectProgressed(unsigned int current, unsigned int total) 
     // 64 bits: a count of bytes or voxels times 100 leaves 32 bits soon.
     const std::uint64_t n = __subjects.size();
     const std::uint64_t own = total == 0 ? 0 : std::uint64_t(current) * 100 / (n * total);
-    notifyProgressed((unsigned int)(own + std::uint64_t(place) * 100 / n), 100);
+    notifyProgressed(static_cast<unsigned int>(own + std::uint64_t(place) * 100 / n), 100);
 }
 
 void ProgressChain::cancel() {
     if (hasSubject())
         currentSubject()->cancel();
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "progress/progressmonitor.h"
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 /// Makes one task out of several subjects that run one after the other: started when the first starts, finished when
 /// the last finishes, each taking an equal share of 100.
 ///
@@ -43,3 +45,5 @@ private:
 
     std::vector<ProgressSubject*> __subjects;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "progress/progressmonitor.h"
 
+namespace vorlen {
+
 /// Keeps the current subject for the length of a callback. A callback may lead to another notification of the same
 /// monitor (it may process pending events, say), hence the subject before is restored, not null.
 class ProgressMonitor::Speaking {
@@ -62,3 +64,5 @@ bool ProgressMonitor::hasSubject() const {
 ProgressSubject* ProgressMonitor::currentSubject() const {
     return __currentSubject;
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 class ProgressSubject;
 
 /// Observer of long computations: told when a subject starts, progresses, finishes or is cancelled.
@@ -38,3 +40,5 @@ private:
 
     ProgressSubject* __currentSubject = nullptr;
 };
+
+} // namespace vorlen

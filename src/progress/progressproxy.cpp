@@ -1,5 +1,7 @@
 #include "progress/progressproxy.h"
 
+namespace vorlen {
+
 void ProgressProxy::subjectStarted(const std::string& text) {
     notifyStarted(text);
 }
@@ -26,3 +28,5 @@ void ProgressProxy::cancel() {
         currentSubject()->cancel();
     ProgressSubject::cancel();
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "progress/progressmonitor.h"
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 /// Relays the subjects it monitors to its own monitors. Base of what wraps long work: the work's subjects report to
 /// it, and it reports on.
 ///
@@ -23,3 +25,5 @@ public:
     /// Cancels the subject that speaks, if any, and itself.
     void cancel() override;
 };
+
+} // namespace vorlen

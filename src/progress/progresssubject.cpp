@@ -5,6 +5,8 @@
 
 #include "progress/progressmonitor.h"
 
+namespace vorlen {
+
 ProgressSubject::ProgressSubject(const ProgressSubject&) {
 }
 
@@ -65,3 +67,5 @@ void ProgressSubject::reset() {
 void ProgressSubject::print(std::ostream& stream, const std::string& text) const {
     stream << text << '\n' << "Monitors: " << __monitors.size() << '\n';
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace vorlen {
+
 class ProgressMonitor;
 
 /// A computation that reports to monitors and can be cancelled. The flag is read by the computation at its own pace.
@@ -48,3 +50,5 @@ private:
     std::vector<ProgressMonitor*> __monitors;
     std::atomic<bool> __canceled = false; // set on one thread, looked at on another
 };
+
+} // namespace vorlen

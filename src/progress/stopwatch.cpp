@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+namespace vorlen {
+
 Stopwatch stopwatch;
 
 Stopwatch::~Stopwatch() {
@@ -35,3 +37,5 @@ void Stopwatch::print(std::ostream& stream) const {
         stream << "Total: " << total / 1e6 << '\n';
     stream.flush();
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include <map>
 #include <string>
 
+namespace vorlen {
+
 /// Named timers over the processor time of the process, for looking at where the time goes.
 class Stopwatch {
 public:
@@ -32,3 +34,5 @@ private:
 
 /// The stopwatch of the process, made before main() starts.
 extern Stopwatch stopwatch;
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "numerics/exception.h"
 #include "progress/stopwatch.h"
 
+namespace vorlen {
+
 namespace {
 
 Stopwatch& tilingStopwatch() {
@@ -337,3 +339,5 @@ void CurveStackTriangulation<T>::print(const std::string& title, std::ostream& s
 template class CurveStackTriangulation<float>;
 template class CurveStackTriangulation<double>;
 template class CurveStackTriangulation<long double>;
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "shapes/curvestack.h"
 #include "shapes/trimesh.h"
 
+namespace vorlen {
+
 /// Tiles a stack of contours: a band of triangles between each two successive levels, through every contour vertex.
 ///
 /// No vertex is moved, added or dropped. The mesh has a vertex store of its own; the vertex at position k of level l
@@ -74,3 +76,5 @@ private:
     int __space = 0;
     std::vector<Contour> __contours;
 };
+
+} // namespace vorlen

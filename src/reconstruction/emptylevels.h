@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// Removes the levels without vertices: they have no height and would break a surface in two. An item that is read from
 /// a file may be one.
 template <class LevelStack>
@@ -8,3 +10,5 @@ void removeEmptyLevels(LevelStack& stack) {
         if (stack[k].getNumVertices() == 0)
             stack.remove(static_cast<unsigned int>(k));
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <iostream>
 
+namespace vorlen {
+
 template <class Real>
 int MarchingCube<Real>::code() const {
     int code = 0;
@@ -67,3 +69,5 @@ CubeTiling<const MarchingCubesTables::Code> MarchingCube<Real>::tiling(const Mar
 
 template struct MarchingCube<double>;
 template struct MarchingCube<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "reconstruction/marchingcubestables.h"
 
+namespace vorlen {
+
 /// One cube of the grid with the field values at its corners (the voxels minus the level), and the tests that settle
 /// what its corners leave open.
 ///
@@ -44,3 +46,5 @@ struct MarchingCube {
     /// The tiling of the cube, whose code is neither 0 nor 255.
     CubeTiling<const MarchingCubesTables::Code> tiling(const MarchingCubesTables& tables) const;
 };
+
+} // namespace vorlen

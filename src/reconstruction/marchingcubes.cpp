@@ -14,6 +14,8 @@
 #include "numerics/exception.h"
 #include "reconstruction/marchingcube.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr char buildPlace[] = "TriMesh<float> MarchingCubes<T>::buildMesh(const VoxelMatrix<T>&, T, bool)";
@@ -421,14 +423,14 @@ TriMesh<float> SurfaceBuilder<T>::mesh() const {
         throw SizeError(buildPlace, "The surface has too many vertices");
 
     TriMesh<float> mesh(3, int(total), int(total), int(total));
-    mesh.reserveTriangles((unsigned int)__triangles.size());
+    mesh.reserveTriangles(static_cast<unsigned int>(__triangles.size()));
     int number = 0;
     for (const GrowingList<Point>& list : __vertices)
         list.forEach([&](const Point& vertex) { std::copy_n(vertex.data(), 3, mesh[number++].data()); });
     __triangles.forEach([&](const std::array<VertexCode, 3>& triangle) {
         unsigned int numbers[3];
         for (int n = 0; n < 3; ++n)
-            numbers[n] = (unsigned int)(firsts[triangle[n] >> placeBits] + (triangle[n] & placeMask));
+            numbers[n] = static_cast<unsigned int>(firsts[triangle[n] >> placeBits] + (triangle[n] & placeMask));
         mesh.addTriangle(numbers[0], numbers[1], numbers[2]);
     });
     mesh.computeNormals();
@@ -446,7 +448,7 @@ TriMesh<float> MarchingCubes<T>::buildMesh(const VoxelMatrix<T>& matrix, T level
         builder.start();
     for (int i = 0; i < layers && !isCanceled(); ++i) {
         builder.addCubes(i);
-        notifyProgressed((unsigned int)(i + 1), (unsigned int)layers);
+        notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(layers));
     }
     const bool canceled = isCanceled();
     if (canceled)
@@ -463,3 +465,5 @@ template class MarchingCubes<int>;
 template class MarchingCubes<float>;
 template class MarchingCubes<double>;
 template class MarchingCubes<long double>;
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "progress/progresssubject.h"
 #include "shapes/trimesh.h"
 
+namespace vorlen {
+
 /// Surface on which the voxels of a volume change from below a level to at or above it, by Marching Cubes 33.
 ///
 /// Between eight neighbouring voxels the field is taken as trilinear. Which corners of a cube's faces hang together is
@@ -40,3 +42,5 @@ public:
     /// vertices than an int can number.
     TriMesh<float> buildMesh(const VoxelMatrix<T>& matrix, T level, bool closedSurface);
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include <initializer_list>
 #include <utility>
 
+namespace vorlen {
+
 using Code = MarchingCubesTables::Code;
 
 namespace {
@@ -316,3 +318,5 @@ void MarchingCubesTables::fill(bool exchanged) {
         }
     }
 }
+
+} // namespace vorlen

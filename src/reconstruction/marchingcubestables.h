@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <iterator>
 
+namespace vorlen {
+
 /// The tilings of a cube in the order of the tables below; Tiling13_x are those for the face answers that no trilinear
 /// field gives.
 enum class TilingTable {
@@ -295,3 +297,5 @@ CubeTiling<Result> MarchingCubesTables::choose(Tables& t, int code, FaceTest tes
         return tiling(Tiling14, t.tiling14[config]);
     }
 }
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "reconstruction/modelitemanalysis.h"
 
+namespace vorlen {
+
 ModelItemAnalysis::~ModelItemAnalysis() = default;
 
 void ModelItemAnalysis::setModelItem(const ModelItem& item) {
@@ -12,3 +14,5 @@ void ModelItemAnalysis::setModelItem(const ModelItem& item) {
 const ModelItem* ModelItemAnalysis::getModelItem() const {
     return __item;
 }
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 class ModelItem;
 
 /// Base of the analyses of one item. The item is seen, not owned.
@@ -22,3 +24,5 @@ public:
 private:
     const ModelItem* __item = nullptr;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "numerics/exception.h"
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 ModelItemGeometry::ModelItemGeometry() {
     clear();
 }
@@ -58,3 +60,5 @@ const Vertices<double>& ModelItemGeometry::getVertices() const {
         throw UsageError("const Vertices<double>& ModelItemGeometry::getVertices() const", "The item is not analysed");
     return *__vertices;
 }
+
+} // namespace vorlen

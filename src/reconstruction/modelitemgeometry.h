@@ -6,6 +6,8 @@
 #include "reconstruction/modelitemanalysis.h"
 #include "shapes/vertices.h"
 
+namespace vorlen {
+
 /// Measures one item in its own slice, in the slice's calibrated coordinates; the registration does not enter.
 class ModelItemGeometry : public ModelItemAnalysis {
 public:
@@ -38,3 +40,5 @@ private:
     double __length = 0;
     double __area = 0;
 };
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "reconstruction/emptylevels.h"
 #include "reconstruction/stackreconstruction.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr double notAvailable = -1;
@@ -140,3 +142,5 @@ bool ModelMorphometry::simpleCurveStack(const CurveStack<double>& stack) const {
     }
     return true;
 }
+
+} // namespace vorlen

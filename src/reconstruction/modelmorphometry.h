@@ -4,6 +4,8 @@
 #include "numerics/vector.h"
 #include "shapes/curvestack.h"
 
+namespace vorlen {
+
 class Model;
 
 /// Measures a whole model in world coordinates, in double precision, from the document as it stands at run().
@@ -59,3 +61,5 @@ private:
     SquareMatrix<double> __mainAxes;
     Vector<int> __matchingCoordinateAxes;
 };
+
+} // namespace vorlen

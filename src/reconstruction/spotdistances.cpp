@@ -7,6 +7,8 @@
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/quadmesh.h"
 
+namespace vorlen {
+
 namespace {
 
 const char* const where = "std::vector<double> spotDistances(...)";
@@ -46,3 +48,5 @@ std::vector<double> spotDistances(const Stack& stack, const std::string& surface
         throw UsageError(where, "Its model \"" + spots + "\" has no points");
     return distances;
 }
+
+} // namespace vorlen

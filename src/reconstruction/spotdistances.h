@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace vorlen {
+
 class Stack;
 
 /// Distance of each vertex of one model of the stack, slice by slice, to the surface of another, in the stack's length
@@ -11,3 +13,5 @@ class Stack;
 /// Throws UsageError, with a sentence for the user, when a model is not there, when the surface's model is one of
 /// points, when it has no outlines, or when there are no spots.
 std::vector<double> spotDistances(const Stack& stack, const std::string& surface, const std::string& spots);
+
+} // namespace vorlen

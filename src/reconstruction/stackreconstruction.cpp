@@ -10,6 +10,8 @@
 #include "numerics/exception.h"
 #include "shapes/curvestack.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -154,3 +156,5 @@ std::unique_ptr<Shape<T>> StackReconstruction<T>::apply(const Model& model) cons
 template class StackReconstruction<float>;
 template class StackReconstruction<double>;
 template class StackReconstruction<long double>;
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "shapes/shape.h"
 #include "shapes/vertices.h"
 
+namespace vorlen {
+
 class Model;
 class ModelItem;
 class Stack;
@@ -53,3 +55,5 @@ private:
     Matrix<T> __maps;
     Vector<T> __zMap;
 };
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 template <class T>
 ImageRegistration<T>::~ImageRegistration() = default;
 
@@ -25,3 +27,5 @@ const PixelMatrix<T>& ImageRegistration<T>::target(const char* where) const {
 template class ImageRegistration<float>;
 template class ImageRegistration<double>;
 template class ImageRegistration<long double>;
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 template <class T>
 class PixelMatrix;
 
@@ -27,3 +29,5 @@ private:
     const PixelMatrix<T>* __source = nullptr;
     const PixelMatrix<T>* __target = nullptr;
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Type of the sums.
@@ -149,3 +151,5 @@ bool MatrixPrincipalAxesAnalysis<T>::hasMass() const {
 template class MatrixPrincipalAxesAnalysis<float>;
 template class MatrixPrincipalAxesAnalysis<double>;
 template class MatrixPrincipalAxesAnalysis<long double>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "numerics/squarematrix.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 template <class T>
 class PixelMatrix;
 
@@ -48,3 +50,5 @@ private:
     T __angle = 0;
     bool __hasMass = false;
 };
+
+} // namespace vorlen

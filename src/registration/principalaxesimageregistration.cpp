@@ -4,6 +4,8 @@
 #include "numerics/maths.h"
 #include "registration/matrixprincipalaxesanalysis.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
@@ -53,3 +55,5 @@ void PrincipalAxesImageRegistration<T>::run() {
 template class PrincipalAxesImageRegistration<float>;
 template class PrincipalAxesImageRegistration<double>;
 template class PrincipalAxesImageRegistration<long double>;
+
+} // namespace vorlen

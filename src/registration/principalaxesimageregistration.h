@@ -2,6 +2,8 @@
 
 #include "registration/rigidregistration.h"
 
+namespace vorlen {
+
 /// Rigid registration that carries the source's centre of mass and principal axis onto those of the target, by
 /// MatrixPrincipalAxesAnalysis. Closed form: no search and no measure of similarity.
 ///
@@ -28,3 +30,5 @@ private:
     bool __imageCenteredRotation = true;
     bool __reliable = false;
 };
+
+} // namespace vorlen

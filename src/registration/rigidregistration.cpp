@@ -5,6 +5,8 @@
 #include "numerics/exception.h"
 #include "values/registration.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
@@ -36,3 +38,5 @@ Registration RigidRegistration<T>::sliceRegistration() const {
 template class RigidRegistration<float>;
 template class RigidRegistration<double>;
 template class RigidRegistration<long double>;
+
+} // namespace vorlen

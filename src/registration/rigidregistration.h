@@ -4,6 +4,8 @@
 #include "numerics/vector.h"
 #include "registration/imageregistration.h"
 
+namespace vorlen {
+
 class Registration;
 
 /// Image registration by a rotation and a translation. Positions are (row, column).
@@ -28,3 +30,5 @@ protected:
     /// Where the rotated centre of the source image lies, seen from the centre of the target image.
     Vector<double> __centerShift;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <vector>
 
+namespace vorlen {
+
 /// Even spacing along a chain of points, on plain arrays: n points of space numbers each.
 ///
 /// Positions that rounding pushes past the end stay at the end; a chain of length 0 gives its first point. One root for
@@ -83,3 +85,5 @@ void resampleClosed(const W* points, int n, int space, W* out, int m, std::vecto
 }
 
 } // namespace ArcLength
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "shapes/shapearithmetic.h"
 #include "shapes/vertices.h"
 
+namespace vorlen {
+
 template <class T>
 BoundingBox<T>::BoundingBox(const Vector<T>& first, const Vector<T>& second) : __vertex1(first), __vertex2(second) {
 }
@@ -164,3 +166,5 @@ template class BoundingBox<int>;
 template class BoundingBox<float>;
 template class BoundingBox<double>;
 template class BoundingBox<long double>;
+
+} // namespace vorlen

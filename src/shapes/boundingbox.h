@@ -2,6 +2,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 template <class T>
 class Shape;
 template <class T>
@@ -63,3 +65,5 @@ private:
     Vector<T> __vertex1;
     Vector<T> __vertex2;
 };
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "shapes/runboxes.h"
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 namespace {
 
 // The edges of a curve in the plane of two axes, as flat arrays: edge k runs from point k to point k + 1.
@@ -605,3 +607,5 @@ template class Curve<int>;
 template class Curve<float>;
 template class Curve<double>;
 template class Curve<long double>;
+
+} // namespace vorlen

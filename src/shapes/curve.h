@@ -4,6 +4,8 @@
 
 #include "shapes/vertices.h"
 
+namespace vorlen {
+
 /// Contour: an ordered list of vertices, open (polyline) or closed (polygon; the last vertex joins the first).
 ///
 /// Its edges are (0, 1), (1, 2), ... and for a closed curve (n - 1, 0), ranked in this order; a curve of fewer than two
@@ -133,3 +135,5 @@ public:
 private:
     bool __open = false;
 };
+
+} // namespace vorlen

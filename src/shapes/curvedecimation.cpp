@@ -5,6 +5,8 @@
 
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 namespace {
 
 // Long double holds the products of all differences of int coordinates exactly.
@@ -81,3 +83,5 @@ void CurveDecimation<T>::apply(Curve<T>& curve) const {
 }
 
 template class CurveDecimation<int>;
+
+} // namespace vorlen

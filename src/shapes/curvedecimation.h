@@ -2,6 +2,8 @@
 
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 /// Removes the vertices that lie exactly in line with their two neighbours, in the plane of axes 0 and 1.
 ///
 /// A pass walks backwards, from the last vertex of a closed curve or the last but one of an open one to vertex 1, and
@@ -24,3 +26,5 @@ public:
 private:
     bool __recursive = false;
 };
+
+} // namespace vorlen

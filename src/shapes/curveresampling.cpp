@@ -6,6 +6,8 @@
 #include "shapes/arclength.h"
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 template <class T>
 void CurveResampling<T>::resample(const Curve<T>& in, Curve<T>& out, int numVertices, bool closed) const {
     using Wide = WideCoordinate<T>;
@@ -57,3 +59,5 @@ void CurveResampling<T>::resamplePolyline(const Curve<T>& in, Curve<T>& out, int
 template class CurveResampling<float>;
 template class CurveResampling<double>;
 template class CurveResampling<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 /// Redistributes a given number of vertices at even distances along a curve. Both kinds keep the first vertex; an open
 /// curve keeps its last one too.
 ///
@@ -25,3 +27,5 @@ public:
 private:
     void resample(const Curve<T>& in, Curve<T>& out, int numVertices, bool closed) const;
 };
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "shapes/quadmesh.h"
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 namespace {
 
 // Largest grid that the search for a resampling tries, in vertices.
@@ -264,7 +266,7 @@ T CurveStack<T>::optimalResampling(T maxError, unsigned int& height, unsigned in
     int reference = 0;
     for (int l = 0; l < this->getHeight(); ++l) {
         if (level(l).getSize() > int(w)) {
-            w = (unsigned int)(level(l).getSize());
+            w = static_cast<unsigned int>(level(l).getSize());
             reference = l;
         }
     }
@@ -277,7 +279,7 @@ T CurveStack<T>::optimalResampling(T maxError, unsigned int& height, unsigned in
         if (!(rows * columns <= largestGrid)) {
             throw MathError(where, "No grid of reasonable size comes within the error");
         }
-        return std::max(2u, (unsigned int)(rows));
+        return std::max(2u, static_cast<unsigned int>(rows));
     };
     const auto errorOf = [&](unsigned int rows, unsigned int columns) {
         if (double(rows) * columns > largestGrid) {
@@ -343,3 +345,5 @@ template class CurveStack<int>;
 template class CurveStack<float>;
 template class CurveStack<double>;
 template class CurveStack<long double>;
+
+} // namespace vorlen

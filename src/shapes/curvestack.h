@@ -3,6 +3,8 @@
 #include "shapes/curve.h"
 #include "shapes/vertexstack.h"
 
+namespace vorlen {
+
 template <class T>
 class QuadMesh;
 
@@ -95,3 +97,5 @@ public:
 private:
     bool __open = false;
 };
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 
 #include "shapes/runboxes.h"
 
+namespace vorlen {
+
 namespace {
 
 // Runs up to this length are walked over in any case.
@@ -382,3 +384,5 @@ template class DouglasPeuckerCurveDecimation<int>;
 template class DouglasPeuckerCurveDecimation<float>;
 template class DouglasPeuckerCurveDecimation<double>;
 template class DouglasPeuckerCurveDecimation<long double>;
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "shapes/curve.h"
 #include "shapes/edge.h"
 
+namespace vorlen {
+
 /// Simplifies a curve within a distance tolerance (Douglas and Peucker, Cartographica 10, 1973).
 ///
 /// A run of vertices is kept apart at its farthest vertex from the line through its ends, the first of several, as long
@@ -45,3 +47,5 @@ private:
     int __tolerance = 0;
     Vector<float> __distances;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -129,3 +131,5 @@ template class Edge<int>;
 template class Edge<float>;
 template class Edge<double>;
 template class Edge<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 /// Straight segment: an open curve of exactly two vertices, with the predicates that curves and meshes are built from.
 ///
 /// An edge made on other vertices shares their server, so that it follows them. Where a pair of axes (i, j) is given,
@@ -20,6 +22,7 @@ public:
     Edge(const Edge& edge);
     ~Edge() override;
 
+    using Curve<T>::operator=;
     Edge& operator=(const Edge& edge);
     Edge* clone() const override;
 
@@ -39,3 +42,5 @@ public:
     /// the plane and out is its first vertex. Throws SizeError when dimensions differ and UsageError for int.
     int intersects(const Vector<T>& n, T d, Vector<T>& out) const;
 };
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "shapes/edge.h"
 #include "shapes/shape.h"
 
+namespace vorlen {
+
 template <class T>
 ConcreteEdgeIterator<T>::ConcreteEdgeIterator() = default;
 
@@ -42,3 +44,5 @@ template class ConstEdgeIterator<int>;
 template class ConstEdgeIterator<float>;
 template class ConstEdgeIterator<double>;
 template class ConstEdgeIterator<long double>;
+
+} // namespace vorlen

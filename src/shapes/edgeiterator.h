@@ -2,6 +2,8 @@
 
 #include <memory>
 
+namespace vorlen {
+
 template <class T>
 class Edge;
 template <class T>
@@ -60,3 +62,5 @@ public:
 private:
     std::unique_ptr<ConcreteEdgeIterator<T>> __iterator;
 };
+
+} // namespace vorlen

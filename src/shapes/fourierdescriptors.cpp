@@ -8,6 +8,8 @@
 #include "shapes/fouriertransform.h"
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 namespace {
 
 // Running sum, in double, of the moduli of the descriptors: entry m is the sum over 1..m of |c_j| + |c_(n-j)|. Entry
@@ -113,3 +115,5 @@ template class FourierDescriptors<int>;
 template class FourierDescriptors<float>;
 template class FourierDescriptors<double>;
 template class FourierDescriptors<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 /// Low-passes a contour through the Fourier series of x + i y, in the plane of axes 0 and 1 (Zahn and Roskies, IEEE
 /// Trans. Computers 21, 1972, use the like).
 ///
@@ -35,3 +37,5 @@ public:
     /// Keeps as many descriptors as the fidelity needs, and returns their number.
     static int filter(Curve<T>& curve, float fidelity);
 };
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 // The three precisions of FFTW under one name.
@@ -276,3 +278,5 @@ void FourierTransform<T>::phaseAngle(Matrix<T>& result, const Matrix<T>& re, con
 template class FourierTransform<float>;
 template class FourierTransform<double>;
 template class FourierTransform<long double>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "numerics/matrix.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Discrete Fourier transform by FFTW, in place on a real and an imaginary part (Frigo and Johnson, Proc. IEEE 93,
 /// 2005). Nothing is normalised: forward, then backward multiplies the data by the number of elements.
 ///
@@ -41,3 +43,5 @@ private:
     void compute(Vector<T>& re, Vector<T>& im, int sign) const;
     void compute(Matrix<T>& re, Matrix<T>& im, int sign) const;
 };
+
+} // namespace vorlen

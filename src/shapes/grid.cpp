@@ -2,6 +2,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 template <class T>
 void Grid<T>::__check(const char* where) const {
     if (!isValid()) {
@@ -32,7 +34,7 @@ Vector<T> Grid<T>::resolutions() const {
     __check("Vector<T> Grid<T>::resolutions() const");
     Vector<T> result(__size.getSize());
     for (int axis = 0; axis < __size.getSize(); axis++) {
-        result[axis] = __boundingBox.width(axis) / __size[axis];
+        result[axis] = __boundingBox.width(axis) / T(__size[axis]);
     }
     return result;
 }
@@ -60,7 +62,7 @@ void Grid<T>::centers(std::vector<Vector<T>>& out) const {
         Vector<T>& axisCenters = out[axis];
         axisCenters.setSize(cells);
         for (int i = 0; i < cells; i++) {
-            axisCenters[i] = (i + T(0.5)) * width / cells + origin;
+            axisCenters[i] = (T(i) + T(0.5)) * width / T(cells) + origin;
         }
     }
 }
@@ -68,3 +70,5 @@ void Grid<T>::centers(std::vector<Vector<T>>& out) const {
 template class Grid<float>;
 template class Grid<double>;
 template class Grid<long double>;
+
+} // namespace vorlen

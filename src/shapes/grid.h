@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace vorlen {
+
 /// Regular lattice of cells over a box. Instantiated for float, double and long double.
 template <class T>
 class Grid {
@@ -33,3 +35,5 @@ private:
     BoundingBox<T> __boundingBox;
     Vector<int> __size;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include <limits>
 #include <type_traits>
 
+namespace vorlen {
+
 namespace {
 
 /// Below this number of vertices, looking at all is faster than a further division.
@@ -393,3 +395,5 @@ template class KDTree<int>;
 template class KDTree<float>;
 template class KDTree<double>;
 template class KDTree<long double>;
+
+} // namespace vorlen

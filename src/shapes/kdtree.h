@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace vorlen {
+
 /// Tree of the vertices of a shape that finds those nearest to a point.
 ///
 /// build() halves the vertices at the median of the axis along which they extend most until a few are left, a leaf.
@@ -74,3 +76,5 @@ private:
     std::vector<T> __upper;
     bool __built = false;
 };
+
+} // namespace vorlen

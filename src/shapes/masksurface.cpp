@@ -1,5 +1,7 @@
 #include "shapes/masksurface.h"
 
+namespace vorlen {
+
 template <class T>
 void MaskSurface<T>::setTriMesh(TriMesh<T>& mesh) {
     __triMesh = &mesh;
@@ -14,3 +16,5 @@ template class MaskSurface<int>;
 template class MaskSurface<float>;
 template class MaskSurface<double>;
 template class MaskSurface<long double>;
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 template <class T>
 class TriMesh;
 
@@ -21,3 +23,5 @@ private:
     bool __insideMask = true;
     TriMesh<T>* __triMesh = nullptr;
 };
+
+} // namespace vorlen

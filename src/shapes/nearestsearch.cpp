@@ -4,6 +4,8 @@
 #include <limits>
 #include <numeric>
 
+namespace vorlen {
+
 namespace {
 constexpr int leafSize = 12;
 }
@@ -119,3 +121,5 @@ template class NearestSearch<int>;
 template class NearestSearch<float>;
 template class NearestSearch<double>;
 template class NearestSearch<long double>;
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "shapes/shapearithmetic.h"
 
+namespace vorlen {
+
 /// Nearest of n points, with the results of a comparison with all of them in order: of several at the same distance the
 /// lowest rank wins. Distances that are no numbers count as infinite.
 ///
@@ -38,3 +40,5 @@ private:
     std::vector<Distance> __points; // in the order of __ranks
     std::vector<Node> __nodes;
 };
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace vorlen {
+
 namespace {
 
 constexpr int capHeight = 10;
@@ -379,7 +381,7 @@ unsigned int QuadMesh<T>::match(const QuadMesh& mesh) {
             cap->level(r).setOrigin(shift);
         }
     }
-    return (unsigned int)shift;
+    return static_cast<unsigned int>(shift);
 }
 
 template <class T>
@@ -525,3 +527,5 @@ template class QuadMesh<int>;
 template class QuadMesh<float>;
 template class QuadMesh<double>;
 template class QuadMesh<long double>;
+
+} // namespace vorlen

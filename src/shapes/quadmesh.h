@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace vorlen {
+
 /// Regular surface: a stack of curves of one size, the width, so that neighbouring levels make a band of
 /// quadrilaterals.
 ///
@@ -133,3 +135,5 @@ private:
     std::unique_ptr<QuadMesh> __beginCap;
     std::unique_ptr<QuadMesh> __endCap;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include <limits>
 #include <vector>
 
+namespace vorlen {
+
 /// Binary tree of the bounding boxes of runs of a planar chain: of its vertices, or of its edges.
 ///
 /// Neighbours on a chain lie close, so the boxes of runs are small and no sorting is needed. Node 1 is the root, the
@@ -92,3 +94,5 @@ private:
     int __leaves = 1;
     std::vector<Box> __boxes;
 };
+
+} // namespace vorlen

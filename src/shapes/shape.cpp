@@ -20,6 +20,8 @@
 #include "shapes/trimesh.h"
 #include "shapes/vertexstack.h"
 
+namespace vorlen {
+
 namespace {
 
 const char* const extensionOfType[] = {"cv", "cv", "cs", "cs", "qm", "qm", "vx", "vs", "tm"};
@@ -752,3 +754,5 @@ template class Shape<int>;
 template class Shape<float>;
 template class Shape<double>;
 template class Shape<long double>;
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "shapes/shapetypes.h"
 #include "shapes/vertexiterator.h"
 
+namespace vorlen {
+
 template <class T>
 class BoundingBox;
 template <class T>
@@ -208,3 +210,5 @@ private:
     mutable std::unique_ptr<ShapeSet<T>> __extensions;
     std::string __name;
 };
+
+} // namespace vorlen

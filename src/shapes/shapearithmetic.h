@@ -5,6 +5,8 @@
 #include <limits>
 #include <type_traits>
 
+namespace vorlen {
+
 /// Type in which sums and products of coordinates of type T are formed: double, which holds products of the usual int
 /// and all float coordinates exactly, and long double for itself.
 template <class T>
@@ -33,3 +35,5 @@ inline T roundToCoordinate(WideCoordinate<T> value) {
         return T(value);
     }
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+namespace vorlen {
+
 template <class T>
 void ShapeInterpolation<T>::apply(T step, Shape<T>& result) const {
     const char* where = "void ShapeInterpolation<T>::apply(const T, Shape<T>&)";
@@ -49,3 +51,5 @@ template class ShapeInterpolation<int>;
 template class ShapeInterpolation<float>;
 template class ShapeInterpolation<double>;
 template class ShapeInterpolation<long double>;
+
+} // namespace vorlen

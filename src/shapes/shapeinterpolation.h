@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 template <class T>
 class Shape;
 
@@ -21,3 +23,5 @@ private:
     const Shape<T>* __source = nullptr;
     const Shape<T>* __target = nullptr;
 };
+
+} // namespace vorlen

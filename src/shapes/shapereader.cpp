@@ -9,6 +9,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 bool isBlank(char c) {
@@ -93,7 +95,7 @@ int ShapeReader::count(int numbersPerItem) {
         raiseFormat("Invalid shape description: vertices without coordinates");
     }
     // Every number takes a character and a separator, but for the last one's.
-    if ((long long)(n)*numbersPerItem > (__end - __next + 1) / 2) {
+    if (static_cast<long long>(n) * numbersPerItem > (__end - __next + 1) / 2) {
         raiseShort();
     }
     return n;
@@ -146,3 +148,5 @@ template unsigned int ShapeReader::number<unsigned int>();
 template float ShapeReader::number<float>();
 template double ShapeReader::number<double>();
 template long double ShapeReader::number<long double>();
+
+} // namespace vorlen

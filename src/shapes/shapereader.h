@@ -3,6 +3,8 @@
 #include <iosfwd>
 #include <string>
 
+namespace vorlen {
+
 /// Scanner of the text of shape files: records `# n` and numbers, separated by white space.
 ///
 /// The rest of the stream is taken in one gulp and scanned by pointer, so that a count can be held against the text
@@ -46,3 +48,5 @@ private:
     const char* __end = nullptr;
     long long __start = -1;
 };
+
+} // namespace vorlen

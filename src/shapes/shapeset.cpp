@@ -8,6 +8,8 @@
 #include "shapes/shape.h"
 #include "shapes/vertexstack.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -192,3 +194,5 @@ template class ShapeSet<int>;
 template class ShapeSet<float>;
 template class ShapeSet<double>;
 template class ShapeSet<long double>;
+
+} // namespace vorlen

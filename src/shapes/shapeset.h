@@ -6,6 +6,8 @@
 #include "numerics/vector.h"
 #include "shapes/shapetypes.h"
 
+namespace vorlen {
+
 template <class T>
 class Shape;
 template <class T>
@@ -87,3 +89,5 @@ private:
     std::vector<Shape<T>*> __shapes;
     std::vector<bool> __references;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// Type codes of the shapes, as the first record of a shape file tells them.
 enum ShapeType : int {
     ClosedCurveType = 0,
@@ -12,3 +14,5 @@ enum ShapeType : int {
     VertexStackType = 7,
     TriMeshType = 8
 };
+
+} // namespace vorlen

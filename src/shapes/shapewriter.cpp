@@ -6,6 +6,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 ShapeWriter::ShapeWriter(std::ostream& stream) : __stream(stream), __precision(int(stream.precision())) {
 }
 
@@ -51,3 +53,5 @@ template void ShapeWriter::number<unsigned int>(unsigned int);
 template void ShapeWriter::number<float>(float);
 template void ShapeWriter::number<double>(double);
 template void ShapeWriter::number<long double>(long double);
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <iosfwd>
 #include <string>
 
+namespace vorlen {
+
 /// Text buffer of the shape writers: numbers in the stream's own precision, all handed over in one write.
 class ShapeWriter {
 public:
@@ -27,3 +29,5 @@ private:
     std::string __text;
     int __precision;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include <cmath>
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -142,3 +144,5 @@ template class Triangle<int>;
 template class Triangle<float>;
 template class Triangle<double>;
 template class Triangle<long double>;
+
+} // namespace vorlen

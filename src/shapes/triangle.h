@@ -2,6 +2,8 @@
 
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 template <class T>
 class Edge;
 
@@ -23,6 +25,7 @@ public:
     Triangle(const Triangle& triangle);
     ~Triangle() override;
 
+    using Curve<T>::operator=;
     Triangle& operator=(const Triangle& triangle);
     Triangle* clone() const override;
 
@@ -50,3 +53,5 @@ public:
 private:
     void __checkPoint(const Vector<T>& p, const char* where) const;
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <limits>
 
+namespace vorlen {
+
 /// Predicates on segments and triangles given by the raw coordinates of their ends.
 ///
 /// Edge<T>, Triangle<T> and the triangle meshes all decide by these functions, so that a mesh of a million triangles
@@ -331,3 +333,5 @@ Wide<T> closestParameters(const T* a, const T* b, const T* c, const T* p, int sp
 }
 
 } // namespace TriangleGeometry
+
+} // namespace vorlen

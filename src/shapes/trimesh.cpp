@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace vorlen {
+
 namespace {
 
 /// Rays that are tried one triangle after the other before the triangles are put in order for more.
@@ -400,7 +402,7 @@ T TriMesh<T>::equivalentRadius() const {
     if (this->getSpace() != 3) {
         throw SizeError("T TriMesh<T>::equivalentRadius() const", "The mesh is not of space 3");
     }
-    const Wide<T> pi = 3.141592653589793238462643383279502884L;
+    const Wide<T> pi = Wide<T>(3.141592653589793238462643383279502884L);
     return roundToCoordinate<T>(std::cbrt(3 * std::abs(Wide<T>(volume())) / (4 * pi)));
 }
 
@@ -472,7 +474,7 @@ bool TriMesh<T>::contains(const Vector<T>& p) const {
         const Vector<T>& corner = box.getVertex1();
         const unsigned int numTriangles = getNumTriangles();
         for (int ray = 1; ray <= maxPlainRays; ray++) {
-            const T q[3] = {corner[0] - ray, corner[1] - (2 * ray - 1), corner[2] - (3 * ray - 2)};
+            const T q[3] = {corner[0] - T(ray), corner[1] - T(2 * ray - 1), corner[2] - T(3 * ray - 2)};
             bool odd = false;
             unsigned int i = 0;
             for (; i < numTriangles; i++) {
@@ -639,3 +641,5 @@ template class TriMesh<int>;
 template class TriMesh<float>;
 template class TriMesh<double>;
 template class TriMesh<long double>;
+
+} // namespace vorlen

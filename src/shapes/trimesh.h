@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace vorlen {
+
 /// Surface made of triangles: its vertices are those of Vertices<T>, and each triangle names three of their positions.
 ///
 /// Each vertex may have a unit normal, in Vertices<T> of their own, and a star, the ascending numbers of the triangles
@@ -35,6 +37,7 @@ public:
     TriMesh(const TriMesh& mesh);
     ~TriMesh() override;
 
+    using Vertices<T>::operator=;
     TriMesh& operator=(const TriMesh& mesh);
 
     ShapeType getShapeType() const override;
@@ -123,3 +126,5 @@ private:
     Vertices<T> __normals;
     std::vector<std::vector<unsigned int>> __stars;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include <limits>
 #include <numeric>
 
+namespace vorlen {
+
 namespace {
 
 constexpr int leafSize = 4;
@@ -201,11 +203,11 @@ bool TriMeshInterior<T>::contains(const Vector<T>& p) const {
     int crossings = -1;
     const T extent = corner.distance(__boundingBox.getVertex2());
     for (int k = 1; k <= maxRays && crossings < 0; k++) {
-        T q[3] = {corner[0] - k, corner[1] - (2 * k - 1), corner[2] - (3 * k - 2)};
+        T q[3] = {corner[0] - T(k), corner[1] - T(2 * k - 1), corner[2] - T(3 * k - 2)};
         if (k > maxRaysInPlane) {
             // Directions spread evenly by the golden ratio, long enough to leave the box.
-            const T height = 1 - 2 * (k - maxRaysInPlane - T(0.5)) / (maxRays - maxRaysInPlane);
-            const T radius = std::sqrt(1 - height * height), angle = T(2.399963229728653) * k;
+            const T height = 1 - 2 * (T(k - maxRaysInPlane) - T(0.5)) / T(maxRays - maxRaysInPlane);
+            const T radius = std::sqrt(1 - height * height), angle = T(2.399963229728653) * T(k);
             q[0] = p[0] + (1 + 2 * extent) * radius * std::cos(angle);
             q[1] = p[1] + (1 + 2 * extent) * radius * std::sin(angle);
             q[2] = p[2] + (1 + 2 * extent) * height;
@@ -218,3 +220,5 @@ bool TriMeshInterior<T>::contains(const Vector<T>& p) const {
 template class TriMeshInterior<float>;
 template class TriMeshInterior<double>;
 template class TriMeshInterior<long double>;
+
+} // namespace vorlen

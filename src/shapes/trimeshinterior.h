@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace vorlen {
+
 template <class T>
 class TriMesh;
 
@@ -43,3 +45,5 @@ private:
     std::vector<Box> __boxes;
     BoundingBox<T> __boundingBox;
 };
+
+} // namespace vorlen

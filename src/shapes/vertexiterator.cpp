@@ -2,6 +2,8 @@
 
 #include "shapes/shape.h"
 
+namespace vorlen {
+
 template <class T>
 ConcreteVertexIterator<T>::~ConcreteVertexIterator() = default;
 
@@ -62,3 +64,5 @@ template class ConstVertexIterator<int>;
 template class ConstVertexIterator<float>;
 template class ConstVertexIterator<double>;
 template class ConstVertexIterator<long double>;
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 template <class T>
 class Shape;
 
@@ -87,3 +89,5 @@ public:
 private:
     std::unique_ptr<ConcreteVertexIterator<T>> __iterator;
 };
+
+} // namespace vorlen

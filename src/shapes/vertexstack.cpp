@@ -10,6 +10,8 @@
 #include "shapes/shapereader.h"
 #include "shapes/shapewriter.h"
 
+namespace vorlen {
+
 // ---- iterator
 
 template <class T>
@@ -25,8 +27,8 @@ std::unique_ptr<ConcreteVertexIterator<T>> VertexStack<T>::__ConcreteVertexItera
 template <class T>
 const Vector<unsigned int>& VertexStack<T>::__ConcreteVertexIterator::locator() const {
     this->__locator.setSize(2);
-    this->__locator[0] = (unsigned int)(__level);
-    this->__locator[1] = (unsigned int)(__position);
+    this->__locator[0] = static_cast<unsigned int>(__level);
+    this->__locator[1] = static_cast<unsigned int>(__position);
     return this->__locator;
 }
 
@@ -308,7 +310,7 @@ void VertexStack<T>::prepend(const VertexStack& stack) {
 
 template <class T>
 void VertexStack<T>::append(const Vertices<T>& level) {
-    insert((unsigned int)(getHeight()), level);
+    insert(static_cast<unsigned int>(getHeight()), level);
 }
 
 template <class T>
@@ -411,3 +413,5 @@ template class VertexStack<int>;
 template class VertexStack<float>;
 template class VertexStack<double>;
 template class VertexStack<long double>;
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "shapes/vertices.h"
 
+namespace vorlen {
+
 /// Vertices in levels. A vertex is located by (level, position in level).
 ///
 /// The levels usually lie on the stack's own server; a level inserted from elsewhere keeps the server it came with,
@@ -107,3 +109,5 @@ protected:
 
     std::vector<std::unique_ptr<Vertices<T>>> __levels;
 };
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "shapes/shapereader.h"
 #include "shapes/shapewriter.h"
 
+namespace vorlen {
+
 namespace {
 
 // Below this size a direct correlation is faster than three transforms.
@@ -117,7 +119,7 @@ std::unique_ptr<ConcreteVertexIterator<T>> Vertices<T>::__ConcreteVertexIterator
 template <class T>
 const Vector<unsigned int>& Vertices<T>::__ConcreteVertexIterator::locator() const {
     this->__locator.setSize(1);
-    this->__locator[0] = (unsigned int)(__position);
+    this->__locator[0] = static_cast<unsigned int>(__position);
     return this->__locator;
 }
 
@@ -520,3 +522,5 @@ template class Vertices<int>;
 template class Vertices<float>;
 template class Vertices<double>;
 template class Vertices<long double>;
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "shapes/shape.h"
 
+namespace vorlen {
+
 class ShapeReader;
 
 /// Ordered list of vertices: numbers into the shared VertexServer.
@@ -131,3 +133,5 @@ private:
 
     std::vector<int> __indexes;
 };
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "numerics/exception.h"
 #include "numerics/squarematrix.h"
 
+namespace vorlen {
+
 namespace {
 
 enum Mark : unsigned char { nothing, edge, outside };
@@ -232,3 +234,5 @@ void Snake<T, U>::allocateArrays() {
 
 template class Snake<float, float>;
 template class Snake<double, double>;
+
+} // namespace vorlen

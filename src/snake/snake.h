@@ -8,6 +8,8 @@
 #include "shapes/curve.h"
 #include "snake/snakeconfig.h"
 
+namespace vorlen {
+
 /// Active contour: one closed curve that moves over an image, step by step, until it lies on edges.
 ///
 /// The vertices are (x, y) = (column, row) of the image. In each step every vertex is drawn half a pixel along its
@@ -102,3 +104,5 @@ private:
     Vector<U> __regularizations;
     float __dataDistance = 0.0f;
 };
+
+} // namespace vorlen

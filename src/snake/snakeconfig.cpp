@@ -1,5 +1,7 @@
 #include "snake/snakeconfig.h"
 
+namespace vorlen {
+
 SnakeConfig::~SnakeConfig() = default;
 
 void SnakeConfig::setGradThreshold(float threshold) {
@@ -29,3 +31,5 @@ void SnakeConfig::setAdaptive(bool adaptive) {
 void SnakeConfig::setScale(unsigned int scale) {
     __scale = scale;
 }
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// Parameters of an active contour. A plain value: any number can be set, and the object that runs the contour judges
 /// whether it can work with it.
 class SnakeConfig {
@@ -46,3 +48,5 @@ private:
     bool __adaptive = false;
     unsigned int __scale = 1;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "numerics/exception.h"
 #include "snake/snake.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int blockLength = 50;
@@ -89,3 +91,5 @@ void SnakeDriver<T, U>::updateConfig(SnakeConfig& config) const {
 
 template class SnakeDriver<float, float>;
 template class SnakeDriver<double, double>;
+
+} // namespace vorlen

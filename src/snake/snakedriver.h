@@ -3,6 +3,8 @@
 #include "progress/progresssubject.h"
 #include "snake/snakeconfig.h"
 
+namespace vorlen {
+
 template <class T, class U>
 class Snake;
 
@@ -31,3 +33,5 @@ public:
     /// One adaptation: weaker regularization, down to an upper one of 0.5, and a sharper gradient, up to an alpha of 2.
     void updateConfig(SnakeConfig& config) const;
 };
+
+} // namespace vorlen

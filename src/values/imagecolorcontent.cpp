@@ -1,5 +1,7 @@
 #include "values/imagecolorcontent.h"
 
+namespace vorlen {
+
 std::string toString(ImageColorContent content) {
     switch (content) {
     case GrayContent:
@@ -17,3 +19,5 @@ std::string toString(ImageColorContent content) {
     }
     return "Unknown";
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 /// What the colours of an image, or of all images of a stack, have in common.
 enum ImageColorContent {
     GrayContent = 0,
@@ -14,3 +16,5 @@ enum ImageColorContent {
 
 /// The content in a word, for messages: "Gray", "Red", "Green", "Blue", "Mixed"; "Unknown" for anything else.
 std::string toString(ImageColorContent content);
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "values/imagesource.h"
 
+namespace vorlen {
+
 ImageSource::~ImageSource() = default;
 
 Vector<int> ImageSource::getSize() const {
@@ -8,3 +10,5 @@ Vector<int> ImageSource::getSize() const {
     size[1] = getSize2();
     return size;
 }
+
+} // namespace vorlen

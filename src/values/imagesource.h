@@ -2,6 +2,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 class Colormap;
 
 /// Where an image comes from, and what it will be like, without its pixels.
@@ -38,3 +40,5 @@ protected:
     ImageSource(const ImageSource&) = default;
     ImageSource& operator=(const ImageSource&) = default;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <map>
 
+namespace vorlen {
+
 namespace {
 
 struct Prefix {
@@ -73,3 +75,5 @@ std::vector<std::string> LengthUnit::availableSymbols() {
         symbols.push_back(LengthUnit(scale).symbol());
     return symbols;
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace vorlen {
+
 /// A unit of length: the metre times a power of ten.
 class LengthUnit {
 public:
@@ -38,3 +40,5 @@ public:
 private:
     int __scale = 0;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace vorlen {
+
 void PixelCalibration::setPixelWidth(float width) {
     __pixelWidth = width;
     __defaultWidth = false;
@@ -48,3 +50,5 @@ bool PixelCalibration::operator==(const PixelCalibration& other) const {
     return __pixelWidth == other.__pixelWidth && __pixelHeight == other.__pixelHeight &&
            __aspectRatio == other.__aspectRatio;
 }
+
+} // namespace vorlen

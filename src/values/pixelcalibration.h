@@ -2,6 +2,8 @@
 
 #include "values/lengthunit.h"
 
+namespace vorlen {
+
 /// What a pixel measures: width and height in a length unit, and their ratio.
 ///
 /// Each of the three numbers knows whether it is still a default, so that compute() can complete what was given.
@@ -45,3 +47,5 @@ private:
     bool __defaultAspect = true;
     LengthUnit __lengthUnit;
 };
+
+} // namespace vorlen

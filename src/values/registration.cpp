@@ -1,5 +1,7 @@
 #include "values/registration.h"
 
+namespace vorlen {
+
 namespace {
 
 float withinOneTurn(float angle) {
@@ -42,3 +44,5 @@ Registration Registration::operator-(const Registration& other) const {
     return Registration(__horShift - other.__horShift, __verShift - other.__verShift,
                         withinOneTurn(__rotationAngle - other.__rotationAngle));
 }
+
+} // namespace vorlen

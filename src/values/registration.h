@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// Rigid placement of a slice on the slice before it: shifts in whole pixels and an angle in degrees.
 class Registration {
 public:
@@ -31,3 +33,5 @@ private:
     int __verShift = 0;
     float __rotationAngle = 0;
 };
+
+} // namespace vorlen

@@ -26,6 +26,8 @@
 #include "shapes/trimesh.h"
 #include "support/temporaryfolder.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
@@ -362,7 +364,7 @@ TEST(CommandLine, registerBringsTheSlicesOntoEachOtherInANewStack) {
                         moved(u, v, u, v);
                     grey += (k == 4 ? 120 : 60) * std::exp(-((x - u) * (x - u) + (y - v) * (y - v)) / 60);
                 }
-                image.getData()[y * 200 + x] = (unsigned char)grey;
+                image.getData()[y * 200 + x] = static_cast<unsigned char>(grey);
             }
         ImageWriter().write(image, folder.file(name), true);
     };
@@ -528,3 +530,5 @@ TEST_F(CommandLineTest, renderRefusesWithoutADisplayWhatCannotBeDrawn) {
         shell(sample->path(), std::string("ldd ") + VORLEN_CLI + " | grep -c -e Qt6Gui -e libGL -e libX11").output,
         "0\n");
 }
+
+} // namespace vorlen

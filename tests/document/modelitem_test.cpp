@@ -10,6 +10,8 @@
 #include "numerics/exception.h"
 #include "support/documentmaker.h"
 
+namespace vorlen {
+
 namespace {
 
 using Points = std::vector<std::pair<int, int>>;
@@ -379,3 +381,5 @@ TEST_F(ModelItemTest, aDentIsOutside) {
 }
 
 } // namespace
+
+} // namespace vorlen

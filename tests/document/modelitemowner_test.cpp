@@ -10,6 +10,8 @@
 #include "document/stacksliceselectioninfo.h"
 #include "support/documentmaker.h"
 
+namespace vorlen {
+
 namespace {
 
 std::vector<const ModelItem*> items(const ModelItemOwner& owner) {
@@ -242,3 +244,5 @@ TEST_F(ModelItemOwnerTest, manyItemsCostNoMoreThanTheirNumber) {
 }
 
 } // namespace
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 std::string bits(const ModelItemSelection& selection) {
@@ -75,3 +77,5 @@ TEST(ModelItemSelection, editsKeepTheOtherBitsInPlace) {
 }
 
 } // namespace
+
+} // namespace vorlen

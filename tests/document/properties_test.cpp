@@ -6,6 +6,8 @@
 #include "numerics/exception.h"
 #include "snake/snakeconfig.h"
 
+namespace vorlen {
+
 namespace {
 
 std::string failure(const std::function<void()>& call) {
@@ -221,3 +223,5 @@ TEST(Model, keepsTheLastSnakeParameters) {
 }
 
 } // namespace
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "support/documentmaker.h"
 #include "support/fixedsource.h"
 
+namespace vorlen {
+
 namespace {
 
 /// A TIFF file that lives as long as the object; pixels by a formula of (row, column, channel).
@@ -25,7 +27,8 @@ public:
         for (int row = 0; row < height; ++row)
             for (int column = 0; column < width; ++column)
                 for (int k = 0; k < depth / 8; ++k)
-                    image.getPixels()[row][column * (depth / 8) + k] = (unsigned char)pixel(row, column, k);
+                    image.getPixels()[row][column * (depth / 8) + k] =
+                        static_cast<unsigned char>(pixel(row, column, k));
         image.writeFile(__path, "", true);
     }
     ~ImageFile() { std::remove(__path.c_str()); }
@@ -586,3 +589,5 @@ TEST(StandardImage, ownsItsCurveAndTheStackFindsItByName) {
 }
 
 } // namespace
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "document/standardimage.h"
 #include "document/standardsample.h"
 
+namespace vorlen {
+
 TEST(StackIO, keywordsHaveTheirNumbersAndAllTheirSpellings) {
     EXPECT_EQ(StackIO::getKeyword("Annotation"), 0);
     EXPECT_EQ(StackIO::getKeyword("MODELITEMDATA"), 19);
@@ -108,3 +110,5 @@ TEST(StackIOContext, theSettersKeepTheObjectsExclusive) {
     EXPECT_EQ(context.getSample(), nullptr);
     EXPECT_EQ(context.getPose(), &pose);
 }
+
+} // namespace vorlen

@@ -22,6 +22,8 @@
 #include "support/documentmaker.h"
 #include "support/stackfolder.h"
 
+namespace vorlen {
+
 namespace {
 
 /// A stack read from a text, with its reader.
@@ -583,3 +585,5 @@ TEST(StackReader, randomChangesOfAGoodFileDoNoHarm) {
     }
     EXPECT_GT(numLogged, 500);
 }
+
+} // namespace vorlen

@@ -17,6 +17,8 @@
 #include "numerics/exception.h"
 #include "support/stackfolder.h"
 
+namespace vorlen {
+
 namespace {
 
 StackSlice& addSlice(Stack& stack, const std::string& name, const ImageSource& source) {
@@ -466,3 +468,5 @@ TEST(StackWriter, aVolumeIsSavedAsAStackOfItsPlanes) {
     EXPECT_THROW(StackWriter::saveAsStack(volume, "v", folder.file("images/"), folder.file("none/"), calibration, 1),
                  FileWriteError);
 }
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "numerics/exception.h"
 #include "support/failures.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Adds its number to a log when it is applied, takes it back with a minus sign, and counts its objects.
@@ -263,3 +265,5 @@ TEST_F(VRLActionHistoryTest, aListenerThatFailsDoesNotSplitAnUndo) {
     history.redo();
     EXPECT_TRUE(history.isUndoable());
 }
+
+} // namespace vorlen

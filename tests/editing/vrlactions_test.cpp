@@ -25,6 +25,8 @@
 #include "support/eventrecorder.h"
 #include "support/fixedsource.h"
 
+namespace vorlen {
+
 namespace {
 
 using Points = std::vector<std::pair<int, int>>;
@@ -464,3 +466,5 @@ TEST_F(VRLActionsTest, randomEditsAreUndoneToTheFirstDocument) {
         stack.history()->redo();
     EXPECT_EQ(withoutMarks(), last);
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "support/eventrecorder.h"
 #include "support/failures.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Does something when it hears of a stack's name, and counts.
@@ -166,3 +168,5 @@ TEST(VRLEventServer, anEventWithoutAModelFailsOnlyWhenAsked) {
     EXPECT_EQ(recorder.take(), std::vector<std::string>{"modelCreate"});
     EXPECT_THROW(event.getModel(), ProgramError);
 }
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "support/eventrecorder.h"
 #include "support/fixedsource.h"
 
+namespace vorlen {
+
 namespace {
 
 using Names = std::vector<std::string>;
@@ -158,3 +160,5 @@ TEST(VRLStackServer, opensAndClosesStacksInOrderWithEvents) {
     const VRLStack unlisted;
     EXPECT_EQ(server.find(unlisted), -1);
 }
+
+} // namespace vorlen

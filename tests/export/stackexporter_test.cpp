@@ -17,6 +17,8 @@
 #include "support/fixedsource.h"
 #include "support/temporaryfolder.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Three slices with a closed, an open, a branching and a point model, on meshes of 6 by 4 vertices.
@@ -176,3 +178,5 @@ TEST(SaveVolumeAsStack, givesAStackOfThePlanes) {
     ASSERT_EQ(image.getWidth(), 5);
     ASSERT_EQ(image.getHeight(), 4);
 }
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "numerics/exception.h"
 #include "support/temporaryfolder.h"
 
+namespace vorlen {
+
 TEST(SafeFile, aNewFileHoldsTheTextAndNothingElseIsLeft) {
     const TemporaryFolder folder;
     EXPECT_TRUE(SafeFile::save(folder.file("a.txt"), "text"));
@@ -209,3 +211,5 @@ TEST(SafeFile, aFileThatMayNotBeWrittenIsNotReplaced) {
     EXPECT_FALSE(written);
     EXPECT_EQ(folder.read("a.txt"), "old");
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include <string>
 #include <unistd.h>
 
+namespace vorlen {
+
 /// Bytes as an image file: whatever they are, reading ends with an image or an Exception.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     static const std::string filename = "/tmp/vorlen-fuzz-image-" + std::to_string(::getpid()) + ".tif";
@@ -24,3 +26,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     std::remove(filename.c_str());
     return 0;
 }
+
+} // namespace vorlen

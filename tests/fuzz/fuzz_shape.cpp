@@ -15,6 +15,8 @@
 #include "shapes/boundingbox.h"
 #include "shapes/shape.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -59,3 +61,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ::unlink(name.c_str());
     return 0;
 }
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "document/stackwriter.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const std::string name = "/tmp/vorlen-fuzz-stack-" + std::to_string(::getpid()) + ".sdf";
     std::FILE* file = std::fopen(name.c_str(), "wb");
@@ -28,3 +30,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ::unlink(name.c_str());
     return 0;
 }
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class Operation>
@@ -48,3 +50,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ::unlink(name.c_str());
     return 0;
 }
+
+} // namespace vorlen

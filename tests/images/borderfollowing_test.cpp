@@ -15,6 +15,8 @@
 #include "support/vectors.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 using Pixel = std::pair<int, int>;
@@ -204,3 +206,5 @@ TEST(BorderFollowing, endsFromEveryPixelOfNoise) {
     EXPECT_GT(home, 300);
     EXPECT_GT(refused, 300);
 }
+
+} // namespace vorlen

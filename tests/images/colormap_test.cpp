@@ -4,6 +4,8 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 Colormap uniformMap(int size, unsigned char red, unsigned char green, unsigned char blue) {
@@ -119,3 +121,5 @@ TEST(Colormap, cold2HotRefusesOddSizesAndStandsTheSmallest) {
     EXPECT_EQ(Colormap::cold2Hot(0).getSize(), 0);
     EXPECT_EQ(Colormap::cold2Hot(4).getBlue()[0], 255);
 }
+
+} // namespace vorlen

@@ -14,6 +14,8 @@
 #include "support/recordingmonitor.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 using Place = std::tuple<int, int, int>;
@@ -250,3 +252,5 @@ TEST(ComponentLabelling, reportsPlanesAndStopsBetweenThem) {
             EXPECT_EQ(work(2, 3, k), k < static_cast<int>(planes) ? 1.0f : 9.0f) << planes << " " << k;
     }
 }
+
+} // namespace vorlen

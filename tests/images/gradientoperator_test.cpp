@@ -11,6 +11,8 @@
 #include "support/vectors.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 // The two parts written out with the border as zeros, in long double.
@@ -389,3 +391,5 @@ TEST(GradientOperator, hysteresisKeepsWeakPixelsThatJoinStrongOnes) {
     GradientOperator<float>::hysteresisThresholding(small, 2.0f, 6.0f);
     EXPECT_TRUE(small == matrixOf<float>({{1, 9}, {9, 1}, {5, 5}}));
 }
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "support/failures.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 // Smallest difference, or greatest sum, over the voxels under the element that lie inside, held to the range of T.
@@ -160,3 +162,5 @@ TEST(GreyMorphology, reportsEachRowOfEachPlaneInPartsOfRowsTimesColumns) {
         EXPECT_TRUE(monitor.rising);
     }
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 template <class Error, class Operation>
@@ -347,3 +349,5 @@ TEST(ImageConversion, turnsIndexedColourIntoGray) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "TOLV Image Lib: Conversion not implemented\n");
     EXPECT_TRUE(TestImages::samePixels(colour, TestImages::ramp(3, 2, 24)));
 }
+
+} // namespace vorlen

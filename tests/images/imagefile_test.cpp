@@ -10,6 +10,8 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 using TestImages::TiffRecipe;
 
 namespace {
@@ -365,3 +367,5 @@ TEST(ImageWriter, keepsALinkAndThePermissionsOfTheFileItReplaces) {
     EXPECT_EQ(Image(file, "").getWidth(), 4);
     EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0640));
 }
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include <gtest/gtest.h>
 #include <memory>
 
+namespace vorlen {
+
 namespace {
 
 class ImageSources : public testing::Test {
@@ -293,3 +295,5 @@ TEST_F(ImageSources, mosaicOfOneItemIsThatImageAndItsFailuresTellTheWay) {
         EXPECT_NE(error.callStack().find("void ImageReader::read(Image&, const ImageMosaic&)"), std::string::npos);
     }
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "support/countingmonitor.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 // Covariance matrix of the clipped cube around a voxel, from the definition.
@@ -167,3 +169,5 @@ TEST(IsotropyFilter, stopsWhenCancelledAndLeavesTheVolume) {
     EXPECT_EQ(monitor.finished, 1);
     EXPECT_TRUE(volume == numberedVolume<double>(4, 5, 6));
 }
+
+} // namespace vorlen

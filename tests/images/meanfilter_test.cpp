@@ -11,6 +11,8 @@
 #include "images/rasters/colormap.h"
 #include "support/testimages.h"
 
+namespace vorlen {
+
 namespace {
 
 Image randomImage(int width, int height, int depth, unsigned int seed) {
@@ -125,3 +127,5 @@ TEST(MeanFilter, warnsOfAnImageWithoutDepth) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "MeanFilter::apply(): cannot filter this type of image.\n"
                                                       "MeanFilter::apply(): [ image depth = 0, non-indexed image ]\n");
 }
+
+} // namespace vorlen

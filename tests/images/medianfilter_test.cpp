@@ -10,6 +10,8 @@
 #include "support/countingmonitor.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 // Sorts every whole window; NaN is greatest.
@@ -141,3 +143,5 @@ TEST(MedianFilter, reportsTheRowsOfAVolume) {
         EXPECT_EQ(monitor.finished, 1);
     }
 }
+
+} // namespace vorlen

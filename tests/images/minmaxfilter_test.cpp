@@ -12,6 +12,8 @@
 #include "support/vectors.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 // One line by definition: masked elements stay, the others take the best of the unmasked of their clipped window.
@@ -147,3 +149,5 @@ TEST(MaxFilter, reportsEachLineAndRefusesBallMode) {
     EXPECT_TRUE(monitor.rising);
     EXPECT_THROW(filter.setBallMode(true), ProgramError);
 }
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 #include <limits>
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -179,3 +181,5 @@ TEST(MaskPixelMatrixProcessing, remembersItsMaskUntilUnset) {
     marker.apply(matrix);
     EXPECT_EQ(matrix[0][0], -1);
 }
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "numerics/exception.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 Vector<int> sizes(std::initializer_list<int> values) {
@@ -307,3 +309,5 @@ TEST(ResizeXForm, halvesEveryChannelAndExpandsAColormapThatIsNotTheIdentity) {
     resizer.halve(target, deep);
     EXPECT_EQ(target.getDepth(), 24); // depth 16 is left alone
 }
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "support/vectors.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 // The convolutions of Vector, which have tests of their own, line by line.
@@ -195,3 +197,5 @@ TEST(GaussianFilter, changesNothingAtSigmaZeroAndRefusesWhatIsNoSigma) {
         EXPECT_THROW(filter.setSigma(sigma), ValueError);
     EXPECT_EQ(filter.getSigma(), 0.0f);
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "support/countingmonitor.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 int pattern(int i, int j, int k) {
@@ -217,3 +219,5 @@ TEST(NeighbourhoodFilter, refusesBallModeUnlessItIsAccepted) {
     filter.setBallMode(true);
     EXPECT_TRUE(filter.ballMode());
 }
+
+} // namespace vorlen

@@ -16,6 +16,8 @@
 #include "support/vectors.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 TEST(Thresholding, countsAValueOnTheThresholdAsAbove) {
     const float notANumber = std::numeric_limits<float>::quiet_NaN();
     const auto matrix = matrixOf<float>({{9.5f, 10.0f, 10.5f}, {-1e30f, 1e30f, notANumber}});
@@ -203,3 +205,5 @@ TEST(IsodataThresholding, refusesHistogramsThatCountNothing) {
     EXPECT_EQ(isodata.getThreshold(), 4.0f);
     EXPECT_TRUE(matrix == matrixOf<float>({{1.0f, 2.0f}}));
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 TEST(VolumeHistogramExpansion, stretchesRealsLinearly) {
     VoxelMatrix<float> volume = volumeOf<float>(2, 2, 2, [](int i, int j, int k) { return 10 + 2 * i + j + 4 * k; });
     VolumeHistogramExpansion<float> expansion;
@@ -72,3 +74,5 @@ TEST(VolumeHistogramExpansion, makesConstantsTheMinimumOrNotANumber) {
     expansion.apply(none);
     EXPECT_EQ(none.getSize3(), 4);
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "numerics/exception.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class Error, class Action>
@@ -258,3 +260,5 @@ TEST(VoxelMatrix, printNumbersThePlanes) {
     EXPECT_LT(text.find("4.00"), second);
     EXPECT_GT(text.find("5.00"), second);
 }
+
+} // namespace vorlen

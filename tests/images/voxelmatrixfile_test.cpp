@@ -13,6 +13,8 @@
 #include "support/temporaryfolder.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 std::string words(std::initializer_list<std::int32_t> values) {
@@ -319,3 +321,5 @@ TEST(VoxelFile, savingThroughALinkReplacesWhatItLeadsToAndKeepsThePermissions) {
     EXPECT_EQ(status.st_mode & 0777, mode_t(0640));
     EXPECT_EQ(folder.numFiles(), 2);
 }
+
+} // namespace vorlen

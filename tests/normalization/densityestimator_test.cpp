@@ -18,6 +18,8 @@
 #include "support/recordingmonitor.h"
 #include "support/testmeshes.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -277,3 +279,5 @@ TEST(DensityEstimator, givesThePercentilesOfTheDensityAtThePoints) {
     estimator.removeShape(second);
     EXPECT_THROW(estimator.percentile(map, grid, 50), SizeError);
 }
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "numerics/exception.h"
 #include "support/recordingmonitor.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Stacks with a configuration for them.
@@ -247,7 +249,7 @@ TEST(FusionPipeline, warpsVariedSpecimensOnTheirMean) {
         normalization.strategy.setAlignment(true);
         normalization.strategy.setRegistration(true);
         normalization.strategy.setWarping(true);
-        normalization.strategy.setPolynomialDegree((unsigned int)degree);
+        normalization.strategy.setPolynomialDegree(static_cast<unsigned int>(degree));
         FusionPipeline<float> pipeline;
         normalization.prepare(pipeline);
         ASSERT_TRUE(pipeline.run());
@@ -364,3 +366,5 @@ TEST(FusionPipeline, aCancelledRunStopsBeforeTheNextStepAndClears) {
     EXPECT_TRUE(pipeline.run());
     EXPECT_EQ(2u, pipeline.getShapeSets().size());
 }
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "shapes/boundingbox.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr DensityKernel kernels[] = {GaussianKernel, UniformKernel, EpanechnikovKernel, BiweightKernel};
@@ -124,3 +126,5 @@ TEST(KernelDensityEstimator, leavesUndefinedPointsAndEmptyPatternsOut) {
     for (const double bandwidth : {0.0, -1.0, std::nan(""), std::numeric_limits<double>::infinity()})
         EXPECT_THROW(other.setBandwidth(bandwidth), ValueError);
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "numerics/matrix.h"
 #include "shapes/vertices.h"
 
+namespace vorlen {
+
 /// size points with coordinates evenly drawn from low to high.
 template <class T>
 Vertices<T> randomPoints(int space, int size, double low, double high, unsigned int seed) {
@@ -39,3 +41,5 @@ Vector<T> affineImage(const Vector<T>& x) {
     }
     return y;
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "support/failures.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 namespace {
 
 /// x + y^2, y - 2 x y + 3, z + x z: displacements of total degree 2.
@@ -103,7 +105,7 @@ TEST(PolynomialWarp, isValidWhereItKeepsTheOrientation) {
     int folded = 0;
     for (int i = 0; i < moving.getSize(); ++i)
         folded += moving[i][0] > 0.5;
-    EXPECT_EQ((unsigned int)folded,
+    EXPECT_EQ(static_cast<unsigned int>(folded),
               PolynomialWarp<double>(fold).jacobianErrors(static_cast<const Shape<double>&>(moving)));
 
     const PolynomialWarp<double> mirror = fitted(1, moving, imagesOf(moving, [](Vector<double> v) {
@@ -187,3 +189,5 @@ TEST(PolynomialWarp, refusesWhatItCannotFitAndKeepsItsState) {
     EXPECT_THROW(warp.apply(plane), SizeError);
     EXPECT_THROW(warp.isValidAt(plane), SizeError);
 }
+
+} // namespace vorlen

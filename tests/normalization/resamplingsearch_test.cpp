@@ -8,6 +8,8 @@
 #include "shapes/quadmesh.h"
 #include "support/testmeshes.h"
 
+namespace vorlen {
+
 namespace {
 
 using Structure = VRLFusionSurfaceStructure<float>;
@@ -158,3 +160,5 @@ TEST(VRLFusionConfig, sharedStructuresAreThePolygonModelsThatAllStacksHave) {
     EXPECT_EQ(1u, VRLFusionConfig<float>::surfaceStructureInstances({a.get(), b.get()}, "empty elsewhere").size());
     EXPECT_TRUE(VRLFusionConfig<float>::surfaceStructureInstances({a.get(), b.get()}, "spots").empty());
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "numerics/exception.h"
 #include "support/failures.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -202,3 +204,5 @@ TEST(PrincipalAxesShapeRegistration, seesASetAsOneCloudOfVertices) {
     EXPECT_GT(scatter[1][1], scatter[2][2]);
     EXPECT_LT(std::abs(scatter[0][1]) + std::abs(scatter[0][2]) + std::abs(scatter[1][2]), 1e-8 * scatter[0][0]);
 }
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "shapes/shapeset.h"
 #include "support/testmeshes.h"
 
+namespace vorlen {
+
 /// A rigid motion for tests.
 template <class T>
 struct Motion {
@@ -163,3 +165,5 @@ double rotationDefect(const SquareMatrix<T>& r) {
     }
     return defect;
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "shapes/trimesh.h"
 #include "support/failures.h"
 
+namespace vorlen {
+
 namespace {
 
 const char* const averagePlace = "Shape<T>& ShapeSet<T>::average() const";
@@ -185,3 +187,5 @@ TEST(ShapeSetGroup, averageIsAReferenceOnlyWhereAllEntriesAre) {
     EXPECT_EQ((std::vector<double>{4.5, 1, 1}), coordinatesOf(*two[0]));
     EXPECT_TRUE(two.isReference(1));
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "support/failures.h"
 #include "support/recordingmonitor.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Sets of a group, which they outlive.
@@ -315,3 +317,5 @@ TEST(TargetRegistration, takesReferencesOfAnyShapeAndATemplateFromOutside) {
         EXPECT_LT((*specimens.sets[std::size_t(i)])[0]->rmsDistance(*target[0]), 1e-4f);
     }
 }
+
+} // namespace vorlen

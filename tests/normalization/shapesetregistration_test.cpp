@@ -7,6 +7,8 @@
 #include "normalization/shapemaker.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -133,3 +135,5 @@ TEST(ShapeSetRegistration, refusesSetsWithoutCorrespondingReferencesAndMovesNoth
     fewer->add(bumpyTube<float>(6, 16, 20), true);
     expectRefusal(SizeError(), std::move(fewer));
 }
+
+} // namespace vorlen

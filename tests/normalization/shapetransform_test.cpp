@@ -8,6 +8,8 @@
 #include "support/recordingmonitor.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Moves along x by 10; valid where x is below 12.
@@ -68,3 +70,5 @@ TEST(ShapeTransform, movesAndCountsEveryVertexOfASetWithItsExtensionsAndReportsE
     EXPECT_EQ((std::vector<std::string>{"started ", "1/3", "2/3", "3/3", "finished "}), monitor.heard);
     EXPECT_EQ(2u + 4u, shift.jacobianErrors(set));
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 
 #include "support/documentmaker.h"
 
+namespace vorlen {
+
 /// What makes one specimen differ from another.
 struct SpecimenRecipe {
     int quarters = 0; ///< quarter turns in the plane of the sections
@@ -68,3 +70,5 @@ inline std::unique_ptr<Stack> specimenStack(const std::string& name, const Speci
     }
     return stack;
 }
+
+} // namespace vorlen

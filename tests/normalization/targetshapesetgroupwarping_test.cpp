@@ -9,6 +9,8 @@
 #include "support/recordingmonitor.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 namespace {
 
 /// x - x^2 along the first axis: folds over where x exceeds a half.
@@ -67,3 +69,5 @@ TEST(TargetShapeSetGroupWarping, carriesEverySetOnTheTargetAndCountsFolds) {
     EXPECT_EQ(30u + 30u + 10u + 12u, warping.numEvaluations());
     EXPECT_EQ(folded, warping.numJacobianErrors());
 }
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "numerics/squarematrix.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 namespace {
 
 /// The spline's displacement at v from its definition: the whole system, inverted.
@@ -207,3 +209,5 @@ TEST(ThinPlateSpline, leavesPointsInPlaceBeforeAFitAndRefusesThoseOfAnotherDimen
     warp.fit(points, points);
     EXPECT_THROW(warp.apply(v), SizeError);
 }
+
+} // namespace vorlen

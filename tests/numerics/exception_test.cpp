@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 TEST(Exception, callStackWithoutAddedCallsIsTheWhereAndANewline) {
     Exception e;
     e.setWhere("f()");
@@ -67,3 +69,5 @@ TEST(Exception, aFileErrorIsCaughtByItsBaseWithItsFileAndAddedCalls) {
     EXPECT_EQ("b", e.getFile());
     EXPECT_FALSE((std::is_base_of_v<std::exception, Exception>));
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "numerics/exception.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 TEST(Maths, froundSendsHalvesUpAlsoBelowZero) {
     EXPECT_EQ(0, Maths::fround(-0.5));
     EXPECT_EQ(-1, Maths::fround(-1.5));
@@ -103,3 +105,5 @@ TEST(Maths, aRotationIsRebuiltFromItsAngles) {
         }
     }
 }
+
+} // namespace vorlen

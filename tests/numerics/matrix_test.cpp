@@ -11,6 +11,8 @@
 #include <sstream>
 #include <vector>
 
+namespace vorlen {
+
 using namespace matrixtools;
 
 TEST(Matrix, setSizeOfThePresentShapeKeepsTheContents) {
@@ -528,3 +530,5 @@ TEST(Matrix, integerMatricesNameTheirTypeWhenTheyRefuse) {
     expectError<TypeError>([] { Matrix<char>(1, 1).svd(nullptr, nullptr); },
                            "Matrix<char> Matrix<char>::svd(...) const", "Method not available for type 'char'");
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include <initializer_list>
 #include <string>
 
+namespace vorlen {
+
 /// Matrices and comparisons for the tests of the linear algebra.
 namespace matrixtools {
 
@@ -103,3 +105,5 @@ void expectError(F&& operation, const std::string& where, const std::string& wha
 }
 
 } // namespace matrixtools
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "support/failures.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 namespace {
 
 Vector<double> coefficientsUpFrom(int first, int n) {
@@ -294,3 +296,5 @@ TEST(PolynomialFitting, sizesThatDoNotFitAreRefused) {
     EXPECT_THROW(fit.approximate({}, points, vectorOf({1.0, 2.0})), ValueError);
     EXPECT_THROW(fit.approximate({}, Vector<double>(), 1), ValueError);
 }
+
+} // namespace vorlen

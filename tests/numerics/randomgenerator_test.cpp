@@ -10,6 +10,8 @@
 #include "numerics/recommendedrandomengine.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 namespace {
 
 // Hands out given numbers in turn.
@@ -136,3 +138,5 @@ TEST(RandomGenerator, drawFollowsTheWeights) {
     EXPECT_NEAR(500, second, 100);
     EXPECT_THROW(random.draw(Vector<unsigned int>()), SizeError);
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include <limits>
 #include <utility>
 
+namespace vorlen {
+
 using namespace matrixtools;
 
 namespace {
@@ -422,3 +424,5 @@ TEST(SquareMatrix, integerMatricesNameTheirTypeWhenTheyRefuse) {
                            "void SquareMatrix<int>::tridiagSolve(...)", what);
     EXPECT_EQ(m, matrix<int>({{1, 2}, {3, 4}}));
 }
+
+} // namespace vorlen

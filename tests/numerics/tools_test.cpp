@@ -13,6 +13,8 @@
 #include "files/system.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 using Strings = std::vector<std::string>;
@@ -177,3 +179,5 @@ TEST(Ask4, asksAgainUntilANumberComesAndFailsAtTheEnd) {
     EXPECT_THROW(ask4float("n"), FileReadError);
     EXPECT_THROW(ask4string("n"), FileReadError);
 }
+
+} // namespace vorlen

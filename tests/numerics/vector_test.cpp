@@ -17,6 +17,8 @@
 #include "support/failures.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 // Incomplete here; the vector is compiled for pointers to it.
 class Model;
 
@@ -686,3 +688,5 @@ TEST(VectorEpsilon, followsTheType) {
     EXPECT_EQ(1e-15, Vector<double>::epsilon());
     EXPECT_EQ(1e-18L, Vector<long double>::epsilon());
 }
+
+} // namespace vorlen

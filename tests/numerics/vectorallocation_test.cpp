@@ -8,6 +8,8 @@
 #include "numerics/vector.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 namespace {
 
 thread_local long numAllocations = 0;
@@ -108,3 +110,5 @@ TEST(VectorAllocation, aViewNeedsNone) {
               }));
     EXPECT_EQ(2, array[8]);
 }
+
+} // namespace vorlen

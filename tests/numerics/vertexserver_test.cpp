@@ -8,6 +8,8 @@
 #include "support/failures.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 TEST(VertexServer, theConstructorFillsInCapacityAndGrowth) {
     const VertexServer<float> server(3, 5, 0, 0);
     EXPECT_EQ(3, server.getSpace());
@@ -173,3 +175,5 @@ TEST(VertexClient, printsNilWithoutAServer) {
     VertexClient<int>(1, 0, 0, 1).print("", with);
     EXPECT_EQ(0u, with.str().find(" Server:\n  address  = "));
 }
+
+} // namespace vorlen

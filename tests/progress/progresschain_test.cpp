@@ -4,6 +4,8 @@
 
 #include "support/recordingmonitor.h"
 
+namespace vorlen {
+
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -91,3 +93,5 @@ TEST_F(ProgressChainTest, cancelGoesToTheSubjectThatSpeaksOnly) {
 }
 
 } // namespace
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "support/recordingmonitor.h"
 
+namespace vorlen {
+
 namespace {
 
 TEST(ProgressProxy, relaysEverythingUnderItsOwnName) {
@@ -60,3 +62,5 @@ TEST(ProgressProxy, isOneSubjectWithAnotherVirtualBaseOfItsClass) {
 }
 
 } // namespace
+
+} // namespace vorlen

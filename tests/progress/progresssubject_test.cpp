@@ -7,6 +7,8 @@
 
 #include "support/recordingmonitor.h"
 
+namespace vorlen {
+
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -143,3 +145,5 @@ TEST(ProgressSubject, resetTakesTheCancellationBack) {
 }
 
 } // namespace
+
+} // namespace vorlen

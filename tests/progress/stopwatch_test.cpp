@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 void work(std::clock_t ticks) {
@@ -61,3 +63,5 @@ TEST(Stopwatch, ordersLabelsAndTotalsTwo) {
 }
 
 } // namespace
+
+} // namespace vorlen

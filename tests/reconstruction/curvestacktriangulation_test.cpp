@@ -10,6 +10,8 @@
 
 #include "shapes/curvestack.h"
 
+namespace vorlen {
+
 namespace {
 
 using Points = std::vector<std::array<double, 2>>;
@@ -236,3 +238,5 @@ TEST(CurveStackTriangulation, theDumpNamesFacetsAndNormals) {
     tiling.print("wall", text);
     EXPECT_EQ(text.str().rfind("wall\nNFacets: 8\nNormals:\n", 0), 0u) << text.str();
 }
+
+} // namespace vorlen

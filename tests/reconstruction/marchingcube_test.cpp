@@ -13,6 +13,8 @@
 
 #include "reconstruction/randomfields.h"
 
+namespace vorlen {
+
 namespace {
 
 using Tables = MarchingCubesTables;
@@ -262,3 +264,5 @@ TEST(MarchingCube, tilingsConnectTheCornersAsTheTrilinearFieldDoes) {
                               Tiling12_1_2_, Tiling13_5_1, Tiling13_5_2, Tiling13_5_2_})
         EXPECT_GE(met[table], 3) << int(table);
 }
+
+} // namespace vorlen

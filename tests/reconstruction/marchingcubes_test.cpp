@@ -18,6 +18,8 @@
 #include "support/plainmarchingcubes.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 using Mesh = TriMesh<float>;
@@ -365,3 +367,5 @@ TEST(MarchingCubes, monitorsHearOfEachLayerAndCanStopTheWork) {
     EXPECT_EQ(1, monitor.canceled);
     EXPECT_EQ(12u, monitor.steps.size());
 }
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 using Tables = MarchingCubesTables;
@@ -302,3 +304,5 @@ TEST(MarchingCubesTables, eachTilingIsOneDiscForEachClosedLineOrJoinsTwoByATube)
         EXPECT_EQ(lines.size() + (tiling.hasInnerVertex() ? 1 : 0), vertices.size());
     });
 }
+
+} // namespace vorlen

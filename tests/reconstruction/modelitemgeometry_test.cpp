@@ -8,6 +8,8 @@
 #include "shapes/curve.h"
 #include "support/documentmaker.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Two slices with pixels of 0.5 by 2, at 0 and 4.
@@ -93,3 +95,5 @@ TEST_F(ModelItemGeometryTest, emptyAndHomelessItemsDoNoHarm) {
     geometry.setModelItem(homeless);
     EXPECT_THROW(geometry.run(), UsageError);
 }
+
+} // namespace vorlen

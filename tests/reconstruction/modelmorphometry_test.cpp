@@ -9,6 +9,8 @@
 #include "support/documentmaker.h"
 #include "support/fixedsource.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
@@ -179,3 +181,5 @@ TEST(ModelMorphometry, withoutVerticesAllIsZeroAndWithoutAModelNothingRuns) {
     EXPECT_EQ(morphometry.getEquivRadius(), 0);
     EXPECT_EQ(morphometry.getMainAxesLengths().getSize(), 3);
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include <limits>
 #include <random>
 
+namespace vorlen {
+
 /// Ways to choose field values, most of which make ambiguous faces and interiors frequent. Level 0.
 enum class FieldKind {
     Uniform,      ///< anywhere from -1 to 1
@@ -58,3 +60,5 @@ inline void randomField(std::mt19937& random, FieldKind kind, double* values) {
     for (int c = 0; c < 8; ++c)
         values[c] = randomValue(random, kind, even[c]);
 }
+
+} // namespace vorlen

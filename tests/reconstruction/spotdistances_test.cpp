@@ -5,6 +5,8 @@
 #include "numerics/exception.h"
 #include "support/documentmaker.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Slices at 0, 10, 20, 30 with a square of side 20 on each ("cell"), which is resampled with its corners.
@@ -56,3 +58,5 @@ TEST(SpotDistances, tellWhatIsMissing) {
         stack.getModel(0).getItem(k).setVertices(makeVertices({}));
     EXPECT_EQ(refusal(stack), "Its model \"cell\" has no outlines");
 }
+
+} // namespace vorlen

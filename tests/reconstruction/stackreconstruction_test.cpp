@@ -10,6 +10,8 @@
 #include "support/documentmaker.h"
 #include "support/fixedsource.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int rows = 80, columns = 100;
@@ -218,3 +220,5 @@ TEST(StackReconstruction, aModelWithoutItemsGivesNoLevels) {
     EXPECT_EQ(dynamic_cast<CurveStack<float>&>(*shape).getHeight(), 0);
     EXPECT_EQ(shape->getNumVertices(), 0);
 }
+
+} // namespace vorlen

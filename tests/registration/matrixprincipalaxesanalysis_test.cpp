@@ -10,6 +10,8 @@
 #include "support/failures.h"
 #include "support/volumes.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -121,3 +123,5 @@ TEST(MatrixPrincipalAxesAnalysis, hasNoResultsBeforeTheFirstImageAndNewOnesWithE
     analysis.apply(matrixOf<float>({{1, 0}, {0, 0}}));
     EXPECT_EQ(0, analysis.getInertiaCenter()[1]);
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "support/volumes.h"
 #include "values/registration.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr double degree = M_PI / 180;
@@ -184,3 +186,5 @@ TEST(PrincipalAxesImageRegistration, keepsItsResultAsASliceDoes) {
     EXPECT_EQ(-19, onLarger.getHorShift());
     EXPECT_EQ(-9, onLarger.getVerShift());
 }
+
+} // namespace vorlen

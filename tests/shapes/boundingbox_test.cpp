@@ -7,6 +7,8 @@
 #include "numerics/exception.h"
 #include "support/testcurves.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -93,3 +95,5 @@ TEST(BoundingBox, itsCornersFollowTheBitsOfTheirNumber) {
     EXPECT_EQ((boxOf<int>({0, 0, 0}, {1, 1, 1}).vertices().getSize()), 8);
     EXPECT_THROW(boxOf<int>({1}, {1, 2}).vertices(), SizeError);
 }
+
+} // namespace vorlen

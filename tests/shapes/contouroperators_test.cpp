@@ -8,12 +8,14 @@
 #include "shapes/douglaspeuckercurvedecimation.h"
 #include "support/testcurves.h"
 
+namespace vorlen {
+
 namespace {
 
 using Ints = std::vector<int>;
 
 bool inLine(const Vector<int>& p, const Vector<int>& q, const Vector<int>& r) {
-    return (long long)(p[0] - q[0]) * (r[1] - p[1]) == (long long)(r[0] - p[0]) * (p[1] - q[1]);
+    return static_cast<long long>(p[0] - q[0]) * (r[1] - p[1]) == static_cast<long long>(r[0] - p[0]) * (p[1] - q[1]);
 }
 
 /// One pass, or passes until one removes nothing, taken word for word: on a list from which vertices are erased. The
@@ -262,3 +264,5 @@ TEST(CurveResampling, aCurveMayBeResampledOntoItself) {
     CurveResampling<double>().apply(curve, curve, 9);
     EXPECT_EQ(coordinatesOf(curve), coordinatesOf(six));
 }
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "support/failures.h"
 #include "support/testcurves.h"
 
+namespace vorlen {
+
 namespace {
 
 using Ints = std::vector<int>;
@@ -321,3 +323,5 @@ TEST(Curve, resamplingErrorIsTheDistanceToTheLineAtTheSameLength) {
         },
         "void Curve<int>::resamplingError(...) const", "Method not available for type 'int'");
 }
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "support/failures.h"
 #include "support/testcurves.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Contours around the z axis of the given numbers of vertices, at heights 0, 2, 4, ...; the radius is a function of
@@ -246,3 +248,5 @@ TEST(CurveStack, closestPointMapKeepsTheClosure) {
     EXPECT_TRUE(map.isClosed());
     EXPECT_EQ(map[1][4], vectorOf<float>({1, 4}));
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -147,3 +149,5 @@ TEST(Edge, planeIsNotForInt) {
         EXPECT_EQ(error.getWhat(), "Method not available for type 'int'");
     }
 }
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "support/failures.h"
 #include "support/testcurves.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -302,3 +304,5 @@ TEST(FourierDescriptors, wholeCoordinatesAreCutTowardsZeroAndOtherAxesStay) {
     Curve<int> line = curveOf<int>({{1}, {2}});
     EXPECT_THROW(FourierDescriptors<int>::filter(line, 1), SizeError);
 }
+
+} // namespace vorlen

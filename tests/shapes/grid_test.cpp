@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 TEST(Grid, ofTwoCellsHasItsCentresAtTheirMiddles) {
     Grid<double> grid;
     EXPECT_FALSE(grid.isValid());
@@ -62,3 +64,5 @@ TEST(MaskSurface, isAnInsideMaskUntilToldOtherwise) {
     EXPECT_FALSE(mask.isInsideMask());
     EXPECT_EQ(mask.getTriMesh(), &mesh);
 }
+
+} // namespace vorlen

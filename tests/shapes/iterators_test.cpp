@@ -7,6 +7,8 @@
 #include "shapes/trimesh.h"
 #include "support/testcurves.h"
 
+namespace vorlen {
+
 namespace {
 
 using Ints = std::vector<int>;
@@ -125,3 +127,5 @@ TEST(EdgeIterator, neighboursOnTheSameCurveAreToldFromOthers) {
     EXPECT_FALSE(*at(open, 1) == *at(closed, 1));
     EXPECT_FALSE(at(open, 0)->isPrevious(*at(closed, 1)));
 }
+
+} // namespace vorlen

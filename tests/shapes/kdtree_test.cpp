@@ -11,6 +11,8 @@
 #include <random>
 #include <set>
 
+namespace vorlen {
+
 namespace {
 
 /// Points with coordinates among a few values, so that many distances are equal and many points coincide, or among so
@@ -229,3 +231,5 @@ TEST(KDTree, countsUndefinedCoordinatesAsInfinitelyFar) {
     }
     EXPECT_EQ(indexes.size(), 60u);
 }
+
+} // namespace vorlen

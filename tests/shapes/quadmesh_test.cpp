@@ -10,6 +10,8 @@
 
 #include <cmath>
 
+namespace vorlen {
+
 namespace {
 
 Vector<double> point(double x, double y, double z) {
@@ -459,3 +461,5 @@ TEST(ShapeInterpolation, mayWriteIntoItsTarget) {
     interpolation.setTargetShape(other);
     EXPECT_THROW(interpolation.apply(0.5, target), SizeError);
 }
+
+} // namespace vorlen

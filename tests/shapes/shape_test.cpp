@@ -13,6 +13,8 @@
 #include "support/failures.h"
 #include "support/testcurves.h"
 
+namespace vorlen {
+
 namespace {
 
 using Doubles = std::vector<double>;
@@ -183,7 +185,7 @@ TEST(Shape, nearestNeighborsAreThoseOfTheWalkOverAllPairs) {
             for (int j = 1; j < b.getSize(); ++j) {
                 best = a[i].sdistance(b[j]) < a[i].sdistance(b[best]) ? j : best;
             }
-            EXPECT_EQ(neighbors[i], at((unsigned int)(best)));
+            EXPECT_EQ(neighbors[i], at(static_cast<unsigned int>(best)));
             EXPECT_EQ(squares[i], a[i].sdistance(b[best]));
             EXPECT_DOUBLE_EQ(roots[i], std::sqrt(squares[i]));
             int own = -1;
@@ -193,7 +195,7 @@ TEST(Shape, nearestNeighborsAreThoseOfTheWalkOverAllPairs) {
                 }
             }
             if (own >= 0) {
-                EXPECT_EQ(ownNeighbors[i], at((unsigned int)(own)));
+                EXPECT_EQ(ownNeighbors[i], at(static_cast<unsigned int>(own)));
                 EXPECT_EQ(ownSquares[i], a[i].sdistance(a[own]));
             }
         }
@@ -363,3 +365,5 @@ TEST(Shape, deformationsLeadFromEachVertexToItsCounterpart) {
                              "void Shape<T>::saveDeformations(const Shape<T>&,const string&) const",
                              "Space or size mismatch between shapes");
 }
+
+} // namespace vorlen

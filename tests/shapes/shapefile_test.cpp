@@ -15,6 +15,8 @@
 #include "support/testcurves.h"
 #include "support/testmeshes.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -322,3 +324,5 @@ TEST(ShapeFile, theDeformationTableHoldsCoordinatesAndDifferences) {
                              "Space or size mismatch between shapes");
     EXPECT_THROW(from.saveDeformations(to, folder.file("nowhere/t.txt"), true), FileWriteError);
 }
+
+} // namespace vorlen

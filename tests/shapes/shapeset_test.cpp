@@ -4,6 +4,8 @@
 
 #include "support/testcurves.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Counts how often it is destroyed.
@@ -71,3 +73,5 @@ TEST(ShapeSet, onlyClearDestroysTheShapesAndEachOnce) {
     set.clear();
     EXPECT_EQ(destroyed, 2);
 }
+
+} // namespace vorlen

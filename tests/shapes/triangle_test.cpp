@@ -9,6 +9,8 @@
 #include <limits>
 #include <random>
 
+namespace vorlen {
+
 namespace {
 
 using Point = Vector<double>;
@@ -182,3 +184,5 @@ TEST(Triangle, ofIntRefusesWhatNeedsRoots) {
     EXPECT_THROW(triangle.normal(true), TypeError);
     EXPECT_THROW(triangle.intersects(Edge<int>(3), out), UsageError);
 }
+
+} // namespace vorlen

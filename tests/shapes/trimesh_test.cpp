@@ -12,6 +12,8 @@
 #include <random>
 #include <sstream>
 
+namespace vorlen {
+
 namespace {
 
 using List = std::list<unsigned int>;
@@ -490,3 +492,5 @@ TYPED_TEST(TriMeshOf, raysThroughEdgesDoNotMislead) {
                 ASSERT_EQ(interior.contains(p), inside) << i << " " << j << " " << k;
             }
 }
+
+} // namespace vorlen

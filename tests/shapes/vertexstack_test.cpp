@@ -7,6 +7,8 @@
 #include "numerics/exception.h"
 #include "support/testcurves.h"
 
+namespace vorlen {
+
 namespace {
 
 using Ints = std::vector<int>;
@@ -173,3 +175,5 @@ TEST(VertexStack, closestPointMapHoldsLevelAndPositionOfTheFirstNearest) {
     }
     EXPECT_EQ(own.closestPointMap(VertexStack<float>())[0][0], vectorOf<float>({-1, -1}));
 }
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "support/failures.h"
 #include "support/testcurves.h"
 
+namespace vorlen {
+
 namespace {
 
 Vertices<int> numbered(int n) {
@@ -260,3 +262,5 @@ TEST(Vertices, printShowsNameServerAndList) {
     EXPECT_EQ(text.rfind("title\nShape: spots\n Server:\n  address  = ", 0), 0u) << text;
     EXPECT_NE(text.find("\n Size = 1\n Indexes = \n   0\n"), std::string::npos) << text;
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 /// Ellipse on a pixel grid; pixel centres have whole coordinates.
 struct Ellipse {
     double x;
@@ -71,3 +73,5 @@ double largestDistance(const Curve<U>& curve, const Ellipse& ellipse) {
         largest = std::max(largest, distanceOf(curve, k, ellipse));
     return largest;
 }
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "support/failures.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 namespace {
 
 struct PlainForce {
@@ -281,3 +283,5 @@ TEST(Snake, refusesToStepUnprepared) {
         EXPECT_THROW(snake.runStep(), ValueError);
     }
 }
+
+} // namespace vorlen

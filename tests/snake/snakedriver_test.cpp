@@ -13,6 +13,8 @@
 #include "support/failures.h"
 #include "support/recordingmonitor.h"
 
+namespace vorlen {
+
 namespace {
 
 const Ellipse disc{80.0, 70.0, 30.0, 30.0};
@@ -225,3 +227,5 @@ TEST(SnakeDriver, takesTheNumberOfStepsFromTheImage) {
     expectFailure<UsageError>([&] { driver.run(unprepared, -1); }, "bool SnakeDriver<T,U>::run(Snake<T,U>&, int)",
                               "The snake has no image");
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "progress/progressmonitor.h"
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 /// Counts what a computation reports, and cancels it when it is asked to.
 class CountingMonitor : public ProgressMonitor {
 public:
@@ -28,3 +30,5 @@ public:
     unsigned int last = 0, lastTotal = 0;
     bool rising = true;
 };
+
+} // namespace vorlen

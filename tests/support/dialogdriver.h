@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 /// Handles to the controls of a window, by what the user reads, and answers to the modal windows that it opens.
 
 /// The one child of this kind and accessible name.
@@ -75,3 +77,5 @@ private:
     QTimer __timer;
     std::vector<QString> __buttons;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "document/modelitem.h"
 #include "document/stack.h"
 
+namespace vorlen {
+
 /// Short makers of documents for tests.
 
 inline Vector<int> point(int x, int y) {
@@ -67,3 +69,5 @@ inline ModelItem& addItem(Model& model, StackSlice& slice, const std::vector<std
     item->attach();
     return *item;
 }
+
+} // namespace vorlen

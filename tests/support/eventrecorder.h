@@ -13,6 +13,8 @@
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
 
+namespace vorlen {
+
 /// Writes down the handlers that are called, by name, in order.
 class EventRecorder : public VRLEventClient {
 public:
@@ -56,3 +58,5 @@ public:
 
     std::vector<std::string> heard;
 };
+
+} // namespace vorlen

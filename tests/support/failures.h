@@ -6,6 +6,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 /// Expects that the operation throws just this error, with this place and this sentence.
 template <class Error, class Operation>
 void expectFailure(Operation operation, const std::string& where, const std::string& what) {
@@ -19,3 +21,5 @@ void expectFailure(Operation operation, const std::string& where, const std::str
         ADD_FAILURE() << "another failure: " << error;
     }
 }
+
+} // namespace vorlen

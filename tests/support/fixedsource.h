@@ -2,6 +2,8 @@
 
 #include "values/imagesource.h"
 
+namespace vorlen {
+
 /// An image source of a fixed size, without an image.
 class FixedSource : public ImageSource {
 public:
@@ -18,3 +20,5 @@ private:
     int __rows, __columns;
     bool __defined;
 };
+
+} // namespace vorlen

@@ -13,6 +13,7 @@ extern "C" int dlclose(void*) {
 }
 
 int main(int argc, char** argv) {
+    using namespace vorlen;
     ::testing::InitGoogleTest(&argc, argv);
     QTemporaryDir home;
     qputenv("HOME", home.path().toLocal8Bit());

@@ -15,6 +15,8 @@
 #include <sanitizer/allocator_interface.h>
 #endif
 
+namespace vorlen {
+
 #ifdef VORLEN_ADDRESS_SANITIZER
 constexpr bool addressSanitizer = true;
 #else
@@ -33,3 +35,5 @@ inline long heldMemory() {
     return resident * ::sysconf(_SC_PAGESIZE);
 #endif
 }
+
+} // namespace vorlen

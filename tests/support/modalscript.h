@@ -19,6 +19,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 /// Plays the user in front of modal dialogs: each step is carried out on the next dialog that appears, or that comes
 /// back to the front when a dialog of its own closes. A dialog that nobody expects, and a step whose dialog does not
 /// come, are failures; no test hangs on them.
@@ -113,3 +115,5 @@ private:
     QPointer<QWidget> __handled;
     QElapsedTimer __sinceHandled;
 };
+
+} // namespace vorlen

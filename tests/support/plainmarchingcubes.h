@@ -8,6 +8,8 @@
 #include "reconstruction/marchingcube.h"
 #include "shapes/trimesh.h"
 
+namespace vorlen {
+
 /// Marching cubes in the plainest form: one table of vertex numbers for each direction and the whole volume, one visit
 /// to each position and to each cube, with a test of the bounds at each corner. Tilings and face tests are those of the
 /// library.
@@ -33,7 +35,8 @@ public:
             for (int axis = 0; axis < 3; ++axis)
                 result[int(n)][axis] = __vertices[n][axis];
         for (const std::array<int, 3>& t : __triangles)
-            result.addTriangle((unsigned int)t[0], (unsigned int)t[1], (unsigned int)t[2]);
+            result.addTriangle(static_cast<unsigned int>(t)[0], static_cast<unsigned int>(t)[1],
+                               static_cast<unsigned int>(t)[2]);
         result.computeNormals();
         return result;
     }
@@ -122,3 +125,5 @@ private:
     std::vector<std::array<float, 3>> __vertices;
     std::vector<std::array<int, 3>> __triangles;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "progress/progressmonitor.h"
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 /// Writes down what it hears, each as one text, and the subject that said it.
 class RecordingMonitor : public ProgressMonitor {
 public:
@@ -31,3 +33,5 @@ private:
         subjects.push_back(currentSubject());
     }
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "images/rasters/image.h"
 #include "support/temporaryfolder.h"
 
+namespace vorlen {
+
 /// A folder for stack descriptions and their images, which may lie in folders below it.
 class StackFolder : public TemporaryFolder {
 public:
@@ -30,3 +32,5 @@ private:
         std::filesystem::create_directories(std::filesystem::path(file(name)).parent_path());
     }
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include <iterator>
 #include <string>
 
+namespace vorlen {
+
 /// An empty folder that lives as long as this object.
 class TemporaryFolder {
 public:
@@ -44,3 +46,5 @@ public:
 private:
     std::string __path;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "shapes/curvestack.h"
 #include "support/vectors.h"
 
+namespace vorlen {
+
 /// Vertices with the coordinates of the rows.
 template <class T>
 Vertices<T> verticesOf(const std::vector<std::vector<T>>& rows) {
@@ -59,3 +61,5 @@ std::vector<T> coordinatesOf(const Shape<T>& shape) {
     const Vector<T> all = shape.toVector();
     return std::vector<T>(all.begin(), all.end());
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 
 #include <tiffio.h>
 
+namespace vorlen {
+
 namespace TestImages {
 
 /// Image whose byte k has the value (a*k + b) mod 256.
@@ -89,3 +91,5 @@ inline void writeTiff(const std::string& filename, const TiffRecipe& recipe) {
 }
 
 } // namespace TestImages
+
+} // namespace vorlen

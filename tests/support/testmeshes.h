@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+namespace vorlen {
+
 /// Mesh with its stars built.
 template <class T>
 TriMesh<T> meshOf(const std::vector<Vector<T>>& vertices, const std::vector<Vector<unsigned int>>& triangles) {
@@ -112,3 +114,5 @@ QuadMesh<T> tubeMesh(int height, int width, T radius, bool open = false) {
     }
     return mesh;
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Vector of the values in the braces.
 template <class T>
 Vector<T> vectorOf(std::initializer_list<T> values) {
@@ -22,3 +24,5 @@ void PrintTo(const Vector<T>& v, std::ostream* stream) {
         *stream << (i == 0 ? "" : ", ") << +v[i];
     *stream << ')';
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
 
+namespace vorlen {
+
 /// A matrix with the rows given, all of one length.
 template <class T>
 PixelMatrix<T> matrixOf(std::initializer_list<std::initializer_list<T>> rows) {
@@ -72,3 +74,5 @@ void replaceLines(VoxelMatrix<T>& volume, const VoxelMatrix<T>* mask, int axis, 
                 volume(at[0], at[1], at[2]) = line[static_cast<std::size_t>(at[axis])];
         }
 }
+
+} // namespace vorlen

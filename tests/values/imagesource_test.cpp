@@ -4,6 +4,8 @@
 
 #include "values/imagecolorcontent.h"
 
+namespace vorlen {
+
 namespace {
 
 class FixedSource : public ImageSource {
@@ -32,3 +34,5 @@ TEST(ImageColorContent, hasNamesAndOneForTheRest) {
 }
 
 } // namespace
+
+} // namespace vorlen

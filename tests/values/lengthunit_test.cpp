@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 TEST(LengthUnit, isTheMeterAtFirst) {
@@ -51,3 +53,5 @@ TEST(LengthUnit, comparesByScale) {
 }
 
 } // namespace
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 TEST(PixelCalibration, isASquareUnitPixelByDefault) {
@@ -84,3 +86,5 @@ TEST(PixelCalibration, aZeroToDivideByLeavesEverything) {
 }
 
 } // namespace
+
+} // namespace vorlen

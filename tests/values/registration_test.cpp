@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 TEST(Registration, isNullUntilOneOfThreeIsSet) {
@@ -30,3 +32,5 @@ TEST(Registration, anAngleIsCorrectedByOneTurnOnly) {
 }
 
 } // namespace
+
+} // namespace vorlen

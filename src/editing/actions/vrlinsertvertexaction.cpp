@@ -2,6 +2,8 @@
 
 #include "document/modelitem.h"
 
+namespace vorlen {
+
 void VRLInsertVertexAction::setIndex(int index) {
     __index = index;
 }
@@ -29,3 +31,5 @@ void insertSelectedVertex(ModelItem& item, int index, const Vector<int>& point) 
     else
         item.getSelection().set(true, index, false);
 }
+
+} // namespace vorlen

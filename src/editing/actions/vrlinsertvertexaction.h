@@ -3,6 +3,8 @@
 #include "editing/actions/vrlitemaction.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Puts a vertex in front of another. Of a connected item all vertices are selected then; of points the new one is
 /// selected besides.
 class VRLInsertVertexAction : public VRLItemAction {
@@ -21,3 +23,5 @@ private:
 
 /// Puts the vertex in front of vertex index and selects as VRLInsertVertexAction does.
 void insertSelectedVertex(ModelItem& item, int index, const Vector<int>& point);
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "editing/bus/vrleventserver.h"
 #include "editing/bus/vrlmodelitemevent.h"
 
+namespace vorlen {
+
 bool VRLItemAction::concerns(const Model& model) const {
     return __item->getModel() == &model;
 }
@@ -12,3 +14,5 @@ void VRLItemAction::notifyVertices() const {
     VRLModelItemVertexEvent event(__item);
     VRLEventServer::notifyEvent(event);
 }
+
+} // namespace vorlen

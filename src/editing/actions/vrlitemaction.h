@@ -2,6 +2,8 @@
 
 #include "editing/history/vrlaction.h"
 
+namespace vorlen {
+
 class ModelItem;
 class VRLEvent;
 
@@ -21,3 +23,5 @@ protected:
 private:
     ModelItem* __item;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "document/modelitem.h"
 
+namespace vorlen {
+
 void VRLItemAppendPointsAction::setVertices(const Vertices<int>& vertices) {
     __vertices = vertices;
     __vertices.detach();
@@ -24,3 +26,5 @@ void VRLItemAppendPointsAction::revert() {
 QString VRLItemAppendPointsAction::description(bool) const {
     return "Append points to item";
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "editing/actions/vrlitemaction.h"
 #include "shapes/vertices.h"
 
+namespace vorlen {
+
 /// Appends vertices at the end.
 class VRLItemAppendPointsAction : public VRLItemAction {
 public:
@@ -17,3 +19,5 @@ public:
 private:
     Vertices<int> __vertices;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "editing/bus/vrlmodelitemevent.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 VRLItemAttributesAction::VRLItemAttributesAction(ModelItem& item)
     : VRLItemAction(item), __oldProperties(item.getProperties()), __newProperties(item.getProperties()) {
 }
@@ -32,3 +34,5 @@ void VRLItemAttributesAction::setItemProperties(const ModelItemProperties& prope
     VRLModelItemAttributeEvent event(&getItem());
     VRLEventServer::notifyEvent(event);
 }
+
+} // namespace vorlen

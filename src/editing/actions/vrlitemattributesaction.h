@@ -3,6 +3,8 @@
 #include "document/modelitemproperties.h"
 #include "editing/actions/vrlitemaction.h"
 
+namespace vorlen {
+
 /// Gives an item other properties of its own.
 ///
 /// An item of points of which some are selected and some are not must have been split before.
@@ -23,3 +25,5 @@ private:
     ModelItemProperties __oldProperties;
     ModelItemProperties __newProperties;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "editing/bus/vrleventserver.h"
 #include "editing/bus/vrlmodelitemevent.h"
 
+namespace vorlen {
+
 VRLItemConversionAction::VRLItemConversionAction(ModelItem& item)
     : VRLItemAction(item), __source(item.getModel()), __oldProperties(item.getProperties()) {
 }
@@ -40,3 +42,5 @@ void VRLItemConversionAction::move(Model& source, VRLItemPlace& oldPlace, Model&
     VRLModelItemConvertEvent event(&getItem(), &source, &destination);
     VRLEventServer::notifyEvent(event);
 }
+
+} // namespace vorlen

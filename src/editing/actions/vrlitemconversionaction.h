@@ -4,6 +4,8 @@
 #include "editing/actions/vrlitemaction.h"
 #include "editing/actions/vrlitemplace.h"
 
+namespace vorlen {
+
 /// Moves a whole item to another model. Without a destination nothing happens.
 class VRLItemConversionAction : public VRLItemAction {
 public:
@@ -26,3 +28,5 @@ private:
     VRLItemPlace __sourcePlace;
     VRLItemPlace __destinationPlace;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "editing/bus/vrleventserver.h"
 #include "editing/bus/vrlmodelitemevent.h"
 
+namespace vorlen {
+
 VRLItemCreationAction::~VRLItemCreationAction() {
     if (reverted())
         delete &getItem();
@@ -28,3 +30,5 @@ void VRLItemCreationAction::revert() {
 QString VRLItemCreationAction::description(bool) const {
     return "Item creation";
 }
+
+} // namespace vorlen

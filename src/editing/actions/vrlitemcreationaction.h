@@ -3,6 +3,8 @@
 #include "editing/actions/vrlitemaction.h"
 #include "editing/actions/vrlitemplace.h"
 
+namespace vorlen {
+
 /// Attaches a new item to its model and its slice. Undone, it owns the item.
 class VRLItemCreationAction : public VRLItemAction {
 public:
@@ -15,3 +17,5 @@ public:
 private:
     VRLItemPlace __place;
 };
+
+} // namespace vorlen

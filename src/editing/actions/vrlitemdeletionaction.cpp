@@ -4,6 +4,8 @@
 #include "editing/bus/vrleventserver.h"
 #include "editing/bus/vrlmodelitemevent.h"
 
+namespace vorlen {
+
 VRLItemDeletionAction::~VRLItemDeletionAction() {
     if (!reverted() && __applied)
         delete &getItem();
@@ -34,3 +36,5 @@ void VRLItemDeletionAction::revert() {
 QString VRLItemDeletionAction::description(bool) const {
     return "Item deletion";
 }
+
+} // namespace vorlen

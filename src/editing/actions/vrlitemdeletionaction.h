@@ -3,6 +3,8 @@
 #include "editing/actions/vrlitemaction.h"
 #include "editing/actions/vrlitemplace.h"
 
+namespace vorlen {
+
 /// Takes an item off its model and its slice, and owns it then. Equal to another deletion of the same item.
 class VRLItemDeletionAction : public VRLItemAction {
 public:
@@ -18,3 +20,5 @@ private:
     VRLItemPlace __place;
     bool __applied = false;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "document/modelitem.h"
 #include "document/stackslice.h"
 
+namespace vorlen {
+
 namespace {
 
 void keep(const ModelItemOwner* owner, const ModelItem& item, ModelItemOwner::Place& place) {
@@ -27,3 +29,5 @@ void VRLItemPlace::restore(ModelItem& item) const {
     putBack(item.getModel(), item, __inModel);
     putBack(item.getSlice(), item, __onSlice);
 }
+
+} // namespace vorlen

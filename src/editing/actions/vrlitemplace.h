@@ -2,6 +2,8 @@
 
 #include "document/modelitemowner.h"
 
+namespace vorlen {
+
 class ModelItem;
 
 /// The places of an item on the lists of its model and of its slice, kept while the item is off them: what is undone
@@ -18,3 +20,5 @@ private:
     ModelItemOwner::Place __inModel = 0;
     ModelItemOwner::Place __onSlice = 0;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "editing/actions/vrlitemcreationaction.h"
 #include "editing/actions/vrlremoveselectionaction.h"
 
+namespace vorlen {
+
 VRLItemSelectionAttributesAction::VRLItemSelectionAttributesAction(ModelItem& item) : VRLItemAction(item) {
 }
 
@@ -57,3 +59,5 @@ void VRLItemSelectionAttributesAction::revert() {
     }
     __attributes->revert();
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include "editing/actions/vrlitemaction.h"
 
+namespace vorlen {
+
 class VRLItemAttributesAction;
 class VRLItemCreationAction;
 class VRLRemoveSelectionAction;
@@ -32,3 +34,5 @@ private:
     std::unique_ptr<VRLRemoveSelectionAction> __removal;
     std::unique_ptr<VRLItemAttributesAction> __attributes;
 };
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "editing/actions/vrlitemdeletionaction.h"
 #include "editing/actions/vrlremoveselectionaction.h"
 
+namespace vorlen {
+
 VRLItemSelectionConversionAction::VRLItemSelectionConversionAction(ModelItem& item)
     : VRLItemAction(item), __source(item.getModel()) {
 }
@@ -87,3 +89,5 @@ QString VRLItemSelectionConversionAction::description(bool) const {
         return "<Invalid item selection conversion action>";
     return "Conversion to: " + QString::fromStdString(__destination->getName());
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "editing/actions/vrlitemaction.h"
 
+namespace vorlen {
+
 /// Moves the selected part of an item to another model.
 ///
 /// A connected item moves as a whole. Points go to an item of the destination on the same slice that looks as its model
@@ -32,3 +34,5 @@ private:
     std::unique_ptr<VRLAction> __first;
     std::unique_ptr<VRLAction> __second;
 };
+
+} // namespace vorlen

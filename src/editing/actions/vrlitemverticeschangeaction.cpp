@@ -2,6 +2,8 @@
 
 #include "document/modelitem.h"
 
+namespace vorlen {
+
 void VRLItemVerticesChangeAction::setVertices(const Vertices<int>& vertices) {
     __vertices = vertices;
     __vertices.detach();
@@ -25,3 +27,5 @@ void VRLItemVerticesChangeAction::exchange() {
     __vertices = present;
     notifyVertices();
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "editing/actions/vrlitemaction.h"
 #include "shapes/vertices.h"
 
+namespace vorlen {
+
 /// Gives the item other vertices, all selected; they are exchanged with the stored ones each time.
 class VRLItemVerticesChangeAction : public VRLItemAction {
 public:
@@ -18,3 +20,5 @@ private:
 
     Vertices<int> __vertices;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "editing/history/vrlaction.h"
 
+namespace vorlen {
+
 class Stack;
 
 /// Base of the actions on one model of a stack; both are seen.
@@ -18,3 +20,5 @@ private:
     Stack* __stack;
     Model* __model;
 };
+
+} // namespace vorlen

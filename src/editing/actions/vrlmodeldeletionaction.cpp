@@ -5,6 +5,8 @@
 #include "editing/bus/vrleventserver.h"
 #include "editing/bus/vrlmodelevent.h"
 
+namespace vorlen {
+
 VRLModelDeletionAction::~VRLModelDeletionAction() {
     if (__applied && !reverted())
         delete &getModel();
@@ -30,3 +32,5 @@ void VRLModelDeletionAction::revert() {
     VRLModelCreateEvent event(&getModel());
     VRLEventServer::notifyEvent(event);
 }
+
+} // namespace vorlen

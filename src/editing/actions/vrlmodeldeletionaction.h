@@ -5,6 +5,8 @@
 #include "editing/actions/vrlitemplace.h"
 #include "editing/actions/vrlmodelaction.h"
 
+namespace vorlen {
+
 /// Takes a model with its items out of its stack, and owns it then.
 class VRLModelDeletionAction : public VRLModelAction {
 public:
@@ -19,3 +21,5 @@ private:
     int __index = 0;
     std::vector<VRLItemPlace> __places; // of the items, in the model's order
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "document/modelitem.h"
 
+namespace vorlen {
+
 void VRLMoveVertexAction::setIndex(int index) {
     __index = index;
     __oldPoint = getItem().getVertices()[index];
@@ -31,3 +33,5 @@ void VRLMoveVertexAction::revert() {
 QString VRLMoveVertexAction::description(bool) const {
     return "Move item vertex";
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "editing/actions/vrlitemaction.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Moves a vertex. Null when it stays where it was: a click without a drag leaves no step.
 class VRLMoveVertexAction : public VRLItemAction {
 public:
@@ -24,3 +26,5 @@ private:
     Vector<int> __oldPoint;
     Vector<int> __newPoint;
 };
+
+} // namespace vorlen

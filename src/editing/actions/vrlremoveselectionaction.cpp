@@ -2,6 +2,8 @@
 
 #include "document/modelitem.h"
 
+namespace vorlen {
+
 VRLRemoveSelectionAction::VRLRemoveSelectionAction(ModelItem& item)
     : VRLItemAction(item), __vertices(item.getVertices()), __selection(item.getSelection()) {
     __vertices.detach();
@@ -33,3 +35,5 @@ void VRLRemoveSelectionAction::revert() {
 QString VRLRemoveSelectionAction::description(bool) const {
     return "Remove item selection";
 }
+
+} // namespace vorlen

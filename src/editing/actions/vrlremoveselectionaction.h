@@ -4,6 +4,8 @@
 #include "editing/actions/vrlitemaction.h"
 #include "shapes/vertices.h"
 
+namespace vorlen {
+
 /// Removes the selected vertices of an item, or in reverse mode the others.
 ///
 /// Keeps a copy of vertices and selection as they are when it is made, and acts on that selection each time it is
@@ -22,3 +24,5 @@ private:
     ModelItemSelection __selection;
     bool __reverseMode = false;
 };
+
+} // namespace vorlen

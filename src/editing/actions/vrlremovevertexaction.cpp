@@ -3,6 +3,8 @@
 #include "document/modelitem.h"
 #include "editing/actions/vrlinsertvertexaction.h"
 
+namespace vorlen {
+
 void VRLRemoveVertexAction::setIndex(int index) {
     __index = index;
     __vertex = getItem().getVertices()[index];
@@ -19,3 +21,5 @@ void VRLRemoveVertexAction::revert() {
     insertSelectedVertex(getItem(), __index, __vertex);
     notifyVertices();
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "editing/actions/vrlitemaction.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Removes a vertex. Undone, the vertex is selected as a new one is.
 class VRLRemoveVertexAction : public VRLItemAction {
 public:
@@ -17,3 +19,5 @@ private:
     int __index = 0;
     Vector<int> __vertex;
 };
+
+} // namespace vorlen

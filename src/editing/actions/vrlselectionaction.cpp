@@ -4,6 +4,8 @@
 #include "editing/bus/vrleventserver.h"
 #include "editing/bus/vrlmodelitemevent.h"
 
+namespace vorlen {
+
 VRLSelectionAction::VRLSelectionAction(ModelItem& item)
     : VRLItemAction(item), __oldSelection(item.getSelection()), __newSelection(item.getSelection()) {
 }
@@ -36,3 +38,5 @@ void VRLSelectionAction::select(const ModelItemSelection& selection) {
 QString VRLSelectionAction::description(bool) const {
     return "Item selection";
 }
+
+} // namespace vorlen

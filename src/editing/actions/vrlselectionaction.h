@@ -3,6 +3,8 @@
 #include "document/modelitemselection.h"
 #include "editing/actions/vrlitemaction.h"
 
+namespace vorlen {
+
 /// Selects other vertices of an item.
 class VRLSelectionAction : public VRLItemAction {
 public:
@@ -23,3 +25,5 @@ private:
     ModelItemSelection __oldSelection;
     ModelItemSelection __newSelection;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "editing/history/vrlaction.h"
 
+namespace vorlen {
+
 class StackSlice;
 
 /// Base of the actions on one slice.
@@ -14,3 +16,5 @@ public:
 private:
     StackSlice* __slice;
 };
+
+} // namespace vorlen

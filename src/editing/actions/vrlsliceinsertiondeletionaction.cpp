@@ -5,6 +5,8 @@
 #include "editing/bus/vrleventserver.h"
 #include "editing/stacks/vrlstack.h"
 
+namespace vorlen {
+
 VRLSliceInsertionDeletionAction::VRLSliceInsertionDeletionAction(StackSlice& slice)
     : VRLSliceAction(slice), __stack(slice.getStack()) {
 }
@@ -101,3 +103,5 @@ void VRLSliceInsertionDeletionAction::forget(const Model& model) {
         if (slice.getItem(i).getModel() == &model)
             delete &slice.getItem(i);
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "editing/actions/vrlitemplace.h"
 #include "editing/actions/vrlsliceaction.h"
 
+namespace vorlen {
+
 class Stack;
 
 /// Puts a slice into a stack or takes it out, with its items, and owns it while it is out.
@@ -51,3 +53,5 @@ private:
     StackSlice* __next = nullptr; // the slice behind, which moves when the slice comes or goes
     StackSlice::Placement __nextPlacement;
 };
+
+} // namespace vorlen

@@ -1,3 +1,7 @@
 #include "editing/bus/vrlevent.h"
 
+namespace vorlen {
+
 VRLEvent::~VRLEvent() = default;
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 class VRLEventClient;
 
 /// What has happened to a document. Events are built by their sender on its own call stack and are gone when the
@@ -47,3 +49,5 @@ public:
 private:
     VRLEventClient* __sender = nullptr;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "editing/bus/vrlstackevent.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 bool VRLEventClient::__eventBatchEnabled = false;
 
 VRLEventClient::VRLEventClient() {
@@ -190,3 +192,5 @@ void VRLEventClient::enableEventBatch(bool enable) {
     if (!enable)
         VRLEventServer::atEventBatchEnd();
 }
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 class VRLModelCreateEvent;
 class VRLModelDeleteEvent;
 class VRLModelItemAttributeEvent;
@@ -91,3 +93,5 @@ public:
 private:
     static bool __eventBatchEnabled;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace vorlen {
+
 VRLEventDeferral* VRLEventDeferral::__current = nullptr;
 
 VRLEventDeferral::VRLEventDeferral() : __outer(__current) {
@@ -21,3 +23,5 @@ void VRLEventDeferral::rethrow() {
     if (__failure)
         std::rethrow_exception(std::exchange(__failure, nullptr));
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <exception>
 
+namespace vorlen {
+
 /// While one lives, events reach all clients even where one of them throws, and the first exception waits here instead
 /// of leaving the sender: what an action changes and what it tells of are then never torn apart.
 ///
@@ -28,3 +30,5 @@ private:
 
     static VRLEventDeferral* __current;
 };
+
+} // namespace vorlen

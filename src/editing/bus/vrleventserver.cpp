@@ -5,6 +5,8 @@
 #include "editing/bus/vrleventclient.h"
 #include "editing/bus/vrleventdeferral.h"
 
+namespace vorlen {
+
 // Built at its first use, since clients that live as long as the process attach themselves before main() starts, and
 // never destroyed, since they detach themselves after it.
 std::vector<VRLEventClient*>& VRLEventServer::clients() {
@@ -48,3 +50,5 @@ void VRLEventServer::notifyAction(VRLAction& action) {
 void VRLEventServer::atEventBatchEnd() {
     forAll([](VRLEventClient& client) { client.atEventBatchEnd(); });
 }
+
+} // namespace vorlen

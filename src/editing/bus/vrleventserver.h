@@ -2,6 +2,8 @@
 
 #include <vector>
 
+namespace vorlen {
+
 class VRLAction;
 class VRLEvent;
 class VRLEventClient;
@@ -30,3 +32,5 @@ private:
 
     static std::vector<VRLEventClient*>& clients();
 };
+
+} // namespace vorlen

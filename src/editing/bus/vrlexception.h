@@ -4,6 +4,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 /// Carries a failure of the numeric layers across the border of a worker thread.
 class VRLException : public QException, public Exception {
 public:
@@ -13,3 +15,5 @@ public:
     void raise() const override { throw *this; }
     VRLException* clone() const override { return new VRLException(*this); }
 };
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "document/model.h"
 #include "editing/bus/vrlevent.h"
 
+namespace vorlen {
+
 /// Something about a model.
 class VRLModelEvent : public VRLEvent {
 public:
@@ -36,12 +38,14 @@ public:
     explicit VRLModelPropertiesEvent(Model* model) : VRLModelEvent(model) {}
     int type() const override { return VRLEvent::ModelProperties; }
 
-    void setOldProperties(const ::ModelProperties& properties) { __oldProperties = properties; }
-    const ::ModelProperties& getOldProperties() const { return __oldProperties; }
+    void setOldProperties(const vorlen::ModelProperties& properties) { __oldProperties = properties; }
+    const vorlen::ModelProperties& getOldProperties() const { return __oldProperties; }
     void setOldItemProperties(const ModelItemProperties& properties) { __oldItemProperties = properties; }
     const ModelItemProperties& getOldItemProperties() const { return __oldItemProperties; }
 
 private:
-    ::ModelProperties __oldProperties;
+    vorlen::ModelProperties __oldProperties;
     ModelItemProperties __oldItemProperties;
 };
+
+} // namespace vorlen

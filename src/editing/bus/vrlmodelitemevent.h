@@ -2,6 +2,8 @@
 
 #include "editing/bus/vrlevent.h"
 
+namespace vorlen {
+
 class Model;
 class ModelItem;
 
@@ -68,3 +70,5 @@ private:
     Model* __source;
     Model* __destination;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "editing/bus/vrlevent.h"
 
+namespace vorlen {
+
 class Pose;
 
 /// Something about a pose.
@@ -29,3 +31,5 @@ public:
     explicit VRLPoseDeleteEvent(Pose* pose) : VRLPoseEvent(pose) {}
     int type() const override { return PoseDelete; }
 };
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "document/stacksliceselectioninfo.h"
 #include "editing/bus/vrlevent.h"
 
+namespace vorlen {
+
 class StackSlice;
 
 /// Something about a slice.
@@ -71,3 +73,5 @@ public:
 private:
     StackSliceSelectionInfo __info;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "editing/bus/vrlevent.h"
 
+namespace vorlen {
+
 class VRLStack;
 
 /// Something about a stack.
@@ -71,3 +73,5 @@ public:
     explicit VRLStackImageCalibrationEvent(VRLStack* stack) : VRLStackEvent(stack) {}
     int type() const override { return StackImageCalibration; }
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "editing/history/vrlaction.h"
 
+namespace vorlen {
+
 EditStep::EditStep(VRLActionHistory& history) : __history(&history) {
     history.openStep();
     __number = history.stepNumber();
@@ -34,3 +36,5 @@ void EditStep::commit() {
 int EditStep::getNumActions() const {
     return isMine() ? __history->getNumOpenActions() : 0;
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include "editing/history/vrlactionhistory.h"
 
+namespace vorlen {
+
 class VRLAction;
 
 /// A step of a history as a transaction: all of its actions stand, or none.
@@ -42,3 +44,5 @@ private:
     QPointer<VRLActionHistory> __history;
     unsigned int __number;
 };
+
+} // namespace vorlen

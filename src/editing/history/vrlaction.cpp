@@ -1,5 +1,7 @@
 #include "editing/history/vrlaction.h"
 
+namespace vorlen {
+
 VRLAction::~VRLAction() = default;
 
 bool VRLAction::isNull() const {
@@ -32,3 +34,5 @@ bool VRLAction::concerns(const Model&) const {
 
 void VRLAction::forget(const Model&) {
 }
+
+} // namespace vorlen

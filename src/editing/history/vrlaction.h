@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace vorlen {
+
 class Model;
 
 /// A reversible change of a document, recorded in its stack's history.
@@ -52,3 +54,5 @@ protected:
 private:
     bool __reverted = false;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "editing/history/vrlactionlist.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 VRLActionHistory::VRLActionHistory(QObject* parent) : QObject(parent) {
 }
 
@@ -178,3 +180,5 @@ void VRLActionHistory::forget(const Model& model) {
     emit undoEnabled(isUndoable());
     emit redoEnabled(isRedoable());
 }
+
+} // namespace vorlen

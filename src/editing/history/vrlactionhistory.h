@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QString>
 
+namespace vorlen {
+
 class Model;
 class VRLAction;
 class VRLActionList;
@@ -84,3 +86,5 @@ private:
     bool __stepOpen = false;
     unsigned int __stepNumber = 0;
 };
+
+} // namespace vorlen

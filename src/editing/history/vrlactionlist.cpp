@@ -2,6 +2,8 @@
 
 #include "editing/history/vrlaction.h"
 
+namespace vorlen {
+
 VRLActionList::VRLActionList() = default;
 VRLActionList::~VRLActionList() = default;
 
@@ -40,3 +42,5 @@ void VRLActionList::forget(const Model& model) {
     for (const auto& action : __actions)
         action->forget(model);
 }
+
+} // namespace vorlen

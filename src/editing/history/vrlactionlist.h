@@ -3,6 +3,8 @@
 #include <memory>
 #include <vector>
 
+namespace vorlen {
+
 class Model;
 class VRLAction;
 
@@ -40,3 +42,5 @@ public:
 private:
     std::vector<std::unique_ptr<VRLAction>> __actions;
 };
+
+} // namespace vorlen

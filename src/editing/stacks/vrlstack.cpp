@@ -11,6 +11,8 @@
 #include "editing/bus/vrlstackevent.h"
 #include "editing/history/vrlactionhistory.h"
 
+namespace vorlen {
+
 VRLStack::VRLStack() : __history(std::make_unique<VRLActionHistory>()) {
     __reconstruction.setStack(*this);
 }
@@ -148,3 +150,5 @@ void VRLStack::poseCreateEvent(VRLPoseCreateEvent& event) {
 void VRLStack::poseDeleteEvent(VRLPoseDeleteEvent& event) {
     modifiedIf(event.getPose() != nullptr && event.getPose()->getStack() == this);
 }
+
+} // namespace vorlen

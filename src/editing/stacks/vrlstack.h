@@ -9,6 +9,8 @@
 #include "editing/bus/vrleventclient.h"
 #include "reconstruction/stackreconstruction.h"
 
+namespace vorlen {
+
 class VRLActionHistory;
 
 /// A stack as it lives in the application: with its file, its modified flag, its undo history and its reconstruction.
@@ -84,3 +86,5 @@ private:
     StackReconstruction<float> __reconstruction;
     std::unique_ptr<VRLActionHistory> __history;
 };
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "editing/bus/vrlstackevent.h"
 #include "editing/stacks/vrlstack.h"
 
+namespace vorlen {
+
 VRLStackServer VRLStackServer::stackServer;
 int VRLStackServer::__sessionNumStacks = 0;
 
@@ -43,3 +45,5 @@ VRLStack& VRLStackServer::getNextStack(const VRLStack& stack) const {
     const int i = find(stack);
     return getStack(i + 1 < getNumStacks() ? i + 1 : 0);
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "editing/bus/vrleventclient.h"
 
+namespace vorlen {
+
 class VRLStack;
 
 /// The open stacks of the process, in order of opening. Owns them.
@@ -40,3 +42,5 @@ private:
     std::vector<std::unique_ptr<VRLStack>> __stacks;
     static int __sessionNumStacks;
 };
+
+} // namespace vorlen

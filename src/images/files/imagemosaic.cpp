@@ -5,6 +5,8 @@
 
 #include <utility>
 
+namespace vorlen {
+
 ImageMosaic::ImageMosaic(int rows, int cols) : __items(rows, cols) {
 }
 
@@ -105,3 +107,5 @@ void ImageMosaic::load(Image& image) const {
     }
     image.swap(result);
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 template <class T>
 class BoundingBox;
 
@@ -47,3 +49,5 @@ public:
 private:
     MosaicTable<ImageMosaicItem> __items;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include <utility>
 
+namespace vorlen {
+
 ImageMosaicItem::ImageMosaicItem(const ImageMosaicItem& item)
     : __filename(item.__filename), __pathname(item.__pathname),
       __header(item.__header ? std::make_unique<ImageHeader>(*item.__header) : nullptr) {
@@ -63,3 +65,5 @@ void ImageMosaicItem::load(Image& image) const {
         throw;
     }
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+namespace vorlen {
+
 class Image;
 
 /// Tile of an ImageMosaic: a file name, the path of its folder and the file's header.
@@ -35,3 +37,5 @@ private:
     std::string __pathname;
     std::unique_ptr<ImageHeader> __header;
 };
+
+} // namespace vorlen

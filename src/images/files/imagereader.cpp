@@ -23,6 +23,8 @@
 #include <system_error>
 #include <vector>
 
+namespace vorlen {
+
 namespace {
 
 const int IMG_SIDE = 512;
@@ -343,3 +345,5 @@ void ImageReader::readTiffPixels(Image& image, TIFF* tiff) {
     else
         notifyFinished("");
 }
+
+} // namespace vorlen

@@ -4,6 +4,10 @@
 
 #include <string>
 
+typedef struct tiff TIFF;
+
+namespace vorlen {
+
 class Image;
 class ImageHeader;
 class ImageMosaic;
@@ -11,7 +15,6 @@ class ImageSource;
 class ImageSourceFile;
 class ImageSourceFileMosaic;
 class ImageSourceVoxelMatrixPlane;
-typedef struct tiff TIFF;
 
 /// Reads images: TIFF files by libtiff, IMG files (raw, 512 by 512 pixels of 8 bits behind 12 bytes), and whatever an
 /// image source describes. Reading reports progress row by row and can be cancelled from another thread.
@@ -56,3 +59,5 @@ private:
     template <class Mosaic, class TilePath>
     void readTiles(Image& image, const Mosaic& mosaic, int width, int height, TilePath tilePath);
 };
+
+} // namespace vorlen

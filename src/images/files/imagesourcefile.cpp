@@ -5,6 +5,8 @@
 
 #include <utility>
 
+namespace vorlen {
+
 ImageSourceFile::ImageSourceFile(const ImageSourceFile& source)
     : ImageSource(source), __filename(source.__filename),
       __header(source.__header ? std::make_unique<ImageHeader>(*source.__header) : nullptr) {
@@ -62,3 +64,5 @@ void ImageSourceFile::setFilename(const std::string& filename) {
 const std::string& ImageSourceFile::getFilename() const {
     return __filename;
 }
+
+} // namespace vorlen

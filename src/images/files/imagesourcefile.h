@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+namespace vorlen {
+
 /// Image source of kind 0: one image file. Size, depth and colormap come from the file's header, which is read once,
 /// when the name is set.
 class ImageSourceFile : public ImageSource {
@@ -32,3 +34,5 @@ private:
     std::string __filename;
     std::unique_ptr<ImageHeader> __header;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace vorlen {
+
 ImageSourceFileMosaic::ImageSourceFileMosaic(int rows, int cols) : __tiles(rows, cols) {
 }
 
@@ -76,3 +78,5 @@ Vector<int> ImageSourceFileMosaic::rowHeights() const {
 Vector<int> ImageSourceFileMosaic::colWidths() const {
     return __tiles.colWidths();
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 /// Image source of kind 1: a rectangular mosaic of image files, rows and columns numbered from 0, places possibly
 /// empty. All tiles have the same depth and colormap, those of a row the same height and those of a column the same
 /// width; height and width of the whole are the sums.
@@ -42,3 +44,5 @@ public:
 private:
     MosaicTable<ImageSourceFile> __tiles;
 };
+
+} // namespace vorlen

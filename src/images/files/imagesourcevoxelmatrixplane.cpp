@@ -2,6 +2,8 @@
 
 #include "images/volumes/voxelmatrix.h"
 
+namespace vorlen {
+
 ImageSourceVoxelMatrixPlane::ImageSourceVoxelMatrixPlane() {
     __size.setZeros(2);
 }
@@ -52,3 +54,5 @@ void ImageSourceVoxelMatrixPlane::setPlane(int plane) {
 int ImageSourceVoxelMatrixPlane::getPlane() const {
     return __plane;
 }
+
+} // namespace vorlen

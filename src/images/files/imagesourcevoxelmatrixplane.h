@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 /// Image source of kind 2: one plane of a voxel matrix file of floats. Its depth is 32, that of the file's values,
 /// whatever the file holds, while ImageReader makes an 8-bit image of the plane.
 class ImageSourceVoxelMatrixPlane : public ImageSource {
@@ -33,3 +35,5 @@ private:
     Vector<int> __size;
     int __plane = -1;
 };
+
+} // namespace vorlen

@@ -16,6 +16,8 @@
 #include <system_error>
 #include <unistd.h>
 
+namespace vorlen {
+
 namespace {
 
 const char* const WRITE = "void ImageWriter::write(...)";
@@ -134,3 +136,5 @@ void ImageWriter::writeTIFFColormap(const ImageHeader& header, TIFF* tiff) const
     }
     TIFFSetField(tiff, TIFFTAG_COLORMAP, red, green, blue);
 }
+
+} // namespace vorlen

@@ -2,9 +2,12 @@
 
 #include <string>
 
+typedef struct tiff TIFF;
+
+namespace vorlen {
+
 class Image;
 class ImageHeader;
-typedef struct tiff TIFF;
 
 /// Writes images as TIFF files, uncompressed, whatever the suffix of the file's name.
 ///
@@ -23,3 +26,5 @@ protected:
     void writeTIFFPixels(const Image& image, TIFF* tiff) const;
     void writeTIFFColormap(const ImageHeader& header, TIFF* tiff) const;
 };
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+namespace vorlen {
+
 /// Table of the tiles of a mosaic, rows and columns from 0, with the common height of each row and width of each
 /// column (0 until a tile of the row or column is set). It holds the rules that both kinds of mosaic share: all tiles
 /// have one depth and one colormap, and fit their row and column. Tile needs getDepth() and getColormap().
@@ -124,3 +126,5 @@ private:
     Vector<int> __rowHeights;
     Vector<int> __colWidths;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include <system_error>
 #include <unistd.h>
 
+namespace vorlen {
+
 namespace {
 
 const char* const CLIENT_NAME = "vorlen";
@@ -93,3 +95,5 @@ std::string TiffFile::reason(TIFF* tiff) {
 std::string TiffFile::reason() const {
     return inBrackets(__firstError);
 }
+
+} // namespace vorlen

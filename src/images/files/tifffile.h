@@ -4,6 +4,8 @@
 
 #include <tiffio.h>
 
+namespace vorlen {
+
 /// Owner of an open TIFF file. libtiff prints nothing through it: warnings are dropped, and the first error of the
 /// file is kept, to be told with the exception that follows.
 class TiffFile {
@@ -31,3 +33,5 @@ private:
     TIFF* __tiff = nullptr;
     std::string __firstError;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 // Small enough for the second-level cache, so that the copy out of it costs little beside the copy by the kernel.
@@ -186,3 +188,5 @@ void VoxelMatrixFileWriter::__flush() {
 void VoxelMatrixFileWriter::__fail() const {
     throw FileWriteError(__where, "Cannot write file", __filename);
 }
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "files/safefile.h"
 #include "images/files/voxelmatrixheader.h"
 
+namespace vorlen {
+
 /// A voxel matrix file opened for reading, row after row.
 ///
 /// Short rows are served from a buffer that stays in the processor's cache; longer rows are gathered and filled by the
@@ -73,3 +75,5 @@ private:
     std::size_t __fill = 0;
     std::vector<iovec> __rows; // gathered, not written yet; the buffer comes before them
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "images/files/voxelmatrixfile.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr char readPlace[] = "VoxelMatrixHeader VoxelMatrixHeader::read(const string&)";
@@ -109,3 +111,5 @@ std::int64_t VoxelMatrixHeader::dataLength(int elementSize) const {
         return 0;
     return boundedProduct(boundedProduct(boundedProduct(size1, size2), size3), elementSize);
 }
+
+} // namespace vorlen

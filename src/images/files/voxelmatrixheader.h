@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+namespace vorlen {
+
 /// The sizes, type tag and calibration that stand at the start of a voxel matrix file, with the length of the file.
 ///
 /// It is what a program looks at before it trusts a file: VoxelMatrixHeader::read() reads at most 48 bytes, makes no
@@ -66,3 +68,5 @@ public:
     float voxelDepth = 1.0f;
     std::int64_t fileLength = 0;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "numerics/exception.h"
 #include "numerics/widevectors.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -315,3 +317,5 @@ void DericheGradient<T>::apply(PixelMatrix<T>& matrix, const T& p0, const T& p1,
 template class DericheGradient<float>;
 template class DericheGradient<double>;
 template class DericheGradient<long double>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "images/filters/gradientoperator.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Gradient by recursive filters: along the one index a derivative of a smoothing, along the other the smoothing, both
 /// of the scale 1 / alpha, in elements (R. Deriche, International Journal of Computer Vision 1, 1987). The cost does
 /// not depend on alpha.
@@ -52,3 +54,5 @@ private:
     mutable Vector<T> __causal;
     mutable Vector<T> __anticausal;
 };
+
+} // namespace vorlen

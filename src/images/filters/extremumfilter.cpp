@@ -6,6 +6,8 @@
 #include "images/filters/windowextremum.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 template <bool greatest>
@@ -108,3 +110,5 @@ template class ExtremumFilter<unsigned int, true>;
 template class ExtremumFilter<float, true>;
 template class ExtremumFilter<double, true>;
 template class ExtremumFilter<long double, true>;
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "images/rasters/maskpixelmatrixprocessing.h"
 #include "images/volumes/maskvoxelmatrixprocessing.h"
 
+namespace vorlen {
+
 /// What MinFilter and MaxFilter share: replaces each element by the smallest (with greatest true, the greatest) of its
 /// window, in place: a square or cube of side 2h + 1, clipped at the border,
 /// so that a matrix of any size will do. A half size below 1 changes nothing.
@@ -40,3 +42,5 @@ private:
     void __apply(PixelMatrix<T>& matrix, const PixelMatrix<T>* mask);
     void __apply(VoxelMatrix<T>& volume, const VoxelMatrix<T>* mask);
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int largestSigma = 500000; // a kernel of 2,000,001 elements
@@ -36,3 +38,5 @@ void GaussianFilter<T>::setSigma(T sigma) {
 template class GaussianFilter<float>;
 template class GaussianFilter<double>;
 template class GaussianFilter<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "images/filters/separablefilterbase.h"
 
+namespace vorlen {
+
 /// Smoothing with a Gaussian of standard deviation sigma, in elements, on every axis.
 ///
 /// The kernel has 2 half + 1 elements, with half = 2 sigma rounded up, in proportion to exp(-i^2 / (2 sigma^2)) at
@@ -19,3 +21,5 @@ public:
 private:
     T __sigma = T(0);
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "numerics/exception.h"
 #include "numerics/widevectors.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -291,3 +293,5 @@ void GradientOperator<T>::hysteresisThresholding(PixelMatrix<T>& matrix, float l
 template class GradientOperator<float>;
 template class GradientOperator<double>;
 template class GradientOperator<long double>;
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "images/volumes/voxelmatrixprocessing.h"
 
+namespace vorlen {
+
 /// Edge detector: derivatives along each index of a matrix or volume, their norm and angle, the thinning of the norm to
 /// lines one pixel wide, and hysteresis.
 ///
@@ -64,3 +66,5 @@ public:
     /// and high would.
     static void hysteresisThresholding(PixelMatrix<T>& matrix, float low, float high);
 };
+
+} // namespace vorlen

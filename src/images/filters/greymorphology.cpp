@@ -11,6 +11,8 @@
 #include "numerics/exception.h"
 #include "numerics/widevectors.h"
 
+namespace vorlen {
+
 namespace {
 
 // Holds every difference and sum of two values of T.
@@ -236,3 +238,5 @@ template class GreyMorphology<unsigned int, true>;
 template class GreyMorphology<float, true>;
 template class GreyMorphology<double, true>;
 template class GreyMorphology<long double, true>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "images/volumes/voxelmatrixprocessing.h"
 
+namespace vorlen {
+
 /// What the erosion and the dilation of a volume share; see VoxelMatrixErosion and VoxelMatrixDilatation. With dilation
 /// false each voxel becomes the smallest difference, else the greatest sum, of a voxel under the structuring element
 /// and the element there. The element's origin is its centre; it is not reflected in either.
@@ -35,3 +37,5 @@ private:
 
     VoxelMatrix<T> __element;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "images/filters/interpolation.h"
 
+namespace vorlen {
+
 template <class T>
 Interpolation<T>::~Interpolation() = default;
 
@@ -16,3 +18,5 @@ T Interpolation<T>::eval(const Vector<float>& position, const VoxelMatrix<T>& vo
 template class Interpolation<float>;
 template class Interpolation<double>;
 template class Interpolation<long double>;
+
+} // namespace vorlen

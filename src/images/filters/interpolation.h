@@ -2,6 +2,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 template <class T>
 class PixelMatrix;
 template <class T>
@@ -24,3 +26,5 @@ public:
     virtual T eval(const Vector<float>& position, const PixelMatrix<T>& matrix) const;
     virtual T eval(const Vector<float>& position, const VoxelMatrix<T>& volume) const;
 };
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "numerics/vector.h"
 #include "numerics/widevectors.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -242,3 +244,5 @@ void IsotropyFilter<T>::apply(VoxelMatrix<T>& volume) {
 template class IsotropyFilter<float>;
 template class IsotropyFilter<double>;
 template class IsotropyFilter<long double>;
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "images/filters/neighbourhoodfilter.h"
 #include "images/volumes/voxelmatrixprocessing.h"
 
+namespace vorlen {
+
 /// Replaces each voxel by an index of how round the mass of its neighbourhood is, from 0 (flat or thin) to 1.
 ///
 /// The neighbourhood is the cube of half size h, clipped to the volume; its values are taken for masses at their
@@ -39,3 +41,5 @@ private:
     T __tolerance = T(0);
     IsotropyAnalysis __analysis = SphericityAnalysis;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// What filters share that can be applied several times in a row.
 class IteratedFilter {
 public:
@@ -12,3 +14,5 @@ public:
 private:
     int __numIterations = 1;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
 
+namespace vorlen {
+
 namespace {
 
 // A cell is complete when its first element, not yet an integer here, has one behind it.
@@ -44,3 +46,5 @@ T LinearInterpolation<T>::eval(float x1, float x2, float x3, const VoxelMatrix<T
 template class LinearInterpolation<float>;
 template class LinearInterpolation<double>;
 template class LinearInterpolation<long double>;
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 template <class T>
 MatrixResize<T>::MatrixResize() : __size(2) {
     __size.setZeros();
@@ -155,3 +157,5 @@ void MatrixResize<T>::mixedResize(PixelMatrix<T>& matrix, const Vector<int>& old
 template class MatrixResize<float>;
 template class MatrixResize<double>;
 template class MatrixResize<long double>;
+
+} // namespace vorlen

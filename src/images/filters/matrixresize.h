@@ -4,6 +4,8 @@
 #include "images/rasters/pixelmatrixprocessing.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Resizes a matrix in place, one axis after the other.
 ///
 /// An axis that grows from m to n elements is read at j * (m - 1) / (n - 1), so that both ends stay; one that shrinks
@@ -48,3 +50,5 @@ private:
     InterpolationMode __interpolationMode = NearestInterpolationMode;
     bool __lowPassFilteringEnabled = false;
 };
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "images/rasters/imageconversion.h"
 #include "numerics/widevectors.h"
 
+namespace vorlen {
+
 namespace {
 
 // Sums along one row of count values, of which those of one channel lie step apart: target[j] gets the sum of the
@@ -271,3 +273,5 @@ void MeanFilter::meanFilter24(Image& image) const {
 void MeanFilter::meanFilter32(Image& image) const {
     filterBytes(image, getHalfSize());
 }
+
+} // namespace vorlen

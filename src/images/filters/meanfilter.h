@@ -3,6 +3,8 @@
 #include "images/filters/neighbourhoodfilter.h"
 #include "images/rasters/imageprocessing.h"
 
+namespace vorlen {
+
 /// Replaces each pixel of an image by the mean over its square window of side w = 2h + 1, in whole numbers, truncated.
 ///
 /// The sums run along the rows and then down the columns. In the first and last h columns, and rows, of the image the
@@ -32,3 +34,5 @@ private:
 
     bool __optimization = true;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -143,3 +145,5 @@ template class MedianFilter<unsigned int>;
 template class MedianFilter<float>;
 template class MedianFilter<double>;
 template class MedianFilter<long double>;
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "images/rasters/pixelmatrixprocessing.h"
 #include "images/volumes/voxelmatrixprocessing.h"
 
+namespace vorlen {
+
 class StepProgress;
 
 /// Replaces each element by the median of its square or cubic window of side 2h + 1, in place, as many times as there
@@ -34,3 +36,5 @@ private:
     void standardApply(PixelMatrix<T>& matrix, StepProgress& progress) const;
     void standardApply(VoxelMatrix<T>& volume, StepProgress& progress) const;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "numerics/widevectors.h"
 
+namespace vorlen {
+
 namespace {
 
 using widevectors::load;
@@ -224,3 +226,5 @@ template class MedianNetwork<unsigned int>;
 template class MedianNetwork<float>;
 template class MedianNetwork<double>;
 template class MedianNetwork<long double>;
+
+} // namespace vorlen

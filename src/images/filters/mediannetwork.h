@@ -7,6 +7,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
 
+namespace vorlen {
+
 /// Medians over small windows by networks of minima and maxima, which take a vector of neighbouring columns at once and
 /// have no branches: squares of half size 1 and 2, and the cube of half size 1. In place; elements nearer to the border
 /// than the half size stay. The elements must not be NaN.
@@ -131,3 +133,5 @@ private:
     static void medianOf25(const Window& lists, T* first, T* second, int columns);
     static void medianOf27(const Window& lists, T* first, T* second, int columns);
 };
+
+} // namespace vorlen

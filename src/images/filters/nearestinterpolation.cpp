@@ -6,6 +6,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 // Index below size that is nearest to x. The comparisons come before the conversion, which huge values would not bear.
@@ -35,3 +37,5 @@ T NearestInterpolation<T>::eval(float x1, float x2, float x3, const VoxelMatrix<
 template class NearestInterpolation<float>;
 template class NearestInterpolation<double>;
 template class NearestInterpolation<long double>;
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 // Greatest b whose square is at most the value, for a value that is not negative.
@@ -76,3 +78,5 @@ void NeighbourhoodFilter::initSphericalNeighborhood(int radius, Vector<int>& row
     assign(columns, bs);
     assign(planes, cs);
 }
+
+} // namespace vorlen

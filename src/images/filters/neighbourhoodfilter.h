@@ -2,6 +2,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// What filters over a neighbourhood share: the half size h of a window of side 2h + 1, and whether the window is a
 /// ball (a disc in a plane) of radius h in place of a square or cube.
 class NeighbourhoodFilter {
@@ -32,3 +34,5 @@ private:
     bool __acceptBallMode = false;
     bool __ballMode = false;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 
 #include "numerics/widevectors.h"
 
+namespace vorlen {
+
 namespace {
 
 // A whole number for each value, in the same order; NaN gets the greatest.
@@ -130,3 +132,5 @@ template class RankMedian<unsigned int>;
 template class RankMedian<float>;
 template class RankMedian<double>;
 template class RankMedian<long double>;
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace vorlen {
+
 /// Medians over a square or cubic window of any half size, by a moving histogram of ranks.
 ///
 /// The volume is worked on in blocks somewhat larger than the window. All elements that a block sees are sorted once;
@@ -67,3 +69,5 @@ private:
     std::vector<std::uint32_t> __ranks;  ///< of each place
     std::vector<std::uint64_t> __window; ///< bit r is set when the element of rank r lies in the window
 };
+
+} // namespace vorlen

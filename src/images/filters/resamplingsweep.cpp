@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace vorlen {
+
 template <class T>
 ResamplingSweep<T>::ResamplingSweep(int oldSize, int newSize, int numerator, int denominator, bool interpolated)
     : __identity(oldSize == newSize), __grows(newSize > oldSize), __first(static_cast<std::size_t>(newSize)),
@@ -68,3 +70,5 @@ void ResamplingSweep<T>::combine(T* target, const T* first, const T* second, T w
 template class ResamplingSweep<float>;
 template class ResamplingSweep<double>;
 template class ResamplingSweep<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+namespace vorlen {
+
 /// Resampling of lines along one axis, in place: element j of the new line is read at position j * numerator /
 /// denominator of the old one. A step is what MatrixResize and VolumeResize do on each axis.
 ///
@@ -45,3 +47,5 @@ private:
     std::vector<int> __second; ///< the one behind it
     std::vector<T> __weight;   ///< weight of the second; 0 where the first alone counts
 };
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 // Copies whole pixels of one row, each from the byte offset that the table gives.
@@ -152,3 +154,5 @@ void ResizeXForm::__nearestResize(Image& target, const Image& source, int width,
     }
     target.swap(resized);
 }
+
+} // namespace vorlen

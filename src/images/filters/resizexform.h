@@ -5,6 +5,8 @@
 #include "images/rasters/imageprocessing.h"
 #include "progress/progressproxy.h"
 
+namespace vorlen {
+
 /// Resizes an image, either to a given size or to the largest size that fits into a box and keeps the aspect.
 ///
 /// The nearest mode is the only one for images: each pixel of the result is a whole pixel of the source, so that a
@@ -45,3 +47,5 @@ private:
     int __width = 0;
     int __height = 0;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "images/filters/separablefilterbase.h"
 
+namespace vorlen {
+
 /// Separable convolution with kernels of the caller's choice.
 template <class T>
 class SeparableFilter : public SeparableFilterBase<T> {
@@ -14,3 +16,5 @@ public:
     using SeparableFilterBase<T>::setDivideBy;
     using SeparableFilterBase<T>::setMultiplyBy;
 };
+
+} // namespace vorlen

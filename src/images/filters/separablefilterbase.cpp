@@ -10,6 +10,8 @@
 #include "numerics/rowkernels.h"
 #include "numerics/widevectors.h"
 
+namespace vorlen {
+
 namespace {
 
 void checkMask(bool sameSize) {
@@ -306,3 +308,5 @@ void SeparableFilterBase<T>::__scale(PixelMatrix<T>& matrix) const {
 template class SeparableFilterBase<float>;
 template class SeparableFilterBase<double>;
 template class SeparableFilterBase<long double>;
+
+} // namespace vorlen

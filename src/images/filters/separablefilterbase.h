@@ -7,6 +7,8 @@
 #include "numerics/matrix.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Convolution with one kernel for each axis, in place, one axis after the other: along the rows with kernel2, down the
 /// columns with kernel1, across the planes of a volume with kernel3. At last all elements are divided by, or multiplied
 /// with, a factor. The number in a name is the index of the matrix along which the kernel runs.
@@ -68,3 +70,5 @@ private:
     T __factor = T(1);
     bool __divide = false;
 };
+
+} // namespace vorlen

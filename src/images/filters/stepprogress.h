@@ -4,6 +4,8 @@
 
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 /// Counts the steps of a computation and reports each to the monitors of its subject. Totals beyond an unsigned int are
 /// reported in bundles.
 class StepProgress {
@@ -23,3 +25,5 @@ private:
     unsigned long long __total;
     unsigned long long __done = 0;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
 
+namespace vorlen {
+
 namespace {
 
 // Sums of integers run in an unsigned type, where an overflow is defined and wraps to what T would hold; sums of
@@ -305,3 +307,5 @@ template class SumFilter<unsigned int>;
 template class SumFilter<float>;
 template class SumFilter<double>;
 template class SumFilter<long double>;
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "images/rasters/pixelmatrixprocessing.h"
 #include "images/volumes/voxelmatrixprocessing.h"
 
+namespace vorlen {
+
 /// Replaces each element by the sum over its window, in place.
 ///
 /// The window is a square or cube of side 2h + 1 and the sum runs along one axis after the other. Where a window along
@@ -30,3 +32,5 @@ private:
     void __applyBall(PixelMatrix<T>& matrix);
     void __applyBall(VoxelMatrix<T>& volume);
 };
+
+} // namespace vorlen

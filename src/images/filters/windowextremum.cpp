@@ -5,6 +5,8 @@
 
 #include "numerics/widevectors.h"
 
+namespace vorlen {
+
 namespace {
 
 template <bool greatest, class T>
@@ -185,3 +187,5 @@ template class WindowExtremum<unsigned int, true>;
 template class WindowExtremum<float, true>;
 template class WindowExtremum<double, true>;
 template class WindowExtremum<long double, true>;
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
 
+namespace vorlen {
+
 /// Smallest (or, with greatest true, greatest) element of a window that slides along one axis of a matrix or volume, in
 /// place: the window of element i is [i - h, i + h], as far as it lies inside.
 ///
@@ -85,3 +87,5 @@ private:
     std::vector<T> __first;
     std::vector<T> __second;
 };
+
+} // namespace vorlen

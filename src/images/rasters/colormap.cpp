@@ -6,6 +6,8 @@
 #include <cmath>
 #include <iostream>
 
+namespace vorlen {
+
 Colormap::Colormap(int size) {
     setSize(size);
 }
@@ -146,3 +148,5 @@ Colormap Colormap::cold2Hot(unsigned int n) {
     }
     return colormap;
 }
+
+} // namespace vorlen

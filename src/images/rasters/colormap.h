@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 /// Table of colours of an indexed image: entry i of the red, green and blue vectors is the colour of index i.
 /// The three vectors always have the same size.
 class Colormap {
@@ -53,3 +55,5 @@ private:
     Vector<unsigned char> __green;
     Vector<unsigned char> __blue;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace vorlen {
+
 void ColormapExpansion::setTargetDepth(unsigned int depth) {
     if (depth != 8 && depth != 24 && depth != 32)
         throw DepthError("void ColormapExpansion::setTargetDepth(const unsigned int)", "Invalid depth value");
@@ -55,3 +57,5 @@ void ColormapExpansion::expand(Image& result, const Image& source) const {
         target[2] = blue[*index];
     }
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "images/rasters/imageprocessing.h"
 
+namespace vorlen {
+
 /// Turns an indexed image into a plain one by way of its colormap.
 ///
 /// Acts only on indexed images, and with target depth 8 only on those whose colormap is gray; otherwise image and
@@ -20,3 +22,5 @@ private:
 
     unsigned int __targetDepth = 24;
 };
+
+} // namespace vorlen

@@ -15,6 +15,8 @@
 #include <limits>
 #include <utility>
 
+namespace vorlen {
+
 namespace {
 
 using Table = std::array<unsigned char, 256>;
@@ -438,3 +440,5 @@ void Image::setChannel(ImageChannel channel, const PixelMatrix<unsigned char>& m
             *target = source[j];
     }
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+namespace vorlen {
+
 template <class T>
 class BoundingBox;
 template <class T>
@@ -116,3 +118,5 @@ private:
     std::unique_ptr<unsigned char[]> __data;
     std::unique_ptr<unsigned char*[]> __pixels;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 #include "images/rasters/image.h"
 #include "shapes/boundingbox.h"
 
+namespace vorlen {
+
 // Kept apart from the other operations of these classes: only who asks for a box needs the shapes to link.
 
 static BoundingBox<int> pixelBox(int width, int height) {
@@ -20,3 +22,5 @@ BoundingBox<int> Image::boundingBox() const {
 BoundingBox<int> ImageMosaic::boundingBox() const {
     return pixelBox(getWidth(), getHeight());
 }
+
+} // namespace vorlen

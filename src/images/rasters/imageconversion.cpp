@@ -5,6 +5,8 @@
 
 #include <iostream>
 
+namespace vorlen {
+
 void ImageConversion::apply(Image& image) const {
     if (image.isIndexed() == targetIndexed && image.getDepth() == targetDepth && image.isGrayscale() == targetGrayscale)
         return;
@@ -33,3 +35,5 @@ void ImageConversion::indexedGray_to_plainGray(Image& image) {
     expansion.setTargetDepth(8);
     expansion.apply(image);
 }
+
+} // namespace vorlen

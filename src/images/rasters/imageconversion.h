@@ -2,6 +2,8 @@
 
 #include "images/rasters/imageprocessing.h"
 
+namespace vorlen {
+
 /// Conversion of an image to the state that its three public fields describe.
 ///
 /// The one conversion there is turns an indexed image gray, and plain if so wanted. Any other request writes a line
@@ -19,3 +21,5 @@ private:
     static void indexedColor_to_indexedGray(Image& image);
     static void indexedGray_to_plainGray(Image& image);
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace vorlen {
+
 ImageHeader::ImageHeader(const ImageHeader& header)
     : __format(header.__format), __height(header.__height), __width(header.__width), __depth(header.__depth),
       __colormap(header.__colormap ? std::make_unique<Colormap>(*header.__colormap) : nullptr),
@@ -99,3 +101,5 @@ bool ImageHeader::operator==(const ImageHeader& header) const {
 bool ImageHeader::operator!=(const ImageHeader& header) const {
     return !(*this == header);
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+namespace vorlen {
+
 /// What is known of an image without its pixels: format, height and width in pixels, depth in bits per pixel,
 /// colormap (owned, null when there is none) and pixel calibration.
 ///
@@ -50,3 +52,5 @@ private:
     std::unique_ptr<Colormap> __colormap;
     PixelCalibration __pixelCalibration;
 };
+
+} // namespace vorlen

@@ -1,3 +1,7 @@
 #include "images/rasters/imageprocessing.h"
 
+namespace vorlen {
+
 ImageProcessing::~ImageProcessing() = default;
+
+} // namespace vorlen

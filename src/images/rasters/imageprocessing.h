@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 class Image;
 
 /// Base of the operations on an Image: in place, or from a source into a result.
@@ -9,3 +11,5 @@ public:
     virtual void apply(Image& image) const = 0;
     virtual void apply(Image& result, const Image& source) const = 0;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "images/rasters/maskpixelmatrixprocessing.h"
 
+namespace vorlen {
+
 template <class T>
 MaskPixelMatrixProcessing<T>::~MaskPixelMatrixProcessing() = default;
 
@@ -33,3 +35,5 @@ template class MaskPixelMatrixProcessing<unsigned int>;
 template class MaskPixelMatrixProcessing<float>;
 template class MaskPixelMatrixProcessing<double>;
 template class MaskPixelMatrixProcessing<long double>;
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <type_traits>
 
+namespace vorlen {
+
 namespace {
 
 /// The type in which gray levels are computed: wide for integers, so that no difference overflows.
@@ -237,3 +239,5 @@ template class PixelMatrix<unsigned int>;
 template class PixelMatrix<float>;
 template class PixelMatrix<double>;
 template class PixelMatrix<long double>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "images/rasters/imagechannel.h"
 #include "numerics/matrix.h"
 
+namespace vorlen {
+
 class Image;
 class RandomGenerator;
 
@@ -53,3 +55,5 @@ public:
     /// Counts only the elements where the mask is not zero. Throws SizeError if the mask has another size.
     Vector<unsigned int> histogram(T first, T width, unsigned int bins, const PixelMatrix& mask) const;
 };
+
+} // namespace vorlen

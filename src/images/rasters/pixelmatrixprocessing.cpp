@@ -1,5 +1,7 @@
 #include "images/rasters/pixelmatrixprocessing.h"
 
+namespace vorlen {
+
 template <class T>
 PixelMatrixProcessing<T>::~PixelMatrixProcessing() = default;
 
@@ -13,3 +15,5 @@ template class PixelMatrixProcessing<unsigned int>;
 template class PixelMatrixProcessing<float>;
 template class PixelMatrixProcessing<double>;
 template class PixelMatrixProcessing<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 template <class T>
 class PixelMatrix;
 
@@ -12,3 +14,5 @@ public:
     ~PixelMatrixProcessing() override;
     virtual void apply(PixelMatrix<T>& matrix) = 0;
 };
+
+} // namespace vorlen

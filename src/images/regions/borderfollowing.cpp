@@ -7,6 +7,8 @@
 #include "numerics/exception.h"
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 // Kept apart from the other operations of the class: only who asks for a curve needs the shapes to link.
 
 namespace {
@@ -141,3 +143,5 @@ template void Thresholding<float>::extractCurve(Curve<int>&, int, int, const Pix
 template void Thresholding<double>::extractCurve(Curve<int>&, int, int, const PixelMatrix<double>&, int) const;
 template void Thresholding<long double>::extractCurve(Curve<int>&, int, int, const PixelMatrix<long double>&,
                                                       int) const;
+
+} // namespace vorlen

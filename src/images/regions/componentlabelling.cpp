@@ -13,6 +13,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 // Counts of bits are one instruction on most processors; which version runs is chosen when the program is loaded,
 // which the sanitizers do not survive.
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
@@ -264,3 +266,5 @@ template class ComponentLabelling<unsigned int>;
 template class ComponentLabelling<float>;
 template class ComponentLabelling<double>;
 template class ComponentLabelling<long double>;
+
+} // namespace vorlen

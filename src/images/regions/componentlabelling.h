@@ -5,6 +5,8 @@
 #include "images/rasters/pixelmatrixprocessing.h"
 #include "images/volumes/voxelmatrixprocessing.h"
 
+namespace vorlen {
+
 /// Numbers the connected regions of a matrix, in place: each element that is not 0 becomes the number of its region,
 /// from 1 without gaps, and 0 stays.
 ///
@@ -40,3 +42,5 @@ public:
 private:
     int __labels = 0;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 // Bins of one class: how many elements they count, and the sum of their indexes.
@@ -114,3 +116,5 @@ template class IsodataThresholding<int>;
 template class IsodataThresholding<float>;
 template class IsodataThresholding<double>;
 template class IsodataThresholding<long double>;
+
+} // namespace vorlen

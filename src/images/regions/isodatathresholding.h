@@ -3,6 +3,8 @@
 #include "images/regions/thresholding.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Finds the threshold from the histogram: the one that lies midway between the mean of the values below it and the
 /// mean of those from it on (T. W. Ridler and S. Calvard, IEEE Trans. SMC 8, 1978).
 ///
@@ -44,3 +46,5 @@ private:
     T __width = T(1);
     unsigned int __bins = 256;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -101,3 +103,5 @@ template class Thresholding<int>;
 template class Thresholding<float>;
 template class Thresholding<double>;
 template class Thresholding<long double>;
+
+} // namespace vorlen

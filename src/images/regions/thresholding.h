@@ -3,6 +3,8 @@
 #include "images/rasters/pixelmatrixprocessing.h"
 #include "images/volumes/voxelmatrixprocessing.h"
 
+namespace vorlen {
+
 template <class T>
 class Curve;
 
@@ -63,3 +65,5 @@ private:
     T __background = T(0);
     bool __foregroundIsAbove = true;
 };
+
+} // namespace vorlen

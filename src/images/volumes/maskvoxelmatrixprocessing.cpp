@@ -1,5 +1,7 @@
 #include "images/volumes/maskvoxelmatrixprocessing.h"
 
+namespace vorlen {
+
 template <class T>
 MaskVoxelMatrixProcessing<T>::~MaskVoxelMatrixProcessing() = default;
 
@@ -32,3 +34,5 @@ template class MaskVoxelMatrixProcessing<unsigned int>;
 template class MaskVoxelMatrixProcessing<float>;
 template class MaskVoxelMatrixProcessing<double>;
 template class MaskVoxelMatrixProcessing<long double>;
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "images/volumes/voxelmatrixprocessing.h"
 
+namespace vorlen {
+
 /// Processing of the part of a volume where a mask of the same size is not zero.
 /// The mask is only seen, not owned, and must outlive apply().
 template <class T>
@@ -19,3 +21,5 @@ public:
 private:
     const VoxelMatrix<T>* __mask = nullptr;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "images/volumes/voxelmatrix.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class T, class Function>
@@ -85,3 +87,5 @@ template class VolumeHistogramExpansion<unsigned int>;
 template class VolumeHistogramExpansion<float>;
 template class VolumeHistogramExpansion<double>;
 template class VolumeHistogramExpansion<long double>;
+
+} // namespace vorlen

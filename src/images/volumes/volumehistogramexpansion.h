@@ -2,6 +2,8 @@
 
 #include "images/volumes/voxelmatrixprocessing.h"
 
+namespace vorlen {
+
 /// Stretches the values of a volume linearly so that they fill a chosen range, in place: the smallest becomes the
 /// minimum, the largest the maximum. A minimum above the maximum turns the values round.
 ///
@@ -27,3 +29,5 @@ private:
     T __max = T(255);
     T __min = T(0);
 };
+
+} // namespace vorlen

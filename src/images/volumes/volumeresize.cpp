@@ -7,6 +7,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 template <class T>
 VolumeResize<T>::VolumeResize() : __size(3) {
     __size.setZeros();
@@ -144,3 +146,5 @@ void VolumeResize<T>::mixedResize(VoxelMatrix<T>& volume, const Vector<int>& old
 template class VolumeResize<float>;
 template class VolumeResize<double>;
 template class VolumeResize<long double>;
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "images/volumes/voxelmatrixprocessing.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Resizes a volume in place, one axis after the other: second index, first, third.
 ///
 /// An axis that goes from m to n elements is read at j * m / n. The nearest mode takes the element at that position
@@ -44,3 +46,5 @@ private:
     Vector<int> __size;
     bool __lowPassFilteringEnabled = true;
 };
+
+} // namespace vorlen

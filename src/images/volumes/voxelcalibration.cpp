@@ -2,6 +2,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 VoxelCalibration::VoxelCalibration() : __voxelSize(3) {
     __voxelSize.setOnes();
 }
@@ -48,3 +50,5 @@ float VoxelCalibration::getVoxelWidth() const {
 float VoxelCalibration::getVoxelDepth() const {
     return __voxelSize[2];
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "numerics/vector.h"
 #include "values/lengthunit.h"
 
+namespace vorlen {
+
 /// What one voxel of a volume measures: height (first index), width (second index) and depth (third index), in the
 /// length unit given beside them. A new calibration has voxels of 1 x 1 x 1 metre.
 class VoxelCalibration {
@@ -27,3 +29,5 @@ private:
     LengthUnit __lengthUnit;
     Vector<float> __voxelSize;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "images/files/voxelmatrixfile.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 // Bytes that a value of the 80-bit extended format occupies in memory without its padding.
@@ -675,3 +677,5 @@ template VoxelMatrix<unsigned int> VoxelMatrix<long double>::toType<unsigned int
 template VoxelMatrix<float> VoxelMatrix<long double>::toType<float>() const;
 template VoxelMatrix<double> VoxelMatrix<long double>::toType<double>() const;
 template VoxelMatrix<long double> VoxelMatrix<long double>::toType<long double>() const;
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "images/volumes/voxelcalibration.h"
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// Volume: planes of PixelMatrix<T>, one behind the other, with the size of a voxel.
 ///
 /// An element is addressed (row, column, plane); the first index runs over the rows of a plane, the second over its
@@ -167,3 +169,5 @@ private:
     std::vector<PixelMatrix<T>> __planes; ///< empty after loadHeader(), otherwise size3 planes
     VoxelCalibration __calibration;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "images/volumes/voxelmatrixprocessing.h"
 
+namespace vorlen {
+
 template <class T>
 VoxelMatrixProcessing<T>::~VoxelMatrixProcessing() = default;
 
@@ -12,3 +14,5 @@ template class VoxelMatrixProcessing<unsigned int>;
 template class VoxelMatrixProcessing<float>;
 template class VoxelMatrixProcessing<double>;
 template class VoxelMatrixProcessing<long double>;
+
+} // namespace vorlen

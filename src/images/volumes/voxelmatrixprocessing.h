@@ -2,6 +2,8 @@
 
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 template <class T>
 class VoxelMatrix;
 
@@ -12,3 +14,5 @@ public:
     ~VoxelMatrixProcessing() override;
     virtual void apply(VoxelMatrix<T>& matrix) = 0;
 };
+
+} // namespace vorlen

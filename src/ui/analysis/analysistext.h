@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace vorlen {
+
 class Exception;
 class Stack;
 
@@ -12,3 +14,5 @@ QString headerWithUnit(const QString& name, const Stack& stack, int power = 1);
 
 /// Why a measurement failed, for a tool tip.
 QString failureText(const Exception& failure);
+
+} // namespace vorlen

@@ -21,6 +21,8 @@
 #include "ui/icons/vrlicons.h"
 #include "ui/session/vrlconfig.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Two thirds of the screen's width and height.
@@ -115,3 +117,5 @@ void VRLAnalysisWindow::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     QSettings().setValue("analysisWindow/size", size());
 }
+
+} // namespace vorlen

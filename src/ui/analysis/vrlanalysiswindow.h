@@ -3,6 +3,9 @@
 #include <QWidget>
 
 class QLabel;
+
+namespace vorlen {
+
 class VRLAnalysisWindowMediator;
 class VRLStack;
 
@@ -31,3 +34,5 @@ private:
     VRLAnalysisWindowMediator* __mediator;
     QLabel* __stackLabel = nullptr;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include "ui/analysis/vrlmodelitemanalysiswidget.h"
 #include "ui/analysis/vrlsliceanalysistable.h"
 
+namespace vorlen {
+
 VRLAnalysisWindowMediator::VRLAnalysisWindowMediator(QObject* parent) : QObject(parent) {
 }
 
@@ -36,3 +38,5 @@ void VRLAnalysisWindowMediator::copySelection() const {
 void VRLAnalysisWindowMediator::saveCurrentSheet() const {
     onVisibleSheet([](const auto& sheet) { sheet.save(); });
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <QObject>
 
+namespace vorlen {
+
 class VRLModelAnalysisWidget;
 class VRLModelItemAnalysisWidget;
 class VRLSliceAnalysisTable;
@@ -36,3 +38,5 @@ private:
     VRLSliceAnalysisTable* __sliceTable = nullptr;
     VRLModelAnalysisWidget* __modelWidget = nullptr;
 };
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "ui/analysis/analysistext.h"
 #include "ui/widgets/waitcursor.h"
 
+namespace vorlen {
+
 VRLModelAnalysisTable::VRLModelAnalysisTable(QWidget* parent) : VRLTableWidget(parent) {
     setSelectionMode(QAbstractItemView::ContiguousSelection);
     setAccessibleName("Measurements of the models");
@@ -95,3 +97,5 @@ void VRLModelAnalysisTable::setMeasure(int row, int column, double value) {
     else
         setNumber(row, column, value);
 }
+
+} // namespace vorlen

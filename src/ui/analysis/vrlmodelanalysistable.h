@@ -3,6 +3,8 @@
 #include "document/modelproperties.h"
 #include "ui/widgets/vrltablewidget.h"
 
+namespace vorlen {
+
 class Model;
 class ModelMorphometry;
 class VRLStack;
@@ -36,3 +38,5 @@ private:
     const VRLStack* __stack = nullptr;
     MPrimitive __geometry = noGeometry;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "ui/analysis/vrlmodelanalysistable.h"
 
+namespace vorlen {
+
 VRLModelAnalysisWidget::VRLModelAnalysisWidget(QWidget* parent) : QWidget(parent) {
     constexpr const char* titles[] = {"Closed surfaces", "Open surfaces", "Point clouds"};
     constexpr MPrimitive geometries[] = {PolygonPrimitive, PolylinePrimitive, PolypointPrimitive};
@@ -36,3 +38,5 @@ void VRLModelAnalysisWidget::save() const {
 const VRLModelAnalysisTable& VRLModelAnalysisWidget::currentTable() const {
     return *__tables[std::size_t(__tabs->currentIndex())];
 }
+
+} // namespace vorlen

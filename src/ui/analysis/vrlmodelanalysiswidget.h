@@ -5,6 +5,9 @@
 #include <QWidget>
 
 class QTabWidget;
+
+namespace vorlen {
+
 class VRLModelAnalysisTable;
 class VRLStack;
 
@@ -28,3 +31,5 @@ private:
     QTabWidget* __tabs;
     std::array<VRLModelAnalysisTable*, 3> __tables;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "ui/analysis/analysistext.h"
 #include "ui/widgets/waitcursor.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Calls visit(slice, place of the slice, item) for the items of the model, slice by slice.
@@ -157,3 +159,5 @@ void VRLModelItemAnalysisTable::updatePoints() {
     });
     setRowCount(row);
 }
+
+} // namespace vorlen

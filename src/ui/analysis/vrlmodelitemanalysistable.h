@@ -3,6 +3,8 @@
 #include "document/modelproperties.h"
 #include "ui/widgets/vrltablewidget.h"
 
+namespace vorlen {
+
 class Model;
 class ModelItem;
 class ModelItemGeometry;
@@ -49,3 +51,5 @@ private:
     const Model* __model = nullptr;
     QString __hint;
 };
+
+} // namespace vorlen

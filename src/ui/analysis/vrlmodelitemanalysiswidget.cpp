@@ -10,6 +10,8 @@
 #include "ui/models/vrlmodellistwidget.h"
 #include "ui/widgets/vrlsplitter.h"
 
+namespace vorlen {
+
 VRLModelItemAnalysisWidget::VRLModelItemAnalysisWidget(QWidget* parent) : QWidget(parent) {
     auto* splitter = new VRLSplitter("itemAnalysisWidgetSplitter", Qt::Horizontal, this);
     __modelList = new VRLModelListWidget(splitter);
@@ -68,3 +70,5 @@ void VRLModelItemAnalysisWidget::stackDestroyed() {
     __modelList->setEnabled(false);
     __table->setHint("The stack is closed");
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "editing/stacks/vrlstack.h"
 
+namespace vorlen {
+
 class VRLModelItemAnalysisTable;
 class VRLModelListWidget;
 
@@ -34,3 +36,5 @@ private:
     VRLModelItemAnalysisTable* __table;
     QPointer<const VRLStack> __stack;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "ui/analysis/analysistext.h"
 #include "ui/widgets/waitcursor.h"
 
+namespace vorlen {
+
 VRLSliceAnalysisTable::VRLSliceAnalysisTable(QWidget* parent) : VRLTableWidget(parent) {
     setSelectionMode(QAbstractItemView::ContiguousSelection);
     setAccessibleName("Numbers of outlines and points on the slices");
@@ -55,3 +57,5 @@ void VRLSliceAnalysisTable::updateContents() {
     }
     endContents();
 }
+
+} // namespace vorlen

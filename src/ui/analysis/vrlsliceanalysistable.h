@@ -2,6 +2,8 @@
 
 #include "ui/widgets/vrltablewidget.h"
 
+namespace vorlen {
+
 class VRLStack;
 
 /// What lies on each slice: a row for each slice, a column for each model with the number of its outlines there, or of
@@ -21,3 +23,5 @@ private:
 
     const VRLStack* __stack = nullptr;
 };
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "ui/session/vrlsettings.h"
 #include "ui/widgets/vorlenapplication.h"
 
+namespace vorlen {
+
 namespace {
 
 int run(const QStringList& arguments) {
@@ -48,7 +50,10 @@ int runReportingFailures(const QStringList& arguments) {
 
 } // namespace
 
+} // namespace vorlen
+
 int main(int argc, char** argv) {
+    using namespace vorlen;
     VorlenApplication application(argc, argv);
     QApplication::setDesktopFileName("vorlen");
     VRLSettings::settings.load();

@@ -7,6 +7,8 @@
 #include "ui/icons/vrlicons.h"
 #include "ui/session/vrlconfig.h"
 
+namespace vorlen {
+
 VRLAboutWidget::VRLAboutWidget(QWidget* parent) : QWidget(parent) {
     auto* logo = new QLabel(this);
     logo->setPixmap(VRLIcons::logo().pixmap(QSize(96, 96), devicePixelRatioF()));
@@ -22,3 +24,5 @@ VRLAboutWidget::VRLAboutWidget(QWidget* parent) : QWidget(parent) {
     layout->addWidget(logo, 0, Qt::AlignTop);
     layout->addWidget(text, 1);
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+namespace vorlen {
+
 /// The logo, the program's name, and its version with its date.
 class VRLAboutWidget : public QWidget {
     Q_OBJECT
@@ -9,3 +11,5 @@ class VRLAboutWidget : public QWidget {
 public:
     explicit VRLAboutWidget(QWidget* parent = nullptr);
 };
+
+} // namespace vorlen

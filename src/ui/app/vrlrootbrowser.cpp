@@ -7,6 +7,8 @@
 #include "ui/models/vrlslicelistwidget.h"
 #include "ui/models/vrlstacklistwidget.h"
 
+namespace vorlen {
+
 namespace {
 
 const QString splitterKey = "rootBrowserSplitterSizes";
@@ -32,3 +34,5 @@ VRLRootBrowser::VRLRootBrowser(QWidget* parent) : QWidget(parent) {
     connect(splitter, &QSplitter::splitterMoved, this,
             [splitter] { QSettings().setValue(splitterKey, splitter->saveState()); });
 }
+
+} // namespace vorlen

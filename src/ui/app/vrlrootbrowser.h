@@ -3,6 +3,9 @@
 #include <QWidget>
 
 class QSplitter;
+
+namespace vorlen {
+
 class VRLSliceListWidget;
 class VRLStackListWidget;
 
@@ -20,3 +23,5 @@ private:
     VRLStackListWidget* __stackList;
     VRLSliceListWidget* __sliceList;
 };
+
+} // namespace vorlen

@@ -45,6 +45,8 @@
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/waitcursor.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Commands whose part of the program is not there yet.
@@ -688,3 +690,5 @@ void VRLRootMediator::reloadSlices(int position) {
     }
     updateActions();
 }
+
+} // namespace vorlen

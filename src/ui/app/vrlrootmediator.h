@@ -13,6 +13,9 @@ class QActionGroup;
 class QMenu;
 class QMenuBar;
 class QToolBar;
+
+namespace vorlen {
+
 class StackSlice;
 class VRLMenu;
 class VRLRootSliceEditWidget;
@@ -133,3 +136,5 @@ private:
     QList<QAction*> __actions;
     bool __locked = false;
 };
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 
+namespace vorlen {
+
 namespace {
 
 QLineEdit* nameField(const QString& accessibleName, QWidget* parent) {
@@ -131,3 +133,5 @@ void VRLRootStatusBar::subjectProgressed(unsigned int current, unsigned int tota
     __pause = std::max<qint64>(40, 4 * __sinceUpdate.elapsed());
     __sinceUpdate.start();
 }
+
+} // namespace vorlen

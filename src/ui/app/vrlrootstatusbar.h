@@ -10,6 +10,9 @@ class QLineEdit;
 class QProgressBar;
 class QStatusBar;
 class QToolButton;
+
+namespace vorlen {
+
 class VRLSliceEditWidgetStatusBar;
 
 /// Status bar of a root window: the current stack and slice, messages, what the slice view tells, and progress.
@@ -55,3 +58,5 @@ private:
     QElapsedTimer __sinceUpdate; // of the progress bar
     qint64 __pause = 0;          // to the next one, in milliseconds
 };
+
+} // namespace vorlen

@@ -32,6 +32,8 @@
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/vrlsplitter.h"
 
+namespace vorlen {
+
 namespace {
 
 const QUrl homepage("https://example.org/vorlen");
@@ -275,3 +277,5 @@ int VRLRootWindow::numOpenRootWindows() {
             number += window->__closed ? 0 : 1;
     return number;
 }
+
+} // namespace vorlen

@@ -7,6 +7,9 @@
 class QFrame;
 class QLabel;
 class QToolBar;
+
+namespace vorlen {
+
 class VRLRecovery;
 class VRLRootBrowser;
 class VRLRootMediator;
@@ -77,3 +80,5 @@ private:
     VRLRootMediator* __mediator;
     bool __closed = false;
 };
+
+} // namespace vorlen

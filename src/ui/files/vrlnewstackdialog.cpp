@@ -10,6 +10,8 @@
 #include "ui/files/vrlstackimagelisteditor.h"
 #include "ui/models/vrlstackpropertieseditor.h"
 
+namespace vorlen {
+
 VRLNewStackDialog::VRLNewStackDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("New stack");
     setModal(true);
@@ -86,3 +88,5 @@ void VRLNewStackDialog::validate() {
     box.addButton(" OK ", QMessageBox::AcceptRole);
     box.exec();
 }
+
+} // namespace vorlen

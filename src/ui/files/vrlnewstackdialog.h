@@ -7,6 +7,8 @@
 
 #include "values/pixelcalibration.h"
 
+namespace vorlen {
+
 class VRLStackImageListEditor;
 class VRLStackPropertiesEditor;
 
@@ -35,3 +37,5 @@ private:
     VRLStackPropertiesEditor* __properties;
     VRLStackImageListEditor* __images;
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+namespace vorlen {
+
 VRLRecoveryDialog::VRLRecoveryDialog(const QList<VRLRecovery::Leftover>& leftovers, QWidget* parent)
     : QDialog(parent), __leftovers(leftovers) {
     setWindowTitle("Recover stacks");
@@ -59,3 +61,5 @@ QList<VRLRecovery::Leftover> VRLRecoveryDialog::chosen() const {
             result += __leftovers[i];
     return result;
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 
 class QListWidget;
 
+namespace vorlen {
+
 /// Offers the stacks that a run of the program left behind that did not end in the proper way.
 class VRLRecoveryDialog : public QDialog {
     Q_OBJECT
@@ -25,3 +27,5 @@ private:
     QListWidget* __list;
     Answer __answer = Answer::Later;
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include <QTextEdit>
 #include <QVBoxLayout>
 
+namespace vorlen {
+
 VRLStackErrorDialog::VRLStackErrorDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Stack error messages");
     setModal(true);
@@ -44,3 +46,5 @@ void VRLStackErrorDialog::setLog(const std::vector<std::string>& log) {
         lines += QString::fromStdString(line);
     __log->setPlainText(lines.join('\n'));
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 class QLabel;
 class QTextEdit;
 
+namespace vorlen {
+
 /// Shows what the reader of a stack had to complain about.
 class VRLStackErrorDialog : public QDialog {
     Q_OBJECT
@@ -24,3 +26,5 @@ private:
     QLabel* __banner;
     QTextEdit* __log;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 
 #include "ui/session/vrlsettings.h"
 
+namespace vorlen {
+
 VRLStackImageListEditor::VRLStackImageListEditor(QWidget* parent) : QGroupBox("Images", parent) {
     __list = new QListWidget(this);
     __list->setSortingEnabled(true);
@@ -61,3 +63,5 @@ void VRLStackImageListEditor::chooseImages() {
 void VRLStackImageListEditor::removeSelectedImages() {
     qDeleteAll(__list->selectedItems());
 }
+
+} // namespace vorlen

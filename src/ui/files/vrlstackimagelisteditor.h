@@ -6,6 +6,8 @@
 class QListWidget;
 class QPushButton;
 
+namespace vorlen {
+
 /// The images of a new stack, sorted by their paths: the slices follow this order.
 class VRLStackImageListEditor : public QGroupBox {
     Q_OBJECT
@@ -26,3 +28,5 @@ private:
     QListWidget* __list;
     QPushButton* __remove;
 };
+
+} // namespace vorlen

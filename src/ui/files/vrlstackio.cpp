@@ -28,6 +28,8 @@
 #include "ui/session/vrlsettings.h"
 #include "ui/widgets/waitcursor.h"
 
+namespace vorlen {
+
 namespace {
 
 const QSize fileDialogSize(400, 300);
@@ -411,3 +413,5 @@ VRLStack* VRLStackIO::recoverStacks(VRLRecovery& recovery) {
     }
     return last;
 }
+
+} // namespace vorlen

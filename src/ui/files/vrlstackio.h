@@ -7,6 +7,9 @@
 #include "progress/progressproxy.h"
 
 class QWidget;
+
+namespace vorlen {
+
 class StackSlice;
 class VRLRecovery;
 class VRLStack;
@@ -77,3 +80,5 @@ private:
 
     QWidget* __parent;
 };
+
+} // namespace vorlen

@@ -19,6 +19,8 @@
 
 #include "ui/icons/vrlicons.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int xpmSize = 32;
@@ -153,7 +155,10 @@ void writeSheet(const QString& path) {
 
 } // namespace
 
+} // namespace vorlen
+
 int main(int argc, char** argv) {
+    using namespace vorlen;
     const std::vector<QString> arguments(argv + 1, argv + argc);
     const QString command = arguments.empty() ? QString() : arguments[0];
     try {

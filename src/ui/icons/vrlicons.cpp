@@ -17,6 +17,8 @@ static void loadIconResources() {
     Q_INIT_RESOURCE(icons);
 }
 
+namespace vorlen {
+
 namespace {
 
 // The two colours in which the drawings stand; both are replaced when an icon is drawn.
@@ -157,3 +159,5 @@ QPixmap VRLIcons::logo(int size) {
 QIcon VRLIcons::logo() {
     return QIcon(new SvgIconEngine("logo", readResource("logo.svg"), false));
 }
+
+} // namespace vorlen

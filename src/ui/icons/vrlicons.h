@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace vorlen {
+
 /// The pictures of commands and windows, drawn as SVG and compiled in.
 ///
 /// An icon is drawn anew at each size and pixel density that is asked for, in the text colour of the application's
@@ -25,3 +27,5 @@ public:
     /// The logo as a window's icon. It has colours of its own and is the same in all themes.
     static QIcon logo();
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "ui/imageserver/vrlimageserver.h"
 
+namespace vorlen {
+
 VRLImageServer& getPanoramaImageServer(QObject& owner) {
     const QString name = "panorama";
     auto* server = owner.findChild<VRLImageServer*>(name, Qt::FindDirectChildrenOnly);
@@ -16,3 +18,5 @@ VRLImageServer& getPanoramaImageServer(QObject& owner) {
     }
     return *server;
 }
+
+} // namespace vorlen

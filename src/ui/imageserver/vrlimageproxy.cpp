@@ -5,6 +5,8 @@
 #include "ui/imageserver/vrlimageserver.h"
 #include "values/imagesource.h"
 
+namespace vorlen {
+
 VRLImageProxy::VRLImageProxy(QObject* parent) : VRLProgressProxy(parent) {
 }
 
@@ -149,3 +151,5 @@ void VRLImageProxy::__leaveServer() {
     if (!__server.isNull() && __source != nullptr)
         __server->detachProxy(*this);
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "ui/progress/vrlprogressproxy.h"
 #include "values/pixelcalibration.h"
 
+namespace vorlen {
+
 class Image;
 class ImageSource;
 class VRLImageServer;
@@ -93,3 +95,5 @@ private:
     PixelCalibration __pixelCalibration;
     QPointer<VRLImageServer> __server;
 };
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 /// The first file of the mosaic and the number of its files.
@@ -153,3 +155,5 @@ void VRLImageReader::notifyProgressed(unsigned int current, unsigned int total) 
     __percentage = percentage;
     VRLProgressProxy::notifyProgressed(percentage, 100u);
 }
+
+} // namespace vorlen

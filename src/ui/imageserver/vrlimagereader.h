@@ -6,6 +6,8 @@
 #include "images/files/imagereader.h"
 #include "ui/progress/vrlprogressproxy.h"
 
+namespace vorlen {
+
 class Image;
 class ImageSource;
 
@@ -60,3 +62,5 @@ private:
     unsigned int __partsDone = 0;
     unsigned int __percentage = 0; // last reported
 };
+
+} // namespace vorlen

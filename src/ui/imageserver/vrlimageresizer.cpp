@@ -8,6 +8,8 @@
 #include "images/filters/resizexform.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int smallestSide = 64;
@@ -125,3 +127,5 @@ void VRLImageResizer::run() {
         emit imageAvailable();
     notifyFinished("");
 }
+
+} // namespace vorlen

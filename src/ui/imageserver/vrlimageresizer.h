@@ -11,6 +11,8 @@
 #include "images/rasters/image.h"
 #include "ui/progress/vrlprogressproxy.h"
 
+namespace vorlen {
+
 /// Makes the smaller images of one image on a worker thread.
 ///
 /// With the target size (0, 0) these are new images of half the width and height each, as long as the last is at least
@@ -61,3 +63,5 @@ private:
     std::string __failure;
     std::atomic<bool> __ended = false;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/imageserver/vrlimageserverdata.h"
 
+namespace vorlen {
+
 VRLImageServer::VRLImageServer(QObject* parent) : QObject(parent) {
 }
 
@@ -167,3 +169,5 @@ void VRLImageServer::__runNextPendingData() {
     }
     data->run();
 }
+
+} // namespace vorlen

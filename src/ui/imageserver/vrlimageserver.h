@@ -9,6 +9,8 @@
 
 #include "progress/progressmonitor.h"
 
+namespace vorlen {
+
 class ImageSource;
 class VRLImageProxy;
 class VRLImageServerData;
@@ -85,3 +87,5 @@ private:
     QSize __baseSize{0, 0};
     bool __autoDelete = true;
 };
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "ui/imageserver/vrlimageserver.h"
 #include "values/imagesource.h"
 
+namespace vorlen {
+
 namespace {
 
 /// All that tells one source from another; lengths keep the names apart.
@@ -281,3 +283,5 @@ void VRLImageServerData::__tellProxies(Operation operation) {
             operation(*proxy);
     }
 }
+
+} // namespace vorlen

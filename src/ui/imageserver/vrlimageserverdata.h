@@ -15,6 +15,8 @@
 #include "ui/imageserver/vrlimageresizer.h"
 #include "ui/progress/vrlprogressproxy.h"
 
+namespace vorlen {
+
 class ImageSource;
 class VRLImageProxy;
 class VRLImageServer;
@@ -103,3 +105,5 @@ private:
     std::unique_ptr<VRLImageResizer> __resizer;
     std::unique_ptr<QThread> __workerThread; // of the reader first, then another of the resizer
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "numerics/exception.h"
 #include "ui/session/vrlconfig.h"
 
+namespace vorlen {
+
 /// Runs the work of a command. What it throws ends at a message box with this sentence and the error's own.
 template <class Work>
 void guarded(QWidget* parent, const QString& failure, Work&& work) {
@@ -24,3 +26,5 @@ void guarded(QWidget* parent, const QString& failure, Work&& work) {
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 
 #include "ui/models/vrlstackpropertieseditor.h"
 
+namespace vorlen {
+
 PropertiesDialogButtons layOutPropertiesDialog(QDialog& dialog, VRLStackPropertiesEditor& editor) {
     auto* frame = new QFrame(&dialog);
     frame->setFrameStyle(QFrame::Box | QFrame::Sunken);
@@ -37,3 +39,5 @@ PropertiesDialogButtons layOutPropertiesDialog(QDialog& dialog, VRLStackProperti
     QObject::connect(close, &QPushButton::clicked, &dialog, &QDialog::accept);
     return {apply, reset};
 }
+
+} // namespace vorlen

@@ -2,6 +2,9 @@
 
 class QDialog;
 class QPushButton;
+
+namespace vorlen {
+
 class VRLStackPropertiesEditor;
 
 /// The buttons of a properties dialog that its owner connects; both are disabled at first.
@@ -12,3 +15,5 @@ struct PropertiesDialogButtons {
 
 /// Puts the editor into a frame, with the buttons "Apply", "Reset" and "Close" below it. "Close" accepts the dialog.
 PropertiesDialogButtons layOutPropertiesDialog(QDialog& dialog, VRLStackPropertiesEditor& editor);
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "document/stack.h"
 
+namespace vorlen {
+
 bool hasDefaultSpacing(const StackSlice& slice) {
     if (slice.getStack() == nullptr)
         return true;
@@ -17,3 +19,5 @@ bool hasDefaultSpacing(const StackSlice& slice) {
 bool hasDefaultPixelCalibration(const StackSlice& slice) {
     return slice.getStack() == nullptr || slice.getPixelCalibration() == slice.getStack()->getDefaultPixelCalibration();
 }
+
+} // namespace vorlen

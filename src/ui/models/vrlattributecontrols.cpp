@@ -4,6 +4,8 @@
 #include <QFormLayout>
 #include <QLabel>
 
+namespace vorlen {
+
 namespace attributecontrols {
 
 void addRow(QFormLayout& form, const QString& text, QWidget& control, const QString& toolTip,
@@ -37,3 +39,5 @@ std::optional<bool> state(const QCheckBox& box) {
 }
 
 } // namespace attributecontrols
+
+} // namespace vorlen

@@ -9,6 +9,8 @@ class QComboBox;
 class QFormLayout;
 class QWidget;
 
+namespace vorlen {
+
 /// What the editors of properties share: controls with a state "undefined", rows of a form, their explanations.
 namespace attributecontrols {
 
@@ -31,3 +33,5 @@ auto optionalValue(const T& properties, Defines defines, Get get) {
 }
 
 } // namespace attributecontrols
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace vorlen {
+
 VRLAttributeSpinBox::VRLAttributeSpinBox(int maximum, QWidget* parent) : QSpinBox(parent), __maximum(maximum) {
     setRange(-1, maximum);
     setSpecialValueText(" ");
@@ -21,3 +23,5 @@ std::optional<float> VRLAttributeSpinBox::attribute() const {
         return __own;
     return value() < 0 ? std::nullopt : std::optional<float>(static_cast<float>(value()));
 }
+
+} // namespace vorlen

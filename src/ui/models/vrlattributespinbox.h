@@ -4,6 +4,8 @@
 
 #include <QSpinBox>
 
+namespace vorlen {
+
 /// A whole number from 0 up that may be undefined, which shows as blank and lies one step below 0.
 ///
 /// The box remembers the number it was set to: as long as it shows it, that number is given back as it was, with its
@@ -22,3 +24,5 @@ private:
     std::optional<float> __own;
     int __shown = -1;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "editing/bus/vrleventclient.h"
 
+namespace vorlen {
+
 /// A batch of events that lasts as long as this object lives.
 class VRLEventBatch {
 public:
@@ -10,3 +12,5 @@ public:
     VRLEventBatch(const VRLEventBatch&) = delete;
     VRLEventBatch& operator=(const VRLEventBatch&) = delete;
 };
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include <QPalette>
 #include <QStyle>
 
+namespace vorlen {
+
 VRLFieldMark::VRLFieldMark(QLineEdit& field) : QObject(&field), __field(field) {
     __sign = field.addAction(field.style()->standardIcon(QStyle::SP_MessageBoxWarning), QLineEdit::TrailingPosition);
     __sign->setVisible(false);
@@ -35,3 +37,5 @@ void VRLFieldMark::show() {
     __field.setToolTip(marked ? __problem : __toolTip);
     __field.setAccessibleDescription(__problem);
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 class QAction;
 class QLineEdit;
 
+namespace vorlen {
+
 /// The mark of a line edit whose text cannot be used: a red ground, a warning sign, and the reason in the tool tip.
 ///
 /// Belongs to the line edit. The line edit's own tool tip must be set through the mark.
@@ -30,3 +32,5 @@ private:
     QString __toolTip;
     QString __problem;
 };
+
+} // namespace vorlen

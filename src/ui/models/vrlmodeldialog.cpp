@@ -13,6 +13,8 @@
 #include "ui/models/vrlmodelnameeditor.h"
 #include "ui/models/vrlmodelpropertieseditor.h"
 
+namespace vorlen {
+
 VRLModelDialog::VRLModelDialog(QWidget* parent) : QDialog(parent) {
     auto* frame = new QFrame(this);
     frame->setFrameStyle(QFrame::Box | QFrame::Sunken);
@@ -72,3 +74,5 @@ void VRLModelDialog::setStack(VRLStack& stack) {
     setWindowTitle("Models for stack \"" + QString::fromStdString(stack.getName()) + "\"");
     __mediator->setStack(stack);
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <QDialog>
 
+namespace vorlen {
+
 class VRLModelDialogMediator;
 class VRLStack;
 
@@ -20,3 +22,5 @@ public:
 private:
     VRLModelDialogMediator* __mediator;
 };
+
+} // namespace vorlen

@@ -22,6 +22,8 @@
 #include "ui/models/vrlmodelpropertieseditor.h"
 #include "ui/session/vrlconfig.h"
 
+namespace vorlen {
+
 VRLModelDialogMediator::VRLModelDialogMediator(VRLModelDialog& dialog) : QObject(&dialog), __dialog(dialog) {
 }
 
@@ -341,3 +343,5 @@ void VRLModelDialogMediator::warn(const QString& text) const {
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
+
+} // namespace vorlen

@@ -7,8 +7,11 @@
 
 #include "editing/bus/vrleventclient.h"
 
-class Model;
 class QPushButton;
+
+namespace vorlen {
+
+class Model;
 class VRLModelDialog;
 class VRLModelItemPropertiesEditor;
 class VRLModelListWidget;
@@ -89,3 +92,5 @@ private:
     std::unique_ptr<Model> __newModel; // until it is applied
     std::vector<Model*> __selectedModels;
 };
+
+} // namespace vorlen

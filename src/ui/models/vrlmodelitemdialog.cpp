@@ -10,6 +10,8 @@
 #include "ui/models/vrlmodelnameeditor.h"
 #include "ui/models/vrlmodelpropertieseditor.h"
 
+namespace vorlen {
+
 VRLModelItemDialog::VRLModelItemDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Properties");
     auto* frame = new QFrame(this);
@@ -57,3 +59,5 @@ VRLModelItemDialog::VRLModelItemDialog(QWidget* parent) : QDialog(parent) {
 void VRLModelItemDialog::setItem(ModelItem& item) {
     __mediator->setItem(item);
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <QDialog>
 
+namespace vorlen {
+
 class ModelItem;
 class VRLModelItemDialogMediator;
 
@@ -20,3 +22,5 @@ public:
 private:
     VRLModelItemDialogMediator* __mediator;
 };
+
+} // namespace vorlen

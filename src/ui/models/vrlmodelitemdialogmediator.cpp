@@ -20,6 +20,8 @@
 #include "ui/models/vrlmodelnameeditor.h"
 #include "ui/models/vrlmodelpropertieseditor.h"
 
+namespace vorlen {
+
 VRLModelItemDialogMediator::VRLModelItemDialogMediator(VRLModelItemDialog& dialog)
     : QObject(&dialog), __dialog(dialog) {
 }
@@ -142,3 +144,5 @@ void VRLModelItemDialogMediator::dropItem() {
     __itemPropertiesEditor->setEnabled(false);
     stateChange();
 }
+
+} // namespace vorlen

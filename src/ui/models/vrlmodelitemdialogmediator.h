@@ -5,8 +5,11 @@
 #include "document/modelitemproperties.h"
 #include "editing/bus/vrleventclient.h"
 
-class ModelItem;
 class QPushButton;
+
+namespace vorlen {
+
+class ModelItem;
 class VRLModelItemDialog;
 class VRLModelItemPropertiesEditor;
 class VRLModelNameEditor;
@@ -53,3 +56,5 @@ private:
     QPushButton* __cancelButton = nullptr;
     QPushButton* __okButton = nullptr;
 };
+
+} // namespace vorlen

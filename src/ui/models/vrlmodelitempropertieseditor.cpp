@@ -17,6 +17,8 @@
 #include "ui/models/vrlattributecontrols.h"
 #include "ui/models/vrlattributespinbox.h"
 
+namespace vorlen {
+
 using attributecontrols::addRow;
 using attributecontrols::optionalValue;
 
@@ -148,3 +150,5 @@ void VRLModelItemPropertiesEditor::showColor() {
     __colorButton->setAccessibleDescription(
         QString("Red %1, green %2, blue %3").arg(color.red()).arg(color.green()).arg(color.blue()));
 }
+
+} // namespace vorlen

@@ -9,6 +9,9 @@
 class QCheckBox;
 class QComboBox;
 class QPushButton;
+
+namespace vorlen {
+
 class VRLAttributeSpinBox;
 
 /// The look of items. Each property may be undefined, so that what several models have in common can be shown.
@@ -47,3 +50,5 @@ private:
     QCheckBox* __filling;
     QCheckBox* __visibility;
 };
+
+} // namespace vorlen

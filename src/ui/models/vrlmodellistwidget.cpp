@@ -4,6 +4,8 @@
 
 #include "document/stack.h"
 
+namespace vorlen {
+
 VRLModelListWidget::VRLModelListWidget(QWidget* parent) : QListWidget(parent) {
     setSelectionMode(QAbstractItemView::ExtendedSelection);
     setSortingEnabled(true);
@@ -43,3 +45,5 @@ void VRLModelListWidget::removeModels() {
     const QSignalBlocker blocker(this);
     clear();
 }
+
+} // namespace vorlen

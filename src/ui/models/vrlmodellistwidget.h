@@ -5,6 +5,8 @@
 
 #include <QListWidget>
 
+namespace vorlen {
+
 class Stack;
 
 /// A sorted list of the names of models, several of which may be selected.
@@ -27,3 +29,5 @@ public:
     void clearSelected();
     void removeModels();
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include <QLineEdit>
 #include <QVBoxLayout>
 
+namespace vorlen {
+
 VRLModelNameEditor::VRLModelNameEditor(QWidget* parent) : QWidget(parent) {
     auto* box = new QGroupBox("Name", this);
     __name = new QLineEdit(box);
@@ -34,3 +36,5 @@ void VRLModelNameEditor::selectName() {
     __name->setFocus();
     __name->selectAll();
 }
+
+} // namespace vorlen

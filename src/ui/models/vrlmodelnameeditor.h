@@ -6,6 +6,8 @@
 
 class QLineEdit;
 
+namespace vorlen {
+
 /// The name of a model.
 class VRLModelNameEditor : public QWidget {
     Q_OBJECT
@@ -29,3 +31,5 @@ signals:
 private:
     QLineEdit* __name;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "ui/models/vrlattributecontrols.h"
 #include "ui/models/vrlattributespinbox.h"
 
+namespace vorlen {
+
 using attributecontrols::addRow;
 using attributecontrols::optionalValue;
 
@@ -116,3 +118,5 @@ void VRLModelPropertiesEditor::clear() {
 void VRLModelPropertiesEditor::setGeometryBoxEnabled(bool enabled) {
     __geometry->setEnabled(enabled);
 }
+
+} // namespace vorlen

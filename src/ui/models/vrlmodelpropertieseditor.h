@@ -6,6 +6,9 @@
 
 class QCheckBox;
 class QComboBox;
+
+namespace vorlen {
+
 class VRLAttributeSpinBox;
 
 /// The properties of a model as a whole. Each may be undefined, so that what several models have in common can be
@@ -39,3 +42,5 @@ private:
     QCheckBox* __endCap;
     QCheckBox* __economicRendering;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include "ui/models/vrlfieldmark.h"
 
+namespace vorlen {
+
 VRLNumberEdit::VRLNumberEdit(QWidget* parent)
     : QLineEdit("1.0", parent), __mark(new VRLFieldMark(*this)), __valueText("1.0") {
     connect(this, &QLineEdit::textChanged, this, &VRLNumberEdit::check);
@@ -66,3 +68,5 @@ QString VRLNumberEdit::problem() const {
 void VRLNumberEdit::check() {
     __mark->setProblem(isEnabled() ? problem() : QString());
 }
+
+} // namespace vorlen

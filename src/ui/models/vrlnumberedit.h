@@ -2,6 +2,8 @@
 
 #include <QLineEdit>
 
+namespace vorlen {
+
 class VRLFieldMark;
 
 /// A line for a length or a ratio: a finite number above zero, read and written with a point in every locale.
@@ -41,3 +43,5 @@ private:
     QString __valueText;
     bool __acceptsOwnValue = false;
 };
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 
 #include "ui/models/vrlnumberedit.h"
 
+namespace vorlen {
+
 namespace {
 
 enum Number { AspectRatio, PixelWidth, PixelHeight };
@@ -124,3 +126,5 @@ void VRLPixelCalibrationEditor::showThird() {
     const QSignalBlocker blocker(__numbers[derived]);
     __numbers[derived]->setValue(values[derived]);
 }
+
+} // namespace vorlen

@@ -6,6 +6,9 @@
 
 class QComboBox;
 class QLabel;
+
+namespace vorlen {
+
 class VRLNumberEdit;
 
 /// Size of a pixel: two of aspect ratio, width and height are entered, and the third follows from them and is shown.
@@ -44,3 +47,5 @@ private:
     PixelCalibration __calibration;
     bool __calibrationStands = false;
 };
+
+} // namespace vorlen

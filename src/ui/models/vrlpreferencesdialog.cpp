@@ -8,6 +8,8 @@
 #include "ui/models/vrlpreferencesdialogmediator.h"
 #include "ui/models/vrlpreferenceseditor.h"
 
+namespace vorlen {
+
 VRLPreferencesDialog::VRLPreferencesDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Preferences");
     auto* frame = new QFrame(this);
@@ -34,3 +36,5 @@ VRLPreferencesDialog::VRLPreferencesDialog(QWidget* parent) : QDialog(parent) {
     layout->addLayout(buttons);
     __mediator = new VRLPreferencesDialogMediator(*this, *editor, *apply, *cancel, *ok);
 }
+
+} // namespace vorlen

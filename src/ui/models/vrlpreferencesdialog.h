@@ -2,6 +2,8 @@
 
 #include <QDialog>
 
+namespace vorlen {
+
 class VRLPreferencesDialogMediator;
 
 /// Edits the preferences of the program.
@@ -16,3 +18,5 @@ public:
 private:
     VRLPreferencesDialogMediator* __mediator;
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "ui/models/vrlpreferencesdialog.h"
 #include "ui/models/vrlpreferenceseditor.h"
 
+namespace vorlen {
+
 VRLPreferencesDialogMediator::VRLPreferencesDialogMediator(VRLPreferencesDialog& dialog, VRLPreferencesEditor& editor,
                                                            QPushButton& apply, QPushButton& cancel, QPushButton& ok)
     : QObject(&dialog), __dialog(dialog), __editor(editor), __applyButton(apply), __cancelButton(cancel) {
@@ -43,3 +45,5 @@ void VRLPreferencesDialogMediator::enableButtons(bool enable) {
     __applyButton.setEnabled(enable);
     __cancelButton.setEnabled(enable);
 }
+
+} // namespace vorlen

@@ -5,6 +5,9 @@
 #include "editing/bus/vrleventclient.h"
 
 class QPushButton;
+
+namespace vorlen {
+
 class VRLPreferencesDialog;
 class VRLPreferencesEditor;
 
@@ -29,3 +32,5 @@ private:
     QPushButton& __applyButton;
     QPushButton& __cancelButton;
 };
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "ui/session/vrlpreferences.h"
 #include "ui/widgets/colorselector.h"
 
+namespace vorlen {
+
 using attributecontrols::addRow;
 
 VRLPreferencesEditor::VRLPreferencesEditor(QWidget* parent) : QWidget(parent) {
@@ -59,3 +61,5 @@ void VRLPreferencesEditor::store() const {
     VRLPreferences::setClickTolerance(__clickTolerance->value());
     VRLPreferences::setImageCanvasBackgroundColor(__backgroundColor->getColor());
 }
+
+} // namespace vorlen

@@ -3,9 +3,12 @@
 #include <QColor>
 #include <QWidget>
 
-class ColorSelector;
 class QCheckBox;
 class QSpinBox;
+
+namespace vorlen {
+
+class ColorSelector;
 
 /// What the user can choose for the whole program.
 class VRLPreferencesEditor : public QWidget {
@@ -30,3 +33,5 @@ private:
     QSpinBox* __clickTolerance;
     ColorSelector* __backgroundColor;
 };
+
+} // namespace vorlen

@@ -14,6 +14,8 @@
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/slicedefaults.h"
 
+namespace vorlen {
+
 VRLSliceListWidget::VRLSliceListWidget(QWidget* parent) : QWidget(parent) {
     qRegisterMetaType<StackSlice*>("StackSlice*");
     __label = new QLabel(this);
@@ -248,3 +250,5 @@ void VRLSliceListWidget::showCount() {
     else
         __slider->setValue(0);
 }
+
+} // namespace vorlen

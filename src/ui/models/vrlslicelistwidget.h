@@ -12,9 +12,10 @@
 class QLabel;
 class QListWidget;
 class QSlider;
-class VRLStack;
 
-Q_DECLARE_METATYPE(StackSlice*)
+namespace vorlen {
+
+class VRLStack;
 
 /// The slices of a stack by name, the last one on top, with their number above and a slider below that goes through
 /// them from the first to the last.
@@ -81,3 +82,7 @@ private:
     VRLStack* __stack = nullptr;
     bool __updatePending = false; // of all rows, at the end of the batch
 };
+
+} // namespace vorlen
+
+Q_DECLARE_METATYPE(vorlen::StackSlice*)

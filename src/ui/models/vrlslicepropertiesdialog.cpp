@@ -13,6 +13,8 @@
 #include "ui/models/vrleventbatch.h"
 #include "ui/models/vrlstackpropertieseditor.h"
 
+namespace vorlen {
+
 VRLSlicePropertiesDialog::VRLSlicePropertiesDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Slice properties");
     __editor = new VRLStackPropertiesEditor(true, this);
@@ -82,3 +84,5 @@ void VRLSlicePropertiesDialog::stackCloseEvent(VRLStackCloseEvent& event) {
     __slice = nullptr;
     reject();
 }
+
+} // namespace vorlen

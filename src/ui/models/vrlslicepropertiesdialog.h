@@ -5,6 +5,9 @@
 #include "editing/bus/vrleventclient.h"
 
 class QPushButton;
+
+namespace vorlen {
+
 class StackSlice;
 class VRLStackPropertiesEditor;
 
@@ -30,3 +33,5 @@ private:
     QPushButton* __applyButton;
     QPushButton* __resetButton;
 };
+
+} // namespace vorlen

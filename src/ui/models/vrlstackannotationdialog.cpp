@@ -11,6 +11,8 @@
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/guarded.h"
 
+namespace vorlen {
+
 VRLStackAnnotationDialog::VRLStackAnnotationDialog(QWidget* parent) : QDialog(parent) {
     __text = new QPlainTextEdit(this);
     __text->setMinimumSize(__text->sizeHint());
@@ -68,3 +70,5 @@ void VRLStackAnnotationDialog::stackCloseEvent(VRLStackCloseEvent& event) {
     __slice = nullptr;
     reject();
 }
+
+} // namespace vorlen

@@ -5,6 +5,9 @@
 #include "editing/bus/vrleventclient.h"
 
 class QPlainTextEdit;
+
+namespace vorlen {
+
 class StackSlice;
 class VRLStack;
 
@@ -29,3 +32,5 @@ private:
     StackSlice* __slice = nullptr;
     QPlainTextEdit* __text;
 };
+
+} // namespace vorlen

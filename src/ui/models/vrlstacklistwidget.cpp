@@ -7,6 +7,8 @@
 
 #include "editing/bus/vrlstackevent.h"
 
+namespace vorlen {
+
 VRLStackListWidget::VRLStackListWidget(QWidget* parent) : QWidget(parent) {
     qRegisterMetaType<VRLStack*>("VRLStack*");
     __label = new QLabel(this);
@@ -86,3 +88,5 @@ int VRLStackListWidget::findRow(const VRLStack& stack) const {
 void VRLStackListWidget::showCount() {
     __label->setText(QString("Stacks [%1]").arg(__list->count()));
 }
+
+} // namespace vorlen

@@ -12,7 +12,7 @@ class QLabel;
 class QListWidget;
 class QListWidgetItem;
 
-Q_DECLARE_METATYPE(VRLStack*)
+namespace vorlen {
 
 /// A list of stacks by name, with their number above it.
 ///
@@ -53,3 +53,7 @@ private:
     QLabel* __label;
     QListWidget* __list;
 };
+
+} // namespace vorlen
+
+Q_DECLARE_METATYPE(vorlen::VRLStack*)

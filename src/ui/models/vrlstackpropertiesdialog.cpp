@@ -16,6 +16,8 @@
 #include "ui/models/vrleventbatch.h"
 #include "ui/models/vrlstackpropertieseditor.h"
 
+namespace vorlen {
+
 VRLStackPropertiesDialog::VRLStackPropertiesDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Stack properties");
     __editor = new VRLStackPropertiesEditor(false, this);
@@ -152,3 +154,5 @@ void VRLStackPropertiesDialog::applyPixelCalibrationChange(const PixelCalibratio
     VRLStackImageCalibrationEvent event(__stack);
     notifyEvent(event);
 }
+
+} // namespace vorlen

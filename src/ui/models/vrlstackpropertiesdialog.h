@@ -9,6 +9,9 @@
 #include "values/pixelcalibration.h"
 
 class QPushButton;
+
+namespace vorlen {
+
 class StackSlice;
 class VRLStack;
 class VRLStackPropertiesEditor;
@@ -46,3 +49,5 @@ private:
     QPushButton* __applyButton;
     QPushButton* __resetButton;
 };
+
+} // namespace vorlen

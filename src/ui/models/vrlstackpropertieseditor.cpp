@@ -12,6 +12,8 @@
 #include "ui/models/vrlnumberedit.h"
 #include "ui/models/vrlpixelcalibrationeditor.h"
 
+namespace vorlen {
+
 VRLStackPropertiesEditor::VRLStackPropertiesEditor(bool forSlice, QWidget* parent) : QWidget(parent) {
     auto* box = new QGroupBox(forSlice ? "Slice properties" : "Stack properties", this);
     auto* form = new QFormLayout(box);
@@ -145,3 +147,5 @@ bool VRLStackPropertiesEditor::valid() const {
 void VRLStackPropertiesEditor::checkName() {
     __nameMark->setProblem(validName() ? QString() : QString("Please enter a name."));
 }
+
+} // namespace vorlen

@@ -10,6 +10,9 @@
 class QCheckBox;
 class QComboBox;
 class QLineEdit;
+
+namespace vorlen {
+
 class VRLFieldMark;
 class VRLNumberEdit;
 class VRLPixelCalibrationEditor;
@@ -70,3 +73,5 @@ private:
     VRLPixelCalibrationEditor* __pixelCalibration;
     QCheckBox* __absolutePath;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace vorlen {
+
 namespace {
 
 void connectOnce(const VRLProgressProxy& sender, const char* signal, const VRLProgressProxy& receiver,
@@ -73,3 +75,5 @@ void VRLProgressProxy::subjectProgressed(const QString& text) {
 void VRLProgressProxy::subjectProgressed(const unsigned int current, const unsigned int total) {
     ProgressProxy::subjectProgressed(current, total);
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "progress/progressproxy.h"
 
+namespace vorlen {
+
 /// Carries the progress scheme across threads.
 ///
 /// What a proxy is notified of goes to its direct monitors on the caller's thread, and by queued signals to the proxies
@@ -48,3 +50,5 @@ signals:
     void progressed(const QString& text);
     void progressed(const unsigned int current, const unsigned int total);
 };
+
+} // namespace vorlen

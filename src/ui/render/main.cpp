@@ -18,6 +18,8 @@
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/widgets/vorlenapplication.h"
 
+namespace vorlen {
+
 namespace {
 
 int complain(const std::string& message, ExitStatus status) {
@@ -108,6 +110,9 @@ int run(int argc, char** argv) {
 
 } // namespace
 
+} // namespace vorlen
+
 int main(int argc, char** argv) {
+    using namespace vorlen;
     return run(argc, argv);
 }

@@ -7,6 +7,8 @@
 #include "ui/scenes/vrlrenderingutils.h"
 #include "ui/viewer/curvepaintergl.h"
 
+namespace vorlen {
+
 VRLModelItemPainterGL::VRLModelItemPainterGL(const ModelItem& item) {
     setItem(item);
 }
@@ -47,3 +49,5 @@ void VRLModelItemPainterGL::glDraw() const {
     if (__painter != nullptr)
         __painter->glDraw();
 }
+
+} // namespace vorlen

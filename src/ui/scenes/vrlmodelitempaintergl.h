@@ -4,6 +4,8 @@
 
 #include "ui/viewer/shapepaintergl.h"
 
+namespace vorlen {
+
 class ModelItem;
 
 /// Draws one item by itself, on its own slice: points as symbols, others as a curve, or as the symbols of its vertices
@@ -28,3 +30,5 @@ private:
     std::unique_ptr<Shape<float>> __shape; // outlives the painter, which sees it
     std::unique_ptr<ShapePainterGL<float>> __painter;
 };
+
+} // namespace vorlen

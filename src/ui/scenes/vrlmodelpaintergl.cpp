@@ -10,6 +10,8 @@
 #include "ui/viewer/curvestackpaintergl.h"
 #include "ui/viewer/quadmeshpaintergl.h"
 
+namespace vorlen {
+
 namespace {
 
 /// No two levels in a row at one height.
@@ -89,3 +91,5 @@ void VRLModelPainterGL::glDraw() const {
 bool VRLModelPainterGL::isOpaque() const {
     return __painter == nullptr || __painter->isOpaque();
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "ui/viewer/shapepaintergl.h"
 
+namespace vorlen {
+
 class Model;
 
 /// Draws a model as one surface through its contours, or as its contours where they make no simple surface: where two
@@ -35,3 +37,5 @@ private:
     std::unique_ptr<Shape<float>> __shape; // outlives the painter, which sees it
     std::unique_ptr<ShapePainterGL<float>> __painter;
 };
+
+} // namespace vorlen

@@ -27,6 +27,8 @@
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/widgets/waitcursor.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Carries a change of a painter out. A model that cannot be drawn is left out of the picture.
@@ -296,3 +298,5 @@ void VRLRenderingMediator::warn(const QString& title, const QString& text) {
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
+
+} // namespace vorlen

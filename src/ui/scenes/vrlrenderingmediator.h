@@ -7,8 +7,11 @@
 #include "editing/bus/vrleventclient.h"
 #include "ui/viewer/viewermediator.h"
 
-class Model;
 class QString;
+
+namespace vorlen {
+
+class Model;
 class VRLRenderingPainterGL;
 class VRLRenderingToolbar;
 class VRLStack;
@@ -94,3 +97,5 @@ private:
     std::vector<std::unique_ptr<VRLRenderingPainterGL>> __painters;
     bool __refreshPending = false;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "ui/scenes/vrlmodelitempaintergl.h"
 #include "ui/scenes/vrlmodelpaintergl.h"
 
+namespace vorlen {
+
 VRLRenderingPainterGL::VRLRenderingPainterGL() = default;
 
 VRLRenderingPainterGL::~VRLRenderingPainterGL() = default;
@@ -130,3 +132,5 @@ void VRLRenderingPainterGL::buildModelPainter() {
     if (__model != nullptr && __model->getNumItems() > 0)
         __modelPainter = std::make_unique<VRLModelPainterGL>(*__model);
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "ui/viewer/displaymodegl.h"
 #include "ui/viewer/paintergl.h"
 
+namespace vorlen {
+
 class Model;
 class ModelItem;
 class VRLModelItemPainterGL;
@@ -59,3 +61,5 @@ private:
     std::unique_ptr<VRLModelPainterGL> __modelPainter;
     std::vector<std::unique_ptr<VRLModelItemPainterGL>> __itemPainters;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "ui/icons/vrlicons.h"
 #include "ui/session/vrlconfig.h"
 
+namespace vorlen {
+
 VRLRenderingToolbar::VRLRenderingToolbar(QWidget* parent) : QFrame(parent) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(5, 2, 5, 2);
@@ -41,3 +43,5 @@ QToolButton* VRLRenderingToolbar::__addButton(const QString& icon, const QString
     layout()->addWidget(button);
     return button;
 }
+
+} // namespace vorlen

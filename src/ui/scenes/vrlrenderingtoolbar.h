@@ -4,6 +4,8 @@
 
 class QToolButton;
 
+namespace vorlen {
+
 /// The buttons above a rendering window's picture. Those of random rotation and video are shown and disabled.
 class VRLRenderingToolbar : public QFrame {
     Q_OBJECT
@@ -28,3 +30,5 @@ private:
 
     QToolButton* __videoButton;
 };
+
+} // namespace vorlen

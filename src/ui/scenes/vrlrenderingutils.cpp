@@ -1,5 +1,7 @@
 #include "ui/scenes/vrlrenderingutils.h"
 
+namespace vorlen {
+
 namespace {
 
 VertexSymbolGL convertSymbol(VertexSymbol symbol) {
@@ -50,3 +52,5 @@ ShapePainterAttributesGL convertProperties(const ModelProperties& model, const M
         attributes.setEndCapFlag(model.getEndCapFlag());
     return attributes;
 }
+
+} // namespace vorlen

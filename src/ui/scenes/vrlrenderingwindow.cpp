@@ -27,6 +27,8 @@
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/viewer/viewerposepanel.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Two thirds of the screen's width and height.
@@ -241,3 +243,5 @@ void VRLRenderingWindow::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     QSettings().setValue("renderingWindow/size", size());
 }
+
+} // namespace vorlen

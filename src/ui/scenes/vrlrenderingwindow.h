@@ -9,6 +9,9 @@ class QFrame;
 class QMenu;
 class QMenuBar;
 class QScrollArea;
+
+namespace vorlen {
+
 class ViewerCanvasGL;
 class ViewerPosePanel;
 class VRLRenderingMediator;
@@ -72,3 +75,5 @@ private:
     QAction* __toolBarAction;
     QAction* __panelAction;
 };
+
+} // namespace vorlen

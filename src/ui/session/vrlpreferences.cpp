@@ -4,6 +4,8 @@
 
 #include <QSettings>
 
+namespace vorlen {
+
 int VRLPreferences::__maxNumBackups;
 bool VRLPreferences::__autoDecimation;
 bool VRLPreferences::__panoramaLabelEnabled;
@@ -57,3 +59,5 @@ void VRLPreferences::setClickTolerance(int pixels) {
 void VRLPreferences::setImageCanvasBackgroundColor(const QColor& color) {
     __imageCanvasBackgroundColor = color;
 }
+
+} // namespace vorlen

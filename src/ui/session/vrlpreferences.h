@@ -2,6 +2,8 @@
 
 #include <QColor>
 
+namespace vorlen {
+
 /// What the user can choose in the preferences dialog. Read from the settings store once at start and written once at
 /// exit; values from the store are brought into their ranges.
 class VRLPreferences {
@@ -41,3 +43,5 @@ private:
     static int __clickTolerance;
     static QColor __imageCanvasBackgroundColor;
 };
+
+} // namespace vorlen

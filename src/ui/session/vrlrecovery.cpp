@@ -19,6 +19,8 @@
 #include "editing/stacks/vrlstackserver.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 const QString lockName = "lock";
@@ -215,3 +217,5 @@ void VRLRecovery::stackModifyEvent(VRLStackModifyEvent& event) {
     if (!event.getStack()->isModified())
         remove(*event.getStack());
 }
+
+} // namespace vorlen

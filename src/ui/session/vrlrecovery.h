@@ -15,6 +15,8 @@
 
 #include "editing/bus/vrleventclient.h"
 
+namespace vorlen {
+
 class VRLStack;
 
 /// Saves open stacks from crashes and power cuts: each modified stack is written to a recovery file of its own, every
@@ -89,3 +91,5 @@ private:
     std::map<const VRLStack*, Entry> __entries;
     int __numFiles = 0;
 };
+
+} // namespace vorlen

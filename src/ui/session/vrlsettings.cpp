@@ -2,6 +2,8 @@
 
 #include <QSettings>
 
+namespace vorlen {
+
 namespace {
 
 QDir storedDirectory(const QSettings& store, const QString& key) {
@@ -54,3 +56,5 @@ void VRLSettings::addRecentFile(const QString& path) {
 void VRLSettings::setOpenStackDialogSize(const QSize& size) {
     __openStackDialogSize = size;
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace vorlen {
+
 /// What the program remembers from one start to the next, apart from the windows' own geometry. Read from the settings
 /// store once at start and written once at exit.
 class VRLSettings {
@@ -41,3 +43,5 @@ private:
     static QSize __openStackDialogSize;
     static const int __maxNumRecentFiles;
 };
+
+} // namespace vorlen

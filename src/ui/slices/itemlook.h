@@ -5,6 +5,8 @@
 #include "document/model.h"
 #include "document/modelitem.h"
 
+namespace vorlen {
+
 /// The look of an item in force: its own, then its model's, then the defaults.
 inline ModelItemProperties lookOf(const ModelItem& item) {
     ModelItemProperties look;
@@ -29,3 +31,5 @@ inline double opacityOf(const ModelItem& item) {
         return 1;
     return std::clamp(double(model->getProperties().getSurfaceOpacity()) / 255, 0.0, 1.0);
 }
+
+} // namespace vorlen

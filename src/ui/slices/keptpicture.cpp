@@ -7,6 +7,8 @@
 #include <QOpenGLExtraFunctions>
 #include <QOpenGLFramebufferObject>
 
+namespace vorlen {
+
 namespace {
 
 // More rectangles than this are painted as the one around them all.
@@ -107,3 +109,5 @@ void KeptPicture::clear() {
     __pixels.reset();
     __items.clear();
 }
+
+} // namespace vorlen

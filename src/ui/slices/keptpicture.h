@@ -16,8 +16,11 @@
 #include "document/modelproperties.h"
 #include "ui/slices/canvasmode.h"
 
-class Image;
 class QOpenGLFramebufferObject;
+
+namespace vorlen {
+
+class Image;
 
 /// A picture of a slice with its items that was painted once, and what it shows: so that a canvas paints anew only
 /// where something else is to be seen now.
@@ -83,3 +86,5 @@ private:
     View __view;
     std::vector<Item> __items;
 };
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "images/regions/isodatathresholding.h"
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 ImageChannel channelOf(const Image& image) {
@@ -61,3 +63,5 @@ Curve<int> RegionOutline::follow(int decimation) const {
         std::swap(curve[k][0], curve[k][1]);
     return curve;
 }
+
+} // namespace vorlen

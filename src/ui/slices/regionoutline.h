@@ -4,6 +4,8 @@
 #include "shapes/boundingbox.h"
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 class Image;
 
 /// Outline of a structure that is darker than what surrounds it, found from a box that the user marked around its edge.
@@ -35,3 +37,5 @@ private:
     int __row = 0;
     int __column = -1;
 };
+
+} // namespace vorlen

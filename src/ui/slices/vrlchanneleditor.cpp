@@ -3,6 +3,8 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+namespace vorlen {
+
 VRLChannelEditor::VRLChannelEditor(QWidget* parent) : QGroupBox("Channel selector ", parent) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(5, 5, 5, 5);
@@ -31,3 +33,5 @@ int VRLChannelEditor::getChannel() const {
             return i;
     return 0;
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 class QRadioButton;
 
+namespace vorlen {
+
 /// Choice of what to take from colour images: their intensity or one of the three colours.
 class VRLChannelEditor : public QGroupBox {
     Q_OBJECT
@@ -22,3 +24,5 @@ public:
 private:
     QRadioButton* __buttons[4];
 };
+
+} // namespace vorlen

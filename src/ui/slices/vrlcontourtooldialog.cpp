@@ -10,6 +10,8 @@
 
 #include "ui/widgets/qinputbox.h"
 
+namespace vorlen {
+
 VRLContourToolDialog::VRLContourToolDialog(QWidget* parent, const QString& title) : QDialog(parent) {
     setWindowTitle(title);
     setMinimumWidth(420); // a slider of a hundred pixels would skip most of a thousand vertices
@@ -53,3 +55,5 @@ void VRLContourToolDialog::addButtons() {
     __layout->addSpacing(6);
     __layout->addLayout(buttons);
 }
+
+} // namespace vorlen

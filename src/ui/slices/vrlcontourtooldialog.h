@@ -2,8 +2,11 @@
 
 #include <QDialog>
 
-class QInputBox;
 class QVBoxLayout;
+
+namespace vorlen {
+
+class QInputBox;
 
 /// Dialog of a contour tool: numbers to choose, below one another, and "Cancel" and "OK".
 class VRLContourToolDialog : public QDialog {
@@ -22,3 +25,5 @@ protected:
 private:
     QVBoxLayout* __layout;
 };
+
+} // namespace vorlen

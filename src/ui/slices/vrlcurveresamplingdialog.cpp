@@ -4,6 +4,8 @@
 
 #include "ui/widgets/qinputbox.h"
 
+namespace vorlen {
+
 VRLCurveResamplingDialog::VRLCurveResamplingDialog(QWidget* parent, const QString& title, const QString& label)
     : VRLContourToolDialog(parent, title) {
     __box = addBox(label, 0, 100, QString(), "The preview on the image follows this number");
@@ -29,3 +31,5 @@ void VRLCurveResamplingDialog::setValue(int value) {
     const QSignalBlocker blocker(this);
     __box->setValue(value);
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "ui/slices/vrlcontourtooldialog.h"
 
+namespace vorlen {
+
 /// Asks for a number that a contour tool works by, such as a number of vertices.
 class VRLCurveResamplingDialog : public VRLContourToolDialog {
     Q_OBJECT
@@ -22,3 +24,5 @@ signals:
 private:
     QInputBox* __box;
 };
+
+} // namespace vorlen

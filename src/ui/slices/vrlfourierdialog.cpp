@@ -4,6 +4,8 @@
 
 #include "ui/widgets/qinputbox.h"
 
+namespace vorlen {
+
 VRLFourierDialog::VRLFourierDialog(QWidget* parent) : VRLContourToolDialog(parent, "Contour smoothing") {
     __fidelity = addBox("Fidelity", 1, 100, "%", "How much of the contour's detail is kept; less makes it smoother");
     __descriptors =
@@ -31,3 +33,5 @@ void VRLFourierDialog::setNumDescriptors(int value, int maximum) {
     __descriptors->setMaximum(maximum);
     __descriptors->setValue(value);
 }
+
+} // namespace vorlen

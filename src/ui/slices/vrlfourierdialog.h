@@ -2,6 +2,8 @@
 
 #include "ui/slices/vrlcontourtooldialog.h"
 
+namespace vorlen {
+
 /// Asks how much a contour is smoothed, in one of two ways: by fidelity in per cent, or by number of descriptors.
 class VRLFourierDialog : public VRLContourToolDialog {
     Q_OBJECT
@@ -24,3 +26,5 @@ private:
     QInputBox* __fidelity;
     QInputBox* __descriptors;
 };
+
+} // namespace vorlen

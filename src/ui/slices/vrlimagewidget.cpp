@@ -8,6 +8,8 @@
 #include "ui/slices/vrlimagewidgetcanvas.h"
 #include "ui/slices/vrlimagewidgetmediator.h"
 
+namespace vorlen {
+
 namespace {
 
 template <class Box>
@@ -133,3 +135,5 @@ void VRLImageWidget::clear() {
 void VRLImageWidget::notifyViewChange(const QRect& view) {
     emit viewChanged(view);
 }
+
+} // namespace vorlen

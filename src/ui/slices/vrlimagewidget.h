@@ -9,6 +9,9 @@
 #include "ui/widgets/blackwhitedoubleslider.h"
 
 class QScrollBar;
+
+namespace vorlen {
+
 class VRLImageServer;
 class VRLImageWidgetCanvas;
 class VRLImageWidgetMediator;
@@ -72,3 +75,5 @@ private:
     QPointer<QToolBar> __toolBar;
     QPointer<BlackWhiteDoubleSlider> __slider;
 };
+
+} // namespace vorlen

@@ -22,6 +22,8 @@
 #include "ui/session/vrlpreferences.h"
 #include "ui/widgets/vorlenapplication.h"
 
+namespace vorlen {
+
 namespace {
 
 /// A block of pixels as OpenGL takes it.
@@ -408,3 +410,5 @@ void VRLImageWidgetCanvas::paintNotice() {
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     painter.drawText(QRectF(rect()).adjusted(12, 12, -12, -12), __notice, option);
 }
+
+} // namespace vorlen

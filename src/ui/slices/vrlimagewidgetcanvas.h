@@ -13,6 +13,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 class Image;
 class VRLImageProxy;
 
@@ -130,3 +132,5 @@ private:
     std::uint64_t __imageRevision = 0;
     QMutex __mutex; // held while the image is painted
 };
+
+} // namespace vorlen

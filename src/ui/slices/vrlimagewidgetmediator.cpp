@@ -19,6 +19,8 @@
 #include "ui/slices/vrlimagewidgetmediatorpandelegate.h"
 #include "ui/slices/vrlimagewidgetmediatorpixelinfodelegate.h"
 
+namespace vorlen {
+
 VRLImageWidgetMediator::VRLImageWidgetMediator(VRLImageWidget& widget) : QObject(&widget), __widget(&widget) {
     using Mediator = VRLImageWidgetMediator;
     __zoomIn = newAction("Zoom in", "+", &Mediator::increaseZoomFactor, "zoomin");
@@ -533,3 +535,5 @@ void VRLImageWidgetMediator::wheelEvent(QWheelEvent* event) {
     if (!pixels.isNull())
         panTo(canvas.getViewOrigin() + pixels);
 }
+
+} // namespace vorlen

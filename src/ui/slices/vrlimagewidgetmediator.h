@@ -16,11 +16,14 @@
 #include "ui/slices/vrlimagewidgetstatusbar.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
 
-class ImageSource;
-class PixelCalibration;
 class QAction;
 class QResizeEvent;
 class QWheelEvent;
+
+namespace vorlen {
+
+class ImageSource;
+class PixelCalibration;
 class VRLImageProxy;
 class VRLImageWidget;
 class VRLImageWidgetMediatorPanDelegate;
@@ -166,3 +169,5 @@ private:
     int __wheelZoom = 0;        // wheel movement that has not made a step yet, in eighths of a degree
     QPoint __wheelScroll{0, 0}; // the same in widget units
 };
+
+} // namespace vorlen

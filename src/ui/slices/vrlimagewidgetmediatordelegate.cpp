@@ -10,6 +10,8 @@
 #include "numerics/exception.h"
 #include "ui/slices/vrlimagewidgetmediator.h"
 
+namespace vorlen {
+
 VRLImageWidgetMediatorDelegate::VRLImageWidgetMediatorDelegate(VRLImageWidgetMediator& mediator)
     : QObject(&mediator), __mediator(&mediator), __canvas(&mediator.getCanvas()) {
     __canvas->installEventFilter(this);
@@ -141,3 +143,5 @@ void VRLImageWidgetMediatorDelegate::anyEvent(QEvent* event) {
 VRLImageWidgetCanvas& VRLImageWidgetMediatorDelegate::canvas() const {
     return *__canvas;
 }
+
+} // namespace vorlen

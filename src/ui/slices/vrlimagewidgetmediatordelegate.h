@@ -10,6 +10,9 @@ class QEvent;
 class QKeyEvent;
 class QMouseEvent;
 class QTabletEvent;
+
+namespace vorlen {
+
 class VRLImageWidgetMediator;
 
 /// One way of working with a canvas: sees the events of the canvas before the canvas does, and can be switched on and
@@ -78,3 +81,5 @@ private:
     bool __blocking = false;
     bool __penAsMouse = false;
 };
+
+} // namespace vorlen

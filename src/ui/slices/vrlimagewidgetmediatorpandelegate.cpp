@@ -9,6 +9,8 @@
 #include "ui/slices/vrlimagewidgetmediator.h"
 #include "ui/slices/vrlimagewidgetstatusbar.h"
 
+namespace vorlen {
+
 namespace {
 
 bool isPenDown(const QTabletEvent& event) {
@@ -89,3 +91,5 @@ void VRLImageWidgetMediatorPanDelegate::moveTo(const QPoint& position) {
     getMediator().panTo(canvas().getViewOrigin() + position - __lastPosition);
     __lastPosition = position;
 }
+
+} // namespace vorlen

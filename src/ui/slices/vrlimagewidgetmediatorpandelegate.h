@@ -4,6 +4,8 @@
 
 #include "ui/slices/vrlimagewidgetmediatordelegate.h"
 
+namespace vorlen {
+
 /// Moves the view with the left button or the pen, as long as the Space bar is held. Does not start in best fit mode.
 ///
 /// Decision: when the canvas loses the keyboard with the bar held, so that its release will never be heard, panning
@@ -33,3 +35,5 @@ private:
 
     QPoint __lastPosition{0, 0};
 };
+
+} // namespace vorlen

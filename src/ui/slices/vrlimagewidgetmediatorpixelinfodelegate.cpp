@@ -10,6 +10,8 @@
 #include "ui/slices/vrlimagewidgetmediator.h"
 #include "ui/slices/vrlimagewidgetstatusbar.h"
 
+namespace vorlen {
+
 namespace {
 
 QString rgbText(int red, int green, int blue) {
@@ -69,3 +71,5 @@ void VRLImageWidgetMediatorPixelInfoDelegate::mouseMoveEvent(QMouseEvent* event)
         updatePixelInfo(event->position().toPoint());
     event->ignore();
 }
+
+} // namespace vorlen

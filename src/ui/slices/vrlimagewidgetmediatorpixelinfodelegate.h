@@ -4,6 +4,8 @@
 
 class QPoint;
 
+namespace vorlen {
+
 /// Shows position and value of the pixel under the pointer in the status bar; only watches.
 class VRLImageWidgetMediatorPixelInfoDelegate : public VRLImageWidgetMediatorDelegate {
     Q_OBJECT
@@ -22,3 +24,5 @@ public:
 protected:
     void mouseMoveEvent(QMouseEvent* event) override;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <QLabel>
 
+namespace vorlen {
+
 VRLImageWidgetStatusBar::VRLImageWidgetStatusBar(QWidget* parent) : QStatusBar(parent) {
     constexpr int style = int(QFrame::WinPanel) | int(QFrame::Sunken);
     __imageType = addField(style, "Type of the image");
@@ -52,3 +54,5 @@ QString VRLImageWidgetStatusBar::getZoomInfo() const {
 QString VRLImageWidgetStatusBar::getPixelInfo() const {
     return __pixel->text();
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 class QLabel;
 
+namespace vorlen {
+
 /// Status bar of an image widget: fields for the image's type and size, the zoom, and the pixel under the pointer.
 class VRLImageWidgetStatusBar : public QStatusBar {
     Q_OBJECT
@@ -31,3 +33,5 @@ private:
     QLabel* __zoom;
     QLabel* __pixel;
 };
+
+} // namespace vorlen

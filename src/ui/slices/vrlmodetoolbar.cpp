@@ -7,6 +7,8 @@
 #include "ui/icons/vrlicons.h"
 #include "ui/session/vrlconfig.h"
 
+namespace vorlen {
+
 VRLModeToolBar::VRLModeToolBar(QWidget* parent) : QFrame(parent) {
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -31,3 +33,5 @@ VRLModeToolBar::VRLModeToolBar(QWidget* parent) : QFrame(parent) {
     layout->addStretch();
     setMinimumSize(sizeHint());
 }
+
+} // namespace vorlen

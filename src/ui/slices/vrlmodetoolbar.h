@@ -4,6 +4,8 @@
 
 #include "ui/slices/canvasmode.h"
 
+namespace vorlen {
+
 /// Row of buttons for what a canvas shows: images, items, or both, which is chosen at first.
 class VRLModeToolBar : public QFrame {
     Q_OBJECT
@@ -14,3 +16,5 @@ public:
 signals:
     void modeClicked(CanvasMode mode);
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "ui/icons/vrlicons.h"
 #include "ui/session/vrlconfig.h"
 
+namespace vorlen {
+
 VRLNavigationToolBar::VRLNavigationToolBar(QWidget* parent) : QFrame(parent) {
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -27,3 +29,5 @@ VRLNavigationToolBar::VRLNavigationToolBar(QWidget* parent) : QFrame(parent) {
     layout->addStretch();
     setMinimumSize(sizeHint());
 }
+
+} // namespace vorlen

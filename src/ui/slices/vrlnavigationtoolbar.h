@@ -2,6 +2,8 @@
 
 #include <QFrame>
 
+namespace vorlen {
+
 /// Row of buttons for going through the slices of a stack. The last slice is the uppermost.
 class VRLNavigationToolBar : public QFrame {
     Q_OBJECT
@@ -15,3 +17,5 @@ signals:
     void previousClicked();
     void firstClicked();
 };
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "document/modelitem.h"
 #include "ui/slices/itemlook.h"
 
+namespace vorlen {
+
 namespace {
 
 /// A size of the document in whole picture pixels, at least 1. Sizes that are no number or beyond all screens count as
@@ -126,3 +128,5 @@ void VRLPainter::drawItem(const ModelItem& item) {
         }
     restore();
 }
+
+} // namespace vorlen

@@ -5,6 +5,8 @@
 
 #include "ui/slices/vrlwmconverter.h"
 
+namespace vorlen {
+
 class ModelItem;
 
 /// Paints model items into a picture of their slice: vertices go through a converter from slice pixels to picture
@@ -38,3 +40,5 @@ private:
     QPoint __translation;
     float __rotation = 0;
 };
+
+} // namespace vorlen

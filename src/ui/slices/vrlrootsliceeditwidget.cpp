@@ -3,6 +3,8 @@
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 
+namespace vorlen {
+
 VRLRootSliceEditWidget::VRLRootSliceEditWidget(QWidget* parent) : VRLSliceEditWidget(parent) {
 }
 
@@ -18,3 +20,5 @@ void VRLRootSliceEditWidget::setViewOrigin(const QPoint& origin) {
     getMediator().setViewOrigin(origin);
     notifyViewChange(getCanvas().currentView());
 }
+
+} // namespace vorlen

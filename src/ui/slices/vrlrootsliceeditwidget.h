@@ -4,6 +4,8 @@
 
 #include "ui/slices/vrlsliceeditwidget.h"
 
+namespace vorlen {
+
 class VRLRootSliceEditWidgetMediator;
 
 /// The slice editor of a root window. All root windows share one image server.
@@ -21,3 +23,5 @@ public slots:
     /// Moves the view, and tells where it came to lie.
     void setViewOrigin(const QPoint& origin);
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 
+namespace vorlen {
+
 VRLImageServer VRLRootSliceEditWidgetMediator::__imageServer;
 
 VRLRootSliceEditWidgetMediator::VRLRootSliceEditWidgetMediator(VRLImageWidget& widget)
@@ -10,3 +12,5 @@ void VRLRootSliceEditWidgetMediator::initialize() {
     VRLSliceEditWidgetMediator::initialize();
     setImageServer(__imageServer);
 }
+
+} // namespace vorlen

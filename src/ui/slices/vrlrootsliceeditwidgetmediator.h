@@ -3,6 +3,8 @@
 #include "ui/imageserver/vrlimageserver.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 
+namespace vorlen {
+
 /// Mediator of a root window's slice editor, which takes its images from the server of all root windows.
 class VRLRootSliceEditWidgetMediator : public VRLSliceEditWidgetMediator {
     Q_OBJECT
@@ -15,3 +17,5 @@ public:
 private:
     static VRLImageServer __imageServer;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 
+namespace vorlen {
+
 VRLSliceEditWidget::VRLSliceEditWidget(QWidget* parent) : VRLSliceWidget(parent) {
 }
 
@@ -26,3 +28,5 @@ VRLSliceEditWidgetMediator& VRLSliceEditWidget::getMediator() const {
 VRLSliceEditWidgetCanvas& VRLSliceEditWidget::getCanvas() const {
     return getMediator().getCanvas();
 }
+
+} // namespace vorlen

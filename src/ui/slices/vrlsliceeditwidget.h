@@ -2,6 +2,8 @@
 
 #include "ui/slices/vrlslicewidget.h"
 
+namespace vorlen {
+
 class VRLSliceEditWidgetCanvas;
 class VRLSliceEditWidgetMediator;
 
@@ -19,3 +21,5 @@ public:
     VRLSliceEditWidgetMediator& getMediator() const;
     VRLSliceEditWidgetCanvas& getCanvas() const;
 };
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "ui/session/vrlpreferences.h"
 #include "ui/slices/itemlook.h"
 
+namespace vorlen {
+
 VRLSliceEditWidgetCanvas::VRLSliceEditWidgetCanvas(QWidget* parent) : VRLSliceWidgetCanvas(parent) {
 }
 
@@ -151,3 +153,5 @@ void VRLSliceEditWidgetCanvas::forgetPicture() {
     __picture.clear();
     doneCurrent();
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "ui/slices/keptpicture.h"
 #include "ui/slices/vrlslicewidgetcanvas.h"
 
+namespace vorlen {
+
 /// Canvas of the slice editor: over the items of the slice it paints what is being made and is not on the slice yet.
 ///
 /// The picture of the slice is kept. A paint copies it, puts what is being made on top, and paints anew only the parts
@@ -56,3 +58,5 @@ private:
     ModelItem* __extraItem = nullptr;
     const QLine* __rubberLine = nullptr;
 };
+
+} // namespace vorlen

@@ -27,6 +27,8 @@
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/vrlmenu.h"
 
+namespace vorlen {
+
 VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget) : VRLSliceWidgetMediator(widget) {
     __cancel = newCommand("Cancel", "Escape");
     __cancel->setShortcutContext(Qt::WidgetWithChildrenShortcut);
@@ -400,3 +402,5 @@ void VRLSliceEditWidgetMediator::contextMenuEvent(QContextMenuEvent* event) {
     event->accept();
     menu->exec(event->globalPos());
 }
+
+} // namespace vorlen

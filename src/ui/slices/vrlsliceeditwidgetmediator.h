@@ -12,6 +12,9 @@
 #include "ui/slices/vrlslicewidgetmediator.h"
 
 class QContextMenuEvent;
+
+namespace vorlen {
+
 class StackSliceSelectionInfo;
 class VRLMenu;
 class VRLSliceEditWidgetCanvas;
@@ -132,3 +135,5 @@ private:
     std::vector<VRLSliceEditWidgetMediatorDelegate*> __tools; // that change or make a contour, beside those above
     bool __selectionPending = false;
 };
+
+} // namespace vorlen

@@ -22,6 +22,8 @@
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 
+namespace vorlen {
+
 namespace {
 
 bool isPenDown(const QTabletEvent& event) {
@@ -231,3 +233,5 @@ void VRLSliceEditWidgetMediatorCreationDelegate::decimate() {
     if (curve.getNumVertices() > 2)
         __item->setVertices(curve);
 }
+
+} // namespace vorlen

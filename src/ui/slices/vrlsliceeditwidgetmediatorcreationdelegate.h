@@ -5,6 +5,8 @@
 #include "document/modelitem.h"
 #include "ui/slices/vrlsliceeditwidgetmediatordelegate.h"
 
+namespace vorlen {
+
 class Model;
 
 /// Draws a new item of a model: by clicks, with the button held, or with the pen.
@@ -56,3 +58,5 @@ private:
     std::unique_ptr<ModelItem> __item;
     bool __menuPending = false; // the context menu of the press that ended a drawing
 };
+
+} // namespace vorlen

@@ -14,6 +14,8 @@
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 
+namespace vorlen {
+
 namespace {
 
 void runBox(QMessageBox::Icon icon, const QString& title, const QString& text, QWidget& parent) {
@@ -113,3 +115,5 @@ void VRLSliceEditWidgetMediatorDelegate::inform(const QString& title, const QStr
 void VRLSliceEditWidgetMediatorDelegate::alarm(const QString& title, const QString& text) const {
     runBox(QMessageBox::Critical, title, text, canvas());
 }
+
+} // namespace vorlen

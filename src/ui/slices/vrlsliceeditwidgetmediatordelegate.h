@@ -4,6 +4,8 @@
 
 #include "ui/slices/vrlimagewidgetmediatordelegate.h"
 
+namespace vorlen {
+
 class Model;
 class ModelItem;
 class StackSlice;
@@ -62,3 +64,5 @@ protected:
     void inform(const QString& title, const QString& text) const;
     void alarm(const QString& title, const QString& text) const;
 };
+
+} // namespace vorlen

@@ -14,6 +14,8 @@
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 
+namespace vorlen {
+
 VRLSliceEditWidgetMediatorDialogDelegate::VRLSliceEditWidgetMediatorDialogDelegate(VRLSliceEditWidgetMediator& mediator)
     : VRLSliceEditWidgetMediatorDelegate(mediator) {
 }
@@ -135,3 +137,5 @@ QPoint VRLSliceEditWidgetMediatorDialogDelegate::dialogPosition(const QSize& siz
     const QPoint global = canvas().mapToGlobal(position);
     return QPoint(std::max(global.x(), 0), std::max(global.y(), 0));
 }
+
+} // namespace vorlen

@@ -11,6 +11,9 @@
 #include "ui/slices/vrlsliceeditwidgetmediatordelegate.h"
 
 class QDialog;
+
+namespace vorlen {
+
 class VRLCurveResamplingDialog;
 
 /// Base of the tools that change the selected contour through a dialog with a live preview.
@@ -64,3 +67,5 @@ private:
     QPointer<QDialog> __dialog;
     std::exception_ptr __failure;
 };
+
+} // namespace vorlen

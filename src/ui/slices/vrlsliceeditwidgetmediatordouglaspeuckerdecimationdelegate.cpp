@@ -5,6 +5,8 @@
 #include "shapes/douglaspeuckercurvedecimation.h"
 #include "ui/slices/vrlcurveresamplingdialog.h"
 
+namespace vorlen {
+
 namespace {
 
 /// The vertex that is farthest from the first.
@@ -58,3 +60,5 @@ QDialog* VRLSliceEditWidgetMediatorDouglasPeuckerDecimationDelegate::newDialog()
 QString VRLSliceEditWidgetMediatorDouglasPeuckerDecimationDelegate::refusal() const {
     return "Cannot decimate to less than 3 vertices";
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "shapes/curve.h"
 #include "ui/slices/vrlsliceeditwidgetmediatordialogdelegate.h"
 
+namespace vorlen {
+
 /// Drops vertices of the selected outline that lie within a tolerance of its course.
 ///
 /// Decision: between equal ends there is no line to measure from. A closed contour whose last vertices stand where the
@@ -26,3 +28,5 @@ private:
     Curve<int> __curve; // shares the item's vertices, of which only the list changes
     int __turn = 0;     // where the way back of an open curve with equal ends begins; else 0
 };
+
+} // namespace vorlen

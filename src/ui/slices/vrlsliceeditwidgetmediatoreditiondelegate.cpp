@@ -16,6 +16,8 @@
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 
+namespace vorlen {
+
 using Delegate = VRLSliceEditWidgetMediatorEditionDelegate;
 
 VRLSliceEditWidgetMediatorEditionDelegate::VRLSliceEditWidgetMediatorEditionDelegate(
@@ -231,3 +233,5 @@ QString VRLSliceEditWidgetMediatorEditionDelegate::refusal() const {
                           "with less than 2 vertices.";
     return size > 1 ? QString() : "You cannot remove this vertex.\n\nReason: it is the last one.";
 }
+
+} // namespace vorlen

@@ -9,8 +9,11 @@
 #include "ui/slices/vrlsliceeditwidgetmediatordelegate.h"
 #include "ui/slices/vrlvertexeditiontoolbar.h"
 
-class ModelItem;
 class QActionGroup;
+
+namespace vorlen {
+
+class ModelItem;
 
 /// Moves, inserts and deletes vertices of the selected item.
 ///
@@ -72,3 +75,5 @@ private:
     QAction* __endAction;
     QPointer<VRLVertexEditionToolBar> __toolBar;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "ui/slices/vrlfourierdialog.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 
+namespace vorlen {
+
 namespace {
 
 Curve<int> copyOf(const Vertices<int>& vertices) {
@@ -51,3 +53,5 @@ QDialog* VRLSliceEditWidgetMediatorFourierDelegate::newDialog() {
 QString VRLSliceEditWidgetMediatorFourierDelegate::refusal() const {
     return "Cannot smooth a contour of less than 3 vertices";
 }
+
+} // namespace vorlen

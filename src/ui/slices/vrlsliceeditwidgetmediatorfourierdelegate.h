@@ -2,6 +2,8 @@
 
 #include "ui/slices/vrlsliceeditwidgetmediatordialogdelegate.h"
 
+namespace vorlen {
+
 class VRLFourierDialog;
 
 /// Smooths the selected contour by dropping the higher frequencies of its Fourier series. The contour stays in view
@@ -25,3 +27,5 @@ protected:
 private:
     VRLFourierDialog* __dialog = nullptr;
 };
+
+} // namespace vorlen

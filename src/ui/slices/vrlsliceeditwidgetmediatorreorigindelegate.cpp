@@ -2,6 +2,8 @@
 
 #include "ui/slices/vrlcurveresamplingdialog.h"
 
+namespace vorlen {
+
 void VRLSliceEditWidgetMediatorReoriginDelegate::originChange(int origin) {
     preview([this, origin] {
         Vertices<int> vertices = getItem()->getVertices();
@@ -22,3 +24,5 @@ QDialog* VRLSliceEditWidgetMediatorReoriginDelegate::newDialog() {
 QString VRLSliceEditWidgetMediatorReoriginDelegate::refusal() const {
     return "Cannot change the origin of a contour of less than 3 vertices";
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "ui/slices/vrlsliceeditwidgetmediatordialogdelegate.h"
 
+namespace vorlen {
+
 /// Lets the selected contour begin at another of its vertices.
 class VRLSliceEditWidgetMediatorReoriginDelegate : public VRLSliceEditWidgetMediatorDialogDelegate {
     Q_OBJECT
@@ -16,3 +18,5 @@ protected:
     QDialog* newDialog() override;
     QString refusal() const override;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "shapes/curveresampling.h"
 #include "ui/slices/vrlcurveresamplingdialog.h"
 
+namespace vorlen {
+
 void VRLSliceEditWidgetMediatorResamplingDelegate::numVerticesChange(int numVertices) {
     preview([this, numVertices] {
         Curve<float> resampled;
@@ -43,3 +45,5 @@ QDialog* VRLSliceEditWidgetMediatorResamplingDelegate::newDialog() {
 QString VRLSliceEditWidgetMediatorResamplingDelegate::refusal() const {
     return "Cannot resample to less than 3 vertices";
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "shapes/curve.h"
 #include "ui/slices/vrlsliceeditwidgetmediatordialogdelegate.h"
 
+namespace vorlen {
+
 /// Gives the selected contour another number of vertices, at even distances along it.
 ///
 /// Decision: the most that can be chosen is one vertex for each pixel of length, and at most a million.
@@ -23,3 +25,5 @@ protected:
 private:
     Curve<float> __curve;
 };
+
+} // namespace vorlen

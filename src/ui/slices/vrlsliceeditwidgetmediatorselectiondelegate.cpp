@@ -20,6 +20,8 @@
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 
+namespace vorlen {
+
 namespace {
 
 MPrimitive geometryOf(const ModelItem& item) {
@@ -322,3 +324,5 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::notifySelection() {
     VRLSliceItemSelectionEvent event(slice(), info);
     notifyEvent(event);
 }
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "shapes/boundingbox.h"
 #include "ui/slices/vrlsliceeditwidgetmediatordelegate.h"
 
+namespace vorlen {
+
 class ModelItem;
 class ModelItemSelection;
 class VRLActionHistory;
@@ -64,3 +66,5 @@ private:
     std::unique_ptr<QPoint> __pressPosition;
     QPointer<QRubberBand> __rubberBand; // a child of the canvas
 };
+
+} // namespace vorlen

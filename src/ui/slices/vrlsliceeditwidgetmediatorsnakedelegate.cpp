@@ -22,6 +22,8 @@
 #include "ui/tools/vrlsnakeconfigdialog.h"
 #include "ui/widgets/waitcursor.h"
 
+namespace vorlen {
+
 using Delegate = VRLSliceEditWidgetMediatorSnakeDelegate;
 
 namespace {
@@ -426,3 +428,5 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::dropSnakeItem() {
     canvas().setExtraItem(nullptr);
     __snakeItem.reset();
 }
+
+} // namespace vorlen

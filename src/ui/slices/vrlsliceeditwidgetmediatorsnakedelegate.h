@@ -14,8 +14,11 @@
 #include "ui/slices/vrlsliceeditwidgetmediatordelegate.h"
 #include "ui/tools/vrlsnakeconfig.h"
 
-class EditStep;
 class QDialog;
+
+namespace vorlen {
+
+class EditStep;
 
 /// Runs a snake that begins with the selected contour, on its slice or on a range of slices, and adds what it finds as
 /// new items, all in one step of the history. The contour that it begins with stays as it is.
@@ -92,3 +95,5 @@ private:
     unsigned int __numSlicesDone = 0;
     int __numContours = 0;
 };
+
+} // namespace vorlen

@@ -18,6 +18,8 @@
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 
+namespace vorlen {
+
 void VRLSliceEditWidgetMediatorSplitDelegate::activate() {
     ModelItem* const item = history() != nullptr ? slice()->getSelectedItem() : nullptr;
     if (isActive() || item == nullptr)
@@ -133,3 +135,5 @@ void VRLSliceEditWidgetMediatorSplitDelegate::contextMenuEvent(QContextMenuEvent
     event->accept();
     cancel();
 }
+
+} // namespace vorlen

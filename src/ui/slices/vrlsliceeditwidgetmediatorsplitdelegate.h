@@ -7,6 +7,8 @@
 
 #include "ui/slices/vrlsliceeditwidgetmediatordelegate.h"
 
+namespace vorlen {
+
 template <class T>
 class Curve;
 
@@ -45,3 +47,5 @@ private:
     ModelItem* __item = nullptr;
     std::unique_ptr<QLine> __line; // in image coordinates
 };
+
+} // namespace vorlen

@@ -19,6 +19,8 @@
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 #include "ui/widgets/waitcursor.h"
 
+namespace vorlen {
+
 namespace {
 
 const char* const title = "Automatic thresholding";
@@ -164,3 +166,5 @@ QString VRLSliceEditWidgetMediatorThresholdingDelegate::imageProblem() const {
     return proxy.isEmpty() ? "This slice has no image."
                            : "The image of this slice is still being read. Try again then.";
 }
+
+} // namespace vorlen

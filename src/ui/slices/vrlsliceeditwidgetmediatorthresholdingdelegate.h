@@ -8,6 +8,8 @@
 
 #include "ui/slices/vrlsliceeditwidgetmediatordelegate.h"
 
+namespace vorlen {
+
 /// Makes a contour of a model from two opposite corners of a box that the user clicks around the edge of a dark
 /// structure.
 ///
@@ -49,3 +51,5 @@ private:
     static int __smoothingLevel;
     static int __decimationLevel;
 };
+
+} // namespace vorlen

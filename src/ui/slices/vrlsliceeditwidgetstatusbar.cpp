@@ -2,6 +2,8 @@
 
 #include <QLabel>
 
+namespace vorlen {
+
 VRLSliceEditWidgetStatusBar::VRLSliceEditWidgetStatusBar(QWidget* parent) : VRLSliceWidgetStatusBar(parent) {
     __editMode = addField(int(QFrame::Panel) | int(QFrame::Sunken), "Edit mode");
     // Queued, as the bar is about to show what it has just told of.
@@ -28,3 +30,5 @@ void VRLSliceEditWidgetStatusBar::setHint(const QString& hint, bool pressing) {
     if (pressing || free)
         showMessage(hint);
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "ui/slices/vrlslicewidgetstatusbar.h"
 
+namespace vorlen {
+
 /// Status bar of the slice editor: one more field for the word of the edit mode, such as "READY" or "CREATE", and a
 /// hint about what the next input will do, which comes back whenever a message goes.
 class VRLSliceEditWidgetStatusBar : public VRLSliceWidgetStatusBar {
@@ -21,3 +23,5 @@ private:
     QString __hint;
     QLabel* __editMode;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 #include "ui/slices/vrlslicewidgetmediator.h"
 #include "ui/slices/vrlslicewidgetstatusbar.h"
 
+namespace vorlen {
+
 VRLSliceWidget::VRLSliceWidget(QWidget* parent) : VRLImageWidget(parent) {
 }
 
@@ -46,3 +48,5 @@ void VRLSliceWidget::setForegroundMode() {
 void VRLSliceWidget::setAllgroundMode() {
     getMediator().setAllgroundMode();
 }
+
+} // namespace vorlen

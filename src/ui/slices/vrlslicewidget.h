@@ -2,6 +2,8 @@
 
 #include "ui/slices/vrlimagewidget.h"
 
+namespace vorlen {
+
 class StackSlice;
 class VRLSliceWidgetCanvas;
 class VRLSliceWidgetMediator;
@@ -30,3 +32,5 @@ public slots:
     void setForegroundMode();
     void setAllgroundMode();
 };
+
+} // namespace vorlen

@@ -17,6 +17,8 @@
 #include "document/stackslice.h"
 #include "ui/slices/itemlook.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Widths and sizes beyond all screens count as the greatest sensible one.
@@ -309,3 +311,5 @@ void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& p
     }
     drawMarks(painter, marks);
 }
+
+} // namespace vorlen

@@ -8,10 +8,13 @@
 #include "ui/slices/canvasmode.h"
 #include "ui/slices/vrlimagewidgetcanvas.h"
 
-class ModelItem;
-class ModelItemProperties;
 class QPainter;
 class QPolygon;
+
+namespace vorlen {
+
+class ModelItem;
+class ModelItemProperties;
 class StackSlice;
 
 /// Paints a slice: its image, and on it the items of the slice.
@@ -73,3 +76,5 @@ private:
     QRect __area; // what is painted now; null for all of the canvas
     CanvasMode __mode = AllgroundMode;
 };
+
+} // namespace vorlen

@@ -19,6 +19,8 @@
 #include "ui/slices/vrlslicewidgetcanvas.h"
 #include "ui/slices/vrlslicewidgetstatusbar.h"
 
+namespace vorlen {
+
 VRLSliceWidgetMediator::VRLSliceWidgetMediator(VRLImageWidget& widget) : VRLImageWidgetMediator(widget) {
     __modeActions[BackgroundMode] = newModeAction("Display images only", "modebg", BackgroundMode);
     __modeActions[ForegroundMode] = newModeAction("Display items only", "modefg", ForegroundMode);
@@ -236,3 +238,5 @@ void VRLSliceWidgetMediator::calibrationChanged() {
     updateActions();
     notifyViewChange();
 }
+
+} // namespace vorlen

@@ -3,9 +3,12 @@
 #include "ui/slices/canvasmode.h"
 #include "ui/slices/vrlimagewidgetmediator.h"
 
+class QAction;
+
+namespace vorlen {
+
 class Model;
 class ModelItem;
-class QAction;
 class StackSlice;
 class VRLSliceWidgetCanvas;
 class VRLSliceWidgetStatusBar;
@@ -78,3 +81,5 @@ private:
     QAction* __modeActions[3]; // by mode
     bool __infoPending = false;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <QLabel>
 
+namespace vorlen {
+
 VRLSliceWidgetStatusBar::VRLSliceWidgetStatusBar(QWidget* parent) : VRLImageWidgetStatusBar(parent) {
     __slice = addField(int(QFrame::WinPanel) | int(QFrame::Sunken), "Contours and points on the slice");
 }
@@ -13,3 +15,5 @@ void VRLSliceWidgetStatusBar::setSliceInfo(const QString& text) {
 QString VRLSliceWidgetStatusBar::getSliceInfo() const {
     return __slice->text();
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "ui/slices/vrlimagewidgetstatusbar.h"
 
+namespace vorlen {
+
 /// Status bar of a slice widget: one more field for what is drawn on the slice.
 class VRLSliceWidgetStatusBar : public VRLImageWidgetStatusBar {
     Q_OBJECT
@@ -15,3 +17,5 @@ public:
 private:
     QLabel* __slice;
 };
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <QCloseEvent>
 #include <QHBoxLayout>
 
+namespace vorlen {
+
 VRLVertexEditionToolBar::VRLVertexEditionToolBar(QWidget* parent)
     : QWidget(parent, Qt::Tool | Qt::WindowStaysOnTopHint) {
     setWindowTitle("Vertex edition tools");
@@ -23,3 +25,5 @@ void VRLVertexEditionToolBar::closeEvent(QCloseEvent* event) {
     QWidget::closeEvent(event);
     emit closed();
 }
+
+} // namespace vorlen

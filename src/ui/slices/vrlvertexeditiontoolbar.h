@@ -3,6 +3,8 @@
 #include <QToolBar>
 #include <QWidget>
 
+namespace vorlen {
+
 /// A small window of its own, on top of the others, with the commands of the edition of vertices.
 class VRLVertexEditionToolBar : public QWidget {
     Q_OBJECT
@@ -23,3 +25,5 @@ protected:
 private:
     QToolBar* __toolBar;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+namespace vorlen {
+
 namespace {
 
 unsigned int bits(int value) {
@@ -52,3 +54,5 @@ void VRLWMConverter::print(const std::string& title) const {
     printRectangle("converted world ", toModel(getWorld()));
     printRectangle("converted model ", toWorld(getModel()));
 }
+
+} // namespace vorlen

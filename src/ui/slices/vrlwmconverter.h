@@ -7,6 +7,8 @@
 
 #include "ui/slices/wmconverter.h"
 
+namespace vorlen {
+
 /// The converter with the points and rectangles of the user interface.
 ///
 /// Rectangles are converted corner by corner, the last pixels within them being their right and bottom sides.
@@ -30,3 +32,5 @@ public:
     /// As the base class, then the world turned to the model, and the model turned to the world.
     void print(const std::string& title) const;
 };
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 #include "shapes/vertices.h"
 #include "values/registration.h"
 
+namespace vorlen {
+
 namespace {
 
 int withinInt(double value) {
@@ -166,3 +168,5 @@ void WMConverter::print(const std::string& title) const {
     printRectangle("Model", modelX, modelY, modelWidth, modelHeight);
     printRectangle("World", worldX, worldY, worldWidth, worldHeight);
 }
+
+} // namespace vorlen

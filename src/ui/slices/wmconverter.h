@@ -4,6 +4,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 class Registration;
 template <class T>
 class BoundingBox;
@@ -74,3 +76,5 @@ protected:
     int modelHeight = 0;
     int modelWidth = 0;
 };
+
+} // namespace vorlen

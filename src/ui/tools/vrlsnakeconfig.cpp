@@ -1,5 +1,7 @@
 #include "ui/tools/vrlsnakeconfig.h"
 
+namespace vorlen {
+
 VRLSnakeConfig::VRLSnakeConfig(const SnakeConfig& config) : SnakeConfig(config) {
 }
 
@@ -10,3 +12,5 @@ void VRLSnakeConfig::setRunOverStack(bool runOverStack) {
 void VRLSnakeConfig::setPropagationEnabled(bool enabled) {
     __propagationEnabled = enabled;
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "snake/snakeconfig.h"
 
+namespace vorlen {
+
 /// What the user chooses for a snake: its parameters, and the slices that it is to run on.
 class VRLSnakeConfig : public SnakeConfig {
 public:
@@ -21,3 +23,5 @@ private:
     bool __runOverStack = false;
     bool __propagationEnabled = false;
 };
+
+} // namespace vorlen

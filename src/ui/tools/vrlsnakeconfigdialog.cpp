@@ -5,6 +5,8 @@
 
 #include "ui/tools/vrlsnakeconfigeditor.h"
 
+namespace vorlen {
+
 VRLSnakeConfigDialog::VRLSnakeConfigDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Snake parameters");
     auto* const frame = new QFrame(this);
@@ -41,3 +43,5 @@ void VRLSnakeConfigDialog::setConfig(const VRLSnakeConfig& config) {
 VRLSnakeConfig VRLSnakeConfigDialog::getConfig() const {
     return __editor->getConfig();
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "ui/tools/vrlsnakeconfig.h"
 
+namespace vorlen {
+
 class VRLSnakeConfigEditor;
 
 /// Asks for the parameters of a snake before it runs.
@@ -19,3 +21,5 @@ public:
 private:
     VRLSnakeConfigEditor* __editor;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include <QLabel>
 #include <QSpinBox>
 
+namespace vorlen {
+
 namespace {
 
 void addRow(QGridLayout& grid, int row, const QString& text, QAbstractSpinBox& box, const QString& toolTip) {
@@ -93,3 +95,5 @@ VRLSnakeConfig VRLSnakeConfigEditor::getConfig() const {
 void VRLSnakeConfigEditor::allSliceBoxChanged(int state) {
     __propagation->setEnabled(state == Qt::Checked);
 }
+
+} // namespace vorlen

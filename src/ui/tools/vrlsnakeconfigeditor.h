@@ -8,6 +8,8 @@ class QCheckBox;
 class QDoubleSpinBox;
 class QSpinBox;
 
+namespace vorlen {
+
 /// The controls of a snake's parameters.
 ///
 /// Decisions: values beyond the range of a control become its nearest end. A choice of propagation stays when the run
@@ -35,3 +37,5 @@ private:
     QCheckBox* __propagation;
     QSpinBox* __scale;
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace vorlen {
+
 BackgroundGL::BackgroundGL() : __color(4) {
     const int sky[] = {85, 170, 255, 255};
     std::copy_n(sky, 4, __color.data());
@@ -48,3 +50,5 @@ void BackgroundGL::glDraw() const {
     glPopMatrix();
     glMatrixMode(GL_MODELVIEW);
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "numerics/vector.h"
 
+namespace vorlen {
+
 /// The ground of a scene: one colour, or a gradient that falls from the colour at the upper edge to a third of it.
 class BackgroundGL {
 public:
@@ -23,3 +25,5 @@ private:
     Vector<int> __color;
     bool __gradient = true;
 };
+
+} // namespace vorlen

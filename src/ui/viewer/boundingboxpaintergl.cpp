@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace vorlen {
+
 template <class T>
 BoundingBoxPainterGL<T>::BoundingBoxPainterGL() : __color(3) {
     __color.fill(255);
@@ -50,3 +52,5 @@ void BoundingBoxPainterGL<T>::setColor(const Vector<int>& color) {
 template class BoundingBoxPainterGL<float>;
 template class BoundingBoxPainterGL<double>;
 template class BoundingBoxPainterGL<long double>;
+
+} // namespace vorlen

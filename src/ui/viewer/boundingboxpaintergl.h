@@ -3,6 +3,8 @@
 #include "numerics/vector.h"
 #include "ui/viewer/paintergl.h"
 
+namespace vorlen {
+
 /// Draws the twelve edges of a box, unlit. Nothing is drawn while it is inactive or the box has no diagonal.
 template <class T>
 class BoundingBoxPainterGL : public PainterGL<T> {
@@ -32,3 +34,5 @@ private:
     float __lineWidth = 1.0f;
     bool __active = true;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 
 #include <GL/gl.h>
 
+namespace vorlen {
+
 const char* BufferGL::bind(const void* data, std::size_t size) {
     const QOpenGLContext* context = QOpenGLContext::currentContext();
     if (__stale || context == nullptr || __group != context->shareGroup()) {
@@ -29,3 +31,5 @@ void BufferGL::release() {
     if (__buffer != nullptr)
         __buffer->release();
 }
+
+} // namespace vorlen

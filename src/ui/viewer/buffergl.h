@@ -8,6 +8,8 @@
 
 class QOpenGLContextGroup;
 
+namespace vorlen {
+
 /// An array's copy in the memory of the graphics: it is handed over at the first draw after a change, and not at each
 /// draw. Small arrays stay where they are, and so does one for which there is no memory.
 ///
@@ -31,3 +33,5 @@ private:
     QPointer<QOpenGLContextGroup> __group; ///< the contexts that know the buffer
     bool __stale = true;
 };
+
+} // namespace vorlen

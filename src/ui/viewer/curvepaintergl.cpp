@@ -1,5 +1,7 @@
 #include "ui/viewer/curvepaintergl.h"
 
+namespace vorlen {
+
 template <class T>
 void CurvePainterGL<T>::setShape(const Curve<T>& curve) {
     setShape(static_cast<const Shape<T>&>(curve));
@@ -27,3 +29,5 @@ bool CurvePainterGL<T>::showsVertices() const {
 template class CurvePainterGL<float>;
 template class CurvePainterGL<double>;
 template class CurvePainterGL<long double>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "shapes/curve.h"
 #include "ui/viewer/verticespaintergl.h"
 
+namespace vorlen {
+
 /// Draws a curve as a line, unless the display mode is 1, and its vertices in modes 1 and 3.
 template <class T>
 class CurvePainterGL : public VerticesPainterGL<T> {
@@ -15,3 +17,5 @@ protected:
     void prepareShape() const override;
     bool showsVertices() const override;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "ui/viewer/curvestackpaintergl.h"
 
+namespace vorlen {
+
 template <class T>
 void CurveStackPainterGL<T>::setShape(const CurveStack<T>& stack) {
     setShape(static_cast<const Shape<T>&>(stack));
@@ -27,3 +29,5 @@ bool CurveStackPainterGL<T>::showsVertices() const {
 template class CurveStackPainterGL<float>;
 template class CurveStackPainterGL<double>;
 template class CurveStackPainterGL<long double>;
+
+} // namespace vorlen

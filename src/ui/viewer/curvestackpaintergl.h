@@ -3,6 +3,8 @@
 #include "shapes/curvestack.h"
 #include "ui/viewer/vertexstackpaintergl.h"
 
+namespace vorlen {
+
 /// Draws each level of a stack of curves, as CurvePainterGL does.
 template <class T>
 class CurveStackPainterGL : public VertexStackPainterGL<T> {
@@ -15,3 +17,5 @@ protected:
     void prepareShape() const override;
     bool showsVertices() const override;
 };
+
+} // namespace vorlen

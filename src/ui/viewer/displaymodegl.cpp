@@ -1,5 +1,7 @@
 #include "ui/viewer/displaymodegl.h"
 
+namespace vorlen {
+
 std::string toString(DisplayModeGL mode) {
     switch (mode) {
     case SymbolDisplayGL:
@@ -17,3 +19,5 @@ std::string toString(DisplayModeGL mode) {
     }
     return "";
 }
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "ui/viewer/paintergl.h"
 
+namespace vorlen {
+
 template <class T>
 PainterGL<T>::~PainterGL() = default;
 
@@ -20,3 +22,5 @@ void PainterGL<T>::glDraw() const {
 template class PainterGL<float>;
 template class PainterGL<double>;
 template class PainterGL<long double>;
+
+} // namespace vorlen

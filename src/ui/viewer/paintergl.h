@@ -2,6 +2,8 @@
 
 #include "shapes/boundingbox.h"
 
+namespace vorlen {
+
 /// Something that is drawn on a viewer canvas. It has no box, is opaque and draws nothing until a subclass says
 /// otherwise. Instantiated for float, double and long double, as all painters.
 template <class T>
@@ -21,3 +23,5 @@ public:
     /// Draws into the current OpenGL context, with the camera set.
     virtual void glDraw() const;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace vorlen {
+
 /// How a scene is projected: perspective, the default, or orthographic.
 class ProjectionGL {
 public:
@@ -20,3 +22,5 @@ private:
     bool __perspective = true;
     float __strength = 1.0f;
 };
+
+} // namespace vorlen

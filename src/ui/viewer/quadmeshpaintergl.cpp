@@ -6,6 +6,8 @@
 #include <array>
 #include <cmath>
 
+namespace vorlen {
+
 namespace {
 
 template <class T>
@@ -170,7 +172,7 @@ void QuadMeshPainterGL<T>::__prepareSurface() const {
     for (int r = 0; r < colors.getHeight(); ++r)
         for (int c = 0; c < colors.getWidth(); ++c) {
             for (int k = 0; k < 3; ++k)
-                this->array.colors.push_back((unsigned char)(std::clamp(colors.level(r)[c][k], 0, 255)));
+                this->array.colors.push_back(static_cast<unsigned char>(std::clamp(colors.level(r)[c][k], 0, 255)));
             this->array.colors.push_back(this->getAttributes().alpha());
         }
 }
@@ -201,3 +203,5 @@ std::unique_ptr<QuadMeshPainterGL<T>> QuadMeshPainterGL<T>::__capPainter(const Q
 template class QuadMeshPainterGL<float>;
 template class QuadMeshPainterGL<double>;
 template class QuadMeshPainterGL<long double>;
+
+} // namespace vorlen

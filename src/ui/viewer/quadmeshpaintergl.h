@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace vorlen {
+
 /// Draws a quadrangular mesh as a lit surface (mode 5), as a wire frame of levels and columns (mode 4), or as
 /// CurveStackPainterGL does (other modes); and its caps, where the cap flags are defined and true.
 ///
@@ -42,3 +44,5 @@ private:
     mutable std::unique_ptr<QuadMeshPainterGL> __beginCap;
     mutable std::unique_ptr<QuadMeshPainterGL> __endCap;
 };
+
+} // namespace vorlen

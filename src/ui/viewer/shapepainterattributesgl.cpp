@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <ostream>
 
+namespace vorlen {
+
 namespace {
 
 template <class Value>
@@ -166,3 +168,5 @@ void ShapePainterAttributesGL::print(const std::string& title, std::ostream& str
     printValue(stream, "Begin cap   ", __beginCapFlag);
     printValue(stream, "End cap     ", __endCapFlag);
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+namespace vorlen {
+
 /// How a shape is drawn: eleven values, each of which may be undefined.
 ///
 /// A new record defines display mode 0, line width 1, transparency 255, shininess 32, symbol size 10, the dot and
@@ -105,3 +107,5 @@ private:
     std::optional<bool> __beginCapFlag;
     std::optional<bool> __endCapFlag;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "ui/viewer/shapepaintergl.h"
 
+namespace vorlen {
+
 namespace {
 
 /// The attributes that the arrays depend on; the others are set at each draw.
@@ -143,3 +145,5 @@ bool ShapePainterGL<T>::__usesSymbols() const {
 template class ShapePainterGL<float>;
 template class ShapePainterGL<double>;
 template class ShapePainterGL<long double>;
+
+} // namespace vorlen

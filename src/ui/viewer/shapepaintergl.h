@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace vorlen {
+
 /// Draws a shape with attributes. Base of one painter for each kind of shape.
 ///
 /// The shape is seen, not owned, and must outlive the painter's use. What OpenGL needs of it is copied into arrays at
@@ -82,3 +84,5 @@ private:
     mutable bool __shapePrepared = false;
     mutable bool __attributesPrepared = false;
 };
+
+} // namespace vorlen

@@ -12,6 +12,8 @@
 
 #include <algorithm>
 
+namespace vorlen {
+
 namespace {
 
 constexpr int undefinedNumber = -1;
@@ -216,3 +218,5 @@ void ShapeViewerAttributesEditor::__showColor() {
     swatch.fill(QColor((*__shownColor)[0], (*__shownColor)[1], (*__shownColor)[2]));
     __color->setIcon(swatch);
 }
+
+} // namespace vorlen

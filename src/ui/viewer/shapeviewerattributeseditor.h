@@ -12,6 +12,8 @@ class QGridLayout;
 class QPushButton;
 class QSpinBox;
 
+namespace vorlen {
+
 /// Edits one record of drawing attributes; what is undefined shows as an empty entry, a blank, or a check box between
 /// its two states. Starts disabled; its owner enables it when there is a selection.
 ///
@@ -70,3 +72,5 @@ private:
     QPushButton* __applyButton;
     QPushButton* __cancelButton;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "ui/viewer/shapeviewerpaintergl.h"
 
+namespace vorlen {
+
 BoundingBox<float> ShapeViewerPainterGL::boundingBox() const {
     return __proxy != nullptr ? __proxy->boundingBox() : BoundingBox<float>();
 }
@@ -12,3 +14,5 @@ void ShapeViewerPainterGL::glDraw() const {
     if (__proxy != nullptr)
         __proxy->glDraw();
 }
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include "ui/viewer/shapepaintergl.h"
 
+namespace vorlen {
+
 /// Stands on a canvas for a shape painter that it does not own, with what a list of shapes needs: whether the user has
 /// selected it, and a counter that makes its name one of a kind. Without a painter it draws nothing.
 class ShapeViewerPainterGL : public PainterGL<float> {
@@ -24,3 +26,5 @@ private:
     bool __selected = true;
     int __nameCounter = 0;
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstdint>
 
+namespace vorlen {
+
 namespace {
 
 using Point = std::array<float, 3>;
@@ -187,3 +189,5 @@ void SymbolArrayGL::__drawBlock(const void* positions, const void* indexes, int 
     glDrawRangeElements(GL_TRIANGLES, 0, GLuint(count * int(__mesh.positions.size() / 3) - 1),
                         GLsizei(count * int(__mesh.indexes.size())), GL_UNSIGNED_INT, indexes);
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace vorlen {
+
 /// The body of a symbol of size 1 about the origin: triangles with outward normals, counter-clockwise seen from
 /// outside. Vertices are not shared between the faces of a flat body.
 struct SymbolMeshGL {
@@ -53,3 +55,5 @@ private:
     mutable BufferGL __normalBuffer{QOpenGLBuffer::VertexBuffer};
     mutable BufferGL __indexBuffer{QOpenGLBuffer::IndexBuffer};
 };
+
+} // namespace vorlen

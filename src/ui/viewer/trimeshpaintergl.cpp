@@ -2,6 +2,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 int smoothingOf(const ShapePainterAttributesGL& attributes) {
@@ -112,3 +114,5 @@ void TriMeshPainterGL<T>::__smoothNormals(int passes) {
 template class TriMeshPainterGL<float>;
 template class TriMeshPainterGL<double>;
 template class TriMeshPainterGL<long double>;
+
+} // namespace vorlen

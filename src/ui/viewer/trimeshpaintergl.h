@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace vorlen {
+
 /// Draws a triangle mesh as a lit surface (mode 5, which a new painter has), as the sides of its triangles (mode 4), or
 /// its vertices (other modes).
 ///
@@ -37,3 +39,5 @@ private:
 
     std::unique_ptr<TriMesh<T>> __copyWithNormals; ///< of a mesh without normals
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace vorlen {
+
 namespace {
 
 template <class Element>
@@ -106,3 +108,5 @@ void VertexArrayGL::__drawIndexed(GLenum primitive) const {
 template void VertexArrayGL::append(const Vertices<float>&);
 template void VertexArrayGL::append(const Vertices<double>&);
 template void VertexArrayGL::append(const Vertices<long double>&);
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 
 #include <vector>
 
+namespace vorlen {
+
 /// Vertices as OpenGL takes them in one call: coordinates in space 3, and with them normals and colours where there are
 /// any, and what joins them. What lies here was prepared when its shape changed; the first draw after that hands it
 /// over to the graphics, and further ones only name it.
@@ -43,3 +45,5 @@ private:
     mutable BufferGL __colorBuffer{QOpenGLBuffer::VertexBuffer};
     mutable BufferGL __indexBuffer{QOpenGLBuffer::IndexBuffer};
 };
+
+} // namespace vorlen

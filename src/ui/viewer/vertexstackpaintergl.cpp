@@ -2,6 +2,8 @@
 
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 template <class T>
 void VertexStackPainterGL<T>::setShape(const VertexStack<T>& stack) {
     setShape(static_cast<const Shape<T>&>(stack));
@@ -29,3 +31,5 @@ void VertexStackPainterGL<T>::prepareShape() const {
 template class VertexStackPainterGL<float>;
 template class VertexStackPainterGL<double>;
 template class VertexStackPainterGL<long double>;
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include "shapes/vertexstack.h"
 #include "ui/viewer/shapepaintergl.h"
 
+namespace vorlen {
+
 /// Draws the vertices of all levels of a stack, as VerticesPainterGL does.
 template <class T>
 class VertexStackPainterGL : public ShapePainterGL<T> {
@@ -14,3 +16,5 @@ protected:
     void glDrawShape() const override;
     void prepareShape() const override;
 };
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "ui/viewer/vertexsymbolgl.h"
 
+namespace vorlen {
+
 std::string toString(VertexSymbolGL symbol) {
     switch (symbol) {
     case DotSymbolGL:
@@ -17,3 +19,5 @@ std::string toString(VertexSymbolGL symbol) {
     }
     return "";
 }
+
+} // namespace vorlen

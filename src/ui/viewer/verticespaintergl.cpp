@@ -2,6 +2,8 @@
 
 #include "shapes/curve.h"
 
+namespace vorlen {
+
 template <class T>
 void VerticesPainterGL<T>::setShape(const Vertices<T>& vertices) {
     setShape(static_cast<const Shape<T>&>(vertices));
@@ -25,3 +27,5 @@ void VerticesPainterGL<T>::prepareShape() const {
 template class VerticesPainterGL<float>;
 template class VerticesPainterGL<double>;
 template class VerticesPainterGL<long double>;
+
+} // namespace vorlen

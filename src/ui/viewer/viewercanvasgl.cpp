@@ -20,6 +20,8 @@
 #include <cmath>
 #include <iostream>
 
+namespace vorlen {
+
 namespace {
 
 const char* const colorKey = "viewerCanvas/background/color";
@@ -523,3 +525,5 @@ Vector<int> ViewerCanvasGL::__translation() const {
     translation[1] = -Maths::fround(100 * __ty / shown);
     return translation;
 }
+
+} // namespace vorlen

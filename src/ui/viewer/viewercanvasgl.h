@@ -11,6 +11,8 @@
 
 #include <vector>
 
+namespace vorlen {
+
 /// Shows a list of painters inside their bounding box, turned, moved and zoomed by the mouse.
 ///
 /// Painters are seen, not owned: whoever added one removes it before deleting it. A change of the list, or of what a
@@ -155,3 +157,5 @@ private:
     float __diffuse = 128 / 255.0f;
     float __specular = 128 / 255.0f;
 };
+
+} // namespace vorlen

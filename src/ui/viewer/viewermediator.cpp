@@ -7,6 +7,8 @@
 #include <QKeyEvent>
 #include <QMenu>
 
+namespace vorlen {
+
 ViewerMediator::ViewerMediator(QObject* parent) : QObject(parent) {
     __snapshotAction = __addAction("Snapshot", "Save the picture to a file", &ViewerMediator::snapshot);
     __recordAction = __addAction("Record", "Record a video", nullptr);
@@ -168,3 +170,5 @@ QAction* ViewerMediator::__addAction(const QString& text, const QString& toolTip
         connect(action, &QAction::triggered, this, slot);
     return action;
 }
+
+} // namespace vorlen

@@ -8,6 +8,9 @@
 class QAction;
 class QMenu;
 class QWidget;
+
+namespace vorlen {
+
 class ViewerCanvasGL;
 class ViewerPosePanel;
 
@@ -67,3 +70,5 @@ private:
     QAction* __standardPoseActions[3];
     QAction* __revStandardPoseActions[3];
 };
+
+} // namespace vorlen

@@ -19,6 +19,8 @@
 #include <cmath>
 #include <initializer_list>
 
+namespace vorlen {
+
 namespace {
 
 /// Gives the boxes of a group labels of one width, so that their sliders stand below each other.
@@ -244,3 +246,5 @@ void ViewerPosePanel::__showBackground() {
     swatch.fill(QColor(color[0], color[1], color[2]));
     __backgroundColor->setIcon(swatch);
 }
+
+} // namespace vorlen

@@ -9,8 +9,11 @@
 
 class QCheckBox;
 class QComboBox;
-class QInputBox;
 class QPushButton;
+
+namespace vorlen {
+
+class QInputBox;
 
 /// The controls of a viewer canvas: camera, lights, background, projection and frame, in whole units.
 ///
@@ -77,3 +80,5 @@ private:
     QCheckBox* __boundingBox;
     QInputBox* __boundingBoxScaling;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <map>
 
+namespace vorlen {
+
 template <class T>
 BoundingBox<T> VoxelMatrixPainterGL<T>::boundingBox() const {
     return __box;
@@ -96,3 +98,5 @@ void VoxelMatrixPainterGL<T>::__prepareDots(const std::vector<float>& centers, c
 template class VoxelMatrixPainterGL<float>;
 template class VoxelMatrixPainterGL<double>;
 template class VoxelMatrixPainterGL<long double>;
+
+} // namespace vorlen

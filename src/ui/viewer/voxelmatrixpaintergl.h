@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace vorlen {
+
 /// Shows a volume as a field of symbols whose size follows the value: that of the largest value is 0.45 of the smallest
 /// step of the grid that the volume's voxels make in the bounding box.
 ///
@@ -49,3 +51,5 @@ private:
     mutable VertexArrayGL __dots;
     mutable std::vector<DotRun> __runs;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+namespace vorlen {
+
 BlackWhiteDoubleSlider::BlackWhiteDoubleSlider(QWidget* parent) : QFrame(parent) {
     setFixedSize(100, 10);
     setAccessibleName("Contrast");
@@ -90,3 +92,5 @@ void BlackWhiteDoubleSlider::mouseDoubleClickEvent(QMouseEvent*) {
     __drag = Drag::None;
     reset();
 }
+
+} // namespace vorlen

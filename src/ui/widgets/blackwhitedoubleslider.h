@@ -2,6 +2,8 @@
 
 #include <QFrame>
 
+namespace vorlen {
+
 /// Contrast slider: two discs on a bar from black to white, for the grey level that is shown as black and the one that
 /// is shown as white, as fractions of the whole range. The black level stays below the white one by a pixel at least.
 class BlackWhiteDoubleSlider : public QFrame {
@@ -37,3 +39,5 @@ private:
     float __white = 1;
     Drag __drag = Drag::None;
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <QColorDialog>
 
+namespace vorlen {
+
 ColorSelector::ColorSelector(QWidget* parent) : QPushButton(parent) {
     connect(this, &QPushButton::clicked, this, &ColorSelector::select);
     setColor(__color);
@@ -20,3 +22,5 @@ void ColorSelector::select() {
     setColor(color);
     emit valueChanged(__color);
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <QColor>
 #include <QPushButton>
 
+namespace vorlen {
+
 /// A button painted in a colour; a click lets the user choose another one.
 class ColorSelector : public QPushButton {
     Q_OBJECT
@@ -22,3 +24,5 @@ private:
 
     QColor __color = Qt::white;
 };
+
+} // namespace vorlen

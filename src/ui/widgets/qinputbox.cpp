@@ -5,6 +5,8 @@
 #include <QSlider>
 #include <QSpinBox>
 
+namespace vorlen {
+
 QInputBox::QInputBox(const QString& label, QWidget* parent, int minimum, int maximum, const QString& suffix)
     : QWidget(parent) {
     auto* text = new QLabel(label, this);
@@ -54,3 +56,5 @@ int QInputBox::getValue() const {
 void QInputBox::setValue(int value) {
     __spinBox->setValue(value);
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@ class QLabel;
 class QSlider;
 class QSpinBox;
 
+namespace vorlen {
+
 /// A whole number with a label: slider and spin box, kept equal, and a suffix behind them. The value starts at 0, or at
 /// the end of the range that is nearest to it.
 class QInputBox : public QWidget {
@@ -28,3 +30,5 @@ private:
     QSlider* __slider;
     QSpinBox* __spinBox;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include <QApplication>
 #include <QSurfaceFormat>
 
+namespace vorlen {
+
 /// The application object of every program with windows.
 ///
 /// It asks for the OpenGL that the canvases draw with before anything can make a context, takes the names under which
@@ -38,3 +40,5 @@ private:
         return argc;
     }
 };
+
+} // namespace vorlen

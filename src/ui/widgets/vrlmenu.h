@@ -2,6 +2,8 @@
 
 #include <QMenu>
 
+namespace vorlen {
+
 /// A menu that tells the text of the entry that was chosen.
 class VRLMenu : public QMenu {
     Q_OBJECT
@@ -12,3 +14,5 @@ public:
 signals:
     void triggered(const QString& text);
 };
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "progress/progresssubject.h"
 
+namespace vorlen {
+
 VRLProgressDialog::VRLProgressDialog(QWidget* parent) : QProgressDialog(parent) {
     setRange(0, 100);
     setModal(true);
@@ -29,3 +31,5 @@ void VRLProgressDialog::cancelCurrentSubject() {
     if (hasSubject())
         currentSubject()->cancel();
 }
+
+} // namespace vorlen

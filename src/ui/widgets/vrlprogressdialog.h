@@ -4,6 +4,8 @@
 
 #include "progress/progressmonitor.h"
 
+namespace vorlen {
+
 /// Modal dialog with the progress of work on the main thread; its button cancels the work.
 class VRLProgressDialog : public QProgressDialog, public ProgressMonitor {
     Q_OBJECT
@@ -19,3 +21,5 @@ public slots:
     /// Cancels the subject that speaks, if there is one.
     void cancelCurrentSubject();
 };
+
+} // namespace vorlen

@@ -2,6 +2,8 @@
 
 #include <QSettings>
 
+namespace vorlen {
+
 VRLSplitter::VRLSplitter(const QString& settingsKey, Qt::Orientation orientation, QWidget* parent)
     : QSplitter(orientation, parent), __settingsKey(settingsKey) {
     connect(this, &QSplitter::splitterMoved, this, &VRLSplitter::store);
@@ -21,3 +23,5 @@ void VRLSplitter::restore() {
 void VRLSplitter::store() const {
     QSettings().setValue(__settingsKey, saveState());
 }
+
+} // namespace vorlen

@@ -3,6 +3,8 @@
 #include <QList>
 #include <QSplitter>
 
+namespace vorlen {
+
 /// A splitter that remembers its state in the settings, under a key of its own.
 class VRLSplitter : public QSplitter {
     Q_OBJECT
@@ -24,3 +26,5 @@ private:
     QString __settingsKey;
     QList<int> __sizes;
 };
+
+} // namespace vorlen

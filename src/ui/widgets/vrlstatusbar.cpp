@@ -5,6 +5,8 @@
 #include <QProgressBar>
 #include <QStatusBar>
 
+namespace vorlen {
+
 VRLStatusBar::VRLStatusBar(QWidget* parent) : QFrame(parent) {
     __statusBar = new QStatusBar(this);
     __statusBar->setSizeGripEnabled(false);
@@ -45,3 +47,5 @@ void VRLStatusBar::subjectProgressed(unsigned int current, unsigned int total) {
     __progressBar->setValue(value);
     QCoreApplication::sendPostedEvents();
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 class QProgressBar;
 class QStatusBar;
 
+namespace vorlen {
+
 /// Status bar of the windows beside the root window: a message and a progress bar. Monitors work on the main thread.
 class VRLStatusBar : public QFrame, public ProgressMonitor {
     Q_OBJECT
@@ -30,3 +32,5 @@ private:
     QStatusBar* __statusBar;
     QProgressBar* __progressBar;
 };
+
+} // namespace vorlen

@@ -15,6 +15,8 @@
 #include <QSignalBlocker>
 #include <QStringList>
 
+namespace vorlen {
+
 namespace {
 
 /// A cell that is shaded without a word to its table, which would look for the cell among all of its sorted cells.
@@ -228,3 +230,5 @@ void VRLTableWidget::save() const {
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
+
+} // namespace vorlen

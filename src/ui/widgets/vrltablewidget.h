@@ -3,6 +3,8 @@
 #include <QTableWidget>
 #include <QTableWidgetSelectionRange>
 
+namespace vorlen {
+
 /// A table for reading: its cells cannot be edited; the selection goes to the clipboard and the whole to a file, as
 /// tab-separated text with a line of quoted headers.
 ///
@@ -65,3 +67,5 @@ private:
 
     bool __shaded = false;
 };
+
+} // namespace vorlen

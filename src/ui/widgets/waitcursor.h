@@ -2,6 +2,8 @@
 
 #include <QGuiApplication>
 
+namespace vorlen {
+
 /// Shows the wait cursor as long as this object lives.
 class WaitCursor {
 public:
@@ -10,3 +12,5 @@ public:
     WaitCursor(const WaitCursor&) = delete;
     WaitCursor& operator=(const WaitCursor&) = delete;
 };
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "support/documentmaker.h"
 #include "ui/widgets/vrltablewidget.h"
 
+namespace vorlen {
+
 /// Twelve slices "s0" to "s11" at 5, 15, ... 115 mm, of pixels 2 mm wide and 3 mm high, with a model of every kind:
 /// "tube", the rectangle of 4 by 2 pixels (8 mm by 6 mm) on s0, s2 and s10, drawn backwards on s2; "pair", two
 /// rectangles of the same and of half that width on s1; "line", an open line on s3; "dots", five points on s2 and s4;
@@ -55,3 +57,5 @@ inline std::string columnText(const QTableWidget& table, int column) {
         texts += table.item(row, column)->text();
     return texts.join(' ').toStdString();
 }
+
+} // namespace vorlen

@@ -16,6 +16,8 @@
 #include "ui/analysis/vrlmodelitemanalysistable.h"
 #include "ui/analysis/vrlsliceanalysistable.h"
 
+namespace vorlen {
+
 namespace {
 
 class AnalysisTablesTest : public ::testing::Test {
@@ -280,3 +282,5 @@ TEST_F(AnalysisTablesTest, tablesOfTheSampleStackHoldWhatTheMeasurementFindsAndC
     cells.setModel(model("Cells"));
     EXPECT_EQ(cells.rowCount(), 201);
 }
+
+} // namespace vorlen

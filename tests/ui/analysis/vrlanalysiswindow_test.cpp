@@ -21,6 +21,8 @@
 #include "ui/analysis/vrlsliceanalysistable.h"
 #include "ui/models/vrlmodellistwidget.h"
 
+namespace vorlen {
+
 namespace {
 
 class VRLAnalysisWindowTest : public ::testing::Test {
@@ -219,3 +221,5 @@ TEST_F(VRLAnalysisWindowTest, positionAndSizeAreKept) {
     window = open();
     EXPECT_EQ(window->pos(), QPoint(0, 0));
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "reconstruction/modelmorphometry.h"
 #include "support/temporaryfolder.h"
 
+namespace vorlen {
+
 // The walk of the guide outlines the nucleus of the sample anew with the tools of the slice editor, by mouse and keys
 // in a window of its own. The truth of the nucleus is known in closed form.
 TEST(Guide, whatItOutlinesMeasuresAsTheTruth) {
@@ -25,3 +27,5 @@ TEST(Guide, whatItOutlinesMeasuresAsTheTruth) {
     for (const char* name : {"drawing", "automatic", "smoothing", "snake", "outlined"})
         EXPECT_FALSE(folder.read(std::string("guide-") + name + ".png").empty()) << name;
 }
+
+} // namespace vorlen

@@ -52,6 +52,8 @@
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediatorsnakedelegate.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Stack files of three slices each, and a shown window.
@@ -611,3 +613,5 @@ TEST_F(VRLRootWindowTest, reconstructShowsTheModelsOfTheCurrentStack) {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(renderings[0] == nullptr && renderings[1] == nullptr);
 }
+
+} // namespace vorlen

@@ -28,6 +28,8 @@
 #include "ui/session/vrlrecovery.h"
 #include "ui/session/vrlsettings.h"
 
+namespace vorlen {
+
 namespace {
 
 using Names = std::vector<std::string>;
@@ -428,3 +430,5 @@ TEST_F(VRLStackIOTest, whatWasLeftBehindIsRecoveredOrDeleted) {
     EXPECT_TRUE(recovery.leftovers().isEmpty());
     EXPECT_EQ(io.recoverStacks(recovery), nullptr);
 }
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 /// What the program's commands and windows ask for.
@@ -268,3 +270,5 @@ TEST_F(Icons, xpmFilesShowTheirDrawings) {
         EXPECT_GT(ink(xpm), 60);
     }
 }
+
+} // namespace vorlen

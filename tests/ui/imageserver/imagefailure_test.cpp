@@ -7,6 +7,8 @@
 #include "images/volumes/voxelmatrix.h"
 #include "support/fixedsource.h"
 
+namespace vorlen {
+
 namespace {
 
 class ImageFailure : public ImageServerTest {
@@ -124,3 +126,5 @@ TEST_F(ImageFailure, letsTheSlotThatHearsOfItDestroyTheProxyOrTheServer) {
         EXPECT_EQ(second.hasFailed(), !destroyServer);
     }
 }
+
+} // namespace vorlen

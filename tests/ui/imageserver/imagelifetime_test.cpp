@@ -2,6 +2,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 using State = VRLImageServerData::State;
@@ -153,3 +155,5 @@ TEST_F(ImageArrival, letsALateProxysSlotDestroyTheServerWithinItsCall) {
     EXPECT_FALSE(late.hasImage());
     EXPECT_FALSE(proxy.hasImage());
 }
+
+} // namespace vorlen

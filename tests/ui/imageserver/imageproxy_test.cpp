@@ -3,6 +3,8 @@
 #include "support/failures.h"
 #include "support/fixedsource.h"
 
+namespace vorlen {
+
 TEST(VRLImageProxy, saysWhatItDoesNotHave) {
     VRLImageProxy proxy;
     expectFailure<ProgramError>([&] { proxy.getImage(); }, "Image& VRLImageProxy::getImage() const",
@@ -85,3 +87,5 @@ TEST_F(ProxyOnServers, giveBackTheirImagesWithTheirSourceOrServer) {
     EXPECT_FALSE(proxy.hasImage());
     EXPECT_TRUE(proxy.hasImageSource());
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "numerics/exception.h"
 
+namespace vorlen {
+
 namespace {
 
 using State = VRLImageServerData::State;
@@ -290,3 +292,5 @@ TEST_F(ImageServer, refusesABaseSizeOfOneSide) {
     EXPECT_THROW(server->setBaseSize(QSize(256, 0)), SizeError);
     EXPECT_EQ(server->getBaseSize(), QSize(10, 20));
 }
+
+} // namespace vorlen

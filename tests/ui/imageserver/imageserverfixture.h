@@ -20,6 +20,8 @@
 #include "ui/imageserver/vrlimageserver.h"
 #include "ui/imageserver/vrlimageserverdata.h"
 
+namespace vorlen {
+
 /// Image files, a server, and bounded waiting for it.
 class ImageServerTest : public ::testing::Test {
 protected:
@@ -99,3 +101,5 @@ protected:
     TemporaryFolder folder;
     std::unique_ptr<VRLImageServer> server = std::make_unique<VRLImageServer>();
 };
+
+} // namespace vorlen

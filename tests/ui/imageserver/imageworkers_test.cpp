@@ -5,6 +5,8 @@
 #include "ui/imageserver/vrlimagereader.h"
 #include "ui/imageserver/vrlimageresizer.h"
 
+namespace vorlen {
+
 namespace {
 
 class ImageWorkers : public ImageServerTest {
@@ -156,3 +158,5 @@ TEST_F(ImageWorkers, theResizerStopsWhenCancelledAndKeepsWhatItHasMade) {
     EXPECT_EQ(image.getWidth(), 600);
     EXPECT_EQ(available.count(), 0);
 }
+
+} // namespace vorlen

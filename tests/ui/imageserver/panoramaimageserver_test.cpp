@@ -10,6 +10,8 @@
 
 #include "ui/imageserver/vrlimageserver.h"
 
+namespace vorlen {
+
 TEST(PanoramaImageServer, anOwnerHasOneThatKeepsItsThumbnailsAndGoesWithIt) {
     auto stack = std::make_unique<QObject>();
     QObject other;
@@ -21,3 +23,5 @@ TEST(PanoramaImageServer, anOwnerHasOneThatKeepsItsThumbnailsAndGoesWithIt) {
     stack.reset();
     EXPECT_TRUE(server.isNull());
 }
+
+} // namespace vorlen

@@ -1,5 +1,7 @@
 #include "ui/imageserver/imageserverfixture.h"
 
+namespace vorlen {
+
 namespace {
 
 class Thumbnails : public ImageServerTest {
@@ -104,3 +106,5 @@ TEST_F(Thumbnails, ofAWholeStackTakeTheRoomOfThumbnails) {
     EXPECT_EQ(server->getNumDone(), 12);
     EXPECT_EQ(server->getNumImageBytes(), 12u * 256u * 256u);
 }
+
+} // namespace vorlen

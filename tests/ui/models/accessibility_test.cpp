@@ -21,6 +21,8 @@
 #include "ui/models/vrlstackannotationdialog.h"
 #include "ui/models/vrlstackpropertiesdialog.h"
 
+namespace vorlen {
+
 namespace {
 
 bool isControl(const QWidget& widget) {
@@ -97,3 +99,5 @@ TEST(Accessibility, returnInTheNameOfANewModelMakesIt) {
     EXPECT_EQ(stack.getModel(0).getName(), "typed");
     EXPECT_TRUE(dialog.isVisible());
 }
+
+} // namespace vorlen

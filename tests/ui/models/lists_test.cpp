@@ -16,6 +16,8 @@
 #include "ui/models/vrlslicelistwidget.h"
 #include "ui/models/vrlstacklistwidget.h"
 
+namespace vorlen {
+
 namespace {
 
 QStringList texts(const QListWidget& list) {
@@ -279,3 +281,5 @@ TEST(VRLModelListWidget, isSortedAndWorksInSilence) {
     EXPECT_EQ(list.count(), 0);
     EXPECT_EQ(changes.count(), told + 1);
 }
+
+} // namespace vorlen

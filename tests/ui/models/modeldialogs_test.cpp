@@ -21,6 +21,8 @@
 #include "ui/models/vrlmodelnameeditor.h"
 #include "ui/models/vrlmodelpropertieseditor.h"
 
+namespace vorlen {
+
 namespace {
 
 using Names = std::vector<std::string>;
@@ -482,3 +484,5 @@ TEST_F(VRLModelItemDialogTest, letsGoOfAnItemThatIsDeleted) {
     click("OK");
     EXPECT_FALSE(item.getProperties().definesAny());
 }
+
+} // namespace vorlen

@@ -13,6 +13,8 @@
 #include "ui/session/vrlpreferences.h"
 #include "ui/widgets/colorselector.h"
 
+namespace vorlen {
+
 namespace {
 
 class VRLPreferencesDialogTest : public ::testing::Test {
@@ -82,3 +84,5 @@ TEST_F(VRLPreferencesDialogTest, okAppliesAndClosesAndCancelKeepsWhatWas) {
     EXPECT_EQ(VRLPreferences::getClickTolerance(), 20);
     EXPECT_TRUE(recorder.take().empty());
 }
+
+} // namespace vorlen

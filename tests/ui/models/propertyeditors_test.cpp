@@ -16,6 +16,8 @@
 #include "ui/models/vrlpixelcalibrationeditor.h"
 #include "ui/models/vrlstackpropertieseditor.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Answers the color dialog with this color, or cancels it when there is none.
@@ -342,3 +344,5 @@ TEST(VRLPixelCalibrationEditor, anUntouchedCalibrationKeepsNumbersThatDisagree) 
     EXPECT_TRUE(editor.validPixelCalibration());
     EXPECT_EQ(editor.getPixelCalibration().getPixelHeight(), 1);
 }
+
+} // namespace vorlen

@@ -17,6 +17,8 @@
 #include "ui/models/vrlstackpropertiesdialog.h"
 #include "ui/models/vrlstackpropertieseditor.h"
 
+namespace vorlen {
+
 namespace {
 
 using Names = std::vector<std::string>;
@@ -349,3 +351,5 @@ TEST(StackDialogs, closeThemselvesWhenTheStackIsClosed) {
     properties.apply();
     slice.apply();
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 
 #include "support/recordingmonitor.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Reports a piece of work when its thread starts.
@@ -74,3 +76,5 @@ TEST(VRLProgressProxy, directMonitorsHearTheTextsAndRemovedOnesNothing) {
     EXPECT_EQ(direct.heard.back(), "finished end");
     EXPECT_TRUE(behindQueued.heard.empty());
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "editing/stacks/vrlstack.h"
 #include "support/documentmaker.h"
 
+namespace vorlen {
+
 using Points = std::vector<std::pair<int, int>>;
 
 /// A square of the given side, in pixels.
@@ -42,3 +44,5 @@ inline std::unique_ptr<VRLStack> makeRenderingStack() {
     stack->updateReconstruction();
     return stack;
 }
+
+} // namespace vorlen

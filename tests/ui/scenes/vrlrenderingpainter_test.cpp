@@ -10,6 +10,8 @@
 #include "ui/scenes/vrlmodelpaintergl.h"
 #include "ui/scenes/vrlrenderingutils.h"
 
+namespace vorlen {
+
 namespace {
 
 class VRLRenderingPainterGLTest : public ::testing::Test {
@@ -190,3 +192,5 @@ TEST_F(VRLRenderingPainterGLTest, fewContoursAndOddOnesAreDrawnSafely) {
     }
     EXPECT_FALSE(painter.boundingBox().isValid());
 }
+
+} // namespace vorlen

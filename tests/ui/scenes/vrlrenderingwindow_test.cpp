@@ -32,6 +32,8 @@
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/viewer/viewerposepanel.h"
 
+namespace vorlen {
+
 namespace {
 
 /// A shown window on an open stack.
@@ -449,3 +451,5 @@ TEST_F(VRLRenderingWindowTest, fiveHundredEditsTakeNoMoreMemory) {
     EXPECT_LT(heldMemory() - before, 24L << 20);
     EXPECT_TRUE(listsAreAlike());
 }
+
+} // namespace vorlen

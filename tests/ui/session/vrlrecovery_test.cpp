@@ -15,6 +15,8 @@
 #include "images/rasters/image.h"
 #include "support/documentmaker.h"
 
+namespace vorlen {
+
 namespace {
 
 /// An open stack of one slice with an image beside its file, and one outline.
@@ -222,3 +224,5 @@ TEST_F(VRLRecoveryTest, theTimerSavesByItself) {
     recovery.start(10);
     EXPECT_TRUE(QTest::qWaitFor([&] { return !recovery.recoveryFile(*stack).isEmpty(); }, 5000));
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "editing/bus/vrlexception.h"
 #include "ui/session/vrlpreferences.h"
 
+namespace vorlen {
+
 TEST(VRLSettings, recentFilesKeepTheirOrderAndTheOldestFallsOff) {
     QSettings().remove("recentFiles");
     VRLSettings::settings.load();
@@ -78,3 +80,5 @@ TEST(VRLException, carriesAFailureThroughACloneAndARaise) {
         EXPECT_EQ(caught.callStack(), failure.callStack());
     }
 }
+
+} // namespace vorlen

@@ -21,6 +21,8 @@
 #include "ui/slices/vrlsliceeditwidgetmediatordialogdelegate.h"
 #include "ui/slices/vrlsliceeditwidgetmediatorsplitdelegate.h"
 
+namespace vorlen {
+
 namespace {
 
 /// A wavy ring, counter-clockwise on the screen.
@@ -545,3 +547,5 @@ TEST_F(ContourToolsTest, previewsAreSeenOnTheImage) {
             "Cancel");
     }
 }
+
+} // namespace vorlen

@@ -10,6 +10,8 @@
 #include "ui/slices/vrlimagewidgetmediatorpandelegate.h"
 #include "ui/slices/vrlimagewidgetmediatorpixelinfodelegate.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Writes its name down at each press, and accepts it or not.
@@ -211,3 +213,5 @@ TEST_F(DelegateTest, positionsOutsideOfTheImageHaveNoPixel) {
     QTest::mouseMove(canvas, QPoint(150, 50));
     EXPECT_EQ(statusBar->getPixelInfo(), "");
 }
+
+} // namespace vorlen

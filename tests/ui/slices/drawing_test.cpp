@@ -15,6 +15,8 @@
 #include "support/eventrecorder.h"
 #include "support/modalscript.h"
 
+namespace vorlen {
+
 TEST_F(DrawingTest, aContourIsDrawnByClicksDragsAndPenAndStoredCounterClockwise) {
     QSignalSpy locks(mediator, &VRLSliceEditWidgetMediator::lockRequested);
     expectSteps(1, [&] {
@@ -858,3 +860,5 @@ TEST_F(DrawingTest, whatIsBeingDrawnIsSeen) {
     if (qEnvironmentVariableIsSet("VORLEN_SCREENSHOT"))
         window.grab().save(qEnvironmentVariable("VORLEN_SCREENSHOT"));
 }
+
+} // namespace vorlen

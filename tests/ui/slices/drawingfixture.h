@@ -23,6 +23,8 @@
 #include "ui/slices/vrlsliceeditwidgetmediatorselectiondelegate.h"
 #include "ui/slices/widgetfixture.h"
 
+namespace vorlen {
+
 using Points = std::vector<std::pair<int, int>>;
 
 inline const Points square = {{50, 50}, {50, 100}, {100, 100}, {100, 50}};
@@ -158,3 +160,5 @@ protected:
     VRLSliceEditWidgetMediatorCreationDelegate* creation = nullptr;
     VRLSliceEditWidgetMediatorEditionDelegate* edition = nullptr;
 };
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include <QMenu>
 #include <QTimer>
 
+namespace vorlen {
+
 class EditWidgetTest : public WidgetTest {
 protected:
     /// Asks for the context menu; true when there was one. It is closed by Escape after doing something with it.
@@ -66,3 +68,5 @@ TEST_F(EditWidgetTest, partsOfAnotherKindAreRefused) {
     EXPECT_THROW(mediator->setStatusBar(plainBar), ProgramError);
     EXPECT_THROW(widget->initialize(), ProgramError);
 }
+
+} // namespace vorlen

@@ -4,6 +4,8 @@
 
 #include "ui/session/vrlpreferences.h"
 
+namespace vorlen {
+
 /// The geometry of a canvas of this size and a proxy of that size, without a window.
 class ImageCanvasTest : public ::testing::Test {
 protected:
@@ -237,3 +239,5 @@ TEST_F(PaintedImageTest, pixelsOfOtherProportionsAreShownSo) {
     EXPECT_TRUE(isNear(seen.pixel(95, 195), qRgb(250, 250, 250)));
     EXPECT_TRUE(isNear(seen.pixel(105, 50), VRLPreferences::getImageCanvasBackgroundColor().rgb()));
 }
+
+} // namespace vorlen

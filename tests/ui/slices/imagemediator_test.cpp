@@ -11,6 +11,8 @@
 #include "numerics/exception.h"
 #include "support/recordingmonitor.h"
 
+namespace vorlen {
+
 class ImageMediatorTest : public WidgetTest {
 protected:
     QScrollBar& bar(Qt::Orientation orientation) const {
@@ -267,3 +269,5 @@ TEST_F(ImageMediatorTest, aWidgetMayGoAtAnyTime) {
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
     EXPECT_TRUE(settle());
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "ui/slices/vrlsliceeditwidgetmediatorcreationdelegate.h"
 #include "ui/slices/vrlsliceeditwidgetmediatorselectiondelegate.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Where two pictures differ, and by how much at most; empty where they are equal.
@@ -327,3 +329,5 @@ TEST_F(KeptPictureTest, theEditorPaintsOnlyWhatItChanges) {
     EXPECT_EQ(difference(selected, plainPicture()), "");
     widget->clear();
 }
+
+} // namespace vorlen

@@ -11,6 +11,8 @@
 #include "document/stack.h"
 #include "support/documentmaker.h"
 
+namespace vorlen {
+
 namespace {
 
 const QRgb white = qRgb(255, 255, 255);
@@ -197,3 +199,5 @@ TEST_F(Painter, survivesSizesThatAreNoSizes) {
     item.getProperties().setPointSize(std::numeric_limits<float>::infinity());
     paint(item);
 }
+
+} // namespace vorlen

@@ -6,6 +6,8 @@
 #include "document/modelitem.h"
 #include "ui/session/vrlpreferences.h"
 
+namespace vorlen {
+
 /// Pictures of one slice of 40 by 40 dark pixels with items.
 class SliceCanvasTest : public WidgetTest {
 protected:
@@ -17,7 +19,7 @@ protected:
     }
 
     Model& newModel(MPrimitive geometry, const QColor& color) {
-        Model& model = ::addModel(stack, "model" + std::to_string(stack.getNumModels()), geometry);
+        Model& model = vorlen::addModel(stack, "model" + std::to_string(stack.getNumModels()), geometry);
         model.getItemProperties().setColor(color.red(), color.green(), color.blue());
         model.getItemProperties().setLineWidth(1);
         return model;
@@ -245,3 +247,5 @@ TEST_F(SliceCanvasTest, grabbedWindowsHoldTheItems) {
     const QPoint at = canvas->mapTo(&window, QPoint(200, 305));
     EXPECT_TRUE(isNear(grabbed.pixel(at), red));
 }
+
+} // namespace vorlen

@@ -12,13 +12,15 @@
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 
+namespace vorlen {
+
 class SliceMediatorTest : public WidgetTest {
 protected:
     SliceMediatorTest() {
         slice = &addSlice(fourCorners(40, 40), "shown");
         other = &addSlice(fourCorners(40, 40), "other");
-        contours = &::addModel(stack, "contours", PolygonPrimitive);
-        points = &::addModel(stack, "points", PolypointPrimitive);
+        contours = &vorlen::addModel(stack, "contours", PolygonPrimitive);
+        points = &vorlen::addModel(stack, "points", PolypointPrimitive);
     }
 
     int numRecords() const { return int(server.findChildren<VRLImageServerData*>().size()); }
@@ -194,3 +196,5 @@ TEST_F(SliceMediatorTest, rootWidgetsShareOneServerAndTellTheirView) {
     delete first;
     delete second;
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 #include "ui/tools/vrlsnakeconfigdialog.h"
 #include "ui/tools/vrlsnakeconfigeditor.h"
 
+namespace vorlen {
+
 namespace {
 
 QCheckBox& checkBox(const QWidget& window, const QString& text) {
@@ -116,3 +118,5 @@ TEST(SnakeConfigDialog, isAnsweredByItsButtonsAndByReturn) {
     QTest::keyClick(&dialog, Qt::Key_Return);
     EXPECT_EQ(dialog.result(), QDialog::Accepted);
 }
+
+} // namespace vorlen

@@ -20,6 +20,8 @@
 #include "ui/slices/vrlsliceeditwidgetmediatorsnakedelegate.h"
 #include "ui/slices/widgetfixture.h"
 
+namespace vorlen {
+
 /// Does something at each step of a snake, and at each text.
 class StepWatch : public RecordingMonitor {
 public:
@@ -127,3 +129,5 @@ protected:
     Model* model = nullptr;
     VRLSliceEditWidgetMediatorSnakeDelegate* snake = nullptr;
 };
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 
 #include "document/stackreader.h"
 
+namespace vorlen {
+
 namespace {
 
 /// The pixels inside of the contour.
@@ -82,3 +84,5 @@ TEST_F(SnakeTest, roughCirclesOnEveryTenthSliceOfTheSampleGiveTheNucleus) {
     EXPECT_EQ(numSlices, reach == 4 ? 26 : 9); // the nucleus begins on slice 7
     EXPECT_GE(sum / numSlices, 0.97);
 }
+
+} // namespace vorlen

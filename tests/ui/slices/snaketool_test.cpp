@@ -13,6 +13,8 @@
 #include "images/files/imagesourcefile.h"
 #include "support/fixedsource.h"
 
+namespace vorlen {
+
 namespace {
 
 constexpr int width = 320, height = 240;
@@ -459,3 +461,5 @@ TEST_F(SnakeToolTest, aRangeThatIsStoppedKeepsTheSlicesThatAreDone) {
     EXPECT_EQ(steps, 30);
     EXPECT_EQ(newRadii(), std::vector<std::vector<int>>(7));
 }
+
+} // namespace vorlen

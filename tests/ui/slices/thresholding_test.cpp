@@ -14,6 +14,8 @@
 #include "ui/slices/regionoutline.h"
 #include "ui/slices/vrlsliceeditwidgetmediatorthresholdingdelegate.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Dark rectangle of columns 100 to 179 and rows 60 to 129 on a light ground, in one channel or in all.
@@ -371,3 +373,5 @@ TEST_F(ThresholdingTest, theSampleNucleusIsFoundAsItIs) {
     widget->clear();
     ASSERT_TRUE(settle());
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "ui/slices/vrlmodetoolbar.h"
 #include "ui/slices/vrlnavigationtoolbar.h"
 
+namespace vorlen {
+
 TEST(VRLChannelEditor, imagesOfOneColourLeaveNoChoice) {
     VRLChannelEditor editor;
     EXPECT_EQ(editor.title(), "Channel selector ");
@@ -62,3 +64,5 @@ TEST(VRLNavigationToolBar, eachButtonHasItsSignal) {
             EXPECT_EQ(spies[k]->count(), k <= i ? 1 : 0);
     }
 }
+
+} // namespace vorlen

@@ -27,6 +27,8 @@
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
 
+namespace vorlen {
+
 /// Counts the paint events of the object that it filters.
 class PaintCounter : public QObject {
 public:
@@ -161,3 +163,5 @@ inline Image fourCorners(int width, int height) {
                 static_cast<unsigned char>(y < height / 2 ? (x < width / 2 ? 40 : 90) : (x < width / 2 ? 140 : 250));
     return image;
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "shapes/vertices.h"
 #include "values/registration.h"
 
+namespace vorlen {
+
 namespace {
 
 /// World (10, 20), 5 by 9; model (100, 200), 9 by 5: a column is 8/4 = 2 wide, a row 4/8 = 0.5 high.
@@ -124,3 +126,5 @@ TEST(VRLWMConverter, printsBothRectanglesAndWhatBecomesOfThem) {
               "title\nModel\n  x 100\n  y 200\n  w 9\n  h 5\nWorld\n  x 10\n  y 20\n  w 5\n  h 9\n"
               "converted world 100 200 9 5\nconverted model 10 20 5 9\n");
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "ui/viewer/verticespaintergl.h"
 #include "ui/viewer/voxelmatrixpaintergl.h"
 
+namespace vorlen {
+
 namespace {
 
 const VertexSymbolGL bodies[] = {SphereSymbolGL, CubeSymbolGL, TetrahedronSymbolGL, DiamondSymbolGL};
@@ -251,3 +253,5 @@ TEST(VoxelMatrixPainterGL, sizesSymbolsByValue) {
     painter.setVoxelMatrix(matrix);
     EXPECT_EQ(spotOf(scene.picture(), pureGreen).count, 0);
 }
+
+} // namespace vorlen

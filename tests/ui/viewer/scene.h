@@ -16,6 +16,8 @@
 #include "ui/viewer/shapepaintergl.h"
 #include "ui/viewer/viewercanvasgl.h"
 
+namespace vorlen {
+
 /// A canvas in a real window: orthographic, black ground, no frame, and only ambient light, so that lit surfaces appear
 /// in their plain colour.
 class Scene {
@@ -121,3 +123,5 @@ inline TriMesh<float> squareMesh(float half, float z) {
     mesh.computeNormals();
     return mesh;
 }
+
+} // namespace vorlen

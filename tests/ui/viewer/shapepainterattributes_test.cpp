@@ -6,6 +6,8 @@
 #include "support/vectors.h"
 #include "ui/viewer/shapepainterattributesgl.h"
 
+namespace vorlen {
+
 TEST(ShapePainterAttributesGL, startsWithDefaultsAndTellsWhatIsUndefined) {
     ShapePainterAttributesGL attributes;
     EXPECT_EQ(attributes.getDisplayMode(), UndefinedDisplayGL);
@@ -76,3 +78,5 @@ TEST(ShapePainterAttributesGL, printsUndefinedValuesAsNone) {
     attributes.print("Shape", text);
     EXPECT_EQ(text.str().find("Shape\nColor        = (none)\nDisplay mode = Symbol+Curve\n"), 0u);
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "ui/viewer/scene.h"
 #include "ui/viewer/trimeshpaintergl.h"
 
+namespace vorlen {
+
 namespace {
 
 /// The normal in its plainest form: the sum over the triangles of the four cells around it.
@@ -330,3 +332,5 @@ TEST(QuadMeshPainterGL, largeMeshesLookAlikeInEveryCanvasAndAfterEveryChange) {
     EXPECT_LT(spotOf(two->picture(), Qt::black, 3).count, 80000);
     two.reset();
 }
+
+} // namespace vorlen

@@ -9,6 +9,8 @@
 #include "ui/viewer/trimeshpaintergl.h"
 #include "ui/viewer/verticespaintergl.h"
 
+namespace vorlen {
+
 namespace {
 
 struct Dot {
@@ -365,3 +367,5 @@ TEST(ViewerCanvasGL, edgesAreSmoothInTheSnapshotToo) {
             between += saved.pixelColor(x, y).red() > 30 && saved.pixelColor(x, y).red() < 225;
     EXPECT_GT(between, 300); // four sides of 190 pixels
 }
+
+} // namespace vorlen

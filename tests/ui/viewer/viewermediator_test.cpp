@@ -15,6 +15,8 @@
 #include "ui/viewer/viewerposepanel.h"
 #include "ui/widgets/qinputbox.h"
 
+namespace vorlen {
+
 namespace {
 
 class Viewer {
@@ -220,3 +222,5 @@ TEST(ShapeViewerAttributesEditor, tellsChangesAtOnceOrOnApply) {
     EXPECT_EQ(check->text(), "Off");
     EXPECT_FALSE(editor.getAttributes().getVisibility());
 }
+
+} // namespace vorlen

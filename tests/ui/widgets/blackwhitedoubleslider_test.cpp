@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 /// A shown slider, and drags on it in pixels.
@@ -71,3 +73,5 @@ TEST_F(BlackWhiteDoubleSliderTest, theDiscsStandWhereTheLevelsAre) {
     EXPECT_LT(qGray(image.pixel(40, 5)), 60);
     EXPECT_GT(qGray(image.pixel(95, 5)), 200);
 }
+
+} // namespace vorlen

@@ -8,6 +8,8 @@
 #include "progress/progresssubject.h"
 #include "ui/widgets/vrlstatusbar.h"
 
+namespace vorlen {
+
 namespace {
 
 /// Work of 100 steps that looks at its cancel flag at each.
@@ -69,3 +71,5 @@ TEST(VRLStatusBar, showsTextsAndPercentagesAndEndsWithAMessage) {
     EXPECT_EQ(bar.message(), "done");
     EXPECT_LT(bar.progressBar().value(), 0);
 }
+
+} // namespace vorlen

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+namespace vorlen {
+
 namespace {
 
 /// Three rows and columns; cell (i, j) holds "ij", headers with a line feed.
@@ -51,3 +53,5 @@ TEST_F(VRLTableWidgetTest, everyOtherRowIsShadedAndNothingCanBeEdited) {
     table.setRowCount(0);
     table.setAlternateBackgroundColor();
 }
+
+} // namespace vorlen

@@ -14,6 +14,8 @@
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/vrlsplitter.h"
 
+namespace vorlen {
+
 TEST(QInputBox, sliderAndSpinBoxFollowEachOtherAndAChangeIsToldOnce) {
     QInputBox box("Zoom", nullptr, -10, 200, "%");
     QSignalSpy changes(&box, &QInputBox::valueChanged);
@@ -95,3 +97,5 @@ TEST(ColorSelector, aClickAsksForAColourAndACancelKeepsIt) {
     EXPECT_NEAR(shown.hue(), QColor(200, 100, 50).hue(), 6);
     EXPECT_GT(shown.saturation(), 100);
 }
+
+} // namespace vorlen
