@@ -6,34 +6,21 @@
 #include "cli/commandline.h"
 #include "cli/stackfile.h"
 #include "document/model.h"
-#include "document/modelitem.h"
-#include "document/modelproperties.h"
 #include "export/stackexporter.h"
 #include "numerics/exception.h"
+#include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
-#include "shapes/curvestack.h"
 
 namespace vorlen {
 
 namespace {
 
-/// Why a model gives no surface, or an empty text when it gives one. Names become parts of file names, so a name with
-/// a directory separator must not lead out of the directory.
+/// Why a model is left out, or an empty text. Names become parts of file names, so a name with a directory separator
+/// must not lead out of the directory.
 std::string obstacle(const Model& model, const StackReconstruction<float>& reconstruction) {
     if (model.getName().find('/') != std::string::npos)
         return "its name holds a '/', which a file name can't";
-    if (model.getProperties().getGeometry() == PolypointPrimitive)
-        return "points have no surface";
-    if (model.getNumItems() == 0)
-        return "it has no contours";
-    for (int i = 0; i < model.getNumItems(); ++i)
-        if (model.getItem(i).getSize() < 2)
-            return "a contour has fewer than two vertices";
-    const auto shape = reconstruction.apply(model);
-    const auto* curves = dynamic_cast<const CurveStack<float>*>(shape.get());
-    if (curves != nullptr && curves->isBranching())
-        return "it has several contours on one slice";
-    return "";
+    return ModelSurface<float>(model, reconstruction).reason();
 }
 
 int exportStack(const StackFile& file, const std::string& directory, bool overwrite) {

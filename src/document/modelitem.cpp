@@ -36,11 +36,6 @@ double squaredDistance(const Vector<int>& p, const Vector<int>& q) {
     return x * x + y * y;
 }
 
-MPrimitive geometryOf(const Model* model) {
-    return model != nullptr && model->getProperties().definesGeometry() ? model->getProperties().getGeometry()
-                                                                        : UnknownPrimitive;
-}
-
 /// Coordinates of a polygon, one vertex after the other.
 struct Outline {
     explicit Outline(const Vertices<int>& vertices) {
@@ -141,13 +136,18 @@ void ModelItem::setProperties(const ModelItemProperties& properties) {
     __properties = properties;
 }
 
+MPrimitive ModelItem::getGeometry() const {
+    return __model != nullptr && __model->getProperties().definesGeometry() ? __model->getProperties().getGeometry()
+                                                                            : UnknownPrimitive;
+}
+
 bool ModelItem::isConnected() const {
-    const MPrimitive geometry = geometryOf(__model);
+    const MPrimitive geometry = getGeometry();
     return geometry == PolygonPrimitive || geometry == PolylinePrimitive;
 }
 
 bool ModelItem::isClosed() const {
-    return geometryOf(__model) == PolygonPrimitive;
+    return getGeometry() == PolygonPrimitive;
 }
 
 void ModelItem::setVertices(const Vertices<int>& vertices) {
@@ -319,7 +319,7 @@ int ModelItem::findNearVertex(const Vector<int>& point, float tolerance) const {
     if (!isNear(point, tolerance))
         return -1;
     const int n = getSize();
-    switch (geometryOf(__model)) {
+    switch (getGeometry()) {
     case PolypointPrimitive:
         for (int i = 0; i < n; ++i)
             if (squaredDistance(__vertices[i], point) <= double(tolerance) * tolerance)
@@ -342,7 +342,7 @@ int ModelItem::findNearVertex(const Vector<int>& point, float tolerance) const {
 
 int ModelItem::findInsertion(const Vector<int>& point, float tolerance) const {
     const int n = getSize();
-    const MPrimitive geometry = geometryOf(__model);
+    const MPrimitive geometry = getGeometry();
     if (geometry == PolypointPrimitive)
         return n;
     if (geometry == UnknownPrimitive || !isNear(point, tolerance))

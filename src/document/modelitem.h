@@ -5,6 +5,7 @@
 
 #include "document/modelitemproperties.h"
 #include "document/modelitemselection.h"
+#include "document/modelproperties.h"
 #include "shapes/boundingbox.h"
 #include "shapes/vertices.h"
 
@@ -55,6 +56,9 @@ public:
     void setProperties(const ModelItemProperties& properties);
     ModelItemProperties& getProperties() { return __properties; }
     const ModelItemProperties& getProperties() const { return __properties; }
+
+    /// That of the model; unknown without a model, or when the model defines none.
+    MPrimitive getGeometry() const;
 
     /// Whether successive vertices are joined: polygons and polylines. False without a model.
     bool isConnected() const;

@@ -6,6 +6,10 @@ namespace vorlen {
 
 using optionalproperties::defined;
 
+int leastNumVertices(MPrimitive geometry) {
+    return geometry == PolygonPrimitive ? 3 : geometry == PolypointPrimitive ? 1 : 2;
+}
+
 void ModelProperties::setGeometry(MPrimitive geometry) {
     __geometry = geometry;
 }

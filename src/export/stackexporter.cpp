@@ -9,9 +9,8 @@
 #include "document/stack.h"
 #include "files/safefile.h"
 #include "numerics/exception.h"
-#include "reconstruction/emptylevels.h"
+#include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
-#include "shapes/curvestack.h"
 #include "shapes/quadmesh.h"
 #include "shapes/trimesh.h"
 
@@ -41,8 +40,7 @@ void StackExporter::export2AsciiSTL(const Stack& stack, const std::string& direc
 
 void StackExporter::export2AsciiSTL(const Model& model, StackReconstruction<float>& reconstruction,
                                     const std::string& directory, const std::string& prefix, bool overwrite) {
-    const ModelProperties& properties = model.getProperties();
-    if (properties.getGeometry() == PolypointPrimitive)
+    if (model.getProperties().getGeometry() == PolypointPrimitive)
         return;
     const std::string file = (prefix.empty() ? std::string() : prefix + "-") + model.getName();
     const std::string base = (directory.empty() ? std::string() : directory + "/") + file;
@@ -52,30 +50,23 @@ void StackExporter::export2AsciiSTL(const Model& model, StackReconstruction<floa
     if (!overwrite)
         refuseExisting(stlName);
 
-    const std::unique_ptr<Shape<float>> shape = reconstruction.apply(model);
-    auto* curves = dynamic_cast<CurveStack<float>*>(shape.get());
-    if (curves == nullptr)
+    const ModelSurface<float> contours(model, reconstruction);
+    const ModelSurface<float>::MeshSize size = contours.getMeshSize(model.getProperties());
+    if (!contours.exists() || size.isEmpty())
         return;
-    removeEmptyLevels(*curves);
-    if (curves->getHeight() == 0 || curves->isBranching())
-        return;
-    const long long rows = curves->getHeight() > 1 ? properties.getQuadMeshHeight() : 1;
-    const long long columns = properties.getQuadMeshWidth();
-    if (rows == 0 || columns == 0)
-        return;
-    if (rows > maxNumVertices || columns > maxNumVertices || rows * columns > maxNumVertices)
+    if (size.exceeds(maxNumVertices))
         throw FileWriteError(where, "The mesh is to have too many vertices", stlName);
     if (!overwrite)
         refuseExisting(meshName);
 
-    QuadMesh<float> mesh(3, static_cast<int>(rows), static_cast<int>(columns), 0, 0, curves->isOpen());
-    curves->resample(mesh);
-    TriMesh<float> surface = mesh.toTriMesh(false);
+    const std::unique_ptr<QuadMesh<float>> mesh =
+        contours.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));
+    TriMesh<float> surface = mesh->toTriMesh(false);
     surface.setName(model.getName());
     std::ostringstream text;
     text.imbue(std::locale::classic());
     surface.export2AsciiSTL(text);
-    mesh.save(meshName, overwrite);
+    mesh->save(meshName, overwrite);
     if (!SafeFile::save(stlName, text.str()))
         throw FileWriteError(where, "The file cannot be opened for writing", stlName);
 }

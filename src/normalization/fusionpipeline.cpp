@@ -10,11 +10,12 @@
 #include "normalization/globalshapesetgroupregistration.h"
 #include "normalization/principalaxesshaperegistration.h"
 #include "normalization/resamplingsearch.h"
-#include "normalization/surfaceinstance.h"
 #include "normalization/targetshapesetgroupregistration.h"
 #include "normalization/targetshapesetgroupwarping.h"
 #include "numerics/exception.h"
 #include "progress/progresschain.h"
+#include "reconstruction/modelsurface.h"
+#include "reconstruction/stackreconstruction.h"
 #include "shapes/quadmesh.h"
 #include "shapes/shapeset.h"
 
@@ -268,7 +269,7 @@ void FusionPipeline<T>::addStructure(ShapeSet<T>& set, const Stack& stack, const
     const Model* model = place < 0 || !hasVertices(stack.getModel(place)) ? nullptr : &stack.getModel(place);
     std::unique_ptr<CurveStack<T>> curves;
     if (model) {
-        curves = surfaceInstance(reconstruction, *model);
+        curves = ModelSurface<T>(*model, reconstruction).takeContours();
     }
     const auto add = [&](std::unique_ptr<Shape<T>> shape, bool reference) {
         if (shape) {

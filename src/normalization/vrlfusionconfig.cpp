@@ -4,7 +4,8 @@
 
 #include "document/modelitem.h"
 #include "document/stack.h"
-#include "normalization/surfaceinstance.h"
+#include "reconstruction/modelsurface.h"
+#include "reconstruction/stackreconstruction.h"
 
 namespace vorlen {
 
@@ -65,7 +66,7 @@ VRLFusionConfig<T>::surfaceStructureInstances(const std::vector<const Stack*>& s
             continue;
         }
         const StackReconstruction<T> reconstruction(*stack);
-        if (auto curves = surfaceInstance(reconstruction, stack->getModel(place))) {
+        if (auto curves = ModelSurface<T>(stack->getModel(place), reconstruction).takeContours()) {
             instances.push_back(std::move(curves));
         }
     }

@@ -7,8 +7,7 @@
 #include "document/modelitem.h"
 #include "document/stack.h"
 #include "numerics/exception.h"
-#include "reconstruction/curvestacktriangulation.h"
-#include "reconstruction/emptylevels.h"
+#include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
 
 namespace vorlen {
@@ -82,6 +81,7 @@ void ModelMorphometry::clear() {
     __isobarycenter.setZeros(3);
     __area = 0;
     __volume = 0;
+    __reason.clear();
     __mainAxesLengths.setZeros(3);
     __mainAxes.setZeros(3, 3);
     __matchingCoordinateAxes.setZeros(3);
@@ -107,21 +107,19 @@ void ModelMorphometry::run() {
 
     const Stack& stack = *firstSlice->getStack();
     const StackReconstruction<double> reconstruction(stack);
-    const std::unique_ptr<Shape<double>> shape = reconstruction.apply(*__model);
-    __isobarycenter = shape->cog();
-    findMainAxes(*shape, __mainAxesLengths, __mainAxes);
+    const ModelSurface<double> surface(*__model, reconstruction);
+    __isobarycenter = surface.getShape().cog();
+    findMainAxes(surface.getShape(), __mainAxesLengths, __mainAxes);
     __matchingCoordinateAxes = nearestCoordinateAxes(__mainAxes);
 
-    const MPrimitive geometry = __model->getProperties().getGeometry();
-    if (geometry == PolypointPrimitive)
+    if (surface.getKind() == SurfaceKind::Points)
         return;
-    auto& curves = static_cast<CurveStack<double>&>(*shape);
-    removeEmptyLevels(curves);
-    if (simpleCurveStack(curves))
-        __area = CurveStackTriangulation<double>(curves, 2).getTriMesh().area();
+    __reason = surface.reason();
+    if (surface.exists())
+        __area = surface.tile(2).area();
     else
         __area = __volume = notAvailable;
-    if (geometry == PolygonPrimitive)
+    if (__model->getProperties().getGeometry() == PolygonPrimitive)
         __volume = cylinderVolume(stack, *__model, reconstruction);
 }
 
@@ -130,17 +128,7 @@ double ModelMorphometry::getEquivRadius() const {
 }
 
 bool ModelMorphometry::simpleCurveStack(const CurveStack<double>& stack) const {
-    // Empty levels have no height; they are neighbours of nothing.
-    const Vector<double>* before = nullptr;
-    for (int l = 0; l < stack.getHeight(); ++l) {
-        if (stack[l].getNumVertices() == 0)
-            continue;
-        const Vector<double>* first = &stack[l][0];
-        if (before != nullptr && (*before)[2] == (*first)[2])
-            return false;
-        before = first;
-    }
-    return true;
+    return !stack.isBranching();
 }
 
 } // namespace vorlen

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "numerics/squarematrix.h"
 #include "numerics/vector.h"
 #include "shapes/curvestack.h"
@@ -11,7 +13,7 @@ class Model;
 /// Measures a whole model in world coordinates, in double precision, from the document as it stands at run().
 ///
 /// The area of a polygon or polyline model is that of the surface tiled between successive contours, without caps; it
-/// is -1, not available, where two contours stand on one slice. The volume of a polygon model is that of a stack of
+/// is -1, not available, where ModelSurface finds none. The volume of a polygon model is that of a stack of
 /// flat cylinders: the signed area of a slice's contours reaches up to the next slice that has some, the last one by
 /// that slice's relative position. It needs no tiling, so it is reported for models with several contours on a slice
 /// as well.
@@ -32,6 +34,9 @@ public:
     double getArea() const { return __area; }
     double getVolume() const { return __volume; }
 
+    /// Why there is no area, as a clause for a sentence; empty when there is one.
+    const std::string& getReason() const { return __reason; }
+
     /// Radius of the sphere of the same volume.
     double getEquivRadius() const;
 
@@ -47,7 +52,7 @@ public:
     /// For each main axis the coordinate axis (0, 1, 2) along which its component is largest.
     const Vector<int>& getMatchingCoordinateAxes() const { return __matchingCoordinateAxes; }
 
-    /// True when no two successive levels stand at the same height (z of their first vertices).
+    /// True when the stack is not branching.
     bool simpleCurveStack(const CurveStack<double>& stack) const;
 
 private:
@@ -57,6 +62,7 @@ private:
     Vector<double> __isobarycenter;
     double __area = 0;
     double __volume = 0;
+    std::string __reason;
     Vector<double> __mainAxesLengths;
     SquareMatrix<double> __mainAxes;
     Vector<int> __matchingCoordinateAxes;

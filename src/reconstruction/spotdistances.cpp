@@ -3,9 +3,9 @@
 #include "document/model.h"
 #include "document/stack.h"
 #include "numerics/exception.h"
-#include "reconstruction/emptylevels.h"
+#include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
-#include "shapes/quadmesh.h"
+#include "shapes/vertexiterator.h"
 
 namespace vorlen {
 
@@ -20,30 +20,19 @@ const Model& modelOf(const Stack& stack, const std::string& name) {
     return stack.getModel(place);
 }
 
-template <class Visitor>
-void forVertices(const Shape<double>& shape, const Visitor& visit) {
-    if (const auto* levels = dynamic_cast<const VertexStack<double>*>(&shape))
-        for (int k = 0; k < levels->getHeight(); ++k)
-            for (int v = 0; v < (*levels)[k].getNumVertices(); ++v)
-                visit((*levels)[k][v]);
-}
-
 } // namespace
 
 std::vector<double> spotDistances(const Stack& stack, const std::string& surface, const std::string& spots) {
     const StackReconstruction<double> reconstruction(stack);
-    const auto outlines = reconstruction.apply(modelOf(stack, surface));
-    const auto points = reconstruction.apply(modelOf(stack, spots));
-    auto* curves = dynamic_cast<CurveStack<double>*>(outlines.get());
-    if (curves == nullptr)
-        throw UsageError(where, "Its model \"" + surface + "\" holds points, which have no surface");
-    removeEmptyLevels(*curves);
-    if (curves->getHeight() == 0)
-        throw UsageError(where, "Its model \"" + surface + "\" has no outlines");
-    const TriMesh<double> mesh = curves->resample(50, 100).toTriMesh(true);
+    const ModelSurface<double> outlines(modelOf(stack, surface), reconstruction);
+    const ModelSurface<double> points(modelOf(stack, spots), reconstruction);
+    if (!outlines.exists())
+        throw UsageError(where, "Its model \"" + surface + "\" has no surface to measure from: " + outlines.reason());
+    const TriMesh<double> mesh = outlines.resample(50, 100)->toTriMesh(true);
     std::vector<double> distances;
     Vector<double> closest(3);
-    forVertices(*points, [&](const Vector<double>& spot) { distances.push_back(mesh.closestPoint(spot, closest)); });
+    for (ConstVertexIterator<double> spot(points.getShape()); spot.current(); ++spot)
+        distances.push_back(mesh.closestPoint(*spot.current(), closest));
     if (distances.empty())
         throw UsageError(where, "Its model \"" + spots + "\" has no points");
     return distances;

@@ -120,15 +120,14 @@ void CurveStack<T>::setOpen(bool open) {
 
 template <class T>
 bool CurveStack<T>::isBranching() const {
-    for (int l = 1; l < this->getHeight(); ++l) {
-        const Curve<T>& below = level(l - 1);
-        const Curve<T>& here = level(l);
-        if (below.getSize() == 0 || here.getSize() == 0 || below.getSpace() < 3 || here.getSpace() < 3) {
+    const Vector<T>* below = nullptr;
+    for (int l = 0; l < this->getHeight(); ++l) {
+        if (level(l).getSize() == 0 || level(l).getSpace() < 3)
             continue;
-        }
-        if (below[0][2] == here[0][2]) {
+        const Vector<T>& here = level(l)[0];
+        if (below != nullptr && (*below)[2] == here[2])
             return true;
-        }
+        below = &here;
     }
     return false;
 }

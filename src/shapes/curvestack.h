@@ -60,7 +60,7 @@ public:
     const Curve<T>& getLastCurve() const { return level(this->getHeight() - 1); }
 
     /// Two levels in a row lie on the same Z (component 2 of their first vertices). Empty levels, and those of the
-    /// plane, lie nowhere.
+    /// plane, lie nowhere: they are passed over.
     bool isBranching() const;
 
     /// A mesh of height levels of width vertices with this stack's closure, filled by resample(mesh).

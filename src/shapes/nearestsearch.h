@@ -1,44 +1,79 @@
 #pragma once
 
+#include <cstddef>
+#include <type_traits>
 #include <vector>
-
-#include "shapes/shapearithmetic.h"
 
 namespace vorlen {
 
-/// Nearest of n points, with the results of a comparison with all of them in order: of several at the same distance the
-/// lowest rank wins. Distances that are no numbers count as infinite.
+template <class T>
+class Vertices;
+
+/// Tree of points that finds those nearest to a point: what KDTree and all nearest-neighbour operations of shapes
+/// search in.
 ///
-/// A tree of median splits with small leaves over a copy of the coordinates; n log n to build, about log n a query.
+/// The points are halved at the median of the axis along which they extend most until a few are left, a leaf. The shape
+/// of the tree follows from the number of points alone, so that a node is only an axis and the two ends of the gap
+/// between its halves; coordinates are copied in the order of the leaves. Building takes O(n log n), a query O(log n)
+/// for well spread points, and memory is the coordinates and an int for each point. Queries compare squared distances,
+/// never a root. Source: J. H. Friedman, J. L. Bentley, R. A. Finkel, An algorithm for finding best matches in
+/// logarithmic expected time, 1977; S. Arya, D. M. Mount, Algorithms for fast vector quantization, 1993, for the
+/// distance to a cell.
+///
+/// Distances are formed in the type of the coordinates, as Vector::sdistance() does, in double for int. A distance that
+/// is no number counts as infinite. Instantiated for int, float, double and long double.
 template <class T>
 class NearestSearch {
 public:
-    using Wide = WideCoordinate<T>;
-    /// Distances are formed in the type of the coordinates, as Vector::sdistance() does, in double for int.
     using Distance = std::conditional_t<std::is_integral_v<T>, double, T>;
 
-    /// coordinates: n points of space numbers each, one after the other.
+    /// No points.
+    NearestSearch() = default;
+
+    /// coordinates: n points of space numbers each, one after the other, numbered in this order from 0.
     NearestSearch(const T* coordinates, int n, int space);
 
-    /// Rank of the nearest point but the excluded rank (-1 for none), and its squared distance; -1 without any.
+    /// The vertices of the list, numbered as on their server.
+    explicit NearestSearch(const Vertices<T>& vertices);
+
+    int getSize() const { return int(__numbers.size()); }
+    int getSpace() const { return __space; }
+
+    /// Number of the nearest point but the excluded one (-1 for none), and its squared distance; -1 without any. Of
+    /// several at the same distance the lowest number wins, as in a comparison with all in order.
     int nearest(const T* point, int excluded, Distance& squaredDistance) const;
 
+    /// Writes the numbers of the k nearest points, the nearest first; of several at the same distance any. k is within
+    /// 0 and getSize().
+    void nearest(const T* point, int k, int* numbers) const;
+
 private:
+    /// The two halves along the axis: the first ends at low, the second begins at high.
     struct Node {
-        int first;
-        int last;
-        int axis; // -1 for a leaf
-        int right;
-        Distance split;
+        T low;
+        T high;
+        int axis;
     };
 
-    int build(int first, int last, const std::vector<Distance>& source);
-    void search(int node, const Distance* point, int excluded, int& best, Distance& bestDistance) const;
+    template <class RowOf>
+    void build(const RowOf& rowOf);
+    template <int Space, class RowOf>
+    void buildTree(const RowOf& rowOf);
+    template <class Item>
+    void split(std::size_t node, Item* items, int count, int space);
+    template <int Space, class Collector>
+    void search(Collector& collector, const T* point) const;
+    template <class Collector>
+    void search(Collector& collector, const T* point) const;
 
-    int __space;
-    std::vector<int> __ranks;
-    std::vector<Distance> __points; // in the order of __ranks
+    int __space = 0;
+    /// Children of node n are 2n + 1 and 2n + 2.
     std::vector<Node> __nodes;
+    /// Numbers and coordinates of the points, in the order of the leaves.
+    std::vector<int> __numbers;
+    std::vector<T> __points;
+    std::vector<T> __lower;
+    std::vector<T> __upper;
 };
 
 } // namespace vorlen

@@ -42,6 +42,18 @@ TEST(SpotDistances, areThoseToTheWallsSliceBySlice) {
         EXPECT_NEAR(found[k], expected[k], 1e-9) << k;
 }
 
+// A surface through both outlines of a slice in turn would pass by a spot between them at a distance of 0.
+TEST(SpotDistances, areRefusedWhereSeveralContoursStandOnASlice) {
+    Stack stack;
+    makeCell(stack);
+    for (int k = 0; k < 4; ++k)
+        addItem(stack.getModel(0), stack.getSlice(k), {{120, 0}, {140, 0}, {140, 20}, {120, 20}});
+    Model& spots = addModel(stack, "spots", PolypointPrimitive);
+    addItem(spots, stack.getSlice(1), {{60, 10}, {80, 10}}); // 40 from the nearer wall
+    EXPECT_EQ(refusal(stack),
+              "Its model \"cell\" has no surface to measure from: it has several contours on one slice");
+}
+
 TEST(SpotDistances, tellWhatIsMissing) {
     Stack stack;
     EXPECT_EQ(refusal(stack), "It has no model \"cell\"");
@@ -52,11 +64,11 @@ TEST(SpotDistances, tellWhatIsMissing) {
     addItem(spots, stack.getSlice(0), {{1, 1}});
     EXPECT_EQ(refusal(stack), "");
     stack.getModel(0).getProperties().setGeometry(PolypointPrimitive);
-    EXPECT_EQ(refusal(stack), "Its model \"cell\" holds points, which have no surface");
+    EXPECT_EQ(refusal(stack), "Its model \"cell\" has no surface to measure from: points have no surface");
     stack.getModel(0).getProperties().setGeometry(PolygonPrimitive);
     for (int k = 0; k < 4; ++k)
         stack.getModel(0).getItem(k).setVertices(makeVertices({}));
-    EXPECT_EQ(refusal(stack), "Its model \"cell\" has no outlines");
+    EXPECT_EQ(refusal(stack), "Its model \"cell\" has no surface to measure from: it has no contours");
 }
 
 } // namespace vorlen

@@ -75,6 +75,11 @@ TEST(CurveStack, branchesWhereTwoLevelsInARowLieOnOneHeight) {
     EXPECT_TRUE(stack.isBranching());
     stack[3].translate(vectorOf<float>({0, 0, -2}));
     EXPECT_FALSE(stack.isBranching()); // equal, but not in a row
+    stack[2].setSize(0, false);
+    stack[1].setSize(0, false);
+    stack[3].translate(vectorOf<float>({0, 0, -2}));
+    EXPECT_EQ(stack[3][0][2], stack[0][0][2]);
+    EXPECT_TRUE(stack.isBranching()); // only empty levels between
     EXPECT_FALSE(CurveStack<float>().isBranching());
     EXPECT_FALSE((coneOf<float>({3}, steady).isBranching()));
     EXPECT_FALSE(CurveStack<float>(2, 2, 2, 0, 0, false).isBranching());

@@ -5,8 +5,6 @@
 
 namespace vorlen {
 
-class Model;
-class ModelMorphometry;
 class VRLStack;
 
 /// The measurements of a stack's models of one geometry in space: a row for each model, in the stack's order. Measured
@@ -27,11 +25,6 @@ public:
 
 private:
     void refresh();
-    void updateHeaders();
-    void updateContents();
-    void fillRow(int row, const ModelMorphometry& morphometry);
-    void setMeasure(int row, int column, double value);
-    QStringList headers() const;
 
     static constexpr MPrimitive noGeometry = MPrimitive(3);
 

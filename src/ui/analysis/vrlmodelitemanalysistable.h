@@ -1,13 +1,10 @@
 #pragma once
 
-#include "document/modelproperties.h"
 #include "ui/widgets/vrltablewidget.h"
 
 namespace vorlen {
 
 class Model;
-class ModelItem;
-class ModelItemGeometry;
 class VRLStack;
 
 /// The measurements of one model's items, each in its own slice: a row for each outline, or for each point of a point
@@ -39,16 +36,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void updateHeaders();
-    void updateContents();
-    void updateOutlines();
-    void updatePoints();
-    void fillOutlineRow(int row, const QString& slice, int rank, const ModelItemGeometry& geometry);
-    QStringList headers() const;
-    MPrimitive geometry() const;
-
     const VRLStack* __stack = nullptr;
-    const Model* __model = nullptr;
     QString __hint;
 };
 

@@ -16,12 +16,6 @@ public:
 
     /// The stack is seen only while this operation runs.
     void setStack(const VRLStack& stack);
-
-private:
-    void updateHeaders();
-    void updateContents();
-
-    const VRLStack* __stack = nullptr;
 };
 
 } // namespace vorlen

@@ -17,11 +17,9 @@ inline ModelItemProperties lookOf(const ModelItem& item) {
     return look;
 }
 
-/// The geometry of an item's model; that of a polyline for an item that has none.
-inline MPrimitive geometryOf(const ModelItem& item) {
-    const Model* model = item.getModel();
-    return model != nullptr && model->getProperties().definesGeometry() ? model->getProperties().getGeometry()
-                                                                        : PolylinePrimitive;
+/// The geometry that an item is drawn by: its own, or that of a polyline where it is unknown.
+inline MPrimitive drawnGeometryOf(const ModelItem& item) {
+    return item.getGeometry() == UnknownPrimitive ? PolylinePrimitive : item.getGeometry();
 }
 
 /// Of the filling of an item's symbols, from 0 to 1.

@@ -102,7 +102,7 @@ void VRLPainter::drawItem(const ModelItem& item) {
     }
     setPen(QPen(color, lineWidth, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
     setBrush(Qt::NoBrush);
-    switch (geometryOf(item)) {
+    switch (drawnGeometryOf(item)) {
     case PolygonPrimitive:
         drawPolygon(polygon);
         break;

@@ -113,7 +113,8 @@ std::vector<KeptPicture::Item> VRLSliceEditWidgetCanvas::presentItems() const {
         const ModelItemProperties look = lookOf(item);
         const QRect area = areaOf(item, look);
         if (!area.isEmpty())
-            items.push_back({item.getRevision(), look, geometryOf(item), opacityOf(item), item.getSelection(), area});
+            items.push_back(
+                {item.getRevision(), look, drawnGeometryOf(item), opacityOf(item), item.getSelection(), area});
     }
     return items;
 }

@@ -174,7 +174,7 @@ void VRLSliceWidgetCanvas::paintItem(const ModelItem& item, QPainter& painter) c
     if (!areaOf(item, look).intersects(paintedArea()))
         return;
     painter.save();
-    if (geometryOf(item) == PolypointPrimitive)
+    if (drawnGeometryOf(item) == PolypointPrimitive)
         paintPointsItem(item, look, painter);
     else
         paintContourItem(item, look, painter);
@@ -244,7 +244,7 @@ void VRLSliceWidgetCanvas::paintContourItem(const ModelItem& item, const ModelIt
     painter.setPen(pen);
     painter.setBrush(Qt::NoBrush);
     const QPolygon polygon = outlineOf(item);
-    if (geometryOf(item) == PolylinePrimitive)
+    if (drawnGeometryOf(item) == PolylinePrimitive)
         painter.drawPolyline(polygon);
     else
         painter.drawPolygon(polygon);

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace vorlen {
+
+class Model;
+class ModelItemGeometry;
+class ModelMorphometry;
+class Stack;
+
+/// A table of measurements as of the document when it was made: what its columns are called and mean, and its cells.
+/// Windows and programs show the same tables, each the columns that it wants.
+///
+/// A measurement that fails leaves the rest of the table as it is: its cells tell why, and so does getFailures().
+class MeasurementTable {
+public:
+    struct Column {
+        std::string name;        ///< "AverageX"
+        std::string key;         ///< in a file: "barycenter"; neighbours of one key are a list
+        std::string unit;        ///< "mm^2", or empty
+        std::string description; ///< a sentence for the reader, or empty
+        bool ranked = false;     ///< texts that have an order of their own, that of their slices
+    };
+
+    enum class CellKind : unsigned char { Text, Count, Number, Missing };
+
+    /// A row for each model of the stack, or of the list: Model, Geometry, Vertices, Contours, AverageX to AverageZ,
+    /// Area, Volume, EquivRadius, Axis1 to Axis3, in world coordinates.
+    static MeasurementTable ofModels(const Stack& stack);
+    static MeasurementTable ofModels(const Stack& stack, const std::vector<const Model*>& models);
+
+    /// A row for each item of the stack, or of the model, slice by slice: Model, Slice, Vertices, Length, Area,
+    /// AverageX, AverageY, Z, in the coordinates of the item's slice.
+    static MeasurementTable ofItems(const Stack& stack);
+    static MeasurementTable ofItems(const Stack& stack, const Model& model);
+
+    /// A row for each vertex of the model, slice by slice: Slice, X, Y, Z, in the coordinates of its slice.
+    static MeasurementTable ofPoints(const Stack& stack, const Model& model);
+
+    /// A row for each slice: Slice, Position, and for each model the number of its contours, or of its points.
+    static MeasurementTable ofSlices(const Stack& stack);
+
+    const std::vector<Column>& getColumns() const { return __columns; }
+    int getNumRows() const { return int(__cells.size() / __columns.size()); }
+
+    /// Places of the columns of these names. A name that there is not is left out.
+    std::vector<int> find(const std::vector<std::string>& names) const;
+
+    CellKind getKind(int row, int column) const { return cell(row, column).kind; }
+
+    /// A text, or why a measure is missing; empty for numbers.
+    const std::string& getText(int row, int column) const { return __texts[cell(row, column).text]; }
+
+    /// A count or a number; for a text of a ranked column its rank.
+    double getValue(int row, int column) const { return cell(row, column).value; }
+
+    /// A sentence for each row whose measurement failed: what and why.
+    const std::vector<std::string>& getFailures() const { return __failures; }
+
+private:
+    struct Cell {
+        double value = 0;
+        unsigned int text = 0; // place among the texts
+        CellKind kind = CellKind::Text;
+    };
+
+    explicit MeasurementTable(std::vector<Column> columns);
+
+    const Cell& cell(int row, int column) const {
+        return __cells[std::size_t(row) * __columns.size() + std::size_t(column)];
+    }
+    unsigned int addText(const std::string& text);
+    void addTextCell(unsigned int text, int rank = 0);
+    void addCount(int count);
+    void addNumber(double number);
+    void addMissing(unsigned int reason);
+    void addFailure(const std::string& what, const std::string& why);
+    void addModel(const ModelMorphometry& morphometry);
+    void addItem(const ModelItemGeometry& geometry);
+
+    template <class Includes>
+    static MeasurementTable ofItemsThat(const Stack& stack, const Includes& includes);
+
+    std::vector<Column> __columns;
+    std::vector<Cell> __cells; // row by row
+    std::vector<std::string> __texts;
+    std::vector<std::string> __failures;
+};
+
+} // namespace vorlen

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "shapes/curvestack.h"
+#include "shapes/quadmesh.h"
+#include "shapes/trimesh.h"
+
+namespace vorlen {
+
+class Model;
+class ModelProperties;
+template <class T>
+class StackReconstruction;
+
+/// What the contours of a model make in space.
+enum class SurfaceKind {
+    Points,    ///< a model of points: there is nothing to join
+    Empty,     ///< no contour has vertices
+    Outline,   ///< one contour: a surface without height
+    Simple,    ///< one contour on each of several heights
+    Branching, ///< several contours on one slice: which goes on with which is not told
+    Unspaced   ///< contours of different slices at one height
+};
+
+/// The road from a model to its surface: brings the contours into world coordinates, drops those without vertices,
+/// judges what they make, and joins them to a mesh or tells why there is none.
+///
+/// The one place for this: the view, exports, measurements, distances and normalizations differ only in the mesh that
+/// they ask for. A surface is of type Outline or Simple; it is open for polylines and has no caps.
+///
+/// Holds a copy of the contours; model and reconstruction are seen by the constructor alone. Instantiated for float,
+/// double and long double.
+template <class T>
+class ModelSurface {
+public:
+    /// Rows and columns of a mesh as a model asks for them, which may be any number.
+    struct MeshSize {
+        long long rows = 0;
+        long long columns = 0;
+
+        bool isEmpty() const { return rows == 0 || columns == 0; }
+        bool exceeds(long long most) const { return rows > most || columns > most || rows * columns > most; }
+    };
+
+    /// Reconstructs and judges the model. Throws UsageError when the reconstruction has no stack.
+    ModelSurface(const Model& model, const StackReconstruction<T>& reconstruction);
+
+    SurfaceKind getKind() const { return __kind; }
+
+    /// Whether there is a surface.
+    bool exists() const { return __kind == SurfaceKind::Outline || __kind == SurfaceKind::Simple; }
+
+    /// Why there is none, as a clause for a sentence: "it has several contours on one slice". Empty when there is one.
+    std::string reason() const;
+
+    /// The vertices in space, slice by slice. A CurveStack for all but points.
+    const VertexStack<T>& getShape() const { return *__shape; }
+
+    /// Gives the contours away, in the order of the slices; those on one slice follow each other. Null when there are
+    /// none; the surface is not to be used afterwards.
+    std::unique_ptr<CurveStack<T>> takeContours();
+
+    /// The size of the mesh that the properties of the model ask for, one row for one contour.
+    MeshSize getMeshSize(const ModelProperties& properties) const;
+
+    /// A mesh of the contours resampled to so many rows and columns. Throws UsageError, with the reason, when there is
+    /// no surface.
+    std::unique_ptr<QuadMesh<T>> resample(int rows, int columns) const;
+
+    /// The triangles through the contours' own vertices, by a method of CurveStackTriangulation; none for an Outline.
+    /// Throws as resample() does.
+    TriMesh<T> tile(int method) const;
+
+private:
+    SurfaceKind judge(const Model& model) const;
+    const CurveStack<T>& contours(const char* where) const;
+
+    std::unique_ptr<VertexStack<T>> __shape;
+    SurfaceKind __kind = SurfaceKind::Empty;
+};
+
+} // namespace vorlen

@@ -1,0 +1,103 @@
+#include "reconstruction/measurementtable.h"
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "support/documentmaker.h"
+
+namespace vorlen {
+
+namespace {
+
+using Kind = MeasurementTable::CellKind;
+
+std::string rowText(const MeasurementTable& table, int row, const std::vector<std::string>& names) {
+    std::string text;
+    for (const int column : table.find(names)) {
+        const Kind kind = table.getKind(row, column);
+        if (!text.empty())
+            text += ' ';
+        if (kind == Kind::Text)
+            text += table.getText(row, column);
+        else
+            text += kind == Kind::Missing ? "NA" : std::to_string(std::lround(table.getValue(row, column)));
+    }
+    return text;
+}
+
+/// Five slices, spaced by 10, with a closed tube of side 20, two outlines beside each other, a line, and points.
+struct MeasurementTableTest : ::testing::Test {
+    MeasurementTableTest() {
+        stack.setDefaultSliceSpacing(10);
+        addSlices(stack, 5);
+        stack.setLengthUnit(LengthUnit(-3));
+        Model& tube = addModel(stack, "tube");
+        for (const int slice : {3, 0}) // not in the order of the stack
+            addItem(tube, stack.getSlice(slice), {{0, 0}, {20, 0}, {20, 20}, {0, 20}});
+        Model& pair = addModel(stack, "pair", PolylinePrimitive);
+        for (int x : {0, 50})
+            addItem(pair, stack.getSlice(1), {{x, 0}, {x + 30, 0}});
+        addItem(addModel(stack, "dots", PolypointPrimitive), stack.getSlice(3), {{1, 2}, {3, 4}, {8, 6}});
+    }
+
+    Stack stack;
+};
+
+} // namespace
+
+TEST_F(MeasurementTableTest, hasARowForEachModelAndSaysWhyAMeasureIsMissing) {
+    const std::vector<std::string> names = {"Model", "Geometry", "Vertices", "Contours", "Area", "Volume"};
+    const MeasurementTable table = MeasurementTable::ofModels(stack);
+    ASSERT_EQ(table.getNumRows(), 3);
+    EXPECT_EQ(rowText(table, 0, names), "tube Polygon 8 2 2400 16000"); // 80 * 30; 400 * (30 + 10)
+    EXPECT_EQ(rowText(table, 1, names), "pair Polyline 4 2 NA NA");
+    EXPECT_EQ(rowText(table, 2, names), "dots Polypoint 3 1 0 0");
+    const int area = table.find({"Area"})[0];
+    EXPECT_EQ(table.getText(1, area), "Not available: it has several contours on one slice");
+    EXPECT_EQ(table.getColumns()[std::size_t(area)].unit, "mm^2");
+    EXPECT_TRUE(table.getFailures().empty());
+    const MeasurementTable some = MeasurementTable::ofModels(stack, {&stack.getModel(2)});
+    EXPECT_EQ(some.getNumRows(), 1);
+    EXPECT_EQ(rowText(some, 0, {"Model", "Nothing"}), "dots");
+}
+
+TEST_F(MeasurementTableTest, goesSliceBySliceThroughItemsPointsAndCounts) {
+    const std::vector<std::string> names = {"Model", "Slice", "Vertices", "Length", "Area", "AverageX", "Z"};
+    const MeasurementTable items = MeasurementTable::ofItems(stack);
+    ASSERT_EQ(items.getNumRows(), 5);
+    EXPECT_EQ(rowText(items, 0, names), "tube s0 4 80 400 10 0");
+    EXPECT_EQ(rowText(items, 2, names), "pair s1 2 30 0 65 10");
+    EXPECT_EQ(rowText(items, 4, names), "dots s3 3 0 0 4 30");
+    const MeasurementTable tube = MeasurementTable::ofItems(stack, stack.getModel(0));
+    ASSERT_EQ(tube.getNumRows(), 2);
+    EXPECT_EQ(rowText(tube, 1, names), "tube s3 4 80 400 10 30");
+    EXPECT_EQ(tube.getValue(1, 1), 3); // its slice's rank
+
+    const MeasurementTable points = MeasurementTable::ofPoints(stack, stack.getModel(2));
+    ASSERT_EQ(points.getNumRows(), 3);
+    EXPECT_EQ(rowText(points, 2, {"Slice", "X", "Y", "Z"}), "s3 8 6 30");
+
+    const MeasurementTable slices = MeasurementTable::ofSlices(stack);
+    ASSERT_EQ(slices.getNumRows(), 5);
+    const std::vector<std::string> counts = {"Slice", "Position", "tube", "pair", "dots"};
+    EXPECT_EQ(rowText(slices, 1, counts), "s1 10 0 2 0");
+    EXPECT_EQ(rowText(slices, 3, counts), "s3 30 1 0 3");
+}
+
+// One broken model leaves the others measured.
+TEST_F(MeasurementTableTest, tellsWhatFailedAndKeepsTheRest) {
+    auto* lost = new ModelItem; // the model owns it
+    Model& broken = addModel(stack, "broken");
+    lost->setModel(&broken);
+    lost->setVertices(makeVertices({{0, 0}, {1, 0}, {1, 1}}));
+    lost->attachToModel();
+    const MeasurementTable table = MeasurementTable::ofModels(stack);
+    ASSERT_EQ(table.getNumRows(), 4);
+    EXPECT_EQ(rowText(table, 3, {"Model", "Vertices", "Axis3"}), "broken NA NA");
+    EXPECT_EQ(rowText(table, 0, {"Model", "Vertices"}), "tube 8");
+    ASSERT_EQ(table.getFailures().size(), 1u);
+    EXPECT_EQ(table.getFailures()[0].rfind("model \"broken\": ", 0), 0u);
+}
+
+} // namespace vorlen
