@@ -8,6 +8,7 @@
 #include "cli/consolemonitor.h"
 #include "document/stackreader.h"
 #include "document/stackslice.h"
+#include "files/fileinfo.h"
 #include "images/files/imagesourcevoxelmatrixplane.h"
 #include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
@@ -77,6 +78,13 @@ int guarded(const std::string& task, const std::function<int()>& work) {
         std::cerr << "vorlen-cli: cannot " << task << ": " << failure.what() << '\n';
     }
     return ExitProblems;
+}
+
+bool mayWrite(const std::string& file, bool overwrite) {
+    if (overwrite || !FileInfo::isTaken(file))
+        return true;
+    std::cerr << "vorlen-cli: " << file << " exists already; --overwrite replaces it\n";
+    return false;
 }
 
 std::string shortNumber(double value) {

@@ -46,6 +46,9 @@ private:
 /// file error or that of problems.
 int guarded(const std::string& task, const std::function<int()>& work);
 
+/// False for a file that exists and is not to be overwritten, with a word about it on the standard error stream.
+bool mayWrite(const std::string& file, bool overwrite);
+
 /// The value as the tables for people show it: six significant digits.
 std::string shortNumber(double value);
 
