@@ -9,8 +9,6 @@
 #include "document/stackreader.h"
 #include "document/stackslice.h"
 #include "files/fileinfo.h"
-#include "images/files/imagesourcevoxelmatrixplane.h"
-#include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -32,23 +30,21 @@ StackFile::StackFile(const std::string& name, std::unique_ptr<Stack> stack) : __
     }
     reader.removeMonitor(monitor);
     if (__opened)
-        checkVolumes();
+        findFaults();
 }
 
-/// A volume shorter than its header says would read on in silence with zeros.
-void StackFile::checkVolumes() {
-    std::set<std::string> checked;
+/// Slices may share a file, and then its fault.
+void StackFile::findFaults() {
+    std::set<std::string> told;
     for (int i = 0; i < __stack->getNumSlices(); ++i) {
         const StackSlice& slice = __stack->getSlice(i);
         if (slice.isEmpty())
             continue;
-        const auto* source = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&slice.getImageSource());
-        if (source == nullptr || !checked.insert(source->getVoxelMatrixFilename()).second)
+        const std::string fault = slice.getImageSource().findFault();
+        if (fault.empty() || !told.insert(fault).second)
             continue;
-        if (!VoxelMatrixHeader::fileSizeMatchesHeader(source->getVoxelMatrixFilename())) {
-            __log.push_back(source->getVoxelMatrixFilename() + ": the file's length does not match its header");
-            ++__numFatalErrors;
-        }
+        __log.push_back(fault);
+        ++__numFatalErrors;
     }
 }
 

@@ -33,7 +33,7 @@ public:
     int report() const;
 
 private:
-    void checkVolumes();
+    void findFaults();
 
     std::string __name;
     std::unique_ptr<Stack> __stack;
