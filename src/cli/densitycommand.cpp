@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -132,12 +131,9 @@ int mapDensity(const Job& job) {
     std::vector<std::string> files = {job.base + ".vm"};
     for (std::size_t k = 0; k < job.levels.size() + job.percentiles.size(); ++k)
         files.push_back(surfaceName(job, k));
-    for (const std::string& file : files) {
-        if (!job.overwrite && std::filesystem::exists(file)) {
-            std::cerr << "vorlen-cli: " << file << " exists already; --overwrite replaces it\n";
+    for (const std::string& file : files)
+        if (!mayWrite(file, job.overwrite))
             return ExitFileError;
-        }
-    }
 
     const Grid<float> grid = gridFor(job);
     const std::unique_ptr<DensityEstimator<float>> estimator = estimatorFor(job);

@@ -11,26 +11,13 @@
 #include "document/modelproperties.h"
 #include "document/pose.h"
 #include "document/stackslice.h"
-#include "images/files/imagesourcefile.h"
-#include "images/files/imagesourcefilemosaic.h"
-#include "images/files/imagesourcevoxelmatrixplane.h"
 
 namespace vorlen {
 
 namespace {
 
-/// The file or files that a slice's image comes from, as text.
 std::string imageText(const StackSlice& slice) {
-    if (slice.isEmpty())
-        return "";
-    const ImageSource& source = slice.getImageSource();
-    if (const auto* file = dynamic_cast<const ImageSourceFile*>(&source))
-        return file->getFilename();
-    if (const auto* volume = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&source))
-        return volume->getVoxelMatrixFilename() + ":" + std::to_string(volume->getPlane());
-    if (const auto* mosaic = dynamic_cast<const ImageSourceFileMosaic*>(&source))
-        return "mosaic of " + std::to_string(mosaic->getRows()) + " x " + std::to_string(mosaic->getCols());
-    return "";
+    return slice.isEmpty() ? "" : slice.getImageSource().getName();
 }
 
 void writeJson(JsonWriter& json, const StackFile& file) {

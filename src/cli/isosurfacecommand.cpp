@@ -10,6 +10,7 @@
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
 #include "cli/stackfile.h"
+#include "files/fileinfo.h"
 #include "files/safefile.h"
 #include "images/files/voxelmatrixheader.h"
 #include "images/volumes/voxelmatrix.h"
@@ -117,19 +118,13 @@ TriMesh<float> surfaceOf(const std::string& file, const Request& request) {
     return surfaceOf<float, float>(file, request);
 }
 
-void refuseExisting(const std::string& file) {
-    std::error_code error;
-    if (std::filesystem::exists(std::filesystem::symlink_status(file, error)))
-        throw FileWriteError(command, "The file exists", file);
-}
-
 int writeSurface(const std::string& file, const Request& request) {
     const std::string name = std::filesystem::path(file).stem().string();
     const std::string base = (std::filesystem::path(request.directory) / name).string();
     const std::string meshFile = base + ".tm", stlFile = base + ".stl";
     if (!request.overwrite) {
-        refuseExisting(meshFile);
-        refuseExisting(stlFile);
+        FileInfo::requireFree(meshFile, command, "The file exists");
+        FileInfo::requireFree(stlFile, command, "The file exists");
     }
     TriMesh<float> mesh = surfaceOf(file, request);
     if (mesh.getNumTriangles() == 0)

@@ -266,8 +266,8 @@ int writeResults(const FusionPipeline<float>& pipeline, const Request& request) 
     const std::string summary = request.directory + "/summary.html";
     names.insert(summary);
     for (const std::string& name : names)
-        if (!request.overwrite && FileInfo::fileExists(name))
-            throw FileWriteError("writeResults", "The file exists; --overwrite replaces it", name);
+        if (!request.overwrite)
+            FileInfo::requireFree(name, "writeResults", "The file exists; --overwrite replaces it");
     for (const auto& [file, shape] : files) {
         shape->save(file, request.overwrite);
         std::cout << file << '\n';
@@ -343,7 +343,7 @@ int normalizeCommand(const QStringList& arguments) {
 
     if (!line.outputDirectory())
         return ExitFileError;
-    if (!request.overwrite && FileInfo::fileExists(request.directory + "/summary.html")) {
+    if (!request.overwrite && FileInfo::isTaken(request.directory + "/summary.html")) {
         complain("there is a normalization in " + request.directory + " already; --overwrite replaces it");
         return ExitFileError;
     }

@@ -94,10 +94,8 @@ int registerStack(StackFile& file, const std::string& directory, bool overwrite,
         std::cerr << "vorlen-cli: " << name << " is the stack itself: name another directory with --output\n";
         return ExitUsage;
     }
-    if (!overwrite && std::filesystem::exists(name)) {
-        std::cerr << "vorlen-cli: " << name << " exists already; --overwrite replaces it\n";
+    if (!mayWrite(name, overwrite))
         return ExitFileError;
-    }
     const TextTable table = registerSlices(stack, invert);
     if (!StackWriter().write(stack, name)) {
         std::cerr << "vorlen-cli: cannot write " << name << '\n';

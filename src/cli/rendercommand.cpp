@@ -1,6 +1,5 @@
 #include "cli/commands.h"
 
-#include <filesystem>
 #include <iostream>
 #include <optional>
 
@@ -79,11 +78,8 @@ int renderCommand(const QStringList& arguments) {
                                    .arg(smallest)
                                    .arg(largest)
                                    .arg(line.value("size")));
-    std::error_code error;
-    if (!line.isSet("overwrite") && std::filesystem::exists(std::filesystem::symlink_status(picture, error))) {
-        std::cerr << "vorlen-cli: " << picture << " exists already; --overwrite replaces it\n";
+    if (!mayWrite(picture, line.isSet("overwrite")))
         return ExitFileError;
-    }
     QStringList rendererArguments = {QFile::decodeName(files[0].c_str()), pictureName, QString::number(size->width()),
                                      QString::number(size->height())};
     if (line.isSet("pose"))

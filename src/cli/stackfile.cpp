@@ -8,8 +8,7 @@
 #include "cli/consolemonitor.h"
 #include "document/stackreader.h"
 #include "document/stackslice.h"
-#include "images/files/imagesourcevoxelmatrixplane.h"
-#include "images/files/voxelmatrixheader.h"
+#include "files/fileinfo.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -31,23 +30,21 @@ StackFile::StackFile(const std::string& name, std::unique_ptr<Stack> stack) : __
     }
     reader.removeMonitor(monitor);
     if (__opened)
-        checkVolumes();
+        findFaults();
 }
 
-/// A volume shorter than its header says would read on in silence with zeros.
-void StackFile::checkVolumes() {
-    std::set<std::string> checked;
+/// Slices may share a file, and then its fault.
+void StackFile::findFaults() {
+    std::set<std::string> told;
     for (int i = 0; i < __stack->getNumSlices(); ++i) {
         const StackSlice& slice = __stack->getSlice(i);
         if (slice.isEmpty())
             continue;
-        const auto* source = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&slice.getImageSource());
-        if (source == nullptr || !checked.insert(source->getVoxelMatrixFilename()).second)
+        const std::string fault = slice.getImageSource().findFault();
+        if (fault.empty() || !told.insert(fault).second)
             continue;
-        if (!VoxelMatrixHeader::fileSizeMatchesHeader(source->getVoxelMatrixFilename())) {
-            __log.push_back(source->getVoxelMatrixFilename() + ": the file's length does not match its header");
-            ++__numFatalErrors;
-        }
+        __log.push_back(fault);
+        ++__numFatalErrors;
     }
 }
 
@@ -77,6 +74,13 @@ int guarded(const std::string& task, const std::function<int()>& work) {
         std::cerr << "vorlen-cli: cannot " << task << ": " << failure.what() << '\n';
     }
     return ExitProblems;
+}
+
+bool mayWrite(const std::string& file, bool overwrite) {
+    if (overwrite || !FileInfo::isTaken(file))
+        return true;
+    std::cerr << "vorlen-cli: " << file << " exists already; --overwrite replaces it\n";
+    return false;
 }
 
 std::string shortNumber(double value) {

@@ -33,7 +33,7 @@ public:
     int report() const;
 
 private:
-    void checkVolumes();
+    void findFaults();
 
     std::string __name;
     std::unique_ptr<Stack> __stack;
@@ -45,6 +45,9 @@ private:
 /// Runs what may fail on a document: a failure is told with what was to be done, and becomes an exit status, that of a
 /// file error or that of problems.
 int guarded(const std::string& task, const std::function<int()>& work);
+
+/// False for a file that exists and is not to be overwritten, with a word about it on the standard error stream.
+bool mayWrite(const std::string& file, bool overwrite);
 
 /// The value as the tables for people show it: six significant digits.
 std::string shortNumber(double value);

@@ -23,9 +23,7 @@
 #include "document/standardsample.h"
 #include "files/fileinfo.h"
 #include "images/files/imagesourcefile.h"
-#include "images/files/imagesourcefilemosaic.h"
-#include "images/files/imagesourcevoxelmatrixplane.h"
-#include "images/files/voxelmatrixheader.h"
+#include "images/files/imagesourcekinds.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -81,6 +79,12 @@ void requireRegularFile(const std::string& name) {
     struct stat info;
     if (::stat(name.c_str(), &info) == 0 && !S_ISREG(info.st_mode))
         throw FileReadError("bool StackReader::read(...)", "Not a regular file", name);
+}
+
+void requireRegularFiles(const ImageStatement& statement) {
+    for (const ImageStatement::Argument& argument : statement.arguments)
+        if (const auto* file = std::get_if<std::string>(&argument))
+            requireRegularFile(*file);
 }
 
 /// The leading decimal number, 0 without one; beyond the range of int its nearest end.
@@ -158,20 +162,24 @@ bool isAbsolute(std::string_view path) {
     return !path.empty() && path.front() == '/';
 }
 
-/// The current slice's mosaic. The slice owns it; this reader has made it, and fills it in place: a copy for each tile
+/// The current slice's source. The slice owns it; this reader has made it, and fills it in place: a copy for each tile
 /// would make the cost of a mosaic quadratic.
-ImageSourceFileMosaic& currentMosaic(const StackIOContext& context) {
+ImageSource& currentImageSource(const StackIOContext& context) {
     const vorlen::StackSlice& slice = required(context.getSlice());
-    const ImageSource* source = nullptr;
     try {
-        source = &slice.getImageSource();
+        return const_cast<ImageSource&>(slice.getImageSource());
     } catch (const ProgramError&) {
         throw StackReader::ContextError();
     }
-    return required(const_cast<ImageSourceFileMosaic*>(dynamic_cast<const ImageSourceFileMosaic*>(source)));
 }
 
 } // namespace
+
+StackReader::StackReader() : StackReader(imageSourceKinds()) {
+}
+
+StackReader::StackReader(const std::vector<ImageSourceKind>& kinds) : __imageSourceKinds(kinds) {
+}
 
 bool StackReader::read(Stack& stack, const std::string& fileName) {
     const ClassicLocale locale;
@@ -189,7 +197,7 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
     context.setImagesPath(directoryOf(name));
     stack.setImagesPath(directoryOf(name));
     setFileFormatVersion(1.0f);
-    __mosaicPlacesLeft = (1LL << 20) + static_cast<long long>(text->size());
+    __placesLeft = (1LL << 20) + static_cast<long long>(text->size());
     __indexedStack = nullptr;
 
     const unsigned long long size = std::max<std::size_t>(text->size(), 1);
@@ -382,7 +390,6 @@ StackReader::Handler StackReader::handler(Keyword keyword) {
         table[FILLEDIN] = &StackReader::inputFilledIn;
         table[FIT] = &StackReader::inputFit;
         table[HIDDEN3D] = &StackReader::inputHidden3D;
-        table[IMAGE] = &StackReader::inputImage;
         table[ImagesPath] = &StackReader::inputImagesPath;
         table[AbsoluteImagesPathPolicy] = &StackReader::inputAbsoluteImagesPathPolicy;
         table[LASTSEGMENTEDSLICE] = &StackReader::inputLastSegmentedSlice;
@@ -412,15 +419,15 @@ StackReader::Handler StackReader::handler(Keyword keyword) {
         table[SAMPLECOORDS] = &StackReader::inputSampleCoords;
         table[SAMPLEVALUE] = &StackReader::inputSampleValue;
         table[SHIFT] = &StackReader::inputShift;
-        table[SLICE] = &StackReader::inputSlice;
         table[SliceSize1] = &StackReader::inputSliceSize;
         table[SliceSize2] = &StackReader::inputSliceSize;
         table[STACK] = &StackReader::inputStack;
-        table[StackIO::StackSlice] = &StackReader::inputStackSlice;
         table[STANDARDIMAGE] = &StackReader::inputStandardImage;
         table[THICKNESS] = &StackReader::inputThickness;
         table[TRANSPARENCY] = &StackReader::inputTransparency;
         table[VERTEXSYMBOL] = &StackReader::inputVertexSymbol;
+        for (const Keyword image : {SLICE, StackIO::StackSlice, IMAGE, UNKNOWN})
+            table[image] = &StackReader::inputImageStatement;
         return table;
     }();
     return handlers[keyword];
@@ -503,20 +510,88 @@ void StackReader::inputHidden3D(const Tokens& tokens, StackIOContext& context) {
     required(context.getModelItemProperties()).setRenderingVisibility(!toBool(tokens[1]));
 }
 
-void StackReader::inputImage(const Tokens& tokens, StackIOContext& context) {
-    requireArguments(tokens, 3);
-    ImageSourceFileMosaic& mosaic = currentMosaic(context);
-    const int row = toInt(tokens[1]), column = toInt(tokens[2]);
-    if (row < 1 || row > mosaic.getRows() || column < 1 || column > mosaic.getCols())
-        throw ArgValueError();
-    const std::string path = imagePath(tokens[3], context);
+/// Also of words that are no keyword of the format's own.
+void StackReader::inputImageStatement(const Tokens& tokens, StackIOContext& context) {
+    const ImageSourceKind& kind = imageSourceKind(tokens);
+    if (kind.make != nullptr)
+        beginSlice(kind, tokens, context);
+    else
+        addToImage(kind, tokens, context);
+}
+
+/// By the keyword and the number of arguments.
+const ImageSourceKind& StackReader::imageSourceKind(const Tokens& tokens) const {
+    bool known = false;
+    for (const ImageSourceKind& kind : __imageSourceKinds) {
+        if (kind.keyword != tokens.front())
+            continue;
+        known = true;
+        const std::size_t first = kind.make != nullptr ? 2 : 1;
+        if (tokens.size() == first + kind.arguments.size())
+            return kind;
+    }
+    if (!known)
+        throw KeywordError();
+    throw NumArgsError();
+}
+
+/// The statement with the whole path of its file. Throws ArgValueError.
+ImageStatement StackReader::imageStatement(const ImageSourceKind& kind, const Tokens& tokens,
+                                           const StackIOContext& context) {
+    ImageStatement statement{kind.keyword, {}};
+    std::size_t token = tokens.size() - kind.arguments.size();
+    // What is made room for costs memory also where the product is 0.
+    long long product = 1, sum = 0;
+    for (const ImageSourceKind::Argument argument : kind.arguments) {
+        const std::string_view text = tokens[token++];
+        if (argument == ImageSourceKind::File) {
+            statement.arguments.emplace_back(imagePath(text, context));
+            continue;
+        }
+        const int number = argument == ImageSourceKind::Size ? toSize(text) : toInt(text);
+        statement.arguments.emplace_back(number);
+        if (argument == ImageSourceKind::Size) {
+            product *= number;
+            sum += number;
+            if (std::max(product, sum) > __placesLeft)
+                throw ArgValueError();
+        }
+    }
+    if (sum > 0)
+        __placesLeft -= std::max(product, sum);
+    return statement;
+}
+
+void StackReader::beginSlice(const ImageSourceKind& kind, const Tokens& tokens, StackIOContext& context) {
+    required(context.getStack());
+    const ImageStatement statement = imageStatement(kind, tokens, context);
+    std::unique_ptr<ImageSource> source;
     try {
-        requireRegularFile(path);
-        mosaic.setFilename(row - 1, column - 1, path);
+        requireRegularFiles(statement);
+        source = kind.make(statement);
+    } catch (const Exception&) {
+        addFatalError();
+        addSlice(tokens[1], nullptr, context);
+        throw;
+    }
+    addSlice(tokens[1], source.get(), context);
+}
+
+void StackReader::addToImage(const ImageSourceKind& kind, const Tokens& tokens, StackIOContext& context) {
+    ImageSource& source = currentImageSource(context);
+    const ImageStatement statement = imageStatement(kind, tokens, context);
+    bool taken = false;
+    try {
+        requireRegularFiles(statement);
+        taken = source.addStatement(statement);
+    } catch (const RangeError&) {
+        throw ArgValueError();
     } catch (const Exception&) {
         addFatalError();
         throw;
     }
+    if (!taken)
+        throw ContextError();
 }
 
 void StackReader::inputImagesPath(const Tokens& tokens, StackIOContext& context) {
@@ -752,34 +827,6 @@ void StackReader::inputShift(const Tokens& tokens, StackIOContext& context) {
     registration.setVerShift(toInt(tokens[2]));
 }
 
-void StackReader::inputSlice(const Tokens& tokens, StackIOContext& context) {
-    if (tokens.size() != 3 && tokens.size() != 4)
-        throw NumArgsError();
-    required(context.getStack());
-    if (tokens.size() == 4) {
-        const int rows = toSize(tokens[2]), columns = toSize(tokens[3]);
-        // Rows and columns cost memory also where their product is 0.
-        const long long places = std::max<long long>(1LL * rows * columns, 1LL * rows + columns);
-        if (places > __mosaicPlacesLeft)
-            throw ArgValueError();
-        __mosaicPlacesLeft -= places;
-        const ImageSourceFileMosaic source(rows, columns);
-        addSlice(tokens[1], &source, context);
-        return;
-    }
-    const std::string path = imagePath(tokens[2], context);
-    ImageSourceFile source;
-    try {
-        requireRegularFile(path);
-        source.setFilename(path);
-    } catch (const Exception&) {
-        addFatalError();
-        addSlice(tokens[1], nullptr, context);
-        throw;
-    }
-    addSlice(tokens[1], &source, context);
-}
-
 void StackReader::inputSliceSize(const Tokens& tokens, StackIOContext& context) {
     required(context.getSlice());
     requireArguments(tokens, 1);
@@ -788,26 +835,6 @@ void StackReader::inputSliceSize(const Tokens& tokens, StackIOContext& context) 
 void StackReader::inputStack(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
     required(context.getStack()).setName(toName(tokens[1]));
-}
-
-void StackReader::inputStackSlice(const Tokens& tokens, StackIOContext& context) {
-    requireArguments(tokens, 3);
-    required(context.getStack());
-    const std::string path = imagePath(tokens[2], context);
-    ImageSourceVoxelMatrixPlane source;
-    try {
-        requireRegularFile(path);
-        source.setVoxelMatrixFilename(path);
-        const int plane = toInt(tokens[3]);
-        if (plane < 0 || plane >= VoxelMatrixHeader::read(path).size3)
-            throw FileReadError("void StackReader::inputStackSlice(...)", "The voxel matrix has no such plane", path);
-        source.setPlane(plane);
-    } catch (const Exception&) {
-        addFatalError();
-        addSlice(tokens[1], nullptr, context);
-        throw;
-    }
-    addSlice(tokens[1], &source, context);
 }
 
 void StackReader::inputStandardImage(const Tokens& tokens, StackIOContext& context) {

@@ -15,6 +15,8 @@ class ImageSource;
 class Model;
 class Stack;
 class StackSlice;
+struct ImageSourceKind;
+struct ImageStatement;
 
 /// Reads a stack description file into a stack. One object reads one file.
 ///
@@ -49,6 +51,10 @@ public:
     /// The keyword and its arguments, as parts of the statement that they were split from.
     using Tokens = std::vector<std::string_view>;
 
+    /// A reader of the kinds of image source that the system has, or of these, which must outlive it.
+    StackReader();
+    explicit StackReader(const std::vector<ImageSourceKind>& kinds);
+
     /// Reads the file, whose name gets the suffix ".sdf" if it has another, into the stack. False when the file cannot
     /// be opened: the stack is then untouched. True otherwise; see getLog() and getNumFatalErrors() for the problems.
     /// The classic locale is the global one during the reading.
@@ -79,7 +85,7 @@ private:
     void inputFilledIn(const Tokens& tokens, StackIOContext& context);
     void inputFit(const Tokens& tokens, StackIOContext& context);
     void inputHidden3D(const Tokens& tokens, StackIOContext& context);
-    void inputImage(const Tokens& tokens, StackIOContext& context);
+    void inputImageStatement(const Tokens& tokens, StackIOContext& context);
     void inputImagesPath(const Tokens& tokens, StackIOContext& context);
     void inputAbsoluteImagesPathPolicy(const Tokens& tokens, StackIOContext& context);
     void inputLastSegmentedSlice(const Tokens& tokens, StackIOContext& context);
@@ -109,10 +115,8 @@ private:
     void inputSampleCoords(const Tokens& tokens, StackIOContext& context);
     void inputSampleValue(const Tokens& tokens, StackIOContext& context);
     void inputShift(const Tokens& tokens, StackIOContext& context);
-    void inputSlice(const Tokens& tokens, StackIOContext& context);
     void inputSliceSize(const Tokens& tokens, StackIOContext& context);
     void inputStack(const Tokens& tokens, StackIOContext& context);
-    void inputStackSlice(const Tokens& tokens, StackIOContext& context);
     void inputStandardImage(const Tokens& tokens, StackIOContext& context);
     void inputThickness(const Tokens& tokens, StackIOContext& context);
     void inputTransparency(const Tokens& tokens, StackIOContext& context);
@@ -120,11 +124,16 @@ private:
 
     void parseStatement(const Tokens& tokens, StackIOContext& context);
     bool scanOutline(const char*& cursor, const char* end);
+    const ImageSourceKind& imageSourceKind(const Tokens& tokens) const;
+    ImageStatement imageStatement(const ImageSourceKind& kind, const Tokens& tokens, const StackIOContext& context);
+    void beginSlice(const ImageSourceKind& kind, const Tokens& tokens, StackIOContext& context);
+    void addToImage(const ImageSourceKind& kind, const Tokens& tokens, StackIOContext& context);
     void addSlice(std::string_view name, const ImageSource* source, StackIOContext& context);
     std::string imagePath(std::string_view file, const StackIOContext& context) const;
     vorlen::StackSlice* findSlice(Stack& stack, const std::string& name);
     Model* findModel(Stack& stack, const std::string& name);
 
+    const std::vector<ImageSourceKind>& __imageSourceKinds;
     /// Names of the stack's slices and models as far as they have been looked at; the first of equals counts.
     std::unordered_map<std::string, vorlen::StackSlice*> __sliceNames;
     std::unordered_map<std::string, Model*> __modelNames;
@@ -133,8 +142,8 @@ private:
     int __numIndexedModels = 0;
     /// Coordinates of the outline that scanOutline() found; empty when the tokens hold them.
     std::vector<int> __outline;
-    /// Places for mosaic tiles that the rest of the file may still ask for.
-    long long __mosaicPlacesLeft = 1 << 20;
+    /// Places for parts of images that the rest of the file may still ask for.
+    long long __placesLeft = 1 << 20;
 };
 
 } // namespace vorlen

@@ -16,8 +16,6 @@
 #include "files/fileinfo.h"
 #include "files/safefile.h"
 #include "images/files/imagesourcefile.h"
-#include "images/files/imagesourcefilemosaic.h"
-#include "images/files/imagesourcevoxelmatrixplane.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
 #include "images/volumes/voxelmatrix.h"
@@ -116,25 +114,7 @@ void StackWriter::writeSlices(const Stack& stack) {
         const vorlen::StackSlice& slice = stack.getSlice(i);
         const ImageSource& source = slice.getImageSource();
         __text += '\n';
-        if (const auto* file = dynamic_cast<const ImageSourceFile*>(&source)) {
-            writeImagesPath(file->getFilename(), true);
-            __text += getString(SLICE) + " ";
-            appendString(slice.getName());
-            __text += ' ';
-            appendFile(file->getFilename(), true);
-            __text += endOfStatement;
-        } else if (const auto* mosaic = dynamic_cast<const ImageSourceFileMosaic*>(&source)) {
-            writeMosaic(slice, *mosaic);
-        } else if (const auto* plane = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&source)) {
-            writeImagesPath(plane->getVoxelMatrixFilename(), true);
-            __text += getString(StackIO::StackSlice) + " ";
-            appendString(slice.getName());
-            __text += ' ';
-            appendFile(plane->getVoxelMatrixFilename(), true);
-            __text += ' ';
-            append(plane->getPlane());
-            __text += endOfStatement;
-        }
+        writeImage(slice.getName(), source);
         statement(SliceSize1, source.getSize1());
         statement(SliceSize2, source.getSize2());
         if (!slice.useRelativePosition())
@@ -165,36 +145,33 @@ void StackWriter::writeSlices(const Stack& stack) {
     }
 }
 
-void StackWriter::writeMosaic(const Slice& slice, const ImageSourceFileMosaic& source) {
-    bool begun = false;
-    const auto begin = [&] {
-        begun = true;
-        __text += getString(SLICE) + " ";
-        appendString(slice.getName());
+/// The directory of the first file comes before the slice, those of others where they begin.
+void StackWriter::writeImage(const std::string& sliceName, const ImageSource& source) {
+    const std::vector<std::string> files = source.getFilenames();
+    if (!files.empty())
+        writeImagesPath(files.front(), true);
+    const ImageStatement begin = source.getStatement();
+    __text += begin.keyword + " ";
+    appendString(sliceName);
+    appendArguments(begin, true);
+    for (const ImageStatement& further : source.getFurtherStatements()) {
+        for (const ImageStatement::Argument& argument : further.arguments)
+            if (const auto* file = std::get_if<std::string>(&argument))
+                writeImagesPath(*file, false);
+        __text += further.keyword;
+        appendArguments(further, false);
+    }
+}
+
+void StackWriter::appendArguments(const ImageStatement& statement, bool quoted) {
+    for (const ImageStatement::Argument& argument : statement.arguments) {
         __text += ' ';
-        append(source.getRows());
-        __text += ' ';
-        append(source.getCols());
-        __text += endOfStatement;
-    };
-    for (int i = 0; i < source.getRows(); ++i)
-        for (int j = 0; j < source.getCols(); ++j) {
-            const std::string file = source.getFilename(i, j);
-            if (file.empty())
-                continue;
-            writeImagesPath(file, !begun);
-            if (!begun)
-                begin();
-            __text += getString(IMAGE) + " ";
-            append(i + 1);
-            __text += ' ';
-            append(j + 1);
-            __text += ' ';
-            appendFile(file, false);
-            __text += endOfStatement;
-        }
-    if (!begun)
-        begin();
+        if (const int* number = std::get_if<int>(&argument))
+            append(*number);
+        else
+            appendFile(std::get<std::string>(argument), quoted);
+    }
+    __text += endOfStatement;
 }
 
 void StackWriter::writeModels(const Stack& stack) {
@@ -315,9 +292,11 @@ void StackWriter::writeStandardImages(const Stack& stack) {
     for (int i = 0; i < stack.getNumCalibration(); ++i) {
         const StandardImage& image = stack.getStandardImage(i);
         std::string file = image.getFileName();
-        if (!image.isEmpty())
-            if (const auto* source = dynamic_cast<const ImageSourceFile*>(&image.getImageSource()))
-                file = source->getFilename();
+        if (!image.isEmpty()) {
+            const std::vector<std::string> files = image.getImageSource().getFilenames();
+            if (files.size() == 1)
+                file = files.front();
+        }
         __text += '\n';
         if (!file.empty())
             writeImagesPath(file, true);

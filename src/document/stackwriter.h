@@ -7,15 +7,14 @@
 namespace vorlen {
 
 class ImageSource;
-class ImageSourceFileMosaic;
 class Model;
 class ModelItem;
 class ModelItemProperties;
 class PixelCalibration;
-class Slice;
 class Stack;
 template <class T>
 class VoxelMatrix;
+struct ImageStatement;
 
 /// Writes a stack as a description file of version 1.03. One object writes one file.
 ///
@@ -58,7 +57,8 @@ private:
     void writeModel(const Model& model);
     void writeItem(const Model& model, const ModelItem& item);
     void writeColor(const ModelItemProperties& look);
-    void writeMosaic(const Slice& slice, const ImageSourceFileMosaic& source);
+    void writeImage(const std::string& sliceName, const ImageSource& source);
+    void appendArguments(const ImageStatement& statement, bool quoted);
     void writeImagesPath(const std::string& imageFile, bool emptyLine);
     std::string imagesPath(const std::string& imageFile);
 

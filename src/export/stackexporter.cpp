@@ -1,12 +1,12 @@
 #include "export/stackexporter.h"
 
-#include <filesystem>
 #include <locale>
 #include <memory>
 #include <sstream>
 
 #include "document/model.h"
 #include "document/stack.h"
+#include "files/fileinfo.h"
 #include "files/safefile.h"
 #include "numerics/exception.h"
 #include "reconstruction/modelsurface.h"
@@ -19,16 +19,6 @@ namespace vorlen {
 namespace {
 
 const char* const where = "void StackExporter::export2AsciiSTL(...)";
-
-bool exists(const std::string& file) {
-    std::error_code error;
-    return std::filesystem::exists(std::filesystem::symlink_status(file, error));
-}
-
-void refuseExisting(const std::string& file) {
-    if (exists(file))
-        throw FileWriteError(where, file + " : file exists", file);
-}
 
 } // namespace
 
@@ -48,7 +38,7 @@ void StackExporter::export2AsciiSTL(const Model& model, StackReconstruction<floa
     if (file.find('/') != std::string::npos)
         throw FileWriteError(where, "The name of the stack or of the model holds a \"/\"", stlName);
     if (!overwrite)
-        refuseExisting(stlName);
+        FileInfo::requireFree(stlName, where, stlName + " : file exists");
 
     const ModelSurface<float> contours(model, reconstruction);
     const ModelSurface<float>::MeshSize size = contours.getMeshSize(model.getProperties());
@@ -57,7 +47,7 @@ void StackExporter::export2AsciiSTL(const Model& model, StackReconstruction<floa
     if (size.exceeds(maxNumVertices))
         throw FileWriteError(where, "The mesh is to have too many vertices", stlName);
     if (!overwrite)
-        refuseExisting(meshName);
+        FileInfo::requireFree(meshName, where, meshName + " : file exists");
 
     const std::unique_ptr<QuadMesh<float>> mesh =
         contours.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "files/stringtools.h"
+#include "numerics/exception.h"
 
 namespace vorlen {
 
@@ -60,6 +61,16 @@ bool FileInfo::fileExists(const std::string& path) {
         return false;
     ::close(file);
     return true;
+}
+
+void FileInfo::requireFree(const std::string& path, const std::string& where, const std::string& what) {
+    if (isTaken(path))
+        throw FileWriteError(where, what, path);
+}
+
+bool FileInfo::isTaken(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(path, error));
 }
 
 std::string FileInfo::fileName(const std::string& path) {

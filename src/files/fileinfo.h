@@ -5,8 +5,8 @@
 
 namespace vorlen {
 
-/// Parts of a path, and operations on paths. The separator is "/". Nothing but fileExists() and relativePath() looks at
-/// the file system.
+/// Parts of a path, and operations on paths. The separator is "/". Only fileExists(), requireFree(),
+/// isTaken() and relativePath() look at the file system.
 class FileInfo {
 public:
     explicit FileInfo(const std::string& path);
@@ -21,6 +21,12 @@ public:
 
     /// Whether the file, or directory, opens for reading.
     static bool fileExists(const std::string& path);
+    /// Throws FileWriteError with this place and sentence when a file that may not be overwritten has the name, be it
+    /// one that cannot be read, or a link that leads nowhere.
+    static void requireFree(const std::string& path, const std::string& where,
+                            const std::string& what = "File already exists");
+    /// Whether requireFree() throws.
+    static bool isTaken(const std::string& path);
     /// What follows the last separator; empty for a path that ends in one.
     static std::string fileName(const std::string& path);
     /// File name up to its last point.

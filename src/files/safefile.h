@@ -23,8 +23,10 @@ public:
 
     bool isOpen() const { return __descriptor >= 0; }
 
-    /// Where the contents are to be written, from the start to the end. It stays this object's.
+    /// Where the contents are to be written, from the start to the end. It stays this object's. Only a file that is
+    /// beside the old one may be written in another order.
     int descriptor() const { return __descriptor; }
+    bool isBeside() const { return isOpen() && __way == Way::Beside; }
 
     /// Puts what was written in the place of the old file. Throws FileWriteError when the system refuses.
     void commit();

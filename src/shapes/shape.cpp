@@ -651,9 +651,8 @@ void Shape<T>::save(const std::string& file, bool overwrite) const {
     const std::string extension = extensionOfType[getShapeType()];
     const std::string name = FileInfo::suffixName(file) == extension ? file : file + "." + extension;
     const char* where = "void Shape::save(const string&,const bool) const";
-    if (!overwrite && FileInfo::fileExists(name)) {
-        throw FileWriteError(where, "File already exists", name);
-    }
+    if (!overwrite)
+        FileInfo::requireFree(name, where);
     saveText(name, where, [this](std::ostream& stream) { write(stream); });
 }
 
@@ -711,9 +710,8 @@ void Shape<T>::saveDeformations(const Shape& target, const std::string& file, bo
     if (getSpace() != target.getSpace() || getSize() != target.getSize()) {
         throw SizeError(where, "Space or size mismatch between shapes");
     }
-    if (!overwrite && std::ifstream(file)) {
-        throw FileWriteError(where, "File " + file + " already exists", file);
-    }
+    if (!overwrite)
+        FileInfo::requireFree(file, where, "File " + file + " already exists");
     saveText(file, where, [&](std::ostream& stream) {
         ShapeWriter writer(stream);
         ConstVertexIterator<T> other(target);

@@ -1,12 +1,21 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "numerics/vector.h"
+#include "values/imagestatement.h"
 
 namespace vorlen {
 
 class Colormap;
+class Image;
+class ImageReader;
 
 /// Where an image comes from, and what it will be like, without its pixels.
+///
+/// All that differs between the kinds of source is an operation of this class. A new kind is a class, with an operation
+/// that makes a source of its statement, and an entry in imageSourceKinds().
 class ImageSource {
 public:
     virtual ~ImageSource();
@@ -34,6 +43,33 @@ public:
 
     /// Height, then width.
     Vector<int> getSize() const;
+
+    /// What to call the image in a list of images.
+    virtual std::string getName() const = 0;
+
+    /// Reads header and pixels by this reader, to which the progress is reported and which is looked at for the wish to
+    /// cancel. Throws what the reader throws, and then leaves the image as it was.
+    virtual void read(ImageReader& reader, Image& image) const = 0;
+
+    /// The statement that begins a slice with this image.
+    virtual ImageStatement getStatement() const = 0;
+
+    /// The statements that follow, in their order; none for most kinds.
+    virtual std::vector<ImageStatement> getFurtherStatements() const;
+
+    /// Takes one of these in. False for a statement that this kind of source does not take. Throws RangeError for
+    /// numbers that the source has no place for, and what the reading of a header throws; the source then stays as it
+    /// was.
+    virtual bool addStatement(const ImageStatement& statement);
+
+    /// What is wrong with the files, in words, where it has not shown when their headers were read; empty for nothing.
+    virtual std::string findFault() const;
+
+    /// The files of the image, in the order of the statements.
+    std::vector<std::string> getFilenames() const;
+
+    /// Whether both are of the same size and have the same statements.
+    bool isSameImage(const ImageSource& other) const;
 
 protected:
     ImageSource() = default;

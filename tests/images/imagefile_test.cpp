@@ -353,7 +353,8 @@ TEST(ImageWriter, failedWriteLeavesNothingBehind) {
     } catch (const FileWriteError& error) {
         EXPECT_EQ(error.getWhat(), "Cannot open file for writing");
     }
-    EXPECT_THROW(ImageWriter().write(TestImages::ramp(4, 4, 8), folder.path(), true), FileWriteError);
+    for (const std::string& name : {folder.path(), std::string("/dev/null")})
+        EXPECT_THROW(ImageWriter().write(TestImages::ramp(4, 4, 8), name, true), FileWriteError);
     EXPECT_EQ(folder.numFiles(), 1);
 }
 

@@ -2,6 +2,7 @@
 #include "images/files/imagereader.h"
 #include "images/files/imagesourcefile.h"
 #include "images/files/imagesourcefilemosaic.h"
+#include "images/files/imagesourcekinds.h"
 #include "images/files/imagesourcevoxelmatrixplane.h"
 #include "images/rasters/image.h"
 #include "images/volumes/voxelmatrix.h"
@@ -10,7 +11,9 @@
 #include "support/temporaryfolder.h"
 #include "support/testimages.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <limits>
 #include <memory>
 
 namespace vorlen {
@@ -56,6 +59,46 @@ void expectError(Operation operation, const std::string& where, const std::strin
 }
 
 } // namespace
+
+// What a stack description holds of a source is all of it, and nothing is the image of another.
+TEST_F(ImageSources, eachKindIsMadeAgainOfItsStatements) {
+    VoxelMatrix<float> volume(2, 3, 2);
+    volume.setZeros();
+    volume.save(folder.file("v.vm"), false);
+    const auto file = std::make_shared<ImageSourceFile>();
+    file->setFilename(tile("a.tif", 3, 2));
+    const auto plane = std::make_shared<ImageSourceVoxelMatrixPlane>();
+    plane->setVoxelMatrixFilename(folder.file("v.vm"));
+    plane->setPlane(1);
+    const auto left = std::make_shared<ImageSourceFileMosaic>(1, 2),
+               right = std::make_shared<ImageSourceFileMosaic>(1, 2);
+    left->setFilename(0, 0, folder.file("a.tif"));
+    right->setFilename(0, 1, folder.file("a.tif"));
+    const std::vector<std::shared_ptr<ImageSource>> sources = {file, plane, left, right};
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        const ImageStatement statement = sources[i]->getStatement();
+        const auto kind = std::find_if(imageSourceKinds().begin(), imageSourceKinds().end(), [&](const auto& each) {
+            return each.keyword == statement.keyword && each.arguments.size() == statement.arguments.size();
+        });
+        ASSERT_NE(kind, imageSourceKinds().end());
+        const std::unique_ptr<ImageSource> again = kind->make(statement);
+        for (const ImageStatement& further : sources[i]->getFurtherStatements())
+            EXPECT_TRUE(again->addStatement(further));
+        EXPECT_EQ(again->getName(), sources[i]->getName());
+        for (std::size_t j = 0; j < sources.size(); ++j)
+            EXPECT_EQ(again->isSameImage(*sources[j]), i == j) << i << ", " << j;
+    }
+    EXPECT_EQ(plane->getName(), folder.file("v.vm") + ":1");
+    EXPECT_EQ(left->getName(), "mosaic of 1 x 2");
+    EXPECT_EQ(right->getFilenames(), std::vector<std::string>{folder.file("a.tif")});
+
+    EXPECT_EQ(plane->findFault(), "");
+    std::filesystem::resize_file(folder.file("v.vm"), std::filesystem::file_size(folder.file("v.vm")) - 4);
+    EXPECT_EQ(plane->findFault(), folder.file("v.vm") + ": the file's length does not match its header");
+    // The file has become another image under its name.
+    TestImages::uniform(9, 2, 8, 1).writeFile("a.tif", folder.path(), true);
+    EXPECT_FALSE(ImageSourceFile::make(file->getStatement())->isSameImage(*file));
+}
 
 TEST_F(ImageSources, emptyFileSourceKnowsNothing) {
     const ImageSourceFile source;
@@ -137,6 +180,7 @@ TEST_F(ImageSources, mosaicRefusesTilesThatDoNotGoWithTheOthers) {
     expectError<SizeError>(set(0, 1, high), where, "Incompatible image dimensions");
     expectError<SizeError>(set(1, 0, tile("w.tif", 9, 2)), where, "Incompatible image dimensions");
     EXPECT_THROW(mosaic.setFilename(2, 0, other), RangeError);
+    EXPECT_THROW(mosaic.addStatement({"IMAGE", {std::numeric_limits<int>::min(), 1, other}}), RangeError);
     EXPECT_THROW(mosaic.setFilename(1, 1, folder.file("missing.tif")), FileReadError);
     EXPECT_EQ(mosaic.getSize1(), 2);
     EXPECT_EQ(mosaic.getSize2(), 3);

@@ -85,6 +85,25 @@ TEST(FileInfo, aFileOrFolderThatOpensExists) {
     EXPECT_FALSE(FileInfo::fileExists(""));
 }
 
+TEST(FileInfo, aNameIsTakenAlsoByWhatCannotBeOpened) {
+    const Folder folder;
+    const std::string file = folder / "a", link = folder / "link";
+    EXPECT_NO_THROW(FileInfo::requireFree(file, "place"));
+    EXPECT_NO_THROW(FileInfo::requireFree(folder / "none/a", "place"));
+    std::filesystem::create_symlink("nowhere", link);
+    EXPECT_FALSE(FileInfo::fileExists(link));
+    EXPECT_TRUE(FileInfo::isTaken(link));
+    std::ofstream(file).put('x');
+    try {
+        FileInfo::requireFree(file, "place");
+        FAIL() << "nothing was thrown";
+    } catch (const FileWriteError& error) {
+        EXPECT_EQ(error.getWhere(), "place");
+        EXPECT_EQ(error.getWhat(), "File already exists");
+        EXPECT_EQ(error.getFile(), file);
+    }
+}
+
 TEST(FileInfo, tokensAreSimplified) {
     EXPECT_EQ((Strings{"a", "b"}), FileInfo::tokenize("//a///b/"));
     EXPECT_EQ((Strings{"b"}), FileInfo::tokenize("a/.././b"));

@@ -15,6 +15,9 @@ public:
     int getSize2() const override { return __columns; }
     int getDepth() const override { return 8; }
     const Colormap* getColormap() const override { return nullptr; }
+    std::string getName() const override { return "fixed"; }
+    void read(ImageReader&, Image&) const override {}
+    ImageStatement getStatement() const override { return {"FIXED", {__rows, __columns}}; }
 
 private:
     int __rows, __columns;

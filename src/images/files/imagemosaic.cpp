@@ -1,111 +1,186 @@
 #include "images/files/imagemosaic.h"
 
+#include "images/files/imagereader.h"
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
 
-#include <utility>
+#include <algorithm>
+#include <limits>
+#include <vector>
 
 namespace vorlen {
 
-ImageMosaic::ImageMosaic(int rows, int cols) : __items(rows, cols) {
+namespace {
+
+/// Stops at the greatest int, a size that no image can take.
+int sum(const Vector<int>& lengths) {
+    long long total = 0;
+    for (int i = 0; i < lengths.getSize(); ++i)
+        total += lengths[i];
+    return static_cast<int>(std::min<long long>(total, std::numeric_limits<int>::max()));
+}
+
+/// Where each row or column begins.
+std::vector<int> starts(const Vector<int>& lengths) {
+    std::vector<int> result;
+    int start = 0;
+    for (int i = 0; i < lengths.getSize(); start += lengths[i++])
+        result.push_back(start);
+    return result;
+}
+
+} // namespace
+
+ImageMosaic::ImageMosaic(int rows, int cols) {
+    constexpr int maxNumPlaces = 1 << 24;
+    rows = std::max(rows, 0);
+    cols = std::max(cols, 0);
+    if (static_cast<long long>(rows) * cols > maxNumPlaces || rows > maxNumPlaces || cols > maxNumPlaces)
+        throw SizeError("ImageMosaic::ImageMosaic(int, int)", "Too many tiles in mosaic");
+    __rowHeights.setZeros(rows);
+    __colWidths.setZeros(cols);
 }
 
 void ImageMosaic::clear() {
     __items.clear();
+    __rowHeights.setZeros();
+    __colWidths.setZeros();
 }
 
 bool ImageMosaic::isEmpty() const {
-    return __items.first() == nullptr;
+    return __items.empty();
 }
 
 int ImageMosaic::getRows() const {
-    return __items.getRows();
+    return __rowHeights.getSize();
 }
 
 int ImageMosaic::getCols() const {
-    return __items.getCols();
+    return __colWidths.getSize();
 }
 
 int ImageMosaic::getHeight() const {
-    return __items.height();
+    return sum(__rowHeights);
 }
 
 int ImageMosaic::getWidth() const {
-    return __items.width();
+    return sum(__colWidths);
 }
 
 int ImageMosaic::getDepth() const {
-    const ImageMosaicItem* item = __items.first();
-    return item ? item->getDepth() : 0;
+    return isEmpty() ? 0 : __items.begin()->second.getDepth();
 }
 
 const Colormap* ImageMosaic::getColormap() const {
-    const ImageMosaicItem* item = __items.first();
-    return item ? item->getColormap() : nullptr;
+    return isEmpty() ? nullptr : __items.begin()->second.getColormap();
 }
 
 Vector<int> ImageMosaic::rowHeights() const {
-    return __items.rowHeights();
+    return __rowHeights;
 }
 
 Vector<int> ImageMosaic::colWidths() const {
-    return __items.colWidths();
+    return __colWidths;
 }
 
 std::string ImageMosaic::getItemFilename(int row, int col) const {
-    const ImageMosaicItem* item = __items.at(row, col);
+    const ImageMosaicItem* item = find(row, col);
     return item ? item->getFilename() : std::string();
 }
 
 std::string ImageMosaic::getItemPathname(int row, int col) const {
-    const ImageMosaicItem* item = __items.at(row, col);
+    const ImageMosaicItem* item = find(row, col);
     return item ? item->getPathname() : std::string();
 }
 
 std::string ImageMosaic::getImageDirName() const {
-    const ImageMosaicItem* item = __items.find([](const ImageMosaicItem& each) { return !each.getFilename().empty(); });
-    return item ? item->getPathname() : std::string();
+    for (const auto& [place, item] : __items)
+        if (!item.getFilename().empty())
+            return item.getPathname();
+    return "";
+}
+
+const ImageMosaic::Items& ImageMosaic::getItems() const {
+    return __items;
 }
 
 void ImageMosaic::setItemFilename(int row, int col, const std::string& filename, const std::string& pathname) {
     const std::string where = "void ImageMosaic::setItemFileName(...)";
-    __items.requireFree(row, col, where);
-    auto item = std::make_unique<ImageMosaicItem>();
+    requireFree(row, col, where);
+    ImageMosaicItem item;
     try {
-        item->setFilename(filename, pathname);
+        item.setFilename(filename, pathname);
     } catch (Exception& exception) {
         exception.addWhere("void ImageMosaic::setItemFilename(...)");
         throw;
     }
-    const int height = item->getHeight();
-    const int width = item->getWidth();
-    __items.set(row, col, std::move(item), height, width, where);
+    setItem(row, col, item, where);
+}
+
+void ImageMosaic::requireFree(int row, int col, const std::string& where) const {
+    if (row < 0 || row >= getRows() || col < 0 || col >= getCols())
+        throw RangeError(where, "Mosaic position out of range");
+    if (find(row, col) != nullptr)
+        throw ValueError(where, "Mosaic position already set");
+}
+
+void ImageMosaic::setItem(int row, int col, const ImageMosaicItem& item, const std::string& where) {
+    if (!isEmpty()) {
+        if (item.getDepth() != getDepth())
+            throw DepthError(where, "Incompatible image depths");
+        const Colormap* colormap = item.getColormap();
+        const Colormap* common = getColormap();
+        if ((colormap == nullptr) != (common == nullptr) || (colormap && *colormap != *common))
+            throw ColormapError(where, "Incompatible colormaps");
+    }
+    const int height = item.getHeight();
+    const int width = item.getWidth();
+    if ((__rowHeights[row] != 0 && __rowHeights[row] != height) || (__colWidths[col] != 0 && __colWidths[col] != width))
+        throw SizeError(where, "Incompatible image dimensions");
+    __items.emplace(std::pair(row, col), item);
+    __rowHeights[row] = height;
+    __colWidths[col] = width;
 }
 
 void ImageMosaic::load(Image& image) const {
-    if (getRows() == 1 && getCols() == 1 && !isEmpty()) {
-        try {
-            __items.at(0, 0)->load(image);
-        } catch (Exception& exception) {
-            exception.addWhere("void ImageMosaic::load(Image&)");
-            throw;
-        }
-        return;
+    ImageReader reader;
+    if (getRows() != 1 || getCols() != 1 || isEmpty())
+        return load(image, reader);
+    try {
+        __items.begin()->second.load(image, reader);
+    } catch (Exception& exception) {
+        exception.addWhere("void ImageMosaic::load(Image&)");
+        throw;
     }
+}
+
+void ImageMosaic::load(Image& image, ImageReader& reader) const {
+    reader.notifyStarted("");
     Image result(getWidth(), getHeight(), getDepth());
     if (getColormap() != nullptr)
         result.setColormap(*getColormap());
     result.clear();
+    const std::vector<int> tops = starts(__rowHeights);
+    const std::vector<int> lefts = starts(__colWidths);
     Image tile;
-    for (int i = 0, y = 0; i < getRows(); y += __items.rowHeights()[i++]) {
-        for (int j = 0, x = 0; j < getCols(); x += __items.colWidths()[j++]) {
-            if (const ImageMosaicItem* item = __items.at(i, j)) {
-                item->load(tile);
-                result.paste(tile, x, y);
-            }
-        }
+    for (const auto& [place, item] : __items) {
+        if (reader.isCanceled())
+            break;
+        if (item.getFilename().empty())
+            continue;
+        item.load(tile, reader);
+        result.paste(tile, lefts[static_cast<std::size_t>(place.second)], tops[static_cast<std::size_t>(place.first)]);
     }
     image.swap(result);
+    if (reader.isCanceled())
+        reader.notifyCanceled("");
+    else
+        reader.notifyFinished("");
+}
+
+const ImageMosaicItem* ImageMosaic::find(int row, int col) const {
+    const auto found = __items.find({row, col});
+    return found == __items.end() ? nullptr : &found->second;
 }
 
 } // namespace vorlen

@@ -1,6 +1,7 @@
 #include "images/files/imagemosaicitem.h"
 
 #include "images/files/imagereader.h"
+#include "images/files/imagesourcefile.h"
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
 
@@ -8,15 +9,14 @@
 
 namespace vorlen {
 
-ImageMosaicItem::ImageMosaicItem(const ImageMosaicItem& item)
-    : __filename(item.__filename), __pathname(item.__pathname),
-      __header(item.__header ? std::make_unique<ImageHeader>(*item.__header) : nullptr) {
+ImageMosaicItem::ImageMosaicItem(const ImageSourceFile& file)
+    : __filename(file.getFilename()), __header(file.getHeader()) {
 }
 
 void ImageMosaicItem::setFilename(const std::string& filename, const std::string& pathname) {
-    std::unique_ptr<ImageHeader> header;
+    std::optional<ImageHeader> header;
     if (!pathname.empty()) {
-        header = std::make_unique<ImageHeader>();
+        header.emplace();
         try {
             ImageReader().read(*header, pathname + "/" + filename);
         } catch (Exception& exception) {
@@ -54,12 +54,17 @@ int ImageMosaicItem::getDepth() const {
 }
 
 const Colormap* ImageMosaicItem::getColormap() const {
-    return __header ? static_cast<const ImageHeader&>(*__header).getColormap() : nullptr;
+    return __header ? __header->getColormap() : nullptr;
 }
 
 void ImageMosaicItem::load(Image& image) const {
+    ImageReader reader;
+    load(image, reader);
+}
+
+void ImageMosaicItem::load(Image& image, ImageReader& reader) const {
     try {
-        ImageReader().read(image, completeFileName());
+        reader.read(image, completeFileName());
     } catch (Exception& exception) {
         exception.addWhere("void ImageMosaicItem::load(Image&)");
         throw;

@@ -2,19 +2,21 @@
 
 #include "images/rasters/imageheader.h"
 
-#include <memory>
+#include <optional>
 #include <string>
 
 namespace vorlen {
 
 class Image;
+class ImageReader;
+class ImageSourceFile;
 
 /// Tile of an ImageMosaic: a file name, the path of its folder and the file's header.
 class ImageMosaicItem {
 public:
     ImageMosaicItem() = default;
-    ImageMosaicItem(const ImageMosaicItem& item);
-    ImageMosaicItem& operator=(const ImageMosaicItem&) = delete;
+    /// A tile with the file's whole name and an empty path name.
+    explicit ImageMosaicItem(const ImageSourceFile& file);
 
     /// Stores both and reads the header of the file in the folder; with an empty path name no header is read and
     /// sizes and depth are 0. Throws what ImageReader throws, and then stays as it was.
@@ -29,13 +31,14 @@ public:
     int getDepth() const;
     const Colormap* getColormap() const;
 
-    /// Reads the image of completeFileName().
+    /// Reads the image of completeFileName(), with a reader of its own or with this one.
     void load(Image& image) const;
+    void load(Image& image, ImageReader& reader) const;
 
 private:
     std::string __filename;
     std::string __pathname;
-    std::unique_ptr<ImageHeader> __header;
+    std::optional<ImageHeader> __header;
 };
 
 } // namespace vorlen

@@ -2,15 +2,10 @@
 
 #include "files/fileinfo.h"
 #include "images/files/imagemosaic.h"
-#include "images/files/imagesourcefile.h"
-#include "images/files/imagesourcefilemosaic.h"
-#include "images/files/imagesourcevoxelmatrixplane.h"
 #include "images/files/tifffile.h"
-#include "images/files/voxelmatrixheader.h"
 #include "images/rasters/image.h"
-#include "images/rasters/pixelmatrix.h"
-#include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
+#include "values/imagesource.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -137,80 +132,7 @@ void ImageReader::read(Image& image, const std::string& filename) {
 }
 
 void ImageReader::read(Image& image, const ImageSource& source) {
-    if (const auto* file = dynamic_cast<const ImageSourceFile*>(&source))
-        read(image, *file);
-    else if (const auto* mosaic = dynamic_cast<const ImageSourceFileMosaic*>(&source))
-        read(image, *mosaic);
-    else if (const auto* plane = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&source))
-        read(image, *plane);
-}
-
-void ImageReader::read(Image& image, const ImageSourceFile& source) {
-    read(image, source.getFilename());
-}
-
-template <class Mosaic, class TilePath>
-void ImageReader::readTiles(Image& image, const Mosaic& mosaic, int width, int height, TilePath tilePath) {
-    notifyStarted("");
-    Image result(width, height, mosaic.getDepth());
-    if (mosaic.getColormap() != nullptr)
-        result.setColormap(*mosaic.getColormap());
-    result.clear();
-    const Vector<int> heights = mosaic.rowHeights();
-    const Vector<int> widths = mosaic.colWidths();
-    Image tile;
-    for (int i = 0, y = 0; i < mosaic.getRows() && !isCanceled(); y += heights[i++]) {
-        for (int j = 0, x = 0; j < mosaic.getCols() && !isCanceled(); x += widths[j++]) {
-            const std::string path = tilePath(i, j);
-            if (path.empty())
-                continue;
-            read(tile, path);
-            result.paste(tile, x, y);
-        }
-    }
-    image.swap(result);
-    if (isCanceled())
-        notifyCanceled("");
-    else
-        notifyFinished("");
-}
-
-void ImageReader::read(Image& image, const ImageSourceFileMosaic& source) {
-    readTiles(image, source, source.getSize2(), source.getSize1(),
-              [&source](int i, int j) { return source.getFilename(i, j); });
-}
-
-void ImageReader::read(Image& image, const ImageSourceVoxelMatrixPlane& source) {
-    const std::string where = "void ImageReader::read(Image&, const ImageSourceVoxelMatrixPlane&)";
-    const std::string& filename = source.getVoxelMatrixFilename();
-    notifyStarted("");
-    VoxelMatrix<float> volume;
-    volume.loadHeader(filename);
-    if (source.getPlane() < 0 || source.getPlane() >= volume.getSize3())
-        throw RangeError(where, formatted("There is no plane %d in ", source.getPlane()) + filename);
-    // Planes follow each other in the file, each row by row. As in the loading of a volume, what a short file does not
-    // hold is 0.
-    const int rows = volume.getSize1();
-    const int columns = volume.getSize2();
-    const std::int64_t lineLength = static_cast<std::int64_t>(sizeof(float)) * columns;
-    PixelMatrix<float> plane(rows, columns);
-    plane.setZeros();
-    std::ifstream file(filename, std::ios::binary);
-    if (!file.is_open())
-        throw FileReadError(where, "Cannot open file for reading", filename);
-    file.seekg(VoxelMatrixHeader::read(filename).length() + source.getPlane() * (rows * lineLength));
-    for (int row = 0; row < rows && !isCanceled(); ++row) {
-        file.read(reinterpret_cast<char*>(plane[row].data()), lineLength);
-        if (file.bad())
-            throw FileReadError(where, "Cannot read file", filename);
-        notifyProgressed(static_cast<unsigned int>(row + 1), static_cast<unsigned int>(rows));
-    }
-    plane.convertToImage(image);
-    image.print("image read from voxel matrix:", true);
-    if (isCanceled())
-        notifyCanceled("");
-    else
-        notifyFinished("");
+    source.read(*this, image);
 }
 
 void ImageReader::read(Image& image, const ImageMosaic& mosaic) {
@@ -223,10 +145,7 @@ void ImageReader::read(Image& image, const ImageMosaic& mosaic) {
         }
         return;
     }
-    readTiles(image, mosaic, mosaic.getWidth(), mosaic.getHeight(), [&mosaic](int i, int j) {
-        const std::string filename = mosaic.getItemFilename(i, j);
-        return filename.empty() ? filename : mosaic.getItemPathname(i, j) + filename;
-    });
+    mosaic.load(image, *this);
 }
 
 bool ImageReader::readImgPixels(Image& image, const std::string& filename) {

@@ -12,9 +12,6 @@ class Image;
 class ImageHeader;
 class ImageMosaic;
 class ImageSource;
-class ImageSourceFile;
-class ImageSourceFileMosaic;
-class ImageSourceVoxelMatrixPlane;
 
 /// Reads images: TIFF files by libtiff, IMG files (raw, 512 by 512 pixels of 8 bits behind 12 bytes), and whatever an
 /// image source describes. Reading reports progress row by row and can be cancelled from another thread.
@@ -39,14 +36,8 @@ public:
     /// Header and pixels. Throws as for the header, and DepthError for 16 bits with several samples.
     void read(Image& image, const std::string& filename);
 
-    /// By the source's kind; a source of no known kind does nothing.
+    /// As the source's kind has it: ImageSource::read().
     void read(Image& image, const ImageSource& source);
-    void read(Image& image, const ImageSourceFile& source);
-    /// Assembles the tiles; places without a tile are zero.
-    void read(Image& image, const ImageSourceFileMosaic& source);
-    /// The plane as an 8-bit image of truncated values; no other plane is read. Throws RangeError if the file has no
-    /// such plane, and else as VoxelMatrix<float>::load().
-    void read(Image& image, const ImageSourceVoxelMatrixPlane& source);
     void read(Image& image, const ImageMosaic& mosaic);
 
 protected:
@@ -54,10 +45,6 @@ protected:
     void readTiffHeader(ImageHeader& header, TIFF* tiff);
     void readTiffColormap(ImageHeader& header, TIFF* tiff);
     void readTiffPixels(Image& image, TIFF* tiff);
-
-private:
-    template <class Mosaic, class TilePath>
-    void readTiles(Image& image, const Mosaic& mosaic, int width, int height, TilePath tilePath);
 };
 
 } // namespace vorlen

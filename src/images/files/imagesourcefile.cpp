@@ -7,20 +7,6 @@
 
 namespace vorlen {
 
-ImageSourceFile::ImageSourceFile(const ImageSourceFile& source)
-    : ImageSource(source), __filename(source.__filename),
-      __header(source.__header ? std::make_unique<ImageHeader>(*source.__header) : nullptr) {
-}
-
-ImageSourceFile& ImageSourceFile::operator=(const ImageSourceFile& source) {
-    if (this != &source) {
-        ImageSourceFile copy(source);
-        std::swap(__filename, copy.__filename);
-        std::swap(__header, copy.__header);
-    }
-    return *this;
-}
-
 ImageSourceFile* ImageSourceFile::clone() const {
     return new ImageSourceFile(*this);
 }
@@ -46,13 +32,31 @@ int ImageSourceFile::getDepth() const {
 }
 
 const Colormap* ImageSourceFile::getColormap() const {
-    return __header ? static_cast<const ImageHeader&>(*__header).getColormap() : nullptr;
+    return __header ? __header->getColormap() : nullptr;
+}
+
+std::string ImageSourceFile::getName() const {
+    return __filename;
+}
+
+void ImageSourceFile::read(ImageReader& reader, Image& image) const {
+    reader.read(image, __filename);
+}
+
+ImageStatement ImageSourceFile::getStatement() const {
+    return {"SLICE", {__filename}};
+}
+
+std::unique_ptr<ImageSource> ImageSourceFile::make(const ImageStatement& statement) {
+    auto source = std::make_unique<ImageSourceFile>();
+    source->setFilename(statement.file(0));
+    return source;
 }
 
 void ImageSourceFile::setFilename(const std::string& filename) {
-    auto header = std::make_unique<ImageHeader>();
+    ImageHeader header;
     try {
-        ImageReader().read(*header, filename);
+        ImageReader().read(header, filename);
     } catch (Exception& exception) {
         exception.addWhere("void ImageSourceFile::setFilename(const string&)");
         throw;
@@ -63,6 +67,10 @@ void ImageSourceFile::setFilename(const std::string& filename) {
 
 const std::string& ImageSourceFile::getFilename() const {
     return __filename;
+}
+
+const std::optional<ImageHeader>& ImageSourceFile::getHeader() const {
+    return __header;
 }
 
 } // namespace vorlen

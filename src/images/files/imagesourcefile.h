@@ -4,6 +4,7 @@
 #include "values/imagesource.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace vorlen {
@@ -12,10 +13,6 @@ namespace vorlen {
 /// when the name is set.
 class ImageSourceFile : public ImageSource {
 public:
-    ImageSourceFile() = default;
-    ImageSourceFile(const ImageSourceFile& source);
-    ImageSourceFile& operator=(const ImageSourceFile& source);
-
     ImageSourceFile* clone() const override;
     int getType() const override;
     /// True when a file name is set.
@@ -25,14 +22,22 @@ public:
     int getSize2() const override;
     int getDepth() const override;
     const Colormap* getColormap() const override;
+    /// The file's name.
+    std::string getName() const override;
+    void read(ImageReader& reader, Image& image) const override;
+    /// SLICE file
+    ImageStatement getStatement() const override;
+    static std::unique_ptr<ImageSource> make(const ImageStatement& statement);
 
     /// The file must exist. Throws what ImageReader throws on reading the header, and then stays as it was.
     void setFilename(const std::string& filename);
     const std::string& getFilename() const;
+    /// Nothing without a file name.
+    const std::optional<ImageHeader>& getHeader() const;
 
 private:
     std::string __filename;
-    std::unique_ptr<ImageHeader> __header;
+    std::optional<ImageHeader> __header;
 };
 
 } // namespace vorlen

@@ -1,8 +1,7 @@
 #include "images/files/imagesourcefilemosaic.h"
 
+#include "images/files/imagesourcefile.h"
 #include "numerics/exception.h"
-
-#include <utility>
 
 namespace vorlen {
 
@@ -18,25 +17,54 @@ int ImageSourceFileMosaic::getType() const {
 }
 
 bool ImageSourceFileMosaic::isDefined() const {
-    return __tiles.first() != nullptr;
+    return !__tiles.isEmpty();
 }
 
 int ImageSourceFileMosaic::getSize1() const {
-    return __tiles.height();
+    return __tiles.getHeight();
 }
 
 int ImageSourceFileMosaic::getSize2() const {
-    return __tiles.width();
+    return __tiles.getWidth();
 }
 
 int ImageSourceFileMosaic::getDepth() const {
-    const ImageSourceFile* tile = __tiles.first();
-    return tile ? tile->getDepth() : 0;
+    return __tiles.getDepth();
 }
 
 const Colormap* ImageSourceFileMosaic::getColormap() const {
-    const ImageSourceFile* tile = __tiles.first();
-    return tile ? tile->getColormap() : nullptr;
+    return __tiles.getColormap();
+}
+
+std::string ImageSourceFileMosaic::getName() const {
+    return "mosaic of " + std::to_string(getRows()) + " x " + std::to_string(getCols());
+}
+
+void ImageSourceFileMosaic::read(ImageReader& reader, Image& image) const {
+    __tiles.load(image, reader);
+}
+
+ImageStatement ImageSourceFileMosaic::getStatement() const {
+    return {"SLICE", {getRows(), getCols()}};
+}
+
+std::unique_ptr<ImageSource> ImageSourceFileMosaic::make(const ImageStatement& statement) {
+    return std::make_unique<ImageSourceFileMosaic>(statement.number(0), statement.number(1));
+}
+
+std::vector<ImageStatement> ImageSourceFileMosaic::getFurtherStatements() const {
+    std::vector<ImageStatement> statements;
+    for (const auto& [place, item] : __tiles.getItems())
+        statements.push_back({"IMAGE", {place.first + 1, place.second + 1, item.completeFileName()}});
+    return statements;
+}
+
+bool ImageSourceFileMosaic::addStatement(const ImageStatement& statement) {
+    if (statement.keyword != "IMAGE")
+        return false;
+    const auto place = [&statement](std::size_t i) { return statement.number(i) > 0 ? statement.number(i) - 1 : -1; };
+    setFilename(place(0), place(1), statement.file(2));
+    return true;
 }
 
 void ImageSourceFileMosaic::clear() {
@@ -46,21 +74,18 @@ void ImageSourceFileMosaic::clear() {
 void ImageSourceFileMosaic::setFilename(int row, int col, const std::string& filename) {
     const std::string where = "void ImageSourceFileMosaic::setFilename(...)";
     __tiles.requireFree(row, col, where);
-    auto tile = std::make_unique<ImageSourceFile>();
+    ImageSourceFile file;
     try {
-        tile->setFilename(filename);
+        file.setFilename(filename);
     } catch (Exception& exception) {
         exception.addWhere(where);
         throw;
     }
-    const int height = tile->getSize1();
-    const int width = tile->getSize2();
-    __tiles.set(row, col, std::move(tile), height, width, where);
+    __tiles.setItem(row, col, ImageMosaicItem(file), where);
 }
 
 std::string ImageSourceFileMosaic::getFilename(int row, int col) const {
-    const ImageSourceFile* tile = __tiles.at(row, col);
-    return tile ? tile->getFilename() : std::string();
+    return __tiles.getItemFilename(row, col);
 }
 
 int ImageSourceFileMosaic::getRows() const {

@@ -1,16 +1,14 @@
 #pragma once
 
-#include "images/files/imagesourcefile.h"
-#include "images/files/mosaictable.h"
+#include "images/files/imagemosaic.h"
 #include "values/imagesource.h"
 
+#include <memory>
 #include <string>
 
 namespace vorlen {
 
-/// Image source of kind 1: a rectangular mosaic of image files, rows and columns numbered from 0, places possibly
-/// empty. All tiles have the same depth and colormap, those of a row the same height and those of a column the same
-/// width; height and width of the whole are the sums.
+/// Image source of kind 1: a rectangular mosaic of image files. The rules for the tiles are those of ImageMosaic.
 class ImageSourceFileMosaic : public ImageSource {
 public:
     /// An empty table. Throws SizeError above 2^24 places.
@@ -25,6 +23,17 @@ public:
     /// Depth and colormap of the first tile, row by row; 0 and null without tiles.
     int getDepth() const override;
     const Colormap* getColormap() const override;
+    /// "mosaic of rows x columns"
+    std::string getName() const override;
+    /// Assembles the tiles; places without a tile are zero.
+    void read(ImageReader& reader, Image& image) const override;
+    /// SLICE rows columns
+    ImageStatement getStatement() const override;
+    static std::unique_ptr<ImageSource> make(const ImageStatement& statement);
+    /// IMAGE row column file, for each tile, row by row; rows and columns are counted from 1.
+    std::vector<ImageStatement> getFurtherStatements() const override;
+    /// Throws as setFilename().
+    bool addStatement(const ImageStatement& statement) override;
 
     /// Deletes all tiles; the table keeps its shape.
     void clear();
@@ -42,7 +51,7 @@ public:
     Vector<int> colWidths() const;
 
 private:
-    MosaicTable<ImageSourceFile> __tiles;
+    ImageMosaic __tiles;
 };
 
 } // namespace vorlen

@@ -1,20 +1,14 @@
 #include "images/files/imagewriter.h"
 
 #include "files/fileinfo.h"
+#include "files/safefile.h"
 #include "images/files/tifffile.h"
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
-#include <cstdio>
-#include <fcntl.h>
-#include <filesystem>
 #include <string>
-#include <sys/stat.h>
-#include <system_error>
-#include <unistd.h>
 
 namespace vorlen {
 
@@ -22,73 +16,30 @@ namespace {
 
 const char* const WRITE = "void ImageWriter::write(...)";
 
-/// A new file beside the one that is to be written, which it replaces on commit() and never otherwise.
-class FileBeside {
-public:
-    explicit FileBeside(const std::string& filename) : __name(filename), __target(filename) {
-        std::error_code error;
-        // A link stays a link: the file it leads to is replaced.
-        if (std::filesystem::is_symlink(filename, error)) {
-            const std::filesystem::path real = std::filesystem::canonical(filename, error);
-            if (!error)
-                __target = real.string();
-        }
-        struct stat old;
-        const bool replaces = ::stat(__target.c_str(), &old) == 0;
-        if (replaces && (!S_ISREG(old.st_mode) || ::access(__target.c_str(), W_OK) != 0))
-            fail("Cannot open file for writing");
-        for (int i = 0; __descriptor < 0; ++i) {
-            __temporary = __target + ".new" + std::to_string(::getpid()) + "-" + std::to_string(i);
-            __descriptor = ::open(__temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-            if (__descriptor < 0 && (errno != EEXIST || i > 1000))
-                fail("Cannot open file for writing");
-        }
-        if (replaces)
-            (void)!::fchmod(__descriptor, old.st_mode & 07777);
-    }
-
-    ~FileBeside() {
-        if (!__temporary.empty())
-            ::unlink(__temporary.c_str());
-    }
-
-    /// Open for reading and writing; to be closed by the caller.
-    int descriptor() const { return __descriptor; }
-
-    void commit() {
-        if (::rename(__temporary.c_str(), __target.c_str()) != 0)
-            fail("Cannot write image data");
-        __temporary.clear();
-    }
-
-private:
-    [[noreturn]] void fail(const char* what) {
-        // A constructor that throws runs no destructor, but up to here there is no file to remove either.
-        throw FileWriteError(WRITE, what, __name);
-    }
-
-    std::string __name;
-    std::string __target;
-    std::string __temporary;
-    int __descriptor = -1;
-};
-
 } // namespace
 
 void ImageWriter::write(const Image& image, const std::string& filename, bool overwrite) const {
-    if (!overwrite && (FileInfo::fileExists(filename) || ::access(filename.c_str(), F_OK) == 0))
-        throw FileWriteError(WRITE, "File already exists", filename);
+    if (!overwrite)
+        FileInfo::requireFree(filename, WRITE);
     if (image.getData() == nullptr || image.dataLength() == 0)
         throw FileWriteError(WRITE, "Cannot write an image without pixels", filename);
-    FileBeside file(filename);
-    TiffFile tiff(file.descriptor(), filename);
-    if (!tiff.isOpen())
-        throw FileWriteError(WRITE, "Cannot open file for writing", filename);
-    writeTIFF(image, tiff.get());
-    if (TIFFWriteDirectory(tiff.get()) != 1 || ::fsync(file.descriptor()) != 0)
-        throw FileWriteError(WRITE, "Cannot write image data" + tiff.reason(), filename);
-    tiff.close();
-    file.commit();
+    try {
+        SafeFile file(filename);
+        // libtiff goes back to the beginning.
+        if (!file.isBeside())
+            throw FileWriteError(WRITE, "Cannot open file for writing", filename);
+        TiffFile tiff(file.descriptor(), filename);
+        if (!tiff.isOpen())
+            throw FileWriteError(WRITE, "Cannot open file for writing", filename);
+        writeTIFF(image, tiff.get());
+        if (TIFFWriteDirectory(tiff.get()) != 1)
+            throw FileWriteError(WRITE, "Cannot write image data" + tiff.reason(), filename);
+        tiff.close();
+        file.commit();
+    } catch (FileWriteError& error) {
+        error.setWhere(WRITE);
+        throw;
+    }
 }
 
 void ImageWriter::writeTIFF(const Image& image, TIFF* tiff) const {

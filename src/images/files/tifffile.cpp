@@ -66,15 +66,16 @@ TiffFile::TiffFile(const std::string& filename) {
 }
 
 TiffFile::TiffFile(int descriptor, const std::string& filename) {
+    const int duplicate = ::dup(descriptor);
     TIFFOpenOptions* options = makeOptions();
     if (options != nullptr) {
-        __tiff = TIFFFdOpenExt(descriptor, filename.c_str(), "w", options);
+        __tiff = TIFFFdOpenExt(duplicate, filename.c_str(), "w", options);
         TIFFOpenOptionsFree(options);
     }
     if (__tiff != nullptr)
         TIFFSetClientInfo(__tiff, &__firstError, CLIENT_NAME);
     else
-        ::close(descriptor);
+        ::close(duplicate);
 }
 
 TiffFile::~TiffFile() {

@@ -13,7 +13,7 @@ public:
     /// Opens a file for reading; isOpen() tells whether that succeeded. No single allocation of libtiff may exceed
     /// what a file of this length can ask for.
     explicit TiffFile(const std::string& filename);
-    /// Takes over a descriptor that is open for reading and writing, and writes a new TIFF file through it.
+    /// Writes a new TIFF file through a duplicate of the descriptor, that of an empty file.
     TiffFile(int descriptor, const std::string& filename);
     ~TiffFile();
     TiffFile(const TiffFile&) = delete;

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "files/fileinfo.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -128,9 +129,8 @@ std::size_t VoxelMatrixFileReader::__readFile(void* destination, std::size_t num
 
 VoxelMatrixFileWriter::VoxelMatrixFileWriter(const std::string& filename, bool overwrite, const std::string& where)
     : __filename(filename), __where(where) {
-    struct stat status {};
-    if (!overwrite && ::stat(filename.c_str(), &status) == 0)
-        throw FileWriteError(where, "File already exists", filename);
+    if (!overwrite)
+        FileInfo::requireFree(filename, where);
     try {
         __file = std::make_unique<SafeFile>(filename);
     } catch (const FileWriteError&) {

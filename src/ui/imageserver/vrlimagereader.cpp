@@ -4,31 +4,14 @@
 #include <exception>
 #include <new>
 
-#include "images/files/imagesourcefile.h"
-#include "images/files/imagesourcefilemosaic.h"
-#include "images/files/imagesourcevoxelmatrixplane.h"
 #include "images/rasters/colormapexpansion.h"
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
+#include "values/imagesource.h"
 
 namespace vorlen {
 
 namespace {
-
-/// The first file of the mosaic and the number of its files.
-std::string firstTile(const ImageSourceFileMosaic& mosaic, unsigned int& count) {
-    std::string first;
-    count = 0;
-    for (int i = 0; i < mosaic.getRows(); ++i)
-        for (int j = 0; j < mosaic.getCols(); ++j) {
-            const std::string name = mosaic.getFilename(i, j);
-            if (name.empty())
-                continue;
-            if (count++ == 0)
-                first = name;
-        }
-    return first;
-}
 
 std::string sentence(const std::string& name, const std::string& reason) {
     const std::string subject = name.empty() ? "An image" : "The image \"" + name + "\"";
@@ -57,14 +40,8 @@ const std::string& VRLImageReader::getFailure() const {
 }
 
 std::string VRLImageReader::sourceName(const ImageSource& source) {
-    unsigned int count = 0;
-    if (const auto* file = dynamic_cast<const ImageSourceFile*>(&source))
-        return file->getFilename();
-    if (const auto* mosaic = dynamic_cast<const ImageSourceFileMosaic*>(&source))
-        return firstTile(*mosaic, count);
-    if (const auto* plane = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&source))
-        return plane->getVoxelMatrixFilename();
-    return std::string();
+    const std::vector<std::string> files = source.getFilenames();
+    return files.empty() ? std::string() : files.front();
 }
 
 void VRLImageReader::removeImageColormap(Image& image) {
@@ -95,10 +72,8 @@ void VRLImageReader::run() {
 
 // No error may leave the thread, whatever its family: it would end the process.
 void VRLImageReader::__read() {
-    __numParts = 1;
-    if (const auto* mosaic = dynamic_cast<const ImageSourceFileMosaic*>(__source))
-        firstTile(*mosaic, __numParts);
     try {
+        __numParts = std::max(1u, static_cast<unsigned int>(__source->getFilenames().size()));
         read(*__image, *__source);
         if (isCanceled())
             return;
@@ -145,7 +120,7 @@ void VRLImageReader::notifyProgressed(unsigned int current, unsigned int total) 
         VRLProgressProxy::notifyProgressed(current, total);
         return;
     }
-    if (total == 0 || __numParts == 0)
+    if (total == 0)
         return;
     const unsigned long long part = 100ull * std::min(current, total) / total;
     const unsigned long long all = (100ull * __partsDone + part) / __numParts;

@@ -34,7 +34,7 @@ public:
     /// Why there is no image, naming the file; empty when there is one, and after a cancellation.
     const std::string& getFailure() const;
 
-    /// What to call the image of a source: the name of its file, of the first one of a mosaic; empty for other kinds.
+    /// What to call the image of a source: the name of its first file; empty for one without files.
     static std::string sourceName(const ImageSource& source);
 
     /// Makes an indexed image plain: 8 bits for gray colours, else 24 bits. Leaves other images alone.

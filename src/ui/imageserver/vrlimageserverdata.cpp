@@ -1,45 +1,16 @@
 #include "ui/imageserver/vrlimageserverdata.h"
 
-#include <sstream>
-
 #include <QMutexLocker>
 #include <QPointer>
 
-#include "images/files/imagesourcefile.h"
-#include "images/files/imagesourcefilemosaic.h"
-#include "images/files/imagesourcevoxelmatrixplane.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/imageserver/vrlimageserver.h"
 #include "values/imagesource.h"
 
 namespace vorlen {
 
-namespace {
-
-/// All that tells one source from another; lengths keep the names apart.
-std::string describe(const ImageSource& source) {
-    std::ostringstream text;
-    const auto addName = [&text](const std::string& name) { text << ' ' << name.size() << ' ' << name; };
-    text << source.getType() << ' ' << source.getSize1() << ' ' << source.getSize2();
-    if (const auto* file = dynamic_cast<const ImageSourceFile*>(&source)) {
-        addName(file->getFilename());
-    } else if (const auto* mosaic = dynamic_cast<const ImageSourceFileMosaic*>(&source)) {
-        text << ' ' << mosaic->getRows() << ' ' << mosaic->getCols();
-        for (int i = 0; i < mosaic->getRows(); ++i)
-            for (int j = 0; j < mosaic->getCols(); ++j)
-                addName(mosaic->getFilename(i, j));
-    } else if (const auto* plane = dynamic_cast<const ImageSourceVoxelMatrixPlane*>(&source)) {
-        text << ' ' << plane->getPlane();
-        addName(plane->getVoxelMatrixFilename());
-    }
-    return text.str();
-}
-
-} // namespace
-
 VRLImageServerData::VRLImageServerData(VRLImageServer& server, const ImageSource& source)
-    : VRLProgressProxy(&server), __server(&server), __key(&source), __source(source.clone()),
-      __description(describe(source)) {
+    : VRLProgressProxy(&server), __server(&server), __key(&source), __source(source.clone()) {
     addMonitor(server);
 }
 
@@ -64,7 +35,7 @@ const ImageSource* VRLImageServerData::key() const {
 }
 
 bool VRLImageServerData::describes(const ImageSource& source) const {
-    return describe(source) == __description;
+    return __source->isSameImage(source);
 }
 
 void VRLImageServerData::attachProxy(VRLImageProxy& proxy) {

@@ -92,7 +92,6 @@ private:
     VRLImageServer* __server;
     const ImageSource* __key;
     std::unique_ptr<const ImageSource> __source;
-    std::string __description;
     State __state = Pending;
     mutable QMutex __mutex; // guards the list of proxies
     QList<VRLImageProxy*> __proxies;
