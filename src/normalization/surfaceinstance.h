@@ -18,7 +18,7 @@ std::unique_ptr<CurveStack<T>> surfaceInstance(const StackReconstruction<T>& rec
     std::unique_ptr<Shape<T>> shape = reconstruction.apply(model);
     std::unique_ptr<CurveStack<T>> curves(dynamic_cast<CurveStack<T>*>(shape.get()));
     if (curves) {
-        shape.release(); // the same object
+        static_cast<void>(shape.release()); // the same object
         for (int l = curves->getHeight() - 1; l >= 0; --l) {
             if (curves->level(l).getSize() == 0) {
                 curves->remove(static_cast<unsigned int>(l));
