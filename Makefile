@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run test bench sanitize lint format install deb setup build programs sample pictures clean
+.PHONY: all run test bench sanitize lint lint-all format docs install deb setup build programs sample pictures clean
 
 all: build
 
@@ -42,11 +42,24 @@ bench: setup
 	@cmake --build --preset release --target vorlen-bench vorlen-bench-draw vorlen-bench-view
 	@scripts/bench $(BUILD)
 
-# Formatting, and includes against links.
-lint: setup
+# Formatting, includes against links, clang-tidy over what has changed, as far as it gets in six minutes; lint-all: to
+# the end.
+lint:
+	@scripts/setup lint
 	@scripts/lint
 
+lint-all:
+	@scripts/setup lint
+	@scripts/lint --all
+
+# The headers as a book, build/docs/html, and the picture of the floors.
+docs:
+	@scripts/setup docs
+	@scripts/draw-architecture
+	@scripts/docs
+
 format:
+	@scripts/setup lint
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i
 
 install: build

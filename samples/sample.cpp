@@ -25,6 +25,7 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 constexpr int size = 512;
+constexpr double middle = size / 2.0;
 constexpr int numSections = 48;
 constexpr double pixel = 0.5;
 constexpr double spacing = 4;
@@ -71,14 +72,14 @@ struct Section {
     double z = 0;
 
     Point toWorld(double u, double v) const {
-        const double px = pixel * (u - size / 2), py = pixel * (size / 2 - v);
+        const double px = pixel * (u - middle), py = pixel * (middle - v);
         return {std::cos(theta) * px - std::sin(theta) * py + tx, std::sin(theta) * px + std::cos(theta) * py + ty};
     }
 
     Point toPixel(Point world) const {
         const double x = world.x - tx, y = world.y - ty;
         const double px = std::cos(theta) * x + std::sin(theta) * y, py = -std::sin(theta) * x + std::cos(theta) * y;
-        return {size / 2 + px / pixel, size / 2 - py / pixel};
+        return {middle + px / pixel, middle - py / pixel};
     }
 };
 
@@ -161,8 +162,9 @@ struct Scene {
     Membrane membrane;
 
     std::vector<Point> cells(int section) const {
-        std::vector<Point> points;
         const int count = section >= 3 && section < 45 ? 3 + int(4 * random(section, 11, 3)) : 0;
+        std::vector<Point> points;
+        points.reserve(std::size_t(count));
         for (int k = 0; k < count; ++k)
             points.push_back({20 + 80 * random(section, k, 12), -110 + 18 * random(section, k, 13)});
         return points;
@@ -172,6 +174,7 @@ struct Scene {
 std::vector<Point> circle(Point centre, double a, double b, double step) {
     const int count = std::max(8, int(2 * pi * std::max(a, b) / step));
     std::vector<Point> points;
+    points.reserve(std::size_t(count));
     for (int k = 0; k < count; ++k)
         points.push_back({centre.x + a * std::cos(2 * pi * k / count), centre.y + b * std::sin(2 * pi * k / count)});
     return points;
@@ -353,6 +356,7 @@ int main(int argc, char** argv) {
     const Scene scene;
     const std::vector<Section> sections = makeSections();
     std::vector<Outlines> outlines;
+    outlines.reserve(std::size_t(numSections));
     for (int i = 0; i < numSections; ++i)
         outlines.push_back(outline(scene, sections[i], i));
 

@@ -61,6 +61,7 @@ TriMesh<float> surfaceOf(const std::string& file, const Request& request) {
     VoxelMatrix<N> volume;
     {
         VoxelMatrix<T> loaded(file);
+        // A copy: the swap takes it along. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
         const VoxelCalibration calibration = loaded.getVoxelCalibration();
         if constexpr (std::is_same_v<T, N>)
             volume.swap(loaded);

@@ -357,6 +357,7 @@ int normalizeCommand(const QStringList& arguments) {
         return status;
     nameStacks(files);
     std::vector<const Stack*> stacks;
+    stacks.reserve(files.size());
     for (const auto& file : files)
         stacks.push_back(&file->getStack());
     return std::max(status, guarded("normalize the stacks", [&] { return normalize(stacks, request, line); }));

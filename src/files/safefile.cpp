@@ -67,7 +67,7 @@ std::string linkTarget(std::string name) {
             return name;
         const std::string target(link, static_cast<std::size_t>(length));
         const std::size_t slash = name.rfind('/');
-        name = target[0] == '/' || slash == std::string::npos ? target : name.substr(0, slash + 1) + target;
+        name = target[0] == '/' || slash == std::string::npos ? target : name.substr(0, slash + 1).append(target);
     }
     return "";
 }

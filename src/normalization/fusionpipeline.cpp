@@ -276,7 +276,7 @@ void FusionPipeline<T>::addStructure(ShapeSet<T>& set, const Stack& stack, const
             shape->setName(name);
         }
         set.addShape(shape.get(), shape && reference);
-        shape.release(); // the set's from here on
+        static_cast<void>(shape.release()); // the set's from here on
     };
     const auto addSurface = [&](int height, int width, bool reference) {
         if (!curves) {

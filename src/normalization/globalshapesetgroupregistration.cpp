@@ -136,6 +136,7 @@ void GlobalShapeSetGroupRegistration<T>::applyQuadMeshCase(ShapeSetGroup<T>& gro
     this->notifyStarted("");
 
     std::vector<ShapeSet<T>> references;
+    references.reserve(std::size_t(n));
     for (int i = 0; i < n; ++i) {
         references.push_back(group[i].referenceShapeSet());
     }

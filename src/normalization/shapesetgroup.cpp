@@ -34,7 +34,7 @@ ShapeSet<T> ShapeSetGroup<T>::average() const {
             }
             std::unique_ptr<Shape<T>> shape(entries.average());
             result.addShape(shape.get(), entries.onlyReference());
-            shape.release(); // the set's from here on
+            static_cast<void>(shape.release()); // the set's from here on
         }
     } catch (...) {
         result.clear();

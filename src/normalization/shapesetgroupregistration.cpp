@@ -40,6 +40,7 @@ template <class T>
 Vector<float> ShapeSetGroupRegistration<T>::errorType1(const ShapeSetGroup<T>& group) {
     const int n = group.getNumShapeSets();
     std::vector<ShapeSet<T>> references;
+    references.reserve(std::size_t(n));
     for (int i = 0; i < n; ++i) {
         references.push_back(group[i].referenceShapeSet());
     }

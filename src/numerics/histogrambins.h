@@ -15,8 +15,8 @@ namespace vorlen {
 /// The bins of Vector<T>::histogram().
 namespace elements {
 
-// Lower edges of the bins of a histogram and the search for the bin of a value: the last bin whose edge is not above
-// it. Edges of integers are computed where they cannot wrap.
+/// Lower edges of the bins of a histogram and the search for the bin of a value: the last bin whose edge is not above
+/// it. Edges of integers are computed where they cannot wrap.
 template <class T>
 class BinEdges {
 public:
@@ -65,8 +65,8 @@ private:
     std::unique_ptr<Edge[]> __edges;
 };
 
-// Bins of width 1, those of grey values: the bin of a value follows from its distance to the first edge alone. Reals
-// have them where all edges are exact, integers where the last edge is no wider than the values.
+/// Bins of width 1, those of grey values: the bin of a value follows from its distance to the first edge alone. Reals
+/// have them where all edges are exact, integers where the last edge is no wider than the values.
 template <class T>
 class UnitBins {
 public:

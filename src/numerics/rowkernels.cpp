@@ -29,10 +29,11 @@ using Pack = widevectors::Pack<T, 32>;
 
 template <class T, class V>
 VORLEN_INLINED T laneSum(const V& pack) {
-    T lanes[sizeof(V) / sizeof(T)];
+    constexpr unsigned numLanes = sizeof(V) / sizeof(T); // NOLINT(bugprone-sizeof-expression): these are no pointers
+    T lanes[numLanes];
     std::memcpy(lanes, &pack, sizeof lanes);
     T sum = lanes[0];
-    for (unsigned l = 1; l < sizeof(V) / sizeof(T); ++l)
+    for (unsigned l = 1; l < numLanes; ++l)
         sum += lanes[l];
     return sum;
 }

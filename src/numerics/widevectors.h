@@ -21,6 +21,7 @@ struct Pack {
     typedef T Type __attribute__((vector_size(bytes)));
     static constexpr int lanes = bytes / int(sizeof(T));
 };
+/// A long double, which no vector holds.
 template <int bytes>
 struct Pack<long double, bytes> {
     typedef long double Type;

@@ -84,10 +84,11 @@ Vector<int> BoundingBox<T>::adjustToResolution(T resolution) {
     if (!(resolution > 0)) {
         throw ValueError(where, "The resolution is not above 0");
     }
+    constexpr int tooMany = std::numeric_limits<int>::max() / 2;
     Vector<int> counts(std::min(__vertex1.getSize(), __vertex2.getSize()));
     for (int k = 0; k < counts.getSize(); ++k) {
         const Real count = std::ceil(Real(width(k)) / Real(resolution));
-        if (!(count < Real(std::numeric_limits<int>::max() / 2))) {
+        if (!(count < Real(tooMany))) {
             throw ValueError(where, "The resolution is too fine for this box");
         }
         counts[k] = int(count);

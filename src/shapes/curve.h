@@ -14,6 +14,7 @@ namespace vorlen {
 template <class T>
 class Curve : public Vertices<T> {
 public:
+    /// Walks the edges of a curve in the order of their ranks.
     class __ConcreteEdgeIterator : public ConcreteEdgeIterator<T> {
     public:
         explicit __ConcreteEdgeIterator(const Curve<T>& curve);

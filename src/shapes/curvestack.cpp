@@ -329,10 +329,9 @@ T CurveStack<T>::optimalResampling(T maxError, unsigned int& height, unsigned in
 
 template <class T>
 CurveStack<T> CurveStack<T>::closestPointMap(const CurveStack& other) const {
-    std::vector<int> sizes;
-    for (int l = 0; l < this->getHeight(); ++l) {
-        sizes.push_back(level(l).getSize());
-    }
+    std::vector<int> sizes(std::size_t(this->getHeight()));
+    for (int l = 0; l < this->getHeight(); ++l)
+        sizes[std::size_t(l)] = level(l).getSize();
     CurveStack map;
     map.__open = __open;
     map.setLevels(2, sizes, 0, 0);

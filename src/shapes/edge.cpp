@@ -47,7 +47,7 @@ Edge<T>::Edge(int space) : Curve<T>(space, 2, 2, 2, true) {
 template <class T>
 Edge<T>::Edge(const Vertices<T>& vertices, int i, int j) {
     Curve<T>::setOpen(true);
-    VertexClient<T>::assign(vertices);
+    VertexClient<T>::assign(vertices); // the server alone. NOLINT(bugprone-parent-virtual-call)
     Curve<T>::setSize(2, false);
     Curve<T>::setIndex(0, vertices.getIndex(i));
     Curve<T>::setIndex(1, vertices.getIndex(j));

@@ -15,6 +15,7 @@ class RunBoxes {
 public:
     static constexpr int runLength = 8;
 
+    /// Bounding box of some items; empty until it has grown over one.
     struct Box {
         W lowX = std::numeric_limits<W>::infinity();
         W lowY = std::numeric_limits<W>::infinity();

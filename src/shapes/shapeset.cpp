@@ -169,7 +169,7 @@ ShapeSet<T> ShapeSet<T>::computeMean(const std::vector<ShapeSet*>& sets) {
                 shape->setName(meshes.front()->getName());
             }
             mean.addShape(shape.get(), reference);
-            shape.release(); // the set's from here on
+            static_cast<void>(shape.release()); // the set's from here on
         }
     } catch (...) {
         mean.clear();

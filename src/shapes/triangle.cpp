@@ -33,7 +33,7 @@ Triangle<T>::Triangle(int space) : Curve<T>(space, 3, 3, 3, false) {
 template <class T>
 Triangle<T>::Triangle(const Vertices<T>& vertices, int i, int j, int k) {
     Curve<T>::setOpen(false);
-    VertexClient<T>::assign(vertices);
+    VertexClient<T>::assign(vertices); // the server alone. NOLINT(bugprone-parent-virtual-call)
     Curve<T>::setSize(3, false);
     Curve<T>::setIndex(0, vertices.getIndex(i));
     Curve<T>::setIndex(1, vertices.getIndex(j));

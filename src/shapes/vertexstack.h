@@ -14,6 +14,7 @@ namespace vorlen {
 template <class T>
 class VertexStack : public Shape<T> {
 public:
+    /// Walks the vertices of all levels, from the lowest level up.
     class __ConcreteVertexIterator : public ConcreteVertexIterator<T> {
     public:
         explicit __ConcreteVertexIterator(VertexStack<T>& stack);

@@ -18,6 +18,7 @@ class ShapeReader;
 template <class T>
 class Vertices : public Shape<T> {
 public:
+    /// Walks the vertices in the order of their ranks.
     class __ConcreteVertexIterator : public ConcreteVertexIterator<T> {
     public:
         explicit __ConcreteVertexIterator(Vertices<T>& vertices);

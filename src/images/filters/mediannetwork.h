@@ -65,7 +65,7 @@ private:
         std::size_t stride() const { return __stride; }
         T* list(int row) { return __data.data() + __stride * static_cast<std::size_t>(__length * (row % __slots)); }
         T* work() { return __work.data(); }
-        // The lists from row first on, as many as there are slots.
+        /// The lists from row first on, as many as there are slots.
         struct Window {
             const T* at[6];
             std::size_t stride;

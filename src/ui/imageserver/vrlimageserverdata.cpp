@@ -79,7 +79,8 @@ void VRLImageServerData::run() {
 void VRLImageServerData::cancel() {
     if (isCanceled())
         return;
-    ProgressSubject::cancel();
+    // Whom to cancel besides the state tells, not who speaks.
+    ProgressSubject::cancel(); // NOLINT(bugprone-parent-virtual-call)
     if (__state == Reading && __reader)
         __reader->cancel();
     else if (__state == Resizing && __resizer)
