@@ -68,37 +68,30 @@ void VRLRootMediator::bindFileCommands() {
     __commands.bind("stack.newFromFile", [this] { createStackFromFile(); });
     __commands.bind("stack.open", [this] { openStack(); });
     __commands.command("stack.recent").setMenu(*__recentFilesMenu);
-    __commands.bind(
-        "stack.save", [this] { saveStack(); }, [this] { return __stack != nullptr && __stack->isModified(); });
-    __commands.bind(
-        "stack.saveAs", [this] { saveStackAs(); }, stack);
-    __commands.bind(
-        "stack.close", [this] { closeStack(); }, stack);
-    __commands.bind(
-        "stack.closeAll", [this] { closeAllStacks(); }, [this] { return numOpenStacks() > 0; });
+    __commands.bind("stack.save", [this] { saveStack(); }).enableWhen([this] {
+        return __stack != nullptr && __stack->isModified();
+    });
+    __commands.bind("stack.saveAs", [this] { saveStackAs(); }).enableWhen(stack);
+    __commands.bind("stack.close", [this] { closeStack(); }).enableWhen(stack);
+    __commands.bind("stack.closeAll", [this] { closeAllStacks(); }).enableWhen([this] { return numOpenStacks() > 0; });
 }
 
 void VRLRootMediator::bindEditCommands() {
     const auto stack = [this] { return __stack != nullptr; };
     const auto slice = [this] { return __slice != nullptr; };
-    __commands.bind(
-        "edit.undo", [this] { undo(); }, [this] { return __stack != nullptr && __stack->history()->isUndoable(); });
-    __commands.bind(
-        "edit.redo", [this] { redo(); }, [this] { return __stack != nullptr && __stack->history()->isRedoable(); });
-    __commands.bind(
-        "models.edit", [this] { runStackModelsDialog(); }, stack);
-    __commands.bind(
-        "slice.insert", [this] { insertSlice(); }, stack);
-    __commands.bind(
-        "slice.delete", [this] { deleteSlice(); }, slice);
-    __commands.bind(
-        "stack.properties", [this] { runStackPropertiesDialog(); }, stack);
-    __commands.bind(
-        "slice.properties", [this] { runSlicePropertiesDialog(); }, slice);
-    __commands.bind(
-        "stack.annotate", [this] { runStackAnnotationDialog(); }, stack);
-    __commands.bind(
-        "slice.annotate", [this] { runSliceAnnotationDialog(); }, slice);
+    __commands.bind("edit.undo", [this] { undo(); }).enableWhen([this] {
+        return __stack != nullptr && __stack->history()->isUndoable();
+    });
+    __commands.bind("edit.redo", [this] { redo(); }).enableWhen([this] {
+        return __stack != nullptr && __stack->history()->isRedoable();
+    });
+    __commands.bind("models.edit", [this] { runStackModelsDialog(); }).enableWhen(stack);
+    __commands.bind("slice.insert", [this] { insertSlice(); }).enableWhen(stack);
+    __commands.bind("slice.delete", [this] { deleteSlice(); }).enableWhen(slice);
+    __commands.bind("stack.properties", [this] { runStackPropertiesDialog(); }).enableWhen(stack);
+    __commands.bind("slice.properties", [this] { runSlicePropertiesDialog(); }).enableWhen(slice);
+    __commands.bind("stack.annotate", [this] { runStackAnnotationDialog(); }).enableWhen(stack);
+    __commands.bind("slice.annotate", [this] { runSliceAnnotationDialog(); }).enableWhen(slice);
     __commands.bind("program.preferences", [this] { runPreferencesDialog(); });
 }
 
@@ -109,14 +102,12 @@ void VRLRootMediator::bindProcessCommands() {
     __commands.command("stack.register").enableWhen([this] {
         return __stack != nullptr && __stack->getNumSlices() > 1;
     });
-    __commands.bind(
-        "stack.reconstruct", [this] { renderCurrentStack(); }, stack);
+    __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
     __commands.command("models.transfer").enableWhen(severalStacks);
     __commands.command("stack.findSpots").enableWhen(stack);
     __commands.command("stacks.normalize").enableWhen(severalStacks);
     __commands.command("models.filter").enableWhen(stack);
-    __commands.bind(
-        "stack.measure", [this] { runAnalysis(); }, stack);
+    __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
     __commands.bind("stacks.spotDistances", [this] { runOmbrelAction1(); });
 }
 
@@ -124,14 +115,18 @@ void VRLRootMediator::bindViewCommands() {
     const auto last = [this] { return __stack == nullptr ? -1 : __stack->getNumSlices() - 1; };
     __commands.bind("view.slice", [] {});
     __commands.command("view.overview").enableWhen([this] { return __slice != nullptr; });
-    __commands.bind(
-        "slice.first", [this] { setFirstSlice(); }, [this, last] { return last() >= 0 && !isAt(0); });
-    __commands.bind(
-        "slice.last", [this] { setLastSlice(); }, [this, last] { return last() >= 0 && !isAt(last()); });
-    __commands.bind(
-        "slice.next", [this] { setNextSlice(); }, [this, last] { return __slice != nullptr && !isAt(last()); });
-    __commands.bind(
-        "slice.previous", [this] { setPreviousSlice(); }, [this] { return __slice != nullptr && !isAt(0); });
+    __commands.bind("slice.first", [this] { setFirstSlice(); }).enableWhen([this, last] {
+        return last() >= 0 && !isAt(0);
+    });
+    __commands.bind("slice.last", [this] { setLastSlice(); }).enableWhen([this, last] {
+        return last() >= 0 && !isAt(last());
+    });
+    __commands.bind("slice.next", [this] { setNextSlice(); }).enableWhen([this, last] {
+        return __slice != nullptr && !isAt(last());
+    });
+    __commands.bind("slice.previous", [this] { setPreviousSlice(); }).enableWhen([this] {
+        return __slice != nullptr && !isAt(0);
+    });
     auto* const group = new QActionGroup(this);
     for (const char* view : {"view.panorama", "view.slice"})
         group->addAction(&__commands.action(view));

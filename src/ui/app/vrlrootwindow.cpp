@@ -217,7 +217,7 @@ bool VRLRootWindow::confirmQuit() {
 }
 
 void VRLRootWindow::showShortcuts() {
-    auto* dialog = findChild<ShortcutsDialog*>(Qt::FindDirectChildrenOnly);
+    auto* dialog = findChild<ShortcutsDialog*>();
     if (dialog == nullptr) {
         dialog = new ShortcutsDialog(this); // deletes itself when it is closed
         dialog->addSheet(rootCommands());

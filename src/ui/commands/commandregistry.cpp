@@ -33,8 +33,8 @@ void CommandRegistry::add(const std::vector<CommandInfo>& infos) {
         add(info);
 }
 
-Command& CommandRegistry::bind(const QString& id, Command::Work work, Command::Condition condition) {
-    return command(id).setWork(std::move(work)).enableWhen(std::move(condition));
+Command& CommandRegistry::bind(const QString& id, Command::Work work) {
+    return command(id).setWork(std::move(work));
 }
 
 Command* CommandRegistry::find(const QString& id) const {

@@ -31,8 +31,8 @@ public:
     Command& add(const CommandInfo& info);
     void add(const std::vector<CommandInfo>& infos);
 
-    /// Gives a command its work, and a condition for being enabled.
-    Command& bind(const QString& id, Command::Work work, Command::Condition condition = {});
+    /// Gives a command its work.
+    Command& bind(const QString& id, Command::Work work);
 
     Command* find(const QString& id) const;
     Command& command(const QString& id) const;

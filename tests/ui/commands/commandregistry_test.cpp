@@ -51,10 +51,8 @@ TEST_F(CommandRegistryTest, enablesByWorkConditionAndLock) {
     bool sensible = false;
     commands.update();
     EXPECT_EQ(enabled(), "");
-    commands.bind(
-        "a.open", [] {}, [&sensible] { return sensible; });
-    commands.bind(
-        "a.redo", [] {}, [&sensible] { return sensible; });
+    commands.bind("a.open", [] {}).enableWhen([&sensible] { return sensible; });
+    commands.bind("a.redo", [] {}).enableWhen([&sensible] { return sensible; });
     commands.bind("a.show", [] {});
     commands.bind("a.later", [] {}); // its time has not come
     commands.update();
