@@ -101,9 +101,8 @@ TEST_F(CommandRegistryTest, theRunnerCarriesTheWorkOut) {
 
 TEST_F(CommandRegistryTest, fillsMenusAndToolBarsInOrder) {
     QMenuBar bar;
-    QMenu files("Later");
+    QMenu files("Show");
     bool some = false;
-    commands.command("a.later").setMenu(files);
     commands.command("a.show").setMenu(files).enableWhen([&some] { return some; });
     const CommandMenu layout = {"File", {"a.redo", commandSeparator, "a.show"}};
     QMenu& menu = commands.addMenu(bar, layout);
