@@ -41,8 +41,16 @@ std::vector<CommandInfo> fileCommands() {
 std::vector<CommandInfo> editCommands() {
     return {
         // The usual key for redo, beside ours.
-        {.id = "edit.undo", .text = "Undo", .tip = "Undo", .icon = "undo", .keys = "Ctrl+Z"},
-        {.id = "edit.redo", .text = "Redo", .tip = "Redo", .icon = "redo", .keys = "Ctrl+R; Ctrl+Shift+Z"},
+        {.id = "edit.undo",
+         .text = "Undo",
+         .tip = "Take back the last change of the stack",
+         .icon = "undo",
+         .keys = "Ctrl+Z"},
+        {.id = "edit.redo",
+         .text = "Redo",
+         .tip = "Do again what was taken back",
+         .icon = "redo",
+         .keys = "Ctrl+R; Ctrl+Shift+Z"},
         {.id = "models.edit", .text = "Edit models...", .tip = "Create, change and delete the models of the stack"},
         {.id = "slice.insert", .text = "Insert slice...", .tip = "Put slices in front of the current one"},
         {.id = "slice.delete",

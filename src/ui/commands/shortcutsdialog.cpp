@@ -134,6 +134,22 @@ private:
     }
 };
 
+/// A tree that is read only: nothing folds.
+class CommandTree : public QTreeWidget {
+public:
+    using QTreeWidget::QTreeWidget;
+
+protected:
+    void drawBranches(QPainter*, const QRect&, const QModelIndex&) const override {}
+};
+
+/// Stands where a command has no icon, so that the texts stand in line.
+QIcon emptyIcon(QSize size) {
+    QPixmap pixmap(size);
+    pixmap.fill(Qt::transparent);
+    return {pixmap};
+}
+
 /// Internal names in brackets, as "[stepUp]", in words.
 QString readable(QString text) {
     if (!text.startsWith('[') || !text.endsWith(']'))
@@ -155,13 +171,14 @@ ShortcutsDialog::ShortcutsDialog(QWidget* parent) : QDialog(parent) {
     __withKeys = new QCheckBox("With keys only", this);
     __withKeys->setToolTip("Leave out the commands that have no key");
 
-    __list = new QTreeWidget(this);
+    __list = new CommandTree(this);
     __list->setAccessibleName("Commands");
     __list->setHeaderLabels({"Command", "Keys", "What it does"});
     __list->setItemDelegate(new RowPainter(__list));
     __list->setRootIsDecorated(false);
     __list->setItemsExpandable(false);
     __list->setIndentation(16);
+    __list->setIconSize({16, 16});
     __list->setAllColumnsShowFocus(true);
     __list->header()->setSectionsMovable(false);
     __list->header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
@@ -206,8 +223,7 @@ QTreeWidgetItem* ShortcutsDialog::newHeading(const QString& text, QTreeWidgetIte
 void ShortcutsDialog::addRow(QTreeWidgetItem& heading, const QString& text, const QString& icon, const QString& keys,
                              const QString& tip) {
     auto* const row = new QTreeWidgetItem(&heading, {text, keys, tip});
-    if (!icon.isEmpty())
-        row->setIcon(TextColumn, VRLIcons::icon(icon));
+    row->setIcon(TextColumn, icon.isEmpty() ? emptyIcon(__list->iconSize()) : VRLIcons::icon(icon));
     row->setToolTip(TipColumn, tip);
     QStringList words = {text, keys, tip};
     for (const QTreeWidgetItem* above = &heading; above != nullptr; above = above->parent())
