@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include <QAction>
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QLabel>
@@ -14,6 +13,7 @@
 #include <QVBoxLayout>
 
 #include "editing/stacks/vrlstack.h"
+#include "ui/analysis/analysiscommands.h"
 #include "ui/analysis/vrlanalysiswindowmediator.h"
 #include "ui/analysis/vrlmodelanalysiswidget.h"
 #include "ui/analysis/vrlmodelitemanalysiswidget.h"
@@ -74,22 +74,14 @@ void VRLAnalysisWindow::buildSheets() {
 }
 
 void VRLAnalysisWindow::buildMenus() {
+    __commands.add(analysisCommands().commands);
+    __commands.bind("window.close", [this] { close(); });
+    __commands.bind("sheet.save", [this] { __mediator->saveCurrentSheet(); });
+    __commands.bind("sheet.copy", [this] { __mediator->copySelection(); });
+    __commands.update();
     auto* menuBar = new QMenuBar(this);
-    QMenu* file = menuBar->addMenu("File");
-    QAction* close = file->addAction("Close");
-    close->setShortcut(Qt::CTRL | Qt::Key_W);
-    connect(close, &QAction::triggered, this, &QWidget::close);
-    QAction* save = file->addAction("Save ...");
-    save->setShortcut(Qt::CTRL | Qt::Key_S);
-    save->setToolTip("Saves the sheet in front as tab-separated text");
-    connect(save, &QAction::triggered, __mediator, &VRLAnalysisWindowMediator::saveCurrentSheet);
-    QMenu* edit = menuBar->addMenu("Edit");
-    QAction* copy = edit->addAction("Copy");
-    copy->setShortcut(Qt::CTRL | Qt::Key_C);
-    copy->setToolTip("Copies the selected cells with their headers");
-    connect(copy, &QAction::triggered, __mediator, &VRLAnalysisWindowMediator::copySelection);
-    file->setToolTipsVisible(true);
-    edit->setToolTipsVisible(true);
+    for (const CommandMenu& menu : analysisCommands().menus)
+        __commands.addMenu(*menuBar, menu);
     layout()->setMenuBar(menuBar);
 }
 

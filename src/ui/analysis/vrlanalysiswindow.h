@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+#include "ui/commands/commandregistry.h"
+
 class QLabel;
 
 namespace vorlen {
@@ -22,6 +24,9 @@ public:
 
     void setStack(const VRLStack& stack);
 
+    /// Their ids stand in analysisCommands().
+    CommandRegistry& commands() { return __commands; }
+
 protected:
     void moveEvent(QMoveEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -33,6 +38,7 @@ private:
 
     VRLAnalysisWindowMediator* __mediator;
     QLabel* __stackLabel = nullptr;
+    CommandRegistry __commands{*this};
 };
 
 } // namespace vorlen

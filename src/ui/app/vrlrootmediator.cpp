@@ -24,6 +24,7 @@
 #include "numerics/exception.h"
 #include "reconstruction/spotdistances.h"
 #include "ui/analysis/vrlanalysiswindow.h"
+#include "ui/app/rootcommands.h"
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/files/vrlstackio.h"
@@ -47,96 +48,115 @@
 
 namespace vorlen {
 
-namespace {
-
-/// Commands whose part of the program is not there yet.
-const QStringList futureCommands = {"Display stack panorama", "Display overview", "Register", "Find spots", "Normalize",
-                                    "Transfer models...",     "Filter models..."};
-
-} // namespace
-
 VRLRootMediator::VRLRootMediator(VRLRootWindow& window) : QObject(&window), __window(window) {
-    const auto add = [this](const QString& text, const QString& icon, const QString& shortcut, const QString& toolTip,
-                            std::function<void()> command) {
-        return addAction(text, icon, shortcut, toolTip, std::move(command));
-    };
-    add("New stack", "filenew", "Ctrl+N", "Make a stack of section images", [this] { createStack(); });
-    add("New stack from file", "", "", "Make a stack of the planes of a voxel matrix file",
-        [this] { createStackFromFile(); });
-    add("Open stack", "fileopen", "Ctrl+O", "Open stack description files", [this] { openStack(); });
-    add("Save stack", "filesave", "Ctrl+S", "Save the current stack to its file", [this] { saveStack(); });
-    add("Save stack as...", "", "", "Save the current stack to another file", [this] { saveStackAs(); });
-    add("Close stack", "fileclose", "Ctrl+C", "Close the current stack", [this] { closeStack(); });
-    add("Close all", "", "", "Close all stacks", [this] { closeAllStacks(); });
-    add("New window", "", "", "Open another window on the same stacks", [this] { __window.newWindow(); });
-    add("Close window", "", "Ctrl+W", "Close this window", [this] { __window.close(); });
-    add("Quit", "", "Ctrl+Q", "Close all stacks and quit", [this] { __window.quit(); });
-    QAction* panorama = add("Display stack panorama", "panorama", "", "All slices of the stack at once", [] {});
-    QAction* plain = add("Display single slice", "plainview", "", "The current slice alone", [] {});
-    add("Display overview", "overview", "V", "The whole slice in a small window", [] {})->setCheckable(true);
-    add("Undo", "undo", "Ctrl+Z", "Undo", [this] { undo(); });
-    add("Redo", "redo", "Ctrl+R", "Redo", [this] { redo(); });
-    add("Edit models...", "", "", "Create, change and delete the models of the stack",
-        [this] { runStackModelsDialog(); });
-    add("Insert slice...", "", "", "Put slices in front of the current one", [this] { insertSlice(); });
-    add("Delete slice", "", "", "Take the current slice, with what is drawn on it, out of the stack",
-        [this] { deleteSlice(); });
-    add("Stack properties...", "", "", "Name, unit, slice spacing and pixel size of the stack",
-        [this] { runStackPropertiesDialog(); });
-    add("Slice properties...", "", "", "Name, spacing and pixel size of the slice",
-        [this] { runSlicePropertiesDialog(); });
-    add("Annotate stack...", "text", "", "Note on the stack", [this] { runStackAnnotationDialog(); });
-    add("Annotate slice...", "text", "", "Note on the slice", [this] { runSliceAnnotationDialog(); });
-    add("Preferences...", "", "", "Backups, click tolerance, colours", [this] { runPreferencesDialog(); });
-    add("Select first slice", "bottom", "", "First slice", [this] { setFirstSlice(); });
-    add("Select last slice", "top", "", "Last slice", [this] { setLastSlice(); });
-    add("Select next slice", "up", "", "Next slice", [this] { setNextSlice(); });
-    add("Select previous slice", "down", "", "Previous slice", [this] { setPreviousSlice(); });
-    add("Register", "registration", "", "Align the slices of the stack", [] {});
-    add("Reconstruct", "threedimensions", "", "The models of the stack in space", [this] { renderCurrentStack(); });
-    add("Find spots", "", "", "Extract spots from the images of the stack", [] {});
-    add("Normalize", "", "", "Bring several stacks into one frame", [] {});
-    add("Transfer models...", "", "", "Copy or move models between stacks", [] {});
-    add("Filter models...", "", "", "Sort the items of models by a reference model", [] {});
-    add("Run", "", "Ctrl+M", "Measure the models, items and slices of the stack", [this] { runAnalysis(); });
-    add("Ombrel action1", "", "", "Distances of spots to the surface of a cell, for each open stack",
-        [this] { runOmbrelAction1(); });
-
-    // The usual key for redo, beside ours.
-    action("Redo")->setShortcuts({QKeySequence("Ctrl+R"), QKeySequence("Ctrl+Shift+Z")});
-    __viewGroup = new QActionGroup(this);
-    for (QAction* view : {panorama, plain}) {
-        view->setCheckable(true);
-        __viewGroup->addAction(view);
-    }
-    plain->setChecked(true);
+    __commands.add(rootCommands().commands);
+    __commands.setRunner([this](const Command& command) { guarded(command.text(), command.work()); });
     __recentFilesMenu = new VRLMenu("Recent stacks...", &__window);
     connect(__recentFilesMenu, &QMenu::aboutToShow, this, &VRLRootMediator::updateRecentFilesMenu);
     connect(__recentFilesMenu, qOverload<const QString&>(&VRLMenu::triggered), this,
             qOverload<const QString&>(&VRLRootMediator::openStack));
+    bindFileCommands();
+    bindEditCommands();
+    bindProcessCommands();
+    bindViewCommands();
+    bindWindowCommands();
+}
+
+void VRLRootMediator::bindFileCommands() {
+    const auto stack = [this] { return __stack != nullptr; };
+    __commands.bind("stack.new", [this] { createStack(); });
+    __commands.bind("stack.newFromFile", [this] { createStackFromFile(); });
+    __commands.bind("stack.open", [this] { openStack(); });
+    __commands.command("stack.recent").setMenu(*__recentFilesMenu);
+    __commands.bind("stack.save", [this] { saveStack(); }).enableWhen([this] {
+        return __stack != nullptr && __stack->isModified();
+    });
+    __commands.bind("stack.saveAs", [this] { saveStackAs(); }).enableWhen(stack);
+    __commands.bind("stack.close", [this] { closeStack(); }).enableWhen(stack);
+    __commands.bind("stack.closeAll", [this] { closeAllStacks(); }).enableWhen([this] { return numOpenStacks() > 0; });
+}
+
+void VRLRootMediator::bindEditCommands() {
+    const auto stack = [this] { return __stack != nullptr; };
+    const auto slice = [this] { return __slice != nullptr; };
+    __commands.bind("edit.undo", [this] { undo(); }).enableWhen([this] {
+        return __stack != nullptr && __stack->history()->isUndoable();
+    });
+    __commands.bind("edit.redo", [this] { redo(); }).enableWhen([this] {
+        return __stack != nullptr && __stack->history()->isRedoable();
+    });
+    __commands.bind("models.edit", [this] { runStackModelsDialog(); }).enableWhen(stack);
+    __commands.bind("slice.insert", [this] { insertSlice(); }).enableWhen(stack);
+    __commands.bind("slice.delete", [this] { deleteSlice(); }).enableWhen(slice);
+    __commands.bind("stack.properties", [this] { runStackPropertiesDialog(); }).enableWhen(stack);
+    __commands.bind("slice.properties", [this] { runSlicePropertiesDialog(); }).enableWhen(slice);
+    __commands.bind("stack.annotate", [this] { runStackAnnotationDialog(); }).enableWhen(stack);
+    __commands.bind("slice.annotate", [this] { runSliceAnnotationDialog(); }).enableWhen(slice);
+    __commands.bind("program.preferences", [this] { runPreferencesDialog(); });
+}
+
+/// Those that are planned get their conditions beforehand.
+void VRLRootMediator::bindProcessCommands() {
+    const auto stack = [this] { return __stack != nullptr; };
+    const auto severalStacks = [this] { return numOpenStacks() > 1; };
+    __commands.command("stack.register").enableWhen([this] {
+        return __stack != nullptr && __stack->getNumSlices() > 1;
+    });
+    __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
+    __commands.command("models.transfer").enableWhen(severalStacks);
+    __commands.command("stack.findSpots").enableWhen(stack);
+    __commands.command("stacks.normalize").enableWhen(severalStacks);
+    __commands.command("models.filter").enableWhen(stack);
+    __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
+    __commands.bind("stacks.spotDistances", [this] { runOmbrelAction1(); });
+}
+
+void VRLRootMediator::bindViewCommands() {
+    const auto last = [this] { return __stack == nullptr ? -1 : __stack->getNumSlices() - 1; };
+    __commands.bind("view.slice", [] {});
+    __commands.command("view.overview").enableWhen([this] { return __slice != nullptr; });
+    __commands.bind("slice.first", [this] { setFirstSlice(); }).enableWhen([this, last] {
+        return last() >= 0 && !isAt(0);
+    });
+    __commands.bind("slice.last", [this] { setLastSlice(); }).enableWhen([this, last] {
+        return last() >= 0 && !isAt(last());
+    });
+    __commands.bind("slice.next", [this] { setNextSlice(); }).enableWhen([this, last] {
+        return __slice != nullptr && !isAt(last());
+    });
+    __commands.bind("slice.previous", [this] { setPreviousSlice(); }).enableWhen([this] {
+        return __slice != nullptr && !isAt(0);
+    });
+    auto* const group = new QActionGroup(this);
+    for (const char* view : {"view.panorama", "view.slice"})
+        group->addAction(&__commands.action(view));
+    __commands.action("view.slice").setChecked(true);
+}
+
+void VRLRootMediator::bindWindowCommands() {
+    __commands.bind("window.new", [this] { __window.newWindow(); });
+    __commands.bind("window.close", [this] { __window.close(); });
+    __commands.bind("program.quit", [this] { __window.quit(); });
+    __commands.bind("show.toolBar", [this] { __window.toggleToolBar(); });
+    __commands.bind("show.browser", [this] { __window.toggleBrowser(); });
+    __commands.bind("show.statusBar", [this] { __window.toggleStatusBar(); });
+    __commands.bind("help.homepage", [this] { __window.openHomepage(); });
+    __commands.bind("help.manual", [this] { __window.openPDFManual(); });
+    __commands.bind("help.mailingList", [this] { __window.subscribeMailingList(); });
+    __commands.bind("help.shortcuts", [this] { __window.showShortcuts(); });
+    __commands.bind("help.about", [this] { __window.about(); });
 }
 
 VRLRootMediator::~VRLRootMediator() = default;
 
-QAction* VRLRootMediator::addAction(const QString& text, const QString& icon, const QString& shortcut,
-                                    const QString& toolTip, std::function<void()> command) {
-    auto* action = new QAction(text, this);
-    if (!icon.isEmpty())
-        action->setIcon(VRLIcons::icon(icon));
-    if (!shortcut.isEmpty())
-        action->setShortcut(QKeySequence(shortcut));
-    action->setToolTip(shortcut.isEmpty() ? toolTip : toolTip + " (" + shortcut + ")");
-    action->setStatusTip(toolTip);
-    connect(action, &QAction::triggered, this, [this, text, command = std::move(command)] { guarded(text, command); });
-    __actions += action;
-    return action;
+/// Without the one that closes.
+int VRLRootMediator::numOpenStacks() const {
+    return VRLStackServer::stackServer.getNumStacks() - (__stackCloses ? 1 : 0);
 }
 
-QAction* VRLRootMediator::action(const QString& text) const {
-    for (QAction* action : __actions)
-        if (action->text() == text)
-            return action;
-    return nullptr;
+/// Whether the current slice is the one of this position in the current stack.
+bool VRLRootMediator::isAt(int position) const {
+    return __slice != nullptr && __stack->findSlice(*__slice) == position;
 }
 
 /// A failing command is told to the user; the program lives on.
@@ -179,50 +199,29 @@ void VRLRootMediator::setRootWidget(VRLRootSliceEditWidget& widget) {
 
 void VRLRootMediator::setStatusBar(VRLRootStatusBar& statusBar) {
     __statusBar = &statusBar;
-    __statusBar->setStackAnnotationAction(action("Annotate stack..."));
-    __statusBar->setSliceAnnotationAction(action("Annotate slice..."));
+    __statusBar->setStackAnnotationAction(&__commands.action("stack.annotate"));
+    __statusBar->setSliceAnnotationAction(&__commands.action("slice.annotate"));
 }
 
 void VRLRootMediator::initFileMenu(QMenu& menu) {
-    for (const char* text : {"New stack", "New stack from file", "Open stack"})
-        menu.addAction(action(text));
-    menu.addMenu(__recentFilesMenu);
-    for (const char* text : {"Save stack", "Save stack as...", "Close stack", "Close all"})
-        menu.addAction(action(text));
-    menu.addSeparator();
-    menu.addAction(action("New window"));
-    menu.addAction(action("Close window"));
-    menu.addSeparator();
-    menu.addAction(action("Quit"));
+    __commands.fill(menu, rootCommands().menu("File"));
 }
 
 void VRLRootMediator::initEditMenu(QMenu& menu) {
-    menu.addAction(action("Undo"));
-    menu.addAction(action("Redo"));
-    menu.addSeparator();
-    for (const char* text : {"Edit models...", "Insert slice...", "Delete slice", "Stack properties...",
-                             "Slice properties...", "Annotate stack...", "Annotate slice..."})
-        menu.addAction(action(text));
-    menu.addSeparator();
-    menu.addAction(action("Preferences..."));
+    __commands.fill(menu, rootCommands().menu("Edit"));
 }
 
 void VRLRootMediator::initProcessMenu(QMenu& menu) {
-    for (const char* text :
-         {"Register", "Reconstruct", "Transfer models...", "Find spots", "Normalize", "Filter models..."})
-        menu.addAction(action(text));
+    __commands.fill(menu, rootCommands().menu("Process"));
 }
 
 void VRLRootMediator::initAnalyzeMenu(QMenu& menu) {
-    menu.addAction(action("Run"));
-    menu.addAction(action("Ombrel action1"));
+    __commands.fill(menu, rootCommands().menu("Analyze"));
 }
 
 void VRLRootMediator::initialize() {
     updateActions();
-    for (const char* text : {"Open stack", "Save stack", "Close stack", "Display stack panorama",
-                             "Display single slice", "Register", "Reconstruct", "Undo", "Redo", "Display overview"})
-        __toolBar->addAction(action(text));
+    __commands.fill(*__toolBar, rootCommands().menu("Tool bar"));
     auto* slider = new BlackWhiteDoubleSlider(__toolBar);
     __toolBar->addWidget(slider);
     __sliceWidget->setBlackWhiteDoubleSlider(*slider);
@@ -230,67 +229,25 @@ void VRLRootMediator::initialize() {
     __sliceWidget->setStatusBar(__statusBar->getSliceEditWidgetStatusBar());
     __sliceWidget->initialize();
     VRLRootSliceEditWidgetMediator& sliceMediator = __sliceWidget->getMediator();
-    sliceMediator.addContextualMenuAction(action("Slice properties..."));
-    sliceMediator.addContextualMenuAction(action("Annotate slice..."));
+    sliceMediator.addContextualMenuAction(&__commands.action("slice.properties"));
+    sliceMediator.addContextualMenuAction(&__commands.action("slice.annotate"));
     connect(&sliceMediator, &VRLSliceWidgetMediator::canvasModeChanged, this, &VRLRootMediator::setCanvasMode);
     connect(&sliceMediator, &VRLSliceEditWidgetMediator::lockRequested, this, &VRLRootMediator::lockRequest);
-    for (const char* text : {"Select first slice", "Select previous slice", "Select next slice", "Select last slice"})
-        __toolBar->addAction(action(text));
+    __commands.fill(*__toolBar, rootCommands().menu("Tool bar: slices"));
     sliceMediator.addMonitor(*__statusBar);
     for (int i = 0; i < VRLStackServer::stackServer.getNumStacks(); ++i)
         __stackList->addStack(VRLStackServer::stackServer.getStack(i));
     updateActions();
 }
 
-void VRLRootMediator::enable(const QString& text, bool enabled) {
-    action(text)->setEnabled(enabled && !futureCommands.contains(text));
-}
-
 void VRLRootMediator::updateActions() {
     if (__locked)
         return;
-    const bool stack = __stack != nullptr, slice = __slice != nullptr;
-    const int position = slice ? __stack->findSlice(*__slice) : -1;
-    const int last = stack ? __stack->getNumSlices() - 1 : -1;
-    const int numStacks = VRLStackServer::stackServer.getNumStacks();
-    enable("Save stack", stack && __stack->isModified());
-    enable("Close all", numStacks > 0);
-    for (const char* text :
-         {"Save stack as...", "Close stack", "Edit models...", "Insert slice...", "Stack properties...",
-          "Annotate stack...", "Reconstruct", "Find spots", "Filter models...", "Run"})
-        enable(text, stack);
-    for (const char* text : {"Delete slice", "Slice properties...", "Annotate slice...", "Display overview"})
-        enable(text, slice);
-    enable("Select first slice", stack && last >= 0 && position != 0);
-    enable("Select last slice", stack && last >= 0 && position != last);
-    enable("Select next slice", slice && position < last);
-    enable("Select previous slice", slice && position > 0);
-    enable("Register", stack && last > 0);
-    enable("Normalize", numStacks > 1);
-    enable("Transfer models...", numStacks > 1);
-    enable("Display stack panorama", true);
-    enable("Ombrel action1", true);
+    __commands.update();
     stackHistoryChange();
-
-    const auto noteIcon = [](bool empty) { return VRLIcons::icon(empty ? "text" : "textplus"); };
-    action("Annotate stack...")->setIcon(noteIcon(!stack || __stack->getAnnotation().empty()));
-    action("Annotate slice...")->setIcon(noteIcon(!slice || __slice->getAnnotation().empty()));
-}
-
-/// All commands from "New window" to "Run" at once, for the time that a slice is locked; and those of files, which
-/// would change the stack under what is being drawn, or save half of it.
-void VRLRootMediator::enableActions(bool enabled) {
-    bool concerned = false;
-    for (QAction* action : __actions) {
-        concerned = concerned || action->text() == "New window";
-        if (concerned)
-            action->setEnabled(enabled && !futureCommands.contains(action->text()));
-        concerned = concerned && action->text() != "Run";
-    }
-    for (const char* text : {"New stack", "New stack from file", "Open stack", "Save stack", "Save stack as...",
-                             "Close stack", "Close all"})
-        action(text)->setEnabled(enabled);
-    __recentFilesMenu->setEnabled(enabled);
+    const auto noteIcon = [](bool empty) { return empty ? "text" : "textplus"; };
+    __commands.command("stack.annotate").setIcon(noteIcon(__stack == nullptr || __stack->getAnnotation().empty()));
+    __commands.command("slice.annotate").setIcon(noteIcon(__slice == nullptr || __slice->getAnnotation().empty()));
 }
 
 void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
@@ -342,11 +299,13 @@ void VRLRootMediator::updateStatusBarDisplay() {
 void VRLRootMediator::stackHistoryChange() {
     if (__locked)
         return;
-    VRLActionHistory* history = __stack == nullptr ? nullptr : __stack->history();
-    enable("Undo", history != nullptr && history->isUndoable());
-    enable("Redo", history != nullptr && history->isRedoable());
-    action("Undo")->setToolTip(history == nullptr ? "Undo" : "Undo " + history->getUndoDescription(false));
-    action("Redo")->setToolTip(history == nullptr ? "Redo" : "Redo " + history->getRedoDescription(false));
+    const VRLActionHistory* history = __stack == nullptr ? nullptr : __stack->history();
+    const auto describe = [this](const char* id, const QString& text, const QString& step) {
+        __commands.update(id);
+        __commands.action(id).setToolTip(step.isEmpty() ? text : text + ' ' + step);
+    };
+    describe("edit.undo", "Undo", history == nullptr ? QString() : history->getUndoDescription(false));
+    describe("edit.redo", "Redo", history == nullptr ? QString() : history->getRedoDescription(false));
 }
 
 /// Builds the file commands for one use, with the status bar as monitor; a stack that comes out becomes current.
@@ -606,12 +565,12 @@ void VRLRootMediator::lockRequest(const bool on) {
 
 void VRLRootMediator::sliceLockEvent(VRLSliceLockEvent& event) {
     __locked = event.isLockOn();
+    __commands.setLocked(__locked);
     if (event.getSender() != this) {
         __window.setEnabled(!__locked);
         updateActions();
         return;
     }
-    enableActions(!__locked);
     __stackList->setEnabled(!__locked);
     __sliceList->setEnabled(!__locked);
     updateActions();
@@ -635,11 +594,9 @@ void VRLRootMediator::stackCloseEvent(VRLStackCloseEvent& event) {
     __stackList->removeStack(*event.getStack());
     if (event.getStack() == __stack)
         clearCurrentStack();
+    __stackCloses = true;
     updateActions();
-    // The stack that closes is still counted.
-    enable("Close all", VRLStackServer::stackServer.getNumStacks() > 1);
-    enable("Normalize", VRLStackServer::stackServer.getNumStacks() > 2);
-    enable("Transfer models...", VRLStackServer::stackServer.getNumStacks() > 2);
+    __stackCloses = false;
 }
 
 void VRLRootMediator::stackNameEvent(VRLStackNameEvent& event) {

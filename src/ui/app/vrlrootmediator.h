@@ -6,10 +6,9 @@
 #include <QObject>
 
 #include "editing/bus/vrleventclient.h"
+#include "ui/commands/commandregistry.h"
 #include "ui/slices/canvasmode.h"
 
-class QAction;
-class QActionGroup;
 class QMenu;
 class QMenuBar;
 class QToolBar;
@@ -28,8 +27,7 @@ class VRLStackListWidget;
 
 /// The commands of a root window, and what is current in it: a stack and a slice of it, or none.
 ///
-/// Commands whose part of the program is not there yet are disabled. A command that fails shows a message and leaves
-/// the document as it was.
+/// A command that fails shows a message and leaves the document as it was.
 class VRLRootMediator : public QObject, public VRLEventClient {
     Q_OBJECT
 
@@ -55,8 +53,8 @@ public:
     /// Whether something is drawn or edited, in this window or in another.
     bool isLocked() const { return __locked; }
 
-    /// The command of this text; null when there is none.
-    QAction* action(const QString& text) const;
+    /// All commands of the window; their ids stand in rootCommands().
+    CommandRegistry& commands() { return __commands; }
 
     /// Enables the commands that make sense now.
     void updateActions();
@@ -111,10 +109,13 @@ public slots:
     void lockRequest(const bool on);
 
 private:
-    QAction* addAction(const QString& text, const QString& icon, const QString& shortcut, const QString& toolTip,
-                       std::function<void()> command);
-    void enable(const QString& text, bool enabled);
-    void enableActions(bool enabled);
+    void bindFileCommands();
+    void bindEditCommands();
+    void bindProcessCommands();
+    void bindViewCommands();
+    void bindWindowCommands();
+    int numOpenStacks() const;
+    bool isAt(int position) const;
     void clearCurrentStack();
     void updateStatusBarDisplay();
     void reloadSlices(int position);
@@ -132,9 +133,9 @@ private:
     VRLRootSliceEditWidget* __sliceWidget = nullptr;
     VRLRootStatusBar* __statusBar = nullptr;
     VRLMenu* __recentFilesMenu = nullptr;
-    QActionGroup* __viewGroup = nullptr;
-    QList<QAction*> __actions;
+    CommandRegistry __commands{*this};
     bool __locked = false;
+    bool __stackCloses = false; // one that is still counted
 };
 
 } // namespace vorlen

@@ -21,14 +21,19 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include "ui/analysis/analysiscommands.h"
+#include "ui/app/rootcommands.h"
 #include "ui/app/vrlaboutwidget.h"
 #include "ui/app/vrlrootbrowser.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootstatusbar.h"
+#include "ui/commands/shortcutsdialog.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
+#include "ui/scenes/renderingcommands.h"
 #include "ui/session/vrlconfig.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
+#include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/vrlsplitter.h"
 
@@ -40,13 +45,10 @@ const QUrl homepage("https://example.org/vorlen");
 const QUrl manual("https://example.org/vorlen/manual.pdf");
 const QUrl mailingList("https://example.org/vorlen/list");
 
-QAction* addToggle(QMenu& menu, const QString& text, const QString& settingsKey, QWidget& part) {
-    QAction* action = menu.addAction(text);
-    action->setCheckable(true);
+void restoreVisibility(QAction& toggle, const QString& settingsKey, QWidget& part) {
     const bool visible = QSettings().value(settingsKey, true).toBool();
-    action->setChecked(visible);
+    toggle.setChecked(visible);
     part.setVisible(visible);
-    return action;
 }
 
 /// Two thirds of the screen's width and height.
@@ -103,21 +105,14 @@ VRLRootWindow::VRLRootWindow() {
     __mediator->initProcessMenu(*process);
     __mediator->initAnalyzeMenu(*analyze);
     __mediator->initialize();
-    for (QMenu* menu : {file, edit, process, analyze})
+    const CommandRegistry& commands = __mediator->commands();
+    commands.fill(*showMenu, rootCommands().menu("Show"));
+    commands.fill(*help, rootCommands().menu("Help"));
+    for (QMenu* menu : {file, edit, process, analyze, showMenu, help})
         menu->setToolTipsVisible(true);
-
-    connect(addToggle(*showMenu, "Tool bar", "rootWindow/toolBarVisible", *__toolBar), &QAction::triggered, this,
-            &VRLRootWindow::toggleToolBar);
-    connect(addToggle(*showMenu, "Browser", "rootWindow/browserVisible", *__browser), &QAction::triggered, this,
-            &VRLRootWindow::toggleBrowser);
-    connect(addToggle(*showMenu, "Status bar", "rootWindow/statusBarVisible", *__statusBar), &QAction::triggered, this,
-            &VRLRootWindow::toggleStatusBar);
-    connect(help->addAction("Vorlen Homepage [web]"), &QAction::triggered, this, &VRLRootWindow::openHomepage);
-    connect(help->addAction("Vorlen Manual [web]"), &QAction::triggered, this, &VRLRootWindow::openPDFManual);
-    connect(help->addAction("Subscribe mailing list [web]"), &QAction::triggered, this,
-            &VRLRootWindow::subscribeMailingList);
-    help->addSeparator();
-    connect(help->addAction("About Vorlen"), &QAction::triggered, this, &VRLRootWindow::about);
+    restoreVisibility(commands.action("show.toolBar"), "rootWindow/toolBarVisible", *__toolBar);
+    restoreVisibility(commands.action("show.browser"), "rootWindow/browserVisible", *__browser);
+    restoreVisibility(commands.action("show.statusBar"), "rootWindow/statusBarVisible", *__statusBar);
 
     auto* views = new QFrame(this);
     auto* viewsLayout = new QVBoxLayout(views);
@@ -219,6 +214,20 @@ bool VRLRootWindow::confirmQuit() {
     VRLStackIO io(this);
     io.addMonitor(*__statusBar);
     return io.closeAllStacks();
+}
+
+void VRLRootWindow::showShortcuts() {
+    auto* dialog = findChild<ShortcutsDialog*>();
+    if (dialog == nullptr) {
+        dialog = new ShortcutsDialog(this); // deletes itself when it is closed
+        dialog->addSheet(rootCommands());
+        dialog->addActions("Slice editor", __sliceWidget->getMediator().findChildren<QAction*>());
+        dialog->addSheet(renderingCommands());
+        dialog->addSheet(analysisCommands());
+    }
+    dialog->show();
+    dialog->raise();
+    dialog->activateWindow();
 }
 
 void VRLRootWindow::about() {

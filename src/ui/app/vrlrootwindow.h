@@ -55,6 +55,8 @@ public slots:
     void subscribeMailingList();
     void quit();
     bool confirmQuit();
+    /// The list of all commands and their keys; one for each root window.
+    void showShortcuts();
     void about();
 
 protected:

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iostream>
 
-#include <QAction>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -22,6 +21,7 @@
 #include "export/stackexporter.h"
 #include "numerics/exception.h"
 #include "ui/models/guarded.h"
+#include "ui/scenes/renderingcommands.h"
 #include "ui/scenes/vrlrenderingpaintergl.h"
 #include "ui/scenes/vrlrenderingtoolbar.h"
 #include "ui/viewer/viewercanvasgl.h"
@@ -47,12 +47,9 @@ void tryOn(VRLRenderingPainterGL& painter, const std::function<void(VRLRendering
 } // namespace
 
 VRLRenderingMediator::VRLRenderingMediator(QObject* parent) : ViewerMediator(parent) {
-    __snapshotAction = new QAction("Snapshot", this);
-    __snapshotAction->setToolTip("Save the picture to a file");
-    connect(__snapshotAction, &QAction::triggered, this, &ViewerMediator::snapshot);
-    __exportAction = new QAction("Export to STL...", this);
-    __exportAction->setToolTip("Save the surfaces of the models, a file for each");
-    connect(__exportAction, &QAction::triggered, this, qOverload<>(&VRLRenderingMediator::export2AsciiSTL));
+    commands().add(ownRenderingCommands());
+    commands().bind("rendering.export", [this] { export2AsciiSTL(); });
+    commands().update();
 }
 
 VRLRenderingMediator::~VRLRenderingMediator() {
@@ -78,8 +75,7 @@ void VRLRenderingMediator::clear() {
 }
 
 void VRLRenderingMediator::initRenderingMenu(QMenu& menu) {
-    menu.addAction(__snapshotAction);
-    menu.addAction(__exportAction);
+    commands().fill(menu, renderingCommands().menu("Rendering"));
 }
 
 void VRLRenderingMediator::initialize() {

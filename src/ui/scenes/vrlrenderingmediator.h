@@ -40,7 +40,7 @@ public:
     /// Shows nothing any more.
     void clear();
 
-    /// "Snapshot" and "Export to STL...".
+    /// "Snapshot", "Export to STL..." and "Close".
     void initRenderingMenu(QMenu& menu);
 
     /// Connects canvas, panel and toolbar.
@@ -90,8 +90,6 @@ private:
     void goToStack(VRLStack& stack);
     void warn(const QString& title, const QString& text);
 
-    QAction* __exportAction;
-    QAction* __snapshotAction;
     VRLStack* __stack = nullptr;
     VRLRenderingToolbar* __toolbar = nullptr;
     std::vector<std::unique_ptr<VRLRenderingPainterGL>> __painters;

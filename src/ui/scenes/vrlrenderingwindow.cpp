@@ -22,6 +22,7 @@
 #include "editing/stacks/vrlstack.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/models/vrlmodeldialog.h"
+#include "ui/scenes/renderingcommands.h"
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/scenes/vrlrenderingtoolbar.h"
 #include "ui/viewer/viewercanvasgl.h"
@@ -90,38 +91,33 @@ VRLRenderingWindow::~VRLRenderingWindow() {
 }
 
 void VRLRenderingWindow::buildMenus() {
+    CommandRegistry& commands = __mediator->commands();
+    commands.bind("window.close", [this] { close(); });
+    commands.bind("models.edit", [this] { editModels(); });
+    commands.bind("show.toolBar", [this] { toggleToolBar(); });
+    commands.bind("show.panel", [this] { togglePanel(); });
     __menuBar = new QMenuBar(this);
     QMenu* rendering = __menuBar->addMenu("Rendering");
     rendering->setToolTipsVisible(true);
     __mediator->initRenderingMenu(*rendering);
-    QAction* close = rendering->addAction("Close");
-    close->setShortcut(Qt::CTRL | Qt::Key_W);
-    connect(close, &QAction::triggered, this, &QWidget::close);
-
-    QMenu* edit = __menuBar->addMenu("Edit");
-    connect(edit->addAction("Edit models..."), &QAction::triggered, this, &VRLRenderingWindow::editModels);
-    edit->addAction("Animation timeout")->setEnabled(false);
-    edit->addAction("Animation angle")->setEnabled(false);
-
+    commands.addMenu(*__menuBar, renderingCommands().menu("Edit"));
     initPoseMenu();
-
-    __showMenu = __menuBar->addMenu("Show");
-    __toolBarAction = __showMenu->addAction("Tool bar");
-    __toolBarAction->setCheckable(true);
-    connect(__toolBarAction, &QAction::triggered, this, &VRLRenderingWindow::toggleToolBar);
-    __panelAction = __showMenu->addAction("Pose panel");
-    __panelAction->setCheckable(true);
-    connect(__panelAction, &QAction::triggered, this, &VRLRenderingWindow::togglePanel);
+    commands.addMenu(*__menuBar, renderingCommands().menu("Show"));
+    commands.update();
 }
 
 void VRLRenderingWindow::initPoseMenu() {
-    __poseMenu = __menuBar->addMenu("Pose");
-    connect(__poseMenu->addAction("Record..."), &QAction::triggered, this, &VRLRenderingWindow::recordPose);
-    __selectPoseMenu = __poseMenu->addMenu("Select");
-    __deletePoseMenu = __poseMenu->addMenu("Delete");
-    __poseMenu->addSeparator();
-    __mediator->populatePoseMenu(*__poseMenu);
-    connect(__poseMenu, &QMenu::aboutToShow, this, &VRLRenderingWindow::updatePoseMenu);
+    CommandRegistry& commands = __mediator->commands();
+    __selectPoseMenu = new QMenu("Select", this);
+    __deletePoseMenu = new QMenu("Delete", this);
+    const auto poses = [this] {
+        return __mediator->getStack() != nullptr && __mediator->getStack()->getNumPoses() > 0;
+    };
+    commands.bind("pose.record", [this] { recordPose(); });
+    commands.command("pose.select").setMenu(*__selectPoseMenu).enableWhen(poses);
+    commands.command("pose.delete").setMenu(*__deletePoseMenu).enableWhen(poses);
+    QMenu& pose = commands.addMenu(*__menuBar, renderingCommands().menu("Pose"));
+    connect(&pose, &QMenu::aboutToShow, this, &VRLRenderingWindow::updatePoseMenu);
     connect(__selectPoseMenu, &QMenu::triggered, this, &VRLRenderingWindow::selectPose);
     connect(__deletePoseMenu, &QMenu::triggered, this, &VRLRenderingWindow::deletePose);
 }
@@ -130,10 +126,10 @@ void VRLRenderingWindow::restoreSettings() {
     const QSettings settings;
     const bool toolBar = settings.value("renderingWindow/toolBarVisible", true).toBool();
     __toolbar->setVisible(toolBar);
-    __toolBarAction->setChecked(toolBar);
+    __mediator->commands().action("show.toolBar").setChecked(toolBar);
     const bool panel = settings.value("renderingWindow/panelVisible", true).toBool();
     __panelArea->setVisible(panel);
-    __panelAction->setChecked(panel);
+    __mediator->commands().action("show.panel").setChecked(panel);
     const QPoint position = settings.value("renderingWindow/pos", QPoint(0, 0)).toPoint();
     const QSize size = settings.value("renderingWindow/size", defaultSize()).toSize();
     const bool onScreen = QGuiApplication::screenAt(position + QPoint(size.width() / 2, 0)) != nullptr;
@@ -180,8 +176,7 @@ void VRLRenderingWindow::updatePoseMenu() {
         __selectPoseMenu->addAction(name)->setData(k);
         __deletePoseMenu->addAction(name)->setData(k);
     }
-    __selectPoseMenu->setEnabled(numPoses > 0);
-    __deletePoseMenu->setEnabled(numPoses > 0);
+    __mediator->commands().update();
 }
 
 void VRLRenderingWindow::recordPose() {
@@ -224,13 +219,13 @@ void VRLRenderingWindow::deletePose(QAction* action) {
 
 void VRLRenderingWindow::togglePanel() {
     __panelArea->setVisible(__panelArea->isHidden());
-    __panelAction->setChecked(!__panelArea->isHidden());
+    __mediator->commands().action("show.panel").setChecked(!__panelArea->isHidden());
     QSettings().setValue("renderingWindow/panelVisible", !__panelArea->isHidden());
 }
 
 void VRLRenderingWindow::toggleToolBar() {
     __toolbar->setVisible(__toolbar->isHidden());
-    __toolBarAction->setChecked(!__toolbar->isHidden());
+    __mediator->commands().action("show.toolBar").setChecked(!__toolbar->isHidden());
     QSettings().setValue("renderingWindow/toolBarVisible", !__toolbar->isHidden());
 }
 

@@ -68,12 +68,8 @@ private:
     ViewerPosePanel* __panel;
     QScrollArea* __panelArea;
     QMenuBar* __menuBar;
-    QMenu* __poseMenu;
     QMenu* __selectPoseMenu;
     QMenu* __deletePoseMenu;
-    QMenu* __showMenu;
-    QAction* __toolBarAction;
-    QAction* __panelAction;
 };
 
 } // namespace vorlen

@@ -1,35 +1,24 @@
 #include "ui/viewer/viewermediator.h"
 
 #include "ui/viewer/viewercanvasgl.h"
+#include "ui/viewer/viewercommands.h"
 #include "ui/viewer/viewerposepanel.h"
 
-#include <QAction>
 #include <QKeyEvent>
 #include <QMenu>
 
 namespace vorlen {
 
 ViewerMediator::ViewerMediator(QObject* parent) : QObject(parent) {
-    __snapshotAction = __addAction("Snapshot", "Save the picture to a file", &ViewerMediator::snapshot);
-    __recordAction = __addAction("Record", "Record a video", nullptr);
-    __randomMotionAction = __addAction("Toggle random motion", "Turn the scene at random, or stop", nullptr);
-    __spinningMotionAction = __addAction("Toggle spinning motion", "Let the scene spin, or stop", nullptr);
-    __motionAngleAction = __addAction("Set motion angle...", "Set how far a step of the motion turns", nullptr);
-    __motionTimeoutAction = __addAction("Set motion timeout...", "Set the time between steps of the motion", nullptr);
-    __animationAction = __addAction("Toggle animation", "Show the selected shapes in turn, or stop", nullptr);
-    using Slot = void (ViewerMediator::*)();
-    const Slot poseSlots[] = {&ViewerMediator::setStandardPose1, &ViewerMediator::setStandardPose2,
-                              &ViewerMediator::setStandardPose3};
-    const Slot revPoseSlots[] = {&ViewerMediator::setRevStandardPose1, &ViewerMediator::setRevStandardPose2,
-                                 &ViewerMediator::setRevStandardPose3};
-    const char* const axes[] = {"z", "x", "y"};
-    for (int k = 0; k < 3; ++k)
-        __standardPoseActions[k] = __addAction(QString("Standard pose %1").arg(k + 1),
-                                               QString("Look along the %1 axis").arg(axes[k]), poseSlots[k]);
-    for (int k = 0; k < 3; ++k)
-        __revStandardPoseActions[k] =
-            __addAction(QString("Reverse standard pose %1").arg(k + 1),
-                        QString("Look along the %1 axis from the other side").arg(axes[k]), revPoseSlots[k]);
+    __commands.add(viewerCommands());
+    __commands.bind("viewer.snapshot", [this] { snapshot(); });
+    __commands.bind("pose.standard1", [this] { setStandardPose1(); });
+    __commands.bind("pose.standard2", [this] { setStandardPose2(); });
+    __commands.bind("pose.standard3", [this] { setStandardPose3(); });
+    __commands.bind("pose.reverse1", [this] { setRevStandardPose1(); });
+    __commands.bind("pose.reverse2", [this] { setRevStandardPose2(); });
+    __commands.bind("pose.reverse3", [this] { setRevStandardPose3(); });
+    __commands.update();
 }
 
 void ViewerMediator::initialize() {
@@ -92,19 +81,11 @@ QWidget* ViewerMediator::parentWidget() const {
 }
 
 void ViewerMediator::populateFileMenu(QMenu& menu) {
-    menu.addAction(__snapshotAction);
-    menu.addAction(__recordAction);
+    __commands.fill(menu, viewerFileMenu());
 }
 
 void ViewerMediator::populatePoseMenu(QMenu& menu) {
-    for (QAction* action : __standardPoseActions)
-        menu.addAction(action);
-    for (QAction* action : __revStandardPoseActions)
-        menu.addAction(action);
-    menu.addSeparator();
-    for (QAction* action :
-         {__animationAction, __randomMotionAction, __spinningMotionAction, __motionAngleAction, __motionTimeoutAction})
-        menu.addAction(action);
+    __commands.fill(menu, viewerPoseMenu());
 }
 
 bool ViewerMediator::eventFilter(QObject* watched, QEvent* event) {
@@ -160,15 +141,6 @@ void ViewerMediator::setRevStandardPose3() {
 void ViewerMediator::snapshot() {
     if (__canvas != nullptr)
         __canvas->snapshot();
-}
-
-QAction* ViewerMediator::__addAction(const QString& text, const QString& toolTip, void (ViewerMediator::*slot)()) {
-    auto* action = new QAction(text, this);
-    action->setToolTip(toolTip);
-    action->setEnabled(slot != nullptr);
-    if (slot != nullptr)
-        connect(action, &QAction::triggered, this, slot);
-    return action;
 }
 
 } // namespace vorlen

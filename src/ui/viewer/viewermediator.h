@@ -1,11 +1,11 @@
 #pragma once
 
 #include "document/pose.h"
+#include "ui/commands/commandregistry.h"
 
 #include <QObject>
 #include <QPointer>
 
-class QAction;
 class QMenu;
 class QWidget;
 
@@ -38,6 +38,8 @@ public:
     /// Where dialogs belong: the canvas, or null without one.
     QWidget* parentWidget() const;
 
+    /// The viewer's commands; a window that holds the viewer adds its own.
+    CommandRegistry& commands() { return __commands; }
     void populateFileMenu(QMenu& menu);
     void populatePoseMenu(QMenu& menu);
 
@@ -56,19 +58,9 @@ public slots:
     void snapshot();
 
 private:
-    QAction* __addAction(const QString& text, const QString& toolTip, void (ViewerMediator::*slot)());
-
     QPointer<ViewerCanvasGL> __canvas;
     QPointer<ViewerPosePanel> __panel;
-    QAction* __snapshotAction;
-    QAction* __recordAction;
-    QAction* __randomMotionAction;
-    QAction* __spinningMotionAction;
-    QAction* __motionAngleAction;
-    QAction* __motionTimeoutAction;
-    QAction* __animationAction;
-    QAction* __standardPoseActions[3];
-    QAction* __revStandardPoseActions[3];
+    CommandRegistry __commands{*this};
 };
 
 } // namespace vorlen

@@ -12,7 +12,9 @@
 #include <gtest/gtest.h>
 
 #include "numerics/exception.h"
+#include "support/commands.h"
 #include "support/modalscript.h"
+#include "ui/analysis/analysiscommands.h"
 #include "ui/analysis/analysisstack.h"
 #include "ui/analysis/vrlanalysiswindowmediator.h"
 #include "ui/analysis/vrlmodelanalysiswidget.h"
@@ -71,6 +73,7 @@ protected:
 
 TEST_F(VRLAnalysisWindowTest, hasASheetForItemsSlicesAndModels) {
     EXPECT_EQ(window->windowTitle(), "Vorlen - Analysis");
+    expectSound(*window, window->commands(), analysisCommands());
     ASSERT_EQ(tabs().count(), 3);
     EXPECT_EQ(tabs().tabText(0), "Items");
     EXPECT_EQ(tabs().tabToolTip(1), "Displays analysis of 2D slices contents");

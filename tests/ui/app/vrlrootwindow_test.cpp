@@ -21,6 +21,7 @@
 #include <QTextEdit>
 #include <QTimer>
 #include <QToolBar>
+#include <QTreeWidget>
 
 #include <gtest/gtest.h>
 
@@ -34,13 +35,16 @@
 #include "editing/stacks/vrlstackserver.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
+#include "support/commands.h"
 #include "support/documentmaker.h"
 #include "support/eventrecorder.h"
 #include "support/heldmemory.h"
 #include "support/modalscript.h"
+#include "ui/app/rootcommands.h"
 #include "ui/app/vrlrootbrowser.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootstatusbar.h"
+#include "ui/commands/shortcutsdialog.h"
 #include "ui/models/vrlslicelistwidget.h"
 #include "ui/models/vrlstacklistwidget.h"
 #include "ui/scenes/vrlrenderingmediator.h"
@@ -106,8 +110,8 @@ protected:
         mediator().openStack(folder.filePath(QString(name) + ".sdf"));
         return *mediator().currentStack();
     }
-    bool enabled(const char* text) { return mediator().action(text)->isEnabled(); }
-    void trigger(const char* text) { mediator().action(text)->trigger(); }
+    bool enabled(const char* id) { return isEnabled(mediator().commands(), id); }
+    void trigger(const char* id) { vorlen::trigger(mediator().commands(), id); }
     std::string hint() const {
         for (const QLabel* label : window->findChildren<QLabel*>())
             if (label->accessibleName() == "Hint")
@@ -133,24 +137,10 @@ protected:
     ModalScript user;
 };
 
-const QStringList allCommands = {"Save stack",
-                                 "Save stack as...",
-                                 "Reconstruct",
-                                 "Close stack",
-                                 "Close all",
-                                 "Undo",
-                                 "Redo",
-                                 "Edit models...",
-                                 "Insert slice...",
-                                 "Delete slice",
-                                 "Stack properties...",
-                                 "Slice properties...",
-                                 "Annotate stack...",
-                                 "Annotate slice...",
-                                 "Select first slice",
-                                 "Select last slice",
-                                 "Select next slice",
-                                 "Select previous slice"};
+const std::vector<const char*> allCommands = {
+    "stack.save",     "stack.saveAs",   "stack.reconstruct", "stack.close",  "stack.closeAll",   "edit.undo",
+    "edit.redo",      "models.edit",    "slice.insert",      "slice.delete", "stack.properties", "slice.properties",
+    "stack.annotate", "slice.annotate", "slice.first",       "slice.last",   "slice.next",       "slice.previous"};
 
 } // namespace
 
@@ -168,11 +158,27 @@ TEST_F(VRLRootWindowTest, startsEmptyWithAllItsMenus) {
     EXPECT_EQ(file, (QStringList{"New stack", "New stack from file", "Open stack", "Recent stacks...", "Save stack",
                                  "Save stack as...", "Close stack", "Close all", "-", "New window", "Close window", "-",
                                  "Quit"}));
-    for (const QString& text : allCommands)
-        EXPECT_FALSE(mediator().action(text)->isEnabled()) << text.toStdString();
-    for (const char* text : {"New stack", "New stack from file", "Open stack", "New window", "Close window", "Quit",
-                             "Preferences...", "Display single slice"})
+    for (const char* text : allCommands)
+        EXPECT_FALSE(enabled(text)) << text;
+    for (const char* text : {"stack.new", "stack.newFromFile", "stack.open", "window.new", "window.close",
+                             "program.quit", "program.preferences", "view.slice"})
         EXPECT_TRUE(enabled(text)) << text;
+}
+
+TEST_F(VRLRootWindowTest, commandsAreSoundAndListed) {
+    expectSound(*window, mediator().commands(), rootCommands());
+    mediator().lockRequest(true); // helps while drawing, too
+    for (int times = 0; times < 2; ++times)
+        key(Qt::Key_Question, Qt::ControlModifier);
+    const auto dialogs = window->findChildren<ShortcutsDialog*>();
+    ASSERT_EQ(dialogs.size(), 1);
+    EXPECT_TRUE(dialogs[0]->isVisible());
+    QStringList windows;
+    auto* const list = dialogs[0]->findChild<QTreeWidget*>();
+    for (int i = 0; i < list->topLevelItemCount(); ++i)
+        windows += list->topLevelItem(i)->text(0);
+    EXPECT_EQ(windows, (QStringList{"Main window", "Slice editor", "Rendering window", "Analysis window"}));
+    EXPECT_FALSE(list->findItems("Edit points", Qt::MatchExactly | Qt::MatchRecursive).isEmpty());
 }
 
 TEST_F(VRLRootWindowTest, anOpenedStackBecomesCurrentOnItsSlice) {
@@ -194,36 +200,36 @@ TEST_F(VRLRootWindowTest, anOpenedStackBecomesCurrentOnItsSlice) {
 
 TEST_F(VRLRootWindowTest, commandsFollowTheState) {
     VRLStack& stack = open("one");
-    EXPECT_FALSE(enabled("Save stack"));
+    EXPECT_FALSE(enabled("stack.save"));
     for (const char* text :
-         {"Save stack as...", "Close stack", "Close all", "Edit models...", "Insert slice...", "Delete slice",
-          "Stack properties...", "Slice properties...", "Annotate stack...", "Select last slice", "Select next slice"})
+         {"stack.saveAs", "stack.close", "stack.closeAll", "models.edit", "slice.insert", "slice.delete",
+          "stack.properties", "slice.properties", "stack.annotate", "slice.last", "slice.next"})
         EXPECT_TRUE(enabled(text)) << text;
-    EXPECT_FALSE(enabled("Select first slice"));
-    EXPECT_FALSE(enabled("Select previous slice"));
-    trigger("Select next slice");
+    EXPECT_FALSE(enabled("slice.first"));
+    EXPECT_FALSE(enabled("slice.previous"));
+    trigger("slice.next");
     EXPECT_EQ(slice(), "s1");
-    EXPECT_TRUE(enabled("Select first slice"));
-    EXPECT_TRUE(enabled("Select previous slice"));
-    trigger("Select last slice");
+    EXPECT_TRUE(enabled("slice.first"));
+    EXPECT_TRUE(enabled("slice.previous"));
+    trigger("slice.last");
     EXPECT_EQ(slice(), "s2");
-    EXPECT_FALSE(enabled("Select next slice"));
-    EXPECT_FALSE(enabled("Select last slice"));
-    trigger("Select previous slice");
-    trigger("Select first slice");
+    EXPECT_FALSE(enabled("slice.next"));
+    EXPECT_FALSE(enabled("slice.last"));
+    trigger("slice.previous");
+    trigger("slice.first");
     EXPECT_EQ(slice(), "s0");
     EXPECT_FALSE(window->isWindowModified());
     stack.setModified(true);
-    EXPECT_TRUE(enabled("Save stack"));
+    EXPECT_TRUE(enabled("stack.save"));
     EXPECT_TRUE(window->isWindowModified());
     // Commands whose part of the program is still to come.
-    for (const char* text : {"Register", "Find spots", "Normalize"})
+    for (const char* text : {"stack.register", "stack.findSpots", "stacks.normalize"})
         EXPECT_FALSE(enabled(text)) << text;
     stack.setModified(false);
-    trigger("Close stack");
+    trigger("stack.close");
     EXPECT_EQ(mediator().currentStack(), nullptr);
-    for (const QString& text : allCommands)
-        EXPECT_FALSE(mediator().action(text)->isEnabled()) << text.toStdString();
+    for (const char* text : allCommands)
+        EXPECT_FALSE(enabled(text)) << text;
     EXPECT_EQ(window->windowTitle(), "Vorlen");
     EXPECT_TRUE(listed(window->browser().sliceList()).isEmpty());
 }
@@ -235,7 +241,7 @@ TEST_F(VRLRootWindowTest, listAndSliderMoveThroughTheSlices) {
     EXPECT_EQ(slice(), "s2");
     window->browser().sliceList().findChild<QSlider*>()->setValue(1);
     EXPECT_EQ(slice(), "s1");
-    trigger("Select first slice");
+    trigger("slice.first");
     EXPECT_EQ(list->currentRow(), 2);
     VRLStack& two = open("two");
     window->browser().stackList().findChild<QListWidget*>()->setCurrentRow(0);
@@ -251,41 +257,41 @@ TEST_F(VRLRootWindowTest, undoAndRedoFollowTheHistory) {
     EditStep step(*stack.history());
     step.apply(std::move(move));
     step.commit();
-    EXPECT_TRUE(enabled("Undo"));
-    EXPECT_EQ(mediator().action("Undo")->toolTip(), "Undo Move item vertex");
+    EXPECT_TRUE(enabled("edit.undo"));
+    EXPECT_EQ(mediator().commands().action("edit.undo").toolTip(), "Undo Move item vertex");
     EXPECT_TRUE(window->isWindowModified());
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(item.getVertices()[0][0], 1);
-    EXPECT_FALSE(enabled("Undo"));
-    EXPECT_EQ(mediator().action("Undo")->toolTip(), "Undo (Nothing to undo)");
+    EXPECT_FALSE(enabled("edit.undo"));
+    EXPECT_EQ(mediator().commands().action("edit.undo").toolTip(), "Undo (Nothing to undo)");
     key(Qt::Key_R, Qt::ControlModifier);
     EXPECT_EQ(item.getVertices()[0][0], 3);
-    trigger("Undo");
+    trigger("edit.undo");
     key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(item.getVertices()[0][0], 3);
-    trigger("Undo");
+    trigger("edit.undo");
     EXPECT_TRUE(stack.isModified()); // undoing does not clear the flag
 }
 
 TEST_F(VRLRootWindowTest, aDeletedSliceComesBackByUndo) {
     VRLStack& stack = open("one");
-    trigger("Select next slice");
-    trigger("Delete slice");
+    trigger("slice.next");
+    trigger("slice.delete");
     EXPECT_EQ(stack.getNumSlices(), 2);
     EXPECT_EQ(slice(), "s2");
     EXPECT_TRUE(stack.isModified());
     EXPECT_EQ(listed(window->browser().sliceList()).size(), 2);
     EXPECT_EQ(stack.getModel(0).getNumItems(), 0);
-    trigger("Undo");
+    trigger("edit.undo");
     EXPECT_EQ(stack.getNumSlices(), 3);
     EXPECT_EQ(stack.getModel(0).getNumItems(), 1);
     EXPECT_EQ(listed(window->browser().sliceList()).size(), 3);
     for (int i = 0; i < 3; ++i)
-        trigger("Delete slice");
+        trigger("slice.delete");
     EXPECT_EQ(slice(), "none");
-    EXPECT_FALSE(enabled("Delete slice"));
+    EXPECT_FALSE(enabled("slice.delete"));
     for (int i = 0; i < 3; ++i)
-        trigger("Undo");
+        trigger("edit.undo");
     EXPECT_EQ(stack.getNumSlices(), 3);
 }
 
@@ -319,7 +325,7 @@ TEST_F(VRLRootWindowTest, droppedFilesOpen) {
 
 TEST_F(VRLRootWindowTest, twoWindowsShowTheSameStacksAndOneClosesWithoutAsking) {
     VRLStack& stack = open("one");
-    trigger("New window");
+    trigger("window.new");
     EXPECT_EQ(VRLRootWindow::numRootWindows(), 2);
     const QPointer<VRLRootWindow> other = otherWindow();
     ASSERT_FALSE(other.isNull());
@@ -345,17 +351,17 @@ TEST_F(VRLRootWindowTest, twoWindowsShowTheSameStacksAndOneClosesWithoutAsking) 
 
 TEST_F(VRLRootWindowTest, aLockedSliceLeavesOnlyItsOwnWindowAlive) {
     open("one");
-    trigger("New window");
+    trigger("window.new");
     VRLRootWindow* other = otherWindow();
     other->mediator().setStack(*mediator().currentStack());
     mediator().lockRequest(true);
     EXPECT_FALSE(other->isEnabled());
     EXPECT_TRUE(window->isEnabled());
-    for (const char* text : {"Quit", "Select next slice", "Edit models...", "Close stack", "Open stack"})
+    for (const char* text : {"program.quit", "slice.next", "models.edit", "stack.close", "stack.open"})
         EXPECT_FALSE(enabled(text)) << text;
     EXPECT_FALSE(window->browser().sliceList().isEnabled());
     mediator().currentStack()->setModified(true); // no command comes back to life meanwhile
-    EXPECT_FALSE(enabled("Save stack"));
+    EXPECT_FALSE(enabled("stack.save"));
     EXPECT_FALSE(window->close()); // what is being drawn would be lost
     EXPECT_FALSE(other->close());
     QMimeData data;
@@ -365,11 +371,11 @@ TEST_F(VRLRootWindowTest, aLockedSliceLeavesOnlyItsOwnWindowAlive) {
     EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
     mediator().lockRequest(false);
     EXPECT_TRUE(other->isEnabled());
-    EXPECT_TRUE(other->mediator().action("Save stack")->isEnabled());
-    for (const char* text : {"Quit", "Select next slice", "Edit models...", "Save stack", "Open stack"})
+    EXPECT_TRUE(isEnabled(other->mediator().commands(), "stack.save"));
+    for (const char* text : {"program.quit", "slice.next", "models.edit", "stack.save", "stack.open"})
         EXPECT_TRUE(enabled(text)) << text;
-    EXPECT_FALSE(enabled("Select previous slice"));
-    EXPECT_TRUE(enabled("Reconstruct"));
+    EXPECT_FALSE(enabled("slice.previous"));
+    EXPECT_TRUE(enabled("stack.reconstruct"));
     EXPECT_TRUE(window->browser().sliceList().isEnabled());
 
     // Given back too when the slice is the current one no more.
@@ -381,7 +387,7 @@ TEST_F(VRLRootWindowTest, aLockedSliceLeavesOnlyItsOwnWindowAlive) {
     EXPECT_EQ(mediator().currentSlice(), nullptr);
     mediator().lockRequest(false);
     EXPECT_TRUE(other->isEnabled());
-    EXPECT_TRUE(enabled("Open stack"));
+    EXPECT_TRUE(enabled("stack.open"));
 }
 
 TEST_F(VRLRootWindowTest, aSnakeThatRunsLetsNothingElseHappenInAnyWindow) {
@@ -391,11 +397,11 @@ TEST_F(VRLRootWindowTest, aSnakeThatRunsLetsNothingElseHappenInAnyWindow) {
             image.getPixels()[y][x] = std::hypot(x - 100, y - 80) < 40 ? 60 : 180;
     ImageWriter().write(image, folder.filePath("i.tif").toStdString(), true);
     VRLStack& stack = open("one");
-    trigger("Select next slice");
+    trigger("slice.next");
     StackSlice& slice = *mediator().currentSlice();
     ASSERT_EQ(slice.getNumItems(), 1);
     slice.getItem(0).setVertices(makeVertices({{155, 80}, {100, 135}, {45, 80}, {100, 25}}));
-    trigger("New window");
+    trigger("window.new");
     VRLRootWindow* other = otherWindow();
     slice.getItem(0).getSelection().set(true);
     VRLSliceEditWidgetMediator& editor = window->sliceWidget().getMediator();
@@ -413,7 +419,7 @@ TEST_F(VRLRootWindowTest, aSnakeThatRunsLetsNothingElseHappenInAnyWindow) {
             return;
         looked = true; // in the midst of the run
         EXPECT_FALSE(other->isEnabled());
-        for (const char* text : {"Undo", "Close stack", "Select next slice", "Edit models...", "Quit"})
+        for (const char* text : {"edit.undo", "stack.close", "slice.next", "models.edit", "program.quit"})
             EXPECT_FALSE(enabled(text)) << text;
         said = hint();
         EXPECT_FALSE(other->close());
@@ -435,9 +441,9 @@ TEST_F(VRLRootWindowTest, aSnakeThatRunsLetsNothingElseHappenInAnyWindow) {
     EXPECT_EQ(hint().substr(0, 14), "The snake has ");
     EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
     EXPECT_TRUE(other->isEnabled());
-    EXPECT_TRUE(enabled("Undo"));
+    EXPECT_TRUE(enabled("edit.undo"));
     EXPECT_EQ(std::count(recorder.heard.begin(), recorder.heard.end(), "sliceLock"), 2);
-    trigger("Undo");
+    trigger("edit.undo");
     EXPECT_EQ(slice.getNumItems(), 1);
     EXPECT_EQ(mediator().currentStack(), &stack);
 }
@@ -445,9 +451,9 @@ TEST_F(VRLRootWindowTest, aSnakeThatRunsLetsNothingElseHappenInAnyWindow) {
 TEST_F(VRLRootWindowTest, dialogsOpenFromTheirCommands) {
     open("one");
     const std::vector<std::pair<const char*, QString>> dialogs = {
-        {"Edit models...", "Models for stack \"one\""}, {"Stack properties...", "Stack properties"},
-        {"Slice properties...", "Slice properties"},    {"Annotate stack...", "Stack annotation"},
-        {"Annotate slice...", "Slice annotation"},      {"Preferences...", "Preferences"}};
+        {"models.edit", "Models for stack \"one\""}, {"stack.properties", "Stack properties"},
+        {"slice.properties", "Slice properties"},    {"stack.annotate", "Stack annotation"},
+        {"slice.annotate", "Slice annotation"},      {"program.preferences", "Preferences"}};
     for (const auto& [command, title] : dialogs) {
         user.thenReject();
         trigger(command);
@@ -470,7 +476,7 @@ TEST_F(VRLRootWindowTest, runShowsTheMeasurementsOfTheCurrentStack) {
     key(Qt::Key_M, Qt::ControlModifier);
     ASSERT_EQ(analysisWindows().size(), 1);
     EXPECT_TRUE(analysisWindows()[0]->isVisible());
-    trigger("Close stack"); // the window outlives it
+    trigger("stack.close"); // the window outlives it
     EXPECT_EQ(analysisWindows().size(), 1);
     analysisWindows()[0]->close();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -510,7 +516,7 @@ TEST_F(VRLRootWindowTest, aCommandThatFailsIsToldAndChangesNothing) {
     volume.close();
     user.thenChoose({folder.filePath("cut.vm")});
     user.thenClick("OK");
-    trigger("New stack from file");
+    trigger("stack.newFromFile");
     EXPECT_NE(user.seen.back().find("cut.vm"), std::string::npos);
     EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 0);
 }
@@ -521,10 +527,10 @@ TEST_F(VRLRootWindowTest, openingAndBrowsingForLongLeaksNothing) {
     long settled = 0;
     for (int round = 0; round < 200; ++round) {
         open("one");
-        trigger("Select next slice");
-        trigger("Select last slice");
+        trigger("slice.next");
+        trigger("slice.last");
         QCoreApplication::processEvents();
-        trigger("Close stack");
+        trigger("stack.close");
         QCoreApplication::processEvents();
         if (round == 60)
             settled = heldMemory();
@@ -544,11 +550,11 @@ TEST_F(VRLRootWindowTest, ombrelActionListsDistancesAndNamesStacksWithoutTheMode
         return texts;
     };
     user.thenClick("OK");
-    trigger("Ombrel action1");
+    trigger("stacks.spotDistances");
     EXPECT_NE(user.seen.back().find("No stack is open."), std::string::npos);
     open("one");
     user.thenClick("OK");
-    trigger("Ombrel action1");
+    trigger("stacks.spotDistances");
     EXPECT_NE(user.seen.back().find("Stack \"one\" is left out. It has no model \"cell\"."), std::string::npos);
     EXPECT_TRUE(lines().isEmpty());
 
@@ -561,7 +567,7 @@ TEST_F(VRLRootWindowTest, ombrelActionListsDistancesAndNamesStacksWithoutTheMode
     int count = 0;
     for (int run = 0; run < 2; ++run) {
         user.thenClick("OK"); // of the first stack
-        trigger("Ombrel action1");
+        trigger("stacks.spotDistances");
         const QList<QStringList> texts = lines();
         ASSERT_EQ(texts.size(), 1);
         ASSERT_EQ(texts[0].size(), 2);
@@ -595,8 +601,8 @@ TEST_F(VRLRootWindowTest, reconstructShowsTheModelsOfTheCurrentStack) {
     open("two");
     mediator().setStack(one);
     one.getSlice(1).setAbsolutePosition(500); // the reconstruction does not know yet
-    trigger("Reconstruct");
-    trigger("Reconstruct");
+    trigger("stack.reconstruct");
+    trigger("stack.reconstruct");
     QList<QPointer<VRLRenderingWindow>> renderings;
     for (QWidget* widget : QApplication::topLevelWidgets())
         if (auto* rendering = qobject_cast<VRLRenderingWindow*>(widget))
@@ -609,7 +615,7 @@ TEST_F(VRLRootWindowTest, reconstructShowsTheModelsOfTheCurrentStack) {
         EXPECT_EQ(rendering->getMediator().getPainters()[0]->boundingBox().min(2), 500);
     }
     renderings[0]->close();
-    trigger("Close stack");
+    trigger("stack.close");
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(renderings[0] == nullptr && renderings[1] == nullptr);
 }

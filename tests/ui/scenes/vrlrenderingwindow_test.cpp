@@ -20,10 +20,12 @@
 #include "editing/bus/vrlstackevent.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "shapes/quadmesh.h"
+#include "support/commands.h"
 #include "support/heldmemory.h"
 #include "support/modalscript.h"
 #include "support/vectors.h"
 #include "ui/models/vrleventbatch.h"
+#include "ui/scenes/renderingcommands.h"
 #include "ui/scenes/renderingstack.h"
 #include "ui/scenes/vrlmodelpaintergl.h"
 #include "ui/scenes/vrlrenderingmediator.h"
@@ -79,13 +81,7 @@ protected:
         Event event(arguments...);
         sender.notifyEvent(event);
     }
-    QAction* command(const QString& text) {
-        for (QAction* action : window->findChildren<QAction*>())
-            if (action->text() == text)
-                return action;
-        ADD_FAILURE() << "no command " << text.toStdString();
-        return nullptr;
-    }
+    QAction& command(const char* id) { return mediator().commands().action(id); }
     QMenu* menu(const QString& title) {
         for (QMenu* found : window->findChildren<QMenu*>())
             if (found->title() == title)
@@ -267,7 +263,7 @@ TEST_F(VRLRenderingWindowTest, posesAreRecordedChosenAndDeleted) {
     EXPECT_FALSE(select->isEnabled());
     mediator().setStandardPose2();
     user.thenReject();
-    command("Record...")->trigger();
+    command("pose.record").trigger();
     EXPECT_EQ(stack.getNumPoses(), 0);
     stack.setModified(false);
     for (const char* name : {"left & up", ""}) {
@@ -277,7 +273,7 @@ TEST_F(VRLRenderingWindowTest, posesAreRecordedChosenAndDeleted) {
             input.setTextValue(name);
             input.accept();
         });
-        command("Record...")->trigger();
+        command("pose.record").trigger();
     }
     EXPECT_EQ(user.seen.back(), "Rendering");
     ASSERT_EQ(stack.getNumPoses(), 2);
@@ -305,13 +301,13 @@ TEST_F(VRLRenderingWindowTest, posesAreRecordedChosenAndDeleted) {
 TEST_F(VRLRenderingWindowTest, surfacesAreExportedAndPointsTold) {
     QSettings().setValue("exportDirectory", QDir::homePath());
     user.thenReject();
-    command("Export to STL...")->trigger();
+    command("rendering.export").trigger();
     EXPECT_EQ(user.seen.back(), "Select export directory");
     EXPECT_EQ(QSettings().value("exportDirectory").toString(), QDir::homePath());
 
     user.thenChoose({folder.path()});
     user.thenClick("OK");
-    command("Export to STL...")->trigger();
+    command("rendering.export").trigger();
     EXPECT_EQ(user.seen.back(), "STL export: STL supports only surface objects\n Point models could not be saved");
     EXPECT_EQ(QSettings().value("exportDirectory").toString(), folder.path());
     EXPECT_TRUE(QFile::exists(folder.filePath("small-cube.stl")));
@@ -337,7 +333,7 @@ TEST_F(VRLRenderingWindowTest, surfacesAreExportedAndPointsTold) {
 TEST_F(VRLRenderingWindowTest, snapshotsAreSavedFromMenuAndToolbar) {
     for (const char* name : {"a.png", "b.png"})
         user.thenChoose({folder.filePath(name)});
-    command("Snapshot")->trigger();
+    command("viewer.snapshot").trigger();
     const auto buttons = window->findChild<VRLRenderingToolbar*>()->findChildren<QToolButton*>();
     ASSERT_EQ(buttons.size(), 6);
     buttons[1]->click();
@@ -385,7 +381,7 @@ TEST_F(VRLRenderingWindowTest, closingTheStackClosesAllItsWindows) {
 
 TEST_F(VRLRenderingWindowTest, editsTheModelsOfTheStackShown) {
     user.then([](QWidget& dialog) { static_cast<QDialog&>(dialog).reject(); });
-    command("Edit models...")->trigger();
+    command("models.edit").trigger();
     EXPECT_EQ(user.seen.back(), "Models for stack \"small\"");
     // A new name of the stack shows at once.
     stack.setName("large");
@@ -394,26 +390,27 @@ TEST_F(VRLRenderingWindowTest, editsTheModelsOfTheStackShown) {
 }
 
 TEST_F(VRLRenderingWindowTest, remembersSizeToolbarAndPanel) {
+    expectSound(*window, mediator().commands(), renderingCommands());
     QStringList menus;
     for (QAction* entry : window->findChild<QMenuBar*>()->actions())
         menus += entry->text();
     EXPECT_EQ(menus, (QStringList{"Rendering", "Edit", "Pose", "Show"}));
     window->resize(900, 700);
     QTest::qWait(20);
-    command("Tool bar")->trigger();
+    command("show.toolBar").trigger();
     EXPECT_FALSE(window->findChild<VRLRenderingToolbar*>()->isVisible());
     auto* another = new VRLRenderingWindow;
     another->setStack(stack);
     another->show();
     EXPECT_EQ(another->size(), QSize(900, 700));
     EXPECT_FALSE(another->findChild<VRLRenderingToolbar*>()->isVisible());
-    command("Tool bar")->trigger();
+    command("show.toolBar").trigger();
     EXPECT_TRUE(window->findChild<VRLRenderingToolbar*>()->isVisible());
     EXPECT_TRUE(QSettings().value("renderingWindow/toolBarVisible").toBool());
     auto* panel = window->findChild<ViewerPosePanel*>();
-    EXPECT_TRUE(panel->isVisible() && command("Pose panel")->isChecked());
-    command("Pose panel")->trigger();
-    EXPECT_FALSE(panel->isVisible() || command("Pose panel")->isChecked());
+    EXPECT_TRUE(panel->isVisible() && command("show.panel").isChecked());
+    command("show.panel").trigger();
+    EXPECT_FALSE(panel->isVisible() || command("show.panel").isChecked());
     EXPECT_FALSE(QSettings().value("renderingWindow/panelVisible").toBool());
 }
 

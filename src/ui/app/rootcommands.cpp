@@ -1,0 +1,204 @@
+#include "ui/app/rootcommands.h"
+
+namespace vorlen {
+
+namespace {
+
+std::vector<CommandInfo> fileCommands() {
+    return {
+        {.id = "stack.new",
+         .text = "New stack",
+         .tip = "Make a stack of section images",
+         .icon = "filenew",
+         .keys = "Ctrl+N"},
+        {.id = "stack.newFromFile",
+         .text = "New stack from file",
+         .tip = "Make a stack of the planes of a voxel matrix file"},
+        {.id = "stack.open",
+         .text = "Open stack",
+         .tip = "Open stack description files",
+         .icon = "fileopen",
+         .keys = "Ctrl+O"},
+        {.id = "stack.recent", .text = "Recent stacks...", .tip = "Open one of the stacks that were open lately"},
+        {.id = "stack.save",
+         .text = "Save stack",
+         .tip = "Save the current stack to its file",
+         .icon = "filesave",
+         .keys = "Ctrl+S"},
+        {.id = "stack.saveAs", .text = "Save stack as...", .tip = "Save the current stack to another file"},
+        {.id = "stack.close",
+         .text = "Close stack",
+         .tip = "Close the current stack",
+         .icon = "fileclose",
+         .keys = "Ctrl+C"},
+        {.id = "stack.closeAll", .text = "Close all", .tip = "Close all stacks"},
+        {.id = "window.new", .text = "New window", .tip = "Open another window on the same stacks"},
+        {.id = "window.close", .text = "Close window", .tip = "Close this window", .keys = "Ctrl+W"},
+        {.id = "program.quit", .text = "Quit", .tip = "Close all stacks and quit", .keys = "Ctrl+Q"},
+    };
+}
+
+std::vector<CommandInfo> editCommands() {
+    return {
+        // The usual key for redo, beside ours.
+        {.id = "edit.undo",
+         .text = "Undo",
+         .tip = "Take back the last change of the stack",
+         .icon = "undo",
+         .keys = "Ctrl+Z"},
+        {.id = "edit.redo",
+         .text = "Redo",
+         .tip = "Do again what was taken back",
+         .icon = "redo",
+         .keys = "Ctrl+R; Ctrl+Shift+Z"},
+        {.id = "models.edit", .text = "Edit models...", .tip = "Create, change and delete the models of the stack"},
+        {.id = "slice.insert", .text = "Insert slice...", .tip = "Put slices in front of the current one"},
+        {.id = "slice.delete",
+         .text = "Delete slice",
+         .tip = "Take the current slice, with what is drawn on it, out of the stack"},
+        {.id = "stack.properties",
+         .text = "Stack properties...",
+         .tip = "Name, unit, slice spacing and pixel size of the stack"},
+        {.id = "slice.properties", .text = "Slice properties...", .tip = "Name, spacing and pixel size of the slice"},
+        {.id = "stack.annotate", .text = "Annotate stack...", .tip = "Note on the stack", .icon = "text"},
+        {.id = "slice.annotate", .text = "Annotate slice...", .tip = "Note on the slice", .icon = "text"},
+        {.id = "program.preferences", .text = "Preferences...", .tip = "Backups, click tolerance, colours"},
+    };
+}
+
+std::vector<CommandInfo> processAndAnalyzeCommands() {
+    return {
+        {.id = "stack.register",
+         .text = "Register",
+         .tip = "Align the slices of the stack",
+         .icon = "registration",
+         .planned = true},
+        {.id = "stack.reconstruct",
+         .text = "Reconstruct",
+         .tip = "The models of the stack in space",
+         .icon = "threedimensions"},
+        {.id = "models.transfer",
+         .text = "Transfer models...",
+         .tip = "Copy or move models between stacks",
+         .planned = true},
+        {.id = "stack.findSpots",
+         .text = "Find spots",
+         .tip = "Extract spots from the images of the stack",
+         .planned = true},
+        {.id = "stacks.normalize", .text = "Normalize", .tip = "Bring several stacks into one frame", .planned = true},
+        {.id = "models.filter",
+         .text = "Filter models...",
+         .tip = "Sort the items of models by a reference model",
+         .planned = true},
+        {.id = "stack.measure",
+         .text = "Run",
+         .tip = "Measure the models, items and slices of the stack",
+         .keys = "Ctrl+M"},
+        {.id = "stacks.spotDistances",
+         .text = "Ombrel action1",
+         .tip = "Distances of spots to the surface of a cell, for each open stack",
+         .whileLocked = true},
+    };
+}
+
+std::vector<CommandInfo> viewCommands() {
+    return {
+        {.id = "view.panorama",
+         .text = "Display stack panorama",
+         .tip = "All slices of the stack at once",
+         .icon = "panorama",
+         .checkable = true,
+         .planned = true},
+        {.id = "view.slice",
+         .text = "Display single slice",
+         .tip = "The current slice alone",
+         .icon = "plainview",
+         .checkable = true},
+        {.id = "view.overview",
+         .text = "Display overview",
+         .tip = "The whole slice in a small window",
+         .icon = "overview",
+         .keys = "V",
+         .checkable = true,
+         .planned = true},
+        {.id = "slice.first", .text = "Select first slice", .tip = "First slice", .icon = "bottom"},
+        {.id = "slice.previous", .text = "Select previous slice", .tip = "Previous slice", .icon = "down"},
+        {.id = "slice.next", .text = "Select next slice", .tip = "Next slice", .icon = "up"},
+        {.id = "slice.last", .text = "Select last slice", .tip = "Last slice", .icon = "top"},
+    };
+}
+
+std::vector<CommandInfo> showAndHelpCommands() {
+    return {
+        {.id = "show.toolBar",
+         .text = "Tool bar",
+         .tip = "Show or hide the tool bar",
+         .checkable = true,
+         .whileLocked = true},
+        {.id = "show.browser",
+         .text = "Browser",
+         .tip = "Show or hide the lists of stacks and slices",
+         .checkable = true,
+         .whileLocked = true},
+        {.id = "show.statusBar",
+         .text = "Status bar",
+         .tip = "Show or hide the status bar",
+         .checkable = true,
+         .whileLocked = true},
+        {.id = "help.homepage",
+         .text = "Vorlen Homepage [web]",
+         .tip = "Open the program's page in the browser",
+         .whileLocked = true},
+        {.id = "help.manual",
+         .text = "Vorlen Manual [web]",
+         .tip = "Open the manual in the browser",
+         .whileLocked = true},
+        {.id = "help.mailingList",
+         .text = "Subscribe mailing list [web]",
+         .tip = "Open the page of the mailing list in the browser",
+         .whileLocked = true},
+        {.id = "help.shortcuts",
+         .text = "Keyboard shortcuts",
+         .tip = "List the commands of all windows, with their keys",
+         .keys = "Ctrl+?",
+         .whileLocked = true},
+        {.id = "help.about", .text = "About Vorlen", .tip = "Version and authors", .whileLocked = true},
+    };
+}
+
+CommandSheet newSheet() {
+    constexpr const char* line = commandSeparator;
+    CommandSheet sheet;
+    sheet.window = "Main window";
+    for (const auto& commands :
+         {fileCommands(), editCommands(), processAndAnalyzeCommands(), viewCommands(), showAndHelpCommands()})
+        sheet.commands.insert(sheet.commands.end(), commands.begin(), commands.end());
+    sheet.menus = {
+        {"File",
+         {"stack.new", "stack.newFromFile", "stack.open", "stack.recent", "stack.save", "stack.saveAs", "stack.close",
+          "stack.closeAll", line, "window.new", "window.close", line, "program.quit"}},
+        {"Edit",
+         {"edit.undo", "edit.redo", line, "models.edit", "slice.insert", "slice.delete", "stack.properties",
+          "slice.properties", "stack.annotate", "slice.annotate", line, "program.preferences"}},
+        {"Process",
+         {"stack.register", "stack.reconstruct", "models.transfer", "stack.findSpots", "stacks.normalize",
+          "models.filter"}},
+        {"Analyze", {"stack.measure", "stacks.spotDistances"}},
+        {"Show", {"show.toolBar", "show.browser", "show.statusBar"}},
+        {"Help", {"help.homepage", "help.manual", "help.mailingList", line, "help.shortcuts", line, "help.about"}},
+        {"Tool bar",
+         {"stack.open", "stack.save", "stack.close", "view.panorama", "view.slice", "stack.register",
+          "stack.reconstruct", "edit.undo", "edit.redo", "view.overview"}},
+        {"Tool bar: slices", {"slice.first", "slice.previous", "slice.next", "slice.last"}},
+    };
+    return sheet;
+}
+
+} // namespace
+
+const CommandSheet& rootCommands() {
+    static const CommandSheet sheet = newSheet();
+    return sheet;
+}
+
+} // namespace vorlen

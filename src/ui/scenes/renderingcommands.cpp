@@ -1,0 +1,56 @@
+#include "ui/scenes/renderingcommands.h"
+
+#include "ui/viewer/viewercommands.h"
+
+namespace vorlen {
+
+namespace {
+
+CommandSheet newSheet() {
+    CommandSheet sheet;
+    sheet.window = "Rendering window";
+    sheet.commands = ownRenderingCommands();
+    sheet.commands.insert(sheet.commands.end(), viewerCommands().begin(), viewerCommands().end());
+    sheet.menus = {
+        {"Rendering", {"viewer.snapshot", "rendering.export", "window.close"}},
+        {"Edit", {"models.edit", "animation.timeout", "animation.angle"}},
+        {"Pose", {"pose.record", "pose.select", "pose.delete", commandSeparator}},
+        {"Show", {"show.toolBar", "show.panel"}},
+    };
+    std::vector<const char*>& poses = sheet.menus[2].entries;
+    poses.insert(poses.end(), viewerPoseMenu().entries.begin(), viewerPoseMenu().entries.end());
+    return sheet;
+}
+
+} // namespace
+
+const std::vector<CommandInfo>& ownRenderingCommands() {
+    static const std::vector<CommandInfo> commands = {
+        {.id = "rendering.export",
+         .text = "Export to STL...",
+         .tip = "Save the surfaces of the models, a file for each"},
+        {.id = "window.close", .text = "Close", .tip = "Close this window", .keys = "Ctrl+W"},
+        {.id = "models.edit", .text = "Edit models...", .tip = "Create, change and delete the models of the stack"},
+        {.id = "animation.timeout",
+         .text = "Animation timeout",
+         .tip = "Set the time between steps of the animation",
+         .planned = true},
+        {.id = "animation.angle",
+         .text = "Animation angle",
+         .tip = "Set how far a step of the animation turns",
+         .planned = true},
+        {.id = "pose.record", .text = "Record...", .tip = "Keep the present camera and lights with the stack"},
+        {.id = "pose.select", .text = "Select", .tip = "Return to a recorded pose"},
+        {.id = "pose.delete", .text = "Delete", .tip = "Forget a recorded pose"},
+        {.id = "show.toolBar", .text = "Tool bar", .tip = "Show or hide the tool bar", .checkable = true},
+        {.id = "show.panel", .text = "Pose panel", .tip = "Show or hide the pose panel", .checkable = true},
+    };
+    return commands;
+}
+
+const CommandSheet& renderingCommands() {
+    static const CommandSheet sheet = newSheet();
+    return sheet;
+}
+
+} // namespace vorlen
