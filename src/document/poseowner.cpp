@@ -18,6 +18,13 @@ void PoseOwner::addPose(Pose* pose) {
         __poses.emplace_back(pose);
 }
 
+void PoseOwner::addPose(Pose* pose, int i) {
+    if (findPose(*pose) >= 0)
+        return;
+    __poses.reserve(__poses.size() + 1); // from here on nothing fails, and the pose has one owner
+    __poses.emplace(__poses.begin() + i, pose);
+}
+
 void PoseOwner::removePose(int i) {
     // The caller owns it from here.
     static_cast<void>(__poses[std::size_t(i)].release());

@@ -25,6 +25,9 @@ public:
     /// Takes over the pose, which must have been made by new; nothing when it is listed already.
     void addPose(Pose* pose);
 
+    /// The same in front of pose i.
+    void addPose(Pose* pose, int i);
+
     /// Take the pose off the list without deleting it: the caller owns it. The second does nothing when the pose is
     /// not listed.
     void removePose(int i);

@@ -31,6 +31,9 @@ public:
     /// Stores a clone of the source.
     void setImageSource(const ImageSource& source);
 
+    /// Puts the source in the place of the slice's own, which comes back; each may be null.
+    void exchangeImageSource(std::unique_ptr<ImageSource>& source) noexcept { __imageSource.swap(source); }
+
     /// Throws ProgramError for a slice without a source.
     const ImageSource& getImageSource() const;
 

@@ -1,5 +1,6 @@
 #include "document/stack.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "document/modelitem.h"
@@ -122,6 +123,21 @@ void Stack::deleteSlice(int i) {
 
 StackSlice* Stack::removeSlice(int i) {
     return takeSlice(i).release();
+}
+
+void Stack::reorderSlices(const std::vector<int>& order) {
+    std::vector<bool> named(__slices.size(), false);
+    for (const int i : order)
+        if (i >= 0 && i < getNumSlices())
+            named[std::size_t(i)] = true;
+    if (order.size() != __slices.size() || std::find(named.begin(), named.end(), false) != named.end())
+        throw SizeError("void Stack::reorderSlices(const std::vector<int>&)",
+                        "The order does not name each slice once");
+    std::vector<std::unique_ptr<StackSlice>> slices(__slices.size());
+    for (std::size_t i = 0; i < slices.size(); ++i)
+        slices[i] = std::move(__slices[std::size_t(order[i])]);
+    __slices = std::move(slices);
+    renumberSlices(0);
 }
 
 StackSlice& Stack::getNextSlice(StackSlice& slice) const {

@@ -81,6 +81,10 @@ public:
     void deleteSlice(int i);
     StackSlice* removeSlice(int i);
 
+    /// Slice order[i] comes to place i; what else there is about the slices goes with them. Throws SizeError unless the
+    /// order names each slice once.
+    void reorderSlices(const std::vector<int>& order);
+
     /// The ends of a stack that has slices.
     StackSlice& getFirstSlice() { return *__slices.front(); }
     const StackSlice& getFirstSlice() const { return *__slices.front(); }

@@ -53,6 +53,8 @@ public:
         float position = 0;
         bool relative = true;
         bool followsDefault = true;
+
+        bool operator==(const Placement& other) const = default;
     };
     Placement getPlacement() const { return {__position, __useRelativePosition, __defaultRelativePosition}; }
     void setPlacement(const Placement& placement);

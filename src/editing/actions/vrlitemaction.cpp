@@ -6,10 +6,6 @@
 
 namespace vorlen {
 
-bool VRLItemAction::concerns(const Model& model) const {
-    return __item->getModel() == &model;
-}
-
 void VRLItemAction::notifyVertices() const {
     VRLModelItemVertexEvent event(__item);
     VRLEventServer::notifyEvent(event);

@@ -14,8 +14,6 @@ public:
 
     ModelItem& getItem() const { return *__item; }
 
-    bool concerns(const Model& model) const override;
-
 protected:
     /// Tells that the item's vertices have changed. Actions send without a sender.
     void notifyVertices() const;

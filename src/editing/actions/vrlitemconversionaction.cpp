@@ -14,10 +14,6 @@ void VRLItemConversionAction::setModel(Model& model) {
     __destination = &model;
 }
 
-bool VRLItemConversionAction::concerns(const Model& model) const {
-    return VRLItemAction::concerns(model) || &model == __source || &model == __destination;
-}
-
 void VRLItemConversionAction::apply() {
     VRLItemAction::apply();
     if (__destination != nullptr)

@@ -6,6 +6,8 @@
 
 namespace vorlen {
 
+class Model;
+
 /// Moves a whole item to another model. Without a destination nothing happens.
 class VRLItemConversionAction : public VRLItemAction {
 public:
@@ -15,7 +17,6 @@ public:
     /// The destination.
     void setModel(Model& model);
 
-    bool concerns(const Model& model) const override;
     void apply() override;
     void revert() override;
 

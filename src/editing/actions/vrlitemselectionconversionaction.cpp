@@ -21,10 +21,6 @@ void VRLItemSelectionConversionAction::setModel(Model& model) {
     __destination = &model;
 }
 
-bool VRLItemSelectionConversionAction::concerns(const Model& model) const {
-    return VRLItemAction::concerns(model) || &model == __source || &model == __destination;
-}
-
 /// The first item of the destination on the same slice that looks as its model does.
 ModelItem* VRLItemSelectionConversionAction::findBuddy() const {
     StackSlice* slice = getItem().getSlice();

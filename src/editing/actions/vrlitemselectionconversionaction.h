@@ -6,6 +6,8 @@
 
 namespace vorlen {
 
+class Model;
+
 /// Moves the selected part of an item to another model.
 ///
 /// A connected item moves as a whole. Points go to an item of the destination on the same slice that looks as its model
@@ -19,7 +21,6 @@ public:
     /// The destination; without one the action does nothing.
     void setModel(Model& model);
 
-    bool concerns(const Model& model) const override;
     void apply() override;
     void revert() override;
     QString description(bool verbose) const override;

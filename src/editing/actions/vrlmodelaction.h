@@ -4,6 +4,7 @@
 
 namespace vorlen {
 
+class Model;
 class Stack;
 
 /// Base of the actions on one model of a stack; both are seen.
@@ -13,8 +14,6 @@ public:
 
     Stack& getStack() const { return *__stack; }
     Model& getModel() const { return *__model; }
-
-    bool concerns(const Model& model) const override { return &model == __model; }
 
 private:
     Stack* __stack;

@@ -1,25 +1,17 @@
 #pragma once
 
-#include <vector>
-
-#include "editing/actions/vrlitemplace.h"
-#include "editing/actions/vrlmodelaction.h"
+#include "editing/actions/vrlmodelpresenceaction.h"
 
 namespace vorlen {
 
 /// Takes a model with its items out of its stack, and owns it then.
-class VRLModelDeletionAction : public VRLModelAction {
+class VRLModelDeletionAction : public VRLModelPresenceAction {
 public:
-    using VRLModelAction::VRLModelAction;
-    ~VRLModelDeletionAction() override;
+    VRLModelDeletionAction(Stack& stack, Model& model) : VRLModelPresenceAction(stack, model) {}
 
     void apply() override;
     void revert() override;
-
-private:
-    bool __applied = false;
-    int __index = 0;
-    std::vector<VRLItemPlace> __places; // of the items, in the model's order
+    QString description(bool verbose) const override;
 };
 
 } // namespace vorlen

@@ -11,8 +11,14 @@ VRLSliceInsertionDeletionAction::VRLSliceInsertionDeletionAction(StackSlice& sli
     : VRLSliceAction(slice), __stack(slice.getStack()) {
 }
 
+VRLSliceInsertionDeletionAction::VRLSliceInsertionDeletionAction(std::unique_ptr<StackSlice> slice)
+    : VRLSliceInsertionDeletionAction(*slice) {
+    static_cast<void>(slice.release());
+    __out = true;
+}
+
 VRLSliceInsertionDeletionAction::~VRLSliceInsertionDeletionAction() {
-    if (isOut())
+    if (__out)
         delete getSlice();
 }
 
@@ -26,11 +32,6 @@ void VRLSliceInsertionDeletionAction::setDeletionMode() {
 
 void VRLSliceInsertionDeletionAction::setSlicePosition(int position) {
     __position = position;
-}
-
-/// A slice that was never inserted belongs to its maker.
-bool VRLSliceInsertionDeletionAction::isOut() const {
-    return __applied && __insertion == reverted();
 }
 
 void VRLSliceInsertionDeletionAction::apply() {
@@ -73,6 +74,7 @@ void VRLSliceInsertionDeletionAction::insertSlice() {
     StackSlice& slice = *getSlice();
     slice.setPlacement(__placement);
     __stack->addSlice(&slice, __position);
+    __out = false;
     for (int i = 0; i < slice.getNumItems(); ++i) {
         slice.getItem(i).attachToModel();
         __places[&slice.getItem(i)].restore(slice.getItem(i));
@@ -88,20 +90,12 @@ void VRLSliceInsertionDeletionAction::removeSlice() {
     }
     // Not by the position that was told: the slices of one step are taken out in the order in which they came.
     __stack->removeSlice(__stack->findSlice(slice));
+    __out = true;
     updateReconstruction();
 }
 
 QString VRLSliceInsertionDeletionAction::description(bool) const {
     return __insertion ? "Insert slice" : "Delete slice";
-}
-
-void VRLSliceInsertionDeletionAction::forget(const Model& model) {
-    if (!isOut())
-        return;
-    StackSlice& slice = *getSlice();
-    for (int i = slice.getNumItems() - 1; i >= 0; --i)
-        if (slice.getItem(i).getModel() == &model)
-            delete &slice.getItem(i);
 }
 
 } // namespace vorlen

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 
 #include "document/stackslice.h"
 #include "editing/actions/vrlitemplace.h"
@@ -17,6 +18,9 @@ class Stack;
 class VRLSliceInsertionDeletionAction : public VRLSliceAction {
 public:
     explicit VRLSliceInsertionDeletionAction(StackSlice& slice);
+
+    /// Takes a new slice over from the start.
+    explicit VRLSliceInsertionDeletionAction(std::unique_ptr<StackSlice> slice);
     ~VRLSliceInsertionDeletionAction() override;
 
     /// Insertion unless told otherwise.
@@ -34,19 +38,16 @@ public:
     void revert() override;
     QString description(bool verbose) const override;
 
-    /// Deletes the model's items on a slice that is out of its stack.
-    void forget(const Model& model) override;
-
 private:
     void insertSlice();
     void removeSlice();
     void updateReconstruction();
     void takeNextPlacement(int position);
-    bool isOut() const;
 
     Stack* __stack;
     bool __insertion = true;
     bool __applied = false;
+    bool __out = false; // and the action owns the slice
     int __position = 0;
     std::map<const ModelItem*, VRLItemPlace> __places;
     StackSlice::Placement __placement;

@@ -34,7 +34,8 @@ public:
         ModelItemConvert = 22,
         PoseCreate = 23,
         PoseDelete = 24,
-        Preferences = 25
+        Preferences = 25,
+        SliceImageSource = 26
     };
 
     VRLEvent() = default;

@@ -69,6 +69,9 @@ void VRLEventClient::sliceSpacingEvent(VRLSliceSpacingEvent&) {
 void VRLEventClient::sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent&) {
 }
 
+void VRLEventClient::sliceImageSourceEvent(VRLSliceImageSourceEvent&) {
+}
+
 void VRLEventClient::sliceItemSelectionEvent(VRLSliceItemSelectionEvent&) {
 }
 
@@ -148,6 +151,8 @@ void VRLEventClient::processEvent(VRLEvent& event) {
         return sliceSpacingEvent(static_cast<VRLSliceSpacingEvent&>(event));
     case VRLEvent::SliceImageCalibration:
         return sliceImageCalibrationEvent(static_cast<VRLSliceImageCalibrationEvent&>(event));
+    case VRLEvent::SliceImageSource:
+        return sliceImageSourceEvent(static_cast<VRLSliceImageSourceEvent&>(event));
     case VRLEvent::SliceItemSelection:
         return sliceItemSelectionEvent(static_cast<VRLSliceItemSelectionEvent&>(event));
     case VRLEvent::ModelCreate:

@@ -16,6 +16,7 @@ class VRLPoseDeleteEvent;
 class VRLPreferencesEvent;
 class VRLSliceAnnotationEvent;
 class VRLSliceImageCalibrationEvent;
+class VRLSliceImageSourceEvent;
 class VRLSliceItemSelectionEvent;
 class VRLSliceLockEvent;
 class VRLSliceNameEvent;
@@ -63,6 +64,7 @@ public:
     virtual void sliceNameEvent(VRLSliceNameEvent& event);
     virtual void sliceSpacingEvent(VRLSliceSpacingEvent& event);
     virtual void sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent& event);
+    virtual void sliceImageSourceEvent(VRLSliceImageSourceEvent& event);
     virtual void sliceItemSelectionEvent(VRLSliceItemSelectionEvent& event);
     virtual void modelCreateEvent(VRLModelCreateEvent& event);
     virtual void modelDeleteEvent(VRLModelDeleteEvent& event);

@@ -60,6 +60,13 @@ public:
     int type() const override { return SliceImageCalibration; }
 };
 
+/// The slice shows another image.
+class VRLSliceImageSourceEvent : public VRLSliceEvent {
+public:
+    explicit VRLSliceImageSourceEvent(StackSlice* slice) : VRLSliceEvent(slice) {}
+    int type() const override { return SliceImageSource; }
+};
+
 /// Something else is selected on the slice.
 class VRLSliceItemSelectionEvent : public VRLSliceEvent {
 public:

@@ -28,11 +28,4 @@ QString VRLAction::description(bool) const {
     return "(No description available for this action)";
 }
 
-bool VRLAction::concerns(const Model&) const {
-    return false;
-}
-
-void VRLAction::forget(const Model&) {
-}
-
 } // namespace vorlen

@@ -4,8 +4,6 @@
 
 namespace vorlen {
 
-class Model;
-
 /// A reversible change of a document, recorded in its stack's history.
 ///
 /// An action owns what it has taken out of the document and deletes it with itself. Every override of apply() and
@@ -32,12 +30,6 @@ public:
 
     /// True when the action was undone last.
     bool reverted() const { return __reverted; }
-
-    /// Whether the action names the model or an item of it, so that it can't be applied or reverted without it.
-    virtual bool concerns(const Model& model) const;
-
-    /// The model is about to be deleted for good: gives up what of it the action holds besides.
-    virtual void forget(const Model& model);
 
 protected:
     /// Runs a part of an action; when it throws, takes back the parts before it, and the exception goes on.

@@ -1,5 +1,7 @@
 #include "editing/history/vrlactionhistory.h"
 
+#include <utility>
+
 #include "editing/bus/vrleventdeferral.h"
 #include "editing/history/vrlaction.h"
 #include "editing/history/vrlactionlist.h"
@@ -12,10 +14,23 @@ VRLActionHistory::VRLActionHistory(QObject* parent) : QObject(parent) {
 
 VRLActionHistory::~VRLActionHistory() = default;
 
+void VRLActionHistory::keepContext(std::function<std::string()> read, std::function<void(const std::string&)> write) {
+    __readContext = std::move(read);
+    __writeContext = std::move(write);
+}
+
+void VRLActionHistory::restoreContext(const VRLActionList& step) const {
+    if (__writeContext)
+        __writeContext(step.getContext());
+}
+
 void VRLActionHistory::openStep() {
     if (__stepOpen)
         throw UsageError("void VRLActionHistory::openStep()", "A step is already open");
-    __undoList.push_back(std::make_unique<VRLActionList>());
+    auto step = std::make_unique<VRLActionList>();
+    if (__readContext)
+        step->setContext(__readContext());
+    __undoList.push_back(std::move(step));
     __stepOpen = true;
     ++__stepNumber;
 }
@@ -88,6 +103,7 @@ void VRLActionHistory::revertOpenStep() noexcept {
         } catch (...) { // the others are still to be reverted
         }
     }
+    restoreContext(step);
 }
 
 void VRLActionHistory::abandonStep() noexcept {
@@ -101,6 +117,7 @@ void VRLActionHistory::undo() {
         return;
     VRLEventDeferral events;
     __undoList.back()->revert();
+    restoreContext(*__undoList.back());
     __redoList.push_back(std::move(__undoList.back()));
     __undoList.pop_back();
     emit changed();
@@ -151,8 +168,9 @@ void VRLActionHistory::destroyUndoList() {
 }
 
 void VRLActionHistory::destroyRedoList() {
-    while (!__redoList.empty())
-        __redoList.pop_back();
+    for (auto& step : __redoList)
+        step.reset();
+    __redoList.clear();
     emit redoEnabled(false);
 }
 
@@ -160,25 +178,6 @@ void VRLActionHistory::clear() {
     destroyUndoList();
     destroyRedoList();
     emit changed();
-}
-
-void VRLActionHistory::forget(const Model& model) {
-    // Actions own items that others name: nothing is deleted before all have been asked.
-    std::vector<std::unique_ptr<VRLAction>> concerned;
-    for (Steps* steps : {&__undoList, &__redoList})
-        for (auto step = steps->rbegin(); step != steps->rend(); ++step)
-            (*step)->takeConcerned(model, concerned);
-    concerned.clear();
-    for (Steps* steps : {&__undoList, &__redoList}) {
-        for (const auto& step : *steps)
-            step->forget(model);
-        const bool open = steps == &__undoList && __stepOpen;
-        const VRLActionList* const openStep = open ? steps->back().get() : nullptr;
-        std::erase_if(*steps, [openStep](const auto& step) { return step->isEmpty() && step.get() != openStep; });
-    }
-    emit changed();
-    emit undoEnabled(isUndoable());
-    emit redoEnabled(isRedoable());
 }
 
 } // namespace vorlen

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <QObject>
@@ -8,7 +10,6 @@
 
 namespace vorlen {
 
-class Model;
 class VRLAction;
 class VRLActionList;
 
@@ -22,6 +23,10 @@ class VRLActionHistory : public QObject {
 public:
     explicit VRLActionHistory(QObject* parent = nullptr);
     ~VRLActionHistory() override;
+
+    /// What follows from the events of a step and not from its actions: read when a step opens, and written when all
+    /// that it did has been reverted, so that undoing brings it back too.
+    void keepContext(std::function<std::string()> read, std::function<void(const std::string&)> write);
 
     /// Throws UsageError when a step is open already.
     void openStep();
@@ -56,10 +61,6 @@ public:
     void destroyRedoList();
     void clear();
 
-    /// The model is about to be deleted for good: drops what names it or an item of it, so that undo never reaches what
-    /// is gone.
-    void forget(const Model& model);
-
 signals:
     void changed();
     void undoEnabled(bool enabled);
@@ -77,12 +78,15 @@ private:
     void apply(std::unique_ptr<VRLAction> action);
     void record(std::unique_ptr<VRLAction> action);
     void revertOpenStep() noexcept;
+    void restoreContext(const VRLActionList& step) const;
     void abandonStep() noexcept;
 
     static QString description(const Steps& steps, bool verbose, const QString& nothing);
 
     Steps __undoList;
     Steps __redoList;
+    std::function<std::string()> __readContext;
+    std::function<void(const std::string&)> __writeContext;
     bool __stepOpen = false;
     unsigned int __stepNumber = 0;
 };

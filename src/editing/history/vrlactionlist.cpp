@@ -5,7 +5,9 @@
 namespace vorlen {
 
 VRLActionList::VRLActionList() = default;
-VRLActionList::~VRLActionList() = default;
+VRLActionList::~VRLActionList() {
+    destroy();
+}
 
 void VRLActionList::append(std::unique_ptr<VRLAction> action) {
     __actions.push_back(std::move(action));
@@ -28,19 +30,8 @@ void VRLActionList::revert() {
 }
 
 void VRLActionList::destroy() {
-    __actions.clear();
-}
-
-void VRLActionList::takeConcerned(const Model& model, std::vector<std::unique_ptr<VRLAction>>& taken) {
-    for (auto& action : __actions)
-        if (action->concerns(model))
-            taken.push_back(std::move(action));
-    std::erase(__actions, nullptr);
-}
-
-void VRLActionList::forget(const Model& model) {
-    for (const auto& action : __actions)
-        action->forget(model);
+    while (!__actions.empty())
+        __actions.pop_back();
 }
 
 } // namespace vorlen

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace vorlen {
 
-class Model;
 class VRLAction;
 
 /// The actions of one step of a history, in the order of pushing. They are reverted in this same order: actions of one
@@ -27,20 +27,19 @@ public:
     int getSize() const { return static_cast<int>(__actions.size()); }
     const VRLAction& first() const { return *__actions.front(); }
 
+    /// What the history's owner wants back when the step is undone.
+    void setContext(const std::string& context) { __context = context; }
+    const std::string& getContext() const { return __context; }
+
     void apply();
     void revert();
 
-    /// Deletes all actions.
+    /// Deletes all actions, the last one first.
     void destroy();
-
-    /// Moves the actions that concern the model to the end of taken.
-    void takeConcerned(const Model& model, std::vector<std::unique_ptr<VRLAction>>& taken);
-
-    /// Lets all actions forget the model.
-    void forget(const Model& model);
 
 private:
     std::vector<std::unique_ptr<VRLAction>> __actions;
+    std::string __context;
 };
 
 } // namespace vorlen

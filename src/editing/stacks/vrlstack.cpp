@@ -15,6 +15,8 @@ namespace vorlen {
 
 VRLStack::VRLStack() : __history(std::make_unique<VRLActionHistory>()) {
     __reconstruction.setStack(*this);
+    __history->keepContext([this] { return getLastSegmentedSlice(); },
+                           [this](const std::string& name) { setLastSegmentedSlice(name); });
 }
 
 // Actions that hold what they took out of the document delete it while the document still stands.
@@ -110,6 +112,10 @@ void VRLStack::sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent& event) 
     updateReconstruction();
     VRLStackImageCalibrationEvent stackEvent(this);
     notifyEvent(stackEvent);
+}
+
+void VRLStack::sliceImageSourceEvent(VRLSliceImageSourceEvent& event) {
+    modifiedIf(owns(event.getSlice()));
 }
 
 void VRLStack::modelCreateEvent(VRLModelCreateEvent& event) {

@@ -64,6 +64,7 @@ public:
     void sliceNameEvent(VRLSliceNameEvent& event) override;
     void sliceSpacingEvent(VRLSliceSpacingEvent& event) override;
     void sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent& event) override;
+    void sliceImageSourceEvent(VRLSliceImageSourceEvent& event) override;
     void modelCreateEvent(VRLModelCreateEvent& event) override;
     void modelDeleteEvent(VRLModelDeleteEvent& event) override;
     void modelItemCreateEvent(VRLModelItemCreateEvent& event) override;

@@ -17,8 +17,8 @@
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
-#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "numerics/exception.h"
@@ -29,6 +29,7 @@
 #include "ui/app/vrlrootwindow.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
+#include "ui/models/refusal.h"
 #include "ui/models/vrlmodeldialog.h"
 #include "ui/models/vrlpreferencesdialog.h"
 #include "ui/models/vrlslicelistwidget.h"
@@ -405,12 +406,7 @@ void VRLRootMediator::insertSlice() {
 void VRLRootMediator::deleteSlice() {
     if (__stack == nullptr || __slice == nullptr)
         return;
-    auto action = std::make_unique<VRLSliceInsertionDeletionAction>(*__slice);
-    action->setDeletionMode();
-    action->setSlicePosition(__stack->findSlice(*__slice));
-    EditStep step(*__stack->history());
-    step.apply(std::move(action));
-    step.commit();
+    tellRefusal(&__window, deleteSlices(*__stack, {__slice}));
 }
 
 void VRLRootMediator::runStackPropertiesDialog() {

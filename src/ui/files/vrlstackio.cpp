@@ -12,18 +12,17 @@
 
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
-#include "editing/actions/vrlsliceinsertiondeletionaction.h"
-#include "editing/history/editstep.h"
-#include "editing/history/vrlactionhistory.h"
+#include "editing/operations/sliceoperations.h"
+#include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
-#include "images/files/imagesourcefile.h"
 #include "images/files/imagesourcevoxelmatrixplane.h"
 #include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
 #include "ui/files/vrlnewstackdialog.h"
 #include "ui/files/vrlrecoverydialog.h"
 #include "ui/files/vrlstackerrordialog.h"
+#include "ui/models/refusal.h"
 #include "ui/session/vrlpreferences.h"
 #include "ui/session/vrlsettings.h"
 #include "ui/widgets/waitcursor.h"
@@ -40,6 +39,13 @@ QString decoded(const std::string& file) {
 
 std::string encoded(const QString& file) {
     return QFile::encodeName(file).toStdString();
+}
+
+std::vector<std::string> encoded(const QStringList& files) {
+    std::vector<std::string> names;
+    for (const QString& file : files)
+        names.push_back(encoded(file));
+    return names;
 }
 
 std::string absolute(const std::string& file) {
@@ -70,53 +76,25 @@ void VRLStackIO::tell(const QString& title, const QString& text) const {
     box.exec();
 }
 
-void VRLStackIO::tellFailures(const QStringList& failures) const {
+void VRLStackIO::tellUnreadable(const std::vector<UnreadableImage>& unreadable) const {
+    QStringList failures;
+    for (const UnreadableImage& image : unreadable)
+        failures += decoded(image.file) + ": " + QString::fromStdString(image.reason);
     if (!failures.isEmpty())
         tell("Read error", "These images cannot be read and are left out:\n\n" + failures.join('\n'));
-}
-
-/// A slice of the file's image, named by the file; null, and a line among the failures, when it cannot be read.
-StackSlice* VRLStackIO::makeSlice(const QString& file, QStringList& failures) const {
-    auto slice = std::make_unique<StackSlice>();
-    const QString failure = failureOf([&] {
-        ImageSourceFile source;
-        source.setFilename(encoded(QFileInfo(file).absoluteFilePath()));
-        slice->setImageSource(source);
-    });
-    if (!failure.isEmpty()) {
-        failures += file + ": " + failure;
-        return nullptr;
-    }
-    slice->setName(QFileInfo(file).completeBaseName().toStdString());
-    return slice.release();
 }
 
 VRLStack* VRLStackIO::newStack() {
     VRLNewStackDialog dialog(__parent);
     if (dialog.exec() != QDialog::Accepted)
         return nullptr;
-    auto stack = std::make_unique<VRLStack>();
-    stack->setName(dialog.getName());
-    stack->setDefaultRelativePosition(dialog.getSliceSpacing());
-    stack->setDefaultPixelCalibration(dialog.getPixelCalibration());
-    const QStringList images = dialog.getImageList();
-    if (!images.isEmpty())
-        stack->setImagesPath(encoded(QFileInfo(images.first()).absolutePath()));
-    QStringList failures;
-    for (const QString& image : images) {
-        StackSlice* slice = makeSlice(image, failures);
-        if (slice == nullptr)
-            continue;
-        slice->setPixelCalibration(stack->getDefaultPixelCalibration());
-        slice->setStack(stack.get());
-        stack->addSlice(slice);
-        slice->setRelativePosition(stack->getDefaultRelativePosition());
-    }
-    tellFailures(failures);
-    if (stack->getNumSlices() == 0)
+    std::vector<UnreadableImage> unreadable;
+    auto stack = makeStack(
+        {dialog.getName(), dialog.getSliceSpacing(), dialog.getPixelCalibration(), encoded(dialog.getImageList())},
+        unreadable);
+    tellUnreadable(unreadable);
+    if (stack == nullptr)
         return nullptr;
-    stack->updateReconstruction();
-    stack->setModified(true);
     VRLStackServer::stackServer.addStack(*stack);
     return stack.release();
 }
@@ -354,21 +332,12 @@ bool VRLStackIO::insertSlice(VRLStack& stack, int position) {
     const QStringList images = chooseImages();
     if (images.isEmpty())
         return false;
-    QStringList failures;
-    EditStep step(*stack.history());
-    int next = position;
-    for (const QString& image : images) {
-        StackSlice* slice = makeSlice(image, failures);
-        if (slice == nullptr)
-            continue;
-        slice->setStack(&stack);
-        auto action = std::make_unique<VRLSliceInsertionDeletionAction>(*slice);
-        action->setSlicePosition(next++);
-        step.apply(std::move(action));
-    }
-    step.commit();
-    tellFailures(failures);
-    return failures.size() < images.size();
+    std::vector<UnreadableImage> unreadable;
+    auto slices = makeImageSlices(encoded(images), unreadable);
+    const bool inserted =
+        !slices.empty() && !tellRefusal(__parent, vorlen::insertSlices(stack, position, std::move(slices)));
+    tellUnreadable(unreadable);
+    return inserted;
 }
 
 QStringList VRLStackIO::chooseImages() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <QStringList>
 
@@ -10,7 +11,7 @@ class QWidget;
 
 namespace vorlen {
 
-class StackSlice;
+struct UnreadableImage;
 class VRLRecovery;
 class VRLStack;
 
@@ -73,10 +74,9 @@ private:
     VRLStack* openChosenFiles(const QString& title, const QString& filter,
                               VRLStack* (VRLStackIO::*open)(const std::string&));
     QStringList chooseImages();
-    StackSlice* makeSlice(const QString& file, QStringList& failures) const;
     bool writeAndTell(VRLStack& stack, const std::string& file, QString& reason);
     void tell(const QString& title, const QString& text) const;
-    void tellFailures(const QStringList& failures) const;
+    void tellUnreadable(const std::vector<UnreadableImage>& unreadable) const;
 
     QWidget* __parent;
 };

@@ -24,7 +24,7 @@ VRLModelDialog::VRLModelDialog(QWidget* parent) : QDialog(parent) {
     auto* newButton = new QPushButton("New", frame);
     newButton->setToolTip("Makes a new model");
     auto* deleteButton = new QPushButton("Delete", frame);
-    deleteButton->setToolTip("Deletes the selected models with their items; this cannot be undone");
+    deleteButton->setToolTip("Deletes the selected models with their items");
     auto* name = new VRLModelNameEditor(frame);
     auto* properties = new VRLModelPropertiesEditor(frame);
     auto* itemProperties = new VRLModelItemPropertiesEditor(frame);

@@ -7,7 +7,7 @@ namespace vorlen {
 class VRLModelDialogMediator;
 class VRLStack;
 
-/// Makes, edits and deletes the models of a stack. What is done here cannot be undone.
+/// Makes, edits and deletes the models of a stack. Each change is a step that can be undone.
 class VRLModelDialog : public QDialog {
     Q_OBJECT
 

@@ -9,12 +9,11 @@
 #include <QSignalBlocker>
 
 #include "document/model.h"
-#include "document/modelitem.h"
 #include "editing/bus/vrlmodelevent.h"
 #include "editing/bus/vrlstackevent.h"
-#include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/guarded.h"
+#include "ui/models/refusal.h"
 #include "ui/models/vrlmodeldialog.h"
 #include "ui/models/vrlmodelitempropertieseditor.h"
 #include "ui/models/vrlmodellistwidget.h"
@@ -133,36 +132,25 @@ bool VRLModelDialogMediator::checkModelName(const Model& model) const {
     const bool keepsName = name == QString::fromStdString(model.getName()).simplified().toStdString();
     if (keepsName && &model != __newModel.get())
         return true;
-    if (__stack->findModel(name) >= 0) {
+    if (vorlen::checkModelName(*__stack, name, &model))
+        return true;
+    if (name.empty())
+        warn("Error: missing identifier.\n\n   The model name is empty.\n   Please enter a model name.");
+    else
         warn("Error: duplicate identifier.\n\n   A model named " + QString::fromStdString(name) +
              " already exists in this stack.\n   Please enter another model name.");
-        return false;
-    }
-    if (name.empty()) {
-        warn("Error: missing identifier.\n\n   The model name is empty.\n   Please enter a model name.");
-        return false;
-    }
-    return true;
+    return false;
 }
 
 void VRLModelDialogMediator::applyCreation() {
     if (!checkModelName(*__newModel))
         return;
-    __newModel->setName(__nameEditor->getName());
-    ModelProperties properties = __newModel->getProperties();
-    properties.update(__propertiesEditor->properties());
-    __newModel->setProperties(properties);
-    ModelItemProperties itemProperties = __newModel->getItemProperties();
-    itemProperties.update(__itemPropertiesEditor->properties());
-    __newModel->setItemProperties(itemProperties);
-
-    Model* model = __newModel.release(); // the stack owns it now
-    __stack->addModel(model);
-    __stack->setModified(true);
-    __list->addModel(model->getName());
+    ModelChange change = enteredChange();
+    change.name = __nameEditor->getName();
+    if (tellRefusal(&__dialog, createModel(*__stack, change)))
+        return;
+    __newModel.reset();
     setModeStandard();
-    VRLModelCreateEvent event(model);
-    notifyEvent(event);
 }
 
 void VRLModelDialogMediator::cancelCreation() {
@@ -170,36 +158,25 @@ void VRLModelDialogMediator::cancelCreation() {
     setModeStandard();
 }
 
+ModelChange VRLModelDialogMediator::enteredChange() const {
+    ModelChange change;
+    change.properties = __propertiesEditor->properties();
+    change.itemProperties = __itemPropertiesEditor->properties();
+    return change;
+}
+
 void VRLModelDialogMediator::applyEdition() {
+    ModelChange change = enteredChange();
     if (__selectedModels.size() == 1) {
-        Model& model = *__selectedModels.front();
+        const Model& model = *__selectedModels.front();
         if (!checkModelName(model))
             return;
         const std::string name = __nameEditor->getName();
-        if (name != QString::fromStdString(model.getName()).simplified().toStdString()) {
-            model.setName(name);
-            const QSignalBlocker blocker(__list);
-            const QList<QListWidgetItem*> selected = __list->selectedItems();
-            if (selected.size() == 1)
-                selected.front()->setText(QString::fromStdString(name));
-        }
+        if (name != QString::fromStdString(model.getName()).simplified().toStdString())
+            change.name = name;
     }
-    const ModelProperties properties = __propertiesEditor->properties();
-    const ModelItemProperties itemProperties = __itemPropertiesEditor->properties();
-    for (Model* model : __selectedModels) {
-        VRLModelPropertiesEvent event(model);
-        event.setOldProperties(model->getProperties());
-        event.setOldItemProperties(model->getItemProperties());
-        ModelProperties newProperties = model->getProperties();
-        newProperties.update(properties);
-        model->setProperties(newProperties);
-        ModelItemProperties newItemProperties = model->getItemProperties();
-        newItemProperties.update(itemProperties);
-        model->setItemProperties(newItemProperties);
-        notifyEvent(event);
-        __stack->setModified(true);
-    }
-    setModeSelection();
+    if (!tellRefusal(&__dialog, changeModels(*__stack, __selectedModels, change)))
+        setModeSelection();
 }
 
 void VRLModelDialogMediator::cancelEdition() {
@@ -207,46 +184,51 @@ void VRLModelDialogMediator::cancelEdition() {
 }
 
 // The n-th line of a name stands for the n-th model of that name.
-void VRLModelDialogMediator::modelSelectionChange() {
-    __selectedModels.clear();
+std::vector<Model*> VRLModelDialogMediator::listedModels() const {
     std::map<QString, std::deque<Model*>> models;
     for (int i = 0; __stack != nullptr && i < __stack->getNumModels(); ++i)
         models[QString::fromStdString(__stack->getModel(i).getName())].push_back(&__stack->getModel(i));
+    std::vector<Model*> listed;
     for (int row = 0; row < __list->count(); ++row) {
         std::deque<Model*>& namesakes = models[__list->item(row)->text()];
-        if (namesakes.empty())
-            continue;
-        if (__list->item(row)->isSelected())
-            __selectedModels.push_back(namesakes.front());
-        namesakes.pop_front();
+        listed.push_back(namesakes.empty() ? nullptr : namesakes.front());
+        if (!namesakes.empty())
+            namesakes.pop_front();
+    }
+    return listed;
+}
+
+void VRLModelDialogMediator::modelSelectionChange() {
+    __selectedModels.clear();
+    const std::vector<Model*> models = listedModels();
+    for (int row = 0; row < __list->count(); ++row) {
+        Model* const model = models[static_cast<std::size_t>(row)];
+        if (model != nullptr && __list->item(row)->isSelected())
+            __selectedModels.push_back(model);
     }
     setModeSelection();
+}
+
+/// Lists the models of the stack anew, but for one that is about to go, and selects those that were selected.
+void VRLModelDialogMediator::listModels(const Model* leaving) {
+    const QSignalBlocker blocker(__list);
+    __list->removeModels();
+    for (int i = 0; i < __stack->getNumModels(); ++i)
+        if (&__stack->getModel(i) != leaving)
+            __list->addModel(__stack->getModel(i).getName());
+    const std::vector<Model*> models = listedModels();
+    for (int row = 0; row < __list->count(); ++row)
+        if (std::find(__selectedModels.begin(), __selectedModels.end(), models[static_cast<std::size_t>(row)]) !=
+            __selectedModels.end())
+            __list->item(row)->setSelected(true);
 }
 
 void VRLModelDialogMediator::deleteSelectedModels() {
     if (__selectedModels.empty() || !confirmDeletion())
         return;
-    try {
-        for (Model* model : __selectedModels)
-            deleteModel(*model);
-    } catch (...) {
-        setStack(*__stack); // some of the selected models are gone
-        throw;
-    }
-    __list->removeSelectedModels();
-    setModeStandard();
-}
-
-void VRLModelDialogMediator::deleteModel(Model& model) {
-    for (int i = 0; i < model.getNumItems(); ++i)
-        model.getItem(i).detachFromSlice();
-    VRLModelDeleteEvent event(&model);
-    notifyEvent(event);
-    __stack->history()->forget(model);
-    const int index = __stack->findModel(model);
-    if (index >= 0)
-        __stack->deleteModel(index);
-    __stack->setModified(true);
+    const std::vector<Model*> models = __selectedModels; // the events empty the selection
+    if (!tellRefusal(&__dialog, deleteModels(*__stack, models)))
+        setModeStandard();
 }
 
 void VRLModelDialogMediator::stackCloseEvent(VRLStackCloseEvent& event) {
@@ -259,22 +241,27 @@ void VRLModelDialogMediator::stackCloseEvent(VRLStackCloseEvent& event) {
 }
 
 void VRLModelDialogMediator::modelCreateEvent(VRLModelCreateEvent& event) {
-    if (event.getSender() == this || __stack == nullptr || __stack->findModel(*event.getModel()) < 0)
-        return;
-    const QSignalBlocker blocker(__list);
-    __list->addModel(event.getModel()->getName());
+    if (__stack != nullptr && __stack->findModel(*event.getModel()) >= 0)
+        listModels();
 }
 
+// The model is still in its stack.
 void VRLModelDialogMediator::modelDeleteEvent(VRLModelDeleteEvent& event) {
-    if (event.getSender() == this || __stack == nullptr || __stack->findModel(*event.getModel()) < 0)
+    if (__stack == nullptr || __stack->findModel(*event.getModel()) < 0)
         return;
-    const QString name = QString::fromStdString(event.getModel()->getName());
-    const QList<QListWidgetItem*> rows = __list->findItems(name, Qt::MatchExactly | Qt::MatchCaseSensitive);
-    const QSignalBlocker blocker(__list);
-    if (!rows.isEmpty())
-        delete rows.front();
-    if (std::find(__selectedModels.begin(), __selectedModels.end(), event.getModel()) != __selectedModels.end())
+    const bool selected = std::erase(__selectedModels, event.getModel()) > 0;
+    listModels(event.getModel());
+    if (selected)
         setModeStandard();
+}
+
+// A model may have another name now. What is being entered stays until it is applied or given up.
+void VRLModelDialogMediator::modelPropertiesEvent(VRLModelPropertiesEvent& event) {
+    if (__stack == nullptr || __stack->findModel(*event.getModel()) < 0)
+        return;
+    listModels();
+    if (__mode == Selection)
+        setModeSelection();
 }
 
 void VRLModelDialogMediator::apply() {

@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include "editing/bus/vrleventclient.h"
+#include "editing/operations/modeloperations.h"
 
 class QPushButton;
 
@@ -26,8 +27,7 @@ class VRLStack;
 ///
 /// Decisions: an attribute that is left blank when a model is made takes its default, so that every model can be drawn.
 /// When several models of a stack have one name (which a file may bring along), each line of that name stands for one
-/// of them. Before a model is deleted the stack's history forgets it and its items, so that undo never reaches what is
-/// gone; other steps of the history stay.
+/// of them. All that is applied here is a step of the stack's history; what is undone shows at once.
 class VRLModelDialogMediator : public QObject, public VRLEventClient {
     Q_OBJECT
 
@@ -64,6 +64,7 @@ public:
     void stackCloseEvent(VRLStackCloseEvent& event) override;
     void modelCreateEvent(VRLModelCreateEvent& event) override;
     void modelDeleteEvent(VRLModelDeleteEvent& event) override;
+    void modelPropertiesEvent(VRLModelPropertiesEvent& event) override;
 
 private:
     enum Mode { Standard, Creation, Selection, Edition };
@@ -75,7 +76,9 @@ private:
     void enableButtons(bool newButton, bool deleteButton, bool applyAndCancel);
     void clearEditors();
     bool confirmDeletion() const;
-    void deleteModel(Model& model);
+    ModelChange enteredChange() const;
+    std::vector<Model*> listedModels() const;
+    void listModels(const Model* leaving = nullptr);
     void warn(const QString& text) const;
 
     VRLStack* __stack = nullptr;

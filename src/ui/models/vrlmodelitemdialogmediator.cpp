@@ -8,6 +8,7 @@
 #include "document/modelitem.h"
 #include "document/stackslice.h"
 #include "editing/actions/vrlitemselectionattributesaction.h"
+#include "editing/actions/vrlsliceinsertiondeletionaction.h"
 #include "editing/bus/vrlmodelevent.h"
 #include "editing/bus/vrlmodelitemevent.h"
 #include "editing/bus/vrlstackevent.h"
@@ -123,6 +124,27 @@ void VRLModelItemDialogMediator::modelDeleteEvent(VRLModelDeleteEvent& event) {
 
 void VRLModelItemDialogMediator::modelItemDeleteEvent(VRLModelItemDeleteEvent& event) {
     if (event.getItem() == __item)
+        dropItem();
+}
+
+// Undo brings other attributes, to the item or to its model.
+void VRLModelItemDialogMediator::modelItemAttributeEvent(VRLModelItemAttributeEvent& event) {
+    if (event.getItem() == __item && __item != nullptr)
+        setItem(*__item);
+}
+
+void VRLModelItemDialogMediator::modelPropertiesEvent(VRLModelPropertiesEvent& event) {
+    if (__item != nullptr && __item->getModel() == event.getModel())
+        setItem(*__item);
+}
+
+void VRLModelItemDialogMediator::modelItemConvertEvent(VRLModelItemConvertEvent& event) {
+    if (event.getItem() == __item && __item != nullptr)
+        setItem(*__item);
+}
+
+void VRLModelItemDialogMediator::processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) {
+    if (__item != nullptr && __item->getSlice() == action.getSlice() && action.isInsertion() == action.reverted())
         dropItem();
 }
 

@@ -40,6 +40,10 @@ public:
     void stackCloseEvent(VRLStackCloseEvent& event) override;
     void modelDeleteEvent(VRLModelDeleteEvent& event) override;
     void modelItemDeleteEvent(VRLModelItemDeleteEvent& event) override;
+    void modelItemAttributeEvent(VRLModelItemAttributeEvent& event) override;
+    void modelItemConvertEvent(VRLModelItemConvertEvent& event) override;
+    void modelPropertiesEvent(VRLModelPropertiesEvent& event) override;
+    void processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) override;
 
 private:
     ModelItemProperties modelProperties() const;

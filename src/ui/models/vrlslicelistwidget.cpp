@@ -220,8 +220,17 @@ void VRLSliceListWidget::stackChange(const VRLStack* stack) {
 void VRLSliceListWidget::updateAllRows() {
     __updatePending = false;
     const QSignalBlocker blocker(__list);
-    for (int row = 0; row < __list->count(); ++row)
+    const int current = __list->currentRow();
+    const StackSlice* const selected = current < 0 ? nullptr : sliceAt(current);
+    const int n = __list->count();
+    const bool listsStack = __stack != nullptr && __stack->getNumSlices() == n;
+    for (int row = 0; row < n; ++row) {
+        if (listsStack) // the slices may stand in another order now
+            __list->item(row)->setData(Qt::UserRole, QVariant::fromValue(&__stack->getSlice(n - 1 - row)));
         updateRow(row);
+    }
+    if (selected != nullptr && sliceAt(current) != selected)
+        setSelectedSlice(*selected);
 }
 
 void VRLSliceListWidget::rowChange(int row) {

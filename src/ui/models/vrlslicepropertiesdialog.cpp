@@ -5,12 +5,13 @@
 
 #include "document/stack.h"
 #include "document/stackslice.h"
-#include "editing/bus/vrlsliceevent.h"
+#include "editing/actions/vrlsliceinsertiondeletionaction.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/guarded.h"
 #include "ui/models/propertiesdialoglayout.h"
-#include "ui/models/vrleventbatch.h"
+#include "ui/models/refusal.h"
 #include "ui/models/vrlstackpropertieseditor.h"
 
 namespace vorlen {
@@ -46,22 +47,15 @@ void VRLSlicePropertiesDialog::apply() {
     const float spacing = __editor->getSliceSpacing();
     const PixelCalibration calibration = __editor->getPixelCalibration();
 
-    const VRLEventBatch batch;
-    if (otherName) {
-        __slice->setName(name);
-        VRLSliceNameEvent event(__slice);
-        notifyEvent(event);
-    }
-    if (spacing != __slice->getRelativePosition()) {
-        __slice->setRelativePosition(spacing);
-        VRLSliceSpacingEvent event(__slice);
-        notifyEvent(event);
-    }
-    if (!(calibration == __slice->getPixelCalibration())) {
-        __slice->setPixelCalibration(calibration);
-        VRLSliceImageCalibrationEvent event(__slice);
-        notifyEvent(event);
-    }
+    SliceChange change;
+    if (otherName)
+        change.name = name;
+    if (spacing != __slice->getRelativePosition())
+        change.spacing = spacing;
+    if (!(calibration == __slice->getPixelCalibration()))
+        change.calibration = calibration;
+    if (auto* stack = dynamic_cast<VRLStack*>(__slice->getStack()))
+        tellRefusal(this, changeSlice(*stack, *__slice, change));
     reset();
 }
 
@@ -80,6 +74,19 @@ void VRLSlicePropertiesDialog::reset() {
 
 void VRLSlicePropertiesDialog::stackCloseEvent(VRLStackCloseEvent& event) {
     if (__slice == nullptr || __slice->getStack() != event.getStack())
+        return;
+    __slice = nullptr;
+    reject();
+}
+
+// Undo brings other values. What is being entered stays until it is applied or given up.
+void VRLSlicePropertiesDialog::stackModifyEvent(VRLStackModifyEvent& event) {
+    if (__slice != nullptr && __slice->getStack() == event.getStack() && !__applyButton->isEnabled())
+        reset();
+}
+
+void VRLSlicePropertiesDialog::processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) {
+    if (__slice == nullptr || action.getSlice() != __slice || action.isInsertion() != action.reverted())
         return;
     __slice = nullptr;
     reject();

@@ -11,7 +11,8 @@ namespace vorlen {
 class StackSlice;
 class VRLStackPropertiesEditor;
 
-/// Edits what describes a slice. What is applied here cannot be undone.
+/// Edits what describes a slice. What is applied is one step of its stack's history. Closes when the slice is taken
+/// out.
 class VRLSlicePropertiesDialog : public QDialog, public VRLEventClient {
     Q_OBJECT
 
@@ -26,6 +27,8 @@ public:
     void reset();
 
     void stackCloseEvent(VRLStackCloseEvent& event) override;
+    void stackModifyEvent(VRLStackModifyEvent& event) override;
+    void processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) override;
 
 private:
     StackSlice* __slice = nullptr;

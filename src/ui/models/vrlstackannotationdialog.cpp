@@ -6,10 +6,13 @@
 #include <QVBoxLayout>
 
 #include "document/stackslice.h"
-#include "editing/bus/vrlsliceevent.h"
+#include "editing/actions/vrlsliceinsertiondeletionaction.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/operations/sliceoperations.h"
+#include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/guarded.h"
+#include "ui/models/refusal.h"
 
 namespace vorlen {
 
@@ -52,12 +55,14 @@ void VRLStackAnnotationDialog::setSlice(StackSlice& slice) {
 void VRLStackAnnotationDialog::apply() {
     const std::string text = __text->toPlainText().trimmed().toStdString();
     if (__stack != nullptr) {
-        __stack->setAnnotation(text);
-        __stack->setModified(true);
+        StackChange change;
+        change.annotation = text;
+        tellRefusal(this, changeStack(*__stack, change));
     } else if (__slice != nullptr) {
-        __slice->setAnnotation(text);
-        VRLSliceAnnotationEvent event(__slice);
-        notifyEvent(event);
+        SliceChange change;
+        change.annotation = text;
+        if (auto* stack = dynamic_cast<VRLStack*>(__slice->getStack()))
+            tellRefusal(this, changeSlice(*stack, *__slice, change));
     }
     accept();
 }
@@ -67,6 +72,23 @@ void VRLStackAnnotationDialog::stackCloseEvent(VRLStackCloseEvent& event) {
     if (!concerned && (__slice == nullptr || __slice->getStack() != event.getStack()))
         return;
     __stack = nullptr;
+    __slice = nullptr;
+    reject();
+}
+
+// Undo brings another text. What is being written stays until it is stored or given up.
+void VRLStackAnnotationDialog::stackModifyEvent(VRLStackModifyEvent& event) {
+    const bool concerned = __stack != nullptr ? event.getStack() == __stack
+                                              : __slice != nullptr && event.getStack() == __slice->getStack();
+    if (!concerned || __text->document()->isModified())
+        return;
+    __text->setPlainText(
+        QString::fromStdString(__stack != nullptr ? __stack->getAnnotation() : __slice->getAnnotation()));
+}
+
+void VRLStackAnnotationDialog::processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) {
+    if (__slice == nullptr || action.getSlice() != __slice || action.isInsertion() != action.reverted())
+        return;
     __slice = nullptr;
     reject();
 }

@@ -11,7 +11,7 @@ namespace vorlen {
 class StackSlice;
 class VRLStack;
 
-/// Edits the note on a stack or on a slice.
+/// Edits the note on a stack or on a slice. Closes when the slice is taken out.
 class VRLStackAnnotationDialog : public QDialog, public VRLEventClient {
     Q_OBJECT
 
@@ -26,6 +26,8 @@ public:
     void apply();
 
     void stackCloseEvent(VRLStackCloseEvent& event) override;
+    void stackModifyEvent(VRLStackModifyEvent& event) override;
+    void processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) override;
 
 private:
     VRLStack* __stack = nullptr;

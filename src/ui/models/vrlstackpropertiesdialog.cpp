@@ -7,13 +7,13 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
-#include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/guarded.h"
 #include "ui/models/propertiesdialoglayout.h"
+#include "ui/models/refusal.h"
 #include "ui/models/slicedefaults.h"
-#include "ui/models/vrleventbatch.h"
 #include "ui/models/vrlstackpropertieseditor.h"
 
 namespace vorlen {
@@ -62,28 +62,21 @@ void VRLStackPropertiesDialog::apply() {
                                            ": calibration differed from default stack image calibration.",
                                            "Set calibration to new value?");
 
-    const VRLEventBatch batch;
-    if (otherName) {
-        __stack->setName(name);
-        VRLStackNameEvent event(__stack);
-        notifyEvent(event);
+    StackChange change;
+    if (otherName)
+        change.name = name;
+    if (!(unit == __stack->getLengthUnit()))
+        change.unit = unit;
+    if (otherSpacing) {
+        change.spacing = spacing;
+        change.spacingSlices = spacingSlices;
     }
-    if (!(unit == __stack->getLengthUnit())) {
-        __stack->setLengthUnit(unit);
-        __stack->setModified(true);
-        VRLStackModifyEvent event(__stack);
-        notifyEvent(event);
+    if (otherCalibration) {
+        change.calibration = calibration;
+        change.calibrationSlices = calibrationSlices;
     }
-    if (otherSpacing)
-        applySliceSpacingChange(spacing, spacingSlices);
-    if (otherCalibration)
-        applyPixelCalibrationChange(calibration, calibrationSlices);
-    if (absolutePath != __stack->getAbsoluteImagesPathPolicy()) {
-        __stack->setAbsoluteImagesPathPolicy(absolutePath);
-        __stack->setModified(true);
-        VRLStackModifyEvent event(__stack);
-        notifyEvent(event);
-    }
+    change.absoluteImagesPath = absolutePath;
+    tellRefusal(this, changeStack(*__stack, change));
     reset();
 }
 
@@ -105,6 +98,12 @@ void VRLStackPropertiesDialog::stackCloseEvent(VRLStackCloseEvent& event) {
         return;
     __stack = nullptr;
     reject();
+}
+
+// Undo brings other values. What is being entered stays until it is applied or given up.
+void VRLStackPropertiesDialog::stackModifyEvent(VRLStackModifyEvent& event) {
+    if (event.getStack() == __stack && !__applyButton->isEnabled())
+        reset();
 }
 
 /// The slices that have the default, and the others that the user wants to change, in order.
@@ -131,28 +130,6 @@ VRLStackPropertiesDialog::Slices VRLStackPropertiesDialog::slicesToChange(bool (
         slices.push_back(&slice);
     }
     return slices;
-}
-
-void VRLStackPropertiesDialog::applySliceSpacingChange(float spacing, const Slices& slices) {
-    for (StackSlice* slice : slices)
-        if (!slice->isDefaultRelativePosition())
-            slice->setRelativePosition(spacing);
-    __stack->setDefaultRelativePosition(spacing);
-    __stack->updateReconstruction();
-    VRLStackSliceSpacingEvent event(__stack);
-    notifyEvent(event);
-}
-
-void VRLStackPropertiesDialog::applyPixelCalibrationChange(const PixelCalibration& calibration, const Slices& slices) {
-    for (StackSlice* slice : slices) {
-        slice->setPixelCalibration(calibration);
-        VRLSliceImageCalibrationEvent event(slice);
-        notifyEvent(event);
-    }
-    __stack->setDefaultPixelCalibration(calibration);
-    __stack->updateReconstruction();
-    VRLStackImageCalibrationEvent event(__stack);
-    notifyEvent(event);
 }
 
 } // namespace vorlen

@@ -6,7 +6,6 @@
 #include <QString>
 
 #include "editing/bus/vrleventclient.h"
-#include "values/pixelcalibration.h"
 
 class QPushButton;
 
@@ -16,7 +15,7 @@ class StackSlice;
 class VRLStack;
 class VRLStackPropertiesEditor;
 
-/// Edits what describes a stack. What is applied here cannot be undone.
+/// Edits what describes a stack. What is applied is one step of its history.
 ///
 /// Slices that have a spacing or a calibration of their own are asked for one by one. All questions come before the
 /// first change, so that nobody sees the stack half changed while a question is open; one that is closed without an
@@ -35,14 +34,13 @@ public:
     void reset();
 
     void stackCloseEvent(VRLStackCloseEvent& event) override;
+    void stackModifyEvent(VRLStackModifyEvent& event) override;
 
 private:
     using Slices = std::vector<StackSlice*>;
 
     Slices slicesToChange(bool (*hasDefault)(const StackSlice&), const QString& title, const QString& difference,
                           const QString& question);
-    void applySliceSpacingChange(float spacing, const Slices& slices);
-    void applyPixelCalibrationChange(const PixelCalibration& calibration, const Slices& slices);
 
     VRLStack* __stack = nullptr;
     VRLStackPropertiesEditor* __editor;

@@ -17,10 +17,12 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
-#include "editing/bus/vrlposeevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/icons/vrlicons.h"
+#include "ui/models/guarded.h"
+#include "ui/models/refusal.h"
 #include "ui/models/vrlmodeldialog.h"
 #include "ui/scenes/renderingcommands.h"
 #include "ui/scenes/vrlrenderingmediator.h"
@@ -190,12 +192,8 @@ void VRLRenderingWindow::recordPose() {
         return;
     if (name.isEmpty())
         name = QString("Pose %1").arg(stack->getNumPoses() + 1);
-    auto* pose = new Pose(__canvas->getPose()); // the stack takes it over
-    pose->setName(name.toStdString());
-    pose->setStack(stack);
-    pose->attach();
-    VRLPoseCreateEvent event(pose);
-    notifyEvent(event);
+    guarded(this, "The pose cannot be recorded.",
+            [&] { tellRefusal(this, vorlen::recordPose(*stack, __canvas->getPose(), name.toStdString())); });
 }
 
 void VRLRenderingWindow::selectPose(QAction* action) {
@@ -208,13 +206,8 @@ void VRLRenderingWindow::selectPose(QAction* action) {
 void VRLRenderingWindow::deletePose(QAction* action) {
     VRLStack* stack = __mediator->getStack();
     const int place = action->data().toInt();
-    if (stack == nullptr || place < 0 || place >= stack->getNumPoses())
-        return;
-    Pose* pose = &stack->getPose(place);
-    pose->detach();
-    const std::unique_ptr<Pose> owned(pose);
-    VRLPoseDeleteEvent event(pose);
-    notifyEvent(event);
+    if (stack != nullptr)
+        guarded(this, "The pose cannot be deleted.", [&] { tellRefusal(this, vorlen::deletePose(*stack, place)); });
 }
 
 void VRLRenderingWindow::togglePanel() {

@@ -64,9 +64,13 @@ void VRLSliceWidgetMediator::setSlice(StackSlice& slice) {
         return;
     canvas.setSlice(slice);
     setPixelCalibration(slice.getPixelCalibration());
+    showImage(slice);
+}
+
+void VRLSliceWidgetMediator::showImage(const StackSlice& slice) {
     if (slice.isEmpty()) {
         getImageProxy().clear();
-        canvas.imageProxyChange();
+        getCanvas().imageProxyChange();
         imageProxyChange();
         setNotice("The slice \"" + QString::fromStdString(slice.getName()) + "\" has no image.");
     } else {
@@ -95,6 +99,11 @@ void VRLSliceWidgetMediator::processSliceInsertionDeletionAction(VRLSliceInserti
 void VRLSliceWidgetMediator::sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent& event) {
     if (getSlice() != nullptr && event.getSlice() == getSlice())
         calibrationChanged();
+}
+
+void VRLSliceWidgetMediator::sliceImageSourceEvent(VRLSliceImageSourceEvent& event) {
+    if (getSlice() != nullptr && event.getSlice() == getSlice())
+        showImage(*getSlice());
 }
 
 void VRLSliceWidgetMediator::modelCreateEvent(VRLModelCreateEvent& event) {

@@ -39,6 +39,7 @@ public:
     void stackImageCalibrationEvent(VRLStackImageCalibrationEvent& event) override;
     void processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) override;
     void sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent& event) override;
+    void sliceImageSourceEvent(VRLSliceImageSourceEvent& event) override;
     void modelCreateEvent(VRLModelCreateEvent& event) override;
     void modelDeleteEvent(VRLModelDeleteEvent& event) override;
     void modelPropertiesEvent(VRLModelPropertiesEvent& event) override;
@@ -77,6 +78,7 @@ private:
     void changed(const ModelItem* item);
     void contentsChanged();
     void calibrationChanged();
+    void showImage(const StackSlice& slice);
 
     QAction* __modeActions[3]; // by mode
     bool __infoPending = false;

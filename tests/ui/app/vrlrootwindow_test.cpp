@@ -31,6 +31,8 @@
 #include "editing/bus/vrlstackevent.h"
 #include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/sliceoperations.h"
+#include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "images/files/imagewriter.h"
@@ -271,6 +273,31 @@ TEST_F(VRLRootWindowTest, undoAndRedoFollowTheHistory) {
     EXPECT_EQ(item.getVertices()[0][0], 3);
     trigger("edit.undo");
     EXPECT_TRUE(stack.isModified()); // undoing does not clear the flag
+}
+
+// Names of the stack and of its slice, in the lists and on the status bar.
+TEST_F(VRLRootWindowTest, whatIsUndoneShowsEverywhere) {
+    VRLStack& stack = open("one");
+    const auto shown = [this] {
+        QStringList names = listed(window->browser().stackList()) + listed(window->browser().sliceList());
+        for (const QLabel* label : window->findChildren<VRLRootStatusBar*>().first()->findChildren<QLabel*>())
+            names += label->text();
+        return names;
+    };
+    const QStringList before = shown();
+    StackChange other;
+    other.name = "other";
+    ASSERT_TRUE(changeStack(stack, other));
+    SliceChange renamed;
+    renamed.name = "renamed";
+    ASSERT_TRUE(changeSlice(stack, *mediator().currentSlice(), renamed));
+    EXPECT_EQ(mediator().action("Undo")->toolTip(), "Undo Change slice properties");
+    EXPECT_EQ(listed(window->browser().stackList()), QStringList("other"));
+    EXPECT_TRUE(shown().contains("renamed"));
+    key(Qt::Key_Z, Qt::ControlModifier);
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(shown(), before);
+    EXPECT_FALSE(enabled("Undo"));
 }
 
 TEST_F(VRLRootWindowTest, aDeletedSliceComesBackByUndo) {

@@ -9,6 +9,9 @@
 
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/history/vrlactionhistory.h"
+#include "editing/operations/sliceoperations.h"
+#include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "support/documentmaker.h"
 #include "support/eventrecorder.h"
@@ -194,6 +197,18 @@ TEST_F(VRLSliceListWidgetTest, roundingOfAbsolutePositionsIsNoOwnSpacing) {
     EXPECT_EQ(icon(list, 1).second, white);
     EXPECT_EQ(icon(list, 2).second, white);
     EXPECT_EQ(icon(list, 0).second, grey);
+}
+
+TEST_F(VRLSliceListWidgetTest, followsTheOrderOfTheSlicesAndKeepsTheSelectedOne) {
+    widget.setSelectedSlice(stack.getSlice(1));
+    ASSERT_TRUE(reorderSlices(stack, {4, 3, 2, 1, 0}));
+    EXPECT_EQ(texts(list), (QStringList{"s0", "s1", "s2", "s3", "s4"}));
+    EXPECT_EQ(widget.selectedSlices(), std::vector<StackSlice*>{&stack.getSlice(3)});
+    EXPECT_EQ(slider.value(), 3);
+    stack.history()->undo();
+    EXPECT_EQ(texts(list), (QStringList{"s4", "s3", "s2", "s1", "s0"}));
+    EXPECT_EQ(slider.value(), 1);
+    EXPECT_EQ(changes.count(), 0);
 }
 
 TEST_F(VRLSliceListWidgetTest, aBatchIsShownAtItsEnd) {

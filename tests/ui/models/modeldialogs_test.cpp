@@ -210,7 +210,12 @@ TEST_F(VRLModelDialogTest, aNewModelTakesWhatWasEnteredAndDefaultsForTheRest) {
     EXPECT_TRUE(stack.isModified());
     EXPECT_EQ(recorder.take().front(), "stackModify");
     EXPECT_EQ(state(), "+---- +---");
-    EXPECT_FALSE(stack.history()->isUndoable());
+    stack.history()->undo();
+    EXPECT_EQ(stack.getNumModels(), 2);
+    EXPECT_EQ(rows(), Names({"a", "b"}));
+    stack.history()->redo();
+    EXPECT_EQ(&stack.getModel(2), &model);
+    EXPECT_EQ(rows(), Names({"a", "b", "left lobe"}));
 }
 
 TEST_F(VRLModelDialogTest, namesMustBeGivenAndBeTheOnlyOnes) {
@@ -266,6 +271,21 @@ TEST_F(VRLModelDialogTest, editingOneModelRenamesItAndTellsWhatItWas) {
     EXPECT_TRUE(properties.oldItemProperties[0] == itemBefore);
     EXPECT_EQ(recorder.take(), Names({"modelProperties", "stackModify"}));
     EXPECT_EQ(name.text(), "z z");
+    stack.history()->undo();
+    EXPECT_TRUE(a.getProperties() == before);
+    EXPECT_EQ(rows(), Names({"a", "b"}));
+    EXPECT_EQ(list.selectedModels(), Names({"a"}));
+    EXPECT_EQ(name.text(), "a");
+    EXPECT_EQ(opacity.value(), 255);
+    stack.history()->redo();
+    EXPECT_EQ(name.text(), "z z");
+    // What is being entered stays.
+    opacity.setValue(11);
+    stack.history()->undo();
+    EXPECT_EQ(rows(), Names({"a", "b"}));
+    EXPECT_EQ(opacity.value(), 11);
+    click("Cancel");
+    EXPECT_EQ(opacity.value(), 255);
 }
 
 TEST_F(VRLModelDialogTest, severalModelsShowWhatTheyShareAndKeepWhatTheyDoNot) {
@@ -285,6 +305,9 @@ TEST_F(VRLModelDialogTest, severalModelsShowWhatTheyShareAndKeepWhatTheyDoNot) {
     EXPECT_FALSE(b.getItemProperties().getRenderingVisibility());
     EXPECT_EQ(a.getName(), "a");
     EXPECT_EQ(recorder.take(), Names({"modelProperties", "stackModify", "modelProperties", "stackModify"}));
+    stack.history()->undo(); // both at once
+    EXPECT_EQ(b.getProperties().getSurfaceOpacity(), 255);
+    EXPECT_EQ(opacity.value(), 255);
     EXPECT_FALSE(stack.history()->isUndoable());
 }
 
@@ -317,7 +340,7 @@ TEST_F(VRLModelDialogTest, theDeletionOfItemsIsAskedFor) {
         DeletionRecorder deletions(stack.getSlice(1));
         click("Delete");
         EXPECT_EQ(deletions.numItems, std::vector<int>({2, 1}));
-        EXPECT_EQ(deletions.numItemsOnSlice, std::vector<int>({1, 0}));
+        EXPECT_EQ(deletions.numItemsOnSlice, std::vector<int>({2, 1}));
         EXPECT_EQ(answers.titles[0], "Confirm deletion");
         EXPECT_EQ(answers.defaults[0], "Delete");
         EXPECT_EQ(answers.texts[0], "Deleting model \"a\" will delete 2 item(s).");
@@ -327,10 +350,12 @@ TEST_F(VRLModelDialogTest, theDeletionOfItemsIsAskedFor) {
     EXPECT_EQ(stack.getSlice(0).getNumItems(), 0);
     EXPECT_EQ(stack.getSlice(1).getNumItems(), 0);
     EXPECT_TRUE(rows().empty());
+    stack.history()->undo();
+    EXPECT_EQ(stack.getSlice(1).getNumItems(), 2);
+    EXPECT_EQ(rows(), Names({"a", "b"}));
 }
 
-// The steps of a deleted model's items go; the others can still be undone.
-TEST_F(VRLModelDialogTest, undoNeverReachesWhatWasDeleted) {
+TEST_F(VRLModelDialogTest, undoBringsADeletedModelBackAndGoesOnToWhatWasBefore) {
     ModelItem& gone = addItem(a, stack.getSlice(0), {{0, 0}, {1, 0}});
     ModelItem& kept = addItem(b, stack.getSlice(0), {{0, 0}, {1, 0}});
     for (ModelItem* item : {&gone, &kept, &gone}) {
@@ -347,8 +372,13 @@ TEST_F(VRLModelDialogTest, undoNeverReachesWhatWasDeleted) {
         select({0});
         click("Delete");
     }
-    ASSERT_TRUE(stack.history()->isUndoable());
+    EXPECT_EQ(stack.getNumModels(), 1);
     stack.history()->undo();
+    EXPECT_EQ(&stack.getModel(0), &a);
+    EXPECT_EQ(&stack.getSlice(0).getItem(0), &gone);
+    for (int step = 0; step < 3; ++step)
+        stack.history()->undo();
+    EXPECT_FALSE(gone.getProperties().definesLineWidth());
     EXPECT_FALSE(kept.getProperties().definesLineWidth());
     EXPECT_FALSE(stack.history()->isUndoable());
 }
@@ -428,9 +458,11 @@ TEST_F(VRLModelItemDialogTest, applyIsOneStepThatCanBeUndone) {
     EXPECT_FALSE(stack.history()->isStepOpen());
     stack.history()->undo();
     EXPECT_FALSE(item.getProperties().definesAny());
+    EXPECT_EQ(lineWidth.value(), 1);
     EXPECT_FALSE(stack.history()->isUndoable());
     stack.history()->redo();
     EXPECT_TRUE(item.getProperties() == own);
+    EXPECT_EQ(lineWidth.value(), 5);
 }
 
 TEST_F(VRLModelItemDialogTest, cancelDefaultsAndOk) {

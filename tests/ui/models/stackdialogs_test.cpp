@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "editing/history/vrlactionhistory.h"
+#include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "numerics/exception.h"
@@ -144,6 +146,21 @@ TEST_F(VRLStackPropertiesDialogTest, whatDiffersIsChangedInOrderWithinABatch) {
     expected.insert(expected.end(), {"stackImageCalibration", "batchEnd"});
     EXPECT_EQ(heard, expected);
     EXPECT_FALSE(VRLEventClient::eventBatchEnabled());
+
+    stack.history()->undo(); // all of it
+    EXPECT_FALSE(stack.history()->isUndoable());
+    EXPECT_EQ(stack.getName(), "brain");
+    EXPECT_EQ(spacings(), std::vector<float>(4, 2.0f));
+    EXPECT_EQ(widths(), std::vector<float>(4, 1.0f));
+    EXPECT_EQ(stack.getSlice(3).getPixelCalibration().getLengthUnit().getScale(), -6);
+    EXPECT_EQ(field("Stack name").text(), "brain");
+    EXPECT_EQ(field("Slice spacing").text(), "2");
+    EXPECT_FALSE(dialog.findChild<QCheckBox*>()->isChecked());
+    field("Slice spacing").setText("3"); // what is being entered stays
+    stack.history()->redo();
+    EXPECT_EQ(field("Slice spacing").text(), "3");
+    click("Reset");
+    EXPECT_EQ(field("Slice spacing").text(), "0.5");
 }
 
 TEST_F(VRLStackPropertiesDialogTest, unitAndPathAloneSendTheModifyEventTwice) {
@@ -157,7 +174,7 @@ TEST_F(VRLStackPropertiesDialogTest, unitAndPathAloneSendTheModifyEventTwice) {
     field("Stack name").setText("other");
     field("Stack name").setText("brain");
     click("Apply");
-    EXPECT_EQ(recorder.take(), Names({"batchEnd"})); // nothing differs
+    EXPECT_TRUE(recorder.take().empty()); // nothing differs
 }
 
 TEST_F(VRLStackPropertiesDialogTest, slicesOfTheirOwnSpacingAreAskedFor) {
@@ -226,8 +243,8 @@ TEST_F(VRLStackPropertiesDialogTest, numbersThatWereNotTouchedStayToTheBit) {
     EXPECT_EQ(stack.getDefaultRelativePosition(), 1.2345678f);
 }
 
-// A window that fails to follow a change is told to the user, and the batch ends.
-TEST_F(VRLStackPropertiesDialogTest, aFailureIsToldAndEndsTheBatch) {
+// A window that fails to follow a change is told to the user, the batch ends, and the stack is as it was.
+TEST_F(VRLStackPropertiesDialogTest, aFailureIsToldAndTheChangeTakenBack) {
     class Failing : public VRLEventClient {
         void stackSliceSpacingEvent(VRLStackSliceSpacingEvent&) override { throw ProgramError("here", "No such view"); }
     } failing;
@@ -236,6 +253,8 @@ TEST_F(VRLStackPropertiesDialogTest, aFailureIsToldAndEndsTheBatch) {
     click("Apply");
     ASSERT_EQ(answers.texts.size(), 1u);
     EXPECT_TRUE(answers.texts[0].contains("No such view"));
+    EXPECT_EQ(spacings(), std::vector<float>(4, 2.0f));
+    EXPECT_FALSE(stack.history()->isUndoable());
     EXPECT_FALSE(VRLEventClient::eventBatchEnabled());
 }
 
@@ -272,6 +291,14 @@ TEST_F(VRLSlicePropertiesDialogTest, changesWhatDiffersInOrder) {
             heard.push_back(name);
     EXPECT_EQ(heard, Names({"sliceName", "sliceSpacing", "sliceImageCalibration", "batchEnd"}));
     EXPECT_TRUE(stack.isModified());
+
+    stack.history()->undo();
+    EXPECT_EQ(field("Slice name").text(), "s1");
+    EXPECT_EQ(field("Slice spacing").text(), "2");
+    EXPECT_TRUE(slice.isDefaultRelativePosition());
+    EXPECT_EQ(field("Pixel width").text(), "1");
+    stack.history()->redo();
+    EXPECT_EQ(slice.getRelativePosition(), 7);
 
     field("Slice name").setText("c");
     click("Reset");
@@ -321,14 +348,35 @@ TEST(VRLStackAnnotationDialog, editsTheNoteOfAStackOrOfASlice) {
     EXPECT_EQ(dialog.result(), QDialog::Accepted);
     EXPECT_EQ(stack.getSlice(0).getAnnotation(), QString("two\nlines \xc3\xa9").toStdString());
     EXPECT_EQ(stack.getAnnotation(), "about the stack");
-    EXPECT_EQ(recorder.take(), Names({"stackModify", "sliceAnnotation"}));
+    EXPECT_EQ(recorder.take(), Names({"stackModify", "sliceAnnotation", "batchEnd"}));
     EXPECT_TRUE(stack.isModified());
+    dialog.setSlice(stack.getSlice(0));
+    stack.history()->undo();
+    EXPECT_EQ(text.toPlainText(), "about the slice");
+    text.appendPlainText("more"); // what is being written stays
+    stack.history()->redo();
+    EXPECT_EQ(text.toPlainText(), "about the slice\nmore");
+    recorder.take();
 
     dialog.setStack(stack);
     text.setPlainText("  ");
     button(dialog, "OK").click();
     EXPECT_EQ(stack.getAnnotation(), "");
-    EXPECT_EQ(recorder.take(), Names({"stackModify"}));
+    EXPECT_EQ(recorder.take(), Names({"stackModify", "batchEnd"}));
+}
+
+TEST(StackDialogs, closeThemselvesWhenTheSliceIsTakenOut) {
+    VRLStack stack;
+    addSlices(stack, 1);
+    VRLSlicePropertiesDialog slice;
+    VRLStackAnnotationDialog annotation;
+    slice.setSlice(stack.getSlice(0));
+    annotation.setSlice(stack.getSlice(0));
+    slice.show();
+    annotation.show();
+    ASSERT_TRUE(deleteSlices(stack, {&stack.getSlice(0)}));
+    EXPECT_FALSE(slice.isVisible());
+    EXPECT_FALSE(annotation.isVisible());
 }
 
 TEST(StackDialogs, closeThemselvesWhenTheStackIsClosed) {

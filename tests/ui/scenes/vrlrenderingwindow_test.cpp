@@ -14,17 +14,18 @@
 #include <gtest/gtest.h>
 
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
+#include "editing/bus/vrleventbatch.h"
 #include "editing/bus/vrlmodelevent.h"
 #include "editing/bus/vrlmodelitemevent.h"
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "shapes/quadmesh.h"
 #include "support/commands.h"
 #include "support/heldmemory.h"
 #include "support/modalscript.h"
 #include "support/vectors.h"
-#include "ui/models/vrleventbatch.h"
 #include "ui/scenes/renderingcommands.h"
 #include "ui/scenes/renderingstack.h"
 #include "ui/scenes/vrlmodelpaintergl.h"
@@ -225,8 +226,7 @@ TEST_F(VRLRenderingWindowTest, aBatchRefreshesOnceAtItsEnd) {
     } paints;
     QTest::qWait(20);
     window->getCanvas().installEventFilter(&paints);
-    {
-        const VRLEventBatch batch;
+    inEventBatch([&] {
         for (const char* name : {"a", "b", "c"})
             send<VRLModelCreateEvent>(&addModel(stack, name));
         send<VRLStackImageCalibrationEvent>(&stack);
@@ -236,11 +236,11 @@ TEST_F(VRLRenderingWindowTest, aBatchRefreshesOnceAtItsEnd) {
         EXPECT_EQ(numPainters(), 2);
         EXPECT_EQ(paints.number, 0);
         window->getCanvas().grabFramebuffer(); // draws safely without the model
-    }
+    });
     EXPECT_EQ(paints.number, 1);
     EXPECT_EQ(numPainters(), 4);
     EXPECT_TRUE(listsAreAlike());
-    { const VRLEventBatch batch; }
+    inEventBatch([] {});
     EXPECT_EQ(paints.number, 1);
 }
 
@@ -296,6 +296,12 @@ TEST_F(VRLRenderingWindowTest, posesAreRecordedChosenAndDeleted) {
     EXPECT_TRUE(stack.isModified());
     window->updatePoseMenu();
     EXPECT_EQ(remove->actions().size(), 1);
+    stack.history()->undo();
+    ASSERT_EQ(stack.getNumPoses(), 2);
+    EXPECT_EQ(stack.getPose(0).getName(), "left & up");
+    stack.history()->undo();
+    stack.history()->undo();
+    EXPECT_EQ(stack.getNumPoses(), 0);
 }
 
 TEST_F(VRLRenderingWindowTest, surfacesAreExportedAndPointsTold) {

@@ -1,0 +1,87 @@
+#include "editing/operations/modeloperations.h"
+
+#include <algorithm>
+
+#include "editing/actions/vrlactionsequence.h"
+#include "editing/actions/vrlmodelcreationaction.h"
+#include "editing/actions/vrlmodeldeletionaction.h"
+#include "editing/actions/vrlmodelstateaction.h"
+#include "editing/operations/applyinstep.h"
+#include "editing/stacks/vrlstack.h"
+
+namespace vorlen {
+
+namespace {
+
+Outcome requireModels(const Stack& stack, const std::vector<Model*>& models) {
+    for (const Model* model : models)
+        if (stack.findModel(*model) < 0)
+            return Outcome::refused("The model is not in this stack");
+    return Outcome::done();
+}
+
+} // namespace
+
+Outcome checkModelName(const Stack& stack, const std::string& name, const Model* model) {
+    if (name.empty())
+        return Outcome::refused("The model name is empty");
+    for (int i = 0; i < stack.getNumModels(); ++i)
+        if (&stack.getModel(i) != model && stack.getModel(i).getName() == name)
+            return Outcome::refused("A model named " + name + " already exists in this stack");
+    return Outcome::done();
+}
+
+Outcome createModel(VRLStack& stack, const ModelChange& change) {
+    const std::string name = change.name.value_or("");
+    if (const Outcome free = checkModelName(stack, name); !free)
+        return free;
+    auto model = std::make_unique<Model>();
+    model->setName(name);
+    model->getProperties().update(change.properties);
+    model->getItemProperties().update(change.itemProperties);
+    return applyInStep(stack, std::make_unique<VRLModelCreationAction>(stack, std::move(model)));
+}
+
+Outcome changeModels(VRLStack& stack, const std::vector<Model*>& models, const ModelChange& change) {
+    if (const Outcome known = requireModels(stack, models); !known)
+        return known;
+    if (change.name && models.size() > 1)
+        return Outcome::refused("Several models can't have one name");
+    auto step = std::make_unique<VRLActionSequence>();
+    for (Model* model : models) {
+        ModelState state(*model);
+        if (change.name && *change.name != state.name) {
+            if (const Outcome free = checkModelName(stack, *change.name, model); !free)
+                return free;
+            state.name = *change.name;
+        }
+        state.properties.update(change.properties);
+        state.itemProperties.update(change.itemProperties);
+        auto action = std::make_unique<VRLModelStateAction>(stack, *model);
+        action->setState(state);
+        if (!action->isNull())
+            step->append(std::move(action));
+    }
+    return applyInStep(stack, std::move(step));
+}
+
+Outcome renameModel(VRLStack& stack, Model& model, const std::string& name) {
+    ModelChange change;
+    change.name = name;
+    return changeModels(stack, {&model}, change);
+}
+
+Outcome deleteModels(VRLStack& stack, const std::vector<Model*>& models) {
+    if (const Outcome known = requireModels(stack, models); !known)
+        return known;
+    std::vector<Model*> each;
+    for (Model* model : models)
+        if (std::find(each.begin(), each.end(), model) == each.end())
+            each.push_back(model);
+    auto step = std::make_unique<VRLActionSequence>();
+    for (Model* model : each)
+        step->append(std::make_unique<VRLModelDeletionAction>(stack, *model));
+    return applyInStep(stack, std::move(step));
+}
+
+} // namespace vorlen

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "document/model.h"
+#include "editing/operations/outcome.h"
+
+namespace vorlen {
+
+class Stack;
+class VRLStack;
+
+/// What is to be changed about models. Properties that are undefined stay as they are in each of them.
+struct ModelChange {
+    std::optional<std::string> name;
+    ModelProperties properties;
+    ModelItemProperties itemProperties;
+};
+
+/// Whether a model of the stack may get this name: it must not be empty, and no other model may have it.
+Outcome checkModelName(const Stack& stack, const std::string& name, const Model* model = nullptr);
+
+/// Puts a new model behind the others. What the change leaves undefined takes its default, so that every model can be
+/// drawn. Refused for a name that a model can't get, and without a name.
+Outcome createModel(VRLStack& stack, const ModelChange& change);
+
+/// Changes the models in one step. Refused for a name that can't be given, for one name for several models, and for a
+/// model of another stack.
+Outcome changeModels(VRLStack& stack, const std::vector<Model*>& models, const ModelChange& change);
+
+Outcome renameModel(VRLStack& stack, Model& model, const std::string& name);
+
+/// Takes the models out with their items, in one step. Refused for a model of another stack.
+Outcome deleteModels(VRLStack& stack, const std::vector<Model*>& models);
+
+} // namespace vorlen

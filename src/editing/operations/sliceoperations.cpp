@@ -1,0 +1,227 @@
+#include "editing/operations/sliceoperations.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+
+#include <QFile>
+#include <QFileInfo>
+
+#include "editing/actions/vrlactionsequence.h"
+#include "editing/actions/vrlsliceinsertiondeletionaction.h"
+#include "editing/actions/vrlstackstateaction.h"
+#include "editing/operations/applyinstep.h"
+#include "editing/operations/measures.h"
+#include "editing/stacks/vrlstack.h"
+#include "images/files/imagesourcefile.h"
+#include "images/rasters/image.h"
+#include "images/rasters/pixelmatrix.h"
+#include "numerics/exception.h"
+#include "progress/progresssubject.h"
+#include "registration/matrixprincipalaxesanalysis.h"
+#include "registration/principalaxesimageregistration.h"
+
+namespace vorlen {
+
+namespace {
+
+Outcome requireSlice(const Stack& stack, const StackSlice& slice) {
+    return stack.findSlice(slice) >= 0 ? Outcome::done() : Outcome::refused("The slice is not in this stack");
+}
+
+Outcome checkChange(const StackSlice& slice, const SliceChange& change) {
+    if (change.name && change.name->empty())
+        return Outcome::refused("The slice name is empty");
+    if (change.spacing && change.position)
+        return Outcome::refused("A slice has a spacing or a position, not both");
+    // The first slice may lie anywhere, and any slice may stay where it is.
+    if (change.spacing && !isSize(*change.spacing) && *change.spacing != slice.getRelativePosition())
+        return Outcome::refused("The slice spacing must be above zero");
+    if (change.position && !std::isfinite(*change.position))
+        return Outcome::refused("The position of the slice is no number");
+    if (change.thickness && !(std::isfinite(*change.thickness) && *change.thickness >= 0))
+        return Outcome::refused("The thickness of the slice must not be below zero");
+    if (change.calibration && !isPixelSize(*change.calibration))
+        return Outcome::refused("The size of a pixel must be above zero");
+    if (change.registration && !std::isfinite(change.registration->getRotationAngle()))
+        return Outcome::refused("The angle of the registration is no number");
+    return Outcome::done();
+}
+
+bool isPermutation(const std::vector<int>& order, int n) {
+    std::vector<int> sorted = order;
+    std::sort(sorted.begin(), sorted.end());
+    for (int i = 0; i < n; ++i)
+        if (sorted.size() != static_cast<std::size_t>(n) || sorted[static_cast<std::size_t>(i)] != i)
+            return false;
+    return sorted.size() == static_cast<std::size_t>(n);
+}
+
+PixelMatrix<float> greyValues(const StackSlice& slice, bool inverted) {
+    Image image;
+    slice.load(image);
+    image.make8bitsGrayscale();
+    PixelMatrix<float> matrix(image);
+    if (inverted)
+        for (int i = 0; i < matrix.getSize1(); ++i)
+            for (float& value : matrix[i])
+                value = 255 - value;
+    return matrix;
+}
+
+bool hasMass(const PixelMatrix<float>& image) {
+    MatrixPrincipalAxesAnalysis<float> analysis;
+    analysis.apply(image);
+    return analysis.hasMass();
+}
+
+std::unique_ptr<StackSlice> makeImageSlice(const std::string& file) {
+    const QFileInfo info(QFile::decodeName(file.c_str()));
+    ImageSourceFile source;
+    source.setFilename(QFile::encodeName(info.absoluteFilePath()).toStdString());
+    auto slice = std::make_unique<StackSlice>();
+    slice->setImageSource(source);
+    slice->setName(info.completeBaseName().toStdString());
+    return slice;
+}
+
+} // namespace
+
+std::vector<std::unique_ptr<StackSlice>> makeImageSlices(const std::vector<std::string>& files,
+                                                         std::vector<UnreadableImage>& unreadable) {
+    std::vector<std::unique_ptr<StackSlice>> slices;
+    for (const std::string& file : files) {
+        try {
+            slices.push_back(makeImageSlice(file));
+        } catch (const Exception& error) {
+            unreadable.push_back({file, error.getWhat()});
+        } catch (const std::exception& error) {
+            unreadable.push_back({file, error.what()});
+        }
+    }
+    return slices;
+}
+
+Outcome insertSlices(VRLStack& stack, int position, std::vector<std::unique_ptr<StackSlice>> slices) {
+    if (position < 0 || position > stack.getNumSlices())
+        return Outcome::refused("There is no such place in the stack");
+    auto step = std::make_unique<VRLActionSequence>();
+    for (auto& slice : slices) {
+        slice->setStack(&stack);
+        auto action = std::make_unique<VRLSliceInsertionDeletionAction>(std::move(slice));
+        action->setSlicePosition(position++);
+        step->append(std::move(action));
+    }
+    return step->isEmpty() ? Outcome::done() : applyInStep(stack, std::move(step));
+}
+
+Outcome deleteSlices(VRLStack& stack, const std::vector<StackSlice*>& slices) {
+    std::vector<int> places;
+    for (const StackSlice* slice : slices) {
+        if (const Outcome known = requireSlice(stack, *slice); !known)
+            return known;
+        places.push_back(stack.findSlice(*slice));
+    }
+    std::sort(places.begin(), places.end());
+    places.erase(std::unique(places.begin(), places.end()), places.end());
+    // From the end, so that the places in front stay what they are.
+    auto step = std::make_unique<VRLActionSequence>();
+    for (auto place = places.rbegin(); place != places.rend(); ++place) {
+        auto action = std::make_unique<VRLSliceInsertionDeletionAction>(stack.getSlice(*place));
+        action->setDeletionMode();
+        action->setSlicePosition(*place);
+        step->append(std::move(action));
+    }
+    return step->isEmpty() ? Outcome::done() : applyInStep(stack, std::move(step));
+}
+
+Outcome changeSlice(VRLStack& stack, StackSlice& slice, const SliceChange& change) {
+    if (const Outcome known = requireSlice(stack, slice); !known)
+        return known;
+    if (const Outcome good = checkChange(slice, change); !good)
+        return good;
+    auto action = std::make_unique<VRLStackStateAction>(stack, "Change slice properties");
+    SliceState& state = action->sliceState(slice);
+    state.name = change.name.value_or(state.name);
+    state.annotation = change.annotation.value_or(state.annotation);
+    if (change.spacing)
+        state.placement = {*change.spacing, true, false};
+    if (change.position)
+        state.placement = {*change.position, false, false};
+    state.thickness = change.thickness.value_or(state.thickness);
+    state.calibration = change.calibration.value_or(state.calibration);
+    state.registration = change.registration.value_or(state.registration);
+    if (change.imageSource != nullptr)
+        action->setImageSource(slice, *change.imageSource);
+    return applyInStep(stack, std::move(action));
+}
+
+Outcome reorderSlices(VRLStack& stack, const std::vector<int>& order) {
+    if (!isPermutation(order, stack.getNumSlices()))
+        return Outcome::refused("The new order must name each slice once");
+    auto action = std::make_unique<VRLStackStateAction>(stack, "Reorder slices");
+    for (int i = 0; i < stack.getNumSlices(); ++i) {
+        const int from = order[static_cast<std::size_t>(i)];
+        const int before = i == 0 ? -1 : order[static_cast<std::size_t>(i - 1)];
+        SliceState& state = action->sliceState(stack.getSlice(from));
+        state.placement = stack.getSlice(i).getPlacement();
+        if (before != from - 1)
+            state.registration = Registration();
+    }
+    action->setOrder(order);
+    return applyInStep(stack, std::move(action));
+}
+
+Outcome setRegistrations(VRLStack& stack, const std::vector<Registration>& registrations) {
+    if (registrations.size() != static_cast<std::size_t>(stack.getNumSlices()))
+        return Outcome::refused("There must be one registration for each slice");
+    auto action = std::make_unique<VRLStackStateAction>(stack, "Register slices");
+    for (int i = 0; i < stack.getNumSlices(); ++i) {
+        const Registration& registration = registrations[static_cast<std::size_t>(i)];
+        if (!std::isfinite(registration.getRotationAngle()))
+            return Outcome::refused("The angle of the registration is no number");
+        action->sliceState(stack.getSlice(i)).registration = registration;
+    }
+    return applyInStep(stack, std::move(action));
+}
+
+FoundRegistrations findRegistrations(const Stack& stack, bool inverted, ProgressSubject& progress) {
+    FoundRegistrations found;
+    const int n = stack.getNumSlices();
+    if (n == 0)
+        return found;
+    progress.notifyStarted("Running automatic registration...");
+    found.registrations.push_back(stack.getSlice(0).getRegistration());
+    PixelMatrix<float> previous = greyValues(stack.getSlice(0), inverted);
+    for (int i = 1; i < n && !progress.isCanceled(); ++i) {
+        PixelMatrix<float> current = greyValues(stack.getSlice(i), inverted);
+        PrincipalAxesImageRegistration<float> registration;
+        registration.setSource(current);
+        registration.setTarget(previous);
+        registration.run();
+        found.registrations.push_back(registration.sliceRegistration());
+        if (!registration.isReliable())
+            found.unplaced.push_back(i);
+        if (registration.isReliable() || hasMass(current))
+            previous.swap(current);
+        progress.notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
+    }
+    if (progress.isCanceled())
+        progress.notifyCanceled("");
+    else
+        progress.notifyFinished("");
+    return found;
+}
+
+Outcome registerSlices(VRLStack& stack, bool inverted, ProgressSubject& progress, std::vector<int>* unplaced) {
+    if (stack.getNumSlices() < 2)
+        return Outcome::refused("A registration needs at least two slices");
+    FoundRegistrations found = findRegistrations(stack, inverted, progress);
+    if (progress.isCanceled())
+        return Outcome::refused("The registration was cancelled");
+    if (unplaced != nullptr)
+        *unplaced = std::move(found.unplaced);
+    return setRegistrations(stack, found.registrations);
+}
+
+} // namespace vorlen

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "document/stackslice.h"
+#include "editing/operations/outcome.h"
+
+namespace vorlen {
+
+class ProgressSubject;
+class VRLStack;
+
+/// What is to be changed about a slice; the rest stays.
+struct SliceChange {
+    std::optional<std::string> name;
+    std::optional<std::string> annotation;
+    std::optional<float> spacing;  // to the slice before, in the stack's length unit
+    std::optional<float> position; // absolute; not together with a spacing
+    std::optional<float> thickness;
+    std::optional<PixelCalibration> calibration;
+    std::optional<Registration> registration;
+    const ImageSource* imageSource = nullptr;
+};
+
+/// An image that can't be read, and why.
+struct UnreadableImage {
+    std::string file;
+    std::string reason;
+};
+
+/// A slice for each file that shows an image, named by its file; the others are told of.
+std::vector<std::unique_ptr<StackSlice>> makeImageSlices(const std::vector<std::string>& files,
+                                                         std::vector<UnreadableImage>& unreadable);
+
+/// Puts the slices, in this order, in front of slice position; behind the last for the number of slices. Refused for
+/// another position.
+Outcome insertSlices(VRLStack& stack, int position, std::vector<std::unique_ptr<StackSlice>> slices);
+
+/// Takes the slices out with their items, in one step. Refused for a slice of another stack.
+Outcome deleteSlices(VRLStack& stack, const std::vector<StackSlice*>& slices);
+
+/// Refused for an empty name, numbers that are no measures and a slice of another stack.
+Outcome changeSlice(VRLStack& stack, StackSlice& slice, const SliceChange& change);
+
+/// Slice order[i] comes to place i. The places keep their positions along the cutting axis. A slice that has another
+/// one before it now loses its registration, which was on the old one. Refused unless each slice is named once.
+Outcome reorderSlices(VRLStack& stack, const std::vector<int>& order);
+
+/// Gives the slices, in their order, these registrations. Refused unless there is one for each slice.
+Outcome setRegistrations(VRLStack& stack, const std::vector<Registration>& registrations);
+
+/// What automatic registration found.
+struct FoundRegistrations {
+    std::vector<Registration> registrations; // for each slice; that of the first stays as it was
+    std::vector<int> unplaced;               // slices that have no place of their own: blank, or behind a blank one
+};
+
+/// Brings each slice onto the one before it, by the centre and the main axis of its bright parts, of its dark parts
+/// when inverted. A blank slice lies as the one before it does, and the slice behind it is registered on the last one
+/// that was not blank. Looks only, and stops early when the progress is cancelled. Throws what StackSlice::load()
+/// throws.
+FoundRegistrations findRegistrations(const Stack& stack, bool inverted, ProgressSubject& progress);
+
+/// Finds the registrations and sets them in one step; tells of unplaced slices if asked. Refused for fewer than two
+/// slices, and when cancelled.
+Outcome registerSlices(VRLStack& stack, bool inverted, ProgressSubject& progress, std::vector<int>* unplaced = nullptr);
+
+} // namespace vorlen

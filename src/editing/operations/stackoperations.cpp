@@ -1,0 +1,96 @@
+#include "editing/operations/stackoperations.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include "document/pose.h"
+#include "editing/actions/vrlposeaction.h"
+#include "editing/actions/vrlstackstateaction.h"
+#include "editing/operations/applyinstep.h"
+#include "editing/operations/measures.h"
+#include "editing/operations/sliceoperations.h"
+#include "editing/stacks/vrlstack.h"
+
+namespace vorlen {
+
+namespace {
+
+Outcome checkChange(const VRLStack& stack, const StackChange& change) {
+    if (change.name && change.name->empty())
+        return Outcome::refused("The stack name is empty");
+    if (change.spacing && !isSize(*change.spacing))
+        return Outcome::refused("The slice spacing must be above zero");
+    if (change.calibration && !isPixelSize(*change.calibration))
+        return Outcome::refused("The size of a pixel must be above zero");
+    for (const auto* slices : {&change.spacingSlices, &change.calibrationSlices})
+        for (const StackSlice* slice : *slices)
+            if (stack.findSlice(*slice) < 0)
+                return Outcome::refused("The slice is not in this stack");
+    return Outcome::done();
+}
+
+} // namespace
+
+std::unique_ptr<VRLStack> makeStack(const NewStack& description, std::vector<UnreadableImage>& unreadable) {
+    auto slices = makeImageSlices(description.images, unreadable);
+    if (slices.empty())
+        return nullptr;
+    auto stack = std::make_unique<VRLStack>();
+    stack->setName(description.name);
+    stack->setDefaultSliceSpacing(description.sliceSpacing);
+    stack->setDefaultPixelCalibration(description.calibration);
+    const QFileInfo first(QFile::decodeName(description.images.front().c_str()));
+    stack->setImagesPath(QFile::encodeName(first.absolutePath()).toStdString());
+    for (auto& slice : slices) {
+        slice->setPixelCalibration(description.calibration);
+        slice->setRelativePosition(description.sliceSpacing);
+        stack->addSlice(slice.release());
+    }
+    stack->updateReconstruction();
+    stack->setModified(true);
+    return stack;
+}
+
+Outcome changeStack(VRLStack& stack, const StackChange& change) {
+    if (const Outcome good = checkChange(stack, change); !good)
+        return good;
+    auto action = std::make_unique<VRLStackStateAction>(stack, "Change stack properties");
+    StackState state(stack);
+    state.name = change.name.value_or(state.name);
+    state.annotation = change.annotation.value_or(state.annotation);
+    state.absoluteImagesPath = change.absoluteImagesPath.value_or(state.absoluteImagesPath);
+    if (change.spacing) {
+        for (StackSlice* slice : change.spacingSlices)
+            if (!slice->isDefaultRelativePosition())
+                action->sliceState(*slice).placement = {*change.spacing, true, false};
+        state.sliceSpacing = *change.spacing;
+    }
+    if (change.calibration) {
+        for (StackSlice* slice : change.calibrationSlices)
+            action->sliceState(*slice).calibration = *change.calibration;
+        state.calibration = *change.calibration;
+    }
+    if (change.unit) {
+        for (int i = 0; i < stack.getNumSlices(); ++i)
+            action->sliceState(stack.getSlice(i)).calibration.setLengthUnit(*change.unit);
+        state.calibration.setLengthUnit(*change.unit);
+    }
+    action->setState(state);
+    return applyInStep(stack, std::move(action));
+}
+
+Outcome recordPose(VRLStack& stack, const Pose& pose, const std::string& name) {
+    if (name.empty())
+        return Outcome::refused("The pose name is empty");
+    auto copy = std::make_unique<Pose>(pose);
+    copy->setName(name);
+    return applyInStep(stack, std::make_unique<VRLPoseAction>(stack, std::move(copy)));
+}
+
+Outcome deletePose(VRLStack& stack, int place) {
+    if (place < 0 || place >= stack.getNumPoses())
+        return Outcome::refused("There is no such pose");
+    return applyInStep(stack, std::make_unique<VRLPoseAction>(stack, stack.getPose(place)));
+}
+
+} // namespace vorlen

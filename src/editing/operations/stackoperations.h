@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "editing/operations/outcome.h"
+#include "values/lengthunit.h"
+#include "values/pixelcalibration.h"
+
+namespace vorlen {
+
+class Pose;
+class StackSlice;
+struct UnreadableImage;
+class VRLStack;
+
+/// A new stack of images: its defaults, and the files of its slices in their order.
+struct NewStack {
+    std::string name;
+    float sliceSpacing = 1;
+    PixelCalibration calibration;
+    std::vector<std::string> images;
+};
+
+/// A stack that is marked as modified and is no server's yet, with a slice for each image that can be read; the others
+/// are told of. Null when none can be read.
+std::unique_ptr<VRLStack> makeStack(const NewStack& description, std::vector<UnreadableImage>& unreadable);
+
+/// What is to be changed about a stack; the rest stays. A spacing, a calibration becomes the stack's default, and is
+/// given to the slices that are named here.
+struct StackChange {
+    std::optional<std::string> name;
+    std::optional<std::string> annotation;
+    std::optional<LengthUnit> unit; // of the stack and all of its slices
+    std::optional<float> spacing;
+    std::vector<StackSlice*> spacingSlices; // one that follows the default goes on following it
+    std::optional<PixelCalibration> calibration;
+    std::vector<StackSlice*> calibrationSlices;
+    std::optional<bool> absoluteImagesPath;
+};
+
+/// Refused for an empty name, numbers that are no measures and slices of another stack.
+Outcome changeStack(VRLStack& stack, const StackChange& change);
+
+/// Puts a copy of the pose behind the others of the stack, under this name. Refused without a name.
+Outcome recordPose(VRLStack& stack, const Pose& pose, const std::string& name);
+
+/// Refused for a pose that there is not.
+Outcome deletePose(VRLStack& stack, int place);
+
+} // namespace vorlen
