@@ -28,6 +28,7 @@
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/session/vrlconfig.h"
+#include "ui/session/vrlrecovery.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/vrlsplitter.h"
@@ -138,6 +139,10 @@ VRLRootWindow::VRLRootWindow() {
     layout->addWidget(splitter, 1);
     layout->addWidget(__statusBar);
 
+    if (const VRLRecovery* recovery = VRLRecovery::running()) {
+        connect(recovery, &VRLRecovery::problemChanged, __statusBar, &VRLRootStatusBar::setWarning);
+        __statusBar->setWarning(recovery->problem());
+    }
     connect(qApp, &QCoreApplication::aboutToQuit, this, &QObject::deleteLater);
     const QSettings settings;
     const QPoint position = settings.value("rootWindow/pos", QPoint(0, 0)).toPoint();
