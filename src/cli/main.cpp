@@ -81,7 +81,11 @@ int main(int argc, char** argv) {
     std::setlocale(LC_NUMERIC, "C");
     std::locale::global(std::locale::classic());
     try {
-        return run(QCoreApplication::arguments());
+        const int status = run(QCoreApplication::arguments());
+        // A full disk behind a redirection shows at the end.
+        if (std::cout.flush() && std::fflush(stdout) == 0)
+            return status;
+        std::cerr << "vorlen-cli: the output can't be written\n";
     } catch (const Exception& error) {
         std::cerr << "vorlen-cli: " << error.getWhat() << '\n';
     } catch (const std::exception& error) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "document/standardsample.h"
+#include "document/unreadtext.h"
 #include "numerics/polynomial.h"
 
 namespace vorlen {
@@ -15,7 +16,7 @@ class StandardImage;
 ///
 /// The fit is made by the first eval() after a change of the fit mode or of the samples; a fit that fails is tried
 /// again by the next one.
-class CalibrationCurve {
+class CalibrationCurve : public UnreadText {
 public:
     enum FitMode { LinearFit = 0, Polynomial2Fit = 1, Polynomial3Fit = 2 };
 

@@ -6,6 +6,7 @@
 #include "document/modelitemowner.h"
 #include "document/modelitemproperties.h"
 #include "document/modelproperties.h"
+#include "document/unreadtext.h"
 #include "snake/snakeconfig.h"
 
 namespace vorlen {
@@ -13,7 +14,7 @@ namespace vorlen {
 /// A structure of the user's: its outlines over the slices and how they look. Deletes its items.
 ///
 /// A new model is a red polygon surface with filled spheres of point size 3; its cap flags are undefined.
-class Model : public ModelItemOwner {
+class Model : public ModelItemOwner, public UnreadText {
 public:
     Model();
     ~Model() override;

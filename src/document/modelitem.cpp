@@ -82,9 +82,9 @@ ModelItem::ModelItem() : __vertices(2, 0, 0, storeGrowth) {
 }
 
 ModelItem::ModelItem(const ModelItem& other)
-    : __model(other.__model), __slice(other.__slice), __vertices(other.__vertices), __revision(other.__revision),
-      __extent(other.__extent), __extentKnown(other.__extentKnown), __updateBox(other.__updateBox),
-      __selection(other.__selection), __properties(other.__properties) {
+    : UnreadText(other), __model(other.__model), __slice(other.__slice), __vertices(other.__vertices),
+      __revision(other.__revision), __extent(other.__extent), __extentKnown(other.__extentKnown),
+      __updateBox(other.__updateBox), __selection(other.__selection), __properties(other.__properties) {
     __vertices.detach();
 }
 

@@ -6,6 +6,7 @@
 #include "document/modelitemproperties.h"
 #include "document/modelitemselection.h"
 #include "document/modelproperties.h"
+#include "document/unreadtext.h"
 #include "shapes/boundingbox.h"
 #include "shapes/vertices.h"
 
@@ -22,7 +23,7 @@ class StackSlice;
 /// belongs to its maker. Deletion takes the item off all lists. The vertices belong to the item alone.
 ///
 /// Vertex numbers and vectors of size 2 are the caller's contract.
-class ModelItem {
+class ModelItem : public UnreadText {
 public:
     ModelItem();
 

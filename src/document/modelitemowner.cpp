@@ -4,7 +4,6 @@
 #include <limits>
 #include <set>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 #include "document/modelitem.h"
@@ -14,14 +13,20 @@
 namespace vorlen {
 
 ModelItemOwner::~ModelItemOwner() {
-    deleteItems({this});
+    deleteItems([this](auto&& act) { act(*this); });
 }
 
 void ModelItemOwner::addItem(ModelItem& item) {
     if (item.isListedBy(*this))
         return;
-    item.__owners.push_back({this, ++__lastPlace});
     __items.push_back(&item);
+    try {
+        item.__owners.push_back({this, __lastPlace + 1});
+    } catch (...) {
+        __items.pop_back();
+        throw;
+    }
+    ++__lastPlace;
 }
 
 ModelItemOwner::Place ModelItemOwner::placeOf(const ModelItem& item) const {
@@ -32,6 +37,7 @@ void ModelItemOwner::restoreItem(ModelItem& item, Place place) {
     removeItem(item);
     const auto behind = std::upper_bound(__items.begin(), __items.end(), place,
                                          [this](Place p, const ModelItem* other) { return p < other->placeBy(*this); });
+    item.__owners.reserve(item.__owners.size() + 1);
     __items.insert(behind, &item);
     item.__owners.push_back({this, place});
     __lastPlace = std::max(__lastPlace, place);
@@ -139,38 +145,45 @@ std::vector<ModelItem*> ModelItemOwner::intersection(const ModelItemOwner& other
     return common;
 }
 
-/// Drops from each of these lists the items that do not name it as an owner any more, in one pass for each list.
-void ModelItemOwner::removeUnlisted(const std::vector<ModelItemOwner*>& owners) {
-    for (ModelItemOwner* owner : owners)
-        std::erase_if(owner->__items, [owner](const ModelItem* item) { return !item->isListedBy(*owner); });
+/// Takes what owners that leave have off the lists of those that stay: each of these is gone through once, when the
+/// first of such items is met.
+void ModelItemOwner::sweepOthers() {
+    const auto leaves = [](const ModelItem* item) {
+        return std::any_of(item->__owners.begin(), item->__owners.end(),
+                           [](const ModelItem::Listing& listing) { return listing.owner->__leaving; });
+    };
+    for (const ModelItem* item : __items)
+        for (const ModelItem::Listing& listing : item->__owners)
+            if (!listing.owner->__leaving && !std::exchange(listing.owner->__swept, true))
+                std::erase_if(listing.owner->__items, leaves);
 }
 
-void ModelItemOwner::deleteItems(const std::vector<ModelItemOwner*>& owners) {
-    std::unordered_set<ModelItem*> items;
-    for (ModelItemOwner* owner : owners) {
-        items.insert(owner->__items.begin(), owner->__items.end());
-        owner->__items.clear();
+/// After sweepOthers(): the items forget the others.
+void ModelItemOwner::unlistFromOthers() {
+    for (ModelItem* item : __items)
+        std::erase_if(item->__owners, [](const ModelItem::Listing& listing) {
+            if (!listing.owner->__leaving)
+                listing.owner->__swept = false;
+            return !listing.owner->__leaving;
+        });
+}
+
+/// After unlistFromOthers(): the last of its owners deletes an item.
+void ModelItemOwner::deleteOwn() {
+    for (ModelItem* item : __items) {
+        std::erase_if(item->__owners, [this](const ModelItem::Listing& listing) { return listing.owner == this; });
+        if (item->__owners.empty())
+            delete item;
     }
-    std::unordered_set<ModelItemOwner*> concerned;
-    for (ModelItem* item : items) {
-        for (const ModelItem::Listing& listing : item->__owners)
-            concerned.insert(listing.owner);
-        item->__owners.clear();
-    }
-    removeUnlisted({concerned.begin(), concerned.end()});
-    for (ModelItem* item : items)
-        delete item;
+    __items.clear();
+    __leaving = false;
 }
 
 void ModelItemOwner::withdrawItems() {
-    std::unordered_set<ModelItemOwner*> concerned;
-    for (ModelItem* item : __items) {
-        for (const ModelItem::Listing& listing : item->__owners)
-            concerned.insert(listing.owner);
-        std::erase_if(item->__owners, [this](const ModelItem::Listing& listing) { return listing.owner != this; });
-    }
-    concerned.erase(this);
-    removeUnlisted({concerned.begin(), concerned.end()});
+    __leaving = true;
+    sweepOthers();
+    unlistFromOthers();
+    __leaving = false;
 }
 
 } // namespace vorlen

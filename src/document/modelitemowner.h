@@ -57,15 +57,23 @@ public:
     std::vector<ModelItem*> intersection(const ModelItemOwner& other) const;
 
 protected:
-    /// Empties these owners and deletes their items, which leave all other owners' lists. Linear in the lengths of the
-    /// lists concerned.
-    static void deleteItems(const std::vector<ModelItemOwner*>& owners);
+    /// Empties the owners that forEach calls its argument with, and deletes their items, which leave all other owners'
+    /// lists. Linear in the lengths of the lists concerned; takes no memory, so that destructors can call it.
+    template <class ForEach>
+    static void deleteItems(ForEach&& forEach) {
+        forEach([](ModelItemOwner& owner) { owner.__leaving = true; });
+        forEach([](ModelItemOwner& owner) { owner.sweepOthers(); });
+        forEach([](ModelItemOwner& owner) { owner.unlistFromOthers(); });
+        forEach([](ModelItemOwner& owner) { owner.deleteOwn(); });
+    }
 
     /// Takes all items of this list off the lists of all other owners, and keeps them here.
     void withdrawItems();
 
 private:
-    static void removeUnlisted(const std::vector<ModelItemOwner*>& owners);
+    void sweepOthers();
+    void unlistFromOthers();
+    void deleteOwn();
     std::vector<float> slicePositions() const;
 
     friend class ModelItem;
@@ -73,6 +81,8 @@ private:
 
     std::vector<ModelItem*> __items; // by ascending place
     Place __lastPlace = 0;
+    bool __leaving = false; // while its items are taken off the lists of others
+    bool __swept = false;
 };
 
 } // namespace vorlen

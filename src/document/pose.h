@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "document/unreadtext.h"
 #include "numerics/vector.h"
 
 namespace vorlen {
@@ -10,7 +11,7 @@ class Stack;
 
 /// A view of the scene: rotations in degrees about the three axes, a shift in screen pixels, a zoom in percent and
 /// three lights. A copy names the same stack and is not in its list.
-class Pose {
+class Pose : public UnreadText {
 public:
     Pose();
 

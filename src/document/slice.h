@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "document/unreadtext.h"
 #include "shapes/boundingbox.h"
 #include "values/imagesource.h"
 #include "values/pixelcalibration.h"
@@ -15,7 +16,7 @@ class Image;
 ///
 /// A slice is displayed on a grid of square pixels: an image whose pixels are higher than wide loses columns, one
 /// whose pixels are wider than high loses rows. An aspect ratio that is not above 0 counts as 1.
-class Slice {
+class Slice : public UnreadText {
 public:
     Slice();
     Slice(const Slice&) = delete;

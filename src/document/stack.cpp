@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "document/modelitem.h"
+#include "document/uniquenames.h"
 #include "images/rasters/image.h"
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
@@ -78,6 +79,20 @@ int Stack::findSlice(const std::string& name) const {
         if (__slices[std::size_t(i)]->getName() == name)
             return i;
     return -1;
+}
+
+std::string Stack::uniqueSliceName(const std::string& name) const {
+    UniqueNames names;
+    for (const auto& slice : __slices)
+        names.take(slice->getName());
+    return names.take(name);
+}
+
+std::string Stack::uniqueModelName(const std::string& name) const {
+    UniqueNames names;
+    for (const auto& model : __models)
+        names.take(model->getName());
+    return names.take(name);
 }
 
 int Stack::findSlice(const StackSlice& slice) const {
@@ -315,12 +330,12 @@ VoxelMatrix<T> Stack::toVoxelMatrix(ImageColorContent content) const {
 
 void Stack::clear() {
     // All items at once: slice by slice, each would look through the lists of all models.
-    std::vector<ModelItemOwner*> owners;
-    for (const auto& slice : __slices)
-        owners.push_back(slice.get());
-    for (const auto& model : __models)
-        owners.push_back(model.get());
-    ModelItemOwner::deleteItems(owners);
+    ModelItemOwner::deleteItems([this](auto&& act) {
+        for (const auto& slice : __slices)
+            act(*slice);
+        for (const auto& model : __models)
+            act(*model);
+    });
     __slices.clear();
     __models.clear();
     __standardImages.clear();

@@ -8,6 +8,7 @@
 #include "document/poseowner.h"
 #include "document/stackslice.h"
 #include "document/standardimage.h"
+#include "document/unreadtext.h"
 #include "values/imagecolorcontent.h"
 
 namespace vorlen {
@@ -19,7 +20,7 @@ class VoxelMatrix;
 ///
 /// Owns its slices, models, standard images and poses. What is taken out by a remove operation belongs to the caller
 /// until it is added again. Indices are the caller's contract.
-class Stack : public PoseOwner {
+class Stack : public PoseOwner, public UnreadText {
 public:
     Stack();
     ~Stack() override;
@@ -71,6 +72,10 @@ public:
     int findSlice(const std::string& name) const;
     int findSlice(const StackSlice& slice) const;
 
+    /// The name, or, if a slice has it, the name with the first number in brackets that is free, as "name (2)".
+    /// Outlines find their slice by its name in a file.
+    std::string uniqueSliceName(const std::string& name) const;
+
     /// Take over the slice, which must have been made by new, at the end or in front of slice i, and set its stack.
     /// Nothing when the slice is in this stack already.
     void addSlice(StackSlice* slice);
@@ -111,6 +116,9 @@ public:
     /// Place of the first model of this very name, or of this model; -1 if none.
     int findModel(const std::string& name) const;
     int findModel(const Model& model) const;
+
+    /// As uniqueSliceName().
+    std::string uniqueModelName(const std::string& name) const;
 
     /// Takes over the model, which must have been made by new, and puts its items on their slices. Nothing when the
     /// model is in this stack already.
@@ -160,6 +168,10 @@ public:
     /// Deletes slices, models and standard images, and forgets the last slices' names. Poses stay.
     void clear();
 
+    /// Statements of a file that should have made objects of their own.
+    UnreadText& unreadObjects() { return __unreadObjects; }
+    const UnreadText& unreadObjects() const { return __unreadObjects; }
+
 private:
     void insertSlice(StackSlice* slice, int i);
     std::unique_ptr<StackSlice> takeSlice(int i);
@@ -182,6 +194,7 @@ private:
     std::vector<std::unique_ptr<StandardImage>> __standardImages;
     std::string __lastSegmentedSlice;
     std::string __lastRegisteredSlice;
+    UnreadText __unreadObjects;
 };
 
 /// Fills the volume as Stack::toVoxelMatrix() does and gives it the stack's size; its calibration stays, and so do the

@@ -109,6 +109,10 @@ public:
 
     static constexpr int maxLogLines = 1000;
 
+    /// Comments that the writer puts into a file: that its last line says that it is whole, and that line.
+    static constexpr std::string_view wholeFileAnnouncement = "# The last line of a whole file says so.\n";
+    static constexpr std::string_view wholeFileMark = "# This file is whole.\n";
+
 protected:
     StackIO() = default;
 

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <locale>
 #include <optional>
+#include <unordered_set>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -21,6 +22,7 @@
 #include "document/stackslice.h"
 #include "document/standardimage.h"
 #include "document/standardsample.h"
+#include "document/uniquenames.h"
 #include "files/fileinfo.h"
 #include "images/files/imagesourcefile.h"
 #include "images/files/imagesourcekinds.h"
@@ -49,7 +51,9 @@ bool isSpace(char c) {
 }
 
 /// The whole file; nothing when it cannot be opened or is no regular file. Opening does not wait for a pipe's writer.
-std::optional<std::string> readFile(const std::string& name) {
+/// A reading that breaks off gives what it got, and the error's number.
+std::optional<std::string> readFile(const std::string& name, int& error) {
+    error = 0;
     const int file = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (file < 0)
         return std::nullopt;
@@ -64,6 +68,8 @@ std::optional<std::string> readFile(const std::string& name) {
         const ssize_t got = ::read(file, text.data() + length, text.size() - length);
         if (got < 0 && errno == EINTR)
             continue;
+        if (got < 0)
+            error = errno;
         if (got <= 0)
             break;
         length += static_cast<std::size_t>(got);
@@ -175,6 +181,24 @@ ImageSource& currentImageSource(const StackIOContext& context) {
 
 } // namespace
 
+namespace {
+
+/// Where the statement begins in a text that may have empty lines and comments in front of it.
+std::size_t statementStart(std::string_view text) {
+    std::size_t at = 0;
+    while (at < text.size() && (isSpace(text[at]) || text[at] == '#'))
+        at = text[at] == '#' ? std::min(text.find('\n', at), text.size()) : at + 1;
+    return at;
+}
+
+bool hasStatement(const char* from, const char* to) {
+    const std::string_view text(from, static_cast<std::size_t>(to - from));
+    const std::size_t start = statementStart(text);
+    return start < text.size() && text[start] != ';';
+}
+
+} // namespace
+
 StackReader::StackReader() : StackReader(imageSourceKinds()) {
 }
 
@@ -185,7 +209,8 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
     const ClassicLocale locale;
     const std::string name = FileInfo::suffixName(fileName) == "sdf" ? fileName : fileName + ".sdf";
     clearLog();
-    const std::optional<std::string> text = readFile(name);
+    int error = 0;
+    const std::optional<std::string> text = readFile(name, error);
     if (!text)
         return false;
     notifyStarted("Reading " + name + "...");
@@ -199,11 +224,16 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
     setFileFormatVersion(1.0f);
     __placesLeft = (1LL << 20) + static_cast<long long>(text->size());
     __indexedStack = nullptr;
+    __latest = &stack;
+    __whole = true;
+    __lost = false;
 
     const unsigned long long size = std::max<std::size_t>(text->size(), 1);
     unsigned long long total = 0;
     const char* cursor = text->data();
     const char* const end = cursor + text->size();
+    __counted = cursor;
+    __line = 1;
     const std::string outlineKeyword = getString(MODELITEMDATA); // tokens only look at their text
     std::string statement;
     Tokens tokens;
@@ -214,16 +244,32 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
             total += static_cast<unsigned long long>(cursor - start);
         } else {
             readItemString(cursor, end, statement);
-            if (statement.empty())
+            if (statement.empty() && cursor == end) {
+                if (hasStatement(start, end)) {
+                    __whole = false;
+                    log("The file is cut off within its last statement (line " + std::to_string(lineOf(end)) + ").");
+                }
                 break;
+            }
+            if (statement.empty())
+                continue;
             splitItemString(tokens, statement);
             total += statement.size() + 1;
         }
-        parseStatement(tokens, context);
+        parseStatement(tokens, context, {start, static_cast<std::size_t>(cursor - start)});
         __outline.clear();
         notifyProgressed(static_cast<unsigned int>(total * 100 / size), 100);
     }
 
+    if (error != 0)
+        log(std::string("The file could not be read to its end: ") + std::strerror(error) + ".");
+    else if (__whole && text->find(wholeFileAnnouncement) < 1024 && text->rfind(wholeFileMark) == std::string::npos)
+        log("The file is cut off: its last line is " + std::to_string(lineOf(end)) +
+            ", and it lacks the one that says that it is whole.");
+    else
+        error = -1;
+    __whole = __whole && error == -1;
+    renameDuplicates(stack);
     stack.getDefaultPixelCalibration().compute();
     for (int i = 0; i < stack.getNumSlices(); ++i)
         stack.getSlice(i).getPixelCalibration().compute();
@@ -232,24 +278,156 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
     return true;
 }
 
-/// Carries a statement out and logs its failure.
-void StackReader::parseStatement(const Tokens& tokens, StackIOContext& context) {
-    const std::string keyword = tokens.empty() ? std::string() : std::string(tokens.front().substr(0, 80));
+/// Carries a statement out; logs its failure, and keeps its text. What follows a statement that should have made an
+/// object, and has not, is not carried out on another one.
+void StackReader::parseStatement(const Tokens& tokens, StackIOContext& context, std::string_view text) {
+    const Keyword keyword = tokens.empty() ? UNKNOWN : getKeyword(std::string(tokens.front()));
+    const bool opens = opensObject(keyword, tokens);
+    const std::string word = tokens.empty() ? std::string() : std::string(tokens.front().substr(0, 80));
+    const auto logError = [&](const std::string& sentence) { log(sentence + place(tokens, context, text)); };
     try {
-        parseTokens(tokens, context);
+        if (__lost && !opens)
+            throw ContextError();
+        carryOut(keyword, tokens, context);
+        if (opens)
+            openObject(keyword, context);
+        return;
     } catch (const ArgValueError&) {
-        log("Error on " + keyword + ": invalid argument.");
+        logError("Error on " + word + ": invalid argument.");
     } catch (const ContextError&) {
-        log("Error: " + keyword + " is invalid in this context.");
+        logError("Error: " + word + " is invalid in this context.");
     } catch (const FileError& error) {
         addFatalError();
-        log("Error: " + error.getFile() + ": " + error.getWhat() + ".");
+        logError("Error: " + error.getFile() + ": " + error.getWhat() + ".");
+        if (opens)
+            openObject(keyword, context); // the slice is there without its image
+        return;
     } catch (const KeywordError&) {
-        log("Error on " + keyword + ": unknown keyword (ignored).");
+        logError("Error on " + word + ": unknown keyword (ignored).");
     } catch (const NumArgsError&) {
-        log("Error on " + keyword + ": invalid number of arguments.");
+        logError("Error on " + word + ": invalid number of arguments.");
     } catch (const Exception& error) {
-        log("Error on " + keyword + ": " + error.getWhat() + ".");
+        logError("Error on " + word + ": " + error.getWhat() + ".");
+    }
+    __lost = __lost || opens;
+    keepUnread(text, *context.getStack());
+}
+
+bool StackReader::opensObject(Keyword keyword, const Tokens& tokens) const {
+    switch (keyword) {
+    case SLICE:
+    case StackIO::StackSlice:
+    case MODEL:
+    case MODELITEM:
+    case POSE:
+    case STANDARDIMAGE:
+    case CALIBRATIONCURVE:
+    case SAMPLE:
+        return true;
+    case UNKNOWN: // image sources bring words of their own
+        return std::any_of(__imageSourceKinds.begin(), __imageSourceKinds.end(), [&](const ImageSourceKind& kind) {
+            return kind.make != nullptr && !tokens.empty() && kind.keyword == tokens.front();
+        });
+    default:
+        return false;
+    }
+}
+
+/// Notes the object that a statement has just made.
+void StackReader::openObject(Keyword keyword, const StackIOContext& context) {
+    __lost = false;
+    switch (keyword) {
+    case MODEL:
+        __latest = context.getModel();
+        break;
+    case MODELITEM:
+        __latest = context.getItem();
+        break;
+    case POSE:
+        __latest = context.getPose();
+        break;
+    case STANDARDIMAGE:
+        __latest = context.getStandardImage();
+        break;
+    case CALIBRATIONCURVE:
+        if (context.getStandardImage() != nullptr)
+            __latest = context.getCalibrationCurve();
+        break;
+    case SAMPLE:
+        __latest = context.getSample();
+        break;
+    default:
+        __latest = context.getSlice();
+    }
+}
+
+void StackReader::keepUnread(std::string_view text, Stack& stack) {
+    std::string kept(text.substr(statementStart(text)));
+    if (kept.empty() || kept.back() != '\n')
+        kept += '\n';
+    (__lost ? stack.unreadObjects() : *__latest).appendUnreadText(kept);
+}
+
+/// Where a statement stands and what it concerns, in brackets.
+std::string StackReader::place(const Tokens& tokens, const StackIOContext& context, std::string_view text) {
+    std::string model, slice;
+    if (!tokens.empty() && getKeyword(std::string(tokens.front())) == MODELITEM) {
+        model = tokens.size() > 1 ? toName(tokens[1]) : "";
+        slice = tokens.size() > 2 ? toName(tokens[2]) : "";
+    } else if (!__lost && context.getItem() != nullptr) {
+        model = context.getItem()->getModel()->getName();
+        slice = context.getItem()->getSlice()->getName();
+    } else if (!__lost && context.getModel() != nullptr) {
+        model = context.getModel()->getName();
+    } else if (!__lost && context.getSlice() != nullptr) {
+        slice = context.getSlice()->getName();
+    }
+    std::string result = " (line " + std::to_string(lineOf(text.data() + statementStart(text)));
+    if (!model.empty())
+        result += ", model \"" + model + "\"";
+    if (!slice.empty())
+        result += ", slice \"" + slice + "\"";
+    return result + ")";
+}
+
+/// The line of a place that is not before the one asked for last.
+int StackReader::lineOf(const char* position) {
+    __line += static_cast<int>(std::count(__counted, position, '\n'));
+    __counted = position;
+    return __line;
+}
+
+/// Gives slices and models of one name names of their own, since the outlines of a file find theirs by name.
+void StackReader::renameDuplicates(Stack& stack) {
+    // Later ones keep out of the way of names that stand further down.
+    UniqueNames sliceNames, modelNames;
+    std::unordered_set<std::string> seen;
+    for (int i = 0; i < stack.getNumSlices(); ++i)
+        if (seen.insert(stack.getSlice(i).getName()).second)
+            sliceNames.take(stack.getSlice(i).getName());
+    seen.clear();
+    for (int i = 0; i < stack.getNumSlices(); ++i) {
+        vorlen::StackSlice& slice = stack.getSlice(i);
+        const std::string old = slice.getName();
+        if (seen.insert(old).second)
+            continue;
+        slice.setName(sliceNames.take(old));
+        log("Two slices are named \"" + old + "\": slice " + std::to_string(i + 1) + " is now \"" + slice.getName() +
+            "\". The file does not tell the outlines of the two apart: all stand on the first.");
+    }
+    seen.clear();
+    for (int i = 0; i < stack.getNumModels(); ++i)
+        if (seen.insert(stack.getModel(i).getName()).second)
+            modelNames.take(stack.getModel(i).getName());
+    seen.clear();
+    for (int i = 0; i < stack.getNumModels(); ++i) {
+        Model& model = stack.getModel(i);
+        const std::string old = model.getName();
+        if (seen.insert(old).second)
+            continue;
+        model.setName(modelNames.take(old));
+        log("Two models are named \"" + old + "\": model " + std::to_string(i + 1) + " is now \"" + model.getName() +
+            "\".");
     }
 }
 
@@ -370,10 +548,14 @@ void StackReader::splitItemString(Tokens& tokens, std::string_view statement) {
 }
 
 void StackReader::parseTokens(const Tokens& tokens, StackIOContext& context) {
-    const Handler carryOut = tokens.empty() ? nullptr : handler(getKeyword(std::string(tokens.front())));
-    if (carryOut == nullptr)
+    carryOut(tokens.empty() ? UNKNOWN : getKeyword(std::string(tokens.front())), tokens, context);
+}
+
+void StackReader::carryOut(Keyword keyword, const Tokens& tokens, StackIOContext& context) {
+    const Handler handle = handler(keyword);
+    if (handle == nullptr)
         throw KeywordError();
-    (this->*carryOut)(tokens, context);
+    (this->*handle)(tokens, context);
 }
 
 StackReader::Handler StackReader::handler(Keyword keyword) {
@@ -921,7 +1103,7 @@ Model* StackReader::findModel(Stack& stack, const std::string& name) {
         findSlice(stack, name);
     for (; __numIndexedModels < stack.getNumModels(); ++__numIndexedModels) {
         Model& model = stack.getModel(__numIndexedModels);
-        __modelNames.emplace(model.getName(), &model);
+        __modelNames.insert_or_assign(model.getName(), &model); // a model's items follow it
     }
     const auto found = __modelNames.find(name);
     return found == __modelNames.end() ? nullptr : found->second;

@@ -17,11 +17,16 @@ class Stack;
 class StackSlice;
 struct ImageSourceKind;
 struct ImageStatement;
+class UnreadText;
 
 /// Reads a stack description file into a stack. One object reads one file.
 ///
-/// A statement in error has no effect and adds one line to the log; the reader goes on with the next. A stack read with
-/// errors is usable, with whatever the file gave.
+/// A statement in error has no effect and adds one line to the log, with the line of the file and the slice and model
+/// that it concerns; the reader goes on with the next. A stack read with errors is usable, with whatever the file gave,
+/// and what could not be read is kept with the objects for the writer (see UnreadText): behind the object that it
+/// follows, or at the end of the file where it should have made an object of its own.
+///
+/// A file that ends within a statement, or without the line that the writer puts at its end, is cut off.
 ///
 /// Decisions on what the format leaves open:
 /// - A file name without a directory stands for the file in the current directory: its images path is "./".
@@ -59,6 +64,9 @@ public:
     /// be opened: the stack is then untouched. True otherwise; see getLog() and getNumFatalErrors() for the problems.
     /// The classic locale is the global one during the reading.
     bool read(Stack& stack, const std::string& fileName);
+
+    /// False when the file that was read last is cut off, or could not be read to its end.
+    bool isWhole() const { return __whole; }
 
     /// Carries out one statement. Throws one of the reader's errors or an Exception when it fails.
     void parseTokens(const Tokens& tokens, StackIOContext& context);
@@ -122,7 +130,14 @@ private:
     void inputTransparency(const Tokens& tokens, StackIOContext& context);
     void inputVertexSymbol(const Tokens& tokens, StackIOContext& context);
 
-    void parseStatement(const Tokens& tokens, StackIOContext& context);
+    bool opensObject(Keyword keyword, const Tokens& tokens) const;
+    void parseStatement(const Tokens& tokens, StackIOContext& context, std::string_view text);
+    void carryOut(Keyword keyword, const Tokens& tokens, StackIOContext& context);
+    void openObject(Keyword keyword, const StackIOContext& context);
+    void keepUnread(std::string_view text, Stack& stack);
+    std::string place(const Tokens& tokens, const StackIOContext& context, std::string_view text);
+    int lineOf(const char* position);
+    void renameDuplicates(Stack& stack);
     bool scanOutline(const char*& cursor, const char* end);
     const ImageSourceKind& imageSourceKind(const Tokens& tokens) const;
     ImageStatement imageStatement(const ImageSourceKind& kind, const Tokens& tokens, const StackIOContext& context);
@@ -134,7 +149,8 @@ private:
     Model* findModel(Stack& stack, const std::string& name);
 
     const std::vector<ImageSourceKind>& __imageSourceKinds;
-    /// Names of the stack's slices and models as far as they have been looked at; the first of equals counts.
+    /// Names of the stack's slices and models as far as they have been looked at; of slices of one name the
+    /// first counts, of models the last.
     std::unordered_map<std::string, vorlen::StackSlice*> __sliceNames;
     std::unordered_map<std::string, Model*> __modelNames;
     const Stack* __indexedStack = nullptr;
@@ -142,6 +158,14 @@ private:
     int __numIndexedModels = 0;
     /// Coordinates of the outline that scanOutline() found; empty when the tokens hold them.
     std::vector<int> __outline;
+    /// The object that was opened last, which takes what follows it and can't be read.
+    UnreadText* __latest = nullptr;
+    /// The last statement that should have made an object has failed.
+    bool __lost = false;
+    /// The line at a place of the text, from which the next is counted on.
+    const char* __counted = nullptr;
+    int __line = 1;
+    bool __whole = true;
     /// Places for parts of images that the rest of the file may still ask for.
     long long __placesLeft = 1 << 20;
 };

@@ -13,6 +13,7 @@
 #include "document/stackslice.h"
 #include "document/standardimage.h"
 #include "document/standardsample.h"
+#include "document/uniquenames.h"
 #include "files/fileinfo.h"
 #include "files/safefile.h"
 #include "images/files/imagesourcefile.h"
@@ -73,20 +74,48 @@ bool StackWriter::write(const Stack& stack, const std::string& fileName) {
 }
 
 std::string StackWriter::toText(const Stack& stack, const std::string& directory) {
+    return toText(stack, directory, stack.getAbsoluteImagesPathPolicy());
+}
+
+std::string StackWriter::toText(const Stack& stack) {
+    return toText(stack, "", true);
+}
+
+std::string StackWriter::toText(const Stack& stack, const std::string& directory, bool absolutePaths) {
     setFileFormatVersion(writtenVersion);
     __text.clear();
     __directory = absoluteDirectory(directory);
-    __absolutePolicy = stack.getAbsoluteImagesPathPolicy();
+    __absolutePolicy = absolutePaths;
     __previousPath.clear();
     __lastImageDirectory.clear();
     __numSteps = 0;
     __totalSteps = stack.getNumSlices() + stack.getNumModels() + 1;
+    nameSlices(stack);
     writeHeader(stack);
     writeSlices(stack);
     writeModels(stack);
     writePoses(stack);
     writeStandardImages(stack);
+    __text += stack.unreadObjects().getUnreadText();
+    __text += '\n';
+    __text += wholeFileMark;
     return std::move(__text);
+}
+
+/// Slices of one name get names of their own in the file, so that each keeps its outlines there.
+void StackWriter::nameSlices(const Stack& stack) {
+    __sliceNames.clear();
+    UniqueNames first, names;
+    bool unique = true;
+    for (int i = 0; i < stack.getNumSlices(); ++i)
+        unique = first.take(stack.getSlice(i).getName()) == stack.getSlice(i).getName() && unique;
+    for (int i = 0; !unique && i < stack.getNumSlices(); ++i)
+        __sliceNames[&stack.getSlice(i)] = names.take(stack.getSlice(i).getName());
+}
+
+const std::string& StackWriter::sliceName(const Slice& slice) const {
+    const auto own = __sliceNames.find(&slice);
+    return own == __sliceNames.end() ? slice.getName() : own->second;
 }
 
 void StackWriter::writeHeader(const Stack& stack) {
@@ -94,6 +123,7 @@ void StackWriter::writeHeader(const Stack& stack) {
     char version[16];
     std::snprintf(version, sizeof version, "%d.%02d", 1, static_cast<int>(std::lround(writtenVersion * 100)) % 100);
     __text += getString(FileFormatVersion) + " " + version + endOfStatement;
+    __text += wholeFileAnnouncement;
     name(STACK, stack.getName());
     statement(LengthUnitScale, stack.getLengthUnit().getScale());
     statement(PIXASPECT, calibration.getAspectRatio());
@@ -105,6 +135,7 @@ void StackWriter::writeHeader(const Stack& stack) {
     name(LASTREGISTEREDSLICE, stack.getLastRegisteredSlice());
     annotation(stack.getAnnotation());
     statement(AbsoluteImagesPathPolicy, stack.getAbsoluteImagesPathPolicy());
+    __text += stack.getUnreadText();
 }
 
 void StackWriter::writeSlices(const Stack& stack) {
@@ -114,7 +145,7 @@ void StackWriter::writeSlices(const Stack& stack) {
         const vorlen::StackSlice& slice = stack.getSlice(i);
         const ImageSource& source = slice.getImageSource();
         __text += '\n';
-        writeImage(slice.getName(), source);
+        writeImage(sliceName(slice), source);
         statement(SliceSize1, source.getSize1());
         statement(SliceSize2, source.getSize2());
         if (!slice.useRelativePosition())
@@ -141,6 +172,7 @@ void StackWriter::writeSlices(const Stack& stack) {
         }
         if (!slice.getAnnotation().empty())
             annotation(slice.getAnnotation());
+        __text += slice.getUnreadText();
         reportProgress(1);
     }
 }
@@ -218,6 +250,7 @@ void StackWriter::writeModel(const Model& model) {
         statement(BeginCap, properties.getBeginCapFlag());
     if (properties.hasEndCapFlag())
         statement(EndCap, properties.getEndCapFlag());
+    __text += model.getUnreadText();
 }
 
 void StackWriter::writeItem(const Model& model, const ModelItem& item) {
@@ -227,7 +260,7 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
     __text += '\n' + getString(MODELITEM) + " ";
     appendString(model.getName());
     __text += ' ';
-    appendString(item.getSlice()->getName());
+    appendString(sliceName(*item.getSlice()));
     __text += endOfStatement;
     writeColor(look);
     if (look.definesVertexSymbolFilling())
@@ -241,9 +274,13 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
     if (look.definesVertexSymbol())
         statement(VERTEXSYMBOL, ModelItemProperties::toString(look.getVertexSymbol()));
 
-    __text += getString(MODELITEMDATA) + "\n";
     const Vertices<int>& vertices = item.getVertices();
     const int size = vertices.getNumVertices();
+    if (size == 0) { // a statement without vertices would be an error
+        __text += item.getUnreadText();
+        return;
+    }
+    __text += getString(MODELITEMDATA) + "\n";
     // A blank, two numbers of up to 11 characters, a comma and a line end.
     constexpr int maxNumberLength = 11;
     char buffer[2 * maxNumberLength + 3];
@@ -259,6 +296,7 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
         __text.append(buffer, at);
     }
     __text += endOfStatement;
+    __text += item.getUnreadText();
 }
 
 void StackWriter::writeColor(const ModelItemProperties& look) {
@@ -285,6 +323,7 @@ void StackWriter::writePoses(const Stack& stack) {
         statement(AMBIENTLIGHT, pose.getAmbientLight());
         statement(DIFFUSELIGHT, pose.getDiffuseLight());
         statement(SPECULARLIGHT, pose.getSpecularLight());
+        __text += pose.getUnreadText();
     }
 }
 
@@ -305,11 +344,13 @@ void StackWriter::writeStandardImages(const Stack& stack) {
         __text += ' ';
         appendFile(file, true);
         __text += endOfStatement;
+        __text += image.getUnreadText();
         const CalibrationCurve* curve = image.getCalibrationCurve();
         if (curve == nullptr)
             continue;
         name(CALIBRATIONCURVE, curve->getName());
         statement(FIT, std::string(fitWord(curve->getFitMode())));
+        __text += curve->getUnreadText();
         for (int j = 0; j < curve->getNumSamples(); ++j) {
             const StandardSample& sample = curve->getSample(j);
             const BoundingBox<int>& region = sample.getRegion();
@@ -326,6 +367,7 @@ void StackWriter::writeStandardImages(const Stack& stack) {
             __text += getString(SAMPLEVALUE) + " ";
             appendReal(__text, sample.getValue());
             __text += endOfStatement;
+            __text += sample.getUnreadText();
         }
     }
 }

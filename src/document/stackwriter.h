@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 
 #include "document/stackio.h"
 
@@ -25,7 +26,7 @@ struct ImageStatement;
 /// - the standard images with their curves and samples, behind the poses;
 /// - whole numbers without an exponent where the reader takes whole numbers;
 /// - StackIO::protect() on names and file names that hold a "#", a line break or the like.
-/// Two slices or two models of one name cannot be told apart in a file: their items go to the first.
+/// Slices of one name are written with names of their own, since outlines find their slice by its name.
 ///
 /// Image directories are written relative to the file's directory unless the stack's policy is absolute. Relative names
 /// of the file and of images are taken from the current directory.
@@ -40,6 +41,9 @@ public:
     /// The text of the file, as it would be written into this directory.
     std::string toText(const Stack& stack, const std::string& directory);
 
+    /// The text of a file that may lie anywhere: image directories are absolute, whatever the stack's policy.
+    std::string toText(const Stack& stack);
+
     /// Writes each plane of the volume as an 8-bit TIFF image, by truncation of the voxels, to imagesPath + name + "_"
     /// and the plane number of three digits or more + ".tif", overwriting, and a stack of these images to stackPath +
     /// name + ".sdf". Both paths carry their own "/" at the end. All slices get the calibration and the spacing.
@@ -49,6 +53,8 @@ public:
                             const std::string& stackPath, const PixelCalibration& calibration, float spacing);
 
 private:
+    void nameSlices(const Stack& stack);
+    const std::string& sliceName(const Slice& slice) const;
     void writeHeader(const Stack& stack);
     void writeSlices(const Stack& stack);
     void writeModels(const Stack& stack);
@@ -59,6 +65,7 @@ private:
     void writeColor(const ModelItemProperties& look);
     void writeImage(const std::string& sliceName, const ImageSource& source);
     void appendArguments(const ImageStatement& statement, bool quoted);
+    std::string toText(const Stack& stack, const std::string& directory, bool absolutePaths);
     void writeImagesPath(const std::string& imageFile, bool emptyLine);
     std::string imagesPath(const std::string& imageFile);
 
@@ -80,6 +87,8 @@ private:
     std::string __previousPath;
     std::string __lastImageDirectory;
     std::string __lastImagesPath;
+    /// Of slices that share a name; empty when all have names of their own.
+    std::unordered_map<const Slice*, std::string> __sliceNames;
     int __numSteps = 0;
     int __totalSteps = 1;
 };

@@ -2,12 +2,13 @@
 
 #include <string>
 
+#include "document/unreadtext.h"
 #include "shapes/boundingbox.h"
 
 namespace vorlen {
 
 /// A marked region of a standard image, and the physical value that is known there.
-class StandardSample {
+class StandardSample : public UnreadText {
 public:
     void setName(const std::string& name);
     const std::string& getName() const { return __name; }

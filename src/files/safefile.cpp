@@ -5,9 +5,12 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
+#include <filesystem>
 #include <utility>
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -81,7 +84,14 @@ bool takeOverAttributes(int descriptor, const struct stat& old) {
     if ((now.st_uid != old.st_uid || now.st_gid != old.st_gid) && ::fchown(descriptor, old.st_uid, old.st_gid) != 0)
         if (::fchown(descriptor, static_cast<uid_t>(-1), old.st_gid) != 0)
             errno = 0;
-    return ::fchmod(descriptor, old.st_mode & 07777) == 0;
+    if (::fchmod(descriptor, old.st_mode & 07777) == 0)
+        return true;
+    // Shares of other systems refuse to change a mode. What counts is that nobody may do more than before.
+    const int error = errno;
+    if (::fstat(descriptor, &now) == 0 && (now.st_mode & 07777 & ~old.st_mode) == 0)
+        return true;
+    errno = error;
+    return false;
 }
 
 /// False when what was written did not reach the disk. File systems that cannot tell are believed.
@@ -156,6 +166,26 @@ void SafeFile::createBeside(unsigned int mode) {
             __newName = name;
         if (__descriptor >= 0 || errno != EEXIST)
             return;
+    }
+}
+
+void SafeFile::removeLeftovers(const std::string& fileName) {
+    const std::string folder = linkTarget(fileName).substr(0, linkTarget(fileName).rfind('/') + 1);
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        int process = 0;
+        unsigned count = 0;
+        const std::string name = entry->path().filename().string();
+        int length = 0;
+        if (std::sscanf(name.c_str(), ".vorlen-%d-%u.tmp%n", &process, &count, &length) != 2 ||
+            length != static_cast<int>(name.size()) || process <= 0)
+            continue;
+        // A folder may be shared with another machine, whose numbers mean nothing here.
+        struct stat status;
+        const bool old = ::lstat(entry->path().c_str(), &status) == 0 && std::time(nullptr) - status.st_mtime > 3600;
+        if (old && ::kill(process, 0) != 0 && errno == ESRCH)
+            ::unlink(entry->path().c_str());
     }
 }
 

@@ -35,6 +35,9 @@ public:
     /// when it can, but the writing fails. The old contents are then put back even where it is written in place.
     static bool save(const std::string& fileName, const std::string& contents);
 
+    /// Removes the new files that killed programs of this machine have left in the file's folder more than an hour ago.
+    static void removeLeftovers(const std::string& fileName);
+
 private:
     enum class Way { Beside, InPlace, Direct };
 

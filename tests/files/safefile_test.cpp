@@ -212,4 +212,21 @@ TEST(SafeFile, aFileThatMayNotBeWrittenIsNotReplaced) {
     EXPECT_EQ(folder.read("a.txt"), "old");
 }
 
+// The numbers of live programs and of young files are left alone.
+TEST(SafeFile, whatKilledProgramsLeftIsRemoved) {
+    const TemporaryFolder folder;
+    const std::string dead = ".vorlen-4194300-0.tmp", young = ".vorlen-4194300-1.tmp", other = ".vorlen-4194300-x.tmp";
+    const std::string mine = ".vorlen-" + std::to_string(::getpid()) + "-0.tmp";
+    for (const std::string& name : {dead, young, other, mine}) {
+        folder.write(name, "half");
+        const timespec times[2] = {{1000, 0}, {1000, 0}};
+        if (name != young) {
+            ASSERT_EQ(::utimensat(AT_FDCWD, folder.file(name).c_str(), times, 0), 0);
+        }
+    }
+    SafeFile::removeLeftovers(folder.file("a.sdf"));
+    EXPECT_EQ(folder.numFiles(), 3);
+    EXPECT_FALSE(std::filesystem::exists(folder.file(dead)));
+}
+
 } // namespace vorlen

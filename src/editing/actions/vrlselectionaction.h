@@ -15,6 +15,7 @@ public:
 
     /// Nothing else is selected than before.
     bool isNull() const override;
+    bool changesDocument() const override { return false; }
     void apply() override;
     void revert() override;
     QString description(bool verbose) const override;

@@ -25,6 +25,9 @@ public:
     virtual void apply();
     virtual void revert();
 
+    /// False for an action that changes only what is selected.
+    virtual bool changesDocument() const { return true; }
+
     /// What the action does, for the user. The argument changes nothing.
     virtual QString description(bool verbose) const;
 

@@ -70,6 +70,7 @@ int VRLActionHistory::getNumOpenActions() const {
 // The action is in the list before it is applied, so that no lack of memory comes between the change and its record. A
 // client that hears of it may clear the history, and the step is gone then.
 void VRLActionHistory::apply(std::unique_ptr<VRLAction> action) {
+    requireAllowed(*action);
     const unsigned int number = __stepNumber;
     VRLAction& applied = *action;
     VRLEventDeferral events;
@@ -90,7 +91,18 @@ void VRLActionHistory::apply(std::unique_ptr<VRLAction> action) {
 }
 
 void VRLActionHistory::record(std::unique_ptr<VRLAction> action) {
+    try {
+        requireAllowed(*action);
+    } catch (...) {
+        action->revert();
+        throw;
+    }
     __undoList.back()->append(std::move(action));
+}
+
+void VRLActionHistory::requireAllowed(const VRLAction& action) const {
+    if (!__refusal.empty() && action.changesDocument())
+        throw UsageError("VRLActionHistory", __refusal);
 }
 
 void VRLActionHistory::revertOpenStep() noexcept {

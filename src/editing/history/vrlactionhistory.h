@@ -36,6 +36,11 @@ public:
 
     bool isStepOpen() const { return __stepOpen; }
 
+    /// With a reason, a sentence for the user, actions that change the document are refused: apply and push throw an
+    /// Exception that tells it. An empty reason lets them.
+    void setRefusal(const std::string& reason) { __refusal = reason; }
+    const std::string& getRefusal() const { return __refusal; }
+
     /// Takes over the action, which must have been made by new, and applies it if asked. Throws UsageError when no step
     /// is open, and what apply() and the clients of the bus throw: the action is then deleted, and all that the step
     /// had done is reverted. Drops what could have been redone.
@@ -75,6 +80,7 @@ private:
     unsigned int stepNumber() const { return __stepNumber; }
 
     void requireStep(const char* caller, const char* reason) const;
+    void requireAllowed(const VRLAction& action) const;
     void apply(std::unique_ptr<VRLAction> action);
     void record(std::unique_ptr<VRLAction> action);
     void revertOpenStep() noexcept;
@@ -89,6 +95,7 @@ private:
     std::function<void(const std::string&)> __writeContext;
     bool __stepOpen = false;
     unsigned int __stepNumber = 0;
+    std::string __refusal;
 };
 
 } // namespace vorlen

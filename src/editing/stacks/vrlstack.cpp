@@ -47,9 +47,29 @@ bool VRLStack::write(const std::string& fileName) {
     StackWriter writer;
     if (!writer.write(*this, fileName))
         return false;
+    noteWritten(fileName);
+    return true;
+}
+
+void VRLStack::noteWritten(const std::string& fileName) {
+    if (fileName != __filename)
+        __fileGuard.lock(fileName);
+    __fileGuard.note(fileName);
+    setReadOnly("");
     setModified(false);
     setFilename(fileName);
-    return true;
+}
+
+void VRLStack::setReadOnly(const std::string& reason) {
+    if (reason == __history->getRefusal())
+        return;
+    __history->setRefusal(reason);
+    VRLStackFileNameEvent event(this); // the titles tell it
+    notifyEvent(event);
+}
+
+bool VRLStack::isReadOnly() const {
+    return !__history->getRefusal().empty();
 }
 
 void VRLStack::updateReconstruction() {

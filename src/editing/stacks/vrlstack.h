@@ -7,6 +7,7 @@
 
 #include "document/stack.h"
 #include "editing/bus/vrleventclient.h"
+#include "editing/stacks/stackfileguard.h"
 #include "reconstruction/stackreconstruction.h"
 
 namespace vorlen {
@@ -17,6 +18,9 @@ class VRLActionHistory;
 ///
 /// The stack hears of changes to itself over the event bus and sets its modified flag. Only a successful write clears
 /// the flag: undoing back to the state of the last save does not.
+///
+/// A read-only stack, one whose file was not read whole or is open elsewhere, takes no edits: each step is refused with
+/// the reason. Written under another name it is an ordinary stack again.
 ///
 /// A window room that keeps something for each stack gives it the stack as its parent: it goes first when the stack
 /// does.
@@ -43,6 +47,18 @@ public:
     /// Writes the stack, clears the modified flag and takes the file's name over; makes no backups. False when the file
     /// cannot be written: the old file is whole, and flag and name stay. Throws what StackWriter::write() throws.
     bool write(const std::string& fileName);
+
+    /// To be called when the whole stack has been written to this file: clears the modified flag, takes the file's name
+    /// over, and watches the file from now on.
+    void noteWritten(const std::string& fileName);
+
+    /// The watch over the stack's file.
+    StackFileGuard& fileGuard() { return __fileGuard; }
+    const StackFileGuard& fileGuard() const { return __fileGuard; }
+
+    /// A reason, as a sentence for the user, keeps the stack from being edited; an empty one lets it.
+    void setReadOnly(const std::string& reason);
+    bool isReadOnly() const;
 
     /// To be called by whoever changes what enters the reconstruction.
     void updateReconstruction();
@@ -84,6 +100,7 @@ private:
     bool __registrationWindowOpen = false;
     bool __modified = false;
     unsigned int __changeCount = 0;
+    StackFileGuard __fileGuard;
     StackReconstruction<float> __reconstruction;
     std::unique_ptr<VRLActionHistory> __history;
 };

@@ -59,7 +59,8 @@ TiffFile::TiffFile(const std::string& filename) {
     const std::uintmax_t floor = std::uintmax_t(64) << 20;
     const std::uintmax_t limit = error ? floor : floor + 64 * length;
     TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(limit));
-    __tiff = TIFFOpenExt(filename.c_str(), "r", options);
+    // Without mapping ("m"): a file that another program cuts while it is read would end this one.
+    __tiff = TIFFOpenExt(filename.c_str(), "rm", options);
     TIFFOpenOptionsFree(options);
     if (__tiff != nullptr)
         TIFFSetClientInfo(__tiff, &__firstError, CLIENT_NAME);

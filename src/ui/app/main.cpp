@@ -7,6 +7,7 @@
 #include "editing/bus/vrlexception.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "ui/app/vrlrootwindow.h"
+#include "ui/session/terminationsignals.h"
 #include "ui/session/vrlpreferences.h"
 #include "ui/session/vrlrecovery.h"
 #include "ui/session/vrlsettings.h"
@@ -18,6 +19,17 @@ namespace {
 
 int run(const QStringList& arguments) {
     VRLRecovery recovery;
+    const auto bringToSafety = [&recovery] {
+        recovery.saveModifiedStacks();
+        recovery.waitForWrites();
+    };
+    // What is open and modified stays in its recovery file, and is offered at the next start.
+    const TerminationSignals endings;
+    QObject::connect(&endings, &TerminationSignals::terminated, &recovery, [bringToSafety](int signal) {
+        bringToSafety();
+        QCoreApplication::exit(128 + signal);
+    });
+    QObject::connect(qApp, &QGuiApplication::commitDataRequest, &recovery, bringToSafety, Qt::DirectConnection);
     auto* window = new VRLRootWindow; // deletes itself when it is closed
     for (const QString& argument : arguments.mid(1))
         window->startupOpenStack(argument.toLocal8Bit().toStdString());

@@ -290,7 +290,9 @@ void VRLRootMediator::setSlice(StackSlice& slice) {
 }
 
 void VRLRootMediator::updateStatusBarDisplay() {
-    const QString file = __stack == nullptr ? QString() : QFile::decodeName(__stack->getFilename().c_str()) + "[*]";
+    const QString file = __stack == nullptr ? QString()
+                                            : QFile::decodeName(__stack->getFilename().c_str()) + "[*]" +
+                                                  (__stack->isReadOnly() ? " (read-only)" : "");
     __window.setTitle(file.toStdString());
     __window.setWindowModified(__stack != nullptr && __stack->isModified());
     __statusBar->setStack(__stack == nullptr ? QString() : QString::fromStdString(__stack->getName()));

@@ -50,6 +50,9 @@ VRLRootStatusBar::VRLRootStatusBar(QWidget* parent) : QFrame(parent) {
     __annotateSlice = annotationButton(this);
     __statusBar = new QStatusBar(this);
     __statusBar->setSizeGripEnabled(false);
+    __warning = new QLabel(this);
+    __warning->setAccessibleName("Warning");
+    __warning->hide();
     __sliceStatusBar = new VRLSliceEditWidgetStatusBar(this);
     __sliceStatusBar->setSizeGripEnabled(false);
     __sliceStatusBar->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed); // its labels are never cut
@@ -69,6 +72,7 @@ VRLRootStatusBar::VRLRootStatusBar(QWidget* parent) : QFrame(parent) {
     layout->addWidget(__slice, 0, Qt::AlignCenter);
     layout->addWidget(__annotateSlice);
     layout->addSpacing(5);
+    layout->addWidget(__warning);
     layout->addWidget(__statusBar, 1);
     layout->addWidget(__sliceStatusBar);
     layout->addWidget(__progressBar);
@@ -92,6 +96,13 @@ void VRLRootStatusBar::setSlice(const QString& name) {
     __slice->setText(name);
     __slice->setCursorPosition(0);
     __slice->setToolTip(name);
+}
+
+void VRLRootStatusBar::setWarning(const QString& warning) {
+    __warning->setText("<b>\u26a0 No recovery</b>");
+    __warning->setToolTip(warning);
+    __warning->setAccessibleDescription(warning);
+    __warning->setVisible(!warning.isEmpty());
 }
 
 void VRLRootStatusBar::setMessage(const QString& message) {

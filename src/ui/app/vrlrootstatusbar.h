@@ -6,6 +6,7 @@
 #include "progress/progressmonitor.h"
 
 class QAction;
+class QLabel;
 class QLineEdit;
 class QProgressBar;
 class QStatusBar;
@@ -36,6 +37,9 @@ public:
     void setMessage(const QString& message, int timeoutMilliseconds);
     QString message() const;
 
+    /// A sentence that stays until it is replaced by an empty one, behind a sign that a tool tip explains.
+    void setWarning(const QString& warning);
+
     VRLSliceEditWidgetStatusBar& getSliceEditWidgetStatusBar() { return *__sliceStatusBar; }
     QProgressBar& progressBar() { return *__progressBar; }
 
@@ -53,6 +57,7 @@ private:
     QLineEdit* __slice;
     QToolButton* __annotateSlice;
     QStatusBar* __statusBar;
+    QLabel* __warning;
     VRLSliceEditWidgetStatusBar* __sliceStatusBar;
     QProgressBar* __progressBar;
     QElapsedTimer __sinceUpdate; // of the progress bar

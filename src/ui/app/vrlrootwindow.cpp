@@ -32,6 +32,7 @@
 #include "ui/icons/vrlicons.h"
 #include "ui/scenes/renderingcommands.h"
 #include "ui/session/vrlconfig.h"
+#include "ui/session/vrlrecovery.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
@@ -133,6 +134,10 @@ VRLRootWindow::VRLRootWindow() {
     layout->addWidget(splitter, 1);
     layout->addWidget(__statusBar);
 
+    if (const VRLRecovery* recovery = VRLRecovery::running()) {
+        connect(recovery, &VRLRecovery::problemChanged, __statusBar, &VRLRootStatusBar::setWarning);
+        __statusBar->setWarning(recovery->problem());
+    }
     connect(qApp, &QCoreApplication::aboutToQuit, this, &QObject::deleteLater);
     const QSettings settings;
     const QPoint position = settings.value("rootWindow/pos", QPoint(0, 0)).toPoint();

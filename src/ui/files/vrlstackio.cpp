@@ -16,6 +16,8 @@
 #include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
+#include "files/fileinfo.h"
+#include "files/safefile.h"
 #include "images/files/imagesourcevoxelmatrixplane.h"
 #include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
@@ -169,7 +171,12 @@ VRLStack* VRLStackIO::openStack() {
 }
 
 VRLStack* VRLStackIO::openStack(const std::string& file) {
-    const std::string path = absolute(file);
+    // The reader adds the suffix, and the stack is saved to the file that was read.
+    const std::string path = absolute(FileInfo::suffixName(file) == "sdf" ? file : file + ".sdf");
+    if (VRLStack* open = findOpen(path)) {
+        notifyFinished(path + " is open already");
+        return open;
+    }
     auto stack = std::make_unique<VRLStack>();
     StackReader reader;
     bool opened = false;
@@ -177,6 +184,7 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     {
         const WaitCursor cursor;
         reader.addMonitor(*this);
+        stack->fileGuard().note(path); // before the reading: what changes meanwhile is seen
         failure = failureOf([&] { opened = reader.read(*stack, path); });
         reader.removeMonitor(*this);
     }
@@ -196,18 +204,103 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
         dialog.setLog(reader.getLog());
         dialog.exec();
     }
-    if (reader.getNumFatalErrors() > 0)
+    if (reader.getNumFatalErrors() > 0 || !claimFile(*stack, path) || !settleDamage(*stack, reader))
         return nullptr;
     VRLStackServer::stackServer.addStack(*stack);
     VRLSettings::addRecentFile(decoded(path));
     return stack.release();
 }
 
-void VRLStackIO::saveStack(VRLStack& stack) {
-    if (stack.getFilename().empty())
-        saveStackAs(stack);
+/// The stack of this file that is open in this program; null when there is none.
+VRLStack* VRLStackIO::findOpen(const std::string& path) {
+    VRLStackServer& server = VRLStackServer::stackServer;
+    for (int i = 0; i < server.getNumStacks(); ++i)
+        if (server.getStack(i).getFilename() == path)
+            return &server.getStack(i);
+    return nullptr;
+}
+
+/// Marks the file as open here. Where somebody else has it open the user chooses; false when the stack isn't wanted
+/// then.
+bool VRLStackIO::claimFile(VRLStack& stack, const std::string& path) const {
+    if (stack.fileGuard().lock(path))
+        return true;
+    QMessageBox box(QMessageBox::Warning, "File is open elsewhere",
+                    decoded(path) + "\n\nis open in " + StackFileGuard::holder(path) +
+                        ". If both save it, the work of one is lost.\n\nRead-only, it can be looked at and measured, "
+                        "and saved under another name.",
+                    QMessageBox::NoButton, __parent);
+    auto* look = box.addButton("Open Read-Only", QMessageBox::AcceptRole);
+    auto* edit = box.addButton("Open Anyway", QMessageBox::DestructiveRole);
+    box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(look);
+    box.exec();
+    if (box.clickedButton() == edit)
+        stack.fileGuard().breakLock(path);
+    else if (box.clickedButton() == look)
+        stack.setReadOnly(
+            "This stack is read-only, as its file is open elsewhere. Save it under another name to work on "
+            "it.");
     else
+        return false;
+    return true;
+}
+
+/// Asks what to do with a stack whose file was not read whole; false when it isn't wanted.
+bool VRLStackIO::settleDamage(VRLStack& stack, const StackReader& reader) const {
+    if (reader.isWhole())
+        return true;
+    QMessageBox box(QMessageBox::Warning, "File is not whole",
+                    decoded(stack.getFilename()) +
+                        "\n\nis cut off or could not be read to its end: what stood behind is missing in this stack. "
+                        "Perhaps a backup is whole: its name ends in \"~1\" to \"~" +
+                        QString::number(VRLPreferences::getMaxNumBackups()) +
+                        "\".\n\nThe file itself stays as it is. What was read can be looked at, or worked on as a new "
+                        "stack that is saved under another name.",
+                    QMessageBox::NoButton, __parent);
+    auto* look = box.addButton("Open Read-Only", QMessageBox::AcceptRole);
+    auto* work = box.addButton("Work on a Copy", QMessageBox::ActionRole);
+    box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(look);
+    box.exec();
+    if (box.clickedButton() == look) {
+        stack.setReadOnly("This stack is read-only, as its file was not read whole. Save it under another name to work "
+                          "on it.");
+    } else if (box.clickedButton() == work) {
+        stack.setName(stack.getName() + " (copy)");
+        stack.setFilename("");
+        stack.setModified(true);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+void VRLStackIO::saveStack(VRLStack& stack) {
+    if (stack.getFilename().empty() || stack.isReadOnly())
+        saveStackAs(stack);
+    else if (agreesToOverwrite(stack))
         writeStack(stack, stack.getFilename());
+}
+
+/// Asks about a file that somebody has changed since it was read or written here.
+bool VRLStackIO::agreesToOverwrite(VRLStack& stack) {
+    const std::string& file = stack.getFilename();
+    if (!stack.fileGuard().isChanged(file))
+        return true;
+    QMessageBox box(QMessageBox::Warning, "File has changed",
+                    decoded(file) +
+                        "\n\nhas been changed on disk since it was opened or saved here, perhaps by another program. "
+                        "Saving now writes over these changes; they stay in the newest backup.",
+                    QMessageBox::NoButton, __parent);
+    auto* overwrite = box.addButton("Overwrite", QMessageBox::DestructiveRole);
+    auto* other = box.addButton("Save As...", QMessageBox::AcceptRole);
+    box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(other);
+    box.exec();
+    if (box.clickedButton() == other)
+        saveStackAs(stack);
+    return box.clickedButton() == overwrite;
 }
 
 void VRLStackIO::saveStackAs(VRLStack& stack) {
@@ -218,8 +311,12 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.setDirectory(VRLSettings::settings.getOutputDirectory());
     dialog.resize(fileDialogSize);
-    if (!stack.getFilename().empty())
+    if (stack.isReadOnly()) // another file is wanted than the one that was read
+        dialog.selectFile(QFileInfo(decoded(stack.getFilename())).completeBaseName() + "-copy.sdf");
+    else if (!stack.getFilename().empty())
         dialog.selectFile(QFileInfo(decoded(stack.getFilename())).fileName());
+    else
+        dialog.selectFile(QString::fromStdString(stack.getName()).replace('/', '-') + ".sdf");
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return;
     QString file = dialog.selectedFiles().first();
@@ -254,8 +351,8 @@ bool VRLStackIO::writeStack(VRLStack& stack, const std::string& file) {
         return false;
     }
     rotateBackups(file, old);
-    stack.setModified(false);
-    stack.setFilename(file);
+    SafeFile::removeLeftovers(file);
+    stack.noteWritten(file);
     return true;
 }
 
@@ -284,43 +381,60 @@ void VRLStackIO::rotateBackups(const std::string& file, const QString& aside) co
 }
 
 bool VRLStackIO::closeStack(VRLStack& stack) {
-    if (stack.isModified()) {
-        QMessageBox box(QMessageBox::Warning, "Closing stack...",
-                        "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
-                        QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
-        box.setDefaultButton(QMessageBox::Save);
-        const int answer = box.exec();
-        if (answer == QMessageBox::Cancel)
-            return false;
-        if (answer == QMessageBox::Save) {
-            QString reason;
-            while (!writeAndTell(stack, stack.getFilename(), reason)) {
-                const QMessageBox::StandardButton choice = QMessageBox::warning(
-                    __parent, "Write error",
-                    "Stack " + QString::fromStdString(stack.getName()) + ":\nCould not write file " +
-                        decoded(stack.getFilename()) + (reason.isEmpty() ? "" : "\n" + reason),
-                    QMessageBox::Retry | QMessageBox::Cancel | QMessageBox::Discard, QMessageBox::Cancel);
-                if (choice == QMessageBox::Discard)
-                    break;
-                if (choice != QMessageBox::Retry)
-                    return false;
-            }
-        }
-    }
+    if (!maySettle(stack))
+        return false;
     VRLStackServer::stackServer.removeStack(stack);
+    return true;
+}
+
+/// Asks about a modified stack and saves it where that is wanted; false when it is to stay.
+bool VRLStackIO::maySettle(VRLStack& stack) {
+    if (!stack.isModified())
+        return true;
+    QMessageBox box(QMessageBox::Warning, "Closing stack...",
+                    "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
+                    QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
+    box.setDefaultButton(QMessageBox::Save);
+    const int answer = box.exec();
+    if (answer != QMessageBox::Save)
+        return answer == QMessageBox::Ignore;
+    if (stack.getFilename().empty() || stack.isReadOnly()) {
+        saveStackAs(stack);
+        return !stack.isModified();
+    }
+    if (!agreesToOverwrite(stack))
+        return !stack.isModified();
+    QString reason;
+    while (!writeAndTell(stack, stack.getFilename(), reason)) {
+        const QMessageBox::StandardButton choice =
+            QMessageBox::warning(__parent, "Write error",
+                                 "Stack " + QString::fromStdString(stack.getName()) + ":\nCould not write file " +
+                                     decoded(stack.getFilename()) + (reason.isEmpty() ? "" : "\n" + reason),
+                                 QMessageBox::Retry | QMessageBox::Cancel | QMessageBox::Discard, QMessageBox::Cancel);
+        if (choice != QMessageBox::Retry)
+            return choice == QMessageBox::Discard;
+    }
     return true;
 }
 
 bool VRLStackIO::writeAndTell(VRLStack& stack, const std::string& file, QString& reason) {
     bool written = false;
-    reason = failureOf([&] { written = !file.empty() && stack.write(file); });
+    const QString old = setAside(file);
+    reason = failureOf([&] { written = stack.write(file); });
+    if (written)
+        rotateBackups(file, old);
+    else
+        QFile::remove(old);
     return written;
 }
 
 bool VRLStackIO::closeAllStacks() {
-    for (int i = VRLStackServer::stackServer.getNumStacks() - 1; i >= 0; --i)
-        if (!closeStack(VRLStackServer::stackServer.getStack(i)))
+    VRLStackServer& server = VRLStackServer::stackServer;
+    for (int i = server.getNumStacks() - 1; i >= 0; --i)
+        if (!maySettle(server.getStack(i)))
             return false;
+    while (server.getNumStacks() > 0)
+        server.removeStack(server.getStack(server.getNumStacks() - 1));
     return true;
 }
 
@@ -371,6 +485,14 @@ VRLStack* VRLStackIO::recoverStacks(VRLRecovery& recovery) {
             tell("Recover stacks", message);
         if (stack == nullptr)
             continue;
+        const std::string file = stack->getFilename();
+        if (!file.empty()) {
+            stack->fileGuard().note(file);
+            if (!claimFile(*stack, file)) {
+                delete stack;
+                continue;
+            }
+        }
         stack->updateReconstruction();
         VRLStackServer::stackServer.addStack(*stack);
         last = stack;

@@ -11,6 +11,7 @@ class QWidget;
 
 namespace vorlen {
 
+class StackReader;
 struct UnreadableImage;
 class VRLRecovery;
 class VRLStack;
@@ -22,8 +23,9 @@ class VRLStack;
 /// and leaves documents and files as they were.
 ///
 /// Decisions: a backup that cannot be made does not keep the stack from being saved. A stack file is known by its
-/// absolute path. Slices whose image cannot be read are left out when slices are inserted or a stack is made, and named
-/// in one message.
+/// absolute path: one that is open already is not opened again. A file that is open in another program, or that was not
+/// read whole, opens read-only unless the user wants otherwise. Slices whose image cannot be read are left out when
+/// slices are inserted or a stack is made, and named in one message.
 class VRLStackIO : public ProgressProxy {
 public:
     /// The parent of the dialogs.
@@ -56,7 +58,7 @@ public:
     /// False when the user wants the stack to stay.
     bool closeStack(VRLStack& stack);
 
-    /// From the last stack to the first, until one stays; true when all are closed.
+    /// Asks about the stacks from the last to the first; when one is to stay all stay, and it is false.
     bool closeAllStacks();
 
     bool insertSlice(VRLStack& stack);
@@ -67,6 +69,12 @@ public:
     VRLStack* recoverStacks(VRLRecovery& recovery);
 
 private:
+    static VRLStack* findOpen(const std::string& path);
+    bool claimFile(VRLStack& stack, const std::string& path) const;
+    bool settleDamage(VRLStack& stack, const StackReader& reader) const;
+    bool agreesToOverwrite(VRLStack& stack);
+    bool maySettle(VRLStack& stack);
+
     /// A copy of the file beside it, for the time of a save; empty when no backups are wanted, or none can be made.
     QString setAside(const std::string& file) const;
     void rotateBackups(const std::string& file, const QString& aside) const;

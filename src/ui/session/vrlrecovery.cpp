@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include <pwd.h>
+#include <unistd.h>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -30,19 +33,34 @@ QString infoFile(const QString& recoveryFile) {
     return recoveryFile.chopped(4) + ".ini";
 }
 
-QString stateDirectory() {
-    const QString state = qEnvironmentVariable("XDG_STATE_HOME", QDir::homePath() + "/.local/state");
-    return state + "/vorlen/recovery";
+/// The home directory of the user's account where the environment names none.
+QString homeDirectory() {
+    const QString home = qEnvironmentVariable("HOME");
+    if (QDir::isAbsolutePath(home))
+        return home;
+    const passwd* entry = ::getpwuid(::getuid());
+    return entry && entry->pw_dir ? QFile::decodeName(entry->pw_dir) : QDir::homePath();
 }
 
-bool writeWhole(const QString& name, const QByteArray& contents) {
+QString stateDirectory() {
+    const QString state = qEnvironmentVariable("XDG_STATE_HOME");
+    return (QDir::isAbsolutePath(state) ? state : homeDirectory() + "/.local/state") + "/vorlen/recovery";
+}
+
+/// What went wrong; empty for a file that is whole on disk.
+QString writeWhole(const QString& name, const QByteArray& contents) {
     QSaveFile file(name);
-    return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.commit();
+    if (file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.commit())
+        return {};
+    return file.errorString();
 }
 
 } // namespace
 
+VRLRecovery* VRLRecovery::__running = nullptr;
+
 VRLRecovery::VRLRecovery(const QString& directory) : __directory(directory.isEmpty() ? stateDirectory() : directory) {
+    __running = this;
     __writers.setMaxThreadCount(1); // files are written and removed in the order of the requests
     connect(&__timer, &QTimer::timeout, this, &VRLRecovery::saveIfIdle);
 }
@@ -50,6 +68,8 @@ VRLRecovery::VRLRecovery(const QString& directory) : __directory(directory.isEmp
 VRLRecovery::~VRLRecovery() {
     saveModifiedStacks();
     waitForWrites();
+    if (__running == this)
+        __running = nullptr;
     if (__sessionDirectory.isEmpty())
         return;
     __lock->unlock();
@@ -90,7 +110,7 @@ void VRLRecovery::saveModifiedStacks() {
         if (!stack.isModified() || (*entry.written && entry.changeCount == stack.getChangeCount()))
             continue;
         if (!makeSessionDirectory())
-            return;
+            return setProblem("Changes can't be kept against a crash: no file can be written in " + __directory + ".");
         if (entry.file.isEmpty())
             entry.file = __sessionDirectory + "/" + QString::number(++__numFiles) + ".sdf";
         entry.changeCount = stack.getChangeCount();
@@ -98,18 +118,31 @@ void VRLRecovery::saveModifiedStacks() {
     }
 }
 
+void VRLRecovery::setProblem(const QString& problem) {
+    if (problem == __problem)
+        return;
+    __problem = problem;
+    emit problemChanged(problem);
+}
+
 void VRLRecovery::writeEntry(const Entry& entry, const VRLStack& stack) {
     *entry.written = false;
     QByteArray text;
     try {
-        text = QByteArray::fromStdString(StackWriter().toText(stack, __sessionDirectory.toStdString()));
-    } catch (const Exception&) {
-        return; // a stack that can't be written as a file can't be recovered from one
+        text = QByteArray::fromStdString(StackWriter().toText(stack));
+    } catch (const Exception& failure) { // a stack that can't be written as a file can't be recovered from one
+        return setProblem("Changes of \"" + QString::fromStdString(stack.getName()) +
+                          "\" can't be kept against a crash: " + QString::fromStdString(failure.getWhat()) + ".");
     }
     const QString stackFile = QFile::decodeName(stack.getFilename().c_str());
     const QString stackName = QString::fromStdString(stack.getName());
-    __writers.start([file = entry.file, written = entry.written, text, stackFile, stackName] {
-        if (!writeWhole(file, text))
+    __writers.start([this, file = entry.file, written = entry.written, text, stackFile, stackName] {
+        const QString failure = writeWhole(file, text);
+        const QString problem =
+            failure.isEmpty() ? QString() : "Changes can't be kept against a crash: " + file + ": " + failure + ".";
+        QMetaObject::invokeMethod(
+            this, [this, problem] { setProblem(problem); }, Qt::QueuedConnection);
+        if (!failure.isEmpty())
             return;
         *written = true;
         QSettings info(infoFile(file), QSettings::IniFormat);

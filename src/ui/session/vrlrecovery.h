@@ -28,7 +28,12 @@ class VRLStack;
 /// leaves behind that did not end in the proper way is offered at the next start. Stacks that are still open and
 /// modified when this object goes were not closed by the user: their files are brought up to date and stay.
 ///
-/// The user's own files are never touched. Without a directory that can be written there are no recovery files.
+/// The user's own files are never touched. Image paths in a recovery file are absolute, so that what is recovered needs
+/// the file no more. What keeps the files from being written, a full disk for instance, is told by problemChanged()
+/// until a writing succeeds; each tick tries again.
+///
+/// The state directory is XDG_STATE_HOME, or ".local/state" in the home directory where that is unset, empty or no
+/// absolute path.
 class VRLRecovery : public QObject, public VRLEventClient {
     Q_OBJECT
 
@@ -44,6 +49,9 @@ public:
     /// The directory is that of all programs; an empty one stands for the user's state directory.
     explicit VRLRecovery(const QString& directory = QString());
     ~VRLRecovery() override;
+
+    /// The object made last; null when there is none.
+    static VRLRecovery* running() { return __running; }
 
     /// Begins to save, in intervals of so many milliseconds.
     void start(int interval = 120000);
@@ -61,8 +69,14 @@ public:
     /// The recovery file of an open stack; empty when there is none.
     QString recoveryFile(const VRLStack& stack) const;
 
+    /// Why changes can't be kept at present, as a sentence for the user; empty when they can.
+    const QString& problem() const { return __problem; }
+
     void stackCloseEvent(VRLStackCloseEvent& event) override;
     void stackModifyEvent(VRLStackModifyEvent& event) override;
+
+signals:
+    void problemChanged(const QString& problem);
 
 public slots:
     /// Writes what has changed since the last time, whatever the user is doing.
@@ -80,6 +94,7 @@ private:
 
     void saveIfIdle();
     bool makeSessionDirectory();
+    void setProblem(const QString& problem);
     void writeEntry(const Entry& entry, const VRLStack& stack);
     void remove(const VRLStack& stack);
 
@@ -90,6 +105,8 @@ private:
     QThreadPool __writers;
     std::map<const VRLStack*, Entry> __entries;
     int __numFiles = 0;
+    QString __problem;
+    static VRLRecovery* __running;
 };
 
 } // namespace vorlen

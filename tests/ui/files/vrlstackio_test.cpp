@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include "editing/actions/vrlsliceinsertiondeletionaction.h"
+#include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
@@ -115,7 +117,7 @@ TEST_F(VRLStackIOTest, problemsAreShownAndOnlyFatalOnesKeepTheStackOut) {
     };
     user.then(readAndClose);
     EXPECT_NE(io.openStack(path("odd.sdf")), nullptr);
-    EXPECT_EQ(shown, "Error on NONSENSE: unknown keyword (ignored).");
+    EXPECT_EQ(shown, "Error on NONSENSE: unknown keyword (ignored). (line 6, slice \"b\")");
     user.then(readAndClose);
     EXPECT_EQ(io.openStack(path("bad.sdf")), nullptr);
     EXPECT_TRUE(shown.contains("missing.tif")) << shown.toStdString();
@@ -330,36 +332,125 @@ TEST_F(VRLStackIOTest, closingAsksWhatToDoWithChanges) {
     user.thenClick("Save");
     EXPECT_TRUE(io.closeStack(*stack));
     EXPECT_TRUE(read("ab.sdf").contains("changed"));
-    EXPECT_FALSE(QFile::exists(folder.filePath("ab.sdf~1")));
+    EXPECT_TRUE(QFile::exists(folder.filePath("ab.sdf~1")));
 }
 
-TEST_F(VRLStackIOTest, aStackThatWasNeverSavedEndsInTheWriteError) {
-    auto* stack = new VRLStack;
-    stack->setName("new");
-    VRLStackServer::stackServer.addStack(*stack);
-    stack->setModified(true);
+TEST_F(VRLStackIOTest, aStackThatWasNeverSavedIsGivenAFileWhenItIsClosed) {
+    const auto newStack = [] {
+        auto* stack = new VRLStack;
+        stack->setName("new");
+        VRLStackServer::stackServer.addStack(*stack);
+        stack->setModified(true);
+        return stack;
+    };
+    VRLStack* stack = newStack();
     user.thenClick("Save");
-    user.thenClick("Retry");
-    user.thenClick("Cancel");
+    user.thenReject(); // the file dialog
     EXPECT_FALSE(io.closeStack(*stack));
-    EXPECT_EQ(user.seen[1].rfind("Write error: Stack new:\nCould not write file ", 0), 0u);
     user.thenClick("Save");
-    user.thenClick("Discard");
+    user.thenChoose({folder.filePath("new.sdf")});
     EXPECT_TRUE(io.closeStack(*stack));
-    EXPECT_EQ(numOpen(), 0);
+    EXPECT_TRUE(read("new.sdf").contains("STACK \"new\""));
+    stack = newStack();
+    user.thenClick("Ignore");
+    EXPECT_TRUE(io.closeStack(*stack));
 }
 
-TEST_F(VRLStackIOTest, closingAllStopsAtTheFirstThatStays) {
+TEST_F(VRLStackIOTest, closingAllClosesNoneWhenOneIsToStay) {
+    write("second.sdf", stackText("a", "b"));
     VRLStack* first = io.openStack(path("ab.sdf"));
-    VRLStack* second = io.openStack(path("ab.sdf"));
-    io.openStack(path("ab.sdf"));
-    second->setModified(true);
+    first->setModified(true);
+    io.openStack(path("second.sdf"))->setModified(true);
+    user.thenClick("Ignore");
     user.thenClick("Cancel");
     EXPECT_FALSE(io.closeAllStacks());
     EXPECT_EQ(numOpen(), 2);
-    EXPECT_EQ(VRLStackServer::stackServer.find(*first), 0);
+    user.thenClick("Ignore");
     user.thenClick("Ignore");
     EXPECT_TRUE(io.closeAllStacks());
+    EXPECT_EQ(numOpen(), 0);
+}
+
+TEST_F(VRLStackIOTest, aFileIsOpenOnceAndKnownByItsWholeName) {
+    VRLStack* stack = io.openStack(path("ab"));
+    ASSERT_NE(stack, nullptr);
+    EXPECT_EQ(stack->getFilename(), path("ab.sdf"));
+    EXPECT_EQ(io.openStack(path("ab.sdf")), stack);
+    EXPECT_EQ(numOpen(), 1);
+}
+
+TEST_F(VRLStackIOTest, whatSomebodyElseHasWrittenIsNotWrittenOverWithoutAQuestion) {
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    stack->setName("mine");
+    stack->setModified(true);
+    const QByteArray foreign = stackText("a", "b") + "# by somebody else\n";
+    write("ab.sdf", foreign);
+    user.thenClick("Cancel");
+    io.saveStack(*stack);
+    EXPECT_EQ(read("ab.sdf"), foreign);
+    EXPECT_TRUE(stack->isModified());
+    EXPECT_EQ(user.seen.back().rfind("File has changed", 0), 0u);
+    user.thenClick("Save As...");
+    user.thenChoose({folder.filePath("mine.sdf")});
+    io.saveStack(*stack);
+    EXPECT_EQ(read("ab.sdf"), foreign);
+    EXPECT_TRUE(read("mine.sdf").contains("mine"));
+    // Its own saves ask nothing.
+    io.saveStack(*stack);
+    write("mine.sdf", foreign);
+    stack->setModified(true);
+    user.thenClick("Save");
+    user.thenClick("Overwrite");
+    EXPECT_TRUE(io.closeStack(*stack));
+    EXPECT_TRUE(read("mine.sdf").contains("mine"));
+    EXPECT_EQ(read("mine.sdf~1"), foreign);
+}
+
+TEST_F(VRLStackIOTest, aFileThatIsOpenElsewhereOpensReadOnly) {
+    StackFileGuard other;
+    ASSERT_TRUE(other.lock(path("ab.sdf")));
+    user.thenClick("Cancel");
+    EXPECT_EQ(io.openStack(path("ab.sdf")), nullptr);
+    EXPECT_NE(user.seen.back().find("process"), std::string::npos);
+    user.thenClick("Open Read-Only");
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    ASSERT_TRUE(stack != nullptr && stack->isReadOnly());
+    // It takes no edits, and goes to another file.
+    EditStep step(*stack->history());
+    EXPECT_THROW(step.apply(std::make_unique<VRLSliceInsertionDeletionAction>(stack->getSlice(0))), Exception);
+    EXPECT_EQ(stack->getNumSlices(), 2);
+    EXPECT_FALSE(stack->isModified());
+    user.thenChoose({folder.filePath("copy.sdf")});
+    io.saveStack(*stack);
+    EXPECT_FALSE(stack->isReadOnly());
+    EXPECT_EQ(stack->getFilename(), path("copy.sdf"));
+    user.thenClick("Open Anyway");
+    stack = io.openStack(path("ab.sdf"));
+    ASSERT_NE(stack, nullptr);
+    EXPECT_FALSE(stack->isReadOnly());
+    EXPECT_TRUE(QFile::exists(folder.filePath(".~lock.ab.sdf#")));
+    VRLStackServer::stackServer.removeStack(*stack);
+    EXPECT_FALSE(QFile::exists(folder.filePath(".~lock.ab.sdf#")));
+}
+
+TEST_F(VRLStackIOTest, aFileThatIsCutOffIsNeverWrittenOver) {
+    const QByteArray cut = stackText("a", "b") + "MODEL \"m\";\nMODELITEM \"m\" \"a\";\nMODELITEMDATA 1,1 2,";
+    write("ab.sdf", cut);
+    user.thenClick("OK"); // what the reader had to say
+    user.thenClick("Open Read-Only");
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    ASSERT_NE(stack, nullptr);
+    EXPECT_TRUE(stack->isReadOnly());
+    VRLStackServer::stackServer.removeStack(*stack);
+    user.thenClick("OK");
+    user.thenClick("Work on a Copy");
+    stack = io.openStack(path("ab.sdf"));
+    ASSERT_NE(stack, nullptr);
+    EXPECT_TRUE(stack->getFilename().empty() && stack->isModified() && !stack->isReadOnly());
+    user.thenChoose({folder.filePath("copy.sdf")});
+    io.saveStack(*stack);
+    EXPECT_EQ(read("ab.sdf"), cut);
+    EXPECT_TRUE(read("copy.sdf").contains("MODEL"));
 }
 
 TEST_F(VRLStackIOTest, slicesAreInsertedAsOneUndoableStep) {

@@ -1,8 +1,11 @@
 #include "ui/session/vrlrecovery.h"
 
+#include <csignal>
+
 #include <QDirIterator>
 #include <QFile>
 #include <QProcess>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -14,6 +17,7 @@
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
 #include "support/documentmaker.h"
+#include "ui/session/terminationsignals.h"
 
 namespace vorlen {
 
@@ -155,9 +159,6 @@ TEST_F(VRLRecoveryTest, aCrashedProgramsStackComesBackWithItsImages) {
     EXPECT_EQ(recovered->getModel(0).getNumItems(), 2);
     EXPECT_TRUE(recovered->isModified());
     EXPECT_EQ(recovered->getFilename(), path("brain.sdf"));
-    Image image;
-    recovered->getSlice(0).load(image);
-    EXPECT_EQ(image.getWidth(), 4);
     // Until the user saves, the own file is as it was; saving puts relative image paths in it again.
     QFile file(folder.filePath("brain.sdf"));
     file.open(QIODevice::ReadOnly);
@@ -170,6 +171,56 @@ TEST_F(VRLRecoveryTest, aCrashedProgramsStackComesBackWithItsImages) {
     recovery.discard(leftovers[0]);
     EXPECT_TRUE(recovery.leftovers().isEmpty());
     EXPECT_FALSE(QDir(recoveryDirectory() + "/dead").exists());
+    // The images are found without the folder of what was kept.
+    Image image;
+    recovered->getSlice(0).load(image);
+    EXPECT_EQ(image.getWidth(), 4);
+}
+
+TEST_F(VRLRecoveryTest, aFolderThatTakesNoFileIsToldUntilItTakesOne) {
+    QFile blocker(recoveryDirectory());
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    VRLRecovery recovery(recoveryDirectory());
+    QSignalSpy told(&recovery, &VRLRecovery::problemChanged);
+    stack->setModified(true);
+    recovery.saveModifiedStacks();
+    EXPECT_TRUE(recovery.problem().contains(recoveryDirectory()));
+    ASSERT_TRUE(blocker.remove());
+    recovery.saveModifiedStacks();
+    recovery.waitForWrites();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(recovery.problem(), "");
+    EXPECT_EQ(told.count(), 2);
+    // A full disk, or whatever else keeps the file away.
+    const QString session = QFileInfo(recovery.recoveryFile(*stack)).path();
+    ASSERT_TRUE(QDir(session).removeRecursively());
+    stack->setModified(true);
+    recovery.saveModifiedStacks();
+    recovery.waitForWrites();
+    QCoreApplication::processEvents();
+    EXPECT_NE(recovery.problem(), "");
+}
+
+TEST_F(VRLRecoveryTest, anEmptyOrRelativeStateFolderStandsForTheOneInTheHome) {
+    const QByteArray old = qgetenv("XDG_STATE_HOME");
+    for (const char* value : {"", "state"}) {
+        qputenv("XDG_STATE_HOME", value);
+        VRLRecovery recovery;
+        stack->setModified(true);
+        recovery.saveModifiedStacks();
+        recovery.waitForWrites();
+        EXPECT_TRUE(recovery.recoveryFile(*stack).startsWith(QDir::homePath() + "/.local/state/vorlen/")) << value;
+        stack->setModified(false);
+    }
+    old.isNull() ? qunsetenv("XDG_STATE_HOME") : qputenv("XDG_STATE_HOME", old);
+}
+
+TEST_F(VRLRecoveryTest, aSignalToEndIsHeardInTheEventLoop) {
+    const TerminationSignals endings;
+    QSignalSpy heard(&endings, &TerminationSignals::terminated);
+    ASSERT_EQ(::raise(SIGTERM), 0);
+    ASSERT_TRUE(heard.wait(2000));
+    EXPECT_EQ(heard[0][0].toInt(), SIGTERM);
 }
 
 TEST_F(VRLRecoveryTest, aRunningProgramsFilesAreLeftAlone) {
