@@ -12,6 +12,7 @@ class Model;
 class ModelItem;
 class ModelItemProperties;
 class PixelCalibration;
+class Slice;
 class Stack;
 template <class T>
 class VoxelMatrix;
