@@ -119,7 +119,7 @@ std::optional<int> readRequest(const CommandLine& line, Request& request) {
     const std::optional<int> degree = line.integer("degree", 1, 9);
     if (!degree)
         return ExitUsage;
-    strategy.setPolynomialDegree(static_cast<unsigned int>*degree);
+    strategy.setPolynomialDegree(static_cast<unsigned int>(*degree));
 
     for (const QString& text : line.values("size")) {
         const std::optional<GridOption> grid = parseGrid(text);
