@@ -220,10 +220,10 @@ QTreeWidgetItem* ShortcutsDialog::newHeading(const QString& text, QTreeWidgetIte
     return heading;
 }
 
-void ShortcutsDialog::addRow(QTreeWidgetItem& heading, const QString& text, const QString& icon, const QString& keys,
+void ShortcutsDialog::addRow(QTreeWidgetItem& heading, const QString& text, const QIcon& icon, const QString& keys,
                              const QString& tip) {
     auto* const row = new QTreeWidgetItem(&heading, {text, keys, tip});
-    row->setIcon(TextColumn, icon.isEmpty() ? emptyIcon(__list->iconSize()) : VRLIcons::icon(icon));
+    row->setIcon(TextColumn, icon.isNull() ? emptyIcon(__list->iconSize()) : icon);
     row->setToolTip(TipColumn, tip);
     QStringList words = {text, keys, tip};
     for (const QTreeWidgetItem* above = &heading; above != nullptr; above = above->parent())
@@ -241,7 +241,7 @@ void ShortcutsDialog::addSheet(const CommandSheet& sheet) {
             if (info == nullptr || info->planned || listed.contains(info->id))
                 continue;
             listed += info->id;
-            addRow(*heading, info->text, info->icon, info->keys, info->tip);
+            addRow(*heading, info->text, VRLIcons::icon(info->icon), info->keys, info->tip);
         }
         if (heading->childCount() == 0)
             delete heading;
@@ -253,7 +253,7 @@ void ShortcutsDialog::addActions(const QString& heading, const QList<QAction*>& 
     QTreeWidgetItem* const window = newHeading(heading, nullptr);
     for (const QAction* action : actions)
         if (!action->isSeparator() && !action->text().isEmpty())
-            addRow(*window, readable(action->text()), {}, QKeySequence::listToString(action->shortcuts()),
+            addRow(*window, readable(action->text()), action->icon(), QKeySequence::listToString(action->shortcuts()),
                    action->statusTip());
     applyFilter();
 }

@@ -35,7 +35,7 @@ public slots:
 
 private:
     QTreeWidgetItem* newHeading(const QString& text, QTreeWidgetItem* parent);
-    void addRow(QTreeWidgetItem& heading, const QString& text, const QString& icon, const QString& keys,
+    void addRow(QTreeWidgetItem& heading, const QString& text, const QIcon& icon, const QString& keys,
                 const QString& tip);
     void applyFilter();
 
