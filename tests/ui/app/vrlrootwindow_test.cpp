@@ -291,13 +291,13 @@ TEST_F(VRLRootWindowTest, whatIsUndoneShowsEverywhere) {
     SliceChange renamed;
     renamed.name = "renamed";
     ASSERT_TRUE(changeSlice(stack, *mediator().currentSlice(), renamed));
-    EXPECT_EQ(mediator().action("Undo")->toolTip(), "Undo Change slice properties");
+    EXPECT_EQ(mediator().commands().action("edit.undo").toolTip(), "Undo Change slice properties");
     EXPECT_EQ(listed(window->browser().stackList()), QStringList("other"));
     EXPECT_TRUE(shown().contains("renamed"));
     key(Qt::Key_Z, Qt::ControlModifier);
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(shown(), before);
-    EXPECT_FALSE(enabled("Undo"));
+    EXPECT_FALSE(enabled("edit.undo"));
 }
 
 TEST_F(VRLRootWindowTest, aDeletedSliceComesBackByUndo) {
