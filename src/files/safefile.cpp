@@ -135,7 +135,8 @@ SafeFile::SafeFile(const std::string& fileName) : __fileName(fileName), __target
     if (__descriptor < 0) {
         if (isFull(errno))
             fail(errno);
-        if (exists) {
+        // Where it is not the folder that refuses, writing over the old contents would be as likely to fail half-way.
+        if (exists && (errno == EACCES || errno == EPERM || errno == EROFS)) {
             __way = Way::InPlace;
             __descriptor = openFile(__target, O_WRONLY);
         }

@@ -16,6 +16,7 @@
 #include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
+#include "files/filebackups.h"
 #include "files/fileinfo.h"
 #include "files/safefile.h"
 #include "images/files/imagesourcevoxelmatrixplane.h"
@@ -333,7 +334,8 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
 }
 
 bool VRLStackIO::writeStack(VRLStack& stack, const std::string& file) {
-    const QString old = setAside(file);
+    FileBackups backups(file, VRLPreferences::getMaxNumBackups());
+    backups.setAside();
     bool written = false;
     QString reason;
     {
@@ -346,38 +348,19 @@ bool VRLStackIO::writeStack(VRLStack& stack, const std::string& file) {
         notifyFinished(" ");
     }
     if (!written) {
-        QFile::remove(old);
         tell("Error", "Error: cannot write to " + decoded(file) + (reason.isEmpty() ? "" : "\n" + reason));
         return false;
     }
-    rotateBackups(file, old);
+    backups.rotate();
     SafeFile::removeLeftovers(file);
     stack.noteWritten(file);
     return true;
 }
 
 void VRLStackIO::makeBackups(const std::string& file) const {
-    rotateBackups(file, setAside(file));
-}
-
-QString VRLStackIO::setAside(const std::string& file) const {
-    const QString name = decoded(file), aside = name + "~0";
-    if (VRLPreferences::getMaxNumBackups() < 1 || !QFile::exists(name))
-        return {};
-    QFile::remove(aside);
-    return QFile::copy(name, aside) ? aside : QString();
-}
-
-void VRLStackIO::rotateBackups(const std::string& file, const QString& aside) const {
-    if (aside.isEmpty())
-        return;
-    const int n = VRLPreferences::getMaxNumBackups();
-    const auto backup = [name = decoded(file)](int i) { return name + "~" + QString::number(i); };
-    QFile::remove(backup(n));
-    for (int i = n - 1; i >= 1; --i)
-        if (QFile::exists(backup(i)))
-            QFile::rename(backup(i), backup(i + 1));
-    QFile::rename(aside, backup(1));
+    FileBackups backups(file, VRLPreferences::getMaxNumBackups());
+    backups.setAside();
+    backups.rotate();
 }
 
 bool VRLStackIO::closeStack(VRLStack& stack) {
@@ -419,12 +402,11 @@ bool VRLStackIO::maySettle(VRLStack& stack) {
 
 bool VRLStackIO::writeAndTell(VRLStack& stack, const std::string& file, QString& reason) {
     bool written = false;
-    const QString old = setAside(file);
+    FileBackups backups(file, VRLPreferences::getMaxNumBackups());
+    backups.setAside();
     reason = failureOf([&] { written = stack.write(file); });
     if (written)
-        rotateBackups(file, old);
-    else
-        QFile::remove(old);
+        backups.rotate();
     return written;
 }
 

@@ -75,10 +75,6 @@ private:
     bool agreesToOverwrite(VRLStack& stack);
     bool maySettle(VRLStack& stack);
 
-    /// A copy of the file beside it, for the time of a save; empty when no backups are wanted, or none can be made.
-    QString setAside(const std::string& file) const;
-    void rotateBackups(const std::string& file, const QString& aside) const;
-
     VRLStack* openChosenFiles(const QString& title, const QString& filter,
                               VRLStack* (VRLStackIO::*open)(const std::string&));
     QStringList chooseImages();
