@@ -251,7 +251,16 @@ TEST(RandomEdits, areUndoneToTheFirstDocumentAndRedoneToTheLast) {
         stack.getSlice(i).setImageSource(FixedSource(50, 50));
     addItem(addModel(stack, "polygons"), stack.getSlice(1), {{0, 0}, {10, 0}, {10, 10}});
     addItem(addModel(stack, "points", PolypointPrimitive), stack.getSlice(1), {{1, 1}, {2, 2}, {3, 3}});
-    const auto text = [&stack] { return StackWriter().toText(stack, "/"); };
+    // The file, and the order of the items on the slices.
+    const auto text = [&stack] {
+        std::string all = StackWriter().toText(stack, "/");
+        for (int i = 0; i < stack.getNumSlices(); ++i)
+            for (int k = 0; k < stack.getSlice(i).getNumItems(); ++k) {
+                const ModelItem& item = stack.getSlice(i).getItem(k);
+                all += item.getModel()->getName() + std::to_string(item.getSize()) + " ";
+            }
+        return all;
+    };
     std::vector<std::string> texts = {text()};
     RandomUser user(stack, 11);
     VRLActionHistory& history = *stack.history();

@@ -35,6 +35,7 @@ public:
     void sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent&) override {
         heard.push_back("sliceImageCalibration");
     }
+    void sliceImageSourceEvent(VRLSliceImageSourceEvent&) override { heard.push_back("sliceImageSource"); }
     void sliceItemSelectionEvent(VRLSliceItemSelectionEvent&) override { heard.push_back("sliceItemSelection"); }
     void processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) override {
         heard.push_back(action.isInsertion() != action.reverted() ? "sliceIn" : "sliceOut");

@@ -144,12 +144,15 @@ Outcome changeSlice(VRLStack& stack, StackSlice& slice, const SliceChange& chang
     SliceState& state = action->sliceState(slice);
     state.name = change.name.value_or(state.name);
     state.annotation = change.annotation.value_or(state.annotation);
-    if (change.spacing)
+    if (change.spacing && *change.spacing != slice.getRelativePosition())
         state.placement = {*change.spacing, true, false};
     if (change.position)
         state.placement = {*change.position, false, false};
     state.thickness = change.thickness.value_or(state.thickness);
-    state.calibration = change.calibration.value_or(state.calibration);
+    if (change.calibration) {
+        state.calibration = *change.calibration;
+        state.calibration.setLengthUnit(stack.getLengthUnit());
+    }
     state.registration = change.registration.value_or(state.registration);
     if (change.imageSource != nullptr)
         action->setImageSource(slice, *change.imageSource);

@@ -20,7 +20,7 @@ struct SliceChange {
     std::optional<float> spacing;  // to the slice before, in the stack's length unit
     std::optional<float> position; // absolute; not together with a spacing
     std::optional<float> thickness;
-    std::optional<PixelCalibration> calibration;
+    std::optional<PixelCalibration> calibration; // in the stack's length unit, whatever its own
     std::optional<Registration> registration;
     const ImageSource* imageSource = nullptr;
 };

@@ -66,9 +66,10 @@ Outcome changeStack(VRLStack& stack, const StackChange& change) {
         state.sliceSpacing = *change.spacing;
     }
     if (change.calibration) {
-        for (StackSlice* slice : change.calibrationSlices)
-            action->sliceState(*slice).calibration = *change.calibration;
         state.calibration = *change.calibration;
+        state.calibration.setLengthUnit(stack.getLengthUnit());
+        for (StackSlice* slice : change.calibrationSlices)
+            action->sliceState(*slice).calibration = state.calibration;
     }
     if (change.unit) {
         for (int i = 0; i < stack.getNumSlices(); ++i)

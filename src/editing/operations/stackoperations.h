@@ -35,8 +35,8 @@ struct StackChange {
     std::optional<std::string> annotation;
     std::optional<LengthUnit> unit; // of the stack and all of its slices
     std::optional<float> spacing;
-    std::vector<StackSlice*> spacingSlices; // one that follows the default goes on following it
-    std::optional<PixelCalibration> calibration;
+    std::vector<StackSlice*> spacingSlices;      // one that follows the default goes on following it
+    std::optional<PixelCalibration> calibration; // in the stack's length unit, whatever its own
     std::vector<StackSlice*> calibrationSlices;
     std::optional<bool> absoluteImagesPath;
 };

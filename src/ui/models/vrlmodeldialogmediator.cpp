@@ -184,10 +184,11 @@ void VRLModelDialogMediator::cancelEdition() {
 }
 
 // The n-th line of a name stands for the n-th model of that name.
-std::vector<Model*> VRLModelDialogMediator::listedModels() const {
+std::vector<Model*> VRLModelDialogMediator::listedModels(const Model* leaving) const {
     std::map<QString, std::deque<Model*>> models;
     for (int i = 0; __stack != nullptr && i < __stack->getNumModels(); ++i)
-        models[QString::fromStdString(__stack->getModel(i).getName())].push_back(&__stack->getModel(i));
+        if (&__stack->getModel(i) != leaving)
+            models[QString::fromStdString(__stack->getModel(i).getName())].push_back(&__stack->getModel(i));
     std::vector<Model*> listed;
     for (int row = 0; row < __list->count(); ++row) {
         std::deque<Model*>& namesakes = models[__list->item(row)->text()];
@@ -216,7 +217,7 @@ void VRLModelDialogMediator::listModels(const Model* leaving) {
     for (int i = 0; i < __stack->getNumModels(); ++i)
         if (&__stack->getModel(i) != leaving)
             __list->addModel(__stack->getModel(i).getName());
-    const std::vector<Model*> models = listedModels();
+    const std::vector<Model*> models = listedModels(leaving);
     for (int row = 0; row < __list->count(); ++row)
         if (std::find(__selectedModels.begin(), __selectedModels.end(), models[static_cast<std::size_t>(row)]) !=
             __selectedModels.end())

@@ -77,7 +77,7 @@ private:
     void clearEditors();
     bool confirmDeletion() const;
     ModelChange enteredChange() const;
-    std::vector<Model*> listedModels() const;
+    std::vector<Model*> listedModels(const Model* leaving = nullptr) const;
     void listModels(const Model* leaving = nullptr);
     void warn(const QString& text) const;
 

@@ -136,6 +136,13 @@ void VRLSliceEditWidgetMediator::sliceItemSelectionEvent(VRLSliceItemSelectionEv
         selectionChange(event.getSelectionInfo());
 }
 
+// A model that comes back by undo may bring selected items.
+void VRLSliceEditWidgetMediator::modelCreateEvent(VRLModelCreateEvent& event) {
+    VRLSliceWidgetMediator::modelCreateEvent(event);
+    for (int i = 0; i < event.getModel()->getNumItems(); ++i)
+        selectionMayHaveChanged(&event.getModel()->getItem(i));
+}
+
 void VRLSliceEditWidgetMediator::modelDeleteEvent(VRLModelDeleteEvent& event) {
     VRLSliceWidgetMediator::modelDeleteEvent(event);
     endToolsAbout(*event.getModel());

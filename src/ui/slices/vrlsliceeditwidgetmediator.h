@@ -49,6 +49,7 @@ public:
     void setSlice(StackSlice& slice) override;
 
     void sliceItemSelectionEvent(VRLSliceItemSelectionEvent& event) override;
+    void modelCreateEvent(VRLModelCreateEvent& event) override;
     void modelDeleteEvent(VRLModelDeleteEvent& event) override;
     void modelItemCreateEvent(VRLModelItemCreateEvent& event) override;
     void modelItemDeleteEvent(VRLModelItemDeleteEvent& event) override;
