@@ -1,7 +1,3 @@
 #include <benchmark/benchmark.h>
 
-namespace vorlen {
-
 BENCHMARK_MAIN();
-
-} // namespace vorlen

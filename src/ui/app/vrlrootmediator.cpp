@@ -457,7 +457,7 @@ void VRLRootMediator::runAnalysis() {
         return;
     auto window = std::make_unique<VRLAnalysisWindow>();
     window->setStack(*__stack);
-    window.release(); // deletes itself when it is closed
+    static_cast<void>(window.release()); // deletes itself when it is closed
 }
 
 /// The window opens only when there are lines to show; otherwise the message says why there are none.
