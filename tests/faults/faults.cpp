@@ -62,6 +62,15 @@ void* operator new[](std::size_t size) {
     return operator new(size);
 }
 
+// The standard library's temporary buffers come this way and are given back by the plain delete.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return fails(Call::Allocation) ? nullptr : std::malloc(size > 0 ? size : 1);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return operator new(size, std::nothrow);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }

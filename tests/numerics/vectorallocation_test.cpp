@@ -8,18 +8,9 @@
 #include "numerics/vector.h"
 #include "support/vectors.h"
 
-namespace vorlen {
-
 namespace {
 
 thread_local long numAllocations = 0;
-
-template <class Operation>
-long allocationsOf(Operation operation) {
-    const long before = numAllocations;
-    operation();
-    return numAllocations - before;
-}
 
 } // namespace
 
@@ -59,6 +50,19 @@ void operator delete(void* memory, std::size_t) noexcept {
 void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
+
+namespace vorlen {
+
+namespace {
+
+template <class Operation>
+long allocationsOf(Operation operation) {
+    const long before = numAllocations;
+    operation();
+    return numAllocations - before;
+}
+
+} // namespace
 
 TEST(VectorAllocation, upToFourElementsNeedNone) {
     double total = 0;
