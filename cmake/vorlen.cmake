@@ -32,8 +32,9 @@ function(vorlen_precompiled header)
     file(CONFIGURE OUTPUT ${source} CONTENT "// Empty: its target compiles a header.\n")
     add_library(vorlen_precompiled_${header} OBJECT ${source})
     target_link_libraries(vorlen_precompiled_${header} PRIVATE ${ARGN})
-    target_precompile_headers(vorlen_precompiled_${header}
-        PRIVATE ${PROJECT_SOURCE_DIR}/cmake/precompiled/${header}.h)
+    # Named without the way to the checkout, so that the compiler's cache serves every checkout alike.
+    target_include_directories(vorlen_precompiled_${header} PRIVATE ${PROJECT_SOURCE_DIR}/cmake)
+    target_precompile_headers(vorlen_precompiled_${header} PRIVATE <precompiled/${header}.h>)
 endfunction()
 
 find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
