@@ -35,10 +35,10 @@
 #include "ui/slices/vrlsliceeditwidget.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorcreationdelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatoreditiondelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorselectiondelegate.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
+#include "ui/tools/vrlsliceeditwidgetmediatoreditiondelegate.h"
+#include "ui/tools/vrlsliceeditwidgetmediatorselectiondelegate.h"
 #include "ui/widgets/vorlenapplication.h"
 
 namespace vorlen {
@@ -249,13 +249,13 @@ void pan(benchmark::State& state, Editor& editor) {
 }
 
 void stroke(benchmark::State& state, Editor& editor) {
-    editor.mediator->getCreationDelegate()->activate("model0");
+    editor.mediator->findChild<VRLSliceEditWidgetMediatorCreationDelegate*>()->activate("model0");
     editor.timed([&] { editor.press(QPoint(400, 400)); });
     run(state, editor, [&](int i) {
         const double angle = 0.2 * (i + 1);
         editor.drag(QPoint(int(400 + (60 + i) * std::sin(angle)), int(340 + (60 + i) * std::cos(angle))));
     });
-    editor.mediator->getCreationDelegate()->cancel();
+    editor.mediator->findChild<VRLSliceEditWidgetMediatorCreationDelegate*>()->cancel();
     editor.frames(1);
 }
 
@@ -273,18 +273,19 @@ void select(benchmark::State& state, Editor& editor) {
         editor.press(places[i % 2]);
         editor.release(places[i % 2]);
     });
-    editor.timed([&] { editor.mediator->getSelectionDelegate()->cancelSelection(); }, false);
+    editor.timed([&] { editor.mediator->findChild<VRLSliceEditWidgetMediatorSelectionDelegate*>()->cancelSelection(); },
+                 false);
 }
 
 void moveVertex(benchmark::State& state, Editor& editor) {
     ModelItem& item = editor.middleItem();
     item.getSelection().set(true);
-    editor.mediator->getEditionDelegate()->activate();
+    editor.mediator->findChild<VRLSliceEditWidgetMediatorEditionDelegate*>()->activate();
     const QPoint start = editor.vertexPosition(item, 0);
     editor.press(start);
     run(state, editor, [&](int i) { editor.drag(start + QPoint(1 + i % 30, 1 + i % 17)); });
     editor.release(start);
-    editor.mediator->getEditionDelegate()->cancel();
+    editor.mediator->findChild<VRLSliceEditWidgetMediatorEditionDelegate*>()->cancel();
     item.getSelection().set(false);
     editor.frames(1);
 }

@@ -287,9 +287,22 @@ void VRLImageWidgetMediator::resizeEvent(QResizeEvent*) {
     notifyViewChange();
 }
 
+// A delegate that keeps an event may have run a loop, in which this object was deleted: nothing comes after it.
 bool VRLImageWidgetMediator::eventFilter(QObject* object, QEvent* event) {
     if (object != __canvas)
         return QObject::eventFilter(object, event);
+    for (std::size_t i = __delegates.size(); i-- > 0;)
+        if (__delegates[i] && __delegates[i]->process(event))
+            return true;
+    return canvasEvent(event);
+}
+
+void VRLImageWidgetMediator::addDelegate(VRLImageWidgetMediatorDelegate& delegate) {
+    std::erase_if(__delegates, [](const auto& each) { return each.isNull(); });
+    __delegates.push_back(&delegate);
+}
+
+bool VRLImageWidgetMediator::canvasEvent(QEvent* event) {
     if (event->type() == QEvent::Resize && !getImageProxy().isEmpty()) {
         resizeEvent(static_cast<QResizeEvent*>(event));
     } else if (event->type() == QEvent::Wheel) {

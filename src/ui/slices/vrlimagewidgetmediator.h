@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 #include <QObject>
 #include <QPoint>
@@ -26,6 +27,7 @@ class ImageSource;
 class PixelCalibration;
 class VRLImageProxy;
 class VRLImageWidget;
+class VRLImageWidgetMediatorDelegate;
 class VRLImageWidgetMediatorPanDelegate;
 class VRLImageWidgetMediatorPixelInfoDelegate;
 
@@ -101,7 +103,12 @@ public:
     void zoomAt(const QPoint& position, bool in);
 
     void resizeEvent(QResizeEvent* event);
+
+    /// Shows what comes to the canvas to the delegates, and then to canvasEvent().
     bool eventFilter(QObject* object, QEvent* event) override;
+
+    /// Shows the events of the canvas to this delegate before those that are there; it is seen, not owned.
+    void addDelegate(VRLImageWidgetMediatorDelegate& delegate);
 
     /// What the status bar tells of the image.
     static QString imageTypeText(int depth, bool indexed);
@@ -128,6 +135,9 @@ public slots:
     void imageProxyFailure(const QString& message);
 
 protected:
+    /// Handles an event of the canvas that no delegate has kept. True when the canvas is not to see it.
+    virtual bool canvasEvent(QEvent* event);
+
     /// Tells the widget, and through it others, what is seen.
     void notifyViewChange();
     /// Shown in the canvas until the next image, and in the status bar.
@@ -162,6 +172,7 @@ private:
     QAction* __pageRight;
     QAction* __pageLeft;
     QAction* __center;
+    std::vector<QPointer<VRLImageWidgetMediatorDelegate>> __delegates; // in the order of their making
     VRLImageWidgetMediatorPanDelegate* __panDelegate = nullptr;
     VRLImageWidgetMediatorPixelInfoDelegate* __pixelInfoDelegate = nullptr;
     QPointer<VRLImageServer> __imageServer;

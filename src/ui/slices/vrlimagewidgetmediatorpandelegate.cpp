@@ -42,10 +42,10 @@ void VRLImageWidgetMediatorPanDelegate::deactivate() {
         statusBar->clearMessage();
 }
 
-bool VRLImageWidgetMediatorPanDelegate::eventFilter(QObject* object, QEvent* event) {
+bool VRLImageWidgetMediatorPanDelegate::process(QEvent* event) {
     if (event->type() == QEvent::FocusOut && isActive())
         setActive(false);
-    return VRLImageWidgetMediatorDelegate::eventFilter(object, event);
+    return VRLImageWidgetMediatorDelegate::process(event);
 }
 
 void VRLImageWidgetMediatorPanDelegate::mousePressEvent(QMouseEvent* event) {

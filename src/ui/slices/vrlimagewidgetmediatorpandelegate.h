@@ -20,7 +20,7 @@ public:
     void activate() override;
     void deactivate() override;
 
-    bool eventFilter(QObject* object, QEvent* event) override;
+    bool process(QEvent* event) override;
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;

@@ -60,10 +60,10 @@ QString VRLImageWidgetMediatorPixelInfoDelegate::pixelInfo(const QPoint& positio
     return QString("X=%1, Y=%2").arg(pixel.x()).arg(pixel.y()) + valueText(image, x, y);
 }
 
-bool VRLImageWidgetMediatorPixelInfoDelegate::eventFilter(QObject* object, QEvent* event) {
+bool VRLImageWidgetMediatorPixelInfoDelegate::process(QEvent* event) {
     if (event->type() == QEvent::Leave && getMediator().getStatusBar() != nullptr)
         getMediator().getStatusBar()->setPixelInfo(QString());
-    return VRLImageWidgetMediatorDelegate::eventFilter(object, event);
+    return VRLImageWidgetMediatorDelegate::process(event);
 }
 
 void VRLImageWidgetMediatorPixelInfoDelegate::mouseMoveEvent(QMouseEvent* event) {

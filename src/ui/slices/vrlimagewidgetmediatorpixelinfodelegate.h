@@ -19,7 +19,7 @@ public:
     /// The text for a position of the canvas; empty outside of the image and without one.
     QString pixelInfo(const QPoint& position) const;
 
-    bool eventFilter(QObject* object, QEvent* event) override;
+    bool process(QEvent* event) override;
 
 protected:
     void mouseMoveEvent(QMouseEvent* event) override;

@@ -1,5 +1,7 @@
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
 
+#include <functional>
+
 #include <QContextMenuEvent>
 #include <QStatusBar>
 
@@ -13,111 +15,43 @@
 #include "numerics/exception.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/guarded.h"
+#include "ui/slices/slicetoolhost.h"
+#include "ui/slices/toolmenus.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorcreationdelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatordouglaspeuckerdecimationdelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatoreditiondelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorfourierdelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorreorigindelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorresamplingdelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorselectiondelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorsnakedelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorsplitdelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorthresholdingdelegate.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
-#include "ui/widgets/vrlmenu.h"
+#include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 
 namespace vorlen {
 
-VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget) : VRLSliceWidgetMediator(widget) {
-    __cancel = newCommand("Cancel", "Escape");
+VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget)
+    : VRLSliceWidgetMediator(widget), __host(std::make_unique<SliceToolHost>(*this)), __menus(new ToolMenus(this)) {
+    __cancel = new QAction("Cancel", this);
+    __cancel->setShortcut(QKeySequence("Escape"));
     __cancel->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    __delete = newCommand("Delete", "Delete");
-    __editPoints = newCommand("Edit points", "E");
-    __decimate = newCommand("Decimate");
-    __douglasPeucker = newCommand("Decimate (Douglas-Peucker)");
-    __changeOrigin = newCommand("Change origin");
-    __resample = newCommand("Resample", "R");
-    __runSnake = newCommand("Run Snake", "S");
-    __smooth = newCommand("Smooth (Fourier)");
-    __selectAll = newCommand("Select all", "Ctrl+A");
-    __split = newCommand("Split contour");
-    __properties = newCommand("Properties...");
-    __cancel->setEnabled(true);
-    __selectAll->setEnabled(true);
-
-    __drawMenu = std::make_unique<QMenu>("Draw");
-    __manualMenu = new VRLMenu("Manual", __drawMenu.get());
-    __automaticMenu = new VRLMenu("Automatic", __drawMenu.get());
-    __drawMenu->addMenu(__manualMenu);
-    __drawMenu->addMenu(__automaticMenu);
-    __editMenu = std::make_unique<QMenu>("Edit");
-    __editMenu->addActions({__properties, __editPoints, __decimate, __douglasPeucker, __resample, __changeOrigin,
-                            __split, __smooth, __runSnake});
-    __selectMenu = std::make_unique<VRLMenu>("Select");
-    __convertMenu = std::make_unique<VRLMenu>("Convert");
+    connect(__cancel, &QAction::triggered, this, &VRLSliceEditWidgetMediator::cancelInteraction);
+    connect(__menus, &ToolMenus::chosen, this, &VRLSliceEditWidgetMediator::runCommand);
 }
 
 VRLSliceEditWidgetMediator::~VRLSliceEditWidgetMediator() {
     endInteractions();
-    if (__selection != nullptr && __selection->isActive())
-        __selection->deactivate();
+    if (__resting != nullptr)
+        __resting->abandon();
 }
 
 void VRLSliceEditWidgetMediator::initialize() {
-    getCanvas().addActions(
-        {__cancel, __delete, __editPoints, __changeOrigin, __resample, __runSnake, __smooth, __selectAll, __split});
-    __selection = new VRLSliceEditWidgetMediatorSelectionDelegate(*this); // children of this object
-    __creation = new VRLSliceEditWidgetMediatorCreationDelegate(*this);
-    __snake = new VRLSliceEditWidgetMediatorSnakeDelegate(*this);
-    __snake->addMonitor(static_cast<ProgressMonitor&>(*this));
-    auto* const fourier = new VRLSliceEditWidgetMediatorFourierDelegate(*this);
-    auto* const origin = new VRLSliceEditWidgetMediatorReoriginDelegate(*this);
-    auto* const resampling = new VRLSliceEditWidgetMediatorResamplingDelegate(*this);
-    auto* const split = new VRLSliceEditWidgetMediatorSplitDelegate(*this);
-    auto* const douglasPeucker = new VRLSliceEditWidgetMediatorDouglasPeuckerDecimationDelegate(*this);
-    auto* const thresholding = new VRLSliceEditWidgetMediatorThresholdingDelegate(*this);
-    __tools = {fourier, origin, resampling, split, douglasPeucker, thresholding};
-    __edition = new VRLSliceEditWidgetMediatorEditionDelegate(*this);
-    __edition->getToolBar()->QWidget::addAction(__cancel);
-    connect(__cancel, &QAction::triggered, this, [this, split] {
-        guarded(&getCanvas(), "The interaction cannot be ended.", [this, split] {
-            __selection->cancelSelection();
-            __creation->cancel();
-            __edition->cancel();
-            __snake->cancel();
-            split->cancel();
-        });
-    });
-    connectCommand(__delete, [this] { __selection->removeSelection(); });
-    connectCommand(__editPoints, [this] { __edition->activate(); });
-    connectCommand(__decimate, [this] { __selection->decimateSelection(); });
-    connectCommand(__runSnake, [this] { __snake->activate(); });
-    connectCommand(__selectAll, [this] { __selection->selectAllModelItems(); });
-    connectCommand(__properties, [this] { __selection->editSelectionProperties(); });
-    connectCommand(__smooth, [fourier] { fourier->activate(); });
-    connectCommand(__changeOrigin, [origin] { origin->activate(); });
-    connectCommand(__resample, [resampling] { resampling->activate(); });
-    connectCommand(__split, [split] { split->activate(); });
-    connectCommand(__douglasPeucker, [douglasPeucker] { douglasPeucker->activate(); });
-    connectMenu(__automaticMenu, [this, thresholding](const QString& name) {
-        __selection->cancelSelection();
-        thresholding->activate(name);
-    });
-    connectMenu(__manualMenu, [this](const QString& name) {
-        __selection->cancelSelection();
-        __creation->activate(name);
-    });
-    connectMenu(__selectMenu.get(), [this](const QString& name) { __selection->selectModelItems(name); });
-    connectMenu(__convertMenu.get(), [this](const QString& name) { __selection->convertSelection(name); });
+    getCanvas().addAction(__cancel);
+    getCanvas().addActions(__menus->getActions());
+    __resting = &toolOf(restingToolMaker());
+    for (const ToolCommand& command : toolCommands())
+        toolOf(command.make);
     selectionChange(StackSliceSelectionInfo());
     VRLSliceWidgetMediator::initialize();
 }
 
 void VRLSliceEditWidgetMediator::clear() {
     endInteractions();
-    if (__selection != nullptr && __selection->isActive())
-        __selection->deactivate();
+    if (__resting != nullptr)
+        __resting->abandon();
     VRLSliceWidgetMediator::clear();
     selectionChange(StackSliceSelectionInfo());
 }
@@ -125,8 +59,8 @@ void VRLSliceEditWidgetMediator::clear() {
 void VRLSliceEditWidgetMediator::setSlice(StackSlice& slice) {
     if (getSlice() != &slice)
         endInteractions();
-    if (__selection != nullptr && !__selection->isActive())
-        __selection->activate();
+    if (__resting != nullptr && !__resting->isActive())
+        __resting->activate();
     VRLSliceWidgetMediator::setSlice(slice);
     updateSelection();
 }
@@ -145,14 +79,8 @@ void VRLSliceEditWidgetMediator::modelCreateEvent(VRLModelCreateEvent& event) {
 
 void VRLSliceEditWidgetMediator::modelDeleteEvent(VRLModelDeleteEvent& event) {
     VRLSliceWidgetMediator::modelDeleteEvent(event);
-    endToolsAbout(*event.getModel());
-    if (__creation != nullptr && __creation->getItem() != nullptr &&
-        __creation->getItem()->getModel() == event.getModel())
-        __creation->cancel();
-    if (__edition != nullptr && __edition->getItem() != nullptr && __edition->getItem()->getModel() == event.getModel())
-        __edition->itemGone(*__edition->getItem());
-    if (__snake != nullptr && __snake->getItem() != nullptr && __snake->getItem()->getModel() == event.getModel())
-        __snake->abandon();
+    if (isInteracting())
+        __current->modelGone(*event.getModel());
     QMetaObject::invokeMethod(this, &VRLSliceEditWidgetMediator::updateSelection, Qt::QueuedConnection);
 }
 
@@ -163,19 +91,15 @@ void VRLSliceEditWidgetMediator::modelItemCreateEvent(VRLModelItemCreateEvent& e
 
 void VRLSliceEditWidgetMediator::modelItemDeleteEvent(VRLModelItemDeleteEvent& event) {
     VRLSliceWidgetMediator::modelItemDeleteEvent(event);
-    if (event.getItem() != nullptr)
-        endToolsAbout(*event.getItem());
-    if (__edition != nullptr && event.getItem() != nullptr)
-        __edition->itemGone(*event.getItem());
-    if (__snake != nullptr && event.getItem() != nullptr && __snake->getItem() == event.getItem())
-        __snake->abandon();
+    if (isInteracting() && event.getItem() != nullptr)
+        __current->itemGone(*event.getItem());
     selectionMayHaveChanged(event.getItem());
 }
 
 void VRLSliceEditWidgetMediator::modelItemVertexEvent(VRLModelItemVertexEvent& event) {
     VRLSliceWidgetMediator::modelItemVertexEvent(event);
-    if (__edition != nullptr && event.getItem() != nullptr)
-        __edition->itemChanged(*event.getItem());
+    if (isInteracting() && event.getItem() != nullptr)
+        __current->itemChanged(*event.getItem());
     selectionMayHaveChanged(event.getItem());
 }
 
@@ -206,6 +130,10 @@ VRLSliceEditWidgetStatusBar* VRLSliceEditWidgetMediator::getStatusBar() const {
     return static_cast<VRLSliceEditWidgetStatusBar*>(VRLSliceWidgetMediator::getStatusBar());
 }
 
+ToolHost& VRLSliceEditWidgetMediator::getToolHost() const {
+    return *__host;
+}
+
 void VRLSliceEditWidgetMediator::requestLock(bool on) {
     emit lockRequested(on);
 }
@@ -215,33 +143,22 @@ void VRLSliceEditWidgetMediator::addContextualMenuAction(QAction* action) {
 }
 
 std::unique_ptr<QMenu> VRLSliceEditWidgetMediator::newContextMenu() {
-    refreshMenus();
-    auto menu = std::make_unique<QMenu>();
-    for (QMenu* each : {__drawMenu.get(), __editMenu.get(), static_cast<QMenu*>(__selectMenu.get()),
-                        static_cast<QMenu*>(__convertMenu.get())})
-        menu->addMenu(each);
-    menu->addAction(__delete);
-    for (const QPointer<QAction>& action : __contextualActions)
-        if (action)
-            menu->addAction(action);
-    return menu;
+    const auto names = [this](ToolModels models) {
+        if (models == ToolModels::OfSlice)
+            return buildSliceModelList();
+        return models == ToolModels::Polygons ? buildPolygonModelList() : buildStackModelList();
+    };
+    const auto find = [this](const QString& name) -> const Model* {
+        const Stack* const stack = getSlice() != nullptr ? getSlice()->getStack() : nullptr;
+        const int index = stack != nullptr ? stack->findModel(name.toStdString()) : -1;
+        return index >= 0 ? &stack->getModel(index) : nullptr;
+    };
+    return __menus->newContextMenu(names, find, __contextualActions);
 }
 
 void VRLSliceEditWidgetMediator::selectionChange(const StackSliceSelectionInfo& info) {
-    const bool some = !info.emptySelection();
-    const bool multiple = info.multipleSelection();
-    __editMenu->setEnabled(some);
-    __selectMenu->setEnabled(!some);
-    __convertMenu->setEnabled(info.homogeneousSelection());
-    __delete->setEnabled(some);
-    __decimate->setEnabled(some);
-    __editPoints->setEnabled(some && !multiple);
-    const MPrimitive geometry = info.selectionGeometry();
-    const bool whole = !multiple && !info.partialSelection();
-    for (QAction* action : {__runSnake, __smooth, __changeOrigin, __resample, __split})
-        action->setEnabled(whole && geometry == PolygonPrimitive);
-    __douglasPeucker->setEnabled(whole && (geometry == PolygonPrimitive || geometry == PolylinePrimitive));
-    __properties->setEnabled(!multiple && info.selectionGeometry() != PolypointPrimitive);
+    __selected = info;
+    __menus->setSelection(info);
     if (!isInteracting())
         setRestingHint();
 }
@@ -255,13 +172,8 @@ void VRLSliceEditWidgetMediator::setRestingHint() {
     VRLSliceEditWidgetStatusBar* const statusBar = getStatusBar();
     if (statusBar == nullptr)
         return;
-    QString text;
-    if (getSlice() != nullptr && !getImageProxy().isEmpty())
-        text = !__delete->isEnabled()
-                   ? "Click: select. Shift+click: select more. Drag: select vertices. Right click: draw and edit."
-                   : QString("Delete: remove.%1 Right click: more. Click beside or Escape: deselect.")
-                         .arg(__editPoints->isEnabled() ? " E: edit points." : "");
-    statusBar->setHint(text, false);
+    const bool isAtWork = __resting != nullptr && getSlice() != nullptr && !getImageProxy().isEmpty();
+    statusBar->setHint(isAtWork ? __resting->restingHint(__selected) : QString(), false);
 }
 
 QStringList VRLSliceEditWidgetMediator::buildSliceModelList() const {
@@ -301,81 +213,56 @@ QStringList VRLSliceEditWidgetMediator::buildPolygonModelList() const {
     return modelNames(getSlice(), [](const Model& model) { return isOfGeometry(model, PolygonPrimitive); });
 }
 
-QAction* VRLSliceEditWidgetMediator::newCommand(const QString& text, const QString& key) {
-    auto* const action = new QAction(text, this);
-    action->setShortcut(QKeySequence(key));
-    action->setShortcutContext(Qt::WidgetShortcut);
-    action->setEnabled(false);
-    return action;
+VRLSliceEditWidgetMediator::Tool& VRLSliceEditWidgetMediator::toolOf(ToolMaker make) {
+    for (const auto& [maker, tool] : __tools)
+        if (maker == make)
+            return *tool;
+    Tool* const tool = make(*__host);
+    tool->setParent(this);
+    __tools.emplace_back(make, tool);
+    return *tool;
 }
 
-void VRLSliceEditWidgetMediator::connectCommand(QAction* action, const std::function<void()>& work) {
-    connect(action, &QAction::triggered, this, [this, action, work] {
-        if (!isInteracting())
-            guarded(&getCanvas(), "\"" + action->text() + "\" cannot be carried out.", work);
-    });
-}
-
-void VRLSliceEditWidgetMediator::connectMenu(VRLMenu* menu, const std::function<void(const QString&)>& work) {
-    connect(menu, qOverload<const QString&>(&VRLMenu::triggered), this, [this, menu, work](const QString& name) {
-        if (!isInteracting())
-            guarded(&getCanvas(), "\"" + menu->title() + "\" cannot be carried out for the model \"" + name + "\".",
-                    [&] { work(name); });
-    });
-}
-
-// A "&" in a name is no mark of a key; the data hold the name as it is.
-void VRLSliceEditWidgetMediator::fill(QMenu& menu, const QStringList& names) {
-    menu.clear();
-    for (const QString& name : names) {
-        QString text = name;
-        text.replace("&", "&&");
-        menu.addAction(text)->setData(name);
-    }
-}
-
-void VRLSliceEditWidgetMediator::refreshMenus() {
-    fill(*__manualMenu, buildStackModelList());
-    __manualMenu->setEnabled(!__manualMenu->isEmpty());
-    fill(*__automaticMenu, buildPolygonModelList());
-    __automaticMenu->setEnabled(!__automaticMenu->isEmpty());
-    if (__selectMenu->isEnabled())
-        fill(*__selectMenu, buildSliceModelList());
-    if (!__convertMenu->isEnabled() || getSlice() == nullptr || getSlice()->getStack() == nullptr)
+void VRLSliceEditWidgetMediator::toolStarts(Tool& tool) {
+    if (&tool == __resting)
         return;
-    fill(*__convertMenu, buildStackModelList());
-    StackSliceSelectionInfo info;
-    info.setSlice(getSlice());
-    const Stack& stack = *getSlice()->getStack();
-    for (QAction* action : __convertMenu->actions()) {
-        const int index = stack.findModel(action->data().toString().toStdString());
-        action->setEnabled(index >= 0 && isOfGeometry(stack.getModel(index), info.selectionGeometry()));
-    }
+    endInteractions();
+    __current = &tool;
+}
+
+void VRLSliceEditWidgetMediator::toolEnds(Tool& tool) {
+    if (__current == &tool)
+        __current = nullptr;
+}
+
+// The command may run a loop of its own, in which this object may be deleted.
+void VRLSliceEditWidgetMediator::runCommand(const ToolCommand& command, const QString& model) {
+    if (isInteracting() || __resting == nullptr)
+        return;
+    const QString which = model.isNull() ? QString() : " for the model \"" + model + "\"";
+    guarded(&getCanvas(), "\"" + command.text + "\" cannot be carried out" + which + ".", [&] {
+        if (command.deselects)
+            __resting->cancel();
+        command.start(toolOf(command.make), model);
+    });
+}
+
+void VRLSliceEditWidgetMediator::cancelInteraction() {
+    guarded(&getCanvas(), "The interaction cannot be ended.", [this] {
+        if (__resting != nullptr)
+            __resting->cancel();
+        if (isInteracting())
+            __current->cancel();
+    });
 }
 
 bool VRLSliceEditWidgetMediator::isInteracting() const {
-    for (const VRLSliceEditWidgetMediatorDelegate* tool : __tools)
-        if (tool->isActive())
-            return true;
-    return __edition != nullptr && (__creation->isActive() || __snake->isActive() || __edition->isActive());
-}
-
-template <class Subject>
-void VRLSliceEditWidgetMediator::endToolsAbout(const Subject& subject) {
-    for (VRLSliceEditWidgetMediatorDelegate* tool : __tools)
-        if (tool->isAbout(subject))
-            tool->cancel();
+    return __current && __current->isActive();
 }
 
 void VRLSliceEditWidgetMediator::endInteractions() {
-    for (VRLSliceEditWidgetMediatorDelegate* tool : __tools)
-        tool->cancel();
-    if (__creation != nullptr)
-        __creation->cancel();
-    if (__snake != nullptr)
-        __snake->abandon();
-    if (__edition != nullptr)
-        __edition->cancel();
+    if (isInteracting())
+        __current->abandon();
 }
 
 // Once for many events.
@@ -393,9 +280,19 @@ void VRLSliceEditWidgetMediator::updateSelection() {
     selectionChange(info);
 }
 
-bool VRLSliceEditWidgetMediator::eventFilter(QObject* object, QEvent* event) {
-    if (event->type() != QEvent::ContextMenu || !hasCanvas() || object != &getCanvas())
-        return VRLSliceWidgetMediator::eventFilter(object, event);
+// A tool that keeps an event may have run a loop, in which this object was deleted: nothing comes after it.
+bool VRLSliceEditWidgetMediator::canvasEvent(QEvent* event) {
+    Tool* const tool = isInteracting() ? __current.data() : __resting;
+    const QEvent::Type type = event->type();
+    if (type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick)
+        __pressed = tool;
+    if (type == QEvent::ContextMenu && __pressed && __pressed != tool &&
+        static_cast<QContextMenuEvent*>(event)->reason() == QContextMenuEvent::Mouse && __pressed->process(event))
+        return true;
+    if (tool != nullptr && tool->process(event))
+        return true;
+    if (type != QEvent::ContextMenu)
+        return VRLSliceWidgetMediator::canvasEvent(event);
     contextMenuEvent(static_cast<QContextMenuEvent*>(event));
     return event->isAccepted();
 }

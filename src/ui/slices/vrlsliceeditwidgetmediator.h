@@ -1,7 +1,7 @@
 #pragma once
 
-#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include <QAction>
@@ -9,30 +9,31 @@
 #include <QMenu>
 #include <QPointer>
 
+#include "document/stacksliceselectioninfo.h"
 #include "ui/slices/vrlslicewidgetmediator.h"
 
 class QContextMenuEvent;
 
 namespace vorlen {
 
-class StackSliceSelectionInfo;
-class VRLMenu;
+class SliceToolHost;
+struct ToolCommand;
+class ToolHost;
+class ToolMenus;
 class VRLSliceEditWidgetCanvas;
-class VRLSliceEditWidgetMediatorCreationDelegate;
 class VRLSliceEditWidgetMediatorDelegate;
-class VRLSliceEditWidgetMediatorEditionDelegate;
-class VRLSliceEditWidgetMediatorSelectionDelegate;
-class VRLSliceEditWidgetMediatorSnakeDelegate;
 class VRLSliceEditWidgetStatusBar;
 
-/// Mediator of the slice editor: the commands on items, their menus, the delegates that carry them out, and the lock
-/// that an interaction asks for while it runs.
+/// Mediator of the slice editor: makes the tools and their commands from the list of ui/tools, shows the current tool
+/// what comes to the canvas, tells it what happens to the document, and passes on the lock that it asks for.
+///
+/// One tool rests, and is current as long as no other runs. A context menu by the mouse belongs to the press before it,
+/// and is shown to the tool that the press has ended.
 ///
 /// Decisions: the keys of the commands act while the canvas has the keyboard, so that lists and fields beside it keep
 /// theirs; Escape acts in the tool window of the edition too. While an interaction runs every command but "Cancel"
 /// does nothing. Interactions end when another slice comes, and when the document loses what they work on. The
-/// enablement of the commands also follows changes of the document, such as an undo. Commands without a tool behind
-/// them stay disabled.
+/// enablement of the commands also follows changes of the document, such as an undo.
 class VRLSliceEditWidgetMediator : public VRLSliceWidgetMediator {
     Q_OBJECT
 
@@ -60,14 +61,14 @@ public:
     /// Null without one.
     VRLSliceEditWidgetStatusBar* getStatusBar() const;
 
-    /// Null before initialize().
-    VRLSliceEditWidgetMediatorSelectionDelegate* getSelectionDelegate() const { return __selection; }
-    VRLSliceEditWidgetMediatorCreationDelegate* getCreationDelegate() const { return __creation; }
-    VRLSliceEditWidgetMediatorSnakeDelegate* getSnakeDelegate() const { return __snake; }
-    VRLSliceEditWidgetMediatorEditionDelegate* getEditionDelegate() const { return __edition; }
+    /// The editor as the tools see it. The tools themselves are children of this object, made by initialize().
+    ToolHost& getToolHost() const;
+    QAction& getCancelCommand() const { return *__cancel; }
 
     /// Enables the commands and menus that make sense for this selection.
     void selectionChange(const StackSliceSelectionInfo& info);
+    /// The same for what is selected now.
+    void updateSelection();
 
     /// Asks others to leave the slice alone, or gives it back.
     void requestLock(bool on);
@@ -88,52 +89,39 @@ public:
     QStringList buildStackModelList() const;
     QStringList buildPolygonModelList() const;
 
-    bool eventFilter(QObject* object, QEvent* event) override;
-
 signals:
     void lockRequested(const bool on);
 
 protected:
+    bool canvasEvent(QEvent* event) override;
+
     /// Runs the context menu. Without a slice the event is left to others.
     void contextMenuEvent(QContextMenuEvent* event);
 
 private:
-    QAction* newCommand(const QString& text, const QString& key = QString());
-    void connectCommand(QAction* action, const std::function<void()>& work);
-    void connectMenu(VRLMenu* menu, const std::function<void(const QString&)>& work);
-    void fill(QMenu& menu, const QStringList& names);
-    void refreshMenus();
+    friend class SliceToolHost;
+
+    using Tool = VRLSliceEditWidgetMediatorDelegate;
+    using ToolMaker = Tool* (*)(ToolHost&);
+
+    Tool& toolOf(ToolMaker make);
+    void toolStarts(Tool& tool);
+    void toolEnds(Tool& tool);
+    void runCommand(const ToolCommand& command, const QString& model);
+    void cancelInteraction();
     bool isInteracting() const;
-    template <class Subject>
-    void endToolsAbout(const Subject& subject);
     void endInteractions();
     void selectionMayHaveChanged(const ModelItem* item);
-    void updateSelection();
 
-    std::unique_ptr<QMenu> __drawMenu;
-    std::unique_ptr<QMenu> __editMenu;
-    std::unique_ptr<VRLMenu> __selectMenu;
-    std::unique_ptr<VRLMenu> __convertMenu;
-    VRLMenu* __manualMenu;
-    VRLMenu* __automaticMenu;
+    std::unique_ptr<SliceToolHost> __host;
+    ToolMenus* __menus;
     QAction* __cancel;
-    QAction* __delete;
-    QAction* __editPoints;
-    QAction* __decimate;
-    QAction* __douglasPeucker;
-    QAction* __changeOrigin;
-    QAction* __resample;
-    QAction* __runSnake;
-    QAction* __smooth;
-    QAction* __selectAll;
-    QAction* __split;
-    QAction* __properties;
     QList<QPointer<QAction>> __contextualActions;
-    VRLSliceEditWidgetMediatorSelectionDelegate* __selection = nullptr;
-    VRLSliceEditWidgetMediatorCreationDelegate* __creation = nullptr;
-    VRLSliceEditWidgetMediatorSnakeDelegate* __snake = nullptr;
-    VRLSliceEditWidgetMediatorEditionDelegate* __edition = nullptr;
-    std::vector<VRLSliceEditWidgetMediatorDelegate*> __tools; // that change or make a contour, beside those above
+    std::vector<std::pair<ToolMaker, Tool*>> __tools;
+    Tool* __resting = nullptr;
+    QPointer<Tool> __current; // that is not the resting one; null while none runs
+    QPointer<Tool> __pressed; // that was shown the last press
+    StackSliceSelectionInfo __selected;
     bool __selectionPending = false;
 };
 

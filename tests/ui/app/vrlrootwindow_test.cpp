@@ -56,7 +56,7 @@
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorsnakedelegate.h"
+#include "ui/tools/vrlsliceeditwidgetmediatorsnakedelegate.h"
 
 namespace vorlen {
 
@@ -461,7 +461,7 @@ TEST_F(VRLRootWindowTest, aSnakeThatRunsLetsNothingElseHappenInAnyWindow) {
         ModalScript::click(dialog, "OK");
         look.start(0);
     });
-    editor.getSnakeDelegate()->activate();
+    editor.findChild<VRLSliceEditWidgetMediatorSnakeDelegate*>()->activate();
     EXPECT_TRUE(looked);
     EXPECT_EQ(said, "The snake is running. Escape: stop it.");
     EXPECT_EQ(slice.getNumItems(), 2);

@@ -17,17 +17,14 @@
 #include "document/stacksliceselectioninfo.h"
 #include "document/stackwriter.h"
 #include "editing/history/vrlactionhistory.h"
+#include "support/testcontours.h"
 #include "ui/session/vrlpreferences.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorcreationdelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatoreditiondelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorselectiondelegate.h"
 #include "ui/slices/widgetfixture.h"
+#include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
+#include "ui/tools/vrlsliceeditwidgetmediatoreditiondelegate.h"
+#include "ui/tools/vrlsliceeditwidgetmediatorselectiondelegate.h"
 
 namespace vorlen {
-
-using Points = std::vector<std::pair<int, int>>;
-
-inline const Points square = {{50, 50}, {50, 100}, {100, 100}, {100, 50}};
 
 /// A canvas on which a position is an image pixel, with a model of each geometry.
 class DrawingTest : public WidgetTest {
@@ -44,9 +41,9 @@ protected:
         stack.setLastSegmentedSlice("slice"); // as every change of an item does, undone or not
         showSlice(*slice);
         ASSERT_EQ(canvas->getZoomFactor(), 1);
-        selection = mediator->getSelectionDelegate();
-        creation = mediator->getCreationDelegate();
-        edition = mediator->getEditionDelegate();
+        selection = mediator->findChild<VRLSliceEditWidgetMediatorSelectionDelegate*>();
+        creation = mediator->findChild<VRLSliceEditWidgetMediatorCreationDelegate*>();
+        edition = mediator->findChild<VRLSliceEditWidgetMediatorEditionDelegate*>();
         canvas->setFocus();
     }
 

@@ -4,8 +4,8 @@
 
 #include "document/modelitem.h"
 #include "ui/session/vrlpreferences.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorcreationdelegate.h"
-#include "ui/slices/vrlsliceeditwidgetmediatorselectiondelegate.h"
+#include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
+#include "ui/tools/vrlsliceeditwidgetmediatorselectiondelegate.h"
 
 namespace vorlen {
 
@@ -314,15 +314,15 @@ TEST_F(KeptPictureTest, theEditorPaintsOnlyWhatItChanges) {
         QMouseEvent event(type, QPointF(at), canvas->mapToGlobal(QPointF(at)), button, buttons, Qt::NoModifier);
         QCoreApplication::sendEvent(canvas, &event);
     };
-    mediator->getCreationDelegate()->activate("Polygon");
+    mediator->findChild<VRLSliceEditWidgetMediatorCreationDelegate*>()->activate("Polygon");
     send(QEvent::MouseButtonPress, QPoint(120, 120), Qt::LeftButton, Qt::LeftButton);
     for (int i = 1; i < 10; ++i) {
         send(QEvent::MouseMove, QPoint(120 + 5 * i, 120 + i * i), Qt::NoButton, Qt::LeftButton);
         EXPECT_NE(picture(), QImage());
         EXPECT_TRUE(painted.isEmpty());
     }
-    mediator->getCreationDelegate()->cancel();
-    mediator->getSelectionDelegate()->selectItemsNearPosition(point(20, 40), false);
+    mediator->findChild<VRLSliceEditWidgetMediatorCreationDelegate*>()->cancel();
+    mediator->findChild<VRLSliceEditWidgetMediatorSelectionDelegate*>()->selectItemsNearPosition(point(20, 40), false);
     const QImage selected = picture();
     EXPECT_FALSE(painted.isEmpty());
     EXPECT_TRUE(painted.boundingRect().right() < 100 && painted.boundingRect().bottom() < 100);

@@ -1,0 +1,67 @@
+#include "editing/operations/regionoutline.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "images/filters/sumfilter.h"
+#include "images/rasters/image.h"
+#include "images/regions/isodatathresholding.h"
+#include "numerics/exception.h"
+
+namespace vorlen {
+
+namespace {
+
+ImageChannel channelOf(const Image& image) {
+    if (image.isRedOnly())
+        return RedChannel;
+    if (image.isBlueOnly())
+        return BlueChannel;
+    return image.isGreenOnly() ? GreenChannel : RedChannel;
+}
+
+} // namespace
+
+RegionOutline::RegionOutline(const Image& image, const BoundingBox<int>& box, int smoothing) {
+    const Vector<int>& low = box.getVertex1();
+    const Vector<int>& high = box.getVertex2();
+    if (low[0] < 0 || low[1] < 0 || high[0] >= image.getWidth() || high[1] >= image.getHeight())
+        throw RangeError("RegionOutline::RegionOutline(const Image&, const BoundingBox<int>&, int)",
+                         "The box does not lie on the image");
+    __borders.convertFromImage(image, channelOf(image));
+    const int area = (2 * smoothing + 1) * (2 * smoothing + 1);
+    SumFilter<int> sum;
+    sum.setHalfSize(smoothing);
+    sum.apply(__borders);
+
+    PixelMatrix<int> region(high[1] - low[1] + 1, high[0] - low[0] + 1);
+    for (int i = low[1]; i <= high[1]; ++i)
+        std::transform(__borders[i].data() + low[0], __borders[i].data() + high[0] + 1, region[i - low[1]].data(),
+                       [area](int total) { return total / area; });
+    IsodataThresholding<int> isodata;
+    if (image.getDepth() == 16)
+        isodata.setBins(0, 1, 65536);
+    __threshold = isodata.computeThreshold(region);
+
+    Thresholding<int> thresholding;
+    thresholding.setForegroundIsAbove(false);
+    thresholding.setThreshold(__threshold * area);
+    thresholding.apply(__borders);
+    thresholding.contours(__borders);
+
+    __row = (low[1] + high[1]) / 2;
+    const int* const row = __borders[__row].data();
+    const int* const start = std::find(row + low[0], row + high[0] + 1, thresholding.getForeground());
+    if (start <= row + high[0])
+        __column = int(start - row);
+}
+
+Curve<int> RegionOutline::follow(int decimation) const {
+    Curve<int> curve(2, 0, 0, 64, false);
+    Thresholding<int>().extractCurve(curve, __row, __column, __borders, decimation);
+    for (int k = 0; k < curve.getSize(); ++k)
+        std::swap(curve[k][0], curve[k][1]);
+    return curve;
+}
+
+} // namespace vorlen

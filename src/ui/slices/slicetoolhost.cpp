@@ -1,0 +1,95 @@
+#include "ui/slices/slicetoolhost.h"
+
+#include "ui/imageserver/vrlimageproxy.h"
+#include "ui/slices/vrlsliceeditwidgetcanvas.h"
+#include "ui/slices/vrlsliceeditwidgetmediator.h"
+#include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+
+namespace vorlen {
+
+QWidget& SliceToolHost::canvas() const {
+    return __mediator.getCanvas();
+}
+
+StackSlice* SliceToolHost::slice() const {
+    return __mediator.getSlice();
+}
+
+const Image* SliceToolHost::image(QString& problem) const {
+    const VRLImageProxy& proxy = __mediator.getImageProxy();
+    if (proxy.hasImage())
+        return &proxy.getImage();
+    if (proxy.hasFailed())
+        problem = proxy.getFailure();
+    else
+        problem = proxy.isEmpty() ? "This slice has no image."
+                                  : "The image of this slice is still being read. Try again then.";
+    return nullptr;
+}
+
+Vector<int> SliceToolHost::imagePoint(const QPoint& position) const {
+    return __mediator.getCanvas().convertToVectori(position);
+}
+
+bool SliceToolHost::isOnImage(const Vector<int>& pixel) const {
+    const VRLImageProxy& proxy = __mediator.getImageProxy();
+    return !proxy.isEmpty() && QRect(QPoint(0, 0), proxy.getOriginalImageSize()).contains(pixel[0], pixel[1]);
+}
+
+QPointF SliceToolHost::canvasPosition(const Vector<int>& pixel) const {
+    const VRLSliceEditWidgetCanvas& canvas = __mediator.getCanvas();
+    const auto scale = double(canvas.getZoomFactor());
+    return {(pixel[0] - canvas.getViewOrigin().x() + 0.5) * scale * double(canvas.betaWidth()),
+            (pixel[1] - canvas.getViewOrigin().y() + 0.5) * scale * double(canvas.betaHeight())};
+}
+
+float SliceToolHost::zoom() const {
+    return __mediator.getCanvas().getZoomFactor();
+}
+
+void SliceToolHost::setPreview(ModelItem* item) {
+    __mediator.getCanvas().setExtraItem(item);
+}
+
+void SliceToolHost::setRubberLine(const QLine* line) {
+    __mediator.getCanvas().setRubberLine(line);
+}
+
+void SliceToolHost::setHint(const QString& text) {
+    __mediator.setHint(text);
+}
+
+void SliceToolHost::setRestingHint() {
+    __mediator.setRestingHint();
+}
+
+void SliceToolHost::setEditMode(const QString& word) {
+    if (VRLSliceEditWidgetStatusBar* const statusBar = __mediator.getStatusBar())
+        statusBar->setEditModeInfo(word);
+}
+
+void SliceToolHost::requestLock(bool on) {
+    __mediator.requestLock(on);
+}
+
+void SliceToolHost::selectionChanged() {
+    __mediator.updateSelection();
+}
+
+QAction& SliceToolHost::cancelCommand() const {
+    return __mediator.getCancelCommand();
+}
+
+ProgressMonitor& SliceToolHost::monitor() const {
+    return __mediator;
+}
+
+void SliceToolHost::toolStarts(VRLSliceEditWidgetMediatorDelegate& tool) {
+    __mediator.toolStarts(tool);
+}
+
+void SliceToolHost::toolEnds(VRLSliceEditWidgetMediatorDelegate& tool) {
+    __mediator.toolEnds(tool);
+}
+
+} // namespace vorlen

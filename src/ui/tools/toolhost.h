@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QPoint>
+#include <QPointF>
+#include <QString>
+
+#include "numerics/vector.h"
+
+class QAction;
+class QLine;
+class QWidget;
+
+namespace vorlen {
+
+class Image;
+class ModelItem;
+class ProgressMonitor;
+class StackSlice;
+class VRLSliceEditWidgetMediatorDelegate;
+
+/// What a tool knows of the editor that it works in: the slice, a place for previews, ways to tell the user something,
+/// and the lock. What it changes in the document it changes through an operation of editing/operations.
+class ToolHost {
+public:
+    virtual ~ToolHost() = default;
+
+    /// The widget that input comes to, parent of what a tool opens. Outlives the tools.
+    virtual QWidget& canvas() const = 0;
+
+    /// The slice on the canvas; null without one.
+    virtual StackSlice* slice() const = 0;
+
+    /// The image of the slice; null as long as there is none, and the problem says why.
+    virtual const Image* image(QString& problem) const = 0;
+
+    /// The pixel of the image at a position of the canvas, which may lie outside of the image.
+    virtual Vector<int> imagePoint(const QPoint& position) const = 0;
+    virtual bool isOnImage(const Vector<int>& pixel) const = 0;
+    /// Where the middle of a pixel lies on the canvas.
+    virtual QPointF canvasPosition(const Vector<int>& pixel) const = 0;
+    /// Canvas units for a pixel.
+    virtual float zoom() const = 0;
+
+    /// What is being made, over or in place of the items of the slice, and a line in image coordinates; none for null.
+    /// Seen, not owned.
+    virtual void setPreview(ModelItem* item) = 0;
+    virtual void setRubberLine(const QLine* line) = 0;
+
+    /// Says in the status bar what the next input will do; and what it does when no tool runs.
+    virtual void setHint(const QString& text) = 0;
+    virtual void setRestingHint() = 0;
+    /// The word of the edit mode, such as "CREATE".
+    virtual void setEditMode(const QString& word) = 0;
+
+    /// Asks others to leave the slice alone, or gives it back.
+    virtual void requestLock(bool on) = 0;
+
+    /// What is selected on the slice may be something else now.
+    virtual void selectionChanged() = 0;
+
+    /// The command by which the user ends what runs, for windows of a tool.
+    virtual QAction& cancelCommand() const = 0;
+
+    /// Hears of the progress of long work.
+    virtual ProgressMonitor& monitor() const = 0;
+
+    /// From the tools themselves: the tool is the current one from here on, until here.
+    virtual void toolStarts(VRLSliceEditWidgetMediatorDelegate& tool) = 0;
+    virtual void toolEnds(VRLSliceEditWidgetMediatorDelegate& tool) = 0;
+};
+
+} // namespace vorlen

@@ -1,0 +1,198 @@
+#include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
+
+#include <exception>
+
+#include <QContextMenuEvent>
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPointer>
+#include <QTabletEvent>
+
+#include "document/model.h"
+#include "document/stackslice.h"
+#include "editing/operations/itemoperations.h"
+#include "editing/stacks/vrlstack.h"
+#include "ui/models/guarded.h"
+#include "ui/session/vrlpreferences.h"
+
+namespace vorlen {
+
+namespace {
+
+bool isPenDown(const QTabletEvent& event) {
+    return event.pointerType() == QPointingDevice::PointerType::Pen && event.pressure() > 0.25;
+}
+
+} // namespace
+
+VRLSliceEditWidgetMediatorCreationDelegate::VRLSliceEditWidgetMediatorCreationDelegate(ToolHost& host)
+    : VRLSliceEditWidgetMediatorDelegate(host) {
+    setBlocking(true);
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::activate(const QString& modelName) {
+    if (stack() == nullptr)
+        return;
+    const int index = stack()->findModel(modelName.toStdString());
+    if (index < 0)
+        return;
+    VRLSliceEditWidgetMediatorDelegate::activate();
+    __item = std::make_unique<ModelItem>();
+    __item->setModel(&stack()->getModel(index));
+    __item->setSlice(slice());
+    host().setPreview(__item.get());
+    canvas().setFocus();
+    host().setEditMode("CREATE");
+    host().setHint(isPointSet() ? "Click: add a point. Return or double click: done. Backspace: take back. "
+                                  "Escape or right click: give up."
+                                : "Click or drag: draw. Return or double click: done. Backspace: take back. "
+                                  "Escape or right click: give up.");
+    host().requestLock(true);
+    QGuiApplication::setOverrideCursor(Qt::CrossCursor);
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::deactivate() {
+    VRLSliceEditWidgetMediatorDelegate::deactivate();
+    QGuiApplication::restoreOverrideCursor();
+    host().setEditMode("READY");
+    host().setRestingHint();
+    host().requestLock(false);
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::cancel() {
+    if (!isActive())
+        return;
+    host().setPreview(nullptr);
+    __item.reset();
+    canvas().update();
+    deactivate();
+}
+
+// The box of a refusal runs a loop of its own, in which the interaction may be ended and this object deleted.
+void VRLSliceEditWidgetMediatorCreationDelegate::apply() {
+    if (!isActive())
+        return;
+    if (__item->getSize() == 0 || stack() == nullptr)
+        return cancel();
+    const QPointer<VRLSliceEditWidgetMediatorCreationDelegate> self(this);
+    std::exception_ptr failure;
+    try {
+        const Outcome outcome = createItem(*stack(), *slice(), *__item->getModel(), __item->getVertices(),
+                                           VRLPreferences::autoDecimationEnabled());
+        if (!outcome)
+            warn("User error", QString::fromStdString(outcome.getReason()) + "\n\nCreation canceled.");
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (!self)
+        return;
+    cancel();
+    if (failure)
+        guarded(&canvas(), "What was drawn cannot be added.", [&failure] { std::rethrow_exception(failure); });
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::appendVertex(const QPoint& position) {
+    if (!acts())
+        return;
+    const Vector<int> point = imagePoint(position);
+    if (!isOnImage(point))
+        return;
+    const int size = __item->getSize();
+    if (size > 0 && __item->getVertices()[size - 1] == point)
+        return;
+    __item->appendVertex(point);
+    canvas().update();
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::removeLastVertex() {
+    if (!isActive() || __item->getSize() == 0)
+        return;
+    if (__item->getSize() == 1) {
+        cancel();
+        return;
+    }
+    __item->removeVertex(__item->getSize() - 1);
+    canvas().update();
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (acts() && event->buttons() == Qt::LeftButton) {
+        appendVertex(event->position().toPoint());
+        apply();
+        event->accept();
+        return;
+    }
+    anyEvent(event);
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::mousePressEvent(QMouseEvent* event) {
+    __menuPending = false;
+    if (!acts())
+        return anyEvent(event);
+    if (event->buttons() == Qt::LeftButton)
+        appendVertex(event->position().toPoint());
+    if (event->buttons() == Qt::RightButton) {
+        cancel();
+        __menuPending = true;
+    }
+    event->accept();
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::mouseMoveEvent(QMouseEvent* event) {
+    if (acts() && event->buttons() == Qt::LeftButton && !isPointSet())
+        appendVertex(event->position().toPoint());
+    anyEvent(event);
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::tabletMoveEvent(QTabletEvent* event) {
+    if (acts() && isPenDown(*event) && !isPointSet())
+        appendVertex(event->position().toPoint());
+    anyEvent(event);
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::tabletPressEvent(QTabletEvent* event) {
+    if (acts() && isPenDown(*event))
+        appendVertex(event->position().toPoint());
+    anyEvent(event);
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::keyPressEvent(QKeyEvent* event) {
+    if (!acts())
+        return anyEvent(event);
+    switch (event->key()) {
+    case Qt::Key_Backspace:
+        removeLastVertex();
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        apply();
+        break;
+    case Qt::Key_X:
+        appendVertex(canvas().mapFromGlobal(QCursor::pos()));
+        break;
+    default:
+        break;
+    }
+    event->accept();
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::contextMenuEvent(QContextMenuEvent* event) {
+    if (__menuPending && event->reason() == QContextMenuEvent::Mouse) {
+        __menuPending = false;
+        event->accept();
+        return;
+    }
+    anyEvent(event);
+}
+
+bool VRLSliceEditWidgetMediatorCreationDelegate::isPointSet() const {
+    return !__item->isConnected();
+}
+
+bool VRLSliceEditWidgetMediatorCreationDelegate::isAbout(const Model& model) const {
+    return __item != nullptr && __item->getModel() == &model;
+}
+
+} // namespace vorlen

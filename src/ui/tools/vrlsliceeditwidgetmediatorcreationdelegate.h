@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+
+#include "document/modelitem.h"
+#include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
+
+namespace vorlen {
+
+class Model;
+
+/// Draws a new item of a model: by clicks, with the button held, or with the pen.
+///
+/// Decisions: nothing starts for an unknown model, or on a slice whose stack keeps no history. The press of the right
+/// button that gives a drawing up does not open the context menu too. A drawing is given up when its model or its slice
+/// goes away.
+class VRLSliceEditWidgetMediatorCreationDelegate : public VRLSliceEditWidgetMediatorDelegate {
+    Q_OBJECT
+
+public:
+    explicit VRLSliceEditWidgetMediatorCreationDelegate(ToolHost& host);
+
+    using VRLSliceEditWidgetMediatorDelegate::activate;
+
+    /// Begins an item of the model of this name.
+    void activate(const QString& modelName);
+    void deactivate() override;
+
+    /// Ends with the item in the document, as a step of its history, or with a refusal.
+    void apply();
+
+    /// The pixel at the position of the canvas, unless it lies outside of the image or is the last vertex already.
+    void appendVertex(const QPoint& position);
+
+    /// Without its only vertex the item is given up.
+    void removeLastVertex();
+
+    /// The item under construction; null when there is none.
+    const ModelItem* getItem() const { return __item.get(); }
+
+    using VRLSliceEditWidgetMediatorDelegate::isAbout;
+    bool isAbout(const Model& model) const override;
+
+public slots:
+    void cancel() override;
+
+protected:
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void tabletMoveEvent(QTabletEvent* event) override;
+    void tabletPressEvent(QTabletEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    bool isPointSet() const;
+
+    std::unique_ptr<ModelItem> __item;
+    bool __menuPending = false; // the context menu of the press that ended a drawing
+};
+
+} // namespace vorlen

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <optional>
+
+#include <QAction>
+#include <QPointer>
+
+#include "editing/operations/vertexoperations.h"
+#include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
+#include "ui/tools/vrlvertexeditiontoolbar.h"
+
+class QActionGroup;
+
+namespace vorlen {
+
+class ModelItem;
+
+/// Moves, inserts and deletes vertices of the selected item.
+///
+/// Decisions: nothing starts without a selected item or a history. An end in the middle of a drag takes the drag back.
+/// The item is let go as soon as it leaves the document; when its vertices change from outside, a drag under way ends
+/// there. Closing the tool window ends the edition.
+class VRLSliceEditWidgetMediatorEditionDelegate : public VRLSliceEditWidgetMediatorDelegate {
+    Q_OBJECT
+
+public:
+    enum Mode { MoveMode, InsertMode, DeleteMode };
+
+    explicit VRLSliceEditWidgetMediatorEditionDelegate(ToolHost& host);
+    ~VRLSliceEditWidgetMediatorEditionDelegate() override;
+
+    Mode getMode() const { return __mode; }
+
+    /// The edited item; null while the delegate is not active.
+    ModelItem* getItem() const { return __item; }
+    QWidget* getToolBar() const { return __toolBar; }
+
+    bool isAbout(const ModelItem& item) const override { return __item == &item; }
+    bool isAbout(const Model& model) const override;
+    void itemGone(const ModelItem& item) override;
+    void modelGone(const Model& model) override;
+    void itemChanged(const ModelItem& item) override;
+
+public slots:
+    void activate() override;
+    void deactivate() override;
+    void setMoveMode();
+    void setInsertMode();
+    void setDeleteMode();
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    QAction* newModeAction(const QString& text, const QString& icon, QActionGroup& group,
+                           void (VRLSliceEditWidgetMediatorEditionDelegate::*slot)());
+    void setMode(Mode mode);
+    void startMove(const Vector<int>& point);
+    void moveTo(const Vector<int>& point);
+    void finishMove();
+    void letGo();
+    void releaseDrag();
+    void insertAt(const Vector<int>& point);
+    void deleteAt(const Vector<int>& point);
+
+    Mode __mode = MoveMode;
+    ModelItem* __item = nullptr;
+    std::optional<VertexDrag> __drag;
+    bool __ownChange = false;
+    QAction* __moveModeAction;
+    QAction* __insertModeAction;
+    QAction* __deleteModeAction;
+    QAction* __endAction;
+    QPointer<VRLVertexEditionToolBar> __toolBar;
+};
+
+} // namespace vorlen

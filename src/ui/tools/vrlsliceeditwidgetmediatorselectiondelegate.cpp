@@ -1,0 +1,248 @@
+#include "ui/tools/vrlsliceeditwidgetmediatorselectiondelegate.h"
+
+#include <QMouseEvent>
+
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/stackslice.h"
+#include "document/stacksliceselectioninfo.h"
+#include "editing/actions/vrlselectionaction.h"
+#include "editing/bus/vrlsliceevent.h"
+#include "editing/operations/itemoperations.h"
+#include "editing/stacks/vrlstack.h"
+#include "ui/models/vrlmodelitemdialog.h"
+
+namespace vorlen {
+
+namespace {
+
+bool isPoints(const ModelItem& item) {
+    return item.getModel() != nullptr && !item.isConnected();
+}
+
+QString modelName(const ModelItem& item) {
+    return item.getModel() != nullptr ? QString::fromStdString(item.getModel()->getName()) : QString();
+}
+
+} // namespace
+
+VRLSliceEditWidgetMediatorSelectionDelegate::~VRLSliceEditWidgetMediatorSelectionDelegate() {
+    delete __rubberBand;
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::deactivate() {
+    VRLSliceEditWidgetMediatorDelegate::deactivate();
+    __pressPosition.reset();
+    delete __rubberBand;
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::abandon() {
+    if (isActive())
+        deactivate();
+}
+
+QString VRLSliceEditWidgetMediatorSelectionDelegate::restingHint(const StackSliceSelectionInfo& selected) const {
+    if (selected.emptySelection())
+        return "Click: select. Shift+click: select more. Drag: select vertices. Right click: draw and edit.";
+    return QString("Delete: remove.%1 Right click: more. Click beside or Escape: deselect.")
+        .arg(selected.multipleSelection() ? "" : " E: edit points.");
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsNearPosition(const Vector<int>& position, bool shift) {
+    if (slice() == nullptr)
+        return;
+    bool changed = false;
+    for (int i = 0; i < slice()->getNumItems(); ++i) {
+        ModelItem& item = slice()->getItem(i);
+        ModelItemSelection selection = item.getSelection();
+        int vertex = -1;
+        if (isHit(item, vertex, position)) {
+            if (isPoints(item))
+                selection.set(!selection.isSelected(vertex), vertex, !shift);
+            else
+                selection.invert();
+        } else if (shift || selection.isEmpty()) {
+            continue;
+        } else {
+            selection.set(false);
+        }
+        select(item, selection);
+        changed = true;
+    }
+    if (changed)
+        notifySelection();
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsWithinBox(const BoundingBox<int>& box) {
+    if (slice() == nullptr)
+        return;
+    bool changed = false;
+    for (int i = 0; i < slice()->getNumItems(); ++i) {
+        ModelItem& item = slice()->getItem(i);
+        ModelItemSelection selection = item.getSelection();
+        bool touched = false;
+        for (int j = 0; j < item.getSize(); ++j)
+            if (box.contains(item.getVertices()[j])) {
+                selection.set(!selection.isSelected(j), j, false);
+                touched = true;
+            }
+        if (touched)
+            select(item, selection);
+        changed = changed || touched;
+    }
+    if (changed)
+        notifySelection();
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::cancelSelection() {
+    if (slice() == nullptr)
+        return;
+    for (int i = 0; i < slice()->getNumItems(); ++i) {
+        ModelItem& item = slice()->getItem(i);
+        if (item.getSelection().isEmpty())
+            continue;
+        ModelItemSelection selection = item.getSelection();
+        selection.set(false);
+        select(item, selection);
+    }
+    notifySelection();
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::selectAllModelItems() {
+    selectWhole([](const ModelItem&) { return true; });
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::selectModelItems(const QString& name) {
+    selectWhole([&name](const ModelItem& item) { return item.getModel() != nullptr && modelName(item) == name; });
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::convertSelection(const QString& name) {
+    if (stack() == nullptr)
+        return;
+    const int index = stack()->findModel(name.toStdString());
+    if (index >= 0 && vorlen::convertSelection(*stack(), *slice(), stack()->getModel(index)))
+        notifySelection();
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::removeSelection() {
+    if (stack() == nullptr)
+        return;
+    std::vector<std::string> refusals;
+    if (deleteSelection(*stack(), *slice(), refusals))
+        notifySelection();
+    const QPointer<QObject> self(this);
+    for (const std::string& refusal : refusals)
+        if (self)
+            warn("Vertex suppresion", QString::fromStdString(refusal));
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::decimateSelection() {
+    if (stack() == nullptr)
+        return;
+    std::vector<DecimationReport> reports;
+    vorlen::decimateSelection(*stack(), *slice(), reports);
+    const QPointer<QObject> self(this);
+    for (const DecimationReport& report : reports)
+        if (self)
+            inform("Contour decimation", QString::fromStdString(report.model) +
+                                             QString("\n\nRemoved %1 vertices out of %2 (%3%)")
+                                                 .arg(report.numRemoved)
+                                                 .arg(report.numVertices)
+                                                 .arg(int(100LL * report.numRemoved / report.numVertices)));
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::editSelectionProperties() {
+    ModelItem* const item = slice() != nullptr ? slice()->getSelectedItem() : nullptr;
+    if (item == nullptr)
+        return;
+    const QPointer<VRLModelItemDialog> dialog = new VRLModelItemDialog(&canvas());
+    dialog->setItem(*item);
+    dialog->exec();
+    delete dialog;
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::mousePressEvent(QMouseEvent* event) {
+    if (acts() && event->buttons() == Qt::LeftButton) {
+        forgetPress();
+        const QPoint position = event->position().toPoint();
+        const Vector<int> point = imagePoint(position);
+        if (isOnImage(point)) {
+            selectItemsNearPosition(point, (event->modifiers() & Qt::ShiftModifier) != 0);
+            __pressPosition = std::make_unique<QPoint>(position);
+        }
+        event->accept();
+        return;
+    }
+    event->setAccepted(__pressPosition != nullptr || !canvas().isEnabled());
+}
+
+/// The release of a press may have gone elsewhere: to a menu, a dialog, or another interaction.
+void VRLSliceEditWidgetMediatorSelectionDelegate::forgetPress() {
+    delete __rubberBand;
+    __pressPosition.reset();
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::mouseMoveEvent(QMouseEvent* event) {
+    if (!(event->buttons() & Qt::LeftButton))
+        forgetPress();
+    if (!acts() || event->buttons() != Qt::LeftButton || !__pressPosition)
+        return anyEvent(event);
+    if (!__rubberBand) {
+        __rubberBand = new QRubberBand(QRubberBand::Rectangle, &canvas());
+        __rubberBand->setWindowOpacity(0.5);
+    }
+    __rubberBand->setGeometry(QRect(*__pressPosition, event->position().toPoint()).normalized());
+    __rubberBand->show();
+    event->accept();
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::mouseReleaseEvent(QMouseEvent* event) {
+    if (!isActive() || event->button() != Qt::LeftButton || !__pressPosition)
+        return anyEvent(event);
+    if (__rubberBand) {
+        const QRect band = __rubberBand->geometry();
+        delete __rubberBand;
+        selectItemsWithinBox(BoundingBox<int>(imagePoint(band.topLeft()), imagePoint(band.bottomRight())));
+    }
+    __pressPosition.reset();
+    event->accept();
+}
+
+bool VRLSliceEditWidgetMediatorSelectionDelegate::isHit(const ModelItem& item, int& vertex,
+                                                        const Vector<int>& position) const {
+    vertex = isPoints(item) ? item.findNearestVertex(position, clickTolerance())
+                            : item.findNearVertex(position, clickTolerance());
+    return vertex >= 0;
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::select(ModelItem& item, const ModelItemSelection& selection) {
+    VRLSelectionAction action(item);
+    action.setSelection(selection);
+    action.apply();
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::selectWhole(const std::function<bool(const ModelItem&)>& wanted) {
+    if (slice() == nullptr)
+        return;
+    bool any = false;
+    for (int i = 0; i < slice()->getNumItems(); ++i) {
+        ModelItem& item = slice()->getItem(i);
+        if (!wanted(item))
+            continue;
+        ModelItemSelection selection = item.getSelection();
+        selection.set(true);
+        select(item, selection);
+        any = true;
+    }
+    if (any)
+        notifySelection();
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::notifySelection() {
+    StackSliceSelectionInfo info;
+    info.setSlice(slice());
+    VRLSliceItemSelectionEvent event(slice(), info);
+    notifyEvent(event);
+}
+
+} // namespace vorlen

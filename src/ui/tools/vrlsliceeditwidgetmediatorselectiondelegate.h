@@ -1,0 +1,74 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include <QPoint>
+#include <QPointer>
+#include <QRubberBand>
+
+#include "editing/bus/vrleventclient.h"
+#include "shapes/boundingbox.h"
+#include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
+
+namespace vorlen {
+
+class ModelItem;
+class ModelItemSelection;
+
+/// Selects items by clicks and boxes, and carries out the commands on what is selected. The resting state of the slice
+/// editor.
+///
+/// Changes of the selection are no steps of the history. Decisions: the message boxes of a command come after its step
+/// is closed, one for each item. A polygon or polyline without vertices is never hit.
+class VRLSliceEditWidgetMediatorSelectionDelegate : public VRLSliceEditWidgetMediatorDelegate, public VRLEventClient {
+    Q_OBJECT
+
+public:
+    using VRLSliceEditWidgetMediatorDelegate::VRLSliceEditWidgetMediatorDelegate;
+    ~VRLSliceEditWidgetMediatorSelectionDelegate() override;
+
+    /// Forgets a click or drag under way.
+    void deactivate() override;
+
+    /// Selects nothing, and goes on.
+    void cancel() override { cancelSelection(); }
+    void abandon() override;
+    QString restingHint(const StackSliceSelectionInfo& selected) const override;
+
+    /// Toggles what lies near the image point; without shift, everything else is deselected.
+    void selectItemsNearPosition(const Vector<int>& position, bool shift);
+
+    /// Toggles every vertex in the box, whose first vertex must be the lower corner.
+    void selectItemsWithinBox(const BoundingBox<int>& box);
+
+public slots:
+    void cancelSelection();
+    void selectAllModelItems();
+    void selectModelItems(const QString& modelName);
+
+    /// Moves what is selected to the model; nothing without one of this name.
+    void convertSelection(const QString& modelName);
+    void removeSelection();
+
+    /// Takes the vertices in line with their neighbours out of the selected contours.
+    void decimateSelection();
+    void editSelectionProperties();
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    void forgetPress();
+    bool isHit(const ModelItem& item, int& vertex, const Vector<int>& position) const;
+    void select(ModelItem& item, const ModelItemSelection& selection);
+    void selectWhole(const std::function<bool(const ModelItem&)>& wanted);
+    void notifySelection();
+
+    std::unique_ptr<QPoint> __pressPosition;
+    QPointer<QRubberBand> __rubberBand; // a child of the canvas
+};
+
+} // namespace vorlen

@@ -1,0 +1,127 @@
+#include "editing/operations/outlinebythreshold.h"
+
+#include <algorithm>
+
+#include "editing/operationfixture.h"
+#include "editing/operations/regionoutline.h"
+#include "images/rasters/pixelmatrix.h"
+#include "images/regions/isodatathresholding.h"
+#include "numerics/exception.h"
+#include "support/testimages.h"
+
+namespace vorlen {
+
+namespace {
+
+/// Dark rectangle of columns 100 to 179 and rows 60 to 129 on a light ground, in one channel or in all.
+Image darkRectangle(int channel = -1) {
+    Image image(300, 200, channel < 0 ? 8 : 24);
+    image.clear();
+    const int bytes = image.bytesPerPixel();
+    for (int y = 0; y < 200; ++y)
+        for (int x = 0; x < 300; ++x) {
+            const bool dark = x >= 100 && x < 180 && y >= 60 && y < 130;
+            image.getPixels()[y][x * bytes + std::max(channel, 0)] = dark ? 40 : 200;
+        }
+    return image;
+}
+
+const Points rectangle = {{100, 60}, {179, 60}, {179, 129}, {100, 129}};
+
+} // namespace
+
+TEST_F(OperationTest, anOutlineByThresholdIsOneStepOrRefused) {
+    const BoundingBox<int> box(point(80, 90), point(140, 110));
+    const Image image = darkRectangle();
+    expectStep([&] { return outlineByThreshold(stack, *slice, polygon, image, box, 0, 0); });
+    // The corners, and the pixel of the middle row where the walk around them began and ended.
+    Points corners = verticesOf(slice->getItem(0));
+    ASSERT_EQ(corners.size(), 6u);
+    EXPECT_EQ(std::count(corners.begin(), corners.end(), std::make_pair(100, 100)), 2);
+    for (const auto& corner : rectangle)
+        EXPECT_EQ(std::count(corners.begin(), corners.end(), corner), 1);
+    EXPECT_FALSE(slice->getItem(0).isClockwise());
+    const BoundingBox<int> away(point(10, 10), point(40, 40));
+    expectRefusal([&] { return outlineByThreshold(stack, *slice, polygon, image, away, 0, 0); }, noOutlineInBox);
+    Image single = TestImages::uniform(300, 200, 8, 200);
+    single.getPixels()[100][100] = 40; // one dark pixel
+    expectRefusal([&] { return outlineByThreshold(stack, *slice, polygon, single, box, 0, 0); },
+                  "The detected contour does not contain enough points\nHint: try using a smaller decimation level");
+}
+
+TEST(RegionOutline, comesFromTheChannelThatHoldsTheImage) {
+    const BoundingBox<int> box(point(80, 80), point(140, 110));
+    for (const int channel : {-1, 0, 1, 2}) {
+        const RegionOutline outline(darkRectangle(channel), box, 0);
+        ASSERT_TRUE(outline.isFound());
+        Points points = coordinates(outline.follow(0));
+        for (const auto& corner : rectangle)
+            EXPECT_EQ(std::count(points.begin(), points.end(), corner), 1) << channel;
+    }
+    // Two channels: the first one counts, which is empty.
+    Image mixed = darkRectangle(1);
+    for (int y = 0; y < 200; ++y)
+        mixed.getPixels()[y][2] = 9;
+    EXPECT_FALSE(RegionOutline(mixed, box, 0).isFound());
+    const BoundingBox<int> outside(point(80, 80), point(140, 200)); // of a file that has shrunk since
+    EXPECT_THROW(RegionOutline(mixed, outside, 0), RangeError);
+}
+
+// Against means that are formed pixel by pixel, on noise of 8 and 16 bits.
+TEST(RegionOutline, cutsTheMeansOverTheSquareAtTheThresholdOfTheBox) {
+    for (const int depth : {8, 16}) {
+        const int width = 61, height = 47;
+        Image image(width, height, depth);
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                const int noise = (x * 7919 + y * 104729 + x * y * 31) % 60;
+                const int level = (std::hypot(x - 30, y - 24) < 15 ? 60 : 160) + noise;
+                if (depth == 8)
+                    image.getPixels()[y][x] = static_cast<unsigned char>(level);
+                else
+                    reinterpret_cast<unsigned short*>(image.getPixels()[y])[x] =
+                        static_cast<unsigned short>(200 * level);
+            }
+        const int L = 2;
+        PixelMatrix<int> means(image);
+        const PixelMatrix<int> source(image);
+        // Along an axis on which the window would leave the image the pixel stands for all of it.
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                const int h = x >= L && x < width - L ? L : 0, v = y >= L && y < height - L ? L : 0;
+                int sum = 0;
+                for (int i = y - v; i <= y + v; ++i)
+                    for (int j = x - h; j <= x + h; ++j)
+                        sum += source[i][j];
+                means[y][x] =
+                    sum * (2 * L + 1) * (2 * L + 1) / ((2 * h + 1) * (2 * v + 1)) / ((2 * L + 1) * (2 * L + 1));
+            }
+        PixelMatrix<int> region(21, 25);
+        for (int i = 0; i < 21; ++i)
+            for (int j = 0; j < 25; ++j)
+                region[i][j] = means[14 + i][5 + j];
+        IsodataThresholding<int> isodata;
+        isodata.setBins(0, 1, 65536);
+        const int threshold = isodata.computeThreshold(region);
+        const RegionOutline outline(image, BoundingBox<int>(point(5, 14), point(29, 34)), L);
+        EXPECT_EQ(outline.getThreshold(), threshold);
+        ASSERT_TRUE(outline.isFound());
+        const Curve<int> curve = outline.follow(0);
+        const auto isDark = [&](int x, int y) { return means[y][x] < threshold; };
+        int start = 5;
+        while (!isDark(start, 24))
+            ++start;
+        EXPECT_EQ(coordinates(curve)[0], std::make_pair(start, 24));
+        // Each vertex is dark and has a light neighbour.
+        for (const auto& [x, y] : coordinates(curve)) {
+            bool border = false;
+            for (int i = -1; i <= 1; ++i)
+                for (int j = -1; j <= 1; ++j)
+                    border = border || !isDark(x + j, y + i);
+            EXPECT_TRUE(isDark(x, y) && border);
+        }
+        EXPECT_GT(curve.getSize(), 20);
+    }
+}
+
+} // namespace vorlen

@@ -1,0 +1,194 @@
+#include "editing/operations/snakeoperation.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "editing/operationfixture.h"
+#include "numerics/exception.h"
+#include "support/countingmonitor.h"
+#include "support/recordingmonitor.h"
+#include "support/testimages.h"
+
+namespace vorlen {
+
+namespace {
+
+constexpr double centreX = 80, centreY = 60;
+using Radii = std::vector<std::vector<int>>;
+
+/// Rings about the middle of 160 x 120 pixels: the level changes by 60 at each radius, over about a pixel.
+Image rings(const std::vector<double>& radii, int depth = 8, int channel = 0) {
+    Image image(160, 120, depth);
+    image.clear();
+    const int bytes = image.bytesPerPixel();
+    for (int y = 0; y < image.getHeight(); ++y)
+        for (int x = 0; x < image.getWidth(); ++x) {
+            double value = 40;
+            for (const double radius : radii)
+                value += 60 * std::clamp(std::hypot(x - centreX, y - centreY) - radius + 0.5, 0.0, 1.0);
+            image.getPixels()[y][bytes * x + channel] = static_cast<unsigned char>(std::lround(value));
+        }
+    return image;
+}
+
+double meanRadius(const Vertices<int>& vertices) {
+    double sum = 0;
+    for (int i = 0; i < vertices.getNumVertices(); ++i)
+        sum += std::hypot(vertices[i][0] - centreX, vertices[i][1] - centreY);
+    return sum / vertices.getNumVertices();
+}
+
+SnakeConfig parameters(unsigned int scale = 1) {
+    SnakeConfig config;
+    config.setAlpha(1);
+    config.setGradThreshold(7);
+    config.setRegMax(2.5f);
+    config.setRegMin(1.25f);
+    config.setDistance(50);
+    config.setScale(scale);
+    return config;
+}
+
+} // namespace
+
+class SnakeOperationTest : public OperationTest {
+protected:
+    ModelItem& addCircle(StackSlice& onSlice, double radius) {
+        Points points;
+        for (int k = 0; k < 24; ++k)
+            points.emplace_back(int(std::lround(centreX + radius * std::cos(k * M_PI / 12))),
+                                int(std::lround(centreY + radius * std::sin(k * M_PI / 12))));
+        return addItem(polygon, onSlice, points);
+    }
+
+    /// Slices 1 to 7. A contour of radius 22 lies between two edges on the second, fifth and sixth of them, and nearer
+    /// to the inner one on the second and fifth. That contour, on the fourth.
+    ModelItem& addRange() {
+        const std::vector<std::vector<double>> radii = {{40}, {10, 40}, {40}, {40}, {10, 40}, {10, 30}, {40}};
+        for (const auto& each : radii)
+            addImage(rings(each));
+        return addCircle(stack.getSlice(4), 22);
+    }
+
+    /// The mean radii of the items but the start, by slice, rounded to tens.
+    Radii foundOn(const ModelItem& start) const {
+        Radii radii;
+        for (int i = 1; i < stack.getNumSlices(); ++i) {
+            radii.emplace_back();
+            for (int k = 0; k < stack.getSlice(i).getNumItems(); ++k)
+                if (const ModelItem& item = stack.getSlice(i).getItem(k); &item != &start)
+                    radii.back().push_back(10 * int(std::lround(meanRadius(item.getVertices()) / 10)));
+        }
+        return radii;
+    }
+};
+
+TEST_F(SnakeOperationTest, aContourRunsToTheEdgeInEveryKindOfImageAsOneStep) {
+    struct Case {
+        int depth, channel;
+        unsigned int scale;
+    };
+    for (const Case& each : {Case{8, 0, 1}, Case{24, 1, 1}, Case{24, 2, 1}, Case{24, 0, 2}, Case{8, 0, 3}}) {
+        StackSlice& on = addImage(rings({40}, each.depth, each.channel));
+        ModelItem& start = addCircle(on, 50);
+        const Points drawn = verticesOf(start);
+        expectStep([&] { return SnakeOperation(stack, start, parameters(each.scale)).runOnSlice(); });
+        ASSERT_EQ(on.getNumItems(), 2);
+        const Vertices<int>& found = on.getItem(1).getVertices();
+        EXPECT_EQ(on.getItem(1).getModel(), &polygon);
+        EXPECT_EQ(verticesOf(start), drawn);
+        EXPECT_NEAR(meanRadius(found), 40, 1 + each.scale) << each.channel << " " << each.scale;
+        // The vertices are those of the reduced image, whose spacing is a pixel of it.
+        EXPECT_NEAR(found.getNumVertices() * int(each.scale), 251, 20) << each.channel << " " << each.scale;
+    }
+}
+
+TEST_F(SnakeOperationTest, aCollapseIsRefusedAnImageThatCannotBeReadIsNamedAndACancelledRunLeavesNothing) {
+    ModelItem& lost = addCircle(addImage(TestImages::uniform(160, 120, 8, 100)), 12);
+    expectRefusal(
+        [&] { return SnakeOperation(stack, lost, parameters()).runOnSlice(); },
+        "The snake has aborted. Suggestions:\n- change the original contour;\n- change the snake parameters.");
+    StackSlice& on = addImage(rings({40}));
+    ModelItem& start = addCircle(on, 50);
+    SnakeOperation stopped(stack, start, parameters());
+    CountingMonitor monitor;
+    monitor.cancelAt = 13;
+    stopped.addMonitor(monitor);
+    expectRefusal([&] { return stopped.runOnSlice(); }, "The snake was stopped.");
+    EXPECT_EQ(monitor.steps, 13);
+
+    const std::string file = dynamic_cast<const ImageSourceFile&>(on.getImageSource()).getFilename();
+    std::filesystem::remove(file);
+    SnakeOperation unread(stack, start, parameters());
+    RecordingMonitor record;
+    unread.addMonitor(record);
+    try {
+        unread.runOnSlice();
+        ADD_FAILURE();
+    } catch (const FileReadError& error) {
+        EXPECT_NE(error.getWhat().find(file), std::string::npos);
+    }
+    EXPECT_EQ(record.heard, (std::vector<std::string>{"started Running snake...", "finished "}));
+    EXPECT_FALSE(history().isUndoable());
+    EXPECT_FALSE(history().isStepOpen());
+}
+
+TEST_F(SnakeOperationTest, aRangeIsRunDownwardsAndThenUpwardsFromTheGivenContourAsOneStep) {
+    ModelItem& start = addRange();
+    RecordingMonitor record;
+    expectStep([&] {
+        SnakeOperation operation(stack, start, parameters());
+        operation.addMonitor(record);
+        const Outcome outcome = operation.runOnRange(2, true);
+        EXPECT_EQ(operation.getNumContours(), 5);
+        EXPECT_EQ(operation.getNumSlices(), 5);
+        return outcome;
+    });
+    // From 22 the contour goes to 40 on the fourth slice and stays there down to the second; upwards it goes from 22 to
+    // 10, and stays.
+    EXPECT_EQ(foundOn(start), (Radii{{}, {40}, {40}, {40}, {10}, {10}, {}}));
+    std::vector<std::string> names;
+    for (const std::string& heard : record.heard)
+        if (heard.rfind("text ", 0) == 0)
+            names.push_back(heard.substr(heard.rfind(' ') + 1));
+    EXPECT_EQ(names, (std::vector<std::string>{"image4...", "image3...", "image2...", "image5...", "image6..."}));
+    // The monitors hear of one task.
+    EXPECT_EQ(record.heard.front(), "started Running snake...");
+    EXPECT_EQ(record.heard[2], "1/25000");
+    EXPECT_NE(std::find(record.heard.begin(), record.heard.end(), "20001/25000"), record.heard.end());
+    EXPECT_EQ(std::count_if(record.heard.begin(), record.heard.end(),
+                            [](const std::string& heard) { return heard.find("ed ") != std::string::npos; }),
+              2);
+    history().undo();
+    // Without propagation each slice begins with 22.
+    expectStep([&] { return SnakeOperation(stack, start, parameters()).runOnRange(2, false); });
+    EXPECT_EQ(foundOn(start), (Radii{{}, {10}, {40}, {40}, {10}, {30}, {}}));
+}
+
+TEST_F(SnakeOperationTest, aRangeTakesAllSlicesPassesOverFailuresAndKeepsWhatIsDoneWhenItIsStopped) {
+    ModelItem& start = addRange();
+    for (const int lost : {3, 5})
+        std::filesystem::remove(
+            dynamic_cast<const ImageSourceFile&>(stack.getSlice(lost).getImageSource()).getFilename());
+    for (const int reach : {0, 100}) {
+        expectStep([&] { return SnakeOperation(stack, start, parameters()).runOnRange(reach, true); });
+        // The last good contour goes on over the slice without one.
+        EXPECT_EQ(foundOn(start), (Radii{{40}, {40}, {}, {40}, {}, {30}, {40}})) << reach;
+        history().undo();
+    }
+    struct Stop : RecordingMonitor {
+        using RecordingMonitor::subjectProgressed;
+        void subjectProgressed(const std::string& text) override {
+            if (text == "Running snake on slice image2...")
+                currentSubject()->cancel();
+        }
+    } stop;
+    expectStep([&] {
+        SnakeOperation operation(stack, start, parameters());
+        operation.addMonitor(stop);
+        return operation.runOnRange(0, false);
+    });
+    EXPECT_EQ(foundOn(start), (Radii{{}, {}, {}, {40}, {}, {}, {}}));
+}
+
+} // namespace vorlen
