@@ -7,7 +7,7 @@ namespace vorlen {
 using optionalproperties::defined;
 
 int leastNumVertices(MPrimitive geometry) {
-    return geometry == PolygonPrimitive ? 3 : geometry == PolypointPrimitive ? 1 : 2;
+    return geometry == PolygonPrimitive ? 3 : geometry == PolylinePrimitive ? 2 : 1;
 }
 
 void ModelProperties::setGeometry(MPrimitive geometry) {

@@ -9,7 +9,7 @@ namespace vorlen {
 /// Geometry of the items of a model.
 enum MPrimitive { PolygonPrimitive = 0, PolylinePrimitive = 1, PolypointPrimitive = 2, UnknownPrimitive = 3 };
 
-/// The fewest vertices that make an item: 3 for polygons, 1 for points, 2 for polylines and where it is unknown.
+/// The fewest vertices that make an item: 3 for polygons, 2 for polylines, 1 for points and where it is unknown.
 int leastNumVertices(MPrimitive geometry);
 
 /// How a model is drawn in space.

@@ -42,12 +42,6 @@ void forSelected(StackSlice& slice, Work&& work) {
 
 } // namespace
 
-int leastNumVertices(const ModelItem& item) {
-    if (item.isClosed())
-        return 3;
-    return item.isConnected() ? 2 : 1;
-}
-
 std::string tooFewVerticesToCreate(const ModelItem& item) {
     if (item.isClosed())
         return "Cannot create a closed contour with less than 3 points.";
@@ -60,7 +54,7 @@ Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Verti
     item->setModel(&model);
     item->setSlice(&slice);
     item->setVertices(vertices);
-    if (item->getSize() < leastNumVertices(*item))
+    if (item->getSize() < leastNumVertices(item->getGeometry()))
         return Outcome::refused(tooFewVerticesToCreate(*item));
     if (!item->isConnected())
         if (ModelItem* const buddy = slice.buddyItem(*item))
@@ -104,7 +98,7 @@ Outcome deleteSelection(VRLStack& stack, StackSlice& slice, std::vector<std::str
     return inOneStep(stack, nothingSelected, [&](EditStep& step) {
         forSelected(slice, [&](ModelItem& item) {
             const int numLeft = item.getSize() - item.getSelection().getSize();
-            const int least = leastNumVertices(item);
+            const int least = leastNumVertices(item.getGeometry());
             if (item.getSelection().isComplete())
                 step.apply(std::make_unique<VRLItemDeletionAction>(item));
             else if (numLeft >= least)

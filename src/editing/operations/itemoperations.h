@@ -16,9 +16,6 @@ class VRLStack;
 /// Edits of items. Each is one step of the stack's history, and refused when the stack keeps none. Slices, models and
 /// items are those of the stack; vertices are pixels (column, row) of the slice.
 
-/// The fewest vertices that an item may have: 3 when it is closed, 2 when it is open, 1 for points.
-int leastNumVertices(const ModelItem& item);
-
 /// What is said of a contour that has not enough vertices to be made.
 std::string tooFewVerticesToCreate(const ModelItem& item);
 

@@ -42,7 +42,7 @@ Outcome insertVertex(VRLStack& stack, ModelItem& item, int index, const Vector<i
 Outcome removeVertex(VRLStack& stack, ModelItem& item, int index) {
     if (!hasVertex(item, index))
         return Outcome::refused(noSuchVertex);
-    if (item.getSize() <= leastNumVertices(item)) {
+    if (item.getSize() <= leastNumVertices(item.getGeometry())) {
         const std::string refusal = "You cannot remove any vertex from this contour.\n\nReason: cannot make ";
         if (item.isClosed())
             return Outcome::refused(refusal + "a closed contour with less than 3 vertices.");
