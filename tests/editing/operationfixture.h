@@ -33,6 +33,7 @@ protected:
     }
 
     VRLActionHistory& history() { return *stack.history(); }
+
     /// The document but for the slice that was segmented last, which an undo does not take back.
     std::string text() {
         stack.setLastSegmentedSlice("");
