@@ -19,7 +19,7 @@ StackFile::StackFile(const std::string& name, std::unique_ptr<Stack> stack) : __
     reader.addMonitor(monitor);
     try {
         __opened = reader.read(*__stack, name);
-        __log = reader.getLog();
+        __log = reader.getMessages();
         __numFatalErrors = reader.getNumFatalErrors();
     } catch (const Exception& error) {
         __opened = false;

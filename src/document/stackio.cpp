@@ -188,18 +188,21 @@ std::string StackIO::unprotect(std::string_view text) {
 
 void StackIO::clearLog() {
     __log.clear();
+    __messages.clear();
     __numFatalErrors = 0;
 }
 
-void StackIO::log(const std::string& message) {
+void StackIO::log(const std::string& message, const std::string& place) {
     if (static_cast<int>(__log.size()) > maxLogLines)
         return;
-    if (static_cast<int>(__log.size()) == maxLogLines)
-        __log.emplace_back("There are more problems than are listed here.");
-    else if (message.size() > maxMessageLength)
-        __log.push_back(message.substr(0, maxMessageLength) + "...");
-    else
-        __log.push_back(message);
+    std::string line = message.size() > maxMessageLength ? message.substr(0, maxMessageLength) + "..." : message;
+    std::string where = place.substr(0, maxMessageLength);
+    if (static_cast<int>(__log.size()) == maxLogLines) {
+        line.assign("There are more problems than are listed here.");
+        where.clear();
+    }
+    __messages.push_back(line + where);
+    __log.push_back(std::move(line));
 }
 
 void StackIO::addFatalError() {

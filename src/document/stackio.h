@@ -86,6 +86,8 @@ public:
     /// One message for each problem, in file order. At most maxLogLines of them; one line more says so when there were
     /// more, so that a broken file cannot fill the memory with messages.
     const std::vector<std::string>& getLog() const;
+    /// The same for users, with the place that each problem concerns: "... (line 12, model "m", slice "s1")".
+    const std::vector<std::string>& getMessages() const { return __messages; }
     /// Problems that cost the stack an image.
     int getNumFatalErrors() const;
 
@@ -117,7 +119,8 @@ protected:
     StackIO() = default;
 
     void clearLog();
-    void log(const std::string& message);
+    /// The place goes to the messages alone.
+    void log(const std::string& message, const std::string& place = {});
     void addFatalError();
 
 private:
@@ -126,6 +129,7 @@ private:
     static const KeywordMap& __keywordMap();
 
     std::vector<std::string> __log;
+    std::vector<std::string> __messages;
     int __numFatalErrors = 0;
     float __fileFormatVersion = 1.03f;
 };

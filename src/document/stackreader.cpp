@@ -284,10 +284,12 @@ void StackReader::parseStatement(const Tokens& tokens, StackIOContext& context, 
     const Keyword keyword = tokens.empty() ? UNKNOWN : getKeyword(std::string(tokens.front()));
     const bool opens = opensObject(keyword, tokens);
     const std::string word = tokens.empty() ? std::string() : std::string(tokens.front().substr(0, 80));
-    const auto logError = [&](const std::string& sentence) { log(sentence + place(tokens, context, text)); };
+    const auto logError = [&](const std::string& sentence) { log(sentence, place(tokens, context, text)); };
     try {
-        if (__lost && !opens)
+        if (__lost && !opens && handler(keyword) != &StackReader::inputImageStatement)
             throw ContextError();
+        if (__lost && !opens)
+            imageSourceKind(tokens), throw ContextError();
         carryOut(keyword, tokens, context);
         if (opens)
             openObject(keyword, context);

@@ -21,10 +21,10 @@ class UnreadText;
 
 /// Reads a stack description file into a stack. One object reads one file.
 ///
-/// A statement in error has no effect and adds one line to the log, with the line of the file and the slice and model
-/// that it concerns; the reader goes on with the next. A stack read with errors is usable, with whatever the file gave,
-/// and what could not be read is kept with the objects for the writer (see UnreadText): behind the object that it
-/// follows, or at the end of the file where it should have made an object of its own.
+/// A statement in error has no effect and adds one line to the log, and to the messages with the line of the file and
+/// the slice and model that it concerns; the reader goes on with the next. A stack read with errors is usable, with
+/// whatever the file gave, and what could not be read is kept with the objects for the writer (see UnreadText): behind
+/// the object that it follows, or at the end of the file where it should have made an object of its own.
 ///
 /// A file that ends within a statement, or without the line that the writer puts at its end, is cut off.
 ///

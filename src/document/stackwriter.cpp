@@ -276,7 +276,7 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
 
     const Vertices<int>& vertices = item.getVertices();
     const int size = vertices.getNumVertices();
-    if (size == 0) { // a statement without vertices would be an error
+    if (size == 0 && !item.getUnreadText().empty()) { // what was read stands for the vertices
         __text += item.getUnreadText();
         return;
     }

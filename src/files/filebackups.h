@@ -1,13 +1,15 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace vorlen {
 
 /// The numbered copies of a file beside it, "~1" being the newest.
 ///
 /// The order of a save is setAside(), the save, and rotate() when it went well: a save that fails takes no backup away,
-/// however often it is tried. Nothing here throws, and a backup that can't be made keeps no save from being done.
+/// however often it is tried. A backup that can't be made keeps no save from being done. After the save nothing here
+/// needs memory.
 class FileBackups {
 public:
     /// At most so many copies; none are made for less than 1.
@@ -17,18 +19,15 @@ public:
     FileBackups(const FileBackups&) = delete;
     FileBackups& operator=(const FileBackups&) = delete;
 
-    /// Keeps the file as it is now under another name, as a second link where the file system has links, so that a full
-    /// disk is no hindrance, else as a copy. False when there is no file, or none is wanted, or none can be made.
+    /// Copies the file as it is now. False when there is no file, or no copy is wanted, or none can be made.
     bool setAside();
 
     /// Makes what was set aside the newest backup; the older ones move on, and the last goes. Nothing without it.
     void rotate();
 
 private:
-    std::string numbered(int i) const;
-
     std::string __fileName;
-    int __maxNumber;
+    std::vector<std::string> __names; // what is set aside, and the copies from the newest on
     bool __aside = false;
 };
 

@@ -20,10 +20,10 @@ namespace vorlen {
 
 namespace {
 
-int openFile(const std::string& name, int flags, mode_t mode = 0) {
+int openFile(const char* name, int flags, mode_t mode = 0) {
     int descriptor;
     do
-        descriptor = ::open(name.c_str(), flags | O_CLOEXEC, mode);
+        descriptor = ::open(name, flags | O_CLOEXEC, mode);
     while (descriptor < 0 && errno == EINTR);
     return descriptor;
 }
@@ -45,7 +45,7 @@ bool writeAll(int descriptor, const std::string& contents) {
 }
 
 bool readAll(const std::string& name, std::string& contents) {
-    const int descriptor = openFile(name, O_RDONLY);
+    const int descriptor = openFile(name.c_str(), O_RDONLY);
     if (descriptor < 0)
         return false;
     char buffer[65536];
@@ -99,8 +99,9 @@ bool flushFile(int descriptor) {
     return ::fsync(descriptor) == 0 || errno == EINVAL || errno == EROFS;
 }
 
+/// Needs no memory: the save is done, and is not to be told as one that failed.
 void flushDirectory(const std::string& directory) {
-    const int descriptor = openFile(directory.empty() ? "." : directory, O_RDONLY | O_DIRECTORY);
+    const int descriptor = openFile(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY);
     if (descriptor >= 0) {
         ::fsync(descriptor);
         ::close(descriptor);
@@ -123,7 +124,7 @@ SafeFile::SafeFile(const std::string& fileName) : __fileName(fileName), __target
     if (exists && !S_ISREG(old.st_mode)) {
         __way = Way::Direct;
         // A pipe that nobody reads is refused here instead of waited for. The writing then waits for the reader.
-        __descriptor = openFile(__target, O_WRONLY | O_NONBLOCK);
+        __descriptor = openFile(__target.c_str(), O_WRONLY | O_NONBLOCK);
         if (__descriptor >= 0)
             ::fcntl(__descriptor, F_SETFL, ::fcntl(__descriptor, F_GETFL) & ~O_NONBLOCK);
         return;
@@ -138,7 +139,7 @@ SafeFile::SafeFile(const std::string& fileName) : __fileName(fileName), __target
         // Where it is not the folder that refuses, writing over the old contents would be as likely to fail half-way.
         if (exists && (errno == EACCES || errno == EPERM || errno == EROFS)) {
             __way = Way::InPlace;
-            __descriptor = openFile(__target, O_WRONLY);
+            __descriptor = openFile(__target.c_str(), O_WRONLY);
         }
     } else if (exists && !takeOverAttributes(__descriptor, old)) {
         const int error = errno;
@@ -162,7 +163,7 @@ void SafeFile::createBeside(unsigned int mode) {
     for (int attempt = 0; attempt < 100; ++attempt) {
         const std::string name =
             __directory + ".vorlen-" + std::to_string(::getpid()) + "-" + std::to_string(count++) + ".tmp";
-        __descriptor = openFile(name, O_WRONLY | O_CREAT | O_EXCL, mode);
+        __descriptor = openFile(name.c_str(), O_WRONLY | O_CREAT | O_EXCL, mode);
         if (__descriptor >= 0)
             __newName = name;
         if (__descriptor >= 0 || errno != EEXIST)

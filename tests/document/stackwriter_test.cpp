@@ -104,6 +104,7 @@ TEST(StackWriter, aSmallStackGivesThisText) {
     stack.addPose(pose);
     ASSERT_TRUE(StackWriter().write(stack, folder.file("brain.sdf")));
     EXPECT_EQ(folder.read("brain.sdf"), "FileFormatVersion 1.03;\n"
+                                        "# The last line of a whole file says so.\n"
                                         "STACK \"brain\";\n"
                                         "LengthUnitScale -6;\n"
                                         "PIXASPECT 1;\n"
@@ -150,7 +151,8 @@ TEST(StackWriter, aSmallStackGivesThisText) {
                                         "POSEZOOM 100;\n"
                                         "AMBIENTLIGHT 0;\n"
                                         "DIFFUSELIGHT 0;\n"
-                                        "SPECULARLIGHT 0;\n");
+                                        "SPECULARLIGHT 0;\n"
+                                        "\n# This file is whole.\n");
 }
 
 TEST(StackWriter, aLineBreakFollowsEverySeventhVertexButTheLast) {

@@ -152,10 +152,6 @@ int close(int descriptor) {
     return -1;
 }
 
-int link(const char* from, const char* to) noexcept {
-    return fails(Call::Link) ? -1 : static_cast<int>(::syscall(SYS_link, from, to));
-}
-
 int ftruncate(int descriptor, off_t length) noexcept {
     return fails(Call::Truncate) ? -1 : static_cast<int>(::syscall(SYS_ftruncate, descriptor, length));
 }

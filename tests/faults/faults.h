@@ -4,7 +4,7 @@ namespace vorlen::faults {
 
 /// What can be made to fail. The system's calls of this program, and of the libraries that it links, come through
 /// faults.cpp, which hands them on but for the one that is to fail.
-enum class Call { Allocation, Open, Read, Write, Fsync, Rename, Close, Link, Truncate };
+enum class Call { Allocation, Open, Read, Write, Fsync, Rename, Close, Truncate };
 
 /// The nth call from now on fails, with this error number, and none after it. An error of 0 stands for a short count of
 /// a read or write.

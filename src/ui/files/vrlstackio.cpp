@@ -202,7 +202,7 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     if (!reader.getLog().empty()) {
         VRLStackErrorDialog dialog(__parent);
         dialog.setBanner("In " + decoded(path) + ":");
-        dialog.setLog(reader.getLog());
+        dialog.setLog(reader.getMessages());
         dialog.exec();
     }
     if (reader.getNumFatalErrors() > 0 || !claimFile(*stack, path) || !settleDamage(*stack, reader))
@@ -334,10 +334,17 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
 }
 
 bool VRLStackIO::writeStack(VRLStack& stack, const std::string& file) {
+    QString reason;
+    if (writeWithBackup(stack, file, reason))
+        return true;
+    tell("Error", "Error: cannot write to " + decoded(file) + (reason.isEmpty() ? "" : "\n" + reason));
+    return false;
+}
+
+bool VRLStackIO::writeWithBackup(VRLStack& stack, const std::string& file, QString& reason) {
     FileBackups backups(file, VRLPreferences::getMaxNumBackups());
     backups.setAside();
     bool written = false;
-    QString reason;
     {
         const WaitCursor cursor;
         notifyStarted("Saving " + file + "...");
@@ -347,10 +354,8 @@ bool VRLStackIO::writeStack(VRLStack& stack, const std::string& file) {
         writer.removeMonitor(*this);
         notifyFinished(" ");
     }
-    if (!written) {
-        tell("Error", "Error: cannot write to " + decoded(file) + (reason.isEmpty() ? "" : "\n" + reason));
+    if (!written)
         return false;
-    }
     backups.rotate();
     SafeFile::removeLeftovers(file);
     stack.noteWritten(file);
@@ -388,7 +393,7 @@ bool VRLStackIO::maySettle(VRLStack& stack) {
     if (!agreesToOverwrite(stack))
         return !stack.isModified();
     QString reason;
-    while (!writeAndTell(stack, stack.getFilename(), reason)) {
+    while (!writeWithBackup(stack, stack.getFilename(), reason)) {
         const QMessageBox::StandardButton choice =
             QMessageBox::warning(__parent, "Write error",
                                  "Stack " + QString::fromStdString(stack.getName()) + ":\nCould not write file " +
@@ -398,16 +403,6 @@ bool VRLStackIO::maySettle(VRLStack& stack) {
             return choice == QMessageBox::Discard;
     }
     return true;
-}
-
-bool VRLStackIO::writeAndTell(VRLStack& stack, const std::string& file, QString& reason) {
-    bool written = false;
-    FileBackups backups(file, VRLPreferences::getMaxNumBackups());
-    backups.setAside();
-    reason = failureOf([&] { written = stack.write(file); });
-    if (written)
-        backups.rotate();
-    return written;
 }
 
 bool VRLStackIO::closeAllStacks() {

@@ -78,7 +78,7 @@ private:
     VRLStack* openChosenFiles(const QString& title, const QString& filter,
                               VRLStack* (VRLStackIO::*open)(const std::string&));
     QStringList chooseImages();
-    bool writeAndTell(VRLStack& stack, const std::string& file, QString& reason);
+    bool writeWithBackup(VRLStack& stack, const std::string& file, QString& reason);
     void tell(const QString& title, const QString& text) const;
     void tellUnreadable(const std::vector<UnreadableImage>& unreadable) const;
 

@@ -204,7 +204,7 @@ VRLStack* VRLRecovery::recover(const Leftover& leftover, QString& message) const
             return nullptr;
         }
     QStringList problems;
-    for (const std::string& line : reader.getLog())
+    for (const std::string& line : reader.getMessages())
         problems += QString::fromStdString(line);
     message = problems.join('\n');
     stack->setFilename(QFile::encodeName(leftover.stackFile).toStdString());

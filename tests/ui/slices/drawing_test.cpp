@@ -758,7 +758,7 @@ TEST_F(DrawingTest, theTipOfThePointerCountsAtEveryZoom) {
         canvas->setViewOrigin(QPoint(60, 40));
         const auto positionOf = [&](const QPoint& pixel) {
             const QPoint from = pixel - canvas->getViewOrigin();
-            return QPoint(int((from.x() + 0.5f) * zoom), int((from.y() + 0.5f) * zoom));
+            return QPoint(int((float(from.x()) + 0.5f) * zoom), int((float(from.y()) + 0.5f) * zoom));
         };
         creation->activate("Line");
         for (const QPoint& place : places)

@@ -32,7 +32,7 @@ protected:
         model.getItemProperties().setPointSize(size);
         model.getItemProperties().setVertexSymbolFilling(filled);
         model.getProperties().setSurfaceOpacity(255);
-        return ::addItem(model, *slice, {{x, y}});
+        return vorlen::addItem(model, *slice, {{x, y}});
     }
 
     /// The box of the pixels that differ from the plain slice.
