@@ -120,6 +120,7 @@ TextTable textOf(const MeasurementTable& table, bool csv) {
     };
     for (int row = 0; row < table.getNumRows(); ++row) {
         std::vector<std::string> cells;
+        cells.reserve(std::size_t(headers.size()));
         for (int column = 0; column < int(headers.size()); ++column)
             cells.push_back(cell(row, column));
         text.addRow(std::move(cells));

@@ -133,6 +133,7 @@ void MeasurementTable::addFailure(const std::string& what, const std::string& wh
 
 MeasurementTable MeasurementTable::ofModels(const Stack& stack) {
     std::vector<const Model*> models;
+    models.reserve(std::size_t(stack.getNumModels()));
     for (int m = 0; m < stack.getNumModels(); ++m)
         models.push_back(&stack.getModel(m));
     return ofModels(stack, models);

@@ -36,7 +36,7 @@ template <class T>
 ModelSurface<T>::ModelSurface(const Model& model, const StackReconstruction<T>& reconstruction) {
     std::unique_ptr<Shape<T>> shape = reconstruction.apply(model);
     __shape.reset(&dynamic_cast<VertexStack<T>&>(*shape));
-    shape.release(); // the same object
+    static_cast<void>(shape.release()); // the same object
     removeEmptyLevels(*__shape);
     __kind = judge(model);
 }

@@ -85,7 +85,7 @@ Vertices<int> SnakeOperation::getContour() const {
 
 void SnakeOperation::cancel() {
     __driver.cancel();
-    ProgressSubject::cancel();
+    ProgressSubject::cancel(); // NOLINT(bugprone-parent-virtual-call): the proxy's hands the request back to the driver
 }
 
 void SnakeOperation::subjectStarted(const std::string& text) {

@@ -328,15 +328,14 @@ void ViewerCanvasGL::mouseMoveEvent(QMouseEvent* event) {
     __lastY = position.y();
     __moving = true;
     const Qt::KeyboardModifiers modifiers = event->modifiers();
-    if (event->buttons() != Qt::LeftButton)
-        repaint();
-    else if (modifiers == Qt::NoModifier)
+    const bool drag = event->buttons() == Qt::LeftButton;
+    if (drag && modifiers == Qt::NoModifier)
         combineXYRotation(dy, dx);
-    else if (modifiers == Qt::ControlModifier)
+    else if (drag && modifiers == Qt::ControlModifier)
         zoomBy(float(dx) * 3 / float(std::max(width(), 1)));
-    else if (modifiers == Qt::AltModifier)
+    else if (drag && modifiers == Qt::AltModifier)
         translateBy(dx, dy);
-    else if (modifiers == Qt::ShiftModifier)
+    else if (drag && modifiers == Qt::ShiftModifier)
         combineZRotation(dx);
     else
         repaint();
