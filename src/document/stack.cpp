@@ -110,10 +110,12 @@ void Stack::addSlice(StackSlice* slice, int i) {
     insertSlice(slice, i);
 }
 
+// Whoever gives something over keeps it where there is no memory to take it.
 void Stack::insertSlice(StackSlice* slice, int i) {
     if (findSlice(*slice) >= 0)
         return;
-    __slices.insert(__slices.begin() + i, std::unique_ptr<StackSlice>(slice));
+    __slices.reserve(__slices.size() + 1);
+    __slices.emplace(__slices.begin() + i, slice);
     slice->setStack(this);
     renumberSlices(i);
 }
@@ -247,9 +249,15 @@ void Stack::addModel(Model* model) {
 void Stack::addModel(Model* model, int i) {
     if (findModel(*model) >= 0)
         return;
+    __models.reserve(__models.size() + 1);
     __models.emplace(__models.begin() + i, model);
-    for (int k = 0; k < model->getNumItems(); ++k)
-        model->getItem(k).attachToSlice();
+    try {
+        for (int k = 0; k < model->getNumItems(); ++k)
+            model->getItem(k).attachToSlice();
+    } catch (...) {
+        removeModel(*model);
+        throw;
+    }
 }
 
 void Stack::removeModel(Model& model) {

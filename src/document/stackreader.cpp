@@ -820,9 +820,8 @@ void StackReader::inputModel(const Tokens& tokens, StackIOContext& context) {
     Stack& stack = required(context.getStack());
     auto model = std::make_unique<Model>();
     model->setName(toName(tokens[1]));
-    Model* const added = model.release();
-    stack.addModel(added);
-    context.setModel(added);
+    stack.addModel(model.get());
+    context.setModel(model.release());
 }
 
 void StackReader::inputModelItem(const Tokens& tokens, StackIOContext& context) {
@@ -892,9 +891,8 @@ void StackReader::inputPose(const Tokens& tokens, StackIOContext& context) {
     auto pose = std::make_unique<Pose>();
     pose->setName(toName(tokens[1]));
     pose->setStack(&stack);
-    Pose* const added = pose.release();
-    added->attach();
-    context.setPose(added);
+    pose->attach();
+    context.setPose(pose.release());
 }
 
 void StackReader::inputPoseRotation(const Tokens& tokens, StackIOContext& context) {
@@ -983,9 +981,8 @@ void StackReader::inputSample(const Tokens& tokens, StackIOContext& context) {
     CalibrationCurve& curve = required(context.getCalibrationCurve());
     auto sample = std::make_unique<StandardSample>();
     sample->setName(toName(tokens[1]));
-    StandardSample* const added = sample.release();
-    curve.addSample(added);
-    context.setSample(added);
+    curve.addSample(sample.get());
+    context.setSample(sample.release());
 }
 
 void StackReader::inputSampleCoords(const Tokens& tokens, StackIOContext& context) {
@@ -1038,9 +1035,8 @@ void StackReader::inputStandardImage(const Tokens& tokens, StackIOContext& conte
             // The image keeps its file's name, and whoever needs its pixels learns that it has none.
         }
     }
-    StandardImage* const added = image.release();
-    stack.addStandardImage(added);
-    context.setStandardImage(added);
+    stack.addStandardImage(image.get());
+    context.setStandardImage(image.release());
 }
 
 void StackReader::inputThickness(const Tokens& tokens, StackIOContext& context) {
@@ -1072,9 +1068,8 @@ void StackReader::addSlice(std::string_view name, const ImageSource* source, Sta
     slice->setPixelCalibration(stack.getDefaultPixelCalibration());
     slice->setRelativePosition(stack.getDefaultRelativePosition());
     slice->setStack(&stack);
-    vorlen::StackSlice* const added = slice.release();
-    stack.addSlice(added);
-    context.setSlice(added);
+    stack.addSlice(slice.get());
+    context.setSlice(slice.release());
 }
 
 std::string StackReader::imagePath(std::string_view file, const StackIOContext& context) const {

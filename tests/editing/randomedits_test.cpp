@@ -265,7 +265,8 @@ TEST(RandomEdits, areUndoneToTheFirstDocumentAndRedoneToTheLast) {
     RandomUser user(stack, 11);
     VRLActionHistory& history = *stack.history();
     int numSteps = 0;
-    QObject::connect(&history, &VRLActionHistory::changed, [&numSteps] { ++numSteps; });
+    const QObject listener; // goes before the stack, whose history tells when it is cleared
+    QObject::connect(&history, &VRLActionHistory::changed, &listener, [&numSteps] { ++numSteps; });
     while (numSteps < 10000) {
         const int before = numSteps;
         user.edit();

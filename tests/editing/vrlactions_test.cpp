@@ -206,8 +206,9 @@ TEST_F(VRLActionsTest, itemsComeAndGoAsTheSameObjects) {
 
     auto* deletion = new VRLItemDeletionAction(*item);
     VRLItemDeletionAction same(*item), another(*polygon);
-    EXPECT_TRUE(*deletion == same);
-    EXPECT_TRUE(*deletion != another);
+    const VRLAction& present = *deletion;
+    EXPECT_TRUE(present == same);
+    EXPECT_TRUE(present != another);
     expectReversible(deletion, {"itemDelete"}, {"itemCreate"});
     stack.history()->undo();
     EXPECT_EQ(&stack.getSlice(2).getItem(0), item);

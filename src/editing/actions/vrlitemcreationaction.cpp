@@ -1,19 +1,25 @@
 #include "editing/actions/vrlitemcreationaction.h"
 
 #include "document/modelitem.h"
+#include "document/stackslice.h"
 #include "editing/bus/vrleventserver.h"
 #include "editing/bus/vrlmodelitemevent.h"
 
 namespace vorlen {
 
+VRLItemCreationAction::VRLItemCreationAction(ModelItem& item)
+    : VRLItemAction(item), __owns(item.getSlice() == nullptr || item.getSlice()->placeOf(item) == 0) {
+}
+
 VRLItemCreationAction::~VRLItemCreationAction() {
-    if (reverted())
+    if (__owns)
         delete &getItem();
 }
 
 void VRLItemCreationAction::apply() {
     VRLItemAction::apply();
     getItem().attach();
+    __owns = false;
     __place.restore(getItem());
     VRLModelItemCreateEvent event(&getItem());
     VRLEventServer::notifyEvent(event);
@@ -23,6 +29,7 @@ void VRLItemCreationAction::revert() {
     VRLItemAction::revert();
     __place.take(getItem());
     getItem().detach();
+    __owns = true;
     VRLModelItemDeleteEvent event(&getItem());
     VRLEventServer::notifyEvent(event);
 }

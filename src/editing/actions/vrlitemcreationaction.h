@@ -5,10 +5,11 @@
 
 namespace vorlen {
 
-/// Attaches a new item to its model and its slice. Undone, it owns the item.
+/// Attaches a new item to its model and its slice. The action owns the item as long as the document does not: before it
+/// is applied and when it is undone. One made for an item that is attached already is to be recorded, not applied.
 class VRLItemCreationAction : public VRLItemAction {
 public:
-    using VRLItemAction::VRLItemAction;
+    explicit VRLItemCreationAction(ModelItem& item);
     ~VRLItemCreationAction() override;
     void apply() override;
     void revert() override;
@@ -16,6 +17,7 @@ public:
 
 private:
     VRLItemPlace __place;
+    bool __owns;
 };
 
 } // namespace vorlen

@@ -37,7 +37,7 @@ void BlackWhiteDoubleSlider::paintEvent(QPaintEvent*) {
     const qreal radius = height() / 2.0;
     const auto disc = [&](float level, const QColor& pen, const QColor& brush) {
         // The discs stay whole at the ends of the bar.
-        const qreal x = std::clamp<qreal>(level * width(), radius, width() - radius);
+        const qreal x = std::clamp<qreal>(qreal(level) * width(), radius, width() - radius);
         painter.setPen(pen);
         painter.setBrush(brush);
         painter.drawEllipse(QPointF(x, radius), radius - 0.5, radius - 0.5);
@@ -48,7 +48,7 @@ void BlackWhiteDoubleSlider::paintEvent(QPaintEvent*) {
 
 bool BlackWhiteDoubleSlider::discContains(float level, const QPointF& position) const {
     const qreal radius = height() / 2.0;
-    const qreal x = std::clamp<qreal>(level * width(), radius, width() - radius);
+    const qreal x = std::clamp<qreal>(qreal(level) * width(), radius, width() - radius);
     return std::hypot(position.x() - x, position.y() - radius) <= radius;
 }
 

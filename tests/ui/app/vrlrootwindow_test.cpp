@@ -585,6 +585,7 @@ TEST_F(VRLRootWindowTest, ombrelActionListsDistancesAndNamesStacksWithoutTheMode
     EXPECT_NE(user.seen.back().find("Stack \"one\" is left out. It has no model \"cell\"."), std::string::npos);
     EXPECT_TRUE(lines().isEmpty());
 
+    writeStack("two", "RELPOSITION 10;\n");
     VRLStack& two = open("two");
     Model& cell = addModel(two, "cell");
     for (int k = 0; k < 3; ++k)
