@@ -110,11 +110,18 @@ void Stack::addSlice(StackSlice* slice, int i) {
     insertSlice(slice, i);
 }
 
+/// For one element more, so that nothing fails when it comes. The room doubles, as it does by itself.
+template <class Element>
+static void makeRoom(std::vector<Element>& elements) {
+    if (elements.size() == elements.capacity())
+        elements.reserve(2 * elements.size() + 1);
+}
+
 // Whoever gives something over keeps it where there is no memory to take it.
 void Stack::insertSlice(StackSlice* slice, int i) {
     if (findSlice(*slice) >= 0)
         return;
-    __slices.reserve(__slices.size() + 1);
+    makeRoom(__slices);
     __slices.emplace(__slices.begin() + i, slice);
     slice->setStack(this);
     renumberSlices(i);
@@ -249,7 +256,7 @@ void Stack::addModel(Model* model) {
 void Stack::addModel(Model* model, int i) {
     if (findModel(*model) >= 0)
         return;
-    __models.reserve(__models.size() + 1);
+    makeRoom(__models);
     __models.emplace(__models.begin() + i, model);
     try {
         for (int k = 0; k < model->getNumItems(); ++k)

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "document/uniquenames.h"
 #include "editing/actions/vrlactionsequence.h"
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
 #include "editing/actions/vrlstackstateaction.h"
@@ -106,7 +107,11 @@ Outcome insertSlices(VRLStack& stack, int position, std::vector<std::unique_ptr<
     if (position < 0 || position > stack.getNumSlices())
         return Outcome::refused("There is no such place in the stack");
     auto step = std::make_unique<VRLActionSequence>();
+    UniqueNames names; // outlines find their slice by its name in a file
+    for (int i = 0; i < stack.getNumSlices(); ++i)
+        names.take(stack.getSlice(i).getName());
     for (auto& slice : slices) {
+        slice->setName(names.take(slice->getName()));
         slice->setStack(&stack);
         auto action = std::make_unique<VRLSliceInsertionDeletionAction>(std::move(slice));
         action->setSlicePosition(position++);
@@ -140,6 +145,8 @@ Outcome changeSlice(VRLStack& stack, StackSlice& slice, const SliceChange& chang
         return known;
     if (const Outcome good = checkChange(slice, change); !good)
         return good;
+    if (change.name && *change.name != slice.getName() && stack.findSlice(*change.name) >= 0)
+        return Outcome::refused("Another slice has this name, and outlines find their slice by its name in a file");
     auto action = std::make_unique<VRLStackStateAction>(stack, "Change slice properties");
     SliceState& state = action->sliceState(slice);
     state.name = change.name.value_or(state.name);

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 
 #include "document/pose.h"
+#include "document/uniquenames.h"
 #include "editing/actions/vrlposeaction.h"
 #include "editing/actions/vrlstackstateaction.h"
 #include "editing/operations/applyinstep.h"
@@ -41,7 +42,9 @@ std::unique_ptr<VRLStack> makeStack(const NewStack& description, std::vector<Unr
     stack->setDefaultPixelCalibration(description.calibration);
     const QFileInfo first(QFile::decodeName(description.images.front().c_str()));
     stack->setImagesPath(QFile::encodeName(first.absolutePath()).toStdString());
+    UniqueNames names; // images of several folders may share theirs
     for (auto& slice : slices) {
+        slice->setName(names.take(slice->getName()));
         slice->setPixelCalibration(description.calibration);
         slice->setRelativePosition(description.sliceSpacing);
         stack->addSlice(slice.release());

@@ -14,6 +14,8 @@
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
 #include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/sliceoperations.h"
+#include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "images/files/imagewriter.h"
@@ -154,6 +156,27 @@ TEST_F(VRLStackIOTest, aNewStackFollowsTheSortedListOfImages) {
     EXPECT_TRUE(stack->isModified());
     EXPECT_EQ(stack->getFilename(), "");
     EXPECT_EQ(numOpen(), 1);
+}
+
+// The neighbour's image stands in for a section that was lost, and folders number their images alike.
+TEST_F(VRLStackIOTest, slicesOfOneImageGetNamesOfTheirOwn) {
+    VRLStack* stack = io.openStack(path("ab.sdf"));
+    user.thenChoose({folder.filePath("a.tif")});
+    ASSERT_TRUE(io.insertSlice(*stack, 1));
+    EXPECT_EQ(stack->getSlice(1).getName(), "a (2)");
+    SliceChange change;
+    change.name = "a";
+    EXPECT_FALSE(changeSlice(*stack, stack->getSlice(1), change));
+    ASSERT_TRUE(QDir(folder.path()).mkdir("other"));
+    ASSERT_TRUE(QFile::copy(folder.filePath("a.tif"), folder.filePath("other/a.tif")));
+    std::vector<UnreadableImage> unreadable;
+    NewStack description;
+    description.name = "two folders";
+    description.images = {path("a.tif"), path("other/a.tif")};
+    const std::unique_ptr<VRLStack> made = makeStack(description, unreadable);
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(made->getSlice(1).getName(), "a (2)");
+    stack->setModified(false);
 }
 
 TEST_F(VRLStackIOTest, anIncompleteNewStackIsRefusedAndUnreadableImagesAreNamed) {
