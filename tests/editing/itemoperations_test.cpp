@@ -159,7 +159,7 @@ TEST_F(OperationTest, anOperationAtWhichAClientFailsLeavesNothingBehindAndNoneIs
         EXPECT_FALSE(history().isUndoable());
         EXPECT_FALSE(history().isStepOpen());
         history().openStep();
-        EXPECT_EQ(operation().getReason(), "Another change is under way");
+        EXPECT_EQ(operation().getReason(), "Another change of this stack is not finished yet");
         history().closeStep();
         EXPECT_EQ(text(), before);
     }

@@ -201,7 +201,7 @@ private:
     void editSlice(StackSlice& slice) {
         SliceChange change;
         if (below(2) == 0)
-            change.name = anyName();
+            change.name = __stack.uniqueSliceName(anyName()); // a taken one is refused
         if (below(2) == 0)
             change.annotation = anyName();
         if (below(2) == 0)

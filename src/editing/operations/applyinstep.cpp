@@ -7,9 +7,14 @@
 
 namespace vorlen {
 
+Outcome mayBeginStep(const VRLStack& stack) {
+    return stack.history()->isStepOpen() ? Outcome::refused("Another change of this stack is not finished yet")
+                                         : Outcome::done();
+}
+
 Outcome applyInStep(VRLStack& stack, std::unique_ptr<VRLAction> action) {
-    if (stack.history()->isStepOpen())
-        return Outcome::refused("Another change of this stack is not finished yet");
+    if (const Outcome free = mayBeginStep(stack); !free)
+        return free;
     if (action->isNull())
         return Outcome::done();
     EditStep step(*stack.history());

@@ -5,6 +5,7 @@
 #include "document/modelitem.h"
 #include "editing/actions/vrlitemcreationaction.h"
 #include "editing/history/editstep.h"
+#include "editing/operations/applyinstep.h"
 #include "editing/operations/outcome.h"
 #include "editing/stacks/vrlstack.h"
 
@@ -14,12 +15,9 @@ namespace vorlen {
 /// A step without actions leaves no trace, and is refused with the reason. What the work throws takes the step back.
 template <class Work>
 Outcome inOneStep(VRLStack& stack, const std::string& nothing, Work&& work) {
-    VRLActionHistory* const history = stack.history();
-    if (history == nullptr)
-        return Outcome::refused("This stack keeps no history of its changes");
-    if (history->isStepOpen())
-        return Outcome::refused("Another change is under way");
-    EditStep step(*history);
+    if (const Outcome free = mayBeginStep(stack); !free)
+        return free;
+    EditStep step(*stack.history());
     work(step);
     const bool anything = step.getNumActions() > 0;
     step.commit();
