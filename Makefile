@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run test bench sanitize lint lint-all format docs install deb setup build programs sample pictures clean
+.PHONY: all run test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures clean
 
 all: build
 
@@ -31,6 +31,10 @@ pictures: sample
 
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j2
+
+# A program at work is killed at 200 moments, and its document is there each time.
+soak: build
+	@VORLEN_KILLS=200 $(BUILD)/bin/test_editing --gtest_filter='JournalKill.*'
 
 sanitize: setup
 	@cmake --preset sanitize >/dev/null

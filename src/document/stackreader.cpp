@@ -206,13 +206,23 @@ StackReader::StackReader(const std::vector<ImageSourceKind>& kinds) : __imageSou
 }
 
 bool StackReader::read(Stack& stack, const std::string& fileName) {
-    const ClassicLocale locale;
     const std::string name = FileInfo::suffixName(fileName) == "sdf" ? fileName : fileName + ".sdf";
     clearLog();
     int error = 0;
     const std::optional<std::string> text = readFile(name, error);
-    if (!text)
-        return false;
+    if (text)
+        readText(stack, *text, name, error);
+    return text.has_value();
+}
+
+void StackReader::readText(Stack& stack, const std::string& text, const std::string& fileName) {
+    clearLog();
+    readText(stack, text, fileName, 0);
+}
+
+/// The error is the number of the one that broke the reading of the file off.
+void StackReader::readText(Stack& stack, const std::string& text, const std::string& name, int error) {
+    const ClassicLocale locale;
     notifyStarted("Reading " + name + "...");
     notifyProgressed(0, 100);
 
@@ -222,16 +232,16 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
     context.setImagesPath(directoryOf(name));
     stack.setImagesPath(directoryOf(name));
     setFileFormatVersion(1.0f);
-    __placesLeft = (1LL << 20) + static_cast<long long>(text->size());
+    __placesLeft = (1LL << 20) + static_cast<long long>(text.size());
     __indexedStack = nullptr;
     __latest = &stack;
     __whole = true;
     __lost = false;
 
-    const unsigned long long size = std::max<std::size_t>(text->size(), 1);
+    const unsigned long long size = std::max<std::size_t>(text.size(), 1);
     unsigned long long total = 0;
-    const char* cursor = text->data();
-    const char* const end = cursor + text->size();
+    const char* cursor = text.data();
+    const char* const end = cursor + text.size();
     __counted = cursor;
     __line = 1;
     const std::string outlineKeyword = getString(MODELITEMDATA); // tokens only look at their text
@@ -263,7 +273,7 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
 
     if (error != 0)
         log(std::string("The file could not be read to its end: ") + std::strerror(error) + ".");
-    else if (__whole && text->find(wholeFileAnnouncement) < 1024 && text->rfind(wholeFileMark) == std::string::npos)
+    else if (__whole && text.find(wholeFileAnnouncement) < 1024 && text.rfind(wholeFileMark) == std::string::npos)
         log("The file is cut off: its last line is " + std::to_string(lineOf(end)) +
             ", and it lacks the one that says that it is whole.");
     else
@@ -275,7 +285,6 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
         stack.getSlice(i).getPixelCalibration().compute();
     notifyProgressed(100, 100);
     notifyFinished("");
-    return true;
 }
 
 /// Carries a statement out; logs its failure, and keeps its text. What follows a statement that should have made an

@@ -65,6 +65,9 @@ public:
     /// The classic locale is the global one during the reading.
     bool read(Stack& stack, const std::string& fileName);
 
+    /// The same for a text that stands, or stood, in the file of this name: images are looked for as from there.
+    void readText(Stack& stack, const std::string& text, const std::string& fileName);
+
     /// False when the file that was read last is cut off, or could not be read to its end.
     bool isWhole() const { return __whole; }
 
@@ -130,6 +133,7 @@ private:
     void inputTransparency(const Tokens& tokens, StackIOContext& context);
     void inputVertexSymbol(const Tokens& tokens, StackIOContext& context);
 
+    void readText(Stack& stack, const std::string& text, const std::string& name, int error);
     bool opensObject(Keyword keyword, const Tokens& tokens) const;
     void parseStatement(const Tokens& tokens, StackIOContext& context, std::string_view text);
     void carryOut(Keyword keyword, const Tokens& tokens, StackIOContext& context);

@@ -44,7 +44,17 @@ void VRLActionHistory::closeStep() {
     }
     if (isRedoable())
         destroyRedoList();
+    emit recorded(Change::Step);
     emit changed();
+    emit undoEnabled(true);
+}
+
+void VRLActionHistory::prependStep(std::unique_ptr<VRLAction> action) {
+    auto step = std::make_unique<VRLActionList>();
+    if (__readContext)
+        step->setContext(__readContext());
+    step->append(std::move(action));
+    __undoList.insert(__undoList.begin(), std::move(step));
     emit undoEnabled(true);
 }
 
@@ -132,6 +142,7 @@ void VRLActionHistory::undo() {
     restoreContext(*__undoList.back());
     __redoList.push_back(std::move(__undoList.back()));
     __undoList.pop_back();
+    emit recorded(Change::Undo);
     emit changed();
     emit redoEnabled(true);
     emit undoEnabled(isUndoable());
@@ -145,6 +156,7 @@ void VRLActionHistory::redo() {
     __redoList.back()->apply();
     __undoList.push_back(std::move(__redoList.back()));
     __redoList.pop_back();
+    emit recorded(Change::Redo);
     emit changed();
     emit undoEnabled(true);
     emit redoEnabled(isRedoable());
@@ -189,6 +201,7 @@ void VRLActionHistory::destroyRedoList() {
 void VRLActionHistory::clear() {
     destroyUndoList();
     destroyRedoList();
+    emit recorded(Change::Clear);
     emit changed();
 }
 

@@ -41,6 +41,13 @@ public:
     void setRefusal(const std::string& reason) { __refusal = reason; }
     const std::string& getRefusal() const { return __refusal; }
 
+    /// What has become of the steps.
+    enum class Change { Step, Undo, Redo, Clear };
+
+    /// Puts a step under all others: one made before they were, by a history that is no more. Not to be called while a
+    /// step is open.
+    void prependStep(std::unique_ptr<VRLAction> action);
+
     /// Takes over the action, which must have been made by new, and applies it if asked. Throws UsageError when no step
     /// is open, and what apply() and the clients of the bus throw: the action is then deleted, and all that the step
     /// had done is reverted. Drops what could have been redone.
@@ -68,6 +75,8 @@ public:
 
 signals:
     void changed();
+    /// Ahead of changed(), with what has happened; a step without actions is none.
+    void recorded(vorlen::VRLActionHistory::Change change);
     void undoEnabled(bool enabled);
     void redoEnabled(bool enabled);
 

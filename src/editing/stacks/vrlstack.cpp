@@ -58,6 +58,7 @@ void VRLStack::noteWritten(const std::string& fileName) {
     setReadOnly("");
     setModified(false);
     setFilename(fileName);
+    emit written();
 }
 
 void VRLStack::setReadOnly(const std::string& reason) {

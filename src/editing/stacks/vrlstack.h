@@ -91,6 +91,10 @@ public:
     void poseCreateEvent(VRLPoseCreateEvent& event) override;
     void poseDeleteEvent(VRLPoseDeleteEvent& event) override;
 
+signals:
+    /// The whole stack has been written to its file.
+    void written();
+
 private:
     bool owns(const StackSlice* slice) const;
     bool owns(const ModelItem* item) const;

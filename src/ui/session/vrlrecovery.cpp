@@ -1,6 +1,7 @@
 #include "ui/session/vrlrecovery.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include <pwd.h>
@@ -18,8 +19,10 @@
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/journal/stackjournal.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
+#include "images/files/imagesourcekinds.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -31,6 +34,16 @@ const QString lockName = "lock";
 /// Beside a recovery file "N.sdf" stands "N.ini", which tells whose it is.
 QString infoFile(const QString& recoveryFile) {
     return recoveryFile.chopped(4) + ".ini";
+}
+
+/// And the folder "N.journal".
+QString journalFolder(const QString& recoveryFile) {
+    return recoveryFile.chopped(4) + ".journal";
+}
+
+bool isEmptySession(const QDir& session) {
+    return session.entryList({"*.sdf"}, QDir::Files).isEmpty() &&
+           session.entryList({"*.journal"}, QDir::Dirs).isEmpty();
 }
 
 /// The home directory of the user's account where the environment names none.
@@ -67,13 +80,18 @@ VRLRecovery::VRLRecovery(const QString& directory) : __directory(directory.isEmp
 
 VRLRecovery::~VRLRecovery() {
     saveModifiedStacks();
+    const VRLStackServer& server = VRLStackServer::stackServer;
+    for (int i = 0; i < server.getNumStacks(); ++i)
+        if (!server.getStack(i).isModified())
+            dropJournal(server.getStack(i));
+    __journals.clear();
     waitForWrites();
     if (__running == this)
         __running = nullptr;
     if (__sessionDirectory.isEmpty())
         return;
     __lock->unlock();
-    if (QDir(__sessionDirectory).entryList({"*.sdf"}, QDir::Files).isEmpty())
+    if (isEmptySession(QDir(__sessionDirectory)))
         QDir(__sessionDirectory).removeRecursively();
 }
 
@@ -111,18 +129,44 @@ void VRLRecovery::saveModifiedStacks() {
             continue;
         if (!makeSessionDirectory())
             return setProblem("Changes can't be kept against a crash: no file can be written in " + __directory + ".");
-        if (entry.file.isEmpty())
-            entry.file = __sessionDirectory + "/" + QString::number(++__numFiles) + ".sdf";
+        entry.file = fileOf(stack);
         entry.changeCount = stack.getChangeCount();
         writeEntry(entry, stack);
     }
 }
 
-void VRLRecovery::setProblem(const QString& problem) {
-    if (problem == __problem)
+void VRLRecovery::setProblem(const QString& problem, Keeper keeper) {
+    __problems[keeper] = problem;
+    const QString first = __problems[Files].isEmpty() ? __problems[Journals] : __problems[Files];
+    if (first == __problem)
         return;
-    __problem = problem;
-    emit problemChanged(problem);
+    __problem = first;
+    emit problemChanged(first);
+}
+
+/// The same for as long as the stack is open. The session's directory is there.
+QString VRLRecovery::fileOf(const VRLStack& stack) {
+    QString& file = __files[&stack];
+    if (file.isEmpty())
+        file = __sessionDirectory + "/" + QString::number(++__numFiles) + ".sdf";
+    return file;
+}
+
+/// Empty for a stack without one.
+QString VRLRecovery::journalOf(const VRLStack& stack) const {
+    const auto file = __files.find(&stack);
+    return file == __files.end() || __journals.count(&stack) == 0 ? QString() : journalFolder(file->second);
+}
+
+void VRLRecovery::writeInfo(const VRLStack& stack) {
+    const QString stackFile = QFile::decodeName(stack.getFilename().c_str());
+    const QString stackName = QString::fromStdString(stack.getName());
+    __writers.start([file = fileOf(stack), stackFile, stackName] {
+        QSettings info(infoFile(file), QSettings::IniFormat);
+        info.setValue("stackFile", stackFile.isEmpty() ? QString() : QFileInfo(stackFile).absoluteFilePath());
+        info.setValue("stackName", stackName);
+        info.setValue("time", QDateTime::currentDateTime());
+    });
 }
 
 void VRLRecovery::writeEntry(const Entry& entry, const VRLStack& stack) {
@@ -134,22 +178,15 @@ void VRLRecovery::writeEntry(const Entry& entry, const VRLStack& stack) {
         return setProblem("Changes of \"" + QString::fromStdString(stack.getName()) +
                           "\" can't be kept against a crash: " + QString::fromStdString(failure.getWhat()) + ".");
     }
-    const QString stackFile = QFile::decodeName(stack.getFilename().c_str());
-    const QString stackName = QString::fromStdString(stack.getName());
-    __writers.start([this, file = entry.file, written = entry.written, text, stackFile, stackName] {
+    __writers.start([this, file = entry.file, written = entry.written, text] {
         const QString failure = writeWhole(file, text);
         const QString problem =
             failure.isEmpty() ? QString() : "Changes can't be kept against a crash: " + file + ": " + failure + ".";
         QMetaObject::invokeMethod(
             this, [this, problem] { setProblem(problem); }, Qt::QueuedConnection);
-        if (!failure.isEmpty())
-            return;
-        *written = true;
-        QSettings info(infoFile(file), QSettings::IniFormat);
-        info.setValue("stackFile", stackFile.isEmpty() ? QString() : QFileInfo(stackFile).absoluteFilePath());
-        info.setValue("stackName", stackName);
-        info.setValue("time", QDateTime::currentDateTime());
+        *written = failure.isEmpty();
     });
+    writeInfo(stack);
 }
 
 void VRLRecovery::waitForWrites() {
@@ -167,13 +204,20 @@ QList<VRLRecovery::Leftover> VRLRecovery::leftovers() const {
         lock.setStaleLockTime(0);
         if (!lock.tryLock()) // another program is running on it
             continue;
-        for (const QString& file : session.entryList({"*.sdf"}, QDir::Files)) {
-            const QString path = session.filePath(file);
-            if (QFileInfo(path).size() == 0)
+        std::set<QString> names;
+        for (const QString& file : session.entryList({"*.sdf", "*.journal"}, QDir::Files | QDir::Dirs))
+            names.insert(QFileInfo(file).completeBaseName());
+        for (const QString& file : names) {
+            const QString path = session.filePath(file + ".sdf");
+            QString journal = journalFolder(path);
+            if (!StackJournal::hasUnsavedSteps(QFile::encodeName(journal).toStdString()))
+                journal.clear();
+            if (journal.isEmpty() && QFileInfo(path).size() == 0)
                 continue;
             const QSettings info(infoFile(path), QSettings::IniFormat);
-            result.append({path, info.value("stackFile").toString(), info.value("stackName").toString(),
-                           info.value("time", QFileInfo(path).lastModified()).toDateTime()});
+            const QDateTime last = QFileInfo(journal.isEmpty() ? path : journal).lastModified();
+            result.append({path, journal, info.value("stackFile").toString(), info.value("stackName").toString(),
+                           info.value("time", last).toDateTime()});
         }
     }
     std::sort(result.begin(), result.end(), [](const Leftover& a, const Leftover& b) { return a.time > b.time; });
@@ -182,17 +226,10 @@ QList<VRLRecovery::Leftover> VRLRecovery::leftovers() const {
 
 VRLStack* VRLRecovery::recover(const Leftover& leftover, QString& message) const {
     auto stack = std::make_unique<VRLStack>();
-    StackReader reader;
-    const std::string file = QFile::encodeName(leftover.recoveryFile).toStdString();
-    try {
-        if (!reader.read(*stack, file)) {
-            message = "The recovery file " + leftover.recoveryFile + " cannot be read.";
+    if (!rebuild(*stack, leftover)) {
+        stack = std::make_unique<VRLStack>();
+        if (!readFile(*stack, leftover, message))
             return nullptr;
-        }
-    } catch (const Exception& failure) {
-        message = "The recovery file " + leftover.recoveryFile +
-                  " cannot be read: " + QString::fromStdString(failure.getWhat());
-        return nullptr;
     }
     // A slice without an image can be neither saved nor recovered again: what is kept stays until the image is back.
     for (int i = 0; i < stack->getNumSlices(); ++i)
@@ -203,10 +240,6 @@ VRLStack* VRLRecovery::recover(const Leftover& leftover, QString& message) const
                       leftover.recoveryFile + ".";
             return nullptr;
         }
-    QStringList problems;
-    for (const std::string& line : reader.getMessages())
-        problems += QString::fromStdString(line);
-    message = problems.join('\n');
     stack->setFilename(QFile::encodeName(leftover.stackFile).toStdString());
     if (leftover.stackFile.isEmpty())
         stack->setImagesPath("");
@@ -216,11 +249,40 @@ VRLStack* VRLRecovery::recover(const Leftover& leftover, QString& message) const
     return stack.release();
 }
 
+/// By the journal. One that can't be carried out whole is left to the recovery file, if there is one.
+bool VRLRecovery::rebuild(VRLStack& stack, const Leftover& leftover) const {
+    if (leftover.journal.isEmpty())
+        return false;
+    const std::string folder = QFile::encodeName(leftover.journal).toStdString();
+    const StackJournal::Rebuilt rebuilt = StackJournal::rebuild(stack, folder, imageSourceKinds());
+    return rebuilt.good && (rebuilt.complete || QFileInfo(leftover.recoveryFile).size() == 0);
+}
+
+bool VRLRecovery::readFile(VRLStack& stack, const Leftover& leftover, QString& message) const {
+    StackReader reader;
+    message = "The recovery file " + leftover.recoveryFile + " cannot be read";
+    try {
+        if (!reader.read(stack, QFile::encodeName(leftover.recoveryFile).toStdString())) {
+            message += ".";
+            return false;
+        }
+    } catch (const Exception& failure) {
+        message += ": " + QString::fromStdString(failure.getWhat());
+        return false;
+    }
+    QStringList problems;
+    for (const std::string& line : reader.getMessages())
+        problems += QString::fromStdString(line);
+    message = problems.join('\n');
+    return true;
+}
+
 void VRLRecovery::discard(const Leftover& leftover) {
     QFile::remove(leftover.recoveryFile);
     QFile::remove(infoFile(leftover.recoveryFile));
+    QDir(journalFolder(leftover.recoveryFile)).removeRecursively();
     QDir session = QFileInfo(leftover.recoveryFile).dir();
-    if (session.entryList({"*.sdf"}, QDir::Files).isEmpty())
+    if (isEmptySession(session))
         session.removeRecursively();
 }
 
@@ -238,12 +300,47 @@ void VRLRecovery::remove(const VRLStack& stack) {
     if (!file.isEmpty())
         __writers.start([file] {
             QFile::remove(file);
-            QFile::remove(infoFile(file));
+            if (!QFileInfo::exists(journalFolder(file)))
+                QFile::remove(infoFile(file));
+        });
+}
+
+/// The journal of a stack begins with its first step.
+void VRLRecovery::stackOpenEvent(VRLStackOpenEvent& event) {
+    VRLStack& stack = *event.getStack();
+    const auto folder = [this, &stack] {
+        if (!makeSessionDirectory()) {
+            setProblem("Steps can't be kept against a crash: no file can be written in " + __directory + ".", Journals);
+            return std::string();
+        }
+        writeInfo(stack);
+        return QFile::encodeName(journalFolder(fileOf(stack))).toStdString();
+    };
+    const auto tell = [this](const QString& problem) {
+        QMetaObject::invokeMethod(
+            this, [this, problem] { setProblem(problem, Journals); }, Qt::QueuedConnection);
+    };
+    __journals[&stack] = std::make_unique<StackJournal>(stack, folder, __writers, tell);
+    connect(&stack, &VRLStack::written, this, [this, &stack] {
+        if (!journalOf(stack).isEmpty())
+            writeInfo(stack);
+    });
+}
+
+void VRLRecovery::dropJournal(const VRLStack& stack) {
+    const QString folder = journalOf(stack);
+    __journals.erase(&stack);
+    if (!folder.isEmpty())
+        __writers.start([folder] {
+            QDir(folder).removeRecursively();
+            QFile::remove(folder.chopped(8) + ".ini");
         });
 }
 
 void VRLRecovery::stackCloseEvent(VRLStackCloseEvent& event) {
+    dropJournal(*event.getStack());
     remove(*event.getStack());
+    __files.erase(event.getStack());
 }
 
 void VRLRecovery::stackModifyEvent(VRLStackModifyEvent& event) {

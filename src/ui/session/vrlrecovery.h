@@ -17,10 +17,15 @@
 
 namespace vorlen {
 
+class StackJournal;
 class VRLStack;
 
-/// Saves open stacks from crashes and power cuts: each modified stack is written to a recovery file of its own, every
-/// two minutes while there are new changes and the user holds no mouse button.
+/// Saves open stacks from crashes and power cuts: each step of an open stack goes to a journal as it happens, and each
+/// modified stack is written to a recovery file of its own, every two minutes while there are new changes and the user
+/// holds no mouse button.
+///
+/// The journal has the steps too, to be undone after a crash, and goes before the recovery file, which is there should
+/// the journal be damaged.
 ///
 /// The files lie in a directory of the running program below the user's state directory, which a lock keeps from other
 /// programs that run at the same time. The text is made on the main thread and written to disk on another one, beside
@@ -40,8 +45,9 @@ class VRLRecovery : public QObject, public VRLEventClient {
 public:
     /// A stack that another run has left behind.
     struct Leftover {
-        QString recoveryFile;
-        QString stackFile; ///< the user's own file; empty for a stack that was never saved
+        QString recoveryFile; ///< may not be there where there is a journal
+        QString journal;      ///< folder of the journal; empty for none with changes
+        QString stackFile;    ///< the user's own file; empty for a stack that was never saved
         QString stackName;
         QDateTime time;
     };
@@ -72,6 +78,7 @@ public:
     /// Why changes can't be kept at present, as a sentence for the user; empty when they can.
     const QString& problem() const { return __problem; }
 
+    void stackOpenEvent(VRLStackOpenEvent& event) override;
     void stackCloseEvent(VRLStackCloseEvent& event) override;
     void stackModifyEvent(VRLStackModifyEvent& event) override;
 
@@ -94,7 +101,14 @@ private:
 
     void saveIfIdle();
     bool makeSessionDirectory();
-    void setProblem(const QString& problem);
+    enum Keeper { Files, Journals };
+    void setProblem(const QString& problem, Keeper keeper = Files);
+    QString fileOf(const VRLStack& stack);
+    QString journalOf(const VRLStack& stack) const;
+    void writeInfo(const VRLStack& stack);
+    void dropJournal(const VRLStack& stack);
+    bool rebuild(VRLStack& stack, const Leftover& leftover) const;
+    bool readFile(VRLStack& stack, const Leftover& leftover, QString& message) const;
     void writeEntry(const Entry& entry, const VRLStack& stack);
     void remove(const VRLStack& stack);
 
@@ -104,7 +118,10 @@ private:
     QTimer __timer;
     QThreadPool __writers;
     std::map<const VRLStack*, Entry> __entries;
+    std::map<const VRLStack*, QString> __files; // the recovery file of each stack that has needed one
+    std::map<const VRLStack*, std::unique_ptr<StackJournal>> __journals;
     int __numFiles = 0;
+    QString __problems[2]; // of each keeper
     QString __problem;
     static VRLRecovery* __running;
 };

@@ -11,6 +11,10 @@
 
 #include <gtest/gtest.h>
 
+#include "document/stackreader.h"
+#include "document/stackwriter.h"
+#include "editing/actions/vrlitemcreationaction.h"
+#include "editing/history/editstep.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "images/files/imagesourcefile.h"
@@ -59,11 +63,30 @@ protected:
     /// What a program leaves that dies now: its files, without its lock.
     void simulateCrash(VRLRecovery& recovery) {
         recovery.waitForWrites();
-        const QString session = QFileInfo(recovery.recoveryFile(*stack)).path();
+        simulateCrash(QFileInfo(recovery.recoveryFile(*stack)).path());
+    }
+    void simulateCrash(const QString& session) {
         const QString copy = recoveryDirectory() + "/dead";
         ASSERT_TRUE(QDir().mkpath(copy));
-        for (const QString& file : QDir(session).entryList({"*.sdf", "*.ini"}, QDir::Files))
-            ASSERT_TRUE(QFile::copy(session + "/" + file, copy + "/" + file));
+        for (QDirIterator files(session, {"*.sdf", "*.ini", "*.base", "*.journal"}, QDir::Files,
+                                QDirIterator::Subdirectories);
+             files.hasNext();) {
+            const QString file = files.next();
+            const QString target = copy + file.mid(session.size());
+            ASSERT_TRUE(QDir().mkpath(QFileInfo(target).path()));
+            ASSERT_TRUE(QFile::copy(file, target));
+        }
+    }
+
+    /// A step of the user's, by which the second outline is drawn.
+    void draw(VRLStack& on) {
+        EditStep step(*on.history());
+        auto* item = new ModelItem;
+        item->setModel(&on.getModel(0));
+        item->setSlice(&on.getSlice(0));
+        item->setVertices(makeVertices({{1, 1}, {2, 1}, {2, 2}}));
+        step.apply(std::make_unique<VRLItemCreationAction>(*item));
+        step.commit();
     }
 
     QTemporaryDir folder;
@@ -92,6 +115,55 @@ TEST_F(VRLRecoveryTest, onlyModifiedStacksAreWrittenAndOnlyWhenTheyChange) {
     recovery.saveModifiedStacks();
     recovery.waitForWrites();
     EXPECT_TRUE(QFile::exists(file));
+}
+
+// What was done since the last tick is in the journal, and with it what leads back to the file.
+TEST_F(VRLRecoveryTest, stepsAreKeptAsTheyHappenWithTheirHistory) {
+    VRLStackServer::stackServer.removeStack(*stack);
+    VRLRecovery recovery(recoveryDirectory());
+    const auto open = [this] {
+        stack = new VRLStack;
+        stack->fileGuard().note(path("brain.sdf"));
+        ASSERT_TRUE(StackReader().read(*stack, path("brain.sdf")));
+        stack->setFilename(path("brain.sdf"));
+        VRLStackServer::stackServer.addStack(*stack);
+    };
+    open();
+    const std::string first = StackWriter().toText(*stack);
+    draw(*stack);
+    draw(*stack);
+    stack->history()->undo();
+    const std::string last = StackWriter().toText(*stack);
+    recovery.waitForWrites();
+    const QString session = QDir(recoveryDirectory()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
+    ASSERT_FALSE(session.isEmpty());
+    simulateCrash(recoveryDirectory() + "/" + session);
+
+    const auto leftovers = recovery.leftovers();
+    ASSERT_EQ(leftovers.size(), 1);
+    EXPECT_EQ(leftovers[0].stackFile.toStdString(), path("brain.sdf"));
+    QString message;
+    const std::unique_ptr<VRLStack> recovered(recovery.recover(leftovers[0], message));
+    ASSERT_NE(recovered, nullptr) << message.toStdString();
+    EXPECT_EQ(message.toStdString(), "");
+    EXPECT_TRUE(recovered->isModified());
+    EXPECT_EQ(StackWriter().toText(*recovered), last);
+    recovered->history()->undo();
+    EXPECT_EQ(StackWriter().toText(*recovered), first);
+    recovered->history()->redo();
+    recovered->history()->redo();
+    EXPECT_EQ(recovered->getModel(0).getNumItems(), 3);
+    recovery.discard(leftovers[0]);
+    EXPECT_FALSE(QDir(recoveryDirectory() + "/dead").exists());
+
+    // Saved, there is nothing to be recovered.
+    ASSERT_TRUE(stack->write(path("brain.sdf")));
+    recovery.waitForWrites();
+    simulateCrash(recoveryDirectory() + "/" + session);
+    EXPECT_TRUE(recovery.leftovers().isEmpty());
+    VRLStackServer::stackServer.removeStack(*std::exchange(stack, nullptr));
+    recovery.waitForWrites();
+    EXPECT_TRUE(QDir(recoveryDirectory() + "/" + session).entryList({"1.*"}).isEmpty());
 }
 
 TEST_F(VRLRecoveryTest, aSaveOrACloseRemovesTheFile) {

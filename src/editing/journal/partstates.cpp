@@ -1,0 +1,394 @@
+#include "editing/journal/partstates.h"
+
+#include <filesystem>
+
+#include <sys/stat.h>
+
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/pose.h"
+#include "document/stack.h"
+#include "editing/actions/stackstate.h"
+#include "editing/journal/journalbytes.h"
+#include "images/files/imagesourcekinds.h"
+#include "numerics/exception.h"
+#include "values/imagestatement.h"
+
+namespace vorlen::partstates {
+
+namespace {
+
+void put(ByteWriter& bytes, const PixelCalibration& calibration) {
+    bytes.integer(calibration.getLengthUnit().getScale());
+    bytes.flag(!calibration.isDefaultPixelWidth());
+    bytes.real(calibration.getPixelWidth());
+    bytes.flag(!calibration.isDefaultPixelHeight());
+    bytes.real(calibration.getPixelHeight());
+    bytes.flag(!calibration.isDefaultAspectRatio());
+    bytes.real(calibration.getAspectRatio());
+}
+
+/// What was not set follows from the rest, as a rule; where it does not, it is set.
+PixelCalibration takeCalibration(ByteReader& bytes) {
+    PixelCalibration calibration;
+    calibration.setLengthUnit(LengthUnit(bytes.smallInteger()));
+    const bool hasWidth = bytes.flag();
+    const float width = bytes.real();
+    const bool hasHeight = bytes.flag();
+    const float height = bytes.real();
+    const bool hasRatio = bytes.flag();
+    const float ratio = bytes.real();
+    if (hasWidth)
+        calibration.setPixelWidth(width);
+    if (hasHeight)
+        calibration.setPixelHeight(height);
+    if (hasRatio)
+        calibration.setAspectRatio(ratio);
+    const auto differs = [&] {
+        return calibration.getPixelWidth() != width || calibration.getPixelHeight() != height ||
+               calibration.getAspectRatio() != ratio;
+    };
+    if (differs())
+        calibration.compute();
+    if (differs()) {
+        calibration.setPixelWidth(width);
+        calibration.setPixelHeight(height);
+        calibration.setAspectRatio(ratio);
+    }
+    return calibration;
+}
+
+/// What can't be read stays with its object: only a new one has to be told.
+void giveUnread(const std::string& text, UnreadText& object) {
+    if (!text.empty() && object.getUnreadText().empty())
+        object.appendUnreadText(text);
+}
+
+template <class Value, class Put>
+void putIf(ByteWriter& bytes, bool defined, Put&& put, Value&& value) {
+    bytes.flag(defined);
+    if (defined)
+        put(value());
+}
+
+void put(ByteWriter& bytes, const ModelItemProperties& look) {
+    const auto real = [&](float value) { bytes.real(value); };
+    const auto integer = [&](int value) { bytes.integer(value); };
+    putIf(
+        bytes, look.definesColor(),
+        [&](const Vector<int>& c) {
+            for (int k = 0; k < 3; ++k)
+                integer(c[k]);
+        },
+        [&]() -> const Vector<int>& { return look.getColor(); });
+    putIf(bytes, look.definesLineWidth(), real, [&] { return look.getLineWidth(); });
+    putIf(bytes, look.definesPointSize(), real, [&] { return look.getPointSize(); });
+    putIf(bytes, look.definesVertexSymbol(), integer, [&] { return int(look.getVertexSymbol()); });
+    putIf(bytes, look.definesVertexSymbolFilling(), integer, [&] { return int(look.getVertexSymbolFilling()); });
+    putIf(bytes, look.definesRenderingVisibility(), integer, [&] { return int(look.getRenderingVisibility()); });
+}
+
+template <class Enumeration>
+Enumeration takeEnumeration(ByteReader& bytes, Enumeration last) {
+    const int value = bytes.smallInteger();
+    if (value < 0 || value > static_cast<int>(last))
+        ByteReader::fail("The journal names a property that there is not");
+    return static_cast<Enumeration>(value);
+}
+
+ModelItemProperties takeLook(ByteReader& bytes) {
+    ModelItemProperties look;
+    if (bytes.flag()) {
+        const int red = bytes.smallInteger(), green = bytes.smallInteger(), blue = bytes.smallInteger();
+        look.setColor(red, green, blue);
+    }
+    if (bytes.flag())
+        look.setLineWidth(bytes.real());
+    if (bytes.flag())
+        look.setPointSize(bytes.real());
+    if (bytes.flag())
+        look.setVertexSymbol(takeEnumeration(bytes, UnknownSymbol));
+    if (bytes.flag())
+        look.setVertexSymbolFilling(bytes.smallInteger() != 0);
+    if (bytes.flag())
+        look.setRenderingVisibility(bytes.smallInteger() != 0);
+    return look;
+}
+
+void put(ByteWriter& bytes, const ModelProperties& properties) {
+    const auto real = [&](float value) { bytes.real(value); };
+    const auto integer = [&](auto value) { bytes.integer(static_cast<std::int64_t>(value)); };
+    putIf(bytes, properties.definesGeometry(), integer, [&] { return properties.getGeometry(); });
+    putIf(bytes, properties.definesRenderingMode(), integer, [&] { return properties.getRenderingMode(); });
+    putIf(bytes, properties.definesSurfaceOpacity(), real, [&] { return properties.getSurfaceOpacity(); });
+    putIf(bytes, properties.definesSurfaceShininess(), real, [&] { return properties.getSurfaceShininess(); });
+    putIf(bytes, properties.definesQuadMeshWidth(), integer, [&] { return properties.getQuadMeshWidth(); });
+    putIf(bytes, properties.definesQuadMeshHeight(), integer, [&] { return properties.getQuadMeshHeight(); });
+    putIf(bytes, properties.definesEconomicRendering(), integer, [&] { return properties.getEconomicRendering(); });
+    putIf(bytes, properties.hasBeginCapFlag(), integer, [&] { return properties.getBeginCapFlag(); });
+    putIf(bytes, properties.hasEndCapFlag(), integer, [&] { return properties.getEndCapFlag(); });
+}
+
+ModelProperties takeProperties(ByteReader& bytes) {
+    ModelProperties properties;
+    if (bytes.flag())
+        properties.setGeometry(takeEnumeration(bytes, UnknownPrimitive));
+    if (bytes.flag())
+        properties.setRenderingMode(takeEnumeration(bytes, UnknownRendering));
+    if (bytes.flag())
+        properties.setSurfaceOpacity(bytes.real());
+    if (bytes.flag())
+        properties.setSurfaceShininess(bytes.real());
+    if (bytes.flag())
+        properties.setQuadMeshWidth(static_cast<unsigned int>(bytes.integer()));
+    if (bytes.flag())
+        properties.setQuadMeshHeight(static_cast<unsigned int>(bytes.integer()));
+    if (bytes.flag())
+        properties.setEconomicRendering(bytes.smallInteger() != 0);
+    if (bytes.flag())
+        properties.setBeginCapFlag(bytes.smallInteger() != 0);
+    if (bytes.flag())
+        properties.setEndCapFlag(bytes.smallInteger() != 0);
+    return properties;
+}
+
+std::string absoluteName(const std::string& file) {
+    std::error_code error;
+    return std::filesystem::absolute(file, error).lexically_normal().string();
+}
+
+void put(ByteWriter& bytes, const ImageStatement& statement) {
+    bytes.text(statement.keyword);
+    bytes.number(statement.arguments.size());
+    for (const ImageStatement::Argument& argument : statement.arguments) {
+        const auto* file = std::get_if<std::string>(&argument);
+        bytes.flag(file != nullptr);
+        if (file != nullptr)
+            bytes.text(absoluteName(*file));
+        else
+            bytes.integer(std::get<int>(argument));
+    }
+}
+
+/// A pipe could keep the reader of an image waiting for ever.
+void requireRegularFile(const std::string& file) {
+    struct stat info;
+    if (::stat(file.c_str(), &info) == 0 && !S_ISREG(info.st_mode))
+        throw FileReadError("partstates::makeImage(...)", "Not a regular file", file);
+}
+
+/// The kind that the statement is of. Throws FileFormatError for a statement of none.
+const ImageSourceKind& takeStatement(ByteReader& bytes, bool begins, const std::vector<ImageSourceKind>& kinds,
+                                     ImageStatement& statement) {
+    constexpr int mostPlaces = 1 << 20;
+    statement.keyword = bytes.text();
+    const std::size_t numArguments = bytes.count();
+    for (std::size_t i = 0; i < numArguments; ++i)
+        if (bytes.flag())
+            statement.arguments.emplace_back(bytes.text());
+        else
+            statement.arguments.emplace_back(bytes.smallInteger());
+    const auto fits = [&](const ImageSourceKind& kind) {
+        if (kind.keyword != statement.keyword || (kind.make != nullptr) != begins ||
+            kind.arguments.size() != numArguments)
+            return false;
+        long long places = 1;
+        for (std::size_t i = 0; i < numArguments; ++i) {
+            const int* number = std::get_if<int>(&statement.arguments[i]);
+            if ((kind.arguments[i] == ImageSourceKind::File) == (number != nullptr))
+                return false;
+            if (kind.arguments[i] == ImageSourceKind::Size && (*number < 0 || (places *= *number) > mostPlaces))
+                return false;
+        }
+        return true;
+    };
+    for (const ImageSourceKind& kind : kinds)
+        if (fits(kind)) {
+            for (const ImageStatement::Argument& argument : statement.arguments)
+                if (const auto* file = std::get_if<std::string>(&argument))
+                    requireRegularFile(*file);
+            return kind;
+        }
+    ByteReader::fail("The journal names a kind of image that there is not");
+}
+
+} // namespace
+
+std::string ofStack(const Stack& stack) {
+    const StackState state(stack);
+    ByteWriter bytes;
+    bytes.text(state.name);
+    bytes.text(state.annotation);
+    bytes.text(state.imagesPath);
+    bytes.flag(state.absoluteImagesPath);
+    bytes.real(state.sliceSpacing);
+    bytes.real(state.sliceThickness);
+    put(bytes, state.calibration);
+    bytes.text(state.lastRegisteredSlice);
+    bytes.text(stack.getLastSegmentedSlice());
+    return bytes.take();
+}
+
+void give(const std::string& state, Stack& stack) {
+    ByteReader bytes(state);
+    StackState given(stack);
+    given.name = bytes.text();
+    given.annotation = bytes.text();
+    given.imagesPath = bytes.text();
+    given.absoluteImagesPath = bytes.flag();
+    given.sliceSpacing = bytes.real();
+    given.sliceThickness = bytes.real();
+    given.calibration = takeCalibration(bytes);
+    given.lastRegisteredSlice = bytes.text();
+    const std::string last = bytes.text();
+    given.giveTo(stack);
+    stack.setLastSegmentedSlice(last);
+}
+
+std::string ofSlice(const StackSlice& slice) {
+    const SliceState state(slice);
+    ByteWriter bytes;
+    bytes.text(state.name);
+    bytes.text(state.annotation);
+    bytes.real(state.thickness);
+    bytes.real(state.placement.position);
+    bytes.flag(state.placement.relative);
+    bytes.flag(state.placement.followsDefault);
+    put(bytes, state.calibration);
+    bytes.integer(state.registration.getHorShift());
+    bytes.integer(state.registration.getVerShift());
+    bytes.real(state.registration.getRotationAngle());
+    bytes.text(slice.getUnreadText());
+    return bytes.take();
+}
+
+void give(const std::string& state, StackSlice& slice) {
+    ByteReader bytes(state);
+    SliceState given(slice);
+    given.name = bytes.text();
+    given.annotation = bytes.text();
+    given.thickness = bytes.real();
+    given.placement.position = bytes.real();
+    given.placement.relative = bytes.flag();
+    given.placement.followsDefault = bytes.flag();
+    given.calibration = takeCalibration(bytes);
+    given.registration.setHorShift(bytes.smallInteger());
+    given.registration.setVerShift(bytes.smallInteger());
+    given.registration.setRotationAngle(bytes.real());
+    giveUnread(bytes.text(), slice);
+    given.giveTo(slice);
+}
+
+std::string ofImage(const StackSlice& slice) {
+    ByteWriter bytes;
+    try {
+        const ImageSource& source = slice.getImageSource();
+        const std::vector<ImageStatement> further = source.getFurtherStatements();
+        bytes.number(1 + further.size());
+        put(bytes, source.getStatement());
+        for (const ImageStatement& statement : further)
+            put(bytes, statement);
+    } catch (const ProgramError&) { // a slice without an image
+        return {};
+    }
+    return bytes.take();
+}
+
+std::unique_ptr<ImageSource> makeImage(const std::string& state, const std::vector<ImageSourceKind>& kinds) {
+    if (state.empty())
+        return nullptr;
+    try {
+        ByteReader bytes(state);
+        const std::size_t numStatements = bytes.count();
+        ImageStatement begin;
+        std::unique_ptr<ImageSource> source = takeStatement(bytes, true, kinds, begin).make(begin);
+        for (std::size_t i = 1; i < numStatements; ++i) {
+            ImageStatement statement;
+            takeStatement(bytes, false, kinds, statement);
+            source->addStatement(statement);
+        }
+        return source;
+    } catch (const Exception&) { // the slice then is without an image, as one whose file is missing when it is read
+        return nullptr;
+    }
+}
+
+std::string ofModel(const Model& model) {
+    ByteWriter bytes;
+    bytes.text(model.getName());
+    put(bytes, model.getProperties());
+    put(bytes, model.getItemProperties());
+    bytes.text(model.getUnreadText());
+    return bytes.take();
+}
+
+void give(const std::string& state, Model& model) {
+    ByteReader bytes(state);
+    const std::string name = bytes.text();
+    const ModelProperties properties = takeProperties(bytes);
+    const ModelItemProperties look = takeLook(bytes);
+    giveUnread(bytes.text(), model);
+    model.setName(name);
+    model.setProperties(properties);
+    model.setItemProperties(look);
+}
+
+std::string ofItem(const ModelItem& item, const Stack& stack) {
+    ByteWriter bytes;
+    bytes.integer(item.getSlice() == nullptr ? -1 : stack.findSlice(*item.getSlice()));
+    put(bytes, item.getProperties());
+    const Vertices<int>& vertices = item.getVertices();
+    bytes.number(static_cast<std::uint64_t>(item.getSize()));
+    for (int i = 0; i < item.getSize(); ++i) {
+        bytes.integer(vertices[i][0]);
+        bytes.integer(vertices[i][1]);
+    }
+    bytes.text(item.getUnreadText());
+    return bytes.take();
+}
+
+void give(const std::string& state, ModelItem& item, const std::vector<StackSlice*>* slices) {
+    ByteReader bytes(state);
+    const int slice = bytes.smallInteger();
+    if (slices != nullptr && (slice < -1 || slice >= static_cast<int>(slices->size())))
+        ByteReader::fail("The journal names a slice that there is not");
+    const ModelItemProperties look = takeLook(bytes);
+    std::vector<int> coordinates(2 * bytes.count());
+    for (int& coordinate : coordinates)
+        coordinate = bytes.smallInteger();
+    giveUnread(bytes.text(), item);
+    if (slices != nullptr)
+        item.setSlice(slice < 0 ? nullptr : (*slices)[static_cast<std::size_t>(slice)]);
+    item.setProperties(look);
+    item.setVertices(coordinates.data(), static_cast<int>(coordinates.size() / 2));
+}
+
+std::string ofPose(const Pose& pose) {
+    ByteWriter bytes;
+    bytes.text(pose.getName());
+    for (int k = 0; k < 3; ++k)
+        bytes.real(pose.getRotation()[k]);
+    for (const int value : {pose.getXTranslation(), pose.getYTranslation(), pose.getZoom(), pose.getAmbientLight(),
+                            pose.getDiffuseLight(), pose.getSpecularLight()})
+        bytes.integer(value);
+    bytes.text(pose.getUnreadText());
+    return bytes.take();
+}
+
+void give(const std::string& state, Pose& pose) {
+    ByteReader bytes(state);
+    pose.setName(bytes.text());
+    Vector<float> rotation(3);
+    for (int k = 0; k < 3; ++k)
+        rotation[k] = bytes.real();
+    pose.setRotation(rotation);
+    pose.setXTranslation(bytes.smallInteger());
+    pose.setYTranslation(bytes.smallInteger());
+    pose.setZoom(bytes.smallInteger());
+    pose.setAmbientLight(bytes.smallInteger());
+    pose.setDiffuseLight(bytes.smallInteger());
+    pose.setSpecularLight(bytes.smallInteger());
+    giveUnread(bytes.text(), pose);
+}
+
+} // namespace vorlen::partstates
