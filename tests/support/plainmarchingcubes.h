@@ -35,8 +35,8 @@ public:
             for (int axis = 0; axis < 3; ++axis)
                 result[int(n)][axis] = __vertices[n][axis];
         for (const std::array<int, 3>& t : __triangles)
-            result.addTriangle(static_cast<unsigned int>(t)[0], static_cast<unsigned int>(t)[1],
-                               static_cast<unsigned int>(t)[2]);
+            result.addTriangle(static_cast<unsigned int>(t[0]), static_cast<unsigned int>(t[1]),
+                               static_cast<unsigned int>(t[2]));
         result.computeNormals();
         return result;
     }
