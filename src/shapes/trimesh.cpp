@@ -472,9 +472,11 @@ bool TriMesh<T>::contains(const Vector<T>& p) const {
             return false;
         }
         const Vector<T>& corner = box.getVertex1();
+        const T unit = box.diagonal() / 8;
         const unsigned int numTriangles = getNumTriangles();
         for (int ray = 1; ray <= maxPlainRays; ray++) {
-            const T q[3] = {corner[0] - T(ray), corner[1] - T(2 * ray - 1), corner[2] - T(3 * ray - 2)};
+            const T q[3] = {corner[0] - unit * T(ray), corner[1] - unit * T(2 * ray - 1),
+                            corner[2] - unit * T(3 * ray - 2)};
             bool odd = false;
             unsigned int i = 0;
             for (; i < numTriangles; i++) {
@@ -617,7 +619,7 @@ void TriMesh<T>::export2AsciiSTL(std::ostream& stream) const {
         writer.text("  facet normal");
         for (Wide<T> component : normal) {
             writer.blank();
-            writer.number(component + 0); // -0 becomes 0
+            writer.number(float(component + 0)); // -0 becomes 0
         }
         writer.text("\n    outer loop\n");
         for (int c = 0; c < 3; c++) {
