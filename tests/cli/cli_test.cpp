@@ -171,6 +171,9 @@ TEST_F(CommandLineTest, exportWritesSurfacesAndKeepsOldOnes) {
     EXPECT_NE(second.output.find("file exists"), std::string::npos);
     EXPECT_EQ(cli(*sample, "export --overwrite --output surfaces sample.sdf").status, 1);
     EXPECT_EQ(cli(*sample, "export --ends round sample.sdf").status, 2);
+    // A directory that is named as another command is a directory.
+    EXPECT_NE(cli(*sample, "-o density --overwrite export sample.sdf").output.find("density/Sample-Nucleus.stl"),
+              std::string::npos);
     EXPECT_EQ(sample->read("surfaces/Sample-Nucleus.stl"), stl);
 }
 
