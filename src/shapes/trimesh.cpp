@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace vorlen {
 
@@ -545,7 +546,11 @@ ShapeType TriMesh<T>::read(std::istream& stream) {
                 component = reader.number<T>();
             }
             if constexpr (!std::is_same_v<T, int>) {
-                normals[i].normalize();
+                // One that was written of norm 1 comes back to its last digit.
+                const T squares = normals[i].scalarProduct(normals[i]);
+                if (!(std::abs(squares - 1) <= 8 * std::numeric_limits<T>::epsilon())) {
+                    normals[i].normalize();
+                }
             }
         }
         mesh.__normals = normals;
