@@ -42,21 +42,28 @@ void printHelp() {
                  "Exit status: 0 good, 1 problems in a document, 2 usage, 3 file error.\n";
 }
 
+/// Whether the word is an option that has its value in the next one.
+bool takesValue(const QString& word) {
+    static const QStringList flags = {"--overwrite",  "--models-only",  "--invert", "--open",
+                                      "--calibrated", "--no-alignment", "--help",   "-h"};
+    return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
+}
+
 int usageError(const std::string& message) {
     std::cerr << "vorlen-cli: " << message << "\nTry 'vorlen-cli --help'.\n";
     return ExitUsage;
 }
 
 int run(QStringList arguments) {
-    // Options may stand before the command's name, so that it is looked for.
-    for (int i = 1; i < arguments.size(); ++i) {
-        for (const Command& command : commands) {
-            if (arguments[i] == command.name) {
-                arguments.removeAt(i);
-                return command.run(arguments);
-            }
-        }
-    }
+    // Options may stand before the command's name, so that it is looked for; what stands behind an option may be its
+    // value, and is the command only when nothing else is.
+    for (const bool afterOptions : {false, true})
+        for (qsizetype i = 1; i < arguments.size(); ++i)
+            for (const Command& command : commands)
+                if (arguments[i] == command.name && takesValue(arguments[i - 1]) == afterOptions) {
+                    arguments.removeAt(i);
+                    return command.run(arguments);
+                }
     if (arguments.contains("--version") || arguments.contains("-v")) {
         std::cout << "vorlen-cli " << VORLEN_VERSION << '\n';
         return ExitGood;

@@ -1,6 +1,8 @@
 #include "document/stack.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <utility>
 
 #include "document/modelitem.h"
@@ -226,9 +228,15 @@ bool Stack::isRegular() const {
         return slice.useRelativePosition() ? relativeStep(slice)
                                            : positions[std::size_t(i)] - positions[std::size_t(i - 1)];
     };
+    // Steps of 0.1 between absolute positions differ by the rounding of these.
     const float spacing = relativePosition(1);
+    const auto isStep = [&](int i) {
+        const float farther = std::max(std::abs(positions[std::size_t(i)]), std::abs(positions[std::size_t(i - 1)]));
+        const float rounding = 2 * std::numeric_limits<float>::epsilon() * std::max(farther, std::abs(positions[1]));
+        return std::abs(relativePosition(i) - spacing) <= rounding;
+    };
     for (int i = 1; i < n; ++i)
-        if (size(getSlice(i)) != firstSize || !getSlice(i).getRegistration().isNull() || relativePosition(i) != spacing)
+        if (size(getSlice(i)) != firstSize || !getSlice(i).getRegistration().isNull() || !isStep(i))
             return false;
     return true;
 }

@@ -152,8 +152,9 @@ std::string StackIO::protect(const std::string& text, bool everyBlank) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const unsigned char c = static_cast<unsigned char>(text[i]);
+        const bool looksProtected = text.compare(i, 3, "__X") == 0 && unprotect(text.substr(i, 7)).size() == 1;
         const bool squeezed = isBlank(text[i]) && (i == 0 || (everyBlank && isBlank(text[i - 1])));
-        if (c == '#' || c == '"' || c < ' ' || c == 127 || squeezed) {
+        if (c == '#' || c == '"' || c < ' ' || c == 127 || squeezed || looksProtected) {
             result += "__X";
             result += digits[c >> 4];
             result += digits[c & 15];

@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <locale>
@@ -112,6 +113,12 @@ int toInt(std::string_view text) {
 
 float toReal(std::string_view text) {
     return static_cast<float>(std::strtod(std::string(text.substr(0, 256)).c_str(), nullptr));
+}
+
+/// Widths and the like: 0 for what is no number.
+float toFinite(std::string_view text) {
+    const float value = toReal(text);
+    return std::isfinite(value) ? value : 0;
 }
 
 bool toBool(std::string_view text) {
@@ -642,7 +649,7 @@ void StackReader::inputBeginCap(const Tokens& tokens, StackIOContext& context) {
 
 void StackReader::inputBrilliancy(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getModelProperties()).setSurfaceShininess(static_cast<float>(toInt(tokens[1])));
+    required(context.getModelProperties()).setSurfaceShininess(toFinite(tokens[1]));
 }
 
 void StackReader::inputCalibrationCurve(const Tokens& tokens, StackIOContext& context) {
@@ -891,7 +898,7 @@ void StackReader::inputPixWidth(const Tokens& tokens, StackIOContext& context) {
 
 void StackReader::inputPointSize(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getModelItemProperties()).setPointSize(static_cast<float>(toInt(tokens[1])));
+    required(context.getModelItemProperties()).setPointSize(toFinite(tokens[1]));
 }
 
 void StackReader::inputPose(const Tokens& tokens, StackIOContext& context) {
@@ -1050,12 +1057,12 @@ void StackReader::inputStandardImage(const Tokens& tokens, StackIOContext& conte
 
 void StackReader::inputThickness(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getModelItemProperties()).setLineWidth(static_cast<float>(toInt(tokens[1])));
+    required(context.getModelItemProperties()).setLineWidth(toFinite(tokens[1]));
 }
 
 void StackReader::inputTransparency(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getModelProperties()).setSurfaceOpacity(static_cast<float>(toInt(tokens[1])));
+    required(context.getModelProperties()).setSurfaceOpacity(toFinite(tokens[1]));
 }
 
 void StackReader::inputVertexSymbol(const Tokens& tokens, StackIOContext& context) {

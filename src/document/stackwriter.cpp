@@ -34,18 +34,19 @@ const char* word(bool value) {
     return value ? "true" : "false";
 }
 
-/// Six significant digits, as printf's %g in the classic locale.
-void appendReal(std::string& text, double value) {
+/// The fewest digits that read back as the same number, in the form of printf's %g in the classic locale.
+template <class Real>
+void appendReal(std::string& text, Real value) {
     char buffer[40];
-    const auto end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, 6).ptr;
+    const auto end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general).ptr;
     text.append(buffer, end);
 }
 
-/// The pixel height does not follow from width and aspect ratio, beyond what six digits of these can hide.
+/// The pixel height does not follow from width and aspect ratio, beyond their rounding.
 bool needsPixelHeight(const PixelCalibration& calibration) {
     const float height = calibration.getPixelHeight();
     const float implied = calibration.getPixelWidth() * calibration.getAspectRatio();
-    return std::abs(height - implied) > 2e-5f * std::abs(height);
+    return std::abs(height - implied) > 3e-7f * std::abs(height);
 }
 
 std::string absoluteDirectory(const std::string& directory) {

@@ -28,10 +28,12 @@ void StackExporter::export2AsciiSTL(const Stack& stack, const std::string& direc
         export2AsciiSTL(stack.getModel(i), reconstruction, directory, stack.getName(), overwrite);
 }
 
-void StackExporter::export2AsciiSTL(const Model& model, StackReconstruction<float>& reconstruction,
-                                    const std::string& directory, const std::string& prefix, bool overwrite) {
+std::optional<SurfaceCertificate> StackExporter::export2AsciiSTL(const Model& model,
+                                                                 StackReconstruction<float>& reconstruction,
+                                                                 const std::string& directory,
+                                                                 const std::string& prefix, bool overwrite) {
     if (model.getProperties().getGeometry() == PolypointPrimitive)
-        return;
+        return std::nullopt;
     const std::string file = (prefix.empty() ? std::string() : prefix + "-") + model.getName();
     const std::string base = (directory.empty() ? std::string() : directory + "/") + file;
     const std::string stlName = base + ".stl", meshName = base + ".qm";
@@ -43,7 +45,7 @@ void StackExporter::export2AsciiSTL(const Model& model, StackReconstruction<floa
     const ModelSurface<float> contours(model, reconstruction);
     const ModelSurface<float>::MeshSize size = contours.getMeshSize(model.getProperties());
     if (!contours.exists() || size.isEmpty())
-        return;
+        return std::nullopt;
     if (size.exceeds(maxNumVertices))
         throw FileWriteError(where, "The mesh is to have too many vertices", stlName);
     if (!overwrite)
@@ -51,7 +53,8 @@ void StackExporter::export2AsciiSTL(const Model& model, StackReconstruction<floa
 
     const std::unique_ptr<QuadMesh<float>> mesh =
         contours.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));
-    TriMesh<float> surface = mesh->toTriMesh(false);
+    TriMesh<float> surface =
+        contours.close(*mesh, __ends.value_or(ModelSurface<float>::getEnds(model.getProperties())));
     surface.setName(model.getName());
     std::ostringstream text;
     text.imbue(std::locale::classic());
@@ -59,6 +62,7 @@ void StackExporter::export2AsciiSTL(const Model& model, StackReconstruction<floa
     mesh->save(meshName, overwrite);
     if (!SafeFile::save(stlName, text.str()))
         throw FileWriteError(where, "The file cannot be opened for writing", stlName);
+    return SurfaceCertificate::of(surface);
 }
 
 } // namespace vorlen

@@ -16,7 +16,8 @@ constexpr int blockSize = 64;
 
 // Decomposes columns first to last-1 over all rows from first down. Returns the parity, or 0 on failure.
 template <class T>
-int decomposePanel(RowBlock<T>& a, int first, int last, std::vector<T>& scale, Vector<int>& index, T threshold) {
+int decomposePanel(RowBlock<T>& a, int first, int last, std::vector<T>& scale, Vector<int>& index, T threshold,
+                   bool relative) {
     const int n = a.getRows();
     int parity = 1;
     for (int j = first; j < last; ++j) {
@@ -36,7 +37,7 @@ int decomposePanel(RowBlock<T>& a, int first, int last, std::vector<T>& scale, V
         }
         index[j] = pivot;
         const T* row = a[j];
-        if (!(std::abs(row[j]) > threshold))
+        if (!((relative ? best : std::abs(row[j])) > threshold))
             return 0;
         for (int i = j + 1; i < n; ++i) {
             T* target = a[i];
@@ -55,7 +56,7 @@ namespace lufactor {
 
 // 2/3 n^3 operations, nearly all of them in the product of a block column and a block row.
 template <class T>
-int decompose(RowBlock<T>& a, Vector<int>& index, T threshold) {
+int decompose(RowBlock<T>& a, Vector<int>& index, T threshold, bool relative) {
     const int n = a.getRows();
     index.setSize(n);
     std::vector<T> scale(static_cast<std::size_t>(n));
@@ -71,7 +72,7 @@ int decompose(RowBlock<T>& a, Vector<int>& index, T threshold) {
     int parity = 1;
     for (int first = 0; first < n; first += blockSize) {
         const int last = std::min(first + blockSize, n);
-        parity *= decomposePanel(a, first, last, scale, index, threshold);
+        parity *= decomposePanel(a, first, last, scale, index, threshold, relative);
         if (parity == 0)
             return 0;
         const int rest = n - last;
@@ -124,9 +125,9 @@ RowBlock<T> invert(RowBlock<T>& lu, const Vector<int>& index, Vector<int>& order
     return x;
 }
 
-template int decompose(RowBlock<float>&, Vector<int>&, float);
-template int decompose(RowBlock<double>&, Vector<int>&, double);
-template int decompose(RowBlock<long double>&, Vector<int>&, long double);
+template int decompose(RowBlock<float>&, Vector<int>&, float, bool);
+template int decompose(RowBlock<double>&, Vector<int>&, double, bool);
+template int decompose(RowBlock<long double>&, Vector<int>&, long double, bool);
 template RowBlock<float> invert(RowBlock<float>&, const Vector<int>&, Vector<int>&);
 template RowBlock<double> invert(RowBlock<double>&, const Vector<int>&, Vector<int>&);
 template RowBlock<long double> invert(RowBlock<long double>&, const Vector<int>&, Vector<int>&);

@@ -17,8 +17,9 @@ namespace vorlen {
 
 namespace {
 
-// 20 times the machine epsilon of single precision.
-constexpr double singularPivot = 2.3841858e-6;
+// A pivot below this part of its row is what rounding leaves of 0.
+template <class T>
+constexpr T singularPivot = 20 * std::numeric_limits<T>::epsilon();
 
 [[noreturn]] void throwSizeError(const char* where) {
     SizeError error;
@@ -36,7 +37,7 @@ RowBlock<T> toBlock(const SquareMatrix<T>& matrix) {
 }
 
 // Pivots of the Thomas algorithm and the superdiagonal gamma of its upper factor. Returns false when the absolute value
-// of a pivot is not above the working precision.
+// of a pivot is not above the working precision of its row.
 template <class T>
 bool tridiagPivots(const Vector<T>& d, const Vector<T>& upper, const Vector<T>& lower, Vector<T>& pivots,
                    Vector<T>& gamma) {
@@ -45,11 +46,15 @@ bool tridiagPivots(const Vector<T>& d, const Vector<T>& upper, const Vector<T>& 
     gamma.setSize(std::max(n - 1, 0));
     for (int j = 0; j < n; ++j) {
         pivots[j] = d[j];
+        T scale = std::abs(d[j]);
+        if (j + 1 < n)
+            scale = std::max(scale, std::abs(upper[j]));
         if (j > 0) {
+            scale = std::max(scale, std::abs(lower[j - 1]));
             gamma[j - 1] = upper[j - 1] / pivots[j - 1];
             pivots[j] -= lower[j - 1] * gamma[j - 1];
         }
-        if (!(std::abs(pivots[j]) > Vector<T>::epsilon()))
+        if (!(std::abs(pivots[j]) > Vector<T>::epsilon() * scale))
             return false;
     }
     return true;
@@ -418,9 +423,13 @@ T SquareMatrix<T>::det() const {
     if constexpr (!std::is_floating_point_v<T>)
         raiseNotAvailable<T>("int SquareMatrix<#>::luDecomp(...)");
     else {
+        for (int i = 0; i < getSize(); ++i)
+            for (const T x : (*this)[i])
+                if (x != x)
+                    return x;
         RowBlock<T> block = toBlock(*this);
         Vector<int> index;
-        const int parity = lufactor::decompose(block, index, T(singularPivot));
+        const int parity = lufactor::decompose(block, index, singularPivot<T>, true);
         T product = T(parity);
         if (parity != 0)
             for (int i = 0; i < getSize(); ++i)
@@ -437,7 +446,7 @@ SquareMatrix<T> SquareMatrix<T>::inverse() const {
         const int n = getSize();
         RowBlock<T> block = toBlock(*this);
         Vector<int> index;
-        if (lufactor::decompose(block, index, T(singularPivot)) == 0) {
+        if (lufactor::decompose(block, index, singularPivot<T>, true) == 0) {
             MathError error("int SquareMatrix<T>::luDecomp(...)", "This matrix is singular");
             error.addCall("SquareMatrix<T> SquareMatrix<T>::inverse() const");
             throw error;

@@ -81,15 +81,16 @@ public:
     int luDecomp(Vector<int>& index, T threshold);
     /// On a decomposed matrix: replaces b by the solution. Throws SizeError unless b and index have n elements.
     void luSolve(Vector<T>& b, const Vector<int>& index) const;
-    /// Determinant; 0 when luDecomp() with threshold 2.3841858e-6 fails; 1 for an empty matrix.
+    /// Determinant; 0 for a row of zeros and where a pivot is not above 20 machine precisions of its row; 1 for an empty
+    /// matrix, undefined where a value is.
     T det() const;
-    /// Throws MathError when luDecomp() with threshold 2.3841858e-6 fails.
+    /// Throws MathError where det() finds a pivot of 0.
     SquareMatrix inverse() const;
 
     /// Solves the tridiagonal system with diagonal d (n elements) and neighbours upper and lower (n-1 elements); x
-    /// holds the right-hand side, then the solution. Throws MathError when a pivot is not above epsilon().
+    /// holds the right-hand side, then the solution. Throws MathError when a pivot is not above epsilon() of its row.
     static void tridiagSolve(Vector<T>& x, const Vector<T>& d, const Vector<T>& upper, const Vector<T>& lower);
-    /// Inverse of the same matrix, in n^2 operations. Throws Exception when a pivot is not above epsilon().
+    /// Inverse of the same matrix, in n^2 operations. Throws Exception when a pivot is not above epsilon() of its row.
     static void tridiagInverse(SquareMatrix& result, const Vector<T>& d, const Vector<T>& upper,
                                const Vector<T>& lower);
     /// The same as tridiagSolve() with the corner elements alpha (bottom left) and beta (top right), by the

@@ -42,6 +42,14 @@ template <class T>
     throw TypeError(result + " Vector<" + type + ">::" + operation, "Method not available for type '" + type + "'");
 }
 
+/// The sum of many floats in a float stops to grow when it is 2^24 times as large as what is added.
+double wideSum(const float* values, int size) {
+    double sum = 0;
+    for (int i = 0; i < size; ++i)
+        sum += double(values[i]);
+    return sum;
+}
+
 void checkNotEmpty(int size, const char* where) {
     if (size == 0)
         throw SizeError(where, "This vector is empty.");
@@ -234,10 +242,14 @@ int Vector<T>::maxPos() const {
 template <class T>
 T Vector<T>::sum() const requires VectorNumber<T> {
     checkNotEmpty(__size, "T Vector<T>::sum() const");
-    T result = T(0);
-    for (int i = 0; i < __size; ++i)
-        result = sumOf(result, __data[i]);
-    return result;
+    if constexpr (std::is_same_v<T, float>) {
+        return static_cast<float>(wideSum(__data, __size));
+    } else {
+        T result = T(0);
+        for (int i = 0; i < __size; ++i)
+            result = sumOf(result, __data[i]);
+        return result;
+    }
 }
 
 template <class T>
@@ -255,6 +267,8 @@ T Vector<T>::mean() const requires VectorNumber<T> {
         refuse<T>("mean()");
     else {
         checkNotEmpty(__size, "T Vector<T>::mean() const");
+        if constexpr (std::is_same_v<T, float>)
+            return static_cast<float>(wideSum(__data, __size) / __size);
         const auto result = static_cast<Real<T>>(sum()) / static_cast<Real<T>>(__size);
         return static_cast<T>(result);
     }
@@ -274,6 +288,12 @@ T Vector<T>::sse() const requires VectorNumber<T> {
     else {
         checkNotEmpty(__size, "T Vector<T>::sse() const");
         const T centre = mean();
+        if constexpr (std::is_same_v<T, float>) {
+            double sum = 0;
+            for (int i = 0; i < __size; ++i)
+                sum += (double(__data[i]) - double(centre)) * (double(__data[i]) - double(centre));
+            return static_cast<float>(sum);
+        }
         return accumulate<T>(__size, [data = __data, centre](int i) {
             const T deviation = differenceOf(data[i], centre);
             return productOf(deviation, deviation);

@@ -6,16 +6,10 @@
 #include <numeric>
 
 #include "numerics/exception.h"
-#include "progress/stopwatch.h"
 
 namespace vorlen {
 
 namespace {
-
-Stopwatch& tilingStopwatch() {
-    static Stopwatch stopwatch;
-    return stopwatch;
-}
 
 /// Four times the area of a triangle from its squared sides, by Heron's formula on squared lengths.
 template <class T>
@@ -33,7 +27,8 @@ bool isAcute(T a, T b, T c) {
 } // namespace
 
 template <class T>
-CurveStackTriangulation<T>::CurveStackTriangulation(const CurveStack<T>& stack, int method) : __method(method) {
+CurveStackTriangulation<T>::CurveStackTriangulation(const CurveStack<T>& stack, int method, Placement placement)
+    : __method(method) {
     if (!check(stack))
         return;
 
@@ -58,6 +53,8 @@ CurveStackTriangulation<T>::CurveStackTriangulation(const CurveStack<T>& stack, 
             contour.numbers[k] = number;
             __triMesh[number++] = vertex;
         }
+        if (placement == Placement::Centred && stack.isClosed())
+            centre(contour);
     }
 
     if (stack.isOpen())
@@ -85,6 +82,41 @@ void CurveStackTriangulation<T>::setMethod(int method) {
 template <class T>
 bool CurveStackTriangulation<T>::check(const CurveStack<T>& stack) const {
     return stack.getHeight() >= 2;
+}
+
+/// Brings the centroid of the contour's area, or of its line where the area vanishes, to the origin of the plane.
+template <class T>
+void CurveStackTriangulation<T>::centre(Contour& contour) const {
+    if (contour.size == 0 || __space < 2)
+        return;
+    T* const points = contour.points.data();
+    const T origin[2] = {points[0], points[1]};
+    T area = 0, areaX = 0, areaY = 0, length = 0, lengthX = 0, lengthY = 0;
+    for (int k = 0; k < contour.size; ++k) {
+        const T* const p = points + std::size_t(k) * __space;
+        const T* const q = points + std::size_t(k + 1 < contour.size ? k + 1 : 0) * __space;
+        const T px = p[0] - origin[0], py = p[1] - origin[1], qx = q[0] - origin[0], qy = q[1] - origin[1];
+        const T product = px * qy - qx * py, side = std::hypot(qx - px, qy - py);
+        area += product;
+        areaX += product * (px + qx) / 3;
+        areaY += product * (py + qy) / 3;
+        length += side;
+        lengthX += side * (px + qx) / 2;
+        lengthY += side * (py + qy) / 2;
+    }
+    T x = origin[0], y = origin[1];
+    // A figure-8 or a line drawn there and back has no area to speak of, and its quotient would lie anywhere.
+    if (absT(area) > T(1e-3) * length * length) {
+        x += areaX / area;
+        y += areaY / area;
+    } else if (length > 0) {
+        x += lengthX / length;
+        y += lengthY / length;
+    }
+    for (int k = 0; k < contour.size; ++k) {
+        points[std::size_t(k) * __space] -= x;
+        points[std::size_t(k) * __space + 1] -= y;
+    }
 }
 
 template <class T>
@@ -151,16 +183,11 @@ void CurveStackTriangulation<T>::triangulateClosedCurveStackMethod3() {
 
 template <class T>
 void CurveStackTriangulation<T>::optimal() {
-    Stopwatch& watch = tilingStopwatch();
-    watch.start("optimal");
     for (int l = 1; l < int(__contours.size()); ++l) {
         int i = 0, j = 0;
-        watch.start("closest points");
         alignment(l, l - 1, i, j);
-        watch.stop("closest points");
         optimalBand(rotated(l, i), rotated(l - 1, j));
     }
-    watch.stop("optimal");
 }
 
 /// Every entry of the cost table depends on the entries above and left of it alone, so that one row of costs serves;
@@ -170,8 +197,6 @@ void CurveStackTriangulation<T>::optimalBand(const Contour& upper, const Contour
     const int nu = upper.size, nl = lower.size;
     if (nu == 0 || nl == 0)
         return;
-    Stopwatch& watch = tilingStopwatch();
-    watch.start("cost loop");
     const auto u = [&](int i) { return upper.points.data() + std::size_t(i == nu ? 0 : i) * __space; };
     const auto v = [&](int j) { return lower.points.data() + std::size_t(j == nl ? 0 : j) * __space; };
 
@@ -201,9 +226,7 @@ void CurveStackTriangulation<T>::optimalBand(const Contour& upper, const Contour
         }
         acrossBefore.swap(across);
     }
-    watch.stop("cost loop");
 
-    watch.start("while loop");
     int i = nu, j = nl;
     int currentUpper = upper.numbers[0], currentLower = lower.numbers[0];
     while (i > 0 || j > 0) {
@@ -217,7 +240,6 @@ void CurveStackTriangulation<T>::optimalBand(const Contour& upper, const Contour
             currentLower = lower.numbers[j];
         }
     }
-    watch.stop("while loop");
 }
 
 template <class T>

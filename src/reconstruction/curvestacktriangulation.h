@@ -26,15 +26,23 @@ namespace vorlen {
 /// that
 ///   rounding makes slightly imaginary counts as 0. Its triangles turn against those of the other methods.
 ///
+/// The start of a band is the closest pair of vertices. On contours that are shifted against each other by more than
+/// about half their radius this pair faces the wrong way, and the band twists: Centred brings the centroids of the
+/// contours of a closed stack together before start and triangles are chosen. The mesh has the coordinates of the stack
+/// in either case.
+///
 /// An open stack is tiled by the shorter diagonal, whatever the method. The object is tiled once, when it is made;
 /// make another one to tile by another method.
 template <class T>
 class CurveStackTriangulation {
 public:
+    /// Where the contours stand against each other while they are joined.
+    enum class Placement { AsDrawn, Centred };
+
     /// Tiles the stack. Fewer than two levels give an empty mesh. An unknown method on a closed stack writes
     /// "no such method" to the standard error stream and gives a mesh without triangles.
     /// Throws SizeError when levels differ in dimension.
-    CurveStackTriangulation(const CurveStack<T>& stack, int method);
+    CurveStackTriangulation(const CurveStack<T>& stack, int method, Placement placement = Placement::AsDrawn);
 
     /// Sets the number that a later reading of the object shows; the finished mesh stays as it is.
     void setMethod(int method);
@@ -57,6 +65,7 @@ private:
         int size = 0;
     };
 
+    void centre(Contour& contour) const;
     void triangulateClosedCurveStackMethod1();
     void closedCaseGanapathy(const CurveStack<T>& stack);
     void triangulateClosedCurveStackMethod3();

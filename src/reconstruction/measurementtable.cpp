@@ -1,6 +1,7 @@
 #include "reconstruction/measurementtable.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
 
 #include "document/model.h"
@@ -9,6 +10,7 @@
 #include "numerics/exception.h"
 #include "reconstruction/modelitemgeometry.h"
 #include "reconstruction/modelmorphometry.h"
+#include "reconstruction/stackreconstruction.h"
 
 namespace vorlen {
 
@@ -35,7 +37,18 @@ std::vector<Column> modelColumns(const Stack& stack) {
             {"Area", "area", unitOf(stack, 2),
              "Area of the surface between the contours of successive slices, without the ends"},
             {"Volume", "volume", unitOf(stack, 3),
-             "Area of the contours of each slice times the distance to the next slice that has some"},
+             "Area of what the contours of a slice enclose, holes left out, times the distance to the next slice that "
+             "has some"},
+            {"SlabVolume", "slabVolume", unitOf(stack, 3),
+             "Volume of the slabs between successive sections, each as a frustum, h/3 (A1 + A2 + sqrt(A1 A2)), without "
+             "the ends"},
+            {"ClosedArea", "closedArea", unitOf(stack, 2), "Area of the closed surface, ends included"},
+            {"ClosedVolume", "closedVolume", unitOf(stack, 3),
+             "Volume within the closed surface, by the divergence theorem"},
+            {"Surface", "surface", "", "What holds of the closed surface"},
+            {"Parts", "parts", "", "Number of separate pieces of the closed surface"},
+            {"Euler", "eulerNumber", "", "Vertices - edges + triangles of the closed surface: 2 for a ball"},
+            {"Genus", "genus", "", "Number of handles of the closed surface: 0 for a ball, 1 for a ring"},
             {"EquivRadius", "equivalentRadius", length, "Radius of the ball of this volume"},
             {"Axis1", "mainAxesLengths", length, axis},
             {"Axis2", "mainAxesLengths", length, axis},
@@ -44,15 +57,14 @@ std::vector<Column> modelColumns(const Stack& stack) {
 
 std::vector<Column> itemColumns(const Stack& stack) {
     const std::string length = unitOf(stack);
-    return {
-        {"Model", "model", "", ""},
-        {"Slice", "slice", "", "Slice of the item", true},
-        {"Vertices", "vertices", "", ""},
-        {"Length", "length", length, "Length of the line, with the edge that closes an outline"},
-        {"Area", "area", unitOf(stack, 2), "Signed area: the sign tells the direction in which the outline was drawn"},
-        {"AverageX", "barycenter", length, "Mean of the vertices on the slice, along its columns"},
-        {"AverageY", "barycenter", length, "Mean of the vertices on the slice, along its rows"},
-        {"Z", "barycenter", length, "Position of the slice along the cutting axis"}};
+    return {{"Model", "model", "", ""},
+            {"Slice", "slice", "", "Slice of the item", true},
+            {"Vertices", "vertices", "", ""},
+            {"Length", "length", length, "Length of the line, with the edge that closes an outline"},
+            {"Area", "area", unitOf(stack, 2), "Area of the outline"},
+            {"AverageX", "barycenter", length, "Mean of the vertices on the slice, along its columns"},
+            {"AverageY", "barycenter", length, "Mean of the vertices on the slice, along its rows"},
+            {"Z", "barycenter", length, "Position of the slice along the cutting axis"}};
 }
 
 std::vector<Column> pointColumns(const Stack& stack) {
@@ -142,12 +154,13 @@ MeasurementTable MeasurementTable::ofModels(const Stack& stack) {
 MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vector<const Model*>& models) {
     MeasurementTable table(modelColumns(stack));
     ModelMorphometry morphometry;
+    const StackReconstruction<double> reconstruction(stack);
     for (const Model* model : models) {
         table.addTextCell(table.addText(model->getName()));
         table.addTextCell(table.addText(ModelProperties::toString(model->getProperties().getGeometry())));
         try {
             morphometry.setModel(*model);
-            morphometry.run();
+            morphometry.run(reconstruction);
             table.addModel(morphometry);
         } catch (const Exception& failure) {
             table.addFailure("model \"" + model->getName() + "\"", failure.getWhat());
@@ -171,9 +184,34 @@ void MeasurementTable::addModel(const ModelMorphometry& morphometry) {
     const bool hasVolume = !(morphometry.getVolume() < 0);
     addMeasure(morphometry.getArea(), !(morphometry.getArea() < 0));
     addMeasure(morphometry.getVolume(), hasVolume);
+    addSurface(morphometry, hasVolume, reason);
     addMeasure(morphometry.getEquivRadius(), hasVolume);
     for (int axis = 0; axis < 3; ++axis)
         addNumber(morphometry.getMainAxesLengths()[axis]);
+}
+
+/// The columns about the closed surface.
+void MeasurementTable::addSurface(const ModelMorphometry& morphometry, bool hasVolume, unsigned int reason) {
+    if (hasVolume)
+        addNumber(morphometry.getSlabVolume());
+    else
+        addMissing(reason);
+    const SurfaceCertificate& certificate = morphometry.getCertificate();
+    if (!certificate.closed) {
+        const unsigned int open = reason != 0 ? reason : addText("Not available: the model has no closed surface");
+        for (int column = 0; column < 6; ++column)
+            addMissing(open);
+        return;
+    }
+    addNumber(morphometry.getClosedArea());
+    addNumber(morphometry.getClosedVolume());
+    addTextCell(addText(certificate.isSound() ? "closed" : certificate.toText()));
+    addCount(certificate.parts);
+    addCount(int(certificate.euler));
+    if (certificate.genus() >= 0)
+        addCount(int(certificate.genus()));
+    else
+        addMissing(addText("Not available: " + certificate.toText()));
 }
 
 template <class Includes>
@@ -183,6 +221,7 @@ MeasurementTable MeasurementTable::ofItemsThat(const Stack& stack, const Include
     int rank = -1;
     unsigned int sliceText = 0;
     ModelItemGeometry geometry;
+    const std::vector<float> positions = stack.getAbsolutePositions();
     forItems(stack, [&](const StackSlice& slice, int s, const ModelItem& item) {
         if (!includes(item))
             return;
@@ -197,7 +236,7 @@ MeasurementTable MeasurementTable::ofItemsThat(const Stack& stack, const Include
         table.addTextCell(sliceText, s);
         try {
             geometry.setModelItem(item);
-            geometry.run();
+            geometry.run(positions[std::size_t(s)]);
             table.addItem(geometry);
         } catch (const Exception& failure) {
             table.addFailure("an item of model \"" + table.__texts[place->second] + "\" on slice \"" + slice.getName() +
@@ -211,7 +250,7 @@ MeasurementTable MeasurementTable::ofItemsThat(const Stack& stack, const Include
 void MeasurementTable::addItem(const ModelItemGeometry& geometry) {
     addCount(geometry.getNumVertices());
     addNumber(geometry.getLength());
-    addNumber(geometry.getArea());
+    addNumber(std::fabs(geometry.getArea()));
     for (int axis = 0; axis < 3; ++axis)
         addNumber(geometry.getIsobarycenter()[axis]);
 }
@@ -227,11 +266,12 @@ MeasurementTable MeasurementTable::ofItems(const Stack& stack, const Model& mode
 MeasurementTable MeasurementTable::ofPoints(const Stack& stack, const Model& model) {
     MeasurementTable table(pointColumns(stack));
     ModelItemGeometry geometry;
+    const std::vector<float> positions = stack.getAbsolutePositions();
     forItems(stack, [&](const StackSlice& slice, int rank, const ModelItem& item) {
         if (item.getModel() != &model)
             return;
         geometry.setModelItem(item);
-        geometry.run();
+        geometry.run(positions[std::size_t(rank)]);
         const unsigned int sliceText = table.addText(slice.getName());
         const Vertices<double>& points = geometry.getVertices();
         for (int v = 0; v < points.getNumVertices(); ++v) {
@@ -250,6 +290,7 @@ MeasurementTable MeasurementTable::ofSlices(const Stack& stack) {
     for (int m = 0; m < stack.getNumModels(); ++m)
         places.emplace(&stack.getModel(m), std::size_t(m));
     std::vector<int> counts(places.size());
+    const std::vector<float> positions = stack.getAbsolutePositions();
     for (int s = 0; s < stack.getNumSlices(); ++s) {
         const StackSlice& slice = stack.getSlice(s);
         std::fill(counts.begin(), counts.end(), 0);
@@ -260,7 +301,7 @@ MeasurementTable MeasurementTable::ofSlices(const Stack& stack) {
                 counts[place->second] += item.isConnected() ? 1 : item.getSize();
         }
         table.addTextCell(table.addText(slice.getName()), s);
-        table.addNumber(slice.getAbsolutePosition());
+        table.addNumber(positions[std::size_t(s)]);
         for (const int count : counts)
             table.addCount(count);
     }

@@ -28,7 +28,8 @@ public:
     enum class CellKind : unsigned char { Text, Count, Number, Missing };
 
     /// A row for each model of the stack, or of the list: Model, Geometry, Vertices, Contours, AverageX to AverageZ,
-    /// Area, Volume, EquivRadius, Axis1 to Axis3, in world coordinates.
+    /// Area, Volume, SlabVolume, ClosedArea, ClosedVolume, Surface, Parts, Euler, Genus, EquivRadius, Axis1 to Axis3,
+    /// in world coordinates.
     static MeasurementTable ofModels(const Stack& stack);
     static MeasurementTable ofModels(const Stack& stack, const std::vector<const Model*>& models);
 
@@ -79,6 +80,7 @@ private:
     void addMissing(unsigned int reason);
     void addFailure(const std::string& what, const std::string& why);
     void addModel(const ModelMorphometry& morphometry);
+    void addSurface(const ModelMorphometry& morphometry, bool hasVolume, unsigned int reason);
     void addItem(const ModelItemGeometry& geometry);
 
     template <class Includes>

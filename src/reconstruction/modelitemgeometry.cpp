@@ -20,6 +20,11 @@ void ModelItemGeometry::clear() {
 }
 
 void ModelItemGeometry::run() {
+    const ModelItem* item = getModelItem();
+    run(item == nullptr || item->getSlice() == nullptr ? 0 : double(item->getSlice()->getAbsolutePosition()));
+}
+
+void ModelItemGeometry::run(double position) {
     clear();
     const ModelItem* item = getModelItem();
     if (item == nullptr || item->getSlice() == nullptr || item->getModel() == nullptr)
@@ -39,7 +44,7 @@ void ModelItemGeometry::run() {
         const Vector<double> centre = curve.cog();
         __isobarycenter[0] = centre[0];
         __isobarycenter[1] = centre[1];
-        __isobarycenter[2] = slice.getAbsolutePosition();
+        __isobarycenter[2] = position;
     }
     if (!item->isConnected()) {
         __vertices = std::make_unique<Vertices<double>>(curve);

@@ -17,6 +17,8 @@ public:
 
     /// Throws UsageError when no item has been set or the item is on no slice or of no model.
     void run() override;
+    /// The same where the position of the item's slice is known: asking the slice walks along its stack.
+    void run(double position);
 
     /// Number of vertices; 0 before run().
     int getNumVertices() const;

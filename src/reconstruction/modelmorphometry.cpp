@@ -9,6 +9,7 @@
 #include "numerics/exception.h"
 #include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
+#include "shapes/sectionregion.h"
 
 namespace vorlen {
 
@@ -37,29 +38,26 @@ Vector<int> nearestCoordinateAxes(const SquareMatrix<double>& axes) {
     return nearest;
 }
 
-/// Stack of flat cylinders: what stands on a slice reaches up to the next slice where something stands.
-double cylinderVolume(const Stack& stack, const Model& model, const StackReconstruction<double>& reconstruction) {
-    const std::vector<float> positions = stack.getAbsolutePositions();
-    double volume = 0, previousPosition = 0, previousArea = 0, lastRelative = 0;
-    for (int i = 0; i < stack.getNumSlices(); ++i) {
-        const StackSlice& slice = stack.getSlice(i);
-        double area = 0;
-        for (int k = 0; k < slice.getNumItems(); ++k) {
-            const ModelItem& item = slice.getItem(k);
-            if (item.getModel() != &model)
-                continue;
-            const auto shape = reconstruction.apply(item);
-            area += 0.5 * static_cast<const Curve<double>&>(*shape).twiceArea(0, 1);
-        }
-        if (area == 0)
-            continue;
-        const double position = positions[std::size_t(i)];
-        volume += std::fabs((position - previousPosition) * previousArea);
-        previousPosition = position;
-        previousArea = area;
-        lastRelative = slice.getRelativePosition();
+/// A slice on which the model encloses something.
+struct Section {
+    double position, area, spacing;
+};
+
+std::vector<Section> sectionsOf(const Model& model, const StackReconstruction<double>& reconstruction) {
+    std::vector<Section> sections;
+    const auto items = reconstruction.itemsOf(model);
+    for (std::size_t first = 0, last = 0; first < items.size(); first = last) {
+        SectionRegion region;
+        for (last = first; last < items.size() && items[last].first == items[first].first; ++last)
+            region.add(items[last].second->getVertices());
+        const StackSlice& slice = *items[first].second->getSlice();
+        const PixelCalibration& calibration = slice.getPixelCalibration();
+        const double area =
+            region.area() * std::fabs(double(calibration.getPixelWidth()) * double(calibration.getPixelHeight()));
+        if (area != 0)
+            sections.push_back({reconstruction.getZMap()[items[first].first], area, slice.getRelativePosition()});
     }
-    return volume + std::fabs(lastRelative * previousArea);
+    return sections;
 }
 
 } // namespace
@@ -81,17 +79,20 @@ void ModelMorphometry::clear() {
     __isobarycenter.setZeros(3);
     __area = 0;
     __volume = 0;
+    __slabVolume = 0;
+    __closedArea = __closedVolume = notAvailable;
+    __certificate = {};
     __reason.clear();
     __mainAxesLengths.setZeros(3);
     __mainAxes.setZeros(3, 3);
     __matchingCoordinateAxes.setZeros(3);
 }
 
-void ModelMorphometry::run() {
+/// Counts items and vertices, and gives the slice of the first item.
+const StackSlice* ModelMorphometry::count() {
     clear();
     if (__model == nullptr)
         throw UsageError("void ModelMorphometry::run()", "No model has been set");
-
     const StackSlice* firstSlice = nullptr;
     for (int i = 0; i < __model->getNumItems(); ++i) {
         const ModelItem& item = __model->getItem(i);
@@ -100,14 +101,25 @@ void ModelMorphometry::run() {
             firstSlice = item.getSlice();
     }
     __numContours = __model->getNumItems();
+    return firstSlice;
+}
+
+void ModelMorphometry::run() {
+    const StackSlice* const firstSlice = count();
     if (__numVertices < 1)
         return;
     if (firstSlice == nullptr || firstSlice->getStack() == nullptr)
         throw UsageError("void ModelMorphometry::run()", "The items of the model are in no stack");
+    run(StackReconstruction<double>(*firstSlice->getStack()));
+}
 
-    const Stack& stack = *firstSlice->getStack();
-    const StackReconstruction<double> reconstruction(stack);
+void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
+    count();
+    if (__numVertices < 1)
+        return;
     const ModelSurface<double> surface(*__model, reconstruction);
+    if (surface.getShape().getNumVertices() == 0)
+        throw UsageError("void ModelMorphometry::run(...)", "The items of the model are in no stack");
     __isobarycenter = surface.getShape().cog();
     findMainAxes(surface.getShape(), __mainAxesLengths, __mainAxes);
     __matchingCoordinateAxes = nearestCoordinateAxes(__mainAxes);
@@ -115,12 +127,39 @@ void ModelMorphometry::run() {
     if (surface.getKind() == SurfaceKind::Points)
         return;
     __reason = surface.reason();
-    if (surface.exists())
-        __area = surface.tile(2).area();
-    else
+    const bool closed = __model->getProperties().getGeometry() == PolygonPrimitive;
+    if (surface.exists()) {
+        const TriMesh<double> tiles = surface.tile(2);
+        __area = tiles.area();
+        if (closed)
+            close(surface, tiles);
+    } else {
         __area = __volume = notAvailable;
-    if (__model->getProperties().getGeometry() == PolygonPrimitive)
-        __volume = cylinderVolume(stack, *__model, reconstruction);
+    }
+    if (closed)
+        addSections(reconstruction);
+}
+
+void ModelMorphometry::close(const ModelSurface<double>& surface, const TriMesh<double>& tiles) {
+    const TriMesh<double> mesh = surface.close(tiles, ModelSurface<double>::getEnds(__model->getProperties()));
+    __certificate = SurfaceCertificate::of(mesh);
+    if (!__certificate.closed)
+        return;
+    __closedArea = mesh.area();
+    __closedVolume = __certificate.volume;
+}
+
+void ModelMorphometry::addSections(const StackReconstruction<double>& reconstruction) {
+    __volume = 0;
+    const std::vector<Section> sections = sectionsOf(*__model, reconstruction);
+    for (std::size_t k = 1; k < sections.size(); ++k) {
+        const double height = std::fabs(sections[k].position - sections[k - 1].position);
+        const double below = sections[k - 1].area, above = sections[k].area;
+        __volume += height * below;
+        __slabVolume += height / 3 * (below + above + std::sqrt(below * above));
+    }
+    if (!sections.empty())
+        __volume += std::fabs(sections.back().spacing) * sections.back().area;
 }
 
 double ModelMorphometry::getEquivRadius() const {

@@ -5,18 +5,30 @@
 #include "numerics/squarematrix.h"
 #include "numerics/vector.h"
 #include "shapes/curvestack.h"
+#include "shapes/surfacecertificate.h"
 
 namespace vorlen {
 
 class Model;
+class StackSlice;
+template <class T>
+class ModelSurface;
+template <class T>
+class StackReconstruction;
+template <class T>
+class TriMesh;
 
 /// Measures a whole model in world coordinates, in double precision, from the document as it stands at run().
 ///
 /// The area of a polygon or polyline model is that of the surface tiled between successive contours, without caps; it
 /// is -1, not available, where ModelSurface finds none. The volume of a polygon model is that of a stack of
-/// flat cylinders: the signed area of a slice's contours reaches up to the next slice that has some, the last one by
-/// that slice's relative position. It needs no tiling, so it is reported for models with several contours on a slice
-/// as well.
+/// flat cylinders: the area of what a slice's contours enclose (SectionRegion) reaches up to the next slice that has
+/// some, the last one by that slice's relative position. It needs no tiling, so it is reported for models with several
+/// contours on a slice as well. The slab volume has slabs between successive sections instead, each that of a frustum,
+/// h / 3 (A1 + A2 + sqrt(A1 A2)), and nothing beyond the first and the last.
+///
+/// Where there is a closed surface, with the ends that the model's properties ask for, its area and its volume by the
+/// divergence theorem are told beside these, and what holds of it as a surface.
 class ModelMorphometry {
 public:
     ModelMorphometry();
@@ -27,12 +39,24 @@ public:
 
     /// Throws UsageError when no model has been set.
     void run();
+    /// The same by a reconstruction of the model's stack, which serves all of its models.
+    void run(const StackReconstruction<double>& reconstruction);
     void clear();
 
     int getNumVertices() const { return __numVertices; }
     int getNumContours() const { return __numContours; }
     double getArea() const { return __area; }
     double getVolume() const { return __volume; }
+
+    /// Volume of the slabs between successive sections.
+    double getSlabVolume() const { return __slabVolume; }
+
+    /// Area and volume of the closed surface; -1 where there is none.
+    double getClosedArea() const { return __closedArea; }
+    double getClosedVolume() const { return __closedVolume; }
+
+    /// What holds of the closed surface; that of no triangles where there is none.
+    const SurfaceCertificate& getCertificate() const { return __certificate; }
 
     /// Why there is no area, as a clause for a sentence; empty when there is one.
     const std::string& getReason() const { return __reason; }
@@ -56,12 +80,20 @@ public:
     bool simpleCurveStack(const CurveStack<double>& stack) const;
 
 private:
+    const StackSlice* count();
+    void close(const ModelSurface<double>& surface, const TriMesh<double>& tiles);
+    void addSections(const StackReconstruction<double>& reconstruction);
+
     const Model* __model = nullptr;
     int __numVertices = 0;
     int __numContours = 0;
     Vector<double> __isobarycenter;
     double __area = 0;
     double __volume = 0;
+    double __slabVolume = 0;
+    double __closedArea = -1;
+    double __closedVolume = -1;
+    SurfaceCertificate __certificate;
     std::string __reason;
     Vector<double> __mainAxesLengths;
     SquareMatrix<double> __mainAxes;

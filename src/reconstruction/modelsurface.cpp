@@ -1,6 +1,7 @@
 #include "reconstruction/modelsurface.h"
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 #include "document/model.h"
@@ -21,6 +22,45 @@ void removeEmptyLevels(VertexStack<T>& stack) {
             stack.remove(static_cast<unsigned int>(k));
 }
 
+/// A band between contours that turn in opposite ways is twisted. Seen along the stack's axis, the contours of a file
+/// turn clockwise in world coordinates.
+template <class T>
+void alignDirections(VertexStack<T>& stack) {
+    auto* curves = dynamic_cast<CurveStack<T>*>(&stack);
+    for (int k = 0; curves != nullptr && k < curves->getHeight(); ++k)
+        curves->level(k).setClockwise(true, 0, 1);
+}
+
+/// Distance from a height to the next section in a direction, or, where there is none, in the other one. 0 when all
+/// lie at this height.
+template <class T>
+T gapFrom(T height, T direction, const Vector<T>& sections) {
+    for (const T way : {direction, -direction}) {
+        T gap = std::numeric_limits<T>::infinity();
+        for (const T section : sections)
+            if (way * (section - height) > 0)
+                gap = std::min(gap, way * (section - height));
+        if (gap < std::numeric_limits<T>::infinity())
+            return gap;
+    }
+    return 0;
+}
+
+template <class T>
+std::optional<T> riseOf(SurfaceEnd end, T direction, T gap) {
+    switch (end) {
+    case SurfaceEnd::Open:
+        return std::nullopt;
+    case SurfaceEnd::Flat:
+        return T(0);
+    case SurfaceEnd::HalfSection:
+        return direction * gap / 2;
+    case SurfaceEnd::NextSection:
+        break;
+    }
+    return direction * gap;
+}
+
 bool hasTwoContoursOnOneSlice(const Model& model) {
     std::vector<const StackSlice*> slices;
     for (int i = 0; i < model.getNumItems(); ++i)
@@ -38,7 +78,19 @@ ModelSurface<T>::ModelSurface(const Model& model, const StackReconstruction<T>& 
     __shape.reset(&dynamic_cast<VertexStack<T>&>(*shape));
     static_cast<void>(shape.release()); // the same object
     removeEmptyLevels(*__shape);
+    alignDirections(*__shape);
     __kind = judge(model);
+    if (exists())
+        measureGaps(reconstruction.getZMap());
+}
+
+template <class T>
+void ModelSurface<T>::measureGaps(const Vector<T>& sections) {
+    const CurveStack<T>& curves = contours("void ModelSurface<T>::measureGaps(const Vector<T>&)");
+    const T first = curves.getFirstCurve()[0][2], last = curves.getLastCurve()[0][2];
+    __direction = last < first ? T(-1) : T(1);
+    __beginGap = gapFrom(first, -__direction, sections);
+    __endGap = gapFrom(last, __direction, sections);
 }
 
 template <class T>
@@ -100,7 +152,42 @@ std::unique_ptr<QuadMesh<T>> ModelSurface<T>::resample(int rows, int columns) co
 
 template <class T>
 TriMesh<T> ModelSurface<T>::tile(int method) const {
-    return CurveStackTriangulation<T>(contours("TriMesh<T> ModelSurface<T>::tile(int) const"), method).getTriMesh();
+    using Tiling = CurveStackTriangulation<T>;
+    return Tiling(contours("TriMesh<T> ModelSurface<T>::tile(int) const"), method, Tiling::Placement::Centred)
+        .getTriMesh();
+}
+
+template <class T>
+SurfaceEnds ModelSurface<T>::getEnds(const ModelProperties& properties) {
+    const auto end = [](bool cap) { return cap ? SurfaceEnd::Flat : SurfaceEnd::HalfSection; };
+    return {end(properties.hasBeginCapFlag() && properties.getBeginCapFlag()),
+            end(properties.hasEndCapFlag() && properties.getEndCapFlag())};
+}
+
+template <class T>
+TriMesh<T> ModelSurface<T>::close(const QuadMesh<T>& mesh, const SurfaceEnds& ends) const {
+    return close(mesh.toTriMesh(false), mesh.getWidth(), mesh.getWidth(), ends);
+}
+
+/// Tiles of a single contour have no vertices: the contour is then both ends.
+template <class T>
+TriMesh<T> ModelSurface<T>::close(const TriMesh<T>& tiles, const SurfaceEnds& ends) const {
+    const CurveStack<T>& curves = contours("TriMesh<T> ModelSurface<T>::close(...) const");
+    const int firstSize = curves.getFirstCurve().getSize(), lastSize = curves.getLastCurve().getSize();
+    if (tiles.getNumVertices() > 0)
+        return close(tiles, firstSize, lastSize, ends);
+    TriMesh<T> outline(3, firstSize, firstSize, firstSize);
+    for (int k = 0; k < firstSize; ++k)
+        outline[k] = curves.getFirstCurve()[k];
+    return close(outline, firstSize, firstSize, ends);
+}
+
+template <class T>
+TriMesh<T> ModelSurface<T>::close(const TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const {
+    if (contours("TriMesh<T> ModelSurface<T>::close(...) const").isOpen())
+        return walls;
+    return closeEnds<T>(walls, firstSize, lastSize, riseOf(ends.begin, -__direction, __beginGap),
+                        riseOf(ends.end, __direction, __endGap));
 }
 
 template class ModelSurface<float>;

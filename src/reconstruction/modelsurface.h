@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "reconstruction/surfaceends.h"
 #include "shapes/curvestack.h"
 #include "shapes/quadmesh.h"
 #include "shapes/trimesh.h"
@@ -28,7 +29,10 @@ enum class SurfaceKind {
 /// judges what they make, and joins them to a mesh or tells why there is none.
 ///
 /// The one place for this: the view, exports, measurements, distances and normalizations differ only in the mesh that
-/// they ask for. A surface is of type Outline or Simple; it is open for polylines and has no caps.
+/// they ask for. A surface is of type Outline or Simple; it is open for polylines. Its meshes end at the first and the
+/// last contour, unless they are closed.
+///
+/// Closed contours all turn the same way, as in a file, whichever way they were drawn.
 ///
 /// Holds a copy of the contours; model and reconstruction are seen by the constructor alone. Instantiated for float,
 /// double and long double.
@@ -73,12 +77,26 @@ public:
     /// Throws as resample() does.
     TriMesh<T> tile(int method) const;
 
+    /// The ends that the properties of the model ask for: lids where it has caps, tips half a section on elsewhere.
+    static SurfaceEnds getEnds(const ModelProperties& properties);
+
+    /// A mesh of this surface as triangles, by resample() or tile(), with ends. A tip lies beyond its contour in the
+    /// direction of the stack; the section that it reaches towards is the stack's next one, or, where the stack ends,
+    /// as far as the one before. Open surfaces stay open. Closed ones face outward.
+    TriMesh<T> close(const QuadMesh<T>& mesh, const SurfaceEnds& ends) const;
+    TriMesh<T> close(const TriMesh<T>& tiles, const SurfaceEnds& ends) const;
+
 private:
     SurfaceKind judge(const Model& model) const;
+    void measureGaps(const Vector<T>& sections);
+    TriMesh<T> close(const TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const;
     const CurveStack<T>& contours(const char* where) const;
 
     std::unique_ptr<VertexStack<T>> __shape;
     SurfaceKind __kind = SurfaceKind::Empty;
+    T __direction = 1; // of the heights along the contours
+    T __beginGap = 0;  // from the first and the last contour to the section beyond
+    T __endGap = 0;
 };
 
 } // namespace vorlen

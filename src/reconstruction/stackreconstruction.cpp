@@ -1,5 +1,6 @@
 #include "reconstruction/stackreconstruction.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <vector>
@@ -139,18 +140,32 @@ std::unique_ptr<Shape<T>> StackReconstruction<T>::apply(const Model& model) cons
         level = std::make_unique<Curve<T>>(3, 0, 0, 0, open);
         result = std::make_unique<CurveStack<T>>(3, 0, 0, 0, 0, open);
     }
-    for (int i = 0; i < __stack->getNumSlices() && i < __zMap.getSize(); ++i) {
-        const StackSlice& slice = __stack->getSlice(i);
-        for (int k = 0; k < slice.getNumItems(); ++k) {
-            const ModelItem& item = slice.getItem(k);
-            if (item.getModel() != &model)
-                continue;
-            mapFromSlice(*level, item, i);
-            result->append(static_cast<const Vertices<T>&>(*level));
-        }
+    for (const auto& [slice, item] : itemsOf(model)) {
+        mapFromSlice(*level, *item, slice);
+        result->append(static_cast<const Vertices<T>&>(*level));
     }
     result->detach();
     return result;
+}
+
+template <class T>
+std::vector<std::pair<int, const ModelItem*>> StackReconstruction<T>::itemsOf(const Model& model) const {
+    if (__stack == nullptr)
+        throw UsageError("StackReconstruction<T>::itemsOf(const Model&) const", "No stack has been set");
+    std::vector<std::pair<int, const ModelItem*>> items;
+    for (int k = 0; k < model.getNumItems(); ++k) {
+        const ModelItem& item = model.getItem(k);
+        const int slice = item.getSlice() == nullptr ? -1 : __stack->findSlice(*item.getSlice());
+        if (slice >= 0 && slice < __zMap.getSize())
+            items.emplace_back(slice, &item);
+    }
+    std::stable_sort(items.begin(), items.end(), [](const auto& a, const auto& b) {
+        if (a.first != b.first)
+            return a.first < b.first;
+        const StackSlice& slice = *a.second->getSlice();
+        return slice.placeOf(*a.second) < slice.placeOf(*b.second);
+    });
+    return items;
 }
 
 template class StackReconstruction<float>;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "numerics/matrix.h"
 #include "numerics/vector.h"
@@ -47,6 +49,10 @@ public:
     /// The model as a stack of one level for each item, slice by slice: a closed or open CurveStack, or a VertexStack
     /// for points. Items on one slice follow each other in the order of the slice's list, at equal Z.
     std::unique_ptr<Shape<T>> apply(const Model& model) const;
+
+    /// The items of the model that lie on slices of the stack, each with the place of its slice: slice by slice, in the
+    /// order of the slices' lists. Throws UsageError without a stack. n log n in the number of the model's items.
+    std::vector<std::pair<int, const ModelItem*>> itemsOf(const Model& model) const;
 
 private:
     void mapFromSlice(Vertices<T>& out, const ModelItem& item, int slice) const;

@@ -8,6 +8,12 @@
 
 namespace vorlen {
 
+namespace {
+
+constexpr int newStreamPrecision = 6;
+
+} // namespace
+
 ShapeWriter::ShapeWriter(std::ostream& stream) : __stream(stream), __precision(int(stream.precision())) {
 }
 
@@ -21,8 +27,10 @@ template <class T>
 void ShapeWriter::number(T value) {
     char digits[128];
     if constexpr (std::is_floating_point_v<T>) {
-        const auto result =
-            std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, std::min(__precision, 40));
+        const auto result = __precision == newStreamPrecision
+                                ? std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general)
+                                : std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general,
+                                                std::min(__precision, 40));
         __text.append(digits, result.ptr);
     } else {
         __text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);

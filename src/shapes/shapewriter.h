@@ -5,7 +5,10 @@
 
 namespace vorlen {
 
-/// Text buffer of the shape writers: numbers in the stream's own precision, all handed over in one write.
+/// Text buffer of the shape writers: all handed over in one write.
+///
+/// A real number has the fewest digits that read back as the same number, or, where the stream's precision was set to
+/// another one than that of a new stream, so many.
 class ShapeWriter {
 public:
     explicit ShapeWriter(std::ostream& stream);

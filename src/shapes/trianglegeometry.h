@@ -26,6 +26,8 @@ struct Facet {
     T normal[3];
     /// normal . corner[0]
     T offset;
+    /// Largest coordinate of the corners by absolute value.
+    T extent;
     /// The two coordinates that stay when the triangle is projected along the axis closest to its normal.
     int axis1;
     int axis2;
@@ -90,6 +92,10 @@ Facet<T> makeFacet(const T* a, const T* b, const T* c, const T* unitNormal) {
         normalize(facet.normal);
     }
     facet.offset = dot(facet.normal, facet.corner[0]);
+    facet.extent = 0;
+    for (int k = 0; k < 3; k++) {
+        facet.extent = std::max({facet.extent, std::abs(a[k]), std::abs(b[k]), std::abs(c[k])});
+    }
     projectionAxes(facet.normal, facet.axis1, facet.axis2);
     return facet;
 }
@@ -154,6 +160,13 @@ bool touches(const Facet<T>& facet, const T* lower, const T* upper) {
     return true;
 }
 
+/// How near a point counts as on the triangle: the precision of the type at the coordinates of both, so that the unit
+/// of length means nothing.
+template <class T>
+T tolerance(const Facet<T>& facet, const T* p) {
+    return Vector<T>::epsilon() * std::max({facet.extent, std::abs(p[0]), std::abs(p[1]), std::abs(p[2])});
+}
+
 /// Triangle<T>::contains(); false for a triangle of zero area.
 template <class T>
 bool contains(const Facet<T>& facet, const T* p) {
@@ -161,7 +174,7 @@ bool contains(const Facet<T>& facet, const T* p) {
     for (int k = 0; k < 3; k++) {
         distance += (facet.corner[0][k] - p[k]) * facet.normal[k];
     }
-    return std::abs(distance) < Vector<T>::epsilon() && !isDegenerate(facet) && projectionContains(facet, p);
+    return std::abs(distance) <= tolerance(facet, p) && !isDegenerate(facet) && projectionContains(facet, p);
 }
 
 /// Edge<T>::intersects() from a to b, in any dimension of space.
@@ -197,7 +210,7 @@ int cutByPlane(const T* a, const T* b, const T* n, T d, int space, T* out) {
 /// may count it for both or for neither of two that meet at an angle. slack is how far rounding may have moved p.
 template <class T>
 bool onSide(const Facet<T>& facet, const T* p, T slack = 0) {
-    const T least = 2 * Vector<T>::epsilon();
+    const T least = std::max(2 * tolerance(facet, p), slack);
     for (int k = 0; k < 3; k++) {
         const T* a = facet.corner[k];
         const T* b = facet.corner[k == 2 ? 0 : k + 1];
@@ -205,9 +218,9 @@ bool onSide(const Facet<T>& facet, const T* p, T slack = 0) {
         const T v[3] = {p[0] - a[0], p[1] - a[1], p[2] - a[2]};
         const T product[3] = {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
         const T side[3] = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
-        const T tolerance = std::max(least, slack * std::sqrt(dot(side, side)));
+        const T near = least * std::sqrt(dot(side, side));
         // Near the line of the side, and between its ends: the directions to these do not agree.
-        if (dot(product, product) < tolerance * tolerance && dot(u, v) <= tolerance) {
+        if (dot(product, product) <= near * near && dot(u, v) <= near) {
             return true;
         }
     }
@@ -222,7 +235,7 @@ bool isOn(const Facet<T>& facet, const T* p) {
     for (int k = 0; k < 3; k++) {
         distance += (facet.corner[0][k] - p[k]) * facet.normal[k];
     }
-    return std::abs(distance) < Vector<T>::epsilon() && !isDegenerate(facet) &&
+    return std::abs(distance) <= tolerance(facet, p) && !isDegenerate(facet) &&
            (projectionContains(facet, p) || onSide(facet, p));
 }
 

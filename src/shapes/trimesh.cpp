@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace vorlen {
 
@@ -472,9 +473,11 @@ bool TriMesh<T>::contains(const Vector<T>& p) const {
             return false;
         }
         const Vector<T>& corner = box.getVertex1();
+        const T unit = box.diagonal() / 8;
         const unsigned int numTriangles = getNumTriangles();
         for (int ray = 1; ray <= maxPlainRays; ray++) {
-            const T q[3] = {corner[0] - T(ray), corner[1] - T(2 * ray - 1), corner[2] - T(3 * ray - 2)};
+            const T q[3] = {corner[0] - unit * T(ray), corner[1] - unit * T(2 * ray - 1),
+                            corner[2] - unit * T(3 * ray - 2)};
             bool odd = false;
             unsigned int i = 0;
             for (; i < numTriangles; i++) {
@@ -543,7 +546,11 @@ ShapeType TriMesh<T>::read(std::istream& stream) {
                 component = reader.number<T>();
             }
             if constexpr (!std::is_same_v<T, int>) {
-                normals[i].normalize();
+                // One that was written of norm 1 comes back to its last digit.
+                const T squares = normals[i].scalarProduct(normals[i]);
+                if (!(std::abs(squares - 1) <= 8 * std::numeric_limits<T>::epsilon())) {
+                    normals[i].normalize();
+                }
             }
         }
         mesh.__normals = normals;
@@ -617,7 +624,7 @@ void TriMesh<T>::export2AsciiSTL(std::ostream& stream) const {
         writer.text("  facet normal");
         for (Wide<T> component : normal) {
             writer.blank();
-            writer.number(component + 0); // -0 becomes 0
+            writer.number(float(component + 0)); // -0 becomes 0
         }
         writer.text("\n    outer loop\n");
         for (int c = 0; c < 3; c++) {

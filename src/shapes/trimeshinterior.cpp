@@ -70,6 +70,10 @@ typename TriMeshInterior<T>::Box TriMeshInterior<T>::__fill(std::size_t node, in
                                                             std::vector<int>& order, const std::vector<T>& centers) {
     Box box;
     if (count <= leafSize) {
+        T size = 0;
+        for (int k = 0; k < 3; k++) {
+            size = std::max({size, std::abs(__boundingBox.getVertex1()[k]), std::abs(__boundingBox.getVertex2()[k])});
+        }
         for (int k = 0; k < 3; k++) {
             box.lower[k] = std::numeric_limits<T>::infinity();
             box.upper[k] = -box.lower[k];
@@ -80,8 +84,7 @@ typename TriMeshInterior<T>::Box TriMeshInterior<T>::__fill(std::size_t node, in
                 }
             }
             // Covers the distance at which a point still counts as on a triangle, and the rounding of ray positions.
-            const T size = std::max(std::abs(box.lower[k]), std::abs(box.upper[k]));
-            const T margin = 2 * Vector<T>::epsilon() + 64 * std::numeric_limits<T>::epsilon() * size;
+            const T margin = (2 * Vector<T>::epsilon() + 64 * std::numeric_limits<T>::epsilon()) * size;
             box.lower[k] -= margin;
             box.upper[k] += margin;
         }
@@ -201,16 +204,16 @@ bool TriMeshInterior<T>::contains(const Vector<T>& p) const {
     }
     const Vector<T>& corner = __boundingBox.getVertex1();
     int crossings = -1;
-    const T extent = corner.distance(__boundingBox.getVertex2());
+    const T extent = corner.distance(__boundingBox.getVertex2()), unit = extent / 8;
     for (int k = 1; k <= maxRays && crossings < 0; k++) {
-        T q[3] = {corner[0] - T(k), corner[1] - T(2 * k - 1), corner[2] - T(3 * k - 2)};
+        T q[3] = {corner[0] - unit * T(k), corner[1] - unit * T(2 * k - 1), corner[2] - unit * T(3 * k - 2)};
         if (k > maxRaysInPlane) {
             // Directions spread evenly by the golden ratio, long enough to leave the box.
             const T height = 1 - 2 * (T(k - maxRaysInPlane) - T(0.5)) / T(maxRays - maxRaysInPlane);
             const T radius = std::sqrt(1 - height * height), angle = T(2.399963229728653) * T(k);
-            q[0] = p[0] + (1 + 2 * extent) * radius * std::cos(angle);
-            q[1] = p[1] + (1 + 2 * extent) * radius * std::sin(angle);
-            q[2] = p[2] + (1 + 2 * extent) * height;
+            q[0] = p[0] + 3 * extent * radius * std::cos(angle);
+            q[1] = p[1] + 3 * extent * radius * std::sin(angle);
+            q[2] = p[2] + 3 * extent * height;
         }
         crossings = __countCrossings(p.data(), q, k == maxRays);
     }

@@ -139,6 +139,9 @@ TEST_F(CommandLineTest, measurementsOfTheSampleAgreeWithTheTruth) {
     }
     EXPECT_NEAR(named(models, "Nucleus")["area"].toDouble() / areas["Nucleus"], 1, 0.02);
     EXPECT_NEAR(named(models, "Membrane")["area"].toDouble() / areas["Membrane"], 1, 0.02);
+    EXPECT_NEAR(named(models, "Nucleus")["closedVolume"].toDouble() / volumes["Nucleus"], 1, 0.01);
+    EXPECT_EQ(named(models, "Nucleus")["eulerNumber"].toInt(), 2);
+    EXPECT_EQ(named(models, "Nucleus")["genus"].toInt(), 0);
     // Two contours on some sections: no surface to measure.
     EXPECT_TRUE(named(models, "Vessel")["area"].isNull());
     const double volume = named(models, "Nucleus")["volume"].toDouble();
@@ -157,14 +160,20 @@ TEST_F(CommandLineTest, measurementsOfTheSampleAgreeWithTheTruth) {
 
 TEST_F(CommandLineTest, exportWritesSurfacesAndKeepsOldOnes) {
     const Outcome first = cli(*sample, "export --output surfaces sample.sdf");
-    EXPECT_EQ(first.status, 0) << first.output;
+    EXPECT_EQ(first.status, 1) << first.output; // what branches and points are left out, and told
     EXPECT_NE(first.output.find("\"Vessel\""), std::string::npos);
+    EXPECT_NE(first.output.find("closed, oriented outward, manifold, 1 part, Euler number 2, genus 0, volume 509"),
+              std::string::npos);
     const std::string stl = sample->read("surfaces/Sample-Nucleus.stl");
     EXPECT_EQ(stl.rfind("solid Nucleus\n", 0), 0u);
     const Outcome second = cli(*sample, "export --output surfaces sample.sdf");
     EXPECT_EQ(second.status, 3);
     EXPECT_NE(second.output.find("file exists"), std::string::npos);
-    EXPECT_EQ(cli(*sample, "export --overwrite --output surfaces sample.sdf").status, 0);
+    EXPECT_EQ(cli(*sample, "export --overwrite --output surfaces sample.sdf").status, 1);
+    EXPECT_EQ(cli(*sample, "export --ends round sample.sdf").status, 2);
+    // A directory that is named as another command is a directory.
+    EXPECT_NE(cli(*sample, "-o density --overwrite export sample.sdf").output.find("density/Sample-Nucleus.stl"),
+              std::string::npos);
     EXPECT_EQ(sample->read("surfaces/Sample-Nucleus.stl"), stl);
 }
 

@@ -279,6 +279,16 @@ TEST(Stack, deletionAtAnEndChangesNoStoredPosition) {
     EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 2}));
 }
 
+TEST(Stack, isRegularWhereStepsDifferByTheirRounding) {
+    Stack stack;
+    addSlices(stack, 50);
+    for (int i = 0; i < 50; ++i)
+        stack.getSlice(i).setAbsolutePosition(0.1f * float(i) + 3.7f);
+    EXPECT_TRUE(stack.isRegular());
+    stack.getSlice(30).setAbsolutePosition(stack.getSlice(30).getAbsolutePosition() + 1e-4f);
+    EXPECT_FALSE(stack.isRegular());
+}
+
 TEST(Stack, isRegularWithEqualSizesSpacingsAndNoRegistration) {
     Stack stack;
     addSlices(stack, 3);

@@ -52,6 +52,14 @@ TEST(StackIO, replaceDoesNotSearchWhatItHasPutIn) {
     EXPECT_EQ(text, "aXXaXX");
 }
 
+// Such a name made a stack whose file could not be found again.
+TEST(StackIO, aTextThatLooksProtectedComesBack) {
+    for (const std::string text : {"__X41__", "___X41__", "a__X41____X42__", "__X41__#", "#__X41__", "__X", "__X5f__",
+                                   "__X4__", "X41__", "_#X41__"})
+        EXPECT_EQ(StackIO::unprotect(StackIO::protect(text, true)), text);
+    EXPECT_EQ(StackIO::unprotect("__X41__"), "A") << "as files have it";
+}
+
 TEST(StackIO, protectHidesWhatWouldBreakAStatementAndUnprotectBringsItBack) {
     EXPECT_EQ(StackIO::protect("brain 1;2", true), "brain 1;2");
     EXPECT_EQ(StackIO::protect("#1", true), "__X23__1");

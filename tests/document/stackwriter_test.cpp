@@ -407,6 +407,21 @@ TEST(StackWriter, anOldFileIsWrittenAsAnewOne) {
     EXPECT_FLOAT_EQ(copy.getSlice(0).getPixelCalibration().getPixelHeight(), 1.5);
 }
 
+TEST(StackWriter, realNumbersReadBackAsTheyWere) {
+    const StackFolder folder;
+    folder.writeImage("images/a.tif", 4, 3);
+    Stack stack, copy;
+    for (int i = 0; i < 20; ++i) {
+        StackSlice& slice = addFile(stack, std::to_string(i), folder.file("images/a.tif"));
+        slice.setAbsolutePosition(100000 + 0.35f * float(i));
+    }
+    addModel(stack, "m").getItemProperties().setLineWidth(1.75f);
+    roundTrip(stack, folder, copy);
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(copy.getSlice(i).getAbsolutePosition(), 100000 + 0.35f * float(i));
+    EXPECT_EQ(copy.getModel(0).getItemProperties().getLineWidth(), 1.75f);
+}
+
 TEST(StackWriter, numbersDoNotDependOnTheLocale) {
     struct Comma : std::numpunct<char> {
         char do_decimal_point() const override { return ','; }

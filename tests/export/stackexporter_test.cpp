@@ -73,9 +73,10 @@ TEST_F(StackExporterTest, surfacesAreWrittenAndTheRestIsSkippedWithoutAWord) {
     const std::string closed = folder.read("S-closed.stl");
     EXPECT_EQ(closed.rfind("solid closed\n  facet normal ", 0), 0u);
     EXPECT_NE(closed.find("\nendsolid closed\n"), std::string::npos);
-    // Three bands of six quadrangles, of two triangles each; an open mesh has five of them on a band.
-    EXPECT_EQ(countLines(closed, "  facet normal"), 36);
-    EXPECT_EQ(countLines(closed, "      vertex"), 108);
+    // Three bands of six quadrangles, of two triangles each, and a tip of six at each end; an open mesh has five of
+    // them on a band, and no tips.
+    EXPECT_EQ(countLines(closed, "  facet normal"), 48);
+    EXPECT_EQ(countLines(closed, "      vertex"), 144);
     EXPECT_EQ(countLines(folder.read("S-open.stl"), "  facet normal"), 30);
 
     QuadMesh<float> mesh;
@@ -90,7 +91,29 @@ TEST_F(StackExporterTest, oneItemGivesAMeshOfOneRow) {
     QuadMesh<float> mesh;
     mesh.load(folder.file("S-flat.qm"));
     EXPECT_EQ(mesh.getNumVertices(), 6);
-    EXPECT_EQ(folder.read("S-flat.stl"), "solid flat\nendsolid flat\n");
+    EXPECT_EQ(countLines(folder.read("S-flat.stl"), "  facet normal"), 12);
+}
+
+TEST_F(StackExporterTest, surfacesEndAsTheModelOrTheCallerAsks) {
+    Model& model = add("a", PolygonPrimitive);
+    StackReconstruction<float> reconstruction(stack);
+    StackExporter exporter;
+    const auto volume = [&] {
+        const auto certificate = exporter.export2AsciiSTL(model, reconstruction, folder.path(), "", true);
+        EXPECT_TRUE(certificate && certificate->isSound());
+        return certificate->volume;
+    };
+    const double tips = volume();
+    model.getProperties().setEndCapFlag(true);
+    const double tipAndLid = volume();
+    model.getProperties().setBeginCapFlag(true);
+    const double lids = volume();
+    EXPECT_NEAR(tips - tipAndLid, tipAndLid - lids, 1e-3);
+    EXPECT_NEAR(6 * (tips - tipAndLid) * 20 / 10, lids, 1e-2); // a pyramid 5 high on the base of a prism 20 high
+    exporter.setEnds({SurfaceEnd::Open, SurfaceEnd::Open});
+    const auto open = exporter.export2AsciiSTL(model, reconstruction, folder.path(), "", true);
+    EXPECT_EQ(open->openEdges, 12);
+    EXPECT_EQ(countLines(folder.read("a.stl"), "  facet normal"), 36);
 }
 
 TEST_F(StackExporterTest, anItemWithoutVerticesIsPassedOver) {
@@ -104,10 +127,10 @@ TEST_F(StackExporterTest, anItemWithoutVerticesIsPassedOver) {
     addItem(flat, stack.getSlice(1), {});
     StackExporter().export2AsciiSTL(stack, folder.path(), false);
     const std::string expected = folder.read("S-b.stl");
-    EXPECT_EQ(countLines(expected, "  facet normal"), 36);
-    EXPECT_EQ(countLines(folder.read("S-a.stl"), "  facet normal"), 36);
+    EXPECT_EQ(countLines(expected, "  facet normal"), 48);
+    EXPECT_EQ(countLines(folder.read("S-a.stl"), "  facet normal"), 48);
     EXPECT_EQ(folder.read("S-a.qm"), folder.read("S-b.qm"));
-    EXPECT_EQ(folder.read("S-flat.stl"), "solid flat\nendsolid flat\n");
+    EXPECT_EQ(countLines(folder.read("S-flat.stl"), "  facet normal"), 12);
 }
 
 TEST_F(StackExporterTest, anExistingFileIsKeptUnlessOverwritingIsAllowed) {

@@ -689,4 +689,14 @@ TEST(VectorEpsilon, followsTheType) {
     EXPECT_EQ(1e-18L, Vector<long double>::epsilon());
 }
 
+// A float that sums a million values by itself is 1% off.
+TEST(Vector, sumsOfManyFloatsKeepTheirDigits) {
+    Vector<float> values(1000000u);
+    for (int i = 0; i < values.getSize(); ++i)
+        values[i] = i % 2 == 0 ? 1000.0f : 1001.0f;
+    EXPECT_EQ(values.mean(), 1000.5f);
+    EXPECT_EQ(values.sum(), 1000500000.0f);
+    EXPECT_EQ(values.var(), 0.25f);
+}
+
 } // namespace vorlen

@@ -102,6 +102,30 @@ TEST(CurveStackTriangulation, theWalkStartsAtTheClosestPair) {
     expectWatertightWall(tiling.getTriMesh(), 3, 3);
 }
 
+// Slanted tubes of circles of radius 2, shifted by half a radius to three of them on each level; the area of their wall
+// by Simpson's rule over the angle.
+TEST(CurveStackTriangulation, centredContoursMakeSlantedTubesOfTheRightArea) {
+    const double pi = 3.14159265358979323846;
+    for (const double shift : {1.0, 2.0, 3.0, 4.0, 6.0}) {
+        std::vector<Points> levels;
+        for (int l = 0; l < 6; ++l) {
+            levels.push_back(circle(200, 2, 0.3 * l));
+            for (auto& point : levels.back())
+                point[0] += shift * l;
+        }
+        double area = 0;
+        for (int k = 0; k < 1000; ++k)
+            area += (k % 2 == 0 ? 2 : 4) / 3.0 * std::hypot(1, shift * std::cos(2 * pi * k / 1000));
+        area *= 5 * 2 * 2 * pi / 1000;
+        for (const int method : {1, 2, 4}) {
+            using Tiling = CurveStackTriangulation<double>;
+            const Tiling tiling(stackOf<double>(levels), method, Tiling::Placement::Centred);
+            EXPECT_NEAR(tiling.getTriMesh().area() / area, 1, 0.001) << "shift " << shift << ", method " << method;
+            EXPECT_EQ(tiling.getTriMesh()[200][0], 2 * std::cos(0.3) + shift) << "the mesh stays where it is";
+        }
+    }
+}
+
 TEST(CurveStackTriangulation, everyBandIsWatertightOnRandomContours) {
     std::mt19937 random(7);
     for (int round = 0; round < 40; ++round) {

@@ -37,7 +37,7 @@ public:
         unsigned long long bits = 0;
         for (int a = 0; a < 8; ++a)
             for (int b = 0; b < 8; ++b)
-                bits |= (unsigned long long)(find(a) == find(b)) << (8 * a + b);
+                bits |= static_cast<unsigned long long>(find(a) == find(b)) << (8 * a + b);
         return bits;
     }
 

@@ -101,18 +101,51 @@ TEST(ModelMorphometry, aBallIsMeasuredWithinTheCoarsenessOfItsPixels) {
     EXPECT_NEAR(ball.getEquivRadius(), 40, 0.1);
 }
 
-TEST(ModelMorphometry, contoursOfOppositeDirectionSubtract) {
+TEST(ModelMorphometry, anOutlineWithinAnotherIsAHoleWhicheverWayTheyTurn) {
     const auto stack = calibratedStack(2);
-    Model& model = addModel(*stack, "ring");
-    for (int i = 0; i < 2; ++i) {
-        auto inner = square(195, 195, 10);
-        std::reverse(inner.begin(), inner.end());
-        addItem(model, stack->getSlice(i), square(190, 190, 20));
-        addItem(model, stack->getSlice(i), inner);
+    for (const bool turned : {false, true}) {
+        Model& model = addModel(*stack, turned ? "turned" : "ring");
+        for (int i = 0; i < 2; ++i) {
+            auto inner = square(195, 195, 10);
+            if (turned)
+                std::reverse(inner.begin(), inner.end());
+            addItem(model, stack->getSlice(i), i == 0 ? inner : square(190, 190, 20));
+            addItem(model, stack->getSlice(i), i == 0 ? square(190, 190, 20) : inner);
+        }
+        const ModelMorphometry ring = measured(model);
+        EXPECT_EQ(ring.getArea(), -1);
+        EXPECT_EQ(ring.getClosedVolume(), -1);
+        EXPECT_FALSE(ring.getCertificate().closed);
+        EXPECT_NEAR(ring.getVolume(), (100 - 25) * 4, 1e-9);
+        EXPECT_NEAR(ring.getSlabVolume(), (100 - 25) * 2, 1e-9);
     }
-    const ModelMorphometry ring = measured(model);
-    EXPECT_EQ(ring.getArea(), -1);
-    EXPECT_NEAR(ring.getVolume(), (100 - 25) * 4, 1e-9);
+}
+
+TEST(ModelMorphometry, aContourDrawnTheOtherWayChangesNothing) {
+    const auto stack = calibratedStack(5);
+    Model& model = addModel(*stack, "m");
+    for (int i = 0; i < 5; ++i) {
+        auto contour = circle(40 + 5 * i, 100);
+        if (i % 2 == 1)
+            std::reverse(contour.begin(), contour.end());
+        addItem(model, stack->getSlice(i), contour);
+    }
+    // A frustum from radius 20 to 30 and 8 high: pi (20 + 30) sqrt(8^2 + 10^2) and pi 8 / 3 (400 + 600 + 900). Pixels
+    // and corners take up to a hundredth.
+    const ModelMorphometry frustum = measured(model);
+    EXPECT_NEAR(frustum.getArea() / (pi * 50 * std::sqrt(164)), 1, 0.01);
+    EXPECT_NEAR(frustum.getSlabVolume() / (pi * 8 / 3 * 1900), 1, 0.01);
+    // Tips on it, 1 high: cones of volume pi r^2 / 3.
+    EXPECT_NEAR(frustum.getClosedVolume() / (pi * 8 / 3 * 1900 + pi * 1300 / 3), 1, 0.01);
+    EXPECT_TRUE(frustum.getCertificate().isSound());
+    EXPECT_EQ(frustum.getCertificate().genus(), 0);
+    // With lids the frustum alone is left.
+    model.getProperties().setBeginCapFlag(true);
+    model.getProperties().setEndCapFlag(true);
+    const ModelMorphometry capped = measured(model);
+    EXPECT_NEAR(capped.getClosedVolume() / (pi * 8 / 3 * 1900), 1, 0.01);
+    EXPECT_NEAR(capped.getClosedArea() / (pi * 50 * std::sqrt(164) + pi * 1300), 1, 0.01);
+    EXPECT_NEAR(capped.getClosedVolume(), capped.getSlabVolume(), 1e-3 * capped.getSlabVolume());
 }
 
 TEST(ModelMorphometry, emptySlicesBetweenContoursCountAsFilled) {

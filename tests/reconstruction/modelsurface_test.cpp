@@ -4,6 +4,7 @@
 
 #include "numerics/exception.h"
 #include "reconstruction/stackreconstruction.h"
+#include "shapes/surfacecertificate.h"
 #include "support/documentmaker.h"
 
 namespace vorlen {
@@ -79,6 +80,54 @@ TEST_F(ModelSurfaceTest, oneContourIsASurfaceWithoutHeight) {
     EXPECT_TRUE(surface.exists());
     EXPECT_EQ(surface.getMeshSize(model.getProperties()).rows, 1);
     EXPECT_EQ(surface.tile(2).getNumTriangles(), 0);
+}
+
+// A crescent, whose centroid lies outside of it, and a square, on slices 1 and 2 of four: the walls between them, and
+// each way to end.
+TEST_F(ModelSurfaceTest, closesInAnyWayAndFacesOutward) {
+    const std::vector<std::pair<int, int>> crescent = {{0, 0},  {60, 0},  {60, 60}, {0, 60},
+                                                       {0, 50}, {50, 50}, {50, 10}, {0, 10}};
+    for (const bool descending : {false, true}) {
+        for (int slice = 0; slice < 4; ++slice)
+            stack.getSlice(slice).setAbsolutePosition(float(descending ? -10 * slice : 10 * slice));
+        Model& model = addModel(stack, "m");
+        addSquare(model, 1);
+        addSquare(model, 2);
+        Model& bent = addModel(stack, "bent");
+        addItem(bent, stack.getSlice(1), crescent);
+        addItem(bent, stack.getSlice(2), crescent);
+        // Prisms of 400 by 10 with pyramids of the height of the tip, and a lid in place of them.
+        const std::pair<SurfaceEnd, double> ways[] = {{SurfaceEnd::Flat, 4000},
+                                                      {SurfaceEnd::HalfSection, 4000 + 2 * 400 * 5 / 3.0},
+                                                      {SurfaceEnd::NextSection, 4000 + 2 * 400 * 10 / 3.0}};
+        for (const auto& [way, volume] : ways) {
+            const ModelSurface<double> surface = surfaceOf(model), bentSurface = surfaceOf(bent);
+            for (int method = 1; method <= 4; ++method) {
+                testing::internal::CaptureStdout();
+                const auto certificate = SurfaceCertificate::of(surface.close(surface.tile(method), {way, way}));
+                const auto lidded = SurfaceCertificate::of(bentSurface.close(bentSurface.tile(method), {way, way}));
+                testing::internal::GetCapturedStdout();
+                EXPECT_TRUE(certificate.isSound()) << certificate.toText();
+                EXPECT_NEAR(certificate.volume, volume, 1e-9);
+                EXPECT_TRUE(lidded.isSound()) << lidded.toText();
+                EXPECT_NEAR(lidded.volume, 1600 * 10, 1e-9);
+            }
+            const auto resampled = SurfaceCertificate::of(surface.close(*surface.resample(5, 8), {way, way}));
+            EXPECT_TRUE(resampled.isSound()) << resampled.toText();
+            EXPECT_NEAR(resampled.volume, volume, 1e-9);
+        }
+        EXPECT_NEAR(surfaceOf(bent).close(surfaceOf(bent).tile(2), {SurfaceEnd::Flat, SurfaceEnd::Flat}).area(),
+                    340 * 10 + 2 * 1600, 1e-9);
+        EXPECT_FALSE(SurfaceCertificate::of(
+                         surfaceOf(model).close(surfaceOf(model).tile(2), {SurfaceEnd::Open, SurfaceEnd::Flat}))
+                         .closed);
+        // One contour alone becomes a double pyramid.
+        Model& flat = addModel(stack, "flat");
+        addSquare(flat, 1);
+        const auto certificate = SurfaceCertificate::of(surfaceOf(flat).close(surfaceOf(flat).tile(2), SurfaceEnds()));
+        EXPECT_TRUE(certificate.isSound()) << certificate.toText();
+        EXPECT_NEAR(certificate.volume, 2 * 400 * 5 / 3.0, 1e-9);
+    }
 }
 
 TEST_F(ModelSurfaceTest, tellsWhyThereIsNone) {

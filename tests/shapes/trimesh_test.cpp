@@ -279,6 +279,25 @@ TEST(TriMesh, closestPointIsThatOfTheNearestTriangle) {
     EXPECT_THROW(TriMesh<double>(3, 0).closestPoint(out, out), SizeError);
 }
 
+// A ball in nm, µm, mm and m: the same points are inside.
+TEST(TriMesh, containsTheSamePointsInAnyUnit) {
+    for (const float unit : {1e3f, 1.0f, 1e-3f, 1e-6f}) {
+        const TriMesh<float> ball = sphereMesh<float>(10 * unit, 3);
+        const TriMeshInterior<float> interior(ball);
+        int wrong = 0;
+        for (int k = 0; k < 300; ++k) {
+            // Clear of the surface, whose facets lie up to a hundredth inside of the ball.
+            const float radius = (k % 2 == 0 ? 9.8f : 10.01f) * unit, height = 1 - 2 * (float(k) + 0.5f) / 300;
+            const float ring = radius * std::sqrt(1 - height * height), angle = 2.4f * float(k);
+            const auto p = vectorOf<float>({ring * std::cos(angle), ring * std::sin(angle), radius * height});
+            wrong += ball.contains(p) != (k % 2 == 0);
+            wrong += interior.contains(p) != (k % 2 == 0);
+        }
+        EXPECT_EQ(wrong, 0) << "unit " << unit;
+        EXPECT_TRUE(ball.contains(ball[5]) && interior.contains(ball[5]));
+    }
+}
+
 TEST(TriMesh, containsTheInsideAndTheSurfaceOfTheCube) {
     const TriMesh<double> cube = cubeMesh<double>(4);
     for (const auto& contains :
