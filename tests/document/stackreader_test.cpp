@@ -211,7 +211,7 @@ TEST(StackReader, aModelTakesAllItsProperties) {
     EXPECT_TRUE(properties.getEconomicRendering());
     EXPECT_FALSE(look.getVertexSymbolFilling());
     EXPECT_FALSE(look.getRenderingVisibility());
-    EXPECT_EQ(look.getPointSize(), 2);
+    EXPECT_EQ(look.getPointSize(), 2.5f);
     EXPECT_EQ(properties.getGeometry(), PolylinePrimitive);
     EXPECT_EQ(properties.getRenderingMode(), WireframeRendering);
     EXPECT_EQ(properties.getQuadMeshWidth(), 20u);

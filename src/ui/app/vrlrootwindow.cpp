@@ -33,6 +33,7 @@
 #include "ui/scenes/renderingcommands.h"
 #include "ui/session/vrlconfig.h"
 #include "ui/session/vrlrecovery.h"
+#include "ui/slices/slicecommands.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
@@ -226,7 +227,7 @@ void VRLRootWindow::showShortcuts() {
     if (dialog == nullptr) {
         dialog = new ShortcutsDialog(this); // deletes itself when it is closed
         dialog->addSheet(rootCommands());
-        dialog->addActions("Slice editor", __sliceWidget->getMediator().findChildren<QAction*>());
+        dialog->addSheet(sliceEditorCommands());
         dialog->addSheet(renderingCommands());
         dialog->addSheet(analysisCommands());
     }

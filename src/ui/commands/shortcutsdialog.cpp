@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <functional>
 
-#include <QAction>
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
@@ -241,20 +240,11 @@ void ShortcutsDialog::addSheet(const CommandSheet& sheet) {
             if (info == nullptr || info->planned || listed.contains(info->id))
                 continue;
             listed += info->id;
-            addRow(*heading, info->text, VRLIcons::icon(info->icon), info->keys, info->tip);
+            addRow(*heading, readable(info->text), VRLIcons::icon(info->icon), info->keys, info->tip);
         }
         if (heading->childCount() == 0)
             delete heading;
     }
-    applyFilter();
-}
-
-void ShortcutsDialog::addActions(const QString& heading, const QList<QAction*>& actions) {
-    QTreeWidgetItem* const window = newHeading(heading, nullptr);
-    for (const QAction* action : actions)
-        if (!action->isSeparator() && !action->text().isEmpty())
-            addRow(*window, readable(action->text()), action->icon(), QKeySequence::listToString(action->shortcuts()),
-                   action->statusTip());
     applyFilter();
 }
 

@@ -1,9 +1,7 @@
 #pragma once
 
 #include <QDialog>
-#include <QList>
 
-class QAction;
 class QCheckBox;
 class QLabel;
 class QLineEdit;
@@ -26,7 +24,6 @@ public:
     void addSheet(const CommandSheet& sheet);
 
     /// Further actions of a window, under a heading of their own. They are seen now and not kept.
-    void addActions(const QString& heading, const QList<QAction*>& actions);
 
 public slots:
     /// Leaves the commands that have all words of the text in their text, tip, keys, menu or window, in any case of

@@ -1,6 +1,6 @@
 #include "ui/slices/toolmenus.h"
 
-#include "ui/icons/vrlicons.h"
+#include "ui/commands/commandregistry.h"
 #include "ui/widgets/vrlmenu.h"
 
 namespace vorlen {
@@ -12,30 +12,22 @@ struct ToolMenus::Entry {
     std::unique_ptr<VRLMenu> menu;
 
     QAction* shown() const { return menu ? menu->menuAction() : action; }
-    void setEnabled(bool enabled) const {
-        if (menu)
-            menu->setEnabled(enabled);
-        else
-            action->setEnabled(enabled);
-    }
 };
 
-ToolMenus::ToolMenus(QObject* parent) : QObject(parent) {
+ToolMenus::ToolMenus(CommandRegistry& commands, QObject* parent) : QObject(parent), __commands(commands) {
     for (const ToolCommand& command : toolCommands()) {
         Entry& entry = __entries.emplace_back();
         entry.command = &command;
         if (command.models != ToolModels::None) {
-            entry.menu = std::make_unique<VRLMenu>(command.text);
+            entry.menu = std::make_unique<VRLMenu>(command.info.text);
             connect(entry.menu.get(), qOverload<const QString&>(&VRLMenu::triggered), this,
                     [this, &command](const QString& model) { emit chosen(command, model); });
         } else {
-            entry.action = new QAction(command.text, this);
-            entry.action->setObjectName(command.id);
-            entry.action->setShortcut(QKeySequence(command.shortcut));
+            commands.add(command.info)
+                .setWork([this, &command] { emit chosen(command, QString()); })
+                .enableWhen([this, &command] { return command.isEnabled(__selected); });
+            entry.action = &commands.action(command.info.id);
             entry.action->setShortcutContext(Qt::WidgetShortcut);
-            if (!command.icon.isEmpty())
-                entry.action->setIcon(VRLIcons::icon(command.icon));
-            connect(entry.action, &QAction::triggered, this, [this, &command] { emit chosen(command, QString()); });
         }
         if (command.menu == ToolMenu::Draw || command.menu == ToolMenu::Edit)
             menuOf(command.menu).addAction(entry.shown());
@@ -63,7 +55,10 @@ QList<QAction*> ToolMenus::getActions() const {
 void ToolMenus::setSelection(const StackSliceSelectionInfo& selected) {
     __selected = selected;
     for (const Entry& entry : __entries)
-        entry.setEnabled(entry.command->isEnabled(selected));
+        if (entry.menu)
+            entry.menu->setEnabled(entry.command->isEnabled(selected));
+        else
+            __commands.update(entry.command->info.id);
     for (const auto& [place, menu] : __submenus)
         menu->setEnabled(isToolMenuEnabled(place, selected));
 }

@@ -15,12 +15,15 @@
 
 namespace vorlen {
 
-/// The commands of the tools as actions, and their context menu, made from the list of commands.
+class CommandRegistry;
+
+/// The commands of the tools in the registry of an editor, and their context menu, made from the list of commands.
 class ToolMenus : public QObject {
     Q_OBJECT
 
 public:
-    explicit ToolMenus(QObject* parent = nullptr);
+    /// The commands but those that offer models become part of the registry, which goes before this object.
+    ToolMenus(CommandRegistry& commands, QObject* parent);
     ~ToolMenus() override;
 
     /// For the canvas, so that their keys act there: all commands but those that offer models.
@@ -45,6 +48,7 @@ private:
     QMenu& menuOf(ToolMenu place);
     void fill(Entry& entry, const QStringList& names, const std::function<const Model*(const QString&)>& find);
 
+    CommandRegistry& __commands;
     std::vector<Entry> __entries; // in the order of the list
     std::vector<std::pair<ToolMenu, std::unique_ptr<QMenu>>> __submenus;
     StackSliceSelectionInfo __selected;

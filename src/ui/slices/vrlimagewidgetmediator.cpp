@@ -12,9 +12,9 @@
 
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
-#include "ui/icons/vrlicons.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/session/vrlconfig.h"
+#include "ui/slices/slicecommands.h"
 #include "ui/slices/vrlimagewidget.h"
 #include "ui/slices/vrlimagewidgetmediatorpandelegate.h"
 #include "ui/slices/vrlimagewidgetmediatorpixelinfodelegate.h"
@@ -22,21 +22,31 @@
 namespace vorlen {
 
 VRLImageWidgetMediator::VRLImageWidgetMediator(VRLImageWidget& widget) : QObject(&widget), __widget(&widget) {
+    const auto bind = [this](const char* id, void (VRLImageWidgetMediator::*work)(), std::function<bool()> condition) {
+        __commands.command(id)
+            .setWork([this, work] { (this->*work)(); })
+            .enableWhen([this, condition = std::move(condition)] { return isUsable() && (!condition || condition()); });
+    };
     using Mediator = VRLImageWidgetMediator;
-    __zoomIn = newAction("Zoom in", "+", &Mediator::increaseZoomFactor, "zoomin");
-    __zoomOut = newAction("Zoom out", "-", &Mediator::decreaseZoomFactor, "zoomout");
-    __bestFit = newAction("Best fit", "=", &Mediator::bestFitZoomFactor, "zoomfit");
-    __stepUp = newAction("[stepUp]", "Up", &Mediator::stepScrollUp);
-    __stepDown = newAction("[stepDown]", "Down", &Mediator::stepScrollDown);
-    __stepRight = newAction("[stepRight]", "Right", &Mediator::stepScrollRight);
-    __stepLeft = newAction("[stepLeft]", "Left", &Mediator::stepScrollLeft);
-    __pageUp = newAction("Scroll up", "Ctrl+Up", &Mediator::pageScrollUp, "panUp");
-    __pageDown = newAction("Scroll down", "Ctrl+Down", &Mediator::pageScrollDown, "panDown");
-    __pageRight = newAction("Scroll right", "Ctrl+Right", &Mediator::pageScrollRight, "panRight");
-    __pageLeft = newAction("Scroll left", "Ctrl+Left", &Mediator::pageScrollLeft, "panLeft");
-    __center = newAction("[Center]", "C", &Mediator::centerView);
-    for (QAction* action : {__stepUp, __stepDown, __stepRight, __stepLeft, __center})
-        action->setShortcutContext(Qt::WidgetShortcut);
+    __commands.add(imageViewCommands());
+    bind("zoom.in", &Mediator::increaseZoomFactor, [this] { return maximumZoomFactor > getCanvas().getZoomFactor(); });
+    bind("zoom.out", &Mediator::decreaseZoomFactor, [this] { return getCanvas().getZoomFactor() > minimumZoomFactor; });
+    bind("zoom.fit", &Mediator::bestFitZoomFactor, [this] { return !getCanvas().isBestFitMode(); });
+    bind("page.up", &Mediator::pageScrollUp, [this] { return getCanvas().getViewOrigin().y() >= 1; });
+    bind("page.down", &Mediator::pageScrollDown,
+         [this] { return getCanvas().getViewOrigin().y() < getCanvas().computeMaxViewOrigin().y(); });
+    bind("page.right", &Mediator::pageScrollRight,
+         [this] { return getCanvas().getViewOrigin().x() < getCanvas().computeMaxViewOrigin().x(); });
+    bind("page.left", &Mediator::pageScrollLeft, [this] { return getCanvas().getViewOrigin().x() > 0; });
+    const std::pair<const char*, void (Mediator::*)()> ofTheCanvas[] = {
+        {"step.up", &Mediator::stepScrollUp},       {"step.down", &Mediator::stepScrollDown},
+        {"step.right", &Mediator::stepScrollRight}, {"step.left", &Mediator::stepScrollLeft},
+        {"view.center", &Mediator::centerView},
+    };
+    for (const auto& [id, work] : ofTheCanvas) {
+        bind(id, work, {});
+        __commands.action(id).setShortcutContext(Qt::WidgetShortcut);
+    }
 }
 
 VRLImageWidgetMediator::~VRLImageWidgetMediator() {
@@ -44,8 +54,10 @@ VRLImageWidgetMediator::~VRLImageWidgetMediator() {
         __panDelegate->deactivate();
     if (__pixelInfoDelegate != nullptr && __pixelInfoDelegate->isActive())
         __pixelInfoDelegate->deactivate();
-    if (__canvas)
+    if (__canvas) {
+        __canvas->removeEventFilter(this); // the actions leave the canvas when they go
         __canvas->getImageProxy().removeMonitor(static_cast<ProgressMonitor&>(*this));
+    }
 }
 
 void VRLImageWidgetMediator::setCanvas(VRLImageWidgetCanvas& canvas) {
@@ -63,14 +75,15 @@ void VRLImageWidgetMediator::setToolBar(QToolBar& toolBar) {
 
 void VRLImageWidgetMediator::initialize() {
     VRLImageWidgetCanvas& canvas = getCanvas();
-    canvas.addActions({__zoomIn, __zoomOut, __bestFit, __pageUp, __pageDown, __pageRight, __pageLeft, __stepUp,
-                       __stepDown, __stepRight, __stepLeft, __center});
+    for (const CommandInfo& info : imageViewCommands())
+        canvas.addAction(&__commands.action(info.id));
     VRLImageProxy& proxy = canvas.getImageProxy();
     connect(&proxy, &VRLImageProxy::imageChanged, this, &VRLImageWidgetMediator::imageProxyChange);
     connect(&proxy, &VRLImageProxy::imageFailed, this, &VRLImageWidgetMediator::imageProxyFailure);
     proxy.addMonitor(static_cast<ProgressMonitor&>(*this));
     if (__toolBar)
-        __toolBar->addActions({__zoomIn, __zoomOut, __bestFit, __pageUp, __pageRight, __pageDown, __pageLeft});
+        for (const char* id : {"zoom.in", "zoom.out", "zoom.fit", "page.up", "page.right", "page.down", "page.left"})
+            __toolBar->addAction(&__commands.action(id));
     if (__slider)
         connect(__slider, &BlackWhiteDoubleSlider::valuesChanged, &canvas, &VRLImageWidgetCanvas::setBlackAndWhite);
     __panDelegate = new VRLImageWidgetMediatorPanDelegate(*this); // children of this object
@@ -188,19 +201,12 @@ void VRLImageWidgetMediator::setActionsEnabled(bool enabled) {
 }
 
 void VRLImageWidgetMediator::updateActions() {
-    const VRLImageWidgetCanvas& canvas = getCanvas();
-    const bool enabled = __actionsEnabled && !getImageProxy().isEmpty();
-    const QPoint origin = canvas.getViewOrigin();
-    const QPoint last = canvas.computeMaxViewOrigin();
-    __zoomIn->setEnabled(enabled && maximumZoomFactor > canvas.getZoomFactor());
-    __zoomOut->setEnabled(enabled && canvas.getZoomFactor() > minimumZoomFactor);
-    __bestFit->setEnabled(enabled && !canvas.isBestFitMode());
-    __pageUp->setEnabled(enabled && origin.y() >= 1);
-    __pageDown->setEnabled(enabled && origin.y() < last.y());
-    __pageRight->setEnabled(enabled && origin.x() < last.x());
-    __pageLeft->setEnabled(enabled && origin.x() > 0);
-    for (QAction* action : {__stepUp, __stepDown, __stepRight, __stepLeft, __center})
-        action->setEnabled(enabled);
+    for (const CommandInfo& info : imageViewCommands())
+        __commands.update(info.id);
+}
+
+bool VRLImageWidgetMediator::isUsable() const {
+    return __actionsEnabled && !getImageProxy().isEmpty();
 }
 
 void VRLImageWidgetMediator::updateScrollBars() {
@@ -266,7 +272,7 @@ void VRLImageWidgetMediator::panTo(const QPoint& origin) {
 }
 
 void VRLImageWidgetMediator::zoomAt(const QPoint& position, bool in) {
-    if (!(in ? __zoomIn : __zoomOut)->isEnabled())
+    if (!__commands.action(in ? "zoom.in" : "zoom.out").isEnabled())
         return;
     VRLImageWidgetCanvas& canvas = getCanvas();
     const QPointF fixed = canvas.convertToImagePoint(position);
@@ -479,18 +485,6 @@ void VRLImageWidgetMediator::setNotice(const QString& notice) {
         __statusBar->clearMessage();
     else
         __statusBar->showMessage(notice);
-}
-
-QAction* VRLImageWidgetMediator::newAction(const QString& text, const QString& key,
-                                           void (VRLImageWidgetMediator::*slot)(), const QString& icon) {
-    auto* const action = new QAction(text, this);
-    action->setShortcut(QKeySequence(key));
-    if (!icon.isEmpty()) {
-        action->setIcon(VRLIcons::icon(icon));
-        action->setToolTip(text + " (" + action->shortcut().toString(QKeySequence::NativeText) + ")");
-    }
-    connect(action, &QAction::triggered, this, slot);
-    return action;
 }
 
 void VRLImageWidgetMediator::changeZoom(const std::function<void(VRLImageWidgetCanvas&)>& change) {

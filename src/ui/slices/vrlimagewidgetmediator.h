@@ -12,12 +12,12 @@
 
 #include "editing/bus/vrleventclient.h"
 #include "progress/progressproxy.h"
+#include "ui/commands/commandregistry.h"
 #include "ui/imageserver/vrlimageserver.h"
 #include "ui/slices/vrlimagewidgetcanvas.h"
 #include "ui/slices/vrlimagewidgetstatusbar.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
 
-class QAction;
 class QResizeEvent;
 class QWheelEvent;
 
@@ -57,6 +57,9 @@ public:
 
     /// Forgets image and view.
     virtual void clear();
+
+    /// The commands of the view, and those that parts of the editor have added.
+    CommandRegistry& commands() { return __commands; }
 
     void preferencesEvent(VRLPreferencesEvent& event) override;
 
@@ -144,8 +147,7 @@ protected:
     void setNotice(const QString& notice);
 
 private:
-    QAction* newAction(const QString& text, const QString& key, void (VRLImageWidgetMediator::*slot)(),
-                       const QString& icon = QString());
+    bool isUsable() const;
     void changeZoom(const std::function<void(VRLImageWidgetCanvas&)>& change);
     void leaveImage();
     void updatePixelInfo();
@@ -160,18 +162,7 @@ private:
     QPointer<QScrollBar> __verticalScrollBar;
     QPointer<QToolBar> __toolBar;
     QPointer<BlackWhiteDoubleSlider> __slider;
-    QAction* __zoomIn;
-    QAction* __zoomOut;
-    QAction* __bestFit;
-    QAction* __stepUp;
-    QAction* __stepDown;
-    QAction* __stepRight;
-    QAction* __stepLeft;
-    QAction* __pageUp;
-    QAction* __pageDown;
-    QAction* __pageRight;
-    QAction* __pageLeft;
-    QAction* __center;
+    CommandRegistry __commands{*this};
     std::vector<QPointer<VRLImageWidgetMediatorDelegate>> __delegates; // in the order of their making
     VRLImageWidgetMediatorPanDelegate* __panDelegate = nullptr;
     VRLImageWidgetMediatorPixelInfoDelegate* __pixelInfoDelegate = nullptr;

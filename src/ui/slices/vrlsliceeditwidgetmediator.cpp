@@ -24,11 +24,11 @@
 namespace vorlen {
 
 VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget)
-    : VRLSliceWidgetMediator(widget), __host(std::make_unique<SliceToolHost>(*this)), __menus(new ToolMenus(this)) {
-    __cancel = new QAction("Cancel", this);
-    __cancel->setShortcut(QKeySequence("Escape"));
+    : VRLSliceWidgetMediator(widget), __host(std::make_unique<SliceToolHost>(*this)),
+      __menus(new ToolMenus(commands(), this)) {
+    __cancel = &commands().add(cancelToolCommand()).setWork([this] { cancelInteraction(); }).action();
     __cancel->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    connect(__cancel, &QAction::triggered, this, &VRLSliceEditWidgetMediator::cancelInteraction);
+    commands().update(cancelToolCommand().id);
     connect(__menus, &ToolMenus::chosen, this, &VRLSliceEditWidgetMediator::runCommand);
 }
 
@@ -240,7 +240,7 @@ void VRLSliceEditWidgetMediator::runCommand(const ToolCommand& command, const QS
     if (isInteracting() || __resting == nullptr)
         return;
     const QString which = model.isNull() ? QString() : " for the model \"" + model + "\"";
-    guarded(&getCanvas(), "\"" + command.text + "\" cannot be carried out" + which + ".", [&] {
+    guarded(&getCanvas(), QString("\"") + command.info.text + "\" cannot be carried out" + which + ".", [&] {
         if (command.deselects)
             __resting->cancel();
         command.start(toolOf(command.make), model);

@@ -14,20 +14,21 @@
 #include "editing/bus/vrlstackevent.h"
 #include "editing/stacks/vrlstack.h"
 #include "numerics/exception.h"
-#include "ui/icons/vrlicons.h"
 #include "ui/imageserver/vrlimageproxy.h"
+#include "ui/slices/slicecommands.h"
 #include "ui/slices/vrlslicewidgetcanvas.h"
 #include "ui/slices/vrlslicewidgetstatusbar.h"
 
 namespace vorlen {
 
 VRLSliceWidgetMediator::VRLSliceWidgetMediator(VRLImageWidget& widget) : VRLImageWidgetMediator(widget) {
-    __modeActions[BackgroundMode] = newModeAction("Display images only", "modebg", BackgroundMode);
-    __modeActions[ForegroundMode] = newModeAction("Display items only", "modefg", ForegroundMode);
-    __modeActions[AllgroundMode] = newModeAction("Display images and items", "modebgfg", AllgroundMode);
     auto* const group = new QActionGroup(this);
-    for (QAction* action : __modeActions)
-        group->addAction(action);
+    for (const CanvasMode mode : {BackgroundMode, ForegroundMode, AllgroundMode}) {
+        const CommandInfo& info = sliceModeCommands()[static_cast<std::size_t>(mode)];
+        __modeActions[mode] = &commands().add(info).setWork([this, mode] { setCanvasMode(mode); }).action();
+        group->addAction(__modeActions[mode]);
+        commands().update(info.id);
+    }
     __modeActions[AllgroundMode]->setChecked(true);
 }
 
@@ -208,13 +209,6 @@ void VRLSliceWidgetMediator::setForegroundMode() {
 
 void VRLSliceWidgetMediator::setAllgroundMode() {
     setCanvasMode(AllgroundMode);
-}
-
-QAction* VRLSliceWidgetMediator::newModeAction(const QString& text, const QString& icon, CanvasMode mode) {
-    auto* const action = new QAction(VRLIcons::icon(icon), text, this);
-    action->setCheckable(true);
-    connect(action, &QAction::triggered, this, [this, mode] { setCanvasMode(mode); });
-    return action;
 }
 
 void VRLSliceWidgetMediator::changed(const Model& model) {

@@ -73,14 +73,13 @@ signals:
     void canvasModeChanged(CanvasMode mode);
 
 private:
-    QAction* newModeAction(const QString& text, const QString& icon, CanvasMode mode);
     void changed(const Model& model);
     void changed(const ModelItem* item);
     void contentsChanged();
     void calibrationChanged();
     void showImage(const StackSlice& slice);
 
-    QAction* __modeActions[3]; // by mode
+    QAction* __modeActions[3]; // by mode; of the registry
     bool __infoPending = false;
 };
 

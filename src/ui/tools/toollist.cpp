@@ -110,24 +110,30 @@ bool isToolMenuEnabled(ToolMenu menu, const StackSliceSelectionInfo& selected) {
 const std::vector<ToolCommand>& toolCommands() {
     // clang-format off
     static const std::vector<ToolCommand> commands = {
-        {"draw.manual", "Manual", "", "", Draw, always, make<Creation>, runFor<Creation>, ToolModels::OfStack, {}, true},
-        {"draw.automatic", "Automatic", "", "", Draw, always, make<Thresholding>, runFor<Thresholding>, ToolModels::Polygons, {}, true},
-        {"edit.properties", "Properties...", "", "", Edit, noSeveralNorPoints, make<Selection>, call(&Selection::editSelectionProperties)},
-        {"edit.points", "Edit points", "", "E", Edit, oneItem, make<Edition>, run},
-        {"edit.decimate", "Decimate", "", "", Edit, something, make<Selection>, call(&Selection::decimateSelection)},
-        {"edit.douglaspeucker", "Decimate (Douglas-Peucker)", "", "", Edit, wholeContour, make<DouglasPeucker>, run},
-        {"edit.resample", "Resample", "", "R", Edit, wholePolygon, make<Resampling>, run},
-        {"edit.origin", "Change origin", "", "", Edit, wholePolygon, make<Reorigin>, run},
-        {"edit.split", "Split contour", "", "", Edit, wholePolygon, make<Split>, run},
-        {"edit.smooth", "Smooth (Fourier)", "", "", Edit, wholePolygon, make<Fourier>, run},
-        {"edit.snake", "Run Snake", "", "S", Edit, wholePolygon, make<Snake>, run},
-        {"select.model", "Select", "", "", Top, nothing, make<Selection>, call(&Selection::selectModelItems), ToolModels::OfSlice},
-        {"convert", "Convert", "", "", Top, oneGeometry, make<Selection>, call(&Selection::convertSelection), ToolModels::OfStack, isOfThatGeometry},
-        {"delete", "Delete", "", "Delete", Top, something, make<Selection>, call(&Selection::removeSelection)},
-        {"select.all", "Select all", "", "Ctrl+A", ToolMenu::None, always, make<Selection>, call(&Selection::selectAllModelItems)},
+        {{.id = "draw.manual", .text = "Manual", .tip = "Draw a contour, line or point of the model chosen"}, Draw, always, make<Creation>, runFor<Creation>, ToolModels::OfStack, {}, true},
+        {{.id = "draw.automatic", .text = "Automatic", .tip = "Outline what is brighter or darker than a threshold, at a click"}, Draw, always, make<Thresholding>, runFor<Thresholding>, ToolModels::Polygons, {}, true},
+        {{.id = "edit.properties", .text = "Properties...", .tip = "Colour, width and texts of what is selected"}, Edit, noSeveralNorPoints, make<Selection>, call(&Selection::editSelectionProperties)},
+        {{.id = "edit.points", .text = "Edit points", .tip = "Move, insert and delete vertices", .keys = "E"}, Edit, oneItem, make<Edition>, run},
+        {{.id = "edit.decimate", .text = "Decimate", .tip = "Leave out the vertices that the outline does not need"}, Edit, something, make<Selection>, call(&Selection::decimateSelection)},
+        {{.id = "edit.douglaspeucker", .text = "Decimate (Douglas-Peucker)", .tip = "Leave out vertices within a tolerance that a dialog asks for"}, Edit, wholeContour, make<DouglasPeucker>, run},
+        {{.id = "edit.resample", .text = "Resample", .tip = "Vertices at equal distances", .keys = "R"}, Edit, wholePolygon, make<Resampling>, run},
+        {{.id = "edit.origin", .text = "Change origin", .tip = "Choose the first vertex"}, Edit, wholePolygon, make<Reorigin>, run},
+        {{.id = "edit.split", .text = "Split contour", .tip = "Cut a contour in two along a line"}, Edit, wholePolygon, make<Split>, run},
+        {{.id = "edit.smooth", .text = "Smooth (Fourier)", .tip = "Keep the low frequencies of the contour"}, Edit, wholePolygon, make<Fourier>, run},
+        {{.id = "edit.snake", .text = "Run Snake", .tip = "Let the contour find the edges of the image", .keys = "S"}, Edit, wholePolygon, make<Snake>, run},
+        {{.id = "select.model", .text = "Select", .tip = "Select the items of a model on this slice"}, Top, nothing, make<Selection>, call(&Selection::selectModelItems), ToolModels::OfSlice},
+        {{.id = "convert", .text = "Convert", .tip = "Give what is selected to another model"}, Top, oneGeometry, make<Selection>, call(&Selection::convertSelection), ToolModels::OfStack, isOfThatGeometry},
+        {{.id = "delete", .text = "Delete", .tip = "Delete what is selected", .keys = "Delete"}, Top, something, make<Selection>, call(&Selection::removeSelection)},
+        {{.id = "select.all", .text = "Select all", .tip = "Select all items on this slice", .keys = "Ctrl+A"}, ToolMenu::None, always, make<Selection>, call(&Selection::selectAllModelItems)},
     };
     // clang-format on
     return commands;
+}
+
+const CommandInfo& cancelToolCommand() {
+    static const CommandInfo info = {
+        .id = "tool.cancel", .text = "Cancel", .tip = "End what is being done, or deselect", .keys = "Escape"};
+    return info;
 }
 
 ToolCommand::ToolMaker restingToolMaker() {

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include "ui/commands/commandsheet.h"
+
 namespace vorlen {
 
 class Model;
@@ -27,10 +29,7 @@ struct ToolCommand {
     using ToolMaker = Tool* (*)(ToolHost& host);
     using Enabled = bool (*)(const StackSliceSelectionInfo& selected);
 
-    QString id;
-    QString text;
-    QString icon;     // of VRLIcons; may be empty
-    QString shortcut; // acts while the canvas has the keyboard; may be empty
+    CommandInfo info; // its keys act while the canvas has the keyboard
     ToolMenu menu;
     Enabled isEnabled;
     /// Makes the tool. Commands of one maker share the tool.
@@ -46,6 +45,9 @@ struct ToolCommand {
 
 /// The commands of all tools, in the order of the menus.
 const std::vector<ToolCommand>& toolCommands();
+
+/// What ends whatever tool runs.
+const CommandInfo& cancelToolCommand();
 
 /// The maker of the tool that has the canvas while no other runs.
 ToolCommand::ToolMaker restingToolMaker();

@@ -1,5 +1,6 @@
 #include "ui/tools/vrlsliceeditwidgetmediatoreditiondelegate.h"
 
+#include <QAction>
 #include <QActionGroup>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
@@ -10,27 +11,46 @@
 #include "document/modelitem.h"
 #include "document/stackslice.h"
 #include "editing/stacks/vrlstack.h"
-#include "ui/icons/vrlicons.h"
 
 namespace vorlen {
 
 using Delegate = VRLSliceEditWidgetMediatorEditionDelegate;
 
+const std::vector<CommandInfo>& pointEditionCommands() {
+    static const std::vector<CommandInfo> commands = {
+        {.id = "points.move", .text = "Move points", .tip = "Drag vertices", .icon = "movepoints", .checkable = true},
+        {.id = "points.insert",
+         .text = "Insert points",
+         .tip = "Click to insert vertices",
+         .icon = "insertpoints",
+         .checkable = true},
+        {.id = "points.delete",
+         .text = "Delete points",
+         .tip = "Click or drag over vertices to delete them",
+         .icon = "deletepoints",
+         .checkable = true},
+        {.id = "points.end", .text = "End edition", .tip = "Keep the contour as it is now"},
+    };
+    return commands;
+}
+
 VRLSliceEditWidgetMediatorEditionDelegate::VRLSliceEditWidgetMediatorEditionDelegate(ToolHost& host)
     : VRLSliceEditWidgetMediatorDelegate(host) {
     setBlocking(true);
     setPenAsMouse(true);
+    __commands.add(pointEditionCommands());
+    __commands.bind("points.move", [this] { setMoveMode(); });
+    __commands.bind("points.insert", [this] { setInsertMode(); });
+    __commands.bind("points.delete", [this] { setDeleteMode(); });
+    __commands.bind("points.end", [this] { cancel(); });
+    __commands.update();
     auto* const group = new QActionGroup(this);
-    __moveModeAction = newModeAction("Move points", "movepoints", *group, &Delegate::setMoveMode);
-    __insertModeAction = newModeAction("Insert points", "insertpoints", *group, &Delegate::setInsertMode);
-    __deleteModeAction = newModeAction("Delete points", "deletepoints", *group, &Delegate::setDeleteMode);
-    __moveModeAction->setChecked(true);
-    __endAction = new QAction("End edition", this);
-    connect(__endAction, &QAction::triggered, this, &Delegate::cancel);
+    for (const char* mode : {"points.move", "points.insert", "points.delete"})
+        group->addAction(&__commands.action(mode));
     __toolBar = new VRLVertexEditionToolBar(&canvas());
     __toolBar->QWidget::addAction(&host.cancelCommand()); // its key acts in that window too
-    for (QAction* action : {__moveModeAction, __insertModeAction, __deleteModeAction, __endAction})
-        __toolBar->addAction(action);
+    for (const auto& command : __commands.commands())
+        __toolBar->addAction(&command->action());
     connect(__toolBar, &VRLVertexEditionToolBar::closed, this, &Delegate::cancel);
 }
 
@@ -47,7 +67,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::activate() {
     VRLSliceEditWidgetMediatorDelegate::activate();
     __item = selected.back();
     setMoveMode();
-    __moveModeAction->setChecked(true);
+    __commands.action("points.move").setChecked(true);
     QGuiApplication::setOverrideCursor(Qt::PointingHandCursor);
     canvas().setFocus();
     __toolBar->move(canvas().mapToGlobal(QPoint(10, 10)));
@@ -156,19 +176,8 @@ void VRLSliceEditWidgetMediatorEditionDelegate::contextMenuEvent(QContextMenuEve
     event->accept();
     finishMove(); // the menu takes the release
     QMenu menu;
-    menu.addActions({__moveModeAction, __insertModeAction, __deleteModeAction});
-    menu.addSeparator();
-    menu.addAction(__endAction);
+    __commands.fill(menu, {"", {"points.move", "points.insert", "points.delete", commandSeparator, "points.end"}});
     menu.exec(event->globalPos());
-}
-
-QAction* VRLSliceEditWidgetMediatorEditionDelegate::newModeAction(const QString& text, const QString& icon,
-                                                                  QActionGroup& group, void (Delegate::*slot)()) {
-    auto* const action = new QAction(VRLIcons::icon(icon), text, this);
-    action->setCheckable(true);
-    group.addAction(action);
-    connect(action, &QAction::triggered, this, slot);
-    return action;
 }
 
 void VRLSliceEditWidgetMediatorEditionDelegate::setMode(Mode mode) {

@@ -1,19 +1,21 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
-#include <QAction>
 #include <QPointer>
 
 #include "editing/operations/vertexoperations.h"
+#include "ui/commands/commandregistry.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 #include "ui/tools/vrlvertexeditiontoolbar.h"
-
-class QActionGroup;
 
 namespace vorlen {
 
 class ModelItem;
+
+/// Its commands, for the tool bar, the context menu, and the list of shortcuts.
+const std::vector<CommandInfo>& pointEditionCommands();
 
 /// Moves, inserts and deletes vertices of the selected item.
 ///
@@ -55,8 +57,6 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
-    QAction* newModeAction(const QString& text, const QString& icon, QActionGroup& group,
-                           void (VRLSliceEditWidgetMediatorEditionDelegate::*slot)());
     void setMode(Mode mode);
     void startMove(const Vector<int>& point);
     void moveTo(const Vector<int>& point);
@@ -70,10 +70,7 @@ private:
     ModelItem* __item = nullptr;
     std::optional<VertexDrag> __drag;
     bool __ownChange = false;
-    QAction* __moveModeAction;
-    QAction* __insertModeAction;
-    QAction* __deleteModeAction;
-    QAction* __endAction;
+    CommandRegistry __commands{*this};
     QPointer<VRLVertexEditionToolBar> __toolBar;
 };
 

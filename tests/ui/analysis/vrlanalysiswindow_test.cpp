@@ -144,9 +144,9 @@ TEST_F(VRLAnalysisWindowTest, copyTakesTheSelectionOfTheSheetInFront) {
     items().setRangeSelected(QTableWidgetSelectionRange(0, 2, 1, 3), true);
     items().setFocus();
     press(Qt::Key_C);
-    EXPECT_EQ(clipboard.text(), "\"Length [mm]\"\t\"Area [mm^2]\"\n28\t48\n28\t-48");
+    EXPECT_EQ(clipboard.text(), "\"Length [mm]\"\t\"Area [mm^2]\"\n28\t48\n28\t48");
     QTest::keyClick(&items(), Qt::Key_C, Qt::ControlModifier); // not the table's own, of one cell
-    EXPECT_EQ(clipboard.text(), "\"Length [mm]\"\t\"Area [mm^2]\"\n28\t48\n28\t-48");
+    EXPECT_EQ(clipboard.text(), "\"Length [mm]\"\t\"Area [mm^2]\"\n28\t48\n28\t48");
 
     tabs().setCurrentIndex(1);
     slices().setRangeSelected(QTableWidgetSelectionRange(10, 0, 11, 1), true);

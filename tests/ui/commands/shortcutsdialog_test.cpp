@@ -32,10 +32,7 @@ class ShortcutsDialogTest : public ::testing::Test {
 protected:
     ShortcutsDialogTest() {
         dialog->addSheet(sheet);
-        QAction up("[stepUp]"), line;
-        up.setShortcut(QKeySequence("Up"));
-        line.setSeparator(true);
-        dialog->addActions("Slice editor", {&up, &line});
+        dialog->addSheet({"Slice editor", {{.id = "up", .text = "[stepUp]", .keys = "Up"}}, {{"View", {"up"}}}});
     }
     ~ShortcutsDialogTest() override { delete dialog; }
 
@@ -55,7 +52,7 @@ protected:
 
 TEST_F(ShortcutsDialogTest, listsEachCommandOnceUnderItsWindowAndMenu) {
     EXPECT_EQ(lines(), (QStringList{"Main window", "File", "Save stack Ctrl+S", "Close all", "Tool bar", "Next slice",
-                                    "Slice editor", "Step up Up"}));
+                                    "Slice editor", "View", "Step up Up"}));
 }
 
 TEST_F(ShortcutsDialogTest, leavesWhatHasAllWordsOfTheSearch) {
@@ -65,11 +62,13 @@ TEST_F(ShortcutsDialogTest, leavesWhatHasAllWordsOfTheSearch) {
     };
     EXPECT_EQ(found("STACK file"), (QStringList{"Main window", "File", "Save stack Ctrl+S", "Close all"}));
     EXPECT_EQ(found("ctrl+s"), (QStringList{"Main window", "File", "Save stack Ctrl+S"}));
-    EXPECT_EQ(found("slice"), (QStringList{"Main window", "Tool bar", "Next slice", "Slice editor", "Step up Up"}));
+    EXPECT_EQ(found("slice"),
+              (QStringList{"Main window", "Tool bar", "Next slice", "Slice editor", "View", "Step up Up"}));
     EXPECT_TRUE(found("nowhere").isEmpty());
     EXPECT_EQ(dialog->findChild<QLabel*>()->text(), "No command matches.");
     dialog->findChild<QCheckBox*>()->setChecked(true);
-    EXPECT_EQ(found(""), (QStringList{"Main window", "File", "Save stack Ctrl+S", "Slice editor", "Step up Up"}));
+    EXPECT_EQ(found(""),
+              (QStringList{"Main window", "File", "Save stack Ctrl+S", "Slice editor", "View", "Step up Up"}));
 }
 
 TEST_F(ShortcutsDialogTest, returnInTheSearchKeepsItOpenAndEscapeClosesIt) {

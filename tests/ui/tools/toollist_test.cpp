@@ -4,17 +4,22 @@
 
 #include <QContextMenuEvent>
 
+#include "ui/slices/slicecommands.h"
 #include "ui/tools/toollist.h"
 
 namespace vorlen {
 
-TEST(ToolList, idsAndKeysAreEachGivenOnce) {
-    std::set<QString> ids, keys;
-    for (const ToolCommand& command : toolCommands()) {
-        EXPECT_TRUE(ids.insert(command.id).second) << command.id.toStdString();
-        EXPECT_TRUE(command.shortcut.isEmpty() || keys.insert(command.shortcut).second)
-            << command.shortcut.toStdString();
+TEST(ToolList, theEditorsSheetTellsOfEachCommandOnce) {
+    std::set<std::string> ids, keys, listed;
+    for (const CommandInfo& info : sliceEditorCommands().commands) {
+        EXPECT_TRUE(ids.insert(info.id).second) << info.id;
+        EXPECT_TRUE(*info.keys == '\0' || keys.insert(info.keys).second) << info.keys;
+        EXPECT_STRNE(info.tip, "") << info.id;
     }
+    for (const CommandMenu& menu : sliceEditorCommands().menus)
+        for (const char* id : menu.entries)
+            EXPECT_TRUE(listed.insert(id).second) << id;
+    EXPECT_EQ(listed, ids);
 }
 
 namespace {
