@@ -64,7 +64,7 @@ docs:
 
 format:
 	@scripts/setup lint
-	@git ls-files '*.h' '*.cpp' | xargs clang-format -i
+	@scripts/format
 
 install: build
 	@cmake --install $(BUILD) --prefix $(PREFIX)

@@ -28,11 +28,9 @@ std::vector<Vertices<float>> patterns(int size) {
     for (int p = 0; p < numPatterns; ++p) {
         const std::vector<float> coordinates = inputs::points(size, std::uint32_t(p + 1));
         result.emplace_back(3, size, size, size);
-        for (int i = 0; i < size; ++i) {
-            for (int a = 0; a < 3; ++a) {
+        for (int i = 0; i < size; ++i)
+            for (int a = 0; a < 3; ++a)
                 result.back()[i][a] = 100 * coordinates[3 * std::size_t(i) + a];
-            }
-        }
     }
     return result;
 }
@@ -46,9 +44,8 @@ BoundingBox<float> cube() {
 
 template <class Estimator>
 void addAll(Estimator& estimator, std::vector<Vertices<float>>& shapes) {
-    for (Vertices<float>& shape : shapes) {
+    for (Vertices<float>& shape : shapes)
         estimator.addShape(shape);
-    }
 }
 
 void run(benchmark::State& state, DensityEstimator<float>& estimator, int size) {
@@ -76,11 +73,9 @@ void runReference(benchmark::State& state, Function function) {
     VoxelMatrix<float> map(gridSize, gridSize, gridSize);
     for (auto _ : state) {
         for (int k = 0; k < gridSize; ++k) {
-            for (int i = 0; i < gridSize; ++i) {
-                for (int j = 0; j < gridSize; ++j) {
+            for (int i = 0; i < gridSize; ++i)
+                for (int j = 0; j < gridSize; ++j)
                     map(i, j, k) = function(node(i, j, k));
-                }
-            }
         }
         benchmark::DoNotOptimize(map(1, 2, 3));
     }
@@ -101,9 +96,8 @@ void poissonReference(benchmark::State& state) {
         float volumes = 0;
         for (const Vertices<float>& shape : shapes) {
             squares.clear();
-            for (int i = 0; i < shape.getSize(); ++i) {
+            for (int i = 0; i < shape.getSize(); ++i)
                 squares.push_back(shape[i].sdistance(x));
-            }
             std::nth_element(squares.begin(), squares.begin() + rank - 1, squares.end());
             volumes += std::pow(squares[rank - 1], 1.5f);
         }
@@ -134,11 +128,9 @@ void kernelReference(benchmark::State& state, Function function) {
     const std::vector<Vertices<float>> shapes = patterns(int(state.range(0)));
     runReference(state, [&](const Vector<float>& x) {
         double sum = 0;
-        for (const Vertices<float>& shape : shapes) {
-            for (int i = 0; i < shape.getSize(); ++i) {
+        for (const Vertices<float>& shape : shapes)
+            for (int i = 0; i < shape.getSize(); ++i)
                 sum += function(double(shape[i].sdistance(x)) / (bandwidth * bandwidth)) / shape.getSize();
-            }
-        }
         return float(sum / numPatterns);
     });
 }

@@ -43,16 +43,14 @@ std::unique_ptr<QuadMesh<float>> tube(int i, int structure) {
 struct Specimens {
     explicit Specimens(int n) : sets(std::size_t(n)) {
         for (int i = 0; i < n; ++i) {
-            for (int structure = 0; structure < 2; ++structure) {
+            for (int structure = 0; structure < 2; ++structure)
                 sets[std::size_t(i)].addShape(tube(i, structure).release(), true);
-            }
             group.addShapeSet(sets[std::size_t(i)]);
         }
     }
     ~Specimens() {
-        for (ShapeSet<float>& set : sets) {
+        for (ShapeSet<float>& set : sets)
             set.clear();
-        }
     }
     Specimens(const Specimens&) = delete;
     Specimens& operator=(const Specimens&) = delete;
@@ -63,20 +61,17 @@ struct Specimens {
 
 Vector<float> plainError(const ShapeSetGroup<float>& group) {
     Vector<float> errors;
-    for (int i = 0; i < group.getNumShapeSets(); ++i) {
-        for (int j = i + 1; j < group.getNumShapeSets(); ++j) {
+    for (int i = 0; i < group.getNumShapeSets(); ++i)
+        for (int j = i + 1; j < group.getNumShapeSets(); ++j)
             errors.append(group[i].referenceShapeSet().rmsDistances(group[j].referenceShapeSet()));
-        }
-    }
     return errors;
 }
 
 /// The sweeps with every average and every distance formed anew.
 int plainRegistration(ShapeSetGroup<float>& group) {
     const int n = group.getNumShapeSets();
-    for (int i = 2; i < n; ++i) {
+    for (int i = 2; i < n; ++i)
         group[i].matchSurfaces(group[1]);
-    }
     float error = plainError(group).mean();
     for (int sweep = 1;; ++sweep) {
         for (int i = 0; i < n; ++i) {
@@ -89,9 +84,8 @@ int plainRegistration(ShapeSetGroup<float>& group) {
         }
         const float previous = error;
         error = plainError(group).mean();
-        if (std::abs(previous - error) / (previous + 1e-6f) <= 1e-6f) {
+        if (std::abs(previous - error) / (previous + 1e-6f) <= 1e-6f)
             return sweep;
-        }
     }
 }
 
@@ -125,16 +119,14 @@ void registrationReference(benchmark::State& state) {
 
 void groupError(benchmark::State& state) {
     const Specimens specimens(int(state.range(0)));
-    for (auto _ : state) {
+    for (auto _ : state)
         benchmark::DoNotOptimize(ShapeSetGroupRegistration<float>::errorType1(specimens.group).data());
-    }
 }
 
 void groupErrorReference(benchmark::State& state) {
     const Specimens specimens(int(state.range(0)));
-    for (auto _ : state) {
+    for (auto _ : state)
         benchmark::DoNotOptimize(plainError(specimens.group).data());
-    }
 }
 
 } // namespace

@@ -13,11 +13,9 @@ namespace {
 
 PixelMatrix<float> image(int n, int plane) {
     PixelMatrix<float> matrix(n, n);
-    for (int i = 0; i < n; ++i) {
-        for (int j = 0; j < n; ++j) {
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j)
             matrix[i][j] = inputs::blobs(i, j, plane);
-        }
-    }
     return matrix;
 }
 

@@ -51,9 +51,8 @@ struct PointCloud {
     std::vector<float> coordinates;
 
     PointCloud() {
-        for (int i = 0; i < numPoints; i++) {
+        for (int i = 0; i < numPoints; i++)
             coordinates.insert(coordinates.end(), points()[i].begin(), points()[i].end());
-        }
     }
     std::size_t kdtree_get_point_count() const { return coordinates.size() / 3; }
     float kdtree_get_pt(std::size_t i, std::size_t axis) const { return coordinates[3 * i + axis]; }
@@ -107,11 +106,9 @@ void buildReference(benchmark::State& state) {
 
 void nearest1(benchmark::State& state) {
     const KDTree<float>& searched = tree();
-    for (auto _ : state) {
-        for (int i = 0; i < numQueries; i++) {
+    for (auto _ : state)
+        for (int i = 0; i < numQueries; i++)
             benchmark::DoNotOptimize(searched.nearestVertex(query(i))[0]);
-        }
-    }
 }
 
 void nearestReference(benchmark::State& state, int k) {
@@ -183,17 +180,15 @@ void contains(benchmark::State& state) {
     const TriMesh<float> mesh = ball(int(state.range(0)), 100);
     const TriMeshInterior<float> interior(mesh);
     int i = 0;
-    for (auto _ : state) {
+    for (auto _ : state)
         benchmark::DoNotOptimize(interior.contains(ballQuery(i++ % 1000)));
-    }
 }
 
 void containsReference(benchmark::State& state) {
     const TriMesh<float> mesh = ball(int(state.range(0)), 100);
     int i = 0;
-    for (auto _ : state) {
+    for (auto _ : state)
         benchmark::DoNotOptimize(mesh.contains(ballQuery(i++ % 1000)));
-    }
 }
 
 } // namespace

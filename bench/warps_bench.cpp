@@ -20,11 +20,9 @@ template <class T>
 Vertices<T> cloud(int space, int n, std::uint32_t seed) {
     const std::vector<float> coordinates = inputs::points(n, seed);
     Vertices<T> vertices(space, n, n, n);
-    for (int i = 0; i < n; ++i) {
-        for (int a = 0; a < space; ++a) {
+    for (int i = 0; i < n; ++i)
+        for (int a = 0; a < space; ++a)
             vertices[i][a] = 100 * T(coordinates[3 * std::size_t(i) + a]);
-        }
-    }
     return vertices;
 }
 
@@ -33,11 +31,9 @@ template <class T>
 Vertices<T> bent(const Vertices<T>& points) {
     const int n = points.getSize();
     Vertices<T> result(points.getSpace(), n, n, n);
-    for (int i = 0; i < n; ++i) {
-        for (int a = 0; a < points.getSpace(); ++a) {
+    for (int i = 0; i < n; ++i)
+        for (int a = 0; a < points.getSpace(); ++a)
             result[i][a] = points[i][a] + 3 * std::sin(T(0.05) * points[i][(a + 1) % points.getSpace()]);
-        }
-    }
     return result;
 }
 
@@ -61,9 +57,8 @@ Matrix<double> weightsByInverse(const RadialBasisFunctionWarp<double>& warp, con
     system.fill(0);
     wanted.fill(0);
     for (int k = 0; k < n; ++k) {
-        for (int l = 0; l < n; ++l) {
+        for (int l = 0; l < n; ++l)
             system(k, l) = k == l ? 0 : warp.rbf(moving[k], moving[l]);
-        }
         for (int a = 0; a < d; ++a) {
             system(k, n + a) = system(n + a, k) = moving[k][a];
             wanted(k, a) = target[k][a] - moving[k][a];
@@ -78,9 +73,8 @@ void fitSplineReference(benchmark::State& state, int space) {
     const Vertices<double> moving = cloud<double>(space, int(state.range(0)), 1);
     const Vertices<double> target = bent(moving);
     const Warp warp;
-    for (auto _ : state) {
+    for (auto _ : state)
         benchmark::DoNotOptimize(weightsByInverse(warp, moving, target));
-    }
 }
 
 template <class Warp, class T>
@@ -89,11 +83,9 @@ void applySpline(benchmark::State& state, int space) {
     Warp warp;
     warp.fit(moving, bent(moving));
     const Vertices<T> points = cloud<T>(space, numPoints, 2);
-    for (auto _ : state) {
-        for (int i = 0; i < numPoints; ++i) {
+    for (auto _ : state)
+        for (int i = 0; i < numPoints; ++i)
             benchmark::DoNotOptimize(warp.eval(points[i])[0]);
-        }
-    }
 }
 
 /// The sum as it is defined, a kernel at a time.
@@ -109,15 +101,13 @@ void applySplineReference(benchmark::State& state, int space) {
             Vector<double> v(points[i]);
             for (int a = 0; a < space; ++a) {
                 v[a] = weights(a, n + space);
-                for (int m = 0; m < space; ++m) {
+                for (int m = 0; m < space; ++m)
                     v[a] += weights(a, n + m) * points[i][m];
-                }
             }
             for (int k = 0; k < n; ++k) {
                 const double kernel = warp.rbf(points[i], moving[k]);
-                for (int a = 0; a < space; ++a) {
+                for (int a = 0; a < space; ++a)
                     v[a] += weights(a, k) * kernel;
-                }
             }
             benchmark::DoNotOptimize(v[0]);
         }
@@ -163,15 +153,12 @@ void applyPolynomialReference(benchmark::State& state) {
                     for (int b = 3 - a; b >= 0; --b) {
                         for (int c = 3 - a - b; c >= 0; --c) {
                             float monomial = float(coefficients[20 * axis + term++]);
-                            for (int e = 0; e < a; ++e) {
+                            for (int e = 0; e < a; ++e)
                                 monomial *= points[i][0];
-                            }
-                            for (int e = 0; e < b; ++e) {
+                            for (int e = 0; e < b; ++e)
                                 monomial *= points[i][1];
-                            }
-                            for (int e = 0; e < c; ++e) {
+                            for (int e = 0; e < c; ++e)
                                 monomial *= points[i][2];
-                            }
                             v[axis] += monomial;
                         }
                     }

@@ -205,12 +205,11 @@ float Stack::absolutePosition(int i) const {
 std::vector<float> Stack::getAbsolutePositions() const {
     std::vector<float> positions;
     positions.reserve(__slices.size());
-    for (const auto& slice : __slices) {
+    for (const auto& slice : __slices)
         if (!slice->__useRelativePosition)
             positions.push_back(slice->__position);
         else
             positions.push_back(positions.empty() ? 0 : relativeStep(*slice) + positions.back());
-    }
     return positions;
 }
 

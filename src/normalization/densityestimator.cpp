@@ -21,12 +21,10 @@ template <class T>
 void closeEnd(TriMesh<T>& surface, const Vertices<T>& level, int firstVertex) {
     const int width = level.getSize();
     bool isPlace = true;
-    for (int c = 1; c < width; ++c) {
+    for (int c = 1; c < width; ++c)
         isPlace = isPlace && level[c] == level[0];
-    }
-    if (width < 3 || isPlace) {
+    if (width < 3 || isPlace)
         return;
-    }
     const int center = surface.getSize();
     surface.append(level.cog());
     for (int c = 0; c < width; ++c) {
@@ -58,9 +56,8 @@ DensityEstimator<T>::~DensityEstimator() = default;
 
 template <class T>
 void DensityEstimator<T>::addShape(Shape<T>& shape) {
-    if (std::find(__shapes.begin(), __shapes.end(), &shape) == __shapes.end()) {
+    if (std::find(__shapes.begin(), __shapes.end(), &shape) == __shapes.end())
         __shapes.push_back(&shape);
-    }
 }
 
 template <class T>
@@ -70,16 +67,14 @@ void DensityEstimator<T>::removeShape(Shape<T>& shape) {
 
 template <class T>
 void DensityEstimator<T>::setShapes(const std::vector<Shape<T>*>& shapes) {
-    for (Shape<T>* shape : shapes) {
+    for (Shape<T>* shape : shapes)
         addShape(*shape);
-    }
 }
 
 template <class T>
 void DensityEstimator<T>::addMaskSurface(MaskSurface<T>& surface) {
-    if (std::find(__maskSurfaces.begin(), __maskSurfaces.end(), &surface) == __maskSurfaces.end()) {
+    if (std::find(__maskSurfaces.begin(), __maskSurfaces.end(), &surface) == __maskSurfaces.end())
         __maskSurfaces.push_back(&surface);
-    }
 }
 
 template <class T>
@@ -105,14 +100,11 @@ void DensityEstimator<T>::setMaskShapes(const std::vector<Shape<T>*>& shapes) {
 
 template <class T>
 void DensityEstimator<T>::checkSpace(const BoundingBox<T>& box, const char* where) const {
-    if (!box.isValid() || box.getVertex1().getSize() != 3) {
+    if (!box.isValid() || box.getVertex1().getSize() != 3)
         throw SizeError(where, "The bounding box is not one of space 3");
-    }
-    for (const Shape<T>* shape : __shapes) {
-        if (shape->getNumVertices() > 0 && shape->getSpace() != 3) {
+    for (const Shape<T>* shape : __shapes)
+        if (shape->getNumVertices() > 0 && shape->getSpace() != 3)
             throw SizeError(where, "A point pattern is not one of space 3");
-        }
-    }
 }
 
 template <class T>
@@ -125,9 +117,8 @@ void DensityEstimator<T>::applyMasks(VoxelMatrix<T>& matrix, const BoundingBox<T
     };
     std::vector<Mask> masks;
     for (const MaskSurface<T>* surface : __maskSurfaces) {
-        if (!surface->getTriMesh()) {
+        if (!surface->getTriMesh())
             throw UsageError(where, "A mask surface has no mesh");
-        }
         masks.push_back({TriMeshInterior<T>(*surface->getTriMesh()), surface->isInsideMask()});
     }
 
@@ -143,9 +134,8 @@ void DensityEstimator<T>::applyMasks(VoxelMatrix<T>& matrix, const BoundingBox<T
             p[2] = center(2, k, n3);
             T* const row = matrix[k][i].data();
             for (int j = 0; j < n2; ++j) {
-                if (row[j] == T(0)) {
+                if (row[j] == T(0))
                     continue; // nothing to search for
-                }
                 p[1] = center(1, j, n2);
                 for (const Mask& mask : masks) {
                     if (mask.interior.contains(p) != mask.inside) {
@@ -167,19 +157,16 @@ Vector<T> DensityEstimator<T>::percentiles(const VoxelMatrix<T>& matrix, const G
                               "const Vector<float>&) const";
     const Vector<T> steps = grid.resolutions();
     checkSpace(grid.getBoundingBox(), where);
-    if (matrix.getSize() != grid.getSize()) {
+    if (matrix.getSize() != grid.getSize())
         throw SizeError(where, "The sizes of map and grid differ");
-    }
     std::vector<Vector<T>> centers;
     grid.centers(centers);
 
     int numPoints = 0;
-    for (const Shape<T>* shape : __shapes) {
+    for (const Shape<T>* shape : __shapes)
         numPoints += shape->getNumVertices();
-    }
-    if (numPoints == 0 || matrix.getSize().min() == 0) {
+    if (numPoints == 0 || matrix.getSize().min() == 0)
         throw SizeError(where, "There is no density at any point");
-    }
     Vector<T> densities(static_cast<unsigned int>(numPoints));
     const LinearInterpolation<T> interpolation;
     int n = 0;
@@ -187,17 +174,15 @@ Vector<T> DensityEstimator<T>::percentiles(const VoxelMatrix<T>& matrix, const G
         for (ConstVertexIterator<T> it(*shape); it.current(); ++it) {
             const Vector<T>& v = *it.current();
             float index[3];
-            for (int a = 0; a < 3; ++a) {
+            for (int a = 0; a < 3; ++a)
                 index[a] = steps[a] > T(0) ? float((v[a] - centers[a][0]) / steps[a]) : 0.0f;
-            }
             densities[n++] = interpolation.eval(index[0], index[1], index[2], matrix);
         }
     }
     densities.sort();
     Vector<T> result(static_cast<unsigned int>(values.getSize()));
-    for (int i = 0; i < values.getSize(); ++i) {
+    for (int i = 0; i < values.getSize(); ++i)
         result[i] = densities.percentile(values[i]);
-    }
     return result;
 }
 

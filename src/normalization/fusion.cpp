@@ -12,11 +12,9 @@ namespace {
 template <class T>
 VertexStack<T> surfaceVertices(const ShapeSet<T>& set) {
     VertexStack<T> stack;
-    for (int i = 0; i < set.getSize(); ++i) {
-        if (const auto* mesh = dynamic_cast<const QuadMesh<T>*>(set[i])) {
+    for (int i = 0; i < set.getSize(); ++i)
+        if (const auto* mesh = dynamic_cast<const QuadMesh<T>*>(set[i]))
             stack.append(static_cast<const VertexStack<T>&>(*mesh));
-        }
-    }
     return stack;
 }
 
@@ -37,11 +35,9 @@ void Fusion<T>::tpsWarping(const ShapeSet<T>& target) {
         // The warp keeps copies of the points it is fitted on: the shapes may move under it.
         ThinPlateSplineWarp3D<T> warp;
         warp.fit(surfaceVertices(references), targetVertices);
-        for (int k = 0; k < set.getSize(); ++k) {
-            if (set[k]) {
+        for (int k = 0; k < set.getSize(); ++k)
+            if (set[k])
                 warp.apply(*set[k]);
-            }
-        }
         notifyProgressed(i + 1, n);
     }
     notifyFinished("");

@@ -60,11 +60,9 @@ std::string pairOf(float mean, float sem) {
 
 /// A reference needs a surface; any other model a shape.
 bool hasVertices(const Model& model) {
-    for (int i = 0; i < model.getNumItems(); ++i) {
-        if (model.getItem(i).getSize() > 0) {
+    for (int i = 0; i < model.getNumItems(); ++i)
+        if (model.getItem(i).getSize() > 0)
             return true;
-        }
-    }
     return false;
 }
 
@@ -100,11 +98,9 @@ void FusionPipeline<T>::clear() {
 template <class T>
 std::vector<std::string> FusionPipeline<T>::listAllStructureNames() const {
     std::set<std::string> names;
-    for (const Stack* stack : __config.getStacks()) {
-        for (int m = 0; m < stack->getNumModels(); ++m) {
+    for (const Stack* stack : __config.getStacks())
+        for (int m = 0; m < stack->getNumModels(); ++m)
             names.insert(stack->getModel(m).getName());
-        }
-    }
     return {names.begin(), names.end()};
 }
 
@@ -136,35 +132,28 @@ bool FusionPipeline<T>::runSteps() {
     const VRLFusionStrategy& strategy = __config.getStrategy();
     ProgressProxy alignmentProxy, registrationProxy, warpingProxy;
     ProgressChain chain;
-    if (strategy.isAlignment()) {
+    if (strategy.isAlignment())
         chain.addSubject(alignmentProxy);
-    }
-    if (strategy.isRegistration()) {
+    if (strategy.isRegistration())
         chain.addSubject(registrationProxy);
-    }
-    if (strategy.isWarping()) {
+    if (strategy.isWarping())
         chain.addSubject(warpingProxy);
-    }
     chain.addMonitor(*this);
 
     initLog();
     buildShapeSets();
-    if (!this->isCanceled() && strategy.isAlignment()) {
+    if (!this->isCanceled() && strategy.isAlignment())
         alignment(alignmentProxy);
-    }
-    if (!this->isCanceled() && strategy.isRegistration()) {
+    if (!this->isCanceled() && strategy.isRegistration())
         registration(registrationProxy);
-    }
     if (!this->isCanceled()) {
         this->notifyProgressed("Averaging shapes...");
-        for (std::size_t i = 1; i < __shapeSets.size(); ++i) {
+        for (std::size_t i = 1; i < __shapeSets.size(); ++i)
             __shapeSets[i]->matchSurfaces(*__shapeSets[0]);
-        }
         __mean = new ShapeSet<T>(ShapeSet<T>::computeMean(__shapeSets)); // clear() deletes it
     }
-    if (!this->isCanceled() && strategy.isWarping()) {
+    if (!this->isCanceled() && strategy.isWarping())
         warping(warpingProxy);
-    }
     return !this->isCanceled();
 }
 
@@ -172,9 +161,8 @@ template <class T>
 void FusionPipeline<T>::checkConfig() const {
     const std::vector<const Stack*>& stacks = __config.getStacks();
     const VRLFusionStrategy& strategy = __config.getStrategy();
-    if (stacks.empty()) {
+    if (stacks.empty())
         throw UsageError(runPlace, "There is no stack to normalize");
-    }
     bool hasReference = false;
     for (const VRLFusionSurfaceStructure<T>& structure : __config.getStructures()) {
         if (structure.isReference()) {
@@ -195,19 +183,16 @@ void FusionPipeline<T>::checkConfig() const {
             }
         }
     }
-    if (!hasReference && (strategy.isAlignment() || strategy.isRegistration() || strategy.isWarping())) {
+    if (!hasReference && (strategy.isAlignment() || strategy.isRegistration() || strategy.isWarping()))
         throw UsageError(runPlace, "Alignment, registration and warping need a reference structure");
-    }
     if (strategy.isRegistration()) {
-        if (stacks.size() < 2) {
+        if (stacks.size() < 2)
             throw UsageError(runPlace, "A registration needs at least two stacks");
-        }
         const bool found = std::any_of(stacks.begin(), stacks.end(), [&](const Stack* stack) {
             return stack->getName() == strategy.getReferenceStack();
         });
-        if (strategy.getRegistrationAlgorithm() == TemplateRegistration && !found) {
+        if (strategy.getRegistrationAlgorithm() == TemplateRegistration && !found)
             throw UsageError(runPlace, "There is no template stack named \"" + strategy.getReferenceStack() + "\"");
-        }
     }
 }
 
@@ -216,9 +201,8 @@ void FusionPipeline<T>::initLog() {
     __log = "<b>Spatial normalization summary</b><br >";
     __log += "Name: <i>" + escaped(__config.getName()) + "</i><br >";
     __log += "<br ><b>Stacks</b><br >";
-    for (const Stack* stack : __config.getStacks()) {
+    for (const Stack* stack : __config.getStacks())
         __log += "<i>" + escaped(stack->getName()) + "</i><br >";
-    }
     __log += "Total " + std::to_string(__config.getStacks().size()) + " stacks<br >";
     __log += "<br ><b>Reference structures</b><br >";
     int numReferences = 0;
@@ -268,13 +252,11 @@ void FusionPipeline<T>::addStructure(ShapeSet<T>& set, const Stack& stack, const
     const int place = stack.findModel(name);
     const Model* model = place < 0 || !hasVertices(stack.getModel(place)) ? nullptr : &stack.getModel(place);
     std::unique_ptr<CurveStack<T>> curves;
-    if (model) {
+    if (model)
         curves = ModelSurface<T>(*model, reconstruction).takeContours();
-    }
     const auto add = [&](std::unique_ptr<Shape<T>> shape, bool reference) {
-        if (shape) {
+        if (shape)
             shape->setName(name);
-        }
         set.addShape(shape.get(), shape && reference);
         static_cast<void>(shape.release()); // the set's from here on
     };
@@ -298,9 +280,8 @@ void FusionPipeline<T>::addStructure(ShapeSet<T>& set, const Stack& stack, const
             addSurface(structure.getResamplingHeight(), structure.getResamplingWidth(), structure.isReference());
         }
     }
-    if (configured) {
+    if (configured)
         return;
-    }
     if (model && !curves) {
         const std::unique_ptr<Shape<T>> points = reconstruction.apply(*model);
         add(std::make_unique<VertexStack<T>>(dynamic_cast<const VertexStack<T>&>(*points)), false);
@@ -319,9 +300,8 @@ typename FusionPipeline<T>::Grid FusionPipeline<T>::commonGrid(const std::string
     Grid grid;
     for (const Stack* stack : __config.getStacks()) {
         const int place = stack->findModel(name);
-        if (place < 0) {
+        if (place < 0)
             continue;
-        }
         const ModelProperties& own = stack->getModel(place).getProperties();
         const ModelProperties& height = own.definesQuadMeshHeight() ? own : standard;
         const ModelProperties& width = own.definesQuadMeshWidth() ? own : standard;
@@ -334,9 +314,8 @@ typename FusionPipeline<T>::Grid FusionPipeline<T>::commonGrid(const std::string
 template <class T>
 void FusionPipeline<T>::matchReferences() {
     const ShapeSet<T> first = __shapeSets[0]->referenceShapeSet();
-    for (std::size_t i = 1; i < __shapeSets.size(); ++i) {
+    for (std::size_t i = 1; i < __shapeSets.size(); ++i)
         __shapeSets[i]->referenceShapeSet().matchSurfaces(first);
-    }
 }
 
 template <class T>
@@ -390,9 +369,8 @@ void FusionPipeline<T>::registration(ProgressMonitor& monitor) {
     __log += "Method: joint registration/averaging global registration<br >";
     __log += (registration.isConverged() ? "Convergence reached at iteration " : "No convergence at iteration ") +
              std::to_string(means.size() - 1) + "<br ><br >";
-    for (std::size_t k = 0; k < means.size(); ++k) {
+    for (std::size_t k = 0; k < means.size(); ++k)
         __log += "Registration error at step " + std::to_string(k) + ": " + pairOf(means[k], sems[k]) + "<br >";
-    }
 }
 
 template <class T>

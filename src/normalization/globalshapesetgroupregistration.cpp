@@ -43,18 +43,16 @@ public:
 
     void startSweep() {
         std::fill(__sums.begin(), __sums.end(), Wide(0));
-        for (const ShapeSet<T>& set : __references) {
+        for (const ShapeSet<T>& set : __references)
             add(coordinatesOf(set), 1);
-        }
     }
 
     /// The average of all sets but set i. The vertices of set i are out of the sums until putBack().
     const ShapeSet<T>& without(int i) {
         add(coordinatesOf(__references[i]), -1);
         const Wide factor = Wide(1) / Wide(__references.size() - 1);
-        for (std::size_t k = 0; k < __sums.size(); ++k) {
+        for (std::size_t k = 0; k < __sums.size(); ++k)
             __coordinates[int(k)] = T(__sums[k] * factor);
-        }
         __vertices.fromVector(__coordinates);
         return __average;
     }
@@ -72,9 +70,8 @@ private:
     void add(const Vector<T>& coordinates, Wide factor) {
         const T* x = coordinates.data();
         Wide* sum = __sums.data();
-        for (std::size_t k = 0; k < __sums.size(); ++k) {
+        for (std::size_t k = 0; k < __sums.size(); ++k)
             sum[k] += factor * Wide(x[k]);
-        }
     }
 
     std::vector<ShapeSet<T>>& __references;
@@ -90,23 +87,20 @@ bool moves(const SquareMatrix<T>& rotation, const Vector<T>& translation, const 
     using Wide = WideCoordinate<T>;
     const int space = translation.getSize();
     Wide greatest = 0;
-    for (const T x : points) {
+    for (const T x : points)
         greatest = std::max(greatest, Wide(std::abs(x)));
-    }
     const Wide rounding = 4 * Wide(std::numeric_limits<T>::epsilon()) * greatest;
     // The way back, rotation transposed, is as long as the way there.
     for (int i = 0; i + space <= points.getSize(); i += space) {
         Wide square = 0;
         for (int k = 0; k < space; ++k) {
             Wide back = 0;
-            for (int l = 0; l < space; ++l) {
+            for (int l = 0; l < space; ++l)
                 back += Wide(rotation[l][k]) * (Wide(points[i + l]) - Wide(translation[l]));
-            }
             square += (back - Wide(points[i + k])) * (back - Wide(points[i + k]));
         }
-        if (square > rounding * rounding) {
+        if (square > rounding * rounding)
             return true;
-        }
     }
     return false;
 }
@@ -118,14 +112,11 @@ GlobalShapeSetGroupRegistration<T>::~GlobalShapeSetGroupRegistration() = default
 
 template <class T>
 void GlobalShapeSetGroupRegistration<T>::apply(ShapeSetGroup<T>& group) {
-    for (int i = 0; i < group.getNumShapeSets(); ++i) {
-        if (!group[i].referenceShapeSet().onlyShapeType(ClosedQuadMeshType)) {
+    for (int i = 0; i < group.getNumShapeSets(); ++i)
+        if (!group[i].referenceShapeSet().onlyShapeType(ClosedQuadMeshType))
             throw UsageError(applyPlace, "At least some references are not quadrangular surfaces");
-        }
-    }
-    if (group.getNumShapeSets() < 2) {
+    if (group.getNumShapeSets() < 2)
         throw UsageError(applyPlace, "A global registration needs at least two shape sets");
-    }
     applyQuadMeshCase(group);
 }
 
@@ -137,16 +128,13 @@ void GlobalShapeSetGroupRegistration<T>::applyQuadMeshCase(ShapeSetGroup<T>& gro
 
     std::vector<ShapeSet<T>> references;
     references.reserve(std::size_t(n));
-    for (int i = 0; i < n; ++i) {
+    for (int i = 0; i < n; ++i)
         references.push_back(group[i].referenceShapeSet());
-    }
-    for (int i = 2; i < n; ++i) {
+    for (int i = 2; i < n; ++i)
         references[i].matchSurfaces(references[1]);
-    }
     ShapeSetGroup<T> referenceGroup;
-    for (int i = 0; i < n; ++i) {
+    for (int i = 0; i < n; ++i)
         referenceGroup.addShapeSet(references[i]);
-    }
     this->reset(group);
     this->recordError(this->errorType1(referenceGroup));
     for (int i = 1; i < n; ++i) {
@@ -160,9 +148,8 @@ void GlobalShapeSetGroupRegistration<T>::applyQuadMeshCase(ShapeSetGroup<T>& gro
     AverageOfOthers<T> average(references);
     int limit = sweepsPerSpan;
     for (int sweep = 0;; ++sweep) {
-        if (sweep == limit) {
+        if (sweep == limit)
             limit += sweepsPerSpan;
-        }
         if (sweep == maxSweeps) {
             this->__converged = false;
             break;
@@ -184,9 +171,8 @@ void GlobalShapeSetGroupRegistration<T>::applyQuadMeshCase(ShapeSetGroup<T>& gro
         const T previous = T(this->__errorMeans.back());
         this->recordError(this->errorType1(referenceGroup));
         const T current = T(this->__errorMeans.back());
-        if (!moving || std::abs(previous - current) / (previous + epsilon) <= epsilon) {
+        if (!moving || std::abs(previous - current) / (previous + epsilon) <= epsilon)
             break;
-        }
     }
     this->notifyFinished("");
 }

@@ -22,9 +22,8 @@ void HistogramDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const Boundin
     for (const Shape<T>* shape : this->getShapes()) {
         for (ConstVertexIterator<T> it(*shape); it.current() && hasCells; ++it) {
             const Vector<T>& v = *it.current();
-            if (!box.contains(v)) {
+            if (!box.contains(v))
                 continue;
-            }
             int cell[3];
             for (int a = 0; a < 3; ++a) {
                 // All points of a box without width lie in its first cell.

@@ -65,9 +65,8 @@ public:
     Spreader(DensityKernel kernel, T bandwidth, const Axis<Wide>* axes)
         : __kernel(kernel), __bandwidth(bandwidth), __reach(bandwidth), __axes(axes),
           __plane(std::size_t(axes[0].n) * std::size_t(axes[1].n)) {
-        if (kernel == GaussianKernel) {
+        if (kernel == GaussianKernel)
             __reach = __bandwidth * std::sqrt(-2 * std::log(Wide(std::numeric_limits<T>::epsilon())));
-        }
     }
 
     /// Makes the tables of the points; those that reach no node drop out.
@@ -78,14 +77,12 @@ public:
             const std::size_t kept = __tables.size();
             Item item{{}, points[p].weight};
             bool reaches = true;
-            for (int a = 0; a < 3 && reaches; ++a) {
+            for (int a = 0; a < 3 && reaches; ++a)
                 reaches = tabulate(__axes[a], points[p].coordinates[a], item.windows[a]);
-            }
-            if (reaches) {
+            if (reaches)
                 __items.push_back(item);
-            } else {
+            else
                 __tables.resize(kept);
-            }
         }
     }
 
@@ -95,13 +92,11 @@ public:
         int firstRow = __axes[0].n, lastRow = -1;
         for (const Item& item : __items) {
             const Window& planes = item.windows[2];
-            if (k < planes.first || k > planes.last) {
+            if (k < planes.first || k > planes.last)
                 continue;
-            }
             const Window& rows = item.windows[0];
-            if (lastRow < 0) {
+            if (lastRow < 0)
                 std::fill(__plane.begin(), __plane.end(), Wide(0));
-            }
             firstRow = std::min(firstRow, rows.first);
             lastRow = std::max(lastRow, rows.last);
             const Wide atPlane = __tables[planes.table + std::size_t(k - planes.first)];
@@ -117,9 +112,8 @@ public:
         for (int i = firstRow; i <= lastRow; ++i) {
             const Wide* const row = __plane.data() + std::size_t(i) * std::size_t(columns);
             T* const out = matrix[i].data();
-            for (int j = 0; j < columns; ++j) {
+            for (int j = 0; j < columns; ++j)
                 out[j] = T(out[j] + row[j]);
-            }
         }
     }
 
@@ -136,17 +130,14 @@ private:
             first = std::max(first, std::floor((x - __reach - axis.lower) / axis.step));
             last = std::min(last, std::ceil((x + __reach - axis.lower) / axis.step));
         }
-        if (!(first <= last)) {
+        if (!(first <= last))
             return false;
-        }
         window = {int(first), int(last), __tables.size()};
         const auto distanceAt = [&](int i) { return std::abs(axis.lower + axis.step * Wide(i) - x); };
-        while (window.first <= window.last && distanceAt(window.first) > __reach) {
+        while (window.first <= window.last && distanceAt(window.first) > __reach)
             ++window.first;
-        }
-        while (window.first <= window.last && distanceAt(window.last) > __reach) {
+        while (window.first <= window.last && distanceAt(window.last) > __reach)
             --window.last;
-        }
         for (int i = window.first; i <= window.last; ++i) {
             const Wide distance = distanceAt(i) / __bandwidth;
             const Wide square = distance * distance;
@@ -161,31 +152,25 @@ private:
             return;
         }
         const Wide rest = 1 - (atPlane + atRow); // what the square along the row may not exceed
-        if (rest < 0) {
+        if (rest < 0)
             return;
-        }
         int first = 0, last = length - 1;
-        while (first <= last && along[first] > rest) {
+        while (first <= last && along[first] > rest)
             ++first;
-        }
-        while (first <= last && along[last] > rest) {
+        while (first <= last && along[last] > rest)
             --last;
-        }
         switch (__kernel) {
         case UniformKernel:
-            for (int j = first; j <= last; ++j) {
+            for (int j = first; j <= last; ++j)
                 row[j] += weight;
-            }
             break;
         case EpanechnikovKernel:
-            for (int j = first; j <= last; ++j) {
+            for (int j = first; j <= last; ++j)
                 row[j] += weight * (rest - along[j]);
-            }
             break;
         default:
-            for (int j = first; j <= last; ++j) {
+            for (int j = first; j <= last; ++j)
                 row[j] += weight * ((rest - along[j]) * (rest - along[j]));
-            }
         }
     }
 
@@ -213,19 +198,16 @@ std::vector<Point<WideCoordinate<T>>> weightedPoints(const std::vector<Shape<T>*
         const std::size_t before = points.size();
         for (ConstVertexIterator<T> it(*shape); it.current(); ++it) {
             const Vector<T>& v = *it.current();
-            if (isFinite(v)) {
+            if (isFinite(v))
                 points.push_back({{v[0], v[1], v[2]}, 0});
-            }
         }
         const std::size_t added = points.size() - before;
-        for (std::size_t p = before; p < points.size(); ++p) {
+        for (std::size_t p = before; p < points.size(); ++p)
             points[p].weight = Wide(1) / Wide(added);
-        }
         numPatterns += added > 0 ? 1 : 0;
     }
-    for (Point<Wide>& point : points) {
+    for (Point<Wide>& point : points)
         point.weight /= Wide(numPatterns);
-    }
     return points;
 }
 
@@ -233,9 +215,8 @@ std::vector<Point<WideCoordinate<T>>> weightedPoints(const std::vector<Shape<T>*
 
 template <class T>
 void KernelDensityEstimator<T>::setBandwidth(T bandwidth) {
-    if (!(bandwidth > T(0)) || !std::isfinite(bandwidth)) {
+    if (!(bandwidth > T(0)) || !std::isfinite(bandwidth))
         throw ValueError("void KernelDensityEstimator<T>::setBandwidth(T)", "The bandwidth is not above 0");
-    }
     __bandwidth = bandwidth;
 }
 
@@ -248,9 +229,8 @@ void KernelDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBo
     std::sort(points.begin(), points.end(),
               [](const Point<Wide>& a, const Point<Wide>& b) { return a.coordinates[2] < b.coordinates[2]; });
     const Wide h = __bandwidth;
-    for (Point<Wide>& point : points) {
+    for (Point<Wide>& point : points)
         point.weight *= Wide(peakOf(__kernel)) / (h * h * h);
-    }
     Axis<Wide> axes[3];
     for (int a = 0; a < 3; ++a) {
         const int n = matrix.getSize(a + 1);

@@ -10,9 +10,8 @@ LeastSquaresRigidShapeRegistration<T>::~LeastSquaresRigidShapeRegistration() = d
 
 template <class T>
 void LeastSquaresRigidShapeRegistration<T>::fit(const Shape<T>& moving, const Shape<T>& target) {
-    if (moving.getSize() != target.getSize()) {
+    if (moving.getSize() != target.getSize())
         throw ProgramError("void RigidShapeRegistration<T>::fit(...)", "Moving and target shapes have distinct sizes");
-    }
     moving.computeLSRegistration(this->__translation, this->__rotation, target);
 }
 

@@ -14,9 +14,8 @@ namespace vorlen {
 template <class T>
 void PoissonDensityEstimator<T>::addShape(Shape<T>& shape) {
     const std::vector<Shape<T>*>& shapes = this->getShapes();
-    if (std::find(shapes.begin(), shapes.end(), &shape) != shapes.end()) {
+    if (std::find(shapes.begin(), shapes.end(), &shape) != shapes.end())
         return;
-    }
     auto tree = std::make_unique<KDTree<T>>();
     tree->setShape(shape);
     tree->build();
@@ -37,9 +36,8 @@ void PoissonDensityEstimator<T>::removeShape(Shape<T>& shape) {
 
 template <class T>
 void PoissonDensityEstimator<T>::setNeighbourRank(int rank) {
-    if (rank < 1) {
+    if (rank < 1)
         throw ValueError("void PoissonDensityEstimator<T>::setNeighbourRank(int)", "The rank must be at least 1");
-    }
     __neighbourRank = rank;
 }
 
@@ -49,11 +47,9 @@ void PoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingB
     const char* const where = "void PoissonDensityEstimator<T>::compute(VoxelMatrix<T>&, const BoundingBox<T>&)";
     this->checkSpace(box, where);
     const int rank = __neighbourRank;
-    for (const Shape<T>* shape : this->getShapes()) {
-        if (shape->getNumVertices() < rank) {
+    for (const Shape<T>* shape : this->getShapes())
+        if (shape->getNumVertices() < rank)
             throw UsageError(where, "A point pattern has fewer points than the neighbour rank");
-        }
-    }
 
     const int n1 = matrix.getSize1(), n2 = matrix.getSize2(), n3 = matrix.getSize3();
     T steps[3];
@@ -91,9 +87,8 @@ void PoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingB
     }
     this->notifyFinished("");
     const Wide count = Wide(n1) * Wide(n2) * Wide(n3) * Wide(__kdTrees.size());
-    if (count > 0) {
+    if (count > 0)
         std::cout << "Average distance to kth nearest neighbor: " << distances / count << '\n';
-    }
     this->applyMasks(matrix, box);
 }
 

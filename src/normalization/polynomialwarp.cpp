@@ -27,9 +27,8 @@ template <class T, class Wide>
 Polynomial<T> rounded(const Polynomial<Wide>& polynomial) {
     Polynomial<T> result(polynomial.getDegree(), polynomial.getDimension());
     Vector<T> coefficients(static_cast<unsigned int>(polynomial.numTerms()));
-    for (int i = 0; i < coefficients.getSize(); ++i) {
+    for (int i = 0; i < coefficients.getSize(); ++i)
         coefficients[i] = T(polynomial.getCoefficients()[i]);
-    }
     result.setCoefficients(coefficients);
     return result;
 }
@@ -38,9 +37,8 @@ Polynomial<T> rounded(const Polynomial<Wide>& polynomial) {
 
 template <class T>
 void PolynomialWarp<T>::setDegree(int degree) {
-    if (degree < 0) {
+    if (degree < 0)
         throw ValueError("void PolynomialWarp<T>::setDegree(int)", "Degree cannot be negative");
-    }
     __degree = degree;
 }
 
@@ -89,42 +87,33 @@ void PolynomialWarp<T>::fit(const Shape<T>& moving, const Shape<T>& target) {
 template <class T>
 void PolynomialWarp<T>::__computeJacobianMatrix() {
     __partials.assign(std::size_t(__dimension), {});
-    for (int i = 0; i < __dimension; ++i) {
-        for (int j = 0; j < __dimension; ++j) {
+    for (int i = 0; i < __dimension; ++i)
+        for (int j = 0; j < __dimension; ++j)
             __partials[i].push_back(__polynomials[i].derivative(j));
-        }
-    }
     __jacobian.setSize(__dimension);
 }
 
 template <class T>
 void PolynomialWarp<T>::apply(Vector<T>& v) const {
-    if (__dimension == 0) {
+    if (__dimension == 0)
         return;
-    }
-    if (v.getSize() != __dimension) {
+    if (v.getSize() != __dimension)
         throw SizeError("void PolynomialWarp<T>::apply(Vector<T>&) const", "Incompatible vector dimensions");
-    }
     Vector<T> displacement(static_cast<unsigned int>(__dimension));
-    for (int i = 0; i < __dimension; ++i) {
+    for (int i = 0; i < __dimension; ++i)
         displacement[i] = __polynomials[i].eval(v);
-    }
     v += displacement;
 }
 
 template <class T>
 bool PolynomialWarp<T>::isValidAt(const Vector<T>& v) const {
-    if (__dimension == 0) {
+    if (__dimension == 0)
         return true;
-    }
-    if (v.getSize() != __dimension) {
+    if (v.getSize() != __dimension)
         throw SizeError("bool PolynomialWarp<T>::isValidAt(const Vector<T>&) const", "Incompatible vector dimensions");
-    }
-    for (int i = 0; i < __dimension; ++i) {
-        for (int j = 0; j < __dimension; ++j) {
+    for (int i = 0; i < __dimension; ++i)
+        for (int j = 0; j < __dimension; ++j)
             __jacobian(i, j) = double(__partials[i][j].eval(v)) + (i == j ? 1 : 0);
-        }
-    }
     return determinant(__jacobian) > 0;
 }
 

@@ -26,9 +26,8 @@ void directAxes(const Shape<T>& shape, const Vector<T>& centre, SquareMatrix<T>&
         const Vector<T>& v = *it.current();
         for (int k = 0; k < space; ++k) {
             Wide x = 0;
-            for (int l = 0; l < space; ++l) {
+            for (int l = 0; l < space; ++l)
                 x += Wide(axes[k][l]) * (Wide(v[l]) - Wide(centre[l]));
-            }
             squares[k] += x * x;
             cubes[k] += x * x * x;
         }

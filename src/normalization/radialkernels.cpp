@@ -31,9 +31,8 @@ VORLEN_INLINE void squareDistancesBody(const T* const* axes, int space, const T*
         }
         return;
     }
-    for (int k = 0; k < count; ++k) {
+    for (int k = 0; k < count; ++k)
         squares[k] = T(0);
-    }
     for (int a = 0; a < space; ++a) {
         const T* const coordinates = axes[a] + first;
         const T origin = v[a];
@@ -48,9 +47,8 @@ template <class T>
 VORLEN_INLINE void distancesBody(const T* const* axes, int space, const T* v, int first, int count,
                                  T* __restrict distances) {
     squareDistancesBody(axes, space, v, first, count, distances);
-    for (int k = 0; k < count; ++k) {
+    for (int k = 0; k < count; ++k)
         distances[k] = std::sqrt(distances[k]);
-    }
 }
 
 /// Natural logarithm of a positive normal number, without a branch, so that a loop of it becomes vector instructions.
@@ -83,12 +81,10 @@ VORLEN_INLINE long double logarithm(long double x) {
 template <class T>
 VORLEN_INLINE void thinPlatesBody(T* values, int count, T epsilon) {
     // 1 stands for what is too small: 1 ln 1 is 0. In a loop of its own, or the compiler makes it a branch.
-    for (int k = 0; k < count; ++k) {
+    for (int k = 0; k < count; ++k)
         values[k] = values[k] > epsilon ? values[k] : T(1);
-    }
-    for (int k = 0; k < count; ++k) {
+    for (int k = 0; k < count; ++k)
         values[k] *= logarithm(values[k]);
-    }
 }
 
 } // namespace

@@ -22,18 +22,14 @@ template <class T>
 ResamplingSearch<T>::ResamplingSearch(std::vector<std::unique_ptr<CurveStack<T>>> instances)
     : __instances(std::move(instances)) {
     const char* where = "ResamplingSearch<T>::ResamplingSearch(...)";
-    if (__instances.empty()) {
+    if (__instances.empty())
         throw SizeError(where, "There is no instance of the structure");
-    }
     for (const auto& instance : __instances) {
-        if (instance->getHeight() == 0) {
+        if (instance->getHeight() == 0)
             throw SizeError(where, "This stack contains no curve");
-        }
-        for (int l = 0; l < instance->getHeight(); ++l) {
-            if (instance->level(l).getSize() == 0) {
+        for (int l = 0; l < instance->getHeight(); ++l)
+            if (instance->level(l).getSize() == 0)
                 throw SizeError(where, "A curve of this stack contains no vertex");
-            }
-        }
     }
 }
 
@@ -41,13 +37,11 @@ template <class T>
 void ResamplingSearch<T>::computeErrorFromValues(VRLFusionSurfaceStructure<T>& structure) const {
     const int height = structure.getResamplingHeight();
     const int width = structure.getResamplingWidth();
-    if (!isGrid(height, width, maxVertices)) {
+    if (!isGrid(height, width, maxVertices))
         throw SizeError("void ResamplingSearch<T>::computeErrorFromValues(...)", "Invalid resampling sizes");
-    }
     T error = 0;
-    for (const auto& instance : __instances) {
+    for (const auto& instance : __instances)
         error = std::max(error, errorOf(*instance, height, width));
-    }
     structure.setResamplingError(error);
 }
 
@@ -59,11 +53,9 @@ void ResamplingSearch<T>::computeValuesFromError(VRLFusionSurfaceStructure<T>& s
                          "The resampling error must be above 0");
     }
     int low = 3, high = 3;
-    for (const auto& instance : __instances) {
-        for (int l = 0; l < instance->getHeight(); ++l) {
+    for (const auto& instance : __instances)
+        for (int l = 0; l < instance->getHeight(); ++l)
             high = std::max(high, instance->level(l).getSize());
-        }
-    }
     while (!(errorAt(high).error <= wanted)) {
         low = high;
         high *= 2;
@@ -105,9 +97,8 @@ int ResamplingSearch<T>::heightFor(const CurveStack<T>& instance, int width) con
 template <class T>
 const typename ResamplingSearch<T>::Trial& ResamplingSearch<T>::errorAt(int width) {
     const auto known = __trials.find(width);
-    if (known != __trials.end()) {
+    if (known != __trials.end())
         return known->second;
-    }
     Trial trial;
     for (const auto& instance : __instances) {
         // Before the contour is resampled, and again with the levels it gives.

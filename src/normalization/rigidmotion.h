@@ -17,9 +17,8 @@ inline void move(const SquareMatrix<T>& rotation, const Vector<T>& translation, 
     const auto row = [&](int k) {
         const T* r = rotation[k].data();
         Wide sum = 0;
-        for (int l = 0; l < n; ++l) {
+        for (int l = 0; l < n; ++l)
             sum += Wide(r[l]) * Wide(v[l]);
-        }
         return T(sum + Wide(translation[k]));
     };
     if (n == 3) {
@@ -30,9 +29,8 @@ inline void move(const SquareMatrix<T>& rotation, const Vector<T>& translation, 
         return;
     }
     Vector<T> moved(n);
-    for (int k = 0; k < n; ++k) {
+    for (int k = 0; k < n; ++k)
         moved[k] = row(k);
-    }
     v = moved;
 }
 

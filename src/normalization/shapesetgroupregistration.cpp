@@ -41,12 +41,10 @@ Vector<float> ShapeSetGroupRegistration<T>::errorType1(const ShapeSetGroup<T>& g
     const int n = group.getNumShapeSets();
     std::vector<ShapeSet<T>> references;
     references.reserve(std::size_t(n));
-    for (int i = 0; i < n; ++i) {
+    for (int i = 0; i < n; ++i)
         references.push_back(group[i].referenceShapeSet());
-    }
-    if (n < 2) {
+    if (n < 2)
         return Vector<float>();
-    }
     // What has no distance says so through the shapes themselves.
     const int numReferences = references[0].getSize();
     for (int i = 1; i < n; ++i) {
@@ -56,23 +54,18 @@ Vector<float> ShapeSetGroupRegistration<T>::errorType1(const ShapeSetGroup<T>& g
             const Shape<T>* shape = references[i][k];
             comparable = first && shape && first != shape && first->getSize() == shape->getSize() &&
                          first->getSize() > 0 && first->getSpace() == shape->getSpace();
-            for (int j = 1; comparable && j < i; ++j) {
-                if (references[j][k] == shape) {
+            for (int j = 1; comparable && j < i; ++j)
+                if (references[j][k] == shape)
                     references[j].rmsDistances(references[i]);
-                }
-            }
         }
-        if (!comparable) {
+        if (!comparable)
             references[0].rmsDistances(references[i]);
-        }
     }
     // Each shape as one array; a pair is then one pass over two of them.
     std::vector<std::vector<Vector<T>>> coordinates(n);
-    for (int i = 0; i < n; ++i) {
-        for (int k = 0; k < numReferences; ++k) {
+    for (int i = 0; i < n; ++i)
+        for (int k = 0; k < numReferences; ++k)
             coordinates[i].push_back(references[i][k]->toVector());
-        }
-    }
     Vector<float> errors(n * (n - 1) / 2 * numReferences);
     int next = 0;
     for (int i = 0; i < n; ++i) {
@@ -91,9 +84,8 @@ Vector<float> ShapeSetGroupRegistration<T>::errorType1(const ShapeSetGroup<T>& g
 template <class T>
 float ShapeSetGroupRegistration<T>::mean(const Vector<float>& errors) {
     double sum = 0;
-    for (const float error : errors) {
+    for (const float error : errors)
         sum += error;
-    }
     return errors.getSize() > 0 ? float(sum / errors.getSize()) : 0;
 }
 
@@ -115,9 +107,8 @@ void ShapeSetGroupRegistration<T>::reset(const ShapeSetGroup<T>& group) {
     __translations.assign(n, Vector<T>());
     for (int i = 0; i < n; ++i) {
         int space = 0;
-        for (int k = 0; k < group[i].getSize() && space == 0; ++k) {
+        for (int k = 0; k < group[i].getSize() && space == 0; ++k)
             space = group[i][k] ? group[i][k]->getSpace() : 0;
-        }
         __rotations[i].setIdentity(space);
         __translations[i].setZeros(space);
     }

@@ -15,16 +15,14 @@ namespace vorlen {
 template <class T>
 void ShapeSetRegistration<T>::apply(ShapeSet<T>& moving, const ShapeSet<T>& target) {
     int space = 0;
-    for (int i = moving.getSize() - 1; i >= 0 && space == 0; --i) {
+    for (int i = moving.getSize() - 1; i >= 0 && space == 0; --i)
         space = moving[i] ? moving[i]->getSpace() : 0;
-    }
     __rotation.setIdentity(space);
     __translation.setZeros(space);
     __dynamics.clear();
     __converged = true;
-    if (&moving == &target) {
+    if (&moving == &target)
         return;
-    }
 
     const ShapeSet<T> fixed = target.referenceShapeSet();
     ShapeSet<T> movable = moving.referenceShapeSet(); // shares the shapes, and so moves along
@@ -54,9 +52,8 @@ void ShapeSetRegistration<T>::apply(ShapeSet<T>& moving, const ShapeSet<T>& targ
         changed = std::any_of(shifts.begin(), shifts.end(), [](int shift) { return shift != 0; });
         error = ShapeSetGroupRegistration<T>::mean(movable.rmsDistances(fixed));
         __dynamics.push_back(error);
-        if (repeats || std::abs((T(error) - T(previous)) / (T(previous) + epsilon)) <= epsilon) {
+        if (repeats || std::abs((T(error) - T(previous)) / (T(previous) + epsilon)) <= epsilon)
             return;
-        }
     }
 }
 

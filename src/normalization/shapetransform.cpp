@@ -10,12 +10,10 @@ ShapeTransform<T>::~ShapeTransform() = default;
 
 template <class T>
 void ShapeTransform<T>::apply(Shape<T>& shape) {
-    for (VertexIterator<T> it(shape); it.current(); ++it) {
+    for (VertexIterator<T> it(shape); it.current(); ++it)
         apply(*it.current());
-    }
-    if (shape.hasExtensions()) {
+    if (shape.hasExtensions())
         apply(shape.getExtensions());
-    }
 }
 
 template <class T>
@@ -31,14 +29,12 @@ bool ShapeTransform<T>::isValidAt(const Vector<T>&) const {
 template <class T>
 unsigned int ShapeTransform<T>::jacobianErrors(const Shape<T>& shape) const {
     unsigned int errors = 0;
-    for (ConstVertexIterator<T> it(shape); it.current(); ++it) {
+    for (ConstVertexIterator<T> it(shape); it.current(); ++it)
         errors += isValidAt(*it.current()) ? 0 : 1;
-    }
     if (shape.hasExtensions()) {
         const ShapeSet<T>& extensions = shape.getExtensions();
-        for (int i = 0; i < extensions.getSize(); ++i) {
+        for (int i = 0; i < extensions.getSize(); ++i)
             errors += extensions[i] ? jacobianErrors(*extensions[i]) : 0;
-        }
     }
     return errors;
 }
@@ -56,9 +52,8 @@ void ShapeTransform<T>::__visitShapes(Set& set, Visit visit) {
     notifyStarted("");
     const int n = set.getSize();
     for (int i = 0; i < n; ++i) {
-        if (Shape<T>* shape = set[i]) {
+        if (Shape<T>* shape = set[i])
             visit(*shape);
-        }
         notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
     }
     notifyFinished("");

@@ -14,9 +14,8 @@ namespace {
 /// The polygon model of this name with items; null when the stack has none.
 const Model* surfaceModel(const Stack& stack, const std::string& name) {
     const int place = stack.findModel(name);
-    if (place < 0) {
+    if (place < 0)
         return nullptr;
-    }
     const Model& model = stack.getModel(place);
     return model.getProperties().getGeometry() == PolygonPrimitive && model.getNumItems() > 0 ? &model : nullptr;
 }
@@ -29,21 +28,18 @@ VRLFusionConfig<T>::sharedStructures(const std::vector<const Stack*>& stacks) {
     std::vector<VRLFusionSurfaceStructure<T>> structures;
     for (int m = 0; !stacks.empty() && m < stacks.front()->getNumModels(); ++m) {
         const std::string& name = stacks.front()->getModel(m).getName();
-        if (stacks.front()->findModel(name) != m) {
+        if (stacks.front()->findModel(name) != m)
             continue;
-        }
         int height = 0, width = 0;
         bool shared = true;
         for (const Stack* stack : stacks) {
             const Model* model = surfaceModel(*stack, name);
             shared = shared && model;
-            if (!shared) {
+            if (!shared)
                 break;
-            }
             height = std::max(height, model->getNumItems());
-            for (int i = 0; i < model->getNumItems(); ++i) {
+            for (int i = 0; i < model->getNumItems(); ++i)
                 width = std::max(width, model->getItem(i).getSize());
-            }
         }
         if (shared) {
             VRLFusionSurfaceStructure<T> structure;
@@ -62,13 +58,11 @@ VRLFusionConfig<T>::surfaceStructureInstances(const std::vector<const Stack*>& s
     std::vector<std::unique_ptr<CurveStack<T>>> instances;
     for (const Stack* stack : stacks) {
         const int place = stack->findModel(name);
-        if (place < 0) {
+        if (place < 0)
             continue;
-        }
         const StackReconstruction<T> reconstruction(*stack);
-        if (auto curves = ModelSurface<T>(stack->getModel(place), reconstruction).takeContours()) {
+        if (auto curves = ModelSurface<T>(stack->getModel(place), reconstruction).takeContours())
             instances.push_back(std::move(curves));
-        }
     }
     return instances;
 }

@@ -81,8 +81,8 @@ public:
     int luDecomp(Vector<int>& index, T threshold);
     /// On a decomposed matrix: replaces b by the solution. Throws SizeError unless b and index have n elements.
     void luSolve(Vector<T>& b, const Vector<int>& index) const;
-    /// Determinant; 0 for a row of zeros and where a pivot is not above 20 machine precisions of its row; 1 for an empty
-    /// matrix, undefined where a value is.
+    /// Determinant; 0 for a row of zeros and where a pivot is not above 20 machine precisions of its row; 1 for an
+    /// empty matrix, undefined where a value is.
     T det() const;
     /// Throws MathError where det() finds a pivot of 0.
     SquareMatrix inverse() const;

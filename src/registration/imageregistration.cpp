@@ -10,17 +10,15 @@ ImageRegistration<T>::~ImageRegistration() = default;
 
 template <class T>
 const PixelMatrix<T>& ImageRegistration<T>::source(const char* where) const {
-    if (!__source) {
+    if (!__source)
         throw UsageError(where, "No source image was set");
-    }
     return *__source;
 }
 
 template <class T>
 const PixelMatrix<T>& ImageRegistration<T>::target(const char* where) const {
-    if (!__target) {
+    if (!__target)
         throw UsageError(where, "No target image was set");
-    }
     return *__target;
 }
 

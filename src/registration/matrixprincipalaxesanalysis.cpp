@@ -51,16 +51,14 @@ void addRow(const T* row, const Wide<T>* weights, int n, Wide<T>* columnSums, Wi
 template <class T>
 void MatrixPrincipalAxesAnalysis<T>::apply(const PixelMatrix<T>& matrix) {
     const int rows = matrix.getSize1(), columns = matrix.getSize2();
-    if (rows == 0 || columns == 0) {
+    if (rows == 0 || columns == 0)
         throw SizeError("void MatrixPrincipalAxesAnalysis<T>::apply(const PixelMatrix<T>&)", "This matrix is empty");
-    }
     // Columns are counted from the middle, so that moving the moments to the centre of mass cancels little.
     const Wide<T> middle = Wide<T>(columns - 1) / 2;
     std::vector<Wide<T>> columnSums(std::size_t(columns), 0), weights(std::size_t(columns), 0);
     std::vector<Wide<T>> rowSums(std::size_t(rows), 0), rowMoments(std::size_t(rows), 0);
-    for (int j = 0; j < columns; ++j) {
+    for (int j = 0; j < columns; ++j)
         weights[j] = Wide<T>(j) - middle;
-    }
     Wide<T> total = 0;
     for (int i = 0; i < rows; ++i) {
         addRow(matrix[i].data(), weights.data(), columns, columnSums.data(), rowSums[i], rowMoments[i]);
@@ -73,20 +71,17 @@ void MatrixPrincipalAxesAnalysis<T>::apply(const PixelMatrix<T>& matrix) {
     Wide<T> c0 = Wide<T>(rows - 1) / 2, c1 = middle;
     if (__hasMass) {
         c0 = c1 = 0;
-        for (int i = 1; i < rows; ++i) {
+        for (int i = 1; i < rows; ++i)
             c0 += i * (rowSums[i] / total);
-        }
-        for (int j = 1; j < columns; ++j) {
+        for (int j = 1; j < columns; ++j)
             c1 += j * (columnSums[j] / total);
-        }
         Wide<T> a = 0, b = 0, d = 0;
         for (int i = 0; i < rows; ++i) {
             a += (i - c0) * (i - c0) * (rowSums[i] / total);
             b += (i - c0) * ((rowMoments[i] + (middle - c1) * rowSums[i]) / total);
         }
-        for (int j = 0; j < columns; ++j) {
+        for (int j = 0; j < columns; ++j)
             d += (j - c1) * (j - c1) * (columnSums[j] / total);
-        }
         __inertiaMatrix[0][0] = T(a);
         __inertiaMatrix[0][1] = T(b);
         __inertiaMatrix[1][0] = T(b);
@@ -113,9 +108,8 @@ void MatrixPrincipalAxesAnalysis<T>::computeAngle() {
 
 template <class T>
 void MatrixPrincipalAxesAnalysis<T>::__checkAnalyzed(const char* where) const {
-    if (!__analyzed) {
+    if (!__analyzed)
         throw UsageError(where, "No image was analyzed yet");
-    }
 }
 
 template <class T>

@@ -21,9 +21,8 @@ void cumulate(const W* points, int n, int space, bool closed, std::vector<W>& le
         const W* p = points + std::size_t(k - 1) * space;
         const W* q = points + std::size_t(k < n ? k : 0) * space;
         W squares = 0;
-        for (int a = 0; a < space; ++a) {
+        for (int a = 0; a < space; ++a)
             squares += (q[a] - p[a]) * (q[a] - p[a]);
-        }
         lengths[k] = lengths[k - 1] + std::sqrt(squares);
     }
 }
@@ -35,9 +34,8 @@ void interpolate(const W* points, int n, int space, const std::vector<W>& length
     const W* q = points + std::size_t(end < n ? end : 0) * space;
     const W width = lengths[end] - lengths[end - 1];
     const W t = width > 0 ? std::clamp((target - lengths[end - 1]) / width, W(0), W(1)) : W(0);
-    for (int a = 0; a < space; ++a) {
+    for (int a = 0; a < space; ++a)
         out[a] = p[a] + t * (q[a] - p[a]);
-    }
 }
 
 /// m points from the first to the last; n and m are at least 1. lengths is working storage.
@@ -46,22 +44,19 @@ void resampleOpen(const W* points, int n, int space, W* out, int m, std::vector<
     const W* last = points + std::size_t(n - 1) * space;
     std::copy(last, last + space, out + std::size_t(m - 1) * space);
     std::copy(points, points + space, out);
-    if (m < 3) {
+    if (m < 3)
         return;
-    }
     cumulate(points, n, space, false, lengths);
     const W step = lengths[n - 1] / W(m - 1);
     int end = std::min(1, n - 1);
     for (int k = 1; k < m - 1; ++k) {
         const W target = W(k) * step;
-        while (end < n - 1 && !(lengths[end] > target)) {
+        while (end < n - 1 && !(lengths[end] > target))
             ++end;
-        }
-        if (end > 0) {
+        if (end > 0)
             interpolate(points, n, space, lengths, end, target, out + std::size_t(k) * space);
-        } else {
+        else
             std::copy(points, points + space, out + std::size_t(k) * space);
-        }
     }
 }
 
@@ -69,17 +64,15 @@ void resampleOpen(const W* points, int n, int space, W* out, int m, std::vector<
 template <class W>
 void resampleClosed(const W* points, int n, int space, W* out, int m, std::vector<W>& lengths) {
     std::copy(points, points + space, out);
-    if (m < 2) {
+    if (m < 2)
         return;
-    }
     cumulate(points, n, space, true, lengths);
     const W step = lengths[n] / W(m);
     int end = 1;
     for (int k = 1; k < m; ++k) {
         const W target = W(k) * step;
-        while (end < n && lengths[end] < target) {
+        while (end < n && lengths[end] < target)
             ++end;
-        }
         interpolate(points, n, space, lengths, end, target, out + std::size_t(k) * space);
     }
 }

@@ -21,11 +21,9 @@ bool BoundingBox<T>::isValid() const {
 
 template <class T>
 void BoundingBox<T>::rectify() {
-    for (int k = 0; k < std::min(__vertex1.getSize(), __vertex2.getSize()); ++k) {
-        if (__vertex2[k] < __vertex1[k]) {
+    for (int k = 0; k < std::min(__vertex1.getSize(), __vertex2.getSize()); ++k)
+        if (__vertex2[k] < __vertex1[k])
             std::swap(__vertex1[k], __vertex2[k]);
-        }
-    }
 }
 
 template <class T>
@@ -60,9 +58,8 @@ T BoundingBox<T>::width(int axis) const {
 template <class T>
 Vector<T> BoundingBox<T>::widths() const {
     Vector<T> widths(std::min(__vertex1.getSize(), __vertex2.getSize()));
-    for (int k = 0; k < widths.getSize(); ++k) {
+    for (int k = 0; k < widths.getSize(); ++k)
         widths[k] = width(k);
-    }
     return widths;
 }
 
@@ -81,16 +78,14 @@ Vector<int> BoundingBox<T>::adjustToResolution(T resolution) {
     // Real numbers are divided in T, so that a width that is a multiple in T stays as it is.
     using Real = std::conditional_t<std::is_integral_v<T>, double, T>;
     const char* where = "Vector<int> BoundingBox<T>::adjustToResolution(const T)";
-    if (!(resolution > 0)) {
+    if (!(resolution > 0))
         throw ValueError(where, "The resolution is not above 0");
-    }
     constexpr int tooMany = std::numeric_limits<int>::max() / 2;
     Vector<int> counts(std::min(__vertex1.getSize(), __vertex2.getSize()));
     for (int k = 0; k < counts.getSize(); ++k) {
         const Real count = std::ceil(Real(width(k)) / Real(resolution));
-        if (!(count < Real(tooMany))) {
+        if (!(count < Real(tooMany)))
             throw ValueError(where, "The resolution is too fine for this box");
-        }
         counts[k] = int(count);
     }
     for (int k = 0; k < counts.getSize(); ++k) {
@@ -104,62 +99,50 @@ Vector<int> BoundingBox<T>::adjustToResolution(T resolution) {
 
 template <class T>
 bool BoundingBox<T>::contains(const Vector<T>& p) const {
-    if (p.getSize() != __vertex1.getSize() || p.getSize() != __vertex2.getSize()) {
+    if (p.getSize() != __vertex1.getSize() || p.getSize() != __vertex2.getSize())
         throw SizeError("bool BoundingBox<T>::contains(const Vector<T>&) const", "Incompatible vector dimensions");
-    }
-    for (int k = 0; k < p.getSize(); ++k) {
-        if (!(__vertex1[k] <= p[k] && p[k] <= __vertex2[k])) {
+    for (int k = 0; k < p.getSize(); ++k)
+        if (!(__vertex1[k] <= p[k] && p[k] <= __vertex2[k]))
             return false;
-        }
-    }
     return true;
 }
 
 template <class T>
 bool BoundingBox<T>::containsAny(const Shape<T>& shape) const {
-    for (ConstVertexIterator<T> it(shape); it.current(); ++it) {
-        if (contains(*it.current())) {
+    for (ConstVertexIterator<T> it(shape); it.current(); ++it)
+        if (contains(*it.current()))
             return true;
-        }
-    }
     return false;
 }
 
 template <class T>
 BoundingBox<T> BoundingBox<T>::merge(const BoundingBox& other) const {
-    if (__vertex1.getSize() == 0 && __vertex2.getSize() == 0) {
+    if (__vertex1.getSize() == 0 && __vertex2.getSize() == 0)
         return other;
-    }
-    if (other.__vertex1.getSize() == 0 && other.__vertex2.getSize() == 0) {
+    if (other.__vertex1.getSize() == 0 && other.__vertex2.getSize() == 0)
         return *this;
-    }
     if (__vertex1.getSize() != other.__vertex1.getSize() || __vertex2.getSize() != other.__vertex2.getSize()) {
         throw SizeError("BoundingBox<T> BoundingBox<T>::merge(const BoundingBox&) const",
                         "Incompatible vector dimensions");
     }
     BoundingBox box(*this);
-    for (int k = 0; k < __vertex1.getSize(); ++k) {
+    for (int k = 0; k < __vertex1.getSize(); ++k)
         box.__vertex1[k] = std::min(__vertex1[k], other.__vertex1[k]);
-    }
-    for (int k = 0; k < __vertex2.getSize(); ++k) {
+    for (int k = 0; k < __vertex2.getSize(); ++k)
         box.__vertex2[k] = std::max(__vertex2[k], other.__vertex2[k]);
-    }
     return box;
 }
 
 template <class T>
 Vertices<T> BoundingBox<T>::vertices() const {
     const int space = __vertex1.getSize();
-    if (space != __vertex2.getSize() || space > 20) {
+    if (space != __vertex2.getSize() || space > 20)
         throw SizeError("Vertices<T> BoundingBox<T>::vertices() const", "Incompatible vector dimensions");
-    }
     const int n = 1 << space;
     Vertices<T> corners(space, n, n, n);
-    for (int j = 0; j < n; ++j) {
-        for (int k = 0; k < space; ++k) {
+    for (int j = 0; j < n; ++j)
+        for (int k = 0; k < space; ++k)
             corners[j][k] = (j >> k & 1) ? __vertex1[k] : __vertex2[k];
-        }
-    }
     return corners;
 }
 

@@ -41,9 +41,8 @@ struct PlanarEdges {
     // Room for the rounding of the crossing test, far above it.
     W margin() const {
         W extent = 0;
-        for (std::size_t k = 0; k < x.size(); ++k) {
+        for (std::size_t k = 0; k < x.size(); ++k)
             extent = std::max({extent, std::abs(x[k]), std::abs(y[k])});
-        }
         return 16 * std::numeric_limits<W>::epsilon() * extent;
     }
 };
@@ -52,9 +51,8 @@ template <class T>
 PlanarEdges<WideCoordinate<T>> planarEdges(const Curve<T>& curve, int i, int j) {
     PlanarEdges<WideCoordinate<T>> edges;
     const int n = curve.getSize();
-    if (n < 2) {
+    if (n < 2)
         return edges;
-    }
     edges.x.reserve(std::size_t(n) + 1);
     edges.y.reserve(std::size_t(n) + 1);
     for (int k = 0; k < n + (curve.isClosed() ? 1 : 0); ++k) {
@@ -77,9 +75,8 @@ bool cross(const PlanarEdges<W>& e, int k, const PlanarEdges<W>& f, int l) {
     const W den = ay * bx - ax * by;
     const W s = by * cx + bx * cy;
     const W u = cy * ax + cx * ay;
-    if (den > 0) {
+    if (den > 0)
         return 0 <= s && s <= den && 0 <= u && u <= den;
-    }
     return den < 0 && den <= s && s <= 0 && den <= u && u <= 0;
 }
 
@@ -88,9 +85,8 @@ template <class T>
 Curve<T> pieceOf(const Curve<T>& curve, const std::vector<int>& positions) {
     const int n = int(positions.size());
     Curve<T> piece(curve.getSpace(), n, n, n, curve.isOpen());
-    for (int k = 0; k < n; ++k) {
+    for (int k = 0; k < n; ++k)
         piece[k] = curve[positions[k]];
-    }
     return piece;
 }
 
@@ -110,9 +106,8 @@ WideCoordinate<T> distanceOf(const Vector<T>& a, const Vector<T>& b) {
 
 template <class T>
 Curve<T>::__ConcreteEdgeIterator::__ConcreteEdgeIterator(const Curve<T>& curve) : __curve(&curve) {
-    if (curve.getSize() >= 2) {
+    if (curve.getSize() >= 2)
         this->__edge = std::make_unique<Edge<T>>(curve, 0, 1);
-    }
     rewind();
 }
 
@@ -132,9 +127,8 @@ void Curve<T>::__ConcreteEdgeIterator::setEdge(int first, int second) {
 
 template <class T>
 void Curve<T>::__ConcreteEdgeIterator::operator++(int) {
-    if (__atEnd) {
+    if (__atEnd)
         return;
-    }
     ++__index;
     if (__index < __curve->getSize() - 1) {
         setEdge(__index, __index + 1);
@@ -151,9 +145,8 @@ void Curve<T>::__ConcreteEdgeIterator::rewind() {
     __index = 0;
     __closing = __curve->isClosed();
     __atEnd = !this->__edge;
-    if (!__atEnd) {
+    if (!__atEnd)
         setEdge(0, 1);
-    }
 }
 
 template <class T>
@@ -258,9 +251,8 @@ template <class T>
 T Curve<T>::length() const {
     const int n = this->getSize();
     WideCoordinate<T> sum = 0;
-    for (int k = 0; k < getNumEdges(); ++k) {
+    for (int k = 0; k < getNumEdges(); ++k)
         sum += distanceOf((*this)[k], (*this)[k + 1 < n ? k + 1 : 0]);
-    }
     return roundToCoordinate<T>(sum);
 }
 
@@ -268,9 +260,8 @@ template <class T>
 T Curve<T>::twiceArea(int i, int j) const {
     using Wide = WideCoordinate<T>;
     const int n = this->getSize();
-    if (__open || n < 3) {
+    if (__open || n < 3)
         return 0;
-    }
     // Coordinates relative to the first vertex: far from the origin the products would cancel.
     const Wide x0 = (*this)[0][i];
     const Wide y0 = (*this)[0][j];
@@ -296,18 +287,16 @@ bool Curve<T>::isClockwise(int i, int j) const {
 template <class T>
 void Curve<T>::setClockwise(bool clockwise, int i, int j) {
     const T area = twiceArea(i, j);
-    if (area != 0 && (area < 0) != clockwise) {
+    if (area != 0 && (area < 0) != clockwise)
         this->reverse();
-    }
 }
 
 template <class T>
 Vector<T> Curve<T>::signature() const {
     const Vector<T> centre = this->cog();
     Vector<T> distances(this->getSize());
-    for (int k = 0; k < distances.getSize(); ++k) {
+    for (int k = 0; k < distances.getSize(); ++k)
         distances[k] = (*this)[k].sdistance(centre);
-    }
     return distances;
 }
 
@@ -355,11 +344,9 @@ bool Curve<T>::intersects(const Curve& other, int i, int j) const {
     const auto others = planarEdges(other, i, j);
     const auto tree = others.tree();
     const auto margin = std::max(own.margin(), others.margin());
-    for (int k = 0; k < own.size(); ++k) {
-        if (!tree.visit(own.box(k), margin, 0, [&](int l) { return !cross(own, k, others, l); })) {
+    for (int k = 0; k < own.size(); ++k)
+        if (!tree.visit(own.box(k), margin, 0, [&](int l) { return !cross(own, k, others, l); }))
             return true;
-        }
-    }
     return false;
 }
 
@@ -374,9 +361,8 @@ bool Curve<T>::selfIntersects(int i, int j) const {
             const bool adjacent = !__open && k == 0 && l == last;
             return adjacent || !cross(edges, k, edges, l);
         });
-        if (!none) {
+        if (!none)
             return true;
-        }
     }
     return false;
 }
@@ -390,9 +376,8 @@ std::vector<int> Curve<T>::intersectionIndexes(const Curve& other, int i, int j)
     std::vector<int> ranks;
     for (int k = 0; k < own.size(); ++k) {
         tree.visit(own.box(k), margin, 0, [&](int l) {
-            if (cross(own, k, others, l)) {
+            if (cross(own, k, others, l))
                 ranks.push_back(k);
-            }
             return true;
         });
     }
@@ -404,33 +389,28 @@ std::vector<int> Curve<T>::intersectionIndexes(const Curve& other, int i, int j)
 template <class T>
 std::vector<Curve<T>> Curve<T>::split(const std::vector<int>& indexes) const {
     const char* where = "vector<Curve<T>> Curve<T>::split(const vector<int>&) const";
-    if (indexes.size() % 2 != 0) {
+    if (indexes.size() % 2 != 0)
         throw UsageError(where, "The number of cuts is odd");
-    }
     if (!std::is_sorted(indexes.begin(), indexes.end()) ||
-        (!indexes.empty() && (indexes.front() < 0 || indexes.back() >= getNumEdges()))) {
+        (!indexes.empty() && (indexes.front() < 0 || indexes.back() >= getNumEdges())))
         throw UsageError(where, "The cuts are not at ascending edges of the curve");
-    }
     const int n = this->getSize();
     std::vector<Curve> pieces;
     pieces.reserve(indexes.size() / 2 + 1);
     std::vector<int> rest;
     int next = 0;
     for (std::size_t pair = 0; pair < indexes.size(); pair += 2) {
-        for (; next <= indexes[pair]; ++next) {
+        for (; next <= indexes[pair]; ++next)
             rest.push_back(next);
-        }
         next = std::max(next, indexes[pair + 1] + 1);
     }
-    for (; next < n; ++next) {
+    for (; next < n; ++next)
         rest.push_back(next);
-    }
     pieces.push_back(pieceOf(*this, rest));
     for (std::size_t pair = 0; pair < indexes.size(); pair += 2) {
         std::vector<int> part;
-        for (int k = indexes[pair]; k <= indexes[pair + 1] + 1; ++k) {
+        for (int k = indexes[pair]; k <= indexes[pair + 1] + 1; ++k)
             part.push_back(k < n ? k : 0); // the closing edge ends at the first vertex
-        }
         pieces.push_back(pieceOf(*this, part));
     }
     return pieces;
@@ -445,35 +425,29 @@ template <class T>
 Curve<T> Curve<T>::join(const Curve& other) const {
     const int n = this->getSize();
     const int m = other.getSize();
-    if (n == 0 || m == 0) {
+    if (n == 0 || m == 0)
         throw SizeError("Curve<T> Curve<T>::join(const Curve&) const", "This curve contains no vertex");
-    }
     int p = 0;
     int q = 0;
     this->closestPoints(other, p, q);
     Curve joined(this->getSpace(), n + m + 2, 0, 0, false);
     int k = 0;
-    for (int a = 0; a <= p; ++a) {
+    for (int a = 0; a <= p; ++a)
         joined[k++] = (*this)[a];
-    }
-    for (int b = q; b < m; ++b) {
+    for (int b = q; b < m; ++b)
         joined[k++] = other[b];
-    }
-    for (int b = 0; b <= q; ++b) {
+    for (int b = 0; b <= q; ++b)
         joined[k++] = other[b];
-    }
-    for (int a = p; a < n; ++a) {
+    for (int a = p; a < n; ++a)
         joined[k++] = (*this)[a];
-    }
     return joined;
 }
 
 template <class T>
 bool Curve<T>::contains(const Vector<T>& p, int i, int j) const {
     using Wide = WideCoordinate<T>;
-    if (__open) {
+    if (__open)
         return false;
-    }
     const Wide px = p[i];
     const Wide py = p[j];
     const int n = this->getSize();
@@ -485,9 +459,8 @@ bool Curve<T>::contains(const Vector<T>& p, int i, int j) const {
         const Wide ay = a[j];
         const Wide bx = b[i];
         const Wide by = b[j];
-        if (ax == px && ay == py) {
+        if (ax == px && ay == py)
             return true;
-        }
         const bool down = by <= py && py < ay;
         const bool up = ay <= py && py < by;
         if (down || up) {
@@ -510,11 +483,10 @@ Curve<T> Curve<T>::resample(int n) const {
 
 template <class T>
 void Curve<T>::resample(Curve& out) const {
-    if (__open) {
+    if (__open)
         resamplePolyline(out);
-    } else {
+    else
         resamplePolygon(out);
-    }
     out.setOpen(__open);
 }
 
@@ -534,26 +506,21 @@ void Curve<T>::resamplePolyline(Curve& out) const {
     const char* where = "void Curve<T>::resamplePolyline(Curve&) const";
     const int n = this->getSize();
     const int m = out.getSize();
-    if (m == 0) {
+    if (m == 0)
         return;
-    }
-    if (n == 0) {
+    if (n == 0)
         throw SizeError(where, "This curve contains no vertex");
-    }
     const int space = this->getSpace();
-    if (out.getSpace() != space) {
+    if (out.getSpace() != space)
         throw SizeError(where, "Incompatible vector dimensions");
-    }
     const Vector<T> coordinates = this->toVector();
     const std::vector<Wide> points(coordinates.begin(), coordinates.end());
     std::vector<Wide> result(std::size_t(m) * space);
     std::vector<Wide> lengths;
     ArcLength::resampleOpen(points.data(), n, space, result.data(), m, lengths);
-    for (int k = 0; k < m; ++k) {
-        for (int a = 0; a < space; ++a) {
+    for (int k = 0; k < m; ++k)
+        for (int a = 0; a < space; ++a)
             out[k][a] = roundToCoordinate<T>(result[std::size_t(k) * space + a]);
-        }
-    }
 }
 
 template <class T>
@@ -568,13 +535,11 @@ void Curve<T>::resamplingError(const Curve& resampled, Vector<T>& errors, int i,
         using Wide = WideCoordinate<T>;
         const int n = this->getSize();
         const int m = resampled.getSize();
-        if (m == 0 && n > 0) {
+        if (m == 0 && n > 0)
             throw SizeError("void Curve<T>::resamplingError(...) const", "The resampled curve contains no vertex");
-        }
         errors.setSize(n);
-        if (n == 0) {
+        if (n == 0)
             return;
-        }
         errors[0] = 0;
         // The current segment ends at `end`; once the vertices run out it is the closing one, to vertex 0.
         int start = 0;

@@ -23,9 +23,8 @@ template <class T>
 void CurveDecimation<T>::apply(Curve<T>& curve) const {
     const int n = curve.getSize();
     const bool closed = curve.isClosed();
-    if (n < (closed ? 2 : 3)) {
+    if (n < (closed ? 2 : 3))
         return;
-    }
     std::vector<int> before(std::size_t(n), 0);
     std::vector<int> behind(std::size_t(n), 0);
     for (int k = 0; k < n; ++k) {
@@ -37,9 +36,8 @@ void CurveDecimation<T>::apply(Curve<T>& curve) const {
     const auto remove = [&](int k) {
         const int r = before[k];
         const int q = behind[k];
-        if (r == q || !inLine(curve[k], curve[q], curve[r])) {
+        if (r == q || !inLine(curve[k], curve[q], curve[r]))
             return false;
-        }
         behind[r] = q;
         before[q] = r;
         removed[k] = true;
@@ -48,24 +46,20 @@ void CurveDecimation<T>::apply(Curve<T>& curve) const {
     const int start = closed ? n - 1 : n - 2;
     // Vertices that the following pass has to look at again.
     std::vector<int> changed;
-    for (int k = start; k >= 1; --k) {
-        if (remove(k)) {
+    for (int k = start; k >= 1; --k)
+        if (remove(k))
             changed.push_back(behind[k]);
-        }
-    }
     while (__recursive && !changed.empty()) {
         std::priority_queue<int> pass;
-        for (const int k : changed) {
+        for (const int k : changed)
             pass.push(k);
-        }
         changed.clear();
         int last = n;
         while (!pass.empty()) {
             const int k = pass.top();
             pass.pop();
-            if (k == last || k < 1 || k > start || removed[k]) {
+            if (k == last || k < 1 || k > start || removed[k])
                 continue;
-            }
             last = k;
             if (remove(k)) {
                 pass.push(before[k]); // still to come in this pass
@@ -74,11 +68,9 @@ void CurveDecimation<T>::apply(Curve<T>& curve) const {
         }
     }
     int kept = 0;
-    for (int k = 0; k < n; ++k) {
-        if (!removed[k]) {
+    for (int k = 0; k < n; ++k)
+        if (!removed[k])
             curve.setIndex(kept++, curve.getIndex(k));
-        }
-    }
     curve.setSize(kept, false);
 }
 

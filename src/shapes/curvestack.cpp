@@ -21,14 +21,11 @@ constexpr double largestGrid = 4194304;
 
 template <class T>
 void checkLevels(const CurveStack<T>& stack, const char* where) {
-    if (stack.getHeight() == 0) {
+    if (stack.getHeight() == 0)
         throw SizeError(where, "This stack contains no curve");
-    }
-    for (int l = 0; l < stack.getHeight(); ++l) {
-        if (stack[l].getSize() == 0) {
+    for (int l = 0; l < stack.getHeight(); ++l)
+        if (stack[l].getSize() == 0)
             throw SizeError(where, "A curve of this stack contains no vertex");
-        }
-    }
 }
 
 } // namespace
@@ -37,20 +34,17 @@ void checkLevels(const CurveStack<T>& stack, const char* where) {
 
 template <class T>
 CurveStack<T>::CurveStack(int space, int height, int width, int capacity, int growth, bool open) : __open(open) {
-    if (height < 0 || width < 0) {
+    if (height < 0 || width < 0)
         throw SizeError("CurveStack<T>::CurveStack(...)", "Invalid stack dimensions");
-    }
     this->setLevels(space, std::vector<int>(std::size_t(height), width), capacity, growth);
 }
 
 template <class T>
 CurveStack<T>::CurveStack(const VertexStack<T>& stack, bool open) : __open(open) {
-    if (stack.getServer()) {
+    if (stack.getServer())
         this->setServer(const_cast<VertexServer<T>&>(*stack.getServer())); // shared, as by every copy
-    }
-    for (int l = 0; l < stack.getHeight(); ++l) {
+    for (int l = 0; l < stack.getHeight(); ++l)
         this->__levels.push_back(std::make_unique<Curve<T>>(stack[l], open));
-    }
 }
 
 template <class T>
@@ -97,9 +91,8 @@ ShapeType CurveStack<T>::read(std::istream& stream) {
 
 template <class T>
 void CurveStack<T>::insert(unsigned int pos, const Vertices<T>& level) {
-    if (dynamic_cast<const Curve<T>&>(level).isOpen() != __open) {
+    if (dynamic_cast<const Curve<T>&>(level).isOpen() != __open)
         throw TypeError("void CurveStack<T>::insert(...)", "Closure mismatch");
-    }
     VertexStack<T>::insert(pos, level);
 }
 
@@ -113,9 +106,8 @@ std::unique_ptr<Vertices<T>> CurveStack<T>::newLevel() const {
 template <class T>
 void CurveStack<T>::setOpen(bool open) {
     __open = open;
-    for (int l = 0; l < this->getHeight(); ++l) {
+    for (int l = 0; l < this->getHeight(); ++l)
         level(l).setOpen(open);
-    }
 }
 
 template <class T>
@@ -150,24 +142,20 @@ void CurveStack<T>::resample(QuadMesh<T>& mesh) const {
     const int height = mesh.getHeight();
     const int width = mesh.getWidth();
     const int space = this->getSpace();
-    if (height == 0 || width == 0) {
+    if (height == 0 || width == 0)
         throw SizeError(where, "The mesh contains no vertex");
-    }
-    if (mesh.getSpace() != space) {
+    if (mesh.getSpace() != space)
         throw SizeError(where, "Incompatible vertex dimensions");
-    }
     // Each level on the mesh's width, in register with the one below; kept as one array of rows.
     std::vector<Wide> rows(std::size_t(levels) * width * space);
     Curve<T> below;
     for (int l = 0; l < levels; ++l) {
         Curve<T> row = level(l).resample(width);
-        if (l > 0) {
+        if (l > 0)
             row.match(below);
-        }
         Wide* out = rows.data() + std::size_t(l) * width * space;
-        for (int c = 0; c < width; ++c) {
+        for (int c = 0; c < width; ++c)
             out = std::copy_n(row[c].data(), space, out);
-        }
         below = row;
     }
     mesh.setOpen(__open);
@@ -183,9 +171,8 @@ void CurveStack<T>::resample(QuadMesh<T>& mesh) const {
         ArcLength::resampleOpen(column.data(), levels, space, spread.data(), height, lengths);
         for (int r = 0; r < height; ++r) {
             T* v = mesh[r][c].data();
-            for (int a = 0; a < space; ++a) {
+            for (int a = 0; a < space; ++a)
                 v[a] = roundToCoordinate<T>(spread[std::size_t(r) * space + a]);
-            }
         }
     }
 }
@@ -200,36 +187,30 @@ QuadMesh<T> CurveStack<T>::interpolate(const QuadMesh<T>& mesh) const {
         checkLevels(*this, where);
         const int height = mesh.getHeight();
         const int width = mesh.getWidth();
-        if (height == 0 || width == 0) {
+        if (height == 0 || width == 0)
             throw SizeError(where, "The mesh contains no vertex");
-        }
-        if (mesh.getSpace() != 3 || this->getSpace() != 3) {
+        if (mesh.getSpace() != 3 || this->getSpace() != 3)
             throw SizeError(where, "Incompatible vertex dimensions");
-        }
         QuadMesh<T> result(3, this->getHeight(), width, 0, 0, mesh.isOpen());
         const int last = height - 1;
         int r = std::min(1, last);
         for (int l = 0; l < this->getHeight(); ++l) {
             const T z = level(l)[0][2];
             for (int c = 0; c < width; ++c) {
-                if (r > 1 && mesh[r - 1][c][2] > z) {
-                    while (r > 1 && mesh[r - 1][c][2] > z) {
+                if (r > 1 && mesh[r - 1][c][2] > z)
+                    while (r > 1 && mesh[r - 1][c][2] > z)
                         --r;
-                    }
-                } else {
-                    while (r < last && z > mesh[r][c][2]) {
+                else
+                    while (r < last && z > mesh[r][c][2])
                         ++r;
-                    }
-                }
                 const Vector<T>& a = mesh[std::max(r - 1, 0)][c];
                 const Vector<T>& b = mesh[r][c];
                 // Where the plane passes the segment by, its nearer end stands for the point.
                 const T rise = b[2] - a[2];
                 const T t = rise != 0 ? std::clamp((z - a[2]) / rise, T(0), T(1)) : T(0);
                 Vector<T>& out = result[l][c];
-                for (int k = 0; k < 3; ++k) {
+                for (int k = 0; k < 3; ++k)
                     out[k] = t < 1 ? a[k] + t * (b[k] - a[k]) : b[k];
-                }
             }
         }
         return result;
@@ -258,9 +239,8 @@ template <class T>
 T CurveStack<T>::optimalResampling(T maxError, unsigned int& height, unsigned int& width) const {
     const char* where = "T CurveStack<T>::optimalResampling(...) const";
     checkLevels(*this, where);
-    if (this->getSpace() != 3) {
+    if (this->getSpace() != 3)
         throw SizeError(where, "Incompatible vertex dimensions");
-    }
     unsigned int w = 3;
     int reference = 0;
     for (int l = 0; l < this->getHeight(); ++l) {
@@ -275,9 +255,8 @@ T CurveStack<T>::optimalResampling(T maxError, unsigned int& height, unsigned in
         const Curve<T> resampled = contour.resample(int(columns));
         const WideCoordinate<T> step = std::sqrt(WideCoordinate<T>(resampled[0].sdistance(resampled[1])));
         const WideCoordinate<T> rows = std::floor(extent / step + WideCoordinate<T>(0.5));
-        if (!(rows * columns <= largestGrid)) {
+        if (!(rows * columns <= largestGrid))
             throw MathError(where, "No grid of reasonable size comes within the error");
-        }
         return std::max(2u, static_cast<unsigned int>(rows));
     };
     const auto errorOf = [&](unsigned int rows, unsigned int columns) {
@@ -302,11 +281,10 @@ T CurveStack<T>::optimalResampling(T maxError, unsigned int& height, unsigned in
         const unsigned int columns = (low + w) / 2;
         rows = heightFor(level(0), columns);
         const T error = errorOf(rows, columns);
-        if (error < maxError) {
+        if (error < maxError)
             w = columns;
-        } else if (error > maxError) {
+        else if (error > maxError)
             low = columns;
-        }
         if (error == maxError || w <= low) {
             height = rows;
             width = columns;

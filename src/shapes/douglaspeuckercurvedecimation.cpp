@@ -68,9 +68,8 @@ public:
         __dx = double(__b[0]) - double(__a[0]);
         __dy = double(__b[1]) - double(__a[1]);
         const double length = std::hypot(__dx, __dy);
-        if (!(length > 0)) {
+        if (!(length > 0))
             return -1;
-        }
         __position = -1;
         __best = tolerance;
         __slack = 32 * std::numeric_limits<double>::epsilon() * __extent * (std::abs(__dx) + std::abs(__dy));
@@ -86,9 +85,8 @@ private:
 
     double bound(int node) const {
         const RunBoxes<double>::Box& box = __tree.box(node);
-        if (box.isEmpty()) {
+        if (box.isEmpty())
             return -1;
-        }
         const double x = 0.5 * (box.lowX + box.highX) - double(__a[0]);
         const double y = 0.5 * (box.lowY + box.highY) - double(__a[1]);
         return std::abs(x * __dy - y * __dx) + 0.5 * (box.highX - box.lowX) * std::abs(__dy) +
@@ -97,9 +95,8 @@ private:
 
     // The items of the node are those from begin to end - 1, those beyond the curve's included.
     void search(int node, int begin, int end) {
-        if (begin >= __last || end <= __first + 1) {
+        if (begin >= __last || end <= __first + 1)
             return;
-        }
         if (node < __tree.leaves()) {
             const int middle = begin + (end - begin) / 2;
             const double left = bound(2 * node);
@@ -107,18 +104,16 @@ private:
             const bool leftFirst = left >= right;
             for (const bool takeLeft : {leftFirst, !leftFirst}) {
                 // The limit rises meanwhile. NaN bounds are searched.
-                if (!((takeLeft ? left : right) < __limit)) {
+                if (!((takeLeft ? left : right) < __limit))
                     takeLeft ? search(2 * node, begin, middle) : search(2 * node + 1, middle, end);
-                }
             }
             return;
         }
         for (int k = std::max(begin, __first + 1); k < std::min(end, __last); ++k) {
             const T* p = __points + 2 * std::size_t(k);
             const double product = (double(p[0]) - double(__a[0])) * __dy - (double(p[1]) - double(__a[1])) * __dx;
-            if (std::abs(product) < __limit) {
+            if (std::abs(product) < __limit)
                 continue;
-            }
             const float distance = lineDistance(p, __a, __b, 2);
             if (distance > __best || (distance == __best && k < __position)) {
                 __best = distance;
@@ -173,9 +168,8 @@ public:
     int find(int first, int last, float tolerance) {
         const Line line = lineThrough(first, last);
         const double length = std::hypot(line.dx, line.dy);
-        if (!(length > 0)) {
+        if (!(length > 0))
             return -1;
-        }
         const double slack =
             32 * std::numeric_limits<double>::epsilon() * __extent * (std::abs(line.dx) + std::abs(line.dy));
         double greatest = -1;
@@ -190,9 +184,8 @@ public:
         float best = tolerance;
         block = 0;
         for (int begin = first + 1; begin < last; begin += blockLength, ++block) {
-            if (__greatest[block] < limit) {
+            if (__greatest[block] < limit)
                 continue;
-            }
             for (int k = begin; k < std::min(begin + blockLength, last); ++k) {
                 if (line.product(double(__x[k]), double(__y[k])) >= limit) {
                     const float distance = exactDistance(k, first, last);
@@ -251,16 +244,13 @@ private:
             const double product = l.product(double(x[k]), double(y[k]));
             products[k] = product >= 0 ? product : -1;
         }
-        for (int k = 0; k < blockLength / 2; ++k) {
+        for (int k = 0; k < blockLength / 2; ++k)
             products[k] = products[k] > products[k + blockLength / 2] ? products[k] : products[k + blockLength / 2];
-        }
-        for (int k = 0; k < blockLength / 4; ++k) {
+        for (int k = 0; k < blockLength / 4; ++k)
             products[k] = products[k] > products[k + blockLength / 4] ? products[k] : products[k + blockLength / 4];
-        }
         double greatest = products[0];
-        for (int k = 1; k < blockLength / 4; ++k) {
+        for (int k = 1; k < blockLength / 4; ++k)
             greatest = products[k] > greatest ? products[k] : greatest;
-        }
         return greatest;
     }
 
@@ -282,17 +272,15 @@ template <class T>
 const Vector<float>& DouglasPeuckerCurveDecimation<T>::findVerticesDistances(const Curve<T>& curve, int first,
                                                                              int last) {
     __distances.setSize(curve.getSize());
-    for (int k = first + 1; k < last; ++k) {
+    for (int k = first + 1; k < last; ++k)
         __distances[k] = lineDistance(curve[k].data(), curve[first].data(), curve[last].data(), curve.getSpace());
-    }
     return __distances;
 }
 
 template <class T>
 void DouglasPeuckerCurveDecimation<T>::apply(const Curve<T>& curve, Vector<bool>& keep, int first, int last) {
-    if (curve.getSize() < 3) {
+    if (curve.getSize() < 3)
         return;
-    }
     const float tolerance = float(std::max(__tolerance, 0));
     // The runs still to be looked at, in place of a recursion as deep as the curve is long.
     std::vector<std::pair<int, int>> runs{{first, last}};
@@ -300,9 +288,8 @@ void DouglasPeuckerCurveDecimation<T>::apply(const Curve<T>& curve, Vector<bool>
         while (!runs.empty()) {
             const auto [begin, end] = runs.back();
             runs.pop_back();
-            if (end - begin < 2) {
+            if (end - begin < 2)
                 continue;
-            }
             const int position = findFarthest(begin, end);
             if (position >= 0) {
                 keep[position] = true;
@@ -349,22 +336,19 @@ void DouglasPeuckerCurveDecimation<T>::apply(const Curve<T>& curve, Vector<bool>
 template <class T>
 void DouglasPeuckerCurveDecimation<T>::postProcess(const Curve<T>& curve, Vector<bool>& keep) const {
     const int n = curve.getSize();
-    if (curve.isOpen() || n < 3) {
+    if (curve.isOpen() || n < 3)
         return;
-    }
     const float tolerance = float(std::max(__tolerance, 0));
     keep[n - 1] = findVertexDistance(curve[n - 1], Edge<T>(curve, 0, n - 2)) > tolerance;
-    if (keep[n - 1]) {
+    if (keep[n - 1])
         keep[0] = findVertexDistance(curve[0], Edge<T>(curve, 1, n - 1)) > tolerance;
-    }
 }
 
 template <class T>
 void DouglasPeuckerCurveDecimation<T>::apply(Curve<T>& curve) {
     const int n = curve.getSize();
-    if (n < 3) {
+    if (n < 3)
         return;
-    }
     Vector<bool> keep(n);
     keep.fill(false);
     keep[0] = true;
@@ -372,11 +356,9 @@ void DouglasPeuckerCurveDecimation<T>::apply(Curve<T>& curve) {
     apply(curve, keep, 0, n - 1);
     postProcess(curve, keep);
     int kept = 0;
-    for (int k = 0; k < n; ++k) {
-        if (keep[k]) {
+    for (int k = 0; k < n; ++k)
+        if (keep[k])
             curve.setIndex(kept++, curve.getIndex(k));
-        }
-    }
     curve.setSize(kept, false);
 }
 

@@ -17,9 +17,8 @@ bool projectionCrosses(const Edge<T>& edge1, const Edge<T>& edge2, int i, int j,
     const T* c = edge2[0].data();
     const T* d = edge2[1].data();
     W position = 0;
-    if (!TriangleGeometry::segmentsCross<W>(a[i], a[j], b[i], b[j], c[i], c[j], d[i], d[j], line, &position)) {
+    if (!TriangleGeometry::segmentsCross<W>(a[i], a[j], b[i], b[j], c[i], c[j], d[i], d[j], line, &position))
         return false;
-    }
     if (out) {
         const W x = W(a[i]) - position * (W(a[i]) - W(b[i]));
         const W y = W(a[j]) - position * (W(a[j]) - W(b[j]));
@@ -120,9 +119,8 @@ int Edge<T>::intersects(const Vector<T>& n, T d, Vector<T>& out) const {
         }
         Vector<T> point(space);
         const int result = TriangleGeometry::cutByPlane(a.data(), b.data(), n.data(), d, space, point.data());
-        if (result != 0) {
+        if (result != 0)
             out = point;
-        }
         return result;
     }
 }

@@ -21,9 +21,8 @@ std::vector<double> descriptorSums(const Vector<float>& re, const Vector<float>&
     std::vector<double> sums(std::size_t(n / 2) + 1, 0.0);
     for (int m = 1; m <= n / 2; ++m) {
         double modulus = std::sqrt(double(power[m]));
-        if (m != n - m) {
+        if (m != n - m)
             modulus += std::sqrt(double(power[n - m]));
-        }
         sums[m] = sums[m - 1] + modulus;
     }
     return sums;
@@ -34,9 +33,8 @@ std::vector<double> descriptorSums(const Vector<float>& re, const Vector<float>&
 template <class T>
 void FourierDescriptors<T>::computeForward(const Curve<T>& curve, Vector<float>& re, Vector<float>& im) {
     const int n = curve.getSize();
-    if (n > 0 && curve.getSpace() < 2) {
+    if (n > 0 && curve.getSpace() < 2)
         throw SizeError("void FourierDescriptors<T>::computeForward(...)", "The curve has fewer than two dimensions");
-    }
     re.setSize(n);
     im.setSize(n);
     for (int i = 0; i < n; ++i) {
@@ -50,9 +48,8 @@ template <class T>
 void FourierDescriptors<T>::computeBackward(Vector<float>& re, Vector<float>& im, Curve<T>& curve) {
     FourierTransform<float>().computeBackward(re, im);
     const int n = re.getSize();
-    if (curve.getSize() != n || curve.getSpace() < 2) {
+    if (curve.getSize() != n || curve.getSpace() < 2)
         curve = Curve<T>(2, n, n, n, false);
-    }
     for (int i = 0; i < n; ++i) {
         curve[i][0] = toCoordinate<T>(re[i]);
         curve[i][1] = toCoordinate<T>(im[i]);
@@ -61,9 +58,8 @@ void FourierDescriptors<T>::computeBackward(Vector<float>& re, Vector<float>& im
 
 template <class T>
 void FourierDescriptors<T>::cut(Vector<float>& re, Vector<float>& im, int numDescriptors) {
-    if (re.getSize() != im.getSize()) {
+    if (re.getSize() != im.getSize())
         throw SizeError("void FourierDescriptors<T>::cut(...)", "Real and imaginary parts have different sizes");
-    }
     const int n = re.getSize();
     const int m = std::max(numDescriptors, 0);
     for (int k = std::min(m, n) + 1; k < n - m; ++k) {

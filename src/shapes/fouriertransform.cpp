@@ -67,9 +67,8 @@ class ComplexBuffer {
 public:
     explicit ComplexBuffer(std::size_t n)
         : __data(static_cast<typename Fftw<T>::Complex*>(Fftw<T>::allocate(n * sizeof(typename Fftw<T>::Complex)))) {
-        if (!__data) {
+        if (!__data)
             throw std::bad_alloc();
-        }
     }
     ComplexBuffer(const ComplexBuffer&) = delete;
     ComplexBuffer& operator=(const ComplexBuffer&) = delete;
@@ -106,22 +105,19 @@ void checkSizes(const Matrix<T>& re, const Matrix<T>& im, const char* operation)
 
 template <class T>
 void rotateLeft(Vector<T>& v, int by) {
-    if (v.getSize() > 1) {
+    if (v.getSize() > 1)
         std::rotate(v.begin(), v.begin() + by, v.end());
-    }
 }
 
 // Rows move whole, by the exchange of their arrays.
 template <class T>
 void rotateLeft(Matrix<T>& m, int byRows, int byCols) {
     const int rows = m.getSize(1);
-    for (int i = 0; i < rows; ++i) {
+    for (int i = 0; i < rows; ++i)
         rotateLeft(m[i], byCols);
-    }
     const auto reverse = [&m](int first, int last) {
-        for (; first < last; ++first, --last) {
+        for (; first < last; ++first, --last)
             m[first].swap(m[last]);
-        }
     };
     if (rows > 1) {
         reverse(0, byRows - 1);
@@ -135,9 +131,8 @@ void rotateLeft(Matrix<T>& m, int byRows, int byCols) {
 template <class T>
 void FourierTransform<T>::compute(Vector<T>& re, Vector<T>& im, int sign) const {
     const int n = re.getSize();
-    if (n == 0) {
+    if (n == 0)
         return;
-    }
     ComplexBuffer<T> buffer{std::size_t(n)};
     auto* data = buffer.data();
     const auto plan = Fftw<T>::plan(n, data, sign);
@@ -156,9 +151,8 @@ template <class T>
 void FourierTransform<T>::compute(Matrix<T>& re, Matrix<T>& im, int sign) const {
     const int rows = re.getSize(1);
     const int cols = re.getSize(2);
-    if (rows == 0 || cols == 0) {
+    if (rows == 0 || cols == 0)
         return;
-    }
     ComplexBuffer<T> buffer(std::size_t(rows) * std::size_t(cols));
     const auto plan = Fftw<T>::plan(rows, cols, buffer.data(), sign);
     auto* data = buffer.data();
@@ -239,40 +233,34 @@ template <class T>
 void FourierTransform<T>::powerSpectrum(Vector<T>& result, const Vector<T>& re, const Vector<T>& im) const {
     checkSizes(re, im, "powerSpectrum(...) const");
     result.setSize(re.getSize());
-    for (int i = 0; i < re.getSize(); ++i) {
+    for (int i = 0; i < re.getSize(); ++i)
         result[i] = re[i] * re[i] + im[i] * im[i];
-    }
 }
 
 template <class T>
 void FourierTransform<T>::powerSpectrum(Matrix<T>& result, const Matrix<T>& re, const Matrix<T>& im) const {
     checkSizes(re, im, "powerSpectrum(...) const");
-    if (result.getSize(1) != re.getSize(1) || result.getSize(2) != re.getSize(2)) {
+    if (result.getSize(1) != re.getSize(1) || result.getSize(2) != re.getSize(2))
         result = Matrix<T>(re.getSize(1), re.getSize(2));
-    }
-    for (int i = 0; i < re.getSize(1); ++i) {
+    for (int i = 0; i < re.getSize(1); ++i)
         powerSpectrum(result[i], re[i], im[i]);
-    }
 }
 
 template <class T>
 void FourierTransform<T>::phaseAngle(Vector<T>& result, const Vector<T>& re, const Vector<T>& im) const {
     checkSizes(re, im, "phaseAngle(...) const");
     result.setSize(re.getSize());
-    for (int i = 0; i < re.getSize(); ++i) {
+    for (int i = 0; i < re.getSize(); ++i)
         result[i] = std::atan2(im[i], re[i]);
-    }
 }
 
 template <class T>
 void FourierTransform<T>::phaseAngle(Matrix<T>& result, const Matrix<T>& re, const Matrix<T>& im) const {
     checkSizes(re, im, "phaseAngle(...) const");
-    if (result.getSize(1) != re.getSize(1) || result.getSize(2) != re.getSize(2)) {
+    if (result.getSize(1) != re.getSize(1) || result.getSize(2) != re.getSize(2))
         result = Matrix<T>(re.getSize(1), re.getSize(2));
-    }
-    for (int i = 0; i < re.getSize(1); ++i) {
+    for (int i = 0; i < re.getSize(1); ++i)
         phaseAngle(result[i], re[i], im[i]);
-    }
 }
 
 template class FourierTransform<float>;

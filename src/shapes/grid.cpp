@@ -33,9 +33,8 @@ template <class T>
 Vector<T> Grid<T>::resolutions() const {
     __check("Vector<T> Grid<T>::resolutions() const");
     Vector<T> result(__size.getSize());
-    for (int axis = 0; axis < __size.getSize(); axis++) {
+    for (int axis = 0; axis < __size.getSize(); axis++)
         result[axis] = __boundingBox.width(axis) / T(__size[axis]);
-    }
     return result;
 }
 
@@ -61,9 +60,8 @@ void Grid<T>::centers(std::vector<Vector<T>>& out) const {
         const T origin = __boundingBox.getVertex1()[axis];
         Vector<T>& axisCenters = out[axis];
         axisCenters.setSize(cells);
-        for (int i = 0; i < cells; i++) {
+        for (int i = 0; i < cells; i++)
             axisCenters[i] = (T(i) + T(0.5)) * width / T(cells) + origin;
-        }
     }
 }
 

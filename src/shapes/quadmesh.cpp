@@ -18,11 +18,9 @@ constexpr int capHeight = 10;
 /// Whether all levels of the stack have one size.
 template <class T>
 bool isRegular(const CurveStack<T>& stack) {
-    for (int r = 1; r < stack.getHeight(); r++) {
-        if (stack.level(r).getNumVertices() != stack.level(0).getNumVertices()) {
+    for (int r = 1; r < stack.getHeight(); r++)
+        if (stack.level(r).getNumVertices() != stack.level(0).getNumVertices())
             return false;
-        }
-    }
     return true;
 }
 
@@ -83,9 +81,8 @@ QuadMesh<T>& QuadMesh<T>::operator=(const QuadMesh& mesh) {
 
 template <class T>
 void QuadMesh<T>::assign(const VertexClient<T>& other) {
-    if (this == &other) {
+    if (this == &other)
         return;
-    }
     if (!isRegular(dynamic_cast<const CurveStack<T>&>(other))) {
         throw SizeError("void QuadMesh<T>::assign(const VertexClient<T>&)",
                         "Curve size is not constant along the curve stack");
@@ -98,12 +95,10 @@ void QuadMesh<T>::assign(const VertexClient<T>& other) {
 template <class T>
 void QuadMesh<T>::detach() {
     CurveStack<T>::detach();
-    if (__beginCap) {
+    if (__beginCap)
         __beginCap->detach();
-    }
-    if (__endCap) {
+    if (__endCap)
         __endCap->detach();
-    }
 }
 
 template <class T>
@@ -134,17 +129,14 @@ void QuadMesh<T>::__combine(const Shape<T>& shape, bool subtract, const char* wh
         throw UsageError(where, subtract ? "Shapes are not compatible for subtraction"
                                          : "Shapes are not compatible for addition");
     }
-    if (this->getHeight() != mesh->getHeight()) {
+    if (this->getHeight() != mesh->getHeight())
         throw SizeError(where, "Incompatible mesh heights");
-    }
     try {
-        for (int r = 0; r < this->getHeight(); r++) {
-            if (subtract) {
+        for (int r = 0; r < this->getHeight(); r++)
+            if (subtract)
                 this->level(r) -= mesh->level(r);
-            } else {
+            else
                 this->level(r) += mesh->level(r);
-            }
-        }
         __combineCap(__beginCap, mesh->__beginCap.get(), subtract);
         __combineCap(__endCap, mesh->__endCap.get(), subtract);
     } catch (Exception& exception) {
@@ -155,25 +147,22 @@ void QuadMesh<T>::__combine(const Shape<T>& shape, bool subtract, const char* wh
 
 template <class T>
 void QuadMesh<T>::__combineCap(std::unique_ptr<QuadMesh>& cap, const QuadMesh* other, bool subtract) {
-    if (!cap) {
+    if (!cap)
         return;
-    }
-    if (!other) {
+    if (!other)
         __setCap(cap, nullptr);
-    } else if (subtract) {
+    else if (subtract)
         *cap -= *other;
-    } else {
+    else
         *cap += *other;
-    }
 }
 
 template <class T>
 ShapeType QuadMesh<T>::read(std::istream& stream) {
     CurveStack<T> stack;
     const ShapeType type = stack.read(stream);
-    if (!isRegular(stack)) {
+    if (!isRegular(stack))
         throw FileFormatError("ShapeType QuadMesh<T>::read(istream&)", "The levels of the mesh differ in size");
-    }
     stack.setOpen(type == OpenQuadMeshType);
     assign(stack);
     return type;
@@ -214,9 +203,8 @@ std::unique_ptr<QuadMesh<T>> QuadMesh<T>::__buildCap(const Curve<T>& boundary) c
             const T step = 1 - std::sqrt(T(capHeight - 1 - r) / (capHeight - 1));
             interpolation.apply(step, ring);
             Curve<T>& level = cap->level(r);
-            for (int c = 0; c < width; c++) {
+            for (int c = 0; c < width; c++)
                 level[c] = ring[c];
-            }
         }
         return cap;
     }
@@ -225,34 +213,28 @@ std::unique_ptr<QuadMesh<T>> QuadMesh<T>::__buildCap(const Curve<T>& boundary) c
 /// Replaces the cap in the slot, in the extensions as well; null takes it away.
 template <class T>
 void QuadMesh<T>::__setCap(std::unique_ptr<QuadMesh>& slot, std::unique_ptr<QuadMesh> cap) {
-    if (slot) {
+    if (slot)
         this->getExtensions().removeShape(slot.get());
-    }
     slot = std::move(cap);
-    if (slot) {
+    if (slot)
         this->getExtensions().addShape(slot.get(), false);
-    }
 }
 
 template <class T>
 void QuadMesh<T>::buildBeginCap() {
-    if (this->isOpen()) {
+    if (this->isOpen())
         return;
-    }
-    if (getWidth() == 0) {
+    if (getWidth() == 0)
         throw SizeError("void QuadMesh<T>::buildBeginCap()", "This mesh contains no contour");
-    }
     __setCap(__beginCap, __buildCap(this->getFirstCurve()));
 }
 
 template <class T>
 void QuadMesh<T>::buildEndCap() {
-    if (this->isOpen()) {
+    if (this->isOpen())
         return;
-    }
-    if (getWidth() == 0) {
+    if (getWidth() == 0)
         throw SizeError("void QuadMesh<T>::buildEndCap()", "This mesh contains no contour");
-    }
     __setCap(__endCap, __buildCap(this->getLastCurve()));
 }
 
@@ -282,23 +264,17 @@ template <class T>
 void QuadMesh<T>::extendToCaps() {
     // The caps outlive the mesh's hold on them: a level that is added at an end takes the cap there away.
     std::unique_ptr<QuadMesh> beginCap, endCap;
-    if (__beginCap) {
+    if (__beginCap)
         beginCap = std::make_unique<QuadMesh>(*__beginCap);
-    }
-    if (__endCap) {
+    if (__endCap)
         endCap = std::make_unique<QuadMesh>(*__endCap);
-    }
     destroyCaps();
-    if (beginCap) {
-        for (int r = 1; r < beginCap->getHeight(); r++) {
+    if (beginCap)
+        for (int r = 1; r < beginCap->getHeight(); r++)
             prepend(beginCap->level(r));
-        }
-    }
-    if (endCap) {
-        for (int r = 1; r < endCap->getHeight(); r++) {
+    if (endCap)
+        for (int r = 1; r < endCap->getHeight(); r++)
             append(endCap->level(r));
-        }
-    }
 }
 
 template <class T>
@@ -319,31 +295,25 @@ void QuadMesh<T>::insert(unsigned int pos, const Vertices<T>& curve) {
 template <class T>
 void QuadMesh<T>::__insert(unsigned int pos, const Vertices<T>& curve, const char* where) {
     const int height = this->getHeight();
-    if (height > 0 && curve.getNumVertices() != getWidth()) {
+    if (height > 0 && curve.getNumVertices() != getWidth())
         throw SizeError(where, "Incompatible curve size");
-    }
     CurveStack<T>::insert(pos, curve);
-    if (pos == 0) {
+    if (pos == 0)
         destroyBeginCap();
-    }
-    if (int(pos) == height) {
+    if (int(pos) == height)
         destroyEndCap();
-    }
     __vertexColors.reset();
 }
 
 template <class T>
 unsigned int QuadMesh<T>::findMatch(const QuadMesh& mesh) const {
-    if (!__hasDimensionsOf(mesh)) {
+    if (!__hasDimensionsOf(mesh))
         throw SizeError("unsigned int QuadMesh::findMatch(const QuadMesh&) const", "Incompatible mesh dimensions");
-    }
-    if (this->isOpen() || mesh.isOpen()) {
+    if (this->isOpen() || mesh.isOpen())
         throw TypeError("unsigned int QuadMesh<T>::findMatch(const QuadMesh&) const", "Cannot match open meshes");
-    }
     const int width = getWidth();
-    if (width < 2) {
+    if (width < 2)
         return 0;
-    }
     if (this->getSpace() != mesh.getSpace()) {
         throw SizeError("unsigned int QuadMesh<T>::findMatch(const QuadMesh&) const",
                         "The two vectors have different sizes");
@@ -353,9 +323,8 @@ unsigned int QuadMesh<T>::findMatch(const QuadMesh& mesh) const {
     const int space = this->getSpace();
     std::vector<W> scores(width, W(0)), x(2 * std::size_t(width)), y(width);
     std::vector<W*> shifted(width); // by 0, 1, ...: row c holds what vertex c of the other meets under each shift
-    for (int c = 0; c < width; c++) {
+    for (int c = 0; c < width; c++)
         shifted[c] = x.data() + c;
-    }
     for (int r = 0; r < this->getHeight(); r++) {
         const Curve<T>& level = this->level(r);
         const Curve<T>& otherLevel = mesh.level(r);
@@ -373,26 +342,21 @@ unsigned int QuadMesh<T>::findMatch(const QuadMesh& mesh) const {
 template <class T>
 unsigned int QuadMesh<T>::match(const QuadMesh& mesh) {
     const int shift = int(findMatch(mesh));
-    for (int r = 0; r < this->getHeight(); r++) {
+    for (int r = 0; r < this->getHeight(); r++)
         this->level(r).setOrigin(shift);
-    }
-    for (QuadMesh* cap : {__beginCap.get(), __endCap.get()}) {
-        for (int r = 0; cap && r < cap->getHeight(); r++) {
+    for (QuadMesh* cap : {__beginCap.get(), __endCap.get()})
+        for (int r = 0; cap && r < cap->getHeight(); r++)
             cap->level(r).setOrigin(shift);
-        }
-    }
     return static_cast<unsigned int>(shift);
 }
 
 template <class T>
 void QuadMesh<T>::setVertexColors(QuadMesh<int>* colors) {
-    if (colors && colors == __vertexColors.get()) {
+    if (colors && colors == __vertexColors.get())
         return;
-    }
     __vertexColors.reset();
-    if (colors && (colors->getHeight() != this->getHeight() || colors->getWidth() != getWidth())) {
+    if (colors && (colors->getHeight() != this->getHeight() || colors->getWidth() != getWidth()))
         throw SizeError("void QuadMesh<T>::setVertexColors(...)", "Incompatible color array dimensions");
-    }
     __vertexColors.reset(colors);
 }
 
@@ -408,9 +372,8 @@ QuadMesh<int> QuadMesh<T>::__buildVertexColors(const Matrix<T>& values, int size
     const int rows = values.getSize1();
     const int columns = values.getSize2();
     QuadMesh<int> colors(3, rows, columns, rows * columns, rows * columns, false);
-    if (rows == 0 || columns == 0) {
+    if (rows == 0 || columns == 0)
         return colors;
-    }
     T min = values(0, 0);
     T max = min;
     for (int r = 0; r < rows; r++) {
@@ -440,11 +403,9 @@ Matrix<T> QuadMesh<T>::varianceMap(const QuadMesh& mean, const std::vector<const
     const int height = mean.getHeight();
     const int width = mean.getWidth();
     const int space = mean.getSpace();
-    for (const QuadMesh* mesh : meshes) {
-        if (!mean.__hasDimensionsOf(*mesh) || mesh->getSpace() != space) {
+    for (const QuadMesh* mesh : meshes)
+        if (!mean.__hasDimensionsOf(*mesh) || mesh->getSpace() != space)
             throw SizeError("Matrix<T> QuadMesh<T>::varianceMap(const QuadMesh&,...)", "Incompatible mesh dimensions");
-        }
-    }
     using W = WideCoordinate<T>;
     Matrix<T> map(height, width);
     std::vector<W> sums(width);
@@ -454,29 +415,25 @@ Matrix<T> QuadMesh<T>::varianceMap(const QuadMesh& mean, const std::vector<const
             for (int c = 0; c < width; c++) {
                 const T* x = mean.level(r)[c].data();
                 const T* y = mesh->level(r)[c].data();
-                for (int k = 0; k < space; k++) {
+                for (int k = 0; k < space; k++)
                     sums[c] += (W(x[k]) - W(y[k])) * (W(x[k]) - W(y[k]));
-                }
             }
         }
-        for (int c = 0; c < width; c++) {
+        for (int c = 0; c < width; c++)
             map(r, c) = meshes.empty() ? T(0) : toCoordinate<T>(sums[c] / W(meshes.size()));
-        }
     }
     return map;
 }
 
 template <class T>
 QuadMesh<T> QuadMesh<T>::mean(const std::vector<const QuadMesh*>& meshes) {
-    if (meshes.empty()) {
+    if (meshes.empty())
         return QuadMesh();
-    }
     try {
         QuadMesh sum(*meshes.front());
         sum.detach();
-        for (std::size_t i = 1; i < meshes.size(); i++) {
+        for (std::size_t i = 1; i < meshes.size(); i++)
             sum += *meshes[i];
-        }
         sum /= T(meshes.size());
         return sum;
     } catch (Exception& exception) {
@@ -493,15 +450,12 @@ TriMesh<T> QuadMesh<T>::toTriMesh(bool) const {
         const int height = this->getHeight();
         const int width = getWidth();
         const int size = height * width;
-        if (size > 0 && this->getSpace() != 3) {
+        if (size > 0 && this->getSpace() != 3)
             throw SizeError("TriMesh<T> QuadMesh<T>::toTriMesh(const bool) const", "The mesh is not of space 3");
-        }
         TriMesh<T> mesh(3, size, size, size);
-        for (int r = 0; r < height; r++) {
-            for (int c = 0; c < width; c++) {
+        for (int r = 0; r < height; r++)
+            for (int c = 0; c < width; c++)
                 mesh[r * width + c] = this->level(r)[c];
-            }
-        }
         for (int r = 1; r < height && width > 0; r++) {
             const unsigned int w = width;
             const unsigned int begin = (r - 1) * w;

@@ -45,13 +45,11 @@ public:
     template <class AddItem>
     RunBoxes(int n, AddItem addItem) : __size(n) {
         const int runs = (n + runLength - 1) / runLength;
-        while (__leaves < runs) {
+        while (__leaves < runs)
             __leaves *= 2;
-        }
         __boxes.resize(std::size_t(__leaves) * 2);
-        for (int i = 0; i < n; ++i) {
+        for (int i = 0; i < n; ++i)
             addItem(i, __boxes[std::size_t(__leaves) + std::size_t(i / runLength)]);
-        }
         for (int k = __leaves - 1; k >= 1; --k) {
             __boxes[k] = __boxes[2 * std::size_t(k)];
             __boxes[k].add(__boxes[2 * std::size_t(k) + 1]);
@@ -71,9 +69,8 @@ public:
         stack[depth++] = 1;
         while (depth > 0) {
             const int node = stack[--depth];
-            if (!__boxes[node].overlaps(query, margin)) {
+            if (!__boxes[node].overlaps(query, margin))
                 continue;
-            }
             if (node < __leaves) {
                 stack[depth++] = 2 * node + 1;
                 stack[depth++] = 2 * node;
@@ -81,11 +78,9 @@ public:
             }
             const int start = (node - __leaves) * runLength;
             const int end = std::min(start + runLength, __size);
-            for (int i = std::max(start, first); i < end; ++i) {
-                if (!visit(i)) {
+            for (int i = std::max(start, first); i < end; ++i)
+                if (!visit(i))
                     return false;
-                }
-            }
         }
         return true;
     }

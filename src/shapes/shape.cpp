@@ -27,18 +27,16 @@ namespace {
 const char* const extensionOfType[] = {"cv", "cv", "cs", "cs", "qm", "qm", "vx", "vs", "tm"};
 
 void checkDimension(int size, int space, const char* where) {
-    if (size != space) {
+    if (size != space)
         throw SizeError(where, "Incompatible vector dimensions");
-    }
 }
 
 template <class T>
 std::vector<Vector<unsigned int>> locatorsOf(const Shape<T>& shape) {
     std::vector<Vector<unsigned int>> locators;
     locators.reserve(std::size_t(shape.getSize()));
-    for (ConstVertexIterator<T> it(shape); it.current(); ++it) {
+    for (ConstVertexIterator<T> it(shape); it.current(); ++it)
         locators.push_back(it.locator());
-    }
     return locators;
 }
 
@@ -63,32 +61,28 @@ void saveText(const std::string& file, const std::string& where, Write write) {
 
 template <class T>
 T squareToCoordinate(typename NearestSearch<T>::Distance distance) {
-    if constexpr (std::is_integral_v<T>) {
+    if constexpr (std::is_integral_v<T>)
         return toCoordinate<T>(distance);
-    } else {
+    else
         return distance;
-    }
 }
 
 template <class T>
 std::vector<WideCoordinate<T>> wideCog(const Shape<T>& shape) {
     const char* where = "Vector<T> Shape<T>::cog() const";
     const int n = shape.getSize();
-    if (n == 0) {
+    if (n == 0)
         throw SizeError(where, "This shape contains no vertex");
-    }
     const int space = shape.getSpace();
     std::vector<WideCoordinate<T>> mean(std::size_t(space), 0);
     for (ConstVertexIterator<T> it(shape); it.current(); ++it) {
         const Vector<T>& v = *it.current();
         checkDimension(v.getSize(), space, where);
-        for (int k = 0; k < space; ++k) {
+        for (int k = 0; k < space; ++k)
             mean[k] += v[k];
-        }
     }
-    for (WideCoordinate<T>& x : mean) {
+    for (WideCoordinate<T>& x : mean)
         x /= n;
-    }
     return mean;
 }
 
@@ -124,13 +118,11 @@ int Shape<T>::getSpace() const {
 template <class T>
 template <class Operation>
 void Shape<T>::combine(const Shape& shape, const char* where, const char* what, Operation operation) {
-    if (getShapeType() != shape.getShapeType() || getSpace() != shape.getSpace() || getSize() != shape.getSize()) {
+    if (getShapeType() != shape.getShapeType() || getSpace() != shape.getSpace() || getSize() != shape.getSize())
         throw UsageError(where, what);
-    }
     ConstVertexIterator<T> other(shape);
-    for (VertexIterator<T> it(*this); it.current(); ++it, ++other) {
+    for (VertexIterator<T> it(*this); it.current(); ++it, ++other)
         operation(*it.current(), *other.current());
-    }
 }
 
 template <class T>
@@ -148,9 +140,8 @@ void Shape<T>::operator-=(const Shape& shape) {
 
 template <class T>
 void Shape<T>::print(const std::string& title, std::ostream& stream) const {
-    if (!title.empty()) {
+    if (!title.empty())
         stream << title << '\n';
-    }
     stream << "Shape: " << __name << '\n';
     VertexClient<T>::print("", stream);
 }
@@ -184,9 +175,8 @@ bool Shape<T>::hasExtensions() const {
 
 template <class T>
 ShapeSet<T>& Shape<T>::getExtensions() {
-    if (!__extensions) {
+    if (!__extensions)
         __extensions = std::make_unique<ShapeSet<T>>();
-    }
     return *__extensions;
 }
 
@@ -201,9 +191,8 @@ template <class T>
 Vector<T> Shape<T>::cog() const {
     const std::vector<WideCoordinate<T>> wide = wideCog(*this);
     Vector<T> mean(getSpace());
-    for (int k = 0; k < getSpace(); ++k) {
+    for (int k = 0; k < getSpace(); ++k)
         mean[k] = toCoordinate<T>(wide[k]);
-    }
     return mean;
 }
 
@@ -214,22 +203,19 @@ void Shape<T>::center() {
 
 template <class T>
 void Shape<T>::translate(const Vector<T>& v) {
-    for (VertexIterator<T> it(*this); it.current(); ++it) {
+    for (VertexIterator<T> it(*this); it.current(); ++it)
         *it.current() += v;
-    }
 }
 
 template <class T>
 void Shape<T>::scale(const Vector<T>& scales) {
-    if (scales.getSize() != getSpace()) {
+    if (scales.getSize() != getSpace())
         throw SizeError("void Shape<T>::scale(const Vector<T>&)", "Incorrect number of scales");
-    }
     for (VertexIterator<T> it(*this); it.current(); ++it) {
         Vector<T>& v = *it.current();
         checkDimension(v.getSize(), scales.getSize(), "void Shape<T>::scale(const Vector<T>&)");
-        for (int k = 0; k < v.getSize(); ++k) {
+        for (int k = 0; k < v.getSize(); ++k)
             v[k] *= scales[k];
-        }
     }
 }
 
@@ -242,32 +228,26 @@ void Shape<T>::scale(const T& factor) {
 
 template <class T>
 void Shape<T>::multiply(const Matrix<T>& m) {
-    if (getSize() > 0 && (m.getSize(1) != getSpace() || m.getSize(2) != getSpace())) {
+    if (getSize() > 0 && (m.getSize(1) != getSpace() || m.getSize(2) != getSpace()))
         throw SizeError("void Shape<T>::multiply(const Matrix<T>&)", "Incompatible matrix dimensions");
-    }
-    for (VertexIterator<T> it(*this); it.current(); ++it) {
+    for (VertexIterator<T> it(*this); it.current(); ++it)
         *it.current() = m * *it.current();
-    }
 }
 
 template <class T>
 void Shape<T>::operator*=(T factor) {
-    for (VertexIterator<T> it(*this); it.current(); ++it) {
+    for (VertexIterator<T> it(*this); it.current(); ++it)
         *it.current() *= factor;
-    }
 }
 
 template <class T>
 void Shape<T>::operator/=(T divisor) {
-    for (VertexIterator<T> it(*this); it.current(); ++it) {
+    for (VertexIterator<T> it(*this); it.current(); ++it)
         *it.current() /= divisor;
-    }
     if (__extensions) {
-        for (int i = 0; i < __extensions->getSize(); ++i) {
-            if (Shape* shape = (*__extensions)[i]) {
+        for (int i = 0; i < __extensions->getSize(); ++i)
+            if (Shape* shape = (*__extensions)[i])
                 *shape /= divisor;
-            }
-        }
     }
 }
 
@@ -303,40 +283,34 @@ void Shape<T>::fromVector(const Vector<T>& coordinates) {
 template <class T>
 Vector<T> Shape<T>::squareDistances(const Shape& shape) const {
     const char* where = "Vector<T> Shape<T>::squareDistances(const Shape<T>&) const";
-    if (&shape == this) {
+    if (&shape == this)
         throw ValueError(where, "Argument shape is equal to this");
-    }
-    if (shape.getSize() != getSize()) {
+    if (shape.getSize() != getSize())
         throw SizeError(where, "The two shapes have distinct sizes");
-    }
     Vector<T> distances(getSize());
     int rank = 0;
     ConstVertexIterator<T> other(shape);
-    for (ConstVertexIterator<T> it(*this); it.current(); ++it, ++other) {
+    for (ConstVertexIterator<T> it(*this); it.current(); ++it, ++other)
         distances[rank++] = it.current()->sdistance(*other.current());
-    }
     return distances;
 }
 
 template <class T>
 T Shape<T>::rmsDistance(const Shape& shape) const {
     const Vector<T> squares = squareDistances(shape);
-    if (squares.getSize() == 0) {
+    if (squares.getSize() == 0)
         throw SizeError("T Shape<T>::rmsDistance(const Shape&) const", "This shape contains no vertex");
-    }
     WideCoordinate<T> sum = 0;
-    for (const T square : squares) {
+    for (const T square : squares)
         sum += square;
-    }
     return toCoordinate<T>(std::sqrt(sum / squares.getSize()));
 }
 
 template <class T>
 Vector<T> Shape<T>::squareNearestNeighborDistances(const Shape& shape) const {
     const char* where = "Vector<T> Shape<T>::squareNearestNeighborDistances(const Shape<T>&) const";
-    if (&shape == this) {
+    if (&shape == this)
         throw ValueError(where, "Argument s is equal to this");
-    }
     Vector<T> distances(getSize());
     distances.fill(std::numeric_limits<T>::max());
     if (shape.getSize() > 0 && getSize() > 0) {
@@ -362,9 +336,8 @@ Vector<T> Shape<T>::nearestNeighborDistances(const Shape& shape) const {
                          "Method not available for type 'int'");
     } else {
         Vector<T> distances = squareNearestNeighborDistances(shape);
-        for (T& distance : distances) {
+        for (T& distance : distances)
             distance = std::sqrt(distance);
-        }
         return distances;
     }
 }
@@ -390,13 +363,11 @@ Vector<T> Shape<T>::squareNearestNeighborDistances() const {
 
 template <class T>
 std::vector<Vector<unsigned int>> Shape<T>::nearestNeighbors(const Shape& shape) const {
-    if (&shape == this) {
+    if (&shape == this)
         return nearestNeighbors();
-    }
     std::vector<Vector<unsigned int>> neighbors(getSize());
-    if (shape.getSize() == 0 || neighbors.empty()) {
+    if (shape.getSize() == 0 || neighbors.empty())
         return neighbors;
-    }
     const int space = shape.getSpace();
     const std::vector<Vector<unsigned int>> locators = locatorsOf(shape);
     const Vector<T> coordinates = shape.toVector();
@@ -415,9 +386,8 @@ template <class T>
 std::vector<Vector<unsigned int>> Shape<T>::nearestNeighbors() const {
     const int n = getSize();
     std::vector<Vector<unsigned int>> neighbors(n);
-    if (n < 2) {
+    if (n < 2)
         return neighbors;
-    }
     const int space = getSpace();
     const std::vector<Vector<unsigned int>> locators = locatorsOf(*this);
     const Vector<T> coordinates = toVector();
@@ -437,9 +407,8 @@ void Shape<T>::stats(T& mean, T& max) const {
     WideCoordinate<T> greatest = 0;
     for (ConstVertexIterator<T> it(*this); it.current(); ++it) {
         WideCoordinate<T> squares = 0;
-        for (const T x : *it.current()) {
+        for (const T x : *it.current())
             squares += WideCoordinate<T>(x) * WideCoordinate<T>(x);
-        }
         const WideCoordinate<T> norm = std::sqrt(squares);
         sum += norm;
         greatest = std::max(greatest, norm);
@@ -457,16 +426,13 @@ SquareMatrix<T> Shape<T>::inertia(Vector<T>& cog) const {
     cog.setSize(space);
     cog.setZeros();
     const int n = getSize();
-    if (n == 0) {
+    if (n == 0)
         return scatter;
-    }
     const Vector<T> coordinates = toVector();
     std::vector<Wide> mean(std::size_t(space), 0);
-    for (int i = 0; i < n; ++i) {
-        for (int k = 0; k < space; ++k) {
+    for (int i = 0; i < n; ++i)
+        for (int k = 0; k < space; ++k)
             mean[k] += coordinates[i * space + k];
-        }
-    }
     for (int k = 0; k < space; ++k) {
         mean[k] /= n;
         cog[k] = toCoordinate<T>(mean[k]);
@@ -474,20 +440,15 @@ SquareMatrix<T> Shape<T>::inertia(Vector<T>& cog) const {
     std::vector<Wide> sums(std::size_t(space) * space, 0);
     std::vector<Wide> difference(space);
     for (int i = 0; i < n; ++i) {
-        for (int k = 0; k < space; ++k) {
+        for (int k = 0; k < space; ++k)
             difference[k] = Wide(coordinates[i * space + k]) - mean[k];
-        }
-        for (int k = 0; k < space; ++k) {
-            for (int l = k; l < space; ++l) {
+        for (int k = 0; k < space; ++k)
+            for (int l = k; l < space; ++l)
                 sums[k * space + l] += difference[k] * difference[l];
-            }
-        }
     }
-    for (int k = 0; k < space; ++k) {
-        for (int l = k; l < space; ++l) {
+    for (int k = 0; k < space; ++k)
+        for (int l = k; l < space; ++l)
             scatter[k][l] = scatter[l][k] = toCoordinate<T>(sums[k * space + l]);
-        }
-    }
     return scatter;
 }
 
@@ -518,9 +479,8 @@ void Shape<T>::applyPAT() {
 
 template <class T>
 SquareMatrix<T> Shape<T>::principalAxes(Vector<T>& eigenvalues) const {
-    if (getSize() == 0) {
+    if (getSize() == 0)
         throw SizeError("SquareMatrix<T> Shape<T>::principalAxes(Vector<T>&) const", "This shape contains no vertex");
-    }
     SquareMatrix<T> vectors;
     SquareMatrix<T> covariance = inertia();
     covariance /= T(getSize());
@@ -574,9 +534,8 @@ void Shape<T>::computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Sha
     const char* where = "void Shape<T>::computeLSRegistration(...) const";
     const int space = getSpace();
     const int partners = correspondences ? int(correspondences->size()) : target.getSize();
-    if (partners != getSize()) {
+    if (partners != getSize())
         throw SizeError(where, "The two shapes have distinct sizes");
-    }
     checkDimension(target.getSpace(), space, where);
     const std::vector<Wide> cx = wideCog(*this);
     const std::vector<Wide> cy = wideCog(target);
@@ -591,16 +550,14 @@ void Shape<T>::computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Sha
         checkDimension(y.getSize(), space, where);
         for (int k = 0; k < space; ++k) {
             const Wide dx = Wide(x[k]) - cx[k];
-            for (int l = 0; l < space; ++l) {
+            for (int l = 0; l < space; ++l)
                 covariance[k][l] += dx * (Wide(y[l]) - cy[l]);
-            }
         }
         ++rank;
         ++equalRank;
     }
-    if constexpr (std::is_integral_v<T>) {
+    if constexpr (std::is_integral_v<T>)
         SquareMatrix<T>(space).svd(nullptr, nullptr); // throws: there is no rotation in whole numbers
-    }
     // u C v is the diagonal of the singular values, so v u maximises the trace of r C. All of it in the wide type: a
     // rotation that was rounded on the way would not be one, and registrations chain many of them.
     SquareMatrix<Wide> u;
@@ -610,11 +567,9 @@ void Shape<T>::computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Sha
     if (rotation.det() < 0) {
         // The proper rotation nearest to a reflection gives up the least singular value.
         int least = space - 1;
-        for (int k = space - 2; k >= 0; --k) {
-            if (values[k] < values[least]) {
+        for (int k = space - 2; k >= 0; --k)
+            if (values[k] < values[least])
                 least = k;
-            }
-        }
         u[least] *= Wide(-1);
         rotation = v * u;
     }
@@ -635,9 +590,8 @@ void Shape<T>::computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Sha
 template <class T>
 void Shape<T>::load(const std::string& file) {
     std::ifstream stream(file, std::ios::in | std::ios::binary);
-    if (!stream) {
+    if (!stream)
         throw FileReadError("Shape<T>::load(const string&)", "Cannot open file for reading", file);
-    }
     try {
         read(stream);
     } catch (FileError& error) {
@@ -660,19 +614,16 @@ template <class T>
 Shape<T>* Shape<T>::loadFile(const std::string& file) {
     const char* where = "Shape<T>* Shape<T>::loadFile(const string&)";
     std::ifstream stream(file);
-    if (!stream) {
+    if (!stream)
         throw FileReadError(where, "Cannot open file for reading", file);
-    }
     char mark = 0;
     long long type = 0;
     stream >> mark;
-    if (mark != '#') {
+    if (mark != '#')
         throw FileFormatError(where, "Invalid shape description format", file);
-    }
     // A text that is no number leaves 0, one beyond all numbers the largest one.
-    if (!(stream >> type) && type == 0) {
+    if (!(stream >> type) && type == 0)
         throw FileFormatError(where, "Invalid shape description format", file);
-    }
     stream.close();
     std::unique_ptr<Shape> shape;
     switch (type) {
@@ -707,9 +658,8 @@ Shape<T>* Shape<T>::loadFile(const std::string& file) {
 template <class T>
 void Shape<T>::saveDeformations(const Shape& target, const std::string& file, bool overwrite) const {
     const char* where = "void Shape<T>::saveDeformations(const Shape&,const string&) const";
-    if (getSpace() != target.getSpace() || getSize() != target.getSize()) {
+    if (getSpace() != target.getSpace() || getSize() != target.getSize())
         throw SizeError(where, "Space or size mismatch between shapes");
-    }
     if (!overwrite)
         FileInfo::requireFree(file, where, "File " + file + " already exists");
     saveText(file, where, [&](std::ostream& stream) {

@@ -16,9 +16,8 @@ using WideCoordinate = std::conditional_t<std::is_same_v<T, long double>, long d
 template <class T>
 inline T toCoordinate(WideCoordinate<T> value) {
     if constexpr (std::is_integral_v<T>) {
-        if (!(value == value)) {
+        if (!(value == value))
             return 0;
-        }
         return T(std::clamp<WideCoordinate<T>>(value, WideCoordinate<T>(std::numeric_limits<T>::min()),
                                                WideCoordinate<T>(std::numeric_limits<T>::max())));
     } else {
@@ -29,11 +28,10 @@ inline T toCoordinate(WideCoordinate<T> value) {
 /// The same, rounded to the nearest integer for int, halves up.
 template <class T>
 inline T roundToCoordinate(WideCoordinate<T> value) {
-    if constexpr (std::is_integral_v<T>) {
+    if constexpr (std::is_integral_v<T>)
         return toCoordinate<T>(std::floor(value + 0.5));
-    } else {
+    else
         return T(value);
-    }
 }
 
 } // namespace vorlen

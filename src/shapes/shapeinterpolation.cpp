@@ -11,15 +11,12 @@ namespace vorlen {
 template <class T>
 void ShapeInterpolation<T>::apply(T step, Shape<T>& result) const {
     const char* where = "void ShapeInterpolation<T>::apply(const T, Shape<T>&)";
-    if (!__source || !__target) {
+    if (!__source || !__target)
         throw ProgramError(where, "Missing source and/or target shape");
-    }
-    if (!(step >= 0 && step <= 1)) {
+    if (!(step >= 0 && step <= 1))
         throw UsageError(where, "Interpolation step out of [0-1] range");
-    }
-    if (__source->getNumVertices() != __target->getNumVertices() || __source->getSpace() != __target->getSpace()) {
+    if (__source->getNumVertices() != __target->getNumVertices() || __source->getSpace() != __target->getSpace())
         throw SizeError(where, "The two shapes have distinct sizes");
-    }
     if (step == 1) {
         result = *__target;
         result.detach();
@@ -40,9 +37,8 @@ void ShapeInterpolation<T>::apply(T step, Shape<T>& result) const {
             T* x = vertex.current()->data();
             const T* y = end.current()->data();
             const int space = vertex.current()->getSize();
-            for (int k = 0; k < space; k++) {
+            for (int k = 0; k < space; k++)
                 x[k] += step * (y[k] - x[k]);
-            }
         }
     }
 }

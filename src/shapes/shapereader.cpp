@@ -19,21 +19,19 @@ bool isBlank(char c) {
 
 template <class T>
 T parseWide(const char* text) {
-    if constexpr (std::is_same_v<T, float>) {
+    if constexpr (std::is_same_v<T, float>)
         return std::strtof(text, nullptr);
-    } else if constexpr (std::is_same_v<T, double>) {
+    else if constexpr (std::is_same_v<T, double>)
         return std::strtod(text, nullptr);
-    } else {
+    else
         return std::strtold(text, nullptr);
-    }
 }
 
 } // namespace
 
 ShapeReader::ShapeReader(std::istream& stream, const std::string& where) : __stream(stream), __where(where) {
-    if (!stream.good()) {
+    if (!stream.good())
         throw FileReadError(__where, "Cannot read the shape");
-    }
     __start = stream.tellg();
     if (__start >= 0 && stream.seekg(0, std::ios::end)) {
         const long long size = stream.tellg();
@@ -49,9 +47,8 @@ ShapeReader::ShapeReader(std::istream& stream, const std::string& where) : __str
         __start = -1;
         __text.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
     }
-    if (stream.bad()) {
+    if (stream.bad())
         throw FileReadError(__where, "Cannot read the shape");
-    }
     __next = __text.data();
     __end = __next + __text.size();
 }
@@ -65,9 +62,8 @@ void ShapeReader::raiseShort() const {
 }
 
 void ShapeReader::skipBlanks() {
-    while (__next != __end && isBlank(*__next)) {
+    while (__next != __end && isBlank(*__next))
         ++__next;
-    }
 }
 
 bool ShapeReader::atEnd() {
@@ -76,45 +72,38 @@ bool ShapeReader::atEnd() {
 }
 
 int ShapeReader::record() {
-    if (atEnd()) {
+    if (atEnd())
         raiseShort();
-    }
-    if (*__next != '#') {
+    if (*__next != '#')
         raiseFormat("Invalid shape description: a record \"# number\" is missing");
-    }
     ++__next;
     return number<int>();
 }
 
 int ShapeReader::count(int numbersPerItem) {
     const int n = record();
-    if (n < 0) {
+    if (n < 0)
         raiseFormat("Invalid shape description: a count is negative");
-    }
-    if (numbersPerItem < 1 && n > 0) {
+    if (numbersPerItem < 1 && n > 0)
         raiseFormat("Invalid shape description: vertices without coordinates");
-    }
     // Every number takes a character and a separator, but for the last one's.
-    if (static_cast<long long>(n) * numbersPerItem > (__end - __next + 1) / 2) {
+    if (static_cast<long long>(n) * numbersPerItem > (__end - __next + 1) / 2)
         raiseShort();
-    }
     return n;
 }
 
 int ShapeReader::space() {
     const int space = record();
-    if (space < 0 || space > 1024) {
+    if (space < 0 || space > 1024)
         raiseFormat("Invalid shape description: the space dimension is out of range");
-    }
     return space;
 }
 
 template <class T>
 T ShapeReader::number() {
     skipBlanks();
-    if (__next == __end) {
+    if (__next == __end)
         raiseShort();
-    }
     // A plus sign is taken, as by the streams, but not one in front of another sign.
     const char* first = *__next == '+' && __next + 1 != __end && __next[1] != '-' ? __next + 1 : __next;
     T value{};
@@ -125,13 +114,11 @@ T ShapeReader::number() {
             value = parseWide<T>(std::string(first, result.ptr).c_str());
             result.ec = std::errc();
         }
-        if (result.ec == std::errc() && !std::isfinite(value)) {
+        if (result.ec == std::errc() && !std::isfinite(value))
             raiseFormat("Invalid shape description: a coordinate is not finite");
-        }
     }
-    if (result.ec != std::errc() || (result.ptr != __end && !isBlank(*result.ptr))) {
+    if (result.ec != std::errc() || (result.ptr != __end && !isBlank(*result.ptr)))
         raiseFormat("Invalid shape description: a number is malformed");
-    }
     __next = result.ptr;
     return value;
 }

@@ -16,17 +16,14 @@ template <class T>
 void appendVertices(VertexStack<T>& stack, const ShapeSet<T>& set) {
     for (int i = 0; i < set.getSize(); ++i) {
         const Shape<T>* shape = set[i];
-        if (!shape) {
+        if (!shape)
             continue;
-        }
-        if (const auto* levels = dynamic_cast<const VertexStack<T>*>(shape)) {
+        if (const auto* levels = dynamic_cast<const VertexStack<T>*>(shape))
             stack.append(*levels);
-        } else {
+        else
             stack.append(dynamic_cast<const Vertices<T>&>(*shape));
-        }
-        if (shape->hasExtensions()) {
+        if (shape->hasExtensions())
             appendVertices(stack, shape->getExtensions());
-        }
     }
 }
 
@@ -51,9 +48,8 @@ void ShapeSet<T>::removeShape(Shape<T>* shape) {
 template <class T>
 int ShapeSet<T>::numVertices() const {
     int n = 0;
-    for (const Shape<T>* shape : __shapes) {
+    for (const Shape<T>* shape : __shapes)
         n += shape ? shape->getNumVertices() : 0;
-    }
     return n;
 }
 
@@ -73,11 +69,9 @@ template <class T>
 ShapeSet<T> ShapeSet<T>::referenceShapeSet() const {
     ShapeSet set;
     set.setName(__name);
-    for (int i = 0; i < getSize(); ++i) {
-        if (__references[i]) {
+    for (int i = 0; i < getSize(); ++i)
+        if (__references[i])
             set.addShape(__shapes[i], true);
-        }
-    }
     return set;
 }
 
@@ -96,9 +90,8 @@ Vector<int> ShapeSet<T>::matchSurfaces(const ShapeSet& other) {
         auto* mesh = dynamic_cast<QuadMesh<T>*>(__shapes[i]);
         const auto* target = dynamic_cast<const QuadMesh<T>*>(other[i]);
         if (mesh && target && mesh->isClosed() && target->isClosed() && mesh->getHeight() == target->getHeight() &&
-            mesh->getWidth() == target->getWidth()) {
+            mesh->getWidth() == target->getWidth())
             shifts[i] = int(mesh->match(*target));
-        }
     }
     return shifts;
 }
@@ -106,14 +99,12 @@ Vector<int> ShapeSet<T>::matchSurfaces(const ShapeSet& other) {
 template <class T>
 Vector<float> ShapeSet<T>::rmsDistances(const ShapeSet& other) const {
     const char* where = "Vector<float> ShapeSet<T>::rmsDistances(const ShapeSet<T>&) const";
-    if (getSize() != other.getSize()) {
+    if (getSize() != other.getSize())
         throw SizeError(where, "The two shape sets have distinct sizes");
-    }
     Vector<float> distances(getSize());
     for (int i = 0; i < getSize(); ++i) {
-        if (!__shapes[i] || !other[i]) {
+        if (!__shapes[i] || !other[i])
             throw UsageError(where, "A shape is missing");
-        }
         distances[i] = float(__shapes[i]->rmsDistance(*other[i]));
     }
     return distances;
@@ -123,28 +114,21 @@ template <class T>
 Shape<T>* ShapeSet<T>::average() const {
     const char* where = "Shape<T>& ShapeSet<T>::average() const";
     std::vector<const Shape<T>*> shapes;
-    for (const Shape<T>* shape : __shapes) {
-        if (shape) {
+    for (const Shape<T>* shape : __shapes)
+        if (shape)
             shapes.push_back(shape);
-        }
-    }
-    if (shapes.empty()) {
+    if (shapes.empty())
         return nullptr;
-    }
-    for (const Shape<T>* shape : shapes) {
-        if (shape->getShapeType() != shapes.front()->getShapeType()) {
+    for (const Shape<T>* shape : shapes)
+        if (shape->getShapeType() != shapes.front()->getShapeType())
             throw UsageError(where, "Shapes in this set are not of the same type");
-        }
-    }
     std::unique_ptr<Shape<T>> sum(shapes.front()->clone());
     sum->detach();
     sum->setName(shapes.front()->getName());
-    for (std::size_t i = 1; i < shapes.size(); ++i) {
+    for (std::size_t i = 1; i < shapes.size(); ++i)
         *sum += *shapes[i];
-    }
-    if (shapes.size() > 1) {
+    if (shapes.size() > 1)
         *sum /= T(shapes.size());
-    }
     return sum.release(); // told ownership: the caller's
 }
 
@@ -185,9 +169,8 @@ void ShapeSet<T>::clear() {
     __references.clear();
     std::sort(shapes.begin(), shapes.end());
     shapes.erase(std::unique(shapes.begin(), shapes.end()), shapes.end());
-    for (Shape<T>* shape : shapes) {
+    for (Shape<T>* shape : shapes)
         delete shape; // told ownership: the set that is cleared destroys its shapes
-    }
 }
 
 template class ShapeSet<int>;

@@ -25,9 +25,8 @@ Triangle<T>::Triangle() {
 
 template <class T>
 Triangle<T>::Triangle(int space) : Curve<T>(space, 3, 3, 3, false) {
-    for (int k = 0; k < 3; k++) {
+    for (int k = 0; k < 3; k++)
         (*this)[k].setZeros();
-    }
 }
 
 template <class T>
@@ -59,17 +58,15 @@ Triangle<T>* Triangle<T>::clone() const {
 
 template <class T>
 void Triangle<T>::__checkPoint(const Vector<T>& p, const char* where) const {
-    if ((*this)[0].getSize() != 3 || p.getSize() != 3) {
+    if ((*this)[0].getSize() != 3 || p.getSize() != 3)
         throw SizeError(where, "The triangle or the argument is not of space 3");
-    }
 }
 
 template <class T>
 Vector<T> Triangle<T>::normal(bool normalize) const {
     Vector<T> result = ((*this)[1] - (*this)[0]).vectorProduct((*this)[2] - (*this)[1]);
-    if (normalize) {
+    if (normalize)
         result.normalize();
-    }
     return result;
 }
 
@@ -102,9 +99,8 @@ int Triangle<T>::intersects(const Edge<T>& edge, Vector<T>& out, const Vector<T>
         Vector<T> point(3);
         const int result =
             TriangleGeometry::intersects(facetOf(*this, normal), edge[0].data(), edge[1].data(), point.data());
-        if (result != 0) {
+        if (result != 0)
             out = point;
-        }
         return result;
     }
 }
@@ -132,9 +128,8 @@ T Triangle<T>::closestPoint(const Vector<T>& p, Vector<T>& out) const {
         W s, t;
         const W squared = TriangleGeometry::closestParameters(a.data(), b.data(), c.data(), p.data(), space, s, t);
         Vector<T> closest(space);
-        for (int k = 0; k < space; k++) {
+        for (int k = 0; k < space; k++)
             closest[k] = static_cast<T>(a[k] + s * (W(b[k]) - W(a[k])) + t * (W(c[k]) - W(a[k])));
-        }
         out = closest;
         return static_cast<T>(std::sqrt(squared));
     }

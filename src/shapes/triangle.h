@@ -32,8 +32,8 @@ public:
     /// (T1 - T0) x (T2 - T1), of norm 1 when asked for. Throws SizeError unless the space is 3.
     Vector<T> normal(bool normalize) const;
 
-    /// Whether p lies in the triangle: in its plane to within Vector<T>::epsilon() times the largest coordinate, and inside its sides. The normal
-    /// is of norm 1; the second form computes it.
+    /// Whether p lies in the triangle: in its plane to within Vector<T>::epsilon() times the largest coordinate, and
+    /// inside its sides. The normal is of norm 1; the second form computes it.
     bool contains(const Vector<T>& p, const Vector<T>& normal) const;
     bool contains(const Vector<T>& p) const;
 

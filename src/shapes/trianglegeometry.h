@@ -36,9 +36,8 @@ struct Facet {
 template <class T>
 T dot(const T* a, const T* b) {
     T sum = 0;
-    for (int k = 0; k < 3; k++) {
+    for (int k = 0; k < 3; k++)
         sum += a[k] * b[k];
-    }
     return sum;
 }
 
@@ -55,21 +54,17 @@ void normal(const T* a, const T* b, const T* c, T* out) {
 template <class T>
 void normalize(T* v) {
     const T norm = std::sqrt(dot(v, v));
-    if (norm > 0) {
-        for (int k = 0; k < 3; k++) {
+    if (norm > 0)
+        for (int k = 0; k < 3; k++)
             v[k] /= norm;
-        }
-    }
 }
 
 template <class T>
 void projectionAxes(const T* normal, int& axis1, int& axis2) {
     int axis = 0;
-    for (int k = 1; k < 3; k++) {
-        if (std::abs(normal[k]) > std::abs(normal[axis])) {
+    for (int k = 1; k < 3; k++)
+        if (std::abs(normal[k]) > std::abs(normal[axis]))
             axis = k;
-        }
-    }
     axis1 = axis == 0 ? 1 : 0;
     axis2 = axis == 2 ? 1 : 2;
 }
@@ -84,18 +79,16 @@ Facet<T> makeFacet(const T* a, const T* b, const T* c, const T* unitNormal) {
         facet.corner[2][k] = c[k];
     }
     if (unitNormal) {
-        for (int k = 0; k < 3; k++) {
+        for (int k = 0; k < 3; k++)
             facet.normal[k] = unitNormal[k];
-        }
     } else {
         normal(a, b, c, facet.normal);
         normalize(facet.normal);
     }
     facet.offset = dot(facet.normal, facet.corner[0]);
     facet.extent = 0;
-    for (int k = 0; k < 3; k++) {
+    for (int k = 0; k < 3; k++)
         facet.extent = std::max({facet.extent, std::abs(a[k]), std::abs(b[k]), std::abs(c[k])});
-    }
     projectionAxes(facet.normal, facet.axis1, facet.axis2);
     return facet;
 }
@@ -113,16 +106,14 @@ bool segmentsCross(W x1, W y1, W x2, W y2, W x3, W y3, W x4, W y4, bool line, W*
     const W bx = x3 - x4, by = y3 - y4;
     const W cx = x3 - x1, cy = y1 - y3;
     const W den = ay * bx - ax * by;
-    if (den == 0) {
+    if (den == 0)
         return false;
-    }
     const W s = by * cx + bx * cy;
     const W u = cy * ax + cx * ay;
     const bool crosses = den > 0 ? (s >= 0 && s <= den && (line || (u >= 0 && u <= den)))
                                  : (s <= 0 && s >= den && (line || (u <= 0 && u >= den)));
-    if (crosses && position) {
+    if (crosses && position)
         *position = s / den;
-    }
     return crosses;
 }
 
@@ -135,15 +126,13 @@ bool projectionContains(const Facet<T>& facet, const T* p) {
     for (int k = 0; k < 3; k++) {
         const T* a = facet.corner[k];
         const T* b = facet.corner[k == 2 ? 0 : k + 1];
-        if (a[i] == p[i] && a[j] == p[j]) {
+        if (a[i] == p[i] && a[j] == p[j])
             return true;
-        }
         const T s = (a[j] - p[j]) * (b[i] - p[i]) - (a[i] - p[i]) * (b[j] - p[j]);
-        if (b[j] <= p[j] && p[j] < a[j]) {
+        if (b[j] <= p[j] && p[j] < a[j])
             inside ^= s >= 0;
-        } else if (a[j] <= p[j] && p[j] < b[j]) {
+        else if (a[j] <= p[j] && p[j] < b[j])
             inside ^= s <= 0;
-        }
     }
     return inside;
 }
@@ -153,9 +142,8 @@ template <class T>
 bool touches(const Facet<T>& facet, const T* lower, const T* upper) {
     for (int k = 0; k < 3; k++) {
         const T x = facet.corner[0][k], y = facet.corner[1][k], z = facet.corner[2][k];
-        if ((x > upper[k] && y > upper[k] && z > upper[k]) || (x < lower[k] && y < lower[k] && z < lower[k])) {
+        if ((x > upper[k] && y > upper[k] && z > upper[k]) || (x < lower[k] && y < lower[k] && z < lower[k]))
             return false;
-        }
     }
     return true;
 }
@@ -171,9 +159,8 @@ T tolerance(const Facet<T>& facet, const T* p) {
 template <class T>
 bool contains(const Facet<T>& facet, const T* p) {
     T distance = 0;
-    for (int k = 0; k < 3; k++) {
+    for (int k = 0; k < 3; k++)
         distance += (facet.corner[0][k] - p[k]) * facet.normal[k];
-    }
     return std::abs(distance) <= tolerance(facet, p) && !isDegenerate(facet) && projectionContains(facet, p);
 }
 
@@ -186,21 +173,17 @@ int cutByPlane(const T* a, const T* b, const T* n, T d, int space, T* out) {
         s1 += n[k] * b[k];
     }
     if (s0 == s1) {
-        if (s0 != d) {
+        if (s0 != d)
             return 0;
-        }
-        for (int k = 0; k < space; k++) {
+        for (int k = 0; k < space; k++)
             out[k] = a[k];
-        }
         return 2;
     }
     const T t = (d - s0) / (s1 - s0);
-    if (!(t >= 0 && t <= 1)) {
+    if (!(t >= 0 && t <= 1))
         return 0;
-    }
-    for (int k = 0; k < space; k++) {
+    for (int k = 0; k < space; k++)
         out[k] = t == 1 ? b[k] : a[k] + t * (b[k] - a[k]);
-    }
     return 1;
 }
 
@@ -220,9 +203,8 @@ bool onSide(const Facet<T>& facet, const T* p, T slack = 0) {
         const T side[3] = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
         const T near = least * std::sqrt(dot(side, side));
         // Near the line of the side, and between its ends: the directions to these do not agree.
-        if (dot(product, product) <= near * near && dot(u, v) <= near) {
+        if (dot(product, product) <= near * near && dot(u, v) <= near)
             return true;
-        }
     }
     return false;
 }
@@ -232,9 +214,8 @@ bool onSide(const Facet<T>& facet, const T* p, T slack = 0) {
 template <class T>
 bool isOn(const Facet<T>& facet, const T* p) {
     T distance = 0;
-    for (int k = 0; k < 3; k++) {
+    for (int k = 0; k < 3; k++)
         distance += (facet.corner[0][k] - p[k]) * facet.normal[k];
-    }
     return std::abs(distance) <= tolerance(facet, p) && !isDegenerate(facet) &&
            (projectionContains(facet, p) || onSide(facet, p));
 }
@@ -253,22 +234,19 @@ T roundingOfCut(const Facet<T>& facet, const T* a, const T* b) {
 /// Triangle<T>::intersects() with the segment from a to b; 0 for a triangle of zero area.
 template <class T>
 int intersects(const Facet<T>& facet, const T* a, const T* b, T* out) {
-    if (isDegenerate(facet)) {
+    if (isDegenerate(facet))
         return 0;
-    }
     const int cut = cutByPlane(a, b, facet.normal, facet.offset, 3, out);
-    if (cut == 0) {
+    if (cut == 0)
         return 0;
-    }
     if (cut == 2) {
         using W = Wide<T>;
         const int i = facet.axis1, j = facet.axis2;
         for (int k = 0; k < 3; k++) {
             const T* c = facet.corner[k];
             const T* d = facet.corner[k == 2 ? 0 : k + 1];
-            if (segmentsCross<W>(c[i], c[j], d[i], d[j], a[i], a[j], b[i], b[j], false, nullptr)) {
+            if (segmentsCross<W>(c[i], c[j], d[i], d[j], a[i], a[j], b[i], b[j], false, nullptr))
                 return 2;
-            }
         }
         return 0;
     }
@@ -332,12 +310,10 @@ Wide<T> closestParameters(const T* a, const T* b, const T* c, const T* p, int sp
             t = v;
         }
     };
-    if (side0) {
+    if (side0)
         tryPoint(closestPosition(a, b, p, space), W(0));
-    }
-    if (side1) {
+    if (side1)
         tryPoint(W(0), closestPosition(a, c, p, space));
-    }
     if (side2) {
         const W position = closestPosition(b, c, p, space);
         tryPoint(1 - position, position);

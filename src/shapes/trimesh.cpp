@@ -86,29 +86,24 @@ ShapeType TriMesh<T>::getShapeType() const {
 template <class T>
 void TriMesh<T>::__checkTriangles(const char* where) const {
     const unsigned int numVertices = this->getNumVertices();
-    for (const Vector<unsigned int>& triangle : __triangles) {
-        if (largestOf(triangle) >= numVertices) {
+    for (const Vector<unsigned int>& triangle : __triangles)
+        if (largestOf(triangle) >= numVertices)
             throw RangeError(where, "A triangle has a vertex that is not there");
-        }
-    }
 }
 
 template <class T>
 void TriMesh<T>::__checkSpace(const char* where) const {
-    if (!__triangles.empty() && this->getSpace() != 3) {
+    if (!__triangles.empty() && this->getSpace() != 3)
         throw SizeError(where, "The mesh is not of space 3");
-    }
 }
 
 template <class T>
 Triangle<T> TriMesh<T>::triangle(unsigned int i) const {
     const char* where = "Vector< unsigned int > TriMesh<T>::triangle(const unsigned int i)";
-    if (i >= __triangles.size()) {
+    if (i >= __triangles.size())
         throw ValueError(where, "Wrong value for searching a Triangle");
-    }
-    if (largestOf(__triangles[i]) >= static_cast<unsigned int>(this->getNumVertices())) {
+    if (largestOf(__triangles[i]) >= static_cast<unsigned int>(this->getNumVertices()))
         throw RangeError(where, "The triangle has a vertex that is not there");
-    }
     return Triangle<T>(*this, int(__triangles[i][0]), int(__triangles[i][1]), int(__triangles[i][2]));
 }
 
@@ -121,20 +116,17 @@ template <class T>
 void TriMesh<T>::__buildStars(const std::vector<Vector<unsigned int>>& triangles, const char* where) {
     const std::size_t numVertices = this->getNumVertices();
     for (const Vector<unsigned int>& triangle : triangles) {
-        if (triangle.getSize() != 3) {
+        if (triangle.getSize() != 3)
             throw SizeError(where, "A triangle has not three vertices");
-        }
-        if (largestOf(triangle) >= numVertices) {
+        if (largestOf(triangle) >= numVertices)
             throw ValueError(where, "A triangle has a vertex that is not there");
-        }
     }
     std::vector<std::vector<unsigned int>> stars(numVertices);
     for (unsigned int number = 0; number < triangles.size(); number++) {
         for (unsigned int vertex : triangles[number]) {
             std::vector<unsigned int>& star = stars[vertex];
-            if (star.empty() || star.back() != number) {
+            if (star.empty() || star.back() != number)
                 star.push_back(number);
-            }
         }
     }
     __stars.swap(stars);
@@ -154,26 +146,22 @@ void TriMesh<T>::buildStars() {
 /// numbers: ascending. One pass over the triangles and one over the stars, however many triangles go.
 template <class T>
 void TriMesh<T>::__removeTriangles(const std::vector<unsigned int>& numbers) {
-    if (numbers.empty()) {
+    if (numbers.empty())
         return;
-    }
     std::size_t kept = numbers.front();
     std::size_t next = 0;
-    for (std::size_t number = numbers.front(); number < __triangles.size(); number++) {
-        if (next < numbers.size() && numbers[next] == number) {
+    for (std::size_t number = numbers.front(); number < __triangles.size(); number++)
+        if (next < numbers.size() && numbers[next] == number)
             next++;
-        } else {
+        else
             __triangles[kept++] = __triangles[number];
-        }
-    }
     __triangles.resize(kept);
     for (std::vector<unsigned int>& star : __stars) {
         std::size_t size = 0;
         for (unsigned int number : star) {
             const auto place = std::lower_bound(numbers.begin(), numbers.end(), number);
-            if (place == numbers.end() || *place != number) {
+            if (place == numbers.end() || *place != number)
                 star[size++] = number - static_cast<unsigned int>(place - numbers.begin());
-            }
         }
         star.resize(size);
     }
@@ -191,16 +179,14 @@ void TriMesh<T>::removeTriangle(unsigned int i) {
 template <class T>
 void TriMesh<T>::remove(unsigned int i) {
     const char* where = "void TriMesh<T>::remove(const unsigned int)";
-    if (i >= static_cast<unsigned int>(this->getNumVertices())) {
+    if (i >= static_cast<unsigned int>(this->getNumVertices()))
         throw RangeError(where, "There is no such vertex");
-    }
     if (!__triangles.empty()) {
         const std::vector<unsigned int> numbers = __star(i, where);
         __removeTriangles(numbers);
     }
-    if (int(i) < __normals.getNumVertices()) {
+    if (int(i) < __normals.getNumVertices())
         __normals.remove(int(i));
-    }
     Vertices<T>::remove(int(i));
 }
 
@@ -220,30 +206,26 @@ void TriMesh<T>::computeNormals() {
         const int size = this->getNumVertices();
         Vertices<T> normals(this->getSpace(), size, size, size);
         if (__triangles.empty()) {
-            for (int i = 0; i < size; i++) {
+            for (int i = 0; i < size; i++)
                 normals[i].setZeros();
-            }
         } else {
             // In flat arrays, since the triangles reach for their vertices in no order of memory.
             std::vector<T> points(3 * std::size_t(size));
             std::vector<T> sums(points.size(), T(0));
-            for (int i = 0; i < size; i++) {
+            for (int i = 0; i < size; i++)
                 std::copy_n((*this)[i].data(), 3, points.data() + 3 * std::size_t(i));
-            }
             for (const Vector<unsigned int>& triangle : __triangles) {
                 const unsigned int* corners = triangle.data();
                 const T* p[3];
-                for (int k = 0; k < 3; k++) {
+                for (int k = 0; k < 3; k++)
                     p[k] = points.data() + 3 * std::size_t(corners[k]);
-                }
                 Wide<T> normal[3];
                 wideNormal(p[0], p[1], p[2], normal);
                 TriangleGeometry::normalize(normal);
                 for (int k = 0; k < 3; k++) {
                     T* sum = sums.data() + 3 * std::size_t(corners[k]);
-                    for (int n = 0; n < 3; n++) {
+                    for (int n = 0; n < 3; n++)
                         sum[n] += T(normal[n]);
-                    }
                 }
             }
             for (int i = 0; i < size; i++) {
@@ -258,13 +240,11 @@ void TriMesh<T>::computeNormals() {
 template <class T>
 void TriMesh<T>::smoothNormals(int passes) {
     const int size = this->getNumVertices();
-    if (passes > 0 && int(__stars.size()) < size) {
+    if (passes > 0 && int(__stars.size()) < size)
         throw UsageError("void TriMesh<T>::smoothNormals(const int)", "The stars of this mesh have not been built");
-    }
     computeNormals();
-    if (passes <= 0) {
+    if (passes <= 0)
         return;
-    }
 
     // Neighbours of vertex i: from firsts[i] to firsts[i + 1].
     std::vector<unsigned int> all;
@@ -272,11 +252,9 @@ void TriMesh<T>::smoothNormals(int passes) {
     all.reserve(6 * std::size_t(size));
     for (int i = 0; i < size; i++) {
         for (unsigned int number : __stars[i]) {
-            for (unsigned int vertex : __triangles[number]) {
-                if (vertex != static_cast<unsigned int>(i)) {
+            for (unsigned int vertex : __triangles[number])
+                if (vertex != static_cast<unsigned int>(i))
                     all.push_back(vertex);
-                }
-            }
         }
         std::sort(all.begin() + firsts[i], all.end());
         all.erase(std::unique(all.begin() + firsts[i], all.end()), all.end());
@@ -287,20 +265,17 @@ void TriMesh<T>::smoothNormals(int passes) {
         Vertices<T> smoothed = __normals;
         smoothed.detach();
         for (int i = 0; i < size; i++) {
-            if (firsts[i] == firsts[i + 1]) {
+            if (firsts[i] == firsts[i + 1])
                 continue;
-            }
             Vector<T>& sum = smoothed[i];
             T* x = sum.data();
             for (std::size_t n = firsts[i]; n < firsts[i + 1]; n++) {
                 const T* y = __normals[int(all[n])].data();
-                for (int k = 0; k < 3; k++) {
+                for (int k = 0; k < 3; k++)
                     x[k] += y[k];
-                }
             }
-            if constexpr (!std::is_same_v<T, int>) {
+            if constexpr (!std::is_same_v<T, int>)
                 sum.normalize();
-            }
         }
         __normals = smoothed;
     }
@@ -308,9 +283,8 @@ void TriMesh<T>::smoothNormals(int passes) {
 
 template <class T>
 const std::vector<unsigned int>& TriMesh<T>::__star(unsigned int i, const char* where) const {
-    if (i >= __stars.size()) {
+    if (i >= __stars.size())
         throw UsageError(where, "The star of this vertex has not been built");
-    }
     return __stars[i];
 }
 
@@ -324,11 +298,9 @@ template <class T>
 std::list<unsigned int> TriMesh<T>::neighbours(unsigned int i) const {
     std::vector<unsigned int> vertices;
     for (unsigned int number : __star(i, "std::list<unsigned int> TriMesh<T>::neighbours(...) const")) {
-        for (unsigned int vertex : __triangles[number]) {
-            if (vertex != i) {
+        for (unsigned int vertex : __triangles[number])
+            if (vertex != i)
                 vertices.push_back(vertex);
-            }
-        }
     }
     std::sort(vertices.begin(), vertices.end());
     return std::list<unsigned int>(vertices.begin(), std::unique(vertices.begin(), vertices.end()));
@@ -369,27 +341,22 @@ T TriMesh<T>::volume() const {
     const char* where = "T TriMesh<T>::volume() const";
     __checkSpace(where);
     __checkTriangles(where);
-    if (__triangles.empty()) {
+    if (__triangles.empty())
         return 0;
-    }
     const int size = this->getNumVertices();
     Wide<T> center[3] = {0, 0, 0};
-    for (int i = 0; i < size; i++) {
-        for (int k = 0; k < 3; k++) {
+    for (int i = 0; i < size; i++)
+        for (int k = 0; k < 3; k++)
             center[k] += (*this)[i][k];
-        }
-    }
-    for (Wide<T>& coordinate : center) {
+    for (Wide<T>& coordinate : center)
         coordinate /= size;
-    }
     Wide<T> sum = 0;
     for (unsigned int i = 0; i < __triangles.size(); i++) {
         Wide<T> corners[3][3];
         for (int c = 0; c < 3; c++) {
             const T* corner = __corner(i, c);
-            for (int k = 0; k < 3; k++) {
+            for (int k = 0; k < 3; k++)
                 corners[c][k] = corner[k] - center[k];
-            }
         }
         const Wide<T>*u = corners[0], *v = corners[1], *w = corners[2];
         sum += u[0] * (v[1] * w[2] - v[2] * w[1]) + u[1] * (v[2] * w[0] - v[0] * w[2]) +
@@ -400,9 +367,8 @@ T TriMesh<T>::volume() const {
 
 template <class T>
 T TriMesh<T>::equivalentRadius() const {
-    if (this->getSpace() != 3) {
+    if (this->getSpace() != 3)
         throw SizeError("T TriMesh<T>::equivalentRadius() const", "The mesh is not of space 3");
-    }
     const Wide<T> pi = Wide<T>(3.141592653589793238462643383279502884L);
     return roundToCoordinate<T>(std::cbrt(3 * std::abs(Wide<T>(volume())) / (4 * pi)));
 }
@@ -414,13 +380,11 @@ T TriMesh<T>::closestPoint(const Vector<T>& p, Vector<T>& out) const {
         throw UsageError("closestPoint(const Vectori&,Vectori&) const", "Method not available for type 'int'");
     } else {
         const char* where = "T TriMesh<T>::closestPoint(const Vector<T>&,Vector<T>&) const";
-        if (this->getNumVertices() == 0) {
+        if (this->getNumVertices() == 0)
             throw SizeError(where, "This mesh contains no vertex");
-        }
         const int space = this->getSpace();
-        if (p.getSize() != space) {
+        if (p.getSize() != space)
             throw SizeError(where, "Incompatible vector dimensions");
-        }
         __checkTriangles(where);
         Wide<T> best = 0;
         for (int k = 0; k < space; k++) {
@@ -465,13 +429,11 @@ bool TriMesh<T>::contains(const Vector<T>& p) const {
         const char* where = "bool TriMesh<T>::contains(const Vector<T>&) const";
         __checkSpace(where);
         __checkTriangles(where);
-        if (__triangles.empty()) {
+        if (__triangles.empty())
             return false;
-        }
         const BoundingBox<T> box = this->boundingBox();
-        if (!box.contains(p)) {
+        if (!box.contains(p))
             return false;
-        }
         const Vector<T>& corner = box.getVertex1();
         const T unit = box.diagonal() / 8;
         const unsigned int numTriangles = getNumTriangles();
@@ -488,23 +450,19 @@ bool TriMesh<T>::contains(const Vector<T>& p) const {
                     overlaps =
                         !((a[k] > p[k] && b[k] > p[k] && c[k] > p[k]) || (a[k] < q[k] && b[k] < q[k] && c[k] < q[k]));
                 }
-                if (!overlaps) {
+                if (!overlaps)
                     continue;
-                }
                 const TriangleGeometry::Facet<T> facet = TriangleGeometry::makeFacet<T>(a, b, c, nullptr);
-                if (TriangleGeometry::isOn(facet, p.data())) {
+                if (TriangleGeometry::isOn(facet, p.data()))
                     return true;
-                }
                 T point[3];
                 const int code = TriangleGeometry::intersects(facet, p.data(), q, point);
-                if (code == 2) {
+                if (code == 2)
                     break;
-                }
                 odd ^= code == 1;
             }
-            if (i == numTriangles) {
+            if (i == numTriangles)
                 return odd;
-            }
         }
         return TriMeshInterior<T>(*this).contains(p);
     }
@@ -526,9 +484,8 @@ ShapeType TriMesh<T>::read(std::istream& stream) {
         Vector<unsigned int> triangle(3);
         for (unsigned int& vertex : triangle) {
             const int number = reader.number<int>();
-            if (number < 0 || number >= size) {
+            if (number < 0 || number >= size)
                 throw FileFormatError(where, "Triangle with an unknown vertex");
-            }
             vertex = static_cast<unsigned int>(number);
         }
         triangles.push_back(triangle);
@@ -536,28 +493,24 @@ ShapeType TriMesh<T>::read(std::istream& stream) {
     mesh.setTriangles(triangles);
 
     const int hasNormalRecords = reader.record();
-    if (hasNormalRecords != 0 && hasNormalRecords != 1) {
+    if (hasNormalRecords != 0 && hasNormalRecords != 1)
         throw FileFormatError(where, "The record of the normals is neither 0 nor 1");
-    }
     if (hasNormalRecords == 1) {
         Vertices<T> normals(space, size, size, size);
         for (int i = 0; i < size; i++) {
-            for (T& component : normals[i]) {
+            for (T& component : normals[i])
                 component = reader.number<T>();
-            }
             if constexpr (!std::is_same_v<T, int>) {
                 // One that was written of norm 1 comes back to its last digit.
                 const T squares = normals[i].scalarProduct(normals[i]);
-                if (!(std::abs(squares - 1) <= 8 * std::numeric_limits<T>::epsilon())) {
+                if (!(std::abs(squares - 1) <= 8 * std::numeric_limits<T>::epsilon()))
                     normals[i].normalize();
-                }
             }
         }
         mesh.__normals = normals;
     } else if constexpr (!std::is_same_v<T, int>) {
-        if (space == 3) {
+        if (space == 3)
             mesh.computeNormals();
-        }
     }
     reader.finish();
     *this = mesh;
@@ -579,27 +532,23 @@ void TriMesh<T>::write(std::ostream& stream) const {
         }
         writer.newLine();
     };
-    for (int i = 0; i < size; i++) {
+    for (int i = 0; i < size; i++)
         writeRow((*this)[i]);
-    }
     writer.record(int(__triangles.size()));
     for (const Vector<unsigned int>& triangle : __triangles) {
         for (int k = 0; k < 3; k++) {
             writer.number(triangle[k]);
-            if (k < 2) {
+            if (k < 2)
                 writer.blank();
-            } else {
+            else
                 writer.newLine();
-            }
         }
     }
     const bool withNormals = size > 0 && __normals.getNumVertices() == size;
     writer.record(withNormals);
-    if (withNormals) {
-        for (int i = 0; i < size; i++) {
+    if (withNormals)
+        for (int i = 0; i < size; i++)
             writeRow(__normals[i]);
-        }
-    }
     writer.finish("void TriMesh<T>::write(ostream&) const");
 }
 

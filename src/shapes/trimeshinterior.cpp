@@ -25,9 +25,8 @@ template <class T>
 TriMeshInterior<T>::TriMeshInterior(const TriMesh<T>& mesh) : __boundingBox(mesh.boundingBox()) {
     const char* where = "TriMeshInterior<T>::TriMeshInterior(const TriMesh<T>&)";
     const int numTriangles = int(mesh.getNumTriangles());
-    if (numTriangles > 0 && mesh.getSpace() != 3) {
+    if (numTriangles > 0 && mesh.getSpace() != 3)
         throw SizeError(where, "The mesh is not of space 3");
-    }
     const unsigned int numVertices = mesh.getNumVertices();
     std::vector<TriangleGeometry::Facet<T>> facets;
     std::vector<T> centers;
@@ -35,9 +34,8 @@ TriMeshInterior<T>::TriMeshInterior(const TriMesh<T>& mesh) : __boundingBox(mesh
     centers.reserve(3 * std::size_t(numTriangles));
     for (int i = 0; i < numTriangles; i++) {
         const Vector<unsigned int>& corners = mesh.getTriangleIndexes(i);
-        if (std::max({corners[0], corners[1], corners[2]}) >= numVertices) {
+        if (std::max({corners[0], corners[1], corners[2]}) >= numVertices)
             throw RangeError(where, "A triangle has a vertex that is not there");
-        }
         const T* a = mesh[int(corners[0])].data();
         const T* b = mesh[int(corners[1])].data();
         const T* c = mesh[int(corners[2])].data();
@@ -49,18 +47,16 @@ TriMeshInterior<T>::TriMeshInterior(const TriMesh<T>& mesh) : __boundingBox(mesh
     }
 
     std::size_t divisions = 1;
-    for (int count = numTriangles; count > leafSize; count = (count + 1) / 2) {
+    for (int count = numTriangles; count > leafSize; count = (count + 1) / 2)
         divisions *= 2;
-    }
     __boxes.resize(2 * divisions - 1);
     if (numTriangles > 0) {
         std::vector<int> order(numTriangles);
         std::iota(order.begin(), order.end(), 0);
         __facets = facets;
         __fill(0, 0, numTriangles, order, centers);
-        for (int i = 0; i < numTriangles; i++) {
+        for (int i = 0; i < numTriangles; i++)
             __facets[i] = facets[order[i]];
-        }
     }
 }
 
@@ -71,9 +67,8 @@ typename TriMeshInterior<T>::Box TriMeshInterior<T>::__fill(std::size_t node, in
     Box box;
     if (count <= leafSize) {
         T size = 0;
-        for (int k = 0; k < 3; k++) {
+        for (int k = 0; k < 3; k++)
             size = std::max({size, std::abs(__boundingBox.getVertex1()[k]), std::abs(__boundingBox.getVertex2()[k])});
-        }
         for (int k = 0; k < 3; k++) {
             box.lower[k] = std::numeric_limits<T>::infinity();
             box.upper[k] = -box.lower[k];
@@ -97,9 +92,8 @@ typename TriMeshInterior<T>::Box TriMeshInterior<T>::__fill(std::size_t node, in
                 lower[k] = std::min(lower[k], centers[3 * std::size_t(order[i]) + k]);
                 upper[k] = std::max(upper[k], centers[3 * std::size_t(order[i]) + k]);
             }
-            if (upper[k] - lower[k] > upper[axis] - lower[axis]) {
+            if (upper[k] - lower[k] > upper[axis] - lower[axis])
                 axis = k;
-            }
         }
         const int half = count / 2;
         const auto precedes = [&centers, axis](int a, int b) {
@@ -120,15 +114,12 @@ typename TriMeshInterior<T>::Box TriMeshInterior<T>::__fill(std::size_t node, in
 template <class T>
 template <class Enter, class Visit>
 bool TriMeshInterior<T>::__walk(std::size_t node, int first, int count, const Enter& enter, const Visit& visit) const {
-    if (!enter(__boxes[node])) {
+    if (!enter(__boxes[node]))
         return true;
-    }
     if (count <= leafSize) {
-        for (int i = first; i < first + count; i++) {
-            if (!visit(__facets[i])) {
+        for (int i = first; i < first + count; i++)
+            if (!visit(__facets[i]))
                 return false;
-            }
-        }
         return true;
     }
     const int half = count / 2;
@@ -139,11 +130,9 @@ bool TriMeshInterior<T>::__walk(std::size_t node, int first, int count, const En
 template <class T>
 bool TriMeshInterior<T>::__onSurface(const T* p) const {
     const auto enter = [p](const Box& box) {
-        for (int k = 0; k < 3; k++) {
-            if (p[k] < box.lower[k] || p[k] > box.upper[k]) {
+        for (int k = 0; k < 3; k++)
+            if (p[k] < box.lower[k] || p[k] > box.upper[k])
                 return false;
-            }
-        }
         return true;
     };
     const auto misses = [p](const TriangleGeometry::Facet<T>& facet) {
@@ -161,9 +150,8 @@ int TriMeshInterior<T>::__countCrossings(const T* p, const T* q, bool countDoubt
         for (int k = 0; k < 3; k++) {
             const T direction = q[k] - p[k];
             if (direction == 0) {
-                if (p[k] < box.lower[k] || p[k] > box.upper[k]) {
+                if (p[k] < box.lower[k] || p[k] > box.upper[k])
                     return false;
-                }
                 continue;
             }
             const T atLower = (box.lower[k] - p[k]) / direction;
@@ -181,9 +169,8 @@ int TriMeshInterior<T>::__countCrossings(const T* p, const T* q, bool countDoubt
     }
     const auto count = [&](const TriangleGeometry::Facet<T>& facet) {
         T point[3];
-        if (!TriangleGeometry::touches(facet, lower, upper)) {
+        if (!TriangleGeometry::touches(facet, lower, upper))
             return true;
-        }
         const int code = TriangleGeometry::intersects(facet, p, q, point);
         crossings += code != 0;
         return code != 2 || countDoubtful;
@@ -193,15 +180,12 @@ int TriMeshInterior<T>::__countCrossings(const T* p, const T* q, bool countDoubt
 
 template <class T>
 bool TriMeshInterior<T>::contains(const Vector<T>& p) const {
-    if (__facets.empty()) {
+    if (__facets.empty())
         return false;
-    }
-    if (!__boundingBox.contains(p)) {
+    if (!__boundingBox.contains(p))
         return false;
-    }
-    if (__onSurface(p.data())) {
+    if (__onSurface(p.data()))
         return true;
-    }
     const Vector<T>& corner = __boundingBox.getVertex1();
     int crossings = -1;
     const T extent = corner.distance(__boundingBox.getVertex2()), unit = extent / 8;

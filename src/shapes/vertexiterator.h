@@ -73,9 +73,8 @@ public:
     explicit ConstVertexIterator(const Shape<T>& shape);
     ConstVertexIterator(const ConstVertexIterator& other) : __iterator(other.__iterator->clone()) {}
     ConstVertexIterator& operator=(const ConstVertexIterator& other) {
-        if (this != &other) {
+        if (this != &other)
             __iterator = other.__iterator->clone();
-        }
         return *this;
     }
 

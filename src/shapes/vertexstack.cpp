@@ -44,11 +44,10 @@ void VertexStack<T>::__ConcreteVertexIterator::operator++(int) {
 
 template <class T>
 void VertexStack<T>::__ConcreteVertexIterator::operator++() {
-    if (this->__current && ++__position < __size) {
+    if (this->__current && ++__position < __size)
         this->__current = &__stack->__levels[__level]->vertex(__position);
-    } else if (this->__current) {
+    else if (this->__current)
         settle();
-    }
 }
 
 template <class T>
@@ -75,18 +74,16 @@ void VertexStack<T>::__ConcreteVertexIterator::settle() {
 
 template <class T>
 VertexStack<T>::VertexStack(int space, int height, int width, int capacity, int growth) {
-    if (height < 0 || width < 0 || std::int64_t(height) * width > std::numeric_limits<int>::max()) {
+    if (height < 0 || width < 0 || std::int64_t(height) * width > std::numeric_limits<int>::max())
         throw SizeError("VertexStack<T>::VertexStack(...)", "Invalid stack dimensions");
-    }
     setLevels(space, std::vector<int>(std::size_t(height), width), capacity, growth);
 }
 
 template <class T>
 VertexStack<T>::VertexStack(const VertexStack& other) : Shape<T>(other) {
     __levels.reserve(other.__levels.size());
-    for (const auto& level : other.__levels) {
+    for (const auto& level : other.__levels)
         __levels.push_back(std::make_unique<Vertices<T>>(*level));
-    }
 }
 
 template <class T>
@@ -105,9 +102,8 @@ VertexStack<T>& VertexStack<T>::operator=(const VertexStack& other) {
 
 template <class T>
 void VertexStack<T>::assign(const VertexClient<T>& other) {
-    if (this == &other) {
+    if (this == &other)
         return;
-    }
     const VertexStack& stack = dynamic_cast<const VertexStack&>(other);
     std::vector<std::unique_ptr<Vertices<T>>> levels;
     levels.reserve(stack.__levels.size());
@@ -122,12 +118,10 @@ void VertexStack<T>::assign(const VertexClient<T>& other) {
 template <class T>
 void VertexStack<T>::setLevels(int space, const std::vector<int>& sizes, int capacity, int growth) {
     std::int64_t total = 0;
-    for (const int size : sizes) {
+    for (const int size : sizes)
         total += size;
-    }
-    if (total > std::numeric_limits<int>::max()) {
+    if (total > std::numeric_limits<int>::max())
         throw SizeError("VertexStack<T>::VertexStack(...)", "Invalid stack dimensions");
-    }
     const int n = int(total);
     std::vector<std::unique_ptr<Vertices<T>>> levels;
     levels.reserve(sizes.size());
@@ -137,9 +131,8 @@ void VertexStack<T>::setLevels(int space, const std::vector<int>& sizes, int cap
         levels.push_back(newLevel());
         levels.back()->setServer(*store.getServer());
         levels.back()->setSize(size, false);
-        for (int k = 0; k < size; ++k) {
+        for (int k = 0; k < size; ++k)
             levels.back()->setIndex(k, next++);
-        }
     }
     this->setServer(*store.getServer());
     __levels.swap(levels);
@@ -148,29 +141,23 @@ void VertexStack<T>::setLevels(int space, const std::vector<int>& sizes, int cap
 template <class T>
 void VertexStack<T>::detach() {
     bool shared = this->getServer() && this->getServer()->getRefs() != getHeight() + 1;
-    for (const auto& level : __levels) {
+    for (const auto& level : __levels)
         shared = shared || level->getServer() != this->getServer();
-    }
-    if (!shared) {
+    if (!shared)
         return;
-    }
     const int space = getSpace();
-    for (const auto& level : __levels) {
-        if (level->getNumVertices() > 0 && level->getSpace() != space) {
+    for (const auto& level : __levels)
+        if (level->getNumVertices() > 0 && level->getSpace() != space)
             throw SizeError("void VertexStack<T>::detach()", "Incompatible vertex dimensions");
-        }
-    }
     const int n = getNumVertices();
     VertexClient<T> store(space, n, n, n);
     int next = 0;
     for (const auto& level : __levels) {
         const int size = level->getNumVertices();
-        for (int k = 0; k < size; ++k) {
+        for (int k = 0; k < size; ++k)
             store.getServer()->vertex(next + k) = level->vertex(k);
-        }
-        for (int k = 0; k < size; ++k) {
+        for (int k = 0; k < size; ++k)
             level->setIndex(k, next++);
-        }
         level->setServer(*store.getServer());
     }
     this->setServer(*store.getServer());
@@ -185,18 +172,16 @@ VertexStack<T>* VertexStack<T>::clone() const {
 
 template <class T>
 int VertexStack<T>::getSpace() const {
-    if (this->getServer()) {
+    if (this->getServer())
         return Shape<T>::getSpace();
-    }
     return __levels.empty() ? 0 : __levels.front()->getSpace();
 }
 
 template <class T>
 int VertexStack<T>::getNumVertices() const {
     int n = 0;
-    for (const auto& level : __levels) {
+    for (const auto& level : __levels)
         n += level->getNumVertices();
-    }
     return n;
 }
 
@@ -230,17 +215,14 @@ ShapeType VertexStack<T>::read(std::istream& stream) {
     std::vector<T> coordinates;
     for (int l = 0; l < height; ++l) {
         sizes.push_back(reader.count(space));
-        for (std::int64_t k = std::int64_t(sizes.back()) * space; k > 0; --k) {
+        for (std::int64_t k = std::int64_t(sizes.back()) * space; k > 0; --k)
             coordinates.push_back(reader.number<T>());
-        }
     }
     setLevels(space, sizes, 0, 0);
     const T* next = coordinates.data();
-    for (const auto& level : __levels) {
-        for (int k = 0; k < level->getNumVertices(); ++k, next += space) {
+    for (const auto& level : __levels)
+        for (int k = 0; k < level->getNumVertices(); ++k, next += space)
             std::copy_n(next, space, level->vertex(k).data());
-        }
-    }
     reader.finish();
     return type;
 }
@@ -257,9 +239,8 @@ void VertexStack<T>::write(std::ostream& stream) const {
         for (int k = 0; k < level->getNumVertices(); ++k) {
             const Vector<T>& v = level->vertex(k);
             for (int a = 0; a < v.getSize(); ++a) {
-                if (a > 0) {
+                if (a > 0)
                     writer.blank();
-                }
                 writer.number(v[a]);
             }
             writer.newLine();
@@ -272,9 +253,8 @@ template <class T>
 void VertexStack<T>::print(const std::string& title, std::ostream& stream) const {
     Shape<T>::print(title, stream);
     stream << " Height = " << getHeight() << '\n';
-    for (const auto& level : __levels) {
+    for (const auto& level : __levels)
         level->print("", stream);
-    }
 }
 
 template <class T>
@@ -293,9 +273,8 @@ std::unique_ptr<ConcreteVertexIterator<T>> VertexStack<T>::vertexIterator() cons
 template <class T>
 void VertexStack<T>::append(const VertexStack& stack) {
     const int height = stack.getHeight(); // of before: the argument may be this stack
-    for (int l = 0; l < height; ++l) {
+    for (int l = 0; l < height; ++l)
         append(stack[l]);
-    }
 }
 
 template <class T>
@@ -320,14 +299,12 @@ void VertexStack<T>::prepend(const Vertices<T>& level) {
 
 template <class T>
 void VertexStack<T>::insert(unsigned int pos, const Vertices<T>& level) {
-    if (pos > __levels.size()) {
+    if (pos > __levels.size())
         throw RangeError("void VertexStack<T>::insert(...)", "There is no such level");
-    }
     std::unique_ptr<Vertices<T>> copy = newLevel();
     copy->assign(level);
-    if (!this->getServer() && copy->getServer()) {
+    if (!this->getServer() && copy->getServer())
         this->setServer(*copy->getServer());
-    }
     __levels.insert(__levels.begin() + pos, std::move(copy));
 }
 
@@ -338,9 +315,8 @@ std::unique_ptr<Vertices<T>> VertexStack<T>::newLevel() const {
 
 template <class T>
 void VertexStack<T>::remove(unsigned int pos) {
-    if (pos >= __levels.size()) {
+    if (pos >= __levels.size())
         throw RangeError("void VertexStack<T>::remove(const unsigned int)", "There is no such level");
-    }
     __levels.erase(__levels.begin() + pos);
 }
 
@@ -366,9 +342,8 @@ Vertices<T> VertexStack<T>::cat() const {
     Vertices<T> all(getSpace(), n, n, n);
     int next = 0;
     for (ConstVertexIterator<T> it(*this); it.current(); ++it) {
-        if (it.current()->getSize() != all.getSpace()) {
+        if (it.current()->getSize() != all.getSpace())
             throw SizeError("Vertices<T> VertexStack<T>::cat() const", "Incompatible vertex dimensions");
-        }
         all[next++] = *it.current();
     }
     return all;
@@ -378,18 +353,15 @@ template <class T>
 void VertexStack<T>::fillClosestPointMap(const VertexStack& other, VertexStack& map) const {
     const int space = other.getSpace();
     std::vector<std::pair<int, int>> places;
-    for (int l = 0; l < other.getHeight(); ++l) {
-        for (int k = 0; k < other[l].getNumVertices(); ++k) {
+    for (int l = 0; l < other.getHeight(); ++l)
+        for (int k = 0; k < other[l].getNumVertices(); ++k)
             places.emplace_back(l, k);
-        }
-    }
     const Vector<T> coordinates = other.toVector();
     const NearestSearch<T> search(coordinates.data(), int(places.size()), space);
     VertexIterator<T> out(map);
     for (ConstVertexIterator<T> it(*this); it.current(); ++it, ++out) {
-        if (!places.empty() && it.current()->getSize() != space) {
+        if (!places.empty() && it.current()->getSize() != space)
             throw SizeError("T Vector<T>::sdistance(const Vector&) const", "The two vectors have different sizes");
-        }
         typename NearestSearch<T>::Distance distance;
         const int rank = places.empty() ? -1 : search.nearest(it.current()->data(), -1, distance);
         (*out.current())[0] = T(rank < 0 ? -1 : places[rank].first);
@@ -400,9 +372,8 @@ void VertexStack<T>::fillClosestPointMap(const VertexStack& other, VertexStack& 
 template <class T>
 VertexStack<T> VertexStack<T>::closestPointMap(const VertexStack& other) const {
     std::vector<int> sizes;
-    for (const auto& level : __levels) {
+    for (const auto& level : __levels)
         sizes.push_back(level->getNumVertices());
-    }
     VertexStack map;
     map.setLevels(2, sizes, 0, 0);
     fillClosestPointMap(other, map);

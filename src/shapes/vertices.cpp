@@ -22,9 +22,8 @@ constexpr int directMatchSize = 192;
 
 template <class T>
 void checkSpace(const Vertices<T>& a, const Vertices<T>& b, const char* where) {
-    if (a.getSpace() != b.getSpace() && a.getNumVertices() > 0 && b.getNumVertices() > 0) {
+    if (a.getSpace() != b.getSpace() && a.getNumVertices() > 0 && b.getNumVertices() > 0)
         throw SizeError(where, "The two vectors have different sizes");
-    }
 }
 
 // Sum over j of a[(j + d) mod n] . b[j], one coordinate after the other.
@@ -34,22 +33,19 @@ WideCoordinate<T> matchScore(const T* a, const T* b, int n, int space, int offse
     const int tail = offset * space;
     WideCoordinate<T> score = 0;
     const T* p = a + tail;
-    for (int k = 0; k < head; ++k) {
+    for (int k = 0; k < head; ++k)
         score += WideCoordinate<T>(p[k]) * WideCoordinate<T>(b[k]);
-    }
     p = b + head;
-    for (int k = 0; k < tail; ++k) {
+    for (int k = 0; k < tail; ++k)
         score += WideCoordinate<T>(a[k]) * WideCoordinate<T>(p[k]);
-    }
     return score;
 }
 
 template <class T>
 double norm(const T* a, int n) {
     double sum = 0;
-    for (int k = 0; k < n; ++k) {
+    for (int k = 0; k < n; ++k)
         sum += double(a[k]) * double(a[k]);
-    }
     return std::sqrt(sum);
 }
 
@@ -92,9 +88,8 @@ std::vector<double> correlate(const T* a, const T* b, int n, int space, double& 
     }
     transform.computeBackward(productRe, productIm);
     std::vector<double> scores(productRe.data(), productRe.data() + n);
-    for (double& score : scores) {
+    for (double& score : scores)
         score /= n;
-    }
     const double unit = std::numeric_limits<double>::epsilon();
     // The two signals share a transform, so the larger one's rounding reaches the smaller one.
     bound = unit * 16 * std::log2(double(n)) * (squaresA + squaresB) +
@@ -175,9 +170,8 @@ Vertices<T>& Vertices<T>::operator=(const Vertices& other) {
 
 template <class T>
 void Vertices<T>::assign(const VertexClient<T>& other) {
-    if (this == &other) {
+    if (this == &other)
         return;
-    }
     std::vector<int> list = dynamic_cast<const Vertices&>(other).__indexes;
     VertexClient<T>::assign(other);
     __indexes.swap(list);
@@ -218,9 +212,8 @@ ShapeType Vertices<T>::readVertices(ShapeReader& reader) {
     Vertices fresh(space, n, n, n);
     for (int i = 0; i < n; ++i) {
         T* v = fresh[i].data();
-        for (int k = 0; k < space; ++k) {
+        for (int k = 0; k < space; ++k)
             v[k] = reader.number<T>();
-        }
     }
     this->setServer(*fresh.getServer());
     __indexes.swap(fresh.__indexes);
@@ -244,9 +237,8 @@ void Vertices<T>::write(std::ostream& stream) const {
     for (int i = 0; i < getNumVertices(); ++i) {
         const Vector<T>& v = (*this)[i];
         for (int k = 0; k < v.getSize(); ++k) {
-            if (k > 0) {
+            if (k > 0)
                 writer.blank();
-            }
             writer.number(v[k]);
         }
         writer.newLine();
@@ -258,9 +250,8 @@ template <class T>
 void Vertices<T>::print(const std::string& title, std::ostream& stream) const {
     Shape<T>::print(title, stream);
     stream << " Size = " << getNumVertices() << '\n' << " Indexes = " << '\n';
-    for (const int index : __indexes) {
+    for (const int index : __indexes)
         stream << "   " << index << '\n';
-    }
 }
 
 template <class T>
@@ -281,20 +272,17 @@ void Vertices<T>::setSize(int n, bool sequence) {
     const std::size_t old = __indexes.size();
     int next = old > 0 ? __indexes.back() + 1 : 0;
     __indexes.resize(std::size_t(std::max(n, 0)), 0);
-    if (sequence) {
-        for (std::size_t i = old; i < __indexes.size(); ++i) {
+    if (sequence)
+        for (std::size_t i = old; i < __indexes.size(); ++i)
             __indexes[i] = next++;
-        }
-    }
 }
 
 template <class T>
 int Vertices<T>::addToServer(const Vector<T>& v, const char* where) {
-    if (!this->getServer()) {
+    if (!this->getServer())
         this->setServer(*new VertexServer<T>(v.getSize(), 0, 16, 16)); // counted from here on
-    } else if (this->getSpace() != v.getSize()) {
+    else if (this->getSpace() != v.getSize())
         throw SizeError(where, "Incompatible vertex dimensions");
-    }
     VertexServer<T>& server = *this->getServer();
     const int n = server.getSize();
     server.setSize(n + 1);
@@ -320,18 +308,16 @@ void Vertices<T>::insert(int i, const Vector<T>& v) {
 template <class T>
 void Vertices<T>::append(const Vertices& other) {
     const std::vector<int> list = other.__indexes;
-    if (list.empty()) {
+    if (list.empty())
         return;
-    }
     if (this->getServer() == other.getServer()) {
         __indexes.insert(__indexes.end(), list.begin(), list.end());
         return;
     }
-    if (!this->getServer()) {
+    if (!this->getServer())
         this->setServer(*new VertexServer<T>(other.getSpace(), 0, 0, 0)); // counted from here on
-    } else if (this->getSpace() != other.getSpace()) {
+    else if (this->getSpace() != other.getSpace())
         throw SizeError("void Vertices<T>::append(const Vertices&)", "Incompatible vertex dimensions");
-    }
     VertexServer<T>& server = *this->getServer();
     const VertexServer<T>& source = *other.getServer();
     int n = server.getSize();
@@ -350,9 +336,8 @@ void Vertices<T>::remove(int i) {
 
 template <class T>
 void Vertices<T>::remove(int first, int last) {
-    if (first <= last) {
+    if (first <= last)
         __indexes.erase(__indexes.begin() + first, __indexes.begin() + last + 1);
-    }
 }
 
 template <class T>
@@ -370,9 +355,8 @@ void Vertices<T>::reverse() {
 
 template <class T>
 void Vertices<T>::setOrigin(int i) {
-    if (i > 0 && !__indexes.empty()) {
+    if (i > 0 && !__indexes.empty())
         std::rotate(__indexes.begin(), __indexes.begin() + i % getNumVertices(), __indexes.end());
-    }
 }
 
 // ---- searches
@@ -380,22 +364,18 @@ void Vertices<T>::setOrigin(int i) {
 template <class T>
 int Vertices<T>::findMax(int k) const {
     int best = 0;
-    for (int i = 1; i < getNumVertices(); ++i) {
-        if ((*this)[i][k] > (*this)[best][k]) {
+    for (int i = 1; i < getNumVertices(); ++i)
+        if ((*this)[i][k] > (*this)[best][k])
             best = i;
-        }
-    }
     return best;
 }
 
 template <class T>
 int Vertices<T>::findMin(int k) const {
     int best = 0;
-    for (int i = 1; i < getNumVertices(); ++i) {
-        if ((*this)[i][k] < (*this)[best][k]) {
+    for (int i = 1; i < getNumVertices(); ++i)
+        if ((*this)[i][k] < (*this)[best][k])
             best = i;
-        }
-    }
     return best;
 }
 
@@ -403,9 +383,8 @@ template <class T>
 void Vertices<T>::closestPoints(const Vertices& other, int& i, int& j) const {
     checkSpace(*this, other, "T Vector<T>::sdistance(const Vector&) const");
     i = j = -1;
-    if (getNumVertices() == 0 || other.getNumVertices() == 0) {
+    if (getNumVertices() == 0 || other.getNumVertices() == 0)
         return;
-    }
     const Vector<T> coordinates = other.toVector();
     const NearestSearch<T> search(coordinates.data(), other.getNumVertices(), other.getSpace());
     typename NearestSearch<T>::Distance best = 0;
@@ -436,12 +415,10 @@ Vector<int> Vertices<T>::closestPointMap(const Vertices& other) const {
 template <class T>
 int Vertices<T>::findMatch(const Vertices& other) const {
     const int n = getNumVertices();
-    if (n != other.getNumVertices()) {
+    if (n != other.getNumVertices())
         throw SizeError("int Vertices<T>::findMatch(const Vertices&) const", "Size mismatch");
-    }
-    if (n < 2) {
+    if (n < 2)
         return 0;
-    }
     checkSpace(*this, other, "T Vector<T>::scalarProduct(const Vector&) const");
     const int space = this->getSpace();
     const Vector<T> own = this->toVector();
@@ -457,9 +434,8 @@ int Vertices<T>::findMatch(const Vertices& other) const {
     WideCoordinate<T> bestScore = 0;
     bool found = false;
     for (int d = 0; d < n; ++d) {
-        if (!approximate.empty() && !(approximate[d] >= threshold)) {
+        if (!approximate.empty() && !(approximate[d] >= threshold))
             continue;
-        }
         const WideCoordinate<T> score = matchScore(own.data(), others.data(), n, space, d);
         if (!found || score > bestScore) {
             found = true;
@@ -478,12 +454,10 @@ void Vertices<T>::match(const Vertices& other) {
 template <class T>
 Vector<T> Vertices<T>::meanDirection(const Vector<T>& centre, bool weighted) const {
     using Wide = WideCoordinate<T>;
-    if (this->getSpace() != 2) {
+    if (this->getSpace() != 2)
         throw ProgramError("Vector<T> Vertices<T>::meanDirectionVector(...) const", "Space dimension is not 2");
-    }
-    if (centre.getSize() != 2) {
+    if (centre.getSize() != 2)
         throw SizeError("Vector<T> Vertices<T>::meanDirectionVector(...) const", "Incompatible vector dimensions");
-    }
     Wide s = 0;
     Wide c = 0;
     Wide w = 0;
@@ -491,9 +465,8 @@ Vector<T> Vertices<T>::meanDirection(const Vector<T>& centre, bool weighted) con
         const Wide dx = Wide((*this)[i][0]) - Wide(centre[0]);
         const Wide dy = Wide((*this)[i][1]) - Wide(centre[1]);
         const Wide r = std::sqrt(dx * dx + dy * dy);
-        if (!(r > 0)) {
+        if (!(r > 0))
             continue;
-        }
         const Wide weight = weighted ? r : 1;
         // Sine and cosine of twice the angle, straight from the direction.
         s += weight * 2 * (dx / r) * (dy / r);

@@ -31,9 +31,8 @@ const char* const usage = "Usage: vorlen-drawicons xpm FOLDER         all icons 
 
 void writeFile(const QString& path, const QByteArray& content) {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.flush()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.flush())
         throw std::runtime_error("Cannot write " + path.toStdString() + ": " + file.errorString().toStdString());
-    }
 }
 
 /// The image as XPM source. XPM knows no half transparency: pixels covered by less than a fifth are left out, the
@@ -59,9 +58,8 @@ QByteArray xpmSource(const QImage& image, const QString& name) {
             const QRgb color = qRgb(onWhite(qRed(pixel)), onWhite(qGreen(pixel)), onWhite(qBlue(pixel)));
             auto entry = palette.find(color);
             if (entry == palette.end()) {
-                if (static_cast<int>(palette.size()) == symbols.size()) {
+                if (static_cast<int>(palette.size()) == symbols.size())
                     throw std::runtime_error("Too many colours in " + name.toStdString());
-                }
                 entry = palette.emplace(color, symbols[static_cast<int>(palette.size())]).first;
                 colors += QString("    \"%1 c %2\",\n").arg(QChar(entry->second)).arg(QColor(color).name()).toLatin1();
             }
@@ -79,9 +77,8 @@ QByteArray xpmSource(const QImage& image, const QString& name) {
 }
 
 void writeXpms(const QString& folder) {
-    if (!QDir().mkpath(folder)) {
+    if (!QDir().mkpath(folder))
         throw std::runtime_error("Cannot make the folder " + folder.toStdString());
-    }
     QPalette palette;
     palette.setColor(QPalette::Window, Qt::white);
     palette.setColor(QPalette::WindowText, QColor(0x30, 0x3a, 0x44));
@@ -94,21 +91,18 @@ void writeXpms(const QString& folder) {
 }
 
 void writePng(const QString& svg, int size, const QString& path) {
-    if (size < 1 || size > 4096) {
+    if (size < 1 || size > 4096)
         throw std::runtime_error("The size must be 1 to 4096 pixels");
-    }
     QSvgRenderer renderer(svg);
-    if (!renderer.isValid()) {
+    if (!renderer.isValid())
         throw std::runtime_error("Cannot read the drawing " + svg.toStdString());
-    }
     QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     renderer.render(&painter, QRectF(0, 0, size, size));
     painter.end();
-    if (!image.save(path, "PNG")) {
+    if (!image.save(path, "PNG"))
         throw std::runtime_error("Cannot write " + path.toStdString());
-    }
 }
 
 void writeSheet(const QString& path) {
@@ -148,9 +142,8 @@ void writeSheet(const QString& path) {
         top += panel + 80;
     }
     painter.end();
-    if (!sheet.save(path, "PNG")) {
+    if (!sheet.save(path, "PNG"))
         throw std::runtime_error("Cannot write " + path.toStdString());
-    }
 }
 
 } // namespace
@@ -172,16 +165,14 @@ int main(int argc, char** argv) {
         }
         // Palettes need an application object, and it a session folder, which a build machine may lack.
         const QTemporaryDir sessionFolder;
-        if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+        if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
             qputenv("XDG_RUNTIME_DIR", sessionFolder.path().toLocal8Bit());
-        }
         qputenv("QT_QPA_PLATFORM", "offscreen");
         QGuiApplication application(argc, argv);
-        if (command == "xpm") {
+        if (command == "xpm")
             writeXpms(arguments[1]);
-        } else {
+        else
             writeSheet(arguments[1]);
-        }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vorlen-drawicons: %s\n", error.what());
         return 1;

@@ -43,9 +43,8 @@ Colors colorsOf(const QPalette& palette, QIcon::Mode mode) {
     const QColor window = palette.color(QPalette::Active, QPalette::Window);
     const QColor text = palette.color(QPalette::Active, QPalette::WindowText);
     const QColor accent = qGray(window.rgb()) < qGray(text.rgb()) ? darkThemeAccent : lightThemeAccent;
-    if (mode == QIcon::Disabled) {
+    if (mode == QIcon::Disabled)
         return {blended(window, text, disabledStrength), blended(window, accent, disabledStrength)};
-    }
     if (mode == QIcon::Selected) {
         const QColor highlighted = palette.color(QPalette::Active, QPalette::HighlightedText);
         return {highlighted, highlighted};
@@ -86,9 +85,8 @@ public:
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State) override {
         const QSize pixels = square(size);
-        if (pixels.isEmpty()) {
+        if (pixels.isEmpty())
             return QPixmap();
-        }
         QString key = QString("vorlen-icon/%1/%2").arg(__name).arg(pixels.width());
         if (__followsPalette) {
             const Colors colors = colorsOf(QGuiApplication::palette(), mode);
@@ -112,9 +110,8 @@ public:
 
 private:
     QByteArray colored(QIcon::Mode mode) const {
-        if (!__followsPalette) {
+        if (!__followsPalette)
             return __svg;
-        }
         const Colors colors = colorsOf(QGuiApplication::palette(), mode);
         QByteArray result = __svg;
         result.replace(strokeToken, "#stroke");
@@ -132,12 +129,10 @@ private:
 
 QIcon VRLIcons::icon(const QString& name) {
     QString plain = name;
-    if (plain.endsWith("_xpm")) {
+    if (plain.endsWith("_xpm"))
         plain.chop(4);
-    }
-    if (!names().contains(plain)) {
+    if (!names().contains(plain))
         return QIcon();
-    }
     return QIcon(new SvgIconEngine(plain, readResource(plain + ".svg"), true));
 }
 

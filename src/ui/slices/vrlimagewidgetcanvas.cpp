@@ -163,17 +163,16 @@ void VRLImageWidgetCanvas::setBestFitMode(bool on, bool roundUp) {
         return;
     }
     const float present = __zoomFactor;
-    if (roundUp && present >= 0.5f) {
+    if (roundUp && present >= 0.5f)
         __zoomFactor = std::ceil(present);
-    } else if (roundUp) {
+    else if (roundUp)
         for (__zoomFactor = 0.5f; __zoomFactor / 2 > present;)
             __zoomFactor /= 2;
-    } else if (present > 1) {
+    else if (present > 1)
         __zoomFactor = std::floor(present);
-    } else {
+    else
         for (__zoomFactor = 1; __zoomFactor > present;)
             __zoomFactor /= 2;
-    }
     rectifyViewOrigin();
 }
 
