@@ -36,6 +36,16 @@ double squaredDistance(const Vector<int>& p, const Vector<int>& q) {
     return x * x + y * y;
 }
 
+/// From the segment between two vertices.
+double squaredDistance(const Vector<int>& a, const Vector<int>& b, const Vector<int>& point) {
+    const double dx = double(b[0]) - a[0], dy = double(b[1]) - a[1];
+    const double qx = double(point[0]) - a[0], qy = double(point[1]) - a[1];
+    const double squaredLength = dx * dx + dy * dy;
+    const double share = squaredLength > 0 ? std::clamp((dx * qx + dy * qy) / squaredLength, 0., 1.) : 0;
+    const double x = qx - share * dx, y = qy - share * dy;
+    return x * x + y * y;
+}
+
 /// Coordinates of a polygon, one vertex after the other.
 struct Outline {
     explicit Outline(const Vertices<int>& vertices) {
@@ -347,13 +357,31 @@ int ModelItem::findInsertion(const Vector<int>& point, float tolerance) const {
         return n;
     if (geometry == UnknownPrimitive || !isNear(point, tolerance))
         return -1;
-    for (int i = 1; i < n; ++i)
-        if (pointNearSegment(__vertices[i - 1], __vertices[i], point, tolerance, false))
-            return i;
-    if (geometry == PolygonPrimitive && n > 0 &&
-        pointNearSegment(__vertices[n - 1], __vertices[0], point, tolerance, false))
-        return n;
-    return -1;
+    int nearest = -1;
+    double best = std::numeric_limits<double>::infinity();
+    for (int i = 1; i < n + (geometry == PolygonPrimitive ? 1 : 0); ++i) {
+        const Vector<int>& end = __vertices[i % n];
+        if (!pointNearSegment(__vertices[i - 1], end, point, tolerance, false))
+            continue;
+        const double distance = squaredDistance(__vertices[i - 1], end, point);
+        if (distance < best) {
+            best = distance;
+            nearest = i;
+        }
+    }
+    return nearest;
+}
+
+double ModelItem::distanceTo(const Vector<int>& point) const {
+    const int n = getSize();
+    const MPrimitive geometry = getGeometry();
+    double best = std::numeric_limits<double>::infinity();
+    for (int i = 0; i < n; ++i)
+        best = std::min(best, squaredDistance(__vertices[i], point));
+    if (geometry == PolygonPrimitive || geometry == PolylinePrimitive)
+        for (int i = geometry == PolygonPrimitive ? 0 : 1; i < n; ++i)
+            best = std::min(best, squaredDistance(__vertices[(i + n - 1) % n], __vertices[i], point));
+    return std::sqrt(best);
 }
 
 const BoundingBox<int>& ModelItem::extent() const {

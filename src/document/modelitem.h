@@ -112,10 +112,14 @@ public:
     /// -1 if none, or without a model.
     int findNearVertex(const Vector<int>& point, float tolerance) const;
 
-    /// Where to insert a vertex at the point: in front of the end of the first segment near the point, ends excluded,
-    /// at the end for the closing segment of a polygon, and always at the end for points. -1 if none, or without a
-    /// model.
+    /// Where to insert a vertex at the point: in front of the end of the nearest segment within the tolerance, ends
+    /// excluded, at the end for the closing segment of a polygon, and always at the end for points. -1 if none, or
+    /// without a model.
     int findInsertion(const Vector<int>& point, float tolerance) const;
+
+    /// How far the point lies, in pixels, from the nearest segment of a polyline or polygon, else from the nearest
+    /// vertex; infinite without vertices.
+    double distanceTo(const Vector<int>& point) const;
 
     /// Another number after every change of the vertices. Two items of equal numbers have equal vertices.
     std::uint64_t getRevision() const { return __revision; }

@@ -274,6 +274,8 @@ TEST_F(ModelItemTest, hitsAreThoseOfEveryVertexAndSegment) {
                 ASSERT_EQ(contour.findNearestVertex(p, tolerance) >= 0, nearest <= double(tolerance));
                 ASSERT_EQ(contour.findNearVertex(p, tolerance) >= 0, near);
                 ASSERT_EQ(contour.findInsertion(p, tolerance) >= 0, beside);
+                ASSERT_LE(contour.distanceTo(p), nearest);
+                ASSERT_TRUE(near == (contour.distanceTo(p) <= double(tolerance)) || tolerance == 0);
             }
 }
 
@@ -322,6 +324,12 @@ TEST_F(ModelItemTest, insertionLooksStrictlyInsideTheSegments) {
     ModelItem& polygon = addItem(polygons, stack.getSlice(0), corner);
     EXPECT_EQ(polygon.findInsertion(point(5, 5), 1), 3);
     EXPECT_EQ(polygon.findInsertion(point(0, 9), 1), -1);
+    // The nearest wall of a thin band, not the first in reach.
+    ModelItem& band = addItem(polygons, stack.getSlice(0), {{0, 0}, {100, 0}, {100, 6}, {0, 6}});
+    EXPECT_EQ(band.findInsertion(point(50, 1), 10), 1);
+    EXPECT_EQ(band.findInsertion(point(50, 5), 10), 3);
+    EXPECT_EQ(band.findInsertion(point(2, 3), 10), 4);
+    EXPECT_EQ(band.distanceTo(point(50, 5)), 1);
     EXPECT_EQ(addItem(polypoints, stack.getSlice(0), corner).findInsertion(point(99, 99), 0), 3);
 }
 

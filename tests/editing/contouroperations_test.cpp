@@ -1,13 +1,31 @@
 #include "editing/operations/contouroperations.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
+#include <numbers>
+#include <set>
 
 #include "editing/operationfixture.h"
 #include "editing/operations/splitcontour.h"
 #include "shapes/fourierdescriptors.h"
 
 namespace vorlen {
+
+namespace {
+
+/// By the shoelace formula: positive where the contour turns from the first axis to the second.
+double signedArea(const std::vector<std::pair<int, int>>& points) {
+    double sum = 0;
+    for (std::size_t k = 0; k < points.size(); ++k) {
+        const auto& [x, y] = points[k];
+        const auto& [nextX, nextY] = points[(k + 1) % points.size()];
+        sum += double(x) * nextY - double(nextX) * y;
+    }
+    return sum / 2;
+}
+
+} // namespace
 
 TEST_F(OperationTest, resamplingPutsVerticesAtEvenDistancesAndMergesNeighbours) {
     ModelItem& contour = addItem(polygon, *slice, square);
@@ -77,52 +95,76 @@ TEST_F(OperationTest, aLineSplitsAContourIntoPiecesOfItsOwnLook) {
     expectStep([&] { return splitContour(stack, contour, cut); });
     ASSERT_EQ(slice->getNumItems(), 3);
     EXPECT_EQ(verticesOf(slice->getItem(0)), square);
-    const auto pieces = Curve<int>(makeVertices(ring(40)), false).split(cut, 0, 1);
-    ASSERT_EQ(pieces.size(), 2u);
-    for (const int k : {0, 1}) {
-        EXPECT_EQ(verticesOf(slice->getItem(1 + k)), coordinates(pieces[std::size_t(k)]));
-        EXPECT_TRUE(slice->getItem(1 + k).getProperties().definesColor());
+    for (const int k : {1, 2}) {
+        const ModelItem& piece = slice->getItem(k);
+        EXPECT_NEAR(std::abs(signedArea(verticesOf(piece))), std::abs(signedArea(ring(40))) / 2, 300) << k;
+        EXPECT_TRUE(piece.getProperties().definesColor());
     }
     const std::string noCut = "Nothing was split: the line has to enter the contour and to leave it again.";
     for (const Points& beside : {Points{{10, 10}, {30, 45}}, {{10, 75}, {75, 75}}, {{90, 90}, {90, 90}}}) {
         const Curve<int> lineBeside(makeVertices(beside), true);
         expectRefusal([&] { return splitContour(stack, slice->getItem(0), lineBeside); }, noCut);
     }
-    // Four vertices cannot be cut without leaving two.
+    // A line along an edge, and one that leaves a piece too thin for whole pixels.
     const Curve<int> across(makeVertices({{75, 20}, {75, 150}}), true);
-    EXPECT_TRUE(isSplitBy(slice->getItem(0), across));
-    EXPECT_EQ(splitContour(stack, slice->getItem(0), across).getReason().rfind("Cannot split the contour there", 0),
-              0u);
+    expectStep([&] { return splitContour(stack, slice->getItem(0), across); });
+    EXPECT_EQ(verticesOf(slice->getItem(2)), (Points{{50, 50}, {50, 100}, {75, 100}, {75, 50}}));
+    EXPECT_EQ(verticesOf(slice->getItem(3)), (Points{{75, 100}, {100, 100}, {100, 50}, {75, 50}}));
+    ModelItem& thin = addItem(polygon, *slice, {{0, 0}, {100, 1}, {100, 0}});
+    const Curve<int> tip(makeVertices({{20, -5}, {20, 5}}), true);
+    EXPECT_EQ(splitContour(stack, thin, tip).getReason().rfind("Cannot split the contour there", 0), 0u);
 }
 
-// Random contours and lines on a coarse grid, where lines often run through vertices and along edges. The count of the
-// crossings is that of a line a hair beside, whose half plane holds just the vertices on one side.
-TEST(SplittingEdges, areCountedOnceWhereVerticesLieOnTheLine) {
+// A letter C, which the line enters and leaves twice.
+TEST(SplitPieces, areThoseOfTheLineHoweverOftenItCrosses) {
+    const Points letter = {{0, 0}, {100, 0}, {100, 20}, {20, 20}, {20, 60}, {100, 60}, {100, 80}, {0, 80}};
+    const Curve<int> down(makeVertices({{60, -10}, {60, 90}}), true);
+    for (std::size_t origin = 0; origin < letter.size(); ++origin) {
+        Points points = letter;
+        std::rotate(points.begin(), points.begin() + std::ptrdiff_t(origin), points.end());
+        std::multiset<double> areas;
+        for (const Curve<int>& piece : splitPieces(Curve<int>(makeVertices(points), false), down))
+            areas.insert(signedArea(coordinates(piece)));
+        EXPECT_EQ(areas, (std::multiset<double>{800, 800, 3200})) << origin;
+    }
+    // A line that ends within cuts as far as it leaves again.
+    EXPECT_EQ(
+        splitPieces(Curve<int>(makeVertices(letter), false), Curve<int>(makeVertices({{60, -10}, {60, 70}}), true))
+            .size(),
+        2u);
+    EXPECT_EQ(splitPieces(Curve<int>(makeVertices(letter), false), Curve<int>(makeVertices({{60, 10}, {60, 70}}), true))
+                  .size(),
+              1u);
+}
+
+// Random stars on a coarse grid, where lines often run through vertices and along edges.
+TEST(SplitPieces, encloseTogetherWhatTheContourDidEachOnOneSide) {
     std::srand(20261125);
     const auto below = [](int n) { return std::rand() % n; };
-    int touching = 0;
-    for (int round = 0; round < 3000; ++round) {
-        const int n = 3 + below(8);
+    int touching = 0, severalCuts = 0;
+    for (int round = 0; round < 2000; ++round) {
+        const int n = 5 + below(5);
         Points points;
-        for (int k = 0; k < n; ++k)
-            points.emplace_back(below(7), below(7));
-        const int column = below(7);
-        // From far above to far below: all of the line counts.
-        const std::vector<int> ranks = splittingEdges(Curve<int>(makeVertices(points), false),
-                                                      Curve<int>(makeVertices({{column, -50}, {column, 50}}), true));
-        EXPECT_TRUE(std::is_sorted(ranks.begin(), ranks.end()));
-        // Changes of side along the vertices that are beside the line.
-        Points beside;
-        for (const auto& point : points)
-            if (point.first != column)
-                beside.push_back(point);
-        int changes = 0;
-        for (std::size_t k = 0; k < beside.size(); ++k)
-            changes += (beside[k].first > column) != (beside[(k + 1) % beside.size()].first > column);
-        EXPECT_EQ(int(ranks.size()), changes);
-        touching += beside.size() < points.size();
+        for (int k = 0; k < n; ++k) {
+            const double angle = 2 * std::numbers::pi * (k + 0.1) / n, radius = 40 + below(160);
+            points.emplace_back(int(radius * std::cos(angle)) / 10 * 10, int(radius * std::sin(angle)) / 10 * 10);
+        }
+        const int column = 10 * (below(31) - 15);
+        const Curve<int> line(makeVertices({{column, -500}, {column, 500}}), true);
+        const std::vector<Curve<int>> pieces = splitPieces(Curve<int>(makeVertices(points), false), line);
+        double area = 0;
+        for (const Curve<int>& piece : pieces) {
+            const Points vertices = coordinates(piece);
+            area += signedArea(vertices);
+            const auto [least, greatest] = std::minmax_element(vertices.begin(), vertices.end());
+            EXPECT_TRUE(pieces.size() == 1 || greatest->first <= column || least->first >= column) << round;
+        }
+        EXPECT_NEAR(area, signedArea(points), 100 * double(pieces.size() - 1)) << round;
+        touching += std::any_of(points.begin(), points.end(), [&](const auto& each) { return each.first == column; });
+        severalCuts += pieces.size() > 2;
     }
-    EXPECT_GT(touching, 1000);
+    EXPECT_GT(touching, 300);
+    EXPECT_GT(severalCuts, 50);
 }
 
 } // namespace vorlen

@@ -406,4 +406,19 @@ TEST(DocumentOperations, aNewStackOfImagesIsRegisteredInOneStep) {
     EXPECT_EQ(makeStack({"none", 1, {}, {folder.file("missing.tif")}}, unreadable), nullptr);
 }
 
+TEST(SliceOperations, aSliceWithoutAPixelSizeTakesThatOfTheOneBefore) {
+    VRLStack stack;
+    const auto insert = [&stack](const char* name, const PixelCalibration& calibration) {
+        std::vector<std::unique_ptr<StackSlice>> slices;
+        slices.push_back(newSlice(name));
+        slices.back()->setPixelCalibration(calibration);
+        ASSERT_TRUE(insertSlices(stack, stack.getNumSlices(), std::move(slices)));
+    };
+    insert("first", square(0.5f));
+    insert("none of its own", PixelCalibration());
+    insert("own", square(3));
+    EXPECT_EQ(stack.getSlice(1).getPixelCalibration().getPixelWidth(), 0.5f);
+    EXPECT_EQ(stack.getSlice(2).getPixelCalibration().getPixelWidth(), 3);
+}
+
 } // namespace vorlen

@@ -42,6 +42,7 @@ TEST(RandomEdits, areUndoneToTheFirstDocumentAndRedoneToTheLast) {
     };
     for (int step = last - 1; step >= 0; --step) {
         ASSERT_TRUE(history.isUndoable());
+        ASSERT_FALSE(history.getUndoDescription(true).startsWith("(No")) << "after step " << step;
         history.undo();
         check(step);
     }

@@ -171,7 +171,9 @@ TEST_F(SnakeOperationTest, aRangeTakesAllSlicesPassesOverFailuresAndKeepsWhatIsD
         std::filesystem::remove(
             dynamic_cast<const ImageSourceFile&>(stack.getSlice(lost).getImageSource()).getFilename());
     for (const int reach : {0, 100}) {
-        expectStep([&] { return SnakeOperation(stack, start, parameters()).runOnRange(reach, true); });
+        SnakeOperation operation(stack, start, parameters());
+        expectStep([&] { return operation.runOnRange(reach, true); });
+        EXPECT_EQ(operation.getSlicesWithoutContour(), (std::vector<std::string>{"image3", "image5"}));
         // The last good contour goes on over the slice without one.
         EXPECT_EQ(foundOn(start), (Radii{{40}, {40}, {}, {40}, {}, {30}, {40}})) << reach;
         history().undo();

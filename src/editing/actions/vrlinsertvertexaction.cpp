@@ -32,4 +32,8 @@ void insertSelectedVertex(ModelItem& item, int index, const Vector<int>& point) 
         item.getSelection().set(true, index, false);
 }
 
+QString VRLInsertVertexAction::description(bool) const {
+    return "Insert item vertex";
+}
+
 } // namespace vorlen

@@ -15,6 +15,7 @@ public:
     void setPoint(const Vector<int>& point);
     void apply() override;
     void revert() override;
+    QString description(bool verbose) const override;
 
 private:
     int __index = 0;

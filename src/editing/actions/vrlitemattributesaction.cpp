@@ -35,4 +35,8 @@ void VRLItemAttributesAction::setItemProperties(const ModelItemProperties& prope
     VRLEventServer::notifyEvent(event);
 }
 
+QString VRLItemAttributesAction::description(bool) const {
+    return "Change item properties";
+}
+
 } // namespace vorlen

@@ -18,6 +18,7 @@ public:
     /// Throws ProgramError for an item of points with an incomplete selection.
     void apply() override;
     void revert() override;
+    QString description(bool verbose) const override;
 
 private:
     void setItemProperties(const ModelItemProperties& properties);

@@ -1,5 +1,6 @@
 #include "editing/actions/vrlitemconversionaction.h"
 
+#include "document/model.h"
 #include "document/modelitem.h"
 #include "editing/bus/vrleventserver.h"
 #include "editing/bus/vrlmodelitemevent.h"
@@ -37,6 +38,12 @@ void VRLItemConversionAction::move(Model& source, VRLItemPlace& oldPlace, Model&
     newPlace.restore(getItem());
     VRLModelItemConvertEvent event(&getItem(), &source, &destination);
     VRLEventServer::notifyEvent(event);
+}
+
+QString VRLItemConversionAction::description(bool) const {
+    if (__destination == nullptr)
+        return "<Invalid item conversion action>";
+    return "Conversion to: " + QString::fromStdString(__destination->getName());
 }
 
 } // namespace vorlen

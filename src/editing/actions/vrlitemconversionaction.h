@@ -19,6 +19,7 @@ public:
 
     void apply() override;
     void revert() override;
+    QString description(bool verbose) const override;
 
 private:
     void move(Model& source, VRLItemPlace& oldPlace, Model& destination, const VRLItemPlace& newPlace);

@@ -60,4 +60,8 @@ void VRLItemSelectionAttributesAction::revert() {
     __attributes->revert();
 }
 
+QString VRLItemSelectionAttributesAction::description(bool) const {
+    return "Change item properties";
+}
+
 } // namespace vorlen

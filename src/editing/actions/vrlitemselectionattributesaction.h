@@ -24,6 +24,7 @@ public:
     void setProperties(const ModelItemProperties& properties);
     void apply() override;
     void revert() override;
+    QString description(bool verbose) const override;
 
 private:
     void build();

@@ -28,4 +28,8 @@ void VRLItemVerticesChangeAction::exchange() {
     notifyVertices();
 }
 
+QString VRLItemVerticesChangeAction::description(bool) const {
+    return "Change item vertices";
+}
+
 } // namespace vorlen

@@ -14,6 +14,7 @@ public:
     void setVertices(const Vertices<int>& vertices);
     void apply() override;
     void revert() override;
+    QString description(bool verbose) const override;
 
 private:
     void exchange();

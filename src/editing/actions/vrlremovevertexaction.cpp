@@ -22,4 +22,8 @@ void VRLRemoveVertexAction::revert() {
     notifyVertices();
 }
 
+QString VRLRemoveVertexAction::description(bool) const {
+    return "Delete item vertex";
+}
+
 } // namespace vorlen

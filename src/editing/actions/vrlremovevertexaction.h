@@ -14,6 +14,7 @@ public:
     void setIndex(int index);
     void apply() override;
     void revert() override;
+    QString description(bool verbose) const override;
 
 private:
     int __index = 0;

@@ -110,9 +110,13 @@ Outcome insertSlices(VRLStack& stack, int position, std::vector<std::unique_ptr<
     UniqueNames names; // outlines find their slice by its name in a file
     for (int i = 0; i < stack.getNumSlices(); ++i)
         names.take(stack.getSlice(i).getName());
+    const StackSlice* const neighbour = stack.getNumSlices() > 0 ? &stack.getSlice(std::max(position - 1, 0)) : nullptr;
     for (auto& slice : slices) {
         slice->setName(names.take(slice->getName()));
         slice->setStack(&stack);
+        const PixelCalibration& own = slice->getPixelCalibration();
+        if (neighbour != nullptr && own.isDefaultPixelWidth() && own.isDefaultPixelHeight())
+            slice->setPixelCalibration(neighbour->getPixelCalibration());
         auto action = std::make_unique<VRLSliceInsertionDeletionAction>(std::move(slice));
         action->setSlicePosition(position++);
         step->append(std::move(action));

@@ -35,8 +35,8 @@ struct UnreadableImage {
 std::vector<std::unique_ptr<StackSlice>> makeImageSlices(const std::vector<std::string>& files,
                                                          std::vector<UnreadableImage>& unreadable);
 
-/// Puts the slices, in this order, in front of slice position; behind the last for the number of slices. Refused for
-/// another position.
+/// Puts the slices, in this order, in front of slice position; behind the last for the number of slices. Those that
+/// were given no pixel size take that of the slice before them. Refused for another position.
 Outcome insertSlices(VRLStack& stack, int position, std::vector<std::unique_ptr<StackSlice>> slices);
 
 /// Takes the slices out with their items, in one step. Refused for a slice of another stack.

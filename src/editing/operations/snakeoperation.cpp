@@ -63,7 +63,8 @@ Outcome SnakeOperation::runOnRange(int reach, bool propagated) {
             Curve<float> work = __start;
             for (int i = first; i != end && !isCanceled(); i += direction) {
                 work.detach();
-                runOver(step, __stack.getSlice(i), work);
+                if (!runOver(step, __stack.getSlice(i), work) && !isCanceled())
+                    __passedOver.push_back(__stack.getSlice(i).getName());
                 if (!propagated)
                     work = __start;
                 ++__numSlicesDone;

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "editing/operations/outcome.h"
 #include "progress/progressproxy.h"
@@ -46,6 +47,8 @@ public:
     int getNumSlices() const { return int(__numSlices); }
     int getNumSlicesDone() const { return int(__numSlicesDone); }
     int getNumContours() const { return __numContours; }
+    /// The names of the slices that were passed over, in the order of the run.
+    const std::vector<std::string>& getSlicesWithoutContour() const { return __passedOver; }
 
     /// The contour as it stands, in pixels of the slice; without vertices before the snake's first step and after the
     /// run.
@@ -80,6 +83,7 @@ private:
     unsigned int __numSlices = 1;
     unsigned int __numSlicesDone = 0;
     int __numContours = 0;
+    std::vector<std::string> __passedOver;
 };
 
 } // namespace vorlen

@@ -1,6 +1,8 @@
 #include "editing/operations/splitcontour.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 #include "document/modelitem.h"
 #include "editing/actions/vrlitemdeletionaction.h"
@@ -10,44 +12,161 @@ namespace vorlen {
 
 namespace {
 
-bool canSplitAt(const std::vector<int>& ranks) {
-    return ranks.size() >= 2 && ranks.size() % 2 == 0;
-}
+struct Point {
+    double x = 0, y = 0;
+};
+
+/// The contour as a ring of nodes, with one more at each crossing.
+struct Node {
+    Point place;
+    int next = 0;        // what follows; behind a crossing that cuts, on the other side of the line
+    double along = -1;   // of a crossing: how far along the line, 0 to 1
+    bool isDone = false; // is in a piece
+};
+
+class Splitter {
+public:
+    Splitter(const Curve<int>& contour, const Curve<int>& line) : __contour(contour), __line{at(line, 0), at(line, 1)} {
+        makeRing();
+        cut();
+    }
+
+    std::vector<Curve<int>> pieces() {
+        std::vector<Curve<int>> found;
+        for (std::size_t first = 0; first < __ring.size(); ++first)
+            if (!__ring[first].isDone)
+                found.push_back(pieceFrom(first));
+        return found;
+    }
+
+private:
+    static Point at(const Curve<int>& curve, int k) { return {double(curve[k][0]), double(curve[k][1])}; }
+
+    /// Twice the area of the triangle of the line and the point: on which side the point lies.
+    double side(const Point& point) const {
+        const auto& [a, b] = __line;
+        return (b.x - a.x) * (point.y - a.y) - (b.y - a.y) * (point.x - a.x);
+    }
+
+    double along(const Point& point) const {
+        const auto& [a, b] = __line;
+        const double x = b.x - a.x, y = b.y - a.y;
+        return ((point.x - a.x) * x + (point.y - a.y) * y) / (x * x + y * y);
+    }
+
+    void add(const Point& place, double along) { __ring.push_back({place, int(__ring.size()) + 1, along}); }
+
+    /// A crossing stands twice, as the end of what comes before it and as the start of what follows.
+    void addCrossing(const Point& place) {
+        const double where = along(place);
+        if (where < 0 || where > 1)
+            return add(place, -1);
+        __crossings.push_back(int(__ring.size()));
+        add(place, where);
+        add(place, where);
+    }
+
+    void makeRing() {
+        const int n = __contour.getSize();
+        for (int k = 0; k < n; ++k) {
+            const Point here = at(__contour, k), next = at(__contour, (k + 1) % n);
+            const double s = side(here), t = side(next);
+            if (s == 0 && t != 0 && changesSides(k, t))
+                addCrossing(here);
+            else
+                add(here, -1);
+            if ((s < 0 && t > 0) || (s > 0 && t < 0)) {
+                const double share = s / (s - t);
+                const Point place = {here.x + share * (next.x - here.x), here.y + share * (next.y - here.y)};
+                const double where = along(place);
+                if (where >= 0 && where <= 1)
+                    addCrossing(place);
+            }
+        }
+        if (n > 0)
+            __ring.back().next = 0;
+    }
+
+    /// Whether what comes before the vertex, which lies on the line, is on the other side than what follows.
+    bool changesSides(int k, double after) const {
+        const int n = __contour.getSize();
+        for (int back = 1; back < n; ++back)
+            if (const double before = side(at(__contour, (k - back + n) % n)); before != 0)
+                return (before < 0) != (after < 0);
+        return false;
+    }
+
+    /// By the even-odd rule; the point lies on no edge.
+    bool isInside(const Point& point) const {
+        const int n = __contour.getSize();
+        bool inside = false;
+        for (int k = 0; k < n; ++k) {
+            const Point a = at(__contour, k), b = at(__contour, (k + 1) % n);
+            if ((a.y > point.y) != (b.y > point.y))
+                inside ^= point.x < a.x + (point.y - a.y) * (b.x - a.x) / (b.y - a.y);
+        }
+        return inside;
+    }
+
+    /// Joins the crossings two by two, as they follow each other along the line, where the line between them is inside.
+    void cut() {
+        std::sort(__crossings.begin(), __crossings.end(),
+                  [this](int a, int b) { return node(a).along < node(b).along; });
+        const auto& [a, b] = __line;
+        for (std::size_t i = 0; i + 1 < __crossings.size(); ++i) {
+            const int enters = __crossings[i], leaves = __crossings[i + 1];
+            const double middle = (node(enters).along + node(leaves).along) / 2;
+            if (!isInside({a.x + middle * (b.x - a.x), a.y + middle * (b.y - a.y)}))
+                continue;
+            std::swap(node(enters).next, node(leaves).next);
+            ++i; // a crossing bounds one cut
+        }
+    }
+
+    Node& node(int k) { return __ring[static_cast<std::size_t>(k)]; }
+
+    Curve<int> pieceFrom(std::size_t first) {
+        std::vector<std::pair<int, int>> vertices;
+        for (int k = int(first); !node(k).isDone; k = node(k).next) {
+            node(k).isDone = true;
+            const std::pair vertex(int(std::lround(node(k).place.x)), int(std::lround(node(k).place.y)));
+            if (vertices.empty() || vertices.back() != vertex)
+                vertices.push_back(vertex);
+        }
+        while (vertices.size() > 1 && vertices.front() == vertices.back())
+            vertices.pop_back();
+        const int n = int(vertices.size());
+        Curve<int> piece(n, 2, n, 2, false);
+        for (int k = 0; k < n; ++k) {
+            piece[k][0] = vertices[static_cast<std::size_t>(k)].first;
+            piece[k][1] = vertices[static_cast<std::size_t>(k)].second;
+        }
+        return piece;
+    }
+
+    const Curve<int>& __contour;
+    std::pair<Point, Point> __line;
+    std::vector<Node> __ring;
+    std::vector<int> __crossings; // the first of the two nodes
+};
 
 } // namespace
 
-std::vector<int> splittingEdges(const Curve<int>& contour, const Curve<int>& line) {
-    const int n = contour.getSize();
-    const auto side = [&](int k) {
-        const Vector<int>& vertex = contour[k % n];
-        const double product = (double(line[1][0]) - line[0][0]) * (double(vertex[1]) - line[0][1]) -
-                               (double(line[1][1]) - line[0][1]) * (double(vertex[0]) - line[0][0]);
-        return (product > 0) - (product < 0);
-    };
-    std::vector<int> ranks = contour.intersectionIndexes(line, 0, 1);
-    // Where vertices lie on the line, the edge that leads there stands for the crossing.
-    std::erase_if(ranks, [&](int rank) {
-        int next = rank + 1;
-        while (next < rank + n && side(next) == 0)
-            ++next;
-        return side(rank) == 0 || side(next) == side(rank);
-    });
-    return ranks;
+std::vector<Curve<int>> splitPieces(const Curve<int>& contour, const Curve<int>& line) {
+    return Splitter(contour, line).pieces();
 }
 
 bool isSplitBy(const ModelItem& item, const Curve<int>& line) {
-    return canSplitAt(splittingEdges(Curve<int>(item.getVertices(), false), line));
+    return splitPieces(Curve<int>(item.getVertices(), false), line).size() > 1;
 }
 
 Outcome splitContour(VRLStack& stack, ModelItem& item, const Curve<int>& line) {
-    const Curve<int> contour(item.getVertices(), false);
-    const std::vector<int> ranks = splittingEdges(contour, line);
-    if (!canSplitAt(ranks))
+    const std::vector<Curve<int>> pieces = splitPieces(Curve<int>(item.getVertices(), false), line);
+    if (pieces.size() < 2)
         return Outcome::refused("Nothing was split: the line has to enter the contour and to leave it again.");
-    const std::vector<Curve<int>> pieces = contour.split(ranks);
     if (std::any_of(pieces.begin(), pieces.end(), [](const Curve<int>& piece) { return piece.getSize() < 3; }))
         return Outcome::refused("Cannot split the contour there: a piece of less than 3 vertices would remain.\n\n"
-                                "Resample the contour to more vertices first, or draw the line elsewhere.");
+                                "Draw the line elsewhere.");
     return inOneStep(stack, {}, [&](EditStep& step) {
         for (const Curve<int>& piece : pieces) {
             auto part = std::make_unique<ModelItem>();

@@ -10,14 +10,16 @@ namespace vorlen {
 class ModelItem;
 class VRLStack;
 
-/// Ranks of the edges of a closed contour at which it goes from one side of the line to the other, ascending. The line
-/// is an open curve of two vertices, and counts between them only.
+/// The pieces of a closed contour on both sides of a line, an open curve of two vertices that counts between them only.
 ///
-/// A vertex that lies on the line counts as one crossing where the contour changes sides there, and as none where it
-/// only touches the line.
-std::vector<int> splittingEdges(const Curve<int>& contour, const Curve<int>& line);
+/// The line cuts wherever it enters the contour and leaves it again, however often; a part of it that ends within cuts
+/// nothing. The cuts are made along the line itself: where it meets an edge, both pieces get a vertex there, rounded to
+/// whole numbers. A vertex on the line is a crossing where the contour changes sides there, and none where it only
+/// touches the line. Together the pieces enclose what the contour did, to that rounding, and turn as it does; the first
+/// begins where it does. One piece alone when the line cuts nothing.
+std::vector<Curve<int>> splitPieces(const Curve<int>& contour, const Curve<int>& line);
 
-/// Whether the line enters the contour and leaves it again: an even number of crossings, and at least two.
+/// Whether the line enters the contour and leaves it again.
 bool isSplitBy(const ModelItem& item, const Curve<int>& line);
 
 /// Replaces a closed contour by its pieces on both sides of a line, in one step of the stack's history. The pieces keep

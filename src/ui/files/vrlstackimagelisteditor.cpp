@@ -1,5 +1,6 @@
 #include "ui/files/vrlstackimagelisteditor.h"
 
+#include <QCollator>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QListWidget>
@@ -9,6 +10,26 @@
 #include "ui/session/vrlsettings.h"
 
 namespace vorlen {
+
+namespace {
+
+/// Stands where people expect it: numbers in names count as numbers, so that slice3 comes before slice10.
+class ImageEntry : public QListWidgetItem {
+public:
+    using QListWidgetItem::QListWidgetItem;
+
+    bool operator<(const QListWidgetItem& other) const override {
+        static const QCollator collator = [] { // alike for all users
+            QCollator made{QLocale(QLocale::English)};
+            made.setNumericMode(true);
+            return made;
+        }();
+        const int order = collator.compare(text(), other.text());
+        return order != 0 ? order < 0 : text() < other.text();
+    }
+};
+
+} // namespace
 
 VRLStackImageListEditor::VRLStackImageListEditor(QWidget* parent) : QGroupBox("Images", parent) {
     __list = new QListWidget(this);
@@ -45,7 +66,7 @@ QStringList VRLStackImageListEditor::getImageList() const {
 void VRLStackImageListEditor::addImages(const QStringList& files) {
     for (const QString& file : files)
         if (__list->findItems(file, Qt::MatchExactly | Qt::MatchCaseSensitive).isEmpty())
-            __list->addItem(file);
+            __list->addItem(new ImageEntry(file));
 }
 
 void VRLStackImageListEditor::chooseImages() {

@@ -8,7 +8,7 @@ class QPushButton;
 
 namespace vorlen {
 
-/// The images of a new stack, sorted by their paths: the slices follow this order.
+/// The images of a new stack, sorted by their paths, with numbers in them as numbers: the slices follow this order.
 class VRLStackImageListEditor : public QGroupBox {
     Q_OBJECT
 

@@ -195,6 +195,7 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     }
     if (!opened) {
         notifyFinished("Cannot open " + path);
+        tell("Read error", decoded(path) + " cannot be opened.\nIs it there, and may you read it?");
         return nullptr;
     }
     stack->setFilename(path);

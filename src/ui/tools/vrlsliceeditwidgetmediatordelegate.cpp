@@ -1,5 +1,7 @@
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 
+#include <algorithm>
+
 #include <QGuiApplication>
 #include <QMessageBox>
 
@@ -98,7 +100,7 @@ bool VRLSliceEditWidgetMediatorDelegate::isOnImage(const Vector<int>& point) con
 }
 
 float VRLSliceEditWidgetMediatorDelegate::clickTolerance() const {
-    return float(VRLPreferences::getClickTolerance() + int(1 / __host.zoom()));
+    return std::max(1.f, float(VRLPreferences::getClickTolerance()) / __host.zoom());
 }
 
 bool VRLSliceEditWidgetMediatorDelegate::acts() const {

@@ -1,5 +1,9 @@
 #include "ui/tools/vrlsliceeditwidgetmediatorselectiondelegate.h"
 
+#include <algorithm>
+#include <utility>
+
+#include <QApplication>
 #include <QMouseEvent>
 
 #include "document/model.h"
@@ -27,13 +31,21 @@ QString modelName(const ModelItem& item) {
 } // namespace
 
 VRLSliceEditWidgetMediatorSelectionDelegate::~VRLSliceEditWidgetMediatorSelectionDelegate() {
+    delete __rubberBand; // without a word to the canvas, which may be about to go
+}
+
+/// What lay under the band is painted anew: over OpenGL its picture would stay.
+void VRLSliceEditWidgetMediatorSelectionDelegate::removeBand() {
+    if (!__rubberBand)
+        return;
     delete __rubberBand;
+    canvas().update();
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::deactivate() {
     VRLSliceEditWidgetMediatorDelegate::deactivate();
     __pressPosition.reset();
-    delete __rubberBand;
+    removeBand();
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::abandon() {
@@ -51,26 +63,70 @@ QString VRLSliceEditWidgetMediatorSelectionDelegate::restingHint(const StackSlic
 void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsNearPosition(const Vector<int>& position, bool shift) {
     if (slice() == nullptr)
         return;
-    bool changed = false;
+    const std::vector<ModelItem*> near = itemsNear(position);
+    if (near.empty()) {
+        if (!shift && deselectBut(nullptr))
+            notifySelection();
+        return;
+    }
+    const std::vector<ModelItem*> selected = slice()->getSelectedItems();
+    ModelItem* hit = near.front();
+    bool on = !shift || !hit->getSelection().isComplete();
+    if (!shift && selected.size() == 1 && selected.front()->getSelection().isComplete())
+        if (const auto last = std::find(near.begin(), near.end(), selected.front()); last != near.end()) {
+            hit = near[static_cast<std::size_t>(last - near.begin() + 1) % near.size()];
+            on = near.size() > 1;
+        }
+    if (!shift)
+        deselectBut(hit);
+    if (isPoints(*hit)) {
+        toggleVertex(*hit, position, !shift);
+    } else {
+        ModelItemSelection selection = hit->getSelection();
+        selection.set(on);
+        select(*hit, selection);
+    }
+    notifySelection();
+}
+
+/// What a click may mean, the nearest first.
+std::vector<ModelItem*> VRLSliceEditWidgetMediatorSelectionDelegate::itemsNear(const Vector<int>& position) const {
+    std::vector<std::pair<double, ModelItem*>> found;
+    const float tolerance = clickTolerance();
     for (int i = 0; i < slice()->getNumItems(); ++i) {
         ModelItem& item = slice()->getItem(i);
-        ModelItemSelection selection = item.getSelection();
-        int vertex = -1;
-        if (isHit(item, vertex, position)) {
-            if (isPoints(item))
-                selection.set(!selection.isSelected(vertex), vertex, !shift);
-            else
-                selection.invert();
-        } else if (shift || selection.isEmpty()) {
-            continue;
-        } else {
-            selection.set(false);
-        }
-        select(item, selection);
-        changed = true;
+        const bool isHit = isPoints(item) ? item.findNearestVertex(position, tolerance) >= 0
+                                          : item.findNearVertex(position, tolerance) >= 0;
+        if (isHit)
+            found.emplace_back(item.distanceTo(position), &item);
     }
-    if (changed)
-        notifySelection();
+    std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<ModelItem*> items;
+    for (const auto& [distance, item] : found)
+        items.push_back(item);
+    return items;
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::toggleVertex(ModelItem& item, const Vector<int>& position,
+                                                               bool alone) {
+    const int vertex = item.findNearestVertex(position, clickTolerance());
+    ModelItemSelection selection = item.getSelection();
+    selection.set(!selection.isSelected(vertex), vertex, alone);
+    select(item, selection);
+}
+
+/// Whether there was anything to deselect.
+bool VRLSliceEditWidgetMediatorSelectionDelegate::deselectBut(const ModelItem* item) {
+    bool any = false;
+    for (ModelItem* each : slice()->getSelectedItems()) {
+        if (each == item)
+            continue;
+        ModelItemSelection selection = each->getSelection();
+        selection.set(false);
+        select(*each, selection);
+        any = true;
+    }
+    return any;
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsWithinBox(const BoundingBox<int>& box) {
@@ -97,14 +153,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsWithinBox(const Bou
 void VRLSliceEditWidgetMediatorSelectionDelegate::cancelSelection() {
     if (slice() == nullptr)
         return;
-    for (int i = 0; i < slice()->getNumItems(); ++i) {
-        ModelItem& item = slice()->getItem(i);
-        if (item.getSelection().isEmpty())
-            continue;
-        ModelItemSelection selection = item.getSelection();
-        selection.set(false);
-        select(item, selection);
-    }
+    deselectBut(nullptr);
     notifySelection();
 }
 
@@ -178,7 +227,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::mousePressEvent(QMouseEvent* e
 
 /// The release of a press may have gone elsewhere: to a menu, a dialog, or another interaction.
 void VRLSliceEditWidgetMediatorSelectionDelegate::forgetPress() {
-    delete __rubberBand;
+    removeBand();
     __pressPosition.reset();
 }
 
@@ -187,11 +236,16 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::mouseMoveEvent(QMouseEvent* ev
         forgetPress();
     if (!acts() || event->buttons() != Qt::LeftButton || !__pressPosition)
         return anyEvent(event);
+    const QPoint position = event->position().toPoint();
     if (!__rubberBand) {
+        if ((position - *__pressPosition).manhattanLength() < QApplication::startDragDistance()) {
+            event->accept(); // a click by a hand that is not quite still
+            return;
+        }
         __rubberBand = new QRubberBand(QRubberBand::Rectangle, &canvas());
         __rubberBand->setWindowOpacity(0.5);
     }
-    __rubberBand->setGeometry(QRect(*__pressPosition, event->position().toPoint()).normalized());
+    __rubberBand->setGeometry(QRect(*__pressPosition, position).normalized());
     __rubberBand->show();
     event->accept();
 }
@@ -201,18 +255,11 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::mouseReleaseEvent(QMouseEvent*
         return anyEvent(event);
     if (__rubberBand) {
         const QRect band = __rubberBand->geometry();
-        delete __rubberBand;
+        removeBand();
         selectItemsWithinBox(BoundingBox<int>(imagePoint(band.topLeft()), imagePoint(band.bottomRight())));
     }
     __pressPosition.reset();
     event->accept();
-}
-
-bool VRLSliceEditWidgetMediatorSelectionDelegate::isHit(const ModelItem& item, int& vertex,
-                                                        const Vector<int>& position) const {
-    vertex = isPoints(item) ? item.findNearestVertex(position, clickTolerance())
-                            : item.findNearVertex(position, clickTolerance());
-    return vertex >= 0;
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::select(ModelItem& item, const ModelItemSelection& selection) {

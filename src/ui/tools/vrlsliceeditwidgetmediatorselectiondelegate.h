@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include <QPoint>
 #include <QPointer>
@@ -36,7 +37,9 @@ public:
     void abandon() override;
     QString restingHint(const StackSliceSelectionInfo& selected) const override;
 
-    /// Toggles what lies near the image point; without shift, everything else is deselected.
+    /// Selects the nearest of what lies within the tolerance of the image point, or toggles a point of points, and
+    /// deselects everything else. Once more at the same place takes the next one, or lets go of the only one. With
+    /// shift the nearest is toggled, and the rest stays.
     void selectItemsNearPosition(const Vector<int>& position, bool shift);
 
     /// Toggles every vertex in the box, whose first vertex must be the lower corner.
@@ -62,7 +65,10 @@ protected:
 
 private:
     void forgetPress();
-    bool isHit(const ModelItem& item, int& vertex, const Vector<int>& position) const;
+    void removeBand();
+    std::vector<ModelItem*> itemsNear(const Vector<int>& position) const;
+    void toggleVertex(ModelItem& item, const Vector<int>& position, bool alone);
+    bool deselectBut(const ModelItem* item);
     void select(ModelItem& item, const ModelItemSelection& selection);
     void selectWhole(const std::function<bool(const ModelItem&)>& wanted);
     void notifySelection();

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include <QApplication>
-#include <QInputDialog>
 #include <QKeyEvent>
 
 #include "document/model.h"
@@ -26,6 +25,7 @@ constexpr unsigned int stepsOfTravel = 500;
 constexpr qint64 millisecondsOfTravel = 3000;
 constexpr qint64 shortestRest = 40; // milliseconds
 constexpr qint64 longestRest = 200;
+constexpr int mostNamed = 8; // slices in a line
 
 /// Keeps all input but Escape from the application as long as it lives, except to its modal windows. Releases pass,
 /// which end presses from before.
@@ -227,12 +227,10 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::run() {
     if (!initSnakeConfig())
         return;
     host().setHint(runningHint);
-    if (!__snakeConfig.getRunOverStack())
-        return runOverSlice();
-    const QPointer<Delegate> self(this);
-    const int reach = askForNumSlices();
-    if (self && isActive())
-        runOverStack(reach);
+    if (__snakeConfig.getRunOverStack())
+        runOverStack(__snakeConfig.getReach());
+    else
+        runOverSlice();
 }
 
 bool VRLSliceEditWidgetMediatorSnakeDelegate::initSnakeConfig() {
@@ -291,25 +289,18 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverStack(int reach) {
     const QPointer<Delegate> self(this);
     const Run run(*this, operation);
     operation.runOnRange(reach, __snakeConfig.isPropagationEnabled());
-    if (self)
-        __outcome = QString("%1 on %2 of %3 slices.")
-                        .arg(operation.isCanceled() ? "The snake was stopped: contours" : "Snake: contours")
-                        .arg(operation.getNumContours())
-                        .arg(operation.getNumSlices());
-}
-
-/// A question given up counts as one answered with the value that it begins with.
-int VRLSliceEditWidgetMediatorSnakeDelegate::askForNumSlices() {
-    constexpr int usual = 10;
-    QInputDialog dialog;
-    dialog.setInputMode(QInputDialog::IntInput);
-    dialog.setWindowTitle("nSlices");
-    dialog.setLabelText("nSlices");
-    dialog.setIntRange(0, 100);
-    dialog.setIntStep(1);
-    dialog.setIntValue(usual);
-    dialog.setToolTip("How many slices before and behind the current one to run on; 0: all slices of the stack.");
-    return execute(dialog) ? dialog.intValue() : usual;
+    if (!self)
+        return;
+    __outcome = QString("%1 on %2 of %3 slices.")
+                    .arg(operation.isCanceled() ? "The snake was stopped: contours" : "Snake: contours")
+                    .arg(operation.getNumContours())
+                    .arg(operation.getNumSlices());
+    QStringList without;
+    for (const std::string& name : operation.getSlicesWithoutContour())
+        without += QString::fromStdString(name);
+    if (!without.isEmpty())
+        __outcome += " None on " + without.mid(0, mostNamed).join(", ") +
+                     (without.size() > mostNamed ? QString(" and %1 more.").arg(without.size() - mostNamed) : ".");
 }
 
 void VRLSliceEditWidgetMediatorSnakeDelegate::updateSnakeItem() {

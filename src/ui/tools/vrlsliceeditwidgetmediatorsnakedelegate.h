@@ -64,7 +64,6 @@ private:
     bool initSnakeConfig();
     void runOverSlice();
     void runOverStack(int reach);
-    int askForNumSlices();
     bool execute(QDialog& dialog);
     void updateSnakeItem();
     bool isPauseDue() const;

@@ -13,4 +13,8 @@ void VRLSnakeConfig::setPropagationEnabled(bool enabled) {
     __propagationEnabled = enabled;
 }
 
+void VRLSnakeConfig::setReach(int reach) {
+    __reach = reach;
+}
+
 } // namespace vorlen

@@ -19,9 +19,14 @@ public:
     bool isPropagationEnabled() const { return __propagationEnabled; }
     void setPropagationEnabled(bool enabled);
 
+    /// How many slices before and behind the current one the range has; 0 for all of the stack.
+    int getReach() const { return __reach; }
+    void setReach(int reach);
+
 private:
     bool __runOverStack = false;
     bool __propagationEnabled = false;
+    int __reach = 10;
 };
 
 } // namespace vorlen

@@ -1,10 +1,11 @@
 #include "ui/tools/vrlsnakeconfigeditor.h"
 
 #include <QCheckBox>
-#include <QDoubleSpinBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QSpinBox>
+
+#include "ui/widgets/vrldecimalbox.h"
 
 namespace vorlen {
 
@@ -21,8 +22,8 @@ void addRow(QGridLayout& grid, int row, const QString& text, QAbstractSpinBox& b
     grid.addWidget(&box, row, 1, Qt::AlignRight);
 }
 
-QDoubleSpinBox* newBox(double minimum, double maximum, double step, QWidget* parent) {
-    auto* const box = new QDoubleSpinBox(parent);
+VRLDecimalBox* newBox(double minimum, double maximum, double step, QWidget* parent) {
+    auto* const box = new VRLDecimalBox(parent);
     box->setRange(minimum, maximum);
     box->setSingleStep(step);
     box->setDecimals(1);
@@ -55,8 +56,14 @@ VRLSnakeConfigEditor::VRLSnakeConfigEditor(QWidget* parent) : QFrame(parent) {
                     "The contour gets less stiff, and the edges get sharper, when it no longer comes nearer to them.");
     __allSlices =
         newCheckBox(*grid, 4, "Run on every slice", "Check this option to run the snake on every slice of the stack.");
+    __reach = new QSpinBox(this);
+    __reach->setRange(0, 100);
+    __reach->setSpecialValueText("All");
+    __reach->setEnabled(false);
+    addRow(*grid, 5, "Slices on each side", *__reach,
+           "How many slices before and behind the current one to run on; 0: all slices of the stack.");
     __propagation = newCheckBox(
-        *grid, 5, "Use propagation",
+        *grid, 6, "Use propagation",
         "This option is relevant only when running the snake on every slice of the stack.\n- If this option is "
         "checked, the snake will be propagated from the current slice to the next/previous one and so on.\n- "
         "Otherwise, the snake will be run independently on each slice, taking the current contour for "
@@ -64,7 +71,7 @@ VRLSnakeConfigEditor::VRLSnakeConfigEditor(QWidget* parent) : QFrame(parent) {
     __propagation->setEnabled(false);
     __scale = new QSpinBox(this);
     __scale->setRange(1, 10);
-    addRow(*grid, 6, "Scale", *__scale,
+    addRow(*grid, 7, "Scale", *__scale,
            "The image is reduced so many times before the run: faster, and with a longer reach, but less exact.");
     connect(__allSlices, &QCheckBox::stateChanged, this, &VRLSnakeConfigEditor::allSliceBoxChanged);
     setConfig(VRLSnakeConfig());
@@ -76,6 +83,7 @@ void VRLSnakeConfigEditor::setConfig(const VRLSnakeConfig& config) {
     __regMax->setValue(double(config.getRegMax()));
     __adaptive->setChecked(config.isAdaptive());
     __allSlices->setChecked(config.getRunOverStack());
+    __reach->setValue(config.getReach());
     __propagation->setChecked(config.isPropagationEnabled());
     __scale->setValue(int(qMin(config.getScale(), 10u)));
 }
@@ -87,12 +95,14 @@ VRLSnakeConfig VRLSnakeConfigEditor::getConfig() const {
     config.setRegMax(float(__regMax->value()));
     config.setAdaptive(__adaptive->isChecked());
     config.setRunOverStack(__allSlices->isChecked());
+    config.setReach(__reach->value());
     config.setPropagationEnabled(__propagation->isChecked());
     config.setScale(static_cast<unsigned int>(__scale->value()));
     return config;
 }
 
 void VRLSnakeConfigEditor::allSliceBoxChanged(int state) {
+    __reach->setEnabled(state == Qt::Checked);
     __propagation->setEnabled(state == Qt::Checked);
 }
 

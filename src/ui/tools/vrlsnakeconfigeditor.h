@@ -34,6 +34,7 @@ private:
     QDoubleSpinBox* __regMax;
     QCheckBox* __adaptive;
     QCheckBox* __allSlices;
+    QSpinBox* __reach;
     QCheckBox* __propagation;
     QSpinBox* __scale;
 };

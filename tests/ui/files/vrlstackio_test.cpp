@@ -97,10 +97,12 @@ TEST_F(VRLStackIOTest, openedStacksAreListedAndRemembered) {
     EXPECT_EQ(monitor.heard.front(), "started Reading " + path("ab.sdf") + "...");
 }
 
-TEST_F(VRLStackIOTest, aMissingFileOpensNothingAndSaysSoInTheStatusBar) {
+TEST_F(VRLStackIOTest, aMissingFileOpensNothingAndSaysSo) {
     RecordingMonitor monitor;
     io.addMonitor(monitor);
+    user.thenClick("OK");
     EXPECT_EQ(io.openStack(path("none.sdf")), nullptr);
+    EXPECT_EQ(user.seen.back().rfind("Read error: " + path("none.sdf") + " cannot be opened.", 0), 0u);
     io.removeMonitor(monitor);
     EXPECT_EQ(monitor.heard.back(), "finished Cannot open " + path("none.sdf"));
     EXPECT_EQ(numOpen(), 0);
@@ -211,6 +213,8 @@ TEST_F(VRLStackIOTest, theImageListAddsAndRemoves) {
     remove->click();
     EXPECT_EQ(editor.getImageList(), QStringList{folder.filePath("b.tif")});
     EXPECT_FALSE(remove->isEnabled());
+    editor.addImages({"Slice10", "Slice3", "Slice3", "slice 1"});
+    EXPECT_EQ(editor.getImageList().mid(1), (QStringList{"slice 1", "Slice3", "Slice10"}));
 }
 
 TEST_F(VRLStackIOTest, aVolumeBecomesAStackOfItsPlanes) {

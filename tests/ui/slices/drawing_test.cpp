@@ -6,6 +6,7 @@
 #include <QContextMenuEvent>
 #include <QPointingDevice>
 #include <QRubberBand>
+#include <QScreen>
 #include <QSpinBox>
 #include <QTabletEvent>
 #include <QTimer>
@@ -181,6 +182,44 @@ TEST_F(DrawingTest, clicksToggleAndWithoutShiftDeselectTheRest) {
     EXPECT_TRUE(open.getSelection().isEmpty());
 }
 
+TEST_F(DrawingTest, aClickTakesTheNearestAndTheNextOnesWhenRepeated) {
+    ModelItem& outer = addItem(*polygon, *slice, square);
+    ModelItem& inner = addItem(*other, *slice, {{54, 54}, {54, 96}, {96, 96}, {96, 54}});
+    const auto selected = [&] { return std::pair(!outer.getSelection().isEmpty(), !inner.getSelection().isEmpty()); };
+    const std::pair onlyOuter(true, false), onlyInner(false, true), both(true, true), none(false, false);
+    click(QPoint(75, 95));
+    EXPECT_EQ(selected(), onlyInner);
+    click(QPoint(75, 95));
+    EXPECT_EQ(selected(), onlyOuter);
+    click(QPoint(75, 95));
+    EXPECT_EQ(selected(), onlyInner);
+    click(QPoint(75, 101));
+    EXPECT_EQ(selected(), onlyOuter);
+    click(QPoint(75, 95), Qt::ShiftModifier);
+    EXPECT_EQ(selected(), both);
+    click(QPoint(75, 95), Qt::ShiftModifier);
+    EXPECT_EQ(selected(), onlyOuter);
+    click(QPoint(75, 109)); // in reach of the outer one alone
+    EXPECT_EQ(selected(), none);
+
+    // A hand that trembles draws no box.
+    press(QPoint(75, 101));
+    drag(QPoint(77, 102));
+    release(QPoint(77, 102));
+    EXPECT_EQ(selected(), onlyOuter);
+    EXPECT_TRUE(outer.getSelection().isComplete());
+
+    // The tolerance counts on the screen.
+    action("Cancel")->trigger();
+    canvas->setZoomFactor(4);
+    const auto onScreen = [&](int x, int y) { return mediator->getToolHost().canvasPosition(point(x, y)).toPoint(); };
+    canvas->setViewOrigin(QPoint(60, 60));
+    click(onScreen(75, 104));
+    EXPECT_EQ(selected(), none);
+    click(onScreen(75, 102));
+    EXPECT_EQ(selected(), onlyOuter);
+}
+
 TEST_F(DrawingTest, aBoxTogglesTheVerticesInIt) {
     ModelItem& contour = addItem(*polygon, *slice, square);
     const auto dragBox = [&](QPoint from, QPoint to) {
@@ -191,7 +230,14 @@ TEST_F(DrawingTest, aBoxTogglesTheVerticesInIt) {
         release(to);
         EXPECT_EQ(canvas->findChild<QRubberBand*>(), nullptr);
     };
+    const auto onScreen = [&] {
+        QTest::qWait(100);
+        const QPoint corner = canvas->mapTo(canvas->window(), QPoint(0, 0));
+        return canvas->screen()->grabWindow(canvas->window()->winId(), corner.x() + 110, corner.y() + 35, 30, 60);
+    };
+    const QImage before = onScreen().toImage();
     dragBox(QPoint(120, 120), QPoint(75, 30)); // the right half, backwards
+    EXPECT_EQ(onScreen().toImage(), before) << "the box is still to be seen";
     EXPECT_EQ(contour.getSelection().getSize(), 2);
     EXPECT_TRUE(contour.getSelection().isSelected(2));
     EXPECT_TRUE(contour.getSelection().isSelected(3));

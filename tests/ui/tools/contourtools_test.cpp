@@ -324,13 +324,13 @@ TEST_F(ContourToolsTest, linesThatDoNotCutLeaveTheContour) {
         EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
         EXPECT_FALSE(splitDelegate()->isActive());
     });
-    // Four vertices cannot be cut without leaving two.
-    ModelItem& corners = addItem(*polygon, *slice, square);
+    // A piece too thin for whole pixels.
+    ModelItem& corners = addItem(*polygon, *slice, {{20, 50}, {120, 51}, {120, 50}});
     contour.getSelection().set(false);
     select(corners);
     ModalScript script;
     script.thenClick("OK");
-    expectSteps(0, [&] { drawLine(QPoint(75, 20), QPoint(75, 150)); });
+    expectSteps(0, [&] { drawLine(QPoint(35, 20), QPoint(35, 150)); });
     EXPECT_TRUE(QString::fromStdString(script.seen.back()).startsWith("Split contour: Cannot split the contour"));
 
     action("Split contour")->trigger();

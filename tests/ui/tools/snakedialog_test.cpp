@@ -49,6 +49,21 @@ TEST(SnakeConfigEditor, hasTheRangesStepsAndToolTipsOfEachParameter) {
               "initialization.");
 }
 
+// Where the user's language writes 0,5, both are half.
+TEST(SnakeConfigEditor, takesPointsAndCommasForTheDecimalMark) {
+    const QLocale before;
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    for (const char* typed : {"0.5", "0,5"}) {
+        VRLSnakeConfigEditor editor;
+        auto& box = control<QDoubleSpinBox>(editor, "Reg. max");
+        box.selectAll();
+        QTest::keyClicks(&box, typed);
+        EXPECT_EQ(box.text(), "0.5") << typed;
+        EXPECT_EQ(editor.getConfig().getRegMax(), 0.5f) << typed;
+    }
+    QLocale::setDefault(before);
+}
+
 TEST(SnakeConfigEditor, offersPropagationOnlyForARunOnEverySlice) {
     VRLSnakeConfigEditor editor;
     QCheckBox& all = checkBox(editor, "Run on every slice");

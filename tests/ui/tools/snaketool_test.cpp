@@ -257,7 +257,7 @@ TEST_F(SnakeToolTest, escapeEndsTheRunAtOnceAndNoOtherInputPasses) {
     unsigned int last = 0;
     watch.atStep = [&](unsigned int step) {
         last = step;
-        if (step == 7) { // in front of the events of step 10
+        if (step == 7) // in front of the events of step 10
             QTimer::singleShot(0, &window, [&] {
                 EXPECT_FALSE(window.close());
                 QTest::mouseClick(&button, Qt::LeftButton);
@@ -269,7 +269,6 @@ TEST_F(SnakeToolTest, escapeEndsTheRunAtOnceAndNoOtherInputPasses) {
                 action("Run Snake")->trigger(); // runs already
                 action("Select all")->trigger();
             });
-        }
         if (step == 21)
             postKey(&field, Qt::Key_Escape);
     };
@@ -365,10 +364,14 @@ TEST_F(SnakeToolTest, aRangeIsOneStepAndTheDialogsBeginWithWhatWasChosen) {
     script.then([&](QWidget& dialog) {
         EXPECT_FALSE(checkBox(dialog, "Run on every slice").isChecked());
         EXPECT_FALSE(checkBox(dialog, "Use propagation").isEnabled());
-        ModalScript::click(dialog, "Cancel");
+        checkBox(dialog, "Run on every slice").click();
+        EXPECT_EQ(control<QSpinBox>(dialog, "Slices on each side").value(), 10);
+        dialog.close(); // is no answer: nothing runs
     });
     runSnake();
-    acceptRange(-1, false); // the number given up counts as ten
+    EXPECT_FALSE(snake->isActive());
+    EXPECT_FALSE(history().isUndoable());
+    acceptRange(10, false);
     runSnake();
     EXPECT_EQ(newRadii(), (Radii{{40}, {10}, {40}, {40}, {10}, {30}, {40}}));
 
