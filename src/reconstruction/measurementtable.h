@@ -17,6 +17,7 @@ class Stack;
 /// A measurement that fails leaves the rest of the table as it is: its cells tell why, and so does getFailures().
 class MeasurementTable {
 public:
+    /// A column: how it is headed, and what it tells.
     struct Column {
         std::string name;        ///< "AverageX"
         std::string key;         ///< in a file: "barycenter"; neighbours of one key are a list

@@ -14,6 +14,7 @@ enum class SurfaceEnd {
     NextSection  ///< in a tip on the next section
 };
 
+/// Both ends of a surface.
 struct SurfaceEnds {
     SurfaceEnd begin = SurfaceEnd::HalfSection;
     SurfaceEnd end = SurfaceEnd::HalfSection;

@@ -40,14 +40,14 @@ StackSlice& addMosaic(Stack& stack, const std::string& name) {
     return addSlice(stack, name, ImageSourceFileMosaic(1, 1));
 }
 
-Model& addModel(Stack& stack, const std::string& name) {
+Model& modelOf(Stack& stack, const std::string& name) {
     auto* model = new Model;
     model->setName(name);
     stack.addModel(model);
     return *model;
 }
 
-ModelItem& addItem(Model& model, StackSlice& slice, const std::vector<std::pair<int, int>>& points) {
+ModelItem& itemOf(Model& model, StackSlice& slice, const std::vector<std::pair<int, int>>& points) {
     auto* item = new ModelItem;
     item->setModel(&model);
     item->setSlice(&slice);
@@ -97,8 +97,8 @@ TEST(StackWriter, aSmallStackGivesThisText) {
     addFile(stack, "s1", folder.writeImage("images/s1.tif", 768, 512));
     StackSlice& second = addFile(stack, "s2", folder.writeImage("images/s2.tif", 768, 512));
     second.setRegistration(Registration(3, -2, 0));
-    Model& model = addModel(stack, "cortex");
-    addItem(model, second, {{10, 10}, {20, 10}, {30, 15}, {40, 20}, {40, 30}, {30, 35}, {20, 40}, {10, 30}});
+    Model& model = modelOf(stack, "cortex");
+    itemOf(model, second, {{10, 10}, {20, 10}, {30, 15}, {40, 20}, {40, 30}, {30, 35}, {20, 40}, {10, 30}});
     auto* pose = new Pose(Pose::canonicalPose2());
     pose->setName("lateral");
     stack.addPose(pose);
@@ -159,13 +159,13 @@ TEST(StackWriter, aLineBreakFollowsEverySeventhVertexButTheLast) {
     const StackFolder folder;
     Stack stack;
     StackSlice& slice = addMosaic(stack, "s");
-    Model& model = addModel(stack, "m");
+    Model& model = modelOf(stack, "m");
     model.getProperties().setGeometry(PolylinePrimitive);
     std::vector<std::pair<int, int>> points(7, {1, 2});
-    addItem(model, slice, points);
+    itemOf(model, slice, points);
     points.resize(14, {3, -4});
-    addItem(model, slice, points);
-    addItem(model, slice, {});
+    itemOf(model, slice, points);
+    itemOf(model, slice, {});
     const std::string text = StackWriter().toText(stack, folder.path());
     EXPECT_TRUE(contains(text, "DATA\n 1,2 1,2 1,2 1,2 1,2 1,2 1,2;\n"));
     EXPECT_TRUE(contains(text, " 1,2\n 3,-4 3,-4 3,-4 3,-4 3,-4 3,-4 3,-4;\n"));
@@ -191,14 +191,14 @@ TEST(StackWriter, readAndWrittenAgainEveryPartOfTheDocumentIsTheSame) {
     own.compute();
     b.setPixelCalibration(own);
     addFile(stack, "c", folder.writeImage("c.tif", 4, 3)).setAbsolutePosition(-7);
-    Model& model = addModel(stack, "m");
+    Model& model = modelOf(stack, "m");
     model.getProperties().setGeometry(PolylinePrimitive);
     model.getProperties().setRenderingMode(DotRendering);
     model.getProperties().setBeginCapFlag(true);
     model.getProperties().setQuadMeshWidth(17);
     model.getProperties().setSurfaceOpacity(12);
     model.getItemProperties().setRenderingVisibility(false);
-    ModelItem& item = addItem(model, b, {{1, 2}, {-3, 4}, {2147483647, -2147483647}});
+    ModelItem& item = itemOf(model, b, {{1, 2}, {-3, 4}, {2147483647, -2147483647}});
     item.getProperties().setColor(1, 2, 3);
     item.getProperties().setVertexSymbol(TetrahedronSymbol);
     roundTrip(stack, folder, copy);
@@ -352,8 +352,8 @@ TEST(StackWriter, awkwardNamesSurvive) {
     Stack stack, copy;
     stack.setName(" # \"x\" ");
     StackSlice& slice = addFile(stack, "a  b;c#1", folder.writeImage("im #1/a;  #2.tif", 4, 3));
-    Model& model = addModel(stack, "m\n");
-    addItem(model, slice, {{1, 2}, {3, 4}, {1, 5}});
+    Model& model = modelOf(stack, "m\n");
+    itemOf(model, slice, {{1, 2}, {3, 4}, {1, 5}});
     stack.setAnnotation(" leading #");
     roundTrip(stack, folder, copy);
     EXPECT_EQ(copy.getName(), stack.getName());
@@ -384,7 +384,7 @@ TEST(StackWriter, aPixelHeightOfItsOwnIsKept) {
 TEST(StackWriter, wholeNumbersAreWrittenWithoutExponent) {
     const StackFolder folder;
     Stack stack, copy;
-    Model& model = addModel(stack, "m");
+    Model& model = modelOf(stack, "m");
     model.getItemProperties().setPointSize(1234567);
     model.getItemProperties().setLineWidth(0.00001f);
     model.getProperties().setSurfaceShininess(1e6f);
@@ -415,7 +415,7 @@ TEST(StackWriter, realNumbersReadBackAsTheyWere) {
         StackSlice& slice = addFile(stack, std::to_string(i), folder.file("images/a.tif"));
         slice.setAbsolutePosition(100000 + 0.35f * float(i));
     }
-    addModel(stack, "m").getItemProperties().setLineWidth(1.75f);
+    modelOf(stack, "m").getItemProperties().setLineWidth(1.75f);
     roundTrip(stack, folder, copy);
     for (int i = 0; i < 20; ++i)
         EXPECT_EQ(copy.getSlice(i).getAbsolutePosition(), 100000 + 0.35f * float(i));

@@ -66,7 +66,7 @@ std::string text(const VRLStack& stack) {
     return all;
 }
 
-PixelCalibration square(float side) {
+PixelCalibration squarePixels(float side) {
     PixelCalibration calibration;
     calibration.setPixelWidth(side);
     calibration.compute();
@@ -134,7 +134,7 @@ std::vector<Case> cases() {
              change.annotation = "note";
              change.spacing = 9.0f;
              change.thickness = 2.0f;
-             change.calibration = square(4);
+             change.calibration = squarePixels(4);
              change.registration = Registration(1, 2, 3);
              change.imageSource = &noImage;
              return changeSlice(s, slice(s, 1), change);
@@ -159,7 +159,7 @@ std::vector<Case> cases() {
              change.unit = LengthUnit(-9);
              change.spacing = 3.0f;
              change.spacingSlices = {&slice(s, 1), &slice(s, 2)};
-             change.calibration = square(2);
+             change.calibration = squarePixels(2);
              change.calibrationSlices = {&slice(s, 3)};
              change.absoluteImagesPath = true;
              return changeStack(s, change);
@@ -299,7 +299,7 @@ TEST(DocumentOperations, areRefusedWithAReasonAndWithoutATrace) {
     both.spacing = both.position = 1.0f;
     bent.registration = Registration(0, 0, std::nanf(""));
     StackChange flat, stackUnnamed, foreignSlice;
-    flat.calibration = square(0);
+    flat.calibration = squarePixels(0);
     stackUnnamed.name = "";
     foreignSlice.spacing = 1.0f;
     foreignSlice.spacingSlices = {&other.getSlice(0)};
@@ -367,7 +367,7 @@ TEST(DocumentOperations, aNewStackOfImagesIsRegisteredInOneStep) {
     NewStack description;
     description.name = "new";
     description.sliceSpacing = 2;
-    description.calibration = square(3);
+    description.calibration = squarePixels(3);
     for (int shift = 0; shift < 2; ++shift) {
         Image image(40, 40, 8);
         for (int i = 0; i < 40 * 40; ++i) {
@@ -414,9 +414,9 @@ TEST(SliceOperations, aSliceWithoutAPixelSizeTakesThatOfTheOneBefore) {
         slices.back()->setPixelCalibration(calibration);
         ASSERT_TRUE(insertSlices(stack, stack.getNumSlices(), std::move(slices)));
     };
-    insert("first", square(0.5f));
+    insert("first", squarePixels(0.5f));
     insert("none of its own", PixelCalibration());
-    insert("own", square(3));
+    insert("own", squarePixels(3));
     EXPECT_EQ(stack.getSlice(1).getPixelCalibration().getPixelWidth(), 0.5f);
     EXPECT_EQ(stack.getSlice(2).getPixelCalibration().getPixelWidth(), 3);
 }

@@ -18,7 +18,7 @@ namespace {
 /// Points with coordinates among a few values, so that many distances are equal and many points coincide, or among so
 /// many that none are.
 template <class T>
-Vertices<T> randomVertices(int space, int size, int numValues, unsigned int seed) {
+Vertices<T> roughVertices(int space, int size, int numValues, unsigned int seed) {
     std::mt19937 random(seed);
     std::uniform_int_distribution<int> value(0, numValues - 1);
     Vertices<T> vertices(space, size, size, size);
@@ -42,7 +42,7 @@ std::vector<double> bruteForce(const Vertices<T>& vertices, const Vector<T>& poi
 
 template <class T>
 void compareWithBruteForce(int space, int size, int numValues) {
-    Vertices<T> vertices = randomVertices<T>(space, size, numValues, size + space);
+    Vertices<T> vertices = roughVertices<T>(space, size, numValues, size + space);
     KDTree<T> tree;
     tree.setShape(vertices);
     tree.build();
@@ -104,7 +104,7 @@ TEST(KDTree, squaredDistancesOfIntDoNotOverflow) {
 }
 
 TEST(KDTree, nearestVertexIsTheServersOwn) {
-    Vertices<float> vertices = randomVertices<float>(3, 200, 100000, 1);
+    Vertices<float> vertices = roughVertices<float>(3, 200, 100000, 1);
     KDTree<float> tree;
     tree.setShape(vertices);
     tree.build();
@@ -124,7 +124,7 @@ TEST(KDTree, ofOneVertexAlwaysFindsIt) {
 }
 
 TEST(KDTree, indexesTheListAndNotTheServer) {
-    Vertices<double> vertices = randomVertices<double>(3, 100, 1000000, 2);
+    Vertices<double> vertices = roughVertices<double>(3, 100, 1000000, 2);
     Vertices<double> some = vertices;
     some.removeOutside(40, 59);
     KDTree<double> tree;
@@ -178,7 +178,7 @@ TEST(KDTree, refusesEmptyShapesAndLevelsOnSeveralServers) {
 }
 
 TEST(KDTree, refusesQueriesBeforeBuildingAndOfAnotherSpace) {
-    Vertices<double> vertices = randomVertices<double>(3, 5, 10, 1);
+    Vertices<double> vertices = roughVertices<double>(3, 5, 10, 1);
     KDTree<double> tree;
     EXPECT_THROW(tree.build(), UsageError);
     tree.setShape(vertices);
@@ -188,7 +188,7 @@ TEST(KDTree, refusesQueriesBeforeBuildingAndOfAnotherSpace) {
 }
 
 TEST(KDTree, seesChangesOfTheShapeAfterBuilding) {
-    Vertices<double> vertices = randomVertices<double>(2, 50, 1000, 4);
+    Vertices<double> vertices = roughVertices<double>(2, 50, 1000, 4);
     KDTree<double> tree;
     tree.setShape(vertices);
     tree.build();
@@ -198,7 +198,7 @@ TEST(KDTree, seesChangesOfTheShapeAfterBuilding) {
 }
 
 TEST(KDTree, givesAllVerticesWhenMoreAreAskedForAndNoneForZero) {
-    Vertices<double> vertices = randomVertices<double>(3, 30, 10, 1);
+    Vertices<double> vertices = roughVertices<double>(3, 30, 10, 1);
     KDTree<double> tree;
     tree.setShape(vertices);
     tree.build();
@@ -212,7 +212,7 @@ TEST(KDTree, givesAllVerticesWhenMoreAreAskedForAndNoneForZero) {
 }
 
 TEST(KDTree, countsUndefinedCoordinatesAsInfinitelyFar) {
-    Vertices<double> vertices = randomVertices<double>(3, 60, 1000, 9);
+    Vertices<double> vertices = roughVertices<double>(3, 60, 1000, 9);
     for (int i = 0; i < 60; i += 2) {
         vertices[i][i % 3] = std::numeric_limits<double>::quiet_NaN();
     }

@@ -17,6 +17,7 @@ struct DocumentDelta {
         std::string state;
         std::string image; // of a new slice
     };
+    /// A member that is another one now than it was.
     struct Change {
         int place = 0; // new
         std::string state;
@@ -29,6 +30,7 @@ struct DocumentDelta {
         int numRemoved = 0;
         std::vector<std::string> items;
     };
+    /// An item that is another one now than it was.
     struct ItemChange {
         int model = 0; // new
         int item = 0;  // new

@@ -42,6 +42,7 @@ public:
     /// The record as it follows on what has this checksum, which becomes that of the whole.
     static std::string frame(std::string_view payload, std::uint64_t& checksum);
 
+    /// What the bytes of a journal hold, as far as they are whole.
     struct Contents {
         bool known = false; ///< it is a journal, of this version
         std::string baseName, baseHash;
