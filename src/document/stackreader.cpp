@@ -474,12 +474,11 @@ void StackReader::readItemString(const char*& cursor, const char* end, std::stri
         std::size_t length = statement.size();
         statement.resize(length + left(line, stop));
         char* to = statement.data();
-        for (const char* from = line; from < stop; ++from) {
+        for (const char* from = line; from < stop; ++from)
             if (!isSpace(*from))
                 to[length++] = *from;
             else if (length > 0 && to[length - 1] != ' ')
                 to[length++] = ' ';
-        }
         statement.resize(length);
     }
     if (!statement.empty() && statement.back() == ' ')

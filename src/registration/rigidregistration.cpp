@@ -23,14 +23,12 @@ RigidRegistration<T>::~RigidRegistration() = default;
 
 template <class T>
 Registration RigidRegistration<T>::sliceRegistration() const {
-    if (__centerShift.getSize() != 2) {
+    if (__centerShift.getSize() != 2)
         throw UsageError("Registration RigidRegistration<T>::sliceRegistration() const", "No registration was run yet");
-    }
     // In (column, row) the rotation turns the other way round.
     float angle = float(std::atan2(__rotation[0][1], __rotation[0][0]) * 180 / pi);
-    if (angle < 0) {
+    if (angle < 0)
         angle += 360;
-    }
     return Registration(wholePixels(__centerShift[1]), wholePixels(__centerShift[0]),
                         angle > 0 && angle < 360 ? angle : 0);
 }
