@@ -328,7 +328,9 @@ void StackReader::parseStatement(const Tokens& tokens, StackIOContext& context, 
         logError("Error on " + word + ": " + error.getWhat() + ".");
     }
     __lost = __lost || opens;
-    keepUnread(text, *context.getStack());
+    const bool isEmptyOutline = keyword == MODELITEMDATA && tokens.size() < 2;
+    if (__lost || !isEmptyOutline) // which has nothing to keep, and would stand beside the vertices that the item gets
+        keepUnread(text, *context.getStack());
 }
 
 bool StackReader::opensObject(Keyword keyword, const Tokens& tokens) const {

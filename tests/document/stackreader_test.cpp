@@ -296,6 +296,7 @@ TEST(StackReader, anEmptyOutlineIsLoggedAndLeavesTheItemEmpty) {
     ASSERT_EQ(read.log().size(), 1u);
     EXPECT_EQ(read.log()[0], "Error on MODELITEMDATA: invalid number of arguments.");
     EXPECT_EQ(read.item().getSize(), 0);
+    EXPECT_TRUE(read.item().getUnreadText().empty()); // nothing to be written beside what it is given
     EXPECT_EQ(read.stack.getName(), "after");
 }
 

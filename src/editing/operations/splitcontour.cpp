@@ -136,7 +136,7 @@ private:
         while (vertices.size() > 1 && vertices.front() == vertices.back())
             vertices.pop_back();
         const int n = int(vertices.size());
-        Curve<int> piece(n, 2, n, 2, false);
+        Curve<int> piece(2, n, n, 1, false);
         for (int k = 0; k < n; ++k) {
             piece[k][0] = vertices[static_cast<std::size_t>(k)].first;
             piece[k][1] = vertices[static_cast<std::size_t>(k)].second;
