@@ -105,6 +105,7 @@ DocumentDelta DocumentRecorder::take() {
         takeModels(delta);
         if (std::exchange(__poses.dirty, false)) {
             std::vector<Pose*> poses;
+            poses.reserve(static_cast<std::size_t>(__stack.getNumPoses()));
             for (int i = 0; i < __stack.getNumPoses(); ++i)
                 poses.push_back(&__stack.getPose(i));
             std::vector<DocumentDelta::Change> changes;
@@ -173,6 +174,7 @@ void DocumentRecorder::takeSlices(DocumentDelta& delta) {
     if (!std::exchange(__slices.dirty, false))
         return;
     std::vector<StackSlice*> slices;
+    slices.reserve(static_cast<std::size_t>(__stack.getNumSlices()));
     for (int i = 0; i < __stack.getNumSlices(); ++i)
         slices.push_back(&__stack.getSlice(i));
     delta.newSlices = takeList(
@@ -184,6 +186,7 @@ void DocumentRecorder::takeModels(DocumentDelta& delta) {
     if (!std::exchange(__models.dirty, false))
         return;
     std::vector<Model*> models;
+    models.reserve(static_cast<std::size_t>(__stack.getNumModels()));
     for (int i = 0; i < __stack.getNumModels(); ++i)
         models.push_back(&__stack.getModel(i));
     delta.newModels = takeList(

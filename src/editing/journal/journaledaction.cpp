@@ -41,6 +41,7 @@ std::size_t checked(int place, std::size_t size) {
 /// The members of a list of the stack.
 std::vector<StackSlice*> slicesOf(VRLStack& stack) {
     std::vector<StackSlice*> slices;
+    slices.reserve(static_cast<std::size_t>(stack.getNumSlices()));
     for (int i = 0; i < stack.getNumSlices(); ++i)
         slices.push_back(&stack.getSlice(i));
     return slices;
@@ -48,6 +49,7 @@ std::vector<StackSlice*> slicesOf(VRLStack& stack) {
 
 std::vector<Model*> modelsOf(VRLStack& stack) {
     std::vector<Model*> models;
+    models.reserve(static_cast<std::size_t>(stack.getNumModels()));
     for (int i = 0; i < stack.getNumModels(); ++i)
         models.push_back(&stack.getModel(i));
     return models;
@@ -55,6 +57,7 @@ std::vector<Model*> modelsOf(VRLStack& stack) {
 
 std::vector<Pose*> posesOf(VRLStack& stack) {
     std::vector<Pose*> poses;
+    poses.reserve(static_cast<std::size_t>(stack.getNumPoses()));
     for (int i = 0; i < stack.getNumPoses(); ++i)
         poses.push_back(&stack.getPose(i));
     return poses;
@@ -329,6 +332,7 @@ void JournaledAction::exchangeSlices() {
     const std::vector<StackSlice*> newSlices = __slices->members;
     if (slices != newSlices) {
         std::vector<StackSlice::Placement> placements;
+        placements.reserve(slices.size());
         for (const StackSlice* slice : slices)
             placements.push_back(slice->getPlacement());
         const std::vector<StackSlice*> gone = without(slices, newSlices);
@@ -337,6 +341,7 @@ void JournaledAction::exchangeSlices() {
         for (StackSlice* slice : newSlices)
             __stack.addSlice(slice);
         std::vector<int> order;
+        order.reserve(newSlices.size());
         for (const StackSlice* slice : newSlices)
             order.push_back(__stack.findSlice(*slice));
         __stack.reorderSlices(order);

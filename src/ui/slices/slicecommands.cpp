@@ -9,6 +9,7 @@ namespace {
 
 std::vector<const char*> idsOf(const std::vector<CommandInfo>& commands) {
     std::vector<const char*> ids;
+    ids.reserve(commands.size());
     for (const CommandInfo& command : commands)
         ids.push_back(command.id);
     return ids;

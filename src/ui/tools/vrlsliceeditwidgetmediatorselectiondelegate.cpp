@@ -102,6 +102,7 @@ std::vector<ModelItem*> VRLSliceEditWidgetMediatorSelectionDelegate::itemsNear(c
     }
     std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<ModelItem*> items;
+    items.reserve(found.size());
     for (const auto& [distance, item] : found)
         items.push_back(item);
     return items;
