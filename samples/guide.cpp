@@ -293,12 +293,14 @@ void walkThrough(Walk& walk) {
 
     select(walk, nucleus, middle);
     walk.answer({[&walk](QDialog& dialog) {
-                     check(dialog, "Run on every slice");
-                     check(dialog, "Use propagation");
-                     walk.picture("guide-snake.png", &dialog);
-                     dialog.accept();
-                 },
-                 enter(reach)});
+        check(dialog, "Run on every slice");
+        check(dialog, "Use propagation");
+        control<QSpinBox>(dialog, [](const QSpinBox& box) {
+            return box.accessibleName() == "Slices on each side";
+        }).setValue(reach);
+        walk.picture("guide-snake.png", &dialog);
+        dialog.accept();
+    }});
     walk.key(Qt::Key_S);
     walk.checkAnswered("the snake");
     select(walk, nucleus, middle);
