@@ -15,6 +15,7 @@
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
 #include "editing/journal/partstates.h"
+#include "editing/journal/stackmembers.h"
 #include "editing/stacks/vrlstack.h"
 
 namespace vorlen {
@@ -104,13 +105,9 @@ DocumentDelta DocumentRecorder::take() {
         takeSlices(delta);
         takeModels(delta);
         if (std::exchange(__poses.dirty, false)) {
-            std::vector<Pose*> poses;
-            poses.reserve(static_cast<std::size_t>(__stack.getNumPoses()));
-            for (int i = 0; i < __stack.getNumPoses(); ++i)
-                poses.push_back(&__stack.getPose(i));
             std::vector<DocumentDelta::Change> changes;
             delta.newPoses = takeList(
-                __poses, std::move(poses), [](const Pose& pose) { return partstates::ofPose(pose); }, delta.poses,
+                __poses, posesOf(__stack), [](const Pose& pose) { return partstates::ofPose(pose); }, delta.poses,
                 changes);
         }
         takeItems(delta);
@@ -173,24 +170,16 @@ bool DocumentRecorder::takeList(List<T>& list, std::vector<T*> members, State&& 
 void DocumentRecorder::takeSlices(DocumentDelta& delta) {
     if (!std::exchange(__slices.dirty, false))
         return;
-    std::vector<StackSlice*> slices;
-    slices.reserve(static_cast<std::size_t>(__stack.getNumSlices()));
-    for (int i = 0; i < __stack.getNumSlices(); ++i)
-        slices.push_back(&__stack.getSlice(i));
     delta.newSlices = takeList(
-        __slices, std::move(slices), [](const StackSlice& slice) { return partstates::ofSlice(slice); }, delta.slices,
+        __slices, slicesOf(__stack), [](const StackSlice& slice) { return partstates::ofSlice(slice); }, delta.slices,
         delta.changedSlices);
 }
 
 void DocumentRecorder::takeModels(DocumentDelta& delta) {
     if (!std::exchange(__models.dirty, false))
         return;
-    std::vector<Model*> models;
-    models.reserve(static_cast<std::size_t>(__stack.getNumModels()));
-    for (int i = 0; i < __stack.getNumModels(); ++i)
-        models.push_back(&__stack.getModel(i));
     delta.newModels = takeList(
-        __models, std::move(models), [](const Model& model) { return partstates::ofModel(model); }, delta.models,
+        __models, modelsOf(__stack), [](const Model& model) { return partstates::ofModel(model); }, delta.models,
         delta.changedModels);
     if (!delta.newModels)
         return;

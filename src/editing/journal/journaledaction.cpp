@@ -18,6 +18,7 @@
 #include "editing/bus/vrlstackevent.h"
 #include "editing/journal/journalbytes.h"
 #include "editing/journal/partstates.h"
+#include "editing/journal/stackmembers.h"
 #include "editing/stacks/vrlstack.h"
 #include "values/imagesource.h"
 
@@ -36,31 +37,6 @@ std::size_t checked(int place, std::size_t size) {
     if (place < 0 || static_cast<std::size_t>(place) >= size)
         ByteReader::fail("The journal names a place that there is not");
     return static_cast<std::size_t>(place);
-}
-
-/// The members of a list of the stack.
-std::vector<StackSlice*> slicesOf(VRLStack& stack) {
-    std::vector<StackSlice*> slices;
-    slices.reserve(static_cast<std::size_t>(stack.getNumSlices()));
-    for (int i = 0; i < stack.getNumSlices(); ++i)
-        slices.push_back(&stack.getSlice(i));
-    return slices;
-}
-
-std::vector<Model*> modelsOf(VRLStack& stack) {
-    std::vector<Model*> models;
-    models.reserve(static_cast<std::size_t>(stack.getNumModels()));
-    for (int i = 0; i < stack.getNumModels(); ++i)
-        models.push_back(&stack.getModel(i));
-    return models;
-}
-
-std::vector<Pose*> posesOf(VRLStack& stack) {
-    std::vector<Pose*> poses;
-    poses.reserve(static_cast<std::size_t>(stack.getNumPoses()));
-    for (int i = 0; i < stack.getNumPoses(); ++i)
-        poses.push_back(&stack.getPose(i));
-    return poses;
 }
 
 template <class T>
