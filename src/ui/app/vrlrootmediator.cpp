@@ -234,6 +234,7 @@ void VRLRootMediator::initialize() {
     sliceMediator.addContextualMenuAction(&__commands.action("slice.annotate"));
     connect(&sliceMediator, &VRLSliceWidgetMediator::canvasModeChanged, this, &VRLRootMediator::setCanvasMode);
     connect(&sliceMediator, &VRLSliceEditWidgetMediator::lockRequested, this, &VRLRootMediator::lockRequest);
+    connect(&sliceMediator, &VRLSliceEditWidgetMediator::sliceRequested, this, &VRLRootMediator::setSlice);
     __commands.fill(*__toolBar, rootCommands().menu("Tool bar: slices"));
     sliceMediator.addMonitor(*__statusBar);
     for (int i = 0; i < VRLStackServer::stackServer.getNumStacks(); ++i)

@@ -138,6 +138,10 @@ void VRLSliceEditWidgetMediator::requestLock(bool on) {
     emit lockRequested(on);
 }
 
+void VRLSliceEditWidgetMediator::requestSlice(StackSlice& slice) {
+    emit sliceRequested(slice);
+}
+
 void VRLSliceEditWidgetMediator::addContextualMenuAction(QAction* action) {
     __contextualActions.append(action);
 }

@@ -73,6 +73,9 @@ public:
     /// Asks others to leave the slice alone, or gives it back.
     void requestLock(bool on);
 
+    /// Asks for another slice of the stack on the canvas.
+    void requestSlice(StackSlice& slice);
+
     /// Says in the status bar what the next input will do.
     void setHint(const QString& text);
     /// The hint for a canvas on which no interaction runs.
@@ -91,6 +94,7 @@ public:
 
 signals:
     void lockRequested(const bool on);
+    void sliceRequested(StackSlice& slice);
 
 protected:
     bool canvasEvent(QEvent* event) override;

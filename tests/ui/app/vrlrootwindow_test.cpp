@@ -128,7 +128,7 @@ protected:
             texts += widget->item(i)->text();
         return texts;
     }
-    void key(Qt::Key k, Qt::KeyboardModifiers modifiers) {
+    void key(Qt::Key k, Qt::KeyboardModifiers modifiers = {}) {
         // Without a window manager nobody else makes it the active one.
         QApplication::setActiveWindow(window);
         QTest::keyClick(window, k, modifiers);
@@ -298,6 +298,31 @@ TEST_F(VRLRootWindowTest, whatIsUndoneShowsEverywhere) {
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(shown(), before);
     EXPECT_FALSE(enabled("edit.undo"));
+}
+
+TEST_F(VRLRootWindowTest, keysLeadThroughTheSlicesAndTakeCopiesAlong) {
+    VRLStack& stack = open("one"); // three slices
+    window->sliceWidget().getCanvas().setFocus();
+    const std::vector<std::pair<Qt::Key, const char*>> walk = {
+        {Qt::Key_PageUp, "s1"}, {Qt::Key_End, "s2"}, {Qt::Key_PageUp, "s2"}, {Qt::Key_PageDown, "s1"},
+        {Qt::Key_Home, "s0"}};
+    for (const auto& [code, name] : walk) {
+        key(code);
+        EXPECT_EQ(slice(), name);
+    }
+    addItem(stack.getModel(0), stack.getSlice(0), {{2, 2}, {2, 6}, {6, 6}});
+    const int before = stack.getModel(0).getNumItems();
+    key(Qt::Key_A, Qt::ControlModifier);
+    const int taken = stack.getSlice(0).getNumItems();
+    const int there = stack.getSlice(1).getNumItems();
+    key(Qt::Key_PageUp, Qt::ShiftModifier);
+    EXPECT_EQ(slice(), "s1");
+    EXPECT_EQ(stack.getSlice(1).getNumItems(), there + taken);
+    key(Qt::Key_PageUp, Qt::ShiftModifier); // what was copied is selected: on to the next
+    EXPECT_EQ(slice(), "s2");
+    key(Qt::Key_Z, Qt::ControlModifier);
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(stack.getModel(0).getNumItems(), before);
 }
 
 TEST_F(VRLRootWindowTest, aDeletedSliceComesBackByUndo) {

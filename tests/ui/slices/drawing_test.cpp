@@ -588,6 +588,7 @@ protected:
             {3, "smooth", [this] { useTool("Smooth (Fourier)"); }},
             {3, "Douglas-Peucker", [this] { useTool("Decimate (Douglas-Peucker)"); }},
             {3, "split", [this] { useTool("Split contour"); }},
+            {2, "copy", [this] { trigger("Copy to slices..."); }},
             {1, "snake", [this] { useTool("Run Snake"); }},
             {3, "automatic", [this] { chooseAny("Draw", "Automatic"); }},
             {1, "properties", [this] { edit("Properties..."); }},
