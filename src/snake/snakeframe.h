@@ -11,11 +11,11 @@ class Image;
 /// The part of a slice's image that a snake runs on, and the way between the pixels of the two.
 ///
 /// A pixel of the frame stands for stepX by stepY pixels of the slice, so that its own are square where the slice's are
-/// not, and as many times larger as the snake's scale says. Where a pixel of the frame is larger, it is the mean over what
-/// it covers; where it is smaller, values are interpolated between the middles of the slice's pixels.
+/// not, and as many times larger as the snake's scale says. Where a pixel of the frame is larger, it is the mean over
+/// what it covers; where it is smaller, values are interpolated between the middles of the slice's pixels.
 ///
-/// A snake takes the integer part of a coordinate, so that its pixel i reaches from i to i + 1, while a vertex on a slice
-/// with whole coordinates lies in the middle of its pixel. toFrame() and toSlice() take care of that half pixel.
+/// A snake takes the integer part of a coordinate, so that its pixel i reaches from i to i + 1, while a vertex on a
+/// slice with whole coordinates lies in the middle of its pixel. toFrame() and toSlice() take care of that half pixel.
 class SnakeFrame {
 public:
     SnakeFrame() = default;

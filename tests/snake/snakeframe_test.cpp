@@ -46,7 +46,8 @@ TEST(SnakeFrame, valuesOfAFrameAreThoseOfTheImageAtItsPixels) {
                 for (int j = 0; j < pixels.getSize2(); ++j) {
                     const Curve<float> place = frame.toSlice(pointsOf({{float(j) + 0.5f, float(i) + 0.5f}}));
                     const double x = place[0][0], y = place[0][1];
-                    // The mean over parts of pixels differs a little; at the end, where there is no more to cover, a lot.
+                    // The mean over parts of pixels differs a little; at the end, where there is no more to cover, a
+                    // lot.
                     if (i + 1 < pixels.getSize1() && j + 1 < pixels.getSize2() && i > 0 && j > 0) {
                         EXPECT_NEAR(pixels[i][j], 2 * x + 3 * y, 0.2) << aspect << " " << scale;
                     }

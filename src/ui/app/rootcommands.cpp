@@ -122,7 +122,11 @@ std::vector<CommandInfo> viewCommands() {
          .checkable = true,
          .planned = true},
         {.id = "slice.first", .text = "Select first slice", .tip = "First slice", .icon = "bottom", .keys = "Home"},
-        {.id = "slice.previous", .text = "Select previous slice", .tip = "Previous slice", .icon = "down", .keys = "PgDown"},
+        {.id = "slice.previous",
+         .text = "Select previous slice",
+         .tip = "Previous slice",
+         .icon = "down",
+         .keys = "PgDown"},
         {.id = "slice.next", .text = "Select next slice", .tip = "Next slice", .icon = "up", .keys = "PgUp"},
         {.id = "slice.last", .text = "Select last slice", .tip = "Last slice", .icon = "top", .keys = "End"},
     };

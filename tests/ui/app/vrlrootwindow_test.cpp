@@ -303,9 +303,11 @@ TEST_F(VRLRootWindowTest, whatIsUndoneShowsEverywhere) {
 TEST_F(VRLRootWindowTest, keysLeadThroughTheSlicesAndTakeCopiesAlong) {
     VRLStack& stack = open("one"); // three slices
     window->sliceWidget().getCanvas().setFocus();
-    const std::vector<std::pair<Qt::Key, const char*>> walk = {
-        {Qt::Key_PageUp, "s1"}, {Qt::Key_End, "s2"}, {Qt::Key_PageUp, "s2"}, {Qt::Key_PageDown, "s1"},
-        {Qt::Key_Home, "s0"}};
+    const std::vector<std::pair<Qt::Key, const char*>> walk = {{Qt::Key_PageUp, "s1"},
+                                                               {Qt::Key_End, "s2"},
+                                                               {Qt::Key_PageUp, "s2"},
+                                                               {Qt::Key_PageDown, "s1"},
+                                                               {Qt::Key_Home, "s0"}};
     for (const auto& [code, name] : walk) {
         key(code);
         EXPECT_EQ(slice(), name);
