@@ -331,25 +331,60 @@ TEST_F(DrawingTest, commandsOnTheSelectionAreOneStepAndTellWhatTheyDid) {
     expectSteps(0, [&] { selection->convertSelection("Other & more"); });
 }
 
+TEST_F(DrawingTest, whatAnEditionHasDoneCanBeUndoneInIt) {
+    ModelItem& contour = addItem(*polygon, *slice, square);
+    const Points drawnBefore = verticesOf(contour);
+    expectSteps(1, [&] { EXPECT_TRUE(moveVertex(stack, contour, 1, point(60, 120))); });
+    history().redo();
+    const Points before = verticesOf(contour);
+    select(contour);
+    edition->activate();
+    const auto move = [this](QPoint from, QPoint to) {
+        press(from);
+        drag(to);
+        release(to);
+    };
+    key(Qt::Key_Z, Qt::ControlModifier); // what was done before the edition stays
+    EXPECT_EQ(verticesOf(contour), before);
+    move(QPoint(50, 50), QPoint(30, 30));
+    const Points moved = verticesOf(contour);
+    edition->setInsertMode();
+    click(QPoint(100, 75));
+    const Points inserted = verticesOf(contour);
+    ASSERT_NE(inserted, moved);
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(verticesOf(contour), moved);
+    edition->undo();
+    EXPECT_EQ(verticesOf(contour), before);
+    edition->undo();
+    EXPECT_EQ(verticesOf(contour), before);
+    key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(verticesOf(contour), moved);
+    QTest::keyClick(edition->getToolBar(), Qt::Key_R, Qt::ControlModifier); // the tool window may have the keyboard
+    EXPECT_EQ(verticesOf(contour), inserted);
+    EXPECT_TRUE(edition->isActive());
+    action("Cancel")->trigger();
+    EXPECT_EQ(undoAll(), 3);
+    EXPECT_EQ(verticesOf(contour), drawnBefore);
+}
+
 TEST_F(DrawingTest, verticesAreMovedInsertedAndDeletedInStepsOfTheirOwn) {
     ModelItem& contour = addItem(*polygon, *slice, square);
     edition->activate();
     EXPECT_FALSE(edition->isActive()); // nothing is selected
     select(contour);
     QSignalSpy locks(mediator, &VRLSliceEditWidgetMediator::lockRequested);
-    VRLPreferences::setClickTolerance(30);
     edition->activate();
     edition->activate();
     EXPECT_EQ(statusBar->getEditModeInfo(), "MOVE");
     EXPECT_TRUE(edition->getToolBar()->isVisible());
     expectSteps(0, [&] {
-        press(QPoint(50, 61)); // too far whatever the preference
+        press(QPoint(50, 61)); // too far
         drag(QPoint(10, 10));
         release(QPoint(10, 10));
         press(QPoint(52, 52)); // no move
         release(QPoint(52, 52));
     });
-    VRLPreferences::setClickTolerance(10);
     expectSteps(1, [&] {
         press(QPoint(55, 58));
         drag(QPoint(40, 40));
@@ -437,7 +472,8 @@ TEST_F(DrawingTest, theEditionHasAMenuAndAToolWindowOfItsOwn) {
     });
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), canvas->mapToGlobal(QPoint(5, 5)));
     QCoreApplication::sendEvent(canvas, &event);
-    EXPECT_EQ(texts, QStringList({"Move points", "Insert points", "Delete points", "", "End edition"}));
+    EXPECT_EQ(texts,
+              QStringList({"Move points", "Insert points", "Delete points", "", "Undo", "Redo", "", "End edition"}));
     EXPECT_EQ(statusBar->getEditModeInfo(), "INSERT");
     EXPECT_EQ(edition->getToolBar()->windowTitle(), "Vertex edition tools");
     EXPECT_EQ(edition->getToolBar()->pos(), canvas->mapToGlobal(QPoint(10, 10)));
@@ -634,7 +670,7 @@ protected:
              [this] {
                  const QList<QAction*> modes = edition->getToolBar()->findChild<QToolBar*>()->actions();
                  if (edition->isActive())
-                     modes[below(rarely() ? 4 : 3)]->trigger();
+                     modes[below(rarely() ? 6 : 3)]->trigger();
              }},
             {1, "close the tools", [this] { edition->getToolBar()->close(); }},
             {3, "undo",

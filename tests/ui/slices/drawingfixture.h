@@ -75,8 +75,8 @@ protected:
         mouse(QEvent::MouseButtonDblClick, at, Qt::LeftButton, Qt::LeftButton);
         release(at);
     }
-    void key(Qt::Key code) {
-        QKeyEvent event(QEvent::KeyPress, code, Qt::NoModifier);
+    void key(Qt::Key code, Qt::KeyboardModifiers modifiers = {}) {
+        QKeyEvent event(QEvent::KeyPress, code, modifiers);
         QCoreApplication::sendEvent(canvas, &event);
     }
     void pen(QEvent::Type type, QPoint at, double pressure, QPointingDevice::PointerType kind) {
