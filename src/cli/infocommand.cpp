@@ -79,7 +79,7 @@ void printTables(const StackFile& file, OutputFormat format) {
                        shortNumber(slice.getAbsolutePosition()),
                        shortNumber(slice.getPixelCalibration().getPixelWidth()),
                        shortNumber(slice.getPixelCalibration().getPixelHeight()),
-                       std::to_string(registration.getHorShift()) + " " + std::to_string(registration.getVerShift()),
+                       shortNumber(registration.getHorShift()) + " " + shortNumber(registration.getVerShift()),
                        shortNumber(registration.getRotationAngle())});
     }
     if (format == OutputFormat::Csv) {

@@ -121,6 +121,12 @@ float toFinite(std::string_view text) {
     return std::isfinite(value) ? value : 0;
 }
 
+/// Pixels and decimals of them; 0 for what is no number, and no more than an int holds.
+double toShift(std::string_view text) {
+    const double value = std::strtod(std::string(text.substr(0, 256)).c_str(), nullptr);
+    return std::isnan(value) ? 0 : std::clamp<double>(value, -INT_MAX, INT_MAX);
+}
+
 bool toBool(std::string_view text) {
     return text.size() == 1 ? text == "1" : text == "true";
 }
@@ -990,7 +996,7 @@ void StackReader::inputResampling(const Tokens& tokens, StackIOContext& context)
 
 void StackReader::inputRotate(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getSlice()).getRegistration().setRotationAngle(toReal(tokens[1]));
+    required(context.getSlice()).getRegistration().setRotationAngle(toFinite(tokens[1]));
 }
 
 void StackReader::inputSample(const Tokens& tokens, StackIOContext& context) {
@@ -1021,8 +1027,8 @@ void StackReader::inputSampleValue(const Tokens& tokens, StackIOContext& context
 void StackReader::inputShift(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 2);
     Registration& registration = required(context.getSlice()).getRegistration();
-    registration.setHorShift(toInt(tokens[1]));
-    registration.setVerShift(toInt(tokens[2]));
+    registration.setHorShift(toShift(tokens[1]));
+    registration.setVerShift(toShift(tokens[2]));
 }
 
 void StackReader::inputSliceSize(const Tokens& tokens, StackIOContext& context) {

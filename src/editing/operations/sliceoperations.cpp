@@ -44,8 +44,8 @@ Outcome checkChange(const StackSlice& slice, const SliceChange& change) {
         return Outcome::refused("The thickness of the slice must not be below zero");
     if (change.calibration && !isPixelSize(*change.calibration))
         return Outcome::refused("The size of a pixel must be above zero");
-    if (change.registration && !std::isfinite(change.registration->getRotationAngle()))
-        return Outcome::refused("The angle of the registration is no number");
+    if (change.registration && !change.registration->isFinite())
+        return Outcome::refused("A shift or the angle of the registration is no number");
     return Outcome::done();
 }
 
@@ -192,8 +192,8 @@ Outcome setRegistrations(VRLStack& stack, const std::vector<Registration>& regis
     auto action = std::make_unique<VRLStackStateAction>(stack, "Register slices");
     for (int i = 0; i < stack.getNumSlices(); ++i) {
         const Registration& registration = registrations[static_cast<std::size_t>(i)];
-        if (!std::isfinite(registration.getRotationAngle()))
-            return Outcome::refused("The angle of the registration is no number");
+        if (!registration.isFinite())
+            return Outcome::refused("A shift or the angle of the registration is no number");
         action->sliceState(stack.getSlice(i)).registration = registration;
     }
     return applyInStep(stack, std::move(action));

@@ -49,7 +49,7 @@ Outcome changeSlice(VRLStack& stack, StackSlice& slice, const SliceChange& chang
 /// one before it now loses its registration, which was on the old one. Refused unless each slice is named once.
 Outcome reorderSlices(VRLStack& stack, const std::vector<int>& order);
 
-/// Gives the slices, in their order, these registrations. Refused unless there is one for each slice.
+/// Gives the slices, in their order, these registrations. Refused unless there is one of numbers for each slice.
 Outcome setRegistrations(VRLStack& stack, const std::vector<Registration>& registrations);
 
 /// What automatic registration found.
