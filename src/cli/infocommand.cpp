@@ -17,7 +17,7 @@ namespace vorlen {
 namespace {
 
 std::string imageText(const StackSlice& slice) {
-    return slice.isEmpty() ? "" : slice.getImageSource().getName();
+    return slice.hasImageSource() ? slice.getImageSource().getName() : "";
 }
 
 void writeJson(JsonWriter& json, const StackFile& file) {
@@ -30,7 +30,7 @@ void writeJson(JsonWriter& json, const StackFile& file) {
     json.beginArray();
     for (int i = 0; i < stack.getNumSlices(); ++i) {
         const StackSlice& slice = stack.getSlice(i);
-        const bool empty = slice.isEmpty();
+        const bool empty = !slice.hasImageSource();
         json.beginObject();
         json.member("name", slice.getName());
         json.member("image", imageText(slice));
@@ -68,7 +68,7 @@ void printTables(const StackFile& file, OutputFormat format) {
         {"Slice", "Image", "Width", "Height", "Depth", "Position", "PixelWidth", "PixelHeight", "Shift", "Rotation"});
     for (int i = 0; i < stack.getNumSlices(); ++i) {
         const StackSlice& slice = stack.getSlice(i);
-        const bool empty = slice.isEmpty();
+        const bool empty = !slice.hasImageSource();
         const Registration& registration = slice.getRegistration();
         std::string image = imageText(slice);
         if (format == OutputFormat::Table)
@@ -118,51 +118,6 @@ int infoCommand(const QStringList& arguments) {
             printTables(file, format);
         return int(ExitGood);
     });
-}
-
-int checkCommand(const QStringList& arguments) {
-    CommandLine line("check", "Tells what is wrong with stacks; exit status 1 when something is.", "STACK.sdf...",
-                     "Stack description files (.sdf).");
-    line.addFormatOption();
-    TextTable table({"File", "Opened", "Fatal", "Message"});
-    bool csv = false;
-    const auto report = [&table, &csv](const StackFile& file, OutputFormat format, JsonWriter& json) {
-        const bool clean = file.getLog().empty() && file.getNumFatalErrors() == 0;
-        if (format == OutputFormat::Json) {
-            json.beginObject();
-            json.member("file", file.getName());
-            json.member("opened", file.isOpened());
-            json.member("fatal", file.getNumFatalErrors());
-            json.key("log");
-            json.beginArray();
-            for (const std::string& message : file.getLog())
-                json.value(message);
-            json.endArray();
-            json.endObject();
-        } else if (format == OutputFormat::Csv) {
-            csv = true;
-            const std::string opened = file.isOpened() ? "true" : "false";
-            for (const std::string& message : file.getLog())
-                table.addRow({file.getName(), opened, std::to_string(file.getNumFatalErrors()), message});
-            if (file.getLog().empty())
-                table.addRow({file.getName(), opened, std::to_string(file.getNumFatalErrors()), ""});
-        } else if (!file.isOpened()) {
-            std::cout << file.getName() << ": cannot be read\n";
-        } else {
-            std::cout << file.getName() << ": ";
-            if (clean)
-                std::cout << "no problems\n";
-            else
-                std::cout << file.getLog().size() << " problems, " << file.getNumFatalErrors() << " fatal\n";
-            for (const std::string& message : file.getLog())
-                std::cout << "  " << message << '\n';
-        }
-        return int(!file.isOpened() ? ExitFileError : clean ? ExitGood : ExitProblems);
-    };
-    const int status = reportOnFiles(line, arguments, report);
-    if (csv)
-        table.printCsv(std::cout);
-    return status;
 }
 
 } // namespace vorlen

@@ -18,6 +18,7 @@
 #include "files/fileinfo.h"
 #include "files/safefile.h"
 #include "images/files/imagesourcefile.h"
+#include "images/files/imagesourceplaceholder.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
 #include "images/volumes/voxelmatrix.h"
@@ -157,8 +158,7 @@ void StackWriter::writeSlices(const Stack& stack) {
         const ImageSource& source = slice.getImageSource();
         __text += '\n';
         writeImage(sliceName(slice), source);
-        statement(SliceSize1, source.getSize1());
-        statement(SliceSize2, source.getSize2());
+        writeSize(slice);
         if (!slice.useRelativePosition())
             statement(POSITION, slice.getAbsolutePosition());
         else if (slice.getRelativePosition() != stack.getDefaultRelativePosition())
@@ -186,6 +186,19 @@ void StackWriter::writeSlices(const Stack& stack) {
         __text += slice.getUnreadText();
         reportProgress(1);
     }
+}
+
+/// A lost image whose size nobody knows has none.
+void StackWriter::writeSize(const Slice& slice) {
+    const ImageSource& source = slice.getImageSource();
+    Slice::StatedSize size = {source.getSize1(), source.getSize2()};
+    if (__keepsStatedSizes && slice.getStatedSize().height > 0 && slice.getStatedSize().width > 0)
+        size = slice.getStatedSize();
+    const auto* const lost = dynamic_cast<const ImageSourcePlaceholder*>(&source);
+    if (lost != nullptr && !lost->hasSize())
+        return;
+    statement(SliceSize1, size.height);
+    statement(SliceSize2, size.width);
 }
 
 /// The directory of the first file comes before the slice, those of others where they begin.

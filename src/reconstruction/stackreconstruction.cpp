@@ -23,7 +23,7 @@ struct ImageSize {
 
 template <class T>
 ImageSize<T> imageSize(const StackSlice& slice) {
-    if (slice.isEmpty())
+    if (!slice.hasImageSource())
         return {};
     const ImageSource& source = slice.getImageSource();
     return {T(source.getSize2()), T(source.getSize1())};
