@@ -68,6 +68,11 @@ Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Verti
     return inOneStep(stack, {}, [&item](EditStep& step) { applyCreation(step, std::move(item)); });
 }
 
+void keepDiscardedDrawing(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<int>& vertices) {
+    if (vertices.getNumVertices() > 0 && stack.history() != nullptr && !stack.history()->isStepOpen())
+        stack.history()->addAside(std::make_unique<VRLDrawingDiscardAction>(slice, model, vertices));
+}
+
 Outcome deleteItem(VRLStack& stack, ModelItem& item) {
     return inOneStep(stack, {}, [&](EditStep& step) { step.apply(std::make_unique<VRLItemDeletionAction>(item)); });
 }

@@ -319,6 +319,8 @@ void VRLRootMediator::withStackIO(const QString& task, const std::function<VRLSt
         io.addMonitor(*__statusBar);
         if (VRLStack* stack = command(io))
             setStack(*stack);
+        if (!io.getNotice().isEmpty())
+            __statusBar->setMessage(io.getNotice());
     });
 }
 

@@ -208,6 +208,16 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     }
     if (reader.getNumFatalErrors() > 0 || !claimFile(*stack, path) || !settleDamage(*stack, reader))
         return nullptr;
+    if (VRLRecovery* recovery = VRLRecovery::running(); recovery != nullptr && reader.getLog().empty() &&
+                                                        reader.isWhole() && !stack->isReadOnly()) {
+        const WaitCursor cursor;
+        __notice.clear();
+        if (auto before = recovery->restoreHistory(*stack, __notice)) {
+            before->fileGuard().takeLockOf(stack->fileGuard());
+            stack = std::move(before);
+            stack->updateReconstruction();
+        }
+    }
     VRLStackServer::stackServer.addStack(*stack);
     VRLSettings::addRecentFile(decoded(path));
     return stack.release();
@@ -465,7 +475,8 @@ VRLStack* VRLStackIO::recoverStacks(VRLRecovery& recovery) {
             continue;
         const std::string file = stack->getFilename();
         if (!file.empty()) {
-            stack->fileGuard().note(file);
+            if (!stack->fileGuard().isNoted(file))
+                stack->fileGuard().note(file);
             if (!claimFile(*stack, file)) {
                 delete stack;
                 continue;

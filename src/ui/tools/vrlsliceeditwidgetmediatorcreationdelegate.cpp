@@ -36,11 +36,28 @@ void VRLSliceEditWidgetMediatorCreationDelegate::activate(const QString& modelNa
     if (stack() == nullptr)
         return;
     const int index = stack()->findModel(modelName.toStdString());
+    if (index >= 0)
+        begin(stack()->getModel(index));
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::resume(const Model& model, const Vertices<int>& vertices) {
+    if (isActive() || stack() == nullptr)
+        return;
+    const int index = stack()->findModel(model);
     if (index < 0)
         return;
+    begin(stack()->getModel(index));
+    __item->setVertices(vertices);
+    __item->getVertices().detach();
+    __resumed = vertices;
+    canvas().update();
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::begin(Model& model) {
     VRLSliceEditWidgetMediatorDelegate::activate();
+    __resumed.reset();
     __item = std::make_unique<ModelItem>();
-    __item->setModel(&stack()->getModel(index));
+    __item->setModel(&model);
     __item->setSlice(slice());
     host().setPreview(__item.get());
     canvas().setFocus();
@@ -64,8 +81,35 @@ void VRLSliceEditWidgetMediatorCreationDelegate::deactivate() {
 void VRLSliceEditWidgetMediatorCreationDelegate::cancel() {
     if (!isActive())
         return;
+    const bool kept = keep();
+    end();
+    if (kept)
+        host().setHint("The drawing was given up. Undo (Ctrl+Z) brings it back.");
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::abandon() {
+    if (isActive())
+        end();
+}
+
+/// In the history, to be had back. Not a second time what came back from there and has not changed since.
+bool VRLSliceEditWidgetMediatorCreationDelegate::keep() {
+    if (stack() == nullptr || slice() == nullptr || __item->getSize() == 0)
+        return false;
+    const Vertices<int>& drawn = __item->getVertices();
+    bool same = __resumed && __resumed->getNumVertices() == drawn.getNumVertices();
+    for (int i = 0; same && i < drawn.getNumVertices(); ++i)
+        same = (*__resumed)[i] == drawn[i];
+    if (same)
+        return false;
+    keepDiscardedDrawing(*stack(), *slice(), *__item->getModel(), drawn);
+    return true;
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::end() {
     host().setPreview(nullptr);
     __item.reset();
+    __resumed.reset();
     canvas().update();
     deactivate();
 }
@@ -78,17 +122,22 @@ void VRLSliceEditWidgetMediatorCreationDelegate::apply() {
         return cancel();
     const QPointer<VRLSliceEditWidgetMediatorCreationDelegate> self(this);
     std::exception_ptr failure;
+    bool created = false;
     try {
         const Outcome outcome = createItem(*stack(), *slice(), *__item->getModel(), __item->getVertices(),
                                            VRLPreferences::autoDecimationEnabled());
+        created = bool(outcome);
         if (!outcome)
-            warn("User error", QString::fromStdString(outcome.getReason()) + "\n\nCreation canceled.");
+            warn("User error", QString::fromStdString(outcome.getReason()) +
+                                   "\n\nCreation canceled. Undo (Ctrl+Z) brings the drawing back.");
     } catch (...) {
         failure = std::current_exception();
     }
-    if (!self)
+    if (!self || !isActive())
         return;
-    cancel();
+    if (!created)
+        keep();
+    end();
     if (failure)
         guarded(&canvas(), "What was drawn cannot be added.", [&failure] { std::rethrow_exception(failure); });
 }
@@ -109,10 +158,8 @@ void VRLSliceEditWidgetMediatorCreationDelegate::appendVertex(const QPoint& posi
 void VRLSliceEditWidgetMediatorCreationDelegate::removeLastVertex() {
     if (!isActive() || __item->getSize() == 0)
         return;
-    if (__item->getSize() == 1) {
-        cancel();
-        return;
-    }
+    if (__item->getSize() == 1)
+        return end();
     __item->removeVertex(__item->getSize() - 1);
     canvas().update();
 }
