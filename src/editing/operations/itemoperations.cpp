@@ -2,6 +2,7 @@
 
 #include "document/model.h"
 #include "document/stackslice.h"
+#include "editing/actions/vrldrawingdiscardaction.h"
 #include "editing/actions/vrlitemappendpointsaction.h"
 #include "editing/actions/vrlitemdeletionaction.h"
 #include "editing/actions/vrlitemselectionconversionaction.h"

@@ -21,6 +21,8 @@ namespace vorlen {
 
 namespace {
 
+const char* const givenUpHint = "The drawing was given up. Undo (Ctrl+Z) brings it back.";
+
 bool isPenDown(const QTabletEvent& event) {
     return event.pointerType() == QPointingDevice::PointerType::Pen && event.pressure() > 0.25;
 }
@@ -48,7 +50,6 @@ void VRLSliceEditWidgetMediatorCreationDelegate::resume(const Model& model, cons
         return;
     begin(stack()->getModel(index));
     __item->setVertices(vertices);
-    __item->getVertices().detach();
     __resumed = vertices;
     canvas().update();
 }
@@ -84,7 +85,7 @@ void VRLSliceEditWidgetMediatorCreationDelegate::cancel() {
     const bool kept = keep();
     end();
     if (kept)
-        host().setHint("The drawing was given up. Undo (Ctrl+Z) brings it back.");
+        host().setHint(givenUpHint);
 }
 
 void VRLSliceEditWidgetMediatorCreationDelegate::abandon() {
@@ -128,16 +129,16 @@ void VRLSliceEditWidgetMediatorCreationDelegate::apply() {
                                            VRLPreferences::autoDecimationEnabled());
         created = bool(outcome);
         if (!outcome)
-            warn("User error", QString::fromStdString(outcome.getReason()) +
-                                   "\n\nCreation canceled. Undo (Ctrl+Z) brings the drawing back.");
+            warn("User error", QString::fromStdString(outcome.getReason()) + "\n\nCreation canceled.");
     } catch (...) {
         failure = std::current_exception();
     }
     if (!self || !isActive())
         return;
-    if (!created)
-        keep();
+    const bool kept = !created && keep();
     end();
+    if (kept)
+        host().setHint(givenUpHint);
     if (failure)
         guarded(&canvas(), "What was drawn cannot be added.", [&failure] { std::rethrow_exception(failure); });
 }
