@@ -335,9 +335,13 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
     if (!file.endsWith(".sdf"))
         file += ".sdf";
     bool agreed = true;
+    const QString holder = encoded(file) == stack.getFilename() && !stack.isReadOnly()
+                               ? QString()
+                               : StackFileGuard::holder(encoded(file));
     if (QFile::exists(file))
         agreed = QMessageBox::warning(__parent, "Confirm overwrite",
-                                      file + "\n\n already exists. Do you wish to overwrite it? ",
+                                      file + "\n\n already exists. Do you wish to overwrite it? " +
+                                          (holder.isEmpty() ? QString() : "\n\nIt is open in " + holder + "."),
                                       QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel) == QMessageBox::Ok;
     if (agreed)
         writeStack(stack, encoded(file));

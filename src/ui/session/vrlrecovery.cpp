@@ -61,7 +61,7 @@ QString homeDirectory() {
 
 QString stateDirectory() {
     const QString state = qEnvironmentVariable("XDG_STATE_HOME");
-    return (QDir::isAbsolutePath(state) ? state : homeDirectory() + "/.local/state") + "/vorlen/recovery";
+    return (QDir::isAbsolutePath(state) ? state : homeDirectory() + "/.local/state") + "/vorlen";
 }
 
 /// What went wrong; empty for a file that is whole on disk.
@@ -76,8 +76,16 @@ QString writeWhole(const QString& name, const QByteArray& contents) {
 
 VRLRecovery* VRLRecovery::__running = nullptr;
 
+QString VRLRecovery::userDirectory() {
+    return stateDirectory() + "/recovery";
+}
+
+QString VRLRecovery::userHistoryDirectory() {
+    return stateDirectory() + "/history";
+}
+
 VRLRecovery::VRLRecovery(const QString& directory)
-    : __directory(directory.isEmpty() ? stateDirectory() : directory),
+    : __directory(directory.isEmpty() ? userDirectory() : directory),
       __history(QFileInfo(__directory).path() + "/history") {
     __running = this;
     __writers.setMaxThreadCount(1); // files are written and removed in the order of the requests
@@ -248,8 +256,10 @@ void VRLRecovery::tidy() {
             if (QFileInfo(recoveryFile).size() > 0 || StackJournal::hasUnsavedSteps(path))
                 continue;
             const QString file = QSettings(infoFile(recoveryFile), QSettings::IniFormat).value("stackFile").toString();
-            if (file.isEmpty() || !StackJournal::hasSave(path) ||
-                !__history.take(journal, QFile::encodeName(file).toStdString()))
+            const bool kept = !file.isEmpty() && StackJournal::hasSave(path);
+            if (kept && !__history.take(journal, QFile::encodeName(file).toStdString()))
+                continue;
+            if (!kept)
                 QDir(journal).removeRecursively();
             QFile::remove(infoFile(recoveryFile));
         }
@@ -458,7 +468,9 @@ void VRLRecovery::closeJournal(const VRLStack& stack) {
     __journals.erase(journal);
     if (!folder.isEmpty())
         __writers.start([this, folder, file] {
-            if (file.empty() || !__history.take(folder, file))
+            if (!file.empty() && !__history.take(folder, file))
+                return; // it stays for tidy()
+            if (file.empty())
                 QDir(folder).removeRecursively();
             QFile::remove(folder.chopped(8) + ".ini");
             __history.prune();

@@ -60,6 +60,10 @@ public:
     explicit VRLRecovery(const QString& directory = QString());
     ~VRLRecovery() override;
 
+    /// The user's directories: for what a crash leaves behind, and for the histories of files.
+    static QString userDirectory();
+    static QString userHistoryDirectory();
+
     /// The object made last; null when there is none.
     static VRLRecovery* running() { return __running; }
 

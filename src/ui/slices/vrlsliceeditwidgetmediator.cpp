@@ -19,6 +19,7 @@
 #include "ui/slices/toolmenus.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 
 namespace vorlen {
@@ -225,6 +226,16 @@ VRLSliceEditWidgetMediator::Tool& VRLSliceEditWidgetMediator::toolOf(ToolMaker m
     tool->setParent(this);
     __tools.emplace_back(make, tool);
     return *tool;
+}
+
+void VRLSliceEditWidgetMediator::resumeDrawing(const Model& model, const Vertices<int>& vertices) {
+    if (isInteracting() || __resting == nullptr)
+        return;
+    for (const auto& [maker, tool] : __tools)
+        if (auto* const creation = dynamic_cast<VRLSliceEditWidgetMediatorCreationDelegate*>(tool)) {
+            __resting->cancel();
+            return creation->resume(model, vertices);
+        }
 }
 
 void VRLSliceEditWidgetMediator::toolStarts(Tool& tool) {

@@ -10,12 +10,14 @@
 #include <QPointer>
 
 #include "document/stacksliceselectioninfo.h"
+#include "shapes/vertices.h"
 #include "ui/slices/vrlslicewidgetmediator.h"
 
 class QContextMenuEvent;
 
 namespace vorlen {
 
+class Model;
 class SliceToolHost;
 struct ToolCommand;
 class ToolHost;
@@ -69,6 +71,9 @@ public:
     void selectionChange(const StackSliceSelectionInfo& info);
     /// The same for what is selected now.
     void updateSelection();
+
+    /// Goes on with a drawing of the model on the slice that was given up, unless something else is being done.
+    void resumeDrawing(const Model& model, const Vertices<int>& vertices);
 
     /// Asks others to leave the slice alone, or gives it back.
     void requestLock(bool on);

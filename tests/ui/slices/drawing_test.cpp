@@ -117,6 +117,58 @@ TEST_F(DrawingTest, contoursOfTooFewVerticesAreRefused) {
                   "User error: Cannot create an open contour with less than 2 points.\n\nCreation canceled."}));
 }
 
+// It stands in the history among the steps, and leaves what can be redone.
+TEST_F(DrawingTest, aDrawingThatWasGivenUpIsKeptInTheHistory) {
+    addItem(*polygon, *slice, {{150, 50}, {200, 50}, {200, 90}});
+    const std::string before = text();
+    const auto step = [this](int x) {
+        creation->activate("Polygon");
+        draw({{x, 10}, {x + 30, 10}, {x + 30, 40}});
+        key(Qt::Key_Return);
+    };
+    step(10);
+    step(60);
+    const std::string after = text();
+    history().undo();
+    const auto expectKept = [&](const Points& points) {
+        const auto* kept = dynamic_cast<const VRLDrawingDiscardAction*>(history().nextToUndo());
+        ASSERT_NE(kept, nullptr);
+        EXPECT_EQ(coordinates(kept->getVertices()), points);
+        EXPECT_EQ(&kept->getModel(), other);
+        EXPECT_EQ(&kept->getSlice(), slice);
+        EXPECT_TRUE(history().isRedoable());
+    };
+    creation->activate("Other & more");
+    draw({{10, 10}, {20, 10}});
+    mouse(QEvent::MouseButtonPress, QPoint(5, 5), Qt::RightButton, Qt::RightButton);
+    expectKept({{10, 10}, {20, 10}});
+    history().undo();
+    mediator->resumeDrawing(*other, makeVertices({{10, 10}, {20, 10}}));
+    EXPECT_EQ(drawn(), (Points{{10, 10}, {20, 10}}));
+    click(QPoint(20, 30));
+    trigger("Cancel"); // as another one
+    expectKept({{10, 10}, {20, 10}, {20, 30}});
+    history().undo();
+    // Given up as it came back it does not stand in the way a second time.
+    mediator->resumeDrawing(*other, makeVertices({{10, 10}, {20, 10}, {20, 30}}));
+    trigger("Cancel");
+    EXPECT_EQ(history().getUndoDescription(false), "Item creation");
+    EXPECT_EQ(undoAll(), 1);
+    EXPECT_EQ(text(), before);
+    while (history().isRedoable())
+        history().redo();
+    EXPECT_EQ(text(), after);
+    // Nothing drawn, or taken back, is nothing to be kept.
+    history().clear();
+    creation->activate("Polygon");
+    trigger("Cancel");
+    creation->activate("Polygon");
+    draw({{10, 10}});
+    key(Qt::Key_Backspace);
+    EXPECT_FALSE(creation->isActive());
+    EXPECT_FALSE(history().isUndoable());
+}
+
 TEST_F(DrawingTest, pointsAreNotDrawnByDraggingAndPreferencesDropStraightRuns) {
     expectSteps(1, [&] {
         creation->activate("Dots");
