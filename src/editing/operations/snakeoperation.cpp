@@ -1,8 +1,11 @@
 #include "editing/operations/snakeoperation.h"
 
 #include <algorithm>
+#include <cmath>
+#include <optional>
 #include <vector>
 
+#include "document/stackgreyscale.h"
 #include "document/stackslice.h"
 #include "editing/operations/onestep.h"
 #include "images/filters/resizexform.h"
@@ -33,6 +36,7 @@ Curve<float> reduced(const Vertices<int>& vertices, float scale) {
 /// What is held during the run only: the image and the snake with its edge map.
 struct SnakeOperation::Work {
     PixelMatrix<float> image;
+    std::optional<GreyScale> scale; // of the stack, once a slice asks for it
     Snake<float, float> snake;
 };
 
@@ -180,12 +184,21 @@ void SnakeOperation::readImage(const StackSlice& slice) {
     case BlueContent:
         pixels.convertFromImage(image, BlueChannel);
         break;
-    case MixedContent:
-        image.make8bitsGrayscale();
-        [[fallthrough]];
-    default:
+    case RedContent:
         pixels.convertFromImage(image, RedChannel);
+        break;
+    default:
+        pixels.convertGreyFromImage(image);
     }
+    if (!hasGreyScale(image))
+        return;
+    // The least strength of an edge is told in grey levels of bytes.
+    if (!__work->scale)
+        __work->scale = findGreyScale(__stack).value_or(GreyScale());
+    const float factor = 255 / __work->scale->white;
+    for (int i = 0; i < pixels.getSize1(); ++i)
+        for (float& value : pixels[i])
+            value = std::isfinite(value) ? value * factor : 0;
 }
 
 } // namespace vorlen
