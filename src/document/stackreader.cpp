@@ -634,7 +634,7 @@ void StackReader::carryOut(Keyword keyword, const Tokens& tokens, StackIOContext
 
 StackReader::Handler StackReader::handler(Keyword keyword) {
     static const auto handlers = [] {
-        std::array<Handler, UNKNOWN + 1> table{};
+        std::array<Handler, GREYSCALE + 1> table{};
         table[Annotation] = &StackReader::inputAnnotation;
         table[BeginCap] = &StackReader::inputBeginCap;
         table[BRILLIANCY] = &StackReader::inputBrilliancy;
@@ -652,6 +652,7 @@ StackReader::Handler StackReader::handler(Keyword keyword) {
         table[LASTREGISTEREDSLICE] = &StackReader::inputLastRegisteredSlice;
         table[LengthUnitScale] = &StackReader::inputLengthUnitScale;
         table[MODEL] = &StackReader::inputModel;
+        table[GREYSCALE] = &StackReader::inputGreyScale;
         table[MODELITEM] = &StackReader::inputModelItem;
         table[MODELITEMDATA] = &StackReader::inputModelItemData;
         table[PIXASPECT] = &StackReader::inputPixAspect;
@@ -759,6 +760,15 @@ void StackReader::inputFit(const Tokens& tokens, StackIOContext& context) {
         curve.setFitMode(CalibrationCurve::Polynomial3Fit);
     else
         throw ValueError("void StackReader::inputFit(...)", "Unknown fit mode");
+}
+
+void StackReader::inputGreyScale(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 3);
+    const GreyScale scale{toReal(tokens[1]), toReal(tokens[2]), toReal(tokens[3])};
+    if (!std::isfinite(scale.low) || !std::isfinite(scale.high) || !(scale.high > scale.low) ||
+        !std::isfinite(scale.white) || !(scale.white > 0))
+        throw ArgValueError();
+    required(context.getStack()).setGreyScale(scale);
 }
 
 void StackReader::inputHidden3D(const Tokens& tokens, StackIOContext& context) {

@@ -145,6 +145,14 @@ void StackWriter::writeHeader(const Stack& stack) {
     statement(RELPOSITION, stack.getDefaultRelativePosition());
     name(LASTSEGMENTEDSLICE, stack.getLastSegmentedSlice());
     name(LASTREGISTEREDSLICE, stack.getLastRegisteredSlice());
+    if (const auto& scale = stack.getGreyScale()) {
+        __text += getString(GREYSCALE);
+        for (const float value : {scale->low, scale->high, scale->white}) {
+            __text += ' ';
+            appendReal(__text, value);
+        }
+        __text += endOfStatement;
+    }
     annotation(stack.getAnnotation());
     statement(AbsoluteImagesPathPolicy, stack.getAbsoluteImagesPathPolicy());
     __text += stack.getUnreadText();

@@ -1,7 +1,6 @@
 #include "snake/snakeframe.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -45,9 +44,12 @@ std::vector<Shares> sharesAlong(int available, int size, double step) {
 }
 
 Image cut(const Image& image, int left, int top, int width, int height) {
-    Image part(width, height, image.getDepth());
-    if (image.isIndexed())
-        part.setColormap(*image.getColormap());
+    ImageHeader header = image.getHeader();
+    header.setWidth(width);
+    header.setHeight(height);
+    Image part;
+    part.setHeader(header);
+    part.allocatePixels();
     const auto offset = static_cast<std::size_t>(left) * static_cast<std::size_t>(image.bytesPerPixel());
     for (int i = 0; i < height; ++i)
         std::memcpy(part.getPixels()[i], image.getPixels()[top + i] + offset,
@@ -55,31 +57,19 @@ Image cut(const Image& image, int left, int top, int width, int height) {
     return part;
 }
 
-/// What the whole image tells of its values: the content, and the factor for 16 bits.
-float factorFor(const Image& image) {
-    if (image.getDepth() != 16)
-        return 1;
-    unsigned int largest = 255;
-    for (int i = 0; i < image.getHeight(); ++i)
-        for (int j = 0; j < image.getWidth(); ++j) {
-            unsigned short value;
-            std::memcpy(&value, image.getPixels()[i] + 2 * static_cast<std::size_t>(j), 2);
-            largest = std::max<unsigned int>(largest, value);
-        }
-    return 255.0f / float((1u << std::bit_width(largest)) - 1);
-}
-
-PixelMatrix<float> valuesOf(Image& part, ImageColorContent content) {
+PixelMatrix<float> valuesOf(const Image& part, ImageColorContent content, float factor) {
     PixelMatrix<float> values;
-    if (content == GreenContent) {
+    if (content == GreenContent)
         values.convertFromImage(part, GreenChannel);
-    } else if (content == BlueContent) {
+    else if (content == BlueContent)
         values.convertFromImage(part, BlueChannel);
-    } else {
-        if (content == MixedContent)
-            part.make8bitsGrayscale();
+    else if (content == RedContent)
         values.convertFromImage(part, RedChannel);
-    }
+    else
+        values.convertGreyFromImage(part);
+    for (int i = 0; i < values.getSize1(); ++i)
+        for (float& value : values[i])
+            value = std::isfinite(value) ? value * factor : 0;
     return values;
 }
 
@@ -151,13 +141,11 @@ Curve<float> SnakeFrame::toSlice(const Curve<float>& curve) const {
     return mapped(curve, 0, __x.step, __x.first - 0.5, 0, __y.step, __y.first - 0.5);
 }
 
-PixelMatrix<float> SnakeFrame::pixels(const Image& image) const {
-    const ImageColorContent content = image.colorContent();
-    const float factor = factorFor(image);
+PixelMatrix<float> SnakeFrame::pixels(const Image& image, float factor) const {
     const int width = __x.end - __x.first, height = __y.end - __y.first;
-    Image part = cut(image, __x.first, __y.first, width, height);
-    PixelMatrix<float> values = valuesOf(part, content);
-    if (__x.step == 1 && __y.step == 1 && factor == 1)
+    const PixelMatrix<float> values =
+        valuesOf(cut(image, __x.first, __y.first, width, height), image.colorContent(), factor);
+    if (__x.step == 1 && __y.step == 1)
         return values;
     const std::vector<Shares> columns = sharesAlong(width, __x.size, __x.step);
     const std::vector<Shares> rows = sharesAlong(height, __y.size, __y.step);
@@ -168,7 +156,7 @@ PixelMatrix<float> SnakeFrame::pixels(const Image& image) const {
         std::fill(line.begin(), line.end(), 0.0f);
         for (std::size_t k = 0; k < row.weights.size(); ++k) {
             const float* const source = values[row.first + int(k)].data();
-            const float weight = row.weights[k] * factor;
+            const float weight = row.weights[k];
             for (std::size_t j = 0; j < line.size(); ++j)
                 line[j] += weight * source[j];
         }

@@ -35,10 +35,9 @@ public:
     Curve<float> toFrame(const Curve<float>& curve) const;
     Curve<float> toSlice(const Curve<float>& curve) const;
 
-    /// The frame's pixels of an image of the slice's size: gray values, those of the only colour that there is, or the
-    /// gray of a coloured image. Values of 16 bits are scaled to 0 to 255 by the least number of bits that holds the
-    /// image's largest, so that the thresholds for 8 bits hold.
-    PixelMatrix<float> pixels(const Image& image) const;
+    /// The frame's pixels of an image of the slice's size, times factor: gray values, those of the only colour that there
+    /// is, or the gray of a coloured image. A value that is no number is 0.
+    PixelMatrix<float> pixels(const Image& image, float factor = 1) const;
 
 private:
     struct Side {

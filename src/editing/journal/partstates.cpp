@@ -229,6 +229,9 @@ std::string ofStack(const Stack& stack) {
     put(bytes, state.calibration);
     bytes.text(state.lastRegisteredSlice);
     bytes.text(stack.getLastSegmentedSlice());
+    if (state.greyScale)
+        for (const float value : {state.greyScale->low, state.greyScale->high, state.greyScale->white})
+            bytes.real(value);
     return bytes.take();
 }
 
@@ -244,6 +247,12 @@ void give(const std::string& state, Stack& stack) {
     given.calibration = takeCalibration(bytes);
     given.lastRegisteredSlice = bytes.text();
     const std::string last = bytes.text();
+    given.greyScale.reset();
+    if (!bytes.atEnd()) {
+        GreyScale& scale = given.greyScale.emplace();
+        for (float* value : {&scale.low, &scale.high, &scale.white})
+            *value = bytes.real();
+    }
     given.giveTo(stack);
     stack.setLastSegmentedSlice(last);
 }

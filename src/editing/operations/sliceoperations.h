@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "document/stackslice.h"
+#include "editing/operations/imageslices.h"
 #include "editing/operations/outcome.h"
 
 namespace vorlen {
@@ -24,16 +25,6 @@ struct SliceChange {
     std::optional<Registration> registration;
     const ImageSource* imageSource = nullptr;
 };
-
-/// An image that can't be read, and why.
-struct UnreadableImage {
-    std::string file;
-    std::string reason;
-};
-
-/// A slice for each file that shows an image, named by its file; the others are told of.
-std::vector<std::unique_ptr<StackSlice>> makeImageSlices(const std::vector<std::string>& files,
-                                                         std::vector<UnreadableImage>& unreadable);
 
 /// Puts the slices, in this order, in front of slice position; behind the last for the number of slices. Those that
 /// were given no pixel size take that of the slice before them. Refused for another position.

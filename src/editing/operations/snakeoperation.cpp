@@ -1,8 +1,10 @@
 #include "editing/operations/snakeoperation.h"
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
+#include "document/stackgreyscale.h"
 #include "document/stackslice.h"
 #include "editing/operations/onestep.h"
 #include "images/files/imagereader.h"
@@ -66,6 +68,7 @@ Image imageOf(const StackSlice& slice) {
 struct SnakeOperation::Work {
     SnakeFrame frame;
     PixelMatrix<float> image;
+    std::optional<GreyScale> scale; // of the stack, once a slice asks for it
     Snake<float, float> snake;
 };
 
@@ -192,12 +195,16 @@ bool SnakeOperation::converge(const Image& image, double aspect, const Curve<flo
     Snake<float, float>& snake = __work->snake;
     SnakeFrame& frame = __work->frame;
     const double distance = __config.getDistance() + mapsReach / std::clamp(double(__config.getAlpha()), 0.1, 1.0);
+    // The least strength of an edge is told in grey levels of bytes.
+    if (hasGreyScale(image) && !__work->scale)
+        __work->scale = findGreyScale(__stack).value_or(GreyScale());
+    const float factor = hasGreyScale(image) ? 255 / __work->scale->white : 1;
     double margin = std::max({leastMargin, 2 * distance, largestSide(curve) / std::max(__config.getScale(), 1u)});
     for (;; margin *= 4) {
         frame = SnakeFrame(image.getWidth(), image.getHeight(), aspect, __config.getScale(), curve, margin);
         bool collapsed = false;
         try {
-            __work->image = frame.pixels(image);
+            __work->image = frame.pixels(image, factor);
             snake.setPixelMatrix(__work->image);
             snake.setConfig(__config, false); // init() makes the edge map in any case
             snake.setCurve(frame.toFrame(curve));

@@ -22,6 +22,7 @@
 #include "images/files/imagesourcevoxelmatrixplane.h"
 #include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
+#include "ui/files/imagenamefilters.h"
 #include "ui/files/vrlnewstackdialog.h"
 #include "ui/files/vrlrecoverydialog.h"
 #include "ui/files/vrlstackerrordialog.h"
@@ -448,7 +449,7 @@ bool VRLStackIO::insertSlice(VRLStack& stack, int position) {
 
 QStringList VRLStackIO::chooseImages() {
     QFileDialog dialog(__parent, "Select image files");
-    dialog.setNameFilter("*.tif *.TIF *.img");
+    dialog.setNameFilters(imageNameFilters());
     dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setDirectory(VRLSettings::settings.getInputDirectory());
     dialog.resize(fileDialogSize);

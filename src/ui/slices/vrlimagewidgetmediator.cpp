@@ -233,7 +233,9 @@ void VRLImageWidgetMediator::updateImageTypeInfo() {
         return;
     const VRLImageProxy& proxy = getImageProxy();
     __statusBar->setImageTypeInfo(
-        proxy.hasImage() ? imageTypeText(proxy.getImage().getDepth(), proxy.getImage().isIndexed()) : QString());
+        proxy.hasImage() ? imageTypeText(proxy.getImage().getDepth(), proxy.getImage().isIndexed(),
+                                         proxy.getImage().isReal())
+                         : QString());
 }
 
 void VRLImageWidgetMediator::updateImageSizeInfo() {
@@ -326,7 +328,9 @@ bool VRLImageWidgetMediator::canvasEvent(QEvent* event) {
     return false;
 }
 
-QString VRLImageWidgetMediator::imageTypeText(int depth, bool indexed) {
+QString VRLImageWidgetMediator::imageTypeText(int depth, bool indexed, bool real) {
+    if (real)
+        return "32 bits, real";
     switch (depth) {
     case 8:
         return indexed ? "8 bits, indexed" : "8 bits";
@@ -452,9 +456,18 @@ void VRLImageWidgetMediator::imageProxyChange() {
     updateImageSizeInfo();
     updateZoomInfo();
     updateActions();
-    if (getImageProxy().hasImage())
+    if (getImageProxy().hasImage()) {
         setNotice(QString());
+        if (const Image& image = getImageProxy().getImage(); hasGreyScale(image))
+            getCanvas().setGreyScale(greyScaleOf(image));
+    }
     notifyViewChange();
+}
+
+GreyScale VRLImageWidgetMediator::greyScaleOf(const Image& image) {
+    GreyScaleFinder finder;
+    finder.add(image);
+    return finder.find().value_or(GreyScale());
 }
 
 void VRLImageWidgetMediator::imageProxyFailure(const QString& message) {

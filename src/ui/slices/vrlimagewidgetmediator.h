@@ -118,7 +118,7 @@ public:
     void addDelegate(VRLImageWidgetMediatorDelegate& delegate);
 
     /// What the status bar tells of the image.
-    static QString imageTypeText(int depth, bool indexed);
+    static QString imageTypeText(int depth, bool indexed, bool real = false);
     static QString imageSizeText(int width, int height, std::size_t bytes);
 
 public slots:
@@ -142,6 +142,9 @@ public slots:
     void imageProxyFailure(const QString& message);
 
 protected:
+    /// How this image, of 16 bits or of real numbers, is shown: by itself.
+    virtual GreyScale greyScaleOf(const Image& image);
+
     /// Handles an event of the canvas that no delegate has kept. True when the canvas is not to see it.
     virtual bool canvasEvent(QEvent* event);
 
