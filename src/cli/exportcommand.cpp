@@ -100,8 +100,8 @@ int exportCommand(const QStringList& arguments) {
         if (!file.isOpened())
             continue;
         status = std::max(status, !file.isMeasurable() ? int(ExitProblems) : guarded("export " + name, [&] {
-            return exportStack(file, exporter, *directory, line.isSet("overwrite"));
-        }));
+                              return exportStack(file, exporter, *directory, line.isSet("overwrite"));
+                          }));
     }
     return status;
 }

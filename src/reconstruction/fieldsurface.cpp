@@ -229,10 +229,8 @@ void PatchBuilder::makePairs() {
     for (const Link& link : __links) {
         const auto i = std::size_t(link.lower), j = std::size_t(link.upper);
         Pair pair;
-        pair.lower = shareOf(__lowerFields[i], *__lower[i], __upperFields, uppersOf[i], link.upper,
-                             __lowerLattice);
-        pair.upper = shareOf(__upperFields[j], *__upper[j], __lowerFields, lowersOf[j], link.lower,
-                             __upperLattice);
+        pair.lower = shareOf(__lowerFields[i], *__lower[i], __upperFields, uppersOf[i], link.upper, __lowerLattice);
+        pair.upper = shareOf(__upperFields[j], *__upper[j], __lowerFields, lowersOf[j], link.lower, __upperLattice);
         const PlanePoint &from = pair.lower.centroid, &to = pair.upper.centroid;
         pair.wayRows = __upperLattice.toRow(to.y) - __lowerLattice.toRow(from.y);
         pair.wayColumns = __upperLattice.toColumn(to.x) - __lowerLattice.toColumn(from.x);
@@ -281,12 +279,11 @@ void PatchBuilder::fillBetween(int plane) {
             std::fill(values.begin(), values.end(), 0.0F);
             pair.lower.field.addMoved(share * pair.wayRows, share * pair.wayColumns, float(1 - share), r, first, count,
                                       values.data());
-            pair.upper.field.addMoved((share - 1) * pair.wayRows, (share - 1) * pair.wayColumns, float(share), r,
-                                      first, count, values.data());
+            pair.upper.field.addMoved((share - 1) * pair.wayRows, (share - 1) * pair.wayColumns, float(share), r, first,
+                                      count, values.data());
             keepOnSide(pair.lower.side, r);
             keepOnSide(pair.upper.side, r);
-            float* const row =
-                __volume[plane][r - __block.firstRow].data() + (block.firstColumn - __block.firstColumn);
+            float* const row = __volume[plane][r - __block.firstRow].data() + (block.firstColumn - __block.firstColumn);
             for (std::size_t c = 0; c < values.size(); ++c)
                 row[c] = std::max(row[c], values[c]);
         }

@@ -54,8 +54,8 @@ void TiffImageFile::read(int i, SampleSink& sink) {
         __picture->read(sink);
         return;
     }
-    const std::uint64_t planeLength = TIFFStripSize64(__tiff->get()) == 0 ? 0 : TIFFScanlineSize64(__tiff->get()) *
-                                                                                    std::uint64_t(__picture->height);
+    const std::uint64_t planeLength =
+        TIFFStripSize64(__tiff->get()) == 0 ? 0 : TIFFScanlineSize64(__tiff->get()) * std::uint64_t(__picture->height);
     __picture->readContiguous(TIFFGetStrileOffset(__tiff->get(), 0) + std::uint64_t(i) * planeLength, sink);
 }
 

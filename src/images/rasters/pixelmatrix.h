@@ -24,7 +24,8 @@ public:
     ~PixelMatrix() override = default;
 
     /// Takes size and values of an image of 8 or 16 bits or a real one; an indexed image gives its indexes. Real values
-    /// that an integer T does not hold become its nearest, and those that are no number 0. At other depths only the size is taken and the elements stay unset.
+    /// that an integer T does not hold become its nearest, and those that are no number 0. At other depths only the
+    /// size is taken and the elements stay unset.
     void convertFromImage(const Image& image);
     /// The values of one channel. Indexed: through the colormap, elements unset for alpha. Plain gray: as the form
     /// without channel. Colour: the channel's byte; elements unset for alpha at depth 24.

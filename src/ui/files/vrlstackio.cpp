@@ -209,8 +209,8 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     }
     if (reader.getNumFatalErrors() > 0 || !claimFile(*stack, path) || !settleDamage(*stack, reader))
         return nullptr;
-    if (VRLRecovery* recovery = VRLRecovery::running(); recovery != nullptr && reader.getLog().empty() &&
-                                                        reader.isWhole() && !stack->isReadOnly()) {
+    if (VRLRecovery* recovery = VRLRecovery::running();
+        recovery != nullptr && reader.getLog().empty() && reader.isWhole() && !stack->isReadOnly()) {
         const WaitCursor cursor;
         __notice.clear();
         if (auto before = recovery->restoreHistory(*stack, __notice)) {
@@ -336,9 +336,8 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
     if (!file.endsWith(".sdf"))
         file += ".sdf";
     bool agreed = true;
-    const QString holder = encoded(file) == stack.getFilename() && !stack.isReadOnly()
-                               ? QString()
-                               : StackFileGuard::holder(encoded(file));
+    const QString holder =
+        encoded(file) == stack.getFilename() && !stack.isReadOnly() ? QString() : StackFileGuard::holder(encoded(file));
     if (QFile::exists(file))
         agreed = QMessageBox::warning(__parent, "Confirm overwrite",
                                       file + "\n\n already exists. Do you wish to overwrite it? " +

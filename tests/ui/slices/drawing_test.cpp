@@ -676,6 +676,7 @@ protected:
             {3, "smooth", [this] { useTool("Smooth (Fourier)"); }},
             {3, "Douglas-Peucker", [this] { useTool("Decimate (Douglas-Peucker)"); }},
             {3, "split", [this] { useTool("Split contour"); }},
+            {2, "fill gaps", [this] { trigger(below(2) == 0 ? "Fill gap" : "Fill all gaps"); }},
             {2, "copy", [this] { trigger("Copy to slices..."); }},
             {1, "snake", [this] { useTool("Run Snake"); }},
             {3, "automatic", [this] { chooseAny("Draw", "Automatic"); }},
