@@ -232,10 +232,11 @@ int registerStack(const std::string& stackFile, VRLStack& stack, RegisterRequest
 } // namespace
 
 int registerCommand(const QStringList& arguments) {
-    CommandLine line("register",
-                     "Brings each slice onto its neighbours and writes a new stack with the registrations. A slice that "
-                     "would fit less than before is left as it is, and named. The images stay as they are.",
-                     "STACK.sdf...", "Stack description files (.sdf).");
+    CommandLine line(
+        "register",
+        "Brings each slice onto its neighbours and writes a new stack with the registrations. A slice that "
+        "would fit less than before is left as it is, and named. The images stay as they are.",
+        "STACK.sdf...", "Stack description files (.sdf).");
     line.addOutputOptions();
     line.addFormatOption();
     line.addOption({"m", "method"},
@@ -246,7 +247,8 @@ int registerCommand(const QStringList& arguments) {
                    "What slices are brought onto: neighbours; template, the median of the neighbours; path, neighbours "
                    "but with the slow course of the stack kept; or one slice, by its name.",
                    "reference", "neighbours");
-    line.addOption({"slices"}, "The slices that may move, FIRST:LAST or one, by name or by number from 1; all by default.",
+    line.addOption({"slices"},
+                   "The slices that may move, FIRST:LAST or one, by name or by number from 1; all by default.",
                    "range");
     line.addOption({"locked"},
                    "Slices that keep their registration, by name or number, with commas between; may be given several "
@@ -287,8 +289,8 @@ int registerCommand(const QStringList& arguments) {
         const StackFile file(name, std::move(opened));
         status = std::max(status, file.report());
         if (file.isOpened())
-            status = std::max(status, guarded("register " + name,
-                                              [&] { return registerStack(name, stack, request, json); }));
+            status = std::max(status,
+                              guarded("register " + name, [&] { return registerStack(name, stack, request, json); }));
     }
     if (request.format == OutputFormat::Json)
         json.endArray();

@@ -124,7 +124,8 @@ std::vector<MotionChain::Anchor> MotionChain::anchors() const {
 }
 
 double MotionChain::disagreement(const Edge& edge, const std::vector<RigidMotion>& places) const {
-    return meanDistance(places[std::size_t(edge.target)] * edge.motion, places[std::size_t(edge.source)], __size, __size);
+    return meanDistance(places[std::size_t(edge.target)] * edge.motion, places[std::size_t(edge.source)], __size,
+                        __size);
 }
 
 double MotionChain::disagreement(int index) const {
@@ -142,8 +143,8 @@ void MotionChain::solve() {
     for (const MeasuredMotion& one : __measured) {
         const Anchor &target = bound[std::size_t(one.target)], &source = bound[std::size_t(one.source)];
         if (target.leader != source.leader)
-            edges.push_back({target.leader, source.leader,
-                             target.offset * one.motion * source.offset.inverse(), one.weight});
+            edges.push_back(
+                {target.leader, source.leader, target.offset * one.motion * source.offset.inverse(), one.weight});
     }
 
     // To begin with, from each connected section on by the surest motion.
@@ -166,32 +167,38 @@ void MotionChain::solve() {
         placed[target] = placed[source] = true;
     }
 
-    constexpr int numRounds = 30;
+    // All have their say at first; then what disagrees with the rest loses it, step by step, so that the beginning does
+    // not decide (graduated non-convexity, Blake and Zisserman 1987).
+    constexpr int numRounds = 60;
     std::vector<double> off(edges.size());
+    double scale = 0;
     for (int round = 0; round < numRounds && !edges.empty(); ++round) {
         for (std::size_t k = 0; k < edges.size(); ++k)
             off[k] = disagreement(edges[k], places);
         std::vector<double> sorted = off;
         std::nth_element(sorted.begin(), sorted.begin() + std::ptrdiff_t(sorted.size() / 2), sorted.end());
-        // What is far beyond the usual counts less; the first rounds are lenient, as the beginning may be off.
-        const double usual = std::max(3 * sorted[sorted.size() / 2], 1e-3 * __size) * (round < 3 ? 10 : 1);
+        const double usual = std::max(3 * sorted[sorted.size() / 2], 1e-3 * __size);
+        if (round <= 1)
+            scale = 2 * *std::max_element(off.begin(), off.end()) + (round == 0 ? 1e3 * __size : 0);
+        scale = std::max(usual, scale / 1.4);
         std::vector<double> weights(edges.size());
         for (std::size_t k = 0; k < edges.size(); ++k)
-            weights[k] = edges[k].weight / std::pow(1 + off[k] * off[k] / (usual * usual), 2);
+            weights[k] = edges[k].weight / std::pow(1 + off[k] * off[k] / (scale * scale), 2);
         std::vector<Difference> wanted;
         wanted.reserve(edges.size());
         for (std::size_t k = 0; k < edges.size(); ++k) {
             const Edge& edge = edges[k];
             const double found = places[std::size_t(edge.source)].angle - places[std::size_t(edge.target)].angle;
-            wanted.push_back({edge.target, edge.source, weights[k],
-                              std::remainder(edge.motion.angle - found, fullTurn)});
+            wanted.push_back(
+                {edge.target, edge.source, weights[k], std::remainder(edge.motion.angle - found, fullTurn)});
         }
         const std::vector<double> turns = leastSquares(places.size(), wanted);
         for (std::size_t i = 0; i < places.size(); ++i)
             places[i].angle += turns[i];
         std::vector<Difference> across = wanted, down = wanted;
         for (std::size_t k = 0; k < edges.size(); ++k) {
-            const RigidMotion &target = places[std::size_t(edges[k].target)], &source = places[std::size_t(edges[k].source)];
+            const RigidMotion &target = places[std::size_t(edges[k].target)],
+                              &source = places[std::size_t(edges[k].source)];
             const PlanePoint aim = target.apply({edges[k].motion.x, edges[k].motion.y});
             across[k].value = aim.x - source.x;
             down[k].value = aim.y - source.y;
@@ -203,7 +210,7 @@ void MotionChain::solve() {
             places[i].y += y[i];
             most = std::max(most, std::hypot(x[i], y[i]) + std::abs(turns[i]) * __size);
         }
-        if (round >= 4 && most < 1e-9 * __size)
+        if (round > 1 && scale <= usual && most < 1e-7 * __size)
             break;
     }
     for (std::size_t i = 0; i < places.size(); ++i)

@@ -15,8 +15,8 @@ struct MeasuredMotion {
 
 /// The places of the sections of a stack in one frame, from the motions found between pairs of them.
 ///
-/// One motion for each step would do to chain them, but a bad one would throw off all behind it, and errors would add up.
-/// With motions over two and three steps as well there is more than is needed: the places are those for which the
+/// One motion for each step would do to chain them, but a bad one would throw off all behind it, and errors would add
+/// up. With motions over two and three steps as well there is more than is needed: the places are those for which the
 /// weighted sum of the squared disagreements is least, and motions that disagree with the rest lose their weight
 /// (iteratively reweighted least squares, with the weights of Geman and McClure 1987).
 class MotionChain {

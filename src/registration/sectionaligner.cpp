@@ -46,9 +46,9 @@ cv::Matx23d indexMap(const Level& target, const Level& source, const RigidMotion
     const RigidMotion back = motion.inverse();
     const double c = std::cos(back.angle), s = std::sin(back.angle);
     const PlanePoint origin = back.apply({target.originX, target.originY});
-    return {c * target.stepX / source.stepX, -s * target.stepY / source.stepX,
-            (origin.x - source.originX) / source.stepX, s * target.stepX / source.stepY,
-            c * target.stepY / source.stepY, (origin.y - source.originY) / source.stepY};
+    return {
+        c * target.stepX / source.stepX, -s * target.stepY / source.stepX, (origin.x - source.originX) / source.stepX,
+        s * target.stepX / source.stepY, c * target.stepY / source.stepY,  (origin.y - source.originY) / source.stepY};
 }
 
 /// The source as it comes to lie on the target's grid.
@@ -242,7 +242,8 @@ bool refine(const Level& target, const Level& source, RigidMotion& motion, int n
             unexplained += rr;
         }
         // On sections with little on them nothing tells the angle: then it stays where it was.
-        const double doubt = 10 * unexplained / std::max(1e-30, h[0] + h[2]) / (angleDoubt * angleDoubt * radius * radius);
+        const double doubt =
+            10 * unexplained / std::max(1e-30, h[0] + h[2]) / (angleDoubt * angleDoubt * radius * radius);
         h[5] += doubt;
         g[2] -= doubt * std::remainder(motion.angle - firstAngle, 2 * pi) * radius;
         const double ridge = 1e-6 * (h[0] + h[2] + h[5]);
@@ -264,15 +265,14 @@ bool refine(const Level& target, const Level& source, RigidMotion& motion, int n
     return true;
 }
 
-
 // ---- how well two sections fit
 
 /// Absolute correlation, lessened where the overlap is less than half of the smaller section.
 double scoreAt(const Level& target, const Level& source, const RigidMotion& motion, bool* inverted = nullptr) {
     const Sums sums = sumsOf(target.image, moved(target, source, motion));
     const double area = target.stepX * target.stepY;
-    const double smaller = std::min(numPresent(target.image) * area,
-                                    numPresent(source.image) * source.stepX * source.stepY);
+    const double smaller =
+        std::min(numPresent(target.image) * area, numPresent(source.image) * source.stepX * source.stepY);
     if (sums.n < 16 || !(smaller > 0))
         return 0;
     const double correlation = sums.correlation();
@@ -344,7 +344,8 @@ std::vector<Candidate> searchAround(const Level& target, const Level& source, st
     };
     const auto fixed = transformed(moved(frame, target, {}));
     const double smaller = std::min(numPresent(target.image) * target.stepX * target.stepY,
-                                    numPresent(source.image) * source.stepX * source.stepY) / (step * step);
+                                    numPresent(source.image) * source.stepX * source.stepY) /
+                           (step * step);
     std::vector<Candidate> all;
     cv::Mat product, fit, overlap;
     for (int k = 0; k < numTurns; ++k) {
@@ -519,8 +520,9 @@ Level reduced(const SectionImage& image, double pixel) {
     const int rows = image.grey.getSize1(), cols = image.grey.getSize2();
     const auto boxOf = [&](double size, int n) {
         const int wanted = std::max(1, int(pixel / size + 0.01));
-        return std::clamp(std::max(wanted, (n + 2 * SectionAligner::workingSize - 1) / (2 * SectionAligner::workingSize)),
-                          1, std::max(1, n / leastSide));
+        return std::clamp(
+            std::max(wanted, (n + 2 * SectionAligner::workingSize - 1) / (2 * SectionAligner::workingSize)), 1,
+            std::max(1, n / leastSide));
     };
     const int bx = boxOf(image.pixelWidth, cols), by = boxOf(image.pixelHeight, rows);
     Level level;
@@ -549,8 +551,9 @@ Level reduced(const SectionImage& image, double pixel) {
     const double finer = std::min(level.stepX, level.stepY);
     if (std::max(level.stepX, level.stepY) > 1.02 * finer) {
         Level square;
-        const cv::Size size(std::min(4 * SectionAligner::workingSize, int(std::lround(level.image.cols * level.stepX / finer))),
-                            std::min(4 * SectionAligner::workingSize, int(std::lround(level.image.rows * level.stepY / finer))));
+        const cv::Size size(
+            std::min(4 * SectionAligner::workingSize, int(std::lround(level.image.cols * level.stepX / finer))),
+            std::min(4 * SectionAligner::workingSize, int(std::lround(level.image.rows * level.stepY / finer))));
         square.stepX = level.stepX * level.image.cols / size.width;
         square.stepY = level.stepY * level.image.rows / size.height;
         square.originX = level.originX + (square.stepX - level.stepX) / 2;
@@ -583,7 +586,8 @@ void maskExtremes(cv::Mat& image) {
             const int* const box = boxes.ptr<int>(k);
             if (box[cv::CC_STAT_AREA] < 0.001 * total)
                 continue;
-            const bool touches = box[0] == 0 || box[1] == 0 || box[0] + box[2] == image.cols || box[1] + box[3] == image.rows;
+            const bool touches =
+                box[0] == 0 || box[1] == 0 || box[0] + box[2] == image.cols || box[1] + box[3] == image.rows;
             if (touches)
                 border |= labels == k;
             else
@@ -599,7 +603,7 @@ void maskExtremes(cv::Mat& image) {
             cv::approxPolyDP(hull, corners, 0.008 * std::hypot(image.cols, image.rows), true);
             cv::Mat frame = cv::Mat::zeros(image.size(), CV_8U);
             cv::fillConvexPoly(frame, hull, cv::Scalar(255));
-            const bool straight = corners.size() <= 8 && cv::countNonZero(frame & border) < 0.01 * total;
+            const bool straight = corners.size() <= 8 && cv::countNonZero(frame & border) < 0.03 * total;
             if (!straight)
                 continue; // tissue on a ground
             outside |= border;
@@ -692,12 +696,15 @@ SectionAligner::SectionPointer SectionAligner::prepare(const SectionImage& image
     while (section->levels.back().side() > 64 &&
            std::min(section->levels.back().image.rows, section->levels.back().image.cols) >= 2 * leastSide)
         section->levels.push_back(halved(section->levels.back()));
-    // What lies between two pixels is smooth then.
-    for (std::size_t k = 0; k < section->levels.size(); ++k) {
+    // What lies between two pixels is smooth then. What is missing has no part in it.
+    for (Level& one : section->levels) {
         std::vector<cv::Mat> channels;
-        cv::split(section->levels[k].image, channels);
+        cv::split(one.image, channels);
+        cv::Mat weight;
+        cv::GaussianBlur(channels[1], weight, {}, 1.0);
         cv::GaussianBlur(channels[0], channels[0], {}, 1.0);
-        cv::merge(channels, section->levels[k].image);
+        channels[0] = channels[0].mul(channels[1]) / cv::max(weight, 0.05f);
+        cv::merge(channels, one.image);
     }
     while (section->choice + 1 < section->levels.size() && section->levels[section->choice].side() > choiceSide)
         ++section->choice;

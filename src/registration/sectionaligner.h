@@ -53,8 +53,8 @@ struct SectionMatch {
 /// A motion counts as found when enough blocks of the section agree with it, each looked at alone (normalized
 /// correlation within a small neighbourhood): an accidental maximum of the correlation is not borne out by its parts.
 ///
-/// What it works with stays in here: no other class sees the library for features and warps. Runs on the caller's thread;
-/// results are the same each time. Prepared sections may be kept and used in several matches.
+/// What it works with stays in here: no other class sees the library for features and warps. Runs on the caller's
+/// thread; results are the same each time. Prepared sections may be kept and used in several matches.
 class SectionAligner {
 public:
     /// A section as it is worked with: reduced, normalized, at several scales.

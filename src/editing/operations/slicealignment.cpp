@@ -43,9 +43,12 @@ Registration registrationOfStep(const StackSlice& slice, const RigidMotion& moti
 
 const char* wordOf(AlignmentMethod method) {
     switch (method) {
-    case AlignmentMethod::Features: return "features";
-    case AlignmentMethod::PrincipalAxes: return "principal axes";
-    default: return "intensity";
+    case AlignmentMethod::Features:
+        return "features";
+    case AlignmentMethod::PrincipalAxes:
+        return "principal axes";
+    default:
+        return "intensity";
     }
 }
 
@@ -288,7 +291,7 @@ void Alignment::solve() {
                            (pair.source == __options.fixedSlice || pair.target == __options.fixedSlice);
         // Sections further apart differ more; those that hold on to a fixed one count for it.
         const double quality = 0.05 + pair.match.support;
-        chain.add({pair.target, pair.source, pair.match.motion, quality * (fixed ? 20 : 1.0 / (distance * distance))});
+        chain.add({pair.target, pair.source, pair.match.motion, quality * (fixed ? 20 : 1.0 / distance)});
     }
     chain.solve();
     __places = chain.places();
@@ -356,8 +359,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
     }
     const Prepared target = section(partner);
     const auto scored = [&](const RigidMotion& place) {
-        return SectionAligner::score(*source.section, *target.section,
-                                     chosen[std::size_t(partner)].inverse() * place);
+        return SectionAligner::score(*source.section, *target.section, chosen[std::size_t(partner)].inverse() * place);
     };
     entry.onto = partner;
     entry.scoreBefore = SectionAligner::score(*source.section, *target.section, between(__before, partner, i));
@@ -386,8 +388,9 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         entry.after = registration;
         entry.scoreAfter = score;
         chosen[std::size_t(i)] = place;
-        entry.moved = meanDistance(stepOf(slice, entry.before), stepOf(slice, entry.after), source.width,
-                                   source.height) / source.pixel;
+        entry.moved =
+            meanDistance(stepOf(slice, entry.before), stepOf(slice, entry.after), source.width, source.height) /
+            source.pixel;
         entry.state = entry.moved < 0.05 ? State::Unchanged : State::Registered;
         if (entry.state == State::Unchanged) {
             entry.after = entry.before;
@@ -474,11 +477,16 @@ Outcome checkOptions(const Stack& stack, const AlignmentOptions& options) {
 
 const char* SliceAlignment::stateWord() const {
     switch (state) {
-    case State::Registered: return "registered";
-    case State::Unchanged: return "unchanged";
-    case State::Locked: return "locked";
-    case State::First: return "first";
-    default: return "left alone";
+    case State::Registered:
+        return "registered";
+    case State::Unchanged:
+        return "unchanged";
+    case State::Locked:
+        return "locked";
+    case State::First:
+        return "first";
+    default:
+        return "left alone";
     }
 }
 
@@ -505,8 +513,8 @@ double RegistrationReport::meanScoreAfter() const {
 }
 
 int RegistrationReport::count(SliceAlignment::State state) const {
-    return int(std::count_if(slices.begin(), slices.end(),
-                             [&](const SliceAlignment& one) { return one.state == state; }));
+    return int(
+        std::count_if(slices.begin(), slices.end(), [&](const SliceAlignment& one) { return one.state == state; }));
 }
 
 SectionImage sectionImageOf(const Slice& slice) {

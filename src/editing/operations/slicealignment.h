@@ -72,12 +72,12 @@ struct RegistrationReport {
     int count(SliceAlignment::State state) const;
 };
 
-/// The grey values of a slice on the pixels of its image, and its pixel size. Colours become their mean; an image with a
-/// palette is looked up in it. Throws what reading throws.
+/// The grey values of a slice on the pixels of its image, and its pixel size. Colours become their mean; an image with
+/// a palette is looked up in it. Throws what reading throws.
 SectionImage sectionImageOf(const Slice& slice);
 
-/// How well a slice, with a registration, fits the one that it lies on; 0 when one of them is blank and the like. Throws
-/// what reading throws.
+/// How well a slice, with a registration, fits the one that it lies on; 0 when one of them is blank and the like.
+/// Throws what reading throws.
 double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration);
 
 /// Registers one slice on another, beginning with a registration: looks only. With state Registered, Unchanged or
