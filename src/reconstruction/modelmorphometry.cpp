@@ -132,7 +132,7 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
         const TriMesh<double> tiles = surface.tile(2);
         __area = tiles.area();
         if (closed)
-            close(surface, tiles);
+            close(surface);
     } else {
         __area = __volume = notAvailable;
     }
@@ -140,8 +140,8 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
         addSections(reconstruction);
 }
 
-void ModelMorphometry::close(const ModelSurface<double>& surface, const TriMesh<double>& tiles) {
-    const TriMesh<double> mesh = surface.close(tiles, ModelSurface<double>::getEnds(__model->getProperties()));
+void ModelMorphometry::close(const ModelSurface<double>& surface) {
+    const TriMesh<double> mesh = surface.closed(SurfaceEnds());
     __certificate = SurfaceCertificate::of(mesh);
     if (!__certificate.closed)
         return;

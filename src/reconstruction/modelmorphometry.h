@@ -15,8 +15,6 @@ template <class T>
 class ModelSurface;
 template <class T>
 class StackReconstruction;
-template <class T>
-class TriMesh;
 
 /// Measures a whole model in world coordinates, in double precision, from the document as it stands at run().
 ///
@@ -27,8 +25,8 @@ class TriMesh;
 /// contours on a slice as well. The slab volume has slabs between successive sections instead, each that of a frustum,
 /// h / 3 (A1 + A2 + sqrt(A1 A2)), and nothing beyond the first and the last.
 ///
-/// Where there is a closed surface, with the ends that the model's properties ask for, its area and its volume by the
-/// divergence theorem are told beside these, and what holds of it as a surface.
+/// Where there is a closed surface its area and its volume by the divergence theorem are told beside these, and what
+/// holds of it as a surface. It ends half a section beyond the outermost contours, whatever caps the model shows.
 class ModelMorphometry {
 public:
     ModelMorphometry();
@@ -81,7 +79,7 @@ public:
 
 private:
     const StackSlice* count();
-    void close(const ModelSurface<double>& surface, const TriMesh<double>& tiles);
+    void close(const ModelSurface<double>& surface);
     void addSections(const StackReconstruction<double>& reconstruction);
 
     const Model* __model = nullptr;
