@@ -141,7 +141,7 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
 }
 
 void ModelMorphometry::close(const ModelSurface<double>& surface) {
-    const TriMesh<double> mesh = surface.closed(SurfaceEnds());
+    const TriMesh<double> mesh = surface.closed(__ends);
     __certificate = SurfaceCertificate::of(mesh);
     if (!__certificate.closed)
         return;

@@ -4,6 +4,7 @@
 
 #include "numerics/squarematrix.h"
 #include "numerics/vector.h"
+#include "reconstruction/surfaceends.h"
 #include "shapes/curvestack.h"
 #include "shapes/surfacecertificate.h"
 
@@ -26,7 +27,7 @@ class StackReconstruction;
 /// h / 3 (A1 + A2 + sqrt(A1 A2)), and nothing beyond the first and the last.
 ///
 /// Where there is a closed surface its area and its volume by the divergence theorem are told beside these, and what
-/// holds of it as a surface. It ends half a section beyond the outermost contours, whatever caps the model shows.
+/// holds of it as a surface. Its ends are those of setEnds(), whatever caps the model shows.
 class ModelMorphometry {
 public:
     ModelMorphometry();
@@ -34,6 +35,9 @@ public:
     /// Another model than the present one clears the results. The model is seen, not owned.
     void setModel(const Model& model);
     const Model* getModel() const { return __model; }
+
+    /// How the closed surface ends: half a section on, until told otherwise. Counts from the next run() on.
+    void setEnds(const SurfaceEnds& ends) { __ends = ends; }
 
     /// Throws UsageError when no model has been set.
     void run();
@@ -83,6 +87,7 @@ private:
     void addSections(const StackReconstruction<double>& reconstruction);
 
     const Model* __model = nullptr;
+    SurfaceEnds __ends;
     int __numVertices = 0;
     int __numContours = 0;
     Vector<double> __isobarycenter;
