@@ -100,10 +100,11 @@ int exportCommand(const QStringList& arguments) {
     for (const std::string& name : line.files()) {
         const StackFile file(name);
         status = std::max(status, file.report());
-        if (file.isOpened())
-            status = std::max(status, guarded("export " + name, [&] {
-                                  return exportStack(file, exporter, *directory, line.isSet("overwrite"));
-                              }));
+        if (!file.isOpened())
+            continue;
+        status = std::max(status, !file.isMeasurable() ? int(ExitProblems) : guarded("export " + name, [&] {
+            return exportStack(file, exporter, *directory, line.isSet("overwrite"));
+        }));
     }
     return status;
 }

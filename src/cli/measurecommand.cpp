@@ -165,6 +165,8 @@ int measureCommand(const QStringList& arguments) {
     line.addFormatOption();
     line.addFlag("models-only", "Print the table of models only; not for json.");
     return reportOnStacks(line, arguments, [&line](const StackFile& file, OutputFormat format, JsonWriter& json) {
+        if (!file.isMeasurable())
+            return int(ExitProblems);
         return guarded("measure " + file.getName(), [&] {
             const Measurements measurements(file.getStack());
             if (format == OutputFormat::Json)

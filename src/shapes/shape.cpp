@@ -86,6 +86,11 @@ std::vector<WideCoordinate<T>> wideCog(const Shape<T>& shape) {
     return mean;
 }
 
+void requireOrdinary(const std::string& file, const char* where) {
+    if (FileInfo::isSpecial(file))
+        throw FileReadError(where, "Not an ordinary file", file);
+}
+
 } // namespace
 
 // ---- construction and the virtual base
@@ -589,9 +594,11 @@ void Shape<T>::computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Sha
 
 template <class T>
 void Shape<T>::load(const std::string& file) {
+    const char* where = "Shape<T>::load(const string&)";
+    requireOrdinary(file, where);
     std::ifstream stream(file, std::ios::in | std::ios::binary);
     if (!stream)
-        throw FileReadError("Shape<T>::load(const string&)", "Cannot open file for reading", file);
+        throw FileReadError(where, "Cannot open file for reading", file);
     try {
         read(stream);
     } catch (FileError& error) {
@@ -613,6 +620,7 @@ void Shape<T>::save(const std::string& file, bool overwrite) const {
 template <class T>
 Shape<T>* Shape<T>::loadFile(const std::string& file) {
     const char* where = "Shape<T>* Shape<T>::loadFile(const string&)";
+    requireOrdinary(file, where);
     std::ifstream stream(file);
     if (!stream)
         throw FileReadError(where, "Cannot open file for reading", file);

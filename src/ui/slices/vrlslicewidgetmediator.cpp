@@ -68,6 +68,15 @@ void VRLSliceWidgetMediator::setSlice(StackSlice& slice) {
     showImage(slice);
 }
 
+GreyScale VRLSliceWidgetMediator::greyScaleOf(const Image& image) {
+    Stack* const stack = getSlice() != nullptr ? getSlice()->getStack() : nullptr;
+    if (stack == nullptr)
+        return VRLImageWidgetMediator::greyScaleOf(image);
+    if (!stack->getGreyScale())
+        stack->setGreyScale(VRLImageWidgetMediator::greyScaleOf(image));
+    return *stack->getGreyScale();
+}
+
 void VRLSliceWidgetMediator::showImage(const StackSlice& slice) {
     if (slice.isEmpty()) {
         getImageProxy().clear();
