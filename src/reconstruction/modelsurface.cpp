@@ -94,7 +94,7 @@ ModelSurface<T>::ModelSurface(const Model& model, const StackReconstruction<T>& 
     removeEmptyLevels(*__shape);
     alignDirections(*__shape);
     __isClosed = model.getProperties().getGeometry() == PolygonPrimitive;
-    __kind = judge(model);
+    __kind = judge(numSlicesOf(model));
     const Vector<T>& sections = reconstruction.getZMap();
     __heights.assign(sections.begin(), sections.end());
     if (isGrid())
@@ -102,7 +102,34 @@ ModelSurface<T>::ModelSurface(const Model& model, const StackReconstruction<T>& 
 }
 
 template <class T>
+ModelSurface<T>::ModelSurface(ModelSurface&& other) noexcept = default;
+
+template <class T>
 ModelSurface<T>::~ModelSurface() = default;
+
+template <class T>
+ModelSurface<T> ModelSurface<T>::everySecond(bool fromSecond) const {
+    const auto& curves = dynamic_cast<const CurveStack<T>&>(*__shape);
+    ModelSurface half;
+    half.__isClosed = __isClosed;
+    auto shape = std::make_unique<CurveStack<T>>(3, 0, 0, 0, 0, curves.isOpen());
+    bool taken = fromSecond;
+    for (int k = 0; k < curves.getHeight(); ++k) {
+        const T height = curves[k][0][2];
+        if (k == 0 || height != curves[k - 1][0][2])
+            taken = !taken;
+        if (!taken)
+            continue;
+        shape->append(static_cast<const Vertices<T>&>(curves[k]));
+        if (half.__heights.empty() || half.__heights.back() != height)
+            half.__heights.push_back(height);
+    }
+    half.__shape = std::move(shape);
+    half.__kind = half.judge(half.__heights.size());
+    if (half.isGrid())
+        half.measureGaps();
+    return half;
+}
 
 template <class T>
 void ModelSurface<T>::measureGaps() {
@@ -114,13 +141,13 @@ void ModelSurface<T>::measureGaps() {
 }
 
 template <class T>
-SurfaceKind ModelSurface<T>::judge(const Model& model) const {
+SurfaceKind ModelSurface<T>::judge(std::size_t numSlices) const {
     const auto* curves = dynamic_cast<const CurveStack<T>*>(__shape.get());
     if (curves == nullptr)
         return SurfaceKind::Points;
     if (curves->getHeight() < 2)
         return curves->getHeight() == 0 ? SurfaceKind::Empty : SurfaceKind::Outline;
-    if (numHeightsOf(*curves) < numSlicesOf(model))
+    if (numHeightsOf(*curves) < numSlices)
         return SurfaceKind::Unspaced;
     return curves->isBranching() ? SurfaceKind::Branching : SurfaceKind::Simple;
 }

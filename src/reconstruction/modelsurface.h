@@ -88,6 +88,10 @@ public:
     /// The triangles of tile() with ends: closed and outward where both ends are, unless the surface is open.
     TriMesh<T> closed(const SurfaceEnds& ends, int method = 2) const;
 
+    /// The surface through the contours of every second slice of this one's alone, from the first or from the second
+    /// on: what it would be with sections twice as far apart. Without contours it is Empty.
+    ModelSurface everySecond(bool fromSecond) const;
+
     /// The ends that the properties of the model ask for: lids where it has caps, tips half a section on elsewhere.
     static SurfaceEnds getEnds(const ModelProperties& properties);
 
@@ -99,7 +103,10 @@ public:
     TriMesh<T> close(const TriMesh<T>& tiles, const SurfaceEnds& ends) const;
 
 private:
-    SurfaceKind judge(const Model& model) const;
+    ModelSurface() = default;
+    ModelSurface(ModelSurface&& other) noexcept;
+
+    SurfaceKind judge(std::size_t numSlices) const;
     void measureGaps();
     std::optional<EndShape<T>> shapeOf(SurfaceEnd end, bool atBegin) const;
     const BranchingSurface& branching() const;
