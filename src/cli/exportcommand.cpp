@@ -61,7 +61,9 @@ int exportStack(const StackFile& file, StackExporter& exporter, const std::strin
         }
         const auto certificate = exporter.export2AsciiSTL(model, reconstruction, directory, stack.getName(), overwrite);
         const std::string base = directory + "/" + (stack.getName().empty() ? "" : stack.getName() + "-");
-        std::cout << base << model.getName() << ".stl\n" << base << model.getName() << ".qm\n";
+        std::cout << base << model.getName() << ".stl\n";
+        if (ModelSurface<float>(model, reconstruction).isGrid())
+            std::cout << base << model.getName() << ".qm\n";
         if (!certificate)
             continue;
         std::cout << "  " << certificate->toText();
@@ -81,8 +83,9 @@ int exportCommand(const QStringList& arguments) {
     line.addOutputOptions();
     line.addOption(
         {"ends"},
-        "How closed surfaces end: open, at the outermost contours; flat, by lids on them; half, in tips half "
-        "a section on; next, on the next section. By default flat where the model has a cap, else half.",
+        "How closed surfaces end: open, at the outermost contours; flat, by lids on them; half, half a section on, "
+        "in tips where the contours shrink; next, in tips on the next section. By default flat where the model has a "
+        "cap, else half.",
         "ends");
     if (const std::optional<int> status = line.parse(arguments))
         return *status;

@@ -43,6 +43,20 @@ std::optional<SurfaceCertificate> StackExporter::export2AsciiSTL(const Model& mo
         FileInfo::requireFree(stlName, where, stlName + " : file exists");
 
     const ModelSurface<float> contours(model, reconstruction);
+    const SurfaceEnds ends = __ends.value_or(ModelSurface<float>::getEnds(model.getProperties()));
+    const auto write = [&](TriMesh<float>& surface) {
+        surface.setName(model.getName());
+        std::ostringstream text;
+        text.imbue(std::locale::classic());
+        surface.export2AsciiSTL(text);
+        if (!SafeFile::save(stlName, text.str()))
+            throw FileWriteError(where, "The file cannot be opened for writing", stlName);
+        return SurfaceCertificate::of(surface);
+    };
+    if (contours.exists() && !contours.isGrid()) {
+        TriMesh<float> surface = contours.closed(ends);
+        return write(surface);
+    }
     const ModelSurface<float>::MeshSize size = contours.getMeshSize(model.getProperties());
     if (!contours.exists() || size.isEmpty())
         return std::nullopt;
@@ -53,16 +67,9 @@ std::optional<SurfaceCertificate> StackExporter::export2AsciiSTL(const Model& mo
 
     const std::unique_ptr<QuadMesh<float>> mesh =
         contours.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));
-    TriMesh<float> surface =
-        contours.close(*mesh, __ends.value_or(ModelSurface<float>::getEnds(model.getProperties())));
-    surface.setName(model.getName());
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    surface.export2AsciiSTL(text);
+    TriMesh<float> surface = contours.close(*mesh, ends);
     mesh->save(meshName, overwrite);
-    if (!SafeFile::save(stlName, text.str()))
-        throw FileWriteError(where, "The file cannot be opened for writing", stlName);
-    return SurfaceCertificate::of(surface);
+    return write(surface);
 }
 
 } // namespace vorlen

@@ -19,7 +19,7 @@ using Group = PartMatching::Group;
 constexpr double coveredShare = 0.95;
 /// Of a hole, the share that makes it go on in another one.
 constexpr double joinedShare = 0.1;
-/// An end that shrinks to less than this share of its size comes to a point.
+/// What the end of a part with holes shrinks to, where one without would come to a point.
 constexpr double leastScale = 0.05;
 
 using Point3 = std::array<double, 3>;
@@ -37,6 +37,12 @@ public:
     TriMesh<double> mesh();
 
 private:
+    /// A side of a triangle, whose corner k is where its side k starts.
+    struct Side {
+        int low, high, corner;
+        bool forward;
+    };
+
     int addPoint(const Point3& p) {
         __points.push_back(p);
         return int(__points.size()) - 1;
@@ -46,7 +52,9 @@ private:
     void addTile(int lower, int upper);
     void addPatch(const BranchingSurface::Patch& patch);
     void addBetween(int ring, double from, double to, bool forward, std::vector<int>& way) const;
-    void parting();
+    std::vector<Side> sides() const;
+    bool divideSharedEdges();
+    void partFans();
 
     const BranchingSurface& __surface;
     int __method;
@@ -221,13 +229,8 @@ void BranchingMesh::addEnd(const BranchingSurface::End& end, double rise, double
         add(numbers[std::size_t(t[0])], numbers[std::size_t(t[1])], numbers[std::size_t(t[2])]);
 }
 
-/// Doubles the vertices whose triangles do not go round them once. Triangles go on in each other over an edge; where an
-/// edge has four, over pairs of them that run in opposite ways.
-void BranchingMesh::parting() {
-    struct Side {
-        int low, high, corner;
-        bool forward;
-    };
+/// The sides of all triangles, those of one edge behind each other.
+std::vector<BranchingMesh::Side> BranchingMesh::sides() const {
     std::vector<Side> sides;
     sides.reserve(3 * __faces.size());
     for (std::size_t i = 0; i < __faces.size(); ++i)
@@ -238,6 +241,46 @@ void BranchingMesh::parting() {
     std::sort(sides.begin(), sides.end(), [](const Side& a, const Side& b) {
         return a.low != b.low ? a.low < b.low : a.high != b.high ? a.high < b.high : a.corner < b.corner;
     });
+    return sides;
+}
+
+/// Where an edge has four triangles, two of them that run along it in opposite ways get a vertex of their own on it.
+/// True when there may be more to do.
+bool BranchingMesh::divideSharedEdges() {
+    const std::vector<Side> all = sides();
+    std::vector<bool> changed(__faces.size());
+    bool any = false;
+    for (std::size_t first = 0, last = 0; first < all.size(); first = last) {
+        for (last = first; last < all.size() && all[last].low == all[first].low && all[last].high == all[first].high;)
+            ++last;
+        if (last - first < 4)
+            continue;
+        const Side& side = all[last - 1];
+        for (std::size_t k = last - 1; k-- > first;)
+            if (all[k].forward != side.forward) {
+                const Side& other = all[k];
+                if (changed[std::size_t(side.corner / 3)] || changed[std::size_t(other.corner / 3)])
+                    break;
+                const Point3 &p = __points[std::size_t(side.low)], &q = __points[std::size_t(side.high)];
+                const int middle = addPoint({(p[0] + q[0]) / 2, (p[1] + q[1]) / 2, (p[2] + q[2]) / 2});
+                for (const Side* half : {&side, &other}) {
+                    const auto face = std::size_t(half->corner / 3), k0 = std::size_t(half->corner % 3);
+                    Face rest = __faces[face];
+                    __faces[face][(k0 + 1) % 3] = middle;
+                    rest[k0] = middle;
+                    __faces.push_back(rest);
+                    changed[face] = true;
+                }
+                break;
+            }
+        any = true;
+    }
+    return any;
+}
+
+/// Doubles the vertices whose triangles do not go round them once.
+void BranchingMesh::partFans() {
+    const std::vector<Side> sides = this->sides();
     std::vector<int> fans(3 * __faces.size());
     std::iota(fans.begin(), fans.end(), 0);
     const auto root = [&](int i) {
@@ -284,7 +327,10 @@ void BranchingMesh::parting() {
 }
 
 TriMesh<double> BranchingMesh::mesh() {
-    parting();
+    constexpr int mostRounds = 20;
+    for (int round = 0; round < mostRounds && divideSharedEdges(); ++round)
+        ;
+    partFans();
     std::vector<int> numbers(__points.size(), -1);
     int size = 0;
     for (const Face& face : __faces)
@@ -520,7 +566,7 @@ double BranchingSurface::shareLeft(const End& end, double rise) const {
     if (before < 0 || (end.upward && here == __sections.begin()) || (!end.upward && other == __sections.end()))
         return 1;
     const double gap = std::fabs(other->getHeight() - height);
-    return std::sqrt(std::clamp(1 + (end.area - before) / end.area * std::fabs(rise) / gap, 0.0, 1.0));
+    return scaleOfEnd(end.area, before, gap, std::fabs(rise));
 }
 
 TriMesh<double> BranchingSurface::build(const SurfaceEnds& ends, int method) const {
@@ -532,8 +578,8 @@ TriMesh<double> BranchingSurface::build(const SurfaceEnds& ends, int method) con
             continue;
         const double rise = riseOf(end, way);
         double scale = way == SurfaceEnd::HalfSection ? shareLeft(end, rise) : 0;
-        if (scale < leastScale)
-            scale = end.rings.size() > 1 ? leastScale : 0; // rings with holes can't meet in a point
+        if (scale == 0 && end.rings.size() > 1)
+            scale = leastScale; // rings with holes can't meet in a point
         mesh.addEnd(end, rise, scale);
     }
     return mesh.mesh();

@@ -20,7 +20,7 @@ using PartList = FieldSurface::PartList;
 /// Steps of the lattice in the mean radius of a ring.
 constexpr double stepsInRadius = 8;
 constexpr int refinements = 3;
-constexpr double mostNodes = 400000; // on a section
+constexpr double firstNodes = 16000, mostNodes = 400000; // on a section
 /// Nodes this far from all parts have this field, in steps.
 constexpr float farOutside = -2;
 /// No node lies closer to the surface, so that all vertices differ.
@@ -115,6 +115,7 @@ private:
         SectionField field;
         PlanePoint centroid;
         std::optional<SectionField> side; // positive where no other partner is nearer
+        double area = 0;                  // in squares of the lattice
     };
 
     /// A linked pair as it moves: the two shares, and the way from one to the other in steps.
@@ -149,6 +150,56 @@ private:
     VoxelMatrix<float> __volume;
     SurfacePatch __patch;
 };
+
+/// Area of the places of positive field, in squares of the lattice, from values of slope 1; and how much has to be added
+/// to the field for it to become another one. Between the ends shapes that differ would shrink by the mean.
+class FieldArea {
+public:
+    void clear() { __bins.assign(numBins + 1, 0); }
+    void add(const std::vector<float>& values) {
+        for (const float value : values)
+            if (value > -range)
+                ++__bins[std::min(std::size_t((value + range) / binWidth), std::size_t(numBins))];
+    }
+    double area() const { return areaAbove(0); }
+    /// The offset by which the area becomes the wanted one, at most the range.
+    float offsetFor(double wanted) const {
+        double low = -range / 2, high = range / 2;
+        for (int k = 0; k < 20; ++k) {
+            const double middle = (low + high) / 2;
+            (areaAbove(middle) < wanted ? low : high) = middle;
+        }
+        return float((low + high) / 2);
+    }
+
+private:
+    static constexpr float range = 16, binWidth = 0.0625F;
+    static constexpr int numBins = 512;
+
+    double areaAbove(double offset) const {
+        double sum = 0;
+        for (std::size_t k = 0; k <= numBins; ++k)
+            if (__bins[k] != 0)
+                sum += __bins[k] * std::clamp((double(k) + 0.5) * double(binWidth) - double(range) + offset + 0.5, 0.0, 1.0);
+        return sum;
+    }
+
+    std::vector<int> __bins;
+};
+
+/// What a share has of its part; the steps of the lattice are the same on both sections.
+double areaOf(const SectionField& field) {
+    FieldArea area;
+    area.clear();
+    std::vector<float> row;
+    const LatticeBlock& block = field.getBlock();
+    for (int r = block.firstRow; r <= block.lastRow; ++r) {
+        row.assign(std::size_t(block.columns()), 0);
+        field.addMoved(0, 0, 1, r, block.firstColumn, block.columns(), row.data());
+        area.add(row);
+    }
+    return area.area();
+}
 
 /// The partners of each part of one side.
 std::vector<std::vector<int>> partnersOf(std::size_t size, const std::vector<Link>& links, bool ofLower) {
@@ -195,7 +246,7 @@ void PatchBuilder::makeFields() {
 PatchBuilder::Share PatchBuilder::shareOf(const SectionField& field, const SectionPart& part,
                                           const std::vector<SectionField>& others, const std::vector<int>& partners,
                                           int partner, const SectionLattice& lattice) const {
-    Share share{field, part.centroid, std::nullopt};
+    Share share{field, part.centroid, std::nullopt, 0};
     if (partners.size() < 2)
         return share;
     share.side = field;
@@ -229,15 +280,19 @@ void PatchBuilder::makePairs() {
     for (const Link& link : __links) {
         const auto i = std::size_t(link.lower), j = std::size_t(link.upper);
         Pair pair;
-        pair.lower = shareOf(__lowerFields[i], *__lower[i], __upperFields, uppersOf[i], link.upper, __lowerLattice);
-        pair.upper = shareOf(__upperFields[j], *__upper[j], __lowerFields, lowersOf[j], link.lower, __upperLattice);
+        pair.lower = shareOf(__lowerFields[i], *__lower[i], __upperFields, uppersOf[i], link.upper,
+                             __lowerLattice);
+        pair.upper = shareOf(__upperFields[j], *__upper[j], __lowerFields, lowersOf[j], link.lower,
+                             __upperLattice);
         const PlanePoint &from = pair.lower.centroid, &to = pair.upper.centroid;
         pair.wayRows = __upperLattice.toRow(to.y) - __lowerLattice.toRow(from.y);
         pair.wayColumns = __upperLattice.toColumn(to.x) - __lowerLattice.toColumn(from.x);
         pair.block = LatticeBlock::around(__lower[i]->outer(), __lowerLattice).sweptBy(pair.wayRows, pair.wayColumns);
         pair.block.add(
             LatticeBlock::around(__upper[j]->outer(), __upperLattice).sweptBy(-pair.wayRows, -pair.wayColumns));
-        pair.block = pair.block.grownBy(margin);
+        pair.block = pair.block.grownBy(margin + 2);
+        pair.lower.area = areaOf(pair.lower.field);
+        pair.upper.area = areaOf(pair.upper.field);
         __block.add(pair.block);
         __pairs.push_back(std::move(pair));
     }
@@ -259,33 +314,46 @@ void PatchBuilder::fillSection(int plane, const std::vector<SectionField>& field
     }
 }
 
+/// The pair's field keeps the area that a frustum between the two shares has.
 void PatchBuilder::fillBetween(int plane) {
     const double share = double(plane) / __planes;
-    std::vector<float> values, side;
+    std::vector<std::vector<float>> values;
+    std::vector<float> side;
+    FieldArea area;
     for (const Pair& pair : __pairs) {
         const LatticeBlock& block = pair.block;
         const int first = block.firstColumn, count = block.columns();
-        values.resize(std::size_t(count));
+        values.resize(std::size_t(block.rows()));
         side.resize(std::size_t(count));
-        const auto keepOnSide = [&](const std::optional<SectionField>& field, int row) {
+        area.clear();
+        for (int r = block.firstRow; r <= block.lastRow; ++r) {
+            std::vector<float>& row = values[std::size_t(r - block.firstRow)];
+            row.assign(std::size_t(count), 0);
+            pair.lower.field.addMoved(share * pair.wayRows, share * pair.wayColumns, float(1 - share), r, first, count,
+                                      row.data());
+            pair.upper.field.addMoved((share - 1) * pair.wayRows, (share - 1) * pair.wayColumns, float(share), r,
+                                      first, count, row.data());
+            area.add(row);
+        }
+        const double root = (1 - share) * std::sqrt(pair.lower.area) + share * std::sqrt(pair.upper.area);
+        const float offset = pair.lower.area > 0 && pair.upper.area > 0 ? area.offsetFor(root * root) : 0;
+        const auto keepOnSide = [&](const std::optional<SectionField>& field, int r, std::vector<float>& row) {
             if (!field)
                 return;
             std::fill(side.begin(), side.end(), -halfGap);
-            field->addMoved(0, 0, 1, row, first, count, side.data());
-            for (std::size_t c = 0; c < values.size(); ++c)
-                values[c] = std::min(values[c], side[c]);
+            field->addMoved(0, 0, 1, r, first, count, side.data());
+            for (std::size_t c = 0; c < row.size(); ++c)
+                row[c] = std::min(row[c], side[c]);
         };
         for (int r = block.firstRow; r <= block.lastRow; ++r) {
-            std::fill(values.begin(), values.end(), 0.0F);
-            pair.lower.field.addMoved(share * pair.wayRows, share * pair.wayColumns, float(1 - share), r, first, count,
-                                      values.data());
-            pair.upper.field.addMoved((share - 1) * pair.wayRows, (share - 1) * pair.wayColumns, float(share), r, first,
-                                      count, values.data());
-            keepOnSide(pair.lower.side, r);
-            keepOnSide(pair.upper.side, r);
-            float* const row = __volume[plane][r - __block.firstRow].data() + (block.firstColumn - __block.firstColumn);
-            for (std::size_t c = 0; c < values.size(); ++c)
-                row[c] = std::max(row[c], values[c]);
+            std::vector<float>& own = values[std::size_t(r - block.firstRow)];
+            for (float& value : own)
+                value += offset;
+            keepOnSide(pair.lower.side, r, own);
+            keepOnSide(pair.upper.side, r, own);
+            float* const row = __volume[plane][r - __block.firstRow].data() + (first - __block.firstColumn);
+            for (std::size_t c = 0; c < own.size(); ++c)
+                row[c] = std::max(row[c], own[c]);
         }
     }
 }
@@ -442,8 +510,11 @@ double firstStep(const PartList& lower, const PartList& upper, double& leastStep
             top = std::max(top, part->outer().top);
         }
     const double width = right - left, height = top - bottom;
-    leastStep = std::max({std::sqrt(width * height / mostNodes), width / mostNodes * 100, height / mostNodes * 100});
-    return std::max(radius / stepsInRadius, leastStep);
+    const auto stepFor = [&](double nodes) {
+        return std::max({std::sqrt(width * height / nodes), width / nodes * 8, height / nodes * 8});
+    };
+    leastStep = stepFor(mostNodes);
+    return std::max(radius / stepsInRadius, stepFor(firstNodes));
 }
 
 } // namespace

@@ -131,7 +131,9 @@ void SectionParts::build() {
         addRing(region, ring, {});
     const double trueArea = region.area();
     nest(__outlines);
-    if (std::fabs(area() - trueArea) > areaTolerance * std::max(area(), trueArea)) {
+    const auto isFlat = [](const SectionPart& part) { return part.area <= areaTolerance * part.outer().area; };
+    if (std::fabs(area() - trueArea) > areaTolerance * std::max(area(), trueArea) ||
+        std::any_of(__parts.begin(), __parts.end(), isFlat)) {
         std::vector<SectionRing> rings;
         for (std::vector<PlanePoint>& ring : evenOddRings(__outlines))
             rings.emplace_back(std::move(ring));

@@ -38,6 +38,31 @@ std::vector<std::array<unsigned int, 3>> trianglesOf(const TriMesh<T>& mesh) {
     return triangles;
 }
 
+/// Of the tetrahedra between the triangles and the first vertex, weighted by their signed volumes.
+template <class T>
+std::array<double, 3> centroidOf(const TriMesh<T>& mesh, const std::vector<std::array<unsigned int, 3>>& triangles) {
+    using Point = std::array<double, 3>;
+    const Vector<T>& origin = mesh[int(triangles.front()[0])];
+    const auto at = [&](unsigned int v) {
+        const Vector<T>& p = mesh[int(v)];
+        return Point{double(p[0]) - double(origin[0]), double(p[1]) - double(origin[1]),
+                     double(p[2]) - double(origin[2])};
+    };
+    double volume = 0;
+    Point sum = {};
+    for (const auto& t : triangles) {
+        const Point a = at(t[0]), b = at(t[1]), c = at(t[2]);
+        const double part = a[0] * (b[1] * c[2] - b[2] * c[1]) + a[1] * (b[2] * c[0] - b[0] * c[2]) +
+                            a[2] * (b[0] * c[1] - b[1] * c[0]);
+        volume += part;
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            sum[axis] += part * (a[axis] + b[axis] + c[axis]) / 4;
+    }
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        sum[axis] = double(origin[int(axis)]) + sum[axis] / volume;
+    return sum;
+}
+
 std::vector<Side> sidesOf(const std::vector<std::array<unsigned int, 3>>& triangles) {
     std::vector<Side> sides;
     sides.reserve(3 * triangles.size());
@@ -123,6 +148,8 @@ SurfaceCertificate SurfaceCertificate::of(const TriMesh<T>& mesh) {
     certificate.euler = usedVertices - numEdges + static_cast<long long>(triangles.size());
     if (certificate.closed && certificate.oriented)
         certificate.volume = volume;
+    if (certificate.volume != 0)
+        certificate.centroid = centroidOf(mesh, triangles);
     certificate.outward = certificate.volume > 0;
     return certificate;
 }

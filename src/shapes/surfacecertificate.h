@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 
 namespace vorlen {
@@ -21,6 +22,7 @@ struct SurfaceCertificate {
     long long openEdges = 0;
     long long euler = 0; ///< vertices of triangles - edges + triangles
     double volume = 0;   ///< by the divergence theorem, in cubed coordinate units; 0 unless closed and oriented
+    std::array<double, 3> centroid = {}; ///< of what is enclosed, by the same theorem; 0 where the volume is
 
     /// Number of handles of all parts. -1 where it means nothing, on a surface that is not closed, oriented and
     /// manifold.

@@ -1,8 +1,10 @@
 #include "reconstruction/branchingsurface.h"
 
 #include <cmath>
+#include <cstdint>
 #include <functional>
 
+#include <iostream>
 #include <gtest/gtest.h>
 
 #include "shapes/surfacecertificate.h"
@@ -175,6 +177,109 @@ TEST(BranchingSurface, partsBeginEndSplitMergeAndHoldHolesInOne) {
         EXPECT_FALSE(certificateOf(crowd, SurfaceEnd::Open).closed);
         EXPECT_EQ(crowd.getNumUnfollowed(), 0);
     }
+}
+
+// A ring whose wall opens to the side, and a part whose hole becomes a bay and goes: no hole ends in the open.
+TEST(BranchingSurface, aHoleThatBecomesABayOpens) {
+    const auto horseshoe = [](double gap) {
+        Outline points;
+        const double half = gap / 2, turn = std::asin(half / 20), innerTurn = std::asin(half / 10);
+        for (int k = 0; k <= 60; ++k) {
+            const double a = turn + (2 * pi - 2 * turn) * k / 60;
+            points.push_back({20 * std::cos(a), 20 * std::sin(a)});
+        }
+        for (int k = 60; k >= 0; --k) {
+            const double a = innerTurn + (2 * pi - 2 * innerTurn) * k / 60;
+            points.push_back({10 * std::cos(a), 10 * std::sin(a)});
+        }
+        return points;
+    };
+    const auto cup = surfaceOf(0, 2, 10, [&](double z) {
+        return z < 9 ? Outlines{disc(0, 0, 20), disc(0, 0, 10)} : Outlines{horseshoe(6)};
+    });
+    const auto certificate = certificateOf(cup, SurfaceEnd::Flat);
+    expectSound(certificate, 1, 1);
+    EXPECT_EQ(cup.getNumUnfollowed(), 0);
+    const double ring = pi * 300, open = ring - 6 * 10;
+    expectNear(certificate.volume, 8 * ring + 2 * (ring + open) / 2 + 8 * open, 0.01);
+}
+
+// Outlines that cross themselves and each other, touch in points and along edges, lie on each other, stand twice on a
+// vertex, and have no inside: the volume is that of the even-odd region.
+TEST(BranchingSurface, outlinesMayCrossAndTouch) {
+    const Outline figure8 = {{0, 0}, {10, 10}, {10, 0}, {0, 10}};
+    const std::pair<Outlines, double> cases[] = {
+        {{figure8}, 50},
+        {{square(0, 0, 10), square(10, 10, 10)}, 600},
+        {{square(0, 0, 10), square(20, 20, 10)}, 800},
+        {{square(0, 0, 10), square(20, 0, 10)}, 800},
+        {{square(0, 0, 10), square(0, 0, 10), square(40, 0, 5)}, 100},
+        {{{{0, 0}, {5, 5}, {10, 0}, {10, 0}, {10, 10}, {5, 5}, {0, 10}, {0, 0}}}, 50},
+        {{{{0, 0}, {10, 0}, {5, 0}}, square(30, 0, 5)}, 100},
+        {{disc(0, 0, 10), {{-20, -1}, {20, -1}, {20, 1}, {-20, 1}}}, pi * 100 + 80 - 2 * 39.93}};
+    for (const auto& [outlines, area] : cases) {
+        const auto prism = surfaceOf(0, 5, 4, [&outlines = outlines](double) { return outlines; });
+        const auto certificate = certificateOf(prism, SurfaceEnd::Flat);
+        EXPECT_TRUE(certificate.isSound()) << area << ' ' << certificate.toText();
+        expectNear(certificate.volume, 15 * area, 0.002);
+    }
+}
+
+// Crowds of parts at random, some with holes, on pixels or not: whatever comes out is closed and a manifold, and its
+// volume is near the sum over the sections.
+TEST(BranchingSurface, whateverIsDrawnGivesASoundSurface) {
+    std::uint32_t seed = 1;
+    const auto random = [&](double low, double high) {
+        seed = seed * 1664525u + 1013904223u;
+        return low + (high - low) * (seed >> 8) / double(1 << 24);
+    };
+    for (int trial = 0; trial < 12; ++trial) {
+        double sum = 0;
+        const bool pixels = trial % 2 == 0;
+        const auto at = [&](double) {
+            Outlines outlines;
+            for (int k = 0; k < 6; ++k) {
+                const double x = 40 * (k % 3) + random(-8, 8), y = 40 * (k / 3) + random(-8, 8), r = random(4, 26);
+                if (random(0, 1) < 0.2)
+                    continue;
+                outlines.push_back(ellipse(x, y, r, random(3, 20), random(0, 3), 40));
+                if (random(0, 1) < 0.4)
+                    outlines.push_back(ellipse(x, y, r / 2, random(1, 6), random(0, 3), 24));
+            }
+            for (Outline& outline : outlines)
+                for (PlanePoint& p : outline)
+                    p = pixels ? PlanePoint{std::round(p.x), std::round(p.y)} : p;
+            return outlines;
+        };
+        const auto crowd = surfaceOf(0, 10, 8, at);
+        for (const SectionParts& section : crowd.getSections())
+            sum += 10 * section.area();
+        const auto certificate = certificateOf(crowd);
+        EXPECT_TRUE(certificate.isSound()) << trial << ' ' << certificate.toText();
+        expectNear(certificate.volume, sum, 0.1);
+        std::cout << trial << ' ' << certificate.volume / sum << ' ' << crowd.getNumUnfollowed() << ' ' << certificate.toText() << std::endl;
+    }
+}
+
+TEST(BranchingSurface, unitsOfLengthMeanNothing) {
+    const auto volumeIn = [](double unit) {
+        const auto tree = surfaceOf(0, 5 * unit, 10, [unit](double z) {
+            Outlines outlines = z < 22 * unit ? Outlines{disc(0, 0, 10)} : Outlines{disc(-8, 0, 6), disc(8, 0, 6)};
+            outlines.push_back(square(50, 0, 9));
+            if (z < 30 * unit)
+                outlines.push_back(square(50, 0, 4));
+            for (Outline& outline : outlines)
+                for (PlanePoint& p : outline)
+                    p = {unit * p.x, unit * p.y};
+            return outlines;
+        });
+        const auto certificate = certificateOf(tree);
+        EXPECT_TRUE(certificate.isSound()) << certificate.toText();
+        return certificate.volume / (unit * unit * unit);
+    };
+    const double volume = volumeIn(1);
+    for (const double unit : {1e-9, 1e-3, 1e6})
+        EXPECT_NEAR(volumeIn(unit) / volume, 1, 1e-9);
 }
 
 } // namespace vorlen

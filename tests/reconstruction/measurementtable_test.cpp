@@ -54,7 +54,7 @@ TEST_F(MeasurementTableTest, hasARowForEachModelAndSaysWhyAMeasureIsMissing) {
     EXPECT_EQ(rowText(table, 1, names), "pair Polyline 4 2 NA NA");
     EXPECT_EQ(rowText(table, 2, names), "dots Polypoint 3 1 0 0");
     const int area = table.find({"Area"})[0];
-    EXPECT_EQ(table.getText(1, area), "Not available: it has several contours on one slice");
+    EXPECT_EQ(table.getText(1, area), "Not available: it has several lines on one slice");
     EXPECT_EQ(table.getColumns()[std::size_t(area)].unit, "mm^2");
     EXPECT_TRUE(table.getFailures().empty());
     const MeasurementTable some = MeasurementTable::ofModels(stack, {&stack.getModel(2)});
