@@ -87,6 +87,7 @@ public slots:
     void redo();
     void runStackModelsDialog();
     void insertSlice();
+    void findImages();
     void deleteSlice();
     void runStackPropertiesDialog();
     void runSlicePropertiesDialog();
