@@ -32,9 +32,10 @@ pictures: sample
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j2
 
-# A program at work is killed at 200 moments, and its document is there each time.
+# A program at work is killed at 200 moments, and its document is there each time; then the main window.
 soak: build
 	@VORLEN_KILLS=200 $(BUILD)/bin/test_editing --gtest_filter='JournalKill.*'
+	@VORLEN_KILLS=200 scripts/with-display $(BUILD)/bin/test_ui_workday
 
 sanitize: setup
 	@cmake --preset sanitize >/dev/null

@@ -14,6 +14,7 @@
 #include "cli/consolemonitor.h"
 #include "cli/jsonwriter.h"
 #include "cli/outputformat.h"
+#include "cli/pixelcheck.h"
 #include "cli/stackfile.h"
 #include "cli/texttable.h"
 #include "document/stack.h"
@@ -54,7 +55,31 @@ struct CheckedFile {
     bool isClean() const { return count(Severity::Error) + count(Severity::Warning) == 0; }
 };
 
-CheckedFile checkFile(const std::string& name) {
+/// Reads every pixel of the stack's images.
+void addPixelProblems(CheckedFile& file) {
+    for (int i = 0; i < file.stack->getNumSlices(); ++i) {
+        const StackSlice& slice = file.stack->getSlice(i);
+        const auto add = [&](ProblemCode code, const std::string& sentence) {
+            if (sentence.empty())
+                return;
+            StackProblem problem;
+            problem.code = code;
+            problem.message = sentence;
+            problem.slice = slice.getName();
+            file.problems.push_back(problem);
+        };
+        const std::string problem = readPixels(slice).problem;
+        add(ProblemCode::PixelFault, problem);
+        if (problem.empty()) {
+            add(ProblemCode::ImagePages, furtherPages(slice));
+        } else {
+            file.log.push_back(problem);
+            ++file.numFatal;
+        }
+    }
+}
+
+CheckedFile checkFile(const std::string& name, bool readsPixels) {
     CheckedFile file;
     file.name = name;
     file.path = FileInfo::suffixName(name) == "sdf" ? name : name + ".sdf";
@@ -82,6 +107,8 @@ CheckedFile checkFile(const std::string& name) {
             file.log.push_back(problem.message);
             ++file.numFatal;
         }
+    if (readsPixels && file.opened)
+        addPixelProblems(file);
     return file;
 }
 
@@ -110,7 +137,7 @@ std::string obstacleToMending(const CheckedFile& file) {
 }
 
 /// Mends and saves the file, and looks at it again.
-void mend(CheckedFile& file, const std::string& imagesDirectory) {
+void mend(CheckedFile& file, const std::string& imagesDirectory, bool readsPixels) {
     const bool isRenamed = std::any_of(file.problems.begin(), file.problems.end(), [](const StackProblem& problem) {
         return problem.code == ProblemCode::SliceNameDuplicate || problem.code == ProblemCode::ModelNameDuplicate;
     });
@@ -129,7 +156,7 @@ void mend(CheckedFile& file, const std::string& imagesDirectory) {
     if (!SafeFile::save(file.path, text))
         throw FileWriteError(where, "The file cannot be opened for writing", file.path);
     backups.rotate();
-    CheckedFile again = checkFile(file.name);
+    CheckedFile again = checkFile(file.name, readsPixels);
     again.mended = difference(file.problems, again.problems);
     again.backup = file.path + "~1";
     file = std::move(again);
@@ -270,11 +297,11 @@ int printCodes(OutputFormat format) {
 }
 
 /// Checks one file, mends it if that is wanted, and gives its exit status.
-int checkOne(CheckedFile& file, bool isFixing, const std::string& imagesDirectory) {
+int checkOne(CheckedFile& file, bool isFixing, const std::string& imagesDirectory, bool readsPixels) {
     int status = ExitGood;
     if (isFixing && file.opened)
         status = guarded("mend " + file.name, [&] {
-            mend(file, imagesDirectory);
+            mend(file, imagesDirectory, readsPixels);
             return int(ExitGood);
         });
     if (!file.refusal.empty()) {
@@ -295,6 +322,7 @@ int checkCommand(const QStringList& arguments) {
     line.addFlag("fix", "Mend what can be mended without guessing, and save the file; as it was it stays as "
                         "STACK.sdf~1. Exit status 1 when problems are left.");
     line.addOption({"images"}, "With --fix, the directory where images that are missing are looked for.", "directory");
+    line.addFlag("pixels", "Read every pixel of the images, and tell what can't be read.");
     line.addFlag("codes", "Print the table of all codes; no file is needed.");
     const bool isAboutCodes = arguments.contains("--codes");
     if (const std::optional<int> status = line.parse(arguments, 0, !isAboutCodes))
@@ -313,8 +341,8 @@ int checkCommand(const QStringList& arguments) {
         json.beginArray();
     int status = ExitGood;
     for (const std::string& name : line.files()) {
-        CheckedFile file = checkFile(name);
-        status = std::max(status, checkOne(file, line.isSet("fix"), line.path("images")));
+        CheckedFile file = checkFile(name, line.isSet("pixels"));
+        status = std::max(status, checkOne(file, line.isSet("fix"), line.path("images"), line.isSet("pixels")));
         if (*format == OutputFormat::Json)
             writeJson(json, file, line.isSet("fix"));
         else if (*format == OutputFormat::Csv)

@@ -10,6 +10,9 @@ namespace vorlen {
 /// What each stack holds: slices with images, positions and registrations, models and poses.
 int infoCommand(const QStringList& arguments);
 
+/// Makes a stack description of images, pages of images and volumes.
+int newCommand(const QStringList& arguments);
+
 /// What the reader found wrong with each stack. Problems give status 1.
 int checkCommand(const QStringList& arguments);
 

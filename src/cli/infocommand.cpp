@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <iostream>
+#include <limits>
 
 #include "cli/jsonwriter.h"
 #include "cli/outputformat.h"
+#include "cli/pixelcheck.h"
 #include "cli/stackfile.h"
 #include "cli/texttable.h"
 #include "document/model.h"
@@ -20,7 +22,52 @@ std::string imageText(const StackSlice& slice) {
     return slice.hasImageSource() ? slice.getImageSource().getName() : "";
 }
 
-void writeJson(JsonWriter& json, const StackFile& file) {
+/// A member for the values and an array with the numbers of each channel; of no values they are null.
+void writePixels(JsonWriter& json, const SlicePixels& pixels) {
+    json.member("values", pixels.statistics ? pixels.statistics->values : "");
+    json.key("pixels");
+    json.beginArray();
+    for (const ChannelStatistics& channel : pixels.statistics.value_or(PixelStatistics()).channels) {
+        const double none = std::numeric_limits<double>::quiet_NaN();
+        json.beginObject();
+        json.member("name", channel.name);
+        json.member("min", channel.numValues > 0 ? channel.min : none);
+        json.member("max", channel.numValues > 0 ? channel.max : none);
+        json.member("mean", channel.mean());
+        json.endObject();
+    }
+    json.endArray();
+    if (!pixels.problem.empty())
+        json.member("problem", pixels.problem);
+}
+
+/// The values of the columns of pixels; those of several channels with blanks between them.
+std::vector<std::string> pixelCells(const SlicePixels& pixels, std::string (*number)(double)) {
+    std::string names, least, greatest, means;
+    const PixelStatistics statistics = pixels.statistics.value_or(PixelStatistics());
+    for (const ChannelStatistics& channel : statistics.channels) {
+        const char* const gap = names.empty() ? "" : " ";
+        names += gap + channel.name;
+        least += gap + (channel.numValues > 0 ? number(channel.min) : "NA");
+        greatest += gap + (channel.numValues > 0 ? number(channel.max) : "NA");
+        means += gap + number(channel.mean());
+    }
+    return {statistics.values, names, least, greatest, means};
+}
+
+/// The pixels of all slices, where they are asked for; what can't be read is told on the standard error stream.
+std::vector<SlicePixels> pixelsOf(const Stack& stack, bool asked) {
+    std::vector<SlicePixels> pixels;
+    for (int i = 0; asked && i < stack.getNumSlices(); ++i) {
+        pixels.push_back(readPixels(stack.getSlice(i)));
+        for (const std::string& sentence : {pixels.back().problem, furtherPages(stack.getSlice(i))})
+            if (!sentence.empty())
+                std::cerr << "vorlen-cli: " << sentence << '\n';
+    }
+    return pixels;
+}
+
+void writeJson(JsonWriter& json, const StackFile& file, const std::vector<SlicePixels>& pixels) {
     const Stack& stack = file.getStack();
     json.beginObject();
     json.member("file", file.getName());
@@ -46,6 +93,8 @@ void writeJson(JsonWriter& json, const StackFile& file) {
         json.value(slice.getRegistration().getVerShift());
         json.value(double(slice.getRegistration().getRotationAngle()));
         json.endArray();
+        if (!pixels.empty())
+            writePixels(json, pixels[std::size_t(i)]);
         json.endObject();
     }
     json.endArray();
@@ -62,10 +111,13 @@ void writeJson(JsonWriter& json, const StackFile& file) {
     json.endObject();
 }
 
-void printTables(const StackFile& file, OutputFormat format) {
+void printTables(const StackFile& file, OutputFormat format, const std::vector<SlicePixels>& pixels) {
     const Stack& stack = file.getStack();
-    TextTable slices(
-        {"Slice", "Image", "Width", "Height", "Depth", "Position", "PixelWidth", "PixelHeight", "Shift", "Rotation"});
+    std::vector<std::string> columns = {"Slice",    "Image",      "Width",       "Height", "Depth",
+                                        "Position", "PixelWidth", "PixelHeight", "Shift",  "Rotation"};
+    if (!pixels.empty())
+        columns.insert(columns.end(), {"Values", "Name", "Min", "Max", "Mean"});
+    TextTable slices(columns);
     for (int i = 0; i < stack.getNumSlices(); ++i) {
         const StackSlice& slice = stack.getSlice(i);
         const bool empty = !slice.hasImageSource();
@@ -73,14 +125,20 @@ void printTables(const StackFile& file, OutputFormat format) {
         std::string image = imageText(slice);
         if (format == OutputFormat::Table)
             image = image.substr(image.rfind('/') == std::string::npos ? 0 : image.rfind('/') + 1);
-        slices.addRow({slice.getName(), image, std::to_string(empty ? 0 : slice.getImageSource().getSize2()),
+        std::vector<std::string> cells = {slice.getName(), image, std::to_string(empty ? 0 : slice.getImageSource().getSize2()),
                        std::to_string(empty ? 0 : slice.getImageSource().getSize1()),
                        std::to_string(empty ? 0 : slice.getImageSource().getDepth()),
                        shortNumber(slice.getAbsolutePosition()),
                        shortNumber(slice.getPixelCalibration().getPixelWidth()),
                        shortNumber(slice.getPixelCalibration().getPixelHeight()),
-                       std::to_string(registration.getHorShift()) + " " + std::to_string(registration.getVerShift()),
-                       shortNumber(registration.getRotationAngle())});
+                       shortNumber(registration.getHorShift()) + " " + shortNumber(registration.getVerShift()),
+                       shortNumber(registration.getRotationAngle())};
+        if (!pixels.empty()) {
+            const std::vector<std::string> more =
+                pixelCells(pixels[std::size_t(i)], format == OutputFormat::Csv ? fullNumber : shortNumber);
+            cells.insert(cells.end(), more.begin(), more.end());
+        }
+        slices.addRow(cells);
     }
     if (format == OutputFormat::Csv) {
         slices.printCsv(std::cout);
@@ -111,12 +169,15 @@ int infoCommand(const QStringList& arguments) {
     CommandLine line("info", "Tells what stacks hold: slices with images, positions and registrations, models, poses.",
                      "STACK.sdf...", "Stack description files (.sdf).");
     line.addFormatOption();
-    return reportOnStacks(line, arguments, [](const StackFile& file, OutputFormat format, JsonWriter& json) {
+    line.addFlag("pixels", "Read all pixels: type of the values, and least, greatest and mean value of each channel.");
+    return reportOnStacks(line, arguments, [&line](const StackFile& file, OutputFormat format, JsonWriter& json) {
+        const std::vector<SlicePixels> pixels = pixelsOf(file.getStack(), line.isSet("pixels"));
         if (format == OutputFormat::Json)
-            writeJson(json, file);
+            writeJson(json, file, pixels);
         else
-            printTables(file, format);
-        return int(ExitGood);
+            printTables(file, format, pixels);
+        const bool good = std::all_of(pixels.begin(), pixels.end(), [](const auto& each) { return each.problem.empty(); });
+        return int(good ? ExitGood : ExitProblems);
     });
 }
 

@@ -23,6 +23,7 @@ struct Command {
 constexpr Command commands[] = {
     {"info", infoCommand, "what a stack holds: slices, models, poses"},
     {"check", checkCommand, "what is wrong with a stack; exit status 1 when something is"},
+    {"new", newCommand, "a stack of images, of the pages of images, of volumes"},
     {"measure", measureCommand, "lengths, areas, volumes of the models, items and slices"},
     {"export", exportCommand, "surfaces of the models as STL and mesh files"},
     {"isosurface", isosurfaceCommand, "the surface of a volume at a level as STL and mesh file"},
@@ -45,7 +46,8 @@ void printHelp() {
 /// Whether the word is an option that has its value in the next one.
 bool takesValue(const QString& word) {
     static const QStringList flags = {"--overwrite",  "--models-only",  "--invert", "--open",
-                                      "--calibrated", "--no-alignment", "--fix",    "--codes", "--help", "-h"};
+                                      "--calibrated", "--no-alignment", "--fix",    "--codes", "--pixels",
+                                      "--keep-order", "--help", "-h"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 

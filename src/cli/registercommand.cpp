@@ -24,8 +24,8 @@ TextTable registrationTable(const Stack& stack) {
     TextTable table({"Slice", "HorShift [pixel]", "VerShift [pixel]", "Rotation [deg]"});
     for (int i = 1; i < stack.getNumSlices(); ++i) {
         const Registration& found = stack.getSlice(i).getRegistration();
-        table.addRow({stack.getSlice(i).getName(), std::to_string(found.getHorShift()),
-                      std::to_string(found.getVerShift()), shortNumber(found.getRotationAngle())});
+        table.addRow({stack.getSlice(i).getName(), shortNumber(found.getHorShift()), shortNumber(found.getVerShift()),
+                      shortNumber(found.getRotationAngle())});
     }
     return table;
 }

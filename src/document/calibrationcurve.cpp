@@ -1,6 +1,7 @@
 #include "document/calibrationcurve.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "document/standardimage.h"
 #include "images/rasters/image.h"
@@ -39,10 +40,8 @@ StandardSample& CalibrationCurve::getSample(int i) {
 void CalibrationCurve::computeSampleGrayLevels() {
     Image image;
     __standardImage.load(image);
-    image.make8bitsGrayscale();
-    // Through a channel: a gray image may still be indexed.
     PixelMatrix<float> gray;
-    gray.convertFromImage(image, RedChannel);
+    gray.convertGreyFromImage(image);
 
     std::vector<double> levels;
     for (const auto& sample : __samples) {
@@ -74,7 +73,9 @@ void CalibrationCurve::computeSampleGrayLevels() {
 
 double CalibrationCurve::eval(double grayLevel) const {
     // Not written as a comparison with >, so that what is no number fails too.
-    if (!(grayLevel <= 255))
+    const bool ofBytes = __standardImage.isEmpty() || (__standardImage.getImageSource().getDepth() != 16 &&
+                                                       !__standardImage.getImageSource().isReal());
+    if (!(grayLevel <= (ofBytes ? 255 : std::numeric_limits<double>::max())))
         throw ValueError("double CalibrationCurve::eval(double) const", "The gray level is above 255");
     if (__needsFit)
         fit();

@@ -1,4 +1,5 @@
 #include "document/stack.h"
+#include "document/stackgreyscale.h"
 
 #include <algorithm>
 #include <cmath>
@@ -365,6 +366,13 @@ void Stack::clear() {
     __lastRegisteredSlice.clear();
 }
 
+/// Values as bytes, where the white of the scale is 255: one factor for all images of a stack.
+static void bringToBytes(Image& image, const GreyScale& scale) {
+    PixelMatrix<float> values;
+    values.convertGreyFromImage(image);
+    values.convertToImage(image, 0, scale.white, 0, 255);
+}
+
 template <class T>
 void stackToVolume(const Stack& stack, VoxelMatrix<T>& volume, ImageColorContent content) {
     const int depth = stack.getNumSlices();
@@ -378,6 +386,7 @@ void stackToVolume(const Stack& stack, VoxelMatrix<T>& volume, ImageColorContent
         volume.setSize(height, width, depth);
         volume.setZeros();
     }
+    std::optional<GreyScale> scale;
     for (int k = 0; k < depth; ++k) {
         const StackSlice& slice = stack.getSlice(k);
         if (slice.width() != width || slice.height() != height)
@@ -390,9 +399,12 @@ void stackToVolume(const Stack& stack, VoxelMatrix<T>& volume, ImageColorContent
                             "The image of slice " + slice.getName() + " does not have the size of the first slice");
         switch (content) {
         case GrayContent:
-            // The channel's form reads through the colormap, which a gray image may still have.
-            image.make8bitsGrayscale();
-            volume[k].convertFromImage(image, RedChannel);
+            if (std::is_same_v<T, unsigned char> && hasGreyScale(image)) {
+                if (!scale)
+                    scale = findGreyScale(stack);
+                bringToBytes(image, scale.value_or(GreyScale()));
+            }
+            volume[k].convertGreyFromImage(image);
             break;
         case RedContent:
             volume[k].convertFromImage(image, RedChannel);

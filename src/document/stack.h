@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "document/stackslice.h"
 #include "document/standardimage.h"
 #include "document/unreadtext.h"
+#include "images/rasters/greyscale.h"
 #include "values/imagecolorcontent.h"
 
 namespace vorlen {
@@ -58,6 +60,10 @@ public:
     const std::string& getLastSegmentedSlice() const { return __lastSegmentedSlice; }
     void setLastRegisteredSlice(const std::string& name);
     const std::string& getLastRegisteredSlice() const { return __lastRegisteredSlice; }
+
+    /// How the grey values of images beyond bytes are looked at; nothing until it has been found or set.
+    void setGreyScale(const std::optional<GreyScale>& scale) { __greyScale = scale; }
+    const std::optional<GreyScale>& getGreyScale() const { return __greyScale; }
 
     /// The unit of the default pixel calibration. Setting it sets that of all slices too.
     const LengthUnit& getLengthUnit() const;
@@ -193,6 +199,7 @@ private:
     PixelCalibration __defaultPixelCalibration;
     std::vector<std::unique_ptr<StandardImage>> __standardImages;
     std::string __lastSegmentedSlice;
+    std::optional<GreyScale> __greyScale;
     std::string __lastRegisteredSlice;
     UnreadText __unreadObjects;
 };

@@ -35,6 +35,7 @@ const StackIO::KeywordMap& StackIO::__keywordMap() {
         {FileFormatVersion, {"FileFormatVersion"}},
         {FILLEDIN, {"FILLEDIN", "M2DFILLEDIN"}},
         {FIT, {"FIT"}},
+        {GREYSCALE, {"GREYSCALE"}},
         {HIDDEN3D, {"HIDDEN3D", "M2DHIDDEN3D"}},
         {IMAGE, {"IMAGE"}},
         {ImagesPath, {"ImagesPath", "IMAGESPATH", "IMAGESDIR"}},

@@ -74,7 +74,8 @@ public:
         THICKNESS,
         TRANSPARENCY,
         VERTEXSYMBOL,
-        UNKNOWN
+        UNKNOWN,
+        GREYSCALE, // behind the others, whose numbers stay what they were
     };
 
     ~StackIO() override = default;

@@ -32,6 +32,8 @@ enum class ProblemCode {
     ImageMissing,
     ImageUnreadable,
     ImageFault,
+    PixelFault,
+    ImagePages,
     ImageSize,
     ImageRepeated,
     SliceNameDuplicate,

@@ -123,6 +123,12 @@ float toFinite(std::string_view text) {
     return std::isfinite(value) ? value : 0;
 }
 
+/// Pixels and decimals of them; 0 for what is no number, and no more than an int holds.
+double toShift(std::string_view text) {
+    const double value = std::strtod(std::string(text.substr(0, 256)).c_str(), nullptr);
+    return std::isnan(value) ? 0 : std::clamp<double>(value, -INT_MAX, INT_MAX);
+}
+
 bool toBool(std::string_view text) {
     return text.size() == 1 ? text == "1" : text == "true";
 }
@@ -628,7 +634,7 @@ void StackReader::carryOut(Keyword keyword, const Tokens& tokens, StackIOContext
 
 StackReader::Handler StackReader::handler(Keyword keyword) {
     static const auto handlers = [] {
-        std::array<Handler, UNKNOWN + 1> table{};
+        std::array<Handler, GREYSCALE + 1> table{};
         table[Annotation] = &StackReader::inputAnnotation;
         table[BeginCap] = &StackReader::inputBeginCap;
         table[BRILLIANCY] = &StackReader::inputBrilliancy;
@@ -646,6 +652,7 @@ StackReader::Handler StackReader::handler(Keyword keyword) {
         table[LASTREGISTEREDSLICE] = &StackReader::inputLastRegisteredSlice;
         table[LengthUnitScale] = &StackReader::inputLengthUnitScale;
         table[MODEL] = &StackReader::inputModel;
+        table[GREYSCALE] = &StackReader::inputGreyScale;
         table[MODELITEM] = &StackReader::inputModelItem;
         table[MODELITEMDATA] = &StackReader::inputModelItemData;
         table[PIXASPECT] = &StackReader::inputPixAspect;
@@ -753,6 +760,15 @@ void StackReader::inputFit(const Tokens& tokens, StackIOContext& context) {
         curve.setFitMode(CalibrationCurve::Polynomial3Fit);
     else
         throw ValueError("void StackReader::inputFit(...)", "Unknown fit mode");
+}
+
+void StackReader::inputGreyScale(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 3);
+    const GreyScale scale{toReal(tokens[1]), toReal(tokens[2]), toReal(tokens[3])};
+    if (!std::isfinite(scale.low) || !std::isfinite(scale.high) || !(scale.high > scale.low) ||
+        !std::isfinite(scale.white) || !(scale.white > 0))
+        throw ArgValueError();
+    required(context.getStack()).setGreyScale(scale);
 }
 
 void StackReader::inputHidden3D(const Tokens& tokens, StackIOContext& context) {
@@ -1048,7 +1064,7 @@ void StackReader::inputResampling(const Tokens& tokens, StackIOContext& context)
 
 void StackReader::inputRotate(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getSlice()).getRegistration().setRotationAngle(toReal(tokens[1]));
+    required(context.getSlice()).getRegistration().setRotationAngle(toFinite(tokens[1]));
 }
 
 void StackReader::inputSample(const Tokens& tokens, StackIOContext& context) {
@@ -1079,8 +1095,8 @@ void StackReader::inputSampleValue(const Tokens& tokens, StackIOContext& context
 void StackReader::inputShift(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 2);
     Registration& registration = required(context.getSlice()).getRegistration();
-    registration.setHorShift(toInt(tokens[1]));
-    registration.setVerShift(toInt(tokens[2]));
+    registration.setHorShift(toShift(tokens[1]));
+    registration.setVerShift(toShift(tokens[2]));
 }
 
 /// The size serves a lost image; any other knows its own.

@@ -110,6 +110,7 @@ private:
     void inputFileFormatVersion(const Tokens& tokens, StackIOContext& context);
     void inputFilledIn(const Tokens& tokens, StackIOContext& context);
     void inputFit(const Tokens& tokens, StackIOContext& context);
+    void inputGreyScale(const Tokens& tokens, StackIOContext& context);
     void inputHidden3D(const Tokens& tokens, StackIOContext& context);
     void inputImageStatement(const Tokens& tokens, StackIOContext& context);
     void inputImagesPath(const Tokens& tokens, StackIOContext& context);

@@ -1,6 +1,7 @@
 #include "document/stackwriter.h"
 
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -41,6 +42,15 @@ void appendReal(std::string& text, Real value) {
     char buffer[40];
     const auto end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general).ptr;
     text.append(buffer, end);
+}
+
+/// In the fewest digits that read back as the same; a whole number without point and exponent, as readers of old
+/// expect.
+void appendShift(std::string& text, double value) {
+    char buffer[40];
+    const bool whole = std::trunc(value) == value && std::abs(value) <= INT_MAX;
+    text.append(buffer, whole ? std::to_chars(buffer, buffer + sizeof buffer, static_cast<int>(value)).ptr
+                              : std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
 }
 
 /// The pixel height does not follow from width and aspect ratio, beyond their rounding.
@@ -135,6 +145,14 @@ void StackWriter::writeHeader(const Stack& stack) {
     statement(RELPOSITION, stack.getDefaultRelativePosition());
     name(LASTSEGMENTEDSLICE, stack.getLastSegmentedSlice());
     name(LASTREGISTEREDSLICE, stack.getLastRegisteredSlice());
+    if (const auto& scale = stack.getGreyScale()) {
+        __text += getString(GREYSCALE);
+        for (const float value : {scale->low, scale->high, scale->white}) {
+            __text += ' ';
+            appendReal(__text, value);
+        }
+        __text += endOfStatement;
+    }
     annotation(stack.getAnnotation());
     statement(AbsoluteImagesPathPolicy, stack.getAbsoluteImagesPathPolicy());
     __text += stack.getUnreadText();
@@ -166,9 +184,9 @@ void StackWriter::writeSlices(const Stack& stack) {
             statement(ROTATE, registration.getRotationAngle());
         if (registration.getHorShift() != 0 || registration.getVerShift() != 0) {
             __text += getString(SHIFT) + " ";
-            append(registration.getHorShift());
+            appendShift(__text, registration.getHorShift());
             __text += ' ';
-            append(registration.getVerShift());
+            appendShift(__text, registration.getVerShift());
             __text += endOfStatement;
         }
         if (!slice.getAnnotation().empty())

@@ -11,6 +11,18 @@ Vector<int> ImageSource::getSize() const {
     return size;
 }
 
+std::string ImageSource::getValueType() const {
+    return getDepth() == 16 ? "uint16" : "uint8";
+}
+
+bool ImageSource::isReal() const {
+    return false;
+}
+
+bool ImageSource::measure(ImageReader&, PixelStatistics&) const {
+    return false;
+}
+
 std::vector<ImageStatement> ImageSource::getFurtherStatements() const {
     return {};
 }

@@ -11,6 +11,7 @@ namespace vorlen {
 class Colormap;
 class Image;
 class ImageReader;
+struct PixelStatistics;
 
 /// Where an image comes from, and what it will be like, without its pixels.
 ///
@@ -38,6 +39,12 @@ public:
     /// Bits per pixel.
     virtual int getDepth() const = 0;
 
+    /// Type of the values in the file: "uint8", "int16", "float32". By default that of the depth.
+    virtual std::string getValueType() const;
+
+    /// Whether an image of 32 bits is one of real numbers, and not of colours.
+    virtual bool isReal() const;
+
     /// Null for an image without a colormap; owned by the source.
     virtual const Colormap* getColormap() const = 0;
 
@@ -50,6 +57,10 @@ public:
     /// Reads header and pixels by this reader, to which the progress is reported and which is looked at for the wish to
     /// cancel. Throws what the reader throws, and then leaves the image as it was.
     virtual void read(ImageReader& reader, Image& image) const = 0;
+
+    /// Takes statistics of the pixels by this reader, in the file's own values. False, as by default, for a source that
+    /// has no other values than those of its image. Throws what read() throws.
+    virtual bool measure(ImageReader& reader, PixelStatistics& statistics) const;
 
     /// The statement that begins a slice with this image.
     virtual ImageStatement getStatement() const = 0;

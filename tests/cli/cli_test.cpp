@@ -251,6 +251,41 @@ TEST_F(CommandLineTest, aSecondRoundTripChangesNoByte) {
     EXPECT_EQ(measured("sample.sdf"), measured("once.sdf"));
 }
 
+// A full disk behind a redirection: no command says that all is well.
+TEST_F(CommandLineTest, outputThatCannotBeWrittenIsNoSuccess) {
+    if (!std::filesystem::exists("/dev/full"))
+        GTEST_SKIP() << "no full device";
+    const TemporaryFolder folder;
+    folder.write("p.vx", "# 6\n# 3\n# 4\n0 0 0\n40 0 0\n0 40 0\n0 0 40\n");
+    VoxelMatrix<unsigned char> volume(5, 5, 5);
+    volume.setZeros();
+    volume(2, 2, 2) = 200;
+    volume.save(folder.file("v.vm"), false);
+    std::vector<std::string> lines = {"--help", "--version"};
+    std::string word;
+    for (std::istringstream help(cli(folder, "--help").output); std::getline(help, word);)
+        if (word.size() > 3 && word.rfind("  ", 0) == 0 && word[2] != ' ')
+            lines.push_back(word.substr(2, word.find(' ', 2) - 2) + " --help");
+    EXPECT_GT(lines.size(), 9u);
+    const std::string stack = sample->file("sample.sdf");
+    for (const char* format : {"table", "csv", "json"})
+        for (const char* command : {"info ", "check ", "measure "})
+            lines.push_back(command + stack + " --format " + format);
+    for (const std::string& line :
+         {"export --overwrite -o a " + stack, std::string("isosurface v.vm --level 100 --overwrite --output b"),
+          "register " + stack + " --overwrite -o c", "normalize --overwrite -o d " + stack + " " + stack,
+          std::string("density p.vx --overwrite -o e")})
+        lines.push_back(line);
+    for (const std::string& line : lines) {
+        const Outcome good = shell(folder.path(), VORLEN_CLI " " + line + " 2>errors");
+        EXPECT_LT(good.status, 2) << line << ": " << folder.read("errors");
+        EXPECT_FALSE(good.output.empty()) << line; // so that it has something to lose
+        const Outcome full = shell(folder.path(), VORLEN_CLI " " + line + " 2>errors >/dev/full");
+        EXPECT_NE(full.status, 0) << line;
+        EXPECT_NE(folder.read("errors").find("the output can't be written"), std::string::npos) << line;
+    }
+}
+
 TEST(CommandLine, problemsInADocumentGiveStatusOne) {
     const TemporaryFolder folder;
     folder.write("bad.sdf", "FileFormatVersion 1.03;\nSTACK \"x\";\nNONSENSE 1;\nSLICE \"s\" \"missing.tif\";\n");

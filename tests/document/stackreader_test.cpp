@@ -185,6 +185,17 @@ TEST(StackReader, slicesTakeTheDefaultsOfTheirMomentAndThenTheirOwn) {
     EXPECT_EQ(c.getStack(), &read.stack);
 }
 
+TEST(StackReader, registrationsAreDecimalsAndAlwaysNumbers) {
+    const auto registration = [](const std::string& statements) {
+        const Read read("FileFormatVersion 1.03;\nSLICE \"a\" 1 1;\n" + statements);
+        EXPECT_TRUE(read.log().empty()) << statements;
+        return read.stack.getSlice(0).getRegistration();
+    };
+    EXPECT_EQ(registration("SHIFT -0.25 7.125;\nROTATE -30;\n"), Registration(-0.25, 7.125, 330));
+    EXPECT_EQ(registration("SHIFT nan inf;\nROTATE nan;\n"), Registration(0, 2147483647, 0));
+    EXPECT_EQ(registration("SHIFT -1e300 x;\nROTATE 1e39;\n"), Registration(-2147483647, 0, 0));
+}
+
 TEST(StackReader, aSliceStatementBehindAModelIsOutOfContextOrGoesToTheStack) {
     const Read read(slice + model + "ROTATE 5;\nPIXWIDTH 3;\nAnnotation \"x\";\nSliceSize1 1 2 3;\n");
     ASSERT_EQ(read.log().size(), 2u);

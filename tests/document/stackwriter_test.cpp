@@ -86,6 +86,21 @@ void roundTrip(const Stack& stack, const StackFolder& folder, Stack& copy, int n
 
 } // namespace
 
+TEST(StackWriter, shiftsAreWrittenInTheFewestDigits) {
+    const StackFolder folder;
+    Stack stack;
+    StackSlice& slice = addFile(stack, "a", folder.writeImage("a.tif", 4, 3));
+    const std::pair<Registration, const char*> cases[] = {{{3, -2, 0}, "SHIFT 3 -2;"},
+                                                          {{0.1, -0.0, -90}, "ROTATE 270;\nSHIFT 0.1 0;"},
+                                                          {{-12.0625, 100000, 0}, "SHIFT -12.0625 100000;"}};
+    for (const auto& [registration, text] : cases) {
+        slice.setRegistration(registration);
+        EXPECT_NE(StackWriter().toText(stack, folder.path()).find(text), std::string::npos) << text;
+    }
+    slice.setRegistration(Registration(-0.0, 0, 0));
+    EXPECT_EQ(StackWriter().toText(stack, folder.path()).find("SHIFT"), std::string::npos);
+}
+
 TEST(StackWriter, aSmallStackGivesThisText) {
     const StackFolder folder;
     Stack stack;
@@ -187,7 +202,7 @@ TEST(StackWriter, readAndWrittenAgainEveryPartOfTheDocumentIsTheSame) {
     addFile(stack, "a", folder.writeImage("a.tif", 4, 3));
     StackSlice& b = addFile(stack, "b", folder.writeImage("images/b.tif", 5, 6));
     b.setRelativePosition(2.5);
-    b.setRegistration(Registration(-3, 4, 12.25f));
+    b.setRegistration(Registration(-3.0625, 1.0 / 3, -12.25f));
     b.setAnnotation("note;");
     PixelCalibration own = stack.getDefaultPixelCalibration();
     own.setPixelWidth(0.3f);

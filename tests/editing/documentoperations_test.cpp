@@ -357,7 +357,7 @@ TEST(DocumentOperations, slicesThatAreReorderedTakeThePlacesThatThereWere) {
     EXPECT_EQ(stack->getAbsolutePositions(), positions);
     std::vector<int> shifts;
     for (int i = 0; i < 4; ++i)
-        shifts.push_back(slice(*stack, i).getRegistration().getHorShift());
+        shifts.push_back(int(slice(*stack, i).getRegistration().getHorShift()));
     EXPECT_EQ(shifts, (std::vector<int>{0, 0, 1, 0}));
 }
 

@@ -8,7 +8,7 @@ StackState::StackState(const Stack& stack)
     : name(stack.getName()), annotation(stack.getAnnotation()), imagesPath(stack.getImagesPath()),
       absoluteImagesPath(stack.getAbsoluteImagesPathPolicy()), sliceSpacing(stack.getDefaultSliceSpacing()),
       sliceThickness(stack.getDefaultSliceThickness()), calibration(stack.getDefaultPixelCalibration()),
-      lastRegisteredSlice(stack.getLastRegisteredSlice()) {
+      lastRegisteredSlice(stack.getLastRegisteredSlice()), greyScale(stack.getGreyScale()) {
 }
 
 void StackState::giveTo(Stack& stack) const {
@@ -20,13 +20,14 @@ void StackState::giveTo(Stack& stack) const {
     stack.setDefaultSliceThickness(sliceThickness);
     stack.setDefaultPixelCalibration(calibration);
     stack.setLastRegisteredSlice(lastRegisteredSlice);
+    stack.setGreyScale(greyScale);
 }
 
 bool StackState::operator==(const StackState& other) const {
     return name == other.name && annotation == other.annotation && imagesPath == other.imagesPath &&
            absoluteImagesPath == other.absoluteImagesPath && sliceSpacing == other.sliceSpacing &&
            sliceThickness == other.sliceThickness && isSameCalibration(calibration, other.calibration) &&
-           lastRegisteredSlice == other.lastRegisteredSlice;
+           lastRegisteredSlice == other.lastRegisteredSlice && greyScale == other.greyScale;
 }
 
 SliceState::SliceState(const StackSlice& slice)

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "document/stackslice.h"
+#include "images/rasters/greyscale.h"
 #include "values/pixelcalibration.h"
 #include "values/registration.h"
 
@@ -24,6 +26,7 @@ struct StackState {
     float sliceThickness;
     PixelCalibration calibration; // with the length unit, of the stack alone
     std::string lastRegisteredSlice;
+    std::optional<GreyScale> greyScale;
 };
 
 /// What a slice says of itself, without its image and its items.

@@ -31,6 +31,10 @@ public:
     void setContext(const std::string& context) { __context = context; }
     const std::string& getContext() const { return __context; }
 
+    /// A step that leaves the document alone, and is of no account for it.
+    void setAside(bool aside) { __aside = aside; }
+    bool isAside() const { return __aside; }
+
     void apply();
     void revert();
 
@@ -40,6 +44,7 @@ public:
 private:
     std::vector<std::unique_ptr<VRLAction>> __actions;
     std::string __context;
+    bool __aside = false;
 };
 
 } // namespace vorlen

@@ -1,6 +1,8 @@
 #include "editing/journal/partstates.h"
 
+#include <cmath>
 #include <filesystem>
+#include <limits>
 
 #include <sys/stat.h>
 
@@ -14,6 +16,7 @@
 #include "images/files/imagesourceplaceholder.h"
 #include "numerics/exception.h"
 #include "values/imagestatement.h"
+#include "values/registration.h"
 
 namespace vorlen::partstates {
 
@@ -232,6 +235,9 @@ std::string ofStack(const Stack& stack) {
     put(bytes, state.calibration);
     bytes.text(state.lastRegisteredSlice);
     bytes.text(stack.getLastSegmentedSlice());
+    if (state.greyScale)
+        for (const float value : {state.greyScale->low, state.greyScale->high, state.greyScale->white})
+            bytes.real(value);
     return bytes.take();
 }
 
@@ -247,8 +253,19 @@ void give(const std::string& state, Stack& stack) {
     given.calibration = takeCalibration(bytes);
     given.lastRegisteredSlice = bytes.text();
     const std::string last = bytes.text();
+    given.greyScale.reset();
+    if (!bytes.atEnd()) {
+        GreyScale& scale = given.greyScale.emplace();
+        for (float* value : {&scale.low, &scale.high, &scale.white})
+            *value = bytes.real();
+    }
     given.giveTo(stack);
     stack.setLastSegmentedSlice(last);
+}
+
+/// Towards zero; a shift that no int holds has none.
+int wholeShift(double shift) {
+    return std::abs(shift) <= std::numeric_limits<int>::max() ? static_cast<int>(shift) : 0;
 }
 
 std::string ofSlice(const StackSlice& slice) {
@@ -261,10 +278,17 @@ std::string ofSlice(const StackSlice& slice) {
     bytes.flag(state.placement.relative);
     bytes.flag(state.placement.followsDefault);
     put(bytes, state.calibration);
-    bytes.integer(state.registration.getHorShift());
-    bytes.integer(state.registration.getVerShift());
-    bytes.real(state.registration.getRotationAngle());
+    const Registration& registration = state.registration;
+    bytes.integer(wholeShift(registration.getHorShift()));
+    bytes.integer(wholeShift(registration.getVerShift()));
+    bytes.real(registration.getRotationAngle());
     bytes.text(slice.getUnreadText());
+    // Decimals stand at the end, where journals of old have nothing.
+    if (registration.getHorShift() != wholeShift(registration.getHorShift()) ||
+        registration.getVerShift() != wholeShift(registration.getVerShift())) {
+        bytes.decimal(registration.getHorShift());
+        bytes.decimal(registration.getVerShift());
+    }
     return bytes.take();
 }
 
@@ -282,6 +306,10 @@ void give(const std::string& state, StackSlice& slice) {
     given.registration.setVerShift(bytes.smallInteger());
     given.registration.setRotationAngle(bytes.real());
     giveUnread(bytes.text(), slice);
+    if (!bytes.atEnd()) {
+        given.registration.setHorShift(bytes.decimal());
+        given.registration.setVerShift(bytes.decimal());
+    }
     given.giveTo(slice);
 }
 

@@ -1,6 +1,8 @@
 #include "editing/operations/regionoutline.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <utility>
 
 #include "images/filters/sumfilter.h"
@@ -20,6 +22,25 @@ ImageChannel channelOf(const Image& image) {
     return image.isGreenOnly() ? GreenChannel : RedChannel;
 }
 
+/// Real values in 65536 steps from the least to the greatest; those that are no number count as the least.
+PixelMatrix<int> levelsOf(const Image& image) {
+    float least = std::numeric_limits<float>::max(), greatest = std::numeric_limits<float>::lowest();
+    for (int i = 0; i < image.getHeight(); ++i)
+        for (int j = 0; j < image.getWidth(); ++j)
+            if (const float value = image.realRow(i)[j]; std::isfinite(value)) {
+                least = std::min(least, value);
+                greatest = std::max(greatest, value);
+            }
+    const double step = greatest > least ? 65535 / (double(greatest) - double(least)) : 0;
+    PixelMatrix<int> levels(image.getHeight(), image.getWidth());
+    for (int i = 0; i < image.getHeight(); ++i)
+        for (int j = 0; j < image.getWidth(); ++j) {
+            const float value = image.realRow(i)[j];
+            levels[i][j] = std::isfinite(value) ? int((double(value) - double(least)) * step + 0.5) : 0;
+        }
+    return levels;
+}
+
 } // namespace
 
 RegionOutline::RegionOutline(const Image& image, const BoundingBox<int>& box, int smoothing) {
@@ -28,7 +49,12 @@ RegionOutline::RegionOutline(const Image& image, const BoundingBox<int>& box, in
     if (low[0] < 0 || low[1] < 0 || high[0] >= image.getWidth() || high[1] >= image.getHeight())
         throw RangeError("RegionOutline::RegionOutline(const Image&, const BoundingBox<int>&, int)",
                          "The box does not lie on the image");
-    __borders.convertFromImage(image, channelOf(image));
+    if (image.isReal())
+        __borders = levelsOf(image);
+    else if (image.isIndexed())
+        __borders.convertGreyFromImage(image);
+    else
+        __borders.convertFromImage(image, channelOf(image));
     const int area = (2 * smoothing + 1) * (2 * smoothing + 1);
     SumFilter<int> sum;
     sum.setHalfSize(smoothing);
@@ -39,7 +65,7 @@ RegionOutline::RegionOutline(const Image& image, const BoundingBox<int>& box, in
         std::transform(__borders[i].data() + low[0], __borders[i].data() + high[0] + 1, region[i - low[1]].data(),
                        [area](int total) { return total / area; });
     IsodataThresholding<int> isodata;
-    if (image.getDepth() == 16)
+    if (image.getDepth() == 16 || image.isReal())
         isodata.setBins(0, 1, 65536);
     __threshold = isodata.computeThreshold(region);
 

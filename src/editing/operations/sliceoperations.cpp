@@ -4,9 +4,7 @@
 #include <cmath>
 #include <exception>
 
-#include <QFile>
-#include <QFileInfo>
-
+#include "document/stackgreyscale.h"
 #include "document/uniquenames.h"
 #include "editing/actions/vrlactionsequence.h"
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
@@ -14,7 +12,6 @@
 #include "editing/operations/applyinstep.h"
 #include "editing/operations/measures.h"
 #include "editing/stacks/vrlstack.h"
-#include "images/files/imagesourcefile.h"
 #include "images/rasters/image.h"
 #include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
@@ -44,8 +41,8 @@ Outcome checkChange(const StackSlice& slice, const SliceChange& change) {
         return Outcome::refused("The thickness of the slice must not be below zero");
     if (change.calibration && !isPixelSize(*change.calibration))
         return Outcome::refused("The size of a pixel must be above zero");
-    if (change.registration && !std::isfinite(change.registration->getRotationAngle()))
-        return Outcome::refused("The angle of the registration is no number");
+    if (change.registration && !change.registration->isFinite())
+        return Outcome::refused("A shift or the angle of the registration is no number");
     return Outcome::done();
 }
 
@@ -58,15 +55,19 @@ bool isPermutation(const std::vector<int>& order, int n) {
     return sorted.size() == static_cast<std::size_t>(n);
 }
 
-PixelMatrix<float> greyValues(const StackSlice& slice, bool inverted) {
+/// The values of the image, or how far they are from the white of their scale. What is no number, or is beyond an end
+/// of the scale that would give a negative weight, weighs nothing.
+PixelMatrix<float> greyValues(const StackSlice& slice, bool inverted, const std::optional<GreyScale>& scale) {
     Image image;
     slice.load(image);
-    image.make8bitsGrayscale();
-    PixelMatrix<float> matrix(image);
-    if (inverted)
-        for (int i = 0; i < matrix.getSize1(); ++i)
-            for (float& value : matrix[i])
-                value = 255 - value;
+    PixelMatrix<float> matrix;
+    matrix.convertGreyFromImage(image);
+    const float white = hasGreyScale(image) && scale ? scale->white : 255;
+    for (int i = 0; i < matrix.getSize1(); ++i)
+        for (float& value : matrix[i]) {
+            value = inverted ? white - value : value;
+            value = value > 0 && std::isfinite(value) ? value : 0;
+        }
     return matrix;
 }
 
@@ -76,32 +77,7 @@ bool hasMass(const PixelMatrix<float>& image) {
     return analysis.hasMass();
 }
 
-std::unique_ptr<StackSlice> makeImageSlice(const std::string& file) {
-    const QFileInfo info(QFile::decodeName(file.c_str()));
-    ImageSourceFile source;
-    source.setFilename(QFile::encodeName(info.absoluteFilePath()).toStdString());
-    auto slice = std::make_unique<StackSlice>();
-    slice->setImageSource(source);
-    slice->setName(info.completeBaseName().toStdString());
-    return slice;
-}
-
 } // namespace
-
-std::vector<std::unique_ptr<StackSlice>> makeImageSlices(const std::vector<std::string>& files,
-                                                         std::vector<UnreadableImage>& unreadable) {
-    std::vector<std::unique_ptr<StackSlice>> slices;
-    for (const std::string& file : files) {
-        try {
-            slices.push_back(makeImageSlice(file));
-        } catch (const Exception& error) {
-            unreadable.push_back({file, error.getWhat()});
-        } catch (const std::exception& error) {
-            unreadable.push_back({file, error.what()});
-        }
-    }
-    return slices;
-}
 
 Outcome insertSlices(VRLStack& stack, int position, std::vector<std::unique_ptr<StackSlice>> slices) {
     if (position < 0 || position > stack.getNumSlices())
@@ -192,8 +168,8 @@ Outcome setRegistrations(VRLStack& stack, const std::vector<Registration>& regis
     auto action = std::make_unique<VRLStackStateAction>(stack, "Register slices");
     for (int i = 0; i < stack.getNumSlices(); ++i) {
         const Registration& registration = registrations[static_cast<std::size_t>(i)];
-        if (!std::isfinite(registration.getRotationAngle()))
-            return Outcome::refused("The angle of the registration is no number");
+        if (!registration.isFinite())
+            return Outcome::refused("A shift or the angle of the registration is no number");
         action->sliceState(stack.getSlice(i)).registration = registration;
     }
     return applyInStep(stack, std::move(action));
@@ -206,9 +182,10 @@ FoundRegistrations findRegistrations(const Stack& stack, bool inverted, Progress
         return found;
     progress.notifyStarted("Running automatic registration...");
     found.registrations.push_back(stack.getSlice(0).getRegistration());
-    PixelMatrix<float> previous = greyValues(stack.getSlice(0), inverted);
+    const std::optional<GreyScale> scale = inverted ? findGreyScale(stack) : std::nullopt;
+    PixelMatrix<float> previous = greyValues(stack.getSlice(0), inverted, scale);
     for (int i = 1; i < n && !progress.isCanceled(); ++i) {
-        PixelMatrix<float> current = greyValues(stack.getSlice(i), inverted);
+        PixelMatrix<float> current = greyValues(stack.getSlice(i), inverted, scale);
         PrincipalAxesImageRegistration<float> registration;
         registration.setSource(current);
         registration.setTarget(previous);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "document/stackslice.h"
+#include "editing/operations/imageslices.h"
 #include "editing/operations/outcome.h"
 
 namespace vorlen {
@@ -25,16 +26,6 @@ struct SliceChange {
     const ImageSource* imageSource = nullptr;
 };
 
-/// An image that can't be read, and why.
-struct UnreadableImage {
-    std::string file;
-    std::string reason;
-};
-
-/// A slice for each file that shows an image, named by its file; the others are told of.
-std::vector<std::unique_ptr<StackSlice>> makeImageSlices(const std::vector<std::string>& files,
-                                                         std::vector<UnreadableImage>& unreadable);
-
 /// Puts the slices, in this order, in front of slice position; behind the last for the number of slices. Those that
 /// were given no pixel size take that of the slice before them. Refused for another position.
 Outcome insertSlices(VRLStack& stack, int position, std::vector<std::unique_ptr<StackSlice>> slices);
@@ -49,7 +40,7 @@ Outcome changeSlice(VRLStack& stack, StackSlice& slice, const SliceChange& chang
 /// one before it now loses its registration, which was on the old one. Refused unless each slice is named once.
 Outcome reorderSlices(VRLStack& stack, const std::vector<int>& order);
 
-/// Gives the slices, in their order, these registrations. Refused unless there is one for each slice.
+/// Gives the slices, in their order, these registrations. Refused unless there is one of numbers for each slice.
 Outcome setRegistrations(VRLStack& stack, const std::vector<Registration>& registrations);
 
 /// What automatic registration found.

@@ -1,9 +1,13 @@
 #include "editing/operations/stackoperations.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include <QFile>
 #include <QFileInfo>
 
 #include "document/pose.h"
+#include "document/stackgreyscale.h"
 #include "document/uniquenames.h"
 #include "editing/actions/vrlposeaction.h"
 #include "editing/actions/vrlstackstateaction.h"
@@ -33,7 +37,12 @@ Outcome checkChange(const VRLStack& stack, const StackChange& change) {
 } // namespace
 
 std::unique_ptr<VRLStack> makeStack(const NewStack& description, std::vector<UnreadableImage>& unreadable) {
-    auto slices = makeImageSlices(description.images, unreadable);
+    ImageSlices made = makeImageSlices(description.images, description.choice);
+    std::move(made.unreadable.begin(), made.unreadable.end(), std::back_inserter(unreadable));
+    return makeStack(description, std::move(made.slices));
+}
+
+std::unique_ptr<VRLStack> makeStack(const NewStack& description, std::vector<std::unique_ptr<StackSlice>> slices) {
     if (slices.empty())
         return nullptr;
     auto stack = std::make_unique<VRLStack>();
@@ -49,6 +58,7 @@ std::unique_ptr<VRLStack> makeStack(const NewStack& description, std::vector<Unr
         slice->setRelativePosition(description.sliceSpacing);
         stack->addSlice(slice.release());
     }
+    stack->setGreyScale(findGreyScale(*stack));
     stack->updateReconstruction();
     stack->setModified(true);
     return stack;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "editing/operations/imageslices.h"
 #include "editing/operations/outcome.h"
 #include "values/lengthunit.h"
 #include "values/pixelcalibration.h"
@@ -12,8 +13,6 @@
 namespace vorlen {
 
 class Pose;
-class StackSlice;
-struct UnreadableImage;
 class VRLStack;
 
 /// A new stack of images: its defaults, and the files of its slices in their order.
@@ -22,11 +21,16 @@ struct NewStack {
     float sliceSpacing = 1;
     PixelCalibration calibration;
     std::vector<std::string> images;
+    ImageChoice choice = {};
 };
 
-/// A stack that is marked as modified and is no server's yet, with a slice for each image that can be read; the others
-/// are told of. Null when none can be read.
+/// A stack that is marked as modified and is no server's yet, with a slice for each picture of the images that can be
+/// read; the others are told of. It has the grey scale of its images. Null when none can be read.
 std::unique_ptr<VRLStack> makeStack(const NewStack& description, std::vector<UnreadableImage>& unreadable);
+
+/// The same of slices that have been made.
+std::unique_ptr<VRLStack> makeStack(const NewStack& description,
+                                    std::vector<std::unique_ptr<StackSlice>> slices);
 
 /// What is to be changed about a stack; the rest stays. A spacing, a calibration becomes the stack's default, and is
 /// given to the slices that are named here.

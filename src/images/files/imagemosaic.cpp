@@ -71,6 +71,14 @@ int ImageMosaic::getDepth() const {
     return isEmpty() ? 0 : __items.begin()->second.getDepth();
 }
 
+ValueType ImageMosaic::getValueType() const {
+    return isEmpty() ? ValueType() : __items.begin()->second.getValueType();
+}
+
+bool ImageMosaic::isReal() const {
+    return !isEmpty() && __items.begin()->second.isReal();
+}
+
 const Colormap* ImageMosaic::getColormap() const {
     return isEmpty() ? nullptr : __items.begin()->second.getColormap();
 }
@@ -126,7 +134,7 @@ void ImageMosaic::requireFree(int row, int col, const std::string& where) const 
 
 void ImageMosaic::setItem(int row, int col, const ImageMosaicItem& item, const std::string& where) {
     if (!isEmpty()) {
-        if (item.getDepth() != getDepth())
+        if (item.getDepth() != getDepth() || item.getValueType() != getValueType())
             throw DepthError(where, "Incompatible image depths");
         const Colormap* colormap = item.getColormap();
         const Colormap* common = getColormap();
@@ -156,7 +164,14 @@ void ImageMosaic::load(Image& image) const {
 
 void ImageMosaic::load(Image& image, ImageReader& reader) const {
     reader.notifyStarted("");
-    Image result(getWidth(), getHeight(), getDepth());
+    Image result;
+    if (isReal())
+        result.initReal(getWidth(), getHeight());
+    else
+        result.init(getWidth(), getHeight(), getDepth());
+    ImageHeader header = result.getHeader();
+    header.setValueType(getValueType());
+    result.setHeader(header);
     if (getColormap() != nullptr)
         result.setColormap(*getColormap());
     result.clear();

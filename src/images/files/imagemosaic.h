@@ -13,7 +13,7 @@ template <class T>
 class BoundingBox;
 
 /// Rectangular mosaic of image files, rows and columns numbered from 0, places possibly empty. All tiles have the same
-/// depth and colormap, those of a row the same height and those of a column the same width; height and width of the
+/// depth, type of values and colormap, those of a row the same height and those of a column the same width; height and width of the
 /// whole are the sums, and 0 for rows and columns without a tile.
 ///
 /// Filled by setItemFilename() it has a folder for each tile, as used when a volume is saved as a stack.
@@ -36,8 +36,10 @@ public:
     int getWidth() const;
     /// Box from (0, 0) to (width-1, height-1).
     BoundingBox<int> boundingBox() const;
-    /// Depth and colormap of the first item, row by row; 0 and null without items.
+    /// Depth, values and colormap of the first item, row by row; 0, bytes and null without items.
     int getDepth() const;
+    ValueType getValueType() const;
+    bool isReal() const;
     const Colormap* getColormap() const;
     Vector<int> rowHeights() const;
     Vector<int> colWidths() const;

@@ -53,6 +53,14 @@ int ImageMosaicItem::getDepth() const {
     return __header ? __header->getDepth() : 0;
 }
 
+ValueType ImageMosaicItem::getValueType() const {
+    return __header ? __header->getValueType() : ValueType();
+}
+
+bool ImageMosaicItem::isReal() const {
+    return __header && __header->isReal();
+}
+
 const Colormap* ImageMosaicItem::getColormap() const {
     return __header ? __header->getColormap() : nullptr;
 }

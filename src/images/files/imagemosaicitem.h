@@ -29,6 +29,9 @@ public:
     int getWidth() const;
     int getHeight() const;
     int getDepth() const;
+    /// Unsigned values of 8 bits without a header.
+    ValueType getValueType() const;
+    bool isReal() const;
     const Colormap* getColormap() const;
 
     /// Reads the image of completeFileName(), with a reader of its own or with this one.

@@ -39,8 +39,21 @@ std::string ImageSourceFile::getName() const {
     return __filename;
 }
 
+std::string ImageSourceFile::getValueType() const {
+    return __header ? __header->getValueType().name() : ImageSource::getValueType();
+}
+
+bool ImageSourceFile::isReal() const {
+    return __header && __header->isReal();
+}
+
 void ImageSourceFile::read(ImageReader& reader, Image& image) const {
     reader.read(image, __filename);
+}
+
+bool ImageSourceFile::measure(ImageReader& reader, PixelStatistics& statistics) const {
+    statistics = reader.measure(__filename, 0, 0);
+    return true;
 }
 
 ImageStatement ImageSourceFile::getStatement() const {

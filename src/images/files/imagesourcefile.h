@@ -24,7 +24,10 @@ public:
     const Colormap* getColormap() const override;
     /// The file's name.
     std::string getName() const override;
+    std::string getValueType() const override;
+    bool isReal() const override;
     void read(ImageReader& reader, Image& image) const override;
+    bool measure(ImageReader& reader, PixelStatistics& statistics) const override;
     /// SLICE file
     ImageStatement getStatement() const override;
     static std::unique_ptr<ImageSource> make(const ImageStatement& statement);

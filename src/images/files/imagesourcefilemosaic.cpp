@@ -36,6 +36,14 @@ const Colormap* ImageSourceFileMosaic::getColormap() const {
     return __tiles.getColormap();
 }
 
+std::string ImageSourceFileMosaic::getValueType() const {
+    return __tiles.getValueType().name();
+}
+
+bool ImageSourceFileMosaic::isReal() const {
+    return __tiles.isReal();
+}
+
 std::string ImageSourceFileMosaic::getName() const {
     return "mosaic of " + std::to_string(getRows()) + " x " + std::to_string(getCols());
 }

@@ -23,6 +23,8 @@ public:
     /// Depth and colormap of the first tile, row by row; 0 and null without tiles.
     int getDepth() const override;
     const Colormap* getColormap() const override;
+    std::string getValueType() const override;
+    bool isReal() const override;
     /// "mosaic of rows x columns"
     std::string getName() const override;
     /// Assembles the tiles; places without a tile are zero.

@@ -2,6 +2,7 @@
 
 #include "images/files/imagesourcefile.h"
 #include "images/files/imagesourcefilemosaic.h"
+#include "images/files/imagesourcepage.h"
 #include "images/files/imagesourcevoxelmatrixplane.h"
 
 namespace vorlen {
@@ -12,6 +13,7 @@ const std::vector<ImageSourceKind>& imageSourceKinds() {
         {"SLICE", {File}, &ImageSourceFile::make},
         {"SLICE", {Size, Size}, &ImageSourceFileMosaic::make},
         {"IMAGE", {Number, Number, File}, nullptr},
+        {"PAGE", {File, Number, Number}, &ImageSourcePage::make},
         {"StackSlice", {File, Number}, &ImageSourceVoxelMatrixPlane::make},
     };
     return kinds;

@@ -52,11 +52,13 @@ void ImageWriter::writeTIFF(const Image& image, TIFF* tiff) const {
 void ImageWriter::writeTIFFHeader(const ImageHeader& header, TIFF* tiff) const {
     const int depth = header.getDepth();
     const bool indexed = depth == 8 && header.hasColormap();
-    const int photometric = indexed ? PHOTOMETRIC_PALETTE : depth <= 16 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB;
-    const int samples = depth == 16 ? 1 : depth / 8;
+    const bool grey = depth <= 16 || header.isReal();
+    const int photometric = indexed ? PHOTOMETRIC_PALETTE : grey ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB;
+    const int samples = grey ? 1 : depth / 8;
     TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometric);
     TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, samples);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, depth == 16 ? 16 : 8);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, depth / samples);
+    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, header.isReal() ? SAMPLEFORMAT_IEEEFP : SAMPLEFORMAT_UINT);
     TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, header.getHeight());
     TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, header.getWidth());
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);

@@ -1,6 +1,7 @@
 #include "images/filters/meanfilter.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -166,6 +167,43 @@ void filter(Pixel* pixels, std::size_t stride, int rows, int columns, int step, 
         filterRows<Pixel, std::uint64_t, std::uint64_t, std::uint64_t>(pixels, stride, rows, columns, step, h);
 }
 
+/// Means of what is a number in the window, which at the border is cut off; other values stay where they are.
+void filterReals(Image& image, int halfSize) {
+    const int rows = image.getHeight(), columns = image.getWidth();
+    const auto width = static_cast<std::size_t>(columns);
+    const auto first = [halfSize](int at) { return std::max(at - halfSize, 0); };
+    const auto last = [halfSize](int at, int size) { return std::min(at + halfSize, size - 1); };
+    std::vector<double> sums(width * static_cast<std::size_t>(rows)), counts(sums.size());
+    std::vector<double> sumsTo(static_cast<std::size_t>(std::max(rows, columns)) + 1), countsTo(sumsTo.size());
+    // The sum over a window is the difference of two sums from the beginning.
+    for (int i = 0; i < rows; ++i) {
+        const float* const values = image.realRow(i);
+        for (std::size_t j = 0; j < width; ++j) {
+            sumsTo[j + 1] = sumsTo[j] + (std::isfinite(values[j]) ? double(values[j]) : 0);
+            countsTo[j + 1] = countsTo[j] + (std::isfinite(values[j]) ? 1 : 0);
+        }
+        for (int j = 0; j < columns; ++j) {
+            const std::size_t place = static_cast<std::size_t>(i) * width + static_cast<std::size_t>(j);
+            const auto from = static_cast<std::size_t>(first(j)), to = static_cast<std::size_t>(last(j, columns)) + 1;
+            sums[place] = sumsTo[to] - sumsTo[from];
+            counts[place] = countsTo[to] - countsTo[from];
+        }
+    }
+    for (int j = 0; j < columns; ++j) {
+        for (std::size_t i = 0; i < static_cast<std::size_t>(rows); ++i) {
+            const std::size_t place = i * width + static_cast<std::size_t>(j);
+            sumsTo[i + 1] = sumsTo[i] + sums[place];
+            countsTo[i + 1] = countsTo[i] + counts[place];
+        }
+        for (int i = 0; i < rows; ++i) {
+            const auto from = static_cast<std::size_t>(first(i)), to = static_cast<std::size_t>(last(i, rows)) + 1;
+            float& value = image.realRow(i)[j];
+            if (std::isfinite(value))
+                value = static_cast<float>((sumsTo[to] - sumsTo[from]) / (countsTo[to] - countsTo[from]));
+        }
+    }
+}
+
 void filterBytes(Image& image, int halfSize) {
     filter<unsigned char>(image.getData(), static_cast<std::size_t>(image.bytesPerLine()), image.getHeight(),
                           image.getWidth(), image.bytesPerPixel(), halfSize);
@@ -186,6 +224,10 @@ void MeanFilter::apply(Image& image) const {
         } else {
             image.make24bits();
         }
+    }
+    if (image.isReal()) {
+        filterReals(image, getHalfSize());
+        return;
     }
     switch (image.getDepth()) {
     case 8:

@@ -24,6 +24,34 @@ void pickPixels(const unsigned char* source, unsigned char* target, const std::v
     }
 }
 
+/// The mean of each block of 2 by 2 values, of 16 bits truncated.
+template <class Value, class Sum>
+void halveRows(Image& target, const Image& source) {
+    for (int i = 0; i < target.getHeight(); ++i) {
+        // The data are allocated for any type.
+        const auto* upper = reinterpret_cast<const Value*>(source.getPixels()[2 * i]);
+        const auto* lower = reinterpret_cast<const Value*>(source.getPixels()[2 * i + 1]);
+        auto* to = reinterpret_cast<Value*>(target.getPixels()[i]);
+        for (int j = 0; j < target.getWidth(); ++j, upper += 2, lower += 2)
+            to[j] = static_cast<Value>((Sum(upper[0]) + upper[1] + lower[0] + lower[1]) / 4);
+    }
+}
+
+void halveValues(ProgressSubject& progress, Image& target, const Image& source) {
+    progress.notifyStarted("");
+    Image halved;
+    const int width = source.getWidth() / 2, height = source.getHeight() / 2;
+    if (source.isReal()) {
+        halved.initReal(width, height);
+        halveRows<float, float>(halved, source);
+    } else {
+        halved.init(width, height, 16);
+        halveRows<unsigned short, unsigned>(halved, source);
+    }
+    target.swap(halved);
+    progress.notifyFinished("");
+}
+
 } // namespace
 
 ResizeXForm::ResizeXForm(InterpolationMode interpolationMode) : __interpolationMode(interpolationMode) {
@@ -101,6 +129,10 @@ void ResizeXForm::halve(Image& target, const Image& source) {
         original = &converted;
     }
     const int depth = original->getDepth();
+    if (depth == 16 || original->isReal()) {
+        halveValues(*this, target, *original);
+        return;
+    }
     if (depth != 8 && depth != 24 && depth != 32)
         return;
     MatrixResize<float> resizer;
@@ -123,7 +155,11 @@ void ResizeXForm::halve(Image& target, const Image& source) {
 }
 
 void ResizeXForm::__nearestResize(Image& target, const Image& source, int width, int height) const {
-    Image resized(width, height, source.getDepth());
+    Image resized;
+    if (source.isReal())
+        resized.initReal(width, height);
+    else
+        resized.init(width, height, source.getDepth());
     if (source.isIndexed())
         resized.setColormap(*source.getColormap());
     const bool hasPixels = source.getWidth() > 0 && source.getHeight() > 0;

@@ -38,6 +38,25 @@ std::uint16_t wordAt(const unsigned char* data, std::size_t i) {
     return word;
 }
 
+/// The byte next to the value; 0 for what is no number.
+unsigned char nearestByte(float value) {
+    return value > 0 ? static_cast<unsigned char>(std::min(value, 255.0f) + 0.5f) : static_cast<unsigned char>(0);
+}
+
+void realToBytes(const float* values, unsigned char* bytes, std::size_t count) {
+    float least = std::numeric_limits<float>::infinity(), greatest = -least;
+    for (std::size_t i = 0; i < count; ++i)
+        if (std::isfinite(values[i])) {
+            least = std::min(least, values[i]);
+            greatest = std::max(greatest, values[i]);
+        }
+    const bool fits = least >= 0 && greatest <= 255 && greatest > 1;
+    const float start = fits ? 0 : least;
+    const float factor = fits ? 1 : greatest > least ? 255 / (greatest - least) : 0;
+    for (std::size_t i = 0; i < count; ++i)
+        bytes[i] = nearestByte((values[i] - start) * factor);
+}
+
 std::size_t numPixels(const Image& image) {
     return static_cast<std::size_t>(image.getWidth()) * static_cast<std::size_t>(image.getHeight());
 }
@@ -63,7 +82,11 @@ Image& Image::operator=(const Image& image) {
         destroy();
         return *this;
     }
-    init(image.getWidth(), image.getHeight(), image.getDepth());
+    if (image.isReal())
+        initReal(image.getWidth(), image.getHeight());
+    else
+        init(image.getWidth(), image.getHeight(), image.getDepth());
+    __header.setValueType(image.__header.getValueType());
     std::memcpy(__data.get(), image.__data.get(), dataLength());
     if (image.isIndexed())
         __header.setColormap(*image.getColormap());
@@ -73,7 +96,7 @@ Image& Image::operator=(const Image& image) {
 }
 
 void Image::init(int width, int height, int depth) {
-    if (__data && width == getWidth() && height == getHeight() && depth == getDepth())
+    if (__data && width == getWidth() && height == getHeight() && depth == getDepth() && !isReal())
         return;
     destroy();
     if (bytesOfDepth(depth) == 0)
@@ -89,6 +112,14 @@ void Image::init(int width, int height, int depth) {
         destroy();
         throw;
     }
+}
+
+void Image::initReal(int width, int height) {
+    if (__data && width == getWidth() && height == getHeight() && isReal())
+        return;
+    init(width, height, 32);
+    __header.setReal(true);
+    __header.setValueType({ValueType::Real, 32});
 }
 
 void Image::allocatePixels() {
@@ -126,7 +157,8 @@ void Image::swap(Image& image) {
 void Image::setHeader(const ImageHeader& header) {
     if (header == __header)
         return;
-    if (header.getWidth() != getWidth() || header.getHeight() != getHeight() || header.getDepth() != getDepth()) {
+    if (header.getWidth() != getWidth() || header.getHeight() != getHeight() || header.getDepth() != getDepth() ||
+        header.isReal() != isReal()) {
         __pixels.reset();
         __data.reset();
     }
@@ -173,7 +205,11 @@ void Image::readFile(const std::string& name, const std::string& prefix) {
 }
 
 void Image::print(const std::string& title, bool hideData) const {
-    static const char* const formatNames[] = {"None", "Unknwon", "IMG", "Tiff"};
+    const ImageFormat format = __header.getImageFormat();
+    const std::string formatName = format == NoImageFormat        ? "None"
+                                   : format == UnknownImageFormat ? "Unknwon"
+                                   : format == TiffImageFormat    ? "Tiff"
+                                                                  : toString(format);
     if (!title.empty())
         std::cout << title << '\n';
     std::cout << "Rows:     " << getHeight() << '\n'
@@ -184,7 +220,7 @@ void Image::print(const std::string& title, bool hideData) const {
     else
         std::cout << "Colormap:  none\n";
     std::cout << "Size:     " << dataLength() << " octets\n"
-              << "Format:   " << formatNames[__header.getImageFormat()] << '\n';
+              << "Format:   " << formatName << '\n';
     if (!__data) {
         std::cout << "[No data allocated yet.]\n";
         return;
@@ -207,6 +243,8 @@ void Image::print(const std::string& title, bool hideData) const {
         for (int j = 0; j < getWidth(); ++j, pixel += step) {
             if (isIndexed())
                 std::snprintf(text, sizeof text, "(%3d.%3d.%3d) ", red[*pixel], green[*pixel], blue[*pixel]);
+            else if (isReal())
+                std::snprintf(text, sizeof text, " %g", double(realRow(i)[j]));
             else if (step == 1)
                 std::snprintf(text, sizeof text, "%4d", *pixel);
             else if (step == 2)
@@ -223,7 +261,7 @@ void Image::print(const std::string& title, bool hideData) const {
 
 void Image::paste(const Image& source, int x, int y) {
     const std::string where = "void Image::paste(...)";
-    if (source.getDepth() != getDepth())
+    if (source.getDepth() != getDepth() || source.isReal() != isReal())
         throw DepthError(where, "Incompatible image depths");
     if (isIndexed() && (!source.isIndexed() || *source.getColormap() != *getColormap()))
         throw ColormapError(where, "Incompatible image colormaps");
@@ -259,7 +297,7 @@ ImageColorContent Image::colorContent() const {
     }
     if (!__data || dataLength() == 0)
         return UndefinedContent;
-    if (getDepth() <= 16)
+    if (getDepth() <= 16 || isReal())
         return GrayContent;
     const unsigned char* pixel = __data.get();
     const unsigned char* const end = pixel + dataLength();
@@ -274,7 +312,7 @@ ImageColorContent Image::colorContent() const {
 bool Image::isGrayscale() const {
     if (isIndexed())
         return getColormap()->isGrayscale();
-    if (getDepth() <= 16 || !__data)
+    if (getDepth() <= 16 || isReal() || !__data)
         return true;
     const unsigned char* const end = __data.get() + dataLength();
     const int step = bytesPerPixel();
@@ -285,7 +323,7 @@ bool Image::isGrayscale() const {
 }
 
 bool Image::onlyChannel(int offset) const {
-    if (getDepth() <= 16 || !__data)
+    if (getDepth() <= 16 || isReal() || !__data)
         return false;
     const int first = (offset + 1) % 3;
     const int second = (offset + 2) % 3;
@@ -332,7 +370,9 @@ void Image::make8bitsGrayscale() {
     const unsigned char* source = __data.get();
     unsigned char* target = result.__data.get();
     const std::size_t count = numPixels(*this);
-    if (getDepth() == 16) {
+    if (isReal()) {
+        realToBytes(realRow(0), target, count);
+    } else if (getDepth() == 16) {
         std::uint16_t greatest = 0;
         for (std::size_t i = 0; i < count; ++i)
             greatest = std::max(greatest, wordAt(source, i));
@@ -356,7 +396,7 @@ void Image::make8bitsGrayscale() {
 void Image::make24bits() {
     if (getDepth() == 24)
         return;
-    if (getDepth() != 8)
+    if (getDepth() != 8 || isReal())
         throw DepthError("void Image::make24bits()", "Cannot convert non-8 bits images");
     Table red, green, blue;
     if (isIndexed()) {
@@ -404,8 +444,12 @@ Image Image::channel(ImageChannel channel) const {
     unsigned char* target = result.__data.get();
     const std::size_t count = numPixels(*this);
     const int step = bytesPerPixel();
-    if (channel == AlphaChannel && getDepth() != 32) {
+    if (channel == AlphaChannel && (getDepth() != 32 || isReal())) {
         result.clear();
+    } else if (isReal()) {
+        const float* const values = realRow(0);
+        for (std::size_t i = 0; i < count; ++i)
+            target[i] = nearestByte(values[i]);
     } else if (isIndexed()) {
         const Colormap& colormap = *getColormap();
         const unsigned char* const components[] = {colormap.getRed(), colormap.getGreen(), colormap.getBlue()};
@@ -435,6 +479,10 @@ void Image::setChannel(ImageChannel channel, const PixelMatrix<unsigned char>& m
     const int offset = step > channel && step >= 3 ? channel : 0;
     for (int i = 0; i < getHeight(); ++i) {
         const unsigned char* source = matrix[i].data();
+        if (isReal()) {
+            std::copy_n(source, getWidth(), realRow(i));
+            continue;
+        }
         unsigned char* target = __pixels[i] + offset;
         for (int j = 0; j < getWidth(); ++j, target += step)
             *target = source[j];

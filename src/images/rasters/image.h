@@ -18,9 +18,9 @@ class PixelMatrix;
 /// Raster as it comes from and goes to files and the screen: a block of bytes with a header.
 ///
 /// Pixels lie row by row from the top row, without padding. Depth 8: one gray level or index; 16: one unsigned gray
-/// level in the machine's byte order; 24: red, green, blue; 32: red, green, blue and a fourth byte. An image is
-/// indexed when its depth is 8 and its header holds a colormap, else plain. An index beyond the end of a short
-/// colormap counts as black.
+/// level in the machine's byte order; 24: red, green, blue; 32: red, green, blue and a fourth byte, or, in a real
+/// image, one grey value of type float, whatever its range. An image is indexed when its depth is 8 and its header
+/// holds a colormap, else plain. An index beyond the end of a short colormap counts as black.
 ///
 /// Copies are deep; format and pixel calibration do not travel with a copy, and the colormap does.
 class Image {
@@ -37,6 +37,12 @@ public:
     /// Throws DepthError for a depth other than 8, 16, 24 and 32, and SizeError for a negative size or a row of more
     /// than 2^31-1 bytes; either way the image is left empty.
     void init(int width, int height, int depth);
+    /// The same for a real image, of depth 32.
+    void initReal(int width, int height);
+    bool isReal() const { return __header.isReal(); }
+    /// Row i of a real image.
+    float* realRow(int i) { return reinterpret_cast<float*>(__pixels[i]); }
+    const float* realRow(int i) const { return reinterpret_cast<const float*>(__pixels[i]); }
     /// Allocates dataLength() bytes and the row pointers, as the header tells.
     void allocatePixels();
     /// Frees the pixels and clears the header.
@@ -98,17 +104,20 @@ public:
     /// At depth 8 only: installs a gray ramp of n entries as colormap, or removes the colormap when n is below 1.
     void setGrayscale(int n);
     /// Indexed: turns the colormap gray. 16 bits: scales the greatest value to 255 if it is above 255, else copies.
+    /// Real: brings least and greatest value to 0 and 255, but copies, rounded, where all lie there and one above 1.
+    /// This is for looking at one image: values of several are compared by PixelMatrix::convertGreyFromImage().
     /// Colour: the mean of the three bytes, truncated.
     void make8bitsGrayscale();
-    /// Throws DepthError at depths 16 and 32.
+    /// Throws DepthError at depths 16 and 32, and for a real image.
     void make24bits();
     /// From depth 24 only: adds a fourth byte 0 to each pixel.
     void make32bits();
 
-    /// The channel as a plain 8-bit image. The alpha channel of an image without one is zero everywhere.
+    /// The channel as a plain 8-bit image. The alpha channel of an image without one is zero everywhere. Values of 16
+    /// bits give their high byte, real ones the nearest byte.
     Image channel(ImageChannel channel) const;
     /// Writes the matrix into this channel of all pixels; at depths 8 and 16, and for the alpha channel at depth 24,
-    /// which has no such byte, into the first byte of each pixel. Throws SizeError when the sizes differ.
+    /// which has no such byte, into the first byte of each pixel; in a real image they become its values. Throws SizeError when the sizes differ.
     void setChannel(ImageChannel channel, const PixelMatrix<unsigned char>& matrix);
 
 private:

@@ -5,7 +5,8 @@
 namespace vorlen {
 
 ImageHeader::ImageHeader(const ImageHeader& header)
-    : __format(header.__format), __height(header.__height), __width(header.__width), __depth(header.__depth),
+    : __format(header.__format), __height(header.__height), __width(header.__width), __depth(header.__depth), __isReal(header.__isReal),
+      __valueType(header.__valueType),
       __colormap(header.__colormap ? std::make_unique<Colormap>(*header.__colormap) : nullptr),
       __pixelCalibration(header.__pixelCalibration) {
 }
@@ -28,6 +29,8 @@ void ImageHeader::swap(ImageHeader& header) {
     std::swap(__height, header.__height);
     std::swap(__width, header.__width);
     std::swap(__depth, header.__depth);
+    std::swap(__isReal, header.__isReal);
+    std::swap(__valueType, header.__valueType);
     std::swap(__colormap, header.__colormap);
     std::swap(__pixelCalibration, header.__pixelCalibration);
 }
@@ -64,6 +67,22 @@ int ImageHeader::getDepth() const {
     return __depth;
 }
 
+void ImageHeader::setReal(bool real) {
+    __isReal = real;
+}
+
+bool ImageHeader::isReal() const {
+    return __isReal;
+}
+
+void ImageHeader::setValueType(const ValueType& type) {
+    __valueType = type;
+}
+
+const ValueType& ImageHeader::getValueType() const {
+    return __valueType;
+}
+
 void ImageHeader::setPixelCalibration(const PixelCalibration& calibration) {
     __pixelCalibration = calibration;
 }
@@ -95,7 +114,7 @@ void ImageHeader::deleteColormap() {
 
 bool ImageHeader::operator==(const ImageHeader& header) const {
     return __height == header.__height && __width == header.__width && __depth == header.__depth &&
-           __pixelCalibration == header.__pixelCalibration && __format == header.__format;
+           __isReal == header.__isReal && __valueType == header.__valueType && __pixelCalibration == header.__pixelCalibration && __format == header.__format;
 }
 
 bool ImageHeader::operator!=(const ImageHeader& header) const {

@@ -2,14 +2,16 @@
 
 #include "images/rasters/colormap.h"
 #include "images/rasters/imageformat.h"
+#include "images/rasters/valuetype.h"
 #include "values/pixelcalibration.h"
 
 #include <memory>
 
 namespace vorlen {
 
-/// What is known of an image without its pixels: format, height and width in pixels, depth in bits per pixel,
-/// colormap (owned, null when there is none) and pixel calibration.
+/// What is known of an image without its pixels: format, height and width in pixels, depth in bits per pixel, whether
+/// the pixels are real numbers, type of the values in the file, colormap (owned, null when there is none) and pixel
+/// calibration.
 ///
 /// A copy takes everything over, also the absence of a colormap.
 class ImageHeader {
@@ -30,6 +32,12 @@ public:
     int getWidth() const;
     void setDepth(int depth);
     int getDepth() const;
+    /// Whether a pixel is one grey value of type float; the depth is 32 then.
+    void setReal(bool real);
+    bool isReal() const;
+    /// What the file holds, which the pixels may keep in another type: unsigned and of 8 bits at first.
+    void setValueType(const ValueType& type);
+    const ValueType& getValueType() const;
     void setPixelCalibration(const PixelCalibration& calibration);
     const PixelCalibration& getPixelCalibration() const;
 
@@ -40,7 +48,8 @@ public:
     bool hasColormap() const;
     void deleteColormap();
 
-    /// Compares height, width, depth, calibration and format; the colormap does not take part.
+    /// Compares height, width, depth, kind and type of the values, calibration and format; the colormap does not take
+    /// part.
     bool operator==(const ImageHeader& header) const;
     bool operator!=(const ImageHeader& header) const;
 
@@ -49,6 +58,8 @@ private:
     int __height = 0;
     int __width = 0;
     int __depth = 0;
+    bool __isReal = false;
+    ValueType __valueType;
     std::unique_ptr<Colormap> __colormap;
     PixelCalibration __pixelCalibration;
 };

@@ -5,7 +5,9 @@
 #include "numerics/randomgenerator.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <type_traits>
 
 namespace vorlen {
@@ -25,6 +27,21 @@ unsigned char toByte(T value) {
     } else {
         return static_cast<unsigned char>(value);
     }
+}
+
+/// The value as an element: the nearest that the type holds, 0 for what is no number.
+template <class T>
+T toElement(float value) {
+    if constexpr (std::is_integral_v<T>) {
+        if (std::isnan(value))
+            return T(0);
+        const long double wide = value;
+        if (wide <= static_cast<long double>(std::numeric_limits<T>::lowest()))
+            return std::numeric_limits<T>::lowest();
+        if (wide >= static_cast<long double>(std::numeric_limits<T>::max()))
+            return std::numeric_limits<T>::max();
+    }
+    return static_cast<T>(value);
 }
 
 /// Makes target a plain 8-bit image of this size.
@@ -65,7 +82,10 @@ void PixelMatrix<T>::convertFromImage(const Image& image) {
     this->setSize(image.getHeight(), image.getWidth());
     if (image.getData() == nullptr)
         return;
-    if (image.getDepth() == 8) {
+    if (image.isReal()) {
+        for (int i = 0; i < this->getSize1(); ++i)
+            std::transform(image.realRow(i), image.realRow(i) + this->getSize2(), (*this)[i].data(), toElement<T>);
+    } else if (image.getDepth() == 8) {
         copyBytes(*this, image, 0);
     } else if (image.getDepth() == 16) {
         for (int i = 0; i < this->getSize1(); ++i) {
@@ -82,7 +102,7 @@ void PixelMatrix<T>::convertFromImage(const Image& image) {
 
 template <class T>
 void PixelMatrix<T>::convertFromImage(const Image& image, ImageChannel channel) {
-    if (image.getDepth() <= 16 && !image.isIndexed()) {
+    if (image.isReal() || (image.getDepth() <= 16 && !image.isIndexed())) {
         convertFromImage(image);
         return;
     }
@@ -106,6 +126,27 @@ void PixelMatrix<T>::convertFromImage(const Image& image, ImageChannel channel) 
         T* target = (*this)[i].data();
         for (int j = 0; j < this->getSize2(); ++j)
             target[j] = table[source[j]];
+    }
+}
+
+template <class T>
+void PixelMatrix<T>::convertGreyFromImage(const Image& image) {
+    const bool colours = image.isIndexed() || (image.getDepth() > 16 && !image.isReal());
+    if (!colours || image.getData() == nullptr)
+        return convertFromImage(image);
+    this->setSize(image.getHeight(), image.getWidth());
+    T table[256] = {};
+    if (image.isIndexed()) {
+        const Colormap& colormap = *image.getColormap();
+        for (int k = 0; k < std::min(colormap.getSize(), 256); ++k)
+            table[k] = static_cast<T>((colormap.getRed()[k] + colormap.getGreen()[k] + colormap.getBlue()[k]) / 3);
+    }
+    const int step = image.bytesPerPixel();
+    for (int i = 0; i < this->getSize1(); ++i) {
+        const unsigned char* source = image.getPixels()[i];
+        T* target = (*this)[i].data();
+        for (int j = 0; j < this->getSize2(); ++j, source += step)
+            target[j] = step == 1 ? table[*source] : static_cast<T>((source[0] + source[1] + source[2]) / 3);
     }
 }
 

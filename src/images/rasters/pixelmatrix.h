@@ -23,12 +23,15 @@ public:
     PixelMatrix& operator=(PixelMatrix&& matrix) = default;
     ~PixelMatrix() override = default;
 
-    /// Takes size and values of an image of 8 or 16 bits; an indexed image gives its indexes.
-    /// At other depths only the size is taken and the elements stay unset.
+    /// Takes size and values of an image of 8 or 16 bits or a real one; an indexed image gives its indexes. Real values
+    /// that an integer T does not hold become its nearest, and those that are no number 0. At other depths only the size is taken and the elements stay unset.
     void convertFromImage(const Image& image);
     /// The values of one channel. Indexed: through the colormap, elements unset for alpha. Plain gray: as the form
     /// without channel. Colour: the channel's byte; elements unset for alpha at depth 24.
     void convertFromImage(const Image& image, ImageChannel channel);
+    /// The grey values of any image, as algorithms compare them between images: those of a grey image, and of colours
+    /// the mean of the three bytes, truncated, where an indexed image has the colours of its colormap.
+    void convertGreyFromImage(const Image& image);
 
     /// A plain 8-bit image of the elements, truncated and not clamped: the low byte of the integer part, and 0 for
     /// values whose integer part no int holds.

@@ -13,10 +13,13 @@
 #include <QTextEdit>
 #include <QToolBar>
 
+#include "document/model.h"
 #include "document/stackslice.h"
+#include "editing/actions/vrldrawingdiscardaction.h"
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/history/stepwatch.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/operations/lostimages.h"
 #include "editing/operations/sliceoperations.h"
@@ -86,6 +89,9 @@ void VRLRootMediator::bindEditCommands() {
     });
     __commands.bind("edit.redo", [this] { redo(); }).enableWhen([this] {
         return __stack != nullptr && __stack->history()->isRedoable();
+    });
+    __commands.bind("edit.clearHistory", [this] { clearHistory(); }).enableWhen([this] {
+        return __stack != nullptr && (__stack->history()->isUndoable() || __stack->history()->isRedoable());
     });
     __commands.bind("models.edit", [this] { runStackModelsDialog(); }).enableWhen(stack);
     __commands.bind("slice.insert", [this] { insertSlice(); }).enableWhen(stack);
@@ -238,6 +244,7 @@ void VRLRootMediator::initialize() {
     sliceMediator.addContextualMenuAction(&__commands.action("slice.annotate"));
     connect(&sliceMediator, &VRLSliceWidgetMediator::canvasModeChanged, this, &VRLRootMediator::setCanvasMode);
     connect(&sliceMediator, &VRLSliceEditWidgetMediator::lockRequested, this, &VRLRootMediator::lockRequest);
+    connect(&sliceMediator, &VRLSliceEditWidgetMediator::sliceRequested, this, &VRLRootMediator::setSlice);
     __commands.fill(*__toolBar, rootCommands().menu("Tool bar: slices"));
     sliceMediator.addMonitor(*__statusBar);
     for (int i = 0; i < VRLStackServer::stackServer.getNumStacks(); ++i)
@@ -309,6 +316,7 @@ void VRLRootMediator::stackHistoryChange() {
     const VRLActionHistory* history = __stack == nullptr ? nullptr : __stack->history();
     const auto describe = [this](const char* id, const QString& text, const QString& step) {
         __commands.update(id);
+        __commands.update("edit.clearHistory");
         __commands.action(id).setToolTip(step.isEmpty() ? text : text + ' ' + step);
     };
     describe("edit.undo", "Undo", history == nullptr ? QString() : history->getUndoDescription(false));
@@ -322,6 +330,8 @@ void VRLRootMediator::withStackIO(const QString& task, const std::function<VRLSt
         io.addMonitor(*__statusBar);
         if (VRLStack* stack = command(io))
             setStack(*stack);
+        if (!io.getNotice().isEmpty())
+            __statusBar->setMessage(io.getNotice());
     });
 }
 
@@ -382,13 +392,58 @@ void VRLRootMediator::closeAllStacks() {
 }
 
 void VRLRootMediator::undo() {
-    if (__stack != nullptr)
-        __stack->history()->undo();
+    if (__stack == nullptr || !__stack->history()->isUndoable())
+        return;
+    VRLActionHistory& history = *__stack->history();
+    if (const auto* drawing = dynamic_cast<const VRLDrawingDiscardAction*>(history.nextToUndo())) {
+        history.undo(); // the action lives on, to be redone
+        setSlice(drawing->getSlice());
+        __sliceWidget->getMediator().resumeDrawing(drawing->getModel(), drawing->getVertices());
+        __statusBar->setMessage(QString("Brought back: the drawing (model \"%1\", slice \"%2\"). Draw on, or press Escape.")
+                                    .arg(QString::fromStdString(drawing->getModel().getName()),
+                                         QString::fromStdString(drawing->getSlice().getName())));
+        return;
+    }
+    const QString what = history.getUndoDescription(false);
+    const StepWatch watch(*__stack);
+    history.undo();
+    showStep("Undone: ", what, watch);
 }
 
 void VRLRootMediator::redo() {
-    if (__stack != nullptr)
-        __stack->history()->redo();
+    if (__stack == nullptr || !__stack->history()->isRedoable())
+        return;
+    const QString what = __stack->history()->getRedoDescription(false);
+    const StepWatch watch(*__stack);
+    __stack->history()->redo();
+    showStep("Redone: ", what, watch);
+}
+
+void VRLRootMediator::showStep(const QString& verb, const QString& what, const StepWatch& watch) {
+    const std::vector<StackSlice*> slices = watch.slices();
+    if (!slices.empty() && std::find(slices.begin(), slices.end(), __slice) == slices.end())
+        setSlice(*slices.front());
+    const QString where = watch.where();
+    __statusBar->setMessage(verb + what + (where.isEmpty() ? QString() : " (" + where + ")"));
+}
+
+void VRLRootMediator::clearHistory() {
+    if (__stack == nullptr)
+        return;
+    QMessageBox box(QMessageBox::Question, "Clear undo history",
+                    "Forget what was done to the stack \"" + QString::fromStdString(__stack->getName()) +
+                        "\" so far?\n\nThe stack stays as it is, and so do its file and backups. But nothing that was "
+                        "done until now can be undone any more, neither now nor when the file is opened again: the "
+                        "record of it is deleted.",
+                    QMessageBox::NoButton, &__window);
+    box.setTextFormat(Qt::PlainText);
+    const auto* clear = box.addButton("Clear History", QMessageBox::DestructiveRole);
+    box.setDefaultButton(box.addButton(QMessageBox::Cancel));
+    box.exec();
+    if (box.clickedButton() != clear || __stack == nullptr)
+        return;
+    __stack->history()->clear();
+    __statusBar->setMessage("The undo history was cleared.");
 }
 
 void VRLRootMediator::runStackModelsDialog() {

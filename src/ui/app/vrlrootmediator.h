@@ -16,6 +16,7 @@ class QToolBar;
 namespace vorlen {
 
 class StackSlice;
+class StepWatch;
 class VRLMenu;
 class VRLRootSliceEditWidget;
 class VRLRootStatusBar;
@@ -83,8 +84,12 @@ public slots:
     void saveStackAs();
     void closeStack();
     void closeAllStacks();
+    /// Say what was undone, redone, and where, and go to the slice where it is not the current one. A drawing that was
+    /// given up is shown again, to be gone on with.
     void undo();
     void redo();
+    /// Asks first: what was done can't be undone then, also when the file is opened again.
+    void clearHistory();
     void runStackModelsDialog();
     void insertSlice();
     void findImages();
@@ -123,6 +128,7 @@ private:
     void guarded(const QString& task, const std::function<void()>& command);
     void withStackIO(const QString& task, const std::function<VRLStack*(VRLStackIO&)>& command);
     void goTo(int position);
+    void showStep(const QString& verb, const QString& what, const StepWatch& watch);
 
     VRLRootWindow& __window;
     VRLStack* __stack = nullptr;

@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "ui/files/imagenamefilters.h"
 #include "ui/session/vrlsettings.h"
 
 namespace vorlen {
@@ -71,7 +72,7 @@ void VRLStackImageListEditor::addImages(const QStringList& files) {
 
 void VRLStackImageListEditor::chooseImages() {
     QFileDialog dialog(this, "Select image files");
-    dialog.setNameFilter("*.tif *.TIF *.img");
+    dialog.setNameFilters(imageNameFilters());
     dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setDirectory(VRLSettings::settings.getInputDirectory());
     dialog.resize(400, 300);

@@ -23,6 +23,7 @@
 #include "images/files/imagesourcevoxelmatrixplane.h"
 #include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
+#include "ui/files/imagenamefilters.h"
 #include "ui/files/vrlnewstackdialog.h"
 #include "ui/files/vrlrecoverydialog.h"
 #include "ui/files/vrlstackerrordialog.h"
@@ -204,6 +205,16 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     const bool wantsImages = tellOfProblems(*stack, reader);
     if (!claimFile(*stack, path) || !settleDamage(*stack, reader))
         return nullptr;
+    if (VRLRecovery* recovery = VRLRecovery::running(); recovery != nullptr && reader.getLog().empty() &&
+                                                        reader.isWhole() && !stack->isReadOnly()) {
+        const WaitCursor cursor;
+        __notice.clear();
+        if (auto before = recovery->restoreHistory(*stack, __notice)) {
+            before->fileGuard().takeLockOf(stack->fileGuard());
+            stack = std::move(before);
+            stack->updateReconstruction();
+        }
+    }
     VRLStackServer::stackServer.addStack(*stack);
     VRLSettings::addRecentFile(decoded(path));
     VRLStack* const open = stack.release(); // the server's
@@ -343,9 +354,13 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
     if (!file.endsWith(".sdf"))
         file += ".sdf";
     bool agreed = true;
+    const QString holder = encoded(file) == stack.getFilename() && !stack.isReadOnly()
+                               ? QString()
+                               : StackFileGuard::holder(encoded(file));
     if (QFile::exists(file))
         agreed = QMessageBox::warning(__parent, "Confirm overwrite",
-                                      file + "\n\n already exists. Do you wish to overwrite it? ",
+                                      file + "\n\n already exists. Do you wish to overwrite it? " +
+                                          (holder.isEmpty() ? QString() : "\n\nIt is open in " + holder + "."),
                                       QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel) == QMessageBox::Ok;
     if (agreed)
         writeStack(stack, encoded(file));
@@ -474,7 +489,7 @@ bool VRLStackIO::insertSlice(VRLStack& stack, int position) {
 
 QStringList VRLStackIO::chooseImages() {
     QFileDialog dialog(__parent, "Select image files");
-    dialog.setNameFilter("*.tif *.TIF *.img");
+    dialog.setNameFilters(imageNameFilters());
     dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setDirectory(VRLSettings::settings.getInputDirectory());
     dialog.resize(fileDialogSize);
@@ -505,7 +520,8 @@ VRLStack* VRLStackIO::recoverStacks(VRLRecovery& recovery) {
             continue;
         const std::string file = stack->getFilename();
         if (!file.empty()) {
-            stack->fileGuard().note(file);
+            if (!stack->fileGuard().isNoted(file))
+                stack->fileGuard().note(file);
             if (!claimFile(*stack, file)) {
                 delete stack;
                 continue;

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include <QString>
 #include <QStringList>
 
 #include "progress/progressproxy.h"
@@ -56,6 +57,9 @@ public:
     /// of the file as it is, the older ones stay.
     void makeBackups(const std::string& file) const;
 
+    /// What the user is to know of the last operation, and needs no answer; empty for nothing.
+    const QString& getNotice() const { return __notice; }
+
     /// False when the user wants the stack to stay.
     bool closeStack(VRLStack& stack);
 
@@ -89,6 +93,7 @@ private:
     void tellUnreadable(const std::vector<UnreadableImage>& unreadable) const;
 
     QWidget* __parent;
+    QString __notice;
 };
 
 } // namespace vorlen

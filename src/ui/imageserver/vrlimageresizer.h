@@ -20,8 +20,7 @@ namespace vorlen {
 /// that size, its aspect kept, and smoothed before when it shrinks to less than half.
 ///
 /// run() reports one start and, as its last, one finish or cancellation. An error ends it as finished: what has been
-/// made so far stands, and getFailure() says why there is no more. Images of 16 bits, which cannot be halved, get no
-/// smaller ones.
+/// made so far stands, and getFailure() says why there is no more.
 ///
 /// The image is seen, not owned, and must outlive run().
 class VRLImageResizer : public VRLProgressProxy {

@@ -58,6 +58,34 @@ std::vector<unsigned char> thinOut(Pixels& pixels, int bytesPerPixel, int horSte
     return thin;
 }
 
+/// The block of values as they are shown, in bytes.
+std::vector<unsigned char> toBytes(Pixels& pixels, bool real, const GreyScale& scale) {
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(pixels.width) * static_cast<std::size_t>(pixels.height));
+    const std::size_t size = real ? 4 : 2;
+    // Words are looked up, as there are fewer than pixels.
+    std::vector<unsigned char> table(real ? 0 : 65536);
+    for (std::size_t i = 0; i < table.size(); ++i)
+        table[i] = scale.shown(float(i));
+    unsigned char* to = bytes.data();
+    for (int i = 0; i < pixels.height; ++i) {
+        const unsigned char* from =
+            pixels.data + size * (static_cast<std::size_t>(pixels.skipRows + i) *
+                                      static_cast<std::size_t>(pixels.rowLength) +
+                                  static_cast<std::size_t>(pixels.skipColumns));
+        for (int j = 0; j < pixels.width; ++j, from += size) {
+            float value = 0;
+            unsigned short word = 0;
+            if (real)
+                std::memcpy(&value, from, 4);
+            else
+                std::memcpy(&word, from, 2);
+            *to++ = real ? scale.shown(value) : table[word];
+        }
+    }
+    pixels = {bytes.data(), pixels.width, 0, 0, pixels.width, pixels.height, pixels.horZoom, pixels.verZoom};
+    return bytes;
+}
+
 /// The maps are padded to 256 entries, as indices beyond the end of a colormap are black.
 void setIndexMaps(const Colormap& colormap) {
     const unsigned char* const tables[] = {colormap.getRed(), colormap.getGreen(), colormap.getBlue()};
@@ -267,6 +295,22 @@ void VRLImageWidgetCanvas::setBlackAndWhite(const float black, const float white
     update();
 }
 
+void VRLImageWidgetCanvas::setGreyScale(const GreyScale& scale) {
+    if (scale == __greyScale)
+        return;
+    __greyScale = scale;
+    ++__imageRevision; // a kept picture is another one
+    update();
+}
+
+GreyScale VRLImageWidgetCanvas::shownScale() const {
+    GreyScale scale = __greyScale;
+    const float range = scale.high - scale.low;
+    scale.low = __greyScale.low + __black * range;
+    scale.high = __greyScale.low + __white * range;
+    return scale;
+}
+
 void VRLImageWidgetCanvas::imageProxyChange() {
     ++__imageRevision;
     if (__bestFitMode)
@@ -383,6 +427,9 @@ void VRLImageWidgetCanvas::paintImageGL(const Image& image) {
     const int verStep = stepOf(pixels.verZoom);
     if (std::max(horStep, verStep) > 2)
         thin = thinOut(pixels, image.bytesPerPixel(), horStep, verStep);
+    const bool throughScale = hasGreyScale(image);
+    if (throughScale)
+        thin = toBytes(pixels, image.isReal(), shownScale());
 
     glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
     glPushAttrib(GL_PIXEL_MODE_BIT);
@@ -393,8 +440,8 @@ void VRLImageWidgetCanvas::paintImageGL(const Image& image) {
         glPixelTransferi(GL_MAP_COLOR, GL_TRUE);
         draw(pixels, GL_COLOR_INDEX, GL_UNSIGNED_BYTE);
     } else {
-        setTransfer(__black, __white);
-        draw(pixels, formatOf(image.getDepth()), image.getDepth() == 16 ? GL_UNSIGNED_SHORT : GL_UNSIGNED_BYTE);
+        throughScale ? setTransfer(0, 1) : setTransfer(__black, __white);
+        draw(pixels, throughScale ? GL_LUMINANCE : formatOf(image.getDepth()), GL_UNSIGNED_BYTE);
     }
     glPopAttrib();
     glPopClientAttrib();

@@ -11,6 +11,7 @@
 #include <QSize>
 #include <QString>
 
+#include "images/rasters/greyscale.h"
 #include "numerics/vector.h"
 
 namespace vorlen {
@@ -89,6 +90,10 @@ public:
     float getBlack() const { return __black; }
     float getWhite() const { return __white; }
 
+    /// How images of 16 bits and of real numbers are shown; black and white are fractions of its range then.
+    void setGreyScale(const GreyScale& scale);
+    const GreyScale& getGreyScale() const { return __greyScale; }
+
     /// What is shown in the middle of the canvas as long as there is no image; nothing for an empty text.
     void setNotice(const QString& notice);
     const QString& getNotice() const { return __notice; }
@@ -121,6 +126,7 @@ private:
     float aspectRatio() const;
     void paintImageGL(const Image& image);
     void paintNotice();
+    GreyScale shownScale() const;
 
     VRLImageProxy* __imageProxy = nullptr; // a child
     QPoint __viewOrigin{0, 0};
@@ -128,6 +134,7 @@ private:
     bool __bestFitMode = true;
     float __black = 0;
     float __white = 1;
+    GreyScale __greyScale;
     QString __notice;
     std::uint64_t __imageRevision = 0;
     QMutex __mutex; // held while the image is painted

@@ -233,7 +233,9 @@ void VRLImageWidgetMediator::updateImageTypeInfo() {
         return;
     const VRLImageProxy& proxy = getImageProxy();
     __statusBar->setImageTypeInfo(
-        proxy.hasImage() ? imageTypeText(proxy.getImage().getDepth(), proxy.getImage().isIndexed()) : QString());
+        proxy.hasImage() ? imageTypeText(proxy.getImage().getDepth(), proxy.getImage().isIndexed(),
+                                         proxy.getImage().isReal())
+                         : QString());
 }
 
 void VRLImageWidgetMediator::updateImageSizeInfo() {
@@ -274,14 +276,22 @@ void VRLImageWidgetMediator::panTo(const QPoint& origin) {
 void VRLImageWidgetMediator::zoomAt(const QPoint& position, bool in) {
     if (!__commands.action(in ? "zoom.in" : "zoom.out").isEnabled())
         return;
+    // The view begins at a whole pixel: the point is kept from notch to notch, so that roundings do not add up.
     VRLImageWidgetCanvas& canvas = getCanvas();
-    const QPointF fixed = canvas.convertToImagePoint(position);
+    const Zoomed present{position, canvas.getViewOrigin(), canvas.getZoomFactor()};
+    if (present != __zoomed)
+        __zoomPoint = canvas.convertToImagePoint(position);
     if (in)
         increaseZoomFactor();
     else
         decreaseZoomFactor();
-    const QPointF moved = canvas.convertToImagePoint(position);
-    panTo(canvas.getViewOrigin() + QPointF(fixed - moved).toPoint());
+    moveUnder(position, __zoomPoint);
+    __zoomed = {position, canvas.getViewOrigin(), canvas.getZoomFactor()};
+}
+
+void VRLImageWidgetMediator::moveUnder(const QPointF& position, const QPointF& point) {
+    const VRLImageWidgetCanvas& canvas = getCanvas();
+    panTo(canvas.getViewOrigin() + QPointF(point - canvas.convertToImagePoint(position)).toPoint());
 }
 
 // The size of the canvas is the new one already, but the canvas has not seen this event yet.
@@ -318,7 +328,9 @@ bool VRLImageWidgetMediator::canvasEvent(QEvent* event) {
     return false;
 }
 
-QString VRLImageWidgetMediator::imageTypeText(int depth, bool indexed) {
+QString VRLImageWidgetMediator::imageTypeText(int depth, bool indexed, bool real) {
+    if (real)
+        return "32 bits, real";
     switch (depth) {
     case 8:
         return indexed ? "8 bits, indexed" : "8 bits";
@@ -444,9 +456,18 @@ void VRLImageWidgetMediator::imageProxyChange() {
     updateImageSizeInfo();
     updateZoomInfo();
     updateActions();
-    if (getImageProxy().hasImage())
+    if (getImageProxy().hasImage()) {
         setNotice(QString());
+        if (const Image& image = getImageProxy().getImage(); hasGreyScale(image))
+            getCanvas().setGreyScale(greyScaleOf(image));
+    }
     notifyViewChange();
+}
+
+GreyScale VRLImageWidgetMediator::greyScaleOf(const Image& image) {
+    GreyScaleFinder finder;
+    finder.add(image);
+    return finder.find().value_or(GreyScale());
 }
 
 void VRLImageWidgetMediator::imageProxyFailure(const QString& message) {

@@ -28,6 +28,11 @@ QString valueText(const Image& image, int x, int y) {
                                                         known ? colors.getGreen()[index] : 0,
                                                         known ? colors.getBlue()[index] : 0);
     }
+    if (image.isReal()) {
+        float value;
+        std::memcpy(&value, pixel, sizeof value);
+        return QString(", G=%1").arg(double(value));
+    }
     if (image.getDepth() == 8)
         return QString(", G=%1").arg(*pixel);
     if (image.getDepth() == 16) {

@@ -68,6 +68,15 @@ void VRLSliceWidgetMediator::setSlice(StackSlice& slice) {
     showImage(slice);
 }
 
+GreyScale VRLSliceWidgetMediator::greyScaleOf(const Image& image) {
+    Stack* const stack = getSlice() != nullptr ? getSlice()->getStack() : nullptr;
+    if (stack == nullptr)
+        return VRLImageWidgetMediator::greyScaleOf(image);
+    if (!stack->getGreyScale())
+        stack->setGreyScale(VRLImageWidgetMediator::greyScaleOf(image));
+    return *stack->getGreyScale();
+}
+
 void VRLSliceWidgetMediator::showImage(const StackSlice& slice) {
     // A lost image of known size fails to be read, and its outlines stand where they were drawn.
     if (slice.isEmpty() && (!slice.hasImageSource() || slice.width() < 1 || slice.height() < 1)) {

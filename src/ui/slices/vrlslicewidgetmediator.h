@@ -72,6 +72,10 @@ public slots:
 signals:
     void canvasModeChanged(CanvasMode mode);
 
+protected:
+    /// As the stack has it, which takes that of the first image that is looked at when it has none.
+    GreyScale greyScaleOf(const Image& image) override;
+
 private:
     void changed(const Model& model);
     void changed(const ModelItem* item);

@@ -12,9 +12,11 @@
 #include "document/stacksliceselectioninfo.h"
 #include "editing/actions/vrlselectionaction.h"
 #include "editing/bus/vrlsliceevent.h"
+#include "editing/operations/copyoperations.h"
 #include "editing/operations/itemoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/vrlmodelitemdialog.h"
+#include "ui/tools/vrlcopydialog.h"
 
 namespace vorlen {
 
@@ -184,6 +186,40 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::removeSelection() {
     for (const std::string& refusal : refusals)
         if (self)
             warn("Vertex suppresion", QString::fromStdString(refusal));
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::copyToNeighbour(int direction) {
+    if (stack() == nullptr)
+        return;
+    const int rank = stack()->findSlice(*slice()) + direction;
+    if (rank < 0 || rank >= stack()->getNumSlices()) {
+        host().setHint(direction > 0 ? "This is the last slice." : "This is the first slice.");
+        return;
+    }
+    StackSlice& target = stack()->getSlice(rank);
+    const Outcome outcome = copySelection(*stack(), *slice(), {&target});
+    if (outcome)
+        host().showSlice(target);
+    else
+        warnUnlessDone("Copy to slice", outcome);
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::copyToSlices() {
+    if (stack() == nullptr)
+        return;
+    const int rank = stack()->findSlice(*slice());
+    const QPointer<QObject> self(this);
+    const QPointer<VRLCopyDialog> dialog = new VRLCopyDialog(&canvas(), rank, stack()->getNumSlices() - 1 - rank);
+    const bool accepted = dialog->exec() == QDialog::Accepted && self && dialog && stack() != nullptr;
+    const int before = accepted ? dialog->getNumBefore() : 0, behind = accepted ? dialog->getNumBehind() : 0;
+    delete dialog;
+    if (!accepted)
+        return;
+    const Outcome outcome = copySelectionAround(*stack(), *slice(), before, behind);
+    if (outcome)
+        host().setHint(QString("Copied to %1 slices.").arg(before + behind));
+    else
+        warnUnlessDone("Copy to slices", outcome);
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::decimateSelection() {

@@ -1,0 +1,79 @@
+#include "images/files/imagefile.h"
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "files/fileinfo.h"
+#include "images/files/imgimagefile.h"
+#include "images/files/tiffimagefile.h"
+#include "numerics/exception.h"
+
+namespace vorlen {
+
+namespace {
+
+/// The bytes that a file begins with, zeros behind its end.
+struct Magic {
+    bool startsWith(const char* text, std::size_t length, std::size_t at = 0) const {
+        return std::memcmp(bytes + at, text, length) == 0;
+    }
+
+    char bytes[352] = {};
+};
+
+bool isTiff(const Magic& magic) {
+    const char* const b = magic.bytes;
+    const bool classic = (b[0] == 'I' && b[1] == 'I' && b[2] == '*') || (b[0] == 'M' && b[1] == 'M' && b[3] == '*');
+    return classic || magic.startsWith("II+\0", 4) || magic.startsWith("MM\0+", 4);
+}
+
+} // namespace
+
+std::unique_ptr<ImageFile> ImageFile::open(const std::string& filename) {
+    std::error_code error;
+    std::ifstream file;
+    // A pipe would hang and a directory opens without being readable.
+    if (std::filesystem::is_regular_file(filename, error))
+        file.open(filename, std::ios::binary);
+    if (!file.is_open())
+        throw FileReadError("void ImageReader::readHeader(ImageHeader&,const string&)", "Cannot open file for reading",
+                            filename);
+    Magic magic;
+    file.read(magic.bytes, sizeof magic.bytes);
+    file.close();
+    const std::string suffix = FileInfo::suffixName(filename);
+    if (isTiff(magic))
+        return std::make_unique<TiffImageFile>(filename);
+    if (magic.startsWith("0000", 4) && (suffix == "img" || suffix == "IMG"))
+        return std::make_unique<ImgImageFile>(filename);
+    throw FileFormatError("void ImageReader::readHeader(ImageHeader&,const string&) const",
+                          "Unrecognized image file format", filename);
+}
+
+StackLayout ImageFile::getLayout() {
+    StackLayout layout;
+    layout.numPlanes = getNumPages();
+    layout.planes.resize(static_cast<std::size_t>(layout.numPlanes));
+    for (int i = 0; i < layout.numPlanes; ++i)
+        layout.planes[static_cast<std::size_t>(i)].page = i;
+    layout.channelNames.resize(1);
+    if (layout.numPlanes > 0) {
+        const ImagePage first = getPage(0);
+        if (first.hasPixelSize) {
+            layout.unit = first.calibration.getLengthUnit();
+            layout.pixelWidth = double(first.calibration.getPixelWidth());
+            layout.pixelHeight = double(first.calibration.getPixelHeight());
+        }
+    }
+    return layout;
+}
+
+void ImageFile::requirePage(int i, int numPages) const {
+    if (i < 0 || i >= numPages)
+        throw RangeError("ImageFile::getPage(int)", "There is no page " + std::to_string(i + 1) + " in " + __filename +
+                                                        ", which has " + std::to_string(numPages));
+}
+
+} // namespace vorlen

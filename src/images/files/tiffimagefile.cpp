@@ -1,0 +1,155 @@
+#include "images/files/tiffimagefile.h"
+
+#include <algorithm>
+#include <set>
+
+#include <sys/stat.h>
+
+#include "images/files/tifffile.h"
+#include "images/files/tiffpicture.h"
+#include "images/files/tiffstacklayout.h"
+#include "numerics/exception.h"
+
+namespace vorlen {
+
+namespace {
+
+// Directories beyond this number are not looked for; each takes 6 bytes of a file at the least.
+constexpr std::size_t maxDirectories = 1 << 20;
+
+std::string descriptionOf(TIFF* tiff) {
+    char* text = nullptr;
+    return TIFFGetField(tiff, TIFFTAG_IMAGEDESCRIPTION, &text) == 1 && text != nullptr ? text : "";
+}
+
+std::uint64_t lengthOf(TIFF* tiff) {
+    struct stat status;
+    return ::fstat(TIFFFileno(tiff), &status) == 0 ? std::uint64_t(status.st_size) : 0;
+}
+
+} // namespace
+
+TiffImageFile::TiffImageFile(const std::string& filename)
+    : ImageFile(filename), __tiff(std::make_unique<TiffFile>(filename)) {
+    if (!__tiff->isOpen())
+        throw FileReadError("void ImageReader::readHeader(ImageHeader&,const string&)",
+                            "Cannot read TIFF directory" + __tiff->reason(), filename);
+}
+
+TiffImageFile::~TiffImageFile() = default;
+
+int TiffImageFile::getNumPages() {
+    findPages();
+    return __numContiguous > 1 ? __numContiguous : static_cast<int>(__directories.size());
+}
+
+ImagePage TiffImageFile::getPage(int i) {
+    select(i);
+    return __picture->page;
+}
+
+void TiffImageFile::read(int i, SampleSink& sink) {
+    select(i);
+    if (__numContiguous == 1 || i == 0) {
+        __picture->read(sink);
+        return;
+    }
+    const std::uint64_t planeLength = TIFFStripSize64(__tiff->get()) == 0 ? 0 : TIFFScanlineSize64(__tiff->get()) *
+                                                                                    std::uint64_t(__picture->height);
+    __picture->readContiguous(TIFFGetStrileOffset(__tiff->get(), 0) + std::uint64_t(i) * planeLength, sink);
+}
+
+std::string TiffImageFile::getDescription() {
+    findPages();
+    if (__selected != 0 && __numContiguous == 1)
+        select(0);
+    return descriptionOf(__tiff->get());
+}
+
+/// The first page needs no search for the others, so that the header of a single image costs no more than before.
+void TiffImageFile::select(int i) {
+    std::uint32_t subfile = 0;
+    TIFFGetField(__tiff->get(), TIFFTAG_SUBFILETYPE, &subfile);
+    if (i != 0 || !__directories.empty() || (subfile & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) != 0)
+        requirePage(i, getNumPages());
+    if (__picture != nullptr && (__selected == i || __numContiguous > 1)) {
+        __selected = i;
+        return;
+    }
+    __picture.reset();
+    TIFF* const tiff = __tiff->get();
+    if (!__directories.empty() && TIFFSetSubDirectory(tiff, __directories[static_cast<std::size_t>(i)]) != 1)
+        throw FileReadError("void ImageReader::readHeader(ImageHeader&,const string&)",
+                            "Cannot read TIFF directory" + __tiff->reason(), getFilename());
+    __picture = std::make_unique<TiffPicture>(tiff);
+    __selected = i;
+}
+
+/// The directories are looked at one after the other, as they are chained; each of those that libtiff cannot read ends
+/// the search, since the way to the next is lost with it.
+void TiffImageFile::findPages() {
+    if (!__directories.empty())
+        return;
+    __picture.reset();
+    TIFF* const tiff = __tiff->get();
+    const int planes = numContiguousPlanes();
+    std::set<std::uint64_t> seen;
+    std::vector<std::uint64_t> smaller;
+    bool more = TIFFSetDirectory(tiff, 0) == 1;
+    while (more && __directories.size() + smaller.size() < maxDirectories) {
+        const std::uint64_t place = TIFFCurrentDirOffset(tiff);
+        if (!seen.insert(place).second)
+            break;
+        std::uint32_t subfile = 0;
+        TIFFGetField(tiff, TIFFTAG_SUBFILETYPE, &subfile);
+        (subfile & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK) ? smaller : __directories).push_back(place);
+        more = planes == 1 && TIFFReadDirectory(tiff) == 1;
+    }
+    if (__directories.empty())
+        __directories = smaller;
+    if (__directories.empty())
+        throw FileReadError("void ImageReader::readHeader(ImageHeader&,const string&)",
+                            "Cannot read TIFF directory" + __tiff->reason(), getFilename());
+    __selected = -1;
+    __numContiguous = planes;
+    if (planes > 1)
+        select(0);
+}
+
+/// Above 1 for a description of ImageJ that promises more planes than there are directories, in a file long enough.
+int TiffImageFile::numContiguousPlanes() {
+    TIFF* const tiff = __tiff->get();
+    const int promised = imagejNumImages(descriptionOf(tiff));
+    if (promised < 2)
+        return 1;
+    std::uint16_t compression = COMPRESSION_NONE, samples = 1, planar = PLANARCONFIG_CONTIG;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &compression);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &samples);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &planar);
+    std::uint32_t height = 0;
+    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
+    if (compression != COMPRESSION_NONE || TIFFIsTiled(tiff) || height == 0 || !TIFFLastDirectory(tiff) ||
+        (samples > 1 && planar != PLANARCONFIG_CONTIG))
+        return 1;
+    const std::uint64_t plane = TIFFScanlineSize64(tiff) * std::uint64_t(height);
+    const std::uint64_t start = TIFFGetStrileOffset(tiff, 0), length = lengthOf(tiff);
+    if (plane == 0 || start >= length)
+        return 1;
+    return static_cast<int>(std::clamp<std::uint64_t>((length - start) / plane, 1, std::uint64_t(promised)));
+}
+
+StackLayout TiffImageFile::getLayout() {
+    const std::string description = getDescription();
+    StackLayout layout = ImageFile::getLayout();
+    const ImagePage first = getPage(0);
+    if (isOmeDescription(description))
+        return omeLayout(description, getFilename(), first, getNumPages(), layout);
+    if (!isImagejDescription(description))
+        return layout;
+    float xResolution = 0, yResolution = 0;
+    TIFFGetField(__tiff->get(), TIFFTAG_XRESOLUTION, &xResolution);
+    TIFFGetField(__tiff->get(), TIFFTAG_YRESOLUTION, &yResolution);
+    return imagejLayout(description, xResolution, yResolution, getNumPages(), layout);
+}
+
+} // namespace vorlen

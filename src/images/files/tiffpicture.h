@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "images/files/imagepage.h"
+
+typedef struct tiff TIFF;
+
+namespace vorlen {
+
+class SampleSink;
+
+/// One directory of a TIFF file: what its tags say of the picture, and the decoding of the samples.
+///
+/// libtiff is set to the directory as long as this lives.
+struct TiffPicture {
+    /// How the samples of the file become those of the page.
+    enum Conversion {
+        None,
+        Invert,    ///< grey values of which the least stand for white
+        Inks,      ///< cyan, magenta, yellow, black
+        Lab,       ///< CIE L*a*b*
+        IccLab,    ///< the same with other numbers for 0
+        ByLibtiff, ///< YCbCr that no codec converts: libtiff makes red, green, blue
+    };
+
+    /// Reads the tags, and sets the codec to give colours rather than its own samples. Throws FileFormatError for what
+    /// cannot be read, with the reason, and FileReadError for a picture that the file is too short for.
+    explicit TiffPicture(TIFF* tiff);
+
+    /// Throws FileReadError for damaged pixels.
+    void read(SampleSink& sink) const;
+
+    /// Reads rows without compression that begin at this place of the file: those of a further plane behind the first.
+    void readContiguous(std::uint64_t offset, SampleSink& sink) const;
+
+    TIFF* tiff;
+    ImagePage page;         // as it is to be seen
+    int width, height;      // of the rows as they stand in the file
+    int orientation = 1;    // as the tag has it
+    int numFileSamples = 1; // for each pixel
+    bool separate = false;  // samples in planes of their own
+    int compression = 1;
+    Conversion conversion = None;
+
+private:
+    struct Rows;
+
+    void readColours();
+    void readPixelSize();
+    void requireBelievable() const;
+    void readStrips(Rows& rows) const;
+    void readSeparateStrips(Rows& rows) const;
+    void readTiles(Rows& rows) const;
+    void readColourStrips(Rows& rows) const;
+    void readColourTiles(Rows& rows) const;
+    [[noreturn]] void fail(const std::string& what, int row) const;
+};
+
+} // namespace vorlen

@@ -1,0 +1,73 @@
+#include "images/rasters/greyscale.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "images/rasters/image.h"
+
+namespace vorlen {
+
+bool hasGreyScale(const Image& image) {
+    return image.getData() != nullptr && (image.getDepth() == 16 || image.isReal());
+}
+
+void GreyScaleFinder::add(const Image& image) {
+    if (!hasGreyScale(image))
+        return;
+    const std::size_t count = std::size_t(image.getWidth()) * std::size_t(image.getHeight());
+    // A step that has no factor in common with the width, so that all columns are met.
+    std::size_t step = (count + samplesOfImage - 1) / samplesOfImage;
+    while (step > 1 && image.getWidth() > 1 && std::size_t(image.getWidth()) % step == 0)
+        ++step;
+    __values.reserve(__values.size() + std::min(count, samplesOfImage));
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        float value = 0;
+        if (image.isReal()) {
+            std::memcpy(&value, image.getData() + 4 * i, 4);
+        } else {
+            std::uint16_t word = 0;
+            std::memcpy(&word, image.getData() + 2 * i, 2);
+            value = word;
+        }
+        if (std::isfinite(value)) {
+            __greatest = std::max(__greatest, value);
+            __isWhole = __isWhole && value == std::floor(value);
+        }
+        if (i != next)
+            continue;
+        next += step;
+        if (std::isfinite(value))
+            __values.push_back(value);
+    }
+}
+
+std::optional<GreyScale> GreyScaleFinder::find() const {
+    if (__values.empty())
+        return std::nullopt;
+    std::vector<float> values = __values;
+    const auto percentile = [&values](double part) {
+        const auto place = values.begin() + static_cast<std::ptrdiff_t>(part * double(values.size() - 1) + 0.5);
+        std::nth_element(values.begin(), place, values.end());
+        return *place;
+    };
+    GreyScale scale;
+    scale.low = percentile(0.01);
+    scale.high = percentile(0.998);
+    if (scale.low == scale.high) { // nothing but a ground, or few pixels of another value
+        const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
+        scale.low = *least;
+        scale.high = std::max(*greatest, *least + 1);
+    }
+    scale.white = __greatest > 0 ? __greatest : 1;
+    if (!__isWhole && __greatest <= 1)
+        scale.white = 1;
+    else
+        for (const float white : {65535.0f, 16383.0f, 4095.0f, 1023.0f, 255.0f})
+            if (__greatest <= white)
+                scale.white = white;
+    return scale;
+}
+
+} // namespace vorlen

@@ -1,0 +1,179 @@
+#include "reconstruction/branchingsurface.h"
+
+#include <cmath>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include "shapes/surfacecertificate.h"
+
+namespace vorlen {
+
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+
+using Outline = std::vector<PlanePoint>;
+using Outlines = std::vector<Outline>;
+
+Outline ellipse(double x, double y, double a, double b, double angle = 0, int n = 120) {
+    Outline points;
+    for (int k = 0; k < n; ++k) {
+        const double u = a * std::cos(2 * pi * k / n), v = b * std::sin(2 * pi * k / n);
+        points.push_back({x + u * std::cos(angle) - v * std::sin(angle), y + u * std::sin(angle) + v * std::cos(angle)});
+    }
+    return points;
+}
+
+Outline disc(double x, double y, double r) {
+    return ellipse(x, y, r, r);
+}
+
+Outline square(double x, double y, double half) {
+    return {{x - half, y - half}, {x + half, y - half}, {x + half, y + half}, {x - half, y + half}};
+}
+
+/// Sections at heights first, first + spacing, ..., each with the outlines of its height.
+BranchingSurface surfaceOf(double first, double spacing, int count, const std::function<Outlines(double)>& at,
+                           bool descending = false) {
+    std::vector<SectionParts> sections;
+    std::vector<double> heights;
+    for (int k = 0; k < count; ++k) {
+        SectionParts section(first + k * spacing);
+        for (const Outline& outline : at(section.getHeight()))
+            section.add(outline);
+        section.build();
+        heights.push_back(section.getHeight());
+        if (!section.getParts().empty())
+            sections.push_back(std::move(section));
+    }
+    return BranchingSurface(std::move(sections), std::move(heights), descending);
+}
+
+SurfaceCertificate certificateOf(const BranchingSurface& surface, SurfaceEnd end = SurfaceEnd::HalfSection) {
+    return SurfaceCertificate::of(surface.build({end, end}, 2));
+}
+
+void expectSound(const SurfaceCertificate& certificate, int parts, int genus) {
+    EXPECT_TRUE(certificate.isSound()) << certificate.toText();
+    EXPECT_EQ(certificate.parts, parts) << certificate.toText();
+    EXPECT_EQ(certificate.genus(), genus) << certificate.toText();
+}
+
+void expectNear(double measured, double truth, double share) {
+    EXPECT_NEAR(measured, truth, share * truth) << 100 * (measured / truth - 1) << " percent";
+}
+
+} // namespace
+
+TEST(BranchingSurface, ballsHollowOrNotKeepTheirVolume) {
+    const auto ball = [](double r, double z) {
+        return std::fabs(z) < r ? Outlines{disc(0, 0, std::sqrt(r * r - z * z))} : Outlines{};
+    };
+    const auto solid = surfaceOf(-10.1, 0.4, 60, [&](double z) { return ball(10, z); });
+    expectSound(certificateOf(solid), 1, 0);
+    expectNear(certificateOf(solid).volume, 4.0 / 3 * pi * 1000, 0.003);
+    const auto hollow = surfaceOf(-10.1, 0.4, 60, [&](double z) {
+        Outlines outlines = ball(10, z);
+        for (const Outline& inner : ball(6, z))
+            outlines.push_back(inner);
+        return outlines;
+    });
+    expectSound(certificateOf(hollow), 2, 0);
+    expectNear(certificateOf(hollow).volume, 4.0 / 3 * pi * (1000 - 216), 0.003);
+    EXPECT_EQ(hollow.getNumUnfollowed(), 0);
+}
+
+TEST(BranchingSurface, aTubeSplitsInTwoAlike) {
+    // A trunk that becomes two limbs, upright and slanted; the limbs have the trunk's area together, or more.
+    for (const double shift : {0.0, 0.7, 1.5})
+        for (const double limb : {7.0711, 10.0}) {
+            const auto tree = surfaceOf(0, 5, 20, [&](double z) {
+                const double x = shift * 10 * z / 5;
+                return z < 47 ? Outlines{disc(x, 0, 10)} : Outlines{disc(x - 11, 0, limb), disc(x + 11, 0, limb)};
+            });
+            const auto certificate = certificateOf(tree, SurfaceEnd::Flat);
+            expectSound(certificate, 1, 0);
+            EXPECT_EQ(tree.getNumUnfollowed(), 0);
+            const double trunk = pi * 100, limbs = 2 * pi * limb * limb;
+            expectNear(certificate.volume, 45 * trunk + 5 * (trunk + limbs) / 2 + 45 * limbs, 0.005);
+        }
+}
+
+TEST(BranchingSurface, aTorusCutLengthwiseIsARing) {
+    const double ring = 30, tube = 10;
+    const auto at = [&](double z) {
+        // The torus lies about the axis Y: a section at z is where (sqrt(x^2 + z^2) - ring)^2 + y^2 < tube^2.
+        Outlines outlines;
+        const double outer = ring + tube, inner = ring - tube;
+        if (std::fabs(z) >= outer)
+            return outlines;
+        const auto border = [&](double x) {
+            const double d = std::hypot(x, z) - ring;
+            return std::sqrt(std::max(0.0, tube * tube - d * d));
+        };
+        const double right = std::sqrt(outer * outer - z * z);
+        const double left = std::fabs(z) < inner ? std::sqrt(inner * inner - z * z) : -right;
+        const int n = 100;
+        Outline outline;
+        for (int k = 0; k < 2 * n; ++k) {
+            const double x = (left + right) / 2 - (right - left) / 2 * std::cos(pi * k / n);
+            outline.push_back({x, k < n ? -border(x) : border(x)});
+        }
+        outlines.push_back(outline);
+        if (std::fabs(z) < inner) {
+            for (PlanePoint& p : outline)
+                p.x = -p.x;
+            outlines.push_back(outline);
+        }
+        return outlines;
+    };
+    const auto torus = surfaceOf(-39.6, 80.0 / 53, 53, at);
+    const auto mesh = torus.build(SurfaceEnds(), 2);
+    const auto certificate = SurfaceCertificate::of(mesh);
+    expectSound(certificate, 1, 1);
+    EXPECT_EQ(torus.getNumUnfollowed(), 0);
+    expectNear(certificate.volume, 2 * pi * pi * ring * tube * tube, 0.005);
+    expectNear(mesh.area(), 4 * pi * pi * ring * tube, 0.01);
+}
+
+TEST(BranchingSurface, nestedSquaresAreRingsAndIslands) {
+    const auto nested = surfaceOf(0, 10, 11, [](double) {
+        return Outlines{square(0, 0, 15), square(0, 0, 25), square(0, 0, 5)};
+    });
+    const auto certificate = certificateOf(nested, SurfaceEnd::Flat);
+    expectSound(certificate, 2, 1);
+    EXPECT_NEAR(certificate.volume, 100 * (2500 - 900 + 100), 1e-6);
+}
+
+TEST(BranchingSurface, partsBeginEndSplitMergeAndHoldHolesInOne) {
+    for (const bool descending : {false, true}) {
+        const auto crowd = surfaceOf(
+            0, 4, 16,
+            [](double z) {
+                Outlines outlines = {disc(-60, 0, 12)};
+                if (z > 8 && z < 40)
+                    outlines.push_back(disc(-60, 0, 6));
+                if (z < 20)
+                    outlines.push_back(disc(0, 0, 9));
+                else if (z < 40)
+                    outlines.insert(outlines.end(), {disc(-9, 0, 7), disc(9, 0, 7)});
+                else
+                    outlines.push_back(ellipse(0, 0, 14, 8));
+                if (z > 30)
+                    outlines.push_back(disc(60, 0, 10));
+                return outlines;
+            },
+            descending);
+        for (const SurfaceEnd end : {SurfaceEnd::Flat, SurfaceEnd::HalfSection, SurfaceEnd::NextSection}) {
+            const auto certificate = certificateOf(crowd, end);
+            EXPECT_TRUE(certificate.isSound()) << certificate.toText();
+            EXPECT_EQ(certificate.parts, 4); // and the hollow
+            EXPECT_EQ(certificate.euler, 2 * 4 - 2);
+        }
+        EXPECT_FALSE(certificateOf(crowd, SurfaceEnd::Open).closed);
+        EXPECT_EQ(crowd.getNumUnfollowed(), 0);
+    }
+}
+
+} // namespace vorlen
