@@ -12,6 +12,7 @@
 
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
+#include "editing/operations/lostimages.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
@@ -201,13 +202,8 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     }
     stack->setFilename(path);
     stack->updateReconstruction();
-    if (!reader.getLog().empty()) {
-        VRLStackErrorDialog dialog(__parent);
-        dialog.setBanner("In " + decoded(path) + ":");
-        dialog.setLog(reader.getMessages());
-        dialog.exec();
-    }
-    if (reader.getNumFatalErrors() > 0 || !claimFile(*stack, path) || !settleDamage(*stack, reader))
+    const bool wantsImages = tellOfProblems(*stack, reader);
+    if (!claimFile(*stack, path) || !settleDamage(*stack, reader))
         return nullptr;
     if (VRLRecovery* recovery = VRLRecovery::running();
         recovery != nullptr && reader.getLog().empty() && reader.isWhole() && !stack->isReadOnly()) {
@@ -221,7 +217,29 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     }
     VRLStackServer::stackServer.addStack(*stack);
     VRLSettings::addRecentFile(decoded(path));
-    return stack.release();
+    VRLStack* const open = stack.release(); // the server's
+    if (wantsImages)
+        findImages(*open);
+    return open;
+}
+
+/// True when lost images are to be looked for.
+bool VRLStackIO::tellOfProblems(const VRLStack& stack, const StackReader& reader) const {
+    if (reader.getLog().empty())
+        return false;
+    VRLStackErrorDialog dialog(__parent);
+    const int lost = numLostImages(stack);
+    QString banner = "In " + decoded(stack.getFilename()) + ":";
+    if (lost > 0)
+        banner += QString("\n%1 of %2 images can't be read. The outlines are all there.")
+                      .arg(lost)
+                      .arg(stack.getNumSlices());
+    dialog.setBanner(banner);
+    dialog.setLog(reader.getMessages());
+    if (lost > 0)
+        dialog.offerToFindImages();
+    dialog.exec();
+    return dialog.wantsToFindImages();
 }
 
 /// The stack of this file that is open in this program; null when there is none.
@@ -428,6 +446,28 @@ bool VRLStackIO::closeAllStacks() {
     while (server.getNumStacks() > 0)
         server.removeStack(server.getStack(server.getNumStacks() - 1));
     return true;
+}
+
+bool VRLStackIO::findImages(VRLStack& stack) {
+    QFileDialog dialog(__parent, "Find images");
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    dialog.setDirectory(VRLSettings::settings.getInputDirectory());
+    dialog.resize(fileDialogSize);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return false;
+    std::vector<UnreadableImage> stillLost;
+    const Outcome found = findLostImages(stack, encoded(dialog.selectedFiles().first()), stillLost);
+    if (found)
+        stack.updateReconstruction();
+    else
+        tellRefusal(__parent, found);
+    QStringList names;
+    for (const UnreadableImage& image : stillLost)
+        names += decoded(image.file) + ": " + QString::fromStdString(image.reason);
+    if (found && !names.isEmpty())
+        tell("Find images", "These images are not in this folder:\n\n" + names.join('\n'));
+    return bool(found);
 }
 
 bool VRLStackIO::insertSlice(VRLStack& stack) {
