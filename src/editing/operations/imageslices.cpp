@@ -133,6 +133,7 @@ private:
         const std::vector<std::string> channels = channelsOf(layout, first);
         if (channels.size() > 1 && __result.channels.empty())
             __result.channels = channels;
+        __result.hasSeparateChannels = __result.hasSeparateChannels || first.colour != ImagePage::Rgb;
         int channel = 0, sample = 0;
         if (!__choice.channel.empty()) {
             const int place = channelPlace(__choice.channel, channels);

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "images/files/believablesize.h"
 #include "images/files/colourmodels.h"
 #include "images/files/orientedrows.h"
 #include "images/files/samplecoding.h"
@@ -22,9 +23,6 @@ namespace {
 
 const char* const tiffHeaderPlace = "void ImageReader::readTiffHeader(ImageHeader&, TIFF*)";
 const char* const tiffPixelPlace = "void Image::readTiffPixels(Image&, TIFF*)";
-
-// A picture of this length is believed whatever the length of its file: a blank one may be a few bytes.
-constexpr std::uint64_t believedLength = std::uint64_t(128) << 20;
 
 template <class Value>
 Value tag(TIFF* tiff, ttag_t name, Value otherwise) {

@@ -172,6 +172,10 @@ void PixelMatrix<T>::convertToImage(Image& image, unsigned char low, unsigned ch
         const Wide<T> last = static_cast<Wide<T>>(range[1]);
         if (first < last)
             factor = static_cast<Wide<T>>(high - low) / (last - first);
+        // Whole numbers of a wider range would have no factor: their products are divided instead.
+        if constexpr (std::is_integral_v<T>)
+            if (first < last && factor == 0 && high != low)
+                return convertToImage(image, range[0], range[1], low, high);
     }
     initPlain(image, this->getSize1(), this->getSize2());
     for (int i = 0; i < this->getSize1(); ++i) {

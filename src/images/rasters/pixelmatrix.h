@@ -38,7 +38,7 @@ public:
     /// values whose integer part no int holds.
     void convertToImage(Image& image) const;
     /// Stretches the matrix's own range to low..high. In integer instantiations the factor (high-low)/(max-min) is an
-    /// integer quotient. A constant matrix gives low everywhere.
+    /// integer quotient; where that is 0, in a range wider than the bytes, the product is divided. A constant matrix gives low everywhere.
     void convertToImage(Image& image, unsigned char low, unsigned char high) const;
     /// Window: low at and below first, high at and above last, linear and truncated in between; low for NaN.
     void convertToImage(Image& image, T first, T last, unsigned char low, unsigned char high) const;

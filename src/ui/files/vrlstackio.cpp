@@ -95,7 +95,8 @@ VRLStack* VRLStackIO::newStack() {
         return nullptr;
     std::vector<UnreadableImage> unreadable;
     auto stack = makeStack(
-        {dialog.getName(), dialog.getSliceSpacing(), dialog.getPixelCalibration(), encoded(dialog.getImageList())},
+        {dialog.getName(), dialog.getSliceSpacing(), dialog.getPixelCalibration(), encoded(dialog.getImageList()),
+         {dialog.getChannel()}},
         unreadable);
     tellUnreadable(unreadable);
     if (stack == nullptr)
@@ -104,10 +105,10 @@ VRLStack* VRLStackIO::newStack() {
     return stack.release();
 }
 
-VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QString& filter,
+VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QStringList& filters,
                                       VRLStack* (VRLStackIO::*open)(const std::string&)) {
     QFileDialog dialog(__parent, title);
-    dialog.setNameFilter(filter);
+    dialog.setNameFilters(filters);
     dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setDirectory(VRLSettings::settings.getInputDirectory());
     dialog.resize(VRLSettings::getOpenStackDialogSize());
@@ -126,13 +127,31 @@ VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QString& filte
 }
 
 VRLStack* VRLStackIO::newStackFromFile() {
-    return openChosenFiles("Open image stack", "*.vm", &VRLStackIO::newStackFromFile);
+    return openChosenFiles("Open image stack", imageNameFilters(), &VRLStackIO::newStackFromFile);
 }
 
 VRLStack* VRLStackIO::newStackFromFile(const std::string& file) {
-    if (QFileInfo(decoded(file)).suffix() != "vm")
-        throw FileFormatError("VRLStack* VRLStackIO::newStackFromFile(const std::string&)", "File format error", file);
-    return newStackFromVoxelMatrixFile(file);
+    if (QFileInfo(decoded(file)).suffix() == "vm")
+        return newStackFromVoxelMatrixFile(file);
+    const std::string path = absolute(file);
+    const WaitCursor cursor;
+    ImageSlices made = makeImageSlices({path}, ImageChoice());
+    if (!made.unreadable.empty())
+        throw FileFormatError("VRLStack* VRLStackIO::newStackFromFile(const std::string&)",
+                              made.unreadable.front().reason, path);
+    NewStack description;
+    description.name = QFileInfo(decoded(path)).completeBaseName().toStdString();
+    description.images = {path};
+    description.calibration = made.calibration.value_or(PixelCalibration());
+    description.sliceSpacing = made.spacing.value_or(1.0f);
+    std::unique_ptr<VRLStack> stack = makeStack(description, std::move(made.slices));
+    QStringList notes;
+    for (const std::string& note : made.notes)
+        notes += QString::fromStdString(note);
+    if (!notes.isEmpty())
+        tell("Open image stack", notes.join('\n'));
+    VRLStackServer::stackServer.addStack(*stack);
+    return stack.release();
 }
 
 VRLStack* VRLStackIO::newStackFromVoxelMatrixFile(const std::string& file) {
@@ -170,7 +189,7 @@ VRLStack* VRLStackIO::newStackFromVoxelMatrixFile(const std::string& file) {
 }
 
 VRLStack* VRLStackIO::openStack() {
-    return openChosenFiles("Open stack", "*.sdf", &VRLStackIO::openStack);
+    return openChosenFiles("Open stack", {"*.sdf"}, &VRLStackIO::openStack);
 }
 
 VRLStack* VRLStackIO::openStack(const std::string& file) {

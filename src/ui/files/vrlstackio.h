@@ -85,7 +85,7 @@ private:
     bool agreesToOverwrite(VRLStack& stack);
     bool maySettle(VRLStack& stack);
 
-    VRLStack* openChosenFiles(const QString& title, const QString& filter,
+    VRLStack* openChosenFiles(const QString& title, const QStringList& filters,
                               VRLStack* (VRLStackIO::*open)(const std::string&));
     QStringList chooseImages();
     bool writeWithBackup(VRLStack& stack, const std::string& file, QString& reason);
