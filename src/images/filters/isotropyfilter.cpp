@@ -202,7 +202,7 @@ R indexOf(const Moments<T>& moments, int j, IsotropyAnalysis analysis, R toleran
                                                                : R(0);
 }
 
-constexpr double keptBytes = 16 * 1024 * 1024;
+constexpr double keptBytes = 1024 * 1024;
 constexpr int rowsTogether = 32;
 
 } // namespace

@@ -23,10 +23,10 @@ namespace vorlen {
 /// next, so that no rounding is.
 ///
 /// The volume is worked on by all threads of ParallelWork, and needs, beside itself, the memory of at most h planes and
-/// a 32nd of its own, or of all planes where these are not more than 16 MB.
+/// a 32nd of its own, or of all planes where these are not more than 1 MB.
 ///
 /// A run reports a step for each plane. When it is cancelled, notifyCanceled() takes the place of notifyFinished(): a
-/// volume of at most 16 MB is then as it was, and of a greater one the planes up to some place are replaced.
+/// volume of at most 1 MB is then as it was, and of a greater one the planes up to some place are replaced.
 ///
 /// Compiled for float, double and long double.
 template <class T>
