@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures clean
+.PHONY: all run truth test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures clean
 
 all: build
 
@@ -24,6 +24,14 @@ sample: programs
 
 run: sample
 	@scripts/run-sample $(BUILD)/bin $(SAMPLE)
+
+# Bodies of known measures against what is measured of them: docs/accuracy.md.
+truth: setup
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target vorlen-truth
+	@$(BUILD)/bin/vorlen-truth > docs/accuracy.md.new
+	@mv docs/accuracy.md.new docs/accuracy.md
+	@cat docs/accuracy.md
 
 # The pictures of the documentation, made anew from the sample stack.
 pictures: sample

@@ -144,6 +144,12 @@ struct Vessel {
     double volume() const {
         return spacing * ((fork - first) * 2 * pi * limb * limb + (last + 1 - fork) * pi * halfWidth * halfDepth);
     }
+    /// Walls, ends, and the step between the trunk and the limbs. The trunk's girth by Ramanujan's formula.
+    double area() const {
+        const double h = (halfWidth - halfDepth) * (halfWidth - halfDepth) / ((halfWidth + halfDepth) * (halfWidth + halfDepth));
+        const double girth = pi * (halfWidth + halfDepth) * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)));
+        return spacing * ((fork - first) * 4 * pi * limb + (last + 1 - fork) * girth) + 2 * pi * halfWidth * halfDepth;
+    }
 };
 
 /// A membrane: part of the wall of an upright cylinder.
@@ -329,7 +335,7 @@ std::string describe(const Scene& scene, const std::vector<Outlines>& outlines) 
             numCells += int(cells.size());
     out << "Nucleus   volume " << scene.spheroid.volume() << " um^3, area " << scene.spheroid.area() << " um^2\n";
     out << "Ganglion  volume " << scene.peanut.volume() << " um^3\n";
-    out << "Vessel    volume " << scene.vessel.volume() << " um^3\n";
+    out << "Vessel    volume " << scene.vessel.volume() << " um^3, area " << scene.vessel.area() << " um^2\n";
     out << "Membrane  area " << scene.membrane.area() << " um^2\n";
     out << "Cells     " << numCells << " points\n";
     return out.str();

@@ -17,8 +17,8 @@ namespace vorlen {
 namespace {
 
 struct Measurements {
-    Measurements(const Stack& stack, bool withErrors)
-        : models(MeasurementTable::ofModels(stack, withErrors)), items(MeasurementTable::ofItems(stack)),
+    Measurements(const Stack& stack, MeasurementTable::Errors errors)
+        : models(MeasurementTable::ofModels(stack, errors)), items(MeasurementTable::ofItems(stack)),
           slices(MeasurementTable::ofSlices(stack)) {}
 
     MeasurementTable models, items, slices;
@@ -224,7 +224,9 @@ int measureCommand(const QStringList& arguments) {
         if (!file.isMeasurable())
             return int(ExitProblems);
         return guarded("measure " + file.getName(), [&] {
-            const Measurements measurements(file.getStack(), line.isSet("error"));
+            using Errors = MeasurementTable::Errors;
+            const Measurements measurements(file.getStack(),
+                                            line.isSet("error") ? Errors::Estimated : Errors::Unknown);
             if (format == OutputFormat::Json)
                 writeJson(json, file, measurements);
             else

@@ -177,16 +177,17 @@ void MeasurementTable::addFailure(const std::string& what, const std::string& wh
     while (__cells.size() % __columns.size() != 0);
 }
 
-MeasurementTable MeasurementTable::ofModels(const Stack& stack, bool withErrors) {
+MeasurementTable MeasurementTable::ofModels(const Stack& stack, Errors errors) {
     std::vector<const Model*> models;
     models.reserve(std::size_t(stack.getNumModels()));
     for (int m = 0; m < stack.getNumModels(); ++m)
         models.push_back(&stack.getModel(m));
-    return ofModels(stack, models, withErrors);
+    return ofModels(stack, models, errors);
 }
 
 MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vector<const Model*>& models,
-                                            bool withErrors) {
+                                            Errors errors) {
+    const bool withErrors = errors == Errors::Estimated;
     MeasurementTable table(modelColumns(stack, withErrors));
     ModelMorphometry morphometry;
     morphometry.setErrorsWanted(withErrors);

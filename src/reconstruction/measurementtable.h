@@ -29,6 +29,9 @@ public:
         std::string estimator{}; ///< how the number is come by, where there are several ways; or empty
     };
 
+    /// Whether errors are estimated, which takes three times the work.
+    enum class Errors : unsigned char { Unknown, Estimated };
+
     enum class CellKind : unsigned char { Text, Count, Number, Missing };
 
     /// A row for each model of the stack, or of the list: Model, Geometry, Vertices, Contours, AverageX to AverageZ,
@@ -37,9 +40,9 @@ public:
     /// ClosedAreaError.
     ///
     /// Volume is that of the closed surface where this is sound, else that of the sections.
-    static MeasurementTable ofModels(const Stack& stack, bool withErrors = false);
+    static MeasurementTable ofModels(const Stack& stack, Errors errors = Errors::Unknown);
     static MeasurementTable ofModels(const Stack& stack, const std::vector<const Model*>& models,
-                                     bool withErrors = false);
+                                     Errors errors = Errors::Unknown);
 
     /// A row for each item of the stack, or of the model, slice by slice: Model, Slice, Vertices, Length, Area,
     /// AverageX, AverageY, Z, in the coordinates of the item's slice.
