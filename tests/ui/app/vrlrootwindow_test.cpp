@@ -303,7 +303,7 @@ TEST_F(VRLRootWindowTest, undoSaysWhatAndWhereAndGoesThere) {
     EXPECT_EQ(slice(), "s2");
     trigger("edit.undo");
     EXPECT_EQ(slice(), "s0");
-    EXPECT_EQ(said(), "Undone: Slice deletion (slice \"s0\")");
+    EXPECT_EQ(said(), "Undone: Delete slice (slice \"s0\")");
     StackChange renamed;
     renamed.name = "other";
     ASSERT_TRUE(changeStack(stack, renamed));

@@ -359,6 +359,7 @@ TEST_F(HistoryTest, outlivesACrashBehindASave) {
     simulateCrash(session());
     stack->history()->clear();
     close();
+    recovery.waitForWrites();
     EXPECT_TRUE(recovery.leftovers().isEmpty());
     recovery.tidy();
     EXPECT_FALSE(QDir(recoveryDirectory() + "/dead").exists());

@@ -858,6 +858,8 @@ TEST_F(DrawingTest, pointerAndStatusBarTellWhatAClickWillDo) {
         statusBar->clearMessage(); // as the tips of tools do
         told({"Escape or right click: give up"}, Qt::CrossCursor);
         trigger("Cancel");
+        told({"The drawing was given up. Undo (Ctrl+Z) brings it back."}, {});
+        selectionChanged();
         told(resting, {});
     }
     for (ModelItem* item : {&contour, &points}) {
