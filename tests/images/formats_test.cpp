@@ -261,6 +261,26 @@ void addOthers(std::vector<FormatLine>& lines) {
     lines.push_back({"JPEG", "colours",
                      [=](const std::string& f) { writeJpeg(f, formatWidth, formatHeight, 3, colours); }, "uint8",
                      {value(same), value(same), value(same)}, 3});
+    for (const int bits : {8, 24, 32}) {
+        std::string rows; // from below
+        for (int i = formatHeight - 1; i >= 0; --i)
+            for (int j = 0; j < formatWidth; ++j)
+                for (int k = 0; k < bits / 8; ++k)
+                    rows += char(ramp(i, j, bits == 8 ? 0 : 2 - k));
+        std::string ramps;
+        for (int i = 0; bits == 8 && i < 256; ++i)
+            ramps += std::string{char(i), char(i), char(i), '\0'};
+        std::string header = "BM";
+        for (const std::uint32_t word : {0u, 0u, 54u + unsigned(ramps.size()), 40u, unsigned(formatWidth),
+                                         unsigned(formatHeight), 1u | unsigned(bits) << 16, 0u, 0u, 20000u, 20000u, 0u, 0u})
+            header += number(word);
+        std::vector<std::function<double(int, int)>> channels = {value(same)};
+        if (bits > 8)
+            channels.insert(channels.end(), {value(same, 1), value(same, 2)});
+        lines.push_back({"BMP", bits == 8 ? "grey" : std::to_string(bits) + " bits of colour",
+                         [=](const std::string& f) { writeBytes(f, header + ramps + rows); }, "uint8", channels, 0,
+                         "meter", 50});
+    }
     const std::string sizes = std::to_string(formatWidth) + " " + std::to_string(formatHeight) + " 2";
     const std::string head = "NRRD0004\n# by a test\ndimension: 3\nsizes: " + sizes +
                              "\nspace: left-posterior-superior\nspace directions: (0.5,0,0) (0,0.25,0) (0,0,2)\n";

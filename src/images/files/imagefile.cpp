@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "files/fileinfo.h"
+#include "images/files/bmpimagefile.h"
 #include "images/files/imgimagefile.h"
 #include "images/files/jpegimagefile.h"
 #include "images/files/mrcimagefile.h"
@@ -55,6 +56,8 @@ std::unique_ptr<ImageFile> ImageFile::open(const std::string& filename) {
         return std::make_unique<PngImageFile>(filename);
     if (magic.startsWith("\xff\xd8\xff", 3))
         return std::make_unique<JpegImageFile>(filename);
+    if (magic.startsWith("BM", 2) && magic.startsWith("\0\0\0\0", 4, 6))
+        return std::make_unique<BmpImageFile>(filename);
     if (magic.startsWith("NRRD000", 7))
         return std::make_unique<NrrdImageFile>(filename);
     if (magic.startsWith("MAP", 3, 208) && (magic.bytes[211] == ' ' || magic.bytes[211] == '\0'))
