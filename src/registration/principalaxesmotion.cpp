@@ -23,7 +23,7 @@ std::optional<Axis> axisOf(const SectionImage& image, bool inverted) {
     PixelMatrix<float> weights = image.grey;
     for (int i = 0; i < weights.getSize1(); ++i)
         for (float& value : weights[i]) {
-            value = inverted ? image.white - value : value;
+            value = inverted ? float(image.white) - value : value;
             value = value > 0 && std::isfinite(value) ? value : 0;
         }
     analysis.apply(weights);
