@@ -364,6 +364,7 @@ void Stack::clear() {
     __standardImages.clear();
     __lastSegmentedSlice.clear();
     __lastRegisteredSlice.clear();
+    __greyScale.reset();
 }
 
 /// Values as bytes, where the white of the scale is 255: one factor for all images of a stack.
