@@ -390,6 +390,39 @@ std::vector<Candidate> searchAround(const Level& target, const Level& source, st
     return chosen;
 }
 
+/// Where the most unusual parts of both sections come together without a turn more than the start's: for sections with
+/// little on them.
+RigidMotion centred(const Level& target, const Level& source, const RigidMotion& start) {
+    const auto centreOf = [](const Level& level) {
+        std::vector<float> values;
+        values.reserve(level.image.total());
+        for (int i = 0; i < level.image.rows; ++i)
+            for (int j = 0; j < level.image.cols; ++j)
+                if (const auto& pixel = level.image.at<cv::Vec2f>(i, j); pixel[1] > present)
+                    values.push_back(pixel[0]);
+        if (values.empty())
+            return PlanePoint();
+        const auto middle = values.begin() + std::ptrdiff_t(values.size() / 2);
+        std::nth_element(values.begin(), middle, values.end());
+        double total = 1e-12, x = 0, y = 0;
+        for (int i = 0; i < level.image.rows; ++i)
+            for (int j = 0; j < level.image.cols; ++j)
+                if (const auto& pixel = level.image.at<cv::Vec2f>(i, j); pixel[1] > present) {
+                    const double weight = std::abs(pixel[0] - *middle);
+                    total += weight;
+                    x += weight * (level.originX + j * level.stepX);
+                    y += weight * (level.originY + i * level.stepY);
+                }
+        return PlanePoint{x / total, y / total};
+    };
+    const PlanePoint from = centreOf(source), to = centreOf(target);
+    RigidMotion motion{start.angle, 0, 0};
+    const PlanePoint turned = motion.apply(from);
+    motion.x = to.x - turned.x;
+    motion.y = to.y - turned.y;
+    return motion;
+}
+
 /// Refines at the scales from one to the other, coarse to fine.
 bool refineThrough(const Section& target, const Section& source, RigidMotion& motion, std::size_t coarse,
                    std::size_t fine, double enough = 0.02) {
@@ -426,7 +459,7 @@ SectionMatch judged(const Section& target, const Section& source, const RigidMot
 double merit(const SectionMatch& match, const RigidMotion& start, double size) {
     const double far = std::abs(std::remainder(match.motion.angle - start.angle, 2 * pi)) / pi +
                        std::hypot(match.motion.x - start.x, match.motion.y - start.y) / size;
-    const double part = match.numBlocks < 8 ? 0.5 : match.support;
+    const double part = (match.support * match.numBlocks + 0.5 * 8) / (match.numBlocks + 8); // few blocks tell little
     return match.score * (0.2 + part) * (1 - 0.05 * std::min(2.0, far));
 }
 
@@ -598,7 +631,7 @@ void maskExtremes(cv::Mat& image) {
             continue;
         if (bordering > 0) {
             std::vector<cv::Point> points, hull, corners;
-            cv::findNonZero(~border, points);
+            cv::findNonZero(~border & (channels[1] > 0.5f), points);
             cv::convexHull(points, hull);
             cv::approxPolyDP(hull, corners, 0.008 * std::hypot(image.cols, image.rows), true);
             cv::Mat frame = cv::Mat::zeros(image.size(), CV_8U);
@@ -640,6 +673,41 @@ void standardize(cv::Mat& image) {
             p[j + 1] = p[j + 1] > present ? 1.0f : 0.0f;
         }
     }
+}
+
+} // namespace
+
+namespace {
+
+/// Halves the finest level as long as something is left.
+void addScales(Section& section) {
+    while (section.levels.back().side() > 64 &&
+           std::min(section.levels.back().image.rows, section.levels.back().image.cols) >= 2 * leastSide)
+        section.levels.push_back(halved(section.levels.back()));
+}
+
+/// What lies between two pixels is smooth then. What is missing has no part in it.
+void smoothScales(Section& section) {
+    for (Level& one : section.levels) {
+        std::vector<cv::Mat> channels;
+        cv::split(one.image, channels);
+        cv::Mat weight;
+        cv::GaussianBlur(channels[1], weight, {}, 1.0);
+        cv::GaussianBlur(channels[0], channels[0], {}, 1.0);
+        channels[0] = channels[0].mul(channels[1]) / cv::max(weight, 0.05f);
+        cv::merge(channels, one.image);
+    }
+}
+
+/// Finds the levels for choice and search.
+void chooseScales(Section& section) {
+    while (section.choice + 1 < section.levels.size() && section.levels[section.choice].side() > choiceSide)
+        ++section.choice;
+    std::size_t k = section.choice;
+    while (k + 1 < section.levels.size() && section.levels[k].side() > searchSide)
+        ++k;
+    section.search = section.levels[k];
+    section.search.image = evened(section.search.image, 0.06 * section.search.side());
 }
 
 } // namespace
@@ -693,27 +761,52 @@ SectionAligner::SectionPointer SectionAligner::prepare(const SectionImage& image
         return section;
     }
     section->levels.push_back(level);
-    while (section->levels.back().side() > 64 &&
-           std::min(section->levels.back().image.rows, section->levels.back().image.cols) >= 2 * leastSide)
-        section->levels.push_back(halved(section->levels.back()));
-    // What lies between two pixels is smooth then. What is missing has no part in it.
-    for (Level& one : section->levels) {
-        std::vector<cv::Mat> channels;
-        cv::split(one.image, channels);
-        cv::Mat weight;
-        cv::GaussianBlur(channels[1], weight, {}, 1.0);
-        cv::GaussianBlur(channels[0], channels[0], {}, 1.0);
-        channels[0] = channels[0].mul(channels[1]) / cv::max(weight, 0.05f);
-        cv::merge(channels, one.image);
-    }
-    while (section->choice + 1 < section->levels.size() && section->levels[section->choice].side() > choiceSide)
-        ++section->choice;
-    std::size_t k = section->choice;
-    while (k + 1 < section->levels.size() && section->levels[k].side() > searchSide)
-        ++k;
-    section->search = section->levels[k];
-    section->search.image = evened(section->search.image, 0.06 * section->search.side());
+    addScales(*section);
+    smoothScales(*section);
+    chooseScales(*section);
     return section;
+}
+
+SectionAligner::SectionPointer SectionAligner::medianOf(const std::vector<SectionPointer>& sections,
+                                                        const std::vector<RigidMotion>& motions, const Section& onto) {
+    const auto bad = [](const SectionPointer& one) { return one == nullptr || one->levels.empty(); };
+    if (sections.empty() || sections.size() != motions.size() || std::any_of(sections.begin(), sections.end(), bad) ||
+        onto.levels.empty())
+        throw SizeError("SectionPointer SectionAligner::medianOf(...)",
+                        "There must be a motion for each of some sections");
+    const auto result = std::make_shared<Section>();
+    result->width = onto.width;
+    result->height = onto.height;
+    result->pixel = onto.pixel;
+    Level level = onto.levels.front();
+    level.image = cv::Mat::zeros(level.image.size(), CV_32FC2);
+    // In strips, so that not all images are there a second time.
+    constexpr int strip = 64;
+    std::vector<cv::Mat> parts(sections.size());
+    std::vector<float> values;
+    for (int top = 0; top < level.image.rows; top += strip) {
+        Level part = level;
+        part.image = level.image.rowRange(top, std::min(top + strip, level.image.rows));
+        part.originY = level.originY + top * level.stepY;
+        for (std::size_t k = 0; k < sections.size(); ++k)
+            parts[k] = moved(part, sections[k]->levels.front(), motions[k]);
+        for (int i = 0; i < part.image.rows; ++i)
+            for (int j = 0; j < part.image.cols; ++j) {
+                values.clear();
+                for (const cv::Mat& one : parts)
+                    if (const auto& pixel = one.at<cv::Vec2f>(i, j); pixel[1] > present)
+                        values.push_back(pixel[0]);
+                if (2 * values.size() < sections.size() || values.empty())
+                    continue;
+                std::sort(values.begin(), values.end());
+                const std::size_t n = values.size();
+                part.image.at<cv::Vec2f>(i, j) = {0.5f * (values[n / 2] + values[(n - 1) / 2]), 1};
+            }
+    }
+    result->levels.push_back(level);
+    addScales(*result);
+    chooseScales(*result);
+    return result;
 }
 
 const std::string& SectionAligner::fault(const Section& section) {
@@ -733,7 +826,8 @@ SectionMatch SectionAligner::match(const Section& source, const Section& target,
     best.motion = start;
     if (!source.fault.empty() || !target.fault.empty())
         return best;
-    best = judged(target, source, start);
+    const SectionMatch unmoved = judged(target, source, start);
+    best = unmoved;
     best.found = false;
     bool begun = false;
     const double size = std::max({target.width, target.height, source.width, source.height});
@@ -745,7 +839,10 @@ SectionMatch SectionAligner::match(const Section& source, const Section& target,
     };
     if (method != AlignmentMethod::Features) {
         consider(followed(target, source, start, true));
-        if (search && !(begun && best.found && best.numBlocks >= 20 && best.support > 0.45))
+        const bool sure = begun && best.found && best.numBlocks >= 20 && best.support > 0.45;
+        if (search && !sure)
+            consider(followed(target, source, centred(target.search, source.search, start), false));
+        if (search && !sure)
             for (const Candidate& one : searchAround(target.search, source.search, 6))
                 consider(followed(target, source, one.motion, false));
     }
@@ -767,7 +864,10 @@ SectionMatch SectionAligner::match(const Section& source, const Section& target,
             best.method = by;
         }
     }
-    return best;
+    // Where it lay is as good as where it was brought: then it stays.
+    if (unmoved.found && unmoved.score >= best.score)
+        best.motion = unmoved.motion;
+    return best.motion.angle == start.angle && best.motion.x == start.x && best.motion.y == start.y ? unmoved : best;
 }
 
 bool SectionAligner::isMirrored(const Section& source, const Section& target, const RigidMotion& start) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "images/rasters/pixelmatrix.h"
 #include "registration/rigidmotion.h"
@@ -86,6 +87,11 @@ public:
     /// the start first. Without `search` no further than the start.
     static SectionMatch match(const Section& source, const Section& target, const RigidMotion& start,
                               AlignmentMethod method = AlignmentMethod::Auto, bool search = true);
+
+    /// What sections have in common: on the grid of another one the median of all, each moved onto it by its motion
+    /// (Hennies and others 2020). Throws SizeError unless there is a motion for each of some sections without a fault.
+    static SectionPointer medianOf(const std::vector<SectionPointer>& sections, const std::vector<RigidMotion>& motions,
+                                   const Section& onto);
 
     /// Whether the source fits the target when it is seen from behind, and how it does not as it is.
     static bool isMirrored(const Section& source, const Section& target, const RigidMotion& start);

@@ -543,7 +543,7 @@ TEST(CommandLine, registerBringsTheSlicesOntoEachOtherInANewStack) {
     const std::string old = folder.read("s.sdf");
     const Outcome outcome = cli(folder, "register s.sdf --output new");
     EXPECT_EQ(outcome.status, 0) << outcome.output;
-    EXPECT_NE(outcome.output.find("\"x\" has no place of its own"), std::string::npos) << outcome.output;
+    EXPECT_NE(outcome.output.find("slice \"x\" is left as it is: blank"), std::string::npos) << outcome.output;
     EXPECT_EQ(folder.read("s.sdf"), old);
 
     Stack stack;
@@ -560,16 +560,53 @@ TEST(CommandLine, registerBringsTheSlicesOntoEachOtherInANewStack) {
     for (int k = 0; k < 2; ++k) {
         const Vector<double> place = dynamic_cast<Vertices<double>&>(*first)[k];
         const Vector<double> other = dynamic_cast<Vertices<double>&>(*third)[k];
-        // Shifts are cut to whole pixels, and landmarks rounded.
-        EXPECT_NEAR(place[0], other[0], 1.7 * pixel);
-        EXPECT_NEAR(place[1], other[1], 1.7 * pixel);
+        EXPECT_NEAR(place[0], other[0], 0.9 * pixel); // landmarks are rounded
+        EXPECT_NEAR(place[1], other[1], 0.9 * pixel);
     }
 
     EXPECT_EQ(cli(folder, "register s.sdf --output new").status, 3); // it is there
     EXPECT_EQ(cli(folder, "register s.sdf --output new --overwrite").status, 0);
     EXPECT_EQ(cli(folder, "register s.sdf --overwrite").status, 2); // not onto itself
+    EXPECT_EQ(cli(folder, "register s.sdf --output axes --method 'principal axes'").status, 0);
+    ASSERT_TRUE(StackReader().read(stack, folder.file("axes/s.sdf")));
+    EXPECT_NEAR(stack.getSlice(2).getRegistration().getRotationAngle(), 360 - 0.4 * 180 / 3.14159265, 1);
     folder.write("one.sdf", "FileFormatVersion 1.03;\nSLICE \"a\" \"a.tif\";\n");
     EXPECT_EQ(cli(folder, "register one.sdf --output new").status, 1);
+    for (const char* wrong : {"--method best", "--reference nobody", "--slices 3:2", "--slices 1:4", "--locked z",
+                              "--locked 0", "--format xml"})
+        EXPECT_EQ(cli(folder, std::string("register s.sdf --output new --overwrite ") + wrong).status, 2) << wrong;
+}
+
+// The copy without registrations against the one that has them: where a pixel of each section comes to lie.
+TEST_F(CommandLineTest, registerBringsTheUnregisteredSampleBackToHalfAPixel) {
+    const QJsonObject run =
+        cliJson(*sample, "register unregistered.sdf --output aligned --slices :s011 --locked s005 --format json")[0]
+            .toObject();
+    const QJsonArray slices = run["slices"].toArray();
+    ASSERT_EQ(slices.size(), 48);
+    EXPECT_EQ(slices[0].toObject()["state"], "first");
+    EXPECT_EQ(slices[5].toObject()["state"], "locked");
+    EXPECT_EQ(slices[12].toObject()["state"], "locked");
+    EXPECT_EQ(run["registered"].toInt(), 10);
+    EXPECT_GT(run["scoreAfter"].toDouble(), run["scoreBefore"].toDouble());
+    Stack aligned, truth;
+    ASSERT_TRUE(StackReader().read(aligned, sample->file("aligned/unregistered.sdf")));
+    ASSERT_TRUE(StackReader().read(truth, sample->file("sample.sdf")));
+    for (int i = 1; i < 12; ++i) {
+        if (i == 5) {
+            EXPECT_TRUE(aligned.getSlice(i).getRegistration().isNull());
+            continue;
+        }
+        const Registration found = aligned.getSlice(i).getRegistration(), wanted = truth.getSlice(i).getRegistration();
+        const double turn =
+            std::remainder(found.getRotationAngle() - wanted.getRotationAngle(), 360.0) / 180 * 3.14159265;
+        // The mean way from the middle of a square of side 512 is 0.38 sides.
+        EXPECT_LT(std::hypot(found.getHorShift() - wanted.getHorShift(), found.getVerShift() - wanted.getVerShift()) +
+                      0.38 * 512 * std::abs(turn),
+                  0.5)
+            << i;
+        EXPECT_GE(slices[i].toObject()["scoreAfter"].toDouble(), slices[i].toObject()["scoreBefore"].toDouble()) << i;
+    }
 }
 
 TEST(CommandLine, densityWritesAMapAndItsSurfaces) {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <deque>
 #include <exception>
+#include <list>
 #include <map>
 #include <optional>
 
@@ -137,6 +137,7 @@ private:
     void matchFixed();
     void nameMirrored();
     void solve();
+    void matchTemplates();
     void keepSlowCourse();
     void choose();
     void chooseFor(int i, std::vector<RigidMotion>& chosen);
@@ -154,9 +155,9 @@ private:
     std::vector<bool> __isLocked;
     std::vector<RigidMotion> __before, __places; // in the frame of the first slice
     std::vector<std::string> __faults;
-    std::vector<bool> __fits; // borne out by a pair
-    int __numMatched = 0;     // slices that were reached
-    std::deque<std::pair<int, Prepared>> __sections;
+    std::vector<bool> __fits;                       // borne out by a pair
+    int __numMatched = 0;                           // slices that were reached
+    std::list<std::pair<int, Prepared>> __sections; // the one looked at last stands last
     std::vector<Pair> __pairs;
     std::map<std::pair<int, int>, std::size_t> __pairIndex; // by target and source
     RegistrationReport __report;
@@ -184,12 +185,16 @@ Alignment::Alignment(const Stack& stack, const AlignmentOptions& options, Progre
     __places = __before;
 }
 
-/// Four at a time: the ones looked at last.
+/// Four at a time, for templates as many as these take: the ones looked at last.
 const Prepared& Alignment::section(int i) {
-    for (const auto& [place, one] : __sections)
-        if (place == i)
-            return one;
-    if (__sections.size() > reach)
+    for (auto at = __sections.begin(); at != __sections.end(); ++at)
+        if (at->first == i) {
+            __sections.splice(__sections.end(), __sections, at);
+            return __sections.back().second;
+        }
+    const int most =
+        __options.reference == AlignmentReference::Template ? std::max(reach + 1, __options.window) : reach + 1;
+    while (int(__sections.size()) >= most)
         __sections.pop_front();
     __sections.emplace_back(i, prepared(__stack.getSlice(i), __pixel, __options.method));
     const Prepared& one = __sections.back().second;
@@ -295,6 +300,34 @@ void Alignment::solve() {
     }
     chain.solve();
     __places = chain.places();
+}
+
+/// Each slice on the median of its neighbours as they lie now.
+void Alignment::matchTemplates() {
+    const int half = std::max(1, __options.window / 2);
+    std::vector<RigidMotion> result = __places;
+    for (int i = 1; i < __numMatched && !__progress.isCanceled(); ++i) {
+        if (!mayMove(i) || !__fits[std::size_t(i)])
+            continue;
+        const Prepared moving = section(i);
+        std::vector<SectionAligner::SectionPointer> around;
+        std::vector<RigidMotion> motions;
+        for (int k = std::max(0, i - half); k <= std::min(__numMatched - 1, i + half); ++k) {
+            if (k == i || !__fits[std::size_t(k)] || !__faults[std::size_t(k)].empty())
+                continue;
+            around.push_back(section(k).section);
+            motions.push_back(between(__places, i, k));
+        }
+        if (around.size() < 2 || !moving.fault.empty())
+            continue;
+        // In the frame of the slice itself, where it lies now.
+        const auto median = SectionAligner::medianOf(around, motions, *moving.section);
+        const SectionMatch match =
+            SectionAligner::match(*moving.section, *median, {}, AlignmentMethod::Intensity, false);
+        if (match.found)
+            result[std::size_t(i)] = __places[std::size_t(i)] * match.motion;
+    }
+    __places = result;
 }
 
 /// What the slices moved is smoothed over the window and taken back: their jitter goes, and a bend stays.
@@ -449,6 +482,8 @@ RegistrationReport Alignment::run() {
     solve();
     if (__options.reference == AlignmentReference::SmoothedPath)
         keepSlowCourse();
+    if (__options.reference == AlignmentReference::Template)
+        matchTemplates();
     choose();
     __report.cancelled = __progress.isCanceled();
     if (__report.cancelled)
