@@ -5,6 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
@@ -73,6 +74,66 @@ void tiffReadReference(benchmark::State& state) {
     }
 }
 
+constexpr int TILE = 256;
+
+/// A picture of 16 bits in tiles, gone at the end of the program.
+class TiledFile {
+public:
+    TiledFile() : name(path("-tiles.tif")) {
+        TIFF* tiff = TIFFOpen(name.c_str(), "w");
+        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+        TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+        TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 16);
+        TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, SIDE);
+        TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, SIDE);
+        TIFFSetField(tiff, TIFFTAG_TILELENGTH, TILE);
+        TIFFSetField(tiff, TIFFTAG_TILEWIDTH, TILE);
+        TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+        std::vector<std::uint16_t> tile(TILE * TILE);
+        for (int top = 0; top < SIDE; top += TILE)
+            for (int left = 0; left < SIDE; left += TILE) {
+                for (std::size_t k = 0; k < tile.size(); ++k)
+                    tile[k] = std::uint16_t((k * 2654435761u + std::size_t(top + left)) >> 20);
+                TIFFWriteTile(tiff, tile.data(), std::uint32_t(left), std::uint32_t(top), 0, 0);
+            }
+        TIFFClose(tiff);
+    }
+    ~TiledFile() { std::filesystem::remove(name); }
+    const std::string name;
+};
+
+const std::string& tiledFile() {
+    static const TiledFile file;
+    return file.name;
+}
+
+void tiffTiles(benchmark::State& state) {
+    const std::string& name = tiledFile();
+    for (auto _ : state) {
+        Image image;
+        ImageReader().read(image, name);
+        benchmark::DoNotOptimize(image.getData()[SIDE]);
+    }
+}
+
+/// Nothing but libtiff's tiles, and the copies of their rows to where they belong.
+void tiffTilesReference(benchmark::State& state) {
+    const std::string& name = tiledFile();
+    for (auto _ : state) {
+        TIFF* tiff = TIFFOpen(name.c_str(), "r");
+        const std::unique_ptr<std::uint16_t[]> pixels(new std::uint16_t[std::size_t(SIDE) * SIDE]);
+        std::vector<std::uint16_t> tile(TILE * TILE);
+        for (int top = 0; top < SIDE; top += TILE)
+            for (int left = 0; left < SIDE; left += TILE) {
+                TIFFReadTile(tiff, tile.data(), std::uint32_t(left), std::uint32_t(top), 0, 0);
+                for (int i = 0; i < TILE; ++i)
+                    std::memcpy(pixels.get() + std::size_t(top + i) * SIDE + left, tile.data() + i * TILE, 2 * TILE);
+            }
+        TIFFClose(tiff);
+        benchmark::DoNotOptimize(pixels[SIDE]);
+    }
+}
+
 void tiffWrite(benchmark::State& state) {
     const Image& image = picture();
     const std::string name = path("-write.tif");
@@ -106,6 +167,8 @@ void tiffWriteReference(benchmark::State& state) {
 
 BENCHMARK(tiffRead)->Name("tiff_read/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffReadReference)->Name("tiff_read/reference")->Unit(benchmark::kMillisecond);
+BENCHMARK(tiffTiles)->Name("tiff_tiles/vorlen")->Unit(benchmark::kMillisecond);
+BENCHMARK(tiffTilesReference)->Name("tiff_tiles/reference")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffWrite)->Name("tiff_write/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffWriteReference)->Name("tiff_write/reference")->Unit(benchmark::kMillisecond);
 

@@ -138,13 +138,13 @@ std::vector<StackProblem> OutlineCheck::check(const ModelItem& item) {
         add(ProblemCode::OutlineDuplicate, "The " + what + " stands on its slice already.");
     if (isPoints(item)) {
         if (const int equal = numEqualPoints(item); equal > 0)
-            add(ProblemCode::PointDoubled, std::to_string(equal) + " of " + std::to_string(n) +
-                                               " points stand where another one is.");
+            add(ProblemCode::PointDoubled,
+                std::to_string(equal) + " of " + std::to_string(n) + " points stand where another one is.");
         return problems;
     }
     if (const int doubled = numDoubled(item); doubled > 0)
-        add(ProblemCode::VerticesDoubled, std::to_string(doubled) + " of " + std::to_string(n) +
-                                              " vertices stand on the one before them.");
+        add(ProblemCode::VerticesDoubled,
+            std::to_string(doubled) + " of " + std::to_string(n) + " vertices stand on the one before them.");
     if (isShort)
         return problems;
     if (isPolygon(item) && liesOnALine(item)) {
@@ -162,8 +162,7 @@ std::vector<StackProblem> OutlineCheck::check(const ModelItem& item) {
 bool OutlineCheck::isRepeated(const ModelItem& item) {
     const std::uint64_t hash = hashOf(item);
     const auto [begin, end] = __seen.equal_range(hash);
-    const bool repeated =
-        std::any_of(begin, end, [&](const auto& seen) { return isSameOutline(*seen.second, item); });
+    const bool repeated = std::any_of(begin, end, [&](const auto& seen) { return isSameOutline(*seen.second, item); });
     if (!repeated)
         __seen.emplace(hash, &item);
     return repeated;

@@ -102,9 +102,10 @@ private:
         const ImageSource& source = slice.getImageSource();
         if (const auto* lost = dynamic_cast<const ImageSourcePlaceholder*>(&source)) {
             const std::string serves =
-                lost->hasSize() ? " The size that the file gives serves: " +
-                                      sizeText(lost->getSize2(), lost->getSize1()) + " pixels."
-                                : " Its size is not known: nothing on the stack can be measured or exported.";
+                lost->hasSize()
+                    ? " The size that the file gives serves: " + sizeText(lost->getSize2(), lost->getSize1()) +
+                          " pixels."
+                    : " Its size is not known: nothing on the stack can be measured or exported.";
             add(isThere(*lost) ? ProblemCode::ImageUnreadable : ProblemCode::ImageMissing,
                 lost->getName() + ": " + lost->getReason() + "." + serves, slice);
             return;
@@ -122,8 +123,8 @@ private:
             add(ProblemCode::ImageFault, fault + ".", slice);
         const auto [first, isNew] = __images.try_emplace(keyOf(source), &slice);
         if (!isNew)
-            add(ProblemCode::ImageRepeated, "The slice shows the same image as slice \"" + first->second->getName() + "\".",
-                slice);
+            add(ProblemCode::ImageRepeated,
+                "The slice shows the same image as slice \"" + first->second->getName() + "\".", slice);
     }
 
     /// Whether all of the files exist.
@@ -170,9 +171,10 @@ private:
             level += step == 0;
         }
         if (n > 1 && level == n - 1) {
-            add({ProblemCode::PositionZero, "All " + std::to_string(n) +
-                                                " slices lie at one position, as no spacing is given: there is no volume "
-                                                "between them.",
+            add({ProblemCode::PositionZero,
+                 "All " + std::to_string(n) +
+                     " slices lie at one position, as no spacing is given: there is no volume "
+                     "between them.",
                  lineOf(__stack, StackIO::RELPOSITION)});
             return;
         }
@@ -244,8 +246,8 @@ private:
             if (model.getName().empty())
                 add(ProblemCode::ModelNameEmpty, "Model " + std::to_string(i + 1) + " has no name.", model);
             if (model.getName().find('/') != std::string::npos)
-                add(ProblemCode::ModelNameSlash, "The name holds a \"/\", which a file name can't: no surface is exported.",
-                    model);
+                add(ProblemCode::ModelNameSlash,
+                    "The name holds a \"/\", which a file name can't: no surface is exported.", model);
             if (model.getNumItems() == 0)
                 add(ProblemCode::ModelEmpty, "The model has no outlines and no points.", model);
             const ModelProperties& properties = model.getProperties();

@@ -114,9 +114,7 @@ CheckedFile checkFile(const std::string& name, bool readsPixels) {
 
 /// Those of before that could be mended and are no more, wherever the lines went.
 std::vector<StackProblem> difference(const std::vector<StackProblem>& before, const std::vector<StackProblem>& after) {
-    const auto key = [](const StackProblem& problem) {
-        return std::tuple(problem.code, problem.model, problem.slice);
-    };
+    const auto key = [](const StackProblem& problem) { return std::tuple(problem.code, problem.model, problem.slice); };
     std::map<decltype(key(before.front())), int> left;
     for (const StackProblem& problem : after)
         ++left[key(problem)];

@@ -53,9 +53,8 @@ bool StackFile::isMeasurable() const {
     bool measurable = true;
     for (int i = 0; i < __stack->getNumSlices(); ++i) {
         const StackSlice& slice = __stack->getSlice(i);
-        const auto* lost = slice.hasImageSource()
-                               ? dynamic_cast<const ImageSourcePlaceholder*>(&slice.getImageSource())
-                               : nullptr;
+        const auto* lost =
+            slice.hasImageSource() ? dynamic_cast<const ImageSourcePlaceholder*>(&slice.getImageSource()) : nullptr;
         if (slice.hasImageSource() && lost == nullptr)
             continue;
         const bool hasSize = lost != nullptr && lost->hasSize();
@@ -67,8 +66,9 @@ bool StackFile::isMeasurable() const {
         measurable = measurable && hasSize;
     }
     if (!measurable)
-        std::cerr << "vorlen-cli: " << __name
-                  << " is left out. Put the images back, or find them with 'vorlen-cli check --fix --images DIRECTORY'\n";
+        std::cerr
+            << "vorlen-cli: " << __name
+            << " is left out. Put the images back, or find them with 'vorlen-cli check --fix --images DIRECTORY'\n";
     return measurable;
 }
 

@@ -6,7 +6,8 @@ const std::vector<ProblemKind>& problemKinds() {
     using enum ProblemCode;
     using enum Severity;
     static const std::vector<ProblemKind> kinds = {
-        {FileCut, "file-cut", Error, false, "The file ends too early: what stood behind is lost. Nothing is mended in it."},
+        {FileCut, "file-cut", Error, false,
+         "The file ends too early: what stood behind is lost. Nothing is mended in it."},
         {FileReadError, "file-read-error", Error, false, "The file could not be read to its end."},
         {VersionNewer, "version-newer", Warning, false,
          "The file is of a newer version of the format; what this version does not know is kept as it is."},
@@ -23,7 +24,8 @@ const std::vector<ProblemKind>& problemKinds() {
          "There is no such image file. The slice keeps its name, size and outlines; --images tells where to look."},
         {ImageUnreadable, "image-unreadable", Error, true, "The image file is there and cannot be read as an image."},
         {ImageFault, "image-fault", Error, false, "The image file does not hold what its header promises."},
-        {PixelFault, "pixel-fault", Error, false, "The pixels of the image cannot all be read. Looked for with --pixels."},
+        {PixelFault, "pixel-fault", Error, false,
+         "The pixels of the image cannot all be read. Looked for with --pixels."},
         {ImagePages, "image-pages", Note, false,
          "The image file holds several pages, of which the slice shows the first. Looked for with --pixels."},
         {ImageSize, "image-size", Warning, false,

@@ -79,8 +79,8 @@ public:
     /// it was not noted.
     int lineOf(const UnreadText& object) const;
 
-    /// The line of the statement that has given the stack or a slice this last: PIXWIDTH, PIXHEIGHT, PIXASPECT, POSITION,
-    /// RELPOSITION, ROTATE; 0 when there was none, or it was not noted.
+    /// The line of the statement that has given the stack or a slice this last: PIXWIDTH, PIXHEIGHT, PIXASPECT,
+    /// POSITION, RELPOSITION, ROTATE; 0 when there was none, or it was not noted.
     int lineOf(const UnreadText& object, Keyword keyword) const;
 
     /// False when the file that was read last is cut off, or could not be read to its end.

@@ -497,14 +497,24 @@ void StackWriter::reportProgress(int numSteps) {
 
 template <class T>
 void StackWriter::saveAsStack(const VoxelMatrix<T>& volume, const std::string& name, const std::string& imagesPath,
-                              const std::string& stackPath, const PixelCalibration& calibration, float spacing) {
+                              const std::string& stackPath, const PixelCalibration& calibration, float spacing,
+                              VoxelBytes bytes) {
+    T first = 0, last = 255;
+    if (bytes == VoxelBytes::Scaled && volume.getSize1() > 0 && volume.getSize2() > 0 && volume.getSize3() > 0) {
+        const Vector<T> range = volume.range();
+        first = range[0];
+        last = range[1];
+    }
     Stack stack;
     for (int k = 0; k < volume.getSize3(); ++k) {
         char number[16];
         std::snprintf(number, sizeof number, "%03d", k);
         const std::string fileName = name + "_" + number + ".tif";
         Image image;
-        volume[k].convertToImage(image);
+        volume[k].convertToImage(image, first, last, 0, 255);
+        ImageHeader header = image.getHeader();
+        header.setPixelCalibration(calibration);
+        image.setHeader(header);
         ImageWriter().write(image, imagesPath + fileName, true);
         ImageSourceFile source;
         source.setFilename(imagesPath + fileName);
@@ -525,14 +535,13 @@ void StackWriter::saveAsStack(const VoxelMatrix<T>& volume, const std::string& n
         throw FileWriteError("void StackWriter::saveAsStack(...)", "The file cannot be opened for writing", fileName);
 }
 
-template void StackWriter::saveAsStack<int>(const VoxelMatrix<int>&, const std::string&, const std::string&,
-                                            const std::string&, const PixelCalibration&, float);
-template void StackWriter::saveAsStack<float>(const VoxelMatrix<float>&, const std::string&, const std::string&,
-                                              const std::string&, const PixelCalibration&, float);
-template void StackWriter::saveAsStack<double>(const VoxelMatrix<double>&, const std::string&, const std::string&,
-                                               const std::string&, const PixelCalibration&, float);
-template void StackWriter::saveAsStack<long double>(const VoxelMatrix<long double>&, const std::string&,
-                                                    const std::string&, const std::string&, const PixelCalibration&,
-                                                    float);
+template void StackWriter::saveAsStack(const VoxelMatrix<int>&, const std::string&, const std::string&,
+                                       const std::string&, const PixelCalibration&, float, VoxelBytes);
+template void StackWriter::saveAsStack(const VoxelMatrix<float>&, const std::string&, const std::string&,
+                                       const std::string&, const PixelCalibration&, float, VoxelBytes);
+template void StackWriter::saveAsStack(const VoxelMatrix<double>&, const std::string&, const std::string&,
+                                       const std::string&, const PixelCalibration&, float, VoxelBytes);
+template void StackWriter::saveAsStack(const VoxelMatrix<long double>&, const std::string&, const std::string&,
+                                       const std::string&, const PixelCalibration&, float, VoxelBytes);
 
 } // namespace vorlen

@@ -49,13 +49,17 @@ public:
     /// The text of a file that may lie anywhere: image directories are absolute, whatever the stack's policy.
     std::string toText(const Stack& stack);
 
-    /// Writes each plane of the volume as an 8-bit TIFF image, by truncation of the voxels, to imagesPath + name + "_"
+    /// How voxels become bytes: cut to 0 to 255 and truncated, or scaled so that the range of the volume fills these.
+    enum class VoxelBytes { Clamped, Scaled };
+
+    /// Writes each plane of the volume as an 8-bit TIFF image with the calibration to imagesPath + name + "_"
     /// and the plane number of three digits or more + ".tif", overwriting, and a stack of these images to stackPath +
     /// name + ".sdf". Both paths carry their own "/" at the end. All slices get the calibration and the spacing.
     /// Throws what the image writer throws, and FileWriteError when the description cannot be written.
     template <class T>
     static void saveAsStack(const VoxelMatrix<T>& volume, const std::string& name, const std::string& imagesPath,
-                            const std::string& stackPath, const PixelCalibration& calibration, float spacing);
+                            const std::string& stackPath, const PixelCalibration& calibration, float spacing,
+                            VoxelBytes bytes = VoxelBytes::Clamped);
 
 private:
     void nameSlices(const Stack& stack);

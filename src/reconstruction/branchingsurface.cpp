@@ -297,8 +297,8 @@ void BranchingMesh::partFans() {
     std::vector<Side> open;
     for (std::size_t first = 0, last = 0; first < sides.size(); first = last) {
         open.clear();
-        for (last = first; last < sides.size() && sides[last].low == sides[first].low &&
-                           sides[last].high == sides[first].high;
+        for (last = first;
+             last < sides.size() && sides[last].low == sides[first].low && sides[last].high == sides[first].high;
              ++last) {
             const auto partner = std::find_if(open.begin(), open.end(),
                                               [&](const Side& side) { return side.forward != sides[last].forward; });
@@ -434,7 +434,8 @@ void BranchingSurface::joinGroup(int section, const Group& group) {
 
 /// Areas beyond the sections, by which ends taper: known where parts merge or go on, not where they split.
 void BranchingSurface::noteAreas(int section, const Group& group) {
-    const auto &lower = __sections[std::size_t(section)].getParts(), &upper = __sections[std::size_t(section) + 1].getParts();
+    const auto &lower = __sections[std::size_t(section)].getParts(),
+               &upper = __sections[std::size_t(section) + 1].getParts();
     const auto sum = [](const std::vector<SectionPart>& parts, const std::vector<int>& places) {
         double area = 0;
         for (const int place : places)
@@ -538,10 +539,8 @@ void BranchingSurface::endPart(int section, int part, bool upward) {
 void BranchingSurface::endHole(int section, int part, int ring, bool upward) {
     const int number = ringNumber(section, part, ring);
     const SectionRing& hole = ringAt(number);
-    __ends.push_back({{number},
-                      upward,
-                      hole.contains(hole.centroid) ? hole.centroid : hole.innerPoint(),
-                      std::fabs(hole.area)});
+    __ends.push_back(
+        {{number}, upward, hole.contains(hole.centroid) ? hole.centroid : hole.innerPoint(), std::fabs(hole.area)});
 }
 
 /// Signed height of an end over its section. Where the stack ends, the next section would be as far as the one before.

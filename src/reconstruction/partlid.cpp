@@ -195,8 +195,7 @@ std::vector<std::array<int, 3>> lidOf(const std::vector<std::vector<PlanePoint>>
             x = std::max(x, points[std::size_t(number)].x);
         return x;
     };
-    std::sort(holes.begin(), holes.end(),
-              [&](const auto& a, const auto& b) { return rightmost(a) > rightmost(b); });
+    std::sort(holes.begin(), holes.end(), [&](const auto& a, const auto& b) { return rightmost(a) > rightmost(b); });
     for (const auto& hole : holes)
         clipper.addHole(hole);
     clipper.clip();

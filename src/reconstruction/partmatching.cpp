@@ -196,7 +196,8 @@ void linkLoners(const Parts& lower, const Parts& upper, const PlanePoint& move, 
     const auto nearest = [&](std::size_t size, const std::vector<bool>& linked, const auto& distanceTo) {
         int best = -1;
         for (std::size_t k = 0; k < size; ++k)
-            if (!linked[k] && std::isfinite(distanceTo(k)) && (best < 0 || distanceTo(k) < distanceTo(std::size_t(best))))
+            if (!linked[k] && std::isfinite(distanceTo(k)) &&
+                (best < 0 || distanceTo(k) < distanceTo(std::size_t(best))))
                 best = int(k);
         return best;
     };
@@ -205,7 +206,8 @@ void linkLoners(const Parts& lower, const Parts& upper, const PlanePoint& move, 
         if (lowerLinked[i])
             continue;
         const int j = nearest(upper.size(), upperLinked, [&](std::size_t k) { return distance(i, k); });
-        if (j >= 0 && nearest(lower.size(), lowerLinked, [&](std::size_t k) { return distance(k, std::size_t(j)); }) == int(i))
+        if (j >= 0 &&
+            nearest(lower.size(), lowerLinked, [&](std::size_t k) { return distance(k, std::size_t(j)); }) == int(i))
             found.push_back({int(i), j});
     }
     links.insert(links.end(), found.begin(), found.end());

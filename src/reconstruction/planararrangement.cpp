@@ -93,7 +93,8 @@ void cutAll(std::vector<Segment>& segments, double tolerance) {
         std::erase_if(active, [&](std::size_t j) { return segments[j].high() < s.low() - tolerance; });
         const double left = std::min(s.a.x, s.b.x) - tolerance, right = std::max(s.a.x, s.b.x) + tolerance;
         for (const std::size_t j : active)
-            if (std::max(segments[j].a.x, segments[j].b.x) >= left && std::min(segments[j].a.x, segments[j].b.x) <= right)
+            if (std::max(segments[j].a.x, segments[j].b.x) >= left &&
+                std::min(segments[j].a.x, segments[j].b.x) <= right)
                 cutEachOther(s, segments[j], tolerance);
         active.push_back(i);
     }

@@ -25,8 +25,7 @@ void markSegment(double r1, double c1, double r2, double c2, int rows, int colum
         const int row = int(std::floor(r1 + share * dr)), column = int(std::floor(c1 + share * dc));
         for (int r = std::max(row, 0); r <= std::min(row + 1, rows - 1); ++r)
             for (int c = std::max(column, 0); c <= std::min(column + 1, columns - 1); ++c) {
-                const double along =
-                    square > 0 ? std::clamp(((r - r1) * dr + (c - c1) * dc) / square, 0.0, 1.0) : 0.0;
+                const double along = square > 0 ? std::clamp(((r - r1) * dr + (c - c1) * dc) / square, 0.0, 1.0) : 0.0;
                 const double pr = r1 + along * dr, pc = c1 + along * dc;
                 const auto distance = float((pr - r) * (pr - r) + (pc - c) * (pc - c));
                 const std::size_t node = std::size_t(r) * std::size_t(columns) + std::size_t(c);
@@ -116,7 +115,8 @@ void SectionField::findSigns(const SectionPart& part, const SectionLattice& latt
                 const double crossing = cp + (row - rp) / (rq - rp) * (cq - cp);
                 const int from = std::max(int(std::floor(crossing)) + 1, __block.firstColumn);
                 if (from <= __block.lastColumn)
-                    inside[std::size_t(row - __block.firstRow) * columns + std::size_t(from - __block.firstColumn)] ^= 1;
+                    inside[std::size_t(row - __block.firstRow) * columns + std::size_t(from - __block.firstColumn)] ^=
+                        1;
             }
         }
     for (std::size_t start = 0; start < inside.size(); start += columns)

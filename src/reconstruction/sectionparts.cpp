@@ -147,9 +147,8 @@ void SectionParts::nest(std::vector<SectionRing> rings) {
     std::erase_if(rings, [](const SectionRing& ring) {
         return !(std::fabs(ring.area) > areaTolerance * ring.length * ring.length);
     });
-    std::stable_sort(rings.begin(), rings.end(), [](const SectionRing& a, const SectionRing& b) {
-        return std::fabs(a.area) > std::fabs(b.area);
-    });
+    std::stable_sort(rings.begin(), rings.end(),
+                     [](const SectionRing& a, const SectionRing& b) { return std::fabs(a.area) > std::fabs(b.area); });
     __parts.clear();
     std::vector<int> depths(rings.size(), 0);
     std::vector<std::size_t> partOf(rings.size(), 0);

@@ -2,15 +2,10 @@
 
 #include <vector>
 
+#include "numerics/planepoint.h"
 #include "shapes/vertices.h"
 
 namespace vorlen {
-
-/// A point on a section, in world coordinates.
-struct PlanePoint {
-    double x = 0;
-    double y = 0;
-};
 
 /// A closed outline on a section: at least three points, no two successive ones at one place, the last of which joins
 /// the first. What it bounds lies to its left, seen against the axis Z with X to the right and Y up.

@@ -170,8 +170,8 @@ std::optional<SelfContact> contactOf(const EdgeLine& line, int i, int j) {
     const auto meet = [&](bool lies, const PlanePoint& from, const PlanePoint& to, const PlanePoint& p) {
         if (!lies || !isBetween(from, to, p))
             return;
-        const bool isJoint = areNeighbours && ((line.next(i) == j && p == b && p == c) ||
-                                               (line.next(j) == i && p == d && p == a));
+        const bool isJoint =
+            areNeighbours && ((line.next(i) == j && p == b && p == c) || (line.next(j) == i && p == d && p == a));
         if (!isJoint && (!touch || !touch->crosses))
             touch = line.contact(i, j, !areNeighbours && crossesAt(line, i, j, p), p.x, p.y);
     };
@@ -274,8 +274,8 @@ public:
                 if (auto crossing = compareLeaves(one - __firstLeaf, other - __firstLeaf))
                     return crossing;
             } else if (one == other) {
-                open.insert(open.end(), {{2 * one + 1, 2 * one + 1}, {2 * one + 2, 2 * one + 2},
-                                         {2 * one + 1, 2 * one + 2}});
+                open.insert(open.end(),
+                            {{2 * one + 1, 2 * one + 1}, {2 * one + 2, 2 * one + 2}, {2 * one + 1, 2 * one + 2}});
             } else { // both on one level
                 for (const std::size_t i : {2 * one + 1, 2 * one + 2})
                     for (const std::size_t j : {2 * other + 1, 2 * other + 2})
@@ -304,7 +304,8 @@ private:
 
     std::optional<SelfContact> compareLeaves(std::size_t one, std::size_t other) const {
         const int n = __line.numEdges();
-        const int firstEnd = std::min(n, int((one + 1) * leafSize)), secondEnd = std::min(n, int((other + 1) * leafSize));
+        const int firstEnd = std::min(n, int((one + 1) * leafSize)),
+                  secondEnd = std::min(n, int((other + 1) * leafSize));
         for (int i = int(one * leafSize); i < firstEnd; ++i)
             for (int j = std::max(i + 1, int(other * leafSize)); j < secondEnd; ++j)
                 if (auto contact = contactOf(__line, i, j); contact && contact->crosses)

@@ -15,9 +15,9 @@ struct SelfContact {
 };
 
 /// Looks for a contact of the polyline, or polygon when closed, through n vertices with these coordinates, x and y of
-/// one after the other: a crossing if there is one, else a touch; nothing for a simple line, and for fewer than 2 edges.
-/// Vertices that stand on the one before them count once. Exact for whole coordinates of less than 2^30, and for others
-/// within the rounding of long double.
+/// one after the other: a crossing if there is one, else a touch; nothing for a simple line, and for fewer than 2
+/// edges. Vertices that stand on the one before them count once. Exact for whole coordinates of less than 2^30, and for
+/// others within the rounding of long double.
 ///
 /// A line without contact is told by a sweep over its sorted vertices (Shamos and Hoey, Geometric intersection
 /// problems, 1976) in n log n steps. A line that only touches itself is searched for crossings in a tree of boxes of

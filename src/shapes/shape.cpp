@@ -7,7 +7,7 @@
 #include <type_traits>
 
 #include "files/fileinfo.h"
-#include "files/safefile.h"
+#include "files/safestream.h"
 #include "numerics/exception.h"
 #include "shapes/boundingbox.h"
 #include "shapes/curve.h"
@@ -45,9 +45,7 @@ std::vector<Vector<unsigned int>> locatorsOf(const Shape<T>& shape) {
 template <class Write>
 void saveText(const std::string& file, const std::string& where, Write write) {
     try {
-        std::ostringstream stream;
-        write(stream);
-        if (!SafeFile::save(file, std::move(stream).str())) {
+        if (!saveStreamed(file, write)) {
             std::ostringstream closed;
             closed.setstate(std::ios::badbit);
             write(closed);

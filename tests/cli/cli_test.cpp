@@ -314,6 +314,116 @@ TEST(CommandLine, problemsInADocumentGiveStatusOne) {
     EXPECT_EQ(cli(folder, "measure bad.sdf").status, 1);
 }
 
+TEST(CommandLine, checkTellsCodesPlacesAndSeverities) {
+    const TemporaryFolder folder;
+    folder.write("bad.sdf", "FileFormatVersion 1.03;\nSTACK \"x\";\nPIXWIDTH 1;\nRELPOSITION 1;\nNONSENSE 1;\n"
+                            "SLICE \"s\" \"missing.tif\";\nSliceSize1 20;\nSliceSize2 20;\nMODEL \"m\";\n"
+                            "MODELITEM \"m\" \"s\";\nMODELITEMDATA 1,1 9,9 9,1 1,9;\nMODEL \"empty\";\n");
+    const QJsonObject file = cliJson(folder, "check bad.sdf")[0].toObject();
+    EXPECT_EQ(file["errors"].toInt(), 1);
+    EXPECT_EQ(file["warnings"].toInt(), 2);
+    EXPECT_EQ(file["notes"].toInt(), 1);
+    const QJsonArray problems = file["problems"].toArray();
+    ASSERT_EQ(problems.size(), 4);
+    const QJsonObject crossing = problems[2].toObject();
+    EXPECT_EQ(crossing["code"].toString(), "outline-crossing");
+    EXPECT_EQ(crossing["severity"].toString(), "warning");
+    EXPECT_EQ(crossing["file"].toString(), "bad.sdf");
+    EXPECT_EQ(crossing["line"].toInt(), 10);
+    EXPECT_EQ(crossing["slice"].toString(), "s");
+    EXPECT_EQ(crossing["model"].toString(), "m");
+    EXPECT_TRUE(problems[0].toObject()["slice"].isNull());
+    const Outcome text = cli(folder, "check bad.sdf");
+    EXPECT_EQ(text.status, 1);
+    EXPECT_NE(text.output.find("bad.sdf:10: warning: The polygon crosses itself at (5, 5), behind vertices 1 and 3. "
+                               "(model \"m\", slice \"s\") [outline-crossing]\n"),
+              std::string::npos)
+        << text.output;
+    const Outcome csv = cli(folder, "check --format csv bad.sdf");
+    EXPECT_NE(csv.output.find("\nbad.sdf,true,2,10,s,m,warning,outline-crossing,,"), std::string::npos) << csv.output;
+
+    // Notes alone are no problem.
+    folder.write("note.sdf", "FileFormatVersion 1.03;\nRELPOSITION 1;\nSLICE \"a\" 1 1;\nMODEL \"m\";\n");
+    const Outcome note = cli(folder, "check note.sdf");
+    EXPECT_EQ(note.status, 0);
+    EXPECT_NE(note.output.find("note.sdf: no problems, 2 notes\n"), std::string::npos) << note.output;
+}
+
+TEST(CommandLine, checkMendsAFileAndKeepsItAsItWas) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.file("new"));
+    Image image(20, 20, 8);
+    image.clear();
+    ImageWriter().write(image, folder.file("new/moved.tif"), true);
+    const std::string old = "FileFormatVersion 1.03;\nPIXWIDTH 1;\nRELPOSITION 1;\nSLICE \"s\" \"moved.tif\";\n"
+                            "SliceSize1 20;\nSliceSize2 20;\nMODEL \"m\";\nMODELITEM \"m\" \"s\";\n"
+                            "MODELITEMDATA 1,1 9,1 9,1 9,9;\nFUTURE 7;\n";
+    folder.write("s.sdf", old);
+    EXPECT_EQ(cli(folder, "check --images new s.sdf").status, 2);
+    const QJsonObject mended = cliJson(folder, "check --fix --images new s.sdf")[0].toObject();
+    ASSERT_EQ(mended["fixed"].toArray().size(), 2);
+    EXPECT_EQ(mended["fixed"].toArray()[0].toObject()["code"].toString(), "image-missing");
+    EXPECT_EQ(mended["fixed"].toArray()[1].toObject()["code"].toString(), "vertices-doubled");
+    ASSERT_EQ(mended["problems"].toArray().size(), 1);
+    EXPECT_EQ(mended["problems"].toArray()[0].toObject()["code"].toString(), "unknown-keyword");
+    EXPECT_EQ(mended["backup"].toString(), "s.sdf~1");
+    EXPECT_EQ(folder.read("s.sdf~1"), old);
+    EXPECT_NE(folder.read("s.sdf").find(" 1,1 9,1 9,9;"), std::string::npos);
+    EXPECT_NE(folder.read("s.sdf").find("FUTURE 7;"), std::string::npos);
+
+    // Nothing more to mend: nothing is written.
+    const std::string good = folder.read("s.sdf");
+    EXPECT_EQ(cli(folder, "check --fix s.sdf").status, 1);
+    EXPECT_FALSE(std::filesystem::exists(folder.file("s.sdf~2")));
+    EXPECT_EQ(folder.read("s.sdf"), good);
+
+    // What was cut off is not made to look whole, and an image of another size is not taken.
+    folder.write("cut.sdf", old.substr(0, old.size() - 3));
+    const Outcome cut = cli(folder, "check --fix cut.sdf");
+    EXPECT_EQ(cut.status, 1);
+    EXPECT_NE(cut.output.find("not mended"), std::string::npos) << cut.output;
+    EXPECT_EQ(folder.read("cut.sdf"), old.substr(0, old.size() - 3));
+}
+
+TEST(CommandLine, theTableOfCodesIsThatOfTheGuide) {
+    const TemporaryFolder folder;
+    std::string page = shell(folder.path(), "cat '" VORLEN_SOURCES "/docs/checking.md'").output;
+    std::string table = "| Code | Severity | `--fix` | Meaning |\n|---|---|---|---|\n";
+    for (const QJsonValue& value : cliJson(folder, "check --codes")) {
+        const QJsonObject code = value.toObject();
+        table += "| `" + code["code"].toString().toStdString() + "` | " + code["severity"].toString().toStdString() +
+                 " | " + (code["fixable"].toBool() ? "yes" : "") + " | " + code["meaning"].toString().toStdString() +
+                 " |\n";
+    }
+    EXPECT_NE(page.find(table), std::string::npos) << table;
+    EXPECT_EQ(cli(folder, "check --codes").status, 0);
+    EXPECT_EQ(cli(folder, "check").status, 2);
+}
+
+// Without its image a slice lies where it lay as long as its size is known, and nowhere else.
+TEST_F(CommandLineTest, aMissingImageIsMeasuredByTheSizeInTheFileOrNotAtAll) {
+    const QJsonArray whole = cliJson(*sample, "measure sample.sdf")[0].toObject()["models"].toArray();
+    const TemporaryFolder folder;
+    std::string text = sample->read("sample.sdf");
+    folder.write("sized.sdf", text);
+    for (std::size_t at = text.find("SliceSize"); at != std::string::npos; at = text.find("SliceSize"))
+        text.erase(at, text.find('\n', at) - at + 1);
+    folder.write("unsized.sdf", text);
+    EXPECT_EQ(cliJson(folder, "measure sized.sdf")[0].toObject()["models"].toArray(), whole);
+    EXPECT_TRUE(cliJson(folder, "measure unsized.sdf").isEmpty());
+    const Outcome sized = cli(folder, "measure sized.sdf");
+    EXPECT_EQ(sized.status, 1);
+    EXPECT_NE(sized.output.find("the size that the file gives stands for it, 512 x 512"), std::string::npos);
+    for (const char* command : {"measure unsized.sdf", "export -o out unsized.sdf", "normalize -o out sized.sdf unsized.sdf"}) {
+        const Outcome refused = cli(folder, command);
+        EXPECT_EQ(refused.status, 1) << command;
+        EXPECT_NE(refused.output.find("does not give its size"), std::string::npos) << refused.output;
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder.file("out/Sample-Nucleus.stl")));
+    const QJsonObject slice = cliJson(folder, "info sized.sdf")[0].toObject()["slices"].toArray()[0].toObject();
+    EXPECT_EQ(slice["width"].toInt(), 512);
+}
+
 TEST(CommandLine, wrongUsageGivesStatusTwoAndMissingFilesThree) {
     const TemporaryFolder folder;
     folder.write("a.sdf", "FileFormatVersion 1.03;\n");

@@ -449,6 +449,8 @@ TEST(StackReader, aMissingImageIsFatalAndLeavesASliceThatTakesItsStatements) {
     EXPECT_EQ(read.reader.getNumFatalErrors(), 2);
     ASSERT_EQ(read.stack.getNumSlices(), 1);
     EXPECT_TRUE(read.stack.getSlice(0).isEmpty());
+    ASSERT_TRUE(read.stack.getSlice(0).hasImageSource());
+    EXPECT_EQ(read.stack.getSlice(0).getImageSource().getName(), folder.file("none.tif"));
     EXPECT_EQ(read.stack.getSlice(0).getName(), "a");
     EXPECT_EQ(read.stack.getSlice(0).getRegistration().getHorShift(), 4);
     EXPECT_FLOAT_EQ(read.stack.getSlice(0).getPixelCalibration().getPixelWidth(), 2);

@@ -131,22 +131,6 @@ TEST(ImageFile, readsEveryCompressionAndStripLayoutThatLibtiffDecodes) {
                 }
 }
 
-TEST(ImageFile, resolutionGivesThePixelSizeAndItsAbsenceTheDefault) {
-    const TemporaryFolder folder;
-    TiffRecipe recipe;
-    recipe.resolution = 300;
-    TestImages::writeTiff(folder.file("r.tif"), recipe);
-    ImageHeader header;
-    ImageReader().read(header, folder.file("r.tif"));
-    EXPECT_FLOAT_EQ(header.getPixelCalibration().getPixelWidth(), 1.0f / 300);
-    EXPECT_FLOAT_EQ(header.getPixelCalibration().getPixelHeight(), 1.0f / 300);
-    recipe.resolution = 0;
-    TestImages::writeTiff(folder.file("r.tif"), recipe);
-    ImageReader().read(header, folder.file("r.tif"));
-    EXPECT_TRUE(header.getPixelCalibration() == PixelCalibration());
-    EXPECT_TRUE(header.getPixelCalibration().isDefaultPixelWidth());
-}
-
 TEST(ImageFile, highBytesOfAPaletteAreTaken) {
     const TemporaryFolder folder;
     TiffRecipe recipe;
@@ -202,33 +186,6 @@ TEST(ImageFile, whatIsNoImageFileIsToldApartFromWhatCannotBeOpened) {
     // Both magics pass the test of the format, and the rest of the file is then missing.
     for (const std::string bytes : {"II*x", "MMx*"})
         EXPECT_THROW(Image().readFile(folder.write("y.tif", bytes)), FileReadError);
-}
-
-TEST(ImageFile, refusesBitsSamplesAndPlanesThatItCannotHold) {
-    const TemporaryFolder folder;
-    const std::string header = "void ImageReader::readTiffHeader(ImageHeader&, TIFF*)";
-    const std::string file = folder.file("a.tif");
-    TiffRecipe recipe;
-    recipe.bits = 1;
-    TestImages::writeTiff(file, recipe);
-    expectReadError<FileFormatError>(file, header, "Cannot read TIFF with 1 bits per sample");
-    recipe.bits = 8;
-    recipe.samples = 2;
-    TestImages::writeTiff(file, recipe);
-    expectReadError<FileFormatError>(file, header, "Cannot read TIFF with 2 samples per pixel");
-    recipe.samples = 3;
-    recipe.photometric = PHOTOMETRIC_RGB;
-    recipe.planar = PLANARCONFIG_SEPARATE;
-    TestImages::writeTiff(file, recipe);
-    expectReadError<FileFormatError>(file, "void Image::readTiffPixels(Image&, TIFF*)",
-                                     "Cannot read TIFF with separate planes");
-    recipe.planar = PLANARCONFIG_CONTIG;
-    recipe.bits = 16;
-    TestImages::writeTiff(file, recipe);
-    ImageHeader wide;
-    ImageReader().read(wide, file);
-    EXPECT_EQ(wide.getDepth(), 48);
-    EXPECT_THROW(Image().readFile(file), DepthError);
 }
 
 TEST(ImageFile, headerThatPromisesMoreThanTheFileHoldsIsRefusedBeforeAnythingIsAllocated) {

@@ -210,10 +210,10 @@ TEST_F(ImageSources, tileThatChangedOnDiskSinceIsAnError) {
     EXPECT_EQ(image.getData(), nullptr);
 }
 
-TEST_F(ImageSources, planeOfAVolumeIsReadAsTruncatedBytes) {
+TEST_F(ImageSources, planeOfAVolumeHasItsValues) {
     VoxelMatrix<float> volume(2, 3, 2);
-    volume.fill(9.9f);
-    volume(1, 2, 1) = 77.5f;
+    volume.fill(-9.9f);
+    volume(1, 2, 1) = 300.5f;
     volume.save(folder.file("v.vm"), false);
     ImageSourceVoxelMatrixPlane source;
     EXPECT_EQ(source.getPlane(), -1);
@@ -230,10 +230,15 @@ TEST_F(ImageSources, planeOfAVolumeIsReadAsTruncatedBytes) {
     Image image;
     testing::internal::CaptureStdout();
     ImageReader().read(image, *clone);
-    EXPECT_EQ(testing::internal::GetCapturedStdout().substr(0, 30), "image read from voxel matrix:\n");
-    EXPECT_EQ(image.getDepth(), 8);
-    EXPECT_EQ(image.getPixels()[0][0], 9);
-    EXPECT_EQ(image.getPixels()[1][2], 77);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    ASSERT_TRUE(image.isReal());
+    EXPECT_EQ(image.realRow(0)[0], -9.9f);
+    EXPECT_EQ(image.realRow(1)[2], 300.5f);
+    const PixelStatistics statistics = ImageReader().measure(*clone);
+    EXPECT_EQ(statistics.values, "float32");
+    ASSERT_EQ(statistics.channels.size(), 1u);
+    EXPECT_EQ(statistics.channels[0].max, 300.5);
+    EXPECT_NEAR(statistics.channels[0].mean(), (300.5 - 5 * 9.9) / 6, 1e-6);
     source.setPlane(2);
     EXPECT_THROW(ImageReader().read(image, source), RangeError);
     EXPECT_THROW(source.setVoxelMatrixFilename(folder.file("missing.vm")), FileReadError);
@@ -265,7 +270,7 @@ TEST_F(ImageSources, planeIsReadAloneInBothLayoutsAsFarAsTheFileGoesAndUntilCanc
             reader.read(image, source);
             for (int i = 0; i < 4; ++i)
                 for (int j = 0; j < 6; ++j)
-                    EXPECT_EQ(image.getPixels()[i][j], i < numRows ? 60 * plane + 10 * i + j : 0) << name;
+                    EXPECT_EQ(image.realRow(i)[j], i < numRows ? 60 * plane + 10 * i + j : 0) << name;
         };
         ImageReader reader;
         for (int k = 0; k < 3; ++k)
@@ -278,6 +283,33 @@ TEST_F(ImageSources, planeIsReadAloneInBothLayoutsAsFarAsTheFileGoesAndUntilCanc
         EXPECT_EQ(canceller.heard, (std::vector<std::string>{"started ", "1/4", "canceled "}));
     }
     testing::internal::GetCapturedStdout();
+}
+
+// A volume of any type of element, in the form with a tag.
+TEST_F(ImageSources, planesOfVolumesOfEveryTypeAreRead) {
+    const auto expectValue = [this](auto type, const std::string& values, double value) {
+        using T = decltype(type);
+        VoxelMatrix<T> volume(2, 3, 2);
+        volume.setZeros();
+        volume(1, 2, 1) = static_cast<T>(value);
+        volume.save(folder.file("v.vm"), true);
+        ImageSourceVoxelMatrixPlane source;
+        source.setVoxelMatrixFilename(folder.file("v.vm"));
+        source.setPlane(1);
+        Image image;
+        ImageReader().read(image, source);
+        ASSERT_TRUE(image.isReal()) << values;
+        EXPECT_EQ(image.realRow(1)[2], static_cast<float>(value)) << values;
+        EXPECT_EQ(image.realRow(1)[1], 0) << values;
+        EXPECT_EQ(source.getValueType(), values);
+    };
+    expectValue(static_cast<unsigned char>(0), "uint8", 250);
+    expectValue(static_cast<unsigned short>(0), "uint16", 60000);
+    expectValue(0, "int32", -70000);
+    expectValue(0u, "uint32", 70000);
+    expectValue(0.0f, "float32", -1.5);
+    expectValue(0.0, "float64", 1e30);
+    expectValue(0.0L, "float80", 1e30);
 }
 
 TEST_F(ImageSources, imageMosaicLoadsItsItemsFromTheirFolders) {

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include "images/filters/resizexform.h"
 #include "images/rasters/colormap.h"
 #include "images/rasters/image.h"
+#include "images/rasters/pixelmatrix.h"
 #include "images/volumes/volumeresize.h"
 #include "numerics/exception.h"
 #include "support/volumes.h"
@@ -305,9 +307,21 @@ TEST(ResizeXForm, halvesEveryChannelAndExpandsAColormapThatIsNotTheIdentity) {
     gray.setGrayscale(20); // a ramp in steps of 13.4
     resizer.halve(target, gray);
     EXPECT_EQ(target.getDepth(), 24);
-    Image deep(4, 4, 16);
+    Image deep(5, 2, 16);
+    for (std::size_t k = 0; k < 10; ++k) {
+        const auto word = static_cast<unsigned short>(6000 * k);
+        std::memcpy(deep.getData() + 2 * k, &word, 2);
+    }
     resizer.halve(target, deep);
-    EXPECT_EQ(target.getDepth(), 24); // depth 16 is left alone
+    ASSERT_EQ(target.getDepth(), 16);
+    EXPECT_EQ(PixelMatrix<int>(target)[0][1], 6000 * (2 + 3 + 7 + 8) / 4);
+    Image real;
+    real.initReal(2, 2);
+    for (int k = 0; k < 4; ++k)
+        real.realRow(0)[k] = -0.5f * float(k);
+    resizer.halve(target, real);
+    ASSERT_TRUE(target.isReal());
+    EXPECT_EQ(target.realRow(0)[0], -0.75f);
 }
 
 } // namespace vorlen

@@ -22,7 +22,8 @@ Outline ellipse(double x, double y, double a, double b, double angle = 0, int n 
     Outline points;
     for (int k = 0; k < n; ++k) {
         const double u = a * std::cos(2 * pi * k / n), v = b * std::sin(2 * pi * k / n);
-        points.push_back({x + u * std::cos(angle) - v * std::sin(angle), y + u * std::sin(angle) + v * std::cos(angle)});
+        points.push_back(
+            {x + u * std::cos(angle) - v * std::sin(angle), y + u * std::sin(angle) + v * std::cos(angle)});
     }
     return points;
 }

@@ -241,10 +241,11 @@ void StackJournal::write(const std::shared_ptr<JournalWriter>& writer, const std
 /// On the thread that can wait.
 void StackJournal::work(const std::shared_ptr<JournalWriter>& writer, bool flushes) {
     __writers.start([writer, tell = __tellProblem, flushes] {
-        const auto problem = writer->write(true);
-        if (!problem)
-            return;
-        tell(flushes && problem->isEmpty() ? writer->flush() : *problem);
+        try {
+            const QString problem = *writer->write(true);
+            tell(flushes && problem.isEmpty() ? writer->flush() : problem);
+        } catch (const std::exception&) { // of a lack of memory; what is in line is tried again
+        }
     });
 }
 

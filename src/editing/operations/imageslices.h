@@ -33,6 +33,8 @@ struct ImageSlices {
     std::optional<float> spacing;
     /// The channels of the first file that has several, by name or number.
     std::vector<std::string> channels;
+    /// Whether these have no colour of their own, so that a slice shows one of them.
+    bool hasSeparateChannels = false;
     /// What the user should know, in sentences that begin with a file's name.
     std::vector<std::string> notes;
     std::vector<UnreadableImage> unreadable;

@@ -6,7 +6,13 @@
 #include <system_error>
 
 #include "files/fileinfo.h"
+#include "images/files/bmpimagefile.h"
 #include "images/files/imgimagefile.h"
+#include "images/files/jpegimagefile.h"
+#include "images/files/mrcimagefile.h"
+#include "images/files/niftiimagefile.h"
+#include "images/files/nrrdimagefile.h"
+#include "images/files/pngimagefile.h"
 #include "images/files/tiffimagefile.h"
 #include "numerics/exception.h"
 
@@ -46,6 +52,21 @@ std::unique_ptr<ImageFile> ImageFile::open(const std::string& filename) {
     const std::string suffix = FileInfo::suffixName(filename);
     if (isTiff(magic))
         return std::make_unique<TiffImageFile>(filename);
+    if (magic.startsWith("\x89PNG\r\n\x1a\n", 8))
+        return std::make_unique<PngImageFile>(filename);
+    if (magic.startsWith("\xff\xd8\xff", 3))
+        return std::make_unique<JpegImageFile>(filename);
+    if (magic.startsWith("BM", 2) && magic.startsWith("\0\0\0\0", 4, 6))
+        return std::make_unique<BmpImageFile>(filename);
+    if (magic.startsWith("NRRD000", 7))
+        return std::make_unique<NrrdImageFile>(filename);
+    if (magic.startsWith("MAP", 3, 208) && (magic.bytes[211] == ' ' || magic.bytes[211] == '\0'))
+        return std::make_unique<MrcImageFile>(filename);
+    const bool mayBeNifti = magic.startsWith("\x1f\x8b", 2) || magic.startsWith("n+", 2, 344) ||
+                            magic.startsWith("ni", 2, 344) || magic.startsWith("n+2", 3, 4) ||
+                            magic.startsWith("ni2", 3, 4);
+    if (mayBeNifti && NiftiImageFile::isNifti(filename))
+        return std::make_unique<NiftiImageFile>(filename);
     if (magic.startsWith("0000", 4) && (suffix == "img" || suffix == "IMG"))
         return std::make_unique<ImgImageFile>(filename);
     throw FileFormatError("void ImageReader::readHeader(ImageHeader&,const string&) const",

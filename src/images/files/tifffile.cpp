@@ -56,7 +56,7 @@ TiffFile::TiffFile(const std::string& filename) {
         return;
     std::error_code error;
     const std::uintmax_t length = std::filesystem::file_size(filename, error);
-    const std::uintmax_t floor = std::uintmax_t(64) << 20;
+    const std::uintmax_t floor = std::uintmax_t(300) << 20; // a picture that is believed in one strip, and some more
     const std::uintmax_t limit = error ? floor : floor + 64 * length;
     TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(limit));
     // Without mapping ("m"): a file that another program cuts while it is read would end this one.
@@ -66,11 +66,11 @@ TiffFile::TiffFile(const std::string& filename) {
         TIFFSetClientInfo(__tiff, &__firstError, CLIENT_NAME);
 }
 
-TiffFile::TiffFile(int descriptor, const std::string& filename) {
+TiffFile::TiffFile(int descriptor, const std::string& filename, bool big) {
     const int duplicate = ::dup(descriptor);
     TIFFOpenOptions* options = makeOptions();
     if (options != nullptr) {
-        __tiff = TIFFFdOpenExt(duplicate, filename.c_str(), "w", options);
+        __tiff = TIFFFdOpenExt(duplicate, filename.c_str(), big ? "w8" : "w", options);
         TIFFOpenOptionsFree(options);
     }
     if (__tiff != nullptr)

@@ -13,8 +13,8 @@ public:
     /// Opens a file for reading; isOpen() tells whether that succeeded. No single allocation of libtiff may exceed
     /// what a file of this length can ask for.
     explicit TiffFile(const std::string& filename);
-    /// Writes a new TIFF file through a duplicate of the descriptor, that of an empty file.
-    TiffFile(int descriptor, const std::string& filename);
+    /// Writes a new TIFF file, or BigTIFF file, through a duplicate of the descriptor, that of an empty file.
+    TiffFile(int descriptor, const std::string& filename, bool big = false);
     ~TiffFile();
     TiffFile(const TiffFile&) = delete;
     TiffFile& operator=(const TiffFile&) = delete;

@@ -1,7 +1,12 @@
 #include "images/files/tiffimagefile.h"
 
 #include <algorithm>
+#include <array>
+#include <list>
+#include <mutex>
+#include <optional>
 #include <set>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -25,6 +30,52 @@ std::string descriptionOf(TIFF* tiff) {
 std::uint64_t lengthOf(TIFF* tiff) {
     struct stat status;
     return ::fstat(TIFFFileno(tiff), &status) == 0 ? std::uint64_t(status.st_size) : 0;
+}
+
+/// Where the pages of the files that were opened last are, so that a stack of a thousand pages, which opens its file for
+/// each of them, does not walk along the chain of directories as often. A file is known by what the system says of it.
+class PageLists {
+public:
+    struct List {
+        std::vector<std::uint64_t> directories;
+        int numContiguous = 1;
+    };
+
+    std::optional<List> find(TIFF* tiff) {
+        const Key key = keyOf(tiff);
+        const std::lock_guard<std::mutex> lock(__mutex);
+        for (const auto& [known, list] : __lists)
+            if (known == key)
+                return list;
+        return std::nullopt;
+    }
+
+    void keep(TIFF* tiff, const List& list) {
+        const Key key = keyOf(tiff);
+        const std::lock_guard<std::mutex> lock(__mutex);
+        __lists.emplace_front(key, list);
+        if (__lists.size() > 8)
+            __lists.pop_back();
+    }
+
+private:
+    using Key = std::array<std::int64_t, 5>;
+
+    static Key keyOf(TIFF* tiff) {
+        struct stat status {};
+        if (::fstat(TIFFFileno(tiff), &status) != 0)
+            return {-1};
+        return {std::int64_t(status.st_dev), std::int64_t(status.st_ino), std::int64_t(status.st_size),
+                std::int64_t(status.st_mtim.tv_sec), std::int64_t(status.st_mtim.tv_nsec)};
+    }
+
+    std::mutex __mutex;
+    std::list<std::pair<Key, List>> __lists;
+};
+
+PageLists& pageLists() {
+    static PageLists lists;
+    return lists;
 }
 
 } // namespace
@@ -54,8 +105,8 @@ void TiffImageFile::read(int i, SampleSink& sink) {
         __picture->read(sink);
         return;
     }
-    const std::uint64_t planeLength = TIFFStripSize64(__tiff->get()) == 0 ? 0 : TIFFScanlineSize64(__tiff->get()) *
-                                                                                    std::uint64_t(__picture->height);
+    const std::uint64_t planeLength =
+        TIFFStripSize64(__tiff->get()) == 0 ? 0 : TIFFScanlineSize64(__tiff->get()) * std::uint64_t(__picture->height);
     __picture->readContiguous(TIFFGetStrileOffset(__tiff->get(), 0) + std::uint64_t(i) * planeLength, sink);
 }
 
@@ -91,7 +142,15 @@ void TiffImageFile::findPages() {
     if (!__directories.empty())
         return;
     __picture.reset();
+    __selected = -1;
     TIFF* const tiff = __tiff->get();
+    if (const auto known = pageLists().find(tiff)) {
+        __directories = known->directories;
+        __numContiguous = known->numContiguous;
+        if (__numContiguous > 1)
+            select(0);
+        return;
+    }
     const int planes = numContiguousPlanes();
     std::set<std::uint64_t> seen;
     std::vector<std::uint64_t> smaller;
@@ -110,8 +169,8 @@ void TiffImageFile::findPages() {
     if (__directories.empty())
         throw FileReadError("void ImageReader::readHeader(ImageHeader&,const string&)",
                             "Cannot read TIFF directory" + __tiff->reason(), getFilename());
-    __selected = -1;
     __numContiguous = planes;
+    pageLists().keep(tiff, {__directories, planes});
     if (planes > 1)
         select(0);
 }

@@ -54,9 +54,8 @@ public:
     template <class R, class Value, class Join>
     R reduce(int count, R first, Value value, Join join) {
         std::vector<R> values(static_cast<std::size_t>(count), first);
-        run(count, 0, [&](int number, int worker) {
-            values[static_cast<std::size_t>(number)] = value(number, worker);
-        });
+        run(count, 0,
+            [&](int number, int worker) { values[static_cast<std::size_t>(number)] = value(number, worker); });
         for (const R& each : values)
             first = join(first, each);
         return first;

@@ -55,11 +55,6 @@ std::optional<GreyScale> GreyScaleFinder::find() const {
     GreyScale scale;
     scale.low = percentile(0.01);
     scale.high = percentile(0.998);
-    if (scale.low == scale.high) { // nothing but a ground, or few pixels of another value
-        const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
-        scale.low = *least;
-        scale.high = std::max(*greatest, *least + 1);
-    }
     scale.white = __greatest > 0 ? __greatest : 1;
     if (!__isWhole && __greatest <= 1)
         scale.white = 1;
@@ -67,6 +62,12 @@ std::optional<GreyScale> GreyScaleFinder::find() const {
         for (const float white : {65535.0f, 16383.0f, 4095.0f, 1023.0f, 255.0f})
             if (__greatest <= white)
                 scale.white = white;
+    if (scale.low == scale.high) { // few pixels of another value than the ground, or none: a blank image is not black
+        const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
+        const bool blank = *least == *greatest;
+        scale.low = blank ? std::min(*least, 0.0f) : *least;
+        scale.high = blank ? std::max(scale.white, scale.low + 1) : *greatest;
+    }
     return scale;
 }
 

@@ -12,8 +12,7 @@ constexpr int noMark = -1;
 
 } // namespace
 
-DistanceTransform::DistanceTransform(double rowStep, double columnStep)
-    : __rowStep(rowStep), __columnStep(columnStep) {
+DistanceTransform::DistanceTransform(double rowStep, double columnStep) : __rowStep(rowStep), __columnStep(columnStep) {
 }
 
 void DistanceTransform::run(int rows, int columns, const std::vector<unsigned char>& marks) {

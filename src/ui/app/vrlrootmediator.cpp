@@ -21,6 +21,7 @@
 #include "editing/bus/vrlstackevent.h"
 #include "editing/history/stepwatch.h"
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/lostimages.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
@@ -95,6 +96,9 @@ void VRLRootMediator::bindEditCommands() {
     __commands.bind("models.edit", [this] { runStackModelsDialog(); }).enableWhen(stack);
     __commands.bind("slice.insert", [this] { insertSlice(); }).enableWhen(stack);
     __commands.bind("slice.delete", [this] { deleteSlice(); }).enableWhen(slice);
+    __commands.bind("stack.findImages", [this] { findImages(); }).enableWhen([this] {
+        return __stack != nullptr && numLostImages(*__stack) > 0;
+    });
     __commands.bind("stack.properties", [this] { runStackPropertiesDialog(); }).enableWhen(stack);
     __commands.bind("slice.properties", [this] { runSlicePropertiesDialog(); }).enableWhen(slice);
     __commands.bind("stack.annotate", [this] { runStackAnnotationDialog(); }).enableWhen(stack);
@@ -395,9 +399,10 @@ void VRLRootMediator::undo() {
         history.undo(); // the action lives on, to be redone
         setSlice(drawing->getSlice());
         __sliceWidget->getMediator().resumeDrawing(drawing->getModel(), drawing->getVertices());
-        __statusBar->setMessage(QString("Brought back: the drawing (model \"%1\", slice \"%2\"). Draw on, or press Escape.")
-                                    .arg(QString::fromStdString(drawing->getModel().getName()),
-                                         QString::fromStdString(drawing->getSlice().getName())));
+        __statusBar->setMessage(
+            QString("Brought back: the drawing (model \"%1\", slice \"%2\"). Draw on, or press Escape.")
+                .arg(QString::fromStdString(drawing->getModel().getName()),
+                     QString::fromStdString(drawing->getSlice().getName())));
         return;
     }
     const QString what = history.getUndoDescription(false);
@@ -456,6 +461,14 @@ void VRLRootMediator::insertSlice() {
             io.insertSlice(*__stack, __stack->findSlice(*__slice));
         else if (__stack != nullptr)
             io.insertSlice(*__stack);
+        return static_cast<VRLStack*>(nullptr);
+    });
+}
+
+void VRLRootMediator::findImages() {
+    withStackIO("Find images...", [this](VRLStackIO& io) {
+        if (__stack != nullptr)
+            io.findImages(*__stack);
         return static_cast<VRLStack*>(nullptr);
     });
 }

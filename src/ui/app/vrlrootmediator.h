@@ -92,6 +92,7 @@ public slots:
     void clearHistory();
     void runStackModelsDialog();
     void insertSlice();
+    void findImages();
     void deleteSlice();
     void runStackPropertiesDialog();
     void runSlicePropertiesDialog();

@@ -1,11 +1,15 @@
 #include "ui/files/vrlnewstackdialog.h"
 
+#include <QComboBox>
+#include <QFile>
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "editing/operations/imageslices.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "ui/files/vrlstackimagelisteditor.h"
 #include "ui/models/vrlstackpropertieseditor.h"
@@ -24,6 +28,17 @@ VRLNewStackDialog::VRLNewStackDialog(QWidget* parent) : QDialog(parent) {
     fields->setSpacing(10);
     fields->addWidget(__properties);
     fields->addWidget(__images, 1);
+    __channelRow = new QWidget(frame);
+    auto* channelLayout = new QHBoxLayout(__channelRow);
+    channelLayout->setContentsMargins(0, 0, 0, 0);
+    auto* channelLabel = new QLabel("Channel", __channelRow);
+    __channels = new QComboBox(__channelRow);
+    __channels->setToolTip("The channel of the images that the slices show");
+    channelLabel->setBuddy(__channels);
+    channelLayout->addWidget(channelLabel);
+    channelLayout->addWidget(__channels, 1);
+    __channelRow->hide();
+    fields->addWidget(__channelRow);
 
     auto* done = new QPushButton("Done", this);
     done->setDefault(true);
@@ -42,6 +57,9 @@ VRLNewStackDialog::VRLNewStackDialog(QWidget* parent) : QDialog(parent) {
     layout->addLayout(buttons);
 
     __properties->setName("stack" + std::to_string(VRLStackServer::getSessionNumStacks() + 1), true);
+    __filledSpacing = getSliceSpacing();
+    __filledCalibration = getPixelCalibration();
+    connect(__images, &VRLStackImageListEditor::imagesChanged, this, &VRLNewStackDialog::lookAtImages);
     resize(480, sizeHint().height());
 }
 
@@ -74,6 +92,38 @@ void VRLNewStackDialog::setPixelCalibration(const PixelCalibration& calibration)
 
 QStringList VRLNewStackDialog::getImageList() const {
     return __images->getImageList();
+}
+
+std::string VRLNewStackDialog::getChannel() const {
+    return __channels->count() > 1 ? std::to_string(__channels->currentIndex() + 1) : std::string();
+}
+
+/// What can't be read is told when the stack is made.
+void VRLNewStackDialog::lookAtImages() {
+    const QString first = getImageList().value(0);
+    if (first == __lookedAt)
+        return;
+    __lookedAt = first;
+    __channels->clear();
+    if (!first.isEmpty()) {
+        const ImageSlices found = makeImageSlices({QFile::encodeName(first).toStdString()}, ImageChoice());
+        // A colour image is shown in its colours.
+        if (found.hasSeparateChannels)
+            for (const std::string& name : found.channels)
+                __channels->addItem(QString::fromStdString(name));
+        const PixelCalibration present = getPixelCalibration();
+        if (found.calibration && present == __filledCalibration &&
+            present.getLengthUnit() == __filledCalibration.getLengthUnit()) {
+            setPixelCalibration(*found.calibration);
+            __filledCalibration = getPixelCalibration();
+        }
+        const LengthUnit unit = found.calibration ? found.calibration->getLengthUnit() : LengthUnit(-6);
+        if (found.spacing && getSliceSpacing() == __filledSpacing && unit == getPixelCalibration().getLengthUnit()) {
+            setSliceSpacing(*found.spacing);
+            __filledSpacing = getSliceSpacing();
+        }
+    }
+    __channelRow->setVisible(__channels->count() > 1);
 }
 
 void VRLNewStackDialog::validate() {

@@ -7,12 +7,17 @@
 
 #include "values/pixelcalibration.h"
 
+class QComboBox;
+
 namespace vorlen {
 
 class VRLStackImageListEditor;
 class VRLStackPropertiesEditor;
 
 /// Asks for what makes a new stack: name, slice spacing, pixel calibration and images.
+///
+/// The sizes that the first image of the list tells are filled in, as long as nobody has changed these fields; where it
+/// has several channels one of them can be chosen.
 class VRLNewStackDialog : public QDialog {
     Q_OBJECT
 
@@ -26,6 +31,8 @@ public:
     PixelCalibration getPixelCalibration() const;
     void setPixelCalibration(const PixelCalibration& calibration);
     QStringList getImageList() const;
+    /// The number of the chosen channel, from 1; empty where there is nothing to choose.
+    std::string getChannel() const;
 
     VRLStackImageListEditor& imageListEditor() { return *__images; }
 
@@ -34,8 +41,15 @@ public slots:
     void validate();
 
 private:
+    void lookAtImages();
+
     VRLStackPropertiesEditor* __properties;
     VRLStackImageListEditor* __images;
+    QWidget* __channelRow; // hidden as long as there is nothing to choose
+    QComboBox* __channels;
+    QString __lookedAt; // the image whose sizes are filled in
+    float __filledSpacing;
+    PixelCalibration __filledCalibration;
 };
 
 } // namespace vorlen

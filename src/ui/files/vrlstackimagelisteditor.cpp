@@ -68,6 +68,7 @@ void VRLStackImageListEditor::addImages(const QStringList& files) {
     for (const QString& file : files)
         if (__list->findItems(file, Qt::MatchExactly | Qt::MatchCaseSensitive).isEmpty())
             __list->addItem(new ImageEntry(file));
+    emit imagesChanged();
 }
 
 void VRLStackImageListEditor::chooseImages() {
@@ -84,6 +85,7 @@ void VRLStackImageListEditor::chooseImages() {
 
 void VRLStackImageListEditor::removeSelectedImages() {
     qDeleteAll(__list->selectedItems());
+    emit imagesChanged();
 }
 
 } // namespace vorlen

@@ -21,6 +21,10 @@ public:
     /// Adds the files; one that is listed already stays as it is.
     void addImages(const QStringList& files);
 
+signals:
+    /// The list has been added to, or has lost images.
+    void imagesChanged();
+
 private:
     void chooseImages();
     void removeSelectedImages();

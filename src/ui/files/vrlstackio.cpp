@@ -12,6 +12,7 @@
 
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
+#include "editing/operations/lostimages.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
@@ -94,7 +95,8 @@ VRLStack* VRLStackIO::newStack() {
         return nullptr;
     std::vector<UnreadableImage> unreadable;
     auto stack = makeStack(
-        {dialog.getName(), dialog.getSliceSpacing(), dialog.getPixelCalibration(), encoded(dialog.getImageList())},
+        {dialog.getName(), dialog.getSliceSpacing(), dialog.getPixelCalibration(), encoded(dialog.getImageList()),
+         {dialog.getChannel()}},
         unreadable);
     tellUnreadable(unreadable);
     if (stack == nullptr)
@@ -103,10 +105,10 @@ VRLStack* VRLStackIO::newStack() {
     return stack.release();
 }
 
-VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QString& filter,
+VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QStringList& filters,
                                       VRLStack* (VRLStackIO::*open)(const std::string&)) {
     QFileDialog dialog(__parent, title);
-    dialog.setNameFilter(filter);
+    dialog.setNameFilters(filters);
     dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setDirectory(VRLSettings::settings.getInputDirectory());
     dialog.resize(VRLSettings::getOpenStackDialogSize());
@@ -125,13 +127,31 @@ VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QString& filte
 }
 
 VRLStack* VRLStackIO::newStackFromFile() {
-    return openChosenFiles("Open image stack", "*.vm", &VRLStackIO::newStackFromFile);
+    return openChosenFiles("Open image stack", imageNameFilters(), &VRLStackIO::newStackFromFile);
 }
 
 VRLStack* VRLStackIO::newStackFromFile(const std::string& file) {
-    if (QFileInfo(decoded(file)).suffix() != "vm")
-        throw FileFormatError("VRLStack* VRLStackIO::newStackFromFile(const std::string&)", "File format error", file);
-    return newStackFromVoxelMatrixFile(file);
+    if (QFileInfo(decoded(file)).suffix() == "vm")
+        return newStackFromVoxelMatrixFile(file);
+    const std::string path = absolute(file);
+    const WaitCursor cursor;
+    ImageSlices made = makeImageSlices({path}, ImageChoice());
+    if (!made.unreadable.empty())
+        throw FileFormatError("VRLStack* VRLStackIO::newStackFromFile(const std::string&)",
+                              made.unreadable.front().reason, path);
+    NewStack description;
+    description.name = QFileInfo(decoded(path)).completeBaseName().toStdString();
+    description.images = {path};
+    description.calibration = made.calibration.value_or(PixelCalibration());
+    description.sliceSpacing = made.spacing.value_or(1.0f);
+    std::unique_ptr<VRLStack> stack = makeStack(description, std::move(made.slices));
+    QStringList notes;
+    for (const std::string& note : made.notes)
+        notes += QString::fromStdString(note);
+    if (!notes.isEmpty())
+        tell("Open image stack", notes.join('\n'));
+    VRLStackServer::stackServer.addStack(*stack);
+    return stack.release();
 }
 
 VRLStack* VRLStackIO::newStackFromVoxelMatrixFile(const std::string& file) {
@@ -169,7 +189,7 @@ VRLStack* VRLStackIO::newStackFromVoxelMatrixFile(const std::string& file) {
 }
 
 VRLStack* VRLStackIO::openStack() {
-    return openChosenFiles("Open stack", "*.sdf", &VRLStackIO::openStack);
+    return openChosenFiles("Open stack", {"*.sdf"}, &VRLStackIO::openStack);
 }
 
 VRLStack* VRLStackIO::openStack(const std::string& file) {
@@ -201,16 +221,11 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     }
     stack->setFilename(path);
     stack->updateReconstruction();
-    if (!reader.getLog().empty()) {
-        VRLStackErrorDialog dialog(__parent);
-        dialog.setBanner("In " + decoded(path) + ":");
-        dialog.setLog(reader.getMessages());
-        dialog.exec();
-    }
-    if (reader.getNumFatalErrors() > 0 || !claimFile(*stack, path) || !settleDamage(*stack, reader))
+    const bool wantsImages = tellOfProblems(*stack, reader);
+    if (!claimFile(*stack, path) || !settleDamage(*stack, reader))
         return nullptr;
-    if (VRLRecovery* recovery = VRLRecovery::running(); recovery != nullptr && reader.getLog().empty() &&
-                                                        reader.isWhole() && !stack->isReadOnly()) {
+    if (VRLRecovery* recovery = VRLRecovery::running();
+        recovery != nullptr && reader.getLog().empty() && reader.isWhole() && !stack->isReadOnly()) {
         const WaitCursor cursor;
         __notice.clear();
         if (auto before = recovery->restoreHistory(*stack, __notice)) {
@@ -221,7 +236,29 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     }
     VRLStackServer::stackServer.addStack(*stack);
     VRLSettings::addRecentFile(decoded(path));
-    return stack.release();
+    VRLStack* const open = stack.release(); // the server's
+    if (wantsImages)
+        findImages(*open);
+    return open;
+}
+
+/// True when lost images are to be looked for.
+bool VRLStackIO::tellOfProblems(const VRLStack& stack, const StackReader& reader) const {
+    if (reader.getLog().empty())
+        return false;
+    VRLStackErrorDialog dialog(__parent);
+    const int lost = numLostImages(stack);
+    QString banner = "In " + decoded(stack.getFilename()) + ":";
+    if (lost > 0)
+        banner += QString("\n%1 of %2 images can't be read. The outlines are all there.")
+                      .arg(lost)
+                      .arg(stack.getNumSlices());
+    dialog.setBanner(banner);
+    dialog.setLog(reader.getMessages());
+    if (lost > 0)
+        dialog.offerToFindImages();
+    dialog.exec();
+    return dialog.wantsToFindImages();
 }
 
 /// The stack of this file that is open in this program; null when there is none.
@@ -303,8 +340,12 @@ bool VRLStackIO::agreesToOverwrite(VRLStack& stack) {
         return true;
     QMessageBox box(QMessageBox::Warning, "File has changed",
                     decoded(file) +
-                        "\n\nhas been changed on disk since it was opened or saved here, perhaps by another program. "
-                        "Saving now writes over these changes; they stay in the newest backup.",
+                        "\n\nhas been changed on disk since it was opened or saved here, perhaps by another program.\n\n"
+                        "\"Save As...\" keeps both, yours under another name. \"Overwrite\" puts yours in the place of "
+                        "the other, which then " +
+                        (VRLPreferences::getMaxNumBackups() > 0
+                             ? "is the newest backup, " + QFileInfo(decoded(file)).fileName() + "~1."
+                             : QString("is lost, as the preferences want no backups.")),
                     QMessageBox::NoButton, __parent);
     auto* overwrite = box.addButton("Overwrite", QMessageBox::DestructiveRole);
     auto* other = box.addButton("Save As...", QMessageBox::AcceptRole);
@@ -336,9 +377,8 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
     if (!file.endsWith(".sdf"))
         file += ".sdf";
     bool agreed = true;
-    const QString holder = encoded(file) == stack.getFilename() && !stack.isReadOnly()
-                               ? QString()
-                               : StackFileGuard::holder(encoded(file));
+    const QString holder =
+        encoded(file) == stack.getFilename() && !stack.isReadOnly() ? QString() : StackFileGuard::holder(encoded(file));
     if (QFile::exists(file))
         agreed = QMessageBox::warning(__parent, "Confirm overwrite",
                                       file + "\n\n already exists. Do you wish to overwrite it? " +
@@ -398,6 +438,8 @@ bool VRLStackIO::maySettle(VRLStack& stack) {
     QMessageBox box(QMessageBox::Warning, "Closing stack...",
                     "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
                     QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
+    box.setInformativeText("\"Save\" keeps the changes. \"Ignore\" closes the stack without them: its file stays as it was "
+                           "saved last. \"Cancel\" leaves the stack open.");
     box.setDefaultButton(QMessageBox::Save);
     const int answer = box.exec();
     if (answer != QMessageBox::Save)
@@ -429,6 +471,28 @@ bool VRLStackIO::closeAllStacks() {
     while (server.getNumStacks() > 0)
         server.removeStack(server.getStack(server.getNumStacks() - 1));
     return true;
+}
+
+bool VRLStackIO::findImages(VRLStack& stack) {
+    QFileDialog dialog(__parent, "Find images");
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    dialog.setDirectory(VRLSettings::settings.getInputDirectory());
+    dialog.resize(fileDialogSize);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return false;
+    std::vector<UnreadableImage> stillLost;
+    const Outcome found = findLostImages(stack, encoded(dialog.selectedFiles().first()), stillLost);
+    if (found)
+        stack.updateReconstruction();
+    else
+        tellRefusal(__parent, found);
+    QStringList names;
+    for (const UnreadableImage& image : stillLost)
+        names += decoded(image.file) + ": " + QString::fromStdString(image.reason);
+    if (found && !names.isEmpty())
+        tell("Find images", "These images are not in this folder:\n\n" + names.join('\n'));
+    return bool(found);
 }
 
 bool VRLStackIO::insertSlice(VRLStack& stack) {

@@ -25,7 +25,8 @@ class VRLStack;
 ///
 /// Decisions: a backup that cannot be made does not keep the stack from being saved. A stack file is known by its
 /// absolute path: one that is open already is not opened again. A file that is open in another program, or that was not
-/// read whole, opens read-only unless the user wants otherwise. Slices whose image cannot be read are left out when
+/// read whole, opens read-only unless the user wants otherwise. A stack that has lost images opens, with placeholders
+/// for them. Slices whose image cannot be read are left out when
 /// slices are inserted or a stack is made, and named in one message.
 class VRLStackIO : public ProgressProxy {
 public:
@@ -65,6 +66,10 @@ public:
     /// Asks about the stacks from the last to the first; when one is to stay all stay, and it is false.
     bool closeAllStacks();
 
+    /// Asks for the folder where the images are that the stack has lost, and gives its slices those that are there; what
+    /// stays lost is told. False when nothing was found.
+    bool findImages(VRLStack& stack);
+
     bool insertSlice(VRLStack& stack);
     bool insertSlice(VRLStack& stack, int position);
 
@@ -75,11 +80,12 @@ public:
 private:
     static VRLStack* findOpen(const std::string& path);
     bool claimFile(VRLStack& stack, const std::string& path) const;
+    bool tellOfProblems(const VRLStack& stack, const StackReader& reader) const;
     bool settleDamage(VRLStack& stack, const StackReader& reader) const;
     bool agreesToOverwrite(VRLStack& stack);
     bool maySettle(VRLStack& stack);
 
-    VRLStack* openChosenFiles(const QString& title, const QString& filter,
+    VRLStack* openChosenFiles(const QString& title, const QStringList& filters,
                               VRLStack* (VRLStackIO::*open)(const std::string&));
     QStringList chooseImages();
     bool writeWithBackup(VRLStack& stack, const std::string& file, QString& reason);

@@ -325,9 +325,9 @@ VRLStack* VRLRecovery::recover(const Leftover& leftover, QString& message) {
         if (!readFile(*stack, leftover, message))
             return nullptr;
     }
-    // A slice without an image can be neither saved nor recovered again: what is kept stays until the image is back.
+    // A slice without an image source can be neither saved nor recovered again: what is kept stays until it is back.
     for (int i = 0; i < stack->getNumSlices(); ++i)
-        if (stack->getSlice(i).isEmpty()) {
+        if (!stack->getSlice(i).hasImageSource()) {
             message = "The stack \"" + leftover.stackName + "\" cannot be recovered now, as the image of the slice \"" +
                       QString::fromStdString(stack->getSlice(i).getName()) +
                       "\" cannot be read. Put the image back in its place and start again: what was kept stays in " +

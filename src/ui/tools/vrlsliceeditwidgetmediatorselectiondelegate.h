@@ -62,6 +62,11 @@ public slots:
     /// Copies what is selected to slices before and behind this one; a dialog asks how many.
     void copyToSlices();
 
+    /// Outlines the model of what is selected on the slices between this one and the next, or the previous, on which it
+    /// is outlined; and on all slices that lack it between others.
+    void fillGap();
+    void fillAllGaps();
+
     /// Takes the vertices in line with their neighbours out of the selected contours.
     void decimateSelection();
     void editSelectionProperties();

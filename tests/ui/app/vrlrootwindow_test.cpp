@@ -303,7 +303,7 @@ TEST_F(VRLRootWindowTest, undoSaysWhatAndWhereAndGoesThere) {
     EXPECT_EQ(slice(), "s2");
     trigger("edit.undo");
     EXPECT_EQ(slice(), "s0");
-    EXPECT_EQ(said(), "Undone: Slice deletion (slice \"s0\")");
+    EXPECT_EQ(said(), "Undone: Delete slice (slice \"s0\")");
     StackChange renamed;
     renamed.name = "other";
     ASSERT_TRUE(changeStack(stack, renamed));
@@ -315,8 +315,7 @@ TEST_F(VRLRootWindowTest, undoSaysWhatAndWhereAndGoesThere) {
 
 TEST_F(VRLRootWindowTest, undoBringsADrawingBackThatWasGivenUp) {
     VRLStack& stack = open("one");
-    auto* const drawing =
-        window->sliceWidget().getMediator().findChild<VRLSliceEditWidgetMediatorCreationDelegate*>();
+    auto* const drawing = window->sliceWidget().getMediator().findChild<VRLSliceEditWidgetMediatorCreationDelegate*>();
     const QPoint middle = window->sliceWidget().getCanvas().rect().center();
     ASSERT_TRUE(QTest::qWaitFor([&] {
         drawing->activate("m");

@@ -676,6 +676,7 @@ protected:
             {3, "smooth", [this] { useTool("Smooth (Fourier)"); }},
             {3, "Douglas-Peucker", [this] { useTool("Decimate (Douglas-Peucker)"); }},
             {3, "split", [this] { useTool("Split contour"); }},
+            {2, "fill gaps", [this] { trigger(below(2) == 0 ? "Fill gap" : "Fill all gaps"); }},
             {2, "copy", [this] { trigger("Copy to slices..."); }},
             {1, "snake", [this] { useTool("Run Snake"); }},
             {3, "automatic", [this] { chooseAny("Draw", "Automatic"); }},
@@ -857,6 +858,8 @@ TEST_F(DrawingTest, pointerAndStatusBarTellWhatAClickWillDo) {
         statusBar->clearMessage(); // as the tips of tools do
         told({"Escape or right click: give up"}, Qt::CrossCursor);
         trigger("Cancel");
+        told({"The drawing was given up. Undo (Ctrl+Z) brings it back."}, {});
+        selectionChanged();
         told(resting, {});
     }
     for (ModelItem* item : {&contour, &points}) {

@@ -1,5 +1,6 @@
 #include "ui/slices/widgetfixture.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "ui/session/vrlpreferences.h"
@@ -161,8 +162,7 @@ TEST_F(PaintedImageTest, reducedImagesLieWhereTheFullOneWould) {
     }
 }
 
-// Images of 16 bits have no reduced ones, and are thinned out instead.
-TEST_F(PaintedImageTest, largeImagesWithoutReducedOnesKeepTheirPlace) {
+TEST_F(PaintedImageTest, largeImagesOf16BitsKeepTheirPlaceAndAreShownThroughTheirScale) {
     show(200, 150);
     Image image(2000, 1500, 16);
     for (int y = 0; y < 1500; ++y)
@@ -173,7 +173,10 @@ TEST_F(PaintedImageTest, largeImagesWithoutReducedOnesKeepTheirPlace) {
     showSlice(addSlice(image));
     const QImage seen = picture();
     for (int x = 2; x < 198; x += 13)
-        EXPECT_NEAR(qRed(seen.pixel(x, 75)), x * 10 * 32 / 257, 3);
+        EXPECT_NEAR(qRed(seen.pixel(x, 75)), std::clamp((x * 10 + 5 - 20) / 1976.0 * 255, 0.0, 255.0), 3);
+    // The levels of 1 and 99.8 of a hundred columns.
+    EXPECT_NEAR(canvas->getGreyScale().low, 20 * 32, 33);
+    EXPECT_NEAR(canvas->getGreyScale().high, 1996 * 32, 33);
 }
 
 TEST_F(PaintedImageTest, allDepthsAndColormapsAreShown) {

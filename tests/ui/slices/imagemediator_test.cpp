@@ -182,7 +182,7 @@ TEST_F(ImageMediatorTest, theToolBarHoldsTheCommandsInOrder) {
     EXPECT_EQ(texts,
               QStringList({"Zoom in", "Zoom out", "Best fit", "Scroll up", "Scroll right", "Scroll down", "Scroll left",
                            "Display images only", "Display items only", "Display images and items"}));
-    EXPECT_EQ(canvas->actions().size(), 12 + 15); // and those of the slice editor
+    EXPECT_EQ(canvas->actions().size(), 12 + 17); // and those of the slice editor
 }
 
 TEST_F(ImageMediatorTest, imageTextsTellTypeAndSize) {

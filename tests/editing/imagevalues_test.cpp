@@ -1,0 +1,180 @@
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "document/stackgreyscale.h"
+#include "document/stackreader.h"
+#include "editing/operationfixture.h"
+#include "editing/operations/regionoutline.h"
+#include "editing/operations/sliceoperations.h"
+#include "editing/operations/snakeoperation.h"
+#include "images/volumes/voxelmatrix.h"
+#include "progress/progresssubject.h"
+
+namespace vorlen {
+
+namespace {
+
+/// The bytes as words of which each is a byte times the factor, or as real numbers.
+Image widened(const Image& bytes, int factor, bool real = false) {
+    Image image;
+    if (real)
+        image.initReal(bytes.getWidth(), bytes.getHeight());
+    else
+        image.init(bytes.getWidth(), bytes.getHeight(), 16);
+    for (int i = 0; i < bytes.getHeight(); ++i)
+        for (int j = 0; j < bytes.getWidth(); ++j) {
+            const int value = bytes.getPixels()[i][j] * factor;
+            if (real)
+                image.realRow(i)[j] = float(value);
+            else
+                reinterpret_cast<unsigned short*>(image.getPixels()[i])[j] = static_cast<unsigned short>(value);
+        }
+    return image;
+}
+
+/// A bright ellipse with a soft edge on a ground of 20.
+Image ellipse(double x, double y, double level = 200) {
+    Image image(120, 100, 8);
+    for (int i = 0; i < 100; ++i)
+        for (int j = 0; j < 120; ++j) {
+            const double u = (j - x) / 30, v = (i - y) / 18;
+            const double edge = std::clamp((1 - std::hypot(u, v)) * 12, 0.0, 1.0);
+            image.getPixels()[i][j] = static_cast<unsigned char>(std::lround(20 + (level - 20) * edge));
+        }
+    return image;
+}
+
+} // namespace
+
+class ImageValuesTest : public OperationTest {};
+
+// The same picture in bytes, in words of 12 and of 16 bits, and in real numbers.
+TEST_F(ImageValuesTest, toolsFindTheSameWhateverTheBits) {
+    std::vector<Points> snakes, outlines;
+    const Image bytes = ellipse(60, 50);
+    const std::vector<Image> images = {bytes, widened(bytes, 257), widened(bytes, 257, true), widened(bytes, 16)};
+    for (const Image& image : images) {
+        VRLStack own;
+        Model& model = addModel(own, "m");
+        const std::string path = folder.file("tool.tif");
+        ImageWriter().write(image, path, true);
+        ImageSourceFile source;
+        source.setFilename(path);
+        auto* const added = new StackSlice;
+        added->setName("s");
+        added->setImageSource(source);
+        own.addSlice(added);
+        SnakeConfig config;
+        config.setAlpha(1);
+        config.setGradThreshold(7);
+        config.setRegMax(2.5f);
+        config.setRegMin(1.25f);
+        config.setDistance(50);
+        ModelItem& start = addItem(model, *added, {{25, 45}, {60, 22}, {95, 45}, {95, 55}, {60, 78}, {25, 55}});
+        ASSERT_EQ(SnakeOperation(own, start, config).runOnSlice().getReason(), "");
+        ASSERT_EQ(added->getNumItems(), 2);
+        snakes.push_back(coordinates(added->getItem(1).getVertices()));
+        // Dark on bright: the box lies over the left edge of the ellipse, from inside.
+        Vector<int> low(2), high(2);
+        low[0] = 10, low[1] = 40, high[0] = 60, high[1] = 60;
+        const RegionOutline outline(image, BoundingBox<int>(low, high), 1);
+        ASSERT_TRUE(outline.isFound());
+        outlines.push_back(coordinates(outline.follow(0)));
+    }
+    EXPECT_GT(snakes[0].size(), 100u);
+    for (std::size_t k = 1; k < images.size(); ++k) {
+        EXPECT_EQ(snakes[k].size(), snakes[0].size()) << k;
+        EXPECT_EQ(outlines[k], outlines[0]) << k;
+    }
+    EXPECT_EQ(snakes[1], snakes[0]);
+    EXPECT_EQ(snakes[2], snakes[0]);
+}
+
+TEST_F(ImageValuesTest, registrationGoesByValuesInWordsAndThroughPalettes) {
+    const auto registered = [this](const Image& first, const Image& second, bool inverted) {
+        VRLStack own;
+        for (const Image* image : {&first, &second}) {
+            const std::string path = folder.file("r" + std::to_string(own.getNumSlices()) + ".tif");
+            ImageWriter().write(*image, path, true);
+            ImageSourceFile source;
+            source.setFilename(path);
+            auto* const added = new StackSlice;
+            added->setName(path);
+            added->setImageSource(source);
+            own.addSlice(added);
+        }
+        ProgressSubject progress;
+        EXPECT_TRUE(registerSlices(own, inverted, progress));
+        return own.getSlice(1).getRegistration();
+    };
+    const Image a = ellipse(60, 50), b = ellipse(68, 43);
+    const Registration bytes = registered(a, b, false);
+    EXPECT_EQ(std::abs(bytes.getHorShift()), 7); // 8 in the bright part, less what the ground weighs
+    const Registration words = registered(widened(a, 257), widened(b, 257), false);
+    EXPECT_EQ(words.getHorShift(), bytes.getHorShift());
+    EXPECT_EQ(words.getVerShift(), bytes.getVerShift());
+    // One scale for both, where each has another greatest value.
+    const Registration dim = registered(widened(a, 16), widened(ellipse(68, 43, 150), 16), false);
+    EXPECT_EQ(dim.getHorShift(), registered(a, ellipse(68, 43, 150), false).getHorShift());
+    Image dark = a, darkMoved = b;
+    for (Image* image : {&dark, &darkMoved})
+        for (std::size_t k = 0; k < image->dataLength(); ++k)
+            image->getData()[k] = static_cast<unsigned char>(255 - image->getData()[k]);
+    EXPECT_EQ(registered(widened(dark, 257), widened(darkMoved, 257), true).getHorShift(), bytes.getHorShift());
+    // A palette that turns the indexes around.
+    Colormap turned(256);
+    for (int i = 0; i < 256; ++i)
+        turned.getRed()[i] = turned.getGreen()[i] = turned.getBlue()[i] = static_cast<unsigned char>(255 - i);
+    dark.setColormap(turned);
+    darkMoved.setColormap(turned);
+    const Registration palette = registered(dark, darkMoved, false);
+    EXPECT_EQ(palette.getHorShift(), bytes.getHorShift());
+    EXPECT_EQ(palette.getVerShift(), bytes.getVerShift());
+}
+
+TEST_F(ImageValuesTest, oneScaleHoldsForAllSlicesAndIsKeptInTheFile) {
+    Image faint = widened(ellipse(60, 50), 4), strong = widened(ellipse(60, 50), 16);
+    reinterpret_cast<unsigned short*>(faint.getPixels()[3])[4] = 1000;
+    reinterpret_cast<unsigned short*>(strong.getPixels()[3])[4] = 1000;
+    VRLStack own;
+    for (const Image* image : {&faint, &strong}) {
+        const std::string path = folder.file("v" + std::to_string(own.getNumSlices()) + ".tif");
+        ImageWriter().write(*image, path, true);
+        ImageSourceFile source;
+        source.setFilename(path);
+        auto* const added = new StackSlice;
+        added->setName(path);
+        added->setImageSource(source);
+        own.addSlice(added);
+    }
+    const VoxelMatrix<int> values = own.toVoxelMatrix<int>(GrayContent);
+    EXPECT_EQ(values(3, 4, 0), 1000);
+    EXPECT_EQ(values(3, 4, 1), 1000);
+    const VoxelMatrix<unsigned char> bytes = own.toVoxelMatrix<unsigned char>(GrayContent);
+    EXPECT_EQ(bytes(3, 4, 0), bytes(3, 4, 1));
+    EXPECT_EQ(bytes(3, 4, 0), 1000 * 255 / 4095);
+
+    const std::optional<GreyScale> scale = findGreyScale(own);
+    ASSERT_TRUE(scale);
+    EXPECT_EQ(scale->white, 4095);
+    EXPECT_EQ(scale->low, 20 * 4); // more than 1 of a hundred are of the faint ground
+    EXPECT_EQ(scale->high, 200 * 16);
+    EXPECT_EQ(scale->shown(80), 0);
+    EXPECT_EQ(scale->shown(3200), 255);
+    EXPECT_EQ(scale->shown(1640), 128);
+    own.setGreyScale(scale);
+    const std::string text = StackWriter().toText(own);
+    EXPECT_NE(text.find("GREYSCALE 80 3200 4095;"), std::string::npos);
+    Stack read;
+    StackReader reader;
+    reader.readText(read, text, folder.file("x.sdf"));
+    EXPECT_TRUE(reader.getLog().empty());
+    EXPECT_EQ(read.getGreyScale(), scale);
+    reader.readText(read, "GREYSCALE 5 5 100;\n", folder.file("x.sdf"));
+    EXPECT_EQ(reader.getLog().size(), 1u);
+    // Bytes have none.
+    EXPECT_FALSE(findGreyScale(stack));
+}
+
+} // namespace vorlen
