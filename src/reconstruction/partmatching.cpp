@@ -112,57 +112,74 @@ PlanePoint commonMove(const Parts& lower, const Parts& upper, const std::vector<
     return best;
 }
 
-/// Overlaps of the parts of two sections, row by row.
-struct Overlaps {
-    std::size_t columns;
-    std::vector<double> areas;
+/// The area that two parts have in common.
+struct Overlap {
+    Link link;
+    double area;
+};
 
-    double& at(std::size_t i, std::size_t j) { return areas[i * columns + j]; }
-    double at(std::size_t i, std::size_t j) const { return areas[i * columns + j]; }
-    std::size_t rows() const { return columns == 0 ? 0 : areas.size() / columns; }
+/// The parts of a section by the left ends of their boxes.
+class PartsFromLeft {
+public:
+    explicit PartsFromLeft(const Parts& parts) : __parts(parts), __order(parts.size()) {
+        std::iota(__order.begin(), __order.end(), 0);
+        std::sort(__order.begin(), __order.end(), [&](int i, int j) { return leftOf(i) < leftOf(j); });
+        for (const SectionPart& part : parts)
+            __widest = std::max(__widest, part.outer().right - part.outer().left);
+    }
 
-    /// The main partners of the lower parts, of the upper parts; -1 where there is none.
-    std::vector<int> mainUppers() const {
-        std::vector<int> mains(rows(), -1);
-        for (std::size_t i = 0; i < rows(); ++i)
-            for (std::size_t j = 0; j < columns; ++j)
-                if (at(i, j) > 0 && (mains[i] < 0 || at(i, j) > at(i, std::size_t(mains[i]))))
-                    mains[i] = int(j);
-        return mains;
+    /// The overlaps that count of a part, number i, moved; and their sum.
+    double find(const SectionPart& part, int i, const PlanePoint& move, std::vector<Overlap>& overlaps) const {
+        overlaps.clear();
+        double sum = 0;
+        const double left = part.outer().left + move.x - __widest, right = part.outer().right + move.x;
+        auto k = std::lower_bound(__order.begin(), __order.end(), left, [&](int j, double x) { return leftOf(j) < x; });
+        for (; k != __order.end() && leftOf(*k) < right; ++k) {
+            const SectionPart& other = __parts[std::size_t(*k)];
+            const double area = commonArea(part, move, other);
+            if (area < leastShare * std::min(part.area, other.area))
+                continue;
+            overlaps.push_back({{i, *k}, area});
+            sum += area;
+        }
+        return sum;
     }
-    std::vector<int> mainLowers() const {
-        std::vector<int> mains(columns, -1);
-        for (std::size_t i = 0; i < rows(); ++i)
-            for (std::size_t j = 0; j < columns; ++j)
-                if (at(i, j) > 0 && (mains[j] < 0 || at(i, j) > at(std::size_t(mains[j]), j)))
-                    mains[j] = int(i);
-        return mains;
-    }
+
+private:
+    double leftOf(int part) const { return __parts[std::size_t(part)].outer().left; }
+
+    const Parts& __parts;
+    std::vector<int> __order;
+    double __widest = 0;
 };
 
 /// The overlaps that count, of the lower parts moved as predicted, or where that meets much less, as all.
-Overlaps overlapsOf(const Parts& lower, const Parts& upper, const std::vector<PlanePoint>& predicted,
-                    const PlanePoint& common) {
+std::vector<Overlap> overlapsOf(const Parts& lower, const Parts& upper, const std::vector<PlanePoint>& predicted,
+                                const PlanePoint& common) {
     constexpr double trust = 2;
-    Overlaps overlaps{upper.size(), std::vector<double>(lower.size() * upper.size())};
-    std::vector<double> row(upper.size()), own(upper.size());
-    const auto findRow = [&](const SectionPart& part, const PlanePoint& move, std::vector<double>& areas) {
-        double sum = 0;
-        for (std::size_t j = 0; j < upper.size(); ++j) {
-            const double area = commonArea(part, move, upper[j]);
-            areas[j] = area >= leastShare * std::min(part.area, upper[j].area) ? area : 0;
-            sum += areas[j];
-        }
-        return sum;
-    };
+    const PartsFromLeft partners(upper);
+    std::vector<Overlap> overlaps, row, own;
     for (std::size_t i = 0; i < lower.size(); ++i) {
-        const double sum = findRow(lower[i], common, row);
+        const double sum = partners.find(lower[i], int(i), common, row);
         if (std::isfinite(predicted[i].x) && std::isfinite(predicted[i].y) &&
-            trust * findRow(lower[i], predicted[i], own) >= sum)
+            trust * partners.find(lower[i], int(i), predicted[i], own) >= sum)
             row = own;
-        std::copy(row.begin(), row.end(), overlaps.areas.begin() + std::ptrdiff_t(i * upper.size()));
+        std::sort(row.begin(), row.end(),
+                  [](const Overlap& a, const Overlap& b) { return a.link.upper < b.link.upper; });
+        overlaps.insert(overlaps.end(), row.begin(), row.end());
     }
     return overlaps;
+}
+
+/// For each part of a side the overlap with its main partner; null where there is none.
+std::vector<const Overlap*> mainOverlaps(const std::vector<Overlap>& overlaps, std::size_t size, int Link::*side) {
+    std::vector<const Overlap*> mains(size);
+    for (const Overlap& overlap : overlaps) {
+        const Overlap*& main = mains[std::size_t(overlap.link.*side)];
+        if (main == nullptr || overlap.area > main->area)
+            main = &overlap;
+    }
+    return mains;
 }
 
 /// Parts without a link that are each other's nearest and alike.
@@ -226,25 +243,24 @@ std::vector<Link> PartMatching::findLinks(const SectionParts& lowerSection, cons
     for (std::size_t i = 0; i < velocities.size(); ++i)
         predicted[i] = rise * velocities[i];
     const PlanePoint common = commonMove(lower, upper, predicted);
-    const Overlaps overlaps = overlapsOf(lower, upper, predicted, common);
-    const std::vector<int> mainUppers = overlaps.mainUppers(), mainLowers = overlaps.mainLowers();
+    const std::vector<Overlap> overlaps = overlapsOf(lower, upper, predicted, common);
+    const auto ofLower = mainOverlaps(overlaps, lower.size(), &Link::lower);
+    const auto ofUpper = mainOverlaps(overlaps, upper.size(), &Link::upper);
 
     std::vector<Link> links;
-    for (std::size_t i = 0; i < lower.size(); ++i)
-        for (std::size_t j = 0; j < upper.size(); ++j) {
-            if (overlaps.at(i, j) <= 0)
-                continue;
-            if (mainUppers[i] == int(j) || mainLowers[j] == int(i)) {
-                links.push_back({int(i), int(j)});
-                continue;
-            }
-            // Neither is the other's main partner: do they still meet when they go with their own?
-            const PlanePoint forward = upper[std::size_t(mainUppers[i])].centroid - lower[i].centroid;
-            const PlanePoint back = upper[j].centroid - lower[std::size_t(mainLowers[j])].centroid;
-            const double least = leastShare * std::min(lower[i].area, upper[j].area);
-            if (commonArea(lower[i], forward, upper[j]) >= least && commonArea(lower[i], back, upper[j]) >= least)
-                links.push_back({int(i), int(j)});
-        }
+    for (const Overlap& overlap : overlaps) {
+        const SectionPart &a = lower[std::size_t(overlap.link.lower)], &b = upper[std::size_t(overlap.link.upper)];
+        const Link forward = ofLower[std::size_t(overlap.link.lower)]->link;
+        const Link back = ofUpper[std::size_t(overlap.link.upper)]->link;
+        // Where neither is the other's main partner: do they still meet when they go with their own?
+        const auto meet = [&](const PlanePoint& move) {
+            return commonArea(a, move, b) >= leastShare * std::min(a.area, b.area);
+        };
+        if (forward.upper == overlap.link.upper || back.lower == overlap.link.lower ||
+            (meet(upper[std::size_t(forward.upper)].centroid - a.centroid) &&
+             meet(b.centroid - lower[std::size_t(back.lower)].centroid)))
+            links.push_back(overlap.link);
+    }
     linkLoners(lower, upper, common, links);
     return links;
 }

@@ -142,8 +142,21 @@ TEST_F(CommandLineTest, measurementsOfTheSampleAgreeWithTheTruth) {
     EXPECT_NEAR(named(models, "Nucleus")["closedVolume"].toDouble() / volumes["Nucleus"], 1, 0.01);
     EXPECT_EQ(named(models, "Nucleus")["eulerNumber"].toInt(), 2);
     EXPECT_EQ(named(models, "Nucleus")["genus"].toInt(), 0);
-    // Two contours on some sections: no surface to measure.
-    EXPECT_TRUE(named(models, "Vessel")["area"].isNull());
+    // Two contours on some sections are two limbs of one vessel.
+    const QJsonObject vessel = named(models, "Vessel");
+    EXPECT_NEAR(vessel["closedArea"].toDouble() / areas["Vessel"], 1, 0.02);
+    EXPECT_EQ(vessel["estimators"].toObject()["volume"].toString(), "closed surface");
+    const QJsonObject certificate = vessel["certificate"].toObject();
+    for (const char* holds : {"closed", "oriented", "outward", "manifold"})
+        EXPECT_TRUE(certificate[holds].toBool()) << holds;
+    EXPECT_EQ(certificate["parts"].toInt(), 1);
+    EXPECT_EQ(certificate["genus"].toInt(), 0);
+    EXPECT_EQ(certificate["volume"].toDouble(), vessel["volume"].toDouble());
+    EXPECT_TRUE(named(models, "Cells")["certificate"].isNull());
+    const QJsonObject withError =
+        named(cliJson(*sample, "measure --error sample.sdf")[0].toObject()["models"].toArray(), "Nucleus");
+    EXPECT_LT(withError["volumeError"].toDouble(), 0.01 * volumes["Nucleus"]);
+    EXPECT_GT(withError["volumeError"].toDouble(), std::fabs(withError["volume"].toDouble() - volumes["Nucleus"]) / 10);
     const double volume = named(models, "Nucleus")["volume"].toDouble();
     EXPECT_NEAR(named(models, "Nucleus")["equivalentRadius"].toDouble(), std::cbrt(3 * volume / (4 * pi)), 1e-9);
 
