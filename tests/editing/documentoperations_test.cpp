@@ -12,6 +12,7 @@
 #include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/operations/modeloperations.h"
+#include "editing/operations/slicealignment.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
@@ -326,7 +327,7 @@ TEST(DocumentOperations, areRefusedWithAReasonAndWithoutATrace) {
         {changeStack(*stack, flat), "The size of a pixel must be above zero"},
         {changeStack(*stack, foreignSlice), "The slice is not in this stack"},
         {setRegistrations(*stack, {{}}), "There must be one registration for each slice"},
-        {registerSlices(other, false, cancelled), "A registration needs at least two slices"},
+        {registerSlices(other, {}, cancelled), "A registration needs at least two slices"},
         {recordPose(*stack, Pose(), ""), "The pose name is empty"},
         {deletePose(*stack, 1), "There is no such pose"}};
     for (const auto& [outcome, reason] : refusals)
@@ -355,10 +356,10 @@ TEST(DocumentOperations, slicesThatAreReorderedTakeThePlacesThatThereWere) {
     EXPECT_EQ(&slice(*stack, 0), moved);
     EXPECT_EQ(stack->findSlice(*moved), 0);
     EXPECT_EQ(stack->getAbsolutePositions(), positions);
-    std::vector<int> shifts;
+    std::vector<double> shifts;
     for (int i = 0; i < 4; ++i)
         shifts.push_back(slice(*stack, i).getRegistration().getHorShift());
-    EXPECT_EQ(shifts, (std::vector<int>{0, 0, 1, 0}));
+    EXPECT_EQ(shifts, (std::vector<double>{0, 0, 1, 0}));
 }
 
 // Two slices of a bright bar, the second one shifted by (3, 1); a file that is no image is told of.
@@ -392,16 +393,20 @@ TEST(DocumentOperations, aNewStackOfImagesIsRegisteredInOneStep) {
     EXPECT_TRUE(stack->isModified());
 
     ProgressSubject progress;
-    std::vector<int> unplaced = {9};
-    ASSERT_TRUE(registerSlices(*stack, false, progress, &unplaced));
-    EXPECT_TRUE(unplaced.empty());
+    AlignmentOptions axes;
+    axes.method = AlignmentMethod::PrincipalAxes;
+    RegistrationReport report;
+    ASSERT_TRUE(registerSlices(*stack, axes, progress, &report));
     const Registration found = slice(*stack, 1).getRegistration();
-    EXPECT_EQ(std::abs(found.getHorShift()), 3);
-    EXPECT_EQ(std::abs(found.getVerShift()), 1);
+    EXPECT_NEAR(std::abs(found.getHorShift()), 3, 1e-3);
+    EXPECT_NEAR(std::abs(found.getVerShift()), 1, 1e-3);
+    EXPECT_EQ(report.slices[1].method, "principal axes");
     stack->history()->undo();
     EXPECT_TRUE(slice(*stack, 1).getRegistration().isNull());
     progress.cancel();
-    EXPECT_EQ(registerSlices(*stack, false, progress).getReason(), "The registration was cancelled");
+    ASSERT_TRUE(registerSlices(*stack, axes, progress, &report));
+    EXPECT_TRUE(report.cancelled);
+    EXPECT_EQ(report.slices[1].reason, "the run was stopped before it");
     EXPECT_FALSE(stack->history()->isUndoable());
     EXPECT_EQ(makeStack({"none", 1, {}, {folder.file("missing.tif")}}, unreadable), nullptr);
 }

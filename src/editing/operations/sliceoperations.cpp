@@ -15,12 +15,7 @@
 #include "editing/operations/measures.h"
 #include "editing/stacks/vrlstack.h"
 #include "images/files/imagesourcefile.h"
-#include "images/rasters/image.h"
-#include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
-#include "progress/progresssubject.h"
-#include "registration/matrixprincipalaxesanalysis.h"
-#include "registration/principalaxesimageregistration.h"
 
 namespace vorlen {
 
@@ -28,6 +23,14 @@ namespace {
 
 Outcome requireSlice(const Stack& stack, const StackSlice& slice) {
     return stack.findSlice(slice) >= 0 ? Outcome::done() : Outcome::refused("The slice is not in this stack");
+}
+
+Outcome checkNumbers(const Registration& registration) {
+    if (!std::isfinite(registration.getRotationAngle()))
+        return Outcome::refused("The angle of the registration is no number");
+    if (!registration.isFinite())
+        return Outcome::refused("A shift of the registration is no number");
+    return Outcome::done();
 }
 
 Outcome checkChange(const StackSlice& slice, const SliceChange& change) {
@@ -44,8 +47,9 @@ Outcome checkChange(const StackSlice& slice, const SliceChange& change) {
         return Outcome::refused("The thickness of the slice must not be below zero");
     if (change.calibration && !isPixelSize(*change.calibration))
         return Outcome::refused("The size of a pixel must be above zero");
-    if (change.registration && !change.registration->isFinite())
-        return Outcome::refused("A shift or the angle of the registration is no number");
+    if (change.registration)
+        if (const Outcome good = checkNumbers(*change.registration); !good)
+            return good;
     return Outcome::done();
 }
 
@@ -56,24 +60,6 @@ bool isPermutation(const std::vector<int>& order, int n) {
         if (sorted.size() != static_cast<std::size_t>(n) || sorted[static_cast<std::size_t>(i)] != i)
             return false;
     return sorted.size() == static_cast<std::size_t>(n);
-}
-
-PixelMatrix<float> greyValues(const StackSlice& slice, bool inverted) {
-    Image image;
-    slice.load(image);
-    image.make8bitsGrayscale();
-    PixelMatrix<float> matrix(image);
-    if (inverted)
-        for (int i = 0; i < matrix.getSize1(); ++i)
-            for (float& value : matrix[i])
-                value = 255 - value;
-    return matrix;
-}
-
-bool hasMass(const PixelMatrix<float>& image) {
-    MatrixPrincipalAxesAnalysis<float> analysis;
-    analysis.apply(image);
-    return analysis.hasMass();
 }
 
 std::unique_ptr<StackSlice> makeImageSlice(const std::string& file) {
@@ -192,50 +178,11 @@ Outcome setRegistrations(VRLStack& stack, const std::vector<Registration>& regis
     auto action = std::make_unique<VRLStackStateAction>(stack, "Register slices");
     for (int i = 0; i < stack.getNumSlices(); ++i) {
         const Registration& registration = registrations[static_cast<std::size_t>(i)];
-        if (!registration.isFinite())
-            return Outcome::refused("A shift or the angle of the registration is no number");
+        if (const Outcome good = checkNumbers(registration); !good)
+            return good;
         action->sliceState(stack.getSlice(i)).registration = registration;
     }
     return applyInStep(stack, std::move(action));
-}
-
-FoundRegistrations findRegistrations(const Stack& stack, bool inverted, ProgressSubject& progress) {
-    FoundRegistrations found;
-    const int n = stack.getNumSlices();
-    if (n == 0)
-        return found;
-    progress.notifyStarted("Running automatic registration...");
-    found.registrations.push_back(stack.getSlice(0).getRegistration());
-    PixelMatrix<float> previous = greyValues(stack.getSlice(0), inverted);
-    for (int i = 1; i < n && !progress.isCanceled(); ++i) {
-        PixelMatrix<float> current = greyValues(stack.getSlice(i), inverted);
-        PrincipalAxesImageRegistration<float> registration;
-        registration.setSource(current);
-        registration.setTarget(previous);
-        registration.run();
-        found.registrations.push_back(registration.sliceRegistration());
-        if (!registration.isReliable())
-            found.unplaced.push_back(i);
-        if (registration.isReliable() || hasMass(current))
-            previous.swap(current);
-        progress.notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
-    }
-    if (progress.isCanceled())
-        progress.notifyCanceled("");
-    else
-        progress.notifyFinished("");
-    return found;
-}
-
-Outcome registerSlices(VRLStack& stack, bool inverted, ProgressSubject& progress, std::vector<int>* unplaced) {
-    if (stack.getNumSlices() < 2)
-        return Outcome::refused("A registration needs at least two slices");
-    FoundRegistrations found = findRegistrations(stack, inverted, progress);
-    if (progress.isCanceled())
-        return Outcome::refused("The registration was cancelled");
-    if (unplaced != nullptr)
-        *unplaced = std::move(found.unplaced);
-    return setRegistrations(stack, found.registrations);
 }
 
 } // namespace vorlen
