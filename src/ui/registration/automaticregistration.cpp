@@ -3,115 +3,82 @@
 #include <exception>
 
 #include "document/stack.h"
-#include "editing/operations/sliceoperations.h"
+#include "editing/operations/slicealignment.h"
 #include "numerics/exception.h"
-#include "progress/progressmonitor.h"
 
 namespace vorlen {
 
 namespace {
 
-/// Slices with their images, sizes of pixels, positions and registrations, and nothing that is drawn on them.
-std::unique_ptr<Stack> copyOfSlices(const Stack& stack, int first, int last) {
-    auto copy = std::make_unique<Stack>();
-    copy->setDefaultSliceSpacing(stack.getDefaultSliceSpacing());
-    for (int i = first; i <= last; ++i) {
-        const StackSlice& slice = stack.getSlice(i);
-        auto* const twin = new StackSlice; // the copy's
-        twin->setName(slice.getName());
-        if (!slice.isEmpty())
-            twin->setImageSource(slice.getImageSource());
-        twin->setPixelCalibration(slice.getPixelCalibration());
-        twin->setPlacement(slice.getPlacement());
-        twin->setRegistration(slice.getRegistration());
-        copy->addSlice(twin);
+/// How well the slice fits; 0 for images that can't be read.
+double scoreOf(const Stack& stack, int place) {
+    const StackSlice& slice = stack.getSlice(place);
+    try {
+        return registrationScore(slice, stack.getSlice(place - 1), slice.getRegistration());
+    } catch (const std::exception&) {
+        return 0;
+    } catch (const Exception&) {
+        return 0;
     }
-    return copy;
 }
 
 } // namespace
 
-/// Carries the progress from the thread of the run to that of the window.
-class AutomaticRegistration::Relay : public ProgressMonitor {
-public:
-    explicit Relay(AutomaticRegistration& owner) : __owner(owner) {}
-
-    using ProgressMonitor::subjectProgressed;
-    void subjectProgressed(unsigned int current, unsigned int total) override {
-        AutomaticRegistration* const owner = &__owner;
-        QMetaObject::invokeMethod(
-            owner, [owner, current, total] { emit owner->progressed(current, total); }, Qt::QueuedConnection);
-    }
-
-private:
-    AutomaticRegistration& __owner;
-};
-
-AutomaticRegistration::AutomaticRegistration(QObject* parent) : QObject(parent) {
-}
-
 AutomaticRegistration::~AutomaticRegistration() {
-    cancel();
-    if (__worker.joinable())
-        __worker.join();
+    stop();
 }
 
-void AutomaticRegistration::start(const Stack& stack, int first, int last, const std::vector<bool>& locked) {
+void AutomaticRegistration::note(const Stack& copy, int place, const Registration& registration, double score,
+                                 const std::string& remark) {
+    SlicePlacement placement;
+    placement.slice = original(place);
+    placement.place = place;
+    placement.registration = registration;
+    placement.found = !(registration == copy.getSlice(place).getRegistration());
+    placement.score = score;
+    placement.remark = remark;
+    __placements.push_back(placement);
+}
+
+void AutomaticRegistration::registerSlice(const Stack& stack, int place, const Registration& from) {
     if (isRunning())
         return;
     __placements.clear();
-    __failure.clear();
-    __canceled = false;
-    __progress.reset();
-    __worker = std::thread([this, copy = std::shared_ptr<Stack>(copyOfSlices(stack, first - 1, last)), first, locked] {
-        run(*copy, first, locked);
-        QMetaObject::invokeMethod(this, [this] { conclude(); }, Qt::QueuedConnection);
+    start(stack, [this, place, from](const Stack& copy, ProgressSubject& progress) {
+        const SliceAlignment found = registerPair(copy.getSlice(place), copy.getSlice(place - 1), from);
+        if (!progress.isCanceled())
+            note(copy, place, found.after, found.scoreAfter, found.reason);
     });
 }
 
-void AutomaticRegistration::cancel() {
-    __progress.cancel();
+void AutomaticRegistration::registerAll(const Stack& stack, const std::vector<bool>& locked) {
+    if (isRunning())
+        return;
+    __placements.clear();
+    AlignmentOptions options;
+    for (std::size_t i = 0; i < locked.size(); ++i)
+        if (locked[i])
+            options.locked.push_back(int(i));
+    start(stack, [this, options](const Stack& copy, ProgressSubject& progress) {
+        for (const SliceAlignment& slice : findAlignment(copy, options, progress).slices)
+            if (slice.state != SliceAlignment::State::First)
+                note(copy, slice.slice, slice.after, slice.onto == slice.slice - 1 ? slice.scoreAfter : -1,
+                     slice.state == SliceAlignment::State::Locked ? std::string() : slice.reason);
+    });
 }
 
-void AutomaticRegistration::wait() {
-    conclude();
-}
-
-void AutomaticRegistration::run(const Stack& stack, int first, const std::vector<bool>& locked) {
-    Relay relay(*this);
-    __progress.addMonitor(relay);
-    try {
-        const FoundRegistrations found = findRegistrations(stack, false, __progress);
-        for (std::size_t k = 1; k < found.registrations.size(); ++k) {
-            SlicePlacement placement;
-            placement.slice = first + int(k) - 1;
-            placement.registration = found.registrations[k];
-            placement.found = true;
-            for (const int unplaced : found.unplaced)
-                if (std::size_t(unplaced) == k) {
-                    placement.found = false;
-                    placement.remark = "it or the slice before it is blank";
-                }
-            if (std::size_t(placement.slice) < locked.size() && locked[std::size_t(placement.slice)])
-                placement.found = false;
-            if (!placement.found)
-                placement.registration = stack.getSlice(int(k)).getRegistration();
-            __placements.push_back(placement);
+void AutomaticRegistration::score(const Stack& stack, const std::vector<int>& places) {
+    if (isRunning())
+        return;
+    __placements.clear();
+    start(stack, [this, places](const Stack& copy, ProgressSubject& progress) {
+        for (const int place : places) {
+            if (progress.isCanceled())
+                return;
+            note(copy, place, copy.getSlice(place).getRegistration(), scoreOf(copy, place), std::string());
+            tell([this, placement = __placements.back()] { emit scored(placement); });
         }
-    } catch (const Exception& error) {
-        __failure = error.getWhat();
-    } catch (const std::exception& error) {
-        __failure = error.what();
-    }
-    __progress.removeMonitor(relay);
-}
-
-void AutomaticRegistration::conclude() {
-    if (!__worker.joinable())
-        return; // somebody has waited for it
-    __worker.join();
-    __canceled = __progress.isCanceled();
-    emit finished();
+    });
 }
 
 } // namespace vorlen

@@ -1,70 +1,51 @@
 #pragma once
 
-#include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include <QObject>
-
-#include "progress/progresssubject.h"
+#include "ui/registration/stacktask.h"
 #include "values/registration.h"
 
 namespace vorlen {
 
-class Stack;
-
-/// What automatic registration came to about one slice.
+/// What was found about one slice.
 struct SlicePlacement {
-    int slice = 0; // place in the stack
-    Registration registration;
-    bool found = false;  // else the registration is what it was
-    double score = -1;   // how well it fits the one before now; below 0 when it is not known
-    std::string remark;  // what is to be said about it, as a clause: why nothing was found
+    const StackSlice* slice = nullptr; // of the stack itself, as a mark
+    int place = 0;                     // in the stack
+    Registration registration;         // the one that the score is that of
+    bool found = false;                // the registration is another than before
+    double score = -1;                 // from 0 to 1; below 0 when it is not known
+    std::string remark;                // why nothing was found, or what else is to be said; mostly empty
 };
 
-/// Runs automatic registration on a thread of its own and on a copy of what it needs of the stack, so that the window
-/// lives on meanwhile and the stack may even be closed. Looks only: what was found is for the owner to set.
-class AutomaticRegistration : public QObject {
+/// Registers slices, or tells how well they fit, beside the window. It looks only: what was found is for the owner to
+/// set.
+class AutomaticRegistration : public StackTask {
     Q_OBJECT
 
 public:
-    explicit AutomaticRegistration(QObject* parent = nullptr);
-    /// Cancels, and waits for the thread.
+    using StackTask::StackTask;
     ~AutomaticRegistration() override;
 
-    /// Registers the slices from `first` to `last`, each on those before it, but for those that are locked. Nothing
-    /// while a run goes on.
-    void start(const Stack& stack, int first, int last, const std::vector<bool>& locked);
+    /// Each does nothing while a run goes on. Locked has an entry for each slice.
 
-    /// The run ends as soon as it looks, with what it has found so far.
-    void cancel();
-    /// Until the run has ended and its end was told.
-    void wait();
-    bool isRunning() const { return __worker.joinable(); }
+    /// One slice on the one before it, beginning with a registration.
+    void registerSlice(const Stack& stack, int place, const Registration& start);
+    /// All slices together.
+    void registerAll(const Stack& stack, const std::vector<bool>& locked);
+    /// How well the slices at these places fit the one before them. Each is told of by scored().
+    void score(const Stack& stack, const std::vector<int>& places);
 
-    /// Of the last run that has finished.
+    /// Of the last run that has ended.
     const std::vector<SlicePlacement>& placements() const { return __placements; }
-    bool wasCanceled() const { return __canceled; }
-    /// Why it broke off, or nothing.
-    const std::string& failure() const { return __failure; }
 
 signals:
-    /// So many slices of so many are done.
-    void progressed(unsigned int current, unsigned int total);
-    void finished();
+    void scored(const vorlen::SlicePlacement& placement);
 
 private:
-    class Relay;
+    void note(const Stack& copy, int place, const Registration& registration, double score, const std::string& remark);
 
-    void run(const Stack& stack, int first, const std::vector<bool>& locked);
-    void conclude();
-
-    std::thread __worker;
-    ProgressSubject __progress;
     std::vector<SlicePlacement> __placements;
-    std::string __failure;
-    bool __canceled = false;
 };
 
 } // namespace vorlen

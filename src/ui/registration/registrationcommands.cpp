@@ -26,8 +26,8 @@ std::vector<CommandInfo> registrationAndEditCommands() {
          .tip = "Look for the places of all slices, one after the other",
          .keys = "Ctrl+Shift+G"},
         {.id = "registration.cancelRun",
-         .text = "Cancel automatic registration",
-         .tip = "Stop here, and keep the slices that are done",
+         .text = "Stop",
+         .tip = "Stop automatic registration, keeping the slices that are done, or the setting of landmarks",
          .keys = "Esc",
          .whileLocked = true},
         {.id = "window.close", .text = "Close", .tip = "Close this window", .keys = "Ctrl+W", .whileLocked = true},
@@ -86,6 +86,21 @@ std::vector<CommandInfo> sliceAndViewCommands() {
          .tip = "Show the two slices in squares side by side",
          .keys = "K",
          .checkable = true},
+        {.id = "view.strips",
+         .text = "Cuts through the stack",
+         .tip = "Show the stack as registered from the side, where misaligned slices stand out",
+         .keys = "T",
+         .checkable = true},
+        {.id = "landmarks.set",
+         .text = "Set landmarks",
+         .tip = "Click the same spots on both slices, one after the other",
+         .keys = "L",
+         .checkable = true},
+        {.id = "landmarks.fit",
+         .text = "Fit landmarks",
+         .tip = "The shift and rotation that bring the pairs together best",
+         .keys = "Ctrl+F"},
+        {.id = "landmarks.clear", .text = "Clear landmarks", .tip = "Forget the landmarks of this slice"},
     };
 }
 
@@ -106,7 +121,9 @@ CommandSheet newRegistrationSheet() {
           "nudge.bitLeft",  "nudge.bitRight", "nudge.bitUp", "nudge.bitDown", line,
           "turn.left",      "turn.right"}},
         {"Slices", {"slice.first", "slice.previous", "slice.next", "slice.last", line, "slice.worstFirst"}},
-        {"View", {"view.bigger", "view.smaller", line, "view.frames", "view.blink", "view.checkerboard"}},
+        {"Landmarks", {"landmarks.set", "landmarks.fit", "landmarks.clear"}},
+        {"View",
+         {"view.bigger", "view.smaller", line, "view.frames", "view.blink", "view.checkerboard", line, "view.strips"}},
     };
     return sheet;
 }

@@ -28,17 +28,32 @@ std::vector<bool> SectionMarks::locked() const {
     return locked;
 }
 
-void SectionMarks::setScore(const StackSlice& slice, double score) {
-    if (score < 0)
-        __scores.erase(&slice);
-    else
-        __scores[&slice] = score;
+void SectionMarks::setScore(const StackSlice* slice, const Registration& registration, double score) {
+    const int place = slice == nullptr ? -1 : __stack.findSlice(*slice);
+    if (place < 1)
+        return;
+    __scores[slice] = {registration, score, &__stack.getSlice(place - 1)};
     emit changed();
 }
 
 double SectionMarks::score(const StackSlice& slice) const {
     const auto found = __scores.find(&slice);
-    return found == __scores.end() ? -1 : found->second;
+    const bool holds = found != __scores.end() && found->second.registration == slice.getRegistration() &&
+                       found->second.onto == &slice.prevSlice();
+    return holds ? found->second.value : -1;
+}
+
+std::vector<int> SectionMarks::withoutScore() const {
+    std::vector<int> places;
+    for (int i = 1; i < __stack.getNumSlices(); ++i)
+        if (score(__stack.getSlice(i)) < 0)
+            places.push_back(i);
+    return places;
+}
+
+void SectionMarks::forgetScores() {
+    __scores.clear();
+    emit changed();
 }
 
 } // namespace vorlen

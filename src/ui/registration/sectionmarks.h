@@ -6,6 +6,8 @@
 
 #include <QObject>
 
+#include "values/registration.h"
+
 namespace vorlen {
 
 class StackSlice;
@@ -14,7 +16,7 @@ class VRLStack;
 /// What registration windows note about the slices of a stack as long as it is open: which are locked, so that their
 /// registration stays, and how well each fits the slice before it.
 ///
-/// A child of the stack, which goes with it. Slices are told apart by their address and never looked at.
+/// A child of the stack, which goes with it. Marks of slices that have gone are kept, and do no harm.
 class SectionMarks : public QObject {
     Q_OBJECT
 
@@ -27,10 +29,14 @@ public:
     /// For each slice of the stack.
     std::vector<bool> locked() const;
 
-    /// From 0 to 1; below 0 forgets it.
-    void setScore(const StackSlice& slice, double score);
-    /// Below 0 for one that is not known.
+    /// From 0 to 1, with this registration on the slice before.
+    void setScore(const StackSlice* slice, const Registration& registration, double score);
+    /// With the registration that the slice has; below 0 when it is not known.
     double score(const StackSlice& slice) const;
+    /// Places of slices whose score is not known.
+    std::vector<int> withoutScore() const;
+    /// When images change, so do scores.
+    void forgetScores();
 
 signals:
     void changed();
@@ -40,7 +46,12 @@ private:
 
     VRLStack& __stack;
     std::set<const StackSlice*> __locked;
-    std::map<const StackSlice*, double> __scores;
+    struct Score {
+        Registration registration;
+        double value;
+        const StackSlice* onto; // the slice before, then
+    };
+    std::map<const StackSlice*, Score> __scores;
 };
 
 } // namespace vorlen

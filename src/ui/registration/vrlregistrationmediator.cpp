@@ -1,5 +1,6 @@
 #include "ui/registration/vrlregistrationmediator.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <QAction>
@@ -18,10 +19,12 @@
 #include "numerics/exception.h"
 #include "ui/models/guarded.h"
 #include "ui/models/refusal.h"
+#include "registration/rigidmotion.h"
+#include "ui/registration/landmarkpanel.h"
 #include "ui/registration/registrationcommands.h"
 #include "ui/registration/sectionmarks.h"
+#include "ui/registration/stripview.h"
 #include "ui/registration/vrlautomaticregistrationpanel.h"
-#include "ui/registration/vrlregistrationcanvas.h"
 #include "ui/registration/vrlregistrationstatusbar.h"
 #include "ui/registration/vrlregistrationtoolbar.h"
 #include "ui/widgets/waitcursor.h"
@@ -56,12 +59,14 @@ double toThousandths(double value) {
 VRLRegistrationMediator::VRLRegistrationMediator(QWidget& window, VRLRegistrationCanvas& canvas,
                                                  VRLRegistrationPanel& panel,
                                                  VRLAutomaticRegistrationPanel& automaticPanel,
+                                                 LandmarkPanel& landmarkPanel, StripView& strips,
                                                  VRLRegistrationStatusBar& statusBar, VRLRegistrationToolBar& toolBar)
     : QObject(&window), __window(window), __canvas(canvas), __panel(panel), __automaticPanel(automaticPanel),
-      __statusBar(statusBar), __toolBar(toolBar) {
+      __landmarkPanel(landmarkPanel), __strips(strips), __statusBar(statusBar), __toolBar(toolBar) {
     __commands.add(registrationCommands().commands);
     bindCommands();
     bindViewCommands();
+    bindLandmarkCommands();
 }
 
 VRLRegistrationMediator::~VRLRegistrationMediator() {
@@ -106,6 +111,17 @@ void VRLRegistrationMediator::initialize() {
     connect(&__automatic, &AutomaticRegistration::progressed, this,
             [this](unsigned int current, unsigned int total) { notifyProgressed(current, total); });
     connect(&__automatic, &AutomaticRegistration::finished, this, &Mediator::takeResults);
+    connect(&__scoring, &AutomaticRegistration::scored, this, [this](const SlicePlacement& placement) {
+        if (__stack != nullptr)
+            SectionMarks::of(*__stack).setScore(placement.slice, placement.registration, placement.score);
+    });
+    connect(&__scoring, &AutomaticRegistration::finished, this, &Mediator::scoreSlices);
+    connect(&__canvas, &VRLRegistrationCanvas::landmarkClicked, this, &Mediator::addLandmark);
+    connect(&__landmarkPanel, &LandmarkPanel::setClicked, this, &Mediator::setLandmarkMode);
+    connect(&__landmarkPanel, &LandmarkPanel::fitClicked, this, &Mediator::fitLandmarks);
+    connect(&__landmarkPanel, &LandmarkPanel::deleteClicked, this, &Mediator::deleteLandmark);
+    connect(&__landmarkPanel, &LandmarkPanel::clearClicked, this, &Mediator::clearLandmarks);
+    connect(&__strips, &StripView::sliceChosen, this, [this](int place) { goTo(std::max(1, place)); });
     for (const Nudge& nudge : nudges)
         __canvas.addAction(&__commands.action(nudge.id));
     __commands.update();
@@ -122,7 +138,7 @@ void VRLRegistrationMediator::bindCommands() {
     __commands.bind("registration.run", [this] { runAutomaticRegistration({false}); }).enableWhen(movable);
     __commands.bind("registration.runAll", [this] { runAutomaticRegistration({true}); }).enableWhen(stack);
     __commands.bind("registration.cancelRun", [this] { cancelAutomaticRegistration(); }).enableWhen([this] {
-        return isRunning();
+        return isRunning() || __canvas.isLandmarkMode();
     });
     __commands.bind("window.close", [this] { __window.close(); });
     __commands.bind("edit.undo", [this] { undo(); }).enableWhen([this] {
@@ -181,17 +197,24 @@ void VRLRegistrationMediator::setStack(VRLStack& stack) {
     __panel.setStack(stack);
     connect(stack.history(), &VRLActionHistory::changed, this, [this] { __commands.update(); });
     __commands.update();
-    emit stackChanged();
+    scoreSlices();
+    showStrips();
 }
 
 void VRLRegistrationMediator::clear() {
+    __automatic.cancel();
+    __scoring.cancel();
     if (__stack != nullptr && __stack->history() != nullptr)
         disconnect(__stack->history(), nullptr, this, nullptr);
     __stack = nullptr;
     __slice = nullptr;
     __registration = Registration();
+    __landmarks.clear();
+    setLandmarkMode(false);
     __canvas.clear(false);
     __panel.clear();
+    __strips.showStack(nullptr, nullptr, {});
+    showLandmarks();
     __commands.update();
 }
 
@@ -205,12 +228,14 @@ void VRLRegistrationMediator::setSlice(StackSlice& slice) {
     guarded(&__window, QString("The images of slice \"%1\" can't be shown.").arg(QString::fromStdString(slice.getName())),
             [&] {
                 const WaitCursor cursor;
+                setLandmarkMode(false);
                 __slice = &slice;
                 __panel.setSlice(slice);
                 __panel.setLocked(isLocked());
                 __canvas.setEditable(!isLocked());
                 __canvas.setSlice(slice);
             });
+    __commands.action("registration.lock").setChecked(isLocked());
     restore();
 }
 
@@ -251,7 +276,8 @@ void VRLRegistrationMediator::setRegistration(const Registration& registration) 
     __canvas.setRegistration(registration);
     __panel.setRegistration(registration);
     __commands.update();
-    emit registrationShown();
+    showLandmarks();
+    showStrips();
 }
 
 void VRLRegistrationMediator::reset() {
@@ -327,11 +353,14 @@ void VRLRegistrationMediator::setLocked(bool locked) {
     __panel.setLocked(locked);
     __canvas.setEditable(!locked);
     __commands.action("registration.lock").setChecked(locked);
+    if (locked)
+        setLandmarkMode(false);
     __commands.update();
+    showLandmarks();
 }
 
 void VRLRegistrationMediator::setComparison(ComparisonMode mode) {
-    __canvas.setBlinking(mode == ComparisonMode::Blink);
+    __canvas.setBlinking(mode == ComparisonMode::Blink); // else mixed
     if (mode == ComparisonMode::Checkerboard)
         __canvas.setComparison(SectionComparison::Checkerboard);
     __commands.action("view.blink").setChecked(mode == ComparisonMode::Blink);
@@ -369,7 +398,8 @@ void VRLRegistrationMediator::registerCurrentSlice() {
         return;
     }
     __runOfAll = false;
-    startRun(place(), place());
+    beginRun();
+    __automatic.registerSlice(*__stack, place(), __registration);
 }
 
 void VRLRegistrationMediator::registerAllSlices() {
@@ -377,25 +407,48 @@ void VRLRegistrationMediator::registerAllSlices() {
         return;
     setFirstSlice();
     __runOfAll = true;
-    startRun(1, __stack->getNumSlices() - 1);
+    beginRun();
+    __automatic.registerAll(*__stack, SectionMarks::of(*__stack).locked());
 }
 
-void VRLRegistrationMediator::startRun(int first, int last) {
+void VRLRegistrationMediator::beginRun() {
+    setLandmarkMode(false);
+    __scoring.cancel();
     __slicesOfRun.clear();
     for (int i = 0; i < __stack->getNumSlices(); ++i)
         __slicesOfRun.push_back(&__stack->getSlice(i));
     notifyStarted(runText);
-    __automatic.start(*__stack, first, last, SectionMarks::of(*__stack).locked());
+    notifyProgressed(0, 0); // busy, as long as nobody tells how far it is
     __automaticPanel.setRunning(true);
     __panel.setEnabled(false);
+    __landmarkPanel.setEnabled(false);
     __toolBar.setEnabled(false);
     __canvas.setEditable(false);
     __commands.setLocked(true);
+    __commands.action("registration.cancelRun").setEnabled(true);
+}
+
+bool VRLRegistrationMediator::slicesAreThoseOfRun() const {
+    bool same = __stack->getNumSlices() == int(__slicesOfRun.size());
+    for (int i = 0; same && i < __stack->getNumSlices(); ++i)
+        same = &__stack->getSlice(i) == __slicesOfRun[static_cast<std::size_t>(i)];
+    return same;
+}
+
+/// Looks how well slices fit of which it is not known, one after the other.
+void VRLRegistrationMediator::scoreSlices() {
+    if (__stack == nullptr || isRunning() || __scoring.isRunning())
+        return;
+    const std::vector<int> places = SectionMarks::of(*__stack).withoutScore();
+    if (!places.empty())
+        __scoring.score(*__stack, places);
 }
 
 void VRLRegistrationMediator::cancelAutomaticRegistration() {
-    if (!isRunning())
+    if (!isRunning()) {
+        setLandmarkMode(false);
         return;
+    }
     __automatic.cancel();
     showMessage("Cancelling...");
 }
@@ -410,16 +463,14 @@ void VRLRegistrationMediator::finishRun() {
 void VRLRegistrationMediator::takeResults() {
     __automaticPanel.setRunning(false);
     __panel.setEnabled(true);
+    __landmarkPanel.setEnabled(true);
     __toolBar.setEnabled(true);
     __commands.setLocked(false);
     notifyFinished(runText);
     if (__stack == nullptr)
         return; // closed meanwhile
     __canvas.setEditable(!isLocked());
-    bool same = __stack->getNumSlices() == int(__slicesOfRun.size());
-    for (int i = 0; same && i < __stack->getNumSlices(); ++i)
-        same = &__stack->getSlice(i) == __slicesOfRun[static_cast<std::size_t>(i)];
-    if (!same) {
+    if (!slicesAreThoseOfRun()) {
         tellRefusal(&__window, Outcome::refused("The slices of the stack have changed meanwhile, so that what was found "
                                                 "was not set"));
         return;
@@ -432,25 +483,24 @@ void VRLRegistrationMediator::takeResults() {
         registrations.push_back(__stack->getSlice(i).getRegistration());
     SectionMarks& marks = SectionMarks::of(*__stack);
     for (const SlicePlacement& placement : __automatic.placements()) {
-        const StackSlice& slice = __stack->getSlice(placement.slice);
         if (placement.score >= 0)
-            marks.setScore(slice, placement.score);
-        if (placement.found) {
-            registrations[static_cast<std::size_t>(placement.slice)] = placement.registration;
-            ++numDone;
-        } else if (!placement.remark.empty()) {
-            remarks += QString::fromStdString("Slice \"" + slice.getName() + "\": " + placement.remark + ".");
-        }
+            marks.setScore(placement.slice, placement.registration, placement.score);
+        registrations[static_cast<std::size_t>(placement.place)] = placement.registration;
+        numDone += placement.found ? 1 : 0;
+        if (!placement.remark.empty())
+            remarks += QString::fromStdString("Slice \"" + __stack->getSlice(placement.place).getName() +
+                                              "\": " + placement.remark + ".");
     }
     if (__runOfAll)
         guarded(&__window, "The registrations can't be set.",
                 [&] { tellRefusal(&__window, setRegistrations(*__stack, registrations)); });
-    else if (numDone == 1 && __slice != nullptr) {
-        setRegistration(registrations[static_cast<std::size_t>(place())]);
+    else if (__slice != nullptr && !__automatic.placements().empty()) {
+        setRegistration(__automatic.placements().front().registration);
         apply();
     }
     if (__runOfAll && !__automatic.placements().empty())
-        goTo(__automatic.placements().back().slice);
+        goTo(__automatic.placements().back().place);
+    scoreSlices();
     tellOfRun(numDone, remarks);
 }
 
@@ -466,9 +516,171 @@ void VRLRegistrationMediator::tellOfRun(int numDone, const QStringList& remarks)
     const QString rest = remarks.size() > shown.size() ? QString("\n... and %1 more.").arg(remarks.size() - shown.size())
                                                        : QString();
     QMessageBox box(QMessageBox::Information, appName,
-                    "Slices that were left as they were:\n\n" + shown.join('\n') + rest, QMessageBox::Ok, &__window);
+                    "What is to be said of slices:\n\n" + shown.join('\n') + rest, QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();
+}
+
+void VRLRegistrationMediator::bindLandmarkCommands() {
+    const auto movable = [this] { return __slice != nullptr && !isLocked(); };
+    __commands.bind("landmarks.set", [this] { setLandmarkMode(!__canvas.isLandmarkMode()); }).enableWhen(movable);
+    __commands.bind("landmarks.fit", [this] { fitLandmarks(); }).enableWhen(movable);
+    __commands.bind("landmarks.clear", [this] { clearLandmarks(); }).enableWhen(movable);
+    __commands.bind("view.strips", [this] { setStripsVisible(__commands.action("view.strips").isChecked()); });
+}
+
+void VRLRegistrationMediator::setLandmarkMode(bool on) {
+    const bool set = on && __slice != nullptr && !isLocked();
+    if (set == __canvas.isLandmarkMode())
+        return;
+    __canvas.setLandmarkMode(set);
+    __landmarkPanel.setSetting(set);
+    __commands.action("landmarks.set").setChecked(set);
+    __commands.update("registration.cancelRun");
+    if (set) {
+        __panel.setComparison(ComparisonMode::Mixed);
+        askForLandmark();
+    } else {
+        // What was begun and not completed is no landmark.
+        if (__slice != nullptr && !landmarks().empty() && !landmarks().back().isPair())
+            landmarks().pop_back();
+        __canvas.setComparison(SectionComparison::Overlay);
+        __statusBar.setMessage({});
+        showLandmarks();
+    }
+}
+
+/// Shows the section on which the next click is meant.
+void VRLRegistrationMediator::askForLandmark() {
+    const bool begun = !landmarks().empty() && !landmarks().back().isPair();
+    __canvas.setComparison(begun ? SectionComparison::Foreground : SectionComparison::Background);
+    __statusBar.setMessage(begun ? "Foreground: click the same spot."
+                                 : "Background: click a spot that is seen on both slices, or press Esc to stop.");
+}
+
+void VRLRegistrationMediator::addLandmark(QPointF place) {
+    if (__slice == nullptr)
+        return;
+    std::vector<Landmark>& marks = landmarks();
+    if (marks.empty() || marks.back().isPair()) {
+        Landmark mark;
+        mark.background = __canvas.canvasToBackground(place);
+        mark.hasBackground = true;
+        marks.push_back(mark);
+    } else {
+        marks.back().foreground = __canvas.canvasToForeground(place);
+        marks.back().hasForeground = true;
+    }
+    askForLandmark();
+    showLandmarks();
+}
+
+namespace {
+
+struct LandmarkPairs {
+    std::vector<PointPair> pairs;
+    std::vector<std::size_t> indices; // of the landmarks
+    double pixel = 1;                 // width of one of the background
+};
+
+/// Positions about the middles of the images, in the length unit.
+LandmarkPairs pairsOf(const std::vector<Landmark>& landmarks, const StackSlice& foreground,
+                      const StackSlice& background) {
+    const auto position = [](const QPointF& pixel, const StackSlice& slice) {
+        const PixelCalibration& size = slice.getPixelCalibration();
+        const ImageSource& image = slice.getImageSource();
+        return PlanePoint{(pixel.x() - image.getSize2() / 2.0) * double(size.getPixelWidth()),
+                          (pixel.y() - image.getSize1() / 2.0) * double(size.getPixelHeight())};
+    };
+    LandmarkPairs found;
+    found.pixel = double(background.getPixelCalibration().getPixelWidth());
+    for (std::size_t i = 0; i < landmarks.size(); ++i) {
+        if (!landmarks[i].isPair())
+            continue;
+        found.pairs.push_back(
+            {position(landmarks[i].foreground, foreground), position(landmarks[i].background, background)});
+        found.indices.push_back(i);
+    }
+    return found;
+}
+
+} // namespace
+
+void VRLRegistrationMediator::fitLandmarks() {
+    if (__slice == nullptr || isLocked() || isRunning())
+        return;
+    const LandmarkPairs found = pairsOf(landmarks(), *__slice, *__canvas.backgroundSlice());
+    if (found.pairs.size() < 2) {
+        showMessage("A fit needs two pairs of landmarks.");
+        return;
+    }
+    setLandmarkMode(false);
+    constexpr double tolerance = 2; // pixels, as well as a hand clicks
+    const LandmarkFit fit = vorlen::fitLandmarks(found.pairs, tolerance * found.pixel);
+    for (std::size_t k = 0; k < found.indices.size(); ++k)
+        landmarks()[found.indices[k]].used = fit.used[k];
+    const PixelCalibration& size = __slice->getPixelCalibration();
+    setRegistration(registrationOf(fit.motion, double(size.getPixelWidth()), double(size.getPixelHeight())));
+}
+
+/// With the distances that are left under the registration that is shown.
+void VRLRegistrationMediator::showLandmarks() {
+    __landmarkPanel.setUsable(__slice != nullptr && !isLocked());
+    if (__slice == nullptr || __canvas.backgroundSlice() == nullptr) {
+        __landmarkPanel.setLandmarks({}, {});
+        return;
+    }
+    const LandmarkPairs found = pairsOf(landmarks(), *__slice, *__canvas.backgroundSlice());
+    const PixelCalibration& size = __slice->getPixelCalibration();
+    const RigidMotion motion =
+        motionOf(__registration, double(size.getPixelWidth()), double(size.getPixelHeight()));
+    double sum = 0;
+    int used = 0;
+    for (std::size_t k = 0; k < found.indices.size(); ++k) {
+        Landmark& mark = landmarks()[found.indices[k]];
+        const PlanePoint moved = motion.apply(found.pairs[k].source);
+        mark.residual = std::hypot(moved.x - found.pairs[k].target.x, moved.y - found.pairs[k].target.y) / found.pixel;
+        if (mark.used) {
+            sum += mark.residual * mark.residual;
+            ++used;
+        }
+    }
+    QString summary;
+    const int out = int(found.pairs.size()) - used;
+    if (used > 0)
+        summary = QString("%1 pair%2, %3 pixels off on average").arg(used).arg(used == 1 ? "" : "s").arg(
+            std::sqrt(sum / used), 0, 'f', 2);
+    if (out > 0)
+        summary += QString("; %1 contradict%2 the others and %3 left out").arg(out).arg(out == 1 ? "s" : "", out == 1 ? "is" : "are");
+    __landmarkPanel.setLandmarks(landmarks(), summary);
+    __canvas.setLandmarks(landmarks());
+}
+
+void VRLRegistrationMediator::deleteLandmark(int landmark) {
+    if (__slice == nullptr || landmark < 0 || std::size_t(landmark) >= landmarks().size())
+        return;
+    landmarks().erase(landmarks().begin() + landmark);
+    if (__canvas.isLandmarkMode())
+        askForLandmark();
+    showLandmarks();
+}
+
+void VRLRegistrationMediator::clearLandmarks() {
+    if (__slice == nullptr)
+        return;
+    landmarks().clear();
+    if (__canvas.isLandmarkMode())
+        askForLandmark();
+    showLandmarks();
+}
+
+void VRLRegistrationMediator::setStripsVisible(bool visible) {
+    __strips.setVisible(visible);
+    __commands.action("view.strips").setChecked(visible);
+}
+
+void VRLRegistrationMediator::showStrips() {
+    __strips.showStack(__stack, __slice, __registration);
 }
 
 void VRLRegistrationMediator::showMessage(const QString& text) {
@@ -480,7 +692,8 @@ void VRLRegistrationMediator::stackRegistrationEvent(VRLStackRegistrationEvent& 
     if (event.getStack() != __stack || __stack == nullptr)
         return;
     restore();
-    emit stackChanged();
+    scoreSlices();
+    showStrips();
 }
 
 void VRLRegistrationMediator::stackSliceSpacingEvent(VRLStackSliceSpacingEvent& event) {
@@ -506,6 +719,11 @@ void VRLRegistrationMediator::sliceImageCalibrationEvent(VRLSliceImageCalibratio
 void VRLRegistrationMediator::sliceImageSourceEvent(VRLSliceImageSourceEvent& event) {
     if (__slice != nullptr && (event.getSlice() == __slice || event.getSlice() == __canvas.backgroundSlice()))
         guarded(&__window, "The images can't be shown.", [this] { __canvas.refresh(); });
+    if (__stack != nullptr && __stack->findSlice(*event.getSlice()) >= 0) {
+        SectionMarks::of(*__stack).forgetScores();
+        __strips.forgetPictures();
+        scoreSlices();
+    }
 }
 
 void VRLRegistrationMediator::sliceNameEvent(VRLSliceNameEvent& event) {
@@ -539,10 +757,13 @@ void VRLRegistrationMediator::slicesChanged() {
     } else {
         __slice = nullptr;
         __registration = Registration();
+        setLandmarkMode(false);
         __canvas.clear(false);
+        showLandmarks();
     }
     __commands.update();
-    emit stackChanged();
+    scoreSlices();
+    showStrips();
 }
 
 void VRLRegistrationMediator::itemsChanged() {

@@ -1,23 +1,25 @@
 #pragma once
 
+#include <map>
 #include <vector>
 
 #include <QObject>
-#include <QPointer>
 
 #include "editing/bus/vrleventclient.h"
 #include "progress/progresssubject.h"
 #include "ui/commands/commandregistry.h"
 #include "ui/registration/automaticregistration.h"
 #include "ui/registration/vrlautomaticregistrationconfig.h"
+#include "ui/registration/vrlregistrationcanvas.h"
 #include "ui/registration/vrlregistrationpanel.h"
 #include "values/registration.h"
 
 namespace vorlen {
 
+class LandmarkPanel;
 class StackSlice;
+class StripView;
 class VRLAutomaticRegistrationPanel;
-class VRLRegistrationCanvas;
 class VRLRegistrationStatusBar;
 class VRLRegistrationToolBar;
 class VRLStack;
@@ -29,6 +31,9 @@ class VRLStack;
 /// Leaving a slice applies what was done on it; where that is refused the slice stays current. Widgets are seen, not
 /// owned.
 ///
+/// Landmarks are kept for each slice as long as the window is open. While they are set the two sections are shown by
+/// turns, the one on which the next click is meant.
+///
 /// Decisions: an undo drops what was not applied before it touches the history. A slice whose registration is changed
 /// elsewhere shows the new one. While automatic registration runs nothing else can be done in the window; a run whose
 /// stack has lost or gained slices meanwhile comes to nothing, and says so.
@@ -37,8 +42,8 @@ class VRLRegistrationMediator : public QObject, public VRLEventClient, public Pr
 
 public:
     VRLRegistrationMediator(QWidget& window, VRLRegistrationCanvas& canvas, VRLRegistrationPanel& panel,
-                            VRLAutomaticRegistrationPanel& automaticPanel, VRLRegistrationStatusBar& statusBar,
-                            VRLRegistrationToolBar& toolBar);
+                            VRLAutomaticRegistrationPanel& automaticPanel, LandmarkPanel& landmarkPanel,
+                            StripView& strips, VRLRegistrationStatusBar& statusBar, VRLRegistrationToolBar& toolBar);
     ~VRLRegistrationMediator() override;
 
     /// Connects the widgets with each other.
@@ -47,6 +52,8 @@ public:
     VRLStack* getStack() const { return __stack; }
     StackSlice* getSlice() const { return __slice; }
     const Registration& getRegistration() const { return __registration; }
+    /// Of the current slice.
+    const std::vector<Landmark>& getLandmarks() { return landmarks(); }
     CommandRegistry& commands() { return __commands; }
 
     /// Whether something is shown that is not the slice's.
@@ -98,15 +105,15 @@ public slots:
     void setComparison(ComparisonMode mode);
     void undo();
     void redo();
+    void setLandmarkMode(bool on);
+    /// Shows the registration that fits the landmarks best.
+    void fitLandmarks();
+    void deleteLandmark(int landmark);
+    void clearLandmarks();
+    void setStripsVisible(bool visible);
 
     /// In pixels of the image and in degrees, clockwise. Nothing on a locked slice.
     void nudge(double right, double down, double angle);
-
-signals:
-    /// The stack, its registrations or its slices are not what they were.
-    void stackChanged();
-    /// Another slice is current, or the registration that is shown has changed.
-    void registrationShown();
 
 private:
     void bindCommands();
@@ -116,25 +123,37 @@ private:
     int place() const;
     bool isLocked() const;
     void setScale(int change);
-    void startRun(int first, int last);
+    void beginRun();
     void takeResults();
+    bool slicesAreThoseOfRun() const;
+    void scoreSlices();
     void tellOfRun(int numDone, const QStringList& remarks);
     void slicesChanged();
     void itemsChanged();
+    void bindLandmarkCommands();
+    void addLandmark(QPointF place);
+    void showLandmarks();
+    void askForLandmark();
+    std::vector<Landmark>& landmarks() { return __landmarks[__slice]; }
+    void showStrips();
     void showMessage(const QString& text);
 
     QWidget& __window;
     VRLRegistrationCanvas& __canvas;
     VRLRegistrationPanel& __panel;
     VRLAutomaticRegistrationPanel& __automaticPanel;
+    LandmarkPanel& __landmarkPanel;
+    StripView& __strips;
     VRLRegistrationStatusBar& __statusBar;
     VRLRegistrationToolBar& __toolBar;
     VRLStack* __stack = nullptr;
     StackSlice* __slice = nullptr;
     Registration __registration; // that is shown
     AutomaticRegistration __automatic;
+    AutomaticRegistration __scoring; // behind the scenes, as long as nothing else runs
     std::vector<const StackSlice*> __slicesOfRun; // all of the stack when it began
     bool __runOfAll = false;
+    std::map<const StackSlice*, std::vector<Landmark>> __landmarks;
     CommandRegistry __commands{*this};
 };
 

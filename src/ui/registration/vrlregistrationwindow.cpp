@@ -12,13 +12,16 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QSettings>
+#include <QSplitter>
 #include <QStyle>
 #include <QVBoxLayout>
 
 #include "editing/bus/vrlstackevent.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/icons/vrlicons.h"
+#include "ui/registration/landmarkpanel.h"
 #include "ui/registration/registrationcommands.h"
+#include "ui/registration/stripview.h"
 #include "ui/registration/vrlautomaticregistrationpanel.h"
 #include "ui/registration/vrlregistrationcanvas.h"
 #include "ui/registration/vrlregistrationmediator.h"
@@ -48,7 +51,10 @@ VRLRegistrationWindow::VRLRegistrationWindow(QWidget* parent) : QWidget(parent, 
     __panel = new VRLRegistrationPanel(this);
     __statusBar = new VRLRegistrationStatusBar(this);
     __toolBar = new VRLRegistrationToolBar(this);
-    __mediator = new VRLRegistrationMediator(*this, *__canvas, *__panel, *__automaticPanel, *__statusBar, *__toolBar);
+    __landmarkPanel = new LandmarkPanel(this);
+    __strips = new StripView(this);
+    __mediator = new VRLRegistrationMediator(*this, *__canvas, *__panel, *__automaticPanel, *__landmarkPanel, *__strips,
+                                             *__statusBar, *__toolBar);
     __mediator->initialize();
     layOut();
     connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
@@ -79,6 +85,7 @@ void VRLRegistrationWindow::layOut() {
     column->setSpacing(10);
     column->addWidget(__panel);
     column->addWidget(__automaticPanel);
+    column->addWidget(__landmarkPanel);
     column->addStretch();
     // The controls are tall: on a small screen they scroll, so that the window need not be as tall.
     auto* const area = new QScrollArea(this);
@@ -89,7 +96,13 @@ void VRLRegistrationWindow::layOut() {
     area->setFixedWidth(controls->sizeHint().width() + style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 4);
     auto* const body = new QHBoxLayout;
     body->setContentsMargins(5, 0, 5, 0);
-    body->addWidget(__canvas, 1);
+    auto* const pictures = new QSplitter(Qt::Vertical, this);
+    pictures->setChildrenCollapsible(false);
+    pictures->addWidget(__canvas);
+    pictures->addWidget(__strips);
+    pictures->setStretchFactor(0, 1);
+    __strips->hide();
+    body->addWidget(pictures, 1);
     body->addWidget(area);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

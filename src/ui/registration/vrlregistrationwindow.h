@@ -7,7 +7,9 @@
 namespace vorlen {
 
 class CommandRegistry;
+class LandmarkPanel;
 class StackSlice;
+class StripView;
 class VRLAutomaticRegistrationPanel;
 class VRLRegistrationCanvas;
 class VRLRegistrationMediator;
@@ -40,6 +42,8 @@ public:
     VRLRegistrationMediator& getMediator() const { return *__mediator; }
     VRLRegistrationCanvas& getCanvas() const { return *__canvas; }
     VRLRegistrationPanel& getPanel() const { return *__panel; }
+    LandmarkPanel& getLandmarkPanel() const { return *__landmarkPanel; }
+    StripView& getStrips() const { return *__strips; }
     VRLRegistrationStatusBar& getStatusBar() const { return *__statusBar; }
     CommandRegistry& commands() const;
 
@@ -61,6 +65,8 @@ private:
     VRLRegistrationPanel* __panel;
     VRLRegistrationStatusBar* __statusBar;
     VRLRegistrationToolBar* __toolBar;
+    LandmarkPanel* __landmarkPanel;
+    StripView* __strips;
     VRLRegistrationMediator* __mediator;
 };
 
