@@ -18,8 +18,8 @@ class PlaceSliceTest : public ::testing::Test {
 protected:
     PlaceSliceTest() {
         addSlices(stack, 6);
-        const Registration registrations[] = {
-            {}, {12.5, -3, 20}, {-7, 30.25, 340}, {4, 4, 181}, {0, 9, 0}, {100, 1, 90.5f}};
+        const Registration registrations[] = {{},          {12.5, -3, 20}, {-7, 30.25, 340},
+                                              {4, 4, 181}, {0, 9, 0},      {100, 1, 90.5f}};
         for (int i = 0; i < 6; ++i) {
             PixelCalibration calibration;
             calibration.setPixelWidth(1 + 0.25f * float(i));

@@ -29,8 +29,8 @@ public:
 
     /// Each does nothing while a run goes on. Locked has an entry for each slice.
 
-    /// One slice on the one before it, beginning with a registration.
-    void registerSlice(const Stack& stack, int place, const Registration& start);
+    /// One slice on the one before it, beginning where this registration puts it.
+    void registerSlice(const Stack& stack, int place, const Registration& from);
     /// All slices together.
     void registerAll(const Stack& stack, const std::vector<bool>& locked);
     /// How well the slices at these places fit the one before them. Each is told of by scored().

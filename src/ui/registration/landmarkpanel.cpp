@@ -33,8 +33,9 @@ LandmarkPanel::LandmarkPanel(QWidget* parent) : QFrame(parent) {
     __set->setCheckable(true);
     __set->setToolTip("Click a spot on the background, then the same spot on the foreground; Escape stops");
     __fit = new QPushButton("Fit", group);
-    __fit->setToolTip("The shift and rotation that bring the pairs together best; a pair that contradicts the others is "
-                      "left out");
+    __fit->setToolTip(
+        "The shift and rotation that bring the pairs together best; a pair that contradicts the others is "
+        "left out");
     __delete = new QPushButton("Delete", group);
     __delete->setToolTip("The landmark that is selected in the list");
     __clear = new QPushButton("Clear", group);

@@ -65,7 +65,11 @@ std::vector<CommandInfo> adjustCommands() {
 
 std::vector<CommandInfo> sliceAndViewCommands() {
     return {
-        {.id = "slice.first", .text = "First slice", .tip = "The second slice of the stack", .icon = "bottom", .keys = "Home"},
+        {.id = "slice.first",
+         .text = "First slice",
+         .tip = "The second slice of the stack",
+         .icon = "bottom",
+         .keys = "Home"},
         {.id = "slice.previous", .text = "Previous slice", .tip = "The slice before", .icon = "down", .keys = "PgDown"},
         {.id = "slice.next", .text = "Next slice", .tip = "The slice after", .icon = "up", .keys = "PgUp"},
         {.id = "slice.last", .text = "Last slice", .tip = "The last slice of the stack", .icon = "top", .keys = "End"},
@@ -116,10 +120,9 @@ CommandSheet newRegistrationSheet() {
           "registration.run", "registration.runAll", "registration.cancelRun", line, "window.close"}},
         {"Edit", {"edit.undo", "edit.redo"}},
         {"Adjust",
-         {"nudge.left",     "nudge.right", "nudge.up",     "nudge.down",    line,
-          "nudge.farLeft",  "nudge.farRight", "nudge.farUp", "nudge.farDown", line,
-          "nudge.bitLeft",  "nudge.bitRight", "nudge.bitUp", "nudge.bitDown", line,
-          "turn.left",      "turn.right"}},
+         {"nudge.left", "nudge.right", "nudge.up", "nudge.down", line, "nudge.farLeft", "nudge.farRight", "nudge.farUp",
+          "nudge.farDown", line, "nudge.bitLeft", "nudge.bitRight", "nudge.bitUp", "nudge.bitDown", line, "turn.left",
+          "turn.right"}},
         {"Slices", {"slice.first", "slice.previous", "slice.next", "slice.last", line, "slice.worstFirst"}},
         {"Landmarks", {"landmarks.set", "landmarks.fit", "landmarks.clear"}},
         {"View",

@@ -4,6 +4,8 @@
 
 #include <QPainter>
 #include <QPainterPath>
+#include <QStyle>
+#include <QWidget>
 
 #include "ui/models/vrlslicelistwidget.h"
 #include "ui/registration/sectionmarks.h"
@@ -12,7 +14,8 @@ namespace vorlen {
 
 namespace {
 
-constexpr int barWidth = 64;
+constexpr int barWidth = 56;
+constexpr int marksWidth = barWidth + 22; // with the padlock
 
 void drawPadlock(QPainter& painter, const QRectF& place) {
     QPainterPath shackle;
@@ -39,7 +42,12 @@ void ScoreBarDelegate::setMarks(SectionMarks* marks) {
 }
 
 void ScoreBarDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    QStyledItemDelegate::paint(painter, option, index);
+    // The name ends where the marks begin, and the selection goes on below them.
+    QStyleOptionViewItem whole = option, name = option;
+    initStyleOption(&whole, index);
+    option.widget->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &whole, painter, option.widget);
+    name.rect.setRight(option.rect.right() - marksWidth);
+    QStyledItemDelegate::paint(painter, name, index);
     const auto* const slice = index.data(Qt::UserRole).value<StackSlice*>();
     if (__marks == nullptr || slice == nullptr)
         return;

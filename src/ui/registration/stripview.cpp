@@ -90,7 +90,8 @@ StripView::StripView(QWidget* parent) : QFrame(parent) {
     setFrameStyle(QFrame::Box | QFrame::Plain);
     setMinimumHeight(90);
     setAccessibleName("Cuts through the stack");
-    setToolTip("Cuts through the stack as it is registered. Click to move the other cut, double-click to go to a slice.");
+    setToolTip(
+        "Cuts through the stack as it is registered. Click to move the other cut, double-click to go to a slice.");
     connect(&__reader, &SmallPictures::pictureRead, this,
             [this](const StackSlice* slice, const std::shared_ptr<Image>& picture) {
                 __pictures[slice] = picture;

@@ -19,9 +19,9 @@ class VRLStack;
 
 /// A section as cuts see it.
 struct CutSection {
-    const Image* picture = nullptr;   // plain grey, of any size; null as long as it is not there
-    double width = 0, height = 0;     // of the section, in the length unit
-    RigidMotion place;                // of the section in the frame of the stack, about its middle
+    const Image* picture = nullptr; // plain grey, of any size; null as long as it is not there
+    double width = 0, height = 0;   // of the section, in the length unit
+    RigidMotion place;              // of the section in the frame of the stack, about its middle
 };
 
 /// A cut across all sections: a row for each, the last one on top, and a column for each of `columns` steps from `from`

@@ -5,8 +5,8 @@
 
 #include <QMouseEvent>
 #include <QPainter>
-#include <QScreen>
 #include <QScopedValueRollback>
+#include <QScreen>
 #include <QTimer>
 
 #include "document/modelitem.h"
@@ -207,7 +207,9 @@ void VRLRegistrationCanvas::updateImages() {
 std::unique_ptr<Image> VRLRegistrationCanvas::loadImage(const StackSlice& slice, const char* name,
                                                         const VRLWMConverter& converter) {
     auto image = std::make_unique<Image>();
-    const auto tell = [this, name](const char* task) { notifyProgressed(std::string(task) + name + " slice image..."); };
+    const auto tell = [this, name](const char* task) {
+        notifyProgressed(std::string(task) + name + " slice image...");
+    };
     const QRect model = converter.getModel();
     tell("Loading ");
     loadGrey(slice, *image);
@@ -263,8 +265,9 @@ void VRLRegistrationCanvas::drawImages(QPainter& painter) {
     if (__foregroundSlice == nullptr && !__updating)
         painter.drawText(contentsRect(), Qt::AlignCenter | Qt::TextWordWrap,
                          "Choose a slice in the list to lay it on the one before it");
-    const bool complete = __foregroundSlice != nullptr && __backgroundSlice != nullptr &&
-                          (__canvasMode == ForegroundMode || (__foregroundImage != nullptr && __backgroundImage != nullptr));
+    const bool complete =
+        __foregroundSlice != nullptr && __backgroundSlice != nullptr &&
+        (__canvasMode == ForegroundMode || (__foregroundImage != nullptr && __backgroundImage != nullptr));
     if (!complete || __updating)
         return;
     if (__displayIsOld)
@@ -292,8 +295,8 @@ void VRLRegistrationCanvas::drawFrames(QPainter& painter) const {
 }
 
 bool VRLRegistrationCanvas::shows(SectionComparison side) const {
-    return __comparison == side || (__comparison != SectionComparison::Foreground &&
-                                    __comparison != SectionComparison::Background);
+    return __comparison == side ||
+           (__comparison != SectionComparison::Foreground && __comparison != SectionComparison::Background);
 }
 
 void VRLRegistrationCanvas::drawItems() {
@@ -451,9 +454,9 @@ QPointF VRLRegistrationCanvas::canvasToForeground(QPointF place) const {
     const QRect world = __foregroundConverter.getWorld();
     const QPointF seen = place - foregroundToCanvas(QPointF(world.width() * 0.5, world.height() * 0.5));
     const double angle = double(__modelRegistration.getRotationAngle()) / degreesOfRadian;
-    return QPointF((std::cos(angle) * seen.x() + std::sin(angle) * seen.y()) / __foregroundStep[0] + world.width() * 0.5,
-                   (-std::sin(angle) * seen.x() + std::cos(angle) * seen.y()) / __foregroundStep[1] +
-                       world.height() * 0.5);
+    return QPointF(
+        (std::cos(angle) * seen.x() + std::sin(angle) * seen.y()) / __foregroundStep[0] + world.width() * 0.5,
+        (-std::sin(angle) * seen.x() + std::cos(angle) * seen.y()) / __foregroundStep[1] + world.height() * 0.5);
 }
 
 } // namespace vorlen

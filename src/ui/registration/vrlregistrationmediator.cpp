@@ -17,9 +17,9 @@
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "numerics/exception.h"
+#include "registration/rigidmotion.h"
 #include "ui/models/guarded.h"
 #include "ui/models/refusal.h"
-#include "registration/rigidmotion.h"
 #include "ui/registration/landmarkpanel.h"
 #include "ui/registration/registrationcommands.h"
 #include "ui/registration/sectionmarks.h"
@@ -42,11 +42,11 @@ struct Nudge {
 };
 
 constexpr Nudge nudges[] = {
-    {"nudge.left", -1, 0, 0},       {"nudge.right", 1, 0, 0},      {"nudge.up", 0, -1, 0},
-    {"nudge.down", 0, 1, 0},        {"nudge.farLeft", -10, 0, 0},  {"nudge.farRight", 10, 0, 0},
-    {"nudge.farUp", 0, -10, 0},     {"nudge.farDown", 0, 10, 0},   {"nudge.bitLeft", -0.1, 0, 0},
-    {"nudge.bitRight", 0.1, 0, 0},  {"nudge.bitUp", 0, -0.1, 0},   {"nudge.bitDown", 0, 0.1, 0},
-    {"turn.left", 0, 0, -0.1},      {"turn.right", 0, 0, 0.1},
+    {"nudge.left", -1, 0, 0},      {"nudge.right", 1, 0, 0},     {"nudge.up", 0, -1, 0},
+    {"nudge.down", 0, 1, 0},       {"nudge.farLeft", -10, 0, 0}, {"nudge.farRight", 10, 0, 0},
+    {"nudge.farUp", 0, -10, 0},    {"nudge.farDown", 0, 10, 0},  {"nudge.bitLeft", -0.1, 0, 0},
+    {"nudge.bitRight", 0.1, 0, 0}, {"nudge.bitUp", 0, -0.1, 0},  {"nudge.bitDown", 0, 0.1, 0},
+    {"turn.left", 0, 0, -0.1},     {"turn.right", 0, 0, 0.1},
 };
 
 /// Nudges add up to whole numbers again.
@@ -97,8 +97,9 @@ void VRLRegistrationMediator::initialize() {
     connect(&__panel, &Panel::framesEnabled, &__commands.action("view.frames"), &QAction::setChecked);
     connect(&__panel, &Panel::transparencyModeChanged, &__canvas, &VRLRegistrationCanvas::setTransparencyMode);
     connect(&__panel, &Panel::framesEnabled, &__canvas, &VRLRegistrationCanvas::setFramesEnabled);
-    connect(&__automaticPanel, qOverload<const VRLAutomaticRegistrationConfig&>(&VRLAutomaticRegistrationPanel::runClicked),
-            this, &Mediator::runAutomaticRegistration);
+    connect(&__automaticPanel,
+            qOverload<const VRLAutomaticRegistrationConfig&>(&VRLAutomaticRegistrationPanel::runClicked), this,
+            &Mediator::runAutomaticRegistration);
     connect(&__automaticPanel, &VRLAutomaticRegistrationPanel::cancelClicked, this,
             &Mediator::cancelAutomaticRegistration);
     connect(&__toolBar, &VRLRegistrationToolBar::modeClicked, this, [this](CanvasMode mode) {
@@ -225,8 +226,8 @@ void VRLRegistrationMediator::setSlice(StackSlice& slice) {
         __panel.setSlice(*__slice);
         return;
     }
-    guarded(&__window, QString("The images of slice \"%1\" can't be shown.").arg(QString::fromStdString(slice.getName())),
-            [&] {
+    guarded(&__window,
+            QString("The images of slice \"%1\" can't be shown.").arg(QString::fromStdString(slice.getName())), [&] {
                 const WaitCursor cursor;
                 setLandmarkMode(false);
                 __slice = &slice;
@@ -304,8 +305,8 @@ bool VRLRegistrationMediator::tryApply() {
     guarded(&__window, "The registration can't be applied.", [&] {
         const Registration registration = __registration; // events may show the slice's own meanwhile
         const std::vector<bool> locked = SectionMarks::of(*__stack).locked();
-        applied = !tellRefusal(
-            &__window, placeSlice(*__stack, place(), registration, __panel.lastFollower(place()), locked));
+        applied =
+            !tellRefusal(&__window, placeSlice(*__stack, place(), registration, __panel.lastFollower(place()), locked));
     });
     if (applied)
         __panel.setRestoreEnabled(false);
@@ -471,8 +472,9 @@ void VRLRegistrationMediator::takeResults() {
         return; // closed meanwhile
     __canvas.setEditable(!isLocked());
     if (!slicesAreThoseOfRun()) {
-        tellRefusal(&__window, Outcome::refused("The slices of the stack have changed meanwhile, so that what was found "
-                                                "was not set"));
+        tellRefusal(&__window,
+                    Outcome::refused("The slices of the stack have changed meanwhile, so that what was found "
+                                     "was not set"));
         return;
     }
     int numDone = 0;
@@ -513,10 +515,10 @@ void VRLRegistrationMediator::tellOfRun(int numDone, const QStringList& remarks)
     if (remarks.isEmpty())
         return;
     const QStringList shown = remarks.mid(0, 20);
-    const QString rest = remarks.size() > shown.size() ? QString("\n... and %1 more.").arg(remarks.size() - shown.size())
-                                                       : QString();
-    QMessageBox box(QMessageBox::Information, appName,
-                    "What is to be said of slices:\n\n" + shown.join('\n') + rest, QMessageBox::Ok, &__window);
+    const QString rest =
+        remarks.size() > shown.size() ? QString("\n... and %1 more.").arg(remarks.size() - shown.size()) : QString();
+    QMessageBox box(QMessageBox::Information, appName, "What is to be said of slices:\n\n" + shown.join('\n') + rest,
+                    QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
@@ -632,8 +634,7 @@ void VRLRegistrationMediator::showLandmarks() {
     }
     const LandmarkPairs found = pairsOf(landmarks(), *__slice, *__canvas.backgroundSlice());
     const PixelCalibration& size = __slice->getPixelCalibration();
-    const RigidMotion motion =
-        motionOf(__registration, double(size.getPixelWidth()), double(size.getPixelHeight()));
+    const RigidMotion motion = motionOf(__registration, double(size.getPixelWidth()), double(size.getPixelHeight()));
     double sum = 0;
     int used = 0;
     for (std::size_t k = 0; k < found.indices.size(); ++k) {
@@ -648,10 +649,14 @@ void VRLRegistrationMediator::showLandmarks() {
     QString summary;
     const int out = int(found.pairs.size()) - used;
     if (used > 0)
-        summary = QString("%1 pair%2, %3 pixels off on average").arg(used).arg(used == 1 ? "" : "s").arg(
-            std::sqrt(sum / used), 0, 'f', 2);
+        summary = QString("%1 pair%2, %3 pixels off on average")
+                      .arg(used)
+                      .arg(used == 1 ? "" : "s")
+                      .arg(std::sqrt(sum / used), 0, 'f', 2);
     if (out > 0)
-        summary += QString("; %1 contradict%2 the others and %3 left out").arg(out).arg(out == 1 ? "s" : "", out == 1 ? "is" : "are");
+        summary += QString("; %1 contradict%2 the others and %3 left out")
+                       .arg(out)
+                       .arg(out == 1 ? "s" : "", out == 1 ? "is" : "are");
     __landmarkPanel.setLandmarks(landmarks(), summary);
     __canvas.setLandmarks(landmarks());
 }

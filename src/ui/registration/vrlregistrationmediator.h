@@ -150,7 +150,7 @@ private:
     StackSlice* __slice = nullptr;
     Registration __registration; // that is shown
     AutomaticRegistration __automatic;
-    AutomaticRegistration __scoring; // behind the scenes, as long as nothing else runs
+    AutomaticRegistration __scoring;              // behind the scenes, as long as nothing else runs
     std::vector<const StackSlice*> __slicesOfRun; // all of the stack when it began
     bool __runOfAll = false;
     std::map<const StackSlice*, std::vector<Landmark>> __landmarks;

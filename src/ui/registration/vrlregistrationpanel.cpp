@@ -307,9 +307,9 @@ void VRLRegistrationPanel::fillFollowers() {
 void VRLRegistrationPanel::updateEnabled() {
     const bool current = __slice != nullptr;
     __lock->setEnabled(current);
-    for (QWidget* widget : {static_cast<QWidget*>(__angle), static_cast<QWidget*>(__follow),
-                            static_cast<QWidget*>(__until), static_cast<QWidget*>(__reset),
-                            static_cast<QWidget*>(__apply)})
+    for (QWidget* widget :
+         {static_cast<QWidget*>(__angle), static_cast<QWidget*>(__follow), static_cast<QWidget*>(__until),
+          static_cast<QWidget*>(__reset), static_cast<QWidget*>(__apply)})
         widget->setEnabled(current && !__locked);
     if (!current)
         __restore->setEnabled(false);

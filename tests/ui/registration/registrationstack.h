@@ -43,9 +43,9 @@ inline Image sectionPicture(int width, int height, const SectionPose& pose) {
     for (int row = 0; row < height; ++row)
         for (int column = 0; column < width; ++column) {
             const double x = column + 0.5 - width / 2.0, y = row + 0.5 - height / 2.0;
-            image.getPixels()[row][column] = static_cast<unsigned char>(
-                tissueGrey(std::cos(angle) * x - std::sin(angle) * y + pose.right,
-                           std::sin(angle) * x + std::cos(angle) * y + pose.down));
+            image.getPixels()[row][column] =
+                static_cast<unsigned char>(tissueGrey(std::cos(angle) * x - std::sin(angle) * y + pose.right,
+                                                      std::sin(angle) * x + std::cos(angle) * y + pose.down));
         }
     return image;
 }

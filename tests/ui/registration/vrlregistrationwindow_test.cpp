@@ -24,8 +24,8 @@
 #include "numerics/exception.h"
 #include "support/commands.h"
 #include "support/modalscript.h"
-#include "ui/registration/landmarkpanel.h"
 #include "ui/registration/greyimage.h"
+#include "ui/registration/landmarkpanel.h"
 #include "ui/registration/registrationcommands.h"
 #include "ui/registration/registrationstack.h"
 #include "ui/registration/sectionmarks.h"
@@ -104,7 +104,9 @@ protected:
         QTest::mouseRelease(&canvas(), button, Qt::NoModifier, to);
     }
     QPoint middle() { return canvas().contentsRect().center(); }
-    void waitForRun() { EXPECT_TRUE(QTest::qWaitFor([this] { return !mediator().isRunning(); }, 60000)); }
+    void waitForRun() {
+        EXPECT_TRUE(QTest::qWaitFor([this] { return !mediator().isRunning(); }, 60000));
+    }
     std::string bytes() { return StackWriter().toText(stack); }
     /// Where the middle of a slice lies in the world.
     Vector<float> placeOf(int i) { return stack.getReconstruction().toWorld(i, 120, 80); }
@@ -445,7 +447,8 @@ TEST_F(VRLRegistrationWindowTest, aRunThatIsCancelledKeepsWhatIsDone) {
     EXPECT_TRUE(isEnabled(mediator().commands(), "registration.cancelRun"));
     mediator().cancelAutomaticRegistration();
     waitForRun();
-    EXPECT_TRUE(window->getStatusBar().message().startsWith("Cancelled: ")) << window->getStatusBar().message().toStdString();
+    EXPECT_TRUE(window->getStatusBar().message().startsWith("Cancelled: "))
+        << window->getStatusBar().message().toStdString();
     EXPECT_TRUE(button("Run")->isEnabled());
     // Closed in the middle of a run.
     trigger(mediator().commands(), "registration.runAll");
