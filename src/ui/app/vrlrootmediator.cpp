@@ -41,6 +41,7 @@
 #include "ui/models/vrlstackannotationdialog.h"
 #include "ui/models/vrlstacklistwidget.h"
 #include "ui/models/vrlstackpropertiesdialog.h"
+#include "ui/registration/vrlregistrationwindow.h"
 #include "ui/scenes/vrlrenderingwindow.h"
 #include "ui/session/vrlconfig.h"
 #include "ui/session/vrlsettings.h"
@@ -110,7 +111,7 @@ void VRLRootMediator::bindEditCommands() {
 void VRLRootMediator::bindProcessCommands() {
     const auto stack = [this] { return __stack != nullptr; };
     const auto severalStacks = [this] { return numOpenStacks() > 1; };
-    __commands.command("stack.register").enableWhen([this] {
+    __commands.bind("stack.register", [this] { registerCurrentStack(); }).enableWhen([this] {
         return __stack != nullptr && __stack->getNumSlices() > 1;
     });
     __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
@@ -565,6 +566,21 @@ void VRLRootMediator::runOmbrelAction1() {
                     QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();
+}
+
+/// Begins with the slice that is shown, so that something can be seen.
+void VRLRootMediator::registerCurrentStack() {
+    if (__stack == nullptr || __stack->getNumSlices() < 2)
+        return;
+    if (__stack->isRegistrationWindowOpen()) {
+        VRLRegistrationWindow::raiseWindowOf(*__stack);
+        return;
+    }
+    guarded("Register", [this] {
+        auto* const window = new VRLRegistrationWindow; // deletes itself when it is closed
+        window->setStack(*__stack);
+        window->showSlice(__slice != nullptr ? *__slice : __stack->getFirstSlice());
+    });
 }
 
 void VRLRootMediator::renderCurrentStack() {

@@ -99,6 +99,8 @@ public slots:
     void runStackAnnotationDialog();
     void runSliceAnnotationDialog();
     void runPreferencesDialog();
+    /// One window for a stack: an open one comes to the front.
+    void registerCurrentStack();
     void renderCurrentStack();
     void runAnalysis();
     /// Lists, for each open stack, how far the points of the model "spotBarycenters" lie from the surface of the model

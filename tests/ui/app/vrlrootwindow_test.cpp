@@ -50,6 +50,8 @@
 #include "ui/commands/shortcutsdialog.h"
 #include "ui/models/vrlslicelistwidget.h"
 #include "ui/models/vrlstacklistwidget.h"
+#include "ui/registration/vrlregistrationmediator.h"
+#include "ui/registration/vrlregistrationwindow.h"
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/scenes/vrlrenderingpaintergl.h"
 #include "ui/scenes/vrlrenderingwindow.h"
@@ -182,7 +184,8 @@ TEST_F(VRLRootWindowTest, commandsAreSoundAndListed) {
     auto* const list = dialogs[0]->findChild<QTreeWidget*>();
     for (int i = 0; i < list->topLevelItemCount(); ++i)
         windows += list->topLevelItem(i)->text(0);
-    EXPECT_EQ(windows, (QStringList{"Main window", "Slice editor", "Rendering window", "Analysis window"}));
+    EXPECT_EQ(windows, (QStringList{"Main window", "Slice editor", "Registration window", "Rendering window",
+                                    "Analysis window"}));
     EXPECT_FALSE(list->findItems("Edit points", Qt::MatchExactly | Qt::MatchRecursive).isEmpty());
 }
 
@@ -228,7 +231,7 @@ TEST_F(VRLRootWindowTest, commandsFollowTheState) {
     EXPECT_TRUE(enabled("stack.save"));
     EXPECT_TRUE(window->isWindowModified());
     // Commands whose part of the program is still to come.
-    for (const char* text : {"stack.register", "stack.findSpots", "stacks.normalize"})
+    for (const char* text : {"stack.findSpots", "stacks.normalize"})
         EXPECT_FALSE(enabled(text)) << text;
     stack.setModified(false);
     trigger("stack.close");
@@ -237,6 +240,31 @@ TEST_F(VRLRootWindowTest, commandsFollowTheState) {
         EXPECT_FALSE(enabled(text)) << text;
     EXPECT_EQ(window->windowTitle(), "Vorlen");
     EXPECT_TRUE(listed(window->browser().sliceList()).isEmpty());
+}
+
+TEST_F(VRLRootWindowTest, registersAStackInOneWindowOfItsOwn) {
+    VRLStack& stack = open("one");
+    mediator().setSlice(stack.getSlice(1));
+    EXPECT_TRUE(enabled("stack.register"));
+    trigger("stack.register");
+    trigger("stack.register");
+    std::vector<VRLRegistrationWindow*> windows;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* opened = qobject_cast<VRLRegistrationWindow*>(widget))
+            windows.push_back(opened);
+    ASSERT_EQ(windows.size(), 1u);
+    const QPointer<VRLRegistrationWindow> registration = windows[0];
+    EXPECT_EQ(registration->getMediator().getSlice(), &stack.getSlice(1));
+    registration->getMediator().nudge(5, 0, 0);
+    registration->getMediator().apply();
+    EXPECT_TRUE(enabled("edit.undo"));
+    trigger("edit.undo"); // of the root window
+    EXPECT_TRUE(registration->getMediator().getRegistration().isNull());
+    EXPECT_TRUE(stack.getSlice(1).getRegistration().isNull());
+    stack.setModified(false);
+    trigger("stack.close");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(registration, nullptr);
 }
 
 TEST_F(VRLRootWindowTest, listAndSliderMoveThroughTheSlices) {
