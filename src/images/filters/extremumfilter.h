@@ -16,8 +16,8 @@ namespace vorlen {
 ///
 /// The result is NaN just where the window holds a NaN that no mask hides.
 ///
-/// A run reports a step for each line of each axis. A volume is worked on by all threads of ParallelWork, in place. A run
-/// that is cancelled leaves the data filtered in part, and notifyCanceled() takes the place of notifyFinished().
+/// A run reports a step for each line of each axis. A volume is worked on by all threads of ParallelWork, in place. A
+/// run that is cancelled leaves the data filtered in part, and notifyCanceled() takes the place of notifyFinished().
 ///
 /// Compiled for short, unsigned short, int, unsigned int, float, double and long double.
 template <class T, bool greatest>

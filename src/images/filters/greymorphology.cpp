@@ -169,7 +169,8 @@ bool GreyMorphology<T, dilation>::__applyWindow(VoxelMatrix<T>& volume, Parallel
                 value = narrowed<T>(static_cast<Wide<T>>(value) - height);
     };
     return work.run(planes, 0, filterPlane) &&
-           work.run(rows, static_cast<unsigned long long>(rows) * static_cast<unsigned long long>(planes), filterAcross);
+           work.run(rows, static_cast<unsigned long long>(rows) * static_cast<unsigned long long>(planes),
+                    filterAcross);
 }
 
 // The planes under the element are kept in a ring, widened and with a margin of neutral columns; rows and planes
@@ -206,8 +207,8 @@ bool GreyMorphology<T, dilation>::__applyElement(VoxelMatrix<T>& volume, Paralle
             for (int a = std::max(-rowHalf, -i); a <= std::min(rowHalf, rows - 1 - i) && !work.isCanceled(); ++a) {
                 const T* const row = __element[planeSkip + planeHalf + c][rowHalf + a].data() + columnSkip;
                 std::copy_n(row, numHeights, heights.data());
-                const auto combine = careful ? combineRow<dilation, std::is_floating_point_v<T>, W>
-                                             : combineRow<dilation, false, W>;
+                const auto combine =
+                    careful ? combineRow<dilation, std::is_floating_point_v<T>, W> : combineRow<dilation, false, W>;
                 combine(line(i + a, k + c), heights.data(), numHeights, best.data(), columns);
             }
         T* const target = volume[k][i].data();

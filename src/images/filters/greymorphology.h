@@ -20,10 +20,10 @@ class ParallelWork;
 ///
 /// A voxel becomes NaN just where the element covers one.
 ///
-/// A run reports each row of each plane, in parts of a total of rows times columns. The volume is worked on by all threads
-/// of ParallelWork, in place; an element that is not flat needs the memory of as many planes as it has, in a type wide
-/// enough. A run that is cancelled leaves the volume filtered in part, and notifyCanceled() takes the place of
-/// notifyFinished().
+/// A run reports each row of each plane, in parts of a total of rows times columns. The volume is worked on by all
+/// threads of ParallelWork, in place; an element that is not flat needs the memory of as many planes as it has, in a
+/// type wide enough. A run that is cancelled leaves the volume filtered in part, and notifyCanceled() takes the place
+/// of notifyFinished().
 template <class T, bool dilation>
 class GreyMorphology : public VoxelMatrixProcessing<T> {
 public:

@@ -198,10 +198,11 @@ R indexOf(const Moments<T>& moments, int j, IsotropyAnalysis analysis, R toleran
         return R(0);
     if (analysis == SphericityAnalysis)
         return sphericity(moments.covariance(j), tolerance);
-    return analysis == EigenvalueRatioAnalysis && mass != R(0) ? eigenvalueRatio(moments.covariance(j), tolerance) : R(0);
+    return analysis == EigenvalueRatioAnalysis && mass != R(0) ? eigenvalueRatio(moments.covariance(j), tolerance)
+                                                               : R(0);
 }
 
-constexpr double keptBytes = 16 * 1024 * 1024;
+constexpr double keptBytes = 1024 * 1024;
 constexpr int rowsTogether = 32;
 
 } // namespace

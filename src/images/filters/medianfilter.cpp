@@ -198,18 +198,17 @@ bool MedianFilter<T>::applyNetwork(VoxelMatrix<T>& volume, ParallelWork& work) c
         for (int k = first; k < last; ++k)
             copyBorder(sliding, volume, k, h);
         const int perPlane = rowPieces.count() * columnPieces.count();
-        return work.run(perPlane * (last - first), product(last - first, volume.getSize1() - 2 * h),
-                        [&](int number, int worker) {
-                            auto& median = medians[static_cast<std::size_t>(worker)];
-                            if (!median)
-                                median = std::make_unique<BlockMedian<T>>(h);
-                            const int row = number % perPlane / columnPieces.count();
-                            const int column = number % columnPieces.count();
-                            median->apply(sliding,
-                                          {h + rowPieces.first(row), h + columnPieces.first(column),
-                                           first + number / perPlane, rowPieces.last(row) - rowPieces.first(row),
-                                           columnPieces.last(column) - columnPieces.first(column), 1});
-                        });
+        return work.run(
+            perPlane * (last - first), product(last - first, volume.getSize1() - 2 * h), [&](int number, int worker) {
+                auto& median = medians[static_cast<std::size_t>(worker)];
+                if (!median)
+                    median = std::make_unique<BlockMedian<T>>(h);
+                const int row = number % perPlane / columnPieces.count();
+                const int column = number % columnPieces.count();
+                median->apply(sliding, {h + rowPieces.first(row), h + columnPieces.first(column),
+                                        first + number / perPlane, rowPieces.last(row) - rowPieces.first(row),
+                                        columnPieces.last(column) - columnPieces.first(column), 1});
+            });
     });
 }
 
@@ -233,8 +232,7 @@ bool MedianFilter<T>::applyByRanks(VoxelMatrix<T>& volume, ParallelWork& work) c
                                  rowPieces.last(row) - rowPieces.first(row),
                                  columnPieces.last(column) - columnPieces.first(column), last - first},
                                 [&](int i, int k) { return sliding.original(i, k); },
-                                [&](int i, int k) { return sliding.row(i, k); },
-                                [&] { return !work.isCanceled(); });
+                                [&](int i, int k) { return sliding.row(i, k); }, [&] { return !work.isCanceled(); });
                         });
     });
 }

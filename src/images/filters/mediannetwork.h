@@ -9,9 +9,9 @@
 namespace vorlen {
 
 /// Medians over small windows by networks of minima and maxima, which take a vector of neighbouring columns at once and
-/// have no branches: squares of half size 1 and 2, in place, where elements nearer to the border than the half size stay,
-/// and the cube of half size 1. (See CubeMedian for half size 2.) The elements must not be NaN; which of 0 and -0 a median
-/// is stays open.
+/// have no branches: squares of half size 1 and 2, in place, where elements nearer to the border than the half size
+/// stay, and the cube of half size 1. (See CubeMedian for half size 2.) The elements must not be NaN; which of 0 and -0
+/// a median is stays open.
 ///
 /// What neighbouring windows share is sorted once: each row's part of a window is sorted into a list, the lists of the
 /// rows that two windows, one above the other, have in common are merged (K. E. Batcher, AFIPS 32, 1968), and each of
@@ -30,16 +30,16 @@ public:
     /// Working memory for blocks of a volume.
     MedianNetwork() : __lists(blockWidth + 2, 9, 4) {}
 
-    /// A matrix. report hears a number of rows done, and tells whether to go on; the rows that were not reached then stay
-    /// as they were. True when all were.
+    /// A matrix. report hears a number of rows done, and tells whether to go on; the rows that were not reached then
+    /// stay as they were. True when all were.
     template <class Report>
     static bool apply(PixelMatrix<T>& matrix, int h, Report report) {
         return h == 1 ? applyTo<1>(matrix, report) : applyTo<2>(matrix, report);
     }
 
-    /// A block of a volume with half size 1: medians of rows first to last - 1 and of count columns, at most blockWidth,
-    /// from column on. source(i, c) gives row i of the plane c before (below 0) or behind (above 0) that of the results,
-    /// for c from -1 to 1; target(i) the row for the results. All windows lie inside the volume.
+    /// A block of a volume with half size 1: medians of rows first to last - 1 and of count columns, at most
+    /// blockWidth, from column on. source(i, c) gives row i of the plane c before (below 0) or behind (above 0) that of
+    /// the results, for c from -1 to 1; target(i) the row for the results. All windows lie inside the volume.
     template <class Source, class Target>
     void apply(int first, int last, int column, int count, Source source, Target target) {
         const int columns = count + 2;
@@ -111,8 +111,8 @@ private:
             [&](int i, const T* results) { std::copy_n(results + h, inner, matrix[i].data() + h); }, report);
     }
 
-    // Two rows of results at a time, first to last - 1; both come from the lists of 2h + 2 rows. A last single row has a
-    // second result that is thrown away, from a list that is no longer, or not yet, of its row.
+    // Two rows of results at a time, first to last - 1; both come from the lists of 2h + 2 rows. A last single row has
+    // a second result that is thrown away, from a list that is no longer, or not yet, of its row.
     template <int h, class MakeList, class Medians, class Take, class Report>
     static bool sweep(int first, int last, Lists& lists, MakeList makeList, Medians medians, Take take, Report report) {
         T* const upper = lists.results();

@@ -100,10 +100,10 @@ int ParallelWork::getThreads() {
 // Where there are more steps than the reports can tell, they are reported in bundles.
 ParallelWork::ParallelWork(ProgressSubject& subject, unsigned long long totalSteps, unsigned int reportedTotal)
     : __subject(subject), __total(totalSteps),
-      __reportedTotal(reportedTotal > 0
-                          ? reportedTotal
-                          : static_cast<unsigned int>(
-                                totalSteps / (totalSteps / std::numeric_limits<unsigned int>::max() + 1))),
+      __reportedTotal(
+          reportedTotal > 0
+              ? reportedTotal
+              : static_cast<unsigned int>(totalSteps / (totalSteps / std::numeric_limits<unsigned int>::max() + 1))),
       __workers(getThreads()) {
     if (__workers > 1)
         __arena = std::make_unique<Arena>(__workers);
@@ -153,9 +153,10 @@ void ParallelWork::report(unsigned long long done) {
             ++__done;
             const auto part = static_cast<long double>(__done) / static_cast<long double>(__total);
             const bool exact = __reportedTotal == __total;
-            __subject.notifyProgressed(exact ? static_cast<unsigned int>(__done)
-                                             : static_cast<unsigned int>(part * static_cast<long double>(__reportedTotal)),
-                                       __reportedTotal);
+            __subject.notifyProgressed(
+                exact ? static_cast<unsigned int>(__done)
+                      : static_cast<unsigned int>(part * static_cast<long double>(__reportedTotal)),
+                __reportedTotal);
         }
     } catch (...) {
         __reporting = false;

@@ -54,9 +54,8 @@ public:
     template <class R, class Value, class Join>
     R reduce(int count, R first, Value value, Join join) {
         std::vector<R> values(static_cast<std::size_t>(count), first);
-        run(count, 0, [&](int number, int worker) {
-            values[static_cast<std::size_t>(number)] = value(number, worker);
-        });
+        run(count, 0,
+            [&](int number, int worker) { values[static_cast<std::size_t>(number)] = value(number, worker); });
         for (const R& each : values)
             first = join(first, each);
         return first;
@@ -82,7 +81,7 @@ class Pieces {
 public:
     Pieces(int length, int size) : __length(length), __size(size) {}
 
-    int count() const { return (__length + __size - 1) / __size; }
+    int count() const { return __length > 0 ? (__length - 1) / __size + 1 : 0; }
     int first(int piece) const { return piece * __size; }
     int last(int piece) const { return __length - first(piece) < __size ? __length : first(piece) + __size; }
 

@@ -286,9 +286,9 @@ void SeparableFilterBase<T>::__apply(VoxelMatrix<T>& volume, const VoxelMatrix<T
         return static_cast<unsigned long long>(a) * static_cast<unsigned long long>(b);
     };
     ParallelWork work(*this, lines(rows, columns) + lines(rows, planes) + lines(columns, planes));
-    std::vector<Convolvers<T>> convolvers(
-        static_cast<std::size_t>(work.workers()),
-        Convolvers<T>{Convolver<T>(__kernel2, columns), Convolver<T>(__kernel1, rows), Convolver<T>(__kernel3, planes)});
+    std::vector<Convolvers<T>> convolvers(static_cast<std::size_t>(work.workers()),
+                                          Convolvers<T>{Convolver<T>(__kernel2, columns), Convolver<T>(__kernel1, rows),
+                                                        Convolver<T>(__kernel3, planes)});
     const auto goesOn = [&work](int) { return !work.isCanceled(); };
     const auto filterPlane = [&](int k, int worker) {
         Convolvers<T>& own = convolvers[static_cast<std::size_t>(worker)];

@@ -22,9 +22,9 @@ namespace vorlen {
 ///
 /// A NaN, unless a mask hides it, makes those elements NaN that lie within the kernels' reach of it, and no others.
 ///
-/// A run reports a step for each line of each axis. A volume is worked on by all threads of ParallelWork, in place. A run
-/// that is cancelled leaves the data filtered in part and not scaled, or scaled in part, and notifyCanceled() takes the
-/// place of notifyFinished().
+/// A run reports a step for each line of each axis. A volume is worked on by all threads of ParallelWork, in place. A
+/// run that is cancelled leaves the data filtered in part and not scaled, or scaled in part, and notifyCanceled() takes
+/// the place of notifyFinished().
 ///
 /// The cost for an element and axis is a multiplication and an addition for each element of the kernel. They are done
 /// for many neighbouring columns at once, so that memory is read in order on every axis.

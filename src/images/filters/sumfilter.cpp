@@ -39,7 +39,8 @@ void scale(T* values, int count, Total<T> factor) {
         values[j] = static_cast<T>(static_cast<Total<T>>(values[j]) * factor);
 }
 
-// Whether a running sum would never get rid of one of the values: a difference of two infinities, or with a NaN, is NaN.
+// Whether a running sum would never get rid of one of the values: a difference of two infinities, or with a NaN, is
+// NaN.
 template <class T>
 bool holdsLasting(const T* values, int count) {
     if constexpr (std::is_floating_point_v<T>) {
@@ -79,7 +80,9 @@ public:
     explicit CarefulSum(Total<T> finite = 0) : __finite(finite) {}
 
     void add(T value) { isFinite(value) ? void(__finite += static_cast<Total<T>>(value)) : __lasting.count(value, 1); }
-    void remove(T value) { isFinite(value) ? void(__finite -= static_cast<Total<T>>(value)) : __lasting.count(value, -1); }
+    void remove(T value) {
+        isFinite(value) ? void(__finite -= static_cast<Total<T>>(value)) : __lasting.count(value, -1);
+    }
     Total<T> get() const { return __lasting.sumWith(__finite); }
 
 private:
@@ -208,7 +211,8 @@ void sumAcrossBlock(Line line, int length, int count, int h, Memory<T>& memory) 
         memory.lines.resize(width * static_cast<std::size_t>(slots));
     T* const ring = memory.lines.data();
     memory.sums.assign(width, Total<T>(0));
-    // With care from the first line on that needs it. Up to there all is finite, and the sums go on from where they are.
+    // With care from the first line on that needs it. Up to there all is finite, and the sums go on from where they
+    // are.
     bool careful = false;
     const auto lookAt = [&](const T* entering) {
         if (careful || !holdsLasting(entering, count))
@@ -327,12 +331,12 @@ void SumFilter<T>::apply(PixelMatrix<T>& matrix) {
     };
     Memory<T> memory;
     this->notifyStarted("");
-    const bool complete = sumRows(matrix, h, memory, [&] { return report(columns); }) &&
-                          sumColumns(matrix, h, memory, [&](int count) {
-                              for (; count > 1; --count)
-                                  report(rows);
-                              return report(rows);
-                          });
+    const bool complete =
+        sumRows(matrix, h, memory, [&] { return report(columns); }) && sumColumns(matrix, h, memory, [&](int count) {
+            for (; count > 1; --count)
+                report(rows);
+            return report(rows);
+        });
     notifyEnd(*this, complete || done == 2 * rows * columns);
 }
 
@@ -353,19 +357,16 @@ void SumFilter<T>::apply(VoxelMatrix<T>& volume) {
     std::vector<Memory<T>> memories(static_cast<std::size_t>(work.workers()));
     this->notifyStarted("");
     const int width = blockWidth<T>(h);
-    const bool complete =
-        work.run(planes, steps(planes),
-                 [&](int k, int worker) {
-                     Memory<T>& memory = memories[static_cast<std::size_t>(worker)];
-                     const auto goesOn = [&work] { return !work.isCanceled(); };
-                     if (sumRows(volume[k], h, memory, goesOn))
-                         sumColumns(volume[k], h, memory, [&](int) { return goesOn(); });
-                 }) &&
-        work.run(rows, steps(rows), [&](int i, int worker) {
-            for (int first = 0; first < columns && !work.isCanceled(); first += width)
-                sumAcrossBlock<T>([&](int k) { return volume[k][i].data() + first; }, planes,
-                                  std::min(width, columns - first), h, memories[static_cast<std::size_t>(worker)]);
-        });
+    const bool complete = work.run(planes, steps(planes), [&](int k, int worker) {
+        Memory<T>& memory = memories[static_cast<std::size_t>(worker)];
+        const auto goesOn = [&work] { return !work.isCanceled(); };
+        if (sumRows(volume[k], h, memory, goesOn))
+            sumColumns(volume[k], h, memory, [&](int) { return goesOn(); });
+    }) && work.run(rows, steps(rows), [&](int i, int worker) {
+        for (int first = 0; first < columns && !work.isCanceled(); first += width)
+            sumAcrossBlock<T>([&](int k) { return volume[k][i].data() + first; }, planes,
+                              std::min(width, columns - first), h, memories[static_cast<std::size_t>(worker)]);
+    });
     notifyEnd(*this, complete);
 }
 

@@ -21,9 +21,9 @@ namespace vorlen {
 ///
 /// NaN and infinities stay where the windows are that hold them: such a sum is NaN or infinite, and no other one is.
 ///
-/// A volume is worked on by all threads of ParallelWork, in place; in ball mode the memory of at most h planes and a 32nd
-/// of its own stands beside it. When a run is cancelled, notifyCanceled() takes the place of notifyFinished(): a volume
-/// is then filtered in part (in ball mode the planes up to some place), and so is a matrix unless in ball mode.
+/// A volume is worked on by all threads of ParallelWork, in place; in ball mode the memory of at most h planes and a
+/// 32nd of its own stands beside it. When a run is cancelled, notifyCanceled() takes the place of notifyFinished(): a
+/// volume is then filtered in part (in ball mode the planes up to some place), and so is a matrix unless in ball mode.
 ///
 /// Compiled for short, unsigned short, int, unsigned int, float, double and long double.
 template <class T>

@@ -113,7 +113,8 @@ void WindowExtremum<T, greatest>::__line(const T* from, T* to, const T* mask, in
     auto valid = static_cast<long long>(padded);
     while (2 * length <= window) {
         valid -= length;
-        combine<greatest, careful>(static_cast<const T*>(a), static_cast<const T*>(a + length), b, static_cast<int>(valid));
+        combine<greatest, careful>(static_cast<const T*>(a), static_cast<const T*>(a + length), b,
+                                   static_cast<int>(valid));
         std::swap(a, b);
         length *= 2;
     }
@@ -171,8 +172,9 @@ void WindowExtremum<T, greatest>::__acrossBlock(int offset, int count, int h) {
             const T* const after = place + 1 < filled ? slot(present, place + 1) : nothing;
             const T* const values = __lines[static_cast<std::size_t>(start + place)] + offset;
             if (masked)
-                combineMasked<greatest, careful>(after, values, __masks[static_cast<std::size_t>(start + place)] + offset,
-                                        slot(present, place), count, neutral());
+                combineMasked<greatest, careful>(after, values,
+                                                 __masks[static_cast<std::size_t>(start + place)] + offset,
+                                                 slot(present, place), count, neutral());
             else
                 combine<greatest, careful>(after, values, slot(present, place), count);
         }
@@ -185,7 +187,8 @@ void WindowExtremum<T, greatest>::__acrossBlock(int offset, int count, int h) {
             const T* entering = last < n ? __lines[static_cast<std::size_t>(last)] + offset : nothing;
             if (masked && last < n) {
                 combineMasked<greatest, careful>(static_cast<const T*>(nothing), entering,
-                                        __masks[static_cast<std::size_t>(last)] + offset, visible, count, neutral());
+                                                 __masks[static_cast<std::size_t>(last)] + offset, visible, count,
+                                                 neutral());
                 entering = visible;
             }
             // The window begins at place + 1 of the segment before; at its end it is the present segment.
