@@ -81,7 +81,7 @@ class Pieces {
 public:
     Pieces(int length, int size) : __length(length), __size(size) {}
 
-    int count() const { return (__length + __size - 1) / __size; }
+    int count() const { return __length > 0 ? (__length - 1) / __size + 1 : 0; }
     int first(int piece) const { return piece * __size; }
     int last(int piece) const { return __length - first(piece) < __size ? __length : first(piece) + __size; }
 
