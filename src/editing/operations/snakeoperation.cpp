@@ -195,10 +195,10 @@ void SnakeOperation::readImage(const StackSlice& slice) {
     // The least strength of an edge is told in grey levels of bytes.
     if (!__work->scale)
         __work->scale = findGreyScale(__stack).value_or(GreyScale());
-    const float factor = 255 / __work->scale->white;
+    const float step = __work->scale->white / 255; // by which a byte that was widened is divided exactly
     for (int i = 0; i < pixels.getSize1(); ++i)
         for (float& value : pixels[i])
-            value = std::isfinite(value) ? value * factor : 0;
+            value = std::isfinite(value) ? value / step : 0;
 }
 
 } // namespace vorlen
