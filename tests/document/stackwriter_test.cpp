@@ -505,6 +505,7 @@ TEST(StackWriter, aVolumeIsSavedAsAStackOfItsPlanes) {
                  FileWriteError);
 }
 
+<<<<<<< HEAD
 // A file image, a mosaic that loses one tile, and a plane of a volume: all named as before, with the sizes they had.
 TEST(StackWriter, aStackThatHasLostItsImagesIsWrittenAsItWas) {
     const StackFolder folder;
@@ -548,6 +549,23 @@ TEST(StackWriter, aStackThatHasLostItsImagesIsWrittenAsItWas) {
     std::filesystem::rename(folder.file("elsewhere"), folder.file("images"));
     ASSERT_TRUE(reader.read(back, folder.file("s.sdf")));
     EXPECT_TRUE(reader.getLog().empty());
+=======
+TEST(StackWriter, voxelsBeyondBytesAreCutOrScaledAndNeverWrapped) {
+    const StackFolder folder;
+    VoxelMatrix<int> volume(1, 4, 2);
+    const int values[] = {-5, 100, 255, 300};
+    for (int k = 0; k < 2; ++k)
+        for (int j = 0; j < 4; ++j)
+            volume(0, j, k) = values[j] + (k == 1 && j == 3 ? 215 : 0); // up to 515
+    const auto saved = [&](StackWriter::VoxelBytes bytes, int plane) {
+        StackWriter::saveAsStack(volume, "v", folder.path() + "/", folder.path() + "/", PixelCalibration(), 1, bytes);
+        const Image image(folder.file(plane == 0 ? "v_000.tif" : "v_001.tif"), "");
+        return std::vector<int>(image.getData(), image.getData() + 4);
+    };
+    EXPECT_EQ(saved(StackWriter::VoxelBytes::Clamped, 0), (std::vector<int>{0, 100, 255, 255}));
+    EXPECT_EQ(saved(StackWriter::VoxelBytes::Scaled, 0), (std::vector<int>{0, 51, 127, 149}));
+    EXPECT_EQ(saved(StackWriter::VoxelBytes::Scaled, 1), (std::vector<int>{0, 51, 127, 255}));
+>>>>>>> images
 }
 
 } // namespace vorlen

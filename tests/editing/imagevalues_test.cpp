@@ -33,6 +33,23 @@ Image widened(const Image& bytes, int factor, bool real = false) {
     return image;
 }
 
+Image inverted(Image image) {
+    for (std::size_t k = 0; k < image.dataLength(); ++k)
+        image.getData()[k] = static_cast<unsigned char>(255 - image.getData()[k]);
+    return image;
+}
+
+/// Half of the shoelace sum.
+double areaOf(const Points& points) {
+    double sum = 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const auto& [x, y] = points[i];
+        const auto& [u, v] = points[(i + 1) % points.size()];
+        sum += double(x) * v - double(u) * y;
+    }
+    return std::abs(sum) / 2;
+}
+
 /// A bright ellipse with a soft edge on a ground of 20.
 Image ellipse(double x, double y, double level = 200) {
     Image image(120, 100, 8);
@@ -53,8 +70,12 @@ class ImageValuesTest : public OperationTest {};
 TEST_F(ImageValuesTest, toolsFindTheSameWhateverTheBits) {
     std::vector<Points> snakes, outlines;
     const Image bytes = ellipse(60, 50);
-    const std::vector<Image> images = {bytes, widened(bytes, 257), widened(bytes, 257, true), widened(bytes, 16)};
-    for (const Image& image : images) {
+    const Image dark = inverted(bytes);
+    const std::vector<std::pair<Image, Image>> images = {{bytes, dark},
+                                                         {widened(bytes, 257), widened(dark, 257)},
+                                                         {widened(bytes, 257, true), widened(dark, 257, true)},
+                                                         {widened(bytes, 16), widened(dark, 16)}};
+    for (const auto& [image, darkImage] : images) {
         VRLStack own;
         Model& model = addModel(own, "m");
         const std::string path = folder.file("tool.tif");
@@ -75,17 +96,18 @@ TEST_F(ImageValuesTest, toolsFindTheSameWhateverTheBits) {
         ASSERT_EQ(SnakeOperation(own, start, config).runOnSlice().getReason(), "");
         ASSERT_EQ(added->getNumItems(), 2);
         snakes.push_back(coordinates(added->getItem(1).getVertices()));
-        // Dark on bright: the box lies over the left edge of the ellipse, from inside.
+        // The box lies over the left edge of the dark ellipse.
         Vector<int> low(2), high(2);
         low[0] = 10, low[1] = 40, high[0] = 60, high[1] = 60;
-        const RegionOutline outline(image, BoundingBox<int>(low, high), 1);
+        const RegionOutline outline(darkImage, BoundingBox<int>(low, high), 1);
         ASSERT_TRUE(outline.isFound());
         outlines.push_back(coordinates(outline.follow(0)));
     }
     EXPECT_GT(snakes[0].size(), 100u);
     for (std::size_t k = 1; k < images.size(); ++k) {
-        EXPECT_EQ(snakes[k].size(), snakes[0].size()) << k;
-        EXPECT_EQ(outlines[k], outlines[0]) << k;
+        // The threshold between two levels of bytes is rounded to one of them.
+        EXPECT_NEAR(areaOf(outlines[k]), areaOf(outlines[0]), 0.03 * areaOf(outlines[0])) << k;
+        EXPECT_NEAR(areaOf(snakes[k]), areaOf(snakes[0]), 0.01 * areaOf(snakes[0])) << k;
     }
     EXPECT_EQ(snakes[1], snakes[0]);
     EXPECT_EQ(snakes[2], snakes[0]);
@@ -113,18 +135,29 @@ TEST_F(ImageValuesTest, registrationGoesByValuesInWordsAndThroughPalettes) {
     };
     const Image a = ellipse(60, 50), b = ellipse(68, 43);
     const Registration bytes = registered(a, b, false);
+<<<<<<< HEAD
     EXPECT_NEAR(std::abs(bytes.getHorShift()), 7.5, 0.5); // 8 in the bright part, less what the ground weighs
+=======
+    EXPECT_GE(std::abs(bytes.getHorShift()), 3); // 8 in the bright part, less as the ground weighs too
+    EXPECT_GE(std::abs(bytes.getVerShift()), 3);
+>>>>>>> images
     const Registration words = registered(widened(a, 257), widened(b, 257), false);
     EXPECT_NEAR(words.getHorShift(), bytes.getHorShift(), 0.01);
     EXPECT_NEAR(words.getVerShift(), bytes.getVerShift(), 0.01);
     // One scale for both, where each has another greatest value.
     const Registration dim = registered(widened(a, 16), widened(ellipse(68, 43, 150), 16), false);
+<<<<<<< HEAD
     EXPECT_NEAR(dim.getHorShift(), registered(a, ellipse(68, 43, 150), false).getHorShift(), 0.01);
     Image dark = a, darkMoved = b;
     for (Image* image : {&dark, &darkMoved})
         for (std::size_t k = 0; k < image->dataLength(); ++k)
             image->getData()[k] = static_cast<unsigned char>(255 - image->getData()[k]);
     EXPECT_NEAR(registered(widened(dark, 257), widened(darkMoved, 257), true).getHorShift(), bytes.getHorShift(), 0.01);
+=======
+    EXPECT_EQ(dim.getHorShift(), registered(a, ellipse(68, 43, 150), false).getHorShift());
+    Image dark = inverted(a), darkMoved = inverted(b);
+    EXPECT_EQ(registered(widened(dark, 257), widened(darkMoved, 257), true).getHorShift(), bytes.getHorShift());
+>>>>>>> images
     // A palette that turns the indexes around.
     Colormap turned(256);
     for (int i = 0; i < 256; ++i)

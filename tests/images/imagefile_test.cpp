@@ -281,6 +281,46 @@ TEST(ImageReader, cancelledReadKeepsTheRowsSoFarAndSaysSo) {
     EXPECT_EQ(image.getPixels()[2][1], 0);
 }
 
+TEST(ImageWriter, compressionSizeOfThePixelAndRangeReadBack) {
+    const TemporaryFolder folder;
+    Image real;
+    real.initReal(40, 30);
+    for (int k = 0; k < 1200; ++k)
+        real.realRow(0)[k] = float(k) / 8 - 50;
+    PixelCalibration calibration;
+    calibration.setLengthUnit(LengthUnit(-3));
+    calibration.setPixelWidth(0.002f);
+    calibration.setPixelHeight(0.004f);
+    for (const auto compression :
+         {ImageWriter::Compression::None, ImageWriter::Compression::Deflate, ImageWriter::Compression::Zstd})
+        for (Image image : {TestImages::ramp(37, 23, 8), TestImages::ramp(37, 23, 16), TestImages::ramp(37, 23, 24),
+                            TestImages::ramp(37, 23, 32), real}) {
+            ImageHeader header = image.getHeader();
+            header.setPixelCalibration(calibration);
+            image.setHeader(header);
+            ImageWriter writer;
+            writer.setCompression(compression);
+            writer.write(image, folder.file("a.tif"), true);
+            const Image back(folder.file("a.tif"), "");
+            EXPECT_TRUE(TestImages::samePixels(image, back)) << image.getDepth();
+            EXPECT_EQ(back.isReal(), image.isReal());
+            ImageReader().read(header, folder.file("a.tif"));
+            EXPECT_EQ(header.getPixelCalibration().getLengthUnit(), LengthUnit(-6));
+            EXPECT_NEAR(header.getPixelCalibration().getPixelWidth(), 2, 1e-5);
+            EXPECT_NEAR(header.getPixelCalibration().getPixelHeight(), 4, 1e-5);
+        }
+    TIFF* tiff = TIFFOpen(folder.file("a.tif").c_str(), "r"); // the real one, by Zstd
+    std::uint16_t compression = 0;
+    double least = 0, greatest = 0;
+    TIFFGetField(tiff, TIFFTAG_COMPRESSION, &compression);
+    TIFFGetField(tiff, TIFFTAG_SMINSAMPLEVALUE, &least);
+    TIFFGetField(tiff, TIFFTAG_SMAXSAMPLEVALUE, &greatest);
+    TIFFClose(tiff);
+    EXPECT_EQ(compression, COMPRESSION_ZSTD);
+    EXPECT_EQ(least, -50);
+    EXPECT_EQ(greatest, 1199.0 / 8 - 50);
+}
+
 TEST(ImageWriter, overwritesOnlyWhenTold) {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.tif", "precious");

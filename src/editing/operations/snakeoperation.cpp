@@ -198,13 +198,13 @@ bool SnakeOperation::converge(const Image& image, double aspect, const Curve<flo
     // The least strength of an edge is told in grey levels of bytes.
     if (hasGreyScale(image) && !__work->scale)
         __work->scale = findGreyScale(__stack).value_or(GreyScale());
-    const float factor = hasGreyScale(image) ? 255 / __work->scale->white : 1;
+    const float step = hasGreyScale(image) ? __work->scale->white / 255 : 1;
     double margin = std::max({leastMargin, 2 * distance, largestSide(curve) / std::max(__config.getScale(), 1u)});
     for (;; margin *= 4) {
         frame = SnakeFrame(image.getWidth(), image.getHeight(), aspect, __config.getScale(), curve, margin);
         bool collapsed = false;
         try {
-            __work->image = frame.pixels(image, factor);
+            __work->image = frame.pixels(image, step);
             snake.setPixelMatrix(__work->image);
             snake.setConfig(__config, false); // init() makes the edge map in any case
             snake.setCurve(frame.toFrame(curve));
