@@ -70,9 +70,10 @@ std::vector<Column> modelColumns(const Stack& stack, bool withErrors) {
     const std::string error = "Change when every second section is left out: more than the error of ";
     const char* const halves = "every second section left out";
     if (withErrors)
-        columns.insert(columns.end(), {{"VolumeError", "volumeError", volume, error + "ClosedVolume", false, halves},
-                                       {"AreaError", "areaError", area, error + "Area", false, halves},
-                                       {"ClosedAreaError", "closedAreaError", area, error + "ClosedArea", false, halves}});
+        columns.insert(columns.end(),
+                       {{"VolumeError", "volumeError", volume, error + "ClosedVolume", false, halves},
+                        {"AreaError", "areaError", area, error + "Area", false, halves},
+                        {"ClosedAreaError", "closedAreaError", area, error + "ClosedArea", false, halves}});
     return columns;
 }
 

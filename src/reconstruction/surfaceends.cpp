@@ -34,8 +34,8 @@ std::vector<PlanePoint> ringOf(const TriMesh<T>& mesh, int first, int size) {
     std::vector<PlanePoint> points;
     points.reserve(std::size_t(size));
     for (int k = 0; k < size; ++k)
-        points.push_back({double(mesh[first + k][0]) - double(mesh[first][0]),
-                          double(mesh[first + k][1]) - double(mesh[first][1])});
+        points.push_back(
+            {double(mesh[first + k][0]) - double(mesh[first][0]), double(mesh[first + k][1]) - double(mesh[first][1])});
     return points;
 }
 
@@ -65,8 +65,7 @@ TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::
         const SectionRing ring(points);
         const PlanePoint centre = ring.contains(ring.centroid) ? ring.centroid : ring.innerPoint();
         const auto addVertex = [&](const PlanePoint& p) {
-            added.push_back(
-                {walls[first][0] + T(p.x), walls[first][1] + T(p.y), walls[first][2] + shape->rise});
+            added.push_back({walls[first][0] + T(p.x), walls[first][1] + T(p.y), walls[first][2] + shape->rise});
             return size + int(added.size()) - 1;
         };
         const auto behind = [numVertices](int k) { return k + 1 < numVertices ? k + 1 : 0; };

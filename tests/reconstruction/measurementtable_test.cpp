@@ -94,8 +94,8 @@ TEST_F(MeasurementTableTest, tellsHowEachNumberWasComeByAndWhatHoldsOfTheSurface
         addItem(model, stack.getSlice(slice), {{50, 0}, {70, 0}, {70, 20}, {50, 20}});
     }
     const MeasurementTable table = MeasurementTable::ofModels(stack, {&model}, MeasurementTable::Errors::Estimated);
-    const std::vector<std::string> names = {"Area",  "Volume", "SectionVolume", "SlabVolume", "ClosedArea", "Surface",
-                                            "Parts", "Euler",  "Genus"};
+    const std::vector<std::string> names = {"Area",    "Volume", "SectionVolume", "SlabVolume", "ClosedArea",
+                                            "Surface", "Parts",  "Euler",         "Genus"};
     // Walls of girth 80 + 40 + 80, 40 high without the ends and 50 with them, and twice the 700 of a section.
     EXPECT_EQ(rowText(table, 0, names), "8000 35000 35000 28000 11400 closed 2 2 1");
     EXPECT_EQ(rowText(table, 0, {"CentroidX", "CentroidY", "CentroidZ"}), "39 -10 20"); // (300 * 10 + 400 * 60) / 700

@@ -18,8 +18,9 @@ void printTable(const Drawing& drawing) {
 
 /// The greatest errors of each drawing over all bodies.
 void printSummary(const char* const header, const std::vector<std::pair<std::string, Drawing>>& drawings) {
-    std::printf("| %s | Volume, closed surface | Volume, sections | Area | Length | Barycentre |\n|---|---|---|---|---|---|\n",
-                header);
+    std::printf(
+        "| %s | Volume, closed surface | Volume, sections | Area | Length | Barycentre |\n|---|---|---|---|---|---|\n",
+        header);
     for (const auto& [name, drawing] : drawings) {
         std::vector<double> most(5);
         for (const Solid& solid : knownSolids()) {

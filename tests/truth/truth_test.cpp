@@ -15,9 +15,8 @@ TEST(Truth, measuresHoldForBodiesOfAnyShape) {
                 const double bound = truth.measure == "volume" ? 0.005 : 0.01;
                 // Chords are shorter than arcs, and steps of pixels longer than the line.
                 if (truth.measure != "length of the outlines") {
-                    EXPECT_LT(std::fabs(truth.error()), bound)
-                        << solid.name << ", " << truth.measure << " by " << truth.estimator << ", pixels 1 to "
-                        << drawing.aspect;
+                    EXPECT_LT(std::fabs(truth.error()), bound) << solid.name << ", " << truth.measure << " by "
+                                                               << truth.estimator << ", pixels 1 to " << drawing.aspect;
                 }
             }
 }
