@@ -331,7 +331,7 @@ std::unique_ptr<Stack> drawn(const Solid& solid, const Drawing& drawing) {
         const double z = solid.bottom + (s + 0.5) * spacing;
         slice->setAbsolutePosition(float(z));
         for (const SolidOutline& outline : solid.outlines(z)) {
-            const double corners = lengthOf({outline}) / (3 * width);
+            const double corners = std::min(lengthOf({outline}) / (4 * width), 64.0);
             const auto step = std::max(std::size_t(1), std::size_t(double(outline.size()) / std::max(corners, 8.0)));
             std::vector<std::array<int, 2>> pixels;
             for (std::size_t k = 0; k + step <= outline.size(); k += step) {
