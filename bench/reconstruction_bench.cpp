@@ -155,7 +155,8 @@ void plainBranching(benchmark::State& state) {
                 for (int r = 0; r < size; ++r)
                     for (int c = 0; c < size; ++c)
                         volume[between * (int(s) - 1) + k][r][c] =
-                            (float(between - k) * volume[between * (int(s) - 1)][r][c] + float(k) * plane[r][c]) / between;
+                            (float(between - k) * volume[between * (int(s) - 1)][r][c] + float(k) * plane[r][c]) /
+                            between;
         }
         benchmark::DoNotOptimize(MarchingCubes<float>().buildMesh(volume, 0, true).getNumTriangles());
     }

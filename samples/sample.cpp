@@ -147,7 +147,8 @@ struct Vessel {
     }
     /// Walls, ends, and the step between the trunk and the limbs. The trunk's girth by Ramanujan's formula.
     double area() const {
-        const double h = (halfWidth - halfDepth) * (halfWidth - halfDepth) / ((halfWidth + halfDepth) * (halfWidth + halfDepth));
+        const double h =
+            (halfWidth - halfDepth) * (halfWidth - halfDepth) / ((halfWidth + halfDepth) * (halfWidth + halfDepth));
         const double girth = pi * (halfWidth + halfDepth) * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)));
         return spacing * ((fork - first) * 4 * pi * limb + (last + 1 - fork) * girth) + 2 * pi * halfWidth * halfDepth;
     }

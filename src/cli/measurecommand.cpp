@@ -225,8 +225,7 @@ int measureCommand(const QStringList& arguments) {
             return int(ExitProblems);
         return guarded("measure " + file.getName(), [&] {
             using Errors = MeasurementTable::Errors;
-            const Measurements measurements(file.getStack(),
-                                            line.isSet("error") ? Errors::Estimated : Errors::Unknown);
+            const Measurements measurements(file.getStack(), line.isSet("error") ? Errors::Estimated : Errors::Unknown);
             if (format == OutputFormat::Json)
                 writeJson(json, file, measurements);
             else

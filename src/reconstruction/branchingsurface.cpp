@@ -19,8 +19,6 @@ using Group = PartMatching::Group;
 constexpr double coveredShare = 0.95;
 /// Of a hole, the share that makes it go on in another one.
 constexpr double joinedShare = 0.1;
-/// What the end of a part with holes shrinks to, where one without would come to a point.
-constexpr double leastScale = 0.05;
 
 using Point3 = std::array<double, 3>;
 using Face = std::array<int, 3>;
@@ -33,7 +31,7 @@ public:
     BranchingMesh(const BranchingSurface& surface, int method);
 
     void addWalls();
-    void addEnd(const BranchingSurface::End& end, double rise, double scale);
+    void addEnd(const BranchingSurface::End& end, const EndShape<double>& shape);
     TriMesh<double> mesh();
 
 private:
@@ -178,7 +176,8 @@ void BranchingMesh::addPatch(const BranchingSurface::Patch& patch) {
 
 /// Rings shrink towards a point of the plane while they rise, so that each height between shows them as they are, but
 /// smaller; they end in a point, or in a lid.
-void BranchingMesh::addEnd(const BranchingSurface::End& end, double rise, double scale) {
+void BranchingMesh::addEnd(const BranchingSurface::End& end, const EndShape<double>& shape) {
+    const double rise = shape.rise, scale = shape.scale;
     std::vector<std::vector<int>> borders;
     const auto add = [&](int a, int b, int c) {
         if (end.upward)
@@ -577,10 +576,10 @@ TriMesh<double> BranchingSurface::build(const SurfaceEnds& ends, int method) con
         if (way == SurfaceEnd::Open)
             continue;
         const double rise = riseOf(end, way);
-        double scale = way == SurfaceEnd::HalfSection ? shareLeft(end, rise) : 0;
-        if (scale == 0 && end.rings.size() > 1)
-            scale = leastScale; // rings with holes can't meet in a point
-        mesh.addEnd(end, rise, scale);
+        EndShape<double> shape{rise, way == SurfaceEnd::HalfSection ? shareLeft(end, rise) : 0};
+        if (end.rings.size() > 1 || !ringAt(end.rings.front()).isSeenFrom(end.centre))
+            shape = shape.blunt();
+        mesh.addEnd(end, shape);
     }
     return mesh.mesh();
 }

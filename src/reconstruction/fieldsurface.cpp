@@ -151,8 +151,8 @@ private:
     SurfacePatch __patch;
 };
 
-/// Area of the places of positive field, in squares of the lattice, from values of slope 1; and how much has to be added
-/// to the field for it to become another one. Between the ends shapes that differ would shrink by the mean.
+/// Area of the places of positive field, in squares of the lattice, from values of slope 1; and how much has to be
+/// added to the field for it to become another one. Between the ends shapes that differ would shrink by the mean.
 class FieldArea {
 public:
     void clear() { __bins.assign(numBins + 1, 0); }
@@ -180,7 +180,8 @@ private:
         double sum = 0;
         for (std::size_t k = 0; k <= numBins; ++k)
             if (__bins[k] != 0)
-                sum += __bins[k] * std::clamp((double(k) + 0.5) * double(binWidth) - double(range) + offset + 0.5, 0.0, 1.0);
+                sum += __bins[k] *
+                       std::clamp((double(k) + 0.5) * double(binWidth) - double(range) + offset + 0.5, 0.0, 1.0);
         return sum;
     }
 
@@ -280,10 +281,8 @@ void PatchBuilder::makePairs() {
     for (const Link& link : __links) {
         const auto i = std::size_t(link.lower), j = std::size_t(link.upper);
         Pair pair;
-        pair.lower = shareOf(__lowerFields[i], *__lower[i], __upperFields, uppersOf[i], link.upper,
-                             __lowerLattice);
-        pair.upper = shareOf(__upperFields[j], *__upper[j], __lowerFields, lowersOf[j], link.lower,
-                             __upperLattice);
+        pair.lower = shareOf(__lowerFields[i], *__lower[i], __upperFields, uppersOf[i], link.upper, __lowerLattice);
+        pair.upper = shareOf(__upperFields[j], *__upper[j], __lowerFields, lowersOf[j], link.lower, __upperLattice);
         const PlanePoint &from = pair.lower.centroid, &to = pair.upper.centroid;
         pair.wayRows = __upperLattice.toRow(to.y) - __lowerLattice.toRow(from.y);
         pair.wayColumns = __upperLattice.toColumn(to.x) - __lowerLattice.toColumn(from.x);
@@ -331,8 +330,8 @@ void PatchBuilder::fillBetween(int plane) {
             row.assign(std::size_t(count), 0);
             pair.lower.field.addMoved(share * pair.wayRows, share * pair.wayColumns, float(1 - share), r, first, count,
                                       row.data());
-            pair.upper.field.addMoved((share - 1) * pair.wayRows, (share - 1) * pair.wayColumns, float(share), r,
-                                      first, count, row.data());
+            pair.upper.field.addMoved((share - 1) * pair.wayRows, (share - 1) * pair.wayColumns, float(share), r, first,
+                                      count, row.data());
             area.add(row);
         }
         const double root = (1 - share) * std::sqrt(pair.lower.area) + share * std::sqrt(pair.upper.area);

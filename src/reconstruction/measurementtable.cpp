@@ -59,6 +59,10 @@ std::vector<Column> modelColumns(const Stack& stack, bool withErrors) {
         {"ClosedArea", "closedArea", area, "Area of the closed surface, ends included", false, surfaceEstimator},
         {"ClosedVolume", "closedVolume", volume, "Volume within the closed surface, by the divergence theorem", false,
          surfaceEstimator},
+        {"Sphericity", "sphericity", "", "Area of the ball of the closed surface's volume to its area: 1 for a ball",
+         false, surfaceEstimator},
+        {"SurfaceToVolume", "surfaceToVolume", unitOf(stack, -1), "Area of the closed surface to its volume", false,
+         surfaceEstimator},
         {"Surface", "surface", "", "What holds of the closed surface"},
         {"Parts", "parts", "", "Number of separate pieces of the closed surface"},
         {"Euler", "eulerNumber", "", "Vertices - edges + triangles of the closed surface: 2 for a ball"},
@@ -70,9 +74,10 @@ std::vector<Column> modelColumns(const Stack& stack, bool withErrors) {
     const std::string error = "Change when every second section is left out: more than the error of ";
     const char* const halves = "every second section left out";
     if (withErrors)
-        columns.insert(columns.end(), {{"VolumeError", "volumeError", volume, error + "ClosedVolume", false, halves},
-                                       {"AreaError", "areaError", area, error + "Area", false, halves},
-                                       {"ClosedAreaError", "closedAreaError", area, error + "ClosedArea", false, halves}});
+        columns.insert(columns.end(),
+                       {{"VolumeError", "volumeError", volume, error + "ClosedVolume", false, halves},
+                        {"AreaError", "areaError", area, error + "Area", false, halves},
+                        {"ClosedAreaError", "closedAreaError", area, error + "ClosedArea", false, halves}});
     return columns;
 }
 
@@ -255,12 +260,21 @@ void MeasurementTable::addVolumes(const ModelMorphometry& morphometry, unsigned 
 void MeasurementTable::addSurface(const ModelMorphometry& morphometry, unsigned int open) {
     const SurfaceCertificate& certificate = morphometry.getCertificate();
     if (!certificate.closed) {
-        for (int column = 0; column < 6; ++column)
+        for (int column = 0; column < 8; ++column)
             addMissing(open);
         return;
     }
-    addNumber(morphometry.getClosedArea());
-    addNumber(morphometry.getClosedVolume());
+    const double area = morphometry.getClosedArea(), volume = morphometry.getClosedVolume();
+    addNumber(area);
+    addNumber(volume);
+    if (certificate.isSound()) {
+        addNumber(std::cbrt(36 * 3.14159265358979323846 * volume * volume) / area);
+        addNumber(area / volume);
+    } else {
+        const unsigned int unsound = addText("Not available: " + certificate.toText());
+        addMissing(unsound);
+        addMissing(unsound);
+    }
     addTextCell(addText(certificate.isSound() ? "closed" : certificate.toText()));
     addCount(certificate.parts);
     addCount(int(certificate.euler));

@@ -35,9 +35,9 @@ public:
     enum class CellKind : unsigned char { Text, Count, Number, Missing };
 
     /// A row for each model of the stack, or of the list: Model, Geometry, Vertices, Contours, AverageX to AverageZ,
-    /// CentroidX to CentroidZ, Area, Volume, SectionVolume, SlabVolume, ClosedArea, ClosedVolume, Surface, Parts,
-    /// Euler, Genus, EquivRadius, Axis1 to Axis3, in world coordinates; with errors VolumeError, AreaError and
-    /// ClosedAreaError.
+    /// CentroidX to CentroidZ, Area, Volume, SectionVolume, SlabVolume, ClosedArea, ClosedVolume, Sphericity,
+    /// SurfaceToVolume, Surface, Parts, Euler, Genus, EquivRadius, Axis1 to Axis3, in world coordinates; with errors
+    /// VolumeError, AreaError and ClosedAreaError.
     ///
     /// Volume is that of the closed surface where this is sound, else that of the sections.
     static MeasurementTable ofModels(const Stack& stack, Errors errors = Errors::Unknown);

@@ -133,7 +133,7 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
         const TriMesh<double> tiles = surface.tile(2);
         __area = tiles.area();
         if (closed)
-            close(surface);
+            close(surface, tiles);
         if (__errorsWanted)
             estimateErrors(surface);
     } else {
@@ -143,8 +143,8 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
         addSections(reconstruction);
 }
 
-void ModelMorphometry::close(const ModelSurface<double>& surface) {
-    const TriMesh<double> mesh = surface.closed(__ends);
+void ModelMorphometry::close(const ModelSurface<double>& surface, const TriMesh<double>& tiles) {
+    const TriMesh<double> mesh = surface.isGrid() ? surface.close(tiles, __ends) : surface.closed(__ends);
     __certificate = SurfaceCertificate::of(mesh);
     if (!__certificate.closed)
         return;

@@ -16,6 +16,8 @@ template <class T>
 class ModelSurface;
 template <class T>
 class StackReconstruction;
+template <class T>
+class TriMesh;
 
 /// Measures a whole model in world coordinates, in double precision, from the document as it stands at run().
 ///
@@ -98,7 +100,7 @@ public:
 
 private:
     const StackSlice* count();
-    void close(const ModelSurface<double>& surface);
+    void close(const ModelSurface<double>& surface, const TriMesh<double>& tiles);
     void estimateErrors(const ModelSurface<double>& surface);
     void addSections(const StackReconstruction<double>& reconstruction);
 

@@ -78,6 +78,15 @@ bool SectionRing::contains(const PlanePoint& p) const {
     return inside;
 }
 
+bool SectionRing::isSeenFrom(const PlanePoint& p) const {
+    for (std::size_t k = 0; k < points.size(); ++k) {
+        const PlanePoint &a = points[k], &b = points[k + 1 < points.size() ? k + 1 : 0];
+        if (!(((a.x - p.x) * (b.y - p.y) - (a.y - p.y) * (b.x - p.x)) * area > 0))
+            return false;
+    }
+    return area != 0;
+}
+
 PlanePoint SectionRing::innerPoint() const {
     PlanePoint best = centroid;
     double widest = 0;

@@ -28,6 +28,9 @@ struct SectionRing {
     /// Even-odd rule.
     bool contains(const PlanePoint& p) const;
 
+    /// Whether a segment from p to any point of the ring stays on one side of it.
+    bool isSeenFrom(const PlanePoint& p) const;
+
     /// A point well inside, on the widest chord along X at about half the height.
     PlanePoint innerPoint() const;
 };

@@ -34,8 +34,8 @@ std::vector<PlanePoint> ringOf(const TriMesh<T>& mesh, int first, int size) {
     std::vector<PlanePoint> points;
     points.reserve(std::size_t(size));
     for (int k = 0; k < size; ++k)
-        points.push_back({double(mesh[first + k][0]) - double(mesh[first][0]),
-                          double(mesh[first + k][1]) - double(mesh[first][1])});
+        points.push_back(
+            {double(mesh[first + k][0]) - double(mesh[first][0]), double(mesh[first + k][1]) - double(mesh[first][1])});
     return points;
 }
 
@@ -55,8 +55,8 @@ TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::
     const int size = walls.getNumVertices();
     std::vector<std::array<T, 3>> added;
     std::vector<std::array<int, 3>> faces;
-    const auto close = [&](int first, int numVertices, const std::optional<EndShape<T>>& shape, bool wallsRunForward) {
-        if (!shape || numVertices < 3) // two edges on each other are closed by each other
+    const auto close = [&](int first, int numVertices, const std::optional<EndShape<T>>& wanted, bool wallsRunForward) {
+        if (!wanted || numVertices < 3) // two edges on each other are closed by each other
             return;
         const auto add = [&](int a, int b, int c) {
             faces.push_back(wallsRunForward ? std::array<int, 3>{b, a, c} : std::array<int, 3>{a, b, c});
@@ -64,24 +64,24 @@ TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::
         std::vector<PlanePoint> points = ringOf(walls, first, numVertices);
         const SectionRing ring(points);
         const PlanePoint centre = ring.contains(ring.centroid) ? ring.centroid : ring.innerPoint();
+        const EndShape<T> shape = ring.isSeenFrom(centre) ? *wanted : wanted->blunt();
         const auto addVertex = [&](const PlanePoint& p) {
-            added.push_back(
-                {walls[first][0] + T(p.x), walls[first][1] + T(p.y), walls[first][2] + shape->rise});
+            added.push_back({walls[first][0] + T(p.x), walls[first][1] + T(p.y), walls[first][2] + shape.rise});
             return size + int(added.size()) - 1;
         };
         const auto behind = [numVertices](int k) { return k + 1 < numVertices ? k + 1 : 0; };
         int copy = first;
-        if (shape->rise != 0 && shape->scale == 0) {
+        if (shape.rise != 0 && shape.scale == 0) {
             const int apex = addVertex(centre);
             for (int k = 0; k < numVertices; ++k)
                 add(first + k, first + behind(k), apex);
             return;
         }
-        if (shape->rise != 0) {
+        if (shape.rise != 0) {
             copy = size + int(added.size());
             for (PlanePoint& p : points) {
-                p = {centre.x + double(shape->scale) * (p.x - centre.x),
-                     centre.y + double(shape->scale) * (p.y - centre.y)};
+                p = {centre.x + double(shape.scale) * (p.x - centre.x),
+                     centre.y + double(shape.scale) * (p.y - centre.y)};
                 addVertex(p);
             }
             for (int k = 0; k < numVertices; ++k) {

@@ -11,8 +11,8 @@ class TriMesh;
 /// What holds of a triangle mesh as a surface: whether it is closed, how it is put together, and what it encloses.
 ///
 /// By the vertex numbers of the triangles alone, but for the volume: vertices at one place count as two. Triangles that
-/// name a vertex twice have no area and are passed over. Linear in the number of triangles, in up to 17 passes over them;
-/// the memory is about that of the vertices' coordinates.
+/// name a vertex twice have no area and are passed over. Linear in the number of triangles, in up to 17 passes over
+/// them; the memory is about that of the vertices' coordinates.
 struct SurfaceCertificate {
     bool closed = false;   ///< each edge has triangles on both sides; false of a mesh without triangles
     bool oriented = false; ///< neighbours turn the same way

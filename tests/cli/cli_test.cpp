@@ -174,8 +174,10 @@ TEST_F(CommandLineTest, measurementsOfTheSampleAgreeWithTheTruth) {
 TEST_F(CommandLineTest, exportWritesSurfacesAndKeepsOldOnes) {
     const Outcome first = cli(*sample, "export --output surfaces sample.sdf");
     EXPECT_EQ(first.status, 1) << first.output; // points are left out, and told
-    EXPECT_NE(first.output.find("surfaces/Sample-Vessel.stl\n  closed, oriented outward, manifold, 1 part, Euler number 2"),
-              std::string::npos) << first.output;
+    EXPECT_NE(
+        first.output.find("surfaces/Sample-Vessel.stl\n  closed, oriented outward, manifold, 1 part, Euler number 2"),
+        std::string::npos)
+        << first.output;
     EXPECT_NE(first.output.find("closed, oriented outward, manifold, 1 part, Euler number 2, genus 0, volume 509"),
               std::string::npos);
     const std::string stl = sample->read("surfaces/Sample-Nucleus.stl");
@@ -414,7 +416,8 @@ TEST_F(CommandLineTest, aMissingImageIsMeasuredByTheSizeInTheFileOrNotAtAll) {
     const Outcome sized = cli(folder, "measure sized.sdf");
     EXPECT_EQ(sized.status, 1);
     EXPECT_NE(sized.output.find("the size that the file gives stands for it, 512 x 512"), std::string::npos);
-    for (const char* command : {"measure unsized.sdf", "export -o out unsized.sdf", "normalize -o out sized.sdf unsized.sdf"}) {
+    for (const char* command :
+         {"measure unsized.sdf", "export -o out unsized.sdf", "normalize -o out sized.sdf unsized.sdf"}) {
         const Outcome refused = cli(folder, command);
         EXPECT_EQ(refused.status, 1) << command;
         EXPECT_NE(refused.output.find("does not give its size"), std::string::npos) << refused.output;

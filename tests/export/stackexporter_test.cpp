@@ -73,8 +73,8 @@ TEST_F(StackExporterTest, surfacesAreWrittenAndTheRestIsSkippedWithoutAWord) {
     const std::string closed = folder.read("S-closed.stl");
     EXPECT_EQ(closed.rfind("solid closed\n  facet normal ", 0), 0u);
     EXPECT_NE(closed.find("\nendsolid closed\n"), std::string::npos);
-    // Three bands of six quadrangles, of two triangles each, and one more with a lid of four at each end; an open mesh has
-    // five of them on a band, and no ends.
+    // Three bands of six quadrangles, of two triangles each, and one more with a lid of four at each end; an open mesh
+    // has five of them on a band, and no ends.
     EXPECT_EQ(countLines(closed, "  facet normal"), 68);
     EXPECT_EQ(countLines(closed, "      vertex"), 204);
     EXPECT_EQ(countLines(folder.read("S-open.stl"), "  facet normal"), 30);

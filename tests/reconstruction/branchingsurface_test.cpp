@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <functional>
 
-#include <iostream>
 #include <gtest/gtest.h>
 
 #include "shapes/surfacecertificate.h"
@@ -233,7 +232,7 @@ TEST(BranchingSurface, whateverIsDrawnGivesASoundSurface) {
         seed = seed * 1664525u + 1013904223u;
         return low + (high - low) * (seed >> 8) / double(1 << 24);
     };
-    for (int trial = 0; trial < 12; ++trial) {
+    for (int trial = 0; trial < 4; ++trial) {
         double sum = 0;
         const bool pixels = trial % 2 == 0;
         const auto at = [&](double) {
@@ -251,13 +250,12 @@ TEST(BranchingSurface, whateverIsDrawnGivesASoundSurface) {
                     p = pixels ? PlanePoint{std::round(p.x), std::round(p.y)} : p;
             return outlines;
         };
-        const auto crowd = surfaceOf(0, 10, 8, at);
+        const auto crowd = surfaceOf(0, 10, 5, at);
         for (const SectionParts& section : crowd.getSections())
             sum += 10 * section.area();
         const auto certificate = certificateOf(crowd);
         EXPECT_TRUE(certificate.isSound()) << trial << ' ' << certificate.toText();
         expectNear(certificate.volume, sum, 0.1);
-        std::cout << trial << ' ' << certificate.volume / sum << ' ' << crowd.getNumUnfollowed() << ' ' << certificate.toText() << std::endl;
     }
 }
 

@@ -94,12 +94,16 @@ TEST_F(MeasurementTableTest, tellsHowEachNumberWasComeByAndWhatHoldsOfTheSurface
         addItem(model, stack.getSlice(slice), {{50, 0}, {70, 0}, {70, 20}, {50, 20}});
     }
     const MeasurementTable table = MeasurementTable::ofModels(stack, {&model}, MeasurementTable::Errors::Estimated);
-    const std::vector<std::string> names = {"Area",  "Volume", "SectionVolume", "SlabVolume", "ClosedArea", "Surface",
-                                            "Parts", "Euler",  "Genus"};
+    const std::vector<std::string> names = {"Area",    "Volume", "SectionVolume", "SlabVolume", "ClosedArea",
+                                            "Surface", "Parts",  "Euler",         "Genus"};
     // Walls of girth 80 + 40 + 80, 40 high without the ends and 50 with them, and twice the 700 of a section.
     EXPECT_EQ(rowText(table, 0, names), "8000 35000 35000 28000 11400 closed 2 2 1");
     EXPECT_EQ(rowText(table, 0, {"CentroidX", "CentroidY", "CentroidZ"}), "39 -10 20"); // (300 * 10 + 400 * 60) / 700
     EXPECT_EQ(rowText(table, 0, {"VolumeError", "AreaError", "ClosedAreaError"}), "0 2000 2000");
+    const int sphericity = table.find({"Sphericity"})[0], toVolume = table.find({"SurfaceToVolume"})[0];
+    EXPECT_NEAR(table.getValue(0, sphericity), std::cbrt(36 * 3.14159265358979 * 35000.0 * 35000) / 11400, 1e-9);
+    EXPECT_NEAR(table.getValue(0, toVolume), 11400.0 / 35000, 1e-12);
+    EXPECT_EQ(table.getColumns()[std::size_t(toVolume)].unit, "mm^-1");
     const auto estimator = [&](const MeasurementTable& of, const char* name) {
         return of.getEstimator(0, of.find({name})[0]);
     };

@@ -37,8 +37,12 @@ double ellipseLength(double a, double b) {
 
 Solid ball(double outer, double inner) {
     const auto radius = [](double r, double z) { return std::sqrt(std::max(0.0, r * r - z * z)); };
-    return {inner > 0 ? "hollow ball" : "ball", -outer, outer, 2 * outer,
-            4.0 / 3 * pi * (std::pow(outer, 3) - std::pow(inner, 3)), 4 * pi * (outer * outer + inner * inner),
+    return {inner > 0 ? "hollow ball" : "ball",
+            -outer,
+            outer,
+            2 * outer,
+            4.0 / 3 * pi * (std::pow(outer, 3) - std::pow(inner, 3)),
+            4 * pi * (outer * outer + inner * inner),
             {0, 0, 0},
             [=](double z) {
                 std::vector<SolidOutline> outlines = {ellipse(0, 0, radius(outer, z), radius(outer, z))};
@@ -53,8 +57,14 @@ Solid ball(double outer, double inner) {
 Solid ellipsoid(double a, double b) {
     const double e = std::sqrt(1 - b * b / (a * a));
     const auto scale = [b](double z) { return std::sqrt(std::max(0.0, 1 - z * z / (b * b))); };
-    return {"ellipsoid", -b, b, 2 * a, 4.0 / 3 * pi * a * b * b, 2 * pi * b * b * (1 + a / (b * e) * std::asin(e)),
-            {0, 0, 0}, [=](double z) { return std::vector<SolidOutline>{ellipse(0, 0, a * scale(z), b * scale(z))}; },
+    return {"ellipsoid",
+            -b,
+            b,
+            2 * a,
+            4.0 / 3 * pi * a * b * b,
+            2 * pi * b * b * (1 + a / (b * e) * std::asin(e)),
+            {0, 0, 0},
+            [=](double z) { return std::vector<SolidOutline>{ellipse(0, 0, a * scale(z), b * scale(z))}; },
             [=](double z) { return ellipseLength(a, b) * scale(z); }};
 }
 
@@ -77,12 +87,16 @@ Solid slanted(const std::string& name, double a, double b, double shrink, double
     const double moment = 1 + last + last * last;
     // Height and shift of the centroid are those of a cone's frustum.
     const double share = (1 + 2 * last + 3 * last * last) / (4 * moment);
-    return {name, 0, height, std::max({2 * a, height, shift}), pi * a * b * height / 3 * moment,
-            integral(0, height, strip, 100) + pi * a * b * (1 + last * last), {shift * share, 0, height * share},
-            [=](double z) {
-                return std::vector<SolidOutline>{ellipse(shift * z / height, 0, a * scale(z), b * scale(z))};
-            },
-            [=](double z) { return ellipseLength(a, b) * scale(z); }};
+    return {
+        name,
+        0,
+        height,
+        std::max({2 * a, height, shift}),
+        pi * a * b * height / 3 * moment,
+        integral(0, height, strip, 100) + pi * a * b * (1 + last * last),
+        {shift * share, 0, height * share},
+        [=](double z) { return std::vector<SolidOutline>{ellipse(shift * z / height, 0, a * scale(z), b * scale(z))}; },
+        [=](double z) { return ellipseLength(a, b) * scale(z); }};
 }
 
 /// A ring about the axis Y through (x, 0, 0), so that sections cut it lengthwise.
@@ -123,8 +137,15 @@ double lengthOf(const std::vector<SolidOutline>& outlines) {
 
 Solid standingTorus(double ring, double tube) {
     const auto at = [=](double z) { return standingRing(0, ring, tube, z); };
-    return {"torus cut lengthwise", -ring - tube, ring + tube, 2 * (ring + tube), 2 * pi * pi * ring * tube * tube,
-            4 * pi * pi * ring * tube, {0, 0, 0}, at, [=](double z) { return lengthOf(at(z)); }};
+    return {"torus cut lengthwise",
+            -ring - tube,
+            ring + tube,
+            2 * (ring + tube),
+            2 * pi * pi * ring * tube * tube,
+            4 * pi * pi * ring * tube,
+            {0, 0, 0},
+            at,
+            [=](double z) { return lengthOf(at(z)); }};
 }
 
 Solid linkedRings(double ring, double tube) {
@@ -137,8 +158,15 @@ Solid linkedRings(double ring, double tube) {
         }
         return outlines;
     };
-    return {"linked rings", -ring - tube, ring + tube, 3 * ring + 2 * tube, 4 * pi * pi * ring * tube * tube,
-            8 * pi * pi * ring * tube, {ring / 2, 0, 0}, at, [=](double z) { return lengthOf(at(z)); }};
+    return {"linked rings",
+            -ring - tube,
+            ring + tube,
+            3 * ring + 2 * tube,
+            4 * pi * pi * ring * tube * tube,
+            8 * pi * pi * ring * tube,
+            {ring / 2, 0, 0},
+            at,
+            [=](double z) { return lengthOf(at(z)); }};
 }
 
 /// A tube of upright circular sections along a helix.
@@ -151,8 +179,13 @@ Solid helix(double coil, double tube, double height, double turns) {
     });
     const double x = coil * std::sin(2 * pi * turns) / (2 * pi * turns);
     const double y = coil * (1 - std::cos(2 * pi * turns)) / (2 * pi * turns);
-    return {"helix", 0, height, std::max(height, 2 * (coil + tube)), pi * tube * tube * height,
-            side * height + 2 * pi * tube * tube, {x, y, height / 2},
+    return {"helix",
+            0,
+            height,
+            std::max(height, 2 * (coil + tube)),
+            pi * tube * tube * height,
+            side * height + 2 * pi * tube * tube,
+            {x, y, height / 2},
             [=](double z) {
                 return std::vector<SolidOutline>{
                     ellipse(coil * std::cos(winding * z), coil * std::sin(winding * z), tube, tube)};
@@ -175,7 +208,8 @@ struct Fork {
         for (const int side : {1, -1}) {
             SolidOutline& outline = result[side == 1 || apart < r ? 0 : 1];
             for (int k = 0; k < n; ++k) {
-                const double t = -pi + hidden + (2 * pi - 2 * hidden) * (apart < r ? double(k) / (n - 1) : double(k) / n);
+                const double t =
+                    -pi + hidden + (2 * pi - 2 * hidden) * (apart < r ? double(k) / (n - 1) : double(k) / n);
                 outline.push_back(place(side * (apart + r * std::cos(t)), side * r * std::sin(t)));
             }
         }
@@ -197,8 +231,8 @@ struct Fork {
     }
 };
 
-/// A trunk that forks at a height, the two limbs going apart; with twigs, each limb forks again across. All are tubes of
-/// one radius, upright circles on each section.
+/// A trunk that forks at a height, the two limbs going apart; with twigs, each limb forks again across. All are tubes
+/// of one radius, upright circles on each section.
 Solid tree(double r, double slope, double trunk, double limbs, double twigs) {
     const double fork = trunk, second = trunk + limbs, top = trunk + limbs + twigs;
     const auto forksAt = [=](double z) {
@@ -226,8 +260,8 @@ Solid tree(double r, double slope, double trunk, double limbs, double twigs) {
         return wall;
     };
     // Where discs part the integrand has a kink.
-    std::vector<double> stops = {0, fork, std::min(fork + r / slope, second), second,
-                                 std::min(second + r / slope, top), top};
+    std::vector<double> stops = {
+        0, fork, std::min(fork + r / slope, second), second, std::min(second + r / slope, top), top};
     double volume = 0, area = areaAt(0) + areaAt(top), moment = 0;
     for (std::size_t k = 1; k < stops.size(); ++k) {
         if (!(stops[k] > stops[k - 1]))
@@ -235,9 +269,15 @@ Solid tree(double r, double slope, double trunk, double limbs, double twigs) {
         const double from = stops[k - 1] + 1e-12, to = stops[k] - 1e-12;
         volume += integral(from, to, areaAt, 400);
         area += integral(from, to, wallAt, 400);
-        moment += integral(from, to, [&](double z) { return z * areaAt(z); }, 400);
+        moment += integral(
+            from, to, [&](double z) { return z * areaAt(z); }, 400);
     }
-    return {twigs > 0 ? "tree of tubes" : "Y-branch", 0, top, std::max(top, 2 * (slope * limbs + r)), volume, area,
+    return {twigs > 0 ? "tree of tubes" : "Y-branch",
+            0,
+            top,
+            std::max(top, 2 * (slope * limbs + r)),
+            volume,
+            area,
             {0, 0, moment / volume},
             [=](double z) {
                 std::vector<SolidOutline> outlines;
@@ -291,7 +331,7 @@ std::unique_ptr<Stack> drawn(const Solid& solid, const Drawing& drawing) {
         const double z = solid.bottom + (s + 0.5) * spacing;
         slice->setAbsolutePosition(float(z));
         for (const SolidOutline& outline : solid.outlines(z)) {
-            const double corners = lengthOf({outline}) / (3 * width);
+            const double corners = std::min(lengthOf({outline}) / (4 * width), 64.0);
             const auto step = std::max(std::size_t(1), std::size_t(double(outline.size()) / std::max(corners, 8.0)));
             std::vector<std::array<int, 2>> pixels;
             for (std::size_t k = 0; k + step <= outline.size(); k += step) {

@@ -21,22 +21,22 @@ struct Solid {
     double volume, area;
     std::array<double, 3> centroid;
     std::function<std::vector<SolidOutline>(double)> outlines; ///< by height
-    std::function<double(double)> perimeter;                  ///< of all outlines at a height
+    std::function<double(double)> perimeter;                   ///< of all outlines at a height
 };
 
-/// Balls, ellipsoids, slanted cones, oblique and elliptic tubes, tori cut lengthwise, hollow balls, trees, forks, linked
-/// rings and helices. Areas without a closed form are integrals, done to ten digits.
+/// Balls, ellipsoids, slanted cones, oblique and elliptic tubes, tori cut lengthwise, hollow balls, trees, forks,
+/// linked rings and helices. Areas without a closed form are integrals, done to ten digits.
 std::vector<Solid> knownSolids();
 
 /// How a body is drawn.
 struct Drawing {
-    int sections = 50;      ///< over its height, each in the middle of its share
-    double pixel = 0.005;   ///< width of a pixel, in diameters
-    double aspect = 1;      ///< height of a pixel to its width
-    double angle = 0;       ///< about the axis of the sections
+    int sections = 50;    ///< over its height, each in the middle of its share
+    double pixel = 0.002; ///< width of a pixel, in diameters
+    double aspect = 1;    ///< height of a pixel to its width
+    double angle = 0;     ///< about the axis of the sections
 };
 
-/// The body as a model, "m", of a stack: vertices on whole pixels, about three pixels apart.
+/// The body as a model, "m", of a stack: vertices on whole pixels, four pixels apart, but at most 64.
 std::unique_ptr<Stack> drawn(const Solid& solid, const Drawing& drawing);
 
 /// Measures of the model, and their truths.

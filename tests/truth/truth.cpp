@@ -18,8 +18,9 @@ void printTable(const Drawing& drawing) {
 
 /// The greatest errors of each drawing over all bodies.
 void printSummary(const char* const header, const std::vector<std::pair<std::string, Drawing>>& drawings) {
-    std::printf("| %s | Volume, closed surface | Volume, sections | Area | Length | Barycentre |\n|---|---|---|---|---|---|\n",
-                header);
+    std::printf(
+        "| %s | Volume, closed surface | Volume, sections | Area | Length | Barycentre |\n|---|---|---|---|---|---|\n",
+        header);
     for (const auto& [name, drawing] : drawings) {
         std::vector<double> most(5);
         for (const Solid& solid : knownSolids()) {
@@ -42,15 +43,15 @@ int printAll() {
                 "others in shares of the truth. Each body\nlies between its first and its last section and half a "
                 "section beyond them. Lengths are those of the outlines as\ndrawn: their vertices jump from pixel to "
                 "pixel, which makes them longer.\n\n"
-                "## 50 sections, 200 pixels across the body\n\n");
+                "## 50 sections, 500 pixels across the body\n\n");
     printTable({});
     std::printf("## Greatest errors over all bodies\n\n");
-    printSummary("Sections", {{"25", {25, 0.005, 1, 0}}, {"50", {50, 0.005, 1, 0}}, {"100", {100, 0.005, 1, 0}}});
+    printSummary("Sections", {{"25", {25, 0.002, 1, 0}}, {"50", {50, 0.002, 1, 0}}, {"100", {100, 0.002, 1, 0}}});
     printSummary("Pixels across the body",
-                 {{"100", {50, 0.01, 1, 0}}, {"200", {50, 0.005, 1, 0}}, {"400", {50, 0.0025, 1, 0}}});
-    printSummary("Pixels", {{"turned by 30 degrees", {50, 0.005, 1, 0.5236}},
-                            {"twice as high as wide", {50, 0.004, 2, 0}},
-                            {"twice as high as wide, turned by 30 degrees", {50, 0.004, 2, 0.5236}}});
+                 {{"100", {50, 0.01, 1, 0}}, {"200", {50, 0.005, 1, 0}}, {"500", {50, 0.002, 1, 0}}});
+    printSummary("Pixels", {{"turned by 30 degrees", {50, 0.002, 1, 0.5236}},
+                            {"twice as high as wide", {50, 0.002, 2, 0}},
+                            {"twice as high as wide, turned by 30 degrees", {50, 0.002, 2, 0.5236}}});
     return 0;
 }
 

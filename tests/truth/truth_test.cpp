@@ -10,14 +10,13 @@ namespace vorlen {
 // not square on a turned body.
 TEST(Truth, measuresHoldForBodiesOfAnyShape) {
     for (const Solid& solid : knownSolids())
-        for (const Drawing& drawing : {Drawing{}, Drawing{50, 0.004, 1.5, 0.5}})
+        for (const Drawing& drawing : {Drawing{}, Drawing{50, 0.002, 1.5, 0.5}})
             for (const Truth& truth : measuredAndTrue(solid, drawing)) {
                 const double bound = truth.measure == "volume" ? 0.005 : 0.01;
                 // Chords are shorter than arcs, and steps of pixels longer than the line.
                 if (truth.measure != "length of the outlines") {
-                    EXPECT_LT(std::fabs(truth.error()), bound)
-                        << solid.name << ", " << truth.measure << " by " << truth.estimator << ", pixels 1 to "
-                        << drawing.aspect;
+                    EXPECT_LT(std::fabs(truth.error()), bound) << solid.name << ", " << truth.measure << " by "
+                                                               << truth.estimator << ", pixels 1 to " << drawing.aspect;
                 }
             }
 }
