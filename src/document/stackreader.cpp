@@ -293,7 +293,8 @@ void StackReader::readText(Stack& stack, const std::string& text, const std::str
         log({ProblemCode::FileReadError,
              std::string("The file could not be read to its end: ") + std::strerror(error) + "."});
     else if (__whole && text.find(wholeFileAnnouncement) < 1024 && text.rfind(wholeFileMark) == std::string::npos)
-        log({ProblemCode::FileCut, "The file is cut off: it lacks the last line that says that it is whole.", lineOf(end)});
+        log({ProblemCode::FileCut, "The file is cut off: it lacks the last line that says that it is whole.",
+             lineOf(end)});
     else
         error = -1;
     __whole = __whole && error == -1;
@@ -360,9 +361,8 @@ void StackReader::parseStatement(const Tokens& tokens, StackIOContext& context, 
 /// Whether the word is one of the format, or of a kind of image source.
 bool StackReader::isKnown(Keyword keyword, const Tokens& tokens) const {
     return keyword != UNKNOWN ||
-           std::any_of(__imageSourceKinds.begin(), __imageSourceKinds.end(), [&](const ImageSourceKind& kind) {
-               return !tokens.empty() && kind.keyword == tokens.front();
-           });
+           std::any_of(__imageSourceKinds.begin(), __imageSourceKinds.end(),
+                       [&](const ImageSourceKind& kind) { return !tokens.empty() && kind.keyword == tokens.front(); });
 }
 
 bool StackReader::opensObject(Keyword keyword, const Tokens& tokens) const {
@@ -483,9 +483,8 @@ void StackReader::renameDuplicates(Stack& stack) {
             continue;
         slice.setName(sliceNames.take(old));
         log({ProblemCode::SliceNameDuplicate,
-             "Two slices are named \"" + old + "\": slice " + std::to_string(i + 1) + " is now \"" +
-                        slice.getName() +
-                        "\". The file does not tell the outlines of the two apart: all stand on the first.",
+             "Two slices are named \"" + old + "\": slice " + std::to_string(i + 1) + " is now \"" + slice.getName() +
+                 "\". The file does not tell the outlines of the two apart: all stand on the first.",
              lineOf(slice), "", slice.getName()});
     }
     seen.clear();
@@ -500,8 +499,8 @@ void StackReader::renameDuplicates(Stack& stack) {
             continue;
         model.setName(modelNames.take(old));
         log({ProblemCode::ModelNameDuplicate,
-             "Two models are named \"" + old + "\": model " + std::to_string(i + 1) + " is now \"" +
-                        model.getName() + "\".",
+             "Two models are named \"" + old + "\": model " + std::to_string(i + 1) + " is now \"" + model.getName() +
+                 "\".",
              lineOf(model), model.getName()});
     }
 }

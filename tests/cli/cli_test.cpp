@@ -402,8 +402,8 @@ TEST(CommandLine, checkMendsAFileAndKeepsItAsItWas) {
 TEST(CommandLine, valuesOfSeveralFilesNameFileAndStackOnEachRow) {
     const TemporaryFolder folder;
     const auto text = [](const char* stack, const char* unit) {
-        return std::string("\xEF\xBB\xBF") + "FileFormatVersion 1.03;\nSTACK \"" + stack + "\";\nLengthUnitScale " + unit +
-               ";\nPIXWIDTH 1;\nRELPOSITION 1;\nSLICE \"a\" 1 1;\nMODEL \"m\";\n";
+        return std::string("\xEF\xBB\xBF") + "FileFormatVersion 1.03;\nSTACK \"" + stack + "\";\nLengthUnitScale " +
+               unit + ";\nPIXWIDTH 1;\nRELPOSITION 1;\nSLICE \"a\" 1 1;\nMODEL \"m\";\n";
     };
     folder.write("one.sdf", text("first", "-6"));
     folder.write("two.sdf", text("sec,ond", "-6"));
@@ -414,8 +414,8 @@ TEST(CommandLine, valuesOfSeveralFilesNameFileAndStackOnEachRow) {
     std::vector<std::string> starts;
     for (std::string line; std::getline(lines, line);)
         starts.push_back(line.substr(0, line.find(",m,") == std::string::npos ? 17 : line.find(",m,")));
-    const std::vector<std::string> expected = {"File,Stack,Model,", "one.sdf,first",     "two.sdf,\"sec,ond\"", "",
-                                               "File,Stack,Model,", "nm.sdf,third", ""};
+    const std::vector<std::string> expected = {
+        "File,Stack,Model,", "one.sdf,first", "two.sdf,\"sec,ond\"", "", "File,Stack,Model,", "nm.sdf,third", ""};
     EXPECT_EQ(starts, expected) << measured.output;
     EXPECT_EQ(cli(folder, "measure --models-only --format csv one.sdf").output.rfind("Model,", 0), 0u);
     const Outcome info = cli(folder, "info --format csv one.sdf nm.sdf");
@@ -452,7 +452,8 @@ TEST_F(CommandLineTest, aMissingImageIsMeasuredByTheSizeInTheFileOrNotAtAll) {
     const Outcome sized = cli(folder, "measure sized.sdf");
     EXPECT_EQ(sized.status, 1);
     EXPECT_NE(sized.output.find("the size that the file gives stands for it, 512 x 512"), std::string::npos);
-    for (const char* command : {"measure unsized.sdf", "export -o out unsized.sdf", "normalize -o out sized.sdf unsized.sdf"}) {
+    for (const char* command :
+         {"measure unsized.sdf", "export -o out unsized.sdf", "normalize -o out sized.sdf unsized.sdf"}) {
         const Outcome refused = cli(folder, command);
         EXPECT_EQ(refused.status, 1) << command;
         EXPECT_NE(refused.output.find("does not give its size"), std::string::npos) << refused.output;

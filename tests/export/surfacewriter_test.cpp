@@ -154,7 +154,8 @@ Corners readPly(const std::string& bytes) {
         EXPECT_EQ(bytes[triangle], 3);
         for (std::size_t k = 0; k < 3; ++k) {
             const std::size_t v = end + 15 * std::size_t(numberAt<std::int32_t>(bytes, triangle + 1 + 4 * k));
-            corners.push_back({numberAt<float>(bytes, v), numberAt<float>(bytes, v + 4), numberAt<float>(bytes, v + 8)});
+            corners.push_back(
+                {numberAt<float>(bytes, v), numberAt<float>(bytes, v + 4), numberAt<float>(bytes, v + 8)});
             EXPECT_EQ(bytes.substr(v + 12, 3), "\xFF\x80" + std::string(1, '\0'));
         }
     }
@@ -212,11 +213,13 @@ Gltf readGltf(const std::string& bytes) {
 
 /// The corners of a mesh by its accessors, whose ranges must hold.
 Corners cornersOf(const Gltf& file, int mesh) {
-    const QJsonObject primitive =
-        file.json["meshes"].toArray()[mesh].toObject()["primitives"].toArray()[0].toObject();
-    const auto accessor = [&](const QJsonValue& number) { return file.json["accessors"].toArray()[number.toInt()].toObject(); };
+    const QJsonObject primitive = file.json["meshes"].toArray()[mesh].toObject()["primitives"].toArray()[0].toObject();
+    const auto accessor = [&](const QJsonValue& number) {
+        return file.json["accessors"].toArray()[number.toInt()].toObject();
+    };
     const auto begin = [&](const QJsonObject& of) {
-        return std::size_t(file.json["bufferViews"].toArray()[of["bufferView"].toInt()].toObject()["byteOffset"].toInt());
+        return std::size_t(
+            file.json["bufferViews"].toArray()[of["bufferView"].toInt()].toObject()["byteOffset"].toInt());
     };
     const QJsonObject positions = accessor(primitive["attributes"].toObject()["POSITION"]);
     const QJsonObject indices = accessor(primitive["indices"]);
@@ -259,7 +262,8 @@ TEST(SurfaceWriter, readersFindTheSameTrianglesToTheLastBit) {
 TEST(SurfaceWriter, filesTellNameUnitAndCertificate) {
     const TriMesh<float> cube = cubeMesh<float>(2);
     const std::string told = "closed, oriented outward, manifold, 1 part, Euler number 2, genus 0, volume 8 nm^3";
-    for (const SurfaceFormat format : {SurfaceFormat::Obj, SurfaceFormat::PlyBinary, SurfaceFormat::PlyAscii, SurfaceFormat::Vtk}) {
+    for (const SurfaceFormat format :
+         {SurfaceFormat::Obj, SurfaceFormat::PlyBinary, SurfaceFormat::PlyAscii, SurfaceFormat::Vtk}) {
         const std::string text = written(cube, format, "a\nb");
         EXPECT_NE(text.find(told), std::string::npos);
         EXPECT_NE(text.find("a b"), std::string::npos) << "a line end in the name is none in the file";

@@ -288,9 +288,8 @@ void VRLRenderingMediator::exportSurfaces() {
 
 void VRLRenderingMediator::exportSurfaces(const QString& directory, SurfaceFormat format) {
     const std::string_view name = infoOf(format).name;
-    exportBy(
-        [&] { StackExporter().exportStack(*__stack, QFile::encodeName(directory).toStdString(), format, false); },
-        QString::fromUtf8(name.data(), qsizetype(name.size())).section(' ', 0, 0).remove(','));
+    exportBy([&] { StackExporter().exportStack(*__stack, QFile::encodeName(directory).toStdString(), format, false); },
+             QString::fromUtf8(name.data(), qsizetype(name.size())).section(' ', 0, 0).remove(','));
 }
 
 void VRLRenderingMediator::export2AsciiSTL(const QString& directory) {
