@@ -4,6 +4,7 @@
 #include <iostream>
 #include <limits>
 
+#include "cli/csvtables.h"
 #include "cli/jsonwriter.h"
 #include "cli/outputformat.h"
 #include "cli/pixelcheck.h"
@@ -111,7 +112,8 @@ void writeJson(JsonWriter& json, const StackFile& file, const std::vector<SliceP
     json.endObject();
 }
 
-void printTables(const StackFile& file, OutputFormat format, const std::vector<SlicePixels>& pixels) {
+void printTables(const StackFile& file, OutputFormat format, const std::vector<SlicePixels>& pixels,
+                 CsvTables& collected) {
     const Stack& stack = file.getStack();
     std::vector<std::string> columns = {"Slice",    "Image",      "Width",       "Height", "Depth",
                                         "Position", "PixelWidth", "PixelHeight", "Shift",  "Rotation"};
@@ -143,10 +145,8 @@ void printTables(const StackFile& file, OutputFormat format, const std::vector<S
         }
         slices.addRow(cells);
     }
-    if (format == OutputFormat::Csv) {
-        slices.printCsv(std::cout);
-        return;
-    }
+    if (format == OutputFormat::Csv)
+        return collected.add("Slices", file, slices);
     std::cout << file.getName() << ": stack \"" << stack.getName() << "\", unit " << stack.getLengthUnit().symbol()
               << ", " << stack.getNumSlices() << " slices, " << stack.getNumModels() << " models, "
               << stack.getNumPoses() << " poses\n\n";
@@ -173,16 +173,20 @@ int infoCommand(const QStringList& arguments) {
                      "STACK.sdf...", "Stack description files (.sdf).");
     line.addFormatOption();
     line.addFlag("pixels", "Read all pixels: type of the values, and least, greatest and mean value of each channel.");
-    return reportOnStacks(line, arguments, [&line](const StackFile& file, OutputFormat format, JsonWriter& json) {
+    CsvTables collected;
+    const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
         const std::vector<SlicePixels> pixels = pixelsOf(file.getStack(), line.isSet("pixels"));
         if (format == OutputFormat::Json)
             writeJson(json, file, pixels);
         else
-            printTables(file, format, pixels);
+            printTables(file, format, pixels, collected);
         const bool good =
             std::all_of(pixels.begin(), pixels.end(), [](const auto& each) { return each.problem.empty(); });
         return int(good ? ExitGood : ExitProblems);
-    });
+    };
+    const int status = reportOnStacks(line, arguments, report);
+    collected.print(std::cout, line.files().size() > 1, false);
+    return status;
 }
 
 } // namespace vorlen

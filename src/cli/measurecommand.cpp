@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/csvtables.h"
 #include "cli/jsonwriter.h"
 #include "cli/outputformat.h"
 #include "cli/stackfile.h"
@@ -183,14 +184,16 @@ TextTable textOf(const MeasurementTable& table, bool csv) {
     return text;
 }
 
-void printTables(const StackFile& file, const Measurements& measurements, OutputFormat format, bool modelsOnly) {
+/// Those of comma-separated values are collected, to be printed behind the last file.
+void printTables(const StackFile& file, const Measurements& measurements, OutputFormat format, bool modelsOnly,
+                 CsvTables& collected) {
     const bool csv = format == OutputFormat::Csv;
     const auto show = [&](const char* title, const MeasurementTable& table) {
         const TextTable text = textOf(table, csv);
         if (csv)
-            text.printCsv(std::cout);
-        else
-            std::cout << title << '\n', text.print(std::cout);
+            return collected.add(title, file, text);
+        std::cout << title << '\n';
+        text.print(std::cout);
         std::cout << '\n';
     };
     if (!csv)
@@ -220,7 +223,8 @@ int measureCommand(const QStringList& arguments) {
     line.addFormatOption();
     line.addFlag("models-only", "Print the table of models only; not for json.");
     line.addFlag("error", "Estimate errors by leaving out every second section: how much volume and areas change.");
-    return reportOnStacks(line, arguments, [&line](const StackFile& file, OutputFormat format, JsonWriter& json) {
+    CsvTables collected;
+    const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
         if (!file.isMeasurable())
             return int(ExitProblems);
         return guarded("measure " + file.getName(), [&] {
@@ -229,10 +233,13 @@ int measureCommand(const QStringList& arguments) {
             if (format == OutputFormat::Json)
                 writeJson(json, file, measurements);
             else
-                printTables(file, measurements, format, line.isSet("models-only"));
+                printTables(file, measurements, format, line.isSet("models-only"), collected);
             return reportFailures(file, measurements);
         });
-    });
+    };
+    const int status = reportOnStacks(line, arguments, report);
+    collected.print(std::cout, line.files().size() > 1, true);
+    return status;
 }
 
 } // namespace vorlen

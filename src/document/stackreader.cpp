@@ -988,9 +988,10 @@ void StackReader::inputPose(const Tokens& tokens, StackIOContext& context) {
 void StackReader::inputPoseRotation(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 3);
     Pose& pose = required(context.getPose());
-    pose.setXRotation(toInt(tokens[1]));
-    pose.setYRotation(toInt(tokens[2]));
-    pose.setZRotation(toInt(tokens[3]));
+    Vector<float> rotation(3);
+    for (int k = 0; k < 3; ++k)
+        rotation[k] = toFinite(tokens[std::size_t(k) + 1]);
+    pose.setRotation(rotation);
 }
 
 void StackReader::inputPoseShift(const Tokens& tokens, StackIOContext& context) {

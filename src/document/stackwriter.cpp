@@ -53,6 +53,17 @@ void appendShift(std::string& text, double value) {
                               : std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
 }
 
+/// Readers of whole numbers take the digits in front: an exponent would be lost on them.
+std::string plainDigits(float value) {
+    std::string digits;
+    appendReal(digits, value);
+    if (digits.find('e') != std::string::npos) {
+        char buffer[64];
+        digits.assign(buffer, std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 0).ptr);
+    }
+    return digits;
+}
+
 /// The pixel height does not follow from width and aspect ratio, beyond their rounding.
 bool needsPixelHeight(const PixelCalibration& calibration) {
     const float height = calibration.getPixelHeight();
@@ -347,8 +358,10 @@ void StackWriter::writePoses(const Stack& stack) {
         const Pose& pose = stack.getPose(i);
         __text += '\n';
         name(POSE, pose.getName());
-        __text += getString(POSEROTATION) + " " + std::to_string(pose.getXRotation()) + " " +
-                  std::to_string(pose.getYRotation()) + " " + std::to_string(pose.getZRotation()) + endOfStatement;
+        __text += getString(POSEROTATION);
+        for (const float angle : pose.getRotation())
+            __text += " " + plainDigits(angle);
+        __text += endOfStatement;
         __text += getString(POSESHIFT) + " " + std::to_string(pose.getXTranslation()) + " " +
                   std::to_string(pose.getYTranslation()) + endOfStatement;
         statement(POSEZOOM, pose.getZoom());
@@ -455,15 +468,8 @@ void StackWriter::name(Keyword keyword, const std::string& value) {
     __text += endOfStatement;
 }
 
-/// The reader takes the digits in front: an exponent would be lost on it.
 void StackWriter::wholeNumber(Keyword keyword, float value) {
-    std::string digits;
-    appendReal(digits, value);
-    if (digits.find('e') != std::string::npos) {
-        char buffer[64];
-        digits.assign(buffer, std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 0).ptr);
-    }
-    statement(keyword, digits);
+    statement(keyword, plainDigits(value));
 }
 
 void StackWriter::annotation(const std::string& text) {

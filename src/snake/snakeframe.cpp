@@ -57,7 +57,7 @@ Image cut(const Image& image, int left, int top, int width, int height) {
     return part;
 }
 
-PixelMatrix<float> valuesOf(const Image& part, ImageColorContent content, float factor) {
+PixelMatrix<float> valuesOf(const Image& part, ImageColorContent content, float step) {
     PixelMatrix<float> values;
     if (content == GreenContent)
         values.convertFromImage(part, GreenChannel);
@@ -69,7 +69,7 @@ PixelMatrix<float> valuesOf(const Image& part, ImageColorContent content, float 
         values.convertGreyFromImage(part);
     for (int i = 0; i < values.getSize1(); ++i)
         for (float& value : values[i])
-            value = std::isfinite(value) ? value * factor : 0;
+            value = std::isfinite(value) ? value / step : 0;
     return values;
 }
 
@@ -141,10 +141,10 @@ Curve<float> SnakeFrame::toSlice(const Curve<float>& curve) const {
     return mapped(curve, 0, __x.step, __x.first - 0.5, 0, __y.step, __y.first - 0.5);
 }
 
-PixelMatrix<float> SnakeFrame::pixels(const Image& image, float factor) const {
+PixelMatrix<float> SnakeFrame::pixels(const Image& image, float step) const {
     const int width = __x.end - __x.first, height = __y.end - __y.first;
     const PixelMatrix<float> values =
-        valuesOf(cut(image, __x.first, __y.first, width, height), image.colorContent(), factor);
+        valuesOf(cut(image, __x.first, __y.first, width, height), image.colorContent(), step);
     if (__x.step == 1 && __y.step == 1)
         return values;
     const std::vector<Shares> columns = sharesAlong(width, __x.size, __x.step);

@@ -35,9 +35,10 @@ public:
     Curve<float> toFrame(const Curve<float>& curve) const;
     Curve<float> toSlice(const Curve<float>& curve) const;
 
-    /// The frame's pixels of an image of the slice's size, times factor: gray values, those of the only colour that
-    /// there is, or the gray of a coloured image. A value that is no number is 0.
-    PixelMatrix<float> pixels(const Image& image, float factor = 1) const;
+    /// The frame's pixels of an image of the slice's size, in units of step: gray values, those of the only colour that
+    /// there is, or the gray of a coloured image. A value that is no number is 0. Bytes that were widened are divided
+    /// exactly.
+    PixelMatrix<float> pixels(const Image& image, float step = 1) const;
 
 private:
     struct Side {

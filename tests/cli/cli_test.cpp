@@ -193,6 +193,33 @@ TEST_F(CommandLineTest, exportWritesSurfacesAndKeepsOldOnes) {
     EXPECT_EQ(sample->read("surfaces/Sample-Nucleus.stl"), stl);
 }
 
+// Read by another program where there is one; the formats' own tests look at the numbers.
+TEST_F(CommandLineTest, exportWritesTheFormatsOfOtherPrograms) {
+    const auto size = [](const char* name) {
+        std::error_code error;
+        return std::filesystem::file_size(sample->file(name), error);
+    };
+    for (const char* format : {"stl-ascii", "stl", "obj", "ply", "ply-ascii", "vtk", "glb"}) {
+        const Outcome outcome = cli(*sample, std::string("export --overwrite -o formats -f ") + format + " sample.sdf");
+        EXPECT_EQ(outcome.status, 1) << outcome.output; // the branching vessel and the points are left out
+        EXPECT_NE(outcome.output.find("closed, oriented outward"), std::string::npos) << outcome.output;
+    }
+    EXPECT_FALSE(std::filesystem::exists(sample->file("formats/Sample-Nucleus.qm")));
+    for (const char* name : {"formats/Sample-Nucleus.stl", "formats/Sample-Nucleus.obj", "formats/Sample-Nucleus.mtl",
+                             "formats/Sample-Nucleus.ply", "formats/Sample-Nucleus.vtk", "formats/Sample.glb"})
+        EXPECT_GT(size(name), 20u) << name;
+    EXPECT_EQ(size("formats/Sample-Nucleus.stl") % 50, 84 % 50);
+    const Outcome admesh = shell(sample->path(), "admesh formats/Sample-Nucleus.stl");
+    if (admesh.status == 0) {
+        EXPECT_NE(admesh.output.find("Total disconnected facets        :     0"), std::string::npos) << admesh.output;
+    }
+    const std::string scene = sample->read("formats/Sample.glb");
+    for (const char* name : {"Nucleus", "Membrane"})
+        EXPECT_NE(scene.find("{\"name\":\"" + std::string(name) + "\",\"mesh\":"), std::string::npos) << name;
+    EXPECT_EQ(cli(*sample, "export -o formats -f glb sample.sdf").status, 3) << "the file is there";
+    EXPECT_EQ(cli(*sample, "export -o formats -f dwg sample.sdf").status, 2);
+}
+
 // Two specimens of the same sample, one of them turned and shifted as a whole: they come to lie on each other.
 TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
     std::string text = sample->read("sample.sdf");
@@ -385,6 +412,31 @@ TEST(CommandLine, checkMendsAFileAndKeepsItAsItWas) {
     EXPECT_EQ(cut.status, 1);
     EXPECT_NE(cut.output.find("not mended"), std::string::npos) << cut.output;
     EXPECT_EQ(folder.read("cut.sdf"), old.substr(0, old.size() - 3));
+}
+
+// One table of each kind, whose rows tell where they come from; another unit begins another table.
+TEST(CommandLine, valuesOfSeveralFilesNameFileAndStackOnEachRow) {
+    const TemporaryFolder folder;
+    const auto text = [](const char* stack, const char* unit) {
+        return std::string("\xEF\xBB\xBF") + "FileFormatVersion 1.03;\nSTACK \"" + stack + "\";\nLengthUnitScale " +
+               unit + ";\nPIXWIDTH 1;\nRELPOSITION 1;\nSLICE \"a\" 1 1;\nMODEL \"m\";\n";
+    };
+    folder.write("one.sdf", text("first", "-6"));
+    folder.write("two.sdf", text("sec,ond", "-6"));
+    folder.write("nm.sdf", text("third", "-9"));
+    const Outcome measured = cli(folder, "measure --models-only --format csv one.sdf two.sdf nm.sdf");
+    EXPECT_EQ(measured.status, 0) << measured.output;
+    std::istringstream lines(measured.output);
+    std::vector<std::string> starts;
+    for (std::string line; std::getline(lines, line);)
+        starts.push_back(line.substr(0, line.find(",m,") == std::string::npos ? 17 : line.find(",m,")));
+    const std::vector<std::string> expected = {
+        "File,Stack,Model,", "one.sdf,first", "two.sdf,\"sec,ond\"", "", "File,Stack,Model,", "nm.sdf,third", ""};
+    EXPECT_EQ(starts, expected) << measured.output;
+    EXPECT_EQ(cli(folder, "measure --models-only --format csv one.sdf").output.rfind("Model,", 0), 0u);
+    const Outcome info = cli(folder, "info --format csv one.sdf nm.sdf");
+    EXPECT_EQ(info.output.rfind("File,Stack,Slice,", 0), 0u) << info.output;
+    EXPECT_NE(info.output.find("\nnm.sdf,third,a,"), std::string::npos);
 }
 
 TEST(CommandLine, theTableOfCodesIsThatOfTheGuide) {

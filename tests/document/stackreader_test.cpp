@@ -519,7 +519,7 @@ TEST(StackReader, aPlaneOfAVolumeIsASlice) {
 }
 
 TEST(StackReader, posesAreAttachedToTheStack) {
-    const Read read("POSE \"lateral\";\nPOSEROTATION 10 -90 350;\nPOSESHIFT 3 -4;\nPOSEZOOM 150;\nAMBIENTLIGHT 1;\n"
+    const Read read("POSE \"lateral\";\nPOSEROTATION 10 -90 359.99;\nPOSESHIFT 3 -4;\nPOSEZOOM 150;\nAMBIENTLIGHT 1;\n"
                     "DIFFUSELIGHT 2;\nSPECULARLIGHT 3;\n");
     EXPECT_TRUE(read.log().empty());
     ASSERT_EQ(read.stack.getNumPoses(), 1);
@@ -527,6 +527,8 @@ TEST(StackReader, posesAreAttachedToTheStack) {
     EXPECT_EQ(pose.getStack(), &read.stack);
     EXPECT_EQ(pose.getName(), "lateral");
     EXPECT_EQ(pose.getYRotation(), -90);
+    EXPECT_EQ(pose.getRotation()[2], 359.99f);
+    EXPECT_NE(StackWriter().toText(read.stack).find("POSEROTATION 10 -90 359.99;"), std::string::npos);
     EXPECT_EQ(pose.getYTranslation(), -4);
     EXPECT_EQ(pose.getZoom(), 150);
     EXPECT_EQ(pose.getSpecularLight(), 3);

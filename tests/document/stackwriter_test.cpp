@@ -505,7 +505,6 @@ TEST(StackWriter, aVolumeIsSavedAsAStackOfItsPlanes) {
                  FileWriteError);
 }
 
-<<<<<<< HEAD
 // A file image, a mosaic that loses one tile, and a plane of a volume: all named as before, with the sizes they had.
 TEST(StackWriter, aStackThatHasLostItsImagesIsWrittenAsItWas) {
     const StackFolder folder;
@@ -549,7 +548,8 @@ TEST(StackWriter, aStackThatHasLostItsImagesIsWrittenAsItWas) {
     std::filesystem::rename(folder.file("elsewhere"), folder.file("images"));
     ASSERT_TRUE(reader.read(back, folder.file("s.sdf")));
     EXPECT_TRUE(reader.getLog().empty());
-=======
+}
+
 TEST(StackWriter, voxelsBeyondBytesAreCutOrScaledAndNeverWrapped) {
     const StackFolder folder;
     VoxelMatrix<int> volume(1, 4, 2);
@@ -565,7 +565,6 @@ TEST(StackWriter, voxelsBeyondBytesAreCutOrScaledAndNeverWrapped) {
     EXPECT_EQ(saved(StackWriter::VoxelBytes::Clamped, 0), (std::vector<int>{0, 100, 255, 255}));
     EXPECT_EQ(saved(StackWriter::VoxelBytes::Scaled, 0), (std::vector<int>{0, 51, 127, 149}));
     EXPECT_EQ(saved(StackWriter::VoxelBytes::Scaled, 1), (std::vector<int>{0, 51, 127, 255}));
->>>>>>> images
 }
 
 } // namespace vorlen

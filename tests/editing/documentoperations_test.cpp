@@ -5,12 +5,14 @@
 #include <gtest/gtest.h>
 
 #include "document/pose.h"
+#include "document/stackreader.h"
 #include "document/stackwriter.h"
 #include "editing/actions/vrlmodeldeletionaction.h"
 #include "editing/actions/vrlstackstateaction.h"
 #include "editing/bus/vrleventserver.h"
 #include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/lostimages.h"
 #include "editing/operations/modeloperations.h"
 #include "editing/operations/slicealignment.h"
 #include "editing/operations/sliceoperations.h"
@@ -24,6 +26,7 @@
 #include "support/documentmaker.h"
 #include "support/eventrecorder.h"
 #include "support/fixedsource.h"
+#include "support/stackfolder.h"
 #include "support/temporaryfolder.h"
 
 namespace vorlen {
@@ -424,6 +427,35 @@ TEST(SliceOperations, aSliceWithoutAPixelSizeTakesThatOfTheOneBefore) {
     insert("own", squarePixels(3));
     EXPECT_EQ(stack.getSlice(1).getPixelCalibration().getPixelWidth(), 0.5f);
     EXPECT_EQ(stack.getSlice(2).getPixelCalibration().getPixelWidth(), 3);
+}
+
+// One that is there, one of another size and one that is gone; found in one step, which can be taken back.
+TEST(DocumentOperations, lostImagesAreFoundByTheirNamesInAnotherFolder) {
+    const StackFolder folder;
+    folder.writeImage("new/a.tif", 6, 4);
+    folder.writeImage("new/b.tif", 7, 4);
+    const auto slice = [](const char* name) {
+        return "SLICE \"" + std::string(name) + "\" \"" + name + ".tif\";\nSliceSize1 4;\nSliceSize2 6;\n";
+    };
+    VRLStack read;
+    StackReader().readText(read, "FileFormatVersion 1.03;\n" + slice("a") + slice("b") + "SLICE \"c\" \"c.tif\";\n",
+                           folder.file("s.sdf"));
+    EXPECT_EQ(numLostImages(read), 3);
+    EXPECT_NE(requireImageSizes(read).getReason().find("\"c\""), std::string::npos);
+    std::vector<UnreadableImage> lost;
+    EXPECT_FALSE(findLostImages(read, folder.path(), lost));
+    EXPECT_EQ(lost.size(), 3u);
+    lost.clear();
+    EXPECT_TRUE(findLostImages(read, folder.file("new"), lost));
+    ASSERT_EQ(lost.size(), 2u);
+    EXPECT_NE(lost[0].reason.find("7 x 4 pixels, and the lost one had 6 x 4"), std::string::npos) << lost[0].reason;
+    EXPECT_FALSE(read.getSlice(0).isEmpty());
+    EXPECT_TRUE(read.isModified());
+    read.history()->undo();
+    EXPECT_EQ(numLostImages(read), 3);
+    EXPECT_EQ(read.getSlice(0).width(), 6);
+    read.history()->redo();
+    EXPECT_EQ(numLostImages(read), 2);
 }
 
 } // namespace vorlen

@@ -135,29 +135,16 @@ TEST_F(ImageValuesTest, registrationGoesByValuesInWordsAndThroughPalettes) {
     };
     const Image a = ellipse(60, 50), b = ellipse(68, 43);
     const Registration bytes = registered(a, b, false);
-<<<<<<< HEAD
-    EXPECT_NEAR(std::abs(bytes.getHorShift()), 7.5, 0.5); // 8 in the bright part, less what the ground weighs
-=======
     EXPECT_GE(std::abs(bytes.getHorShift()), 3); // 8 in the bright part, less as the ground weighs too
     EXPECT_GE(std::abs(bytes.getVerShift()), 3);
->>>>>>> images
     const Registration words = registered(widened(a, 257), widened(b, 257), false);
     EXPECT_NEAR(words.getHorShift(), bytes.getHorShift(), 0.01);
     EXPECT_NEAR(words.getVerShift(), bytes.getVerShift(), 0.01);
     // One scale for both, where each has another greatest value.
     const Registration dim = registered(widened(a, 16), widened(ellipse(68, 43, 150), 16), false);
-<<<<<<< HEAD
     EXPECT_NEAR(dim.getHorShift(), registered(a, ellipse(68, 43, 150), false).getHorShift(), 0.01);
-    Image dark = a, darkMoved = b;
-    for (Image* image : {&dark, &darkMoved})
-        for (std::size_t k = 0; k < image->dataLength(); ++k)
-            image->getData()[k] = static_cast<unsigned char>(255 - image->getData()[k]);
-    EXPECT_NEAR(registered(widened(dark, 257), widened(darkMoved, 257), true).getHorShift(), bytes.getHorShift(), 0.01);
-=======
-    EXPECT_EQ(dim.getHorShift(), registered(a, ellipse(68, 43, 150), false).getHorShift());
     Image dark = inverted(a), darkMoved = inverted(b);
-    EXPECT_EQ(registered(widened(dark, 257), widened(darkMoved, 257), true).getHorShift(), bytes.getHorShift());
->>>>>>> images
+    EXPECT_NEAR(registered(widened(dark, 257), widened(darkMoved, 257), true).getHorShift(), bytes.getHorShift(), 0.01);
     // A palette that turns the indexes around.
     Colormap turned(256);
     for (int i = 0; i < 256; ++i)

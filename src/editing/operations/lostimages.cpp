@@ -46,6 +46,17 @@ int numLostImages(const Stack& stack) {
     return lost;
 }
 
+Outcome requireImageSizes(const Stack& stack) {
+    for (int i = 0; i < stack.getNumSlices(); ++i) {
+        const ImageSourcePlaceholder* const lost = lostImage(stack.getSlice(i));
+        if (lost != nullptr && !lost->hasSize())
+            return Outcome::refused("The image of slice \"" + stack.getSlice(i).getName() +
+                                    "\" is missing, and its size is not known, so that nobody knows where the outlines "
+                                    "lie in space. Edit > Find images... puts it back");
+    }
+    return Outcome::done();
+}
+
 Outcome findLostImages(VRLStack& stack, const std::string& directory, std::vector<UnreadableImage>& stillLost) {
     if (numLostImages(stack) == 0)
         return Outcome::refused("All images of the stack are there");

@@ -522,7 +522,7 @@ void VRLRootMediator::runPreferencesDialog() {
 }
 
 void VRLRootMediator::runAnalysis() {
-    if (__stack == nullptr)
+    if (__stack == nullptr || tellRefusal(&__window, requireImageSizes(*__stack)))
         return;
     auto window = std::make_unique<VRLAnalysisWindow>();
     window->setStack(*__stack);

@@ -16,6 +16,7 @@
 #include "editing/bus/vrlmodelevent.h"
 #include "editing/bus/vrlmodelitemevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/operations/lostimages.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "export/stackexporter.h"
@@ -287,9 +288,8 @@ void VRLRenderingMediator::exportSurfaces() {
 
 void VRLRenderingMediator::exportSurfaces(const QString& directory, SurfaceFormat format) {
     const std::string_view name = infoOf(format).name;
-    exportBy(
-        [&] { StackExporter().exportStack(*__stack, QFile::encodeName(directory).toStdString(), format, false); },
-        QString::fromUtf8(name.data(), qsizetype(name.size())).section(' ', 0, 0).remove(','));
+    exportBy([&] { StackExporter().exportStack(*__stack, QFile::encodeName(directory).toStdString(), format, false); },
+             QString::fromUtf8(name.data(), qsizetype(name.size())).section(' ', 0, 0).remove(','));
 }
 
 void VRLRenderingMediator::export2AsciiSTL(const QString& directory) {
@@ -300,6 +300,8 @@ void VRLRenderingMediator::export2AsciiSTL(const QString& directory) {
 void VRLRenderingMediator::exportBy(const std::function<void()>& work, const QString& format) {
     if (__stack == nullptr)
         return;
+    if (const Outcome sized = requireImageSizes(*__stack); !sized)
+        return warn("Export", QString::fromStdString(sized.getReason()) + ".");
     guarded(parentWidget(), "The models could not be exported to " + format + ".", [&] {
         try {
             work();
