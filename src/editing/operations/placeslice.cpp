@@ -16,7 +16,7 @@ bool isLocked(const std::vector<bool>& locked, int slice) {
     return static_cast<std::size_t>(slice) < locked.size() && locked[static_cast<std::size_t>(slice)];
 }
 
-RigidMotion stepOf(const StackSlice& slice, const Registration& registration) {
+RigidMotion motionOfStep(const StackSlice& slice, const Registration& registration) {
     const PixelCalibration& pixel = slice.getPixelCalibration();
     return motionOf(registration, pixel.getPixelWidth(), pixel.getPixelHeight());
 }
@@ -41,9 +41,9 @@ std::vector<Registration> placedRegistrations(const Stack& stack, int slice, con
     // that comes to lie.
     RigidMotion before, after;
     for (int i = slice; i <= last + 1; ++i)
-        before = before * stepOf(stack.getSlice(i), stack.getSlice(i).getRegistration());
+        before = before * motionOfStep(stack.getSlice(i), stack.getSlice(i).getRegistration());
     for (int i = slice; i <= last; ++i)
-        after = after * stepOf(stack.getSlice(i), registrations[static_cast<std::size_t>(i)]);
+        after = after * motionOfStep(stack.getSlice(i), registrations[static_cast<std::size_t>(i)]);
     const PixelCalibration& pixel = stack.getSlice(last + 1).getPixelCalibration();
     registrations[static_cast<std::size_t>(last + 1)] =
         registrationOf(after.inverse() * before, pixel.getPixelWidth(), pixel.getPixelHeight());

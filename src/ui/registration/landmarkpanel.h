@@ -4,7 +4,7 @@
 
 #include <QFrame>
 
-#include "ui/registration/vrlregistrationcanvas.h"
+#include "ui/registration/sectionlandmarks.h"
 
 class QLabel;
 class QPushButton;

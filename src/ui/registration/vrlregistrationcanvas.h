@@ -9,6 +9,7 @@
 
 #include "progress/progresssubject.h"
 #include "ui/registration/imagetransparencymode.h"
+#include "ui/registration/sectionlandmarks.h"
 #include "ui/registration/sectionoverlay.h"
 #include "ui/slices/canvasmode.h"
 #include "ui/slices/vrlwmconverter.h"
@@ -21,17 +22,6 @@ namespace vorlen {
 class Image;
 class StackSlice;
 class VRLPainter;
-
-/// A landmark of two sections, in pixels of the images' files: where it is seen on the background and on the
-/// foreground. As long as one is missing it is no pair yet.
-struct Landmark {
-    QPointF background, foreground;
-    bool hasBackground = false, hasForeground = false;
-    double residual = -1; // in pixels of the background; below 0 as long as there is no fit
-    bool used = true;     // in the fit
-
-    bool isPair() const { return hasBackground && hasForeground; }
-};
 
 /// Shows a slice, the foreground, over the one before it, the background, at one physical scale, with the items on
 /// both. Dragged with the left button the foreground is shifted, with the right one turned.

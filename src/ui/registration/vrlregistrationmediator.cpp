@@ -17,7 +17,6 @@
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "numerics/exception.h"
-#include "registration/rigidmotion.h"
 #include "ui/models/guarded.h"
 #include "ui/models/refusal.h"
 #include "ui/registration/landmarkpanel.h"
@@ -577,52 +576,15 @@ void VRLRegistrationMediator::addLandmark(QPointF place) {
     showLandmarks();
 }
 
-namespace {
-
-struct LandmarkPairs {
-    std::vector<PointPair> pairs;
-    std::vector<std::size_t> indices; // of the landmarks
-    double pixel = 1;                 // width of one of the background
-};
-
-/// Positions about the middles of the images, in the length unit.
-LandmarkPairs pairsOf(const std::vector<Landmark>& landmarks, const StackSlice& foreground,
-                      const StackSlice& background) {
-    const auto position = [](const QPointF& pixel, const StackSlice& slice) {
-        const PixelCalibration& size = slice.getPixelCalibration();
-        const ImageSource& image = slice.getImageSource();
-        return PlanePoint{(pixel.x() - image.getSize2() / 2.0) * double(size.getPixelWidth()),
-                          (pixel.y() - image.getSize1() / 2.0) * double(size.getPixelHeight())};
-    };
-    LandmarkPairs found;
-    found.pixel = double(background.getPixelCalibration().getPixelWidth());
-    for (std::size_t i = 0; i < landmarks.size(); ++i) {
-        if (!landmarks[i].isPair())
-            continue;
-        found.pairs.push_back(
-            {position(landmarks[i].foreground, foreground), position(landmarks[i].background, background)});
-        found.indices.push_back(i);
-    }
-    return found;
-}
-
-} // namespace
-
 void VRLRegistrationMediator::fitLandmarks() {
     if (__slice == nullptr || isLocked() || isRunning())
         return;
-    const LandmarkPairs found = pairsOf(landmarks(), *__slice, *__canvas.backgroundSlice());
-    if (found.pairs.size() < 2) {
+    if (numPairs(landmarks()) < 2) {
         showMessage("A fit needs two pairs of landmarks.");
         return;
     }
     setLandmarkMode(false);
-    constexpr double tolerance = 2; // pixels, as well as a hand clicks
-    const LandmarkFit fit = vorlen::fitLandmarks(found.pairs, tolerance * found.pixel);
-    for (std::size_t k = 0; k < found.indices.size(); ++k)
-        landmarks()[found.indices[k]].used = fit.used[k];
-    const PixelCalibration& size = __slice->getPixelCalibration();
-    setRegistration(registrationOf(fit.motion, double(size.getPixelWidth()), double(size.getPixelHeight())));
+    setRegistration(fitOfLandmarks(landmarks(), *__slice, *__canvas.backgroundSlice()));
 }
 
 /// With the distances that are left under the registration that is shown.
@@ -632,31 +594,7 @@ void VRLRegistrationMediator::showLandmarks() {
         __landmarkPanel.setLandmarks({}, {});
         return;
     }
-    const LandmarkPairs found = pairsOf(landmarks(), *__slice, *__canvas.backgroundSlice());
-    const PixelCalibration& size = __slice->getPixelCalibration();
-    const RigidMotion motion = motionOf(__registration, double(size.getPixelWidth()), double(size.getPixelHeight()));
-    double sum = 0;
-    int used = 0;
-    for (std::size_t k = 0; k < found.indices.size(); ++k) {
-        Landmark& mark = landmarks()[found.indices[k]];
-        const PlanePoint moved = motion.apply(found.pairs[k].source);
-        mark.residual = std::hypot(moved.x - found.pairs[k].target.x, moved.y - found.pairs[k].target.y) / found.pixel;
-        if (mark.used) {
-            sum += mark.residual * mark.residual;
-            ++used;
-        }
-    }
-    QString summary;
-    const int out = int(found.pairs.size()) - used;
-    if (used > 0)
-        summary = QString("%1 pair%2, %3 pixels off on average")
-                      .arg(used)
-                      .arg(used == 1 ? "" : "s")
-                      .arg(std::sqrt(sum / used), 0, 'f', 2);
-    if (out > 0)
-        summary += QString("; %1 contradict%2 the others and %3 left out")
-                       .arg(out)
-                       .arg(out == 1 ? "s" : "", out == 1 ? "is" : "are");
+    const QString summary = measureLandmarks(landmarks(), *__slice, *__canvas.backgroundSlice(), __registration);
     __landmarkPanel.setLandmarks(landmarks(), summary);
     __canvas.setLandmarks(landmarks());
 }
