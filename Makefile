@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures clean
+.PHONY: all run test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures truth clean
 
 all: build
 
@@ -35,6 +35,10 @@ test: build
 # A program at work is killed at 200 moments, and its document is there each time.
 soak: build
 	@VORLEN_KILLS=200 $(BUILD)/bin/test_editing --gtest_filter='JournalKill.*'
+
+# How well real sections are registered that were moved in known ways; DATA is where they lie.
+truth: setup
+	@scripts/truth-alignment $(DATA)
 
 sanitize: setup
 	@cmake --preset sanitize >/dev/null
