@@ -25,13 +25,15 @@ sample: programs
 run: sample
 	@scripts/run-sample $(BUILD)/bin $(SAMPLE)
 
-# Bodies of known measures against what is measured of them: docs/accuracy.md.
+# Bodies of known measures against what is measured of them: docs/accuracy.md. With DATA=FOLDER also how well real
+# sections that lie there are registered when they were moved in known ways.
 truth: setup
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release --target vorlen-truth
 	@$(BUILD)/bin/vorlen-truth > docs/accuracy.md.new
 	@mv docs/accuracy.md.new docs/accuracy.md
 	@cat docs/accuracy.md
+	@[ -z "$(DATA)" ] || scripts/truth-alignment "$(DATA)"
 
 # The pictures of the documentation, made anew from the sample stack.
 pictures: sample

@@ -178,16 +178,27 @@ cv::Mat evened(const cv::Mat& image, double sigma) {
 }
 
 /// Gauss-Newton steps that raise the correlation of target and moved source. False when there is too little overlap.
-bool refine(const Level& target, const Level& source, RigidMotion& motion, int numSteps, double enough) {
-    const int rows = target.image.rows, cols = target.image.cols;
+bool refine(const Level& full, const Level& source, RigidMotion& motion, int numSteps, double enough) {
     std::vector<cv::Mat> channels;
-    cv::split(target.image, channels);
+    cv::split(full.image, channels);
     cv::Mat gx, gy;
-    cv::Scharr(channels[0], gx, CV_32F, 1, 0, 1 / (32.0 * target.stepX));
-    cv::Scharr(channels[0], gy, CV_32F, 0, 1, 1 / (32.0 * target.stepY));
+    cv::Scharr(channels[0], gx, CV_32F, 1, 0, 1 / (32.0 * full.stepX));
+    cv::Scharr(channels[0], gy, CV_32F, 0, 1, 1 / (32.0 * full.stepY));
     // Where a neighbour is missing the gradient is none.
     cv::Mat inner;
     cv::erode(channels[1], inner, cv::Mat(), {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar::all(0));
+    // Of great images every second row will do.
+    const int stride = full.image.total() > 400000 ? 2 : 1;
+    const auto thinned = [stride](const cv::Mat& all) {
+        return stride == 1
+                   ? all
+                   : cv::Mat(all.rows / stride, all.cols, all.type(), all.data, std::size_t(stride) * all.step[0]);
+    };
+    Level target = full;
+    target.image = thinned(full.image);
+    target.stepY *= stride;
+    const cv::Mat gradientX = thinned(gx), gradientY = thinned(gy), whole = thinned(inner);
+    const int rows = target.image.rows, cols = target.image.cols;
     const double radius = 0.5 * std::hypot(cols * target.stepX, rows * target.stepY);
     const double firstAngle = motion.angle;
     for (int step = 0; step < numSteps; ++step) {
@@ -207,9 +218,9 @@ bool refine(const Level& target, const Level& source, RigidMotion& motion, int n
         for (int i = 0; i < rows; ++i) {
             const float* const t = target.image.ptr<float>(i);
             const float* const s = warped.ptr<float>(i);
-            const float* const m = inner.ptr<float>(i);
-            const float* const px = gx.ptr<float>(i);
-            const float* const py = gy.ptr<float>(i);
+            const float* const m = whole.ptr<float>(i);
+            const float* const px = gradientX.ptr<float>(i);
+            const float* const py = gradientY.ptr<float>(i);
             const auto y = float((target.originY + i * target.stepY) / radius);
             const auto x0 = float(target.originX / radius), dx = float(target.stepX / radius);
             float xx = 0, xy = 0, yy = 0, xa = 0, ya = 0, aa = 0, rx = 0, ry = 0, ra = 0, rr = 0;
@@ -254,12 +265,12 @@ bool refine(const Level& target, const Level& source, RigidMotion& motion, int n
         const double turn = d[2] / radius;
         const double length = std::hypot(d[0], d[1]) + std::abs(d[2]);
         // Gradients reach no further than some pixels.
-        const double limit = 4 * std::max(target.stepX, target.stepY);
+        const double limit = 4 * std::max(full.stepX, full.stepY);
         const double part = length > limit ? limit / length : 1;
         motion = RigidMotion{part * turn, part * d[0], part * d[1]} * motion;
         if (!motion.isFinite())
             return false;
-        if (length < enough * target.stepX)
+        if (length < enough * full.stepX)
             break;
     }
     return true;
