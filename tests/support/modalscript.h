@@ -23,8 +23,8 @@ namespace vorlen {
 
 /// Plays the user in front of modal dialogs: each step is carried out on the next dialog that appears, or that comes
 /// back to the front when a dialog of its own closes. A dialog that nobody expects, and a step whose dialog does not
-/// come, are failures; no test hangs on them. Pictures of all dialogs go to the folder VORLEN_PICTURES, if there is one,
-/// to be looked at.
+/// come, are failures; no test hangs on them. Pictures of all dialogs go to the folder VORLEN_PICTURES, if there is
+/// one, to be looked at.
 class ModalScript {
 public:
     using Step = std::function<void(QWidget&)>;

@@ -49,8 +49,8 @@ public:
     void prependStep(std::unique_ptr<VRLAction> action);
 
     /// Adds a step that leaves the document alone, such as what was given up before it changed anything. It takes its
-    /// turn among the others, but what can be redone stays, and recorded() says nothing of it. Throws UsageError while a
-    /// step is open.
+    /// turn among the others, but what can be redone stays, and recorded() says nothing of it. Throws UsageError while
+    /// a step is open.
     void addAside(std::unique_ptr<VRLAction> action);
 
     /// The first action of the step that is undone next; null when there is none.

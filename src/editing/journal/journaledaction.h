@@ -63,7 +63,7 @@ private:
     VRLStack& __stack;
     QString __description;
     bool __changesDocument;
-    std::string __state; // of the stack; the other one, as all that follows
+    std::string __state;                        // of the stack; the other one, as all that follows
     std::unique_ptr<List<StackSlice>> __slices; // null where the list stays, as the next two
     std::unique_ptr<List<Model>> __models;
     std::unique_ptr<List<Pose>> __poses;

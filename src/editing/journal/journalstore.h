@@ -9,8 +9,8 @@ namespace vorlen {
 /// The journals of stack files that are closed, each in a folder of its own, so that what was done to a file can be
 /// undone after it was opened again.
 ///
-/// What is kept is bounded: journals go that were not used for so many days, and the ones used longest ago when all take
-/// more than so many bytes. Operations tell no failure: a journal that can't be kept is none.
+/// What is kept is bounded: journals go that were not used for so many days, and the ones used longest ago when all
+/// take more than so many bytes. Operations tell no failure: a journal that can't be kept is none.
 class JournalStore {
 public:
     explicit JournalStore(const QString& directory) : __directory(directory) {}

@@ -36,8 +36,8 @@ std::string contentsOf(int descriptor) {
         else if (got == 0)
             return contents;
         else if (errno != EINTR)
-            throw FileReadError("JournalWriter", std::string("The file of the stack can't be read: ") +
-                                                     std::strerror(errno));
+            throw FileReadError("JournalWriter",
+                                std::string("The file of the stack can't be read: ") + std::strerror(errno));
     }
 }
 

@@ -15,9 +15,9 @@ namespace vorlen {
 
 /// Writes one generation of a journal: first what it begins with, then records.
 ///
-/// Any thread may put records in line and write them; what takes long, the beginning and the reading of a saved file, is
-/// left to the one that can wait. A record that could not be written stays in line. Nothing is thrown but for a lack of
-/// memory at putting in line.
+/// Any thread may put records in line and write them; what takes long, the beginning and the reading of a saved file,
+/// is left to the one that can wait. A record that could not be written stays in line. Nothing is thrown but for a lack
+/// of memory at putting in line.
 class JournalWriter {
 public:
     /// A base is a text of its own, with the name of the file that it stands for, or the rest of an open file, or what
@@ -40,8 +40,8 @@ public:
     /// megabytes is read at once.
     void putSaveInLine(int descriptor);
 
-    /// Writes what is in line; what went wrong, as a sentence, or an empty text. Only one who can wait begins, where that
-    /// is still to be done, and reads saved files. Nothing for another one before the beginning.
+    /// Writes what is in line; what went wrong, as a sentence, or an empty text. Only one who can wait begins, where
+    /// that is still to be done, and reads saved files. Nothing for another one before the beginning.
     std::optional<QString> write(bool canWait);
 
     /// Brings what was written to the disk; what went wrong.

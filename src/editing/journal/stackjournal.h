@@ -99,8 +99,8 @@ private:
     std::function<void(const QString&)> __tellProblem;
     std::optional<DocumentRecorder> __recorder;
     std::optional<JournalPlace> __origin; // of a journal that is to be gone on with
-    std::string __file;                  // of the stack, when it had one that was the document
-    std::string __baseText, __baseState; // of a stack without one
+    std::string __file;                   // of the stack, when it had one that was the document
+    std::string __baseText, __baseState;  // of a stack without one
     std::string __folder;
     int __generation = 0;
     int __numRecords = 0;

@@ -394,9 +394,10 @@ void VRLRootMediator::undo() {
         history.undo(); // the action lives on, to be redone
         setSlice(drawing->getSlice());
         __sliceWidget->getMediator().resumeDrawing(drawing->getModel(), drawing->getVertices());
-        __statusBar->setMessage(QString("Brought back: the drawing (model \"%1\", slice \"%2\"). Draw on, or press Escape.")
-                                    .arg(QString::fromStdString(drawing->getModel().getName()),
-                                         QString::fromStdString(drawing->getSlice().getName())));
+        __statusBar->setMessage(
+            QString("Brought back: the drawing (model \"%1\", slice \"%2\"). Draw on, or press Escape.")
+                .arg(QString::fromStdString(drawing->getModel().getName()),
+                     QString::fromStdString(drawing->getSlice().getName())));
         return;
     }
     const QString what = history.getUndoDescription(false);

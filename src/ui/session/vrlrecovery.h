@@ -86,8 +86,8 @@ public:
     QList<Leftover> leftovers() const;
 
     /// Reads a leftover into a new stack, which has the name of the user's file and is modified; null, with a message,
-    /// when it cannot be read, or the image of one of its slices. A message beside a stack says what may be missing. The
-    /// recovery file and the journal stay until discard().
+    /// when it cannot be read, or the image of one of its slices. A message beside a stack says what may be missing.
+    /// The recovery file and the journal stay until discard().
     VRLStack* recover(const Leftover& leftover, QString& message);
 
     /// Deletes a leftover, but for a journal that could not be read when it was to be recovered.

@@ -12,8 +12,8 @@ class Model;
 
 /// Draws a new item of a model: by clicks, with the button held, or with the pen.
 ///
-/// A drawing that the user gives up, or that is refused, is kept in the history of its stack: undoing shows it again, to
-/// be gone on with. Given up once more as it was, it does not stand in the way of undoing what came before.
+/// A drawing that the user gives up, or that is refused, is kept in the history of its stack: undoing shows it again,
+/// to be gone on with. Given up once more as it was, it does not stand in the way of undoing what came before.
 ///
 /// Decisions: nothing starts for an unknown model, or on a slice whose stack keeps no history. The press of the right
 /// button that gives a drawing up does not open the context menu too. A drawing is given up when its model or its slice
@@ -71,7 +71,7 @@ private:
 
     std::unique_ptr<ModelItem> __item;
     std::optional<Vertices<int>> __resumed; // as the drawing was when it came back
-    bool __menuPending = false; // the context menu of the press that ended a drawing
+    bool __menuPending = false;             // the context menu of the press that ended a drawing
 };
 
 } // namespace vorlen

@@ -315,8 +315,7 @@ TEST_F(VRLRootWindowTest, undoSaysWhatAndWhereAndGoesThere) {
 
 TEST_F(VRLRootWindowTest, undoBringsADrawingBackThatWasGivenUp) {
     VRLStack& stack = open("one");
-    auto* const drawing =
-        window->sliceWidget().getMediator().findChild<VRLSliceEditWidgetMediatorCreationDelegate*>();
+    auto* const drawing = window->sliceWidget().getMediator().findChild<VRLSliceEditWidgetMediatorCreationDelegate*>();
     const QPoint middle = window->sliceWidget().getCanvas().rect().center();
     ASSERT_TRUE(QTest::qWaitFor([&] {
         drawing->activate("m");

@@ -171,7 +171,9 @@ namespace {
 /// A stack file that is opened, worked on, saved and closed, more than once.
 class HistoryTest : public VRLRecoveryTest {
 protected:
-    HistoryTest() : recovery(recoveryDirectory()) { VRLStackServer::stackServer.removeStack(*std::exchange(stack, nullptr)); }
+    HistoryTest() : recovery(recoveryDirectory()) {
+        VRLStackServer::stackServer.removeStack(*std::exchange(stack, nullptr));
+    }
     ~HistoryTest() override {
         if (stack != nullptr)
             close();
@@ -203,9 +205,7 @@ protected:
         return recoveryDirectory() + "/" +
                QDir(recoveryDirectory()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
     }
-    QStringList kept() const {
-        return QDir(folder.filePath("history")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    }
+    QStringList kept() const { return QDir(folder.filePath("history")).entryList(QDir::Dirs | QDir::NoDotAndDotDot); }
 
     VRLRecovery recovery;
     QString message;
