@@ -152,11 +152,16 @@ void VRLActionHistory::abandonStep() noexcept {
 void VRLActionHistory::undo() {
     if (!isUndoable())
         return;
+    makeRoom(__redoList);
     VRLEventDeferral events;
     __undoList.back()->revert();
-    restoreContext(*__undoList.back());
     __redoList.push_back(std::move(__undoList.back()));
     __undoList.pop_back();
+    try {
+        restoreContext(*__redoList.back());
+    } catch (...) { // the step is undone all the same, and told
+        events.keep();
+    }
     if (!__redoList.back()->isAside())
         emit recorded(Change::Undo);
     emit changed();
@@ -168,6 +173,7 @@ void VRLActionHistory::undo() {
 void VRLActionHistory::redo() {
     if (!isRedoable())
         return;
+    makeRoom(__undoList);
     VRLEventDeferral events;
     __redoList.back()->apply();
     __undoList.push_back(std::move(__redoList.back()));
@@ -178,6 +184,12 @@ void VRLActionHistory::redo() {
     emit undoEnabled(true);
     emit redoEnabled(isRedoable());
     events.rethrow();
+}
+
+/// For one step more: behind a change of the document no memory is asked for.
+void VRLActionHistory::makeRoom(Steps& steps) {
+    if (steps.size() == steps.capacity())
+        steps.reserve(2 * steps.size() + 1);
 }
 
 bool VRLActionHistory::isUndoable() const {

@@ -105,6 +105,7 @@ private:
     void restoreContext(const VRLActionList& step) const;
     void abandonStep() noexcept;
 
+    static void makeRoom(Steps& steps);
     static QString description(const Steps& steps, bool verbose, const QString& nothing);
 
     Steps __undoList;

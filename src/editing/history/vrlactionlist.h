@@ -35,6 +35,7 @@ public:
     void setAside(bool aside) { __aside = aside; }
     bool isAside() const { return __aside; }
 
+    /// All of the actions or, where one of them throws, none.
     void apply();
     void revert();
 
@@ -42,6 +43,8 @@ public:
     void destroy();
 
 private:
+    void allOrNone(void (VRLAction::*work)(), void (VRLAction::*back)());
+
     std::vector<std::unique_ptr<VRLAction>> __actions;
     std::string __context;
     bool __aside = false;

@@ -338,15 +338,16 @@ bool VRLStackIO::agreesToOverwrite(VRLStack& stack) {
     const std::string& file = stack.getFilename();
     if (!stack.fileGuard().isChanged(file))
         return true;
-    QMessageBox box(QMessageBox::Warning, "File has changed",
-                    decoded(file) +
-                        "\n\nhas been changed on disk since it was opened or saved here, perhaps by another program.\n\n"
-                        "\"Save As...\" keeps both, yours under another name. \"Overwrite\" puts yours in the place of "
-                        "the other, which then " +
-                        (VRLPreferences::getMaxNumBackups() > 0
-                             ? "is the newest backup, " + QFileInfo(decoded(file)).fileName() + "~1."
-                             : QString("is lost, as the preferences want no backups.")),
-                    QMessageBox::NoButton, __parent);
+    QMessageBox box(
+        QMessageBox::Warning, "File has changed",
+        decoded(file) +
+            "\n\nhas been changed on disk since it was opened or saved here, perhaps by another program.\n\n"
+            "\"Save As...\" keeps both, yours under another name. \"Overwrite\" puts yours in the place of "
+            "the other, which then " +
+            (VRLPreferences::getMaxNumBackups() > 0
+                 ? "is the newest backup, " + QFileInfo(decoded(file)).fileName() + "~1."
+                 : QString("is lost, as the preferences want no backups.")),
+        QMessageBox::NoButton, __parent);
     auto* overwrite = box.addButton("Overwrite", QMessageBox::DestructiveRole);
     auto* other = box.addButton("Save As...", QMessageBox::AcceptRole);
     box.addButton(QMessageBox::Cancel);
@@ -438,8 +439,9 @@ bool VRLStackIO::maySettle(VRLStack& stack) {
     QMessageBox box(QMessageBox::Warning, "Closing stack...",
                     "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
                     QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
-    box.setInformativeText("\"Save\" keeps the changes. \"Ignore\" closes the stack without them: its file stays as it was "
-                           "saved last. \"Cancel\" leaves the stack open.");
+    box.setInformativeText(
+        "\"Save\" keeps the changes. \"Ignore\" closes the stack without them: its file stays as it was "
+        "saved last. \"Cancel\" leaves the stack open.");
     box.setDefaultButton(QMessageBox::Save);
     const int answer = box.exec();
     if (answer != QMessageBox::Save)
