@@ -1064,7 +1064,11 @@ void StackReader::inputResampling(const Tokens& tokens, StackIOContext& context)
 
 void StackReader::inputRotate(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getSlice()).getRegistration().setRotationAngle(toFinite(tokens[1]));
+    Registration& registration = required(context.getSlice()).getRegistration();
+    const float angle = toReal(tokens[1]);
+    if (!std::isfinite(angle))
+        throw ArgValueError();
+    registration.setRotationAngle(angle);
 }
 
 void StackReader::inputSample(const Tokens& tokens, StackIOContext& context) {
