@@ -41,7 +41,8 @@ int printAll() {
                 "Bodies whose measures are known are drawn on sections, on whole pixels, and measured as users' models "
                 "are. `make truth`\nmakes this page. Errors of barycentres are in shares of the body's diameter, all "
                 "others in shares of the truth. Each body\nlies between its first and its last section and half a "
-                "section beyond them. Lengths are those of the outlines as\ndrawn: their vertices jump from pixel to "
+                "section beyond them. Sections are\ncounted through the lowest piece of a body. Lengths are those of "
+                "the outlines as\ndrawn: their vertices jump from pixel to "
                 "pixel, which makes them longer.\n\n"
                 "## 50 sections, 500 pixels across the body\n\n");
     printTable({});
