@@ -8,6 +8,7 @@
 
 #include <QElapsedTimer>
 #include <QImage>
+#include <QSettings>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QThread>
@@ -50,7 +51,7 @@ Window* opened() {
 void setLandmarks(VRLRegistrationWindow& window) {
     const VRLRegistrationCanvas& canvas = window.getCanvas();
     const QPointF middle = canvas.rect().center();
-    const QPointF spots[] = {{-150, -110}, {130, -80}, {90, 120}, {-120, 90}, {20, -10}};
+    const QPointF spots[] = {{-150, -110}, {130, -80}, {90, 120}, {-120, 90}, {20, -10}}; // of the picture
     const QPointF slips[] = {{1, 0}, {-1, 1}, {0, -2}, {1, 1}, {45, 30}};
     window.getMediator().setLandmarkMode(true);
     for (std::size_t i = 0; i < std::size(spots); ++i) {
@@ -63,10 +64,9 @@ void setLandmarks(VRLRegistrationWindow& window) {
 QWidget* prepareRegistration(const QString& name, VRLRootWindow& root) {
     VRLStack& stack = *root.mediator().currentStack();
     root.mediator().setSlice(stack.getSlice(stack.getNumSlices() / 2));
+    QSettings().setValue("registrationWindow/size", QSize(1200, 960));
     root.mediator().registerCurrentStack();
     auto* window = opened<VRLRegistrationWindow>();
-    window->resize(1200, 960);
-    wait(300); // laid out
     window->commands().action("view.frames").trigger();
     if (name == "registration-cuts")
         window->commands().action("view.strips").trigger();

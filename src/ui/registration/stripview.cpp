@@ -87,7 +87,6 @@ void SmallPictures::read(const Stack& stack, const std::vector<int>& places, int
 }
 
 StripView::StripView(QWidget* parent) : QFrame(parent) {
-    setFrameStyle(QFrame::Box | QFrame::Plain);
     setMinimumHeight(90);
     setAccessibleName("Cuts through the stack");
     setToolTip(
@@ -185,7 +184,7 @@ double StripView::shareOf(int which) const {
 }
 
 QRect StripView::strip(int which) const {
-    const QRect inside = contentsRect().adjusted(8, heading + 2, -8, -8);
+    const QRect inside = contentsRect().adjusted(10, heading + 2, -10, -6);
     const int gap = 16;
     const int first = int((inside.width() - gap) * shareOf(0));
     if (which == 0)
@@ -232,7 +231,8 @@ void StripView::paintEvent(QPaintEvent* event) {
     }
     if (!isComplete()) {
         painter.setPen(palette().color(QPalette::WindowText));
-        painter.drawText(contentsRect().adjusted(8, 0, -8, 0), Qt::AlignRight | Qt::AlignTop, "Reading the images...");
+        painter.drawText(contentsRect().adjusted(10, 0, -10, 0), Qt::AlignRight | Qt::AlignTop,
+                         "Reading the images...");
     }
 }
 

@@ -44,6 +44,20 @@ QRect imageRectangle(const StackSlice& slice) {
     return QRect(0, 0, slice.getImageSource().getSize2(), slice.getImageSource().getSize1());
 }
 
+/// Width and height of a section, in the length unit.
+QSizeF physicalSize(const StackSlice& slice) {
+    const QRect image = imageRectangle(slice);
+    return {image.width() * pixelSize(slice.getPixelCalibration().getPixelWidth()),
+            image.height() * pixelSize(slice.getPixelCalibration().getPixelHeight())};
+}
+
+/// Length units that a pixel of the display stands for, so that this size takes that share of the desktop, in percent.
+double physicalRatio(const QSizeF& size, const QSize& desktop, unsigned int scale) {
+    const double ratio = std::max(size.width() / std::round(desktop.width() * (scale * 0.01)),
+                                  size.height() / std::round(desktop.height() * (scale * 0.01)));
+    return ratio > 0 ? ratio : 1;
+}
+
 QPolygonF midpointLine(const QPoint& a, const QPoint& b, const QPoint& c, const QPoint& d) {
     const auto middle = [](const QPoint& p, const QPoint& q) {
         return QPointF(Maths::fround((p.x() + q.x()) * 0.5), Maths::fround((p.y() + q.y()) * 0.5));
@@ -160,10 +174,19 @@ void VRLRegistrationCanvas::setLandmarks(const std::vector<Landmark>& landmarks)
     update();
 }
 
+unsigned int VRLRegistrationCanvas::fittingScale(const StackSlice& slice) const {
+    const QSizeF larger = physicalSize(slice).expandedTo(physicalSize(slice.prevSlice()));
+    unsigned int scale = __scale;
+    while (scale > 10) {
+        const QSizeF shown = larger / physicalRatio(larger, screen()->size(), scale);
+        if (shown.width() <= contentsRect().width() && shown.height() <= contentsRect().height())
+            break;
+        scale -= 10;
+    }
+    return scale;
+}
+
 void VRLRegistrationCanvas::updateConverters() {
-    const QSize desktop = screen()->size();
-    const double most[2] = {std::round(desktop.width() * (__scale * 0.01)),
-                            std::round(desktop.height() * (__scale * 0.01))};
     struct Side {
         const StackSlice& slice;
         VRLWMConverter& converter;
@@ -171,20 +194,13 @@ void VRLRegistrationCanvas::updateConverters() {
     };
     const Side sides[] = {{*__foregroundSlice, __foregroundConverter, __foregroundStep},
                           {*__backgroundSlice, __backgroundConverter, __backgroundStep}};
-    double ratio = 0;
+    const double ratio = physicalRatio(physicalSize(*__foregroundSlice).expandedTo(physicalSize(*__backgroundSlice)),
+                                       screen()->size(), __scale);
     for (const Side& side : sides) {
         const QRect world = imageRectangle(side.slice);
+        side.step[0] = pixelSize(side.slice.getPixelCalibration().getPixelWidth()) / ratio;
+        side.step[1] = pixelSize(side.slice.getPixelCalibration().getPixelHeight()) / ratio;
         side.converter.setWorld(world);
-        side.step[0] = pixelSize(side.slice.getPixelCalibration().getPixelWidth());
-        side.step[1] = pixelSize(side.slice.getPixelCalibration().getPixelHeight());
-        ratio = std::max({ratio, world.width() * side.step[0] / most[0], world.height() * side.step[1] / most[1]});
-    }
-    if (!(ratio > 0))
-        ratio = 1;
-    for (const Side& side : sides) {
-        side.step[0] /= ratio;
-        side.step[1] /= ratio;
-        const QRect world = side.converter.getWorld();
         side.converter.setModel(QRect(0, 0, std::max(1, Maths::fround(world.width() * side.step[0])),
                                       std::max(1, Maths::fround(world.height() * side.step[1]))));
     }

@@ -52,6 +52,9 @@ public:
     /// Largest share of the desktop that an image takes, in percent.
     void setScale(unsigned int scale);
     unsigned int getScale() const { return __scale; }
+    /// The largest scale, in tens and not above the present one, at which the slice and the one before it are seen
+    /// whole; 10 when there is none.
+    unsigned int fittingScale(const StackSlice& slice) const;
 
     void setTransparencyMode(ImageTransparencyMode mode);
     void setFramesEnabled(bool enabled);

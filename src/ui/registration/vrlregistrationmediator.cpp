@@ -511,12 +511,12 @@ void VRLRegistrationMediator::tellOfRun(int numDone, const QStringList& remarks)
     if (!__automatic.failure().empty())
         guarded(&__window, done + ". Automatic registration broke off.",
                 [this] { throw UsageError("", __automatic.failure()); });
-    if (remarks.isEmpty())
+    if (remarks.isEmpty() || __automatic.wasCanceled())
         return;
     const QStringList shown = remarks.mid(0, 20);
     const QString rest =
         remarks.size() > shown.size() ? QString("\n... and %1 more.").arg(remarks.size() - shown.size()) : QString();
-    QMessageBox box(QMessageBox::Information, appName, "What is to be said of slices:\n\n" + shown.join('\n') + rest,
+    QMessageBox box(QMessageBox::Information, appName, "Slices that may want a look:\n\n" + shown.join('\n') + rest,
                     QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();

@@ -41,6 +41,13 @@ QString shownName(const std::string& name) {
     return QString::fromStdString(name);
 }
 
+QLabel* newBoldLabel(const char* text, QWidget* parent) {
+    auto* const label = new QLabel(parent);
+    label->setTextFormat(Qt::RichText);
+    label->setText(text);
+    return label;
+}
+
 QPushButton* newButton(QWidget* parent, const QString& text, const QString& tip) {
     auto* const button = new QPushButton(text, parent);
     button->setToolTip(tip);
@@ -140,7 +147,7 @@ QGroupBox* VRLRegistrationPanel::newRegistrationGroup() {
     layout->setVerticalSpacing(3);
     int row = 0;
     const auto add = [&](const char* text, QWidget* field) {
-        auto* const label = new QLabel(text, group);
+        auto* const label = newBoldLabel(text, group);
         label->setBuddy(field);
         layout->addWidget(label, row, 0);
         layout->addWidget(field, row++, 1);
@@ -169,7 +176,7 @@ QGroupBox* VRLRegistrationPanel::newRegistrationGroup() {
     __until->setToolTip("The last slice that goes along");
     __until->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     __until->setMinimumContentsLength(6);
-    layout->addWidget(new QLabel("<b>Moves</b>", group), row, 0);
+    layout->addWidget(newBoldLabel("<b>Moves</b>", group), row, 0);
     layout->addWidget(__follow, row++, 1);
     layout->addWidget(__until, row++, 1);
     __until->hide();

@@ -10,6 +10,8 @@ namespace vorlen {
 VRLRegistrationToolBar::VRLRegistrationToolBar(QWidget* parent) : QFrame(parent) {
     auto* const modes = new VRLModeToolBar(this);
     auto* const navigation = new VRLNavigationToolBar(this);
+    for (QFrame* part : {static_cast<QFrame*>(modes), static_cast<QFrame*>(navigation)})
+        part->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(5, 2, 5, 2);
     layout->setSpacing(10);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QGuiApplication>
@@ -94,6 +95,10 @@ void VRLRegistrationWindow::layOut() {
     area->setWidgetResizable(true);
     area->setWidget(controls);
     area->setFixedWidth(controls->sizeHint().width() + style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 4);
+    connect(&commands().action("landmarks.set"), &QAction::toggled, area, [this, area](bool on) {
+        if (on)
+            area->ensureWidgetVisible(__landmarkPanel);
+    });
     auto* const body = new QHBoxLayout;
     body->setContentsMargins(5, 0, 5, 0);
     auto* const pictures = new QSplitter(Qt::Vertical, this);
@@ -147,10 +152,12 @@ void VRLRegistrationWindow::setStack(VRLStack& stack) {
 }
 
 void VRLRegistrationWindow::showSlice(StackSlice& slice) {
-    if (slice.isFirstSlice())
-        __mediator->setFirstSlice();
-    else
-        __mediator->setSlice(slice);
+    StackSlice& shown = slice.isFirstSlice() ? slice.nextSlice() : slice;
+    if (__mediator->getSlice() == nullptr && __stack != nullptr) {
+        layout()->activate(); // the canvas has its size now, even if nothing was painted yet
+        __canvas->setScale(__canvas->fittingScale(shown));
+    }
+    __mediator->setSlice(shown);
 }
 
 void VRLRegistrationWindow::stackCloseEvent(VRLStackCloseEvent& event) {

@@ -36,7 +36,8 @@ public:
     /// Nothing for a stack of fewer than two slices.
     void setStack(VRLStack& stack);
 
-    /// The slice, or the second of the stack in place of the first.
+    /// The slice, or the second of the stack in place of the first. The first one that is shown is made small enough to
+    /// be seen whole.
     void showSlice(StackSlice& slice);
 
     VRLRegistrationMediator& getMediator() const { return *__mediator; }

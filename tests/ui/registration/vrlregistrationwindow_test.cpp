@@ -161,6 +161,8 @@ TEST_F(VRLRegistrationWindowTest, goesThroughTheSlicesAndNeverToTheFirst) {
     EXPECT_EQ(current(), "s4");
     list().setCurrentRow(2);
     EXPECT_EQ(current(), "s2");
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
     QTest::keyClick(window, Qt::Key_PageUp);
     EXPECT_EQ(current(), "s3");
     mediator().setSlice(QString("s1"));
@@ -330,6 +332,10 @@ TEST_F(VRLRegistrationWindowTest, comparesInTurnsAndInSquares) {
 
 TEST_F(VRLRegistrationWindowTest, scaleChangesThePictureAndNotTheRegistration) {
     window->showSlice(slice(1));
+    const QSize shown = canvas().places().backgroundFrame().size(), room = canvas().contentsRect().size();
+    EXPECT_TRUE(shown.width() <= room.width() && shown.height() <= room.height()); // seen whole at first
+    EXPECT_GT(10 * shown.width(), 5 * room.width());
+    canvas().setScale(80);
     mediator().setRegistration(Registration(7.125, -3, 33));
     const int width = canvas().places().backgroundFrame().width();
     click("Bigger");
@@ -356,7 +362,7 @@ TEST_F(VRLRegistrationWindowTest, theRestOfTheStackGoesAlongOrStays) {
     const auto moved = [&](int i) { return distance(placeOf(i), before[std::size_t(i)]); };
 
     window->showSlice(slice(2));
-    QTest::keyClick(&canvas(), Qt::Key_Right, Qt::ShiftModifier);
+    mediator().nudge(10, 0, 0);
     click("Apply");
     for (int i = 2; i < 5; ++i)
         EXPECT_NEAR(moved(i), 10, 0.01) << i;
