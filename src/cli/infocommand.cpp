@@ -125,14 +125,17 @@ void printTables(const StackFile& file, OutputFormat format, const std::vector<S
         std::string image = imageText(slice);
         if (format == OutputFormat::Table)
             image = image.substr(image.rfind('/') == std::string::npos ? 0 : image.rfind('/') + 1);
-        std::vector<std::string> cells = {slice.getName(), image, std::to_string(empty ? 0 : slice.getImageSource().getSize2()),
-                       std::to_string(empty ? 0 : slice.getImageSource().getSize1()),
-                       std::to_string(empty ? 0 : slice.getImageSource().getDepth()),
-                       shortNumber(slice.getAbsolutePosition()),
-                       shortNumber(slice.getPixelCalibration().getPixelWidth()),
-                       shortNumber(slice.getPixelCalibration().getPixelHeight()),
-                       std::to_string(registration.getHorShift()) + " " + std::to_string(registration.getVerShift()),
-                       shortNumber(registration.getRotationAngle())};
+        std::vector<std::string> cells = {slice.getName(),
+                                          image,
+                                          std::to_string(empty ? 0 : slice.getImageSource().getSize2()),
+                                          std::to_string(empty ? 0 : slice.getImageSource().getSize1()),
+                                          std::to_string(empty ? 0 : slice.getImageSource().getDepth()),
+                                          shortNumber(slice.getAbsolutePosition()),
+                                          shortNumber(slice.getPixelCalibration().getPixelWidth()),
+                                          shortNumber(slice.getPixelCalibration().getPixelHeight()),
+                                          std::to_string(registration.getHorShift()) + " " +
+                                              std::to_string(registration.getVerShift()),
+                                          shortNumber(registration.getRotationAngle())};
         if (!pixels.empty()) {
             const std::vector<std::string> more =
                 pixelCells(pixels[std::size_t(i)], format == OutputFormat::Csv ? fullNumber : shortNumber);
@@ -176,7 +179,8 @@ int infoCommand(const QStringList& arguments) {
             writeJson(json, file, pixels);
         else
             printTables(file, format, pixels);
-        const bool good = std::all_of(pixels.begin(), pixels.end(), [](const auto& each) { return each.problem.empty(); });
+        const bool good =
+            std::all_of(pixels.begin(), pixels.end(), [](const auto& each) { return each.problem.empty(); });
         return int(good ? ExitGood : ExitProblems);
     });
 }

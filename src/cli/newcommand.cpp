@@ -112,15 +112,17 @@ int makeNewStack(const std::string& output, NewStack description, const Wishes& 
 } // namespace
 
 int newCommand(const QStringList& arguments) {
-    CommandLine line("new",
-                     "Makes a stack of images: a slice of each picture, of each page of a TIFF file, of each plane of a "
-                     "hyperstack or a volume. Names are taken in natural order, slice3 before slice10. Sizes that are "
-                     "not given come from the images.",
-                     "OUT.sdf IMAGE...", "The stack description file (.sdf) to write, and image files.");
+    CommandLine line(
+        "new",
+        "Makes a stack of images: a slice of each picture, of each page of a TIFF file, of each plane of a "
+        "hyperstack or a volume. Names are taken in natural order, slice3 before slice10. Sizes that are "
+        "not given come from the images.",
+        "OUT.sdf IMAGE...", "The stack description file (.sdf) to write, and image files.");
     line.addOption({"name"}, "Name of the stack; that of the file by default.", "name");
     line.addOption({"pixel-size"}, "Size of a pixel, or its width and height with a comma between them.", "size");
     line.addOption({"spacing"}, "Distance of a slice to the one before it.", "distance");
-    line.addOption({"unit"}, "Unit of the two, and of the stack: nm, um, mm, ...; by default that of the images, else um.",
+    line.addOption({"unit"},
+                   "Unit of the two, and of the stack: nm, um, mm, ...; by default that of the images, else um.",
                    "unit");
     line.addOption({"channel"}, "Channel of images that have several, by its number from 1 or its name.", "channel");
     line.addOption({"frame"}, "Point in time of images that have several, from 1.", "number", "1");

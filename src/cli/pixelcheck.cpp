@@ -15,7 +15,8 @@ SlicePixels readPixels(const StackSlice& slice) {
         return pixels;
     const ImageSource& source = slice.getImageSource();
     const auto tell = [&](const std::string& file, const std::string& what) {
-        pixels.problem = (file.empty() ? source.getName() : file) + ": " + what + " (slice \"" + slice.getName() + "\")";
+        pixels.problem =
+            (file.empty() ? source.getName() : file) + ": " + what + " (slice \"" + slice.getName() + "\")";
     };
     try {
         pixels.statistics = ImageReader().measure(source);

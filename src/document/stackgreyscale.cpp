@@ -30,7 +30,7 @@ std::optional<GreyScale> findGreyScale(const Stack& stack) {
             Image image;
             ImageReader().read(image, *sources[(2 * k + 1) * sources.size() / (2 * number)]);
             finder.add(image);
-        } catch (const Exception&) { // NOLINT(bugprone-empty-catch): it is told where the image is wanted
+        } catch (const Exception&) {      // NOLINT(bugprone-empty-catch): it is told where the image is wanted
         } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
         }
     }

@@ -50,9 +50,8 @@ std::unique_ptr<StackSlice> sliceOf(const std::string& name, const ImageSource& 
 }
 
 bool isSameWord(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
-        return std::tolower(x) == std::tolower(y);
-    });
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
 }
 
 /// Place of the channel among these, from 0. Throws ValueError.
@@ -148,9 +147,8 @@ private:
             __result.notes.push_back(bareName(path) + ": of its channels (" + names + ") the first is taken.");
         }
         if (__choice.time < 1 || __choice.time > layout.numTimes)
-            throw ValueError("ImageSlices makeImageSlices(...)",
-                             "There is no time " + std::to_string(__choice.time) + ", only " +
-                                 std::to_string(layout.numTimes));
+            throw ValueError("ImageSlices makeImageSlices(...)", "There is no time " + std::to_string(__choice.time) +
+                                                                     ", only " + std::to_string(layout.numTimes));
         if (layout.numTimes > 1)
             __result.notes.push_back(bareName(path) + ": of its " + std::to_string(layout.numTimes) +
                                      " points in time number " + std::to_string(__choice.time) + " is taken.");

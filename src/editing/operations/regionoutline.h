@@ -15,7 +15,8 @@ class Image;
 /// middle row of the box. It may leave the box.
 ///
 /// Decisions: levels of 16 bits are told apart by a histogram of as many bins, where 256 would lump together all but
-/// the darkest, and real values are brought to 65536 levels between the least and the greatest first. The means are rounded down, and outside of the box only compared with the threshold, not formed.
+/// the darkest, and real values are brought to 65536 levels between the least and the greatest first. The means are
+/// rounded down, and outside of the box only compared with the threshold, not formed.
 class RegionOutline {
 public:
     /// The box is in columns and rows, both ends included. The mean is over 2 * smoothing + 1 rows and columns. Throws

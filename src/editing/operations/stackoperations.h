@@ -29,8 +29,7 @@ struct NewStack {
 std::unique_ptr<VRLStack> makeStack(const NewStack& description, std::vector<UnreadableImage>& unreadable);
 
 /// The same of slices that have been made.
-std::unique_ptr<VRLStack> makeStack(const NewStack& description,
-                                    std::vector<std::unique_ptr<StackSlice>> slices);
+std::unique_ptr<VRLStack> makeStack(const NewStack& description, std::vector<std::unique_ptr<StackSlice>> slices);
 
 /// What is to be changed about a stack; the rest stays. A spacing, a calibration becomes the stack's default, and is
 /// given to the slices that are named here.

@@ -28,9 +28,8 @@ double companded(double linear) {
 /// Components from 0 to 1.
 void labPixelToRgb(double lightness, double a, double b, double rgb[3]) {
     // From XYZ relative to D50 straight to linear sRGB (Bradford adaptation and the matrix of IEC 61966-2-1 in one).
-    static const double matrix[3][3] = {{3.1338561, -1.6168667, -0.4906146},
-                                        {-0.9787684, 1.9161415, 0.0334540},
-                                        {0.0719453, -0.2289914, 1.4052427}};
+    static const double matrix[3][3] = {
+        {3.1338561, -1.6168667, -0.4906146}, {-0.9787684, 1.9161415, 0.0334540}, {0.0719453, -0.2289914, 1.4052427}};
     const double fy = (lightness + 16) / 116;
     const double xyz[] = {0.9642 * labCube(fy + a / 500), labCube(fy), 0.8249 * labCube(fy - b / 200)};
     for (int k = 0; k < 3; ++k)
@@ -77,11 +76,11 @@ void invertSamples(void* samples, std::size_t count, std::size_t step, const Val
     const ValueType::Kind kind = type.kind;
     const std::uint64_t greatest =
         type.bits >= 64 ? ~std::uint64_t(0) : (std::uint64_t(1) << std::min(type.bits, 63)) - 1;
-    withSampleType(kind == ValueType::Real          ? (type.bits == 64 ? SampleStorage::F64 : SampleStorage::F32)
-                   : type.bits <= 8                 ? SampleStorage::U8
-                   : type.bits <= 16                ? SampleStorage::U16
-                   : type.bits <= 32                ? SampleStorage::U32
-                                                    : SampleStorage::U64,
+    withSampleType(kind == ValueType::Real ? (type.bits == 64 ? SampleStorage::F64 : SampleStorage::F32)
+                   : type.bits <= 8        ? SampleStorage::U8
+                   : type.bits <= 16       ? SampleStorage::U16
+                   : type.bits <= 32       ? SampleStorage::U32
+                                           : SampleStorage::U64,
                    [&](auto typed) {
                        using Sample = decltype(typed);
                        Sample* at = static_cast<Sample*>(samples);

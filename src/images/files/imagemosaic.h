@@ -13,8 +13,8 @@ template <class T>
 class BoundingBox;
 
 /// Rectangular mosaic of image files, rows and columns numbered from 0, places possibly empty. All tiles have the same
-/// depth, type of values and colormap, those of a row the same height and those of a column the same width; height and width of the
-/// whole are the sums, and 0 for rows and columns without a tile.
+/// depth, type of values and colormap, those of a row the same height and those of a column the same width; height and
+/// width of the whole are the sums, and 0 for rows and columns without a tile.
 ///
 /// Filled by setItemFilename() it has a folder for each tile, as used when a volume is saved as a stack.
 class ImageMosaic {

@@ -48,9 +48,9 @@ decltype(auto) withSampleType(SampleStorage storage, Call&& call) {
 
 /// One picture of an image file, without its pixels: what an ImageFile delivers for it.
 ///
-/// Its rows come from top to bottom as the picture is to be seen, each as numSamples interleaved samples for each pixel.
-/// Colour models other than red, green and blue have been converted, and grey values of which the least stand for white
-/// have been turned around.
+/// Its rows come from top to bottom as the picture is to be seen, each as numSamples interleaved samples for each
+/// pixel. Colour models other than red, green and blue have been converted, and grey values of which the least stand
+/// for white have been turned around.
 struct ImagePage {
     enum Colour {
         Grey,    ///< the first sample is the grey value, or the samples are channels of their own
@@ -61,9 +61,9 @@ struct ImagePage {
     /// Bytes of a row.
     std::size_t rowLength() const { return std::size_t(width) * std::size_t(numSamples) * bytesOf(storage); }
 
-    /// How an Image holds the picture, or only its channel (1 for the first sample; 0 for all): its size, depth, kind of
-    /// values, colormap and calibration. The rules are those of ImageReader. Throws RangeError for a channel that the
-    /// picture has not.
+    /// How an Image holds the picture, or only its channel (1 for the first sample; 0 for all): its size, depth, kind
+    /// of values, colormap and calibration. The rules are those of ImageReader. Throws RangeError for a channel that
+    /// the picture has not.
     void fillHeader(ImageHeader& header, int channel) const;
 
     /// "grey"; "red", "green", "blue"; "alpha"; "channel 2".
@@ -75,8 +75,8 @@ struct ImagePage {
     SampleStorage storage = SampleStorage::U8;
     Colour colour = Grey;
     int numSamples = 1;
-    int alpha = -1;               ///< the sample that tells how opaque a pixel is; -1 for none
-    bool alphaAssociated = false; ///< whether the others have been multiplied by it
+    int alpha = -1;                     ///< the sample that tells how opaque a pixel is; -1 for none
+    bool alphaAssociated = false;       ///< whether the others have been multiplied by it
     std::vector<std::uint16_t> palette; ///< of all indexes the red, then the green, then the blue
     PixelCalibration calibration;
     bool hasPixelSize = false; ///< whether the calibration comes from the file, with its unit

@@ -46,8 +46,7 @@ public:
         const bool sameType = image.isReal() ? page.storage == SampleStorage::F32
                                              : (page.values.bits == 8 || page.values.bits == 16) &&
                                                    page.values.kind == ValueType::Unsigned;
-        const bool sameNumber = image.isReal() || image.getDepth() <= 16 ? page.numSamples == 1
-                                                                         : page.values.bits == 8;
+        const bool sameNumber = image.isReal() || image.getDepth() <= 16 ? page.numSamples == 1 : page.values.bits == 8;
         __plain = whole && sameType && sameNumber;
     }
 

@@ -10,8 +10,8 @@ namespace vorlen {
 /// Image source of kind 2: one plane of a voxel matrix file, of any type of element. The plane is read as a real image
 /// of the values as they are. Its depth is 32 whatever the file holds.
 ///
-/// Decisions: the header's one tag for elements of 1 and of 2 bytes is told apart by the length of the file, and its old
-/// form without a tag too, where elements of 4 bytes are taken for floats. None are signed.
+/// Decisions: the header's one tag for elements of 1 and of 2 bytes is told apart by the length of the file, and its
+/// old form without a tag too, where elements of 4 bytes are taken for floats. None are signed.
 class ImageSourceVoxelMatrixPlane : public ImageSource {
 public:
     ImageSourceVoxelMatrixPlane();

@@ -25,7 +25,7 @@ struct StackLayout {
     int numPlanes = 0;
     int numChannels = 1;
     int numTimes = 1;
-    std::vector<Plane> planes; ///< the planes of the first channel at the first time, of the second, ...
+    std::vector<Plane> planes;             ///< the planes of the first channel at the first time, of the second, ...
     std::vector<std::string> channelNames; ///< of each channel; empty texts where the file gives no name
     std::optional<double> spacing;         ///< of the planes, in the unit
     std::optional<double> pixelWidth, pixelHeight; ///< in the unit

@@ -129,10 +129,9 @@ int firstExtra(TIFF* tiff) {
 /// those of the page.
 struct TiffPicture::Rows {
     Rows(const TiffPicture& picture_, SampleSink& sink)
-        : picture(picture_), type(picture_.page.values),
-          sampleLength(bytesOf(picture_.page.storage)), out(sink, picture_.orientation, picture_.width,
-                                                            picture_.height,
-                                                            std::size_t(picture_.page.numSamples) * sampleLength) {
+        : picture(picture_), type(picture_.page.values), sampleLength(bytesOf(picture_.page.storage)),
+          out(sink, picture_.orientation, picture_.width, picture_.height,
+              std::size_t(picture_.page.numSamples) * sampleLength) {
         const bool packed = type.kind == ValueType::Real ? type.bits < 32 : std::size_t(type.bits) != 8 * sampleLength;
         isDirect = !packed && picture.conversion == None;
         fileRowLength = std::size_t(picture.width) * std::size_t(picture.numFileSamples) * sampleLength;
@@ -184,8 +183,8 @@ TiffPicture::TiffPicture(TIFF* tiff_) : tiff(tiff_) {
     if (tag<std::uint32_t>(tiff, TIFFTAG_IMAGEDEPTH, 1) > 1)
         refuse(tiff, "several planes in one directory");
     readColours();
-    const std::uint64_t pixelLength = std::max<std::uint64_t>(
-        4, std::uint64_t(std::max(numFileSamples, page.numSamples)) * bytesOf(page.storage));
+    const std::uint64_t pixelLength =
+        std::max<std::uint64_t>(4, std::uint64_t(std::max(numFileSamples, page.numSamples)) * bytesOf(page.storage));
     const std::uint64_t greatest = std::numeric_limits<int>::max() / pixelLength;
     if (fileHeight == 0 || fileWidth == 0 || fileHeight > greatest || fileWidth > greatest)
         throw FileFormatError(tiffHeaderPlace, "Invalid TIFF image size", filename);
@@ -220,8 +219,7 @@ void TiffPicture::readColours() {
     page.values = valueType(tiff);
     page.storage = storageOf(page.values);
     page.numSamples = numFileSamples;
-    const bool isWhole8or16 =
-        page.values.kind != ValueType::Real && (page.values.bits == 8 || page.values.bits == 16);
+    const bool isWhole8or16 = page.values.kind != ValueType::Real && (page.values.bits == 8 || page.values.bits == 16);
     const auto becomesRgb = [this](Conversion by) {
         conversion = by;
         page.colour = ImagePage::Rgb;
@@ -307,8 +305,9 @@ void TiffPicture::requireBelievable() const {
         throw FileReadError(tiffHeaderPlace, "This file is too short for the image size in its header",
                             TIFFFileName(tiff));
     };
-    const std::uint64_t needed = (std::uint64_t(width) * std::uint64_t(numFileSamples) *
-                                      std::uint64_t(page.values.bits) + 7) / 8 * std::uint64_t(height);
+    const std::uint64_t needed =
+        (std::uint64_t(width) * std::uint64_t(numFileSamples) * std::uint64_t(page.values.bits) + 7) / 8 *
+        std::uint64_t(height);
     const std::uint64_t ratio = greatestRatio(compression);
     // At the least a strip for each row of each sample, a tile of one pixel: more are not asked for.
     if (count == 0 || count > 8 * (length + 1024))

@@ -17,12 +17,31 @@ namespace {
 
 /// Micrometers in one of these; nothing for a unit that is no length.
 std::optional<double> micrometersIn(std::string_view unit) {
-    static const std::map<std::string_view, double> units = {
-        {"m", 1e6},       {"dm", 1e5},        {"cm", 1e4},          {"mm", 1e3},           {"\xc2\xb5m", 1},
-        {"\xce\xbcm", 1}, {"um", 1},          {"micron", 1},        {"microns", 1},        {"\\u00B5m", 1},
-        {"\xb5m", 1},     {"micrometer", 1},  {"micrometers", 1},   {"micrometre", 1},     {"nm", 1e-3},
-        {"pm", 1e-6},     {"nanometer", 1e-3}, {"millimeter", 1e3}, {"\xe2\x84\xab", 1e-4}, {"\xc3\x85", 1e-4},
-        {"inch", 25400},  {"in", 25400},      {"centimeter", 1e4},  {"meter", 1e6},        {"ft", 304800}};
+    static const std::map<std::string_view, double> units = {{"m", 1e6},
+                                                             {"dm", 1e5},
+                                                             {"cm", 1e4},
+                                                             {"mm", 1e3},
+                                                             {"\xc2\xb5m", 1},
+                                                             {"\xce\xbcm", 1},
+                                                             {"um", 1},
+                                                             {"micron", 1},
+                                                             {"microns", 1},
+                                                             {"\\u00B5m", 1},
+                                                             {"\xb5m", 1},
+                                                             {"micrometer", 1},
+                                                             {"micrometers", 1},
+                                                             {"micrometre", 1},
+                                                             {"nm", 1e-3},
+                                                             {"pm", 1e-6},
+                                                             {"nanometer", 1e-3},
+                                                             {"millimeter", 1e3},
+                                                             {"\xe2\x84\xab", 1e-4},
+                                                             {"\xc3\x85", 1e-4},
+                                                             {"inch", 25400},
+                                                             {"in", 25400},
+                                                             {"centimeter", 1e4},
+                                                             {"meter", 1e6},
+                                                             {"ft", 304800}};
     const auto found = units.find(unit);
     return found == units.end() ? std::nullopt : std::optional(found->second);
 }
@@ -179,8 +198,8 @@ private:
 
 } // namespace
 
-StackLayout omeLayout(const std::string& description, const std::string& filename, const ImagePage& first,
-                      int numPages, const StackLayout& plain) {
+StackLayout omeLayout(const std::string& description, const std::string& filename, const ImagePage& first, int numPages,
+                      const StackLayout& plain) {
     StackLayout layout = plain;
     const auto giveUp = [&layout](const std::string& why) {
         layout.warnings.push_back("its OME description " + why + ", so that its pages are taken in their order");
@@ -232,8 +251,8 @@ StackLayout omeLayout(const std::string& description, const std::string& filenam
         std::string name = childOf(data, "UUID").attribute("FileName").value();
         name = name.substr(name.rfind('/') + 1);
         name = name == ownName ? "" : name;
-        if (at['Z'] < 0 || at['Z'] >= planes || at['C'] < 0 || at['C'] >= channels || at['T'] < 0 ||
-            at['T'] >= times || page < 0)
+        if (at['Z'] < 0 || at['Z'] >= planes || at['C'] < 0 || at['C'] >= channels || at['T'] < 0 || at['T'] >= times ||
+            page < 0)
             return giveUp("names planes that there are not");
         for (bool more = true; more && number > 0; --number, ++page) {
             if (name.empty() && page >= numPages)

@@ -21,7 +21,7 @@ StackLayout imagejLayout(const std::string& description, float xResolution, floa
 
 /// The XML of OME-TIFF. Planes may be in other files of the same folder.
 bool isOmeDescription(const std::string& description);
-StackLayout omeLayout(const std::string& description, const std::string& filename, const ImagePage& first,
-                      int numPages, const StackLayout& plain);
+StackLayout omeLayout(const std::string& description, const std::string& filename, const ImagePage& first, int numPages,
+                      const StackLayout& plain);
 
 } // namespace vorlen

@@ -30,8 +30,8 @@ struct GreyScale {
 /// Finds a grey scale out of images: from their values, one in so many of each, all together.
 ///
 /// Low and high are the values below which 1 and 99.8 of a hundred lie. White is the greatest value of the smallest
-/// range that cameras have which holds them all: 1 (of real numbers), 255, 1023, 4095, 16383 or 65535; of greater values
-/// it is the greatest itself. So a picture means the same to an algorithm whatever the bits it is stored in.
+/// range that cameras have which holds them all: 1 (of real numbers), 255, 1023, 4095, 16383 or 65535; of greater
+/// values it is the greatest itself. So a picture means the same to an algorithm whatever the bits it is stored in.
 class GreyScaleFinder {
 public:
     /// Leaves images of bytes and of colours alone.

@@ -117,7 +117,8 @@ public:
     /// bits give their high byte, real ones the nearest byte.
     Image channel(ImageChannel channel) const;
     /// Writes the matrix into this channel of all pixels; at depths 8 and 16, and for the alpha channel at depth 24,
-    /// which has no such byte, into the first byte of each pixel; in a real image they become its values. Throws SizeError when the sizes differ.
+    /// which has no such byte, into the first byte of each pixel; in a real image they become its values. Throws
+    /// SizeError when the sizes differ.
     void setChannel(ImageChannel channel, const PixelMatrix<unsigned char>& matrix);
 
 private:

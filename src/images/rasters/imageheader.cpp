@@ -5,8 +5,8 @@
 namespace vorlen {
 
 ImageHeader::ImageHeader(const ImageHeader& header)
-    : __format(header.__format), __height(header.__height), __width(header.__width), __depth(header.__depth), __isReal(header.__isReal),
-      __valueType(header.__valueType),
+    : __format(header.__format), __height(header.__height), __width(header.__width), __depth(header.__depth),
+      __isReal(header.__isReal), __valueType(header.__valueType),
       __colormap(header.__colormap ? std::make_unique<Colormap>(*header.__colormap) : nullptr),
       __pixelCalibration(header.__pixelCalibration) {
 }
@@ -114,7 +114,8 @@ void ImageHeader::deleteColormap() {
 
 bool ImageHeader::operator==(const ImageHeader& header) const {
     return __height == header.__height && __width == header.__width && __depth == header.__depth &&
-           __isReal == header.__isReal && __valueType == header.__valueType && __pixelCalibration == header.__pixelCalibration && __format == header.__format;
+           __isReal == header.__isReal && __valueType == header.__valueType &&
+           __pixelCalibration == header.__pixelCalibration && __format == header.__format;
 }
 
 bool ImageHeader::operator!=(const ImageHeader& header) const {

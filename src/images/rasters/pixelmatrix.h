@@ -24,7 +24,8 @@ public:
     ~PixelMatrix() override = default;
 
     /// Takes size and values of an image of 8 or 16 bits or a real one; an indexed image gives its indexes. Real values
-    /// that an integer T does not hold become its nearest, and those that are no number 0. At other depths only the size is taken and the elements stay unset.
+    /// that an integer T does not hold become its nearest, and those that are no number 0. At other depths only the
+    /// size is taken and the elements stay unset.
     void convertFromImage(const Image& image);
     /// The values of one channel. Indexed: through the colormap, elements unset for alpha. Plain gray: as the form
     /// without channel. Colour: the channel's byte; elements unset for alpha at depth 24.
@@ -37,7 +38,8 @@ public:
     /// values whose integer part no int holds.
     void convertToImage(Image& image) const;
     /// Stretches the matrix's own range to low..high. In integer instantiations the factor (high-low)/(max-min) is an
-    /// integer quotient; where that is 0, in a range wider than the bytes, the product is divided. A constant matrix gives low everywhere.
+    /// integer quotient; where that is 0, in a range wider than the bytes, the product is divided. A constant matrix
+    /// gives low everywhere.
     void convertToImage(Image& image, unsigned char low, unsigned char high) const;
     /// Window: low at and below first, high at and above last, linear and truncated in between; low for NaN.
     void convertToImage(Image& image, T first, T last, unsigned char low, unsigned char high) const;

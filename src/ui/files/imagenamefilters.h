@@ -4,7 +4,8 @@
 
 namespace vorlen {
 
-/// The name filters of dialogs for images: all that can be read, in any mix of small and capital letters, and all files.
+/// The name filters of dialogs for images: all that can be read, in any mix of small and capital letters, and all
+/// files.
 QStringList imageNameFilters();
 
 } // namespace vorlen

@@ -68,10 +68,9 @@ std::vector<unsigned char> toBytes(Pixels& pixels, bool real, const GreyScale& s
         table[i] = scale.shown(float(i));
     unsigned char* to = bytes.data();
     for (int i = 0; i < pixels.height; ++i) {
-        const unsigned char* from =
-            pixels.data + size * (static_cast<std::size_t>(pixels.skipRows + i) *
-                                      static_cast<std::size_t>(pixels.rowLength) +
-                                  static_cast<std::size_t>(pixels.skipColumns));
+        const unsigned char* from = pixels.data + size * (static_cast<std::size_t>(pixels.skipRows + i) *
+                                                              static_cast<std::size_t>(pixels.rowLength) +
+                                                          static_cast<std::size_t>(pixels.skipColumns));
         for (int j = 0; j < pixels.width; ++j, from += size) {
             float value = 0;
             unsigned short word = 0;

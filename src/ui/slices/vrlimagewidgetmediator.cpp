@@ -233,9 +233,9 @@ void VRLImageWidgetMediator::updateImageTypeInfo() {
         return;
     const VRLImageProxy& proxy = getImageProxy();
     __statusBar->setImageTypeInfo(
-        proxy.hasImage() ? imageTypeText(proxy.getImage().getDepth(), proxy.getImage().isIndexed(),
-                                         proxy.getImage().isReal())
-                         : QString());
+        proxy.hasImage()
+            ? imageTypeText(proxy.getImage().getDepth(), proxy.getImage().isIndexed(), proxy.getImage().isReal())
+            : QString());
 }
 
 void VRLImageWidgetMediator::updateImageSizeInfo() {
