@@ -2,8 +2,8 @@
 
 #include "files/fileinfo.h"
 #include "files/safefile.h"
-#include "images/files/pixelstatistics.h"
 #include "images/files/imagereader.h"
+#include "images/files/pixelstatistics.h"
 #include "images/files/tifffile.h"
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
@@ -81,7 +81,9 @@ void ImageWriter::writeTIFFHeader(const ImageHeader& header, TIFF* tiff) const {
         TIFFSetField(tiff, TIFFTAG_COMPRESSION,
                      __compression == Compression::Zstd ? COMPRESSION_ZSTD : COMPRESSION_ADOBE_DEFLATE);
         TIFFSetField(tiff, TIFFTAG_PREDICTOR,
-                     header.isReal() ? PREDICTOR_FLOATINGPOINT : indexed ? PREDICTOR_NONE : PREDICTOR_HORIZONTAL);
+                     header.isReal() ? PREDICTOR_FLOATINGPOINT
+                     : indexed       ? PREDICTOR_NONE
+                                     : PREDICTOR_HORIZONTAL);
     }
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rowsOfStrip(header));
     if (samples == 4) {
