@@ -323,7 +323,7 @@ std::unique_ptr<Stack> drawn(const Solid& solid, const Drawing& drawing) {
     model->setName("m");
     model->getProperties().setGeometry(PolygonPrimitive);
     stack->addModel(model);
-    const double width = drawing.pixel * solid.diameter, height = width * drawing.aspect;
+    const double width = drawing.pixel * solid.diameter * solid.thinnest, height = width * drawing.aspect;
     const int sections = numSections(solid, drawing);
     const double spacing = (solid.top - solid.bottom) / sections;
     PixelCalibration calibration;

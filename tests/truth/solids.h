@@ -32,7 +32,7 @@ std::vector<Solid> knownSolids();
 /// How a body is drawn.
 struct Drawing {
     int sections = 50;    ///< over the height of its lowest piece, each in the middle of its share
-    double pixel = 0.002; ///< width of a pixel, in diameters
+    double pixel = 0.002; ///< width of a pixel, in diameters, or as much less as there are more sections
     double aspect = 1;    ///< height of a pixel to its width
     double angle = 0;     ///< about the axis of the sections
 };
