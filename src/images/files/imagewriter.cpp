@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vorlen {
 
@@ -116,10 +117,12 @@ void ImageWriter::writeTIFFRange(const Image& image, TIFF* tiff) const {
 }
 
 void ImageWriter::writeTIFFPixels(const Image& image, TIFF* tiff) const {
-    const unsigned char* const* rows = image.getPixels();
+    // libtiff takes differences of neighbours within the row that it is given.
+    const auto length = static_cast<std::size_t>(image.bytesPerLine());
+    std::vector<unsigned char> row(length);
     for (int i = 0; i < image.getHeight(); ++i) {
-        // libtiff only reads from the row, although it takes a pointer to changeable bytes.
-        if (TIFFWriteScanline(tiff, const_cast<unsigned char*>(rows[i]), static_cast<std::uint32_t>(i), 0) != 1)
+        std::copy_n(image.getPixels()[i], length, row.begin());
+        if (TIFFWriteScanline(tiff, row.data(), static_cast<std::uint32_t>(i), 0) != 1)
             throw FileWriteError(WRITE, "Cannot write image data" + TiffFile::reason(tiff), TIFFFileName(tiff));
     }
 }
