@@ -47,7 +47,8 @@ void printHelp() {
 bool takesValue(const QString& word) {
     static const QStringList flags = {"--overwrite",  "--models-only",  "--invert", "--open",
                                       "--calibrated", "--no-alignment", "--fix",    "--codes",
-                                      "--pixels",     "--keep-order",   "--help",   "-h"};
+                                      "--pixels",     "--keep-order",   "--error",  "--help",
+                                      "-h"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 

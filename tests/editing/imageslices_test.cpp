@@ -80,7 +80,8 @@ TEST_F(ImageSlicesTest, eachPageBecomesASliceThatItsDescriptionFindsAgain) {
     EXPECT_EQ(PixelMatrix<int>(image)[0][0], 700);
     // A page that the file has lost is told of.
     writePages(folder.file("p.tif"), 6);
-    reader.readText(read, text, folder.file("s.sdf"));
+    Stack cut;
+    reader.readText(cut, text, folder.file("s.sdf"));
     EXPECT_EQ(reader.getNumFatalErrors(), 6);
     EXPECT_NE(reader.getLog().front().find("There is no page 7"), std::string::npos);
 }
@@ -114,7 +115,8 @@ TEST_F(ImageSlicesTest, planesInTheContiguousFormAreFoundAsFarAsTheFileGoes) {
         TiffMaker maker;
         maker.bits = 16;
         maker.description = "ImageJ=1.54f\nimages=5\nslices=5\n";
-        maker.write(folder.file("c.tif"), [](int, int, int) { return std::uint64_t(7); }, mode);
+        maker.write(
+            folder.file("c.tif"), [](int, int, int) { return std::uint64_t(7); }, mode);
         std::string bytes = folder.read("c.tif");
         // The one strip goes to the end of the file, where the others follow it.
         ASSERT_LT(bytes.find("ImageJ"), bytes.size());
@@ -160,7 +162,8 @@ TEST_F(ImageSlicesTest, omeFilesGiveTheirChannelsByNameAndPlanesOfOtherFiles) {
     for (int c = 0; c < 2; ++c)
         for (int z = 0; z < 3; ++z)
             data += "<TiffData FirstC=\"" + std::to_string(c) + "\" FirstZ=\"" + std::to_string(z) + "\" IFD=\"" +
-                    std::to_string(2 - z) + "\"><UUID FileName=\"" + (c == 0 ? "a" : "b") + ".ome.tif\">x</UUID></TiffData>";
+                    std::to_string(2 - z) + "\"><UUID FileName=\"" + (c == 0 ? "a" : "b") +
+                    ".ome.tif\">x</UUID></TiffData>";
     for (const char* name : {"a.ome.tif", "b.ome.tif"})
         writePages(folder.file(name), 3, head + data + "</Pixels></Image></OME>");
     // Both files are of one set, of which each names all.

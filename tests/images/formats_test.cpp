@@ -75,8 +75,15 @@ void addTiff(std::vector<FormatLine>& lines) {
         if (!samples)
             samples = [](int i, int j, int k) { return std::uint64_t(ramp(i, j, k)); };
         const std::string of = mode;
-        FormatLine line{"TIFF", kind, [maker, samples, of](const std::string& f) { maker.write(f, samples, of.c_str()); },
-                        values, std::move(channels), tolerance, "", 0, 0};
+        FormatLine line{"TIFF",
+                        kind,
+                        [maker, samples, of](const std::string& f) { maker.write(f, samples, of.c_str()); },
+                        values,
+                        std::move(channels),
+                        tolerance,
+                        "",
+                        0,
+                        0};
         if (maker.unit == RESUNIT_INCH || maker.unit == RESUNIT_CENTIMETER) {
             line.unit = maker.unit == RESUNIT_INCH ? "inch" : "centimeter";
             line.pixelWidth = (maker.unit == RESUNIT_INCH ? 25400.0 : 10000.0) / double(maker.xResolution);
@@ -169,37 +176,48 @@ void addTiff(std::vector<FormatLine>& lines) {
     std::vector<std::function<double(int, int)>> inks;
     for (int k = 0; k < 3; ++k)
         inks.push_back([k](int i, int j) { return (255.0 - ramp(i, j, k)) * (255 - 60) / 255; });
-    add("cyan, magenta, yellow, black", maker, "uint8", inks, "w",
+    add(
+        "cyan, magenta, yellow, black", maker, "uint8", inks, "w",
         [](int i, int j, int k) { return std::uint64_t(k == 3 ? 60 : ramp(i, j, k)); }, 0.51);
     maker = plainTiff();
     maker.samples = 3;
     maker.photometric = PHOTOMETRIC_CIELAB;
     const auto grey50 = [](int, int) { return 118.9; }; // L* of 50
-    add("L\\*a\\*b\\*", maker, "uint8", {grey50, grey50, grey50}, "w",
+    add(
+        "L\\*a\\*b\\*", maker, "uint8", {grey50, grey50, grey50}, "w",
         [](int, int, int k) { return std::uint64_t(k == 0 ? 127.5 : 0); }, 1.5);
-    for (const auto& [compression, name, bits, tolerance] :
-         {std::tuple{COMPRESSION_LZW, "LZW", 16, 0.0}, {COMPRESSION_ADOBE_DEFLATE, "Deflate", 16, 0.0},
-          {COMPRESSION_PACKBITS, "PackBits", 8, 0.0}, {COMPRESSION_ZSTD, "Zstd", 16, 0.0},
-          {COMPRESSION_LZMA, "LZMA", 16, 0.0}, {COMPRESSION_LERC, "LERC", 16, 0.0},
-          {COMPRESSION_JPEG, "JPEG", 8, 6.0}, {COMPRESSION_CCITTFAX4, "fax, group 4", 1, 0.0}}) {
+    for (const auto& [compression, name, bits, tolerance] : {std::tuple{COMPRESSION_LZW, "LZW", 16, 0.0},
+                                                             {COMPRESSION_ADOBE_DEFLATE, "Deflate", 16, 0.0},
+                                                             {COMPRESSION_PACKBITS, "PackBits", 8, 0.0},
+                                                             {COMPRESSION_ZSTD, "Zstd", 16, 0.0},
+                                                             {COMPRESSION_LZMA, "LZMA", 16, 0.0},
+                                                             {COMPRESSION_LERC, "LERC", 16, 0.0},
+                                                             {COMPRESSION_JPEG, "JPEG", 8, 6.0},
+                                                             {COMPRESSION_CCITTFAX4, "fax, group 4", 1, 0.0}}) {
         maker = plainTiff();
         maker.compression = compression;
         maker.bits = bits;
         const int mask = bits == 1 ? 1 : 0xffff;
-        add(std::string("grey, ") + name, maker, "uint" + std::to_string(bits),
+        add(
+            std::string("grey, ") + name, maker, "uint" + std::to_string(bits),
             {value([mask](double number) { return double(int(number) & mask); })}, "w",
             [mask](int i, int j, int) { return std::uint64_t(ramp(i, j) & mask); }, tolerance);
     }
-    FormatLine pages{"TIFF", "second of three pages",
+    FormatLine pages{"TIFF",
+                     "second of three pages",
                      [](const std::string& filename) {
                          TIFF* tiff = TIFFOpen(filename.c_str(), "w");
                          for (int page = 0; page < 3; ++page)
-                             plainTiff().writePage(tiff, [page](int i, int j, int) {
-                                 return std::uint64_t(ramp(i, j) + 50 * page);
-                             });
+                             plainTiff().writePage(
+                                 tiff, [page](int i, int j, int) { return std::uint64_t(ramp(i, j) + 50 * page); });
                          TIFFClose(tiff);
                      },
-                     "uint8", {value([](double number) { return number + 50; })}, 0, "", 0, 1};
+                     "uint8",
+                     {value([](double number) { return number + 50; })},
+                     0,
+                     "",
+                     0,
+                     1};
     lines.push_back(pages);
 }
 
@@ -210,30 +228,40 @@ void addOthers(std::vector<FormatLine>& lines) {
         for (int i = 0; i < formatHeight; ++i) {
             rows.emplace_back();
             for (int j = 0; j < formatWidth; ++j)
-                rows.back() += bits == 8 ? std::string(1, char(ramp(i, j))) : number(std::uint16_t(200 * ramp(i, j)), true);
+                rows.back() +=
+                    bits == 8 ? std::string(1, char(ramp(i, j))) : number(std::uint16_t(200 * ramp(i, j)), true);
         }
         return rows;
     };
-    lines.push_back({"PNG", "grey",
+    lines.push_back({"PNG",
+                     "grey",
                      [=](const std::string& f) {
                          writePng(f, formatWidth, formatHeight, 8, PNG_COLOR_TYPE_GRAY, greyRows(8), false, {}, 100000);
                      },
-                     "uint8", {value(same)}, 0, "meter", 10});
+                     "uint8",
+                     {value(same)},
+                     0,
+                     "meter",
+                     10});
     for (const bool interlaced : {false, true})
-        lines.push_back({"PNG", interlaced ? "grey, interlaced" : "grey",
+        lines.push_back({"PNG",
+                         interlaced ? "grey, interlaced" : "grey",
                          [=](const std::string& f) {
                              writePng(f, formatWidth, formatHeight, 16, PNG_COLOR_TYPE_GRAY, greyRows(16), interlaced);
                          },
-                         "uint16", {value([](double number) { return 200 * number; })}});
+                         "uint16",
+                         {value([](double number) { return 200 * number; })}});
     std::vector<png_color> palette;
     for (int i = 0; i < 256; ++i)
         palette.push_back({png_byte(i), png_byte(255 - i), png_byte(i / 2)});
-    lines.push_back({"PNG", "palette",
-                     [=](const std::string& f) {
-                         writePng(f, formatWidth, formatHeight, 8, PNG_COLOR_TYPE_PALETTE, greyRows(8), false, palette);
-                     },
-                     "uint8",
-                     {value(same), value([](double n) { return 255 - n; }), value([](double n) { return std::floor(n / 2); })}});
+    lines.push_back(
+        {"PNG",
+         "palette",
+         [=](const std::string& f) {
+             writePng(f, formatWidth, formatHeight, 8, PNG_COLOR_TYPE_PALETTE, greyRows(8), false, palette);
+         },
+         "uint8",
+         {value(same), value([](double n) { return 255 - n; }), value([](double n) { return std::floor(n / 2); })}});
     std::vector<std::string> rgba;
     for (int i = 0; i < formatHeight; ++i) {
         rgba.emplace_back();
@@ -241,13 +269,13 @@ void addOthers(std::vector<FormatLine>& lines) {
             for (int k = 0; k < 4; ++k)
                 rgba.back() += char(ramp(i, j, k) & 0xff);
     }
-    lines.push_back({"PNG", "red, green, blue, alpha",
-                     [=](const std::string& f) {
-                         writePng(f, formatWidth, formatHeight, 8, PNG_COLOR_TYPE_RGB_ALPHA, rgba);
-                     },
-                     "uint8",
-                     {value(same), value(same, 1), value(same, 2),
-                      value([](double number) { return double(int(number) & 0xff); }, 3)}});
+    lines.push_back(
+        {"PNG",
+         "red, green, blue, alpha",
+         [=](const std::string& f) { writePng(f, formatWidth, formatHeight, 8, PNG_COLOR_TYPE_RGB_ALPHA, rgba); },
+         "uint8",
+         {value(same), value(same, 1), value(same, 2),
+          value([](double number) { return double(int(number) & 0xff); }, 3)}});
     std::string samples, colours;
     for (int i = 0; i < formatHeight; ++i)
         for (int j = 0; j < formatWidth; ++j) {
@@ -255,12 +283,20 @@ void addOthers(std::vector<FormatLine>& lines) {
             for (int k = 0; k < 3; ++k)
                 colours += char(ramp(i, j));
         }
-    lines.push_back({"JPEG", "grey",
-                     [=](const std::string& f) { writeJpeg(f, formatWidth, formatHeight, 1, samples, 300); }, "uint8",
-                     {value(same)}, 2, "inch", 25400.0 / 300});
-    lines.push_back({"JPEG", "colours",
-                     [=](const std::string& f) { writeJpeg(f, formatWidth, formatHeight, 3, colours); }, "uint8",
-                     {value(same), value(same), value(same)}, 3});
+    lines.push_back({"JPEG",
+                     "grey",
+                     [=](const std::string& f) { writeJpeg(f, formatWidth, formatHeight, 1, samples, 300); },
+                     "uint8",
+                     {value(same)},
+                     2,
+                     "inch",
+                     25400.0 / 300});
+    lines.push_back({"JPEG",
+                     "colours",
+                     [=](const std::string& f) { writeJpeg(f, formatWidth, formatHeight, 3, colours); },
+                     "uint8",
+                     {value(same), value(same), value(same)},
+                     3});
     for (const int bits : {8, 24, 32}) {
         std::string rows; // from below
         for (int i = formatHeight - 1; i >= 0; --i)
@@ -271,8 +307,9 @@ void addOthers(std::vector<FormatLine>& lines) {
         for (int i = 0; bits == 8 && i < 256; ++i)
             ramps += std::string{char(i), char(i), char(i), '\0'};
         std::string header = "BM";
-        for (const std::uint32_t word : {0u, 0u, 54u + unsigned(ramps.size()), 40u, unsigned(formatWidth),
-                                         unsigned(formatHeight), 1u | unsigned(bits) << 16, 0u, 0u, 20000u, 20000u, 0u, 0u})
+        for (const std::uint32_t word :
+             {0u, 0u, 54u + unsigned(ramps.size()), 40u, unsigned(formatWidth), unsigned(formatHeight),
+              1u | unsigned(bits) << 16, 0u, 0u, 20000u, 20000u, 0u, 0u})
             header += number(word);
         std::vector<std::function<double(int, int)>> channels = {value(same)};
         if (bits > 8)
@@ -285,42 +322,78 @@ void addOthers(std::vector<FormatLine>& lines) {
     const std::string head = "NRRD0004\n# by a test\ndimension: 3\nsizes: " + sizes +
                              "\nspace: left-posterior-superior\nspace directions: (0.5,0,0) (0,0.25,0) (0,0,2)\n";
     const auto plane1 = value([](double number) { return number + 100; });
-    lines.push_back({"NRRD", "volume, raw, second plane",
+    lines.push_back({"NRRD",
+                     "volume, raw, second plane",
                      [=](const std::string& f) {
                          writeBytes(f, head + "type: short\nendian: big\nencoding: raw\n\n" +
                                            volumeSamples<std::int16_t>(2, true));
                      },
-                     "int16", {plane1}, 0, "millimeter", 0.5, 1});
-    lines.push_back({"NRRD", "volume, gzip, second plane",
+                     "int16",
+                     {plane1},
+                     0,
+                     "millimeter",
+                     0.5,
+                     1});
+    lines.push_back({"NRRD",
+                     "volume, gzip, second plane",
                      [=](const std::string& f) {
                          writeBytes(f, head + "type: float\nendian: little\nencoding: gzip\n\n" +
                                            gzip(volumeSamples<float>(2)));
                      },
-                     "float32", {plane1}, 0, "millimeter", 0.5, 1});
+                     "float32",
+                     {plane1},
+                     0,
+                     "millimeter",
+                     0.5,
+                     1});
     for (const bool zipped : {false, true})
-        lines.push_back({"NIfTI", zipped ? "volume, gzip, second plane" : "volume, second plane",
+        lines.push_back({"NIfTI",
+                         zipped ? "volume, gzip, second plane" : "volume, second plane",
                          [=](const std::string& f) {
                              const std::string bytes =
                                  nifti(formatWidth, formatHeight, 2, 4, 16, volumeSamples<std::int16_t>(2));
                              writeBytes(f, zipped ? gzip(bytes) : bytes);
                          },
-                         "int16", {plane1}, 0, "millimeter", 0.5, 1});
-    lines.push_back({"NIfTI", "volume with a scale, big-endian",
+                         "int16",
+                         {plane1},
+                         0,
+                         "millimeter",
+                         0.5,
+                         1});
+    lines.push_back({"NIfTI",
+                     "volume with a scale, big-endian",
                      [=](const std::string& f) {
                          writeBytes(f, nifti(formatWidth, formatHeight, 2, 512, 16,
                                              volumeSamples<std::uint16_t>(2, true), 0.5f, -3, true));
                      },
-                     "float32", {value([](double number) { return number / 2 - 3; })}, 0, "millimeter", 0.5, 0});
-    lines.push_back({"MRC", "volume, second plane",
+                     "float32",
+                     {value([](double number) { return number / 2 - 3; })},
+                     0,
+                     "millimeter",
+                     0.5,
+                     0});
+    lines.push_back({"MRC",
+                     "volume, second plane",
                      [=](const std::string& f) {
                          writeBytes(f, mrc(formatWidth, formatHeight, 2, 1, volumeSamples<std::int16_t>(2)));
                      },
-                     "int16", {plane1}, 0, "angstrom", 2, 1});
-    lines.push_back({"MRC", "volume, big-endian, second plane",
+                     "int16",
+                     {plane1},
+                     0,
+                     "angstrom",
+                     2,
+                     1});
+    lines.push_back({"MRC",
+                     "volume, big-endian, second plane",
                      [=](const std::string& f) {
                          writeBytes(f, mrc(formatWidth, formatHeight, 2, 2, volumeSamples<float>(2, true), true));
                      },
-                     "float32", {plane1}, 0, "angstrom", 2, 1});
+                     "float32",
+                     {plane1},
+                     0,
+                     "angstrom",
+                     2,
+                     1});
 }
 
 /// Reads the file of the line both ways, as statistics and as an image.
@@ -350,9 +423,10 @@ void expectLine(const FormatLine& line, const std::string& filename) {
         const PixelStatistics unit = measure(image);
         for (int i = 0; i < formatHeight; ++i)
             for (int j = 0; j < formatWidth; ++j) {
-                const double stretch = line.values.size() == 5 && line.values[4] < '8' ? 255 / (std::exp2(line.values[4] - '0') - 1) : 1;
+                const double stretch =
+                    line.values.size() == 5 && line.values[0] == 'u' && line.values[4] < '8' ? 255 / (std::exp2(line.values[4] - '0') - 1) : 1;
                 const unsigned char* const pixel = image.getPixels()[i];
-                const double read = image.isReal()          ? double(image.realRow(i)[j])
+                const double read = image.isReal()           ? double(image.realRow(i)[j])
                                     : image.getDepth() == 16 ? pixel[2 * j] + 256.0 * pixel[2 * j + 1]
                                                              : pixel[j];
                 ASSERT_NEAR(read, line.channels[k](i, j) * stretch, line.tolerance * 2 + 1e-6) << i << ' ' << j;
@@ -374,7 +448,9 @@ std::string tableOf(const std::vector<FormatLine>& lines) {
     table << "| Format | Kind | Values | Opened | Values compared | Unit of the pixel |\n|---|---|---|---|---|---|\n";
     for (const FormatLine& line : lines)
         table << "| " << line.format << " | " << line.kind << " | " << line.values << " | yes | "
-              << (line.tolerance == 0 ? "equal" : line.tolerance < 1 ? "equal but for rounding" : "near, as it loses some")
+              << (line.tolerance == 0  ? "equal"
+                  : line.tolerance < 1 ? "equal but for rounding"
+                                       : "near, as it loses some")
               << " | " << (line.unit.empty() ? "-" : line.unit) << " |\n";
     return table.str();
 }

@@ -99,7 +99,7 @@ TEST_F(MeasurementTableTest, tellsHowEachNumberWasComeByAndWhatHoldsOfTheSurface
     // Walls of girth 80 + 40 + 80, 40 high without the ends and 50 with them, and twice the 700 of a section.
     EXPECT_EQ(rowText(table, 0, names), "8000 35000 35000 28000 11400 closed 2 2 1");
     EXPECT_EQ(rowText(table, 0, {"CentroidX", "CentroidY", "CentroidZ"}), "39 -10 20"); // (300 * 10 + 400 * 60) / 700
-    EXPECT_EQ(rowText(table, 0, {"VolumeError", "AreaError", "ClosedAreaError"}), "0 2000 2000");
+    EXPECT_EQ(rowText(table, 0, {"VolumeError", "AreaError", "ClosedAreaError"}), "0 2000 0");
     const int sphericity = table.find({"Sphericity"})[0], toVolume = table.find({"SurfaceToVolume"})[0];
     EXPECT_NEAR(table.getValue(0, sphericity), std::cbrt(36 * 3.14159265358979 * 35000.0 * 35000) / 11400, 1e-9);
     EXPECT_NEAR(table.getValue(0, toVolume), 11400.0 / 35000, 1e-12);

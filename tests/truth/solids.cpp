@@ -166,7 +166,8 @@ Solid linkedRings(double ring, double tube) {
             8 * pi * pi * ring * tube,
             {ring / 2, 0, 0},
             at,
-            [=](double z) { return lengthOf(at(z)); }};
+            [=](double z) { return lengthOf(at(z)); },
+            tube / (ring + tube)};
 }
 
 /// A tube of upright circular sections along a helix.
@@ -296,6 +297,10 @@ Solid tree(double r, double slope, double trunk, double limbs, double twigs) {
             }};
 }
 
+int numSections(const Solid& solid, const Drawing& drawing) {
+    return int(std::lround(drawing.sections / solid.thinnest));
+}
+
 } // namespace
 
 std::vector<Solid> knownSolids() {
@@ -318,12 +323,13 @@ std::unique_ptr<Stack> drawn(const Solid& solid, const Drawing& drawing) {
     model->setName("m");
     model->getProperties().setGeometry(PolygonPrimitive);
     stack->addModel(model);
-    const double width = drawing.pixel * solid.diameter, height = width * drawing.aspect;
-    const double spacing = (solid.top - solid.bottom) / drawing.sections;
+    const double width = drawing.pixel * solid.diameter * solid.thinnest, height = width * drawing.aspect;
+    const int sections = numSections(solid, drawing);
+    const double spacing = (solid.top - solid.bottom) / sections;
     PixelCalibration calibration;
     calibration.setPixelWidth(float(width));
     calibration.setPixelHeight(float(height));
-    for (int s = 0; s < drawing.sections; ++s) {
+    for (int s = 0; s < sections; ++s) {
         auto* slice = new StackSlice; // the stack's
         slice->setName("s" + std::to_string(s));
         slice->setPixelCalibration(calibration);
@@ -373,8 +379,9 @@ std::vector<Truth> measuredAndTrue(const Solid& solid, const Drawing& drawing) {
     double measured = 0, truth = 0;
     for (int row = 0; row < items.getNumRows(); ++row)
         measured += items.getValue(row, length);
-    for (int s = 0; s < drawing.sections; ++s)
-        truth += solid.perimeter(solid.bottom + (s + 0.5) * (solid.top - solid.bottom) / drawing.sections);
+    const int sections = numSections(solid, drawing);
+    for (int s = 0; s < sections; ++s)
+        truth += solid.perimeter(solid.bottom + (s + 0.5) * (solid.top - solid.bottom) / sections);
     truths.push_back({"length of the outlines", "vertices as drawn", measured, truth, truth});
     const double c = std::cos(drawing.angle), s = std::sin(drawing.angle);
     const double centroid[3] = {c * solid.centroid[0] - s * solid.centroid[1],

@@ -22,6 +22,7 @@ struct Solid {
     std::array<double, 3> centroid;
     std::function<std::vector<SolidOutline>(double)> outlines; ///< by height
     std::function<double(double)> perimeter;                   ///< of all outlines at a height
+    double thinnest = 1;                                       ///< height of its lowest piece, as a share of its own
 };
 
 /// Balls, ellipsoids, slanted cones, oblique and elliptic tubes, tori cut lengthwise, hollow balls, trees, forks,
@@ -30,8 +31,8 @@ std::vector<Solid> knownSolids();
 
 /// How a body is drawn.
 struct Drawing {
-    int sections = 50;    ///< over its height, each in the middle of its share
-    double pixel = 0.002; ///< width of a pixel, in diameters
+    int sections = 50;    ///< over the height of its lowest piece, each in the middle of its share
+    double pixel = 0.002; ///< width of a pixel, in diameters, or as much less as there are more sections
     double aspect = 1;    ///< height of a pixel to its width
     double angle = 0;     ///< about the axis of the sections
 };

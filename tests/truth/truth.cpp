@@ -40,9 +40,10 @@ int printAll() {
     std::printf("# How accurate the measurements are\n\n"
                 "Bodies whose measures are known are drawn on sections, on whole pixels, and measured as users' models "
                 "are. `make truth`\nmakes this page. Errors of barycentres are in shares of the body's diameter, all "
-                "others in shares of the truth. Each body\nlies between its first and its last section and half a "
-                "section beyond them. Lengths are those of the outlines as\ndrawn: their vertices jump from pixel to "
-                "pixel, which makes them longer.\n\n"
+                "others in shares of the truth. Each body\nreaches half a section beyond its first and its last one. "
+                "Sections are counted through the lowest piece of a body.\n\n"
+                "Vertices jump from pixel to pixel. This makes lines longer, and surfaces larger: the more so, the "
+                "fewer pixels there are\nto a section's spacing. Volumes do not mind.\n\n"
                 "## 50 sections, 500 pixels across the body\n\n");
     printTable({});
     std::printf("## Greatest errors over all bodies\n\n");

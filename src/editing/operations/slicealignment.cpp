@@ -134,6 +134,7 @@ private:
 
     void matchAll();
     void matchSlice(int i);
+    bool isHeld(int target, int source) const;
     void matchFixed();
     void nameMirrored();
     void solve();
@@ -212,19 +213,26 @@ const Alignment::Pair* Alignment::pairOf(int target, int source) const {
     return at == __pairIndex.end() ? nullptr : &__pairs[at->second];
 }
 
+/// Whether a step between the two is to be kept, of a slice that shows anything: what the images say of them has no
+/// say.
+bool Alignment::isHeld(int target, int source) const {
+    for (int k = target + 1; k <= source; ++k)
+        if (!mayMove(k) && __faults[std::size_t(k)].empty())
+            return true;
+    return false;
+}
+
 /// With the nearest first: what follows from it needs no search any more.
 void Alignment::matchSlice(int i) {
     for (int distance = 1; distance <= reach && distance <= i; ++distance) {
         const int target = i - distance;
         if (__progress.isCanceled())
             return;
-        // Where neither moves against the other there is nothing to find.
-        bool moves = false;
-        for (int k = target + 1; k <= i; ++k)
-            moves = moves || mayMove(k);
+        if (isHeld(target, i))
+            continue;
         const Prepared& source = section(i);
         const Prepared& onto = section(target);
-        if (!moves || !source.fault.empty() || !onto.fault.empty())
+        if (!source.fault.empty() || !onto.fault.empty())
             continue;
         RigidMotion start = between(__before, target, i);
         bool known = false;
@@ -248,10 +256,8 @@ void Alignment::matchSlice(int i) {
 void Alignment::matchAll() {
     for (int i = 0; i < __numSlices && !__progress.isCanceled(); ++i) {
         if (i >= __options.first - reach && i <= __last + reach) {
-            if (i > 0)
-                matchSlice(i);
-            else
-                section(0);
+            section(i);
+            matchSlice(i);
         }
         if (!__progress.isCanceled())
             __numMatched = i + 1;
@@ -268,7 +274,10 @@ void Alignment::matchFixed() {
     solve();
     for (int i = 0; i < __numMatched && !__progress.isCanceled(); ++i) {
         const int target = std::min(i, fixed), source = std::max(i, fixed);
-        if (i == fixed || pairOf(target, source) != nullptr || i < __options.first - 1 || i > __last)
+        // A locked slice between them stays on the one before it, whatever the fixed one says.
+        const auto locked = __isLocked.begin();
+        const bool held = std::any_of(locked + target + 1, locked + source + 1, [](bool isLocked) { return isLocked; });
+        if (i == fixed || pairOf(target, source) != nullptr || held || (!mayMove(i) && !mayMove(fixed)))
             continue;
         const Prepared& moving = section(i);
         if (!moving.fault.empty())
@@ -330,27 +339,29 @@ void Alignment::matchTemplates() {
     __places = result;
 }
 
-/// What the slices moved is smoothed over the window and taken back: their jitter goes, and a bend stays.
+/// What the slices moved is smoothed over the window, by lines fitted with weights around each, and taken back: their
+/// jitter goes, and a bend stays.
 void Alignment::keepSlowCourse() {
     const double sigma = std::max(1, __options.window);
-    std::vector<RigidMotion> result = __places;
-    for (int i = 0; i < __numSlices; ++i) {
-        double total = 0, angle = 0, x = 0, y = 0;
-        const int far = int(std::ceil(3 * sigma));
+    const int far = int(std::ceil(3 * sigma));
+    const auto smoothed = [&](int i, double RigidMotion::*part) {
+        double n = 0, u = 0, uu = 0, v = 0, uv = 0;
         for (int k = std::max(0, i - far); k <= std::min(__numSlices - 1, i + far); ++k) {
-            // Seen from its middle, in the frame of the stack.
             const double w = std::exp(-0.5 * (k - i) * (k - i) / (sigma * sigma));
-            const RigidMotion &now = __places[std::size_t(k)], &old = __before[std::size_t(k)];
-            total += w;
-            angle += w * (now.angle - old.angle);
-            x += w * (now.x - old.x);
-            y += w * (now.y - old.y);
+            const double change = __places[std::size_t(k)].*part - __before[std::size_t(k)].*part;
+            n += w;
+            u += w * (k - i);
+            uu += w * (k - i) * (k - i);
+            v += w * change;
+            uv += w * (k - i) * change;
         }
-        RigidMotion& place = result[std::size_t(i)];
-        place.angle -= angle / total;
-        place.x -= x / total;
-        place.y -= y / total;
-    }
+        const double determinant = n * uu - u * u;
+        return determinant > 1e-9 ? (uu * v - u * uv) / determinant : v / n;
+    };
+    std::vector<RigidMotion> result = __places;
+    for (int i = 0; i < __numSlices; ++i)
+        for (double RigidMotion::*part : {&RigidMotion::angle, &RigidMotion::x, &RigidMotion::y})
+            result[std::size_t(i)].*part -= smoothed(i, part);
     // The first slice stays: all go with it.
     const RigidMotion back = __before[0] * result[0].inverse();
     for (int i = 0; i < __numSlices; ++i)

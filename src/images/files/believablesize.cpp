@@ -19,8 +19,8 @@ void requireSize(const ImagePage& page, const std::string& filename) {
 }
 
 [[noreturn]] void failShort(const std::string& filename) {
-    throw FileReadError("ImagePage ImageFile::getPage(int)",
-                        "This file is too short for the image size in its header", filename);
+    throw FileReadError("ImagePage ImageFile::getPage(int)", "This file is too short for the image size in its header",
+                        filename);
 }
 
 } // namespace

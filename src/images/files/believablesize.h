@@ -13,8 +13,8 @@ constexpr std::uint64_t believedLength = std::uint64_t(128) << 20;
 /// Bytes of the file; 0 for one that there is not.
 std::uint64_t lengthOfFile(const std::string& filename);
 
-/// Throws FileFormatError for sizes that no image can have, and FileReadError unless the picture is believed or can come
-/// out of a file of this length, where a byte stands for at most ratio bytes of pixels.
+/// Throws FileFormatError for sizes that no image can have, and FileReadError unless the picture is believed or can
+/// come out of a file of this length, where a byte stands for at most ratio bytes of pixels.
 void requireBelievable(const ImagePage& page, const std::string& filename, std::uint64_t ratio);
 
 /// The same for a number of pages that are one behind the other in the file.

@@ -49,7 +49,9 @@ struct BmpHeader {
             page.colour = ImagePage::Rgb, page.numSamples = 3;
         if (bits == 16 || bits == 32)
             for (std::size_t k = 0; k < 3; ++k)
-                masks[k] = compression == bmpBitFields ? at(54 + 4 * k) : bits == 16 ? 0x7c00u >> (5 * k) : 0xff0000u >> (8 * k);
+                masks[k] = compression == bmpBitFields ? at(54 + 4 * k)
+                           : bits == 16                ? 0x7c00u >> (5 * k)
+                                                       : 0xff0000u >> (8 * k);
         if (at(38) > 0 && at(42) > 0 && at(38) < 0x80000000u && at(42) < 0x80000000u) {
             page.hasPixelSize = true;
             page.calibration.setLengthUnit(LengthUnit(-6));

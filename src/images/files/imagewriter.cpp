@@ -2,8 +2,8 @@
 
 #include "files/fileinfo.h"
 #include "files/safefile.h"
-#include "images/files/pixelstatistics.h"
 #include "images/files/imagereader.h"
+#include "images/files/pixelstatistics.h"
 #include "images/files/tifffile.h"
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vorlen {
 
@@ -81,7 +82,9 @@ void ImageWriter::writeTIFFHeader(const ImageHeader& header, TIFF* tiff) const {
         TIFFSetField(tiff, TIFFTAG_COMPRESSION,
                      __compression == Compression::Zstd ? COMPRESSION_ZSTD : COMPRESSION_ADOBE_DEFLATE);
         TIFFSetField(tiff, TIFFTAG_PREDICTOR,
-                     header.isReal() ? PREDICTOR_FLOATINGPOINT : indexed ? PREDICTOR_NONE : PREDICTOR_HORIZONTAL);
+                     header.isReal() ? PREDICTOR_FLOATINGPOINT
+                     : indexed       ? PREDICTOR_NONE
+                                     : PREDICTOR_HORIZONTAL);
     }
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rowsOfStrip(header));
     if (samples == 4) {
@@ -114,10 +117,12 @@ void ImageWriter::writeTIFFRange(const Image& image, TIFF* tiff) const {
 }
 
 void ImageWriter::writeTIFFPixels(const Image& image, TIFF* tiff) const {
-    const unsigned char* const* rows = image.getPixels();
+    // libtiff takes differences of neighbours within the row that it is given.
+    const auto length = static_cast<std::size_t>(image.bytesPerLine());
+    std::vector<unsigned char> row(length);
     for (int i = 0; i < image.getHeight(); ++i) {
-        // libtiff only reads from the row, although it takes a pointer to changeable bytes.
-        if (TIFFWriteScanline(tiff, const_cast<unsigned char*>(rows[i]), static_cast<std::uint32_t>(i), 0) != 1)
+        std::copy_n(image.getPixels()[i], length, row.begin());
+        if (TIFFWriteScanline(tiff, row.data(), static_cast<std::uint32_t>(i), 0) != 1)
             throw FileWriteError(WRITE, "Cannot write image data" + TiffFile::reason(tiff), TIFFFileName(tiff));
     }
 }

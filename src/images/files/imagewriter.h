@@ -12,9 +12,9 @@ class ImageHeader;
 /// Writes images as TIFF files, whatever the suffix of the file's name; as BigTIFF where the pixels fill 3.5 GB.
 ///
 /// A 16-bit image is written as one sample of 16 bits, and a real one of 32, so that they read back, with their range;
-/// 32 bits of colours are written with the fourth sample declared as one without meaning. A pixel size that has been set
-/// is written as a resolution by the centimeter. The file appears under its name only when it is complete and on the
-/// disk: a failed write leaves an older file of that name as it was.
+/// 32 bits of colours are written with the fourth sample declared as one without meaning. A pixel size that has been
+/// set is written as a resolution by the centimeter. The file appears under its name only when it is complete and on
+/// the disk: a failed write leaves an older file of that name as it was.
 class ImageWriter {
 public:
     enum class Compression { None, Deflate, Zstd };

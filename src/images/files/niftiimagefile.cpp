@@ -58,10 +58,10 @@ struct NiftiType {
 };
 
 constexpr NiftiType niftiTypes[] = {
-    {2, 1, {ValueType::Unsigned, 8}},    {4, 1, {ValueType::Signed, 16}},    {8, 1, {ValueType::Signed, 32}},
-    {16, 1, {ValueType::Real, 32}},      {64, 1, {ValueType::Real, 64}},     {128, 3, {ValueType::Unsigned, 8}},
-    {256, 1, {ValueType::Signed, 8}},    {512, 1, {ValueType::Unsigned, 16}}, {768, 1, {ValueType::Unsigned, 32}},
-    {1024, 1, {ValueType::Signed, 64}},  {1280, 1, {ValueType::Unsigned, 64}}, {2304, 4, {ValueType::Unsigned, 8}},
+    {2, 1, {ValueType::Unsigned, 8}},   {4, 1, {ValueType::Signed, 16}},      {8, 1, {ValueType::Signed, 32}},
+    {16, 1, {ValueType::Real, 32}},     {64, 1, {ValueType::Real, 64}},       {128, 3, {ValueType::Unsigned, 8}},
+    {256, 1, {ValueType::Signed, 8}},   {512, 1, {ValueType::Unsigned, 16}},  {768, 1, {ValueType::Unsigned, 32}},
+    {1024, 1, {ValueType::Signed, 64}}, {1280, 1, {ValueType::Unsigned, 64}}, {2304, 4, {ValueType::Unsigned, 8}},
 };
 
 } // namespace

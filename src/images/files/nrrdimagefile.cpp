@@ -92,9 +92,10 @@ ValueType nrrdType(const std::string& name) {
         add({ValueType::Unsigned, 16}, {"ushort", "unsigned short", "unsigned short int", "uint16", "uint16_t"});
         add({ValueType::Signed, 32}, {"int", "signed int", "int32", "int32_t"});
         add({ValueType::Unsigned, 32}, {"uint", "unsigned int", "uint32", "uint32_t"});
-        add({ValueType::Signed, 64}, {"longlong", "long long", "long long int", "signed long long", "int64", "int64_t"});
-        add({ValueType::Unsigned, 64}, {"ulonglong", "unsigned long long", "unsigned long long int", "uint64",
-                                        "uint64_t"});
+        add({ValueType::Signed, 64},
+            {"longlong", "long long", "long long int", "signed long long", "int64", "int64_t"});
+        add({ValueType::Unsigned, 64},
+            {"ulonglong", "unsigned long long", "unsigned long long int", "uint64", "uint64_t"});
         add({ValueType::Real, 32}, {"float"});
         add({ValueType::Real, 64}, {"double"});
         return made;
@@ -106,9 +107,9 @@ ValueType nrrdType(const std::string& name) {
 /// Power of ten of a meter; nothing for a unit that is no length.
 std::optional<int> scaleOfUnit(const std::string& unit) {
     static const std::map<std::string, int> scales = {
-        {"m", 0},   {"meter", 0}, {"cm", -2},          {"mm", -3},          {"millimeter", -3}, {"um", -6},
-        {"micron", -6}, {"microns", -6}, {"micrometer", -6}, {"\xc2\xb5m", -6}, {"\xce\xbcm", -6}, {"nm", -9},
-        {"nanometer", -9}};
+        {"m", 0},          {"meter", 0},   {"cm", -2},       {"mm", -3},         {"millimeter", -3},
+        {"um", -6},        {"micron", -6}, {"microns", -6},  {"micrometer", -6}, {"\xc2\xb5m", -6},
+        {"\xce\xbcm", -6}, {"nm", -9},     {"nanometer", -9}};
     const auto found = scales.find(unit);
     return found == scales.end() ? std::nullopt : std::optional(found->second);
 }
@@ -153,8 +154,8 @@ NrrdImageFile::NrrdImageFile(const std::string& filename) : RawVolume(filename) 
     __compressed = encoding == "gzip" || encoding == "gz";
     if (!__compressed && encoding != "raw")
         refuse("the encoding \"" + encoding.substr(0, 40) + "\": write it raw or by gzip");
-    __swapped = __rawType.bits > 8 &&
-                (lowered(field("endian")) == "big") == (std::endian::native == std::endian::little);
+    __swapped =
+        __rawType.bits > 8 && (lowered(field("endian")) == "big") == (std::endian::native == std::endian::little);
 
     std::vector<long long> sizes;
     for (const std::string& word : nrrdWords(field("sizes")))
@@ -165,7 +166,8 @@ NrrdImageFile::NrrdImageFile(const std::string& filename) : RawVolume(filename) 
         refuse("sizes that make no volume");
     const std::string first = kinds.empty() ? "" : kinds.front();
     static const char* const domains[] = {"", "domain", "space", "time", "???", "none"};
-    const bool hasSamples = sizes.size() > 2 && std::find(std::begin(domains), std::end(domains), first) == std::end(domains);
+    const bool hasSamples =
+        sizes.size() > 2 && std::find(std::begin(domains), std::end(domains), first) == std::end(domains);
     const std::size_t x = hasSamples ? 1 : 0;
     const auto size = [&sizes](std::size_t axis) { return axis < sizes.size() ? sizes[axis] : 1; };
     const long double pages = static_cast<long double>(size(x + 2)) * size(x + 3) * size(x + 4);

@@ -22,7 +22,8 @@ namespace {
 /// that jump hold none.
 class PngDecoder {
 public:
-    explicit PngDecoder(const std::string& filename) : __filename(filename), __file(std::fopen(filename.c_str(), "rb")) {
+    explicit PngDecoder(const std::string& filename)
+        : __filename(filename), __file(std::fopen(filename.c_str(), "rb")) {
         if (__file != nullptr)
             __png = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, keepPngError, dropPngWarning);
         if (__png != nullptr)

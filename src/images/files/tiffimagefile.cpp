@@ -32,8 +32,9 @@ std::uint64_t lengthOf(TIFF* tiff) {
     return ::fstat(TIFFFileno(tiff), &status) == 0 ? std::uint64_t(status.st_size) : 0;
 }
 
-/// Where the pages of the files that were opened last are, so that a stack of a thousand pages, which opens its file for
-/// each of them, does not walk along the chain of directories as often. A file is known by what the system says of it.
+/// Where the pages of the files that were opened last are, so that a stack of a thousand pages, which opens its file
+/// for each of them, does not walk along the chain of directories as often. A file is known by what the system says of
+/// it.
 class PageLists {
 public:
     struct List {

@@ -94,10 +94,12 @@ VRLStack* VRLStackIO::newStack() {
     if (dialog.exec() != QDialog::Accepted)
         return nullptr;
     std::vector<UnreadableImage> unreadable;
-    auto stack = makeStack(
-        {dialog.getName(), dialog.getSliceSpacing(), dialog.getPixelCalibration(), encoded(dialog.getImageList()),
-         {dialog.getChannel()}},
-        unreadable);
+    auto stack = makeStack({dialog.getName(),
+                            dialog.getSliceSpacing(),
+                            dialog.getPixelCalibration(),
+                            encoded(dialog.getImageList()),
+                            {dialog.getChannel()}},
+                           unreadable);
     tellUnreadable(unreadable);
     if (stack == nullptr)
         return nullptr;

@@ -37,7 +37,7 @@ void VRLModelPainterGL::setModel(const Model& model) {
     ShapePainterAttributesGL attributes =
         convertProperties(properties, model.getItemProperties(), model.getItemProperties());
     const ModelSurface<float>::MeshSize size = surface.getMeshSize(properties);
-    if (surface.exists() && !size.isEmpty() && !size.exceeds(maxNumVertices)) {
+    if (surface.exists() && surface.isGrid() && !size.isEmpty() && !size.exceeds(maxNumVertices)) {
         auto mesh = surface.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));
         mesh->buildCaps();
         attributes.setDisplayMode(properties.getRenderingMode() == WireframeRendering ? MeshDisplayGL

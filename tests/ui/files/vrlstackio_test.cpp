@@ -260,7 +260,8 @@ TEST_F(VRLStackIOTest, aVolumeBecomesAStackOfItsPlanes) {
     EXPECT_EQ(stack->getLengthUnit().getScale(), -6);
     EXPECT_TRUE(stack->isModified());
 
-    EXPECT_THROW(io.newStackFromFile(path("a.tif")), FileFormatError);
+    write("text.vm", "no volume");
+    EXPECT_THROW(io.newStackFromFile(path("text.vm")), FileError);
     QFile::resize(folder.filePath("v.vm"), QFile(folder.filePath("v.vm")).size() - 4);
     EXPECT_THROW(io.newStackFromFile(path("v.vm")), FileFormatError);
     user.thenChoose({folder.filePath("v.vm")});
