@@ -48,6 +48,13 @@ QLabel* newBoldLabel(const char* text, QWidget* parent) {
     return label;
 }
 
+/// A long name is read from its beginning, and whole in the tool tip.
+void showName(QLineEdit& field, const std::string& name) {
+    field.setText(shownName(name));
+    field.setCursorPosition(0);
+    field.setToolTip(field.text());
+}
+
 QPushButton* newButton(QWidget* parent, const QString& text, const QString& tip) {
     auto* const button = new QPushButton(text, parent);
     button->setToolTip(tip);
@@ -220,8 +227,7 @@ void VRLRegistrationPanel::setStack(VRLStack& stack) {
     auto* const list = __slices->findChild<QListWidget*>();
     static_cast<ScoreBarDelegate*>(list->itemDelegate())->setMarks(&marks);
     connect(&marks, &SectionMarks::changed, list->viewport(), qOverload<>(&QWidget::update), Qt::UniqueConnection);
-    __stackName->setText(shownName(stack.getName()));
-    __stackName->setToolTip(__stackName->text());
+    showName(*__stackName, stack.getName());
     for (QLineEdit* field : {__backgroundName, __foregroundName, __horShift, __verShift})
         field->clear();
     orderSlices();
@@ -231,10 +237,8 @@ void VRLRegistrationPanel::setStack(VRLStack& stack) {
 void VRLRegistrationPanel::setSlice(StackSlice& slice) {
     __slice = &slice;
     __slices->setSelectedSlice(slice);
-    __backgroundName->setText(shownName(slice.prevSlice().getName()));
-    __backgroundName->setToolTip(__backgroundName->text());
-    __foregroundName->setText(shownName(slice.getName()));
-    __foregroundName->setToolTip(__foregroundName->text());
+    showName(*__backgroundName, slice.prevSlice().getName());
+    showName(*__foregroundName, slice.getName());
     fillFollowers();
     updateEnabled();
 }
