@@ -86,8 +86,8 @@ int forEachSurface(const StackFile& file, const std::function<void(const Model&,
 /// All models in one file, which is named after the stack, or after its file.
 int exportScene(const StackFile& file, ExportJob& job) {
     const Stack& stack = file.getStack();
-    const std::string name = job.directory + "/" +
-                             (stack.getName().empty() ? FileInfo::baseName(file.getName()) : stack.getName()) + ".glb";
+    const std::string name =
+        job.directory + "/" + (stack.getName().empty() ? FileInfo::baseName(file.getName()) : stack.getName()) + ".glb";
     if (!mayWrite(name, job.overwrite))
         return ExitFileError;
     int status = ExitGood;
@@ -95,8 +95,7 @@ int exportScene(const StackFile& file, ExportJob& job) {
         GltfWriter writer(stream, std::size_t(stack.getNumModels()));
         std::cout << name << '\n';
         status = forEachSurface(file, [&](const Model& model, StackReconstruction<float>& reconstruction) {
-            const auto certificate =
-                job.exporter.addTo(writer, model, reconstruction, stack.getLengthUnit().symbol());
+            const auto certificate = job.exporter.addTo(writer, model, reconstruction, stack.getLengthUnit().symbol());
             std::cout << "  " << model.getName() << '\n';
             tellCertificate(certificate, stack);
         });
@@ -124,8 +123,8 @@ int exportStack(const StackFile& file, ExportJob& job) {
                                                    stack.getLengthUnit().symbol(), job.overwrite);
             std::cout << base << '.' << infoOf(*job.format).suffix << '\n';
         } else {
-            certificate = job.exporter.export2AsciiSTL(model, reconstruction, job.directory, stack.getName(),
-                                                       job.overwrite);
+            certificate =
+                job.exporter.export2AsciiSTL(model, reconstruction, job.directory, stack.getName(), job.overwrite);
             std::cout << base << ".stl\n";
             if (ModelSurface<float>(model, reconstruction).isGrid())
                 std::cout << base << ".qm\n";
@@ -160,10 +159,11 @@ int exportCommand(const QStringList& arguments) {
         "in tips where the contours shrink; next, in tips on the next section. By default flat where the model has a "
         "cap, else half.",
         "ends");
-    line.addOption({"f", "format"},
-                   "stl and stl-ascii, obj, ply and ply-ascii, vtk: a file for each model; glb: glTF 2.0, all models of "
-                   "a stack in one file. By default stl-ascii, with the mesh (.qm) that it was made of.",
-                   "format");
+    line.addOption(
+        {"f", "format"},
+        "stl and stl-ascii, obj, ply and ply-ascii, vtk: a file for each model; glb: glTF 2.0, all models of "
+        "a stack in one file. By default stl-ascii, with the mesh (.qm) that it was made of.",
+        "format");
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
 
@@ -181,9 +181,9 @@ int exportCommand(const QStringList& arguments) {
         status = std::max(status, file.report());
         if (!file.isOpened())
             continue;
-        status = std::max(status, !file.isMeasurable() ? int(ExitProblems) : guarded("export " + name, [&] {
-            return exportStack(file, job);
-        }));
+        status =
+            std::max(status, !file.isMeasurable() ? int(ExitProblems)
+                                                  : guarded("export " + name, [&] { return exportStack(file, job); }));
     }
     return status;
 }

@@ -42,7 +42,11 @@ std::string quoted(const std::string& text) {
     std::string result = "\"";
     for (std::size_t i = 0; i < text.size();) {
         const auto c = static_cast<unsigned char>(text[i]);
-        const std::size_t length = c < 0x80 ? 1 : c >= 0xC2 && c < 0xE0 ? 2 : c >= 0xE0 && c < 0xF0 ? 3 : c >= 0xF0 && c < 0xF5 ? 4 : 0;
+        const std::size_t length = c < 0x80                ? 1
+                                   : c >= 0xC2 && c < 0xE0 ? 2
+                                   : c >= 0xE0 && c < 0xF0 ? 3
+                                   : c >= 0xF0 && c < 0xF5 ? 4
+                                                           : 0;
         bool whole = length > 0 && i + length <= text.size();
         for (std::size_t k = 1; whole && k < length; ++k)
             whole = (static_cast<unsigned char>(text[i + k]) & 0xC0) == 0x80;
@@ -103,7 +107,8 @@ void GltfWriter::add(const TriMesh<float>& mesh, const SurfaceDescription& descr
     part.numTriangles = mesh.getNumTriangles();
     part.hasNormals = hasUnitNormals(mesh);
     part.begin = __binaryLength;
-    const std::size_t length = std::size_t(part.numVertices) * (part.hasNormals ? 24 : 12) + 12 * std::size_t(part.numTriangles);
+    const std::size_t length =
+        std::size_t(part.numVertices) * (part.hasNormals ? 24 : 12) + 12 * std::size_t(part.numTriangles);
     if (headerLength + __jsonLength + 8 + __binaryLength + length > std::numeric_limits<std::uint32_t>::max())
         throw FileWriteError(addingSurface, "A glTF file holds no more than 4 GiB");
     std::string bytes;
@@ -153,7 +158,8 @@ std::string GltfWriter::json() const {
                  ",\"target\":" + (isIndex ? "34963" : "34962") + "}";
         separate(accessors);
         accessors += "{\"bufferView\":" + decimal(accessor) + ",\"componentType\":" + (isIndex ? "5125" : "5126") +
-                     ",\"count\":" + decimal(count) + ",\"type\":" + (isIndex ? "\"SCALAR\"" : "\"VEC3\"") + range + "}";
+                     ",\"count\":" + decimal(count) + ",\"type\":" + (isIndex ? "\"SCALAR\"" : "\"VEC3\"") + range +
+                     "}";
         return decimal(accessor++);
     };
     int mesh = 0;
@@ -163,9 +169,9 @@ std::string GltfWriter::json() const {
         const std::string name = quoted(part.description.name), number = decimal(mesh++);
         const std::size_t plane = 12 * std::size_t(part.numVertices);
         std::size_t begin = part.begin;
-        std::string attributes = "\"POSITION\":" + addAccessor(begin, plane, false, part.numVertices,
-                                                               ",\"min\":" + triple(part.low) + ",\"max\":" +
-                                                                   triple(part.high));
+        std::string attributes =
+            "\"POSITION\":" + addAccessor(begin, plane, false, part.numVertices,
+                                          ",\"min\":" + triple(part.low) + ",\"max\":" + triple(part.high));
         begin += plane;
         if (part.hasNormals) {
             attributes += ",\"NORMAL\":" + addAccessor(begin, plane, false, part.numVertices, "");
@@ -175,7 +181,8 @@ std::string GltfWriter::json() const {
         const std::string indices = addAccessor(begin, triangles, true, 3LL * part.numTriangles, "");
         separate(nodes);
         const SurfaceCertificate& certificate = part.description.certificate;
-        nodes += "{\"name\":" + name + ",\"mesh\":" + number + ",\"extras\":{\"unit\":" + quoted(part.description.unit) +
+        nodes += "{\"name\":" + name + ",\"mesh\":" + number +
+                 ",\"extras\":{\"unit\":" + quoted(part.description.unit) +
                  ",\"surface\":" + quoted(part.description.toText()) +
                  ",\"closed\":" + (certificate.closed ? "true" : "false") +
                  (std::isfinite(certificate.volume) ? ",\"volume\":" + decimal(certificate.volume) : "") + "}}";
@@ -187,15 +194,15 @@ std::string GltfWriter::json() const {
         separate(materials);
         const auto& color = part.description.color;
         materials += "{\"name\":" + name + ",\"doubleSided\":true,\"pbrMetallicRoughness\":{\"baseColorFactor\":[" +
-                     decimal(linear(color[0])) + "," + decimal(linear(color[1])) + "," + decimal(linear(color[2])) + "," +
-                     decimal(part.description.opacity) + "],\"metallicFactor\":0,\"roughnessFactor\":0.6}" +
+                     decimal(linear(color[0])) + "," + decimal(linear(color[1])) + "," + decimal(linear(color[2])) +
+                     "," + decimal(part.description.opacity) + "],\"metallicFactor\":0,\"roughnessFactor\":0.6}" +
                      (part.description.opacity < 1 ? ",\"alphaMode\":\"BLEND\"" : "") + "}";
     }
     std::string text = "{\"asset\":{\"version\":\"2.0\",\"generator\":\"Vorlen\"},\"scene\":0,\"scenes\":[{";
     if (nodes.empty())
         return text + "}]}";
-    return text + "\"nodes\":[" + numbers + "]}],\"nodes\":[" + nodes + "],\"meshes\":[" + meshes + "],\"materials\":[" +
-           materials + "],\"accessors\":[" + accessors + "],\"bufferViews\":[" + views +
+    return text + "\"nodes\":[" + numbers + "]}],\"nodes\":[" + nodes + "],\"meshes\":[" + meshes +
+           "],\"materials\":[" + materials + "],\"accessors\":[" + accessors + "],\"bufferViews\":[" + views +
            "],\"buffers\":[{\"byteLength\":" + decimal(__binaryLength) + "}]}";
 }
 

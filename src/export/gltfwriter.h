@@ -8,13 +8,13 @@
 
 namespace vorlen {
 
-/// Writes surfaces into one binary glTF 2.0 file (.glb): a node, a mesh and a material for each, with names, colours and
-/// opacity, in a scene.
+/// Writes surfaces into one binary glTF 2.0 file (.glb): a node, a mesh and a material for each, with names, colours
+/// and opacity, in a scene.
 ///
-/// Takes one surface after the other, and keeps none of them: the JSON chunk, which stands in front and tells all sizes,
-/// is written over room that was left for it, so that the stream must be able to go back. Vertices have normals where
-/// the mesh has. Coordinates are in the stack's unit, unscaled, Y up; each node tells it among its "extras", with the
-/// certificate.
+/// Takes one surface after the other, and keeps none of them: the JSON chunk, which stands in front and tells all
+/// sizes, is written over room that was left for it, so that the stream must be able to go back. Vertices have normals
+/// where the mesh has. Coordinates are in the stack's unit, unscaled, Y up; each node tells it among its "extras", with
+/// the certificate.
 ///
 /// Throws FileWriteError when the stream takes no more and when the file would be larger than the format's 4 GiB.
 class GltfWriter {

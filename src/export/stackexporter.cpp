@@ -112,17 +112,14 @@ std::optional<SurfaceCertificate> StackExporter::export2AsciiSTL(const Model& mo
         made->mesh.reset();
     }
     const SurfaceDescription description = describe(model, made->surface, "");
-    save(stlName, [&](std::ostream& stream) {
-        writeSurface(stream, made->surface, description, SurfaceFormat::StlAscii);
-    });
+    save(stlName,
+         [&](std::ostream& stream) { writeSurface(stream, made->surface, description, SurfaceFormat::StlAscii); });
     return description.certificate;
 }
 
-std::optional<SurfaceCertificate> StackExporter::exportModel(const Model& model,
-                                                             StackReconstruction<float>& reconstruction,
-                                                             const std::string& directory, const std::string& prefix,
-                                                             SurfaceFormat format, const std::string& unit,
-                                                             bool overwrite) {
+std::optional<SurfaceCertificate>
+StackExporter::exportModel(const Model& model, StackReconstruction<float>& reconstruction, const std::string& directory,
+                           const std::string& prefix, SurfaceFormat format, const std::string& unit, bool overwrite) {
     if (model.getProperties().getGeometry() == PolypointPrimitive)
         return std::nullopt;
     const std::string base = baseOf(directory, prefix, model.getName());

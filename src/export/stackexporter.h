@@ -54,8 +54,8 @@ public:
                                                   const std::string& directory, const std::string& prefix,
                                                   SurfaceFormat format, const std::string& unit, bool overwrite);
 
-    /// The models of a stack in one format, as the operations above do for each; all in one file for glTF, which has the
-    /// stack's name, or "stack" without one.
+    /// The models of a stack in one format, as the operations above do for each; all in one file for glTF, which has
+    /// the stack's name, or "stack" without one.
     void exportStack(const Stack& stack, const std::string& directory, SurfaceFormat format, bool overwrite);
 
     /// Hands a model's surface to the writer of a glTF file, if it has one.

@@ -103,8 +103,8 @@ std::array<float, 3> normalOf(const TriMesh<float>& mesh, unsigned int triangle)
 /// 80 bytes of anything but "solid" at the beginning, the number of triangles, and 50 bytes for each.
 void writeBinaryStl(PieceWriter& writer, const TriMesh<float>& mesh, const SurfaceDescription& description) {
     constexpr std::size_t headerLength = 80;
-    std::string header = "Binary STL, " + inOneLine(description.name) + " [" + description.unit + "], " +
-                         description.toText();
+    std::string header =
+        "Binary STL, " + inOneLine(description.name) + " [" + description.unit + "], " + description.toText();
     header.resize(headerLength, ' ');
     writer.text(header).bytes(std::uint32_t(mesh.getNumTriangles()));
     for (unsigned int i = 0; i < mesh.getNumTriangles(); ++i) {
@@ -177,8 +177,8 @@ void writePly(PieceWriter& writer, const TriMesh<float>& mesh, const SurfaceDesc
     writer.decimal(mesh.getNumTriangles()).text("\nproperty list uchar int vertex_indices\nend_header\n");
     const auto& color = description.color;
     if (!binary) {
-        const std::string colored = " " + std::to_string(color[0]) + " " + std::to_string(color[1]) + " " +
-                                    std::to_string(color[2]) + "\n";
+        const std::string colored =
+            " " + std::to_string(color[0]) + " " + std::to_string(color[1]) + " " + std::to_string(color[2]) + "\n";
         writeVertices(writer, mesh, "", colored);
         writeTriangles(writer, mesh, "3", 0);
         return;
@@ -203,7 +203,11 @@ void writeVtk(PieceWriter& writer, const TriMesh<float>& mesh, const SurfaceDesc
     writer.text("# vtk DataFile Version 3.0\n").text(title).text("\nASCII\nDATASET POLYDATA\nPOINTS ");
     writer.decimal(mesh.getNumVertices()).text(" float\n");
     writeVertices(writer, mesh, "", "\n");
-    writer.text("POLYGONS ").decimal(mesh.getNumTriangles()).text(" ").decimal(4ULL * mesh.getNumTriangles()).text("\n");
+    writer.text("POLYGONS ")
+        .decimal(mesh.getNumTriangles())
+        .text(" ")
+        .decimal(4ULL * mesh.getNumTriangles())
+        .text("\n");
     writeTriangles(writer, mesh, "3", 0);
 }
 
@@ -214,7 +218,8 @@ std::string SurfaceDescription::toText() const {
     if (!certificate.closed || !certificate.oriented)
         return text;
     char digits[40];
-    const auto end = std::to_chars(digits, digits + sizeof digits, certificate.volume, std::chars_format::general, 9).ptr;
+    const auto end =
+        std::to_chars(digits, digits + sizeof digits, certificate.volume, std::chars_format::general, 9).ptr;
     return text + ", volume " + std::string(digits, end) + " " + unit + "^3";
 }
 

@@ -15,9 +15,9 @@ class TriMesh;
 /// What a file may tell of a surface besides its triangles.
 struct SurfaceDescription {
     std::string name;
-    std::string unit;                                ///< of the coordinates: "µm"
+    std::string unit;                                  ///< of the coordinates: "µm"
     std::array<unsigned char, 3> color{192, 192, 192}; ///< red, green, blue
-    double opacity = 1;                              ///< from 0 to 1
+    double opacity = 1;                                ///< from 0 to 1
     SurfaceCertificate certificate;
 
     /// In one line: the certificate, and the volume of a closed surface.

@@ -103,7 +103,8 @@ SectionInterpolation::SectionInterpolation(const SectionParts& lower, const Sect
         upperLattice.y += mixture.way.y;
         mixture.lower.reserve(group.lower.size());
         for (const int i : group.lower)
-            mixture.lower.emplace_back(lower.getParts()[std::size_t(i)], mixture.lattice, mixture.lowerBlock, transform);
+            mixture.lower.emplace_back(lower.getParts()[std::size_t(i)], mixture.lattice, mixture.lowerBlock,
+                                       transform);
         mixture.upper.reserve(group.upper.size());
         for (const int i : group.upper)
             mixture.upper.emplace_back(upper.getParts()[std::size_t(i)], upperLattice, mixture.lowerBlock, transform);

@@ -13,8 +13,8 @@ namespace vorlen {
 ///
 /// Parts of the two sections that go on in each other (PartMatching) are brought together by their centroids, and their
 /// signed distances are mixed, as much of each as the section lies near to it (after S. Raya and J. Udupa, Shape-based
-/// interpolation of multidimensional objects, IEEE Transactions on Medical Imaging 9(1), 1990). So parts may move, split
-/// and merge, and have holes. What is there on one section alone has no outline in between.
+/// interpolation of multidimensional objects, IEEE Transactions on Medical Imaging 9(1), 1990). So parts may move,
+/// split and merge, and have holes. What is there on one section alone has no outline in between.
 ///
 /// Where a lattice of this step would have more nodes than four million it is made coarser.
 class SectionInterpolation {

@@ -114,12 +114,11 @@ void MotionChain::keepUnconnected() {
 
 std::vector<MotionChain::Anchor> MotionChain::anchors() const {
     std::vector<Anchor> result(__places.size());
-    for (std::size_t i = 1; i < __places.size(); ++i) {
+    for (std::size_t i = 1; i < __places.size(); ++i)
         if (__keeps[i])
             result[i] = {result[i - 1].leader, result[i - 1].offset * (__places[i - 1].inverse() * __places[i])};
         else
             result[i].leader = int(i);
-    }
     return result;
 }
 

@@ -27,8 +27,8 @@ public:
             handOn();
     }
 
-    /// Writes what is left in the buffer. A failing stream raises FileWriteError with the given place; the file's name is added by
-    /// Shape::save. The stream's exception mask is as before in all cases.
+    /// Writes what is left in the buffer. A failing stream raises FileWriteError with the given place; the file's name
+    /// is added by Shape::save. The stream's exception mask is as before in all cases.
     void finish(const std::string& where);
 
 private:

@@ -108,15 +108,16 @@ TEST_F(StackCheckTest, tellsOfModelsAndOutlines) {
     const auto item = [](const std::string& slice, const std::string& vertices) {
         return "MODELITEM \"m\" \"" + slice + "\";\nMODELITEMDATA" + vertices + ";\n";
     };
-    EXPECT_EQ(check(head + slices + model + item("a", " 1,1 9,9 9,1 1,9") + item("a", " 1,1 9,1 9,1 1,9") +
-                    item("a", " 1,1 9,1") + item("a", " 50,1 59,1 55,9") + item("a", " 1,1 3,3 9,9") +
-                    item("b", " 1,1 9,1 5,9") + item("b", " 5,9 1,1 9,1") + item("b", "") +
-                    item("b", " 0,0 20,0 20,20 10,0 0,20")),
-              (Found{"outline-crossing 7 m a", "vertices-doubled 9 m a", "outline-short 11 m a",
-                     "outline-outside 13 m a", "outline-flat 15 m a", "outline-duplicate 19 m b",
-                     "outline-empty 21 m b", "outline-touching 23 m b"}));
-    EXPECT_EQ(check(head + slices + "MODEL \"m\";\nPRIMITIVE Polypoint;\nRESAMPLING 0 0;\n" + item("a", " 1,1 5,5 1,1")),
-              (Found{"point-doubled 9 m a"}));
+    EXPECT_EQ(
+        check(head + slices + model + item("a", " 1,1 9,9 9,1 1,9") + item("a", " 1,1 9,1 9,1 1,9") +
+              item("a", " 1,1 9,1") + item("a", " 50,1 59,1 55,9") + item("a", " 1,1 3,3 9,9") +
+              item("b", " 1,1 9,1 5,9") + item("b", " 5,9 1,1 9,1") + item("b", "") +
+              item("b", " 0,0 20,0 20,20 10,0 0,20")),
+        (Found{"outline-crossing 7 m a", "vertices-doubled 9 m a", "outline-short 11 m a", "outline-outside 13 m a",
+               "outline-flat 15 m a", "outline-duplicate 19 m b", "outline-empty 21 m b", "outline-touching 23 m b"}));
+    EXPECT_EQ(
+        check(head + slices + "MODEL \"m\";\nPRIMITIVE Polypoint;\nRESAMPLING 0 0;\n" + item("a", " 1,1 5,5 1,1")),
+        (Found{"point-doubled 9 m a"}));
     EXPECT_EQ(check(head + slices + "MODEL \"a/b\";\nRESAMPLING 0 20;\n"),
               (Found{"model-name-slash 6 a/b", "model-mesh 6 a/b", "model-empty 6 a/b"}));
 }
@@ -138,7 +139,8 @@ TEST_F(StackCheckTest, listsNoMoreThanAThousandOfACode) {
 TEST_F(StackCheckTest, mendsWhatNeedsNoGuess) {
     check(head + "SLICE \"a\" \"a.tif\";\nSLICE \"b\" \"moved.tif\";\nSliceSize1 30;\nSliceSize2 40;\n" +
           "SLICE \"c\" \"scaled.tif\";\nSliceSize1 30;\nSliceSize2 40;\n" + model +
-          "MODELITEM \"m\" \"a\";\nMODELITEMDATA 1,1 1,1 9,1 5,9 1,1;\nMODELITEM \"m\" \"a\";\nMODELITEMDATA 9,1 5,9 1,1;\n"
+          "MODELITEM \"m\" \"a\";\nMODELITEMDATA 1,1 1,1 9,1 5,9 1,1;\nMODELITEM \"m\" \"a\";\nMODELITEMDATA 9,1 5,9 "
+          "1,1;\n"
           "MODELITEM \"m\" \"a\";\nMODELITEMDATA;\nMODELITEM \"m\" \"a\";\nMODELITEMDATA 1,1 9,9 9,1 1,9;\n");
     folder.writeImage("new/moved.tif", 40, 30);
     folder.writeImage("new/scaled.tif", 80, 60);

@@ -513,10 +513,11 @@ TEST(StackWriter, aStackThatHasLostItsImagesIsWrittenAsItWas) {
     VoxelMatrix<float> volume(3, 4, 2);
     volume.setZeros();
     volume.save(folder.file("v.vm"), true);
-    folder.write("first.sdf", "FileFormatVersion 1.03;\nRELPOSITION 10;\nImagesPath \"images/\";\nSLICE \"a\" \"a.tif\";\n"
-                              "ImagesPath \"tiles/\";\nSLICE \"m\" 1 2;\nIMAGE 1 1 b.tif;\nImagesPath \"images/\";\n"
-                              "IMAGE 1 2 a2.tif;\nImagesPath \"./\";\nStackSlice \"p\" \"v.vm\" 1;\nSHIFT 3 4;\n"
-                              "MODEL \"x\";\nMODELITEM \"x\" \"a\";\nMODELITEMDATA 1,1 2,2 3,1;\n");
+    folder.write("first.sdf",
+                 "FileFormatVersion 1.03;\nRELPOSITION 10;\nImagesPath \"images/\";\nSLICE \"a\" \"a.tif\";\n"
+                 "ImagesPath \"tiles/\";\nSLICE \"m\" 1 2;\nIMAGE 1 1 b.tif;\nImagesPath \"images/\";\n"
+                 "IMAGE 1 2 a2.tif;\nImagesPath \"./\";\nStackSlice \"p\" \"v.vm\" 1;\nSHIFT 3 4;\n"
+                 "MODEL \"x\";\nMODELITEM \"x\" \"a\";\nMODELITEMDATA 1,1 2,2 3,1;\n");
     folder.writeImage("images/a2.tif", 9, 4);
     Stack whole, lost, back;
     StackReader reader;

@@ -423,8 +423,9 @@ void expectLine(const FormatLine& line, const std::string& filename) {
         const PixelStatistics unit = measure(image);
         for (int i = 0; i < formatHeight; ++i)
             for (int j = 0; j < formatWidth; ++j) {
-                const double stretch =
-                    line.values.size() == 5 && line.values[0] == 'u' && line.values[4] < '8' ? 255 / (std::exp2(line.values[4] - '0') - 1) : 1;
+                const double stretch = line.values.size() == 5 && line.values[0] == 'u' && line.values[4] < '8'
+                                           ? 255 / (std::exp2(line.values[4] - '0') - 1)
+                                           : 1;
                 const unsigned char* const pixel = image.getPixels()[i];
                 const double read = image.isReal()           ? double(image.realRow(i)[j])
                                     : image.getDepth() == 16 ? pixel[2 * j] + 256.0 * pixel[2 * j + 1]

@@ -47,8 +47,8 @@ std::pair<bool, bool> byAllPairs(const Points& p) {
     for (std::size_t i = 0; i < n; ++i)
         for (std::size_t j = i + 1; j < n; ++j) {
             const std::size_t a = i, b = (i + 1) % n, c = j, d = (j + 1) % n;
-            crosses = crosses || (sideOf(p, a, b, c) * sideOf(p, a, b, d) < 0 &&
-                                  sideOf(p, c, d, a) * sideOf(p, c, d, b) < 0);
+            crosses =
+                crosses || (sideOf(p, a, b, c) * sideOf(p, a, b, d) < 0 && sideOf(p, c, d, a) * sideOf(p, c, d, b) < 0);
             const bool follows = b == c, leads = d == a;
             meets = meets || (isOn(p, a, b, c) && !follows) || (isOn(p, a, b, d) && !leads) ||
                     (isOn(p, c, d, a) && !leads) || (isOn(p, c, d, b) && !follows);
@@ -105,8 +105,8 @@ TEST(SelfContact, agreesWithAllPairsOfEdges) {
     EXPECT_GT(numTouching, 100);
 }
 
-// A comb of long teeth, a square spiral and a star of long spikes: what a grid or boxes would be slow at. With their last
-// vertex moved they cross.
+// A comb of long teeth, a square spiral and a star of long spikes: what a grid or boxes would be slow at. With their
+// last vertex moved they cross.
 TEST(SelfContact, findsTheOneCrossingOfAHundredThousandEdges) {
     constexpr int n = 100000;
     Points comb;

@@ -48,8 +48,7 @@ SectionParts partsOn(const VRLStack& stack, const StackReconstruction<double>& s
         std::vector<PlanePoint> outline;
         outline.reserve(std::size_t(item.getSize()));
         for (int k = 0; k < item.getSize(); ++k) {
-            const Vector<double> place =
-                space.toWorld(slice, item.getVertices()[k][0], item.getVertices()[k][1]);
+            const Vector<double> place = space.toWorld(slice, item.getVertices()[k][0], item.getVertices()[k][1]);
             outline.push_back({place[0], place[1]});
         }
         parts.add(std::move(outline));

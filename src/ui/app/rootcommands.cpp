@@ -74,10 +74,7 @@ std::vector<CommandInfo> editCommands() {
 
 std::vector<CommandInfo> processAndAnalyzeCommands() {
     return {
-        {.id = "stack.register",
-         .text = "Register",
-         .tip = "Align the slices of the stack",
-         .icon = "registration"},
+        {.id = "stack.register", .text = "Register", .tip = "Align the slices of the stack", .icon = "registration"},
         {.id = "stack.reconstruct",
          .text = "Reconstruct",
          .tip = "The models of the stack in space",

@@ -252,9 +252,8 @@ bool VRLStackIO::tellOfProblems(const VRLStack& stack, const StackReader& reader
     const int lost = numLostImages(stack);
     QString banner = "In " + decoded(stack.getFilename()) + ":";
     if (lost > 0)
-        banner += QString("\n%1 of %2 images can't be read. The outlines are all there.")
-                      .arg(lost)
-                      .arg(stack.getNumSlices());
+        banner +=
+            QString("\n%1 of %2 images can't be read. The outlines are all there.").arg(lost).arg(stack.getNumSlices());
     dialog.setBanner(banner);
     dialog.setLog(reader.getMessages());
     if (lost > 0)

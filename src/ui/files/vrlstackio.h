@@ -66,8 +66,8 @@ public:
     /// Asks about the stacks from the last to the first; when one is to stay all stay, and it is false.
     bool closeAllStacks();
 
-    /// Asks for the folder where the images are that the stack has lost, and gives its slices those that are there; what
-    /// stays lost is told. False when nothing was found.
+    /// Asks for the folder where the images are that the stack has lost, and gives its slices those that are there;
+    /// what stays lost is told. False when nothing was found.
     bool findImages(VRLStack& stack);
 
     bool insertSlice(VRLStack& stack);

@@ -9,7 +9,8 @@ namespace vorlen {
 class Model;
 
 /// Draws a model as one surface through its contours: resampled as its properties ask for, or closed and through the
-/// contours' own vertices where several of them lie on a slice. Lines of which several lie on a slice are drawn as such.
+/// contours' own vertices where several of them lie on a slice. Lines of which several lie on a slice are drawn as
+/// such.
 ///
 /// The model must stand in a VRLStack, whose reconstruction must be up to date; else nothing is drawn.
 ///

@@ -56,8 +56,8 @@ public:
 
     const std::vector<std::unique_ptr<VRLRenderingPainterGL>>& getPainters() const { return __painters; }
 
-    /// Write the stack's surfaces into the directory, in one of the formats or as ASCII STL with their meshes, and tell in
-    /// message boxes what could not be written.
+    /// Write the stack's surfaces into the directory, in one of the formats or as ASCII STL with their meshes, and tell
+    /// in message boxes what could not be written.
     void exportSurfaces(const QString& directory, SurfaceFormat format);
     void export2AsciiSTL(const QString& directory);
 
