@@ -147,6 +147,7 @@ void GltfWriter::writeBytes(const std::string& bytes) {
     __binaryLength += bytes.size();
 }
 
+// NOLINTBEGIN(performance-inefficient-string-concatenation): a few texts for each model
 std::string GltfWriter::json() const {
     std::string nodes, numbers, meshes, materials, accessors, views;
     int accessor = 0;
@@ -205,6 +206,7 @@ std::string GltfWriter::json() const {
            "],\"materials\":[" + materials + "],\"accessors\":[" + accessors + "],\"bufferViews\":[" + views +
            "],\"buffers\":[{\"byteLength\":" + decimal(__binaryLength) + "}]}";
 }
+// NOLINTEND(performance-inefficient-string-concatenation)
 
 void GltfWriter::finish() {
     std::string text = json();

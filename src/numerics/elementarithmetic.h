@@ -78,7 +78,8 @@ U converted(T x) {
     } else if constexpr (isReal<T>) {
         constexpr U least = std::numeric_limits<U>::lowest(), greatest = std::numeric_limits<U>::max();
         // One above the greatest is a power of two, which every T holds.
-        constexpr T beyond = static_cast<T>(greatest / 2 + 1) * 2;
+        constexpr U half = greatest / 2 + 1;
+        constexpr T beyond = static_cast<T>(half) * 2;
         if (!(x > static_cast<T>(least)))
             return x == x ? least : U(0);
         return x < beyond ? static_cast<U>(x) : greatest;

@@ -21,7 +21,7 @@ std::size_t bytesOf(SampleStorage storage);
 /// Calls with a value of the C++ type of the storage, of which only the type counts.
 template <class Call>
 decltype(auto) withSampleType(SampleStorage storage, Call&& call) {
-    switch (storage) {
+    switch (storage) { // NOLINT(bugprone-branch-clone): each branch is of another type
     case SampleStorage::U8:
         return call(std::uint8_t());
     case SampleStorage::I8:

@@ -61,6 +61,11 @@ void copyBytes(PixelMatrix<T>& matrix, const Image& image, int offset) {
     }
 }
 
+/// Truncated.
+int meanOf(int red, int green, int blue) {
+    return (red + green + blue) / 3;
+}
+
 } // namespace
 
 template <class T>
@@ -139,14 +144,14 @@ void PixelMatrix<T>::convertGreyFromImage(const Image& image) {
     if (image.isIndexed()) {
         const Colormap& colormap = *image.getColormap();
         for (int k = 0; k < std::min(colormap.getSize(), 256); ++k)
-            table[k] = static_cast<T>((colormap.getRed()[k] + colormap.getGreen()[k] + colormap.getBlue()[k]) / 3);
+            table[k] = static_cast<T>(meanOf(colormap.getRed()[k], colormap.getGreen()[k], colormap.getBlue()[k]));
     }
     const int step = image.bytesPerPixel();
     for (int i = 0; i < this->getSize1(); ++i) {
         const unsigned char* source = image.getPixels()[i];
         T* target = (*this)[i].data();
         for (int j = 0; j < this->getSize2(); ++j, source += step)
-            target[j] = step == 1 ? table[*source] : static_cast<T>((source[0] + source[1] + source[2]) / 3);
+            target[j] = step == 1 ? table[*source] : static_cast<T>(meanOf(source[0], source[1], source[2]));
     }
 }
 

@@ -65,6 +65,11 @@ QPolygonF midpointLine(const QPoint& a, const QPoint& b, const QPoint& c, const 
     return QPolygonF({middle(a, b), middle(c, d)});
 }
 
+/// Where the middle lies in a rectangle at the origin, at a whole place of the screen.
+QPointF middleOf(const QRect& rectangle) {
+    return QPoint(rectangle.width() / 2, rectangle.height() / 2);
+}
+
 } // namespace
 
 VRLRegistrationCanvas::VRLRegistrationCanvas(QWidget* parent) : QFrame(parent) {
@@ -417,7 +422,7 @@ void VRLRegistrationCanvas::mouseMoveEvent(QMouseEvent* event) {
 
 void VRLRegistrationCanvas::rotateBy(const QPoint& position) {
     const QPointF centre = QPointF(contentsRect().topLeft()) +
-                           QPointF(contentsRect().width() / 2, contentsRect().height() / 2) +
+                           middleOf(contentsRect()) +
                            QPointF(__modelRegistration.getHorShift(), __modelRegistration.getVerShift());
     const QPointF last = __lastPosition - centre, now = position - centre;
     if (last.isNull() || now.isNull())
@@ -444,7 +449,7 @@ Registration VRLRegistrationCanvas::toModel(const Registration& world) const {
 
 QPointF VRLRegistrationCanvas::backgroundToCanvas(QPointF pixel) const {
     const QRect world = __backgroundConverter.getWorld();
-    return QPointF(contentsRect().topLeft()) + QPointF(contentsRect().width() / 2, contentsRect().height() / 2) +
+    return QPointF(contentsRect().topLeft()) + middleOf(contentsRect()) +
            QPointF((pixel.x() - world.width() * 0.5) * __backgroundStep[0],
                    (pixel.y() - world.height() * 0.5) * __backgroundStep[1]);
 }
@@ -461,7 +466,7 @@ QPointF VRLRegistrationCanvas::foregroundToCanvas(QPointF pixel) const {
     const double dx = (pixel.x() - world.width() * 0.5) * __foregroundStep[0];
     const double dy = (pixel.y() - world.height() * 0.5) * __foregroundStep[1];
     const double angle = double(__modelRegistration.getRotationAngle()) / degreesOfRadian;
-    return QPointF(contentsRect().topLeft()) + QPointF(contentsRect().width() / 2, contentsRect().height() / 2) +
+    return QPointF(contentsRect().topLeft()) + middleOf(contentsRect()) +
            QPointF(std::cos(angle) * dx - std::sin(angle) * dy + __modelRegistration.getHorShift(),
                    std::sin(angle) * dx + std::cos(angle) * dy + __modelRegistration.getVerShift());
 }
