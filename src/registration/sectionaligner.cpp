@@ -26,8 +26,12 @@ constexpr int leastSide = 16;
 /// Greatest side of the images that are turned all around, and of those on which candidates are told apart.
 constexpr int searchSide = 128;
 constexpr int choiceSide = 256;
-/// In spreads of what remains: what is further off, by a tear or a fold, loses its weight.
-constexpr double lenience = 5;
+/// In spreads of what remains: what is further off, by a tear or a fold, loses its weight. Small images need more of
+/// their pixels.
+double lenienceOf(int side) {
+    return side > 384 ? 5 : 10;
+}
+
 /// In radians: how far an angle is trusted that nothing in the images tells.
 constexpr double angleDoubt = 0.02;
 /// Angles all around.
