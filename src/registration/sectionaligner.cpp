@@ -26,8 +26,12 @@ constexpr int leastSide = 16;
 /// Greatest side of the images that are turned all around, and of those on which candidates are told apart.
 constexpr int searchSide = 128;
 constexpr int choiceSide = 256;
-/// In spreads of what remains: what is further off, by a tear or a fold, loses its weight.
-constexpr double lenience = 5;
+/// In spreads of what remains: what is further off, by a tear or a fold, loses its weight. Small images need more of
+/// their pixels.
+double lenienceOf(int side) {
+    return side > 384 ? 5 : 10;
+}
+
 /// In radians: how far an angle is trusted that nothing in the images tells.
 constexpr double angleDoubt = 0.02;
 /// Angles all around.
@@ -213,6 +217,7 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
         const double cov = sums.ab - sums.a * sums.b / sums.n;
         const float gain = float(cov / varS), offset = float((sums.a - gain * sums.b) / sums.n);
         const double spread = std::sqrt(std::max(1e-12, (varT - cov * cov / varS) / sums.n));
+        const double lenience = lenienceOf(full.side());
         const float scale = float(1 / (lenience * lenience * spread * spread));
         double h[6] = {}, g[3] = {}, unexplained = 0;
         for (int i = 0; i < rows; ++i) {
@@ -328,71 +333,6 @@ Support supportAt(const Level& target, const Level& source, const RigidMotion& m
         }
     support.share = support.numBlocks > 0 ? double(numNear) / support.numBlocks : 0;
     return support;
-}
-
-/// The motion that the blocks of the overlap agree on, each found by itself to a fraction of a pixel: what a structure
-/// that grows or ends pulls to one side has no more weight than its blocks, and those that disagree lose it. Nothing
-/// with fewer than thirty blocks.
-std::optional<RigidMotion> motionByBlocks(const Level& target, const Level& source, RigidMotion motion, bool inverted) {
-    const int size = std::max(16, target.side() / 12), reach = 5;
-    for (int round = 0; round < 2; ++round) {
-        const cv::Mat warped = moved(target, source, motion);
-        std::vector<cv::Mat> t, s;
-        cv::split(target.image, t);
-        cv::split(warped, s);
-        std::vector<PointPair> pairs;
-        std::vector<double> trust;
-        cv::Mat surface;
-        for (int y = reach; y + size + reach <= target.image.rows; y += size / 2)
-            for (int x = reach; x + size + reach <= target.image.cols; x += size / 2) {
-                const cv::Rect block(x, y, size, size);
-                const cv::Rect around(x - reach, y - reach, size + 2 * reach, size + 2 * reach);
-                if (cv::mean(t[1](block))[0] < 0.99 || cv::mean(s[1](around))[0] < 0.99)
-                    continue;
-                cv::matchTemplate(s[0](around), t[0](block), surface, cv::TM_CCOEFF_NORMED);
-                if (inverted)
-                    surface = -surface;
-                double most = 0;
-                cv::Point at;
-                cv::minMaxLoc(surface, nullptr, &most, nullptr, &at);
-                if (!(most > 0.3) || at.x == 0 || at.y == 0 || at.x == 2 * reach || at.y == 2 * reach)
-                    continue;
-                // The top of the parabola through the peak and its neighbours.
-                const auto top = [&](float before, float here, float after) {
-                    const float bend = before - 2 * here + after;
-                    return bend < 0 ? 0.5 * double(before - after) / double(bend) : 0;
-                };
-                const float here = surface.at<float>(at);
-                const double dx =
-                    at.x - reach + top(surface.at<float>(at.y, at.x - 1), here, surface.at<float>(at.y, at.x + 1));
-                const double dy =
-                    at.y - reach + top(surface.at<float>(at.y - 1, at.x), here, surface.at<float>(at.y + 1, at.x));
-                const PlanePoint middle{target.originX + target.stepX * (x + 0.5 * (size - 1)),
-                                        target.originY + target.stepY * (y + 0.5 * (size - 1))};
-                pairs.push_back({{middle.x + dx * target.stepX, middle.y + dy * target.stepY}, middle});
-                trust.push_back(most * most);
-            }
-        if (pairs.size() < 30)
-            return std::nullopt;
-        RigidMotion change;
-        std::vector<double> weights = trust;
-        for (int pass = 0; pass < 10; ++pass) {
-            change = fitRigid(pairs, weights);
-            std::vector<double> off;
-            off.reserve(pairs.size());
-            for (const PointPair& pair : pairs) {
-                const PlanePoint place = change.apply(pair.source);
-                off.push_back(std::hypot(place.x - pair.target.x, place.y - pair.target.y));
-            }
-            std::vector<double> sorted = off;
-            std::nth_element(sorted.begin(), sorted.begin() + std::ptrdiff_t(sorted.size() / 2), sorted.end());
-            const double usual = std::max(1.5 * sorted[sorted.size() / 2], 0.05 * target.stepX);
-            for (std::size_t k = 0; k < pairs.size(); ++k)
-                weights[k] = trust[k] / std::pow(1 + off[k] * off[k] / (usual * usual), 2);
-        }
-        motion = change * motion;
-    }
-    return motion;
 }
 
 // ---- where to begin
@@ -969,19 +909,6 @@ SectionMatch SectionAligner::match(const Section& source, const Section& target,
         if (fine.support >= best.support - 0.1) {
             best = fine;
             best.method = by;
-        }
-    }
-    if (best.found && method != AlignmentMethod::Features) {
-        // On a level of no more than half a thousand pixels blocks are as fine as need be.
-        const std::size_t k =
-            target.levels.front().side() > 640 && source.levels.size() > 1 && target.levels.size() > 1;
-        if (const auto byBlocks = motionByBlocks(target.levels[k], source.levels[k], best.motion, best.inverted)) {
-            const AlignmentMethod by = best.method;
-            const SectionMatch fine = judged(target, source, *byBlocks);
-            if (fine.support >= best.support - 0.05 && fine.score > 0.98 * best.score) {
-                best = fine;
-                best.method = by;
-            }
         }
     }
     // Where it lay is as good as where it was brought: then it stays.
