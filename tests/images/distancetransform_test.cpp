@@ -16,8 +16,9 @@ TEST(DistanceTransform, findsTheNearestMarkOfEachElement) {
     std::uint32_t seed = 7;
     for (const double aspect : {1.0, 2.5, 0.3}) {
         DistanceTransform transform(aspect * 2, 2);
-        for (const auto& [rows, columns, every] :
+        for (const std::array<int, 3>& raster :
              {std::array{1, 1, 1}, {1, 40, 9}, {33, 1, 5}, {17, 23, 60}, {31, 20, 4}}) {
+            const int rows = raster[0], columns = raster[1], every = raster[2];
             std::vector<unsigned char> marks(std::size_t(rows * columns));
             for (unsigned char& mark : marks)
                 mark = ((seed = seed * 1664525u + 1013904223u) >> 16) % unsigned(every) == 0;
