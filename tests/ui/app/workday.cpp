@@ -19,6 +19,7 @@
 #include "editing/operations/modeloperations.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
+#include "numerics/exception.h"
 #include "support/commands.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
@@ -132,6 +133,8 @@ private:
     void draw(bool givesUp) {
         if (__window.mediator().currentSlice() == nullptr)
             return;
+        if (creation().isActive()) // an undo has brought a drawing back
+            creation().abandon();
         creation().activate(QString::fromStdString(anyModel()));
         for (int i = 0; creation().isActive() && i < 3 + below(4); ++i)
             QTest::mouseClick(&canvas(), Qt::LeftButton, {}, place());
@@ -237,5 +240,10 @@ int main(int argc, char** argv) {
     VRLPreferences::load();
     if (argc != 3)
         return 1;
-    return work(argv[1], static_cast<unsigned int>(std::atoi(argv[2])));
+    try {
+        return work(argv[1], static_cast<unsigned int>(std::atoi(argv[2])));
+    } catch (const Exception& error) {
+        std::fprintf(stderr, "%s: %s\n", error.getWhere().c_str(), error.getWhat().c_str());
+        return 4;
+    }
 }
