@@ -186,12 +186,12 @@ TEST(StackReader, slicesTakeTheDefaultsOfTheirMomentAndThenTheirOwn) {
 }
 
 TEST(StackReader, registrationsAreDecimalsAndAlwaysNumbers) {
-    const auto registration = [](const std::string& statements) {
+    const auto registration = [](const std::string& statements, bool isGood = false) {
         const Read read("FileFormatVersion 1.03;\nSLICE \"a\" 1 1;\n" + statements);
-        EXPECT_TRUE(read.log().empty()) << statements;
+        EXPECT_EQ(read.log().empty(), isGood) << statements;
         return read.stack.getSlice(0).getRegistration();
     };
-    EXPECT_EQ(registration("SHIFT -0.25 7.125;\nROTATE -30;\n"), Registration(-0.25, 7.125, 330));
+    EXPECT_EQ(registration("SHIFT -0.25 7.125;\nROTATE -30;\n", true), Registration(-0.25, 7.125, 330));
     EXPECT_EQ(registration("SHIFT nan inf;\nROTATE nan;\n"), Registration(0, 2147483647, 0));
     EXPECT_EQ(registration("SHIFT -1e300 x;\nROTATE 1e39;\n"), Registration(-2147483647, 0, 0));
 }

@@ -21,8 +21,8 @@ std::size_t bytesOf(SampleStorage storage);
 /// Calls with a value of the C++ type of the storage, of which only the type counts.
 template <class Call>
 decltype(auto) withSampleType(SampleStorage storage, Call&& call) {
-    switch (storage) { // NOLINT(bugprone-branch-clone): each branch is of another type
-    case SampleStorage::U8:
+    switch (storage) {
+    case SampleStorage::U8: // NOLINT(bugprone-branch-clone): each is of another type
         return call(std::uint8_t());
     case SampleStorage::I8:
         return call(std::int8_t());

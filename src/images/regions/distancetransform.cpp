@@ -39,8 +39,9 @@ void DistanceTransform::sweepColumns(const std::vector<unsigned char>& marks) {
     for (int row = 0; row < __rows; ++row) {
         const unsigned char* const mark = marks.data() + std::size_t(row) * width;
         int* const here = __nearestRow.data() + std::size_t(row) * width;
+        const int* const above = row > 0 ? here - width : nullptr;
         for (std::size_t c = 0; c < width; ++c)
-            here[c] = mark[c] != 0 ? row : row > 0 ? here[c - width] : noMark;
+            here[c] = mark[c] != 0 ? row : above != nullptr ? above[c] : noMark;
     }
     for (int row = __rows - 2; row >= 0; --row) {
         int* const here = __nearestRow.data() + std::size_t(row) * width;

@@ -421,8 +421,7 @@ void VRLRegistrationCanvas::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void VRLRegistrationCanvas::rotateBy(const QPoint& position) {
-    const QPointF centre = QPointF(contentsRect().topLeft()) +
-                           middleOf(contentsRect()) +
+    const QPointF centre = QPointF(contentsRect().topLeft()) + middleOf(contentsRect()) +
                            QPointF(__modelRegistration.getHorShift(), __modelRegistration.getVerShift());
     const QPointF last = __lastPosition - centre, now = position - centre;
     if (last.isNull() || now.isNull())
