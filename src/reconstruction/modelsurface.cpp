@@ -61,6 +61,7 @@ std::size_t numSlicesOf(const Model& model) {
 template <class T>
 std::size_t numHeightsOf(const CurveStack<T>& curves) {
     std::vector<T> heights;
+    heights.reserve(std::size_t(curves.getHeight()));
     for (int k = 0; k < curves.getHeight(); ++k)
         heights.push_back(curves[k][0][2]);
     std::sort(heights.begin(), heights.end());

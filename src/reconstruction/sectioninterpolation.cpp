@@ -179,7 +179,8 @@ void SectionInterpolation::trace(const std::vector<float>& values, const Lattice
         const std::size_t first = number / 2, second = first + (number % 2 == 0 ? 1 : std::size_t(columns));
         const double part = double(values[first]) / (double(values[first]) - double(values[second]));
         const double column = double(first % std::size_t(columns)) + (number % 2 == 0 ? part : 0);
-        const double row = double(first / std::size_t(columns)) + (number % 2 == 0 ? 0 : part);
+        const std::size_t line = first / std::size_t(columns);
+        const double row = double(line) + (number % 2 == 0 ? 0 : part);
         return PlanePoint{lattice.x + (block.firstColumn + column) * lattice.step,
                           lattice.y + (block.firstRow + row) * lattice.step};
     };

@@ -50,7 +50,7 @@ void replay(VRLStack& stack, const JournalGenerations& generations, const std::v
 /// What a child of the stack says of where it comes from. Said once.
 std::optional<JournalPlace> takeOrigin(VRLStack& stack, bool& atOnce) {
     std::optional<JournalPlace> place;
-    const QObjectList children = stack.children();
+    const QObjectList children = stack.children(); // NOLINT(performance-unnecessary-copy-initialization): it changes
     for (QObject* child : children)
         if (const auto* origin = dynamic_cast<JournalOrigin*>(child)) {
             place = origin->place();

@@ -20,7 +20,7 @@ namespace {
 /// The vertices, moved from one slice of the reconstruction to another; none when they have no place there.
 std::optional<Vertices<int>> carried(const Vertices<int>& vertices, const StackReconstruction<double>& space, int from,
                                      int to) {
-    constexpr double largest = std::numeric_limits<int>::max() / 2;
+    constexpr double largest = std::numeric_limits<int>::max() / 2.0;
     Vertices<int> result = vertices;
     result.detach();
     for (int i = 0; i < result.getNumVertices(); ++i) {

@@ -439,7 +439,7 @@ void VRLRootMediator::clearHistory() {
                         "record of it is deleted.",
                     QMessageBox::NoButton, &__window);
     box.setTextFormat(Qt::PlainText);
-    const auto* clear = box.addButton("Clear History", QMessageBox::DestructiveRole);
+    const QAbstractButton* clear = box.addButton("Clear History", QMessageBox::DestructiveRole);
     box.setDefaultButton(box.addButton(QMessageBox::Cancel));
     box.exec();
     if (box.clickedButton() != clear || __stack == nullptr)
