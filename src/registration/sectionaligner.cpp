@@ -329,9 +329,23 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
 
 // ---- how well two sections fit
 
-/// Absolute correlation, lessened where the overlap is less than half of the smaller section.
+/// The first image without the light that is on it where both images are.
+cv::Mat withoutLight(const cv::Mat& image, const cv::Mat& other) {
+    const LightSurface light = lightBetween(image, other, 0, 0); // of nothing less the image
+    cv::Mat result = image.clone();
+    for (int i = 0; i < result.rows; ++i) {
+        float* const p = result.ptr<float>(i);
+        const float y = 2.0f * float(i) / float(result.rows) - 1;
+        for (int j = 0; j < result.cols; ++j)
+            p[2 * j] += light.at(2.0f * float(j) / float(result.cols) - 1, y);
+    }
+    return result;
+}
+
+/// Absolute correlation, the light taken off, lessened where the overlap is less than half of the smaller section.
 double scoreAt(const Level& target, const Level& source, const RigidMotion& motion, bool* inverted = nullptr) {
-    const Sums sums = sumsOf(target.image, moved(target, source, motion));
+    const cv::Mat warped = moved(target, source, motion);
+    const Sums sums = sumsOf(withoutLight(target.image, warped), withoutLight(warped, target.image));
     const double area = target.stepX * target.stepY;
     const double smaller =
         std::min(numPresent(target.image) * area, numPresent(source.image) * source.stepX * source.stepY);
