@@ -122,8 +122,13 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
         before.push_back(meanDistance({}, truth, side, side));
         const double off = meanDistance(motionOf(one.after, 1, 1), truth, side, side);
         (one.state == SliceAlignment::State::LeftAlone ? named : after).push_back(off);
+        const double own = std::string(set.stack) == "vnc" ? 9 : 3;
+        if (off > own)
+            std::cerr << set.title << ": slice " << one.name << " is " << off << " off, " << one.stateWord()
+                      << ", score " << one.scoreBefore << " to " << one.scoreAfter << ", support " << one.support
+                      << '\n';
         // The sections' own misalignment, which nothing tells from a motion, is no fault.
-        worse += off > before.back() + (std::string(set.stack) == "vnc" ? 9 : 3) ? 1 : 0;
+        worse += off > before.back() + own ? 1 : 0;
     }
     std::printf("| %s | %s | %s | %zu of %zu | %d | %.2f |\n", set.title, summary(before).c_str(),
                 summary(after).c_str(), named.size(), before.size(), worse, seconds / stack.getNumSlices());

@@ -181,6 +181,50 @@ cv::Mat evened(const cv::Mat& image, double sigma) {
     return result;
 }
 
+/// A surface of second order: what the light of one image differs from that of the other, however the section moved.
+struct LightSurface {
+    cv::Vec<double, 6> terms = cv::Vec<double, 6>::all(0); ///< of 1, x, y, x^2, x y, y^2
+
+    float at(float x, float y) const {
+        return float(terms[0]) + x * (float(terms[1]) + float(terms[3]) * x + float(terms[4]) * y) +
+               y * (float(terms[2]) + float(terms[5]) * y);
+    }
+};
+
+/// The surface that, on every fourth pixel of every fourth row, comes nearest to gain source + offset - target. Columns
+/// and rows run from -1 to 1.
+LightSurface lightBetween(const cv::Mat& target, const cv::Mat& source, float gain, float offset) {
+    cv::Matx<double, 6, 6> normal = cv::Matx<double, 6, 6>::zeros();
+    cv::Vec<double, 6> right = cv::Vec<double, 6>::all(0);
+    const int step = target.total() > 10000 ? 4 : 1;
+    for (int i = 0; i < target.rows; i += step) {
+        const float* const t = target.ptr<float>(i);
+        const float* const s = source.ptr<float>(i);
+        const double y = 2.0 * i / target.rows - 1;
+        for (int j = 0; j < target.cols; j += step) {
+            if (!(t[2 * j + 1] > present) || !(s[2 * j + 1] > present))
+                continue;
+            const double x = 2.0 * j / target.cols - 1;
+            const double basis[6] = {1, x, y, x * x, x * y, y * y};
+            const double r = double(gain * s[2 * j] + offset - t[2 * j]);
+            for (int k = 0; k < 6; ++k) {
+                right[k] += basis[k] * r;
+                for (int l = 0; l <= k; ++l)
+                    normal(k, l) += basis[k] * basis[l];
+            }
+        }
+    }
+    for (int k = 0; k < 6; ++k) {
+        normal(k, k) += 1e-6 * normal(0, 0) + 1e-12;
+        for (int l = 0; l < k; ++l)
+            normal(l, k) = normal(k, l);
+    }
+    LightSurface light;
+    if (!cv::solve(normal, right, light.terms, cv::DECOMP_CHOLESKY))
+        light.terms = cv::Vec<double, 6>::all(0);
+    return light;
+}
+
 /// Gauss-Newton steps that raise the correlation of target and moved source. False when there is too little overlap.
 bool refine(const Level& full, const Level& source, RigidMotion& motion, int numSteps, double enough) {
     std::vector<cv::Mat> channels;
@@ -219,6 +263,7 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
         const double spread = std::sqrt(std::max(1e-12, (varT - cov * cov / varS) / sums.n));
         const double lenience = lenienceOf(full.side());
         const float scale = float(1 / (lenience * lenience * spread * spread));
+        const LightSurface light = lightBetween(target.image, warped, gain, offset);
         double h[6] = {}, g[3] = {}, unexplained = 0;
         for (int i = 0; i < rows; ++i) {
             const float* const t = target.image.ptr<float>(i);
@@ -228,9 +273,10 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
             const float* const py = gradientY.ptr<float>(i);
             const auto y = float((target.originY + i * target.stepY) / radius);
             const auto x0 = float(target.originX / radius), dx = float(target.stepX / radius);
+            const float lightX = 2.0f / float(cols), lightY = 2.0f * float(i) / float(rows) - 1;
             float xx = 0, xy = 0, yy = 0, xa = 0, ya = 0, aa = 0, rx = 0, ry = 0, ra = 0, rr = 0;
             for (int j = 0; j < cols; ++j) {
-                const float r = gain * s[2 * j] + offset - t[2 * j];
+                const float r = gain * s[2 * j] + offset - t[2 * j] - light.at(lightX * float(j) - 1, lightY);
                 const float q = 1 / (1 + scale * r * r);
                 const float w = s[2 * j + 1] > present ? m[j] * q * q : 0.0f;
                 const float u = px[j], v = py[j], a = (x0 + dx * float(j)) * v - y * u;
@@ -283,9 +329,23 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
 
 // ---- how well two sections fit
 
-/// Absolute correlation, lessened where the overlap is less than half of the smaller section.
+/// The first image without the light that is on it where both images are.
+cv::Mat withoutLight(const cv::Mat& image, const cv::Mat& other) {
+    const LightSurface light = lightBetween(image, other, 0, 0); // of nothing less the image
+    cv::Mat result = image.clone();
+    for (int i = 0; i < result.rows; ++i) {
+        float* const p = result.ptr<float>(i);
+        const float y = 2.0f * float(i) / float(result.rows) - 1;
+        for (int j = 0; j < result.cols; ++j)
+            p[2 * j] += light.at(2.0f * float(j) / float(result.cols) - 1, y);
+    }
+    return result;
+}
+
+/// Absolute correlation, the light taken off, lessened where the overlap is less than half of the smaller section.
 double scoreAt(const Level& target, const Level& source, const RigidMotion& motion, bool* inverted = nullptr) {
-    const Sums sums = sumsOf(target.image, moved(target, source, motion));
+    const cv::Mat warped = moved(target, source, motion);
+    const Sums sums = sumsOf(withoutLight(target.image, warped), withoutLight(warped, target.image));
     const double area = target.stepX * target.stepY;
     const double smaller =
         std::min(numPresent(target.image) * area, numPresent(source.image) * source.stepX * source.stepY);
@@ -449,12 +509,13 @@ bool refineThrough(const Section& target, const Section& source, RigidMotion& mo
     return true;
 }
 
-/// Chance lets about a tenth of the blocks agree; 3.5 of its standard deviations more are no chance. Sections with
-/// little on them have too few blocks to tell: there the whole must fit.
+/// Chance lets about a tenth of the blocks agree; 3.5 of its standard deviations more are no chance, and as several
+/// places are tried it takes more where all in all little fits. Sections with little on them have too few blocks to
+/// tell: there the whole must fit.
 bool isBorneOut(const SectionMatch& match) {
-    const double chance = 0.09 + 3.5 * std::sqrt(0.09 * 0.91 / std::max(1, match.numBlocks));
     if (match.numBlocks < 8)
         return match.score > 0.6;
+    const double chance = 0.09 + 3.5 * std::sqrt(0.09 * 0.91 / match.numBlocks) + std::max(0.0, 0.45 - match.score);
     return match.support > std::min(0.9, chance) || (match.numBlocks < 20 && match.score > 0.75);
 }
 
@@ -715,36 +776,6 @@ void smoothScales(Section& section) {
     }
 }
 
-/// Takes the slow course of the brightness off, which is of the lamp and the camera and stays when the section moves:
-/// the mean about each place, over a twelfth of the image, of the coarsest level.
-void evenLight(Section& section) {
-    Level ground = section.levels.back();
-    std::vector<cv::Mat> channels;
-    cv::split(ground.image, channels);
-    const double sigma = 0.08 * ground.side();
-    cv::Mat weight, mean;
-    cv::GaussianBlur(channels[1], weight, {}, sigma, sigma, cv::BORDER_REFLECT);
-    cv::GaussianBlur(channels[0], mean, {}, sigma, sigma, cv::BORDER_REFLECT);
-    ground.image = mean / cv::max(weight, 1e-3f);
-    for (Level& level : section.levels) {
-        cv::split(level.image, channels);
-        cv::Mat slow;
-        cv::warpAffine(ground.image, slow, indexMap(level, ground, {}), level.image.size(),
-                       cv::INTER_LINEAR | cv::WARP_INVERSE_MAP, cv::BORDER_REPLICATE);
-        channels[0] = (channels[0] - slow).mul(channels[1]);
-        cv::merge(channels, level.image);
-    }
-    // Each level by the spread of the finest, so that spreads can be compared.
-    cv::split(section.levels.front().image, channels);
-    const double n = std::max(1.0, cv::sum(channels[1])[0]);
-    const double spread = std::sqrt(std::max(1e-12, cv::sum(channels[0].mul(channels[0]))[0] / n));
-    for (Level& level : section.levels) {
-        cv::split(level.image, channels);
-        channels[0] /= spread;
-        cv::merge(channels, level.image);
-    }
-}
-
 /// Finds the levels for choice and search.
 void chooseScales(Section& section) {
     while (section.choice + 1 < section.levels.size() && section.levels[section.choice].side() > choiceSide)
@@ -808,7 +839,6 @@ SectionAligner::SectionPointer SectionAligner::prepare(const SectionImage& image
     }
     section->levels.push_back(level);
     addScales(*section);
-    evenLight(*section);
     smoothScales(*section);
     chooseScales(*section);
     return section;

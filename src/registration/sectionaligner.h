@@ -46,11 +46,11 @@ struct SectionMatch {
 ///
 /// By intensity: correlation of the sections turned by steps all around finds where to begin; from there, and from a
 /// given start, the correlation is raised from coarse to fine by Gauss-Newton steps on the target's gradients (inverse
-/// compositional, Baker and Matthews 2004; the correlation as in Evangelidis and Psarakis 2008), in which gain and
-/// offset are free, contrast may be inverted, and pixels that fit badly (tears, folds, dust) lose their weight. By
-/// features: SIFT (Lowe 2004) matched both ways, and the motion that most matches agree on. Straight black or white
-/// borders, and areas that are cut off at the greatest or least grey, are left out. All is done on images of at most
-/// workingSize pixels a side, the steps to a fraction of a pixel of these.
+/// compositional, Baker and Matthews 2004; the correlation as in Evangelidis and Psarakis 2008), in which gain, offset
+/// and a smooth difference of the light are free, contrast may be inverted, and pixels that fit badly (tears, folds,
+/// dust) lose their weight. By features: SIFT (Lowe 2004) matched both ways, and the motion that most matches agree on.
+/// Straight black or white borders, and areas that are cut off at the greatest or least grey, are left out. All is done
+/// on images of at most workingSize pixels a side, the steps to a fraction of a pixel of these.
 ///
 /// A motion counts as found when enough blocks of the section agree with it, each looked at alone (normalized
 /// correlation within a small neighbourhood): an accidental maximum of the correlation is not borne out by its parts.
@@ -78,9 +78,9 @@ public:
     /// Why nothing can be matched with this section, in words ("blank", ...); empty when something can.
     static const std::string& fault(const Section& section);
 
-    /// How well the source, moved, fits the target, from 0 to 1: the greatest part of either section's structure that
-    /// the other explains where they overlap, which is the absolute value of the correlation, times the square root of
-    /// how much of the smaller section the overlap takes when this is less than a half. 0 when either has a fault.
+    /// How well the source, moved, fits the target, from 0 to 1: the absolute value of the correlation of what both
+    /// show, after a surface of second order, the light, is taken off each, times the square root of twice the share of
+    /// the smaller section that the overlap takes, where this is less than a half. 0 when either has a fault.
     static double score(const Section& source, const Section& target, const RigidMotion& motion);
 
     /// Looks for the motion of the source onto the target by features, intensity or, for auto, by both as needed. Near

@@ -667,12 +667,20 @@ TEST_F(CommandLineTest, registerBringsTheUnregisteredSampleBack) {
             EXPECT_TRUE(found.isNull());
             continue;
         }
-        const double turn =
-            std::remainder(found.getRotationAngle() - wanted.getRotationAngle(), 360.0) * 3.14159265 / 180;
-        // The mean way from the middle of a square is 0.38 of its sides.
-        off.push_back(
-            std::hypot(found.getHorShift() - wanted.getHorShift(), found.getVerShift() - wanted.getVerShift()) +
-            0.38 * 512 * std::abs(turn));
+        double sum = 0; // over places of the section, between where the two registrations take them
+        for (int k = 0; k < 64; ++k) {
+            const double x = 64 * (k % 8 - 3.5), y = 64 * (k / 8 - 3.5);
+            double across = found.getHorShift() - wanted.getHorShift();
+            double down = found.getVerShift() - wanted.getVerShift();
+            for (const auto& [angle, sign] :
+                 {std::pair(found.getRotationAngle(), 1), {wanted.getRotationAngle(), -1}}) {
+                const double c = std::cos(angle * 3.14159265 / 180), d = std::sin(angle * 3.14159265 / 180);
+                across += sign * (c * x - d * y);
+                down += sign * (d * x + c * y);
+            }
+            sum += std::hypot(across, down);
+        }
+        off.push_back(sum / 64);
         EXPECT_LT(off.back(), 1) << i;
         EXPECT_GE(slices[i].toObject()["scoreAfter"].toDouble(), slices[i].toObject()["scoreBefore"].toDouble()) << i;
     }

@@ -113,6 +113,11 @@ SectionMatch matched(const Prepared& source, const Prepared& target, const Rigid
     return match;
 }
 
+/// So well borne out that others may begin with it.
+bool isSure(const SectionMatch& match) {
+    return match.found && (match.support >= 0.4 || match.method == AlignmentMethod::PrincipalAxes);
+}
+
 /// One run over a stack.
 class Alignment {
 public:
@@ -238,7 +243,7 @@ void Alignment::matchSlice(int i) {
         bool known = false;
         for (int k = target + 1; k < i && !known; ++k) {
             const Pair *near = pairOf(k, i), *far = pairOf(target, k);
-            if (near != nullptr && far != nullptr && near->match.found && far->match.found) {
+            if (near != nullptr && far != nullptr && isSure(near->match) && isSure(far->match)) {
                 start = far->match.motion * near->match.motion;
                 known = true;
             }
