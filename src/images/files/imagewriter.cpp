@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vorlen {
 
@@ -117,9 +118,16 @@ void ImageWriter::writeTIFFRange(const Image& image, TIFF* tiff) const {
 
 void ImageWriter::writeTIFFPixels(const Image& image, TIFF* tiff) const {
     const unsigned char* const* rows = image.getPixels();
+    // What a predictor makes of a row, libtiff writes into the row itself.
+    const auto length = static_cast<std::size_t>(image.bytesPerLine());
+    std::vector<unsigned char> row(length);
     for (int i = 0; i < image.getHeight(); ++i) {
-        // libtiff only reads from the row, although it takes a pointer to changeable bytes.
-        if (TIFFWriteScanline(tiff, const_cast<unsigned char*>(rows[i]), static_cast<std::uint32_t>(i), 0) != 1)
+        unsigned char* from = const_cast<unsigned char*>(rows[i]); // which it only reads without one
+        if (__compression != Compression::None) {
+            std::copy_n(rows[i], length, row.begin());
+            from = row.data();
+        }
+        if (TIFFWriteScanline(tiff, from, static_cast<std::uint32_t>(i), 0) != 1)
             throw FileWriteError(WRITE, "Cannot write image data" + TiffFile::reason(tiff), TIFFFileName(tiff));
     }
 }

@@ -305,9 +305,12 @@ void TiffPicture::requireBelievable() const {
         throw FileReadError(tiffHeaderPlace, "This file is too short for the image size in its header",
                             TIFFFileName(tiff));
     };
-    const std::uint64_t needed =
+    std::uint64_t needed =
         (std::uint64_t(width) * std::uint64_t(numFileSamples) * std::uint64_t(page.values.bits) + 7) / 8 *
         std::uint64_t(height);
+    // Of subsampled colours at least the luminance is there.
+    if (conversion == ByLibtiff)
+        needed = std::uint64_t(width) * std::uint64_t(height);
     const std::uint64_t ratio = greatestRatio(compression);
     // At the least a strip for each row of each sample, a tile of one pixel: more are not asked for.
     if (count == 0 || count > 8 * (length + 1024))
