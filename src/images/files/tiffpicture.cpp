@@ -377,6 +377,8 @@ void TiffPicture::read(SampleSink& sink) const {
         tiled ? readColourTiles(rows) : readColourStrips(rows);
     else if (tiled)
         readTiles(rows);
+    else if (compression == COMPRESSION_JBIG)
+        readWholeStrips(rows);
     else if (separate)
         readSeparateStrips(rows);
     else
@@ -413,6 +415,29 @@ void TiffPicture::readStrips(Rows& rows) const {
         }
         if (!rows.put(row, target))
             return;
+    }
+}
+
+/// For a codec that gives no rows.
+void TiffPicture::readWholeStrips(Rows& rows) const {
+    const std::size_t count = std::size_t(width) * std::size_t(numFileSamples);
+    const auto scanline = static_cast<std::size_t>(TIFFScanlineSize(tiff));
+    const std::uint32_t asked = tag<std::uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0);
+    const int rowsPerStrip = static_cast<int>(std::min<std::uint32_t>(std::max(asked, 1u), std::uint32_t(height)));
+    std::vector<unsigned char> strip(scanline * std::size_t(rowsPerStrip)), samples(rows.fileRowLength);
+    if (separate || scanline < rows.packedLength(count))
+        throw FileFormatError(tiffPixelPlace, "Cannot read TIFF with this compression and several planes",
+                              TIFFFileName(tiff));
+    for (int top = 0; top < height; top += rowsPerStrip) {
+        const int numRows = std::min(rowsPerStrip, height - top);
+        const auto length = static_cast<tmsize_t>(scanline * std::size_t(numRows));
+        if (TIFFReadEncodedStrip(tiff, TIFFComputeStrip(tiff, std::uint32_t(top), 0), strip.data(), length) != length)
+            fail("row", top);
+        for (int i = 0; i < numRows; ++i) {
+            unpackSamples(&strip[scanline * std::size_t(i)], count, rows.type, samples.data(), 1);
+            if (!rows.put(top + i, samples.data()))
+                return;
+        }
     }
 }
 
