@@ -51,6 +51,7 @@ private:
     void readPixelSize();
     void requireBelievable() const;
     void readStrips(Rows& rows) const;
+    bool readPlainStrips(Rows& rows) const;
     void readWholeStrips(Rows& rows) const;
     void readSeparateStrips(Rows& rows) const;
     void readTiles(Rows& rows) const;
