@@ -66,10 +66,10 @@ TEST_F(ImageWorkers, theReaderReportsOneStartOneEndAndRisingProgressWhateverTheK
     EXPECT_EQ(reports[30], "100/100");
     EXPECT_EQ(reports.back(), "finished ");
 
-    // A file of the in-house format reports nothing by itself.
+    // A file of the in-house format, too.
     ImageSourceFile raw;
     raw.setFilename(folder.write("a.img", std::string("000000000000") + std::string(512 * 512, 'x')));
-    EXPECT_EQ(reportsOf(raw, image), (std::vector<std::string>{"started ", "finished "}));
+    EXPECT_EQ(reportsOf(raw, image).size(), 102u);
     EXPECT_EQ(image.getPixels()[511][511], 'x');
 }
 
