@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures clean
+.PHONY: all run truth test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures clean
 
 all: build
 
@@ -25,6 +25,16 @@ sample: programs
 run: sample
 	@scripts/run-sample $(BUILD)/bin $(SAMPLE)
 
+# Bodies of known measures against what is measured of them: docs/accuracy.md. With DATA=FOLDER also how well real
+# sections that lie there are registered when they were moved in known ways.
+truth: setup
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target vorlen-truth
+	@$(BUILD)/bin/vorlen-truth > docs/accuracy.md.new
+	@mv docs/accuracy.md.new docs/accuracy.md
+	@cat docs/accuracy.md
+	@[ -z "$(DATA)" ] || scripts/truth-alignment "$(DATA)"
+
 # The pictures of the documentation, made anew from the sample stack.
 pictures: sample
 	@scripts/draw-pictures $(BUILD)/bin $(SAMPLE)
@@ -32,9 +42,10 @@ pictures: sample
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j2
 
-# A program at work is killed at 200 moments, and its document is there each time.
+# A program at work is killed at 200 moments, and its document is there each time; then the main window.
 soak: build
 	@VORLEN_KILLS=200 $(BUILD)/bin/test_editing --gtest_filter='JournalKill.*'
+	@VORLEN_KILLS=200 scripts/with-display $(BUILD)/bin/test_ui_workday
 
 sanitize: setup
 	@cmake --preset sanitize >/dev/null

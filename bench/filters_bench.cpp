@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -12,9 +13,11 @@
 #include "images/filters/meanfilter.h"
 #include "images/filters/medianfilter.h"
 #include "images/filters/minfilter.h"
+#include "images/filters/parallelwork.h"
 #include "images/filters/sumfilter.h"
 #include "images/filters/voxelmatrixerosion.h"
 #include "images/rasters/image.h"
+#include "images/regions/thresholding.h"
 #include "inputs.h"
 
 namespace vorlen {
@@ -462,6 +465,55 @@ void plainErosion(benchmark::State& state) {
     }
 }
 
+// Filters of a volume of 160^3 with two threads, beside one thread as the reference.
+template <class Filter>
+void compareThreads(const std::string& name, const Filter& filter) {
+    for (const int threads : {2, 1}) {
+        const auto run = [own = Filter(filter), threads](benchmark::State& state) mutable {
+            ParallelWork::setThreads(threads);
+            filterVolume(state, own, int(state.range(0)));
+            ParallelWork::setThreads(0);
+        };
+        benchmark::RegisterBenchmark((name + (threads == 2 ? "/vorlen" : "/reference")).c_str(), run)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime()
+            ->Arg(160);
+    }
+}
+
+// The usual way of a volume to its regions.
+struct Pipeline {
+    void apply(VoxelMatrix<float>& work) {
+        GaussianFilter<float>(1.0f).apply(work);
+        MedianFilter<float>().apply(work);
+        MinFilter<float>().apply(work);
+        Thresholding<float> threshold;
+        threshold.setThreshold(127.0f);
+        threshold.apply(work);
+    }
+};
+
+void compareAllThreads() {
+    MedianFilter<float> median;
+    compareThreads("two_threads_median", median);
+    median.setHalfSize(2);
+    compareThreads("two_threads_median_wide", median);
+    compareThreads("two_threads_gaussian", GaussianFilter<float>(2.0f));
+    MinFilter<float> least;
+    least.setHalfSize(3);
+    compareThreads("two_threads_minimum", least);
+    SumFilter<float> sum;
+    sum.setHalfSize(3);
+    compareThreads("two_threads_box_sum", sum);
+    sum.setBallMode(true);
+    compareThreads("two_threads_ball_sum", sum);
+    IsotropyFilter<float> isotropic;
+    isotropic.setHalfSize(3);
+    compareThreads("two_threads_isotropy", isotropic);
+    compareThreads("two_threads_gradient_norm", DericheGradient<float>(1.0f));
+    compareThreads("two_threads_pipeline", Pipeline());
+}
+
 /// Each kernel beside its reference, at two sizes; and at a second radius where the cost should not depend on it.
 [[maybe_unused]] const bool registered = [] {
     compare("median_3d", medianVolume, plainMedianVolume, {{64, 1}, {128, 1}});
@@ -475,6 +527,7 @@ void plainErosion(benchmark::State& state) {
     compare("edge_thinning", thinning, plainThinning, {{1024}, {2048}});
     compare("isotropy", isotropy, plainIsotropy, {{16, 3}, {32, 3}});
     compare("erosion", erosion, plainErosion, {{16, 3}, {32, 3}});
+    compareAllThreads();
     return true;
 }();
 

@@ -1,1 +1,1 @@
-vorlen_bench(reconstruction_bench.cpp LINKS vorlen_shapes vorlen_reconstruction)
+vorlen_bench(reconstruction_bench.cpp LINKS vorlen_images vorlen_shapes vorlen_reconstruction)

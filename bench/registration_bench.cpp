@@ -1,10 +1,12 @@
 #include "images/rasters/pixelmatrix.h"
 #include "registration/principalaxesimageregistration.h"
+#include "registration/sectionaligner.h"
 
 #include <benchmark/benchmark.h>
 
 #include "inputs.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vorlen {
@@ -63,8 +65,62 @@ void registrationReference(benchmark::State& state) {
     }
 }
 
+/// Something like tissue, at places between pixels as well.
+float tissueAt(double x, double y) {
+    float value = 127;
+    for (int k = 1; k <= 24; ++k) {
+        const double along = 0.35 * k * k, scale = 0.02 + 0.008 * k;
+        value += float(14 * std::sin(scale * (x * std::cos(along) + y * std::sin(along)) + k));
+    }
+    return value;
+}
+
+SectionImage sectionAt(int n, const RigidMotion& motion) {
+    SectionImage section{PixelMatrix<float>(n, n), 1, 1};
+    const double scale = 1024.0 / n; // the same tissue at each size
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) {
+            const PlanePoint place = motion.apply({scale * (j - 0.5 * n), scale * (i - 0.5 * n)});
+            section.grey[i][j] = tissueAt(place.x, place.y);
+        }
+    return section;
+}
+
+/// A pair as a user has it: from two images to the motion.
+void alignment(benchmark::State& state) {
+    const int n = int(state.range(0));
+    const SectionImage source = sectionAt(n, {0.05, 17, -9}), target = sectionAt(n, {});
+    for (auto _ : state) {
+        const double pixel = SectionAligner::workingPixel(source);
+        const SectionMatch match =
+            SectionAligner::match(*SectionAligner::prepare(source, pixel), *SectionAligner::prepare(target, pixel), {});
+        benchmark::DoNotOptimize(match.motion.x);
+    }
+}
+
+/// The correlation of two images of a quarter of the size in each direction at every shift by whole pixels up to 8: one
+/// of the many angles that a plain search looks at.
+void alignmentReference(benchmark::State& state) {
+    const int n = int(state.range(0)), m = n / 4;
+    const PixelMatrix<float> source = sectionAt(m, {0.05, 17, -9}).grey, target = sectionAt(m, {}).grey;
+    for (auto _ : state) {
+        double best = 0;
+        for (int y = -8; y <= 8; ++y)
+            for (int x = -8; x <= 8; ++x) {
+                double sum = 0;
+                for (int i = 8; i < m - 8; ++i)
+                    for (int j = 8; j < m - 8; ++j)
+                        sum += target[i][j] * source[i + y][j + x];
+                best = std::max(best, sum);
+            }
+        benchmark::DoNotOptimize(best);
+    }
+}
+
 } // namespace
 
+BENCHMARK(alignment)->Name("section_alignment/vorlen")->Arg(1024)->Arg(4096)->Unit(benchmark::kMillisecond);
+BENCHMARK(alignmentReference)->Name("section_alignment/reference")->Arg(1024)->Arg(4096)->Unit(benchmark::kMillisecond);
 BENCHMARK(registration)->Name("image_registration/vorlen")->Arg(1024)->Arg(2048)->Unit(benchmark::kMillisecond);
 BENCHMARK(registrationReference)
     ->Name("image_registration/reference")

@@ -17,6 +17,7 @@
 #include "shapes/curvestack.h"
 #include "shapes/douglaspeuckercurvedecimation.h"
 #include "shapes/quadmesh.h"
+#include "shapes/selfcontact.h"
 
 namespace vorlen {
 
@@ -290,10 +291,46 @@ void writeReference(benchmark::State& state) {
     std::remove(file.c_str());
 }
 
+/// A comb of long teeth, simple, and with its last vertex between two of them.
+std::vector<double> comb(int n) {
+    std::vector<double> coordinates;
+    coordinates.reserve(2 * std::size_t(n));
+    for (int i = 0; i < n - 2; ++i)
+        coordinates.insert(coordinates.end(), {double(i), i / 2 % 2 == 0 ? 0.0 : double(n)});
+    coordinates.insert(coordinates.end(), {double(n - 2), -10, 0, -10});
+    return coordinates;
+}
+
+void selfContact(benchmark::State& state) {
+    const std::vector<double> coordinates = comb(int(state.range(0)));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(findSelfContact(coordinates, true));
+}
+
+/// All pairs of edges that are not neighbours.
+void selfContactReference(benchmark::State& state) {
+    const std::vector<double> p = comb(int(state.range(0)));
+    const std::size_t n = p.size() / 2;
+    const auto side = [&](std::size_t a, std::size_t b, std::size_t c) {
+        return (p[2 * b] - p[2 * a]) * (p[2 * c + 1] - p[2 * a + 1]) -
+               (p[2 * b + 1] - p[2 * a + 1]) * (p[2 * c] - p[2 * a]);
+    };
+    for (auto _ : state) {
+        bool meets = false;
+        for (std::size_t i = 0; i < n; ++i)
+            for (std::size_t j = i + 2; j < n - (i == 0 ? 1 : 0); ++j) {
+                const std::size_t k = (i + 1) % n, l = (j + 1) % n;
+                meets |= side(i, k, j) * side(i, k, l) <= 0 && side(j, l, i) * side(j, l, k) <= 0;
+            }
+        benchmark::DoNotOptimize(meets);
+    }
+}
+
 [[maybe_unused]] const bool registered = [] {
     compare("curvestack_resample", resample, resampleReference, {{500}, {1000}, {2000}});
     compare("douglas_peucker", douglasPeucker, douglasPeuckerReference, {});
     compare("shapefile_read", read, readReference, {});
+    compare("self_contact", selfContact, selfContactReference, {{1000}, {4000}});
     compare("shapefile_write", write, writeReference, {});
     return true;
 }();

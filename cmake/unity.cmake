@@ -1,6 +1,6 @@
-# vorlen_unity(): compiles sources of a target together, as many as share no private name (scripts/sourcelots.py), which
-# takes less than half the time, since most of it goes into reading the same headers again. Each source still includes
-# what it uses: a build of type Debug compiles each by itself.
+# vorlen_unity(): compiles sources of a target together, as many as do not get in each other's way
+# (scripts/sourcelots.py), which takes less than half the time, since most of it goes into reading the same headers
+# again. Each source still includes what it uses: a build of type Debug compiles each by itself.
 function(vorlen_unity)
     find_package(Python3 COMPONENTS Interpreter)
     if(NOT Python3_FOUND)

@@ -1,5 +1,6 @@
 /// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png, where WINDOW is
-/// main, rendering (in the stack's last pose) or analysis (its table of models).
+/// main, rendering (in the stack's last pose), analysis (its table of models), or registration, registration-cuts and
+/// registration-landmarks (on the slice in the middle).
 ///
 /// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 
@@ -7,6 +8,7 @@
 
 #include <QElapsedTimer>
 #include <QImage>
+#include <QSettings>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QThread>
@@ -17,6 +19,9 @@
 #include "ui/analysis/vrlanalysiswindow.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
+#include "ui/registration/sectionmarks.h"
+#include "ui/registration/vrlregistrationmediator.h"
+#include "ui/registration/vrlregistrationwindow.h"
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/scenes/vrlrenderingwindow.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
@@ -42,6 +47,36 @@ Window* opened() {
     return nullptr;
 }
 
+/// Pairs of spots as a hand clicks them on a slice that lies as it should, the last one wrong, and the fit.
+void setLandmarks(VRLRegistrationWindow& window) {
+    const VRLRegistrationCanvas& canvas = window.getCanvas();
+    const QPointF middle = canvas.rect().center();
+    const QPointF spots[] = {{-150, -110}, {130, -80}, {90, 120}, {-120, 90}, {20, -10}}; // of the picture
+    const QPointF slips[] = {{1, 0}, {-1, 1}, {0, -2}, {1, 1}, {45, 30}};
+    window.getMediator().setLandmarkMode(true);
+    for (std::size_t i = 0; i < std::size(spots); ++i) {
+        emit window.getCanvas().landmarkClicked(middle + spots[i]);
+        emit window.getCanvas().landmarkClicked(middle + spots[i] + slips[i]);
+    }
+    window.getMediator().fitLandmarks();
+}
+
+QWidget* prepareRegistration(const QString& name, VRLRootWindow& root) {
+    VRLStack& stack = *root.mediator().currentStack();
+    root.mediator().setSlice(stack.getSlice(stack.getNumSlices() / 2));
+    QSettings().setValue("registrationWindow/size", QSize(1200, 960));
+    root.mediator().registerCurrentStack();
+    auto* window = opened<VRLRegistrationWindow>();
+    window->commands().action("view.frames").trigger();
+    if (name == "registration-cuts")
+        window->commands().action("view.strips").trigger();
+    if (name == "registration-landmarks")
+        setLandmarks(*window);
+    for (int i = 0; i < 200 && !SectionMarks::of(stack).withoutScore().empty(); ++i)
+        wait(100);
+    return window;
+}
+
 /// The window that the picture is of, opened by its command; null when there is none of this name.
 QWidget* prepare(const QString& name, VRLRootWindow& root) {
     root.resize(1200, 800);
@@ -56,6 +91,8 @@ QWidget* prepare(const QString& name, VRLRootWindow& root) {
             window->getMediator().setPose(stack.getPose(stack.getNumPoses() - 1));
         return window;
     }
+    if (name.startsWith("registration"))
+        return prepareRegistration(name, root);
     if (name == "analysis") {
         root.mediator().runAnalysis();
         auto* window = opened<VRLAnalysisWindow>();
@@ -100,7 +137,7 @@ int main(int argc, char** argv) {
     VorlenApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() != 4) {
-        std::cerr << "Usage: vorlen-picture main|rendering|analysis STACK.sdf PICTURE.png\n";
+        std::cerr << "Usage: vorlen-picture main|rendering|analysis|registration STACK.sdf PICTURE.png\n";
         return 2;
     }
     return draw(arguments[1], arguments[2], arguments[3]);

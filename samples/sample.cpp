@@ -1,7 +1,8 @@
 /// Writes the sample stack: 48 sections of 512 x 512 pixels that look like stained tissue, with five models.
 ///
-/// Usage: vorlen-sample FOLDER. Everything is made by formula, so that each run writes the same files, and the true
-/// sizes of the models follow from closed expressions; they are written to truth.txt beside the stack.
+/// Usage: vorlen-sample FOLDER. sample.sdf has the sections registered, unregistered.sdf the same ones as they lay
+/// before that. Everything is made by formula, so that each run writes the same files, and the true sizes of the models
+/// follow from closed expressions; they are written to truth.txt beside the stack.
 ///
 /// The structures are defined in world coordinates (micrometres, Y up, origin in the middle of the first section). Each
 /// section is then shifted and turned a little against the one before it, and the file holds the registration that
@@ -143,6 +144,13 @@ struct Vessel {
 
     double volume() const {
         return spacing * ((fork - first) * 2 * pi * limb * limb + (last + 1 - fork) * pi * halfWidth * halfDepth);
+    }
+    /// Walls, ends, and the step between the trunk and the limbs. The trunk's girth by Ramanujan's formula.
+    double area() const {
+        const double h =
+            (halfWidth - halfDepth) * (halfWidth - halfDepth) / ((halfWidth + halfDepth) * (halfWidth + halfDepth));
+        const double girth = pi * (halfWidth + halfDepth) * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)));
+        return spacing * ((fork - first) * 4 * pi * limb + (last + 1 - fork) * girth) + 2 * pi * halfWidth * halfDepth;
     }
 };
 
@@ -329,10 +337,49 @@ std::string describe(const Scene& scene, const std::vector<Outlines>& outlines) 
             numCells += int(cells.size());
     out << "Nucleus   volume " << scene.spheroid.volume() << " um^3, area " << scene.spheroid.area() << " um^2\n";
     out << "Ganglion  volume " << scene.peanut.volume() << " um^3\n";
-    out << "Vessel    volume " << scene.vessel.volume() << " um^3\n";
+    out << "Vessel    volume " << scene.vessel.volume() << " um^3, area " << scene.vessel.area() << " um^2\n";
     out << "Membrane  area " << scene.membrane.area() << " um^2\n";
     out << "Cells     " << numCells << " points\n";
     return out.str();
+}
+
+/// The stack description: with the registrations that bring the sections back, or as sections lie before that.
+void writeStack(std::ostream& out, const std::vector<Section>& sections, const std::vector<Outlines>& outlines,
+                bool registered) {
+    out << "FileFormatVersion 1.03;\nSTACK \"" << (registered ? "Sample" : "Sample, unregistered")
+        << "\";\nLengthUnitScale -6;\nPIXASPECT 1;\nPIXWIDTH " << pixel << ";\nRELPOSITION " << spacing
+        << ";\nLASTSEGMENTEDSLICE \"s022\";\nLASTREGISTEREDSLICE \"" << (registered ? "s047" : "")
+        << "\";\n"
+           "Annotation \"A sample stack made by formula\";\nAbsoluteImagesPathPolicy false;\n\nImagesPath "
+           "\"images/\";\n";
+    for (int i = 0; i < numSections; ++i) {
+        const Section& section = sections[i];
+        out << "\nSLICE \"" << sectionName(i) << "\" \"" << sectionName(i) << ".tif\";\nSliceSize1 " << size
+            << ";\nSliceSize2 " << size << ";\n";
+        if (registered && section.degrees != 0)
+            out << "ROTATE " << section.degrees << ";\n";
+        if (registered && (section.horizontal != 0 || section.vertical != 0))
+            out << "SHIFT " << section.horizontal << ' ' << section.vertical << ";\n";
+    }
+
+    const auto writeStructure = [&](const char* name, const char* geometry, const char* color, int opacity,
+                                    std::vector<std::vector<Point>> Outlines::*part) {
+        writeModel(out, name, geometry, color, opacity);
+        for (int i = 0; i < numSections; ++i)
+            writeItems(out, name, sectionName(i), sections[i], outlines[i].*part);
+    };
+    writeStructure("Nucleus", "Polygon", "214 69 65", 90, &Outlines::spheroid);
+    writeStructure("Ganglion", "Polygon", "65 131 215", 255, &Outlines::peanut);
+    writeStructure("Vessel", "Polygon", "38 166 91", 255, &Outlines::vessel);
+    writeStructure("Membrane", "Polyline", "244 179 80", 255, &Outlines::membrane);
+    writeStructure("Cells", "Polypoint", "155 89 182", 255, &Outlines::cells);
+
+    out << "\nPOSE \"Front\";\nPOSEROTATION 0 180 0;\nPOSESHIFT 0 0;\nPOSEZOOM 100;\nAMBIENTLIGHT 20;\nDIFFUSELIGHT "
+           "80;\n"
+           "SPECULARLIGHT 40;\n";
+    out << "\nPOSE \"Oblique\";\nPOSEROTATION 290 0 64;\nPOSESHIFT 0 0;\nPOSEZOOM 105;\nAMBIENTLIGHT 20;\n"
+           "DIFFUSELIGHT 80;\nSPECULARLIGHT 40;\n";
+    out.flush();
 }
 
 } // namespace
@@ -374,44 +421,13 @@ int main(int argc, char** argv) {
         }
     }
 
-    std::ofstream out(folder / "sample.sdf");
-    out << "FileFormatVersion 1.03;\nSTACK \"Sample\";\nLengthUnitScale -6;\nPIXASPECT 1;\nPIXWIDTH " << pixel
-        << ";\nRELPOSITION " << spacing
-        << ";\nLASTSEGMENTEDSLICE \"s022\";\nLASTREGISTEREDSLICE \"s047\";\n"
-           "Annotation \"A sample stack made by formula\";\nAbsoluteImagesPathPolicy false;\n\nImagesPath "
-           "\"images/\";\n";
-    for (int i = 0; i < numSections; ++i) {
-        const Section& section = sections[i];
-        out << "\nSLICE \"" << sectionName(i) << "\" \"" << sectionName(i) << ".tif\";\nSliceSize1 " << size
-            << ";\nSliceSize2 " << size << ";\n";
-        if (section.degrees != 0)
-            out << "ROTATE " << section.degrees << ";\n";
-        if (section.horizontal != 0 || section.vertical != 0)
-            out << "SHIFT " << section.horizontal << ' ' << section.vertical << ";\n";
-    }
-
-    const auto writeStructure = [&](const char* name, const char* geometry, const char* color, int opacity,
-                                    std::vector<std::vector<Point>> Outlines::*part) {
-        writeModel(out, name, geometry, color, opacity);
-        for (int i = 0; i < numSections; ++i)
-            writeItems(out, name, sectionName(i), sections[i], outlines[i].*part);
-    };
-    writeStructure("Nucleus", "Polygon", "214 69 65", 90, &Outlines::spheroid);
-    writeStructure("Ganglion", "Polygon", "65 131 215", 255, &Outlines::peanut);
-    writeStructure("Vessel", "Polygon", "38 166 91", 255, &Outlines::vessel);
-    writeStructure("Membrane", "Polyline", "244 179 80", 255, &Outlines::membrane);
-    writeStructure("Cells", "Polypoint", "155 89 182", 255, &Outlines::cells);
-
-    out << "\nPOSE \"Front\";\nPOSEROTATION 0 180 0;\nPOSESHIFT 0 0;\nPOSEZOOM 100;\nAMBIENTLIGHT 20;\nDIFFUSELIGHT "
-           "80;\n"
-           "SPECULARLIGHT 40;\n";
-    out << "\nPOSE \"Oblique\";\nPOSEROTATION 290 0 64;\nPOSESHIFT 0 0;\nPOSEZOOM 105;\nAMBIENTLIGHT 20;\n"
-           "DIFFUSELIGHT 80;\nSPECULARLIGHT 40;\n";
-    out.flush();
+    std::ofstream out(folder / "sample.sdf"), unregistered(folder / "unregistered.sdf");
+    writeStack(out, sections, outlines, true);
+    writeStack(unregistered, sections, outlines, false);
     std::ofstream truth(folder / "truth.txt");
     truth << describe(scene, outlines);
     truth.flush();
-    if (!out || !truth) {
+    if (!out || !unregistered || !truth) {
         std::cerr << "Cannot write the stack in " << folder << '\n';
         return 3;
     }

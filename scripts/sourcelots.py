@@ -1,4 +1,4 @@
-"""Which sources of a target can be compiled as one: those of which no private name stands in two.
+"""Which sources of a target can be compiled as one: those where no private name of one stands anywhere in another.
 
 Called as a program, with the build folder, it reads "target<tab>source" lines from BUILD/unity/sources.txt and writes
 BUILD/unity/groups.cmake, which tells CMake what to compile together.
@@ -12,6 +12,7 @@ UNNAMED = re.compile(r"^namespace \{$(.*?)^\} // namespace$", re.M | re.S)
 DECLARED = re.compile(r"(?:(?:class|struct|enum class|enum|using) (\w+)|[^(={\[;/]*?(\w+)\s*(?:[(={\[;]|$))")
 OUTSIDE = re.compile(r"^(?:static|const|constexpr|using) ")
 MACRO = re.compile(r"^#\s*define\s+(\w+)", re.M)
+NOT_CODE = re.compile(r"//.*|\"(?:\\\\.|[^\"\\\\\n])*\"")
 MOST_SOURCES = 8
 MOST_BYTES = 60000
 
@@ -28,19 +29,24 @@ def private_names(text):
     return names
 
 
-def lots(items, names, fits):
-    """Puts each item into the first lot that fits(lot, item) and that has none of its names, or into a new one."""
+def words(text):
+    """All names that stand in the code: a local one hides a private one of the same name, and warns."""
+    return set(re.findall(r"[A-Za-z_]\w*", NOT_CODE.sub("", text)))
+
+
+def lots(items, text, fits):
+    """Puts each item into the first lot that fits(lot, item) and where nothing clashes, or into a new one."""
     made = []
     for item in items:
-        own = names(item)
-        for lot, taken in made:
-            if not taken & own and fits(lot, item):
-                lot.append(item)
-                taken |= own
+        private, used = private_names(text(item)), words(text(item))
+        for lot in made:
+            clash = any(private & others or theirs & used for _, theirs, others in lot)
+            if not clash and fits([each for each, _, _ in lot], item):
+                lot.append((item, private, used))
                 break
         else:
-            made.append(([item], set(own)))
-    return [lot for lot, _ in made]
+            made.append([(item, private, used)])
+    return [[each for each, _, _ in lot] for lot in made]
 
 
 def main():
@@ -58,7 +64,7 @@ def main():
         def fits(lot, source):
             return len(lot) < MOST_SOURCES and sum(len(texts[each]) for each in [*lot, source]) <= MOST_BYTES
 
-        for number, lot in enumerate(lots(sources, lambda source: private_names(texts[source]), fits)):
+        for number, lot in enumerate(lots(sources, texts.get, fits)):
             if len(lot) > 1:
                 text += f"set_property(SOURCE {' '.join(str(each) for each in lot)} TARGET_DIRECTORY {target}\n"
                 text += f"    PROPERTY UNITY_GROUP {number})\n"

@@ -39,7 +39,7 @@ void CommandLine::addFormatOption() {
     addOption({"f", "format"}, "How results are printed: table, csv or json.", "format", "table");
 }
 
-std::optional<int> CommandLine::parse(const QStringList& arguments, int maxFiles) {
+std::optional<int> CommandLine::parse(const QStringList& arguments, int maxFiles, bool needsFile) {
     const bool good = __parser.parse(arguments);
     if (__parser.isSet("help")) {
         std::cout << __parser.helpText().toStdString();
@@ -48,7 +48,7 @@ std::optional<int> CommandLine::parse(const QStringList& arguments, int maxFiles
     if (!good)
         return usageError(__parser.errorText());
     const qsizetype numFiles = __parser.positionalArguments().size();
-    if (numFiles == 0)
+    if (numFiles == 0 && needsFile)
         return usageError("no file given");
     if (maxFiles > 0 && numFiles > maxFiles)
         return usageError("too many files given");

@@ -31,8 +31,9 @@ public:
     void addFormatOption();
 
     /// An exit status when there is nothing more to do: help was asked for, or the usage is wrong, which is told on the
-    /// standard error stream. At least one file must be given, and no more than maxFiles when that is above 0.
-    std::optional<int> parse(const QStringList& arguments, int maxFiles = 0);
+    /// standard error stream. At least one file must be given, unless none is needed, and no more than maxFiles when
+    /// that is above 0.
+    std::optional<int> parse(const QStringList& arguments, int maxFiles = 0, bool needsFile = true);
 
     bool isSet(const QString& name) const { return __parser.isSet(name); }
     QString value(const QString& name) const { return __parser.value(name); }

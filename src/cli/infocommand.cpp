@@ -4,6 +4,7 @@
 #include <iostream>
 #include <limits>
 
+#include "cli/csvtables.h"
 #include "cli/jsonwriter.h"
 #include "cli/outputformat.h"
 #include "cli/pixelcheck.h"
@@ -19,7 +20,7 @@ namespace vorlen {
 namespace {
 
 std::string imageText(const StackSlice& slice) {
-    return slice.isEmpty() ? "" : slice.getImageSource().getName();
+    return slice.hasImageSource() ? slice.getImageSource().getName() : "";
 }
 
 /// A member for the values and an array with the numbers of each channel; of no values they are null.
@@ -77,7 +78,7 @@ void writeJson(JsonWriter& json, const StackFile& file, const std::vector<SliceP
     json.beginArray();
     for (int i = 0; i < stack.getNumSlices(); ++i) {
         const StackSlice& slice = stack.getSlice(i);
-        const bool empty = slice.isEmpty();
+        const bool empty = !slice.hasImageSource();
         json.beginObject();
         json.member("name", slice.getName());
         json.member("image", imageText(slice));
@@ -111,7 +112,8 @@ void writeJson(JsonWriter& json, const StackFile& file, const std::vector<SliceP
     json.endObject();
 }
 
-void printTables(const StackFile& file, OutputFormat format, const std::vector<SlicePixels>& pixels) {
+void printTables(const StackFile& file, OutputFormat format, const std::vector<SlicePixels>& pixels,
+                 CsvTables& collected) {
     const Stack& stack = file.getStack();
     std::vector<std::string> columns = {"Slice",    "Image",      "Width",       "Height", "Depth",
                                         "Position", "PixelWidth", "PixelHeight", "Shift",  "Rotation"};
@@ -120,7 +122,7 @@ void printTables(const StackFile& file, OutputFormat format, const std::vector<S
     TextTable slices(columns);
     for (int i = 0; i < stack.getNumSlices(); ++i) {
         const StackSlice& slice = stack.getSlice(i);
-        const bool empty = slice.isEmpty();
+        const bool empty = !slice.hasImageSource();
         const Registration& registration = slice.getRegistration();
         std::string image = imageText(slice);
         if (format == OutputFormat::Table)
@@ -133,8 +135,8 @@ void printTables(const StackFile& file, OutputFormat format, const std::vector<S
                                           shortNumber(slice.getAbsolutePosition()),
                                           shortNumber(slice.getPixelCalibration().getPixelWidth()),
                                           shortNumber(slice.getPixelCalibration().getPixelHeight()),
-                                          std::to_string(registration.getHorShift()) + " " +
-                                              std::to_string(registration.getVerShift()),
+                                          shortNumber(registration.getHorShift()) + " " +
+                                              shortNumber(registration.getVerShift()),
                                           shortNumber(registration.getRotationAngle())};
         if (!pixels.empty()) {
             const std::vector<std::string> more =
@@ -143,10 +145,8 @@ void printTables(const StackFile& file, OutputFormat format, const std::vector<S
         }
         slices.addRow(cells);
     }
-    if (format == OutputFormat::Csv) {
-        slices.printCsv(std::cout);
-        return;
-    }
+    if (format == OutputFormat::Csv)
+        return collected.add("Slices", file, slices);
     std::cout << file.getName() << ": stack \"" << stack.getName() << "\", unit " << stack.getLengthUnit().symbol()
               << ", " << stack.getNumSlices() << " slices, " << stack.getNumModels() << " models, "
               << stack.getNumPoses() << " poses\n\n";
@@ -173,68 +173,19 @@ int infoCommand(const QStringList& arguments) {
                      "STACK.sdf...", "Stack description files (.sdf).");
     line.addFormatOption();
     line.addFlag("pixels", "Read all pixels: type of the values, and least, greatest and mean value of each channel.");
-    return reportOnStacks(line, arguments, [&line](const StackFile& file, OutputFormat format, JsonWriter& json) {
+    CsvTables collected;
+    const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
         const std::vector<SlicePixels> pixels = pixelsOf(file.getStack(), line.isSet("pixels"));
         if (format == OutputFormat::Json)
             writeJson(json, file, pixels);
         else
-            printTables(file, format, pixels);
+            printTables(file, format, pixels, collected);
         const bool good =
             std::all_of(pixels.begin(), pixels.end(), [](const auto& each) { return each.problem.empty(); });
         return int(good ? ExitGood : ExitProblems);
-    });
-}
-
-int checkCommand(const QStringList& arguments) {
-    CommandLine line("check", "Tells what is wrong with stacks; exit status 1 when something is.", "STACK.sdf...",
-                     "Stack description files (.sdf).");
-    line.addFormatOption();
-    line.addFlag("pixels", "Read every pixel of the images, and tell what can't be read.");
-    TextTable table({"File", "Opened", "Fatal", "Message"});
-    bool csv = false;
-    const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
-        std::vector<std::string> log = file.getLog();
-        int numFatal = file.getNumFatalErrors();
-        if (line.isSet("pixels") && file.isOpened())
-            for (const std::string& problem : checkPixels(file.getStack())) {
-                log.push_back(problem);
-                ++numFatal;
-            }
-        const bool clean = log.empty() && numFatal == 0;
-        if (format == OutputFormat::Json) {
-            json.beginObject();
-            json.member("file", file.getName());
-            json.member("opened", file.isOpened());
-            json.member("fatal", numFatal);
-            json.key("log");
-            json.beginArray();
-            for (const std::string& message : log)
-                json.value(message);
-            json.endArray();
-            json.endObject();
-        } else if (format == OutputFormat::Csv) {
-            csv = true;
-            const std::string opened = file.isOpened() ? "true" : "false";
-            for (const std::string& message : log)
-                table.addRow({file.getName(), opened, std::to_string(numFatal), message});
-            if (log.empty())
-                table.addRow({file.getName(), opened, std::to_string(numFatal), ""});
-        } else if (!file.isOpened()) {
-            std::cout << file.getName() << ": cannot be read\n";
-        } else {
-            std::cout << file.getName() << ": ";
-            if (clean)
-                std::cout << "no problems\n";
-            else
-                std::cout << log.size() << " problems, " << numFatal << " fatal\n";
-            for (const std::string& message : log)
-                std::cout << "  " << message << '\n';
-        }
-        return int(!file.isOpened() ? ExitFileError : clean ? ExitGood : ExitProblems);
     };
-    const int status = reportOnFiles(line, arguments, report);
-    if (csv)
-        table.printCsv(std::cout);
+    const int status = reportOnStacks(line, arguments, report);
+    collected.print(std::cout, line.files().size() > 1, false);
     return status;
 }
 

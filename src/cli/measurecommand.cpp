@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/csvtables.h"
 #include "cli/jsonwriter.h"
 #include "cli/outputformat.h"
 #include "cli/stackfile.h"
@@ -17,8 +18,8 @@ namespace vorlen {
 namespace {
 
 struct Measurements {
-    explicit Measurements(const Stack& stack)
-        : models(MeasurementTable::ofModels(stack)), items(MeasurementTable::ofItems(stack)),
+    Measurements(const Stack& stack, MeasurementTable::Errors errors)
+        : models(MeasurementTable::ofModels(stack, errors)), items(MeasurementTable::ofItems(stack)),
           slices(MeasurementTable::ofSlices(stack)) {}
 
     MeasurementTable models, items, slices;
@@ -54,6 +55,61 @@ void writeMembers(JsonWriter& json, const MeasurementTable& table, int row, int 
             writeCell(json, table, row, k);
         json.endArray();
     }
+}
+
+/// How the numbers of a row were come by, by their keys.
+void writeEstimators(JsonWriter& json, const MeasurementTable& table, int row) {
+    json.key("estimators");
+    json.beginObject();
+    const auto& columns = table.getColumns();
+    for (int column = 0; column < int(columns.size()); ++column) {
+        const std::string& key = columns[std::size_t(column)].key;
+        const bool isFirst = column == 0 || columns[std::size_t(column) - 1].key != key;
+        if (isFirst && !table.getEstimator(row, column).empty())
+            json.member(key, table.getEstimator(row, column));
+    }
+    json.endObject();
+}
+
+void writeCertificate(JsonWriter& json, const SurfaceCertificate* certificate) {
+    json.key("certificate");
+    if (certificate == nullptr)
+        return json.null();
+    json.beginObject();
+    json.key("closed");
+    json.value(certificate->closed);
+    json.key("oriented");
+    json.value(certificate->oriented);
+    json.key("outward");
+    json.value(certificate->outward);
+    json.key("manifold");
+    json.value(certificate->manifold);
+    json.key("parts");
+    json.value(certificate->parts);
+    json.key("eulerNumber");
+    json.value(int(certificate->euler));
+    json.key("genus");
+    if (certificate->genus() >= 0)
+        json.value(int(certificate->genus()));
+    else
+        json.null();
+    json.key("volume");
+    json.value(certificate->volume);
+    json.endObject();
+}
+
+/// An array of the rows of the table of models.
+void writeModels(JsonWriter& json, const MeasurementTable& table) {
+    json.key("models");
+    json.beginArray();
+    for (int row = 0; row < table.getNumRows(); ++row) {
+        json.beginObject();
+        writeMembers(json, table, row, int(table.getColumns().size()));
+        writeEstimators(json, table, row);
+        writeCertificate(json, table.getCertificate(row));
+        json.endObject();
+    }
+    json.endArray();
 }
 
 /// An array of the table's rows.
@@ -93,7 +149,7 @@ void writeJson(JsonWriter& json, const StackFile& file, const Measurements& meas
     json.member("file", file.getName());
     json.member("stack", file.getStack().getName());
     json.member("unit", file.getStack().getLengthUnit().symbol());
-    writeRows(json, "models", measurements.models);
+    writeModels(json, measurements.models);
     writeRows(json, "items", measurements.items);
     writeSlices(json, measurements.slices);
     json.endObject();
@@ -128,14 +184,16 @@ TextTable textOf(const MeasurementTable& table, bool csv) {
     return text;
 }
 
-void printTables(const StackFile& file, const Measurements& measurements, OutputFormat format, bool modelsOnly) {
+/// Those of comma-separated values are collected, to be printed behind the last file.
+void printTables(const StackFile& file, const Measurements& measurements, OutputFormat format, bool modelsOnly,
+                 CsvTables& collected) {
     const bool csv = format == OutputFormat::Csv;
     const auto show = [&](const char* title, const MeasurementTable& table) {
         const TextTable text = textOf(table, csv);
         if (csv)
-            text.printCsv(std::cout);
-        else
-            std::cout << title << '\n', text.print(std::cout);
+            return collected.add(title, file, text);
+        std::cout << title << '\n';
+        text.print(std::cout);
         std::cout << '\n';
     };
     if (!csv)
@@ -164,16 +222,24 @@ int measureCommand(const QStringList& arguments) {
                      "Stack description files (.sdf).");
     line.addFormatOption();
     line.addFlag("models-only", "Print the table of models only; not for json.");
-    return reportOnStacks(line, arguments, [&line](const StackFile& file, OutputFormat format, JsonWriter& json) {
+    line.addFlag("error", "Estimate errors by leaving out every second section: how much volume and areas change.");
+    CsvTables collected;
+    const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
+        if (!file.isMeasurable())
+            return int(ExitProblems);
         return guarded("measure " + file.getName(), [&] {
-            const Measurements measurements(file.getStack());
+            using Errors = MeasurementTable::Errors;
+            const Measurements measurements(file.getStack(), line.isSet("error") ? Errors::Estimated : Errors::Unknown);
             if (format == OutputFormat::Json)
                 writeJson(json, file, measurements);
             else
-                printTables(file, measurements, format, line.isSet("models-only"));
+                printTables(file, measurements, format, line.isSet("models-only"), collected);
             return reportFailures(file, measurements);
         });
-    });
+    };
+    const int status = reportOnStacks(line, arguments, report);
+    collected.print(std::cout, line.files().size() > 1, true);
+    return status;
 }
 
 } // namespace vorlen

@@ -355,6 +355,11 @@ int normalizeCommand(const QStringList& arguments) {
     }
     if (status == ExitFileError)
         return status;
+    bool measurable = true;
+    for (const auto& file : files)
+        measurable = file->isMeasurable() && measurable;
+    if (!measurable)
+        return ExitProblems;
     nameStacks(files);
     std::vector<const Stack*> stacks;
     stacks.reserve(files.size());

@@ -47,14 +47,4 @@ std::string furtherPages(const StackSlice& slice) {
     return "";
 }
 
-std::vector<std::string> checkPixels(const Stack& stack) {
-    std::vector<std::string> problems;
-    for (int i = 0; i < stack.getNumSlices(); ++i) {
-        const std::string problem = readPixels(stack.getSlice(i)).problem;
-        if (!problem.empty())
-            problems.push_back(problem);
-    }
-    return problems;
-}
-
 } // namespace vorlen

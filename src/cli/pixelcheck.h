@@ -8,7 +8,6 @@
 
 namespace vorlen {
 
-class Stack;
 class StackSlice;
 
 /// Statistics of the slice's pixels, or why they can't be read, in a sentence that begins with the file's name.
@@ -22,8 +21,5 @@ SlicePixels readPixels(const StackSlice& slice);
 
 /// A sentence on a slice that shows the first of several pages of its file; empty for others.
 std::string furtherPages(const StackSlice& slice);
-
-/// Reads every pixel of the stack's images: a sentence for each that can't be read.
-std::vector<std::string> checkPixels(const Stack& stack);
 
 } // namespace vorlen

@@ -9,6 +9,7 @@
 #include "document/stackreader.h"
 #include "document/stackslice.h"
 #include "files/fileinfo.h"
+#include "images/files/imagesourceplaceholder.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -46,6 +47,29 @@ void StackFile::findFaults() {
         __log.push_back(fault);
         ++__numFatalErrors;
     }
+}
+
+bool StackFile::isMeasurable() const {
+    bool measurable = true;
+    for (int i = 0; i < __stack->getNumSlices(); ++i) {
+        const StackSlice& slice = __stack->getSlice(i);
+        const auto* lost =
+            slice.hasImageSource() ? dynamic_cast<const ImageSourcePlaceholder*>(&slice.getImageSource()) : nullptr;
+        if (slice.hasImageSource() && lost == nullptr)
+            continue;
+        const bool hasSize = lost != nullptr && lost->hasSize();
+        std::cerr << "vorlen-cli: " << __name << ": the image of slice \"" << slice.getName() << "\" is missing"
+                  << (hasSize ? "; the size that the file gives stands for it, " + std::to_string(lost->getSize2()) +
+                                    " x " + std::to_string(lost->getSize1()) + " pixels"
+                              : ", and the file does not give its size: where the outlines lie is not known")
+                  << '\n';
+        measurable = measurable && hasSize;
+    }
+    if (!measurable)
+        std::cerr
+            << "vorlen-cli: " << __name
+            << " is left out. Put the images back, or find them with 'vorlen-cli check --fix --images DIRECTORY'\n";
+    return measurable;
 }
 
 int StackFile::report() const {

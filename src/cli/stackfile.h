@@ -29,6 +29,10 @@ public:
     Stack& getStack() { return *__stack; }
     const Stack& getStack() const { return *__stack; }
 
+    /// Tells of lost images on the standard error stream: the size that the file gives stands for one, and where it
+    /// gives none the stack has no place in space, and this is false.
+    bool isMeasurable() const;
+
     /// Writes the problems to the standard error stream, if there are any, and gives the exit status they stand for.
     int report() const;
 

@@ -42,6 +42,19 @@ void TextTable::addRow(std::vector<std::string> cells) {
     __rows.push_back(std::move(cells));
 }
 
+void TextTable::putInFront(const std::vector<std::string>& headers, const std::vector<std::string>& cells) {
+    __headers.insert(__headers.begin(), headers.begin(), headers.end());
+    for (auto& row : __rows)
+        row.insert(row.begin(), cells.begin(), cells.end());
+}
+
+bool TextTable::append(const TextTable& other) {
+    if (other.__headers != __headers)
+        return false;
+    __rows.insert(__rows.end(), other.__rows.begin(), other.__rows.end());
+    return true;
+}
+
 void TextTable::print(std::ostream& stream) const {
     const std::size_t numColumns = __headers.size();
     std::vector<std::size_t> widths(numColumns);

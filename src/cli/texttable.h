@@ -12,6 +12,10 @@ public:
     explicit TextTable(std::vector<std::string> headers);
 
     void addRow(std::vector<std::string> cells);
+    /// Puts columns in front of the others, with the same cells in each row.
+    void putInFront(const std::vector<std::string>& headers, const std::vector<std::string>& cells);
+    /// Takes the rows of a table of the same columns over; false, and nothing, for another one.
+    bool append(const TextTable& other);
     bool isEmpty() const { return __rows.empty(); }
 
     /// Columns padded with blanks to their widest cell, two blanks between; numbers stand to the right.

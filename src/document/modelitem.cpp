@@ -122,9 +122,17 @@ void ModelItem::attachToSlice() {
         __slice->addItem(*this);
 }
 
+// On both lists or, where there is no memory for one of them, on those that it was on before.
 void ModelItem::attach() {
+    const bool wasOnModel = __model == nullptr || __model->placeOf(*this) != 0;
     attachToModel();
-    attachToSlice();
+    try {
+        attachToSlice();
+    } catch (...) {
+        if (!wasOnModel)
+            detachFromModel();
+        throw;
+    }
 }
 
 void ModelItem::detachFromModel() {

@@ -16,8 +16,8 @@ class Model;
 class ModelItemOwner;
 class StackSlice;
 
-/// One outline, or one set of points, of a model on a slice. Vertices are whole pixel positions (column, row) in the
-/// slice's displayed grid.
+/// One outline, or one set of points, of a model on a slice. Vertices are whole pixel positions (column, row) of the
+/// slice's image as it is in its file.
 ///
 /// An item on a slice or in a model is deleted by whichever of the two goes first; an item that is listed nowhere
 /// belongs to its maker. Deletion takes the item off all lists. The vertices belong to the item alone.

@@ -41,6 +41,17 @@ public:
     /// True without a source, or with one that names no image.
     bool isEmpty() const;
 
+    /// True with a source, also with one that names no image, such as the placeholder of a lost one.
+    bool hasImageSource() const { return __imageSource != nullptr; }
+
+    /// Height and width of the image as the file told them that the slice was read from; 0 for what it did not tell.
+    struct StatedSize {
+        int height = 0;
+        int width = 0;
+    };
+    void setStatedSize(const StatedSize& size) { __statedSize = size; }
+    const StatedSize& getStatedSize() const { return __statedSize; }
+
     void setPixelCalibration(const PixelCalibration& calibration);
     PixelCalibration& getPixelCalibration() { return __pixelCalibration; }
     const PixelCalibration& getPixelCalibration() const { return __pixelCalibration; }
@@ -64,6 +75,7 @@ private:
     std::string __annotation;
     std::unique_ptr<ImageSource> __imageSource;
     PixelCalibration __pixelCalibration;
+    StatedSize __statedSize;
 };
 
 } // namespace vorlen

@@ -219,7 +219,7 @@ bool Stack::isRegular() const {
     if (n < 2)
         return n == 1;
     const auto size = [](const StackSlice& slice) {
-        return slice.isEmpty() ? std::pair(0, 0) : std::pair(slice.height(), slice.width());
+        return !slice.hasImageSource() ? std::pair(0, 0) : std::pair(slice.height(), slice.width());
     };
     const auto firstSize = size(getSlice(0));
     const std::vector<float> positions = getAbsolutePositions();

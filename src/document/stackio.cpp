@@ -191,20 +191,21 @@ std::string StackIO::unprotect(std::string_view text) {
 void StackIO::clearLog() {
     __log.clear();
     __messages.clear();
+    __problems.clear();
     __numFatalErrors = 0;
 }
 
-void StackIO::log(const std::string& message, const std::string& place) {
+void StackIO::log(StackProblem problem) {
     if (static_cast<int>(__log.size()) > maxLogLines)
         return;
-    std::string line = message.size() > maxMessageLength ? message.substr(0, maxMessageLength) + "..." : message;
-    std::string where = place.substr(0, maxMessageLength);
-    if (static_cast<int>(__log.size()) == maxLogLines) {
-        line.assign("There are more problems than are listed here.");
-        where.clear();
-    }
-    __messages.push_back(line + where);
-    __log.push_back(std::move(line));
+    if (!logsMore())
+        problem = {ProblemCode::MoreProblems, "There are more problems than are listed here."};
+    for (std::string* text : {&problem.message, &problem.model, &problem.slice})
+        if (text->size() > maxMessageLength)
+            *text = text->substr(0, maxMessageLength) + "...";
+    __messages.push_back(problem.toText());
+    __log.push_back(problem.message);
+    __problems.push_back(std::move(problem));
 }
 
 void StackIO::addFatalError() {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "document/stackproblem.h"
 #include "progress/progresssubject.h"
 
 namespace vorlen {
@@ -89,6 +90,8 @@ public:
     const std::vector<std::string>& getLog() const;
     /// The same for users, with the place that each problem concerns: "... (line 12, model "m", slice "s1")".
     const std::vector<std::string>& getMessages() const { return __messages; }
+    /// The same with code and place, for programs.
+    const std::vector<StackProblem>& getProblems() const { return __problems; }
     /// Problems that cost the stack an image.
     int getNumFatalErrors() const;
 
@@ -120,8 +123,10 @@ protected:
     StackIO() = default;
 
     void clearLog();
-    /// The place goes to the messages alone.
-    void log(const std::string& message, const std::string& place = {});
+    /// The place goes to the messages and problems alone.
+    void log(StackProblem problem);
+    /// False when there is no room for another problem, which is then only counted: its place need not be looked for.
+    bool logsMore() const { return static_cast<int>(__log.size()) < maxLogLines; }
     void addFatalError();
 
 private:
@@ -131,6 +136,7 @@ private:
 
     std::vector<std::string> __log;
     std::vector<std::string> __messages;
+    std::vector<StackProblem> __problems;
     int __numFatalErrors = 0;
     float __fileFormatVersion = 1.03f;
 };

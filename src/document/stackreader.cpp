@@ -9,6 +9,7 @@
 #include <cstring>
 #include <locale>
 #include <optional>
+#include <set>
 #include <unordered_set>
 
 #include <fcntl.h>
@@ -27,6 +28,7 @@
 #include "files/fileinfo.h"
 #include "images/files/imagesourcefile.h"
 #include "images/files/imagesourcekinds.h"
+#include "images/files/imagesourceplaceholder.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -119,6 +121,12 @@ float toReal(std::string_view text) {
 float toFinite(std::string_view text) {
     const float value = toReal(text);
     return std::isfinite(value) ? value : 0;
+}
+
+/// Pixels and decimals of them; 0 for what is no number, and no more than an int holds.
+double toShift(std::string_view text) {
+    const double value = std::strtod(std::string(text.substr(0, 256)).c_str(), nullptr);
+    return std::isnan(value) ? 0 : std::clamp<double>(value, -INT_MAX, INT_MAX);
 }
 
 bool toBool(std::string_view text) {
@@ -244,11 +252,14 @@ void StackReader::readText(Stack& stack, const std::string& text, const std::str
     __latest = &stack;
     __whole = true;
     __lost = false;
+    __objectLines.clear();
+    __valueLines.clear();
 
     const unsigned long long size = std::max<std::size_t>(text.size(), 1);
     unsigned long long total = 0;
-    const char* cursor = text.data();
-    const char* const end = cursor + text.size();
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    const char* cursor = text.data() + (text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0);
+    const char* const end = text.data() + text.size();
     __counted = cursor;
     __line = 1;
     const std::string outlineKeyword = getString(MODELITEMDATA); // tokens only look at their text
@@ -264,7 +275,7 @@ void StackReader::readText(Stack& stack, const std::string& text, const std::str
             if (statement.empty() && cursor == end) {
                 if (hasStatement(start, end)) {
                     __whole = false;
-                    log("The file is cut off within its last statement (line " + std::to_string(lineOf(end)) + ").");
+                    log({ProblemCode::FileCut, "The file is cut off within its last statement.", lineOf(end)});
                 }
                 break;
             }
@@ -279,10 +290,11 @@ void StackReader::readText(Stack& stack, const std::string& text, const std::str
     }
 
     if (error != 0)
-        log(std::string("The file could not be read to its end: ") + std::strerror(error) + ".");
+        log({ProblemCode::FileReadError,
+             std::string("The file could not be read to its end: ") + std::strerror(error) + "."});
     else if (__whole && text.find(wholeFileAnnouncement) < 1024 && text.rfind(wholeFileMark) == std::string::npos)
-        log("The file is cut off: its last line is " + std::to_string(lineOf(end)) +
-            ", and it lacks the one that says that it is whole.");
+        log({ProblemCode::FileCut, "The file is cut off: it lacks the last line that says that it is whole.",
+             lineOf(end)});
     else
         error = -1;
     __whole = __whole && error == -1;
@@ -300,37 +312,57 @@ void StackReader::parseStatement(const Tokens& tokens, StackIOContext& context, 
     const Keyword keyword = tokens.empty() ? UNKNOWN : getKeyword(std::string(tokens.front()));
     const bool opens = opensObject(keyword, tokens);
     const std::string word = tokens.empty() ? std::string() : std::string(tokens.front().substr(0, 80));
-    const auto logError = [&](const std::string& sentence) { log(sentence, place(tokens, context, text)); };
+    const auto report = [&](ProblemCode code, const std::string& sentence) {
+        StackProblem problem(code, sentence);
+        log(logsMore() ? placed(std::move(problem), tokens, context, text) : problem);
+    };
     try {
-        if (__lost && !opens && handler(keyword) != &StackReader::inputImageStatement)
-            throw ContextError();
+        if (!isKnown(keyword, tokens)) { // the same as throwing, and a file may be full of it
+            report(ProblemCode::UnknownKeyword, "Error on " + word + ": unknown keyword (ignored).");
+            keepUnread(text, *context.getStack());
+            return;
+        }
         if (__lost && !opens)
-            imageSourceKind(tokens), throw ContextError();
+            throw ContextError();
         carryOut(keyword, tokens, context);
         if (opens)
-            openObject(keyword, context);
+            openObject(keyword, context, text);
+        else if (__notesLines)
+            noteValue(keyword, context, text);
         return;
     } catch (const ArgValueError&) {
-        logError("Error on " + word + ": invalid argument.");
+        report(ProblemCode::InvalidArgument, "Error on " + word + ": invalid argument.");
     } catch (const ContextError&) {
-        logError("Error: " + word + " is invalid in this context.");
+        report(ProblemCode::WrongContext, "Error: " + word + " is invalid in this context.");
     } catch (const FileError& error) {
         addFatalError();
-        logError("Error: " + error.getFile() + ": " + error.getWhat() + ".");
+        struct stat info;
+        const bool isThere = ::stat(error.getFile().c_str(), &info) == 0;
+        report(isThere ? ProblemCode::ImageUnreadable : ProblemCode::ImageMissing,
+               "Error: " + error.getFile() + ": " + error.getWhat() + ".");
         if (opens)
-            openObject(keyword, context); // the slice is there without its image
+            openObject(keyword, context, text); // the slice is there, with a placeholder for its image
         return;
     } catch (const KeywordError&) {
-        logError("Error on " + word + ": unknown keyword (ignored).");
+        report(ProblemCode::UnknownKeyword, "Error on " + word + ": unknown keyword (ignored).");
     } catch (const NumArgsError&) {
-        logError("Error on " + word + ": invalid number of arguments.");
+        const bool isEmptyOutline = keyword == MODELITEMDATA && tokens.size() < 2;
+        report(isEmptyOutline ? ProblemCode::OutlineEmpty : ProblemCode::ArgumentCount,
+               "Error on " + word + ": invalid number of arguments.");
     } catch (const Exception& error) {
-        logError("Error on " + word + ": " + error.getWhat() + ".");
+        report(ProblemCode::StatementFailed, "Error on " + word + ": " + error.getWhat() + ".");
     }
     __lost = __lost || opens;
     const bool isEmptyOutline = keyword == MODELITEMDATA && tokens.size() < 2;
     if (__lost || !isEmptyOutline) // which has nothing to keep, and would stand beside the vertices that the item gets
         keepUnread(text, *context.getStack());
+}
+
+/// Whether the word is one of the format, or of a kind of image source.
+bool StackReader::isKnown(Keyword keyword, const Tokens& tokens) const {
+    return keyword != UNKNOWN ||
+           std::any_of(__imageSourceKinds.begin(), __imageSourceKinds.end(),
+                       [&](const ImageSourceKind& kind) { return !tokens.empty() && kind.keyword == tokens.front(); });
 }
 
 bool StackReader::opensObject(Keyword keyword, const Tokens& tokens) const {
@@ -354,7 +386,7 @@ bool StackReader::opensObject(Keyword keyword, const Tokens& tokens) const {
 }
 
 /// Notes the object that a statement has just made.
-void StackReader::openObject(Keyword keyword, const StackIOContext& context) {
+void StackReader::openObject(Keyword keyword, const StackIOContext& context, std::string_view text) {
     __lost = false;
     switch (keyword) {
     case MODEL:
@@ -379,6 +411,28 @@ void StackReader::openObject(Keyword keyword, const StackIOContext& context) {
     default:
         __latest = context.getSlice();
     }
+    if (__notesLines)
+        __objectLines[__latest] = lineOf(text.data() + statementStart(text));
+}
+
+void StackReader::noteValue(Keyword keyword, const StackIOContext& context, std::string_view text) {
+    static const std::set<Keyword> noted = {PIXWIDTH, PIXHEIGHT, PIXASPECT, POSITION, RELPOSITION, ROTATE};
+    if (noted.count(keyword) == 0)
+        return;
+    const UnreadText* object = context.getSlice();
+    if (object == nullptr)
+        object = context.getStack();
+    __valueLines[{object, keyword}] = lineOf(text.data() + statementStart(text));
+}
+
+int StackReader::lineOf(const UnreadText& object, Keyword keyword) const {
+    const auto found = __valueLines.find({&object, keyword});
+    return found == __valueLines.end() ? 0 : found->second;
+}
+
+int StackReader::lineOf(const UnreadText& object) const {
+    const auto found = __objectLines.find(&object);
+    return found == __objectLines.end() ? 0 : found->second;
 }
 
 void StackReader::keepUnread(std::string_view text, Stack& stack) {
@@ -388,26 +442,22 @@ void StackReader::keepUnread(std::string_view text, Stack& stack) {
     (__lost ? stack.unreadObjects() : *__latest).appendUnreadText(kept);
 }
 
-/// Where a statement stands and what it concerns, in brackets.
-std::string StackReader::place(const Tokens& tokens, const StackIOContext& context, std::string_view text) {
-    std::string model, slice;
+/// The problem with where the statement stands and what it concerns.
+StackProblem StackReader::placed(StackProblem problem, const Tokens& tokens, const StackIOContext& context,
+                                 std::string_view text) {
     if (!tokens.empty() && getKeyword(std::string(tokens.front())) == MODELITEM) {
-        model = tokens.size() > 1 ? toName(tokens[1]) : "";
-        slice = tokens.size() > 2 ? toName(tokens[2]) : "";
+        problem.model = tokens.size() > 1 ? toName(tokens[1]) : "";
+        problem.slice = tokens.size() > 2 ? toName(tokens[2]) : "";
     } else if (!__lost && context.getItem() != nullptr) {
-        model = context.getItem()->getModel()->getName();
-        slice = context.getItem()->getSlice()->getName();
+        problem.model = context.getItem()->getModel()->getName();
+        problem.slice = context.getItem()->getSlice()->getName();
     } else if (!__lost && context.getModel() != nullptr) {
-        model = context.getModel()->getName();
+        problem.model = context.getModel()->getName();
     } else if (!__lost && context.getSlice() != nullptr) {
-        slice = context.getSlice()->getName();
+        problem.slice = context.getSlice()->getName();
     }
-    std::string result = " (line " + std::to_string(lineOf(text.data() + statementStart(text)));
-    if (!model.empty())
-        result += ", model \"" + model + "\"";
-    if (!slice.empty())
-        result += ", slice \"" + slice + "\"";
-    return result + ")";
+    problem.line = lineOf(text.data() + statementStart(text));
+    return problem;
 }
 
 /// The line of a place that is not before the one asked for last.
@@ -432,8 +482,10 @@ void StackReader::renameDuplicates(Stack& stack) {
         if (seen.insert(old).second)
             continue;
         slice.setName(sliceNames.take(old));
-        log("Two slices are named \"" + old + "\": slice " + std::to_string(i + 1) + " is now \"" + slice.getName() +
-            "\". The file does not tell the outlines of the two apart: all stand on the first.");
+        log({ProblemCode::SliceNameDuplicate,
+             "Two slices are named \"" + old + "\": slice " + std::to_string(i + 1) + " is now \"" + slice.getName() +
+                 "\". The file does not tell the outlines of the two apart: all stand on the first.",
+             lineOf(slice), "", slice.getName()});
     }
     seen.clear();
     for (int i = 0; i < stack.getNumModels(); ++i)
@@ -446,8 +498,10 @@ void StackReader::renameDuplicates(Stack& stack) {
         if (seen.insert(old).second)
             continue;
         model.setName(modelNames.take(old));
-        log("Two models are named \"" + old + "\": model " + std::to_string(i + 1) + " is now \"" + model.getName() +
-            "\".");
+        log({ProblemCode::ModelNameDuplicate,
+             "Two models are named \"" + old + "\": model " + std::to_string(i + 1) + " is now \"" + model.getName() +
+                 "\".",
+             lineOf(model), model.getName()});
     }
 }
 
@@ -780,12 +834,15 @@ void StackReader::beginSlice(const ImageSourceKind& kind, const Tokens& tokens, 
     try {
         requireRegularFiles(statement);
         source = kind.make(statement);
-    } catch (const Exception&) {
+    } catch (const Exception& error) {
         addFatalError();
-        addSlice(tokens[1], nullptr, context);
-        throw;
+        const ImageSourcePlaceholder placeholder(statement, error.getWhat());
+        addSlice(tokens[1], placeholder, context);
+        if (dynamic_cast<const FileError*>(&error) != nullptr)
+            throw;
+        throw FileFormatError("void StackReader::beginSlice(...)", error.getWhat(), placeholder.getName());
     }
-    addSlice(tokens[1], source.get(), context);
+    addSlice(tokens[1], *source, context);
 }
 
 void StackReader::addToImage(const ImageSourceKind& kind, const Tokens& tokens, StackIOContext& context) {
@@ -797,6 +854,12 @@ void StackReader::addToImage(const ImageSourceKind& kind, const Tokens& tokens, 
         taken = source.addStatement(statement);
     } catch (const RangeError&) {
         throw ArgValueError();
+    } catch (const FileError& error) { // of the whole image one part is lost
+        addFatalError();
+        ImageSourcePlaceholder placeholder(source, error.getWhat());
+        placeholder.addStatement(statement);
+        context.getSlice()->setImageSource(placeholder);
+        throw;
     } catch (const Exception&) {
         addFatalError();
         throw;
@@ -925,9 +988,10 @@ void StackReader::inputPose(const Tokens& tokens, StackIOContext& context) {
 void StackReader::inputPoseRotation(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 3);
     Pose& pose = required(context.getPose());
-    pose.setXRotation(toInt(tokens[1]));
-    pose.setYRotation(toInt(tokens[2]));
-    pose.setZRotation(toInt(tokens[3]));
+    Vector<float> rotation(3);
+    for (int k = 0; k < 3; ++k)
+        rotation[k] = toFinite(tokens[std::size_t(k) + 1]);
+    pose.setRotation(rotation);
 }
 
 void StackReader::inputPoseShift(const Tokens& tokens, StackIOContext& context) {
@@ -1000,7 +1064,11 @@ void StackReader::inputResampling(const Tokens& tokens, StackIOContext& context)
 
 void StackReader::inputRotate(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getSlice()).getRegistration().setRotationAngle(toReal(tokens[1]));
+    Registration& registration = required(context.getSlice()).getRegistration();
+    const float angle = toReal(tokens[1]);
+    if (!std::isfinite(angle))
+        throw ArgValueError();
+    registration.setRotationAngle(angle);
 }
 
 void StackReader::inputSample(const Tokens& tokens, StackIOContext& context) {
@@ -1031,13 +1099,23 @@ void StackReader::inputSampleValue(const Tokens& tokens, StackIOContext& context
 void StackReader::inputShift(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 2);
     Registration& registration = required(context.getSlice()).getRegistration();
-    registration.setHorShift(toInt(tokens[1]));
-    registration.setVerShift(toInt(tokens[2]));
+    registration.setHorShift(toShift(tokens[1]));
+    registration.setVerShift(toShift(tokens[2]));
 }
 
+/// The size serves a lost image; any other knows its own.
 void StackReader::inputSliceSize(const Tokens& tokens, StackIOContext& context) {
-    required(context.getSlice());
+    vorlen::StackSlice& slice = required(context.getSlice());
     requireArguments(tokens, 1);
+    const bool isHeight = tokens.front() == getString(SliceSize1);
+    const int length = std::max(toInt(tokens[1]), 0);
+    Slice::StatedSize size = slice.getStatedSize();
+    (isHeight ? size.height : size.width) = length;
+    slice.setStatedSize(size);
+    if (!slice.hasImageSource())
+        return;
+    if (auto* const lost = dynamic_cast<ImageSourcePlaceholder*>(&currentImageSource(context)))
+        isHeight ? lost->setSize1(length) : lost->setSize2(length);
 }
 
 void StackReader::inputStack(const Tokens& tokens, StackIOContext& context) {
@@ -1085,13 +1163,12 @@ void StackReader::inputVertexSymbol(const Tokens& tokens, StackIOContext& contex
     properties.setVertexSymbol(symbol);
 }
 
-/// A new current slice with the stack's defaults; without a source when its image could not be had.
-void StackReader::addSlice(std::string_view name, const ImageSource* source, StackIOContext& context) {
+/// A new current slice with the stack's defaults.
+void StackReader::addSlice(std::string_view name, const ImageSource& source, StackIOContext& context) {
     Stack& stack = *context.getStack();
     auto slice = std::make_unique<vorlen::StackSlice>();
     slice->setName(toName(name));
-    if (source != nullptr)
-        slice->setImageSource(*source);
+    slice->setImageSource(source);
     slice->setPixelCalibration(stack.getDefaultPixelCalibration());
     slice->setRelativePosition(stack.getDefaultRelativePosition());
     slice->setStack(&stack);

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "document/stackio.h"
@@ -31,8 +33,10 @@ class UnreadText;
 /// Decisions on what the format leaves open:
 /// - A file name without a directory stands for the file in the current directory: its images path is "./".
 /// - "StackSlice name file plane" is a slice that shows one plane, counted from 0, of a voxel matrix file. The path is
-///   built as for SLICE. A file that cannot be read, or that has no such plane, leaves the slice without a source, as a
-///   missing image does.
+///   built as for SLICE.
+/// - An image that is missing or can't be read, a volume that has no such plane, and a mosaic with such a tile leave a
+///   placeholder for the image, with the size that the file tells: see ImageSourcePlaceholder.
+/// - A byte order mark at the beginning is skipped.
 /// - The second argument of STANDARDIMAGE names the image file, which is looked for as a slice's. It is not opened with
 ///   alarm: a standard image whose file is missing keeps the name, and reports when it is used.
 /// - A vertex without a comma is an invalid argument, and so is a mosaic that asks for more places than a file of this
@@ -67,6 +71,17 @@ public:
 
     /// The same for a text that stands, or stood, in the file of this name: images are looked for as from there.
     void readText(Stack& stack, const std::string& text, const std::string& fileName);
+
+    /// Notes the line of each object from now on, for lineOf(). Costs memory for each.
+    void noteLines() { __notesLines = true; }
+
+    /// The line of the statement that has made this slice, model, item, pose, standard image, curve or sample; 0 when
+    /// it was not noted.
+    int lineOf(const UnreadText& object) const;
+
+    /// The line of the statement that has given the stack or a slice this last: PIXWIDTH, PIXHEIGHT, PIXASPECT,
+    /// POSITION, RELPOSITION, ROTATE; 0 when there was none, or it was not noted.
+    int lineOf(const UnreadText& object, Keyword keyword) const;
 
     /// False when the file that was read last is cut off, or could not be read to its end.
     bool isWhole() const { return __whole; }
@@ -138,9 +153,12 @@ private:
     bool opensObject(Keyword keyword, const Tokens& tokens) const;
     void parseStatement(const Tokens& tokens, StackIOContext& context, std::string_view text);
     void carryOut(Keyword keyword, const Tokens& tokens, StackIOContext& context);
-    void openObject(Keyword keyword, const StackIOContext& context);
+    void openObject(Keyword keyword, const StackIOContext& context, std::string_view text);
     void keepUnread(std::string_view text, Stack& stack);
-    std::string place(const Tokens& tokens, const StackIOContext& context, std::string_view text);
+    StackProblem placed(StackProblem problem, const Tokens& tokens, const StackIOContext& context,
+                        std::string_view text);
+    void noteValue(Keyword keyword, const StackIOContext& context, std::string_view text);
+    bool isKnown(Keyword keyword, const Tokens& tokens) const;
     int lineOf(const char* position);
     void renameDuplicates(Stack& stack);
     bool scanOutline(const char*& cursor, const char* end);
@@ -148,7 +166,7 @@ private:
     ImageStatement imageStatement(const ImageSourceKind& kind, const Tokens& tokens, const StackIOContext& context);
     void beginSlice(const ImageSourceKind& kind, const Tokens& tokens, StackIOContext& context);
     void addToImage(const ImageSourceKind& kind, const Tokens& tokens, StackIOContext& context);
-    void addSlice(std::string_view name, const ImageSource* source, StackIOContext& context);
+    void addSlice(std::string_view name, const ImageSource& source, StackIOContext& context);
     std::string imagePath(std::string_view file, const StackIOContext& context) const;
     vorlen::StackSlice* findSlice(Stack& stack, const std::string& name);
     Model* findModel(Stack& stack, const std::string& name);
@@ -167,6 +185,9 @@ private:
     UnreadText* __latest = nullptr;
     /// The last statement that should have made an object has failed.
     bool __lost = false;
+    std::unordered_map<const UnreadText*, int> __objectLines;
+    std::map<std::pair<const UnreadText*, Keyword>, int> __valueLines;
+    bool __notesLines = false;
     /// The line at a place of the text, from which the next is counted on.
     const char* __counted = nullptr;
     int __line = 1;

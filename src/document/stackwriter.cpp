@@ -1,6 +1,7 @@
 #include "document/stackwriter.h"
 
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -17,6 +18,7 @@
 #include "files/fileinfo.h"
 #include "files/safefile.h"
 #include "images/files/imagesourcefile.h"
+#include "images/files/imagesourceplaceholder.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
 #include "images/volumes/voxelmatrix.h"
@@ -40,6 +42,26 @@ void appendReal(std::string& text, Real value) {
     char buffer[40];
     const auto end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general).ptr;
     text.append(buffer, end);
+}
+
+/// In the fewest digits that read back as the same; a whole number without point and exponent, as readers of old
+/// expect.
+void appendShift(std::string& text, double value) {
+    char buffer[40];
+    const bool whole = std::trunc(value) == value && std::abs(value) <= INT_MAX;
+    text.append(buffer, whole ? std::to_chars(buffer, buffer + sizeof buffer, static_cast<int>(value)).ptr
+                              : std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
+}
+
+/// Readers of whole numbers take the digits in front: an exponent would be lost on them.
+std::string plainDigits(float value) {
+    std::string digits;
+    appendReal(digits, value);
+    if (digits.find('e') != std::string::npos) {
+        char buffer[64];
+        digits.assign(buffer, std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 0).ptr);
+    }
+    return digits;
 }
 
 /// The pixel height does not follow from width and aspect ratio, beyond their rounding.
@@ -155,8 +177,7 @@ void StackWriter::writeSlices(const Stack& stack) {
         const ImageSource& source = slice.getImageSource();
         __text += '\n';
         writeImage(sliceName(slice), source);
-        statement(SliceSize1, source.getSize1());
-        statement(SliceSize2, source.getSize2());
+        writeSize(slice);
         if (!slice.useRelativePosition())
             statement(POSITION, slice.getAbsolutePosition());
         else if (slice.getRelativePosition() != stack.getDefaultRelativePosition())
@@ -174,9 +195,9 @@ void StackWriter::writeSlices(const Stack& stack) {
             statement(ROTATE, registration.getRotationAngle());
         if (registration.getHorShift() != 0 || registration.getVerShift() != 0) {
             __text += getString(SHIFT) + " ";
-            append(registration.getHorShift());
+            appendShift(__text, registration.getHorShift());
             __text += ' ';
-            append(registration.getVerShift());
+            appendShift(__text, registration.getVerShift());
             __text += endOfStatement;
         }
         if (!slice.getAnnotation().empty())
@@ -184,6 +205,19 @@ void StackWriter::writeSlices(const Stack& stack) {
         __text += slice.getUnreadText();
         reportProgress(1);
     }
+}
+
+/// A lost image whose size nobody knows has none.
+void StackWriter::writeSize(const Slice& slice) {
+    const ImageSource& source = slice.getImageSource();
+    Slice::StatedSize size = {source.getSize1(), source.getSize2()};
+    if (__keepsStatedSizes && slice.getStatedSize().height > 0 && slice.getStatedSize().width > 0)
+        size = slice.getStatedSize();
+    const auto* const lost = dynamic_cast<const ImageSourcePlaceholder*>(&source);
+    if (lost != nullptr && !lost->hasSize())
+        return;
+    statement(SliceSize1, size.height);
+    statement(SliceSize2, size.width);
 }
 
 /// The directory of the first file comes before the slice, those of others where they begin.
@@ -324,8 +358,10 @@ void StackWriter::writePoses(const Stack& stack) {
         const Pose& pose = stack.getPose(i);
         __text += '\n';
         name(POSE, pose.getName());
-        __text += getString(POSEROTATION) + " " + std::to_string(pose.getXRotation()) + " " +
-                  std::to_string(pose.getYRotation()) + " " + std::to_string(pose.getZRotation()) + endOfStatement;
+        __text += getString(POSEROTATION);
+        for (const float angle : pose.getRotation())
+            __text += " " + plainDigits(angle);
+        __text += endOfStatement;
         __text += getString(POSESHIFT) + " " + std::to_string(pose.getXTranslation()) + " " +
                   std::to_string(pose.getYTranslation()) + endOfStatement;
         statement(POSEZOOM, pose.getZoom());
@@ -432,15 +468,8 @@ void StackWriter::name(Keyword keyword, const std::string& value) {
     __text += endOfStatement;
 }
 
-/// The reader takes the digits in front: an exponent would be lost on it.
 void StackWriter::wholeNumber(Keyword keyword, float value) {
-    std::string digits;
-    appendReal(digits, value);
-    if (digits.find('e') != std::string::npos) {
-        char buffer[64];
-        digits.assign(buffer, std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 0).ptr);
-    }
-    statement(keyword, digits);
+    statement(keyword, plainDigits(value));
 }
 
 void StackWriter::annotation(const std::string& text) {

@@ -27,7 +27,8 @@ struct ImageStatement;
 /// - the standard images with their curves and samples, behind the poses;
 /// - whole numbers without an exponent where the reader takes whole numbers;
 /// - StackIO::protect() on names and file names that hold a "#", a line break or the like.
-/// Slices of one name are written with names of their own, since outlines find their slice by its name.
+/// Slices of one name are written with names of their own, since outlines find their slice by its name. A lost image is
+/// written as it was named, with its size where that is known.
 ///
 /// Image directories are written relative to the file's directory unless the stack's policy is absolute. Relative names
 /// of the file and of images are taken from the current directory.
@@ -35,6 +36,9 @@ struct ImageStatement;
 /// Saving is all or nothing; see SafeFile.
 class StackWriter : public StackIO {
 public:
+    /// Whether slices keep the image size that their file told, also where their image is of another one.
+    void setKeepsStatedSizes(bool keeps) { __keepsStatedSizes = keeps; }
+
     /// Writes the stack. False when the file cannot be opened for writing. Throws FileWriteError when the writing
     /// itself fails, and ProgramError for a slice without an image source; the old file is whole in all these cases.
     bool write(const Stack& stack, const std::string& fileName);
@@ -68,6 +72,7 @@ private:
     void writeModel(const Model& model);
     void writeItem(const Model& model, const ModelItem& item);
     void writeColor(const ModelItemProperties& look);
+    void writeSize(const Slice& slice);
     void writeImage(const std::string& sliceName, const ImageSource& source);
     void appendArguments(const ImageStatement& statement, bool quoted);
     std::string toText(const Stack& stack, const std::string& directory, bool absolutePaths);
@@ -96,6 +101,7 @@ private:
     std::unordered_map<const Slice*, std::string> __sliceNames;
     int __numSteps = 0;
     int __totalSteps = 1;
+    bool __keepsStatedSizes = false;
 };
 
 } // namespace vorlen

@@ -1,13 +1,16 @@
 #include "export/stackexporter.h"
 
-#include <locale>
+#include <algorithm>
+#include <functional>
 #include <memory>
-#include <sstream>
+#include <ostream>
 
 #include "document/model.h"
 #include "document/stack.h"
+#include "export/gltfwriter.h"
+#include "export/surfacewriter.h"
 #include "files/fileinfo.h"
-#include "files/safefile.h"
+#include "files/safestream.h"
 #include "numerics/exception.h"
 #include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
@@ -19,6 +22,67 @@ namespace vorlen {
 namespace {
 
 const char* const where = "void StackExporter::export2AsciiSTL(...)";
+
+/// A model's surface in space, and the mesh it was made of, where it is of one.
+struct ExportedSurface {
+    std::unique_ptr<QuadMesh<float>> mesh;
+    TriMesh<float> surface;
+};
+
+/// Nothing for a model that has no surface. Throws FileWriteError, with the file, for a mesh too large.
+std::optional<ExportedSurface> surfaceOf(const Model& model, const StackReconstruction<float>& reconstruction,
+                                         const std::optional<SurfaceEnds>& ends, const std::string& file) {
+    if (model.getProperties().getGeometry() == PolypointPrimitive)
+        return std::nullopt;
+    const ModelSurface<float> contours(model, reconstruction);
+    ExportedSurface made;
+    if (contours.exists() && !contours.isGrid()) {
+        made.surface = contours.closed(ends.value_or(ModelSurface<float>::getEnds(model.getProperties())));
+        made.surface.setName(model.getName());
+        return made;
+    }
+    const ModelSurface<float>::MeshSize size = contours.getMeshSize(model.getProperties());
+    if (!contours.exists() || size.isEmpty())
+        return std::nullopt;
+    if (size.exceeds(StackExporter::maxNumVertices))
+        throw FileWriteError(where, "The mesh is to have too many vertices", file);
+    made.mesh = contours.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));
+    made.surface = contours.close(*made.mesh, ends.value_or(ModelSurface<float>::getEnds(model.getProperties())));
+    made.surface.setName(model.getName());
+    return made;
+}
+
+SurfaceDescription describe(const Model& model, const TriMesh<float>& surface, const std::string& unit) {
+    SurfaceDescription description;
+    description.name = model.getName();
+    description.unit = unit;
+    const ModelItemProperties& look = model.getItemProperties();
+    for (int k = 0; look.definesColor() && k < 3; ++k)
+        description.color[std::size_t(k)] = static_cast<unsigned char>(std::clamp(look.getColor()[k], 0, 255));
+    if (model.getProperties().definesSurfaceOpacity())
+        description.opacity = std::clamp(double(model.getProperties().getSurfaceOpacity()) / 255, 0.0, 1.0);
+    description.certificate = SurfaceCertificate::of(surface);
+    return description;
+}
+
+/// Directory and name of a model's files, without suffix. Throws FileWriteError.
+std::string baseOf(const std::string& directory, const std::string& prefix, const std::string& name) {
+    const std::string file = prefix.empty() ? name : prefix + "-" + name;
+    const std::string base = (directory.empty() ? std::string() : directory + "/") + file;
+    if (file.find('/') != std::string::npos)
+        throw FileWriteError(where, "The name of the stack or of the model holds a \"/\"", base);
+    return base;
+}
+
+void save(const std::string& file, const std::function<void(std::ostream&)>& work) {
+    try {
+        if (!saveStreamed(file, work))
+            throw FileWriteError(where, "The file cannot be opened for writing", file);
+    } catch (FileError& error) {
+        error.setFile(file);
+        throw;
+    }
+}
 
 } // namespace
 
@@ -34,35 +98,80 @@ std::optional<SurfaceCertificate> StackExporter::export2AsciiSTL(const Model& mo
                                                                  const std::string& prefix, bool overwrite) {
     if (model.getProperties().getGeometry() == PolypointPrimitive)
         return std::nullopt;
-    const std::string file = (prefix.empty() ? std::string() : prefix + "-") + model.getName();
-    const std::string base = (directory.empty() ? std::string() : directory + "/") + file;
+    const std::string base = baseOf(directory, prefix, model.getName());
     const std::string stlName = base + ".stl", meshName = base + ".qm";
-    if (file.find('/') != std::string::npos)
-        throw FileWriteError(where, "The name of the stack or of the model holds a \"/\"", stlName);
     if (!overwrite)
         FileInfo::requireFree(stlName, where, stlName + " : file exists");
-
-    const ModelSurface<float> contours(model, reconstruction);
-    const ModelSurface<float>::MeshSize size = contours.getMeshSize(model.getProperties());
-    if (!contours.exists() || size.isEmpty())
+    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, stlName);
+    if (!made)
         return std::nullopt;
-    if (size.exceeds(maxNumVertices))
-        throw FileWriteError(where, "The mesh is to have too many vertices", stlName);
-    if (!overwrite)
-        FileInfo::requireFree(meshName, where, meshName + " : file exists");
+    if (made->mesh) {
+        if (!overwrite)
+            FileInfo::requireFree(meshName, where, meshName + " : file exists");
+        made->mesh->save(meshName, overwrite);
+        made->mesh.reset();
+    }
+    const SurfaceDescription description = describe(model, made->surface, "");
+    save(stlName,
+         [&](std::ostream& stream) { writeSurface(stream, made->surface, description, SurfaceFormat::StlAscii); });
+    return description.certificate;
+}
 
-    const std::unique_ptr<QuadMesh<float>> mesh =
-        contours.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));
-    TriMesh<float> surface =
-        contours.close(*mesh, __ends.value_or(ModelSurface<float>::getEnds(model.getProperties())));
-    surface.setName(model.getName());
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    surface.export2AsciiSTL(text);
-    mesh->save(meshName, overwrite);
-    if (!SafeFile::save(stlName, text.str()))
-        throw FileWriteError(where, "The file cannot be opened for writing", stlName);
-    return SurfaceCertificate::of(surface);
+std::optional<SurfaceCertificate>
+StackExporter::exportModel(const Model& model, StackReconstruction<float>& reconstruction, const std::string& directory,
+                           const std::string& prefix, SurfaceFormat format, const std::string& unit, bool overwrite) {
+    if (model.getProperties().getGeometry() == PolypointPrimitive)
+        return std::nullopt;
+    const std::string base = baseOf(directory, prefix, model.getName());
+    const std::string name = base + "." + std::string(infoOf(format).suffix), materials = base + ".mtl";
+    const bool hasMaterials = format == SurfaceFormat::Obj;
+    if (!overwrite)
+        FileInfo::requireFree(name, where, name + " : file exists");
+    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, name);
+    if (!made)
+        return std::nullopt;
+    if (!overwrite && hasMaterials)
+        FileInfo::requireFree(materials, where, materials + " : file exists");
+    made->mesh.reset();
+    const SurfaceDescription description = describe(model, made->surface, unit);
+    if (hasMaterials)
+        save(materials, [&](std::ostream& stream) { writeMaterial(stream, description); });
+    save(name, [&](std::ostream& stream) {
+        writeSurface(stream, made->surface, description, format, hasMaterials ? FileInfo::fileName(materials) : "");
+    });
+    return description.certificate;
+}
+
+void StackExporter::exportStack(const Stack& stack, const std::string& directory, SurfaceFormat format,
+                                bool overwrite) {
+    StackReconstruction<float> reconstruction(stack);
+    const std::string unit = stack.getLengthUnit().symbol();
+    if (format != SurfaceFormat::Glb) {
+        for (int i = 0; i < stack.getNumModels(); ++i)
+            exportModel(stack.getModel(i), reconstruction, directory, stack.getName(), format, unit, overwrite);
+        return;
+    }
+    const std::string name = baseOf(directory, "", stack.getName().empty() ? "stack" : stack.getName()) + ".glb";
+    if (!overwrite)
+        FileInfo::requireFree(name, where, name + " : file exists");
+    save(name, [&](std::ostream& stream) {
+        GltfWriter writer(stream, std::size_t(stack.getNumModels()));
+        for (int i = 0; i < stack.getNumModels(); ++i)
+            addTo(writer, stack.getModel(i), reconstruction, unit);
+        writer.finish();
+    });
+}
+
+std::optional<SurfaceCertificate> StackExporter::addTo(GltfWriter& writer, const Model& model,
+                                                       StackReconstruction<float>& reconstruction,
+                                                       const std::string& unit) {
+    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, model.getName());
+    if (!made)
+        return std::nullopt;
+    made->mesh.reset();
+    const SurfaceDescription description = describe(model, made->surface, unit);
+    writer.add(made->surface, description);
+    return description.certificate;
 }
 
 } // namespace vorlen

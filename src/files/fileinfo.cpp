@@ -63,6 +63,12 @@ bool FileInfo::fileExists(const std::string& path) {
     return true;
 }
 
+bool FileInfo::isSpecial(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+}
+
 void FileInfo::requireFree(const std::string& path, const std::string& where, const std::string& what) {
     if (isTaken(path))
         throw FileWriteError(where, what, path);

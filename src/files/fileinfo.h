@@ -21,6 +21,10 @@ public:
 
     /// Whether the file, or directory, opens for reading.
     static bool fileExists(const std::string& path);
+
+    /// Whether there is something of this name that is no ordinary file, such as a directory or a pipe: to read one
+    /// might last for ever.
+    static bool isSpecial(const std::string& path);
     /// Throws FileWriteError with this place and sentence when a file that may not be overwritten has the name, be it
     /// one that cannot be read, or a link that leads nowhere.
     static void requireFree(const std::string& path, const std::string& where,

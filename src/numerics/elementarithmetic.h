@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <type_traits>
 
 namespace vorlen {
@@ -44,8 +45,13 @@ inline T productOf(T a, T b) {
     return static_cast<T>(result);
 }
 
+// The least integer divided by -1 is the greatest one: the true quotient is greater by 1, and dividing so ends the
+// program.
 template <class T>
 inline T quotientOf(T a, T b) {
+    if constexpr (std::is_integral_v<T> && std::is_signed_v<T>)
+        if (b == T(-1) && a == std::numeric_limits<T>::lowest())
+            return std::numeric_limits<T>::max();
     const auto result = wide(a) / wide(b);
     return static_cast<T>(result);
 }
@@ -64,9 +70,37 @@ inline auto absolute(T x) {
         return x < T(0) ? -static_cast<long long>(x) : static_cast<long long>(x);
 }
 
+// The value in another type: what lies beyond an integer type becomes its end, fractions are cut off, NaN becomes 0.
+template <class U, class T>
+U converted(T x) {
+    if constexpr (isReal<U>) {
+        return static_cast<U>(x);
+    } else if constexpr (isReal<T>) {
+        constexpr U least = std::numeric_limits<U>::lowest(), greatest = std::numeric_limits<U>::max();
+        // One above the greatest is a power of two, which every T holds.
+        constexpr U half = greatest / 2 + 1;
+        constexpr T beyond = static_cast<T>(half) * 2;
+        if (!(x > static_cast<T>(least)))
+            return x == x ? least : U(0);
+        return x < beyond ? static_cast<U>(x) : greatest;
+    } else {
+        constexpr long long least = std::numeric_limits<U>::lowest(), greatest = std::numeric_limits<U>::max();
+        return static_cast<U>(std::clamp(static_cast<long long>(x), least, greatest));
+    }
+}
+
 template <class T>
 bool isNumber(T x) {
     return x == x;
+}
+
+// Place of the first of n elements that is no NaN; 0 when all are.
+template <class T>
+int firstNumber(const T* data, int n) {
+    int i = 0;
+    while (i + 1 < n && !isNumber(data[i]))
+        ++i;
+    return isNumber(data[i]) ? i : 0;
 }
 
 // Puts the NaNs of the n elements behind the others and returns how many others there are: an order that holds for

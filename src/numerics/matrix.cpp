@@ -1,5 +1,6 @@
 #include "numerics/matrix.h"
 
+#include "numerics/elementarithmetic.h"
 #include "numerics/elementtype.h"
 #include "numerics/exception.h"
 #include "numerics/numericio.h"
@@ -304,7 +305,8 @@ template <class U>
 Matrix<U> Matrix<T>::toType() const {
     Matrix<U> result(static_cast<unsigned int>(__rows), static_cast<unsigned int>(__columns));
     for (int i = 0; i < __rows; ++i)
-        std::transform(__data[i].begin(), __data[i].end(), result[i].begin(), [](T x) { return static_cast<U>(x); });
+        std::transform(__data[i].begin(), __data[i].end(), result[i].begin(),
+                       [](T x) { return elements::converted<U>(x); });
     return result;
 }
 
@@ -433,8 +435,9 @@ Vector<T> Matrix<T>::range() const {
     Vector<T> result = __data[0].range();
     for (int i = 1; i < __rows; ++i) {
         const Vector<T> rowRange = __data[i].range();
-        result[0] = std::min(result[0], rowRange[0]);
-        result[1] = std::max(result[1], rowRange[1]);
+        // A row of NaN alone has NaN for its range, which no comparison takes.
+        result[0] = rowRange[0] < result[0] || result[0] != result[0] ? rowRange[0] : result[0];
+        result[1] = rowRange[1] > result[1] || result[1] != result[1] ? rowRange[1] : result[1];
     }
     return result;
 }

@@ -101,7 +101,7 @@ Vector<U> Vector<T>::toType() const {
     Vector<U> result(static_cast<unsigned int>(__size));
     U* const to = result.data();
     for (int i = 0; i < __size; ++i)
-        to[i] = static_cast<U>(__data[i]);
+        to[i] = converted<U>(__data[i]);
     return result;
 }
 
@@ -196,8 +196,10 @@ void Vector<T>::prepend(const Vector& v) {
 template <class T>
 T Vector<T>::min() const {
     checkNotEmpty(__size, "T Vector<T>::min() const");
-    T result = __data[0];
-    for (int i = 1; i < __size; ++i)
+    // No comparison with a NaN holds: none is taken but in first place.
+    int i = firstNumber(__data, __size);
+    T result = __data[i];
+    for (++i; i < __size; ++i)
         result = __data[i] < result ? __data[i] : result;
     return result;
 }
@@ -205,8 +207,9 @@ T Vector<T>::min() const {
 template <class T>
 T Vector<T>::max() const {
     checkNotEmpty(__size, "T Vector<T>::max() const");
-    T result = __data[0];
-    for (int i = 1; i < __size; ++i)
+    int i = firstNumber(__data, __size);
+    T result = __data[i];
+    for (++i; i < __size; ++i)
         result = result < __data[i] ? __data[i] : result;
     return result;
 }

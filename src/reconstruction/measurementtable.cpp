@@ -23,36 +23,62 @@ std::string unitOf(const Stack& stack, int power = 1) {
     return power == 1 ? unit : unit + '^' + std::to_string(power);
 }
 
-std::vector<Column> modelColumns(const Stack& stack) {
-    const std::string length = unitOf(stack);
+const char* const surfaceEstimator = "closed surface";
+const char* const sectionEstimator = "sum over sections";
+
+std::vector<Column> modelColumns(const Stack& stack, bool withErrors) {
+    const std::string length = unitOf(stack), area = unitOf(stack, 2), volume = unitOf(stack, 3);
     const std::string average = "Mean of all vertices, after the registration of the slices";
+    const std::string centroid = "Centroid of what the closed surface encloses";
     const std::string axis = "Standard deviation of the vertices along a main axis of the model, the longest first";
-    return {{"Model", "name", "", ""},
-            {"Geometry", "geometry", "", ""},
-            {"Vertices", "vertices", "", ""},
-            {"Contours", "contours", "", ""},
-            {"AverageX", "barycenter", length, average},
-            {"AverageY", "barycenter", length, average},
-            {"AverageZ", "barycenter", length, average},
-            {"Area", "area", unitOf(stack, 2),
-             "Area of the surface between the contours of successive slices, without the ends"},
-            {"Volume", "volume", unitOf(stack, 3),
-             "Area of what the contours of a slice enclose, holes left out, times the distance to the next slice that "
-             "has some"},
-            {"SlabVolume", "slabVolume", unitOf(stack, 3),
-             "Volume of the slabs between successive sections, each as a frustum, h/3 (A1 + A2 + sqrt(A1 A2)), without "
-             "the ends"},
-            {"ClosedArea", "closedArea", unitOf(stack, 2), "Area of the closed surface, ends included"},
-            {"ClosedVolume", "closedVolume", unitOf(stack, 3),
-             "Volume within the closed surface, by the divergence theorem"},
-            {"Surface", "surface", "", "What holds of the closed surface"},
-            {"Parts", "parts", "", "Number of separate pieces of the closed surface"},
-            {"Euler", "eulerNumber", "", "Vertices - edges + triangles of the closed surface: 2 for a ball"},
-            {"Genus", "genus", "", "Number of handles of the closed surface: 0 for a ball, 1 for a ring"},
-            {"EquivRadius", "equivalentRadius", length, "Radius of the ball of this volume"},
-            {"Axis1", "mainAxesLengths", length, axis},
-            {"Axis2", "mainAxesLengths", length, axis},
-            {"Axis3", "mainAxesLengths", length, axis}};
+    std::vector<Column> columns = {
+        {"Model", "name", "", ""},
+        {"Geometry", "geometry", "", ""},
+        {"Vertices", "vertices", "", ""},
+        {"Contours", "contours", "", ""},
+        {"AverageX", "barycenter", length, average, false, "vertices"},
+        {"AverageY", "barycenter", length, average, false, "vertices"},
+        {"AverageZ", "barycenter", length, average, false, "vertices"},
+        {"CentroidX", "centroid", length, centroid, false, surfaceEstimator},
+        {"CentroidY", "centroid", length, centroid, false, surfaceEstimator},
+        {"CentroidZ", "centroid", length, centroid, false, surfaceEstimator},
+        {"Area", "area", area, "Area of the surface between the contours of successive slices, without the ends", false,
+         "surface without ends"},
+        {"Volume", "volume", volume,
+         "Volume within the closed surface, which ends half a section beyond the outermost contours; the sum over the "
+         "sections where there is no closed surface",
+         false, surfaceEstimator},
+        {"SectionVolume", "sectionVolume", volume,
+         "Sum over the sections: area of what the contours of a slice enclose, holes left out, times the distance to "
+         "the next slice that has some",
+         false, sectionEstimator},
+        {"SlabVolume", "slabVolume", volume,
+         "Volume of the slabs between successive sections, each as a frustum, h/3 (A1 + A2 + sqrt(A1 A2)), without "
+         "the ends",
+         false, "slabs between sections"},
+        {"ClosedArea", "closedArea", area, "Area of the closed surface, ends included", false, surfaceEstimator},
+        {"ClosedVolume", "closedVolume", volume, "Volume within the closed surface, by the divergence theorem", false,
+         surfaceEstimator},
+        {"Sphericity", "sphericity", "", "Area of the ball of the closed surface's volume to its area: 1 for a ball",
+         false, surfaceEstimator},
+        {"SurfaceToVolume", "surfaceToVolume", unitOf(stack, -1), "Area of the closed surface to its volume", false,
+         surfaceEstimator},
+        {"Surface", "surface", "", "What holds of the closed surface"},
+        {"Parts", "parts", "", "Number of separate pieces of the closed surface"},
+        {"Euler", "eulerNumber", "", "Vertices - edges + triangles of the closed surface: 2 for a ball"},
+        {"Genus", "genus", "", "Number of handles of the closed surface: 0 for a ball, 1 for a ring"},
+        {"EquivRadius", "equivalentRadius", length, "Radius of the ball of the volume", false, surfaceEstimator},
+        {"Axis1", "mainAxesLengths", length, axis},
+        {"Axis2", "mainAxesLengths", length, axis},
+        {"Axis3", "mainAxesLengths", length, axis}};
+    const std::string error = "Change when every second section is left out: more than the error of ";
+    const char* const halves = "every second section left out";
+    if (withErrors)
+        columns.insert(columns.end(),
+                       {{"VolumeError", "volumeError", volume, error + "ClosedVolume", false, halves},
+                        {"AreaError", "areaError", area, error + "Area", false, halves},
+                        {"ClosedAreaError", "closedAreaError", area, error + "ClosedArea", false, halves}});
+    return columns;
 }
 
 std::vector<Column> itemColumns(const Stack& stack) {
@@ -126,8 +152,21 @@ void MeasurementTable::addCount(int count) {
     __cells.push_back({double(count), 0, CellKind::Count});
 }
 
-void MeasurementTable::addNumber(double number) {
-    __cells.push_back({number, 0, CellKind::Number});
+void MeasurementTable::addNumber(double number, unsigned int estimator) {
+    __cells.push_back({number, estimator, CellKind::Number});
+}
+
+const std::string& MeasurementTable::getEstimator(int row, int column) const {
+    const Cell& number = cell(row, column);
+    if (number.kind != CellKind::Number)
+        return __texts[0];
+    return number.text != 0 ? __texts[number.text] : __columns[std::size_t(column)].estimator;
+}
+
+const SurfaceCertificate* MeasurementTable::getCertificate(int row) const {
+    return row < int(__certificates.size()) && __certificates[std::size_t(row)].closed
+               ? &__certificates[std::size_t(row)]
+               : nullptr;
 }
 
 void MeasurementTable::addMissing(unsigned int reason) {
@@ -143,25 +182,31 @@ void MeasurementTable::addFailure(const std::string& what, const std::string& wh
     while (__cells.size() % __columns.size() != 0);
 }
 
-MeasurementTable MeasurementTable::ofModels(const Stack& stack) {
+MeasurementTable MeasurementTable::ofModels(const Stack& stack, Errors errors) {
     std::vector<const Model*> models;
     models.reserve(std::size_t(stack.getNumModels()));
     for (int m = 0; m < stack.getNumModels(); ++m)
         models.push_back(&stack.getModel(m));
-    return ofModels(stack, models);
+    return ofModels(stack, models, errors);
 }
 
-MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vector<const Model*>& models) {
-    MeasurementTable table(modelColumns(stack));
+MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vector<const Model*>& models,
+                                            Errors errors) {
+    const bool withErrors = errors == Errors::Estimated;
+    MeasurementTable table(modelColumns(stack, withErrors));
     ModelMorphometry morphometry;
+    morphometry.setErrorsWanted(withErrors);
     const StackReconstruction<double> reconstruction(stack);
     for (const Model* model : models) {
         table.addTextCell(table.addText(model->getName()));
         table.addTextCell(table.addText(ModelProperties::toString(model->getProperties().getGeometry())));
+        table.__certificates.emplace_back();
         try {
             morphometry.setModel(*model);
             morphometry.run(reconstruction);
             table.addModel(morphometry);
+            if (withErrors)
+                table.addErrors(morphometry);
         } catch (const Exception& failure) {
             table.addFailure("model \"" + model->getName() + "\"", failure.getWhat());
         }
@@ -171,40 +216,65 @@ MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vecto
 
 void MeasurementTable::addModel(const ModelMorphometry& morphometry) {
     const unsigned int reason = morphometry.getArea() < 0 ? addText("Not available: " + morphometry.getReason()) : 0;
-    const auto addMeasure = [&](double measure, bool available) {
-        if (available)
-            addNumber(measure);
-        else
-            addMissing(reason);
-    };
+    const SurfaceCertificate& certificate = __certificates.back() = morphometry.getCertificate();
+    const unsigned int open = reason != 0           ? reason
+                              : !certificate.closed ? addText("Not available: the model has no closed surface")
+                                                    : 0;
     addCount(morphometry.getNumVertices());
     addCount(morphometry.getNumContours());
     for (int axis = 0; axis < 3; ++axis)
         addNumber(morphometry.getIsobarycenter()[axis]);
-    const bool hasVolume = !(morphometry.getVolume() < 0);
-    addMeasure(morphometry.getArea(), !(morphometry.getArea() < 0));
-    addMeasure(morphometry.getVolume(), hasVolume);
-    addSurface(morphometry, hasVolume, reason);
-    addMeasure(morphometry.getEquivRadius(), hasVolume);
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        if (certificate.volume != 0)
+            addNumber(certificate.centroid[axis]);
+        else
+            addMissing(open);
+    if (morphometry.getArea() < 0)
+        addMissing(reason);
+    else
+        addNumber(morphometry.getArea());
+    addVolumes(morphometry, reason);
+    addSurface(morphometry, open);
+    const double volume = morphometry.getBestVolume();
+    if (volume < 0)
+        addMissing(reason);
+    else
+        addNumber(std::cbrt(volume * 3 / (4 * 3.14159265358979323846)),
+                  morphometry.isBestVolumeOfSurface() ? 0 : addText(sectionEstimator));
     for (int axis = 0; axis < 3; ++axis)
         addNumber(morphometry.getMainAxesLengths()[axis]);
 }
 
-/// The columns about the closed surface.
-void MeasurementTable::addSurface(const ModelMorphometry& morphometry, bool hasVolume, unsigned int reason) {
-    if (hasVolume)
-        addNumber(morphometry.getSlabVolume());
-    else
-        addMissing(reason);
+void MeasurementTable::addVolumes(const ModelMorphometry& morphometry, unsigned int reason) {
+    if (morphometry.getVolume() < 0) {
+        for (int column = 0; column < 3; ++column)
+            addMissing(reason);
+        return;
+    }
+    addNumber(morphometry.getBestVolume(), morphometry.isBestVolumeOfSurface() ? 0 : addText(sectionEstimator));
+    addNumber(morphometry.getVolume());
+    addNumber(morphometry.getSlabVolume());
+}
+
+/// The columns about the closed surface; open tells why there is none.
+void MeasurementTable::addSurface(const ModelMorphometry& morphometry, unsigned int open) {
     const SurfaceCertificate& certificate = morphometry.getCertificate();
     if (!certificate.closed) {
-        const unsigned int open = reason != 0 ? reason : addText("Not available: the model has no closed surface");
-        for (int column = 0; column < 6; ++column)
+        for (int column = 0; column < 8; ++column)
             addMissing(open);
         return;
     }
-    addNumber(morphometry.getClosedArea());
-    addNumber(morphometry.getClosedVolume());
+    const double area = morphometry.getClosedArea(), volume = morphometry.getClosedVolume();
+    addNumber(area);
+    addNumber(volume);
+    if (certificate.isSound()) {
+        addNumber(std::cbrt(36 * 3.14159265358979323846 * volume * volume) / area);
+        addNumber(area / volume);
+    } else {
+        const unsigned int unsound = addText("Not available: " + certificate.toText());
+        addMissing(unsound);
+        addMissing(unsound);
+    }
     addTextCell(addText(certificate.isSound() ? "closed" : certificate.toText()));
     addCount(certificate.parts);
     addCount(int(certificate.euler));
@@ -212,6 +282,15 @@ void MeasurementTable::addSurface(const ModelMorphometry& morphometry, bool hasV
         addCount(int(certificate.genus()));
     else
         addMissing(addText("Not available: " + certificate.toText()));
+}
+
+void MeasurementTable::addErrors(const ModelMorphometry& morphometry) {
+    for (const double error :
+         {morphometry.getVolumeError(), morphometry.getAreaError(), morphometry.getClosedAreaError()})
+        if (error < 0)
+            addMissing(addText("Not available: it takes a surface through four sections or more"));
+        else
+            addNumber(error);
 }
 
 template <class Includes>

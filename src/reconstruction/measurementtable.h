@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "shapes/surfacecertificate.h"
+
 namespace vorlen {
 
 class Model;
@@ -24,15 +26,23 @@ public:
         std::string unit;        ///< "mm^2", or empty
         std::string description; ///< a sentence for the reader, or empty
         bool ranked = false;     ///< texts that have an order of their own, that of their slices
+        std::string estimator{}; ///< how the number is come by, where there are several ways; or empty
     };
+
+    /// Whether errors are estimated, which takes three times the work.
+    enum class Errors : unsigned char { Unknown, Estimated };
 
     enum class CellKind : unsigned char { Text, Count, Number, Missing };
 
     /// A row for each model of the stack, or of the list: Model, Geometry, Vertices, Contours, AverageX to AverageZ,
-    /// Area, Volume, SlabVolume, ClosedArea, ClosedVolume, Surface, Parts, Euler, Genus, EquivRadius, Axis1 to Axis3,
-    /// in world coordinates.
-    static MeasurementTable ofModels(const Stack& stack);
-    static MeasurementTable ofModels(const Stack& stack, const std::vector<const Model*>& models);
+    /// CentroidX to CentroidZ, Area, Volume, SectionVolume, SlabVolume, ClosedArea, ClosedVolume, Sphericity,
+    /// SurfaceToVolume, Surface, Parts, Euler, Genus, EquivRadius, Axis1 to Axis3, in world coordinates; with errors
+    /// VolumeError, AreaError and ClosedAreaError.
+    ///
+    /// Volume is that of the closed surface where this is sound, else that of the sections.
+    static MeasurementTable ofModels(const Stack& stack, Errors errors = Errors::Unknown);
+    static MeasurementTable ofModels(const Stack& stack, const std::vector<const Model*>& models,
+                                     Errors errors = Errors::Unknown);
 
     /// A row for each item of the stack, or of the model, slice by slice: Model, Slice, Vertices, Length, Area,
     /// AverageX, AverageY, Z, in the coordinates of the item's slice.
@@ -59,6 +69,13 @@ public:
     /// A count or a number; for a text of a ranked column its rank.
     double getValue(int row, int column) const { return cell(row, column).value; }
 
+    /// How the number of a cell was come by: by what its column says, or, where that was not to be had, otherwise.
+    /// Empty where there is one way only, and for other cells.
+    const std::string& getEstimator(int row, int column) const;
+
+    /// What holds of the closed surface of a row's model; null in other tables, and where there is no such surface.
+    const SurfaceCertificate* getCertificate(int row) const;
+
     /// A sentence for each row whose measurement failed: what and why.
     const std::vector<std::string>& getFailures() const { return __failures; }
 
@@ -77,11 +94,13 @@ private:
     unsigned int addText(const std::string& text);
     void addTextCell(unsigned int text, int rank = 0);
     void addCount(int count);
-    void addNumber(double number);
+    void addNumber(double number, unsigned int estimator = 0);
     void addMissing(unsigned int reason);
     void addFailure(const std::string& what, const std::string& why);
     void addModel(const ModelMorphometry& morphometry);
-    void addSurface(const ModelMorphometry& morphometry, bool hasVolume, unsigned int reason);
+    void addVolumes(const ModelMorphometry& morphometry, unsigned int reason);
+    void addSurface(const ModelMorphometry& morphometry, unsigned int reason);
+    void addErrors(const ModelMorphometry& morphometry);
     void addItem(const ModelItemGeometry& geometry);
 
     template <class Includes>
@@ -91,6 +110,7 @@ private:
     std::vector<Cell> __cells; // row by row
     std::vector<std::string> __texts;
     std::vector<std::string> __failures;
+    std::vector<SurfaceCertificate> __certificates; // of the rows, of models alone
 };
 
 } // namespace vorlen

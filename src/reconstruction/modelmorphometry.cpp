@@ -81,6 +81,7 @@ void ModelMorphometry::clear() {
     __volume = 0;
     __slabVolume = 0;
     __closedArea = __closedVolume = notAvailable;
+    __volumeError = __areaError = __closedAreaError = notAvailable;
     __certificate = {};
     __reason.clear();
     __mainAxesLengths.setZeros(3);
@@ -133,6 +134,8 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
         __area = tiles.area();
         if (closed)
             close(surface, tiles);
+        if (__errorsWanted)
+            estimateErrors(surface);
     } else {
         __area = __volume = notAvailable;
     }
@@ -141,12 +144,34 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
 }
 
 void ModelMorphometry::close(const ModelSurface<double>& surface, const TriMesh<double>& tiles) {
-    const TriMesh<double> mesh = surface.close(tiles, ModelSurface<double>::getEnds(__model->getProperties()));
+    const TriMesh<double> mesh = surface.isGrid() ? surface.close(tiles, __ends) : surface.closed(__ends);
     __certificate = SurfaceCertificate::of(mesh);
     if (!__certificate.closed)
         return;
     __closedArea = mesh.area();
     __closedVolume = __certificate.volume;
+}
+
+void ModelMorphometry::estimateErrors(const ModelSurface<double>& surface) {
+    double volume = 0, area = 0, closedArea = 0;
+    for (const bool fromSecond : {false, true}) {
+        const ModelSurface<double> half = surface.everySecond(fromSecond);
+        if (!half.exists() || half.getKind() == SurfaceKind::Outline)
+            return;
+        area += half.tile(2).area() / 2;
+        const TriMesh<double> mesh = half.closed(__ends);
+        closedArea += mesh.area() / 2;
+        volume += SurfaceCertificate::of(mesh).volume / 2;
+    }
+    __areaError = std::fabs(area - __area);
+    if (!__certificate.closed)
+        return;
+    __closedAreaError = std::fabs(closedArea - __closedArea);
+    __volumeError = std::fabs(volume - __closedVolume);
+}
+
+double ModelMorphometry::getBestVolume() const {
+    return isBestVolumeOfSurface() ? __closedVolume : __volume;
 }
 
 void ModelMorphometry::addSections(const StackReconstruction<double>& reconstruction) {

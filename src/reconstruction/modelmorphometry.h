@@ -4,6 +4,7 @@
 
 #include "numerics/squarematrix.h"
 #include "numerics/vector.h"
+#include "reconstruction/surfaceends.h"
 #include "shapes/curvestack.h"
 #include "shapes/surfacecertificate.h"
 
@@ -27,8 +28,8 @@ class TriMesh;
 /// contours on a slice as well. The slab volume has slabs between successive sections instead, each that of a frustum,
 /// h / 3 (A1 + A2 + sqrt(A1 A2)), and nothing beyond the first and the last.
 ///
-/// Where there is a closed surface, with the ends that the model's properties ask for, its area and its volume by the
-/// divergence theorem are told beside these, and what holds of it as a surface.
+/// Where there is a closed surface its area and its volume by the divergence theorem are told beside these, and what
+/// holds of it as a surface. Its ends are those of setEnds(), whatever caps the model shows.
 class ModelMorphometry {
 public:
     ModelMorphometry();
@@ -36,6 +37,9 @@ public:
     /// Another model than the present one clears the results. The model is seen, not owned.
     void setModel(const Model& model);
     const Model* getModel() const { return __model; }
+
+    /// How the closed surface ends: half a section on, until told otherwise. Counts from the next run() on.
+    void setEnds(const SurfaceEnds& ends) { __ends = ends; }
 
     /// Throws UsageError when no model has been set.
     void run();
@@ -54,6 +58,21 @@ public:
     /// Area and volume of the closed surface; -1 where there is none.
     double getClosedArea() const { return __closedArea; }
     double getClosedVolume() const { return __closedVolume; }
+
+    /// The volume that counts: that of the closed surface where it is sound, else that of the sections, or -1.
+    double getBestVolume() const;
+    bool isBestVolumeOfSurface() const { return __certificate.isSound(); }
+
+    /// Lets run() also estimate errors; three times the work.
+    void setErrorsWanted(bool wanted) { __errorsWanted = wanted; }
+
+    /// By how much the measures of the closed surface, and the area of its walls, change when every second section is
+    /// left out: the mean of both ways to do so against the whole. Errors fall at least as the spacing does, so that
+    /// this is more than the error of the whole; for smooth shapes it is about three times that. -1 where it is not
+    /// wanted or there are fewer than four sections.
+    double getVolumeError() const { return __volumeError; }
+    double getAreaError() const { return __areaError; }
+    double getClosedAreaError() const { return __closedAreaError; }
 
     /// What holds of the closed surface; that of no triangles where there is none.
     const SurfaceCertificate& getCertificate() const { return __certificate; }
@@ -82,9 +101,11 @@ public:
 private:
     const StackSlice* count();
     void close(const ModelSurface<double>& surface, const TriMesh<double>& tiles);
+    void estimateErrors(const ModelSurface<double>& surface);
     void addSections(const StackReconstruction<double>& reconstruction);
 
     const Model* __model = nullptr;
+    SurfaceEnds __ends;
     int __numVertices = 0;
     int __numContours = 0;
     Vector<double> __isobarycenter;
@@ -93,6 +114,10 @@ private:
     double __slabVolume = 0;
     double __closedArea = -1;
     double __closedVolume = -1;
+    double __volumeError = -1;
+    double __areaError = -1;
+    double __closedAreaError = -1;
+    bool __errorsWanted = false;
     SurfaceCertificate __certificate;
     std::string __reason;
     Vector<double> __mainAxesLengths;

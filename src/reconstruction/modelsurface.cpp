@@ -1,12 +1,14 @@
 #include "reconstruction/modelsurface.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
-#include <vector>
+#include <numeric>
 
 #include "document/model.h"
 #include "document/modelitem.h"
 #include "numerics/exception.h"
+#include "reconstruction/branchingsurface.h"
 #include "reconstruction/curvestacktriangulation.h"
 #include "reconstruction/stackreconstruction.h"
 
@@ -34,7 +36,7 @@ void alignDirections(VertexStack<T>& stack) {
 /// Distance from a height to the next section in a direction, or, where there is none, in the other one. 0 when all
 /// lie at this height.
 template <class T>
-T gapFrom(T height, T direction, const Vector<T>& sections) {
+T gapFrom(T height, T direction, const std::vector<T>& sections) {
     for (const T way : {direction, -direction}) {
         T gap = std::numeric_limits<T>::infinity();
         for (const T section : sections)
@@ -46,28 +48,41 @@ T gapFrom(T height, T direction, const Vector<T>& sections) {
     return 0;
 }
 
-template <class T>
-std::optional<T> riseOf(SurfaceEnd end, T direction, T gap) {
-    switch (end) {
-    case SurfaceEnd::Open:
-        return std::nullopt;
-    case SurfaceEnd::Flat:
-        return T(0);
-    case SurfaceEnd::HalfSection:
-        return direction * gap / 2;
-    case SurfaceEnd::NextSection:
-        break;
-    }
-    return direction * gap;
-}
-
-bool hasTwoContoursOnOneSlice(const Model& model) {
+/// How many slices hold contours of the model.
+std::size_t numSlicesOf(const Model& model) {
     std::vector<const StackSlice*> slices;
     for (int i = 0; i < model.getNumItems(); ++i)
         if (model.getItem(i).getSize() > 0)
             slices.push_back(model.getItem(i).getSlice());
     std::sort(slices.begin(), slices.end(), std::less<>());
-    return std::adjacent_find(slices.begin(), slices.end()) != slices.end();
+    return std::size_t(std::unique(slices.begin(), slices.end()) - slices.begin());
+}
+
+template <class T>
+std::size_t numHeightsOf(const CurveStack<T>& curves) {
+    std::vector<T> heights;
+    heights.reserve(std::size_t(curves.getHeight()));
+    for (int k = 0; k < curves.getHeight(); ++k)
+        heights.push_back(curves[k][0][2]);
+    std::sort(heights.begin(), heights.end());
+    return std::size_t(std::unique(heights.begin(), heights.end()) - heights.begin());
+}
+
+/// A mesh of another type of coordinates.
+template <class T>
+TriMesh<T> converted(const TriMesh<double>& mesh) {
+    const int size = mesh.getNumVertices();
+    TriMesh<T> result(3, size, size, 1);
+    for (int v = 0; v < size; ++v)
+        for (int axis = 0; axis < 3; ++axis)
+            result[v][axis] = T(mesh[v][axis]);
+    result.reserveTriangles(mesh.getNumTriangles());
+    for (unsigned int i = 0; i < mesh.getNumTriangles(); ++i) {
+        const Vector<unsigned int>& t = mesh.getTriangleIndexes(i);
+        result.addTriangle(t[0], t[1], t[2]);
+    }
+    result.computeNormals();
+    return result;
 }
 
 } // namespace
@@ -79,30 +94,63 @@ ModelSurface<T>::ModelSurface(const Model& model, const StackReconstruction<T>& 
     static_cast<void>(shape.release()); // the same object
     removeEmptyLevels(*__shape);
     alignDirections(*__shape);
-    __kind = judge(model);
-    if (exists())
-        measureGaps(reconstruction.getZMap());
+    __isClosed = model.getProperties().getGeometry() == PolygonPrimitive;
+    __kind = judge(numSlicesOf(model));
+    const Vector<T>& sections = reconstruction.getZMap();
+    __heights.assign(sections.begin(), sections.end());
+    if (isGrid())
+        measureGaps();
 }
 
 template <class T>
-void ModelSurface<T>::measureGaps(const Vector<T>& sections) {
-    const CurveStack<T>& curves = contours("void ModelSurface<T>::measureGaps(const Vector<T>&)");
+ModelSurface<T>::ModelSurface(ModelSurface&& other) noexcept = default;
+
+template <class T>
+ModelSurface<T>::~ModelSurface() = default;
+
+template <class T>
+ModelSurface<T> ModelSurface<T>::everySecond(bool fromSecond) const {
+    const auto& curves = dynamic_cast<const CurveStack<T>&>(*__shape);
+    ModelSurface half;
+    half.__isClosed = __isClosed;
+    auto shape = std::make_unique<CurveStack<T>>(3, 0, 0, 0, 0, curves.isOpen());
+    bool taken = fromSecond;
+    for (int k = 0; k < curves.getHeight(); ++k) {
+        const T height = curves[k][0][2];
+        if (k == 0 || height != curves[k - 1][0][2])
+            taken = !taken;
+        if (!taken)
+            continue;
+        shape->append(static_cast<const Vertices<T>&>(curves[k]));
+        if (half.__heights.empty() || half.__heights.back() != height)
+            half.__heights.push_back(height);
+    }
+    half.__shape = std::move(shape);
+    half.__kind = half.judge(half.__heights.size());
+    if (half.isGrid())
+        half.measureGaps();
+    return half;
+}
+
+template <class T>
+void ModelSurface<T>::measureGaps() {
+    const CurveStack<T>& curves = contours("void ModelSurface<T>::measureGaps()");
     const T first = curves.getFirstCurve()[0][2], last = curves.getLastCurve()[0][2];
     __direction = last < first ? T(-1) : T(1);
-    __beginGap = gapFrom(first, -__direction, sections);
-    __endGap = gapFrom(last, __direction, sections);
+    __beginGap = gapFrom(first, -__direction, __heights);
+    __endGap = gapFrom(last, __direction, __heights);
 }
 
 template <class T>
-SurfaceKind ModelSurface<T>::judge(const Model& model) const {
+SurfaceKind ModelSurface<T>::judge(std::size_t numSlices) const {
     const auto* curves = dynamic_cast<const CurveStack<T>*>(__shape.get());
     if (curves == nullptr)
         return SurfaceKind::Points;
     if (curves->getHeight() < 2)
         return curves->getHeight() == 0 ? SurfaceKind::Empty : SurfaceKind::Outline;
-    if (curves->isBranching())
-        return hasTwoContoursOnOneSlice(model) ? SurfaceKind::Branching : SurfaceKind::Unspaced;
-    return SurfaceKind::Simple;
+    if (numHeightsOf(*curves) < numSlices)
+        return SurfaceKind::Unspaced;
+    return curves->isBranching() ? SurfaceKind::Branching : SurfaceKind::Simple;
 }
 
 template <class T>
@@ -113,7 +161,7 @@ std::string ModelSurface<T>::reason() const {
     case SurfaceKind::Empty:
         return "it has no contours";
     case SurfaceKind::Branching:
-        return "it has several contours on one slice";
+        return __isClosed ? "" : "it has several lines on one slice";
     case SurfaceKind::Unspaced:
         return "contours on different slices lie at the same height";
     case SurfaceKind::Outline:
@@ -132,8 +180,9 @@ std::unique_ptr<CurveStack<T>> ModelSurface<T>::takeContours() {
 
 template <class T>
 const CurveStack<T>& ModelSurface<T>::contours(const char* where) const {
-    if (!exists())
-        throw UsageError(where, "The model has no surface: " + reason());
+    if (!isGrid())
+        throw UsageError(where, exists() ? std::string("The surface branches: it has no rows and columns")
+                                         : "The model has no surface: " + reason());
     return static_cast<const CurveStack<T>&>(*__shape);
 }
 
@@ -152,9 +201,43 @@ std::unique_ptr<QuadMesh<T>> ModelSurface<T>::resample(int rows, int columns) co
 
 template <class T>
 TriMesh<T> ModelSurface<T>::tile(int method) const {
+    if (exists() && !isGrid())
+        return converted<T>(branching().build({SurfaceEnd::Open, SurfaceEnd::Open}, method));
     using Tiling = CurveStackTriangulation<T>;
     return Tiling(contours("TriMesh<T> ModelSurface<T>::tile(int) const"), method, Tiling::Placement::Centred)
         .getTriMesh();
+}
+
+template <class T>
+TriMesh<T> ModelSurface<T>::closed(const SurfaceEnds& ends, int method) const {
+    if (exists() && !isGrid())
+        return converted<T>(branching().build(ends, method));
+    return close(tile(method), ends);
+}
+
+/// The parts of the sections, from the lowest to the highest.
+template <class T>
+const BranchingSurface& ModelSurface<T>::branching() const {
+    if (__branching)
+        return *__branching;
+    const auto& curves = static_cast<const CurveStack<T>&>(*__shape);
+    std::vector<int> order(static_cast<std::size_t>(curves.getHeight()));
+    std::iota(order.begin(), order.end(), 0);
+    const auto heightOf = [&](int k) { return curves[k][0][2]; };
+    std::stable_sort(order.begin(), order.end(), [&](int i, int j) { return heightOf(i) < heightOf(j); });
+    std::vector<SectionParts> sections;
+    for (std::size_t first = 0, last = 0; first < order.size(); first = last) {
+        SectionParts section(double(heightOf(order[first])));
+        for (last = first; last < order.size() && heightOf(order[last]) == heightOf(order[first]); ++last)
+            section.add(static_cast<const Vertices<T>&>(curves[order[last]]));
+        section.build();
+        if (!section.getParts().empty())
+            sections.push_back(std::move(section));
+    }
+    const bool descending = heightOf(curves.getHeight() - 1) < heightOf(0);
+    __branching = std::make_unique<BranchingSurface>(
+        std::move(sections), std::vector<double>(__heights.begin(), __heights.end()), descending);
+    return *__branching;
 }
 
 template <class T>
@@ -186,8 +269,31 @@ template <class T>
 TriMesh<T> ModelSurface<T>::close(const TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const {
     if (contours("TriMesh<T> ModelSurface<T>::close(...) const").isOpen())
         return walls;
-    return closeEnds<T>(walls, firstSize, lastSize, riseOf(ends.begin, -__direction, __beginGap),
-                        riseOf(ends.end, __direction, __endGap));
+    return closeEnds<T>(walls, firstSize, lastSize, shapeOf(ends.begin, true), shapeOf(ends.end, false));
+}
+
+template <class T>
+std::optional<EndShape<T>> ModelSurface<T>::shapeOf(SurfaceEnd end, bool atBegin) const {
+    const CurveStack<T>& curves = contours("void ModelSurface<T>::shapeOf(SurfaceEnd, bool) const");
+    const T gap = atBegin ? __beginGap : __endGap, direction = atBegin ? -__direction : __direction;
+    switch (end) {
+    case SurfaceEnd::Open:
+        return std::nullopt;
+    case SurfaceEnd::Flat:
+        return EndShape<T>{0, 1};
+    case SurfaceEnd::NextSection:
+        return EndShape<T>{direction * gap, 0};
+    case SurfaceEnd::HalfSection:
+        break;
+    }
+    const int last = curves.getHeight() - 1;
+    if (last == 0)
+        return EndShape<T>{direction * gap / 2, 1};
+    const Curve<T>& here = atBegin ? curves[0] : curves[last];
+    const Curve<T>& before = atBegin ? curves[1] : curves[last - 1];
+    return EndShape<T>{direction * gap / 2,
+                       T(scaleOfEnd(double(std::abs(here.twiceArea(0, 1))), double(std::abs(before.twiceArea(0, 1))),
+                                    double(std::abs(here[0][2] - before[0][2])), double(gap / 2)))};
 }
 
 template class ModelSurface<float>;

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "reconstruction/surfaceends.h"
 #include "shapes/curvestack.h"
@@ -10,6 +12,7 @@
 
 namespace vorlen {
 
+class BranchingSurface;
 class Model;
 class ModelProperties;
 template <class T>
@@ -21,7 +24,7 @@ enum class SurfaceKind {
     Empty,     ///< no contour has vertices
     Outline,   ///< one contour: a surface without height
     Simple,    ///< one contour on each of several heights
-    Branching, ///< several contours on one slice: which goes on with which is not told
+    Branching, ///< several contours on one slice
     Unspaced   ///< contours of different slices at one height
 };
 
@@ -29,10 +32,11 @@ enum class SurfaceKind {
 /// judges what they make, and joins them to a mesh or tells why there is none.
 ///
 /// The one place for this: the view, exports, measurements, distances and normalizations differ only in the mesh that
-/// they ask for. A surface is of type Outline or Simple; it is open for polylines. Its meshes end at the first and the
-/// last contour, unless they are closed.
+/// they ask for. A surface is of type Outline or Simple, or, of closed contours, Branching; it is open for polylines.
+/// Its meshes end at the first and the last contour, unless they are closed.
 ///
-/// Closed contours all turn the same way, as in a file, whichever way they were drawn.
+/// Closed contours all turn the same way, as in a file, whichever way they were drawn. A branching model is joined part
+/// by part (BranchingSurface), when that is first asked for; it has no rows and columns to be resampled to.
 ///
 /// Holds a copy of the contours; model and reconstruction are seen by the constructor alone. Instantiated for float,
 /// double and long double.
@@ -50,13 +54,17 @@ public:
 
     /// Reconstructs and judges the model. Throws UsageError when the reconstruction has no stack.
     ModelSurface(const Model& model, const StackReconstruction<T>& reconstruction);
+    ~ModelSurface();
 
     SurfaceKind getKind() const { return __kind; }
 
     /// Whether there is a surface.
-    bool exists() const { return __kind == SurfaceKind::Outline || __kind == SurfaceKind::Simple; }
+    bool exists() const { return isGrid() || (__kind == SurfaceKind::Branching && __isClosed); }
 
-    /// Why there is none, as a clause for a sentence: "it has several contours on one slice". Empty when there is one.
+    /// Whether there is one that can be resampled to rows and columns.
+    bool isGrid() const { return __kind == SurfaceKind::Outline || __kind == SurfaceKind::Simple; }
+
+    /// Why there is none, as a clause for a sentence: "it has several lines on one slice". Empty when there is one.
     std::string reason() const;
 
     /// The vertices in space, slice by slice. A CurveStack for all but points.
@@ -70,30 +78,46 @@ public:
     MeshSize getMeshSize(const ModelProperties& properties) const;
 
     /// A mesh of the contours resampled to so many rows and columns. Throws UsageError, with the reason, when there is
-    /// no surface.
+    /// no surface, or it branches.
     std::unique_ptr<QuadMesh<T>> resample(int rows, int columns) const;
 
     /// The triangles through the contours' own vertices, by a method of CurveStackTriangulation; none for an Outline.
-    /// Throws as resample() does.
+    /// Throws UsageError, with the reason, when there is no surface.
     TriMesh<T> tile(int method) const;
+
+    /// The triangles of tile() with ends: closed and outward where both ends are, unless the surface is open.
+    TriMesh<T> closed(const SurfaceEnds& ends, int method = 2) const;
+
+    /// The surface through the contours of every second slice of this one's alone, from the first or from the second
+    /// on: what it would be with sections twice as far apart. Without contours it is Empty.
+    ModelSurface everySecond(bool fromSecond) const;
 
     /// The ends that the properties of the model ask for: lids where it has caps, tips half a section on elsewhere.
     static SurfaceEnds getEnds(const ModelProperties& properties);
 
-    /// A mesh of this surface as triangles, by resample() or tile(), with ends. A tip lies beyond its contour in the
-    /// direction of the stack; the section that it reaches towards is the stack's next one, or, where the stack ends,
-    /// as far as the one before. Open surfaces stay open. Closed ones face outward.
+    /// A mesh of this surface as triangles, by resample() or tile(), with ends; one that does not branch. The section
+    /// that an end reaches towards is the stack's next one beyond its contour, or, where the stack ends, as far as the
+    /// one before. Half a section on, the area goes on to change as it did between the last two contours. Open surfaces
+    /// stay open. Closed ones face outward.
     TriMesh<T> close(const QuadMesh<T>& mesh, const SurfaceEnds& ends) const;
     TriMesh<T> close(const TriMesh<T>& tiles, const SurfaceEnds& ends) const;
 
 private:
-    SurfaceKind judge(const Model& model) const;
-    void measureGaps(const Vector<T>& sections);
+    ModelSurface() = default;
+    ModelSurface(ModelSurface&& other) noexcept;
+
+    SurfaceKind judge(std::size_t numSlices) const;
+    void measureGaps();
+    std::optional<EndShape<T>> shapeOf(SurfaceEnd end, bool atBegin) const;
+    const BranchingSurface& branching() const;
     TriMesh<T> close(const TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const;
     const CurveStack<T>& contours(const char* where) const;
 
     std::unique_ptr<VertexStack<T>> __shape;
     SurfaceKind __kind = SurfaceKind::Empty;
+    bool __isClosed = false;
+    std::vector<T> __heights; // of all slices
+    mutable std::unique_ptr<BranchingSurface> __branching;
     T __direction = 1; // of the heights along the contours
     T __beginGap = 0;  // from the first and the last contour to the section beyond
     T __endGap = 0;

@@ -28,7 +28,8 @@ std::vector<double> spotDistances(const Stack& stack, const std::string& surface
     const ModelSurface<double> points(modelOf(stack, spots), reconstruction);
     if (!outlines.exists())
         throw UsageError(where, "Its model \"" + surface + "\" has no surface to measure from: " + outlines.reason());
-    const TriMesh<double> mesh = outlines.resample(50, 100)->toTriMesh(true);
+    const TriMesh<double> mesh =
+        outlines.isGrid() ? outlines.resample(50, 100)->toTriMesh(true) : outlines.closed(SurfaceEnds());
     std::vector<double> distances;
     Vector<double> closest(3);
     for (ConstVertexIterator<double> spot(points.getShape()); spot.current(); ++spot)

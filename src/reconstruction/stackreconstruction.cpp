@@ -23,7 +23,7 @@ struct ImageSize {
 
 template <class T>
 ImageSize<T> imageSize(const StackSlice& slice) {
-    if (slice.isEmpty())
+    if (!slice.hasImageSource())
         return {};
     const ImageSource& source = slice.getImageSource();
     return {T(source.getSize2()), T(source.getSize1())};
@@ -111,6 +111,33 @@ void StackReconstruction<T>::mapFromSlice(Vertices<T>& out, const ModelItem& ite
         world[1] = map[3] * u + map[4] * v + map[5];
         world[2] = z;
     }
+}
+
+template <class T>
+const Vector<T>& StackReconstruction<T>::mapOf(int slice) const {
+    if (slice < 0 || slice >= __zMap.getSize())
+        throw RangeError("const Vector<T>& StackReconstruction<T>::mapOf(int) const", "There is no such slice");
+    return __maps[slice];
+}
+
+template <class T>
+Vector<T> StackReconstruction<T>::toWorld(int slice, T u, T v) const {
+    const Vector<T>& map = mapOf(slice);
+    Vector<T> world(2);
+    world[0] = map[0] * u + map[1] * v + map[2];
+    world[1] = map[3] * u + map[4] * v + map[5];
+    return world;
+}
+
+template <class T>
+Vector<T> StackReconstruction<T>::toPixels(int slice, T x, T y) const {
+    const Vector<T>& map = mapOf(slice);
+    const T determinant = map[0] * map[4] - map[1] * map[3];
+    const T dx = x - map[2], dy = y - map[5];
+    Vector<T> place(2);
+    place[0] = (map[4] * dx - map[1] * dy) / determinant;
+    place[1] = (map[0] * dy - map[3] * dx) / determinant;
+    return place;
 }
 
 template <class T>

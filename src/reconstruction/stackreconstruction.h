@@ -43,6 +43,11 @@ public:
     /// An item whose slice is not of this stack leaves out as it was and is told on the standard error stream.
     void map(Vertices<T>& out, const ModelItem& item) const;
 
+    /// The world's (X, Y) of the place (u, v) in pixels of a slice, and the other way round; a slice whose pixels have
+    /// no size gives a place that is no number. Throw RangeError for a slice that is not there.
+    Vector<T> toWorld(int slice, T u, T v) const;
+    Vector<T> toPixels(int slice, T x, T y) const;
+
     /// The item as a shape of space 3: a closed Curve for a polygon, an open one for a polyline, Vertices for points.
     std::unique_ptr<Shape<T>> apply(const ModelItem& item) const;
 
@@ -55,6 +60,7 @@ public:
     std::vector<std::pair<int, const ModelItem*>> itemsOf(const Model& model) const;
 
 private:
+    const Vector<T>& mapOf(int slice) const;
     void mapFromSlice(Vertices<T>& out, const ModelItem& item, int slice) const;
 
     const Stack* __stack = nullptr;

@@ -5,98 +5,12 @@
 #include <cmath>
 #include <vector>
 
+#include "reconstruction/partlid.h"
+#include "reconstruction/sectionparts.h"
+
 namespace vorlen {
 
 namespace {
-
-using Triangles = std::vector<std::array<unsigned int, 3>>;
-
-struct Point {
-    double x, y;
-};
-
-double cross(const Point& a, const Point& b, const Point& c) {
-    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
-}
-
-/// A contour, relative to its first vertex, with the sign of its direction.
-struct Ring {
-    std::vector<Point> points;
-    Point centroid{0, 0};
-    double area = 0;
-
-    template <class T>
-    Ring(const TriMesh<T>& mesh, int first, int size) {
-        for (int k = 0; k < size; ++k)
-            points.push_back({double(mesh[first + k][0]) - double(mesh[first][0]),
-                              double(mesh[first + k][1]) - double(mesh[first][1])});
-        for (std::size_t k = 0; k < points.size(); ++k) {
-            const Point &p = points[k], &q = points[k + 1 < points.size() ? k + 1 : 0];
-            const double product = p.x * q.y - q.x * p.y;
-            area += product;
-            centroid.x += product * (p.x + q.x) / 3;
-            centroid.y += product * (p.y + q.y) / 3;
-        }
-        if (area != 0)
-            centroid = {centroid.x / area, centroid.y / area};
-    }
-
-    bool isSeenFromCentroid() const {
-        for (std::size_t k = 0; k < points.size(); ++k) {
-            const double product = cross(centroid, points[k], points[k + 1 < points.size() ? k + 1 : 0]);
-            if (!(product * area > 0) &&
-                (points[k].x != points[(k + 1) % points.size()].x || points[k].y != points[(k + 1) % points.size()].y))
-                return false;
-        }
-        return area != 0;
-    }
-
-    /// No other remaining vertex lies in the triangle of the ear.
-    bool isEar(const std::vector<unsigned int>& rest, std::size_t k) const {
-        const std::size_t n = rest.size();
-        const Point &a = points[rest[(k + n - 1) % n]], &b = points[rest[k]], &c = points[rest[(k + 1) % n]];
-        if (cross(a, b, c) * area <= 0)
-            return false;
-        for (std::size_t m = 2; m + 1 < n; ++m) {
-            const Point& p = points[rest[(k + m) % n]];
-            const bool isCorner = (p.x == a.x && p.y == a.y) || (p.x == c.x && p.y == c.y);
-            if (!isCorner && cross(a, b, p) * area >= 0 && cross(b, c, p) * area >= 0 && cross(c, a, p) * area >= 0)
-                return false;
-        }
-        return true;
-    }
-
-    /// The inside as triangles that turn as the ring does. A ring that crosses itself has no inside; it gets triangles
-    /// between all of its edges all the same, so that it is closed.
-    Triangles lid() const {
-        std::vector<unsigned int> rest(points.size());
-        for (unsigned int k = 0; k < rest.size(); ++k)
-            rest[k] = k;
-        Triangles triangles;
-        std::size_t k = 0, tried = 0;
-        while (rest.size() >= 3) {
-            const std::size_t n = rest.size();
-            k %= n;
-            if (!isEar(rest, k) && tried < n) {
-                ++k;
-                ++tried;
-                continue;
-            }
-            triangles.push_back({rest[(k + n - 1) % n], rest[k], rest[(k + 1) % n]});
-            rest.erase(rest.begin() + std::ptrdiff_t(k));
-            tried = 0;
-        }
-        return triangles;
-    }
-
-    Triangles tip(unsigned int apex) const {
-        Triangles triangles;
-        const auto n = static_cast<unsigned int>(points.size());
-        for (unsigned int k = 0; k < n; ++k)
-            triangles.push_back({k, k + 1 < n ? k + 1 : 0, apex});
-        return triangles;
-    }
-};
 
 /// Whether the walls run along the first edge of the ring from its first vertex to its second.
 template <class T>
@@ -114,62 +28,102 @@ bool runsForward(const TriMesh<T>& walls, unsigned int first, bool otherwise) {
     return otherwise;
 }
 
+/// The points of a contour, relative to its first vertex.
+template <class T>
+std::vector<PlanePoint> ringOf(const TriMesh<T>& mesh, int first, int size) {
+    std::vector<PlanePoint> points;
+    points.reserve(std::size_t(size));
+    for (int k = 0; k < size; ++k)
+        points.push_back(
+            {double(mesh[first + k][0]) - double(mesh[first][0]), double(mesh[first + k][1]) - double(mesh[first][1])});
+    return points;
+}
+
 } // namespace
 
+double scaleOfEnd(double area, double areaBefore, double gapBefore, double rise) {
+    constexpr double leastScale = 0.05;
+    if (!(area > 0) || !(gapBefore > 0))
+        return 1;
+    const double scale = std::sqrt(std::clamp(1 + (area - areaBefore) / area * rise / gapBefore, 0.0, 1.0));
+    return scale < leastScale ? 0 : scale;
+}
+
 template <class T>
-TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::optional<T> beginRise,
-                     std::optional<T> endRise) {
+TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::optional<EndShape<T>> begin,
+                     std::optional<EndShape<T>> end) {
     const int size = walls.getNumVertices();
-    std::vector<std::array<T, 3>> apexes;
-    Triangles lids;
-    const auto close = [&](int first, int numVertices, std::optional<T> rise, bool wallsRunForward) {
-        if (!rise || numVertices < 3) // two edges on each other are closed by each other
+    std::vector<std::array<T, 3>> added;
+    std::vector<std::array<int, 3>> faces;
+    const auto close = [&](int first, int numVertices, const std::optional<EndShape<T>>& wanted, bool wallsRunForward) {
+        if (!wanted || numVertices < 3) // two edges on each other are closed by each other
             return;
-        const Ring ring(walls, first, numVertices);
-        const bool pointed = *rise != 0 && ring.isSeenFromCentroid();
-        const auto apex = static_cast<unsigned int>(size) + static_cast<unsigned int>(apexes.size());
-        Triangles triangles = pointed ? ring.tip(apex) : ring.lid();
-        if (pointed)
-            apexes.push_back(
-                {walls[first][0] + T(ring.centroid.x), walls[first][1] + T(ring.centroid.y), walls[first][2] + *rise});
-        for (std::array<unsigned int, 3>& triangle : triangles) {
-            for (unsigned int& vertex : triangle)
-                vertex += !pointed || vertex != apex ? static_cast<unsigned int>(first) : 0;
-            if (wallsRunForward)
-                std::swap(triangle[0], triangle[1]);
-            lids.push_back(triangle);
+        const auto add = [&](int a, int b, int c) {
+            faces.push_back(wallsRunForward ? std::array<int, 3>{b, a, c} : std::array<int, 3>{a, b, c});
+        };
+        std::vector<PlanePoint> points = ringOf(walls, first, numVertices);
+        const SectionRing ring(points);
+        const PlanePoint centre = ring.contains(ring.centroid) ? ring.centroid : ring.innerPoint();
+        const EndShape<T> shape = ring.isSeenFrom(centre) ? *wanted : wanted->blunt();
+        const auto addVertex = [&](const PlanePoint& p) {
+            added.push_back({walls[first][0] + T(p.x), walls[first][1] + T(p.y), walls[first][2] + shape.rise});
+            return size + int(added.size()) - 1;
+        };
+        const auto behind = [numVertices](int k) { return k + 1 < numVertices ? k + 1 : 0; };
+        int copy = first;
+        if (shape.rise != 0 && shape.scale == 0) {
+            const int apex = addVertex(centre);
+            for (int k = 0; k < numVertices; ++k)
+                add(first + k, first + behind(k), apex);
+            return;
         }
+        if (shape.rise != 0) {
+            copy = size + int(added.size());
+            for (PlanePoint& p : points) {
+                p = {centre.x + double(shape.scale) * (p.x - centre.x),
+                     centre.y + double(shape.scale) * (p.y - centre.y)};
+                addVertex(p);
+            }
+            for (int k = 0; k < numVertices; ++k) {
+                add(first + k, first + behind(k), copy + behind(k));
+                add(first + k, copy + behind(k), copy + k);
+            }
+        }
+        for (const std::array<int, 3>& t : lidOf({points}))
+            add(copy + t[0], copy + t[1], copy + t[2]);
     };
     if (size > 0) {
-        close(0, firstSize, beginRise, runsForward(walls, 0, true));
-        close(size - lastSize, lastSize, endRise,
-              runsForward(walls, static_cast<unsigned int>(size - lastSize), false));
+        close(0, firstSize, begin, runsForward(walls, 0, true));
+        close(size - lastSize, lastSize, end, runsForward(walls, static_cast<unsigned int>(size - lastSize), false));
     }
 
-    const int all = size + int(apexes.size());
+    const int all = size + int(added.size());
     TriMesh<T> mesh(3, all, all, all);
     for (int i = 0; i < size; ++i)
         mesh[i] = walls[i];
-    for (std::size_t i = 0; i < apexes.size(); ++i)
-        std::copy(apexes[i].begin(), apexes[i].end(), mesh[size + int(i)].data());
-    mesh.reserveTriangles(walls.getNumTriangles() + static_cast<unsigned int>(lids.size()));
+    for (std::size_t i = 0; i < added.size(); ++i)
+        std::copy(added[i].begin(), added[i].end(), mesh[size + int(i)].data());
+    mesh.reserveTriangles(walls.getNumTriangles() + static_cast<unsigned int>(faces.size()));
     for (unsigned int i = 0; i < walls.getNumTriangles(); ++i) {
         const Vector<unsigned int>& t = walls.getTriangleIndexes(i);
         mesh.addTriangle(t[0], t[1], t[2]);
     }
-    for (const auto& triangle : lids)
-        mesh.addTriangle(triangle[0], triangle[1], triangle[2]);
-    if (beginRise && endRise && mesh.volume() < 0)
+    for (const auto& face : faces)
+        mesh.addTriangle(static_cast<unsigned int>(face[0]), static_cast<unsigned int>(face[1]),
+                         static_cast<unsigned int>(face[2]));
+    if (begin && end && mesh.volume() < 0)
         for (unsigned int i = 0; i < mesh.getNumTriangles(); ++i)
             std::swap(mesh.getTriangleIndexes(i)[0], mesh.getTriangleIndexes(i)[1]);
     mesh.computeNormals();
     return mesh;
 }
 
-template TriMesh<float> closeEnds<float>(const TriMesh<float>&, int, int, std::optional<float>, std::optional<float>);
-template TriMesh<double> closeEnds<double>(const TriMesh<double>&, int, int, std::optional<double>,
-                                           std::optional<double>);
-template TriMesh<long double> closeEnds<long double>(const TriMesh<long double>&, int, int, std::optional<long double>,
-                                                     std::optional<long double>);
+template TriMesh<float> closeEnds<float>(const TriMesh<float>&, int, int, std::optional<EndShape<float>>,
+                                         std::optional<EndShape<float>>);
+template TriMesh<double> closeEnds<double>(const TriMesh<double>&, int, int, std::optional<EndShape<double>>,
+                                           std::optional<EndShape<double>>);
+template TriMesh<long double> closeEnds<long double>(const TriMesh<long double>&, int, int,
+                                                     std::optional<EndShape<long double>>,
+                                                     std::optional<EndShape<long double>>);
 
 } // namespace vorlen

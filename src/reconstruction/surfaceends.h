@@ -10,7 +10,7 @@ namespace vorlen {
 enum class SurfaceEnd {
     Open,        ///< at the contour, as the contours were drawn
     Flat,        ///< by a lid on the contour
-    HalfSection, ///< in a tip half way to the next section
+    HalfSection, ///< half way to the next section, as large as the contours' areas let expect: a tip where they shrink
     NextSection  ///< in a tip on the next section
 };
 
@@ -20,15 +20,31 @@ struct SurfaceEnds {
     SurfaceEnd end = SurfaceEnd::HalfSection;
 };
 
-/// Closes walls of triangles, whose first so many vertices are their first contour and whose last so many their last
-/// one, each at one height. An end is closed by a tip at so much above its contour's centroid, or by a lid where this
-/// is 0 and where the centroid does not see all of the contour; it stays open where there is no number. What is closed
-/// at both ends faces outward. The result has a vertex more for each tip, behind those of the walls, and normals.
-///
-/// A lid has no vertices of its own; it is cut from the contour ear by ear, in quadratic time at most. Walls without
-/// triangles are one contour, from which both ends start. Instantiated for float, double and long double.
+/// How an end lies to its contour: so much above it, and so many times its size about a point inside of it. A scale of
+/// 0 makes a tip, a rise of 0 a lid on the contour.
 template <class T>
-TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::optional<T> beginRise,
-                     std::optional<T> endRise);
+struct EndShape {
+    T rise = 0;
+    T scale = 1;
+
+    /// The prism of this end's volume. Contours that are hollow, or have holes, would make long folds on their way to a
+    /// point.
+    EndShape blunt() const { return {rise * (1 + scale + scale * scale) / 3, 1}; }
+};
+
+/// The scale of an end by the areas of the last contour and of the one before it: the area goes on to change as it did
+/// between them, but does not grow. 0 for what would be very small.
+double scaleOfEnd(double area, double areaBefore, double gapBefore, double rise);
+
+/// Closes walls of triangles, whose first so many vertices are their first contour and whose last so many their last
+/// one, each at one height. An end goes on to a smaller copy of its contour with a lid on it, or to a tip, or, where
+/// the contour is not seen as a whole from its middle, bluntly; it stays open where there is no shape. What is closed
+/// at both ends faces outward. The vertices of the ends come behind those of the walls. The result has normals.
+///
+/// A lid has no vertices of its own; it is cut from the contour ear by ear (lidOf). Walls without triangles are one
+/// contour, from which both ends start. Instantiated for float, double and long double.
+template <class T>
+TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::optional<EndShape<T>> begin,
+                     std::optional<EndShape<T>> end);
 
 } // namespace vorlen

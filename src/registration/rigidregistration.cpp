@@ -11,9 +11,9 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
-/// Towards zero; a shift that no int holds belongs to no image.
-int wholePixels(double shift) {
-    return std::abs(shift) < 1e9 ? int(shift) : 0;
+/// To a thousandth of a pixel; a shift that is out of all proportion belongs to no image.
+double sensibleShift(double shift) {
+    return std::abs(shift) < 1e9 ? std::round(shift * 1000) / 1000 : 0;
 }
 
 } // namespace
@@ -26,11 +26,9 @@ Registration RigidRegistration<T>::sliceRegistration() const {
     if (__centerShift.getSize() != 2)
         throw UsageError("Registration RigidRegistration<T>::sliceRegistration() const", "No registration was run yet");
     // In (column, row) the rotation turns the other way round.
-    float angle = float(std::atan2(__rotation[0][1], __rotation[0][0]) * 180 / pi);
-    if (angle < 0)
-        angle += 360;
-    return Registration(wholePixels(__centerShift[1]), wholePixels(__centerShift[0]),
-                        angle > 0 && angle < 360 ? angle : 0);
+    const double angle = std::atan2(__rotation[0][1], __rotation[0][0]) * 180 / pi;
+    return Registration(sensibleShift(__centerShift[1]), sensibleShift(__centerShift[0]),
+                        std::isfinite(angle) ? float(angle) : 0);
 }
 
 template class RigidRegistration<float>;

@@ -19,8 +19,8 @@ public:
     /// Rotation matrix, 2 by 2; empty before run().
     const Matrix<double>& rotation() const { return __rotation; }
 
-    /// The result as a slice keeps it, with the angle in degrees from 0 to below 360 and the shifts cut to whole pixels
-    /// towards zero. A slice turns about its centre and lays this on the centre of the slice before: for images of
+    /// The result as a slice keeps it, with the angle in degrees from 0 to below 360 and the shifts to a thousandth
+    /// of a pixel. A slice turns about its centre and lays this on the centre of the slice before: for images of
     /// different sizes the shift is not translation(). Throws UsageError before run().
     Registration sliceRegistration() const;
 

@@ -63,15 +63,10 @@ void SectionRegion::add(const Vertices<T>& outline) {
         return;
     if (outline.getSpace() < 2)
         throw SizeError("void SectionRegion::add(const Vertices<T>&)", "The outline has no two coordinates");
-    for (int k = 0; k < n; ++k) {
-        const T* const a = outline[k].data();
-        const T* const b = outline[k + 1 < n ? k + 1 : 0].data();
-        const Edge edge{double(a[0]), double(a[1]), double(b[0]), double(b[1])};
-        if (edge.y1 < edge.y2)
-            __edges.push_back(edge);
-        else if (edge.y2 < edge.y1)
-            __edges.push_back({edge.x2, edge.y2, edge.x1, edge.y1});
-    }
+    add(std::size_t(n), [&](std::size_t k) {
+        const T* const p = outline[int(k)].data();
+        return Point{double(p[0]), double(p[1])};
+    });
 }
 
 double SectionRegion::area() const {

@@ -7,7 +7,7 @@
 #include <type_traits>
 
 #include "files/fileinfo.h"
-#include "files/safefile.h"
+#include "files/safestream.h"
 #include "numerics/exception.h"
 #include "shapes/boundingbox.h"
 #include "shapes/curve.h"
@@ -45,9 +45,7 @@ std::vector<Vector<unsigned int>> locatorsOf(const Shape<T>& shape) {
 template <class Write>
 void saveText(const std::string& file, const std::string& where, Write write) {
     try {
-        std::ostringstream stream;
-        write(stream);
-        if (!SafeFile::save(file, std::move(stream).str())) {
+        if (!saveStreamed(file, write)) {
             std::ostringstream closed;
             closed.setstate(std::ios::badbit);
             write(closed);
@@ -84,6 +82,11 @@ std::vector<WideCoordinate<T>> wideCog(const Shape<T>& shape) {
     for (WideCoordinate<T>& x : mean)
         x /= n;
     return mean;
+}
+
+void requireOrdinary(const std::string& file, const char* where) {
+    if (FileInfo::isSpecial(file))
+        throw FileReadError(where, "Not an ordinary file", file);
 }
 
 } // namespace
@@ -589,9 +592,11 @@ void Shape<T>::computeLSRegistration(Vector<T>& t, SquareMatrix<T>& r, const Sha
 
 template <class T>
 void Shape<T>::load(const std::string& file) {
+    const char* where = "Shape<T>::load(const string&)";
+    requireOrdinary(file, where);
     std::ifstream stream(file, std::ios::in | std::ios::binary);
     if (!stream)
-        throw FileReadError("Shape<T>::load(const string&)", "Cannot open file for reading", file);
+        throw FileReadError(where, "Cannot open file for reading", file);
     try {
         read(stream);
     } catch (FileError& error) {
@@ -613,6 +618,7 @@ void Shape<T>::save(const std::string& file, bool overwrite) const {
 template <class T>
 Shape<T>* Shape<T>::loadFile(const std::string& file) {
     const char* where = "Shape<T>* Shape<T>::loadFile(const string&)";
+    requireOrdinary(file, where);
     std::ifstream stream(file);
     if (!stream)
         throw FileReadError(where, "Cannot open file for reading", file);

@@ -38,6 +38,12 @@ void ShapeWriter::number(T value) {
 }
 
 void ShapeWriter::finish(const std::string& where) {
+    if (!handOn())
+        throw FileWriteError(where, "Cannot write the shape");
+}
+
+/// False when the stream takes no more. Its exception mask stays as it is.
+bool ShapeWriter::handOn() {
     const std::ios_base::iostate mask = __stream.exceptions();
     const auto restoreMask = [&] {
         // A mask that covers the present state would throw here what is reported already.
@@ -51,9 +57,11 @@ void ShapeWriter::finish(const std::string& where) {
         __stream.write(__text.data(), std::streamsize(__text.size()));
     } catch (const std::ios_base::failure&) {
         restoreMask();
-        throw FileWriteError(where, "Cannot write the shape");
+        return false;
     }
+    __text.clear();
     restoreMask();
+    return true;
 }
 
 template void ShapeWriter::number<int>(int);

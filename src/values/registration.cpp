@@ -1,48 +1,56 @@
 #include "values/registration.h"
 
+#include <cmath>
+
 namespace vorlen {
 
 namespace {
 
 float withinOneTurn(float angle) {
+    if (!std::isfinite(angle))
+        return angle;
+    if (angle < 0 || angle >= 360)
+        angle = std::fmod(angle, 360.0f);
     if (angle < 0)
         angle += 360;
-    // Not an else: a tiny negative angle rounds to 360 itself.
-    if (angle >= 360)
-        angle -= 360;
-    return angle;
+    // A tiny negative angle rounds to 360 itself; the sum with 0 makes 0 of -0.
+    return angle < 360 ? angle + 0.0f : 0.0f;
 }
 
 } // namespace
 
-Registration::Registration(int horShift, int verShift, float rotationAngle)
-    : __horShift(horShift), __verShift(verShift), __rotationAngle(rotationAngle) {
+Registration::Registration(double horShift, double verShift, float rotationAngle)
+    : __horShift(horShift), __verShift(verShift), __rotationAngle(withinOneTurn(rotationAngle)) {
 }
 
-void Registration::setHorShift(int shift) {
+void Registration::setHorShift(double shift) {
     __horShift = shift;
 }
 
-void Registration::setVerShift(int shift) {
+void Registration::setVerShift(double shift) {
     __verShift = shift;
 }
 
 void Registration::setRotationAngle(float angle) {
-    __rotationAngle = angle;
+    __rotationAngle = withinOneTurn(angle);
 }
 
 bool Registration::isNull() const {
     return __horShift == 0 && __verShift == 0 && __rotationAngle == 0;
 }
 
+bool Registration::isFinite() const {
+    return std::isfinite(__horShift) && std::isfinite(__verShift) && std::isfinite(__rotationAngle);
+}
+
 Registration Registration::operator+(const Registration& other) const {
     return Registration(__horShift + other.__horShift, __verShift + other.__verShift,
-                        withinOneTurn(__rotationAngle + other.__rotationAngle));
+                        __rotationAngle + other.__rotationAngle);
 }
 
 Registration Registration::operator-(const Registration& other) const {
     return Registration(__horShift - other.__horShift, __verShift - other.__verShift,
-                        withinOneTurn(__rotationAngle - other.__rotationAngle));
+                        __rotationAngle - other.__rotationAngle);
 }
 
 } // namespace vorlen

@@ -185,6 +185,17 @@ TEST(StackReader, slicesTakeTheDefaultsOfTheirMomentAndThenTheirOwn) {
     EXPECT_EQ(c.getStack(), &read.stack);
 }
 
+TEST(StackReader, registrationsAreDecimalsAndAlwaysNumbers) {
+    const auto registration = [](const std::string& statements, bool isGood = false) {
+        const Read read("FileFormatVersion 1.03;\nSLICE \"a\" 1 1;\n" + statements);
+        EXPECT_EQ(read.log().empty(), isGood) << statements;
+        return read.stack.getSlice(0).getRegistration();
+    };
+    EXPECT_EQ(registration("SHIFT -0.25 7.125;\nROTATE -30;\n", true), Registration(-0.25, 7.125, 330));
+    EXPECT_EQ(registration("SHIFT nan inf;\nROTATE nan;\n"), Registration(0, 2147483647, 0));
+    EXPECT_EQ(registration("SHIFT -1e300 x;\nROTATE 1e39;\n"), Registration(-2147483647, 0, 0));
+}
+
 TEST(StackReader, aSliceStatementBehindAModelIsOutOfContextOrGoesToTheStack) {
     const Read read(slice + model + "ROTATE 5;\nPIXWIDTH 3;\nAnnotation \"x\";\nSliceSize1 1 2 3;\n");
     ASSERT_EQ(read.log().size(), 2u);
@@ -438,6 +449,8 @@ TEST(StackReader, aMissingImageIsFatalAndLeavesASliceThatTakesItsStatements) {
     EXPECT_EQ(read.reader.getNumFatalErrors(), 2);
     ASSERT_EQ(read.stack.getNumSlices(), 1);
     EXPECT_TRUE(read.stack.getSlice(0).isEmpty());
+    ASSERT_TRUE(read.stack.getSlice(0).hasImageSource());
+    EXPECT_EQ(read.stack.getSlice(0).getImageSource().getName(), folder.file("none.tif"));
     EXPECT_EQ(read.stack.getSlice(0).getName(), "a");
     EXPECT_EQ(read.stack.getSlice(0).getRegistration().getHorShift(), 4);
     EXPECT_FLOAT_EQ(read.stack.getSlice(0).getPixelCalibration().getPixelWidth(), 2);
@@ -506,7 +519,7 @@ TEST(StackReader, aPlaneOfAVolumeIsASlice) {
 }
 
 TEST(StackReader, posesAreAttachedToTheStack) {
-    const Read read("POSE \"lateral\";\nPOSEROTATION 10 -90 350;\nPOSESHIFT 3 -4;\nPOSEZOOM 150;\nAMBIENTLIGHT 1;\n"
+    const Read read("POSE \"lateral\";\nPOSEROTATION 10 -90 359.99;\nPOSESHIFT 3 -4;\nPOSEZOOM 150;\nAMBIENTLIGHT 1;\n"
                     "DIFFUSELIGHT 2;\nSPECULARLIGHT 3;\n");
     EXPECT_TRUE(read.log().empty());
     ASSERT_EQ(read.stack.getNumPoses(), 1);
@@ -514,6 +527,8 @@ TEST(StackReader, posesAreAttachedToTheStack) {
     EXPECT_EQ(pose.getStack(), &read.stack);
     EXPECT_EQ(pose.getName(), "lateral");
     EXPECT_EQ(pose.getYRotation(), -90);
+    EXPECT_EQ(pose.getRotation()[2], 359.99f);
+    EXPECT_NE(StackWriter().toText(read.stack).find("POSEROTATION 10 -90 359.99;"), std::string::npos);
     EXPECT_EQ(pose.getYTranslation(), -4);
     EXPECT_EQ(pose.getZoom(), 150);
     EXPECT_EQ(pose.getSpecularLight(), 3);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
 
 #include "document/calibrationcurve.h"
 #include "document/model.h"
@@ -12,7 +13,10 @@
 #include "document/stackreader.h"
 #include "images/files/imagesourcefile.h"
 #include "images/files/imagesourcefilemosaic.h"
+#include "images/files/imagesourcekinds.h"
+#include "images/files/imagesourceplaceholder.h"
 #include "images/files/imagesourcevoxelmatrixplane.h"
+#include "images/rasters/image.h"
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 #include "support/stackfolder.h"
@@ -81,6 +85,21 @@ void roundTrip(const Stack& stack, const StackFolder& folder, Stack& copy, int n
 }
 
 } // namespace
+
+TEST(StackWriter, shiftsAreWrittenInTheFewestDigits) {
+    const StackFolder folder;
+    Stack stack;
+    StackSlice& slice = addFile(stack, "a", folder.writeImage("a.tif", 4, 3));
+    const std::pair<Registration, const char*> cases[] = {{{3, -2, 0}, "SHIFT 3 -2;"},
+                                                          {{0.1, -0.0, -90}, "ROTATE 270;\nSHIFT 0.1 0;"},
+                                                          {{-12.0625, 100000, 0}, "SHIFT -12.0625 100000;"}};
+    for (const auto& [registration, text] : cases) {
+        slice.setRegistration(registration);
+        EXPECT_NE(StackWriter().toText(stack, folder.path()).find(text), std::string::npos) << text;
+    }
+    slice.setRegistration(Registration(-0.0, 0, 0));
+    EXPECT_EQ(StackWriter().toText(stack, folder.path()).find("SHIFT"), std::string::npos);
+}
 
 TEST(StackWriter, aSmallStackGivesThisText) {
     const StackFolder folder;
@@ -183,7 +202,7 @@ TEST(StackWriter, readAndWrittenAgainEveryPartOfTheDocumentIsTheSame) {
     addFile(stack, "a", folder.writeImage("a.tif", 4, 3));
     StackSlice& b = addFile(stack, "b", folder.writeImage("images/b.tif", 5, 6));
     b.setRelativePosition(2.5);
-    b.setRegistration(Registration(-3, 4, 12.25f));
+    b.setRegistration(Registration(-3.0625, 1.0 / 3, -12.25f));
     b.setAnnotation("note;");
     PixelCalibration own = stack.getDefaultPixelCalibration();
     own.setPixelWidth(0.3f);
@@ -484,6 +503,52 @@ TEST(StackWriter, aVolumeIsSavedAsAStackOfItsPlanes) {
     EXPECT_EQ(image.getData()[1 * 4 + 2], 112);
     EXPECT_THROW(StackWriter::saveAsStack(volume, "v", folder.file("images/"), folder.file("none/"), calibration, 1),
                  FileWriteError);
+}
+
+// A file image, a mosaic that loses one tile, and a plane of a volume: all named as before, with the sizes they had.
+TEST(StackWriter, aStackThatHasLostItsImagesIsWrittenAsItWas) {
+    const StackFolder folder;
+    folder.writeImage("images/a.tif", 7, 5);
+    folder.writeImage("tiles/b.tif", 6, 4);
+    VoxelMatrix<float> volume(3, 4, 2);
+    volume.setZeros();
+    volume.save(folder.file("v.vm"), true);
+    folder.write("first.sdf",
+                 "FileFormatVersion 1.03;\nRELPOSITION 10;\nImagesPath \"images/\";\nSLICE \"a\" \"a.tif\";\n"
+                 "ImagesPath \"tiles/\";\nSLICE \"m\" 1 2;\nIMAGE 1 1 b.tif;\nImagesPath \"images/\";\n"
+                 "IMAGE 1 2 a2.tif;\nImagesPath \"./\";\nStackSlice \"p\" \"v.vm\" 1;\nSHIFT 3 4;\n"
+                 "MODEL \"x\";\nMODELITEM \"x\" \"a\";\nMODELITEMDATA 1,1 2,2 3,1;\n");
+    folder.writeImage("images/a2.tif", 9, 4);
+    Stack whole, lost, back;
+    StackReader reader;
+    ASSERT_TRUE(reader.read(whole, folder.file("first.sdf")));
+    ASSERT_TRUE(reader.getLog().empty()) << reader.getLog()[0];
+    ASSERT_TRUE(StackWriter().write(whole, folder.file("s.sdf")));
+    const std::string text = folder.read("s.sdf");
+
+    std::filesystem::rename(folder.file("images"), folder.file("elsewhere"));
+    std::filesystem::rename(folder.file("v.vm"), folder.file("elsewhere/v.vm"));
+    ASSERT_TRUE(reader.read(lost, folder.file("s.sdf")));
+    EXPECT_EQ(reader.getProblems().size(), 3u);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(lost.getSlice(i).isEmpty()) << i;
+        EXPECT_EQ(lost.getSlice(i).getImageSource().getSize(), whole.getSlice(i).getImageSource().getSize()) << i;
+        Image image;
+        EXPECT_THROW(lost.getSlice(i).load(image), FileReadError) << i;
+    }
+    EXPECT_EQ(lost.getModel(0).getItem(0).getSize(), 3);
+    ASSERT_TRUE(StackWriter().write(lost, folder.file("s.sdf")));
+    EXPECT_EQ(folder.read("s.sdf"), text);
+
+    const auto& placeholder = dynamic_cast<const ImageSourcePlaceholder&>(lost.getSlice(2).getImageSource());
+    const auto found = placeholder.resolve(imageSourceKinds(), folder.file("elsewhere"));
+    EXPECT_EQ(found->getStatement().file(0), folder.file("elsewhere/v.vm"));
+    EXPECT_THROW(placeholder.resolve(imageSourceKinds(), ""), FileReadError);
+
+    std::filesystem::rename(folder.file("elsewhere/v.vm"), folder.file("v.vm"));
+    std::filesystem::rename(folder.file("elsewhere"), folder.file("images"));
+    ASSERT_TRUE(reader.read(back, folder.file("s.sdf")));
+    EXPECT_TRUE(reader.getLog().empty());
 }
 
 TEST(StackWriter, voxelsBeyondBytesAreCutOrScaledAndNeverWrapped) {

@@ -5,13 +5,16 @@
 #include <gtest/gtest.h>
 
 #include "document/pose.h"
+#include "document/stackreader.h"
 #include "document/stackwriter.h"
 #include "editing/actions/vrlmodeldeletionaction.h"
 #include "editing/actions/vrlstackstateaction.h"
 #include "editing/bus/vrleventserver.h"
 #include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/lostimages.h"
 #include "editing/operations/modeloperations.h"
+#include "editing/operations/slicealignment.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
@@ -23,6 +26,7 @@
 #include "support/documentmaker.h"
 #include "support/eventrecorder.h"
 #include "support/fixedsource.h"
+#include "support/stackfolder.h"
 #include "support/temporaryfolder.h"
 
 namespace vorlen {
@@ -326,7 +330,7 @@ TEST(DocumentOperations, areRefusedWithAReasonAndWithoutATrace) {
         {changeStack(*stack, flat), "The size of a pixel must be above zero"},
         {changeStack(*stack, foreignSlice), "The slice is not in this stack"},
         {setRegistrations(*stack, {{}}), "There must be one registration for each slice"},
-        {registerSlices(other, false, cancelled), "A registration needs at least two slices"},
+        {registerSlices(other, {}, cancelled), "A registration needs at least two slices"},
         {recordPose(*stack, Pose(), ""), "The pose name is empty"},
         {deletePose(*stack, 1), "There is no such pose"}};
     for (const auto& [outcome, reason] : refusals)
@@ -355,10 +359,10 @@ TEST(DocumentOperations, slicesThatAreReorderedTakeThePlacesThatThereWere) {
     EXPECT_EQ(&slice(*stack, 0), moved);
     EXPECT_EQ(stack->findSlice(*moved), 0);
     EXPECT_EQ(stack->getAbsolutePositions(), positions);
-    std::vector<int> shifts;
+    std::vector<double> shifts;
     for (int i = 0; i < 4; ++i)
         shifts.push_back(slice(*stack, i).getRegistration().getHorShift());
-    EXPECT_EQ(shifts, (std::vector<int>{0, 0, 1, 0}));
+    EXPECT_EQ(shifts, (std::vector<double>{0, 0, 1, 0}));
 }
 
 // Two slices of a bright bar, the second one shifted by (3, 1); a file that is no image is told of.
@@ -392,16 +396,20 @@ TEST(DocumentOperations, aNewStackOfImagesIsRegisteredInOneStep) {
     EXPECT_TRUE(stack->isModified());
 
     ProgressSubject progress;
-    std::vector<int> unplaced = {9};
-    ASSERT_TRUE(registerSlices(*stack, false, progress, &unplaced));
-    EXPECT_TRUE(unplaced.empty());
+    AlignmentOptions axes;
+    axes.method = AlignmentMethod::PrincipalAxes;
+    RegistrationReport report;
+    ASSERT_TRUE(registerSlices(*stack, axes, progress, &report));
     const Registration found = slice(*stack, 1).getRegistration();
-    EXPECT_EQ(std::abs(found.getHorShift()), 3);
-    EXPECT_EQ(std::abs(found.getVerShift()), 1);
+    EXPECT_NEAR(std::abs(found.getHorShift()), 3, 1e-3);
+    EXPECT_NEAR(std::abs(found.getVerShift()), 1, 1e-3);
+    EXPECT_EQ(report.slices[1].method, "principal axes");
     stack->history()->undo();
     EXPECT_TRUE(slice(*stack, 1).getRegistration().isNull());
     progress.cancel();
-    EXPECT_EQ(registerSlices(*stack, false, progress).getReason(), "The registration was cancelled");
+    ASSERT_TRUE(registerSlices(*stack, axes, progress, &report));
+    EXPECT_TRUE(report.cancelled);
+    EXPECT_EQ(report.slices[1].reason, "the run was stopped before it");
     EXPECT_FALSE(stack->history()->isUndoable());
     EXPECT_EQ(makeStack({"none", 1, {}, {folder.file("missing.tif")}}, unreadable), nullptr);
 }
@@ -419,6 +427,35 @@ TEST(SliceOperations, aSliceWithoutAPixelSizeTakesThatOfTheOneBefore) {
     insert("own", squarePixels(3));
     EXPECT_EQ(stack.getSlice(1).getPixelCalibration().getPixelWidth(), 0.5f);
     EXPECT_EQ(stack.getSlice(2).getPixelCalibration().getPixelWidth(), 3);
+}
+
+// One that is there, one of another size and one that is gone; found in one step, which can be taken back.
+TEST(DocumentOperations, lostImagesAreFoundByTheirNamesInAnotherFolder) {
+    const StackFolder folder;
+    folder.writeImage("new/a.tif", 6, 4);
+    folder.writeImage("new/b.tif", 7, 4);
+    const auto slice = [](const char* name) {
+        return "SLICE \"" + std::string(name) + "\" \"" + name + ".tif\";\nSliceSize1 4;\nSliceSize2 6;\n";
+    };
+    VRLStack read;
+    StackReader().readText(read, "FileFormatVersion 1.03;\n" + slice("a") + slice("b") + "SLICE \"c\" \"c.tif\";\n",
+                           folder.file("s.sdf"));
+    EXPECT_EQ(numLostImages(read), 3);
+    EXPECT_NE(requireImageSizes(read).getReason().find("\"c\""), std::string::npos);
+    std::vector<UnreadableImage> lost;
+    EXPECT_FALSE(findLostImages(read, folder.path(), lost));
+    EXPECT_EQ(lost.size(), 3u);
+    lost.clear();
+    EXPECT_TRUE(findLostImages(read, folder.file("new"), lost));
+    ASSERT_EQ(lost.size(), 2u);
+    EXPECT_NE(lost[0].reason.find("7 x 4 pixels, and the lost one had 6 x 4"), std::string::npos) << lost[0].reason;
+    EXPECT_FALSE(read.getSlice(0).isEmpty());
+    EXPECT_TRUE(read.isModified());
+    read.history()->undo();
+    EXPECT_EQ(numLostImages(read), 3);
+    EXPECT_EQ(read.getSlice(0).width(), 6);
+    read.history()->redo();
+    EXPECT_EQ(numLostImages(read), 2);
 }
 
 } // namespace vorlen

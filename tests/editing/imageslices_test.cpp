@@ -80,10 +80,9 @@ TEST_F(ImageSlicesTest, eachPageBecomesASliceThatItsDescriptionFindsAgain) {
     EXPECT_EQ(PixelMatrix<int>(image)[0][0], 700);
     // A page that the file has lost is told of.
     writePages(folder.file("p.tif"), 6);
-    Stack shortened;
-    reader.readText(shortened, text, folder.file("s.sdf"));
-    EXPECT_GT(reader.getNumFatalErrors(), 0);
-    EXPECT_EQ(reader.getLog().size(), 6u);
+    Stack cut;
+    reader.readText(cut, text, folder.file("s.sdf"));
+    EXPECT_GE(reader.getNumFatalErrors(), 6);
     EXPECT_NE(reader.getLog().front().find("There is no page 7"), std::string::npos);
 }
 

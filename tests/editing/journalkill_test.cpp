@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <random>
 #include <sstream>
+#include <utility>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -46,8 +47,10 @@ std::string hashOf(const Stack& stack) {
     StackJournal journal(
         stack, [&folder] { return folder + "/journal"; }, writers, [](const QString&) {});
     journal.setBound(2000);
+    bool begun = false;
     QObject::connect(stack.history(), &VRLActionHistory::recorded, [&] {
-        writers.waitForDone();
+        if (!std::exchange(begun, true))
+            writers.waitForDone(); // for the base; from then on a step is kept when it is done
         tell("done\n");
     });
     RandomUser user(stack, seed);

@@ -1,6 +1,7 @@
 #include "editing/operations/snakeoperation.h"
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 
 #include "editing/operationfixture.h"
@@ -16,25 +17,42 @@ namespace {
 constexpr double centreX = 80, centreY = 60;
 using Radii = std::vector<std::vector<int>>;
 
-/// Rings about the middle of 160 x 120 pixels: the level changes by 60 at each radius, over about a pixel.
+/// Rings about a place: the level changes by 60 at each radius, over about a pixel. Distances down the rows count times
+/// aspect. Values of 16 bits are times factor.
+struct Rings {
+    std::vector<double> radii;
+    int depth = 8, channel = 0;
+    int width = 160, height = 120;
+    double x = centreX, y = centreY, aspect = 1;
+    int factor = 1;
+
+    Image image() const {
+        Image result(width, height, depth);
+        result.clear();
+        const int bytes = result.bytesPerPixel();
+        for (int i = 0; i < height; ++i)
+            for (int j = 0; j < width; ++j) {
+                double value = 40;
+                for (const double radius : radii)
+                    value += 60 * std::clamp(std::hypot(j - x, (i - y) * aspect) - radius + 0.5, 0.0, 1.0);
+                const auto whole = static_cast<unsigned short>(std::lround(value * factor));
+                if (depth == 16)
+                    std::memcpy(result.getPixels()[i] + 2 * static_cast<std::ptrdiff_t>(j), &whole, 2);
+                else
+                    result.getPixels()[i][bytes * j + channel] = static_cast<unsigned char>(whole);
+            }
+        return result;
+    }
+};
+
 Image rings(const std::vector<double>& radii, int depth = 8, int channel = 0) {
-    Image image(160, 120, depth);
-    image.clear();
-    const int bytes = image.bytesPerPixel();
-    for (int y = 0; y < image.getHeight(); ++y)
-        for (int x = 0; x < image.getWidth(); ++x) {
-            double value = 40;
-            for (const double radius : radii)
-                value += 60 * std::clamp(std::hypot(x - centreX, y - centreY) - radius + 0.5, 0.0, 1.0);
-            image.getPixels()[y][bytes * x + channel] = static_cast<unsigned char>(std::lround(value));
-        }
-    return image;
+    return Rings{.radii = radii, .depth = depth, .channel = channel}.image();
 }
 
-double meanRadius(const Vertices<int>& vertices) {
+double meanRadius(const Vertices<int>& vertices, double x = centreX, double y = centreY, double aspect = 1) {
     double sum = 0;
     for (int i = 0; i < vertices.getNumVertices(); ++i)
-        sum += std::hypot(vertices[i][0] - centreX, vertices[i][1] - centreY);
+        sum += std::hypot(vertices[i][0] - x, (vertices[i][1] - y) * aspect);
     return sum / vertices.getNumVertices();
 }
 
@@ -53,11 +71,12 @@ SnakeConfig parameters(unsigned int scale = 1) {
 
 class SnakeOperationTest : public OperationTest {
 protected:
-    ModelItem& addCircle(StackSlice& onSlice, double radius) {
+    ModelItem& addCircle(StackSlice& onSlice, double radius, double x = centreX, double y = centreY,
+                         double aspect = 1) {
         Points points;
         for (int k = 0; k < 24; ++k)
-            points.emplace_back(int(std::lround(centreX + radius * std::cos(k * M_PI / 12))),
-                                int(std::lround(centreY + radius * std::sin(k * M_PI / 12))));
+            points.emplace_back(int(std::lround(x + radius * std::cos(k * M_PI / 12))),
+                                int(std::lround(y + radius / aspect * std::sin(k * M_PI / 12))));
         return addItem(polygon, onSlice, points);
     }
 
@@ -100,6 +119,49 @@ TEST_F(SnakeOperationTest, aContourRunsToTheEdgeInEveryKindOfImageAsOneStep) {
         EXPECT_NEAR(meanRadius(found), 40, 1 + each.scale) << each.channel << " " << each.scale;
         // The vertices are those of the reduced image, whose spacing is a pixel of it.
         EXPECT_NEAR(found.getNumVertices() * int(each.scale), 251, 20) << each.channel << " " << each.scale;
+    }
+}
+
+TEST_F(SnakeOperationTest, aPictureOf16BitsGivesTheContourOfThatOf8) {
+    const SnakeConfig config = parameters();
+    const auto found = [&](const Image& image) {
+        StackSlice& on = addImage(image);
+        const Outcome outcome = SnakeOperation(stack, addCircle(on, 50), config).runOnSlice();
+        EXPECT_EQ(outcome.getReason(), "");
+        return verticesOf(on.getItem(on.getNumItems() - 1));
+    };
+    Rings picture{.radii = {20, 40, 70}}; // grey values up to 220
+    const Points expected = found(picture.image());
+    picture.depth = 16;
+    for (const int factor : {1, 16, 256}) { // 8, 12 and 16 bits of grey
+        picture.factor = factor;
+        const Points points = found(picture.image());
+        ASSERT_EQ(points.size(), expected.size()) << factor;
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            EXPECT_NEAR(points[i].first, expected[i].first, 1) << factor;
+            EXPECT_NEAR(points[i].second, expected[i].second, 1) << factor;
+        }
+    }
+}
+
+TEST_F(SnakeOperationTest, pixelsThatAreNotSquareAndLargeImagesChangeNothing) {
+    for (const double aspect : {0.5, 1.0, 2.0, 5.0}) { // of the height of a pixel to its width
+        const Rings picture{.radii = {40}, .width = 900, .height = 1000, .x = 300, .y = 420, .aspect = aspect};
+        StackSlice& on = addImage(picture.image());
+        on.getPixelCalibration().setPixelWidth(0.25f);
+        on.getPixelCalibration().setAspectRatio(float(aspect));
+        ModelItem& start = addCircle(on, 50, 300, 420, aspect);
+        EXPECT_EQ(SnakeOperation(stack, start, parameters()).runOnSlice().getReason(), "") << aspect;
+        ASSERT_EQ(on.getNumItems(), 2) << aspect;
+        const Vertices<int>& found = on.getItem(1).getVertices();
+        EXPECT_NEAR(meanRadius(found, 300, 420, aspect), 40, 1 + 0.2 * aspect) << aspect;
+        double x = 0, y = 0;
+        for (int i = 0; i < found.getNumVertices(); ++i) {
+            x += found[i][0] - 300.0;
+            y += found[i][1] - 420.0;
+        }
+        EXPECT_NEAR(x / found.getNumVertices(), 0, 0.2) << aspect;
+        EXPECT_NEAR(y / found.getNumVertices(), 0, 0.2) << aspect;
     }
 }
 

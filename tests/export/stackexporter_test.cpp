@@ -68,15 +68,15 @@ TEST_F(StackExporterTest, surfacesAreWrittenAndTheRestIsSkippedWithoutAWord) {
     add("points", PolypointPrimitive);
     add("empty", PolygonPrimitive, 0);
     StackExporter().export2AsciiSTL(stack, folder.path(), false);
-    EXPECT_EQ(folder.numFiles(), 4);
+    EXPECT_EQ(folder.numFiles(), 5); // no mesh of rows for what branches
 
     const std::string closed = folder.read("S-closed.stl");
     EXPECT_EQ(closed.rfind("solid closed\n  facet normal ", 0), 0u);
     EXPECT_NE(closed.find("\nendsolid closed\n"), std::string::npos);
-    // Three bands of six quadrangles, of two triangles each, and a tip of six at each end; an open mesh has five of
-    // them on a band, and no tips.
-    EXPECT_EQ(countLines(closed, "  facet normal"), 48);
-    EXPECT_EQ(countLines(closed, "      vertex"), 144);
+    // Three bands of six quadrangles, of two triangles each, and one more with a lid of four at each end; an open mesh
+    // has five of them on a band, and no ends.
+    EXPECT_EQ(countLines(closed, "  facet normal"), 68);
+    EXPECT_EQ(countLines(closed, "      vertex"), 204);
     EXPECT_EQ(countLines(folder.read("S-open.stl"), "  facet normal"), 30);
 
     QuadMesh<float> mesh;
@@ -91,7 +91,7 @@ TEST_F(StackExporterTest, oneItemGivesAMeshOfOneRow) {
     QuadMesh<float> mesh;
     mesh.load(folder.file("S-flat.qm"));
     EXPECT_EQ(mesh.getNumVertices(), 6);
-    EXPECT_EQ(countLines(folder.read("S-flat.stl"), "  facet normal"), 12);
+    EXPECT_EQ(countLines(folder.read("S-flat.stl"), "  facet normal"), 32);
 }
 
 TEST_F(StackExporterTest, surfacesEndAsTheModelOrTheCallerAsks) {
@@ -103,13 +103,15 @@ TEST_F(StackExporterTest, surfacesEndAsTheModelOrTheCallerAsks) {
         EXPECT_TRUE(certificate && certificate->isSound());
         return certificate->volume;
     };
-    const double tips = volume();
+    const double blunt = volume();
     model.getProperties().setEndCapFlag(true);
-    const double tipAndLid = volume();
+    const double bluntAndLid = volume();
     model.getProperties().setBeginCapFlag(true);
     const double lids = volume();
-    EXPECT_NEAR(tips - tipAndLid, tipAndLid - lids, 1e-3);
-    EXPECT_NEAR(6 * (tips - tipAndLid) * 20 / 10, lids, 1e-2); // a pyramid 5 high on the base of a prism 20 high
+    EXPECT_NEAR(blunt - bluntAndLid, bluntAndLid - lids, 1e-2);
+    EXPECT_NEAR(4 * (blunt - bluntAndLid), lids, 1e-2); // 5 more on a prism 20 high
+    exporter.setEnds({SurfaceEnd::NextSection, SurfaceEnd::Flat});
+    EXPECT_NEAR(6 * (volume() - lids), lids, 1e-2); // a pyramid 10 high
     exporter.setEnds({SurfaceEnd::Open, SurfaceEnd::Open});
     const auto open = exporter.export2AsciiSTL(model, reconstruction, folder.path(), "", true);
     EXPECT_EQ(open->openEdges, 12);
@@ -127,10 +129,10 @@ TEST_F(StackExporterTest, anItemWithoutVerticesIsPassedOver) {
     addItem(flat, stack.getSlice(1), {});
     StackExporter().export2AsciiSTL(stack, folder.path(), false);
     const std::string expected = folder.read("S-b.stl");
-    EXPECT_EQ(countLines(expected, "  facet normal"), 48);
-    EXPECT_EQ(countLines(folder.read("S-a.stl"), "  facet normal"), 48);
+    EXPECT_EQ(countLines(expected, "  facet normal"), 68);
+    EXPECT_EQ(countLines(folder.read("S-a.stl"), "  facet normal"), 68);
     EXPECT_EQ(folder.read("S-a.qm"), folder.read("S-b.qm"));
-    EXPECT_EQ(countLines(folder.read("S-flat.stl"), "  facet normal"), 12);
+    EXPECT_EQ(countLines(folder.read("S-flat.stl"), "  facet normal"), 32);
 }
 
 TEST_F(StackExporterTest, anExistingFileIsKeptUnlessOverwritingIsAllowed) {

@@ -17,10 +17,10 @@ namespace {
 std::atomic<Call> armed = Call::Allocation;
 std::atomic<int> left = 0; // calls to go; 0 for none that fails
 std::atomic<int> failure = 0;
-std::atomic<bool> hit = false;
+std::atomic<bool> hit = false, paused = false;
 
 bool fails(Call call) {
-    if (armed != call || left <= 0 || --left > 0)
+    if (paused || armed != call || left <= 0 || --left > 0)
         return false;
     hit = true;
     errno = failure;
@@ -41,8 +41,17 @@ void arm(Call call, int nth, int error) {
     left = nth;
 }
 
+void pause() {
+    paused = true;
+}
+
+void resume() {
+    paused = false;
+}
+
 bool disarm() {
     left = 0;
+    paused = false;
     return hit.exchange(false);
 }
 
@@ -129,6 +138,19 @@ ssize_t write(int descriptor, const void* from, std::size_t count) {
     return ::syscall(SYS_write, descriptor, from, count);
 }
 
+ssize_t pwrite(int descriptor, const void* from, std::size_t count, off_t offset) {
+    if (fails(Call::Write)) {
+        if (errno != 0)
+            return -1;
+        count = vorlen::faults::shortened(count);
+    }
+    return ::syscall(SYS_pwrite64, descriptor, from, count, offset);
+}
+
+ssize_t pwrite64(int descriptor, const void* from, std::size_t count, off64_t offset) {
+    return pwrite(descriptor, from, count, offset);
+}
+
 int fsync(int descriptor) {
     return fails(Call::Fsync) ? -1 : static_cast<int>(::syscall(SYS_fsync, descriptor));
 }
@@ -139,6 +161,14 @@ int fdatasync(int descriptor) {
 
 int rename(const char* from, const char* to) noexcept {
     return fails(Call::Rename) ? -1 : static_cast<int>(::syscall(SYS_rename, from, to));
+}
+
+int link(const char* from, const char* to) noexcept {
+    return fails(Call::Link) ? -1 : static_cast<int>(::syscall(SYS_link, from, to));
+}
+
+int fchmod(int descriptor, mode_t mode) noexcept {
+    return fails(Call::Chmod) ? -1 : static_cast<int>(::syscall(SYS_fchmod, descriptor, mode));
 }
 
 /// The descriptor is gone even where closing tells an error.

@@ -5,9 +5,11 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <set>
 
 #include <QCoreApplication>
+#include <QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -17,10 +19,13 @@
 #include "editing/actions/vrlmovevertexaction.h"
 #include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
+#include "editing/journal/journalplace.h"
+#include "editing/journal/stackjournal.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "files/filebackups.h"
 #include "images/files/imagesourcefilemosaic.h"
+#include "images/files/imagesourcekinds.h"
 #include "numerics/exception.h"
 #include "reconstruction/modelmorphometry.h"
 #include "support/documentmaker.h"
@@ -65,28 +70,19 @@ protected:
 
     std::string documentName() const { return folder.file("d.sdf"); }
 
-    /// What somebody does with a stack: opens it, outlines, thinks again, measures.
-    void work(VRLStack& stack) const {
+    void open(VRLStack& stack) const {
+        stack.fileGuard().note(documentName());
         StackReader reader;
         if (!reader.read(stack, documentName()) || !reader.isWhole())
-            throw FileReadError("work", "not read", documentName());
+            throw FileReadError("open", "not read", documentName());
         stack.setFilename(documentName());
         stack.updateReconstruction();
-        {
-            EditStep step(*stack.history());
-            auto item = std::make_unique<ModelItem>();
-            item->setModel(&stack.getModel(0));
-            item->setSlice(&stack.getSlice(1));
-            item->setVertices(makeVertices({{50, 50}, {60, 50}, {60, 60}}));
-            auto creation = std::make_unique<VRLItemCreationAction>(*item);
-            item.release();
-            step.apply(std::move(creation));
-            auto move = std::make_unique<VRLMoveVertexAction>(stack.getModel(0).getItem(0));
-            move->setIndex(0);
-            move->setPoint(point(2, 3));
-            step.apply(std::move(move));
-            step.commit();
-        }
+    }
+
+    /// What somebody does with a stack: opens it, outlines, thinks again, measures.
+    void work(VRLStack& stack) const {
+        open(stack);
+        edit(stack);
         stack.history()->undo();
         stack.history()->redo();
         stack.updateReconstruction();
@@ -95,6 +91,23 @@ protected:
         morphometry.run();
         stack.setName("new");
         stack.setModified(true);
+    }
+
+    /// A step of two actions.
+    static void edit(VRLStack& stack) {
+        EditStep step(*stack.history());
+        auto item = std::make_unique<ModelItem>();
+        item->setModel(&stack.getModel(0));
+        item->setSlice(&stack.getSlice(1));
+        item->setVertices(makeVertices({{50, 50}, {60, 50}, {60, 60}}));
+        auto creation = std::make_unique<VRLItemCreationAction>(*item);
+        item.release();
+        step.apply(std::move(creation));
+        auto move = std::make_unique<VRLMoveVertexAction>(stack.getModel(0).getItem(0));
+        move->setIndex(0);
+        move->setPoint(point(2, 3));
+        step.apply(std::move(move));
+        step.commit();
     }
 
     /// Whether the save was said to be good.
@@ -201,6 +214,265 @@ TEST_F(Faults, noFailingCallDamagesTheDocumentOrItsBackups) {
     EXPECT_GT(numCalls, 20);
 }
 
+// An item is on both of its lists or on none, and a document goes away whatever the memory.
+TEST_F(Faults, listsOfItemsStandWhenMemoryEnds) {
+    std::unique_ptr<Stack> stack;
+    ModelItem* item = nullptr;
+    std::unique_ptr<ModelItem> kept;
+    bool attached = false;
+    const auto make = [&] {
+        faults::pause();
+        stack = std::make_unique<Stack>();
+        addSlices(*stack, 2);
+        Model& model = addModel(*stack, "m");
+        for (int i = 0; i < 4; ++i)
+            addItem(model, stack->getSlice(0), {{0, 0}, {3, 0}, {3, 3}});
+        kept = std::make_unique<ModelItem>();
+        item = kept.get();
+        item->setModel(&model);
+        item->setSlice(&stack->getSlice(0));
+        faults::resume();
+    };
+    const int numAllocations = failInTurn(
+        Call::Allocation, ENOMEM,
+        [&] {
+            make();
+            attached = false;
+            try {
+                item->attach();
+                static_cast<void>(kept.release());
+                attached = true;
+            } catch (const std::bad_alloc&) {
+            }
+        },
+        [&] {
+            const int number = attached ? 5 : 4;
+            EXPECT_EQ(stack->getModel(0).getNumItems(), number);
+            EXPECT_EQ(stack->getSlice(0).getNumItems(), number);
+        });
+    EXPECT_GT(numAllocations, 0);
+    failInTurn(
+        Call::Allocation, ENOMEM,
+        [&] {
+            make();
+            EXPECT_NO_THROW(stack->clear());
+        },
+        [&] {
+            EXPECT_EQ(stack->getNumSlices(), 0);
+            EXPECT_EQ(stack->getNumModels(), 0);
+        });
+}
+
+// Network shares refuse to change a mode; what counts is that nobody may do more than before.
+TEST_F(Faults, aModeThatCannotBeChangedKeepsNoSaveFromBeingDone) {
+    VRLStack stack;
+    work(stack);
+    const std::string after = StackWriter().toText(stack, folder.path());
+    for (int times = 0; times < 3; ++times) {
+        stack.setModified(true);
+        faults::arm(Call::Chmod, 1, EPERM);
+        EXPECT_TRUE(save(stack));
+        EXPECT_TRUE(faults::disarm());
+        EXPECT_EQ(folder.read("d.sdf"), after);
+    }
+}
+
+namespace {
+
+/// A stack that is open with a journal, and what the journal says of itself.
+struct Journaled {
+    explicit Journaled(std::string where) : folder(std::move(where)) { writers.setMaxThreadCount(1); }
+
+    void keep() {
+        journal = std::make_unique<StackJournal>(
+            stack, [this] { return folder; }, writers,
+            [this](const QString& problem) {
+                const std::lock_guard lock(mutex);
+                last = problem;
+                told = told || !problem.isEmpty();
+            });
+    }
+
+    void wait() { writers.waitForDone(); }
+
+    /// Whether the journal gives the document as it is.
+    bool isKept() const {
+        VRLStack rebuilt;
+        const StackJournal::Rebuilt result = StackJournal::rebuild(rebuilt, folder, imageSourceKinds());
+        return result.good && result.complete && !result.damaged &&
+               StackWriter().toText(rebuilt) == StackWriter().toText(stack);
+    }
+
+    std::string folder;
+    QThreadPool writers;
+    VRLStack stack;
+    std::mutex mutex;
+    QString last;
+    bool told = false;
+    std::unique_ptr<StackJournal> journal;
+};
+
+} // namespace
+
+// Each call in turn, from the first step to a new generation: what is not kept is told, and kept with the next step.
+TEST_F(Faults, aJournalIsWholeOrItsLackIsTold) {
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
+    int numCalls = 0, numTold = 0;
+    for (const Call call :
+         {Call::Open, Call::Read, Call::Write, Call::Fsync, Call::Rename, Call::Close, Call::Truncate})
+        for (const int error : {EIO, ENOSPC, EDQUOT, 0}) {
+            if (error == 0 && call != Call::Write && call != Call::Read)
+                continue;
+            std::unique_ptr<Journaled> day;
+            numCalls += failInTurn(
+                call, error,
+                [&] {
+                    faults::pause();
+                    day = std::make_unique<Journaled>(folder.file("journal"));
+                    open(day->stack);
+                    faults::resume();
+                    day->keep();
+                    day->journal->setBound(300);
+                    day->journal->setFlushesAtOnce(true);
+                    for (int i = 0; i < 3; ++i)
+                        edit(day->stack);
+                    day->stack.history()->undo();
+                    day->wait();
+                },
+                [&] {
+                    EXPECT_TRUE(day->told || day->isKept());
+                    numTold += day->told;
+                    edit(day->stack);
+                    day->wait();
+                    edit(day->stack);
+                    day->wait();
+                    EXPECT_TRUE(day->isKept());
+                    EXPECT_EQ(day->last, "");
+                    // The document and its backups have no part in it.
+                    expectNothingLost(false, before.at("d.sdf"));
+                    day.reset();
+                    restore();
+                });
+        }
+    EXPECT_GT(numCalls, 60);
+    EXPECT_GT(numTold, 20);
+}
+
+// What was kept is there as a whole, or said to be unreadable; a step behind it is never lost without a word.
+TEST_F(Faults, aJournalThatCannotBeReadIsNeverTakenForAShortOne) {
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
+    Journaled day(folder.file("journal"));
+    open(day.stack);
+    day.keep();
+    day.journal->setBound(300);
+    for (int i = 0; i < 4; ++i)
+        edit(day.stack);
+    day.wait();
+    const std::string last = StackWriter().toText(day.stack);
+    for (const Call call : {Call::Open, Call::Read})
+        for (const int error : {EIO, 0}) {
+            std::unique_ptr<VRLStack> rebuilt;
+            StackJournal::Rebuilt result;
+            bool unsaved = false;
+            const int numCalls = failInTurn(
+                call, error,
+                [&] {
+                    rebuilt = std::make_unique<VRLStack>();
+                    unsaved = StackJournal::hasUnsavedSteps(day.folder);
+                    result = StackJournal::rebuild(*rebuilt, day.folder, imageSourceKinds());
+                },
+                [&] {
+                    EXPECT_TRUE(unsaved);
+                    EXPECT_TRUE(result.unreadable || result.good);
+                    if (result.good) {
+                        EXPECT_EQ(StackWriter().toText(*rebuilt), last);
+                    }
+                });
+            EXPECT_TRUE(numCalls > 2 || (call == Call::Open && error == 0));
+        }
+}
+
+// A recovered stack takes its journal over, link by link, or begins one of its own.
+TEST_F(Faults, aJournalThatIsTakenOverIsWholeOrItsLackIsTold) {
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
+    {
+        Journaled day(folder.file("old"));
+        open(day.stack);
+        day.keep();
+        for (int i = 0; i < 3; ++i)
+            edit(day.stack);
+        day.wait();
+    }
+    for (const Call call : {Call::Open, Call::Read, Call::Write, Call::Fsync, Call::Rename, Call::Close, Call::Link})
+        for (const int error : {EIO, ENOSPC}) {
+            std::unique_ptr<Journaled> day;
+            failInTurn(
+                call, error,
+                [&] {
+                    faults::pause();
+                    day = std::make_unique<Journaled>(folder.file("journal"));
+                    const StackJournal::Rebuilt rebuilt =
+                        StackJournal::rebuild(day->stack, folder.file("old"), imageSourceKinds());
+                    ASSERT_TRUE(rebuilt.good);
+                    day->stack.setModified(true);
+                    new JournalOrigin(rebuilt.place, true, &day->stack); // goes with the stack
+                    faults::resume();
+                    day->keep();
+                    edit(day->stack);
+                    day->wait();
+                },
+                [&] {
+                    EXPECT_TRUE(day->told || day->isKept());
+                    edit(day->stack);
+                    day->wait();
+                    edit(day->stack);
+                    day->wait();
+                    EXPECT_TRUE(day->isKept());
+                    VRLStack old;
+                    EXPECT_EQ(StackJournal::rebuild(old, folder.file("old"), imageSourceKinds()).numRecords, 3);
+                    day.reset();
+                    std::filesystem::remove_all(folder.file("journal"));
+                });
+        }
+}
+
+TEST_F(Faults, noLackOfMemoryMakesAJournalWrongInSilence) {
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
+    std::unique_ptr<Journaled> day;
+    const int numAllocations = failInTurn(
+        Call::Allocation, ENOMEM,
+        [&] {
+            faults::pause();
+            day = std::make_unique<Journaled>(folder.file("journal"));
+            open(day->stack);
+            day->keep();
+            edit(day->stack);
+            day->wait();
+            faults::resume();
+            try {
+                edit(day->stack);
+                day->stack.history()->undo();
+                day->stack.history()->redo();
+            } catch (const Exception&) {
+            } catch (const std::bad_alloc&) {
+            }
+            day->wait();
+        },
+        [&] {
+            EXPECT_TRUE(day->told || day->isKept());
+            edit(day->stack);
+            day->wait();
+            EXPECT_TRUE(day->isKept());
+            day.reset();
+            restore();
+        });
+    EXPECT_GT(numAllocations, 50);
+}
+
 TEST_F(Faults, aReadingThatBreaksOffIsNeverTakenForAWholeFile) {
     for (const int error : {EIO, 0}) {
         std::unique_ptr<VRLStack> stack;
@@ -238,7 +510,7 @@ TEST_F(Faults, aRecoveryFileIsWholeOrItsLackIsTold) {
         QCoreApplication::processEvents();
     };
     for (const Call call : {Call::Open, Call::Write, Call::Fsync, Call::Rename, Call::Close})
-        for (const int error : {EIO, ENOSPC}) {
+        for (const int error : {EIO, ENOSPC, EDQUOT}) {
             VRLRecovery recovery(QString::fromStdString(folder.file("state")));
             failInTurn(
                 call, error, [&] { keep(recovery); },

@@ -167,6 +167,64 @@ TEST(BorderFollowing, enclosesRandomBlobs) {
     }
 }
 
+// At the start two parts touch: the walk comes by twice.
+TEST(BorderFollowing, goesOnWhereTheBorderPassesTheStartAgain) {
+    const PixelMatrix<int> matrix = drawing({"xx...", "xx...", "..xx.", "..xx."});
+    EXPECT_EQ(wayAround(follow(matrix, {2, 2})).size(), 10u);
+    EXPECT_EQ(wayAround(follow(matrix, {0, 0})).size(), 10u);
+    EXPECT_EQ(follow({".x.", "x.x", ".x."}), (std::vector<Pixel>{{0, 1}, {1, 0}, {2, 1}, {1, 2}}));
+}
+
+// A lattice polygon of area A with B steps holds A + B / 2 + 1 points (G. Pick, 1899), also where it runs to and fro,
+// and those are the region with its holes filled: all but the background that a flood from outside reaches.
+TEST(BorderFollowing, enclosesRaggedRegionsToTheLastPixel) {
+    std::mt19937 engine(5);
+    constexpr int side = 9;
+    for (int trial = 0; trial < 2000; ++trial) {
+        std::bernoulli_distribution isForeground(trial % 2 == 0 ? 0.45 : 0.6);
+        PixelMatrix<int> matrix(side + 2, side + 2);
+        matrix.setZeros();
+        for (int i = 1; i <= side; ++i)
+            for (int j = 1; j <= side; ++j)
+                matrix[i][j] = isForeground(engine) ? 255 : 0;
+        const auto [row, column] = firstForeground(matrix);
+        const auto spread = [&](Pixel from, int old, int mark, int diagonal) {
+            std::vector<Pixel> list = {from};
+            matrix[from.first][from.second] = mark;
+            int count = 0;
+            while (!list.empty()) {
+                const auto [i, j] = list.back();
+                list.pop_back();
+                ++count;
+                for (int a = -1; a <= 1; ++a)
+                    for (int b = -1; b <= 1; ++b)
+                        if ((diagonal || a == 0 || b == 0) && matrix.contains(i + a, j + b) &&
+                            matrix[i + a][j + b] == old) {
+                            matrix[i + a][j + b] = mark;
+                            list.emplace_back(i + a, j + b);
+                        }
+            }
+            return count;
+        };
+        if (row < 0)
+            continue;
+        // The region of the first pixel alone.
+        spread({row, column}, 255, 1, true);
+        for (int i = 0; i < side + 2; ++i)
+            for (int& value : matrix[i])
+                value = value == 1 ? 255 : 0;
+        const std::vector<Pixel> vertices = follow(matrix, {row, column});
+        const int enclosed = (side + 2) * (side + 2) - spread({0, 0}, 0, 2, false);
+        const std::vector<Pixel> way = wayAround(vertices);
+        int twiceArea = 0;
+        for (std::size_t k = 0; k < vertices.size(); ++k) {
+            const Pixel &p = vertices[k], &q = vertices[(k + 1) % vertices.size()];
+            twiceArea += p.first * q.second - q.first * p.second;
+        }
+        ASSERT_EQ(std::abs(twiceArea) + int(way.size()) + 2, 2 * enclosed) << trial;
+    }
+}
+
 TEST(BorderFollowing, refusesStartsFromWhichThereIsNoWayHome) {
     const std::string where = "void Thresholding<T>::extractCurve(...) const";
     const PixelMatrix<int> matrix = drawing({".x.", "xxx", ".x."}); // the walk goes round the centre

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -45,10 +46,12 @@ struct Formulas {
     long double b1, b2, scale;
 };
 
-// Derivative along one axis (0 down, 1 along the rows), smoothing along the other.
-VoxelMatrix<long double> gradientByDefinition(VoxelMatrix<long double> volume, float alpha, int axis) {
+// Derivative along one axis (0 down, 1 along the rows, 2 across the planes), smoothing along the other ones of the
+// steps.
+VoxelMatrix<long double> gradientByDefinition(VoxelMatrix<long double> volume, float alpha, int axis,
+                                              const std::vector<int>& steps = {1, 0}) {
     const Formulas formulas(alpha);
-    for (const int step : {1, 0})
+    for (const int step : steps)
         replaceLines<long double>(
             volume, nullptr, step, [&](const std::vector<long double>& line, const std::vector<long double>&) {
                 return step == axis ? recursion(line, formulas.derivative, formulas.b1, formulas.b2, formulas.scale)
@@ -229,18 +232,35 @@ TEST(DericheGradient, hasFiniteCoefficientsForAnyPositiveAlphaAndRefusesOthers) 
         EXPECT_THROW(DericheGradient<float>{alpha}, ValueError);
 }
 
-TEST(DericheGradient, hasNoGradientOfVolumes) {
-    DericheGradient<float> gradient(1.0f);
-    VoxelMatrix<float> volume = numberedVolume<float>(3, 3, 3);
-    const std::string what = "Method not available yet";
-    expectFailure<ProgramError>([&] { gradient.gradient1(volume); },
-                                "void DericheGradient<T>::gradient1(VolumeMatrix<T>&)", what);
-    expectFailure<ProgramError>([&] { gradient.gradient2(volume); },
-                                "void DericheGradient<T>::gradient2(VolumeMatrix<T>&)", what);
-    expectFailure<ProgramError>([&] { gradient.gradient3(volume); },
-                                "void DericheGradient<T>::gradient3(VolumeMatrix<T>&)", what);
-    EXPECT_THROW(gradient.apply(volume), ProgramError);
-    EXPECT_TRUE(volume == numberedVolume<float>(3, 3, 3));
+// The derivative along one index, the smoothing along both others; the norm has the bits of the norm of the three.
+// Lines of one element, and blocks of columns that are not whole.
+TYPED_TEST(DericheGradientOf, equalsTheRecursionAlongTheThreeAxesOfAVolume) {
+    using T = TypeParam;
+    for (const auto& [rows, columns, planes] : {std::tuple(5, 9, 7), std::tuple(1, 70, 3), std::tuple(18, 2, 1)}) {
+        const auto exact = randomVolume<long double>(rows, columns, planes, 5, -20, 20);
+        DericheGradient<T> gradient(0.7f);
+        const VoxelMatrix<T> volume = exact.template toType<T>();
+        VoxelMatrix<T> derived[3] = {volume, volume, volume};
+        gradient.gradient1(derived[0]);
+        gradient.gradient2(derived[1]);
+        gradient.gradient3(derived[2]);
+        for (const int axis : {0, 1, 2}) {
+            const auto expected = gradientByDefinition(exact, 0.7f, axis, {2, 1, 0});
+            for (int k = 0; k < planes; ++k)
+                for (int i = 0; i < rows; ++i)
+                    for (int j = 0; j < columns; ++j)
+                        ASSERT_LE(std::abs(derived[axis](i, j, k) - expected(i, j, k)), T(200) * Vector<T>::epsilon())
+                            << axis << ": " << i << " " << j << " " << k;
+        }
+        VoxelMatrix<T> norm = volume;
+        gradient.apply(norm);
+        GradientOperator<T>::norm(derived[0], derived[1], derived[2]);
+        EXPECT_TRUE(norm == derived[0]);
+    }
+    VoxelMatrix<T> none(0, 4, 2);
+    DericheGradient<T>(1.0f).apply(none);
+    DericheGradient<T>(1.0f).gradient3(none);
+    EXPECT_EQ(none.getSize2(), 4);
 }
 
 TEST(GradientOperator, givesNormAndAngleOfAGradient) {

@@ -113,10 +113,15 @@ TEST(PixelMatrix, stretchCoversTheRangeAndIntegersStepByWholeFactors) {
     row<float>({5, 5}).convertToImage(image, 30, 255);
     EXPECT_EQ(bytes(image), (std::vector<int>{30, 30}));
     const int least = std::numeric_limits<int>::min(), greatest = std::numeric_limits<int>::max();
+    // Where the whole factor would be 0, it is not rounded.
     row<int>({least, greatest}).convertToImage(image, 7, 255);
-    EXPECT_EQ(bytes(image), (std::vector<int>{7, 255})); // no whole factor, and yet not black
-    row<int>({0, 500, 1000}).convertToImage(image, 0, 255);
-    EXPECT_EQ(bytes(image), (std::vector<int>{0, 127, 255}));
+    EXPECT_EQ(bytes(image), (std::vector<int>{7, 255}));
+    row<unsigned short>({1000, 1500, 2000, 3000}).convertToImage(image, 0, 255);
+    EXPECT_EQ(bytes(image), (std::vector<int>{0, 63, 127, 255}));
+    row<int>({0, 300, 600}).convertToImage(image, 210, 10);
+    EXPECT_EQ(bytes(image), (std::vector<int>{210, 110, 10}));
+    row<float>({std::nanf(""), 2, 4, std::nanf("")}).convertToImage(image, 20, 220);
+    EXPECT_EQ(bytes(image), (std::vector<int>{20, 20, 220, 20}));
     EXPECT_NO_THROW(PixelMatrix<float>().convertToImage(image, 0, 255));
     EXPECT_EQ(image.dataLength(), 0u);
 }

@@ -157,6 +157,18 @@ TEST(IsodataThresholding, agreesWithTheIterationOnPlainSums) {
     }
 }
 
+TEST(IsodataThresholding, leavesNaNOut) {
+    VoxelMatrix<float> volume = volumeOf<float>(4, 5, 2, [](int, int j, int) { return j < 3 ? 10 : 30; });
+    const float threshold = IsodataThresholding<float>().computeThreshold(volume);
+    for (const auto& [i, k] : {std::pair(0, 0), std::pair(3, 1), std::pair(2, 0)}) {
+        volume(i, 0, k) = std::numeric_limits<float>::quiet_NaN();
+        EXPECT_EQ(IsodataThresholding<float>().computeThreshold(volume), threshold);
+        EXPECT_EQ(IsodataThresholding<float>().computeThreshold(volume[0]), threshold);
+    }
+    volume.fill(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_THROW(IsodataThresholding<float>().computeThreshold(volume), ValueError);
+}
+
 TEST(IsodataThresholding, returnsTheLowerEdgeOfTheBin) {
     const auto matrix = matrixOf<int>({{10, 10, 30}, {30, 10, 30}});
     VoxelMatrix<double> volume(2, 3, 1);

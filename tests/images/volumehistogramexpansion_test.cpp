@@ -58,6 +58,15 @@ TYPED_TEST(VolumeHistogramExpansionOf, truncatesTheExactQuotient) {
         }
 }
 
+TEST(VolumeHistogramExpansion, leavesNaNOutOfTheRange) {
+    auto volume = numberedVolume<float>(2, 3, 2);
+    volume(0, 0, 0) = volume(1, 2, 1) = std::numeric_limits<float>::quiet_NaN(); // 0 and 112 go; 1 and 111 are left
+    VolumeHistogramExpansion<float>().apply(volume);
+    EXPECT_EQ(volume(0, 1, 0), 0.0f);
+    EXPECT_EQ(volume(1, 1, 1), 255.0f);
+    EXPECT_TRUE(std::isnan(volume(0, 0, 0)));
+}
+
 TEST(VolumeHistogramExpansion, makesConstantsTheMinimumOrNotANumber) {
     VoxelMatrix<int> integers(2, 3, 4);
     integers.fill(77);

@@ -247,6 +247,105 @@ TEST(VoxelMatrix, conversionTruncatesTowardZeroAndDropsTheCalibration) {
     EXPECT_EQ(converted.getVoxelCalibration().getVoxelDepth(), 1.0f);
 }
 
+// Values at and beyond the ends of the type that they go to.
+TEST(VoxelMatrix, conversionStopsAtTheEndsOfTheType) {
+    const double infinity = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+    const std::vector<double> values = {300.7,         -1.5, 255.9,    -0.9,      2147483647.0, 2147483648.0,
+                                        -2147483649.0, 1e30, infinity, -infinity, nan,          65536.0};
+    const auto volume = volumeOf<double>(1, 12, 1, [&](int, int j, int) { return values[std::size_t(j)]; });
+    const auto rowOf = [](const auto& converted) {
+        std::vector<long long> row;
+        for (int j = 0; j < 12; ++j)
+            row.push_back(static_cast<long long>(converted(0, j, 0)));
+        return row;
+    };
+    const long long most = 2147483647, least = -2147483648;
+    EXPECT_EQ(rowOf(volume.toType<unsigned char>()),
+              (std::vector<long long>{255, 0, 255, 0, 255, 255, 0, 255, 255, 0, 0, 255}));
+    EXPECT_EQ(rowOf(volume.toType<int>()),
+              (std::vector<long long>{300, -1, 255, 0, most, most, least, most, most, least, 0, 65536}));
+    EXPECT_EQ(rowOf(volume.toType<unsigned int>()),
+              (std::vector<long long>{300, 0, 255, 0, most, most + 1, 0, 4294967295, 4294967295, 0, 0, 65536}));
+    EXPECT_EQ(rowOf(volume.toType<float>().toType<int>()),
+              (std::vector<long long>{300, -1, 255, 0, most, most, least, most, most, least, 0, 65536}));
+    EXPECT_EQ(rowOf(volume.toType<int>().toType<short>()),
+              (std::vector<long long>{300, -1, 255, 0, 32767, 32767, -32768, 32767, 32767, -32768, 0, 32767}));
+    EXPECT_EQ(rowOf(volume.toType<unsigned int>().toType<char>())[11], 127);
+}
+
+TEST(VoxelMatrix, dividesTheLeastIntegerByMinusOne) {
+    VoxelMatrix<int> volume(1, 2, 1);
+    volume(0, 0, 0) = std::numeric_limits<int>::min();
+    volume(0, 1, 0) = 7;
+    volume /= -1;
+    EXPECT_EQ(volume(0, 0, 0), std::numeric_limits<int>::max());
+    EXPECT_EQ(volume(0, 1, 0), -7);
+    VoxelMatrix<short> narrow(1, 1, 1);
+    narrow(0, 0, 0) = -32768;
+    narrow /= short(-1);
+    EXPECT_EQ(narrow(0, 0, 0), 32767);
+    PixelMatrix<int> matrix(1, 1);
+    matrix[0][0] = std::numeric_limits<int>::min();
+    matrix /= -1;
+    EXPECT_EQ(matrix[0][0], std::numeric_limits<int>::max());
+}
+
+// Wherever the NaNs stand: in first place, in a whole row, in a whole plane.
+TEST(VoxelMatrix, rangesAndHistogramsLeaveNaNOutAndCountIt) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (int start = 0; start < 24; ++start)
+        for (const int count : {1, 4, 12, 23}) {
+            auto volume = volumeOf<double>(3, 4, 2, [](int i, int j, int k) { return 12 * k + 4 * i + j; });
+            VoxelMatrix<double> mask(3, 4, 2);
+            mask.setOnes();
+            mask(0, 1, 0) = 0.0;
+            std::vector<unsigned int> expected(30, 1), masked(30, 1);
+            std::fill(expected.begin() + 24, expected.end(), 0u);
+            std::fill(masked.begin() + 24, masked.end(), 0u);
+            masked[1] = 0;
+            for (int n = 0; n < count; ++n) {
+                const int place = (start + n) % 24;
+                volume(place % 12 / 4, place % 4, place / 12) = nan;
+                expected[std::size_t(place)] = masked[std::size_t(place)] = 0;
+            }
+            EXPECT_EQ(volume.countNaN(), count);
+            const auto first = std::find(expected.begin(), expected.end(), 1u) - expected.begin();
+            const auto last = expected.rend() - std::find(expected.rbegin(), expected.rend(), 1u) - 1;
+            EXPECT_EQ(volume.range()[0], double(first)) << start << " " << count;
+            EXPECT_EQ(volume.range()[1], double(last)) << start << " " << count;
+            const auto counts = volume.histogram(0, 1, 30), wide = volume.histogram(0, 1.5, 3);
+            const auto maskedCounts = volume.histogram(0, 1, 30, mask);
+            unsigned int all = 0;
+            for (int bin = 0; bin < 30; ++bin) {
+                EXPECT_EQ(counts[bin], expected[std::size_t(bin)]);
+                EXPECT_EQ(maskedCounts[bin], masked[std::size_t(bin)]);
+            }
+            for (int bin = 0; bin < 3; ++bin)
+                all += wide[bin];
+            EXPECT_EQ(all, unsigned(24 - count));
+            // Column by column over both planes.
+            const PixelMatrix<double> least = volume.min(), greatest = volume.max();
+            for (int i = 0; i < 3; ++i)
+                for (int j = 0; j < 4; ++j) {
+                    const int below = 4 * i + j, above = below + 12;
+                    const bool hasBelow = expected[std::size_t(below)] == 1,
+                               hasAbove = expected[std::size_t(above)] == 1;
+                    if (hasBelow || hasAbove) {
+                        EXPECT_EQ(least[i][j], hasBelow ? below : above);
+                        EXPECT_EQ(greatest[i][j], hasAbove ? above : below);
+                    } else {
+                        EXPECT_TRUE(std::isnan(least[i][j]) && std::isnan(greatest[i][j]));
+                    }
+                }
+        }
+    PixelMatrix<double> none(2, 2);
+    none.fill(nan);
+    EXPECT_TRUE(std::isnan(none.range()[0]) && std::isnan(none.range()[1]));
+    EXPECT_EQ(none.countNaN(), 4);
+    EXPECT_EQ(PixelMatrix<int>(2, 2).countNaN(), 0);
+    EXPECT_THROW(none.countNaN(PixelMatrix<double>(1, 2)), SizeError);
+}
+
 TEST(VoxelMatrix, printNumbersThePlanes) {
     VoxelMatrix<int> volume(1, 1, 2);
     volume(0, 0, 0) = 4;

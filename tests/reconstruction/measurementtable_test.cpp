@@ -54,7 +54,7 @@ TEST_F(MeasurementTableTest, hasARowForEachModelAndSaysWhyAMeasureIsMissing) {
     EXPECT_EQ(rowText(table, 1, names), "pair Polyline 4 2 NA NA");
     EXPECT_EQ(rowText(table, 2, names), "dots Polypoint 3 1 0 0");
     const int area = table.find({"Area"})[0];
-    EXPECT_EQ(table.getText(1, area), "Not available: it has several contours on one slice");
+    EXPECT_EQ(table.getText(1, area), "Not available: it has several lines on one slice");
     EXPECT_EQ(table.getColumns()[std::size_t(area)].unit, "mm^2");
     EXPECT_TRUE(table.getFailures().empty());
     const MeasurementTable some = MeasurementTable::ofModels(stack, {&stack.getModel(2)});
@@ -83,6 +83,44 @@ TEST_F(MeasurementTableTest, goesSliceBySliceThroughItemsPointsAndCounts) {
     const std::vector<std::string> counts = {"Slice", "Position", "tube", "pair", "dots"};
     EXPECT_EQ(rowText(slices, 1, counts), "s1 10 0 2 0");
     EXPECT_EQ(rowText(slices, 3, counts), "s3 30 1 0 3");
+}
+
+// A tube of side 20 with a hole of side 10 for half of its length, beside a block: 5 sections, 10 apart.
+TEST_F(MeasurementTableTest, tellsHowEachNumberWasComeByAndWhatHoldsOfTheSurface) {
+    Model& model = addModel(stack, "m");
+    for (int slice = 0; slice < 5; ++slice) {
+        addItem(model, stack.getSlice(slice), {{0, 0}, {20, 0}, {20, 20}, {0, 20}});
+        addItem(model, stack.getSlice(slice), {{5, 5}, {15, 5}, {15, 15}, {5, 15}});
+        addItem(model, stack.getSlice(slice), {{50, 0}, {70, 0}, {70, 20}, {50, 20}});
+    }
+    const MeasurementTable table = MeasurementTable::ofModels(stack, {&model}, MeasurementTable::Errors::Estimated);
+    const std::vector<std::string> names = {"Area",    "Volume", "SectionVolume", "SlabVolume", "ClosedArea",
+                                            "Surface", "Parts",  "Euler",         "Genus"};
+    // Walls of girth 80 + 40 + 80, 40 high without the ends and 50 with them, and twice the 700 of a section.
+    EXPECT_EQ(rowText(table, 0, names), "8000 35000 35000 28000 11400 closed 2 2 1");
+    EXPECT_EQ(rowText(table, 0, {"CentroidX", "CentroidY", "CentroidZ"}), "39 -10 20"); // (300 * 10 + 400 * 60) / 700
+    EXPECT_EQ(rowText(table, 0, {"VolumeError", "AreaError", "ClosedAreaError"}), "0 2000 0");
+    const int sphericity = table.find({"Sphericity"})[0], toVolume = table.find({"SurfaceToVolume"})[0];
+    EXPECT_NEAR(table.getValue(0, sphericity), std::cbrt(36 * 3.14159265358979 * 35000.0 * 35000) / 11400, 1e-9);
+    EXPECT_NEAR(table.getValue(0, toVolume), 11400.0 / 35000, 1e-12);
+    EXPECT_EQ(table.getColumns()[std::size_t(toVolume)].unit, "mm^-1");
+    const auto estimator = [&](const MeasurementTable& of, const char* name) {
+        return of.getEstimator(0, of.find({name})[0]);
+    };
+    EXPECT_EQ(estimator(table, "Volume"), "closed surface");
+    EXPECT_EQ(estimator(table, "SectionVolume"), "sum over sections");
+    EXPECT_EQ(estimator(table, "Parts"), "");
+    ASSERT_NE(table.getCertificate(0), nullptr);
+    EXPECT_TRUE(table.getCertificate(0)->isSound());
+
+    // Without a closed surface the sections have to do: two slices at one height.
+    Model& flat = addModel(stack, "flat");
+    for (int slice : {0, 1})
+        addItem(flat, stack.getSlice(slice), {{0, 0}, {20, 0}, {20, 20}, {0, 20}});
+    stack.getSlice(1).setAbsolutePosition(stack.getSlice(0).getAbsolutePosition());
+    const MeasurementTable without = MeasurementTable::ofModels(stack, {&flat});
+    EXPECT_EQ(without.getCertificate(0), nullptr);
+    EXPECT_NE(estimator(without, "Volume"), "closed surface");
 }
 
 // One broken model leaves the others measured.

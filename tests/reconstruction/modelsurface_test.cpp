@@ -96,11 +96,11 @@ TEST_F(ModelSurfaceTest, closesInAnyWayAndFacesOutward) {
         Model& bent = addModel(stack, "bent");
         addItem(bent, stack.getSlice(1), crescent);
         addItem(bent, stack.getSlice(2), crescent);
-        // Prisms of 400 by 10 with pyramids of the height of the tip, and a lid in place of them.
-        const std::pair<SurfaceEnd, double> ways[] = {{SurfaceEnd::Flat, 4000},
-                                                      {SurfaceEnd::HalfSection, 4000 + 2 * 400 * 5 / 3.0},
-                                                      {SurfaceEnd::NextSection, 4000 + 2 * 400 * 10 / 3.0}};
-        for (const auto& [way, volume] : ways) {
+        // Heights of the prisms: equal contours go on half a section; a pyramid has a third of a section's prism.
+        const std::pair<SurfaceEnd, double> ways[] = {
+            {SurfaceEnd::Flat, 10}, {SurfaceEnd::HalfSection, 20}, {SurfaceEnd::NextSection, 10 + 20 / 3.0}};
+        for (const auto& [way, height] : ways) {
+            const double volume = 400 * height;
             const ModelSurface<double> surface = surfaceOf(model), bentSurface = surfaceOf(bent);
             for (int method = 1; method <= 4; ++method) {
                 testing::internal::CaptureStdout();
@@ -110,7 +110,7 @@ TEST_F(ModelSurfaceTest, closesInAnyWayAndFacesOutward) {
                 EXPECT_TRUE(certificate.isSound()) << certificate.toText();
                 EXPECT_NEAR(certificate.volume, volume, 1e-9);
                 EXPECT_TRUE(lidded.isSound()) << lidded.toText();
-                EXPECT_NEAR(lidded.volume, 1600 * 10, 1e-9);
+                EXPECT_NEAR(lidded.volume, 1600 * height, 1e-9);
             }
             const auto resampled = SurfaceCertificate::of(surface.close(*surface.resample(5, 8), {way, way}));
             EXPECT_TRUE(resampled.isSound()) << resampled.toText();
@@ -121,12 +121,39 @@ TEST_F(ModelSurfaceTest, closesInAnyWayAndFacesOutward) {
         EXPECT_FALSE(SurfaceCertificate::of(
                          surfaceOf(model).close(surfaceOf(model).tile(2), {SurfaceEnd::Open, SurfaceEnd::Flat}))
                          .closed);
-        // One contour alone becomes a double pyramid.
+        // One contour alone becomes a section's prism.
         Model& flat = addModel(stack, "flat");
         addSquare(flat, 1);
         const auto certificate = SurfaceCertificate::of(surfaceOf(flat).close(surfaceOf(flat).tile(2), SurfaceEnds()));
         EXPECT_TRUE(certificate.isSound()) << certificate.toText();
-        EXPECT_NEAR(certificate.volume, 2 * 400 * 5 / 3.0, 1e-9);
+        EXPECT_NEAR(certificate.volume, 400 * 10, 1e-9);
+    }
+}
+
+// A column with a hole and a block beside it, in descending order of the slices too: walls, ends, and no rows.
+TEST_F(ModelSurfaceTest, severalContoursOnASliceAreJoinedPartByPart) {
+    for (const bool descending : {false, true}) {
+        for (int slice = 0; slice < 4; ++slice)
+            stack.getSlice(slice).setAbsolutePosition(float(descending ? -10 * slice : 10 * slice));
+        Model& model = addModel(stack, "m");
+        for (int slice = 0; slice < 4; ++slice) {
+            addSquare(model, slice);
+            addItem(model, stack.getSlice(slice), {{5, 5}, {15, 5}, {15, 15}, {5, 15}});
+        }
+        addSquare(model, 0, 50);
+        ModelSurface<float> surface(model, StackReconstruction<float>(stack));
+        EXPECT_EQ(surface.getKind(), SurfaceKind::Branching);
+        EXPECT_TRUE(surface.exists() && !surface.isGrid());
+        EXPECT_EQ(surface.reason(), "");
+        EXPECT_THROW(surface.resample(3, 4), UsageError);
+        EXPECT_NEAR(surface.tile(2).area(), 30 * (80 + 40), 1e-2);
+        const auto flat = SurfaceCertificate::of(surface.closed({SurfaceEnd::HalfSection, SurfaceEnd::Flat}));
+        EXPECT_TRUE(flat.isSound()) << flat.toText();
+        EXPECT_EQ(flat.parts, 2);
+        EXPECT_EQ(flat.euler, 2);
+        EXPECT_NEAR(flat.volume, 35 * 300 + 5 * 400, 1e-2); // the block goes on at its beginning alone
+        EXPECT_FALSE(SurfaceCertificate::of(surface.tile(2)).closed);
+        EXPECT_EQ(surface.takeContours()->getHeight(), 9);
     }
 }
 
@@ -142,15 +169,16 @@ TEST_F(ModelSurfaceTest, tellsWhyThereIsNone) {
     expectNone(model, SurfaceKind::Empty, "it has no contours");
     EXPECT_EQ(surfaceOf(model).takeContours(), nullptr);
 
-    for (int slice = 0; slice < 4; ++slice)
-        addSquare(model, slice);
-    addSquare(model, 2, 50);
-    expectNone(model, SurfaceKind::Branching, "it has several contours on one slice");
-    EXPECT_EQ(surfaceOf(model).takeContours()->getHeight(), 5);
+    Model& sheet = addModel(stack, "sheet", PolylinePrimitive);
+    for (const int slice : {0, 1, 1})
+        addItem(sheet, stack.getSlice(slice), {{0, 0}, {30, 0}});
+    expectNone(sheet, SurfaceKind::Branching, "it has several lines on one slice");
+    EXPECT_EQ(surfaceOf(sheet).takeContours()->getHeight(), 3);
 
     Model& flat = addModel(stack, "flat");
     addSquare(flat, 0);
     addSquare(flat, 1);
+    addSquare(flat, 1, 50);
     stack.getSlice(1).setAbsolutePosition(stack.getSlice(0).getAbsolutePosition());
     expectNone(flat, SurfaceKind::Unspaced, "contours on different slices lie at the same height");
 }

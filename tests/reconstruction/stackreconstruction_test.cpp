@@ -110,14 +110,14 @@ TEST(StackReconstruction, slicesKeepTheirOwnSizesAndCalibrations) {
     expectAt(world<double>(*stack, 1, 7, 3), 0.75, 30, 10, 1e-12);
 }
 
-TEST(StackReconstruction, aSliceWithoutAnImageIsCentredOnItsFirstPixel) {
+TEST(StackReconstruction, aSliceWithoutAnImageIsCentredOnItsFirstPixelAndOneThatLostItOnTheSizeItHad) {
     Stack stack;
     addSlices(stack, 2);
     calibrate(stack.getSlice(0), 2, 2);
     calibrate(stack.getSlice(1), 2, 2);
     stack.getSlice(1).setImageSource(FixedSource(80, 100, false));
     expectAt(world<double>(stack, 0, 3, 4), 6, -8, 0, 1e-12);
-    expectAt(world<double>(stack, 1, 3, 4), 6, -8, 0, 1e-12);
+    expectAt(world<double>(stack, 1, 3, 4), 2 * (3 - 50), -2 * (4 - 40), 0, 1e-12);
 }
 
 TEST(StackReconstruction, theMapsAreThoseOfTheLastComputation) {

@@ -210,7 +210,13 @@ TEST(ShapeFile, theFactoryTellsWhatIsWrongWithAFile) {
     }
     expectFailure<FileReadError>([&] { Shape<float>::loadFile(folder.file("nowhere.cv")); }, where,
                                  "Cannot open file for reading");
-    EXPECT_THROW(Shape<float>::loadFile(folder.path()), FileError);
+    // Nor is a folder, or a pipe that nobody writes into, read.
+    const std::string pipe = folder.file("pipe.vx");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& special : {folder.path(), pipe}) {
+        expectFailure<FileReadError>([&] { Shape<float>::loadFile(special); }, where, "Not an ordinary file");
+        EXPECT_THROW(Vertices<float>{special}, FileReadError);
+    }
     try {
         load("# 6\n# 2\n# 1\n1 x\n")();
         FAIL();

@@ -31,6 +31,8 @@ TEST(SurfaceCertificate, tellsASoundSurfaceByItsHandlesAndParts) {
     EXPECT_TRUE(cube.isSound());
     EXPECT_EQ(cube.toText(), "closed, oriented outward, manifold, 1 part, Euler number 2, genus 0");
     EXPECT_NEAR(cube.volume, 27, 1e-12);
+    for (const double middle : cube.centroid)
+        EXPECT_NEAR(middle, 1.5, 1e-12);
     EXPECT_EQ(SurfaceCertificate::of(torusMesh(20, 3, 1)).toText(),
               "closed, oriented outward, manifold, 1 part, Euler number 0, genus 1");
 

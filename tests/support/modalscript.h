@@ -23,7 +23,8 @@ namespace vorlen {
 
 /// Plays the user in front of modal dialogs: each step is carried out on the next dialog that appears, or that comes
 /// back to the front when a dialog of its own closes. A dialog that nobody expects, and a step whose dialog does not
-/// come, are failures; no test hangs on them.
+/// come, are failures; no test hangs on them. Pictures of all dialogs go to the folder VORLEN_PICTURES, if there is
+/// one, to be looked at.
 class ModalScript {
 public:
     using Step = std::function<void(QWidget&)>;
@@ -107,7 +108,11 @@ private:
         const Step step = std::move(__steps.front());
         __steps.pop_front();
         // Not from here: a timer does not go off again while its own call runs, and the step may open another dialog.
-        QTimer::singleShot(0, modal, [step, modal] { step(*modal); });
+        QTimer::singleShot(0, modal, [this, step, modal] {
+            if (const QString folder = qEnvironmentVariable("VORLEN_PICTURES"); !folder.isEmpty())
+                modal->grab().save(QString("%1/%2-%3.png").arg(folder).arg(seen.size()).arg(modal->windowTitle()));
+            step(*modal);
+        });
     }
 
     QTimer __timer;

@@ -28,7 +28,7 @@ template <class T>
 TriMesh<T> cubeMesh(T size) {
     std::vector<Vector<T>> vertices;
     for (int i = 0; i < 8; i++) {
-        vertices.push_back(vectorOf<T>({size * (i & 1), size * ((i >> 1) & 1), size * (i >> 2)}));
+        vertices.push_back(vectorOf<T>({size * T(i & 1), size * T((i >> 1) & 1), size * T(i >> 2)}));
     }
     using U = unsigned int;
     return meshOf<T>(vertices,

@@ -1,5 +1,7 @@
 #include "values/registration.h"
 
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 namespace vorlen {
@@ -27,8 +29,22 @@ TEST(Registration, anglesComeOutWithinOneTurn) {
     EXPECT_LT((Registration(0, 0, 0) - Registration(0, 0, 1e-6f)).getRotationAngle(), 360);
 }
 
-TEST(Registration, anAngleIsCorrectedByOneTurnOnly) {
-    EXPECT_EQ((Registration(0, 0, 700) + Registration(0, 0, 200)).getRotationAngle(), 540);
+TEST(Registration, keepsDecimalsOfPixelsAndAnAngleWithinOneTurn) {
+    EXPECT_EQ(Registration(0.25, -1.5, 0) + Registration(0.5, 0.25, 0), Registration(0.75, -1.25, 0));
+    EXPECT_FALSE(Registration(0.125, 0, 0).isNull());
+    EXPECT_EQ(Registration(0, 0, -7.5f).getRotationAngle(), 352.5f);
+    EXPECT_EQ((Registration(0, 0, 700) + Registration(0, 0, 200)).getRotationAngle(), 180);
+    Registration turned;
+    turned.setRotationAngle(-725);
+    EXPECT_EQ(turned.getRotationAngle(), 355);
+    for (const float nothing : {-1e-9f, -0.0f, 360.0f, -360.0f, -720.0f}) {
+        turned.setRotationAngle(nothing);
+        EXPECT_EQ(turned.getRotationAngle(), 0) << nothing;
+        EXPECT_FALSE(std::signbit(turned.getRotationAngle())) << nothing;
+    }
+    EXPECT_TRUE(turned.isFinite());
+    EXPECT_FALSE(Registration(0, std::nan(""), 0).isFinite());
+    EXPECT_FALSE(Registration(0, 0, INFINITY).isFinite());
 }
 
 } // namespace

@@ -19,8 +19,8 @@ VRLItemCreationAction::~VRLItemCreationAction() {
 void VRLItemCreationAction::apply() {
     VRLItemAction::apply();
     getItem().attach();
+    rollBackUnless([this] { __place.restore(getItem()); }, [this] { getItem().detach(); });
     __owns = false;
-    __place.restore(getItem());
     VRLModelItemCreateEvent event(&getItem());
     VRLEventServer::notifyEvent(event);
 }

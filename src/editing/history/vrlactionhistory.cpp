@@ -20,7 +20,7 @@ void VRLActionHistory::keepContext(std::function<std::string()> read, std::funct
 }
 
 void VRLActionHistory::restoreContext(const VRLActionList& step) const {
-    if (__writeContext)
+    if (__writeContext && !step.isAside())
         __writeContext(step.getContext());
 }
 
@@ -56,6 +56,21 @@ void VRLActionHistory::prependStep(std::unique_ptr<VRLAction> action) {
     step->append(std::move(action));
     __undoList.insert(__undoList.begin(), std::move(step));
     emit undoEnabled(true);
+}
+
+void VRLActionHistory::addAside(std::unique_ptr<VRLAction> action) {
+    if (__stepOpen)
+        throw UsageError("void VRLActionHistory::addAside(std::unique_ptr<VRLAction>)", "A step is already open");
+    auto step = std::make_unique<VRLActionList>();
+    step->append(std::move(action));
+    step->setAside(true);
+    __undoList.push_back(std::move(step));
+    emit changed();
+    emit undoEnabled(true);
+}
+
+const VRLAction* VRLActionHistory::nextToUndo() const {
+    return __undoList.empty() || __undoList.back()->isEmpty() ? nullptr : &__undoList.back()->first();
 }
 
 void VRLActionHistory::requireStep(const char* caller, const char* reason) const {
@@ -137,12 +152,18 @@ void VRLActionHistory::abandonStep() noexcept {
 void VRLActionHistory::undo() {
     if (!isUndoable())
         return;
+    makeRoom(__redoList);
     VRLEventDeferral events;
     __undoList.back()->revert();
-    restoreContext(*__undoList.back());
     __redoList.push_back(std::move(__undoList.back()));
     __undoList.pop_back();
-    emit recorded(Change::Undo);
+    try {
+        restoreContext(*__redoList.back());
+    } catch (...) { // the step is undone all the same, and told
+        events.keep();
+    }
+    if (!__redoList.back()->isAside())
+        emit recorded(Change::Undo);
     emit changed();
     emit redoEnabled(true);
     emit undoEnabled(isUndoable());
@@ -152,15 +173,23 @@ void VRLActionHistory::undo() {
 void VRLActionHistory::redo() {
     if (!isRedoable())
         return;
+    makeRoom(__undoList);
     VRLEventDeferral events;
     __redoList.back()->apply();
     __undoList.push_back(std::move(__redoList.back()));
     __redoList.pop_back();
-    emit recorded(Change::Redo);
+    if (!__undoList.back()->isAside())
+        emit recorded(Change::Redo);
     emit changed();
     emit undoEnabled(true);
     emit redoEnabled(isRedoable());
     events.rethrow();
+}
+
+/// For one step more: behind a change of the document no memory is asked for.
+void VRLActionHistory::makeRoom(Steps& steps) {
+    if (steps.size() == steps.capacity())
+        steps.reserve(2 * steps.size() + 1);
 }
 
 bool VRLActionHistory::isUndoable() const {

@@ -48,6 +48,14 @@ public:
     /// step is open.
     void prependStep(std::unique_ptr<VRLAction> action);
 
+    /// Adds a step that leaves the document alone, such as what was given up before it changed anything. It takes its
+    /// turn among the others, but what can be redone stays, and recorded() says nothing of it. Throws UsageError while
+    /// a step is open.
+    void addAside(std::unique_ptr<VRLAction> action);
+
+    /// The first action of the step that is undone next; null when there is none.
+    const VRLAction* nextToUndo() const;
+
     /// Takes over the action, which must have been made by new, and applies it if asked. Throws UsageError when no step
     /// is open, and what apply() and the clients of the bus throw: the action is then deleted, and all that the step
     /// had done is reverted. Drops what could have been redone.
@@ -64,6 +72,7 @@ public:
     /// While the events of an undo or redo are delivered the step has not changed lists yet.
     bool isUndoable() const;
     bool isRedoable() const;
+    int getNumUndoSteps() const { return static_cast<int>(__undoList.size()); }
 
     /// Of the first action of the step; the argument is passed on to it.
     QString getUndoDescription(bool verbose) const;
@@ -75,7 +84,7 @@ public:
 
 signals:
     void changed();
-    /// Ahead of changed(), with what has happened; a step without actions is none.
+    /// Ahead of changed(), with what has happened to the document; a step without actions is none.
     void recorded(vorlen::VRLActionHistory::Change change);
     void undoEnabled(bool enabled);
     void redoEnabled(bool enabled);
@@ -96,6 +105,7 @@ private:
     void restoreContext(const VRLActionList& step) const;
     void abandonStep() noexcept;
 
+    static void makeRoom(Steps& steps);
     static QString description(const Steps& steps, bool verbose, const QString& nothing);
 
     Steps __undoList;

@@ -20,13 +20,28 @@ std::unique_ptr<VRLAction> VRLActionList::takeLast() {
 }
 
 void VRLActionList::apply() {
-    for (const auto& action : __actions)
-        action->apply();
+    allOrNone(&VRLAction::apply, &VRLAction::revert);
 }
 
 void VRLActionList::revert() {
-    for (const auto& action : __actions)
-        action->revert();
+    allOrNone(&VRLAction::revert, &VRLAction::apply);
+}
+
+/// When one of the actions fails, those before it are taken back, the last one first.
+void VRLActionList::allOrNone(void (VRLAction::*work)(), void (VRLAction::*back)()) {
+    std::size_t done = 0;
+    try {
+        for (; done < __actions.size(); ++done)
+            (*__actions[done].*work)();
+    } catch (...) {
+        while (done > 0) {
+            try {
+                (*__actions[--done].*back)();
+            } catch (...) { // the others are still to be taken back
+            }
+        }
+        throw;
+    }
 }
 
 void VRLActionList::destroy() {

@@ -31,6 +31,11 @@ public:
     void setContext(const std::string& context) { __context = context; }
     const std::string& getContext() const { return __context; }
 
+    /// A step that leaves the document alone, and is of no account for it.
+    void setAside(bool aside) { __aside = aside; }
+    bool isAside() const { return __aside; }
+
+    /// All of the actions or, where one of them throws, none.
     void apply();
     void revert();
 
@@ -38,8 +43,11 @@ public:
     void destroy();
 
 private:
+    void allOrNone(void (VRLAction::*work)(), void (VRLAction::*back)());
+
     std::vector<std::unique_ptr<VRLAction>> __actions;
     std::string __context;
+    bool __aside = false;
 };
 
 } // namespace vorlen

@@ -25,6 +25,12 @@ void ByteWriter::real(float value) {
         __bytes += static_cast<char>(bits >> (8 * i) & 255);
 }
 
+void ByteWriter::decimal(double value) {
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    for (int i = 0; i < 8; ++i)
+        __bytes += static_cast<char>(bits >> (8 * i) & 255);
+}
+
 void ByteWriter::text(std::string_view value) {
     number(value.size());
     __bytes += value;
@@ -64,6 +70,16 @@ float ByteReader::real() {
         bits |= static_cast<std::uint32_t>(static_cast<unsigned char>(__bytes[i])) << (8 * i);
     __bytes.remove_prefix(4);
     return std::bit_cast<float>(bits);
+}
+
+double ByteReader::decimal() {
+    if (__bytes.size() < 8)
+        fail("The journal ends within a number");
+    std::uint64_t bits = 0;
+    for (std::size_t i = 0; i < 8; ++i)
+        bits |= static_cast<std::uint64_t>(static_cast<unsigned char>(__bytes[i])) << (8 * i);
+    __bytes.remove_prefix(8);
+    return std::bit_cast<double>(bits);
 }
 
 std::string ByteReader::text() {

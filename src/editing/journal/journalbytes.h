@@ -13,6 +13,7 @@ public:
     void integer(std::int64_t value);
     /// Bit for bit.
     void real(float value);
+    void decimal(double value);
     void flag(bool value) { number(value ? 1 : 0); }
     void text(std::string_view value);
 
@@ -33,6 +34,7 @@ public:
     std::int64_t integer();
     int smallInteger();
     float real();
+    double decimal();
     bool flag() { return number() != 0; }
     std::string text();
 

@@ -77,14 +77,10 @@ void insertItems(Model& model, int start, const std::vector<ModelItem*>& items) 
 
 } // namespace
 
-/// The other members of a list, and those of them that are out.
+/// The other members of a list that the step has changed, and those of them that are out.
 template <class T>
 struct JournaledAction::List {
-    List(const std::vector<T*>& present, const std::vector<DocumentDelta::Entry>& entries, bool isNew) {
-        if (!isNew) {
-            members = present;
-            return;
-        }
+    List(const std::vector<T*>& present, const std::vector<DocumentDelta::Entry>& entries) {
         std::vector<bool> taken(present.size(), false);
         for (const DocumentDelta::Entry& entry : entries) {
             if (entry.old < 0) {
@@ -162,9 +158,14 @@ JournaledAction::JournaledAction(VRLStack& stack, const DocumentDelta& delta, co
         Stack probe;
         partstates::give(__state, probe);
     }
-    __slices = std::make_unique<List<StackSlice>>(slicesOf(stack), delta.slices, delta.newSlices);
-    __models = std::make_unique<List<Model>>(presentModels, delta.models, delta.newModels);
-    __poses = std::make_unique<List<Pose>>(posesOf(stack), delta.poses, delta.newPoses);
+    if (delta.newSlices)
+        __slices = std::make_unique<List<StackSlice>>(slicesOf(stack), delta.slices);
+    if (delta.newModels)
+        __models = std::make_unique<List<Model>>(presentModels, delta.models);
+    if (delta.newPoses)
+        __poses = std::make_unique<List<Pose>>(posesOf(stack), delta.poses);
+    const std::vector<StackSlice*> slices = __slices != nullptr ? __slices->members : slicesOf(stack);
+    const std::vector<Model*> models = __models != nullptr ? __models->members : presentModels;
     if (delta.newSlices)
         for (std::size_t i = 0; i < delta.slices.size(); ++i)
             if (delta.slices[i].old < 0) {
@@ -172,7 +173,7 @@ JournaledAction::JournaledAction(VRLStack& stack, const DocumentDelta& delta, co
                 __slices->members[i]->exchangeImageSource(source);
             }
     for (const DocumentDelta::Change& change : delta.changedSlices) {
-        StackSlice& slice = *__slices->members[checked(change.place, __slices->members.size())];
+        StackSlice& slice = *slices[checked(change.place, slices.size())];
         StackSlice probe;
         partstates::give(change.state, probe);
         const bool otherImage = change.image != partstates::ofImage(slice);
@@ -182,13 +183,13 @@ JournaledAction::JournaledAction(VRLStack& stack, const DocumentDelta& delta, co
     for (const DocumentDelta::Change& change : delta.changedModels) {
         Model probe;
         partstates::give(change.state, probe);
-        __modelChanges.push_back({__models->members[checked(change.place, __models->members.size())], change.state});
+        __modelChanges.push_back({models[checked(change.place, models.size())], change.state});
     }
 
     std::unordered_map<const Model*, int> numItems;
     const std::unordered_set<const Model*> known(presentModels.begin(), presentModels.end());
     for (const DocumentDelta::Splice& splice : delta.splices) {
-        Model& model = *__models->members[checked(splice.model, __models->members.size())];
+        Model& model = *models[checked(splice.model, models.size())];
         const int present = known.count(&model) > 0 ? model.getNumItems() : 0;
         int& number = numItems.try_emplace(&model, present).first->second;
         const bool follows = !__splices.empty() && __splices.back().model == &model;
@@ -200,13 +201,13 @@ JournaledAction::JournaledAction(VRLStack& stack, const DocumentDelta& delta, co
         number += static_cast<int>(splice.items.size()) - splice.numRemoved;
         for (const std::string& state : splice.items) {
             auto item = std::make_unique<ModelItem>();
-            partstates::give(state, *item, &__slices->members);
+            partstates::give(state, *item, &slices);
             item->setModel(&model);
             __splices.back().out.push_back(std::move(item));
         }
     }
     for (const DocumentDelta::ItemChange& change : delta.changedItems) {
-        Model* model = __models->members[checked(change.model, __models->members.size())];
+        Model* model = models[checked(change.model, models.size())];
         const auto number = numItems.find(model);
         checked(change.item,
                 static_cast<std::size_t>(number != numItems.end() ? number->second : model->getNumItems()));
@@ -268,7 +269,15 @@ void JournaledAction::takeItemsOut() {
 }
 
 void JournaledAction::exchangeLists(bool tells) {
-    exchangeSlices();
+    if (__slices != nullptr)
+        exchangeSlices();
+    if (__models != nullptr)
+        exchangeModels(tells);
+    if (__poses != nullptr)
+        exchangePoses(tells);
+}
+
+void JournaledAction::exchangeModels(bool tells) {
     const std::vector<Model*> models = modelsOf(__stack);
     const std::vector<Model*> newModels = __models->members;
     for (Model* model : without(models, newModels)) {
@@ -284,6 +293,9 @@ void JournaledAction::exchangeLists(bool tells) {
         __stack.removeModel(*newModels[i]);
         __stack.addModel(newModels[i], place);
     }
+}
+
+void JournaledAction::exchangePoses(bool tells) {
     const std::vector<Pose*> poses = posesOf(__stack);
     const std::vector<Pose*> newPoses = __poses->members;
     for (Pose* pose : without(poses, newPoses)) {
@@ -306,24 +318,22 @@ void JournaledAction::exchangeLists(bool tells) {
 void JournaledAction::exchangeSlices() {
     const std::vector<StackSlice*> slices = slicesOf(__stack);
     const std::vector<StackSlice*> newSlices = __slices->members;
-    if (slices != newSlices) {
-        std::vector<StackSlice::Placement> placements;
-        placements.reserve(slices.size());
-        for (const StackSlice* slice : slices)
-            placements.push_back(slice->getPlacement());
-        const std::vector<StackSlice*> gone = without(slices, newSlices);
-        for (auto slice = gone.rbegin(); slice != gone.rend(); ++slice)
-            __stack.removeSlice(__stack.findSlice(**slice));
-        for (StackSlice* slice : newSlices)
-            __stack.addSlice(slice);
-        std::vector<int> order;
-        order.reserve(newSlices.size());
-        for (const StackSlice* slice : newSlices)
-            order.push_back(__stack.findSlice(*slice));
-        __stack.reorderSlices(order);
-        for (std::size_t i = 0; i < slices.size(); ++i)
-            slices[i]->setPlacement(placements[i]);
-    }
+    std::vector<StackSlice::Placement> placements;
+    placements.reserve(slices.size());
+    for (const StackSlice* slice : slices)
+        placements.push_back(slice->getPlacement());
+    const std::vector<StackSlice*> gone = without(slices, newSlices);
+    for (auto slice = gone.rbegin(); slice != gone.rend(); ++slice)
+        __stack.removeSlice(__stack.findSlice(**slice));
+    for (StackSlice* slice : newSlices)
+        __stack.addSlice(slice);
+    std::vector<int> order;
+    order.reserve(newSlices.size());
+    for (const StackSlice* slice : newSlices)
+        order.push_back(__stack.findSlice(*slice));
+    __stack.reorderSlices(order);
+    for (std::size_t i = 0; i < slices.size(); ++i)
+        slices[i]->setPlacement(placements[i]);
     __slices->exchange(slices);
 }
 
@@ -377,7 +387,7 @@ void JournaledAction::exchangeStates() {
 
 void JournaledAction::tell() {
     const std::string lastSegmented = __stack.getLastSegmentedSlice();
-    const bool slicesChange = !__slices->come.empty() || !__slices->out.empty() || !__sliceChanges.empty();
+    const bool slicesChange = __slices != nullptr || !__sliceChanges.empty();
     if (slicesChange || !__state.empty())
         __stack.updateReconstruction();
     for (ModelItem* item : __gone)
@@ -391,14 +401,18 @@ void JournaledAction::tell() {
         action.setSlicePosition(std::max(0, __stack.findSlice(*slice)));
         VRLEventServer::notifyAction(action);
     };
-    for (StackSlice* slice : __slices->gone())
-        tellOfSlice(slice, false);
-    for (StackSlice* slice : __slices->come)
-        tellOfSlice(slice, true);
-    for (Model* model : __models->come)
-        tellOf<VRLModelCreateEvent>(model);
-    for (Pose* pose : __poses->come)
-        tellOf<VRLPoseCreateEvent>(pose);
+    if (__slices != nullptr) {
+        for (StackSlice* slice : __slices->gone())
+            tellOfSlice(slice, false);
+        for (StackSlice* slice : __slices->come)
+            tellOfSlice(slice, true);
+    }
+    if (__models != nullptr)
+        for (Model* model : __models->come)
+            tellOf<VRLModelCreateEvent>(model);
+    if (__poses != nullptr)
+        for (Pose* pose : __poses->come)
+            tellOf<VRLPoseCreateEvent>(pose);
     for (ModelItem* item : __come)
         tellOf<VRLModelItemCreateEvent>(item);
     for (const ItemChange& change : __itemChanges) {

@@ -54,6 +54,8 @@ private:
     void takeItemsOut();
     void exchangeLists(bool tells);
     void exchangeSlices();
+    void exchangeModels(bool tells);
+    void exchangePoses(bool tells);
     void putItemsIn();
     void exchangeStates();
     void tell();
@@ -61,8 +63,8 @@ private:
     VRLStack& __stack;
     QString __description;
     bool __changesDocument;
-    std::string __state; // of the stack; the other one, as all that follows
-    std::unique_ptr<List<StackSlice>> __slices;
+    std::string __state;                        // of the stack; the other one, as all that follows
+    std::unique_ptr<List<StackSlice>> __slices; // null where the list stays, as the next two
     std::unique_ptr<List<Model>> __models;
     std::unique_ptr<List<Pose>> __poses;
     std::vector<Splice> __splices;

@@ -51,6 +51,12 @@ bool takeFrame(std::string_view& bytes, std::string_view& payload, std::uint64_t
     return true;
 }
 
+/// What is no frame but has the length of one; where writing broke off there is less, or nothing but zeros.
+bool claimsToBeWhole(std::string_view bytes) {
+    const std::uint64_t length = bytes.size() < frameLength ? 0 : fixedNumber(bytes);
+    return length > 0 && length <= bytes.size() - frameLength;
+}
+
 } // namespace
 
 std::string JournalRecord::payload() const {
@@ -115,7 +121,9 @@ JournalFormat::Contents JournalFormat::read(std::string_view bytes) {
             contents.ends.push_back(length - bytes.size());
             contents.checksums.push_back(checksum);
         }
+        contents.damaged = claimsToBeWhole(bytes);
     } catch (const FileFormatError&) { // what stands before is good
+        contents.damaged = true;
     }
     return contents;
 }

@@ -44,7 +44,8 @@ public:
 
     /// What the bytes of a journal hold, as far as they are whole.
     struct Contents {
-        bool known = false; ///< it is a journal, of this version
+        bool known = false;   ///< it is a journal, of this version
+        bool damaged = false; ///< behind what is whole stands more than a record that was being written
         std::string baseName, baseHash;
         std::vector<JournalRecord> records;
         /// Behind the header and behind each record: the length of the journal up to there, and its checksum.

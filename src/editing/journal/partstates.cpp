@@ -1,6 +1,8 @@
 #include "editing/journal/partstates.h"
 
+#include <cmath>
 #include <filesystem>
+#include <limits>
 
 #include <sys/stat.h>
 
@@ -11,8 +13,10 @@
 #include "editing/actions/stackstate.h"
 #include "editing/journal/journalbytes.h"
 #include "images/files/imagesourcekinds.h"
+#include "images/files/imagesourceplaceholder.h"
 #include "numerics/exception.h"
 #include "values/imagestatement.h"
+#include "values/registration.h"
 
 namespace vorlen::partstates {
 
@@ -171,16 +175,17 @@ void put(ByteWriter& bytes, const ImageStatement& statement) {
 }
 
 /// A pipe could keep the reader of an image waiting for ever.
-void requireRegularFile(const std::string& file) {
-    struct stat info;
-    if (::stat(file.c_str(), &info) == 0 && !S_ISREG(info.st_mode))
-        throw FileReadError("partstates::makeImage(...)", "Not a regular file", file);
+void requireRegularFiles(const ImageStatement& statement) {
+    for (const ImageStatement::Argument& argument : statement.arguments) {
+        const auto* file = std::get_if<std::string>(&argument);
+        struct stat info;
+        if (file != nullptr && ::stat(file->c_str(), &info) == 0 && !S_ISREG(info.st_mode))
+            throw FileReadError("partstates::makeImage(...)", "Not a regular file", *file);
+    }
 }
 
-/// The kind that the statement is of. Throws FileFormatError for a statement of none.
-const ImageSourceKind& takeStatement(ByteReader& bytes, bool begins, const std::vector<ImageSourceKind>& kinds,
-                                     ImageStatement& statement) {
-    constexpr int mostPlaces = 1 << 20;
+ImageStatement takeStatement(ByteReader& bytes) {
+    ImageStatement statement;
     statement.keyword = bytes.text();
     const std::size_t numArguments = bytes.count();
     for (std::size_t i = 0; i < numArguments; ++i)
@@ -188,6 +193,14 @@ const ImageSourceKind& takeStatement(ByteReader& bytes, bool begins, const std::
             statement.arguments.emplace_back(bytes.text());
         else
             statement.arguments.emplace_back(bytes.smallInteger());
+    return statement;
+}
+
+/// The kind that the statement is of. Throws FileFormatError for a statement of none.
+const ImageSourceKind& kindOfStatement(const ImageStatement& statement, bool begins,
+                                       const std::vector<ImageSourceKind>& kinds) {
+    constexpr int mostPlaces = 1 << 20;
+    const std::size_t numArguments = statement.arguments.size();
     const auto fits = [&](const ImageSourceKind& kind) {
         if (kind.keyword != statement.keyword || (kind.make != nullptr) != begins ||
             kind.arguments.size() != numArguments)
@@ -203,12 +216,8 @@ const ImageSourceKind& takeStatement(ByteReader& bytes, bool begins, const std::
         return true;
     };
     for (const ImageSourceKind& kind : kinds)
-        if (fits(kind)) {
-            for (const ImageStatement::Argument& argument : statement.arguments)
-                if (const auto* file = std::get_if<std::string>(&argument))
-                    requireRegularFile(*file);
+        if (fits(kind))
             return kind;
-        }
     ByteReader::fail("The journal names a kind of image that there is not");
 }
 
@@ -254,6 +263,11 @@ void give(const std::string& state, Stack& stack) {
     stack.setLastSegmentedSlice(last);
 }
 
+/// Towards zero; a shift that no int holds has none.
+int wholeShift(double shift) {
+    return std::abs(shift) <= std::numeric_limits<int>::max() ? static_cast<int>(shift) : 0;
+}
+
 std::string ofSlice(const StackSlice& slice) {
     const SliceState state(slice);
     ByteWriter bytes;
@@ -264,10 +278,17 @@ std::string ofSlice(const StackSlice& slice) {
     bytes.flag(state.placement.relative);
     bytes.flag(state.placement.followsDefault);
     put(bytes, state.calibration);
-    bytes.integer(state.registration.getHorShift());
-    bytes.integer(state.registration.getVerShift());
-    bytes.real(state.registration.getRotationAngle());
+    const Registration& registration = state.registration;
+    bytes.integer(wholeShift(registration.getHorShift()));
+    bytes.integer(wholeShift(registration.getVerShift()));
+    bytes.real(registration.getRotationAngle());
     bytes.text(slice.getUnreadText());
+    // Decimals stand at the end, where journals of old have nothing.
+    if (registration.getHorShift() != wholeShift(registration.getHorShift()) ||
+        registration.getVerShift() != wholeShift(registration.getVerShift())) {
+        bytes.decimal(registration.getHorShift());
+        bytes.decimal(registration.getVerShift());
+    }
     return bytes.take();
 }
 
@@ -285,6 +306,10 @@ void give(const std::string& state, StackSlice& slice) {
     given.registration.setVerShift(bytes.smallInteger());
     given.registration.setRotationAngle(bytes.real());
     giveUnread(bytes.text(), slice);
+    if (!bytes.atEnd()) {
+        given.registration.setHorShift(bytes.decimal());
+        given.registration.setVerShift(bytes.decimal());
+    }
     given.giveTo(slice);
 }
 
@@ -306,19 +331,33 @@ std::string ofImage(const StackSlice& slice) {
 std::unique_ptr<ImageSource> makeImage(const std::string& state, const std::vector<ImageSourceKind>& kinds) {
     if (state.empty())
         return nullptr;
+    std::vector<ImageStatement> statements;
+    const ImageSourceKind* begin = nullptr;
     try {
         ByteReader bytes(state);
         const std::size_t numStatements = bytes.count();
-        ImageStatement begin;
-        std::unique_ptr<ImageSource> source = takeStatement(bytes, true, kinds, begin).make(begin);
-        for (std::size_t i = 1; i < numStatements; ++i) {
-            ImageStatement statement;
-            takeStatement(bytes, false, kinds, statement);
-            source->addStatement(statement);
+        for (std::size_t i = 0; i < numStatements; ++i) {
+            statements.push_back(takeStatement(bytes));
+            const ImageSourceKind& kind = kindOfStatement(statements.back(), i == 0, kinds);
+            begin = i == 0 ? &kind : begin;
         }
-        return source;
-    } catch (const Exception&) { // the slice then is without an image, as one whose file is missing when it is read
+    } catch (const Exception&) {
         return nullptr;
+    }
+    if (begin == nullptr)
+        return nullptr;
+    try {
+        for (const ImageStatement& statement : statements)
+            requireRegularFiles(statement);
+        std::unique_ptr<ImageSource> source = begin->make(statements[0]);
+        for (std::size_t i = 1; i < statements.size(); ++i)
+            source->addStatement(statements[i]);
+        return source;
+    } catch (const Exception& error) { // as an image that is missing when a file is read
+        auto lost = std::make_unique<ImageSourcePlaceholder>(statements[0], error.getWhat());
+        for (std::size_t i = 1; i < statements.size(); ++i)
+            lost->addStatement(statements[i]);
+        return lost;
     }
 }
 

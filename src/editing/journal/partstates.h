@@ -31,7 +31,7 @@ std::string ofSlice(const StackSlice& slice);
 void give(const std::string& state, StackSlice& slice);
 std::string ofImage(const StackSlice& slice);
 
-/// The image of such statements; null for none, and for one that can't be had at present.
+/// The image of such statements, or a placeholder for one that can't be had at present; null for none.
 std::unique_ptr<ImageSource> makeImage(const std::string& state, const std::vector<ImageSourceKind>& kinds);
 
 /// Without its items.

@@ -1,279 +1,131 @@
 #include "editing/journal/stackjournal.h"
 
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <deque>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <utility>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
+#include "editing/journal/journalgenerations.h"
 #include "editing/journal/journalrecord.h"
 #include "editing/journal/journalreplay.h"
+#include "editing/journal/journalwriter.h"
 #include "editing/stacks/vrlstack.h"
-#include "files/safefile.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
 
 namespace {
 
-std::string baseFile(const std::string& folder, int generation) {
-    return folder + "/" + std::to_string(generation) + ".base";
-}
-
-std::string journalFile(const std::string& folder, int generation) {
-    return folder + "/" + std::to_string(generation) + ".journal";
-}
-
-std::string readAll(const std::string& name) {
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-/// The rest of an open file. False when it can't be read.
-bool readAll(int descriptor, std::string& contents) {
-    char buffer[65536];
-    while (true) {
-        const ssize_t got = ::read(descriptor, buffer, sizeof buffer);
-        if (got > 0)
-            contents.append(buffer, static_cast<std::size_t>(got));
-        else if (got == 0 || errno != EINTR)
-            return got == 0;
-    }
-}
-
-/// A file that is open for reading, as long as this lives.
-class OpenFile {
-public:
-    explicit OpenFile(const std::string& name) : __descriptor(::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {}
-    ~OpenFile() {
-        if (__descriptor >= 0)
-            ::close(__descriptor);
-    }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-
-    bool isOpen() const { return __descriptor >= 0; }
-    bool read(std::string& contents) const {
-        return isOpen() && ::lseek(__descriptor, 0, SEEK_SET) == 0 && readAll(__descriptor, contents);
-    }
-
-private:
-    int __descriptor;
-};
-
-/// The generations of a folder, ascending, each whole enough to begin with, and following on the one before.
-struct Generation {
-    int number = 0;
-    std::string base;
-    JournalFormat::Contents journal;
-
-    bool isClosed() const {
-        return !journal.records.empty() && journal.records.back().kind == JournalRecord::Kind::Closed;
-    }
-};
-
-std::vector<Generation> readGenerations(const std::string& folder) {
-    std::vector<int> numbers;
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        int number = 0;
-        if (entry->path().extension() == ".journal" &&
-            std::sscanf(entry->path().filename().c_str(), "%d.", &number) == 1)
-            numbers.push_back(number);
-    }
-    std::sort(numbers.begin(), numbers.end());
-    std::vector<Generation> generations;
-    for (const int number : numbers) {
-        Generation next{number, {}, JournalFormat::read(readAll(journalFile(folder, number)))};
-        if (!next.journal.known)
-            continue;
-        const bool follows =
-            !generations.empty() && generations.back().isClosed() && generations.back().number == number - 1;
-        if (!follows) {
-            next.base = readAll(baseFile(folder, number));
-            if (JournalFormat::hash(next.base) != next.journal.baseHash)
-                continue;
-            generations.clear();
+/// Carries the records out up to the one of this number in this generation.
+void replay(VRLStack& stack, const JournalGenerations& generations, const std::vector<ImageSourceKind>& kinds,
+            std::size_t lastGeneration, std::size_t lastRecord, StackJournal::Rebuilt& rebuilt) {
+    const auto& all = generations.all();
+    const std::string& name = all.front().journal.baseName;
+    StackReader(kinds).readText(stack, all.front().base, name.empty() ? "/" : name);
+    JournalReplay journal(stack, kinds);
+    rebuilt.good = rebuilt.complete = true;
+    if (!name.empty())
+        rebuilt.fileHash = all.front().journal.baseHash;
+    for (std::size_t g = 0; g <= lastGeneration; ++g) {
+        const std::size_t numRecords = g < lastGeneration ? all[g].numRecords : lastRecord;
+        for (std::size_t i = 0; i < numRecords; ++i) {
+            try {
+                if (generations.isCarriedOut(g, i))
+                    journal.carryOut(all[g].journal.records[i]);
+            } catch (const Exception&) { // what was done before stands
+                rebuilt.complete = false;
+                rebuilt.place = generations.placeBehind(g, i);
+                return;
+            }
+            rebuilt.numRecords += isStep(all[g].journal.records[i]);
+            if (!all[g].journal.records[i].hash.empty())
+                rebuilt.fileHash = all[g].journal.records[i].hash;
         }
-        generations.push_back(std::move(next));
     }
-    return generations;
+    rebuilt.place = generations.placeBehind(lastGeneration, lastRecord);
 }
 
-bool isStep(const JournalRecord& record) {
-    return record.kind == JournalRecord::Kind::Step || record.kind == JournalRecord::Kind::Undo ||
-           record.kind == JournalRecord::Kind::Redo;
+/// What a child of the stack says of where it comes from. Said once.
+std::optional<JournalPlace> takeOrigin(VRLStack& stack, bool& atOnce) {
+    std::optional<JournalPlace> place;
+    const QObjectList children = stack.children(); // NOLINT(performance-unnecessary-copy-initialization): it changes
+    for (QObject* child : children)
+        if (const auto* origin = dynamic_cast<JournalOrigin*>(child)) {
+            place = origin->place();
+            atOnce = origin->isTakenOverAtOnce();
+            delete child;
+        }
+    return place;
 }
 
 } // namespace
 
-/// Writes a generation, on the thread of the pool.
-class StackJournal::Writer {
-public:
-    Writer(std::string folder, int generation, std::string baseText, std::string baseName,
-           std::unique_ptr<OpenFile> baseFileToCopy)
-        : __folder(std::move(folder)), __generation(generation), __baseText(std::move(baseText)),
-          __baseName(std::move(baseName)), __copied(std::move(baseFileToCopy)) {}
-
-    ~Writer() {
-        if (__descriptor >= 0)
-            ::close(__descriptor);
-    }
-
-    Writer(const Writer&) = delete;
-    Writer& operator=(const Writer&) = delete;
-
-    /// Writes this and what has waited; what went wrong, as a sentence, or nothing.
-    QString append(std::string payload, bool flushes) {
-        __waiting.push_back(std::move(payload));
-        try {
-            if (__descriptor < 0)
-                begin();
-            while (!__waiting.empty()) {
-                std::uint64_t checksum = __checksum;
-                write(JournalFormat::frame(__waiting.front(), checksum));
-                __checksum = checksum;
-                __waiting.pop_front();
-            }
-            if (flushes)
-                flush();
-            return {};
-        } catch (const std::exception& failure) {
-            return problem(failure.what());
-        } catch (const Exception& failure) {
-            return problem(failure.getWhat());
-        }
-    }
-
-    void flush() {
-        if (__descriptor >= 0 && std::exchange(__dirty, false))
-            ::fdatasync(__descriptor);
-    }
-
-    std::size_t size() const { return __size; }
-    std::size_t baseSize() const { return __baseSize; }
-
-private:
-    QString problem(const std::string& what) const {
-        return "Steps can't be kept against a crash: " + QString::fromStdString(__folder + ": " + what) + ".";
-    }
-
-    /// Writes the base, and then the beginning of the journal: where there is a journal, its base is whole.
-    void begin() {
-        if (__copied != nullptr && !__copied->read(__baseText))
-            throw FileReadError("StackJournal", "The file of the stack can't be read");
-        std::filesystem::create_directories(__folder);
-        std::filesystem::permissions(__folder, std::filesystem::perms::owner_all);
-        if (!SafeFile::save(baseFile(__folder, __generation), __baseText))
-            throw FileWriteError("StackJournal", std::strerror(errno));
-        const std::string header = JournalFormat::header(__baseName, JournalFormat::hash(__baseText));
-        const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
-        __descriptor = ::open(journalFile(__folder, __generation).c_str(), flags, 0600);
-        if (__descriptor < 0)
-            throw FileWriteError("StackJournal", std::strerror(errno));
-        try {
-            write(header);
-        } catch (...) {
-            ::close(std::exchange(__descriptor, -1));
-            throw;
-        }
-        __checksum = JournalFormat::read(header).checksums.front();
-        __baseSize = __baseText.size();
-        __baseText = std::string();
-        __copied.reset();
-        for (const std::string& old : {baseFile(__folder, __generation - 2), journalFile(__folder, __generation - 2)})
-            ::unlink(old.c_str());
-    }
-
-    /// All or nothing, as far as the disk lets.
-    void write(const std::string& bytes) {
-        std::size_t done = 0;
-        while (done < bytes.size()) {
-            const ssize_t written =
-                ::pwrite(__descriptor, bytes.data() + done, bytes.size() - done, static_cast<off_t>(__size + done));
-            if (written > 0) {
-                done += static_cast<std::size_t>(written);
-            } else if (errno != EINTR) {
-                const int error = errno;
-                static_cast<void>(::ftruncate(__descriptor, static_cast<off_t>(__size.load())) == 0);
-                throw FileWriteError("StackJournal", std::strerror(error));
-            }
-        }
-        __size += done;
-        __dirty = true;
-    }
-
-    std::string __folder;
-    int __generation;
-    std::string __baseText, __baseName;
-    std::unique_ptr<OpenFile> __copied;
-    std::deque<std::string> __waiting;
-    int __descriptor = -1;
-    std::uint64_t __checksum = 0;
-    std::atomic<std::size_t> __size = 0, __baseSize = 0;
-    bool __dirty = false;
-};
-
 StackJournal::StackJournal(VRLStack& stack, std::function<std::string()> folder, QThreadPool& writers,
                            std::function<void(const QString&)> tellProblem)
-    : __stack(stack), __findFolder(std::move(folder)), __writers(writers), __tellProblem(std::move(tellProblem)),
-      __recorder(stack) {
-    if (!stack.getFilename().empty() && !stack.isModified())
+    : __stack(stack), __findFolder(std::move(folder)), __writers(writers), __tellProblem(std::move(tellProblem)) {
+    __recorder.emplace(stack);
+    bool atOnce = false;
+    __origin = takeOrigin(stack, atOnce);
+    if (__origin) {
+        __numRecords = __origin->numRecords;
+        __saved = __origin->saved;
+    } else if (!stack.getFilename().empty() && !stack.isModified()) {
         __file = stack.getFilename();
-    else if (stack.getNumSlices() + stack.getNumModels() > 0)
+    } else if (stack.getNumSlices() + stack.getNumModels() > 0) {
         try {
             __baseText = StackWriter().toText(stack);
-            __baseState = JournalRecord{.delta = __recorder.fineState()}.payload();
+            __baseState = JournalRecord{.delta = __recorder->fineState()}.payload();
         } catch (const Exception&) { // of a slice without an image: the steps are kept once it has one
         }
+    }
     connect(stack.history(), &VRLActionHistory::recorded, this, &StackJournal::record);
     connect(&stack, &VRLStack::written, this, &StackJournal::recordSave);
     __flushTimer.setSingleShot(true);
     connect(&__flushTimer, &QTimer::timeout, this, &StackJournal::flush);
+    if (atOnce)
+        guarded([this] {
+            if (findFolder() && begin())
+                flush();
+        });
 }
 
 StackJournal::~StackJournal() {
     flush();
 }
 
-void StackJournal::record(VRLActionHistory::Change change) {
+void StackJournal::guarded(const std::function<void()>& work) {
     try {
-        if (__folder.empty())
-            __folder = __findFolder();
-        if (__folder.empty())
+        work();
+    } catch (const Exception& failure) {
+        __lost = true;
+        __tellProblem("Steps can't be kept against a crash: " + QString::fromStdString(failure.getWhat()) + ".");
+    } catch (const std::exception& failure) {
+        __lost = true;
+        __tellProblem(QString("Steps can't be kept against a crash: ") + failure.what() + ".");
+    }
+}
+
+bool StackJournal::findFolder() {
+    if (__folder.empty())
+        __folder = __findFolder();
+    return !__folder.empty();
+}
+
+void StackJournal::record(VRLActionHistory::Change change) {
+    guarded([this, change] {
+        if (change == VRLActionHistory::Change::Clear)
+            return forget();
+        ++__numRecords;
+        if (!findFolder())
             return;
-        const bool begins = __writer == nullptr;
+        if (__lost || __recorder->isLost())
+            return beginAsItIs(false);
         JournalRecord record;
-        record.delta = __recorder.take();
-        if (change == VRLActionHistory::Change::Clear) { // what was done is not to be found any more
-            if (!begins)
-                beginGeneration(StackWriter().toText(__stack), false);
-            return;
-        }
-        const bool isRead = begins && !__file.empty() && !__stack.fileGuard().isChanged(__file);
-        if (__recorder.isLost() || (begins && !isRead && __baseText.empty()))
-            return beginGeneration(StackWriter().toText(__stack), false);
-        if (begins) {
-            auto file = isRead ? std::make_unique<OpenFile>(__file) : nullptr;
-            if (isRead && !file->isOpen())
-                return beginGeneration(StackWriter().toText(__stack), false);
-            __writer = std::make_shared<Writer>(__folder, ++__generation, std::move(__baseText),
-                                                isRead ? __file : std::string(), std::move(file));
-            __baseText = std::string();
-            if (!isRead)
-                append(std::exchange(__baseState, {}));
-        }
+        record.delta = __recorder->take();
+        if (!begin())
+            return beginAsItIs(false);
         using Kind = JournalRecord::Kind;
         record.kind = change == VRLActionHistory::Change::Undo   ? Kind::Undo
                       : change == VRLActionHistory::Change::Redo ? Kind::Redo
@@ -281,82 +133,180 @@ void StackJournal::record(VRLActionHistory::Change change) {
         if (record.kind == Kind::Step)
             record.description = __stack.history()->getUndoDescription(true).toStdString();
         append(record.payload());
-        if (__writer->size() > std::max(__bound, __writer->baseSize()))
-            beginGeneration(StackWriter().toText(__stack), true);
-    } catch (const Exception& failure) {
-        __tellProblem("Steps can't be kept against a crash: " + QString::fromStdString(failure.getWhat()) + ".");
-    } catch (const std::exception& failure) {
-        __tellProblem(QString("Steps can't be kept against a crash: ") + failure.what() + ".");
+        if (__former == nullptr && __writer->size() > std::max(__bound, __writer->baseSize()))
+            beginAsItIs(true);
+    });
+}
+
+/// What was done is not to be found any more.
+void StackJournal::forget() {
+    __origin.reset();
+    __saved = false;
+    if (__writer != nullptr) {
+        beginAsItIs(false);
+        if (!__stack.isModified())
+            recordSave();
+    } else if (__file.empty() && !__stack.isModified()) {
+        __file = __stack.getFilename();
     }
 }
 
-/// One that follows on the one before closes it, and that stays; after a gap the new generation stands alone.
-void StackJournal::beginGeneration(const std::string& baseText, bool follows) {
+/// Makes the writer of the first generation, if there is none; false when the document has to be written as it is.
+bool StackJournal::begin() {
+    if (__writer != nullptr)
+        return !__writer->isLost();
+    JournalWriter::Base base;
+    int generation = 1;
+    if (__origin) {
+        generation = __origin->last;
+        base.origin = std::exchange(__origin, {});
+    } else if (!__file.empty() && !__stack.fileGuard().isChanged(__file)) {
+        base.name = __file;
+        base.descriptor = ::open(__file.c_str(), O_RDONLY | O_CLOEXEC);
+        if (base.descriptor < 0)
+            return false;
+    } else if (!__baseText.empty()) {
+        base.text = std::exchange(__baseText, {});
+    } else {
+        return false;
+    }
+    __generation = generation;
+    __writer = std::make_shared<JournalWriter>(__folder, generation, 0, std::move(base));
+    if (!__baseState.empty())
+        append(std::exchange(__baseState, {}));
+    return true;
+}
+
+/// A generation with the stack as it is now. One that follows on the one before closes it; otherwise it stands alone,
+/// and what was before goes.
+void StackJournal::beginAsItIs(bool follows) {
+    if (__lost || __recorder->isLost() || !follows)
+        __recorder.emplace(__stack);
+    JournalWriter::Base base;
+    base.text = StackWriter().toText(__stack);
+    const std::string state = JournalRecord{.delta = __recorder->fineState()}.payload();
     if (follows)
         append(JournalRecord{.kind = JournalRecord::Kind::Closed}.payload());
-    else
-        ++__generation;
-    __writer = std::make_shared<Writer>(__folder, ++__generation, baseText, std::string(), nullptr);
-    append(JournalRecord{.delta = __recorder.fineState()}.payload());
+    __generation += follows ? 1 : 2; // after a gap in the numbers it does not follow
+    __former = follows ? __writer : nullptr;
+    __writer = std::make_shared<JournalWriter>(__folder, __generation, follows ? __generation - 1 : __generation,
+                                               std::move(base));
+    __lost = false;
+    __origin.reset();
+    write(__writer, state);
 }
 
 void StackJournal::recordSave() {
-    if (__writer == nullptr)
-        return;
-    __writers.start(
-        [writer = __writer, tell = __tellProblem, file = std::make_shared<OpenFile>(__stack.getFilename())] {
-            std::string contents;
-            if (file->read(contents))
-                tell(writer->append(
-                    JournalRecord{.kind = JournalRecord::Kind::Saved, .hash = JournalFormat::hash(contents)}.payload(),
-                    false));
-        });
-    __flushTimer.start(1000);
+    guarded([this] {
+        if (__writer == nullptr && !__origin)
+            return;
+        if (!findFolder() || __lost || !begin())
+            return;
+        // What has changed about the stack without a step.
+        if (DocumentDelta delta = __recorder->take(); !delta.isEmpty())
+            append(JournalRecord{.kind = JournalRecord::Kind::State, .delta = std::move(delta)}.payload());
+        __saved = true;
+        for (const auto& writer : {__former, __writer})
+            if (writer != nullptr) {
+                const int descriptor = ::open(__stack.getFilename().c_str(), O_RDONLY | O_CLOEXEC);
+                if (descriptor >= 0)
+                    writer->putSaveInLine(descriptor);
+            }
+        flush();
+        __flushTimer.start(1000);
+    });
 }
 
+/// As long as the base of a following generation is not on the disk, the one before goes on as well.
 void StackJournal::append(const std::string& payload) {
-    __writers.start([writer = __writer, tell = __tellProblem, payload, flushes = __flushesAtOnce] {
-        tell(writer->append(payload, flushes));
-    });
+    if (__former != nullptr && __writer->hasBegun() && !__writer->isWaiting())
+        __former.reset();
+    if (__former != nullptr)
+        write(__former, payload);
+    write(__writer, payload);
+}
+
+/// At once where that does not mean to wait.
+void StackJournal::write(const std::shared_ptr<JournalWriter>& writer, const std::string& payload) {
+    writer->putInLine(payload);
+    if (!__flushesAtOnce)
+        if (const auto problem = writer->write(false))
+            __tellProblem(*problem);
+    if (__flushesAtOnce || writer->isWaiting())
+        work(writer, __flushesAtOnce);
     if (!__flushTimer.isActive())
         __flushTimer.start(1000);
 }
 
+/// On the thread that can wait.
+void StackJournal::work(const std::shared_ptr<JournalWriter>& writer, bool flushes) {
+    __writers.start([writer, tell = __tellProblem, flushes] {
+        try {
+            const QString problem = *writer->write(true);
+            tell(flushes && problem.isEmpty() ? writer->flush() : problem);
+        } catch (const std::exception&) { // of a lack of memory; what is in line is tried again
+        }
+    });
+}
+
+/// And tries again what could not be written.
 void StackJournal::flush() {
-    if (__writer != nullptr)
-        __writers.start([writer = __writer] { writer->flush(); });
+    for (const auto& writer : {__former, __writer})
+        if (writer != nullptr) {
+            if (writer->isWaiting())
+                __flushTimer.start(5000);
+            work(writer, true);
+        }
 }
 
 StackJournal::Rebuilt StackJournal::rebuild(VRLStack& stack, const std::string& folder,
                                             const std::vector<ImageSourceKind>& kinds) {
     Rebuilt rebuilt;
-    const std::vector<Generation> generations = readGenerations(folder);
-    if (generations.empty())
+    const JournalGenerations generations(folder);
+    rebuilt.unreadable = generations.isUnreadable();
+    rebuilt.damaged = generations.isDamaged();
+    if (generations.all().empty() || rebuilt.unreadable)
         return rebuilt;
-    const Generation& first = generations.front();
-    StackReader(kinds).readText(stack, first.base, first.journal.baseName.empty() ? "/" : first.journal.baseName);
-    JournalReplay replay(stack, kinds);
-    rebuilt.good = rebuilt.complete = true;
-    for (const Generation& generation : generations)
-        for (const JournalRecord& record : generation.journal.records) {
-            try {
-                if (record.kind != JournalRecord::Kind::State || &generation == &first)
-                    replay.carryOut(record);
-            } catch (const Exception&) { // what was done before stands
-                rebuilt.complete = false;
+    replay(stack, generations, kinds, generations.all().size() - 1, generations.all().back().numRecords, rebuilt);
+    return rebuilt;
+}
+
+StackJournal::Rebuilt StackJournal::rebuildSaved(VRLStack& stack, const std::string& folder,
+                                                 const std::vector<ImageSourceKind>& kinds, const std::string& hash) {
+    Rebuilt rebuilt;
+    const JournalGenerations generations(folder);
+    rebuilt.unreadable = generations.isUnreadable();
+    if (rebuilt.unreadable)
+        return rebuilt;
+    for (std::size_t g = generations.all().size(); g > 0; --g)
+        for (std::size_t i = generations.all()[g - 1].numRecords; i > 0; --i) {
+            const JournalRecord& record = generations.all()[g - 1].journal.records[i - 1];
+            if (record.kind == JournalRecord::Kind::Saved && record.hash == hash) {
+                replay(stack, generations, kinds, g - 1, i, rebuilt);
                 return rebuilt;
             }
-            rebuilt.numRecords += isStep(record);
         }
     return rebuilt;
 }
 
 bool StackJournal::hasUnsavedSteps(const std::string& folder) {
     bool unsaved = false;
-    for (const Generation& generation : readGenerations(folder))
-        for (const JournalRecord& record : generation.journal.records)
+    const JournalGenerations generations(folder);
+    for (const auto& generation : generations.all())
+        for (std::size_t i = 0; i < generation.numRecords; ++i) {
+            const JournalRecord& record = generation.journal.records[i];
             unsaved = isStep(record) || (unsaved && record.kind != JournalRecord::Kind::Saved);
-    return unsaved;
+        }
+    return unsaved || generations.isUnreadable();
+}
+
+bool StackJournal::hasSave(const std::string& folder) {
+    const JournalGenerations generations(folder);
+    for (const auto& generation : generations.all())
+        for (std::size_t i = 0; i < generation.numRecords; ++i)
+            if (generation.journal.records[i].kind == JournalRecord::Kind::Saved)
+                return true;
+    return false;
 }
 
 } // namespace vorlen

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,9 +13,11 @@
 
 #include "editing/history/vrlactionhistory.h"
 #include "editing/journal/documentrecorder.h"
+#include "editing/journal/journalplace.h"
 
 namespace vorlen {
 
+class JournalWriter;
 class VRLStack;
 struct ImageSourceKind;
 
@@ -22,18 +25,20 @@ struct ImageSourceKind;
 /// crash costs at most the step in progress.
 ///
 /// The folder holds generations: "N.base", a stack description, and "N.journal", what was done since. The first base is
-/// a copy of the stack's file, or the text of a stack that has none. A journal that has grown beyond the bound is
-/// closed and a new generation begins with the stack as it is; the one before stays for its steps, older ones go.
+/// a copy of the stack's file, or the text of a stack that has none; a stack that was rebuilt by a journal goes on with
+/// that one (JournalOrigin). A journal that has grown beyond the bound is closed and a new generation begins with the
+/// stack as it is; the one before stays for its steps, older ones go. As long as the new one's base is not on the disk,
+/// both are written.
 ///
-/// What is to be written is made on the main thread and written on that of the pool, which has one thread. It is
-/// flushed to the disk a second later at most. Failures are told, nothing is thrown, and what could not be written is
-/// tried again with the next step.
+/// A record is written before the step's events have ended, and flushed to the disk a second later at most, on the
+/// thread of the pool, which has one thread. Only the first records wait until the pool has written the base. Failures
+/// are told, nothing is thrown, and what could not be written is tried again.
 class StackJournal : public QObject {
     Q_OBJECT
 
 public:
     /// The folder is asked for when there is something to write; an empty one says that there is none at present. Told
-    /// is, on the pool's thread, what keeps the journal from being written, an empty text when it was.
+    /// is, on any thread, what keeps the journal from being written, an empty text when it was.
     StackJournal(VRLStack& stack, std::function<std::string()> folder, QThreadPool& writers,
                  std::function<void(const QString&)> tellProblem);
     ~StackJournal() override;
@@ -44,38 +49,64 @@ public:
     /// Flushes each step at once.
     void setFlushesAtOnce(bool atOnce) { __flushesAtOnce = atOnce; }
 
+    /// Whether the folder has the stack's steps, or will have them, with a save among them.
+    bool isWorthKeeping() const { return __writer != nullptr && __saved; }
+
+    /// The number of steps, undos and redos that were recorded.
+    int getNumRecords() const { return __numRecords; }
+
     /// What a journal gives back.
     struct Rebuilt {
-        bool good = false;     ///< there is a journal, and the stack is what it tells
-        int numRecords = 0;    ///< steps, undos and redos
-        bool complete = false; ///< all whole records could be carried out
+        bool good = false;       ///< there is a journal, and the stack is what it tells
+        bool complete = false;   ///< all whole records could be carried out
+        bool unreadable = false; ///< the system could not read it; nothing was done
+        bool damaged = false;    ///< what stands behind the last record was one
+        int numRecords = 0;      ///< steps, undos and redos
+        JournalPlace place;      ///< from where to go on
+        std::string fileHash;    ///< of the file that the stack was read from or saved to last; empty for none
     };
 
     /// Makes an empty stack what it was after the last whole record in the folder, with its history.
     static Rebuilt rebuild(VRLStack& stack, const std::string& folder, const std::vector<ImageSourceKind>& kinds);
 
-    /// Whether the folder's journal tells of changes that were not saved.
+    /// Makes an empty stack what it was when it was saved last to a file with this hash. Not good when the journal
+    /// tells of no such save.
+    static Rebuilt rebuildSaved(VRLStack& stack, const std::string& folder, const std::vector<ImageSourceKind>& kinds,
+                                const std::string& hash);
+
+    /// Whether the folder's journal tells of changes that were not saved, or can't be read now.
     static bool hasUnsavedSteps(const std::string& folder);
 
-private:
-    class Writer;
+    /// Whether the folder's journal tells of a save.
+    static bool hasSave(const std::string& folder);
 
+private:
     void record(VRLActionHistory::Change change);
     void recordSave();
+    bool findFolder();
+    void forget();
+    bool begin();
+    void beginAsItIs(bool follows);
     void append(const std::string& payload);
-    void beginGeneration(const std::string& baseText, bool follows);
+    void write(const std::shared_ptr<JournalWriter>& writer, const std::string& payload);
+    void work(const std::shared_ptr<JournalWriter>& writer, bool flushes);
     void flush();
+    void guarded(const std::function<void()>& work);
 
     VRLStack& __stack;
     std::function<std::string()> __findFolder;
     QThreadPool& __writers;
     std::function<void(const QString&)> __tellProblem;
-    DocumentRecorder __recorder;
-    std::string __file;                  // of the stack, when it had one that was the document
-    std::string __baseText, __baseState; // of a stack without one
+    std::optional<DocumentRecorder> __recorder;
+    std::optional<JournalPlace> __origin; // of a journal that is to be gone on with
+    std::string __file;                   // of the stack, when it had one that was the document
+    std::string __baseText, __baseState;  // of a stack without one
     std::string __folder;
     int __generation = 0;
-    std::shared_ptr<Writer> __writer; // of the present generation; null before the first step
+    int __numRecords = 0;
+    bool __saved = false, __lost = false;
+    std::shared_ptr<JournalWriter> __writer; // of the present generation; null before the first step
+    std::shared_ptr<JournalWriter> __former; // of the one before, until the present one has begun
     std::size_t __bound = std::size_t(8) << 20;
     bool __flushesAtOnce = false;
     QTimer __flushTimer;

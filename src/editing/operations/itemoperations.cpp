@@ -2,6 +2,7 @@
 
 #include "document/model.h"
 #include "document/stackslice.h"
+#include "editing/actions/vrldrawingdiscardaction.h"
 #include "editing/actions/vrlitemappendpointsaction.h"
 #include "editing/actions/vrlitemdeletionaction.h"
 #include "editing/actions/vrlitemselectionconversionaction.h"
@@ -66,6 +67,11 @@ Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Verti
             item->setVertices(fewer);
     }
     return inOneStep(stack, {}, [&item](EditStep& step) { applyCreation(step, std::move(item)); });
+}
+
+void keepDiscardedDrawing(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<int>& vertices) {
+    if (vertices.getNumVertices() > 0 && stack.history() != nullptr && !stack.history()->isStepOpen())
+        stack.history()->addAside(std::make_unique<VRLDrawingDiscardAction>(slice, model, vertices));
 }
 
 Outcome deleteItem(VRLStack& stack, ModelItem& item) {

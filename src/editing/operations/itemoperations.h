@@ -25,6 +25,10 @@ std::string tooFewVerticesToCreate(const ModelItem& item);
 Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<int>& vertices,
                    bool dropInLine = false);
 
+/// Keeps a drawing that is given up in the stack's history, to be had back by undoing: the document stays as it is. A
+/// drawing without vertices is not worth it.
+void keepDiscardedDrawing(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<int>& vertices);
+
 Outcome deleteItem(VRLStack& stack, ModelItem& item);
 
 /// Appends vertices at the item's end.

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <exception>
 
-#include "document/stackgreyscale.h"
 #include "document/uniquenames.h"
 #include "editing/actions/vrlactionsequence.h"
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
@@ -12,12 +11,7 @@
 #include "editing/operations/applyinstep.h"
 #include "editing/operations/measures.h"
 #include "editing/stacks/vrlstack.h"
-#include "images/rasters/image.h"
-#include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
-#include "progress/progresssubject.h"
-#include "registration/matrixprincipalaxesanalysis.h"
-#include "registration/principalaxesimageregistration.h"
 
 namespace vorlen {
 
@@ -25,6 +19,14 @@ namespace {
 
 Outcome requireSlice(const Stack& stack, const StackSlice& slice) {
     return stack.findSlice(slice) >= 0 ? Outcome::done() : Outcome::refused("The slice is not in this stack");
+}
+
+Outcome checkNumbers(const Registration& registration) {
+    if (!std::isfinite(registration.getRotationAngle()))
+        return Outcome::refused("The angle of the registration is no number");
+    if (!registration.isFinite())
+        return Outcome::refused("A shift of the registration is no number");
+    return Outcome::done();
 }
 
 Outcome checkChange(const StackSlice& slice, const SliceChange& change) {
@@ -41,8 +43,9 @@ Outcome checkChange(const StackSlice& slice, const SliceChange& change) {
         return Outcome::refused("The thickness of the slice must not be below zero");
     if (change.calibration && !isPixelSize(*change.calibration))
         return Outcome::refused("The size of a pixel must be above zero");
-    if (change.registration && !std::isfinite(change.registration->getRotationAngle()))
-        return Outcome::refused("The angle of the registration is no number");
+    if (change.registration)
+        if (const Outcome good = checkNumbers(*change.registration); !good)
+            return good;
     return Outcome::done();
 }
 
@@ -53,28 +56,6 @@ bool isPermutation(const std::vector<int>& order, int n) {
         if (sorted.size() != static_cast<std::size_t>(n) || sorted[static_cast<std::size_t>(i)] != i)
             return false;
     return sorted.size() == static_cast<std::size_t>(n);
-}
-
-/// The values of the image, or how far they are from the white of their scale. What is no number, or is beyond an end
-/// of the scale that would give a negative weight, weighs nothing.
-PixelMatrix<float> greyValues(const StackSlice& slice, bool inverted, const std::optional<GreyScale>& scale) {
-    Image image;
-    slice.load(image);
-    PixelMatrix<float> matrix;
-    matrix.convertGreyFromImage(image);
-    const float white = hasGreyScale(image) && scale ? scale->white : 255;
-    for (int i = 0; i < matrix.getSize1(); ++i)
-        for (float& value : matrix[i]) {
-            value = inverted ? white - value : value;
-            value = value > 0 && std::isfinite(value) ? value : 0;
-        }
-    return matrix;
-}
-
-bool hasMass(const PixelMatrix<float>& image) {
-    MatrixPrincipalAxesAnalysis<float> analysis;
-    analysis.apply(image);
-    return analysis.hasMass();
 }
 
 } // namespace
@@ -168,51 +149,11 @@ Outcome setRegistrations(VRLStack& stack, const std::vector<Registration>& regis
     auto action = std::make_unique<VRLStackStateAction>(stack, "Register slices");
     for (int i = 0; i < stack.getNumSlices(); ++i) {
         const Registration& registration = registrations[static_cast<std::size_t>(i)];
-        if (!std::isfinite(registration.getRotationAngle()))
-            return Outcome::refused("The angle of the registration is no number");
+        if (const Outcome good = checkNumbers(registration); !good)
+            return good;
         action->sliceState(stack.getSlice(i)).registration = registration;
     }
     return applyInStep(stack, std::move(action));
-}
-
-FoundRegistrations findRegistrations(const Stack& stack, bool inverted, ProgressSubject& progress) {
-    FoundRegistrations found;
-    const int n = stack.getNumSlices();
-    if (n == 0)
-        return found;
-    progress.notifyStarted("Running automatic registration...");
-    found.registrations.push_back(stack.getSlice(0).getRegistration());
-    const std::optional<GreyScale> scale = inverted ? findGreyScale(stack) : std::nullopt;
-    PixelMatrix<float> previous = greyValues(stack.getSlice(0), inverted, scale);
-    for (int i = 1; i < n && !progress.isCanceled(); ++i) {
-        PixelMatrix<float> current = greyValues(stack.getSlice(i), inverted, scale);
-        PrincipalAxesImageRegistration<float> registration;
-        registration.setSource(current);
-        registration.setTarget(previous);
-        registration.run();
-        found.registrations.push_back(registration.sliceRegistration());
-        if (!registration.isReliable())
-            found.unplaced.push_back(i);
-        if (registration.isReliable() || hasMass(current))
-            previous.swap(current);
-        progress.notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
-    }
-    if (progress.isCanceled())
-        progress.notifyCanceled("");
-    else
-        progress.notifyFinished("");
-    return found;
-}
-
-Outcome registerSlices(VRLStack& stack, bool inverted, ProgressSubject& progress, std::vector<int>* unplaced) {
-    if (stack.getNumSlices() < 2)
-        return Outcome::refused("A registration needs at least two slices");
-    FoundRegistrations found = findRegistrations(stack, inverted, progress);
-    if (progress.isCanceled())
-        return Outcome::refused("The registration was cancelled");
-    if (unplaced != nullptr)
-        *unplaced = std::move(found.unplaced);
-    return setRegistrations(stack, found.registrations);
 }
 
 } // namespace vorlen

@@ -11,7 +11,6 @@
 
 namespace vorlen {
 
-class ProgressSubject;
 class VRLStack;
 
 /// What is to be changed about a slice; the rest stays.
@@ -40,23 +39,7 @@ Outcome changeSlice(VRLStack& stack, StackSlice& slice, const SliceChange& chang
 /// one before it now loses its registration, which was on the old one. Refused unless each slice is named once.
 Outcome reorderSlices(VRLStack& stack, const std::vector<int>& order);
 
-/// Gives the slices, in their order, these registrations. Refused unless there is one for each slice.
+/// Gives the slices, in their order, these registrations. Refused unless there is one of numbers for each slice.
 Outcome setRegistrations(VRLStack& stack, const std::vector<Registration>& registrations);
-
-/// What automatic registration found.
-struct FoundRegistrations {
-    std::vector<Registration> registrations; // for each slice; that of the first stays as it was
-    std::vector<int> unplaced;               // slices that have no place of their own: blank, or behind a blank one
-};
-
-/// Brings each slice onto the one before it, by the centre and the main axis of its bright parts, of its dark parts
-/// when inverted. A blank slice lies as the one before it does, and the slice behind it is registered on the last one
-/// that was not blank. Looks only, and stops early when the progress is cancelled. Throws what StackSlice::load()
-/// throws.
-FoundRegistrations findRegistrations(const Stack& stack, bool inverted, ProgressSubject& progress);
-
-/// Finds the registrations and sets them in one step; tells of unplaced slices if asked. Refused for fewer than two
-/// slices, and when cancelled.
-Outcome registerSlices(VRLStack& stack, bool inverted, ProgressSubject& progress, std::vector<int>* unplaced = nullptr);
 
 } // namespace vorlen

@@ -1,19 +1,19 @@
 #include "editing/operations/snakeoperation.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 #include <vector>
 
 #include "document/stackgreyscale.h"
 #include "document/stackslice.h"
 #include "editing/operations/onestep.h"
-#include "images/filters/resizexform.h"
+#include "images/files/imagereader.h"
 #include "images/rasters/image.h"
 #include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
 #include "numerics/maths.h"
 #include "snake/snake.h"
+#include "snake/snakeframe.h"
 
 namespace vorlen {
 
@@ -22,27 +22,59 @@ namespace {
 constexpr int maxIterations = 5000;
 const char* const stopped = "The snake was stopped.";
 
-Curve<float> reduced(const Vertices<int>& vertices, float scale) {
+/// How much of the image lies around the contour at first, in pixels of the frame, and how near to its end the snake
+/// may come: as far as it looks for an edge, and so far that the end tells nothing in the edge map.
+constexpr double leastMargin = 160;
+constexpr double mapsReach = 24;
+
+Curve<float> asCurve(const Vertices<int>& vertices) {
     const int n = vertices.getNumVertices();
     Curve<float> curve(2, n, n, 1, false);
     for (int i = 0; i < n; ++i)
         for (int j = 0; j < 2; ++j)
-            curve[i][j] = float(vertices[i][j]) / scale;
+            curve[i][j] = float(vertices[i][j]);
     return curve;
+}
+
+double largestSide(const Curve<float>& curve) {
+    double side = 0;
+    for (const int axis : {0, 1}) {
+        float lower = curve[0][axis], upper = lower;
+        for (int i = 1; i < curve.getSize(); ++i) {
+            lower = std::min(lower, curve[i][axis]);
+            upper = std::max(upper, curve[i][axis]);
+        }
+        side = std::max(side, double(upper - lower));
+    }
+    return side;
+}
+
+Image imageOf(const StackSlice& slice) {
+    Image image;
+    try {
+        ImageReader().read(image, slice.getImageSource());
+    } catch (const Exception& error) {
+        const auto* const fileError = dynamic_cast<const FileError*>(&error);
+        throw FileReadError("Image imageOf(const StackSlice&)",
+                            "The image of the slice \"" + slice.getName() + "\" cannot be read: " + error.getWhat() +
+                                (fileError != nullptr ? ": " + fileError->getFile() : std::string()));
+    }
+    return image;
 }
 
 } // namespace
 
-/// What is held during the run only: the image and the snake with its edge map.
+/// What is held during the run only: the part of the image and the snake with its edge map.
 struct SnakeOperation::Work {
+    SnakeFrame frame;
     PixelMatrix<float> image;
     std::optional<GreyScale> scale; // of the stack, once a slice asks for it
     Snake<float, float> snake;
 };
 
 SnakeOperation::SnakeOperation(VRLStack& stack, ModelItem& start, const SnakeConfig& config)
-    : __stack(stack), __model(start.getModel()), __startSlice(start.getSlice()),
-      __start(reduced(start.getVertices(), float(config.getScale()))), __config(config) {
+    : __stack(stack), __model(start.getModel()), __startSlice(start.getSlice()), __start(asCurve(start.getVertices())),
+      __config(config) {
     __driver.addMonitor(*this);
 }
 
@@ -82,9 +114,12 @@ Outcome SnakeOperation::runOnRange(int reach, bool propagated) {
 Vertices<int> SnakeOperation::getContour() const {
     const int n = __work ? __work->snake.getCurve().getSize() : 0;
     Vertices<int> vertices(2, n, n, 1);
+    if (n == 0)
+        return vertices;
+    const Curve<float> curve = __work->frame.toSlice(__work->snake.getCurve());
     for (int i = 0; i < n; ++i)
         for (int j = 0; j < 2; ++j)
-            vertices[i][j] = int(Maths::fround(__work->snake.getCurve()[i][j] * float(__config.getScale())));
+            vertices[i][j] = int(Maths::fround(curve[i][j]));
     return vertices;
 }
 
@@ -133,25 +168,16 @@ bool SnakeOperation::runOver(EditStep& step, StackSlice& slice, Curve<float>& cu
     if (isCanceled())
         return false;
     try {
-        readImage(slice);
-    } catch (const Exception&) {
+        if (!converge(imageOf(slice), slice.getPixelCalibration().getAspectRatio(), curve))
+            return false;
+    } catch (const FileReadError&) {
         if (__onRange)
             return false;
         throw;
     }
-    Snake<float, float>& snake = __work->snake;
-    try {
-        snake.setPixelMatrix(__work->image);
-        snake.setConfig(__config, false); // init() makes the edge map in any case
-        snake.setCurve(curve);
-        snake.init();
-        __driver.run(snake, maxIterations);
-    } catch (const Exception&) {
-        return false;
-    }
     if (isCanceled())
         return false;
-    curve = snake.getCurve();
+    curve = __work->frame.toSlice(__work->snake.getCurve());
     auto item = std::make_unique<ModelItem>();
     item->setModel(__model);
     item->setSlice(&slice);
@@ -161,44 +187,37 @@ bool SnakeOperation::runOver(EditStep& step, StackSlice& slice, Curve<float>& cu
     return true;
 }
 
-void SnakeOperation::readImage(const StackSlice& slice) {
-    Image image;
-    try {
-        slice.load(image);
-    } catch (const Exception& error) {
-        const auto* const fileError = dynamic_cast<const FileError*>(&error);
-        throw FileReadError("void SnakeOperation::readImage(const StackSlice&)",
-                            "The image of the slice \"" + slice.getName() + "\" cannot be read: " + error.getWhat() +
-                                (fileError != nullptr ? ": " + fileError->getFile() : std::string()));
-    }
-    if (const int scale = int(__config.getScale()); scale > 1) {
-        ResizeXForm resize;
-        resize.setSize(image.getWidth() / scale, image.getHeight() / scale);
-        resize.apply(image);
-    }
-    PixelMatrix<float>& pixels = __work->image;
-    switch (image.colorContent()) {
-    case GreenContent:
-        pixels.convertFromImage(image, GreenChannel);
-        break;
-    case BlueContent:
-        pixels.convertFromImage(image, BlueChannel);
-        break;
-    case RedContent:
-        pixels.convertFromImage(image, RedChannel);
-        break;
-    default:
-        pixels.convertGreyFromImage(image);
-    }
-    if (!hasGreyScale(image))
-        return;
+/// Runs the snake on the part of the image around the curve; on a larger one, and at last on the whole, when it comes
+/// near to the end of it. False when it collapses.
+bool SnakeOperation::converge(const Image& image, double aspect, const Curve<float>& curve) {
+    if (image.getWidth() < 1 || image.getHeight() < 1 || curve.getSize() < 1)
+        return false;
+    Snake<float, float>& snake = __work->snake;
+    SnakeFrame& frame = __work->frame;
+    const double distance = __config.getDistance() + mapsReach / std::clamp(double(__config.getAlpha()), 0.1, 1.0);
     // The least strength of an edge is told in grey levels of bytes.
-    if (!__work->scale)
+    if (hasGreyScale(image) && !__work->scale)
         __work->scale = findGreyScale(__stack).value_or(GreyScale());
-    const float step = __work->scale->white / 255; // by which a byte that was widened is divided exactly
-    for (int i = 0; i < pixels.getSize1(); ++i)
-        for (float& value : pixels[i])
-            value = std::isfinite(value) ? value / step : 0;
+    const float step = hasGreyScale(image) ? __work->scale->white / 255 : 1;
+    double margin = std::max({leastMargin, 2 * distance, largestSide(curve) / std::max(__config.getScale(), 1u)});
+    for (;; margin *= 4) {
+        frame = SnakeFrame(image.getWidth(), image.getHeight(), aspect, __config.getScale(), curve, margin);
+        bool collapsed = false;
+        try {
+            __work->image = frame.pixels(image, step);
+            snake.setPixelMatrix(__work->image);
+            snake.setConfig(__config, false); // init() makes the edge map in any case
+            snake.setCurve(frame.toFrame(curve));
+            snake.init();
+            __driver.run(snake, maxIterations);
+        } catch (const SizeError&) {
+            collapsed = true;
+        } catch (const Exception&) {
+            return false;
+        }
+        if (isCanceled() || frame.isWhole() || (!collapsed && !frame.isLeftBy(snake.getCurve(), distance)))
+            return !collapsed;
+    }
 }
 
 } // namespace vorlen

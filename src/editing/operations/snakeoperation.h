@@ -13,6 +13,7 @@
 namespace vorlen {
 
 class EditStep;
+class Image;
 class Model;
 class ModelItem;
 class StackSlice;
@@ -24,6 +25,9 @@ class VRLStack;
 /// Monitors hear of one task; on a range the steps count as parts of the whole run, and its slices are named. On a
 /// single slice what the snake tells of its beginning and end is relayed. A monitor may look at the contour as it
 /// stands, and cancel: the run ends before it touches the document again, and keeps the slices that are done.
+///
+/// The snake runs on the part of the image around the contour, with square pixels whatever those of the slice are
+/// (SnakeFrame); on a larger part when it goes near to the end of that.
 ///
 /// An object makes one run. Stack, slices and model must live until the run has ended or has been cancelled.
 class SnakeOperation : public ProgressProxy {
@@ -69,12 +73,12 @@ private:
     template <class Run>
     Outcome inRun(const std::string& nothing, Run&& run);
     bool runOver(EditStep& step, StackSlice& slice, Curve<float>& curve);
-    void readImage(const StackSlice& slice);
+    bool converge(const Image& image, double aspect, const Curve<float>& curve);
 
     VRLStack& __stack;
     Model* __model;
     StackSlice* __startSlice;
-    Curve<float> __start; // in pixels of the reduced image
+    Curve<float> __start; // in pixels of the slice
     SnakeConfig __config;
     SnakeDriver<float, float> __driver;
     std::unique_ptr<Work> __work; // of the run

@@ -34,6 +34,11 @@ void StackFileGuard::note(const std::string& file) {
     __stamp = stampOf(file);
 }
 
+void StackFileGuard::noteAsChanged(const std::string& file) {
+    __file = file;
+    __stamp = {.size = -2}; // that no file has
+}
+
 bool StackFileGuard::isChanged(const std::string& file) const {
     if (file != __file || __stamp == Stamp())
         return false;
@@ -49,6 +54,10 @@ bool StackFileGuard::lock(const std::string& file) {
     else if (lock->error() == QLockFile::LockFailedError)
         return false;
     return true;
+}
+
+void StackFileGuard::takeLockOf(StackFileGuard& other) {
+    __lock = std::move(other.__lock);
 }
 
 void StackFileGuard::breakLock(const std::string& file) {

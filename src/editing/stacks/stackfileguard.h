@@ -26,12 +26,20 @@ public:
     /// Notes the file as it is now.
     void note(const std::string& file);
 
+    /// Notes the file as one that somebody has changed already.
+    void noteAsChanged(const std::string& file);
+
+    bool isNoted(const std::string& file) const { return __file == file; }
+
     /// True when the file is another one than was noted, by its size, its time or its place on the disk. False for a
     /// file that was never noted or is gone: nothing of anybody's is written over then.
     bool isChanged(const std::string& file) const;
 
     /// Marks the file as open here, and what was marked before as free; false when it is marked by somebody else.
     bool lock(const std::string& file);
+
+    /// Takes over the other one's mark.
+    void takeLockOf(StackFileGuard& other);
 
     /// Marks the file as open here, whoever has marked it.
     void breakLock(const std::string& file);

@@ -22,7 +22,7 @@ std::size_t bytesOf(SampleStorage storage);
 template <class Call>
 decltype(auto) withSampleType(SampleStorage storage, Call&& call) {
     switch (storage) {
-    case SampleStorage::U8:
+    case SampleStorage::U8: // NOLINT(bugprone-branch-clone): each is of another type
         return call(std::uint8_t());
     case SampleStorage::I8:
         return call(std::int8_t());

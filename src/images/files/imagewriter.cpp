@@ -117,17 +117,12 @@ void ImageWriter::writeTIFFRange(const Image& image, TIFF* tiff) const {
 }
 
 void ImageWriter::writeTIFFPixels(const Image& image, TIFF* tiff) const {
-    const unsigned char* const* rows = image.getPixels();
-    // What a predictor makes of a row, libtiff writes into the row itself.
+    // libtiff takes differences of neighbours within the row that it is given.
     const auto length = static_cast<std::size_t>(image.bytesPerLine());
     std::vector<unsigned char> row(length);
     for (int i = 0; i < image.getHeight(); ++i) {
-        unsigned char* from = const_cast<unsigned char*>(rows[i]); // which it only reads without one
-        if (__compression != Compression::None) {
-            std::copy_n(rows[i], length, row.begin());
-            from = row.data();
-        }
-        if (TIFFWriteScanline(tiff, from, static_cast<std::uint32_t>(i), 0) != 1)
+        std::copy_n(image.getPixels()[i], length, row.begin());
+        if (TIFFWriteScanline(tiff, row.data(), static_cast<std::uint32_t>(i), 0) != 1)
             throw FileWriteError(WRITE, "Cannot write image data" + TiffFile::reason(tiff), TIFFFileName(tiff));
     }
 }

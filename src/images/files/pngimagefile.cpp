@@ -28,14 +28,12 @@ public:
             __png = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, keepPngError, dropPngWarning);
         if (__png != nullptr)
             __info = png_create_info_struct(__png);
-        if (__info == nullptr || !readInfo())
+        if (__info == nullptr || !readInfo()) {
+            release(); // an object that is not made has no destructor
             fail();
+        }
     }
-    ~PngDecoder() {
-        png_destroy_read_struct(&__png, &__info, nullptr);
-        if (__file != nullptr)
-            std::fclose(__file);
-    }
+    ~PngDecoder() { release(); }
     PngDecoder(const PngDecoder&) = delete;
     PngDecoder& operator=(const PngDecoder&) = delete;
 
@@ -108,6 +106,13 @@ private:
         std::longjmp(self->__jump, 1); // NOLINT(cert-err52-cpp): what libpng asks for
     }
     static void dropPngWarning(png_structp, png_const_charp) {}
+
+    void release() {
+        png_destroy_read_struct(&__png, &__info, nullptr);
+        if (__file != nullptr)
+            std::fclose(__file);
+        __file = nullptr;
+    }
 
     bool readInfo() {
         if (setjmp(__jump) != 0)

@@ -309,9 +309,14 @@ void TiffPicture::requireBelievable() const {
     std::uint64_t needed =
         (std::uint64_t(width) * std::uint64_t(numFileSamples) * std::uint64_t(page.values.bits) + 7) / 8 *
         std::uint64_t(height);
-    // Of subsampled colours at least the luminance is there.
-    if (conversion == ByLibtiff)
-        needed = std::uint64_t(width) * std::uint64_t(height);
+    if (conversion == ByLibtiff && compression == COMPRESSION_NONE) {
+        // So many luminances share two chrominances.
+        std::uint16_t across = 2, down = 2;
+        TIFFGetFieldDefaulted(tiff, TIFFTAG_YCBCRSUBSAMPLING, &across, &down);
+        const std::uint64_t columns = std::max<std::uint64_t>(across, 1), rows = std::max<std::uint64_t>(down, 1);
+        needed = (std::uint64_t(width) + columns - 1) / columns * ((std::uint64_t(height) + rows - 1) / rows) *
+                 (columns * rows + 2);
+    }
     const std::uint64_t ratio = greatestRatio(compression);
     // At the least a strip for each row of each sample, a tile of one pixel: more are not asked for.
     if (count == 0 || count > 8 * (length + 1024))

@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
+#include <mutex>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "images/filters/parallelwork.h"
+#include "images/filters/stepprogress.h"
 #include "numerics/exception.h"
 #include "numerics/widevectors.h"
 
@@ -159,62 +163,171 @@ void separate(const T* bundle, T* const* rows, int first, int length) {
     });
 }
 
+// Memory of one thread, which grows as it is needed.
 template <class T>
-void filterRows(PixelMatrix<T>& matrix, const Coefficients<T>& k) {
+struct Work {
+    std::vector<T> bundle, causal, state;
+};
+
+template <class T>
+void filterRows(PixelMatrix<T>& matrix, const Coefficients<T>& k, Work<T>& work) {
     constexpr int count = together<T>;
     const int rows = matrix.getSize1();
     const int columns = matrix.getSize2();
-    const auto size = static_cast<std::size_t>(columns) * count;
-    std::vector<T> x(size), y(size), spare(static_cast<std::size_t>(columns));
+    const auto width = static_cast<std::size_t>(columns);
+    work.bundle.resize(width * count);
+    work.causal.resize(width * count);
+    work.state.resize(width);
     T* lines[count];
     for (int first = 0; first < rows; first += count) {
         for (int r = 0; r < count; ++r)
-            lines[r] = first + r < rows ? matrix[first + r].data() : spare.data();
-        interleave<T, count>(lines, 0, columns, x.data());
-        filterBundle(x.data(), y.data(), columns, k);
-        separate<T, count>(x.data(), lines, 0, columns);
+            lines[r] = first + r < rows ? matrix[first + r].data() : work.state.data();
+        interleave<T, count>(lines, 0, columns, work.bundle.data());
+        filterBundle(work.bundle.data(), work.causal.data(), columns, k);
+        separate<T, count>(work.bundle.data(), lines, 0, columns);
     }
 }
 
-// The causal part of a block of columns goes into memory of its own, row by row; the way back up ends each row.
-template <class T, bool hasFirst, bool hasSecond>
-void filterColumns(PixelMatrix<T>& matrix, const Coefficients<T>& k) {
-    constexpr int blockWidth = static_cast<int>(256 / sizeof(T));
-    const int rows = matrix.getSize1();
-    const int columns = matrix.getSize2();
-    const int width = std::min(blockWidth, columns);
-    std::vector<T> causal(static_cast<std::size_t>(rows) * static_cast<std::size_t>(width));
-    std::vector<T> state(5 * static_cast<std::size_t>(width));
-    T* const zeros = state.data();
+// Lines across rows, for a block of count columns: line(i) is its part of row i. The causal part goes into memory of
+// its own, row by row; the way back up ends each row.
+template <class T, bool hasFirst, bool hasSecond, class Line>
+void filterBlock(Line x, int rows, int count, const Coefficients<T>& k, Work<T>& work) {
+    const auto width = static_cast<std::size_t>(count);
+    work.causal.resize(static_cast<std::size_t>(rows) * width);
+    work.state.assign(5 * width, T(0));
+    T* const zeros = work.state.data();
+    const auto y = [&](int i) { return work.causal.data() + static_cast<std::size_t>(i) * width; };
+    for (int i = 0; i < rows; ++i)
+        causalStep<T, hasFirst>(x(i), i > 0 ? x(i - 1) : zeros, i > 0 ? y(i - 1) : zeros, i > 1 ? y(i - 2) : zeros,
+                                y(i), k.a0, !hasFirst && i >= 2 ? T(1) : k.a1, k.b1, k.b2, count);
+    // Samples and parts one and two rows ahead.
+    T* x1 = zeros + width;
+    T* x2 = x1 + width;
+    T* z1 = x2 + width;
+    T* z2 = z1 + width;
+    for (int i = rows - 1; i >= 0; --i) {
+        anticausalStep<T, hasSecond>(x(i), y(i), x1, x2, z1, z2, !hasSecond && i < rows - 2 ? T(-1) : k.a2, k.a3, k.b1,
+                                     k.b2, k.scale, count);
+        std::swap(x1, x2);
+        std::swap(z1, z2);
+    }
+}
+
+// The same for all columns; line(i) is row i.
+template <class T, class Line>
+void filterAcross(Line line, int rows, int columns, const Coefficients<T>& k, Work<T>& work) {
+    constexpr int width = static_cast<int>(256 / sizeof(T));
     for (int first = 0; first < columns; first += width) {
         const int count = std::min(width, columns - first);
-        const auto x = [&](int i) { return matrix[i].data() + first; };
-        const auto y = [&](int i) { return causal.data() + static_cast<std::size_t>(i) * std::size_t(width); };
-        std::fill(state.begin(), state.end(), T(0));
-        for (int i = 0; i < rows; ++i)
-            causalStep<T, hasFirst>(x(i), i > 0 ? x(i - 1) : zeros, i > 0 ? y(i - 1) : zeros, i > 1 ? y(i - 2) : zeros,
-                                    y(i), k.a0, !hasFirst && i >= 2 ? T(1) : k.a1, k.b1, k.b2, count);
-        // Samples and parts one and two rows ahead.
-        T* x1 = zeros + width;
-        T* x2 = x1 + width;
-        T* z1 = x2 + width;
-        T* z2 = z1 + width;
-        for (int i = rows - 1; i >= 0; --i) {
-            anticausalStep<T, hasSecond>(x(i), y(i), x1, x2, z1, z2, !hasSecond && i < rows - 2 ? T(-1) : k.a2, k.a3,
-                                         k.b1, k.b2, k.scale, count);
-            std::swap(x1, x2);
-            std::swap(z1, z2);
-        }
+        const auto x = [&](int i) { return line(i) + first; };
+        if (k.a0 != T(0))
+            k.a3 != T(0) ? filterBlock<T, true, true>(x, rows, count, k, work)
+                         : filterBlock<T, true, false>(x, rows, count, k, work);
+        else
+            k.a3 != T(0) ? filterBlock<T, false, true>(x, rows, count, k, work)
+                         : filterBlock<T, false, false>(x, rows, count, k, work);
     }
 }
 
 template <class T>
-void filterColumns(PixelMatrix<T>& matrix, const Coefficients<T>& k) {
-    if (k.a0 != T(0))
-        k.a3 != T(0) ? filterColumns<T, true, true>(matrix, k) : filterColumns<T, true, false>(matrix, k);
-    else
-        k.a3 != T(0) ? filterColumns<T, false, true>(matrix, k) : filterColumns<T, false, false>(matrix, k);
+void filterColumns(PixelMatrix<T>& matrix, const Coefficients<T>& k, Work<T>& work) {
+    filterAcross<T>([&](int i) { return matrix[i].data(); }, matrix.getSize1(), matrix.getSize2(), k, work);
 }
+
+// Across the planes, for the rows i of all.
+template <class T>
+void filterPlanes(VoxelMatrix<T>& volume, int i, const Coefficients<T>& k, Work<T>& work) {
+    filterAcross<T>([&](int plane) { return volume[plane][i].data(); }, volume.getSize3(), volume.getSize2(), k, work);
+}
+
+// What is not finite in a volume: taken out before the recursion carries it to the ends of all lines. Memory is needed
+// only where there is such an element.
+template <class T>
+class Holes {
+public:
+    Holes(int rows, int columns, int planes) : __rows(rows), __columns(columns), __planes(planes) {}
+
+    /// Puts 0 into the places of plane k. May run for several planes at once.
+    void takeOut(PixelMatrix<T>& plane, int k) {
+        for (int i = 0; i < __rows; ++i) {
+            T* const values = plane[i].data();
+            int found = 0;
+            for (int j = 0; j < __columns; ++j)
+                found |= !(values[j] - values[j] == T(0));
+            if (found == 0)
+                continue;
+            std::call_once(__made, [this] {
+                __marks.assign(std::size_t(__rows) * std::size_t(__columns) * std::size_t(__planes), 0);
+            });
+            unsigned char* const marks = row(i, k);
+            for (int j = 0; j < __columns; ++j)
+                if (!(values[j] - values[j] == T(0))) {
+                    marks[j] = 1;
+                    values[j] = T(0);
+                }
+        }
+    }
+
+    bool isEmpty() const { return __marks.empty(); }
+
+    /// Grows the places to squares, or cubes, of this half size.
+    void grow(int reach) {
+        for (int k = 0; k < __planes && !isEmpty(); ++k) {
+            for (int i = 0; i < __rows; ++i)
+                growLines([line = row(i, k)](int j) { return line + j; }, __columns, 1, reach);
+            growLines([this, k](int i) { return row(i, k); }, __rows, __columns, reach);
+        }
+        for (int i = 0; i < __rows && !isEmpty() && __planes > 1; ++i)
+            growLines([this, i](int k) { return row(i, k); }, __planes, __columns, reach);
+    }
+
+    void putNaN(PixelMatrix<T>& plane, int k) const {
+        for (int i = 0; i < __rows && !isEmpty(); ++i) {
+            T* const values = plane[i].data();
+            const unsigned char* const marks = row(i, k);
+            for (int j = 0; j < __columns; ++j)
+                values[j] = marks[j] != 0 ? std::numeric_limits<T>::quiet_NaN() : values[j];
+        }
+    }
+
+private:
+    unsigned char* row(int i, int k) { return __marks.data() + place(i, k); }
+    const unsigned char* row(int i, int k) const { return __marks.data() + place(i, k); }
+    std::size_t place(int i, int k) const {
+        return (std::size_t(k) * std::size_t(__rows) + std::size_t(i)) * std::size_t(__columns);
+    }
+
+    // Marks 1 are places. What lies near one, seen on the way there or back, becomes 2 at first, so that it counts for
+    // none.
+    template <class Line>
+    void growLines(Line line, int length, int count, int reach) {
+        const auto pass = [&](int i, unsigned char mark) {
+            unsigned char* const marks = line(i);
+            for (int c = 0; c < count; ++c) {
+                int& since = __since[static_cast<std::size_t>(c)];
+                since = marks[c] == 1 ? 0 : std::min(since + 1, reach + 1);
+                if (marks[c] == 0 && since <= reach)
+                    marks[c] = mark;
+            }
+        };
+        __since.assign(static_cast<std::size_t>(count), reach + 1);
+        for (int i = 0; i < length; ++i)
+            pass(i, 2);
+        __since.assign(static_cast<std::size_t>(count), reach + 1);
+        for (int i = length - 1; i >= 0; --i)
+            pass(i, 2);
+        for (int i = 0; i < length; ++i)
+            for (int c = 0; c < count; ++c)
+                line(i)[c] = line(i)[c] != 0;
+    }
+
+    int __rows;
+    int __columns;
+    int __planes;
+    std::once_flag __made;
+    std::vector<unsigned char> __marks;
+    std::vector<int> __since;
+};
 
 } // namespace
 
@@ -239,6 +352,11 @@ DericheGradient<T>::DericheGradient(float alpha) {
     __b2 = static_cast<T>(-e * e);
     __derivativeScale = static_cast<T>(-rest * rest);
     __smoothingScale = T(1);
+    const long double epsilon = Vector<T>::epsilon();
+    long double reach = 1 / a;
+    while ((a * reach + 1) * std::exp(-a * reach) >= epsilon)
+        reach *= 1.01L;
+    __reach = static_cast<int>(std::min(std::ceil(reach), 1e9L));
 }
 
 template <class T>
@@ -253,27 +371,73 @@ void DericheGradient<T>::gradient2(PixelMatrix<T>& matrix) {
 
 template <class T>
 void DericheGradient<T>::hGradient(PixelMatrix<T>& matrix) {
-    apply(matrix, __d0, __d1, __d2, __d3, __s0, __s1, __s2, __s3, __b1, __b2, __derivativeScale, __smoothingScale);
+    filter(matrix, true, false);
 }
 
 template <class T>
 void DericheGradient<T>::vGradient(PixelMatrix<T>& matrix) {
-    apply(matrix, __s0, __s1, __s2, __s3, __d0, __d1, __d2, __d3, __b1, __b2, __smoothingScale, __derivativeScale);
+    filter(matrix, false, true);
 }
 
 template <class T>
-void DericheGradient<T>::gradient1(VoxelMatrix<T>&) {
-    throw ProgramError("void DericheGradient<T>::gradient1(VolumeMatrix<T>&)", "Method not available yet");
+void DericheGradient<T>::gradient1(VoxelMatrix<T>& volume) {
+    filter(volume, 1);
 }
 
 template <class T>
-void DericheGradient<T>::gradient2(VoxelMatrix<T>&) {
-    throw ProgramError("void DericheGradient<T>::gradient2(VolumeMatrix<T>&)", "Method not available yet");
+void DericheGradient<T>::gradient2(VoxelMatrix<T>& volume) {
+    filter(volume, 2);
 }
 
 template <class T>
-void DericheGradient<T>::gradient3(VoxelMatrix<T>&) {
-    throw ProgramError("void DericheGradient<T>::gradient3(VolumeMatrix<T>&)", "Method not available yet");
+void DericheGradient<T>::gradient3(VoxelMatrix<T>& volume) {
+    filter(volume, 3);
+}
+
+// The three gradients share what is done across the planes: the smoothing for the first two stays in the volume, the
+// derivative for the third stands in another one. The rest is done plane by plane.
+template <class T>
+void DericheGradient<T>::apply(VoxelMatrix<T>& volume) {
+    const int rows = volume.getSize1(), columns = volume.getSize2(), planes = volume.getSize3();
+    if (rows == 0 || columns == 0 || planes == 0)
+        return;
+    ParallelWork work(*this, static_cast<unsigned long long>(planes) + static_cast<unsigned long long>(rows));
+    std::vector<Work<T>> works(static_cast<std::size_t>(work.workers()));
+    std::vector<PixelMatrix<T>> seconds(works.size());
+    VoxelMatrix<T> third(rows, columns, planes);
+    Holes<T> holes(rows, columns, planes);
+    const Coefficients<T> derivative = coefficients<Coefficients<T>>(true);
+    const Coefficients<T> smoothing = coefficients<Coefficients<T>>(false);
+    const auto acrossPlanes = [&](int i, int worker) {
+        Work<T>& own = works[static_cast<std::size_t>(worker)];
+        for (int k = 0; k < planes; ++k)
+            third[k][i] = volume[k][i];
+        filterPlanes(volume, i, smoothing, own);
+        filterPlanes(third, i, derivative, own);
+    };
+    const auto inPlane = [&](int k, int worker) {
+        Work<T>& own = works[static_cast<std::size_t>(worker)];
+        PixelMatrix<T>& second = seconds[static_cast<std::size_t>(worker)];
+        const auto filterPlane = [&](PixelMatrix<T>& plane, bool alongRows, bool alongColumns) {
+            if (work.isCanceled())
+                return;
+            filterRows(plane, alongRows ? derivative : smoothing, own);
+            filterColumns(plane, alongColumns ? derivative : smoothing, own);
+        };
+        second = volume[k];
+        filterPlane(second, true, false);
+        filterPlane(volume[k], false, true);
+        filterPlane(third[k], false, false);
+        for (int i = 0; i < rows; ++i)
+            this->normOfRow(volume[k][i].data(), second[i].data(), third[k][i].data(), columns);
+        holes.putNaN(volume[k], k);
+    };
+    this->notifyStarted("");
+    bool complete = work.run(planes, 0, [&](int k, int) { holes.takeOut(volume[k], k); });
+    holes.grow(__reach);
+    complete = complete && work.run(rows, static_cast<unsigned long long>(rows), acrossPlanes) &&
+               work.run(planes, static_cast<unsigned long long>(planes), inPlane);
+    notifyEnd(*this, complete);
 }
 
 template <class T>
@@ -310,8 +474,55 @@ void DericheGradient<T>::apply(PixelMatrix<T>& matrix, const T& p0, const T& p1,
                                const T& scale2) const {
     if (matrix.getSize1() == 0 || matrix.getSize2() == 0)
         return;
-    filterRows(matrix, Coefficients<T>{p0, p1, p2, p3, b1, b2, scale1});
-    filterColumns(matrix, Coefficients<T>{q0, q1, q2, q3, b1, b2, scale2});
+    Work<T> work;
+    filterRows(matrix, Coefficients<T>{p0, p1, p2, p3, b1, b2, scale1}, work);
+    filterColumns(matrix, Coefficients<T>{q0, q1, q2, q3, b1, b2, scale2}, work);
+}
+
+template <class T>
+template <class C>
+C DericheGradient<T>::coefficients(bool derivative) const {
+    return derivative ? C{__d0, __d1, __d2, __d3, __b1, __b2, __derivativeScale}
+                      : C{__s0, __s1, __s2, __s3, __b1, __b2, __smoothingScale};
+}
+
+template <class T>
+void DericheGradient<T>::filter(PixelMatrix<T>& matrix, bool alongRows, bool alongColumns) const {
+    if (matrix.getSize1() == 0 || matrix.getSize2() == 0)
+        return;
+    Work<T> work;
+    Holes<T> holes(matrix.getSize1(), matrix.getSize2(), 1);
+    holes.takeOut(matrix, 0);
+    filterRows(matrix, coefficients<Coefficients<T>>(alongRows), work);
+    filterColumns(matrix, coefficients<Coefficients<T>>(alongColumns), work);
+    holes.grow(__reach);
+    holes.putNaN(matrix, 0);
+}
+
+template <class T>
+void DericheGradient<T>::filter(VoxelMatrix<T>& volume, int index) {
+    const int rows = volume.getSize1(), columns = volume.getSize2(), planes = volume.getSize3();
+    if (rows == 0 || columns == 0 || planes == 0)
+        return;
+    ParallelWork work(*this, static_cast<unsigned long long>(planes) + static_cast<unsigned long long>(rows));
+    std::vector<Work<T>> works(static_cast<std::size_t>(work.workers()));
+    Holes<T> holes(rows, columns, planes);
+    const auto acrossPlanes = [&](int i, int worker) {
+        filterPlanes(volume, i, coefficients<Coefficients<T>>(index == 3), works[static_cast<std::size_t>(worker)]);
+    };
+    const auto inPlane = [&](int k, int worker) {
+        filterRows(volume[k], coefficients<Coefficients<T>>(index == 2), works[static_cast<std::size_t>(worker)]);
+        if (!work.isCanceled())
+            filterColumns(volume[k], coefficients<Coefficients<T>>(index == 1),
+                          works[static_cast<std::size_t>(worker)]);
+        holes.putNaN(volume[k], k);
+    };
+    this->notifyStarted("");
+    bool complete = work.run(planes, 0, [&](int k, int) { holes.takeOut(volume[k], k); });
+    holes.grow(__reach);
+    complete = complete && work.run(rows, static_cast<unsigned long long>(rows), acrossPlanes) &&
+               work.run(planes, static_cast<unsigned long long>(planes), inPlane);
+    notifyEnd(*this, complete);
 }
 
 template class DericheGradient<float>;

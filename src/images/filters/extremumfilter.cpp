@@ -1,7 +1,11 @@
 #include "images/filters/extremumfilter.h"
 
+#include <atomic>
+#include <cstddef>
 #include <string>
+#include <vector>
 
+#include "images/filters/parallelwork.h"
 #include "images/filters/stepprogress.h"
 #include "images/filters/windowextremum.h"
 #include "numerics/exception.h"
@@ -17,6 +21,13 @@ void checkMask(bool sameSize, const std::string& arguments) {
                         "The mask is not the same size as the data");
 }
 
+template <class T, bool greatest>
+void filterLine(const Vector<T>& in, Vector<T>& out, const T* mask, int h) {
+    WindowExtremum<T, greatest> extremum;
+    extremum.setCareful(extremum.holdsNaN(in.data(), in.getSize()));
+    extremum.line(in.data(), out.data(), mask, in.getSize(), h);
+}
+
 } // namespace
 
 template <class T, bool greatest>
@@ -28,14 +39,14 @@ void ExtremumFilter<T, greatest>::unsetMask() {
 template <class T, bool greatest>
 void ExtremumFilter<T, greatest>::apply(const Vector<T>& in, Vector<T>& out) {
     out.setSize(in.getSize());
-    WindowExtremum<T, greatest>().line(in.data(), out.data(), nullptr, in.getSize(), getHalfSize());
+    filterLine<T, greatest>(in, out, nullptr, getHalfSize());
 }
 
 template <class T, bool greatest>
 void ExtremumFilter<T, greatest>::apply(const Vector<T>& in, Vector<T>& out, const Vector<T>& mask) {
     checkMask<greatest>(mask.getSize() == in.getSize(), "const Vector<T>&, Vector<T>&, const Vector<T>&");
     out.setSize(in.getSize());
-    WindowExtremum<T, greatest>().line(in.data(), out.data(), mask.data(), in.getSize(), getHalfSize());
+    filterLine<T, greatest>(in, out, mask.data(), getHalfSize());
 }
 
 template <class T, bool greatest>
@@ -66,12 +77,11 @@ void ExtremumFilter<T, greatest>::__apply(PixelMatrix<T>& matrix, const PixelMat
         return;
     StepProgress progress(*this, static_cast<unsigned long long>(matrix.getSize1()) +
                                      static_cast<unsigned long long>(matrix.getSize2()));
-    const auto report = [&progress](int lines) { progress.advance(static_cast<unsigned long long>(lines)); };
+    const auto report = [&progress](int lines) { return progress.advance(static_cast<unsigned long long>(lines)); };
     WindowExtremum<T, greatest> extremum;
+    extremum.setCareful(extremum.holdsNaN(matrix));
     this->notifyStarted("");
-    extremum.rows(matrix, mask, h, report);
-    extremum.columns(matrix, mask, h, report);
-    this->notifyFinished("");
+    notifyEnd(*this, extremum.rows(matrix, mask, h, report) && extremum.columns(matrix, mask, h, report));
 }
 
 template <class T, bool greatest>
@@ -83,17 +93,29 @@ void ExtremumFilter<T, greatest>::__apply(VoxelMatrix<T>& volume, const VoxelMat
     const auto planes = static_cast<unsigned long long>(volume.getSize3());
     if (h < 1 || rows == 0 || columns == 0 || planes == 0)
         return;
-    StepProgress progress(*this, rows * columns + rows * planes + columns * planes);
-    const auto report = [&progress](int lines) { progress.advance(static_cast<unsigned long long>(lines)); };
-    WindowExtremum<T, greatest> extremum;
-    this->notifyStarted("");
-    for (int k = 0; k < volume.getSize3(); ++k) {
+    ParallelWork work(*this, rows * columns + rows * planes + columns * planes);
+    std::vector<WindowExtremum<T, greatest>> extrema(static_cast<std::size_t>(work.workers()));
+    std::atomic<bool> careful = false;
+    const auto goesOn = [&work](int) { return !work.isCanceled(); };
+    const auto filterPlane = [&](int k, int worker) {
+        WindowExtremum<T, greatest>& extremum = extrema[static_cast<std::size_t>(worker)];
         const PixelMatrix<T>* const planeMask = mask != nullptr ? &(*mask)[k] : nullptr;
-        extremum.rows(volume[k], planeMask, h, report);
-        extremum.columns(volume[k], planeMask, h, report);
-    }
-    extremum.planes(volume, mask, h, report);
-    this->notifyFinished("");
+        const bool holdsNaN = extremum.holdsNaN(volume[k]);
+        if (holdsNaN)
+            careful = true;
+        extremum.setCareful(holdsNaN);
+        if (extremum.rows(volume[k], planeMask, h, goesOn))
+            extremum.columns(volume[k], planeMask, h, goesOn);
+    };
+    const auto filterAcross = [&](int i, int worker) {
+        WindowExtremum<T, greatest>& extremum = extrema[static_cast<std::size_t>(worker)];
+        extremum.setCareful(careful);
+        extremum.planes(volume, mask, i, h, goesOn);
+    };
+    this->notifyStarted("");
+    const bool complete = work.run(volume.getSize3(), (rows + columns) * planes, filterPlane) &&
+                          work.run(volume.getSize1(), rows * columns, filterAcross);
+    notifyEnd(*this, complete);
 }
 
 template class ExtremumFilter<short, false>;

@@ -14,8 +14,10 @@ namespace vorlen {
 /// whose mask is 0 stays as it is and the others take the best of those elements of their window whose mask is not 0.
 /// A mask of another size is refused with SizeError before anything changes.
 ///
-/// A run reports a step for each line of each axis. NaN compares false with everything: where a window holds one, the
-/// result is NaN or the best of others.
+/// The result is NaN just where the window holds a NaN that no mask hides.
+///
+/// A run reports a step for each line of each axis. A volume is worked on by all threads of ParallelWork, in place. A
+/// run that is cancelled leaves the data filtered in part, and notifyCanceled() takes the place of notifyFinished().
 ///
 /// Compiled for short, unsigned short, int, unsigned int, float, double and long double.
 template <class T, bool greatest>

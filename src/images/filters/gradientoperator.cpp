@@ -21,7 +21,7 @@ void checkSizes(const PixelMatrix<T>& a, const PixelMatrix<T>& b, const std::str
 }
 
 template <class T>
-void normOfRow(const T* h, const T* v, T* target, int count) {
+void normOfPair(const T* h, const T* v, T* target, int count) {
     widevectors::run([=](auto) VORLEN_INLINED_LAMBDA {
         for (int j = 0; j < count; ++j)
             target[j] = std::sqrt(h[j] * h[j] + v[j] * v[j]);
@@ -135,7 +135,7 @@ void GradientOperator<T>::norm(PixelMatrix<T>& result, const PixelMatrix<T>& h, 
     checkSizes(h, v, "norm");
     result.setSize(h.getSize1(), h.getSize2());
     for (int i = 0; i < h.getSize1(); ++i)
-        normOfRow(h[i].data(), v[i].data(), result[i].data(), h.getSize2());
+        normOfPair(h[i].data(), v[i].data(), result[i].data(), h.getSize2());
 }
 
 template <class T>
@@ -143,13 +143,14 @@ void GradientOperator<T>::norm(VoxelMatrix<T>& a, const VoxelMatrix<T>& b, const
     if (!a.sameSizeAs(b) || !a.sameSizeAs(c))
         throw SizeError("void GradientOperator<T>::norm(...)", "The matrices have different sizes");
     for (int k = 0; k < a.getSize3(); ++k)
-        for (int i = 0; i < a.getSize1(); ++i) {
-            T* const x = a[k][i].data();
-            const T* const y = b[k][i].data();
-            const T* const z = c[k][i].data();
-            for (int j = 0; j < a.getSize2(); ++j)
-                x[j] = std::sqrt(x[j] * x[j] + y[j] * y[j] + z[j] * z[j]);
-        }
+        for (int i = 0; i < a.getSize1(); ++i)
+            normOfRow(a[k][i].data(), b[k][i].data(), c[k][i].data(), a.getSize2());
+}
+
+template <class T>
+void GradientOperator<T>::normOfRow(T* a, const T* b, const T* c, int count) {
+    for (int j = 0; j < count; ++j)
+        a[j] = std::sqrt(a[j] * a[j] + b[j] * b[j] + c[j] * c[j]);
 }
 
 template <class T>
@@ -173,7 +174,7 @@ void GradientOperator<T>::fineNonmaxSuppression(PixelMatrix<T>& h, const PixelMa
     T* before = norms.data();
     T* present = before + width;
     T* after = present + width;
-    const auto normInto = [&](int i, T* target) { normOfRow(h[i].data(), v[i].data(), target, columns); };
+    const auto normInto = [&](int i, T* target) { normOfPair(h[i].data(), v[i].data(), target, columns); };
     if (rows > 0)
         normInto(0, present);
     for (int i = 0; i < rows; ++i) {

@@ -65,6 +65,10 @@ public:
     /// the 3 by 3 neighbours; else 0. The border stays and joins nothing. NaN becomes 0 or 1 as an element between low
     /// and high would.
     static void hysteresisThresholding(PixelMatrix<T>& matrix, float low, float high);
+
+protected:
+    /// a[j] becomes sqrt(a[j]^2 + b[j]^2 + c[j]^2).
+    static void normOfRow(T* a, const T* b, const T* c, int count);
 };
 
 } // namespace vorlen

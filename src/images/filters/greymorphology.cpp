@@ -1,12 +1,15 @@
 #include "images/filters/greymorphology.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <limits>
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include "images/filters/parallelwork.h"
+#include "images/filters/stepprogress.h"
 #include "images/filters/windowextremum.h"
 #include "numerics/exception.h"
 #include "numerics/widevectors.h"
@@ -38,8 +41,9 @@ constexpr Wide<T> outside() {
         return std::numeric_limits<Wide<T>>::max() / 2 * (dilation ? -1 : 1);
 }
 
-// target[j] = the best of target[j] and of values[j + b] with the heights[b] taken off (or put on), for all b.
-template <bool dilation, class W>
+// target[j] = the best of target[j] and of values[j + b] with the heights[b] taken off (or put on), for all b. A NaN is
+// taken and kept when careful, and else must not be there.
+template <bool dilation, bool careful, class W>
 void combineRow(const W* values, const W* heights, int numHeights, W* target, int count) {
     widevectors::run([=](auto bytes) VORLEN_INLINED_LAMBDA {
         using Pack = widevectors::Pack<W, decltype(bytes)::value>;
@@ -58,6 +62,8 @@ void combineRow(const W* values, const W* heights, int numHeights, W* target, in
                 const auto take = [&](V& best, int pack) VORLEN_INLINED_LAMBDA {
                     widevectors::load(value, from + pack * Pack::lanes);
                     value = value - height;
+                    if constexpr (careful)
+                        value = best != best ? best : value;
                     if constexpr (dilation)
                         best = best > value ? best : value;
                     else
@@ -76,38 +82,15 @@ void combineRow(const W* values, const W* heights, int numHeights, W* target, in
         for (; j < count; ++j)
             for (int b = 0; b < numHeights; ++b) {
                 const W value = values[j + b] - (dilation ? -heights[b] : heights[b]);
-                const bool wins = dilation ? value > target[j] : value < target[j];
+                bool wins = dilation ? value > target[j] : value < target[j];
+                if constexpr (careful)
+                    wins = wins || value != value;
                 target[j] = wins ? value : target[j];
             }
     });
 }
 
 } // namespace
-
-// Rows of planes as parts of rows times columns.
-template <class T, bool dilation>
-class GreyMorphology<T, dilation>::Progress {
-public:
-    Progress(GreyMorphology& subject, const VoxelMatrix<T>& volume)
-        : __subject(subject), __rowsOfAll(static_cast<unsigned long long>(volume.getSize1()) *
-                                          static_cast<unsigned long long>(volume.getSize3())) {
-        const auto pixels =
-            static_cast<unsigned long long>(volume.getSize1()) * static_cast<unsigned long long>(volume.getSize2());
-        __total = std::min<unsigned long long>(pixels, std::numeric_limits<unsigned int>::max());
-    }
-    void advance() {
-        ++__done;
-        const auto part = static_cast<long double>(__done) / static_cast<long double>(__rowsOfAll);
-        __subject.notifyProgressed(static_cast<unsigned int>(part * static_cast<long double>(__total)),
-                                   static_cast<unsigned int>(__total));
-    }
-
-private:
-    GreyMorphology& __subject;
-    unsigned long long __rowsOfAll;
-    unsigned long long __total;
-    unsigned long long __done = 0;
-};
 
 template <class T, bool dilation>
 GreyMorphology<T, dilation>::GreyMorphology() : __element(1, 1, 1) {
@@ -134,13 +117,13 @@ template <class T, bool dilation>
 void GreyMorphology<T, dilation>::apply(VoxelMatrix<T>& volume) {
     if (volume.getSize1() == 0 || volume.getSize2() == 0 || volume.getSize3() == 0)
         return;
-    Progress progress(*this, volume);
+    const auto rows = static_cast<unsigned long long>(volume.getSize1());
+    const auto columns = static_cast<unsigned long long>(volume.getSize2());
+    ParallelWork work(*this, rows * static_cast<unsigned long long>(volume.getSize3()),
+                      static_cast<unsigned int>(
+                          std::min<unsigned long long>(rows * columns, std::numeric_limits<unsigned int>::max())));
     this->notifyStarted("");
-    if (__isFlat())
-        __applyWindow(volume, progress);
-    else
-        __applyElement(volume, progress);
-    this->notifyFinished("");
+    notifyEnd(*this, __isFlat() ? __applyWindow(volume, work) : __applyElement(volume, work));
 }
 
 template <class T, bool dilation>
@@ -156,35 +139,46 @@ bool GreyMorphology<T, dilation>::__isFlat() const {
 }
 
 template <class T, bool dilation>
-void GreyMorphology<T, dilation>::__applyWindow(VoxelMatrix<T>& volume, Progress& progress) const {
-    const auto silent = [](int) {};
-    WindowExtremum<T, dilation> window;
+bool GreyMorphology<T, dilation>::__applyWindow(VoxelMatrix<T>& volume, ParallelWork& work) const {
+    using Window = WindowExtremum<T, dilation>;
+    const int rows = volume.getSize1(), planes = volume.getSize3();
     const int rowHalf = __element.getSize1() / 2;
     const int columnHalf = __element.getSize2() / 2;
     const int planeHalf = __element.getSize3() / 2;
-    for (int k = 0; k < volume.getSize3(); ++k) {
-        if (columnHalf > 0)
-            window.rows(volume[k], nullptr, columnHalf, silent);
-        if (rowHalf > 0)
-            window.columns(volume[k], nullptr, rowHalf, silent);
-    }
-    if (planeHalf > 0)
-        window.planes(volume, nullptr, planeHalf, silent);
     const Wide<T> height = dilation ? -static_cast<Wide<T>>(__element(0, 0, 0)) : __element(0, 0, 0);
-    for (int k = 0; k < volume.getSize3(); ++k)
-        for (int i = 0; i < volume.getSize1(); ++i) {
-            if (height != Wide<T>(0))
-                for (T& value : volume[k][i])
-                    value = narrowed<T>(static_cast<Wide<T>>(value) - height);
-            progress.advance();
-        }
+    std::vector<Window> windows(static_cast<std::size_t>(work.workers()));
+    std::atomic<bool> careful = false;
+    const auto goesOn = [&work](int) { return !work.isCanceled(); };
+    const auto filterPlane = [&](int k, int worker) {
+        Window& window = windows[static_cast<std::size_t>(worker)];
+        const bool holdsNaN = Window::holdsNaN(volume[k]);
+        if (holdsNaN)
+            careful = true;
+        window.setCareful(holdsNaN);
+        if (columnHalf == 0 || window.rows(volume[k], nullptr, columnHalf, goesOn))
+            if (rowHalf > 0)
+                window.columns(volume[k], nullptr, rowHalf, goesOn);
+    };
+    const auto filterAcross = [&](int i, int worker) {
+        Window& window = windows[static_cast<std::size_t>(worker)];
+        window.setCareful(careful);
+        if (planeHalf > 0)
+            window.planes(volume, nullptr, i, planeHalf, goesOn);
+        for (int k = 0; k < planes && height != Wide<T>(0); ++k)
+            for (T& value : volume[k][i])
+                value = narrowed<T>(static_cast<Wide<T>>(value) - height);
+    };
+    return work.run(planes, 0, filterPlane) &&
+           work.run(rows, static_cast<unsigned long long>(rows) * static_cast<unsigned long long>(planes),
+                    filterAcross);
 }
 
 // The planes under the element are kept in a ring, widened and with a margin of neutral columns; rows and planes
-// outside are left out. Each plane is copied before it is replaced.
+// outside are left out. Each plane is copied before it is replaced. Parts are rows of a plane.
 template <class T, bool dilation>
-void GreyMorphology<T, dilation>::__applyElement(VoxelMatrix<T>& volume, Progress& progress) const {
+bool GreyMorphology<T, dilation>::__applyElement(VoxelMatrix<T>& volume, ParallelWork& work) const {
     using W = Wide<T>;
+    using Window = WindowExtremum<T, dilation>;
     const int rows = volume.getSize1(), columns = volume.getSize2(), planes = volume.getSize3();
     const int rowHalf = __element.getSize1() / 2;
     const int columnHalf = std::min(__element.getSize2() / 2, columns - 1);
@@ -196,32 +190,46 @@ void GreyMorphology<T, dilation>::__applyElement(VoxelMatrix<T>& volume, Progres
     const auto stride = static_cast<std::size_t>(columns) + 2 * static_cast<std::size_t>(columnHalf);
     std::vector<W> ring(stride * static_cast<std::size_t>(rows) * static_cast<std::size_t>(slots),
                         outside<T, dilation>());
-    std::vector<W> best(static_cast<std::size_t>(columns));
-    std::vector<W> heights(static_cast<std::size_t>(numHeights));
+    // Working memory of the threads: a row of results and a row of the element.
+    const auto workers = static_cast<std::size_t>(work.workers());
+    std::vector<std::vector<W>> bests(workers, std::vector<W>(static_cast<std::size_t>(columns)));
+    std::vector<std::vector<W>> elementRows(workers, std::vector<W>(static_cast<std::size_t>(numHeights)));
     const auto line = [&](int i, int k) {
         return ring.data() + stride * (static_cast<std::size_t>(k % slots) * static_cast<std::size_t>(rows) +
                                        static_cast<std::size_t>(i));
     };
+    bool careful = false;
+    for (int c = 0; c < __element.getSize3(); ++c)
+        careful = careful || Window::holdsNaN(__element[c]);
+    const auto filterRow = [&](int i, int k, std::vector<W>& best, std::vector<W>& heights) {
+        std::fill(best.begin(), best.end(), outside<T, dilation>());
+        for (int c = std::max(-planeHalf, -k); c <= std::min(planeHalf, planes - 1 - k); ++c)
+            for (int a = std::max(-rowHalf, -i); a <= std::min(rowHalf, rows - 1 - i) && !work.isCanceled(); ++a) {
+                const T* const row = __element[planeSkip + planeHalf + c][rowHalf + a].data() + columnSkip;
+                std::copy_n(row, numHeights, heights.data());
+                const auto combine =
+                    careful ? combineRow<dilation, std::is_floating_point_v<T>, W> : combineRow<dilation, false, W>;
+                combine(line(i + a, k + c), heights.data(), numHeights, best.data(), columns);
+            }
+        T* const target = volume[k][i].data();
+        for (int j = 0; j < columns; ++j)
+            target[j] = narrowed<T>(best[static_cast<std::size_t>(j)]);
+    };
     int copied = 0;
     for (int k = 0; k < planes; ++k) {
-        for (; copied < planes && copied <= k + planeHalf; ++copied)
+        for (; copied < planes && copied <= k + planeHalf; ++copied) {
+            careful = careful || Window::holdsNaN(volume[copied]);
             for (int i = 0; i < rows; ++i)
                 std::copy_n(volume[copied][i].data(), columns, line(i, copied) + columnHalf);
-        for (int i = 0; i < rows; ++i) {
-            std::fill(best.begin(), best.end(), outside<T, dilation>());
-            for (int c = std::max(-planeHalf, -k); c <= std::min(planeHalf, planes - 1 - k); ++c)
-                for (int a = std::max(-rowHalf, -i); a <= std::min(rowHalf, rows - 1 - i); ++a) {
-                    const T* const row = __element[planeSkip + planeHalf + c][rowHalf + a].data() + columnSkip;
-                    std::copy_n(row, numHeights, heights.data());
-                    combineRow<dilation>(static_cast<const W*>(line(i + a, k + c)),
-                                         static_cast<const W*>(heights.data()), numHeights, best.data(), columns);
-                }
-            T* const target = volume[k][i].data();
-            for (int j = 0; j < columns; ++j)
-                target[j] = narrowed<T>(best[static_cast<std::size_t>(j)]);
-            progress.advance();
         }
+        const auto filterRowOfPlane = [&](int i, int worker) {
+            const auto own = static_cast<std::size_t>(worker);
+            filterRow(i, k, bests[own], elementRows[own]);
+        };
+        if (!work.run(rows, static_cast<unsigned long long>(rows), filterRowOfPlane))
+            return false;
     }
+    return true;
 }
 
 template class GreyMorphology<short, false>;

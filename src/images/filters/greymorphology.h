@@ -5,6 +5,8 @@
 
 namespace vorlen {
 
+class ParallelWork;
+
 /// What the erosion and the dilation of a volume share; see VoxelMatrixErosion and VoxelMatrixDilatation. With dilation
 /// false each voxel becomes the smallest difference, else the greatest sum, of a voxel under the structuring element
 /// and the element there. The element's origin is its centre; it is not reflected in either.
@@ -16,7 +18,12 @@ namespace vorlen {
 /// An element of one constant height is a window, whose cost does not depend on its size. Any other costs a subtraction
 /// and a comparison for each of its elements and voxel, a vector of neighbouring columns at a time.
 ///
-/// A run reports each row of each plane, in parts of a total of rows times columns.
+/// A voxel becomes NaN just where the element covers one.
+///
+/// A run reports each row of each plane, in parts of a total of rows times columns. The volume is worked on by all
+/// threads of ParallelWork, in place; an element that is not flat needs the memory of as many planes as it has, in a
+/// type wide enough. A run that is cancelled leaves the volume filtered in part, and notifyCanceled() takes the place
+/// of notifyFinished().
 template <class T, bool dilation>
 class GreyMorphology : public VoxelMatrixProcessing<T> {
 public:
@@ -29,11 +36,9 @@ public:
     void apply(VoxelMatrix<T>& volume) override;
 
 private:
-    class Progress;
-
     bool __isFlat() const;
-    void __applyWindow(VoxelMatrix<T>& volume, Progress& progress) const;
-    void __applyElement(VoxelMatrix<T>& volume, Progress& progress) const;
+    bool __applyWindow(VoxelMatrix<T>& volume, ParallelWork& work) const;
+    bool __applyElement(VoxelMatrix<T>& volume, ParallelWork& work) const;
 
     VoxelMatrix<T> __element;
 };

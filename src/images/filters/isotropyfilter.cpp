@@ -4,9 +4,13 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <numbers>
 #include <type_traits>
+#include <vector>
 
+#include "images/filters/parallelwork.h"
+#include "images/filters/slidingplanes.h"
 #include "images/filters/stepprogress.h"
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/vector.h"
@@ -17,7 +21,7 @@ namespace vorlen {
 namespace {
 
 template <class T>
-using Real = std::conditional_t<std::is_same_v<T, float>, double, T>;
+using MomentOf = std::conditional_t<std::is_same_v<T, float>, double, T>;
 
 // Covariance matrix of a mass distribution.
 template <class R>
@@ -99,19 +103,20 @@ void addMoments(Line line, int first, int last, const std::array<R*, 3>& targets
 template <class T>
 class Moments {
 public:
-    using R = Real<T>;
+    using R = MomentOf<T>;
 
-    Moments(const VoxelMatrix<T>& volume, int h)
-        : __volume(volume), __rows(volume.getSize1()), __columns(volume.getSize2()), __planes(volume.getSize3()),
+    /// source gives the rows of the volume.
+    Moments(const SlidingPlanes<T>& source, const VoxelMatrix<T>& volume, int h)
+        : __source(source), __rows(volume.getSize1()), __columns(volume.getSize2()), __planes(volume.getSize3()),
           __rowReach(std::min(h, __rows - 1)), __columnReach(std::min(h, __columns - 1)),
           __planeReach(std::min(h, __planes - 1)), __slots(std::min(2 * __rowReach + 1, __rows)),
           __width(static_cast<std::size_t>(__columns)), __stride(__width + 2 * static_cast<std::size_t>(__columnReach)),
           __ring(3 * __width * std::size_t(__slots)), __slab(6 * __stride), __cube(10 * __width) {}
 
-    // Starts with the rows of a plane.
-    void setPlane(int plane) {
+    // Starts with the rows of a plane, from a row on.
+    void setPlane(int plane, int firstRow) {
         __plane = plane;
-        __made = 0;
+        __made = std::max(firstRow - __rowReach, 0);
     }
 
     // Moments of the cubes of row i; rows are taken in order.
@@ -153,7 +158,7 @@ private:
     void __sumPlanes(int i) {
         for (int power = 0; power < 3; ++power)
             std::fill_n(__ringLine(i, power), __width, R(0));
-        addMoments<3, R>([&](int c) { return __volume[__plane + c][i].data(); }, std::max(-__planeReach, -__plane),
+        addMoments<3, R>([&](int c) { return __source.original(i, __plane + c); }, std::max(-__planeReach, -__plane),
                          std::min(__planeReach, __planes - 1 - __plane),
                          {__ringLine(i, 0), __ringLine(i, 1), __ringLine(i, 2)}, __columns);
     }
@@ -167,7 +172,7 @@ private:
         return __cube[__width * static_cast<std::size_t>(moment) + static_cast<std::size_t>(j)];
     }
 
-    const VoxelMatrix<T>& __volume;
+    const SlidingPlanes<T>& __source;
     int __rows;
     int __columns;
     int __planes;
@@ -184,6 +189,22 @@ private:
     int __made = 0;
 };
 
+template <class T, class R>
+R indexOf(const Moments<T>& moments, int j, IsotropyAnalysis analysis, R tolerance) {
+    const R mass = moments.mass(j);
+    if (!std::isfinite(mass))
+        return std::numeric_limits<R>::quiet_NaN();
+    if (tolerance > mass * mass)
+        return R(0);
+    if (analysis == SphericityAnalysis)
+        return sphericity(moments.covariance(j), tolerance);
+    return analysis == EigenvalueRatioAnalysis && mass != R(0) ? eigenvalueRatio(moments.covariance(j), tolerance)
+                                                               : R(0);
+}
+
+constexpr double keptBytes = 1024 * 1024;
+constexpr int rowsTogether = 32;
+
 } // namespace
 
 template <class T>
@@ -194,51 +215,46 @@ IsotropyFilter<T>::IsotropyFilter() {
 template <class T>
 void IsotropyFilter<T>::setHalfSize(int halfSize) {
     NeighbourhoodFilter::setHalfSize(halfSize);
-    const T side = T(2) * static_cast<T>(std::max(halfSize, 0)) + T(1);
-    __tolerance = Vector<T>::epsilon() * side * side * side;
+    const Real side = Real(2) * static_cast<Real>(std::max(halfSize, 0)) + Real(1);
+    __tolerance = Vector<Real>::epsilon() * side * side * side;
 }
 
+// Parts are some rows of a plane.
 template <class T>
 void IsotropyFilter<T>::apply(VoxelMatrix<T>& volume) {
-    using R = Real<T>;
     const int h = getHalfSize();
     const int rows = volume.getSize1();
     const int columns = volume.getSize2();
     const int planes = volume.getSize3();
     if (h < 1 || rows == 0 || columns == 0 || planes == 0)
         return;
-    VoxelMatrix<T> result(rows, columns, planes);
-    result.setVoxelCalibration(volume.getVoxelCalibration());
-    Moments<T> moments(volume, h);
-    StepProgress progress(*this, static_cast<unsigned long long>(planes));
-    const R tolerance = static_cast<R>(__tolerance);
+    const auto bytes = static_cast<double>(sizeof(T)) * rows * columns * planes;
+    ParallelWork work(*this, static_cast<unsigned long long>(planes));
+    SlidingPlanes<T> sliding(volume, std::min(h, planes - 1), SlidingPlanes<T>::thinBatch(planes), bytes <= keptBytes);
+    std::vector<Moments<T>> momentsOf;
+    momentsOf.reserve(static_cast<std::size_t>(work.workers()));
+    for (int worker = 0; worker < work.workers(); ++worker)
+        momentsOf.emplace_back(sliding, volume, h);
+    const Pieces pieces(rows, std::max(rowsTogether, h));
+    const auto indexRow = [&](int i, int k, Moments<T>& moments) {
+        const T* const values = sliding.original(i, k);
+        T* const target = sliding.row(i, k);
+        moments.setRow(i);
+        for (int j = 0; j < columns; ++j)
+            target[j] = values[j] != T(0) ? static_cast<T>(indexOf(moments, j, __analysis, __tolerance)) : T(0);
+    };
     this->notifyStarted("");
-    for (int k = 0; k < planes; ++k) {
-        moments.setPlane(k);
-        for (int i = 0; i < rows; ++i) {
-            if (this->isCanceled()) {
-                this->notifyCanceled("");
-                return;
-            }
-            const T* const values = volume[k][i].data();
-            T* const target = result[k][i].data();
-            moments.setRow(i);
-            for (int j = 0; j < columns; ++j) {
-                R index = R(0);
-                const R mass = moments.mass(j);
-                if (values[j] != T(0) && !(tolerance > mass * mass)) {
-                    if (__analysis == SphericityAnalysis)
-                        index = sphericity(moments.covariance(j), tolerance);
-                    else if (__analysis == EigenvalueRatioAnalysis && mass != R(0))
-                        index = eigenvalueRatio(moments.covariance(j), tolerance);
-                }
-                target[j] = static_cast<T>(index);
-            }
-        }
-        progress.advance(1);
-    }
-    volume.swap(result);
-    this->notifyFinished("");
+    const bool complete = sliding.replace(0, planes, [&](int first, int last) {
+        const auto indexRows = [&](int number, int worker) {
+            Moments<T>& moments = momentsOf[static_cast<std::size_t>(worker)];
+            const int k = first + number / pieces.count(), piece = number % pieces.count();
+            moments.setPlane(k, pieces.first(piece));
+            for (int i = pieces.first(piece); i < pieces.last(piece) && !work.isCanceled(); ++i)
+                indexRow(i, k, moments);
+        };
+        return work.run(pieces.count() * (last - first), static_cast<unsigned long long>(last - first), indexRows);
+    });
+    notifyEnd(*this, complete);
 }
 
 template class IsotropyFilter<float>;

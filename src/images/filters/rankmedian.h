@@ -31,8 +31,9 @@ public:
     };
 
     /// source(i, k) and target(i, k) give row i of plane k. All windows of the block must lie inside the volume.
-    template <class Source, class Target>
-    void apply(const Block& block, Source source, Target target) {
+    /// goesOn() is asked between rows; when it says no, the rest of the block stays.
+    template <class Source, class Target, class GoesOn>
+    void apply(const Block& block, Source source, Target target, GoesOn goesOn) {
         __inputRows = block.rows + 2 * __h;
         __inputColumns = block.columns + 2 * __h;
         const int inputPlanes = block.planes + 2 * __planeHalf;
@@ -44,7 +45,7 @@ public:
             }
         __rank();
         for (int k = 0; k < block.planes; ++k)
-            for (int i = 0; i < block.rows; ++i)
+            for (int i = 0; i < block.rows && goesOn(); ++i)
                 __medians(i, k, block.columns, target(block.row + i, block.plane + k) + block.column);
     }
 

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <vector>
 
+#include "images/filters/parallelwork.h"
 #include "images/filters/stepprogress.h"
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
@@ -160,35 +162,45 @@ private:
     std::vector<const T*> __maskPointers;
 };
 
-template <class T>
-void filterRows(PixelMatrix<T>& matrix, const PixelMatrix<T>* mask, Convolver<T>& convolver, StepProgress& progress) {
+// report hears a number of lines done, and tells whether to go on; false when it did not.
+template <class T, class Report>
+bool filterRows(PixelMatrix<T>& matrix, const PixelMatrix<T>* mask, Convolver<T>& convolver, Report report) {
     for (int i = 0; i < matrix.getSize1(); ++i) {
         if (!convolver.isIdentity())
             convolver.along(matrix[i].data(), mask != nullptr ? (*mask)[i].data() : nullptr);
-        progress.advance(1);
+        if (!report(1))
+            return false;
     }
+    return true;
 }
 
 // line(i) and mask(i) give whole rows here; mask(i) may be null.
-template <class T, class Line, class Mask>
-void filterAcross(Line line, Mask mask, int columns, Convolver<T>& convolver, StepProgress& progress) {
+template <class T, class Line, class Mask, class Report>
+bool filterAcross(Line line, Mask mask, int columns, Convolver<T>& convolver, Report report) {
     const int width = convolver.blockWidth();
     for (int first = 0; first < columns; first += width) {
         const int count = std::min(width, columns - first);
         if (!convolver.isIdentity())
             convolver.across([&](int i) { return line(i) + first; },
                              [&](int i) -> const T* { return mask(i) != nullptr ? mask(i) + first : nullptr; }, count);
-        progress.advance(static_cast<unsigned long long>(count));
+        if (!report(count))
+            return false;
     }
+    return true;
 }
 
-template <class T>
-void filterColumns(PixelMatrix<T>& matrix, const PixelMatrix<T>* mask, Convolver<T>& convolver,
-                   StepProgress& progress) {
-    filterAcross<T>([&](int i) { return matrix[i].data(); },
-                    [&](int i) -> const T* { return mask != nullptr ? (*mask)[i].data() : nullptr; }, matrix.getSize2(),
-                    convolver, progress);
+template <class T, class Report>
+bool filterColumns(PixelMatrix<T>& matrix, const PixelMatrix<T>* mask, Convolver<T>& convolver, Report report) {
+    return filterAcross<T>([&](int i) { return matrix[i].data(); },
+                           [&](int i) -> const T* { return mask != nullptr ? (*mask)[i].data() : nullptr; },
+                           matrix.getSize2(), convolver, report);
 }
+
+// One for each axis of a volume.
+template <class T>
+struct Convolvers {
+    Convolver<T> alongRows, alongColumns, alongPlanes;
+};
 
 } // namespace
 
@@ -254,11 +266,13 @@ void SeparableFilterBase<T>::__apply(PixelMatrix<T>& matrix, const PixelMatrix<T
     Convolver<T> alongRows(__kernel2, columns);
     Convolver<T> alongColumns(__kernel1, rows);
     StepProgress progress(*this, static_cast<unsigned long long>(rows) + static_cast<unsigned long long>(columns));
+    const auto report = [&progress](int lines) { return progress.advance(static_cast<unsigned long long>(lines)); };
     this->notifyStarted("");
-    filterRows(matrix, mask, alongRows, progress);
-    filterColumns(matrix, mask, alongColumns, progress);
-    __scale(matrix);
-    this->notifyFinished("");
+    const bool complete =
+        filterRows(matrix, mask, alongRows, report) && filterColumns(matrix, mask, alongColumns, report);
+    if (complete)
+        __scale(matrix);
+    notifyEnd(*this, complete);
 }
 
 template <class T>
@@ -268,41 +282,51 @@ void SeparableFilterBase<T>::__apply(VoxelMatrix<T>& volume, const VoxelMatrix<T
     const int planes = volume.getSize3();
     if (rows == 0 || columns == 0 || planes == 0)
         return;
-    Convolver<T> alongRows(__kernel2, columns);
-    Convolver<T> alongColumns(__kernel1, rows);
-    Convolver<T> alongPlanes(__kernel3, planes);
     const auto lines = [](int a, int b) {
         return static_cast<unsigned long long>(a) * static_cast<unsigned long long>(b);
     };
-    StepProgress progress(*this, lines(rows, columns) + lines(rows, planes) + lines(columns, planes));
-    this->notifyStarted("");
-    for (int k = 0; k < planes; ++k) {
+    ParallelWork work(*this, lines(rows, columns) + lines(rows, planes) + lines(columns, planes));
+    std::vector<Convolvers<T>> convolvers(static_cast<std::size_t>(work.workers()),
+                                          Convolvers<T>{Convolver<T>(__kernel2, columns), Convolver<T>(__kernel1, rows),
+                                                        Convolver<T>(__kernel3, planes)});
+    const auto goesOn = [&work](int) { return !work.isCanceled(); };
+    const auto filterPlane = [&](int k, int worker) {
+        Convolvers<T>& own = convolvers[static_cast<std::size_t>(worker)];
         const PixelMatrix<T>* const planeMask = mask != nullptr ? &(*mask)[k] : nullptr;
-        filterRows(volume[k], planeMask, alongRows, progress);
-        filterColumns(volume[k], planeMask, alongColumns, progress);
-    }
-    for (int i = 0; i < rows; ++i)
+        if (filterRows(volume[k], planeMask, own.alongRows, goesOn))
+            filterColumns(volume[k], planeMask, own.alongColumns, goesOn);
+    };
+    const auto filterAndScale = [&](int i, int worker) {
         filterAcross<T>([&](int k) { return volume[k][i].data(); },
                         [&](int k) -> const T* { return mask != nullptr ? (*mask)[k][i].data() : nullptr; }, columns,
-                        alongPlanes, progress);
-    for (int k = 0; k < planes; ++k)
-        __scale(volume[k]);
-    this->notifyFinished("");
+                        convolvers[static_cast<std::size_t>(worker)].alongPlanes, goesOn);
+        for (int k = 0; k < planes; ++k)
+            __scale(volume[k][i]);
+    };
+    this->notifyStarted("");
+    const bool complete = work.run(planes, lines(rows, planes) + lines(columns, planes), filterPlane) &&
+                          work.run(rows, lines(rows, columns), filterAndScale);
+    notifyEnd(*this, complete);
 }
 
 template <class T>
 void SeparableFilterBase<T>::__scale(PixelMatrix<T>& matrix) const {
+    for (int i = 0; i < matrix.getSize1(); ++i)
+        __scale(matrix[i]);
+}
+
+template <class T>
+void SeparableFilterBase<T>::__scale(Vector<T>& row) const {
     if (__factor == T(1))
         return;
-    for (int i = 0; i < matrix.getSize1(); ++i) {
-        T* const values = matrix[i].data();
-        if (__divide)
-            for (int j = 0; j < matrix.getSize2(); ++j)
-                values[j] /= __factor;
-        else
-            for (int j = 0; j < matrix.getSize2(); ++j)
-                values[j] *= __factor;
-    }
+    T* const values = row.data();
+    const int columns = row.getSize();
+    if (__divide)
+        for (int j = 0; j < columns; ++j)
+            values[j] /= __factor;
+    else
+        for (int j = 0; j < columns; ++j)
+            values[j] *= __factor;
 }
 
 template class SeparableFilterBase<float>;

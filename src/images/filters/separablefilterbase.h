@@ -20,7 +20,11 @@ namespace vorlen {
 /// line stays as it is. Kernels should have an odd size; the centre of one of size p is element p / 2. A kernel may be
 /// longer than the line.
 ///
-/// A run reports a step for each line of each axis.
+/// A NaN, unless a mask hides it, makes those elements NaN that lie within the kernels' reach of it, and no others.
+///
+/// A run reports a step for each line of each axis. A volume is worked on by all threads of ParallelWork, in place. A
+/// run that is cancelled leaves the data filtered in part and not scaled, or scaled in part, and notifyCanceled() takes
+/// the place of notifyFinished().
 ///
 /// The cost for an element and axis is a multiplication and an addition for each element of the kernel. They are done
 /// for many neighbouring columns at once, so that memory is read in order on every axis.
@@ -63,6 +67,7 @@ private:
     void __apply(PixelMatrix<T>& matrix, const PixelMatrix<T>* mask);
     void __apply(VoxelMatrix<T>& volume, const VoxelMatrix<T>* mask);
     void __scale(PixelMatrix<T>& matrix) const;
+    void __scale(Vector<T>& row) const;
 
     Vector<T> __kernel1;
     Vector<T> __kernel2;

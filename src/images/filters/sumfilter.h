@@ -19,6 +19,12 @@ namespace vorlen {
 /// window. Sums of float run in double, so that a long line does not gather the errors of its running sum; integer
 /// sums wrap around at the width of T, and the caller chooses T and h.
 ///
+/// NaN and infinities stay where the windows are that hold them: such a sum is NaN or infinite, and no other one is.
+///
+/// A volume is worked on by all threads of ParallelWork, in place; in ball mode the memory of at most h planes and a
+/// 32nd of its own stands beside it. When a run is cancelled, notifyCanceled() takes the place of notifyFinished(): a
+/// volume is then filtered in part (in ball mode the planes up to some place), and so is a matrix unless in ball mode.
+///
 /// Compiled for short, unsigned short, int, unsigned int, float, double and long double.
 template <class T>
 class SumFilter : public NeighbourhoodFilter, public PixelMatrixProcessing<T>, public VoxelMatrixProcessing<T> {

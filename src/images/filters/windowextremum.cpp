@@ -9,43 +9,45 @@ namespace vorlen {
 
 namespace {
 
-template <bool greatest, class T>
+// Of a NaN and a number b is taken, unless careful.
+template <bool greatest, bool careful, class T>
 VORLEN_INLINED T better(T a, T b) {
-    if constexpr (greatest)
-        return a > b ? a : b;
+    const T best = greatest ? (a > b ? a : b) : (a < b ? a : b);
+    if constexpr (careful)
+        return a != a ? a : best;
     else
-        return a < b ? a : b;
+        return best;
 }
 
 // target[j] = the better of a[j] and b[j].
-template <bool greatest, class T>
+template <bool greatest, bool careful, class T>
 void combine(const T* __restrict a, const T* __restrict b, T* __restrict target, int count) {
     widevectors::run([=](auto) VORLEN_INLINED_LAMBDA {
         for (int j = 0; j < count; ++j)
-            target[j] = better<greatest>(a[j], b[j]);
+            target[j] = better<greatest, careful>(a[j], b[j]);
     });
 }
 
 // The same where a masked element of b counts as neutral.
-template <bool greatest, class T>
+template <bool greatest, bool careful, class T>
 void combineMasked(const T* __restrict a, const T* __restrict b, const T* __restrict mask, T* __restrict target,
                    int count, T neutral) {
     widevectors::run([=](auto) VORLEN_INLINED_LAMBDA {
         for (int j = 0; j < count; ++j)
-            target[j] = better<greatest>(a[j], mask[j] != T(0) ? b[j] : neutral);
+            target[j] = better<greatest, careful>(a[j], mask[j] != T(0) ? b[j] : neutral);
     });
 }
 
 // The best of the present segment so far takes in the line that enters; together with the best of the rest of the
 // segment before it is the result.
-template <bool greatest, class T>
+template <bool greatest, bool careful, class T>
 void step(T* __restrict running, const T* __restrict entering, const T* __restrict rest, T* __restrict target,
           int count) {
     widevectors::run([=](auto) VORLEN_INLINED_LAMBDA {
         for (int j = 0; j < count; ++j) {
-            const T best = better<greatest>(running[j], entering[j]);
+            const T best = better<greatest, careful>(running[j], entering[j]);
             running[j] = best;
-            target[j] = better<greatest>(best, rest[j]);
+            target[j] = better<greatest, careful>(best, rest[j]);
         }
     });
 }
@@ -62,7 +64,32 @@ void copyWhere(const T* __restrict mask, const T* __restrict source, T* __restri
 } // namespace
 
 template <class T, bool greatest>
+bool WindowExtremum<T, greatest>::holdsNaN(const T* values, int count) {
+    int found = 0;
+    for (int j = 0; j < count; ++j)
+        found |= values[j] != values[j];
+    return found != 0;
+}
+
+template <class T, bool greatest>
+bool WindowExtremum<T, greatest>::holdsNaN(const PixelMatrix<T>& matrix) {
+    bool found = false;
+    for (int i = 0; std::is_floating_point_v<T> && !found && i < matrix.getSize1(); ++i)
+        found = holdsNaN(matrix[i].data(), matrix.getSize2());
+    return found;
+}
+
+template <class T, bool greatest>
 void WindowExtremum<T, greatest>::line(const T* from, T* to, const T* mask, int n, int h) {
+    if constexpr (std::is_floating_point_v<T>)
+        __careful ? __line<true>(from, to, mask, n, h) : __line<false>(from, to, mask, n, h);
+    else
+        __line<false>(from, to, mask, n, h);
+}
+
+template <class T, bool greatest>
+template <bool careful>
+void WindowExtremum<T, greatest>::__line(const T* from, T* to, const T* mask, int n, int h) {
     if (n < 1)
         return;
     h = std::clamp(h, 0, n - 1);
@@ -86,16 +113,17 @@ void WindowExtremum<T, greatest>::line(const T* from, T* to, const T* mask, int 
     auto valid = static_cast<long long>(padded);
     while (2 * length <= window) {
         valid -= length;
-        combine<greatest>(static_cast<const T*>(a), static_cast<const T*>(a + length), b, static_cast<int>(valid));
+        combine<greatest, careful>(static_cast<const T*>(a), static_cast<const T*>(a + length), b,
+                                   static_cast<int>(valid));
         std::swap(a, b);
         length *= 2;
     }
     const T* const second = a + (window - length);
     if (mask == nullptr) {
-        combine<greatest>(static_cast<const T*>(a), second, to, n);
+        combine<greatest, careful>(static_cast<const T*>(a), second, to, n);
         return;
     }
-    combine<greatest>(static_cast<const T*>(a), second, b, n);
+    combine<greatest, careful>(static_cast<const T*>(a), second, b, n);
     for (int j = 0; j < n; ++j)
         to[j] = mask[j] != T(0) ? b[j] : from[j];
 }
@@ -114,6 +142,7 @@ int WindowExtremum<T, greatest>::__blockWidth(int h) const {
 // beginning of the next. The bests of all ends of a segment are worked out backwards into a buffer before any line of
 // the segment is replaced; the bests of its beginnings run along. Line i is replaced when line i + h has entered.
 template <class T, bool greatest>
+template <bool careful>
 void WindowExtremum<T, greatest>::__acrossBlock(int offset, int count, int h) {
     const int n = static_cast<int>(__lines.size());
     if (n < 2)
@@ -143,10 +172,11 @@ void WindowExtremum<T, greatest>::__acrossBlock(int offset, int count, int h) {
             const T* const after = place + 1 < filled ? slot(present, place + 1) : nothing;
             const T* const values = __lines[static_cast<std::size_t>(start + place)] + offset;
             if (masked)
-                combineMasked<greatest>(after, values, __masks[static_cast<std::size_t>(start + place)] + offset,
-                                        slot(present, place), count, neutral());
+                combineMasked<greatest, careful>(after, values,
+                                                 __masks[static_cast<std::size_t>(start + place)] + offset,
+                                                 slot(present, place), count, neutral());
             else
-                combine<greatest>(after, values, slot(present, place), count);
+                combine<greatest, careful>(after, values, slot(present, place), count);
         }
         std::fill_n(running, count, neutral());
         for (int place = 0; place < window; ++place) {
@@ -156,15 +186,16 @@ void WindowExtremum<T, greatest>::__acrossBlock(int offset, int count, int h) {
                 break;
             const T* entering = last < n ? __lines[static_cast<std::size_t>(last)] + offset : nothing;
             if (masked && last < n) {
-                combineMasked<greatest>(static_cast<const T*>(nothing), entering,
-                                        __masks[static_cast<std::size_t>(last)] + offset, visible, count, neutral());
+                combineMasked<greatest, careful>(static_cast<const T*>(nothing), entering,
+                                                 __masks[static_cast<std::size_t>(last)] + offset, visible, count,
+                                                 neutral());
                 entering = visible;
             }
             // The window begins at place + 1 of the segment before; at its end it is the present segment.
             const bool reachesBack = start > 0 && place + 1 < window;
             const T* const rest = reachesBack ? slot(before, place + 1) : nothing;
             T* const target = masked || i < 0 ? result : __lines[static_cast<std::size_t>(i)] + offset;
-            step<greatest>(running, entering, rest, target, count);
+            step<greatest, careful>(running, entering, rest, target, count);
             if (masked && i >= 0)
                 copyWhere(__masks[static_cast<std::size_t>(i)] + offset, static_cast<const T*>(result),
                           __lines[static_cast<std::size_t>(i)] + offset, count);
@@ -187,5 +218,27 @@ template class WindowExtremum<unsigned int, true>;
 template class WindowExtremum<float, true>;
 template class WindowExtremum<double, true>;
 template class WindowExtremum<long double, true>;
+
+// Called from the header.
+template void WindowExtremum<short, false>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<short, true>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<unsigned short, false>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<unsigned short, true>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<int, false>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<int, true>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<unsigned int, false>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<unsigned int, true>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<float, false>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<float, false>::__acrossBlock<true>(int, int, int);
+template void WindowExtremum<float, true>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<float, true>::__acrossBlock<true>(int, int, int);
+template void WindowExtremum<double, false>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<double, false>::__acrossBlock<true>(int, int, int);
+template void WindowExtremum<double, true>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<double, true>::__acrossBlock<true>(int, int, int);
+template void WindowExtremum<long double, false>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<long double, false>::__acrossBlock<true>(int, int, int);
+template void WindowExtremum<long double, true>::__acrossBlock<false>(int, int, int);
+template void WindowExtremum<long double, true>::__acrossBlock<true>(int, int, int);
 
 } // namespace vorlen

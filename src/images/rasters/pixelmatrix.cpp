@@ -61,6 +61,11 @@ void copyBytes(PixelMatrix<T>& matrix, const Image& image, int offset) {
     }
 }
 
+/// Truncated.
+int meanOf(int red, int green, int blue) {
+    return (red + green + blue) / 3;
+}
+
 } // namespace
 
 template <class T>
@@ -139,14 +144,14 @@ void PixelMatrix<T>::convertGreyFromImage(const Image& image) {
     if (image.isIndexed()) {
         const Colormap& colormap = *image.getColormap();
         for (int k = 0; k < std::min(colormap.getSize(), 256); ++k)
-            table[k] = static_cast<T>((colormap.getRed()[k] + colormap.getGreen()[k] + colormap.getBlue()[k]) / 3);
+            table[k] = static_cast<T>(meanOf(colormap.getRed()[k], colormap.getGreen()[k], colormap.getBlue()[k]));
     }
     const int step = image.bytesPerPixel();
     for (int i = 0; i < this->getSize1(); ++i) {
         const unsigned char* source = image.getPixels()[i];
         T* target = (*this)[i].data();
         for (int j = 0; j < this->getSize2(); ++j, source += step)
-            target[j] = step == 1 ? table[*source] : static_cast<T>((source[0] + source[1] + source[2]) / 3);
+            target[j] = step == 1 ? table[*source] : static_cast<T>(meanOf(source[0], source[1], source[2]));
     }
 }
 
@@ -166,23 +171,25 @@ void PixelMatrix<T>::convertToImage(Image& image, unsigned char low, unsigned ch
     const bool empty = this->getSize1() == 0 || this->getSize2() == 0;
     Wide<T> first = 0;
     Wide<T> factor = 0;
+    Wide<T> divisor = 1;
     if (!empty) {
         const Vector<T> range = this->range();
         first = static_cast<Wide<T>>(range[0]);
         const Wide<T> last = static_cast<Wide<T>>(range[1]);
         if (first < last)
             factor = static_cast<Wide<T>>(high - low) / (last - first);
-        // Whole numbers of a wider range would have no factor: their products are divided instead.
-        if constexpr (std::is_integral_v<T>)
-            if (first < last && factor == 0 && high != low)
-                return convertToImage(image, range[0], range[1], low, high);
+        if (factor == 0 && first < last && high != low) {
+            factor = static_cast<Wide<T>>(high - low);
+            divisor = last - first;
+        }
     }
     initPlain(image, this->getSize1(), this->getSize2());
     for (int i = 0; i < this->getSize1(); ++i) {
         const T* source = (*this)[i].data();
         unsigned char* target = image.getPixels()[i];
         for (int j = 0; j < this->getSize2(); ++j)
-            target[j] = static_cast<unsigned char>(low + toByte((static_cast<Wide<T>>(source[j]) - first) * factor));
+            target[j] =
+                static_cast<unsigned char>(low + toByte((static_cast<Wide<T>>(source[j]) - first) * factor / divisor));
     }
 }
 
@@ -261,6 +268,14 @@ void PixelMatrix<T>::fillBorder(int width, T value) {
 }
 
 template <class T>
+Vector<unsigned int> PixelMatrix<T>::histogram(T first, T width, unsigned int bins) const {
+    Vector<unsigned int> counts = Matrix<T>::histogram(first, width, bins);
+    if (bins > 0)
+        counts[static_cast<int>(bins) - 1] -= static_cast<unsigned int>(countNaN()); // that is where they are put
+    return counts;
+}
+
+template <class T>
 Vector<unsigned int> PixelMatrix<T>::histogram(T first, T width, unsigned int bins, const PixelMatrix& mask) const {
     if (mask.getSize1() != this->getSize1() || mask.getSize2() != this->getSize2())
         throw SizeError("Vectorui PixelMatrix<T>::histogram(...)", "Incompatible mask size");
@@ -271,7 +286,34 @@ Vector<unsigned int> PixelMatrix<T>::histogram(T first, T width, unsigned int bi
         for (unsigned int k = 0; k < bins; ++k)
             counts[static_cast<int>(k)] += rowCounts[static_cast<int>(k)];
     }
+    if (bins > 0)
+        counts[static_cast<int>(bins) - 1] -= static_cast<unsigned int>(countNaN(mask));
     return counts;
+}
+
+template <class T>
+long long PixelMatrix<T>::countNaN() const {
+    long long count = 0;
+    for (int i = 0; std::is_floating_point_v<T> && i < this->getSize1(); ++i) {
+        const T* const row = (*this)[i].data();
+        for (int j = 0; j < this->getSize2(); ++j)
+            count += row[j] != row[j];
+    }
+    return count;
+}
+
+template <class T>
+long long PixelMatrix<T>::countNaN(const PixelMatrix& mask) const {
+    if (mask.getSize1() != this->getSize1() || mask.getSize2() != this->getSize2())
+        throw SizeError("long long PixelMatrix<T>::countNaN(...) const", "Incompatible mask size");
+    long long count = 0;
+    for (int i = 0; std::is_floating_point_v<T> && i < this->getSize1(); ++i) {
+        const T* const row = (*this)[i].data();
+        const T* const maskRow = mask[i].data();
+        for (int j = 0; j < this->getSize2(); ++j)
+            count += row[j] != row[j] && maskRow[j] != T(0);
+    }
+    return count;
 }
 
 template class PixelMatrix<bool>;

@@ -37,9 +37,9 @@ public:
     /// A plain 8-bit image of the elements, truncated and not clamped: the low byte of the integer part, and 0 for
     /// values whose integer part no int holds.
     void convertToImage(Image& image) const;
-    /// Stretches the matrix's own range to low..high. In integer instantiations the factor (high-low)/(max-min) is an
-    /// integer quotient; where that is 0, in a range wider than the bytes, the product is divided. A constant matrix
-    /// gives low everywhere.
+    /// Stretches the matrix's own range, without NaN, to low..high; low for NaN. In integer instantiations the factor
+    /// (high-low)/(max-min) is an integer quotient, or where that would be 0 the exact one, and the product is
+    /// truncated. A constant matrix gives low everywhere.
     void convertToImage(Image& image, unsigned char low, unsigned char high) const;
     /// Window: low at and below first, high at and above last, linear and truncated in between; low for NaN.
     void convertToImage(Image& image, T first, T last, unsigned char low, unsigned char high) const;
@@ -56,9 +56,14 @@ public:
     /// Sets a frame of this many rows and columns; the whole matrix if the frame is wider than its half.
     void fillBorder(int width, T value);
 
-    using Matrix<T>::histogram;
+    /// Counts of the elements in bins, see Vector<T>::histogram(), but without the NaNs.
+    Vector<unsigned int> histogram(T first, T width, unsigned int bins) const;
     /// Counts only the elements where the mask is not zero. Throws SizeError if the mask has another size.
     Vector<unsigned int> histogram(T first, T width, unsigned int bins, const PixelMatrix& mask) const;
+
+    /// How many elements are NaN, which histogram() and range() leave out; with a mask, of those where it is not zero.
+    long long countNaN() const;
+    long long countNaN(const PixelMatrix& mask) const;
 };
 
 } // namespace vorlen

@@ -1,5 +1,6 @@
 #include <array>
 #include <cstdlib>
+#include <optional>
 #include <vector>
 
 #include "images/rasters/pixelmatrix.h"
@@ -69,7 +70,8 @@ public:
 
     const std::vector<Step>& vertices() const { return __vertices; }
 
-    void record(const Step& step, const Step& place) {
+    /// A step and where it led; closes tells that it is the last one, to the start.
+    void record(const Step& step, const Step& place, bool closes) {
         if (step == __previous) {
             __vertices.back() = place;
             return;
@@ -77,7 +79,7 @@ public:
         const bool keepsOneCoordinate = step.row == __previous.row || step.column == __previous.column;
         if (keepsOneCoordinate && __tolerance > 0 && twiceTriangle(place) <= __tolerance)
             __vertices.back() = place;
-        else if (place != __vertices.front())
+        else if (!closes)
             __vertices.push_back(place);
         __previous = step;
     }
@@ -97,6 +99,49 @@ private:
     int __tolerance;
 };
 
+// A walk of so many steps from a place and heading, the last of which leads to the place again.
+struct Border {
+    Walker from;
+    unsigned long long steps;
+};
+
+// Goes on until the step that the walker is about to take from the start is one that it has taken from there: a border
+// that passes the start more than once is followed to its end. What the walk did before the first such step is left
+// out. A loop that the start does not lie on is found by a mark that waits on the walk twice as long each time (R. P.
+// Brent, 1980): within three times the length of the way into the loop and once around it. The border then ends where
+// the walk came back to the start for the first time, if it did.
+template <class T>
+std::optional<Border> findBorder(const Walker& start, const PixelMatrix<T>& matrix, T foreground) {
+    struct Visit {
+        Walker now, next;
+        unsigned long long time;
+    };
+    std::vector<Visit> visits;
+    Walker walker = start, mark = start;
+    unsigned long long sinceMark = 0, patience = 1;
+    for (unsigned long long time = 0;; ++time) {
+        Walker next = walker;
+        const Step step = advance(next, matrix, foreground);
+        const bool atStart = walker.row == start.row && walker.column == start.column;
+        if (atStart) {
+            if (step == Step())
+                return Border{walker, 0};
+            for (const Visit& visit : visits)
+                if (visit.next == next)
+                    return Border{visit.now, time - visit.time};
+            visits.push_back({walker, next, time});
+        }
+        if (walker == mark && !atStart)
+            return visits.size() > 1 ? std::optional(Border{start, visits[1].time}) : std::nullopt;
+        if (++sinceMark == patience) {
+            mark = walker;
+            sinceMark = 0;
+            patience *= 2;
+        }
+        walker = next;
+    }
+}
+
 } // namespace
 
 template <class T>
@@ -110,25 +155,15 @@ void Thresholding<T>::extractCurve(Curve<int>& curve, int row, int column, const
     if (curve.getServer() && curve.getSpace() != 2)
         throw SizeError(where, "The vertices of the curve are not planar");
 
-    Walker walker{row, column, south};
+    const std::optional<Border> border = findBorder({row, column, south}, matrix, __foreground);
+    if (!border)
+        throw ValueError(where, "The border does not come back to the starting pixel");
     Trail trail({row, column}, tolerance);
-    // Loops without the start are found by a mark that waits on the walk twice as long each time (R. P. Brent, 1980):
-    // within three times the length of the way into the loop and once around it.
-    Walker mark = walker;
-    unsigned long long sinceMark = 0, patience = 1;
-    do {
+    Walker walker = border->from;
+    for (unsigned long long taken = 1; taken <= border->steps; ++taken) {
         const Step step = advance(walker, matrix, __foreground);
-        trail.record(step, {walker.row, walker.column});
-        if (walker.row == row && walker.column == column)
-            break;
-        if (walker == mark)
-            throw ValueError(where, "The border does not come back to the starting pixel");
-        if (++sinceMark == patience) {
-            mark = walker;
-            sinceMark = 0;
-            patience *= 2;
-        }
-    } while (true);
+        trail.record(step, {walker.row, walker.column}, taken == border->steps);
+    }
 
     Vector<int> vertex(2);
     for (const Step& place : trail.vertices()) {

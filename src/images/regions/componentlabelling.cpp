@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "images/filters/parallelwork.h"
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
@@ -138,30 +139,37 @@ VORLEN_WIDE void joinRows(const Word* row, int firstRun, const Word* neighbour, 
     }
 }
 
-// Rows of equal length, scanned in any order: which elements are foreground, a bit for each, and the numbers of runs.
+// Rows of equal length: which elements are foreground, a bit for each, and the numbers of runs. Rows are marked in any
+// order, also several at once, and then numbered one after the other.
 class RunTable {
 public:
     RunTable(std::size_t rows, int columns)
         : __numWords((columns + wordLength - 1) / wordLength), __words(rows * static_cast<std::size_t>(__numWords)),
-          __firstRuns(rows) {}
+          __firstRuns(rows, unnumbered), __counts(rows) {}
 
     template <class T>
-    void scan(std::size_t n, const Vector<T>& row) {
+    void mark(std::size_t n, const Vector<T>& row) {
         markForeground(row, __wordsOf(n));
-        __firstRuns[n] = __equivalence.size();
-        __equivalence.append(countRuns(__wordsOf(n), __numWords));
+        __counts[n] = countRuns(__wordsOf(n), __numWords);
     }
 
-    /// Both rows have been scanned.
+    void number(std::size_t n) {
+        __firstRuns[n] = __equivalence.size();
+        __equivalence.append(__counts[n]);
+    }
+
+    /// Both rows have been numbered.
     void connect(std::size_t n, std::size_t neighbour) {
         joinRows(__wordsOf(n), __firstRuns[n], __wordsOf(neighbour), __firstRuns[neighbour], __numWords, __equivalence);
     }
 
     int resolve() { return __equivalence.resolve(); }
 
-    /// After resolve(). Leaves a row alone that has not been scanned.
+    /// After resolve(). Leaves a row alone that has not been numbered.
     template <class T>
     void write(std::size_t n, Vector<T>& row) const {
+        if (__firstRuns[n] == unnumbered)
+            return;
         const Word* const words = __words.data() + n * static_cast<std::size_t>(__numWords);
         int run = __firstRuns[n] - 1;
         Word before = 0;
@@ -181,9 +189,12 @@ public:
 private:
     Word* __wordsOf(std::size_t n) { return __words.data() + n * static_cast<std::size_t>(__numWords); }
 
+    static constexpr int unnumbered = -1;
+
     int __numWords;
     std::vector<Word> __words;
     std::vector<int> __firstRuns;
+    std::vector<int> __counts;
     Equivalence __equivalence;
 };
 
@@ -196,6 +207,9 @@ constexpr int largestLabel() {
         return std::numeric_limits<T>::digits < 31 ? 1 << std::min(std::numeric_limits<T>::digits, 30)
                                                    : std::numeric_limits<int>::max();
 }
+
+// A subject that nobody cancels.
+class Uncancelled : public ProgressSubject {};
 
 template <class T>
 int resolve(RunTable& table) {
@@ -217,7 +231,8 @@ void ComponentLabelling<T>::apply(PixelMatrix<T>& matrix) {
     RunTable table(static_cast<std::size_t>(rows), matrix.getSize2());
     for (int i = 0; i < rows; ++i) {
         const auto n = static_cast<std::size_t>(i);
-        table.scan(n, matrix[i]);
+        table.mark(n, matrix[i]);
+        table.number(n);
         if (i > 0)
             table.connect(n, n - 1);
     }
@@ -234,15 +249,23 @@ void ComponentLabelling<T>::apply(VoxelMatrix<T>& volume) {
     const auto height = static_cast<std::size_t>(rows);
     this->notifyStarted("");
     RunTable table(height * static_cast<std::size_t>(planes), volume.getSize2());
+    const auto place = [height](int i, int k) {
+        return static_cast<std::size_t>(k) * height + static_cast<std::size_t>(i);
+    };
+    // To mark rows and to write numbers is most of the work, and goes on all threads.
+    ParallelWork work(*this, static_cast<unsigned long long>(planes));
+    bool canceled = !work.run(planes, 0, [&](int k, int) {
+        for (int i = 0; i < rows && !work.isCanceled(); ++i)
+            table.mark(place(i, k), volume[k][i]);
+    });
     const auto scanRow = [&](int i, int k) {
-        const std::size_t n = static_cast<std::size_t>(k) * height + static_cast<std::size_t>(i);
-        table.scan(n, volume[k][i]);
+        const std::size_t n = place(i, k);
+        table.number(n);
         if (i > 0)
             table.connect(n, n - 1);
         if (k > 0)
             table.connect(n, n - height);
     };
-    bool canceled = false;
     for (int k = 0; k < planes && !canceled; ++k) {
         for (int i = k == 0 ? 0 : 1; i < rows; ++i)
             scanRow(i, k);
@@ -252,9 +275,13 @@ void ComponentLabelling<T>::apply(VoxelMatrix<T>& volume) {
             scanRow(0, later);
     }
     __labels = resolve<T>(table);
-    for (int k = 0; k < planes; ++k)
+    const auto writePlane = [&](int k, int) {
         for (int i = 0; i < rows; ++i)
-            table.write(static_cast<std::size_t>(k) * height + static_cast<std::size_t>(i), volume[k][i]);
+            table.write(place(i, k), volume[k][i]);
+    };
+    // From here on a cancel comes too late: all of the volume gets its numbers, or else none of it would be of use.
+    Uncancelled writing;
+    ParallelWork(writing, 0).run(planes, 0, writePlane);
     if (!canceled)
         this->notifyFinished("");
 }

@@ -18,6 +18,8 @@ namespace vorlen {
 /// follow one another in one direction, and bins are handed over one by one from class to class, in time linear in
 /// their number.
 ///
+/// A NaN is not counted (see PixelMatrix<T>::countNaN()), and counts as above the threshold when it is applied.
+///
 /// Compiled for int, float, double and long double.
 template <class T>
 class IsodataThresholding : public Thresholding<T> {

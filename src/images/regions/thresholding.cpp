@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "images/filters/parallelwork.h"
+#include "images/filters/stepprogress.h"
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
 
@@ -50,13 +52,13 @@ void Thresholding<T>::apply(VoxelMatrix<T>& volume) {
     const T below = __foregroundIsAbove ? __background : __foreground;
     const int rows = volume.getSize1();
     const int planes = volume.getSize3();
+    ParallelWork work(*this, static_cast<unsigned long long>(rows));
     this->notifyStarted("");
-    for (int i = 0; i < rows; ++i) {
+    const bool complete = work.run(rows, static_cast<unsigned long long>(rows), [&](int i, int) {
         for (int k = 0; k < planes; ++k)
             binarize(volume[k][i], __threshold, below, above);
-        this->notifyProgressed(static_cast<unsigned int>(i) + 1, static_cast<unsigned int>(rows));
-    }
-    this->notifyFinished("");
+    });
+    notifyEnd(*this, complete);
 }
 
 template <class T>

@@ -23,7 +23,8 @@ public:
 
     /// Every element becomes one of the two values; one that equals the threshold counts as above it.
     void apply(PixelMatrix<T>& matrix) override;
-    /// The same; progress counts the first index.
+    /// The same, on all threads of ParallelWork; progress counts the first index. A run that is cancelled leaves some
+    /// rows as they were, and says notifyCanceled() in place of notifyFinished().
     void apply(VoxelMatrix<T>& volume) override;
 
     void setThreshold(const T& threshold) { __threshold = threshold; }
@@ -45,8 +46,9 @@ public:
     /// foreground become background. The outermost rows and columns of the matrix are not touched.
     void contours(PixelMatrix<T>& matrix) const;
 
-    /// Follows the border of a region of foreground pixels from one of its pixels until it is there again, and appends
-    /// the way to the curve: a vertex (row, column) for the start and for each change of direction.
+    /// Follows the border of a region of foreground pixels from one of its pixels until it is there again and about to
+    /// take the same way, and appends the way to the curve: a vertex (row, column) for the start and for each change of
+    /// direction. A border may pass its start more than once.
     ///
     /// The walk starts southward, tries at each pixel the three neighbours ahead, and turns to the left where none is
     /// foreground. A tolerance above 0 drops vertices on the way: a vertex moves on to the new pixel instead, where one

@@ -11,8 +11,8 @@ namespace vorlen {
 /// digit of a float in rare cases. Integers divide the exact product and truncate it toward the minimum; no product
 /// overflows.
 ///
-/// Decisions. A constant volume of integers becomes the minimum throughout; one of a floating-point type becomes NaN,
-/// the quotient of two zeros. An empty volume stays as it is.
+/// Decisions. NaN takes no part in the range, and stays. A constant volume of integers becomes the minimum throughout;
+/// one of a floating-point type becomes NaN, the quotient of two zeros. An empty volume stays as it is.
 ///
 /// Compiled for short, unsigned short, int, unsigned int, float, double and long double.
 template <class T>

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "images/files/voxelmatrixfile.h"
+#include "numerics/elementarithmetic.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -53,6 +54,17 @@ void forEachRowPair(std::vector<PixelMatrix<T>>& planes, const std::vector<Pixel
     for (std::size_t k = 0; k < count; ++k)
         for (int i = 0; i < planes[k].getSize1(); ++i)
             operation(planes[k][i].data(), others[k][i].data(), planes[k].getSize2());
+}
+
+// Of a number and a NaN both give the number.
+template <class T>
+T lesser(T a, T b) {
+    return b < a || a != a ? b : a;
+}
+
+template <class T>
+T greater(T a, T b) {
+    return b > a || a != a ? b : a;
 }
 
 // Folds the planes, first to last, into one.
@@ -358,7 +370,7 @@ VoxelMatrix<T>& VoxelMatrix<T>::operator/=(const T& value) {
         throw MathError("void VoxelMatrix<T>::operator/=(const T&)", "Division by zero");
     forEachRow(__planes, [x = value](T* row, int columns) {
         for (int j = 0; j < columns; ++j)
-            row[j] = static_cast<T>(row[j] / x);
+            row[j] = elements::quotientOf(row[j], x);
     });
     return *this;
 }
@@ -390,10 +402,19 @@ Vector<T> VoxelMatrix<T>::range() const {
     Vector<T> result = __planes.front().range();
     for (const PixelMatrix<T>& plane : __planes) {
         const Vector<T> planeRange = plane.range();
-        result[0] = std::min(result[0], planeRange[0]);
-        result[1] = std::max(result[1], planeRange[1]);
+        // A plane of NaN alone has NaN for its range, which no comparison takes.
+        result[0] = lesser(result[0], planeRange[0]);
+        result[1] = greater(result[1], planeRange[1]);
     }
     return result;
+}
+
+template <class T>
+long long VoxelMatrix<T>::countNaN() const {
+    long long count = 0;
+    for (const PixelMatrix<T>& plane : __planes)
+        count += plane.countNaN();
+    return count;
 }
 
 template <class T>
@@ -407,14 +428,14 @@ template <class T>
 PixelMatrix<T> VoxelMatrix<T>::min() const {
     if (__isEmpty())
         throw SizeError("PixelMatrix<T> VoxelMatrix<T>::min() const", "This matrix is empty");
-    return foldPlanes(__planes, [](T a, T b) { return b < a ? b : a; });
+    return foldPlanes(__planes, lesser<T>);
 }
 
 template <class T>
 PixelMatrix<T> VoxelMatrix<T>::max() const {
     if (__isEmpty())
         throw SizeError("PixelMatrix<T> VoxelMatrix<T>::max() const", "This matrix is empty");
-    return foldPlanes(__planes, [](T a, T b) { return b > a ? b : a; });
+    return foldPlanes(__planes, greater<T>);
 }
 
 template <class T>
@@ -544,7 +565,7 @@ VoxelMatrix<U> VoxelMatrix<T>::toType() const {
             const T* const source = (*this)[k][i].data();
             U* const target = result[k][i].data();
             for (int j = 0; j < __size2; ++j)
-                target[j] = static_cast<U>(source[j]);
+                target[j] = elements::converted<U>(source[j]);
         }
     return result;
 }

@@ -102,22 +102,29 @@ public:
     VoxelMatrix& operator-=(const VoxelMatrix& other);
     VoxelMatrix& operator*=(const VoxelMatrix& other);
 
-    /// Every element with the value. Dividing integers by 0 throws MathError; other types follow IEEE 754.
+    /// Every element with the value. Dividing integers by 0 throws MathError; other types follow IEEE 754. The least
+    /// integer by -1 gives the greatest.
     VoxelMatrix& operator+=(const T& value);
     VoxelMatrix& operator-=(const T& value);
     VoxelMatrix& operator*=(const T& value);
     VoxelMatrix& operator/=(const T& value);
 
-    /// Counts in bins of the given width, the first of which starts at first; values outside fall into the end bins.
+    /// Counts in bins of the given width, the first of which starts at first; values outside fall into the end bins,
+    /// and NaNs into none.
     Vector<unsigned int> histogram(T first, T width, unsigned int bins) const;
 
     /// The same over the elements whose mask is not 0. Throws SizeError on a mask of another size.
     Vector<unsigned int> histogram(T first, T width, unsigned int bins, const VoxelMatrix& mask) const;
 
-    /// Minimum and maximum of all elements. Throws SizeError on an empty matrix.
+    /// Minimum and maximum of all elements that are not NaN; NaN when there are none. Throws SizeError on an empty
+    /// matrix.
     Vector<T> range() const;
 
-    /// Sum, minimum and maximum along the third index, size1 by size2. Throw SizeError on an empty matrix.
+    /// How many elements are NaN, which histogram() and range() leave out.
+    long long countNaN() const;
+
+    /// Sum, minimum and maximum along the third index, size1 by size2. Throw SizeError on an empty matrix. The sum with
+    /// a NaN is NaN; minimum and maximum leave NaN out where there is another element.
     PixelMatrix<T> sum() const;
     PixelMatrix<T> min() const;
     PixelMatrix<T> max() const;
@@ -154,8 +161,9 @@ public:
     /// Writes layout 0, without tag and calibration; otherwise as save().
     void saveUnderFormat0(const std::string& filename, bool overwrite) const;
 
-    /// A volume of the same size with each element converted, toward zero where T has fractions and U has none. The
-    /// calibration is not carried over. For all pairs of the types above.
+    /// A volume of the same size with each element converted, toward zero where T has fractions and U has none. What
+    /// lies beyond an integer U becomes its least or greatest value, and NaN 0. The calibration is not carried over.
+    /// For all pairs of the types above.
     template <class U>
     VoxelMatrix<U> toType() const;
 

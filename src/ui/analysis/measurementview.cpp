@@ -13,7 +13,9 @@ QString headerOf(const MeasurementTable::Column& column) {
 }
 
 QString tipOf(const MeasurementTable::Column& column) {
-    const QString tip = QString::fromStdString(column.description);
+    QString tip = QString::fromStdString(column.description);
+    if (!column.estimator.empty())
+        tip += " (estimator: " + QString::fromStdString(column.estimator) + ')';
     if (!column.ranked)
         return tip;
     return tip.isEmpty() ? "A click sorts by the order of the stack"

@@ -19,6 +19,7 @@ namespace {
 
 int run(const QStringList& arguments) {
     VRLRecovery recovery;
+    recovery.tidy();
     const auto bringToSafety = [&recovery] {
         recovery.saveModifiedStacks();
         recovery.waitForWrites();

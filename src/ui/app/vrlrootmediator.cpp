@@ -10,14 +10,19 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTextEdit>
 #include <QToolBar>
 
+#include "document/model.h"
 #include "document/stackslice.h"
+#include "editing/actions/vrldrawingdiscardaction.h"
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/history/stepwatch.h"
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/lostimages.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
@@ -37,6 +42,7 @@
 #include "ui/models/vrlstackannotationdialog.h"
 #include "ui/models/vrlstacklistwidget.h"
 #include "ui/models/vrlstackpropertiesdialog.h"
+#include "ui/registration/vrlregistrationwindow.h"
 #include "ui/scenes/vrlrenderingwindow.h"
 #include "ui/session/vrlconfig.h"
 #include "ui/session/vrlsettings.h"
@@ -86,9 +92,15 @@ void VRLRootMediator::bindEditCommands() {
     __commands.bind("edit.redo", [this] { redo(); }).enableWhen([this] {
         return __stack != nullptr && __stack->history()->isRedoable();
     });
+    __commands.bind("edit.clearHistory", [this] { clearHistory(); }).enableWhen([this] {
+        return __stack != nullptr && (__stack->history()->isUndoable() || __stack->history()->isRedoable());
+    });
     __commands.bind("models.edit", [this] { runStackModelsDialog(); }).enableWhen(stack);
     __commands.bind("slice.insert", [this] { insertSlice(); }).enableWhen(stack);
     __commands.bind("slice.delete", [this] { deleteSlice(); }).enableWhen(slice);
+    __commands.bind("stack.findImages", [this] { findImages(); }).enableWhen([this] {
+        return __stack != nullptr && numLostImages(*__stack) > 0;
+    });
     __commands.bind("stack.properties", [this] { runStackPropertiesDialog(); }).enableWhen(stack);
     __commands.bind("slice.properties", [this] { runSlicePropertiesDialog(); }).enableWhen(slice);
     __commands.bind("stack.annotate", [this] { runStackAnnotationDialog(); }).enableWhen(stack);
@@ -100,7 +112,7 @@ void VRLRootMediator::bindEditCommands() {
 void VRLRootMediator::bindProcessCommands() {
     const auto stack = [this] { return __stack != nullptr; };
     const auto severalStacks = [this] { return numOpenStacks() > 1; };
-    __commands.command("stack.register").enableWhen([this] {
+    __commands.bind("stack.register", [this] { registerCurrentStack(); }).enableWhen([this] {
         return __stack != nullptr && __stack->getNumSlices() > 1;
     });
     __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
@@ -234,6 +246,7 @@ void VRLRootMediator::initialize() {
     sliceMediator.addContextualMenuAction(&__commands.action("slice.annotate"));
     connect(&sliceMediator, &VRLSliceWidgetMediator::canvasModeChanged, this, &VRLRootMediator::setCanvasMode);
     connect(&sliceMediator, &VRLSliceEditWidgetMediator::lockRequested, this, &VRLRootMediator::lockRequest);
+    connect(&sliceMediator, &VRLSliceEditWidgetMediator::sliceRequested, this, &VRLRootMediator::setSlice);
     __commands.fill(*__toolBar, rootCommands().menu("Tool bar: slices"));
     sliceMediator.addMonitor(*__statusBar);
     for (int i = 0; i < VRLStackServer::stackServer.getNumStacks(); ++i)
@@ -305,6 +318,7 @@ void VRLRootMediator::stackHistoryChange() {
     const VRLActionHistory* history = __stack == nullptr ? nullptr : __stack->history();
     const auto describe = [this](const char* id, const QString& text, const QString& step) {
         __commands.update(id);
+        __commands.update("edit.clearHistory");
         __commands.action(id).setToolTip(step.isEmpty() ? text : text + ' ' + step);
     };
     describe("edit.undo", "Undo", history == nullptr ? QString() : history->getUndoDescription(false));
@@ -318,6 +332,8 @@ void VRLRootMediator::withStackIO(const QString& task, const std::function<VRLSt
         io.addMonitor(*__statusBar);
         if (VRLStack* stack = command(io))
             setStack(*stack);
+        if (!io.getNotice().isEmpty())
+            __statusBar->setMessage(io.getNotice());
     });
 }
 
@@ -378,13 +394,59 @@ void VRLRootMediator::closeAllStacks() {
 }
 
 void VRLRootMediator::undo() {
-    if (__stack != nullptr)
-        __stack->history()->undo();
+    if (__stack == nullptr || !__stack->history()->isUndoable())
+        return;
+    VRLActionHistory& history = *__stack->history();
+    if (const auto* drawing = dynamic_cast<const VRLDrawingDiscardAction*>(history.nextToUndo())) {
+        history.undo(); // the action lives on, to be redone
+        setSlice(drawing->getSlice());
+        __sliceWidget->getMediator().resumeDrawing(drawing->getModel(), drawing->getVertices());
+        __statusBar->setMessage(
+            QString("Brought back: the drawing (model \"%1\", slice \"%2\"). Draw on, or press Escape.")
+                .arg(QString::fromStdString(drawing->getModel().getName()),
+                     QString::fromStdString(drawing->getSlice().getName())));
+        return;
+    }
+    const QString what = history.getUndoDescription(false);
+    const StepWatch watch(*__stack);
+    history.undo();
+    showStep("Undone: ", what, watch);
 }
 
 void VRLRootMediator::redo() {
-    if (__stack != nullptr)
-        __stack->history()->redo();
+    if (__stack == nullptr || !__stack->history()->isRedoable())
+        return;
+    const QString what = __stack->history()->getRedoDescription(false);
+    const StepWatch watch(*__stack);
+    __stack->history()->redo();
+    showStep("Redone: ", what, watch);
+}
+
+void VRLRootMediator::showStep(const QString& verb, const QString& what, const StepWatch& watch) {
+    const std::vector<StackSlice*> slices = watch.slices();
+    if (!slices.empty() && std::find(slices.begin(), slices.end(), __slice) == slices.end())
+        setSlice(*slices.front());
+    const QString where = watch.where();
+    __statusBar->setMessage(verb + what + (where.isEmpty() ? QString() : " (" + where + ")"));
+}
+
+void VRLRootMediator::clearHistory() {
+    if (__stack == nullptr)
+        return;
+    QMessageBox box(QMessageBox::Question, "Clear undo history",
+                    "Forget what was done to the stack \"" + QString::fromStdString(__stack->getName()) +
+                        "\" so far?\n\nThe stack stays as it is, and so do its file and backups. But nothing that was "
+                        "done until now can be undone any more, neither now nor when the file is opened again: the "
+                        "record of it is deleted.",
+                    QMessageBox::NoButton, &__window);
+    box.setTextFormat(Qt::PlainText);
+    const QAbstractButton* clear = box.addButton("Clear History", QMessageBox::DestructiveRole);
+    box.setDefaultButton(box.addButton(QMessageBox::Cancel));
+    box.exec();
+    if (box.clickedButton() != clear || __stack == nullptr)
+        return;
+    __stack->history()->clear();
+    __statusBar->setMessage("The undo history was cleared.");
 }
 
 void VRLRootMediator::runStackModelsDialog() {
@@ -401,6 +463,14 @@ void VRLRootMediator::insertSlice() {
             io.insertSlice(*__stack, __stack->findSlice(*__slice));
         else if (__stack != nullptr)
             io.insertSlice(*__stack);
+        return static_cast<VRLStack*>(nullptr);
+    });
+}
+
+void VRLRootMediator::findImages() {
+    withStackIO("Find images...", [this](VRLStackIO& io) {
+        if (__stack != nullptr)
+            io.findImages(*__stack);
         return static_cast<VRLStack*>(nullptr);
     });
 }
@@ -453,7 +523,7 @@ void VRLRootMediator::runPreferencesDialog() {
 }
 
 void VRLRootMediator::runAnalysis() {
-    if (__stack == nullptr)
+    if (__stack == nullptr || tellRefusal(&__window, requireImageSizes(*__stack)))
         return;
     auto window = std::make_unique<VRLAnalysisWindow>();
     window->setStack(*__stack);
@@ -497,6 +567,21 @@ void VRLRootMediator::runOmbrelAction1() {
                     QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();
+}
+
+/// Begins with the slice that is shown, so that something can be seen.
+void VRLRootMediator::registerCurrentStack() {
+    if (__stack == nullptr || __stack->getNumSlices() < 2)
+        return;
+    if (__stack->isRegistrationWindowOpen()) {
+        VRLRegistrationWindow::raiseWindowOf(*__stack);
+        return;
+    }
+    guarded("Register", [this] {
+        auto* const window = new VRLRegistrationWindow; // deletes itself when it is closed
+        window->setStack(*__stack);
+        window->showSlice(__slice != nullptr ? *__slice : __stack->getFirstSlice());
+    });
 }
 
 void VRLRootMediator::renderCurrentStack() {

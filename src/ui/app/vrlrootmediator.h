@@ -16,6 +16,7 @@ class QToolBar;
 namespace vorlen {
 
 class StackSlice;
+class StepWatch;
 class VRLMenu;
 class VRLRootSliceEditWidget;
 class VRLRootStatusBar;
@@ -83,16 +84,23 @@ public slots:
     void saveStackAs();
     void closeStack();
     void closeAllStacks();
+    /// Say what was undone, redone, and where, and go to the slice where it is not the current one. A drawing that was
+    /// given up is shown again, to be gone on with.
     void undo();
     void redo();
+    /// Asks first: what was done can't be undone then, also when the file is opened again.
+    void clearHistory();
     void runStackModelsDialog();
     void insertSlice();
+    void findImages();
     void deleteSlice();
     void runStackPropertiesDialog();
     void runSlicePropertiesDialog();
     void runStackAnnotationDialog();
     void runSliceAnnotationDialog();
     void runPreferencesDialog();
+    /// One window for a stack: an open one comes to the front.
+    void registerCurrentStack();
     void renderCurrentStack();
     void runAnalysis();
     /// Lists, for each open stack, how far the points of the model "spotBarycenters" lie from the surface of the model
@@ -122,6 +130,7 @@ private:
     void guarded(const QString& task, const std::function<void()>& command);
     void withStackIO(const QString& task, const std::function<VRLStack*(VRLStackIO&)>& command);
     void goTo(int position);
+    void showStep(const QString& verb, const QString& what, const StepWatch& watch);
 
     VRLRootWindow& __window;
     VRLStack* __stack = nullptr;

@@ -99,6 +99,7 @@ void VRLRootStatusBar::setSlice(const QString& name) {
 }
 
 void VRLRootStatusBar::setWarning(const QString& warning) {
+    __warning->setTextFormat(Qt::RichText);
     __warning->setText("<b>\u26a0 No recovery</b>");
     __warning->setToolTip(warning);
     __warning->setAccessibleDescription(warning);

@@ -30,6 +30,7 @@
 #include "ui/commands/shortcutsdialog.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
+#include "ui/registration/registrationcommands.h"
 #include "ui/scenes/renderingcommands.h"
 #include "ui/session/vrlconfig.h"
 #include "ui/session/vrlrecovery.h"
@@ -228,6 +229,7 @@ void VRLRootWindow::showShortcuts() {
         dialog = new ShortcutsDialog(this); // deletes itself when it is closed
         dialog->addSheet(rootCommands());
         dialog->addSheet(sliceEditorCommands());
+        dialog->addSheet(registrationCommands());
         dialog->addSheet(renderingCommands());
         dialog->addSheet(analysisCommands());
     }

@@ -13,8 +13,9 @@ VRLRecoveryDialog::VRLRecoveryDialog(const QList<VRLRecovery::Leftover>& leftove
     : QDialog(parent), __leftovers(leftovers) {
     setWindowTitle("Recover stacks");
     auto* text = new QLabel("Vorlen did not end in the proper way the last time. These stacks had changes that were "
-                            "not saved. What you recover opens as it was then; your own files stay as they are until "
-                            "you save.",
+                            "not saved. What you recover opens as it was then, with its undo history; your own files "
+                            "stay as they are until you save. \"Later\" asks again at the next start, \"Delete\" drops "
+                            "what was kept of the ticked stacks.",
                             this);
     text->setWordWrap(true);
     __list = new QListWidget(this);

@@ -26,14 +26,28 @@ VRLStackErrorDialog::VRLStackErrorDialog(QWidget* parent) : QDialog(parent) {
     __log->setReadOnly(true);
     __log->setMinimumSize(400, 300);
     __log->setAccessibleName("Messages");
-    auto* ok = new QPushButton("OK", this);
-    ok->setDefault(true);
-    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
+    __ok = new QPushButton("OK", this);
+    __ok->setDefault(true);
+    connect(__ok, &QPushButton::clicked, this, &QDialog::accept);
 
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top);
     layout->addWidget(__log, 1);
-    layout->addWidget(ok, 0, Qt::AlignHCenter);
+    __buttons = new QHBoxLayout;
+    __buttons->addStretch(1);
+    __buttons->addWidget(__ok);
+    __buttons->addStretch(1);
+    layout->addLayout(__buttons);
+}
+
+void VRLStackErrorDialog::offerToFindImages() {
+    auto* find = new QPushButton("Find images...", this);
+    find->setToolTip("Name the folder where the images are now");
+    connect(find, &QPushButton::clicked, this, [this] {
+        __wantsImages = true;
+        accept();
+    });
+    __buttons->insertWidget(1, find);
 }
 
 void VRLStackErrorDialog::setBanner(const QString& banner) {

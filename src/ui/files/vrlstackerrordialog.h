@@ -5,7 +5,9 @@
 
 #include <QDialog>
 
+class QHBoxLayout;
 class QLabel;
+class QPushButton;
 class QTextEdit;
 
 namespace vorlen {
@@ -22,9 +24,16 @@ public:
     /// One line for each entry.
     void setLog(const std::vector<std::string>& log);
 
+    /// Offers to look for lost images in a folder.
+    void offerToFindImages();
+    bool wantsToFindImages() const { return __wantsImages; }
+
 private:
     QLabel* __banner;
     QTextEdit* __log;
+    QPushButton* __ok;
+    QHBoxLayout* __buttons;
+    bool __wantsImages = false;
 };
 
 } // namespace vorlen

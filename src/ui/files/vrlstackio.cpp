@@ -12,6 +12,7 @@
 
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
+#include "editing/operations/lostimages.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
@@ -222,17 +223,43 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     }
     stack->setFilename(path);
     stack->updateReconstruction();
-    if (!reader.getLog().empty()) {
-        VRLStackErrorDialog dialog(__parent);
-        dialog.setBanner("In " + decoded(path) + ":");
-        dialog.setLog(reader.getMessages());
-        dialog.exec();
-    }
-    if (reader.getNumFatalErrors() > 0 || !claimFile(*stack, path) || !settleDamage(*stack, reader))
+    const bool wantsImages = tellOfProblems(*stack, reader);
+    if (!claimFile(*stack, path) || !settleDamage(*stack, reader))
         return nullptr;
+    if (VRLRecovery* recovery = VRLRecovery::running();
+        recovery != nullptr && reader.getLog().empty() && reader.isWhole() && !stack->isReadOnly()) {
+        const WaitCursor cursor;
+        __notice.clear();
+        if (auto before = recovery->restoreHistory(*stack, __notice)) {
+            before->fileGuard().takeLockOf(stack->fileGuard());
+            stack = std::move(before);
+            stack->updateReconstruction();
+        }
+    }
     VRLStackServer::stackServer.addStack(*stack);
     VRLSettings::addRecentFile(decoded(path));
-    return stack.release();
+    VRLStack* const open = stack.release(); // the server's
+    if (wantsImages)
+        findImages(*open);
+    return open;
+}
+
+/// True when lost images are to be looked for.
+bool VRLStackIO::tellOfProblems(const VRLStack& stack, const StackReader& reader) const {
+    if (reader.getLog().empty())
+        return false;
+    VRLStackErrorDialog dialog(__parent);
+    const int lost = numLostImages(stack);
+    QString banner = "In " + decoded(stack.getFilename()) + ":";
+    if (lost > 0)
+        banner +=
+            QString("\n%1 of %2 images can't be read. The outlines are all there.").arg(lost).arg(stack.getNumSlices());
+    dialog.setBanner(banner);
+    dialog.setLog(reader.getMessages());
+    if (lost > 0)
+        dialog.offerToFindImages();
+    dialog.exec();
+    return dialog.wantsToFindImages();
 }
 
 /// The stack of this file that is open in this program; null when there is none.
@@ -312,11 +339,16 @@ bool VRLStackIO::agreesToOverwrite(VRLStack& stack) {
     const std::string& file = stack.getFilename();
     if (!stack.fileGuard().isChanged(file))
         return true;
-    QMessageBox box(QMessageBox::Warning, "File has changed",
-                    decoded(file) +
-                        "\n\nhas been changed on disk since it was opened or saved here, perhaps by another program. "
-                        "Saving now writes over these changes; they stay in the newest backup.",
-                    QMessageBox::NoButton, __parent);
+    QMessageBox box(
+        QMessageBox::Warning, "File has changed",
+        decoded(file) +
+            "\n\nhas been changed on disk since it was opened or saved here, perhaps by another program.\n\n"
+            "\"Save As...\" keeps both, yours under another name. \"Overwrite\" puts yours in the place of "
+            "the other, which then " +
+            (VRLPreferences::getMaxNumBackups() > 0
+                 ? "is the newest backup, " + QFileInfo(decoded(file)).fileName() + "~1."
+                 : QString("is lost, as the preferences want no backups.")),
+        QMessageBox::NoButton, __parent);
     auto* overwrite = box.addButton("Overwrite", QMessageBox::DestructiveRole);
     auto* other = box.addButton("Save As...", QMessageBox::AcceptRole);
     box.addButton(QMessageBox::Cancel);
@@ -347,9 +379,12 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
     if (!file.endsWith(".sdf"))
         file += ".sdf";
     bool agreed = true;
+    const QString holder =
+        encoded(file) == stack.getFilename() && !stack.isReadOnly() ? QString() : StackFileGuard::holder(encoded(file));
     if (QFile::exists(file))
         agreed = QMessageBox::warning(__parent, "Confirm overwrite",
-                                      file + "\n\n already exists. Do you wish to overwrite it? ",
+                                      file + "\n\n already exists. Do you wish to overwrite it? " +
+                                          (holder.isEmpty() ? QString() : "\n\nIt is open in " + holder + "."),
                                       QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel) == QMessageBox::Ok;
     if (agreed)
         writeStack(stack, encoded(file));
@@ -405,6 +440,9 @@ bool VRLStackIO::maySettle(VRLStack& stack) {
     QMessageBox box(QMessageBox::Warning, "Closing stack...",
                     "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
                     QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
+    box.setInformativeText(
+        "\"Save\" keeps the changes. \"Ignore\" closes the stack without them: its file stays as it was "
+        "saved last. \"Cancel\" leaves the stack open.");
     box.setDefaultButton(QMessageBox::Save);
     const int answer = box.exec();
     if (answer != QMessageBox::Save)
@@ -436,6 +474,28 @@ bool VRLStackIO::closeAllStacks() {
     while (server.getNumStacks() > 0)
         server.removeStack(server.getStack(server.getNumStacks() - 1));
     return true;
+}
+
+bool VRLStackIO::findImages(VRLStack& stack) {
+    QFileDialog dialog(__parent, "Find images");
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    dialog.setDirectory(VRLSettings::settings.getInputDirectory());
+    dialog.resize(fileDialogSize);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return false;
+    std::vector<UnreadableImage> stillLost;
+    const Outcome found = findLostImages(stack, encoded(dialog.selectedFiles().first()), stillLost);
+    if (found)
+        stack.updateReconstruction();
+    else
+        tellRefusal(__parent, found);
+    QStringList names;
+    for (const UnreadableImage& image : stillLost)
+        names += decoded(image.file) + ": " + QString::fromStdString(image.reason);
+    if (found && !names.isEmpty())
+        tell("Find images", "These images are not in this folder:\n\n" + names.join('\n'));
+    return bool(found);
 }
 
 bool VRLStackIO::insertSlice(VRLStack& stack) {
@@ -487,7 +547,8 @@ VRLStack* VRLStackIO::recoverStacks(VRLRecovery& recovery) {
             continue;
         const std::string file = stack->getFilename();
         if (!file.empty()) {
-            stack->fileGuard().note(file);
+            if (!stack->fileGuard().isNoted(file))
+                stack->fileGuard().note(file);
             if (!claimFile(*stack, file)) {
                 delete stack;
                 continue;

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include <QString>
 #include <QStringList>
 
 #include "progress/progressproxy.h"
@@ -24,7 +25,8 @@ class VRLStack;
 ///
 /// Decisions: a backup that cannot be made does not keep the stack from being saved. A stack file is known by its
 /// absolute path: one that is open already is not opened again. A file that is open in another program, or that was not
-/// read whole, opens read-only unless the user wants otherwise. Slices whose image cannot be read are left out when
+/// read whole, opens read-only unless the user wants otherwise. A stack that has lost images opens, with placeholders
+/// for them. Slices whose image cannot be read are left out when
 /// slices are inserted or a stack is made, and named in one message.
 class VRLStackIO : public ProgressProxy {
 public:
@@ -55,11 +57,18 @@ public:
     /// of the file as it is, the older ones stay.
     void makeBackups(const std::string& file) const;
 
+    /// What the user is to know of the last operation, and needs no answer; empty for nothing.
+    const QString& getNotice() const { return __notice; }
+
     /// False when the user wants the stack to stay.
     bool closeStack(VRLStack& stack);
 
     /// Asks about the stacks from the last to the first; when one is to stay all stay, and it is false.
     bool closeAllStacks();
+
+    /// Asks for the folder where the images are that the stack has lost, and gives its slices those that are there;
+    /// what stays lost is told. False when nothing was found.
+    bool findImages(VRLStack& stack);
 
     bool insertSlice(VRLStack& stack);
     bool insertSlice(VRLStack& stack, int position);
@@ -71,6 +80,7 @@ public:
 private:
     static VRLStack* findOpen(const std::string& path);
     bool claimFile(VRLStack& stack, const std::string& path) const;
+    bool tellOfProblems(const VRLStack& stack, const StackReader& reader) const;
     bool settleDamage(VRLStack& stack, const StackReader& reader) const;
     bool agreesToOverwrite(VRLStack& stack);
     bool maySettle(VRLStack& stack);
@@ -83,6 +93,7 @@ private:
     void tellUnreadable(const std::vector<UnreadableImage>& unreadable) const;
 
     QWidget* __parent;
+    QString __notice;
 };
 
 } // namespace vorlen

@@ -2,13 +2,32 @@
 
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 #include "ui/models/vrlpreferencesdialogmediator.h"
 #include "ui/models/vrlpreferenceseditor.h"
+#include "ui/session/vrlrecovery.h"
 
 namespace vorlen {
+
+namespace {
+
+/// Where the program keeps what leads back: to be looked at, and copied.
+QLabel* newFolders(QWidget* parent) {
+    auto* text = new QLabel("Kept against crashes, until the stack is closed:\n" + VRLRecovery::userDirectory() +
+                                "\nUndo histories of stacks that are closed, for 60 days, 500 MB in all:\n" +
+                                VRLRecovery::userHistoryDirectory(),
+                            parent);
+    text->setTextFormat(Qt::PlainText);
+    text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    text->setAccessibleName("Folders");
+    text->setToolTip("Edit > Clear undo history deletes the history of a stack");
+    return text;
+}
+
+} // namespace
 
 VRLPreferencesDialog::VRLPreferencesDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Preferences");
@@ -17,6 +36,7 @@ VRLPreferencesDialog::VRLPreferencesDialog(QWidget* parent) : QDialog(parent) {
     auto* editor = new VRLPreferencesEditor(frame);
     auto* frameLayout = new QVBoxLayout(frame);
     frameLayout->addWidget(editor);
+    frameLayout->addWidget(newFolders(frame));
     frameLayout->addStretch(1);
     auto* apply = new QPushButton("Apply", this);
     apply->setToolTip("Stores these preferences");

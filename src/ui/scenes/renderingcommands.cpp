@@ -27,8 +27,8 @@ CommandSheet newSheet() {
 const std::vector<CommandInfo>& ownRenderingCommands() {
     static const std::vector<CommandInfo> commands = {
         {.id = "rendering.export",
-         .text = "Export to STL...",
-         .tip = "Save the surfaces of the models, a file for each"},
+         .text = "Export surfaces...",
+         .tip = "Save the surfaces of the models as STL, OBJ, PLY, VTK or glTF"},
         {.id = "window.close", .text = "Close", .tip = "Close this window", .keys = "Ctrl+W"},
         {.id = "models.edit", .text = "Edit models...", .tip = "Create, change and delete the models of the stack"},
         {.id = "animation.timeout",

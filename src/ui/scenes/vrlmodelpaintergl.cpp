@@ -10,6 +10,7 @@
 #include "ui/scenes/vrlrenderingutils.h"
 #include "ui/viewer/curvestackpaintergl.h"
 #include "ui/viewer/quadmeshpaintergl.h"
+#include "ui/viewer/trimeshpaintergl.h"
 
 namespace vorlen {
 
@@ -36,12 +37,20 @@ void VRLModelPainterGL::setModel(const Model& model) {
     ShapePainterAttributesGL attributes =
         convertProperties(properties, model.getItemProperties(), model.getItemProperties());
     const ModelSurface<float>::MeshSize size = surface.getMeshSize(properties);
-    if (surface.exists() && !size.isEmpty() && !size.exceeds(maxNumVertices)) {
+    if (surface.exists() && surface.isGrid() && !size.isEmpty() && !size.exceeds(maxNumVertices)) {
         auto mesh = surface.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));
         mesh->buildCaps();
         attributes.setDisplayMode(properties.getRenderingMode() == WireframeRendering ? MeshDisplayGL
                                                                                       : SurfaceDisplayGL);
         auto painter = std::make_unique<QuadMeshPainterGL<float>>();
+        painter->setShape(*mesh);
+        __painter = std::move(painter);
+        __shape = std::move(mesh);
+    } else if (surface.exists() && !surface.isGrid()) {
+        auto mesh = std::make_unique<TriMesh<float>>(surface.closed(ModelSurface<float>::getEnds(properties)));
+        attributes.setDisplayMode(properties.getRenderingMode() == WireframeRendering ? MeshDisplayGL
+                                                                                      : SurfaceDisplayGL);
+        auto painter = std::make_unique<TriMeshPainterGL<float>>();
         painter->setShape(*mesh);
         __painter = std::move(painter);
         __shape = std::move(mesh);

@@ -8,8 +8,9 @@ namespace vorlen {
 
 class Model;
 
-/// Draws a model as one surface through its contours, or as its contours where they make no simple surface: where two
-/// of them lie on one slice.
+/// Draws a model as one surface through its contours: resampled as its properties ask for, or closed and through the
+/// contours' own vertices where several of them lie on a slice. Lines of which several lie on a slice are drawn as
+/// such.
 ///
 /// The model must stand in a VRLStack, whose reconstruction must be up to date; else nothing is drawn.
 ///
@@ -25,7 +26,7 @@ public:
 
     void glDraw() const;
     bool isOpaque() const;
-    /// A QuadMesh or a CurveStack; null without contours.
+    /// A QuadMesh, a TriMesh or a CurveStack; null without contours.
     const Shape<float>* getShape() const { return __shape.get(); }
     /// Null without contours.
     const ShapePainterGL<float>* getPainter() const { return __painter.get(); }

@@ -16,9 +16,11 @@
 #include "editing/bus/vrlmodelevent.h"
 #include "editing/bus/vrlmodelitemevent.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/operations/lostimages.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "export/stackexporter.h"
+#include "export/surfaceformat.h"
 #include "numerics/exception.h"
 #include "ui/models/guarded.h"
 #include "ui/scenes/renderingcommands.h"
@@ -48,7 +50,7 @@ void tryOn(VRLRenderingPainterGL& painter, const std::function<void(VRLRendering
 
 VRLRenderingMediator::VRLRenderingMediator(QObject* parent) : ViewerMediator(parent) {
     commands().add(ownRenderingCommands());
-    commands().bind("rendering.export", [this] { export2AsciiSTL(); });
+    commands().bind("rendering.export", [this] { exportSurfaces(); });
     commands().update();
 }
 
@@ -257,35 +259,63 @@ void VRLRenderingMediator::setNextStack() {
         goToStack(VRLStackServer::stackServer.getNextStack(*__stack));
 }
 
-void VRLRenderingMediator::export2AsciiSTL() {
+/// The format stands in the dialog as the type of the files. The one that was chosen last comes up again.
+void VRLRenderingMediator::exportSurfaces() {
     if (__stack == nullptr)
         return;
-    QFileDialog dialog(parentWidget(), "Select export directory", QSettings().value("exportDirectory").toString(),
-                       "STL format (*.stl)");
+    QStringList filters = {"STL, text, with mesh files (*.stl *.qm)"};
+    for (const SurfaceFormatInfo& info : surfaceFormats())
+        filters += QString::fromUtf8(info.name.data(), qsizetype(info.name.size())) + " (*." +
+                   QString::fromUtf8(info.suffix.data(), qsizetype(info.suffix.size())) + ")";
+    QFileDialog dialog(parentWidget(), "Select export directory", QSettings().value("exportDirectory").toString());
     dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::DontUseNativeDialog); // some have no types where a directory is chosen
+    dialog.setNameFilters(filters);
+    dialog.setLabelText(QFileDialog::FileType, "Format:");
+    if (const QString last = QSettings().value("exportFormat").toString(); filters.contains(last))
+        dialog.selectNameFilter(last);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return;
     const QString directory = QDir(dialog.selectedFiles().first()).absolutePath();
     QSettings().setValue("exportDirectory", directory);
-    export2AsciiSTL(directory);
+    QSettings().setValue("exportFormat", dialog.selectedNameFilter());
+    const qsizetype chosen = filters.indexOf(dialog.selectedNameFilter());
+    if (chosen < 1)
+        export2AsciiSTL(directory);
+    else
+        exportSurfaces(directory, surfaceFormats()[std::size_t(chosen - 1)].format);
+}
+
+void VRLRenderingMediator::exportSurfaces(const QString& directory, SurfaceFormat format) {
+    const std::string_view name = infoOf(format).name;
+    exportBy([&] { StackExporter().exportStack(*__stack, QFile::encodeName(directory).toStdString(), format, false); },
+             QString::fromUtf8(name.data(), qsizetype(name.size())).section(' ', 0, 0).remove(','));
 }
 
 void VRLRenderingMediator::export2AsciiSTL(const QString& directory) {
+    exportBy([&] { StackExporter().export2AsciiSTL(*__stack, QFile::encodeName(directory).toStdString(), false); },
+             "STL");
+}
+
+void VRLRenderingMediator::exportBy(const std::function<void()>& work, const QString& format) {
     if (__stack == nullptr)
         return;
-    guarded(parentWidget(), "The models could not be exported to STL.", [this, &directory] {
+    if (const Outcome sized = requireImageSizes(*__stack); !sized)
+        return warn("Export", QString::fromStdString(sized.getReason()) + ".");
+    guarded(parentWidget(), "The models could not be exported to " + format + ".", [&] {
         try {
-            StackExporter().export2AsciiSTL(*__stack, QFile::encodeName(directory).toStdString(), false);
+            work();
         } catch (const FileWriteError& error) {
             const QString file = QFile::decodeName(error.getFile().c_str());
             const QFileInfo info(file);
             const QString reason = info.exists() || info.isSymLink() ? QString("file already exists")
                                                                      : QString::fromStdString(error.getWhat());
-            warn("STL export: write error", file + ":\n\n" + reason + ".\n\nExport to STL interrupted.");
+            warn(format + " export: write error",
+                 file + ":\n\n" + reason + ".\n\nExport to " + format + " interrupted.");
             return;
         }
         if (__stack->hasGeometryModelItems(PolypointPrimitive))
-            warn("STL export", "STL supports only surface objects\n Point models could not be saved");
+            warn(format + " export", format + " supports only surface objects\n Point models could not be saved");
     });
 }
 

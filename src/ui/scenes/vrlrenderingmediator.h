@@ -11,6 +11,8 @@ class QString;
 
 namespace vorlen {
 
+enum class SurfaceFormat;
+
 class Model;
 class VRLRenderingPainterGL;
 class VRLRenderingToolbar;
@@ -40,7 +42,7 @@ public:
     /// Shows nothing any more.
     void clear();
 
-    /// "Snapshot", "Export to STL..." and "Close".
+    /// "Snapshot", "Export surfaces..." and "Close".
     void initRenderingMenu(QMenu& menu);
 
     /// Connects canvas, panel and toolbar.
@@ -54,7 +56,9 @@ public:
 
     const std::vector<std::unique_ptr<VRLRenderingPainterGL>>& getPainters() const { return __painters; }
 
-    /// Writes the stack's surfaces into the directory and tells in message boxes what could not be written.
+    /// Write the stack's surfaces into the directory, in one of the formats or as ASCII STL with their meshes, and tell
+    /// in message boxes what could not be written.
+    void exportSurfaces(const QString& directory, SurfaceFormat format);
     void export2AsciiSTL(const QString& directory);
 
     void modelCreateEvent(VRLModelCreateEvent& event) override;
@@ -74,8 +78,8 @@ public:
 public slots:
     void setPreviousStack();
     void setNextStack();
-    /// Asks for a directory and exports to it.
-    void export2AsciiSTL();
+    /// Asks for a directory and a format and exports to it.
+    void exportSurfaces();
 
 signals:
     /// Another stack is shown.
@@ -88,6 +92,7 @@ private:
     void buildPainters();
     void updateCanvas();
     void goToStack(VRLStack& stack);
+    void exportBy(const std::function<void()>& work, const QString& format);
     void warn(const QString& title, const QString& text);
 
     VRLStack* __stack = nullptr;

@@ -19,6 +19,10 @@
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
 #include "editing/bus/vrlstackevent.h"
+#include "editing/history/vrlactionhistory.h"
+#include "editing/journal/journalgenerations.h"
+#include "editing/journal/journalplace.h"
+#include "editing/journal/journalrecord.h"
 #include "editing/journal/stackjournal.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
@@ -57,7 +61,7 @@ QString homeDirectory() {
 
 QString stateDirectory() {
     const QString state = qEnvironmentVariable("XDG_STATE_HOME");
-    return (QDir::isAbsolutePath(state) ? state : homeDirectory() + "/.local/state") + "/vorlen/recovery";
+    return (QDir::isAbsolutePath(state) ? state : homeDirectory() + "/.local/state") + "/vorlen";
 }
 
 /// What went wrong; empty for a file that is whole on disk.
@@ -72,7 +76,17 @@ QString writeWhole(const QString& name, const QByteArray& contents) {
 
 VRLRecovery* VRLRecovery::__running = nullptr;
 
-VRLRecovery::VRLRecovery(const QString& directory) : __directory(directory.isEmpty() ? stateDirectory() : directory) {
+QString VRLRecovery::userDirectory() {
+    return stateDirectory() + "/recovery";
+}
+
+QString VRLRecovery::userHistoryDirectory() {
+    return stateDirectory() + "/history";
+}
+
+VRLRecovery::VRLRecovery(const QString& directory)
+    : __directory(directory.isEmpty() ? userDirectory() : directory),
+      __history(QFileInfo(__directory).path() + "/history") {
     __running = this;
     __writers.setMaxThreadCount(1); // files are written and removed in the order of the requests
     connect(&__timer, &QTimer::timeout, this, &VRLRecovery::saveIfIdle);
@@ -83,7 +97,7 @@ VRLRecovery::~VRLRecovery() {
     const VRLStackServer& server = VRLStackServer::stackServer;
     for (int i = 0; i < server.getNumStacks(); ++i)
         if (!server.getStack(i).isModified())
-            dropJournal(server.getStack(i));
+            closeJournal(server.getStack(i));
     __journals.clear();
     waitForWrites();
     if (__running == this)
@@ -158,14 +172,17 @@ QString VRLRecovery::journalOf(const VRLStack& stack) const {
     return file == __files.end() || __journals.count(&stack) == 0 ? QString() : journalFolder(file->second);
 }
 
-void VRLRecovery::writeInfo(const VRLStack& stack) {
+/// With the number of steps that the recovery file knows of, where it is written too.
+void VRLRecovery::writeInfo(const VRLStack& stack, int numRecords) {
     const QString stackFile = QFile::decodeName(stack.getFilename().c_str());
     const QString stackName = QString::fromStdString(stack.getName());
-    __writers.start([file = fileOf(stack), stackFile, stackName] {
+    __writers.start([file = fileOf(stack), stackFile, stackName, numRecords] {
         QSettings info(infoFile(file), QSettings::IniFormat);
         info.setValue("stackFile", stackFile.isEmpty() ? QString() : QFileInfo(stackFile).absoluteFilePath());
         info.setValue("stackName", stackName);
         info.setValue("time", QDateTime::currentDateTime());
+        if (numRecords >= 0)
+            info.setValue("numSteps", numRecords);
     });
 }
 
@@ -186,7 +203,8 @@ void VRLRecovery::writeEntry(const Entry& entry, const VRLStack& stack) {
             this, [this, problem] { setProblem(problem); }, Qt::QueuedConnection);
         *written = failure.isEmpty();
     });
-    writeInfo(stack);
+    const auto journal = __journals.find(&stack);
+    writeInfo(stack, journal == __journals.end() ? 0 : journal->second->getNumRecords());
 }
 
 void VRLRecovery::waitForWrites() {
@@ -224,16 +242,92 @@ QList<VRLRecovery::Leftover> VRLRecovery::leftovers() const {
     return result;
 }
 
-VRLStack* VRLRecovery::recover(const Leftover& leftover, QString& message) const {
+void VRLRecovery::tidy() {
+    const QDir top(__directory);
+    for (const QString& name : top.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QDir session(top.filePath(name));
+        QLockFile lock(session.filePath(lockName));
+        lock.setStaleLockTime(0);
+        if (session.path() == __sessionDirectory || !lock.tryLock())
+            continue;
+        for (const QString& folder : session.entryList({"*.journal"}, QDir::Dirs)) {
+            const QString journal = session.filePath(folder), recoveryFile = journal.chopped(8) + ".sdf";
+            const std::string path = QFile::encodeName(journal).toStdString();
+            if (QFileInfo(recoveryFile).size() > 0 || StackJournal::hasUnsavedSteps(path))
+                continue;
+            const QString file = QSettings(infoFile(recoveryFile), QSettings::IniFormat).value("stackFile").toString();
+            const bool kept = !file.isEmpty() && StackJournal::hasSave(path);
+            if (kept && !__history.take(journal, QFile::encodeName(file).toStdString()))
+                continue;
+            if (!kept)
+                QDir(journal).removeRecursively();
+            QFile::remove(infoFile(recoveryFile));
+        }
+        if (isEmptySession(session))
+            session.removeRecursively();
+    }
+    __history.prune();
+}
+
+std::unique_ptr<VRLStack> VRLRecovery::restoreHistory(const VRLStack& opened, QString& message) {
+    waitForWrites(); // the file may have been closed just now
+    const std::string& file = opened.getFilename();
+    if (file.empty() || !__history.has(file))
+        return nullptr;
+    const QString name = QFileInfo(QFile::decodeName(file.c_str())).fileName();
     auto stack = std::make_unique<VRLStack>();
-    if (!rebuild(*stack, leftover)) {
+    try {
+        stack->fileGuard().note(file);
+        std::string text;
+        const std::string folder = QFile::encodeName(__history.folderOf(file)).toStdString();
+        if (!readJournalFile(file, text))
+            return nullptr;
+        const StackJournal::Rebuilt rebuilt =
+            StackJournal::rebuildSaved(*stack, folder, imageSourceKinds(), JournalFormat::hash(text));
+        if (rebuilt.unreadable) {
+            message = "The history of " + name + " can't be read now: what was done before can't be undone.";
+            return nullptr;
+        }
+        const bool known = rebuilt.good;
+        const std::string directory = file.substr(0, file.rfind('/') + 1);
+        if (known && rebuilt.complete && StackWriter().toText(*stack, directory) == text) {
+            __history.touch(file);
+            if (!stack->history()->isUndoable() && !stack->history()->isRedoable())
+                return nullptr;
+            stack->setFilename(file);
+            stack->setImagesPath(opened.getImagesPath());
+            stack->setModified(false);
+            new JournalOrigin(rebuilt.place, false, stack.get()); // goes with the stack
+            const int number = stack->history()->getNumUndoSteps();
+            message = number == 1 ? QString("The last step before %1 was closed can be undone.").arg(name)
+                                  : QString("%1 steps from before %2 was closed can be undone.").arg(number).arg(name);
+            return stack;
+        }
+        __history.remove(file);
+        message = known ? "The history of " + name + " does not fit it: what was done before can't be undone any more."
+                        : name + " is not as it was saved here last, perhaps changed by another program: what was done "
+                                 "before can't be undone any more.";
+    } catch (const Exception&) { // the stack was opened without
+        message = "The history of " + name + " can't be used: what was done before can't be undone.";
+    } catch (const std::exception&) {
+        message = "The history of " + name + " can't be used: what was done before can't be undone.";
+    }
+    return nullptr;
+}
+
+VRLStack* VRLRecovery::recover(const Leftover& leftover, QString& message) {
+    message.clear();
+    auto stack = std::make_unique<VRLStack>();
+    if (!rebuild(*stack, leftover, message)) {
         stack = std::make_unique<VRLStack>();
+        if (QFileInfo(leftover.recoveryFile).size() == 0 && !message.isEmpty())
+            return nullptr;
         if (!readFile(*stack, leftover, message))
             return nullptr;
     }
-    // A slice without an image can be neither saved nor recovered again: what is kept stays until the image is back.
+    // A slice without an image source can be neither saved nor recovered again: what is kept stays until it is back.
     for (int i = 0; i < stack->getNumSlices(); ++i)
-        if (stack->getSlice(i).isEmpty()) {
+        if (!stack->getSlice(i).hasImageSource()) {
             message = "The stack \"" + leftover.stackName + "\" cannot be recovered now, as the image of the slice \"" +
                       QString::fromStdString(stack->getSlice(i).getName()) +
                       "\" cannot be read. Put the image back in its place and start again: what was kept stays in " +
@@ -249,17 +343,47 @@ VRLStack* VRLRecovery::recover(const Leftover& leftover, QString& message) const
     return stack.release();
 }
 
-/// By the journal. One that can't be carried out whole is left to the recovery file, if there is one.
-bool VRLRecovery::rebuild(VRLStack& stack, const Leftover& leftover) const {
+/// By the journal. One that is damaged is left to the recovery file where that knows more.
+bool VRLRecovery::rebuild(VRLStack& stack, const Leftover& leftover, QString& message) {
     if (leftover.journal.isEmpty())
         return false;
-    const std::string folder = QFile::encodeName(leftover.journal).toStdString();
-    const StackJournal::Rebuilt rebuilt = StackJournal::rebuild(stack, folder, imageSourceKinds());
-    return rebuilt.good && (rebuilt.complete || QFileInfo(leftover.recoveryFile).size() == 0);
+    const StackJournal::Rebuilt rebuilt =
+        StackJournal::rebuild(stack, QFile::encodeName(leftover.journal).toStdString(), imageSourceKinds());
+    const bool hasFile = QFileInfo(leftover.recoveryFile).size() > 0;
+    if (rebuilt.unreadable) {
+        __unreadable.insert(leftover.recoveryFile);
+        message = "The journal of the stack \"" + leftover.stackName + "\" can't be read now. It stays in " +
+                  leftover.journal + "; start again to have it tried once more.";
+        if (hasFile)
+            message += " The stack is opened as it was kept a few minutes before.";
+        return false;
+    }
+    if (!rebuilt.good)
+        return false;
+    if (!rebuilt.complete || rebuilt.damaged) {
+        message = "The journal of the stack \"" + leftover.stackName +
+                  "\" is damaged. Look whether the last of what you did is there before you save: it may be missing.";
+        const QSettings info(infoFile(leftover.recoveryFile), QSettings::IniFormat);
+        if (hasFile && info.value("numSteps", 0).toInt() > rebuilt.numRecords)
+            return false;
+    }
+    new JournalOrigin(rebuilt.place, true, &stack); // goes with the stack
+    // What somebody has written since is not written over without a question.
+    const std::string file = QFile::encodeName(leftover.stackFile).toStdString();
+    std::string text;
+    if (!file.empty() && !rebuilt.fileHash.empty()) {
+        stack.fileGuard().note(file);
+        if (readJournalFile(file, text) && !text.empty() && JournalFormat::hash(text) != rebuilt.fileHash)
+            stack.fileGuard().noteAsChanged(file);
+    }
+    return true;
 }
 
 bool VRLRecovery::readFile(VRLStack& stack, const Leftover& leftover, QString& message) const {
     StackReader reader;
+    QStringList problems;
+    if (!message.isEmpty())
+        problems += message;
     message = "The recovery file " + leftover.recoveryFile + " cannot be read";
     try {
         if (!reader.read(stack, QFile::encodeName(leftover.recoveryFile).toStdString())) {
@@ -270,7 +394,6 @@ bool VRLRecovery::readFile(VRLStack& stack, const Leftover& leftover, QString& m
         message += ": " + QString::fromStdString(failure.getWhat());
         return false;
     }
-    QStringList problems;
     for (const std::string& line : reader.getMessages())
         problems += QString::fromStdString(line);
     message = problems.join('\n');
@@ -279,6 +402,8 @@ bool VRLRecovery::readFile(VRLStack& stack, const Leftover& leftover, QString& m
 
 void VRLRecovery::discard(const Leftover& leftover) {
     QFile::remove(leftover.recoveryFile);
+    if (__unreadable.count(leftover.recoveryFile) > 0)
+        return;
     QFile::remove(infoFile(leftover.recoveryFile));
     QDir(journalFolder(leftover.recoveryFile)).removeRecursively();
     QDir session = QFileInfo(leftover.recoveryFile).dir();
@@ -325,20 +450,35 @@ void VRLRecovery::stackOpenEvent(VRLStackOpenEvent& event) {
         if (!journalOf(stack).isEmpty())
             writeInfo(stack);
     });
+    // What the user wants forgotten is not to be found any more.
+    connect(stack.history(), &VRLActionHistory::recorded, __journals[&stack].get(),
+            [this, &stack](VRLActionHistory::Change change) {
+                if (change == VRLActionHistory::Change::Clear && !stack.getFilename().empty())
+                    __writers.start([this, file = stack.getFilename()] { __history.remove(file); });
+            });
 }
 
-void VRLRecovery::dropJournal(const VRLStack& stack) {
+/// What leads back from a file as it is stays for the next time that it is opened.
+void VRLRecovery::closeJournal(const VRLStack& stack) {
     const QString folder = journalOf(stack);
-    __journals.erase(&stack);
+    const auto journal = __journals.find(&stack);
+    if (journal == __journals.end())
+        return;
+    const std::string file = journal->second->isWorthKeeping() ? stack.getFilename() : std::string();
+    __journals.erase(journal);
     if (!folder.isEmpty())
-        __writers.start([folder] {
-            QDir(folder).removeRecursively();
+        __writers.start([this, folder, file] {
+            if (!file.empty() && !__history.take(folder, file))
+                return; // it stays for tidy()
+            if (file.empty())
+                QDir(folder).removeRecursively();
             QFile::remove(folder.chopped(8) + ".ini");
+            __history.prune();
         });
 }
 
 void VRLRecovery::stackCloseEvent(VRLStackCloseEvent& event) {
-    dropJournal(*event.getStack());
+    closeJournal(*event.getStack());
     remove(*event.getStack());
     __files.erase(event.getStack());
 }

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include <QDateTime>
@@ -14,6 +15,7 @@
 #include <QTimer>
 
 #include "editing/bus/vrleventclient.h"
+#include "editing/journal/journalstore.h"
 
 namespace vorlen {
 
@@ -25,7 +27,9 @@ class VRLStack;
 /// holds no mouse button.
 ///
 /// The journal has the steps too, to be undone after a crash, and goes before the recovery file, which is there should
-/// the journal be damaged.
+/// the journal be damaged. A recovered stack goes on with its journal. When a stack is closed that was saved, its
+/// journal moves to a folder "history" beside the directory, so that the steps can be undone when the file is opened
+/// again; only as long as the file is byte for byte the one that was saved.
 ///
 /// The files lie in a directory of the running program below the user's state directory, which a lock keeps from other
 /// programs that run at the same time. The text is made on the main thread and written to disk on another one, beside
@@ -56,20 +60,37 @@ public:
     explicit VRLRecovery(const QString& directory = QString());
     ~VRLRecovery() override;
 
+    /// The user's directories: for what a crash leaves behind, and for the histories of files.
+    static QString userDirectory();
+    static QString userHistoryDirectory();
+
     /// The object made last; null when there is none.
     static VRLRecovery* running() { return __running; }
 
     /// Begins to save, in intervals of so many milliseconds.
     void start(int interval = 120000);
 
+    /// Moves the journals of other runs to the history that have nothing to recover, and removes what of the history is
+    /// too old or too much. To be called before stacks are opened.
+    void tidy();
+
+    /// A stack that was opened from its file just now, as it was when it was closed, with its steps; null when they
+    /// can't be had, and the other one is the stack. A message says in a sentence which it is, where the user wants to
+    /// know. What does not fit the file is dropped.
+    std::unique_ptr<VRLStack> restoreHistory(const VRLStack& opened, QString& message);
+
+    const QString& getDirectory() const { return __directory; }
+    JournalStore& history() { return __history; }
+
     /// What other runs have left behind, latest first. Files without a stack in them are not listed.
     QList<Leftover> leftovers() const;
 
     /// Reads a leftover into a new stack, which has the name of the user's file and is modified; null, with a message,
-    /// when it cannot be read, or the image of one of its slices. The recovery file stays until discard().
-    VRLStack* recover(const Leftover& leftover, QString& message) const;
+    /// when it cannot be read, or the image of one of its slices. A message beside a stack says what may be missing.
+    /// The recovery file and the journal stay until discard().
+    VRLStack* recover(const Leftover& leftover, QString& message);
 
-    /// Deletes a leftover.
+    /// Deletes a leftover, but for a journal that could not be read when it was to be recovered.
     void discard(const Leftover& leftover);
 
     /// The recovery file of an open stack; empty when there is none.
@@ -105,9 +126,9 @@ private:
     void setProblem(const QString& problem, Keeper keeper = Files);
     QString fileOf(const VRLStack& stack);
     QString journalOf(const VRLStack& stack) const;
-    void writeInfo(const VRLStack& stack);
-    void dropJournal(const VRLStack& stack);
-    bool rebuild(VRLStack& stack, const Leftover& leftover) const;
+    void writeInfo(const VRLStack& stack, int numRecords = -1);
+    void closeJournal(const VRLStack& stack);
+    bool rebuild(VRLStack& stack, const Leftover& leftover, QString& message);
     bool readFile(VRLStack& stack, const Leftover& leftover, QString& message) const;
     void writeEntry(const Entry& entry, const VRLStack& stack);
     void remove(const VRLStack& stack);
@@ -116,13 +137,15 @@ private:
     QString __sessionDirectory;
     std::unique_ptr<QLockFile> __lock;
     QTimer __timer;
-    QThreadPool __writers;
     std::map<const VRLStack*, Entry> __entries;
     std::map<const VRLStack*, QString> __files; // the recovery file of each stack that has needed one
     std::map<const VRLStack*, std::unique_ptr<StackJournal>> __journals;
+    std::set<QString> __unreadable; // recovery files of those leftovers whose journal can't be read now
+    JournalStore __history;
     int __numFiles = 0;
     QString __problems[2]; // of each keeper
     QString __problem;
+    QThreadPool __writers; // that may use what stands above
     static VRLRecovery* __running;
 };
 

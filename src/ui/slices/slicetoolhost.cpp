@@ -80,6 +80,10 @@ QAction& SliceToolHost::cancelCommand() const {
     return __mediator.getCancelCommand();
 }
 
+void SliceToolHost::showSlice(StackSlice& slice) {
+    __mediator.requestSlice(slice);
+}
+
 ProgressMonitor& SliceToolHost::monitor() const {
     return __mediator;
 }

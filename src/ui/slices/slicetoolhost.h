@@ -26,6 +26,7 @@ public:
     void requestLock(bool on) override;
     void selectionChanged() override;
     QAction& cancelCommand() const override;
+    void showSlice(StackSlice& slice) override;
     ProgressMonitor& monitor() const override;
     void toolStarts(VRLSliceEditWidgetMediatorDelegate& tool) override;
     void toolEnds(VRLSliceEditWidgetMediatorDelegate& tool) override;

@@ -276,14 +276,22 @@ void VRLImageWidgetMediator::panTo(const QPoint& origin) {
 void VRLImageWidgetMediator::zoomAt(const QPoint& position, bool in) {
     if (!__commands.action(in ? "zoom.in" : "zoom.out").isEnabled())
         return;
+    // The view begins at a whole pixel: the point is kept from notch to notch, so that roundings do not add up.
     VRLImageWidgetCanvas& canvas = getCanvas();
-    const QPointF fixed = canvas.convertToImagePoint(position);
+    const Zoomed present{position, canvas.getViewOrigin(), canvas.getZoomFactor()};
+    if (present != __zoomed)
+        __zoomPoint = canvas.convertToImagePoint(position);
     if (in)
         increaseZoomFactor();
     else
         decreaseZoomFactor();
-    const QPointF moved = canvas.convertToImagePoint(position);
-    panTo(canvas.getViewOrigin() + QPointF(fixed - moved).toPoint());
+    moveUnder(position, __zoomPoint);
+    __zoomed = {position, canvas.getViewOrigin(), canvas.getZoomFactor()};
+}
+
+void VRLImageWidgetMediator::moveUnder(const QPointF& position, const QPointF& point) {
+    const VRLImageWidgetCanvas& canvas = getCanvas();
+    panTo(canvas.getViewOrigin() + QPointF(point - canvas.convertToImagePoint(position)).toPoint());
 }
 
 // The size of the canvas is the new one already, but the canvas has not seen this event yet.

@@ -101,6 +101,10 @@ public:
     /// Moves the view, in image pixels, and lets scroll bars and listeners follow.
     void panTo(const QPoint& origin);
 
+    /// Brings this point of the image under the position on the canvas, to the nearest whole pixel, as far as the
+    /// image's border lets it.
+    void moveUnder(const QPointF& position, const QPointF& point);
+
     /// The next zoom in or out, unless it is beyond the ends, with the point at this position of the canvas staying
     /// where it is as far as the image's border lets it.
     void zoomAt(const QPoint& position, bool in);
@@ -171,6 +175,15 @@ private:
     VRLImageWidgetMediatorPixelInfoDelegate* __pixelInfoDelegate = nullptr;
     QPointer<VRLImageServer> __imageServer;
     bool __actionsEnabled = true;
+    /// Where the wheel zoomed last, and the view that it left.
+    struct Zoomed {
+        QPoint position{-1, -1};
+        QPoint origin;
+        float factor = 0;
+        bool operator==(const Zoomed&) const = default;
+    };
+    Zoomed __zoomed;
+    QPointF __zoomPoint;        // of the image, at that position
     int __wheelZoom = 0;        // wheel movement that has not made a step yet, in eighths of a degree
     QPoint __wheelScroll{0, 0}; // the same in widget units
 };

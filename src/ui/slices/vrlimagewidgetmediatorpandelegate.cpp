@@ -50,25 +50,25 @@ bool VRLImageWidgetMediatorPanDelegate::process(QEvent* event) {
 
 void VRLImageWidgetMediatorPanDelegate::mousePressEvent(QMouseEvent* event) {
     if (event->buttons() == Qt::LeftButton)
-        __lastPosition = event->position().toPoint();
+        __held = canvas().convertToImagePoint(event->position());
     anyEvent(event);
 }
 
 void VRLImageWidgetMediatorPanDelegate::mouseMoveEvent(QMouseEvent* event) {
     if (isActive() && event->buttons() == Qt::LeftButton)
-        moveTo(event->position().toPoint());
+        getMediator().moveUnder(event->position(), __held);
     anyEvent(event);
 }
 
 void VRLImageWidgetMediatorPanDelegate::tabletMoveEvent(QTabletEvent* event) {
     if (isActive() && isPenDown(*event))
-        moveTo(event->position().toPoint());
+        getMediator().moveUnder(event->position(), __held);
     anyEvent(event);
 }
 
 void VRLImageWidgetMediatorPanDelegate::tabletPressEvent(QTabletEvent* event) {
     if (isPenDown(*event))
-        __lastPosition = event->position().toPoint();
+        __held = canvas().convertToImagePoint(event->position());
     anyEvent(event);
 }
 
@@ -85,11 +85,6 @@ void VRLImageWidgetMediatorPanDelegate::keyReleaseEvent(QKeyEvent* event) {
         return;
     }
     anyEvent(event);
-}
-
-void VRLImageWidgetMediatorPanDelegate::moveTo(const QPoint& position) {
-    getMediator().panTo(canvas().getViewOrigin() + position - __lastPosition);
-    __lastPosition = position;
 }
 
 } // namespace vorlen

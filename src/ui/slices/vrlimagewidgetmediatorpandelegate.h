@@ -1,12 +1,13 @@
 #pragma once
 
-#include <QPoint>
+#include <QPointF>
 
 #include "ui/slices/vrlimagewidgetmediatordelegate.h"
 
 namespace vorlen {
 
-/// Moves the view with the left button or the pen, as long as the Space bar is held. Does not start in best fit mode.
+/// Moves the view with the left button or the pen, as long as the Space bar is held: what was taken hold of stays under
+/// the pointer. Does not start in best fit mode.
 ///
 /// Decision: when the canvas loses the keyboard with the bar held, so that its release will never be heard, panning
 /// ends there and then.
@@ -31,9 +32,7 @@ protected:
     void keyReleaseEvent(QKeyEvent* event) override;
 
 private:
-    void moveTo(const QPoint& position);
-
-    QPoint __lastPosition{0, 0};
+    QPointF __held; // the point of the image that was taken hold of
 };
 
 } // namespace vorlen

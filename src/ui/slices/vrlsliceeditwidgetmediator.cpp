@@ -19,6 +19,7 @@
 #include "ui/slices/toolmenus.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 
 namespace vorlen {
@@ -138,6 +139,10 @@ void VRLSliceEditWidgetMediator::requestLock(bool on) {
     emit lockRequested(on);
 }
 
+void VRLSliceEditWidgetMediator::requestSlice(StackSlice& slice) {
+    emit sliceRequested(slice);
+}
+
 void VRLSliceEditWidgetMediator::addContextualMenuAction(QAction* action) {
     __contextualActions.append(action);
 }
@@ -221,6 +226,16 @@ VRLSliceEditWidgetMediator::Tool& VRLSliceEditWidgetMediator::toolOf(ToolMaker m
     tool->setParent(this);
     __tools.emplace_back(make, tool);
     return *tool;
+}
+
+void VRLSliceEditWidgetMediator::resumeDrawing(const Model& model, const Vertices<int>& vertices) {
+    if (isInteracting() || __resting == nullptr)
+        return;
+    for (const auto& [maker, tool] : __tools)
+        if (auto* const creation = dynamic_cast<VRLSliceEditWidgetMediatorCreationDelegate*>(tool)) {
+            __resting->cancel();
+            return creation->resume(model, vertices);
+        }
 }
 
 void VRLSliceEditWidgetMediator::toolStarts(Tool& tool) {

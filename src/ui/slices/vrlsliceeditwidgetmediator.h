@@ -10,12 +10,14 @@
 #include <QPointer>
 
 #include "document/stacksliceselectioninfo.h"
+#include "shapes/vertices.h"
 #include "ui/slices/vrlslicewidgetmediator.h"
 
 class QContextMenuEvent;
 
 namespace vorlen {
 
+class Model;
 class SliceToolHost;
 struct ToolCommand;
 class ToolHost;
@@ -70,8 +72,14 @@ public:
     /// The same for what is selected now.
     void updateSelection();
 
+    /// Goes on with a drawing of the model on the slice that was given up, unless something else is being done.
+    void resumeDrawing(const Model& model, const Vertices<int>& vertices);
+
     /// Asks others to leave the slice alone, or gives it back.
     void requestLock(bool on);
+
+    /// Asks for another slice of the stack on the canvas.
+    void requestSlice(StackSlice& slice);
 
     /// Says in the status bar what the next input will do.
     void setHint(const QString& text);
@@ -91,6 +99,7 @@ public:
 
 signals:
     void lockRequested(const bool on);
+    void sliceRequested(StackSlice& slice);
 
 protected:
     bool canvasEvent(QEvent* event) override;

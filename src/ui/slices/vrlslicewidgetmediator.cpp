@@ -78,7 +78,8 @@ GreyScale VRLSliceWidgetMediator::greyScaleOf(const Image& image) {
 }
 
 void VRLSliceWidgetMediator::showImage(const StackSlice& slice) {
-    if (slice.isEmpty()) {
+    // A lost image of known size fails to be read, and its outlines stand where they were drawn.
+    if (slice.isEmpty() && (!slice.hasImageSource() || slice.width() < 1 || slice.height() < 1)) {
         getImageProxy().clear();
         getCanvas().imageProxyChange();
         imageProxyChange();

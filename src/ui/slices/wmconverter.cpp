@@ -134,13 +134,13 @@ BoundingBox<int> WMConverter::toWorld(const BoundingBox<int>& box) const {
 }
 
 Registration WMConverter::toModel(const Registration& registration) const {
-    return Registration(xToModel(registration.getHorShift()), yToModel(registration.getVerShift()),
-                        registration.getRotationAngle());
+    return Registration(xToModel(Maths::fround(registration.getHorShift())),
+                        yToModel(Maths::fround(registration.getVerShift())), registration.getRotationAngle());
 }
 
 Registration WMConverter::toWorld(const Registration& registration) const {
-    return Registration(xToWorld(registration.getHorShift()), yToWorld(registration.getVerShift()),
-                        registration.getRotationAngle());
+    return Registration(xToWorld(Maths::fround(registration.getHorShift())),
+                        yToWorld(Maths::fround(registration.getVerShift())), registration.getRotationAngle());
 }
 
 Vertices<int> WMConverter::toModel(const Vertices<int>& vertices) const {

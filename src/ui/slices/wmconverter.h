@@ -51,7 +51,7 @@ public:
     BoundingBox<int> toModel(const BoundingBox<int>& box) const;
     BoundingBox<int> toWorld(const BoundingBox<int>& box) const;
 
-    /// The angle stays; the shifts are converted like positions.
+    /// The angle stays; the shifts are rounded and converted like positions.
     Registration toModel(const Registration& registration) const;
     Registration toWorld(const Registration& registration) const;
 

@@ -61,6 +61,9 @@ public:
     /// The command by which the user ends what runs, for windows of a tool.
     virtual QAction& cancelCommand() const = 0;
 
+    /// Brings another slice of the stack onto the canvas.
+    virtual void showSlice(StackSlice& slice) = 0;
+
     /// Hears of the progress of long work.
     virtual ProgressMonitor& monitor() const = 0;
 

@@ -83,6 +83,10 @@ bool wholePolygon(const Selected& selected) {
            selected.selectionGeometry() == PolygonPrimitive;
 }
 
+bool onePolygon(const Selected& selected) {
+    return oneItem(selected) && selected.selectionGeometry() == PolygonPrimitive;
+}
+
 bool wholeContour(const Selected& selected) {
     return wholePolygon(selected) || (!selected.multipleSelection() && !selected.partialSelection() &&
                                       selected.selectionGeometry() == PolylinePrimitive);
@@ -121,6 +125,11 @@ const std::vector<ToolCommand>& toolCommands() {
         {{.id = "edit.split", .text = "Split contour", .tip = "Cut a contour in two along a line"}, Edit, wholePolygon, make<Split>, run},
         {{.id = "edit.smooth", .text = "Smooth (Fourier)", .tip = "Keep the low frequencies of the contour"}, Edit, wholePolygon, make<Fourier>, run},
         {{.id = "edit.snake", .text = "Run Snake", .tip = "Let the contour find the edges of the image", .keys = "S"}, Edit, wholePolygon, make<Snake>, run},
+        {{.id = "copy.next", .text = "Copy to next slice", .tip = "Copy what is selected to the next slice, and go there", .keys = "Shift+PgUp"}, Edit, something, make<Selection>, call(&Selection::copyToNextSlice)},
+        {{.id = "copy.previous", .text = "Copy to previous slice", .tip = "Copy what is selected to the previous slice, and go there", .keys = "Shift+PgDown"}, Edit, something, make<Selection>, call(&Selection::copyToPreviousSlice)},
+        {{.id = "copy.slices", .text = "Copy to slices...", .tip = "Copy what is selected to several slices before and after this one"}, Edit, something, make<Selection>, call(&Selection::copyToSlices)},
+        {{.id = "gap.fill", .text = "Fill gap", .tip = "Outline the model on the slices between this outline and the next one", .keys = "G"}, Edit, onePolygon, make<Selection>, call(&Selection::fillGap)},
+        {{.id = "gap.fillAll", .text = "Fill all gaps", .tip = "Outline the model on all slices that lack it between others", .keys = "Shift+G"}, Edit, onePolygon, make<Selection>, call(&Selection::fillAllGaps)},
         {{.id = "select.model", .text = "Select", .tip = "Select the items of a model on this slice"}, Top, nothing, make<Selection>, call(&Selection::selectModelItems), ToolModels::OfSlice},
         {{.id = "convert", .text = "Convert", .tip = "Give what is selected to another model"}, Top, oneGeometry, make<Selection>, call(&Selection::convertSelection), ToolModels::OfStack, isOfThatGeometry},
         {{.id = "delete", .text = "Delete", .tip = "Delete what is selected", .keys = "Delete"}, Top, something, make<Selection>, call(&Selection::removeSelection)},

@@ -38,12 +38,12 @@ QInputBox* VRLContourToolDialog::addBox(const QString& label, int minimum, int m
     return box;
 }
 
-void VRLContourToolDialog::addButtons() {
+void VRLContourToolDialog::addButtons(const QString& cancelTip, const QString& okTip) {
     auto* const cancel = new QPushButton("Cancel", this);
-    cancel->setToolTip("Leaves the contour as it was");
+    cancel->setToolTip(cancelTip);
     cancel->setAutoDefault(false);
     auto* const ok = new QPushButton("OK", this);
-    ok->setToolTip("Gives the contour the vertices of the preview");
+    ok->setToolTip(okTip);
     ok->setDefault(true);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(ok, &QPushButton::clicked, this, &QDialog::accept);

@@ -20,7 +20,8 @@ protected:
     QInputBox* addBox(const QString& label, int minimum, int maximum, const QString& suffix, const QString& toolTip);
 
     /// After all boxes.
-    void addButtons();
+    void addButtons(const QString& cancelTip = "Leaves the contour as it was",
+                    const QString& okTip = "Gives the contour the vertices of the preview");
 
 private:
     QVBoxLayout* __layout;

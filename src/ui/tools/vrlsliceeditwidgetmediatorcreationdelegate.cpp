@@ -21,6 +21,8 @@ namespace vorlen {
 
 namespace {
 
+const char* const givenUpHint = "The drawing was given up. Undo (Ctrl+Z) brings it back.";
+
 bool isPenDown(const QTabletEvent& event) {
     return event.pointerType() == QPointingDevice::PointerType::Pen && event.pressure() > 0.25;
 }
@@ -36,11 +38,27 @@ void VRLSliceEditWidgetMediatorCreationDelegate::activate(const QString& modelNa
     if (stack() == nullptr)
         return;
     const int index = stack()->findModel(modelName.toStdString());
+    if (index >= 0)
+        begin(stack()->getModel(index));
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::resume(const Model& model, const Vertices<int>& vertices) {
+    if (isActive() || stack() == nullptr)
+        return;
+    const int index = stack()->findModel(model);
     if (index < 0)
         return;
+    begin(stack()->getModel(index));
+    __item->setVertices(vertices);
+    __resumed = vertices;
+    canvas().update();
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::begin(Model& model) {
     VRLSliceEditWidgetMediatorDelegate::activate();
+    __resumed.reset();
     __item = std::make_unique<ModelItem>();
-    __item->setModel(&stack()->getModel(index));
+    __item->setModel(&model);
     __item->setSlice(slice());
     host().setPreview(__item.get());
     canvas().setFocus();
@@ -64,8 +82,35 @@ void VRLSliceEditWidgetMediatorCreationDelegate::deactivate() {
 void VRLSliceEditWidgetMediatorCreationDelegate::cancel() {
     if (!isActive())
         return;
+    const bool kept = keep();
+    end();
+    if (kept)
+        host().setHint(givenUpHint);
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::abandon() {
+    if (isActive())
+        end();
+}
+
+/// In the history, to be had back. Not a second time what came back from there and has not changed since.
+bool VRLSliceEditWidgetMediatorCreationDelegate::keep() {
+    if (stack() == nullptr || slice() == nullptr || __item->getSize() == 0)
+        return false;
+    const Vertices<int>& drawn = __item->getVertices();
+    bool same = __resumed && __resumed->getNumVertices() == drawn.getNumVertices();
+    for (int i = 0; same && i < drawn.getNumVertices(); ++i)
+        same = (*__resumed)[i] == drawn[i];
+    if (same)
+        return false;
+    keepDiscardedDrawing(*stack(), *slice(), *__item->getModel(), drawn);
+    return true;
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::end() {
     host().setPreview(nullptr);
     __item.reset();
+    __resumed.reset();
     canvas().update();
     deactivate();
 }
@@ -78,17 +123,22 @@ void VRLSliceEditWidgetMediatorCreationDelegate::apply() {
         return cancel();
     const QPointer<VRLSliceEditWidgetMediatorCreationDelegate> self(this);
     std::exception_ptr failure;
+    bool created = false;
     try {
         const Outcome outcome = createItem(*stack(), *slice(), *__item->getModel(), __item->getVertices(),
                                            VRLPreferences::autoDecimationEnabled());
+        created = bool(outcome);
         if (!outcome)
             warn("User error", QString::fromStdString(outcome.getReason()) + "\n\nCreation canceled.");
     } catch (...) {
         failure = std::current_exception();
     }
-    if (!self)
+    if (!self || !isActive())
         return;
-    cancel();
+    const bool kept = !created && keep();
+    end();
+    if (kept)
+        host().setHint(givenUpHint);
     if (failure)
         guarded(&canvas(), "What was drawn cannot be added.", [&failure] { std::rethrow_exception(failure); });
 }
@@ -109,10 +159,8 @@ void VRLSliceEditWidgetMediatorCreationDelegate::appendVertex(const QPoint& posi
 void VRLSliceEditWidgetMediatorCreationDelegate::removeLastVertex() {
     if (!isActive() || __item->getSize() == 0)
         return;
-    if (__item->getSize() == 1) {
-        cancel();
-        return;
-    }
+    if (__item->getSize() == 1)
+        return end();
     __item->removeVertex(__item->getSize() - 1);
     canvas().update();
 }

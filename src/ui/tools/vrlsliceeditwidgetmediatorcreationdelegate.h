@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "document/modelitem.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
@@ -10,6 +11,9 @@ namespace vorlen {
 class Model;
 
 /// Draws a new item of a model: by clicks, with the button held, or with the pen.
+///
+/// A drawing that the user gives up, or that is refused, is kept in the history of its stack: undoing shows it again,
+/// to be gone on with. Given up once more as it was, it does not stand in the way of undoing what came before.
 ///
 /// Decisions: nothing starts for an unknown model, or on a slice whose stack keeps no history. The press of the right
 /// button that gives a drawing up does not open the context menu too. A drawing is given up when its model or its slice
@@ -26,6 +30,9 @@ public:
     void activate(const QString& modelName);
     void deactivate() override;
 
+    /// Goes on with a drawing that was given up.
+    void resume(const Model& model, const Vertices<int>& vertices);
+
     /// Ends with the item in the document, as a step of its history, or with a refusal.
     void apply();
 
@@ -41,6 +48,9 @@ public:
     using VRLSliceEditWidgetMediatorDelegate::isAbout;
     bool isAbout(const Model& model) const override;
 
+    /// Without keeping what is drawn: its model or its slice goes.
+    void abandon() override;
+
 public slots:
     void cancel() override;
 
@@ -55,9 +65,13 @@ protected:
 
 private:
     bool isPointSet() const;
+    void begin(Model& model);
+    bool keep();
+    void end();
 
     std::unique_ptr<ModelItem> __item;
-    bool __menuPending = false; // the context menu of the press that ended a drawing
+    std::optional<Vertices<int>> __resumed; // as the drawing was when it came back
+    bool __menuPending = false;             // the context menu of the press that ended a drawing
 };
 
 } // namespace vorlen

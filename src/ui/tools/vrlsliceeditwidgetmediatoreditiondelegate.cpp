@@ -4,6 +4,7 @@
 #include <QActionGroup>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
@@ -29,6 +30,11 @@ const std::vector<CommandInfo>& pointEditionCommands() {
          .tip = "Click or drag over vertices to delete them",
          .icon = "deletepoints",
          .checkable = true},
+        {.id = "points.undo",
+         .text = "Undo",
+         .tip = "Take back the last change of this edition: Ctrl+Z",
+         .icon = "undo"},
+        {.id = "points.redo", .text = "Redo", .tip = "Do again what was taken back: Ctrl+Shift+Z", .icon = "redo"},
         {.id = "points.end", .text = "End edition", .tip = "Keep the contour as it is now"},
     };
     return commands;
@@ -42,6 +48,8 @@ VRLSliceEditWidgetMediatorEditionDelegate::VRLSliceEditWidgetMediatorEditionDele
     __commands.bind("points.move", [this] { setMoveMode(); });
     __commands.bind("points.insert", [this] { setInsertMode(); });
     __commands.bind("points.delete", [this] { setDeleteMode(); });
+    __commands.bind("points.undo", [this] { undo(); }).enableWhen([this] { return __numDone > 0; });
+    __commands.bind("points.redo", [this] { redo(); }).enableWhen([this] { return __numUndone > 0; });
     __commands.bind("points.end", [this] { cancel(); });
     __commands.update();
     auto* const group = new QActionGroup(this);
@@ -66,6 +74,9 @@ void VRLSliceEditWidgetMediatorEditionDelegate::activate() {
         return;
     VRLSliceEditWidgetMediatorDelegate::activate();
     __item = selected.back();
+    __numDone = __numUndone = 0;
+    __steps = connect(stack()->history(), &VRLActionHistory::recorded, this, &Delegate::countStep);
+    __commands.update();
     setMoveMode();
     __commands.action("points.move").setChecked(true);
     QGuiApplication::setOverrideCursor(Qt::PointingHandCursor);
@@ -80,6 +91,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::deactivate() {
     QGuiApplication::restoreOverrideCursor();
     host().setEditMode(QString());
     host().setRestingHint();
+    disconnect(__steps);
     {
         const QScopedValueRollback own(__ownChange, true);
         __drag.reset();
@@ -100,6 +112,49 @@ void VRLSliceEditWidgetMediatorEditionDelegate::setInsertMode() {
 
 void VRLSliceEditWidgetMediatorEditionDelegate::setDeleteMode() {
     setMode(DeleteMode);
+}
+
+void VRLSliceEditWidgetMediatorEditionDelegate::undo() {
+    finishMove();
+    if (isActive() && stack() != nullptr && __numDone > 0)
+        stack()->history()->undo();
+}
+
+void VRLSliceEditWidgetMediatorEditionDelegate::redo() {
+    finishMove();
+    if (isActive() && stack() != nullptr && __numUndone > 0)
+        stack()->history()->redo();
+}
+
+void VRLSliceEditWidgetMediatorEditionDelegate::countStep(VRLActionHistory::Change change) {
+    switch (change) {
+    case VRLActionHistory::Change::Step:
+        ++__numDone;
+        __numUndone = 0;
+        break;
+    case VRLActionHistory::Change::Undo:
+        --__numDone;
+        ++__numUndone;
+        break;
+    case VRLActionHistory::Change::Redo:
+        ++__numDone;
+        --__numUndone;
+        break;
+    case VRLActionHistory::Change::Clear:
+        __numDone = __numUndone = 0;
+    }
+    __commands.update();
+}
+
+/// The window's own commands for undo and redo rest while something is edited, so that their keys come here.
+void VRLSliceEditWidgetMediatorEditionDelegate::keyPressEvent(QKeyEvent* event) {
+    const QKeySequence keys(event->keyCombination());
+    const bool back = keys == QKeySequence(Qt::CTRL | Qt::Key_Z);
+    if (!acts() ||
+        (!back && keys != QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z) && keys != QKeySequence(Qt::CTRL | Qt::Key_R)))
+        return anyEvent(event);
+    event->accept();
+    back ? undo() : redo();
 }
 
 bool VRLSliceEditWidgetMediatorEditionDelegate::isAbout(const Model& model) const {
@@ -176,7 +231,9 @@ void VRLSliceEditWidgetMediatorEditionDelegate::contextMenuEvent(QContextMenuEve
     event->accept();
     finishMove(); // the menu takes the release
     QMenu menu;
-    __commands.fill(menu, {"", {"points.move", "points.insert", "points.delete", commandSeparator, "points.end"}});
+    __commands.fill(menu, {"",
+                           {"points.move", "points.insert", "points.delete", commandSeparator, "points.undo",
+                            "points.redo", commandSeparator, "points.end"}});
     menu.exec(event->globalPos());
 }
 
@@ -194,7 +251,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::setMode(Mode mode) {
 
 void VRLSliceEditWidgetMediatorEditionDelegate::startMove(const Vector<int>& point) {
     finishMove();
-    const int index = __item->findNearestVertex(point, 10);
+    const int index = __item->findNearestVertex(point, clickTolerance());
     if (index >= 0 && stack() != nullptr)
         __drag.emplace(*stack(), *__item, index);
 }

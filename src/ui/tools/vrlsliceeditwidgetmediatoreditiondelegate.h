@@ -5,6 +5,7 @@
 
 #include <QPointer>
 
+#include "editing/history/vrlactionhistory.h"
 #include "editing/operations/vertexoperations.h"
 #include "ui/commands/commandregistry.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
@@ -17,7 +18,8 @@ class ModelItem;
 /// Its commands, for the tool bar, the context menu, and the list of shortcuts.
 const std::vector<CommandInfo>& pointEditionCommands();
 
-/// Moves, inserts and deletes vertices of the selected item.
+/// Moves, inserts and deletes vertices of the selected item. What it has done itself can be undone and redone
+/// meanwhile, by the keys of the program or its own commands; what was done before it began cannot.
 ///
 /// Decisions: nothing starts without a selected item or a history. An end in the middle of a drag takes the drag back.
 /// The item is let go as soon as it leaves the document; when its vertices change from outside, a drag under way ends
@@ -49,8 +51,11 @@ public slots:
     void setMoveMode();
     void setInsertMode();
     void setDeleteMode();
+    void undo();
+    void redo();
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -58,6 +63,7 @@ protected:
 
 private:
     void setMode(Mode mode);
+    void countStep(VRLActionHistory::Change change);
     void startMove(const Vector<int>& point);
     void moveTo(const Vector<int>& point);
     void finishMove();
@@ -70,6 +76,9 @@ private:
     ModelItem* __item = nullptr;
     std::optional<VertexDrag> __drag;
     bool __ownChange = false;
+    int __numDone = 0; // steps of this edition that can be undone, and redone
+    int __numUndone = 0;
+    QMetaObject::Connection __steps;
     CommandRegistry __commands{*this};
     QPointer<VRLVertexEditionToolBar> __toolBar;
 };

@@ -12,9 +12,13 @@
 #include "document/stacksliceselectioninfo.h"
 #include "editing/actions/vrlselectionaction.h"
 #include "editing/bus/vrlsliceevent.h"
+#include "editing/operations/copyoperations.h"
+#include "editing/operations/gapfilling.h"
 #include "editing/operations/itemoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/vrlmodelitemdialog.h"
+#include "ui/tools/vrlcopydialog.h"
+#include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
 
@@ -184,6 +188,71 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::removeSelection() {
     for (const std::string& refusal : refusals)
         if (self)
             warn("Vertex suppresion", QString::fromStdString(refusal));
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::copyToNeighbour(int direction) {
+    if (stack() == nullptr)
+        return;
+    const int rank = stack()->findSlice(*slice()) + direction;
+    if (rank < 0 || rank >= stack()->getNumSlices()) {
+        host().setHint(direction > 0 ? "This is the last slice." : "This is the first slice.");
+        return;
+    }
+    StackSlice& target = stack()->getSlice(rank);
+    const Outcome outcome = copySelection(*stack(), *slice(), {&target});
+    if (outcome)
+        host().showSlice(target);
+    else
+        warnUnlessDone("Copy to slice", outcome);
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::copyToSlices() {
+    if (stack() == nullptr)
+        return;
+    const int rank = stack()->findSlice(*slice());
+    const QPointer<QObject> self(this);
+    const QPointer<VRLCopyDialog> dialog = new VRLCopyDialog(&canvas(), rank, stack()->getNumSlices() - 1 - rank);
+    const bool accepted = dialog->exec() == QDialog::Accepted && self && dialog && stack() != nullptr;
+    const int before = accepted ? dialog->getNumBefore() : 0, behind = accepted ? dialog->getNumBehind() : 0;
+    delete dialog;
+    if (!accepted)
+        return;
+    const Outcome outcome = copySelectionAround(*stack(), *slice(), before, behind);
+    if (outcome)
+        host().setHint(QString("Copied to %1 slices.").arg(before + behind));
+    else
+        warnUnlessDone("Copy to slices", outcome);
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::fillGap() {
+    ModelItem* const item = stack() != nullptr ? slice()->getSelectedItem() : nullptr;
+    if (item == nullptr)
+        return;
+    Model& model = *item->getModel();
+    const int rank = stack()->findSlice(*slice());
+    const int other = otherSideOfGap(*stack(), model, rank);
+    if (other < 0)
+        return host().setHint("There is no other outline of " + modelName(*item) + " beyond a gap.");
+    const WaitCursor cursor;
+    const Outcome outcome = vorlen::fillGap(*stack(), model, rank, other);
+    if (outcome)
+        host().setHint(QString("%1 outlined on the slices up to %2.")
+                           .arg(modelName(*item), QString::fromStdString(stack()->getSlice(other).getName())));
+    else
+        warnUnlessDone("Fill gap", outcome);
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::fillAllGaps() {
+    ModelItem* const item = stack() != nullptr ? slice()->getSelectedItem() : nullptr;
+    if (item == nullptr)
+        return;
+    const WaitCursor cursor;
+    int numFilled = 0;
+    const Outcome outcome = vorlen::fillAllGaps(*stack(), *item->getModel(), numFilled);
+    if (outcome)
+        host().setHint(QString("%1 outlined on %2 more slices.").arg(modelName(*item)).arg(numFilled));
+    else
+        warnUnlessDone("Fill all gaps", outcome);
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::decimateSelection() {

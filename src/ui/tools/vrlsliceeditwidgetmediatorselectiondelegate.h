@@ -54,6 +54,19 @@ public slots:
     void convertSelection(const QString& modelName);
     void removeSelection();
 
+    /// Copies what is selected to where it lies on the next or the previous slice, and goes there, where the copies are
+    /// what is selected.
+    void copyToNextSlice() { copyToNeighbour(1); }
+    void copyToPreviousSlice() { copyToNeighbour(-1); }
+
+    /// Copies what is selected to slices before and behind this one; a dialog asks how many.
+    void copyToSlices();
+
+    /// Outlines the model of what is selected on the slices between this one and the next, or the previous, on which it
+    /// is outlined; and on all slices that lack it between others.
+    void fillGap();
+    void fillAllGaps();
+
     /// Takes the vertices in line with their neighbours out of the selected contours.
     void decimateSelection();
     void editSelectionProperties();
@@ -64,6 +77,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
+    void copyToNeighbour(int direction);
     void forgetPress();
     void removeBand();
     std::vector<ModelItem*> itemsNear(const Vector<int>& position) const;

@@ -1,7 +1,9 @@
 #include "ui/tools/vrlvertexeditiontoolbar.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 
 namespace vorlen {
 
@@ -19,6 +21,10 @@ VRLVertexEditionToolBar::VRLVertexEditionToolBar(QWidget* parent)
 
 void VRLVertexEditionToolBar::addAction(QAction* action) {
     __toolBar->addAction(action);
+}
+
+void VRLVertexEditionToolBar::keyPressEvent(QKeyEvent* event) {
+    QCoreApplication::sendEvent(parentWidget(), event);
 }
 
 void VRLVertexEditionToolBar::closeEvent(QCloseEvent* event) {

@@ -20,6 +20,8 @@ signals:
     void closed();
 
 protected:
+    /// Passed on to the parent, where keys are looked after.
+    void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:

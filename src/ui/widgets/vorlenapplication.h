@@ -4,6 +4,9 @@
 #include <locale>
 
 #include <QApplication>
+#include <QEvent>
+#include <QLabel>
+#include <QMessageBox>
 #include <QSurfaceFormat>
 
 namespace vorlen {
@@ -13,6 +16,9 @@ namespace vorlen {
 /// It asks for the OpenGL that the canvases draw with before anything can make a context, takes the names under which
 /// the settings are kept, and puts the classic locale back in the place of the user's, which Qt has installed: numbers
 /// in files have a point.
+///
+/// Texts of labels and message boxes are plain, unless they were made something else: the name of a file or a model may
+/// look like a text with marks.
 class VorlenApplication : public QApplication {
 public:
     VorlenApplication(int& argc, char** argv) : QApplication(withSurfaceFormat(argc), argv) {
@@ -30,6 +36,16 @@ public:
         format.setDepthBufferSize(24);
         format.setSamples(4);
         return format;
+    }
+
+    bool notify(QObject* receiver, QEvent* event) override {
+        if (event->type() == QEvent::Polish) {
+            if (auto* const label = qobject_cast<QLabel*>(receiver); label && label->textFormat() == Qt::AutoText)
+                label->setTextFormat(Qt::PlainText);
+            if (auto* const box = qobject_cast<QMessageBox*>(receiver); box && box->textFormat() == Qt::AutoText)
+                box->setTextFormat(Qt::PlainText);
+        }
+        return QApplication::notify(receiver, event);
     }
 
 private:

@@ -31,6 +31,7 @@
 #include "editing/bus/vrlstackevent.h"
 #include "editing/history/editstep.h"
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/itemoperations.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
@@ -49,13 +50,17 @@
 #include "ui/commands/shortcutsdialog.h"
 #include "ui/models/vrlslicelistwidget.h"
 #include "ui/models/vrlstacklistwidget.h"
+#include "ui/registration/vrlregistrationmediator.h"
+#include "ui/registration/vrlregistrationwindow.h"
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/scenes/vrlrenderingpaintergl.h"
 #include "ui/scenes/vrlrenderingwindow.h"
+#include "ui/session/vrlrecovery.h"
 #include "ui/session/vrlsettings.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
+#include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
 #include "ui/tools/vrlsliceeditwidgetmediatorsnakedelegate.h"
 
 namespace vorlen {
@@ -128,7 +133,7 @@ protected:
             texts += widget->item(i)->text();
         return texts;
     }
-    void key(Qt::Key k, Qt::KeyboardModifiers modifiers) {
+    void key(Qt::Key k, Qt::KeyboardModifiers modifiers = {}) {
         // Without a window manager nobody else makes it the active one.
         QApplication::setActiveWindow(window);
         QTest::keyClick(window, k, modifiers);
@@ -179,7 +184,8 @@ TEST_F(VRLRootWindowTest, commandsAreSoundAndListed) {
     auto* const list = dialogs[0]->findChild<QTreeWidget*>();
     for (int i = 0; i < list->topLevelItemCount(); ++i)
         windows += list->topLevelItem(i)->text(0);
-    EXPECT_EQ(windows, (QStringList{"Main window", "Slice editor", "Rendering window", "Analysis window"}));
+    EXPECT_EQ(windows, (QStringList{"Main window", "Slice editor", "Registration window", "Rendering window",
+                                    "Analysis window"}));
     EXPECT_FALSE(list->findItems("Edit points", Qt::MatchExactly | Qt::MatchRecursive).isEmpty());
 }
 
@@ -225,7 +231,7 @@ TEST_F(VRLRootWindowTest, commandsFollowTheState) {
     EXPECT_TRUE(enabled("stack.save"));
     EXPECT_TRUE(window->isWindowModified());
     // Commands whose part of the program is still to come.
-    for (const char* text : {"stack.register", "stack.findSpots", "stacks.normalize"})
+    for (const char* text : {"stack.findSpots", "stacks.normalize"})
         EXPECT_FALSE(enabled(text)) << text;
     stack.setModified(false);
     trigger("stack.close");
@@ -234,6 +240,31 @@ TEST_F(VRLRootWindowTest, commandsFollowTheState) {
         EXPECT_FALSE(enabled(text)) << text;
     EXPECT_EQ(window->windowTitle(), "Vorlen");
     EXPECT_TRUE(listed(window->browser().sliceList()).isEmpty());
+}
+
+TEST_F(VRLRootWindowTest, registersAStackInOneWindowOfItsOwn) {
+    VRLStack& stack = open("one");
+    mediator().setSlice(stack.getSlice(1));
+    EXPECT_TRUE(enabled("stack.register"));
+    trigger("stack.register");
+    trigger("stack.register");
+    std::vector<VRLRegistrationWindow*> windows;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* opened = qobject_cast<VRLRegistrationWindow*>(widget))
+            windows.push_back(opened);
+    ASSERT_EQ(windows.size(), 1u);
+    const QPointer<VRLRegistrationWindow> registration = windows[0];
+    EXPECT_EQ(registration->getMediator().getSlice(), &stack.getSlice(1));
+    registration->getMediator().nudge(5, 0, 0);
+    registration->getMediator().apply();
+    EXPECT_TRUE(enabled("edit.undo"));
+    trigger("edit.undo"); // of the root window
+    EXPECT_TRUE(registration->getMediator().getRegistration().isNull());
+    EXPECT_TRUE(stack.getSlice(1).getRegistration().isNull());
+    stack.setModified(false);
+    trigger("stack.close");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(registration, nullptr);
 }
 
 TEST_F(VRLRootWindowTest, listAndSliderMoveThroughTheSlices) {
@@ -275,6 +306,156 @@ TEST_F(VRLRootWindowTest, undoAndRedoFollowTheHistory) {
     EXPECT_TRUE(stack.isModified()); // undoing does not clear the flag
 }
 
+// Out of view nothing happens without a word.
+TEST_F(VRLRootWindowTest, undoSaysWhatAndWhereAndGoesThere) {
+    VRLStack& stack = open("one");
+    Model& model = stack.getModel(0);
+    const auto said = [this] { return window->statusBar().message().toStdString(); };
+    ASSERT_TRUE(createItem(stack, stack.getSlice(2), model, makeVertices({{1, 1}, {9, 1}, {9, 9}})));
+    ASSERT_TRUE(deleteItem(stack, model.getItem(0)));
+    EXPECT_EQ(slice(), "s0");
+    trigger("edit.undo");
+    EXPECT_EQ(slice(), "s1");
+    EXPECT_EQ(said(), "Undone: Item deletion (model \"m\", slice \"s1\")");
+    trigger("edit.undo");
+    EXPECT_EQ(slice(), "s2");
+    EXPECT_EQ(said(), "Undone: Item creation (model \"m\", slice \"s2\")");
+    trigger("slice.first");
+    trigger("edit.redo");
+    EXPECT_EQ(slice(), "s2");
+    EXPECT_EQ(said(), "Redone: Item creation (model \"m\", slice \"s2\")");
+    trigger("edit.undo");
+    trigger("slice.first");
+    trigger("slice.delete");
+    trigger("slice.last");
+    EXPECT_EQ(slice(), "s2");
+    trigger("edit.undo");
+    EXPECT_EQ(slice(), "s0");
+    EXPECT_EQ(said(), "Undone: Delete slice (slice \"s0\")");
+    StackChange renamed;
+    renamed.name = "other";
+    ASSERT_TRUE(changeStack(stack, renamed));
+    trigger("slice.last");
+    trigger("edit.undo");
+    EXPECT_EQ(slice(), "s2"); // it is about no slice
+    EXPECT_EQ(said(), "Undone: Change stack properties");
+}
+
+TEST_F(VRLRootWindowTest, undoBringsADrawingBackThatWasGivenUp) {
+    VRLStack& stack = open("one");
+    auto* const drawing = window->sliceWidget().getMediator().findChild<VRLSliceEditWidgetMediatorCreationDelegate*>();
+    const QPoint middle = window->sliceWidget().getCanvas().rect().center();
+    ASSERT_TRUE(QTest::qWaitFor([&] {
+        drawing->activate("m");
+        drawing->appendVertex(middle);
+        const bool drawn = drawing->getItem()->getSize() > 0; // the image has come
+        if (!drawn)
+            drawing->cancel();
+        return drawn;
+    }));
+    const auto vertices = coordinates(drawing->getItem()->getVertices());
+    drawing->cancel();
+    EXPECT_FALSE(drawing->isActive());
+    EXPECT_EQ(mediator().commands().action("edit.undo").toolTip(), "Undo Drawing given up");
+    EXPECT_FALSE(stack.isModified());
+    trigger("slice.last");
+    trigger("edit.undo");
+    EXPECT_EQ(slice(), "s0");
+    ASSERT_TRUE(drawing->isActive());
+    EXPECT_EQ(coordinates(drawing->getItem()->getVertices()), vertices);
+    EXPECT_EQ(window->statusBar().message().toStdString(),
+              "Brought back: the drawing (model \"m\", slice \"s0\"). Draw on, or press Escape.");
+    drawing->cancel();
+    EXPECT_FALSE(enabled("edit.undo"));
+}
+
+TEST_F(VRLRootWindowTest, theHistoryIsClearedWhenTheUserAgrees) {
+    VRLStack& stack = open("one");
+    EXPECT_FALSE(enabled("edit.clearHistory"));
+    ASSERT_TRUE(deleteItem(stack, stack.getModel(0).getItem(0)));
+    user.thenClick("Cancel");
+    trigger("edit.clearHistory");
+    EXPECT_TRUE(enabled("edit.undo"));
+    user.thenClick("Clear History");
+    trigger("edit.clearHistory");
+    EXPECT_NE(user.seen.back().find("Forget what was done to the stack \"one\""), std::string::npos);
+    EXPECT_FALSE(enabled("edit.undo"));
+    EXPECT_FALSE(enabled("edit.clearHistory"));
+    EXPECT_EQ(stack.getModel(0).getNumItems(), 0);
+    EXPECT_TRUE(stack.isModified());
+}
+
+// What is done in one window is saved in the other, and asked about where somebody else has written meanwhile.
+TEST_F(VRLRootWindowTest, twoWindowsAndAForeignWriterOnOneFile) {
+    VRLStack& stack = open("one");
+    trigger("window.new");
+    VRLRootWindow* other = otherWindow();
+    other->mediator().openStack(folder.filePath("one.sdf"));
+    ASSERT_EQ(other->mediator().currentStack(), &stack); // once, in both
+    const auto read = [this](const char* name) {
+        QFile file(folder.filePath(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll();
+    };
+    const auto draw = [&stack] {
+        return bool(createItem(stack, stack.getSlice(0), stack.getModel(0), makeVertices({{1, 1}, {9, 1}, {9, 9}})));
+    };
+    ASSERT_TRUE(draw());
+    vorlen::trigger(other->mediator().commands(), "stack.save");
+    EXPECT_FALSE(stack.isModified());
+    EXPECT_FALSE(enabled("stack.save"));
+    const QByteArray ours = read("one.sdf");
+    EXPECT_EQ(ours.count("MODELITEMDATA"), 2);
+
+    const QByteArray foreign = ours + "# theirs\n";
+    writeStack("one", "");
+    QFile file(folder.filePath("one.sdf"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(foreign);
+    file.close();
+    ASSERT_TRUE(draw());
+    user.thenClick("Cancel");
+    vorlen::trigger(other->mediator().commands(), "stack.save");
+    EXPECT_EQ(user.seen.back().rfind("File has changed", 0), 0u);
+    EXPECT_EQ(read("one.sdf"), foreign);
+    EXPECT_TRUE(stack.isModified());
+    user.thenClick("Overwrite");
+    trigger("stack.save");
+    EXPECT_EQ(read("one.sdf").count("MODELITEMDATA"), 3);
+    EXPECT_EQ(read("one.sdf~1"), foreign);
+    EXPECT_EQ(read("one.sdf~2").count("MODELITEMDATA"), 1);
+    EXPECT_FALSE(stack.isModified());
+}
+
+// Saved, closed and opened again, here as by any user.
+TEST_F(VRLRootWindowTest, stepsCanBeUndoneWhenTheFileIsOpenedAgain) {
+    VRLRecovery recovery(folder.filePath("state/recovery"));
+    VRLStack& stack = open("one");
+    ASSERT_TRUE(deleteItem(stack, stack.getModel(0).getItem(0)));
+    trigger("stack.save");
+    trigger("stack.close");
+    VRLStack& again = open("one");
+    EXPECT_EQ(window->statusBar().message(), "The last step before one.sdf was closed can be undone.");
+    EXPECT_FALSE(again.isModified());
+    trigger("edit.undo");
+    EXPECT_EQ(again.getModel(0).getNumItems(), 1);
+    EXPECT_EQ(slice(), "s1");
+    EXPECT_TRUE(again.isModified());
+    trigger("stack.save");
+    trigger("stack.close");
+    QFile other(folder.filePath("one.sdf"));
+    ASSERT_TRUE(other.open(QIODevice::ReadWrite));
+    QByteArray text = other.readAll();
+    text.replace("20,20", "21,20");
+    other.seek(0);
+    other.write(text);
+    other.close();
+    open("one");
+    EXPECT_FALSE(enabled("edit.redo"));
+    EXPECT_TRUE(window->statusBar().message().contains("perhaps changed by another program"));
+    trigger("stack.close");
+}
+
 // Names of the stack and of its slice, in the lists and on the status bar.
 TEST_F(VRLRootWindowTest, whatIsUndoneShowsEverywhere) {
     VRLStack& stack = open("one");
@@ -298,6 +479,33 @@ TEST_F(VRLRootWindowTest, whatIsUndoneShowsEverywhere) {
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(shown(), before);
     EXPECT_FALSE(enabled("edit.undo"));
+}
+
+TEST_F(VRLRootWindowTest, keysLeadThroughTheSlicesAndTakeCopiesAlong) {
+    VRLStack& stack = open("one"); // three slices
+    window->sliceWidget().getCanvas().setFocus();
+    const std::vector<std::pair<Qt::Key, const char*>> walk = {{Qt::Key_PageUp, "s1"},
+                                                               {Qt::Key_End, "s2"},
+                                                               {Qt::Key_PageUp, "s2"},
+                                                               {Qt::Key_PageDown, "s1"},
+                                                               {Qt::Key_Home, "s0"}};
+    for (const auto& [code, name] : walk) {
+        key(code);
+        EXPECT_EQ(slice(), name);
+    }
+    addItem(stack.getModel(0), stack.getSlice(0), {{2, 2}, {2, 6}, {6, 6}});
+    const int before = stack.getModel(0).getNumItems();
+    key(Qt::Key_A, Qt::ControlModifier);
+    const int taken = stack.getSlice(0).getNumItems();
+    const int there = stack.getSlice(1).getNumItems();
+    key(Qt::Key_PageUp, Qt::ShiftModifier);
+    EXPECT_EQ(slice(), "s1");
+    EXPECT_EQ(stack.getSlice(1).getNumItems(), there + taken);
+    key(Qt::Key_PageUp, Qt::ShiftModifier); // what was copied is selected: on to the next
+    EXPECT_EQ(slice(), "s2");
+    key(Qt::Key_Z, Qt::ControlModifier);
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(stack.getModel(0).getNumItems(), before);
 }
 
 TEST_F(VRLRootWindowTest, aDeletedSliceComesBackByUndo) {

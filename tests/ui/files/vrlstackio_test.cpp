@@ -110,7 +110,8 @@ TEST_F(VRLStackIOTest, aMissingFileOpensNothingAndSaysSo) {
     EXPECT_EQ(numOpen(), 0);
 }
 
-TEST_F(VRLStackIOTest, problemsAreShownAndOnlyFatalOnesKeepTheStackOut) {
+// A lost image keeps nothing out: the stack opens, is saved as it was, and gets the image back from another folder.
+TEST_F(VRLStackIOTest, aStackWithLostImagesOpensAndFindsThem) {
     write("odd.sdf", stackText("a", "b") + "NONSENSE 1;\n");
     write("bad.sdf", stackText("a", "missing"));
     QString shown;
@@ -122,10 +123,32 @@ TEST_F(VRLStackIOTest, problemsAreShownAndOnlyFatalOnesKeepTheStackOut) {
     EXPECT_NE(io.openStack(path("odd.sdf")), nullptr);
     EXPECT_EQ(shown, "Error on NONSENSE: unknown keyword (ignored). (line 6, slice \"b\")");
     user.then(readAndClose);
-    EXPECT_EQ(io.openStack(path("bad.sdf")), nullptr);
+    VRLStack* const bad = io.openStack(path("bad.sdf"));
+    ASSERT_NE(bad, nullptr);
     EXPECT_TRUE(shown.contains("missing.tif")) << shown.toStdString();
     EXPECT_EQ(user.seen, (Names{"Stack error messages", "Stack error messages"}));
-    EXPECT_EQ(numOpen(), 1);
+    EXPECT_EQ(numOpen(), 2);
+    EXPECT_FALSE(bad->isModified());
+    EXPECT_TRUE(io.writeStack(*bad, path("bad.sdf")));
+    EXPECT_TRUE(read("bad.sdf").contains("SLICE \"missing\" \"missing.tif\";"));
+
+    VRLStackServer::stackServer.removeStack(*bad);
+    ASSERT_TRUE(QDir(folder.path()).mkdir("new"));
+    ASSERT_TRUE(QFile::copy(folder.filePath("c.tif"), folder.filePath("new/missing.tif")));
+    user.then([](QWidget& dialog) { ModalScript::click(dialog, "Find images..."); });
+    user.thenChoose({folder.filePath("new")});
+    VRLStack* const found = io.openStack(path("bad.sdf"));
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(user.seen.back(), "Find images");
+    EXPECT_FALSE(found->getSlice(1).isEmpty());
+    EXPECT_EQ(found->getSlice(1).width(), 6);
+    EXPECT_TRUE(found->isModified());
+    found->history()->undo();
+    EXPECT_TRUE(found->getSlice(1).isEmpty());
+    user.thenChoose({folder.path()});
+    user.thenClick("OK");
+    EXPECT_FALSE(io.findImages(*found));
+    EXPECT_NE(user.seen.back().find("None of the images is in this folder"), std::string::npos) << user.seen.back();
 }
 
 TEST_F(VRLStackIOTest, theOpenDialogOpensAllFilesAndGivesTheLast) {
@@ -279,7 +302,8 @@ TEST_F(VRLStackIOTest, aVolumeBecomesAStackOfItsPlanes) {
     EXPECT_EQ(stack->getLengthUnit().getScale(), -6);
     EXPECT_TRUE(stack->isModified());
 
-    EXPECT_THROW(io.newStackFromFile(path("ab.sdf")), FileFormatError);
+    write("text.vm", "no volume");
+    EXPECT_THROW(io.newStackFromFile(path("text.vm")), FileError);
     QFile::resize(folder.filePath("v.vm"), QFile(folder.filePath("v.vm")).size() - 4);
     EXPECT_THROW(io.newStackFromFile(path("v.vm")), FileFormatError);
     user.thenChoose({folder.filePath("v.vm")});

@@ -1,5 +1,7 @@
 #include "ui/imageserver/imageserverfixture.h"
 
+#include <algorithm>
+
 #include "images/files/imagesourcefilemosaic.h"
 #include "support/recordingmonitor.h"
 #include "ui/imageserver/vrlimagereader.h"
@@ -66,10 +68,13 @@ TEST_F(ImageWorkers, theReaderReportsOneStartOneEndAndRisingProgressWhateverTheK
     EXPECT_EQ(reports[30], "100/100");
     EXPECT_EQ(reports.back(), "finished ");
 
-    // A file of the in-house format, too.
+    // A file of the in-house format is no other.
     ImageSourceFile raw;
     raw.setFilename(folder.write("a.img", std::string("000000000000") + std::string(512 * 512, 'x')));
-    EXPECT_EQ(reportsOf(raw, image).size(), 102u);
+    const std::vector<std::string> rawReports = reportsOf(raw, image);
+    EXPECT_EQ(rawReports.front(), "started ");
+    EXPECT_EQ(rawReports.back(), "finished ");
+    EXPECT_EQ(std::count(rawReports.begin(), rawReports.end(), "started "), 1);
     EXPECT_EQ(image.getPixels()[511][511], 'x');
 }
 

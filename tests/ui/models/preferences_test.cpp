@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QColorDialog>
+#include <QLabel>
 #include <QSpinBox>
 #include <QTest>
 
@@ -35,6 +36,12 @@ protected:
 };
 
 } // namespace
+
+TEST_F(VRLPreferencesDialogTest, namesTheFoldersOfWhatIsKept) {
+    const QString text = control<QLabel>(*dialog, "Folders").text();
+    const QString state = qEnvironmentVariable("XDG_STATE_HOME") + "/vorlen/";
+    EXPECT_TRUE(text.contains(state + "recovery") && text.contains(state + "history")) << text.toStdString();
+}
 
 TEST_F(VRLPreferencesDialogTest, applyStoresEveryFieldAndTellsIt) {
     auto& backups = control<QSpinBox>(*dialog, "Maximum number of backup files");

@@ -5,6 +5,8 @@
 #include "numerics/exception.h"
 #include "shapes/curvestack.h"
 #include "shapes/quadmesh.h"
+#include "shapes/surfacecertificate.h"
+#include "shapes/trimesh.h"
 #include "ui/scenes/renderingstack.h"
 #include "ui/scenes/vrlmodelitempaintergl.h"
 #include "ui/scenes/vrlmodelpaintergl.h"
@@ -135,15 +137,16 @@ TEST_F(VRLRenderingPainterGLTest, pointsNeverMakeASurface) {
     EXPECT_TRUE(painter.isOpaque());
 }
 
-TEST_F(VRLRenderingPainterGLTest, twoContoursOnOneSliceAreShownAsCurvesUntilOneGoes) {
+TEST_F(VRLRenderingPainterGLTest, twoContoursOnOneSliceMakeAClosedSurfaceUntilOneGoes) {
     painter.setModel(cube);
     ModelItem& branch = addItem(cube, stack->getSlice(2), square(5, 50, 0));
     painter.addItem(branch);
     EXPECT_EQ(mesh(), nullptr);
-    const auto* curves = dynamic_cast<const CurveStack<float>*>(painter.getModelPainter()->getShape());
-    ASSERT_NE(curves, nullptr);
-    EXPECT_EQ(curves->getHeight(), 5);
-    EXPECT_EQ(painter.getModelPainter()->getPainter()->getAttributes().getDisplayMode(), CurveDisplayGL);
+    const auto* surface = dynamic_cast<const TriMesh<float>*>(painter.getModelPainter()->getShape());
+    ASSERT_NE(surface, nullptr);
+    EXPECT_EQ(SurfaceCertificate::of(*surface).toText(),
+              "closed, oriented outward, manifold, 2 parts, Euler number 4, genus 0");
+    EXPECT_EQ(painter.getModelPainter()->getPainter()->getAttributes().getDisplayMode(), SurfaceDisplayGL);
     branch.detach();
     painter.removeItem(branch);
     ASSERT_NE(mesh(), nullptr);

@@ -334,6 +334,25 @@ TEST_F(VRLRenderingWindowTest, surfacesAreExportedAndPointsTold) {
     mediator().export2AsciiSTL(folder.filePath("second"));
     EXPECT_EQ(user.seen.size(), seen);
     EXPECT_TRUE(QFile::exists(folder.filePath("second/small-cube.stl")));
+
+    // The format is a type of files in the dialog, and comes up again the next time.
+    QDir().mkpath(folder.filePath("scene"));
+    user.then([&](QWidget& widget) {
+        auto& dialog = dynamic_cast<QFileDialog&>(widget);
+        EXPECT_EQ(dialog.nameFilters().size(), 8);
+        dialog.selectNameFilter(dialog.nameFilters().back());
+        dialog.findChild<QLineEdit*>("fileNameEdit")->setText(folder.filePath("scene"));
+        static_cast<QDialog&>(dialog).accept();
+    });
+    command("rendering.export").trigger();
+    QFile scene(folder.filePath("scene/small.glb"));
+    ASSERT_TRUE(scene.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(scene.readAll().contains("\"name\":\"cube\",\"mesh\":0"));
+    user.then([&](QWidget& widget) {
+        EXPECT_TRUE(dynamic_cast<QFileDialog&>(widget).selectedNameFilter().startsWith("glTF"));
+        static_cast<QDialog&>(widget).reject();
+    });
+    command("rendering.export").trigger();
 }
 
 TEST_F(VRLRenderingWindowTest, snapshotsAreSavedFromMenuAndToolbar) {

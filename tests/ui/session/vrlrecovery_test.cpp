@@ -166,6 +166,273 @@ TEST_F(VRLRecoveryTest, stepsAreKeptAsTheyHappenWithTheirHistory) {
     EXPECT_TRUE(QDir(recoveryDirectory() + "/" + session).entryList({"1.*"}).isEmpty());
 }
 
+namespace {
+
+/// A stack file that is opened, worked on, saved and closed, more than once.
+class HistoryTest : public VRLRecoveryTest {
+protected:
+    HistoryTest() : recovery(recoveryDirectory()) {
+        VRLStackServer::stackServer.removeStack(*std::exchange(stack, nullptr));
+    }
+    ~HistoryTest() override {
+        if (stack != nullptr)
+            close();
+    }
+
+    /// As the program opens a file: read, and exchanged for what it was, where its steps are known. The number of steps
+    /// that can be undone.
+    int open() {
+        auto read = std::make_unique<VRLStack>();
+        read->fileGuard().note(path("brain.sdf"));
+        EXPECT_TRUE(StackReader().read(*read, path("brain.sdf")));
+        read->setFilename(path("brain.sdf"));
+        message.clear();
+        auto before = recovery.restoreHistory(*read, message);
+        if (before != nullptr) {
+            EXPECT_EQ(StackWriter().toText(*before), StackWriter().toText(*read));
+            EXPECT_FALSE(before->isModified());
+        }
+        stack = before != nullptr ? before.release() : read.release();
+        VRLStackServer::stackServer.addStack(*stack);
+        return stack->history()->getNumUndoSteps();
+    }
+
+    void close() { VRLStackServer::stackServer.removeStack(*std::exchange(stack, nullptr)); }
+    void save() { ASSERT_TRUE(stack->write(path("brain.sdf"))); }
+    std::string text() const { return StackWriter().toText(*stack); }
+
+    QString session() const {
+        return recoveryDirectory() + "/" +
+               QDir(recoveryDirectory()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
+    }
+    QStringList kept() const { return QDir(folder.filePath("history")).entryList(QDir::Dirs | QDir::NoDotAndDotDot); }
+
+    VRLRecovery recovery;
+    QString message;
+};
+
+} // namespace
+
+TEST_F(HistoryTest, stepsCanBeUndoneAfterTheFileWasSavedClosedAndOpened) {
+    EXPECT_EQ(open(), 0);
+    EXPECT_EQ(message, "");
+    std::vector<std::string> texts = {text()};
+    for (int opening = 0; opening < 3; ++opening) {
+        for (int i = 0; i < 2; ++i) {
+            draw(*stack);
+            texts.push_back(text());
+        }
+        save();
+        if (opening == 1) { // what was not saved is not wanted
+            draw(*stack);
+            stack->history()->undo();
+            stack->history()->undo();
+        }
+        close();
+        ASSERT_EQ(open(), int(texts.size()) - 1);
+        EXPECT_EQ(message.toStdString(),
+                  std::to_string(texts.size() - 1) + " steps from before brain.sdf was closed can be undone.");
+    }
+    for (std::size_t i = texts.size() - 1; i > 0; --i) {
+        stack->history()->undo();
+        EXPECT_EQ(text(), texts[i - 1]);
+    }
+    EXPECT_FALSE(stack->history()->isUndoable());
+    save();
+    close();
+    EXPECT_EQ(open(), 0);
+    for (std::size_t i = 1; i < texts.size(); ++i) {
+        stack->history()->redo();
+        EXPECT_EQ(text(), texts[i]);
+    }
+    EXPECT_EQ(kept().size(), 1);
+}
+
+TEST_F(HistoryTest, neverFitsAFileThatSomebodyElseHasWritten) {
+    open();
+    draw(*stack);
+    save();
+    close();
+    recovery.waitForWrites();
+    const QString file = folder.filePath("brain.sdf"), copy = folder.filePath("copy");
+    ASSERT_TRUE(QFile::copy(file, copy));
+    {
+        QFile other(file);
+        ASSERT_TRUE(other.open(QIODevice::ReadWrite));
+        QByteArray text = other.readAll();
+        text.replace("5,5", "6,5");
+        other.seek(0);
+        other.write(text);
+    }
+    EXPECT_EQ(open(), 0);
+    EXPECT_TRUE(message.contains("brain.sdf is not as it was saved here")) << message.toStdString();
+    EXPECT_TRUE(kept().isEmpty());
+    draw(*stack);
+    draw(*stack);
+    save();
+    draw(*stack);
+    save();
+    close();
+    // An older version of ours, as from a backup, has its own steps.
+    ASSERT_TRUE(QFile::remove(file));
+    ASSERT_TRUE(QFile::copy(copy, file));
+    EXPECT_EQ(open(), 0);
+    EXPECT_TRUE(message.contains("can't be undone")) << message.toStdString();
+}
+
+// A version that was saved in between, as it comes back from a backup.
+TEST_F(HistoryTest, goesAsFarAsTheVersionOnTheDisk) {
+    open();
+    draw(*stack);
+    save();
+    ASSERT_TRUE(QFile::copy(folder.filePath("brain.sdf"), folder.filePath("first")));
+    draw(*stack);
+    save();
+    close();
+    ASSERT_TRUE(QFile::remove(folder.filePath("brain.sdf")));
+    ASSERT_TRUE(QFile::copy(folder.filePath("first"), folder.filePath("brain.sdf")));
+    EXPECT_EQ(open(), 1);
+    draw(*stack);
+    save();
+    close();
+    EXPECT_EQ(open(), 2);
+}
+
+TEST_F(HistoryTest, isGoneWhenTheUserClearsIt) {
+    for (const bool again : {false, true}) {
+        open();
+        if (!again) {
+            draw(*stack);
+            draw(*stack);
+        }
+        save();
+        close();
+        EXPECT_EQ(open(), 2 - (again ? 2 : 0));
+        stack->history()->clear();
+        close();
+        EXPECT_EQ(open(), 0) << again;
+        EXPECT_TRUE(again || kept().isEmpty());
+        draw(*stack);
+        stack->history()->clear(); // in the midst of the work
+        save();
+        recovery.waitForWrites();
+        for (QDirIterator files(session(), QDir::Files, QDirIterator::Subdirectories); files.hasNext();) {
+            QFile file(files.next());
+            ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+            EXPECT_FALSE(file.readAll().contains("Item creation")) << file.fileName().toStdString();
+        }
+        close();
+    }
+}
+
+TEST_F(HistoryTest, isBoundedInTimeAndRoom) {
+    for (const char* name : {"a.sdf", "b.sdf", "c.sdf"}) {
+        open();
+        draw(*stack);
+        ASSERT_TRUE(stack->write(path(name)));
+        close();
+        recovery.waitForWrites();
+        QFile note(recovery.history().folderOf(path(name)) + "/file");
+        ASSERT_TRUE(note.open(QIODevice::ReadWrite));
+        const int daysAgo = name[0] == 'a' ? 61 : name[0] == 'b' ? 20 : 1;
+        ASSERT_TRUE(note.setFileTime(QDateTime::currentDateTime().addDays(-daysAgo), QFile::FileModificationTime));
+    }
+    EXPECT_TRUE(recovery.history().has(path("a.sdf")) || kept().size() == 2); // goes with the next that comes
+    recovery.tidy();
+    EXPECT_FALSE(recovery.history().has(path("a.sdf")));
+    EXPECT_EQ(kept().size(), 2);
+    qint64 size = 0;
+    for (QDirIterator files(folder.filePath("history"), QDir::Files, QDirIterator::Subdirectories); files.hasNext();)
+        size += QFileInfo(files.next()).size();
+    recovery.history().setLimits(60, size - 1);
+    recovery.tidy();
+    EXPECT_FALSE(recovery.history().has(path("b.sdf")));
+    EXPECT_TRUE(recovery.history().has(path("c.sdf")));
+}
+
+// A program that dies with everything saved leaves nothing to be recovered, but what can be undone.
+TEST_F(HistoryTest, outlivesACrashBehindASave) {
+    open();
+    draw(*stack);
+    save();
+    recovery.waitForWrites();
+    simulateCrash(session());
+    stack->history()->clear();
+    close();
+    recovery.waitForWrites();
+    EXPECT_TRUE(recovery.leftovers().isEmpty());
+    recovery.tidy();
+    EXPECT_FALSE(QDir(recoveryDirectory() + "/dead").exists());
+    EXPECT_EQ(open(), 1);
+}
+
+// Crash after crash, the steps stay together.
+TEST_F(HistoryTest, aRecoveredStackGoesOnWithItsJournal) {
+    open();
+    const std::string first = text();
+    draw(*stack);
+    for (int crash = 0; crash < 3; ++crash) {
+        draw(*stack);
+        const std::string last = text();
+        recovery.waitForWrites();
+        simulateCrash(session());
+        close();
+        recovery.waitForWrites();
+        ASSERT_EQ(recovery.leftovers().size(), 1) << crash;
+        const VRLRecovery::Leftover leftover = recovery.leftovers()[0];
+        stack = recovery.recover(leftover, message);
+        ASSERT_NE(stack, nullptr) << message.toStdString();
+        VRLStackServer::stackServer.addStack(*stack);
+        recovery.waitForWrites();
+        recovery.discard(leftover);
+        EXPECT_EQ(text(), last);
+        EXPECT_EQ(stack->history()->getNumUndoSteps(), 2 + crash);
+    }
+    // The file has changed meanwhile: nobody's work is written over without a question.
+    EXPECT_FALSE(stack->fileGuard().isChanged(path("brain.sdf")));
+    recovery.waitForWrites();
+    simulateCrash(session());
+    QFile file(folder.filePath("brain.sdf"));
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    file.write("\n");
+    file.close();
+    const std::unique_ptr<VRLStack> again(recovery.recover(recovery.leftovers().value(0), message));
+    ASSERT_NE(again, nullptr);
+    EXPECT_TRUE(again->fileGuard().isChanged(path("brain.sdf")));
+
+    save();
+    while (stack->history()->isUndoable())
+        stack->history()->undo();
+    EXPECT_EQ(text(), first);
+    close();
+    EXPECT_EQ(open(), 4);
+}
+
+// Damage in the midst of a journal is told; the recovery file goes first where it knows more.
+TEST_F(HistoryTest, aDamagedJournalIsTold) {
+    open();
+    for (int i = 0; i < 4; ++i)
+        draw(*stack);
+    for (const bool withFile : {false, true}) {
+        if (withFile)
+            recovery.saveModifiedStacks();
+        const std::string last = text();
+        recovery.waitForWrites();
+        simulateCrash(session());
+        QFile journal(recoveryDirectory() + "/dead/1.journal/1.journal");
+        ASSERT_TRUE(journal.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(journal.seek(journal.size() * 3 / 4));
+        journal.write("?");
+        journal.close();
+        ASSERT_EQ(recovery.leftovers().size(), 1);
+        const std::unique_ptr<VRLStack> recovered(recovery.recover(recovery.leftovers()[0], message));
+        ASSERT_NE(recovered, nullptr);
+        EXPECT_TRUE(message.contains("damaged")) << message.toStdString();
+        EXPECT_EQ(StackWriter().toText(*recovered) == last, withFile);
+        recovery.discard(recovery.leftovers()[0]);
+    }
+}
+
 TEST_F(VRLRecoveryTest, aSaveOrACloseRemovesTheFile) {
     VRLRecovery recovery(recoveryDirectory());
     stack->setModified(true);
@@ -183,8 +450,8 @@ TEST_F(VRLRecoveryTest, aSaveOrACloseRemovesTheFile) {
     EXPECT_EQ(numFiles(), 0);
 }
 
-// Such a stack could be saved nowhere, and what was kept would be gone.
-TEST_F(VRLRecoveryTest, aStackWhoseImageIsGoneStaysWhereItIsKept) {
+// Its slice has a placeholder, and what is saved names the image as before.
+TEST_F(VRLRecoveryTest, aStackWhoseImageIsGoneComesBackWithoutIt) {
     {
         VRLRecovery recovery(recoveryDirectory());
         stack->setModified(true);
@@ -197,11 +464,13 @@ TEST_F(VRLRecoveryTest, aStackWhoseImageIsGoneStaysWhereItIsKept) {
     VRLRecovery recovery(recoveryDirectory());
     ASSERT_EQ(recovery.leftovers().size(), 1);
     QString message;
-    EXPECT_EQ(recovery.recover(recovery.leftovers()[0], message), nullptr);
-    EXPECT_TRUE(message.contains("s0") && message.contains("brain")) << message.toStdString();
-    ASSERT_TRUE(QFile::rename(image + ".away", image));
-    ASSERT_EQ(recovery.leftovers().size(), 1);
-    EXPECT_NE(std::unique_ptr<VRLStack>(recovery.recover(recovery.leftovers()[0], message)), nullptr);
+    const std::unique_ptr<VRLStack> recovered(recovery.recover(recovery.leftovers()[0], message));
+    ASSERT_NE(recovered, nullptr) << message.toStdString();
+    EXPECT_TRUE(message.contains("a.tif")) << message.toStdString();
+    EXPECT_TRUE(recovered->getSlice(0).isEmpty());
+    EXPECT_EQ(recovered->getSlice(0).width(), 4);
+    EXPECT_EQ(recovered->getSlice(0).getNumItems(), 1);
+    EXPECT_NE(StackWriter().toText(*recovered).find("\"a.tif\""), std::string::npos);
 }
 
 TEST_F(VRLRecoveryTest, aCrashedProgramsStackComesBackWithItsImages) {

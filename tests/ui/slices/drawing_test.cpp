@@ -117,6 +117,58 @@ TEST_F(DrawingTest, contoursOfTooFewVerticesAreRefused) {
                   "User error: Cannot create an open contour with less than 2 points.\n\nCreation canceled."}));
 }
 
+// It stands in the history among the steps, and leaves what can be redone.
+TEST_F(DrawingTest, aDrawingThatWasGivenUpIsKeptInTheHistory) {
+    addItem(*polygon, *slice, {{150, 50}, {200, 50}, {200, 90}});
+    const std::string before = text();
+    const auto step = [this](int x) {
+        creation->activate("Polygon");
+        draw({{x, 10}, {x + 30, 10}, {x + 30, 40}});
+        key(Qt::Key_Return);
+    };
+    step(10);
+    step(60);
+    const std::string after = text();
+    history().undo();
+    const auto expectKept = [&](const Points& points) {
+        const auto* kept = dynamic_cast<const VRLDrawingDiscardAction*>(history().nextToUndo());
+        ASSERT_NE(kept, nullptr);
+        EXPECT_EQ(coordinates(kept->getVertices()), points);
+        EXPECT_EQ(&kept->getModel(), other);
+        EXPECT_EQ(&kept->getSlice(), slice);
+        EXPECT_TRUE(history().isRedoable());
+    };
+    creation->activate("Other & more");
+    draw({{10, 10}, {20, 10}});
+    mouse(QEvent::MouseButtonPress, QPoint(5, 5), Qt::RightButton, Qt::RightButton);
+    expectKept({{10, 10}, {20, 10}});
+    history().undo();
+    mediator->resumeDrawing(*other, makeVertices({{10, 10}, {20, 10}}));
+    EXPECT_EQ(drawn(), (Points{{10, 10}, {20, 10}}));
+    click(QPoint(20, 30));
+    trigger("Cancel"); // as another one
+    expectKept({{10, 10}, {20, 10}, {20, 30}});
+    history().undo();
+    // Given up as it came back it does not stand in the way a second time.
+    mediator->resumeDrawing(*other, makeVertices({{10, 10}, {20, 10}, {20, 30}}));
+    trigger("Cancel");
+    EXPECT_EQ(history().getUndoDescription(false), "Item creation");
+    EXPECT_EQ(undoAll(), 1);
+    EXPECT_EQ(text(), before);
+    while (history().isRedoable())
+        history().redo();
+    EXPECT_EQ(text(), after);
+    // Nothing drawn, or taken back, is nothing to be kept.
+    history().clear();
+    creation->activate("Polygon");
+    trigger("Cancel");
+    creation->activate("Polygon");
+    draw({{10, 10}});
+    key(Qt::Key_Backspace);
+    EXPECT_FALSE(creation->isActive());
+    EXPECT_FALSE(history().isUndoable());
+}
+
 TEST_F(DrawingTest, pointsAreNotDrawnByDraggingAndPreferencesDropStraightRuns) {
     expectSteps(1, [&] {
         creation->activate("Dots");
@@ -331,25 +383,60 @@ TEST_F(DrawingTest, commandsOnTheSelectionAreOneStepAndTellWhatTheyDid) {
     expectSteps(0, [&] { selection->convertSelection("Other & more"); });
 }
 
+TEST_F(DrawingTest, whatAnEditionHasDoneCanBeUndoneInIt) {
+    ModelItem& contour = addItem(*polygon, *slice, square);
+    const Points drawnBefore = verticesOf(contour);
+    expectSteps(1, [&] { EXPECT_TRUE(moveVertex(stack, contour, 1, point(60, 120))); });
+    history().redo();
+    const Points before = verticesOf(contour);
+    select(contour);
+    edition->activate();
+    const auto move = [this](QPoint from, QPoint to) {
+        press(from);
+        drag(to);
+        release(to);
+    };
+    key(Qt::Key_Z, Qt::ControlModifier); // what was done before the edition stays
+    EXPECT_EQ(verticesOf(contour), before);
+    move(QPoint(50, 50), QPoint(30, 30));
+    const Points moved = verticesOf(contour);
+    edition->setInsertMode();
+    click(QPoint(100, 75));
+    const Points inserted = verticesOf(contour);
+    ASSERT_NE(inserted, moved);
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(verticesOf(contour), moved);
+    edition->undo();
+    EXPECT_EQ(verticesOf(contour), before);
+    edition->undo();
+    EXPECT_EQ(verticesOf(contour), before);
+    key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(verticesOf(contour), moved);
+    QTest::keyClick(edition->getToolBar(), Qt::Key_R, Qt::ControlModifier); // the tool window may have the keyboard
+    EXPECT_EQ(verticesOf(contour), inserted);
+    EXPECT_TRUE(edition->isActive());
+    action("Cancel")->trigger();
+    EXPECT_EQ(undoAll(), 3);
+    EXPECT_EQ(verticesOf(contour), drawnBefore);
+}
+
 TEST_F(DrawingTest, verticesAreMovedInsertedAndDeletedInStepsOfTheirOwn) {
     ModelItem& contour = addItem(*polygon, *slice, square);
     edition->activate();
     EXPECT_FALSE(edition->isActive()); // nothing is selected
     select(contour);
     QSignalSpy locks(mediator, &VRLSliceEditWidgetMediator::lockRequested);
-    VRLPreferences::setClickTolerance(30);
     edition->activate();
     edition->activate();
     EXPECT_EQ(statusBar->getEditModeInfo(), "MOVE");
     EXPECT_TRUE(edition->getToolBar()->isVisible());
     expectSteps(0, [&] {
-        press(QPoint(50, 61)); // too far whatever the preference
+        press(QPoint(50, 61)); // too far
         drag(QPoint(10, 10));
         release(QPoint(10, 10));
         press(QPoint(52, 52)); // no move
         release(QPoint(52, 52));
     });
-    VRLPreferences::setClickTolerance(10);
     expectSteps(1, [&] {
         press(QPoint(55, 58));
         drag(QPoint(40, 40));
@@ -437,7 +524,8 @@ TEST_F(DrawingTest, theEditionHasAMenuAndAToolWindowOfItsOwn) {
     });
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), canvas->mapToGlobal(QPoint(5, 5)));
     QCoreApplication::sendEvent(canvas, &event);
-    EXPECT_EQ(texts, QStringList({"Move points", "Insert points", "Delete points", "", "End edition"}));
+    EXPECT_EQ(texts,
+              QStringList({"Move points", "Insert points", "Delete points", "", "Undo", "Redo", "", "End edition"}));
     EXPECT_EQ(statusBar->getEditModeInfo(), "INSERT");
     EXPECT_EQ(edition->getToolBar()->windowTitle(), "Vertex edition tools");
     EXPECT_EQ(edition->getToolBar()->pos(), canvas->mapToGlobal(QPoint(10, 10)));
@@ -588,6 +676,8 @@ protected:
             {3, "smooth", [this] { useTool("Smooth (Fourier)"); }},
             {3, "Douglas-Peucker", [this] { useTool("Decimate (Douglas-Peucker)"); }},
             {3, "split", [this] { useTool("Split contour"); }},
+            {2, "fill gaps", [this] { trigger(below(2) == 0 ? "Fill gap" : "Fill all gaps"); }},
+            {2, "copy", [this] { trigger("Copy to slices..."); }},
             {1, "snake", [this] { useTool("Run Snake"); }},
             {3, "automatic", [this] { chooseAny("Draw", "Automatic"); }},
             {1, "properties", [this] { edit("Properties..."); }},
@@ -633,7 +723,7 @@ protected:
              [this] {
                  const QList<QAction*> modes = edition->getToolBar()->findChild<QToolBar*>()->actions();
                  if (edition->isActive())
-                     modes[below(rarely() ? 4 : 3)]->trigger();
+                     modes[below(rarely() ? 6 : 3)]->trigger();
              }},
             {1, "close the tools", [this] { edition->getToolBar()->close(); }},
             {3, "undo",
@@ -768,6 +858,8 @@ TEST_F(DrawingTest, pointerAndStatusBarTellWhatAClickWillDo) {
         statusBar->clearMessage(); // as the tips of tools do
         told({"Escape or right click: give up"}, Qt::CrossCursor);
         trigger("Cancel");
+        told({"The drawing was given up. Undo (Ctrl+Z) brings it back."}, {});
+        selectionChanged();
         told(resting, {});
     }
     for (ModelItem* item : {&contour, &points}) {

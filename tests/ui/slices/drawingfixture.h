@@ -16,6 +16,7 @@
 
 #include "document/stacksliceselectioninfo.h"
 #include "document/stackwriter.h"
+#include "editing/actions/vrldrawingdiscardaction.h"
 #include "editing/history/vrlactionhistory.h"
 #include "support/testcontours.h"
 #include "ui/session/vrlpreferences.h"
@@ -75,8 +76,8 @@ protected:
         mouse(QEvent::MouseButtonDblClick, at, Qt::LeftButton, Qt::LeftButton);
         release(at);
     }
-    void key(Qt::Key code) {
-        QKeyEvent event(QEvent::KeyPress, code, Qt::NoModifier);
+    void key(Qt::Key code, Qt::KeyboardModifiers modifiers = {}) {
+        QKeyEvent event(QEvent::KeyPress, code, modifiers);
         QCoreApplication::sendEvent(canvas, &event);
     }
     void pen(QEvent::Type type, QPoint at, double pressure, QPointingDevice::PointerType kind) {
@@ -96,10 +97,13 @@ protected:
     static Points verticesOf(const ModelItem& item) { return coordinates(item.getVertices()); }
     std::string text() { return StackWriter().toText(stack, folder.path()); }
     VRLActionHistory& history() { return *stack.history(); }
+    /// The number of steps, without drawings that were given up.
     int undoAll() {
         int n = 0;
-        for (; history().isUndoable(); ++n)
+        while (history().isUndoable()) {
+            n += dynamic_cast<const VRLDrawingDiscardAction*>(history().nextToUndo()) == nullptr;
             history().undo();
+        }
         return n;
     }
     /// The operation is this many steps of the history, which lead back to the document before and on to that after.
@@ -110,7 +114,7 @@ protected:
         const std::string after = text();
         EXPECT_EQ(undoAll(), steps);
         EXPECT_EQ(text(), before);
-        for (int i = 0; i < steps; ++i)
+        while (history().isRedoable())
             history().redo();
         EXPECT_EQ(text(), after);
         EXPECT_EQ(steps == 0, before == after);

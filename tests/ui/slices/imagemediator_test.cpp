@@ -145,6 +145,12 @@ TEST_F(ImageMediatorTest, theWheelZoomsAboutThePointerAndScrolls) {
     EXPECT_EQ(canvas->getZoomFactor(), 2);
     const QPointF moved = canvas->convertToImagePoint(QPointF(50, 40));
     EXPECT_LE(std::abs(moved.x() - fixed.x()) + std::abs(moved.y() - fixed.y()), 1);
+    for (int i = 0; i < 20; ++i) // out to half size and in to 6, again and again
+        for (const int notch : {-1, -1, 1, 1, 1, 1, 1, 1, -1, -1, -1, -1})
+            EXPECT_TRUE(turnWheel(notch, Qt::ControlModifier));
+    ASSERT_EQ(canvas->getZoomFactor(), 2);
+    const QPointF still = canvas->convertToImagePoint(QPointF(50, 40));
+    EXPECT_LE(std::abs(still.x() - fixed.x()) + std::abs(still.y() - fixed.y()), 1);
     const QPoint origin = canvas->getViewOrigin();
     EXPECT_TRUE(turnWheel(-1));
     EXPECT_EQ(canvas->getViewOrigin(), origin + QPoint(0, 30)); // 60 pixels of the screen
@@ -176,7 +182,7 @@ TEST_F(ImageMediatorTest, theToolBarHoldsTheCommandsInOrder) {
     EXPECT_EQ(texts,
               QStringList({"Zoom in", "Zoom out", "Best fit", "Scroll up", "Scroll right", "Scroll down", "Scroll left",
                            "Display images only", "Display items only", "Display images and items"}));
-    EXPECT_EQ(canvas->actions().size(), 12 + 12); // and those of the slice editor
+    EXPECT_EQ(canvas->actions().size(), 12 + 17); // and those of the slice editor
 }
 
 TEST_F(ImageMediatorTest, imageTextsTellTypeAndSize) {

@@ -22,7 +22,7 @@
 namespace vorlen {
 
 /// Does something at each step of a snake, and at each text.
-class StepWatch : public RecordingMonitor {
+class SnakeWatch : public RecordingMonitor {
 public:
     using RecordingMonitor::subjectProgressed;
     void subjectProgressed(unsigned int current, unsigned int total) override {
@@ -113,7 +113,7 @@ protected:
     }
 
     ModalScript script;
-    StepWatch watch;
+    SnakeWatch watch;
     Model* model = nullptr;
     VRLSliceEditWidgetMediatorSnakeDelegate* snake = nullptr;
 };

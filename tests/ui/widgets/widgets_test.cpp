@@ -1,5 +1,7 @@
 #include <QApplication>
 #include <QColorDialog>
+#include <QLabel>
+#include <QMessageBox>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSlider>
@@ -33,6 +35,20 @@ TEST(QInputBox, sliderAndSpinBoxFollowEachOtherAndAChangeIsToldOnce) {
     EXPECT_EQ(changes.count(), 3);
     box.setMinimum(65); // above the maximum, which follows
     EXPECT_EQ(box.getValue(), 65);
+}
+
+TEST(VorlenApplication, textsWithMarksAreShownAsTheyAre) {
+    QMessageBox box(QMessageBox::Warning, "Title", "<b>cell</b> & <i>wall</i>", QMessageBox::Ok);
+    box.show();
+    EXPECT_EQ(box.textFormat(), Qt::PlainText);
+    const auto* const shown = box.findChild<QLabel*>("qt_msgbox_label");
+    ASSERT_NE(shown, nullptr);
+    EXPECT_EQ(shown->textFormat(), Qt::PlainText);
+    QLabel name("<b>cell</b>"), marked("<b>cell</b>");
+    marked.setTextFormat(Qt::RichText);
+    name.show();
+    marked.show();
+    EXPECT_GT(name.sizeHint().width(), marked.sizeHint().width());
 }
 
 TEST(VRLSplitter, comesBackAsItWasLeft) {

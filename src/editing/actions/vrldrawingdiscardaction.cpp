@@ -1,0 +1,14 @@
+#include "editing/actions/vrldrawingdiscardaction.h"
+
+namespace vorlen {
+
+VRLDrawingDiscardAction::VRLDrawingDiscardAction(StackSlice& slice, Model& model, const Vertices<int>& vertices)
+    : __slice(&slice), __model(&model), __vertices(vertices) {
+    __vertices.detach();
+}
+
+QString VRLDrawingDiscardAction::description(bool) const {
+    return "Drawing given up";
+}
+
+} // namespace vorlen

@@ -1,0 +1,647 @@
+#include "editing/operations/slicealignment.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <list>
+#include <map>
+#include <optional>
+
+#include "document/stack.h"
+#include "document/stackslice.h"
+#include "editing/operations/sliceoperations.h"
+#include "editing/stacks/vrlstack.h"
+#include "images/files/imagereader.h"
+#include "images/rasters/greyscale.h"
+#include "images/rasters/image.h"
+#include "numerics/exception.h"
+#include "progress/progresssubject.h"
+#include "registration/motionchain.h"
+#include "registration/principalaxesmotion.h"
+
+namespace vorlen {
+
+namespace {
+
+using State = SliceAlignment::State;
+
+/// How many slices back a slice is matched.
+constexpr int reach = 3;
+
+/// A difference of scores that is none.
+constexpr double noDifference = 1e-9;
+
+RigidMotion stepOf(const StackSlice& slice, const Registration& registration) {
+    const PixelCalibration& calibration = slice.getPixelCalibration();
+    return motionOf(registration, calibration.getPixelWidth(), calibration.getPixelHeight());
+}
+
+Registration registrationOfStep(const StackSlice& slice, const RigidMotion& motion) {
+    const PixelCalibration& calibration = slice.getPixelCalibration();
+    return registrationOf(motion, calibration.getPixelWidth(), calibration.getPixelHeight());
+}
+
+const char* wordOf(AlignmentMethod method) {
+    switch (method) {
+    case AlignmentMethod::Features:
+        return "features";
+    case AlignmentMethod::PrincipalAxes:
+        return "principal axes";
+    default:
+        return "intensity";
+    }
+}
+
+/// A slice's image as it is matched, or why it can't be.
+struct Prepared {
+    SectionAligner::SectionPointer section;
+    std::optional<SectionImage> image; // kept for principal axes
+    std::string fault;
+    double width = 0, height = 0, pixel = 1; // of the section and of a pixel, in the length unit
+};
+
+Prepared prepared(const StackSlice& slice, double pixel, AlignmentMethod method) {
+    Prepared result;
+    try {
+        SectionImage image = sectionImageOf(slice);
+        result.width = image.width();
+        result.height = image.height();
+        result.pixel = std::sqrt(image.pixelWidth * image.pixelHeight);
+        result.section = SectionAligner::prepare(image, pixel > 0 ? pixel : SectionAligner::workingPixel(image));
+        result.fault = SectionAligner::fault(*result.section);
+        if (method == AlignmentMethod::PrincipalAxes)
+            result.image = std::move(image);
+    } catch (const Exception& error) {
+        result.fault = "its image can't be read: " + error.getWhat();
+    } catch (const std::exception& error) {
+        result.fault = std::string("its image can't be read: ") + error.what();
+    }
+    return result;
+}
+
+/// By the header alone; 0 for a slice without an image.
+double workingPixelOfSlice(const StackSlice& slice) {
+    if (slice.isEmpty())
+        return 0;
+    const PixelCalibration& calibration = slice.getPixelCalibration();
+    const double width = calibration.getPixelWidth() > 0 ? calibration.getPixelWidth() : 1;
+    const double height = calibration.getPixelHeight() > 0 ? calibration.getPixelHeight() : 1;
+    return SectionAligner::workingPixel(slice.getImageSource().getSize2() * width,
+                                        slice.getImageSource().getSize1() * height, std::min(width, height));
+}
+
+/// The working pixel that serves all slices: the coarsest that one of them needs.
+double workingPixelOf(const Stack& stack) {
+    double pixel = 0;
+    for (int i = 0; i < stack.getNumSlices(); ++i)
+        pixel = std::max(pixel, workingPixelOfSlice(stack.getSlice(i)));
+    return pixel;
+}
+
+SectionMatch matched(const Prepared& source, const Prepared& target, const RigidMotion& start,
+                     const AlignmentOptions& options, bool search) {
+    if (options.method != AlignmentMethod::PrincipalAxes)
+        return SectionAligner::match(*source.section, *target.section, start, options.method, search);
+    SectionMatch match;
+    match.motion = start;
+    match.method = AlignmentMethod::PrincipalAxes;
+    if (const auto motion = principalAxesMotion(*source.image, *target.image, options.inverted)) {
+        match.motion = *motion;
+        match.found = true;
+    }
+    match.score = SectionAligner::score(*source.section, *target.section, match.motion);
+    return match;
+}
+
+/// One run over a stack.
+class Alignment {
+public:
+    Alignment(const Stack& stack, const AlignmentOptions& options, ProgressSubject& progress);
+
+    RegistrationReport run();
+
+private:
+    struct Pair {
+        int target = 0, source = 0;
+        SectionMatch match;
+    };
+
+    bool mayMove(int i) const { return i > 0 && i >= __options.first && i <= __last && !__isLocked[std::size_t(i)]; }
+    const Prepared& section(int i);
+    RigidMotion between(const std::vector<RigidMotion>& places, int target, int source) const {
+        return places[std::size_t(target)].inverse() * places[std::size_t(source)];
+    }
+
+    void matchAll();
+    void matchSlice(int i);
+    bool isHeld(int target, int source) const;
+    void matchFixed();
+    void nameMirrored();
+    void solve();
+    void matchTemplates();
+    void keepSlowCourse();
+    void choose();
+    void chooseFor(int i, std::vector<RigidMotion>& chosen);
+    int partnerOf(int i) const;
+    const Pair* pairOf(int target, int source) const;
+    void step();
+
+    const Stack& __stack;
+    const AlignmentOptions& __options;
+    ProgressSubject& __progress;
+    int __numSlices;
+    int __last;
+    double __pixel;
+    double __size = 1;
+    std::vector<bool> __isLocked;
+    std::vector<RigidMotion> __before, __places; // in the frame of the first slice
+    std::vector<std::string> __faults;
+    std::vector<bool> __fits;                       // borne out by a pair
+    int __numMatched = 0;                           // slices that were reached
+    std::list<std::pair<int, Prepared>> __sections; // the one looked at last stands last
+    std::vector<Pair> __pairs;
+    std::map<std::pair<int, int>, std::size_t> __pairIndex; // by target and source
+    RegistrationReport __report;
+    unsigned int __numSteps = 0;
+};
+
+Alignment::Alignment(const Stack& stack, const AlignmentOptions& options, ProgressSubject& progress)
+    : __stack(stack), __options(options), __progress(progress), __numSlices(stack.getNumSlices()),
+      __last(options.last < 0 ? stack.getNumSlices() - 1 : options.last), __pixel(workingPixelOf(stack)),
+      __isLocked(std::size_t(__numSlices), false), __faults(std::size_t(__numSlices)),
+      __fits(std::size_t(__numSlices), false) {
+    for (const int i : options.locked)
+        __isLocked[std::size_t(i)] = true;
+    RigidMotion place;
+    for (int i = 0; i < __numSlices; ++i) {
+        const StackSlice& slice = stack.getSlice(i);
+        place = place * stepOf(slice, slice.getRegistration());
+        __before.push_back(place);
+        SliceAlignment entry;
+        entry.slice = i;
+        entry.name = slice.getName();
+        entry.before = entry.after = slice.getRegistration();
+        __report.slices.push_back(entry);
+    }
+    __places = __before;
+}
+
+/// Four at a time, for templates as many as these take: the ones looked at last.
+const Prepared& Alignment::section(int i) {
+    for (auto at = __sections.begin(); at != __sections.end(); ++at)
+        if (at->first == i) {
+            __sections.splice(__sections.end(), __sections, at);
+            return __sections.back().second;
+        }
+    const int most =
+        __options.reference == AlignmentReference::Template ? std::max(reach + 1, __options.window) : reach + 1;
+    while (int(__sections.size()) >= most)
+        __sections.pop_front();
+    __sections.emplace_back(i, prepared(__stack.getSlice(i), __pixel, __options.method));
+    const Prepared& one = __sections.back().second;
+    __faults[std::size_t(i)] = one.fault;
+    __size = std::max({__size, one.width, one.height});
+    return one;
+}
+
+void Alignment::step() {
+    __progress.notifyProgressed(++__numSteps, static_cast<unsigned int>(2 * __numSlices));
+}
+
+const Alignment::Pair* Alignment::pairOf(int target, int source) const {
+    const auto at = __pairIndex.find({target, source});
+    return at == __pairIndex.end() ? nullptr : &__pairs[at->second];
+}
+
+/// Whether a step between the two is to be kept, of a slice that shows anything: what the images say of them has no
+/// say.
+bool Alignment::isHeld(int target, int source) const {
+    for (int k = target + 1; k <= source; ++k)
+        if (!mayMove(k) && __faults[std::size_t(k)].empty())
+            return true;
+    return false;
+}
+
+/// With the nearest first: what follows from it needs no search any more.
+void Alignment::matchSlice(int i) {
+    for (int distance = 1; distance <= reach && distance <= i; ++distance) {
+        const int target = i - distance;
+        if (__progress.isCanceled())
+            return;
+        if (isHeld(target, i))
+            continue;
+        const Prepared& source = section(i);
+        const Prepared& onto = section(target);
+        if (!source.fault.empty() || !onto.fault.empty())
+            continue;
+        RigidMotion start = between(__before, target, i);
+        bool known = false;
+        for (int k = target + 1; k < i && !known; ++k) {
+            const Pair *near = pairOf(k, i), *far = pairOf(target, k);
+            if (near != nullptr && far != nullptr && near->match.found && far->match.found) {
+                start = far->match.motion * near->match.motion;
+                known = true;
+            }
+        }
+        if (known && __options.method == AlignmentMethod::PrincipalAxes)
+            continue;
+        Pair pair{target, i, matched(source, onto, start, __options, !known)};
+        if (pair.match.found)
+            __fits[std::size_t(i)] = __fits[std::size_t(target)] = true;
+        __pairIndex[{target, i}] = __pairs.size();
+        __pairs.push_back(pair);
+    }
+}
+
+void Alignment::matchAll() {
+    for (int i = 0; i < __numSlices && !__progress.isCanceled(); ++i) {
+        if (i >= __options.first - reach && i <= __last + reach) {
+            section(i);
+            matchSlice(i);
+        }
+        if (!__progress.isCanceled())
+            __numMatched = i + 1;
+        step();
+    }
+}
+
+/// Each slice on the fixed one, beginning where the neighbours brought it.
+void Alignment::matchFixed() {
+    const int fixed = __options.fixedSlice;
+    const Prepared base = section(fixed);
+    if (!base.fault.empty())
+        return;
+    solve();
+    for (int i = 0; i < __numMatched && !__progress.isCanceled(); ++i) {
+        const int target = std::min(i, fixed), source = std::max(i, fixed);
+        // A locked slice between them stays on the one before it, whatever the fixed one says.
+        const auto locked = __isLocked.begin();
+        const bool held = std::any_of(locked + target + 1, locked + source + 1, [](bool isLocked) { return isLocked; });
+        if (i == fixed || pairOf(target, source) != nullptr || held || (!mayMove(i) && !mayMove(fixed)))
+            continue;
+        const Prepared& moving = section(i);
+        if (!moving.fault.empty())
+            continue;
+        SectionMatch match = matched(moving, base, between(__places, fixed, i), __options, false);
+        if (target == i)
+            match.motion = match.motion.inverse();
+        if (!match.found)
+            continue;
+        __pairIndex[{target, source}] = __pairs.size();
+        __pairs.push_back({target, source, match});
+    }
+}
+
+void Alignment::solve() {
+    MotionChain chain(__before, __size);
+    for (int i = 1; i < __numSlices; ++i)
+        if (!mayMove(i) || i >= __numMatched)
+            chain.keepStep(i);
+    for (const Pair& pair : __pairs) {
+        if (!pair.match.found)
+            continue;
+        const int distance = pair.source - pair.target;
+        const bool fixed = __options.reference == AlignmentReference::FixedSlice &&
+                           (pair.source == __options.fixedSlice || pair.target == __options.fixedSlice);
+        // Sections further apart differ more; those that hold on to a fixed one count for it.
+        const double quality = 0.05 + pair.match.support;
+        chain.add({pair.target, pair.source, pair.match.motion, quality * (fixed ? 20 : 1.0 / distance)});
+    }
+    chain.solve();
+    __places = chain.places();
+}
+
+/// Each slice on the median of its neighbours as they lie now.
+void Alignment::matchTemplates() {
+    const int half = std::max(1, __options.window / 2);
+    std::vector<RigidMotion> result = __places;
+    for (int i = 1; i < __numMatched && !__progress.isCanceled(); ++i) {
+        if (!mayMove(i) || !__fits[std::size_t(i)])
+            continue;
+        const Prepared moving = section(i);
+        std::vector<SectionAligner::SectionPointer> around;
+        std::vector<RigidMotion> motions;
+        for (int k = std::max(0, i - half); k <= std::min(__numMatched - 1, i + half); ++k) {
+            if (k == i || !__fits[std::size_t(k)] || !__faults[std::size_t(k)].empty())
+                continue;
+            around.push_back(section(k).section);
+            motions.push_back(between(__places, i, k));
+        }
+        if (around.size() < 2 || !moving.fault.empty())
+            continue;
+        // In the frame of the slice itself, where it lies now.
+        const auto median = SectionAligner::medianOf(around, motions, *moving.section);
+        const SectionMatch match =
+            SectionAligner::match(*moving.section, *median, {}, AlignmentMethod::Intensity, false);
+        if (match.found)
+            result[std::size_t(i)] = __places[std::size_t(i)] * match.motion;
+    }
+    __places = result;
+}
+
+/// What the slices moved is smoothed over the window, by lines fitted with weights around each, and taken back: their
+/// jitter goes, and a bend stays.
+void Alignment::keepSlowCourse() {
+    const double sigma = std::max(1, __options.window);
+    const int far = int(std::ceil(3 * sigma));
+    const auto smoothed = [&](int i, double RigidMotion::*part) {
+        double n = 0, u = 0, uu = 0, v = 0, uv = 0;
+        for (int k = std::max(0, i - far); k <= std::min(__numSlices - 1, i + far); ++k) {
+            const double w = std::exp(-0.5 * (k - i) * (k - i) / (sigma * sigma));
+            const double change = __places[std::size_t(k)].*part - __before[std::size_t(k)].*part;
+            n += w;
+            u += w * (k - i);
+            uu += w * (k - i) * (k - i);
+            v += w * change;
+            uv += w * (k - i) * change;
+        }
+        const double determinant = n * uu - u * u;
+        return determinant > 1e-9 ? (uu * v - u * uv) / determinant : v / n;
+    };
+    std::vector<RigidMotion> result = __places;
+    for (int i = 0; i < __numSlices; ++i)
+        for (double RigidMotion::*part : {&RigidMotion::angle, &RigidMotion::x, &RigidMotion::y})
+            result[std::size_t(i)].*part -= smoothed(i, part);
+    // The first slice stays: all go with it.
+    const RigidMotion back = __before[0] * result[0].inverse();
+    for (int i = 0; i < __numSlices; ++i)
+        __places[std::size_t(i)] = back * result[std::size_t(i)];
+}
+
+/// The nearest slice before that is like this one; else the nearest that shows anything.
+int Alignment::partnerOf(int i) const {
+    int nearest = -1;
+    for (int k = i - 1; k >= 0 && k >= i - reach; --k) {
+        if (!__faults[std::size_t(k)].empty())
+            continue;
+        if (__fits[std::size_t(k)] || !__fits[std::size_t(i)])
+            return k;
+        nearest = nearest < 0 ? k : nearest;
+    }
+    return nearest;
+}
+
+void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
+    SliceAlignment& entry = __report.slices[std::size_t(i)];
+    const StackSlice& slice = __stack.getSlice(i);
+    const RigidMotion kept = chosen[std::size_t(i - 1)] * between(__before, i - 1, i);
+    chosen[std::size_t(i)] = kept;
+    entry.state = mayMove(i) ? State::LeftAlone : State::Locked;
+    if (i >= __numMatched) {
+        entry.reason = mayMove(i) ? "the run was stopped before it" : "";
+        return;
+    }
+    const Prepared source = section(i);
+    if (!source.fault.empty()) {
+        entry.reason = source.fault;
+        return;
+    }
+    const int partner = partnerOf(i);
+    if (partner < 0) {
+        entry.reason = "no slice before it shows anything";
+        return;
+    }
+    const Prepared target = section(partner);
+    const auto scored = [&](const RigidMotion& place) {
+        return SectionAligner::score(*source.section, *target.section, chosen[std::size_t(partner)].inverse() * place);
+    };
+    entry.onto = partner;
+    entry.scoreBefore = SectionAligner::score(*source.section, *target.section, between(__before, partner, i));
+    entry.scoreAfter = scored(kept);
+    if (!mayMove(i))
+        return;
+    const Pair* const pair = pairOf(partner, i);
+    if (pair != nullptr) {
+        entry.support = pair->match.support;
+        entry.method = pair->match.found ? wordOf(pair->match.method) : "";
+    }
+    if (!__fits[std::size_t(i)]) {
+        entry.reason = entry.mirrored ? "mirrored: it fits when it is turned over" : "it fits none of its neighbours";
+        return;
+    }
+    // Where all pairs together bring it, else the one pair alone, but never where it fits less than it did.
+    std::vector<RigidMotion> candidates = {chosen[std::size_t(partner)] * between(__places, partner, i)};
+    if (pair != nullptr && pair->match.found && __options.reference != AlignmentReference::SmoothedPath)
+        candidates.push_back(chosen[std::size_t(partner)] * pair->match.motion);
+    for (const RigidMotion& candidate : candidates) {
+        const Registration registration = registrationOfStep(slice, chosen[std::size_t(i - 1)].inverse() * candidate);
+        const RigidMotion place = chosen[std::size_t(i - 1)] * stepOf(slice, registration); // as it is kept
+        const double score = scored(place);
+        if (score + noDifference < std::max(entry.scoreBefore, entry.scoreAfter))
+            continue;
+        entry.after = registration;
+        entry.scoreAfter = score;
+        chosen[std::size_t(i)] = place;
+        entry.moved =
+            meanDistance(stepOf(slice, entry.before), stepOf(slice, entry.after), source.width, source.height) /
+            source.pixel;
+        entry.state = entry.moved < 0.05 ? State::Unchanged : State::Registered;
+        if (entry.state == State::Unchanged) {
+            entry.after = entry.before;
+            entry.moved = 0;
+            entry.scoreAfter = scored(kept);
+            chosen[std::size_t(i)] = kept;
+        }
+        const double turn = std::abs(std::remainder(double(entry.after.getRotationAngle()), 360.0));
+        if (turn > 135)
+            entry.reason = "it lay upside down";
+        return;
+    }
+    entry.reason = "nothing fits better than what was there";
+}
+
+void Alignment::choose() {
+    std::vector<RigidMotion> chosen = __before;
+    SliceAlignment& first = __report.slices[0];
+    first.state = State::First;
+    first.reason = section(0).fault;
+    for (int i = 1; i < __numSlices; ++i) {
+        chooseFor(i, chosen);
+        step();
+    }
+}
+
+/// Slices that fit nothing are looked at from behind.
+void Alignment::nameMirrored() {
+    if (__options.method == AlignmentMethod::PrincipalAxes)
+        return;
+    for (int i = 0; i < __numMatched && !__progress.isCanceled(); ++i) {
+        if (__fits[std::size_t(i)] || !__faults[std::size_t(i)].empty() || (i > 0 && !mayMove(i)))
+            continue;
+        for (const int other : {i - 1, i + 1, i - 2, i + 2}) {
+            if (other < 0 || other >= __numMatched || !__faults[std::size_t(other)].empty())
+                continue;
+            // Of two slices that fit nothing neither is known to be the right way round, unless there are but two.
+            if (!__fits[std::size_t(other)] && __numSlices > 2)
+                continue;
+            const Prepared source = section(i), target = section(other);
+            if (source.fault.empty() && target.fault.empty() &&
+                SectionAligner::isMirrored(*source.section, *target.section, between(__before, other, i))) {
+                __report.slices[std::size_t(i)].mirrored = true;
+                break;
+            }
+        }
+    }
+}
+
+RegistrationReport Alignment::run() {
+    __progress.notifyStarted("Running automatic registration...");
+    matchAll();
+    if (__options.reference == AlignmentReference::FixedSlice)
+        matchFixed();
+    nameMirrored();
+    solve();
+    if (__options.reference == AlignmentReference::SmoothedPath)
+        keepSlowCourse();
+    if (__options.reference == AlignmentReference::Template)
+        matchTemplates();
+    choose();
+    __report.cancelled = __progress.isCanceled();
+    if (__report.cancelled)
+        __progress.notifyCanceled("");
+    else
+        __progress.notifyFinished("");
+    return std::move(__report);
+}
+
+Outcome checkOptions(const Stack& stack, const AlignmentOptions& options) {
+    const int n = stack.getNumSlices();
+    if (n < 2)
+        return Outcome::refused("A registration needs at least two slices");
+    const int last = options.last < 0 ? n - 1 : options.last;
+    if (options.first < 0 || options.first > last || last >= n)
+        return Outcome::refused("The range of slices is not in this stack");
+    if (options.reference == AlignmentReference::FixedSlice && (options.fixedSlice < 0 || options.fixedSlice >= n))
+        return Outcome::refused("The reference slice is not in this stack");
+    for (const int i : options.locked)
+        if (i < 0 || i >= n)
+            return Outcome::refused("A locked slice is not in this stack");
+    return Outcome::done();
+}
+
+} // namespace
+
+const char* SliceAlignment::stateWord() const {
+    switch (state) {
+    case State::Registered:
+        return "registered";
+    case State::Unchanged:
+        return "unchanged";
+    case State::Locked:
+        return "locked";
+    case State::First:
+        return "first";
+    default:
+        return "left alone";
+    }
+}
+
+double RegistrationReport::meanScoreBefore() const {
+    double sum = 0;
+    int n = 0;
+    for (const SliceAlignment& one : slices)
+        if (one.onto >= 0) {
+            sum += one.scoreBefore;
+            ++n;
+        }
+    return n > 0 ? sum / n : 0;
+}
+
+double RegistrationReport::meanScoreAfter() const {
+    double sum = 0;
+    int n = 0;
+    for (const SliceAlignment& one : slices)
+        if (one.onto >= 0) {
+            sum += one.scoreAfter;
+            ++n;
+        }
+    return n > 0 ? sum / n : 0;
+}
+
+int RegistrationReport::count(SliceAlignment::State state) const {
+    return int(
+        std::count_if(slices.begin(), slices.end(), [&](const SliceAlignment& one) { return one.state == state; }));
+}
+
+SectionImage sectionImageOf(const Slice& slice) {
+    Image image;
+    ImageReader().read(image, slice.getImageSource());
+    SectionImage section;
+    const PixelCalibration& calibration = slice.getPixelCalibration();
+    section.pixelWidth = calibration.getPixelWidth() > 0 ? calibration.getPixelWidth() : 1;
+    section.pixelHeight = calibration.getPixelHeight() > 0 ? calibration.getPixelHeight() : 1;
+    section.grey.convertGreyFromImage(image);
+    GreyScaleFinder scale;
+    scale.add(image);
+    section.white = scale.find().value_or(GreyScale()).white;
+    return section;
+}
+
+double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration) {
+    const SectionImage source = sectionImageOf(slice), target = sectionImageOf(onto);
+    const double pixel = std::max(SectionAligner::workingPixel(source), SectionAligner::workingPixel(target));
+    return SectionAligner::score(*SectionAligner::prepare(source, pixel), *SectionAligner::prepare(target, pixel),
+                                 stepOf(slice, registration));
+}
+
+SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, const Registration& start,
+                            const AlignmentOptions& options) {
+    SliceAlignment entry;
+    entry.name = slice.getName();
+    entry.before = entry.after = start;
+    double pixel = 0;
+    for (const StackSlice* one : {&slice, &onto})
+        if (!one->isEmpty())
+            pixel = std::max(pixel, workingPixelOfSlice(*one));
+    const Prepared source = prepared(slice, pixel, options.method), target = prepared(onto, pixel, options.method);
+    if (!source.fault.empty() || !target.fault.empty()) {
+        entry.reason = !source.fault.empty() ? source.fault : "the other slice: " + target.fault;
+        return entry;
+    }
+    const RigidMotion before = stepOf(slice, start);
+    entry.scoreBefore = entry.scoreAfter = SectionAligner::score(*source.section, *target.section, before);
+    const SectionMatch match = matched(source, target, before, options, true);
+    entry.support = match.support;
+    if (!match.found) {
+        entry.mirrored = options.method != AlignmentMethod::PrincipalAxes &&
+                         SectionAligner::isMirrored(*source.section, *target.section, before);
+        entry.reason = entry.mirrored ? "mirrored: it fits when it is turned over" : "the two slices don't fit";
+        return entry;
+    }
+    entry.method = wordOf(match.method);
+    const Registration found = registrationOfStep(slice, match.motion);
+    const double score = SectionAligner::score(*source.section, *target.section, stepOf(slice, found));
+    if (score + noDifference < entry.scoreBefore) {
+        entry.reason = "nothing fits better than what was there";
+        return entry;
+    }
+    entry.after = found;
+    entry.scoreAfter = score;
+    entry.moved = meanDistance(before, stepOf(slice, found), source.width, source.height) / source.pixel;
+    entry.state = entry.moved < 0.05 ? State::Unchanged : State::Registered;
+    return entry;
+}
+
+RegistrationReport findAlignment(const Stack& stack, const AlignmentOptions& options, ProgressSubject& progress) {
+    if (const Outcome good = checkOptions(stack, options); !good)
+        throw UsageError("RegistrationReport findAlignment(...)", good.getReason());
+    return Alignment(stack, options, progress).run();
+}
+
+Outcome registerSlices(VRLStack& stack, const AlignmentOptions& options, ProgressSubject& progress,
+                       RegistrationReport* report) {
+    if (const Outcome good = checkOptions(stack, options); !good)
+        return good;
+    RegistrationReport found = findAlignment(stack, options, progress);
+    std::vector<Registration> registrations;
+    registrations.reserve(found.slices.size());
+    for (const SliceAlignment& one : found.slices)
+        registrations.push_back(one.after);
+    const bool changes = std::any_of(found.slices.begin(), found.slices.end(),
+                                     [](const SliceAlignment& one) { return !(one.before == one.after); });
+    if (report != nullptr)
+        *report = std::move(found);
+    return changes ? setRegistrations(stack, registrations) : Outcome::done();
+}
+
+} // namespace vorlen

@@ -1,0 +1,938 @@
+#include "registration/sectionaligner.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <vector>
+
+#include <opencv2/calib3d.hpp>
+#include <opencv2/core.hpp>
+#include <opencv2/features2d.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "numerics/exception.h"
+#include "registration/principalaxesimageregistration.h"
+
+namespace vorlen {
+
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+
+/// Fewest pixels a side for which anything is tried.
+constexpr int leastSide = 16;
+/// Greatest side of the images that are turned all around, and of those on which candidates are told apart.
+constexpr int searchSide = 128;
+constexpr int choiceSide = 256;
+/// In spreads of what remains: what is further off, by a tear or a fold, loses its weight. Small images need more of
+/// their pixels.
+double lenienceOf(int side) {
+    return side > 384 ? 5 : 10;
+}
+
+/// In radians: how far an angle is trusted that nothing in the images tells.
+constexpr double angleDoubt = 0.02;
+/// Angles all around.
+constexpr int numTurns = 60;
+
+/// An image at one scale. Index (column, row) stands at the position (originX + stepX column, originY + stepY row).
+struct Level {
+    cv::Mat image; ///< CV_32FC2: value, 0 where there is none; and 1 where there is one
+    double stepX = 1, stepY = 1, originX = 0, originY = 0;
+
+    int side() const { return std::max(image.cols, image.rows); }
+};
+
+/// What the source's indexes are for those of the target, as warpAffine() takes it.
+cv::Matx23d indexMap(const Level& target, const Level& source, const RigidMotion& motion) {
+    const RigidMotion back = motion.inverse();
+    const double c = std::cos(back.angle), s = std::sin(back.angle);
+    const PlanePoint origin = back.apply({target.originX, target.originY});
+    return {
+        c * target.stepX / source.stepX, -s * target.stepY / source.stepX, (origin.x - source.originX) / source.stepX,
+        s * target.stepX / source.stepY, c * target.stepY / source.stepY,  (origin.y - source.originY) / source.stepY};
+}
+
+/// The source as it comes to lie on the target's grid.
+cv::Mat moved(const Level& target, const Level& source, const RigidMotion& motion) {
+    cv::Mat result;
+    cv::warpAffine(source.image, result, indexMap(target, source, motion), target.image.size(),
+                   cv::INTER_LINEAR | cv::WARP_INVERSE_MAP, cv::BORDER_CONSTANT, cv::Scalar::all(0));
+    return result;
+}
+
+constexpr float present = 0.999f;
+
+/// Sums over the pixels that both images have.
+struct Sums {
+    double n = 0, a = 0, b = 0, aa = 0, bb = 0, ab = 0;
+
+    double correlation() const {
+        const double va = aa - a * a / n, vb = bb - b * b / n;
+        return n > 0 && va > 1e-9 * aa && vb > 1e-9 * bb ? (ab - a * b / n) / std::sqrt(va * vb) : 0;
+    }
+};
+
+Sums sumsOf(const cv::Mat& first, const cv::Mat& second) {
+    Sums sums;
+    for (int i = 0; i < first.rows; ++i) {
+        const float* const p = first.ptr<float>(i);
+        const float* const q = second.ptr<float>(i);
+        float n = 0, a = 0, b = 0, aa = 0, bb = 0, ab = 0;
+        for (int j = 0; j < 2 * first.cols; j += 2) {
+            const float w = p[j + 1] > present && q[j + 1] > present ? 1.0f : 0.0f;
+            const float u = w * p[j], v = w * q[j];
+            n += w;
+            a += u;
+            b += v;
+            aa += u * u;
+            bb += v * v;
+            ab += u * v;
+        }
+        sums.n += n;
+        sums.a += a;
+        sums.b += b;
+        sums.aa += aa;
+        sums.bb += bb;
+        sums.ab += ab;
+    }
+    return sums;
+}
+
+double numPresent(const cv::Mat& image) {
+    double n = 0;
+    for (int i = 0; i < image.rows; ++i) {
+        const float* const p = image.ptr<float>(i);
+        int row = 0;
+        for (int j = 1; j < 2 * image.cols; j += 2)
+            row += p[j] > present ? 1 : 0;
+        n += row;
+    }
+    return n;
+}
+
+/// Half the size; a last odd row or column goes.
+Level halved(const Level& level) {
+    Level half;
+    const cv::Mat whole = level.image(cv::Rect(0, 0, level.image.cols & ~1, level.image.rows & ~1));
+    cv::resize(whole, half.image, cv::Size(whole.cols / 2, whole.rows / 2), 0, 0, cv::INTER_AREA);
+    for (int i = 0; i < half.image.rows; ++i) {
+        float* const p = half.image.ptr<float>(i);
+        for (int j = 0; j < 2 * half.image.cols; j += 2) {
+            const bool some = p[j + 1] >= 0.5f;
+            p[j] = some ? p[j] / p[j + 1] : 0;
+            p[j + 1] = some ? 1.0f : 0.0f;
+        }
+    }
+    half.stepX = 2 * level.stepX;
+    half.stepY = 2 * level.stepY;
+    half.originX = level.originX + level.stepX / 2;
+    half.originY = level.originY + level.stepY / 2;
+    return half;
+}
+
+} // namespace
+
+class SectionAligner::Section {
+public:
+    std::string fault;
+    double width = 0, height = 0;
+    double pixel = 1;
+    std::vector<Level> levels; ///< from fine to coarse, each half of the one before
+    std::size_t choice = 0;    ///< the level on which candidates are told apart
+    Level search;              ///< the level of searchSide, local contrast made even
+
+    struct Features {
+        std::vector<PlanePoint> places;
+        cv::Mat descriptors;
+    };
+
+    const Features& features() const;
+    void forgetFeatures() { __features.reset(); }
+
+private:
+    mutable std::optional<Features> __features;
+};
+
+namespace {
+
+using Section = SectionAligner::Section;
+
+/// Local mean off, local spread made even; what is missing stays 0.
+cv::Mat evened(const cv::Mat& image, double sigma) {
+    std::vector<cv::Mat> channels;
+    cv::split(image, channels);
+    const cv::Mat &value = channels[0], &mask = channels[1];
+    cv::Mat weight, mean, square;
+    cv::GaussianBlur(mask, weight, {}, sigma, sigma, cv::BORDER_CONSTANT);
+    weight = cv::max(weight, 1e-3f);
+    cv::GaussianBlur(value, mean, {}, sigma, sigma, cv::BORDER_CONSTANT);
+    mean /= weight;
+    cv::Mat flat = (value - mean).mul(mask);
+    cv::GaussianBlur(flat.mul(flat), square, {}, sigma, sigma, cv::BORDER_CONSTANT);
+    square /= weight;
+    cv::sqrt(square, square);
+    const double whole = std::sqrt(std::max(1e-12, cv::mean(flat.mul(flat))[0]));
+    channels[0] = flat / (square + 0.3 * whole);
+    cv::Mat result;
+    cv::merge(channels, result);
+    return result;
+}
+
+/// Gauss-Newton steps that raise the correlation of target and moved source. False when there is too little overlap.
+bool refine(const Level& full, const Level& source, RigidMotion& motion, int numSteps, double enough) {
+    std::vector<cv::Mat> channels;
+    cv::split(full.image, channels);
+    cv::Mat gx, gy;
+    cv::Scharr(channels[0], gx, CV_32F, 1, 0, 1 / (32.0 * full.stepX));
+    cv::Scharr(channels[0], gy, CV_32F, 0, 1, 1 / (32.0 * full.stepY));
+    // Where a neighbour is missing the gradient is none.
+    cv::Mat inner;
+    cv::erode(channels[1], inner, cv::Mat(), {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar::all(0));
+    // Of great images every second row will do.
+    const int stride = full.image.total() > 400000 ? 2 : 1;
+    const auto thinned = [stride](const cv::Mat& all) {
+        return stride == 1
+                   ? all
+                   : cv::Mat(all.rows / stride, all.cols, all.type(), all.data, std::size_t(stride) * all.step[0]);
+    };
+    Level target = full;
+    target.image = thinned(full.image);
+    target.stepY *= stride;
+    const cv::Mat gradientX = thinned(gx), gradientY = thinned(gy), whole = thinned(inner);
+    const int rows = target.image.rows, cols = target.image.cols;
+    const double radius = 0.5 * std::hypot(cols * target.stepX, rows * target.stepY);
+    const double firstAngle = motion.angle;
+    for (int step = 0; step < numSteps; ++step) {
+        const cv::Mat warped = moved(target, source, motion);
+        const Sums sums = sumsOf(target.image, warped);
+        if (sums.n < 0.05 * rows * cols)
+            return false;
+        const double varS = sums.bb - sums.b * sums.b / sums.n;
+        const double varT = sums.aa - sums.a * sums.a / sums.n;
+        if (!(varS > 1e-9 * sums.bb) || !(varT > 1e-9 * sums.aa))
+            return false;
+        const double cov = sums.ab - sums.a * sums.b / sums.n;
+        const float gain = float(cov / varS), offset = float((sums.a - gain * sums.b) / sums.n);
+        const double spread = std::sqrt(std::max(1e-12, (varT - cov * cov / varS) / sums.n));
+        const double lenience = lenienceOf(full.side());
+        const float scale = float(1 / (lenience * lenience * spread * spread));
+        double h[6] = {}, g[3] = {}, unexplained = 0;
+        for (int i = 0; i < rows; ++i) {
+            const float* const t = target.image.ptr<float>(i);
+            const float* const s = warped.ptr<float>(i);
+            const float* const m = whole.ptr<float>(i);
+            const float* const px = gradientX.ptr<float>(i);
+            const float* const py = gradientY.ptr<float>(i);
+            const auto y = float((target.originY + i * target.stepY) / radius);
+            const auto x0 = float(target.originX / radius), dx = float(target.stepX / radius);
+            float xx = 0, xy = 0, yy = 0, xa = 0, ya = 0, aa = 0, rx = 0, ry = 0, ra = 0, rr = 0;
+            for (int j = 0; j < cols; ++j) {
+                const float r = gain * s[2 * j] + offset - t[2 * j];
+                const float q = 1 / (1 + scale * r * r);
+                const float w = s[2 * j + 1] > present ? m[j] * q * q : 0.0f;
+                const float u = px[j], v = py[j], a = (x0 + dx * float(j)) * v - y * u;
+                const float wu = w * u, wv = w * v, wa = w * a;
+                xx += wu * u;
+                xy += wu * v;
+                yy += wv * v;
+                xa += wu * a;
+                ya += wv * a;
+                aa += wa * a;
+                rx += wu * r;
+                ry += wv * r;
+                ra += wa * r;
+                rr += (wu * u + wv * v) * r * r;
+            }
+            h[0] += xx;
+            h[1] += xy;
+            h[2] += yy;
+            h[3] += xa;
+            h[4] += ya;
+            h[5] += aa;
+            g[0] += rx;
+            g[1] += ry;
+            g[2] += ra;
+            unexplained += rr;
+        }
+        // On sections with little on them nothing tells the angle: then it stays where it was.
+        const double doubt =
+            10 * unexplained / std::max(1e-30, h[0] + h[2]) / (angleDoubt * angleDoubt * radius * radius);
+        h[5] += doubt;
+        g[2] -= doubt * std::remainder(motion.angle - firstAngle, 2 * pi) * radius;
+        const double ridge = 1e-6 * (h[0] + h[2] + h[5]);
+        const cv::Matx33d normal(h[0] + ridge, h[1], h[3], h[1], h[2] + ridge, h[4], h[3], h[4], h[5] + ridge);
+        cv::Vec3d d;
+        if (!cv::solve(normal, cv::Vec3d(g[0], g[1], g[2]), d, cv::DECOMP_CHOLESKY))
+            return false;
+        const double turn = d[2] / radius;
+        const double length = std::hypot(d[0], d[1]) + std::abs(d[2]);
+        // Gradients reach no further than some pixels.
+        const double limit = 4 * std::max(full.stepX, full.stepY);
+        const double part = length > limit ? limit / length : 1;
+        motion = RigidMotion{part * turn, part * d[0], part * d[1]} * motion;
+        if (!motion.isFinite())
+            return false;
+        if (length < enough * full.stepX)
+            break;
+    }
+    return true;
+}
+
+// ---- how well two sections fit
+
+/// Absolute correlation, lessened where the overlap is less than half of the smaller section.
+double scoreAt(const Level& target, const Level& source, const RigidMotion& motion, bool* inverted = nullptr) {
+    const Sums sums = sumsOf(target.image, moved(target, source, motion));
+    const double area = target.stepX * target.stepY;
+    const double smaller =
+        std::min(numPresent(target.image) * area, numPresent(source.image) * source.stepX * source.stepY);
+    if (sums.n < 16 || !(smaller > 0))
+        return 0;
+    const double correlation = sums.correlation();
+    if (inverted != nullptr)
+        *inverted = correlation < 0;
+    return std::abs(correlation) * std::sqrt(std::min(1.0, 2 * sums.n * area / smaller));
+}
+
+/// The blocks of the overlap that have structure, and how many of them lie where the motion brings them.
+struct Support {
+    int numBlocks = 0;
+    double share = 0;
+};
+
+Support supportAt(const Level& target, const Level& source, const RigidMotion& motion, bool inverted) {
+    const cv::Mat warped = moved(target, source, motion);
+    const int size = std::max(12, target.side() / 10), reach = 6;
+    constexpr double near = 2.1;
+    std::vector<cv::Mat> t, s;
+    cv::split(target.image, t);
+    cv::split(warped, s);
+    Support support;
+    int numNear = 0;
+    cv::Mat surface;
+    for (int y = reach; y + size + reach <= target.image.rows; y += size)
+        for (int x = reach; x + size + reach <= target.image.cols; x += size) {
+            const cv::Rect block(x, y, size, size);
+            const cv::Rect around(x - reach, y - reach, size + 2 * reach, size + 2 * reach);
+            if (cv::mean(t[1](block))[0] < 0.8 || cv::mean(s[1](around))[0] < 0.8)
+                continue;
+            cv::Scalar mean, spread, otherSpread;
+            cv::meanStdDev(t[0](block), mean, spread);
+            cv::meanStdDev(s[0](block), mean, otherSpread);
+            if (std::min(spread[0], otherSpread[0]) < 0.1)
+                continue;
+            cv::matchTemplate(s[0](around), t[0](block), surface, cv::TM_CCOEFF_NORMED);
+            cv::Point least, most;
+            cv::minMaxLoc(surface, nullptr, nullptr, &least, &most);
+            const cv::Point best = inverted ? least : most;
+            ++support.numBlocks;
+            numNear += std::hypot(best.x - reach, best.y - reach) <= near ? 1 : 0;
+        }
+    support.share = support.numBlocks > 0 ? double(numNear) / support.numBlocks : 0;
+    return support;
+}
+
+// ---- where to begin
+
+struct Candidate {
+    RigidMotion motion;
+    double score = 0;
+};
+
+/// Correlation of the source, turned by steps all around, with the target at every shift.
+std::vector<Candidate> searchAround(const Level& target, const Level& source, std::size_t most) {
+    const double step = std::max(target.stepX, target.stepY);
+    const double diagonal = std::hypot(source.image.cols * source.stepX, source.image.rows * source.stepY) / step;
+    const int size = cv::getOptimalDFTSize(int(std::ceil(target.side() + 0.75 * diagonal)));
+    Level frame; // the middle of the section in the middle of the grid
+    frame.stepX = frame.stepY = step;
+    frame.originX = frame.originY = -step * size / 2;
+    frame.image = cv::Mat(size, size, CV_32FC2);
+    const auto transformed = [&](const cv::Mat& image) {
+        std::vector<cv::Mat> channels, spectra(2);
+        cv::split(image, channels);
+        for (std::size_t k : {std::size_t(0), std::size_t(1)})
+            cv::dft(channels[k], spectra[k]);
+        return spectra;
+    };
+    const auto fixed = transformed(moved(frame, target, {}));
+    const double smaller = std::min(numPresent(target.image) * target.stepX * target.stepY,
+                                    numPresent(source.image) * source.stepX * source.stepY) /
+                           (step * step);
+    std::vector<Candidate> all;
+    cv::Mat product, fit, overlap;
+    for (int k = 0; k < numTurns; ++k) {
+        const double angle = 2 * pi * k / numTurns;
+        const auto turned = transformed(moved(frame, source, {angle, 0, 0}));
+        cv::mulSpectrums(fixed[0], turned[0], product, 0, true);
+        cv::dft(product, fit, cv::DFT_INVERSE | cv::DFT_SCALE | cv::DFT_REAL_OUTPUT);
+        cv::mulSpectrums(fixed[1], turned[1], product, 0, true);
+        cv::dft(product, overlap, cv::DFT_INVERSE | cv::DFT_SCALE | cv::DFT_REAL_OUTPUT);
+        for (int i = 0; i < size; ++i) {
+            float* const f = fit.ptr<float>(i);
+            const float* const n = overlap.ptr<float>(i);
+            for (int j = 0; j < size; ++j)
+                f[j] = n[j] > 0.25 * smaller ? std::abs(f[j]) / std::sqrt(n[j]) : 0.0f;
+        }
+        for (int peak = 0; peak < 3; ++peak) {
+            double value = 0;
+            cv::Point at;
+            cv::minMaxLoc(fit, nullptr, &value, nullptr, &at);
+            if (!(value > 0))
+                break;
+            const auto wrapped = [&](int index) { return index < size / 2 ? index : index - size; };
+            all.push_back({{angle, step * wrapped(at.x), step * wrapped(at.y)}, value});
+            for (int i = -4; i <= 4; ++i)
+                for (int j = -4; j <= 4; ++j)
+                    fit.at<float>((at.y + i + size) % size, (at.x + j + size) % size) = 0;
+        }
+    }
+    std::stable_sort(all.begin(), all.end(), [](const Candidate& a, const Candidate& b) { return a.score > b.score; });
+    // Neighbouring angles and shifts lead to one and the same.
+    std::vector<Candidate> chosen;
+    for (const Candidate& one : all) {
+        const bool known = std::any_of(chosen.begin(), chosen.end(), [&](const Candidate& other) {
+            return std::abs(std::remainder(one.motion.angle - other.motion.angle, 2 * pi)) < 3.2 * pi / numTurns &&
+                   std::hypot(one.motion.x - other.motion.x, one.motion.y - other.motion.y) < 6 * step;
+        });
+        if (!known)
+            chosen.push_back(one);
+        if (chosen.size() == most)
+            break;
+    }
+    return chosen;
+}
+
+/// Where the most unusual parts of both sections come together without a turn more than the start's: for sections with
+/// little on them.
+RigidMotion centred(const Level& target, const Level& source, const RigidMotion& start) {
+    const auto centreOf = [](const Level& level) {
+        std::vector<float> values;
+        values.reserve(level.image.total());
+        for (int i = 0; i < level.image.rows; ++i)
+            for (int j = 0; j < level.image.cols; ++j)
+                if (const auto& pixel = level.image.at<cv::Vec2f>(i, j); pixel[1] > present)
+                    values.push_back(pixel[0]);
+        if (values.empty())
+            return PlanePoint();
+        const auto middle = values.begin() + std::ptrdiff_t(values.size() / 2);
+        std::nth_element(values.begin(), middle, values.end());
+        double total = 1e-12, x = 0, y = 0;
+        for (int i = 0; i < level.image.rows; ++i)
+            for (int j = 0; j < level.image.cols; ++j)
+                if (const auto& pixel = level.image.at<cv::Vec2f>(i, j); pixel[1] > present) {
+                    const double weight = std::abs(pixel[0] - *middle);
+                    total += weight;
+                    x += weight * (level.originX + j * level.stepX);
+                    y += weight * (level.originY + i * level.stepY);
+                }
+        return PlanePoint{x / total, y / total};
+    };
+    const PlanePoint from = centreOf(source), to = centreOf(target);
+    RigidMotion motion{start.angle, 0, 0};
+    const PlanePoint turned = motion.apply(from);
+    motion.x = to.x - turned.x;
+    motion.y = to.y - turned.y;
+    return motion;
+}
+
+/// Refines at the scales from one to the other, coarse to fine.
+bool refineThrough(const Section& target, const Section& source, RigidMotion& motion, std::size_t coarse,
+                   std::size_t fine, double enough = 0.02) {
+    coarse = std::min({coarse, target.levels.size() - 1, source.levels.size() - 1});
+    for (std::size_t k = coarse + 1; k-- > fine;)
+        if (!refine(target.levels[k], source.levels[k], motion, k == 0 ? 8 : 15, enough))
+            return false;
+    return true;
+}
+
+/// Chance lets about a tenth of the blocks agree; 3.5 of its standard deviations more are no chance. Sections with
+/// little on them have too few blocks to tell: there the whole must fit.
+bool isBorneOut(const SectionMatch& match) {
+    const double chance = 0.09 + 3.5 * std::sqrt(0.09 * 0.91 / std::max(1, match.numBlocks));
+    if (match.numBlocks < 8)
+        return match.score > 0.6;
+    return match.support > std::min(0.9, chance) || (match.numBlocks < 20 && match.score > 0.75);
+}
+
+/// A motion with all that is known of it.
+SectionMatch judged(const Section& target, const Section& source, const RigidMotion& motion) {
+    SectionMatch match;
+    match.motion = motion;
+    const std::size_t k = std::min(target.choice, source.choice);
+    match.score = scoreAt(target.levels[k], source.levels[k], motion, &match.inverted);
+    const Support support = supportAt(target.levels[k], source.levels[k], motion, match.inverted);
+    match.support = support.share;
+    match.numBlocks = support.numBlocks;
+    match.found = isBorneOut(match);
+    return match;
+}
+
+/// By which of several is taken: how well all fits, and how much of it, and not without need far from the start.
+double merit(const SectionMatch& match, const RigidMotion& start, double size) {
+    const double far = std::abs(std::remainder(match.motion.angle - start.angle, 2 * pi)) / pi +
+                       std::hypot(match.motion.x - start.x, match.motion.y - start.y) / size;
+    const double part = (match.support * match.numBlocks + 0.5 * 8) / (match.numBlocks + 8); // few blocks tell little
+    return match.score * (0.2 + part) * (1 - 0.05 * std::min(2.0, far));
+}
+
+/// From the start alone.
+std::optional<SectionMatch> followed(const Section& target, const Section& source, const RigidMotion& start,
+                                     bool fromCoarse) {
+    RigidMotion motion = start;
+    const std::size_t choice = std::min(target.choice, source.choice);
+    if (!refineThrough(target, source, motion, fromCoarse ? 99 : choice + 1, choice, 0.1))
+        return std::nullopt;
+    return judged(target, source, motion);
+}
+
+// ---- features
+
+/// The motion that most of the matched features agree on.
+std::optional<RigidMotion> motionByFeatures(const Section& target, const Section& source) {
+    const Section::Features &s = source.features(), &t = target.features();
+    if (s.places.size() < 8 || t.places.size() < 8)
+        return std::nullopt;
+    std::vector<std::vector<cv::DMatch>> forth, back;
+    const cv::BFMatcher matcher(cv::NORM_L2);
+    matcher.knnMatch(s.descriptors, t.descriptors, forth, 2);
+    matcher.knnMatch(t.descriptors, s.descriptors, back, 1);
+    std::vector<cv::Point2d> from, to;
+    for (const auto& pair : forth) {
+        if (pair.size() < 2 || pair[0].distance > 0.85f * pair[1].distance)
+            continue;
+        const auto k = std::size_t(pair[0].trainIdx);
+        if (back[k].empty() || back[k][0].trainIdx != pair[0].queryIdx)
+            continue;
+        const PlanePoint p = s.places[std::size_t(pair[0].queryIdx)], q = t.places[k];
+        from.emplace_back(p.x / source.pixel, p.y / source.pixel);
+        to.emplace_back(q.x / source.pixel, q.y / source.pixel);
+    }
+    if (from.size() < 6)
+        return std::nullopt;
+    std::vector<unsigned char> agrees;
+    const double reach = 0.01 * std::max(target.width, target.height) / target.pixel + 2;
+    const cv::Mat affine = cv::estimateAffinePartial2D(from, to, agrees, cv::RANSAC, reach, 3000, 0.995, 10);
+    std::vector<PointPair> pairs;
+    for (std::size_t i = 0; i < from.size() && !affine.empty(); ++i)
+        if (agrees[i] != 0)
+            pairs.push_back({{from[i].x * source.pixel, from[i].y * source.pixel},
+                             {to[i].x * source.pixel, to[i].y * source.pixel}});
+    if (pairs.size() < 6)
+        return std::nullopt;
+    return fitRigid(pairs);
+}
+
+} // namespace
+
+namespace {
+
+/// Blank and the like.
+std::string faultOf(const cv::Mat& image) {
+    double n = 0, sum = 0, squares = 0, least = std::numeric_limits<double>::infinity(), most = -least;
+    for (int i = 0; i < image.rows; ++i) {
+        const float* const p = image.ptr<float>(i);
+        for (int j = 0; j < 2 * image.cols; j += 2) {
+            if (!(p[j + 1] > 0))
+                continue;
+            ++n;
+            sum += p[j];
+            squares += double(p[j]) * p[j];
+            least = std::min(least, double(p[j]));
+            most = std::max(most, double(p[j]));
+        }
+    }
+    if (n < leastSide * leastSide)
+        return "blank";
+    double low = 0, high = 0;
+    for (int i = 0; i < image.rows; ++i) {
+        const float* const p = image.ptr<float>(i);
+        for (int j = 0; j < 2 * image.cols; j += 2) {
+            low += p[j + 1] > 0 && p[j] <= least ? 1 : 0;
+            high += p[j + 1] > 0 && p[j] >= most ? 1 : 0;
+        }
+    }
+    if (!(most > least) || low > 0.9995 * n)
+        return most >= 255 && least >= 255 ? "saturated" : "blank";
+    if (high > 0.95 * n)
+        return "saturated";
+    if (low + high > 0.9995 * n && std::min(low, high) < 0.02 * n)
+        return "saturated";
+    return "";
+}
+
+/// The image in working pixels: boxes of whole pixels, then, where these are not square, as fine as the finer side.
+Level reduced(const SectionImage& image, double pixel) {
+    const int rows = image.grey.getSize1(), cols = image.grey.getSize2();
+    const auto boxOf = [&](double size, int n) {
+        const int wanted = std::max(1, int(pixel / size + 0.01));
+        return std::clamp(
+            std::max(wanted, (n + 2 * SectionAligner::workingSize - 1) / (2 * SectionAligner::workingSize)), 1,
+            std::max(1, n / leastSide));
+    };
+    const int bx = boxOf(image.pixelWidth, cols), by = boxOf(image.pixelHeight, rows);
+    Level level;
+    level.image = cv::Mat(rows / by, cols / bx, CV_32FC2);
+    for (int i = 0; i < level.image.rows; ++i) {
+        float* const out = level.image.ptr<float>(i);
+        std::fill(out, out + 2 * level.image.cols, 0.0f);
+        for (int k = 0; k < by; ++k) {
+            const float* in = image.grey[i * by + k].data();
+            for (int j = 0; j < level.image.cols; ++j)
+                for (int l = 0; l < bx; ++l, ++in)
+                    if (std::isfinite(*in)) {
+                        out[2 * j] += *in;
+                        out[2 * j + 1] += 1;
+                    }
+        }
+        for (int j = 0; j < level.image.cols; ++j) {
+            out[2 * j] = out[2 * j + 1] > 0 ? out[2 * j] / out[2 * j + 1] : 0;
+            out[2 * j + 1] = 2 * out[2 * j + 1] >= float(bx * by) ? 1.0f : 0.0f;
+        }
+    }
+    level.stepX = bx * image.pixelWidth;
+    level.stepY = by * image.pixelHeight;
+    level.originX = image.pixelWidth * (0.5 * (bx - 1) - 0.5 * cols);
+    level.originY = image.pixelHeight * (0.5 * (by - 1) - 0.5 * rows);
+    const double finer = std::min(level.stepX, level.stepY);
+    if (std::max(level.stepX, level.stepY) > 1.02 * finer) {
+        Level square;
+        const cv::Size size(
+            std::min(4 * SectionAligner::workingSize, int(std::lround(level.image.cols * level.stepX / finer))),
+            std::min(4 * SectionAligner::workingSize, int(std::lround(level.image.rows * level.stepY / finer))));
+        square.stepX = level.stepX * level.image.cols / size.width;
+        square.stepY = level.stepY * level.image.rows / size.height;
+        square.originX = level.originX + (square.stepX - level.stepX) / 2;
+        square.originY = level.originY + (square.stepY - level.stepY) / 2;
+        cv::resize(level.image, square.image, size, 0, 0, cv::INTER_LINEAR);
+        for (int i = 0; i < size.height; ++i)
+            for (int j = 0; j < size.width; ++j)
+                square.image.at<cv::Vec2f>(i, j)[1] = square.image.at<cv::Vec2f>(i, j)[1] > present ? 1.0f : 0.0f;
+        return square;
+    }
+    return level;
+}
+
+/// Takes areas of the least and the greatest grey out that are no ground on which the tissue lies: a frame with
+/// straight sides round the picture, and what is cut off inside of it.
+void maskExtremes(cv::Mat& image) {
+    std::vector<cv::Mat> channels;
+    cv::split(image, channels);
+    double least = 0, most = 0;
+    cv::minMaxLoc(channels[0], &least, &most, nullptr, nullptr, channels[1] > 0.5f);
+    const double total = double(image.rows) * image.cols;
+    cv::Mat outside = cv::Mat::zeros(image.size(), CV_8U);
+    for (const double extreme : {least, most}) {
+        const cv::Mat same = (channels[0] == extreme) & (channels[1] > 0.5f);
+        cv::Mat labels, boxes, centres;
+        const int n = cv::connectedComponentsWithStats(same, labels, boxes, centres, 4);
+        cv::Mat border = cv::Mat::zeros(image.size(), CV_8U);
+        std::vector<int> inside;
+        for (int k = 1; k < n; ++k) {
+            const int* const box = boxes.ptr<int>(k);
+            if (box[cv::CC_STAT_AREA] < 0.001 * total)
+                continue;
+            const bool touches =
+                box[0] == 0 || box[1] == 0 || box[0] + box[2] == image.cols || box[1] + box[3] == image.rows;
+            if (touches)
+                border |= labels == k;
+            else
+                inside.push_back(k);
+        }
+        const double bordering = cv::countNonZero(border);
+        if (bordering > 0.7 * total)
+            continue;
+        if (bordering > 0) {
+            std::vector<cv::Point> points, hull, corners;
+            cv::findNonZero(~border & (channels[1] > 0.5f), points);
+            cv::convexHull(points, hull);
+            cv::approxPolyDP(hull, corners, 0.008 * std::hypot(image.cols, image.rows), true);
+            cv::Mat frame = cv::Mat::zeros(image.size(), CV_8U);
+            cv::fillConvexPoly(frame, hull, cv::Scalar(255));
+            const bool straight = corners.size() <= 8 && cv::countNonZero(frame & border) < 0.03 * total;
+            if (!straight)
+                continue; // tissue on a ground
+            outside |= border;
+        }
+        for (const int k : inside)
+            outside |= labels == k;
+    }
+    if (cv::countNonZero(outside) == 0)
+        return;
+    cv::dilate(outside, outside, cv::Mat(), {-1, -1}, 2);
+    channels[1].setTo(0, outside);
+    channels[0].setTo(0, outside);
+    cv::merge(channels, image);
+}
+
+/// Mean 0 and spread 1 where there is a value.
+void standardize(cv::Mat& image) {
+    double n = 0, sum = 0, squares = 0;
+    for (int i = 0; i < image.rows; ++i) {
+        const float* const p = image.ptr<float>(i);
+        for (int j = 0; j < 2 * image.cols; j += 2)
+            if (p[j + 1] > present) {
+                ++n;
+                sum += p[j];
+                squares += double(p[j]) * p[j];
+            }
+    }
+    const double mean = n > 0 ? sum / n : 0;
+    const double spread = n > 0 ? std::sqrt(std::max(1e-30, squares / n - mean * mean)) : 1;
+    for (int i = 0; i < image.rows; ++i) {
+        float* const p = image.ptr<float>(i);
+        for (int j = 0; j < 2 * image.cols; j += 2) {
+            p[j] = p[j + 1] > present ? float((p[j] - mean) / spread) : 0;
+            p[j + 1] = p[j + 1] > present ? 1.0f : 0.0f;
+        }
+    }
+}
+
+} // namespace
+
+namespace {
+
+/// Halves the finest level as long as something is left.
+void addScales(Section& section) {
+    while (section.levels.back().side() > 64 &&
+           std::min(section.levels.back().image.rows, section.levels.back().image.cols) >= 2 * leastSide)
+        section.levels.push_back(halved(section.levels.back()));
+}
+
+/// What lies between two pixels is smooth then. What is missing has no part in it.
+void smoothScales(Section& section) {
+    for (Level& one : section.levels) {
+        std::vector<cv::Mat> channels;
+        cv::split(one.image, channels);
+        cv::Mat weight;
+        cv::GaussianBlur(channels[1], weight, {}, 1.0);
+        cv::GaussianBlur(channels[0], channels[0], {}, 1.0);
+        channels[0] = channels[0].mul(channels[1]) / cv::max(weight, 0.05f);
+        cv::merge(channels, one.image);
+    }
+}
+
+/// Takes the slow course of the brightness off, which is of the lamp and the camera and stays when the section moves:
+/// the mean about each place, over a twelfth of the image, of the coarsest level.
+void evenLight(Section& section) {
+    Level ground = section.levels.back();
+    std::vector<cv::Mat> channels;
+    cv::split(ground.image, channels);
+    const double sigma = 0.08 * ground.side();
+    cv::Mat weight, mean;
+    cv::GaussianBlur(channels[1], weight, {}, sigma, sigma, cv::BORDER_REFLECT);
+    cv::GaussianBlur(channels[0], mean, {}, sigma, sigma, cv::BORDER_REFLECT);
+    ground.image = mean / cv::max(weight, 1e-3f);
+    for (Level& level : section.levels) {
+        cv::split(level.image, channels);
+        cv::Mat slow;
+        cv::warpAffine(ground.image, slow, indexMap(level, ground, {}), level.image.size(),
+                       cv::INTER_LINEAR | cv::WARP_INVERSE_MAP, cv::BORDER_REPLICATE);
+        channels[0] = (channels[0] - slow).mul(channels[1]);
+        cv::merge(channels, level.image);
+    }
+    // Each level by the spread of the finest, so that spreads can be compared.
+    cv::split(section.levels.front().image, channels);
+    const double n = std::max(1.0, cv::sum(channels[1])[0]);
+    const double spread = std::sqrt(std::max(1e-12, cv::sum(channels[0].mul(channels[0]))[0] / n));
+    for (Level& level : section.levels) {
+        cv::split(level.image, channels);
+        channels[0] /= spread;
+        cv::merge(channels, level.image);
+    }
+}
+
+/// Finds the levels for choice and search.
+void chooseScales(Section& section) {
+    while (section.choice + 1 < section.levels.size() && section.levels[section.choice].side() > choiceSide)
+        ++section.choice;
+    std::size_t k = section.choice;
+    while (k + 1 < section.levels.size() && section.levels[k].side() > searchSide)
+        ++k;
+    section.search = section.levels[k];
+    section.search.image = evened(section.search.image, 0.06 * section.search.side());
+}
+
+} // namespace
+
+const SectionAligner::Section::Features& SectionAligner::Section::features() const {
+    if (__features)
+        return *__features;
+    __features.emplace();
+    std::size_t k = 0;
+    while (k + 1 < levels.size() && levels[k].side() > 640)
+        ++k;
+    const Level& level = levels[k];
+    std::vector<cv::Mat> channels;
+    cv::split(level.image, channels);
+    cv::Mat bytes, mask;
+    channels[0].convertTo(bytes, CV_8U, 40, 128);
+    channels[1].convertTo(mask, CV_8U, 255);
+    std::vector<cv::KeyPoint> points;
+    cv::SIFT::create(1500)->detectAndCompute(bytes, mask, points, __features->descriptors);
+    __features->places.reserve(points.size());
+    for (const cv::KeyPoint& point : points)
+        __features->places.push_back(
+            {level.originX + level.stepX * double(point.pt.x), level.originY + level.stepY * double(point.pt.y)});
+    return *__features;
+}
+
+double SectionAligner::workingPixel(double width, double height, double pixel) {
+    const double sides = std::max(width, height) / (pixel * workingSize);
+    return pixel * std::max(1.0, std::ceil(sides - 1e-9));
+}
+
+SectionAligner::SectionPointer SectionAligner::prepare(const SectionImage& image, double pixel) {
+    cv::setNumThreads(1); // all runs on the caller's thread
+    const auto section = std::make_shared<Section>();
+    section->width = image.width();
+    section->height = image.height();
+    section->pixel = pixel;
+    const int rows = image.grey.getSize1(), cols = image.grey.getSize2();
+    if (rows < leastSide || cols < leastSide) {
+        section->fault = "too small";
+        return section;
+    }
+    Level level = reduced(image, pixel);
+    section->fault = faultOf(level.image);
+    if (!section->fault.empty())
+        return section;
+    maskExtremes(level.image);
+    standardize(level.image);
+    if (numPresent(level.image) < leastSide * leastSide) {
+        section->fault = "blank";
+        return section;
+    }
+    section->levels.push_back(level);
+    addScales(*section);
+    evenLight(*section);
+    smoothScales(*section);
+    chooseScales(*section);
+    return section;
+}
+
+SectionAligner::SectionPointer SectionAligner::medianOf(const std::vector<SectionPointer>& sections,
+                                                        const std::vector<RigidMotion>& motions, const Section& onto) {
+    const auto bad = [](const SectionPointer& one) { return one == nullptr || one->levels.empty(); };
+    if (sections.empty() || sections.size() != motions.size() || std::any_of(sections.begin(), sections.end(), bad) ||
+        onto.levels.empty())
+        throw SizeError("SectionPointer SectionAligner::medianOf(...)",
+                        "There must be a motion for each of some sections");
+    const auto result = std::make_shared<Section>();
+    result->width = onto.width;
+    result->height = onto.height;
+    result->pixel = onto.pixel;
+    Level level = onto.levels.front();
+    level.image = cv::Mat::zeros(level.image.size(), CV_32FC2);
+    // In strips, so that not all images are there a second time.
+    constexpr int strip = 64;
+    std::vector<cv::Mat> parts(sections.size());
+    std::vector<float> values;
+    for (int top = 0; top < level.image.rows; top += strip) {
+        Level part = level;
+        part.image = level.image.rowRange(top, std::min(top + strip, level.image.rows));
+        part.originY = level.originY + top * level.stepY;
+        for (std::size_t k = 0; k < sections.size(); ++k)
+            parts[k] = moved(part, sections[k]->levels.front(), motions[k]);
+        for (int i = 0; i < part.image.rows; ++i)
+            for (int j = 0; j < part.image.cols; ++j) {
+                values.clear();
+                for (const cv::Mat& one : parts)
+                    if (const auto& pixel = one.at<cv::Vec2f>(i, j); pixel[1] > present)
+                        values.push_back(pixel[0]);
+                if (2 * values.size() < sections.size() || values.empty())
+                    continue;
+                std::sort(values.begin(), values.end());
+                const std::size_t n = values.size();
+                part.image.at<cv::Vec2f>(i, j) = {0.5f * (values[n / 2] + values[(n - 1) / 2]), 1};
+            }
+    }
+    result->levels.push_back(level);
+    addScales(*result);
+    chooseScales(*result);
+    return result;
+}
+
+const std::string& SectionAligner::fault(const Section& section) {
+    return section.fault;
+}
+
+double SectionAligner::score(const Section& source, const Section& target, const RigidMotion& motion) {
+    if (!source.fault.empty() || !target.fault.empty())
+        return 0;
+    const std::size_t k = std::min(source.choice, target.choice);
+    return scoreAt(target.levels[k], source.levels[k], motion);
+}
+
+SectionMatch SectionAligner::match(const Section& source, const Section& target, const RigidMotion& start,
+                                   AlignmentMethod method, bool search) {
+    SectionMatch best;
+    best.motion = start;
+    if (!source.fault.empty() || !target.fault.empty())
+        return best;
+    const SectionMatch unmoved = judged(target, source, start);
+    best = unmoved;
+    best.found = false;
+    bool begun = false;
+    const double size = std::max({target.width, target.height, source.width, source.height});
+    const auto consider = [&](const std::optional<SectionMatch>& one) {
+        if (one && (!begun || merit(*one, start, size) > merit(best, start, size))) {
+            best = *one;
+            begun = true;
+        }
+    };
+    if (method != AlignmentMethod::Features) {
+        consider(followed(target, source, start, true));
+        const bool sure = begun && best.found && best.numBlocks >= 20 && best.support > 0.45;
+        if (search && !sure)
+            consider(followed(target, source, centred(target.search, source.search, start), false));
+        if (search && !sure)
+            for (const Candidate& one : searchAround(target.search, source.search, 6))
+                consider(followed(target, source, one.motion, false));
+    }
+    if (method == AlignmentMethod::Features || (method == AlignmentMethod::Auto && search && !best.found))
+        if (const auto motion = motionByFeatures(target, source)) {
+            std::optional<SectionMatch> one = judged(target, source, *motion);
+            one->method = AlignmentMethod::Features;
+            consider(one);
+        }
+    if (!begun)
+        return best;
+    RigidMotion motion = best.motion;
+    if (method != AlignmentMethod::Features &&
+        refineThrough(target, source, motion, std::min(target.choice, source.choice), 0)) {
+        const AlignmentMethod by = best.method;
+        const SectionMatch fine = judged(target, source, motion);
+        if (fine.support >= best.support - 0.1) {
+            best = fine;
+            best.method = by;
+        }
+    }
+    // Where it lay is as good as where it was brought: then it stays.
+    if (unmoved.found && unmoved.score >= best.score)
+        best.motion = unmoved.motion;
+    return best.motion.angle == start.angle && best.motion.x == start.x && best.motion.y == start.y ? unmoved : best;
+}
+
+bool SectionAligner::isMirrored(const Section& source, const Section& target, const RigidMotion& start) {
+    if (!source.fault.empty() || !target.fault.empty())
+        return false;
+    Section behind = source;
+    const auto flip = [](Level& level) {
+        cv::Mat image;
+        cv::flip(level.image, image, 1);
+        level.image = image;
+        level.originX = -(level.originX + level.stepX * (image.cols - 1));
+    };
+    for (Level& level : behind.levels)
+        flip(level);
+    flip(behind.search);
+    behind.forgetFeatures();
+    const SectionMatch mirrored = match(behind, target, {}, AlignmentMethod::Auto);
+    return mirrored.found && mirrored.score > score(source, target, start);
+}
+
+} // namespace vorlen

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ui/registration/stacktask.h"
+#include "values/registration.h"
+
+namespace vorlen {
+
+/// What was found about one slice.
+struct SlicePlacement {
+    const StackSlice* slice = nullptr; // of the stack itself, as a mark
+    int place = 0;                     // in the stack
+    Registration registration;         // the one that the score is that of
+    bool found = false;                // the registration is another than before
+    double score = -1;                 // from 0 to 1; below 0 when it is not known
+    std::string remark;                // why nothing was found, or what else is to be said; mostly empty
+};
+
+/// Registers slices, or tells how well they fit, beside the window. It looks only: what was found is for the owner to
+/// set.
+class AutomaticRegistration : public StackTask {
+    Q_OBJECT
+
+public:
+    using StackTask::StackTask;
+    ~AutomaticRegistration() override;
+
+    /// Each does nothing while a run goes on. Locked has an entry for each slice.
+
+    /// One slice on the one before it, beginning where this registration puts it.
+    void registerSlice(const Stack& stack, int place, const Registration& from);
+    /// All slices together.
+    void registerAll(const Stack& stack, const std::vector<bool>& locked);
+    /// How well the slices at these places fit the one before them. Each is told of by scored().
+    void score(const Stack& stack, const std::vector<int>& places);
+
+    /// Of the last run that has ended.
+    const std::vector<SlicePlacement>& placements() const { return __placements; }
+
+signals:
+    void scored(const vorlen::SlicePlacement& placement);
+
+private:
+    void note(const Stack& copy, int place, const Registration& registration, double score, const std::string& remark);
+
+    std::vector<SlicePlacement> __placements;
+};
+
+} // namespace vorlen

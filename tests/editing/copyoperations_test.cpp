@@ -1,0 +1,91 @@
+#include "editing/operations/copyoperations.h"
+
+#include <cmath>
+
+#include "editing/operationfixture.h"
+#include "reconstruction/stackreconstruction.h"
+#include "support/testimages.h"
+
+namespace vorlen {
+
+namespace {
+
+const Points outline = {{90, 30}, {90, 70}, {40, 70}, {40, 30}}; // counter-clockwise, as contours are kept
+
+} // namespace
+
+class CopyOperationsTest : public OperationTest {
+protected:
+    /// Slices 1 to 4 with images of 160 x 120 pixels.
+    CopyOperationsTest() {
+        for (int i = 0; i < 4; ++i)
+            addImage(TestImages::uniform(160, 120, 8, 100));
+    }
+
+    Points onlyItemOn(int rank) {
+        StackSlice& on = stack.getSlice(rank);
+        EXPECT_EQ(on.getNumItems(), 1) << rank;
+        return on.getNumItems() == 1 ? verticesOf(on.getItem(0)) : Points();
+    }
+};
+
+TEST_F(CopyOperationsTest, whatIsSelectedIsCopiedAsOneStepAndTheCopiesAreSelected) {
+    StackSlice& from = stack.getSlice(1);
+    ModelItem& contour = addItem(polygon, from, outline);
+    ModelItem& points = addItem(dots, from, {{5, 6}, {7, 8}, {9, 10}});
+    addItem(other, from, outline);
+    select(contour, {0, 2}); // contours go as a whole
+    select(points, {1});
+    addItem(dots, stack.getSlice(2), {{1, 1}});
+    expectStep([&] { return copySelectionAround(stack, from, 5, 2); });
+    EXPECT_EQ(stack.getSlice(0).getNumItems(), 2);
+    for (const int i : {2, 3}) {
+        const StackSlice& on = stack.getSlice(i);
+        ASSERT_EQ(on.getNumItems(), 2) << i;
+        const int contourAt = i == 2 ? 1 : 0;
+        EXPECT_EQ(verticesOf(on.getItem(contourAt)), outline);
+        EXPECT_EQ(on.getItem(contourAt).getModel(), &polygon);
+    }
+    EXPECT_EQ(verticesOf(stack.getSlice(2).getItem(0)), (Points{{1, 1}, {7, 8}})); // the points that were there
+    EXPECT_EQ(stack.getSlice(4).getNumItems(), 0);
+    history().undo();
+    EXPECT_TRUE(copySelectionAround(stack, from, 0, 1));
+    EXPECT_EQ(stack.getSlice(2).getItem(0).getSelection().getSize(), 1);
+    EXPECT_TRUE(stack.getSlice(2).getItem(1).getSelection().isComplete());
+}
+
+TEST_F(CopyOperationsTest, copiesLieWhereTheRegistrationsAndPixelSizesPutThem) {
+    StackSlice& from = stack.getSlice(1);
+    StackSlice& to = stack.getSlice(3);
+    from.setRegistration(Registration(4, -3, 20));
+    stack.getSlice(2).setRegistration(Registration(-7, 2, 0));
+    to.setRegistration(Registration(10, 5, 90));
+    for (StackSlice* const each : {&from, &to}) {
+        each->getPixelCalibration().setPixelWidth(each == &to ? 0.5f : 1);
+        each->getPixelCalibration().setPixelHeight(each == &to ? 0.25f : 1);
+    }
+    ModelItem& contour = addItem(polygon, from, outline);
+    select(contour, {0});
+    expectStep([&] { return copySelection(stack, from, {&to, &to, &from}); });
+    const Points found = onlyItemOn(3);
+    ASSERT_EQ(found.size(), outline.size());
+    const StackReconstruction<double> space(stack);
+    for (std::size_t k = 0; k < outline.size(); ++k) {
+        const Vector<double> before = space.toWorld(1, outline[k].first, outline[k].second);
+        const Vector<double> after = space.toWorld(3, found[k].first, found[k].second);
+        EXPECT_LE(std::hypot(after[0] - before[0], after[1] - before[1]), std::hypot(0.25, 0.125) + 1e-6);
+    }
+}
+
+TEST_F(CopyOperationsTest, whatCannotBeCopiedIsRefused) {
+    StackSlice& from = stack.getSlice(1);
+    expectRefusal([&] { return copySelectionAround(stack, from, 1, 1); }, "Nothing is selected that could be copied");
+    ModelItem& contour = addItem(polygon, from, outline);
+    select(contour, {0});
+    expectRefusal([&] { return copySelectionAround(stack, from, 0, 0); }, "There is no other slice to copy to");
+    stack.getSlice(2).getPixelCalibration().setPixelWidth(0);
+    expectRefusal([&] { return copySelectionAround(stack, from, 1, 1); },
+                  "The size of a pixel is not known on slice image2");
+}
+
+} // namespace vorlen

@@ -1,0 +1,282 @@
+#include "editing/operations/slicealignment.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include "document/stackslice.h"
+#include "editing/history/vrlactionhistory.h"
+#include "editing/operations/sliceoperations.h"
+#include "editing/stacks/vrlstack.h"
+#include "images/files/imagesourcefile.h"
+#include "images/files/imagewriter.h"
+#include "images/rasters/colormap.h"
+#include "images/rasters/image.h"
+#include "progress/progresssubject.h"
+#include "support/stackfolder.h"
+#include "support/tissue.h"
+
+namespace vorlen {
+
+namespace {
+
+using State = SliceAlignment::State;
+
+constexpr double degree = 3.14159265358979323846 / 180;
+
+/// A stack of sections of one piece of tissue, in files, of which each shows what its motion says.
+class TissueStack {
+public:
+    void add(const std::string& name, const SectionImage& section,
+             const std::function<double(int, int, double)>& change = {}) {
+        const int rows = section.grey.getSize1(), columns = section.grey.getSize2();
+        Image image(columns, rows, 8);
+        for (int i = 0; i < rows; ++i)
+            for (int j = 0; j < columns; ++j) {
+                const double value = change ? change(i, j, section.grey[i][j]) : double(section.grey[i][j]);
+                image.getData()[i * columns + j] = static_cast<unsigned char>(std::clamp(std::lround(value), 0L, 255L));
+            }
+        add(name, image, section.pixelWidth, section.pixelHeight);
+    }
+
+    void add(const std::string& name, const Image& image, double pixelWidth = 1, double pixelHeight = 1) {
+        ImageWriter().write(image, __folder.file(name + ".tif"), true);
+        auto slice = std::make_unique<StackSlice>();
+        ImageSourceFile source;
+        source.setFilename(__folder.file(name + ".tif"));
+        slice->setImageSource(source);
+        slice->setName(name);
+        PixelCalibration calibration;
+        calibration.setPixelWidth(float(pixelWidth));
+        calibration.setPixelHeight(float(pixelHeight));
+        calibration.compute();
+        slice->setPixelCalibration(calibration);
+        std::vector<std::unique_ptr<StackSlice>> slices;
+        slices.push_back(std::move(slice));
+        EXPECT_TRUE(insertSlices(stack, stack.getNumSlices(), std::move(slices)));
+    }
+
+    /// The mean distance over the slice from where it belongs on the other one.
+    double offset(int slice, int onto, const RigidMotion& truth, double side) {
+        RigidMotion place;
+        for (int k = onto + 1; k <= slice; ++k) {
+            const PixelCalibration& pixel = stack.getSlice(k).getPixelCalibration();
+            place =
+                place * motionOf(stack.getSlice(k).getRegistration(), pixel.getPixelWidth(), pixel.getPixelHeight());
+        }
+        return meanDistance(place, truth, side, side);
+    }
+
+    RegistrationReport registered(const AlignmentOptions& options = {}) {
+        ProgressSubject progress;
+        RegistrationReport report;
+        EXPECT_TRUE(registerSlices(stack, options, progress, &report));
+        return report;
+    }
+
+    void remove(const std::string& name) { std::filesystem::remove(__folder.file(name + ".tif")); }
+
+    VRLStack stack;
+
+private:
+    StackFolder __folder;
+};
+
+const std::vector<RigidMotion> places = {{},          {3 * degree, 5, -3},  {-2 * degree, -6, 4},
+                                         {0, 2.5, 7}, {4 * degree, -4, -4}, {1 * degree, 6, 1}};
+
+RigidMotion step(int target, int source) {
+    return places[std::size_t(target)].inverse() * places[std::size_t(source)];
+}
+
+// The motions are in the length unit; the third slice has pixels of its own, and of another count, the fourth lay
+// somewhere else before.
+TEST(SliceAlignment, bringsSlicesBackWhateverTheirPixelsAndWhereTheyLay) {
+    TissueStack tissue;
+    for (int i = 0; i < 5; ++i) {
+        const auto& place = places[std::size_t(i)];
+        tissue.add("s" + std::to_string(i),
+                   i == 2 ? sectionOfTissue(110, 160, place, 1, 1.25, 1.5) : sectionOfTissue(80, 160, place, 1, 1, 2));
+    }
+    tissue.stack.getSlice(3).setRegistration(Registration(-8, 2, 5));
+    const RegistrationReport report = tissue.registered();
+    ASSERT_EQ(report.slices.size(), 5u);
+    EXPECT_EQ(report.slices[0].state, State::First);
+    for (int i = 1; i < 5; ++i) {
+        EXPECT_LT(tissue.offset(i, i - 1, step(i - 1, i), 160), 0.3) << i;
+        const SliceAlignment& one = report.slices[std::size_t(i)];
+        EXPECT_EQ(one.state, State::Registered) << i << one.reason;
+        EXPECT_EQ(one.onto, i - 1);
+        EXPECT_GT(one.scoreAfter, one.scoreBefore) << i;
+        EXPECT_EQ(one.after, tissue.stack.getSlice(i).getRegistration());
+    }
+    EXPECT_GT(report.meanScoreAfter(), 0.9);
+    // In one step; and what lies well stays to the digit.
+    tissue.stack.history()->undo();
+    EXPECT_EQ(tissue.stack.getSlice(3).getRegistration(), Registration(-8, 2, 5));
+    EXPECT_TRUE(tissue.stack.getSlice(4).getRegistration().isNull());
+    tissue.stack.history()->redo();
+    const Registration found = tissue.stack.getSlice(1).getRegistration();
+    EXPECT_EQ(tissue.registered().count(State::Unchanged), 4);
+    EXPECT_EQ(tissue.stack.getSlice(1).getRegistration(), found);
+    EXPECT_NEAR(registrationScore(tissue.stack.getSlice(1), tissue.stack.getSlice(0), found),
+                report.slices[1].scoreAfter, 1e-3);
+}
+
+TEST(SliceAlignment, slicesThatNothingFitsAreLeftAloneAndNamed) {
+    TissueStack tissue;
+    const auto good = [&](int i) {
+        tissue.add("good" + std::to_string(i), sectionOfTissue(140, 140, places[std::size_t(i)]));
+    };
+    const SectionImage plain = sectionOfTissue(140, 140, {});
+    good(0);
+    tissue.add("blank", plain, [](int, int, double) { return 0; });
+    good(1);
+    tissue.add("white", plain, [](int i, int, double v) { return i < 2 ? v : 255; });
+    tissue.add("narrow", sectionOfTissue(140, 1, {}));
+    good(2);
+    tissue.add("foreign", sectionOfTissue(140, 140, {}, 7));
+    good(3);
+    const SectionImage source = sectionOfTissue(140, 140, {0.05, 3, 4});
+    tissue.add("behind", source, [&](int i, int j, double) { return source.grey[i][139 - j]; });
+    good(4);
+    tissue.add("missing", plain);
+    good(5);
+    tissue.remove("missing");
+    for (const int i : {6, 8})
+        tissue.stack.getSlice(i).setRegistration(Registration(1.5, -2, 3));
+    const RegistrationReport report = tissue.registered();
+    const std::pair<int, const char*> bad[] = {{1, "blank"},
+                                               {3, "saturated"},
+                                               {4, "too small"},
+                                               {6, "it fits none of its neighbours"},
+                                               {10, "its image can't be read"}};
+    for (const auto& [place, reason] : bad) {
+        const SliceAlignment& one = report.slices[std::size_t(place)];
+        EXPECT_EQ(one.state, State::LeftAlone) << one.name;
+        EXPECT_EQ(one.reason.substr(0, std::string(reason).size()), reason) << one.name;
+        EXPECT_FALSE(one.mirrored) << one.name;
+        EXPECT_EQ(tissue.stack.getSlice(place).getRegistration(), one.before) << one.name;
+    }
+    // The others lie on each other across them.
+    const int order[] = {0, 2, 5, 7, 9, 11};
+    for (int k = 1; k < 6; ++k) {
+        EXPECT_EQ(report.slices[std::size_t(order[k])].state, State::Registered) << k;
+        EXPECT_LT(tissue.offset(order[k], order[k - 1], step(k - 1, k), 140), 0.4) << k;
+    }
+}
+
+TEST(SliceAlignment, lockedSlicesAndThoseOutOfTheRangeKeepTheirRegistration) {
+    TissueStack tissue;
+    for (int i = 0; i < 6; ++i) {
+        tissue.add("s" + std::to_string(i), sectionOfTissue(120, 120, places[std::size_t(i)]));
+        if (i > 0)
+            tissue.stack.getSlice(i).setRegistration(Registration(0.5 * i, 1, 0));
+    }
+    AlignmentOptions options;
+    options.first = 2;
+    options.last = 4;
+    options.locked = {3};
+    const RegistrationReport report = tissue.registered(options);
+    for (const int i : {1, 3, 5}) {
+        EXPECT_EQ(report.slices[std::size_t(i)].state, State::Locked) << i;
+        EXPECT_EQ(tissue.stack.getSlice(i).getRegistration(), Registration(0.5 * i, 1, 0)) << i;
+    }
+    for (const int i : {2, 4})
+        EXPECT_LT(tissue.offset(i, i - 1, step(i - 1, i), 120), 0.4) << i;
+
+    ProgressSubject progress;
+    const auto refusal = [&](int first, int last, std::vector<int> locked, int fixed) {
+        AlignmentOptions bad;
+        bad.first = first;
+        bad.last = last;
+        bad.locked = std::move(locked);
+        bad.reference = AlignmentReference::FixedSlice;
+        bad.fixedSlice = fixed;
+        return registerSlices(tissue.stack, bad, progress).getReason();
+    };
+    EXPECT_EQ(refusal(3, 2, {}, 0), "The range of slices is not in this stack");
+    EXPECT_EQ(refusal(0, 6, {}, 0), "The range of slices is not in this stack");
+    EXPECT_EQ(refusal(0, -1, {6}, 0), "A locked slice is not in this stack");
+    EXPECT_EQ(refusal(0, -1, {}, -1), "The reference slice is not in this stack");
+}
+
+// Sections of tissue that wanders to one side: neighbours straighten it, and a path keeps its course.
+TEST(SliceAlignment, theReferenceDecidesWhetherASlowCourseStays) {
+    TissueStack tissue;
+    for (int i = 0; i < 9; ++i)
+        tissue.add("s" + std::to_string(i), sectionOfTissue(100, 100, {0, 0.5 * i + (i % 2 == 0 ? 1.5 : -1.5), 0}));
+    const auto course = [&](AlignmentReference reference) {
+        AlignmentOptions options;
+        options.reference = reference;
+        options.fixedSlice = 4;
+        options.window = 2;
+        tissue.registered(options);
+        double sum = 0;
+        for (int i = 1; i < 9; ++i)
+            sum += tissue.stack.getSlice(i).getRegistration().getHorShift();
+        tissue.stack.history()->undo();
+        return sum;
+    };
+    EXPECT_NEAR(course(AlignmentReference::Neighbours), 4, 0.2);
+    EXPECT_NEAR(course(AlignmentReference::FixedSlice), 4, 0.2);
+    EXPECT_NEAR(course(AlignmentReference::Template), 4, 0.3);
+    EXPECT_LT(std::abs(course(AlignmentReference::SmoothedPath)), 1.5);
+}
+
+TEST(SliceAlignment, aPairIsRegisteredAloneAndNeverWorseThanItWas) {
+    TissueStack tissue;
+    for (int i = 0; i < 2; ++i)
+        tissue.add("s" + std::to_string(i), sectionOfTissue(120, 120, places[std::size_t(i)]));
+    tissue.add("foreign", sectionOfTissue(120, 120, {}, 5));
+    const StackSlice &first = tissue.stack.getSlice(0), &second = tissue.stack.getSlice(1);
+    const SliceAlignment found = registerPair(second, first, Registration(1, 1, 0));
+    EXPECT_EQ(found.state, State::Registered);
+    EXPECT_EQ(found.before, Registration(1, 1, 0));
+    EXPECT_LT(meanDistance(motionOf(found.after, 1, 1), step(0, 1), 120, 120), 0.3);
+    const SliceAlignment again = registerPair(second, first, found.after);
+    EXPECT_GE(again.scoreAfter, found.scoreAfter);
+    EXPECT_LT(again.moved, 0.05);
+    const SliceAlignment none = registerPair(tissue.stack.getSlice(2), first, Registration(7, 8, 9));
+    EXPECT_EQ(none.state, State::LeftAlone);
+    EXPECT_EQ(none.after, Registration(7, 8, 9));
+    EXPECT_EQ(none.reason, "the two slices don't fit");
+}
+
+// Palette images are looked up, colours averaged, and 16 bits kept.
+TEST(SliceAlignment, greyValuesComeFromEveryKindOfImage) {
+    TissueStack tissue;
+    Image indexed(2, 1, 8), wide(2, 1, 16), colour(2, 1, 24);
+    Colormap map(2);
+    const unsigned char first[] = {30, 60, 90}, second[] = {200, 220, 180};
+    for (int k = 0; k < 2; ++k) {
+        const unsigned char* const entry = k == 0 ? first : second;
+        map.getRed()[k] = entry[0];
+        map.getGreen()[k] = entry[1];
+        map.getBlue()[k] = entry[2];
+        std::copy(entry, entry + 3, colour.getData() + 3 * k);
+        indexed.getData()[k] = static_cast<unsigned char>(k);
+        const std::uint16_t value = k == 0 ? 1000 : 40000;
+        std::copy_n(reinterpret_cast<const unsigned char*>(&value), 2, wide.getData() + 2 * k);
+    }
+    indexed.setColormap(map);
+    tissue.add("indexed", indexed);
+    tissue.add("wide", wide);
+    tissue.add("colour", colour, 0.5, 2);
+    const float expected[3][2] = {{60, 200}, {1000, 40000}, {60, 200}};
+    for (int i = 0; i < 3; ++i) {
+        const SectionImage section = sectionImageOf(tissue.stack.getSlice(i));
+        ASSERT_EQ(section.grey.getSize2(), 2);
+        for (int k = 0; k < 2; ++k)
+            EXPECT_EQ(section.grey[0][k], expected[i][k]) << i;
+        EXPECT_EQ(section.pixelHeight, i == 2 ? 2 : 1);
+    }
+}
+
+} // namespace
+
+} // namespace vorlen

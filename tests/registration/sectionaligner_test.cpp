@@ -1,0 +1,166 @@
+#include "registration/sectionaligner.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "registration/principalaxesmotion.h"
+#include "support/tissue.h"
+
+namespace vorlen {
+
+namespace {
+
+constexpr double degree = 3.14159265358979323846 / 180;
+
+SectionMatch matchOf(const SectionImage& source, const SectionImage& target, const RigidMotion& start = {},
+                     AlignmentMethod method = AlignmentMethod::Auto) {
+    const double pixel = std::max(SectionAligner::workingPixel(source), SectionAligner::workingPixel(target));
+    return SectionAligner::match(*SectionAligner::prepare(source, pixel), *SectionAligner::prepare(target, pixel),
+                                 start, method);
+}
+
+void change(SectionImage& section, const std::function<float(int, int, float)>& made) {
+    for (int i = 0; i < section.grey.getSize1(); ++i)
+        for (int j = 0; j < section.grey.getSize2(); ++j)
+            section.grey[i][j] = made(i, j, section.grey[i][j]);
+}
+
+/// Within a tenth of a pixel and a fortieth of a degree, which is less than a tenth of a pixel at the border.
+void expectMotion(const SectionMatch& match, const RigidMotion& motion, double pixel, const char* what) {
+    EXPECT_TRUE(match.found) << what;
+    EXPECT_NEAR(std::remainder(match.motion.angle - motion.angle, 360 * degree) / degree, 0, 0.025) << what;
+    EXPECT_NEAR(match.motion.x, motion.x, 0.1 * pixel) << what;
+    EXPECT_NEAR(match.motion.y, motion.y, 0.1 * pixel) << what;
+}
+
+TEST(SectionAligner, findsKnownMotionsToATenthOfAPixel) {
+    const SectionImage target = sectionOfTissue(240, 300, {});
+    for (const RigidMotion& motion :
+         {RigidMotion{}, {0, 7.3, -4.6}, {12 * degree, 20, 11}, {-75 * degree, -9, 14}, {180 * degree, 3, 2}}) {
+        const SectionMatch match = matchOf(sectionOfTissue(240, 300, motion), target);
+        expectMotion(match, motion, 1, "a motion");
+        EXPECT_GT(match.score, 0.9);
+        EXPECT_GT(match.support, 0.8);
+        EXPECT_FALSE(match.inverted);
+    }
+}
+
+TEST(SectionAligner, holdsUnderBrightnessContrastNoiseAndDamage) {
+    const RigidMotion motion{8 * degree, 12.4, -9.7};
+    const SectionImage target = sectionOfTissue(260, 260, {});
+    const SectionImage plain = sectionOfTissue(260, 260, motion);
+    SectionImage section = plain;
+    change(section, [](int, int, float v) { return 40 + 0.4f * v; });
+    expectMotion(matchOf(section, target), motion, 1, "gain and offset");
+    change(section, [](int, int, float v) { return 255 - v; });
+    const SectionMatch inverted = matchOf(section, target);
+    expectMotion(inverted, motion, 1, "inverted");
+    EXPECT_TRUE(inverted.inverted);
+
+    const auto near = [&](const SectionImage& damaged, const char* what) {
+        const SectionMatch match = matchOf(damaged, target);
+        EXPECT_TRUE(match.found) << what;
+        EXPECT_LT(meanDistance(match.motion, motion, 260, 260), 0.5) << what;
+    };
+    section = plain;
+    change(section, [](int i, int j, float v) { return v + 60 * float(latticeValue(i, j, 77) - 0.5); });
+    near(section, "noise");
+    section = plain;
+    change(section, [](int i, int j, float v) { return std::abs(i - j / 2 - 60) < 12 ? 255 : v; });
+    near(section, "a tear");
+    section = plain; // brighter to one side
+    change(section, [](int, int j, float v) { return v + 0.5f * float(j); });
+    near(section, "shading");
+    section = plain; // a turned picture in a black frame
+    change(section, [](int i, int j, float v) {
+        const double x = j - 130, y = i - 130;
+        return std::abs(0.96 * x + 0.28 * y) > 105 || std::abs(0.96 * y - 0.28 * x) > 105 ? 0 : v;
+    });
+    near(section, "a black frame");
+    section.grey[0][0] = std::numeric_limits<float>::quiet_NaN();
+    near(section, "no number");
+}
+
+// Also where both sections have pixels of their own, and where images are greater than what is worked with.
+TEST(SectionAligner, worksInTheLengthUnitWhateverThePixels) {
+    const RigidMotion motion{-5 * degree, 15, 6};
+    const SectionImage target = sectionOfTissue(150, 300, {}, 1, 1, 2);
+    expectMotion(matchOf(sectionOfTissue(150, 300, motion, 1, 1, 2), target), motion, 1, "pixels twice as high");
+    expectMotion(matchOf(sectionOfTissue(200, 200, motion, 1, 1.5, 1.5), target), motion, 1.5, "another size");
+    const RigidMotion small{3 * degree, 3.1, -2.2};
+    expectMotion(matchOf(sectionOfTissue(1500, 1400, small, 1, 0.2, 0.2), sectionOfTissue(1400, 1500, {}, 1, 0.2, 0.2)),
+                 small, 0.2, "a great image");
+}
+
+TEST(SectionAligner, eachMethodFindsItByItself) {
+    const RigidMotion motion{25 * degree, -18, 7};
+    const SectionImage source = sectionOfTissue(300, 300, motion), target = sectionOfTissue(300, 300, {});
+    for (const AlignmentMethod method : {AlignmentMethod::Features, AlignmentMethod::Intensity}) {
+        const SectionMatch match = matchOf(source, target, {}, method);
+        EXPECT_TRUE(match.found);
+        EXPECT_EQ(match.method, method);
+        EXPECT_LT(meanDistance(match.motion, motion, 300, 300), method == AlignmentMethod::Features ? 1 : 0.1);
+    }
+    // A bar that lies askew on pixels twice as high as wide, by hand: its middle and its axis.
+    const auto bar = [](double angle, double x, double y) {
+        SectionImage image{PixelMatrix<float>(100, 200), 1, 2};
+        change(image, [&](int i, int j, float) {
+            const double u = j - 100 - x, v = 2 * (i - 50) - y;
+            const double along = std::cos(angle) * u + std::sin(angle) * v,
+                         across = std::cos(angle) * v - std::sin(angle) * u;
+            return float(200 * std::exp(-along * along / 800 - across * across / 50));
+        });
+        return image;
+    };
+    const auto axes = principalAxesMotion(bar(0.5, 10, -4), bar(0.2, 0, 0), false);
+    ASSERT_TRUE(axes.has_value());
+    EXPECT_NEAR(axes->angle, -0.3, 1e-3);
+    const PlanePoint middle = axes->apply({10, -4});
+    EXPECT_NEAR(std::hypot(middle.x, middle.y), 0, 0.01);
+    EXPECT_FALSE(principalAxesMotion({PixelMatrix<float>(), 1, 1}, bar(0, 0, 0), false).has_value());
+}
+
+TEST(SectionAligner, sectionsThatDoNotBelongTogetherAreNotFoundToFit) {
+    const SectionImage target = sectionOfTissue(256, 256, {});
+    for (int seed = 2; seed < 8; ++seed)
+        EXPECT_FALSE(matchOf(sectionOfTissue(256, 256, {0.3 * seed, 5, 5}, seed), target).found) << seed;
+    SectionImage behind = sectionOfTissue(256, 256, {0.2, 5, -8});
+    for (int i = 0; i < 256; ++i)
+        std::reverse(behind.grey[i].data(), behind.grey[i].data() + 256);
+    EXPECT_FALSE(matchOf(behind, target).found);
+    const auto prepared = [](const SectionImage& section) { return SectionAligner::prepare(section, 1); };
+    EXPECT_TRUE(SectionAligner::isMirrored(*prepared(behind), *prepared(target), {}));
+    EXPECT_FALSE(SectionAligner::isMirrored(*prepared(sectionOfTissue(256, 256, {}, 9)), *prepared(target), {}));
+}
+
+TEST(SectionAligner, namesWhatNothingCanBeMatchedWith) {
+    const auto faultOf = [](int rows, int columns, const std::function<float(int, int, float)>& made) {
+        SectionImage section = sectionOfTissue(rows, columns, {});
+        change(section, made);
+        const auto prepared = SectionAligner::prepare(section, 1);
+        const auto other = SectionAligner::prepare(sectionOfTissue(100, 100, {}), 1);
+        if (!SectionAligner::fault(*prepared).empty()) {
+            EXPECT_FALSE(SectionAligner::match(*prepared, *other, {}).found);
+            EXPECT_FALSE(SectionAligner::match(*other, *prepared, {}).found);
+            EXPECT_EQ(SectionAligner::score(*other, *prepared, {}), 0);
+        }
+        return SectionAligner::fault(*prepared);
+    };
+    const float nothing = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_EQ(faultOf(100, 100, [](int, int, float v) { return v; }), "");
+    EXPECT_EQ(faultOf(100, 100, [](int, int, float) { return 0; }), "blank");
+    EXPECT_EQ(faultOf(100, 100, [](int, int, float) { return 130; }), "blank");
+    EXPECT_EQ(faultOf(100, 100, [&](int, int, float) { return nothing; }), "blank");
+    EXPECT_EQ(faultOf(100, 100, [](int, int, float) { return 255; }), "saturated");
+    EXPECT_EQ(faultOf(100, 100, [](int i, int, float v) { return i < 3 ? v : 255; }), "saturated");
+    EXPECT_EQ(faultOf(100, 1, [](int, int, float v) { return v; }), "too small");
+    EXPECT_EQ(faultOf(0, 0, [](int, int, float v) { return v; }), "too small");
+}
+
+} // namespace
+
+} // namespace vorlen
