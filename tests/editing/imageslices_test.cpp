@@ -192,4 +192,17 @@ TEST_F(ImageSlicesTest, aColourImageIsShownWholeOrByAChannelAndAVolumeByItsPlane
     EXPECT_EQ(mixed.unreadable[0].file, folder.file("x.txt"));
 }
 
+TEST_F(ImageSlicesTest, sizesThatCannotBeMeantAreLeftOut) {
+    const char* const sizes[] = {"1e300", "1e-300", "nan", "-2"};
+    for (const char* size : sizes) {
+        folder.write("n.nrrd",
+                     std::string("NRRD0004\ntype: uchar\ndimension: 3\nsizes: 2 2 2\nencoding: raw\nspacings: ") +
+                         size + " " + size + " " + size + "\nunits: \"um\" \"um\" \"um\"\n\n12345678");
+        const ImageSlices made = makeImageSlices({folder.file("n.nrrd")}, {});
+        EXPECT_EQ(made.slices.size(), 2u) << size;
+        EXPECT_FALSE(made.calibration) << size;
+        EXPECT_FALSE(made.spacing) << size;
+    }
+}
+
 } // namespace vorlen

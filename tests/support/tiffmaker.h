@@ -54,7 +54,12 @@ struct TiffMaker {
                         TIFFWriteTile(tiff, bytes.data(), std::uint32_t(left), std::uint32_t(top), 0,
                                       std::uint16_t(plane));
                     }
-            else
+            else if (compression == COMPRESSION_JBIG) { // which takes no rows
+                std::string bytes;
+                for (int i = 0; i < height; ++i)
+                    bytes += rowOf(sample, i, 0, side, plane, inRow);
+                TIFFWriteEncodedStrip(tiff, std::uint32_t(plane), bytes.data(), tmsize_t(bytes.size()));
+            } else
                 for (int i = 0; i < height; ++i) {
                     std::string bytes = rowOf(sample, i, 0, side, plane, inRow);
                     TIFFWriteScanline(tiff, bytes.data(), std::uint32_t(i), std::uint16_t(plane));

@@ -112,7 +112,8 @@ private:
             source.setPlane(i);
             __result.slices.push_back(sliceOf(planeName(path, i, header.size3), source));
         }
-        if (header.layout == 0 || __result.calibration)
+        if (header.layout == 0 || __result.calibration || !isUsable(double(header.voxelWidth)) ||
+            !isUsable(double(header.voxelHeight)))
             return;
         PixelCalibration calibration;
         calibration.setLengthUnit(LengthUnit(header.lengthUnitScale));
@@ -120,7 +121,7 @@ private:
         calibration.setPixelHeight(header.voxelHeight);
         calibration.compute();
         __result.calibration = calibration;
-        if (!__result.spacing && header.voxelDepth > 0)
+        if (!__result.spacing && isUsable(double(header.voxelDepth)))
             __result.spacing = header.voxelDepth;
     }
 
@@ -193,18 +194,22 @@ private:
         return source;
     }
 
+    /// Whether a size can be meant: those that are not in this range come from damaged headers.
+    static bool isUsable(const std::optional<double>& size) { return size && *size > 1e-15 && *size < 1e15; }
+
     void addSizes(const StackLayout& layout) {
-        if (!__result.calibration && (layout.pixelWidth || layout.pixelHeight)) {
+        const bool hasWidth = isUsable(layout.pixelWidth), hasHeight = isUsable(layout.pixelHeight);
+        if (!__result.calibration && (hasWidth || hasHeight)) {
             PixelCalibration calibration;
             calibration.setLengthUnit(layout.unit);
-            if (layout.pixelWidth)
+            if (hasWidth)
                 calibration.setPixelWidth(static_cast<float>(*layout.pixelWidth));
-            if (layout.pixelHeight)
+            if (hasHeight)
                 calibration.setPixelHeight(static_cast<float>(*layout.pixelHeight));
             calibration.compute();
             __result.calibration = calibration;
         }
-        if (!__result.spacing && layout.spacing)
+        if (!__result.spacing && isUsable(layout.spacing))
             __result.spacing = static_cast<float>(*layout.spacing);
     }
 

@@ -1,6 +1,7 @@
 #include "images/files/tiffpicture.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -382,6 +383,8 @@ void TiffPicture::read(SampleSink& sink) const {
         tiled ? readColourTiles(rows) : readColourStrips(rows);
     else if (tiled)
         readTiles(rows);
+    else if (compression == COMPRESSION_JBIG)
+        readWholeStrips(rows);
     else if (separate)
         readSeparateStrips(rows);
     else
@@ -401,6 +404,8 @@ void TiffPicture::readStrips(Rows& rows) const {
     if (scanline < static_cast<tmsize_t>(rows.packedLength(count)))
         throw FileFormatError(tiffPixelPlace, "Cannot read TIFF with subsampled colours", TIFFFileName(tiff));
     const bool exact = static_cast<std::size_t>(scanline) == rows.fileRowLength;
+    if (rows.isDirect && exact && readPlainStrips(rows))
+        return;
     std::vector<unsigned char> packed, samples;
     for (int row = 0; row < height; ++row) {
         unsigned char* target = rows.isDirect && exact ? rows.out.target(row) : nullptr;
@@ -418,6 +423,69 @@ void TiffPicture::readStrips(Rows& rows) const {
         }
         if (!rows.put(row, target))
             return;
+    }
+}
+
+/// Rows without compression that the sink takes just as they are, and one behind the other: from the file straight to
+/// where they belong, where libtiff would copy each once more. False, with nothing done, where this is not so.
+bool TiffPicture::readPlainStrips(Rows& rows) const {
+    const std::size_t length = rows.fileRowLength;
+    const std::uint32_t asked = std::max(tag<std::uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0), 1u);
+    const int rowsPerStrip = static_cast<int>(std::min<std::uint32_t>(asked, std::uint32_t(height)));
+    if (compression != COMPRESSION_NONE || (TIFFIsByteSwapped(tiff) && page.values.bits > 8) ||
+        tag<std::uint16_t>(tiff, TIFFTAG_FILLORDER, FILLORDER_MSB2LSB) != FILLORDER_MSB2LSB ||
+        rows.out.target(0) == nullptr ||
+        rows.out.target(height - 1) != rows.out.target(0) + length * std::size_t(height - 1))
+        return false;
+    for (int top = 0; top < height; top += rowsPerStrip)
+        if (TIFFGetStrileByteCount(tiff, TIFFComputeStrip(tiff, std::uint32_t(top), 0)) <
+            length * std::size_t(std::min(rowsPerStrip, height - top)))
+            return false;
+    // Some rows at a time, so that a wish to cancel is heard.
+    const int rowsTogether = static_cast<int>(std::clamp<std::size_t>((std::size_t(1) << 20) / length, 1, 1 << 20));
+    for (int top = 0, numRows = 0; top < height; top += numRows) {
+        const int inStrip = top % rowsPerStrip;
+        numRows = std::min({rowsTogether, rowsPerStrip - inStrip, height - top});
+        const std::uint64_t offset =
+            TIFFGetStrileOffset(tiff, TIFFComputeStrip(tiff, std::uint32_t(top), 0)) + length * std::size_t(inStrip);
+        unsigned char* const target = rows.out.target(top);
+        const std::size_t total = length * std::size_t(numRows);
+        for (std::size_t done = 0; done < total;) {
+            const ssize_t got =
+                ::pread(TIFFFileno(tiff), target + done, total - done, static_cast<off_t>(offset + done));
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got <= 0)
+                fail("row", top + static_cast<int>(done / length));
+            done += static_cast<std::size_t>(got);
+        }
+        for (int i = 0; i < numRows; ++i)
+            if (!rows.put(top + i, target + length * std::size_t(i)))
+                return true;
+    }
+    return true;
+}
+
+/// For a codec that gives no rows.
+void TiffPicture::readWholeStrips(Rows& rows) const {
+    const std::size_t count = std::size_t(width) * std::size_t(numFileSamples);
+    const auto scanline = static_cast<std::size_t>(TIFFScanlineSize(tiff));
+    const std::uint32_t asked = tag<std::uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0);
+    const int rowsPerStrip = static_cast<int>(std::min<std::uint32_t>(std::max(asked, 1u), std::uint32_t(height)));
+    std::vector<unsigned char> strip(scanline * std::size_t(rowsPerStrip)), samples(rows.fileRowLength);
+    if (separate || scanline < rows.packedLength(count))
+        throw FileFormatError(tiffPixelPlace, "Cannot read TIFF with this compression and several planes",
+                              TIFFFileName(tiff));
+    for (int top = 0; top < height; top += rowsPerStrip) {
+        const int numRows = std::min(rowsPerStrip, height - top);
+        const auto length = static_cast<tmsize_t>(scanline * std::size_t(numRows));
+        if (TIFFReadEncodedStrip(tiff, TIFFComputeStrip(tiff, std::uint32_t(top), 0), strip.data(), length) != length)
+            fail("row", top);
+        for (int i = 0; i < numRows; ++i) {
+            unpackSamples(&strip[scanline * std::size_t(i)], count, rows.type, samples.data(), 1);
+            if (!rows.put(top + i, samples.data()))
+                return;
+        }
     }
 }
 

@@ -51,6 +51,8 @@ private:
     void readPixelSize();
     void requireBelievable() const;
     void readStrips(Rows& rows) const;
+    bool readPlainStrips(Rows& rows) const;
+    void readWholeStrips(Rows& rows) const;
     void readSeparateStrips(Rows& rows) const;
     void readTiles(Rows& rows) const;
     void readColourStrips(Rows& rows) const;

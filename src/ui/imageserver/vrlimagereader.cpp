@@ -94,7 +94,7 @@ void VRLImageReader::__read() {
     }
 }
 
-// A mosaic reports the start and end of each tile beside its own, and a file of the in-house format reports nothing.
+// A mosaic reports the start and end of each tile beside its own.
 // What goes on from here is therefore the start and the end of run() alone.
 
 void VRLImageReader::notifyStarted(const std::string& text) {

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTextEdit>
 #include <QWidget>
@@ -26,6 +27,7 @@
 #include "support/eventrecorder.h"
 #include "support/modalscript.h"
 #include "support/recordingmonitor.h"
+#include "ui/files/imagenamefilters.h"
 #include "ui/files/vrlnewstackdialog.h"
 #include "ui/files/vrlstackimagelisteditor.h"
 #include "ui/session/vrlpreferences.h"
@@ -181,6 +183,46 @@ TEST_F(VRLStackIOTest, aNewStackFollowsTheSortedListOfImages) {
     EXPECT_TRUE(stack->isModified());
     EXPECT_EQ(stack->getFilename(), "");
     EXPECT_EQ(numOpen(), 1);
+}
+
+// The sizes that the first image tells, until somebody has set others.
+TEST_F(VRLStackIOTest, theDialogOfANewStackTakesTheSizesOfItsImages) {
+    Image image(3, 2, 16);
+    image.clear();
+    ImageHeader header = image.getHeader();
+    PixelCalibration calibration;
+    calibration.setLengthUnit(LengthUnit(-6));
+    calibration.setPixelWidth(0.5f);
+    calibration.setPixelHeight(0.25f);
+    header.setPixelCalibration(calibration);
+    image.setHeader(header);
+    ImageWriter().write(image, path("sized.TIFF"), true);
+    VRLNewStackDialog untouched, touched;
+    touched.setPixelCalibration(calibration);
+    untouched.imageListEditor().addImages({folder.filePath("sized.TIFF")});
+    EXPECT_FLOAT_EQ(untouched.getPixelCalibration().getPixelWidth(), 0.5f);
+    EXPECT_FLOAT_EQ(untouched.getPixelCalibration().getPixelHeight(), 0.25f);
+    EXPECT_EQ(untouched.getPixelCalibration().getLengthUnit(), LengthUnit(-6));
+    EXPECT_EQ(untouched.getChannel(), "");
+    PixelCalibration other = calibration;
+    other.setPixelWidth(7);
+    touched.setPixelCalibration(other);
+    touched.imageListEditor().addImages({folder.filePath("sized.TIFF")});
+    EXPECT_FLOAT_EQ(touched.getPixelCalibration().getPixelWidth(), 7);
+}
+
+// What the dialogs offer, whatever the case of a suffix.
+TEST(ImageNameFilters, everySuffixIsOfferedInAnyCase) {
+    const QString patterns = imageNameFilters().first().section('(', 1).chopped(1);
+    const auto isOffered = [&patterns](const QString& name) {
+        for (const QString& pattern : patterns.split(' '))
+            if (QRegularExpression(QRegularExpression::wildcardToRegularExpression(pattern)).match(name).hasMatch())
+                return true;
+        return false;
+    };
+    for (const char* name : {"a.tif", "a.tiff", "a.TIFF", "a.Tif", "a.IMG", "a.Png", "a.nii.gz", "a.ome.tif", "a.VM"})
+        EXPECT_TRUE(isOffered(name)) << name;
+    EXPECT_FALSE(isOffered("a.txt"));
 }
 
 // The neighbour's image stands in for a section that was lost, and folders number their images alike.
