@@ -1,5 +1,6 @@
 #include "editing/history/vrlactionhistory.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "editing/bus/vrleventdeferral.h"
@@ -213,6 +214,22 @@ QString VRLActionHistory::getRedoDescription(bool verbose) const {
 }
 
 // The latest steps go first: what an early step took out of the document may be named by a later one.
+QStringList VRLActionHistory::getUndoDescriptions(int most) const {
+    QStringList names;
+    const std::size_t size = __undoList.size(), number = std::min(size, static_cast<std::size_t>(std::max(most, 0)));
+    for (std::size_t k = size - number; k < size; ++k)
+        names += __undoList[k]->first().description(false);
+    return names;
+}
+
+QStringList VRLActionHistory::getRedoDescriptions(int most) const {
+    QStringList names;
+    const std::size_t size = __redoList.size(), number = std::min(size, static_cast<std::size_t>(std::max(most, 0)));
+    for (std::size_t k = size; k > size - number; --k)
+        names += __redoList[k - 1]->first().description(false);
+    return names;
+}
+
 void VRLActionHistory::destroyUndoList() {
     while (!__undoList.empty())
         __undoList.pop_back();

@@ -1,10 +1,13 @@
 #include "ui/app/vrlrootmediator.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QDockWidget>
 #include <QFile>
 #include <QFileInfo>
 #include <QMenu>
@@ -18,22 +21,28 @@
 #include "document/stackslice.h"
 #include "editing/actions/vrldrawingdiscardaction.h"
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
+#include "editing/bus/vrlmodelevent.h"
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
 #include "editing/history/stepwatch.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/operations/lostimages.h"
+#include "editing/operations/modelsections.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "numerics/exception.h"
 #include "reconstruction/spotdistances.h"
 #include "ui/analysis/vrlanalysiswindow.h"
+#include "ui/app/historypanel.h"
 #include "ui/app/rootcommands.h"
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
+#include "ui/app/workspace.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
+#include "ui/models/modelpanel.h"
+#include "ui/models/modelviews.h"
 #include "ui/models/refusal.h"
 #include "ui/models/vrlmodeldialog.h"
 #include "ui/models/vrlpreferencesdialog.h"
@@ -48,6 +57,7 @@
 #include "ui/session/vrlsettings.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
+#include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
 #include "ui/widgets/vrlmenu.h"
@@ -67,6 +77,7 @@ VRLRootMediator::VRLRootMediator(VRLRootWindow& window) : QObject(&window), __wi
     bindProcessCommands();
     bindViewCommands();
     bindWindowCommands();
+    bindWorkspaceCommands();
 }
 
 void VRLRootMediator::bindFileCommands() {
@@ -254,6 +265,114 @@ void VRLRootMediator::initialize() {
     updateActions();
 }
 
+void VRLRootMediator::setWorkspace(Workspace& workspace) {
+    __workspace = &workspace;
+    VRLRootSliceEditWidgetMediator& editor = __sliceWidget->getMediator();
+    const auto tools = editor.getToolActions();
+    workspace.tools().addActions(tools);
+    workspace.tools().addSeparator();
+    for (const char* command : {"edit.points", "edit.snake", "edit.split", "edit.join"})
+        workspace.tools().addAction(&editor.getCommand(command));
+    connect(&workspace, &Workspace::openRequested, &__commands.action("stack.open"), &QAction::trigger);
+    connect(&workspace, &Workspace::newRequested, &__commands.action("stack.new"), &QAction::trigger);
+    connect(&workspace.models(), &ModelPanel::propertiesRequested, this, &VRLRootMediator::runStackModelsDialog);
+    connect(&workspace.models(), &ModelPanel::sliceRequested, this, &VRLRootMediator::setSlice);
+    connect(&workspace.history(), &HistoryPanel::goRequested, this, &VRLRootMediator::goInHistory);
+    // Letters are for the canvas: lists beside it are searched by typing.
+    for (const char* id : {"slice.flip", "slice.nextLacking", "view.ghosts"}) {
+        QAction& action = __commands.action(id);
+        action.setShortcutContext(Qt::WidgetShortcut);
+        editor.getCanvas().addAction(&action);
+    }
+    for (const auto& [id, dock] : {std::make_pair("show.models", &workspace.modelDock()),
+                                   std::make_pair("show.history", &workspace.historyDock())}) {
+        QAction& action = __commands.action(id);
+        connect(dock, &QDockWidget::visibilityChanged, &action,
+                [&action, dock = dock] { action.setChecked(!dock->isHidden()); });
+        action.setChecked(!dock->isHidden());
+    }
+    updateWorkspace();
+}
+
+/// Tells the parts of the workspace which stack and slice are current.
+void VRLRootMediator::updateWorkspace() {
+    if (__workspace == nullptr)
+        return;
+    ModelViews& views = __sliceWidget->getMediator().modelViews();
+    if (views.getStack() != __stack || __stack == nullptr) {
+        views.setStack(__stack);
+        __workspace->setStack(__stack);
+    }
+    __workspace->models().setSlice(__slice);
+    __workspace->updateFirstSteps();
+}
+
+void VRLRootMediator::bindWorkspaceCommands() {
+    const auto stack = [this] { return __stack != nullptr; };
+    const auto model = [this] {
+        return __stack != nullptr && __sliceWidget->getMediator().modelViews().getCurrent() != nullptr;
+    };
+    const auto toggle = [this](QDockWidget& (Workspace::*dock)()) {
+        QDockWidget& shown = (__workspace->*dock)();
+        shown.setVisible(shown.isHidden());
+        if (!shown.isHidden())
+            shown.raise();
+    };
+    __commands.bind("show.models", [toggle] { toggle(&Workspace::modelDock); });
+    __commands.bind("show.history", [toggle] { toggle(&Workspace::historyDock); });
+    __commands.bind("model.new", [this] {
+        __workspace->modelDock().show();
+        __workspace->modelDock().raise();
+        __workspace->models().createModel();
+    }).enableWhen(stack);
+    __commands.bind("model.rename", [this] { __workspace->models().renameCurrent(); }).enableWhen(model);
+    __commands.bind("model.colour", [this] { __workspace->models().recolourCurrent(); }).enableWhen(model);
+    __commands.bind("slice.flip", [this] { flipSlices(); }).enableWhen([this] { return __slicePaired != nullptr; });
+    __commands.bind("slice.nextLacking", [this] { setNextLackingSlice(); }).enableWhen(model);
+    __commands.bind("view.ghosts", [this] {
+        VRLRootSliceEditWidgetMediator& editor = __sliceWidget->getMediator();
+        editor.setGhostsShown(!editor.areGhostsShown());
+        __commands.action("view.ghosts").setChecked(editor.areGhostsShown());
+    });
+}
+
+void VRLRootMediator::flipSlices() {
+    if (__slicePaired != nullptr && __stack != nullptr && __stack->findSlice(*__slicePaired) >= 0)
+        setSlice(*__slicePaired);
+}
+
+void VRLRootMediator::setNextLackingSlice() {
+    const Model* const model = __sliceWidget->getMediator().modelViews().getCurrent();
+    if (__stack == nullptr || model == nullptr)
+        return;
+    const int rank = __slice != nullptr ? __stack->findSlice(*__slice) : -1;
+    const int next = nextLacking(*__stack, *model, rank);
+    if (next >= 0)
+        goTo(next);
+    else
+        __statusBar->setMessage(QString("No slice lacks \"%1\" between others.")
+                                    .arg(QString::fromStdString(model->getName())));
+}
+
+void VRLRootMediator::goInHistory(int numSteps) {
+    guarded("History", [this, numSteps] {
+        for (int i = 0; i < std::abs(numSteps) && __stack != nullptr && !__locked; ++i)
+            numSteps > 0 ? undo() : redo();
+    });
+}
+
+void VRLRootMediator::modelCreateEvent(VRLModelCreateEvent&) {
+    if (__workspace != nullptr)
+        __workspace->updateFirstSteps();
+    __commands.update("slice.nextLacking");
+}
+
+// The model is still in its stack.
+void VRLRootMediator::modelDeleteEvent(VRLModelDeleteEvent&) {
+    QMetaObject::invokeMethod(
+        this, [this] { updateWorkspace(); }, Qt::QueuedConnection);
+}
+
 void VRLRootMediator::updateActions() {
     if (__locked)
         return;
@@ -271,6 +390,7 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
         disconnect(__stack->history(), nullptr, this, nullptr);
     __stack = &stack;
     __slice = nullptr;
+    __slicePaired = nullptr;
     connect(__stack->history(), &VRLActionHistory::changed, this, &VRLRootMediator::stackHistoryChange);
     __sliceList->setStack(stack);
     __stackList->setSelectedStack(stack);
@@ -283,6 +403,7 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
         __sliceWidget->clear();
     }
     updateStatusBarDisplay();
+    updateWorkspace();
     updateActions();
 }
 
@@ -294,8 +415,10 @@ void VRLRootMediator::setSlice(StackSlice& slice) {
     }
     if (&slice != __slice) {
         const WaitCursor cursor;
+        __slicePaired = __slice;
         __slice = &slice;
         __sliceList->setSelectedSlice(slice);
+        updateWorkspace();
         __sliceWidget->setSlice(slice);
         updateStatusBarDisplay();
     }
@@ -656,6 +779,10 @@ void VRLRootMediator::sliceLockEvent(VRLSliceLockEvent& event) {
     }
     __stackList->setEnabled(!__locked);
     __sliceList->setEnabled(!__locked);
+    if (__workspace != nullptr) {
+        __workspace->models().setLocked(__locked);
+        __workspace->history().setLocked(__locked);
+    }
     updateActions();
 }
 
@@ -670,6 +797,8 @@ void VRLRootMediator::clearCurrentStack() {
     __sliceWidget->clear();
     __stack = nullptr;
     __slice = nullptr;
+    __slicePaired = nullptr;
+    updateWorkspace();
     updateStatusBarDisplay();
 }
 
@@ -717,11 +846,14 @@ void VRLRootMediator::processSliceInsertionDeletionAction(VRLSliceInsertionDelet
 /// After slices came or went: the current slice stays if it is still there; else its neighbour becomes current.
 void VRLRootMediator::reloadSlices(int position) {
     const int row = __slice == nullptr ? -1 : __stack->findSlice(*__slice);
+    if (__slicePaired != nullptr && __stack->findSlice(*__slicePaired) < 0)
+        __slicePaired = nullptr;
     __sliceList->setStack(*__stack);
     if (row >= 0) {
         __sliceList->setSelectedSlice(*__slice);
     } else {
         __slice = nullptr;
+        updateWorkspace();
         __sliceWidget->clear();
         if (__stack->getNumSlices() > 0)
             goTo(std::min(position, __stack->getNumSlices() - 1));

@@ -25,6 +25,7 @@ class VRLSliceListWidget;
 class VRLStack;
 class VRLStackIO;
 class VRLStackListWidget;
+class Workspace;
 
 /// The commands of a root window, and what is current in it: a stack and a slice of it, or none.
 ///
@@ -48,6 +49,8 @@ public:
     void initProcessMenu(QMenu& menu);
     void initAnalyzeMenu(QMenu& menu);
     void initialize();
+    /// After initialize().
+    void setWorkspace(Workspace& workspace);
 
     VRLStack* currentStack() const { return __stack; }
     StackSlice* currentSlice() const { return __slice; }
@@ -65,6 +68,8 @@ public:
     void stackNameEvent(VRLStackNameEvent& event) override;
     void stackFileNameEvent(VRLStackFileNameEvent& event) override;
     void stackModifyEvent(VRLStackModifyEvent& event) override;
+    void modelCreateEvent(VRLModelCreateEvent& event) override;
+    void modelDeleteEvent(VRLModelDeleteEvent& event) override;
     void sliceAnnotationEvent(VRLSliceAnnotationEvent& event) override;
     void sliceLockEvent(VRLSliceLockEvent& event) override;
     void sliceNameEvent(VRLSliceNameEvent& event) override;
@@ -110,6 +115,12 @@ public slots:
     void setLastSlice();
     void setNextSlice();
     void setPreviousSlice();
+    /// Goes to the slice that was shown before this one, and back.
+    void flipSlices();
+    /// Goes to the next slice that lacks the current model between others.
+    void setNextLackingSlice();
+    /// Undoes so many steps; redoes them for a number below 0.
+    void goInHistory(int numSteps);
     void sliceSelectionChange();
     void stackSelectionChange();
     void stackHistoryChange();
@@ -129,6 +140,8 @@ private:
     void reloadSlices(int position);
     void guarded(const QString& task, const std::function<void()>& command);
     void withStackIO(const QString& task, const std::function<VRLStack*(VRLStackIO&)>& command);
+    void bindWorkspaceCommands();
+    void updateWorkspace();
     void goTo(int position);
     void showStep(const QString& verb, const QString& what, const StepWatch& watch);
 
@@ -141,6 +154,8 @@ private:
     QToolBar* __toolBar = nullptr;
     VRLRootSliceEditWidget* __sliceWidget = nullptr;
     VRLRootStatusBar* __statusBar = nullptr;
+    Workspace* __workspace = nullptr;
+    StackSlice* __slicePaired = nullptr; // that was shown before the current one, of the same stack
     VRLMenu* __recentFilesMenu = nullptr;
     CommandRegistry __commands{*this};
     bool __locked = false;

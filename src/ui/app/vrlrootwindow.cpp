@@ -27,6 +27,7 @@
 #include "ui/app/vrlrootbrowser.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootstatusbar.h"
+#include "ui/app/workspace.h"
 #include "ui/commands/shortcutsdialog.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
@@ -108,6 +109,14 @@ VRLRootWindow::VRLRootWindow() {
     __mediator->initProcessMenu(*process);
     __mediator->initAnalyzeMenu(*analyze);
     __mediator->initialize();
+    auto* views = new QFrame(this);
+    auto* viewsLayout = new QVBoxLayout(views);
+    viewsLayout->setContentsMargins(0, 0, 0, 0);
+    viewsLayout->setSpacing(0);
+    viewsLayout->addWidget(__sliceWidget, 1);
+    viewsLayout->addWidget(newHintLine(views));
+    __workspace = new Workspace(views, *__sliceWidget, this);
+    __mediator->setWorkspace(*__workspace);
     const CommandRegistry& commands = __mediator->commands();
     commands.fill(*showMenu, rootCommands().menu("Show"));
     commands.fill(*help, rootCommands().menu("Help"));
@@ -117,16 +126,10 @@ VRLRootWindow::VRLRootWindow() {
     restoreVisibility(commands.action("show.browser"), "rootWindow/browserVisible", *__browser);
     restoreVisibility(commands.action("show.statusBar"), "rootWindow/statusBarVisible", *__statusBar);
 
-    auto* views = new QFrame(this);
-    auto* viewsLayout = new QVBoxLayout(views);
-    viewsLayout->setContentsMargins(0, 0, 0, 0);
-    viewsLayout->setSpacing(0);
-    viewsLayout->addWidget(__sliceWidget, 1);
-    viewsLayout->addWidget(newHintLine(views));
     auto* splitter = new VRLSplitter("rootWindowSplitter", Qt::Horizontal, this);
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(__browser, 250);
-    splitter->addWidget(views, 750);
+    splitter->addWidget(__workspace, 750);
     splitter->restore();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -149,6 +152,7 @@ VRLRootWindow::VRLRootWindow() {
     setWindowIcon(VRLIcons::logo());
     setWindowFlag(Qt::Window);
     setAttribute(Qt::WA_DeleteOnClose);
+    __workspace->restoreLayout();
     show();
     setTitle("");
     setAcceptDrops(true);
@@ -156,6 +160,7 @@ VRLRootWindow::VRLRootWindow() {
 }
 
 VRLRootWindow::~VRLRootWindow() {
+    __workspace->saveLayout();
     --__numRootWindows;
 }
 

@@ -15,8 +15,9 @@ class VRLRootBrowser;
 class VRLRootMediator;
 class VRLRootSliceEditWidget;
 class VRLRootStatusBar;
+class Workspace;
 
-/// The main window: menus, tool bar, browser of stacks and slices, slice view, status bar. Several can be open at once;
+/// The main window: menus, tool bar, browser of stacks and slices, the workspace with the slice view, status bar. Several can be open at once;
 /// all show the same list of open stacks. A window deletes itself when it is closed.
 ///
 /// Closing the last window is quitting: every modified stack is asked about first. No window closes, and no file can be
@@ -42,6 +43,7 @@ public:
     VRLRootSliceEditWidget& sliceWidget() { return *__sliceWidget; }
     VRLRootBrowser& browser() { return *__browser; }
     QToolBar& toolBar() { return *__toolBar; }
+    Workspace& workspace() { return *__workspace; }
 
     static int numRootWindows() { return __numRootWindows; }
 
@@ -79,6 +81,7 @@ private:
     VRLRootSliceEditWidget* __sliceWidget;
     VRLRootStatusBar* __statusBar;
     VRLRootBrowser* __browser;
+    Workspace* __workspace;
     VRLRootMediator* __mediator;
     bool __closed = false;
 };

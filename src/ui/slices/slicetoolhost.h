@@ -15,6 +15,7 @@ public:
     StackSlice* slice() const override;
     const Image* image(QString& problem) const override;
     Vector<int> imagePoint(const QPoint& position) const override;
+    QPointF exactImagePoint(const QPointF& position) const override;
     bool isOnImage(const Vector<int>& pixel) const override;
     QPointF canvasPosition(const Vector<int>& pixel) const override;
     float zoom() const override;
@@ -25,6 +26,10 @@ public:
     void setEditMode(const QString& word) override;
     void requestLock(bool on) override;
     void selectionChanged() override;
+    ModelViews& modelViews() const override;
+    void begin(const char* command, const Model& model, QEvent& input) override;
+    bool isChosen(const char* command) const override;
+    void leaveTool() override;
     QAction& cancelCommand() const override;
     void showSlice(StackSlice& slice) override;
     ProgressMonitor& monitor() const override;

@@ -63,6 +63,12 @@ void ToolMenus::setSelection(const StackSliceSelectionInfo& selected) {
         menu->setEnabled(isToolMenuEnabled(place, selected));
 }
 
+void ToolMenus::showChosen(const QString& id) {
+    for (const Entry& entry : __entries)
+        if (entry.action != nullptr && entry.command->stays)
+            entry.action->setChecked(id == entry.command->info.id);
+}
+
 std::unique_ptr<QMenu> ToolMenus::newContextMenu(const std::function<QStringList(ToolModels)>& names,
                                                  const std::function<const Model*(const QString&)>& find,
                                                  const QList<QPointer<QAction>>& others) {

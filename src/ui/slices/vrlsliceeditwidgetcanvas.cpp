@@ -5,11 +5,14 @@
 #include <QOpenGLContext>
 #include <QPainter>
 #include <QPen>
+#include <QPolygonF>
 
 #include "document/model.h"
 #include "document/modelitem.h"
 #include "document/stackslice.h"
 #include "ui/imageserver/vrlimageproxy.h"
+#include "ui/models/modeltable.h"
+#include "ui/models/modelviews.h"
 #include "ui/session/vrlpreferences.h"
 #include "ui/slices/itemlook.h"
 
@@ -27,7 +30,19 @@ VRLSliceEditWidgetCanvas::~VRLSliceEditWidgetCanvas() {
 void VRLSliceEditWidgetCanvas::clear() {
     __extraItem = nullptr;
     __rubberLine = nullptr;
+    __ghosts.clear();
     VRLSliceWidgetCanvas::clear();
+}
+
+void VRLSliceEditWidgetCanvas::setSlice(StackSlice& slice) {
+    if (&slice != getSlice())
+        __ghosts.clear();
+    VRLSliceWidgetCanvas::setSlice(slice);
+}
+
+void VRLSliceEditWidgetCanvas::setGhosts(std::vector<NeighbourOutline> ghosts) {
+    __ghosts = std::move(ghosts);
+    update();
 }
 
 void VRLSliceEditWidgetCanvas::setExtraItem(ModelItem* item) {
@@ -43,6 +58,10 @@ void VRLSliceEditWidgetCanvas::setRubberLine(const QLine* line) {
 void VRLSliceEditWidgetCanvas::paintItems(const StackSlice& slice, QPainter& painter) {
     VRLSliceWidgetCanvas::paintItems(slice, painter);
     paintUnfinished(painter);
+}
+
+bool VRLSliceEditWidgetCanvas::isShown(const ModelItem& item) const {
+    return __modelViews == nullptr || __modelViews->isShown(item);
 }
 
 void VRLSliceEditWidgetCanvas::setKeepingPicture(bool on) {
@@ -77,7 +96,7 @@ void VRLSliceEditWidgetCanvas::paintGL() {
         __picture.remember(view, std::move(items));
     if (__lastPainted != QRegion(rect()))
         __picture.show();
-    if (getMode() != BackgroundMode && getSlice() != nullptr && (__extraItem != nullptr || __rubberLine != nullptr))
+    if (getMode() != BackgroundMode && getSlice() != nullptr && (__extraItem != nullptr || __rubberLine != nullptr || !__ghosts.empty()))
         withPainter([this](QPainter& painter) { paintUnfinished(painter); });
 }
 
@@ -110,6 +129,8 @@ std::vector<KeptPicture::Item> VRLSliceEditWidgetCanvas::presentItems() const {
     items.reserve(std::size_t(slice.getNumItems()));
     for (int i = 0; i < slice.getNumItems(); ++i) {
         const ModelItem& item = slice.getItem(i);
+        if (!isShown(item))
+            continue;
         const ModelItemProperties look = lookOf(item);
         const QRect area = areaOf(item, look);
         if (!area.isEmpty())
@@ -134,7 +155,39 @@ void VRLSliceEditWidgetCanvas::paintAnew(const QRect& area) {
         paintItemsWithin(*getSlice(), area);
 }
 
+/// The slice before in long dashes, the one behind in short ones.
+void VRLSliceEditWidgetCanvas::paintGhosts(QPainter& painter) const {
+    painter.save();
+    painter.setBrush(Qt::NoBrush);
+    const QRectF seen = painter.transform().inverted().mapRect(QRectF(rect()));
+    for (const NeighbourOutline& ghost : __ghosts) {
+        if (__modelViews != nullptr && __modelViews->isHidden(*ghost.model))
+            continue;
+        QPolygonF outline;
+        outline.reserve(qsizetype(ghost.points.size()));
+        for (const OutlinePoint& point : ghost.points)
+            outline.append(QPointF(point.x, point.y));
+        if (!outline.boundingRect().adjusted(-1, -1, 1, 1).intersects(seen))
+            continue;
+        QColor color = colorOf(*ghost.model);
+        color.setAlpha(170);
+        QPen pen(color, 1, Qt::CustomDashLine);
+        pen.setCosmetic(true);
+        pen.setDashPattern(ghost.before ? QList<qreal>{6, 4} : QList<qreal>{2, 3});
+        painter.setPen(pen);
+        if (ghost.geometry == PolygonPrimitive)
+            painter.drawPolygon(outline);
+        else if (ghost.geometry == PolypointPrimitive)
+            for (const QPointF& point : outline)
+                painter.drawEllipse(point, 2, 2);
+        else
+            painter.drawPolyline(outline);
+    }
+    painter.restore();
+}
+
 void VRLSliceEditWidgetCanvas::paintUnfinished(QPainter& painter) const {
+    paintGhosts(painter);
     if (__extraItem != nullptr)
         paintItem(*__extraItem, painter);
     if (__rubberLine != nullptr) {

@@ -5,10 +5,13 @@
 #include <QLine>
 #include <QRegion>
 
+#include "editing/operations/copyoperations.h"
 #include "ui/slices/keptpicture.h"
 #include "ui/slices/vrlslicewidgetcanvas.h"
 
 namespace vorlen {
+
+class ModelViews;
 
 /// Canvas of the slice editor: over the items of the slice it paints what is being made and is not on the slice yet.
 ///
@@ -31,6 +34,15 @@ public:
     /// A line in image coordinates that is painted last; none for null. Seen, not owned.
     void setRubberLine(const QLine* line);
 
+    /// Which models are hidden; all are shown for null. Seen, not owned.
+    void setModelViews(const ModelViews* views) { __modelViews = views; }
+
+    /// What is painted under what is being made, thin, dashed and pale; those of hidden models are not. Kept until the
+    /// next ones, or the next slice.
+    void setGhosts(std::vector<NeighbourOutline> ghosts);
+    const std::vector<NeighbourOutline>& getGhosts() const { return __ghosts; }
+
+    void setSlice(StackSlice& slice) override;
     void paintItems(const StackSlice& slice, QPainter& painter) override;
     using VRLSliceWidgetCanvas::paintItems;
 
@@ -43,18 +55,22 @@ public:
 protected:
     void initializeGL() override;
     void paintGL() override;
+    bool isShown(const ModelItem& item) const override;
 
 private:
     KeptPicture::View presentView() const;
     std::vector<KeptPicture::Item> presentItems() const;
     void paintAnew(const QRect& area);
     void paintUnfinished(QPainter& painter) const;
+    void paintGhosts(QPainter& painter) const;
     void forgetPicture();
 
     bool __keepingPicture = true;
     KeptPicture __picture;
     QRegion __lastPainted;
     QMetaObject::Connection __contextGoes;
+    const ModelViews* __modelViews = nullptr;
+    std::vector<NeighbourOutline> __ghosts;
     ModelItem* __extraItem = nullptr;
     const QLine* __rubberLine = nullptr;
 };

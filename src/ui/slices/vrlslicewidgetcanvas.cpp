@@ -126,7 +126,12 @@ void VRLSliceWidgetCanvas::setSlice(StackSlice& slice) {
 
 void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice, QPainter& painter) {
     for (int i = 0; i < slice.getNumItems(); ++i)
-        paintItem(slice.getItem(i), painter);
+        if (isShown(slice.getItem(i)))
+            paintItem(slice.getItem(i), painter);
+}
+
+bool VRLSliceWidgetCanvas::isShown(const ModelItem&) const {
+    return true;
 }
 
 void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice) {
@@ -141,7 +146,8 @@ void VRLSliceWidgetCanvas::paintItemsWithin(const StackSlice& slice, const QRect
         painter.setClipRect(area);
         painter.setTransform(items);
         for (int i = 0; i < slice.getNumItems(); ++i)
-            paintItem(slice.getItem(i), painter);
+            if (isShown(slice.getItem(i)))
+                paintItem(slice.getItem(i), painter);
     });
 }
 

@@ -22,7 +22,9 @@ const QStringList usedNames = {"filenew",      "fileopen",        "filesave",   
                                "panUp",        "panDown",         "panRight",   "panLeft",      "modebg",
                                "modefg",       "modebgfg",        "movepoints", "insertpoints", "deletepoints",
                                "home",         "camera",          "dice",       "video",        "left",
-                               "right"};
+                               "right",        "eye",             "eyeclosed",  "lock",         "lockopen",
+                               "toolselect",   "tooldraw",        "toolautomatic", "toolwire",  "toolbrush",
+                               "toolmove",     "toolsplit",       "tooljoin",   "toolsnake"};
 
 QPalette theme(const QColor& window, const QColor& text, const QColor& highlightedText = Qt::white) {
     QPalette palette;
