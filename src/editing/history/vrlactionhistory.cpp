@@ -213,7 +213,6 @@ QString VRLActionHistory::getRedoDescription(bool verbose) const {
     return description(__redoList, verbose, "(Nothing to redo)");
 }
 
-// The latest steps go first: what an early step took out of the document may be named by a later one.
 QStringList VRLActionHistory::getUndoDescriptions(int most) const {
     QStringList names;
     const std::size_t size = __undoList.size(), number = std::min(size, static_cast<std::size_t>(std::max(most, 0)));
@@ -230,6 +229,7 @@ QStringList VRLActionHistory::getRedoDescriptions(int most) const {
     return names;
 }
 
+// The latest steps go first: what an early step took out of the document may be named by a later one.
 void VRLActionHistory::destroyUndoList() {
     while (!__undoList.empty())
         __undoList.pop_back();

@@ -476,6 +476,10 @@ void VRLRootMediator::openStack(const QString& file) {
     withStackIO("Open stack", [&file](VRLStackIO& io) { return io.openStack(QFile::encodeName(file).toStdString()); });
 }
 
+void VRLRootMediator::openDropped(const QStringList& paths) {
+    withStackIO("Open stack", [&paths](VRLStackIO& io) { return io.openDropped(paths); });
+}
+
 void VRLRootMediator::updateRecentFilesMenu() {
     __recentFilesMenu->clear();
     for (const QString& path : VRLSettings::getRecentFilesList()) {

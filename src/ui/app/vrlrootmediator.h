@@ -84,6 +84,8 @@ public slots:
     void createStackFromFile();
     void openStack();
     void openStack(const QString& file);
+    /// Stack files, images and folders of images.
+    void openDropped(const QStringList& paths);
     void updateRecentFilesMenu();
     void saveStack();
     void saveStackAs();

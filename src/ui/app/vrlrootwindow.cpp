@@ -262,9 +262,11 @@ void VRLRootWindow::dragEnterEvent(QDragEnterEvent* event) {
 void VRLRootWindow::dropEvent(QDropEvent* event) {
     if (__mediator->isLocked())
         return event->ignore();
-    for (const QUrl& url : event->mimeData()->urls())
-        __mediator->openStack(url.toLocalFile());
     event->acceptProposedAction();
+    QStringList paths;
+    for (const QUrl& url : event->mimeData()->urls())
+        paths += url.toLocalFile();
+    __mediator->openDropped(paths);
 }
 
 void VRLRootWindow::moveEvent(QMoveEvent* event) {

@@ -1,9 +1,11 @@
 #include "ui/files/vrlstackio.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -89,8 +91,9 @@ void VRLStackIO::tellUnreadable(const std::vector<UnreadableImage>& unreadable) 
         tell("Read error", "These images cannot be read and are left out:\n\n" + failures.join('\n'));
 }
 
-VRLStack* VRLStackIO::newStack() {
+VRLStack* VRLStackIO::newStack(const QStringList& images) {
     VRLNewStackDialog dialog(__parent);
+    dialog.imageListEditor().addImages(images);
     if (dialog.exec() != QDialog::Accepted)
         return nullptr;
     std::vector<UnreadableImage> unreadable;
@@ -105,6 +108,33 @@ VRLStack* VRLStackIO::newStack() {
         return nullptr;
     VRLStackServer::stackServer.addStack(*stack);
     return stack.release();
+}
+
+VRLStack* VRLStackIO::openDropped(const QStringList& paths) {
+    VRLStack* last = nullptr;
+    QStringList images;
+    const auto take = [&](const QFileInfo& file) {
+        if (isImageName(file.fileName()))
+            images += file.filePath();
+    };
+    for (const QString& path : paths) {
+        const QFileInfo dropped(path);
+        if (dropped.isDir()) {
+            const QStringList before = images;
+            for (const QFileInfo& file : QDir(path).entryInfoList(QDir::Files))
+                take(file);
+            if (images == before)
+                tell("Read error", path + " holds no images.");
+        } else if (isImageName(path)) {
+            take(dropped);
+        } else if (VRLStack* const stack = openStack(encoded(path))) {
+            last = stack;
+        }
+    }
+    if (!images.isEmpty())
+        if (VRLStack* const stack = newStack(images))
+            last = stack;
+    return last;
 }
 
 VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QStringList& filters,
@@ -445,8 +475,11 @@ bool VRLStackIO::maySettle(VRLStack& stack) {
         "saved last. \"Cancel\" leaves the stack open.");
     box.setDefaultButton(QMessageBox::Save);
     const int answer = box.exec();
-    if (answer != QMessageBox::Save)
-        return answer == QMessageBox::Ignore;
+    return answer == QMessageBox::Save ? saveBeforeClosing(stack) : answer == QMessageBox::Ignore;
+}
+
+/// False when the stack is to stay, or when its saving was given up.
+bool VRLStackIO::saveBeforeClosing(VRLStack& stack) {
     if (stack.getFilename().empty() || stack.isReadOnly()) {
         saveStackAs(stack);
         return !stack.isModified();
@@ -466,11 +499,36 @@ bool VRLStackIO::maySettle(VRLStack& stack) {
     return true;
 }
 
+/// Asks once about several modified stacks, and saves them where that is wanted; false when they are to stay.
+bool VRLStackIO::maySettleAll(const std::vector<VRLStack*>& modified) {
+    constexpr std::size_t most = 12;
+    QString text = QString("%1 stacks have been modified:\n").arg(modified.size());
+    for (std::size_t i = 0; i < std::min(modified.size(), most); ++i)
+        text += "\n" + QString::fromStdString(modified[i]->getName());
+    if (modified.size() > most)
+        text += QString("\nand %1 more").arg(modified.size() - most);
+    QMessageBox box(QMessageBox::Warning, "Closing stacks...", text, QMessageBox::NoButton, __parent);
+    box.setTextFormat(Qt::PlainText);
+    box.setInformativeText("\"Save all\" keeps the changes. \"Discard\" closes the stacks without them: their files "
+                           "stay as they were saved last. \"Cancel\" leaves all of them open.");
+    QPushButton* const save = box.addButton("Save all", QMessageBox::AcceptRole);
+    const QAbstractButton* const discard = box.addButton("Discard", QMessageBox::DestructiveRole);
+    box.setEscapeButton(box.addButton(QMessageBox::Cancel));
+    box.setDefaultButton(save);
+    box.exec();
+    if (box.clickedButton() != save)
+        return box.clickedButton() == discard;
+    return std::all_of(modified.begin(), modified.end(), [this](VRLStack* stack) { return saveBeforeClosing(*stack); });
+}
+
 bool VRLStackIO::closeAllStacks() {
     VRLStackServer& server = VRLStackServer::stackServer;
+    std::vector<VRLStack*> modified;
     for (int i = server.getNumStacks() - 1; i >= 0; --i)
-        if (!maySettle(server.getStack(i)))
-            return false;
+        if (server.getStack(i).isModified())
+            modified.push_back(&server.getStack(i));
+    if (!(modified.size() > 1 ? maySettleAll(modified) : modified.empty() || maySettle(*modified.front())))
+        return false;
     while (server.getNumStacks() > 0)
         server.removeStack(server.getStack(server.getNumStacks() - 1));
     return true;

@@ -558,6 +558,21 @@ TEST_F(VRLRootWindowTest, droppedFilesOpen) {
     EXPECT_EQ(mediator().currentStack()->getName(), "two");
 }
 
+TEST_F(VRLRootWindowTest, droppedImagesAndFoldersMakeAStack) {
+    const QDir images(folder.filePath("images"));
+    ASSERT_TRUE(images.mkpath("."));
+    for (const char* name : {"s10.tif", "s2.TIF", "notes.txt"})
+        ASSERT_TRUE(QFile::copy(folder.filePath("i.tif"), images.filePath(name)));
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(images.path()), QUrl::fromLocalFile(folder.filePath("i.tif"))});
+    user.thenClick("Done");
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &drop);
+    ASSERT_NE(mediator().currentStack(), nullptr);
+    EXPECT_EQ(mediator().currentStack()->getNumSlices(), 3);
+    EXPECT_EQ(mediator().currentStack()->getSlice(1).getName(), "s2");
+}
+
 TEST_F(VRLRootWindowTest, twoWindowsShowTheSameStacksAndOneClosesWithoutAsking) {
     VRLStack& stack = open("one");
     trigger("window.new");
