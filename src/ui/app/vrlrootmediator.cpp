@@ -60,6 +60,7 @@
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/waitcursor.h"
 
@@ -196,7 +197,9 @@ void VRLRootMediator::guarded(const QString& task, const std::function<void()>& 
         failure = error.what();
     }
     if (!failure.isEmpty())
-        QMessageBox::warning(&__window, appName, "\"" + task + "\" could not be carried out:\n" + failure);
+        PlainMessageBox(QMessageBox::Warning, appName, "\"" + task + "\" could not be carried out:\n" + failure,
+                        QMessageBox::Ok, &__window)
+            .exec();
     updateActions();
 }
 
@@ -442,7 +445,7 @@ void VRLRootMediator::stackHistoryChange() {
     const auto describe = [this](const char* id, const QString& text, const QString& step) {
         __commands.update(id);
         __commands.update("edit.clearHistory");
-        __commands.action(id).setToolTip(step.isEmpty() ? text : text + ' ' + step);
+        __commands.action(id).setToolTip(plainTip(step.isEmpty() ? text : text + ' ' + step));
     };
     describe("edit.undo", "Undo", history == nullptr ? QString() : history->getUndoDescription(false));
     describe("edit.redo", "Redo", history == nullptr ? QString() : history->getRedoDescription(false));
@@ -560,7 +563,7 @@ void VRLRootMediator::showStep(const QString& verb, const QString& what, const S
 void VRLRootMediator::clearHistory() {
     if (__stack == nullptr)
         return;
-    QMessageBox box(QMessageBox::Question, "Clear undo history",
+    PlainMessageBox box(QMessageBox::Question, "Clear undo history",
                     "Forget what was done to the stack \"" + QString::fromStdString(__stack->getName()) +
                         "\" so far?\n\nThe stack stays as it is, and so do its file and backups. But nothing that was "
                         "done until now can be undone any more, neither now nor when the file is opened again: the "
@@ -688,7 +691,7 @@ void VRLRootMediator::runOmbrelAction1() {
     }
     if (failures.isEmpty())
         return;
-    QMessageBox box(QMessageBox::Information, appName,
+    PlainMessageBox box(QMessageBox::Information, appName,
                     failures.join("\n\n") + "\n\nThe distances are those of the points of the model "
                                             "\"spotBarycenters\" to the surface of the model \"cell\".",
                     QMessageBox::Ok, &__window);

@@ -39,6 +39,8 @@
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/widgets/placedwindow.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/vrlsplitter.h"
 
 namespace vorlen {
@@ -72,11 +74,12 @@ QLabel* VRLRootWindow::newHintLine(QWidget* parent) {
     auto* line = new QLabel(parent);
     line->setContentsMargins(6, 2, 6, 2);
     line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // no hint widens the window
+    line->setTextFormat(Qt::PlainText);
     line->setAccessibleName("Hint");
     connect(&__statusBar->getSliceEditWidgetStatusBar(), &QStatusBar::messageChanged, line,
             [line](const QString& hint) {
                 line->setText(hint);
-                line->setToolTip(hint);
+                line->setToolTip(plainTip(hint));
             });
     return line;
 }
@@ -147,8 +150,9 @@ VRLRootWindow::VRLRootWindow() {
     const QSettings settings;
     const QPoint position = settings.value("rootWindow/pos", QPoint(0, 0)).toPoint();
     const QSize size = settings.value("rootWindow/size", defaultSize()).toSize();
-    move(position);
-    resize(size);
+    const QRect place = placedOnScreen(QRect(position, size));
+    move(place.topLeft());
+    resize(place.size());
     setWindowIcon(VRLIcons::logo());
     setWindowFlag(Qt::Window);
     setAttribute(Qt::WA_DeleteOnClose);

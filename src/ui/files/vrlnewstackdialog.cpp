@@ -13,6 +13,7 @@
 #include "editing/stacks/vrlstackserver.h"
 #include "ui/files/vrlstackimagelisteditor.h"
 #include "ui/models/vrlstackpropertieseditor.h"
+#include "ui/widgets/plaintext.h"
 
 namespace vorlen {
 
@@ -132,7 +133,7 @@ void VRLNewStackDialog::validate() {
         accept();
         return;
     }
-    QMessageBox box(QMessageBox::Warning, "Error",
+    PlainMessageBox box(QMessageBox::Warning, "Error",
                     "The stack cannot be created because\nthere are undefined or invalid fields", QMessageBox::NoButton,
                     this);
     box.addButton(" OK ", QMessageBox::AcceptRole);

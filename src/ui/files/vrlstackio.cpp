@@ -32,6 +32,7 @@
 #include "ui/models/refusal.h"
 #include "ui/session/vrlpreferences.h"
 #include "ui/session/vrlsettings.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
@@ -78,9 +79,16 @@ VRLStackIO::VRLStackIO(QWidget* parent) : __parent(parent) {
 }
 
 void VRLStackIO::tell(const QString& title, const QString& text) const {
-    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::NoButton, __parent);
+    PlainMessageBox box(QMessageBox::Warning, title, text, QMessageBox::NoButton, __parent);
     box.addButton("OK", QMessageBox::AcceptRole);
     box.exec();
+}
+
+/// "Cancel" is the default.
+int VRLStackIO::ask(const QString& title, const QString& text, QMessageBox::StandardButtons buttons) const {
+    PlainMessageBox box(QMessageBox::Warning, title, text, buttons, __parent);
+    box.setDefaultButton(QMessageBox::Cancel);
+    return box.exec();
 }
 
 void VRLStackIO::tellUnreadable(const std::vector<UnreadableImage>& unreadable) const {
@@ -306,7 +314,7 @@ VRLStack* VRLStackIO::findOpen(const std::string& path) {
 bool VRLStackIO::claimFile(VRLStack& stack, const std::string& path) const {
     if (stack.fileGuard().lock(path))
         return true;
-    QMessageBox box(QMessageBox::Warning, "File is open elsewhere",
+    PlainMessageBox box(QMessageBox::Warning, "File is open elsewhere",
                     decoded(path) + "\n\nis open in " + StackFileGuard::holder(path) +
                         ". If both save it, the work of one is lost.\n\nRead-only, it can be looked at and measured, "
                         "and saved under another name.",
@@ -331,7 +339,7 @@ bool VRLStackIO::claimFile(VRLStack& stack, const std::string& path) const {
 bool VRLStackIO::settleDamage(VRLStack& stack, const StackReader& reader) const {
     if (reader.isWhole())
         return true;
-    QMessageBox box(QMessageBox::Warning, "File is not whole",
+    PlainMessageBox box(QMessageBox::Warning, "File is not whole",
                     decoded(stack.getFilename()) +
                         "\n\nis cut off or could not be read to its end: what stood behind is missing in this stack. "
                         "Perhaps a backup is whole: its name ends in \"~1\" to \"~" +
@@ -369,7 +377,7 @@ bool VRLStackIO::agreesToOverwrite(VRLStack& stack) {
     const std::string& file = stack.getFilename();
     if (!stack.fileGuard().isChanged(file))
         return true;
-    QMessageBox box(
+    PlainMessageBox box(
         QMessageBox::Warning, "File has changed",
         decoded(file) +
             "\n\nhas been changed on disk since it was opened or saved here, perhaps by another program.\n\n"
@@ -412,10 +420,10 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
     const QString holder =
         encoded(file) == stack.getFilename() && !stack.isReadOnly() ? QString() : StackFileGuard::holder(encoded(file));
     if (QFile::exists(file))
-        agreed = QMessageBox::warning(__parent, "Confirm overwrite",
-                                      file + "\n\n already exists. Do you wish to overwrite it? " +
-                                          (holder.isEmpty() ? QString() : "\n\nIt is open in " + holder + "."),
-                                      QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel) == QMessageBox::Ok;
+        agreed = ask("Confirm overwrite",
+                     file + "\n\n already exists. Do you wish to overwrite it? " +
+                         (holder.isEmpty() ? QString() : "\n\nIt is open in " + holder + "."),
+                     QMessageBox::Ok | QMessageBox::Cancel) == QMessageBox::Ok;
     if (agreed)
         writeStack(stack, encoded(file));
     VRLSettings::settings.setOutputDirectory(dialog.directory());
@@ -467,7 +475,7 @@ bool VRLStackIO::closeStack(VRLStack& stack) {
 bool VRLStackIO::maySettle(VRLStack& stack) {
     if (!stack.isModified())
         return true;
-    QMessageBox box(QMessageBox::Warning, "Closing stack...",
+    PlainMessageBox box(QMessageBox::Warning, "Closing stack...",
                     "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
                     QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
     box.setInformativeText(
@@ -488,11 +496,10 @@ bool VRLStackIO::saveBeforeClosing(VRLStack& stack) {
         return !stack.isModified();
     QString reason;
     while (!writeWithBackup(stack, stack.getFilename(), reason)) {
-        const QMessageBox::StandardButton choice =
-            QMessageBox::warning(__parent, "Write error",
-                                 "Stack " + QString::fromStdString(stack.getName()) + ":\nCould not write file " +
-                                     decoded(stack.getFilename()) + (reason.isEmpty() ? "" : "\n" + reason),
-                                 QMessageBox::Retry | QMessageBox::Cancel | QMessageBox::Discard, QMessageBox::Cancel);
+        const int choice = ask("Write error",
+                               "Stack " + QString::fromStdString(stack.getName()) + ":\nCould not write file " +
+                                   decoded(stack.getFilename()) + (reason.isEmpty() ? "" : "\n" + reason),
+                               QMessageBox::Retry | QMessageBox::Cancel | QMessageBox::Discard);
         if (choice != QMessageBox::Retry)
             return choice == QMessageBox::Discard;
     }
@@ -507,8 +514,7 @@ bool VRLStackIO::maySettleAll(const std::vector<VRLStack*>& modified) {
         text += "\n" + QString::fromStdString(modified[i]->getName());
     if (modified.size() > most)
         text += QString("\nand %1 more").arg(modified.size() - most);
-    QMessageBox box(QMessageBox::Warning, "Closing stacks...", text, QMessageBox::NoButton, __parent);
-    box.setTextFormat(Qt::PlainText);
+    PlainMessageBox box(QMessageBox::Warning, "Closing stacks...", text, QMessageBox::NoButton, __parent);
     box.setInformativeText("\"Save all\" keeps the changes. \"Discard\" closes the stacks without them: their files "
                            "stay as they were saved last. \"Cancel\" leaves all of them open.");
     QPushButton* const save = box.addButton("Save all", QMessageBox::AcceptRole);

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include <QMessageBox>
 #include <QString>
 #include <QStringList>
 
@@ -97,6 +98,7 @@ private:
     QStringList chooseImages();
     bool writeWithBackup(VRLStack& stack, const std::string& file, QString& reason);
     void tell(const QString& title, const QString& text) const;
+    int ask(const QString& title, const QString& text, QMessageBox::StandardButtons buttons) const;
     void tellUnreadable(const std::vector<UnreadableImage>& unreadable) const;
 
     QWidget* __parent;

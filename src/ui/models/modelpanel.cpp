@@ -23,6 +23,7 @@
 #include "ui/models/modeltable.h"
 #include "ui/models/modelviews.h"
 #include "ui/models/refusal.h"
+#include "ui/widgets/plaintext.h"
 
 namespace vorlen {
 
@@ -218,12 +219,11 @@ void ModelPanel::deleteCurrent() {
     if (model == nullptr || __stack == nullptr || __locked)
         return;
     if (const int numItems = model->getNumItems(); numItems > 0) {
-        QMessageBox box(QMessageBox::Warning, "Delete model",
+        PlainMessageBox box(QMessageBox::Warning, "Delete model",
                         QString("Delete the model \"%1\" with its %2 outline(s)? Undo (Ctrl+Z) brings it back.")
                             .arg(QString::fromStdString(model->getName()))
                             .arg(numItems),
                         QMessageBox::NoButton, this);
-        box.setTextFormat(Qt::PlainText);
         const QAbstractButton* const agreed = box.addButton("Delete", QMessageBox::AcceptRole);
         box.addButton(QMessageBox::Cancel);
         box.exec();

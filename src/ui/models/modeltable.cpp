@@ -19,6 +19,7 @@
 #include "editing/stacks/vrlstack.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/models/modelviews.h"
+#include "ui/widgets/plaintext.h"
 
 namespace vorlen {
 
@@ -124,7 +125,7 @@ QString ModelTable::tip(const Model& model, int column) const {
     if (column == Locked)
         return __views.isLocked(model) ? "Locked: its outlines can't be selected or changed. Click: unlock"
                                        : "Click: lock, so that its outlines can't be selected or changed";
-    return (QString::fromStdString(model.getName()) + " (" + geometryText(model) + ")").toHtmlEscaped();
+    return plainTip(QString::fromStdString(model.getName()) + " (" + geometryText(model) + ")");
 }
 
 QVariant ModelTable::data(const QModelIndex& index, int role) const {
