@@ -149,6 +149,10 @@ std::vector<CommandInfo> viewCommands() {
          .tip = "Show the outlines of the slices before and behind, dashed",
          .keys = "H",
          .checkable = true},
+        {.id = "view.scaleBar",
+         .text = "Scale bar",
+         .tip = "Show how long a part of the slice is",
+         .checkable = true},
         {.id = "slice.last", .text = "Select last slice", .tip = "Last slice", .icon = "top", .keys = "End"},
     };
 }
@@ -214,7 +218,7 @@ CommandSheet newSheet() {
         {"Analyze", {"stack.measure", "stacks.spotDistances"}},
         {"Show",
          {"show.toolBar", "show.browser", "show.statusBar", "show.models", "show.history", line, "view.ghosts",
-          "slice.flip", "slice.nextLacking"}},
+          "view.scaleBar", "slice.flip", "slice.nextLacking"}},
         {"Help", {"help.homepage", "help.manual", "help.mailingList", line, "help.shortcuts", line, "help.about"}},
         {"Tool bar",
          {"stack.open", "stack.save", "stack.close", "view.panorama", "view.slice", "stack.register",

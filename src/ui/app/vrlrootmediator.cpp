@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMenu>
+#include <QSettings>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
@@ -294,6 +295,7 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
                 [&action, dock = dock] { action.setChecked(!dock->isHidden()); });
         action.setChecked(!dock->isHidden());
     }
+    showScaleBar(QSettings().value("rootWindow/scaleBar", true).toBool());
     updateWorkspace();
 }
 
@@ -332,11 +334,18 @@ void VRLRootMediator::bindWorkspaceCommands() {
     __commands.bind("model.colour", [this] { __workspace->models().recolourCurrent(); }).enableWhen(model);
     __commands.bind("slice.flip", [this] { flipSlices(); }).enableWhen([this] { return __slicePaired != nullptr; });
     __commands.bind("slice.nextLacking", [this] { setNextLackingSlice(); }).enableWhen(model);
+    __commands.bind("view.scaleBar", [this] { showScaleBar(!__sliceWidget->getCanvas().isScaleBarShown()); });
     __commands.bind("view.ghosts", [this] {
         VRLRootSliceEditWidgetMediator& editor = __sliceWidget->getMediator();
         editor.setGhostsShown(!editor.areGhostsShown());
         __commands.action("view.ghosts").setChecked(editor.areGhostsShown());
     });
+}
+
+void VRLRootMediator::showScaleBar(bool shown) {
+    __sliceWidget->getCanvas().setScaleBarShown(shown);
+    __commands.action("view.scaleBar").setChecked(shown);
+    QSettings().setValue("rootWindow/scaleBar", shown);
 }
 
 void VRLRootMediator::flipSlices() {

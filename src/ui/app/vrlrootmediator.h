@@ -144,6 +144,7 @@ private:
     void withStackIO(const QString& task, const std::function<VRLStack*(VRLStackIO&)>& command);
     void bindWorkspaceCommands();
     void updateWorkspace();
+    void showScaleBar(bool shown);
     void goTo(int position);
     void showStep(const QString& verb, const QString& what, const StepWatch& watch);
 

@@ -28,6 +28,7 @@
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/workspace.h"
+#include "ui/commands/mnemonics.h"
 #include "ui/commands/shortcutsdialog.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
@@ -125,6 +126,7 @@ VRLRootWindow::VRLRootWindow() {
     commands.fill(*help, rootCommands().menu("Help"));
     for (QMenu* menu : {file, edit, process, analyze, showMenu, help})
         menu->setToolTipsVisible(true);
+    giveMnemonics(menuBar->actions());
     restoreVisibility(commands.action("show.toolBar"), "rootWindow/toolBarVisible", *__toolBar);
     restoreVisibility(commands.action("show.browser"), "rootWindow/browserVisible", *__browser);
     restoreVisibility(commands.action("show.statusBar"), "rootWindow/statusBarVisible", *__statusBar);

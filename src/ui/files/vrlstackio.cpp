@@ -29,6 +29,7 @@
 #include "ui/files/vrlnewstackdialog.h"
 #include "ui/files/vrlrecoverydialog.h"
 #include "ui/files/vrlstackerrordialog.h"
+#include "ui/files/vrlstackimagelisteditor.h"
 #include "ui/models/refusal.h"
 #include "ui/session/vrlpreferences.h"
 #include "ui/session/vrlsettings.h"

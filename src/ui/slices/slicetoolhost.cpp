@@ -59,6 +59,10 @@ void SliceToolHost::setRubberLine(const QLine* line) {
     __mediator.getCanvas().setRubberLine(line);
 }
 
+void SliceToolHost::setNote(const CanvasNote* note) {
+    __mediator.getCanvas().setNote(note);
+}
+
 void SliceToolHost::setHint(const QString& text) {
     __mediator.setHint(text);
 }

@@ -21,6 +21,7 @@ public:
     float zoom() const override;
     void setPreview(ModelItem* item) override;
     void setRubberLine(const QLine* line) override;
+    void setNote(const CanvasNote* note) override;
     void setHint(const QString& text) override;
     void setRestingHint() override;
     void setEditMode(const QString& word) override;

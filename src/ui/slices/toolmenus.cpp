@@ -1,6 +1,7 @@
 #include "ui/slices/toolmenus.h"
 
 #include "ui/commands/commandregistry.h"
+#include "ui/commands/mnemonics.h"
 #include "ui/widgets/vrlmenu.h"
 
 namespace vorlen {
@@ -84,6 +85,9 @@ std::unique_ptr<QMenu> ToolMenus::newContextMenu(const std::function<QStringList
     for (const QPointer<QAction>& action : others)
         if (action)
             menu->addAction(action);
+    giveMnemonics(menu->actions());
+    for (const auto& [place, submenu] : __submenus)
+        giveMnemonics(submenu->actions());
     return menu;
 }
 

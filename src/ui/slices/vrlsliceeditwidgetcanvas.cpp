@@ -9,12 +9,15 @@
 
 #include "document/model.h"
 #include "document/modelitem.h"
+#include "document/stack.h"
 #include "document/stackslice.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/modeltable.h"
 #include "ui/models/modelviews.h"
 #include "ui/session/vrlpreferences.h"
 #include "ui/slices/itemlook.h"
+#include "ui/slices/scalebar.h"
+#include "ui/tools/canvasnote.h"
 
 namespace vorlen {
 
@@ -30,6 +33,7 @@ VRLSliceEditWidgetCanvas::~VRLSliceEditWidgetCanvas() {
 void VRLSliceEditWidgetCanvas::clear() {
     __extraItem = nullptr;
     __rubberLine = nullptr;
+    __note = nullptr;
     __ghosts.clear();
     VRLSliceWidgetCanvas::clear();
 }
@@ -47,6 +51,16 @@ void VRLSliceEditWidgetCanvas::setGhosts(std::vector<NeighbourOutline> ghosts) {
 
 void VRLSliceEditWidgetCanvas::setExtraItem(ModelItem* item) {
     __extraItem = item;
+    update();
+}
+
+void VRLSliceEditWidgetCanvas::setNote(const CanvasNote* note) {
+    __note = note;
+    update();
+}
+
+void VRLSliceEditWidgetCanvas::setScaleBarShown(bool shown) {
+    __scaleBarShown = shown;
     update();
 }
 
@@ -96,8 +110,26 @@ void VRLSliceEditWidgetCanvas::paintGL() {
         __picture.remember(view, std::move(items));
     if (__lastPainted != QRegion(rect()))
         __picture.show();
-    if (getMode() != BackgroundMode && getSlice() != nullptr && (__extraItem != nullptr || __rubberLine != nullptr || !__ghosts.empty()))
-        withPainter([this](QPainter& painter) { paintUnfinished(painter); });
+    if (hasOverlay())
+        withPainter([this](QPainter& painter) { paintOverlay(painter); });
+}
+
+bool VRLSliceEditWidgetCanvas::hasOverlay() const {
+    return getSlice() != nullptr && (__extraItem != nullptr || __rubberLine != nullptr || !__ghosts.empty() ||
+                                     __note != nullptr || __scaleBarShown);
+}
+
+void VRLSliceEditWidgetCanvas::paintOverlay(QPainter& painter) const {
+    if (getMode() != BackgroundMode)
+        paintUnfinished(painter);
+    paintNote(painter);
+    if (!__scaleBarShown)
+        return;
+    painter.resetTransform();
+    const double across = double(getZoomFactor() * betaWidth());
+    const LengthUnit unit = getSlice()->getStack() != nullptr ? getSlice()->getStack()->getLengthUnit() : LengthUnit();
+    paintScaleBar(painter, rect(),
+                  scaleBarFor(double(getSlice()->getPixelCalibration().getPixelWidth()) / across, unit, width()));
 }
 
 KeptPicture::View VRLSliceEditWidgetCanvas::presentView() const {
@@ -183,6 +215,27 @@ void VRLSliceEditWidgetCanvas::paintGhosts(QPainter& painter) const {
         else
             painter.drawPolyline(outline);
     }
+    painter.restore();
+}
+
+/// White in black, so that it is seen on every image, with the text beside the last point.
+void VRLSliceEditWidgetCanvas::paintNote(QPainter& painter) const {
+    if (__note == nullptr || __note->line.empty())
+        return;
+    QPolygonF line;
+    line.reserve(qsizetype(__note->line.size()));
+    for (const QPointF& point : __note->line)
+        line.append(painter.transform().map(point));
+    painter.save();
+    painter.resetTransform();
+    for (const auto& [color, width] : {std::make_pair(Qt::black, 3), std::make_pair(Qt::white, 1)}) {
+        painter.setPen(QPen(color, width));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPolyline(line);
+        for (const QPointF& point : line)
+            painter.drawEllipse(point, 3, 3);
+    }
+    paintLabel(painter, line.last() + QPointF(12, -12), __note->text);
     painter.restore();
 }
 

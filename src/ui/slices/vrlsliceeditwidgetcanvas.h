@@ -11,6 +11,7 @@
 
 namespace vorlen {
 
+struct CanvasNote;
 class ModelViews;
 
 /// Canvas of the slice editor: over the items of the slice it paints what is being made and is not on the slice yet.
@@ -33,6 +34,14 @@ public:
 
     /// A line in image coordinates that is painted last; none for null. Seen, not owned.
     void setRubberLine(const QLine* line);
+
+    /// A line with a text that is painted over all; none for null. Seen, not owned.
+    void setNote(const CanvasNote* note);
+
+    /// Whether a bar in a corner tells how long a part of the slice is, where the size of its pixels is known. Off at
+    /// first.
+    void setScaleBarShown(bool shown);
+    bool isScaleBarShown() const { return __scaleBarShown; }
 
     /// Which models are hidden; all are shown for null. Seen, not owned.
     void setModelViews(const ModelViews* views) { __modelViews = views; }
@@ -63,6 +72,9 @@ private:
     void paintAnew(const QRect& area);
     void paintUnfinished(QPainter& painter) const;
     void paintGhosts(QPainter& painter) const;
+    bool hasOverlay() const;
+    void paintOverlay(QPainter& painter) const;
+    void paintNote(QPainter& painter) const;
     void forgetPicture();
 
     bool __keepingPicture = true;
@@ -73,6 +85,8 @@ private:
     std::vector<NeighbourOutline> __ghosts;
     ModelItem* __extraItem = nullptr;
     const QLine* __rubberLine = nullptr;
+    const CanvasNote* __note = nullptr;
+    bool __scaleBarShown = false;
 };
 
 } // namespace vorlen

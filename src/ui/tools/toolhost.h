@@ -13,6 +13,7 @@ class QWidget;
 
 namespace vorlen {
 
+struct CanvasNote;
 class Image;
 class Model;
 class ModelItem;
@@ -50,6 +51,8 @@ public:
     /// Seen, not owned.
     virtual void setPreview(ModelItem* item) = 0;
     virtual void setRubberLine(const QLine* line) = 0;
+    /// A line with a text; none for null. Seen, not owned.
+    virtual void setNote(const CanvasNote* note) = 0;
 
     /// Says in the status bar what the next input will do; and what it does when no tool runs.
     virtual void setHint(const QString& text) = 0;

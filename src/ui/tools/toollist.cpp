@@ -3,6 +3,7 @@
 #include "document/model.h"
 #include "document/stacksliceselectioninfo.h"
 #include "ui/tools/brushtool.h"
+#include "ui/tools/measuringtool.h"
 #include "ui/tools/movingtool.h"
 #include "ui/tools/startingtool.h"
 #include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
@@ -149,6 +150,7 @@ const std::vector<ToolCommand>& toolCommands() {
         {.info = {.id = "tool.brush", .text = "Brush", .tip = "Paint outlines of the current model; with Ctrl, erase", .icon = "toolbrush", .keys = "B", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<BrushTool>, .stays = true},
         {.info = {.id = "tool.automatic", .text = "Automatic", .tip = "Outline what is darker than its surroundings, for the current model", .icon = "toolautomatic", .keys = "A", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = makeThresholding, .stays = true},
         {.info = {.id = "tool.move", .text = "Move, turn, scale", .tip = "Drag an outline: move it; with Shift, turn it; with Ctrl, scale it", .icon = "toolmove", .keys = "M", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<MovingTool>, .stays = true},
+        {.info = {.id = "tool.measure", .text = "Measure", .tip = "Drag: measure a distance; drag on from its end: an angle", .icon = "toolmeasure", .keys = "T", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<MeasuringTool>, .stays = true},
         {{.id = "brush.larger", .text = "Larger brush", .tip = "Make the brush larger", .keys = "]"}, ToolMenu::None, always, make<BrushTool>, [](Tool& tool, const QString&) { static_cast<BrushTool&>(tool).grow(1.25); }},
         {{.id = "brush.smaller", .text = "Smaller brush", .tip = "Make the brush smaller", .keys = "["}, ToolMenu::None, always, make<BrushTool>, [](Tool& tool, const QString&) { static_cast<BrushTool&>(tool).grow(0.8); }},
         {{.id = "draw.manual", .text = "Manual", .tip = "Draw a contour, line or point of the model chosen"}, Draw, always, make<Creation>, runFor<Creation>, ToolModels::OfStack, {}, true},

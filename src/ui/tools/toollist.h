@@ -35,7 +35,7 @@ struct ToolCommand {
     /// Makes the tool. Commands of one maker share the tool.
     ToolMaker make;
     /// Carries the command out, for the model of this name where the command offers models.
-    std::function<void(Tool& tool, const QString& model)> start;
+    std::function<void(Tool& tool, const QString& model)> start = {};
     ToolModels models = ToolModels::None;
     /// Whether the model can be chosen; all of them where there is no such rule.
     std::function<bool(const Model& model, const StackSliceSelectionInfo& selected)> offers = {};

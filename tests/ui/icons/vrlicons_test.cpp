@@ -24,7 +24,7 @@ const QStringList usedNames = {"filenew",      "fileopen",        "filesave",   
                                "home",         "camera",          "dice",       "video",        "left",
                                "right",        "eye",             "eyeclosed",  "lock",         "lockopen",
                                "toolselect",   "tooldraw",        "toolautomatic", "toolwire",  "toolbrush",
-                               "toolmove",     "toolsplit",       "tooljoin",   "toolsnake"};
+                               "toolmove",     "toolsplit",       "tooljoin",   "toolsnake",     "toolmeasure"};
 
 QPalette theme(const QColor& window, const QColor& text, const QColor& highlightedText = Qt::white) {
     QPalette palette;

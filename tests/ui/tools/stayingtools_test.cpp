@@ -9,7 +9,9 @@
 #include "editing/operations/itemoperations.h"
 #include "editing/operations/outlineediting.h"
 #include "ui/models/modelviews.h"
+#include "ui/slices/scalebar.h"
 #include "ui/tools/brushtool.h"
+#include "ui/tools/measuringtool.h"
 
 namespace vorlen {
 
@@ -239,6 +241,49 @@ TEST_F(StayingToolsTest, theKeysChooseToolsWhileTheCanvasHasTheKeyboard) {
     }
     QTest::keyClick(canvas, Qt::Key_Escape);
     EXPECT_EQ(chosen(), "tool.select");
+}
+
+TEST_F(StayingToolsTest, distancesAndAnglesAreMeasuredInSpace) {
+    stack.setLengthUnit(LengthUnit(-6));
+    slice->getPixelCalibration().setPixelWidth(0.5f);
+    slice->getPixelCalibration().setPixelHeight(0.25f);
+    mediator->chooseTool("tool.measure");
+    auto& tool = *mediator->findChild<MeasuringTool*>();
+    const QImage before = picture();
+    dragFrom(QPoint(100, 100), {{130, 100}, {130, 20}}); // 15 along, 20 up
+    EXPECT_EQ(tool.text().toStdString(), "25 µm  53.1°");
+    EXPECT_NE(picture(), before);
+    dragFrom(QPoint(132, 22), {{160, 40}, {190, 20}}); // on from the end, along the rows: back is 53.1 below them
+    EXPECT_EQ(tool.text().toStdString(), "126.9°");
+    cancel();
+    EXPECT_EQ(tool.text(), "");
+    EXPECT_EQ(picture(), before);
+    slice->getPixelCalibration().setPixelWidth(0);
+    dragFrom(QPoint(100, 100), {{130, 140}});
+    EXPECT_EQ(tool.text().toStdString(), "50 pixels  -53.1°");
+    click(QPoint(20, 20)); // no drag
+    EXPECT_EQ(tool.text(), "");
+    EXPECT_FALSE(history().isUndoable());
+}
+
+TEST_F(StayingToolsTest, theScaleBarIsARoundLengthInAUnitThatSuits) {
+    const LengthUnit micrometre(-6);
+    const auto bar = scaleBarFor(0.123, micrometre, 1000); // 200 units are 24.6
+    ASSERT_TRUE(bar.has_value());
+    EXPECT_EQ(bar->text.toStdString(), "20 µm");
+    EXPECT_NEAR(bar->pixels, 20 / 0.123, 1e-9);
+    EXPECT_EQ(scaleBarFor(0.004, micrometre, 1000)->text.toStdString(), "500 nm");
+    EXPECT_EQ(scaleBarFor(0.004, micrometre, 200)->text.toStdString(), "200 nm");
+    EXPECT_EQ(scaleBarFor(55, micrometre, 1000)->text.toStdString(), "10 mm");
+    EXPECT_EQ(scaleBarFor(5, micrometre, 1000)->text.toStdString(), "1 mm");
+    EXPECT_EQ(scaleBarFor(1.5e-9, micrometre, 1000)->text.toStdString(), "0.2 pm");
+    for (const double length : {0.0, -1.0, std::nan("")})
+        EXPECT_FALSE(scaleBarFor(length, micrometre, 1000).has_value());
+    const QImage before = picture();
+    canvas->setScaleBarShown(true);
+    EXPECT_NE(picture(), before);
+    canvas->setScaleBarShown(false);
+    EXPECT_EQ(picture(), before);
 }
 
 TEST_F(StayingToolsTest, theNeighboursOutlinesAreShownOnWishAndFollowTheDocument) {
