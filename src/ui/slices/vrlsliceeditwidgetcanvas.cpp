@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPen>
 #include <QPolygonF>
+#include <QTimer>
 
 #include "document/model.h"
 #include "document/modelitem.h"
@@ -21,6 +22,12 @@
 
 namespace vorlen {
 
+namespace {
+
+constexpr int longestWait = 250; // milliseconds
+
+} // namespace
+
 VRLSliceEditWidgetCanvas::VRLSliceEditWidgetCanvas(QWidget* parent) : VRLSliceWidgetCanvas(parent) {
 }
 
@@ -35,12 +42,20 @@ void VRLSliceEditWidgetCanvas::clear() {
     __rubberLine = nullptr;
     __note = nullptr;
     __ghosts.clear();
+    __sinceSlice.invalidate();
     VRLSliceWidgetCanvas::clear();
 }
 
 void VRLSliceEditWidgetCanvas::setSlice(StackSlice& slice) {
-    if (&slice != getSlice())
+    if (&slice != getSlice()) {
         __ghosts.clear();
+        const bool keeps = getSlice() != nullptr && (getImageProxy().hasImage() || waitsForImage());
+        __sinceSlice.invalidate();
+        if (keeps) {
+            __sinceSlice.start();
+            QTimer::singleShot(longestWait, this, qOverload<>(&QWidget::update));
+        }
+    }
     VRLSliceWidgetCanvas::setSlice(slice);
 }
 
@@ -96,6 +111,12 @@ void VRLSliceEditWidgetCanvas::paintGL() {
         VRLSliceWidgetCanvas::paintGL();
         return;
     }
+    if (waitsForImage()) {
+        __lastPainted = QRegion();
+        beforePaintGL();
+        return __picture.show();
+    }
+    __sinceSlice.invalidate();
     const KeptPicture::View view = presentView();
     std::vector<KeptPicture::Item> items = presentItems();
     __lastPainted = __picture.staleRegion(view, items);
@@ -112,6 +133,13 @@ void VRLSliceEditWidgetCanvas::paintGL() {
         __picture.show();
     if (hasOverlay())
         withPainter([this](QPainter& painter) { paintOverlay(painter); });
+}
+
+/// What was there is shown on while an image is read, but not for long: it is another slice's.
+bool VRLSliceEditWidgetCanvas::waitsForImage() {
+    const VRLImageProxy& proxy = getImageProxy();
+    return __sinceSlice.isValid() && __sinceSlice.elapsed() < longestWait && !proxy.isEmpty() && !proxy.hasImage() &&
+           !proxy.hasFailed() && __picture.fits(size(), devicePixelRatioF());
 }
 
 bool VRLSliceEditWidgetCanvas::hasOverlay() const {

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include <QElapsedTimer>
 #include <QLine>
 #include <QRegion>
 
@@ -17,7 +18,8 @@ class ModelViews;
 /// Canvas of the slice editor: over the items of the slice it paints what is being made and is not on the slice yet.
 ///
 /// The picture of the slice is kept. A paint copies it, puts what is being made on top, and paints anew only the parts
-/// of the picture in which the slice looks different from the last time.
+/// of the picture in which the slice looks different from the last time. When another slice comes it stays for a moment,
+/// until the image is there, so that paging does not flicker.
 class VRLSliceEditWidgetCanvas : public VRLSliceWidgetCanvas {
     Q_OBJECT
 
@@ -76,10 +78,12 @@ private:
     void paintOverlay(QPainter& painter) const;
     void paintNote(QPainter& painter) const;
     void forgetPicture();
+    bool waitsForImage();
 
     bool __keepingPicture = true;
     KeptPicture __picture;
     QRegion __lastPainted;
+    QElapsedTimer __sinceSlice; // until the image is there; not valid without a slice before this one
     QMetaObject::Connection __contextGoes;
     const ModelViews* __modelViews = nullptr;
     std::vector<NeighbourOutline> __ghosts;

@@ -17,6 +17,7 @@
 
 #include "editing/history/vrlactionhistory.h"
 #include "editing/operations/itemoperations.h"
+#include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "images/files/imagewriter.h"
@@ -26,6 +27,7 @@
 #include "ui/app/historypanel.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
+#include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
@@ -196,6 +198,22 @@ TEST_F(WorkspaceTest, theToolBarShowsTheToolThatIsOn) {
             EXPECT_EQ(action->text(), "Brush");
         }
     EXPECT_EQ(numChecked, 1);
+}
+
+TEST_F(WorkspaceTest, theImagesOfTheNeighboursAreThereAtOnce) {
+    VRLStack& stack = open();
+    const VRLImageProxy& proxy = editor().getCanvas().getImageProxy();
+    window->mediator().setSlice(stack.getSlice(2));
+    ASSERT_TRUE(QTest::qWaitFor([&proxy] { return proxy.hasImage(); }, 20000));
+    QTest::qWait(300); // the neighbours are read
+    for (const int rank : {3, 2, 1}) {
+        window->mediator().setSlice(stack.getSlice(rank));
+        EXPECT_TRUE(proxy.hasImage()) << rank;
+    }
+    ASSERT_TRUE(deleteSlice(stack, stack.getSlice(2))); // which is one of them
+    QCoreApplication::processEvents();
+    trigger("edit.undo");
+    stack.setModified(false);
 }
 
 } // namespace vorlen
