@@ -449,7 +449,7 @@ TEST_F(VRLRenderingWindowTest, fiveHundredEditsTakeNoMoreMemory) {
         ModelItem& item = cube.getItem(k % cube.getNumItems());
         item.moveVertex(k % 4, point(20 + k % 7, k % 5));
         send<VRLModelItemVertexEvent>(&item);
-        if (k % 10 == 3) {
+        if (k % 30 == 3) {
             ModelItem& branch = addItem(cube, stack.getSlice(1), square(10, 40, 0));
             send<VRLModelItemCreateEvent>(&branch);
             branch.detach();
@@ -464,11 +464,11 @@ TEST_F(VRLRenderingWindowTest, fiveHundredEditsTakeNoMoreMemory) {
             mediator().refresh();
         QCoreApplication::processEvents();
     };
-    for (int k = 0; k < 60; ++k)
-        edit(k);
+    constexpr int numEdits = addressSanitizer ? 180 : 500, numFirst = numEdits / 5 * 2;
+    for (int k = 0; k < numFirst; ++k)
+        edit(k); // every way of drawing has been taken once, transparent and opaque
     const long before = heldMemory();
-    constexpr int numEdits = addressSanitizer ? 100 : 500;
-    for (int k = 60; k < 60 + numEdits; ++k)
+    for (int k = numFirst; k < numEdits; ++k)
         edit(k);
     EXPECT_LT(heldMemory() - before, 24L << 20);
     EXPECT_TRUE(listsAreAlike());
