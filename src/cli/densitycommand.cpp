@@ -218,8 +218,10 @@ int densityCommand(const QStringList& arguments) {
                      "equal density. Each file is the point pattern of one specimen.",
                      "POINTS.vx...", "Point shapes (.vx, .vs) in one space.");
     line.addOutputOptions();
-    line.addOption({"name"}, "Name of the files: NAME.vm, the same as NAME.nrrd with its place in space, and NAME-00.tm and so on for the surfaces.", "name",
-                   "density");
+    line.addOption({"name"},
+                   "Name of the files: NAME.vm, the same as NAME.nrrd with its place in space, and NAME-00.tm and so "
+                   "on for the surfaces.",
+                   "name", "density");
     line.addOption({"m", "method"},
                    "histogram: points in each cell; kernel: every point spread over its neighbourhood; "
                    "poisson: from the distances to the nearest points. These two are corrected at the faces of the box "
@@ -234,8 +236,10 @@ int densityCommand(const QStringList& arguments) {
                    "10");
     line.addOption({"kernel"}, "For kernel: gaussian (by default), uniform, epanechnikov or biweight.", "kernel",
                    "gaussian");
-    line.addOption({"b", "bandwidth"}, "For kernel: its width, in the unit of the points. By default that of the data "
-                   "for each pattern (normal reference rule); 10 for plain-kernel.", "width", "auto");
+    line.addOption({"b", "bandwidth"},
+                   "For kernel: its width, in the unit of the points. By default that of the data "
+                   "for each pattern (normal reference rule); 10 for plain-kernel.",
+                   "width", "auto");
     line.addOption({"mask"}, "A closed surface (.qm) outside of which the density is 0; may be given several times.",
                    "file");
     line.addOption({"level"}, "Write the surface at this density; may be given several times.", "density");

@@ -199,11 +199,11 @@ double correct(const Taps<T>* taps, Field<T>& field, const std::vector<unsigned 
                 const std::size_t first = std::size_t(row - field.values.data());
                 for (int j = 0; j < field.columns; ++j) {
                     if (covered)
-                        row[j] = inside[first + std::size_t(j)] ? row[j] / covered->values[first + std::size_t(j)]
-                                                                : T(0);
+                        row[j] =
+                            inside[first + std::size_t(j)] ? row[j] / covered->values[first + std::size_t(j)] : T(0);
                     else
-                        row[j] = T(row[j] / (mass[0][std::size_t(i)] * mass[1][std::size_t(j)] *
-                                             mass[2][std::size_t(k)]));
+                        row[j] =
+                            T(row[j] / (mass[0][std::size_t(i)] * mass[1][std::size_t(j)] * mass[2][std::size_t(k)]));
                     sum += double(row[j]);
                 }
             }

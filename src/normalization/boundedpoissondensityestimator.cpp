@@ -54,8 +54,8 @@ public:
                 const int half = cells(std::sqrt(square), 1, __columns);
                 const int first = std::max(0, j - half), last = std::min(__columns - 1, j + half);
                 const int* const row =
-                    __before.data() + (std::size_t(k + dk) * std::size_t(__rows) + std::size_t(i + di)) *
-                                          (std::size_t(__columns) + 1);
+                    __before.data() +
+                    (std::size_t(k + dk) * std::size_t(__rows) + std::size_t(i + di)) * (std::size_t(__columns) + 1);
                 all += last + 1 - first;
                 within += row[last + 1] - row[first];
             }

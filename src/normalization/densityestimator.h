@@ -25,9 +25,9 @@ class VoxelMatrix;
 ///
 /// A map is a volume whose index (i, j, k) stands for the coordinates (x, y, z); its size is the caller's. What an
 /// element tells is the matter of each estimator, and so is the place that it tells it for: lattice(), which masks,
-/// percentiles and integrals here go by, and which files, surfaces and views should. Shapes and mask surfaces are seen, not owned,
-/// and must outlive the estimator or be removed; the surfaces that setMaskShapes() makes belong to the estimator.
-/// Instantiated for float, double and long double.
+/// percentiles and integrals here go by, and which files, surfaces and views should. Shapes and mask surfaces are seen,
+/// not owned, and must outlive the estimator or be removed; the surfaces that setMaskShapes() makes belong to the
+/// estimator. Instantiated for float, double and long double.
 template <class T>
 class DensityEstimator : public virtual ProgressSubject {
 public:

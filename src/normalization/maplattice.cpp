@@ -57,8 +57,7 @@ Vector<T> MapLattice<T>::steps() const {
 
 template <class T>
 double MapLattice<T>::extent(int axis, int index) const {
-    const bool onFace =
-        __layout == MapLayout::Nodes && __size[axis] > 1 && (index == 0 || index == __size[axis] - 1);
+    const bool onFace = __layout == MapLayout::Nodes && __size[axis] > 1 && (index == 0 || index == __size[axis] - 1);
     return onFace ? __extent[axis] / 2 : __extent[axis];
 }
 

@@ -11,8 +11,8 @@ class TriMesh;
 template <class T>
 class VoxelMatrix;
 
-/// Where the elements of a map lie: as cells that divide a box, each told at its centre, or as nodes, the first and last
-/// of an axis on the faces of the box.
+/// Where the elements of a map lie: as cells that divide a box, each told at its centre, or as nodes, the first and
+/// last of an axis on the faces of the box.
 enum class MapLayout { Cells, Nodes };
 
 /// The places of the elements of a map: origin, step and size along each axis of space.

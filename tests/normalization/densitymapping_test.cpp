@@ -223,8 +223,8 @@ TEST(DensityMapping, percentilesLeaveTheirShareOfThePointsBelow) {
     Vertices<float> points(3, 2000, 2000, 2000);
     for (int i = 0; i < 2000; ++i)
         points[i] = vectorOf<float>({normal(random), normal(random), normal(random)});
-    for (const auto& [method, corrected] : {std::pair{KernelMethod, true}, {KernelMethod, false},
-                                            {PoissonMethod, true}, {PoissonMethod, false}}) {
+    for (const auto& [method, corrected] :
+         {std::pair{KernelMethod, true}, {KernelMethod, false}, {PoissonMethod, true}, {PoissonMethod, false}}) {
         DensitySettings settings;
         settings.method = method;
         settings.corrected = corrected;
@@ -276,9 +276,9 @@ TEST(NrrdWriter, keepsThePlaceInSpaceForEveryReader) {
         const std::string file = folder.file(encoding == NrrdEncoding::Raw ? "a.nrrd" : "b.nrrd");
         saveNrrd(volume, vectorOf<float>({7, -8, 9.25f}), vectorOf<float>({0.5f, 0.25f, 2}), "um", encoding, file,
                  false);
-        EXPECT_THROW(saveNrrd(volume, vectorOf<float>({7, -8, 9}), vectorOf<float>({1, 1, 1}), "", encoding, file,
-                              false),
-                     FileError);
+        EXPECT_THROW(
+            saveNrrd(volume, vectorOf<float>({7, -8, 9}), vectorOf<float>({1, 1, 1}), "", encoding, file, false),
+            FileError);
         const std::string text = folder.read(encoding == NrrdEncoding::Raw ? "a.nrrd" : "b.nrrd");
         EXPECT_NE(text.find("space origin: (7,-8,9.25)\n"), std::string::npos);
         EXPECT_NE(text.find("space directions: (0.5,0,0) (0,0.25,0) (0,0,2)\n"), std::string::npos);

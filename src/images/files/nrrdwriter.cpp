@@ -23,7 +23,8 @@ constexpr const char* place = "void saveNrrd(...)";
 /// Takes bytes to a stream, compressed or as they are.
 class Samples {
 public:
-    Samples(std::ostream& stream, NrrdEncoding encoding) : __stream(stream), __compresses(encoding == NrrdEncoding::Gzip) {
+    Samples(std::ostream& stream, NrrdEncoding encoding)
+        : __stream(stream), __compresses(encoding == NrrdEncoding::Gzip) {
         constexpr int gzipWindow = 15 + 16;
         if (__compresses && deflateInit2(&__state, 1, Z_DEFLATED, gzipWindow, 8, Z_DEFAULT_STRATEGY) != Z_OK)
             throw FileWriteError(place, "The compression cannot be started", "");
@@ -49,7 +50,8 @@ public:
 private:
     void compress(const void* bytes, std::size_t count, int flush) {
         // zlib only reads what its old interface takes as not constant.
-        __state.next_in = static_cast<Bytef*>(const_cast<void*>(bytes)); // NOLINT(cppcoreguidelines-pro-type-const-cast)
+        __state.next_in =
+            static_cast<Bytef*>(const_cast<void*>(bytes)); // NOLINT(cppcoreguidelines-pro-type-const-cast)
         __state.avail_in = static_cast<uInt>(count);
         do {
             __state.next_out = __buffer.data();
