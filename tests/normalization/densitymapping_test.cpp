@@ -25,6 +25,7 @@
 #include "shapes/quadmesh.h"
 #include "shapes/trimesh.h"
 #include "support/temporaryfolder.h"
+#include "support/vectors.h"
 
 namespace vorlen {
 
