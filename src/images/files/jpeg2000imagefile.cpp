@@ -144,8 +144,7 @@ public:
         page.values = {first.sgnd != 0 ? ValueType::Signed : ValueType::Unsigned, static_cast<int>(first.prec)};
         for (OPJ_UINT32 k = 0; k < image.numcomps; ++k) {
             const opj_image_comp_t& component = image.comps[k];
-            if (component.prec != first.prec || component.sgnd != first.sgnd || component.dx == 0 ||
-                component.dy == 0)
+            if (component.prec != first.prec || component.sgnd != first.sgnd || component.dx == 0 || component.dy == 0)
                 refuse("JPEG 2000 with components of different types");
             if (component.alpha != 0 && page.alpha < 0) {
                 page.alpha = static_cast<int>(k);
@@ -246,7 +245,8 @@ void differencesToRgb(std::int32_t* samples, std::size_t numPixels, std::size_t 
 ImagePage Jpeg2000ImageFile::getPage(int i) {
     requirePage(i, 1);
     ImagePage page = Jpeg2000Decoder(getFilename()).page();
-    // An empty packet is a bit, and a precinct of it may have any size: what a file may hold is bounded by custom alone.
+    // An empty packet is a bit, and a precinct of it may have any size: what a file may hold is bounded by custom
+    // alone.
     ImagePage decoded = page;
     decoded.storage = SampleStorage::I32;
     requireBelievable(decoded, getFilename(), 4096);
