@@ -104,8 +104,8 @@ TEST_F(CopyOperationsTest, whatWasCopiedIsPastedWhereItLiesInSpace) {
     expectStep([&] { return pasteItems(stack, to, copied); });
     ASSERT_EQ(to.getNumItems(), 2);
     EXPECT_EQ(to.getItem(1).getSize(), 1);
-    const Vector<double> after = space.toWorld(3, double(to.getItem(0).getVertices()[0][0]),
-                                               double(to.getItem(0).getVertices()[0][1]));
+    const Vector<double> after =
+        space.toWorld(3, double(to.getItem(0).getVertices()[0][0]), double(to.getItem(0).getVertices()[0][1]));
     EXPECT_NEAR(before[0], after[0], 0.51);
     EXPECT_NEAR(before[1], after[1], 0.51);
     EXPECT_NE(verticesOf(to.getItem(0)), outline); // for it is shifted

@@ -83,14 +83,20 @@ TEST_F(OutlineEditingTest, theEraserCutsOutlinesApartAndAway) {
     EXPECT_EQ(other.getNumItems(), 1);
     expectStep([&] { return eraseOutline(stack, *slice, polygon, stroke({{0, 50}, {65, 50}}, 60)); });
     EXPECT_EQ(polygon.getNumItems(), 0);
-    expectRefusal([&] { return eraseOutline(stack, *slice, polygon, stroke({{65, 50}}, 5)); },
-                  "There is no outline of the model under the brush");
+    expectRefusal(
+        [&] {
+            return eraseOutline(stack, *slice, polygon, stroke({{65, 50}}, 5));
+        },
+        "There is no outline of the model under the brush");
 }
 
 TEST_F(OutlineEditingTest, anErasedHoleIsNoChange) {
     addItem(polygon, *slice, plate);
-    expectRefusal([&] { return eraseOutline(stack, *slice, polygon, stroke({{65, 50}}, 5)); },
-                  "There is no outline of the model under the brush");
+    expectRefusal(
+        [&] {
+            return eraseOutline(stack, *slice, polygon, stroke({{65, 50}}, 5));
+        },
+        "There is no outline of the model under the brush");
 }
 
 TEST_F(OutlineEditingTest, strokesThatMakeNothingAreRefused) {
@@ -98,15 +104,19 @@ TEST_F(OutlineEditingTest, strokesThatMakeNothingAreRefused) {
     expectRefusal([&] { return paintOutline(stack, *slice, polygon, stroke({}, 5)); }, nothing);
     expectRefusal([&] { return paintOutline(stack, *slice, polygon, stroke({{5, 5}}, 0)); }, nothing);
     expectRefusal([&] { return paintOutline(stack, *slice, polygon, stroke({{5, nan}}, 5)); }, nothing);
-    expectRefusal([&] { return paintOutline(stack, *slice, line, stroke({{5, 5}}, 5)); },
-                  "The brush paints models of closed outlines alone");
+    expectRefusal(
+        [&] {
+            return paintOutline(stack, *slice, line, stroke({{5, 5}}, 5));
+        },
+        "The brush paints models of closed outlines alone");
     EXPECT_TRUE(paintedOutlines(*slice, line, stroke({{5, 5}}, 5), false).empty());
 }
 
 TEST_F(OutlineEditingTest, selectedOutlinesOfAModelAreJoinedAlsoOverGaps) {
     ModelItem& first = addItem(polygon, *slice, plate);
-    ModelItem& crossing = addItem(polygon, *slice, {{100, 50}, {100, 90}, {80, 90}, {80, 50}}); // 20 x 40, 10 x 20 shared
-    ModelItem& apart = addItem(polygon, *slice, {{30, 40}, {30, 60}, {10, 60}, {10, 40}});      // 10 from the first
+    ModelItem& crossing =
+        addItem(polygon, *slice, {{100, 50}, {100, 90}, {80, 90}, {80, 50}});              // 20 x 40, 10 x 20 shared
+    ModelItem& apart = addItem(polygon, *slice, {{30, 40}, {30, 60}, {10, 60}, {10, 40}}); // 10 from the first
     for (ModelItem* const item : {&first, &crossing, &apart})
         item->getSelection().set(true);
     expectStep([&] { return joinSelection(stack, *slice); });

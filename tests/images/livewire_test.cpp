@@ -31,9 +31,9 @@ TEST(LiveWire, theWayFollowsTheEdgeOfADisk) {
     for (std::size_t k = 0; k < path.size(); ++k) {
         EXPECT_NEAR(std::hypot(path[k].first - 50, path[k].second - 50), 30, 1.8) << k;
         if (k > 0) {
-            EXPECT_LE(std::max(std::abs(path[k].first - path[k - 1].first),
-                               std::abs(path[k].second - path[k - 1].second)),
-                      1);
+            EXPECT_LE(
+                std::max(std::abs(path[k].first - path[k - 1].first), std::abs(path[k].second - path[k - 1].second)),
+                1);
         }
     }
     EXPECT_EQ(wire.path(50, 80).size(), 1U); // back at the seed, after a search that went farther

@@ -52,9 +52,9 @@ Paths combined(const Paths& subjects, const Paths& clips, ClipperLib::ClipType h
     clipper.AddPaths(clips, ClipperLib::ptClip, true);
     Paths pieces;
     clipper.Execute(how, pieces, ClipperLib::pftNonZero, ClipperLib::pftNonZero);
-    pieces.erase(std::remove_if(pieces.begin(), pieces.end(),
-                                [](const Path& piece) { return !ClipperLib::Orientation(piece); }),
-                 pieces.end());
+    pieces.erase(
+        std::remove_if(pieces.begin(), pieces.end(), [](const Path& piece) { return !ClipperLib::Orientation(piece); }),
+        pieces.end());
     return pieces;
 }
 
@@ -180,8 +180,8 @@ std::pair<OutlinePoint, OutlinePoint> narrowest(const Outline& one, const Outlin
 /// A strip two pixels wide over a gap, that reaches a pixel into both sides.
 Path bridge(const OutlinePoint& from, const OutlinePoint& to) {
     const double length = std::sqrt(squared(from, to));
-    const OutlinePoint along = length > 0 ? OutlinePoint{(to.x - from.x) / length, (to.y - from.y) / length}
-                                          : OutlinePoint{1, 0};
+    const OutlinePoint along =
+        length > 0 ? OutlinePoint{(to.x - from.x) / length, (to.y - from.y) / length} : OutlinePoint{1, 0};
     const OutlinePoint a{from.x - along.x, from.y - along.y}, b{to.x + along.x, to.y + along.y};
     return pathOf({{a.x - along.y, a.y + along.x},
                    {b.x - along.y, b.y + along.x},

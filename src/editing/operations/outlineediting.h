@@ -26,8 +26,8 @@ struct BrushStroke {
     double aspect = 1; // height of a pixel over its width: the brush is round in space
 };
 
-/// Adds what the stroke covers to the model's outlines that it touches, which become one; a new outline where it touches
-/// none. Refused without points, for a radius that is not above 0, and for a model of no closed outlines.
+/// Adds what the stroke covers to the model's outlines that it touches, which become one; a new outline where it
+/// touches none. Refused without points, for a radius that is not above 0, and for a model of no closed outlines.
 Outcome paintOutline(VRLStack& stack, StackSlice& slice, Model& model, const BrushStroke& stroke);
 
 /// Takes what the stroke covers out of the model's outlines; one that falls apart becomes several, one of which nothing

@@ -48,9 +48,9 @@ void HistoryPanel::fill() {
     const VRLActionHistory& history = *__stack->history();
     constexpr int most = 1000;
     const QStringList done = history.getUndoDescriptions(most), undone = history.getRedoDescriptions(most);
-    __list->addItem(history.getNumUndoSteps() > done.size() ? QString("(%1 earlier steps)")
-                                                                  .arg(history.getNumUndoSteps() - done.size())
-                                                            : QString("(as at the beginning)"));
+    __list->addItem(history.getNumUndoSteps() > done.size()
+                        ? QString("(%1 earlier steps)").arg(history.getNumUndoSteps() - done.size())
+                        : QString("(as at the beginning)"));
     __list->addItems(done);
     const int current = __list->count() - 1;
     __list->addItems(undone);

@@ -11,10 +11,10 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMenu>
-#include <QSettings>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QTextEdit>
 #include <QToolBar>
 
@@ -325,11 +325,14 @@ void VRLRootMediator::bindWorkspaceCommands() {
     };
     __commands.bind("show.models", [toggle] { toggle(&Workspace::modelDock); });
     __commands.bind("show.history", [toggle] { toggle(&Workspace::historyDock); });
-    __commands.bind("model.new", [this] {
-        __workspace->modelDock().show();
-        __workspace->modelDock().raise();
-        __workspace->models().createModel();
-    }).enableWhen(stack);
+    __commands
+        .bind("model.new",
+              [this] {
+                  __workspace->modelDock().show();
+                  __workspace->modelDock().raise();
+                  __workspace->models().createModel();
+              })
+        .enableWhen(stack);
     __commands.bind("model.rename", [this] { __workspace->models().renameCurrent(); }).enableWhen(model);
     __commands.bind("model.colour", [this] { __workspace->models().recolourCurrent(); }).enableWhen(model);
     __commands.bind("slice.flip", [this] { flipSlices(); }).enableWhen([this] { return __slicePaired != nullptr; });
@@ -362,8 +365,8 @@ void VRLRootMediator::setNextLackingSlice() {
     if (next >= 0)
         goTo(next);
     else
-        __statusBar->setMessage(QString("No slice lacks \"%1\" between others.")
-                                    .arg(QString::fromStdString(model->getName())));
+        __statusBar->setMessage(
+            QString("No slice lacks \"%1\" between others.").arg(QString::fromStdString(model->getName())));
 }
 
 void VRLRootMediator::goInHistory(int numSteps) {
@@ -572,12 +575,13 @@ void VRLRootMediator::showStep(const QString& verb, const QString& what, const S
 void VRLRootMediator::clearHistory() {
     if (__stack == nullptr)
         return;
-    PlainMessageBox box(QMessageBox::Question, "Clear undo history",
-                    "Forget what was done to the stack \"" + QString::fromStdString(__stack->getName()) +
-                        "\" so far?\n\nThe stack stays as it is, and so do its file and backups. But nothing that was "
-                        "done until now can be undone any more, neither now nor when the file is opened again: the "
-                        "record of it is deleted.",
-                    QMessageBox::NoButton, &__window);
+    PlainMessageBox box(
+        QMessageBox::Question, "Clear undo history",
+        "Forget what was done to the stack \"" + QString::fromStdString(__stack->getName()) +
+            "\" so far?\n\nThe stack stays as it is, and so do its file and backups. But nothing that was "
+            "done until now can be undone any more, neither now nor when the file is opened again: the "
+            "record of it is deleted.",
+        QMessageBox::NoButton, &__window);
     box.setTextFormat(Qt::PlainText);
     const QAbstractButton* clear = box.addButton("Clear History", QMessageBox::DestructiveRole);
     box.setDefaultButton(box.addButton(QMessageBox::Cancel));
@@ -701,9 +705,9 @@ void VRLRootMediator::runOmbrelAction1() {
     if (failures.isEmpty())
         return;
     PlainMessageBox box(QMessageBox::Information, appName,
-                    failures.join("\n\n") + "\n\nThe distances are those of the points of the model "
-                                            "\"spotBarycenters\" to the surface of the model \"cell\".",
-                    QMessageBox::Ok, &__window);
+                        failures.join("\n\n") + "\n\nThe distances are those of the points of the model "
+                                                "\"spotBarycenters\" to the surface of the model \"cell\".",
+                        QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }

@@ -17,8 +17,8 @@ class VRLRootSliceEditWidget;
 class VRLRootStatusBar;
 class Workspace;
 
-/// The main window: menus, tool bar, browser of stacks and slices, the workspace with the slice view, status bar. Several can be open at once;
-/// all show the same list of open stacks. A window deletes itself when it is closed.
+/// The main window: menus, tool bar, browser of stacks and slices, the workspace with the slice view, status bar.
+/// Several can be open at once; all show the same list of open stacks. A window deletes itself when it is closed.
 ///
 /// Closing the last window is quitting: every modified stack is asked about first. No window closes, and no file can be
 /// dropped, while something is drawn or edited: it would be lost without a question.

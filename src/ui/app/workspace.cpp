@@ -86,9 +86,10 @@ QDockWidget* Workspace::newDock(const QString& title, const char* name, QWidget*
 }
 
 QFrame* Workspace::newFirstSteps(QWidget* views) {
-    QFrame* const strip = newStrip("Open a stack, or make one of your section images. A stack file, images, or a folder "
-                                   "of images can also be dropped here.",
-                                   views);
+    QFrame* const strip =
+        newStrip("Open a stack, or make one of your section images. A stack file, images, or a folder "
+                 "of images can also be dropped here.",
+                 views);
     const auto add = [strip](const char* text, const char* name) {
         auto* const button = new QPushButton(text, strip);
         button->setObjectName(name);

@@ -134,8 +134,8 @@ void VRLNewStackDialog::validate() {
         return;
     }
     PlainMessageBox box(QMessageBox::Warning, "Error",
-                    "The stack cannot be created because\nthere are undefined or invalid fields", QMessageBox::NoButton,
-                    this);
+                        "The stack cannot be created because\nthere are undefined or invalid fields",
+                        QMessageBox::NoButton, this);
     box.addButton(" OK ", QMessageBox::AcceptRole);
     box.exec();
 }

@@ -315,11 +315,12 @@ VRLStack* VRLStackIO::findOpen(const std::string& path) {
 bool VRLStackIO::claimFile(VRLStack& stack, const std::string& path) const {
     if (stack.fileGuard().lock(path))
         return true;
-    PlainMessageBox box(QMessageBox::Warning, "File is open elsewhere",
-                    decoded(path) + "\n\nis open in " + StackFileGuard::holder(path) +
-                        ". If both save it, the work of one is lost.\n\nRead-only, it can be looked at and measured, "
-                        "and saved under another name.",
-                    QMessageBox::NoButton, __parent);
+    PlainMessageBox box(
+        QMessageBox::Warning, "File is open elsewhere",
+        decoded(path) + "\n\nis open in " + StackFileGuard::holder(path) +
+            ". If both save it, the work of one is lost.\n\nRead-only, it can be looked at and measured, "
+            "and saved under another name.",
+        QMessageBox::NoButton, __parent);
     auto* look = box.addButton("Open Read-Only", QMessageBox::AcceptRole);
     auto* edit = box.addButton("Open Anyway", QMessageBox::DestructiveRole);
     box.addButton(QMessageBox::Cancel);
@@ -340,14 +341,15 @@ bool VRLStackIO::claimFile(VRLStack& stack, const std::string& path) const {
 bool VRLStackIO::settleDamage(VRLStack& stack, const StackReader& reader) const {
     if (reader.isWhole())
         return true;
-    PlainMessageBox box(QMessageBox::Warning, "File is not whole",
-                    decoded(stack.getFilename()) +
-                        "\n\nis cut off or could not be read to its end: what stood behind is missing in this stack. "
-                        "Perhaps a backup is whole: its name ends in \"~1\" to \"~" +
-                        QString::number(VRLPreferences::getMaxNumBackups()) +
-                        "\".\n\nThe file itself stays as it is. What was read can be looked at, or worked on as a new "
-                        "stack that is saved under another name.",
-                    QMessageBox::NoButton, __parent);
+    PlainMessageBox box(
+        QMessageBox::Warning, "File is not whole",
+        decoded(stack.getFilename()) +
+            "\n\nis cut off or could not be read to its end: what stood behind is missing in this stack. "
+            "Perhaps a backup is whole: its name ends in \"~1\" to \"~" +
+            QString::number(VRLPreferences::getMaxNumBackups()) +
+            "\".\n\nThe file itself stays as it is. What was read can be looked at, or worked on as a new "
+            "stack that is saved under another name.",
+        QMessageBox::NoButton, __parent);
     auto* look = box.addButton("Open Read-Only", QMessageBox::AcceptRole);
     auto* work = box.addButton("Work on a Copy", QMessageBox::ActionRole);
     box.addButton(QMessageBox::Cancel);
@@ -477,8 +479,8 @@ bool VRLStackIO::maySettle(VRLStack& stack) {
     if (!stack.isModified())
         return true;
     PlainMessageBox box(QMessageBox::Warning, "Closing stack...",
-                    "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
-                    QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
+                        "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
+                        QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
     box.setInformativeText(
         "\"Save\" keeps the changes. \"Ignore\" closes the stack without them: its file stays as it was "
         "saved last. \"Cancel\" leaves the stack open.");

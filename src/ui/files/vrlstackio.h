@@ -36,8 +36,8 @@ public:
 
     /// Asks for what makes a stack, beginning with these images.
     VRLStack* newStack(const QStringList& images = {});
-    /// Opens what was dropped: stack files; of images, and of those in folders, a new stack is made. The stack that came
-    /// last; null for none.
+    /// Opens what was dropped: stack files; of images, and of those in folders, a new stack is made. The stack that
+    /// came last; null for none.
     VRLStack* openDropped(const QStringList& paths);
 
     VRLStack* newStackFromFile();

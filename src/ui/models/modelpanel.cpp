@@ -39,9 +39,8 @@ ModelPanel::ModelPanel(ModelViews& views, QWidget* parent) : QWidget(parent), __
     makeButtons();
     connect(&views, &ModelViews::currentChanged, this, &ModelPanel::showCurrent);
     connect(__table, &ModelTable::counted, this, &ModelPanel::showGaps);
-    connect(__table, &ModelTable::refused, this, [this](const QString& reason) {
-        tellRefusal(this, Outcome::refused(reason.toStdString()));
-    });
+    connect(__table, &ModelTable::refused, this,
+            [this](const QString& reason) { tellRefusal(this, Outcome::refused(reason.toStdString())); });
     connect(__table, &QAbstractItemModel::rowsInserted, this, &ModelPanel::updateButtons);
     connect(__table, &QAbstractItemModel::rowsRemoved, this, &ModelPanel::updateButtons);
     setStack(nullptr);
@@ -204,14 +203,13 @@ void ModelPanel::recolourCurrent() {
     Model* const model = __views.getCurrent();
     if (model == nullptr || __locked)
         return;
-    const QColor color = QColorDialog::getColor(colorOf(*model), this,
-                                                "Colour of " + QString::fromStdString(model->getName()));
+    const QColor color =
+        QColorDialog::getColor(colorOf(*model), this, "Colour of " + QString::fromStdString(model->getName()));
     if (!color.isValid() || __stack == nullptr || __views.getCurrent() != model)
         return;
     ModelChange change;
     change.itemProperties.setColor(color.red(), color.green(), color.blue());
-    guarded(this, "The model cannot be changed.",
-            [&] { tellRefusal(this, changeModels(*__stack, {model}, change)); });
+    guarded(this, "The model cannot be changed.", [&] { tellRefusal(this, changeModels(*__stack, {model}, change)); });
 }
 
 void ModelPanel::deleteCurrent() {
@@ -220,10 +218,10 @@ void ModelPanel::deleteCurrent() {
         return;
     if (const int numItems = model->getNumItems(); numItems > 0) {
         PlainMessageBox box(QMessageBox::Warning, "Delete model",
-                        QString("Delete the model \"%1\" with its %2 outline(s)? Undo (Ctrl+Z) brings it back.")
-                            .arg(QString::fromStdString(model->getName()))
-                            .arg(numItems),
-                        QMessageBox::NoButton, this);
+                            QString("Delete the model \"%1\" with its %2 outline(s)? Undo (Ctrl+Z) brings it back.")
+                                .arg(QString::fromStdString(model->getName()))
+                                .arg(numItems),
+                            QMessageBox::NoButton, this);
         const QAbstractButton* const agreed = box.addButton("Delete", QMessageBox::AcceptRole);
         box.addButton(QMessageBox::Cancel);
         box.exec();

@@ -317,8 +317,8 @@ bool VRLModelDialogMediator::confirmDeletion() const {
     const QString subject =
         __selectedModels.size() == 1 ? "Deleting model \"" + name + "\"" : "Deleting models \"" + name + ", etc.\"";
     PlainMessageBox box(QMessageBox::Warning, "Confirm deletion",
-                    subject + " will delete " + QString::number(numItems) + " item(s).", QMessageBox::NoButton,
-                    &__dialog);
+                        subject + " will delete " + QString::number(numItems) + " item(s).", QMessageBox::NoButton,
+                        &__dialog);
     box.setTextFormat(Qt::PlainText);
     QPushButton* deletion = box.addButton("Delete", QMessageBox::AcceptRole);
     box.setDefaultButton(deletion);

@@ -118,8 +118,8 @@ VRLStackPropertiesDialog::Slices VRLStackPropertiesDialog::slicesToChange(bool (
         StackSlice& slice = __stack->getSlice(i);
         if (!yesToAll && !hasDefault(slice)) {
             PlainMessageBox box(QMessageBox::Question, title,
-                            "Slice " + QString::fromStdString(slice.getName()) + difference + "\n" + question,
-                            QMessageBox::Yes | QMessageBox::YesToAll | QMessageBox::No, this);
+                                "Slice " + QString::fromStdString(slice.getName()) + difference + "\n" + question,
+                                QMessageBox::Yes | QMessageBox::YesToAll | QMessageBox::No, this);
             box.setTextFormat(Qt::PlainText);
             box.setDefaultButton(QMessageBox::No);
             box.setEscapeButton(QMessageBox::No);

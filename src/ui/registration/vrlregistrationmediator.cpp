@@ -518,7 +518,7 @@ void VRLRegistrationMediator::tellOfRun(int numDone, const QStringList& remarks)
     const QString rest =
         remarks.size() > shown.size() ? QString("\n... and %1 more.").arg(remarks.size() - shown.size()) : QString();
     PlainMessageBox box(QMessageBox::Information, appName, "Slices that may want a look:\n\n" + shown.join('\n') + rest,
-                    QMessageBox::Ok, &__window);
+                        QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }

@@ -184,7 +184,7 @@ bool VRLRegistrationWindow::mayClose() {
     if (!__mediator->isPending())
         return true;
     PlainMessageBox box(QMessageBox::Question, appName, "The registration that is shown was not applied. Apply it?",
-                    QMessageBox::Apply | QMessageBox::Discard | QMessageBox::Cancel, this);
+                        QMessageBox::Apply | QMessageBox::Discard | QMessageBox::Cancel, this);
     const int answer = box.exec();
     if (answer == QMessageBox::Apply)
         __mediator->apply();

@@ -20,10 +20,7 @@ std::vector<CommandMenu> toolCommandMenus() {
     std::vector<CommandMenu> menus = {{"Tools", {}}, {"Draw", {}}, {"Edit", {}}, {"Selection", {}}};
     for (const ToolCommand& command : toolCommands()) {
         const bool isTool = command.stays || command.menu == ToolMenu::None;
-        const int place = command.menu == ToolMenu::Draw   ? 1
-                          : command.menu == ToolMenu::Edit ? 2
-                          : isTool                         ? 0
-                                                           : 3;
+        const int place = command.menu == ToolMenu::Draw ? 1 : command.menu == ToolMenu::Edit ? 2 : isTool ? 0 : 3;
         menus[static_cast<std::size_t>(place)].entries.push_back(command.info.id);
     }
     return menus;

@@ -18,8 +18,8 @@ class ModelViews;
 /// Canvas of the slice editor: over the items of the slice it paints what is being made and is not on the slice yet.
 ///
 /// The picture of the slice is kept. A paint copies it, puts what is being made on top, and paints anew only the parts
-/// of the picture in which the slice looks different from the last time. When another slice comes it stays for a moment,
-/// until the image is there, so that paging does not flicker.
+/// of the picture in which the slice looks different from the last time. When another slice comes it stays for a
+/// moment, until the image is there, so that paging does not flicker.
 class VRLSliceEditWidgetCanvas : public VRLSliceWidgetCanvas {
     Q_OBJECT
 

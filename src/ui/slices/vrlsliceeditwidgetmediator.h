@@ -30,8 +30,8 @@ class VRLSliceEditWidgetStatusBar;
 /// Mediator of the slice editor: makes the tools and their commands from the list of ui/tools, shows the current tool
 /// what comes to the canvas, tells it what happens to the document, and passes on the lock that it asks for.
 ///
-/// One tool is chosen, and is current as long as no other runs: the one that selects, or another that stays on. A context menu by the mouse belongs to the press before it,
-/// and is shown to the tool that the press has ended.
+/// One tool is chosen, and is current as long as no other runs: the one that selects, or another that stays on. A
+/// context menu by the mouse belongs to the press before it, and is shown to the tool that the press has ended.
 ///
 /// Decisions: the keys of the commands act while the canvas has the keyboard, so that lists and fields beside it keep
 /// theirs; Escape acts in the tool window of the edition too. While an interaction runs every command but "Cancel"
@@ -157,7 +157,7 @@ private:
     QAction* __cancel;
     QList<QPointer<QAction>> __contextualActions;
     std::vector<std::pair<ToolMaker, Tool*>> __tools;
-    ModelViews* __views; // a child
+    ModelViews* __views;       // a child
     Tool* __resting = nullptr; // that selects
     Tool* __chosen = nullptr;  // that has the canvas while no other runs: the resting one, or one that stays on
     QString __chosenId;

@@ -289,8 +289,8 @@ void VRLSliceWidgetCanvas::paintPointsItem(const ModelItem& item, const ModelIte
         drawVertexCrosses(painter, vertices, r);
 }
 
-// In coordinates of the widget, so that marks have the same size at all zooms. Where vertices lie close marks are left out,
-// so that they don't hide what the outline lies on; not at the ends of what is selected.
+// In coordinates of the widget, so that marks have the same size at all zooms. Where vertices lie close marks are left
+// out, so that they don't hide what the outline lies on; not at the ends of what is selected.
 void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& painter) const {
     painter.resetTransform();
     painter.setOpacity(1);

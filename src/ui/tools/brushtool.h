@@ -12,9 +12,9 @@ namespace vorlen {
 /// Paints and erases outlines of the current model with a round brush, as long as it is the tool that stays on. A
 /// stroke is one step.
 ///
-/// Decisions: the brush has a size on the screen from 2 to 400 units, and keeps it when the zoom changes, so that it can
-/// be seen. A stroke adds to the outlines that it touches; Ctrl, or the eraser of a pen, takes away. Escape gives up the
-/// stroke, and without one brings the selecting tool back.
+/// Decisions: the brush has a size on the screen from 2 to 400 units, and keeps it when the zoom changes, so that it
+/// can be seen. A stroke adds to the outlines that it touches; Ctrl, or the eraser of a pen, takes away. Escape gives
+/// up the stroke, and without one brings the selecting tool back.
 class BrushTool : public VRLSliceEditWidgetMediatorDelegate {
     Q_OBJECT
 

@@ -48,8 +48,7 @@ SliceDistance distanceOn(const StackSlice& slice, const QPointF& from, const QPo
 
 double angleOn(const StackSlice& slice, const QPointF& from, const QPointF& at, const QPointF& to) {
     const QPointF a = wayOn(slice, at, from), b = wayOn(slice, at, to);
-    return qRadiansToDegrees(
-        std::abs(std::atan2(a.x() * b.y() - a.y() * b.x(), a.x() * b.x() + a.y() * b.y())));
+    return qRadiansToDegrees(std::abs(std::atan2(a.x() * b.y() - a.y() * b.x(), a.x() * b.x() + a.y() * b.y())));
 }
 
 void MeasuringTool::deactivate() {
@@ -85,9 +84,9 @@ void MeasuringTool::mousePressEvent(QMouseEvent* event) {
         return anyEvent(event);
     event->accept();
     const QPointF point = host().exactImagePoint(event->position());
-    const bool goesOn = __note.line.size() == 2 &&
-                        std::hypot(point.x() - __note.line[1].x(), point.y() - __note.line[1].y()) *
-                                double(host().zoom()) <= reach;
+    const bool goesOn =
+        __note.line.size() == 2 &&
+        std::hypot(point.x() - __note.line[1].x(), point.y() - __note.line[1].y()) * double(host().zoom()) <= reach;
     if (!goesOn)
         __note.line = {point};
     __note.line.push_back(point);

@@ -66,8 +66,8 @@ void StartingTool::press(QMouseEvent& event) {
     Model* const model = modelToDraw(host());
     if (model == nullptr)
         return;
-    const bool points = model->getProperties().definesGeometry() &&
-                        model->getProperties().getGeometry() == PolypointPrimitive;
+    const bool points =
+        model->getProperties().definesGeometry() && model->getProperties().getGeometry() == PolypointPrimitive;
     if (points)
         return addPoint(*model, event);
     const QPointer<StartingTool> self(this);

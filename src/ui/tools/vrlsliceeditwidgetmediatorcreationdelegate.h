@@ -17,8 +17,8 @@ class Model;
 ///
 /// Decisions: nothing starts for an unknown model, or on a slice whose stack keeps no history. The press of the right
 /// button that gives a drawing up does not open the context menu too. A drawing is given up when its model or its slice
-/// goes away. Where drawing stays on, an outline is also closed by a click on its first vertex, or by a stroke that ends
-/// there; without that choice every click adds a vertex.
+/// goes away. Where drawing stays on, an outline is also closed by a click on its first vertex, or by a stroke that
+/// ends there; without that choice every click adds a vertex.
 class VRLSliceEditWidgetMediatorCreationDelegate : public VRLSliceEditWidgetMediatorDelegate {
     Q_OBJECT
 
@@ -77,7 +77,7 @@ private:
     bool keep();
 
     std::unique_ptr<ModelItem> __item;
-    bool __stroke = false; // the button is held, and vertices came since
+    bool __stroke = false;                  // the button is held, and vertices came since
     std::optional<Vertices<int>> __resumed; // as the drawing was when it came back
     bool __menuPending = false;             // the context menu of the press that ended a drawing
 };

@@ -14,8 +14,8 @@ namespace vorlen {
 /// structure.
 ///
 /// Decisions: nothing starts on a slice whose image is not there. The first corner is a point of the image: it stays
-/// there when the view moves before the second click, after which come two questions that can be cancelled. Another slice
-/// ends the waiting. A pen clicks like the mouse.
+/// there when the view moves before the second click, after which come two questions that can be cancelled. Another
+/// slice ends the waiting. A pen clicks like the mouse.
 class VRLSliceEditWidgetMediatorThresholdingDelegate : public VRLSliceEditWidgetMediatorDelegate {
     Q_OBJECT
 

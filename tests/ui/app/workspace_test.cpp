@@ -1,8 +1,8 @@
 #include "ui/app/workspace.h"
 
+#include <QApplication>
 #include <QDockWidget>
 #include <QFile>
-#include <QApplication>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>

@@ -153,8 +153,7 @@ TEST_F(StayingToolsTest, theLiveWireFollowsTheEdgesOfTheImage) {
     Image image(300, 200, 8);
     for (int y = 0; y < 200; ++y)
         for (int x = 0; x < 300; ++x)
-            image.getPixels()[y][x] =
-                static_cast<unsigned char>(std::hypot(x - 150, y - 100) < 60 ? 40 : 200);
+            image.getPixels()[y][x] = static_cast<unsigned char>(std::hypot(x - 150, y - 100) < 60 ? 40 : 200);
     StackSlice& disk = addSlice(image, "disk");
     showSlice(disk);
     mediator->chooseTool("tool.wire");
@@ -231,10 +230,9 @@ TEST_F(StayingToolsTest, theKeysChooseToolsWhileTheCanvasHasTheKeyboard) {
     window.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     canvas->setFocus();
-    const std::vector<std::pair<Qt::Key, const char*>> keys = {{Qt::Key_D, "tool.draw"},  {Qt::Key_B, "tool.brush"},
-                                                               {Qt::Key_L, "tool.wire"},  {Qt::Key_A, "tool.automatic"},
-                                                               {Qt::Key_M, "tool.move"},  {Qt::Key_Q, "tool.select"},
-                                                               {Qt::Key_D, "tool.draw"}};
+    const std::vector<std::pair<Qt::Key, const char*>> keys = {
+        {Qt::Key_D, "tool.draw"}, {Qt::Key_B, "tool.brush"},  {Qt::Key_L, "tool.wire"}, {Qt::Key_A, "tool.automatic"},
+        {Qt::Key_M, "tool.move"}, {Qt::Key_Q, "tool.select"}, {Qt::Key_D, "tool.draw"}};
     for (const auto& [code, tool] : keys) {
         QTest::keyClick(canvas, code);
         EXPECT_EQ(chosen(), tool);
