@@ -295,6 +295,10 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
                 [&action, dock = dock] { action.setChecked(!dock->isHidden()); });
         action.setChecked(!dock->isHidden());
     }
+    connect(&editor.modelViews(), &ModelViews::currentChanged, this, [this] {
+        for (const char* id : {"model.rename", "model.colour", "slice.nextLacking"})
+            __commands.update(id);
+    });
     showScaleBar(QSettings().value("rootWindow/scaleBar", true).toBool());
     updateWorkspace();
 }
@@ -379,7 +383,6 @@ void VRLRootMediator::goInHistory(int numSteps) {
 void VRLRootMediator::modelCreateEvent(VRLModelCreateEvent&) {
     if (__workspace != nullptr)
         __workspace->updateFirstSteps();
-    __commands.update("slice.nextLacking");
 }
 
 // The model is still in its stack.
@@ -468,8 +471,10 @@ void VRLRootMediator::withStackIO(const QString& task, const std::function<VRLSt
     guarded(task, [this, &command] {
         VRLStackIO io(&__window);
         io.addMonitor(*__statusBar);
-        if (VRLStack* stack = command(io))
+        if (VRLStack* stack = command(io)) {
             setStack(*stack);
+            __sliceWidget->getCanvas().setFocus(); // the keys lead through the slices at once
+        }
         if (!io.getNotice().isEmpty())
             __statusBar->setMessage(io.getNotice());
     });
