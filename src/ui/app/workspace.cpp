@@ -13,6 +13,7 @@
 #include "ui/icons/vrlicons.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/session/vrlconfig.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 

@@ -331,7 +331,7 @@ void VRLSliceEditWidgetMediator::chooseSelection() {
     chooseTool(selectingToolId);
 }
 
-QList<QAction*> VRLSliceEditWidgetMediator::getToolActions() const {
+QList<QAction*> VRLSliceEditWidgetMediator::getToolActions() {
     QList<QAction*> actions;
     for (const ToolCommand& command : toolCommands())
         if (command.stays)
@@ -339,7 +339,7 @@ QList<QAction*> VRLSliceEditWidgetMediator::getToolActions() const {
     return actions;
 }
 
-QAction& VRLSliceEditWidgetMediator::getCommand(const char* id) const {
+QAction& VRLSliceEditWidgetMediator::getCommand(const char* id) {
     return commands().action(id);
 }
 

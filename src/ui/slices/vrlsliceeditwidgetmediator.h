@@ -74,9 +74,9 @@ public:
     ModelViews& modelViews() const { return *__views; }
 
     /// The commands of the tools that stay on, for a tool bar: one of them is checked.
-    QList<QAction*> getToolActions() const;
+    QList<QAction*> getToolActions();
     /// A command of a tool that offers no models.
-    QAction& getCommand(const char* id) const;
+    QAction& getCommand(const char* id);
 
     /// The tool that has the canvas while no other runs is the one of this command; it stays on until another is
     /// chosen. Nothing for a command of another kind.

@@ -210,7 +210,7 @@ TEST_F(WorkspaceTest, theImagesOfTheNeighboursAreThereAtOnce) {
         window->mediator().setSlice(stack.getSlice(rank));
         EXPECT_TRUE(proxy.hasImage()) << rank;
     }
-    ASSERT_TRUE(deleteSlice(stack, stack.getSlice(2))); // which is one of them
+    ASSERT_TRUE(deleteSlices(stack, {&stack.getSlice(2)})); // which is one of them
     QCoreApplication::processEvents();
     trigger("edit.undo");
     stack.setModified(false);

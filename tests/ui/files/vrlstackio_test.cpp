@@ -477,7 +477,9 @@ TEST_F(VRLStackIOTest, closingAllAsksOnceAboutSeveralStacks) {
 TEST_F(VRLStackIOTest, aStackThatIsNotSavedAfterAllKeepsTheOthersOpen) {
     VRLStack* first = io.openStack(path("ab.sdf"));
     first->setModified(true);
-    newStack(); // which has no file
+    auto* fresh = new VRLStack; // which has no file
+    VRLStackServer::stackServer.addStack(*fresh);
+    fresh->setModified(true);
     user.thenClick("Save all");
     user.thenReject(); // the choice of a file for the new one
     EXPECT_FALSE(io.closeAllStacks());

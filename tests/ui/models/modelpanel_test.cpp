@@ -92,7 +92,7 @@ TEST_F(ModelPanelTest, modelsAreListedByNameWithTheirNumbers) {
     history().undo();
     QCoreApplication::processEvents();
     EXPECT_EQ(column(ModelTable::All), (QStringList{"0", "3", "0"}));
-    ASSERT_TRUE(deleteSlice(stack, stack.getSlice(4))); // the one that is shown
+    ASSERT_TRUE(deleteSlices(stack, {&stack.getSlice(4)})); // the one that is shown
     QCoreApplication::processEvents();
     EXPECT_EQ(column(ModelTable::Here), (QStringList{"0", "0", "0"}));
 }

@@ -142,7 +142,7 @@ TEST_F(SliceCanvasTest, theOpacityOfOneItemDoesNotTouchTheNext) {
 
 TEST_F(SliceCanvasTest, aDenseOutlineStaysToBeSeenWhenItIsSelected) {
     prepare();
-    Points points;
+    std::vector<std::pair<int, int>> points;
     for (int x = 5; x <= 35; ++x)
         points.emplace_back(x, 20);
     points.emplace_back(20, 5);
