@@ -82,12 +82,12 @@ std::unique_ptr<QMenu> ToolMenus::newContextMenu(const std::function<QStringList
         if (entry.command->menu == ToolMenu::Top)
             menu->addAction(entry.shown());
     }
-    for (const QPointer<QAction>& action : others)
-        if (action)
-            menu->addAction(action);
     giveMnemonics(menu->actions());
     for (const auto& [place, submenu] : __submenus)
         giveMnemonics(submenu->actions());
+    for (const QPointer<QAction>& action : others)
+        if (action)
+            menu->addAction(action);
     return menu;
 }
 

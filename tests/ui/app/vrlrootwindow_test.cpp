@@ -161,9 +161,7 @@ TEST_F(VRLRootWindowTest, startsEmptyWithAllItsMenus) {
     EXPECT_EQ(menus, (QStringList{"File", "Edit", "Process", "Analyze", "Show", "Help"}));
     QStringList file;
     for (QAction* entry : menuBar->actions()[0]->menu()->actions())
-        file += entry->isSeparator()
-                    ? "-"
-                    : entry->text().remove('&');
+        file += entry->isSeparator() ? "-" : entry->text().remove('&');
     EXPECT_EQ(file, (QStringList{"New stack", "New stack from file", "Open stack", "Recent stacks...", "Save stack",
                                  "Save stack as...", "Close stack", "Close all", "-", "New window", "Close window", "-",
                                  "Quit"}));
