@@ -3,7 +3,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTest>
 #include <QTreeView>
 
@@ -170,11 +169,12 @@ TEST_F(ModelPanelTest, aModelWithOutlinesIsDeletedAfterAQuestion) {
 TEST_F(ModelPanelTest, theSlicesThatLackTheCurrentModelAreNamed) {
     EXPECT_TRUE(gaps().startsWith("On 2 of 5 slices.")) << gaps().toStdString();
     EXPECT_TRUE(gaps().contains(">s2</a>, <a href=\"3\">s3</a>")) << gaps().toStdString();
-    QSignalSpy wanted(&panel, &ModelPanel::sliceRequested);
+    std::vector<const StackSlice*> wanted;
+    QObject::connect(&panel, &ModelPanel::sliceRequested, [&wanted](StackSlice& slice) { wanted.push_back(&slice); });
     for (QLabel* label : panel.findChildren<QLabel*>())
         if (label->accessibleName() == "Where the current model is outlined")
             emit label->linkActivated("3");
-    EXPECT_EQ(wanted.size(), 1);
+    EXPECT_EQ(wanted, std::vector<const StackSlice*>{&stack.getSlice(3)});
     views.setCurrent(*axon);
     EXPECT_EQ(gaps(), "On 0 of 5 slices.");
 }
