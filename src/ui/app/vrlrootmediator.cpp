@@ -32,6 +32,9 @@
 #include "ui/app/rootcommands.h"
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
+#include "ui/exchange/filtermarks.h"
+#include "ui/exchange/vrlmodelexchangedialog.h"
+#include "ui/exchange/vrlmodelfilterdialog.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/models/refusal.h"
@@ -42,12 +45,15 @@
 #include "ui/models/vrlstackannotationdialog.h"
 #include "ui/models/vrlstacklistwidget.h"
 #include "ui/models/vrlstackpropertiesdialog.h"
+#include "ui/panorama/vrloverviewwidget.h"
+#include "ui/panorama/vrlpanorama.h"
 #include "ui/registration/vrlregistrationwindow.h"
 #include "ui/scenes/vrlrenderingwindow.h"
 #include "ui/session/vrlconfig.h"
 #include "ui/session/vrlsettings.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
+#include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
 #include "ui/widgets/vrlmenu.h"
@@ -116,18 +122,21 @@ void VRLRootMediator::bindProcessCommands() {
         return __stack != nullptr && __stack->getNumSlices() > 1;
     });
     __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
-    __commands.command("models.transfer").enableWhen(severalStacks);
+    __commands.bind("models.transfer", [this] { runStackModelExchangeDialog(); }).enableWhen(severalStacks);
     __commands.command("stack.findSpots").enableWhen(stack);
     __commands.command("stacks.normalize").enableWhen(severalStacks);
-    __commands.command("models.filter").enableWhen(stack);
+    __commands.bind("models.filter", [this] { runModelFilterDialog(); }).enableWhen(stack);
     __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
     __commands.bind("stacks.spotDistances", [this] { runOmbrelAction1(); });
 }
 
 void VRLRootMediator::bindViewCommands() {
     const auto last = [this] { return __stack == nullptr ? -1 : __stack->getNumSlices() - 1; };
-    __commands.bind("view.slice", [] {});
-    __commands.command("view.overview").enableWhen([this] { return __slice != nullptr; });
+    __commands.bind("view.panorama", [this] { showPanorama(); });
+    __commands.bind("view.slice", [this] { showPlainview(); });
+    __commands.bind("view.overview", [this] {
+        showOverview(__commands.action("view.overview").isChecked());
+    }).enableWhen([this] { return __slice != nullptr; });
     __commands.bind("slice.first", [this] { setFirstSlice(); }).enableWhen([this, last] {
         return last() >= 0 && !isAt(0);
     });
@@ -216,6 +225,10 @@ void VRLRootMediator::setStatusBar(VRLRootStatusBar& statusBar) {
     __statusBar->setSliceAnnotationAction(&__commands.action("slice.annotate"));
 }
 
+void VRLRootMediator::setPanorama(VRLPanorama& panorama) {
+    __panorama = &panorama;
+}
+
 void VRLRootMediator::initFileMenu(QMenu& menu) {
     __commands.fill(menu, rootCommands().menu("File"));
 }
@@ -249,9 +262,45 @@ void VRLRootMediator::initialize() {
     connect(&sliceMediator, &VRLSliceEditWidgetMediator::sliceRequested, this, &VRLRootMediator::setSlice);
     __commands.fill(*__toolBar, rootCommands().menu("Tool bar: slices"));
     sliceMediator.addMonitor(*__statusBar);
+    initializePanorama();
+    initializeOverview();
     for (int i = 0; i < VRLStackServer::stackServer.getNumStacks(); ++i)
         __stackList->addStack(VRLStackServer::stackServer.getStack(i));
     updateActions();
+}
+
+void VRLRootMediator::initializePanorama() {
+    __panorama->addMonitor(*__statusBar);
+    for (const char* id : {"slice.properties", "slice.annotate", "slice.delete"})
+        __panorama->addContextualMenuAction(&__commands.action(id));
+    connect(__panorama, &VRLPanorama::sliceSelected, this, &VRLRootMediator::setSlice);
+    connect(__panorama, &VRLPanorama::sliceActivated, this, qOverload<StackSlice&>(&VRLRootMediator::showPlainview));
+    connect(__panorama, &VRLPanorama::sliceDeactivated, this, [this] { showPlainview(); });
+    connect(__panorama, &VRLPanorama::selectionChanged, this, [this] {
+        const std::size_t n = __panorama->selectedSlices().size();
+        if (n > 1)
+            __statusBar->setMessage(QString("%1 slices are selected.").arg(n));
+        else
+            __statusBar->setMessage(QString());
+    });
+}
+
+void VRLRootMediator::initializeOverview() {
+    __overview = std::make_unique<VRLOverviewWidget>();
+    __overview->initialize();
+    __overview->setImageServer(__sliceWidget->getImageServer());
+    __overview->hide();
+    connect(__overview.get(), &VRLOverviewWidget::hidden, this,
+            [this] { __commands.action("view.overview").setChecked(false); });
+    connect(__sliceWidget, &VRLImageWidget::viewChanged, __overview.get(), &VRLOverviewWidget::setLocalView);
+    connect(__overview.get(), &VRLOverviewWidget::localViewOriginChanged, __sliceWidget,
+            &VRLRootSliceEditWidget::setViewOrigin);
+    connect(__overview.get(), &VRLOverviewWidget::zoomRequested, this, [this](bool in) {
+        VRLRootSliceEditWidgetMediator& view = __sliceWidget->getMediator();
+        CommandRegistry& commands = view.commands();
+        if (QAction& zoom = commands.action(in ? "zoom.in" : "zoom.out"); zoom.isEnabled())
+            zoom.trigger();
+    });
 }
 
 void VRLRootMediator::updateActions() {
@@ -272,6 +321,7 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
     __stack = &stack;
     __slice = nullptr;
     connect(__stack->history(), &VRLActionHistory::changed, this, &VRLRootMediator::stackHistoryChange);
+    __panorama->setStack(stack);
     __sliceList->setStack(stack);
     __stackList->setSelectedStack(stack);
     if (slice != nullptr) {
@@ -281,6 +331,7 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
         setSlice(stack.getSlice(segmented < 1 ? 0 : segmented));
     } else {
         __sliceWidget->clear();
+        showInOverview();
     }
     updateStatusBarDisplay();
     updateActions();
@@ -297,9 +348,21 @@ void VRLRootMediator::setSlice(StackSlice& slice) {
         __slice = &slice;
         __sliceList->setSelectedSlice(slice);
         __sliceWidget->setSlice(slice);
+        __panorama->setSlice(slice);
+        showInOverview();
         updateStatusBarDisplay();
     }
     updateActions();
+}
+
+/// The current slice, in an overview that is seen; one that is hidden holds no image.
+void VRLRootMediator::showInOverview() {
+    if (__slice == nullptr || __overview->isHidden()) {
+        __overview->clear();
+        return;
+    }
+    __overview->setSlice(*__slice);
+    __overview->setLocalView(__sliceWidget->getCanvas().currentView());
 }
 
 void VRLRootMediator::updateStatusBarDisplay() {
@@ -457,6 +520,27 @@ void VRLRootMediator::runStackModelsDialog() {
     dialog.exec();
 }
 
+void VRLRootMediator::runStackModelExchangeDialog() {
+    VRLModelExchangeDialog dialog(&__window);
+    dialog.exec();
+}
+
+/// What will go is marked in the picture of the slice and in space, until the dialog closes.
+void VRLRootMediator::runModelFilterDialog() {
+    if (__stack == nullptr)
+        return;
+    if (!__panorama->isHidden())
+        showPlainview();
+    FilterSceneMarks inSpace(*__stack);
+    const auto marks = std::make_unique<FilterMarks>(*__sliceWidget);
+    VRLModelFilterDialog dialog(&__window);
+    connect(&dialog, &VRLModelFilterDialog::planChanged, marks.get(), &FilterMarks::setPlan);
+    connect(&dialog, &VRLModelFilterDialog::planChanged, &inSpace, &FilterSceneMarks::setPlan);
+    connect(&dialog, &VRLModelFilterDialog::sliceRequested, this, &VRLRootMediator::setSlice);
+    dialog.setStack(*__stack);
+    dialog.exec();
+}
+
 void VRLRootMediator::insertSlice() {
     withStackIO("Insert slice...", [this](VRLStackIO& io) {
         if (__stack != nullptr && __slice != nullptr)
@@ -478,7 +562,10 @@ void VRLRootMediator::findImages() {
 void VRLRootMediator::deleteSlice() {
     if (__stack == nullptr || __slice == nullptr)
         return;
-    tellRefusal(&__window, deleteSlices(*__stack, {__slice}));
+    std::vector<StackSlice*> slices = {__slice};
+    if (!__panorama->isHidden() && __panorama->selectedSlices().size() > 1)
+        slices = __panorama->selectedSlices();
+    tellRefusal(&__window, deleteSlices(*__stack, slices));
 }
 
 void VRLRootMediator::runStackPropertiesDialog() {
@@ -596,6 +683,35 @@ void VRLRootMediator::renderCurrentStack() {
     });
 }
 
+void VRLRootMediator::showPanorama() {
+    const WaitCursor cursor;
+    __commands.action("view.panorama").setChecked(true);
+    __sliceWidget->hide();
+    __panorama->show();
+    __panorama->setFocus();
+    updateStatusBarDisplay();
+}
+
+void VRLRootMediator::showPlainview() {
+    const WaitCursor cursor;
+    __commands.action("view.slice").setChecked(true);
+    __panorama->hide();
+    __sliceWidget->show();
+    __sliceWidget->setFocus();
+    updateStatusBarDisplay();
+}
+
+void VRLRootMediator::showPlainview(StackSlice& slice) {
+    setSlice(slice);
+    showPlainview();
+}
+
+void VRLRootMediator::showOverview(bool shown) {
+    __commands.action("view.overview").setChecked(shown);
+    __overview->setVisible(shown);
+    showInOverview();
+}
+
 void VRLRootMediator::goTo(int position) {
     if (__stack != nullptr && position >= 0 && position < __stack->getNumSlices())
         setSlice(__stack->getSlice(position));
@@ -632,8 +748,8 @@ void VRLRootMediator::stackSelectionChange() {
         setStack(*stacks[0]);
 }
 
-// The panorama will follow the mode.
-void VRLRootMediator::setCanvasMode(CanvasMode) {
+void VRLRootMediator::setCanvasMode(CanvasMode mode) {
+    __panorama->setCanvasMode(mode);
 }
 
 // What was locked is given back even when its slice is not the current one any more.
@@ -642,6 +758,8 @@ void VRLRootMediator::lockRequest(const bool on) {
     if (slice == nullptr)
         return;
     __lockedSlice = on ? slice : nullptr;
+    if (on && !__panorama->isHidden())
+        showPlainview(); // where the drawing is
     VRLSliceLockEvent event(slice, on);
     notifyEvent(event);
 }
@@ -668,8 +786,10 @@ void VRLRootMediator::clearCurrentStack() {
     disconnect(__stack->history(), nullptr, this, nullptr);
     __sliceList->clear();
     __sliceWidget->clear();
+    __panorama->clear();
     __stack = nullptr;
     __slice = nullptr;
+    showInOverview();
     updateStatusBarDisplay();
 }
 
@@ -723,6 +843,7 @@ void VRLRootMediator::reloadSlices(int position) {
     } else {
         __slice = nullptr;
         __sliceWidget->clear();
+        showInOverview();
         if (__stack->getNumSlices() > 0)
             goTo(std::min(position, __stack->getNumSlices() - 1));
         else

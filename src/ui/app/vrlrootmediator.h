@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include <QObject>
@@ -18,6 +19,8 @@ namespace vorlen {
 class StackSlice;
 class StepWatch;
 class VRLMenu;
+class VRLOverviewWidget;
+class VRLPanorama;
 class VRLRootSliceEditWidget;
 class VRLRootStatusBar;
 class VRLRootWindow;
@@ -43,6 +46,7 @@ public:
     void setToolBar(QToolBar& toolBar);
     void setRootWidget(VRLRootSliceEditWidget& widget);
     void setStatusBar(VRLRootStatusBar& statusBar);
+    void setPanorama(VRLPanorama& panorama);
     void initFileMenu(QMenu& menu);
     void initEditMenu(QMenu& menu);
     void initProcessMenu(QMenu& menu);
@@ -53,6 +57,8 @@ public:
     StackSlice* currentSlice() const { return __slice; }
     /// Whether something is drawn or edited, in this window or in another.
     bool isLocked() const { return __locked; }
+
+    VRLOverviewWidget& overview() { return *__overview; }
 
     /// All commands of the window; their ids stand in rootCommands().
     CommandRegistry& commands() { return __commands; }
@@ -91,8 +97,11 @@ public slots:
     /// Asks first: what was done can't be undone then, also when the file is opened again.
     void clearHistory();
     void runStackModelsDialog();
+    void runStackModelExchangeDialog();
+    void runModelFilterDialog();
     void insertSlice();
     void findImages();
+    /// The slices that are selected in the panorama, while it is shown; else the current one.
     void deleteSlice();
     void runStackPropertiesDialog();
     void runSlicePropertiesDialog();
@@ -106,6 +115,11 @@ public slots:
     /// Lists, for each open stack, how far the points of the model "spotBarycenters" lie from the surface of the model
     /// "cell". Stacks where this cannot be told are named in a message.
     void runOmbrelAction1();
+    /// One of the two takes the place of the other.
+    void showPanorama();
+    void showPlainview();
+    void showPlainview(StackSlice& slice);
+    void showOverview(bool shown);
     void setFirstSlice();
     void setLastSlice();
     void setNextSlice();
@@ -124,6 +138,9 @@ private:
     void bindWindowCommands();
     int numOpenStacks() const;
     bool isAt(int position) const;
+    void initializePanorama();
+    void initializeOverview();
+    void showInOverview();
     void clearCurrentStack();
     void updateStatusBarDisplay();
     void reloadSlices(int position);
@@ -141,6 +158,8 @@ private:
     QToolBar* __toolBar = nullptr;
     VRLRootSliceEditWidget* __sliceWidget = nullptr;
     VRLRootStatusBar* __statusBar = nullptr;
+    VRLPanorama* __panorama = nullptr;
+    std::unique_ptr<VRLOverviewWidget> __overview;
     VRLMenu* __recentFilesMenu = nullptr;
     CommandRegistry __commands{*this};
     bool __locked = false;

@@ -10,6 +10,7 @@ class QToolBar;
 
 namespace vorlen {
 
+class VRLPanorama;
 class VRLRecovery;
 class VRLRootBrowser;
 class VRLRootMediator;
@@ -40,6 +41,7 @@ public:
     VRLRootMediator& mediator() { return *__mediator; }
     VRLRootStatusBar& statusBar() { return *__statusBar; }
     VRLRootSliceEditWidget& sliceWidget() { return *__sliceWidget; }
+    VRLPanorama& panorama() { return *__panorama; }
     VRLRootBrowser& browser() { return *__browser; }
     QToolBar& toolBar() { return *__toolBar; }
 
@@ -77,6 +79,7 @@ private:
 
     QToolBar* __toolBar;
     VRLRootSliceEditWidget* __sliceWidget;
+    VRLPanorama* __panorama;
     VRLRootStatusBar* __statusBar;
     VRLRootBrowser* __browser;
     VRLRootMediator* __mediator;
