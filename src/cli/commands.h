@@ -37,4 +37,10 @@ int densityCommand(const QStringList& arguments);
 /// Writes each stack, with its slices registered on each other, into a directory.
 int registerCommand(const QStringList& arguments);
 
+/// Copies models of one stack into another, which is written anew.
+int transferCommand(const QStringList& arguments);
+
+/// Removes from the models of each stack what lies outside of a reference, and writes it anew.
+int filterCommand(const QStringList& arguments);
+
 } // namespace vorlen

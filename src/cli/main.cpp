@@ -29,6 +29,8 @@ constexpr Command commands[] = {
     {"isosurface", isosurfaceCommand, "the surface of a volume at a level as STL and mesh file"},
     {"render", renderCommand, "a picture of the models in space; needs a display"},
     {"register", registerCommand, "a new stack whose slices are brought onto each other by their images"},
+    {"transfer", transferCommand, "models of one stack copied into another"},
+    {"filter", filterCommand, "models without what lies outside of a reference model"},
     {"normalize", normalizeCommand, "several stacks in one space: registered shapes and their means"},
     {"density", densityCommand, "where the points of several specimens concentrate, as volume and surfaces"},
 };
@@ -47,7 +49,7 @@ void printHelp() {
 bool takesValue(const QString& word) {
     static const QStringList flags = {"--overwrite",    "--models-only", "--invert", "--open",   "--calibrated",
                                       "--no-alignment", "--fix",         "--codes",  "--pixels", "--keep-order",
-                                      "--error",        "--help",        "-h"};
+                                      "--error",        "--world",       "--help",   "-h"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 

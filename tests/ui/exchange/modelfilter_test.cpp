@@ -139,7 +139,7 @@ TEST_F(ModelFilterTest, showsWhatWillGoAndTakesItInOneStep) {
         }
         EXPECT_FALSE(stack->history()->isUndoable()); // so far all was a preview
         button(dialog, "Apply").click();
-        EXPECT_EQ(summary(dialog).find("Done. To be removed"), std::string::npos) << summary(dialog);
+        EXPECT_EQ(summary(dialog).find("Done. To be removed"), 0u) << summary(dialog);
         EXPECT_EQ(numCrosses(), 0);
         ModalScript::click(dialog, "Close");
     });
