@@ -25,7 +25,7 @@ protected:
         folder.write("a.sdf", begin + slice + model("mask", "10,10 40,10 40,40 10,40") + model("in", "12,12 20,12 20,20") +
                                   model("across", "12,12 30,12 60,12 60,30 30,30 12,30") +
                                   model("out", "60,60 70,60 70,70"));
-        folder.write("b.sdf", begin + "PIXELSIZE 2;\n" + slice + model("mask", "1,1 2,1 2,2"));
+        folder.write("b.sdf", begin + "PIXASPECT 1;\nPIXWIDTH 2;\n" + slice + model("mask", "1,1 2,1 2,2"));
     }
 
     static std::string model(const std::string& name, const std::string& vertices) {
