@@ -51,6 +51,7 @@
 #include "ui/scenes/vrlrenderingwindow.h"
 #include "ui/session/vrlconfig.h"
 #include "ui/session/vrlsettings.h"
+#include "ui/slices/contrastdialog.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
@@ -137,6 +138,7 @@ void VRLRootMediator::bindViewCommands() {
     __commands.bind("view.overview", [this] {
         showOverview(__commands.action("view.overview").isChecked());
     }).enableWhen([this] { return __slice != nullptr; });
+    __commands.bind("view.contrast", [this] { showContrast(); }).enableWhen([this] { return __slice != nullptr; });
     __commands.bind("slice.first", [this] { setFirstSlice(); }).enableWhen([this, last] {
         return last() >= 0 && !isAt(0);
     });
@@ -248,9 +250,9 @@ void VRLRootMediator::initAnalyzeMenu(QMenu& menu) {
 void VRLRootMediator::initialize() {
     updateActions();
     __commands.fill(*__toolBar, rootCommands().menu("Tool bar"));
-    auto* slider = new BlackWhiteDoubleSlider(__toolBar);
-    __toolBar->addWidget(slider);
-    __sliceWidget->setBlackWhiteDoubleSlider(*slider);
+    __slider = new BlackWhiteDoubleSlider(__toolBar);
+    __toolBar->addWidget(__slider);
+    __sliceWidget->setBlackWhiteDoubleSlider(*__slider);
     __sliceWidget->setToolBar(*__toolBar);
     __sliceWidget->setStatusBar(__statusBar->getSliceEditWidgetStatusBar());
     __sliceWidget->initialize();
@@ -710,6 +712,16 @@ void VRLRootMediator::showOverview(bool shown) {
     __commands.action("view.overview").setChecked(shown);
     __overview->setVisible(shown);
     showInOverview();
+}
+
+void VRLRootMediator::showContrast() {
+    if (!__contrast) {
+        __contrast = new ContrastDialog(*__sliceWidget, *__slider, &__window);
+        __contrast->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    __contrast->show();
+    __contrast->raise();
+    __contrast->activateWindow();
 }
 
 void VRLRootMediator::goTo(int position) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include <QObject>
+#include <QPointer>
 
 #include "editing/bus/vrleventclient.h"
 #include "ui/commands/commandregistry.h"
@@ -16,6 +17,8 @@ class QToolBar;
 
 namespace vorlen {
 
+class BlackWhiteDoubleSlider;
+class ContrastDialog;
 class StackSlice;
 class StepWatch;
 class VRLMenu;
@@ -120,6 +123,8 @@ public slots:
     void showPlainview();
     void showPlainview(StackSlice& slice);
     void showOverview(bool shown);
+    /// The window with the histogram, which stays open and follows.
+    void showContrast();
     void setFirstSlice();
     void setLastSlice();
     void setNextSlice();
@@ -159,6 +164,8 @@ private:
     VRLRootSliceEditWidget* __sliceWidget = nullptr;
     VRLRootStatusBar* __statusBar = nullptr;
     VRLPanorama* __panorama = nullptr;
+    BlackWhiteDoubleSlider* __slider = nullptr; // the tool bar's
+    QPointer<ContrastDialog> __contrast;        // the window's, while it is open
     std::unique_ptr<VRLOverviewWidget> __overview;
     VRLMenu* __recentFilesMenu = nullptr;
     CommandRegistry __commands{*this};

@@ -141,6 +141,15 @@ void VRLPanorama::stackCloseEvent(VRLStackCloseEvent& event) {
         clear();
 }
 
+// The grey scale may be another one, at which the canvases look when they paint.
+void VRLPanorama::stackModifyEvent(VRLStackModifyEvent& event) {
+    if (event.getStack() != __stack || __stack == nullptr || isHidden())
+        return;
+    for (VRLPanoramaItem* item : __items)
+        if (item != nullptr)
+            item->canvas().update();
+}
+
 void VRLPanorama::stackRegistrationEvent(VRLStackRegistrationEvent& event) {
     refreshAll(event.getStack());
 }

@@ -71,6 +71,7 @@ public:
     void addContextualMenuAction(QAction* action);
 
     void stackCloseEvent(VRLStackCloseEvent& event) override;
+    void stackModifyEvent(VRLStackModifyEvent& event) override;
     void stackRegistrationEvent(VRLStackRegistrationEvent& event) override;
     void stackSliceSpacingEvent(VRLStackSliceSpacingEvent& event) override;
     void stackImageCalibrationEvent(VRLStackImageCalibrationEvent& event) override;
