@@ -166,6 +166,7 @@ std::vector<Case> cases() {
              change.calibration = squarePixels(2);
              change.calibrationSlices = {&slice(s, 3)};
              change.absoluteImagesPath = true;
+             change.greyScale = GreyScale{100, 3000, 4095};
              return changeStack(s, change);
          },
          {"stackName", "stackSliceSpacing", "stackImageCalibration", "sliceImageCalibration", "stackImageCalibration",

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "images/rasters/colormap.h"
 #include "images/rasters/image.h"
 
 namespace vorlen {
@@ -77,9 +78,13 @@ void countValues(const Image& image, GreyHistogram& histogram) {
 
 } // namespace
 
+bool GreyHistogram::isFor(const Image& image) {
+    return image.getData() != nullptr && (!image.isIndexed() || image.getColormap()->isIdentity());
+}
+
 GreyHistogram GreyHistogram::of(const Image& image) {
     GreyHistogram histogram;
-    if (image.getData() == nullptr || image.isIndexed())
+    if (!isFor(image))
         return histogram;
     if (image.isReal() || image.getDepth() == 16)
         countValues(image, histogram);

@@ -14,8 +14,10 @@ class Image;
 struct GreyHistogram {
     static constexpr int numBins = 256;
 
-    /// Nothing is in it for an image without pixels or with indexes.
+    /// Nothing is in it for an image without pixels or without grey values.
     static GreyHistogram of(const Image& image);
+    /// Whether its pixels are values; those of a palette are none, but where each stands for itself.
+    static bool isFor(const Image& image);
 
     bool isEmpty() const { return numSamples == 0; }
     /// The value in the middle of a bin.

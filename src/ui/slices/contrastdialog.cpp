@@ -147,7 +147,7 @@ void ContrastDialog::imageChanged() {
 
 void ContrastDialog::showWindow() {
     const Image* const shown = image();
-    const bool any = shown != nullptr && !shown->isIndexed() && __slider;
+    const bool any = shown != nullptr && GreyHistogram::isFor(*shown) && __slider;
     const bool usable = any && !(__locked && isOfStack());
     for (QWidget* part : std::initializer_list<QWidget*>{__histogram, __black, __white, __automatic, __all})
         part->setEnabled(usable);
