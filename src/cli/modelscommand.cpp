@@ -141,9 +141,9 @@ int filterStack(const CommandLine& line, const std::string& file, FilterMode mod
         return ExitProblems;
     }
     for (const FilterPlan::Share& share : plan.shares)
-        std::cout << share.model->getName() << ": "
-                  << (share.whole ? "goes, with " : "loses ") << share.numItems << " of " << share.model->getNumItems()
-                  << " items as a whole, " << share.numVertices << " vertices in all\n";
+        std::cout << share.model->getName() << ": " << (share.whole ? "goes, with " : "loses ") << share.numItems
+                  << " of " << share.model->getNumItems() << " items as a whole, " << share.numVertices
+                  << " vertices in all\n";
     if (plan.isEmpty()) {
         std::cout << file << ": nothing is to be removed\n" << *name << '\n';
         return std::max(opened.status, write(stack, *name));

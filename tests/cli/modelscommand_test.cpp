@@ -22,9 +22,9 @@ protected:
     ModelsCommandTest() {
         folder.writeImage("i.tif", 100, 80);
         const std::string begin = "FileFormatVersion 1.03;\nSTACK \"s\";\n", slice = "SLICE \"1\" \"i.tif\";\n";
-        folder.write("a.sdf", begin + slice + model("mask", "10,10 40,10 40,40 10,40") + model("in", "12,12 20,12 20,20") +
-                                  model("across", "12,12 30,12 60,12 60,30 30,30 12,30") +
-                                  model("out", "60,60 70,60 70,70"));
+        folder.write("a.sdf",
+                     begin + slice + model("mask", "10,10 40,10 40,40 10,40") + model("in", "12,12 20,12 20,20") +
+                         model("across", "12,12 30,12 60,12 60,30 30,30 12,30") + model("out", "60,60 70,60 70,70"));
         folder.write("b.sdf", begin + "PIXASPECT 1;\nPIXWIDTH 2;\n" + slice + model("mask", "1,1 2,1 2,2"));
     }
 
@@ -82,8 +82,8 @@ TEST_F(ModelsCommandTest, transferCopiesModelsIntoANewStack) {
 
     EXPECT_EQ(run("transfer a.sdf b.sdf -o new --overwrite --model none"), 1);
     EXPECT_NE(output.find("has no model named none"), std::string::npos) << output;
-    EXPECT_EQ(run("transfer a.sdf b.sdf -o new"), 3);         // it is there
-    EXPECT_EQ(run("transfer a.sdf b.sdf --overwrite"), 2);    // not onto itself
+    EXPECT_EQ(run("transfer a.sdf b.sdf -o new"), 3);      // it is there
+    EXPECT_EQ(run("transfer a.sdf b.sdf --overwrite"), 2); // not onto itself
     EXPECT_EQ(run("transfer a.sdf -o new"), 2);
     EXPECT_EQ(run("transfer a.sdf b.sdf -o new --taken eat"), 2);
 }

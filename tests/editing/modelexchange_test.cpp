@@ -138,8 +138,8 @@ TEST_F(ModelExchangeTest, whatDoesNotGoTogetherIsRefusedAndACancelLeavesNoTrace)
 
 TEST_F(ModelExchangeTest, modelsOutsideOfTheReferenceGoAsAWhole) {
     addItem(polygon, *slice, square);
-    addItem(other, *slice, {{20, 20}, {90, 20}, {90, 90}});   // one vertex within
-    addItem(line, stack.getSlice(1), {{20, 20}, {21, 20}});   // no reference on its slice
+    addItem(other, *slice, {{20, 20}, {90, 20}, {90, 90}}); // one vertex within
+    addItem(line, stack.getSlice(1), {{20, 20}, {21, 20}}); // no reference on its slice
     addItem(dots, *slice, {{50, 50}, {60, 60}});
     FilterPlan plan;
     ASSERT_TRUE(planFilter(stack, polygon, {&polygon, &other, &line, &dots}, FilterMode::NonIntersectingModels, plan));
@@ -153,9 +153,8 @@ TEST_F(ModelExchangeTest, modelsOutsideOfTheReferenceGoAsAWhole) {
     expectStep(filter);
     EXPECT_EQ(stack.getNumModels(), 2);
     EXPECT_EQ(stack.getModel(0).getName(), "Polygon");
-    expectRefusal([&] {
-        return filterModels(stack, polygon, {&other}, FilterMode::NonIntersectingModels, progress);
-    }, "All these models intersect the reference: nothing is to be removed");
+    expectRefusal([&] { return filterModels(stack, polygon, {&other}, FilterMode::NonIntersectingModels, progress); },
+                  "All these models intersect the reference: nothing is to be removed");
     expectRefusal([&] { return filterModels(stack, polygon, {&polygon}, FilterMode::PointsOutside, progress); },
                   "There is no model to filter besides the reference");
 }
@@ -185,7 +184,9 @@ TEST_F(ModelExchangeTest, pointsOutsideGoAndWhatIsTooSmallThen) {
     ASSERT_EQ(plan.shares.size(), 3u);
     EXPECT_EQ(plan.shares[2].numItems, 1);
     EXPECT_EQ(plan.shares[2].numVertices, 2);
-    expectStep([&] { return filterModels(stack, polygon, {&other, &line, &dots}, FilterMode::PointsOutside, progress); });
+    expectStep([&] {
+        return filterModels(stack, polygon, {&other, &line, &dots}, FilterMode::PointsOutside, progress);
+    });
     ASSERT_EQ(other.getNumItems(), 1);
     EXPECT_EQ(verticesOf(other.getItem(0)), (Places{{12, 12}, {20, 20}, {55, 55}}));
     ASSERT_EQ(dots.getNumItems(), 1);

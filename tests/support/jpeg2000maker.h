@@ -22,7 +22,8 @@ struct Jpeg2000Maker {
     bool isLuminance = false; // with chrominance at every second pixel
     int pixelsPerMeter = 0;
 
-    void write(const std::string& filename, const std::function<int(int row, int column, int component)>& sample) const {
+    void write(const std::string& filename,
+               const std::function<int(int row, int column, int component)>& sample) const {
         std::vector<opj_image_cmptparm_t> parameters(std::size_t(components), opj_image_cmptparm_t{});
         for (int k = 0; k < components; ++k) {
             opj_image_cmptparm_t& one = parameters[std::size_t(k)];

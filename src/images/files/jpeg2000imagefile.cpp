@@ -226,7 +226,8 @@ private:
         const auto step = std::size_t(page.numSamples);
         for (std::size_t j = 0; j < samples.size(); j += step) {
             const double y = samples[j];
-            const double blue = samples[j + 1] - (isSigned ? 0 : middle), red = samples[j + 2] - (isSigned ? 0 : middle);
+            const double blue = samples[j + 1] - (isSigned ? 0 : middle),
+                         red = samples[j + 2] - (isSigned ? 0 : middle);
             const double rgb[] = {y + 1.402 * red, y - 0.344136 * blue - 0.714136 * red, y + 1.772 * blue};
             for (std::size_t k = 0; k < 3; ++k)
                 samples[j + k] = static_cast<OPJ_INT32>(

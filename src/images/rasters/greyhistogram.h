@@ -7,8 +7,8 @@ namespace vorlen {
 
 class Image;
 
-/// How often the grey values of an image occur: counts in 256 bins of one width, from the least value to the greatest, of
-/// one pixel in so many where there are more than a million. What is no finite number is left out, and counted.
+/// How often the grey values of an image occur: counts in 256 bins of one width, from the least value to the greatest,
+/// of one pixel in so many where there are more than a million. What is no finite number is left out, and counted.
 ///
 /// Images of bytes have a bin for each value. Of colours all samples count; an image of indexes has no grey values.
 struct GreyHistogram {

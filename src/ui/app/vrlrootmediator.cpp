@@ -135,9 +135,8 @@ void VRLRootMediator::bindViewCommands() {
     const auto last = [this] { return __stack == nullptr ? -1 : __stack->getNumSlices() - 1; };
     __commands.bind("view.panorama", [this] { showPanorama(); });
     __commands.bind("view.slice", [this] { showPlainview(); });
-    __commands.bind("view.overview", [this] {
-        showOverview(__commands.action("view.overview").isChecked());
-    }).enableWhen([this] { return __slice != nullptr; });
+    __commands.bind("view.overview", [this] { showOverview(__commands.action("view.overview").isChecked()); })
+        .enableWhen([this] { return __slice != nullptr; });
     __commands.bind("view.contrast", [this] { showContrast(); }).enableWhen([this] { return __slice != nullptr; });
     __commands.bind("slice.first", [this] { setFirstSlice(); }).enableWhen([this, last] {
         return last() >= 0 && !isAt(0);

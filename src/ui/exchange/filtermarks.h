@@ -16,8 +16,8 @@ class VRLSliceWidget;
 class VRLSliceWidgetCanvas;
 class VRLStack;
 
-/// Marks on the picture of a slice what a filter will remove: a cross at each vertex, and the whole outline of what goes
-/// as a whole, in magenta. Lies over the canvas and lets all input through.
+/// Marks on the picture of a slice what a filter will remove: a cross at each vertex, and the whole outline of what
+/// goes as a whole, in magenta. Lies over the canvas and lets all input through.
 class FilterMarks : public QWidget {
     Q_OBJECT
 

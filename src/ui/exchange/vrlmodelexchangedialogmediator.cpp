@@ -101,8 +101,7 @@ bool VRLModelExchangeDialogMediator::compatibleStacks(const VRLStack* a, const V
     if (together)
         return true;
     if (a != b) {
-        const QString kind =
-            a->getNumSlices() != b->getNumSlices() ? "Stack size error:\n\n" : "Image size error.\n\n";
+        const QString kind = a->getNumSlices() != b->getNumSlices() ? "Stack size error:\n\n" : "Image size error.\n\n";
         QMessageBox box(QMessageBox::Warning, appName, kind + QString::fromStdString(together.getReason()),
                         QMessageBox::Ok, &__dialog);
         box.setTextFormat(Qt::PlainText);

@@ -22,11 +22,11 @@ class VRLStackListWidget;
 /// The state of the transfer of models, and what its buttons do.
 ///
 /// In the standard state there is nothing to choose from; two stacks that go together lead to the choice of models, and
-/// a selection in one of the lists enables the button to the other side. Each transfer is one step of the history of the
-/// stack that the models go to.
+/// a selection in one of the lists enables the button to the other side. Each transfer is one step of the history of
+/// the stack that the models go to.
 ///
-/// Decisions: Undo and Redo walk through the transfers of this dialog, whichever stacks they went to, and never touch an
-/// edit from before. When the same pixels of both stacks lie at different places in space, a notice tells so and the
+/// Decisions: Undo and Redo walk through the transfers of this dialog, whichever stacks they went to, and never touch
+/// an edit from before. When the same pixels of both stacks lie at different places in space, a notice tells so and the
 /// choice is between the same pixels and the same place; for stacks that agree there is nothing to choose.
 class VRLModelExchangeDialogMediator : public QObject, public VRLEventClient {
     Q_OBJECT

@@ -13,8 +13,8 @@ class VRLOverviewWidgetMediator;
 /// The whole slice in a small window that stays on top, with a frame around what the editor shows of it.
 ///
 /// The frame can be dragged: localViewOriginChanged() tells where to, and who moves the editor's view tells by
-/// setLocalView() where it came to lie. A wheel over the window asks the editor to zoom. The window is never destroyed by
-/// closing it: it hides, and tells. Whoever made it deletes it.
+/// setLocalView() where it came to lie. A wheel over the window asks the editor to zoom. The window is never destroyed
+/// by closing it: it hides, and tells. Whoever made it deletes it.
 class VRLOverviewWidget : public VRLSliceWidget {
     Q_OBJECT
 

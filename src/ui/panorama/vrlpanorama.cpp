@@ -258,17 +258,16 @@ void VRLPanorama::keyPressEvent(QKeyEvent* event) {
     if (numSlices() == 0)
         return QScrollArea::keyPressEvent(event);
     StackSlice* const current = __current >= 0 ? &__stack->getSlice(__current) : nullptr;
-    if (event->key() == Qt::Key_A && event->modifiers() == Qt::ControlModifier) {
+    if (event->key() == Qt::Key_A && event->modifiers() == Qt::ControlModifier)
         selectAll();
-    } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && current != nullptr) {
+    else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && current != nullptr)
         emit sliceActivated(*current);
-    } else if (event->key() == Qt::Key_Escape && current != nullptr) {
+    else if (event->key() == Qt::Key_Escape && current != nullptr)
         emit sliceDeactivated(*current);
-    } else if (const int target = walkTo(event->key()); target >= 0) {
+    else if (const int target = walkTo(event->key()); target >= 0)
         event->modifiers() & Qt::ShiftModifier ? extendTo(target) : select(target);
-    } else {
+    else
         QScrollArea::keyPressEvent(event);
-    }
 }
 
 void VRLPanorama::contextMenuEvent(QContextMenuEvent* event) {
@@ -354,10 +353,9 @@ VRLPanoramaItem& VRLPanorama::builtItem(int i) {
     } else {
         item = new VRLPanoramaItem(__mainWidget);
         connect(item, &VRLPanoramaItem::selected, this, [this](VRLPanoramaItem& one) { select(indexOf(one)); });
-        connect(item, &VRLPanoramaItem::extended, this,
-                [this](VRLPanoramaItem& one, Qt::KeyboardModifiers modifiers) {
-                    modifiers & Qt::ShiftModifier ? extendTo(indexOf(one)) : toggle(indexOf(one));
-                });
+        connect(item, &VRLPanoramaItem::extended, this, [this](VRLPanoramaItem& one, Qt::KeyboardModifiers modifiers) {
+            modifiers& Qt::ShiftModifier ? extendTo(indexOf(one)) : toggle(indexOf(one));
+        });
         connect(item, &VRLPanoramaItem::activated, this, [this](VRLPanoramaItem& one) {
             select(indexOf(one));
             emit sliceActivated(*one.getSlice());
@@ -444,7 +442,8 @@ void VRLPanorama::resizeMainWidget() {
     const int columns = numColumns();
     const int rows = (n + columns - 1) / columns;
     const QSize size = itemSize();
-    __mainWidget->resize(__spacing + columns * (size.width() + __spacing), __spacing + rows * (size.height() + __spacing));
+    __mainWidget->resize(__spacing + columns * (size.width() + __spacing),
+                         __spacing + rows * (size.height() + __spacing));
 }
 
 void VRLPanorama::placeItems() {

@@ -24,13 +24,13 @@ class VRLStack;
 ///
 /// Nothing is built, and no image read, before the panorama is shown: a stack or slice that is set before waits until
 /// then. Only the places near the part in view have an item, and so an image: a stack of a thousand slices shows its
-/// first screen as fast as a short one, and takes no more. The thumbnails themselves stay with the stack's panorama image
-/// server as far as its room goes, so that those seen before come back at once.
+/// first screen as fast as a short one, and takes no more. The thumbnails themselves stay with the stack's panorama
+/// image server as far as its room goes, so that those seen before come back at once.
 ///
 /// One slice is current, and several can be selected: Ctrl adds and takes away, Shift goes on to a range from the one
-/// chosen last without it. The arrows, Page Up, Page Down, Home and End walk, with Shift to select on the way, and Ctrl+A
-/// selects all. The key L makes the thumbnails smaller, Shift+L larger. Return activates the current slice; Escape
-/// deactivates it.
+/// chosen last without it. The arrows, Page Up, Page Down, Home and End walk, with Shift to select on the way, and
+/// Ctrl+A selects all. The key L makes the thumbnails smaller, Shift+L larger. Return activates the current slice;
+/// Escape deactivates it.
 ///
 /// Starts hidden. Stack and slices are seen, not owned; those that go are forgotten by themselves.
 class VRLPanorama : public QScrollArea, public VRLEventClient, public ProgressSubject {
@@ -136,7 +136,7 @@ private:
     // wait to be one.
     std::vector<VRLPanoramaItem*> __items;
     std::vector<VRLPanoramaItem*> __spareItems;
-    std::vector<bool> __selected;          // one for each slice
+    std::vector<bool> __selected; // one for each slice
     int __current = -1;
     int __anchor = -1; // where a range begins
     int __spacing = 10;

@@ -158,8 +158,9 @@ void ContrastDialog::showWindow() {
     if (isOfStack()) {
         const GreyScale& scale = *stack()->getGreyScale();
         showNumbers(double(scale.low), double(scale.high));
-        __notice->setText(__locked ? "Finish the drawing first." : "For all slices of the stack, and kept with it. Numbers "
-                                                                   "and results stay as they are.");
+        __notice->setText(__locked ? "Finish the drawing first."
+                                   : "For all slices of the stack, and kept with it. Numbers "
+                                     "and results stay as they are.");
     } else {
         showNumbers(double(__slider->getBlack()) * white, double(__slider->getWhite()) * white);
         __notice->setText("For this window; images of bytes are kept as they are.");

@@ -18,8 +18,8 @@ class Image;
 class VRLSliceWidget;
 class VRLStack;
 
-/// The contrast of a slice view: a histogram of the slice's image, and the values that are shown as black and as white, to
-/// be dragged, typed or found.
+/// The contrast of a slice view: a histogram of the slice's image, and the values that are shown as black and as white,
+/// to be dragged, typed or found.
 ///
 /// For images beyond bytes these are the window of the stack: alike on all slices, kept with the stack, changed in one
 /// step of the history when a drag ends. No number of an image changes, and no result. For images of bytes they are the

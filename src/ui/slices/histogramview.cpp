@@ -43,8 +43,7 @@ void HistogramView::paintEvent(QPaintEvent*) {
     const int bottom = height() - 12;
     const std::size_t most = *std::max_element(__histogram.counts.begin(), __histogram.counts.end());
     const double scale = most > 0 ? (bottom - 4) / std::log1p(double(most)) : 0;
-    const double binWidth =
-        (double(__histogram.greatest) - double(__histogram.least)) / GreyHistogram::numBins;
+    const double binWidth = (double(__histogram.greatest) - double(__histogram.least)) / GreyHistogram::numBins;
     for (int bin = 0; bin < GreyHistogram::numBins; ++bin) {
         const int bar = int(std::lround(scale * std::log1p(double(__histogram.counts[std::size_t(bin)]))));
         const double value = double(__histogram.valueOf(bin));

@@ -6,8 +6,8 @@
 
 namespace vorlen {
 
-/// A histogram with two lines to be dragged: the values that are shown as black and as white. Bars stand on a logarithmic
-/// scale, so that rare values are seen beside a large ground.
+/// A histogram with two lines to be dragged: the values that are shown as black and as white. Bars stand on a
+/// logarithmic scale, so that rare values are seen beside a large ground.
 ///
 /// What is shown reaches from the least value to the greatest, and to black and white where they lie beyond.
 class HistogramView : public QWidget {

@@ -84,9 +84,7 @@ protected:
         process.setFocus();
         QTest::keyClick(&process, Qt::Key_A, Qt::ControlModifier);
     }
-    static std::string summary(QWidget& dialog) {
-        return control<QLabel>(dialog, "Summary").text().toStdString();
-    }
+    static std::string summary(QWidget& dialog) { return control<QLabel>(dialog, "Summary").text().toStdString(); }
     int numCrosses() {
         QCoreApplication::processEvents();
         auto* const marks = window->sliceWidget().getCanvas().findChild<FilterMarks*>();

@@ -62,7 +62,9 @@ protected:
     }
 
     bool hasImage(int i) const { return panorama.item(i) != nullptr && panorama.item(i)->canvas().hasImage(); }
-    bool waitForImage(int i) const { return QTest::qWaitFor([&] { return hasImage(i); }, 20000); }
+    bool waitForImage(int i) const {
+        return QTest::qWaitFor([&] { return hasImage(i); }, 20000);
+    }
 
     int current() const {
         for (int i = 0; i < panorama.getNumItems(); ++i)
