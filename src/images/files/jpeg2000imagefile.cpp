@@ -90,16 +90,44 @@ void walk(const Bytes& bytes, std::size_t from, std::size_t to, Boxes& boxes) {
     }
 }
 
-/// The boxes of the file's header; those of a bare codestream, of which there are none.
-Boxes boxesOf(const std::string& filename) {
+/// Refuses a codestream with more tiles than its file can hold, for all of which OpenJPEG would make room at the header:
+/// a tile takes 14 bytes at the least.
+void requireBelievableTiles(std::istream& codestream, const std::string& filename) {
+    Bytes size(42);
+    codestream.read(reinterpret_cast<char*>(size.data()), std::streamsize(size.size()));
+    if (!codestream || number(size, 0, 4) != 0xff4fff51)
+        throw FileReadError(place, "Cannot read JPEG 2000 (no codestream)", filename);
+    std::uint64_t tiles = 1;
+    for (const std::size_t axis : {std::size_t(0), std::size_t(4)}) {
+        const std::uint64_t to = number(size, 8 + axis, 4), origin = number(size, 32 + axis, 4);
+        const std::uint64_t step = std::max<std::uint64_t>(number(size, 24 + axis, 4), 1);
+        tiles *= to > origin ? (to - origin + step - 1) / step : 1;
+    }
+    const std::uint64_t components = number(size, 40, 2), length = lengthOfFile(filename);
+    if (tiles > 0xffff || 14 * tiles > length || (tiles * components > 0xffff && 16 * tiles * components > length))
+        throw FileFormatError(place, "Cannot read JPEG 2000: it has more tiles than its length can hold", filename);
+}
+
+/// The boxes of the file's header; those of a bare codestream, of which there are none. Looks at the codestream too.
+Boxes boxesOf(const std::string& filename, bool bare) {
     Boxes boxes;
     std::ifstream file(filename, std::ios::binary);
+    if (bare) {
+        requireBelievableTiles(file, filename);
+        return boxes;
+    }
     Bytes head(8);
     constexpr std::size_t longestHeader = std::size_t(1) << 20;
     while (file.read(reinterpret_cast<char*>(head.data()), 8)) {
         const std::size_t length = number(head, 0, 4);
         const std::string type(reinterpret_cast<const char*>(&head[4]), 4);
-        if (length < 8 || type == "jp2c")
+        if (type == "jp2c") {
+            if (length == 1)
+                file.seekg(8, std::ios::cur); // its length, in 64 bits
+            requireBelievableTiles(file, filename);
+            return boxes;
+        }
+        if (length < 8)
             break;
         if (type != "jp2h") {
             file.seekg(static_cast<std::streamoff>(length - 8), std::ios::cur);
@@ -109,18 +137,19 @@ Boxes boxesOf(const std::string& filename) {
         file.read(reinterpret_cast<char*>(content.data()), static_cast<std::streamsize>(content.size()));
         content.resize(static_cast<std::size_t>(file.gcount()));
         walk(content, 0, content.size(), boxes);
-        break;
+        file.seekg(static_cast<std::streamoff>(length - 8 - content.size()), std::ios::cur);
     }
-    return boxes;
+    throw FileReadError(place, "Cannot read JPEG 2000 (no codestream)", filename);
 }
 
 /// OpenJPEG at work on a file.
 class Jpeg2000Decoder {
 public:
-    explicit Jpeg2000Decoder(const std::string& filename) : __filename(filename), __boxes(boxesOf(filename)) {
+    explicit Jpeg2000Decoder(const std::string& filename) : __filename(filename) {
         char magic[4] = {};
         std::ifstream(filename, std::ios::binary).read(magic, 4);
         const bool bare = std::memcmp(magic, "\xff\x4f\xff\x51", 4) == 0;
+        __boxes = boxesOf(filename, bare);
         __stream.reset(opj_stream_create_default_file_stream(filename.c_str(), OPJ_TRUE));
         __codec.reset(opj_create_decompress(bare ? OPJ_CODEC_J2K : OPJ_CODEC_JP2));
         if (!__stream || !__codec)
