@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 
 #include <QDoubleSpinBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
@@ -28,7 +30,7 @@ namespace vorlen {
 
 namespace {
 
-constexpr double white = 255; // of a byte
+constexpr double whiteByte = 255;
 
 QDoubleSpinBox* newValueBox(const QString& name, QWidget* parent) {
     auto* const box = new QDoubleSpinBox(parent);
@@ -146,6 +148,8 @@ void ContrastDialog::imageChanged() {
 }
 
 void ContrastDialog::showWindow() {
+    if (__previewing)
+        return;
     const Image* const shown = image();
     const bool any = shown != nullptr && GreyHistogram::isFor(*shown) && __slider;
     const bool usable = any && !(__locked && isOfStack());
@@ -162,7 +166,7 @@ void ContrastDialog::showWindow() {
                                    : "For all slices of the stack, and kept with it. Numbers "
                                      "and results stay as they are.");
     } else {
-        showNumbers(double(__slider->getBlack()) * white, double(__slider->getWhite()) * white);
+        showNumbers(double(__slider->getBlack()) * whiteByte, double(__slider->getWhite()) * whiteByte);
         __notice->setText("For this window; images of bytes are kept as they are.");
     }
 }
@@ -175,13 +179,14 @@ void ContrastDialog::showNumbers(double black, double white) {
 }
 
 void ContrastDialog::preview(double black, double white) {
+    const QScopedValueRollback previewing(__previewing, true); // the slider tells of itself
     const QSignalBlocker first(__black), second(__white);
     __black->setValue(black);
     __white->setValue(white);
     if (!__widget || !__slider)
         return;
     if (!isOfStack()) {
-        __slider->setValues(float(black / vorlen::white), float(white / vorlen::white));
+        __slider->setValues(float(black / whiteByte), float(white / whiteByte));
         return;
     }
     if (__slider->getBlack() != 0 || __slider->getWhite() != 1)
@@ -245,7 +250,7 @@ void ContrastDialog::takeAll() {
     if (isOfStack())
         setWindow(double(histogram.least), std::max(double(histogram.greatest), double(histogram.least) + 1e-6));
     else
-        setWindow(0, vorlen::white);
+        setWindow(0, whiteByte);
 }
 
 } // namespace vorlen

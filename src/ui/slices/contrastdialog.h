@@ -59,6 +59,7 @@ private:
     QPushButton* __all;
     QLabel* __notice;
     bool __locked = false;
+    bool __previewing = false;
 };
 
 } // namespace vorlen
