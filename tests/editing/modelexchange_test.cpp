@@ -12,7 +12,7 @@ namespace {
 
 using Places = std::vector<std::pair<int, int>>;
 
-const Places square = {{10, 10}, {30, 10}, {30, 30}, {10, 30}};
+const Places box = {{10, 10}, {30, 10}, {30, 30}, {10, 30}};
 
 /// The stack of operations gets three slices, and another one of as many stands beside it.
 class ModelExchangeTest : public OperationTest {
@@ -26,7 +26,7 @@ protected:
         image.setFilename(folder.file("image0.tif"));
         source.getSlice(0).setImageSource(image);
         cortex.getProperties().setSurfaceColor(12, 34, 56);
-        addItem(cortex, source.getSlice(0), square);
+        addItem(cortex, source.getSlice(0), box);
         addItem(cortex, source.getSlice(2), {{1, 2}, {3, 4}, {1, 4}});
     }
 
@@ -62,7 +62,7 @@ TEST_F(ModelExchangeTest, modelsGoToTheSlicesOfTheSameNumberInOneStep) {
     EXPECT_EQ(stack.getModel(4).getProperties().getSurfaceColor(0), cortex.getProperties().getSurfaceColor(0));
     // The copies share nothing with the source.
     stack.getModel(4).getItem(0).moveVertex(0, point(7, 7));
-    EXPECT_EQ(coordinates(cortex.getItem(0).getVertices()), square);
+    EXPECT_EQ(coordinates(cortex.getItem(0).getVertices()), box);
 }
 
 TEST_F(ModelExchangeTest, aNameThatIsTakenIsReplacedDuplicatedAppendedToOrLeftOut) {
@@ -137,7 +137,7 @@ TEST_F(ModelExchangeTest, whatDoesNotGoTogetherIsRefusedAndACancelLeavesNoTrace)
 }
 
 TEST_F(ModelExchangeTest, modelsOutsideOfTheReferenceGoAsAWhole) {
-    addItem(polygon, *slice, square);
+    addItem(polygon, *slice, box);
     addItem(other, *slice, {{20, 20}, {90, 20}, {90, 90}}); // one vertex within
     addItem(line, stack.getSlice(1), {{20, 20}, {21, 20}}); // no reference on its slice
     addItem(dots, *slice, {{50, 50}, {60, 60}});
@@ -160,7 +160,7 @@ TEST_F(ModelExchangeTest, modelsOutsideOfTheReferenceGoAsAWhole) {
 }
 
 TEST_F(ModelExchangeTest, pointsOutsideGoAndWhatIsTooSmallThen) {
-    addItem(polygon, *slice, square);
+    addItem(polygon, *slice, box);
     addItem(polygon, *slice, {{50, 50}, {60, 50}, {60, 60}, {50, 60}});
     ModelItem& five = addItem(other, *slice, {{12, 12}, {20, 12}, {80, 12}, {80, 20}, {80, 30}}); // two within
     ModelItem& bridge = addItem(other, *slice, {{12, 12}, {20, 20}, {55, 55}, {40, 40}});         // in both outlines

@@ -194,9 +194,9 @@ TEST_F(ModelExchangeDialogTest, asksForEachNameThatIsTakenOrOnceForAll) {
     ASSERT_EQ(b.getModel(1).getNumItems(), 2);
     {
         ModalScript script;
-        script.then([](QWidget& dialog) {
-            dialog.findChild<QCheckBox*>()->setChecked(true);
-            ModalScript::click(dialog, "Replace");
+        script.then([](QWidget& asked) {
+            asked.findChild<QCheckBox*>()->setChecked(true);
+            ModalScript::click(asked, "Replace");
         });
         pushed(">").click();
     }
