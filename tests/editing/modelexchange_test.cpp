@@ -25,7 +25,7 @@ protected:
         ImageSourceFile image;
         image.setFilename(folder.file("image0.tif"));
         source.getSlice(0).setImageSource(image);
-        cortex.getProperties().setSurfaceColor(12, 34, 56);
+        cortex.getItemProperties().setColor(12, 34, 56);
         addItem(cortex, source.getSlice(0), box);
         addItem(cortex, source.getSlice(2), {{1, 2}, {3, 4}, {1, 4}});
     }
@@ -59,7 +59,7 @@ TEST_F(ModelExchangeTest, modelsGoToTheSlicesOfTheSameNumberInOneStep) {
     expectStep([&] { return transfer({{"Cortex"}}); });
     ASSERT_EQ(stack.getNumModels(), 5);
     EXPECT_EQ(described(stack, 4), copied);
-    EXPECT_EQ(stack.getModel(4).getProperties().getSurfaceColor(0), cortex.getProperties().getSurfaceColor(0));
+    EXPECT_EQ(stack.getModel(4).getItemProperties().getColor(), cortex.getItemProperties().getColor());
     // The copies share nothing with the source.
     stack.getModel(4).getItem(0).moveVertex(0, point(7, 7));
     EXPECT_EQ(coordinates(cortex.getItem(0).getVertices()), box);
@@ -119,6 +119,7 @@ TEST_F(ModelExchangeTest, whatDoesNotGoTogetherIsRefusedAndACancelLeavesNoTrace)
     class Canceller : public ProgressMonitor {
     public:
         explicit Canceller(ProgressSubject& subject) : __subject(subject) {}
+        using ProgressMonitor::subjectProgressed;
         void subjectProgressed(unsigned int current, unsigned int) override {
             if (current == 3)
                 __subject.cancel();

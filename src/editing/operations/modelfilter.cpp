@@ -12,6 +12,7 @@
 #include "editing/actions/vrlselectionaction.h"
 #include "editing/bus/vrleventbatch.h"
 #include "editing/operations/onestep.h"
+#include "editing/operations/orderedstep.h"
 #include "progress/progresssubject.h"
 #include "shapes/curve.h"
 
@@ -103,7 +104,7 @@ void countShares(const std::vector<Model*>& models, FilterPlan& plan) {
             }
 }
 
-void removeVertices(EditStep& step, const FilterPlan::Loss& loss) {
+void removeVertices(OrderedStep& step, const FilterPlan::Loss& loss) {
     auto selection = std::make_unique<VRLSelectionAction>(*loss.item);
     selection->setSelection(loss.vertices);
     if (!selection->isNull())
@@ -169,7 +170,8 @@ Outcome filterModels(VRLStack& stack, const Model& reference, const std::vector<
     try {
         Outcome outcome = Outcome::done();
         inEventBatch([&] {
-            outcome = inOneStep(stack, nothing, [&](EditStep& step) {
+            outcome = inOneStep(stack, nothing, [&](EditStep& whole) {
+                OrderedStep step(whole, "Filter models");
                 for (std::size_t i = 0; i < total; ++i) {
                     if (progress.isCanceled())
                         throw Cancelled();

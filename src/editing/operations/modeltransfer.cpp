@@ -9,10 +9,12 @@
 
 #include "document/model.h"
 #include "document/stackslice.h"
+#include "editing/actions/vrlitemcreationaction.h"
 #include "editing/actions/vrlmodelcreationaction.h"
 #include "editing/actions/vrlmodeldeletionaction.h"
 #include "editing/bus/vrleventbatch.h"
 #include "editing/operations/onestep.h"
+#include "editing/operations/orderedstep.h"
 #include "progress/progresssubject.h"
 #include "reconstruction/stackreconstruction.h"
 
@@ -93,7 +95,7 @@ std::unique_ptr<Model> emptyCopy(const Model& model, const std::string& name) {
 }
 
 /// The model of the target that the items go into, made where it has to be.
-Model* preparedModel(EditStep& step, VRLStack& target, const Copy& copy) {
+Model* preparedModel(OrderedStep& step, VRLStack& target, const Copy& copy) {
     const std::string& name = copy.model->getName();
     const int present = target.findModel(name);
     if (present >= 0 && copy.action == TransferAction::Append)
@@ -201,7 +203,8 @@ Outcome transferModels(VRLStack& target, const Stack& source, const std::vector<
     try {
         Outcome outcome = Outcome::done();
         inEventBatch([&] {
-            outcome = inOneStep(target, "There is no model to transfer", [&](EditStep& step) {
+            outcome = inOneStep(target, "There is no model to transfer", [&](EditStep& whole) {
+                OrderedStep step(whole, "Transfer models");
                 for (const Copy& copy : copies) {
                     Model* const model = preparedModel(step, target, copy);
                     for (const auto& [item, vertices] : copy.items) {
@@ -212,7 +215,9 @@ Outcome transferModels(VRLStack& target, const Stack& source, const std::vector<
                         made->setSlice(&target.getSlice(source.findSlice(*item->getSlice())));
                         made->setProperties(item->getProperties());
                         made->setVertices(vertices);
-                        applyCreation(step, std::move(made));
+                        auto creation = std::make_unique<VRLItemCreationAction>(*made);
+                        (void)made.release(); // the document's, or the action's, from here on
+                        step.apply(std::move(creation));
                         progress.notifyProgressed(++done, total);
                     }
                 }

@@ -45,6 +45,7 @@ VRLModelExchangeDialog::VRLModelExchangeDialog(QWidget* parent) : QDialog(parent
     toLeft->setAccessibleName("Copy to the left");
     auto* const notice = new QLabel(this);
     notice->setWordWrap(true);
+    notice->setTextFormat(Qt::RichText); // of fixed words
     notice->setAccessibleName("Notice");
     auto* const world = new QCheckBox("Keep the place in space (world coordinates)", this);
     world->setToolTip("Contours are moved to where they lie in space, as registrations and pixel sizes of both stacks "

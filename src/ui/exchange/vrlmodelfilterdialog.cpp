@@ -41,6 +41,9 @@ VRLModelFilterDialog::VRLModelFilterDialog(QWidget* parent) : QDialog(parent) {
     setWindowModality(Qt::WindowModal);
     auto* const referenceLabel = new QLabel("<b>Reference model:</b>", this);
     auto* const processLabel = new QLabel("<b>Models to process:</b>", this);
+    auto* const removeLabel = new QLabel("<b>Remove:</b>", this);
+    for (QLabel* label : {referenceLabel, processLabel, removeLabel})
+        label->setTextFormat(Qt::RichText);
     auto* const reference = new VRLModelListWidget(this);
     reference->setSelectionMode(QAbstractItemView::SingleSelection);
     reference->setAccessibleName("Reference model");
@@ -50,7 +53,7 @@ VRLModelFilterDialog::VRLModelFilterDialog(QWidget* parent) : QDialog(parent) {
     auto* const group = new QGroupBox(this);
     auto* const modes = new QButtonGroup(this);
     auto* const groupLayout = new QVBoxLayout(group);
-    groupLayout->addWidget(new QLabel("<b>Remove:</b>", group));
+    groupLayout->addWidget(removeLabel);
     const QString texts[] = {"Models not intersecting the reference", "Points not included in the reference"};
     for (const int id : {0, 1}) {
         auto* const choice = new QRadioButton(texts[id], group);
