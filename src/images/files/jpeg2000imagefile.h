@@ -6,14 +6,12 @@
 
 namespace vorlen {
 
-/// JPEG 2000 files by OpenJPEG: JP2 with its boxes, and bare codestreams; grey, colours, luminance with chrominance
-/// (also where that has fewer samples), palettes, channels of their own, of 1 to 31 bits, unsigned and signed.
+/// JPEG 2000 by OpenJPEG: JP2 files and bare codestreams, of 1 to 31 bits, signed or not, grey or in colour.
 ///
-/// The size of a pixel is that of the capture, where the file tells it. Opacity is known by the box of channels.
-/// Colours are taken as sRGB, whatever a profile says; inks and L*a*b* are refused. All samples of a component need one
-/// depth.
-///
-/// A picture is decoded as a whole, with 4 bytes for each of its samples at a time, by as many as 4 threads.
+/// Brightness and colour differences become red, green, blue, inks too; palettes, which no microscope writes, are
+/// refused. Components at a lower resolution are repeated. The size of a pixel comes from the box of the resolution at
+/// which the picture was taken, else from that at which it is to be shown. Profiles are left out. A picture is decoded
+/// as a whole, which takes four bytes for each sample; one that ends early is refused, not filled up.
 class Jpeg2000ImageFile : public ImageFile {
 public:
     explicit Jpeg2000ImageFile(const std::string& filename) : ImageFile(filename) {}
