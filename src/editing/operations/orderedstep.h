@@ -9,9 +9,9 @@
 
 namespace vorlen {
 
-/// A step whose actions depend on each other and are made one after the other: the next one may look at what the last has
-/// done. They are reverted last to first, which the actions of a plain step are not. The description is what the history
-/// calls it.
+/// A step whose actions depend on each other and are made one after the other: the next one may look at what the last
+/// has done. They are reverted last to first, which the actions of a plain step are not. The description is what the
+/// history calls it.
 class OrderedStep {
 public:
     OrderedStep(EditStep& step, const QString& description) : __step(step) {
