@@ -1,16 +1,20 @@
 #include "ui/app/vrlrootmediator.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QDockWidget>
 #include <QFile>
 #include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QTextEdit>
 #include <QToolBar>
 
@@ -18,25 +22,31 @@
 #include "document/stackslice.h"
 #include "editing/actions/vrldrawingdiscardaction.h"
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
+#include "editing/bus/vrlmodelevent.h"
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
 #include "editing/history/stepwatch.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/operations/lostimages.h"
+#include "editing/operations/modelsections.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "numerics/exception.h"
 #include "reconstruction/spotdistances.h"
 #include "ui/analysis/vrlanalysiswindow.h"
+#include "ui/app/historypanel.h"
 #include "ui/app/rootcommands.h"
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/exchange/filtermarks.h"
 #include "ui/exchange/vrlmodelexchangedialog.h"
 #include "ui/exchange/vrlmodelfilterdialog.h"
+#include "ui/app/workspace.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
+#include "ui/models/modelpanel.h"
+#include "ui/models/modelviews.h"
 #include "ui/models/refusal.h"
 #include "ui/models/vrlmodeldialog.h"
 #include "ui/models/vrlpreferencesdialog.h"
@@ -57,6 +67,7 @@
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/waitcursor.h"
 
@@ -74,6 +85,7 @@ VRLRootMediator::VRLRootMediator(VRLRootWindow& window) : QObject(&window), __wi
     bindProcessCommands();
     bindViewCommands();
     bindWindowCommands();
+    bindWorkspaceCommands();
 }
 
 void VRLRootMediator::bindFileCommands() {
@@ -195,7 +207,9 @@ void VRLRootMediator::guarded(const QString& task, const std::function<void()>& 
         failure = error.what();
     }
     if (!failure.isEmpty())
-        QMessageBox::warning(&__window, appName, "\"" + task + "\" could not be carried out:\n" + failure);
+        PlainMessageBox(QMessageBox::Warning, appName, "\"" + task + "\" could not be carried out:\n" + failure,
+                        QMessageBox::Ok, &__window)
+            .exec();
     updateActions();
 }
 
@@ -304,6 +318,128 @@ void VRLRootMediator::initializeOverview() {
     });
 }
 
+void VRLRootMediator::setWorkspace(Workspace& workspace) {
+    __workspace = &workspace;
+    VRLRootSliceEditWidgetMediator& editor = __sliceWidget->getMediator();
+    const auto tools = editor.getToolActions();
+    workspace.tools().addActions(tools);
+    workspace.tools().addSeparator();
+    for (const char* command : {"edit.points", "edit.snake", "edit.split", "edit.join"})
+        workspace.tools().addAction(&editor.getCommand(command));
+    connect(&workspace, &Workspace::openRequested, &__commands.action("stack.open"), &QAction::trigger);
+    connect(&workspace, &Workspace::newRequested, &__commands.action("stack.new"), &QAction::trigger);
+    connect(&workspace.models(), &ModelPanel::propertiesRequested, this, &VRLRootMediator::runStackModelsDialog);
+    connect(&workspace.models(), &ModelPanel::sliceRequested, this, &VRLRootMediator::setSlice);
+    connect(&workspace.history(), &HistoryPanel::goRequested, this, &VRLRootMediator::goInHistory);
+    // Letters are for the canvas: lists beside it are searched by typing.
+    for (const char* id : {"slice.flip", "slice.nextLacking", "view.ghosts"}) {
+        QAction& action = __commands.action(id);
+        action.setShortcutContext(Qt::WidgetShortcut);
+        editor.getCanvas().addAction(&action);
+    }
+    for (const auto& [id, dock] : {std::make_pair("show.models", &workspace.modelDock()),
+                                   std::make_pair("show.history", &workspace.historyDock())}) {
+        QAction& action = __commands.action(id);
+        connect(dock, &QDockWidget::visibilityChanged, &action,
+                [&action, dock = dock] { action.setChecked(!dock->isHidden()); });
+        action.setChecked(!dock->isHidden());
+    }
+    connect(&editor.modelViews(), &ModelViews::currentChanged, this, [this] {
+        for (const char* id : {"model.rename", "model.colour", "slice.nextLacking"})
+            __commands.update(id);
+    });
+    showScaleBar(QSettings().value("rootWindow/scaleBar", true).toBool());
+    updateWorkspace();
+}
+
+/// Tells the parts of the workspace which stack and slice are current.
+void VRLRootMediator::updateWorkspace() {
+    if (__workspace == nullptr)
+        return;
+    ModelViews& views = __sliceWidget->getMediator().modelViews();
+    if (views.getStack() != __stack || __stack == nullptr) {
+        views.setStack(__stack);
+        __workspace->setStack(__stack);
+    }
+    __workspace->models().setSlice(__slice);
+    __workspace->updateFirstSteps();
+}
+
+void VRLRootMediator::bindWorkspaceCommands() {
+    const auto stack = [this] { return __stack != nullptr; };
+    const auto model = [this] {
+        return __stack != nullptr && __sliceWidget->getMediator().modelViews().getCurrent() != nullptr;
+    };
+    const auto toggle = [this](QDockWidget& (Workspace::*dock)()) {
+        QDockWidget& shown = (__workspace->*dock)();
+        shown.setVisible(shown.isHidden());
+        if (!shown.isHidden())
+            shown.raise();
+    };
+    __commands.bind("show.models", [toggle] { toggle(&Workspace::modelDock); });
+    __commands.bind("show.history", [toggle] { toggle(&Workspace::historyDock); });
+    __commands
+        .bind("model.new",
+              [this] {
+                  __workspace->modelDock().show();
+                  __workspace->modelDock().raise();
+                  __workspace->models().createModel();
+              })
+        .enableWhen(stack);
+    __commands.bind("model.rename", [this] { __workspace->models().renameCurrent(); }).enableWhen(model);
+    __commands.bind("model.colour", [this] { __workspace->models().recolourCurrent(); }).enableWhen(model);
+    __commands.bind("slice.flip", [this] { flipSlices(); }).enableWhen([this] { return __slicePaired != nullptr; });
+    __commands.bind("slice.nextLacking", [this] { setNextLackingSlice(); }).enableWhen(model);
+    __commands.bind("view.scaleBar", [this] { showScaleBar(!__sliceWidget->getCanvas().isScaleBarShown()); });
+    __commands.bind("view.ghosts", [this] {
+        VRLRootSliceEditWidgetMediator& editor = __sliceWidget->getMediator();
+        editor.setGhostsShown(!editor.areGhostsShown());
+        __commands.action("view.ghosts").setChecked(editor.areGhostsShown());
+    });
+}
+
+void VRLRootMediator::showScaleBar(bool shown) {
+    __sliceWidget->getCanvas().setScaleBarShown(shown);
+    __commands.action("view.scaleBar").setChecked(shown);
+    QSettings().setValue("rootWindow/scaleBar", shown);
+}
+
+void VRLRootMediator::flipSlices() {
+    if (__slicePaired != nullptr && __stack != nullptr && __stack->findSlice(*__slicePaired) >= 0)
+        setSlice(*__slicePaired);
+}
+
+void VRLRootMediator::setNextLackingSlice() {
+    const Model* const model = __sliceWidget->getMediator().modelViews().getCurrent();
+    if (__stack == nullptr || model == nullptr)
+        return;
+    const int rank = __slice != nullptr ? __stack->findSlice(*__slice) : -1;
+    const int next = nextLacking(*__stack, *model, rank);
+    if (next >= 0)
+        goTo(next);
+    else
+        __statusBar->setMessage(
+            QString("No slice lacks \"%1\" between others.").arg(QString::fromStdString(model->getName())));
+}
+
+void VRLRootMediator::goInHistory(int numSteps) {
+    guarded("History", [this, numSteps] {
+        for (int i = 0; i < std::abs(numSteps) && __stack != nullptr && !__locked; ++i)
+            numSteps > 0 ? undo() : redo();
+    });
+}
+
+void VRLRootMediator::modelCreateEvent(VRLModelCreateEvent&) {
+    if (__workspace != nullptr)
+        __workspace->updateFirstSteps();
+}
+
+// The model is still in its stack.
+void VRLRootMediator::modelDeleteEvent(VRLModelDeleteEvent&) {
+    QMetaObject::invokeMethod(
+        this, [this] { updateWorkspace(); }, Qt::QueuedConnection);
+}
+
 void VRLRootMediator::updateActions() {
     if (__locked)
         return;
@@ -321,6 +457,7 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
         disconnect(__stack->history(), nullptr, this, nullptr);
     __stack = &stack;
     __slice = nullptr;
+    __slicePaired = nullptr;
     connect(__stack->history(), &VRLActionHistory::changed, this, &VRLRootMediator::stackHistoryChange);
     __panorama->setStack(stack);
     __sliceList->setStack(stack);
@@ -335,6 +472,7 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
         showInOverview();
     }
     updateStatusBarDisplay();
+    updateWorkspace();
     updateActions();
 }
 
@@ -346,8 +484,10 @@ void VRLRootMediator::setSlice(StackSlice& slice) {
     }
     if (&slice != __slice) {
         const WaitCursor cursor;
+        __slicePaired = __slice;
         __slice = &slice;
         __sliceList->setSelectedSlice(slice);
+        updateWorkspace();
         __sliceWidget->setSlice(slice);
         __panorama->setSlice(slice);
         showInOverview();
@@ -383,7 +523,7 @@ void VRLRootMediator::stackHistoryChange() {
     const auto describe = [this](const char* id, const QString& text, const QString& step) {
         __commands.update(id);
         __commands.update("edit.clearHistory");
-        __commands.action(id).setToolTip(step.isEmpty() ? text : text + ' ' + step);
+        __commands.action(id).setToolTip(plainTip(step.isEmpty() ? text : text + ' ' + step));
     };
     describe("edit.undo", "Undo", history == nullptr ? QString() : history->getUndoDescription(false));
     describe("edit.redo", "Redo", history == nullptr ? QString() : history->getRedoDescription(false));
@@ -394,8 +534,10 @@ void VRLRootMediator::withStackIO(const QString& task, const std::function<VRLSt
     guarded(task, [this, &command] {
         VRLStackIO io(&__window);
         io.addMonitor(*__statusBar);
-        if (VRLStack* stack = command(io))
+        if (VRLStack* stack = command(io)) {
             setStack(*stack);
+            __sliceWidget->getCanvas().setFocus(); // the keys lead through the slices at once
+        }
         if (!io.getNotice().isEmpty())
             __statusBar->setMessage(io.getNotice());
     });
@@ -415,6 +557,10 @@ void VRLRootMediator::openStack() {
 
 void VRLRootMediator::openStack(const QString& file) {
     withStackIO("Open stack", [&file](VRLStackIO& io) { return io.openStack(QFile::encodeName(file).toStdString()); });
+}
+
+void VRLRootMediator::openDropped(const QStringList& paths) {
+    withStackIO("Open stack", [&paths](VRLStackIO& io) { return io.openDropped(paths); });
 }
 
 void VRLRootMediator::updateRecentFilesMenu() {
@@ -497,12 +643,13 @@ void VRLRootMediator::showStep(const QString& verb, const QString& what, const S
 void VRLRootMediator::clearHistory() {
     if (__stack == nullptr)
         return;
-    QMessageBox box(QMessageBox::Question, "Clear undo history",
-                    "Forget what was done to the stack \"" + QString::fromStdString(__stack->getName()) +
-                        "\" so far?\n\nThe stack stays as it is, and so do its file and backups. But nothing that was "
-                        "done until now can be undone any more, neither now nor when the file is opened again: the "
-                        "record of it is deleted.",
-                    QMessageBox::NoButton, &__window);
+    PlainMessageBox box(
+        QMessageBox::Question, "Clear undo history",
+        "Forget what was done to the stack \"" + QString::fromStdString(__stack->getName()) +
+            "\" so far?\n\nThe stack stays as it is, and so do its file and backups. But nothing that was "
+            "done until now can be undone any more, neither now nor when the file is opened again: the "
+            "record of it is deleted.",
+        QMessageBox::NoButton, &__window);
     box.setTextFormat(Qt::PlainText);
     const QAbstractButton* clear = box.addButton("Clear History", QMessageBox::DestructiveRole);
     box.setDefaultButton(box.addButton(QMessageBox::Cancel));
@@ -649,10 +796,10 @@ void VRLRootMediator::runOmbrelAction1() {
     }
     if (failures.isEmpty())
         return;
-    QMessageBox box(QMessageBox::Information, appName,
-                    failures.join("\n\n") + "\n\nThe distances are those of the points of the model "
-                                            "\"spotBarycenters\" to the surface of the model \"cell\".",
-                    QMessageBox::Ok, &__window);
+    PlainMessageBox box(QMessageBox::Information, appName,
+                        failures.join("\n\n") + "\n\nThe distances are those of the points of the model "
+                                                "\"spotBarycenters\" to the surface of the model \"cell\".",
+                        QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
@@ -785,6 +932,10 @@ void VRLRootMediator::sliceLockEvent(VRLSliceLockEvent& event) {
     }
     __stackList->setEnabled(!__locked);
     __sliceList->setEnabled(!__locked);
+    if (__workspace != nullptr) {
+        __workspace->models().setLocked(__locked);
+        __workspace->history().setLocked(__locked);
+    }
     updateActions();
 }
 
@@ -801,6 +952,8 @@ void VRLRootMediator::clearCurrentStack() {
     __stack = nullptr;
     __slice = nullptr;
     showInOverview();
+    __slicePaired = nullptr;
+    updateWorkspace();
     updateStatusBarDisplay();
 }
 
@@ -848,11 +1001,14 @@ void VRLRootMediator::processSliceInsertionDeletionAction(VRLSliceInsertionDelet
 /// After slices came or went: the current slice stays if it is still there; else its neighbour becomes current.
 void VRLRootMediator::reloadSlices(int position) {
     const int row = __slice == nullptr ? -1 : __stack->findSlice(*__slice);
+    if (__slicePaired != nullptr && __stack->findSlice(*__slicePaired) < 0)
+        __slicePaired = nullptr;
     __sliceList->setStack(*__stack);
     if (row >= 0) {
         __sliceList->setSelectedSlice(*__slice);
     } else {
         __slice = nullptr;
+        updateWorkspace();
         __sliceWidget->clear();
         showInOverview();
         if (__stack->getNumSlices() > 0)

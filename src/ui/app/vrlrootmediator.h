@@ -31,6 +31,7 @@ class VRLSliceListWidget;
 class VRLStack;
 class VRLStackIO;
 class VRLStackListWidget;
+class Workspace;
 
 /// The commands of a root window, and what is current in it: a stack and a slice of it, or none.
 ///
@@ -55,6 +56,8 @@ public:
     void initProcessMenu(QMenu& menu);
     void initAnalyzeMenu(QMenu& menu);
     void initialize();
+    /// After initialize().
+    void setWorkspace(Workspace& workspace);
 
     VRLStack* currentStack() const { return __stack; }
     StackSlice* currentSlice() const { return __slice; }
@@ -74,6 +77,8 @@ public:
     void stackNameEvent(VRLStackNameEvent& event) override;
     void stackFileNameEvent(VRLStackFileNameEvent& event) override;
     void stackModifyEvent(VRLStackModifyEvent& event) override;
+    void modelCreateEvent(VRLModelCreateEvent& event) override;
+    void modelDeleteEvent(VRLModelDeleteEvent& event) override;
     void sliceAnnotationEvent(VRLSliceAnnotationEvent& event) override;
     void sliceLockEvent(VRLSliceLockEvent& event) override;
     void sliceNameEvent(VRLSliceNameEvent& event) override;
@@ -88,6 +93,8 @@ public slots:
     void createStackFromFile();
     void openStack();
     void openStack(const QString& file);
+    /// Stack files, images and folders of images.
+    void openDropped(const QStringList& paths);
     void updateRecentFilesMenu();
     void saveStack();
     void saveStackAs();
@@ -129,6 +136,12 @@ public slots:
     void setLastSlice();
     void setNextSlice();
     void setPreviousSlice();
+    /// Goes to the slice that was shown before this one, and back.
+    void flipSlices();
+    /// Goes to the next slice that lacks the current model between others.
+    void setNextLackingSlice();
+    /// Undoes so many steps; redoes them for a number below 0.
+    void goInHistory(int numSteps);
     void sliceSelectionChange();
     void stackSelectionChange();
     void stackHistoryChange();
@@ -151,6 +164,9 @@ private:
     void reloadSlices(int position);
     void guarded(const QString& task, const std::function<void()>& command);
     void withStackIO(const QString& task, const std::function<VRLStack*(VRLStackIO&)>& command);
+    void bindWorkspaceCommands();
+    void updateWorkspace();
+    void showScaleBar(bool shown);
     void goTo(int position);
     void showStep(const QString& verb, const QString& what, const StepWatch& watch);
 
@@ -167,6 +183,8 @@ private:
     BlackWhiteDoubleSlider* __slider = nullptr; // the tool bar's
     QPointer<ContrastDialog> __contrast;        // the window's, while it is open
     std::unique_ptr<VRLOverviewWidget> __overview;
+    Workspace* __workspace = nullptr;
+    StackSlice* __slicePaired = nullptr; // that was shown before the current one, of the same stack
     VRLMenu* __recentFilesMenu = nullptr;
     CommandRegistry __commands{*this};
     bool __locked = false;

@@ -26,6 +26,7 @@
 #include "ui/registration/vrlautomaticregistrationpanel.h"
 #include "ui/registration/vrlregistrationstatusbar.h"
 #include "ui/registration/vrlregistrationtoolbar.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
@@ -516,8 +517,8 @@ void VRLRegistrationMediator::tellOfRun(int numDone, const QStringList& remarks)
     const QStringList shown = remarks.mid(0, 20);
     const QString rest =
         remarks.size() > shown.size() ? QString("\n... and %1 more.").arg(remarks.size() - shown.size()) : QString();
-    QMessageBox box(QMessageBox::Information, appName, "Slices that may want a look:\n\n" + shown.join('\n') + rest,
-                    QMessageBox::Ok, &__window);
+    PlainMessageBox box(QMessageBox::Information, appName, "Slices that may want a look:\n\n" + shown.join('\n') + rest,
+                        QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
