@@ -37,4 +37,7 @@ int densityCommand(const QStringList& arguments);
 /// Writes each stack, with its slices registered on each other, into a directory.
 int registerCommand(const QStringList& arguments);
 
+/// Finds the spots in the images of each stack and writes it, with them, into a directory.
+int spotsCommand(const QStringList& arguments);
+
 } // namespace vorlen

@@ -29,6 +29,7 @@ constexpr Command commands[] = {
     {"isosurface", isosurfaceCommand, "the surface of a volume at a level as STL and mesh file"},
     {"render", renderCommand, "a picture of the models in space; needs a display"},
     {"register", registerCommand, "a new stack whose slices are brought onto each other by their images"},
+    {"spots", spotsCommand, "the bright spots of a stack's images, measured and as point models in a new stack"},
     {"normalize", normalizeCommand, "several stacks in one space: registered shapes and their means"},
     {"density", densityCommand, "where the points of several specimens concentrate, as volume and surfaces"},
 };
@@ -47,7 +48,8 @@ void printHelp() {
 bool takesValue(const QString& word) {
     static const QStringList flags = {"--overwrite",    "--models-only", "--invert", "--open",   "--calibrated",
                                       "--no-alignment", "--fix",         "--codes",  "--pixels", "--keep-order",
-                                      "--error",        "--help",        "-h"};
+                                      "--error",        "--help",        "-h",       "--dry-run", "--one-model",
+                                      "--spheres",      "--no-border",   "--no-split"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 
