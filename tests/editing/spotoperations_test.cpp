@@ -86,6 +86,12 @@ TEST_F(SpotOperationTest, whatIsNoSpotIsRefused) {
     deeper.labels.setSize(8, 8, 3);
     expectRefusal([&] { return addSpots(stack, deeper, config); },
                   "The stack has other slices than when its spots were sought");
+    SpotLabels none = twoSpots();
+    none.spots.clear();
+    none.labels.setZeros();
+    config.setSeparateModelsEnabled(false);
+    expectStep([&] { return addSpots(stack, none, config); });
+    EXPECT_EQ(stack.getModel(stack.getNumModels() - 1).getNumItems(), 0);
     config.setBasename("");
     expectRefusal([&] { return addSpots(stack, twoSpots(), config); }, "The spots have no name");
 }

@@ -117,7 +117,7 @@ void addSpheres(Stack& stack, const SpotLabels& found, Models& models) {
 Outcome addSpots(VRLStack& stack, const SpotLabels& found, const VRLSpotExtractionConfig& config) {
     if (config.getBasename().empty())
         return Outcome::refused("The spots have no name");
-    if (found.spots.empty())
+    if (found.spots.empty() && config.isSeparateModelsEnabled())
         return Outcome::refused("There are no spots to add");
     if (found.labels.getSize3() != stack.getNumSlices() || stack.getNumSlices() == 0)
         return Outcome::refused("The stack has other slices than when its spots were sought");

@@ -17,7 +17,8 @@ class VRLStack;
 /// its mean place, on the nearest slice, whose size is the radius in pixels of the sphere of its volume, at least 1.
 /// Points are rounded as by Maths::fround().
 ///
-/// The labels have a plane for each slice of the stack. Refused without spots, without a basename, for labels of another
+/// The labels have a plane for each slice of the stack. Without spots one model for all is made as well, an
+/// empty one. Refused without spots for separate models, without a basename, for labels of another
 /// number of planes, and while another step is open.
 Outcome addSpots(VRLStack& stack, const SpotLabels& found, const VRLSpotExtractionConfig& config);
 

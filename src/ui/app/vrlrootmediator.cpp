@@ -49,6 +49,7 @@
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/spots/vrlspotextractionprocess.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/waitcursor.h"
@@ -117,7 +118,7 @@ void VRLRootMediator::bindProcessCommands() {
     });
     __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
     __commands.command("models.transfer").enableWhen(severalStacks);
-    __commands.command("stack.findSpots").enableWhen(stack);
+    __commands.bind("stack.findSpots", [this] { runSpotExtraction(); }).enableWhen(stack);
     __commands.command("stacks.normalize").enableWhen(severalStacks);
     __commands.command("models.filter").enableWhen(stack);
     __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
@@ -594,6 +595,16 @@ void VRLRootMediator::renderCurrentStack() {
         window->setStack(*__stack);
         window.release()->show(); // deletes itself when it is closed
     });
+}
+
+void VRLRootMediator::runSpotExtraction() {
+    if (__stack == nullptr)
+        return;
+    VRLSpotExtractionProcess process;
+    process.setCanvas(__sliceWidget->getCanvas());
+    process.run(*__stack);
+    if (const int n = process.getNumSpots(); n > 0)
+        __statusBar->setMessage(QString("Added %1 %2.").arg(n).arg(n == 1 ? "spot" : "spots"));
 }
 
 void VRLRootMediator::goTo(int position) {
