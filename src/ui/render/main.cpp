@@ -58,12 +58,7 @@ int draw(VRLStack& stack, const QString& picture, const QSize& size, const Pose*
     stack.updateReconstruction();
     mediator.setStack(stack);
     canvas.resize(size / canvas.devicePixelRatioF());
-    if (pose != nullptr) {
-        canvas.setZoom(pose->getZoom()); // the pose's translation is converted with it
-        mediator.setPose(*pose);
-    } else {
-        canvas.setZoom(std::min(100, canvas.fittingZoom()));
-    }
+    mediator.setPose(pose != nullptr ? *pose : canvas.fittingPose());
     canvas.show();
     int status = ExitGood;
     if (canvas.grabFramebuffer().isNull() || !canvas.isValid())

@@ -53,6 +53,8 @@ public slots:
     void toggleToolBar();
 
 protected:
+    /// The first time, the scene is made to fill the picture.
+    void showEvent(QShowEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
@@ -70,6 +72,7 @@ private:
     QMenuBar* __menuBar;
     QMenu* __selectPoseMenu;
     QMenu* __deletePoseMenu;
+    bool __fitted = false;
 };
 
 } // namespace vorlen

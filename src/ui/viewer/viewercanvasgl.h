@@ -6,6 +6,7 @@
 #include "ui/viewer/backgroundgl.h"
 #include "ui/viewer/boundingboxpaintergl.h"
 #include "ui/viewer/projectiongl.h"
+#include "ui/viewer/translucentscenegl.h"
 
 #include <QOpenGLWidget>
 
@@ -42,7 +43,7 @@ public:
 
     /// The camera in whole units. The translation is in percent of what the zoom shows.
     Pose getPose() const;
-    /// One repaint. The translation is converted with the zoom that the canvas had before.
+    /// One repaint. The picture does not depend on the camera before.
     void setPose(const Pose& pose);
 
     /// Sets the OpenGL state and takes the scene's box from the painters. May be called at any time, before the first
@@ -56,8 +57,9 @@ public:
     const BoundingBoxPainterGL<float>& getBoundingBoxPainter() const { return __boundingBoxPainter; }
     const Vector<float>& getCenter() const { return __center; }
     float getRadius() const { return __radius; }
-    /// The largest zoom, in percent, at which the scene with its frame lies within the picture, when it is not moved.
-    int fittingZoom() const;
+    /// The present pose with the translation and the zoom that let the shapes fill the picture, a narrow margin apart.
+    /// The frame around them may reach out of the picture. Without shapes that of zoom 1 in the middle.
+    Pose fittingPose() const;
     /// In degrees about x, y, z.
     const Vector<float>& getRotation() const { return __rotation; }
     float getZoom() const { return __zoom; }
@@ -135,7 +137,10 @@ private:
     void __applyZoom(int zoom);
     Vector<int> __translation() const;
 
+    void __drawTranslucent() const;
+
     std::vector<PainterGL<float>*> __painters;
+    TranslucentSceneGL __translucent;
     Vector<float> __center;
     float __radius = 1.0f;
     BoundingBox<float> __sceneBox;

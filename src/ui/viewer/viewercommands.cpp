@@ -12,6 +12,7 @@ const std::vector<CommandInfo>& viewerCommands() {
         {.id = "pose.reverse1", .text = "Reverse standard pose 1", .tip = "Look along the z axis from the other side"},
         {.id = "pose.reverse2", .text = "Reverse standard pose 2", .tip = "Look along the x axis from the other side"},
         {.id = "pose.reverse3", .text = "Reverse standard pose 3", .tip = "Look along the y axis from the other side"},
+        {.id = "pose.fit", .text = "Fit to window", .tip = "Let the shapes fill the picture", .keys = "F"},
         {.id = "motion.animation",
          .text = "Toggle animation",
          .tip = "Show the selected shapes in turn, or stop",
@@ -44,7 +45,7 @@ const CommandMenu& viewerFileMenu() {
 const CommandMenu& viewerPoseMenu() {
     static const CommandMenu menu = {"Pose",
                                      {"pose.standard1", "pose.standard2", "pose.standard3", "pose.reverse1",
-                                      "pose.reverse2", "pose.reverse3", commandSeparator, "motion.animation",
+                                      "pose.reverse2", "pose.reverse3", "pose.fit", commandSeparator, "motion.animation",
                                       "motion.random", "motion.spinning", "motion.angle", "motion.timeout"}};
     return menu;
 }

@@ -18,6 +18,7 @@ ViewerMediator::ViewerMediator(QObject* parent) : QObject(parent) {
     __commands.bind("pose.reverse1", [this] { setRevStandardPose1(); });
     __commands.bind("pose.reverse2", [this] { setRevStandardPose2(); });
     __commands.bind("pose.reverse3", [this] { setRevStandardPose3(); });
+    __commands.bind("pose.fit", [this] { fit(); });
     __commands.update();
 }
 
@@ -28,7 +29,6 @@ void ViewerMediator::initialize() {
     start.setSpecularLight(128);
     constexpr int boundingBoxScaling = 110;
     if (__canvas != nullptr) {
-        __canvas->setZoom(start.getZoom()); // before the translation, which is converted with it
         __canvas->setPose(start);
         __canvas->setBoundingBoxScaling(boundingBoxScaling);
     }
@@ -112,6 +112,11 @@ void ViewerMediator::setPose(const Pose& pose) {
     __canvas->setPose(copy);
     if (__panel != nullptr)
         __panel->setPose(copy);
+}
+
+void ViewerMediator::fit() {
+    if (__canvas != nullptr)
+        setPose(__canvas->fittingPose());
 }
 
 void ViewerMediator::setStandardPose1() {

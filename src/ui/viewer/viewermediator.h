@@ -49,6 +49,8 @@ public slots:
     void resetPose();
     /// Canvas and panel take the pose but for its lights; they keep theirs.
     void setPose(const Pose& pose);
+    /// Lets the shapes fill the picture, turned as they are.
+    void fit();
     void setStandardPose1();
     void setStandardPose2();
     void setStandardPose3();
