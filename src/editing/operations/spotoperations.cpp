@@ -8,6 +8,7 @@
 
 #include "document/model.h"
 #include "document/modelitem.h"
+#include "editing/actions/vrlactionsequence.h"
 #include "editing/actions/vrlmodelcreationaction.h"
 #include "editing/operations/onestep.h"
 #include "editing/stacks/vrlstack.h"
@@ -20,6 +21,12 @@ namespace vorlen {
 namespace {
 
 using Models = std::vector<std::unique_ptr<Model>>;
+
+/// The models keep their order when they come back.
+class SpotCreation : public VRLActionSequence {
+public:
+    QString description(bool) const override { return "Find spots"; }
+};
 
 Vector<int> point(int x, int y) {
     Vector<int> result(2);
@@ -129,10 +136,10 @@ Outcome addSpots(VRLStack& stack, const SpotLabels& found, const VRLSpotExtracti
     else
         for (int k = 0; k < found.labels.getSize3(); ++k)
             addPlane(stack, found, k, models);
-    return inOneStep(stack, "There are no spots to add", [&](EditStep& step) {
-        for (std::unique_ptr<Model>& model : models)
-            step.apply(std::make_unique<VRLModelCreationAction>(stack, std::move(model)));
-    });
+    auto creation = std::make_unique<SpotCreation>();
+    for (std::unique_ptr<Model>& model : models)
+        creation->append(std::make_unique<VRLModelCreationAction>(stack, std::move(model)));
+    return inOneStep(stack, "There are no spots to add", [&](EditStep& step) { step.apply(std::move(creation)); });
 }
 
 } // namespace vorlen
