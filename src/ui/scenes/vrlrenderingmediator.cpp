@@ -51,7 +51,24 @@ void tryOn(VRLRenderingPainterGL& painter, const std::function<void(VRLRendering
 VRLRenderingMediator::VRLRenderingMediator(QObject* parent) : ViewerMediator(parent) {
     commands().add(ownRenderingCommands());
     commands().bind("rendering.export", [this] { exportSurfaces(); });
+    commands().bind("animation.timeout", [this] {
+        if (const auto timeout = askForNumber("Rendering", "Enter animation interval (msec):", getRandomMotionTimeout(),
+                                              0, 10000))
+            setRandomMotionTimeout(*timeout);
+    });
+    commands().bind("animation.angle", [this] {
+        if (const auto angle =
+                askForNumber("Rendering", "Enter animation angle (deg.):", getRandomMotionAngle(), -180, 180))
+            setRandomMotionAngle(*angle);
+    });
     commands().update();
+}
+
+std::vector<Pose> VRLRenderingMediator::storedPoses() const {
+    std::vector<Pose> poses;
+    for (int k = 0; __stack != nullptr && k < __stack->getNumPoses(); ++k)
+        poses.push_back(__stack->getPose(k));
+    return poses;
 }
 
 VRLRenderingMediator::~VRLRenderingMediator() {
@@ -88,6 +105,8 @@ void VRLRenderingMediator::initialize() {
         return;
     connect(__toolbar, &VRLRenderingToolbar::homeClicked, this, &ViewerMediator::resetPose);
     connect(__toolbar, &VRLRenderingToolbar::snapshotClicked, this, &ViewerMediator::snapshot);
+    connect(__toolbar, &VRLRenderingToolbar::randClicked, this, &ViewerMediator::toggleRandomMotion);
+    connect(__toolbar, &VRLRenderingToolbar::videoStartClicked, this, &ViewerMediator::videoStart);
     connect(__toolbar, &VRLRenderingToolbar::previousStackClicked, this, &VRLRenderingMediator::setPreviousStack);
     connect(__toolbar, &VRLRenderingToolbar::nextStackClicked, this, &VRLRenderingMediator::setNextStack);
 }
@@ -130,6 +149,7 @@ void VRLRenderingMediator::buildPainters() {
 void VRLRenderingMediator::updateCanvas() {
     if (getCanvas() == nullptr)
         return;
+    followPainters();
     getCanvas()->initializeGL();
     getCanvas()->repaint();
 }

@@ -88,6 +88,10 @@ signals:
     /// Another stack is shown.
     void stackChanged();
 
+protected:
+    /// The stack's.
+    std::vector<Pose> storedPoses() const override;
+
 private:
     VRLRenderingPainterGL* painterOf(const Model* model) const;
     void onPainter(const Model* model, const std::function<void(VRLRenderingPainterGL&)>& change);

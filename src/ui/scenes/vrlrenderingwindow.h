@@ -23,7 +23,7 @@ class VRLStack;
 ///
 /// Position, size, and whether toolbar and pose panel are shown, are kept in the settings. A position that is on no
 /// screen any more is replaced by the default. A pose that is recorded under an empty name is called "Pose" and its
-/// number. The commands of the animation are shown and disabled.
+/// number.
 class VRLRenderingWindow : public QWidget, public VRLEventClient {
     Q_OBJECT
 

@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QOpenGLContext>
+#include <QOpenGLFramebufferObject>
 #include <QSaveFile>
 #include <QSettings>
 #include <QWheelEvent>
@@ -92,10 +93,12 @@ void ViewerCanvasGL::addPainter(PainterGL<float>& painter) {
 
 void ViewerCanvasGL::removePainter(PainterGL<float>& painter) {
     std::erase(__painters, &painter);
+    __hidden.erase(&painter);
 }
 
 void ViewerCanvasGL::removePainters() {
     __painters.clear();
+    __hidden.clear();
 }
 
 Pose ViewerCanvasGL::getPose() const {
@@ -212,6 +215,65 @@ void ViewerCanvasGL::zoomBy(float difference) {
     emit zoomChanged(Maths::fround(100 * __zoom));
     emit poseChanged(getPose());
     repaint();
+}
+
+ViewerCamera ViewerCanvasGL::getCamera() const {
+    return {__rotation, __tx, __ty, __zoom, __revealed};
+}
+
+ViewerCamera ViewerCanvasGL::cameraOf(const Pose& pose) {
+    const float zoom = std::max(float(pose.getZoom()) / 100, minZoom), shown = 1 + 1 / zoom;
+    return {pose.getRotation(), -float(pose.getXTranslation()) * shown / 100,
+            -float(pose.getYTranslation()) * shown / 100, zoom, 1};
+}
+
+void ViewerCanvasGL::__setCamera(const ViewerCamera& camera) {
+    __rotation = camera.rotation;
+    __tx = camera.tx;
+    __ty = camera.ty;
+    __zoom = camera.zoom;
+    __revealed = camera.revealed;
+    __projectionDirty = true;
+}
+
+QImage ViewerCanvasGL::renderFrame(const QSize& size, const ViewerCamera& camera) {
+    if (context() == nullptr || size.isEmpty())
+        return {};
+    makeCurrent();
+    GLint most = 0;
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &most);
+    QImage picture;
+    if (size.width() <= most && size.height() <= most) {
+        QOpenGLFramebufferObjectFormat form;
+        form.setAttachment(QOpenGLFramebufferObject::Depth);
+        form.setSamples(format().samples());
+        QOpenGLFramebufferObject frame(size, form);
+        if (frame.isValid() && frame.bind()) {
+            const ViewerCamera present = getCamera();
+            ViewerCamera fitted = camera;
+            const auto part = [](int side, const QSize& whole) {
+                return float(side) / float(std::max({whole.width(), whole.height(), 1}));
+            };
+            fitted.zoom /= std::max(part(width(), this->size()) / part(size.width(), size),
+                                    part(height(), this->size()) / part(size.height(), size));
+            __setCamera(fitted);
+            __frameSize = size;
+            __paint(true);
+            __frameSize = {};
+            __setCamera(present);
+            picture = frame.toImage().convertToFormat(QImage::Format_RGB32);
+            frame.release();
+        }
+    }
+    doneCurrent();
+    return picture;
+}
+
+void ViewerCanvasGL::setPainterShown(const PainterGL<float>& painter, bool shown) {
+    if (shown)
+        __hidden.erase(&painter);
+    else
+        __hidden.insert(&painter);
 }
 
 bool ViewerCanvasGL::saveSnapshot(const QString& file) {
@@ -406,8 +468,9 @@ void ViewerCanvasGL::__paint(bool smooth) {
         __updateGLLight();
     __loadCamera();
     __draw(__boundingBoxPainter);
+    __clipUnrevealed();
     for (const PainterGL<float>* painter : __painters)
-        if (painter->isOpaque())
+        if (painter->isOpaque() && isPainterShown(*painter))
             __draw(*painter);
     glDepthMask(GL_FALSE);
     glEnable(GL_BLEND);
@@ -415,6 +478,7 @@ void ViewerCanvasGL::__paint(bool smooth) {
     __drawTranslucent();
     glDisable(GL_BLEND);
     glDepthMask(GL_TRUE);
+    glDisable(GL_CLIP_PLANE0);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
 
@@ -467,8 +531,9 @@ void ViewerCanvasGL::__initializeState() {
 }
 
 void ViewerCanvasGL::__setViewport() {
-    const int w = int(std::lround(width() * devicePixelRatioF()));
-    const int h = int(std::lround(height() * devicePixelRatioF()));
+    const bool isFrame = !__frameSize.isEmpty();
+    const int w = isFrame ? __frameSize.width() : int(std::lround(width() * devicePixelRatioF()));
+    const int h = isFrame ? __frameSize.height() : int(std::lround(height() * devicePixelRatioF()));
     if (w > h)
         glViewport(0, (h - w) / 2, w, w);
     else
@@ -511,6 +576,15 @@ void ViewerCanvasGL::__loadCamera() const {
     glTranslatef(-__center[0], -__center[1], -__center[2]);
 }
 
+void ViewerCanvasGL::__clipUnrevealed() const {
+    if (__revealed >= 1 || !__sceneBox.isValid())
+        return;
+    const double last = double(__sceneBox.min(2)) + double(__revealed) * double(__sceneBox.max(2) - __sceneBox.min(2));
+    const GLdouble plane[] = {0, 0, -1, last};
+    glClipPlane(GL_CLIP_PLANE0, plane);
+    glEnable(GL_CLIP_PLANE0);
+}
+
 void ViewerCanvasGL::__draw(const PainterGL<float>& painter) const {
     drawSafely([&painter] { painter.glDraw(); });
 }
@@ -518,7 +592,7 @@ void ViewerCanvasGL::__draw(const PainterGL<float>& painter) const {
 void ViewerCanvasGL::__drawTranslucent() const {
     std::vector<const PainterGL<float>*> painters;
     for (const PainterGL<float>* painter : __painters)
-        if (!painter->isOpaque())
+        if (!painter->isOpaque() && isPainterShown(*painter))
             painters.push_back(painter);
     if (painters.empty())
         return;

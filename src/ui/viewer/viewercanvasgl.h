@@ -7,9 +7,12 @@
 #include "ui/viewer/boundingboxpaintergl.h"
 #include "ui/viewer/projectiongl.h"
 #include "ui/viewer/translucentscenegl.h"
+#include "ui/viewer/viewercamera.h"
 
+#include <QImage>
 #include <QOpenGLWidget>
 
+#include <set>
 #include <vector>
 
 namespace vorlen {
@@ -75,6 +78,18 @@ public:
     /// Adds to the zoom, which stays within 0.01 and 5.
     void zoomBy(float difference);
 
+    ViewerCamera getCamera() const;
+    /// The camera of a pose, without its lights.
+    static ViewerCamera cameraOf(const Pose& pose);
+
+    /// The scene as the camera sees it, drawn beside the window in any size: what the window would show lies within the
+    /// picture, in its middle. Null where the canvas was not shown yet, and for a size that OpenGL can't draw.
+    QImage renderFrame(const QSize& size, const ViewerCamera& camera);
+
+    /// Shows a painter, as all at first, or leaves it out of the picture; its box counts all the same.
+    void setPainterShown(const PainterGL<float>& painter, bool shown);
+    bool isPainterShown(const PainterGL<float>& painter) const { return !__hidden.contains(&painter); }
+
     /// Writes the picture as PNG; the size is that of the canvas in pixels of the screen. False when the file cannot be
     /// written; an old file of that name then stays as it was.
     bool saveSnapshot(const QString& file);
@@ -138,8 +153,11 @@ private:
     Vector<int> __translation() const;
 
     void __drawTranslucent() const;
+    void __setCamera(const ViewerCamera& camera);
+    void __clipUnrevealed() const;
 
     std::vector<PainterGL<float>*> __painters;
+    std::set<const PainterGL<float>*> __hidden;
     TranslucentSceneGL __translucent;
     Vector<float> __center;
     float __radius = 1.0f;
@@ -154,6 +172,8 @@ private:
     float __tx = 0;
     float __ty = 0;
     float __zoom = 1.0f;
+    float __revealed = 1.0f;
+    QSize __frameSize; ///< in pixels, of the frame that is drawn beside the window; empty otherwise
     bool __moving = false;
     bool __coarse = false; ///< edges are not smoothed, as the present drag would be slow
     int __lastX = 0;
