@@ -27,7 +27,7 @@ constexpr Command commands[] = {
     {"measure", measureCommand, "lengths, areas, volumes of the models, items and slices"},
     {"export", exportCommand, "surfaces of the models as STL and mesh files"},
     {"isosurface", isosurfaceCommand, "the surface of a volume at a level as STL and mesh file"},
-    {"render", renderCommand, "a picture of the models in space; needs a display"},
+    {"render", renderCommand, "a picture or a video of the models in space; needs a display"},
     {"register", registerCommand, "a new stack whose slices are brought onto each other by their images"},
     {"spots", spotsCommand, "the bright spots of a stack's images, measured and as point models in a new stack"},
     {"normalize", normalizeCommand, "several stacks in one space: registered shapes and their means"},
@@ -49,7 +49,7 @@ bool takesValue(const QString& word) {
     static const QStringList flags = {"--overwrite",    "--models-only", "--invert", "--open",   "--calibrated",
                                       "--no-alignment", "--fix",         "--codes",  "--pixels", "--keep-order",
                                       "--error",        "--help",        "-h",       "--dry-run", "--one-model",
-                                      "--spheres",      "--no-border",   "--no-split"};
+                                      "--spheres",      "--no-border",   "--no-split", "--video"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 
