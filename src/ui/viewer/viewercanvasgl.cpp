@@ -590,16 +590,16 @@ void ViewerCanvasGL::__draw(const PainterGL<float>& painter) const {
 }
 
 void ViewerCanvasGL::__drawTranslucent() const {
-    std::vector<const PainterGL<float>*> painters;
+    std::vector<const PainterGL<float>*> translucent;
     for (const PainterGL<float>* painter : __painters)
         if (!painter->isOpaque() && isPainterShown(*painter))
-            painters.push_back(painter);
-    if (painters.empty())
+            translucent.push_back(painter);
+    if (translucent.empty())
         return;
     const TranslucentSceneGL::Eye eye{rotationMatrix(__rotation),
                                       {__center[0], __center[1], __center[2]},
                                       __projection.isPerspective() ? __projection.eyeDistance() * __radius : 0};
-    drawSafely([&] { __translucent.glDraw(painters, eye); });
+    drawSafely([&] { __translucent.glDraw(translucent, eye); });
 }
 
 void ViewerCanvasGL::__combine(const Matrix<float>& turn) {

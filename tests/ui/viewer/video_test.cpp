@@ -195,7 +195,7 @@ TEST_F(VideoTest, theDialogRecordsStopsAndCancels) {
     EXPECT_FALSE(button(*dialog, " Record ").isEnabled());
     if (const QString pictures = qEnvironmentVariable("VORLEN_PICTURES"); !pictures.isEmpty())
         dialog->grab().save(pictures + "/video.png");
-    QTRY_VERIFY_WITH_TIMEOUT(!mediator.video().isRecording(), 20000);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !mediator.video().isRecording(); }, 20000));
     EXPECT_EQ(control<QLabel>(*dialog, "Number of frames").text(), "20");
     EXPECT_EQ(control<QLabel>(*dialog, "Duration").text(), "1");
     EXPECT_EQ(framesOf(file("film.gif"), {160, 120}).size(), 20);
@@ -205,9 +205,9 @@ TEST_F(VideoTest, theDialogRecordsStopsAndCancels) {
         ModalScript user;
         user.thenChoose({file(name)});
         button(*dialog, " Record ").click();
-        QTRY_VERIFY(control<QLabel>(*dialog, "Number of frames").text().toInt() > 2);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return control<QLabel>(*dialog, "Number of frames").text().toInt() > 2; }, 20000));
         button(*dialog, end).click();
-        QTRY_VERIFY_WITH_TIMEOUT(!mediator.video().isRecording(), 20000);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !mediator.video().isRecording(); }, 20000));
     };
     record("short.mp4", " Stop ");
     EXPECT_GE(framesOf(file("short.mp4"), {160, 120}).size(), 3);
@@ -303,9 +303,9 @@ TEST_F(VideoTest, motionsTurnCanvasAndGoOnFromThere) {
     QTest::keyClick(&scene.canvas, Qt::Key_R);
     EXPECT_TRUE(mediator.randomMotion().isActive());
     EXPECT_FALSE(mediator.spinningMotion().isActive());
-    QTRY_VERIFY(scene.canvas.getRotation()[0] >= 2);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return scene.canvas.getRotation()[0] >= 2; }, 20000));
     mediator.setStandardPose2();
-    QTRY_VERIFY(scene.canvas.getRotation()[1] > 91);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return scene.canvas.getRotation()[1] > 91; }, 20000));
     EXPECT_LT(scene.canvas.getRotation()[1], 150);
     mediator.toggleRandomMotion();
     const Vector<float> rotation = scene.canvas.getRotation();
