@@ -56,14 +56,16 @@ int runRenderer(const QStringList& arguments) {
 } // namespace
 
 int renderCommand(const QStringList& arguments) {
-    CommandLine line("render",
-                     "Draws the models of a stack in space, as the rendering window shows them, as PNG; or makes a video "
-                     "of them, for which the program ffmpeg must be installed.",
-                     "STACK.sdf FILE",
-                     "A stack description file (.sdf), and the picture to be written (.png) or, with --video, the video "
-                     "(.mp4, .webm, .mov, .mkv, .avi, .mpg, .png or .gif).");
+    CommandLine line(
+        "render",
+        "Draws the models of a stack in space, as the rendering window shows them, as PNG; or makes a video "
+        "of them, for which the program ffmpeg must be installed.",
+        "STACK.sdf FILE",
+        "A stack description file (.sdf), and the picture to be written (.png) or, with --video, the video "
+        "(.mp4, .webm, .mov, .mkv, .avi, .mpg, .png or .gif).");
     line.addOption({"p", "pose"},
-                   "A pose stored in the stack. Without one the scene fills the picture, seen along its slices.", "name");
+                   "A pose stored in the stack. Without one the scene fills the picture, seen along its slices.",
+                   "name");
     line.addOption({"s", "size"}, "Width and height in pixels; 1200x900 by default, 1280x720 for a video.", "WxH");
     line.addFlag("overwrite", "Replace a file that exists.");
     line.addFlag("video", "Make a video.");

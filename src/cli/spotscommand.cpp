@@ -43,9 +43,7 @@ struct SpotsResult {
     SpotLabels found;
     Vector<double> resolution;
 
-    double volumeOf(const Spot& spot) const {
-        return spot.numVoxels * resolution[0] * resolution[1] * resolution[2];
-    }
+    double volumeOf(const Spot& spot) const { return spot.numVoxels * resolution[0] * resolution[1] * resolution[2]; }
 };
 
 /// Where the word stands among those of the option; -1, and a word about it, for another one.
@@ -186,7 +184,8 @@ std::string memoryText(double bytes) {
 
 std::string countText(const SpotLabels& found) {
     std::string text = std::to_string(found.spots.size()) + (found.spots.size() == 1 ? " spot" : " spots");
-    for (const auto& [count, why] : {std::pair(found.numTooSmall, " too small"), {found.numTooLarge, " too large"},
+    for (const auto& [count, why] : {std::pair(found.numTooSmall, " too small"),
+                                     {found.numTooLarge, " too large"},
                                      {found.numAtBorder, " at the border"}})
         if (count > 0)
             text += ", " + std::to_string(count) + why;
@@ -307,8 +306,7 @@ int spotsCommand(const QStringList& arguments) {
     request.channel = ImageColorContent(channel);
     request.dryRun = line.isSet("dry-run");
     request.overwrite = line.isSet("overwrite");
-    const std::optional<std::string> directory =
-        request.dryRun ? line.path("output") : line.outputDirectory();
+    const std::optional<std::string> directory = request.dryRun ? line.path("output") : line.outputDirectory();
     if (!directory)
         return ExitFileError;
     request.directory = *directory;
@@ -324,8 +322,8 @@ int spotsCommand(const QStringList& arguments) {
         const StackFile file(name, std::move(opened));
         status = std::max(status, file.report());
         if (file.isOpened())
-            status = std::max(status,
-                              guarded("find spots in " + name, [&] { return findSpotsOf(name, stack, request, json); }));
+            status = std::max(
+                status, guarded("find spots in " + name, [&] { return findSpotsOf(name, stack, request, json); }));
     }
     if (isJson)
         json.endArray();

@@ -59,7 +59,7 @@ VoxelMatrix<float> padded(const VoxelMatrix<float>& volume, int margin) {
 bool smooth(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, SpotProgress& progress) {
     const int radius = config.getSmoothingFilterRadius();
     const bool isMedian = config.getSmoothingFilterType() == MedianSmoothing;
-    progress.begin(isMedian                                             ? "Running: median filter..."
+    progress.begin(isMedian                                              ? "Running: median filter..."
                    : config.getSmoothingFilterType() == AverageSmoothing ? "Running: average filter..."
                                                                          : "Running: Gaussian filter...");
     VoxelMatrix<float> wide = padded(volume, radius);
@@ -172,8 +172,8 @@ double spotMemory(const Vector<int>& size, const VRLSpotExtractionConfig& config
     // The images and the filtered volume; then a copy with its margin and the planes that a filter keeps, or labels and
     // what cuts them.
     const int margin = config.isSmoothingFilterEnabled() ? 2 * config.getSmoothingFilterRadius() : 0;
-    const double wide = work * (1 + double(margin) / size[0]) * (1 + double(margin) / size[1]) *
-                        (1 + double(margin) / size[2]);
+    const double wide =
+        work * (1 + double(margin) / size[0]) * (1 + double(margin) / size[1]) * (1 + double(margin) / size[2]);
     const double filtering = 4 * whole + 4 * work + 4.5 * wide;
     const double labelling = 4 * whole * 3 + (config.isSplittingEnabled() ? 4 * whole + 24 * whole / 4 : 0);
     return std::max(filtering, labelling);

@@ -34,8 +34,8 @@ std::vector<Spot> spotsOf(const VoxelMatrix<int>& labels, int count) {
         spot.row += i;
         spot.column += j;
         spot.plane += k;
-        spot.touchesBorder = spot.touchesBorder || i == 0 || j == 0 || k == 0 || i == rows - 1 || j == columns - 1 ||
-                             k == planes - 1;
+        spot.touchesBorder =
+            spot.touchesBorder || i == 0 || j == 0 || k == 0 || i == rows - 1 || j == columns - 1 || k == planes - 1;
     });
     for (Spot& spot : spots) {
         spot.row /= spot.numVoxels;
@@ -64,9 +64,8 @@ bool findSpots(const VoxelMatrix<float>& filtered, double threshold, const VRLSp
                SpotLabels& result, SpotProgress& progress) {
     config.check();
     progress.begin("Labelling connected components...");
-    const int count = config.isSplittingEnabled()
-                          ? floodSpots(filtered, float(threshold), result.labels, progress)
-                          : labelSpots(filtered, float(threshold), result.labels, progress);
+    const int count = config.isSplittingEnabled() ? floodSpots(filtered, float(threshold), result.labels, progress)
+                                                  : labelSpots(filtered, float(threshold), result.labels, progress);
     if (count < 0)
         return false;
     result.spots.clear();
@@ -79,9 +78,8 @@ bool findSpots(const VoxelMatrix<float>& filtered, double threshold, const VRLSp
             renamed[i + 1] = int(result.spots.size());
         }
     if (result.spots.size() < all.size())
-        forSpotVoxels(result.labels, [&](int label, int i, int j, int k) {
-            result.labels(i, j, k) = renamed[std::size_t(label)];
-        });
+        forSpotVoxels(result.labels,
+                      [&](int label, int i, int j, int k) { result.labels(i, j, k) = renamed[std::size_t(label)]; });
     return !progress.isCanceled();
 }
 

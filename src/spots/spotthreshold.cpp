@@ -82,8 +82,8 @@ double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRul
         any = any || counts[k] > 0;
     if (!any)
         return maximum;
-    const int bin = rule == SpotThresholdRule::Otsu ? otsuBin(counts)
-                                                    : int(IsodataThresholding<float>().computeThreshold(counts));
+    const int bin =
+        rule == SpotThresholdRule::Otsu ? otsuBin(counts) : int(IsodataThresholding<float>().computeThreshold(counts));
     return bin * width;
 }
 

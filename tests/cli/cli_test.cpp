@@ -785,7 +785,8 @@ TEST_F(CommandLineTest, renderDrawsTheSceneWholeOrInAPose) {
     EXPECT_EQ(pictureOf(*sample, "front.png").size(), QSize(400, 240));
     EXPECT_EQ(render(*sample, "sample.sdf front.png --size 100x80 --overwrite").status, 0);
     EXPECT_EQ(pictureOf(*sample, "front.png").size(), QSize(100, 80));
-    const Outcome film = render(*sample, "--video --motion poses --rate 15 --seconds 1 --size 160x120 sample.sdf film.mp4");
+    const Outcome film =
+        render(*sample, "--video --motion poses --rate 15 --seconds 1 --size 160x120 sample.sdf film.mp4");
     EXPECT_EQ(film.status, 0) << film.output;
     EXPECT_TRUE(contains(film, "film.mp4: 15 frames\n")) << film.output;
     EXPECT_EQ(shell(sample->path(), "ffprobe -v error -count_frames -select_streams v -show_entries "

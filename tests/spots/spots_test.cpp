@@ -81,14 +81,15 @@ public:
             for (int k = int(blob.plane) - reach; k <= int(blob.plane) + reach; ++k)
                 for (int i = int(blob.row) - reach; i <= int(blob.row) + reach; ++i)
                     for (int j = int(blob.column) - reach; j <= int(blob.column) + reach; ++j)
-                        volume(i, j, k) = std::max(volume(i, j, k),
-                                                   float(60 + height * std::clamp(radius - blob.distanceTo(i, j, k) + 0.5,
-                                                                                  0.0, 1.0)));
+                        volume(i, j, k) = std::max(
+                            volume(i, j, k),
+                            float(60 + height * std::clamp(radius - blob.distanceTo(i, j, k) + 0.5, 0.0, 1.0)));
         std::normal_distribution<double> noise(0, height / 3);
         for (int k = 0; k < __side; ++k)
             for (int i = 0; i < __side; ++i)
                 for (int j = 0; j < __side; ++j)
-                    volume(i, j, k) = float(std::clamp(std::round(double(volume(i, j, k)) + noise(__engine)), 0.0, 255.0));
+                    volume(i, j, k) =
+                        float(std::clamp(std::round(double(volume(i, j, k)) + noise(__engine)), 0.0, 255.0));
         return volume;
     }
 

@@ -13,8 +13,8 @@
 namespace vorlen {
 
 /// Runs the work of an operation, which is given the step to apply its actions in, as one step of the stack's history.
-/// A step without actions leaves no trace, and is refused with the reason. What the work throws takes the step back. The
-/// actions tell of themselves in one batch of events.
+/// A step without actions leaves no trace, and is refused with the reason. What the work throws takes the step back.
+/// The actions tell of themselves in one batch of events.
 template <class Work>
 Outcome inOneStep(VRLStack& stack, const std::string& nothing, Work&& work) {
     if (const Outcome free = mayBeginStep(stack); !free)

@@ -154,9 +154,7 @@ int run(int argc, char** argv) {
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0"); // the size is that of the picture
     int noArguments = 1;                       // that Qt could take for its own
     VorlenApplication application(noArguments, argv);
-    return std::max(status, guarded(std::string("draw ") + argv[1], [&] {
-                        return draw(stack, wishes);
-                    }));
+    return std::max(status, guarded(std::string("draw ") + argv[1], [&] { return draw(stack, wishes); }));
 }
 
 } // namespace

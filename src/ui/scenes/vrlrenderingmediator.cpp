@@ -52,8 +52,8 @@ VRLRenderingMediator::VRLRenderingMediator(QObject* parent) : ViewerMediator(par
     commands().add(ownRenderingCommands());
     commands().bind("rendering.export", [this] { exportSurfaces(); });
     commands().bind("animation.timeout", [this] {
-        if (const auto timeout = askForNumber("Rendering", "Enter animation interval (msec):", getRandomMotionTimeout(),
-                                              0, 10000))
+        if (const auto timeout =
+                askForNumber("Rendering", "Enter animation interval (msec):", getRandomMotionTimeout(), 0, 10000))
             setRandomMotionTimeout(*timeout);
     });
     commands().bind("animation.angle", [this] {

@@ -22,8 +22,8 @@ class VRLRenderingToolbar;
 class VRLStack;
 
 /// Keeps a rendering window's picture up to date with its stack: one painter for each model, which follows the changes
-/// of that model alone. Changes that move every slice rebuild all. What happens in a batch of events is made good at its
-/// end, with one change for each model and one repaint.
+/// of that model alone. Changes that move every slice rebuild all. What happens in a batch of events is made good at
+/// its end, with one change for each model and one repaint.
 ///
 /// Canvas, panel, toolbar and stack are seen, not owned; the canvas must live as long as this, or be set to null.
 ///

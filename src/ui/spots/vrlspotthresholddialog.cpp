@@ -263,8 +263,9 @@ void VRLSpotThresholdDialog::fillTable(const SpotLabels& found) {
     const QString unit = QString::fromStdString(__stack.getLengthUnit().symbol());
     const int rows = int(std::min(found.spots.size(), std::size_t(mostRows)));
     const QSignalBlocker quiet(__table);
-    __table->beginContents({"Spot", "Voxels", "Volume [" + unit + "^3]", "Mean", "Sum", "Slice", "Column", "Row", "Maximum", "Border"},
-                           rows);
+    __table->beginContents(
+        {"Spot", "Voxels", "Volume [" + unit + "^3]", "Mean", "Sum", "Slice", "Column", "Row", "Maximum", "Border"},
+        rows);
     for (int row = 0; row < rows; ++row) {
         const Spot& spot = found.spots[std::size_t(row)];
         __table->setText(row, 0, QString::fromStdString(spotName(__config.getBasename(), std::size_t(row))));

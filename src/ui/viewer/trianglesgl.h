@@ -10,8 +10,8 @@ namespace vorlen {
 
 /// Triangles of several surfaces in one, each vertex with its colour, so that they can be drawn in any order.
 struct TrianglesGL {
-    VertexArrayGL array;                        ///< with normals and colours
-    std::vector<unsigned short> materials;      ///< of each triangle: an index into the attributes
+    VertexArrayGL array;                         ///< with normals and colours
+    std::vector<unsigned short> materials;       ///< of each triangle: an index into the attributes
     std::vector<ShapePainterAttributesGL> looks; ///< what else a surface has, as its shininess
 
     void clear();

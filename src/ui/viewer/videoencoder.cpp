@@ -30,9 +30,9 @@ struct Format {
 const std::vector<Format>& formats() {
     static const Codec h264{"libx264", {"-crf", "18", "-preset", "medium", "-pix_fmt", "yuv420p"}};
     static const Codec openH264{"libopenh264", {"-b:v", "10000k", "-pix_fmt", "yuv420p"}};
-    static const Codec vp9{"libvpx-vp9",
-                           {"-crf", "24", "-b:v", "0", "-deadline", "good", "-cpu-used", "4", "-row-mt", "1",
-                            "-pix_fmt", "yuv420p"}};
+    static const Codec vp9{
+        "libvpx-vp9",
+        {"-crf", "24", "-b:v", "0", "-deadline", "good", "-cpu-used", "4", "-row-mt", "1", "-pix_fmt", "yuv420p"}};
     static const Codec mpeg4{"mpeg4", {"-b:v", "10000k", "-pix_fmt", "yuv420p"}};
     static const Codec mpeg2{"mpeg2video", {"-b:v", "10000k", "-pix_fmt", "yuv420p"}};
     static const Codec apng{"apng", {"-plays", "0"}};
@@ -150,11 +150,15 @@ void VideoEncoder::open(const QString& file, const QSize& size, int rate) {
     if (QFile probe(__part); !probe.open(QIODevice::WriteOnly))
         refuse(probe.errorString(), file);
     __size = sizeFor(file, size);
-    QStringList arguments = {"-hide_banner", "-loglevel", "error",   "-y",
-                             "-f",           "rawvideo",  "-pix_fmt", "bgr0",
+    QStringList arguments = {"-hide_banner", "-loglevel",
+                             "error",        "-y",
+                             "-f",           "rawvideo",
+                             "-pix_fmt",     "bgr0",
                              "-video_size",  QString("%1x%2").arg(__size.width()).arg(__size.height()),
                              "-framerate",   QString::number(rate),
-                             "-i",           "pipe:0",    "-an",     "-c:v", codec->name};
+                             "-i",           "pipe:0",
+                             "-an",          "-c:v",
+                             codec->name};
     arguments += codec->options;
     if (format->muxer == "mp4" || format->muxer == "mov")
         arguments += {"-movflags", "+faststart"};

@@ -14,9 +14,9 @@ namespace vorlen {
 /// film is written beside its place and takes it when it is whole; a film that is cancelled or fails leaves nothing
 /// behind, and what had the name before stays.
 ///
-/// The suffix of the name says the format: mp4, mov and mkv with H.264, or VP9 where ffmpeg has no H.264; webm with VP9;
-/// avi and mpg with the codecs of their time; png and apng as animated PNG; gif. H.264 and VP9 halve the resolution of
-/// the colours and take even sizes only: a frame of odd size is stretched by a pixel.
+/// The suffix of the name says the format: mp4, mov and mkv with H.264, or VP9 where ffmpeg has no H.264; webm with
+/// VP9; avi and mpg with the codecs of their time; png and apng as animated PNG; gif. H.264 and VP9 halve the
+/// resolution of the colours and take even sizes only: a frame of odd size is stretched by a pixel.
 class VideoEncoder {
 public:
     VideoEncoder();
@@ -31,13 +31,13 @@ public:
     /// What the format makes of a size.
     static QSize sizeFor(const QString& file, const QSize& size);
 
-    /// Throws FileWriteError without ffmpeg, for an unknown suffix, and when the folder can't be written to. A film that
-    /// is open is cancelled.
+    /// Throws FileWriteError without ffmpeg, for an unknown suffix, and when the folder can't be written to. A film
+    /// that is open is cancelled.
     void open(const QString& file, const QSize& size, int rate);
     bool isOpen() const { return __process != nullptr; }
 
-    /// Hands a frame over. Throws FileWriteError, with ffmpeg's reason in plain words, when it has given up; the film is
-    /// cancelled then.
+    /// Hands a frame over. Throws FileWriteError, with ffmpeg's reason in plain words, when it has given up; the film
+    /// is cancelled then.
     void write(const QImage& frame);
     /// Whether so much waits to be read that the next frame should wait, too.
     bool isBusy() const;

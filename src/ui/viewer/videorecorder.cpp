@@ -31,8 +31,7 @@ bool VideoRecorder::step() {
         __encoder.waitForRoom(20);
         return false;
     }
-    const QImage frame =
-        __canvas == nullptr ? QImage() : __canvas->renderFrame(__size, __script.camera(__frame));
+    const QImage frame = __canvas == nullptr ? QImage() : __canvas->renderFrame(__size, __script.camera(__frame));
     if (frame.isNull()) {
         cancel();
         throw FileWriteError("bool VideoRecorder::step()", "OpenGL can't draw pictures of this size",

@@ -11,16 +11,16 @@ namespace vorlen {
 
 class ViewerCanvasGL;
 
-/// Draws the frames of a script beside the window of a canvas and makes a film of them, in steps that its owner calls for
-/// while the window lives on.
+/// Draws the frames of a script beside the window of a canvas and makes a film of them, in steps that its owner calls
+/// for while the window lives on.
 class VideoRecorder {
 public:
     /// Throws as VideoEncoder::open().
     void start(ViewerCanvasGL& canvas, const VideoScript& script, const QString& file, const QSize& size, int rate);
     bool isRunning() const { return __encoder.isOpen(); }
 
-    /// Draws the next frame, unless ffmpeg has not come after yet, or waits a moment for the film to be whole; true when
-    /// it is. Throws FileWriteError when it can't be written or drawn; nothing is left of it then.
+    /// Draws the next frame, unless ffmpeg has not come after yet, or waits a moment for the film to be whole; true
+    /// when it is. Throws FileWriteError when it can't be written or drawn; nothing is left of it then.
     bool step();
 
     int getNumFrames() const { return __frame; }

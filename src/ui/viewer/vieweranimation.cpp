@@ -55,7 +55,8 @@ void ViewerAnimation::toggle() {
 }
 
 void ViewerAnimation::makeOneStep() {
-    const long long next = static_cast<long long>(__index) + (__forward ? __stepSize : -static_cast<long long>(__stepSize));
+    const long long next =
+        static_cast<long long>(__index) + (__forward ? __stepSize : -static_cast<long long>(__stepSize));
     setCurrentIndex(int(std::clamp(next, -1LL, static_cast<long long>(__painters.size()))));
 }
 

@@ -10,8 +10,8 @@
 
 namespace vorlen {
 
-/// Shows a row of painters one group after the other. Circular, it begins again behind the last; otherwise it turns back
-/// at both ends.
+/// Shows a row of painters one group after the other. Circular, it begins again behind the last; otherwise it turns
+/// back at both ends.
 class ViewerAnimation : public QObject {
     Q_OBJECT
 

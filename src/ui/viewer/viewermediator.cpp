@@ -295,9 +295,9 @@ void ViewerMediator::toggleAnimation() {
     constexpr int least = std::numeric_limits<int>::min(), most = std::numeric_limits<int>::max();
     const auto size =
         askForNumber("Animation step size", "Enter animation step size", __animation.getStepSize(), least, most);
-    const auto timeout = size ? askForNumber("Animation timeout", "Enter animation timeout", __animation.getTimeout(),
-                                             least, most)
-                              : std::nullopt;
+    const auto timeout =
+        size ? askForNumber("Animation timeout", "Enter animation timeout", __animation.getTimeout(), least, most)
+             : std::nullopt;
     if (!timeout)
         return;
     __animation.setStepSize(*size);

@@ -13,9 +13,9 @@ namespace vorlen {
 class VRLCreateVideoDialog;
 class ViewerCanvasGL;
 
-/// Records videos of a canvas: asks for the name of the file, records frame by frame while the window lives on, and tells
-/// what came of it. A name that is not given leaves everything as it was; "Stop" ends the film early, "Cancel" and the
-/// end of the canvas drop it.
+/// Records videos of a canvas: asks for the name of the file, records frame by frame while the window lives on, and
+/// tells what came of it. A name that is not given leaves everything as it was; "Stop" ends the film early, "Cancel"
+/// and the end of the canvas drop it.
 ///
 /// Decisions: the name is asked for before the recording, so that the film can be written as it grows and nothing lies
 /// on the disk beside it.

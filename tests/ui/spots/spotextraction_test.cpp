@@ -15,9 +15,9 @@
 #include "document/modelitem.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/stacks/vrlstack.h"
+#include "images/files/imagesourcefile.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
-#include "images/files/imagesourcefile.h"
 #include "support/dialogdriver.h"
 #include "support/documentmaker.h"
 #include "support/modalscript.h"
@@ -121,7 +121,8 @@ TEST_F(SpotExtractionTest, spotsArePreviewedCountedChosenAndAddedInOneStep) {
         table.setCurrentCell(1, 0);
         EXPECT_EQ(preview.getPlane(), 4);
         control<QSpinBox>(dialog, "Least size").setValue(8);
-        EXPECT_TRUE(QTest::qWaitFor([&] { return count(dialog) == "<b>3 spots</b>; left out: 1 too small"; }, 20000)) << count(dialog).toStdString();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return count(dialog) == "<b>3 spots</b>; left out: 1 too small"; }, 20000))
+            << count(dialog).toStdString();
         const QColor leftOut = preview.picture(4, QSize(columns, rows)).pixelColor(45, 10);
         EXPECT_GT(leftOut.red(), leftOut.green() + 100);
         const QColor kept = preview.picture(6, QSize(columns, rows)).pixelColor(20, 20);

@@ -45,7 +45,7 @@ protected:
     /// Frames of a film as raw colours.
     QList<QImage> framesOf(const QString& name, const QSize& size) {
         QProcess process;
-        process.start("ffmpeg", {"-v", "error", "-i", name, "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
+        process.start("ffmpeg", {"-v", "error", "-i", name, "-vsync", "0", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
         process.waitForFinished(30000);
         const QByteArray data = process.readAllStandardOutput();
         const qsizetype bytes = qsizetype(3) * size.width() * size.height();
@@ -67,9 +67,10 @@ protected:
     }
 
     Scene scene;
-    TriMesh<float> square = squareMesh(2, 0), other = meshOf<float>({vectorOf<float>({0, 0, 3}), vectorOf<float>({4, 0, 3}),
-                                                                     vectorOf<float>({0, 4, 3})},
-                                                                    {vectorOf<unsigned int>({0, 1, 2})});
+    TriMesh<float> square = squareMesh(2, 0),
+                   other = meshOf<float>(
+                       {vectorOf<float>({0, 0, 3}), vectorOf<float>({4, 0, 3}), vectorOf<float>({0, 4, 3})},
+                       {vectorOf<unsigned int>({0, 1, 2})});
     TriMeshPainterGL<float> red, blue;
     ViewerMediator mediator;
     QTemporaryDir folder;
@@ -103,8 +104,9 @@ ViewerCamera cameraWith(float y, float zoom) {
 
 TEST_F(VideoTest, aFilmHasTheFramesOfItsScriptInAnySize) {
     const VideoScript script = mediator.makeScript(VideoPath::Spinning, 9, 15);
-    for (const auto& [name, size, tolerance] :
-         {std::tuple("a.mp4", QSize(201, 100), 6.0), {"a.webm", QSize(200, 100), 8.0}, {"a.png", QSize(99, 75), 0.01}}) {
+    for (const auto& [name, size, tolerance] : {std::tuple("a.mp4", QSize(201, 100), 6.0),
+                                                {"a.webm", QSize(200, 100), 8.0},
+                                                {"a.png", QSize(99, 75), 0.01}}) {
         VideoRecorder recorder;
         recorder.start(scene.canvas, script, file(name), size, 15);
         while (!recorder.step())
@@ -114,7 +116,8 @@ TEST_F(VideoTest, aFilmHasTheFramesOfItsScriptInAnySize) {
         const QList<QImage> frames = framesOf(file(name), written);
         ASSERT_EQ(frames.size(), 9) << name;
         for (const int k : {0, 2, 8})
-            EXPECT_LT(difference(frames[k], scene.canvas.renderFrame(written, script.camera(k))), tolerance) << name << k;
+            EXPECT_LT(difference(frames[k], scene.canvas.renderFrame(written, script.camera(k))), tolerance)
+                << name << k;
         EXPECT_GT(difference(frames[0], frames[2]), 10);
     }
     EXPECT_EQ(files(), QStringList({"a.mp4", "a.png", "a.webm"})); // and nothing beside them
@@ -155,8 +158,9 @@ TEST_F(VideoTest, whatFailsIsToldAndLeavesNothing) {
     EXPECT_NE(failure("a.txt").find("A video's name ends with .mp4"), std::string::npos);
     EXPECT_FALSE(failure("gone/a.mp4").empty());
     {
-        const FakePath path("case $* in *-encoders*) echo ' V....D libx264 x';; *) echo 'av_write: No space left on device' >&2; "
-                            "exit 1;; esac\n");
+        const FakePath path(
+            "case $* in *-encoders*) echo ' V....D libx264 x';; *) echo 'av_write: No space left on device' >&2; "
+            "exit 1;; esac\n");
         EXPECT_EQ(failure("old.mp4"), "The disk is full");
     }
     {
@@ -205,7 +209,8 @@ TEST_F(VideoTest, theDialogRecordsStopsAndCancels) {
         ModalScript user;
         user.thenChoose({file(name)});
         button(*dialog, " Record ").click();
-        EXPECT_TRUE(QTest::qWaitFor([&] { return control<QLabel>(*dialog, "Number of frames").text().toInt() > 2; }, 20000));
+        EXPECT_TRUE(
+            QTest::qWaitFor([&] { return control<QLabel>(*dialog, "Number of frames").text().toInt() > 2; }, 20000));
         button(*dialog, end).click();
         EXPECT_TRUE(QTest::qWaitFor([&] { return !mediator.video().isRecording(); }, 20000));
     };
@@ -274,8 +279,8 @@ TEST(ViewerMotion, turnsStepByStepFromWhereTheSceneIs) {
     EXPECT_LT(spinning.getRotation().distance(vectorOf<float>({0, 30, 0})), 1e-3);
     spinning.setRotation(vectorOf<float>({90, 0, 0})); // seen from above it turns about its own axis
     spinning.step();
-    const Matrix<float> turned = Maths::yRotationMatrix3D(Maths::toRadians(20.0f)) *
-                                 Maths::xRotationMatrix3D(Maths::toRadians(90.0f));
+    const Matrix<float> turned =
+        Maths::yRotationMatrix3D(Maths::toRadians(20.0f)) * Maths::xRotationMatrix3D(Maths::toRadians(90.0f));
     const Vector<float>& angles = spinning.getRotation();
     const Matrix<float> found = Maths::xRotationMatrix3D(Maths::toRadians(angles[0])) *
                                 Maths::yRotationMatrix3D(Maths::toRadians(angles[1])) *

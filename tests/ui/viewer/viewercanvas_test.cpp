@@ -263,10 +263,11 @@ TEST(ViewerCanvasGL, transparentPaintersFollowTheOpaqueOnesWhereverTheyStandInTh
 TEST(ViewerCanvasGL, translucentSurfacesLookRightFromEverySide) {
     const TriMesh<float> core = squareMesh(4, 0);
     using U = unsigned int;
-    TriMesh<float> shell = meshOf<float>({vectorOf<float>({-4, -4, -3}), vectorOf<float>({4, -4, -3}), vectorOf<float>({4, 4, -3}),
-                           vectorOf<float>({-4, 4, -3}), vectorOf<float>({-4, -4, 3}), vectorOf<float>({4, -4, 3}),
-                           vectorOf<float>({4, 4, 3}), vectorOf<float>({-4, 4, 3})},
-                          {vectorOf<U>({0, 1, 2}), vectorOf<U>({0, 2, 3}), vectorOf<U>({4, 5, 6}), vectorOf<U>({4, 6, 7})});
+    TriMesh<float> shell =
+        meshOf<float>({vectorOf<float>({-4, -4, -3}), vectorOf<float>({4, -4, -3}), vectorOf<float>({4, 4, -3}),
+                       vectorOf<float>({-4, 4, -3}), vectorOf<float>({-4, -4, 3}), vectorOf<float>({4, -4, 3}),
+                       vectorOf<float>({4, 4, 3}), vectorOf<float>({-4, 4, 3})},
+                      {vectorOf<U>({0, 1, 2}), vectorOf<U>({0, 2, 3}), vectorOf<U>({4, 5, 6}), vectorOf<U>({4, 6, 7})});
     shell.computeNormals();
     TriMeshPainterGL<float> red, green;
     red.setShape(shell);
