@@ -27,7 +27,7 @@ VRLSpotExtractionProcess::VRLSpotExtractionProcess(QObject* parent) : QObject(pa
     ModelItemProperties& look = __previewModel.getItemProperties();
     look.setPointSize(1);
     look.setVertexSymbol(DotSymbol);
-    look.setSymbolFilling(true);
+    look.setVertexSymbolFilling(true);
     look.setColor(255, 255, 0);
 }
 

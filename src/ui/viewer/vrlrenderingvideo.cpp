@@ -32,6 +32,10 @@ VRLRenderingVideo::VRLRenderingVideo(QObject* parent) : QObject(parent) {
 
 VRLRenderingVideo::~VRLRenderingVideo() = default;
 
+VRLCreateVideoDialog* VRLRenderingVideo::getDialog() const {
+    return __dialog;
+}
+
 void VRLRenderingVideo::initialize(ViewerCanvasGL& canvas) {
     if (__dialog == nullptr || __canvas != &canvas) {
         cleanVideo();

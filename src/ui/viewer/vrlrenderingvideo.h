@@ -34,7 +34,8 @@ public:
     /// Opens the dialog beside the canvas, or brings the one that is open to the front.
     void initialize(ViewerCanvasGL& canvas);
 
-    VRLCreateVideoDialog* getDialog() const { return __dialog; }
+    /// Null without one.
+    VRLCreateVideoDialog* getDialog() const;
     bool isRecording() const { return __recorder.isRunning(); }
 
 public slots:

@@ -61,7 +61,9 @@ protected:
                 }
             const std::string file = folder.filePath(QString("%1.tif").arg(k)).toStdString();
             ImageWriter().write(image, file, true);
-            stack.getSlice(k).setImageSource(ImageSourceFile(file));
+            ImageSourceFile source;
+            source.setFilename(file);
+            stack.getSlice(k).setImageSource(source);
         }
         stack.setDefaultSliceSpacing(2);
         canvas.resize(400, 300);
