@@ -43,4 +43,7 @@ int transferCommand(const QStringList& arguments);
 /// Removes from the models of each stack what lies outside of a reference, and writes it anew.
 int filterCommand(const QStringList& arguments);
 
+/// Finds the spots in the images of each stack and writes it, with them, into a directory.
+int spotsCommand(const QStringList& arguments);
+
 } // namespace vorlen

@@ -66,6 +66,7 @@
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/spots/vrlspotextractionprocess.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
 #include "ui/widgets/plaintext.h"
 #include "ui/widgets/vrlmenu.h"
@@ -136,7 +137,7 @@ void VRLRootMediator::bindProcessCommands() {
     });
     __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
     __commands.bind("models.transfer", [this] { runStackModelExchangeDialog(); }).enableWhen(severalStacks);
-    __commands.command("stack.findSpots").enableWhen(stack);
+    __commands.bind("stack.findSpots", [this] { runSpotExtraction(); }).enableWhen(stack);
     __commands.command("stacks.normalize").enableWhen(severalStacks);
     __commands.bind("models.filter", [this] { runModelFilterDialog(); }).enableWhen(stack);
     __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
@@ -868,6 +869,16 @@ void VRLRootMediator::showContrast() {
     __contrast->show();
     __contrast->raise();
     __contrast->activateWindow();
+}
+
+void VRLRootMediator::runSpotExtraction() {
+    if (__stack == nullptr)
+        return;
+    VRLSpotExtractionProcess process;
+    process.setCanvas(__sliceWidget->getCanvas());
+    process.run(*__stack);
+    if (const int n = process.getNumSpots(); n > 0)
+        __statusBar->setMessage(QString("Added %1 %2.").arg(n).arg(n == 1 ? "spot" : "spots"));
 }
 
 void VRLRootMediator::goTo(int position) {

@@ -121,6 +121,7 @@ public slots:
     /// One window for a stack: an open one comes to the front.
     void registerCurrentStack();
     void renderCurrentStack();
+    void runSpotExtraction();
     void runAnalysis();
     /// Lists, for each open stack, how far the points of the model "spotBarycenters" lie from the surface of the model
     /// "cell". Stacks where this cannot be told are named in a message.
