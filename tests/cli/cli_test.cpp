@@ -813,6 +813,10 @@ TEST_F(CommandLineTest, renderRefusesWithoutADisplayWhatCannotBeDrawn) {
     // The program itself needs nothing of windows. (The library of image features brings libGLX along.)
     EXPECT_EQ(shell(sample->path(), std::string("ldd ") + VORLEN_CLI + " | grep -c -e Qt6Gui -e Qt6OpenGL").output,
               "0\n");
+    EXPECT_EQ(shell(sample->path(),
+                    std::string("objdump -p ") + VORLEN_CLI + " | grep NEEDED | grep -c -e Qt6Gui -e libGL -e libX11")
+                  .output,
+              "0\n");
 }
 
 } // namespace vorlen
