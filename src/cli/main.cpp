@@ -31,6 +31,7 @@ constexpr Command commands[] = {
     {"register", registerCommand, "a new stack whose slices are brought onto each other by their images"},
     {"normalize", normalizeCommand, "several stacks in one space: registered shapes and their means"},
     {"density", densityCommand, "where the points of several specimens concentrate, as volume and surfaces"},
+    {"compare", compareCommand, "where groups of specimens differ, by a permutation test"},
 };
 
 void printHelp() {
@@ -47,7 +48,7 @@ void printHelp() {
 bool takesValue(const QString& word) {
     static const QStringList flags = {"--overwrite",    "--models-only", "--invert",  "--open",   "--calibrated",
                                       "--no-alignment", "--fix",         "--codes",   "--pixels", "--keep-order",
-                                      "--error",        "--gzip",        "--dry-run", "--help",   "-h"};
+                                      "--error",        "--gzip",        "--dry-run", "--shapes", "--help",   "-h"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 
