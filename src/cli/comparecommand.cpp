@@ -93,9 +93,8 @@ public:
 
 private:
     std::size_t numSignificant() const {
-        return std::size_t(std::count_if(__result.p.begin(), __result.p.end(), [this](float p) {
-            return double(p) <= __comparison.alpha;
-        }));
+        return std::size_t(std::count_if(__result.p.begin(), __result.p.end(),
+                                         [this](float p) { return double(p) <= __comparison.alpha; }));
     }
 
     /// Mean of the second group less that of the first; nothing for more groups.
@@ -119,8 +118,8 @@ private:
             std::cout << "Group " << __comparison.specimens.groupNames[g] << ": " << sizes[g] << " specimens\n";
         std::cout << __statistic.name() << " at " << __result.statistic.size() << " places, "
                   << __result.numPermutations << (__result.exact ? " permutations, all there are\n" : " permutations\n")
-                  << "p <= " << shortNumber(__comparison.alpha) << ", corrected for all places, at "
-                  << numSignificant() << " places; the least p is " << shortNumber(__result.least) << '\n';
+                  << "p <= " << shortNumber(__comparison.alpha) << ", corrected for all places, at " << numSignificant()
+                  << " places; the least p is " << shortNumber(__result.least) << '\n';
         for (std::size_t c = 0; c < std::min<std::size_t>(10, __result.clusters.size()); ++c) {
             const Cluster& cluster = __result.clusters[c];
             std::cout << "Cluster of " << cluster.numPlaces << " places, mass " << shortNumber(cluster.mass)
@@ -347,7 +346,7 @@ bool readComparison(const CommandLine& line, Comparison& comparison) {
     const std::optional<int> permutations = line.integer("permutations", 1, 100000000);
     const std::optional<int> seed = permutations ? line.integer("seed", 0, 2147483647) : std::nullopt;
     const std::optional<double> alpha = seed ? line.number("alpha", 1e-9, 1) : std::nullopt;
-    const std::optional<double> cluster = !alpha ? std::nullopt
+    const std::optional<double> cluster = !alpha                  ? std::nullopt
                                           : line.isSet("cluster") ? line.number("cluster", 1e-9, 1e9)
                                                                   : std::optional(0.);
     if (!cluster || !readDensityOptions(line, comparison.mapping.settings, comparison.mapping.resolution) ||
@@ -384,8 +383,8 @@ void addOptions(CommandLine& line) {
     line.addOption({"name"}, "Name that the files begin with.", "name", "comparison");
     line.addOption({"groups"}, "How many files each group has, in their order: 5,5 say.", "sizes");
     line.addOption({"names"}, "Names of the groups: control,treated say.", "names");
-    line.addOption({"table"}, "A table of files and groups in place of both: a line for each file, a tabulator between.",
-                   "file");
+    line.addOption({"table"},
+                   "A table of files and groups in place of both: a line for each file, a tabulator between.", "file");
     line.addFlag("shapes", "Compare the places of vertices that correspond, those of normalized shapes.");
     addDensityOptions(line, "kernel");
     line.addOption({"mask"}, "A closed surface (.qm) outside of which the density is 0; may be given several times.",

@@ -63,8 +63,8 @@ bool readGroups(const CommandLine& line, SpecimenList& list) {
         bool good = false;
         const int size = word.toInt(&good);
         if (!good || size < 1 || std::size_t(size) > list.files.size()) {
-            line.usageError("--groups takes the numbers of files of the groups, 5,5 say, not '" +
-                            line.value("groups") + "'");
+            line.usageError("--groups takes the numbers of files of the groups, 5,5 say, not '" + line.value("groups") +
+                            "'");
             return false;
         }
         list.groups.insert(list.groups.end(), std::size_t(size), static_cast<int>(list.groupNames.size()));

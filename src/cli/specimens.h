@@ -36,10 +36,10 @@ struct SpecimenMapping {
 
 /// Values of specimens at the same places.
 struct SpecimenValues {
-    std::vector<std::vector<float>> values;      ///< of each specimen: one for each place, or three for forms
-    bool isForm = false;                         ///< vertices that correspond; else a map
-    std::optional<MapLattice<float>> lattice;    ///< where the elements of maps lie
-    std::optional<LengthUnit> unit;              ///< that the files tell
+    std::vector<std::vector<float>> values;   ///< of each specimen: one for each place, or three for forms
+    bool isForm = false;                      ///< vertices that correspond; else a map
+    std::optional<MapLattice<float>> lattice; ///< where the elements of maps lie
+    std::optional<LengthUnit> unit;           ///< that the files tell
 };
 
 /// Density maps of point patterns over one box, by one bandwidth, the mean of those of the specimens unless one is set;

@@ -204,12 +204,8 @@ private:
         const double determinant = w[0] * c0 + w[1] * c1 + w[2] * c2;
         if (!(determinant > 0))
             return; // no specimen moves: the statistic is 0
-        const double inverse[6] = {c0,
-                                   c1,
-                                   c2,
-                                   w[0] * w[5] - w[2] * w[2],
-                                   w[1] * w[2] - w[0] * w[4],
-                                   w[0] * w[3] - w[1] * w[1]};
+        const double inverse[6] = {
+            c0, c1, c2, w[0] * w[5] - w[2] * w[2], w[1] * w[2] - w[0] * w[4], w[0] * w[3] - w[1] * w[1]};
         for (std::size_t k = 0; k < 6; ++k)
             __inverses[6 * p + k] = float(inverse[k] / determinant);
     }

@@ -31,8 +31,7 @@ public:
     virtual void evaluate(const std::vector<int>& dealing, std::size_t first, std::size_t last, float* out) const = 0;
 
 protected:
-    GroupStatistic(int numSpecimens, std::size_t numPlaces)
-        : __numSpecimens(numSpecimens), __numPlaces(numPlaces) {}
+    GroupStatistic(int numSpecimens, std::size_t numPlaces) : __numSpecimens(numSpecimens), __numPlaces(numPlaces) {}
 
 private:
     int __numSpecimens;

@@ -21,19 +21,19 @@ struct PermutationMaxima {
 /// Places next to each other, all above the threshold and with the statistic of one sign.
 struct Cluster {
     std::size_t numPlaces = 0;
-    double mass = 0;      ///< sum over the places of what the statistic's absolute value has above the threshold
-    float peak = 0;       ///< statistic that is greatest in absolute value
+    double mass = 0; ///< sum over the places of what the statistic's absolute value has above the threshold
+    float peak = 0;  ///< statistic that is greatest in absolute value
     std::size_t peakPlace = 0;
-    double p = 1;         ///< share of the dealings with a cluster of at least this mass
+    double p = 1; ///< share of the dealings with a cluster of at least this mass
 };
 
 /// What a finished test tells.
 struct PermutationResult {
-    std::vector<float> statistic; ///< at each place, for the dealing that was observed
-    std::vector<float> p;         ///< at each place, corrected for all places
+    std::vector<float> statistic;  ///< at each place, for the dealing that was observed
+    std::vector<float> p;          ///< at each place, corrected for all places
     std::vector<Cluster> clusters; ///< the one of the greatest mass first
-    double least = 1;             ///< of p
-    float critical = 0;           ///< the statistic from which on p is at most alpha
+    double least = 1;              ///< of p
+    float critical = 0;            ///< the statistic from which on p is at most alpha
     std::uint64_t numPermutations = 0;
     bool exact = false;
 };
@@ -41,15 +41,16 @@ struct PermutationResult {
 /// Permutation test with the maximum statistic: at each place the share of the dealings of specimens to groups whose
 /// greatest statistic, anywhere, reaches what was observed there. Under the hypothesis that the groups do not differ,
 /// the probability that any place at all has p <= alpha is at most alpha (family-wise error), whatever the dependence
-/// of places. Sources: P. H. Westfall, S. S. Young, Resampling-Based Multiple Testing, 1993; T. E. Nichols, A. P. Holmes,
-/// Human Brain Mapping 15, 2001; clusters by their mass: E. T. Bullmore et al., IEEE Trans. Medical Imaging 18, 1999.
+/// of places. Sources: P. H. Westfall, S. S. Young, Resampling-Based Multiple Testing, 1993; T. E. Nichols, A. P.
+/// Holmes, Human Brain Mapping 15, 2001; clusters by their mass: E. T. Bullmore et al., IEEE Trans. Medical Imaging 18,
+/// 1999.
 ///
 /// Signed statistics are taken by their absolute values: the test has two sides. The observed dealing is one of the
 /// list, so that no p is 0. Statistics equal but for rounding count as equal.
 ///
 /// A list can be done in stretches, on several machines, whose maxima are the same bits as those of one run, for any
-/// number of threads. Without clusters memory is that of the statistic and a few floats for each dealing; with them a map
-/// for each thread more.
+/// number of threads. Without clusters memory is that of the statistic and a few floats for each dealing; with them a
+/// map for each thread more.
 class PermutationTest : public virtual ProgressSubject {
 public:
     /// Both are seen, not owned. Throws SizeError when they tell different numbers of specimens.

@@ -755,12 +755,13 @@ TEST(CommandLine, compareFindsWhereGroupsDifferWholeOrInParts) {
     folder.write("t.tsv", table);
     const Outcome whole = cli(folder, "compare --table t.tsv -o out -r 4 -b 5 --cluster 2 --unit um");
     ASSERT_EQ(whole.status, 0) << whole.output;
-    EXPECT_TRUE(contains(whole, "70 permutations, all there are"));
-    EXPECT_TRUE(contains(whole, "Group treated: 4 specimens"));
+    for (const char* word : {"70 permutations, all there are", "Group treated: 4 specimens"})
+        EXPECT_NE(whole.output.find(word), std::string::npos) << whole.output;
     const std::string summary = folder.read("out/comparison.json");
     EXPECT_NE(summary.find("\"leastP\": 0.028571428571428571"), std::string::npos) << summary; // 2 of 70
     const VoxelMatrix<float> difference(folder.file("out/comparison-difference.vm"));
     Vector<int> most(3);
+    most.fill(0);
     for (int k = 0; k < difference.getSize3(); ++k)
         for (int i = 0; i < difference.getSize1(); ++i)
             for (int j = 0; j < difference.getSize2(); ++j)

@@ -28,8 +28,10 @@ std::vector<int> twoGroups(int first, int second) {
 Rows noise(int numSpecimens, int numPlaces, unsigned int seed) {
     std::mt19937 random(seed);
     std::normal_distribution<float> normal;
-    Rows rows(std::size_t(numSpecimens), std::vector<float>(std::size_t(numPlaces)));
+    Rows rows;
+    rows.resize(std::size_t(numSpecimens));
     for (std::vector<float>& row : rows) {
+        row.resize(std::size_t(numPlaces));
         float value = normal(random);
         for (float& place : row) {
             value = 0.8f * value + 0.6f * normal(random);
