@@ -1,6 +1,6 @@
 #include "ui/density/vrldensitymap.h"
 
-#include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "images/files/nrrdwriter.h"
@@ -23,6 +23,8 @@ std::vector<Shape<float>*> copies(const std::vector<const Shape<float>*>& shapes
     owned.reserve(shapes.size());
     for (const Shape<float>* shape : shapes) {
         owned.emplace_back(shape->clone());
+        owned.back()->detach();
+        owned.back()->setName(shape->getName());
         seen.push_back(owned.back().get());
     }
     return seen;
@@ -106,7 +108,11 @@ DensityMapView& VRLDensityMap::addView(const VRLDensityMapViewConfig& config) {
     } else {
         view->level = config.viewType == DensityViewType::Percentile ? percentile(config.percentile) : config.threshold;
         MarchingCubes<float> cubes;
+        if (!std::isfinite(view->level))
+            throw UsageError("VRLDensityMap::addView(...)", "The density there is not finite");
         view->surface = std::make_unique<TriMesh<float>>(cubes.buildMesh(__matrix, view->level, true));
+        if (view->surface->getNumVertices() == 0)
+            throw UsageError("VRLDensityMap::addView(...)", "The map has no surface at this density");
         lattice().toCoordinates(*view->surface);
         auto painter = std::make_unique<TriMeshPainterGL<float>>();
         ShapePainterAttributesGL attributes = painter->getAttributes();

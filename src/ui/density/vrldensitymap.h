@@ -74,7 +74,7 @@ public:
     /// Density below which so many percent of the points lie.
     float percentile(float percent) const;
 
-    /// Makes the view and adds it.
+    /// Makes the view and adds it. Throws UsageError when there is no surface at the density.
     DensityMapView& addView(const VRLDensityMapViewConfig& config);
     void removeView(const DensityMapView& view);
     const std::vector<std::unique_ptr<DensityMapView>>& getViews() const { return __views; }

@@ -15,7 +15,7 @@
 #include "normalization/maplattice.h"
 #include "numerics/exception.h"
 #include "shapes/quadmesh.h"
-#include "ui/session/vrlconfig.h"
+#include ""
 #include "ui/widgets/vrldecimalbox.h"
 
 namespace vorlen {
@@ -85,7 +85,7 @@ void VRLDensityMappingDialog::fillLists() {
             continue;
         const auto* mesh = dynamic_cast<const QuadMesh<float>*>(shape);
         const int type = shape->getShapeType();
-        QListWidget* list = mesh != nullptr ? (type == 4 ? __masks : nullptr) : type == 6 || type == 7 ? __patterns : nullptr;
+        QListWidget* list = mesh != nullptr ? (type == ClosedQuadMeshType ? __masks : nullptr) : type == VerticesType || type == VertexStackType ? __patterns : nullptr;
         if (list == nullptr)
             continue;
         auto* item = new QListWidgetItem(__shapes[i].name, list);
