@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -15,7 +16,6 @@
 #include "normalization/maplattice.h"
 #include "numerics/exception.h"
 #include "shapes/quadmesh.h"
-#include ""
 #include "ui/widgets/vrldecimalbox.h"
 
 namespace vorlen {
@@ -73,8 +73,10 @@ VRLDensityMappingDialog::VRLDensityMappingDialog(const std::vector<DensityShape>
     connect(__configureAs, &QComboBox::currentIndexChanged, this, &VRLDensityMappingDialog::takeConfig);
     const QSize size = QSettings().value("densityMappingDialog/size", QSize(560, 560)).toSize();
     resize(size);
-    if (QSettings().contains("densityMappingDialog/pos"))
-        move(storedPosition("densityMappingDialog/pos", size));
+    const QPoint position = QSettings().value("densityMappingDialog/pos").toPoint();
+    // A place on a screen that is gone would hide the dialog.
+    if (!position.isNull() && QGuiApplication::screenAt(position) != nullptr)
+        move(position);
     refresh();
 }
 
@@ -85,7 +87,9 @@ void VRLDensityMappingDialog::fillLists() {
             continue;
         const auto* mesh = dynamic_cast<const QuadMesh<float>*>(shape);
         const int type = shape->getShapeType();
-        QListWidget* list = mesh != nullptr ? (type == ClosedQuadMeshType ? __masks : nullptr) : type == VerticesType || type == VertexStackType ? __patterns : nullptr;
+        QListWidget* list = mesh != nullptr ? (type == ClosedQuadMeshType ? __masks : nullptr)
+                            : type == VerticesType || type == VertexStackType ? __patterns
+                                                                              : nullptr;
         if (list == nullptr)
             continue;
         auto* item = new QListWidgetItem(__shapes[i].name, list);

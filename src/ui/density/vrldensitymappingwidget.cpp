@@ -297,8 +297,7 @@ void VRLDensityMappingWidget::saveButtonClick() {
     const QString file =
         QFileDialog::getSaveFileName(this, "Save density map", map->getConfig().name, "Voxel matrices (*.vm)");
     if (!file.isEmpty())
-        guarded(this, "The density map could not be saved.",
-                [&] { map->save(QFile::encodeName(file).toStdString()); });
+        guarded(this, "The density map could not be saved.", [&] { map->save(QFile::encodeName(file).toStdString()); });
 }
 
 void VRLDensityMappingWidget::infoButtonClick() {
@@ -306,9 +305,9 @@ void VRLDensityMappingWidget::infoButtonClick() {
     if (map == nullptr)
         return;
     const DensityReport& report = map->getReport();
-    QStringList lines = {map->getConfig().name, QString("Densities from %1 to %2")
-                                                    .arg(shortText(double(report.least)),
-                                                         shortText(double(report.greatest)))};
+    QStringList lines = {
+        map->getConfig().name,
+        QString("Densities from %1 to %2").arg(shortText(double(report.least)), shortText(double(report.greatest)))};
     for (const std::string& note : report.notes)
         lines.append(QString::fromStdString(note));
     QMessageBox box(QMessageBox::Information, "Density map", lines.join('\n'), QMessageBox::Ok, this);

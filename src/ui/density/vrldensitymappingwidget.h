@@ -25,8 +25,8 @@ class ViewerCanvasGL;
 ///
 /// Maps and views belong to the widget, and outlive the shapes that they were made of, so that a new normalization
 /// leaves them as they are. A surface has the colour of its density on the scale below the list, which is that of the
-/// selected map; a surface's entry tells its density and, where it was asked for by one, its percentile. The canvas must
-/// outlive the widget, or be taken away by setCanvas(nullptr).
+/// selected map; a surface's entry tells its density and, where it was asked for by one, its percentile. The canvas
+/// must outlive the widget, or be taken away by setCanvas(nullptr).
 class VRLDensityMappingWidget : public QWidget {
     Q_OBJECT
 

@@ -71,7 +71,8 @@ protected:
         layout->addWidget(widget);
         canvas->addPainter(maskPainter);
         widget->setCanvas(canvas);
-        widget->setShapes({{"one / first", &firstPainter}, {"two / second", &secondPainter}, {"mean / body", &maskPainter}});
+        widget->setShapes(
+            {{"one / first", &firstPainter}, {"two / second", &secondPainter}, {"mean / body", &maskPainter}});
         window.resize(1000, 700);
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
@@ -152,7 +153,8 @@ TEST_F(DensityWindow, aNewUserMakesAMapLooksAtItSavesAndDeletesIt) {
     const BoundingBox<float> box = view.surface->boundingBox();
     EXPECT_LT(box.min(0), -1);
     EXPECT_GT(box.max(0), 21);
-    EXPECT_TRUE(tree().currentItem()->text(0).contains("percentile 50, density ")) << tree().currentItem()->text(0).toStdString();
+    EXPECT_TRUE(tree().currentItem()->text(0).contains("percentile 50, density "))
+        << tree().currentItem()->text(0).toStdString();
     EXPECT_TRUE(widget->findChild<ShapeViewerAttributesEditor*>()->isEnabled());
     QApplication::processEvents();
     keepPicture("density-percentile");
