@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QHBoxLayout>
 #include <QListWidget>
 #include <QPushButton>
