@@ -34,6 +34,9 @@ int normalizeCommand(const QStringList& arguments);
 /// Writes the density map of point patterns, and its surfaces, into a directory.
 int densityCommand(const QStringList& arguments);
 
+/// Writes where groups of specimens differ, by a permutation test, into a directory.
+int compareCommand(const QStringList& arguments);
+
 /// Writes each stack, with its slices registered on each other, into a directory.
 int registerCommand(const QStringList& arguments);
 

@@ -34,6 +34,7 @@ constexpr Command commands[] = {
     {"spots", spotsCommand, "the bright spots of a stack's images, measured and as point models in a new stack"},
     {"normalize", normalizeCommand, "several stacks in one space: registered shapes and their means"},
     {"density", densityCommand, "where the points of several specimens concentrate, as volume and surfaces"},
+    {"compare", compareCommand, "where groups of specimens differ, by a permutation test"},
 };
 
 void printHelp() {
@@ -51,7 +52,7 @@ bool takesValue(const QString& word) {
     static const QStringList flags = {
         "--overwrite", "--models-only", "--invert", "--open", "--calibrated", "--no-alignment", "--fix",  "--codes",
         "--pixels",    "--keep-order",  "--error",  "--gzip", "--dry-run",    "--world",        "--help", "-h", "--one-model",
-        "--spheres",      "--no-border",   "--no-split", "--video"};
+        "--spheres",      "--no-border",   "--no-split", "--video", "--shapes"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 

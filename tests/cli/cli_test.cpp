@@ -737,6 +737,59 @@ TEST(CommandLine, densityWritesAMapAndItsSurfaces) {
     EXPECT_EQ(cli(folder, "density none.vx").status, 3);
 }
 
+// Four specimens of two groups with their points elsewhere: whole, in parts, from maps, and as shapes.
+TEST(CommandLine, compareFindsWhereGroupsDifferWholeOrInParts) {
+    const TemporaryFolder folder;
+    std::string table = "file\tgroup\n", points;
+    for (int s = 0; s < 8; ++s) {
+        std::string text = "# 6\n# 3\n# 40\n";
+        for (int i = 0; i < 40; ++i) // spread over the box, but for a heap that the second group has
+            text += s >= 4 && i < 12 ? std::to_string(30 + (i + s) % 4) + " " + std::to_string(30 + i % 3) + " 30\n"
+                                     : std::to_string((i * 7 + s * 3) % 41) + " " + std::to_string((i * 11 + s) % 41) +
+                                           " " + std::to_string((i * 17 + s * 5) % 41) + "\n";
+        const std::string name = "s" + std::to_string(s) + ".vx";
+        folder.write(name, text);
+        points += " " + name;
+        table += name + (s < 4 ? "\tcontrol\n" : "\ttreated\n");
+    }
+    folder.write("t.tsv", table);
+    const Outcome whole = cli(folder, "compare --table t.tsv -o out -r 4 -b 5 --cluster 2 --unit um");
+    ASSERT_EQ(whole.status, 0) << whole.output;
+    for (const char* word : {"70 permutations, all there are", "Group treated: 4 specimens"})
+        EXPECT_NE(whole.output.find(word), std::string::npos) << whole.output;
+    const std::string summary = folder.read("out/comparison.json");
+    EXPECT_NE(summary.find("\"leastP\": 0.028571428571428571"), std::string::npos) << summary; // 2 of 70
+    const VoxelMatrix<float> difference(folder.file("out/comparison-difference.vm"));
+    Vector<int> most(3);
+    most.fill(0);
+    for (int k = 0; k < difference.getSize3(); ++k)
+        for (int i = 0; i < difference.getSize1(); ++i)
+            for (int j = 0; j < difference.getSize2(); ++j)
+                if (difference(i, j, k) > difference(most[0], most[1], most[2]))
+                    most[0] = i, most[1] = j, most[2] = k;
+    for (int a = 0; a < 3; ++a)
+        EXPECT_NEAR((most[a] + 0.5) * 4, 31, 4);
+    EXPECT_TRUE(std::filesystem::exists(folder.file("out/comparison-significant.tm")));
+    // In parts the same bytes come out.
+    const std::string same = " --groups 4,4 --names control,treated -r 4 -b 5 --cluster 2 --unit um";
+    for (const char* part : {"2/3", "1/3", "3/3"})
+        EXPECT_EQ(cli(folder, "compare -o parts --chunk " + std::string(part) + same + points).status, 0);
+    std::string merge = " --merge parts/comparison-part-1-of-3.json --merge parts/comparison-part-3-of-3.json";
+    EXPECT_EQ(cli(folder, "compare -o parts" + merge + same + points).status, 1) << "a part lacks";
+    merge += " --merge parts/comparison-part-2-of-3.json";
+    EXPECT_EQ(cli(folder, "compare -o parts --overwrite" + merge + same + points).status, 0);
+    EXPECT_EQ(folder.read("parts/comparison-p.vm"), folder.read("out/comparison-p.vm"));
+    EXPECT_EQ(folder.read("parts/comparison-significant.tm"), folder.read("out/comparison-significant.tm"));
+    EXPECT_EQ(cli(folder, "compare -o other --seed 2" + merge + same + points).status, 1) << "of another test";
+    // The shapes themselves, whose vertices correspond.
+    EXPECT_EQ(cli(folder, "compare -o forms --shapes --groups 4,4" + points).status, 0);
+    EXPECT_EQ(folder.read("forms/comparison.csv").substr(0, 34), "vertex,x,y,z,dx,dy,dz,statistic,p\n");
+    for (const char* wrong : {" --groups 4,5", " --groups 8,x", "", " --groups 4,4 --chunk 4/3", " --table t.tsv",
+                              " --groups 4,4 --names one", " --groups 4,4 --alpha 0"})
+        EXPECT_EQ(cli(folder, "compare -o wrong" + std::string(wrong) + points).status, 2) << wrong;
+    EXPECT_EQ(cli(folder, "compare -o wrong --table none.tsv").status, 3);
+}
+
 namespace {
 
 /// The command on a virtual display of its own. A leak checker would find what the drivers of OpenGL keep.
