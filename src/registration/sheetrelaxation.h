@@ -1,0 +1,67 @@
+#pragma once
+
+#include <vector>
+
+#include "numerics/planepoint.h"
+
+namespace vorlen {
+
+/// Elastic sheets, one for each section of a stack, that lie over each other and are tied together where something was
+/// found to belong together, and come to rest all at once (Saalfeld, Fetter, Cardona and Tomancak 2012).
+///
+/// A sheet is a grid of nodes, each of which has moved some way. Springs between neighbouring nodes, and stiffness
+/// against bends, hold the ways alike; ties pull on their differences. At rest the sum of the squared disagreements,
+/// weighted, and of the squared strains is least. Ties that disagree with the rest lose their weight (iteratively
+/// reweighted least squares, with the weights of Geman and McClure 1987). The system is sparse, and solved by
+/// conjugate gradients (Hestenes and Stiefel 1952), x and y each for itself.
+class SheetRelaxation {
+public:
+    /// Stiffness against that of a tie of weight 1 at each node.
+    explicit SheetRelaxation(double stiffness = 1) : __stiffness(stiffness) {}
+
+    /// Adds a sheet; its number counts from 0. At least two rows and columns.
+    void addSheet(int rows, int columns);
+
+    /// The nodes of this sheet stay as they are, their ways 0.
+    void hold(int sheet) { __sheets[std::size_t(sheet)].held = true; }
+    bool isHeld(int sheet) const { return __sheets[std::size_t(sheet)].held; }
+
+    /// The way of a node should be that of another sheet at a place, (row, column) in its grid and decimals, plus the
+    /// difference. A place outside of the grid is taken to its border.
+    void tie(int sheet, int row, int column, int other, double otherRow, double otherColumn, PlanePoint difference,
+             double weight);
+    void clearTies() { __ties.clear(); }
+    int numTies() const { return int(__ties.size()); }
+
+    /// Disagreements up to the tolerance are taken as they come.
+    void relax(double tolerance);
+
+    const PlanePoint& way(int sheet, int row, int column) const;
+
+private:
+    struct Sheet {
+        int rows = 0, columns = 0;
+        int first = 0; ///< of its nodes
+        bool held = false;
+    };
+    struct Tie {
+        int node = 0;
+        int others[4] = {0, 0, 0, 0};
+        double shares[4] = {0, 0, 0, 0};
+        PlanePoint difference{0, 0};
+        double weight = 1, trust = 1;
+    };
+    using Values = std::vector<double>;
+
+    double disagreement(const Tie& tie) const;
+    Values pull(const Values& ways) const;
+    void pullSheet(const Sheet& sheet, const Values& ways, Values& sum) const;
+    void solve(double PlanePoint::*side);
+
+    double __stiffness;
+    std::vector<Sheet> __sheets;
+    std::vector<Tie> __ties;
+    std::vector<PlanePoint> __ways;
+};
+
+} // namespace vorlen
