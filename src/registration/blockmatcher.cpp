@@ -137,7 +137,7 @@ cv::Mat warped(const Raster& raster, const ElasticField& field, const RigidMotio
 /// False when the block says nothing; the shift in pixels.
 bool findBlock(const cv::Mat& block, const cv::Mat& search, double deviation, PlanePoint& shift, double& correlation) {
     const Spread known = spreadOf(block), around = spreadOf(search);
-    if (known.known < 1 - mostNothing || around.known < 1 - mostNothing || known.deviation < leastContrast * deviation)
+    if (known.known < 1 - mostNothing || around.known < 0.4 || known.deviation < leastContrast * deviation)
         return false;
     cv::Mat fit;
     cv::matchTemplate(filled(search, around.mean), filled(block, known.mean), fit, cv::TM_CCOEFF_NORMED);
@@ -161,22 +161,26 @@ std::vector<BlockMatch> BlockMatcher::match(const Side& source, const Side& targ
     const Raster& other = target.picture.raster(reduction);
     if (grid.grey.empty() || other.grey.empty())
         return matches;
-    const cv::Mat own = warped(grid, source.field, {}, grid);
-    const cv::Mat onto = warped(other, target.field, target.place.inverse() * source.place, grid);
     const int side = std::max(2, int(std::ceil(reach / reduction)));
-    const cv::Rect all(0, 0, own.cols, own.rows);
+    const cv::Mat onto = warped(other, target.field, target.place.inverse() * source.place, grid);
+    if (onto.cols <= 2 * halfBlock || onto.rows <= 2 * halfBlock)
+        return matches;
+    cv::Mat own; // with a rim, so that blocks at the border are looked for as well
+    cv::copyMakeBorder(warped(grid, source.field, {}, grid), own, side, side, side, side, cv::BORDER_CONSTANT,
+                       cv::Scalar(double(nothing)));
     for (int row = 0; row < source.field.rows(); ++row)
         for (int column = 0; column < source.field.columns(); ++column) {
             const PlanePoint node = source.field.node(row, column);
-            const int x = int(std::lround((node.x - grid.originX) / grid.stepX));
-            const int y = int(std::lround((node.y - grid.originY) / grid.stepY));
-            const int outer = halfBlock + side;
-            const cv::Rect block(x - halfBlock, y - halfBlock, 2 * halfBlock + 1, 2 * halfBlock + 1);
-            const cv::Rect search(x - outer, y - outer, 2 * outer + 1, 2 * outer + 1);
-            if ((block & all) != block || (search & all) != search)
-                continue;
+            const int x = std::clamp(int(std::lround((node.x - grid.originX) / grid.stepX)), halfBlock,
+                                     onto.cols - 1 - halfBlock);
+            const int y = std::clamp(int(std::lround((node.y - grid.originY) / grid.stepY)), halfBlock,
+                                     onto.rows - 1 - halfBlock);
+            const int length = 2 * halfBlock + 1;
+            const cv::Rect block(x - halfBlock, y - halfBlock, length, length);
+            const cv::Rect search(x - halfBlock, y - halfBlock, length + 2 * side, length + 2 * side);
             PlanePoint shift{0, 0};
-            BlockMatch match{row, column, {0, 0}, 0};
+            BlockMatch match;
+            match.middle = {grid.originX + grid.stepX * x, grid.originY + grid.stepY * y};
             if (!findBlock(onto(block), own(search), source.picture.deviation, shift, match.correlation))
                 continue;
             match.way = {shift.x * grid.stepX, shift.y * grid.stepY};

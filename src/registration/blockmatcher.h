@@ -10,8 +10,8 @@ namespace vorlen {
 
 /// What was found about a small block of a section.
 struct BlockMatch {
-    int row = 0, column = 0; ///< node of the source's field, the middle of the block
-    PlanePoint way{0, 0};    ///< from there to what fits the target, on the source as its field bends it
+    PlanePoint middle{0, 0}; ///< of the block, on the source as its field bends it
+    PlanePoint way{0, 0};    ///< from there to what fits the target, on the same
     double correlation = 0;
 };
 
@@ -38,7 +38,7 @@ public:
         RigidMotion place;
     };
 
-    /// Blocks of 33 pixels a side about the nodes of the source's field. Reach in pixels; with `reduction` 2 all is
+    /// Blocks of 33 pixels a side about the nodes of the source's field, at the border moved inside. Reach in pixels; with `reduction` 2 all is
     /// done on images of half the size, a block then being twice as large.
     static std::vector<BlockMatch> match(const Side& source, const Side& target, double reach, int reduction);
 

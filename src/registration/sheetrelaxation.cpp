@@ -28,19 +28,23 @@ void SheetRelaxation::addSheet(int rows, int columns) {
     __ways.resize(__ways.size() + std::size_t(rows) * std::size_t(columns), PlanePoint{0, 0});
 }
 
-void SheetRelaxation::tie(int sheet, int row, int column, int other, double otherRow, double otherColumn,
-                          PlanePoint difference, double weight) {
-    const Sheet& own = __sheets[std::size_t(sheet)];
-    const Sheet& onto = __sheets[std::size_t(other)];
-    Tie made;
-    made.node = own.first + row * own.columns + column;
-    const double r = std::clamp(otherRow, 0.0, double(onto.rows - 1));
-    const double c = std::clamp(otherColumn, 0.0, double(onto.columns - 1));
-    const int top = std::min(int(r), onto.rows - 2), left = std::min(int(c), onto.columns - 2);
+void SheetRelaxation::anchor(Tie& tie, int from, const Place& place, double sign) const {
+    const Sheet& sheet = __sheets[std::size_t(place.sheet)];
+    const double r = std::clamp(place.row, 0.0, double(sheet.rows - 1));
+    const double c = std::clamp(place.column, 0.0, double(sheet.columns - 1));
+    const int top = std::min(int(r), sheet.rows - 2), left = std::min(int(c), sheet.columns - 2);
     for (int k = 0; k < 4; ++k) {
-        made.others[k] = onto.first + (top + k / 2) * onto.columns + left + k % 2;
-        made.shares[k] = (k / 2 == 1 ? r - top : 1 - (r - top)) * (k % 2 == 1 ? c - left : 1 - (c - left));
+        const int down = k / 2, right = k % 2;
+        tie.nodes[from + k] = sheet.first + (top + down) * sheet.columns + left + right;
+        tie.shares[from + k] =
+            sign * (down == 1 ? r - top : 1 - (r - top)) * (right == 1 ? c - left : 1 - (c - left));
     }
+}
+
+void SheetRelaxation::tie(const Place& place, const Place& other, PlanePoint difference, double weight) {
+    Tie made;
+    anchor(made, 0, place, 1);
+    anchor(made, 4, other, -1);
     made.difference = difference;
     made.weight = weight;
     __ties.push_back(made);
@@ -52,12 +56,10 @@ const PlanePoint& SheetRelaxation::way(int sheet, int row, int column) const {
 }
 
 double SheetRelaxation::disagreement(const Tie& tie) const {
-    PlanePoint left = __ways[std::size_t(tie.node)];
-    left.x -= tie.difference.x;
-    left.y -= tie.difference.y;
-    for (int k = 0; k < 4; ++k) {
-        left.x -= tie.shares[k] * __ways[std::size_t(tie.others[k])].x;
-        left.y -= tie.shares[k] * __ways[std::size_t(tie.others[k])].y;
+    PlanePoint left{-tie.difference.x, -tie.difference.y};
+    for (int k = 0; k < 8; ++k) {
+        left.x += tie.shares[k] * __ways[std::size_t(tie.nodes[k])].x;
+        left.y += tie.shares[k] * __ways[std::size_t(tie.nodes[k])].y;
     }
     return std::hypot(left.x, left.y);
 }
@@ -95,13 +97,12 @@ SheetRelaxation::Values SheetRelaxation::pull(const Values& ways) const {
         if (!sheet.held)
             pullSheet(sheet, ways, sum);
     for (const Tie& tie : __ties) {
-        double left = ways[std::size_t(tie.node)];
-        for (int k = 0; k < 4; ++k)
-            left -= tie.shares[k] * ways[std::size_t(tie.others[k])];
+        double left = 0;
+        for (int k = 0; k < 8; ++k)
+            left += tie.shares[k] * ways[std::size_t(tie.nodes[k])];
         left *= tie.weight * tie.trust;
-        sum[std::size_t(tie.node)] += left;
-        for (int k = 0; k < 4; ++k)
-            sum[std::size_t(tie.others[k])] -= tie.shares[k] * left;
+        for (int k = 0; k < 8; ++k)
+            sum[std::size_t(tie.nodes[k])] += tie.shares[k] * left;
     }
     for (const Sheet& sheet : __sheets)
         if (sheet.held)
@@ -114,10 +115,8 @@ void SheetRelaxation::solve(double PlanePoint::*side) {
     for (std::size_t i = 0; i < ways.size(); ++i)
         ways[i] = __ways[i].*side;
     for (const Tie& tie : __ties) {
-        const double difference = tie.weight * tie.trust * tie.difference.*side;
-        wanted[std::size_t(tie.node)] += difference;
-        for (int k = 0; k < 4; ++k)
-            wanted[std::size_t(tie.others[k])] -= tie.shares[k] * difference;
+        for (int k = 0; k < 8; ++k)
+            wanted[std::size_t(tie.nodes[k])] += tie.weight * tie.trust * tie.shares[k] * (tie.difference.*side);
     }
     for (const Sheet& sheet : __sheets)
         if (sheet.held) {

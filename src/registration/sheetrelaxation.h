@@ -26,10 +26,15 @@ public:
     void hold(int sheet) { __sheets[std::size_t(sheet)].held = true; }
     bool isHeld(int sheet) const { return __sheets[std::size_t(sheet)].held; }
 
-    /// The way of a node should be that of another sheet at a place, (row, column) in its grid and decimals, plus the
-    /// difference. A place outside of the grid is taken to its border.
-    void tie(int sheet, int row, int column, int other, double otherRow, double otherColumn, PlanePoint difference,
-             double weight);
+    /// A place on a sheet: row and column in its grid, and decimals of them. Outside of the grid it counts as at its
+    /// border.
+    struct Place {
+        int sheet = 0;
+        double row = 0, column = 0;
+    };
+
+    /// The way at one place should be that at another plus the difference.
+    void tie(const Place& place, const Place& other, PlanePoint difference, double weight);
     void clearTies() { __ties.clear(); }
     int numTies() const { return int(__ties.size()); }
 
@@ -45,14 +50,14 @@ private:
         bool held = false;
     };
     struct Tie {
-        int node = 0;
-        int others[4] = {0, 0, 0, 0};
-        double shares[4] = {0, 0, 0, 0};
+        int nodes[8] = {0, 0, 0, 0, 0, 0, 0, 0};        ///< four of each sheet
+        double shares[8] = {0, 0, 0, 0, 0, 0, 0, 0}; ///< negative for the other sheet
         PlanePoint difference{0, 0};
         double weight = 1, trust = 1;
     };
     using Values = std::vector<double>;
 
+    void anchor(Tie& tie, int from, const Place& place, double sign) const;
     double disagreement(const Tie& tie) const;
     Values pull(const Values& ways) const;
     void pullSheet(const Sheet& sheet, const Values& ways, Values& sum) const;
