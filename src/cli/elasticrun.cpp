@@ -67,7 +67,8 @@ TextTable elasticTable(const ElasticAlignment& result, bool full) {
     const auto number = [full](double value) {
         return full ? fullNumber(value) : shortNumber(std::round(value * 1e4) / 1e4);
     };
-    TextTable table({"Slice", "Bent", "RMS [pixel]", "Greatest [pixel]", "Blocks", "ScoreBefore", "ScoreAfter", "Reason"});
+    TextTable table(
+        {"Slice", "Bent", "RMS [pixel]", "Greatest [pixel]", "Blocks", "ScoreBefore", "ScoreAfter", "Reason"});
     for (const SliceBending& one : result.slices)
         table.addRow({one.name, one.bent ? "yes" : "no", number(one.rms), number(one.greatest),
                       std::to_string(one.numBlocks), number(one.scoreBefore), number(one.scoreAfter), one.reason});

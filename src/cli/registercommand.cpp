@@ -294,8 +294,8 @@ int registerCommand(const QStringList& arguments) {
                    "file");
     line.addOption({"reach"}, "How far a piece of a slice may lie off for bending, in pixels from 2 to 128.", "pixels",
                    "32");
-    line.addOption({"stiffness"},
-                   "Stiffness of the slices for bending, from 0.001 to 1000: the greater the smoother.", "factor", "1");
+    line.addOption({"stiffness"}, "Stiffness of the slices for bending, from 0.001 to 1000: the greater the smoother.",
+                   "factor", "1");
     line.addFlag("invert", "Take dark parts for the tissue, for principal-axes on a white ground.");
     if (const std::optional<int> status = line.parse(arguments))
         return *status;

@@ -11,10 +11,10 @@ namespace vorlen {
 
 namespace {
 
-constexpr int halfBlock = 16;           // pixels
+constexpr int halfBlock = 16; // pixels
 constexpr double leastCorrelation = 0.4;
-constexpr double mostNothing = 0.2;     // share of a block
-constexpr double leastContrast = 0.15;  // of a block against its section
+constexpr double mostNothing = 0.2;    // share of a block
+constexpr double leastContrast = 0.15; // of a block against its section
 const float nothing = std::numeric_limits<float>::quiet_NaN();
 
 /// An image and the positions of its pixels: origin plus step times the index.
@@ -65,7 +65,8 @@ cv::Mat filled(const cv::Mat& grey, double value) {
     cv::Mat result = grey.clone();
     for (int i = 0; i < result.rows; ++i) {
         float* const row = result.ptr<float>(i);
-        std::replace_if(row, row + result.cols, [](float one) { return std::isnan(one); }, float(value));
+        std::replace_if(
+            row, row + result.cols, [](float one) { return std::isnan(one); }, float(value));
     }
     return result;
 }
@@ -194,8 +195,7 @@ double BlockMatcher::score(const Side& source, const Side& target) {
     if (grid.grey.empty() || target.picture.raster(2).grey.empty())
         return 0;
     const cv::Mat own = warped(grid, source.field, {}, grid);
-    const cv::Mat onto =
-        warped(target.picture.raster(2), target.field, target.place.inverse() * source.place, grid);
+    const cv::Mat onto = warped(target.picture.raster(2), target.field, target.place.inverse() * source.place, grid);
     double n = 0, x = 0, y = 0, xx = 0, yy = 0, xy = 0;
     for (int i = 0; i < own.rows; ++i)
         for (int j = 0; j < own.cols; ++j) {

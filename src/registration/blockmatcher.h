@@ -38,8 +38,8 @@ public:
         RigidMotion place;
     };
 
-    /// Blocks of 33 pixels a side about the nodes of the source's field, at the border moved inside. Reach in pixels; with `reduction` 2 all is
-    /// done on images of half the size, a block then being twice as large.
+    /// Blocks of 33 pixels a side about the nodes of the source's field, at the border moved inside. Reach in pixels;
+    /// with `reduction` 2 all is done on images of half the size, a block then being twice as large.
     static std::vector<BlockMatch> match(const Side& source, const Side& target, double reach, int reduction);
 
     /// Absolute value of the correlation of the two where they overlap; 0 for fewer than 100 pixels.

@@ -109,7 +109,8 @@ double ElasticField::leastArea() const {
         for (int j = 0; j < (__columns - 1) * parts; ++j) {
             const PlanePoint at{j * dx - 0.5 * __width, i * dy - 0.5 * __height};
             const PlanePoint here = before(at), right = before({at.x + dx, at.y}), down = before({at.x, at.y + dy});
-            const double area = ((right.x - here.x) * (down.y - here.y) - (right.y - here.y) * (down.x - here.x)) / (dx * dy);
+            const double area =
+                ((right.x - here.x) * (down.y - here.y) - (right.y - here.y) * (down.x - here.x)) / (dx * dy);
             least = std::min(least, area);
         }
     return least;

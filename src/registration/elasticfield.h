@@ -55,7 +55,9 @@ public:
     double greatest() const;
 
 private:
-    std::size_t index(int row, int column) const { return std::size_t(row) * std::size_t(__columns) + std::size_t(column); }
+    std::size_t index(int row, int column) const {
+        return std::size_t(row) * std::size_t(__columns) + std::size_t(column);
+    }
     void setGrid(double width, double height, int rows, int columns);
 
     double __width = 0, __height = 0, __stepX = 1, __stepY = 1;

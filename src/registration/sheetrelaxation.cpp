@@ -36,8 +36,7 @@ void SheetRelaxation::anchor(Tie& tie, int from, const Place& place, double sign
     for (int k = 0; k < 4; ++k) {
         const int down = k / 2, right = k % 2;
         tie.nodes[from + k] = sheet.first + (top + down) * sheet.columns + left + right;
-        tie.shares[from + k] =
-            sign * (down == 1 ? r - top : 1 - (r - top)) * (right == 1 ? c - left : 1 - (c - left));
+        tie.shares[from + k] = sign * (down == 1 ? r - top : 1 - (r - top)) * (right == 1 ? c - left : 1 - (c - left));
     }
 }
 
@@ -114,10 +113,9 @@ void SheetRelaxation::solve(double PlanePoint::*side) {
     Values ways(__ways.size()), wanted(__ways.size(), 0.0);
     for (std::size_t i = 0; i < ways.size(); ++i)
         ways[i] = __ways[i].*side;
-    for (const Tie& tie : __ties) {
+    for (const Tie& tie : __ties)
         for (int k = 0; k < 8; ++k)
             wanted[std::size_t(tie.nodes[k])] += tie.weight * tie.trust * tie.shares[k] * (tie.difference.*side);
-    }
     for (const Sheet& sheet : __sheets)
         if (sheet.held) {
             std::fill_n(wanted.begin() + sheet.first, sheet.rows * sheet.columns, 0.0);

@@ -50,7 +50,7 @@ private:
         bool held = false;
     };
     struct Tie {
-        int nodes[8] = {0, 0, 0, 0, 0, 0, 0, 0};        ///< four of each sheet
+        int nodes[8] = {0, 0, 0, 0, 0, 0, 0, 0};     ///< four of each sheet
         double shares[8] = {0, 0, 0, 0, 0, 0, 0, 0}; ///< negative for the other sheet
         PlanePoint difference{0, 0};
         double weight = 1, trust = 1;

@@ -32,7 +32,7 @@ TEST(ElasticField, goesThroughItsNodesAndIsUndoneByItsInverse) {
     EXPECT_EQ(field.node(5, 10).y, 50);
     const PlanePoint node = field.node(2, 3);
     EXPECT_NEAR(field.way(node).x, 5 * std::sin(node.y / 25), 1e-12);
-    EXPECT_NEAR(field.way({17, 13}).x, 5 * std::sin(13 / 25.0), 0.15); // between nodes
+    EXPECT_NEAR(field.way({17, 13}).x, 5 * std::sin(13 / 25.0), 0.15);  // between nodes
     EXPECT_NEAR(field.way({400, 13}).y, field.way({100, 13}).y, 1e-12); // beyond
     for (const PlanePoint& at : {PlanePoint{0, 0}, {-93, 41}, {77, -20}, {130, 70}}) {
         const PlanePoint back = field.after(field.before(at));

@@ -78,8 +78,7 @@ Bending::Bending(const Stack& stack, const ElasticOptions& options, ProgressSubj
     for (int i = 0; i < __numSlices; ++i) {
         const StackSlice& slice = stack.getSlice(i);
         const PixelCalibration& calibration = slice.getPixelCalibration();
-        place = place *
-                motionOf(slice.getRegistration(), calibration.getPixelWidth(), calibration.getPixelHeight());
+        place = place * motionOf(slice.getRegistration(), calibration.getPixelWidth(), calibration.getPixelHeight());
         __places.push_back(place);
         const double width = calibration.getPixelWidth() > 0 ? calibration.getPixelWidth() : 1;
         const double height = calibration.getPixelHeight() > 0 ? calibration.getPixelHeight() : 1;
@@ -163,8 +162,7 @@ void Bending::tiePair(int source, int target, const BlockMatch& block) {
     const ElasticField& other = __result.fields[at(target)];
     const PlanePoint onto = (__places[at(target)].inverse() * __places[at(source)]).apply(block.middle);
     const PlanePoint there = own.way({block.middle.x + block.way.x, block.middle.y + block.way.y});
-    const PlanePoint lies =
-        turned({block.way.x + there.x, block.way.y + there.y}, __places[at(source)].angle);
+    const PlanePoint lies = turned({block.way.x + there.x, block.way.y + there.y}, __places[at(source)].angle);
     const PlanePoint wanted = turned(other.way(onto), __places[at(target)].angle);
     const auto placeOn = [](int sheet, const ElasticField& field, PlanePoint point) {
         return SheetRelaxation::Place{sheet, (point.y + 0.5 * field.height()) / field.stepY(),
@@ -280,8 +278,7 @@ ElasticAlignment Bending::run() {
             one.rms = one.greatest = 0;
         }
     }
-    __progress.notifyProgressed(static_cast<unsigned int>(5 * __numSlices),
-                                static_cast<unsigned int>(5 * __numSlices));
+    __progress.notifyProgressed(static_cast<unsigned int>(5 * __numSlices), static_cast<unsigned int>(5 * __numSlices));
     return std::move(__result);
 }
 

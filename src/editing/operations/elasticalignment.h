@@ -13,10 +13,10 @@ class Stack;
 
 /// How sections that are squeezed or torn are bent onto their neighbours.
 struct ElasticOptions {
-    double spacing = 32;    ///< distance of the nodes, in working pixels
-    double reach = 32;      ///< how far a piece of a section may lie off, in working pixels
-    double stiffness = 1;   ///< of the sections, against what their images say
-    int first = 0;          ///< places of the first and the last slice that may be bent; -1: the last of the stack
+    double spacing = 32;  ///< distance of the nodes, in working pixels
+    double reach = 32;    ///< how far a piece of a section may lie off, in working pixels
+    double stiffness = 1; ///< of the sections, against what their images say
+    int first = 0;        ///< places of the first and the last slice that may be bent; -1: the last of the stack
     int last = -1;
     std::vector<int> locked; ///< places of slices that stay as they are
 };

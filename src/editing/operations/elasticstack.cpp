@@ -105,8 +105,8 @@ void bend(Image& image, const PixelGrid& grid, const ElasticField& field) {
                 for (int r = 0; inside && r < 4; ++r)
                     for (int c = 0; c < 4; ++c)
                         sum += down[std::size_t(r)] * across[std::size_t(c)] *
-                               from.get(std::clamp(top + r - 1, 0, rows - 1),
-                                        std::clamp(left + c - 1, 0, columns - 1), channel);
+                               from.get(std::clamp(top + r - 1, 0, rows - 1), std::clamp(left + c - 1, 0, columns - 1),
+                                        channel);
                 to.set(i, j, channel, sum);
             }
         }
@@ -187,7 +187,8 @@ Outcome checkFields(const Stack& stack, const std::vector<ElasticField>& fields)
 }
 
 std::string oneLine(std::string name) {
-    std::replace_if(name.begin(), name.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
     return name;
 }
 

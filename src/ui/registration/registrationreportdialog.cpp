@@ -97,8 +97,9 @@ ReportPlot::ReportPlot(QWidget* parent) : QFrame(parent) {
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);
     setMinimumHeight(180);
-    setToolTip("Above the shifts against the slice before, in pixels, and below how well the slices fit it. Circles are\n"
-               "slices that were left alone. A click shows the slice.");
+    setToolTip(
+        "Above the shifts against the slice before, in pixels, and below how well the slices fit it. Circles are\n"
+        "slices that were left alone. A click shows the slice.");
 }
 
 void ReportPlot::setReport(const RegistrationReport& report) {
@@ -198,8 +199,8 @@ void RegistrationReportDialog::setReport(const RegistrationReport& report) {
                            .arg(report.count(State::LeftAlone))
                            .arg(report.meanScoreBefore(), 0, 'f', 3)
                            .arg(report.meanScoreAfter(), 0, 'f', 3));
-    __table->beginContents({"Slice", "Result", "Moved [pixel]", "Score before", "Score after", "Onto", "Method", "Remark"},
-                           n);
+    __table->beginContents(
+        {"Slice", "Result", "Moved [pixel]", "Score before", "Score after", "Onto", "Method", "Remark"}, n);
     for (int row = 0; row < n; ++row)
         fillRow(row, report);
     __table->endContents();
