@@ -12,7 +12,7 @@ namespace vorlen {
 namespace {
 
 constexpr int halfBlock = 16; // pixels
-constexpr double leastCorrelation = 0.4;
+constexpr double leastCorrelation = 0.5;
 constexpr double mostNothing = 0.2;    // share of a block
 constexpr double leastContrast = 0.15; // of a block against its section
 const float nothing = std::numeric_limits<float>::quiet_NaN();
@@ -136,9 +136,11 @@ cv::Mat warped(const Raster& raster, const ElasticField& field, const RigidMotio
 }
 
 /// False when the block says nothing; the shift in pixels.
-bool findBlock(const cv::Mat& block, const cv::Mat& search, double deviation, PlanePoint& shift, double& correlation) {
+bool findBlock(const cv::Mat& block, const cv::Mat& search, PlanePoint& shift, double& correlation, double least,
+               double leastAround) {
     const Spread known = spreadOf(block), around = spreadOf(search);
-    if (known.known < 1 - mostNothing || around.known < 0.4 || known.deviation < leastContrast * deviation)
+    if (known.known < 1 - mostNothing || around.known < 0.4 || known.deviation <= least ||
+        around.deviation <= leastAround)
         return false;
     cv::Mat fit;
     cv::matchTemplate(filled(search, around.mean), filled(block, known.mean), fit, cv::TM_CCOEFF_NORMED);
@@ -182,7 +184,8 @@ std::vector<BlockMatch> BlockMatcher::match(const Side& source, const Side& targ
             PlanePoint shift{0, 0};
             BlockMatch match;
             match.middle = {grid.originX + grid.stepX * x, grid.originY + grid.stepY * y};
-            if (!findBlock(onto(block), own(search), source.picture.deviation, shift, match.correlation))
+            if (!findBlock(onto(block), own(search), shift, match.correlation, leastContrast * target.picture.deviation,
+                           leastContrast * source.picture.deviation))
                 continue;
             match.way = {shift.x * grid.stepX, shift.y * grid.stepY};
             matches.push_back(match);

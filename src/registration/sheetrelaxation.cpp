@@ -45,8 +45,25 @@ void SheetRelaxation::tie(const Place& place, const Place& other, PlanePoint dif
     anchor(made, 0, place, 1);
     anchor(made, 4, other, -1);
     made.difference = difference;
+    made.sheet = place.sheet;
+    made.other = other.sheet;
     made.weight = weight;
     __ties.push_back(made);
+}
+
+void SheetRelaxation::removeTies(int sheet) {
+    std::erase_if(__ties, [sheet](const Tie& tie) { return tie.sheet == sheet || tie.other == sheet; });
+}
+
+double SheetRelaxation::agreement(int sheet, double tolerance) const {
+    int n = 0, numGood = 0;
+    for (const Tie& tie : __ties) {
+        if (tie.sheet != sheet && tie.other != sheet)
+            continue;
+        ++n;
+        numGood += disagreement(tie) < tolerance ? 1 : 0;
+    }
+    return n > 0 ? double(numGood) / n : 1;
 }
 
 const PlanePoint& SheetRelaxation::way(int sheet, int row, int column) const {

@@ -36,10 +36,15 @@ public:
     /// The way at one place should be that at another plus the difference.
     void tie(const Place& place, const Place& other, PlanePoint difference, double weight);
     void clearTies() { __ties.clear(); }
+    /// Those of one sheet.
+    void removeTies(int sheet);
     int numTies() const { return int(__ties.size()); }
 
     /// Disagreements up to the tolerance are taken as they come.
     void relax(double tolerance);
+
+    /// Of the ties of a sheet, the share that disagrees by less than the tolerance; 1 when there are none.
+    double agreement(int sheet, double tolerance) const;
 
     const PlanePoint& way(int sheet, int row, int column) const;
 
@@ -53,6 +58,7 @@ private:
         int nodes[8] = {0, 0, 0, 0, 0, 0, 0, 0};     ///< four of each sheet
         double shares[8] = {0, 0, 0, 0, 0, 0, 0, 0}; ///< negative for the other sheet
         PlanePoint difference{0, 0};
+        int sheet = 0, other = 0;
         double weight = 1, trust = 1;
     };
     using Values = std::vector<double>;

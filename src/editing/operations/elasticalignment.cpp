@@ -24,6 +24,9 @@ constexpr int reach = 2;
 /// A section may be pressed together to this share of its area at some place.
 constexpr double leastArea = 0.2;
 
+/// Of its blocks so many must agree; of a foreign section a few do by chance.
+constexpr double leastAgreement = 0.35;
+
 /// Fewer blocks tell nothing about the shape of a section.
 constexpr int leastBlocks = 4;
 
@@ -54,6 +57,7 @@ private:
     void relax();
     void takeFields();
     void leaveUntied();
+    bool leaveForeign();
     void scoreAll(bool bent);
     bool leaveWorse();
 
@@ -65,7 +69,8 @@ private:
     unsigned int __numSteps = 0;
     std::vector<RigidMotion> __places;
     std::vector<bool> __isFaulty;
-    std::vector<int> __blocks; // found on it, or of it on others
+    std::vector<bool> __isForeign; // what is found of it on others is not taken for anything
+    std::vector<int> __blocks;     // found on it, or of it on others
     std::list<std::pair<int, PicturePointer>> __pictures;
     SheetRelaxation __sheets;
     ElasticAlignment __result;
@@ -73,7 +78,8 @@ private:
 
 Bending::Bending(const Stack& stack, const ElasticOptions& options, ProgressSubject& progress)
     : __stack(stack), __options(options), __progress(progress), __numSlices(stack.getNumSlices()),
-      __isFaulty(at(__numSlices), false), __blocks(at(__numSlices), 0), __sheets(options.stiffness) {
+      __isFaulty(at(__numSlices), false), __isForeign(at(__numSlices), false), __blocks(at(__numSlices), 0),
+      __sheets(options.stiffness) {
     RigidMotion place;
     for (int i = 0; i < __numSlices; ++i) {
         const StackSlice& slice = stack.getSlice(i);
@@ -177,7 +183,7 @@ void Bending::match(double pixels, int reduction) {
     std::fill(__blocks.begin(), __blocks.end(), 0);
     for (int i = 0; i < __numSlices && !__progress.isCanceled(); ++i) {
         for (const int k : targetsOf(i)) {
-            if (__sheets.isHeld(i) && __sheets.isHeld(k))
+            if ((__sheets.isHeld(i) && __sheets.isHeld(k)) || __isForeign[at(i)] || __isForeign[at(k)])
                 continue;
             const PicturePointer own = picture(i), other = picture(k);
             const BlockMatcher::Side source{*own, __result.fields[at(i)], __places[at(i)]};
@@ -204,16 +210,37 @@ void Bending::takeFields() {
     }
 }
 
-/// Slices that would be folded stay, and the others come to rest about them.
+/// The slice whose blocks agree least with what all came to, when most of them don't.
+bool Bending::leaveForeign() {
+    int worst = -1;
+    double least = leastAgreement;
+    for (int i = 0; i < __numSlices; ++i) {
+        if (__isForeign[at(i)])
+            continue;
+        const double share = __sheets.agreement(i, 3 * __pixel);
+        if (share < least) {
+            least = share;
+            worst = i;
+        }
+    }
+    if (worst < 0)
+        return false;
+    __isForeign[at(worst)] = true;
+    leave(worst, "what is found of it on its neighbours contradicts itself");
+    __sheets.removeTies(worst);
+    return true;
+}
+
+/// Slices that would be folded, or fit nothing, stay, and the others come to rest about them.
 void Bending::relax() {
-    for (bool folded = true; folded;) {
+    for (bool again = true; again;) {
         __sheets.relax(__pixel);
+        again = leaveForeign();
         takeFields();
-        folded = false;
-        for (int i = 0; i < __numSlices; ++i)
+        for (int i = 0; i < __numSlices && !again; ++i)
             if (!__sheets.isHeld(i) && __result.fields[at(i)].leastArea() < leastArea) {
                 leave(i, "what was found would fold it");
-                folded = true;
+                again = true;
             }
     }
 }
