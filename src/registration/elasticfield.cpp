@@ -19,6 +19,23 @@ std::array<double, 4> cubicWeights(double t) {
     return {0.5 * (-t3 + 2 * t2 - t), 0.5 * (3 * t3 - 5 * t2 + 2), 0.5 * (-3 * t3 + 4 * t2 + t), 0.5 * (t3 - t2)};
 }
 
+/// The same with those beyond an end of n nodes, which run on straight, told by the last two; `first` is the node
+/// before the place.
+std::array<double, 4> weightsWithin(double t, int first, int n) {
+    std::array<double, 4> weights = cubicWeights(t);
+    if (first == 0) {
+        weights[1] += 2 * weights[0];
+        weights[2] -= weights[0];
+        weights[0] = 0;
+    }
+    if (first + 2 == n) {
+        weights[2] += 2 * weights[3];
+        weights[1] -= weights[3];
+        weights[3] = 0;
+    }
+    return weights;
+}
+
 /// The node before a place on a side of n nodes, and the share of the way to the next.
 std::pair<int, double> cellOf(double place, int n) {
     const double inside = std::clamp(place, 0.0, double(n - 1));
@@ -68,7 +85,8 @@ PlanePoint ElasticField::way(PlanePoint position) const {
         return {0, 0};
     const auto [column, right] = cellOf((position.x + 0.5 * __width) / __stepX, __columns);
     const auto [row, down] = cellOf((position.y + 0.5 * __height) / __stepY, __rows);
-    const std::array<double, 4> across = cubicWeights(right), along = cubicWeights(down);
+    const std::array<double, 4> across = weightsWithin(right, column, __columns),
+                                along = weightsWithin(down, row, __rows);
     PlanePoint sum{0, 0};
     for (int i = 0; i < 4; ++i) {
         const int r = std::clamp(row + i - 1, 0, __rows - 1);
