@@ -641,8 +641,31 @@ TEST(CommandLine, registerBringsTheSlicesOntoEachOtherInANewStack) {
     folder.write("one.sdf", "FileFormatVersion 1.03;\nSLICE \"a\" \"a.tif\";\n");
     EXPECT_EQ(cli(folder, "register one.sdf --output new").status, 1);
     for (const char* wrong : {"--method best", "--reference nobody", "--slices 3:2", "--slices 1:4", "--locked z",
-                              "--locked 0", "--format xml"})
+                              "--locked 0", "--format xml", "--reach 8", "--elastic --stiffness 0"})
         EXPECT_EQ(cli(folder, std::string("register s.sdf --output new --overwrite ") + wrong).status, 2) << wrong;
+
+    // By fields that are at hand: all of the last slice comes from five columns to the right and two rows above.
+    folder.write("hand.fields", "vorlen elastic fields 1\nslice 2 2 200 160 b\n5 -2 5 -2\n5 -2 5 -2\nend\n");
+    const Outcome bent = cli(folder, "register s.sdf --output bent --fields hand.fields --keep-registrations");
+    EXPECT_EQ(bent.status, 0) << bent.output;
+    Stack old2, carried;
+    ASSERT_TRUE(StackReader().read(old2, folder.file("s.sdf")));
+    ASSERT_TRUE(StackReader().read(carried, folder.file("bent/s.sdf")));
+    for (int k = 0; k < 2; ++k) {
+        const Vector<int>& before = old2.getModel(0).getItem(1).getVertices()[k];
+        const Vector<int>& after = carried.getModel(0).getItem(1).getVertices()[k];
+        EXPECT_EQ(after[0], before[0] - 5);
+        EXPECT_EQ(after[1], before[1] + 2);
+    }
+    Image from, to;
+    ImageReader().read(from, folder.file("b.tif"));
+    ImageReader().read(to, carried.getSlice(2).getImageSource());
+    EXPECT_EQ(to.getPixels()[90][100], from.getPixels()[88][105]);
+    EXPECT_EQ(to.getPixels()[90][199], 0);
+    EXPECT_EQ(cli(folder, "register s.sdf --output bent --fields hand.fields").status, 3); // it is there
+    EXPECT_NE(cli(folder, "register s.sdf --output none --fields s.sdf").status, 0);
+    const Outcome looked = cli(folder, "register s.sdf --output elastic --elastic --format json");
+    EXPECT_NE(looked.output.find("\"elastic\""), std::string::npos) << looked.output;
 }
 
 // The copy without registrations against the one that has them: where a pixel of each section comes to lie.
