@@ -25,7 +25,7 @@ void CohortRegistration::record(const SpecimenSurfaces& target, const std::vecto
     for (std::size_t i = 0; i < specimens.size(); ++i) {
         if (int(i) == without)
             continue;
-        for (const double distance : surfaceDistances(specimens[i], target))
+        for (const double distance : surfaceDistances(specimens[i], target, true))
             if (distance >= 0)
                 all.push_back(distance);
     }
@@ -48,23 +48,39 @@ std::vector<SpecimenSurfaces> CohortRegistration::placed() const {
 }
 
 void CohortRegistration::align(int reference) {
+    place(reference, true);
+}
+
+void CohortRegistration::refine(int reference) {
+    place(reference, false);
+}
+
+void CohortRegistration::place(int reference, bool anew) {
     __reference = reference;
-    const std::size_t n = __specimens.size();
+    const std::size_t n = __specimens.size(), first = std::size_t(reference);
     __errors.clear();
     __sems.clear();
     notifyStarted("");
-    record(__specimens[std::size_t(reference)], __specimens, reference);
-    // The reference first goes to the origin, unturned.
-    SpecimenPose home;
-    double axes[3][3], radius = 0;
-    Point3 centre;
-    __specimens[std::size_t(reference)].axes(centre, axes, radius);
-    home.translation = {-centre[0], -centre[1], -centre[2]};
-    const SpecimenSurfaces target = __specimens[std::size_t(reference)].moved(home);
+    if (anew)
+        __poses.assign(n, SpecimenPose());
+    const std::vector<SpecimenSurfaces> before = placed();
+    record(before[first], before, reference);
+    // The reference itself goes to the origin, unturned.
+    SpecimenPose home = __poses[first];
+    if (anew) {
+        double axes[3][3], radius = 0;
+        Point3 centre;
+        __specimens[first].axes(centre, axes, radius);
+        home.translation = {-centre[0], -centre[1], -centre[2]};
+    }
+    const SpecimenSurfaces target = __specimens[first].moved(home);
     SurfaceRegistration registration(target);
     registration.setMirrorsAllowed(__mirrors);
-    for (std::size_t i = 0; i < n && !isCanceled(); ++i) {
-        __poses[i] = int(i) == reference ? home : registration.align(__specimens[i]);
+    for (std::size_t i = 0; i < n && !stops(); ++i) {
+        if (i == first)
+            __poses[i] = home;
+        else
+            __poses[i] = anew ? registration.align(__specimens[i]) : registration.refine(__specimens[i], __poses[i]);
         notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
     }
     record(target, placed(), reference);
@@ -74,14 +90,19 @@ void CohortRegistration::align(int reference) {
 void CohortRegistration::registerJointly() {
     const std::size_t n = __specimens.size();
     const SpecimenPose home = __poses[std::size_t(__reference)];
+    __errors.clear();
+    __sems.clear();
     notifyStarted("");
-    for (int round = 0; round < maxRounds && !isCanceled(); ++round) {
-        const SpecimenSurfaces mean = MeanSurfaces::of(placed(), 2).mean;
+    for (int round = 0; round < maxRounds && !stops(); ++round) {
+        const std::vector<SpecimenSurfaces> before = placed();
+        const SpecimenSurfaces mean = MeanSurfaces::of(before, 1).mean;
+        if (round == 0)
+            record(mean, before, -1);
         SurfaceRegistration registration(mean);
         Point3 centre;
         double axes[3][3], radius = 1, moved = 0;
         mean.axes(centre, axes, radius);
-        for (std::size_t i = 0; i < n && !isCanceled(); ++i) {
+        for (std::size_t i = 0; i < n && !stops(); ++i) {
             const SpecimenPose before = __poses[i];
             __poses[i] = registration.refine(__specimens[i], before);
             SpecimenPose change = before;
@@ -100,7 +121,8 @@ void CohortRegistration::registerJointly() {
                              static_cast<unsigned int>(std::size_t(maxRounds) * n));
         }
         record(mean, placed(), -1);
-        if (moved < 2e-3 * radius)
+        __converged = moved < 2e-3 * radius;
+        if (__converged)
             break;
     }
     // The frame stays that of the reference.

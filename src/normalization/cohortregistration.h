@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "normalization/specimensurfaces.h"
@@ -27,28 +28,42 @@ public:
     /// by specimen. Throws what SurfaceRegistration throws.
     void align(int reference);
 
-    /// Follows align(): each specimen on the mean of all.
+    /// The same from where the specimens lie, and their half turns, alone.
+    void refine(int reference);
+
+    /// Each specimen on the mean of all. The frame is that of the reference of the step before, of the first specimen
+    /// without one.
     void registerJointly();
+
+    /// Asked between two specimens whether to stop.
+    void setCancelTest(std::function<bool()> test) { __stopped = std::move(test); }
 
     /// The motion of each specimen so far.
     const std::vector<SpecimenPose>& getPoses() const { return __poses; }
 
-    /// Mean over specimens and structures of the distance to the reference (before and after align()), then to the mean
-    /// of all, one for each round, and the standard errors.
+    /// Of the last step: mean over specimens and structures of the distance to the reference, before and after it, or to
+    /// the mean of all, before and after each round; and the standard errors.
     const std::vector<double>& getErrors() const { return __errors; }
     const std::vector<double>& getErrorSems() const { return __sems; }
+
+    /// Whether the last joint registration ended because no specimen moved any more.
+    bool isConverged() const { return __converged; }
 
     /// The surfaces at their places.
     std::vector<SpecimenSurfaces> placed() const;
 
 private:
+    void place(int reference, bool anew);
+    bool stops() const { return isCanceled() || (__stopped && __stopped()); }
     void record(const SpecimenSurfaces& target, const std::vector<SpecimenSurfaces>& specimens, int without);
 
     std::vector<SpecimenSurfaces> __specimens;
     std::vector<SpecimenPose> __poses;
     std::vector<double> __errors, __sems;
+    std::function<bool()> __stopped;
     int __reference = 0;
     bool __mirrors = false;
+    bool __converged = false;
 };
 
 } // namespace vorlen

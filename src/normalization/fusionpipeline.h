@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "normalization/fusion.h"
+#include "normalization/fusionreport.h"
 #include "normalization/shapesetgroup.h"
 #include "normalization/vrlfusionconfig.h"
 #include "progress/progressproxy.h"
@@ -14,6 +15,8 @@ template <class T>
 class ShapeSet;
 template <class T>
 class StackReconstruction;
+template <class T>
+class FusionSteps;
 
 /// The spatial normalization of several stacks: reconstructs their models, aligns the shapes on principal axes,
 /// registers them, averages them and warps them, as the strategy asks, and writes a summary.
@@ -34,6 +37,13 @@ class StackReconstruction;
 /// - Names are escaped in the summary, which is HTML. A global registration that was ended by its limit is told as such
 ///   there.
 /// - A run that fails or is cancelled leaves no shapes.
+/// - Lengths of stacks in other units are brought to that of the first stack, and the report tells which.
+/// - By surface alignment brings each specimen on the first one, or on the template, by SurfaceRegistration, of all
+///   orientations the one with the least distance; the joint registration follows from there. The result lies as that
+///   specimen was cut. By levels the specimens that then lie better after half a turn are named.
+/// - A specimen turned by more than 90 degrees, and a step that leaves a greater error than it found, are named.
+///
+/// The report has the numbers: residuals, outliers, warps, deviations about the mean.
 ///
 /// Instantiated for float, double and long double.
 template <class T>
@@ -69,6 +79,9 @@ public:
     /// The summary of the last run, in HTML. Pairs of numbers are the mean error and its standard error.
     const std::string& getLog() const { return __log; }
 
+    /// The numbers of the last run.
+    const FusionReport& getReport() const { return __report; }
+
     /// Steps of a run start and end without notice.
     void notifyStarted(const std::string&) override {}
     void notifyFinished(const std::string&) override {}
@@ -86,9 +99,13 @@ private:
     void addStructure(ShapeSet<T>& set, const Stack& stack, const std::string& name,
                       const StackReconstruction<T>& reconstruction);
     Grid commonGrid(const std::string& name) const;
+    void initReport();
     void alignment(ProgressMonitor& monitor);
     void registration(ProgressMonitor& monitor);
-    void warping(ProgressMonitor& monitor);
+    void surfaceRegistration(FusionSteps<T>& steps, ProgressMonitor& alignment, ProgressMonitor& registration);
+    void noteErrors(const std::vector<double>& errors, const std::vector<double>& sems, const std::string& step);
+    bool bySurface() const { return __config.getStrategy().getCorrespondence() == SurfaceCorrespondence; }
+    void warping(FusionSteps<T>& steps, ProgressMonitor& monitor);
     void matchReferences();
     std::string errorPair() const;
 
@@ -98,6 +115,7 @@ private:
     ShapeSet<T>* __mean = nullptr; // owned
     Fusion<T> __fusion;
     std::string __log;
+    FusionReport __report;
 };
 
 } // namespace vorlen

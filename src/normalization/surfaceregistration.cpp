@@ -220,13 +220,12 @@ private:
             double weight = 1 / ((1 + r * r) * (1 + r * r));
             if (pair.normal[0] == 0 && pair.normal[1] == 0 && pair.normal[2] == 0)
                 weight *= pointShare;
-            const double share = pair.beside ? pointShare : pointShare;
-            if (share < 1 && !pair.beside)
-                add(pair.normal, arm, along, weight * (1 - share));
+            if (pointShare < 1 && !pair.beside)
+                add(pair.normal, arm, along, weight * (1 - pointShare));
             for (std::size_t i = 0; i < 3; ++i) {
                 Point3 axis = {0, 0, 0};
                 axis[i] = 1;
-                add(axis, arm, d[i], weight * share);
+                add(axis, arm, d[i], weight * pointShare);
             }
         }
         for (int i = 0; i < 6; ++i)
@@ -421,22 +420,23 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
     return pose;
 }
 
-std::vector<double> surfaceDistances(const SpecimenSurfaces& from, const SpecimenSurfaces& to) {
+std::vector<double> surfaceDistances(const SpecimenSurfaces& from, const SpecimenSurfaces& to, bool all) {
     std::vector<double> distances(std::size_t(from.getSize()), -1);
     for (int k = 0; k < from.getSize() && k < to.getSize(); ++k) {
         if (from[k].isEmpty() || to[k].isEmpty())
             continue;
-        double inner = 0, all = 0;
+        double inner = 0, whole = 0;
         int numInner = 0;
         for (const Point3& p : from[k].points) {
             const SpecimenSurfaces::Foot foot = to[k].foot(p);
-            all += foot.distance * foot.distance;
+            whole += foot.distance * foot.distance;
             if (!foot.border) {
                 inner += foot.distance * foot.distance;
                 ++numInner;
             }
         }
-        distances[std::size_t(k)] = numInner > 0 ? std::sqrt(inner / numInner) : std::sqrt(all / from[k].size());
+        const bool most = !all && 2 * numInner > from[k].size();
+        distances[std::size_t(k)] = most ? std::sqrt(inner / numInner) : std::sqrt(whole / from[k].size());
     }
     return distances;
 }

@@ -41,8 +41,6 @@ public:
     double score(const SpecimenSurfaces& moving, const SpecimenPose& pose) const;
 
 private:
-    struct Samples;
-
     SpecimenPose finish(const SpecimenSurfaces& moving, const SpecimenSurfaces& mirrored,
                         std::vector<SpecimenPose> starts, double preference) const;
 
@@ -55,7 +53,7 @@ private:
 
 /// For each surface the root mean square distance of its vertices to the closest place on the other's surface of equal
 /// rank, as the two lie; -1 where either has none. Pairs whose closest place is on the border of the other, where a part
-/// of it may be missing, are left out unless all are such.
-std::vector<double> surfaceDistances(const SpecimenSurfaces& from, const SpecimenSurfaces& to);
+/// of it may be missing, are left out when most are not such, unless all pairs are to count.
+std::vector<double> surfaceDistances(const SpecimenSurfaces& from, const SpecimenSurfaces& to, bool all = false);
 
 } // namespace vorlen
