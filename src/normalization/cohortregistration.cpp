@@ -94,10 +94,10 @@ void CohortRegistration::registerJointly() {
     __sems.clear();
     notifyStarted("");
     for (int round = 0; round < maxRounds && !stops(); ++round) {
-        const std::vector<SpecimenSurfaces> before = placed();
-        const SpecimenSurfaces mean = MeanSurfaces::of(before, 1).mean;
+        const std::vector<SpecimenSurfaces> all = placed();
+        const SpecimenSurfaces mean = MeanSurfaces::of(all, 1).mean;
         if (round == 0)
-            record(mean, before, -1);
+            record(mean, all, -1);
         SurfaceRegistration registration(mean);
         Point3 centre;
         double axes[3][3], radius = 1, moved = 0;

@@ -11,6 +11,8 @@ namespace vorlen {
 
 class ProgressMonitor;
 template <class T>
+class Shape;
+template <class T>
 class ShapeSet;
 
 /// The steps of a normalization that go by surface, on the shape sets of all specimens, and the measures that are the
