@@ -53,6 +53,7 @@ void FusionPipeline<T>::cancel() {
 
 template <class T>
 void FusionPipeline<T>::clear() {
+    __prepared = false;
     __fusion.clear();
     __group.clear();
     if (__mean) {
@@ -77,13 +78,29 @@ std::vector<std::string> FusionPipeline<T>::listAllStructureNames() const {
 }
 
 template <class T>
-bool FusionPipeline<T>::run() {
+void FusionPipeline<T>::prepare() {
     clear();
     __fusion.reset();
+    checkConfig();
+    try {
+        initLog();
+        initReport();
+        buildShapeSets();
+    } catch (...) {
+        clear();
+        throw;
+    }
+    __prepared = true;
+}
+
+template <class T>
+bool FusionPipeline<T>::run() {
     ProgressSubject::notifyStarted("");
     bool completed = false;
     try {
-        checkConfig();
+        if (!__prepared)
+            prepare();
+        __prepared = false;
         completed = runSteps();
     } catch (...) {
         clear();
@@ -112,9 +129,6 @@ bool FusionPipeline<T>::runSteps() {
         chain.addSubject(warpingProxy);
     chain.addMonitor(*this);
 
-    initLog();
-    initReport();
-    buildShapeSets();
     FusionSteps<T> steps(__shapeSets, __report);
     if (!this->isCanceled() && bySurface()) {
         surfaceRegistration(steps, alignmentProxy, registrationProxy);

@@ -382,10 +382,12 @@ TEST(FusionPipeline, bySurfaceTellsWhatItDidToEachSpecimen) {
     }
     Stack& other = *specimens[1];
     other.setLengthUnit(LengthUnit(-3));
-    other.setDefaultSliceSpacing(0.01);
+    other.setDefaultSliceSpacing(0.01f);
     for (int k = 0; k < other.getNumSlices(); ++k) {
-        other.getSlice(k).getPixelCalibration().setWidth(0.001);
-        other.getSlice(k).getPixelCalibration().setHeight(0.001);
+        PixelCalibration calibration = other.getSlice(k).getPixelCalibration();
+        calibration.setPixelWidth(0.001f);
+        calibration.setPixelHeight(0.001f);
+        other.getSlice(k).setPixelCalibration(calibration);
     }
     Normalization normalization(std::move(specimens));
     normalization.strategy.setCorrespondence(SurfaceCorrespondence);
