@@ -176,10 +176,10 @@ void VRLFusionWindowMediator::start(const VRLFusionConfig<float>& config) {
     connect(__fusion.get(), &VRLFusion::failed, this, &VRLFusionWindowMediator::fusionFailed, Qt::QueuedConnection);
     ++__numFusions;
     setStatusRunning();
-    __thread = std::make_unique<QThread>();
-    __fusion->moveToThread(__thread.get());
-    connect(__thread.get(), &QThread::started, __fusion.get(), &VRLFusion::run);
-    __thread->start(QThread::InheritPriority);
+    __worker = std::make_unique<QThread>();
+    __fusion->moveToThread(__worker.get());
+    connect(__worker.get(), &QThread::started, __fusion.get(), &VRLFusion::run);
+    __worker->start(QThread::InheritPriority);
 }
 
 /// The colours of the models as they are when the normalization starts.
@@ -192,11 +192,11 @@ void VRLFusionWindowMediator::takeColors() {
 
 /// Waits for the thread, which ends with its work.
 void VRLFusionWindowMediator::endRun() {
-    if (!__thread)
+    if (!__worker)
         return;
-    __thread->quit();
-    __thread->wait();
-    __thread.reset();
+    __worker->quit();
+    __worker->wait();
+    __worker.reset();
 }
 
 void VRLFusionWindowMediator::cancelFusion() {

@@ -95,7 +95,7 @@ private:
     VRLFusionConfig<float> __config;
     std::map<std::pair<std::string, std::string>, ModelItemProperties> __properties; // of stack and model
     std::unique_ptr<VRLFusion> __fusion;
-    std::unique_ptr<QThread> __thread;
+    std::unique_ptr<QThread> __worker;
     std::vector<std::unique_ptr<ShapePainterGL<float>>> __shapePainters;
     std::vector<std::unique_ptr<VRLFusionShapeViewerPainterGL>> __painters;
     Status __status = Ready;

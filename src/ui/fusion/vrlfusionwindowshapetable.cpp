@@ -30,9 +30,9 @@ void VRLFusionWindowShapeTable::addPainter(VRLFusionShapeViewerPainterGL& painte
     setSortingEnabled(sorted);
 }
 
-void VRLFusionWindowShapeTable::setPainters(const std::vector<VRLFusionShapeViewerPainterGL*>& painters) {
+void VRLFusionWindowShapeTable::setPainters(const std::vector<VRLFusionShapeViewerPainterGL*>& list) {
     removePainters();
-    for (VRLFusionShapeViewerPainterGL* painter : painters)
+    for (VRLFusionShapeViewerPainterGL* painter : list)
         addPainter(*painter);
 }
 

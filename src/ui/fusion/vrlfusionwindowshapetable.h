@@ -27,7 +27,7 @@ public:
     explicit VRLFusionWindowShapeTable(QWidget* parent = nullptr);
 
     void addPainter(VRLFusionShapeViewerPainterGL& painter);
-    void setPainters(const std::vector<VRLFusionShapeViewerPainterGL*>& painters);
+    void setPainters(const std::vector<VRLFusionShapeViewerPainterGL*>& list);
     void removePainters();
 
     /// In the order of the rows.
