@@ -14,6 +14,7 @@ namespace {
 
 constexpr int maxControls = 400;
 constexpr int maxTrialControls = 160;
+constexpr int maxPolynomialControls = 4000;
 
 double squareDistance(const Point3& a, const Point3& b) {
     return (a[0] - b[0]) * (a[0] - b[0]) + (a[1] - b[1]) * (a[1] - b[1]) + (a[2] - b[2]) * (a[2] - b[2]);
@@ -166,13 +167,15 @@ private:
 
 class PolynomialFit : public CohortWarp {
 public:
-    PolynomialFit(const ControlPairs& pairs, int degree) : __frame(pairs.from) {
+    PolynomialFit(ControlPairs pairs, int degree) : __frame(pairs.from) {
+        const ControlPairs all = pairs;
+        pairs.thin(maxPolynomialControls);
         for (int total = 0; total <= degree; ++total)
             for (int i = total; i >= 0; --i)
                 for (int j = total - i; j >= 0; --j)
                     __powers.push_back({i, j, total - i - j});
         solve(pairs);
-        measure(pairs, pairs);
+        measure(pairs, all);
     }
 
     Point3 operator()(const Point3& p) const override {
@@ -332,9 +335,10 @@ void ControlPairs::thin(int most) {
 
 CohortWarp::~CohortWarp() = default;
 
-double CohortWarp::foldedShare(const Point3& low, const Point3& high) const {
+double CohortWarp::foldedShare(const Point3& low, const Point3& high,
+                               const std::function<bool(const Point3&)>& inside) const {
     constexpr int n = 12;
-    int folded = 0;
+    int folded = 0, counted = 0;
     const double step = 1e-4 * std::sqrt(squareDistance(low, high));
     if (!(step > 0))
         return 0;
@@ -343,6 +347,9 @@ double CohortWarp::foldedShare(const Point3& low, const Point3& high) const {
         Point3 p;
         for (std::size_t a = 0; a < 3; ++a)
             p[a] = low[a] + (high[a] - low[a]) * (place[a] + 0.5) / n;
+        if (inside && !inside(p))
+            continue;
+        ++counted;
         double j[3][3];
         for (std::size_t b = 0; b < 3; ++b) {
             Point3 before = p, after = p;
@@ -357,7 +364,9 @@ double CohortWarp::foldedShare(const Point3& low, const Point3& high) const {
                                    j[0][2] * (j[1][0] * j[2][1] - j[1][1] * j[2][0]);
         folded += determinant > 0 ? 0 : 1;
     }
-    return double(folded) / (n * n * n);
+    if (counted == 0)
+        return inside ? foldedShare(low, high) : 0;
+    return double(folded) / counted;
 }
 
 void CohortWarp::measure(const ControlPairs& pairs, const ControlPairs& all) {
@@ -379,7 +388,7 @@ std::unique_ptr<CohortWarp> CohortWarp::spline(ControlPairs pairs, double smooth
 
 std::unique_ptr<CohortWarp> CohortWarp::polynomial(ControlPairs pairs, int degree) {
     pairs.mergeCoincident();
-    return std::make_unique<PolynomialFit>(pairs, degree);
+    return std::make_unique<PolynomialFit>(std::move(pairs), degree);
 }
 
 } // namespace vorlen

@@ -46,9 +46,10 @@ public:
     const WarpQuality& getQuality() const { return __quality; }
     WarpQuality& getQuality() { return __quality; }
 
-    /// Share of the box, on a grid of 12 by 12 by 12 places, at which the Jacobian determinant of the map, by central
-    /// differences, is not above 0.
-    double foldedShare(const Point3& low, const Point3& high) const;
+    /// Share of the places in the box, on a grid of 12 by 12 by 12, at which the Jacobian determinant of the map, by
+    /// central differences, is not above 0. With inside only those count for which it is true, unless there is none.
+    double foldedShare(const Point3& low, const Point3& high,
+                       const std::function<bool(const Point3&)>& inside = nullptr) const;
 
     /// Spline of least bending whose control points may miss their targets: smoothing 0 goes through all; the greater it
     /// is the nearer comes the warp to an affine map. Below 0 it is chosen by the leave-one-out error, among none and
@@ -58,7 +59,7 @@ public:
     /// fitting again S. Rippa, Advances in Computational Mathematics 11, 1999.
     static std::unique_ptr<CohortWarp> spline(ControlPairs pairs, double smoothing = -1);
 
-    /// Polynomials of this total degree, by least squares on all control points; leave-one-out by the leverages of the
+    /// Polynomials of this total degree, by least squares on up to 4000 control points, spread evenly; leave-one-out by the leverages of the
     /// fit. Coordinates are centred and scaled. Terms that the points cannot tell apart are left out.
     static std::unique_ptr<CohortWarp> polynomial(ControlPairs pairs, int degree);
 

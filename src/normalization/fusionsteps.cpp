@@ -197,7 +197,18 @@ bool FusionSteps<T>::judge(CohortWarp& warp, std::size_t i, const VRLFusionStrat
         }
     }
     WarpQuality& quality = warp.getQuality();
-    quality.folds = warp.foldedShare(low, high);
+    // Inside one of the surfaces, by the normal at the closest place; beyond its ends there is no inside.
+    quality.folds = warp.foldedShare(low, high, [&](const Point3& p) {
+        return std::any_of(whole.getSurfaces().begin(), whole.getSurfaces().end(), [&](const auto& surface) {
+            if (surface.isEmpty() || surface.open)
+                return false;
+            const SpecimenSurfaces::Foot foot = surface.foot(p);
+            double along = 0;
+            for (std::size_t a = 0; a < 3; ++a)
+                along += (p[a] - foot.place[a]) * foot.normal[a];
+            return !foot.border && along <= 0;
+        });
+    });
     quality.refused = quality.folds > 0 && strategy.isFoldsRefused();
     SpecimenReport& specimen = __report.specimens[i];
     specimen.warped = true;
