@@ -319,7 +319,7 @@ int writeResults(const FusionPipeline<float>& pipeline, const Request& request) 
     }
     if (!SafeFile::save(summary, "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>Spatial normalization "
                                  "summary</title></head><body>\n" +
-                                     pipeline.getLog() + "\n</body></html>\n"))
+                                     pipeline.getSummary() + "\n</body></html>\n"))
         throw FileWriteError("writeResults", "Cannot open file for writing", summary);
     std::ostringstream json;
     writeNormalizationReport(json, request.name, pipeline.getReport());

@@ -158,8 +158,6 @@ bool FusionPipeline<T>::runSteps() {
     }
     if (!this->isCanceled() && strategy.isWarping())
         warping(steps, warpingProxy);
-    if (!this->isCanceled())
-        __log += __report.html();
     return !this->isCanceled();
 }
 

@@ -80,8 +80,11 @@ public:
     /// Mean surfaces of the structures; null before a run has come to them.
     const ShapeSet<T>* getMeanShapeSet() const { return __mean; }
 
-    /// The summary of the last run, in HTML. Pairs of numbers are the mean error and its standard error.
+    /// What the steps of the last run did, in HTML. Pairs of numbers are the mean error and its standard error.
     const std::string& getLog() const { return __log; }
+
+    /// The same with the tables of the report: residuals, warps and warnings.
+    std::string getSummary() const { return __log + __report.html(); }
 
     /// The numbers of the last run.
     const FusionReport& getReport() const { return __report; }

@@ -95,7 +95,7 @@ void FusionSteps<T>::warnOfTurnedOver() {
         const double turn = registration.refine(all[i], SpecimenPose()).angle();
         if (turn > 90) {
             __report.warnings.push_back("\"" + __report.specimens[i].name +
-                                        "\" may be turned over: turned by another " + std::to_string(std::lround(turn)) +
+                                        "\" may be turned over: turned by another " + plainNumber(std::round(turn)) +
                                         " degrees it lies better on \"" + __report.specimens[i == 0 ? 1 : 0].name +
                                         "\"");
         }

@@ -112,8 +112,9 @@ std::vector<std::pair<int, int>> sampled(const SpecimenSurfaces& surfaces, const
 /// Closest-point iteration of one specimen on another.
 class Iteration {
 public:
-    Iteration(const SpecimenSurfaces& moving, const SpecimenSurfaces& target, int count)
-        : __moving(moving), __target(target), __fromMoving(sampled(moving, target, count)),
+    /// fine: pairs end at places on the quadrilaterals, not at vertices.
+    Iteration(const SpecimenSurfaces& moving, const SpecimenSurfaces& target, int count, bool fine = false)
+        : __moving(moving), __target(target), __fine(fine), __fromMoving(sampled(moving, target, count)),
           __fromTarget(sampled(target, moving, count)) {
         __pairs.reserve(__fromMoving.size() + __fromTarget.size());
     }
@@ -159,7 +160,7 @@ private:
             pair.normal = sum;
         }
         const double along = dot(d, pair.normal);
-        pair.beside = pair.distance * pair.distance - along * along > reach * reach;
+        pair.beside = pair.distance * pair.distance - along * along > reach * reach + 1e-12 * pair.distance;
         __pairs.push_back(pair);
     }
 
@@ -169,6 +170,12 @@ private:
             const auto& moving = __moving[k];
             const auto& target = __target[k];
             const Point3 p = pose(moving.points[std::size_t(i)]);
+            if (__fine) {
+                const SpecimenSurfaces::Foot foot = target.foot(p);
+                addPair(p, pose.turn(moving.normals[std::size_t(i)]), foot.place, foot.normal,
+                        foot.border ? 0 : target.reach[std::size_t(foot.vertex)]);
+                continue;
+            }
             const std::size_t found = std::size_t(target.nearest(p));
             addPair(p, pose.turn(moving.normals[std::size_t(i)]), target.points[found], target.normals[found],
                     target.reach[found]);
@@ -177,6 +184,12 @@ private:
             const auto& moving = __moving[k];
             const auto& target = __target[k];
             const Point3& p = target.points[std::size_t(i)];
+            if (__fine) {
+                const SpecimenSurfaces::Foot foot = moving.foot(pose.back(p));
+                addPair(pose(foot.place), pose.turn(foot.normal), p, target.normals[std::size_t(i)],
+                        foot.border ? 0 : moving.reach[std::size_t(foot.vertex)]);
+                continue;
+            }
             const std::size_t found = std::size_t(moving.nearest(pose.back(p)));
             addPair(pose(moving.points[found]), pose.turn(moving.normals[found]), p, target.normals[std::size_t(i)],
                     moving.reach[found]);
@@ -249,6 +262,7 @@ private:
 
     const SpecimenSurfaces& __moving;
     const SpecimenSurfaces& __target;
+    bool __fine;
     std::vector<std::pair<int, int>> __fromMoving, __fromTarget;
     std::vector<Pair> __pairs;
     std::vector<double> __sorted;
@@ -412,10 +426,10 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
         return cost(a) < cost(b);
     });
     SpecimenPose pose = least->pose;
-    std::vector<Iteration> both = iterationsOf(4000);
+    Iteration last(pose.mirrored ? mirrored : moving, __target, 2500, true);
     const bool mirror = pose.mirrored;
     pose.mirrored = false;
-    both[mirror ? 1 : 0].run(pose, 20, 0.02, __radius);
+    last.run(pose, 20, 0, __radius);
     pose.mirrored = mirror;
     return pose;
 }

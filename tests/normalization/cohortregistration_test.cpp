@@ -77,7 +77,7 @@ TEST(CohortRegistration, bringsSpecimensTogetherHoweverTheyWereCut) {
         EXPECT_LT(landmarkSpread(cohort.moved(registration.getPoses())), 1.2 * direct + 0.3) << "cohort " << seed;
         EXPECT_LE(registration.getErrors().back(), registration.getErrors().front() * 1.001);
         // The frame is that of the first specimen as it was cut.
-        EXPECT_LT(registration.getPoses()[0].angle(), 1e-6);
+        EXPECT_LT(registration.getPoses()[0].angle(), 1e-4);
         ++seed;
     }
 }

@@ -27,7 +27,8 @@ public:
     const std::vector<ShapeSet<float>*>& getShapeSets() const { return __pipeline.getShapeSets(); }
     const ShapeSet<float>* getMeanShapeSet() const { return __pipeline.getMeanShapeSet(); }
     const FusionReport& getReport() const { return __pipeline.getReport(); }
-    QString getLog() const { return QString::fromStdString(__pipeline.getLog()); }
+    /// The summary with its tables, in HTML.
+    QString getLog() const { return QString::fromStdString(__pipeline.getSummary()); }
 
     /// From any thread; takes effect between two specimens or steps.
     void cancel() override;
