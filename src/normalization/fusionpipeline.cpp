@@ -130,6 +130,7 @@ bool FusionPipeline<T>::runSteps() {
     chain.addMonitor(*this);
 
     FusionSteps<T> steps(__shapeSets, __report);
+    __report.precision = steps.precision();
     if (!this->isCanceled() && bySurface()) {
         surfaceRegistration(steps, alignmentProxy, registrationProxy);
     } else if (!this->isCanceled() && (strategy.isAlignment() || strategy.isRegistration())) {
@@ -237,7 +238,7 @@ void FusionPipeline<T>::noteErrors(const std::vector<double>& errors, const std:
     __report.errors.insert(__report.errors.end(), errors.begin(), errors.end());
     __report.sems.insert(__report.sems.end(), sems.begin(), sems.end());
     // Rounding makes no run worse.
-    if (errors.back() > errors.front() * 1.001 + 1e-9)
+    if (errors.back() > errors.front() * 1.001 + __report.precision)
         __report.warnings.push_back("The " + step + " made the error greater: from " + plainNumber(errors.front()) +
                                     " to " + plainNumber(errors.back()));
 }

@@ -60,7 +60,7 @@ std::string htmlEscaped(const std::string& text) {
     return result;
 }
 
-std::vector<bool> FusionReport::outlying(const std::vector<double>& values) {
+std::vector<bool> FusionReport::outlying(const std::vector<double>& values, double least) {
     std::vector<double> known, off;
     for (const double value : values)
         if (value >= 0)
@@ -74,7 +74,7 @@ std::vector<bool> FusionReport::outlying(const std::vector<double>& values) {
         off.push_back(std::abs(value - median));
     const double spread = 1.4826 * medianOf(off);
     for (std::size_t i = 0; i < values.size(); ++i)
-        result[i] = values[i] > 1.5 * median && values[i] - median > 3.5 * spread;
+        result[i] = values[i] > least && values[i] > 1.5 * median && values[i] - median > 3.5 * spread;
     return result;
 }
 
@@ -96,7 +96,7 @@ void FusionReport::setResiduals(const std::vector<SpecimenSurfaces>& placed, con
         specimen.residual = count > 0 ? std::sqrt(sum / count) : -1;
         whole.push_back(specimen.residual);
     }
-    const std::vector<bool> stand = outlying(whole);
+    const std::vector<bool> stand = outlying(whole, precision);
     for (std::size_t i = 0; i < specimens.size(); ++i) {
         specimens[i].outlier = stand[i];
         if (stand[i]) {
@@ -110,7 +110,7 @@ void FusionReport::setResiduals(const std::vector<SpecimenSurfaces>& placed, con
         values.reserve(specimens.size());
         for (const SpecimenReport& specimen : specimens)
             values.push_back(specimen.residuals[k]);
-        const std::vector<bool> own = outlying(values);
+        const std::vector<bool> own = outlying(values, precision);
         for (std::size_t i = 0; i < specimens.size(); ++i) {
             specimens[i].outliers[k] = own[i];
             if (own[i] && !stand[i]) {

@@ -30,7 +30,8 @@ struct SpecimenReport {
 /// (1.4826 times the median distance to the median), and there are at least four. Source: B. Iglewicz and D. Hoaglin,
 /// How to Detect and Handle Outliers, 1993.
 struct FusionReport {
-    std::string unit; ///< symbol of the unit
+    std::string unit;     ///< symbol of the unit
+    double precision = 0; ///< lengths below it are rounding: a hundred thousandth of the size of the specimens
     std::vector<std::string> structures;
     std::vector<bool> references;
     std::vector<SpecimenReport> specimens;
@@ -44,7 +45,8 @@ struct FusionReport {
     std::vector<double> errors, sems;
 
     /// Which of the values stand out; those below 0 take no part.
-    static std::vector<bool> outlying(const std::vector<double>& values);
+    /// Values below least do not stand out.
+    static std::vector<bool> outlying(const std::vector<double>& values, double least = 0);
 
     /// Fills in the residuals of the specimens and names outliers among the warnings. Both lists are as the shape sets.
     void setResiduals(const std::vector<SpecimenSurfaces>& placed, const SpecimenSurfaces& mean);

@@ -38,6 +38,17 @@ std::vector<SpecimenSurfaces> FusionSteps<T>::surfaces(bool referencesOnly) cons
 }
 
 template <class T>
+double FusionSteps<T>::precision() const {
+    const SpecimenSurfaces first(*__sets.front(), false);
+    if (first.numVertices() == 0)
+        return 0;
+    Point3 centre;
+    double axes[3][3], radius = 0;
+    first.axes(centre, axes, radius);
+    return 1e-5 * radius;
+}
+
+template <class T>
 void FusionSteps<T>::place(const std::vector<SpecimenPose>& poses) {
     for (std::size_t i = 0; i < __sets.size(); ++i) {
         PointMap<T>([&pose = poses[i]](const Point3& p) { return pose(p); }).apply(*__sets[i]);
@@ -218,7 +229,7 @@ bool FusionSteps<T>::judge(CohortWarp& warp, std::size_t i, const VRLFusionStrat
                                     "% of the volume" +
                                     (quality.refused ? " and was refused: the specimen stays as registered" : ""));
     }
-    if (quality.leaveOneOut > quality.errorBefore) {
+    if (quality.leaveOneOut > quality.errorBefore + __report.precision) {
         __report.warnings.push_back("The warp of \"" + specimen.name + "\" is worse than none for points that it does " +
                                     "not know: leave-one-out error " + plainNumber(quality.leaveOneOut) + ", without " +
                                     plainNumber(quality.errorBefore));

@@ -27,6 +27,9 @@ public:
     /// The surfaces of the sets as they lie now.
     std::vector<SpecimenSurfaces> surfaces(bool referencesOnly) const;
 
+    /// A hundred thousandth of the size of the first specimen.
+    double precision() const;
+
     /// Moves all shapes by the poses, and notes turns and mirror images in the report.
     void place(const std::vector<SpecimenPose>& poses);
 
