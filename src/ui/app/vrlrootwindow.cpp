@@ -29,7 +29,6 @@
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/commands/shortcutsdialog.h"
 #include "ui/files/vrlstackio.h"
-#include "ui/fusion/fusioncommands.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/registration/registrationcommands.h"
 #include "ui/scenes/renderingcommands.h"
@@ -233,7 +232,6 @@ void VRLRootWindow::showShortcuts() {
         dialog->addSheet(registrationCommands());
         dialog->addSheet(renderingCommands());
         dialog->addSheet(analysisCommands());
-        dialog->addSheet(fusionCommands());
     }
     dialog->show();
     dialog->raise();
