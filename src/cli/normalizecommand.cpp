@@ -65,10 +65,11 @@ void declareOptions(CommandLine& line) {
                    "MODEL=40x60 for one; may be given several times. By default the greatest number of contours by "
                    "the greatest number of vertices.",
                    "size");
-    line.addOption({"error"},
-                   "Greatest distance between a reference and its resampling, in the first stack's unit; gives the sizes "
-                   "that --size does not.",
-                   "distance");
+    line.addOption(
+        {"error"},
+        "Greatest distance between a reference and its resampling, in the first stack's unit; gives the sizes "
+        "that --size does not.",
+        "distance");
     line.addOption({"correspondence"},
                    "What corresponds in two specimens: surface (the closest places of the surfaces; finds the "
                    "orientation by itself and bears tilted cutting, another first end and missing parts) or levels "
@@ -246,8 +247,8 @@ std::vector<Structure> chooseReferences(const std::vector<const Stack*>& stacks,
     for (const Structure& structure : shared)
         if (structure.isReference())
             vertices += double(structure.getResamplingHeight()) * structure.getResamplingWidth();
-    const bool spline = request.strategy.isWarping() &&
-                        request.strategy.getCorrespondence() == LevelCorrespondence && request.strategy.getWarpingModel() == ThinPlateSplineWarping;
+    const bool spline = request.strategy.isWarping() && request.strategy.getCorrespondence() == LevelCorrespondence &&
+                        request.strategy.getWarpingModel() == ThinPlateSplineWarping;
     const double shrink = spline && vertices > splineVertices ? std::sqrt(splineVertices / vertices) : 1;
     for (const GridOption& grid : request.grids)
         if (!grid.structure.empty())
@@ -307,7 +308,8 @@ int writeResults(const FusionPipeline<float>& pipeline, const Request& request) 
         addSet(*set);
     addSet(*pipeline.getMeanShapeSet());
 
-    const std::string summary = request.directory + "/summary.html", numbers = request.directory + "/normalization.json";
+    const std::string summary = request.directory + "/summary.html",
+                      numbers = request.directory + "/normalization.json";
     names.insert(summary);
     names.insert(numbers);
     for (const std::string& name : names)

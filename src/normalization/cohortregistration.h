@@ -24,8 +24,8 @@ public:
 
     void setMirrorsAllowed(bool allowed) { __mirrors = allowed; }
 
-    /// Brings each specimen on the reference, of all orientations the one with the least distance. Progress goes specimen
-    /// by specimen. Throws what SurfaceRegistration throws.
+    /// Brings each specimen on the reference, of all orientations the one with the least distance. Progress goes
+    /// specimen by specimen. Throws what SurfaceRegistration throws.
     void align(int reference);
 
     /// The same from where the specimens lie, and their half turns, alone.
@@ -41,8 +41,8 @@ public:
     /// The motion of each specimen so far.
     const std::vector<SpecimenPose>& getPoses() const { return __poses; }
 
-    /// Of the last step: mean over specimens and structures of the distance to the reference, before and after it, or to
-    /// the mean of all, before and after each round; and the standard errors.
+    /// Of the last step: mean over specimens and structures of the distance to the reference, before and after it, or
+    /// to the mean of all, before and after each round; and the standard errors.
     const std::vector<double>& getErrors() const { return __errors; }
     const std::vector<double>& getErrorSems() const { return __sems; }
 

@@ -221,8 +221,7 @@ private:
                 for (std::size_t s = 0; s < t; ++s) {
                     if (!used[s])
                         continue;
-                    const double share =
-                        std::inner_product(column.begin(), column.end(), columns[s].begin(), 0.0);
+                    const double share = std::inner_product(column.begin(), column.end(), columns[s].begin(), 0.0);
                     upper[s][t] += share;
                     for (std::size_t k = 0; k < n; ++k)
                         column[k] -= share * columns[s][k];

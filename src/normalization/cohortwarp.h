@@ -26,13 +26,13 @@ struct ControlPairs {
 
 /// How good a warp is. Lengths are in the unit of the points.
 struct WarpQuality {
-    int controls = 0;         ///< control points after merging
-    double errorBefore = 0;   ///< root mean square distance of the control points to their targets
-    double errorAfter = 0;    ///< the same after the warp
-    double leaveOneOut = -1;  ///< root mean square error at a control point of the warp of all others; below 0: unknown
-    double smoothing = 0;     ///< of a spline, as a share of the mean spacing of its control points
-    double folds = 0;         ///< share of the volume in which the map turns space inside out, 0 to 1
-    bool refused = false;     ///< the shapes stayed as they were, because of the folds
+    int controls = 0;        ///< control points after merging
+    double errorBefore = 0;  ///< root mean square distance of the control points to their targets
+    double errorAfter = 0;   ///< the same after the warp
+    double leaveOneOut = -1; ///< root mean square error at a control point of the warp of all others; below 0: unknown
+    double smoothing = 0;    ///< of a spline, as a share of the mean spacing of its control points
+    double folds = 0;        ///< share of the volume in which the map turns space inside out, 0 to 1
+    bool refused = false;    ///< the shapes stayed as they were, because of the folds
 };
 
 /// A warp of space with its quality.
@@ -51,16 +51,17 @@ public:
     double foldedShare(const Point3& low, const Point3& high,
                        const std::function<bool(const Point3&)>& inside = nullptr) const;
 
-    /// Spline of least bending whose control points may miss their targets: smoothing 0 goes through all; the greater it
-    /// is the nearer comes the warp to an affine map. Below 0 it is chosen by the leave-one-out error, among none and
-    /// powers of ten from a thousandth to a hundred, on up to 160 of the control points. The kernel is the distance.
-    /// Coincident control points are merged and at most 400 used, spread evenly. Throws MathError when those left lie on
-    /// one plane. Sources: G. Wahba, Spline Models for Observational Data, 1990; for the leave-one-out error without
-    /// fitting again S. Rippa, Advances in Computational Mathematics 11, 1999.
+    /// Spline of least bending whose control points may miss their targets: smoothing 0 goes through all; the greater
+    /// it is the nearer comes the warp to an affine map. Below 0 it is chosen by the leave-one-out error, among none
+    /// and powers of ten from a thousandth to a hundred, on up to 160 of the control points. The kernel is the
+    /// distance. Coincident control points are merged and at most 400 used, spread evenly. Throws MathError when those
+    /// left lie on one plane. Sources: G. Wahba, Spline Models for Observational Data, 1990; for the leave-one-out
+    /// error without fitting again S. Rippa, Advances in Computational Mathematics 11, 1999.
     static std::unique_ptr<CohortWarp> spline(ControlPairs pairs, double smoothing = -1);
 
-    /// Polynomials of this total degree, by least squares on up to 4000 control points, spread evenly; leave-one-out by the leverages of the
-    /// fit. Coordinates are centred and scaled. Terms that the points cannot tell apart are left out.
+    /// Polynomials of this total degree, by least squares on up to 4000 control points, spread evenly; leave-one-out by
+    /// the leverages of the fit. Coordinates are centred and scaled. Terms that the points cannot tell apart are left
+    /// out.
     static std::unique_ptr<CohortWarp> polynomial(ControlPairs pairs, int degree);
 
 protected:

@@ -257,7 +257,9 @@ void FusionPipeline<T>::surfaceRegistration(FusionSteps<T>& steps, ProgressMonit
     for (std::size_t i = 0; i < __shapeSets.size() && onTemplate; ++i)
         if (__shapeSets[i]->getName() == strategy.getReferenceStack())
             reference = int(i);
-    const auto pairAt = [&](std::size_t k) { return pairOf(float(cohort.getErrors()[k]), float(cohort.getErrorSems()[k])); };
+    const auto pairAt = [&](std::size_t k) {
+        return pairOf(float(cohort.getErrors()[k]), float(cohort.getErrorSems()[k]));
+    };
     if (strategy.isAlignment()) {
         this->notifyProgressed("Aligning shapes...");
         cohort.addMonitor(alignment);
@@ -322,8 +324,9 @@ void FusionPipeline<T>::buildShapeSets() {
         const double factor = VRLFusionConfig<T>::unitFactor(stack, *stacks.front());
         if (factor != 1) {
             scaleBy<T>(factor).apply(set);
-            __report.warnings.push_back("\"" + stack.getName() + "\" was brought from " + stack.getLengthUnit().symbol() +
-                                        " to " + __report.unit + ", the unit of the first stack");
+            __report.warnings.push_back("\"" + stack.getName() + "\" was brought from " +
+                                        stack.getLengthUnit().symbol() + " to " + __report.unit +
+                                        ", the unit of the first stack");
         }
         __report.specimens[i].unitFactor = factor;
         if (i == 0) {

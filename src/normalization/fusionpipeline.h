@@ -22,8 +22,9 @@ class FusionSteps;
 /// registers them, averages them and warps them, as the strategy asks, and writes a summary.
 ///
 /// Owns the shapes that it makes, until clear(), the next run or its end. The stacks are read by
-/// prepare(), or else by run(), and must not change meanwhile. Monitors hear one start and one end, and the steps in between as one task; the starts and ends
-/// of the steps stay inside. Cancelling takes effect between two steps (and between two sets of a thin-plate warp).
+/// prepare(), or else by run(), and must not change meanwhile. Monitors hear one start and one end, and the steps in
+/// between as one task; the starts and ends of the steps stay inside. Cancelling takes effect between two steps (and
+/// between two sets of a thin-plate warp).
 ///
 /// All sets have one length, and entry k of each is the same structure; a stack without the structure has a null entry
 /// there. The mean is that of the state before the warp, which moves the shapes and not the mean.
@@ -57,13 +58,13 @@ public:
     void setConfig(const VRLFusionConfig<T>& config) { __config = config; }
     const VRLFusionConfig<T>& getConfig() const { return __config; }
 
-    /// Reads the stacks: builds the shapes of all models and begins summary and report. The steps that follow do not see
-    /// the stacks, which may then change. Throws as run() does, and leaves no shapes then.
+    /// Reads the stacks: builds the shapes of all models and begins summary and report. The steps that follow do not
+    /// see the stacks, which may then change. Throws as run() does, and leaves no shapes then.
     void prepare();
 
-    /// Runs the steps, after prepare() unless that was called; false when it was cancelled. Throws UsageError for a configuration that cannot run, SizeError
-    /// for grids without vertices or of more than 2^22, and what the steps throw; failures of a reconstruction name the
-    /// structure and the stack.
+    /// Runs the steps, after prepare() unless that was called; false when it was cancelled. Throws UsageError for a
+    /// configuration that cannot run, SizeError for grids without vertices or of more than 2^22, and what the steps
+    /// throw; failures of a reconstruction name the structure and the stack.
     bool run();
 
     void cancel() override;

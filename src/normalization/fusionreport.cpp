@@ -114,8 +114,8 @@ void FusionReport::setResiduals(const std::vector<SpecimenSurfaces>& placed, con
         for (std::size_t i = 0; i < specimens.size(); ++i) {
             specimens[i].outliers[k] = own[i];
             if (own[i] && !stand[i]) {
-                warnings.push_back("\"" + structures[k] + "\" of \"" + specimens[i].name + "\" is an outlier: " +
-                                   plainNumber(values[i]) + " off the mean");
+                warnings.push_back("\"" + structures[k] + "\" of \"" + specimens[i].name +
+                                   "\" is an outlier: " + plainNumber(values[i]) + " off the mean");
             }
         }
     }

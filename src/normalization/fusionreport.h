@@ -11,8 +11,8 @@ namespace vorlen {
 /// What a normalization did to one specimen, and how well it lies. Lengths are in the report's unit.
 struct SpecimenReport {
     std::string name;
-    double unitFactor = 1;         ///< by which its lengths came to the report's unit
-    double turned = 0;             ///< degrees by which it was turned against its raw data
+    double unitFactor = 1; ///< by which its lengths came to the report's unit
+    double turned = 0;     ///< degrees by which it was turned against its raw data
     bool mirrored = false;
     std::vector<double> residuals; ///< for each structure the distance to the mean surface; below 0 without one
     double residual = -1;          ///< root mean square of those of the references, of all without references

@@ -230,7 +230,8 @@ bool FusionSteps<T>::judge(CohortWarp& warp, std::size_t i, const VRLFusionStrat
                                     (quality.refused ? " and was refused: the specimen stays as registered" : ""));
     }
     if (quality.leaveOneOut > quality.errorBefore + __report.precision) {
-        __report.warnings.push_back("The warp of \"" + specimen.name + "\" is worse than none for points that it does " +
+        __report.warnings.push_back("The warp of \"" + specimen.name +
+                                    "\" is worse than none for points that it does " +
                                     "not know: leave-one-out error " + plainNumber(quality.leaveOneOut) + ", without " +
                                     plainNumber(quality.errorBefore));
     }

@@ -33,8 +33,8 @@ public:
     /// Moves all shapes by the poses, and notes turns and mirror images in the report.
     void place(const std::vector<SpecimenPose>& poses);
 
-    /// Four points for each set, which are moved with it; measureTurns() takes them out again and notes how far each was
-    /// turned.
+    /// Four points for each set, which are moved with it; measureTurns() takes them out again and notes how far each
+    /// was turned.
     void addProbes();
     void measureTurns();
 
@@ -55,8 +55,8 @@ public:
     /// UsageError that names the specimen whose warp cannot be fitted.
     void warpBySurface(const VRLFusionStrategy& strategy, ProgressMonitor& monitor, const std::function<bool()>& stops);
 
-    /// Measures the warp by ranks of each set before it is made, and gives the sets that are to be warped: all but those
-    /// whose folds are refused. Throws as warpBySurface() does.
+    /// Measures the warp by ranks of each set before it is made, and gives the sets that are to be warped: all but
+    /// those whose folds are refused. Throws as warpBySurface() does.
     std::vector<ShapeSet<T>*> warpedByLevels(const VRLFusionStrategy& strategy, const ShapeSet<T>& mean);
 
 private:

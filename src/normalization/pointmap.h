@@ -7,8 +7,8 @@
 
 namespace vorlen {
 
-/// Any map of space as a transform of shapes: a rigid motion of a specimen, a change of unit, a warp. Computes in double
-/// whatever the coordinates of the shapes. Points of another dimension than three stay where they are.
+/// Any map of space as a transform of shapes: a rigid motion of a specimen, a change of unit, a warp. Computes in
+/// double whatever the coordinates of the shapes. Points of another dimension than three stay where they are.
 template <class T>
 class PointMap : public ShapeTransform<T> {
 public:

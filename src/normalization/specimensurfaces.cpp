@@ -167,8 +167,7 @@ void SpecimenSurfaces::Surface::prepare() {
             outward += dot(normal, minus(here, middle));
             for (const int neighbour : {r * width + left, r * width + right, below * width + c, above * width + c}) {
                 const Point3 d = minus(points[std::size_t(neighbour)], here);
-                reach[std::size_t(r * width + c)] =
-                    std::max(reach[std::size_t(r * width + c)], std::sqrt(dot(d, d)));
+                reach[std::size_t(r * width + c)] = std::max(reach[std::size_t(r * width + c)], std::sqrt(dot(d, d)));
             }
         }
     }
@@ -193,7 +192,8 @@ SpecimenSurfaces::SpecimenSurfaces(const ShapeSet<T>& set, bool referencesOnly) 
         surface.open = mesh->getShapeType() != ClosedQuadMeshType;
         surface.points.reserve(std::size_t(mesh->getSize()));
         for (ConstVertexIterator<T> it(*mesh); it.current(); ++it)
-            surface.points.push_back({double((*it.current())[0]), double((*it.current())[1]), double((*it.current())[2])});
+            surface.points.push_back(
+                {double((*it.current())[0]), double((*it.current())[1]), double((*it.current())[2])});
         surface.prepare();
     }
 }

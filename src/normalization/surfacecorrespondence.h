@@ -30,8 +30,9 @@ CorrespondingSurface correspondingSurface(const SpecimenSurfaces::Surface& mean,
 struct MeanSurfaces {
     SpecimenSurfaces mean;
     std::vector<std::vector<CorrespondingSurface>> specimens; ///< [specimen][structure]
-    std::vector<std::vector<double>> deviations; ///< [structure][vertex]: standard deviation of a sample, of the distance
-    std::vector<std::vector<int>> counts;        ///< [structure][vertex]: specimens that count
+    std::vector<std::vector<double>>
+        deviations;                       ///< [structure][vertex]: standard deviation of a sample, of the distance
+    std::vector<std::vector<int>> counts; ///< [structure][vertex]: specimens that count
 
     /// All specimens must have as many surfaces.
     static MeanSurfaces of(const std::vector<SpecimenSurfaces>& specimens, int rounds);

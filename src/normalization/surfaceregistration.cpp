@@ -248,10 +248,9 @@ private:
         Point3 axis = {b[0], b[1], b[2]};
         const double angle = std::sqrt(dot(axis, axis));
         const double greatest = 0.5; // beyond it the step's straight lines are no rotation
-        if (angle > greatest) {
+        if (angle > greatest)
             for (double& x : axis)
                 x *= greatest / angle;
-        }
         SpecimenPose turn = rotationBy(axis);
         const Point3 turned = turn.turn(centre);
         for (std::size_t i = 0; i < 3; ++i)
@@ -316,8 +315,7 @@ void addAxesStarts(std::vector<SpecimenPose>& starts, const double from[3][3], c
             if (order > 1)
                 continue;
             // An eighth more about the longest axis: the two others may be of about one length.
-            const SpecimenPose eighth =
-                rotationBy({to[0][0] * pi / 4, to[1][0] * pi / 4, to[2][0] * pi / 4});
+            const SpecimenPose eighth = rotationBy({to[0][0] * pi / 4, to[1][0] * pi / 4, to[2][0] * pi / 4});
             const SpecimenPose turned = pose.followedBy(eighth);
             starts.push_back(poseAbout(turned.rotation, fromCentre, toCentre, mirrored));
         }

@@ -38,8 +38,8 @@ public:
     /// By what a length of the stack is multiplied to be one in the unit of the first stack.
     static double unitFactor(const Stack& stack, const Stack& first);
 
-    /// The reconstruction of the model of this name in each stack, in the unit of the first stack, without the empty ones among its items. A stack
-    /// without the model, or where it is made of points or empty, gives none.
+    /// The reconstruction of the model of this name in each stack, in the unit of the first stack, without the empty
+    /// ones among its items. A stack without the model, or where it is made of points or empty, gives none.
     static std::vector<std::unique_ptr<CurveStack<T>>>
     surfaceStructureInstances(const std::vector<const Stack*>& stacks, const std::string& name);
 

@@ -9,14 +9,15 @@ enum VRLFusionRegistrationAlgorithm { GlobalRegistration = 0, TemplateRegistrati
 
 enum VRLFusionWarpingModel { PolynomialWarping = 0, ThinPlateSplineWarping = 1 };
 
-/// What corresponds in two specimens: points of the surfaces where the anatomy lies, or levels and vertices of equal rank.
+/// What corresponds in two specimens: points of the surfaces where the anatomy lies, or levels and vertices of equal
+/// rank.
 enum VRLFusionCorrespondence { LevelCorrespondence = 0, SurfaceCorrespondence = 1 };
 
 /// Which steps a normalization takes, and how: alignment on principal axes, rigid registration, warping on the mean.
 ///
 /// None of them at first; a new strategy registers globally and warps by polynomials of degree 2 when these steps are
-/// switched on. By default correspondence is by surface: alignment and registration then go by closest points and cannot
-/// turn a specimen over; by levels they go by principal axes and by ranks.
+/// switched on. By default correspondence is by surface: alignment and registration then go by closest points and
+/// cannot turn a specimen over; by levels they go by principal axes and by ranks.
 class VRLFusionStrategy {
 public:
     void setAlignment(bool alignment) { __alignment = alignment; }

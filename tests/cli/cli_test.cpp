@@ -264,12 +264,27 @@ TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
 }
 
 TEST_F(CommandLineTest, normalizeRefusesWhatItCannotDo) {
-    for (const char* options :
-         {"", "--registration best", "--warping some", "--template sample --registration global",
-          "--registration template", "--template nobody", "--degree 3", "--warping polynomial --degree 0", "--size 1x5",
-          "--correspondence ranks", "--correspondence levels --mirror", "--smoothing 1",
-          "--warping spline --smoothing -1", "--folds maybe", "--size 20", "--size 20x30x40", "--size =20x30", "--size Liver=20x30", "--error -1", "--reference Cells",
-          "--reference Liver"}) {
+    for (const char* options : {"",
+                                "--registration best",
+                                "--warping some",
+                                "--template sample --registration global",
+                                "--registration template",
+                                "--template nobody",
+                                "--degree 3",
+                                "--warping polynomial --degree 0",
+                                "--size 1x5",
+                                "--correspondence ranks",
+                                "--correspondence levels --mirror",
+                                "--smoothing 1",
+                                "--warping spline --smoothing -1",
+                                "--folds maybe",
+                                "--size 20",
+                                "--size 20x30x40",
+                                "--size =20x30",
+                                "--size Liver=20x30",
+                                "--error -1",
+                                "--reference Cells",
+                                "--reference Liver"}) {
         const std::string files = *options == '\0' ? "sample.sdf" : "sample.sdf sample.sdf";
         const Outcome outcome = cli(*sample, std::string("normalize -o refused ") + options + " " + files);
         EXPECT_EQ(outcome.status, 2) << options << ": " << outcome.output;

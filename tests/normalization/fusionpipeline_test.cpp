@@ -420,8 +420,8 @@ TEST(FusionPipeline, bySurfaceTellsWhatItDidToEachSpecimen) {
     EXPECT_NE(pipeline.getSummary().find("<b>Residuals</b>"), std::string::npos);
     EXPECT_NE(pipeline.getLog().find("Method: thin-plate splines by surface"), std::string::npos);
     const ShapeSet<float>& mean = *pipeline.getMeanShapeSet();
-    const std::size_t body = std::size_t(std::find(report.structures.begin(), report.structures.end(), "body") -
-                                         report.structures.begin());
+    const std::size_t body =
+        std::size_t(std::find(report.structures.begin(), report.structures.end(), "body") - report.structures.begin());
     EXPECT_EQ(report.deviations[body].size(), std::size_t(meshOf(mean, int(body)).getSize()));
     EXPECT_LT(report.meanDeviation(int(body)), 1.5);
 }

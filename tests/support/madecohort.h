@@ -180,12 +180,21 @@ private:
     /// Radius in this direction: an ellipsoid, the kind's waves, and the specimen's own.
     double radius(const Point& u, bool core) const {
         const double a = core ? 16 : 45, b = core ? 20 : 60, c = core ? 24 : 100;
-        const double plain =
-            1 / std::sqrt(u[0] * u[0] / (a * a) + u[1] * u[1] / (b * b) + u[2] * u[2] / (c * c));
+        const double plain = 1 / std::sqrt(u[0] * u[0] / (a * a) + u[1] * u[1] / (b * b) + u[2] * u[2] / (c * c));
         const double x = u[0], y = u[1], z = u[2];
         const double kind = z * (5 * z * z - 3) / 2 + 0.8 * y * (5 * z * z - 1) / 2 + x * y * z * 2.5 + x * (1 - x * x);
-        const double waves[12] = {x, y, z, x * y, y * z, x * z, x * x - y * y, 1.5 * z * z - 0.5, x * y * z * 3,
-                                  z * (5 * z * z - 3) / 2, x * (5 * z * z - 1) / 2, y * (5 * z * z - 1) / 2};
+        const double waves[12] = {x,
+                                  y,
+                                  z,
+                                  x * y,
+                                  y * z,
+                                  x * z,
+                                  x * x - y * y,
+                                  1.5 * z * z - 0.5,
+                                  x * y * z * 3,
+                                  z * (5 * z * z - 3) / 2,
+                                  x * (5 * z * z - 1) / 2,
+                                  y * (5 * z * z - 1) / 2};
         double own = 0;
         for (std::size_t k = 0; k < 12; ++k)
             own += __own[k] * waves[k];

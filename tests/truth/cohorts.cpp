@@ -1,5 +1,5 @@
-// Registers 200 made cohorts and tells how their landmarks spread, beside a direct fit of the landmarks themselves; fails
-// when a specimen ends turned over.
+// Registers 200 made cohorts and tells how their landmarks spread, beside a direct fit of the landmarks themselves;
+// fails when a specimen ends turned over.
 
 #include <cmath>
 #include <cstdio>
