@@ -254,6 +254,9 @@ TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
                                         "--size 12x20 --warping polynomial --degree 1 sample.sdf turned.sdf");
     EXPECT_EQ(fitted.status, 0) << fitted.output;
     EXPECT_EQ(CurveStack<float>(sample->file("space/mean-Nucleus.qm")).getHeight(), 12);
+    const std::string numbers = sample->read("space/normalization.json");
+    EXPECT_NE(numbers.find("\"residual\": "), std::string::npos) << numbers.substr(0, 400);
+    EXPECT_NE(numbers.find("\"leave_one_out_error\": "), std::string::npos);
     const std::string told = sample->read("space/summary.html");
     EXPECT_NE(told.find("Template stack: <i>turned</i>"), std::string::npos);
     EXPECT_NE(told.find("Total 1 references"), std::string::npos);
@@ -261,11 +264,27 @@ TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
 }
 
 TEST_F(CommandLineTest, normalizeRefusesWhatItCannotDo) {
-    for (const char* options :
-         {"", "--registration best", "--warping some", "--template sample --registration global",
-          "--registration template", "--template nobody", "--degree 3", "--warping polynomial --degree 0", "--size 1x5",
-          "--size 20", "--size 20x30x40", "--size =20x30", "--size Liver=20x30", "--error -1", "--reference Cells",
-          "--reference Liver"}) {
+    for (const char* options : {"",
+                                "--registration best",
+                                "--warping some",
+                                "--template sample --registration global",
+                                "--registration template",
+                                "--template nobody",
+                                "--degree 3",
+                                "--warping polynomial --degree 0",
+                                "--size 1x5",
+                                "--correspondence ranks",
+                                "--correspondence levels --mirror",
+                                "--smoothing 1",
+                                "--warping spline --smoothing -1",
+                                "--folds maybe",
+                                "--size 20",
+                                "--size 20x30x40",
+                                "--size =20x30",
+                                "--size Liver=20x30",
+                                "--error -1",
+                                "--reference Cells",
+                                "--reference Liver"}) {
         const std::string files = *options == '\0' ? "sample.sdf" : "sample.sdf sample.sdf";
         const Outcome outcome = cli(*sample, std::string("normalize -o refused ") + options + " " + files);
         EXPECT_EQ(outcome.status, 2) << options << ": " << outcome.output;
