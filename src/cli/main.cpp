@@ -50,9 +50,10 @@ void printHelp() {
 /// Whether the word is an option that has its value in the next one.
 bool takesValue(const QString& word) {
     static const QStringList flags = {
-        "--overwrite", "--models-only", "--invert", "--open", "--calibrated", "--no-alignment", "--fix",  "--codes",
-        "--pixels",    "--keep-order",  "--error",  "--gzip", "--dry-run",    "--world",        "--help", "-h", "--one-model",
-        "--spheres",      "--no-border",   "--no-split", "--video", "--shapes"};
+        "--overwrite", "--models-only", "--invert", "--open",       "--calibrated", "--no-alignment",
+        "--fix",       "--codes",       "--pixels", "--keep-order", "--error",      "--gzip",
+        "--dry-run",   "--world",       "--help",   "-h",           "--one-model",  "--spheres",
+        "--no-border", "--no-split",    "--video",  "--shapes"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 
