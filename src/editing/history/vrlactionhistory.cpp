@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "editing/bus/vrleventbatch.h"
 #include "editing/bus/vrleventdeferral.h"
 #include "editing/history/vrlaction.h"
 #include "editing/history/vrlactionlist.h"
@@ -155,7 +156,7 @@ void VRLActionHistory::undo() {
         return;
     makeRoom(__redoList);
     VRLEventDeferral events;
-    __undoList.back()->revert();
+    inEventBatch([this] { __undoList.back()->revert(); }); // views follow the whole step at once
     __redoList.push_back(std::move(__undoList.back()));
     __undoList.pop_back();
     try {
@@ -176,7 +177,7 @@ void VRLActionHistory::redo() {
         return;
     makeRoom(__undoList);
     VRLEventDeferral events;
-    __redoList.back()->apply();
+    inEventBatch([this] { __redoList.back()->apply(); });
     __undoList.push_back(std::move(__redoList.back()));
     __redoList.pop_back();
     if (!__undoList.back()->isAside())

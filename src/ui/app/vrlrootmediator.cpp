@@ -40,6 +40,9 @@
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/app/workspace.h"
+#include "ui/exchange/filtermarks.h"
+#include "ui/exchange/vrlmodelexchangedialog.h"
+#include "ui/exchange/vrlmodelfilterdialog.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/models/modelpanel.h"
@@ -52,14 +55,18 @@
 #include "ui/models/vrlstackannotationdialog.h"
 #include "ui/models/vrlstacklistwidget.h"
 #include "ui/models/vrlstackpropertiesdialog.h"
+#include "ui/panorama/vrloverviewwidget.h"
+#include "ui/panorama/vrlpanorama.h"
 #include "ui/registration/vrlregistrationwindow.h"
 #include "ui/scenes/vrlrenderingwindow.h"
 #include "ui/session/vrlconfig.h"
 #include "ui/session/vrlsettings.h"
+#include "ui/slices/contrastdialog.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/spots/vrlspotextractionprocess.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
 #include "ui/widgets/plaintext.h"
 #include "ui/widgets/vrlmenu.h"
@@ -129,18 +136,21 @@ void VRLRootMediator::bindProcessCommands() {
         return __stack != nullptr && __stack->getNumSlices() > 1;
     });
     __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
-    __commands.command("models.transfer").enableWhen(severalStacks);
-    __commands.command("stack.findSpots").enableWhen(stack);
+    __commands.bind("models.transfer", [this] { runStackModelExchangeDialog(); }).enableWhen(severalStacks);
+    __commands.bind("stack.findSpots", [this] { runSpotExtraction(); }).enableWhen(stack);
     __commands.command("stacks.normalize").enableWhen(severalStacks);
-    __commands.command("models.filter").enableWhen(stack);
+    __commands.bind("models.filter", [this] { runModelFilterDialog(); }).enableWhen(stack);
     __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
     __commands.bind("stacks.spotDistances", [this] { runOmbrelAction1(); });
 }
 
 void VRLRootMediator::bindViewCommands() {
     const auto last = [this] { return __stack == nullptr ? -1 : __stack->getNumSlices() - 1; };
-    __commands.bind("view.slice", [] {});
-    __commands.command("view.overview").enableWhen([this] { return __slice != nullptr; });
+    __commands.bind("view.panorama", [this] { showPanorama(); });
+    __commands.bind("view.slice", [this] { showPlainview(); });
+    __commands.bind("view.overview", [this] { showOverview(__commands.action("view.overview").isChecked()); })
+        .enableWhen([this] { return __slice != nullptr; });
+    __commands.bind("view.contrast", [this] { showContrast(); }).enableWhen([this] { return __slice != nullptr; });
     __commands.bind("slice.first", [this] { setFirstSlice(); }).enableWhen([this, last] {
         return last() >= 0 && !isAt(0);
     });
@@ -231,6 +241,10 @@ void VRLRootMediator::setStatusBar(VRLRootStatusBar& statusBar) {
     __statusBar->setSliceAnnotationAction(&__commands.action("slice.annotate"));
 }
 
+void VRLRootMediator::setPanorama(VRLPanorama& panorama) {
+    __panorama = &panorama;
+}
+
 void VRLRootMediator::initFileMenu(QMenu& menu) {
     __commands.fill(menu, rootCommands().menu("File"));
 }
@@ -250,9 +264,9 @@ void VRLRootMediator::initAnalyzeMenu(QMenu& menu) {
 void VRLRootMediator::initialize() {
     updateActions();
     __commands.fill(*__toolBar, rootCommands().menu("Tool bar"));
-    auto* slider = new BlackWhiteDoubleSlider(__toolBar);
-    __toolBar->addWidget(slider);
-    __sliceWidget->setBlackWhiteDoubleSlider(*slider);
+    __slider = new BlackWhiteDoubleSlider(__toolBar);
+    __toolBar->addWidget(__slider);
+    __sliceWidget->setBlackWhiteDoubleSlider(*__slider);
     __sliceWidget->setToolBar(*__toolBar);
     __sliceWidget->setStatusBar(__statusBar->getSliceEditWidgetStatusBar());
     __sliceWidget->initialize();
@@ -264,9 +278,45 @@ void VRLRootMediator::initialize() {
     connect(&sliceMediator, &VRLSliceEditWidgetMediator::sliceRequested, this, &VRLRootMediator::setSlice);
     __commands.fill(*__toolBar, rootCommands().menu("Tool bar: slices"));
     sliceMediator.addMonitor(*__statusBar);
+    initializePanorama();
+    initializeOverview();
     for (int i = 0; i < VRLStackServer::stackServer.getNumStacks(); ++i)
         __stackList->addStack(VRLStackServer::stackServer.getStack(i));
     updateActions();
+}
+
+void VRLRootMediator::initializePanorama() {
+    __panorama->addMonitor(*__statusBar);
+    for (const char* id : {"slice.properties", "slice.annotate", "slice.delete"})
+        __panorama->addContextualMenuAction(&__commands.action(id));
+    connect(__panorama, &VRLPanorama::sliceSelected, this, &VRLRootMediator::setSlice);
+    connect(__panorama, &VRLPanorama::sliceActivated, this, qOverload<StackSlice&>(&VRLRootMediator::showPlainview));
+    connect(__panorama, &VRLPanorama::sliceDeactivated, this, [this] { showPlainview(); });
+    connect(__panorama, &VRLPanorama::selectionChanged, this, [this] {
+        const std::size_t n = __panorama->selectedSlices().size();
+        if (n > 1)
+            __statusBar->setMessage(QString("%1 slices are selected.").arg(n));
+        else
+            __statusBar->setMessage(QString());
+    });
+}
+
+void VRLRootMediator::initializeOverview() {
+    __overview = std::make_unique<VRLOverviewWidget>();
+    __overview->initialize();
+    __overview->setImageServer(__sliceWidget->getImageServer());
+    __overview->hide();
+    connect(__overview.get(), &VRLOverviewWidget::hidden, this,
+            [this] { __commands.action("view.overview").setChecked(false); });
+    connect(__sliceWidget, &VRLImageWidget::viewChanged, __overview.get(), &VRLOverviewWidget::setLocalView);
+    connect(__overview.get(), &VRLOverviewWidget::localViewOriginChanged, __sliceWidget,
+            &VRLRootSliceEditWidget::setViewOrigin);
+    connect(__overview.get(), &VRLOverviewWidget::zoomRequested, this, [this](bool in) {
+        VRLRootSliceEditWidgetMediator& view = __sliceWidget->getMediator();
+        CommandRegistry& commands = view.commands();
+        if (QAction& zoom = commands.action(in ? "zoom.in" : "zoom.out"); zoom.isEnabled())
+            zoom.trigger();
+    });
 }
 
 void VRLRootMediator::setWorkspace(Workspace& workspace) {
@@ -410,6 +460,7 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
     __slice = nullptr;
     __slicePaired = nullptr;
     connect(__stack->history(), &VRLActionHistory::changed, this, &VRLRootMediator::stackHistoryChange);
+    __panorama->setStack(stack);
     __sliceList->setStack(stack);
     __stackList->setSelectedStack(stack);
     if (slice != nullptr) {
@@ -419,6 +470,7 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
         setSlice(stack.getSlice(segmented < 1 ? 0 : segmented));
     } else {
         __sliceWidget->clear();
+        showInOverview();
     }
     updateStatusBarDisplay();
     updateWorkspace();
@@ -438,9 +490,21 @@ void VRLRootMediator::setSlice(StackSlice& slice) {
         __sliceList->setSelectedSlice(slice);
         updateWorkspace();
         __sliceWidget->setSlice(slice);
+        __panorama->setSlice(slice);
+        showInOverview();
         updateStatusBarDisplay();
     }
     updateActions();
+}
+
+/// The current slice, in an overview that is seen; one that is hidden holds no image.
+void VRLRootMediator::showInOverview() {
+    if (__slice == nullptr || __overview->isHidden()) {
+        __overview->clear();
+        return;
+    }
+    __overview->setSlice(*__slice);
+    __overview->setLocalView(__sliceWidget->getCanvas().currentView());
 }
 
 void VRLRootMediator::updateStatusBarDisplay() {
@@ -605,6 +669,27 @@ void VRLRootMediator::runStackModelsDialog() {
     dialog.exec();
 }
 
+void VRLRootMediator::runStackModelExchangeDialog() {
+    VRLModelExchangeDialog dialog(&__window);
+    dialog.exec();
+}
+
+/// What will go is marked in the picture of the slice and in space, until the dialog closes.
+void VRLRootMediator::runModelFilterDialog() {
+    if (__stack == nullptr)
+        return;
+    if (!__panorama->isHidden())
+        showPlainview();
+    FilterSceneMarks inSpace(*__stack);
+    const auto marks = std::make_unique<FilterMarks>(*__sliceWidget);
+    VRLModelFilterDialog dialog(&__window);
+    connect(&dialog, &VRLModelFilterDialog::planChanged, marks.get(), &FilterMarks::setPlan);
+    connect(&dialog, &VRLModelFilterDialog::planChanged, &inSpace, &FilterSceneMarks::setPlan);
+    connect(&dialog, &VRLModelFilterDialog::sliceRequested, this, &VRLRootMediator::setSlice);
+    dialog.setStack(*__stack);
+    dialog.exec();
+}
+
 void VRLRootMediator::insertSlice() {
     withStackIO("Insert slice...", [this](VRLStackIO& io) {
         if (__stack != nullptr && __slice != nullptr)
@@ -626,7 +711,10 @@ void VRLRootMediator::findImages() {
 void VRLRootMediator::deleteSlice() {
     if (__stack == nullptr || __slice == nullptr)
         return;
-    tellRefusal(&__window, deleteSlices(*__stack, {__slice}));
+    std::vector<StackSlice*> slices = {__slice};
+    if (!__panorama->isHidden() && __panorama->selectedSlices().size() > 1)
+        slices = __panorama->selectedSlices();
+    tellRefusal(&__window, deleteSlices(*__stack, slices));
 }
 
 void VRLRootMediator::runStackPropertiesDialog() {
@@ -744,6 +832,55 @@ void VRLRootMediator::renderCurrentStack() {
     });
 }
 
+void VRLRootMediator::showPanorama() {
+    const WaitCursor cursor;
+    __commands.action("view.panorama").setChecked(true);
+    __sliceWidget->hide();
+    __panorama->show();
+    __panorama->setFocus();
+    updateStatusBarDisplay();
+}
+
+void VRLRootMediator::showPlainview() {
+    const WaitCursor cursor;
+    __commands.action("view.slice").setChecked(true);
+    __panorama->hide();
+    __sliceWidget->show();
+    __sliceWidget->setFocus();
+    updateStatusBarDisplay();
+}
+
+void VRLRootMediator::showPlainview(StackSlice& slice) {
+    setSlice(slice);
+    showPlainview();
+}
+
+void VRLRootMediator::showOverview(bool shown) {
+    __commands.action("view.overview").setChecked(shown);
+    __overview->setVisible(shown);
+    showInOverview();
+}
+
+void VRLRootMediator::showContrast() {
+    if (!__contrast) {
+        __contrast = new ContrastDialog(*__sliceWidget, *__slider, &__window);
+        __contrast->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    __contrast->show();
+    __contrast->raise();
+    __contrast->activateWindow();
+}
+
+void VRLRootMediator::runSpotExtraction() {
+    if (__stack == nullptr)
+        return;
+    VRLSpotExtractionProcess process;
+    process.setCanvas(__sliceWidget->getCanvas());
+    process.run(*__stack);
+    if (const int n = process.getNumSpots(); n > 0)
+        __statusBar->setMessage(QString("Added %1 %2.").arg(n).arg(n == 1 ? "spot" : "spots"));
+}
+
 void VRLRootMediator::goTo(int position) {
     if (__stack != nullptr && position >= 0 && position < __stack->getNumSlices())
         setSlice(__stack->getSlice(position));
@@ -780,8 +917,8 @@ void VRLRootMediator::stackSelectionChange() {
         setStack(*stacks[0]);
 }
 
-// The panorama will follow the mode.
-void VRLRootMediator::setCanvasMode(CanvasMode) {
+void VRLRootMediator::setCanvasMode(CanvasMode mode) {
+    __panorama->setCanvasMode(mode);
 }
 
 // What was locked is given back even when its slice is not the current one any more.
@@ -790,6 +927,8 @@ void VRLRootMediator::lockRequest(const bool on) {
     if (slice == nullptr)
         return;
     __lockedSlice = on ? slice : nullptr;
+    if (on && !__panorama->isHidden())
+        showPlainview(); // where the drawing is
     VRLSliceLockEvent event(slice, on);
     notifyEvent(event);
 }
@@ -820,8 +959,10 @@ void VRLRootMediator::clearCurrentStack() {
     disconnect(__stack->history(), nullptr, this, nullptr);
     __sliceList->clear();
     __sliceWidget->clear();
+    __panorama->clear();
     __stack = nullptr;
     __slice = nullptr;
+    showInOverview();
     __slicePaired = nullptr;
     updateWorkspace();
     updateStatusBarDisplay();
@@ -880,6 +1021,7 @@ void VRLRootMediator::reloadSlices(int position) {
         __slice = nullptr;
         updateWorkspace();
         __sliceWidget->clear();
+        showInOverview();
         if (__stack->getNumSlices() > 0)
             goTo(std::min(position, __stack->getNumSlices() - 1));
         else

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include <QObject>
+#include <QPointer>
 
 #include "editing/bus/vrleventclient.h"
 #include "ui/commands/commandregistry.h"
@@ -15,9 +17,13 @@ class QToolBar;
 
 namespace vorlen {
 
+class BlackWhiteDoubleSlider;
+class ContrastDialog;
 class StackSlice;
 class StepWatch;
 class VRLMenu;
+class VRLOverviewWidget;
+class VRLPanorama;
 class VRLRootSliceEditWidget;
 class VRLRootStatusBar;
 class VRLRootWindow;
@@ -44,6 +50,7 @@ public:
     void setToolBar(QToolBar& toolBar);
     void setRootWidget(VRLRootSliceEditWidget& widget);
     void setStatusBar(VRLRootStatusBar& statusBar);
+    void setPanorama(VRLPanorama& panorama);
     void initFileMenu(QMenu& menu);
     void initEditMenu(QMenu& menu);
     void initProcessMenu(QMenu& menu);
@@ -56,6 +63,8 @@ public:
     StackSlice* currentSlice() const { return __slice; }
     /// Whether something is drawn or edited, in this window or in another.
     bool isLocked() const { return __locked; }
+
+    VRLOverviewWidget& overview() { return *__overview; }
 
     /// All commands of the window; their ids stand in rootCommands().
     CommandRegistry& commands() { return __commands; }
@@ -98,8 +107,11 @@ public slots:
     /// Asks first: what was done can't be undone then, also when the file is opened again.
     void clearHistory();
     void runStackModelsDialog();
+    void runStackModelExchangeDialog();
+    void runModelFilterDialog();
     void insertSlice();
     void findImages();
+    /// The slices that are selected in the panorama, while it is shown; else the current one.
     void deleteSlice();
     void runStackPropertiesDialog();
     void runSlicePropertiesDialog();
@@ -109,10 +121,18 @@ public slots:
     /// One window for a stack: an open one comes to the front.
     void registerCurrentStack();
     void renderCurrentStack();
+    void runSpotExtraction();
     void runAnalysis();
     /// Lists, for each open stack, how far the points of the model "spotBarycenters" lie from the surface of the model
     /// "cell". Stacks where this cannot be told are named in a message.
     void runOmbrelAction1();
+    /// One of the two takes the place of the other.
+    void showPanorama();
+    void showPlainview();
+    void showPlainview(StackSlice& slice);
+    void showOverview(bool shown);
+    /// The window with the histogram, which stays open and follows.
+    void showContrast();
     void setFirstSlice();
     void setLastSlice();
     void setNextSlice();
@@ -137,6 +157,9 @@ private:
     void bindWindowCommands();
     int numOpenStacks() const;
     bool isAt(int position) const;
+    void initializePanorama();
+    void initializeOverview();
+    void showInOverview();
     void clearCurrentStack();
     void updateStatusBarDisplay();
     void reloadSlices(int position);
@@ -157,6 +180,10 @@ private:
     QToolBar* __toolBar = nullptr;
     VRLRootSliceEditWidget* __sliceWidget = nullptr;
     VRLRootStatusBar* __statusBar = nullptr;
+    VRLPanorama* __panorama = nullptr;
+    BlackWhiteDoubleSlider* __slider = nullptr; // the tool bar's
+    QPointer<ContrastDialog> __contrast;        // the window's, while it is open
+    std::unique_ptr<VRLOverviewWidget> __overview;
     Workspace* __workspace = nullptr;
     StackSlice* __slicePaired = nullptr; // that was shown before the current one, of the same stack
     VRLMenu* __recentFilesMenu = nullptr;

@@ -32,6 +32,7 @@
 #include "ui/commands/shortcutsdialog.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/icons/vrlicons.h"
+#include "ui/panorama/vrlpanorama.h"
 #include "ui/registration/registrationcommands.h"
 #include "ui/scenes/renderingcommands.h"
 #include "ui/session/vrlconfig.h"
@@ -92,6 +93,7 @@ VRLRootWindow::VRLRootWindow() {
     __toolBar->setIconSize(toolBarIconSize);
     __statusBar = new VRLRootStatusBar(this);
     __browser = new VRLRootBrowser(this);
+    __panorama = new VRLPanorama(this);
     __sliceWidget = new VRLRootSliceEditWidget(this);
     __mediator = new VRLRootMediator(*this);
 
@@ -101,6 +103,7 @@ VRLRootWindow::VRLRootWindow() {
     __mediator->setToolBar(*__toolBar);
     __mediator->setRootWidget(*__sliceWidget);
     __mediator->setStatusBar(*__statusBar);
+    __mediator->setPanorama(*__panorama);
 
     QMenu* file = menuBar->addMenu("File");
     QMenu* edit = menuBar->addMenu("Edit");
@@ -117,6 +120,7 @@ VRLRootWindow::VRLRootWindow() {
     auto* viewsLayout = new QVBoxLayout(views);
     viewsLayout->setContentsMargins(0, 0, 0, 0);
     viewsLayout->setSpacing(0);
+    viewsLayout->addWidget(__panorama, 1);
     viewsLayout->addWidget(__sliceWidget, 1);
     viewsLayout->addWidget(newHintLine(views));
     __workspace = new Workspace(views, *__sliceWidget, this);

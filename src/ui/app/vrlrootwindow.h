@@ -10,6 +10,7 @@ class QToolBar;
 
 namespace vorlen {
 
+class VRLPanorama;
 class VRLRecovery;
 class VRLRootBrowser;
 class VRLRootMediator;
@@ -41,6 +42,7 @@ public:
     VRLRootMediator& mediator() { return *__mediator; }
     VRLRootStatusBar& statusBar() { return *__statusBar; }
     VRLRootSliceEditWidget& sliceWidget() { return *__sliceWidget; }
+    VRLPanorama& panorama() { return *__panorama; }
     VRLRootBrowser& browser() { return *__browser; }
     QToolBar& toolBar() { return *__toolBar; }
     Workspace& workspace() { return *__workspace; }
@@ -79,6 +81,7 @@ private:
 
     QToolBar* __toolBar;
     VRLRootSliceEditWidget* __sliceWidget;
+    VRLPanorama* __panorama;
     VRLRootStatusBar* __statusBar;
     VRLRootBrowser* __browser;
     Workspace* __workspace;

@@ -223,6 +223,13 @@ void VRLRenderingWindow::toggleToolBar() {
     QSettings().setValue("renderingWindow/toolBarVisible", !__toolbar->isHidden());
 }
 
+void VRLRenderingWindow::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (!__fitted && __mediator->getStack() != nullptr)
+        __mediator->fit();
+    __fitted = true;
+}
+
 void VRLRenderingWindow::moveEvent(QMoveEvent* event) {
     QWidget::moveEvent(event);
     QSettings().setValue("renderingWindow/pos", pos());
