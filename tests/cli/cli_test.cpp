@@ -254,6 +254,9 @@ TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
                                         "--size 12x20 --warping polynomial --degree 1 sample.sdf turned.sdf");
     EXPECT_EQ(fitted.status, 0) << fitted.output;
     EXPECT_EQ(CurveStack<float>(sample->file("space/mean-Nucleus.qm")).getHeight(), 12);
+    const std::string numbers = sample->read("space/normalization.json");
+    EXPECT_NE(numbers.find("\"residual\": "), std::string::npos) << numbers.substr(0, 400);
+    EXPECT_NE(numbers.find("\"leave_one_out_error\": "), std::string::npos);
     const std::string told = sample->read("space/summary.html");
     EXPECT_NE(told.find("Template stack: <i>turned</i>"), std::string::npos);
     EXPECT_NE(told.find("Total 1 references"), std::string::npos);
@@ -261,11 +264,27 @@ TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
 }
 
 TEST_F(CommandLineTest, normalizeRefusesWhatItCannotDo) {
-    for (const char* options :
-         {"", "--registration best", "--warping some", "--template sample --registration global",
-          "--registration template", "--template nobody", "--degree 3", "--warping polynomial --degree 0", "--size 1x5",
-          "--size 20", "--size 20x30x40", "--size =20x30", "--size Liver=20x30", "--error -1", "--reference Cells",
-          "--reference Liver"}) {
+    for (const char* options : {"",
+                                "--registration best",
+                                "--warping some",
+                                "--template sample --registration global",
+                                "--registration template",
+                                "--template nobody",
+                                "--degree 3",
+                                "--warping polynomial --degree 0",
+                                "--size 1x5",
+                                "--correspondence ranks",
+                                "--correspondence levels --mirror",
+                                "--smoothing 1",
+                                "--warping spline --smoothing -1",
+                                "--folds maybe",
+                                "--size 20",
+                                "--size 20x30x40",
+                                "--size =20x30",
+                                "--size Liver=20x30",
+                                "--error -1",
+                                "--reference Cells",
+                                "--reference Liver"}) {
         const std::string files = *options == '\0' ? "sample.sdf" : "sample.sdf sample.sdf";
         const Outcome outcome = cli(*sample, std::string("normalize -o refused ") + options + " " + files);
         EXPECT_EQ(outcome.status, 2) << options << ": " << outcome.output;
@@ -641,8 +660,31 @@ TEST(CommandLine, registerBringsTheSlicesOntoEachOtherInANewStack) {
     folder.write("one.sdf", "FileFormatVersion 1.03;\nSLICE \"a\" \"a.tif\";\n");
     EXPECT_EQ(cli(folder, "register one.sdf --output new").status, 1);
     for (const char* wrong : {"--method best", "--reference nobody", "--slices 3:2", "--slices 1:4", "--locked z",
-                              "--locked 0", "--format xml"})
+                              "--locked 0", "--format xml", "--reach 8", "--elastic --stiffness 0"})
         EXPECT_EQ(cli(folder, std::string("register s.sdf --output new --overwrite ") + wrong).status, 2) << wrong;
+
+    // By fields that are at hand: all of the last slice comes from five columns to the right and two rows above.
+    folder.write("hand.fields", "vorlen elastic fields 1\nslice 2 2 200 160 b\n5 -2 5 -2\n5 -2 5 -2\nend\n");
+    const Outcome bent = cli(folder, "register s.sdf --output bent --fields hand.fields --keep-registrations");
+    EXPECT_EQ(bent.status, 0) << bent.output;
+    Stack old2, carried;
+    ASSERT_TRUE(StackReader().read(old2, folder.file("s.sdf")));
+    ASSERT_TRUE(StackReader().read(carried, folder.file("bent/s.sdf")));
+    for (int k = 0; k < 2; ++k) {
+        const Vector<int>& before = old2.getModel(0).getItem(1).getVertices()[k];
+        const Vector<int>& after = carried.getModel(0).getItem(1).getVertices()[k];
+        EXPECT_EQ(after[0], before[0] - 5);
+        EXPECT_EQ(after[1], before[1] + 2);
+    }
+    Image from, to;
+    ImageReader().read(from, folder.file("b.tif"));
+    ImageReader().read(to, carried.getSlice(2).getImageSource());
+    EXPECT_EQ(to.getPixels()[90][100], from.getPixels()[88][105]);
+    EXPECT_EQ(to.getPixels()[90][199], 0);
+    EXPECT_EQ(cli(folder, "register s.sdf --output bent --fields hand.fields").status, 3); // it is there
+    EXPECT_NE(cli(folder, "register s.sdf --output none --fields s.sdf").status, 0);
+    const Outcome looked = cli(folder, "register s.sdf --output elastic --elastic --format json");
+    EXPECT_NE(looked.output.find("\"elastic\""), std::string::npos) << looked.output;
 }
 
 // The copy without registrations against the one that has them: where a pixel of each section comes to lie.
@@ -692,24 +734,38 @@ TEST(CommandLine, densityWritesAMapAndItsSurfaces) {
     const TemporaryFolder folder;
     folder.write("p.vx", "# 6\n# 3\n# 4\n0 0 0\n40 0 0\n0 40 0\n0 0 40\n");
     folder.write("q.vx", "# 6\n# 3\n# 2\n20 20 20\n25 20 20\n");
-    const Outcome outcome =
-        cli(folder, "density p.vx q.vx -o out -m kernel --kernel biweight -b 8 -r 1 --percentile 50 "
-                    "--level 1e-4");
+    const Outcome outcome = cli(folder, "density p.vx q.vx -o out -m kernel --kernel biweight -b 8 -r 1 --unit um "
+                                        "--percentile 50 --level 1e-4");
     EXPECT_EQ(outcome.status, 0) << outcome.output;
-    const VoxelMatrix<float> map(folder.file("out/density.vm"));
-    EXPECT_EQ(map.getSize1(), 40);
-    double mass = 0;
-    for (int k = 0; k < 40; ++k)
-        for (int i = 0; i < 40; ++i)
-            for (int j = 0; j < 40; ++j)
-                mass += map(i, j, k);
-    // Of the first pattern's points an eighth or a fourth of the mass lies in the box, the second's are whole. The
-    // nodes are 40/39 apart, and those on a face stand for half a cell.
-    EXPECT_NEAR(mass * std::pow(40. / 39, 3), 0.5 + 0.5 / 4 * (1. / 8 * 4), 0.03);
+    EXPECT_NE(outcome.output.find("Integral: 1 "), std::string::npos) << outcome.output;
+    const auto massOf = [&folder](const char* name) {
+        const VoxelMatrix<float> map(folder.file(name));
+        double mass = 0;
+        for (int k = 0; k < map.getSize3(); ++k)
+            for (int i = 0; i < map.getSize1(); ++i)
+                for (int j = 0; j < map.getSize2(); ++j)
+                    mass += map(i, j, k);
+        const Vector<float> steps = map.getVoxelCalibration().getVoxelSize();
+        return mass * double(steps[0]) * double(steps[1]) * double(steps[2]);
+    };
+    EXPECT_NEAR(massOf("out/density.vm"), 1, 0.01);
+    const std::string nrrd = folder.read("out/density.nrrd");
+    EXPECT_NE(nrrd.find("sizes: 40 40 40\n"), std::string::npos);
+    EXPECT_NE(nrrd.find("space origin: (0.5,0.5,0.5)\n"), std::string::npos);
+    EXPECT_NE(nrrd.find("space units: \"um\" \"um\" \"um\"\n"), std::string::npos);
+    // Plain: of the first pattern's points an eighth or a fourth of the mass lies in the box, the second's are whole.
+    // The nodes are 40/39 apart, as the file tells.
+    EXPECT_EQ(cli(folder, "density p.vx q.vx -o plain -m plain-kernel --kernel biweight -b 8 -r 1").status, 0);
+    EXPECT_NEAR(massOf("plain/density.vm"), 0.5 + 0.5 / 4 * (1. / 8 * 4), 0.03);
+    // What it would take is told, and nothing is written.
+    const Outcome dry = cli(folder, "density p.vx q.vx -o dry -m kernel --dry-run");
+    EXPECT_EQ(dry.status, 0);
+    EXPECT_NE(dry.output.find("Memory: "), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(folder.file("dry/density.vm")));
     for (const char* name : {"out/density-00.tm", "out/density-01.tm"}) {
         const TriMesh<float> surface(folder.file(name));
         const BoundingBox<float> box = surface.boundingBox();
-        EXPECT_GT(surface.getNumTriangles(), 100) << name;
+        EXPECT_GT(surface.getNumTriangles(), 20) << name;
         EXPECT_GE(box.getVertex1().min(), 0) << name;
         EXPECT_LE(box.getVertex2().max(), 40.0001) << name;
         EXPECT_TRUE(box.contains(surface.cog())) << name;
@@ -721,6 +777,59 @@ TEST(CommandLine, densityWritesAMapAndItsSurfaces) {
     for (const char* wrong : {"-m nearest", "-r 0", "--level x", "--percentile 101", "--name a/b", "-b -1", "-k 0"})
         EXPECT_EQ(cli(folder, std::string("density p.vx ") + wrong).status, 2) << wrong;
     EXPECT_EQ(cli(folder, "density none.vx").status, 3);
+}
+
+// Four specimens of two groups with their points elsewhere: whole, in parts, from maps, and as shapes.
+TEST(CommandLine, compareFindsWhereGroupsDifferWholeOrInParts) {
+    const TemporaryFolder folder;
+    std::string table = "file\tgroup\n", points;
+    for (int s = 0; s < 8; ++s) {
+        std::string text = "# 6\n# 3\n# 40\n";
+        for (int i = 0; i < 40; ++i) // spread over the box, but for a heap that the second group has
+            text += s >= 4 && i < 12 ? std::to_string(30 + (i + s) % 4) + " " + std::to_string(30 + i % 3) + " 30\n"
+                                     : std::to_string((i * 7 + s * 3) % 41) + " " + std::to_string((i * 11 + s) % 41) +
+                                           " " + std::to_string((i * 17 + s * 5) % 41) + "\n";
+        const std::string name = "s" + std::to_string(s) + ".vx";
+        folder.write(name, text);
+        points += " " + name;
+        table += name + (s < 4 ? "\tcontrol\n" : "\ttreated\n");
+    }
+    folder.write("t.tsv", table);
+    const Outcome whole = cli(folder, "compare --table t.tsv -o out -r 4 -b 5 --cluster 2 --unit um");
+    ASSERT_EQ(whole.status, 0) << whole.output;
+    for (const char* word : {"70 permutations, all there are", "Group treated: 4 specimens"})
+        EXPECT_NE(whole.output.find(word), std::string::npos) << whole.output;
+    const std::string summary = folder.read("out/comparison.json");
+    EXPECT_NE(summary.find("\"leastP\": 0.028571428571428571"), std::string::npos) << summary; // 2 of 70
+    const VoxelMatrix<float> difference(folder.file("out/comparison-difference.vm"));
+    Vector<int> most(3);
+    most.fill(0);
+    for (int k = 0; k < difference.getSize3(); ++k)
+        for (int i = 0; i < difference.getSize1(); ++i)
+            for (int j = 0; j < difference.getSize2(); ++j)
+                if (difference(i, j, k) > difference(most[0], most[1], most[2]))
+                    most[0] = i, most[1] = j, most[2] = k;
+    for (int a = 0; a < 3; ++a)
+        EXPECT_NEAR((most[a] + 0.5) * 4, 31, 4);
+    EXPECT_TRUE(std::filesystem::exists(folder.file("out/comparison-significant.tm")));
+    // In parts the same bytes come out.
+    const std::string same = " --groups 4,4 --names control,treated -r 4 -b 5 --cluster 2 --unit um";
+    for (const char* part : {"2/3", "1/3", "3/3"})
+        EXPECT_EQ(cli(folder, "compare -o parts --chunk " + std::string(part) + same + points).status, 0);
+    std::string merge = " --merge parts/comparison-part-1-of-3.json --merge parts/comparison-part-3-of-3.json";
+    EXPECT_EQ(cli(folder, "compare -o parts" + merge + same + points).status, 1) << "a part lacks";
+    merge += " --merge parts/comparison-part-2-of-3.json";
+    EXPECT_EQ(cli(folder, "compare -o parts --overwrite" + merge + same + points).status, 0);
+    EXPECT_EQ(folder.read("parts/comparison-p.vm"), folder.read("out/comparison-p.vm"));
+    EXPECT_EQ(folder.read("parts/comparison-significant.tm"), folder.read("out/comparison-significant.tm"));
+    EXPECT_EQ(cli(folder, "compare -o other --seed 2" + merge + same + points).status, 1) << "of another test";
+    // The shapes themselves, whose vertices correspond.
+    EXPECT_EQ(cli(folder, "compare -o forms --shapes --groups 4,4" + points).status, 0);
+    EXPECT_EQ(folder.read("forms/comparison.csv").substr(0, 34), "vertex,x,y,z,dx,dy,dz,statistic,p\n");
+    for (const char* wrong : {" --groups 4,5", " --groups 8,x", "", " --groups 4,4 --chunk 4/3", " --table t.tsv",
+                              " --groups 4,4 --names one", " --groups 4,4 --alpha 0"})
+        EXPECT_EQ(cli(folder, "compare -o wrong" + std::string(wrong) + points).status, 2) << wrong;
+    EXPECT_EQ(cli(folder, "compare -o wrong --table none.tsv").status, 3);
 }
 
 namespace {
@@ -821,6 +930,10 @@ TEST_F(CommandLineTest, renderRefusesWithoutADisplayWhatCannotBeDrawn) {
     EXPECT_TRUE(contains(blind, "xvfb-run")) << blind.output;
     // The program itself needs nothing of windows. (The library of image features brings libGLX along.)
     EXPECT_EQ(shell(sample->path(), std::string("ldd ") + VORLEN_CLI + " | grep -c -e Qt6Gui -e Qt6OpenGL").output,
+              "0\n");
+    EXPECT_EQ(shell(sample->path(),
+                    std::string("objdump -p ") + VORLEN_CLI + " | grep NEEDED | grep -c -e Qt6Gui -e libGL -e libX11")
+                  .output,
               "0\n");
 }
 

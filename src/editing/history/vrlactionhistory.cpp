@@ -1,5 +1,6 @@
 #include "editing/history/vrlactionhistory.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "editing/bus/vrleventbatch.h"
@@ -211,6 +212,22 @@ QString VRLActionHistory::getUndoDescription(bool verbose) const {
 
 QString VRLActionHistory::getRedoDescription(bool verbose) const {
     return description(__redoList, verbose, "(Nothing to redo)");
+}
+
+QStringList VRLActionHistory::getUndoDescriptions(int most) const {
+    QStringList names;
+    const std::size_t size = __undoList.size(), number = std::min(size, static_cast<std::size_t>(std::max(most, 0)));
+    for (std::size_t k = size - number; k < size; ++k)
+        names += __undoList[k]->first().description(false);
+    return names;
+}
+
+QStringList VRLActionHistory::getRedoDescriptions(int most) const {
+    QStringList names;
+    const std::size_t size = __redoList.size(), number = std::min(size, static_cast<std::size_t>(std::max(most, 0)));
+    for (std::size_t k = size; k > size - number; --k)
+        names += __redoList[k - 1]->first().description(false);
+    return names;
 }
 
 // The latest steps go first: what an early step took out of the document may be named by a later one.

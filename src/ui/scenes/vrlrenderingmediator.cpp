@@ -27,6 +27,7 @@
 #include "ui/scenes/vrlrenderingpaintergl.h"
 #include "ui/scenes/vrlrenderingtoolbar.h"
 #include "ui/viewer/viewercanvasgl.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
@@ -389,7 +390,7 @@ void VRLRenderingMediator::exportBy(const std::function<void()>& work, const QSt
 }
 
 void VRLRenderingMediator::warn(const QString& title, const QString& text) {
-    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, parentWidget());
+    PlainMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, parentWidget());
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }

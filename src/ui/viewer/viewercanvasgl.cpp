@@ -2,6 +2,7 @@
 
 #include "numerics/exception.h"
 #include "numerics/maths.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/vorlenapplication.h"
 
 #include <QColor>
@@ -388,7 +389,7 @@ void ViewerCanvasGL::snapshot() {
         QFileDialog::getSaveFileName(this, "Enter output filename", QString(), "Portable Network Graphics (*.png)");
     if (file.isEmpty() || saveSnapshot(file))
         return;
-    QMessageBox box(QMessageBox::Critical, QString(), "Could not write file\n\n" + file, QMessageBox::Ok, this);
+    PlainMessageBox box(QMessageBox::Critical, QString(), "Could not write file\n\n" + file, QMessageBox::Ok, this);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
