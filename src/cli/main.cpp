@@ -47,7 +47,8 @@ void printHelp() {
 bool takesValue(const QString& word) {
     static const QStringList flags = {"--overwrite",    "--models-only", "--invert",  "--open",   "--calibrated",
                                       "--no-alignment", "--fix",         "--codes",   "--pixels", "--keep-order",
-                                      "--error",        "--gzip",        "--dry-run", "--help",   "-h"};
+                                      "--error",        "--gzip",        "--dry-run", "--mirror", "--help",
+                                      "-h"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 
