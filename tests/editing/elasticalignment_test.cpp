@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "document/modelitem.h"
 #include "document/stackslice.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
