@@ -16,15 +16,18 @@
 
 #include <gtest/gtest.h>
 
+#include "document/modelitem.h"
 #include "document/stack.h"
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
+#include "images/files/imagereader.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
 #include "images/volumes/voxelmatrix.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/curvestack.h"
 #include "shapes/trimesh.h"
+#include "shapes/vertices.h"
 #include "support/temporaryfolder.h"
 
 namespace vorlen {

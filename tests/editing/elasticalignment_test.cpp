@@ -4,9 +4,12 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <memory>
 
 #include <gtest/gtest.h>
 
+#include "document/model.h"
 #include "document/modelitem.h"
 #include "document/stackslice.h"
 #include "editing/operations/sliceoperations.h"
@@ -17,6 +20,7 @@
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
 #include "progress/progresssubject.h"
+#include "shapes/vertices.h"
 #include "support/stackfolder.h"
 #include "support/tissue.h"
 
