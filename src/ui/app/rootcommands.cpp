@@ -87,7 +87,7 @@ std::vector<CommandInfo> processAndAnalyzeCommands() {
          .text = "Find spots",
          .tip = "Extract spots from the images of the stack",
          .planned = true},
-        {.id = "stacks.normalize", .text = "Normalize", .tip = "Bring several stacks into one frame", .planned = true},
+        {.id = "stacks.normalize", .text = "Normalize", .tip = "Bring several stacks into one space and average them"},
         {.id = "models.filter",
          .text = "Filter models...",
          .tip = "Sort the items of models by a reference model",

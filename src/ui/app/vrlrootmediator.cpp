@@ -33,6 +33,7 @@
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/files/vrlstackio.h"
+#include "ui/fusion/vrlfusionwindow.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/models/refusal.h"
 #include "ui/models/vrlmodeldialog.h"
@@ -118,7 +119,10 @@ void VRLRootMediator::bindProcessCommands() {
     __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
     __commands.command("models.transfer").enableWhen(severalStacks);
     __commands.command("stack.findSpots").enableWhen(stack);
-    __commands.command("stacks.normalize").enableWhen(severalStacks);
+    __commands.bind("stacks.normalize", [] {
+        auto window = std::make_unique<VRLFusionWindow>();
+        window.release()->show(); // deletes itself when it is closed
+    }).enableWhen(severalStacks);
     __commands.command("models.filter").enableWhen(stack);
     __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
     __commands.bind("stacks.spotDistances", [this] { runOmbrelAction1(); });

@@ -29,6 +29,7 @@
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/commands/shortcutsdialog.h"
 #include "ui/files/vrlstackio.h"
+#include "ui/fusion/fusioncommands.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/registration/registrationcommands.h"
 #include "ui/scenes/renderingcommands.h"
@@ -232,6 +233,7 @@ void VRLRootWindow::showShortcuts() {
         dialog->addSheet(registrationCommands());
         dialog->addSheet(renderingCommands());
         dialog->addSheet(analysisCommands());
+        dialog->addSheet(fusionCommands());
     }
     dialog->show();
     dialog->raise();

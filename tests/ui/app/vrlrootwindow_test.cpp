@@ -231,7 +231,7 @@ TEST_F(VRLRootWindowTest, commandsFollowTheState) {
     EXPECT_TRUE(enabled("stack.save"));
     EXPECT_TRUE(window->isWindowModified());
     // Commands whose part of the program is still to come.
-    for (const char* text : {"stack.findSpots", "stacks.normalize"})
+    for (const char* text : {"stack.findSpots"})
         EXPECT_FALSE(enabled(text)) << text;
     stack.setModified(false);
     trigger("stack.close");
