@@ -13,6 +13,7 @@
 #include <QTextEdit>
 #include <QVBoxLayout>
 
+#include "ui/density/vrldensitymappingwidget.h"
 #include "ui/fusion/fusioncommands.h"
 #include "ui/fusion/fusionresidualview.h"
 #include "ui/fusion/vrlfusionwindowmediator.h"
@@ -88,9 +89,13 @@ VRLFusionWindow::VRLFusionWindow(QWidget* parent) : QWidget(parent, Qt::Window) 
     tabs->addTab(shapes, "Shapes");
     __residuals = new FusionResidualView;
     tabs->addTab(__residuals, "Residuals");
+    __density = new VRLDensityMappingWidget;
+    __density->setCanvas(__canvas);
+    tabs->addTab(__density, "Density maps");
     __statusBar = new VRLStatusBar(this);
 
-    __mediator = new VRLFusionWindowMediator(*this, *__table, *__editor, *__residuals, *__scaleBar, *__statusBar);
+    __mediator = new VRLFusionWindowMediator(*this, *__table, *__editor, *__residuals, *__scaleBar, *__density,
+                                             *__statusBar);
     __mediator->setCanvas(__canvas);
     __mediator->setPosePanel(__panel);
     __mediator->initialize();
@@ -122,6 +127,7 @@ VRLFusionWindow::VRLFusionWindow(QWidget* parent) : QWidget(parent, Qt::Window) 
 // The mediator takes its painters off the canvas, so it goes first.
 VRLFusionWindow::~VRLFusionWindow() {
     delete __mediator;
+    __density->setCanvas(nullptr);
 }
 
 void VRLFusionWindow::buildMenus() {

@@ -16,6 +16,7 @@ class FusionScaleBar;
 class ShapeViewerAttributesEditor;
 class ViewerCanvasGL;
 class ViewerPosePanel;
+class VRLDensityMappingWidget;
 class VRLFusionWindowMediator;
 class VRLFusionWindowShapeTable;
 class VRLStatusBar;
@@ -63,6 +64,7 @@ private:
     ShapeViewerAttributesEditor* __editor;
     FusionResidualView* __residuals;
     FusionScaleBar* __scaleBar;
+    VRLDensityMappingWidget* __density;
     VRLStatusBar* __statusBar;
     QMenuBar* __menuBar;
     std::vector<QPointer<VRLFusionSummaryDialog>> __summaries;

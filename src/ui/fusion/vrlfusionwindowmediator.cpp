@@ -16,6 +16,7 @@
 #include "images/rasters/colormap.h"
 #include "shapes/quadmesh.h"
 #include "shapes/shapeset.h"
+#include "ui/density/vrldensitymappingwidget.h"
 #include "ui/fusion/fusioncommands.h"
 #include "ui/fusion/fusionresidualview.h"
 #include "ui/fusion/vrlfusion.h"
@@ -75,9 +76,10 @@ int VRLFusionWindowMediator::__numFusions = 0;
 
 VRLFusionWindowMediator::VRLFusionWindowMediator(VRLFusionWindow& window, VRLFusionWindowShapeTable& table,
                                                  ShapeViewerAttributesEditor& editor, FusionResidualView& residuals,
-                                                 FusionScaleBar& scaleBar, VRLStatusBar& statusBar)
+                                                 FusionScaleBar& scaleBar, VRLDensityMappingWidget& density,
+                                                 VRLStatusBar& statusBar)
     : ViewerMediator(&window), __window(window), __table(table), __editor(editor), __residuals(residuals),
-      __scaleBar(scaleBar), __statusBar(statusBar) {
+      __scaleBar(scaleBar), __density(density), __statusBar(statusBar) {
     __progress.addMonitor(static_cast<ProgressMonitor&>(__statusBar));
     commands().add(ownFusionCommands());
     bindCommands();
@@ -90,8 +92,7 @@ VRLFusionWindowMediator::~VRLFusionWindowMediator() {
     if (__fusion)
         __fusion->cancel();
     endRun();
-    if (getCanvas() != nullptr)
-        getCanvas()->removePainters();
+    removeShapes();
     __progress.removeMonitor(static_cast<ProgressMonitor&>(__statusBar));
 }
 
@@ -229,6 +230,16 @@ void VRLFusionWindowMediator::refreshCanvas() {
     getCanvas()->repaint();
 }
 
+/// Takes the shapes off the canvas; density maps stay.
+void VRLFusionWindowMediator::removeShapes() {
+    __density.setShapes({});
+    for (const auto& painter : __shapePainters)
+        if (getCanvas() != nullptr)
+            getCanvas()->removePainter(*painter);
+    __painters.clear();
+    __shapePainters.clear();
+}
+
 void VRLFusionWindowMediator::clearFusion() {
     if (__fusion && __status == Running)
         __fusion->cancel();
@@ -238,10 +249,7 @@ void VRLFusionWindowMediator::clearFusion() {
     __residuals.clear();
     __scaleBar.hide();
     commands().action("fusion.variation").setChecked(false);
-    if (getCanvas() != nullptr)
-        getCanvas()->removePainters();
-    __painters.clear();
-    __shapePainters.clear();
+    removeShapes();
     refreshCanvas();
     __window.closeSummaries();
     __fusion.reset();
@@ -264,6 +272,13 @@ void VRLFusionWindowMediator::fusionComplete() {
             addShape(*mean[k], meanName, ModelItemProperties());
     __table.setSortingEnabled(true);
     __table.resizeColumnsToContents();
+    std::vector<DensityShape> shapes;
+    shapes.reserve(__painters.size());
+    for (const auto& painter : __painters)
+        shapes.push_back({QString::fromStdString(painter->getStackName() + ": " +
+                                                 painter->getProxy()->getShape()->getName()),
+                          painter->getProxy()});
+    __density.setShapes(shapes);
     __residuals.setReport(__fusion->getReport());
     refreshCanvas();
     setStatusDisplaying();

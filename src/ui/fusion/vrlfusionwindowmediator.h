@@ -22,6 +22,7 @@ template <class T>
 class Shape;
 template <class T>
 class ShapePainterGL;
+class VRLDensityMappingWidget;
 class VRLFusion;
 class VRLFusionShapeViewerPainterGL;
 class VRLFusionWindow;
@@ -39,7 +40,7 @@ class VRLFusionWindowMediator : public ViewerMediator {
 public:
     VRLFusionWindowMediator(VRLFusionWindow& window, VRLFusionWindowShapeTable& table,
                             ShapeViewerAttributesEditor& editor, FusionResidualView& residuals,
-                            FusionScaleBar& scaleBar, VRLStatusBar& statusBar);
+                            FusionScaleBar& scaleBar, VRLDensityMappingWidget& density, VRLStatusBar& statusBar);
     ~VRLFusionWindowMediator() override;
 
     void setConfig(const VRLFusionConfig<float>& config) { __config = config; }
@@ -83,6 +84,7 @@ private:
     void fusionFailed(const QString& reason);
     void addShape(Shape<float>& shape, const std::string& stackName, const ModelItemProperties& properties);
     void takeColors();
+    void removeShapes();
     void refreshCanvas();
 
     VRLFusionWindow& __window;
@@ -90,6 +92,7 @@ private:
     ShapeViewerAttributesEditor& __editor;
     FusionResidualView& __residuals;
     FusionScaleBar& __scaleBar;
+    VRLDensityMappingWidget& __density;
     VRLProgressProxy __progress;
     VRLStatusBar& __statusBar;
     VRLFusionConfig<float> __config;
