@@ -8,9 +8,9 @@
 
 namespace vorlen {
 
-/// A normalization for a thread of its own. prepare(), on the thread of the stacks, reads them; then the object is moved
-/// to its thread, whose started() signal calls run(). run() always ends with one of completed(), stopped() and failed(),
-/// and then lets its thread end. It owns the shapes, which nobody else may look at before.
+/// A normalization for a thread of its own. prepare(), on the thread of the stacks, reads them; then the object is
+/// moved to its thread, whose started() signal calls run(). run() always ends with one of completed(), stopped() and
+/// failed(), and then lets its thread end. It owns the shapes, which nobody else may look at before.
 class VRLFusion : public VRLProgressProxy {
     Q_OBJECT
 

@@ -48,16 +48,15 @@ const std::vector<VRLFusionSurfaceStructure<float>>& VRLFusionConfigDialogMediat
     return __structures.getTable().structures();
 }
 
-std::vector<std::unique_ptr<CurveStack<float>>> VRLFusionConfigDialogMediator::surfaceStructureInstances(
-    const VRLFusionSurfaceStructure<float>& structure) const {
+std::vector<std::unique_ptr<CurveStack<float>>>
+VRLFusionConfigDialogMediator::surfaceStructureInstances(const VRLFusionSurfaceStructure<float>& structure) const {
     return VRLFusionConfig<float>::surfaceStructureInstances(asStacks(__stacks.selectedStacks()), structure.getName());
 }
 
 void VRLFusionConfigDialogMediator::updateOkButton() {
     const VRLFusionStrategy strategy = __strategy.getFusionStrategy();
     const std::size_t numStacks = __stacks.selectedStacks().size();
-    const bool noTemplate = strategy.isRegistration() &&
-                            strategy.getRegistrationAlgorithm() == TemplateRegistration &&
+    const bool noTemplate = strategy.isRegistration() && strategy.getRegistrationAlgorithm() == TemplateRegistration &&
                             strategy.getReferenceStack().empty();
     __ok.setEnabled(!__name.text().simplified().isEmpty() && numStacks > 0 &&
                     (!__strategy.isEnabled() || (numStacks > 1 && !noTemplate)));

@@ -20,9 +20,10 @@ VRLFusionStrategyPanel::VRLFusionStrategyPanel(QWidget* parent) : QGroupBox("Alg
     auto* row = new QGridLayout;
     __correspondence = new QComboBox(this);
     __correspondence->addItems({"Surfaces", "Levels"});
-    __correspondence->setToolTip("Surfaces: the closest places of the surfaces correspond. Finds the orientation of each\n"
-                                 "specimen by itself, and bears tilted cutting, another first end and missing parts.\n"
-                                 "Levels: sections and vertices of equal rank correspond.");
+    __correspondence->setToolTip(
+        "Surfaces: the closest places of the surfaces correspond. Finds the orientation of each\n"
+        "specimen by itself, and bears tilted cutting, another first end and missing parts.\n"
+        "Levels: sections and vertices of equal rank correspond.");
     __mirrors = new QCheckBox("Specimens may be mirrored", this);
     __mirrors->setToolTip("For left and right organs: a specimen that lies better as its mirror image is mirrored");
     row->addWidget(new QLabel("Correspondence", this), 0, 0);

@@ -25,12 +25,14 @@ QString sizeText(int size) {
 
 VRLFusionStructureTable::VRLFusionStructureTable(QWidget* parent) : QTableWidget(0, 4, parent) {
     setHorizontalHeaderLabels({"Name", "Height", "Width", "Error"});
-    horizontalHeaderItem(NameColumn)->setToolTip("Checked structures are the references of alignment, registration "
-                                                 "and warping");
+    horizontalHeaderItem(NameColumn)
+        ->setToolTip("Checked structures are the references of alignment, registration "
+                     "and warping");
     horizontalHeaderItem(HeightColumn)->setToolTip("Levels of the resampled surface");
     horizontalHeaderItem(WidthColumn)->setToolTip("Vertices on each level");
-    horizontalHeaderItem(ErrorColumn)->setToolTip("Greatest distance of the surface to its resampling; enter one to "
-                                                  "have the sizes found");
+    horizontalHeaderItem(ErrorColumn)
+        ->setToolTip("Greatest distance of the surface to its resampling; enter one to "
+                     "have the sizes found");
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
     horizontalHeader()->setStretchLastSection(true);
@@ -140,9 +142,8 @@ VRLFusionConfigDialogStructurePanel::VRLFusionConfigDialogStructurePanel(QWidget
 
 void VRLFusionConfigDialogStructurePanel::updateButton() {
     const auto selected = __table->selectedStructures();
-    __button->setEnabled(std::any_of(selected.begin(), selected.end(), [](const auto* structure) {
-        return structure->getResamplingError() < 0;
-    }));
+    __button->setEnabled(std::any_of(selected.begin(), selected.end(),
+                                     [](const auto* structure) { return structure->getResamplingError() < 0; }));
 }
 
 } // namespace vorlen

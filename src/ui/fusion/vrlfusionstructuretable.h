@@ -12,8 +12,8 @@ class QPushButton;
 
 namespace vorlen {
 
-/// The structures that stacks share: which are references, and the grid on which each is resampled. Owns the structures;
-/// references to them stay good until the next setStructures().
+/// The structures that stacks share: which are references, and the grid on which each is resampled. Owns the
+/// structures; references to them stay good until the next setStructures().
 ///
 /// Heights are from 2 to 1000, widths from 3 to 1000, errors above 0; another entry brings the former one back.
 class VRLFusionStructureTable : public QTableWidget {

@@ -94,8 +94,8 @@ VRLFusionWindow::VRLFusionWindow(QWidget* parent) : QWidget(parent, Qt::Window) 
     tabs->addTab(__density, "Density maps");
     __statusBar = new VRLStatusBar(this);
 
-    __mediator = new VRLFusionWindowMediator(*this, *__table, *__editor, *__residuals, *__scaleBar, *__density,
-                                             *__statusBar);
+    __mediator =
+        new VRLFusionWindowMediator(*this, *__table, *__editor, *__residuals, *__scaleBar, *__density, *__statusBar);
     __mediator->setCanvas(__canvas);
     __mediator->setPosePanel(__panel);
     __mediator->initialize();
@@ -148,7 +148,8 @@ void VRLFusionWindow::buildMenus() {
 
 void VRLFusionWindow::restoreSettings() {
     const QSize screen = QGuiApplication::primaryScreen()->size();
-    const QSize size = QSettings().value("fusionWindow/size", QSize(screen.width() * 2 / 3, screen.height() * 2 / 3)).toSize();
+    const QSize size =
+        QSettings().value("fusionWindow/size", QSize(screen.width() * 2 / 3, screen.height() * 2 / 3)).toSize();
     const QPoint position = storedPosition("fusionWindow/pos", size);
     move(position);
     resize(size);

@@ -103,9 +103,9 @@ void VRLFusionWindowMediator::bindCommands() {
     commands().bind("fusion.cancel", [this] { cancelFusion(); }).enableWhen([this] { return __status == Running; });
     commands().bind("fusion.summary", [this] { fusionSummary(); }).enableWhen(displaying);
     commands().bind("fusion.export", [this] { exportResults(); }).enableWhen(displaying);
-    commands().bind("fusion.variation", [this] {
-        showVariation(commands().action("fusion.variation").isChecked());
-    }).enableWhen(displaying);
+    commands()
+        .bind("fusion.variation", [this] { showVariation(commands().action("fusion.variation").isChecked()); })
+        .enableWhen(displaying);
     commands().bind("window.new", [this] { newWindow(); });
     commands().bind("window.close", [this] { __window.close(); });
 }
@@ -275,17 +275,17 @@ void VRLFusionWindowMediator::fusionComplete() {
     std::vector<DensityShape> shapes;
     shapes.reserve(__painters.size());
     for (const auto& painter : __painters)
-        shapes.push_back({QString::fromStdString(painter->getStackName() + ": " +
-                                                 painter->getProxy()->getShape()->getName()),
-                          painter->getProxy()});
+        shapes.push_back(
+            {QString::fromStdString(painter->getStackName() + ": " + painter->getProxy()->getShape()->getName()),
+             painter->getProxy()});
     __density.setShapes(shapes);
     __residuals.setReport(__fusion->getReport());
     refreshCanvas();
     setStatusDisplaying();
     const std::size_t warnings = __fusion->getReport().warnings.size();
-    __statusBar.setMessage(warnings == 0 ? QString("Normalization completed")
-                                         : QString("Normalization completed. Warnings: %1 (see the tab Residuals)")
-                                               .arg(warnings));
+    __statusBar.setMessage(
+        warnings == 0 ? QString("Normalization completed")
+                      : QString("Normalization completed. Warnings: %1 (see the tab Residuals)").arg(warnings));
 }
 
 void VRLFusionWindowMediator::addShape(Shape<float>& shape, const std::string& stackName,
@@ -401,8 +401,8 @@ void VRLFusionWindowMediator::fusionSummary() {
 }
 
 void VRLFusionWindowMediator::exportResults() {
-    const QString chosen = QFileDialog::getExistingDirectory(
-        &__window, "Export results", VRLSettings::settings.getOutputDirectory().absolutePath());
+    const QString chosen = QFileDialog::getExistingDirectory(&__window, "Export results",
+                                                             VRLSettings::settings.getOutputDirectory().absolutePath());
     if (chosen.isEmpty())
         return;
     QDir directory(chosen);
@@ -418,8 +418,7 @@ void VRLFusionWindowMediator::exportResults(QDir& directory) {
     });
 }
 
-void VRLFusionWindowMediator::exportPainterShape(VRLFusionShapeViewerPainterGL& painter, QDir& directory,
-                                                 int& answer) {
+void VRLFusionWindowMediator::exportPainterShape(VRLFusionShapeViewerPainterGL& painter, QDir& directory, int& answer) {
     const Shape<float>& shape = *painter.getProxy()->getShape();
     QString name = QString::fromStdString(painter.getStackName() + "-" + shape.getName()).replace('/', '_');
     const QString extension = shape.getShapeType() == VertexStackType ? "vs" : "qm";
