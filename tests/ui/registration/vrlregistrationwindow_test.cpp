@@ -459,7 +459,7 @@ TEST_F(VRLRegistrationWindowTest, aRunKeepsToItsRangeAndMethodAndIsReported) {
     EXPECT_FALSE(window->findChild<QComboBox*>("firstSlice")->isEnabled()); // of one slice there is no range
     click("Register all slices");
     EXPECT_FALSE(window->findChild<QComboBox*>("fixedSlice")->isEnabled());
-    choose("method", "Features");
+    choose("method", "Intensity");
     choose("reference", "One slice");
     choose("fixedSlice", "s1");
     choose("firstSlice", "s2"); // the wrong way round
