@@ -169,8 +169,7 @@ std::vector<Case> cases() {
              change.greyScale = GreyScale{100, 3000, 4095};
              return changeStack(s, change);
          },
-         {"stackName", "stackSliceSpacing", "stackImageCalibration", "sliceImageCalibration", "stackImageCalibration",
-          "batchEnd"}},
+         {"stackName", "stackSliceSpacing", "stackImageCalibration", "sliceImageCalibration", "stackImageCalibration"}},
         {"recordPose", [](VRLStack& s) { return recordPose(s, Pose::canonicalPose2(), "side"); }, {"poseCreate"}},
         {"deletePose", [](VRLStack& s) { return deletePose(s, 0); }, {"poseDelete"}},
     };
