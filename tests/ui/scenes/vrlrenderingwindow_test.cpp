@@ -87,7 +87,7 @@ protected:
     QAction& command(const char* id) { return mediator().commands().action(id); }
     QMenu* menu(const QString& title) {
         for (QMenu* found : window->findChildren<QMenu*>())
-            if (found->title() == title)
+            if (found->title().remove('&') == title)
                 return found;
         return nullptr;
     }
