@@ -61,7 +61,7 @@ protected:
         QTest::keyClicks(editor, name);
         QTest::keyClick(editor, Qt::Key_Return);
         QCoreApplication::processEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // the editor
     }
     QString gaps() {
         for (const QLabel* label : panel.findChildren<QLabel*>())
