@@ -61,6 +61,10 @@ VRLRootStatusBar::VRLRootStatusBar(QWidget* parent) : QFrame(parent) {
     __progressBar->setFixedWidth(150);
     __progressBar->setRange(0, 100);
     __progressBar->setAccessibleName("Progress");
+    QSizePolicy itsPlace = __progressBar->sizePolicy();
+    itsPlace.setRetainSizeWhenHidden(true); // nothing moves when it comes
+    __progressBar->setSizePolicy(itsPlace);
+    __progressBar->hide();
 
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(2, 2, 2, 2);
@@ -126,6 +130,7 @@ void VRLRootStatusBar::subjectStarted(const std::string& text) {
 
 void VRLRootStatusBar::subjectFinished(const std::string& text) {
     __progressBar->reset();
+    __progressBar->hide();
     __sinceUpdate.invalidate();
     if (!text.empty())
         setMessage(QString::fromStdString(text), 2000);
@@ -140,6 +145,7 @@ void VRLRootStatusBar::subjectProgressed(unsigned int current, unsigned int tota
     if (value == __progressBar->value() || (__sinceUpdate.isValid() && __sinceUpdate.elapsed() < __pause))
         return;
     __progressBar->setValue(value);
+    __progressBar->show();
     __sinceUpdate.start();
     processPaintEvents();
     // A repaint of the window is dear where the graphics are made by software: it may take a fifth of the time.

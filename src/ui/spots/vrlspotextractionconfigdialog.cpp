@@ -40,6 +40,7 @@ VRLSpotExtractionConfigDialog::VRLSpotExtractionConfigDialog(QWidget* parent) : 
     __editor = new VRLSpotExtractionConfigEditor(this);
     __memory = new QLabel(this);
     __memory->setWordWrap(true);
+    __memory->setTextFormat(Qt::RichText); // of fixed words
     __memory->setAccessibleName("Memory");
     __run = new QPushButton("&Run", this);
     __run->setDefault(true);

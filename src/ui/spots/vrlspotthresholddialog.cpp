@@ -65,6 +65,7 @@ VRLSpotThresholdDialog::VRLSpotThresholdDialog(const Stack& stack, const VoxelMa
     setWindowTitle("Spot extraction");
     __preview = new SpotPreview(filtered, grey, this);
     __count = new QLabel(this);
+    __count->setTextFormat(Qt::RichText); // of fixed words
     __count->setAccessibleName("Number of spots");
     __table = new VRLTableWidget(this);
     __table->setAccessibleName("Spots");

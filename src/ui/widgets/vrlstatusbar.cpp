@@ -14,6 +14,10 @@ VRLStatusBar::VRLStatusBar(QWidget* parent) : QFrame(parent) {
     __progressBar->setRange(0, 100);
     __progressBar->setFixedWidth(150);
     __progressBar->setAccessibleName("Progress");
+    QSizePolicy itsPlace = __progressBar->sizePolicy();
+    itsPlace.setRetainSizeWhenHidden(true); // nothing moves when it comes
+    __progressBar->setSizePolicy(itsPlace);
+    __progressBar->hide();
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(2, 2, 2, 2);
     layout->setSpacing(2);
@@ -32,6 +36,7 @@ QString VRLStatusBar::message() const {
 void VRLStatusBar::subjectFinished(const std::string& text) {
     __statusBar->showMessage(QString::fromStdString(text), 2000);
     __progressBar->reset();
+    __progressBar->hide();
     QCoreApplication::sendPostedEvents();
 }
 
@@ -45,6 +50,7 @@ void VRLStatusBar::subjectProgressed(unsigned int current, unsigned int total) {
     if (value == __progressBar->value())
         return;
     __progressBar->setValue(value);
+    __progressBar->show();
     QCoreApplication::sendPostedEvents();
 }
 

@@ -751,8 +751,10 @@ TEST_F(VRLRootWindowTest, progressMovesTheBarAndEndsWithAMessage) {
     EXPECT_EQ(bar.message(), "Reading...");
     static_cast<ProgressMonitor&>(bar).subjectProgressed(2, 3);
     EXPECT_EQ(bar.progressBar().value(), 67);
+    EXPECT_FALSE(bar.progressBar().isHidden());
     bar.subjectFinished("");
     EXPECT_LT(bar.progressBar().value(), 0);
+    EXPECT_TRUE(bar.progressBar().isHidden());
     EXPECT_EQ(bar.message(), "Reading...");
     bar.subjectFinished("Done");
     EXPECT_EQ(bar.message(), "Done");

@@ -66,10 +66,12 @@ TEST(VRLStatusBar, showsTextsAndPercentagesAndEndsWithAMessage) {
     EXPECT_EQ(bar.message(), "Reading...");
     work.notifyProgressed(2, 3);
     EXPECT_EQ(bar.progressBar().value(), 66);
+    EXPECT_FALSE(bar.progressBar().isHidden());
     work.notifyProgressed(1, 0);
     work.notifyFinished("done");
     EXPECT_EQ(bar.message(), "done");
     EXPECT_LT(bar.progressBar().value(), 0);
+    EXPECT_TRUE(bar.progressBar().isHidden());
 }
 
 } // namespace vorlen
