@@ -33,7 +33,7 @@ void ModelItemGeometry::run(double position) {
     const StackSlice& slice = *item->getSlice();
     const double pixelWidth = slice.getPixelCalibration().getPixelWidth();
     const double pixelHeight = slice.getPixelCalibration().getPixelHeight();
-    const Vertices<int>& pixels = item->getVertices();
+    const Vertices<double>& pixels = item->getVertices();
     const int size = pixels.getNumVertices();
     Curve<double> curve(2, size, size, 1, !item->isClosed());
     for (int k = 0; k < size; ++k) {

@@ -96,7 +96,7 @@ void StackReconstruction<T>::map(Vertices<T>& out, const ModelItem& item) const 
 
 template <class T>
 void StackReconstruction<T>::mapFromSlice(Vertices<T>& out, const ModelItem& item, int slice) const {
-    const Vertices<int>& pixels = item.getVertices();
+    const Vertices<double>& pixels = item.getVertices();
     const int size = pixels.getNumVertices();
     out.setServer(*new VertexServer<T>(3, size, size, 1)); // the client's count deletes it
     out.setSize(0, false);

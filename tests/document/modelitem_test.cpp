@@ -54,7 +54,7 @@ TEST_F(ModelItemTest, itsModelTellsWhatIsJoined) {
 }
 
 TEST_F(ModelItemTest, keepsItsVerticesForItself) {
-    const Vertices<int> vertices = makeVertices({{1, 2}, {3, 4}});
+    const Vertices<double> vertices = makeVertices({{1, 2}, {3, 4}});
     ModelItem item;
     item.setVertices(vertices);
     item.moveVertex(0, point(9, 9));
@@ -261,7 +261,7 @@ TEST_F(ModelItemTest, hitsAreThoseOfEveryVertexAndSegment) {
     for (const float tolerance : {0.0f, 2.5f, 7.0f})
         for (int y = 25; y < 95; ++y)
             for (int x = 15; x < 105; ++x) {
-                const Vector<int> p = point(x, y);
+                const Vector<double> p = point(x, y);
                 double nearest = 1e9;
                 bool beside = false, near = false;
                 for (std::size_t i = 0; i < points.size(); ++i) {
@@ -334,7 +334,7 @@ TEST_F(ModelItemTest, insertionLooksStrictlyInsideTheSegments) {
 }
 
 TEST_F(ModelItemTest, pointNearSegmentMeasuresBesideAndAtTheEnds) {
-    const Vector<int> a = point(0, 0), b = point(4, 3);
+    const Vector<double> a = point(0, 0), b = point(4, 3);
     // Distance of (1, 7) to the line is |4 * 7 - 3 * 1| / 5 = 5.
     EXPECT_TRUE(ModelItem::pointNearSegment(a, point(8, 6), point(1, 7), 5, false));
     EXPECT_FALSE(ModelItem::pointNearSegment(a, point(8, 6), point(1, 7), 4.99f, false));

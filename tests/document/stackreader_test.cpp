@@ -270,7 +270,7 @@ TEST(StackReader, itemsGoToTheirModelAndSliceAndTurnCounterClockwise) {
 
 TEST(StackReader, verticesAreLeadingIntegersWithinTheRangeOfInt) {
     const Read read(item + "PRIMITIVE Polyline;\nMODELITEMDATA 1x,2y ,5 7, 99999999999999999999,-99999999999 1,2,3;\n");
-    const Vertices<int>& vertices = read.item().getVertices();
+    const Vertices<double>& vertices = read.item().getVertices();
     ASSERT_EQ(vertices.getNumVertices(), 5);
     bool found = false;
     for (int i = 0; i < 5; ++i)

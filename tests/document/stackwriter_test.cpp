@@ -58,7 +58,7 @@ ModelItem& itemOf(Model& model, StackSlice& slice, const std::vector<std::pair<i
     item->attach();
     const int size = static_cast<int>(points.size());
     if (size > 0) {
-        Vertices<int> vertices(2, size, size, size);
+        Vertices<double> vertices(2, size, size, size);
         for (int i = 0; i < size; ++i) {
             vertices[i][0] = points[static_cast<std::size_t>(i)].first;
             vertices[i][1] = points[static_cast<std::size_t>(i)].second;

@@ -74,7 +74,7 @@ TEST_F(GapFillingTest, placesInSpaceCountAndNotThePixelsOfTheSlices) {
     const StackReconstruction<double> space(stack);
     SectionParts parts(0);
     std::vector<PlanePoint> outline;
-    const Vertices<int>& vertices = odd.getItem(0).getVertices();
+    const Vertices<double>& vertices = odd.getItem(0).getVertices();
     for (int k = 0; k < vertices.getNumVertices(); ++k) {
         const Vector<double> place = space.toWorld(4, vertices[k][0], vertices[k][1]);
         outline.push_back({place[0], place[1]});

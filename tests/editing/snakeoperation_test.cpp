@@ -49,7 +49,7 @@ Image rings(const std::vector<double>& radii, int depth = 8, int channel = 0) {
     return Rings{.radii = radii, .depth = depth, .channel = channel}.image();
 }
 
-double meanRadius(const Vertices<int>& vertices, double x = centreX, double y = centreY, double aspect = 1) {
+double meanRadius(const Vertices<double>& vertices, double x = centreX, double y = centreY, double aspect = 1) {
     double sum = 0;
     for (int i = 0; i < vertices.getNumVertices(); ++i)
         sum += std::hypot(vertices[i][0] - x, (vertices[i][1] - y) * aspect);
@@ -113,7 +113,7 @@ TEST_F(SnakeOperationTest, aContourRunsToTheEdgeInEveryKindOfImageAsOneStep) {
         const Points drawn = verticesOf(start);
         expectStep([&] { return SnakeOperation(stack, start, parameters(each.scale)).runOnSlice(); });
         ASSERT_EQ(on.getNumItems(), 2);
-        const Vertices<int>& found = on.getItem(1).getVertices();
+        const Vertices<double>& found = on.getItem(1).getVertices();
         EXPECT_EQ(on.getItem(1).getModel(), &polygon);
         EXPECT_EQ(verticesOf(start), drawn);
         EXPECT_NEAR(meanRadius(found), 40, 1 + each.scale) << each.channel << " " << each.scale;
@@ -153,7 +153,7 @@ TEST_F(SnakeOperationTest, pixelsThatAreNotSquareAndLargeImagesChangeNothing) {
         ModelItem& start = addCircle(on, 50, 300, 420, aspect);
         EXPECT_EQ(SnakeOperation(stack, start, parameters()).runOnSlice().getReason(), "") << aspect;
         ASSERT_EQ(on.getNumItems(), 2) << aspect;
-        const Vertices<int>& found = on.getItem(1).getVertices();
+        const Vertices<double>& found = on.getItem(1).getVertices();
         EXPECT_NEAR(meanRadius(found, 300, 420, aspect), 40, 1 + 0.2 * aspect) << aspect;
         double x = 0, y = 0;
         for (int i = 0; i < found.getNumVertices(); ++i) {

@@ -82,12 +82,16 @@ RegionOutline::RegionOutline(const Image& image, const BoundingBox<int>& box, in
         __column = int(start - row);
 }
 
-Curve<int> RegionOutline::follow(int decimation) const {
+Curve<double> RegionOutline::follow(int decimation) const {
     Curve<int> curve(2, 0, 0, 64, false);
     Thresholding<int>().extractCurve(curve, __row, __column, __borders, decimation);
-    for (int k = 0; k < curve.getSize(); ++k)
-        std::swap(curve[k][0], curve[k][1]);
-    return curve;
+    const int n = curve.getSize();
+    Curve<double> outline(2, n, n, 64, false);
+    for (int k = 0; k < n; ++k) {
+        outline[k][0] = curve[k][1];
+        outline[k][1] = curve[k][0];
+    }
+    return outline;
 }
 
 } // namespace vorlen

@@ -30,7 +30,7 @@ public:
 
     /// Vertices (column, row) of the outline that is found, decimated on the way (Thresholding::extractCurve()). Throws
     /// ValueError when it is not closed.
-    Curve<int> follow(int decimation) const;
+    Curve<double> follow(int decimation) const;
 
 private:
     PixelMatrix<int> __borders;

@@ -1,5 +1,7 @@
 #include "ui/slices/slicetoolhost.h"
 
+#include <cmath>
+
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
@@ -29,6 +31,22 @@ const Image* SliceToolHost::image(QString& problem) const {
 
 Vector<int> SliceToolHost::imagePoint(const QPoint& position) const {
     return __mediator.getCanvas().convertToVectori(position);
+}
+
+// To hundredths: finer than a hand at any zoom, and short in a file. A position stands for the middle of the canvas's
+// pixel.
+Vector<double> SliceToolHost::exactImagePoint(const QPointF& position) const {
+    constexpr double parts = 100;
+    const VRLSliceEditWidgetCanvas& canvas = __mediator.getCanvas();
+    Vector<double> point = imagePoint(position.toPoint()).toType<double>();
+    const double middle = 0.5 / canvas.devicePixelRatioF();
+    const QPointF place = canvas.convertToImagePoint(position + QPointF(middle, middle));
+    const auto zoom = double(canvas.getZoomFactor());
+    if (zoom * double(canvas.betaWidth()) > 1)
+        point[0] = std::round((place.x() - 0.5) * parts) / parts;
+    if (zoom * double(canvas.betaHeight()) > 1)
+        point[1] = std::round((place.y() - 0.5) * parts) / parts;
+    return point;
 }
 
 bool SliceToolHost::isOnImage(const Vector<int>& pixel) const {

@@ -15,6 +15,7 @@ public:
     StackSlice* slice() const override;
     const Image* image(QString& problem) const override;
     Vector<int> imagePoint(const QPoint& position) const override;
+    Vector<double> exactImagePoint(const QPointF& position) const override;
     bool isOnImage(const Vector<int>& pixel) const override;
     QPointF canvasPosition(const Vector<int>& pixel) const override;
     float zoom() const override;

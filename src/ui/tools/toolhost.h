@@ -35,6 +35,9 @@ public:
 
     /// The pixel of the image at a position of the canvas, which may lie outside of the image.
     virtual Vector<int> imagePoint(const QPoint& position) const = 0;
+    /// The place on the image, whole numbers being the middles of its pixels: between them where the canvas shows a
+    /// pixel larger than its own, else the same as imagePoint().
+    virtual Vector<double> exactImagePoint(const QPointF& position) const = 0;
     virtual bool isOnImage(const Vector<int>& pixel) const = 0;
     /// Where the middle of a pixel lies on the canvas.
     virtual QPointF canvasPosition(const Vector<int>& pixel) const = 0;

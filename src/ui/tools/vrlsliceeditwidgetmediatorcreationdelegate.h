@@ -31,7 +31,7 @@ public:
     void deactivate() override;
 
     /// Goes on with a drawing that was given up.
-    void resume(const Model& model, const Vertices<int>& vertices);
+    void resume(const Model& model, const Vertices<double>& vertices);
 
     /// Ends with the item in the document, as a step of its history, or with a refusal.
     void apply();
@@ -70,7 +70,7 @@ private:
     void end();
 
     std::unique_ptr<ModelItem> __item;
-    std::optional<Vertices<int>> __resumed; // as the drawing was when it came back
+    std::optional<Vertices<double>> __resumed; // as the drawing was when it came back
     bool __menuPending = false;             // the context menu of the press that ended a drawing
 };
 

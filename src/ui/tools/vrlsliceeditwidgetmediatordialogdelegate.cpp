@@ -72,7 +72,7 @@ bool VRLSliceEditWidgetMediatorDialogDelegate::isAbout(const Model& model) const
     return __item != nullptr && __item->getModel() == &model;
 }
 
-void VRLSliceEditWidgetMediatorDialogDelegate::preview(const std::function<Vertices<int>()>& compute, bool selected) {
+void VRLSliceEditWidgetMediatorDialogDelegate::preview(const std::function<Vertices<double>()>& compute, bool selected) {
     if (!isActive())
         return;
     try {

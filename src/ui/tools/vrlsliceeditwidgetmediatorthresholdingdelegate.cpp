@@ -125,7 +125,7 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::run(const Vector<int>& corn
         return warn(title, noOutlineInBox);
     if (!ask("Enter decimation level:", __decimationLevel, 100, 5))
         return;
-    Curve<int> curve;
+    Curve<double> curve;
     {
         const WaitCursor wait;
         curve = outline->follow(__decimationLevel);

@@ -592,7 +592,7 @@ protected:
         if (slice->getNumItems() > 0 && below(2) == 0) {
             const ModelItem& item = slice->getItem(below(slice->getNumItems()));
             if (item.getSize() > 0) {
-                const Vector<int>& vertex = item.getVertices()[below(item.getSize())];
+                const Vector<double>& vertex = item.getVertices()[below(item.getSize())];
                 const double zoom = double(canvas->getZoomFactor());
                 return QPoint(int((vertex[0] - canvas->getViewOrigin().x() + 0.5) * zoom),
                               int((vertex[1] - canvas->getViewOrigin().y() + 0.5) * zoom));

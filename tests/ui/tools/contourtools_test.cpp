@@ -197,9 +197,9 @@ protected:
 
 private:
     void show(int number) {
-        preview([this, number]() -> Vertices<int> {
+        preview([this, number]() -> Vertices<double> {
             if (number >= __from)
-                throw ValueError("Vertices<int> show(int)", "It went wrong");
+                throw ValueError("Vertices<double> show(int)", "It went wrong");
             return getItem()->getVertices();
         });
     }

@@ -74,14 +74,14 @@ protected:
 };
 
 /// Pixels whose centres lie in the polygon, by its crossings of each row.
-std::vector<bool> filled(const Vertices<int>& polygon, int width, int height) {
+std::vector<bool> filled(const Vertices<double>& polygon, int width, int height) {
     std::vector<bool> inside(std::size_t(width) * height, false);
     const int n = polygon.getNumVertices();
     for (int y = 0; y < height; ++y) {
         std::vector<double> crossings;
         for (int k = 0; k < n; ++k) {
-            const Vector<int>& a = polygon[k];
-            const Vector<int>& b = polygon[(k + 1) % n];
+            const Vector<double>& a = polygon[k];
+            const Vector<double>& b = polygon[(k + 1) % n];
             if ((a[1] <= y) != (b[1] <= y))
                 crossings.push_back(a[0] + double(y - a[1]) / (b[1] - a[1]) * (b[0] - a[0]));
         }
@@ -94,7 +94,7 @@ std::vector<bool> filled(const Vertices<int>& polygon, int width, int height) {
 }
 
 /// Common area over joint area.
-double jaccard(const Vertices<int>& a, const Vertices<int>& b, int width, int height) {
+double jaccard(const Vertices<double>& a, const Vertices<double>& b, int width, int height) {
     const std::vector<bool> first = filled(a, width, height), second = filled(b, width, height);
     int both = 0, any = 0;
     for (std::size_t k = 0; k < first.size(); ++k) {
@@ -271,8 +271,8 @@ TEST_F(ThresholdingTest, theSampleNucleusIsFoundAsItIs) {
             if (section.getItem(i).getModel()->getName() == "Nucleus")
                 truth = &section.getItem(i);
         ASSERT_NE(truth, nullptr);
-        const Vector<int> lower = truth->getVertices().boundingBox().getVertex1();
-        const Vector<int> upper = truth->getVertices().boundingBox().getVertex2();
+        const Vector<double> lower = truth->getVertices().boundingBox().getVertex1();
+        const Vector<double> upper = truth->getVertices().boundingBox().getVertex2();
         const int height = upper[1] - lower[1];
         ModalScript script;
         answer(script, 4);
