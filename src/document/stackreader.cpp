@@ -114,20 +114,26 @@ int toInt(std::string_view text) {
     return static_cast<int>(std::clamp<long long>(value, INT_MIN, INT_MAX));
 }
 
-/// A coordinate of a vertex: the leading decimal number, 0 without one. Throws ArgValueError for one that is no number or
-/// that no image could hold.
+/// A coordinate of a vertex: the leading decimal number within the range of int, 0 without one.
 double toCoordinate(std::string_view text) {
     const char* at = text.data();
     const char* const end = at + text.size();
     while (at < end && isSpace(*at))
         ++at;
-    if (at < end && *at == '+')
+    const bool negative = at < end && *at == '-';
+    if (at < end && (*at == '-' || *at == '+'))
         ++at;
     double value = 0;
-    const std::from_chars_result found = std::from_chars(at, end, value);
-    if (found.ec == std::errc::result_out_of_range || !(std::abs(value) <= INT_MAX))
-        throw StackReader::ArgValueError();
-    return value;
+    if (at < end && ((*at >= '0' && *at <= '9') || *at == '.')) { // no names of numbers, and no second sign
+        const std::from_chars_result found = std::from_chars(at, end, value);
+        if (found.ec == std::errc::result_out_of_range) { // next to 0 or beyond all limits
+            const std::string_view number(at, static_cast<std::size_t>(found.ptr - at));
+            const bool tiny = number.find_first_of("123456789") > number.find('.') || number.find("e-") < number.size() ||
+                              number.find("E-") < number.size();
+            value = tiny ? 0 : HUGE_VAL;
+        }
+    }
+    return std::clamp<double>(negative ? -value : value, INT_MIN, INT_MAX);
 }
 
 float toReal(std::string_view text) {

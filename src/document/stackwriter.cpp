@@ -44,15 +44,20 @@ void appendReal(std::string& text, Real value) {
     text.append(buffer, end);
 }
 
-/// In the fewest digits that read back as the same; a whole number without point and exponent, as readers of old
+/// Enough for any number without an exponent: at most as many zeros behind the point as the least number has, and 17
+/// digits.
+constexpr std::size_t longestNumber = 352;
+
+/// In the fewest digits that read back as the same, without an exponent; a whole number without point, as readers of old
 /// expect. The end of what was written.
 char* writePixels(char* at, char* end, double value) {
     const bool whole = std::trunc(value) == value && std::abs(value) <= INT_MAX;
-    return whole ? std::to_chars(at, end, static_cast<int>(value)).ptr : std::to_chars(at, end, value).ptr;
+    return whole ? std::to_chars(at, end, static_cast<int>(value)).ptr
+                 : std::to_chars(at, end, value, std::chars_format::fixed).ptr;
 }
 
 void appendShift(std::string& text, double value) {
-    char buffer[40];
+    char buffer[longestNumber];
     text.append(buffer, writePixels(buffer, buffer + sizeof buffer, value));
 }
 
@@ -328,15 +333,14 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
     }
     __text += getString(MODELITEMDATA) + "\n";
     // A blank, two numbers, a comma and a line end.
-    constexpr int maxNumberLength = 32;
-    char buffer[2 * maxNumberLength + 3];
+    char buffer[2 * longestNumber + 3];
     for (int i = 0; i < size; ++i) {
         const Vector<double>& vertex = vertices[i];
         char* at = buffer;
         *at++ = ' ';
-        at = writePixels(at, at + maxNumberLength, vertex[0]);
+        at = writePixels(at, at + longestNumber, vertex[0]);
         *at++ = ',';
-        at = writePixels(at, at + maxNumberLength, vertex[1]);
+        at = writePixels(at, at + longestNumber, vertex[1]);
         if (i % verticesPerLine == verticesPerLine - 1 && i != size - 1)
             *at++ = '\n';
         __text.append(buffer, at);

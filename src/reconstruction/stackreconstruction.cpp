@@ -104,7 +104,7 @@ void StackReconstruction<T>::mapFromSlice(Vertices<T>& out, const ModelItem& ite
     const Vector<T>& map = __maps[slice];
     const T z = __zMap[slice];
     for (int k = 0; k < size; ++k) {
-        const Vector<int>& pixel = pixels[k];
+        const Vector<double>& pixel = pixels[k];
         const T u = T(pixel[0]), v = T(pixel[1]);
         Vector<T>& world = out[k];
         world[0] = map[0] * u + map[1] * v + map[2];

@@ -213,7 +213,7 @@ TEST_F(ModelItemTest, aSelectionOfAnotherSizeIsRefused) {
 TEST_F(ModelItemTest, everyChangeOfTheVerticesIsToldByExtentAndRevision) {
     ModelItem& item = addItem(polygons, stack.getSlice(0));
     std::uint64_t last = item.getRevision();
-    const auto expect = [&](const std::vector<int>& extent) {
+    const auto expect = [&](const std::vector<double>& extent) {
         EXPECT_EQ(corners(item.extent()), extent);
         EXPECT_NE(item.getRevision(), last);
         last = item.getRevision();

@@ -49,7 +49,7 @@ TEST_F(OperationTest, resamplingPutsVerticesAtEvenDistancesAndMergesNeighbours) 
 
 TEST_F(OperationTest, smoothingKeepsAsManyDescriptorsAsAskedOrAsTheFidelityNeeds) {
     ModelItem& contour = addItem(polygon, *slice, ring(61));
-    Curve<int> expected(makeVertices(ring(61)), false);
+    Curve<double> expected(makeVertices(ring(61)), false);
     const int needed = FourierDescriptors<int>::filter(expected, 0.95f);
     EXPECT_GT(needed, 1);
     EXPECT_LT(needed, 30);
@@ -90,7 +90,7 @@ TEST_F(OperationTest, aLineSplitsAContourIntoPiecesOfItsOwnLook) {
     ModelItem& contour = addItem(polygon, *slice, ring(40));
     contour.getProperties().setColor(1, 2, 3);
     addItem(polygon, *slice, square);
-    const Curve<int> cut(makeVertices({{151, 20}, {153, 180}}), true);
+    const Curve<double> cut(makeVertices({{151, 20}, {153, 180}}), true);
     EXPECT_TRUE(isSplitBy(contour, cut));
     expectStep([&] { return splitContour(stack, contour, cut); });
     ASSERT_EQ(slice->getNumItems(), 3);
@@ -102,37 +102,37 @@ TEST_F(OperationTest, aLineSplitsAContourIntoPiecesOfItsOwnLook) {
     }
     const std::string noCut = "Nothing was split: the line has to enter the contour and to leave it again.";
     for (const Points& beside : {Points{{10, 10}, {30, 45}}, {{10, 75}, {75, 75}}, {{90, 90}, {90, 90}}}) {
-        const Curve<int> lineBeside(makeVertices(beside), true);
+        const Curve<double> lineBeside(makeVertices(beside), true);
         expectRefusal([&] { return splitContour(stack, slice->getItem(0), lineBeside); }, noCut);
     }
     // A line along an edge, and one that leaves a piece too thin for whole pixels.
-    const Curve<int> across(makeVertices({{75, 20}, {75, 150}}), true);
+    const Curve<double> across(makeVertices({{75, 20}, {75, 150}}), true);
     expectStep([&] { return splitContour(stack, slice->getItem(0), across); });
     EXPECT_EQ(verticesOf(slice->getItem(2)), (Points{{50, 50}, {50, 100}, {75, 100}, {75, 50}}));
     EXPECT_EQ(verticesOf(slice->getItem(3)), (Points{{75, 100}, {100, 100}, {100, 50}, {75, 50}}));
     ModelItem& thin = addItem(polygon, *slice, {{0, 0}, {100, 1}, {100, 0}});
-    const Curve<int> tip(makeVertices({{20, -5}, {20, 5}}), true);
+    const Curve<double> tip(makeVertices({{20, -5}, {20, 5}}), true);
     EXPECT_EQ(splitContour(stack, thin, tip).getReason().rfind("Cannot split the contour there", 0), 0u);
 }
 
 // A letter C, which the line enters and leaves twice.
 TEST(SplitPieces, areThoseOfTheLineHoweverOftenItCrosses) {
     const Points letter = {{0, 0}, {100, 0}, {100, 20}, {20, 20}, {20, 60}, {100, 60}, {100, 80}, {0, 80}};
-    const Curve<int> down(makeVertices({{60, -10}, {60, 90}}), true);
+    const Curve<double> down(makeVertices({{60, -10}, {60, 90}}), true);
     for (std::size_t origin = 0; origin < letter.size(); ++origin) {
         Points points = letter;
         std::rotate(points.begin(), points.begin() + std::ptrdiff_t(origin), points.end());
         std::multiset<double> areas;
-        for (const Curve<int>& piece : splitPieces(Curve<int>(makeVertices(points), false), down))
+        for (const Curve<double>& piece : splitPieces(Curve<double>(makeVertices(points), false), down))
             areas.insert(signedArea(coordinates(piece)));
         EXPECT_EQ(areas, (std::multiset<double>{800, 800, 3200})) << origin;
     }
     // A line that ends within cuts as far as it leaves again.
     EXPECT_EQ(
-        splitPieces(Curve<int>(makeVertices(letter), false), Curve<int>(makeVertices({{60, -10}, {60, 70}}), true))
+        splitPieces(Curve<double>(makeVertices(letter), false), Curve<double>(makeVertices({{60, -10}, {60, 70}}), true))
             .size(),
         2u);
-    EXPECT_EQ(splitPieces(Curve<int>(makeVertices(letter), false), Curve<int>(makeVertices({{60, 10}, {60, 70}}), true))
+    EXPECT_EQ(splitPieces(Curve<double>(makeVertices(letter), false), Curve<double>(makeVertices({{60, 10}, {60, 70}}), true))
                   .size(),
               1u);
 }
@@ -150,10 +150,10 @@ TEST(SplitPieces, encloseTogetherWhatTheContourDidEachOnOneSide) {
             points.emplace_back(int(radius * std::cos(angle)) / 10 * 10, int(radius * std::sin(angle)) / 10 * 10);
         }
         const int column = 10 * (below(31) - 15);
-        const Curve<int> line(makeVertices({{column, -500}, {column, 500}}), true);
-        const std::vector<Curve<int>> pieces = splitPieces(Curve<int>(makeVertices(points), false), line);
+        const Curve<double> line(makeVertices({{column, -500}, {column, 500}}), true);
+        const std::vector<Curve<double>> pieces = splitPieces(Curve<double>(makeVertices(points), false), line);
         double area = 0;
-        for (const Curve<int>& piece : pieces) {
+        for (const Curve<double>& piece : pieces) {
             const Points vertices = coordinates(piece);
             area += signedArea(vertices);
             const auto [least, greatest] = std::minmax_element(vertices.begin(), vertices.end());

@@ -138,7 +138,7 @@ TEST_F(OperationTest, anOperationAtWhichAClientFailsLeavesNothingBehindAndNoneIs
     ModelItem& contour = addItem(polygon, *slice, ring(40));
     contour.getSelection().set(true);
     std::vector<std::string> refusals;
-    const Curve<int> cut(makeVertices({{151, 20}, {153, 180}}), true);
+    const Curve<double> cut(makeVertices({{151, 20}, {153, 180}}), true);
     const std::function<Outcome()> operations[] = {
         [&] { return createItem(stack, *slice, line, makeVertices(square)); },
         [&] { return deleteSelection(stack, *slice, refusals); },

@@ -31,7 +31,7 @@ const Points rectangle = {{100, 60}, {179, 60}, {179, 129}, {100, 129}};
 } // namespace
 
 TEST_F(OperationTest, anOutlineByThresholdIsOneStepOrRefused) {
-    const BoundingBox<int> box(point(80, 90), point(140, 110));
+    const BoundingBox<int> box(pixel(80, 90), pixel(140, 110));
     const Image image = darkRectangle();
     expectStep([&] { return outlineByThreshold(stack, *slice, polygon, image, box, 0, 0); });
     // The corners, and the pixel of the middle row where the walk around them began and ended.
@@ -41,7 +41,7 @@ TEST_F(OperationTest, anOutlineByThresholdIsOneStepOrRefused) {
     for (const auto& corner : rectangle)
         EXPECT_EQ(std::count(corners.begin(), corners.end(), corner), 1);
     EXPECT_FALSE(slice->getItem(0).isClockwise());
-    const BoundingBox<int> away(point(10, 10), point(40, 40));
+    const BoundingBox<int> away(pixel(10, 10), pixel(40, 40));
     expectRefusal([&] { return outlineByThreshold(stack, *slice, polygon, image, away, 0, 0); }, noOutlineInBox);
     Image single = TestImages::uniform(300, 200, 8, 200);
     single.getPixels()[100][100] = 40; // one dark pixel
@@ -50,7 +50,7 @@ TEST_F(OperationTest, anOutlineByThresholdIsOneStepOrRefused) {
 }
 
 TEST(RegionOutline, comesFromTheChannelThatHoldsTheImage) {
-    const BoundingBox<int> box(point(80, 80), point(140, 110));
+    const BoundingBox<int> box(pixel(80, 80), pixel(140, 110));
     for (const int channel : {-1, 0, 1, 2}) {
         const RegionOutline outline(darkRectangle(channel), box, 0);
         ASSERT_TRUE(outline.isFound());
@@ -63,7 +63,7 @@ TEST(RegionOutline, comesFromTheChannelThatHoldsTheImage) {
     for (int y = 0; y < 200; ++y)
         mixed.getPixels()[y][2] = 9;
     EXPECT_FALSE(RegionOutline(mixed, box, 0).isFound());
-    const BoundingBox<int> outside(point(80, 80), point(140, 200)); // of a file that has shrunk since
+    const BoundingBox<int> outside(pixel(80, 80), pixel(140, 200)); // of a file that has shrunk since
     EXPECT_THROW(RegionOutline(mixed, outside, 0), RangeError);
 }
 
@@ -103,7 +103,7 @@ TEST(RegionOutline, cutsTheMeansOverTheSquareAtTheThresholdOfTheBox) {
         IsodataThresholding<int> isodata;
         isodata.setBins(0, 1, 65536);
         const int threshold = isodata.computeThreshold(region);
-        const RegionOutline outline(image, BoundingBox<int>(point(5, 14), point(29, 34)), L);
+        const RegionOutline outline(image, BoundingBox<int>(pixel(5, 14), pixel(29, 34)), L);
         EXPECT_EQ(outline.getThreshold(), threshold);
         ASSERT_TRUE(outline.isFound());
         const Curve<int> curve = outline.follow(0);

@@ -21,6 +21,14 @@ inline Vector<double> point(double x, double y) {
     return p;
 }
 
+/// A pixel of an image.
+inline Vector<int> pixel(int x, int y) {
+    Vector<int> p(2);
+    p[0] = x;
+    p[1] = y;
+    return p;
+}
+
 inline Vertices<double> makeVertices(const std::vector<std::pair<int, int>>& points) {
     const int n = int(points.size());
     Vertices<double> vertices(2, n, n, 1);
@@ -57,7 +65,8 @@ inline std::vector<std::pair<int, int>> coordinates(const Vertices<double>& vert
 }
 
 /// Left, top, right, bottom.
-inline std::vector<int> corners(const BoundingBox<int>& box) {
+template <class T>
+std::vector<T> corners(const BoundingBox<T>& box) {
     if (!box.isValid())
         return {};
     return {box.getVertex1()[0], box.getVertex1()[1], box.getVertex2()[0], box.getVertex2()[1]};

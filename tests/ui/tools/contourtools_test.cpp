@@ -132,7 +132,7 @@ TEST_F(ContourToolsTest, smoothingShowsFidelityAndDescriptorsOfTheSamePreview) {
     ModelItem& contour = addItem(*polygon, *slice, ring(61));
     select(contour);
     const auto filtered = [&](auto by) {
-        Curve<int> curve(makeVertices(ring(61)), false);
+        Curve<double> curve(makeVertices(ring(61)), false);
         const auto told = FourierDescriptors<int>::filter(curve, by);
         return std::make_pair(coordinates(curve), told);
     };
