@@ -210,6 +210,29 @@ TEST_F(ModelItemTest, aSelectionOfAnotherSizeIsRefused) {
     EXPECT_EQ(item.getSelection(), selection);
 }
 
+TEST_F(ModelItemTest, verticesBetweenPixelsAreHitSelectedAndPaintedWhereTheyAre) {
+    ModelItem& item = addItem(polygons, stack.getSlice(0));
+    item.setVertices(makeDecimals({{10.25, 10.5}, {20.75, 10.5}, {20.75, 30.25}}));
+    EXPECT_EQ(corners(item.extent()), (std::vector<double>{10.25, 10.5, 20.75, 30.25}));
+    // The whole pixels around the vertices; an edit tells those before and after it.
+    const std::vector<int> around = corners(item.boundingBox());
+    EXPECT_LE(around[0], 10);
+    EXPECT_LE(around[1], 10);
+    EXPECT_GE(around[2], 21);
+    EXPECT_GE(around[3], 31);
+    item.moveVertex(0, point(5.5, 7.75));
+    EXPECT_LE(corners(item.updateBox())[0], 5);
+    EXPECT_LE(corners(item.updateBox())[1], 7);
+    EXPECT_GE(corners(item.updateBox())[3], 31);
+    item.moveVertex(0, point(10.25, 10.5));
+    EXPECT_EQ(item.findNearestVertex(point(10.5, 10.5), 0.25f), 0);
+    EXPECT_EQ(item.findNearestVertex(point(10.51, 10.5), 0.25f), -1);
+    EXPECT_DOUBLE_EQ(item.distanceTo(point(15.5, 10.75)), 0.25);
+    // Beside the first segment, near its start: a place within less than a pixel of it counts.
+    EXPECT_EQ(item.findInsertion(point(10.5, 10.75), 0.25f), 1);
+    EXPECT_TRUE(item.partiallyContains(item));
+}
+
 TEST_F(ModelItemTest, everyChangeOfTheVerticesIsToldByExtentAndRevision) {
     ModelItem& item = addItem(polygons, stack.getSlice(0));
     std::uint64_t last = item.getRevision();

@@ -128,14 +128,14 @@ TEST_F(SnakeOperationTest, aPictureOf16BitsGivesTheContourOfThatOf8) {
         StackSlice& on = addImage(image);
         const Outcome outcome = SnakeOperation(stack, addCircle(on, 50), config).runOnSlice();
         EXPECT_EQ(outcome.getReason(), "");
-        return verticesOf(on.getItem(on.getNumItems() - 1));
+        return decimals(on.getItem(on.getNumItems() - 1).getVertices());
     };
     Rings picture{.radii = {20, 40, 70}}; // grey values up to 220
-    const Points expected = found(picture.image());
+    const auto expected = found(picture.image());
     picture.depth = 16;
     for (const int factor : {1, 16, 256}) { // 8, 12 and 16 bits of grey
         picture.factor = factor;
-        const Points points = found(picture.image());
+        const auto points = found(picture.image());
         ASSERT_EQ(points.size(), expected.size()) << factor;
         for (std::size_t i = 0; i < points.size(); ++i) {
             EXPECT_NEAR(points[i].first, expected[i].first, 1) << factor;
@@ -160,8 +160,8 @@ TEST_F(SnakeOperationTest, pixelsThatAreNotSquareAndLargeImagesChangeNothing) {
             x += found[i][0] - 300.0;
             y += found[i][1] - 420.0;
         }
-        EXPECT_NEAR(x / found.getNumVertices(), 0, 0.2) << aspect;
-        EXPECT_NEAR(y / found.getNumVertices(), 0, 0.2) << aspect;
+        EXPECT_NEAR(x / found.getNumVertices(), 0, 0.1) << aspect;
+        EXPECT_NEAR(y / found.getNumVertices(), 0, 0.1) << aspect;
     }
 }
 
