@@ -1,4 +1,6 @@
 #include "images/volumes/voxelmatrix.h"
+#include "normalization/boundedkerneldensityestimator.h"
+#include "normalization/boundedpoissondensityestimator.h"
 #include "normalization/histogramdensityestimator.h"
 #include "normalization/kerneldensityestimator.h"
 #include "normalization/poissondensityestimator.h"
@@ -152,8 +154,27 @@ void histogram(benchmark::State& state) {
     run(state, estimator, gridSize);
 }
 
+/// Corrected at the faces: points of each of the patterns, cells along a side.
+template <class Estimator>
+void bounded(benchmark::State& state) {
+    std::vector<Vertices<float>> shapes = patterns(int(state.range(0)));
+    Estimator estimator;
+    addAll(estimator, shapes);
+    run(state, estimator, int(state.range(1)));
+}
+
 } // namespace
 
+BENCHMARK(bounded<BoundedPoissonDensityEstimator<float>>)
+    ->Name("density_bounded_poisson/vorlen")
+    ->Args({2000, gridSize})
+    ->Args({100000, 100})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(bounded<BoundedKernelDensityEstimator<float>>)
+    ->Name("density_bounded_kernel/vorlen")
+    ->Args({2000, gridSize})
+    ->Args({100000, 100})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(poisson)->Name("density_poisson/vorlen")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
 BENCHMARK(poissonReference)->Name("density_poisson/reference")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);
 BENCHMARK(gaussian)->Name("density_gaussian/vorlen")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond);

@@ -8,12 +8,12 @@
 
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
+#include "cli/mapoptions.h"
 #include "cli/stackfile.h"
+#include "images/files/nrrdwriter.h"
+#include "images/filters/parallelwork.h"
 #include "images/volumes/voxelmatrix.h"
-#include "normalization/densitymappingmethod.h"
-#include "normalization/histogramdensityestimator.h"
-#include "normalization/kerneldensityestimator.h"
-#include "normalization/poissondensityestimator.h"
+#include "normalization/densitymapping.h"
 #include "numerics/exception.h"
 #include "reconstruction/marchingcubes.h"
 #include "shapes/boundingbox.h"
@@ -24,8 +24,6 @@
 namespace vorlen {
 
 namespace {
-
-constexpr double maxNodes = 1e9;
 
 /// Where the name stands among those of the option; nothing, and a word about it, for another name.
 std::optional<int> choice(const CommandLine& line, const QString& option, const QStringList& names) {
@@ -52,58 +50,16 @@ std::optional<std::vector<float>> numbers(const CommandLine& line, const QString
 }
 
 struct Job {
-    DensityMappingMethod method = HistogramMethod;
-    DensityKernel kernel = GaussianKernel;
-    float bandwidth = 0;
-    int rank = 1;
+    DensitySettings settings;
     float resolution = 0; ///< 0: a hundredth of the longest side
+    std::optional<LengthUnit> unit;
     std::vector<float> levels, percentiles;
     std::string base; ///< directory and name of the files
     bool overwrite = false;
+    bool gzip = false;
+    bool dryRun = false;
     std::vector<std::unique_ptr<Shape<float>>> patterns, masks;
 };
-
-std::unique_ptr<DensityEstimator<float>> estimatorFor(const Job& job) {
-    if (job.method == PoissonMethod) {
-        auto poisson = std::make_unique<PoissonDensityEstimator<float>>();
-        poisson->setNeighbourRank(job.rank);
-        return poisson;
-    }
-    if (job.method == KernelMethod) {
-        auto kernel = std::make_unique<KernelDensityEstimator<float>>();
-        kernel->setKernel(job.kernel);
-        kernel->setBandwidth(job.bandwidth);
-        return kernel;
-    }
-    return std::make_unique<HistogramDensityEstimator<float>>();
-}
-
-/// The cells of the job's resolution over all patterns. A side without width gets one cell.
-Grid<float> gridFor(const Job& job) {
-    const char* const where = "Grid<float> gridFor(const Job&)";
-    BoundingBox<float> box;
-    for (const auto& pattern : job.patterns)
-        box = box.merge(pattern->boundingBox());
-    const float widest = box.widths().max();
-    if (!std::isfinite(widest))
-        throw ValueError(where, "a point has no finite coordinates");
-    float resolution = job.resolution > 0 ? job.resolution : widest / 100;
-    if (!(resolution > 0))
-        resolution = 1;
-    Vector<float> margins(3);
-    double nodes = 1;
-    for (int a = 0; a < 3; ++a) {
-        margins[a] = box.width(a) > 0 ? 0 : resolution / 2;
-        nodes *= std::max(1.0, std::ceil(double(box.width(a)) / resolution));
-    }
-    if (nodes > maxNodes)
-        throw ValueError(where, "the map would have more than a billion elements; give a coarser --resolution");
-    box.expand(margins);
-    Grid<float> grid;
-    grid.setBoundingBox(box);
-    grid.adjustToResolution(resolution);
-    return grid;
-}
 
 std::string surfaceName(const Job& job, std::size_t k) {
     char number[24];
@@ -111,60 +67,21 @@ std::string surfaceName(const Job& job, std::size_t k) {
     return job.base + number + ".tm";
 }
 
-/// From indices of the volume to coordinates: an element of a histogram stands for the centre of its cell, one of the
-/// other maps for its node, the first and last of which lie on the faces of the box.
-void toCoordinates(TriMesh<float>& surface, const Grid<float>& grid, DensityMappingMethod method) {
-    const BoundingBox<float>& box = grid.getBoundingBox();
-    Vector<float> steps(3), origin(3);
-    for (int a = 0; a < 3; ++a) {
-        const int n = grid.getSize()[a];
-        const bool cells = method == HistogramMethod;
-        steps[a] = cells ? box.width(a) / float(n) : n > 1 ? box.width(a) / float(n - 1) : 0;
-        origin[a] = box.min(a) + (cells ? steps[a] / 2 : 0);
-    }
-    surface.scale(steps);
-    surface.translate(origin);
+std::string triple(const Vector<float>& v) {
+    return "(" + shortNumber(v[0]) + ", " + shortNumber(v[1]) + ", " + shortNumber(v[2]) + ")";
 }
 
-int mapDensity(const Job& job) {
-    // What cannot be written is told before the work.
-    std::vector<std::string> files = {job.base + ".vm"};
-    for (std::size_t k = 0; k < job.levels.size() + job.percentiles.size(); ++k)
-        files.push_back(surfaceName(job, k));
-    for (const std::string& file : files)
-        if (!mayWrite(file, job.overwrite))
-            return ExitFileError;
+void tellGrid(const MapLattice<float>& lattice) {
+    std::cout << "Map of " << lattice.getSize(0) << " x " << lattice.getSize(1) << " x " << lattice.getSize(2)
+              << " elements, the first at " << triple(lattice.origin()) << ", steps of " << triple(lattice.steps())
+              << '\n';
+}
 
-    const Grid<float> grid = gridFor(job);
-    const std::unique_ptr<DensityEstimator<float>> estimator = estimatorFor(job);
-    std::vector<Shape<float>*> patterns, masks;
-    for (const auto& pattern : job.patterns)
-        patterns.push_back(pattern.get());
-    for (const auto& mask : job.masks)
-        masks.push_back(mask.get());
-    estimator->setShapes(patterns);
-    estimator->setMaskShapes(masks);
-
-    VoxelMatrix<float> map;
-    map.setSize(grid.getSize());
-    ConsoleMonitor terminal;
-    estimator->addMonitor(terminal);
-    estimator->compute(map, grid.getBoundingBox());
-    estimator->removeMonitor(terminal);
-    VoxelCalibration calibration;
-    calibration.setVoxelSize(grid.resolutions());
-    map.setVoxelCalibration(calibration);
-    map.save(files.front(), job.overwrite);
-
-    const Vector<float> range = map.range();
-    std::cout << "Map of " << map.getSize1() << " x " << map.getSize2() << " x " << map.getSize3()
-              << " elements, densities from " << shortNumber(range[0]) << " to " << shortNumber(range[1]) << '\n'
-              << files.front() << '\n';
-
-    std::vector<float> levels = job.levels;
-    for (const float percentile : job.percentiles)
-        levels.push_back(estimator->percentile(map, grid, percentile));
+/// Writes the surfaces at the levels; tells of those that there are not.
+int writeSurfaces(const Job& job, const VoxelMatrix<float>& map, const MapLattice<float>& lattice,
+                  const std::vector<float>& levels) {
     int status = ExitGood;
+    ConsoleMonitor terminal;
     MarchingCubes<float> cubes;
     cubes.addMonitor(terminal);
     for (std::size_t k = 0; k < levels.size(); ++k) {
@@ -176,19 +93,72 @@ int mapDensity(const Job& job) {
             status = ExitProblems;
             continue;
         }
-        toCoordinates(surface, grid, job.method);
+        lattice.toCoordinates(surface);
         surface.save(surfaceName(job, k), job.overwrite);
-        std::cout << surfaceName(job, k) << "  level " << shortNumber(levels[k]) << '\n';
+        std::cout << surfaceName(job, k) << "  level " << shortNumber(levels[k]);
+        if (k >= job.levels.size())
+            std::cout << ", percentile " << shortNumber(job.percentiles[k - job.levels.size()]);
+        std::cout << '\n';
     }
+    cubes.removeMonitor(terminal);
     return status;
+}
+
+int mapDensity(const Job& job) {
+    // What cannot be written is told before the work.
+    std::vector<std::string> files = {job.base + ".vm", job.base + ".nrrd"};
+    for (std::size_t k = 0; k < job.levels.size() + job.percentiles.size(); ++k)
+        files.push_back(surfaceName(job, k));
+    for (const std::string& file : files)
+        if (!job.dryRun && !mayWrite(file, job.overwrite))
+            return ExitFileError;
+
+    std::vector<Shape<float>*> patterns, masks;
+    patterns.reserve(job.patterns.size());
+    for (const auto& pattern : job.patterns)
+        patterns.push_back(pattern.get());
+    masks.reserve(job.masks.size());
+    for (const auto& mask : job.masks)
+        masks.push_back(mask.get());
+    DensityMapping mapping(job.settings, patterns, masks);
+    const Grid<float> grid = mapping.grid(job.resolution);
+    const MapLattice<float> lattice = mapping.estimator().lattice(grid.getBoundingBox(), grid.getSize());
+    tellGrid(lattice);
+    std::cout << "Memory: " << shortNumber(std::ceil(mapping.bytes(grid) / (1 << 20))) << " MiB, on "
+              << ParallelWork::getThreads() << " threads\n";
+    if (job.dryRun)
+        return ExitGood;
+
+    VoxelMatrix<float> map;
+    ConsoleMonitor terminal;
+    mapping.estimator().addMonitor(terminal);
+    const DensityReport report = mapping.compute(map, grid);
+    mapping.estimator().removeMonitor(terminal);
+    std::cout << "Densities from " << shortNumber(report.least) << " to " << shortNumber(report.greatest) << '\n';
+    for (const std::string& note : report.notes)
+        std::cout << note << '\n';
+    mapping.calibrate(map, grid, job.unit.value_or(LengthUnit()).getScale());
+    map.save(files[0], job.overwrite);
+    saveNrrd(map, lattice.origin(), lattice.steps(), nrrdUnit(job.unit),
+             job.gzip ? NrrdEncoding::Gzip : NrrdEncoding::Raw, files[1], job.overwrite);
+    std::cout << files[0] << '\n' << files[1] << '\n';
+
+    std::vector<float> levels = job.levels;
+    for (const float percentile : job.percentiles)
+        levels.push_back(mapping.estimator().percentile(map, grid, percentile));
+    return writeSurfaces(job, map, lattice, levels);
 }
 
 /// Fills what the command line tells; false, and a word about it, for a wrong usage.
 bool readJob(const CommandLine& line, Job& job) {
-    const std::optional<int> method = choice(line, "method", {"histogram", "kernel", "poisson"});
+    const std::optional<int> method =
+        choice(line, "method", {"histogram", "kernel", "poisson", "plain-kernel", "plain-poisson"});
     const std::optional<int> kernel =
         method ? choice(line, "kernel", {"gaussian", "uniform", "epanechnikov", "biweight"}) : std::nullopt;
-    const std::optional<double> bandwidth = kernel ? line.number("bandwidth", 1e-6, 1e9) : std::nullopt;
+    const bool given = line.isSet("bandwidth") && line.value("bandwidth") != "auto";
+    const std::optional<double> bandwidth = !kernel ? std::nullopt
+                                            : given ? line.number("bandwidth", 1e-6, 1e9)
+                                                    : std::optional(0.);
     const std::optional<int> rank = bandwidth ? line.integer("rank", 1, 1000000) : std::nullopt;
     const std::optional<double> resolution = rank && line.isSet("resolution") ? line.number("resolution", 1e-6, 1e9)
                                              : rank                           ? std::optional(0.)
@@ -207,10 +177,15 @@ bool readJob(const CommandLine& line, Job& job) {
         line.usageError("--name takes a file name without a directory");
         return false;
     }
-    job.method = DensityMappingMethod(*method);
-    job.kernel = DensityKernel(*kernel);
-    job.bandwidth = float(*bandwidth);
-    job.rank = *rank;
+    if (!readUnit(line, job.unit) || !setThreads(line))
+        return false;
+    job.settings.method = *method == 0 ? HistogramMethod : *method % 2 == 1 ? KernelMethod : PoissonMethod;
+    job.settings.corrected = *method < 3;
+    job.settings.kernel = DensityKernel(*kernel);
+    job.settings.bandwidth = float(*bandwidth);
+    job.settings.neighbourRank = *rank;
+    job.gzip = line.isSet("gzip");
+    job.dryRun = line.isSet("dry-run");
     job.resolution = float(*resolution);
     job.levels = *levels;
     job.percentiles = *percentiles;
@@ -243,11 +218,15 @@ int densityCommand(const QStringList& arguments) {
                      "equal density. Each file is the point pattern of one specimen.",
                      "POINTS.vx...", "Point shapes (.vx, .vs) in one space.");
     line.addOutputOptions();
-    line.addOption({"name"}, "Name of the files: NAME.vm, and NAME-00.tm and so on for the surfaces.", "name",
-                   "density");
+    line.addOption({"name"},
+                   "Name of the files: NAME.vm, the same as NAME.nrrd with its place in space, and NAME-00.tm and so "
+                   "on for the surfaces.",
+                   "name", "density");
     line.addOption({"m", "method"},
                    "histogram: points in each cell; kernel: every point spread over its neighbourhood; "
-                   "poisson: from the distances to the nearest points.",
+                   "poisson: from the distances to the nearest points. These two are corrected at the faces of the box "
+                   "and at masks; plain-kernel and plain-poisson are not, and have the first and the last element on "
+                   "the faces.",
                    "method", "histogram");
     line.addOption({"r", "resolution"},
                    "Size of a cell, in the unit of the points; a hundredth of the longest side by "
@@ -257,8 +236,10 @@ int densityCommand(const QStringList& arguments) {
                    "10");
     line.addOption({"kernel"}, "For kernel: gaussian (by default), uniform, epanechnikov or biweight.", "kernel",
                    "gaussian");
-    line.addOption({"b", "bandwidth"}, "For kernel: its width, in the unit of the points; 10 by default.", "width",
-                   "10");
+    line.addOption({"b", "bandwidth"},
+                   "For kernel: its width, in the unit of the points. By default that of the data "
+                   "for each pattern (normal reference rule); 10 for plain-kernel.",
+                   "width", "auto");
     line.addOption({"mask"}, "A closed surface (.qm) outside of which the density is 0; may be given several times.",
                    "file");
     line.addOption({"level"}, "Write the surface at this density; may be given several times.", "density");
@@ -266,6 +247,11 @@ int densityCommand(const QStringList& arguments) {
                    "Write the surface at the density below which so many percent of the points lie; may "
                    "be given several times, and comes behind the levels.",
                    "percent");
+    line.addOption({"unit"}, "Unit of the points, for the volumes: m, mm, \302\265m (or um), nm.", "unit");
+    line.addFlag("gzip", "Write the NRRD file compressed.");
+    line.addFlag("dry-run", "Only tell the size of the map and the memory that it takes.");
+    line.addOption({"threads"}, "Number of threads; all processors by default. The result is the same for any.",
+                   "number");
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
     Job job;
@@ -285,7 +271,7 @@ int densityCommand(const QStringList& arguments) {
     // A map without one of its patterns would be another map.
     if (status != ExitGood)
         return status;
-    if (!line.outputDirectory())
+    if (!job.dryRun && !line.outputDirectory())
         return ExitFileError;
     return guarded("map the density", [&] { return mapDensity(job); });
 }

@@ -45,9 +45,9 @@ void printHelp() {
 
 /// Whether the word is an option that has its value in the next one.
 bool takesValue(const QString& word) {
-    static const QStringList flags = {"--overwrite",    "--models-only", "--invert", "--open",   "--calibrated",
-                                      "--no-alignment", "--fix",         "--codes",  "--pixels", "--keep-order",
-                                      "--error",        "--help",        "-h"};
+    static const QStringList flags = {"--overwrite",    "--models-only", "--invert",  "--open",   "--calibrated",
+                                      "--no-alignment", "--fix",         "--codes",   "--pixels", "--keep-order",
+                                      "--error",        "--gzip",        "--dry-run", "--help",   "-h"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 

@@ -86,8 +86,7 @@ std::optional<std::string> readFile(const std::string& name, int& error) {
 /// A pipe or a device in place of an image could keep its reader waiting for ever. What is not there is the image
 /// reader's to tell.
 void requireRegularFile(const std::string& name) {
-    struct stat info;
-    if (::stat(name.c_str(), &info) == 0 && !S_ISREG(info.st_mode))
+    if (FileInfo::isSpecial(name))
         throw FileReadError("bool StackReader::read(...)", "Not a regular file", name);
 }
 

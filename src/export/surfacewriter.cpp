@@ -117,25 +117,6 @@ void writeBinaryStl(PieceWriter& writer, const TriMesh<float>& mesh, const Surfa
     }
 }
 
-void writeAsciiStl(PieceWriter& writer, const TriMesh<float>& mesh, const SurfaceDescription& description) {
-    const std::string name = inOneLine(description.name);
-    writer.text("solid ").text(name).text("\n");
-    for (unsigned int i = 0; i < mesh.getNumTriangles(); ++i) {
-        writer.text("  facet normal");
-        for (const float component : normalOf(mesh, i))
-            writer.text(" ").decimal(component);
-        writer.text("\n    outer loop\n");
-        for (int k = 0; k < 3; ++k) {
-            writer.text("      vertex");
-            for (int axis = 0; axis < 3; ++axis)
-                writer.text(" ").decimal(cornerOf(mesh, i, k)[axis]);
-            writer.text("\n");
-        }
-        writer.text("    endloop\n  endfacet\n").handOn();
-    }
-    writer.text("endsolid ").text(name).text("\n");
-}
-
 void writeVertices(PieceWriter& writer, const TriMesh<float>& mesh, std::string_view before, std::string_view behind) {
     for (int i = 0; i < mesh.getNumVertices(); ++i) {
         const Vector<float>& vertex = mesh[i];
@@ -237,7 +218,8 @@ void writeSurface(std::ostream& stream, const TriMesh<float>& mesh, const Surfac
         writeBinaryStl(writer, mesh, description);
         break;
     case SurfaceFormat::StlAscii:
-        writeAsciiStl(writer, mesh, description);
+        writer.flush();
+        mesh.export2AsciiSTL(stream, inOneLine(description.name));
         break;
     case SurfaceFormat::Obj:
         writeObj(writer, mesh, description, materialFile);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "images/filters/linearinterpolation.h"
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
 #include "shapes/boundingbox.h"
@@ -108,6 +107,21 @@ void DensityEstimator<T>::checkSpace(const BoundingBox<T>& box, const char* wher
 }
 
 template <class T>
+MapLattice<T> DensityEstimator<T>::lattice(const BoundingBox<T>& box, const Vector<int>& size) const {
+    return MapLattice<T>(MapLayout::Cells, box, size);
+}
+
+template <class T>
+double DensityEstimator<T>::workBytes(const Vector<int>& /*size*/) const {
+    return 0;
+}
+
+template <class T>
+double DensityEstimator<T>::integral(const VoxelMatrix<T>& matrix, const BoundingBox<T>& box) const {
+    return lattice(box, matrix.getSize()).integral(matrix);
+}
+
+template <class T>
 void DensityEstimator<T>::applyMasks(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) {
     const char* const where = "void DensityEstimator<T>::applyMasks(VoxelMatrix<T>&, const BoundingBox<T>&)";
     checkSpace(box, where);
@@ -124,19 +138,17 @@ void DensityEstimator<T>::applyMasks(VoxelMatrix<T>& matrix, const BoundingBox<T
 
     notifyStarted("Applying masks onto density map");
     const int n1 = matrix.getSize1(), n2 = matrix.getSize2(), n3 = matrix.getSize3();
-    const auto center = [&box](int axis, int i, int n) {
-        return (T(i) + T(0.5)) * box.width(axis) / T(n) + box.min(axis);
-    };
+    const MapLattice<T> places = lattice(box, matrix.getSize());
     Vector<T> p(3);
     for (int i = 0; i < n1; ++i) {
-        p[0] = center(0, i, n1);
+        p[0] = places.position(0, i);
         for (int k = 0; k < n3 && !masks.empty(); ++k) {
-            p[2] = center(2, k, n3);
+            p[2] = places.position(2, k);
             T* const row = matrix[k][i].data();
             for (int j = 0; j < n2; ++j) {
                 if (row[j] == T(0))
                     continue; // nothing to search for
-                p[1] = center(1, j, n2);
+                p[1] = places.position(1, j);
                 for (const Mask& mask : masks) {
                     if (mask.interior.contains(p) != mask.inside) {
                         row[j] = T(0);
@@ -155,12 +167,12 @@ Vector<T> DensityEstimator<T>::percentiles(const VoxelMatrix<T>& matrix, const G
                                            const Vector<float>& values) const {
     const char* const where = "Vector<T> DensityEstimator<T>::percentiles(const VoxelMatrix<T>&, const Grid<T>&, "
                               "const Vector<float>&) const";
-    const Vector<T> steps = grid.resolutions();
+    if (!grid.isValid())
+        throw UsageError(where, "The grid has no valid bounding box and size");
     checkSpace(grid.getBoundingBox(), where);
     if (matrix.getSize() != grid.getSize())
         throw SizeError(where, "The sizes of map and grid differ");
-    std::vector<Vector<T>> centers;
-    grid.centers(centers);
+    const MapLattice<T> places = lattice(grid.getBoundingBox(), grid.getSize());
 
     int numPoints = 0;
     for (const Shape<T>* shape : __shapes)
@@ -168,17 +180,10 @@ Vector<T> DensityEstimator<T>::percentiles(const VoxelMatrix<T>& matrix, const G
     if (numPoints == 0 || matrix.getSize().min() == 0)
         throw SizeError(where, "There is no density at any point");
     Vector<T> densities(static_cast<unsigned int>(numPoints));
-    const LinearInterpolation<T> interpolation;
     int n = 0;
-    for (const Shape<T>* shape : __shapes) {
-        for (ConstVertexIterator<T> it(*shape); it.current(); ++it) {
-            const Vector<T>& v = *it.current();
-            float index[3];
-            for (int a = 0; a < 3; ++a)
-                index[a] = steps[a] > T(0) ? float((v[a] - centers[a][0]) / steps[a]) : 0.0f;
-            densities[n++] = interpolation.eval(index[0], index[1], index[2], matrix);
-        }
-    }
+    for (const Shape<T>* shape : __shapes)
+        for (ConstVertexIterator<T> it(*shape); it.current(); ++it)
+            densities[n++] = places.valueAt(matrix, *it.current());
     densities.sort();
     Vector<T> result(static_cast<unsigned int>(values.getSize()));
     for (int i = 0; i < values.getSize(); ++i)

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "normalization/maplattice.h"
 #include "numerics/vector.h"
 #include "progress/progresssubject.h"
 #include "shapes/masksurface.h"
@@ -23,9 +24,10 @@ class VoxelMatrix;
 /// Tells from point patterns, the vertices of one shape for each specimen, where in space their points concentrate.
 ///
 /// A map is a volume whose index (i, j, k) stands for the coordinates (x, y, z); its size is the caller's. What an
-/// element tells, and for which place, is the matter of each estimator. Shapes and mask surfaces are seen, not owned,
-/// and must outlive the estimator or be removed; the surfaces that setMaskShapes() makes belong to the estimator.
-/// Instantiated for float, double and long double.
+/// element tells is the matter of each estimator, and so is the place that it tells it for: lattice(), which masks,
+/// percentiles and integrals here go by, and which files, surfaces and views should. Shapes and mask surfaces are seen,
+/// not owned, and must outlive the estimator or be removed; the surfaces that setMaskShapes() makes belong to the
+/// estimator. Instantiated for float, double and long double.
 template <class T>
 class DensityEstimator : public virtual ProgressSubject {
 public:
@@ -42,8 +44,15 @@ public:
     /// Fills the map for the box. Throws SizeError, before anything changes, unless box and patterns are of space 3.
     virtual void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) = 0;
 
-    /// Sets to 0 every element that a mask excludes: the elements are taken as the cells that divide the box, and the
-    /// centre of the cell must lie inside of all surfaces whose inside counts, and outside of the others. Monitors hear
+    /// Where the elements of a map of this size over this box lie: the centres of cells, unless an estimator says
+    /// otherwise. Throws SizeError unless the box is of space 3.
+    virtual MapLattice<T> lattice(const BoundingBox<T>& box, const Vector<int>& size) const;
+
+    /// Bytes of memory that compute() takes beside the map, for a map of this size.
+    virtual double workBytes(const Vector<int>& size) const;
+
+    /// Sets to 0 every element that a mask excludes: its place on the lattice must lie inside of all surfaces whose
+    /// inside counts, and outside of the others. Monitors hear
     /// of it, also when there is no mask. The surfaces are prepared for the search once; an element then takes about
     /// O(log n) for n triangles. Throws UsageError for a mask without a mesh, SizeError unless meshes and box are of
     /// space 3.
@@ -63,11 +72,15 @@ public:
     void setMaskShapes(const std::vector<Shape<T>*>& shapes);
 
     /// For each of the values, the density below which so many percent of the points of all patterns lie. The density
-    /// at a point is interpolated between the centres of the grid's cells.
+    /// at a point is that of the lattice over the grid's box, linear between the elements.
     /// Throws SizeError when matrix and grid differ in size, when a pattern is not of space 3 and when there is no
     /// point, UsageError on a grid that is not valid.
     Vector<T> percentiles(const VoxelMatrix<T>& matrix, const Grid<T>& grid, const Vector<float>& values) const;
     T percentile(const VoxelMatrix<T>& matrix, const Grid<T>& grid, float value) const;
+
+    /// Sum of the map's elements times the volumes that they stand for: the mass within the box of a map that is a
+    /// density.
+    double integral(const VoxelMatrix<T>& matrix, const BoundingBox<T>& box) const;
 
 protected:
     /// Throws SizeError unless box and patterns are of space 3.

@@ -255,6 +255,11 @@ void KernelDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBo
     this->applyMasks(matrix, box);
 }
 
+template <class T>
+MapLattice<T> KernelDensityEstimator<T>::lattice(const BoundingBox<T>& box, const Vector<int>& size) const {
+    return MapLattice<T>(MapLayout::Nodes, box, size);
+}
+
 template class KernelDensityEstimator<float>;
 template class KernelDensityEstimator<double>;
 template class KernelDensityEstimator<long double>;

@@ -45,6 +45,9 @@ public:
     /// Replaces the map by the density at the nodes and applies the masks.
     void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) override;
 
+    /// Nodes, the first and last of an axis on the faces of the box.
+    MapLattice<T> lattice(const BoundingBox<T>& box, const Vector<int>& size) const override;
+
 private:
     DensityKernel __kernel = GaussianKernel;
     T __bandwidth = T(10);

@@ -92,6 +92,11 @@ void PoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingB
     this->applyMasks(matrix, box);
 }
 
+template <class T>
+MapLattice<T> PoissonDensityEstimator<T>::lattice(const BoundingBox<T>& box, const Vector<int>& size) const {
+    return MapLattice<T>(MapLayout::Nodes, box, size);
+}
+
 template class PoissonDensityEstimator<float>;
 template class PoissonDensityEstimator<double>;
 template class PoissonDensityEstimator<long double>;

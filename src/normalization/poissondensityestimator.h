@@ -36,6 +36,9 @@ public:
     /// Throws UsageError, and changes nothing, when a pattern has fewer than k points.
     void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) override;
 
+    /// Nodes, the first and last of an axis on the faces of the box.
+    MapLattice<T> lattice(const BoundingBox<T>& box, const Vector<int>& size) const override;
+
 private:
     std::vector<std::unique_ptr<KDTree<T>>> __kdTrees; // in the order of the shapes
     int __neighbourRank = 1;

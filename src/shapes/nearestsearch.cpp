@@ -87,6 +87,30 @@ private:
     D __worst = std::numeric_limits<D>::infinity();
 };
 
+/// The k smallest squared distances so far, ascending, of those up to a bound.
+template <class D>
+class NearestDistances {
+public:
+    NearestDistances(D* squared, int k, D bound) : __squared(squared), __size(k), __bound(bound) {}
+
+    bool takes(D squared) const { return squared <= __bound; }
+    void add(D squared, int /*position*/) {
+        int place = __filled < __size ? __filled++ : __size - 1;
+        for (; place > 0 && __squared[place - 1] > squared; place--)
+            __squared[place] = __squared[place - 1];
+        __squared[place] = squared;
+        if (__filled == __size)
+            __bound = __squared[__size - 1];
+    }
+    D last() const { return __filled == __size ? __squared[__size - 1] : std::numeric_limits<D>::infinity(); }
+
+private:
+    D* __squared;
+    int __size;
+    int __filled = 0;
+    D __bound;
+};
+
 /// Descent from the root towards a point. offsets holds, for each axis, the squared distance from the point to the
 /// cell along this axis: added up in the order in which distances are, their sum is never above the distance of a
 /// point in the cell, rounding included, so that no nearest point is passed over.
@@ -327,6 +351,17 @@ void NearestSearch<T>::nearest(const T* point, int k, int* numbers) const {
     }
     for (int i = 0; i < k; i++)
         numbers[i] = __numbers[std::size_t(numbers[i])];
+}
+
+template <class T>
+typename NearestSearch<T>::Distance NearestSearch<T>::kthSquaredDistance(const T* point, int k,
+                                                                         Distance withinSquared) const {
+    constexpr int insideCapacity = 32;
+    Distance inside[insideCapacity];
+    std::vector<Distance> more(std::size_t(k > insideCapacity ? k : 0));
+    NearestDistances<Distance> found(k > insideCapacity ? more.data() : inside, k, withinSquared);
+    search(found, point);
+    return found.last();
 }
 
 template class NearestSearch<int>;

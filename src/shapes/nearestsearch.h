@@ -47,6 +47,10 @@ public:
     /// 0 and getSize().
     void nearest(const T* point, int k, int* numbers) const;
 
+    /// Squared distance to the k-th nearest point, k from 1 to getSize(). Only points within the square of a distance
+    /// are looked for, which saves time when the caller knows such a bound; infinity when there are fewer than k.
+    Distance kthSquaredDistance(const T* point, int k, Distance withinSquared) const;
+
 private:
     /// The two halves along the axis: the first ends at low, the second begins at high.
     struct Node {

@@ -554,11 +554,15 @@ void TriMesh<T>::write(std::ostream& stream) const {
 
 template <class T>
 void TriMesh<T>::export2AsciiSTL(std::ostream& stream) const {
+    export2AsciiSTL(stream, this->getName());
+}
+
+template <class T>
+void TriMesh<T>::export2AsciiSTL(std::ostream& stream, std::string name) const {
     const char* where = "void TriMesh<T>::export2AsciiSTL(ostream&) const";
     __checkSpace(where);
     __checkTriangles(where);
     // A line end in the name would end the line that the format gives to it.
-    std::string name = this->getName();
     std::replace_if(
         name.begin(), name.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
 

@@ -113,6 +113,8 @@ public:
     /// Writes the mesh as ASCII STL, under its name, with the unit normal of each triangle. Throws FileWriteError when
     /// the stream takes no more.
     void export2AsciiSTL(std::ostream& stream) const;
+    /// The same under this name.
+    void export2AsciiSTL(std::ostream& stream, std::string name) const;
 
 private:
     const std::vector<unsigned int>& __star(unsigned int i, const char* where) const;

@@ -692,24 +692,38 @@ TEST(CommandLine, densityWritesAMapAndItsSurfaces) {
     const TemporaryFolder folder;
     folder.write("p.vx", "# 6\n# 3\n# 4\n0 0 0\n40 0 0\n0 40 0\n0 0 40\n");
     folder.write("q.vx", "# 6\n# 3\n# 2\n20 20 20\n25 20 20\n");
-    const Outcome outcome =
-        cli(folder, "density p.vx q.vx -o out -m kernel --kernel biweight -b 8 -r 1 --percentile 50 "
-                    "--level 1e-4");
+    const Outcome outcome = cli(folder, "density p.vx q.vx -o out -m kernel --kernel biweight -b 8 -r 1 --unit um "
+                                        "--percentile 50 --level 1e-4");
     EXPECT_EQ(outcome.status, 0) << outcome.output;
-    const VoxelMatrix<float> map(folder.file("out/density.vm"));
-    EXPECT_EQ(map.getSize1(), 40);
-    double mass = 0;
-    for (int k = 0; k < 40; ++k)
-        for (int i = 0; i < 40; ++i)
-            for (int j = 0; j < 40; ++j)
-                mass += map(i, j, k);
-    // Of the first pattern's points an eighth or a fourth of the mass lies in the box, the second's are whole. The
-    // nodes are 40/39 apart, and those on a face stand for half a cell.
-    EXPECT_NEAR(mass * std::pow(40. / 39, 3), 0.5 + 0.5 / 4 * (1. / 8 * 4), 0.03);
+    EXPECT_NE(outcome.output.find("Integral: 1 "), std::string::npos) << outcome.output;
+    const auto massOf = [&folder](const char* name) {
+        const VoxelMatrix<float> map(folder.file(name));
+        double mass = 0;
+        for (int k = 0; k < map.getSize3(); ++k)
+            for (int i = 0; i < map.getSize1(); ++i)
+                for (int j = 0; j < map.getSize2(); ++j)
+                    mass += map(i, j, k);
+        const Vector<float> steps = map.getVoxelCalibration().getVoxelSize();
+        return mass * double(steps[0]) * double(steps[1]) * double(steps[2]);
+    };
+    EXPECT_NEAR(massOf("out/density.vm"), 1, 0.01);
+    const std::string nrrd = folder.read("out/density.nrrd");
+    EXPECT_NE(nrrd.find("sizes: 40 40 40\n"), std::string::npos);
+    EXPECT_NE(nrrd.find("space origin: (0.5,0.5,0.5)\n"), std::string::npos);
+    EXPECT_NE(nrrd.find("space units: \"um\" \"um\" \"um\"\n"), std::string::npos);
+    // Plain: of the first pattern's points an eighth or a fourth of the mass lies in the box, the second's are whole.
+    // The nodes are 40/39 apart, as the file tells.
+    EXPECT_EQ(cli(folder, "density p.vx q.vx -o plain -m plain-kernel --kernel biweight -b 8 -r 1").status, 0);
+    EXPECT_NEAR(massOf("plain/density.vm"), 0.5 + 0.5 / 4 * (1. / 8 * 4), 0.03);
+    // What it would take is told, and nothing is written.
+    const Outcome dry = cli(folder, "density p.vx q.vx -o dry -m kernel --dry-run");
+    EXPECT_EQ(dry.status, 0);
+    EXPECT_NE(dry.output.find("Memory: "), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(folder.file("dry/density.vm")));
     for (const char* name : {"out/density-00.tm", "out/density-01.tm"}) {
         const TriMesh<float> surface(folder.file(name));
         const BoundingBox<float> box = surface.boundingBox();
-        EXPECT_GT(surface.getNumTriangles(), 100) << name;
+        EXPECT_GT(surface.getNumTriangles(), 20) << name;
         EXPECT_GE(box.getVertex1().min(), 0) << name;
         EXPECT_LE(box.getVertex2().max(), 40.0001) << name;
         EXPECT_TRUE(box.contains(surface.cog())) << name;
@@ -798,6 +812,10 @@ TEST_F(CommandLineTest, renderRefusesWithoutADisplayWhatCannotBeDrawn) {
     EXPECT_TRUE(contains(blind, "xvfb-run")) << blind.output;
     // The program itself needs nothing of windows. (The library of image features brings libGLX along.)
     EXPECT_EQ(shell(sample->path(), std::string("ldd ") + VORLEN_CLI + " | grep -c -e Qt6Gui -e Qt6OpenGL").output,
+              "0\n");
+    EXPECT_EQ(shell(sample->path(),
+                    std::string("objdump -p ") + VORLEN_CLI + " | grep NEEDED | grep -c -e Qt6Gui -e libGL -e libX11")
+                  .output,
               "0\n");
 }
 

@@ -64,7 +64,21 @@ Image ellipse(double x, double y, double level = 200) {
 
 } // namespace
 
-class ImageValuesTest : public OperationTest {};
+class ImageValuesTest : public OperationTest {
+protected:
+    /// A slice at the end of the stack that shows this image, written to a file whose name begins so.
+    StackSlice& append(VRLStack& own, const Image& image, const std::string& beginning) {
+        const std::string path = folder.file(beginning + std::to_string(own.getNumSlices()) + ".tif");
+        ImageWriter().write(image, path, true);
+        ImageSourceFile source;
+        source.setFilename(path);
+        auto* const added = new StackSlice;
+        added->setName(path);
+        added->setImageSource(source);
+        own.addSlice(added);
+        return *added;
+    }
+};
 
 // The same picture in bytes, in words of 12 and of 16 bits, and in real numbers.
 TEST_F(ImageValuesTest, toolsFindTheSameWhateverTheBits) {
@@ -78,24 +92,17 @@ TEST_F(ImageValuesTest, toolsFindTheSameWhateverTheBits) {
     for (const auto& [image, darkImage] : images) {
         VRLStack own;
         Model& model = addModel(own, "m");
-        const std::string path = folder.file("tool.tif");
-        ImageWriter().write(image, path, true);
-        ImageSourceFile source;
-        source.setFilename(path);
-        auto* const added = new StackSlice;
-        added->setName("s");
-        added->setImageSource(source);
-        own.addSlice(added);
+        StackSlice& added = append(own, image, "tool");
         SnakeConfig config;
         config.setAlpha(1);
         config.setGradThreshold(7);
         config.setRegMax(2.5f);
         config.setRegMin(1.25f);
         config.setDistance(50);
-        ModelItem& start = addItem(model, *added, {{25, 45}, {60, 22}, {95, 45}, {95, 55}, {60, 78}, {25, 55}});
+        ModelItem& start = addItem(model, added, {{25, 45}, {60, 22}, {95, 45}, {95, 55}, {60, 78}, {25, 55}});
         ASSERT_EQ(SnakeOperation(own, start, config).runOnSlice().getReason(), "");
-        ASSERT_EQ(added->getNumItems(), 2);
-        snakes.push_back(decimals(added->getItem(1).getVertices()));
+        ASSERT_EQ(added.getNumItems(), 2);
+        snakes.push_back(decimals(added.getItem(1).getVertices()));
         // The box lies over the left edge of the dark ellipse.
         Vector<int> low(2), high(2);
         low[0] = 10, low[1] = 40, high[0] = 60, high[1] = 60;
@@ -116,16 +123,8 @@ TEST_F(ImageValuesTest, toolsFindTheSameWhateverTheBits) {
 TEST_F(ImageValuesTest, registrationGoesByValuesInWordsAndThroughPalettes) {
     const auto registered = [this](const Image& first, const Image& second, bool inverted) {
         VRLStack own;
-        for (const Image* image : {&first, &second}) {
-            const std::string path = folder.file("r" + std::to_string(own.getNumSlices()) + ".tif");
-            ImageWriter().write(*image, path, true);
-            ImageSourceFile source;
-            source.setFilename(path);
-            auto* const added = new StackSlice;
-            added->setName(path);
-            added->setImageSource(source);
-            own.addSlice(added);
-        }
+        for (const Image* image : {&first, &second})
+            append(own, *image, "r");
         ProgressSubject progress;
         AlignmentOptions options;
         options.method = AlignmentMethod::PrincipalAxes;
@@ -161,16 +160,8 @@ TEST_F(ImageValuesTest, oneScaleHoldsForAllSlicesAndIsKeptInTheFile) {
     reinterpret_cast<unsigned short*>(faint.getPixels()[3])[4] = 1000;
     reinterpret_cast<unsigned short*>(strong.getPixels()[3])[4] = 1000;
     VRLStack own;
-    for (const Image* image : {&faint, &strong}) {
-        const std::string path = folder.file("v" + std::to_string(own.getNumSlices()) + ".tif");
-        ImageWriter().write(*image, path, true);
-        ImageSourceFile source;
-        source.setFilename(path);
-        auto* const added = new StackSlice;
-        added->setName(path);
-        added->setImageSource(source);
-        own.addSlice(added);
-    }
+    for (const Image* image : {&faint, &strong})
+        append(own, *image, "v");
     const VoxelMatrix<int> values = own.toVoxelMatrix<int>(GrayContent);
     EXPECT_EQ(values(3, 4, 0), 1000);
     EXPECT_EQ(values(3, 4, 1), 1000);

@@ -3,6 +3,7 @@
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
 #include "support/imagebytes.h"
+#include "support/jpeg2000bytes.h"
 #include "support/temporaryfolder.h"
 #include "support/tiffmaker.h"
 
@@ -221,6 +222,49 @@ void addTiff(std::vector<FormatLine>& lines) {
     lines.push_back(pages);
 }
 
+void addJpeg2000(std::vector<FormatLine>& lines) {
+    const auto add = [&lines](const std::string& kind, const Jpeg2000Maker& maker, const std::string& values,
+                              const std::function<double(int, int, int)>& coded,
+                              std::vector<std::function<double(int, int)>> channels) {
+        lines.push_back(
+            {"JPEG 2000", kind,
+             [=](const std::string& f) { maker.write(f, [=](int i, int j, int k) { return int(coded(i, j, k)); }); },
+             values, std::move(channels), 0, maker.pixelsPerMetre > 0 ? "meter" : "",
+             maker.pixelsPerMetre > 0 ? 1e6 / maker.pixelsPerMetre : 0});
+    };
+    const auto plain = [](int i, int j, int k) { return double(ramp(i, j, k)); };
+    Jpeg2000Maker maker;
+    maker.pixelsPerMetre = 100000;
+    add("grey", maker, "uint8", plain, {value(same)});
+    maker.pixelsPerMetre = 0;
+    maker.bits = 12;
+    maker.bare = true;
+    const auto twelve = [](double number) { return 40 * number; };
+    add("grey, bare codestream", maker, "uint12", [=](int i, int j, int) { return twelve(ramp(i, j)); },
+        {value(twelve)});
+    maker.bits = 16;
+    maker.bare = false;
+    maker.isSigned = true;
+    const auto words = [](double number) { return 300 * (number - 50); };
+    add("grey", maker, "int16", [=](int i, int j, int) { return words(ramp(i, j)); }, {value(words)});
+    maker = {};
+    maker.samples = 2;
+    maker.opacity = true;
+    add("grey, opacity", maker, "uint8", plain, {value(same), value(same, 1)});
+    maker = {};
+    maker.samples = 3;
+    maker.space = OPJ_CLRSPC_SRGB;
+    add("red, green, blue", maker, "uint8", plain, {value(same), value(same, 1), value(same, 2)});
+    maker.space = OPJ_CLRSPC_SYCC;
+    maker.halved = 1;
+    add("brightness, halved differences", maker, "uint8",
+        [](int i, int j, int k) { return k == 0   ? 60 + ramp(i, j)
+                                         : k == 1 ? 118.0
+                                                  : 148.0; },
+        {value([](double n) { return n + 60 + 28; }), value([](double n) { return n + 60 - 11; }),
+         value([](double n) { return n + 60 - 18; })});
+}
+
 void addOthers(std::vector<FormatLine>& lines) {
     using namespace ImageBytes;
     const auto greyRows = [](int bits) {
@@ -297,6 +341,7 @@ void addOthers(std::vector<FormatLine>& lines) {
                      "uint8",
                      {value(same), value(same), value(same)},
                      3});
+    addJpeg2000(lines);
     for (const int bits : {8, 24, 32}) {
         std::string rows; // from below
         for (int i = formatHeight - 1; i >= 0; --i)

@@ -180,6 +180,7 @@ TEST(TiffPicture, everyCodecOfLibtiffIsDecoded) {
                                {COMPRESSION_ZSTD, 16, 1, 0},
                                {COMPRESSION_LERC, 16, 1, 0},
                                {COMPRESSION_WEBP, 8, 3, 40},
+                               {COMPRESSION_JBIG, 1, 1, 0},
                                {COMPRESSION_JPEG, 8, 1, 30},
                                {COMPRESSION_CCITTFAX3, 1, 1, 0},
                                {COMPRESSION_CCITTFAX4, 1, 1, 0},
@@ -187,6 +188,8 @@ TEST(TiffPicture, everyCodecOfLibtiffIsDecoded) {
         if (!TIFFIsCODECConfigured(std::uint16_t(codec.compression)))
             continue;
         for (const int tile : {0, 16}) {
+            if (tile > 0 && codec.compression == COMPRESSION_JBIG)
+                continue; // libtiff itself writes each such tile as large as the image
             TiffMaker maker;
             maker.width = 32;
             maker.height = 32;

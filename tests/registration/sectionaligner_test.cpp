@@ -29,10 +29,10 @@ void change(SectionImage& section, const std::function<float(int, int, float)>& 
             section.grey[i][j] = made(i, j, section.grey[i][j]);
 }
 
-/// Within a tenth of a pixel and a fortieth of a degree, which is less than a tenth of a pixel at the border.
+/// Within a tenth of a pixel and a hundredth of a degree.
 void expectMotion(const SectionMatch& match, const RigidMotion& motion, double pixel, const char* what) {
     EXPECT_TRUE(match.found) << what;
-    EXPECT_NEAR(std::remainder(match.motion.angle - motion.angle, 360 * degree) / degree, 0, 0.025) << what;
+    EXPECT_NEAR(std::remainder(match.motion.angle - motion.angle, 360 * degree) / degree, 0, 0.01) << what;
     EXPECT_NEAR(match.motion.x, motion.x, 0.1 * pixel) << what;
     EXPECT_NEAR(match.motion.y, motion.y, 0.1 * pixel) << what;
 }

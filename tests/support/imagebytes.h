@@ -13,7 +13,7 @@
 
 namespace vorlen {
 
-/// Image files in memory, as the formats' own libraries or their specifications have them, for readers to be tried on.
+/// Image files in memory, as the formats' own libraries or their descriptions have them, for readers to be tried on.
 namespace ImageBytes {
 
 /// A number with its bytes in this order.

@@ -6,14 +6,13 @@
 #include <filesystem>
 #include <limits>
 
-#include <sys/stat.h>
-
 #include "document/model.h"
 #include "document/modelitem.h"
 #include "document/pose.h"
 #include "document/stack.h"
 #include "editing/actions/stackstate.h"
 #include "editing/journal/journalbytes.h"
+#include "files/fileinfo.h"
 #include "images/files/imagesourcekinds.h"
 #include "images/files/imagesourceplaceholder.h"
 #include "numerics/exception.h"
@@ -180,8 +179,7 @@ void put(ByteWriter& bytes, const ImageStatement& statement) {
 void requireRegularFiles(const ImageStatement& statement) {
     for (const ImageStatement::Argument& argument : statement.arguments) {
         const auto* file = std::get_if<std::string>(&argument);
-        struct stat info;
-        if (file != nullptr && ::stat(file->c_str(), &info) == 0 && !S_ISREG(info.st_mode))
+        if (file != nullptr && FileInfo::isSpecial(*file))
             throw FileReadError("partstates::makeImage(...)", "Not a regular file", *file);
     }
 }

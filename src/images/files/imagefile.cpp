@@ -8,6 +8,7 @@
 #include "files/fileinfo.h"
 #include "images/files/bmpimagefile.h"
 #include "images/files/imgimagefile.h"
+#include "images/files/jpeg2000imagefile.h"
 #include "images/files/jpegimagefile.h"
 #include "images/files/mrcimagefile.h"
 #include "images/files/niftiimagefile.h"
@@ -56,6 +57,8 @@ std::unique_ptr<ImageFile> ImageFile::open(const std::string& filename) {
         return std::make_unique<PngImageFile>(filename);
     if (magic.startsWith("\xff\xd8\xff", 3))
         return std::make_unique<JpegImageFile>(filename);
+    if (magic.startsWith("\0\0\0\x0cjP  \r\n\x87\n", 12) || magic.startsWith("\xff\x4f\xff\x51", 4))
+        return std::make_unique<Jpeg2000ImageFile>(filename);
     if (magic.startsWith("BM", 2) && magic.startsWith("\0\0\0\0", 4, 6))
         return std::make_unique<BmpImageFile>(filename);
     if (magic.startsWith("NRRD000", 7))

@@ -16,8 +16,8 @@ QString patternOf(const QString& suffix) {
 
 QStringList imageNameFilters() {
     QStringList patterns;
-    for (const char* suffix : {"tif", "tiff", "btf", "tf2", "tf8", "img", "png", "bmp", "jpg", "jpeg", "nrrd", "nhdr",
-                               "nii", "nii.gz", "mrc", "map", "rec", "st", "vm"})
+    for (const char* suffix : {"tif", "tiff", "btf",  "tf2", "tf8",    "img", "png", "bmp", "jpg", "jpeg", "jp2",
+                               "j2k", "nrrd", "nhdr", "nii", "nii.gz", "mrc", "map", "rec", "st",  "vm"})
         patterns += patternOf(suffix);
     return {"Images (" + patterns.join(' ') + ")", "All files (*)"};
 }

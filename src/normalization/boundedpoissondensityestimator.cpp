@@ -1,0 +1,214 @@
+#include "normalization/boundedpoissondensityestimator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+
+#include "images/filters/parallelwork.h"
+#include "images/volumes/voxelmatrix.h"
+#include "normalization/clippedball.h"
+#include "normalization/mapdomain.h"
+#include "numerics/exception.h"
+#include "shapes/nearestsearch.h"
+#include "shapes/shape.h"
+
+namespace vorlen {
+
+namespace {
+
+constexpr double mostCellsOfABall = 16; // above them not every row is looked at
+
+/// Cells of the domain before each column of each row.
+template <class T>
+class MaskedShare {
+public:
+    MaskedShare(const MapLattice<T>& lattice, const std::vector<unsigned char>& inside)
+        : __rows(lattice.getSize(0)), __columns(lattice.getSize(1)), __planes(lattice.getSize(2)) {
+        for (int a = 0; a < 3; ++a)
+            __step[a] = lattice.extent(a, 0);
+        __before.reserve(inside.size() + std::size_t(__rows) * std::size_t(__planes));
+        for (std::size_t first = 0; first < inside.size(); first += std::size_t(__columns)) {
+            int sum = 0;
+            for (std::size_t j = 0; j < std::size_t(__columns); ++j) {
+                __before.push_back(sum);
+                sum += inside[first + j];
+            }
+            __before.push_back(sum);
+        }
+    }
+
+    /// Share of the cells within the radius of a cell of the domain that belong to the domain.
+    double of(int i, int j, int k, double radius) const {
+        const int planes = cells(radius, 2, __planes), rows = cells(radius, 0, __rows);
+        const int planeStride = strideOf(planes), rowStride = strideOf(rows);
+        long long all = 0, within = 0;
+        for (int dk = -planes / planeStride * planeStride; dk <= planes; dk += planeStride) {
+            if (k + dk < 0 || k + dk >= __planes)
+                continue;
+            const double rest = radius * radius - dk * dk * __step[2] * __step[2];
+            for (int di = -rows / rowStride * rowStride; di <= rows; di += rowStride) {
+                const double square = rest - di * di * __step[0] * __step[0];
+                if (square < 0 || i + di < 0 || i + di >= __rows)
+                    continue;
+                const int half = cells(std::sqrt(square), 1, __columns);
+                const int first = std::max(0, j - half), last = std::min(__columns - 1, j + half);
+                const int* const row =
+                    __before.data() +
+                    (std::size_t(k + dk) * std::size_t(__rows) + std::size_t(i + di)) * (std::size_t(__columns) + 1);
+                all += last + 1 - first;
+                within += row[last + 1] - row[first];
+            }
+        }
+        return double(within) / double(all);
+    }
+
+private:
+    int cells(double length, int axis, int most) const {
+        const double count = length / __step[axis];
+        return count < most ? int(count) : most;
+    }
+    static int strideOf(int cells) { return std::max(1, int(std::ceil(cells / mostCellsOfABall))); }
+
+    int __rows, __columns, __planes;
+    double __step[3];
+    std::vector<int> __before;
+};
+
+struct Sums {
+    double density = 0;
+    double distance = 0;
+    long long cells = 0;
+};
+
+/// All that the rows of a map need.
+template <class T>
+struct Searches {
+    std::vector<NearestSearch<T>> trees;
+    int rank;
+    const MapLattice<T>& lattice;
+    BoundingBox<T> box;
+    const std::vector<unsigned char>& inside;
+    std::unique_ptr<MaskedShare<T>> share;
+
+    Sums fillRow(int i, int k, T* row) const;
+};
+
+template <class T>
+Sums Searches<T>::fillRow(int i, int k, T* row) const {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const double step = lattice.extent(1, 0);
+    const int columns = lattice.getSize(1);
+    const std::size_t first =
+        (std::size_t(k) * std::size_t(lattice.getSize(0)) + std::size_t(i)) * std::size_t(columns);
+    const double numerator = double(rank) * double(trees.size()) - 1;
+    std::vector<double> reached(trees.size(), infinity); // at the cell before
+    double below[3], above[3];
+    T x[3] = {lattice.position(0, i), 0, lattice.position(2, k)};
+    Sums sums;
+    for (int j = 0; j < columns; ++j) {
+        row[j] = T(0);
+        if (!inside.empty() && !inside[first + std::size_t(j)]) {
+            std::fill(reached.begin(), reached.end(), infinity);
+            continue;
+        }
+        x[1] = lattice.position(1, j);
+        for (int a = 0; a < 3; ++a) {
+            below[a] = std::max(0., double(x[a]) - double(box.min(a)));
+            above[a] = std::max(0., double(box.max(a)) - double(x[a]));
+            if (lattice.getSize(a) == 1 && !(below[a] + above[a] > 0))
+                below[a] = above[a] = 0.5; // a box without width counts as 1 wide
+        }
+        double volumes = 0;
+        for (std::size_t t = 0; t < trees.size(); ++t) {
+            // The points within reach of the cell before are within this.
+            const double bound = (reached[t] + step) * 1.0001;
+            T square = trees[t].kthSquaredDistance(x, rank, T(bound * bound));
+            if (!std::isfinite(square))
+                square = trees[t].kthSquaredDistance(x, rank, std::numeric_limits<T>::infinity());
+            const double distance = reached[t] = std::sqrt(double(square));
+            const double volume = clippedBallVolume(below, above, distance);
+            volumes += share ? volume * share->of(i, j, k, distance) : volume;
+            sums.distance += distance;
+        }
+        row[j] = numerator > 0 ? T(numerator / volumes) : T(0);
+        sums.density += double(row[j]);
+        ++sums.cells;
+    }
+    return sums;
+}
+
+} // namespace
+
+template <class T>
+void BoundedPoissonDensityEstimator<T>::setNeighbourRank(int rank) {
+    if (rank < 1)
+        throw ValueError("void BoundedPoissonDensityEstimator<T>::setNeighbourRank(int)",
+                         "The rank must be at least 1");
+    __neighbourRank = rank;
+}
+
+template <class T>
+double BoundedPoissonDensityEstimator<T>::workBytes(const Vector<int>& size) const {
+    double bytes = this->getMaskSurfaces().empty() ? 0 : 5. * size[0] * size[1] * size[2];
+    for (const Shape<T>* shape : this->getShapes())
+        bytes += double(shape->getNumVertices()) * (6 * sizeof(T) + 8);
+    return bytes;
+}
+
+template <class T>
+void BoundedPoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) {
+    const char* const where = "void BoundedPoissonDensityEstimator<T>::compute(VoxelMatrix<T>&, const BoundingBox<T>&)";
+    this->checkSpace(box, where);
+    const MapLattice<T> lattice = this->lattice(box, matrix.getSize());
+    const int rows = lattice.getSize(0), planes = lattice.getSize(2);
+    this->notifyStarted("Poisson density estimation");
+    ParallelWork work(*this, std::max(1ULL, static_cast<unsigned long long>(planes)));
+    const MapDomain<T> domain(box, lattice, this->getMaskSurfaces(), work);
+    Searches<T> searches{{}, __neighbourRank, lattice, box, domain.inside(), nullptr};
+    searches.box.rectify();
+    searches.trees.reserve(this->getShapes().size());
+    double numPoints = 0;
+    for (const Shape<T>* shape : this->getShapes()) {
+        const std::vector<T> points = domain.pointsOf(*shape);
+        if (points.size() / 3 < std::size_t(__neighbourRank) && !this->isCanceled()) {
+            this->notifyFinished("");
+            throw UsageError(where, "A point pattern has fewer points than the neighbour rank");
+        }
+        searches.trees.emplace_back(points.data(), int(points.size() / 3), 3);
+        numPoints += double(points.size() / 3);
+    }
+    if (domain.isMasked())
+        searches.share = std::make_unique<MaskedShare<T>>(lattice, domain.inside());
+    matrix.setZeros();
+    Sums total;
+    if (!searches.trees.empty() && matrix.getSize().min() > 0 && !this->isCanceled()) {
+        std::vector<Sums> sums(std::size_t(rows) * std::size_t(planes));
+        work.run(rows * planes, static_cast<unsigned long long>(planes), [&](int number, int /*worker*/) {
+            const int i = number % rows, k = number / rows;
+            sums[std::size_t(number)] = searches.fillRow(i, k, matrix[k][i].data());
+        });
+        for (const Sums& each : sums) {
+            total.density += each.density;
+            total.distance += each.distance;
+            total.cells += each.cells;
+        }
+    }
+    if (this->isCanceled()) {
+        matrix.setZeros();
+        return this->notifyCanceled("");
+    }
+    const double trees = double(searches.trees.size());
+    const double volume = lattice.extent(0, 0) * lattice.extent(1, 0) * lattice.extent(2, 0);
+    __meanNumPoints = trees > 0 ? numPoints / trees : 0;
+    __meanDistance = total.cells > 0 ? total.distance / (double(total.cells) * trees) : 0;
+    __integralBefore = total.density * volume;
+    if (__integralBefore > 0 && std::isfinite(__integralBefore))
+        matrix *= T(__meanNumPoints / __integralBefore);
+    this->notifyFinished("");
+}
+
+template class BoundedPoissonDensityEstimator<float>;
+template class BoundedPoissonDensityEstimator<double>;
+
+} // namespace vorlen
