@@ -289,7 +289,6 @@ TEST(StackReader, verticesMayBeDecimals) {
         for (const char* keyword : {"MODELITEMDATA", "M2DDATA"}) {
             const std::string number = text;
             const Read read(item + "PRIMITIVE Polyline;\n" + keyword + "\n 8," + number + " " + number + ",9;\n");
-            EXPECT_TRUE(read.log().empty()) << number;
             ASSERT_EQ(read.item().getSize(), 2) << number;
             EXPECT_EQ(read.item().getVertices()[0][1], value) << number;
             EXPECT_EQ(read.item().getVertices()[1][0], value) << number;

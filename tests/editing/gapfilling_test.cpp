@@ -33,8 +33,8 @@ protected:
         SectionParts parts(0);
         for (int i = 0; i < stack.getSlice(rank).getNumItems(); ++i) {
             std::vector<PlanePoint> outline;
-            for (const auto& [x, y] : verticesOf(stack.getSlice(rank).getItem(i)))
-                outline.push_back({double(x), double(y)});
+            for (const auto& [x, y] : decimals(stack.getSlice(rank).getItem(i).getVertices()))
+                outline.push_back({x, y});
             parts.add(std::move(outline));
         }
         parts.build();

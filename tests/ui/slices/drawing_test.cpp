@@ -264,7 +264,7 @@ TEST_F(DrawingTest, aClickTakesTheNearestAndTheNextOnesWhenRepeated) {
     // The tolerance counts on the screen.
     action("Cancel")->trigger();
     canvas->setZoomFactor(4);
-    const auto onScreen = [&](int x, int y) { return mediator->getToolHost().canvasPosition(point(x, y)).toPoint(); };
+    const auto onScreen = [&](int x, int y) { return mediator->getToolHost().canvasPosition(pixel(x, y)).toPoint(); };
     canvas->setViewOrigin(QPoint(60, 60));
     click(onScreen(75, 104));
     EXPECT_EQ(selected(), none);
