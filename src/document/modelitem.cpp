@@ -507,8 +507,8 @@ bool ModelItem::partiallyContains(const ModelItem& other) const {
     return false;
 }
 
-bool ModelItem::pointNearSegment(const Vector<double>& a, const Vector<double>& b, const Vector<double>& point, float tolerance,
-                                 bool includeEnds) {
+bool ModelItem::pointNearSegment(const Vector<double>& a, const Vector<double>& b, const Vector<double>& point,
+                                 float tolerance, bool includeEnds) {
     const double dx = b[0] - a[0];
     const double dy = b[1] - a[1];
     const double qx = point[0] - a[0];

@@ -153,8 +153,8 @@ public:
 
     /// True when the point lies within the tolerance of the segment from a to b, beside it; with includeEnds also when
     /// it lies within the tolerance of a or b. All comparisons are inclusive.
-    static bool pointNearSegment(const Vector<double>& a, const Vector<double>& b, const Vector<double>& point, float tolerance,
-                                 bool includeEnds);
+    static bool pointNearSegment(const Vector<double>& a, const Vector<double>& b, const Vector<double>& point,
+                                 float tolerance, bool includeEnds);
 
 private:
     friend class ModelItemOwner;

@@ -127,8 +127,8 @@ double toCoordinate(std::string_view text) {
         const std::from_chars_result found = std::from_chars(at, end, value);
         if (found.ec == std::errc::result_out_of_range) { // next to 0 or beyond all limits
             const std::string_view number(at, static_cast<std::size_t>(found.ptr - at));
-            const bool tiny = number.find_first_of("123456789") > number.find('.') || number.find("e-") < number.size() ||
-                              number.find("E-") < number.size();
+            const bool tiny = number.find_first_of("123456789") > number.find('.') ||
+                              number.find("e-") < number.size() || number.find("E-") < number.size();
             value = tiny ? 0 : HUGE_VAL;
         }
     }

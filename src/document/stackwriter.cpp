@@ -48,8 +48,8 @@ void appendReal(std::string& text, Real value) {
 /// digits.
 constexpr std::size_t longestNumber = 352;
 
-/// In the fewest digits that read back as the same, without an exponent; a whole number without point, as readers of old
-/// expect. The end of what was written.
+/// In the fewest digits that read back as the same, without an exponent; a whole number without point, as readers of
+/// old expect. The end of what was written.
 char* writePixels(char* at, char* end, double value) {
     const bool whole = std::trunc(value) == value && std::abs(value) <= INT_MAX;
     return whole ? std::to_chars(at, end, static_cast<int>(value)).ptr

@@ -13,8 +13,8 @@ namespace vorlen {
 
 namespace {
 
-// Long double holds the products of all differences of whole coordinates exactly. Decimals are rounded to what their type
-// holds, and so are no farther from the line than that.
+// Long double holds the products of all differences of whole coordinates exactly. Decimals are rounded to what their
+// type holds, and so are no farther from the line than that.
 template <class T>
 bool inLine(const Vector<T>& p, const Vector<T>& q, const Vector<T>& r) {
     using Exact = long double;
@@ -27,7 +27,8 @@ bool inLine(const Vector<T>& p, const Vector<T>& q, const Vector<T>& r) {
     for (const Vector<T>* point : {&p, &q, &r})
         largest = std::max({largest, std::abs(Exact((*point)[0])), std::abs(Exact((*point)[1]))});
     const Exact rounding = std::numeric_limits<T>::epsilon() * largest;
-    return std::abs(product) <= rounding * (std::abs(firstX) + std::abs(firstY) + std::abs(secondX) + std::abs(secondY));
+    return std::abs(product) <=
+           rounding * (std::abs(firstX) + std::abs(firstY) + std::abs(secondX) + std::abs(secondY));
 }
 
 } // namespace

@@ -280,11 +280,25 @@ TEST(StackReader, verticesAreLeadingNumbersWithinTheRangeOfInt) {
 
 // One pass over the usual form, and the general way for all others: every spelling of a number means the same in both.
 TEST(StackReader, verticesMayBeDecimals) {
-    const std::pair<const char*, double> spellings[] = {{"1.5", 1.5},     {"-0.125", -0.125}, {"+2.75", 2.75}, {"7.", 7},
-                                                        {".5", 0.5},      {"-.25", -0.25},    {"1e2", 100},    {"2.5e-1", 0.25},
-                                                        {"1e400", 2147483647}, {"-1e400", -2147483648.0}, {"1e-400", 0},
-                                                        {"0.1", 0.1},     {"1.5.5", 1.5},     {"nan", 0},      {"inf", 0},
-                                                        {"-inf", 0},      {"+-3", 0},         {"0x10", 0},     {"1.25x", 1.25}};
+    const std::pair<const char*, double> spellings[] = {{"1.5", 1.5},
+                                                        {"-0.125", -0.125},
+                                                        {"+2.75", 2.75},
+                                                        {"7.", 7},
+                                                        {".5", 0.5},
+                                                        {"-.25", -0.25},
+                                                        {"1e2", 100},
+                                                        {"2.5e-1", 0.25},
+                                                        {"1e400", 2147483647},
+                                                        {"-1e400", -2147483648.0},
+                                                        {"1e-400", 0},
+                                                        {"0.1", 0.1},
+                                                        {"1.5.5", 1.5},
+                                                        {"nan", 0},
+                                                        {"inf", 0},
+                                                        {"-inf", 0},
+                                                        {"+-3", 0},
+                                                        {"0x10", 0},
+                                                        {"1.25x", 1.25}};
     for (const auto& [text, value] : spellings)
         for (const char* keyword : {"MODELITEMDATA", "M2DDATA"}) {
             const std::string number = text;
@@ -299,8 +313,9 @@ TEST(StackReader, verticesMayBeDecimals) {
 // The usual spelling of an outline is read in one pass, the old one in the general way: both give the same.
 TEST(StackReader, outlinesOfAllFormsReadAlikeInBothSpellings) {
     std::mt19937 random(5);
-    const std::string pieces[] = {" ",  "\n", " .5,2.75", "1.", " 1,2", " -3,4", "5,6", " +7,8", ",",       ";",    "x",  " 1234567890,1",
-                                  "\t", "#",  " # ",  "9",     "\n ", " 0,0",  " 10,-20", " ;\n", ";\n"};
+    const std::string pieces[] = {" ",     "\n", " .5,2.75", "1.",   " 1,2",          " -3,4", "5,6",
+                                  " +7,8", ",",  ";",        "x",    " 1234567890,1", "\t",    "#",
+                                  " # ",   "9",  "\n ",      " 0,0", " 10,-20",       " ;\n",  ";\n"};
     for (int round = 0; round < 3000; ++round) {
         std::string body;
         for (int n = static_cast<int>(random() % 12); n > 0; --n)

@@ -49,9 +49,7 @@ Vertices<double> smoothed(const Vertices<double>& contour, Filter&& filter) {
 
 /// The vertex that is farthest from the first.
 int farthest(const Curve<double>& curve) {
-    const auto distance = [&](int k) {
-        return std::hypot(curve[k][0] - curve[0][0], curve[k][1] - curve[0][1]);
-    };
+    const auto distance = [&](int k) { return std::hypot(curve[k][0] - curve[0][0], curve[k][1] - curve[0][1]); };
     int best = 0;
     for (int k = 1; k < curve.getSize(); ++k)
         if (distance(k) > distance(best))
@@ -120,9 +118,8 @@ Outcome decimateContour(VRLStack& stack, ModelItem& item, int tolerance) {
 
 SmoothedContour smoothedContour(const Vertices<double>& contour, int numDescriptors) {
     float fidelity = 0;
-    const Vertices<double> vertices = smoothed(contour, [&](Curve<double>& curve) {
-        fidelity = FourierDescriptors<double>::filter(curve, numDescriptors);
-    });
+    const Vertices<double> vertices = smoothed(
+        contour, [&](Curve<double>& curve) { fidelity = FourierDescriptors<double>::filter(curve, numDescriptors); });
     return {vertices, numDescriptors, fidelity};
 }
 

@@ -9,8 +9,8 @@ class ModelItem;
 class VRLStack;
 
 /// Edits that give a contour other vertices, each one step of the stack's history. What each would make of a contour
-/// can be had beforehand, as for a preview. Vertices are pixels (column, row) of the slice and decimals of them; what is
-/// computed is rounded to thousandths (subpixel()). A result of fewer than three vertices is refused.
+/// can be had beforehand, as for a preview. Vertices are pixels (column, row) of the slice and decimals of them; what
+/// is computed is rounded to thousandths (subpixel()). A result of fewer than three vertices is refused.
 
 /// Gives the item these vertices.
 Outcome changeVertices(VRLStack& stack, ModelItem& item, const Vertices<double>& vertices);

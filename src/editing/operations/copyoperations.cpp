@@ -19,8 +19,8 @@ namespace vorlen {
 namespace {
 
 /// The vertices, moved from one slice of the reconstruction to another; none when they have no place there.
-std::optional<Vertices<double>> carried(const Vertices<double>& vertices, const StackReconstruction<double>& space, int from,
-                                     int to) {
+std::optional<Vertices<double>> carried(const Vertices<double>& vertices, const StackReconstruction<double>& space,
+                                        int from, int to) {
     constexpr double largest = std::numeric_limits<int>::max() / 2.0;
     Vertices<double> result = vertices;
     result.detach();

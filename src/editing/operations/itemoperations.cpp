@@ -50,7 +50,8 @@ std::string tooFewVerticesToCreate(const ModelItem& item) {
                               : "There are no points to add.";
 }
 
-Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<double>& vertices, bool dropInLine) {
+Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<double>& vertices,
+                   bool dropInLine) {
     auto item = std::make_unique<ModelItem>();
     item->setModel(&model);
     item->setSlice(&slice);

@@ -29,8 +29,8 @@ public:
 
     int getThreshold() const { return __threshold; }
 
-    /// Vertices (column, row) of the outline that is found, rounded to thousandths (subpixel()) and decimated on the way
-    /// as the tolerance of levelLine() says.
+    /// Vertices (column, row) of the outline that is found, rounded to thousandths (subpixel()) and decimated on the
+    /// way as the tolerance of levelLine() says.
     Curve<double> follow(int decimation) const;
 
 private:

@@ -27,7 +27,8 @@ struct Node {
 
 class Splitter {
 public:
-    Splitter(const Curve<double>& contour, const Curve<double>& line) : __contour(contour), __line{at(line, 0), at(line, 1)} {
+    Splitter(const Curve<double>& contour, const Curve<double>& line)
+        : __contour(contour), __line{at(line, 0), at(line, 1)} {
         makeRing();
         cut();
     }

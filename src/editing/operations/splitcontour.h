@@ -14,9 +14,9 @@ class VRLStack;
 ///
 /// The line cuts wherever it enters the contour and leaves it again, however often; a part of it that ends within cuts
 /// nothing. The cuts are made along the line itself: where it meets an edge, both pieces get a vertex there, rounded to
-/// thousandths (subpixel()). A vertex on the line is a crossing where the contour changes sides there, and none where it only
-/// touches the line. Together the pieces enclose what the contour did, to that rounding, and turn as it does; the first
-/// begins where it does. One piece alone when the line cuts nothing.
+/// thousandths (subpixel()). A vertex on the line is a crossing where the contour changes sides there, and none where
+/// it only touches the line. Together the pieces enclose what the contour did, to that rounding, and turn as it does;
+/// the first begins where it does. One piece alone when the line cuts nothing.
 std::vector<Curve<double>> splitPieces(const Curve<double>& contour, const Curve<double>& line);
 
 /// Whether the line enters the contour and leaves it again.

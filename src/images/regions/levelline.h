@@ -11,8 +11,8 @@ namespace vorlen {
 /// Vertices are (column, row), whole numbers being the middles of pixels. Each lies between a pixel of the region and a
 /// neighbour in its row or column that is not, where the straight line between both values reaches the level; what
 /// touches by corners alone belongs together, and the last pixel of the image, where the region goes on to it, is where
-/// the line ends. So a blurred edge is met to a small fraction of a pixel, and an edge of two values, half between them,
-/// where the pixels meet. A region of one pixel gives its middle alone.
+/// the line ends. So a blurred edge is met to a small fraction of a pixel, and an edge of two values, half between
+/// them, where the pixels meet. A region of one pixel gives its middle alone.
 ///
 /// Vertices go that span, with the last one kept and all that went since, at most the tolerance, twice an area in
 /// squared pixels; at 0 those in line with their neighbours.

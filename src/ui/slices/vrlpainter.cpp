@@ -89,8 +89,8 @@ void VRLPainter::drawItem(const ModelItem& item) {
     polygon.reserve(item.getSize());
     for (int i = 0; i < item.getSize(); ++i) {
         const Vector<double>& vertex = item.getVertices()[i];
-        polygon.append(
-            QPoint(__converter.xToModel(int(std::lround(vertex[0]))), __converter.yToModel(int(std::lround(vertex[1])))));
+        polygon.append(QPoint(__converter.xToModel(int(std::lround(vertex[0]))),
+                              __converter.yToModel(int(std::lround(vertex[1])))));
     }
 
     save();

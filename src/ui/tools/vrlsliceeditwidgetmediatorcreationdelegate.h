@@ -71,7 +71,7 @@ private:
 
     std::unique_ptr<ModelItem> __item;
     std::optional<Vertices<double>> __resumed; // as the drawing was when it came back
-    bool __menuPending = false;             // the context menu of the press that ended a drawing
+    bool __menuPending = false;                // the context menu of the press that ended a drawing
 };
 
 } // namespace vorlen

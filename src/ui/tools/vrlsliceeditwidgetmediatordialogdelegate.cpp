@@ -72,7 +72,8 @@ bool VRLSliceEditWidgetMediatorDialogDelegate::isAbout(const Model& model) const
     return __item != nullptr && __item->getModel() == &model;
 }
 
-void VRLSliceEditWidgetMediatorDialogDelegate::preview(const std::function<Vertices<double>()>& compute, bool selected) {
+void VRLSliceEditWidgetMediatorDialogDelegate::preview(const std::function<Vertices<double>()>& compute,
+                                                       bool selected) {
     if (!isActive())
         return;
     try {
