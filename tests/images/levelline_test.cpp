@@ -1,5 +1,6 @@
 #include "images/regions/levelline.h"
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <string>
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "numerics/exception.h"
+#include "shapes/curve.h"
 
 namespace vorlen {
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "numerics/exception.h"
+#include "shapes/curve.h"
 
 namespace vorlen {
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "images/rasters/pixelmatrix.h"
-#include "shapes/curve.h"
 
 namespace vorlen {
+
+template <class T>
+class Curve;
 
 /// The closed line, between the pixels, along which values pass a level: of the region of values below it that holds
 /// the start, the border that the start lies at.
