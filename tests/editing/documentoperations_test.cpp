@@ -166,6 +166,7 @@ std::vector<Case> cases() {
              change.calibration = squarePixels(2);
              change.calibrationSlices = {&slice(s, 3)};
              change.absoluteImagesPath = true;
+             change.greyScale = GreyScale{100, 3000, 4095};
              return changeStack(s, change);
          },
          {"stackName", "stackSliceSpacing", "stackImageCalibration", "sliceImageCalibration", "stackImageCalibration",
@@ -302,9 +303,10 @@ TEST(DocumentOperations, areRefusedWithAReasonAndWithoutATrace) {
     unnamed.name = "";
     both.spacing = both.position = 1.0f;
     bent.registration = Registration(0, 0, std::nanf(""));
-    StackChange flat, stackUnnamed, foreignSlice;
+    StackChange flat, stackUnnamed, foreignSlice, upsideDown;
     flat.calibration = squarePixels(0);
     stackUnnamed.name = "";
+    upsideDown.greyScale = GreyScale{300, 200, 255};
     foreignSlice.spacing = 1.0f;
     foreignSlice.spacingSlices = {&other.getSlice(0)};
     ModelChange shared;
@@ -327,6 +329,7 @@ TEST(DocumentOperations, areRefusedWithAReasonAndWithoutATrace) {
         {changeSlice(*stack, slice(*stack, 1), spacing(-1)), "The slice spacing must be above zero"},
         {changeSlice(*stack, slice(*stack, 1), bent), "The angle of the registration is no number"},
         {changeStack(*stack, stackUnnamed), "The stack name is empty"},
+        {changeStack(*stack, upsideDown), "The value shown as black must lie below the one shown as white"},
         {changeStack(*stack, flat), "The size of a pixel must be above zero"},
         {changeStack(*stack, foreignSlice), "The slice is not in this stack"},
         {setRegistrations(*stack, {{}}), "There must be one registration for each slice"},

@@ -33,19 +33,24 @@ Vector<int> SliceToolHost::imagePoint(const QPoint& position) const {
     return __mediator.getCanvas().convertToVectori(position);
 }
 
-// To hundredths: finer than a hand at any zoom, and short in a file. A position stands for the middle of the canvas's
-// pixel.
-Vector<double> SliceToolHost::exactImagePoint(const QPointF& position) const {
+// A position stands for the middle of the canvas's pixel.
+QPointF SliceToolHost::exactImagePoint(const QPointF& position) const {
+    const VRLSliceEditWidgetCanvas& canvas = __mediator.getCanvas();
+    const double middle = 0.5 / canvas.devicePixelRatioF();
+    return canvas.convertToImagePoint(position + QPointF(middle, middle)) - QPointF(0.5, 0.5);
+}
+
+// To hundredths: finer than a hand at any zoom, and short in a file.
+Vector<double> SliceToolHost::vertexAt(const QPointF& position) const {
     constexpr double parts = 100;
     const VRLSliceEditWidgetCanvas& canvas = __mediator.getCanvas();
     Vector<double> point = imagePoint(position.toPoint()).toType<double>();
-    const double middle = 0.5 / canvas.devicePixelRatioF();
-    const QPointF place = canvas.convertToImagePoint(position + QPointF(middle, middle));
+    const QPointF place = exactImagePoint(position);
     const auto zoom = double(canvas.getZoomFactor());
     if (zoom * double(canvas.betaWidth()) > 1)
-        point[0] = std::round((place.x() - 0.5) * parts) / parts;
+        point[0] = std::round(place.x() * parts) / parts;
     if (zoom * double(canvas.betaHeight()) > 1)
-        point[1] = std::round((place.y() - 0.5) * parts) / parts;
+        point[1] = std::round(place.y() * parts) / parts;
     return point;
 }
 
@@ -54,11 +59,11 @@ bool SliceToolHost::isOnImage(const Vector<int>& pixel) const {
     return !proxy.isEmpty() && QRect(QPoint(0, 0), proxy.getOriginalImageSize()).contains(pixel[0], pixel[1]);
 }
 
-QPointF SliceToolHost::canvasPosition(const Vector<int>& pixel) const {
+QPointF SliceToolHost::canvasPosition(const Vector<double>& place) const {
     const VRLSliceEditWidgetCanvas& canvas = __mediator.getCanvas();
     const auto scale = double(canvas.getZoomFactor());
-    return {(pixel[0] - canvas.getViewOrigin().x() + 0.5) * scale * double(canvas.betaWidth()),
-            (pixel[1] - canvas.getViewOrigin().y() + 0.5) * scale * double(canvas.betaHeight())};
+    return {(place[0] - canvas.getViewOrigin().x() + 0.5) * scale * double(canvas.betaWidth()),
+            (place[1] - canvas.getViewOrigin().y() + 0.5) * scale * double(canvas.betaHeight())};
 }
 
 float SliceToolHost::zoom() const {
@@ -71,6 +76,10 @@ void SliceToolHost::setPreview(ModelItem* item) {
 
 void SliceToolHost::setRubberLine(const QLine* line) {
     __mediator.getCanvas().setRubberLine(line);
+}
+
+void SliceToolHost::setNote(const CanvasNote* note) {
+    __mediator.getCanvas().setNote(note);
 }
 
 void SliceToolHost::setHint(const QString& text) {
@@ -92,6 +101,22 @@ void SliceToolHost::requestLock(bool on) {
 
 void SliceToolHost::selectionChanged() {
     __mediator.updateSelection();
+}
+
+ModelViews& SliceToolHost::modelViews() const {
+    return __mediator.modelViews();
+}
+
+void SliceToolHost::begin(const char* command, const Model& model, QEvent& input) {
+    __mediator.begin(command, model, input);
+}
+
+bool SliceToolHost::isChosen(const char* command) const {
+    return __mediator.getChosenTool() == command;
+}
+
+void SliceToolHost::leaveTool() {
+    __mediator.chooseSelection();
 }
 
 QAction& SliceToolHost::cancelCommand() const {

@@ -95,8 +95,8 @@ Vector<int> VRLSliceEditWidgetMediatorDelegate::imagePoint(const QPoint& positio
     return __host.imagePoint(position);
 }
 
-Vector<double> VRLSliceEditWidgetMediatorDelegate::exactImagePoint(const QPointF& position) const {
-    return __host.exactImagePoint(position);
+Vector<double> VRLSliceEditWidgetMediatorDelegate::vertexAt(const QPointF& position) const {
+    return __host.vertexAt(position);
 }
 
 bool VRLSliceEditWidgetMediatorDelegate::isOnImage(const Vector<int>& point) const {

@@ -190,7 +190,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::releaseDrag() {
 
 void VRLSliceEditWidgetMediatorEditionDelegate::mousePressEvent(QMouseEvent* event) {
     if (acts() && event->buttons() == Qt::LeftButton) {
-        const Vector<double> point = exactImagePoint(event->position());
+        const Vector<double> point = vertexAt(event->position());
         event->accept();
         if (__mode == MoveMode)
             startMove(point);
@@ -207,7 +207,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::mouseMoveEvent(QMouseEvent* even
     if (isActive() && !(event->buttons() & Qt::LeftButton))
         finishMove(); // the release went elsewhere
     if (acts() && event->buttons() == Qt::LeftButton) {
-        const Vector<double> point = exactImagePoint(event->position());
+        const Vector<double> point = vertexAt(event->position());
         event->accept();
         if (__mode == MoveMode)
             moveTo(point);

@@ -264,7 +264,7 @@ TEST_F(DrawingTest, aClickTakesTheNearestAndTheNextOnesWhenRepeated) {
     // The tolerance counts on the screen.
     action("Cancel")->trigger();
     canvas->setZoomFactor(4);
-    const auto onScreen = [&](int x, int y) { return mediator->getToolHost().canvasPosition(pixel(x, y)).toPoint(); };
+    const auto onScreen = [&](int x, int y) { return mediator->getToolHost().canvasPosition(point(x, y)).toPoint(); };
     canvas->setViewOrigin(QPoint(60, 60));
     click(onScreen(75, 104));
     EXPECT_EQ(selected(), none);
@@ -517,7 +517,7 @@ TEST_F(DrawingTest, theEditionHasAMenuAndAToolWindowOfItsOwn) {
     QTimer::singleShot(0, [&] {
         if (auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
             for (const QAction* each : menu->actions())
-                texts << each->text();
+                texts << each->text().remove('&');
             menu->actions()[1]->trigger();
             menu->close();
         }
