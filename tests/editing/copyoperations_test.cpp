@@ -111,7 +111,7 @@ TEST_F(CopyOperationsTest, whatWasCopiedIsPastedWhereItLiesInSpace) {
     EXPECT_NEAR(before[0], after[0], 0.51);
     EXPECT_NEAR(before[1], after[1], 0.51);
     EXPECT_NE(decimals(to.getItem(0).getVertices()), decimals(makeVertices(outline))); // for it is shifted
-    to.getPixelCalibration().setPixelWidth(0);     // without a size, at the same pixels
+    to.getPixelCalibration().setPixelWidth(0); // without a size, at the same pixels
     ASSERT_TRUE(pasteItems(stack, to, copied));
     EXPECT_EQ(verticesOf(to.getItem(2)), outline);
 }

@@ -77,9 +77,9 @@ private:
     bool keep();
 
     std::unique_ptr<ModelItem> __item;
-    bool __stroke = false;                  // the button is held, and vertices came since
+    bool __stroke = false;                     // the button is held, and vertices came since
     std::optional<Vertices<double>> __resumed; // as the drawing was when it came back
-    bool __menuPending = false;             // the context menu of the press that ended a drawing
+    bool __menuPending = false;                // the context menu of the press that ended a drawing
 };
 
 } // namespace vorlen
