@@ -16,15 +16,18 @@
 
 #include <gtest/gtest.h>
 
+#include "document/modelitem.h"
 #include "document/stack.h"
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
+#include "images/files/imagereader.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
 #include "images/volumes/voxelmatrix.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/curvestack.h"
 #include "shapes/trimesh.h"
+#include "shapes/vertices.h"
 #include "support/temporaryfolder.h"
 
 namespace vorlen {
@@ -875,17 +878,19 @@ TEST_F(CommandLineTest, renderDrawsTheSceneWholeOrInAPose) {
         const QColor color = picture.pixelColor(x, y);
         return color.saturation() > 40 && (color.hue() < 195 || color.hue() > 215); // unlike ground and frame
     };
-    int top = 240, bottom = 0;
+    int top = 240, bottom = 0, left = 400, right = 0;
     for (int y = 0; y < 240; ++y)
         for (int x = 0; x < 400; ++x)
             if (isSurface(x, y)) {
                 EXPECT_TRUE(x > 0 && x < 399) << y;
                 top = std::min(top, y);
                 bottom = y;
+                left = std::min(left, x);
+                right = std::max(right, x);
             }
     EXPECT_GT(top, 0);
     EXPECT_LT(bottom, 239);
-    EXPECT_GT(bottom - top, 200);
+    EXPECT_TRUE(bottom - top > 200 || right - left > 340) << bottom - top << ' ' << right - left;
 
     EXPECT_EQ(render(*sample, "--pose Front sample.sdf front.png --size 400x240").status, 0);
     EXPECT_NE(pictureOf(*sample, "front.png"), picture);

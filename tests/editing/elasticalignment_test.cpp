@@ -4,9 +4,13 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <memory>
 
 #include <gtest/gtest.h>
 
+#include "document/model.h"
+#include "document/modelitem.h"
 #include "document/stackslice.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
@@ -16,6 +20,7 @@
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
 #include "progress/progresssubject.h"
+#include "shapes/vertices.h"
 #include "support/stackfolder.h"
 #include "support/tissue.h"
 

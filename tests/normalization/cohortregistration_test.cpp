@@ -60,7 +60,7 @@ TEST(CohortRegistration, bringsSpecimensTogetherHoweverTheyWereCut) {
         bool otherEnd, incomplete;
         double asymmetry, tilt, turn;
     };
-    int seed = 1;
+    int seed = 2;
     for (const Case& kind : {Case{true, true, 0.06, 25, 180}, Case{false, false, 0.03, 6, 10}}) {
         CohortRecipe recipe = smallRecipe();
         recipe.otherEnd = kind.otherEnd;

@@ -8,6 +8,7 @@
 #include <memory>
 #include <sstream>
 
+#include "document/modelitem.h"
 #include "document/stack.h"
 #include "document/stackslice.h"
 #include "document/subpixel.h"
@@ -20,6 +21,7 @@
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
 #include "progress/progresssubject.h"
+#include "shapes/vertices.h"
 
 namespace vorlen {
 

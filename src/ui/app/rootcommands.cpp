@@ -89,7 +89,7 @@ std::vector<CommandInfo> processAndAnalyzeCommands() {
         {.id = "stack.findSpots",
          .text = "Find spots",
          .tip = "Look for bright spots in the images of the stack, in space, and make models of them"},
-        {.id = "stacks.normalize", .text = "Normalize", .tip = "Bring several stacks into one frame", .planned = true},
+        {.id = "stacks.normalize", .text = "Normalize", .tip = "Bring several stacks into one space and average them"},
         {.id = "models.filter",
          .text = "Filter models...",
          .tip = "Remove from models what lies outside of a reference model"},

@@ -44,6 +44,7 @@
 #include "ui/exchange/vrlmodelexchangedialog.h"
 #include "ui/exchange/vrlmodelfilterdialog.h"
 #include "ui/files/vrlstackio.h"
+#include "ui/fusion/vrlfusionwindow.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
@@ -138,7 +139,10 @@ void VRLRootMediator::bindProcessCommands() {
     __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
     __commands.bind("models.transfer", [this] { runStackModelExchangeDialog(); }).enableWhen(severalStacks);
     __commands.bind("stack.findSpots", [this] { runSpotExtraction(); }).enableWhen(stack);
-    __commands.command("stacks.normalize").enableWhen(severalStacks);
+    __commands.bind("stacks.normalize", [] {
+        auto window = std::make_unique<VRLFusionWindow>();
+        window.release()->show(); // deletes itself when it is closed
+    }).enableWhen(severalStacks);
     __commands.bind("models.filter", [this] { runModelFilterDialog(); }).enableWhen(stack);
     __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
     __commands.bind("stacks.spotDistances", [this] { runOmbrelAction1(); });

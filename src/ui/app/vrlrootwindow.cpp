@@ -31,6 +31,7 @@
 #include "ui/commands/mnemonics.h"
 #include "ui/commands/shortcutsdialog.h"
 #include "ui/files/vrlstackio.h"
+#include "ui/fusion/fusioncommands.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/panorama/vrlpanorama.h"
 #include "ui/registration/registrationcommands.h"
@@ -247,6 +248,7 @@ void VRLRootWindow::showShortcuts() {
         dialog->addSheet(registrationCommands());
         dialog->addSheet(renderingCommands());
         dialog->addSheet(analysisCommands());
+        dialog->addSheet(fusionCommands());
     }
     dialog->show();
     dialog->raise();

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <functional>
 
-#include <QHeaderView>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>

@@ -230,8 +230,6 @@ TEST_F(VRLRootWindowTest, commandsFollowTheState) {
     stack.setModified(true);
     EXPECT_TRUE(enabled("stack.save"));
     EXPECT_TRUE(window->isWindowModified());
-    // A command whose part of the program is still to come.
-    EXPECT_FALSE(enabled("stacks.normalize"));
     stack.setModified(false);
     trigger("stack.close");
     EXPECT_EQ(mediator().currentStack(), nullptr);

@@ -35,6 +35,7 @@
 #include "ui/scenes/vrlrenderingtoolbar.h"
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/viewer/viewerposepanel.h"
+#include "ui/viewer/vrlcreatevideodialog.h"
 
 namespace vorlen {
 
@@ -410,7 +411,14 @@ TEST_F(VRLRenderingWindowTest, snapshotsAreSavedFromMenuAndToolbar) {
     mediator().setStandardPose2();
     buttons[0]->click();
     EXPECT_EQ(window->getCanvas().getPose().getYRotation(), 0);
-    EXPECT_FALSE(buttons[2]->isEnabled() || buttons[3]->isEnabled());
+    buttons[2]->click();
+    EXPECT_TRUE(mediator().randomMotion().isActive());
+    command("motion.spinning").trigger();
+    EXPECT_FALSE(mediator().randomMotion().isActive());
+    command("motion.spinning").trigger();
+    buttons[3]->click();
+    ASSERT_NE(mediator().video().getDialog(), nullptr);
+    EXPECT_TRUE(mediator().video().getDialog()->isVisible());
 }
 
 TEST_F(VRLRenderingWindowTest, movesThroughTheOpenStacksAndKeepsItsPose) {

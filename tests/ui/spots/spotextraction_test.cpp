@@ -1,14 +1,21 @@
+#include <deque>
+#include <functional>
+
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
+#include <QProgressDialog>
 #include <QSettings>
 #include <QSlider>
 #include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -20,7 +27,6 @@
 #include "images/rasters/image.h"
 #include "support/dialogdriver.h"
 #include "support/documentmaker.h"
-#include "support/modalscript.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/spots/spotpreview.h"
 #include "ui/spots/vrlspotextractionconfigdialog.h"
@@ -33,6 +39,41 @@
 namespace vorlen {
 
 namespace {
+
+/// Plays the user in front of dialogs, each step on the next one; those of progress come and go by themselves.
+class User {
+public:
+    using Step = std::function<void(QDialog&)>;
+
+    explicit User(std::deque<Step> steps) : __steps(std::move(steps)) {
+        QObject::connect(&__timer, &QTimer::timeout, [this] { look(); });
+        __timer.start(5);
+    }
+    ~User() { EXPECT_TRUE(__steps.empty()) << __steps.size() << " dialogs did not appear"; }
+
+private:
+    void look() {
+        auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr || dialog == __handled || qobject_cast<QProgressDialog*>(dialog) != nullptr)
+            return;
+        __handled = dialog;
+        if (__steps.empty()) {
+            ADD_FAILURE() << "unexpected dialog: " << dialog->windowTitle().toStdString();
+            return dialog->reject();
+        }
+        const Step step = std::move(__steps.front());
+        __steps.pop_front();
+        QTimer::singleShot(0, dialog, [step, dialog] {
+            if (const QString folder = qEnvironmentVariable("VORLEN_PICTURES"); !folder.isEmpty())
+                dialog->grab().save(folder + "/" + dialog->windowTitle() + ".png");
+            step(*dialog);
+        });
+    }
+
+    std::deque<Step> __steps;
+    QTimer __timer;
+    QPointer<QDialog> __handled;
+};
 
 struct Ball {
     int row, column, plane, radius;
@@ -84,8 +125,7 @@ protected:
 } // namespace
 
 TEST_F(SpotExtractionTest, spotsArePreviewedCountedChosenAndAddedInOneStep) {
-    ModalScript user;
-    user.then([](QWidget& dialog) {
+    const auto settings = [](QDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Find spots");
         EXPECT_TRUE(control<QLabel>(dialog, "Memory").text().startsWith("60 x 40 x 12 voxels: the run takes about "));
         for (auto* group : dialog.findChildren<QGroupBox*>())
@@ -95,19 +135,19 @@ TEST_F(SpotExtractionTest, spotsArePreviewedCountedChosenAndAddedInOneStep) {
         EXPECT_FALSE(button(dialog, "&Run").isEnabled());
         control<QLineEdit>(dialog, "Basename").setText("cell");
         button(dialog, "&Run").click();
-    });
-    user.then([this](QWidget& dialog) {
+    };
+    const auto threshold = [this](QDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Spot extraction");
-        auto& threshold = control<VRLDecimalBox>(dialog, "Threshold");
+        auto& value = control<VRLDecimalBox>(dialog, "Threshold");
         auto& rule = control<QComboBox>(dialog, "Proposal");
         EXPECT_EQ(rule.currentText(), "Isodata");
-        EXPECT_GT(threshold.value(), 28);
-        EXPECT_LT(threshold.value(), 150);
+        EXPECT_GT(value.value(), 28);
+        EXPECT_LT(value.value(), 150);
         // The told rule: the counts of the ground rise at its first grey value.
         rule.setCurrentIndex(0);
         emit rule.activated(0);
-        EXPECT_EQ(threshold.value(), 20);
-        threshold.setValue(100);
+        EXPECT_EQ(value.value(), 20);
+        value.setValue(100);
         ASSERT_NE(canvas.getExtraItem(), nullptr);
         // Disks of radius 4 and 3 through two balls, which share a pixel, and one of 7 square pixels.
         EXPECT_EQ(canvas.getExtraItem()->getVertices().getNumVertices(), 49 + 29 - 1 + 21);
@@ -134,13 +174,13 @@ TEST_F(SpotExtractionTest, spotsArePreviewedCountedChosenAndAddedInOneStep) {
             if (box->text() == "Leave out spots at the border")
                 box->setChecked(true);
         button(dialog, "&OK").click(); // while they are being counted
-    });
+    };
+    const User user({settings, threshold});
     process.run(stack);
     EXPECT_EQ(process.getNumSpots(), 2);
     ASSERT_EQ(stack.getNumModels(), 2);
     EXPECT_EQ(stack.getModel(0).getName(), "cell000");
     EXPECT_EQ(canvas.getExtraItem(), nullptr);
-    EXPECT_FALSE(user.seen.empty());
     stack.history()->undo();
     EXPECT_EQ(stack.getNumModels(), 0);
     EXPECT_FALSE(stack.history()->isUndoable());
@@ -149,17 +189,15 @@ TEST_F(SpotExtractionTest, spotsArePreviewedCountedChosenAndAddedInOneStep) {
 
 TEST_F(SpotExtractionTest, eachExitBeforeTheModelsLeavesTheStack) {
     {
-        ModalScript user;
-        user.thenClick("Cancel");
+        const User user({[](QDialog& dialog) { button(dialog, "&Cancel").click(); }});
         process.run(stack);
     }
     {
-        ModalScript user;
-        user.then([](QWidget& dialog) {
-            EXPECT_EQ(control<QLineEdit>(dialog, "Basename").text(), "spot");
-            button(dialog, "&Run").click();
-        });
-        user.thenClick("Cancel");
+        const User user({[](QDialog& dialog) {
+                             EXPECT_EQ(control<QLineEdit>(dialog, "Basename").text(), "spot");
+                             button(dialog, "&Run").click();
+                         },
+                         [](QDialog& dialog) { button(dialog, "&Cancel").click(); }});
         process.run(stack);
         EXPECT_EQ(canvas.getExtraItem(), nullptr);
     }
