@@ -139,10 +139,13 @@ void VRLRootMediator::bindProcessCommands() {
     __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
     __commands.bind("models.transfer", [this] { runStackModelExchangeDialog(); }).enableWhen(severalStacks);
     __commands.bind("stack.findSpots", [this] { runSpotExtraction(); }).enableWhen(stack);
-    __commands.bind("stacks.normalize", [] {
-        auto window = std::make_unique<VRLFusionWindow>();
-        window.release()->show(); // deletes itself when it is closed
-    }).enableWhen(severalStacks);
+    __commands
+        .bind("stacks.normalize",
+              [] {
+                  auto window = std::make_unique<VRLFusionWindow>();
+                  window.release()->show(); // deletes itself when it is closed
+              })
+        .enableWhen(severalStacks);
     __commands.bind("models.filter", [this] { runModelFilterDialog(); }).enableWhen(stack);
     __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
     __commands.bind("stacks.spotDistances", [this] { runOmbrelAction1(); });

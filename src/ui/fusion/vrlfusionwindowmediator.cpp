@@ -261,10 +261,9 @@ void VRLFusionWindowMediator::fusionComplete() {
         return;
     endRun();
     for (const ShapeSet<float>* set : __fusion->getShapeSets()) {
-        for (int k = 0; k < set->getSize(); ++k) {
+        for (int k = 0; k < set->getSize(); ++k)
             if ((*set)[k] != nullptr && (*set)[k]->getSize() > 0)
                 addShape(*(*set)[k], set->getName(), __properties[{set->getName(), (*set)[k]->getName()}]);
-        }
     }
     const ShapeSet<float>& mean = *__fusion->getMeanShapeSet();
     for (int k = 0; k < mean.getSize(); ++k)
