@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <fstream>
 #include <iostream>
@@ -25,6 +26,7 @@
 #include "reconstruction/marchingcubes.h"
 #include "shapes/trimesh.h"
 
+#include <QCryptographicHash>
 #include <QFile>
 
 namespace vorlen {
@@ -62,11 +64,12 @@ void writeText(const std::string& file, const std::string& text) {
     std::cout << file << '\n';
 }
 
-std::string place(const MapLattice<float>& lattice, std::size_t number) {
+/// Where the place of this number lies.
+std::array<double, 3> placeOf(const MapLattice<float>& lattice, std::size_t number) {
     const auto rows = std::size_t(lattice.getSize(0)), columns = std::size_t(lattice.getSize(1));
-    const int i = int(number / columns % rows), j = int(number % columns), k = int(number / (columns * rows));
-    return shortNumber(double(lattice.position(0, i))) + ", " + shortNumber(double(lattice.position(1, j))) + ", " +
-           shortNumber(double(lattice.position(2, k)));
+    return {double(lattice.position(0, int(number / columns % rows))),
+            double(lattice.position(1, int(number % columns))),
+            double(lattice.position(2, int(number / (columns * rows))))};
 }
 
 /// What the run found, into files and on the standard output.
@@ -122,9 +125,10 @@ private:
                   << " places; the least p is " << shortNumber(__result.least) << '\n';
         for (std::size_t c = 0; c < std::min<std::size_t>(10, __result.clusters.size()); ++c) {
             const Cluster& cluster = __result.clusters[c];
+            const auto [x, y, z] = placeOf(*__values.lattice, cluster.peakPlace);
             std::cout << "Cluster of " << cluster.numPlaces << " places, mass " << shortNumber(cluster.mass)
-                      << ", peak " << shortNumber(double(cluster.peak)) << " at ("
-                      << place(*__values.lattice, cluster.peakPlace) << "), p = " << shortNumber(cluster.p) << '\n';
+                      << ", peak " << shortNumber(double(cluster.peak)) << " at (" << shortNumber(x) << ", "
+                      << shortNumber(y) << ", " << shortNumber(z) << "), p = " << shortNumber(cluster.p) << '\n';
         }
     }
 
@@ -235,17 +239,14 @@ private:
     }
 
     void writeCluster(JsonWriter& json, const Cluster& cluster) const {
-        const MapLattice<float>& lattice = *__values.lattice;
-        const auto rows = std::size_t(lattice.getSize(0)), columns = std::size_t(lattice.getSize(1));
         json.beginObject();
         json.member("places", double(cluster.numPlaces));
         json.member("mass", cluster.mass);
         json.member("peak", double(cluster.peak));
         json.key("peakAt");
         json.beginArray();
-        json.value(double(lattice.position(0, int(cluster.peakPlace / columns % rows))));
-        json.value(double(lattice.position(1, int(cluster.peakPlace % columns))));
-        json.value(double(lattice.position(2, int(cluster.peakPlace / (columns * rows)))));
+        for (const double coordinate : placeOf(*__values.lattice, cluster.peakPlace))
+            json.value(coordinate);
         json.endArray();
         json.member("p", cluster.p);
         json.endObject();
@@ -275,12 +276,14 @@ std::vector<std::string> outputsOf(const Comparison& comparison) {
 }
 
 std::string hashOf(const Comparison& comparison, const SpecimenValues& values) {
-    ValueHash hash;
-    for (std::size_t s = 0; s < values.values.size(); ++s) {
-        hash.add(&comparison.specimens.groups[s], sizeof(int));
-        hash.add(values.values[s].data(), values.values[s].size() * sizeof(float));
-    }
-    return hash.text();
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    const auto add = [&hash](const auto& items) {
+        hash.addData({reinterpret_cast<const char*>(items.data()), qsizetype(items.size() * sizeof(items[0]))});
+    };
+    add(comparison.specimens.groups);
+    for (const std::vector<float>& row : values.values)
+        add(row);
+    return hash.result().toHex().toStdString();
 }
 
 int compareGroups(const Comparison& comparison) {

@@ -1,7 +1,5 @@
 #include "cli/comparisonfiles.h"
 
-#include <cstdio>
-
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -34,18 +32,6 @@ void writeFloats(JsonWriter& json, const std::string& name, const std::vector<fl
 }
 
 } // namespace
-
-void ValueHash::add(const void* bytes, std::size_t count) {
-    const auto* const first = static_cast<const unsigned char*>(bytes);
-    for (std::size_t i = 0; i < count; ++i)
-        __state = (__state ^ first[i]) * 0x100000001b3u;
-}
-
-std::string ValueHash::text() const {
-    char text[20];
-    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(__state));
-    return text;
-}
 
 void writeMaxima(std::ostream& stream, const ComparisonKey& key, const PermutationMaxima& maxima) {
     JsonWriter json(stream);

@@ -12,22 +12,12 @@ namespace vorlen {
 /// What makes parts of a permutation test parts of one: they may be put together when all of it agrees.
 struct ComparisonKey {
     std::string statistic;
-    std::string inputs; ///< hash of all values and groups
+    std::string inputs; ///< SHA-256 of all values and groups
     std::uint64_t seed = 0;
     std::uint64_t permutations = 0;
     float clusterThreshold = 0;
 
     bool operator==(const ComparisonKey& other) const = default;
-};
-
-/// FNV-1a over the bytes, as 16 hexadecimal digits: G. Fowler, L. C. Noll, K.-P. Vo.
-class ValueHash {
-public:
-    void add(const void* bytes, std::size_t count);
-    std::string text() const;
-
-private:
-    std::uint64_t __state = 0xcbf29ce484222325u;
 };
 
 /// Writes a part of a test as JSON; numbers read back as the same bits.

@@ -1,7 +1,6 @@
 #include "cli/commands.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -11,11 +10,9 @@
 #include "cli/consolemonitor.h"
 #include "cli/stackfile.h"
 #include "document/model.h"
-#include "document/stackwriter.h"
 #include "editing/operations/modelfilter.h"
 #include "editing/operations/modeltransfer.h"
 #include "editing/stacks/vrlstack.h"
-#include "files/fileinfo.h"
 #include "progress/progresssubject.h"
 
 namespace vorlen {
@@ -42,21 +39,9 @@ std::optional<std::string> outputName(const CommandLine& line, const std::string
     status = ExitFileError;
     if (!directory)
         return std::nullopt;
-    const std::string name = *directory + "/" + FileInfo::baseName(stackFile) + ".sdf";
-    std::error_code error;
-    if (std::filesystem::equivalent(name, stackFile, error)) {
-        std::cerr << "vorlen-cli: " << name << " is the stack itself: name another directory with --output\n";
-        status = ExitUsage;
-        return std::nullopt;
-    }
-    return mayWrite(name, line.isSet("overwrite")) ? std::optional(name) : std::nullopt;
-}
-
-int write(const Stack& stack, const std::string& name) {
-    if (StackWriter().write(stack, name))
-        return ExitGood;
-    std::cerr << "vorlen-cli: cannot write " << name << '\n';
-    return ExitFileError;
+    std::string name;
+    status = findStackOutput(*directory, stackFile, line.isSet("overwrite"), name);
+    return status == ExitGood ? std::optional(name) : std::nullopt;
 }
 
 /// Runs an operation with its progress on the terminal, and writes the stack when it is done.
@@ -69,7 +54,7 @@ int changeAndWrite(const VRLStack& stack, const std::string& file, const std::st
         std::cerr << "vorlen-cli: " << file << ": " << outcome.getReason() << '\n';
         return ExitProblems;
     }
-    return write(stack, name);
+    return writeStack(stack, name);
 }
 
 /// The names that the command line gives, or all models of the stack.
@@ -146,7 +131,7 @@ int filterStack(const CommandLine& line, const std::string& file, FilterMode mod
                   << " vertices in all\n";
     if (plan.isEmpty()) {
         std::cout << file << ": nothing is to be removed\n" << *name << '\n';
-        return std::max(opened.status, write(stack, *name));
+        return std::max<int>(opened.status, writeStack(stack, *name));
     }
     const int done = changeAndWrite(stack, file, *name, [&](ProgressSubject& progress) {
         return filterModels(stack, *reference, models, mode, progress);

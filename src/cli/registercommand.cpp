@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <iostream>
 
 #include "cli/commandline.h"
@@ -12,7 +11,6 @@
 #include "cli/stackfile.h"
 #include "cli/texttable.h"
 #include "document/stackslice.h"
-#include "document/stackwriter.h"
 #include "editing/operations/slicealignment.h"
 #include "editing/stacks/vrlstack.h"
 #include "files/fileinfo.h"
@@ -181,12 +179,6 @@ void writeJson(JsonWriter& json, const std::string& file, const std::string& out
     json.endObject();
 }
 
-/// Two names of one file, whether both exist or not.
-bool isSameFile(const std::string& first, const std::string& second) {
-    std::error_code error;
-    return std::filesystem::equivalent(first, second, error);
-}
-
 void printTables(const std::string& stackFile, const std::string& name, const Stack& stack,
                  const RegisterRequest& request, const RegistrationReport& report, const ElasticAlignment& bent) {
     std::cout << stackFile << ": stack \"" << stack.getName() << "\"\n";
@@ -203,13 +195,10 @@ void printTables(const std::string& stackFile, const std::string& name, const St
 }
 
 int registerStack(const std::string& stackFile, VRLStack& stack, RegisterRequest request, JsonWriter& json) {
-    const std::string name = request.directory + "/" + FileInfo::baseName(stackFile) + ".sdf";
-    if (isSameFile(name, stackFile)) {
-        std::cerr << "vorlen-cli: " << name << " is the stack itself: name another directory with --output\n";
-        return ExitUsage;
-    }
-    if (!mayWrite(name, request.overwrite))
-        return ExitFileError;
+    std::string name;
+    if (const ExitStatus status = findStackOutput(request.directory, stackFile, request.overwrite, name);
+        status != ExitGood)
+        return status;
     if (!findSlices(stackFile, stack, request))
         return ExitUsage;
     ConsoleMonitor terminal;
@@ -238,10 +227,8 @@ int registerStack(const std::string& stackFile, VRLStack& stack, RegisterRequest
         if (status != ExitGood)
             return status;
     }
-    if (!StackWriter().write(stack, name)) {
-        std::cerr << "vorlen-cli: cannot write " << name << '\n';
-        return ExitFileError;
-    }
+    if (const ExitStatus status = writeStack(stack, name); status != ExitGood)
+        return status;
     switch (request.format) {
     case OutputFormat::Json:
         writeJson(json, stackFile, name, stack, request, report, bent);

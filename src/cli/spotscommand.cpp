@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <iostream>
 
 #include "cli/commandline.h"
@@ -11,10 +10,8 @@
 #include "cli/stackfile.h"
 #include "cli/texttable.h"
 #include "document/stackslice.h"
-#include "document/stackwriter.h"
 #include "editing/operations/spotoperations.h"
 #include "editing/stacks/vrlstack.h"
-#include "files/fileinfo.h"
 #include "progress/progresssubject.h"
 #include "spots/spotfilters.h"
 #include "spots/spotprogress.h"
@@ -215,19 +212,14 @@ int findSpotsOf(const std::string& file, VRLStack& stack, const SpotsRequest& re
         return ExitProblems;
     }
     const Vector<int> size = spotVolumeSize(stack);
-    const std::string name = request.directory + "/" + FileInfo::baseName(file) + ".sdf";
     if (request.dryRun) {
         std::cout << file << ": " << size[0] << " x " << size[1] << " x " << size[2] << " voxels, takes about "
                   << memoryText(spotMemory(size, request.config)) << " of memory\n";
         return ExitGood;
     }
-    std::error_code error;
-    if (std::filesystem::equivalent(name, file, error)) {
-        std::cerr << "vorlen-cli: " << name << " is the stack itself: name another directory with --output\n";
-        return ExitUsage;
-    }
-    if (!mayWrite(name, request.overwrite))
-        return ExitFileError;
+    std::string name;
+    if (const ExitStatus status = findStackOutput(request.directory, file, request.overwrite, name); status != ExitGood)
+        return status;
     SpotsResult result;
     result.resolution = spotResolution(stack);
     search(stack, request, result);
@@ -237,10 +229,8 @@ int findSpotsOf(const std::string& file, VRLStack& stack, const SpotsRequest& re
             return ExitProblems;
         }
     }
-    if (!StackWriter().write(stack, name)) {
-        std::cerr << "vorlen-cli: cannot write " << name << '\n';
-        return ExitFileError;
-    }
+    if (const ExitStatus status = writeStack(stack, name); status != ExitGood)
+        return status;
     switch (request.format) {
     case OutputFormat::Json:
         writeJson(json, file, name, stack, request, result);

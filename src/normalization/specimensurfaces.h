@@ -50,6 +50,7 @@ public:
         bool border = false; ///< the place lies on the first or last level, or side of an open surface
     };
 
+    /// A surface and what is looked up in it.
     struct Surface {
         int height = 0;
         int width = 0;

@@ -374,7 +374,7 @@ double SurfaceRegistration::score(const SpecimenSurfaces& moving, const Specimen
 }
 
 SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const SpecimenSurfaces& mirrored,
-                                         std::vector<SpecimenPose> starts, double preference) const {
+                                         const std::vector<SpecimenPose>& starts, double preference) const {
     const double limit = scoreLimit * __radius;
     // The trees stand in the coordinates of the body or of its mirror image; poses are those of the one or the other.
     const auto iterationsOf = [&](int count) {

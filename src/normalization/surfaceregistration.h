@@ -42,7 +42,7 @@ public:
 
 private:
     SpecimenPose finish(const SpecimenSurfaces& moving, const SpecimenSurfaces& mirrored,
-                        std::vector<SpecimenPose> starts, double preference) const;
+                        const std::vector<SpecimenPose>& starts, double preference) const;
 
     const SpecimenSurfaces& __target;
     Point3 __centre = {0, 0, 0};

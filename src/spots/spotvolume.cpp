@@ -67,9 +67,13 @@ std::string stepFault(const Stack& stack) {
     const std::string unit = " " + stack.getLengthUnit().symbol();
     for (std::size_t i = 0; i < steps.size(); ++i)
         if (!(std::abs(steps[i] - usual) <= tolerance))
-            return "Slice " + quoted(stack.getSlice(int(i) + 1)) + " lies " + text(steps[i]) + unit +
-                   " behind the one before and others " + text(usual) + unit +
-                   ": spots are sought in slices at equal distances";
+            return std::string("Slice ")
+                .append(quoted(stack.getSlice(int(i) + 1)))
+                .append(" lies ")
+                .append(text(steps[i]) + unit)
+                .append(" behind the one before and others ")
+                .append(text(usual) + unit)
+                .append(": spots are sought in slices at equal distances");
     return {};
 }
 

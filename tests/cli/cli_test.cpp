@@ -338,7 +338,8 @@ TEST_F(CommandLineTest, outputThatCannotBeWrittenIsNoSuccess) {
         lines.push_back(command + stack + " --format json");
     for (const std::string& line :
          {"export --overwrite -o a " + stack, std::string("isosurface v.vm --level 100 --overwrite --output b"),
-          "register " + stack + " --overwrite -o c", "normalize --overwrite -o d " + stack + " " + stack,
+          "register " + stack + " --overwrite -o c",
+          "normalize --correspondence levels --overwrite -o d " + stack + " " + stack,
           std::string("density p.vx --overwrite -o e")})
         lines.push_back(line);
     for (const std::string& line : lines) {

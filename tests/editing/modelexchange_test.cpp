@@ -24,7 +24,10 @@ protected:
         stack.setName("B");
         ImageSourceFile image;
         image.setFilename(folder.file("image0.tif"));
-        source.getSlice(0).setImageSource(image);
+        for (int i = 0; i < 3; ++i) {
+            source.getSlice(i).setImageSource(image);
+            stack.getSlice(i).setImageSource(image);
+        }
         cortex.getItemProperties().setColor(12, 34, 56);
         addItem(cortex, source.getSlice(0), box);
         addItem(cortex, source.getSlice(2), {{1, 2}, {3, 4}, {1, 4}});
@@ -131,7 +134,10 @@ TEST_F(ModelExchangeTest, whatDoesNotGoTogetherIsRefusedAndACancelLeavesNoTrace)
     progress.addMonitor(canceller);
     expectRefusal([&] { return transfer({{"Cortex"}}); }, "The transfer was cancelled");
     progress.removeMonitor(canceller);
-    source.getSlice(0).setImageSource(ImageSourceFile());
+    ImageWriter().write(Image(9, 8, 8), folder.file("wide.tif"), true);
+    ImageSourceFile wide;
+    wide.setFilename(folder.file("wide.tif"));
+    source.getSlice(0).setImageSource(wide);
     expectRefusal([&] { return transfer({{"Cortex"}}); }, "Stacks A and B have slices with different image sizes");
     addSlices(source, 1);
     expectRefusal([&] { return transfer({{"Cortex"}}); }, "Stacks A and B have different sizes");

@@ -18,7 +18,7 @@ double areaOf(const ModelItem& item) {
     double twice = 0;
     for (std::size_t k = 0; k < outline.size(); ++k) {
         const OutlinePoint& next = outline[(k + 1) % outline.size()];
-        twice += next.x * outline[k].y - outline[k].x * next.y;
+        twice += outline[k].x * next.y - next.x * outline[k].y;
     }
     return twice / 2;
 }

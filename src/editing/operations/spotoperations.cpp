@@ -8,9 +8,9 @@
 
 #include "document/model.h"
 #include "document/modelitem.h"
-#include "editing/actions/vrlactionsequence.h"
 #include "editing/actions/vrlmodelcreationaction.h"
 #include "editing/operations/onestep.h"
+#include "editing/operations/orderedstep.h"
 #include "editing/stacks/vrlstack.h"
 #include "images/rasters/colormap.h"
 #include "numerics/maths.h"
@@ -21,12 +21,6 @@ namespace vorlen {
 namespace {
 
 using Models = std::vector<std::unique_ptr<Model>>;
-
-/// The models keep their order when they come back.
-class SpotCreation : public VRLActionSequence {
-public:
-    QString description(bool) const override { return "Find spots"; }
-};
 
 Vector<double> point(double x, double y) {
     Vector<double> result(2);
@@ -136,10 +130,12 @@ Outcome addSpots(VRLStack& stack, const SpotLabels& found, const VRLSpotExtracti
     else
         for (int k = 0; k < found.labels.getSize3(); ++k)
             addPlane(stack, found, k, models);
-    auto creation = std::make_unique<SpotCreation>();
-    for (std::unique_ptr<Model>& model : models)
-        creation->append(std::make_unique<VRLModelCreationAction>(stack, std::move(model)));
-    return inOneStep(stack, "There are no spots to add", [&](EditStep& step) { step.apply(std::move(creation)); });
+    // Each model stands behind the one before, also when they come back.
+    return inOneStep(stack, "There are no spots to add", [&](EditStep& whole) {
+        OrderedStep step(whole, "Find spots");
+        for (std::unique_ptr<Model>& model : models)
+            step.apply(std::make_unique<VRLModelCreationAction>(stack, std::move(model)));
+    });
 }
 
 } // namespace vorlen

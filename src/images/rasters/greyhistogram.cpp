@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <vector>
 
 #include "images/rasters/colormap.h"
+#include "images/rasters/greysampling.h"
 #include "images/rasters/image.h"
 
 namespace vorlen {
@@ -20,34 +19,16 @@ std::vector<float> sampled(const Image& image, std::size_t step) {
     const std::size_t count = std::size_t(image.getWidth()) * std::size_t(image.getHeight());
     std::vector<float> values;
     values.reserve(count / step + 1);
-    for (std::size_t i = 0; i < count; i += step) {
-        float value = 0;
-        if (image.isReal()) {
-            std::memcpy(&value, image.getData() + 4 * i, 4);
-        } else {
-            std::uint16_t word = 0;
-            std::memcpy(&word, image.getData() + 2 * i, 2);
-            value = word;
-        }
-        values.push_back(value);
-    }
+    for (std::size_t i = 0; i < count; i += step)
+        values.push_back(wideValue(image, i));
     return values;
-}
-
-/// A step that has no factor in common with the width, so that all columns are met.
-std::size_t stepFor(const Image& image) {
-    const std::size_t count = std::size_t(image.getWidth()) * std::size_t(image.getHeight());
-    std::size_t step = std::max<std::size_t>((count + mostSamples - 1) / mostSamples, 1);
-    while (step > 1 && image.getWidth() > 1 && std::size_t(image.getWidth()) % step == 0)
-        ++step;
-    return step;
 }
 
 void countBytes(const Image& image, GreyHistogram& histogram) {
     histogram.least = -0.5f;
     histogram.greatest = 255.5f;
     const int bytes = image.bytesPerPixel();
-    const std::size_t step = stepFor(image) * std::size_t(bytes);
+    const std::size_t step = samplingStep(image, mostSamples) * std::size_t(bytes);
     const int samples = std::min(bytes, 3); // opacity is no grey value
     const std::size_t length = std::size_t(image.getWidth()) * std::size_t(image.getHeight()) * std::size_t(bytes);
     for (std::size_t i = 0; i < length; i += step)
@@ -56,7 +37,7 @@ void countBytes(const Image& image, GreyHistogram& histogram) {
 }
 
 void countValues(const Image& image, GreyHistogram& histogram) {
-    const std::vector<float> values = sampled(image, stepFor(image));
+    const std::vector<float> values = sampled(image, samplingStep(image, mostSamples));
     bool any = false;
     for (const float value : values)
         if (std::isfinite(value)) {

@@ -129,10 +129,10 @@ VRLStack* VRLStackIO::openDropped(const QStringList& paths) {
     for (const QString& path : paths) {
         const QFileInfo dropped(path);
         if (dropped.isDir()) {
-            const QStringList before = images;
+            const qsizetype numBefore = images.size();
             for (const QFileInfo& file : QDir(path).entryInfoList(QDir::Files))
                 take(file);
-            if (images == before)
+            if (images.size() == numBefore)
                 tell("Read error", path + " holds no images.");
         } else if (isImageName(path)) {
             take(dropped);

@@ -1,5 +1,6 @@
 #include "ui/models/modelpanel.h"
 
+#include <QCollator>
 #include <QColorDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -29,6 +30,25 @@ namespace vorlen {
 
 namespace {
 
+/// Names in the order of people, and alike for all users: numbers in them count as numbers.
+class ModelOrder : public QSortFilterProxyModel {
+public:
+    using QSortFilterProxyModel::QSortFilterProxyModel;
+
+protected:
+    bool lessThan(const QModelIndex& left, const QModelIndex& right) const override {
+        static const QCollator collator = [] {
+            QCollator made{QLocale(QLocale::English)};
+            made.setNumericMode(true);
+            made.setCaseSensitivity(Qt::CaseInsensitive);
+            return made;
+        }();
+        if (left.column() != ModelTable::Name)
+            return QSortFilterProxyModel::lessThan(left, right);
+        return collator.compare(left.data().toString(), right.data().toString()) < 0;
+    }
+};
+
 const char* const stackButNoModel = "This stack has no models yet.\n\nA model is a structure that you will outline: it "
                                     "has a name and a colour.";
 
@@ -48,12 +68,10 @@ ModelPanel::ModelPanel(ModelViews& views, QWidget* parent) : QWidget(parent), __
 
 void ModelPanel::makeList() {
     __table = new ModelTable(__views, this);
-    __sorted = new QSortFilterProxyModel(this);
+    __sorted = new ModelOrder(this);
     __sorted->setSourceModel(__table);
     __sorted->setFilterKeyColumn(ModelTable::Name);
     __sorted->setFilterCaseSensitivity(Qt::CaseInsensitive);
-    __sorted->setSortCaseSensitivity(Qt::CaseInsensitive);
-    __sorted->setSortLocaleAware(true);
     __list = new QTreeView(this);
     __list->setModel(__sorted);
     __list->setRootIsDecorated(false);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <QPainter>
@@ -305,6 +306,7 @@ void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& p
     const Vertices<double>& vertices = item.getVertices();
     const int numBits = std::min(selection.getNumBits(), item.getSize());
     const int apart = drawnGeometryOf(item) == PolypointPrimitive ? 0 : 16;
+    std::optional<QPointF> last;
     std::vector<QPoint> marks;
     for (int i = 0; i < numBits; ++i) {
         if (!selection.isSelected(i))
@@ -312,11 +314,13 @@ void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& p
         const bool isWithin = i > 0 && selection.isSelected(i - 1) && i + 1 < numBits && selection.isSelected(i + 1);
         const double x = std::floor((vertices[i][0] - getViewOrigin().x() + 0.5) * horizontal);
         const double y = std::floor((vertices[i][1] - getViewOrigin().y() + 0.5) * vertical);
-        if (!seen.contains(x, y))
+        const QPointF place(x, y);
+        if (isWithin && last && (place - *last).manhattanLength() < apart)
+            continue;
+        last = place; // also where it is not painted: parts of a picture are to fit
+        if (!seen.contains(place))
             continue;
         const QPoint position{int(x), int(y)};
-        if (isWithin && !marks.empty() && (position - marks.back()).manhattanLength() < apart)
-            continue;
         if (i == 0)
             drawFirstMark(painter, position);
         else

@@ -75,7 +75,7 @@ void BrushTool::updateCursor() {
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QPointF middle(size / 2 + 0.5, size / 2 + 0.5);
+    const QPointF middle(size / 2.0, size / 2.0); // size is odd
     painter.setPen(QPen(Qt::black, 3));
     painter.drawEllipse(middle, __radius, __radius);
     painter.setPen(QPen(Qt::white, 1));

@@ -182,6 +182,8 @@ TEST_F(ModelFilterTest, marksInSpaceLastAsLongAsThePreview) {
         VRLStackServer::stackServer.removeStack(*stack);
     });
     run();
+    QCoreApplication::processEvents(); // the window goes, if it does
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     if (scene) {
         EXPECT_EQ(magentas(), 0);
         delete scene;

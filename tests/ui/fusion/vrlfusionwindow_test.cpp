@@ -192,14 +192,14 @@ TEST_F(VRLFusionWindowTest, aNormalizationGoesFromTheDialogToShapesResidualsAndF
     mine.close();
     {
         ModalScript script;
-        script.thenClick("N&o to All");
+        script.thenClick("No to All");
         mediator().exportResults(directory);
     }
     EXPECT_EQ(directory.entryList(QDir::Files).size(), 7);
     EXPECT_EQ(QFileInfo(mine).size(), 4) << "No to all leaves what is there";
     {
         ModalScript script;
-        script.thenClick("Yes to &All");
+        script.thenClick("Yes to All");
         mediator().exportResults(directory);
     }
     EXPECT_GT(QFileInfo(mine).size(), 4);
@@ -227,13 +227,15 @@ TEST_F(VRLFusionWindowTest, aRunCanBeCancelledAndAFailureIsTold) {
     structure.setName("liver");
     structure.setReference(true);
     config.setStructures({structure});
-    ModalScript script;
     QString told;
-    script.then([&](QWidget& dialog) {
-        told = qobject_cast<QMessageBox*>(&dialog)->text();
-        qobject_cast<QDialog*>(&dialog)->accept();
-    });
-    mediator().start(config);
+    {
+        ModalScript script;
+        script.then([&](QWidget& dialog) {
+            told = qobject_cast<QMessageBox*>(&dialog)->text();
+            qobject_cast<QDialog*>(&dialog)->accept();
+        });
+        mediator().start(config);
+    }
     EXPECT_TRUE(told.contains("\"liver\" has no contours in stack \"a\"")) << told.toStdString();
     EXPECT_TRUE(enabled("fusion.new"));
 

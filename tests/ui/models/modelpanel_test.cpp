@@ -54,12 +54,14 @@ protected:
         QTest::mouseClick(list.viewport(), button, {}, list.visualRect(rows().index(row, which)).center());
     }
     void type(const QString& name) {
-        auto* const editor = list.viewport()->findChild<QLineEdit*>();
-        ASSERT_NE(editor, nullptr);
+        const QList<QLineEdit*> editors = list.viewport()->findChildren<QLineEdit*>();
+        ASSERT_EQ(editors.size(), 1);
+        QLineEdit* const editor = editors[0];
         editor->selectAll();
         QTest::keyClicks(editor, name);
         QTest::keyClick(editor, Qt::Key_Return);
         QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // the editor
     }
     QString gaps() {
         for (const QLabel* label : panel.findChildren<QLabel*>())

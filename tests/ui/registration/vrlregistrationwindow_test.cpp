@@ -467,7 +467,7 @@ TEST_F(VRLRegistrationWindowTest, aRunKeepsToItsRangeAndMethodAndIsReported) {
     const Registration third = own(3), fourth = own(4);
     click("Run");
     waitForRun();
-    EXPECT_NEAR(own(2).getHorShift(), 6, 1);
+    EXPECT_NEAR(own(2).getHorShift(), 6, 0.5); // whatever the slices behind the range say
     EXPECT_EQ(own(3), third);
     EXPECT_EQ(own(4), fourth);
 

@@ -87,7 +87,7 @@ protected:
     QAction& command(const char* id) { return mediator().commands().action(id); }
     QMenu* menu(const QString& title) {
         for (QMenu* found : window->findChildren<QMenu*>())
-            if (found->title() == title)
+            if (found->title().remove('&') == title)
                 return found;
         return nullptr;
     }
@@ -266,6 +266,7 @@ TEST_F(VRLRenderingWindowTest, aBatchRefreshesOnceAtItsEnd) {
     const auto expectOnePaint = [&](const std::function<void()>& change, int numItems) {
         paints.number = 0;
         change();
+        QTest::qWait(20);
         EXPECT_EQ(paints.number, 1);
         EXPECT_EQ(painter(place).getItemPainters().size(), std::size_t(numItems));
     };

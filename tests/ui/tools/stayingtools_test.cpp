@@ -41,7 +41,7 @@ protected:
             const OutlinePoint& next = outline[(k + 1) % outline.size()];
             twice += next.x * outline[k].y - outline[k].x * next.y;
         }
-        return twice / 2;
+        return std::abs(twice) / 2;
     }
 };
 
@@ -58,7 +58,7 @@ TEST_F(StayingToolsTest, outlinesAreDrawnOneAfterTheOtherWithoutAMenu) {
         key(Qt::Key_Return);
     });
     ASSERT_EQ(polygon->getNumItems(), 2);
-    EXPECT_EQ(verticesOf(slice->getItem(0)), (Points{{20, 20}, {20, 60}, {60, 60}, {60, 20}}));
+    EXPECT_EQ(verticesOf(slice->getItem(0)), (Points{{60, 20}, {60, 60}, {20, 60}, {20, 20}}));
     EXPECT_EQ(locks.size(), 4); // one at work locks the slice
     EXPECT_EQ(chosen(), "tool.draw");
     dragFrom(QPoint(200, 50), {{200, 90}, {240, 90}, {240, 50}, {202, 50}}); // a stroke that comes back to its start
@@ -211,7 +211,7 @@ TEST_F(StayingToolsTest, copiedOutlinesArePastedOnAnotherSlice) {
     stack.setLastSegmentedSlice("second");
     expectSteps(1, [this] { trigger("Paste"); });
     ASSERT_EQ(second.getNumItems(), 1);
-    EXPECT_EQ(verticesOf(second.getItem(0)), square);
+    EXPECT_EQ(verticesOf(second.getItem(0)), Points(square.rbegin(), square.rend())); // counter-clockwise
     EXPECT_EQ(second.getItem(0).getModel(), polygon);
 }
 

@@ -124,7 +124,7 @@ TEST_F(VideoTest, aFilmHasTheFramesOfItsScriptInAnySize) {
 }
 
 TEST_F(VideoTest, aFrameIsThePictureOfTheWindowAndShowsNoLessInOtherShapes) {
-    EXPECT_EQ(scene.canvas.renderFrame(scene.canvas.size(), scene.canvas.getCamera()), scene.picture());
+    EXPECT_LT(difference(scene.canvas.renderFrame(scene.canvas.size(), scene.canvas.getCamera()), scene.picture()), 1);
     const int reds = spotOf(scene.picture(), Qt::red).count;
     EXPECT_NEAR(spotOf(scene.canvas.renderFrame({320, 240}, scene.canvas.getCamera()), Qt::red).count, 4 * reds,
                 reds / 4);
