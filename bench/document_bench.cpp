@@ -99,7 +99,7 @@ void stackPrint(benchmark::State& state) {
         char buffer[64];
         const Model& model = stack.getModel(0);
         for (int i = 0; i < model.getNumItems(); ++i) {
-            const Vertices<int>& vertices = model.getItem(i).getVertices();
+            const Vertices<double>& vertices = model.getItem(i).getVertices();
             for (int k = 0; k < vertices.getNumVertices(); ++k)
                 text.append(buffer, std::size_t(std::snprintf(buffer, sizeof buffer, " %d,%d", vertices[k][0],
                                                               vertices[k][1])));

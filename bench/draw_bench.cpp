@@ -118,7 +118,7 @@ public:
 
     /// Of a vertex, on the canvas.
     QPoint vertexPosition(const ModelItem& item, int i) const {
-        const Vector<int>& vertex = item.getVertices()[i];
+        const Vector<double>& vertex = item.getVertices()[i];
         const QPoint origin = canvas->getViewOrigin();
         const double zoom = double(canvas->getZoomFactor());
         return QPoint(int((vertex[0] - origin.x() + 0.5) * zoom), int((vertex[1] - origin.y() + 0.5) * zoom));
@@ -199,12 +199,12 @@ private:
     }
 
     /// Around (x, y), with the radius at each angle.
-    static Vertices<int> closedCurve(int size, double x, double y, const std::function<double(double)>& radiusAt) {
-        Vertices<int> vertices(2, size, size, 1);
+    static Vertices<double> closedCurve(int size, double x, double y, const std::function<double(double)>& radiusAt) {
+        Vertices<double> vertices(2, size, size, 1);
         for (int j = 0; j < size; ++j) {
             const double angle = 6.283185307179586 * j / size;
             const double radius = radiusAt(angle);
-            vertices[j] = Vector<int>(2);
+            vertices[j] = Vector<double>(2);
             vertices[j][0] = int(x + radius * std::cos(angle));
             vertices[j][1] = int(y + radius * std::sin(angle));
         }

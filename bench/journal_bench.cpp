@@ -26,9 +26,9 @@ namespace {
 
 constexpr int numSlices = 500, numModels = 10, numVertices = 20;
 
-Vertices<int> outline(int phase) {
+Vertices<double> outline(int phase) {
     const std::vector<int> contour = inputs::contour(numVertices, 900, phase);
-    Vertices<int> vertices(2, numVertices, numVertices, 1);
+    Vertices<double> vertices(2, numVertices, numVertices, 1);
     for (int i = 0; i < numVertices; ++i)
         for (const int axis : {0, 1})
             vertices[i][axis] = contour[std::size_t(2 * i + axis)] + 2000;

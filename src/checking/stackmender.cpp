@@ -16,14 +16,14 @@ namespace vorlen {
 
 namespace {
 
-bool isEqual(const Vector<int>& a, const Vector<int>& b) {
+bool isEqual(const Vector<double>& a, const Vector<double>& b) {
     return a[0] == b[0] && a[1] == b[1];
 }
 
 bool removeDoubled(ModelItem& item) {
     if (OutlineCheck::numDoubled(item) == 0)
         return false;
-    const Vertices<int>& old = item.getVertices();
+    const Vertices<double>& old = item.getVertices();
     std::vector<int> kept;
     kept.reserve(std::size_t(old.getNumVertices()));
     for (int i = 0; i < old.getNumVertices(); ++i)
@@ -32,7 +32,7 @@ bool removeDoubled(ModelItem& item) {
     while (item.isClosed() && kept.size() > 1 && isEqual(old[kept.front()], old[kept.back()]))
         kept.pop_back();
     const int n = int(kept.size());
-    Vertices<int> vertices(2, n, n, n);
+    Vertices<double> vertices(2, n, n, n);
     for (int i = 0; i < n; ++i)
         for (const int k : {0, 1})
             vertices[i][k] = old[kept[std::size_t(i)]][k];

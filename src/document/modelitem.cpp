@@ -27,19 +27,30 @@ int truncated(float size) {
     return size == size ? int(std::clamp(size, -1e6f, 1e6f)) : 0;
 }
 
-// Differences and products of coordinates are computed in double precision: exact for all pixel coordinates below 2^26,
-// and without overflow for all others.
+/// The whole numbers around the box.
+BoundingBox<int> pixelsAround(const Vector<double>& lower, const Vector<double>& upper) {
+    constexpr double least = std::numeric_limits<int>::min(), greatest = std::numeric_limits<int>::max();
+    Vector<int> low(2), high(2);
+    for (int k = 0; k < 2; ++k) {
+        low[k] = int(std::clamp(std::floor(lower[k]), least, greatest));
+        high[k] = int(std::clamp(std::ceil(upper[k]), least, greatest));
+    }
+    return BoundingBox<int>(low, high);
+}
 
-double squaredDistance(const Vector<int>& p, const Vector<int>& q) {
-    const double x = double(p[0]) - q[0];
-    const double y = double(p[1]) - q[1];
+// Differences and products of coordinates are exact for all whole pixel coordinates below 2^26, and do not overflow for
+// any that a file may hold.
+
+double squaredDistance(const Vector<double>& p, const Vector<double>& q) {
+    const double x = p[0] - q[0];
+    const double y = p[1] - q[1];
     return x * x + y * y;
 }
 
 /// From the segment between two vertices.
-double squaredDistance(const Vector<int>& a, const Vector<int>& b, const Vector<int>& point) {
-    const double dx = double(b[0]) - a[0], dy = double(b[1]) - a[1];
-    const double qx = double(point[0]) - a[0], qy = double(point[1]) - a[1];
+double squaredDistance(const Vector<double>& a, const Vector<double>& b, const Vector<double>& point) {
+    const double dx = b[0] - a[0], dy = b[1] - a[1];
+    const double qx = point[0] - a[0], qy = point[1] - a[1];
     const double squaredLength = dx * dx + dy * dy;
     const double share = squaredLength > 0 ? std::clamp((dx * qx + dy * qy) / squaredLength, 0., 1.) : 0;
     const double x = qx - share * dx, y = qy - share * dy;
@@ -48,7 +59,7 @@ double squaredDistance(const Vector<int>& a, const Vector<int>& b, const Vector<
 
 /// Coordinates of a polygon, one vertex after the other.
 struct Outline {
-    explicit Outline(const Vertices<int>& vertices) {
+    explicit Outline(const Vertices<double>& vertices) {
         const int n = vertices.getNumVertices();
         x.reserve(std::size_t(n));
         y.reserve(std::size_t(n));
@@ -168,19 +179,19 @@ bool ModelItem::isClosed() const {
     return getGeometry() == PolygonPrimitive;
 }
 
-void ModelItem::setVertices(const Vertices<int>& vertices) {
+void ModelItem::setVertices(const Vertices<double>& vertices) {
     // A store of just these vertices: the one they come from may hold many more.
     const int n = vertices.getNumVertices();
-    Vertices<int> own(2, n, n, storeGrowth);
+    Vertices<double> own(2, n, n, storeGrowth);
     for (int i = 0; i < n; ++i)
         own[i] = vertices[i];
     takeVertices(own);
 }
 
-void ModelItem::setVertices(const int* coordinates, int n) {
-    Vertices<int> own(2, n, n, storeGrowth);
+void ModelItem::setVertices(const double* coordinates, int n) {
+    Vertices<double> own(2, n, n, storeGrowth);
     for (int i = 0; i < n; ++i) {
-        int* const vertex = own[i].data();
+        double* const vertex = own[i].data();
         vertex[0] = coordinates[2 * i];
         vertex[1] = coordinates[2 * i + 1];
     }
@@ -188,7 +199,7 @@ void ModelItem::setVertices(const int* coordinates, int n) {
 }
 
 /// The vertices have a store that nobody else keeps.
-void ModelItem::takeVertices(const Vertices<int>& vertices) {
+void ModelItem::takeVertices(const Vertices<double>& vertices) {
     __vertices = vertices;
     verticesChanged();
     __selection.reset(__vertices.getNumVertices());
@@ -201,16 +212,15 @@ void ModelItem::verticesChanged() {
     __extentKnown = false;
 }
 
-void ModelItem::appendVertex(const Vector<int>& vertex) {
+void ModelItem::appendVertex(const Vector<double>& vertex) {
     const int n = getSize();
-    __updateBox = BoundingBox<int>(n > 0 ? __vertices[n - 1] : vertex, vertex);
-    __updateBox.rectify();
-    __vertices.append(Vector<int>(vertex));
+    __vertices.append(Vector<double>(vertex));
     verticesChanged();
+    __updateBox = n > 0 ? pixelsOf(n - 1).merge(pixelsOf(n)) : pixelsOf(n);
     __selection.reset(n + 1);
 }
 
-void ModelItem::appendVertices(const Vertices<int>& vertices) {
+void ModelItem::appendVertices(const Vertices<double>& vertices) {
     const int n = vertices.getNumVertices();
     if (n == 0)
         return;
@@ -220,14 +230,14 @@ void ModelItem::appendVertices(const Vertices<int>& vertices) {
     }
     // One by one and through a copy, since the vertices may be the item's own.
     for (int i = 0; i < n; ++i)
-        __vertices.append(Vector<int>(vertices[i]));
+        __vertices.append(Vector<double>(vertices[i]));
     verticesChanged();
     __selection.reset(getSize());
     __updateBox = boundingBox();
 }
 
-void ModelItem::insertVertex(int i, const Vector<int>& vertex) {
-    __vertices.insert(i, Vector<int>(vertex));
+void ModelItem::insertVertex(int i, const Vector<double>& vertex) {
+    __vertices.insert(i, Vector<double>(vertex));
     verticesChanged();
     __selection.insert(i, false);
     computeVertexUpdateBox(i);
@@ -249,7 +259,7 @@ void ModelItem::removeVertices(int first, int last) {
     __selection.remove(first, last);
 }
 
-void ModelItem::moveVertex(int i, const Vector<int>& vertex) {
+void ModelItem::moveVertex(int i, const Vector<double>& vertex) {
     computeVertexUpdateBox(i);
     const BoundingBox<int> before = __updateBox;
     __vertices[i] = vertex;
@@ -265,7 +275,7 @@ void ModelItem::setSelection(const ModelItemSelection& selection) {
     __selection = selection;
 }
 
-Vertices<int> ModelItem::verticesBySelection(bool selected) const {
+Vertices<double> ModelItem::verticesBySelection(bool selected) const {
     const int n = getSize();
     const int numBits = __selection.getNumBits();
     std::vector<int> chosen;
@@ -273,17 +283,17 @@ Vertices<int> ModelItem::verticesBySelection(bool selected) const {
         if ((i < numBits && __selection.isSelected(i)) == selected)
             chosen.push_back(i);
     const int size = int(chosen.size());
-    Vertices<int> vertices(2, size, size, storeGrowth);
+    Vertices<double> vertices(2, size, size, storeGrowth);
     for (int i = 0; i < size; ++i)
         vertices[i] = __vertices[chosen[std::size_t(i)]];
     return vertices;
 }
 
-Vertices<int> ModelItem::selectedVertices() const {
+Vertices<double> ModelItem::selectedVertices() const {
     return verticesBySelection(true);
 }
 
-Vertices<int> ModelItem::unselectedVertices() const {
+Vertices<double> ModelItem::unselectedVertices() const {
     return verticesBySelection(false);
 }
 
@@ -306,8 +316,8 @@ void ModelItem::removeUnselectedVertices() {
 }
 
 // False only where no vertex and no segment can lie within the tolerance; a pixel more covers all rounding.
-bool ModelItem::isNear(const Vector<int>& point, float tolerance) const {
-    const BoundingBox<int>& box = extent();
+bool ModelItem::isNear(const Vector<double>& point, float tolerance) const {
+    const BoundingBox<double>& box = extent();
     if (!box.isValid())
         return false;
     const double reach = std::abs(double(tolerance)) + 1;
@@ -317,7 +327,7 @@ bool ModelItem::isNear(const Vector<int>& point, float tolerance) const {
     return true;
 }
 
-int ModelItem::findNearestVertex(const Vector<int>& point, float tolerance) const {
+int ModelItem::findNearestVertex(const Vector<double>& point, float tolerance) const {
     if (!isNear(point, tolerance))
         return -1;
     double best = double(tolerance) * tolerance;
@@ -333,7 +343,7 @@ int ModelItem::findNearestVertex(const Vector<int>& point, float tolerance) cons
     return nearest;
 }
 
-int ModelItem::findNearVertex(const Vector<int>& point, float tolerance) const {
+int ModelItem::findNearVertex(const Vector<double>& point, float tolerance) const {
     if (!isNear(point, tolerance))
         return -1;
     const int n = getSize();
@@ -358,7 +368,7 @@ int ModelItem::findNearVertex(const Vector<int>& point, float tolerance) const {
     return -1;
 }
 
-int ModelItem::findInsertion(const Vector<int>& point, float tolerance) const {
+int ModelItem::findInsertion(const Vector<double>& point, float tolerance) const {
     const int n = getSize();
     const MPrimitive geometry = getGeometry();
     if (geometry == PolypointPrimitive)
@@ -368,7 +378,7 @@ int ModelItem::findInsertion(const Vector<int>& point, float tolerance) const {
     int nearest = -1;
     double best = std::numeric_limits<double>::infinity();
     for (int i = 1; i < n + (geometry == PolygonPrimitive ? 1 : 0); ++i) {
-        const Vector<int>& end = __vertices[i % n];
+        const Vector<double>& end = __vertices[i % n];
         if (!pointNearSegment(__vertices[i - 1], end, point, tolerance, false))
             continue;
         const double distance = squaredDistance(__vertices[i - 1], end, point);
@@ -380,7 +390,7 @@ int ModelItem::findInsertion(const Vector<int>& point, float tolerance) const {
     return nearest;
 }
 
-double ModelItem::distanceTo(const Vector<int>& point) const {
+double ModelItem::distanceTo(const Vector<double>& point) const {
     const int n = getSize();
     const MPrimitive geometry = getGeometry();
     double best = std::numeric_limits<double>::infinity();
@@ -392,29 +402,31 @@ double ModelItem::distanceTo(const Vector<int>& point) const {
     return std::sqrt(best);
 }
 
-const BoundingBox<int>& ModelItem::extent() const {
+const BoundingBox<double>& ModelItem::extent() const {
     if (__extentKnown)
         return __extent;
     const int n = getSize();
-    __extent = n > 0 ? vertexBox(0) : BoundingBox<int>();
-    if (n > 1) {
-        Vector<int> lower = __vertices[0];
-        Vector<int> upper = lower;
+    __extent = BoundingBox<double>();
+    if (n > 0) {
+        Vector<double> lower = __vertices[0];
+        Vector<double> upper = lower;
         for (int i = 1; i < n; ++i) {
-            const int* vertex = __vertices[i].data();
+            const double* vertex = __vertices[i].data();
             for (int k = 0; k < 2; ++k) {
                 lower[k] = std::min(lower[k], vertex[k]);
                 upper[k] = std::max(upper[k], vertex[k]);
             }
         }
-        __extent = BoundingBox<int>(lower, upper);
+        __extent = BoundingBox<double>(lower, upper);
     }
     __extentKnown = true;
     return __extent;
 }
 
 BoundingBox<int> ModelItem::boundingBox() const {
-    return getSize() > 0 ? rectifyBox(extent()) : BoundingBox<int>();
+    if (getSize() == 0)
+        return BoundingBox<int>();
+    return rectifyBox(pixelsAround(extent().getVertex1(), extent().getVertex2()));
 }
 
 BoundingBox<int> ModelItem::updateBox() const {
@@ -443,20 +455,20 @@ BoundingBox<int> ModelItem::rectifyBox(const BoundingBox<int>& box) const {
     return BoundingBox<int>(lower, upper);
 }
 
-BoundingBox<int> ModelItem::vertexBox(int i) const {
-    return BoundingBox<int>(__vertices[i], __vertices[i]);
+BoundingBox<int> ModelItem::pixelsOf(int i) const {
+    return pixelsAround(__vertices[i], __vertices[i]);
 }
 
 void ModelItem::computeVertexUpdateBox(int i) {
-    __updateBox = vertexBox(i);
+    __updateBox = pixelsOf(i);
     if (!isConnected())
         return;
     const int n = getSize();
     const bool closed = isClosed();
     if (i > 0 || closed)
-        __updateBox = __updateBox.merge(vertexBox(i > 0 ? i - 1 : n - 1));
+        __updateBox = __updateBox.merge(pixelsOf(i > 0 ? i - 1 : n - 1));
     if (i + 1 < n || closed)
-        __updateBox = __updateBox.merge(vertexBox(i + 1 < n ? i + 1 : 0));
+        __updateBox = __updateBox.merge(pixelsOf(i + 1 < n ? i + 1 : 0));
 }
 
 bool ModelItem::isClockwise() const {
@@ -495,16 +507,16 @@ bool ModelItem::partiallyContains(const ModelItem& other) const {
     return false;
 }
 
-bool ModelItem::pointNearSegment(const Vector<int>& a, const Vector<int>& b, const Vector<int>& point, float tolerance,
-                                 bool includeEnds) {
-    const double dx = double(b[0]) - a[0];
-    const double dy = double(b[1]) - a[1];
-    const double qx = double(point[0]) - a[0];
-    const double qy = double(point[1]) - a[1];
+bool ModelItem::pointNearSegment(const Vector<double>& a, const Vector<double>& b, const Vector<double>& point,
+                                 float tolerance, bool includeEnds) {
+    const double dx = b[0] - a[0];
+    const double dy = b[1] - a[1];
+    const double qx = point[0] - a[0];
+    const double qy = point[1] - a[1];
     const double reach = double(tolerance) * tolerance;
     const double dot = dx * qx + dy * qy;
     const double squaredLength = dx * dx + dy * dy;
-    if (dot >= 1 && dot < squaredLength) {
+    if (dot > 0 && dot < squaredLength) {
         const double cross = dx * qy - dy * qx;
         if (reach >= cross * (cross / squaredLength))
             return true;

@@ -16,8 +16,8 @@ class Model;
 class ModelItemOwner;
 class StackSlice;
 
-/// One outline, or one set of points, of a model on a slice. Vertices are whole pixel positions (column, row) of the
-/// slice's image as it is in its file.
+/// One outline, or one set of points, of a model on a slice. Vertices are places (column, row) on the slice's image as
+/// it is in its file, in pixels and decimals of them: whole numbers are the middles of pixels.
 ///
 /// An item on a slice or in a model is deleted by whichever of the two goes first; an item that is listed nowhere
 /// belongs to its maker. Deletion takes the item off all lists. The vertices belong to the item alone.
@@ -71,22 +71,22 @@ public:
     int getSize() const { return __vertices.getNumVertices(); }
 
     /// Takes a copy of the vertices, clears the selection, and sets the update box to boundingBox().
-    void setVertices(const Vertices<int>& vertices);
+    void setVertices(const Vertices<double>& vertices);
 
     /// The same for the coordinates of n vertices, x and y of one after the other.
-    void setVertices(const int* coordinates, int n);
+    void setVertices(const double* coordinates, int n);
 
     /// The vertices, of space 2, sharing their store with the item: detach() a copy before changing it.
-    const Vertices<int>& getVertices() const { return __vertices; }
+    const Vertices<double>& getVertices() const { return __vertices; }
 
     /// Edits. Each keeps the selection as long as the vertices, and the update box around what changed; appending
     /// clears the selection.
-    void appendVertex(const Vector<int>& vertex);
-    void appendVertices(const Vertices<int>& vertices);
-    void insertVertex(int i, const Vector<int>& vertex);
+    void appendVertex(const Vector<double>& vertex);
+    void appendVertices(const Vertices<double>& vertices);
+    void insertVertex(int i, const Vector<double>& vertex);
     void removeVertex(int i);
     void removeVertices(int first, int last);
-    void moveVertex(int i, const Vector<int>& vertex);
+    void moveVertex(int i, const Vector<double>& vertex);
 
     ModelItemSelection& getSelection() { return __selection; }
     const ModelItemSelection& getSelection() const { return __selection; }
@@ -95,8 +95,8 @@ public:
     void setSelection(const ModelItemSelection& selection);
 
     /// Copies of the selected, or of the other vertices, in vertex order.
-    Vertices<int> selectedVertices() const;
-    Vertices<int> unselectedVertices() const;
+    Vertices<double> selectedVertices() const;
+    Vertices<double> unselectedVertices() const;
 
     /// Nothing when no vertex is selected; the selection is cleared.
     void removeSelectedVertices();
@@ -105,29 +105,29 @@ public:
     void removeUnselectedVertices();
 
     /// The vertex nearest to the point within the tolerance (in pixels, inclusive), the first of several; -1 if none.
-    int findNearestVertex(const Vector<int>& point, float tolerance) const;
+    int findNearestVertex(const Vector<double>& point, float tolerance) const;
 
     /// For points, the first vertex within the tolerance; for polylines and polygons, the end of the first segment
     /// within the tolerance, ends included, beginning with the closing segment of a polygon (whose end is vertex 0).
     /// -1 if none, or without a model.
-    int findNearVertex(const Vector<int>& point, float tolerance) const;
+    int findNearVertex(const Vector<double>& point, float tolerance) const;
 
     /// Where to insert a vertex at the point: in front of the end of the nearest segment within the tolerance, ends
     /// excluded, at the end for the closing segment of a polygon, and always at the end for points. -1 if none, or
     /// without a model.
-    int findInsertion(const Vector<int>& point, float tolerance) const;
+    int findInsertion(const Vector<double>& point, float tolerance) const;
 
     /// How far the point lies, in pixels, from the nearest segment of a polyline or polygon, else from the nearest
     /// vertex; infinite without vertices.
-    double distanceTo(const Vector<int>& point) const;
+    double distanceTo(const Vector<double>& point) const;
 
     /// Another number after every change of the vertices. Two items of equal numbers have equal vertices.
     std::uint64_t getRevision() const { return __revision; }
 
     /// The box of the vertices; the default box for an item without any. Constant time until the vertices change.
-    const BoundingBox<int>& extent() const;
+    const BoundingBox<double>& extent() const;
 
-    /// The same, grown by rectifyBox().
+    /// The whole numbers around it, grown by rectifyBox().
     BoundingBox<int> boundingBox() const;
 
     /// The region that the last edit changed, grown by rectifyBox().
@@ -153,8 +153,8 @@ public:
 
     /// True when the point lies within the tolerance of the segment from a to b, beside it; with includeEnds also when
     /// it lies within the tolerance of a or b. All comparisons are inclusive.
-    static bool pointNearSegment(const Vector<int>& a, const Vector<int>& b, const Vector<int>& point, float tolerance,
-                                 bool includeEnds);
+    static bool pointNearSegment(const Vector<double>& a, const Vector<double>& b, const Vector<double>& point,
+                                 float tolerance, bool includeEnds);
 
 private:
     friend class ModelItemOwner;
@@ -167,17 +167,17 @@ private:
 
     bool isListedBy(const ModelItemOwner& owner) const { return placeBy(owner) != 0; }
     std::uint64_t placeBy(const ModelItemOwner& owner) const;
-    void takeVertices(const Vertices<int>& vertices);
+    void takeVertices(const Vertices<double>& vertices);
     void verticesChanged();
-    bool isNear(const Vector<int>& point, float tolerance) const;
-    Vertices<int> verticesBySelection(bool selected) const;
-    BoundingBox<int> vertexBox(int i) const;
+    bool isNear(const Vector<double>& point, float tolerance) const;
+    Vertices<double> verticesBySelection(bool selected) const;
+    BoundingBox<int> pixelsOf(int i) const;
 
     Model* __model = nullptr;
     StackSlice* __slice = nullptr;
-    Vertices<int> __vertices;
+    Vertices<double> __vertices;
     std::uint64_t __revision = 0;
-    mutable BoundingBox<int> __extent;
+    mutable BoundingBox<double> __extent;
     mutable bool __extentKnown = true;
     BoundingBox<int> __updateBox;
     ModelItemSelection __selection;

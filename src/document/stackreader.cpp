@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
@@ -110,6 +111,28 @@ int toInt(std::string_view text) {
             value = 10 * value + (*at - '0');
     value = negative ? -value : value;
     return static_cast<int>(std::clamp<long long>(value, INT_MIN, INT_MAX));
+}
+
+/// A coordinate of a vertex: the leading decimal number within the range of int, 0 without one.
+double toCoordinate(std::string_view text) {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at < end && isSpace(*at))
+        ++at;
+    const bool negative = at < end && *at == '-';
+    if (at < end && (*at == '-' || *at == '+'))
+        ++at;
+    double value = 0;
+    if (at < end && ((*at >= '0' && *at <= '9') || *at == '.')) { // no names of numbers, and no second sign
+        const std::from_chars_result found = std::from_chars(at, end, value);
+        if (found.ec == std::errc::result_out_of_range) { // next to 0 or beyond all limits
+            const std::string_view number(at, static_cast<std::size_t>(found.ptr - at));
+            const bool tiny = number.find_first_of("123456789") > number.find('.') ||
+                              number.find("e-") < number.size() || number.find("E-") < number.size();
+            value = tiny ? 0 : HUGE_VAL;
+        }
+    }
+    return std::clamp<double>(negative ? -value : value, INT_MIN, INT_MAX);
 }
 
 float toReal(std::string_view text) {
@@ -551,7 +574,8 @@ bool StackReader::scanOutline(const char*& cursor, const char* end) {
     if (static_cast<std::size_t>(end - at) < keyword.size() || std::memcmp(at, keyword.data(), keyword.size()) != 0)
         return false;
     at += keyword.size();
-    const auto number = [&at, end](int& value) {
+    const auto number = [&at, end](double& value) {
+        const char* const start = at;
         const bool negative = at < end && *at == '-';
         at += negative;
         const char* const first = at;
@@ -559,6 +583,11 @@ bool StackReader::scanOutline(const char*& cursor, const char* end) {
         for (; at < end && *at >= '0' && *at <= '9' && at - first < 9; ++at)
             magnitude = 10 * magnitude + (*at - '0');
         value = negative ? -magnitude : magnitude;
+        if (at > first && at < end && *at == '.') {
+            const std::from_chars_result found = std::from_chars(start, end, value, std::chars_format::fixed);
+            at = found.ptr;
+            return found.ec == std::errc();
+        }
         return at > first;
     };
     __outline.clear();
@@ -577,7 +606,7 @@ bool StackReader::scanOutline(const char*& cursor, const char* end) {
             cursor = at < end ? at + 1 : at;
             return true;
         } else {
-            int x = 0, y = 0;
+            double x = 0, y = 0;
             if (!parted || !number(x) || at == end || *at != ',')
                 break;
             ++at;
@@ -942,13 +971,13 @@ void StackReader::inputModelItemData(const Tokens& tokens, StackIOContext& conte
         if (tokens[i].find(',') == std::string_view::npos)
             throw ArgValueError();
     const int size = static_cast<int>(tokens.size()) - 1;
-    Vertices<int> vertices(2, size, size, size);
+    Vertices<double> vertices(2, size, size, size);
     for (int i = 0; i < size; ++i) {
         const std::string_view token = tokens[static_cast<std::size_t>(i) + 1];
         const std::size_t comma = token.find(',');
-        int* const vertex = vertices[i].data();
-        vertex[0] = toInt(token.substr(0, comma));
-        vertex[1] = toInt(token.substr(comma + 1));
+        double* const vertex = vertices[i].data();
+        vertex[0] = toCoordinate(token.substr(0, comma));
+        vertex[1] = toCoordinate(token.substr(comma + 1));
     }
     item.setVertices(vertices);
     item.setClockwise(false);

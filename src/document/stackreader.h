@@ -180,7 +180,7 @@ private:
     int __numIndexedSlices = 0;
     int __numIndexedModels = 0;
     /// Coordinates of the outline that scanOutline() found; empty when the tokens hold them.
-    std::vector<int> __outline;
+    std::vector<double> __outline;
     /// The object that was opened last, which takes what follows it and can't be read.
     UnreadText* __latest = nullptr;
     /// The last statement that should have made an object has failed.

@@ -44,13 +44,21 @@ void appendReal(std::string& text, Real value) {
     text.append(buffer, end);
 }
 
-/// In the fewest digits that read back as the same; a whole number without point and exponent, as readers of old
-/// expect.
-void appendShift(std::string& text, double value) {
-    char buffer[40];
+/// Enough for any number without an exponent: at most as many zeros behind the point as the least number has, and 17
+/// digits.
+constexpr std::size_t longestNumber = 352;
+
+/// In the fewest digits that read back as the same, without an exponent; a whole number without point, as readers of
+/// old expect. The end of what was written.
+char* writePixels(char* at, char* end, double value) {
     const bool whole = std::trunc(value) == value && std::abs(value) <= INT_MAX;
-    text.append(buffer, whole ? std::to_chars(buffer, buffer + sizeof buffer, static_cast<int>(value)).ptr
-                              : std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
+    return whole ? std::to_chars(at, end, static_cast<int>(value)).ptr
+                 : std::to_chars(at, end, value, std::chars_format::fixed).ptr;
+}
+
+void appendShift(std::string& text, double value) {
+    char buffer[longestNumber];
+    text.append(buffer, writePixels(buffer, buffer + sizeof buffer, value));
 }
 
 /// Readers of whole numbers take the digits in front: an exponent would be lost on them.
@@ -317,23 +325,22 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
     if (look.definesVertexSymbol())
         statement(VERTEXSYMBOL, ModelItemProperties::toString(look.getVertexSymbol()));
 
-    const Vertices<int>& vertices = item.getVertices();
+    const Vertices<double>& vertices = item.getVertices();
     const int size = vertices.getNumVertices();
     if (size == 0 && !item.getUnreadText().empty()) { // what was read stands for the vertices
         __text += item.getUnreadText();
         return;
     }
     __text += getString(MODELITEMDATA) + "\n";
-    // A blank, two numbers of up to 11 characters, a comma and a line end.
-    constexpr int maxNumberLength = 11;
-    char buffer[2 * maxNumberLength + 3];
+    // A blank, two numbers, a comma and a line end.
+    char buffer[2 * longestNumber + 3];
     for (int i = 0; i < size; ++i) {
-        const Vector<int>& vertex = vertices[i];
+        const Vector<double>& vertex = vertices[i];
         char* at = buffer;
         *at++ = ' ';
-        at = std::to_chars(at, at + maxNumberLength, vertex[0]).ptr;
+        at = writePixels(at, at + longestNumber, vertex[0]);
         *at++ = ',';
-        at = std::to_chars(at, at + maxNumberLength, vertex[1]).ptr;
+        at = writePixels(at, at + longestNumber, vertex[1]);
         if (i % verticesPerLine == verticesPerLine - 1 && i != size - 1)
             *at++ = '\n';
         __text.append(buffer, at);

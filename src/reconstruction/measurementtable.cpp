@@ -25,6 +25,7 @@ std::string unitOf(const Stack& stack, int power = 1) {
 
 const char* const surfaceEstimator = "closed surface";
 const char* const sectionEstimator = "sum over sections";
+const char* const stepless = "digital straight segments";
 
 std::vector<Column> modelColumns(const Stack& stack, bool withErrors) {
     const std::string length = unitOf(stack), area = unitOf(stack, 2), volume = unitOf(stack, 3);
@@ -42,8 +43,13 @@ std::vector<Column> modelColumns(const Stack& stack, bool withErrors) {
         {"CentroidX", "centroid", length, centroid, false, surfaceEstimator},
         {"CentroidY", "centroid", length, centroid, false, surfaceEstimator},
         {"CentroidZ", "centroid", length, centroid, false, surfaceEstimator},
-        {"Area", "area", area, "Area of the surface between the contours of successive slices, without the ends", false,
-         "surface without ends"},
+        {"Area", "area", area,
+         "Area of the surface between the contours of successive slices, without the ends and without the steps of the "
+         "pixel grid",
+         false, "surface without ends, " + std::string(stepless)},
+        {"DrawnArea", "drawnArea", area,
+         "Area of the surface between the contours of successive slices as they are drawn, without the ends", false,
+         "surface without ends, as drawn"},
         {"Volume", "volume", volume,
          "Volume within the closed surface, which ends half a section beyond the outermost contours; the sum over the "
          "sections where there is no closed surface",
@@ -56,7 +62,9 @@ std::vector<Column> modelColumns(const Stack& stack, bool withErrors) {
          "Volume of the slabs between successive sections, each as a frustum, h/3 (A1 + A2 + sqrt(A1 A2)), without "
          "the ends",
          false, "slabs between sections"},
-        {"ClosedArea", "closedArea", area, "Area of the closed surface, ends included", false, surfaceEstimator},
+        {"ClosedArea", "closedArea", area,
+         "Area of the closed surface, ends included, without the steps of the pixel grid", false,
+         std::string(surfaceEstimator) + ", " + stepless},
         {"ClosedVolume", "closedVolume", volume, "Volume within the closed surface, by the divergence theorem", false,
          surfaceEstimator},
         {"Sphericity", "sphericity", "", "Area of the ball of the closed surface's volume to its area: 1 for a ball",
@@ -86,7 +94,11 @@ std::vector<Column> itemColumns(const Stack& stack) {
     return {{"Model", "model", "", ""},
             {"Slice", "slice", "", "Slice of the item", true},
             {"Vertices", "vertices", "", ""},
-            {"Length", "length", length, "Length of the line, with the edge that closes an outline"},
+            {"Length", "length", length,
+             "Length of the line, with the edge that closes an outline, without the steps of the pixel grid: digital "
+             "straight segments count as straight lines",
+             false, stepless},
+            {"DrawnLength", "drawnLength", length, "Length of the line as it is drawn", false, "edges as drawn"},
             {"Area", "area", unitOf(stack, 2), "Area of the outline"},
             {"AverageX", "barycenter", length, "Mean of the vertices on the slice, along its columns"},
             {"AverageY", "barycenter", length, "Mean of the vertices on the slice, along its rows"},
@@ -229,10 +241,11 @@ void MeasurementTable::addModel(const ModelMorphometry& morphometry) {
             addNumber(certificate.centroid[axis]);
         else
             addMissing(open);
-    if (morphometry.getArea() < 0)
-        addMissing(reason);
-    else
-        addNumber(morphometry.getArea());
+    for (const double area : {morphometry.getAreaWithoutSteps(), morphometry.getArea()})
+        if (area < 0)
+            addMissing(reason);
+        else
+            addNumber(area);
     addVolumes(morphometry, reason);
     addSurface(morphometry, open);
     const double volume = morphometry.getBestVolume();
@@ -328,6 +341,7 @@ MeasurementTable MeasurementTable::ofItemsThat(const Stack& stack, const Include
 
 void MeasurementTable::addItem(const ModelItemGeometry& geometry) {
     addCount(geometry.getNumVertices());
+    addNumber(geometry.getLengthWithoutSteps());
     addNumber(geometry.getLength());
     addNumber(std::fabs(geometry.getArea()));
     for (int axis = 0; axis < 3; ++axis)

@@ -35,17 +35,17 @@ public:
     enum class CellKind : unsigned char { Text, Count, Number, Missing };
 
     /// A row for each model of the stack, or of the list: Model, Geometry, Vertices, Contours, AverageX to AverageZ,
-    /// CentroidX to CentroidZ, Area, Volume, SectionVolume, SlabVolume, ClosedArea, ClosedVolume, Sphericity,
-    /// SurfaceToVolume, Surface, Parts, Euler, Genus, EquivRadius, Axis1 to Axis3, in world coordinates; with errors
-    /// VolumeError, AreaError and ClosedAreaError.
+    /// CentroidX to CentroidZ, Area, DrawnArea, Volume, SectionVolume, SlabVolume, ClosedArea, ClosedVolume,
+    /// Sphericity, SurfaceToVolume, Surface, Parts, Euler, Genus, EquivRadius, Axis1 to Axis3, in world coordinates;
+    /// with errors VolumeError, AreaError and ClosedAreaError.
     ///
     /// Volume is that of the closed surface where this is sound, else that of the sections.
     static MeasurementTable ofModels(const Stack& stack, Errors errors = Errors::Unknown);
     static MeasurementTable ofModels(const Stack& stack, const std::vector<const Model*>& models,
                                      Errors errors = Errors::Unknown);
 
-    /// A row for each item of the stack, or of the model, slice by slice: Model, Slice, Vertices, Length, Area,
-    /// AverageX, AverageY, Z, in the coordinates of the item's slice.
+    /// A row for each item of the stack, or of the model, slice by slice: Model, Slice, Vertices, Length, DrawnLength,
+    /// Area, AverageX, AverageY, Z, in the coordinates of the item's slice.
     static MeasurementTable ofItems(const Stack& stack);
     static MeasurementTable ofItems(const Stack& stack, const Model& model);
 

@@ -5,6 +5,7 @@
 #include "document/stackslice.h"
 #include "numerics/exception.h"
 #include "shapes/curve.h"
+#include "shapes/pixelsteps.h"
 
 namespace vorlen {
 
@@ -15,7 +16,7 @@ ModelItemGeometry::ModelItemGeometry() {
 void ModelItemGeometry::clear() {
     __vertices.reset();
     __isobarycenter.setZeros(3);
-    __length = 0;
+    __length = __lengthWithoutSteps = 0;
     __area = 0;
 }
 
@@ -33,13 +34,18 @@ void ModelItemGeometry::run(double position) {
     const StackSlice& slice = *item->getSlice();
     const double pixelWidth = slice.getPixelCalibration().getPixelWidth();
     const double pixelHeight = slice.getPixelCalibration().getPixelHeight();
-    const Vertices<int>& pixels = item->getVertices();
+    const Vertices<double>& pixels = item->getVertices();
     const int size = pixels.getNumVertices();
-    Curve<double> curve(2, size, size, 1, !item->isClosed());
-    for (int k = 0; k < size; ++k) {
-        curve[k][0] = pixels[k][0] * pixelWidth;
-        curve[k][1] = pixels[k][1] * pixelHeight;
-    }
+    const auto scaled = [&](const Vertices<double>& outline) {
+        const int n = outline.getNumVertices();
+        Curve<double> result(2, n, n, 1, !item->isClosed());
+        for (int k = 0; k < n; ++k) {
+            result[k][0] = outline[k][0] * pixelWidth;
+            result[k][1] = outline[k][1] * pixelHeight;
+        }
+        return result;
+    };
+    const Curve<double> curve = scaled(pixels);
     if (size > 0) {
         const Vector<double> centre = curve.cog();
         __isobarycenter[0] = centre[0];
@@ -50,7 +56,10 @@ void ModelItemGeometry::run(double position) {
         __vertices = std::make_unique<Vertices<double>>(curve);
         return;
     }
-    __length = curve.length();
+    __length = __lengthWithoutSteps = curve.length();
+    const Vertices<double> smooth = withoutPixelSteps(pixels, item->isClosed());
+    if (smooth.getNumVertices() != size)
+        __lengthWithoutSteps = scaled(smooth).length();
     if (curve.isClosed())
         __area = 0.5 * curve.twiceArea(0, 1);
     __vertices = std::make_unique<Curve<double>>(curve);

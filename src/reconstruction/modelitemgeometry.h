@@ -33,6 +33,9 @@ public:
     /// Perimeter of a polygon, length of a polyline, 0 for points.
     double getLength() const { return __length; }
 
+    /// The same without the steps of the pixel grid (withoutPixelSteps()).
+    double getLengthWithoutSteps() const { return __lengthWithoutSteps; }
+
     /// Area of a polygon, positive when it turns from the column axis towards the row axis; 0 otherwise.
     double getArea() const { return __area; }
 
@@ -40,6 +43,7 @@ private:
     std::unique_ptr<Vertices<double>> __vertices;
     Vector<double> __isobarycenter;
     double __length = 0;
+    double __lengthWithoutSteps = 0;
     double __area = 0;
 };
 

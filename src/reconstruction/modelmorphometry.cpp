@@ -1,6 +1,7 @@
 #include "reconstruction/modelmorphometry.h"
 
 #include <cmath>
+#include <optional>
 #include <vector>
 
 #include "document/model.h"
@@ -9,6 +10,7 @@
 #include "numerics/exception.h"
 #include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
+#include "shapes/pixelsteps.h"
 #include "shapes/sectionregion.h"
 
 namespace vorlen {
@@ -36,6 +38,17 @@ Vector<int> nearestCoordinateAxes(const SquareMatrix<double>& axes) {
         nearest[i] = column.maxPos();
     }
     return nearest;
+}
+
+/// Whether any outline changes without the steps of the pixel grid.
+bool hasSteps(const Model& model) {
+    for (int i = 0; i < model.getNumItems(); ++i) {
+        const ModelItem& item = model.getItem(i);
+        if (item.isConnected() &&
+            withoutPixelSteps(item.getVertices(), item.isClosed()).getNumVertices() != item.getSize())
+            return true;
+    }
+    return false;
 }
 
 /// A slice on which the model encloses something.
@@ -77,7 +90,7 @@ void ModelMorphometry::clear() {
     __numVertices = 0;
     __numContours = 0;
     __isobarycenter.setZeros(3);
-    __area = 0;
+    __area = __areaWithoutSteps = 0;
     __volume = 0;
     __slabVolume = 0;
     __closedArea = __closedVolume = notAvailable;
@@ -131,13 +144,16 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
     const bool closed = __model->getProperties().getGeometry() == PolygonPrimitive;
     if (surface.exists()) {
         const TriMesh<double> tiles = surface.tile(2);
-        __area = tiles.area();
+        __area = __areaWithoutSteps = tiles.area();
         if (closed)
             close(surface, tiles);
+        std::optional<ModelSurface<double>> smooth;
+        if (hasSteps(*__model))
+            takeSteps(smooth.emplace(*__model, reconstruction, OutlineSteps::Removed));
         if (__errorsWanted)
-            estimateErrors(surface);
+            estimateErrors(smooth ? *smooth : surface);
     } else {
-        __area = __volume = notAvailable;
+        __area = __areaWithoutSteps = __volume = notAvailable;
     }
     if (closed)
         addSections(reconstruction);
@@ -152,6 +168,19 @@ void ModelMorphometry::close(const ModelSurface<double>& surface, const TriMesh<
     __closedVolume = __certificate.volume;
 }
 
+/// Measures the areas anew, on outlines without the steps of the pixel grid.
+void ModelMorphometry::takeSteps(const ModelSurface<double>& smooth) {
+    if (!smooth.exists())
+        return;
+    const TriMesh<double> tiles = smooth.tile(2);
+    __areaWithoutSteps = tiles.area();
+    if (!__certificate.closed)
+        return;
+    const TriMesh<double> mesh = smooth.isGrid() ? smooth.close(tiles, __ends) : smooth.closed(__ends);
+    if (SurfaceCertificate::of(mesh).closed)
+        __closedArea = mesh.area();
+}
+
 void ModelMorphometry::estimateErrors(const ModelSurface<double>& surface) {
     double volume = 0, area = 0, closedArea = 0;
     for (const bool fromSecond : {false, true}) {
@@ -163,7 +192,7 @@ void ModelMorphometry::estimateErrors(const ModelSurface<double>& surface) {
         closedArea += mesh.area() / 2;
         volume += SurfaceCertificate::of(mesh).volume / 2;
     }
-    __areaError = std::fabs(area - __area);
+    __areaError = std::fabs(area - __areaWithoutSteps);
     if (!__certificate.closed)
         return;
     __closedAreaError = std::fabs(closedArea - __closedArea);

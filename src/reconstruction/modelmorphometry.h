@@ -50,12 +50,15 @@ public:
     int getNumVertices() const { return __numVertices; }
     int getNumContours() const { return __numContours; }
     double getArea() const { return __area; }
+
+    /// The same through the outlines without the steps of the pixel grid (withoutPixelSteps()).
+    double getAreaWithoutSteps() const { return __areaWithoutSteps; }
     double getVolume() const { return __volume; }
 
     /// Volume of the slabs between successive sections.
     double getSlabVolume() const { return __slabVolume; }
 
-    /// Area and volume of the closed surface; -1 where there is none.
+    /// Area and volume of the closed surface, the area without the steps of the pixel grid; -1 where there is none.
     double getClosedArea() const { return __closedArea; }
     double getClosedVolume() const { return __closedVolume; }
 
@@ -101,6 +104,7 @@ public:
 private:
     const StackSlice* count();
     void close(const ModelSurface<double>& surface, const TriMesh<double>& tiles);
+    void takeSteps(const ModelSurface<double>& smooth);
     void estimateErrors(const ModelSurface<double>& surface);
     void addSections(const StackReconstruction<double>& reconstruction);
 
@@ -110,6 +114,7 @@ private:
     int __numContours = 0;
     Vector<double> __isobarycenter;
     double __area = 0;
+    double __areaWithoutSteps = 0;
     double __volume = 0;
     double __slabVolume = 0;
     double __closedArea = -1;

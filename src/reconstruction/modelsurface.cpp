@@ -88,8 +88,13 @@ TriMesh<T> converted(const TriMesh<double>& mesh) {
 } // namespace
 
 template <class T>
-ModelSurface<T>::ModelSurface(const Model& model, const StackReconstruction<T>& reconstruction) {
-    std::unique_ptr<Shape<T>> shape = reconstruction.apply(model);
+ModelSurface<T>::ModelSurface(const Model& model, const StackReconstruction<T>& reconstruction)
+    : ModelSurface(model, reconstruction, OutlineSteps::Kept) {
+}
+
+template <class T>
+ModelSurface<T>::ModelSurface(const Model& model, const StackReconstruction<T>& reconstruction, OutlineSteps steps) {
+    std::unique_ptr<Shape<T>> shape = reconstruction.apply(model, steps);
     __shape.reset(&dynamic_cast<VertexStack<T>&>(*shape));
     static_cast<void>(shape.release()); // the same object
     removeEmptyLevels(*__shape);

@@ -15,6 +15,7 @@ namespace vorlen {
 class BranchingSurface;
 class Model;
 class ModelProperties;
+enum class OutlineSteps : unsigned char;
 template <class T>
 class StackReconstruction;
 
@@ -54,6 +55,7 @@ public:
 
     /// Reconstructs and judges the model. Throws UsageError when the reconstruction has no stack.
     ModelSurface(const Model& model, const StackReconstruction<T>& reconstruction);
+    ModelSurface(const Model& model, const StackReconstruction<T>& reconstruction, OutlineSteps steps);
     ~ModelSurface();
 
     SurfaceKind getKind() const { return __kind; }

@@ -5,6 +5,7 @@
 #include "numerics/exception.h"
 #include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
+#include "shapes/meshdistance.h"
 #include "shapes/vertexiterator.h"
 
 namespace vorlen {
@@ -30,10 +31,11 @@ std::vector<double> spotDistances(const Stack& stack, const std::string& surface
         throw UsageError(where, "Its model \"" + surface + "\" has no surface to measure from: " + outlines.reason());
     const TriMesh<double> mesh =
         outlines.isGrid() ? outlines.resample(50, 100)->toTriMesh(true) : outlines.closed(SurfaceEnds());
+    const MeshDistance surfaceOf(mesh);
     std::vector<double> distances;
-    Vector<double> closest(3);
     for (ConstVertexIterator<double> spot(points.getShape()); spot.current(); ++spot)
-        distances.push_back(mesh.closestPoint(*spot.current(), closest));
+        distances.push_back(
+            surfaceOf.closest({(*spot.current())[0], (*spot.current())[1], (*spot.current())[2]}).distance);
     if (distances.empty())
         throw UsageError(where, "Its model \"" + spots + "\" has no points");
     return distances;

@@ -10,6 +10,7 @@
 #include "document/stack.h"
 #include "numerics/exception.h"
 #include "shapes/curvestack.h"
+#include "shapes/pixelsteps.h"
 
 namespace vorlen {
 
@@ -91,12 +92,11 @@ void StackReconstruction<T>::map(Vertices<T>& out, const ModelItem& item) const 
         std::cerr << "invalid stack/item pair in StackReconstruction (ignored)" << std::endl;
         return;
     }
-    mapFromSlice(out, item, i);
+    mapFromSlice(out, item.getVertices(), i);
 }
 
 template <class T>
-void StackReconstruction<T>::mapFromSlice(Vertices<T>& out, const ModelItem& item, int slice) const {
-    const Vertices<int>& pixels = item.getVertices();
+void StackReconstruction<T>::mapFromSlice(Vertices<T>& out, const Vertices<double>& pixels, int slice) const {
     const int size = pixels.getNumVertices();
     out.setServer(*new VertexServer<T>(3, size, size, 1)); // the client's count deletes it
     out.setSize(0, false);
@@ -104,7 +104,7 @@ void StackReconstruction<T>::mapFromSlice(Vertices<T>& out, const ModelItem& ite
     const Vector<T>& map = __maps[slice];
     const T z = __zMap[slice];
     for (int k = 0; k < size; ++k) {
-        const Vector<int>& pixel = pixels[k];
+        const Vector<double>& pixel = pixels[k];
         const T u = T(pixel[0]), v = T(pixel[1]);
         Vector<T>& world = out[k];
         world[0] = map[0] * u + map[1] * v + map[2];
@@ -152,7 +152,7 @@ std::unique_ptr<Shape<T>> StackReconstruction<T>::apply(const ModelItem& item) c
 }
 
 template <class T>
-std::unique_ptr<Shape<T>> StackReconstruction<T>::apply(const Model& model) const {
+std::unique_ptr<Shape<T>> StackReconstruction<T>::apply(const Model& model, OutlineSteps steps) const {
     if (__stack == nullptr)
         throw UsageError("Shape<T>* StackReconstruction<T>::apply(const Model&) const", "No stack has been set");
 
@@ -168,7 +168,9 @@ std::unique_ptr<Shape<T>> StackReconstruction<T>::apply(const Model& model) cons
         result = std::make_unique<CurveStack<T>>(3, 0, 0, 0, 0, open);
     }
     for (const auto& [slice, item] : itemsOf(model)) {
-        mapFromSlice(*level, *item, slice);
+        const bool removed = steps == OutlineSteps::Removed && item->isConnected();
+        mapFromSlice(*level, removed ? withoutPixelSteps(item->getVertices(), item->isClosed()) : item->getVertices(),
+                     slice);
         result->append(static_cast<const Vertices<T>&>(*level));
     }
     result->detach();

@@ -15,6 +15,9 @@ class Model;
 class ModelItem;
 class Stack;
 
+/// Whether outlines count as they were drawn, or without the steps of the pixel grid (withoutPixelSteps()).
+enum class OutlineSteps : unsigned char { Kept, Removed };
+
 /// The bridge from the pixels of a stack's slices to calibrated world coordinates, and from items to 3D shapes.
 ///
 /// For the pixel (u, v) of slice i, u the column and v the row counted from the top of the image, the world point is
@@ -53,7 +56,7 @@ public:
 
     /// The model as a stack of one level for each item, slice by slice: a closed or open CurveStack, or a VertexStack
     /// for points. Items on one slice follow each other in the order of the slice's list, at equal Z.
-    std::unique_ptr<Shape<T>> apply(const Model& model) const;
+    std::unique_ptr<Shape<T>> apply(const Model& model, OutlineSteps steps = OutlineSteps::Kept) const;
 
     /// The items of the model that lie on slices of the stack, each with the place of its slice: slice by slice, in the
     /// order of the slices' lists. Throws UsageError without a stack. n log n in the number of the model's items.
@@ -61,7 +64,7 @@ public:
 
 private:
     const Vector<T>& mapOf(int slice) const;
-    void mapFromSlice(Vertices<T>& out, const ModelItem& item, int slice) const;
+    void mapFromSlice(Vertices<T>& out, const Vertices<double>& pixels, int slice) const;
 
     const Stack* __stack = nullptr;
     Matrix<T> __maps;

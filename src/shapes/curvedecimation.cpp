@@ -1,6 +1,10 @@
 #include "shapes/curvedecimation.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <queue>
+#include <type_traits>
 #include <vector>
 
 #include "shapes/shapearithmetic.h"
@@ -9,12 +13,22 @@ namespace vorlen {
 
 namespace {
 
-// Long double holds the products of all differences of int coordinates exactly.
+// Long double holds the products of all differences of whole coordinates exactly. Decimals are rounded to what their
+// type holds, and so are no farther from the line than that.
 template <class T>
 bool inLine(const Vector<T>& p, const Vector<T>& q, const Vector<T>& r) {
     using Exact = long double;
-    return (Exact(p[0]) - Exact(q[0])) * (Exact(r[1]) - Exact(p[1])) ==
-           (Exact(r[0]) - Exact(p[0])) * (Exact(p[1]) - Exact(q[1]));
+    const Exact firstX = Exact(p[0]) - Exact(q[0]), firstY = Exact(p[1]) - Exact(q[1]);
+    const Exact secondX = Exact(r[0]) - Exact(p[0]), secondY = Exact(r[1]) - Exact(p[1]);
+    const Exact product = firstX * secondY - secondX * firstY;
+    if constexpr (std::is_integral_v<T>)
+        return product == 0;
+    Exact largest = 0;
+    for (const Vector<T>* point : {&p, &q, &r})
+        largest = std::max({largest, std::abs(Exact((*point)[0])), std::abs(Exact((*point)[1]))});
+    const Exact rounding = std::numeric_limits<T>::epsilon() * largest;
+    return std::abs(product) <=
+           rounding * (std::abs(firstX) + std::abs(firstY) + std::abs(secondX) + std::abs(secondY));
 }
 
 } // namespace
@@ -75,5 +89,6 @@ void CurveDecimation<T>::apply(Curve<T>& curve) const {
 }
 
 template class CurveDecimation<int>;
+template class CurveDecimation<double>;
 
 } // namespace vorlen

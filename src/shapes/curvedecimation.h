@@ -4,7 +4,8 @@
 
 namespace vorlen {
 
-/// Removes the vertices that lie exactly in line with their two neighbours, in the plane of axes 0 and 1.
+/// Removes the vertices that lie in line with their two neighbours, in the plane of axes 0 and 1: exactly for whole
+/// numbers, to the rounding of the coordinates for decimals.
 ///
 /// A pass walks backwards, from the last vertex of a closed curve or the last but one of an open one to vertex 1, and
 /// looks at the neighbours as they stand at the moment: a straight run collapses in one pass, spikes that fold back go
@@ -12,7 +13,7 @@ namespace vorlen {
 /// vertices; callers that need more check the result.
 ///
 /// Later passes of a recursive run visit only the vertices whose neighbours have changed, so that a run costs
-/// n + r log r for r removed vertices, however many passes it takes. Compiled for int.
+/// n + r log r for r removed vertices, however many passes it takes. Compiled for int and double.
 template <class T>
 class CurveDecimation {
 public:

@@ -54,7 +54,7 @@ TEST_F(ModelItemTest, itsModelTellsWhatIsJoined) {
 }
 
 TEST_F(ModelItemTest, keepsItsVerticesForItself) {
-    const Vertices<int> vertices = makeVertices({{1, 2}, {3, 4}});
+    const Vertices<double> vertices = makeVertices({{1, 2}, {3, 4}});
     ModelItem item;
     item.setVertices(vertices);
     item.moveVertex(0, point(9, 9));
@@ -210,10 +210,33 @@ TEST_F(ModelItemTest, aSelectionOfAnotherSizeIsRefused) {
     EXPECT_EQ(item.getSelection(), selection);
 }
 
+TEST_F(ModelItemTest, verticesBetweenPixelsAreHitSelectedAndPaintedWhereTheyAre) {
+    ModelItem& item = addItem(polygons, stack.getSlice(0));
+    item.setVertices(makeDecimals({{10.25, 10.5}, {20.75, 10.5}, {20.75, 30.25}}));
+    EXPECT_EQ(corners(item.extent()), (std::vector<double>{10.25, 10.5, 20.75, 30.25}));
+    // The whole pixels around the vertices; an edit tells those before and after it.
+    const std::vector<int> around = corners(item.boundingBox());
+    EXPECT_LE(around[0], 10);
+    EXPECT_LE(around[1], 10);
+    EXPECT_GE(around[2], 21);
+    EXPECT_GE(around[3], 31);
+    item.moveVertex(0, point(5.5, 7.75));
+    EXPECT_LE(corners(item.updateBox())[0], 5);
+    EXPECT_LE(corners(item.updateBox())[1], 7);
+    EXPECT_GE(corners(item.updateBox())[3], 31);
+    item.moveVertex(0, point(10.25, 10.5));
+    EXPECT_EQ(item.findNearestVertex(point(10.5, 10.5), 0.25f), 0);
+    EXPECT_EQ(item.findNearestVertex(point(10.51, 10.5), 0.25f), -1);
+    EXPECT_DOUBLE_EQ(item.distanceTo(point(15.5, 10.75)), 0.25);
+    // Beside the first segment, near its start: a place within less than a pixel of it counts.
+    EXPECT_EQ(item.findInsertion(point(10.3, 10.4), 0.25f), 1);
+    EXPECT_TRUE(item.partiallyContains(item));
+}
+
 TEST_F(ModelItemTest, everyChangeOfTheVerticesIsToldByExtentAndRevision) {
     ModelItem& item = addItem(polygons, stack.getSlice(0));
     std::uint64_t last = item.getRevision();
-    const auto expect = [&](const std::vector<int>& extent) {
+    const auto expect = [&](const std::vector<double>& extent) {
         EXPECT_EQ(corners(item.extent()), extent);
         EXPECT_NE(item.getRevision(), last);
         last = item.getRevision();
@@ -261,7 +284,7 @@ TEST_F(ModelItemTest, hitsAreThoseOfEveryVertexAndSegment) {
     for (const float tolerance : {0.0f, 2.5f, 7.0f})
         for (int y = 25; y < 95; ++y)
             for (int x = 15; x < 105; ++x) {
-                const Vector<int> p = point(x, y);
+                const Vector<double> p = point(x, y);
                 double nearest = 1e9;
                 bool beside = false, near = false;
                 for (std::size_t i = 0; i < points.size(); ++i) {
@@ -334,7 +357,7 @@ TEST_F(ModelItemTest, insertionLooksStrictlyInsideTheSegments) {
 }
 
 TEST_F(ModelItemTest, pointNearSegmentMeasuresBesideAndAtTheEnds) {
-    const Vector<int> a = point(0, 0), b = point(4, 3);
+    const Vector<double> a = point(0, 0), b = point(4, 3);
     // Distance of (1, 7) to the line is |4 * 7 - 3 * 1| / 5 = 5.
     EXPECT_TRUE(ModelItem::pointNearSegment(a, point(8, 6), point(1, 7), 5, false));
     EXPECT_FALSE(ModelItem::pointNearSegment(a, point(8, 6), point(1, 7), 4.99f, false));

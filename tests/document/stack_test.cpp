@@ -494,7 +494,7 @@ protected:
 
     void addRegion(int left, int top, int right, int bottom) {
         auto* sample = new StandardSample;
-        sample->setRegion(BoundingBox<int>(point(left, top), point(right, bottom)));
+        sample->setRegion(BoundingBox<int>(pixel(left, top), pixel(right, bottom)));
         curve.addSample(sample);
     }
 

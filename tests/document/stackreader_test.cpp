@@ -268,9 +268,9 @@ TEST(StackReader, itemsGoToTheirModelAndSliceAndTurnCounterClockwise) {
     EXPECT_EQ(read.item().getVertices()[3][0], 0);
 }
 
-TEST(StackReader, verticesAreLeadingIntegersWithinTheRangeOfInt) {
+TEST(StackReader, verticesAreLeadingNumbersWithinTheRangeOfInt) {
     const Read read(item + "PRIMITIVE Polyline;\nMODELITEMDATA 1x,2y ,5 7, 99999999999999999999,-99999999999 1,2,3;\n");
-    const Vertices<int>& vertices = read.item().getVertices();
+    const Vertices<double>& vertices = read.item().getVertices();
     ASSERT_EQ(vertices.getNumVertices(), 5);
     bool found = false;
     for (int i = 0; i < 5; ++i)
@@ -278,18 +278,51 @@ TEST(StackReader, verticesAreLeadingIntegersWithinTheRangeOfInt) {
     EXPECT_TRUE(found);
 }
 
+// One pass over the usual form, and the general way for all others: every spelling of a number means the same in both.
+TEST(StackReader, verticesMayBeDecimals) {
+    const std::pair<const char*, double> spellings[] = {{"1.5", 1.5},
+                                                        {"-0.125", -0.125},
+                                                        {"+2.75", 2.75},
+                                                        {"7.", 7},
+                                                        {".5", 0.5},
+                                                        {"-.25", -0.25},
+                                                        {"1e2", 100},
+                                                        {"2.5e-1", 0.25},
+                                                        {"1e400", 2147483647},
+                                                        {"-1e400", -2147483648.0},
+                                                        {"1e-400", 0},
+                                                        {"0.1", 0.1},
+                                                        {"1.5.5", 1.5},
+                                                        {"nan", 0},
+                                                        {"inf", 0},
+                                                        {"-inf", 0},
+                                                        {"+-3", 0},
+                                                        {"0x10", 0},
+                                                        {"1.25x", 1.25}};
+    for (const auto& [text, value] : spellings)
+        for (const char* keyword : {"MODELITEMDATA", "M2DDATA"}) {
+            const std::string number = text;
+            const Read read(item + "PRIMITIVE Polyline;\n" + keyword + "\n 8," + number + " " + number + ",9;\n");
+            ASSERT_EQ(read.item().getSize(), 2) << number;
+            EXPECT_EQ(read.item().getVertices()[0][1], value) << number;
+            EXPECT_EQ(read.item().getVertices()[1][0], value) << number;
+            EXPECT_EQ(read.item().getVertices()[1][1], 9) << number;
+        }
+}
+
 // The usual spelling of an outline is read in one pass, the old one in the general way: both give the same.
 TEST(StackReader, outlinesOfAllFormsReadAlikeInBothSpellings) {
     std::mt19937 random(5);
-    const std::string pieces[] = {" ",  "\n", " 1,2", " -3,4", "5,6", " +7,8", ",",       ";",    "x",  " 1234567890,1",
-                                  "\t", "#",  " # ",  "9",     "\n ", " 0,0",  " 10,-20", " ;\n", ";\n"};
+    const std::string pieces[] = {" ",     "\n", " .5,2.75", "1.",   " 1,2",          " -3,4", "5,6",
+                                  " +7,8", ",",  ";",        "x",    " 1234567890,1", "\t",    "#",
+                                  " # ",   "9",  "\n ",      " 0,0", " 10,-20",       " ;\n",  ";\n"};
     for (int round = 0; round < 3000; ++round) {
         std::string body;
         for (int n = static_cast<int>(random() % 12); n > 0; --n)
             body += pieces[random() % std::size(pieces)];
         body += random() % 4 == 0 ? ";" : ";\nCOLOR 1 2 3;\n";
         const Read fast(item + "MODELITEMDATA" + body), slow(item + "M2DDATA" + body);
-        ASSERT_EQ(coordinates(fast.item().getVertices()), coordinates(slow.item().getVertices())) << body;
+        ASSERT_EQ(decimals(fast.item().getVertices()), decimals(slow.item().getVertices())) << body;
         ASSERT_EQ(fast.item().getProperties().definesColor(), slow.item().getProperties().definesColor()) << body;
         ASSERT_EQ(fast.log().size(), slow.log().size()) << body;
     }

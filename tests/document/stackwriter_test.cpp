@@ -58,7 +58,7 @@ ModelItem& itemOf(Model& model, StackSlice& slice, const std::vector<std::pair<i
     item->attach();
     const int size = static_cast<int>(points.size());
     if (size > 0) {
-        Vertices<int> vertices(2, size, size, size);
+        Vertices<double> vertices(2, size, size, size);
         for (int i = 0; i < size; ++i) {
             vertices[i][0] = points[static_cast<std::size_t>(i)].first;
             vertices[i][1] = points[static_cast<std::size_t>(i)].second;
@@ -189,6 +189,32 @@ TEST(StackWriter, aLineBreakFollowsEverySeventhVertexButTheLast) {
     EXPECT_TRUE(contains(text, "DATA\n 1,2 1,2 1,2 1,2 1,2 1,2 1,2;\n"));
     EXPECT_TRUE(contains(text, " 1,2\n 3,-4 3,-4 3,-4 3,-4 3,-4 3,-4 3,-4;\n"));
     EXPECT_TRUE(contains(text, "MODELITEMDATA\n;\n"));
+}
+
+// Whole numbers stay whole, for readers that know no others, and the digits in front of a point are those of the place.
+TEST(StackWriter, verticesBetweenPixelsAreWrittenInTheFewestDigitsThatReadBackTheSame) {
+    const StackFolder folder;
+    Stack stack, copy;
+    StackSlice& slice = addMosaic(stack, "s");
+    Model& model = modelOf(stack, "m");
+    model.getProperties().setGeometry(PolypointPrimitive);
+    ModelItem& points = itemOf(model, slice, {{5, -7}});
+    const std::vector<std::pair<double, double>> places = {
+        {0.1, 2}, {1.0 / 3, -7.25}, {1e-7, 123456.789}, {-0.0, 2147483647}, {99999.99999999999, -4.9e-324}};
+    for (const auto& [x, y] : places) {
+        Vector<double> vertex(2);
+        vertex[0] = x;
+        vertex[1] = y;
+        points.appendVertex(vertex);
+    }
+    const std::string text = StackWriter().toText(stack, folder.path());
+    EXPECT_TRUE(contains(text, "DATA\n 5,-7 0.1,2 0.3333333333333333,-7.25 0.0000001,123456.789 0,2147483647 99999.9"));
+    roundTrip(stack, folder, copy);
+    const Vertices<double>& read = copy.getModel(0).getItem(0).getVertices();
+    ASSERT_EQ(read.getNumVertices(), 6);
+    for (int i = 0; i < 6; ++i)
+        for (const int axis : {0, 1})
+            EXPECT_EQ(read[i][axis], points.getVertices()[i][axis]) << i;
 }
 
 TEST(StackWriter, readAndWrittenAgainEveryPartOfTheDocumentIsTheSame) {

@@ -53,7 +53,7 @@ public:
         item = new ModelItem;
         item->setModel(model);
         item->setSlice(&stack.getSlice(1));
-        const int coordinates[] = {60, 70, 180, 90, 120, 200};
+        const double coordinates[] = {60, 70, 180, 90, 120, 200};
         item->setVertices(coordinates, 3);
         item->attach();
     }

@@ -33,8 +33,8 @@ protected:
         SectionParts parts(0);
         for (int i = 0; i < stack.getSlice(rank).getNumItems(); ++i) {
             std::vector<PlanePoint> outline;
-            for (const auto& [x, y] : verticesOf(stack.getSlice(rank).getItem(i)))
-                outline.push_back({double(x), double(y)});
+            for (const auto& [x, y] : decimals(stack.getSlice(rank).getItem(i).getVertices()))
+                outline.push_back({x, y});
             parts.add(std::move(outline));
         }
         parts.build();
@@ -74,7 +74,7 @@ TEST_F(GapFillingTest, placesInSpaceCountAndNotThePixelsOfTheSlices) {
     const StackReconstruction<double> space(stack);
     SectionParts parts(0);
     std::vector<PlanePoint> outline;
-    const Vertices<int>& vertices = odd.getItem(0).getVertices();
+    const Vertices<double>& vertices = odd.getItem(0).getVertices();
     for (int k = 0; k < vertices.getNumVertices(); ++k) {
         const Vector<double> place = space.toWorld(4, vertices[k][0], vertices[k][1]);
         outline.push_back({place[0], place[1]});

@@ -40,12 +40,12 @@ Image inverted(Image image) {
 }
 
 /// Half of the shoelace sum.
-double areaOf(const Points& points) {
+double areaOf(const std::vector<std::pair<double, double>>& points) {
     double sum = 0;
     for (std::size_t i = 0; i < points.size(); ++i) {
         const auto& [x, y] = points[i];
         const auto& [u, v] = points[(i + 1) % points.size()];
-        sum += double(x) * v - double(u) * y;
+        sum += x * v - u * y;
     }
     return std::abs(sum) / 2;
 }
@@ -82,7 +82,7 @@ protected:
 
 // The same picture in bytes, in words of 12 and of 16 bits, and in real numbers.
 TEST_F(ImageValuesTest, toolsFindTheSameWhateverTheBits) {
-    std::vector<Points> snakes, outlines;
+    std::vector<std::vector<std::pair<double, double>>> snakes, outlines;
     const Image bytes = ellipse(60, 50);
     const Image dark = inverted(bytes);
     const std::vector<std::pair<Image, Image>> images = {{bytes, dark},
@@ -102,13 +102,13 @@ TEST_F(ImageValuesTest, toolsFindTheSameWhateverTheBits) {
         ModelItem& start = addItem(model, added, {{25, 45}, {60, 22}, {95, 45}, {95, 55}, {60, 78}, {25, 55}});
         ASSERT_EQ(SnakeOperation(own, start, config).runOnSlice().getReason(), "");
         ASSERT_EQ(added.getNumItems(), 2);
-        snakes.push_back(coordinates(added.getItem(1).getVertices()));
+        snakes.push_back(decimals(added.getItem(1).getVertices()));
         // The box lies over the left edge of the dark ellipse.
         Vector<int> low(2), high(2);
         low[0] = 10, low[1] = 40, high[0] = 60, high[1] = 60;
         const RegionOutline outline(darkImage, BoundingBox<int>(low, high), 1);
         ASSERT_TRUE(outline.isFound());
-        outlines.push_back(coordinates(outline.follow(0)));
+        outlines.push_back(decimals(outline.follow(0)));
     }
     EXPECT_GT(snakes[0].size(), 100u);
     for (std::size_t k = 1; k < images.size(); ++k) {

@@ -24,7 +24,7 @@ TEST_F(OperationTest, itemsAreCreatedCounterClockwiseAndNeedEnoughVertices) {
         },
         "Cannot create an open contour with less than 2 points.");
     // What lies in line goes when that is asked for, unless two would be left.
-    const Vertices<int> six = makeVertices({{50, 50}, {50, 70}, {50, 100}, {100, 100}, {100, 70}, {100, 50}});
+    const Vertices<double> six = makeVertices({{50, 50}, {50, 70}, {50, 100}, {100, 100}, {100, 70}, {100, 50}});
     expectStep([&] { return createItem(stack, *slice, polygon, six, true); });
     EXPECT_EQ(verticesOf(slice->getItem(1)), (Points{{100, 50}, {100, 100}, {50, 100}, {50, 50}}));
     expectStep([&] { return createItem(stack, *slice, line, makeVertices({{1, 1}, {2, 1}, {3, 1}}), true); });
@@ -138,7 +138,7 @@ TEST_F(OperationTest, anOperationAtWhichAClientFailsLeavesNothingBehindAndNoneIs
     ModelItem& contour = addItem(polygon, *slice, ring(40));
     contour.getSelection().set(true);
     std::vector<std::string> refusals;
-    const Curve<int> cut(makeVertices({{151, 20}, {153, 180}}), true);
+    const Curve<double> cut(makeVertices({{151, 20}, {153, 180}}), true);
     const std::function<Outcome()> operations[] = {
         [&] { return createItem(stack, *slice, line, makeVertices(square)); },
         [&] { return deleteSelection(stack, *slice, refusals); },

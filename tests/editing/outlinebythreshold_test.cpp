@@ -26,22 +26,22 @@ Image darkRectangle(int channel = -1) {
     return image;
 }
 
-const Points rectangle = {{100, 60}, {179, 60}, {179, 129}, {100, 129}};
+/// Between the pixels of both values, and around the corners.
+const std::vector<std::pair<double, double>> rectangle = {{100, 59.5},  {179, 59.5},  {179.5, 60}, {179.5, 129},
+                                                          {179, 129.5}, {100, 129.5}, {99.5, 129}, {99.5, 60}};
 
 } // namespace
 
 TEST_F(OperationTest, anOutlineByThresholdIsOneStepOrRefused) {
-    const BoundingBox<int> box(point(80, 90), point(140, 110));
+    const BoundingBox<int> box(pixel(80, 90), pixel(140, 110));
     const Image image = darkRectangle();
     expectStep([&] { return outlineByThreshold(stack, *slice, polygon, image, box, 0, 0); });
-    // The corners, and the pixel of the middle row where the walk around them began and ended.
-    Points corners = verticesOf(slice->getItem(0));
-    ASSERT_EQ(corners.size(), 6u);
-    EXPECT_EQ(std::count(corners.begin(), corners.end(), std::make_pair(100, 100)), 2);
+    const auto corners = decimals(slice->getItem(0).getVertices());
+    EXPECT_EQ(corners.size(), 8u);
     for (const auto& corner : rectangle)
         EXPECT_EQ(std::count(corners.begin(), corners.end(), corner), 1);
     EXPECT_FALSE(slice->getItem(0).isClockwise());
-    const BoundingBox<int> away(point(10, 10), point(40, 40));
+    const BoundingBox<int> away(pixel(10, 10), pixel(40, 40));
     expectRefusal([&] { return outlineByThreshold(stack, *slice, polygon, image, away, 0, 0); }, noOutlineInBox);
     Image single = TestImages::uniform(300, 200, 8, 200);
     single.getPixels()[100][100] = 40; // one dark pixel
@@ -50,11 +50,11 @@ TEST_F(OperationTest, anOutlineByThresholdIsOneStepOrRefused) {
 }
 
 TEST(RegionOutline, comesFromTheChannelThatHoldsTheImage) {
-    const BoundingBox<int> box(point(80, 80), point(140, 110));
+    const BoundingBox<int> box(pixel(80, 80), pixel(140, 110));
     for (const int channel : {-1, 0, 1, 2}) {
         const RegionOutline outline(darkRectangle(channel), box, 0);
         ASSERT_TRUE(outline.isFound());
-        Points points = coordinates(outline.follow(0));
+        const auto points = decimals(outline.follow(0));
         for (const auto& corner : rectangle)
             EXPECT_EQ(std::count(points.begin(), points.end(), corner), 1) << channel;
     }
@@ -63,7 +63,7 @@ TEST(RegionOutline, comesFromTheChannelThatHoldsTheImage) {
     for (int y = 0; y < 200; ++y)
         mixed.getPixels()[y][2] = 9;
     EXPECT_FALSE(RegionOutline(mixed, box, 0).isFound());
-    const BoundingBox<int> outside(point(80, 80), point(140, 200)); // of a file that has shrunk since
+    const BoundingBox<int> outside(pixel(80, 80), pixel(140, 200)); // of a file that has shrunk since
     EXPECT_THROW(RegionOutline(mixed, outside, 0), RangeError);
 }
 
@@ -103,22 +103,21 @@ TEST(RegionOutline, cutsTheMeansOverTheSquareAtTheThresholdOfTheBox) {
         IsodataThresholding<int> isodata;
         isodata.setBins(0, 1, 65536);
         const int threshold = isodata.computeThreshold(region);
-        const RegionOutline outline(image, BoundingBox<int>(point(5, 14), point(29, 34)), L);
+        const RegionOutline outline(image, BoundingBox<int>(pixel(5, 14), pixel(29, 34)), L);
         EXPECT_EQ(outline.getThreshold(), threshold);
         ASSERT_TRUE(outline.isFound());
-        const Curve<int> curve = outline.follow(0);
-        const auto isDark = [&](int x, int y) { return means[y][x] < threshold; };
+        const Curve<double> curve = outline.follow(0);
+        const auto isDark = [&](double x, double y) { return means[int(y)][int(x)] < threshold; };
         int start = 5;
         while (!isDark(start, 24))
             ++start;
-        EXPECT_EQ(coordinates(curve)[0], std::make_pair(start, 24));
-        // Each vertex is dark and has a light neighbour.
-        for (const auto& [x, y] : coordinates(curve)) {
-            bool border = false;
-            for (int i = -1; i <= 1; ++i)
-                for (int j = -1; j <= 1; ++j)
-                    border = border || !isDark(x + j, y + i);
-            EXPECT_TRUE(isDark(x, y) && border);
+        EXPECT_EQ(curve[0][1], 24);
+        EXPECT_LT(curve[0][0], start);
+        EXPECT_GT(curve[0][0], start - 1);
+        // Each vertex lies between a dark pixel and a light one, in a row or a column.
+        for (const auto& [x, y] : decimals(curve)) {
+            EXPECT_TRUE(x == std::floor(x) || y == std::floor(y));
+            EXPECT_NE(isDark(std::floor(x), std::floor(y)), isDark(std::ceil(x), std::ceil(y)));
         }
         EXPECT_GT(curve.getSize(), 20);
     }

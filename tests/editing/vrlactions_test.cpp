@@ -117,7 +117,7 @@ protected:
     ModelItem* cloud;
 };
 
-Vector<int> at(int x, int y) {
+Vector<double> at(int x, int y) {
     return point(x, y);
 }
 
@@ -163,7 +163,7 @@ TEST_F(VRLActionsTest, verticesAreInsertedRemovedAndMoved) {
 
 TEST_F(VRLActionsTest, verticesAreAppendedAndExchanged) {
     auto* append = new VRLItemAppendPointsAction(*cloud);
-    Vertices<int> more = makeVertices({{7, 7}, {8, 8}});
+    Vertices<double> more = makeVertices({{7, 7}, {8, 8}});
     append->setVertices(more);
     more[0][0] = 99; // the action has a copy
     expectReversible(append, {"itemVertex"}, {"itemVertex"});

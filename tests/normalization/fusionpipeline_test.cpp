@@ -377,8 +377,8 @@ TEST(FusionPipeline, bySurfaceTellsWhatItDidToEachSpecimen) {
         specimen->setLengthUnit(LengthUnit(-6));
         StackSlice& last = specimen->getSlice(6);
         Model& core = specimen->getModel(specimen->findModel("core"));
-        const Vertices<int>& ring = core.getItem(4).getVertices();
-        addItem(core, last, {{ring[0][0], ring[0][1]}});
+        const Vertices<double>& ring = core.getItem(4).getVertices();
+        addItem(core, last, {{int(ring[0][0]), int(ring[0][1])}});
     }
     Stack& other = *specimens[1];
     other.setLengthUnit(LengthUnit(-3));

@@ -123,6 +123,47 @@ TEST_F(MeasurementTableTest, tellsHowEachNumberWasComeByAndWhatHoldsOfTheSurface
     EXPECT_NE(estimator(without, "Volume"), "closed surface");
 }
 
+// A round rod of radius 30, 40 long, drawn from pixel to pixel, of pixels twice as high as wide.
+TEST_F(MeasurementTableTest, takesTheStepsOfThePixelGridOutOfLengthsAndAreas) {
+    std::vector<std::pair<int, int>> circle;
+    for (int k = 0; k < 10000; ++k) {
+        const double angle = 2 * 3.14159265358979 * k / 10000;
+        const std::pair<int, int> pixel(int(std::lround(100 + 60 * std::cos(angle))),
+                                        int(std::lround(100 + 30 * std::sin(angle))));
+        const auto isNear = [&](const std::pair<int, int>& other) {
+            return std::abs(other.first - pixel.first) <= 1 && std::abs(other.second - pixel.second) <= 1;
+        };
+        if (!circle.empty() && circle.back() == pixel)
+            continue;
+        if (circle.size() > 1 && isNear(circle[circle.size() - 2]))
+            circle.pop_back();
+        circle.push_back(pixel);
+    }
+    Model& rod = addModel(stack, "rod");
+    for (int slice = 0; slice < 5; ++slice) {
+        PixelCalibration calibration = stack.getSlice(slice).getPixelCalibration();
+        calibration.setPixelWidth(0.5f);
+        calibration.setPixelHeight(1);
+        stack.getSlice(slice).setPixelCalibration(calibration);
+        addItem(rod, stack.getSlice(slice), circle);
+    }
+    const double girth = 2 * 3.14159265358979 * 30;
+    const MeasurementTable items = MeasurementTable::ofItems(stack, rod);
+    const auto item = [&](const char* name) { return items.getValue(0, items.find({name})[0]); };
+    EXPECT_NEAR(item("Length"), girth, 0.008 * girth);
+    EXPECT_GT(item("DrawnLength"), 1.03 * girth);
+    EXPECT_EQ(items.getEstimator(0, items.find({"Length"})[0]), "digital straight segments");
+    const MeasurementTable models = MeasurementTable::ofModels(stack, {&rod}, MeasurementTable::Errors::Estimated);
+    const auto model = [&](const char* name) { return models.getValue(0, models.find({name})[0]); };
+    EXPECT_NEAR(model("Area"), 40 * girth, 0.01 * 40 * girth);
+    EXPECT_GT(model("DrawnArea"), 1.03 * 40 * girth);
+    // Half a section more on both sides, and two lids.
+    const double whole = 50 * girth + girth * 30;
+    EXPECT_NEAR(model("ClosedArea"), whole, 0.01 * whole);
+    EXPECT_LT(model("ClosedAreaError"), 0.01 * whole);
+    EXPECT_NEAR(model("Sphericity"), std::cbrt(36 * 3.14159265358979 * std::pow(girth * 15 * 50, 2)) / whole, 0.01);
+}
+
 // One broken model leaves the others measured.
 TEST_F(MeasurementTableTest, tellsWhatFailedAndKeepsTheRest) {
     auto* lost = new ModelItem; // the model owns it

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,30 +14,59 @@ namespace vorlen {
 
 /// Short makers of documents for tests.
 
-inline Vector<int> point(int x, int y) {
+inline Vector<double> point(double x, double y) {
+    Vector<double> p(2);
+    p[0] = x;
+    p[1] = y;
+    return p;
+}
+
+/// A pixel of an image.
+inline Vector<int> pixel(int x, int y) {
     Vector<int> p(2);
     p[0] = x;
     p[1] = y;
     return p;
 }
 
-inline Vertices<int> makeVertices(const std::vector<std::pair<int, int>>& points) {
+inline Vertices<double> makeVertices(const std::vector<std::pair<int, int>>& points) {
     const int n = int(points.size());
-    Vertices<int> vertices(2, n, n, 1);
+    Vertices<double> vertices(2, n, n, 1);
     for (int i = 0; i < n; ++i)
         vertices[i] = point(points[std::size_t(i)].first, points[std::size_t(i)].second);
     return vertices;
 }
 
-inline std::vector<std::pair<int, int>> coordinates(const Vertices<int>& vertices) {
-    std::vector<std::pair<int, int>> points;
+/// Vertices between the pixels.
+inline Vertices<double> makeDecimals(const std::vector<std::pair<double, double>>& points) {
+    const int n = int(points.size());
+    Vertices<double> vertices(2, n, n, 1);
+    for (int i = 0; i < n; ++i)
+        vertices[i] = point(points[std::size_t(i)].first, points[std::size_t(i)].second);
+    return vertices;
+}
+
+inline std::vector<std::pair<double, double>> decimals(const Vertices<double>& vertices) {
+    std::vector<std::pair<double, double>> points;
     for (int i = 0; i < vertices.getNumVertices(); ++i)
         points.emplace_back(vertices[i][0], vertices[i][1]);
     return points;
 }
 
+/// Of vertices that are expected to lie on whole numbers. Throws std::domain_error where one does not.
+inline std::vector<std::pair<int, int>> coordinates(const Vertices<double>& vertices) {
+    std::vector<std::pair<int, int>> points;
+    for (const auto& [x, y] : decimals(vertices)) {
+        if (x != std::floor(x) || y != std::floor(y))
+            throw std::domain_error("A vertex lies between the pixels");
+        points.emplace_back(int(x), int(y));
+    }
+    return points;
+}
+
 /// Left, top, right, bottom.
-inline std::vector<int> corners(const BoundingBox<int>& box) {
+template <class T>
+std::vector<T> corners(const BoundingBox<T>& box) {
     if (!box.isValid())
         return {};
     return {box.getVertex1()[0], box.getVertex1()[1], box.getVertex2()[0], box.getVertex2()[1]};

@@ -346,7 +346,7 @@ std::unique_ptr<Stack> drawn(const Solid& solid, const Drawing& drawing) {
                 pixels.push_back({int(std::lround(x / width)), int(std::lround(-y / height))});
             }
             const int size = int(pixels.size());
-            Vertices<int> vertices(2, size, size, 1);
+            Vertices<double> vertices(2, size, size, 1);
             for (int k = 0; k < size; ++k) {
                 vertices[k][0] = pixels[std::size_t(k)][0];
                 vertices[k][1] = pixels[std::size_t(k)][1];

@@ -2,7 +2,7 @@
 
 namespace vorlen {
 
-VRLDrawingDiscardAction::VRLDrawingDiscardAction(StackSlice& slice, Model& model, const Vertices<int>& vertices)
+VRLDrawingDiscardAction::VRLDrawingDiscardAction(StackSlice& slice, Model& model, const Vertices<double>& vertices)
     : __slice(&slice), __model(&model), __vertices(vertices) {
     __vertices.detach();
 }

@@ -13,12 +13,12 @@ class StackSlice;
 /// model are seen, not owned.
 class VRLDrawingDiscardAction : public VRLAction {
 public:
-    VRLDrawingDiscardAction(StackSlice& slice, Model& model, const Vertices<int>& vertices);
+    VRLDrawingDiscardAction(StackSlice& slice, Model& model, const Vertices<double>& vertices);
 
     StackSlice& getSlice() const { return *__slice; }
     Model& getModel() const { return *__model; }
     /// Pixels of the slice.
-    const Vertices<int>& getVertices() const { return __vertices; }
+    const Vertices<double>& getVertices() const { return __vertices; }
 
     bool changesDocument() const override { return false; }
     QString description(bool verbose) const override;
@@ -26,7 +26,7 @@ public:
 private:
     StackSlice* __slice;
     Model* __model;
-    Vertices<int> __vertices;
+    Vertices<double> __vertices;
 };
 
 } // namespace vorlen

@@ -8,7 +8,7 @@ void VRLInsertVertexAction::setIndex(int index) {
     __index = index;
 }
 
-void VRLInsertVertexAction::setPoint(const Vector<int>& point) {
+void VRLInsertVertexAction::setPoint(const Vector<double>& point) {
     __point = point;
 }
 
@@ -24,7 +24,7 @@ void VRLInsertVertexAction::revert() {
     notifyVertices();
 }
 
-void insertSelectedVertex(ModelItem& item, int index, const Vector<int>& point) {
+void insertSelectedVertex(ModelItem& item, int index, const Vector<double>& point) {
     item.insertVertex(index, point);
     if (item.isConnected())
         item.getSelection().set(true);

@@ -12,17 +12,17 @@ public:
     using VRLItemAction::VRLItemAction;
 
     void setIndex(int index);
-    void setPoint(const Vector<int>& point);
+    void setPoint(const Vector<double>& point);
     void apply() override;
     void revert() override;
     QString description(bool verbose) const override;
 
 private:
     int __index = 0;
-    Vector<int> __point;
+    Vector<double> __point;
 };
 
 /// Puts the vertex in front of vertex index and selects as VRLInsertVertexAction does.
-void insertSelectedVertex(ModelItem& item, int index, const Vector<int>& point);
+void insertSelectedVertex(ModelItem& item, int index, const Vector<double>& point);
 
 } // namespace vorlen

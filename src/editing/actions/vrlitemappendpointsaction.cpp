@@ -4,7 +4,7 @@
 
 namespace vorlen {
 
-void VRLItemAppendPointsAction::setVertices(const Vertices<int>& vertices) {
+void VRLItemAppendPointsAction::setVertices(const Vertices<double>& vertices) {
     __vertices = vertices;
     __vertices.detach();
 }

@@ -11,13 +11,13 @@ public:
     using VRLItemAction::VRLItemAction;
 
     /// Keeps a copy.
-    void setVertices(const Vertices<int>& vertices);
+    void setVertices(const Vertices<double>& vertices);
     void apply() override;
     void revert() override;
     QString description(bool verbose) const override;
 
 private:
-    Vertices<int> __vertices;
+    Vertices<double> __vertices;
 };
 
 } // namespace vorlen

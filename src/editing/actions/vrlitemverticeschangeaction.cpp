@@ -4,7 +4,7 @@
 
 namespace vorlen {
 
-void VRLItemVerticesChangeAction::setVertices(const Vertices<int>& vertices) {
+void VRLItemVerticesChangeAction::setVertices(const Vertices<double>& vertices) {
     __vertices = vertices;
     __vertices.detach();
 }
@@ -20,7 +20,7 @@ void VRLItemVerticesChangeAction::revert() {
 }
 
 void VRLItemVerticesChangeAction::exchange() {
-    Vertices<int> present = getItem().getVertices();
+    Vertices<double> present = getItem().getVertices();
     present.detach();
     getItem().setVertices(__vertices);
     getItem().getSelection().set(true);

@@ -11,7 +11,7 @@ public:
     using VRLItemAction::VRLItemAction;
 
     /// Keeps a copy.
-    void setVertices(const Vertices<int>& vertices);
+    void setVertices(const Vertices<double>& vertices);
     void apply() override;
     void revert() override;
     QString description(bool verbose) const override;
@@ -19,7 +19,7 @@ public:
 private:
     void exchange();
 
-    Vertices<int> __vertices;
+    Vertices<double> __vertices;
 };
 
 } // namespace vorlen

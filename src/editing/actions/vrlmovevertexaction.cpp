@@ -10,7 +10,7 @@ void VRLMoveVertexAction::setIndex(int index) {
     __newPoint = __oldPoint;
 }
 
-void VRLMoveVertexAction::setPoint(const Vector<int>& point) {
+void VRLMoveVertexAction::setPoint(const Vector<double>& point) {
     __newPoint = point;
 }
 

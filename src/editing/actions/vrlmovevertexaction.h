@@ -14,7 +14,7 @@ public:
     void setIndex(int index);
 
     /// The new point.
-    void setPoint(const Vector<int>& point);
+    void setPoint(const Vector<double>& point);
 
     bool isNull() const override;
     void apply() override;
@@ -23,8 +23,8 @@ public:
 
 private:
     int __index = 0;
-    Vector<int> __oldPoint;
-    Vector<int> __newPoint;
+    Vector<double> __oldPoint;
+    Vector<double> __newPoint;
 };
 
 } // namespace vorlen

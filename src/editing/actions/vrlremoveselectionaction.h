@@ -20,7 +20,7 @@ public:
     QString description(bool verbose) const override;
 
 private:
-    Vertices<int> __vertices;
+    Vertices<double> __vertices;
     ModelItemSelection __selection;
     bool __reverseMode = false;
 };

@@ -18,7 +18,7 @@ public:
 
 private:
     int __index = 0;
-    Vector<int> __vertex;
+    Vector<double> __vertex;
 };
 
 } // namespace vorlen

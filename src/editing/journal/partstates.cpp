@@ -1,5 +1,7 @@
 #include "editing/journal/partstates.h"
 
+#include <algorithm>
+#include <climits>
 #include <cmath>
 #include <filesystem>
 #include <limits>
@@ -383,13 +385,21 @@ std::string ofItem(const ModelItem& item, const Stack& stack) {
     ByteWriter bytes;
     bytes.integer(item.getSlice() == nullptr ? -1 : stack.findSlice(*item.getSlice()));
     put(bytes, item.getProperties());
-    const Vertices<int>& vertices = item.getVertices();
+    // Whole numbers first, as journals always had them; where there are decimals, these stand behind all the rest.
+    const Vertices<double>& vertices = item.getVertices();
+    bool whole = true;
     bytes.number(static_cast<std::uint64_t>(item.getSize()));
-    for (int i = 0; i < item.getSize(); ++i) {
-        bytes.integer(vertices[i][0]);
-        bytes.integer(vertices[i][1]);
-    }
+    for (int i = 0; i < item.getSize(); ++i)
+        for (const int axis : {0, 1}) {
+            const double coordinate = vertices[i][axis];
+            const double pixel = std::floor(std::clamp<double>(coordinate, INT_MIN, INT_MAX));
+            whole = whole && pixel == coordinate;
+            bytes.integer(static_cast<std::int64_t>(pixel));
+        }
     bytes.text(item.getUnreadText());
+    for (int i = 0; !whole && i < item.getSize(); ++i)
+        for (const int axis : {0, 1})
+            bytes.decimal(vertices[i][axis]);
     return bytes.take();
 }
 
@@ -399,10 +409,17 @@ void give(const std::string& state, ModelItem& item, const std::vector<StackSlic
     if (slices != nullptr && (slice < -1 || slice >= static_cast<int>(slices->size())))
         ByteReader::fail("The journal names a slice that there is not");
     const ModelItemProperties look = takeLook(bytes);
-    std::vector<int> coordinates(2 * bytes.count());
-    for (int& coordinate : coordinates)
+    std::vector<double> coordinates(2 * bytes.count());
+    for (double& coordinate : coordinates)
         coordinate = bytes.smallInteger();
-    giveUnread(bytes.text(), item);
+    const std::string unread = bytes.text();
+    if (!bytes.atEnd())
+        for (double& coordinate : coordinates) {
+            coordinate = bytes.decimal();
+            if (!std::isfinite(coordinate))
+                ByteReader::fail("The journal holds a vertex that is no place");
+        }
+    giveUnread(unread, item);
     if (slices != nullptr)
         item.setSlice(slice < 0 ? nullptr : (*slices)[static_cast<std::size_t>(slice)]);
     item.setProperties(look);

@@ -4,9 +4,9 @@
 #include <cmath>
 
 #include "document/modelitem.h"
+#include "document/subpixel.h"
 #include "editing/actions/vrlitemverticeschangeaction.h"
 #include "editing/operations/onestep.h"
-#include "numerics/maths.h"
 #include "shapes/curve.h"
 #include "shapes/curveresampling.h"
 #include "shapes/douglaspeuckercurvedecimation.h"
@@ -16,7 +16,7 @@ namespace vorlen {
 
 namespace {
 
-Outcome change(VRLStack& stack, ModelItem& item, const Vertices<int>& vertices, const char* refusal) {
+Outcome change(VRLStack& stack, ModelItem& item, const Vertices<double>& vertices, const char* refusal) {
     if (vertices.getNumVertices() < 3)
         return Outcome::refused(refusal);
     return inOneStep(stack, {}, [&](EditStep& step) {
@@ -27,26 +27,29 @@ Outcome change(VRLStack& stack, ModelItem& item, const Vertices<int>& vertices, 
 }
 
 /// A closed curve with vertices of its own.
-Curve<int> copyOf(const Vertices<int>& vertices) {
-    Curve<int> curve(vertices, false);
+Curve<double> copyOf(const Vertices<double>& vertices) {
+    Curve<double> curve(vertices, false);
     curve.detach();
     return curve;
 }
 
-Curve<float> exactly(const Vertices<int>& vertices) {
-    const int n = vertices.getNumVertices();
-    Curve<float> curve(2, n, n, n, false);
-    for (int k = 0; k < n; ++k)
+/// Smooths by the filter, which computes in float: near to the origin, where its steps are least.
+template <class Filter>
+Vertices<double> smoothed(const Vertices<double>& contour, Filter&& filter) {
+    Curve<double> curve = copyOf(contour);
+    const Vector<double> centre = curve.getSize() > 0 ? curve.cog() : Vector<double>(2);
+    for (int k = 0; k < curve.getSize(); ++k)
+        curve[k] -= centre;
+    filter(curve);
+    for (int k = 0; k < curve.getSize(); ++k)
         for (const int axis : {0, 1})
-            curve[k][axis] = float(vertices[k][axis]);
+            curve[k][axis] = subpixel(curve[k][axis] + centre[axis]);
     return curve;
 }
 
 /// The vertex that is farthest from the first.
-int farthest(const Curve<int>& curve) {
-    const auto distance = [&](int k) {
-        return std::hypot(double(curve[k][0]) - curve[0][0], double(curve[k][1]) - curve[0][1]);
-    };
+int farthest(const Curve<double>& curve) {
+    const auto distance = [&](int k) { return std::hypot(curve[k][0] - curve[0][0], curve[k][1] - curve[0][1]); };
     int best = 0;
     for (int k = 1; k < curve.getSize(); ++k)
         if (distance(k) > distance(best))
@@ -56,20 +59,20 @@ int farthest(const Curve<int>& curve) {
 
 } // namespace
 
-Outcome changeVertices(VRLStack& stack, ModelItem& item, const Vertices<int>& vertices) {
+Outcome changeVertices(VRLStack& stack, ModelItem& item, const Vertices<double>& vertices) {
     return change(stack, item, vertices, "Cannot change a contour to less than 3 vertices");
 }
 
-Vertices<int> resampledContour(const Vertices<int>& contour, int numVertices) {
-    Curve<float> resampled;
-    CurveResampling<float>().apply(exactly(contour), resampled, numVertices);
+Vertices<double> resampledContour(const Vertices<double>& contour, int numVertices) {
+    Curve<double> resampled;
+    CurveResampling<double>().apply(copyOf(contour), resampled, numVertices);
     const int m = resampled.getNumVertices();
-    Vertices<int> vertices(2, m, m, m);
+    Vertices<double> vertices(2, m, m, m);
     int numKept = 0;
     for (int k = 0; k < m; ++k) {
-        Vector<int>& vertex = vertices[numKept];
+        Vector<double>& vertex = vertices[numKept];
         for (const int axis : {0, 1})
-            vertex[axis] = int(Maths::fround(resampled[k][axis]));
+            vertex[axis] = subpixel(resampled[k][axis]);
         if (numKept == 0 || vertex != vertices[numKept - 1])
             ++numKept;
     }
@@ -82,23 +85,23 @@ Outcome resampleContour(VRLStack& stack, ModelItem& item, int numVertices) {
                   "Cannot resample to less than 3 vertices");
 }
 
-int mostResampledVertices(const Vertices<int>& contour) {
-    return std::max(3, int(std::min(exactly(contour).length(), 1e6f)));
+int mostResampledVertices(const Vertices<double>& contour) {
+    return std::max(3, int(std::min(Curve<double>(contour, false).length(), 1e6)));
 }
 
-Vertices<int> decimatedContour(const Vertices<int>& contour, bool closed, int tolerance) {
-    Curve<int> curve(contour, !closed); // shares the vertices, of which only the list changes
+Vertices<double> decimatedContour(const Vertices<double>& contour, bool closed, int tolerance) {
+    Curve<double> curve(contour, !closed); // shares the vertices, of which only the list changes
     const auto endsMeet = [&curve] { return curve.getSize() > 1 && curve[curve.getSize() - 1] == curve[0]; };
     while (closed && endsMeet())
         curve.remove(curve.getSize() - 1);
-    DouglasPeuckerCurveDecimation<int> decimation;
+    DouglasPeuckerCurveDecimation<double> decimation;
     decimation.setTolerance(tolerance);
     const int turn = endsMeet() ? farthest(curve) : 0;
     if (turn == 0) {
         decimation.apply(curve);
         return curve;
     }
-    Curve<int> back = curve;
+    Curve<double> back = curve;
     back.removeOutside(turn, back.getSize() - 1);
     curve.removeOutside(0, turn);
     decimation.apply(back);
@@ -113,16 +116,18 @@ Outcome decimateContour(VRLStack& stack, ModelItem& item, int tolerance) {
                   "Cannot decimate to less than 3 vertices");
 }
 
-SmoothedContour smoothedContour(const Vertices<int>& contour, int numDescriptors) {
-    Curve<int> curve = copyOf(contour);
-    const float fidelity = FourierDescriptors<int>::filter(curve, numDescriptors);
-    return {curve, numDescriptors, fidelity};
+SmoothedContour smoothedContour(const Vertices<double>& contour, int numDescriptors) {
+    float fidelity = 0;
+    const Vertices<double> vertices = smoothed(
+        contour, [&](Curve<double>& curve) { fidelity = FourierDescriptors<double>::filter(curve, numDescriptors); });
+    return {vertices, numDescriptors, fidelity};
 }
 
-SmoothedContour smoothedToFidelity(const Vertices<int>& contour, float fidelity) {
-    Curve<int> curve = copyOf(contour);
-    const int numDescriptors = FourierDescriptors<int>::filter(curve, fidelity);
-    return {curve, numDescriptors, fidelity};
+SmoothedContour smoothedToFidelity(const Vertices<double>& contour, float fidelity) {
+    int numDescriptors = 0;
+    const Vertices<double> vertices = smoothed(
+        contour, [&](Curve<double>& curve) { numDescriptors = FourierDescriptors<double>::filter(curve, fidelity); });
+    return {vertices, numDescriptors, fidelity};
 }
 
 Outcome smoothContour(VRLStack& stack, ModelItem& item, int numDescriptors) {
@@ -130,8 +135,8 @@ Outcome smoothContour(VRLStack& stack, ModelItem& item, int numDescriptors) {
                   "Cannot smooth a contour of less than 3 vertices");
 }
 
-Vertices<int> contourFrom(const Vertices<int>& contour, int origin) {
-    Vertices<int> vertices = contour;
+Vertices<double> contourFrom(const Vertices<double>& contour, int origin) {
+    Vertices<double> vertices = contour;
     vertices.setOrigin(origin);
     return vertices;
 }

@@ -10,6 +10,7 @@
 
 #include "document/model.h"
 #include "document/stackslice.h"
+#include "document/subpixel.h"
 #include "editing/actions/vrlitemappendpointsaction.h"
 #include "editing/operations/onestep.h"
 #include "reconstruction/stackreconstruction.h"
@@ -19,10 +20,10 @@ namespace vorlen {
 namespace {
 
 /// The vertices, moved from one slice of the reconstruction to another; none when they have no place there.
-std::optional<Vertices<int>> carried(const Vertices<int>& vertices, const StackReconstruction<double>& space, int from,
-                                     int to) {
+std::optional<Vertices<double>> carried(const Vertices<double>& vertices, const StackReconstruction<double>& space,
+                                        int from, int to) {
     constexpr double largest = std::numeric_limits<int>::max() / 2.0;
-    Vertices<int> result = vertices;
+    Vertices<double> result = vertices;
     result.detach();
     for (int i = 0; i < result.getNumVertices(); ++i) {
         const Vector<double> world = space.toWorld(from, vertices[i][0], vertices[i][1]);
@@ -30,7 +31,7 @@ std::optional<Vertices<int>> carried(const Vertices<int>& vertices, const StackR
         for (const int axis : {0, 1}) {
             if (!(std::abs(place[axis]) < largest))
                 return std::nullopt;
-            result[i][axis] = int(std::lround(place[axis]));
+            result[i][axis] = subpixel(place[axis]);
         }
     }
     return result;
@@ -93,10 +94,10 @@ Outcome copySelection(VRLStack& stack, StackSlice& slice, const std::vector<Stac
     // All places first: a refusal changes nothing.
     const StackReconstruction<double> space(stack);
     const int from = stack.findSlice(slice);
-    std::vector<std::vector<Vertices<int>>> copies(others.size());
+    std::vector<std::vector<Vertices<double>>> copies(others.size());
     for (std::size_t k = 0; k < others.size(); ++k)
         for (const ModelItem* const item : selected) {
-            const Vertices<int> vertices = item->isConnected() ? item->getVertices() : item->selectedVertices();
+            const Vertices<double> vertices = item->isConnected() ? item->getVertices() : item->selectedVertices();
             auto moved = carried(vertices, space, from, stack.findSlice(*others[k]));
             if (!moved)
                 return Outcome::refused("The size of a pixel is not known on slice " + others[k]->getName());

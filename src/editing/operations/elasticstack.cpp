@@ -11,6 +11,7 @@
 #include "document/modelitem.h"
 #include "document/stack.h"
 #include "document/stackslice.h"
+#include "document/subpixel.h"
 #include "editing/operations/elasticalignment.h"
 #include "files/fileinfo.h"
 #include "files/safefile.h"
@@ -114,17 +115,17 @@ void bend(Image& image, const PixelGrid& grid, const ElasticField& field) {
         }
 }
 
-/// Outlines go where what they were drawn on goes, to whole pixels.
+/// Outlines go where what they were drawn on goes.
 void carryOutlines(StackSlice& slice, const PixelGrid& grid, const ElasticField& field) {
     for (int k = 0; k < slice.getNumItems(); ++k) {
         ModelItem& item = slice.getItem(k);
-        std::vector<int> coordinates;
-        const Vertices<int>& vertices = item.getVertices();
+        std::vector<double> coordinates;
+        const Vertices<double>& vertices = item.getVertices();
         coordinates.reserve(2 * std::size_t(vertices.getNumVertices()));
         for (int i = 0; i < vertices.getNumVertices(); ++i) {
             const PlanePoint after = field.after(grid.position(vertices[i][0], vertices[i][1]));
-            coordinates.push_back(int(std::lround(grid.column(after))));
-            coordinates.push_back(int(std::lround(grid.row(after))));
+            coordinates.push_back(subpixel(grid.column(after)));
+            coordinates.push_back(subpixel(grid.row(after)));
         }
         const int n = vertices.getNumVertices();
         item.setVertices(coordinates.data(), n);

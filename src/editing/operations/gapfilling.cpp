@@ -10,6 +10,7 @@
 
 #include "document/model.h"
 #include "document/stackslice.h"
+#include "document/subpixel.h"
 #include "editing/operations/onestep.h"
 #include "reconstruction/sectioninterpolation.h"
 #include "reconstruction/stackreconstruction.h"
@@ -58,7 +59,7 @@ SectionParts partsOn(const VRLStack& stack, const StackReconstruction<double>& s
 }
 
 /// In pixels of the slice; less than three vertices when nothing is left of it.
-Vertices<int> inPixels(const std::vector<PlanePoint>& outline, const StackReconstruction<double>& space, int slice) {
+Vertices<double> inPixels(const std::vector<PlanePoint>& outline, const StackReconstruction<double>& space, int slice) {
     const int n = int(outline.size());
     Curve<double> curve(2, n, n, 1, false);
     for (int i = 0; i < n; ++i) {
@@ -70,11 +71,11 @@ Vertices<int> inPixels(const std::vector<PlanePoint>& outline, const StackRecons
     DouglasPeuckerCurveDecimation<double> decimation;
     decimation.setTolerance(aQuarter);
     decimation.apply(curve);
-    Vertices<int> vertices(2, 0, 0, 1);
-    Vector<int> vertex(2);
+    Vertices<double> vertices(2, 0, 0, 1);
+    Vector<double> vertex(2);
     for (int i = 0; i < curve.getSize(); ++i) {
         for (const int axis : {0, 1})
-            vertex[axis] = int(std::lround(curve[i][axis] / eighths));
+            vertex[axis] = subpixel(curve[i][axis] / eighths);
         const int size = vertices.getNumVertices();
         if (size == 0 || vertices[size - 1] != vertex)
             vertices.append(vertex);
@@ -104,7 +105,7 @@ Outcome outlinesBetween(VRLStack& stack, const StackReconstruction<double>& spac
         double share = height != 0 ? (space.getZMap()[i] - bottom) / height : double(i - first) / (last - first);
         share = std::clamp(share, 0.0, 1.0);
         for (const std::vector<PlanePoint>& outline : between.outlinesAt(share)) {
-            const Vertices<int> vertices = inPixels(outline, space, i);
+            const Vertices<double> vertices = inPixels(outline, space, i);
             if (vertices.getNumVertices() < 3)
                 continue;
             auto item = std::make_unique<ModelItem>();

@@ -23,11 +23,11 @@ std::string modelName(const ModelItem& item) {
 }
 
 /// The vertices, taken as a closed curve, without those in line with their neighbours.
-Curve<int> withoutVerticesInLine(const Vertices<int>& vertices) {
-    Vertices<int> copy = vertices;
+Curve<double> withoutVerticesInLine(const Vertices<double>& vertices) {
+    Vertices<double> copy = vertices;
     copy.detach();
-    Curve<int> curve(copy, false);
-    CurveDecimation<int> decimation;
+    Curve<double> curve(copy, false);
+    CurveDecimation<double> decimation;
     decimation.setRecursive(true);
     decimation.apply(curve);
     return curve;
@@ -50,7 +50,8 @@ std::string tooFewVerticesToCreate(const ModelItem& item) {
                               : "There are no points to add.";
 }
 
-Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<int>& vertices, bool dropInLine) {
+Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<double>& vertices,
+                   bool dropInLine) {
     auto item = std::make_unique<ModelItem>();
     item->setModel(&model);
     item->setSlice(&slice);
@@ -62,14 +63,14 @@ Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Verti
             return appendVertices(stack, *buddy, vertices);
     item->setClockwise(false);
     if (item->isConnected() && dropInLine) {
-        const Curve<int> fewer = withoutVerticesInLine(item->getVertices());
+        const Curve<double> fewer = withoutVerticesInLine(item->getVertices());
         if (fewer.getNumVertices() > 2)
             item->setVertices(fewer);
     }
     return inOneStep(stack, {}, [&item](EditStep& step) { applyCreation(step, std::move(item)); });
 }
 
-void keepDiscardedDrawing(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<int>& vertices) {
+void keepDiscardedDrawing(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<double>& vertices) {
     if (vertices.getNumVertices() > 0 && stack.history() != nullptr && !stack.history()->isStepOpen())
         stack.history()->addAside(std::make_unique<VRLDrawingDiscardAction>(slice, model, vertices));
 }
@@ -78,7 +79,7 @@ Outcome deleteItem(VRLStack& stack, ModelItem& item) {
     return inOneStep(stack, {}, [&](EditStep& step) { step.apply(std::make_unique<VRLItemDeletionAction>(item)); });
 }
 
-Outcome appendVertices(VRLStack& stack, ModelItem& item, const Vertices<int>& vertices) {
+Outcome appendVertices(VRLStack& stack, ModelItem& item, const Vertices<double>& vertices) {
     return inOneStep(stack, "There are no vertices to append", [&](EditStep& step) {
         if (vertices.getNumVertices() == 0)
             return;
@@ -125,7 +126,7 @@ Outcome decimateSelection(VRLStack& stack, StackSlice& slice, std::vector<Decima
             if (!item.isConnected())
                 return;
             const int size = item.getSize();
-            const Curve<int> curve = withoutVerticesInLine(item.getVertices());
+            const Curve<double> curve = withoutVerticesInLine(item.getVertices());
             if (curve.getNumVertices() == size)
                 return;
             auto change = std::make_unique<VRLItemVerticesChangeAction>(item);

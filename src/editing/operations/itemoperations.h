@@ -22,17 +22,17 @@ std::string tooFewVerticesToCreate(const ModelItem& item);
 /// Adds an item of the model to the slice. Closed contours become counter-clockwise; with dropInLine contours lose the
 /// vertices in line with their neighbours, as long as three are left. Points are appended to the item of the model on
 /// the slice that has no look of its own, where there is one.
-Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<int>& vertices,
+Outcome createItem(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<double>& vertices,
                    bool dropInLine = false);
 
 /// Keeps a drawing that is given up in the stack's history, to be had back by undoing: the document stays as it is. A
 /// drawing without vertices is not worth it.
-void keepDiscardedDrawing(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<int>& vertices);
+void keepDiscardedDrawing(VRLStack& stack, StackSlice& slice, Model& model, const Vertices<double>& vertices);
 
 Outcome deleteItem(VRLStack& stack, ModelItem& item);
 
 /// Appends vertices at the item's end.
-Outcome appendVertices(VRLStack& stack, ModelItem& item, const Vertices<int>& vertices);
+Outcome appendVertices(VRLStack& stack, ModelItem& item, const Vertices<double>& vertices);
 
 /// Moves what is selected on the slice to the model: contours as a whole, of points the selected ones. Refused when
 /// nothing of other models is selected.

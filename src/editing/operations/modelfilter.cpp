@@ -22,10 +22,10 @@ namespace {
 
 /// An outline of the reference with its box, outside of which nothing has to be looked at.
 struct Outline {
-    Curve<int> curve;
-    BoundingBox<int> box;
+    Curve<double> curve;
+    BoundingBox<double> box;
 
-    bool contains(const Vector<int>& vertex) const {
+    bool contains(const Vector<double>& vertex) const {
         for (const int axis : {0, 1})
             if (vertex[axis] < box.getVertex1()[axis] || vertex[axis] > box.getVertex2()[axis])
                 return false;
@@ -38,7 +38,7 @@ std::vector<Outline> outlinesOn(const StackSlice& slice, const Model& reference)
     for (int i = 0; i < slice.getNumItems(); ++i) {
         const ModelItem& item = slice.getItem(i);
         if (item.getModel() == &reference && item.extent().isValid())
-            outlines.push_back({Curve<int>(item.getVertices(), false), item.extent()});
+            outlines.push_back({Curve<double>(item.getVertices(), false), item.extent()});
     }
     return outlines;
 }

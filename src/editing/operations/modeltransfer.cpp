@@ -9,6 +9,7 @@
 
 #include "document/model.h"
 #include "document/stackslice.h"
+#include "document/subpixel.h"
 #include "editing/actions/vrlitemcreationaction.h"
 #include "editing/actions/vrlmodelcreationaction.h"
 #include "editing/actions/vrlmodeldeletionaction.h"
@@ -55,9 +56,9 @@ public:
     }
 
     /// Nothing when a vertex has no place there.
-    std::optional<Vertices<int>> carried(const Vertices<int>& vertices, int slice) const {
+    std::optional<Vertices<double>> carried(const Vertices<double>& vertices, int slice) const {
         constexpr double largest = std::numeric_limits<int>::max() / 2.0;
-        Vertices<int> result = vertices;
+        Vertices<double> result = vertices;
         result.detach();
         if (!__from)
             return result;
@@ -67,7 +68,7 @@ public:
             for (const int axis : {0, 1}) {
                 if (!(std::abs(place[axis]) < largest))
                     return std::nullopt;
-                result[i][axis] = int(std::lround(place[axis]));
+                result[i][axis] = subpixel(place[axis]);
             }
         }
         return result;
@@ -83,7 +84,7 @@ private:
 struct Copy {
     const Model* model;
     TransferAction action;
-    std::vector<std::pair<const ModelItem*, Vertices<int>>> items;
+    std::vector<std::pair<const ModelItem*, Vertices<double>>> items;
 };
 
 std::unique_ptr<Model> emptyCopy(const Model& model, const std::string& name) {

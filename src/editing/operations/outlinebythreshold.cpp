@@ -12,7 +12,7 @@ Outcome outlineByThreshold(VRLStack& stack, StackSlice& slice, Model& model, con
                              : Outcome::refused(noOutlineInBox);
 }
 
-Outcome addOutline(VRLStack& stack, StackSlice& slice, Model& model, const Curve<int>& outline) {
+Outcome addOutline(VRLStack& stack, StackSlice& slice, Model& model, const Curve<double>& outline) {
     if (outline.getSize() < 3)
         return Outcome::refused("The detected contour does not contain enough points\n"
                                 "Hint: try using a smaller decimation level");

@@ -19,7 +19,7 @@ Outcome outlineByThreshold(VRLStack& stack, StackSlice& slice, Model& model, con
                            const BoundingBox<int>& box, int smoothing, int decimation);
 
 /// The last part of it: adds what RegionOutline::follow() has found.
-Outcome addOutline(VRLStack& stack, StackSlice& slice, Model& model, const Curve<int>& outline);
+Outcome addOutline(VRLStack& stack, StackSlice& slice, Model& model, const Curve<double>& outline);
 
 /// What is said when there is no outline in the box.
 inline const char* const noOutlineInBox = "No starting point found. Retry with another ROI.";

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cmath>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "document/modelitem.h"
+#include "document/subpixel.h"
 #include "shapes/vertices.h"
 
 namespace vorlen {
@@ -21,14 +21,10 @@ using Outline = std::vector<OutlinePoint>;
 /// What the vertices of an item are held in, and one of them.
 using ItemVertices = std::remove_cvref_t<decltype(std::declval<const ModelItem&>().getVertices())>;
 using ItemVertex = std::remove_cvref_t<decltype(std::declval<const ItemVertices&>()[0])>;
-using ItemCoordinate = std::remove_cvref_t<decltype(std::declval<const ItemVertex&>()[0])>;
 
-/// The nearest coordinate that an item can have.
-inline ItemCoordinate itemCoordinate(double coordinate) {
-    if constexpr (std::is_integral_v<ItemCoordinate>)
-        return ItemCoordinate(std::lround(coordinate));
-    else
-        return ItemCoordinate(coordinate);
+/// A coordinate as items have it: to thousandths.
+inline double itemCoordinate(double coordinate) {
+    return subpixel(coordinate);
 }
 
 inline ItemVertex itemVertex(const OutlinePoint& point) {

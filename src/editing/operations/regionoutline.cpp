@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <utility>
 
+#include "document/subpixel.h"
 #include "images/filters/sumfilter.h"
 #include "images/rasters/image.h"
 #include "images/regions/isodatathresholding.h"
+#include "images/regions/levelline.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -50,44 +51,46 @@ RegionOutline::RegionOutline(const Image& image, const BoundingBox<int>& box, in
         throw RangeError("RegionOutline::RegionOutline(const Image&, const BoundingBox<int>&, int)",
                          "The box does not lie on the image");
     if (image.isReal())
-        __borders = levelsOf(image);
+        __sums = levelsOf(image);
     else if (image.isIndexed())
-        __borders.convertGreyFromImage(image);
+        __sums.convertGreyFromImage(image);
     else
-        __borders.convertFromImage(image, channelOf(image));
+        __sums.convertFromImage(image, channelOf(image));
     const int area = (2 * smoothing + 1) * (2 * smoothing + 1);
     SumFilter<int> sum;
     sum.setHalfSize(smoothing);
-    sum.apply(__borders);
+    sum.apply(__sums);
 
     PixelMatrix<int> region(high[1] - low[1] + 1, high[0] - low[0] + 1);
     for (int i = low[1]; i <= high[1]; ++i)
-        std::transform(__borders[i].data() + low[0], __borders[i].data() + high[0] + 1, region[i - low[1]].data(),
+        std::transform(__sums[i].data() + low[0], __sums[i].data() + high[0] + 1, region[i - low[1]].data(),
                        [area](int total) { return total / area; });
     IsodataThresholding<int> isodata;
     if (image.getDepth() == 16 || image.isReal())
         isodata.setBins(0, 1, 65536);
     __threshold = isodata.computeThreshold(region);
 
+    __level = double(__threshold) * area;
+    PixelMatrix<int> borders = __sums;
     Thresholding<int> thresholding;
     thresholding.setForegroundIsAbove(false);
     thresholding.setThreshold(__threshold * area);
-    thresholding.apply(__borders);
-    thresholding.contours(__borders);
+    thresholding.apply(borders);
+    thresholding.contours(borders);
 
     __row = (low[1] + high[1]) / 2;
-    const int* const row = __borders[__row].data();
+    const int* const row = borders[__row].data();
     const int* const start = std::find(row + low[0], row + high[0] + 1, thresholding.getForeground());
     if (start <= row + high[0])
         __column = int(start - row);
 }
 
-Curve<int> RegionOutline::follow(int decimation) const {
-    Curve<int> curve(2, 0, 0, 64, false);
-    Thresholding<int>().extractCurve(curve, __row, __column, __borders, decimation);
-    for (int k = 0; k < curve.getSize(); ++k)
-        std::swap(curve[k][0], curve[k][1]);
-    return curve;
+Curve<double> RegionOutline::follow(int decimation) const {
+    Curve<double> outline = levelLine(__sums, __row, __column, __level, decimation);
+    for (int k = 0; k < outline.getSize(); ++k)
+        for (const int axis : {0, 1})
+            outline[k][axis] = subpixel(outline[k][axis]);
+    return outline;
 }
 
 } // namespace vorlen

@@ -12,7 +12,8 @@ class Image;
 ///
 /// The grey levels in the box, smoothed by the mean over a square, give the threshold (IsodataThresholding). The whole
 /// image is cut at it, and the outline is the border of what lies below, as it is met first, from left to right, in the
-/// middle row of the box. It may leave the box.
+/// middle row of the box. It may leave the box. It runs between the pixels, where the means pass the threshold
+/// (levelLine()).
 ///
 /// Decisions: levels of 16 bits are told apart by a histogram of as many bins, where 256 would lump together all but
 /// the darkest, and real values are brought to 65536 levels between the least and the greatest first. The means are
@@ -28,12 +29,13 @@ public:
 
     int getThreshold() const { return __threshold; }
 
-    /// Vertices (column, row) of the outline that is found, decimated on the way (Thresholding::extractCurve()). Throws
-    /// ValueError when it is not closed.
-    Curve<int> follow(int decimation) const;
+    /// Vertices (column, row) of the outline that is found, rounded to thousandths (subpixel()) and decimated on the
+    /// way as the tolerance of levelLine() says.
+    Curve<double> follow(int decimation) const;
 
 private:
-    PixelMatrix<int> __borders;
+    PixelMatrix<int> __sums;
+    double __level = 0; // of the sums
     int __threshold = 0;
     int __row = 0;
     int __column = -1;

@@ -6,12 +6,12 @@
 
 #include "document/stackgreyscale.h"
 #include "document/stackslice.h"
+#include "document/subpixel.h"
 #include "editing/operations/onestep.h"
 #include "images/files/imagereader.h"
 #include "images/rasters/image.h"
 #include "images/rasters/pixelmatrix.h"
 #include "numerics/exception.h"
-#include "numerics/maths.h"
 #include "snake/snake.h"
 #include "snake/snakeframe.h"
 
@@ -27,7 +27,7 @@ const char* const stopped = "The snake was stopped.";
 constexpr double leastMargin = 160;
 constexpr double mapsReach = 24;
 
-Curve<float> asCurve(const Vertices<int>& vertices) {
+Curve<float> asCurve(const Vertices<double>& vertices) {
     const int n = vertices.getNumVertices();
     Curve<float> curve(2, n, n, 1, false);
     for (int i = 0; i < n; ++i)
@@ -111,15 +111,15 @@ Outcome SnakeOperation::runOnRange(int reach, bool propagated) {
     });
 }
 
-Vertices<int> SnakeOperation::getContour() const {
+Vertices<double> SnakeOperation::getContour() const {
     const int n = __work ? __work->snake.getCurve().getSize() : 0;
-    Vertices<int> vertices(2, n, n, 1);
+    Vertices<double> vertices(2, n, n, 1);
     if (n == 0)
         return vertices;
     const Curve<float> curve = __work->frame.toSlice(__work->snake.getCurve());
     for (int i = 0; i < n; ++i)
         for (int j = 0; j < 2; ++j)
-            vertices[i][j] = int(Maths::fround(curve[i][j]));
+            vertices[i][j] = subpixel(double(curve[i][j]));
     return vertices;
 }
 

@@ -56,7 +56,7 @@ public:
 
     /// The contour as it stands, in pixels of the slice; without vertices before the snake's first step and after the
     /// run.
-    Vertices<int> getContour() const;
+    Vertices<double> getContour() const;
 
     void cancel() override;
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "document/modelitem.h"
+#include "document/subpixel.h"
 #include "editing/actions/vrlitemdeletionaction.h"
 #include "editing/operations/onestep.h"
 
@@ -26,13 +27,14 @@ struct Node {
 
 class Splitter {
 public:
-    Splitter(const Curve<int>& contour, const Curve<int>& line) : __contour(contour), __line{at(line, 0), at(line, 1)} {
+    Splitter(const Curve<double>& contour, const Curve<double>& line)
+        : __contour(contour), __line{at(line, 0), at(line, 1)} {
         makeRing();
         cut();
     }
 
-    std::vector<Curve<int>> pieces() {
-        std::vector<Curve<int>> found;
+    std::vector<Curve<double>> pieces() {
+        std::vector<Curve<double>> found;
         for (std::size_t first = 0; first < __ring.size(); ++first)
             if (!__ring[first].isDone)
                 found.push_back(pieceFrom(first));
@@ -40,7 +42,7 @@ public:
     }
 
 private:
-    static Point at(const Curve<int>& curve, int k) { return {double(curve[k][0]), double(curve[k][1])}; }
+    static Point at(const Curve<double>& curve, int k) { return {curve[k][0], curve[k][1]}; }
 
     /// Twice the area of the triangle of the line and the point: on which side the point lies.
     double side(const Point& point) const {
@@ -57,8 +59,7 @@ private:
     void add(const Point& place, double along) { __ring.push_back({place, int(__ring.size()) + 1, along}); }
 
     /// A crossing stands twice, as the end of what comes before it and as the start of what follows.
-    void addCrossing(const Point& place) {
-        const double where = along(place);
+    void addCrossing(const Point& place, double where) {
         if (where < 0 || where > 1)
             return add(place, -1);
         __crossings.push_back(int(__ring.size()));
@@ -72,7 +73,7 @@ private:
             const Point here = at(__contour, k), next = at(__contour, (k + 1) % n);
             const double s = side(here), t = side(next);
             if (s == 0 && t != 0 && changesSides(k, t))
-                addCrossing(here);
+                addCrossing(here, along(here));
             else
                 add(here, -1);
             if ((s < 0 && t > 0) || (s > 0 && t < 0)) {
@@ -80,7 +81,7 @@ private:
                 const Point place = {here.x + share * (next.x - here.x), here.y + share * (next.y - here.y)};
                 const double where = along(place);
                 if (where >= 0 && where <= 1)
-                    addCrossing(place);
+                    addCrossing({subpixel(place.x), subpixel(place.y)}, where);
             }
         }
         if (n > 0)
@@ -125,18 +126,18 @@ private:
 
     Node& node(int k) { return __ring[static_cast<std::size_t>(k)]; }
 
-    Curve<int> pieceFrom(std::size_t first) {
-        std::vector<std::pair<int, int>> vertices;
+    Curve<double> pieceFrom(std::size_t first) {
+        std::vector<std::pair<double, double>> vertices;
         for (int k = int(first); !node(k).isDone; k = node(k).next) {
             node(k).isDone = true;
-            const std::pair vertex(int(std::lround(node(k).place.x)), int(std::lround(node(k).place.y)));
+            const std::pair vertex(node(k).place.x, node(k).place.y);
             if (vertices.empty() || vertices.back() != vertex)
                 vertices.push_back(vertex);
         }
         while (vertices.size() > 1 && vertices.front() == vertices.back())
             vertices.pop_back();
         const int n = int(vertices.size());
-        Curve<int> piece(2, n, n, 1, false);
+        Curve<double> piece(2, n, n, 1, false);
         for (int k = 0; k < n; ++k) {
             piece[k][0] = vertices[static_cast<std::size_t>(k)].first;
             piece[k][1] = vertices[static_cast<std::size_t>(k)].second;
@@ -144,7 +145,7 @@ private:
         return piece;
     }
 
-    const Curve<int>& __contour;
+    const Curve<double>& __contour;
     std::pair<Point, Point> __line;
     std::vector<Node> __ring;
     std::vector<int> __crossings; // the first of the two nodes
@@ -152,23 +153,23 @@ private:
 
 } // namespace
 
-std::vector<Curve<int>> splitPieces(const Curve<int>& contour, const Curve<int>& line) {
+std::vector<Curve<double>> splitPieces(const Curve<double>& contour, const Curve<double>& line) {
     return Splitter(contour, line).pieces();
 }
 
-bool isSplitBy(const ModelItem& item, const Curve<int>& line) {
-    return splitPieces(Curve<int>(item.getVertices(), false), line).size() > 1;
+bool isSplitBy(const ModelItem& item, const Curve<double>& line) {
+    return splitPieces(Curve<double>(item.getVertices(), false), line).size() > 1;
 }
 
-Outcome splitContour(VRLStack& stack, ModelItem& item, const Curve<int>& line) {
-    const std::vector<Curve<int>> pieces = splitPieces(Curve<int>(item.getVertices(), false), line);
+Outcome splitContour(VRLStack& stack, ModelItem& item, const Curve<double>& line) {
+    const std::vector<Curve<double>> pieces = splitPieces(Curve<double>(item.getVertices(), false), line);
     if (pieces.size() < 2)
         return Outcome::refused("Nothing was split: the line has to enter the contour and to leave it again.");
-    if (std::any_of(pieces.begin(), pieces.end(), [](const Curve<int>& piece) { return piece.getSize() < 3; }))
+    if (std::any_of(pieces.begin(), pieces.end(), [](const Curve<double>& piece) { return piece.getSize() < 3; }))
         return Outcome::refused("Cannot split the contour there: a piece of less than 3 vertices would remain.\n\n"
                                 "Draw the line elsewhere.");
     return inOneStep(stack, {}, [&](EditStep& step) {
-        for (const Curve<int>& piece : pieces) {
+        for (const Curve<double>& piece : pieces) {
             auto part = std::make_unique<ModelItem>();
             part->setModel(item.getModel());
             part->setSlice(item.getSlice());

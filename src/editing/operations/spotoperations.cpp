@@ -22,8 +22,8 @@ namespace {
 
 using Models = std::vector<std::unique_ptr<Model>>;
 
-Vector<int> point(int x, int y) {
-    Vector<int> result(2);
+Vector<double> point(double x, double y) {
+    Vector<double> result(2);
     result[0] = x;
     result[1] = y;
     return result;
@@ -61,7 +61,7 @@ Model& modelOf(Models& models, std::size_t spot) {
 }
 
 /// The model owns it.
-ModelItem& addItem(Model& model, StackSlice& slice, const Vertices<int>& vertices) {
+ModelItem& addItem(Model& model, StackSlice& slice, const Vertices<double>& vertices) {
     auto item = std::make_unique<ModelItem>();
     item->setModel(&model);
     item->setSlice(&slice);
@@ -90,7 +90,7 @@ void addPlane(Stack& stack, const SpotLabels& found, int plane, Models& models) 
     std::sort(points.begin(), points.end());
     for (const auto& [label, coordinates] : points) {
         const int n = int(coordinates.size() / 2);
-        Vertices<int> vertices(2, n, n, 1);
+        Vertices<double> vertices(2, n, n, 1);
         for (int v = 0; v < n; ++v)
             vertices[v] = point(coordinates[std::size_t(2 * v)], coordinates[std::size_t(2 * v) + 1]);
         addItem(modelOf(models, std::size_t(label) - 1), stack.getSlice(plane), vertices);
@@ -101,8 +101,8 @@ void addSpheres(Stack& stack, const SpotLabels& found, Models& models) {
     const Vector<double> resolution = spotResolution(stack);
     for (std::size_t i = 0; i < found.spots.size(); ++i) {
         const Spot& spot = found.spots[i];
-        Vertices<int> centre(2, 1, 1, 1);
-        centre[0] = point(int(Maths::fround(spot.column)), int(Maths::fround(spot.row)));
+        Vertices<double> centre(2, 1, 1, 1);
+        centre[0] = point(double(Maths::fround(spot.column)), double(Maths::fround(spot.row)));
         const int plane = std::clamp(int(Maths::fround(spot.plane)), 0, stack.getNumSlices() - 1);
         ModelItem& item = addItem(modelOf(models, i), stack.getSlice(plane), centre);
         // Without the sizes of pixels and steps there is no radius.

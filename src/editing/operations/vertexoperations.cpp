@@ -20,7 +20,7 @@ bool hasVertex(const ModelItem& item, int index) {
 
 } // namespace
 
-Outcome moveVertex(VRLStack& stack, ModelItem& item, int index, const Vector<int>& point) {
+Outcome moveVertex(VRLStack& stack, ModelItem& item, int index, const Vector<double>& point) {
     if (!hasVertex(item, index))
         return Outcome::refused(noSuchVertex);
     VertexDrag drag(stack, item, index);
@@ -28,7 +28,7 @@ Outcome moveVertex(VRLStack& stack, ModelItem& item, int index, const Vector<int
     return drag.finish();
 }
 
-Outcome insertVertex(VRLStack& stack, ModelItem& item, int index, const Vector<int>& point) {
+Outcome insertVertex(VRLStack& stack, ModelItem& item, int index, const Vector<double>& point) {
     if (index != item.getSize() && !hasVertex(item, index))
         return Outcome::refused(noSuchVertex);
     return inOneStep(stack, {}, [&](EditStep& step) {
@@ -73,7 +73,7 @@ VertexDrag::~VertexDrag() {
     }
 }
 
-void VertexDrag::moveTo(const Vector<int>& point) {
+void VertexDrag::moveTo(const Vector<double>& point) {
     if (!__move)
         return;
     __move->setPoint(point);

@@ -15,10 +15,10 @@ class VRLStack;
 /// item's slice; vertices are counted from 0.
 
 /// Refused when the vertex is there already.
-Outcome moveVertex(VRLStack& stack, ModelItem& item, int index, const Vector<int>& point);
+Outcome moveVertex(VRLStack& stack, ModelItem& item, int index, const Vector<double>& point);
 
 /// Puts a vertex in front of the vertex of this number, or at the end.
-Outcome insertVertex(VRLStack& stack, ModelItem& item, int index, const Vector<int>& point);
+Outcome insertVertex(VRLStack& stack, ModelItem& item, int index, const Vector<double>& point);
 
 /// Refused when too few vertices would be left.
 Outcome removeVertex(VRLStack& stack, ModelItem& item, int index);
@@ -33,7 +33,7 @@ public:
     /// A drag that has not been finished is taken back.
     ~VertexDrag();
 
-    void moveTo(const Vector<int>& point);
+    void moveTo(const Vector<double>& point);
 
     /// Makes the step; refused when the vertex is where it was.
     Outcome finish();

@@ -64,7 +64,7 @@ void FilterMarks::paintEvent(QPaintEvent*) {
             continue;
         QPolygonF outline;
         for (int i = 0; i < loss.item->getSize(); ++i) {
-            const Vector<int>& vertex = loss.item->getVertices()[i];
+            const Vector<double>& vertex = loss.item->getVertices()[i];
             const QPointF place((vertex[0] + 0.5 - origin.x()) * horZoom, (vertex[1] + 0.5 - origin.y()) * verZoom);
             if (loss.isWhole())
                 outline.append(place);
@@ -112,7 +112,7 @@ void FilterSceneMarks::setPlan(const FilterPlan& plan) {
         const int slice = loss.item->getSlice() != nullptr ? __stack.findSlice(*loss.item->getSlice()) : -1;
         for (int i = 0; slice >= 0 && i < loss.item->getSize(); ++i)
             if (loss.vertices.isSelected(i)) {
-                const Vector<int>& vertex = loss.item->getVertices()[i];
+                const Vector<double>& vertex = loss.item->getVertices()[i];
                 const Vector<float> plane = space.toWorld(slice, float(vertex[0]), float(vertex[1]));
                 Vector<float> place(3);
                 place[0] = plane[0];

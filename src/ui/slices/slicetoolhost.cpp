@@ -1,5 +1,7 @@
 #include "ui/slices/slicetoolhost.h"
 
+#include <cmath>
+
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
@@ -31,8 +33,25 @@ Vector<int> SliceToolHost::imagePoint(const QPoint& position) const {
     return __mediator.getCanvas().convertToVectori(position);
 }
 
+// A position stands for the middle of the canvas's pixel.
 QPointF SliceToolHost::exactImagePoint(const QPointF& position) const {
-    return __mediator.getCanvas().convertToImagePoint(position) - QPointF(0.5, 0.5);
+    const VRLSliceEditWidgetCanvas& canvas = __mediator.getCanvas();
+    const double middle = 0.5 / canvas.devicePixelRatioF();
+    return canvas.convertToImagePoint(position + QPointF(middle, middle)) - QPointF(0.5, 0.5);
+}
+
+// To hundredths: finer than a hand at any zoom, and short in a file.
+Vector<double> SliceToolHost::vertexAt(const QPointF& position) const {
+    constexpr double parts = 100;
+    const VRLSliceEditWidgetCanvas& canvas = __mediator.getCanvas();
+    Vector<double> point = imagePoint(position.toPoint()).toType<double>();
+    const QPointF place = exactImagePoint(position);
+    const auto zoom = double(canvas.getZoomFactor());
+    if (zoom * double(canvas.betaWidth()) > 1)
+        point[0] = std::round(place.x() * parts) / parts;
+    if (zoom * double(canvas.betaHeight()) > 1)
+        point[1] = std::round(place.y() * parts) / parts;
+    return point;
 }
 
 bool SliceToolHost::isOnImage(const Vector<int>& pixel) const {
@@ -40,11 +59,11 @@ bool SliceToolHost::isOnImage(const Vector<int>& pixel) const {
     return !proxy.isEmpty() && QRect(QPoint(0, 0), proxy.getOriginalImageSize()).contains(pixel[0], pixel[1]);
 }
 
-QPointF SliceToolHost::canvasPosition(const Vector<int>& pixel) const {
+QPointF SliceToolHost::canvasPosition(const Vector<double>& place) const {
     const VRLSliceEditWidgetCanvas& canvas = __mediator.getCanvas();
     const auto scale = double(canvas.getZoomFactor());
-    return {(pixel[0] - canvas.getViewOrigin().x() + 0.5) * scale * double(canvas.betaWidth()),
-            (pixel[1] - canvas.getViewOrigin().y() + 0.5) * scale * double(canvas.betaHeight())};
+    return {(place[0] - canvas.getViewOrigin().x() + 0.5) * scale * double(canvas.betaWidth()),
+            (place[1] - canvas.getViewOrigin().y() + 0.5) * scale * double(canvas.betaHeight())};
 }
 
 float SliceToolHost::zoom() const {

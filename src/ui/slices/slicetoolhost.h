@@ -16,8 +16,9 @@ public:
     const Image* image(QString& problem) const override;
     Vector<int> imagePoint(const QPoint& position) const override;
     QPointF exactImagePoint(const QPointF& position) const override;
+    Vector<double> vertexAt(const QPointF& position) const override;
     bool isOnImage(const Vector<int>& pixel) const override;
-    QPointF canvasPosition(const Vector<int>& pixel) const override;
+    QPointF canvasPosition(const Vector<double>& place) const override;
     float zoom() const override;
     void setPreview(ModelItem* item) override;
     void setRubberLine(const QLine* line) override;

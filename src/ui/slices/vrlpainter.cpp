@@ -88,8 +88,9 @@ void VRLPainter::drawItem(const ModelItem& item) {
     QPolygon polygon;
     polygon.reserve(item.getSize());
     for (int i = 0; i < item.getSize(); ++i) {
-        const Vector<int>& vertex = item.getVertices()[i];
-        polygon.append(QPoint(__converter.xToModel(vertex[0]), __converter.yToModel(vertex[1])));
+        const Vector<double>& vertex = item.getVertices()[i];
+        polygon.append(QPoint(__converter.xToModel(int(std::lround(vertex[0]))),
+                              __converter.yToModel(int(std::lround(vertex[1])))));
     }
 
     save();

@@ -269,7 +269,7 @@ VRLSliceEditWidgetMediator::Tool& VRLSliceEditWidgetMediator::toolOf(ToolMaker m
     return *tool;
 }
 
-void VRLSliceEditWidgetMediator::resumeDrawing(const Model& model, const Vertices<int>& vertices) {
+void VRLSliceEditWidgetMediator::resumeDrawing(const Model& model, const Vertices<double>& vertices) {
     if (isInteracting() || __resting == nullptr)
         return;
     for (const auto& [maker, tool] : __tools)

@@ -97,7 +97,7 @@ public:
     void updateSelection();
 
     /// Goes on with a drawing of the model on the slice that was given up, unless something else is being done.
-    void resumeDrawing(const Model& model, const Vertices<int>& vertices);
+    void resumeDrawing(const Model& model, const Vertices<double>& vertices);
 
     /// Asks others to leave the slice alone, or gives it back.
     void requestLock(bool on);

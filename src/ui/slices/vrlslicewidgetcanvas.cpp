@@ -34,9 +34,9 @@ QColor colorOf(const ModelItemProperties& look) {
     return QColor(std::clamp(color[0], 0, 255), std::clamp(color[1], 0, 255), std::clamp(color[2], 0, 255));
 }
 
-QPoint pointOf(const ModelItem& item, int i) {
-    const Vector<int>& vertex = item.getVertices()[i];
-    return QPoint(vertex[0], vertex[1]);
+QPointF pointOf(const ModelItem& item, int i) {
+    const Vector<double>& vertex = item.getVertices()[i];
+    return QPointF(vertex[0], vertex[1]);
 }
 
 /// From the first to the last pixel, both within.
@@ -45,45 +45,47 @@ QRect corners(int left, int top, int right, int bottom) {
 }
 
 /// The factors give all symbols the area of the circle of radius r.
-void drawSymbol(QPainter& painter, VertexSymbol symbol, const QPoint& vertex, int r) {
-    const int x = vertex.x();
-    const int y = vertex.y();
+void drawSymbol(QPainter& painter, VertexSymbol symbol, const QPointF& vertex, int r) {
+    const double x = vertex.x();
+    const double y = vertex.y();
     switch (symbol) {
     case CubeSymbol: {
         const int s = int(std::ceil(r * 1.7724538509055159));
-        painter.drawRect(corners(x - s / 2, y - s / 2, x - s / 2 + s - 1, y - s / 2 + s - 1));
+        const int half = s / 2;
+        painter.drawRect(QRectF(x - half, y - half, s, s));
         break;
     }
     case DotSymbol:
-        painter.drawRect(QRect(x, y, 1, 1));
+        painter.drawRect(QRectF(x, y, 1, 1));
         break;
     case DiamondSymbol: {
         const int d = int(std::ceil(r * 1.2533141373155001));
-        const QPoint diamond[] = {QPoint(x - d, y), QPoint(x, y + d), QPoint(x + d, y), QPoint(x, y - d)};
+        const QPointF diamond[] = {QPointF(x - d, y), QPointF(x, y + d), QPointF(x + d, y), QPointF(x, y - d)};
         painter.drawPolygon(diamond, 4);
         break;
     }
     case TetrahedronSymbol: {
         const int t = int(r * 1.5551203015562138);
         const int u = int(t * 0.8660254037844386);
-        const QPoint triangle[] = {QPoint(x, y - t), QPoint(x - u, y + t / 2), QPoint(x + u, y + t / 2)};
+        const int half = t / 2;
+        const QPointF triangle[] = {QPointF(x, y - t), QPointF(x - u, y + half), QPointF(x + u, y + half)};
         painter.drawPolygon(triangle, 3);
         break;
     }
     default:
-        painter.drawEllipse(corners(x - r, y - r, x - r + 2 * r - 1, y - r + 2 * r - 1));
+        painter.drawEllipse(QRectF(x - r, y - r, 2 * r, 2 * r));
         break;
     }
 }
 
-void drawVertexCrosses(QPainter& painter, const QPolygon& vertices, int r) {
+void drawVertexCrosses(QPainter& painter, const QPolygonF& vertices, int r) {
     QPen pen = painter.pen();
     pen.setWidth(0);
     painter.setPen(pen);
     const int reach = r / 2;
-    for (const QPoint& vertex : vertices) {
-        painter.drawLine(vertex - QPoint(reach, 0), vertex + QPoint(reach, 0));
-        painter.drawLine(vertex - QPoint(0, reach), vertex + QPoint(0, reach));
+    for (const QPointF& vertex : vertices) {
+        painter.drawLine(vertex - QPointF(reach, 0), vertex + QPointF(reach, 0));
+        painter.drawLine(vertex - QPointF(0, reach), vertex + QPointF(0, reach));
     }
 }
 
@@ -196,7 +198,7 @@ void VRLSliceWidgetCanvas::paintItem(const ModelItem& item, QPainter& painter) c
 // No symbol reaches farther from its vertex than twice the point size, and no mark farther than 6 pixels of the screen.
 // Coordinates may be any number.
 QRect VRLSliceWidgetCanvas::areaOf(const ModelItem& item, const ModelItemProperties& look) const {
-    const BoundingBox<int>& box = item.extent();
+    const BoundingBox<double>& box = item.extent();
     if (!box.isValid())
         return QRect();
     const double size = double(sensible(look.getLineWidth())) + 2 * double(sensible(look.getPointSize())) + 1;
@@ -214,18 +216,18 @@ QRect VRLSliceWidgetCanvas::areaOf(const ModelItem& item, const ModelItemPropert
 }
 
 // A vertex within half a pixel of the screen from the last one that is drawn is left out, as far as the shape stays.
-QPolygon VRLSliceWidgetCanvas::outlineOf(const ModelItem& item) const {
+QPolygonF VRLSliceWidgetCanvas::outlineOf(const ModelItem& item) const {
     const int n = item.getSize();
     const double density = devicePixelRatioF();
     const double horZoom = double(getZoomFactor() * betaWidth()) * density;
     const double verZoom = double(getZoomFactor() * betaHeight()) * density;
-    QPolygon outline;
+    QPolygonF outline;
     outline.reserve(n);
     for (int i = 0; i < n; ++i) {
-        const QPoint vertex = pointOf(item, i);
+        const QPointF vertex = pointOf(item, i);
         if (i > 0 && i + 1 < n) {
-            const double x = (double(vertex.x()) - outline.last().x()) * horZoom;
-            const double y = (double(vertex.y()) - outline.last().y()) * verZoom;
+            const double x = (vertex.x() - outline.last().x()) * horZoom;
+            const double y = (vertex.y() - outline.last().y()) * verZoom;
             if (x * x + y * y < 0.25)
                 continue;
         }
@@ -250,7 +252,7 @@ void VRLSliceWidgetCanvas::paintContourItem(const ModelItem& item, const ModelIt
     pen.setWidth(thin ? 0 : int(lineWidth));
     painter.setPen(pen);
     painter.setBrush(Qt::NoBrush);
-    const QPolygon polygon = outlineOf(item);
+    const QPolygonF polygon = outlineOf(item);
     if (drawnGeometryOf(item) == PolylinePrimitive)
         painter.drawPolyline(polygon);
     else
@@ -272,9 +274,9 @@ void VRLSliceWidgetCanvas::paintPointsItem(const ModelItem& item, const ModelIte
     const int r = int(sensible(look.getPointSize()));
     const QRectF seen = painter.transform().inverted().mapRect(QRectF(paintedArea()));
     const double reach = 2 * r + double(sensible(look.getLineWidth())) + 2 + 2 / double(getZoomFactor());
-    QPolygon vertices;
+    QPolygonF vertices;
     for (int i = 0; i < item.getSize(); ++i) {
-        const QPoint vertex = pointOf(item, i);
+        const QPointF vertex = pointOf(item, i);
         if (seen.adjusted(-reach, -reach, reach, reach).contains(vertex))
             vertices.append(vertex);
     }
@@ -284,7 +286,7 @@ void VRLSliceWidgetCanvas::paintPointsItem(const ModelItem& item, const ModelIte
         painter.translate(-0.5, -0.5);
     }
     painter.setPen(pen);
-    for (const QPoint& vertex : vertices)
+    for (const QPointF& vertex : vertices)
         drawSymbol(painter, symbol, vertex, r);
     if (symbol != DotSymbol)
         drawVertexCrosses(painter, vertices, r);
@@ -301,7 +303,7 @@ void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& p
     const double horizontal = double(getZoomFactor() * betaWidth());
     const double vertical = double(getZoomFactor() * betaHeight());
     const ModelItemSelection& selection = item.getSelection();
-    const Vertices<int>& vertices = item.getVertices();
+    const Vertices<double>& vertices = item.getVertices();
     const int numBits = std::min(selection.getNumBits(), item.getSize());
     const int apart = drawnGeometryOf(item) == PolypointPrimitive ? 0 : 16;
     std::optional<QPointF> last;

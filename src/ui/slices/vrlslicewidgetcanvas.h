@@ -9,7 +9,7 @@
 #include "ui/slices/vrlimagewidgetcanvas.h"
 
 class QPainter;
-class QPolygon;
+class QPolygonF;
 
 namespace vorlen {
 
@@ -69,7 +69,7 @@ protected:
     QRect areaOf(const ModelItem& item, const ModelItemProperties& look) const;
 
 private:
-    QPolygon outlineOf(const ModelItem& item) const;
+    QPolygonF outlineOf(const ModelItem& item) const;
     QRect paintedArea() const { return __area.isNull() ? rect() : __area; }
     void paintContourItem(const ModelItem& item, const ModelItemProperties& look, QPainter& painter) const;
     void paintPointsItem(const ModelItem& item, const ModelItemProperties& look, QPainter& painter) const;

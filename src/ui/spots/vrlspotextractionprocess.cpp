@@ -118,9 +118,9 @@ void VRLSpotExtractionProcess::thresholdChanged(double threshold) {
             n += values[i][j] >= float(threshold) ? 1 : 0;
     if (n == 0 || n > mostMarks)
         return;
-    Vertices<int> points(2, n, n, 1);
+    Vertices<double> points(2, n, n, 1);
     int next = 0;
-    Vector<int> point(2);
+    Vector<double> point(2);
     for (int i = 0; i < values.getSize1(); ++i)
         for (int j = 0; j < values.getSize2(); ++j)
             if (values[i][j] >= float(threshold)) {

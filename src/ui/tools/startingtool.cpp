@@ -79,8 +79,8 @@ void StartingTool::press(QMouseEvent& event) {
 }
 
 void StartingTool::addPoint(Model& model, const QMouseEvent& event) {
-    const QPointF point = host().exactImagePoint(event.position());
-    const ItemVertices vertices = verticesOf({{point.x(), point.y()}}, false);
+    const Vector<double> point = host().vertexAt(event.position());
+    const ItemVertices vertices = verticesOf({{point[0], point[1]}}, false);
     guarded(&canvas(), "The point cannot be added.",
             [&] { warnUnlessDone("Draw", createItem(*stack(), *slice(), model, vertices)); });
 }

@@ -41,9 +41,12 @@ public:
     virtual Vector<int> imagePoint(const QPoint& position) const = 0;
     /// The same between pixels, with the centre of the first one at (0, 0).
     virtual QPointF exactImagePoint(const QPointF& position) const = 0;
+    /// The place of a vertex that is set at the position, to hundredths of a pixel: between pixels where the canvas
+    /// shows one larger than its own, else the same as imagePoint().
+    virtual Vector<double> vertexAt(const QPointF& position) const = 0;
     virtual bool isOnImage(const Vector<int>& pixel) const = 0;
-    /// Where the middle of a pixel lies on the canvas.
-    virtual QPointF canvasPosition(const Vector<int>& pixel) const = 0;
+    /// Where a place of the image lies on the canvas, whole numbers being the middles of pixels.
+    virtual QPointF canvasPosition(const Vector<double>& place) const = 0;
     /// Canvas units for a pixel.
     virtual float zoom() const = 0;
 

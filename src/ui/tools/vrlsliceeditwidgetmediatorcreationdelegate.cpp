@@ -43,7 +43,7 @@ void VRLSliceEditWidgetMediatorCreationDelegate::activate(const QString& modelNa
         begin(stack()->getModel(index));
 }
 
-void VRLSliceEditWidgetMediatorCreationDelegate::resume(const Model& model, const Vertices<int>& vertices) {
+void VRLSliceEditWidgetMediatorCreationDelegate::resume(const Model& model, const Vertices<double>& vertices) {
     if (isActive() || stack() == nullptr)
         return;
     const int index = stack()->findModel(model);
@@ -98,7 +98,7 @@ void VRLSliceEditWidgetMediatorCreationDelegate::abandon() {
 bool VRLSliceEditWidgetMediatorCreationDelegate::keep() {
     if (stack() == nullptr || slice() == nullptr || __item->getSize() == 0)
         return false;
-    const Vertices<int>& drawn = __item->getVertices();
+    const Vertices<double>& drawn = __item->getVertices();
     bool same = __resumed && __resumed->getNumVertices() == drawn.getNumVertices();
     for (int i = 0; same && i < drawn.getNumVertices(); ++i)
         same = (*__resumed)[i] == drawn[i];
@@ -147,9 +147,9 @@ void VRLSliceEditWidgetMediatorCreationDelegate::apply() {
 void VRLSliceEditWidgetMediatorCreationDelegate::appendVertex(const QPoint& position) {
     if (!acts())
         return;
-    const Vector<int> point = imagePoint(position);
-    if (!isOnImage(point))
+    if (!isOnImage(imagePoint(position)))
         return;
+    const Vector<double> point = vertexAt(position);
     const int size = __item->getSize();
     if (size > 0 && __item->getVertices()[size - 1] == point)
         return;

@@ -32,7 +32,7 @@ public:
     void deactivate() override;
 
     /// Goes on with a drawing that was given up.
-    void resume(const Model& model, const Vertices<int>& vertices);
+    void resume(const Model& model, const Vertices<double>& vertices);
 
     /// Ends with the item in the document, as a step of its history, or with a refusal.
     virtual void apply();
@@ -77,9 +77,9 @@ private:
     bool keep();
 
     std::unique_ptr<ModelItem> __item;
-    bool __stroke = false;                  // the button is held, and vertices came since
-    std::optional<Vertices<int>> __resumed; // as the drawing was when it came back
-    bool __menuPending = false;             // the context menu of the press that ended a drawing
+    bool __stroke = false;                     // the button is held, and vertices came since
+    std::optional<Vertices<double>> __resumed; // as the drawing was when it came back
+    bool __menuPending = false;                // the context menu of the press that ended a drawing
 };
 
 } // namespace vorlen

@@ -95,6 +95,10 @@ Vector<int> VRLSliceEditWidgetMediatorDelegate::imagePoint(const QPoint& positio
     return __host.imagePoint(position);
 }
 
+Vector<double> VRLSliceEditWidgetMediatorDelegate::vertexAt(const QPointF& position) const {
+    return __host.vertexAt(position);
+}
+
 bool VRLSliceEditWidgetMediatorDelegate::isOnImage(const Vector<int>& point) const {
     return __host.isOnImage(point);
 }

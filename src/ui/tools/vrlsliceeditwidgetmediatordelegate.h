@@ -57,6 +57,7 @@ protected:
     VRLStack* stack() const;
 
     Vector<int> imagePoint(const QPoint& position) const;
+    Vector<double> vertexAt(const QPointF& position) const;
     bool isOnImage(const Vector<int>& point) const;
 
     /// How far from an item a click may be, in image pixels.

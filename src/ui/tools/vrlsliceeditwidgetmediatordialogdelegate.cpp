@@ -72,7 +72,8 @@ bool VRLSliceEditWidgetMediatorDialogDelegate::isAbout(const Model& model) const
     return __item != nullptr && __item->getModel() == &model;
 }
 
-void VRLSliceEditWidgetMediatorDialogDelegate::preview(const std::function<Vertices<int>()>& compute, bool selected) {
+void VRLSliceEditWidgetMediatorDialogDelegate::preview(const std::function<Vertices<double>()>& compute,
+                                                       bool selected) {
     if (!isActive())
         return;
     try {
@@ -113,7 +114,7 @@ void VRLSliceEditWidgetMediatorDialogDelegate::giveBack() {
 
 /// In the middle of the upper or of the lower end of the canvas, with room for a title bar.
 QPoint VRLSliceEditWidgetMediatorDialogDelegate::dialogPosition(const QSize& size) const {
-    const BoundingBox<int> box = __item->boundingBox();
+    const BoundingBox<double>& box = __item->extent();
     const bool isHigh =
         box.isValid() &&
         host().canvasPosition(box.getVertex1()).y() + host().canvasPosition(box.getVertex2()).y() < canvas().height();

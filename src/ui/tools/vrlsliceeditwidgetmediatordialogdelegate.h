@@ -51,7 +51,7 @@ protected:
     virtual Outcome apply(VRLStack& stack, ModelItem& item) = 0;
 
     /// Makes a preview of what is computed, on behalf of a control of the dialog. What that throws ends the dialog.
-    void preview(const std::function<Vertices<int>()>& compute, bool selected = true);
+    void preview(const std::function<Vertices<double>()>& compute, bool selected = true);
 
     /// A dialog of one number. The preview of the start value is still to be made.
     VRLCurveResamplingDialog* newNumberDialog(const QString& title, const QString& label, int minimum, int maximum,

@@ -190,7 +190,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::releaseDrag() {
 
 void VRLSliceEditWidgetMediatorEditionDelegate::mousePressEvent(QMouseEvent* event) {
     if (acts() && event->buttons() == Qt::LeftButton) {
-        const Vector<int> point = imagePoint(event->position().toPoint());
+        const Vector<double> point = vertexAt(event->position());
         event->accept();
         if (__mode == MoveMode)
             startMove(point);
@@ -207,7 +207,7 @@ void VRLSliceEditWidgetMediatorEditionDelegate::mouseMoveEvent(QMouseEvent* even
     if (isActive() && !(event->buttons() & Qt::LeftButton))
         finishMove(); // the release went elsewhere
     if (acts() && event->buttons() == Qt::LeftButton) {
-        const Vector<int> point = imagePoint(event->position().toPoint());
+        const Vector<double> point = vertexAt(event->position());
         event->accept();
         if (__mode == MoveMode)
             moveTo(point);
@@ -249,14 +249,14 @@ void VRLSliceEditWidgetMediatorEditionDelegate::setMode(Mode mode) {
     host().setHint(hints[mode]);
 }
 
-void VRLSliceEditWidgetMediatorEditionDelegate::startMove(const Vector<int>& point) {
+void VRLSliceEditWidgetMediatorEditionDelegate::startMove(const Vector<double>& point) {
     finishMove();
     const int index = __item->findNearestVertex(point, clickTolerance());
     if (index >= 0 && stack() != nullptr)
         __drag.emplace(*stack(), *__item, index);
 }
 
-void VRLSliceEditWidgetMediatorEditionDelegate::moveTo(const Vector<int>& point) {
+void VRLSliceEditWidgetMediatorEditionDelegate::moveTo(const Vector<double>& point) {
     if (!__drag)
         return;
     const QScopedValueRollback own(__ownChange, true);
@@ -269,13 +269,13 @@ void VRLSliceEditWidgetMediatorEditionDelegate::finishMove() {
     __drag.reset();
 }
 
-void VRLSliceEditWidgetMediatorEditionDelegate::insertAt(const Vector<int>& point) {
+void VRLSliceEditWidgetMediatorEditionDelegate::insertAt(const Vector<double>& point) {
     const int index = __item->findInsertion(point, clickTolerance());
     if (index >= 0 && stack() != nullptr)
         insertVertex(*stack(), *__item, index, point);
 }
 
-void VRLSliceEditWidgetMediatorEditionDelegate::deleteAt(const Vector<int>& point) {
+void VRLSliceEditWidgetMediatorEditionDelegate::deleteAt(const Vector<double>& point) {
     const int index = __item->findNearestVertex(point, clickTolerance());
     if (index >= 0 && stack() != nullptr)
         warnUnlessDone("Warning", removeVertex(*stack(), *__item, index));

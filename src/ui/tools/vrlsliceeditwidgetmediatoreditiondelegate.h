@@ -64,13 +64,13 @@ protected:
 private:
     void setMode(Mode mode);
     void countStep(VRLActionHistory::Change change);
-    void startMove(const Vector<int>& point);
-    void moveTo(const Vector<int>& point);
+    void startMove(const Vector<double>& point);
+    void moveTo(const Vector<double>& point);
     void finishMove();
     void letGo();
     void releaseDrag();
-    void insertAt(const Vector<int>& point);
-    void deleteAt(const Vector<int>& point);
+    void insertAt(const Vector<double>& point);
+    void deleteAt(const Vector<double>& point);
 
     Mode __mode = MoveMode;
     ModelItem* __item = nullptr;

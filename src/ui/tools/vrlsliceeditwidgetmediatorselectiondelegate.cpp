@@ -67,7 +67,7 @@ QString VRLSliceEditWidgetMediatorSelectionDelegate::restingHint(const StackSlic
         .arg(selected.multipleSelection() ? "" : " E: edit points.");
 }
 
-void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsNearPosition(const Vector<int>& position, bool shift) {
+void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsNearPosition(const Vector<double>& position, bool shift) {
     if (slice() == nullptr)
         return;
     const std::vector<ModelItem*> near = itemsNear(position);
@@ -97,7 +97,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsNearPosition(const 
 }
 
 /// What a click may mean, the nearest first.
-std::vector<ModelItem*> VRLSliceEditWidgetMediatorSelectionDelegate::itemsNear(const Vector<int>& position) const {
+std::vector<ModelItem*> VRLSliceEditWidgetMediatorSelectionDelegate::itemsNear(const Vector<double>& position) const {
     std::vector<std::pair<double, ModelItem*>> found;
     const float tolerance = clickTolerance();
     for (int i = 0; i < slice()->getNumItems(); ++i) {
@@ -117,7 +117,7 @@ std::vector<ModelItem*> VRLSliceEditWidgetMediatorSelectionDelegate::itemsNear(c
     return items;
 }
 
-void VRLSliceEditWidgetMediatorSelectionDelegate::toggleVertex(ModelItem& item, const Vector<int>& position,
+void VRLSliceEditWidgetMediatorSelectionDelegate::toggleVertex(ModelItem& item, const Vector<double>& position,
                                                                bool alone) {
     const int vertex = item.findNearestVertex(position, clickTolerance());
     ModelItemSelection selection = item.getSelection();
@@ -139,7 +139,7 @@ bool VRLSliceEditWidgetMediatorSelectionDelegate::deselectBut(const ModelItem* i
     return any;
 }
 
-void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsWithinBox(const BoundingBox<int>& box) {
+void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsWithinBox(const BoundingBox<double>& box) {
     if (slice() == nullptr)
         return;
     bool changed = false;
@@ -321,9 +321,8 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::mousePressEvent(QMouseEvent* e
     if (acts() && event->buttons() == Qt::LeftButton) {
         forgetPress();
         const QPoint position = event->position().toPoint();
-        const Vector<int> point = imagePoint(position);
-        if (isOnImage(point)) {
-            selectItemsNearPosition(point, (event->modifiers() & Qt::ShiftModifier) != 0);
+        if (isOnImage(imagePoint(position))) {
+            selectItemsNearPosition(vertexAt(event->position()), (event->modifiers() & Qt::ShiftModifier) != 0);
             __pressPosition = std::make_unique<QPoint>(position);
         }
         event->accept();
@@ -363,7 +362,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::mouseReleaseEvent(QMouseEvent*
     if (__rubberBand) {
         const QRect band = __rubberBand->geometry();
         removeBand();
-        selectItemsWithinBox(BoundingBox<int>(imagePoint(band.topLeft()), imagePoint(band.bottomRight())));
+        selectItemsWithinBox(BoundingBox<double>(vertexAt(band.topLeft()), vertexAt(band.bottomRight())));
     }
     __pressPosition.reset();
     event->accept();

@@ -41,10 +41,10 @@ public:
     /// Selects the nearest of what lies within the tolerance of the image point, or toggles a point of points, and
     /// deselects everything else. Once more at the same place takes the next one, or lets go of the only one. With
     /// shift the nearest is toggled, and the rest stays.
-    void selectItemsNearPosition(const Vector<int>& position, bool shift);
+    void selectItemsNearPosition(const Vector<double>& position, bool shift);
 
     /// Toggles every vertex in the box, whose first vertex must be the lower corner.
-    void selectItemsWithinBox(const BoundingBox<int>& box);
+    void selectItemsWithinBox(const BoundingBox<double>& box);
 
 public slots:
     void cancelSelection();
@@ -88,8 +88,8 @@ private:
     void copyToNeighbour(int direction);
     void forgetPress();
     void removeBand();
-    std::vector<ModelItem*> itemsNear(const Vector<int>& position) const;
-    void toggleVertex(ModelItem& item, const Vector<int>& position, bool alone);
+    std::vector<ModelItem*> itemsNear(const Vector<double>& position) const;
+    void toggleVertex(ModelItem& item, const Vector<double>& position, bool alone);
     bool deselectBut(const ModelItem* item);
     void select(ModelItem& item, const ModelItemSelection& selection);
     void selectWhole(const std::function<bool(const ModelItem&)>& wanted);

@@ -44,7 +44,7 @@ QPoint VRLSliceEditWidgetMediatorSplitDelegate::positionOf(const QMouseEvent& ev
 }
 
 void VRLSliceEditWidgetMediatorSplitDelegate::split(ModelItem& item, const QLine& line) {
-    Curve<int> cut(2, 2, 2, 2, true);
+    Curve<double> cut(2, 2, 2, 2, true);
     for (const int end : {0, 1}) {
         const QPoint point = end == 0 ? line.p1() : line.p2();
         cut[end][0] = point.x();

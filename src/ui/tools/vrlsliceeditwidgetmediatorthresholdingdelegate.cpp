@@ -105,7 +105,7 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::markFirst(const QPoint& pos
 
 void VRLSliceEditWidgetMediatorThresholdingDelegate::stretchTo(const QPoint& position) {
     if (imagePoint(*__pressPosition) != __corner)
-        *__pressPosition = host().canvasPosition(__corner).toPoint();
+        *__pressPosition = host().canvasPosition(__corner.toType<double>()).toPoint();
     __rubberBand->setGeometry(QRect(*__pressPosition, position).normalized());
 }
 
@@ -126,7 +126,7 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::run(const Vector<int>& corn
         return warn(title, noOutlineInBox);
     if (!ask("Enter decimation level:", __decimationLevel, 100, 5))
         return;
-    Curve<int> curve;
+    Curve<double> curve;
     {
         const WaitCursor wait;
         curve = outline->follow(__decimationLevel);

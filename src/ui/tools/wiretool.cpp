@@ -72,7 +72,7 @@ WireTool::Pixels WireTool::wayTo(int column, int row) {
     const ItemVertices thin = decimatedContour(verticesOf(outline, false), false, 1);
     Pixels way;
     for (int k = 1; k < thin.getNumVertices(); ++k)
-        way.emplace_back(int(thin[k][0]), int(thin[k][1]));
+        way.emplace_back(int(std::lround(thin[k][0])), int(std::lround(thin[k][1])));
     return way;
 }
 
@@ -120,7 +120,7 @@ void WireTool::apply() {
         __straight = false;
         seedAtEnd();
         const ItemVertex first = item()->getVertices()[0];
-        Pixels way = wayTo(int(first[0]), int(first[1]));
+        Pixels way = wayTo(int(std::lround(first[0])), int(std::lround(first[1])));
         if (!way.empty())
             way.pop_back(); // the first vertex itself
         append(way);

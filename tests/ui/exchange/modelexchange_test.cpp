@@ -231,13 +231,13 @@ TEST_F(ModelExchangeDialogTest, warnsOfOtherPlacesInSpaceAndKeepsThemOnRequest) 
         script.thenClick("Replace");
         choose(models(0), "Cortex");
         pushed(">").click();
-        return coordinates(b.getModel(b.getNumModels() - 1).getItem(0).getVertices());
+        return decimals(b.getModel(b.getNumModels() - 1).getItem(0).getVertices());
     };
-    EXPECT_EQ(sent(), coordinates(a.getModel(0).getItem(0).getVertices()));
+    EXPECT_EQ(sent(), decimals(a.getModel(0).getItem(0).getVertices()));
     pushed("Undo").click();
     QCoreApplication::processEvents();
     world.click();
-    EXPECT_NE(sent(), coordinates(a.getModel(0).getItem(0).getVertices()));
+    EXPECT_NE(sent(), decimals(a.getModel(0).getItem(0).getVertices()));
     if (const QString pictures = qEnvironmentVariable("VORLEN_PICTURES"); !pictures.isEmpty())
         dialog->grab().save(pictures + "/transfer.png");
     // The window comes back as it was left.

@@ -9,10 +9,10 @@
 #include <QSpinBox>
 
 #include "editing/bus/vrlmodelevent.h"
+#include "editing/operations/contouroperations.h"
 #include "editing/operations/outcome.h"
 #include "numerics/exception.h"
 #include "shapes/curve.h"
-#include "shapes/fourierdescriptors.h"
 #include "support/dialogdriver.h"
 #include "support/modalscript.h"
 #include "ui/tools/vrlcurveresamplingdialog.h"
@@ -41,7 +41,7 @@ protected:
         return entry(*entry(*menu, "Edit").menu(), command);
     }
     static QSpinBox& number(const QWidget& dialog, const QString& label) { return control<QSpinBox>(dialog, label); }
-    Points previewed() const { return coordinates(canvas->getExtraItem()->getVertices()); }
+    auto previewed() const { return decimals(canvas->getExtraItem()->getVertices()); }
     VRLSliceEditWidgetMediatorSplitDelegate* splitDelegate() const {
         return mediator->findChild<VRLSliceEditWidgetMediatorSplitDelegate*>();
     }
@@ -107,7 +107,7 @@ TEST_F(ContourToolsTest, okGivesTheContourWhatThePreviewShowsInOneStep) {
         ModelItem& contour = addItem(*polygon, *slice, ring(21));
         ModelItem& behind = addItem(*polygon, *slice, square);
         select(contour);
-        Points shown;
+        std::vector<std::pair<double, double>> shown;
         expectSteps(1, [&] {
             run(
                 tool.command,
@@ -119,8 +119,8 @@ TEST_F(ContourToolsTest, okGivesTheContourWhatThePreviewShowsInOneStep) {
                 },
                 "OK");
         });
-        EXPECT_NE(shown, ring(21));
-        EXPECT_EQ(verticesOf(contour), shown);
+        EXPECT_NE(shown, decimals(makeVertices(ring(21))));
+        EXPECT_EQ(decimals(contour.getVertices()), shown);
         EXPECT_EQ(&slice->getItem(0), &contour);
         EXPECT_EQ(&slice->getItem(1), &behind);
         delete &contour;
@@ -131,11 +131,11 @@ TEST_F(ContourToolsTest, okGivesTheContourWhatThePreviewShowsInOneStep) {
 TEST_F(ContourToolsTest, smoothingShowsFidelityAndDescriptorsOfTheSamePreview) {
     ModelItem& contour = addItem(*polygon, *slice, ring(61));
     select(contour);
-    const auto filtered = [&](auto by) {
-        Curve<int> curve(makeVertices(ring(61)), false);
-        const auto told = FourierDescriptors<int>::filter(curve, by);
-        return std::make_pair(coordinates(curve), told);
+    const auto filtered = [&](int descriptors) {
+        const SmoothedContour smoothed = smoothedContour(makeVertices(ring(61)), descriptors);
+        return std::make_pair(decimals(smoothed.vertices), smoothed.fidelity);
     };
+    const SmoothedContour faithful = smoothedToFidelity(makeVertices(ring(61)), 0.95f);
     expectSteps(1, [&] {
         run(
             "Smooth (Fourier)",
@@ -152,15 +152,15 @@ TEST_F(ContourToolsTest, smoothingShowsFidelityAndDescriptorsOfTheSamePreview) {
                 EXPECT_EQ(fidelity.value(), int(filtered(1).second * 100));
                 EXPECT_LT(fidelity.value(), 90);
                 fidelity.setValue(95);
-                EXPECT_EQ(previewed(), filtered(0.95f).first);
-                EXPECT_EQ(descriptors.value(), filtered(0.95f).second);
+                EXPECT_EQ(previewed(), decimals(faithful.vertices));
+                EXPECT_EQ(descriptors.value(), faithful.numDescriptors);
                 EXPECT_EQ(fidelity.value(), 95);
                 EXPECT_GT(descriptors.value(), 1);
                 EXPECT_LT(descriptors.value(), 30);
             },
             "OK");
     });
-    EXPECT_EQ(verticesOf(contour), filtered(0.95f).first);
+    EXPECT_EQ(decimals(contour.getVertices()), decimals(faithful.vertices));
 }
 
 TEST_F(ContourToolsTest, whatIsRefusedIsTold) {
@@ -197,9 +197,9 @@ protected:
 
 private:
     void show(int number) {
-        preview([this, number]() -> Vertices<int> {
+        preview([this, number]() -> Vertices<double> {
             if (number >= __from)
-                throw ValueError("Vertices<int> show(int)", "It went wrong");
+                throw ValueError("Vertices<double> show(int)", "It went wrong");
             return getItem()->getVertices();
         });
     }

@@ -13,9 +13,9 @@ namespace {
 
 /// The pixels inside of the contour.
 QImage filled(const ModelItem& item) {
-    QPolygon polygon;
+    QPolygonF polygon;
     for (int i = 0; i < item.getSize(); ++i)
-        polygon.append(QPoint(item.getVertices()[i][0], item.getVertices()[i][1]));
+        polygon.append(QPointF(item.getVertices()[i][0], item.getVertices()[i][1]));
     QImage mask(512, 512, QImage::Format_Grayscale8);
     mask.fill(0);
     QPainter painter(&mask);

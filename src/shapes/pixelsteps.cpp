@@ -1,0 +1,218 @@
+#include "shapes/pixelsteps.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace vorlen {
+
+namespace {
+
+struct GridPoint {
+    double along = 0, across = 0;
+};
+
+/// Places with ascending coordinates along; whether a straight line comes nearer than half a pixel to each of them,
+/// along the other axis.
+///
+/// Such a line lies below all upper ends and above all lower ends of the pixels, so that its slope is less than that
+/// from each lower end to each upper end behind it, and more than that from each upper end to each lower end. Only ends
+/// on the convex hulls count.
+class Strip {
+public:
+    /// False when there is no such line any more.
+    bool add(const GridPoint& point) {
+        if (!__lower.empty() && point.along <= __lower.back().along)
+            return false;
+        const GridPoint upper = {point.along, point.across + half}, lower = {point.along, point.across - half};
+        if (!__lower.empty()) {
+            __most = std::min(__most, extreme(__lower, upper, 1));
+            __least = std::max(__least, -extreme(__upper, lower, -1));
+        }
+        append(__lower, lower, 1);
+        append(__upper, upper, -1);
+        return __least < __most;
+    }
+
+    /// Of the steepest and the flattest line the mean.
+    double slope() const { return (__least + __most) / 2; }
+
+private:
+    static constexpr double half = 0.5;
+
+    static double slope(const GridPoint& from, const GridPoint& to) {
+        return (to.across - from.across) / (to.along - from.along);
+    }
+
+    /// The hull that bends with the sign: the upper one of lower ends for 1.
+    static void append(std::vector<GridPoint>& hull, const GridPoint& point, int sign) {
+        const auto isWithin = [&] {
+            const GridPoint &first = hull[hull.size() - 2], &second = hull.back();
+            return sign * (slope(first, second) - slope(second, point)) <= 0;
+        };
+        while (hull.size() > 1 && isWithin())
+            hull.pop_back();
+        hull.push_back(point);
+    }
+
+    /// The least of sign times the slopes to the point, which has one valley along the hull.
+    static double extreme(const std::vector<GridPoint>& hull, const GridPoint& point, int sign) {
+        const auto value = [&](std::size_t k) { return sign * slope(hull[k], point); };
+        std::size_t first = 0, last = hull.size() - 1;
+        while (first < last) {
+            const std::size_t middle = (first + last) / 2;
+            if (value(middle) <= value(middle + 1))
+                last = middle;
+            else
+                first = middle + 1;
+        }
+        return value(first);
+    }
+
+    std::vector<GridPoint> __lower, __upper;
+    double __least = -std::numeric_limits<double>::infinity();
+    double __most = std::numeric_limits<double>::infinity();
+};
+
+/// A way to look at a stretch: its coordinate along is a x + b y, that across c x + d y.
+struct View {
+    int a, b, c, d;
+    bool alongAxesOnly;
+
+    GridPoint of(const GridPoint& place) const {
+        return {a * place.along + b * place.across, c * place.along + d * place.across};
+    }
+    GridPoint back(const GridPoint& seen) const {
+        const double determinant = a * d - b * c;
+        return {(d * seen.along - b * seen.across) / determinant, (a * seen.across - c * seen.along) / determinant};
+    }
+};
+
+constexpr std::array<View, 8> views = {{{1, 0, 0, 1, false},
+                                        {-1, 0, 0, 1, false},
+                                        {0, 1, 1, 0, false},
+                                        {0, -1, 1, 0, false},
+                                        {1, 1, 0, 1, true},
+                                        {1, -1, 0, 1, true},
+                                        {-1, 1, 0, 1, true},
+                                        {-1, -1, 0, 1, true}}};
+
+/// Edges of an outline, from one vertex on, that make one straight line.
+struct Segment {
+    int first = 0, length = 1; // in edges
+    const View* view = nullptr;
+    double slope = 0, offset = 0; // of the line, in the view; none for the edge itself
+
+    /// The place on the line that is seen at the same place along.
+    GridPoint nearest(const GridPoint& place) const {
+        if (view == nullptr)
+            return place;
+        const double along = view->of(place).along;
+        return view->back({along, slope * along + offset});
+    }
+};
+
+class StepRemoval {
+public:
+    StepRemoval(const Vertices<double>& vertices, bool closed)
+        : __vertices(vertices), __size(vertices.getNumVertices()), __numEdges(closed ? __size : __size - 1) {}
+
+    /// From the start on, once around or to the end.
+    std::vector<Segment> segmentsFrom(int start) const {
+        std::vector<Segment> segments;
+        for (int k = 0; k < __numEdges; k += segments.back().length)
+            segments.push_back(longestFrom(start + k, __numEdges - k));
+        return segments;
+    }
+
+    Segment longestFrom(int first, int most) const {
+        Segment longest = {first};
+        if (most < 2 || !isStep(first, false) || !isStep(first + 1, false))
+            return longest;
+        for (const View& view : views) {
+            Strip strip;
+            strip.add(placeOf(first, view));
+            double slope = 0;
+            int length = 0;
+            while (length < most && isStep(first + length, view.alongAxesOnly) &&
+                   strip.add(placeOf(first + length + 1, view))) {
+                ++length;
+                slope = strip.slope();
+            }
+            if (length > longest.length)
+                longest = {first, length, &view, slope, 0};
+        }
+        if (longest.view != nullptr)
+            centre(longest);
+        return longest;
+    }
+
+    GridPoint at(int k) const {
+        const Vector<double>& vertex = __vertices[k % __size];
+        return {vertex[0], vertex[1]};
+    }
+
+private:
+    GridPoint placeOf(int k, const View& view) const { return view.of(at(k)); }
+
+    /// Lays the line as far below as above what it stands for.
+    void centre(Segment& segment) const {
+        double least = std::numeric_limits<double>::infinity(), most = -least;
+        for (int k = 0; k <= segment.length; ++k) {
+            const GridPoint place = placeOf(segment.first + k, *segment.view);
+            const double offset = place.across - segment.slope * place.along;
+            least = std::min(least, offset);
+            most = std::max(most, offset);
+        }
+        segment.offset = (least + most) / 2;
+    }
+
+    bool isStep(int edge, bool alongAxesOnly) const {
+        const auto isOnGrid = [](double coordinate) { return std::trunc(2 * coordinate) == 2 * coordinate; };
+        const GridPoint p = at(edge), q = at(edge + 1);
+        if (!isOnGrid(p.along) || !isOnGrid(p.across) || !isOnGrid(q.along) || !isOnGrid(q.across))
+            return false;
+        const double x = std::abs(q.along - p.along), y = std::abs(q.across - p.across);
+        return x == 0 || y == 0 || (!alongAxesOnly && x == y);
+    }
+
+    const Vertices<double>& __vertices;
+    int __size, __numEdges;
+};
+
+} // namespace
+
+Vertices<double> withoutPixelSteps(const Vertices<double>& vertices, bool closed) {
+    const int size = vertices.getNumVertices();
+    if (size < (closed ? 4 : 3))
+        return vertices;
+    const StepRemoval removal(vertices, closed);
+    // Around, the start should not cut a segment in two: the end of the first one is better than any vertex.
+    const int start = closed ? removal.longestFrom(0, size).length % size : 0;
+    const std::vector<Segment> segments = removal.segmentsFrom(start);
+    const int n = int(segments.size());
+    if (n == (closed ? size : size - 1) || (closed && n < 3))
+        return vertices;
+    Vertices<double> result(2, closed ? n : n + 1, closed ? n : n + 1, 1);
+    const auto put = [&](int k, const GridPoint& place) {
+        result[k][0] = place.along;
+        result[k][1] = place.across;
+    };
+    for (int k = 0; k < n; ++k) {
+        const Segment& segment = segments[std::size_t(k)];
+        const GridPoint place = removal.at(segment.first);
+        if (k == 0 && !closed) {
+            put(k, place);
+            continue;
+        }
+        const GridPoint before = segments[std::size_t((k + n - 1) % n)].nearest(place), behind = segment.nearest(place);
+        put(k, {(before.along + behind.along) / 2, (before.across + behind.across) / 2});
+    }
+    if (!closed)
+        put(n, removal.at(size - 1));
+    return result;
+}
+
+} // namespace vorlen
