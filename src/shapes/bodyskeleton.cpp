@@ -35,7 +35,7 @@ using Bits = unsigned int;
 
 struct Around {
     std::array<Bits, numAround> touching = {}, facing = {}; // neighbours in the cube, by corners or by faces
-    Bits faces = 0, facesAndEdges = 0;                       // of the middle
+    Bits faces = 0, facesAndEdges = 0;                      // of the middle
 
     constexpr Around() {
         for (int a = 0; a < numAround; ++a)
@@ -331,7 +331,8 @@ private:
             Point sum = {};
             for (int i = k - near; i <= k + near; ++i)
                 for (std::size_t axis = 0; axis < 3; ++axis)
-                    sum[axis] += places[std::size_t(isRing ? (i % (n - 1) + n - 1) % (n - 1) : i)][axis] / (2 * near + 1);
+                    sum[axis] +=
+                        places[std::size_t(isRing ? (i % (n - 1) + n - 1) % (n - 1) : i)][axis] / (2 * near + 1);
             return sum;
         };
         double length = 0;

@@ -18,8 +18,8 @@ namespace vorlen {
 /// Voxels are numbered x first, then y, then z; two layers of the outside lie all around.
 class VoxelBody {
 public:
-    /// Voxels of such a size that about so many are inside, and at most 30 times as many in all. Throws SizeError unless
-    /// the mesh is of space 3.
+    /// Voxels of such a size that about so many are inside, and at most 30 times as many in all. Throws SizeError
+    /// unless the mesh is of space 3.
     VoxelBody(const TriMesh<double>& mesh, double volume, int numInside);
 
     double getVoxelSize() const { return __size; }

@@ -28,6 +28,35 @@ std::string quoted(const StackSlice& slice) {
     return "\"" + slice.getName() + "\"";
 }
 
+bool hasPixelSize(const StackSlice& slice) {
+    const PixelCalibration& calibration = slice.getPixelCalibration();
+    return calibration.getPixelWidth() > 0 && calibration.getPixelHeight() > 0;
+}
+
+bool haveEqualPixels(const StackSlice& a, const StackSlice& b) {
+    const PixelCalibration &one = a.getPixelCalibration(), &other = b.getPixelCalibration();
+    return one.getPixelWidth() == other.getPixelWidth() && one.getPixelHeight() == other.getPixelHeight();
+}
+
+float leastOf(const PixelMatrix<float>& image) {
+    float least = std::numeric_limits<float>::infinity();
+    for (int i = 0; i < image.getSize1(); ++i)
+        for (int j = 0; j < image.getSize2(); ++j)
+            least = std::min(least, image[i][j]); // passes over what is no number
+    return std::isfinite(least) ? least : 0;
+}
+
+/// Between the four pixels around the place, which is within the image.
+float between(const PixelMatrix<float>& image, double column, double row) {
+    const int j = std::min(int(column), std::max(0, image.getSize2() - 2));
+    const int i = std::min(int(row), std::max(0, image.getSize1() - 2));
+    const int right = std::min(j + 1, image.getSize2() - 1), below = std::min(i + 1, image.getSize1() - 1);
+    const auto x = float(column - j), y = float(row - i);
+    const float upper = image[i][j] + (x > 0 ? x * (image[i][right] - image[i][j]) : 0);
+    const float lower = image[below][j] + (x > 0 ? x * (image[below][right] - image[below][j]) : 0);
+    return upper + (y > 0 ? y * (lower - upper) : 0);
+}
+
 std::string imageFault(const Stack& stack) {
     const StackSlice& first = stack.getFirstSlice();
     for (int i = 0; i < stack.getNumSlices(); ++i) {
@@ -37,9 +66,9 @@ std::string imageFault(const Stack& stack) {
         if (slice.width() != first.width() || slice.height() != first.height())
             return "Slice " + quoted(slice) + " has " + sizeText(slice) + " pixels and the first one " +
                    sizeText(first) + ": spots are sought in images of one size";
-        if (i > 0 && !slice.getRegistration().isNull())
+        if (i > 0 && !slice.getRegistration().isNull() && !(hasPixelSize(slice) && hasPixelSize(first)))
             return "Slice " + quoted(slice) +
-                   " is registered onto the one before: spots are sought in images that lie on each other as they are";
+                   " is registered onto the one before, but the pixels have no size: give the calibration first";
     }
     if (first.width() < 1 || first.height() < 1)
         return "The first image has no pixels";
@@ -88,6 +117,54 @@ std::string spotFault(const Stack& stack) {
     return fault.empty() ? stepFault(stack) : fault;
 }
 
+SpotGrid::SpotGrid(const Stack& stack) : __space(stack) {
+    bool isWhereTheFirstIs = true;
+    __isPixelGrid.reserve(std::size_t(stack.getNumSlices()));
+    for (int k = 0; k < stack.getNumSlices(); ++k) {
+        const StackSlice& slice = stack.getSlice(k);
+        isWhereTheFirstIs = isWhereTheFirstIs && (k == 0 || slice.getRegistration().isNull());
+        const bool noneHasSize = !hasPixelSize(slice) || !hasPixelSize(stack.getFirstSlice());
+        __isPixelGrid.push_back(noneHasSize || (isWhereTheFirstIs && haveEqualPixels(slice, stack.getFirstSlice())));
+    }
+}
+
+bool SpotGrid::isPixelGrid(int plane) const {
+    return __isPixelGrid[std::size_t(plane)];
+}
+
+Vector<double> SpotGrid::toPixels(int plane, double column, double row) const {
+    if (isPixelGrid(plane)) {
+        Vector<double> place(2);
+        place[0] = column;
+        place[1] = row;
+        return place;
+    }
+    const Vector<double> world = __space.toWorld(0, column, row);
+    return __space.toPixels(plane, world[0], world[1]);
+}
+
+PixelMatrix<float> SpotGrid::carry(int plane, const PixelMatrix<float>& image) const {
+    const int height = image.getSize1(), width = image.getSize2();
+    PixelMatrix<float> result(height, width);
+    const Vector<double> origin = toPixels(plane, 0, 0);
+    const Vector<double> right = toPixels(plane, 1, 0), down = toPixels(plane, 0, 1);
+    const double columnStep[] = {right[0] - origin[0], right[1] - origin[1]};
+    const double rowStep[] = {down[0] - origin[0], down[1] - origin[1]};
+    const float outside = leastOf(image);
+    // Rounding must not push a border pixel out of an image that was shifted by whole pixels.
+    const double slack = 1e-6;
+    for (int i = 0; i < height; ++i)
+        for (int j = 0; j < width; ++j) {
+            const double u = origin[0] + j * columnStep[0] + i * rowStep[0];
+            const double v = origin[1] + j * columnStep[1] + i * rowStep[1];
+            const bool isWithin = u >= -slack && v >= -slack && u <= width - 1 + slack && v <= height - 1 + slack;
+            result[i][j] =
+                isWithin ? between(image, std::clamp(u, 0.0, double(width - 1)), std::clamp(v, 0.0, double(height - 1)))
+                         : outside;
+        }
+    return result;
+}
+
 Vector<int> spotVolumeSize(const Stack& stack) {
     Vector<int> size(3);
     size[0] = stack.getFirstSlice().height();
@@ -133,6 +210,7 @@ bool readSpotVolume(const Stack& stack, ImageColorContent channel, VoxelMatrix<f
     calibration.setVoxelSize(voxel);
     calibration.setLengthUnit(stack.getLengthUnit());
     volume.setVoxelCalibration(calibration);
+    const SpotGrid grid(stack);
     progress.notifyProgressed("Reading images...");
     for (int k = 0; k < size[2] && !progress.isCanceled(); ++k) {
         Image image;
@@ -147,6 +225,8 @@ bool readSpotVolume(const Stack& stack, ImageColorContent channel, VoxelMatrix<f
                                                                         : BlueChannel);
         else
             volume[k].convertGreyFromImage(image);
+        if (!grid.isPixelGrid(k))
+            volume[k] = grid.carry(k, volume[k]);
         progress.notifyProgressed(static_cast<unsigned int>(k + 1), static_cast<unsigned int>(size[2]));
     }
     return !progress.isCanceled();

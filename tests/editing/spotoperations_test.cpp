@@ -80,6 +80,19 @@ TEST_F(SpotOperationTest, oneModelAndSpheres) {
     EXPECT_EQ(model.getItem(1).getProperties().getPointSize(), 1);
 }
 
+TEST_F(SpotOperationTest, pointsOnARegisteredSliceLieInItsImage) {
+    for (int i = 0; i < 2; ++i) {
+        PixelCalibration calibration;
+        calibration.setPixelWidth(1);
+        calibration.setPixelHeight(1);
+        stack.getSlice(i).setPixelCalibration(calibration);
+    }
+    stack.getSlice(1).setRegistration(Registration(-1.5, 2, 0));
+    expectStep([&] { return addSpots(stack, twoSpots(), config); });
+    EXPECT_EQ(verticesOf(stack.getModel(4).getItem(0)), (Points{{2, 1}}));
+    EXPECT_EQ(verticesOf(stack.getModel(4).getItem(1)), (Points{{3.5, -1}, {4.5, -1}}));
+}
+
 TEST_F(SpotOperationTest, whatIsNoSpotIsRefused) {
     expectRefusal([&] { return addSpots(stack, SpotLabels(), config); }, "There are no spots to add");
     SpotLabels deeper = twoSpots();

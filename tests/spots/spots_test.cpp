@@ -10,6 +10,7 @@
 #include "numerics/exception.h"
 #include "progress/progressmonitor.h"
 #include "progress/progresssubject.h"
+#include "reconstruction/stackreconstruction.h"
 #include "spots/spotfilters.h"
 #include "spots/spotlabels.h"
 #include "spots/spotprogress.h"
@@ -18,6 +19,7 @@
 #include "support/documentmaker.h"
 #include "support/fixedsource.h"
 #include "support/recordingmonitor.h"
+#include "support/testimages.h"
 #include "support/volumes.h"
 
 namespace vorlen {
@@ -30,6 +32,45 @@ VRLSpotExtractionConfig withoutFilters() {
     config.setTophatFilterEnabled(false);
     config.setIsotropyFilterEnabled(false);
     return config;
+}
+
+/// A dark image with a bright dot of 5 x 5 pixels.
+class DotSource : public FixedSource {
+public:
+    DotSource(int rows, int columns, double column, double row)
+        : FixedSource(rows, columns), __column(int(std::lround(column))), __row(int(std::lround(row))) {}
+    DotSource* clone() const override { return new DotSource(*this); }
+    void read(ImageReader&, Image& image) const override {
+        image = TestImages::uniform(getSize2(), getSize1(), 8, 20);
+        for (int i = __row - 2; i <= __row + 2; ++i)
+            for (int j = __column - 2; j <= __column + 2; ++j)
+                image.getData()[std::size_t(i) * std::size_t(getSize2()) + std::size_t(j)] = 200;
+    }
+
+private:
+    int __column, __row;
+};
+
+/// A bar that stands upright in a stack whose slices are shifted and turned against each other, and whose last slice
+/// has pixels of half the size.
+void makeRegisteredBar(Stack& stack, double column, double row) {
+    addSlices(stack, 7);
+    for (int k = 0; k < 7; ++k) {
+        StackSlice& slice = stack.getSlice(k);
+        PixelCalibration calibration;
+        calibration.setPixelWidth(k == 6 ? 0.25f : 0.5f);
+        calibration.setPixelHeight(k == 6 ? 0.25f : 0.5f);
+        slice.setPixelCalibration(calibration);
+        slice.setImageSource(FixedSource(60, 80));
+        slice.setAbsolutePosition(2.0f * float(k));
+        slice.setRegistration(k == 0 ? Registration() : Registration(3, -2, 4));
+    }
+    const StackReconstruction<double> space(stack);
+    const Vector<double> world = space.toWorld(0, column, row);
+    for (int k = 0; k < 7; ++k) {
+        const Vector<double> place = space.toPixels(k, world[0], world[1]);
+        stack.getSlice(k).setImageSource(DotSource(60, 80, place[0], place[1]));
+    }
 }
 
 SpotLabels labelsOf(const VoxelMatrix<float>& volume, double threshold, const VRLSpotExtractionConfig& config) {
@@ -295,6 +336,30 @@ TEST(Spots, eachStepCanBeCancelled) {
     EXPECT_FALSE(findSpots(volume, 250, withoutFilters(), found, progress));
 }
 
+TEST(Spots, standUprightInRegisteredStacks) {
+    Stack stack;
+    makeRegisteredBar(stack, 40, 30);
+    ASSERT_EQ(spotFault(stack), "");
+    VoxelMatrix<float> volume;
+    ProgressSubject subject;
+    ASSERT_TRUE(readSpotVolume(stack, GrayContent, volume, subject));
+    EXPECT_EQ(volume(0, 79, 5), 20); // what the turned image does not reach is ground
+    const SpotLabels found = labelsOf(volume, 110, withoutFilters());
+    ASSERT_EQ(found.spots.size(), 1u);
+    EXPECT_NEAR(found.spots[0].column, 40, 0.5);
+    EXPECT_NEAR(found.spots[0].row, 30, 0.5);
+    EXPECT_NEAR(found.spots[0].plane, 3, 0.5);
+    EXPECT_NEAR(found.spots[0].numVoxels, 6 * 25 + 6, 20);
+    // Its voxels lie on the dots of the images.
+    const SpotGrid grid(stack);
+    for (int k = 0; k < 7; ++k) {
+        Image image;
+        stack.getSlice(k).load(image);
+        const Vector<double> place = grid.toPixels(k, 40, 30);
+        EXPECT_EQ(image.getData()[std::lround(place[1]) * 80 + std::lround(place[0])], 200) << k;
+    }
+}
+
 TEST(Spots, stacksThatAreNoVolumeAreRefusedWithTheReason) {
     Stack stack;
     EXPECT_EQ(spotFault(stack), "The stack has no slices");
@@ -320,6 +385,9 @@ TEST(Spots, stacksThatAreNoVolumeAreRefusedWithTheReason) {
     Registration turned;
     turned.setRotationAngle(2);
     stack.getSlice(3).setRegistration(turned);
+    EXPECT_EQ(spotFault(stack), "");
+    PixelCalibration none;
+    stack.getSlice(0).setPixelCalibration(none);
     EXPECT_EQ(spotFault(stack).rfind("Slice \"s2\" is registered onto", 0), 0u) << spotFault(stack);
     stack.getSlice(3).setRegistration(Registration());
     stack.getSlice(5).setImageSource(FixedSource(20, 31));

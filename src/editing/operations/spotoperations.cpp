@@ -8,6 +8,7 @@
 
 #include "document/model.h"
 #include "document/modelitem.h"
+#include "document/subpixel.h"
 #include "editing/actions/vrlmodelcreationaction.h"
 #include "editing/operations/onestep.h"
 #include "editing/operations/orderedstep.h"
@@ -70,8 +71,14 @@ ModelItem& addItem(Model& model, StackSlice& slice, const Vertices<double>& vert
     return *item.release();
 }
 
+/// In pixels of the slice.
+Vector<double> placeOnSlice(const SpotGrid& grid, int plane, double column, double row) {
+    const Vector<double> place = grid.toPixels(plane, column, row);
+    return point(subpixel(place[0]), subpixel(place[1]));
+}
+
 /// The voxels of a plane as points, an item for each spot with some.
-void addPlane(Stack& stack, const SpotLabels& found, int plane, Models& models) {
+void addPlane(Stack& stack, const SpotGrid& grid, const SpotLabels& found, int plane, Models& models) {
     const PixelMatrix<int>& labels = found.labels[plane];
     std::vector<std::pair<int, std::vector<int>>> points; // label, and coordinates of its voxels
     std::vector<std::size_t> placeOf(found.spots.size() + 1, 0);
@@ -92,18 +99,19 @@ void addPlane(Stack& stack, const SpotLabels& found, int plane, Models& models) 
         const int n = int(coordinates.size() / 2);
         Vertices<double> vertices(2, n, n, 1);
         for (int v = 0; v < n; ++v)
-            vertices[v] = point(coordinates[std::size_t(2 * v)], coordinates[std::size_t(2 * v) + 1]);
+            vertices[v] =
+                placeOnSlice(grid, plane, coordinates[std::size_t(2 * v)], coordinates[std::size_t(2 * v) + 1]);
         addItem(modelOf(models, std::size_t(label) - 1), stack.getSlice(plane), vertices);
     }
 }
 
-void addSpheres(Stack& stack, const SpotLabels& found, Models& models) {
+void addSpheres(Stack& stack, const SpotGrid& grid, const SpotLabels& found, Models& models) {
     const Vector<double> resolution = spotResolution(stack);
     for (std::size_t i = 0; i < found.spots.size(); ++i) {
         const Spot& spot = found.spots[i];
         Vertices<double> centre(2, 1, 1, 1);
-        centre[0] = point(double(Maths::fround(spot.column)), double(Maths::fround(spot.row)));
         const int plane = std::clamp(int(Maths::fround(spot.plane)), 0, stack.getNumSlices() - 1);
+        centre[0] = placeOnSlice(grid, plane, double(Maths::fround(spot.column)), double(Maths::fround(spot.row)));
         ModelItem& item = addItem(modelOf(models, i), stack.getSlice(plane), centre);
         // Without the sizes of pixels and steps there is no radius.
         const double radius = equivalentRadius(spot, resolution);
@@ -125,11 +133,12 @@ Outcome addSpots(VRLStack& stack, const SpotLabels& found, const VRLSpotExtracti
     if (const Outcome free = mayBeginStep(stack); !free)
         return free;
     Models models = makeModels(stack, found.spots.size(), config);
+    const SpotGrid grid(stack);
     if (config.isEquivalentSpheresEnabled())
-        addSpheres(stack, found, models);
+        addSpheres(stack, grid, found, models);
     else
         for (int k = 0; k < found.labels.getSize3(); ++k)
-            addPlane(stack, found, k, models);
+            addPlane(stack, grid, found, k, models);
     // Each model stands behind the one before, also when they come back.
     return inOneStep(stack, "There are no spots to add", [&](EditStep& whole) {
         OrderedStep step(whole, "Find spots");

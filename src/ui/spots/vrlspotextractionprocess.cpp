@@ -120,14 +120,11 @@ void VRLSpotExtractionProcess::thresholdChanged(double threshold) {
         return;
     Vertices<double> points(2, n, n, 1);
     int next = 0;
-    Vector<double> point(2);
+    const SpotGrid grid(*__canvas->getSlice()->getStack());
     for (int i = 0; i < values.getSize1(); ++i)
         for (int j = 0; j < values.getSize2(); ++j)
-            if (values[i][j] >= float(threshold)) {
-                point[0] = j;
-                point[1] = i;
-                points[next++] = point;
-            }
+            if (values[i][j] >= float(threshold))
+                points[next++] = grid.toPixels(k, j, i);
     __previewItem = std::make_unique<ModelItem>();
     __previewItem->setModel(&__previewModel);
     __previewItem->setVertices(points);
