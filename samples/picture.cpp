@@ -1,6 +1,7 @@
 /// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png, where WINDOW is
-/// main, rendering (in the stack's last pose), analysis (its table of models), or registration, registration-cuts and
-/// registration-landmarks (on the slice in the middle).
+/// main, panorama, rendering (in the stack's last pose), video (the question what is to be recorded), analysis (its
+/// table of models), spots (the choice of the threshold), or registration, registration-cuts and registration-landmarks
+/// (on the slice in the middle).
 ///
 /// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 
@@ -12,6 +13,7 @@
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QTimer>
 
 #include "document/pose.h"
 #include "editing/stacks/vrlstack.h"
@@ -25,6 +27,9 @@
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/scenes/vrlrenderingwindow.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
+#include "ui/spots/vrlspotextractionconfigdialog.h"
+#include "ui/spots/vrlspotthresholddialog.h"
+#include "ui/viewer/vrlcreatevideodialog.h"
 #include "ui/widgets/vorlenapplication.h"
 
 namespace vorlen {
@@ -77,11 +82,46 @@ QWidget* prepareRegistration(const QString& name, VRLRootWindow& root) {
     return window;
 }
 
+/// The settings of the search are taken as they are proposed but for the Gaussian filter; the picture is of the
+/// question for the threshold.
+QImage pictureOfSpots(VRLRootWindow& root) {
+    QImage image;
+    QTimer clock;
+    bool isReading = false;
+    QObject::connect(&clock, &QTimer::timeout, [&] {
+        QWidget* const dialog = QApplication::activeModalWidget();
+        if (auto* const question = qobject_cast<VRLSpotExtractionConfigDialog*>(dialog); question && !isReading) {
+            isReading = true;
+            question->accept();
+        } else if (auto* const threshold = qobject_cast<VRLSpotThresholdDialog*>(dialog)) {
+            clock.stop();
+            wait(1500); // the search for the spots runs beside it
+            image = threshold->grab().toImage();
+            threshold->reject();
+        }
+    });
+    clock.start(50);
+    root.mediator().runSpotExtraction();
+    return image;
+}
+
+QWidget* prepareVideo(VRLRootWindow& root) {
+    root.mediator().renderCurrentStack();
+    opened<VRLRenderingWindow>()->getMediator().videoStart();
+    return opened<VRLCreateVideoDialog>();
+}
+
 /// The window that the picture is of, opened by its command; null when there is none of this name.
 QWidget* prepare(const QString& name, VRLRootWindow& root) {
     root.resize(1200, 800);
     if (name == "main")
         return &root;
+    if (name == "panorama") {
+        root.mediator().showPanorama();
+        return &root;
+    }
+    if (name == "video")
+        return prepareVideo(root);
     if (name == "rendering") {
         root.mediator().renderCurrentStack();
         auto* window = opened<VRLRenderingWindow>();
@@ -110,13 +150,19 @@ int draw(const QString& name, const QString& stack, const QString& picture) {
         std::cerr << "Cannot open " << stack.toStdString() << '\n';
         return 3;
     }
-    QWidget* window = prepare(name, *root);
-    if (window == nullptr) {
+    QImage image;
+    if (name == "spots") {
+        root->resize(1200, 800);
+        image = pictureOfSpots(*root);
+    } else if (QWidget* const window = prepare(name, *root)) {
+        wait(1500);
+        image = window->grab().toImage();
+    }
+    if (image.isNull()) {
         std::cerr << "There is no window " << name.toStdString() << '\n';
         return 2;
     }
-    wait(1500);
-    const QImage image = window->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    image.convertTo(QImage::Format_RGB32);
     while (VRLStackServer::stackServer.getNumStacks() > 0)
         VRLStackServer::stackServer.removeStack(VRLStackServer::stackServer.getStack(0));
     delete root;
@@ -137,7 +183,7 @@ int main(int argc, char** argv) {
     VorlenApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() != 4) {
-        std::cerr << "Usage: vorlen-picture main|rendering|analysis|registration STACK.sdf PICTURE.png\n";
+        std::cerr << "Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png\n";
         return 2;
     }
     return draw(arguments[1], arguments[2], arguments[3]);

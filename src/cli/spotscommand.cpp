@@ -279,8 +279,8 @@ void declare(CommandLine& line) {
 int spotsCommand(const QStringList& arguments) {
     CommandLine line("spots",
                      "Finds the bright spots in the images of a stack, in space, and measures them: volume, mean, sum "
-                     "and maximum of the grey values. Writes a new stack with the spots as point models. The images "
-                     "must lie on each other as they are, at equal distances.",
+                     "and maximum of the grey values. Writes a new stack with the spots as point models. The slices "
+                     "must stand at equal distances; registered ones are laid on the pixels of the first.",
                      "STACK.sdf...", "Stack description files (.sdf).");
     declare(line);
     if (const std::optional<int> status = line.parse(arguments))
