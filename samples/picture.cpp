@@ -82,8 +82,7 @@ QWidget* prepareRegistration(const QString& name, VRLRootWindow& root) {
     return window;
 }
 
-/// The settings of the search are taken as they are proposed but for the Gaussian filter; the picture is of the
-/// question for the threshold.
+/// The search runs with the settings that are proposed; the picture is of the question for the threshold.
 QImage pictureOfSpots(VRLRootWindow& root) {
     QImage image;
     QTimer clock;
