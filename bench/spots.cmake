@@ -1,0 +1,1 @@
+vorlen_bench(spots_bench.cpp LINKS vorlen_numerics vorlen_progress vorlen_images vorlen_spots)
