@@ -593,15 +593,13 @@ namespace {
 
 /// Blank and the like.
 std::string faultOf(const cv::Mat& image) {
-    double n = 0, sum = 0, squares = 0, least = std::numeric_limits<double>::infinity(), most = -least;
+    double n = 0, least = std::numeric_limits<double>::infinity(), most = -least;
     for (int i = 0; i < image.rows; ++i) {
         const float* const p = image.ptr<float>(i);
         for (int j = 0; j < 2 * image.cols; j += 2) {
             if (!(p[j + 1] > 0))
                 continue;
             ++n;
-            sum += p[j];
-            squares += double(p[j]) * p[j];
             least = std::min(least, double(p[j]));
             most = std::max(most, double(p[j]));
         }

@@ -44,7 +44,7 @@ void expectSumOfKernels(double tolerance) {
         for (int i = 0; i < 5; ++i)
             for (int j = 0; j < 6; ++j)
                 for (int k = 0; k < 4; ++k) {
-                    const Vector<T> node = vectorOf<T>({T(2.5) * i, 1 + T(1.6) * j, 2 + T(2) * k});
+                    const Vector<T> node = vectorOf<T>({T(2.5) * T(i), 1 + T(1.6) * T(j), 2 + T(2) * T(k)});
                     double expected = 0;
                     for (int p = 0; p < first.getSize(); ++p)
                         expected += kernelAt(kernel, double(first[p].distance(node)) / 2.5) / (7 * 2);

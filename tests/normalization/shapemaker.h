@@ -51,7 +51,7 @@ template <class T>
 Motion<T> randomMotion(std::mt19937& random, double maxAngle, double maxShift) {
     double draws[6];
     for (double& draw : draws) {
-        draw = 2 * (random() / 4294967295.0) - 1;
+        draw = 2 * (double(random()) / 4294967295.0) - 1;
     }
     return motionOf<T>(maxAngle * draws[0], maxAngle * draws[1], maxAngle * draws[2], maxShift * draws[3],
                        maxShift * draws[4], maxShift * draws[5]);

@@ -140,8 +140,7 @@ TEST(ShapeFile, truncatedBodiesAreRefusedAndLeaveTheShape) {
     stack.append(polygonOf<float>(4, 1));
     const QuadMesh<float> mesh = tubeMesh<float>(2, 3, 1.f);
     const Curve<float> curve = polygonOf<float>(3, 1);
-    for (const Shape<float>* shape : {(const Shape<float>*)(&tetrahedron), (const Shape<float>*)(&stack),
-                                      (const Shape<float>*)(&mesh), (const Shape<float>*)(&curve)}) {
+    for (const Shape<float>* shape : std::initializer_list<const Shape<float>*>{&tetrahedron, &stack, &mesh, &curve}) {
         const std::string text = textOf(*shape);
         const TemporaryFolder folder;
         const std::string file = folder.file("whole");

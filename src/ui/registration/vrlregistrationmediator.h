@@ -95,7 +95,7 @@ public slots:
     void reset();
     void restore();
     void apply();
-    void cancel();
+    void cancel() override;
     void increaseScale();
     void decreaseScale();
     void runAutomaticRegistration(const VRLAutomaticRegistrationConfig& config);
