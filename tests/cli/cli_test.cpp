@@ -675,8 +675,8 @@ TEST(CommandLine, registerBringsTheSlicesOntoEachOtherInANewStack) {
     ASSERT_TRUE(StackReader().read(old2, folder.file("s.sdf")));
     ASSERT_TRUE(StackReader().read(carried, folder.file("bent/s.sdf")));
     for (int k = 0; k < 2; ++k) {
-        const Vector<int>& before = old2.getModel(0).getItem(1).getVertices()[k];
-        const Vector<int>& after = carried.getModel(0).getItem(1).getVertices()[k];
+        const auto& before = old2.getModel(0).getItem(1).getVertices()[k];
+        const auto& after = carried.getModel(0).getItem(1).getVertices()[k];
         EXPECT_EQ(after[0], before[0] - 5);
         EXPECT_EQ(after[1], before[1] + 2);
     }
