@@ -223,8 +223,9 @@ int measureCommand(const QStringList& arguments) {
     line.addFormatOption();
     line.addFlag("models-only", "Print the table of models only; not for json.");
     line.addFlag("error", "Estimate errors by leaving out every second section: how much volume and areas change.");
-    line.addFlag("shape", "Measure the form of each model too: boxes, Feret diameters, thickness, skeleton; takes about a "
-                          "second for each.");
+    line.addFlag("shape",
+                 "Measure the form of each model too: boxes, Feret diameters, thickness, skeleton; takes about a "
+                 "second for each.");
     CsvTables collected;
     const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
         if (!file.isMeasurable())

@@ -44,8 +44,7 @@ public:
     /// OrientedBox3, LargestFeret, SmallestFeret, MeanThickness, LargestThickness, SkeletonLength, Branches and Ends.
     ///
     /// Volume is that of the closed surface where this is sound, else that of the sections.
-    static MeasurementTable ofModels(const Stack& stack, Errors errors = Errors::Unknown,
-                                     Shape shape = Shape::Unknown);
+    static MeasurementTable ofModels(const Stack& stack, Errors errors = Errors::Unknown, Shape shape = Shape::Unknown);
     static MeasurementTable ofModels(const Stack& stack, const std::vector<const Model*>& models,
                                      Errors errors = Errors::Unknown, Shape shape = Shape::Unknown);
 

@@ -11,8 +11,8 @@ namespace vorlen {
 ///
 /// Boxes and Feret diameters are those of the surface's vertices (PointExtents). Thickness and skeleton are found among
 /// about 100,000 cubes that fill what is enclosed (VoxelBody, BodySkeleton), so that they are as fine as the body is
-/// thick: a hundredth of a compact body, and about an eighth of the thickness of a tube that is a thousand times as long
-/// as thick. What is thinner than a cube is not seen.
+/// thick: a hundredth of a compact body, and about an eighth of the thickness of a tube that is a thousand times as
+/// long as thick. What is thinner than a cube is not seen.
 struct ModelShape {
     ModelShape() = default;
 

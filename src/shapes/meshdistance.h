@@ -9,11 +9,11 @@ namespace vorlen {
 
 /// Tree of boxes over the triangles of a mesh that finds the point of the mesh closest to a place.
 ///
-/// The triangles are halved at the median of their middles along the axis along which these extend most, until a few are
-/// left; a box that lies farther away than what has been found is not entered. Building takes O(n log n), a query
+/// The triangles are halved at the median of their middles along the axis along which these extend most, until a few
+/// are left; a box that lies farther away than what has been found is not entered. Building takes O(n log n), a query
 /// O(log n) for places near to the mesh. The closest point of a triangle is found by the side, corner or face that the
-/// place lies at (C. Ericson, Real-Time Collision Detection, 2005). Coordinates are copied. Computes in double; compiled
-/// for meshes of float and double.
+/// place lies at (C. Ericson, Real-Time Collision Detection, 2005). Coordinates are copied. Computes in double;
+/// compiled for meshes of float and double.
 class MeshDistance {
 public:
     using Point = std::array<double, 3>;

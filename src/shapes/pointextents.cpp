@@ -182,7 +182,8 @@ Point leastDirection(int numDirections, const std::function<double(const Point&)
             const auto [right, up] = beside(present.second);
             std::pair<double, Point> next = present;
             for (int k = 0; k < 8; ++k) {
-                const double x = step * std::cos(k * std::numbers::pi / 4), y = step * std::sin(k * std::numbers::pi / 4);
+                const double x = step * std::cos(k * std::numbers::pi / 4),
+                             y = step * std::sin(k * std::numbers::pi / 4);
                 Point direction = present.second;
                 for (std::size_t axis = 0; axis < 3; ++axis)
                     direction[axis] += x * right[axis] + y * up[axis];
@@ -212,7 +213,9 @@ double greatestDistance(const std::vector<Point>& points) {
     std::sort(byRadius.begin(), byRadius.end(), std::greater<>());
     double best = 0;
     for (const Point& direction : directionsAllAround(100)) { // a lower bound to begin with
-        const auto along = [&](const auto& a, const auto& b) { return dot(a.second, direction) < dot(b.second, direction); };
+        const auto along = [&](const auto& a, const auto& b) {
+            return dot(a.second, direction) < dot(b.second, direction);
+        };
         const auto [least, most] = std::minmax_element(byRadius.begin(), byRadius.end(), along);
         best = std::max(best, squaredDistance(least->second, most->second));
     }
@@ -248,6 +251,7 @@ PointExtents::PointExtents(const std::vector<Point>& points) {
     };
     orientedSides = boxAlong(corners, leastDirection(100, volume));
     std::sort(orientedSides.begin(), orientedSides.end(), std::greater<>());
+    smallestFeret = std::min(smallestFeret, orientedSides[2]);
 }
 
 } // namespace vorlen

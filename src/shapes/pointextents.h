@@ -22,8 +22,8 @@ struct PointExtents {
 
     explicit PointExtents(const std::vector<Point>& points);
 
-    Point lower = {}, upper = {};      ///< the box along the axes
-    Point orientedSides = {};          ///< of the oriented box, the longest first
+    Point lower = {}, upper = {}; ///< the box along the axes
+    Point orientedSides = {};     ///< of the oriented box, the longest first
     double largestFeret = 0, smallestFeret = 0;
 };
 

@@ -114,7 +114,8 @@ void VoxelBody::transform(int axis) {
             double start = -1;
             while (size > 0) {
                 const int last = envelope[std::size_t(size) - 1];
-                start = ((height + double(k) * k) - (heights[std::size_t(last)] + double(last) * last)) / (2.0 * (k - last));
+                start = ((height + double(k) * k) - (heights[std::size_t(last)] + double(last) * last)) /
+                        (2.0 * (k - last));
                 if (start > starts[std::size_t(size) - 1])
                     break;
                 --size;

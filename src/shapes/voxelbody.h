@@ -18,8 +18,8 @@ namespace vorlen {
 /// Voxels are numbered x first, then y, then z; two layers of the outside lie all around.
 class VoxelBody {
 public:
-    /// Voxels of such a size that about so many are inside, and at most 30 times as many in all. Throws SizeError unless
-    /// the mesh is of space 3.
+    /// Voxels of such a size that about so many are inside, and at most 30 times as many in all. Throws SizeError
+    /// unless the mesh is of space 3.
     VoxelBody(const TriMesh<double>& mesh, double volume, int numInside);
 
     double getVoxelSize() const { return __size; }
@@ -38,7 +38,8 @@ public:
 
     /// Thickness of the body: at each place the diameter of the largest ball within the body that holds the place (T.
     /// Hildebrand, P. Rueegsegger, A new method for the model-independent assessment of thickness in three-dimensional
-    /// images, 1997). The mean over all places, and the greatest. In the mesh's unit, to about a voxel.
+    /// images, 1997). The mean over all places, and the greatest. In the mesh's unit; the greatest to about a voxel,
+    /// the mean up to two voxels too small, since the balls' borders are those of voxels.
     struct Thickness {
         double mean = 0, greatest = 0;
     };

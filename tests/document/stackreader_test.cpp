@@ -97,7 +97,8 @@ TEST(StackReader, verticesAreNotRunTogetherByALineEnd) {
     EXPECT_EQ(firstStatement("MODELITEMDATA 1,2\n3 4,\n5 6\n,7;"), "MODELITEMDATA 1,23 4,5 6,7");
     EXPECT_EQ(firstStatement("COLOR 1,2\n3,4;"), "COLOR 1,23,4");
     const Read read(item + "PRIMITIVE Polyline;\nMODELITEMDATA\n 163,177\n160,170\n150,160.5;\n");
-    EXPECT_EQ(decimals(read.item().getVertices()), (std::vector<std::pair<double, double>>{{163, 177}, {160, 170}, {150, 160.5}}));
+    EXPECT_EQ(decimals(read.item().getVertices()),
+              (std::vector<std::pair<double, double>>{{163, 177}, {160, 170}, {150, 160.5}}));
 }
 
 TEST(StackReader, aCommentTakesTheCharacterInFrontOfItToo) {

@@ -97,7 +97,7 @@ TEST(PointExtents, ofATurnedBoxAreItsOwn) {
 
 // Clouds whose middle is not that of their reach: the pair that lies farthest apart may be of two points near to it.
 TEST(PointExtents, findTheGreatestDistanceOfAllPairs) {
-    for (unsigned int seed = 0; seed < 40; ++seed) {
+    for (unsigned int seed = 0; seed < 25; ++seed) {
         std::mt19937 random(seed);
         std::normal_distribution<double> spread(0, 1);
         std::vector<Place> points;
@@ -110,7 +110,7 @@ TEST(PointExtents, findTheGreatestDistanceOfAllPairs) {
                 greatest = std::max(greatest, std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]));
         const PointExtents extents(points);
         EXPECT_NEAR(extents.largestFeret, greatest, 1e-12) << seed;
-        EXPECT_LE(extents.smallestFeret, extents.orientedSides[2] + 0.01) << seed;
+        EXPECT_LE(extents.smallestFeret, extents.orientedSides[2]) << seed;
     }
 }
 
@@ -150,7 +150,7 @@ TEST(VoxelBody, thicknessIsThatOfTheLargestBallAtEachPlace) {
     }
     EXPECT_NEAR(inside, 8000, 200);
     EXPECT_NEAR(deepest, 10, size);
-    EXPECT_NEAR(ball.getThickness().mean, 20, 1.5 * size);
+    EXPECT_NEAR(ball.getThickness().mean, 20 - size, size);
     EXPECT_NEAR(ball.getThickness().greatest, 20, 1.5 * size);
     // A thick plate with a thin one beside it: half and half.
     const VoxelBody plates(bricksMesh({{{0, 0, 0}, {40, 20, 8}}, {{0, 20, 0}, {40, 60, 4}}}), 2 * 6400, 20000);
