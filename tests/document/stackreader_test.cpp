@@ -98,7 +98,7 @@ TEST(StackReader, verticesAreNotRunTogetherByALineEnd) {
     EXPECT_EQ(firstStatement("COLOR 1,2\n3,4;"), "COLOR 1,23,4");
     const Read read(item + "PRIMITIVE Polyline;\nMODELITEMDATA\n 163,177\n160,170\n150,160.5;\n");
     EXPECT_EQ(decimals(read.item().getVertices()),
-              (std::vector<std::pair<double, double>>{{163, 177}, {160, 170}, {150, 160.5}}));
+              (std::vector<std::pair<double, double>>{{150, 160.5}, {160, 170}, {163, 177}}));
 }
 
 TEST(StackReader, aCommentTakesTheCharacterInFrontOfItToo) {
