@@ -101,8 +101,8 @@ void stackPrint(benchmark::State& state) {
         for (int i = 0; i < model.getNumItems(); ++i) {
             const Vertices<double>& vertices = model.getItem(i).getVertices();
             for (int k = 0; k < vertices.getNumVertices(); ++k)
-                text.append(buffer, std::size_t(std::snprintf(buffer, sizeof buffer, " %d,%d", vertices[k][0],
-                                                              vertices[k][1])));
+                text.append(buffer, std::size_t(std::snprintf(buffer, sizeof buffer, " %d,%d", int(vertices[k][0]),
+                                                              int(vertices[k][1]))));
         }
         benchmark::DoNotOptimize(text.size());
     }

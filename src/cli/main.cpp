@@ -53,7 +53,7 @@ bool takesValue(const QString& word) {
         "--overwrite", "--models-only", "--invert", "--open",       "--calibrated", "--no-alignment",
         "--fix",       "--codes",       "--pixels", "--keep-order", "--error",      "--gzip",
         "--dry-run",   "--world",       "--help",   "-h",           "--one-model",  "--spheres",
-        "--no-border", "--no-split",    "--video",  "--shapes",     "--mirror"};
+        "--no-border", "--no-split",    "--video",  "--shapes",     "--mirror",     "--shape"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 

@@ -18,8 +18,8 @@ namespace vorlen {
 namespace {
 
 struct Measurements {
-    Measurements(const Stack& stack, MeasurementTable::Errors errors)
-        : models(MeasurementTable::ofModels(stack, errors)), items(MeasurementTable::ofItems(stack)),
+    Measurements(const Stack& stack, MeasurementTable::Errors errors, MeasurementTable::Shape shape)
+        : models(MeasurementTable::ofModels(stack, errors, shape)), items(MeasurementTable::ofItems(stack)),
           slices(MeasurementTable::ofSlices(stack)) {}
 
     MeasurementTable models, items, slices;
@@ -223,13 +223,18 @@ int measureCommand(const QStringList& arguments) {
     line.addFormatOption();
     line.addFlag("models-only", "Print the table of models only; not for json.");
     line.addFlag("error", "Estimate errors by leaving out every second section: how much volume and areas change.");
+    line.addFlag("shape",
+                 "Measure the form of each model too: boxes, Feret diameters, thickness, skeleton; takes about a "
+                 "second for each.");
     CsvTables collected;
     const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
         if (!file.isMeasurable())
             return int(ExitProblems);
         return guarded("measure " + file.getName(), [&] {
             using Errors = MeasurementTable::Errors;
-            const Measurements measurements(file.getStack(), line.isSet("error") ? Errors::Estimated : Errors::Unknown);
+            using Shape = MeasurementTable::Shape;
+            const Measurements measurements(file.getStack(), line.isSet("error") ? Errors::Estimated : Errors::Unknown,
+                                            line.isSet("shape") ? Shape::Measured : Shape::Unknown);
             if (format == OutputFormat::Json)
                 writeJson(json, file, measurements);
             else

@@ -527,6 +527,23 @@ void StackReader::renameDuplicates(Stack& stack) {
     }
 }
 
+namespace {
+
+/// Whether two vertices of an outline would become one where the line is put behind what is read: 63,17 and 60,10, at
+/// the end of a line and at the start of the next, would read as 63,1760,10.
+bool isRunTogether(std::string_view statement, std::string_view line) {
+    if (statement.empty() || isSpace(statement.back()) || line.empty() || isSpace(line.front()))
+        return false;
+    const std::string_view next = line.substr(0, line.find_first_of(" \t\v\f\r;"));
+    const std::string_view last = statement.substr(statement.rfind(' ') + 1); // all of it where there is no blank
+    if (next.find(',') == next.npos || (last.find(',') == last.npos && last.size() < statement.size()))
+        return false;
+    const std::string_view keyword = statement.substr(0, statement.find(' '));
+    return StackIO::getKeyword(std::string(keyword)) == StackIO::MODELITEMDATA;
+}
+
+} // namespace
+
 void StackReader::readItemString(const char*& cursor, const char* end, std::string& statement) {
     statement.clear();
     bool complete = false;
@@ -548,6 +565,8 @@ void StackReader::readItemString(const char*& cursor, const char* end, std::stri
             stop = static_cast<const char*>(hash) - 1;
         }
         complete = std::memchr(line, ';', left(line, stop)) != nullptr;
+        if (isRunTogether(statement, {line, left(line, stop)}))
+            statement += ' ';
         // Whitespace is squeezed across line ends too, so the last character written tells whether it goes on.
         std::size_t length = statement.size();
         statement.resize(length + left(line, stop));
@@ -566,8 +585,8 @@ void StackReader::readItemString(const char*& cursor, const char* end, std::stri
 }
 
 /// Takes an outline of the usual form, as the writer writes it, in one pass from the text at cursor: most of a file is
-/// outlines. Anything unusual, such as a comment, a sign "+" or a number that is not parted from the next by a blank on
-/// its line, is left to readItemString(), and the cursor stays.
+/// outlines. Anything unusual, such as a comment, a sign "+" or a number that goes on in the next line, is left to
+/// readItemString(), and the cursor stays.
 bool StackReader::scanOutline(const char*& cursor, const char* end) {
     static const std::string keyword = getString(MODELITEMDATA);
     const char* at = cursor;
@@ -597,7 +616,7 @@ bool StackReader::scanOutline(const char*& cursor, const char* end) {
             parted = true;
             ++at;
         } else if (*at == '\n') {
-            parted = false; // line ends do not part: the lines are joined
+            parted = true; // vertices; numbers are broken by a line end in the general way alone
             ++at;
         } else if (*at == ';') {
             ++at;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <unordered_map>
+#include <utility>
 
 #include "document/model.h"
 #include "document/modelitem.h"
@@ -27,7 +28,32 @@ const char* const surfaceEstimator = "closed surface";
 const char* const sectionEstimator = "sum over sections";
 const char* const stepless = "digital straight segments";
 
-std::vector<Column> modelColumns(const Stack& stack, bool withErrors) {
+std::vector<Column> shapeColumns(const Stack& stack) {
+    const std::string length = unitOf(stack);
+    const std::string box = "Side of the closed surface's box along an axis of the world";
+    const std::string oriented = "Side of the box of the least volume around the closed surface, the longest first";
+    const std::string filled = "cubes in the closed surface";
+    return {{"Width", "box", length, box, false, surfaceEstimator},
+            {"Height", "box", length, box, false, surfaceEstimator},
+            {"Depth", "box", length, box, false, surfaceEstimator},
+            {"OrientedBox1", "orientedBox", length, oriented, false, surfaceEstimator},
+            {"OrientedBox2", "orientedBox", length, oriented, false, surfaceEstimator},
+            {"OrientedBox3", "orientedBox", length, oriented, false, surfaceEstimator},
+            {"LargestFeret", "largestFeret", length, "Greatest distance between two points of the closed surface",
+             false, surfaceEstimator},
+            {"SmallestFeret", "smallestFeret", length,
+             "Least distance of two parallel planes that hold the closed surface between them", false,
+             surfaceEstimator},
+            {"MeanThickness", "meanThickness", length,
+             "Diameter of the largest ball within that holds a place, its mean over all places", false, filled},
+            {"LargestThickness", "largestThickness", length, "Diameter of the largest ball within", false, filled},
+            {"SkeletonLength", "skeletonLength", length,
+             "Length of the lines along the middle of tubes, up to their ends", false, filled},
+            {"Branches", "branches", "", "Number of the skeleton's lines between ends and forks"},
+            {"Ends", "ends", "", "Number of the skeleton's free ends"}};
+}
+
+std::vector<Column> modelColumns(const Stack& stack, bool withErrors, bool withShape) {
     const std::string length = unitOf(stack), area = unitOf(stack, 2), volume = unitOf(stack, 3);
     const std::string average = "Mean of all vertices, after the registration of the slices";
     const std::string centroid = "Centroid of what the closed surface encloses";
@@ -86,6 +112,9 @@ std::vector<Column> modelColumns(const Stack& stack, bool withErrors) {
                        {{"VolumeError", "volumeError", volume, error + "ClosedVolume", false, halves},
                         {"AreaError", "areaError", area, error + "Area", false, halves},
                         {"ClosedAreaError", "closedAreaError", area, error + "ClosedArea", false, halves}});
+    if (withShape)
+        for (Column& column : shapeColumns(stack))
+            columns.push_back(std::move(column));
     return columns;
 }
 
@@ -194,20 +223,21 @@ void MeasurementTable::addFailure(const std::string& what, const std::string& wh
     while (__cells.size() % __columns.size() != 0);
 }
 
-MeasurementTable MeasurementTable::ofModels(const Stack& stack, Errors errors) {
+MeasurementTable MeasurementTable::ofModels(const Stack& stack, Errors errors, Shape shape) {
     std::vector<const Model*> models;
     models.reserve(std::size_t(stack.getNumModels()));
     for (int m = 0; m < stack.getNumModels(); ++m)
         models.push_back(&stack.getModel(m));
-    return ofModels(stack, models, errors);
+    return ofModels(stack, models, errors, shape);
 }
 
-MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vector<const Model*>& models,
-                                            Errors errors) {
-    const bool withErrors = errors == Errors::Estimated;
-    MeasurementTable table(modelColumns(stack, withErrors));
+MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vector<const Model*>& models, Errors errors,
+                                            Shape shape) {
+    const bool withErrors = errors == Errors::Estimated, withShape = shape == Shape::Measured;
+    MeasurementTable table(modelColumns(stack, withErrors, withShape));
     ModelMorphometry morphometry;
     morphometry.setErrorsWanted(withErrors);
+    morphometry.setShapeWanted(withShape);
     const StackReconstruction<double> reconstruction(stack);
     for (const Model* model : models) {
         table.addTextCell(table.addText(model->getName()));
@@ -219,6 +249,8 @@ MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vecto
             table.addModel(morphometry);
             if (withErrors)
                 table.addErrors(morphometry);
+            if (withShape)
+                table.addShape(morphometry);
         } catch (const Exception& failure) {
             table.addFailure("model \"" + model->getName() + "\"", failure.getWhat());
         }
@@ -304,6 +336,33 @@ void MeasurementTable::addErrors(const ModelMorphometry& morphometry) {
             addMissing(addText("Not available: it takes a surface through four sections or more"));
         else
             addNumber(error);
+}
+
+void MeasurementTable::addShape(const ModelMorphometry& morphometry) {
+    const ModelShape& shape = morphometry.getShape();
+    if (shape.largestFeret == 0) {
+        const unsigned int open = addText("Not available: the model has no closed surface");
+        for (int column = 0; column < 13; ++column)
+            addMissing(open);
+        return;
+    }
+    for (const double side : shape.box)
+        addNumber(side);
+    for (const double side : shape.orientedBox)
+        addNumber(side);
+    for (const double length : {shape.largestFeret, shape.smallestFeret})
+        addNumber(length);
+    const unsigned int thin = shape.meanThickness > 0 ? 0 : addText("Not available: the model is too thin all over");
+    for (const double length : {shape.meanThickness, shape.greatestThickness, shape.skeletonLength})
+        if (thin != 0)
+            addMissing(thin);
+        else
+            addNumber(length);
+    for (const int number : {shape.branches, shape.ends})
+        if (thin != 0)
+            addMissing(thin);
+        else
+            addCount(number);
 }
 
 template <class Includes>

@@ -32,17 +32,21 @@ public:
     /// Whether errors are estimated, which takes three times the work.
     enum class Errors : unsigned char { Unknown, Estimated };
 
+    /// Whether the form of each model is measured, which takes about a second for each.
+    enum class Shape : unsigned char { Unknown, Measured };
+
     enum class CellKind : unsigned char { Text, Count, Number, Missing };
 
     /// A row for each model of the stack, or of the list: Model, Geometry, Vertices, Contours, AverageX to AverageZ,
     /// CentroidX to CentroidZ, Area, DrawnArea, Volume, SectionVolume, SlabVolume, ClosedArea, ClosedVolume,
     /// Sphericity, SurfaceToVolume, Surface, Parts, Euler, Genus, EquivRadius, Axis1 to Axis3, in world coordinates;
-    /// with errors VolumeError, AreaError and ClosedAreaError.
+    /// with errors VolumeError, AreaError and ClosedAreaError; with the shape Width, Height, Depth, OrientedBox1 to
+    /// OrientedBox3, LargestFeret, SmallestFeret, MeanThickness, LargestThickness, SkeletonLength, Branches and Ends.
     ///
     /// Volume is that of the closed surface where this is sound, else that of the sections.
-    static MeasurementTable ofModels(const Stack& stack, Errors errors = Errors::Unknown);
+    static MeasurementTable ofModels(const Stack& stack, Errors errors = Errors::Unknown, Shape shape = Shape::Unknown);
     static MeasurementTable ofModels(const Stack& stack, const std::vector<const Model*>& models,
-                                     Errors errors = Errors::Unknown);
+                                     Errors errors = Errors::Unknown, Shape shape = Shape::Unknown);
 
     /// A row for each item of the stack, or of the model, slice by slice: Model, Slice, Vertices, Length, DrawnLength,
     /// Area, AverageX, AverageY, Z, in the coordinates of the item's slice.
@@ -101,6 +105,7 @@ private:
     void addVolumes(const ModelMorphometry& morphometry, unsigned int reason);
     void addSurface(const ModelMorphometry& morphometry, unsigned int reason);
     void addErrors(const ModelMorphometry& morphometry);
+    void addShape(const ModelMorphometry& morphometry);
     void addItem(const ModelItemGeometry& geometry);
 
     template <class Includes>

@@ -94,6 +94,7 @@ void ModelMorphometry::clear() {
     __volume = 0;
     __slabVolume = 0;
     __closedArea = __closedVolume = notAvailable;
+    __shape = ModelShape();
     __volumeError = __areaError = __closedAreaError = notAvailable;
     __certificate = {};
     __reason.clear();
@@ -166,6 +167,8 @@ void ModelMorphometry::close(const ModelSurface<double>& surface, const TriMesh<
         return;
     __closedArea = mesh.area();
     __closedVolume = __certificate.volume;
+    if (__shapeWanted && __closedVolume != 0)
+        __shape = ModelShape(mesh, __closedVolume);
 }
 
 /// Measures the areas anew, on outlines without the steps of the pixel grid.

@@ -4,6 +4,7 @@
 
 #include "numerics/squarematrix.h"
 #include "numerics/vector.h"
+#include "reconstruction/modelshape.h"
 #include "reconstruction/surfaceends.h"
 #include "shapes/curvestack.h"
 #include "shapes/surfacecertificate.h"
@@ -77,6 +78,12 @@ public:
     double getAreaError() const { return __areaError; }
     double getClosedAreaError() const { return __closedAreaError; }
 
+    /// Lets run() also look at the form of the closed surface; about a second for each model.
+    void setShapeWanted(bool wanted) { __shapeWanted = wanted; }
+
+    /// Where it is wanted and the surface is closed and encloses something; else all 0.
+    const ModelShape& getShape() const { return __shape; }
+
     /// What holds of the closed surface; that of no triangles where there is none.
     const SurfaceCertificate& getCertificate() const { return __certificate; }
 
@@ -123,6 +130,8 @@ private:
     double __areaError = -1;
     double __closedAreaError = -1;
     bool __errorsWanted = false;
+    bool __shapeWanted = false;
+    ModelShape __shape;
     SurfaceCertificate __certificate;
     std::string __reason;
     Vector<double> __mainAxesLengths;

@@ -290,7 +290,8 @@ private:
         __branches.push_back(std::move(ring));
     }
 
-    /// Takes the shortest branch off that ends within the body's own thickness. False when there is none.
+    /// Takes the shortest branch off that ends within the body's own thickness, or a line without forks that is shorter
+    /// than that. False when there is none.
     bool prune() {
         const Branch* shortest = nullptr;
         double least = 0;
@@ -299,11 +300,12 @@ private:
                 continue;
             const bool firstEnds = __degrees[std::size_t(branch.first)] == 1;
             const bool lastEnds = __degrees[std::size_t(branch.last)] == 1;
-            if (firstEnds == lastEnds)
+            if (!firstEnds && !lastEnds)
                 continue;
             const int fork = firstEnds ? branch.last : branch.first, end = firstEnds ? branch.first : branch.last;
             const double reach = lengthOf(branch) + depthOf(end);
-            if (reach < 2 * depthOf(fork) && (shortest == nullptr || reach < least)) {
+            const double thick = lastEnds && firstEnds ? 2 * std::max(depthOf(end), depthOf(fork)) : 2 * depthOf(fork);
+            if (reach < thick && (shortest == nullptr || reach < least)) {
                 shortest = &branch;
                 least = reach;
             }

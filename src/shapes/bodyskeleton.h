@@ -15,7 +15,8 @@ class VoxelBody;
 /// surface beyond it.
 ///
 /// Lengths are those of the lines after their steps have been smoothed away, in the body's unit. A ring is one branch
-/// without ends; a ball has no branches. Meant for tubes: of plates and hollow bodies, it tells what is left of them.
+/// without ends; a ball, and what else is hardly longer than thick, has no branches. Meant for tubes: of plates and
+/// hollow bodies, it tells what is left of them.
 struct BodySkeleton {
     explicit BodySkeleton(const VoxelBody& body);
 

@@ -219,11 +219,14 @@ double greatestDistance(const std::vector<Point>& points) {
         const auto [least, most] = std::minmax_element(byRadius.begin(), byRadius.end(), along);
         best = std::max(best, squaredDistance(least->second, most->second));
     }
-    best = std::sqrt(best);
-    for (std::size_t i = 0; i < byRadius.size() && 2 * byRadius[i].first > best; ++i)
-        for (std::size_t j = 0; j < i && byRadius[i].first + byRadius[j].first > best; ++j)
-            best = std::max(best, std::sqrt(squaredDistance(byRadius[i].second, byRadius[j].second)));
-    return best;
+    const auto canBeat = [&](std::size_t i, std::size_t j) {
+        const double reach = byRadius[i].first + byRadius[j].first;
+        return reach * reach > best;
+    };
+    for (std::size_t i = 1; i < byRadius.size() && canBeat(i, 0); ++i)
+        for (std::size_t j = 0; j < i && canBeat(i, j); ++j)
+            best = std::max(best, squaredDistance(byRadius[i].second, byRadius[j].second));
+    return std::sqrt(best);
 }
 
 } // namespace
@@ -248,6 +251,7 @@ PointExtents::PointExtents(const std::vector<Point>& points) {
     };
     orientedSides = boxAlong(corners, leastDirection(100, volume));
     std::sort(orientedSides.begin(), orientedSides.end(), std::greater<>());
+    smallestFeret = std::min(smallestFeret, orientedSides[2]);
 }
 
 } // namespace vorlen

@@ -38,7 +38,8 @@ public:
 
     /// Thickness of the body: at each place the diameter of the largest ball within the body that holds the place (T.
     /// Hildebrand, P. Rueegsegger, A new method for the model-independent assessment of thickness in three-dimensional
-    /// images, 1997). The mean over all places, and the greatest. In the mesh's unit, to about a voxel.
+    /// images, 1997). The mean over all places, and the greatest. In the mesh's unit; the greatest to about a voxel,
+    /// the mean up to two voxels too small, since the balls' borders are those of voxels.
     struct Thickness {
         double mean = 0, greatest = 0;
     };

@@ -462,6 +462,27 @@ TEST(CommandLine, valuesOfSeveralFilesNameFileAndStackOnEachRow) {
     EXPECT_NE(info.output.find("\nnm.sdf,third,a,"), std::string::npos);
 }
 
+// A bar of 10 x 10, 60 long with its ends; the rows of an outline need no blank between them.
+TEST(CommandLine, measuresTheFormOfModelsOnRequest) {
+    const TemporaryFolder folder;
+    std::string text = "FileFormatVersion 1.03;\nSTACK \"bar\";\nLengthUnitScale -6;\nPIXWIDTH 1;\nPIXHEIGHT 1;\n"
+                       "RELPOSITION 10;\nMODEL \"m\";\nPRIMITIVE Polygon;\n";
+    for (const char* slice : {"a", "b", "c", "d", "e", "f"})
+        text += std::string("SLICE \"") + slice + "\" 1 1;\n";
+    for (const char* slice : {"a", "b", "c", "d", "e", "f"})
+        text +=
+            std::string("MODELITEM \"m\" \"") + slice + "\";\nMODELITEMDATA\n0.5,0.5 10.5,0.5\n10.5,10.5\n0.5,10.5;\n";
+    folder.write("bar.sdf", text);
+    const QJsonObject bar = cliJson(folder, "measure --shape bar.sdf")[0].toObject()["models"].toArray()[0].toObject();
+    EXPECT_NEAR(bar["volume"].toDouble(), 6000, 1e-6);
+    EXPECT_NEAR(bar["box"].toArray()[2].toDouble(), 60, 1e-9);
+    EXPECT_NEAR(bar["largestFeret"].toDouble(), std::sqrt(3800.0), 1e-9);
+    EXPECT_NEAR(bar["largestThickness"].toDouble(), 10, 1);
+    EXPECT_EQ(bar["branches"].toInt(), 1);
+    EXPECT_EQ(bar["estimators"].toObject()["meanThickness"].toString(), "cubes in the closed surface");
+    EXPECT_NE(cli(folder, "measure --shape --models-only bar.sdf").output.find("SkeletonLength ["), std::string::npos);
+}
+
 TEST(CommandLine, theTableOfCodesIsThatOfTheGuide) {
     const TemporaryFolder folder;
     std::string page = shell(folder.path(), "cat '" VORLEN_SOURCES "/docs/checking.md'").output;
@@ -675,8 +696,8 @@ TEST(CommandLine, registerBringsTheSlicesOntoEachOtherInANewStack) {
     ASSERT_TRUE(StackReader().read(old2, folder.file("s.sdf")));
     ASSERT_TRUE(StackReader().read(carried, folder.file("bent/s.sdf")));
     for (int k = 0; k < 2; ++k) {
-        const Vector<int>& before = old2.getModel(0).getItem(1).getVertices()[k];
-        const Vector<int>& after = carried.getModel(0).getItem(1).getVertices()[k];
+        const auto& before = old2.getModel(0).getItem(1).getVertices()[k];
+        const auto& after = carried.getModel(0).getItem(1).getVertices()[k];
         EXPECT_EQ(after[0], before[0] - 5);
         EXPECT_EQ(after[1], before[1] + 2);
     }

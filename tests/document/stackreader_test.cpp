@@ -91,6 +91,16 @@ TEST(StackReader, whitespaceIsSqueezedAndDosLineEndsAreNoMatter) {
     EXPECT_EQ(firstStatement("A \r\n b;  \r\n"), "A b");
 }
 
+TEST(StackReader, verticesAreNotRunTogetherByALineEnd) {
+    EXPECT_EQ(firstStatement("M2DDATA 163,177\n160,170 1,2\n-3,4\r\n\n.5,6;"), "M2DDATA 163,177 160,170 1,2 -3,4 .5,6");
+    EXPECT_EQ(firstStatement("MODELITEMDATA\n1,2;"), "MODELITEMDATA 1,2");
+    EXPECT_EQ(firstStatement("MODELITEMDATA 1,2\n3 4,\n5 6\n,7;"), "MODELITEMDATA 1,23 4,5 6,7");
+    EXPECT_EQ(firstStatement("COLOR 1,2\n3,4;"), "COLOR 1,23,4");
+    const Read read(item + "PRIMITIVE Polyline;\nMODELITEMDATA\n 163,177\n160,170\n150,160.5;\n");
+    EXPECT_EQ(decimals(read.item().getVertices()),
+              (std::vector<std::pair<double, double>>{{150, 160.5}, {160, 170}, {163, 177}}));
+}
+
 TEST(StackReader, aCommentTakesTheCharacterInFrontOfItToo) {
     EXPECT_EQ(firstStatement("# note;\nA 2; # note\n"), "A 2");
     EXPECT_EQ(firstStatement("A 2;# note\nB;\n"), "A 2B");

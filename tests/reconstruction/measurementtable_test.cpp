@@ -123,6 +123,33 @@ TEST_F(MeasurementTableTest, tellsHowEachNumberWasComeByAndWhatHoldsOfTheSurface
     EXPECT_NE(estimator(without, "Volume"), "closed surface");
 }
 
+// A bar of 20 x 20, 50 long with its ends; and an open line, which has no form.
+TEST_F(MeasurementTableTest, tellsTheFormOfModelsOnRequest) {
+    Model& bar = addModel(stack, "bar");
+    for (int slice = 0; slice < 5; ++slice)
+        addItem(bar, stack.getSlice(slice), {{0, 0}, {20, 0}, {20, 20}, {0, 20}});
+    Model& line = addModel(stack, "line", PolylinePrimitive);
+    addItem(line, stack.getSlice(0), {{0, 0}, {20, 0}, {20, 20}});
+    using Errors = MeasurementTable::Errors;
+    const MeasurementTable table =
+        MeasurementTable::ofModels(stack, {&bar, &line}, Errors::Unknown, MeasurementTable::Shape::Measured);
+    const auto value = [&](const char* name) { return table.getValue(0, table.find({name})[0]); };
+    EXPECT_EQ(rowText(table, 0, {"Width", "Height", "Depth", "Branches", "Ends"}), "20 20 50 1 2");
+    EXPECT_NEAR(value("OrientedBox1"), 50, 0.1);
+    EXPECT_NEAR(value("OrientedBox3"), 20, 0.1);
+    EXPECT_NEAR(value("LargestFeret"), std::sqrt(3300.0), 1e-9);
+    EXPECT_NEAR(value("SmallestFeret"), 20, 0.1);
+    EXPECT_NEAR(value("LargestThickness"), 20, 1);
+    EXPECT_NEAR(value("MeanThickness"), 18.5, 1.5); // less in the corners
+    EXPECT_NEAR(value("SkeletonLength"), 50, 2);
+    EXPECT_TRUE(MeasurementTable::ofModels(stack, {&bar}).find({"Width"}).empty());
+    for (const char* name : {"Width", "MeanThickness", "Ends"}) {
+        const int column = table.find({name})[0];
+        EXPECT_EQ(table.getKind(1, column), MeasurementTable::CellKind::Missing);
+        EXPECT_EQ(table.getText(1, column), "Not available: the model has no closed surface");
+    }
+}
+
 // A round rod of radius 30, 40 long, drawn from pixel to pixel, of pixels twice as high as wide.
 TEST_F(MeasurementTableTest, takesTheStepsOfThePixelGridOutOfLengthsAndAreas) {
     std::vector<std::pair<int, int>> circle;

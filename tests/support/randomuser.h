@@ -49,7 +49,7 @@ private:
     StackSlice& anySlice() { return __stack.getSlice(below(__stack.getNumSlices())); }
     Model& anyModel() { return __stack.getModel(below(__stack.getNumModels())); }
     std::string anyName() { return "n" + std::to_string(below(1000)); }
-    Vector<double> anyPoint() { return point(below(50), below(50)); }
+    Vector<double> anyPoint() { return point(below(200) / 4.0, below(200) / 4.0); } // between pixels, mostly
     Registration anyRegistration() { return {below(9) * 0.25, below(9) / 3.0, static_cast<float>(below(90) - 45)}; }
 
     PixelCalibration anyCalibration() {

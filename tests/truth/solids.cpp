@@ -382,7 +382,7 @@ std::vector<Truth> measuredAndTrue(const Solid& solid, const Drawing& drawing) {
     const int sections = numSections(solid, drawing);
     for (int s = 0; s < sections; ++s)
         truth += solid.perimeter(solid.bottom + (s + 0.5) * (solid.top - solid.bottom) / sections);
-    truths.push_back({"length of the outlines", "vertices as drawn", measured, truth, truth});
+    truths.push_back({"length of the outlines", items.getEstimator(0, length), measured, truth, truth});
     const double c = std::cos(drawing.angle), s = std::sin(drawing.angle);
     const double centroid[3] = {c * solid.centroid[0] - s * solid.centroid[1],
                                 s * solid.centroid[0] + c * solid.centroid[1], solid.centroid[2]};

@@ -260,7 +260,8 @@ TEST_F(AnalysisTablesTest, tablesOfTheSampleStackHoldWhatTheMeasurementFindsAndC
         morphometry.setModel(model(models.item(row, 0)->text().toUtf8()));
         morphometry.run();
         EXPECT_EQ(models.item(row, 5)->text().toInt(), morphometry.getNumContours());
-        EXPECT_EQ(models.item(row, 6)->text(), morphometry.getArea() < 0 ? "NA" : text(morphometry.getArea()));
+        EXPECT_EQ(models.item(row, 6)->text(),
+                  morphometry.getArea() < 0 ? "NA" : text(morphometry.getAreaWithoutSteps()));
         EXPECT_EQ(models.item(row, 7)->text(), text(morphometry.getBestVolume()));
     }
     EXPECT_NEAR(models.item(0, 7)->text().toDouble(), 512331, 2600); // nucleus
@@ -285,7 +286,7 @@ TEST_F(AnalysisTablesTest, tablesOfTheSampleStackHoldWhatTheMeasurementFindsAndC
                 ModelItemGeometry geometry;
                 geometry.setModelItem(slice->getItem(k));
                 geometry.run();
-                EXPECT_EQ(items.item(row, 2)->text(), text(geometry.getLength()));
+                EXPECT_EQ(items.item(row, 2)->text(), text(geometry.getLengthWithoutSteps()));
                 EXPECT_EQ(items.item(row, 3)->text(), text(geometry.getArea()));
             }
     }

@@ -132,12 +132,13 @@ TEST_F(StayingToolsTest, anOutlineIsDraggedTurnedAndScaled) {
     expectSteps(1, [this] { dragFrom(QPoint(100, 100), {{120, 100}, {130, 105}}); });
     EXPECT_EQ(verticesOf(item), (Points{{120, 85}, {120, 125}, {140, 125}, {140, 85}}));
     EXPECT_TRUE(item.getSelection().isComplete());
-    expectSteps(1, [this] { dragFrom(QPoint(139, 106), {{130, 114}}, Qt::ShiftModifier); }); // about (130, 105)
-    EXPECT_NEAR(areaOf(item), 800, 45);
-    const auto box = item.getVertices().boundingBox();
-    EXPECT_NEAR(double(box.getVertex2()[0] - box.getVertex1()[0]), 40, 1); // it lies on its side
-    expectSteps(1, [this] { dragFrom(QPoint(139, 106), {{148, 107}}, Qt::ControlModifier); });
-    EXPECT_NEAR(areaOf(item), (17.5 * 17.5 + 1.5 * 1.5) / (8.5 * 8.5 + 0.5 * 0.5) * 800, 100);
+    expectSteps(1, [this] { dragFrom(QPoint(139, 106), {{129, 114}}, Qt::ShiftModifier); }); // about (130, 105)
+    EXPECT_EQ(verticesOf(item), (Points{{150, 95}, {110, 95}, {110, 115}, {150, 115}}));
+    expectSteps(1, [this] { dragFrom(QPoint(139, 106), {{148, 107}}, Qt::ControlModifier); }); // twice as far out
+    EXPECT_EQ(verticesOf(item), (Points{{170, 85}, {90, 85}, {90, 125}, {170, 125}}));
+    expectSteps(1, [this] { dragFrom(QPoint(139, 106), {{136, 111}}, Qt::ShiftModifier); }); // between the pixels
+    EXPECT_NEAR(areaOf(item), 3200, 0.5);
+    EXPECT_ANY_THROW(verticesOf(item));
     dragFrom(QPoint(250, 150), {{260, 150}});
     EXPECT_EQ(hint(), "There is no outline here.");
     history().clear();
