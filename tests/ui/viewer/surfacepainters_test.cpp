@@ -151,7 +151,7 @@ TEST(QuadMeshPainterGL, vertexColorsWinOnTheSurface) {
     auto colors = std::make_unique<QuadMesh<int>>(3, 2, 2, 4, 4, true);
     for (int r = 0; r < 2; ++r)
         for (int c = 0; c < 2; ++c) {
-            mesh.level(r)[c] = vectorOf<float>({2.0f * c - 1, 2.0f * r - 1, 0});
+            mesh.level(r)[c] = vectorOf<float>({2.0f * float(c) - 1, 2.0f * float(r) - 1, 0});
             colors->level(r)[c] = r == 0 ? vectorOf<int>({255, 0, 0}) : vectorOf<int>({0, 0, 300});
         }
     mesh.setVertexColors(colors.release());
