@@ -58,8 +58,9 @@ TEST(LevelLine, runsHalfwayBetweenThePixelsOfTwoValuesAndAroundTheirCorners) {
         return std::set<Corner>(found.begin(), found.end());
     }());
     // What touches by corners is one region, also from a start that is no border but by a corner.
-    EXPECT_EQ(lineAround({"....", ".x..", "..x.", "...."}, 1, 1).size(), 8u);
-    EXPECT_EQ(lineAround({"....", ".x..", "..x.", "...."}, 1, 1), lineAround({"....", ".x..", "..x.", "...."}, 1, 1));
+    const std::vector<Corner> slanted = lineAround({"....", ".x..", "..x.", "...."}, 1, 1);
+    EXPECT_EQ(std::set<Corner>(slanted.begin(), slanted.end()),
+              std::set<Corner>({{1, 0.5}, {2.5, 2}, {2, 2.5}, {0.5, 1}}));
     const std::vector<std::string> notched = {"......", "..xxx.", ".xxxx.", ".xxxx.", "......"};
     EXPECT_EQ(lineAround(notched, 2, 2).size(), lineAround(notched, 2, 1).size());
     // A hole has a line of its own, and so has the outside.
@@ -82,19 +83,21 @@ TEST(LevelLine, runsHalfwayBetweenThePixelsOfTwoValuesAndAroundTheirCorners) {
     EXPECT_EQ(lineAround({"x"}, 0, 0), (std::vector<Corner>{{0, 0}}));
 }
 
-TEST(LevelLine, meetsABlurredEdgeToAHundredthOfAPixel) {
+TEST(LevelLine, meetsABlurredEdgeToTwoHundredthsOfAPixel) {
     for (const double radius : {7.3, 20.0, 45.25}) {
         const double x = 60.3, y = 59.8;
         const PixelMatrix<int> values = blurredDisk(120, x, y, radius);
-        const auto start = int(std::ceil(x - radius));
+        int start = 0;
+        while (values[60][start] >= 30000)
+            ++start;
         const Curve<double> line = levelLine(values, 60, start, 30000, 0);
         for (int k = 0; k < line.getSize(); ++k)
-            EXPECT_NEAR(std::hypot(line[k][0] - x, line[k][1] - y), radius, 0.01);
+            EXPECT_NEAR(std::hypot(line[k][0] - x, line[k][1] - y), radius, 0.02);
         const double area = 3.14159265358979324 * radius * radius;
         EXPECT_NEAR(std::abs(line.twiceArea(0, 1)) / 2, area, 0.004 * area);
-        // The tolerance leaves a tenth of the vertices, and nearly all of the area.
+        // The tolerance leaves a quarter of the vertices at most, and nearly all of the area.
         const Curve<double> thin = levelLine(values, 60, start, 30000, 2);
-        EXPECT_LT(thin.getSize(), line.getSize() / 5);
+        EXPECT_LT(thin.getSize(), line.getSize() / 4);
         EXPECT_NEAR(std::abs(thin.twiceArea(0, 1)) / 2, area, thin.getSize() * 1.01 + 0.004 * area);
     }
 }
