@@ -117,6 +117,20 @@ TEST_F(WorkspaceTest, docksCloseAndComeBackWhereTheyWere) {
     EXPECT_TRUE(window->mediator().commands().action("show.models").isChecked());
 }
 
+TEST_F(WorkspaceTest, theToolOptionsStandInADockThatComesAndGoes) {
+    open();
+    EXPECT_TRUE(workspace().optionsDock().isVisible());
+    editor().chooseTool("tool.brush");
+    EXPECT_NE(workspace().optionsDock().findChild<QWidget*>("brush.size"), nullptr);
+    trigger("show.toolOptions");
+    EXPECT_TRUE(workspace().optionsDock().isHidden());
+    editor().chooseTool("tool.wire"); // also while it is hidden
+    trigger("show.toolOptions");
+    QWidget* const reach = workspace().optionsDock().findChild<QWidget*>("wire.reach");
+    ASSERT_NE(reach, nullptr);
+    EXPECT_TRUE(QTest::qWaitFor([reach] { return reach->isVisible(); }));
+}
+
 TEST_F(WorkspaceTest, theHistoryListsStepsAndGoesToEach) {
     VRLStack& stack = open();
     trigger("model.new");
