@@ -189,7 +189,7 @@ std::vector<CommandInfo> showAndHelpCommands() {
          .whileLocked = true},
         {.id = "help.shortcuts",
          .text = "Keyboard shortcuts",
-         .tip = "List the commands of all windows, with their keys",
+         .tip = "List the commands of all windows, and change their keys",
          .keys = "Ctrl+?",
          .whileLocked = true},
         {.id = "help.about", .text = "About Vorlen", .tip = "Version and authors", .whileLocked = true},
