@@ -26,8 +26,10 @@ class Image;
 /// touch by corners alone belong together.
 class BoxOutline {
 public:
+    /// Which side of the threshold is outlined.
     enum class Side { Either, Darker, Brighter };
 
+    /// What is to be outlined.
     struct Choice {
         int threshold = 0; // of the means: what is below it is darker, else brighter
         Side side = Side::Either;
@@ -35,6 +37,7 @@ public:
         double tolerance = 0;                         // of levelLine(): twice an area, in squared pixels
     };
 
+    /// What there is.
     struct Found {
         Curve<double> outline; // vertices (column, row) of the image; none where there is nothing
         bool darker = true;    // than what surrounds it

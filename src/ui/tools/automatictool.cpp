@@ -163,7 +163,12 @@ void AutomaticTool::begin(QMouseEvent& event) {
         return anyEvent(&event);
     event.accept();
     if (isReady())
-        __pressed = event.position().toPoint();
+        markCorner(event.position().toPoint());
+}
+
+void AutomaticTool::markCorner(const QPoint& position) {
+    __pressed = position;
+    __corner = imagePoint(position);
 }
 
 void AutomaticTool::mousePressEvent(QMouseEvent* event) {
@@ -184,7 +189,10 @@ void AutomaticTool::mouseMoveEvent(QMouseEvent* event) {
             giveUp();
         return;
     }
-    const QPoint position = event->position().toPoint();
+    dragTo(event->position().toPoint());
+}
+
+void AutomaticTool::dragTo(const QPoint& position) {
     if (!__dragging && (position - *__pressed).manhattanLength() < QApplication::startDragDistance())
         return;
     if (!__dragging) { // another box
@@ -204,11 +212,11 @@ void AutomaticTool::mouseReleaseEvent(QMouseEvent* event) {
     if (!acts() || !__pressed || event->button() != Qt::LeftButton)
         return anyEvent(event);
     event->accept();
+    dragTo(event->position().toPoint());
     const QPoint pressed = *__pressed;
     __pressed.reset();
     if (__dragging) {
         __dragging = false;
-        __box = boxTo(event->position().toPoint());
         searchBox();
     } else if (hasOutline()) {
         accept();
@@ -239,9 +247,8 @@ BoundingBox<int> AutomaticTool::onImage(int left, int top, int right, int bottom
 }
 
 BoundingBox<int> AutomaticTool::boxTo(const QPoint& position) const {
-    const auto from = imagePoint(__pressed ? *__pressed : position);
-    const auto to = imagePoint(position);
-    return onImage(int(from[0]), int(from[1]), int(to[0]), int(to[1]));
+    const Vector<int> to = imagePoint(position);
+    return onImage(__corner[0], __corner[1], to[0], to[1]);
 }
 
 void AutomaticTool::showBox() {

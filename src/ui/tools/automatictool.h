@@ -75,6 +75,8 @@ protected:
 
 private:
     void begin(QMouseEvent& event);
+    void markCorner(const QPoint& position);
+    void dragTo(const QPoint& position);
     bool isReady();
     void giveUp();
     void showBox();
@@ -92,6 +94,7 @@ private:
 
     Model* __model = nullptr; // from the press on
     std::optional<QPoint> __pressed;
+    Vector<int> __corner; // the pixel there: it stays when the view moves
     bool __dragging = false;
     BoundingBox<int> __box;
     std::optional<std::pair<int, int>> __seed; // of a click: column and row

@@ -122,6 +122,7 @@ TEST_F(WorkspaceTest, docksCloseAndComeBackWhereTheyWere) {
 TEST_F(WorkspaceTest, aChangedKeyChoosesTheToolInAllWindows) {
     open();
     auto* const second = new VRLRootWindow;
+    second->mediator().setStack(*window->mediator().currentStack());
     const CommandInfo& brush = *sliceEditorCommands().find("tool.brush");
     ChosenKeys::instance().choose(sliceEditorCommands().window, brush, "X");
     for (VRLRootWindow* const each : {window, second}) {
