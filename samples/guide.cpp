@@ -15,7 +15,6 @@
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QInputDialog>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPainter>
@@ -213,17 +212,6 @@ namespace {
 constexpr int middle = 24; // a slice through the broadest part of the nucleus
 constexpr int reach = 17;  // slices on each side over which it can be seen well
 
-void accept(QDialog& dialog) {
-    dialog.accept();
-}
-
-std::function<void(QDialog&)> enter(int value) {
-    return [value](QDialog& dialog) {
-        static_cast<QInputDialog&>(dialog).setIntValue(value);
-        dialog.accept();
-    };
-}
-
 template <class Control>
 Control& control(QWidget& parent, const std::function<bool(const Control&)>& wanted) {
     for (Control* candidate : parent.findChildren<Control*>())
@@ -292,12 +280,14 @@ void walkThrough(Walk& walk) {
     walk.key(Qt::Key_Escape); // gives the drawing up; the tool stays on
 
     walk.key(Qt::Key_A);
-    walk.click(120, 130);
-    walk.moveTo(252, 225);
+    walk.press(50, 72);
+    walk.moveTo(150, 200);
+    walk.moveTo(256, 278);
+    walk.release(256, 278);
     walk.picture("guide-automatic.png");
-    walk.answer({enter(2), enter(5), accept});
-    walk.click(252, 225);
-    walk.checkAnswered("the automatic outline");
+    walk.key(Qt::Key_Return);
+    if (nucleus.getNumItems() != 1)
+        throw std::runtime_error("the automatic outline was not taken");
     walk.key(Qt::Key_Q);
 
     select(walk, nucleus, middle);

@@ -75,6 +75,7 @@ void VRLAnalysisWindow::buildSheets() {
 }
 
 void VRLAnalysisWindow::buildMenus() {
+    __commands.setWindow(analysisCommands().window);
     __commands.add(analysisCommands().commands);
     __commands.bind("window.close", [this] { close(); });
     __commands.bind("sheet.save", [this] { __mediator->saveCurrentSheet(); });

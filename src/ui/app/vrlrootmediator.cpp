@@ -69,6 +69,7 @@
 namespace vorlen {
 
 VRLRootMediator::VRLRootMediator(VRLRootWindow& window) : QObject(&window), __window(window) {
+    __commands.setWindow(rootCommands().window);
     __commands.add(rootCommands().commands);
     __commands.setRunner([this](const Command& command) { guarded(command.text(), command.work()); });
     __recentFilesMenu = new VRLMenu("Recent stacks...", &__window);

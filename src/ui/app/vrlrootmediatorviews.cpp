@@ -87,7 +87,8 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
         editor.getCanvas().addAction(&action);
     }
     for (const auto& [id, dock] : {std::make_pair("show.models", &workspace.modelDock()),
-                                   std::make_pair("show.history", &workspace.historyDock())}) {
+                                   std::make_pair("show.history", &workspace.historyDock()),
+                                   std::make_pair("show.toolOptions", &workspace.optionsDock())}) {
         QAction& action = __commands.action(id);
         connect(dock, &QDockWidget::visibilityChanged, &action,
                 [&action, dock = dock] { action.setChecked(!dock->isHidden()); });
@@ -127,6 +128,7 @@ void VRLRootMediator::bindWorkspaceCommands() {
     };
     __commands.bind("show.models", [toggle] { toggle(&Workspace::modelDock); });
     __commands.bind("show.history", [toggle] { toggle(&Workspace::historyDock); });
+    __commands.bind("show.toolOptions", [toggle] { toggle(&Workspace::optionsDock); });
     __commands
         .bind("model.new",
               [this] {

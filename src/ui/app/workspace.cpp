@@ -4,6 +4,7 @@
 #include <QFrame>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSettings>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -14,6 +15,7 @@
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
 #include "ui/session/vrlconfig.h"
+#include "ui/slices/tooloptionspanel.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 
@@ -22,7 +24,7 @@ namespace vorlen {
 namespace {
 
 const char* const layoutKey = "rootWindow/workspace";
-constexpr int layoutVersion = 1;
+constexpr int layoutVersion = 2;
 
 /// A strip over the slice, with a sentence.
 QFrame* newStrip(const QString& text, QWidget* parent) {
@@ -65,6 +67,8 @@ Workspace::Workspace(QWidget* views, VRLRootSliceEditWidget& sliceWidget, QWidge
     addDockWidget(Qt::RightDockWidgetArea, __modelDock);
     addDockWidget(Qt::RightDockWidgetArea, __historyDock);
     tabifyDockWidget(__modelDock, __historyDock);
+    __optionsDock = newDock("Tool options", "dock.toolOptions", newToolOptions(sliceWidget.getMediator()));
+    addDockWidget(Qt::RightDockWidgetArea, __optionsDock);
     __modelDock->raise();
     connect(newModel, &QPushButton::clicked, this, [this] {
         __modelDock->show();
@@ -84,6 +88,16 @@ QDockWidget* Workspace::newDock(const QString& title, const char* name, QWidget*
     dock->setObjectName(name);
     dock->setWidget(content);
     return dock;
+}
+
+/// In a view that scrolls where the dock is low.
+QWidget* Workspace::newToolOptions(VRLSliceEditWidgetMediator& editor) {
+    auto* const view = new QScrollArea(this);
+    view->setFrameShape(QFrame::NoFrame);
+    view->setWidgetResizable(true);
+    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->setWidget(new ToolOptionsPanel(editor, view));
+    return view;
 }
 
 QFrame* Workspace::newFirstSteps(QWidget* views) {

@@ -11,10 +11,11 @@ namespace vorlen {
 class HistoryPanel;
 class ModelPanel;
 class VRLRootSliceEditWidget;
+class VRLSliceEditWidgetMediator;
 class VRLStack;
 
 /// The middle of a root window: the slice, a tool bar of the tools that stay on, and around it docks that move, close
-/// and come back where they were: models and history.
+/// and come back where they were: models, history, and the options of the tool.
 ///
 /// Over the slice lies what is to be done first: without a stack, how to get one; in a stack without models, "New
 /// model".
@@ -29,6 +30,7 @@ public:
     HistoryPanel& history() { return *__history; }
     QDockWidget& modelDock() { return *__modelDock; }
     QDockWidget& historyDock() { return *__historyDock; }
+    QDockWidget& optionsDock() { return *__optionsDock; }
     QToolBar& tools() { return *__tools; }
 
     /// Null for none.
@@ -48,12 +50,14 @@ signals:
 private:
     QDockWidget* newDock(const QString& title, const char* name, QWidget* content);
     QFrame* newFirstSteps(QWidget* views);
+    QWidget* newToolOptions(VRLSliceEditWidgetMediator& editor);
 
     VRLStack* __stack = nullptr;
     ModelPanel* __models;
     HistoryPanel* __history;
     QDockWidget* __modelDock;
     QDockWidget* __historyDock;
+    QDockWidget* __optionsDock;
     QToolBar* __tools;
     QFrame* __welcome;
     QFrame* __noModels;

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QMenu>
 
+#include "ui/commands/chosenkeys.h"
 #include "ui/icons/vrlicons.h"
 
 namespace vorlen {
@@ -17,10 +18,21 @@ Command::Command(const CommandInfo& info, QObject& owner) : __info(info) {
     __action->setCheckable(info.checkable);
     __action->setEnabled(false);
     setIcon(info.icon);
-    const QString tip = info.tip;
-    const auto keys = shortcutsOf(info.keys);
-    __action->setShortcuts(keys);
-    __action->setStatusTip(tip);
+    __action->setStatusTip(info.tip);
+    applyKeys();
+    QObject::connect(&ChosenKeys::instance(), &ChosenKeys::changed, __action.get(), [this] { applyKeys(); });
+}
+
+void Command::setWindow(const QString& window) {
+    __window = window;
+    applyKeys();
+}
+
+void Command::applyKeys() {
+    const QString tip = __info.tip;
+    const auto keys = shortcutsOf(ChosenKeys::instance().keysOf(__window, __info));
+    if (keys != __action->shortcuts())
+        __action->setShortcuts(keys);
     if (!tip.isEmpty())
         __action->setToolTip(keys.isEmpty() ? tip : tip + " (" + keys[0].toString(QKeySequence::NativeText) + ")");
 }

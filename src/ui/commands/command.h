@@ -21,7 +21,8 @@ QList<QKeySequence> shortcutsOf(const QString& keys);
 /// A command of an open window: its part of the sheet, what it does in this window, and when it can be used. Menus,
 /// tool bars and buttons show the QAction behind it.
 ///
-/// A command without work is never enabled. Nothing is enabled before the first update.
+/// Its keys are those that the user has chosen (ChosenKeys), and follow the choice. A command without work is never
+/// enabled. Nothing is enabled before the first update.
 class Command {
 public:
     using Work = std::function<void()>;
@@ -52,11 +53,17 @@ public:
 
     void setIcon(const QString& name);
 
+    /// The window of its sheet, by which the user's choice of keys is found; without one the keys are the sheet's.
+    void setWindow(const QString& window);
+
     /// Enables it or not, by its condition and by whether the window is locked.
     void update(bool locked);
 
 private:
+    void applyKeys();
+
     CommandInfo __info;
+    QString __window;
     std::unique_ptr<QAction> __action;
     Work __work;
     Condition __condition;

@@ -20,13 +20,21 @@ Command& CommandRegistry::add(const CommandInfo& info) {
         if (key.isEmpty() || key[0].key() == Qt::Key_unknown)
             refuse("has a shortcut that is no key");
         for (const auto& other : __commands)
-            if (other->action().shortcuts().contains(key))
+            if (shortcutsOf(other->info().keys).contains(key))
                 refuse("has the shortcut of \"" + std::string(other->info().id) + "\"");
     }
     __commands.push_back(std::make_unique<Command>(info, __owner));
     Command& command = *__commands.back();
+    if (!__window.isEmpty())
+        command.setWindow(__window);
     QObject::connect(&command.action(), &QAction::triggered, &command.action(), [this, &command] { run(command); });
     return command;
+}
+
+void CommandRegistry::setWindow(const QString& window) {
+    __window = window;
+    for (const auto& command : __commands)
+        command->setWindow(window);
 }
 
 void CommandRegistry::add(const std::vector<CommandInfo>& infos) {

@@ -24,10 +24,15 @@ public:
 
     explicit CommandRegistry(QObject& owner) : __owner(owner) {}
 
+    /// The window of the commands' sheet, by which the user's choice of keys is found. Those that are there already and
+    /// those that come later have it.
+    void setWindow(const QString& window);
+
     CommandRegistry(const CommandRegistry&) = delete;
     CommandRegistry& operator=(const CommandRegistry&) = delete;
 
-    /// Throws ProgramError, and adds nothing, when the id or one of the keys belongs to another command already.
+    /// Throws ProgramError, and adds nothing, when the id or one of the keys belongs to another command of the sheet
+    /// already, whatever keys the user has chosen.
     Command& add(const CommandInfo& info);
     void add(const std::vector<CommandInfo>& infos);
 
@@ -60,6 +65,7 @@ private:
     void run(const Command& command) const;
 
     QObject& __owner;
+    QString __window;
     std::vector<std::unique_ptr<Command>> __commands;
     Runner __runner;
     bool __locked = false;

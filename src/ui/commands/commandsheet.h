@@ -32,6 +32,7 @@ struct CommandSheet {
     const char* window = ""; // "Main window"
     std::vector<CommandInfo> commands;
     std::vector<CommandMenu> menus;
+    const char* within = ""; // the window that this is a part of: no key is in both
 
     /// Null when there is none.
     const CommandInfo* find(std::string_view id) const;

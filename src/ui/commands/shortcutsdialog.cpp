@@ -2,22 +2,26 @@
 
 #include <algorithm>
 #include <functional>
+#include <initializer_list>
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeySequence>
+#include <QKeySequenceEdit>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSet>
+#include <QSignalBlocker>
 #include <QStyledItemDelegate>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include "ui/commands/chosenkeys.h"
 #include "ui/commands/command.h"
 #include "ui/icons/vrlicons.h"
 
@@ -133,6 +137,22 @@ private:
     }
 };
 
+/// Takes one key with its modifiers, at once: what is pressed next begins anew.
+class OneKeyEdit : public QKeySequenceEdit {
+public:
+    using QKeySequenceEdit::QKeySequenceEdit;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        QKeySequenceEdit::keyPressEvent(event);
+        const QKeySequence typed = keySequence();
+        if (typed.isEmpty()) // modifiers alone
+            return;
+        setKeySequence(typed); // ends the waiting for a second one
+        emit keySequenceChanged(typed);
+    }
+};
+
 /// A tree that is read only: nothing folds.
 class CommandTree : public QTreeWidget {
 public:
@@ -158,7 +178,32 @@ QString readable(QString text) {
     return text.left(1).toUpper() + text.mid(1).toLower();
 }
 
+/// In the row of a command, which is found by them; bold where they are the user's choice.
+void showKeys(QTreeWidgetItem& row, const QString& keys, bool chosen) {
+    row.setText(KeysColumn, keys);
+    QFont font = row.treeWidget()->font();
+    font.setBold(chosen);
+    row.setFont(TextColumn, font);
+    QStringList words = {row.text(TextColumn), keys, row.text(TipColumn)};
+    for (const QTreeWidgetItem* above = row.parent(); above != nullptr; above = above->parent())
+        words += above->text(TextColumn);
+    row.setData(TextColumn, searchRole, words.join('\n').toLower());
+}
+
 } // namespace
+
+/// A command of a sheet, which the list shows or not.
+struct ShortcutsDialog::Entry {
+    QString window; // of the sheet
+    QString scope;  // the window in which its keys are unique
+    CommandInfo info;
+    QTreeWidgetItem* row = nullptr;
+
+    QString keys() const { return ChosenKeys::instance().keysOf(window, info); }
+    QString name() const { return readable(info.text); }
+};
+
+ShortcutsDialog::~ShortcutsDialog() = default;
 
 ShortcutsDialog::ShortcutsDialog(QWidget* parent) : QDialog(parent) {
     setAttribute(Qt::WA_DeleteOnClose);
@@ -201,8 +246,119 @@ ShortcutsDialog::ShortcutsDialog(QWidget* parent) : QDialog(parent) {
     auto* const layout = new QVBoxLayout(this);
     layout->addLayout(top);
     layout->addWidget(__list, 1);
+    layout->addLayout(newEditor());
     layout->addLayout(bottom);
-    resize(860, 680);
+    resize(860, 720);
+    connect(__list, &QTreeWidget::currentItemChanged, this, &ShortcutsDialog::showCurrent);
+    connect(&ChosenKeys::instance(), &ChosenKeys::changed, this, &ShortcutsDialog::keysChanged);
+    showCurrent();
+}
+
+QLayout* ShortcutsDialog::newEditor() {
+    const auto button = [this](const char* text, const char* name, const QString& toolTip) {
+        auto* const made = new QPushButton(text, this);
+        made->setObjectName(name);
+        made->setToolTip(toolTip);
+        made->setAutoDefault(false);
+        return made;
+    };
+    __name = new QLabel(this);
+    __name->setTextFormat(Qt::PlainText);
+    __key = new OneKeyEdit(this);
+    __key->setAccessibleName("New key");
+    __key->setToolTip("Press the new key here");
+    __change = button("Change", "shortcut.change", "Give this key to the command");
+    __none = button("No key", "shortcut.none", "Leave the command without a key");
+    __own = button("Reset", "shortcut.reset", "Give the command its own keys again");
+    __allOwn = button("Reset all", "shortcut.resetAll", "Give all commands their own keys again");
+    __conflict = new QLabel(this);
+    __conflict->setTextFormat(Qt::PlainText);
+    __conflict->setWordWrap(true);
+    __conflict->setObjectName("shortcut.conflict");
+    connect(__key, &QKeySequenceEdit::keySequenceChanged, this, &ShortcutsDialog::keyTyped);
+    connect(__change, &QPushButton::clicked, this, [this] { change(__key->keySequence()); });
+    connect(__none, &QPushButton::clicked, this, [this] { change(QKeySequence()); });
+    connect(__own, &QPushButton::clicked, this, [this] {
+        if (const Entry* const entry = current())
+            ChosenKeys::instance().reset(entry->window, entry->info);
+    });
+    connect(__allOwn, &QPushButton::clicked, this, [] { ChosenKeys::instance().resetAll(); });
+    auto* const row = new QHBoxLayout;
+    row->addWidget(__name, 1);
+    for (QWidget* part : std::initializer_list<QWidget*>{__key, __change, __none, __own, __allOwn})
+        row->addWidget(part);
+    auto* const editor = new QVBoxLayout;
+    editor->addLayout(row);
+    editor->addWidget(__conflict);
+    return editor;
+}
+
+/// That of the row that is marked and shown; null without one.
+const ShortcutsDialog::Entry* ShortcutsDialog::current() const {
+    for (const auto& entry : __entries)
+        if (entry->row != nullptr && entry->row == __list->currentItem() && !entry->row->isHidden())
+            return entry.get();
+    return nullptr;
+}
+
+QList<const ShortcutsDialog::Entry*> ShortcutsDialog::usersOf(const QKeySequence& key, const Entry& but) const {
+    QList<const Entry*> users;
+    for (const auto& entry : __entries)
+        if (entry.get() != &but && entry->scope == but.scope && !key.isEmpty() &&
+            shortcutsOf(entry->keys()).contains(key))
+            users.append(entry.get());
+    return users;
+}
+
+void ShortcutsDialog::showCurrent() {
+    const Entry* const entry = current();
+    __name->setText(entry != nullptr ? "Key of \"" + entry->name() + "\":" : "Mark a command to change its key.");
+    __key->setEnabled(entry != nullptr);
+    const auto keys = shortcutsOf(entry != nullptr ? entry->keys() : QString());
+    {
+        const QSignalBlocker blocker(__key);
+        __key->setKeySequence(keys.isEmpty() ? QKeySequence() : keys[0]);
+    }
+    keyTyped();
+}
+
+void ShortcutsDialog::keyTyped() {
+    const QKeySequence key = __key->keySequence();
+    const Entry* const entry = current();
+    const auto keys = shortcutsOf(entry != nullptr ? entry->keys() : QString());
+    __change->setEnabled(entry != nullptr && !key.isEmpty() && !keys.contains(key));
+    __none->setEnabled(!keys.isEmpty());
+    __own->setEnabled(entry != nullptr && ChosenKeys::instance().isChosen(entry->window, entry->info));
+    __allOwn->setEnabled(std::any_of(__entries.begin(), __entries.end(), [](const auto& each) {
+        return ChosenKeys::instance().isChosen(each->window, each->info);
+    }));
+    const auto users = entry != nullptr ? usersOf(key, *entry) : QList<const Entry*>();
+    __change->setText(users.isEmpty() ? "Change" : "Take over");
+    __conflict->setText(users.isEmpty()
+                            ? QString()
+                            : key.toString(QKeySequence::NativeText) + " is the key of \"" + users[0]->name() + "\" (" +
+                                  users[0]->window + "). To take it over leaves that command without it.");
+}
+
+void ShortcutsDialog::change(const QKeySequence& key) {
+    const Entry* const entry = current();
+    if (entry == nullptr)
+        return;
+    for (const Entry* const user : usersOf(key, *entry)) {
+        QList<QKeySequence> others = shortcutsOf(user->keys());
+        others.removeAll(key);
+        ChosenKeys::instance().choose(user->window, user->info,
+                                      QKeySequence::listToString(others, QKeySequence::PortableText));
+    }
+    ChosenKeys::instance().choose(entry->window, entry->info, key.toString(QKeySequence::PortableText));
+}
+
+void ShortcutsDialog::keysChanged() {
+    for (const auto& entry : __entries)
+        if (entry->row != nullptr)
+            showKeys(*entry->row, entry->keys(), ChosenKeys::instance().isChosen(entry->window, entry->info));
+    applyFilter();
+    showCurrent();
 }
 
 QTreeWidgetItem* ShortcutsDialog::newHeading(const QString& text, QTreeWidgetItem* parent) {
@@ -219,18 +375,26 @@ QTreeWidgetItem* ShortcutsDialog::newHeading(const QString& text, QTreeWidgetIte
     return heading;
 }
 
-void ShortcutsDialog::addRow(QTreeWidgetItem& heading, const QString& text, const QIcon& icon, const QString& keys,
-                             const QString& tip) {
-    auto* const row = new QTreeWidgetItem(&heading, {text, keys, tip});
+void ShortcutsDialog::addRow(QTreeWidgetItem& heading, const CommandSheet& sheet, const CommandInfo& info) {
+    const QIcon icon = VRLIcons::icon(info.icon);
+    auto* const row = new QTreeWidgetItem(&heading, {readable(info.text), QString(), info.tip});
     row->setIcon(TextColumn, icon.isNull() ? emptyIcon(__list->iconSize()) : icon);
-    row->setToolTip(TipColumn, tip);
-    QStringList words = {text, keys, tip};
-    for (const QTreeWidgetItem* above = &heading; above != nullptr; above = above->parent())
-        words += above->text(TextColumn);
-    row->setData(TextColumn, searchRole, words.join('\n').toLower());
+    row->setToolTip(TipColumn, info.tip);
+    for (const auto& entry : __entries)
+        if (entry->window == sheet.window && QLatin1String(entry->info.id) == QLatin1String(info.id)) {
+            entry->row = row;
+            showKeys(*row, entry->keys(), ChosenKeys::instance().isChosen(entry->window, info));
+        }
 }
 
 void ShortcutsDialog::addSheet(const CommandSheet& sheet) {
+    const QString scope = *sheet.within != '\0' ? sheet.within : sheet.window;
+    for (const CommandInfo& info : sheet.commands) {
+        if (info.planned)
+            continue;
+        __entries.push_back(std::make_unique<Entry>());
+        *__entries.back() = {sheet.window, scope, info, nullptr};
+    }
     QTreeWidgetItem* const window = newHeading(sheet.window, nullptr);
     QSet<QString> listed;
     for (const CommandMenu& menu : sheet.menus) {
@@ -240,7 +404,7 @@ void ShortcutsDialog::addSheet(const CommandSheet& sheet) {
             if (info == nullptr || info->planned || listed.contains(info->id))
                 continue;
             listed += info->id;
-            addRow(*heading, readable(info->text), VRLIcons::icon(info->icon), info->keys, info->tip);
+            addRow(*heading, sheet, *info);
         }
         if (heading->childCount() == 0)
             delete heading;
@@ -275,6 +439,7 @@ void ShortcutsDialog::applyFilter() {
                                    : QString("%1 commands").arg(number));
     for (const int column : {TextColumn, KeysColumn})
         __list->resizeColumnToContents(column);
+    showCurrent();
 }
 
 } // namespace vorlen

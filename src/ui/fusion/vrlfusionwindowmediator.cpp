@@ -81,6 +81,7 @@ VRLFusionWindowMediator::VRLFusionWindowMediator(VRLFusionWindow& window, VRLFus
     : ViewerMediator(&window), __window(window), __table(table), __editor(editor), __residuals(residuals),
       __scaleBar(scaleBar), __density(density), __statusBar(statusBar) {
     __progress.addMonitor(static_cast<ProgressMonitor&>(__statusBar));
+    commands().setWindow(fusionCommands().window);
     commands().add(ownFusionCommands());
     bindCommands();
     connect(&__table, &QTableWidget::itemSelectionChanged, this, &VRLFusionWindowMediator::processSelectionChange);

@@ -64,6 +64,7 @@ VRLRegistrationMediator::VRLRegistrationMediator(QWidget& window, VRLRegistratio
                                                  VRLRegistrationStatusBar& statusBar, VRLRegistrationToolBar& toolBar)
     : QObject(&window), __window(window), __canvas(canvas), __panel(panel), __automaticPanel(automaticPanel),
       __landmarkPanel(landmarkPanel), __strips(strips), __statusBar(statusBar), __toolBar(toolBar) {
+    __commands.setWindow(registrationCommands().window);
     __commands.add(registrationCommands().commands);
     bindCommands();
     bindViewCommands();

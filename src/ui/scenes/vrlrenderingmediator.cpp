@@ -50,6 +50,7 @@ void tryOn(VRLRenderingPainterGL& painter, const std::function<void(VRLRendering
 } // namespace
 
 VRLRenderingMediator::VRLRenderingMediator(QObject* parent) : ViewerMediator(parent) {
+    commands().setWindow(renderingCommands().window);
     commands().add(ownRenderingCommands());
     commands().bind("rendering.export", [this] { exportSurfaces(); });
     commands().bind("animation.timeout", [this] {

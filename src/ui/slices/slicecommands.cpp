@@ -28,7 +28,8 @@ std::vector<CommandMenu> toolCommandMenus() {
 
 CommandSheet newSheet() {
     CommandSheet sheet;
-    sheet.window = "Slice editor";
+    sheet.window = sliceEditorWindow;
+    sheet.within = "Main window";
     sheet.menus = toolCommandMenus();
     for (const ToolCommand& command : toolCommands())
         sheet.commands.push_back(command.info);

@@ -18,6 +18,7 @@
 #include "ui/slices/vrlimagewidget.h"
 #include "ui/slices/vrlimagewidgetmediatorpandelegate.h"
 #include "ui/slices/vrlimagewidgetmediatorpixelinfodelegate.h"
+#include "ui/tools/toollist.h"
 
 namespace vorlen {
 
@@ -28,6 +29,7 @@ VRLImageWidgetMediator::VRLImageWidgetMediator(VRLImageWidget& widget) : QObject
             .enableWhen([this, condition = std::move(condition)] { return isUsable() && (!condition || condition()); });
     };
     using Mediator = VRLImageWidgetMediator;
+    __commands.setWindow(sliceEditorWindow);
     __commands.add(imageViewCommands());
     bind("zoom.in", &Mediator::increaseZoomFactor, [this] { return maximumZoomFactor > getCanvas().getZoomFactor(); });
     bind("zoom.out", &Mediator::decreaseZoomFactor, [this] { return getCanvas().getZoomFactor() > minimumZoomFactor; });

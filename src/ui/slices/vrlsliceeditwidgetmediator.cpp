@@ -343,6 +343,10 @@ QAction& VRLSliceEditWidgetMediator::getCommand(const char* id) {
     return commands().action(id);
 }
 
+QWidget* VRLSliceEditWidgetMediator::newToolOptions(QWidget* parent) const {
+    return __chosen != nullptr ? __chosen->newOptions(parent) : nullptr;
+}
+
 // What is begun may run a loop of its own, in which this object may be deleted.
 void VRLSliceEditWidgetMediator::begin(const char* id, const Model& model, QEvent& input) {
     for (const ToolCommand& command : toolCommands())

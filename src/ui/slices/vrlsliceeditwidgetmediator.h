@@ -77,6 +77,8 @@ public:
     QList<QAction*> getToolActions();
     /// A command of a tool that offers no models.
     QAction& getCommand(const char* id);
+    /// Controls for the options of the tool that stays on; null for one that has none. The parent owns them.
+    QWidget* newToolOptions(QWidget* parent) const;
 
     /// The tool that has the canvas while no other runs is the one of this command; it stays on until another is
     /// chosen. Nothing for a command of another kind.

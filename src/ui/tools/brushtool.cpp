@@ -14,6 +14,7 @@
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/guarded.h"
 #include "ui/models/modelviews.h"
+#include "ui/tools/optionslider.h"
 #include "ui/tools/startingtool.h"
 
 namespace vorlen {
@@ -66,6 +67,18 @@ void BrushTool::setRadius(double radius) {
     __radius = std::clamp(radius, 1.0, 200.0);
     if (isActive())
         updateCursor();
+    emit optionsChanged();
+}
+
+QWidget* BrushTool::newOptions(QWidget* parent) {
+    auto* const size =
+        new OptionSlider("Size", "How wide the brush is on the screen. Keys: [ smaller, ] larger", parent);
+    size->setObjectName("brush.size");
+    size->setRange(2, 400);
+    size->setValue(int(std::lround(2 * __radius)));
+    connect(size, &OptionSlider::chosen, this, [this](int value) { setRadius(value / 2.0); });
+    connect(this, &BrushTool::optionsChanged, size, [size] { size->setValue(int(std::lround(2 * __radius))); });
+    return size;
 }
 
 /// A circle of the brush's size, black and white so that it is seen on every image.

@@ -28,6 +28,7 @@ public:
     void abandon() override;
     void modelGone(const Model& model) override;
     QString restingHint(const StackSliceSelectionInfo& selected) const override;
+    QWidget* newOptions(QWidget* parent) override;
 
     /// Half the size of the brush, in units of the canvas; all windows have the same.
     static double getRadius() { return __radius; }

@@ -30,8 +30,12 @@ Model* modelToDraw(ToolHost& host) {
     return nullptr;
 }
 
-StartingTool::StartingTool(ToolHost& host, const char* command, const char* hint)
-    : VRLSliceEditWidgetMediatorDelegate(host), __command(command), __hint(hint) {
+StartingTool::StartingTool(ToolHost& host, const char* command, const char* hint, OptionsMaker options)
+    : VRLSliceEditWidgetMediatorDelegate(host), __command(command), __hint(hint), __options(options) {
+}
+
+QWidget* StartingTool::newOptions(QWidget* parent) {
+    return __options != nullptr ? __options(parent) : nullptr;
 }
 
 void StartingTool::deactivate() {

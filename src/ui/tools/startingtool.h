@@ -13,13 +13,16 @@ class StartingTool : public VRLSliceEditWidgetMediatorDelegate {
     Q_OBJECT
 
 public:
-    /// The command, which offers models, and what its tool does with the next input.
-    StartingTool(ToolHost& host, const char* command, const char* hint);
+    using OptionsMaker = QWidget* (*)(QWidget* parent);
+
+    /// The command, which offers models, and what its tool does with the next input; makes the options of that tool.
+    StartingTool(ToolHost& host, const char* command, const char* hint, OptionsMaker options = nullptr);
 
     void deactivate() override;
     void cancel() override;
     void abandon() override;
     QString restingHint(const StackSliceSelectionInfo& selected) const override;
+    QWidget* newOptions(QWidget* parent) override;
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
@@ -32,6 +35,7 @@ private:
 
     const char* __command;
     const char* __hint;
+    OptionsMaker __options;
     bool __begins = false;
 };
 

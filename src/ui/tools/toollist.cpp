@@ -2,6 +2,7 @@
 
 #include "document/model.h"
 #include "document/stacksliceselectioninfo.h"
+#include "ui/tools/automatictool.h"
 #include "ui/tools/brushtool.h"
 #include "ui/tools/measuringtool.h"
 #include "ui/tools/movingtool.h"
@@ -119,12 +120,8 @@ Tool* makeDrawing(ToolHost& host) {
 Tool* makeWiring(ToolHost& host) {
     return new StartingTool(host, "draw.wire",
                             "Click on an edge, and go on along it with clicks; close the outline at its start, by "
-                            "Return or a double click.");
-}
-
-Tool* makeThresholding(ToolHost& host) {
-    return new StartingTool(host, "draw.automatic",
-                            "Click two opposite corners of a box over the edge of a dark structure.");
+                            "Return or a double click.",
+                            WireTool::newWireOptions);
 }
 
 constexpr auto Draw = ToolMenu::Draw;
@@ -148,7 +145,7 @@ const std::vector<ToolCommand>& toolCommands() {
         {.info = {.id = "tool.draw", .text = "Draw", .tip = "Draw outlines of the current model, one after the other", .icon = "tooldraw", .keys = "D", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = makeDrawing, .stays = true},
         {.info = {.id = "tool.wire", .text = "Live wire", .tip = "Draw along the edges of the image: click here and there, and the outline follows", .icon = "toolwire", .keys = "L", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = makeWiring, .stays = true},
         {.info = {.id = "tool.brush", .text = "Brush", .tip = "Paint outlines of the current model; with Ctrl, erase", .icon = "toolbrush", .keys = "B", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<BrushTool>, .stays = true},
-        {.info = {.id = "tool.automatic", .text = "Automatic", .tip = "Outline what is darker than its surroundings, for the current model", .icon = "toolautomatic", .keys = "A", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = makeThresholding, .stays = true},
+        {.info = {.id = "tool.automatic", .text = "Automatic", .tip = "Drag a box around a structure, or click on it: its outline, for the current model", .icon = "toolautomatic", .keys = "A", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<AutomaticTool>, .stays = true},
         {.info = {.id = "tool.move", .text = "Move, turn, scale", .tip = "Drag an outline: move it; with Shift, turn it; with Ctrl, scale it", .icon = "toolmove", .keys = "M", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<MovingTool>, .stays = true},
         {.info = {.id = "tool.measure", .text = "Measure", .tip = "Drag: measure a distance; drag on from its end: an angle", .icon = "toolmeasure", .keys = "T", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<MeasuringTool>, .stays = true},
         {{.id = "brush.larger", .text = "Larger brush", .tip = "Make the brush larger", .keys = "]"}, ToolMenu::None, always, make<BrushTool>, [](Tool& tool, const QString&) { static_cast<BrushTool&>(tool).grow(1.25); }},

@@ -51,6 +51,9 @@ const std::vector<ToolCommand>& toolCommands();
 /// What ends whatever tool runs.
 const CommandInfo& cancelToolCommand();
 
+/// The window of the sheet in which the tools' commands stand.
+inline constexpr const char* sliceEditorWindow = "Slice editor";
+
 /// The id of the command that brings the tool back that selects.
 inline constexpr const char* selectingToolId = "tool.select";
 

@@ -72,6 +72,10 @@ QString VRLSliceEditWidgetMediatorDelegate::restingHint(const StackSliceSelectio
     return QString();
 }
 
+QWidget* VRLSliceEditWidgetMediatorDelegate::newOptions(QWidget*) {
+    return nullptr;
+}
+
 QWidget& VRLSliceEditWidgetMediatorDelegate::canvas() const {
     return __host.canvas();
 }

@@ -45,6 +45,14 @@ public:
     /// What the next input does, where this tool rests and this is selected.
     virtual QString restingHint(const StackSliceSelectionInfo& selected) const;
 
+    /// Controls of the tool's options, for a panel beside the canvas; null for a tool that has none. The parent owns
+    /// them.
+    virtual QWidget* newOptions(QWidget* parent);
+
+signals:
+    /// The options, or what they act on, are others now.
+    void optionsChanged();
+
 protected:
     ToolHost& host() const { return __host; }
     QWidget& canvas() const;

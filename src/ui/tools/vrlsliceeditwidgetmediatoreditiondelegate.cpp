@@ -1,4 +1,5 @@
 #include "ui/tools/vrlsliceeditwidgetmediatoreditiondelegate.h"
+#include "ui/tools/toollist.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -44,6 +45,7 @@ VRLSliceEditWidgetMediatorEditionDelegate::VRLSliceEditWidgetMediatorEditionDele
     : VRLSliceEditWidgetMediatorDelegate(host) {
     setBlocking(true);
     setPenAsMouse(true);
+    __commands.setWindow(sliceEditorWindow);
     __commands.add(pointEditionCommands());
     __commands.bind("points.move", [this] { setMoveMode(); });
     __commands.bind("points.insert", [this] { setInsertMode(); });

@@ -3,21 +3,49 @@
 #include <algorithm>
 
 #include <QMouseEvent>
+#include <QVBoxLayout>
 
 #include "document/model.h"
 #include "editing/operations/contouroperations.h"
 #include "editing/operations/outlineshape.h"
 #include "images/rasters/image.h"
 #include "snake/snakeframe.h"
+#include "ui/tools/optionslider.h"
 #include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
 
-namespace {
+int WireTool::__reach = 400;
+int WireTool::__thinning = 1;
 
-constexpr double reach = 400; // pixels
+void WireTool::setReach(int reach) {
+    __reach = std::clamp(reach, 20, 2000);
+}
 
-} // namespace
+void WireTool::setThinning(int thinning) {
+    __thinning = std::clamp(thinning, 0, 20);
+}
+
+QWidget* WireTool::newWireOptions(QWidget* parent) {
+    auto* const options = new QWidget(parent);
+    auto* const reach = new OptionSlider(
+        "Reach", "How many pixels from the last click the edges are followed; a small one is faster", options);
+    reach->setObjectName("wire.reach");
+    reach->setRange(20, 2000);
+    reach->setValue(__reach);
+    auto* const thinning =
+        new OptionSlider("Simplify", "How many vertices are left out; 0: none but those in line", options);
+    thinning->setObjectName("wire.thinning");
+    thinning->setRange(0, 20);
+    thinning->setValue(__thinning);
+    auto* const layout = new QVBoxLayout(options);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(reach);
+    layout->addWidget(thinning);
+    connect(reach, &OptionSlider::chosen, options, &WireTool::setReach);
+    connect(thinning, &OptionSlider::chosen, options, &WireTool::setThinning);
+    return options;
+}
 
 void WireTool::begin(Model& model) {
     __ends.clear();
@@ -49,7 +77,7 @@ void WireTool::seedAtEnd() {
     Curve<float> place(2, 1, 1, 1, true);
     place[0][0] = float(column);
     place[0][1] = float(row);
-    const SnakeFrame frame(image->getWidth(), image->getHeight(), 1, 1, place, reach);
+    const SnakeFrame frame(image->getWidth(), image->getHeight(), 1, 1, place, __reach);
     Curve<float> corner(2, 1, 1, 1, true);
     corner[0][0] = 0.5f; // the middle of the frame's first pixel
     corner[0][1] = 0.5f;
@@ -69,7 +97,7 @@ WireTool::Pixels WireTool::wayTo(int column, int row) {
     Outline outline;
     for (const auto& [y, x] : __wire->path(i, j))
         outline.push_back({double(x + __firstColumn), double(y + __firstRow)});
-    const ItemVertices thin = decimatedContour(verticesOf(outline, false), false, 1);
+    const ItemVertices thin = decimatedContour(verticesOf(outline, false), false, __thinning);
     Pixels way;
     for (int k = 1; k < thin.getNumVertices(); ++k)
         way.emplace_back(int(std::lround(thin[k][0])), int(std::lround(thin[k][1])));

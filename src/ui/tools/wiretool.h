@@ -11,8 +11,9 @@ namespace vorlen {
 /// Draws a new item along the edges of the image: from each click the way that the edges lead to the pointer is shown,
 /// and the next click takes it. Ended, an outline is closed along the edges too. Backspace takes the last way back.
 ///
-/// Decisions: the ways are sought within 400 pixels of the last click, beyond that, with Alt held, and where there is
-/// no image, they are straight. They are thinned out to within a pixel. A drag draws freely.
+/// Decisions: the ways are sought within 400 pixels of the last click, or as far as the options say; beyond that, with
+/// Alt held, and where there is no image, they are straight. They are thinned out as decimatedContour() does, at a
+/// level of 1 or that of the options. A drag draws freely.
 class WireTool : public VRLSliceEditWidgetMediatorCreationDelegate {
     Q_OBJECT
 
@@ -22,6 +23,13 @@ public:
     void apply() override;
     void appendVertex(const QPoint& position) override;
     void removeLastVertex() override;
+
+    /// How far from the last click ways are sought, in pixels, and by how much they are thinned out; in all windows.
+    static int getReach() { return __reach; }
+    static void setReach(int reach);
+    static int getThinning() { return __thinning; }
+    static void setThinning(int thinning);
+    static QWidget* newWireOptions(QWidget* parent);
 
 protected:
     void begin(Model& model) override;
@@ -35,6 +43,9 @@ private:
     void append(const Pixels& way);
     void seedAtEnd();
     void showWayTo(const QPoint& position);
+
+    static int __reach;
+    static int __thinning;
 
     std::unique_ptr<LiveWire> __wire; // of a part of the image
     int __firstColumn = 0, __firstRow = 0;

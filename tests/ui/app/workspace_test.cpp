@@ -27,9 +27,11 @@
 #include "ui/app/historypanel.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
+#include "ui/commands/chosenkeys.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/slices/slicecommands.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
@@ -115,6 +117,41 @@ TEST_F(WorkspaceTest, docksCloseAndComeBackWhereTheyWere) {
     EXPECT_EQ(workspace().dockWidgetArea(&workspace().modelDock()), Qt::LeftDockWidgetArea);
     EXPECT_TRUE(workspace().historyDock().isHidden());
     EXPECT_TRUE(window->mediator().commands().action("show.models").isChecked());
+}
+
+TEST_F(WorkspaceTest, aChangedKeyChoosesTheToolInAllWindows) {
+    open();
+    auto* const second = new VRLRootWindow;
+    second->mediator().setStack(*window->mediator().currentStack());
+    const CommandInfo& brush = *sliceEditorCommands().find("tool.brush");
+    ChosenKeys::instance().choose(sliceEditorCommands().window, brush, "X");
+    for (VRLRootWindow* const each : {window, second}) {
+        each->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(each));
+        VRLRootSliceEditWidgetMediator& mediator = each->sliceWidget().getMediator();
+        mediator.getCanvas().setFocus();
+        QTest::keyClick(&mediator.getCanvas(), Qt::Key_B);
+        EXPECT_EQ(mediator.getChosenTool(), "tool.select");
+        QTest::keyClick(&mediator.getCanvas(), Qt::Key_X);
+        EXPECT_EQ(mediator.getChosenTool(), "tool.brush");
+    }
+    delete second;
+    ChosenKeys::instance().resetAll();
+    EXPECT_EQ(editor().getCommand("tool.brush").shortcut(), QKeySequence("B"));
+}
+
+TEST_F(WorkspaceTest, theToolOptionsStandInADockThatComesAndGoes) {
+    open();
+    EXPECT_TRUE(workspace().optionsDock().isVisible());
+    editor().chooseTool("tool.brush");
+    EXPECT_NE(workspace().optionsDock().findChild<QWidget*>("brush.size"), nullptr);
+    trigger("show.toolOptions");
+    EXPECT_TRUE(workspace().optionsDock().isHidden());
+    editor().chooseTool("tool.wire"); // also while it is hidden
+    trigger("show.toolOptions");
+    QWidget* const reach = workspace().optionsDock().findChild<QWidget*>("wire.reach");
+    ASSERT_NE(reach, nullptr);
+    EXPECT_TRUE(QTest::qWaitFor([reach] { return reach->isVisible(); }));
 }
 
 TEST_F(WorkspaceTest, theHistoryListsStepsAndGoesToEach) {

@@ -1,3 +1,4 @@
+#include "ui/commands/chosenkeys.h"
 #include "ui/commands/commandregistry.h"
 #include "ui/commands/mnemonics.h"
 
@@ -81,6 +82,36 @@ TEST_F(CommandRegistryTest, actionsCarryWhatTheCommandTells) {
     EXPECT_EQ(commands.action("a.redo").toolTip(), "Redo");
     EXPECT_TRUE(commands.action("a.show").isCheckable());
     EXPECT_TRUE(commands.action("a.show").shortcuts().isEmpty());
+}
+
+TEST_F(CommandRegistryTest, keysThatTheUserHasChosenHoldAtOnceAndInLaterWindows) {
+    ChosenKeys& keys = ChosenKeys::instance();
+    const CommandInfo info = commands.command("a.open").info();
+    const QAction& open = commands.action("a.open");
+    commands.setWindow("First");
+    keys.choose("First", info, "Ctrl+Shift+P; F2");
+    EXPECT_EQ(open.shortcuts(), (QList<QKeySequence>{QKeySequence("Ctrl+Shift+P"), QKeySequence("F2")}));
+    EXPECT_EQ(open.toolTip(), "Open a file (Ctrl+Shift+P)");
+    QWidget other;
+    CommandRegistry later(other), elsewhere(other);
+    later.setWindow("First");
+    later.add(info);
+    EXPECT_EQ(later.action("a.open").shortcuts(), open.shortcuts());
+    EXPECT_THROW(later.add(CommandInfo{.id = "b", .keys = "Ctrl+O"}),
+                 ProgramError);                      // the sheet is wrong whatever was chosen
+    later.add(CommandInfo{.id = "c", .keys = "F2"}); // a sheet knows of no choice
+    elsewhere.setWindow("Second");
+    elsewhere.add(info);
+    EXPECT_EQ(elsewhere.action("a.open").shortcut(), QKeySequence("Ctrl+O"));
+    keys.choose("First", info, "");
+    EXPECT_TRUE(open.shortcuts().isEmpty());
+    EXPECT_EQ(open.toolTip(), "Open a file");
+    EXPECT_TRUE(keys.isChosen("First", info));
+    keys.choose("First", info, "Ctrl+O");
+    EXPECT_FALSE(keys.isChosen("First", info));
+    keys.choose("First", info, "F2");
+    keys.reset("First", info);
+    EXPECT_EQ(open.shortcut(), QKeySequence("Ctrl+O"));
 }
 
 TEST_F(CommandRegistryTest, theRunnerCarriesTheWorkOut) {

@@ -1,0 +1,1 @@
+vorlen_bench(boxoutline_bench.cpp LINKS vorlen_shapes vorlen_images)

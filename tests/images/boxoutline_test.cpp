@@ -1,0 +1,155 @@
+#include "images/regions/boxoutline.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "images/rasters/image.h"
+#include "numerics/exception.h"
+
+namespace vorlen {
+
+namespace {
+
+/// 8 bits deep, with these values by column and row.
+Image drawnImage(int width, int height, const std::function<double(int, int)>& value) {
+    Image image(width, height, 8);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            image.getPixels()[y][x] = static_cast<unsigned char>(std::lround(std::clamp(value(x, y), 0.0, 255.0)));
+    return image;
+}
+
+BoundingBox<int> boxOf(int left, int top, int right, int bottom) {
+    Vector<int> low(2), high(2);
+    low[0] = left;
+    low[1] = top;
+    high[0] = right;
+    high[1] = bottom;
+    return {low, high};
+}
+
+double enclosed(const Curve<double>& curve) {
+    double twice = 0;
+    for (int k = 0; k < curve.getSize(); ++k) {
+        const auto& next = curve[(k + 1) % curve.getSize()];
+        twice += curve[k][0] * next[1] - next[0] * curve[k][1];
+    }
+    return std::abs(twice) / 2;
+}
+
+/// A disc of this value and an edge of four pixels on a ground of 200 or 40, as far as possible from it.
+Image blurredDisc(double x, double y, double radius, double value, int size = 120) {
+    const double ground = value < 120 ? 200 : 40;
+    return drawnImage(size, size, [=](int column, int row) {
+        const double share = std::clamp((std::hypot(column - x, row - y) - radius) / 4 + 0.5, 0.0, 1.0);
+        return value + share * (ground - value);
+    });
+}
+
+constexpr double pi = 3.14159265358979;
+
+} // namespace
+
+TEST(BoxOutline, aDarkOrBrightDiscIsMetBetweenThePixelsWithoutBeingTold) {
+    for (const double value : {40.0, 200.0}) {
+        const Image image = blurredDisc(60.3, 58.7, 25.4, value);
+        for (const int smoothing : {0, 1}) {
+            const BoxOutline outline(image, boxOf(20, 20, 100, 100), smoothing);
+            EXPECT_NEAR(outline.valueOf(outline.getProposedThreshold()), 120, 3);
+            const auto found = outline.find({.threshold = 120});
+            EXPECT_EQ(found.darker, value < 120);
+            EXPECT_FALSE(found.touchesBox);
+            for (int k = 0; k < found.outline.getSize(); ++k)
+                EXPECT_NEAR(std::hypot(found.outline[k][0] - 60.3, found.outline[k][1] - 58.7), 25.4, 0.25) << k;
+            EXPECT_NEAR(enclosed(found.outline), pi * 25.4 * 25.4, 12); // half a percent
+            const auto thin = outline.find({.threshold = 120, .tolerance = 2});
+            EXPECT_LT(2 * thin.outline.getSize(), found.outline.getSize());
+            EXPECT_NEAR(enclosed(thin.outline), enclosed(found.outline), 0.02 * enclosed(found.outline));
+        }
+    }
+}
+
+TEST(BoxOutline, whatTheBoxIsDrawnAroundCountsMoreThanWhatReachesIntoIt) {
+    // A disc in the middle; darker land with more pixels reaches in from the left.
+    const Image image = drawnImage(200, 120, [](int x, int y) {
+        return std::hypot(x - 100, y - 60) < 15 ? 60.0 : x < 60 ? 40.0 : 200.0;
+    });
+    const BoxOutline outline(image, boxOf(50, 20, 150, 100), 0);
+    EXPECT_NEAR(enclosed(outline.find({.threshold = 120}).outline), pi * 15 * 15, 30);
+    const auto land = outline.find({.threshold = 120, .seed = {{52, 60}}});
+    EXPECT_TRUE(land.touchesBox);
+    double right = 0;
+    for (int k = 0; k < land.outline.getSize(); ++k) {
+        EXPECT_GE(land.outline[k][0], 50); // no farther than the box
+        EXPECT_GE(land.outline[k][1], 20);
+        EXPECT_LE(land.outline[k][1], 100);
+        right = std::max(right, land.outline[k][0]);
+    }
+    EXPECT_NEAR(right, 59.5, 0.01);
+    const auto ground = outline.find({.threshold = 120, .seed = {{140, 60}}});
+    EXPECT_FALSE(ground.darker);
+    EXPECT_TRUE(ground.touchesBox);
+}
+
+TEST(BoxOutline, thresholdAndSideAreThoseChosen) {
+    // Rings of 20, 100, 180 around (50, 50) to the radii 10, 20, 30 on 220.
+    const Image image = drawnImage(100, 100, [](int x, int y) {
+        const double r = std::hypot(x - 50, y - 50);
+        return r < 10 ? 20.0 : r < 20 ? 100.0 : r < 30 ? 180.0 : 220.0;
+    });
+    const BoxOutline outline(image, boxOf(10, 10, 90, 90), 0);
+    EXPECT_EQ(outline.getLeast(), 20);
+    EXPECT_EQ(outline.getGreatest(), 220);
+    for (const auto& [threshold, radius] : {std::pair{60, 10.0}, std::pair{140, 20.0}, std::pair{200, 30.0}}) {
+        const auto found = outline.find({.threshold = threshold, .side = BoxOutline::Side::Darker});
+        EXPECT_NEAR(enclosed(found.outline), pi * radius * radius, 2.5 * radius) << threshold;
+    }
+    const auto brighter = outline.find({.threshold = 140, .side = BoxOutline::Side::Brighter});
+    EXPECT_NEAR(enclosed(brighter.outline), 80 * 80, 1); // to the middles of the box's last pixels; the hole is filled
+    EXPECT_EQ(outline.find({.threshold = 20, .side = BoxOutline::Side::Darker}).outline.getSize(), 0);
+    EXPECT_EQ(
+        outline.find({.threshold = 140, .side = BoxOutline::Side::Brighter, .seed = {{50, 50}}}).outline.getSize(), 0);
+    EXPECT_EQ(outline.find({.threshold = 140, .seed = {{5, 5}}}).outline.getSize(), 0); // beside the box
+}
+
+TEST(BoxOutline, otherDepthsAndTheEndsOfTheImageAreNoExceptions) {
+    Image deep(60, 60, 16), real, green(60, 60, 24);
+    real.initReal(60, 60);
+    real.allocatePixels();
+    green.clear();
+    for (int y = 0; y < 60; ++y)
+        for (int x = 0; x < 60; ++x) {
+            const bool inside = x < 20 && y < 30; // in the corner
+            reinterpret_cast<unsigned short*>(deep.getPixels()[y])[x] = inside ? 1000 : 1040;
+            real.realRow(y)[x] = inside ? -0.25f : 0.75f;
+            green.getPixels()[y][3 * x + 1] = inside ? 90 : 30;
+        }
+    real.realRow(50)[50] = std::nanf("");
+    for (const Image* const image : {&deep, &real, &green}) {
+        const BoxOutline outline(*image, boxOf(0, 0, 59, 59), 2);
+        const auto found = outline.find({.threshold = outline.getProposedThreshold(), .seed = {{5, 5}}});
+        EXPECT_NEAR(enclosed(found.outline), 19.5 * 29.5, 15); // the blurred corner is round
+        EXPECT_TRUE(found.touchesBox);
+    }
+    const BoxOutline outline(real, boxOf(0, 0, 40, 40), 0);
+    EXPECT_NEAR(outline.valueOf(outline.getLeast()), -0.25, 1e-4);
+    EXPECT_NEAR(outline.valueOf(outline.getGreatest()), 0.75, 1e-4);
+    EXPECT_THROW(BoxOutline(deep, boxOf(0, 0, 60, 59), 0), RangeError);
+    EXPECT_THROW(BoxOutline(deep, boxOf(-1, 0, 5, 5), 0), RangeError);
+    EXPECT_THROW(BoxOutline(deep, boxOf(0, 0, 5, 5), -1), RangeError);
+    EXPECT_THROW(BoxOutline(deep, boxOf(0, 0, 5, 5), 1000), RangeError);
+    // A box of one pixel, and one of a single value, have something or nothing, but no error.
+    EXPECT_EQ(BoxOutline(deep, boxOf(3, 3, 3, 3), 0)
+                  .find({.threshold = 2000, .side = BoxOutline::Side::Darker})
+                  .outline.getSize(),
+              1);
+    const BoxOutline flat(deep, boxOf(40, 40, 50, 50), 1);
+    EXPECT_EQ(flat.find({.threshold = flat.getProposedThreshold(), .side = BoxOutline::Side::Darker}).outline.getSize(),
+              0);
+}
+
+} // namespace vorlen
