@@ -128,9 +128,11 @@ void smoothPlane(const Taps<T>* taps, Field<T>& field, int k, std::vector<T>& al
 template <class T>
 void smooth(const Taps<T>* taps, Field<T>& field, ParallelWork& work, unsigned long long steps) {
     std::vector<std::vector<T>> along(std::size_t(work.workers())), across(std::size_t(work.workers()));
-    work.run(field.planes, steps, [&](int k, int worker) {
-        smoothPlane(taps, field, k, along[std::size_t(worker)], across[std::size_t(worker)]);
-    });
+    work.run(
+        field.planes, steps,
+        [&](int k, int worker) {
+            smoothPlane(taps, field, k, along[std::size_t(worker)], across[std::size_t(worker)]);
+        });
     work.run(field.rows, steps, [&](int i, int worker) {
         std::vector<T>& out = along[std::size_t(worker)];
         out.assign(std::size_t(field.planes) * std::size_t(field.columns), T(0));

@@ -67,10 +67,10 @@ TEST(NiftiWriter, whatIsWrittenIsReadAgainWithItsPlaceInSpace) {
     const std::string bytes = folder.read("a.nii");
     EXPECT_EQ(bytes.size(), 352u + 24 * 4);
     EXPECT_EQ(bytes.substr(344, 4), std::string("n+1\0", 4));
-    EXPECT_EQ(int(bytes[123]), 3);                        // micrometers
-    EXPECT_EQ(numberAt<std::int16_t>(bytes, 40), 3);      // axes
-    EXPECT_EQ(numberAt<float>(bytes, 76), 1);             // to the right of x and y
-    EXPECT_EQ(numberAt<std::int16_t>(bytes, 252), 2);     // both places count
+    EXPECT_EQ(int(bytes[123]), 3);                    // micrometers
+    EXPECT_EQ(numberAt<std::int16_t>(bytes, 40), 3);  // axes
+    EXPECT_EQ(numberAt<float>(bytes, 76), 1);         // to the right of x and y
+    EXPECT_EQ(numberAt<std::int16_t>(bytes, 252), 2); // both places count
     EXPECT_EQ(numberAt<std::int16_t>(bytes, 254), 2);
     const float rows[] = {0.5f, 0, 0, 7, 0, 0.25f, 0, -8, 0, 0, 2, 9.25f};
     for (std::size_t i = 0; i < 12; ++i)
@@ -88,8 +88,8 @@ TEST(NiftiWriter, writesUnitsOfTheFormatAndRefusesWhatHasNoPlace) {
         std::optional<LengthUnit> unit;
         int code;
         double step;
-    } cases[] = {{LengthUnit(0), 1, 5},        {LengthUnit(-2), 1, 0.05},  {LengthUnit(-3), 2, 5},
-                 {LengthUnit(-6), 3, 5},       {LengthUnit(-9), 3, 0.005}, {std::nullopt, 0, 5}};
+    } cases[] = {{LengthUnit(0), 1, 5},  {LengthUnit(-2), 1, 0.05},  {LengthUnit(-3), 2, 5},
+                 {LengthUnit(-6), 3, 5}, {LengthUnit(-9), 3, 0.005}, {std::nullopt, 0, 5}};
     for (const auto& each : cases) {
         saveNifti(volume, origin, steps, each.unit, fileName, true);
         const std::string bytes = folder.read("a.nii");

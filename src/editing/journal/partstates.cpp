@@ -84,10 +84,14 @@ void put(ByteWriter& bytes, const ModelItemProperties& look) {
                 integer(c[k]);
         },
         [&]() -> const Vector<int>& { return look.getColor(); });
-    putIf(bytes, look.definesLineWidth(), real, [&] { return look.getLineWidth(); });
-    putIf(bytes, look.definesPointSize(), real, [&] { return look.getPointSize(); });
-    putIf(bytes, look.definesVertexSymbol(), integer, [&] { return int(look.getVertexSymbol()); });
-    putIf(bytes, look.definesVertexSymbolFilling(), integer, [&] { return int(look.getVertexSymbolFilling()); });
+    putIf(
+        bytes, look.definesLineWidth(), real, [&] { return look.getLineWidth(); });
+    putIf(
+        bytes, look.definesPointSize(), real, [&] { return look.getPointSize(); });
+    putIf(
+        bytes, look.definesVertexSymbol(), integer, [&] { return int(look.getVertexSymbol()); });
+    putIf(
+        bytes, look.definesVertexSymbolFilling(), integer, [&] { return int(look.getVertexSymbolFilling()); });
     putIf(bytes, look.definesRenderingVisibility(), integer, [&] { return int(look.getRenderingVisibility()); });
 }
 
@@ -121,14 +125,22 @@ ModelItemProperties takeLook(ByteReader& bytes) {
 void put(ByteWriter& bytes, const ModelProperties& properties) {
     const auto real = [&](float value) { bytes.real(value); };
     const auto integer = [&](auto value) { bytes.integer(static_cast<std::int64_t>(value)); };
-    putIf(bytes, properties.definesGeometry(), integer, [&] { return properties.getGeometry(); });
-    putIf(bytes, properties.definesRenderingMode(), integer, [&] { return properties.getRenderingMode(); });
-    putIf(bytes, properties.definesSurfaceOpacity(), real, [&] { return properties.getSurfaceOpacity(); });
-    putIf(bytes, properties.definesSurfaceShininess(), real, [&] { return properties.getSurfaceShininess(); });
-    putIf(bytes, properties.definesQuadMeshWidth(), integer, [&] { return properties.getQuadMeshWidth(); });
-    putIf(bytes, properties.definesQuadMeshHeight(), integer, [&] { return properties.getQuadMeshHeight(); });
-    putIf(bytes, properties.definesEconomicRendering(), integer, [&] { return properties.getEconomicRendering(); });
-    putIf(bytes, properties.hasBeginCapFlag(), integer, [&] { return properties.getBeginCapFlag(); });
+    putIf(
+        bytes, properties.definesGeometry(), integer, [&] { return properties.getGeometry(); });
+    putIf(
+        bytes, properties.definesRenderingMode(), integer, [&] { return properties.getRenderingMode(); });
+    putIf(
+        bytes, properties.definesSurfaceOpacity(), real, [&] { return properties.getSurfaceOpacity(); });
+    putIf(
+        bytes, properties.definesSurfaceShininess(), real, [&] { return properties.getSurfaceShininess(); });
+    putIf(
+        bytes, properties.definesQuadMeshWidth(), integer, [&] { return properties.getQuadMeshWidth(); });
+    putIf(
+        bytes, properties.definesQuadMeshHeight(), integer, [&] { return properties.getQuadMeshHeight(); });
+    putIf(
+        bytes, properties.definesEconomicRendering(), integer, [&] { return properties.getEconomicRendering(); });
+    putIf(
+        bytes, properties.hasBeginCapFlag(), integer, [&] { return properties.getBeginCapFlag(); });
     putIf(bytes, properties.hasEndCapFlag(), integer, [&] { return properties.getEndCapFlag(); });
 }
 

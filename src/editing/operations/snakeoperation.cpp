@@ -81,11 +81,12 @@ SnakeOperation::SnakeOperation(VRLStack& stack, ModelItem& start, const SnakeCon
 SnakeOperation::~SnakeOperation() = default;
 
 Outcome SnakeOperation::runOnSlice() {
-    return inRun("The snake has aborted. Suggestions:\n- change the original contour;\n- change the snake parameters.",
-                 [this](EditStep& step) {
-                     Curve<float> curve = __start;
-                     runOver(step, *__startSlice, curve);
-                 });
+    return inRun(
+        "The snake has aborted. Suggestions:\n- change the original contour;\n- change the snake parameters.",
+        [this](EditStep& step) {
+            Curve<float> curve = __start;
+            runOver(step, *__startSlice, curve);
+        });
 }
 
 Outcome SnakeOperation::runOnRange(int reach, bool propagated) {

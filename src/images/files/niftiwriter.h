@@ -24,8 +24,8 @@ bool isNiftiName(const std::string& fileName);
 /// one of the second version (Cox et al. 2004, "A (sort of) new image data format standard: NIfTI-1"; NIfTI-2, 2011).
 ///
 /// Throws SizeError unless origin and steps have three components and the volume an element, ValueError unless they are
-/// finite and the steps above 0, also in the numbers of the header, FileWriteError as VoxelMatrix::save(); a failed save
-/// leaves an old file whole. Instantiated for float.
+/// finite and the steps above 0, also in the numbers of the header, FileWriteError as VoxelMatrix::save(); a failed
+/// save leaves an old file whole. Instantiated for float.
 template <class T>
 void saveNifti(const VoxelMatrix<T>& volume, const Vector<T>& origin, const Vector<T>& steps,
                const std::optional<LengthUnit>& unit, const std::string& fileName, bool overwrite);

@@ -125,20 +125,34 @@ void VRLRootMediator::bindWorkspaceCommands() {
         if (!shown.isHidden())
             shown.raise();
     };
-    __commands.bind("show.models", [toggle] { toggle(&Workspace::modelDock); });
+    __commands.bind(
+        "show.models", [toggle] { toggle(&Workspace::modelDock); });
     __commands.bind("show.history", [toggle] { toggle(&Workspace::historyDock); });
     __commands
-        .bind("model.new",
-              [this] {
-                  __workspace->modelDock().show();
-                  __workspace->modelDock().raise();
-                  __workspace->models().createModel();
-              })
+        .bind(
+            "model.new",
+            [this] {
+                __workspace->modelDock().show();
+                __workspace->modelDock().raise();
+                __workspace->models().createModel();
+            })
         .enableWhen(stack);
-    __commands.bind("model.rename", [this] { __workspace->models().renameCurrent(); }).enableWhen(model);
-    __commands.bind("model.colour", [this] { __workspace->models().recolourCurrent(); }).enableWhen(model);
-    __commands.bind("slice.flip", [this] { flipSlices(); }).enableWhen([this] { return __slicePaired != nullptr; });
-    __commands.bind("slice.nextLacking", [this] { setNextLackingSlice(); }).enableWhen(model);
+    __commands
+        .bind(
+            "model.rename", [this] { __workspace->models().renameCurrent(); })
+        .enableWhen(model);
+    __commands
+        .bind(
+            "model.colour", [this] { __workspace->models().recolourCurrent(); })
+        .enableWhen(model);
+    __commands
+        .bind(
+            "slice.flip", [this] { flipSlices(); })
+        .enableWhen([this] { return __slicePaired != nullptr; });
+    __commands
+        .bind(
+            "slice.nextLacking", [this] { setNextLackingSlice(); })
+        .enableWhen(model);
     __commands.bind("view.scaleBar", [this] { showScaleBar(!__sliceWidget->getCanvas().isScaleBarShown()); });
     __commands.bind("view.ghosts", [this] {
         VRLRootSliceEditWidgetMediator& editor = __sliceWidget->getMediator();
@@ -172,10 +186,12 @@ void VRLRootMediator::setNextLackingSlice() {
 }
 
 void VRLRootMediator::goInHistory(int numSteps) {
-    guarded("History", [this, numSteps] {
-        for (int i = 0; i < std::abs(numSteps) && __stack != nullptr && !__locked; ++i)
-            numSteps > 0 ? undo() : redo();
-    });
+    guarded(
+        "History",
+        [this, numSteps] {
+            for (int i = 0; i < std::abs(numSteps) && __stack != nullptr && !__locked; ++i)
+                numSteps > 0 ? undo() : redo();
+        });
 }
 
 void VRLRootMediator::modelCreateEvent(VRLModelCreateEvent&) {

@@ -7,8 +7,9 @@ namespace vorlen {
 
 namespace {
 
-constexpr const char* suffixes[] = {"tif", "tiff", "btf",  "tf2", "tf8",    "img", "png", "bmp", "jpg", "jpeg", "jp2",
-                                    "j2k", "nrrd", "nhdr", "nii", "nii.gz", "mrc", "map", "rec", "st",  "vm"};
+constexpr const char* suffixes[] = {"tif", "tiff", "btf", "tf2", "tf8",  "img",  "png",   "bmp",
+                                    "jpg", "jpeg", "jp2", "j2k", "nrrd", "nhdr", "nii",   "nii.gz",
+                                    "mrc", "map",  "rec", "st",  "vm",   "dcm",  "dicom", "ima"};
 
 /// A pattern that takes a suffix in any case, also where the dialog tells capitals apart: "*.[tT][iI][fF]".
 QString patternOf(const QString& suffix) {
@@ -28,9 +29,9 @@ QStringList imageNameFilters() {
 }
 
 bool isImageName(const QString& name) {
-    return std::any_of(std::begin(suffixes), std::end(suffixes), [&name](const char* suffix) {
-        return name.endsWith(QString(".") + suffix, Qt::CaseInsensitive);
-    });
+    return std::any_of(
+        std::begin(suffixes), std::end(suffixes),
+        [&name](const char* suffix) { return name.endsWith(QString(".") + suffix, Qt::CaseInsensitive); });
 }
 
 } // namespace vorlen

@@ -309,7 +309,8 @@ void ModelPanel::showMenu(const QPoint& position) {
     menu.addAction("Colour...", this, &ModelPanel::recolourCurrent);
     menu.addAction("Properties...", this, &ModelPanel::propertiesRequested);
     menu.addSeparator();
-    menu.addAction("Show only this", this, [&] { __views.showOnly(model); });
+    menu.addAction(
+        "Show only this", this, [&] { __views.showOnly(model); });
     menu.addAction("Show all", this, [&] { __views.showAll(); });
     menu.addSeparator();
     menu.addAction("Delete", this, &ModelPanel::deleteCurrent);

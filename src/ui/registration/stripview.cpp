@@ -64,26 +64,28 @@ SmallPictures::~SmallPictures() {
 }
 
 void SmallPictures::read(const Stack& stack, const std::vector<int>& places, int side) {
-    start(stack, [this, places, side](const Stack& copy, ProgressSubject& progress) {
-        for (const int place : places) {
-            if (progress.isCanceled())
-                return;
-            auto picture = std::make_shared<Image>();
-            try {
-                loadGrey(copy.getSlice(place), *picture);
-                const double ratio = std::max(picture->getWidth(), picture->getHeight()) / double(side);
-                const int width = std::max(1, int(picture->getWidth() / std::max(1.0, ratio)));
-                const int height = std::max(1, int(picture->getHeight() / std::max(1.0, ratio)));
-                smoothToSize(*picture, width, height);
-                resizeTo(*picture, width, height);
-            } catch (const std::exception&) {
-                picture.reset();
-            } catch (const Exception&) {
-                picture.reset();
+    start(
+        stack,
+        [this, places, side](const Stack& copy, ProgressSubject& progress) {
+            for (const int place : places) {
+                if (progress.isCanceled())
+                    return;
+                auto picture = std::make_shared<Image>();
+                try {
+                    loadGrey(copy.getSlice(place), *picture);
+                    const double ratio = std::max(picture->getWidth(), picture->getHeight()) / double(side);
+                    const int width = std::max(1, int(picture->getWidth() / std::max(1.0, ratio)));
+                    const int height = std::max(1, int(picture->getHeight() / std::max(1.0, ratio)));
+                    smoothToSize(*picture, width, height);
+                    resizeTo(*picture, width, height);
+                } catch (const std::exception&) {
+                    picture.reset();
+                } catch (const Exception&) {
+                    picture.reset();
+                }
+                tell([this, slice = original(place), picture] { emit pictureRead(slice, picture); });
             }
-            tell([this, slice = original(place), picture] { emit pictureRead(slice, picture); });
-        }
-    });
+        });
 }
 
 StripView::StripView(QWidget* parent) : QFrame(parent) {

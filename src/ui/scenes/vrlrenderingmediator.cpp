@@ -51,12 +51,15 @@ void tryOn(VRLRenderingPainterGL& painter, const std::function<void(VRLRendering
 
 VRLRenderingMediator::VRLRenderingMediator(QObject* parent) : ViewerMediator(parent) {
     commands().add(ownRenderingCommands());
-    commands().bind("rendering.export", [this] { exportSurfaces(); });
-    commands().bind("animation.timeout", [this] {
-        if (const auto timeout =
-                askForNumber("Rendering", "Enter animation interval (msec):", getRandomMotionTimeout(), 0, 10000))
-            setRandomMotionTimeout(*timeout);
-    });
+    commands().bind(
+        "rendering.export", [this] { exportSurfaces(); });
+    commands().bind(
+        "animation.timeout",
+        [this] {
+            if (const auto timeout =
+                    askForNumber("Rendering", "Enter animation interval (msec):", getRandomMotionTimeout(), 0, 10000))
+                setRandomMotionTimeout(*timeout);
+        });
     commands().bind("animation.angle", [this] {
         if (const auto angle =
                 askForNumber("Rendering", "Enter animation angle (deg.):", getRandomMotionAngle(), -180, 180))

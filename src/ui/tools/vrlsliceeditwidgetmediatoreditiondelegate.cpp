@@ -45,11 +45,20 @@ VRLSliceEditWidgetMediatorEditionDelegate::VRLSliceEditWidgetMediatorEditionDele
     setBlocking(true);
     setPenAsMouse(true);
     __commands.add(pointEditionCommands());
-    __commands.bind("points.move", [this] { setMoveMode(); });
-    __commands.bind("points.insert", [this] { setInsertMode(); });
-    __commands.bind("points.delete", [this] { setDeleteMode(); });
-    __commands.bind("points.undo", [this] { undo(); }).enableWhen([this] { return __numDone > 0; });
-    __commands.bind("points.redo", [this] { redo(); }).enableWhen([this] { return __numUndone > 0; });
+    __commands.bind(
+        "points.move", [this] { setMoveMode(); });
+    __commands.bind(
+        "points.insert", [this] { setInsertMode(); });
+    __commands.bind(
+        "points.delete", [this] { setDeleteMode(); });
+    __commands
+        .bind(
+            "points.undo", [this] { undo(); })
+        .enableWhen([this] { return __numDone > 0; });
+    __commands
+        .bind(
+            "points.redo", [this] { redo(); })
+        .enableWhen([this] { return __numUndone > 0; });
     __commands.bind("points.end", [this] { cancel(); });
     __commands.update();
     auto* const group = new QActionGroup(this);

@@ -130,14 +130,17 @@ void ShapePainterAttributesGL::__forEach(const ShapePainterAttributesGL& other, 
 }
 
 void ShapePainterAttributesGL::clear() {
-    __forEach(*this, [](auto& value, const auto&) { value.reset(); });
+    __forEach(
+        *this, [](auto& value, const auto&) { value.reset(); });
 }
 
 void ShapePainterAttributesGL::update(const ShapePainterAttributesGL& other) {
-    __forEach(other, [](auto& value, const auto& newValue) {
-        if (newValue)
-            value = newValue;
-    });
+    __forEach(
+        other,
+        [](auto& value, const auto& newValue) {
+            if (newValue)
+                value = newValue;
+        });
 }
 
 ShapePainterAttributesGL ShapePainterAttributesGL::intersection(const ShapePainterAttributesGL& other) const {

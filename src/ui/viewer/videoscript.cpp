@@ -52,7 +52,8 @@ ViewerCamera between(const ViewerCamera& from, const ViewerCamera& to, float par
 } // namespace
 
 VideoScript spinningScript(const ViewerCamera& start, int numFrames) {
-    return {numFrames, [start, numFrames](int frame) {
+    return {numFrames,
+            [start, numFrames](int frame) {
                 ViewerCamera camera = start;
                 camera.rotation =
                     ViewerSpinningMotion::spun(start.rotation, 360 * float(frame) / float(std::max(1, numFrames)));
@@ -101,7 +102,8 @@ VideoScript posesScript(const std::vector<ViewerCamera>& cameras, int numFrames)
 }
 
 VideoScript slicesScript(const ViewerCamera& start, int numFrames) {
-    return {numFrames, [start, numFrames](int frame) {
+    return {numFrames,
+            [start, numFrames](int frame) {
                 ViewerCamera camera = start;
                 camera.revealed = float(frame + 1) / float(std::max(1, numFrames));
                 return camera;
@@ -109,7 +111,8 @@ VideoScript slicesScript(const ViewerCamera& start, int numFrames) {
 }
 
 VideoScript standingScript(const ViewerCamera& start, int numFrames, int rate, std::function<void(double)> before) {
-    return {numFrames, [start, rate, before = std::move(before)](int frame) {
+    return {numFrames,
+            [start, rate, before = std::move(before)](int frame) {
                 before(double(frame) / rate);
                 return start;
             }};

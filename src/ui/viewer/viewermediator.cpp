@@ -19,24 +19,36 @@ namespace vorlen {
 
 ViewerMediator::ViewerMediator(QObject* parent) : QObject(parent) {
     __commands.add(viewerCommands());
-    __commands.bind("viewer.snapshot", [this] { snapshot(); });
-    __commands.bind("pose.standard1", [this] { setStandardPose1(); });
-    __commands.bind("pose.standard2", [this] { setStandardPose2(); });
-    __commands.bind("pose.standard3", [this] { setStandardPose3(); });
-    __commands.bind("pose.reverse1", [this] { setRevStandardPose1(); });
-    __commands.bind("pose.reverse2", [this] { setRevStandardPose2(); });
-    __commands.bind("pose.reverse3", [this] { setRevStandardPose3(); });
+    __commands.bind(
+        "viewer.snapshot", [this] { snapshot(); });
+    __commands.bind(
+        "pose.standard1", [this] { setStandardPose1(); });
+    __commands.bind(
+        "pose.standard2", [this] { setStandardPose2(); });
+    __commands.bind(
+        "pose.standard3", [this] { setStandardPose3(); });
+    __commands.bind(
+        "pose.reverse1", [this] { setRevStandardPose1(); });
+    __commands.bind(
+        "pose.reverse2", [this] { setRevStandardPose2(); });
+    __commands.bind(
+        "pose.reverse3", [this] { setRevStandardPose3(); });
     __commands.bind("pose.fit", [this] { fit(); });
     bindMotions();
     __commands.update();
 }
 
 void ViewerMediator::bindMotions() {
-    __commands.bind("viewer.record", [this] { videoStart(); });
-    __commands.bind("motion.animation", [this] { toggleAnimation(); });
-    __commands.bind("motion.random", [this] { toggleRandomMotion(); });
-    __commands.bind("motion.spinning", [this] { toggleSpinningMotion(); });
-    __commands.bind("motion.angle", [this] { runRandomMotionAngleDialog(); });
+    __commands.bind(
+        "viewer.record", [this] { videoStart(); });
+    __commands.bind(
+        "motion.animation", [this] { toggleAnimation(); });
+    __commands.bind(
+        "motion.random", [this] { toggleRandomMotion(); });
+    __commands.bind(
+        "motion.spinning", [this] { toggleSpinningMotion(); });
+    __commands.bind(
+        "motion.angle", [this] { runRandomMotionAngleDialog(); });
     __commands.bind("motion.timeout", [this] { runRandomMotionTimeoutDialog(); });
     __animation.setCircular(true);
     __animation.setTimeout(1000);
