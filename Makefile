@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run truth test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures clean
+.PHONY: all run truth test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures study test-study clean
 
 all: build
 
@@ -34,6 +34,17 @@ truth: setup
 	@mv docs/accuracy.md.new docs/accuracy.md
 	@cat docs/accuracy.md
 	@[ -z "$(DATA)" ] || scripts/truth-alignment "$(DATA)"
+
+# A small study of six altered samples, two groups with a known difference; ends with build/study/report.html.
+study: sample
+	@scripts/setup study
+	@/usr/bin/python3 workflow/scripts/altered.py $(SAMPLE)/sample.sdf build/study-input
+	@/usr/bin/snakemake -s workflow/Snakefile --profile workflow/profiles/local --config program=$(BUILD)/bin/vorlen-cli
+	@echo "Report: build/study/report.html"
+
+# The study, and whether it has found what was altered and nothing else.
+test-study: study
+	@VORLEN_STUDY=build/study/comparison.json /usr/bin/python3 tests/scripts/study_test.py
 
 # The pictures of the documentation, made anew from the sample stack.
 pictures: sample

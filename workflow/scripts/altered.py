@@ -49,7 +49,10 @@ def main(sample, folder):
             altered = ITEM.sub(
                 lambda item: item[1] + scaled(item[3], factor(group, number, item[2])) + ";", text)
             altered = altered.replace('STACK "Sample"', f'STACK "{name}"', 1)
-            (folder / f"{name}.sdf").write_text(altered, encoding="utf-8")
+            target = folder / f"{name}.sdf"
+            # A file that is written anew would have its specimen measured anew.
+            if not target.exists() or target.read_text(encoding="utf-8") != altered:
+                target.write_text(altered, encoding="utf-8")
     truth = {name: CHANGE**2 if name == CHANGED else 1.0 for name in CLOSED}
     (folder / "truth.json").write_text(json.dumps(truth, indent=2) + "\n", encoding="utf-8")
 
