@@ -29,10 +29,11 @@ run: sample
 # sections that lie there are registered when they were moved in known ways.
 truth: setup
 	@cmake --preset release >/dev/null
-	@cmake --build --preset release --target vorlen-truth
+	@cmake --build --preset release --target vorlen-truth vorlen-truth-cohorts
 	@$(BUILD)/bin/vorlen-truth > docs/accuracy.md.new
 	@mv docs/accuracy.md.new docs/accuracy.md
 	@cat docs/accuracy.md
+	@$(BUILD)/bin/vorlen-truth-cohorts
 	@[ -z "$(DATA)" ] || scripts/truth-alignment "$(DATA)"
 
 # A small study of six altered samples, two groups with a known difference; ends with build/study/report.html.

@@ -1,8 +1,10 @@
 #include "images/volumes/voxelmatrix.h"
 #include "normalization/boundedkerneldensityestimator.h"
 #include "normalization/boundedpoissondensityestimator.h"
+#include "normalization/groupstatistic.h"
 #include "normalization/histogramdensityestimator.h"
 #include "normalization/kerneldensityestimator.h"
+#include "normalization/permutationtest.h"
 #include "normalization/poissondensityestimator.h"
 #include "shapes/boundingbox.h"
 #include "shapes/vertices.h"
@@ -163,8 +165,52 @@ void bounded(benchmark::State& state) {
     run(state, estimator, int(state.range(1)));
 }
 
+constexpr int numSpecimens = 20;
+
+std::vector<std::vector<float>> specimens(std::size_t numPlaces) {
+    std::vector<std::vector<float>> values;
+    values.reserve(numSpecimens);
+    for (int s = 0; s < numSpecimens; ++s) {
+        values.push_back(inputs::points(int(numPlaces / 3 + 1), std::uint32_t(s + 1)));
+        values.back().resize(numPlaces);
+    }
+    return values;
+}
+
+/// Permutations of twenty specimens between two groups, in numbers of permutations and places.
+void permutations(benchmark::State& state) {
+    const auto statistic = newMeanStatistic(specimens(std::size_t(state.range(1))), {10, 10});
+    std::vector<int> groups(numSpecimens, 0);
+    std::fill(groups.begin() + numSpecimens / 2, groups.end(), 1);
+    const Relabelling dealings(groups, std::uint64_t(state.range(0)), 1);
+    PermutationTest test(*statistic, dealings);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(test.maxima(0, dealings.getNumber()).statistics.data());
+}
+
+/// The sums over a group alone, a permutation after the other over all places.
+void permutationReference(benchmark::State& state) {
+    const std::vector<std::vector<float>> values = specimens(std::size_t(state.range(1)));
+    std::vector<float> sums(values.front().size());
+    for (auto _ : state)
+        for (int p = 0; p < int(state.range(0)); ++p) {
+            std::fill(sums.begin(), sums.end(), 0.0f);
+            for (int s = 0; s < numSpecimens; ++s)
+                if (s * 7 % 20 < 10)
+                    for (std::size_t i = 0; i < sums.size(); ++i)
+                        sums[i] += values[std::size_t(s)][i];
+            benchmark::DoNotOptimize(sums.data());
+        }
+}
+
 } // namespace
 
+BENCHMARK(permutations)
+    ->Name("permutations/vorlen")
+    ->Args({200, 100000})
+    ->Args({200, 1000000})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(permutationReference)->Name("permutations/reference")->Args({200, 100000})->Unit(benchmark::kMillisecond);
 BENCHMARK(bounded<BoundedPoissonDensityEstimator<float>>)
     ->Name("density_bounded_poisson/vorlen")
     ->Args({2000, gridSize})

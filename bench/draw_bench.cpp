@@ -144,7 +144,7 @@ public:
         info.setSlice(__slice);
         mediator->selectionChange(info);
         for (QAction* action : canvas->actions())
-            if (action->text() == "Resample")
+            if (action->text().remove('&') == "Resample")
                 action->trigger();
     }
 

@@ -1,4 +1,5 @@
 #include "images/rasters/pixelmatrix.h"
+#include "registration/blockmatcher.h"
 #include "registration/principalaxesimageregistration.h"
 #include "registration/sectionaligner.h"
 
@@ -117,8 +118,41 @@ void alignmentReference(benchmark::State& state) {
     }
 }
 
+/// Blocks of a pair of sections, looked for 32 pixels about, as the first pass of bending does.
+void blocks(benchmark::State& state) {
+    const int n = int(state.range(0));
+    const auto source = BlockMatcher::prepare(sectionAt(n, {0.01, 5, -3}), 1);
+    const auto target = BlockMatcher::prepare(sectionAt(n, {}), 1);
+    const ElasticField field(n, n, 32);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(BlockMatcher::match({*source, field, {}}, {*target, field, {}}, 32, 2).size());
+}
+
+/// The sums of products alone for as many blocks and shifts, one by one.
+void blocksReference(benchmark::State& state) {
+    const int n = int(state.range(0)), m = n / 2;
+    const PixelMatrix<float> source = sectionAt(m, {0.01, 5, -3}).grey, target = sectionAt(m, {}).grey;
+    const auto productAt = [&](int row, int column, int down, int right) {
+        float sum = 0;
+        for (int i = -16; i <= 16; ++i)
+            for (int j = -16; j <= 16; ++j)
+                sum += target[row + i][column + j] * source[row + down + i][column + right + j];
+        return sum;
+    };
+    for (auto _ : state) {
+        float best = 0;
+        for (int k = 0; k < (n / 32 + 1) * (n / 32 + 1); ++k)
+            for (int shift = 0; shift < 33 * 33; ++shift)
+                best = std::max(
+                    best, productAt(33 + k * 7 % (m - 66), 33 + k * 11 % (m - 66), shift / 33 - 16, shift % 33 - 16));
+        benchmark::DoNotOptimize(best);
+    }
+}
+
 } // namespace
 
+BENCHMARK(blocks)->Name("block_matching/vorlen")->Arg(512)->Arg(1024)->Unit(benchmark::kMillisecond);
+BENCHMARK(blocksReference)->Name("block_matching/reference")->Arg(512)->Arg(1024)->Unit(benchmark::kMillisecond);
 BENCHMARK(alignment)->Name("section_alignment/vorlen")->Arg(1024)->Arg(4096)->Unit(benchmark::kMillisecond);
 BENCHMARK(alignmentReference)->Name("section_alignment/reference")->Arg(1024)->Arg(4096)->Unit(benchmark::kMillisecond);
 BENCHMARK(registration)->Name("image_registration/vorlen")->Arg(1024)->Arg(2048)->Unit(benchmark::kMillisecond);

@@ -25,6 +25,7 @@
 #include <QTest>
 #include <QThread>
 #include <QTimer>
+#include <QTreeView>
 
 #include "document/model.h"
 #include "document/modelitem.h"
@@ -36,7 +37,11 @@
 #include "numerics/exception.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
+#include "ui/app/workspace.h"
 #include "ui/imageserver/vrlimageproxy.h"
+#include "ui/models/modelpanel.h"
+#include "ui/models/modeltable.h"
+#include "ui/models/modelviews.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
@@ -144,7 +149,7 @@ public:
         for (const QString& word : path) {
             QAction* found = nullptr;
             for (QAction* action : level->actions())
-                if (action->text() == word)
+                if (action->text().remove('&') == word)
                     found = action;
             if (found == nullptr || !found->isEnabled())
                 throw std::runtime_error("no command " + path.join(" > ").toStdString());
@@ -152,6 +157,19 @@ public:
                 return found->trigger();
             level = found->menu();
         }
+    }
+
+    /// Makes a model current by a click in the panel of models.
+    void chooseModel(const QString& name) {
+        auto& list = *__window.workspace().models().findChild<QTreeView*>();
+        for (int row = 0; row < list.model()->rowCount(); ++row) {
+            const QModelIndex index = list.model()->index(row, ModelTable::Name);
+            if (index.data().toString() == name)
+                QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualRect(index).center());
+        }
+        const Model* const current = editor().modelViews().getCurrent();
+        if (current == nullptr || QString::fromStdString(current->getName()) != name)
+            throw std::runtime_error("no model " + name.toStdString() + " in the panel");
     }
 
     /// What to do with the modal windows that the next commands open, one after the other.
@@ -265,20 +283,22 @@ void walkThrough(Walk& walk) {
     removeOutlines(walk, name);
 
     walk.show(middle);
-    walk.choose({"Draw", "Manual", name});
+    walk.chooseModel(name);
+    walk.key(Qt::Key_D);
     for (double angle = -2.2; angle < 1.4; angle += 0.2)
         walk.click(153 + 88 * std::cos(angle), 175 + 88 * std::sin(angle));
     walk.moveTo(165, 264);
     walk.picture("guide-drawing.png");
-    walk.key(Qt::Key_Escape);
+    walk.key(Qt::Key_Escape); // gives the drawing up; the tool stays on
 
-    walk.choose({"Draw", "Automatic", name});
+    walk.key(Qt::Key_A);
     walk.click(120, 130);
     walk.moveTo(252, 225);
     walk.picture("guide-automatic.png");
     walk.answer({enter(2), enter(5), accept});
     walk.click(252, 225);
     walk.checkAnswered("the automatic outline");
+    walk.key(Qt::Key_Q);
 
     select(walk, nucleus, middle);
     walk.answer({[&walk](QDialog& dialog) {

@@ -16,6 +16,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <tiffio.h>
@@ -388,8 +389,17 @@ void writeStack(std::ostream& out, const std::vector<Section>& sections, const s
 
 int main(int argc, char** argv) {
     using namespace vorlen;
-    if (argc != 2) {
-        std::cerr << "Usage: vorlen-sample FOLDER\n";
+    constexpr const char* usage = "Usage: vorlen-sample FOLDER\n";
+    const std::string_view argument = argc > 1 ? argv[1] : "";
+    if (argument == "--help" || argument == "-h") {
+        std::cout << usage
+                  << "Draws a stack of section images and writes it, with models to look at, into the folder, which is "
+                     "made if it is not there.\nOpen sample.sdf there with vorlen. For a folder whose name begins with "
+                     "a hyphen write ./-NAME.\n";
+        return 0;
+    }
+    if (argc != 2 || argument.empty() || argument.front() == '-') {
+        std::cerr << usage;
         return 2;
     }
     const std::filesystem::path folder = argv[1];

@@ -34,7 +34,19 @@ int normalizeCommand(const QStringList& arguments);
 /// Writes the density map of point patterns, and its surfaces, into a directory.
 int densityCommand(const QStringList& arguments);
 
+/// Writes where groups of specimens differ, by a permutation test, into a directory.
+int compareCommand(const QStringList& arguments);
+
 /// Writes each stack, with its slices registered on each other, into a directory.
 int registerCommand(const QStringList& arguments);
+
+/// Copies models of one stack into another, which is written anew.
+int transferCommand(const QStringList& arguments);
+
+/// Removes from the models of each stack what lies outside of a reference, and writes it anew.
+int filterCommand(const QStringList& arguments);
+
+/// Finds the spots in the images of each stack and writes it, with them, into a directory.
+int spotsCommand(const QStringList& arguments);
 
 } // namespace vorlen

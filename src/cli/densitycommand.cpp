@@ -25,30 +25,6 @@ namespace vorlen {
 
 namespace {
 
-/// Where the name stands among those of the option; nothing, and a word about it, for another name.
-std::optional<int> choice(const CommandLine& line, const QString& option, const QStringList& names) {
-    const qsizetype place = names.indexOf(line.value(option));
-    if (place < 0) {
-        line.usageError("--" + option + " takes " + names.join(", ") + ", not '" + line.value(option) + "'");
-        return std::nullopt;
-    }
-    return int(place);
-}
-
-/// The numbers given with an option that may stand several times.
-std::optional<std::vector<float>> numbers(const CommandLine& line, const QString& option) {
-    std::vector<float> result;
-    for (const QString& word : line.values(option)) {
-        bool good = false;
-        result.push_back(word.toFloat(&good));
-        if (!good || !std::isfinite(result.back())) {
-            line.usageError("--" + option + " takes a number, not '" + word + "'");
-            return std::nullopt;
-        }
-    }
-    return result;
-}
-
 struct Job {
     DensitySettings settings;
     float resolution = 0; ///< 0: a hundredth of the longest side
@@ -151,19 +127,9 @@ int mapDensity(const Job& job) {
 
 /// Fills what the command line tells; false, and a word about it, for a wrong usage.
 bool readJob(const CommandLine& line, Job& job) {
-    const std::optional<int> method =
-        choice(line, "method", {"histogram", "kernel", "poisson", "plain-kernel", "plain-poisson"});
-    const std::optional<int> kernel =
-        method ? choice(line, "kernel", {"gaussian", "uniform", "epanechnikov", "biweight"}) : std::nullopt;
-    const bool given = line.isSet("bandwidth") && line.value("bandwidth") != "auto";
-    const std::optional<double> bandwidth = !kernel ? std::nullopt
-                                            : given ? line.number("bandwidth", 1e-6, 1e9)
-                                                    : std::optional(0.);
-    const std::optional<int> rank = bandwidth ? line.integer("rank", 1, 1000000) : std::nullopt;
-    const std::optional<double> resolution = rank && line.isSet("resolution") ? line.number("resolution", 1e-6, 1e9)
-                                             : rank                           ? std::optional(0.)
-                                                                              : std::nullopt;
-    const std::optional<std::vector<float>> levels = resolution ? numbers(line, "level") : std::nullopt;
+    if (!readDensityOptions(line, job.settings, job.resolution))
+        return false;
+    const std::optional<std::vector<float>> levels = numbers(line, "level");
     const std::optional<std::vector<float>> percentiles = levels ? numbers(line, "percentile") : std::nullopt;
     if (!percentiles)
         return false;
@@ -179,35 +145,13 @@ bool readJob(const CommandLine& line, Job& job) {
     }
     if (!readUnit(line, job.unit) || !setThreads(line))
         return false;
-    job.settings.method = *method == 0 ? HistogramMethod : *method % 2 == 1 ? KernelMethod : PoissonMethod;
-    job.settings.corrected = *method < 3;
-    job.settings.kernel = DensityKernel(*kernel);
-    job.settings.bandwidth = float(*bandwidth);
-    job.settings.neighbourRank = *rank;
     job.gzip = line.isSet("gzip");
     job.dryRun = line.isSet("dry-run");
-    job.resolution = float(*resolution);
     job.levels = *levels;
     job.percentiles = *percentiles;
     job.base = line.path("output") + "/" + line.path("name");
     job.overwrite = line.isSet("overwrite");
     return true;
-}
-
-int readPattern(const std::string& name, std::vector<std::unique_ptr<Shape<float>>>& patterns) {
-    std::unique_ptr<Shape<float>> shape(Shape<float>::loadFile(name));
-    const ShapeType type = shape->getShapeType();
-    if (type != VerticesType && type != VertexStackType) {
-        std::cerr << "vorlen-cli: " << name << " is no point pattern\n";
-        return ExitProblems;
-    }
-    if (shape->getNumVertices() == 0 || shape->getSpace() != 3) {
-        std::cerr << "vorlen-cli: " << name << " holds no points of space\n";
-        return ExitProblems;
-    }
-    std::cout << name << ": " << shape->getNumVertices() << " points\n";
-    patterns.push_back(std::move(shape));
-    return ExitGood;
 }
 
 } // namespace
@@ -222,24 +166,7 @@ int densityCommand(const QStringList& arguments) {
                    "Name of the files: NAME.vm, the same as NAME.nrrd with its place in space, and NAME-00.tm and so "
                    "on for the surfaces.",
                    "name", "density");
-    line.addOption({"m", "method"},
-                   "histogram: points in each cell; kernel: every point spread over its neighbourhood; "
-                   "poisson: from the distances to the nearest points. These two are corrected at the faces of the box "
-                   "and at masks; plain-kernel and plain-poisson are not, and have the first and the last element on "
-                   "the faces.",
-                   "method", "histogram");
-    line.addOption({"r", "resolution"},
-                   "Size of a cell, in the unit of the points; a hundredth of the longest side by "
-                   "default.",
-                   "size");
-    line.addOption({"k", "rank"}, "For poisson: which nearest point of each pattern counts, 10 by default.", "number",
-                   "10");
-    line.addOption({"kernel"}, "For kernel: gaussian (by default), uniform, epanechnikov or biweight.", "kernel",
-                   "gaussian");
-    line.addOption({"b", "bandwidth"},
-                   "For kernel: its width, in the unit of the points. By default that of the data "
-                   "for each pattern (normal reference rule); 10 for plain-kernel.",
-                   "width", "auto");
+    addDensityOptions(line, "histogram");
     line.addOption({"mask"}, "A closed surface (.qm) outside of which the density is 0; may be given several times.",
                    "file");
     line.addOption({"level"}, "Write the surface at this density; may be given several times.", "density");

@@ -27,10 +27,14 @@ constexpr Command commands[] = {
     {"measure", measureCommand, "lengths, areas, volumes of the models, items and slices"},
     {"export", exportCommand, "surfaces of the models as STL and mesh files"},
     {"isosurface", isosurfaceCommand, "the surface of a volume at a level as STL and mesh file"},
-    {"render", renderCommand, "a picture of the models in space; needs a display"},
+    {"render", renderCommand, "a picture or a video of the models in space; needs a display"},
     {"register", registerCommand, "a new stack whose slices are brought onto each other by their images"},
+    {"transfer", transferCommand, "models of one stack copied into another"},
+    {"filter", filterCommand, "models without what lies outside of a reference model"},
+    {"spots", spotsCommand, "the bright spots of a stack's images, measured and as point models in a new stack"},
     {"normalize", normalizeCommand, "several stacks in one space: registered shapes and their means"},
     {"density", densityCommand, "where the points of several specimens concentrate, as volume and surfaces"},
+    {"compare", compareCommand, "where groups of specimens differ, by a permutation test"},
 };
 
 void printHelp() {
@@ -45,9 +49,11 @@ void printHelp() {
 
 /// Whether the word is an option that has its value in the next one.
 bool takesValue(const QString& word) {
-    static const QStringList flags = {"--overwrite",    "--models-only", "--invert",  "--open",   "--calibrated",
-                                      "--no-alignment", "--fix",         "--codes",   "--pixels", "--keep-order",
-                                      "--error",        "--gzip",        "--dry-run", "--help",   "-h"};
+    static const QStringList flags = {
+        "--overwrite", "--models-only", "--invert", "--open",       "--calibrated", "--no-alignment",
+        "--fix",       "--codes",       "--pixels", "--keep-order", "--error",      "--gzip",
+        "--dry-run",   "--world",       "--help",   "-h",           "--one-model",  "--spheres",
+        "--no-border", "--no-split",    "--video",  "--shapes",     "--mirror"};
     return word.startsWith('-') && !word.contains('=') && !flags.contains(word);
 }
 

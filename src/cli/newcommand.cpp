@@ -8,7 +8,6 @@
 
 #include "cli/commandline.h"
 #include "cli/stackfile.h"
-#include "document/stackwriter.h"
 #include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
 
@@ -97,10 +96,8 @@ int makeNewStack(const std::string& output, NewStack description, const Wishes& 
         std::cerr << "vorlen-cli: the images hold no pictures\n";
         return ExitProblems;
     }
-    if (!StackWriter().write(*stack, output)) {
-        std::cerr << "vorlen-cli: cannot write " << output << '\n';
-        return ExitFileError;
-    }
+    if (const ExitStatus status = writeStack(*stack, output); status != ExitGood)
+        return status;
     const PixelCalibration& calibration = stack->getDefaultPixelCalibration();
     std::cout << output << ": stack \"" << stack->getName() << "\", " << stack->getNumSlices() << " slices, pixel "
               << shortNumber(calibration.getPixelWidth()) << " x " << shortNumber(calibration.getPixelHeight()) << ' '

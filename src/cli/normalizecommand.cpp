@@ -8,10 +8,12 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <utility>
 
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
+#include "cli/normalizereport.h"
 #include "cli/stackfile.h"
 #include "files/fileinfo.h"
 #include "files/safefile.h"
@@ -63,11 +65,18 @@ void declareOptions(CommandLine& line) {
                    "MODEL=40x60 for one; may be given several times. By default the greatest number of contours by "
                    "the greatest number of vertices.",
                    "size");
-    line.addOption({"error"},
-                   "Greatest distance between a reference and its resampling, in the stacks' unit; gives the sizes "
-                   "that --size does not.",
-                   "distance");
-    line.addFlag("no-alignment", "Leave out the first rough alignment on principal axes.");
+    line.addOption(
+        {"error"},
+        "Greatest distance between a reference and its resampling, in the first stack's unit; gives the sizes "
+        "that --size does not.",
+        "distance");
+    line.addOption({"correspondence"},
+                   "What corresponds in two specimens: surface (the closest places of the surfaces; finds the "
+                   "orientation by itself and bears tilted cutting, another first end and missing parts) or levels "
+                   "(sections and vertices of equal rank).",
+                   "method", "surface");
+    line.addFlag("mirror", "Specimens may be mirrored, as left and right organs; by surface only.");
+    line.addFlag("no-alignment", "Leave out the first alignment, for specimens that lie alike already.");
     line.addOption({"registration"}, "How the stacks are registered: global, template or none.", "method", "global");
     line.addOption({"template"}, "Name of the stack on which all are registered, for --registration template.",
                    "stack");
@@ -76,6 +85,14 @@ void declareOptions(CommandLine& line) {
                    "time grows with the cube of the sizes, which are small by default).",
                    "method", "none");
     line.addOption({"degree"}, "Degree of the polynomials, 1 to 9.", "degree", "2");
+    line.addOption({"smoothing"},
+                   "How far a spline by surface may miss its control points, as a share of their spacing, 0 to 1000; "
+                   "auto: by the least leave-one-out error.",
+                   "share", "auto");
+    line.addOption({"folds"},
+                   "What becomes of a specimen whose warp turns space inside out somewhere: name (it is warped and "
+                   "named) or refuse (it stays as registered, and is named).",
+                   "choice", "name");
     line.addOption({"name"}, "Name of the normalization, for the summary.", "name", "normalization");
     line.addOutputOptions();
 }
@@ -95,10 +112,37 @@ std::optional<GridOption> parseGrid(const QString& text) {
     return good ? std::optional(grid) : std::nullopt;
 }
 
+/// The options of correspondence and warps; an exit status when one is wrong.
+std::optional<int> readSurfaceOptions(const CommandLine& line, VRLFusionStrategy& strategy) {
+    const QString correspondence = line.value("correspondence");
+    if (correspondence != "surface" && correspondence != "levels")
+        return line.usageError("unknown correspondence '" + correspondence + "'");
+    const bool surface = correspondence == "surface";
+    strategy.setCorrespondence(surface ? SurfaceCorrespondence : LevelCorrespondence);
+    if (line.isSet("mirror") && (!surface || line.isSet("no-alignment")))
+        return line.usageError("--mirror belongs to the alignment by surface");
+    strategy.setMirrored(line.isSet("mirror"));
+    if (line.isSet("smoothing") && (!surface || line.value("warping") != "spline"))
+        return line.usageError("--smoothing belongs to --warping spline by surface");
+    if (line.value("smoothing") != "auto") {
+        const std::optional<double> smoothing = line.number("smoothing", 0, 1000);
+        if (!smoothing)
+            return ExitUsage;
+        strategy.setSmoothing(*smoothing);
+    }
+    const QString folds = line.value("folds");
+    if (folds != "name" && folds != "refuse")
+        return line.usageError("unknown choice '" + folds + "' for --folds");
+    strategy.setFoldsRefused(folds == "refuse");
+    return std::nullopt;
+}
+
 /// An exit status when the values of the options are wrong.
 std::optional<int> readRequest(const CommandLine& line, Request& request) {
     VRLFusionStrategy& strategy = request.strategy;
     strategy.setAlignment(!line.isSet("no-alignment"));
+    if (const std::optional<int> status = readSurfaceOptions(line, strategy))
+        return status;
     const QString registration =
         line.isSet("template") && !line.isSet("registration") ? "template" : line.value("registration");
     if (registration != "global" && registration != "template" && registration != "none")
@@ -203,7 +247,8 @@ std::vector<Structure> chooseReferences(const std::vector<const Stack*>& stacks,
     for (const Structure& structure : shared)
         if (structure.isReference())
             vertices += double(structure.getResamplingHeight()) * structure.getResamplingWidth();
-    const bool spline = request.strategy.isWarping() && request.strategy.getWarpingModel() == ThinPlateSplineWarping;
+    const bool spline = request.strategy.isWarping() && request.strategy.getCorrespondence() == LevelCorrespondence &&
+                        request.strategy.getWarpingModel() == ThinPlateSplineWarping;
     const double shrink = spline && vertices > splineVertices ? std::sqrt(splineVertices / vertices) : 1;
     for (const GridOption& grid : request.grids)
         if (!grid.structure.empty())
@@ -263,8 +308,10 @@ int writeResults(const FusionPipeline<float>& pipeline, const Request& request) 
         addSet(*set);
     addSet(*pipeline.getMeanShapeSet());
 
-    const std::string summary = request.directory + "/summary.html";
+    const std::string summary = request.directory + "/summary.html",
+                      numbers = request.directory + "/normalization.json";
     names.insert(summary);
+    names.insert(numbers);
     for (const std::string& name : names)
         if (!request.overwrite)
             FileInfo::requireFree(name, "writeResults", "The file exists; --overwrite replaces it");
@@ -274,9 +321,15 @@ int writeResults(const FusionPipeline<float>& pipeline, const Request& request) 
     }
     if (!SafeFile::save(summary, "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>Spatial normalization "
                                  "summary</title></head><body>\n" +
-                                     pipeline.getLog() + "\n</body></html>\n"))
+                                     pipeline.getSummary() + "\n</body></html>\n"))
         throw FileWriteError("writeResults", "Cannot open file for writing", summary);
-    std::cout << summary << '\n';
+    std::ostringstream json;
+    writeNormalizationReport(json, request.name, pipeline.getReport());
+    if (!SafeFile::save(numbers, json.str()))
+        throw FileWriteError("writeResults", "Cannot open file for writing", numbers);
+    std::cout << summary << '\n' << numbers << '\n';
+    for (const std::string& warning : pipeline.getReport().warnings)
+        complain(warning);
     return status;
 }
 
@@ -328,7 +381,8 @@ int normalize(const std::vector<const Stack*>& stacks, const Request& request, c
 int normalizeCommand(const QStringList& arguments) {
     CommandLine line("normalize",
                      "Brings several stacks, one for each specimen, into one space: aligns, registers and averages the "
-                     "structures that they share. Writes every shape, the mean surfaces and a summary.\n\n"
+                     "structures that they share. Writes every shape, the mean surfaces, a summary and the numbers as "
+                     "JSON (normalization.json).\n\n"
                      "Files are named STACK-MODEL.qm (surfaces) and STACK-MODEL.vs (points), means mean-MODEL.qm. A "
                      "stack without a name, or with that of another stack, goes by its file's name.",
                      "STACK.sdf...", "Two or more stack description files (.sdf).");

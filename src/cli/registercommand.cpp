@@ -2,16 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <iostream>
 
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
+#include "cli/elasticrun.h"
 #include "cli/outputformat.h"
 #include "cli/stackfile.h"
 #include "cli/texttable.h"
 #include "document/stackslice.h"
-#include "document/stackwriter.h"
 #include "editing/operations/slicealignment.h"
 #include "editing/stacks/vrlstack.h"
 #include "files/fileinfo.h"
@@ -29,6 +28,8 @@ struct RegisterRequest {
     AlignmentOptions options;
     std::string method, reference, slices;
     std::vector<std::string> locked;
+    bool keepsRegistrations = false;
+    ElasticRequest elastic;
 };
 
 std::optional<AlignmentMethod> methodOf(const std::string& word) {
@@ -134,7 +135,7 @@ void writeRegistration(JsonWriter& json, const char* key, const Registration& re
 }
 
 void writeJson(JsonWriter& json, const std::string& file, const std::string& output, const Stack& stack,
-               const RegisterRequest& request, const RegistrationReport& report) {
+               const RegisterRequest& request, const RegistrationReport& report, const ElasticAlignment& bent) {
     json.beginObject();
     json.member("file", file);
     json.member("output", output);
@@ -173,57 +174,73 @@ void writeJson(JsonWriter& json, const std::string& file, const std::string& out
         json.endObject();
     }
     json.endArray();
+    if (request.elastic.wanted)
+        writeElasticJson(json, bent);
     json.endObject();
 }
 
-/// Two names of one file, whether both exist or not.
-bool isSameFile(const std::string& first, const std::string& second) {
-    std::error_code error;
-    return std::filesystem::equivalent(first, second, error);
+void printTables(const std::string& stackFile, const std::string& name, const Stack& stack,
+                 const RegisterRequest& request, const RegistrationReport& report, const ElasticAlignment& bent) {
+    std::cout << stackFile << ": stack \"" << stack.getName() << "\"\n";
+    if (!request.keepsRegistrations) {
+        reportTable(report, false).print(std::cout);
+        std::cout << "Mean score " << shortNumber(report.meanScoreBefore()) << " before, "
+                  << shortNumber(report.meanScoreAfter()) << " after; "
+                  << report.count(SliceAlignment::State::Registered) << " slices registered, "
+                  << report.count(SliceAlignment::State::LeftAlone) << " left as they were\n";
+    }
+    if (request.elastic.wanted)
+        elasticTable(bent, false).print(std::cout);
+    std::cout << name << '\n';
 }
 
 int registerStack(const std::string& stackFile, VRLStack& stack, RegisterRequest request, JsonWriter& json) {
-    const std::string name = request.directory + "/" + FileInfo::baseName(stackFile) + ".sdf";
-    if (isSameFile(name, stackFile)) {
-        std::cerr << "vorlen-cli: " << name << " is the stack itself: name another directory with --output\n";
-        return ExitUsage;
-    }
-    if (!mayWrite(name, request.overwrite))
-        return ExitFileError;
+    std::string name;
+    if (const ExitStatus status = findStackOutput(request.directory, stackFile, request.overwrite, name);
+        status != ExitGood)
+        return status;
     if (!findSlices(stackFile, stack, request))
         return ExitUsage;
     ConsoleMonitor terminal;
     ProgressSubject progress;
     progress.addMonitor(terminal);
     RegistrationReport report;
-    if (const Outcome registered = registerSlices(stack, request.options, progress, &report); !registered) {
-        std::cerr << "vorlen-cli: " << stackFile << ": " << registered.getReason() << '\n';
-        return ExitProblems;
+    if (!request.keepsRegistrations) {
+        const Outcome registered = registerSlices(stack, request.options, progress, &report);
+        if (!registered) {
+            std::cerr << "vorlen-cli: " << stackFile << ": " << registered.getReason() << '\n';
+            return ExitProblems;
+        }
     }
     for (const SliceAlignment& one : report.slices)
         if (!one.reason.empty())
             std::cerr << "vorlen-cli: " << stackFile << ": slice \"" << one.name << "\""
                       << (one.state == SliceAlignment::State::LeftAlone ? " is left as it is: " : ": ") << one.reason
                       << '\n';
-    if (!StackWriter().write(stack, name)) {
-        std::cerr << "vorlen-cli: cannot write " << name << '\n';
-        return ExitFileError;
+    ElasticAlignment bent;
+    if (request.elastic.wanted) {
+        request.elastic.options.first = request.options.first;
+        request.elastic.options.last = request.options.last;
+        request.elastic.options.locked = request.options.locked;
+        const int status = bendByRequest(stackFile, stack, request.elastic, request.directory,
+                                         FileInfo::baseName(stackFile), request.overwrite, bent);
+        if (status != ExitGood)
+            return status;
     }
+    if (const ExitStatus status = writeStack(stack, name); status != ExitGood)
+        return status;
     switch (request.format) {
     case OutputFormat::Json:
-        writeJson(json, stackFile, name, stack, request, report);
+        writeJson(json, stackFile, name, stack, request, report, bent);
         break;
     case OutputFormat::Csv:
-        reportTable(report, true).printCsv(std::cout);
+        if (!request.keepsRegistrations)
+            reportTable(report, true).printCsv(std::cout);
+        else
+            elasticTable(bent, true).printCsv(std::cout);
         break;
     case OutputFormat::Table:
-        std::cout << stackFile << ": stack \"" << stack.getName() << "\"\n";
-        reportTable(report, false).print(std::cout);
-        std::cout << "Mean score " << shortNumber(report.meanScoreBefore()) << " before, "
-                  << shortNumber(report.meanScoreAfter()) << " after; "
-                  << report.count(SliceAlignment::State::Registered) << " slices registered, "
-                  << report.count(SliceAlignment::State::LeftAlone) << " left as they were\n"
-                  << name << '\n';
+        printTables(stackFile, name, stack, request, report, bent);
         break;
     }
     return ExitGood;
@@ -254,6 +271,18 @@ int registerCommand(const QStringList& arguments) {
                    "Slices that keep their registration, by name or number, with commas between; may be given several "
                    "times.",
                    "slices");
+    line.addFlag("elastic",
+                 "Then bend the slices onto each other, for squeezed or torn sections: images of bent slices are "
+                 "written anew beside the stack, outlines go along, and the fields are saved as NAME.fields.");
+    line.addFlag("keep-registrations", "Leave the registrations as they are, and only bend.");
+    line.addOption({"fields"},
+                   "Bend by the fields that an earlier run on the same slices has saved, so that outlines drawn since "
+                   "are carried over.",
+                   "file");
+    line.addOption({"reach"}, "How far a piece of a slice may lie off for bending, in pixels from 2 to 128.", "pixels",
+                   "32");
+    line.addOption({"stiffness"}, "Stiffness of the slices for bending, from 0.001 to 1000: the greater the smoother.",
+                   "factor", "1");
     line.addFlag("invert", "Take dark parts for the tissue, for principal-axes on a white ground.");
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
@@ -273,6 +302,17 @@ int registerCommand(const QStringList& arguments) {
     for (const QString& names : line.values("locked"))
         for (const QString& name : names.split(',', Qt::SkipEmptyParts))
             request.locked.push_back(name.trimmed().toStdString());
+    ElasticRequest& elastic = request.elastic;
+    elastic.fields = line.path("fields");
+    elastic.wanted = line.isSet("elastic") || line.isSet("fields");
+    request.keepsRegistrations = line.isSet("keep-registrations");
+    if (!elastic.wanted && (request.keepsRegistrations || line.isSet("reach") || line.isSet("stiffness")))
+        return line.usageError("--keep-registrations, --reach and --stiffness belong to --elastic");
+    const std::optional<double> reach = line.number("reach", 2, 128), stiffness = line.number("stiffness", 0.001, 1000);
+    if (!reach || !stiffness)
+        return ExitUsage;
+    elastic.options.reach = *reach;
+    elastic.options.stiffness = *stiffness;
     const std::optional<std::string> directory = line.outputDirectory();
     if (!directory)
         return ExitFileError;

@@ -56,33 +56,57 @@ int runRenderer(const QStringList& arguments) {
 } // namespace
 
 int renderCommand(const QStringList& arguments) {
-    CommandLine line("render", "Draws the models of a stack in space, as the rendering window shows them, as PNG.",
-                     "STACK.sdf PICTURE.png", "A stack description file (.sdf), and the picture to be written (.png).");
-    line.addOption({"p", "pose"}, "A pose stored in the stack. Without one the scene is seen whole, along its slices.",
+    CommandLine line(
+        "render",
+        "Draws the models of a stack in space, as the rendering window shows them, as PNG; or makes a video "
+        "of them, for which the program ffmpeg must be installed.",
+        "STACK.sdf FILE",
+        "A stack description file (.sdf), and the picture to be written (.png) or, with --video, the video "
+        "(.mp4, .webm, .mov, .mkv, .avi, .mpg, .png or .gif).");
+    line.addOption({"p", "pose"},
+                   "A pose stored in the stack. Without one the scene fills the picture, seen along its slices.",
                    "name");
-    line.addOption({"s", "size"}, "Width and height of the picture in pixels.", "WxH", "1200x900");
-    line.addFlag("overwrite", "Replace a picture that exists.");
+    line.addOption({"s", "size"}, "Width and height in pixels; 1200x900 by default, 1280x720 for a video.", "WxH");
+    line.addFlag("overwrite", "Replace a file that exists.");
+    line.addFlag("video", "Make a video.");
+    line.addOption({"motion"},
+                   "What the video shows: spin (one turn), random, animation (the models in turn), poses (through the "
+                   "stored ones), slices (from the first to the last).",
+                   "motion", "spin");
+    line.addOption({"rate"}, "Frames of the video in a second.", "frames", "25");
+    line.addOption({"seconds"}, "Length of the video.", "seconds", "10");
     if (const std::optional<int> status = line.parse(arguments, 2))
         return *status;
     const std::vector<std::string> files = line.files();
     if (files.size() < 2)
         return line.usageError("no name for the picture given");
+    const bool isVideo = line.isSet("video");
     const std::string& picture = files[1];
     const QString pictureName = QFile::decodeName(picture.c_str());
-    if (!pictureName.endsWith(".png", Qt::CaseInsensitive))
+    static const QStringList motions = {"spin", "random", "animation", "poses", "slices"};
+    if (isVideo && !motions.contains(line.value("motion")))
+        return line.usageError("--motion takes " + motions.join(", ") + ", not '" + line.value("motion") + "'");
+    const std::optional<int> rate = line.integer("rate", 1, 120);
+    const std::optional<int> seconds = rate ? line.integer("seconds", 1, 3600) : std::nullopt;
+    if (!seconds)
+        return ExitUsage;
+    if (!isVideo && !pictureName.endsWith(".png", Qt::CaseInsensitive))
         return line.usageError("the picture is written as PNG: its name must end with .png, unlike '" + pictureName +
                                "'");
-    const std::optional<QSize> size = sizeOf(line.value("size"));
+    const QString sizeText = line.isSet("size") ? line.value("size") : isVideo ? "1280x720" : "1200x900";
+    const std::optional<QSize> size = sizeOf(sizeText);
     if (!size)
         return line.usageError(QString("--size takes width and height from %1 to %2, as 1200x900, not '%3'")
                                    .arg(smallest)
                                    .arg(largest)
-                                   .arg(line.value("size")));
+                                   .arg(sizeText));
     if (!mayWrite(picture, line.isSet("overwrite")))
         return ExitFileError;
     QStringList rendererArguments = {QFile::decodeName(files[0].c_str()), pictureName, QString::number(size->width()),
                                      QString::number(size->height())};
-    if (line.isSet("pose"))
+    if (isVideo)
+        rendererArguments += {line.value("pose"), line.value("motion"), line.value("rate"), line.value("seconds")};
+    else if (line.isSet("pose"))
         rendererArguments += line.value("pose");
     return runRenderer(rendererArguments);
 }

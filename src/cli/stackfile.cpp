@@ -2,12 +2,15 @@
 
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <set>
+#include <system_error>
 
 #include "cli/consolemonitor.h"
 #include "document/stackreader.h"
 #include "document/stackslice.h"
+#include "document/stackwriter.h"
 #include "files/fileinfo.h"
 #include "images/files/imagesourceplaceholder.h"
 #include "numerics/exception.h"
@@ -105,6 +108,24 @@ bool mayWrite(const std::string& file, bool overwrite) {
         return true;
     std::cerr << "vorlen-cli: " << file << " exists already; --overwrite replaces it\n";
     return false;
+}
+
+ExitStatus findStackOutput(const std::string& directory, const std::string& stackFile, bool overwrite,
+                           std::string& name) {
+    name = directory + "/" + FileInfo::baseName(stackFile) + ".sdf";
+    std::error_code error;
+    if (std::filesystem::equivalent(name, stackFile, error)) {
+        std::cerr << "vorlen-cli: " << name << " is the stack itself: name another directory with --output\n";
+        return ExitUsage;
+    }
+    return mayWrite(name, overwrite) ? ExitGood : ExitFileError;
+}
+
+ExitStatus writeStack(const Stack& stack, const std::string& name) {
+    if (StackWriter().write(stack, name))
+        return ExitGood;
+    std::cerr << "vorlen-cli: cannot write " << name << '\n';
+    return ExitFileError;
 }
 
 std::string shortNumber(double value) {

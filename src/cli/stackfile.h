@@ -53,6 +53,14 @@ int guarded(const std::string& task, const std::function<int()>& work);
 /// False for a file that exists and is not to be overwritten, with a word about it on the standard error stream.
 bool mayWrite(const std::string& file, bool overwrite);
 
+/// Where a command that changes a stack may write it: into the directory, under its file's name. Good, or with a word
+/// about it on the standard error stream the status of a wrong usage, for the stack's own file, or of a file error.
+ExitStatus findStackOutput(const std::string& directory, const std::string& stackFile, bool overwrite,
+                           std::string& name);
+
+/// Writes the description; a failure is told on the standard error stream.
+ExitStatus writeStack(const Stack& stack, const std::string& name);
+
 /// The value as the tables for people show it: six significant digits.
 std::string shortNumber(double value);
 

@@ -175,8 +175,9 @@ void BoundedPoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const Bo
             this->notifyFinished("");
             throw UsageError(where, "A point pattern has fewer points than the neighbour rank");
         }
-        searches.trees.emplace_back(points.data(), int(points.size() / 3), 3);
-        numPoints += double(points.size() / 3);
+        const std::size_t count = points.size() / 3;
+        searches.trees.emplace_back(points.data(), int(count), 3);
+        numPoints += double(count);
     }
     if (domain.isMasked())
         searches.share = std::make_unique<MaskedShare<T>>(lattice, domain.inside());

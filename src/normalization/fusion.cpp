@@ -1,5 +1,6 @@
 #include "normalization/fusion.h"
 
+#include "normalization/cohortwarp.h"
 #include "normalization/thinplatesplinewarp3d.h"
 #include "shapes/quadmesh.h"
 #include "shapes/shapeset.h"
@@ -18,6 +19,30 @@ VertexStack<T> surfaceVertices(const ShapeSet<T>& set) {
     return stack;
 }
 
+/// The two stacks without the points that coincide with others, which no spline can carry to several places.
+template <class T>
+std::pair<VertexStack<T>, VertexStack<T>> merged(const VertexStack<T>& from, const VertexStack<T>& to) {
+    ControlPairs pairs;
+    ConstVertexIterator<T> target(to);
+    for (ConstVertexIterator<T> it(from); it.current() && target.current(); ++it, ++target) {
+        const Vector<T>&p = *it.current(), &q = *target.current();
+        pairs.add({double(p[0]), double(p[1]), double(p[2])}, {double(q[0]), double(q[1]), double(q[2])});
+    }
+    const int whole = pairs.getSize();
+    pairs.mergeCoincident();
+    const int n = pairs.getSize();
+    if (n == whole || from.getSize() != to.getSize())
+        return {from, to};
+    std::pair<VertexStack<T>, VertexStack<T>> result{VertexStack<T>(3, 1, n, n, 1), VertexStack<T>(3, 1, n, n, 1)};
+    for (int k = 0; k < n; ++k) {
+        for (int a = 0; a < 3; ++a) {
+            result.first[0][k][a] = T(pairs.from[std::size_t(k)][std::size_t(a)]);
+            result.second[0][k][a] = T(pairs.to[std::size_t(k)][std::size_t(a)]);
+        }
+    }
+    return result;
+}
+
 } // namespace
 
 template <class T>
@@ -34,7 +59,8 @@ void Fusion<T>::tpsWarping(const ShapeSet<T>& target) {
         references.matchSurfaces(target);
         // The warp keeps copies of the points it is fitted on: the shapes may move under it.
         ThinPlateSplineWarp3D<T> warp;
-        warp.fit(surfaceVertices(references), targetVertices);
+        const auto controls = merged(surfaceVertices(references), targetVertices);
+        warp.fit(controls.first, controls.second);
         for (int k = 0; k < set.getSize(); ++k)
             if (set[k])
                 warp.apply(*set[k]);

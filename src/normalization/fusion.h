@@ -24,7 +24,8 @@ public:
 
     /// Warps each set, all its shapes, by the thin-plate spline that carries the vertices of its reference surfaces to
     /// those of the target, which holds the references alone. Caps do not take part in the fit and follow the warp.
-    /// The references are brought into register with the target first.
+    /// The references are brought into register with the target first. Vertices that coincide, as at a tip, count as
+    /// one, whose target is the mean of theirs.
     ///
     /// Progress is reported after each set; a cancelled fusion stops between two sets. The cost of a set grows with
     /// the cube of its reference vertices. Throws what ThinPlateSplineWarp3D::fit() throws; the sets before stay

@@ -1,13 +1,14 @@
 #include "normalization/fusionpipeline.h"
 
 #include <algorithm>
-#include <locale>
 #include <set>
-#include <sstream>
 
 #include "document/modelitem.h"
 #include "document/stack.h"
+#include "normalization/cohortregistration.h"
+#include "normalization/fusionsteps.h"
 #include "normalization/globalshapesetgroupregistration.h"
+#include "normalization/pointmap.h"
 #include "normalization/principalaxesshaperegistration.h"
 #include "normalization/resamplingsearch.h"
 #include "normalization/targetshapesetgroupregistration.h"
@@ -25,37 +26,8 @@ namespace {
 
 const char* const runPlace = "bool FusionPipeline<T>::run()";
 
-/// Six significant digits, always with a point.
-std::string number(double value) {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
-    stream.precision(6);
-    stream << value;
-    return stream.str();
-}
-
-std::string escaped(const std::string& text) {
-    std::string result;
-    for (const char c : text) {
-        switch (c) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        default:
-            result += c;
-        }
-    }
-    return result;
-}
-
 std::string pairOf(float mean, float sem) {
-    return number(mean) + " " + number(sem);
+    return plainNumber(mean) + " " + plainNumber(sem);
 }
 
 /// A reference needs a surface; any other model a shape.
@@ -81,6 +53,7 @@ void FusionPipeline<T>::cancel() {
 
 template <class T>
 void FusionPipeline<T>::clear() {
+    __prepared = false;
     __fusion.clear();
     __group.clear();
     if (__mean) {
@@ -105,13 +78,29 @@ std::vector<std::string> FusionPipeline<T>::listAllStructureNames() const {
 }
 
 template <class T>
-bool FusionPipeline<T>::run() {
+void FusionPipeline<T>::prepare() {
     clear();
     __fusion.reset();
+    checkConfig();
+    try {
+        initLog();
+        initReport();
+        buildShapeSets();
+    } catch (...) {
+        clear();
+        throw;
+    }
+    __prepared = true;
+}
+
+template <class T>
+bool FusionPipeline<T>::run() {
     ProgressSubject::notifyStarted("");
     bool completed = false;
     try {
-        checkConfig();
+        if (!__prepared)
+            prepare();
+        __prepared = false;
         completed = runSteps();
     } catch (...) {
         clear();
@@ -140,20 +129,36 @@ bool FusionPipeline<T>::runSteps() {
         chain.addSubject(warpingProxy);
     chain.addMonitor(*this);
 
-    initLog();
-    buildShapeSets();
-    if (!this->isCanceled() && strategy.isAlignment())
-        alignment(alignmentProxy);
-    if (!this->isCanceled() && strategy.isRegistration())
-        registration(registrationProxy);
+    FusionSteps<T> steps(__shapeSets, __report);
+    __report.precision = steps.precision();
+    if (!this->isCanceled() && bySurface()) {
+        surfaceRegistration(steps, alignmentProxy, registrationProxy);
+    } else if (!this->isCanceled() && (strategy.isAlignment() || strategy.isRegistration())) {
+        steps.addProbes();
+        if (strategy.isAlignment())
+            alignment(alignmentProxy);
+        if (!this->isCanceled() && strategy.isRegistration())
+            registration(registrationProxy);
+        steps.measureTurns();
+        if (!this->isCanceled())
+            steps.warnOfTurnedOver();
+    }
+    __report.warnOfTurns();
     if (!this->isCanceled()) {
         this->notifyProgressed("Averaging shapes...");
-        for (std::size_t i = 1; i < __shapeSets.size(); ++i)
-            __shapeSets[i]->matchSurfaces(*__shapeSets[0]);
-        __mean = new ShapeSet<T>(ShapeSet<T>::computeMean(__shapeSets)); // clear() deletes it
+        __mean = new ShapeSet<T>; // clear() deletes it
+        if (bySurface()) {
+            *__mean = steps.meanBySurface();
+        } else {
+            for (std::size_t i = 1; i < __shapeSets.size(); ++i)
+                __shapeSets[i]->matchSurfaces(*__shapeSets[0]);
+            *__mean = ShapeSet<T>::computeMean(__shapeSets);
+            steps.measureDeviations(*__mean);
+        }
+        steps.measureResiduals(*__mean);
     }
     if (!this->isCanceled() && strategy.isWarping())
-        warping(warpingProxy);
+        warping(steps, warpingProxy);
     return !this->isCanceled();
 }
 
@@ -199,22 +204,98 @@ void FusionPipeline<T>::checkConfig() const {
 template <class T>
 void FusionPipeline<T>::initLog() {
     __log = "<b>Spatial normalization summary</b><br >";
-    __log += "Name: <i>" + escaped(__config.getName()) + "</i><br >";
+    __log += "Name: <i>" + htmlEscaped(__config.getName()) + "</i><br >";
     __log += "<br ><b>Stacks</b><br >";
     for (const Stack* stack : __config.getStacks())
-        __log += "<i>" + escaped(stack->getName()) + "</i><br >";
+        __log += "<i>" + htmlEscaped(stack->getName()) + "</i><br >";
     __log += "Total " + std::to_string(__config.getStacks().size()) + " stacks<br >";
     __log += "<br ><b>Reference structures</b><br >";
     int numReferences = 0;
     for (const VRLFusionSurfaceStructure<T>& structure : __config.getStructures()) {
         if (structure.isReference()) {
             ++numReferences;
-            __log += "<i>" + escaped(structure.getName()) +
+            __log += "<i>" + htmlEscaped(structure.getName()) +
                      "</i> - Resampling: " + std::to_string(structure.getResamplingHeight()) + " x " +
                      std::to_string(structure.getResamplingWidth()) + "<br >";
         }
     }
     __log += numReferences > 0 ? "Total " + std::to_string(numReferences) + " references<br >" : "None (N/A)<br >";
+}
+
+template <class T>
+void FusionPipeline<T>::initReport() {
+    __report = FusionReport();
+    __report.unit = __config.getStacks().front()->getLengthUnit().symbol();
+    for (const Stack* stack : __config.getStacks()) {
+        __report.specimens.emplace_back();
+        __report.specimens.back().name = stack->getName();
+    }
+}
+
+template <class T>
+void FusionPipeline<T>::noteErrors(const std::vector<double>& errors, const std::vector<double>& sems,
+                                   const std::string& step) {
+    __report.errors.insert(__report.errors.end(), errors.begin(), errors.end());
+    __report.sems.insert(__report.sems.end(), sems.begin(), sems.end());
+    // Rounding makes no run worse.
+    if (errors.back() > errors.front() * 1.001 + __report.precision)
+        __report.warnings.push_back("The " + step + " made the error greater: from " + plainNumber(errors.front()) +
+                                    " to " + plainNumber(errors.back()));
+}
+
+template <class T>
+void FusionPipeline<T>::surfaceRegistration(FusionSteps<T>& steps, ProgressMonitor& alignment,
+                                            ProgressMonitor& registration) {
+    const VRLFusionStrategy& strategy = __config.getStrategy();
+    if (!strategy.isAlignment() && !strategy.isRegistration())
+        return;
+    CohortRegistration cohort(steps.surfaces(true));
+    cohort.setMirrorsAllowed(strategy.isMirrored());
+    cohort.setCancelTest([this] { return this->isCanceled(); });
+    const bool onTemplate = strategy.isRegistration() && strategy.getRegistrationAlgorithm() == TemplateRegistration;
+    int reference = 0;
+    for (std::size_t i = 0; i < __shapeSets.size() && onTemplate; ++i)
+        if (__shapeSets[i]->getName() == strategy.getReferenceStack())
+            reference = int(i);
+    const auto pairAt = [&](std::size_t k) {
+        return pairOf(float(cohort.getErrors()[k]), float(cohort.getErrorSems()[k]));
+    };
+    if (strategy.isAlignment()) {
+        this->notifyProgressed("Aligning shapes...");
+        cohort.addMonitor(alignment);
+        cohort.align(reference);
+        cohort.removeMonitor(alignment);
+        __log += "<br ><b>Alignment</b><br >";
+        __log += "Method: closest surfaces from all orientations of the axes<br ><br >";
+        __log += "Error before alignment: " + pairAt(0) + "<br >";
+        __log += "Error after alignment: " + pairAt(1) + "<br >";
+        noteErrors(cohort.getErrors(), cohort.getErrorSems(), "alignment");
+    }
+    if (strategy.isRegistration() && !this->isCanceled()) {
+        this->notifyProgressed("Registering shapes...");
+        __log += "<br ><b>Rigid registration</b><br >";
+        cohort.addMonitor(registration);
+        if (onTemplate)
+            cohort.refine(reference);
+        else
+            cohort.registerJointly();
+        cohort.removeMonitor(registration);
+        const std::size_t last = cohort.getErrors().size() - 1;
+        if (onTemplate) {
+            __log += "Method: registration of each stack on a template<br >";
+            __log += "Template stack: <i>" + htmlEscaped(strategy.getReferenceStack()) + "</i><br ><br >";
+            __log += "Error before registration " + pairAt(0) + "<br >";
+            __log += "Error after registration  " + pairAt(last) + "<br >";
+        } else {
+            __log += "Method: joint registration/averaging global registration<br >";
+            __log += (cohort.isConverged() ? "Convergence reached at iteration " : "No convergence at iteration ") +
+                     std::to_string(last) + "<br ><br >";
+            for (std::size_t k = 0; k <= last; ++k)
+                __log += "Registration error at step " + std::to_string(k) + ": " + pairAt(k) + "<br >";
+        }
+        noteErrors(cohort.getErrors(), cohort.getErrorSems(), "registration");
+    }
+    steps.place(cohort.getPoses());
 }
 
 template <class T>
@@ -239,6 +320,26 @@ void FusionPipeline<T>::buildShapeSets() {
                 failure.addWhere("void FusionPipeline<T>::buildShapeSets()");
                 throw;
             }
+        }
+        const double factor = VRLFusionConfig<T>::unitFactor(stack, *stacks.front());
+        if (factor != 1) {
+            scaleBy<T>(factor).apply(set);
+            __report.warnings.push_back("\"" + stack.getName() + "\" was brought from " +
+                                        stack.getLengthUnit().symbol() + " to " + __report.unit +
+                                        ", the unit of the first stack");
+        }
+        __report.specimens[i].unitFactor = factor;
+        if (i == 0) {
+            for (int k = 0; k < set.getSize(); ++k) {
+                __report.structures.push_back("");
+                __report.references.push_back(false);
+            }
+        }
+        for (int k = 0; k < set.getSize(); ++k) {
+            if (!set[k])
+                continue;
+            __report.structures[std::size_t(k)] = set[k]->getName();
+            __report.references[std::size_t(k)] = __report.references[std::size_t(k)] || set.isReference(k);
         }
         __fusion.addShapeSet(&set);
         __group.addShapeSet(set);
@@ -356,8 +457,9 @@ void FusionPipeline<T>::registration(ProgressMonitor& monitor) {
         registration.addMonitor(monitor);
         registration.apply(__group);
         registration.getDynamics(means, sems);
+        noteErrors({means.begin(), means.end()}, {sems.begin(), sems.end()}, "registration");
         __log += "Method: registration of each stack on a template<br >";
-        __log += "Template stack: <i>" + escaped((*target)->getName()) + "</i><br ><br >";
+        __log += "Template stack: <i>" + htmlEscaped((*target)->getName()) + "</i><br ><br >";
         __log += "Error before registration " + pairOf(means[0], sems[0]) + "<br >";
         __log += "Error after registration  " + pairOf(means[1], sems[1]) + "<br >";
         return;
@@ -366,6 +468,7 @@ void FusionPipeline<T>::registration(ProgressMonitor& monitor) {
     registration.addMonitor(monitor);
     registration.apply(__group);
     registration.getDynamics(means, sems);
+    noteErrors({means.begin(), means.end()}, {sems.begin(), sems.end()}, "registration");
     __log += "Method: joint registration/averaging global registration<br >";
     __log += (registration.isConverged() ? "Convergence reached at iteration " : "No convergence at iteration ") +
              std::to_string(means.size() - 1) + "<br ><br >";
@@ -374,11 +477,23 @@ void FusionPipeline<T>::registration(ProgressMonitor& monitor) {
 }
 
 template <class T>
-void FusionPipeline<T>::warping(ProgressMonitor& monitor) {
+void FusionPipeline<T>::warping(FusionSteps<T>& steps, ProgressMonitor& monitor) {
     __log += "<br ><b>Warping</b><br >";
     this->notifyProgressed("Warping shapes...");
     const VRLFusionStrategy& strategy = __config.getStrategy();
-    if (strategy.getWarpingModel() == ThinPlateSplineWarping) {
+    const bool spline = strategy.getWarpingModel() == ThinPlateSplineWarping;
+    if (bySurface()) {
+        __log += spline ? "Method: thin-plate splines by surface<br >"
+                        : "Method: polynomial deformations of degree " +
+                              std::to_string(strategy.getPolynomialDegree()) + " by surface<br >";
+        steps.warpBySurface(strategy, monitor, [this] { return this->isCanceled(); });
+        return;
+    }
+    const std::vector<ShapeSet<T>*> warped = steps.warpedByLevels(strategy, *__mean);
+    if (spline) {
+        __fusion.clear();
+        for (ShapeSet<T>* set : warped)
+            __fusion.addShapeSet(set);
         __fusion.addMonitor(monitor);
         try {
             __fusion.tpsWarping(__mean->referenceShapeSet());
@@ -393,14 +508,17 @@ void FusionPipeline<T>::warping(ProgressMonitor& monitor) {
     TargetShapeSetGroupWarping<T> warping;
     warping.setTargetShapeSet(*__mean);
     warping.addMonitor(monitor);
-    warping.apply(__group, int(std::min(strategy.getPolynomialDegree(), 0x7fffffffu)));
+    ShapeSetGroup<T> group;
+    for (ShapeSet<T>* set : warped)
+        group.addShapeSet(*set);
+    warping.apply(group, int(std::min(strategy.getPolynomialDegree(), 0x7fffffffu)));
     const unsigned int evaluations = warping.numEvaluations();
     const unsigned int errors = warping.numJacobianErrors();
     const float percentage = evaluations > 0 ? float(errors) * 100 / float(evaluations) : 0;
     __log += "Method: polynomial deformations of degree " + std::to_string(strategy.getPolynomialDegree()) + "<br >";
     __log += "Evaluations: " + std::to_string(evaluations) + "<br>";
     __log += "Jacobian errors: " + std::to_string(errors) + "<br>";
-    __log += "Percentage error: " + number(percentage) + "<br><br>";
+    __log += "Percentage error: " + plainNumber(percentage) + "<br><br>";
     __log += "Error before warping: " + before + "<br >";
     __log += "Error after warping: " + errorPair() + "<br >";
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "normalization/fusion.h"
+#include "normalization/fusionreport.h"
 #include "normalization/shapesetgroup.h"
 #include "normalization/vrlfusionconfig.h"
 #include "progress/progressproxy.h"
@@ -14,13 +15,16 @@ template <class T>
 class ShapeSet;
 template <class T>
 class StackReconstruction;
+template <class T>
+class FusionSteps;
 
 /// The spatial normalization of several stacks: reconstructs their models, aligns the shapes on principal axes,
 /// registers them, averages them and warps them, as the strategy asks, and writes a summary.
 ///
-/// Owns the shapes that it makes, until clear(), the next run or its end. The stacks are read by run() alone and must
-/// not change meanwhile. Monitors hear one start and one end, and the steps in between as one task; the starts and ends
-/// of the steps stay inside. Cancelling takes effect between two steps (and between two sets of a thin-plate warp).
+/// Owns the shapes that it makes, until clear(), the next run or its end. The stacks are read by
+/// prepare(), or else by run(), and must not change meanwhile. Monitors hear one start and one end, and the steps in
+/// between as one task; the starts and ends of the steps stay inside. Cancelling takes effect between two steps (and
+/// between two sets of a thin-plate warp).
 ///
 /// All sets have one length, and entry k of each is the same structure; a stack without the structure has a null entry
 /// there. The mean is that of the state before the warp, which moves the shapes and not the mean.
@@ -34,6 +38,13 @@ class StackReconstruction;
 /// - Names are escaped in the summary, which is HTML. A global registration that was ended by its limit is told as such
 ///   there.
 /// - A run that fails or is cancelled leaves no shapes.
+/// - Lengths of stacks in other units are brought to that of the first stack, and the report tells which.
+/// - By surface alignment brings each specimen on the first one, or on the template, by SurfaceRegistration, of all
+///   orientations the one with the least distance; the joint registration follows from there. The result lies as that
+///   specimen was cut. By levels the specimens that then lie better after half a turn are named.
+/// - A specimen turned by more than 90 degrees, and a step that leaves a greater error than it found, are named.
+///
+/// The report has the numbers: residuals, outliers, warps, deviations about the mean.
 ///
 /// Instantiated for float, double and long double.
 template <class T>
@@ -47,9 +58,13 @@ public:
     void setConfig(const VRLFusionConfig<T>& config) { __config = config; }
     const VRLFusionConfig<T>& getConfig() const { return __config; }
 
-    /// Runs the steps; false when it was cancelled. Throws UsageError for a configuration that cannot run, SizeError
-    /// for grids without vertices or of more than 2^22, and what the steps throw; failures of a reconstruction name the
-    /// structure and the stack.
+    /// Reads the stacks: builds the shapes of all models and begins summary and report. The steps that follow do not
+    /// see the stacks, which may then change. Throws as run() does, and leaves no shapes then.
+    void prepare();
+
+    /// Runs the steps, after prepare() unless that was called; false when it was cancelled. Throws UsageError for a
+    /// configuration that cannot run, SizeError for grids without vertices or of more than 2^22, and what the steps
+    /// throw; failures of a reconstruction name the structure and the stack.
     bool run();
 
     void cancel() override;
@@ -66,8 +81,14 @@ public:
     /// Mean surfaces of the structures; null before a run has come to them.
     const ShapeSet<T>* getMeanShapeSet() const { return __mean; }
 
-    /// The summary of the last run, in HTML. Pairs of numbers are the mean error and its standard error.
+    /// What the steps of the last run did, in HTML. Pairs of numbers are the mean error and its standard error.
     const std::string& getLog() const { return __log; }
+
+    /// The same with the tables of the report: residuals, warps and warnings.
+    std::string getSummary() const { return __log + __report.html(); }
+
+    /// The numbers of the last run.
+    const FusionReport& getReport() const { return __report; }
 
     /// Steps of a run start and end without notice.
     void notifyStarted(const std::string&) override {}
@@ -86,9 +107,13 @@ private:
     void addStructure(ShapeSet<T>& set, const Stack& stack, const std::string& name,
                       const StackReconstruction<T>& reconstruction);
     Grid commonGrid(const std::string& name) const;
+    void initReport();
     void alignment(ProgressMonitor& monitor);
     void registration(ProgressMonitor& monitor);
-    void warping(ProgressMonitor& monitor);
+    void surfaceRegistration(FusionSteps<T>& steps, ProgressMonitor& alignment, ProgressMonitor& registration);
+    void noteErrors(const std::vector<double>& errors, const std::vector<double>& sems, const std::string& step);
+    bool bySurface() const { return __config.getStrategy().getCorrespondence() == SurfaceCorrespondence; }
+    void warping(FusionSteps<T>& steps, ProgressMonitor& monitor);
     void matchReferences();
     std::string errorPair() const;
 
@@ -98,6 +123,8 @@ private:
     ShapeSet<T>* __mean = nullptr; // owned
     Fusion<T> __fusion;
     std::string __log;
+    FusionReport __report;
+    bool __prepared = false;
 };
 
 } // namespace vorlen

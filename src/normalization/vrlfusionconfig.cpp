@@ -1,9 +1,11 @@
 #include "normalization/vrlfusionconfig.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "document/modelitem.h"
 #include "document/stack.h"
+#include "normalization/pointmap.h"
 #include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
 
@@ -53,6 +55,11 @@ VRLFusionConfig<T>::sharedStructures(const std::vector<const Stack*>& stacks) {
 }
 
 template <class T>
+double VRLFusionConfig<T>::unitFactor(const Stack& stack, const Stack& first) {
+    return std::pow(10.0, stack.getLengthUnit().getScale() - first.getLengthUnit().getScale());
+}
+
+template <class T>
 std::vector<std::unique_ptr<CurveStack<T>>>
 VRLFusionConfig<T>::surfaceStructureInstances(const std::vector<const Stack*>& stacks, const std::string& name) {
     std::vector<std::unique_ptr<CurveStack<T>>> instances;
@@ -61,8 +68,13 @@ VRLFusionConfig<T>::surfaceStructureInstances(const std::vector<const Stack*>& s
         if (place < 0)
             continue;
         const StackReconstruction<T> reconstruction(*stack);
-        if (auto curves = ModelSurface<T>(stack->getModel(place), reconstruction).takeContours())
-            instances.push_back(std::move(curves));
+        auto curves = ModelSurface<T>(stack->getModel(place), reconstruction).takeContours();
+        if (!curves)
+            continue;
+        const double factor = unitFactor(*stack, *stacks.front());
+        if (factor != 1)
+            scaleBy<T>(factor).apply(*curves);
+        instances.push_back(std::move(curves));
     }
     return instances;
 }

@@ -35,8 +35,11 @@ public:
     /// unknown, and none is a reference. A name that stands twice in a stack counts for its first model.
     static std::vector<VRLFusionSurfaceStructure<T>> sharedStructures(const std::vector<const Stack*>& stacks);
 
-    /// The reconstruction of the model of this name in each stack, without the empty ones among its items. A stack
-    /// without the model, or where it is made of points or empty, gives none.
+    /// By what a length of the stack is multiplied to be one in the unit of the first stack.
+    static double unitFactor(const Stack& stack, const Stack& first);
+
+    /// The reconstruction of the model of this name in each stack, in the unit of the first stack, without the empty
+    /// ones among its items. A stack without the model, or where it is made of points or empty, gives none.
     static std::vector<std::unique_ptr<CurveStack<T>>>
     surfaceStructureInstances(const std::vector<const Stack*>& stacks, const std::string& name);
 

@@ -9,10 +9,15 @@ enum VRLFusionRegistrationAlgorithm { GlobalRegistration = 0, TemplateRegistrati
 
 enum VRLFusionWarpingModel { PolynomialWarping = 0, ThinPlateSplineWarping = 1 };
 
+/// What corresponds in two specimens: points of the surfaces where the anatomy lies, or levels and vertices of equal
+/// rank.
+enum VRLFusionCorrespondence { LevelCorrespondence = 0, SurfaceCorrespondence = 1 };
+
 /// Which steps a normalization takes, and how: alignment on principal axes, rigid registration, warping on the mean.
 ///
 /// None of them at first; a new strategy registers globally and warps by polynomials of degree 2 when these steps are
-/// switched on.
+/// switched on. By default correspondence is by surface: alignment and registration then go by closest points and
+/// cannot turn a specimen over; by levels they go by principal axes and by ranks.
 class VRLFusionStrategy {
 public:
     void setAlignment(bool alignment) { __alignment = alignment; }
@@ -37,6 +42,21 @@ public:
     void setPolynomialDegree(unsigned int degree) { __polynomialDegree = degree; }
     unsigned int getPolynomialDegree() const { return __polynomialDegree; }
 
+    void setCorrespondence(VRLFusionCorrespondence correspondence) { __correspondence = correspondence; }
+    VRLFusionCorrespondence getCorrespondence() const { return __correspondence; }
+
+    /// Whether specimens that are mirror images, as left and right organs, are mirrored; by surface only.
+    void setMirrored(bool mirrored) { __mirrored = mirrored; }
+    bool isMirrored() const { return __mirrored; }
+
+    /// Smoothing of a spline by surface, as CohortWarp::spline() takes it; below 0 it is chosen.
+    void setSmoothing(double smoothing) { __smoothing = smoothing; }
+    double getSmoothing() const { return __smoothing; }
+
+    /// Whether a specimen whose warp folds space stays as registered; it is named in any case.
+    void setFoldsRefused(bool refused) { __foldsRefused = refused; }
+    bool isFoldsRefused() const { return __foldsRefused; }
+
 private:
     bool __alignment = false;
     bool __registration = false;
@@ -45,6 +65,10 @@ private:
     bool __warping = false;
     VRLFusionWarpingModel __warpingModel = PolynomialWarping;
     unsigned int __polynomialDegree = 2;
+    VRLFusionCorrespondence __correspondence = SurfaceCorrespondence;
+    bool __mirrored = false;
+    double __smoothing = -1;
+    bool __foldsRefused = false;
 };
 
 } // namespace vorlen

@@ -16,15 +16,18 @@
 
 #include <gtest/gtest.h>
 
+#include "document/modelitem.h"
 #include "document/stack.h"
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
+#include "images/files/imagereader.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
 #include "images/volumes/voxelmatrix.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/curvestack.h"
 #include "shapes/trimesh.h"
+#include "shapes/vertices.h"
 #include "support/temporaryfolder.h"
 
 namespace vorlen {
@@ -254,6 +257,9 @@ TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
                                         "--size 12x20 --warping polynomial --degree 1 sample.sdf turned.sdf");
     EXPECT_EQ(fitted.status, 0) << fitted.output;
     EXPECT_EQ(CurveStack<float>(sample->file("space/mean-Nucleus.qm")).getHeight(), 12);
+    const std::string numbers = sample->read("space/normalization.json");
+    EXPECT_NE(numbers.find("\"residual\": "), std::string::npos) << numbers.substr(0, 400);
+    EXPECT_NE(numbers.find("\"leave_one_out_error\": "), std::string::npos);
     const std::string told = sample->read("space/summary.html");
     EXPECT_NE(told.find("Template stack: <i>turned</i>"), std::string::npos);
     EXPECT_NE(told.find("Total 1 references"), std::string::npos);
@@ -261,11 +267,27 @@ TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
 }
 
 TEST_F(CommandLineTest, normalizeRefusesWhatItCannotDo) {
-    for (const char* options :
-         {"", "--registration best", "--warping some", "--template sample --registration global",
-          "--registration template", "--template nobody", "--degree 3", "--warping polynomial --degree 0", "--size 1x5",
-          "--size 20", "--size 20x30x40", "--size =20x30", "--size Liver=20x30", "--error -1", "--reference Cells",
-          "--reference Liver"}) {
+    for (const char* options : {"",
+                                "--registration best",
+                                "--warping some",
+                                "--template sample --registration global",
+                                "--registration template",
+                                "--template nobody",
+                                "--degree 3",
+                                "--warping polynomial --degree 0",
+                                "--size 1x5",
+                                "--correspondence ranks",
+                                "--correspondence levels --mirror",
+                                "--smoothing 1",
+                                "--warping spline --smoothing -1",
+                                "--folds maybe",
+                                "--size 20",
+                                "--size 20x30x40",
+                                "--size =20x30",
+                                "--size Liver=20x30",
+                                "--error -1",
+                                "--reference Cells",
+                                "--reference Liver"}) {
         const std::string files = *options == '\0' ? "sample.sdf" : "sample.sdf sample.sdf";
         const Outcome outcome = cli(*sample, std::string("normalize -o refused ") + options + " " + files);
         EXPECT_EQ(outcome.status, 2) << options << ": " << outcome.output;
@@ -316,7 +338,8 @@ TEST_F(CommandLineTest, outputThatCannotBeWrittenIsNoSuccess) {
         lines.push_back(command + stack + " --format json");
     for (const std::string& line :
          {"export --overwrite -o a " + stack, std::string("isosurface v.vm --level 100 --overwrite --output b"),
-          "register " + stack + " --overwrite -o c", "normalize --overwrite -o d " + stack + " " + stack,
+          "register " + stack + " --overwrite -o c",
+          "normalize --correspondence levels --overwrite -o d " + stack + " " + stack,
           std::string("density p.vx --overwrite -o e")})
         lines.push_back(line);
     for (const std::string& line : lines) {
@@ -641,8 +664,31 @@ TEST(CommandLine, registerBringsTheSlicesOntoEachOtherInANewStack) {
     folder.write("one.sdf", "FileFormatVersion 1.03;\nSLICE \"a\" \"a.tif\";\n");
     EXPECT_EQ(cli(folder, "register one.sdf --output new").status, 1);
     for (const char* wrong : {"--method best", "--reference nobody", "--slices 3:2", "--slices 1:4", "--locked z",
-                              "--locked 0", "--format xml"})
+                              "--locked 0", "--format xml", "--reach 8", "--elastic --stiffness 0"})
         EXPECT_EQ(cli(folder, std::string("register s.sdf --output new --overwrite ") + wrong).status, 2) << wrong;
+
+    // By fields that are at hand: all of the last slice comes from five columns to the right and two rows above.
+    folder.write("hand.fields", "vorlen elastic fields 1\nslice 2 2 200 160 b\n5 -2 5 -2\n5 -2 5 -2\nend\n");
+    const Outcome bent = cli(folder, "register s.sdf --output bent --fields hand.fields --keep-registrations");
+    EXPECT_EQ(bent.status, 0) << bent.output;
+    Stack old2, carried;
+    ASSERT_TRUE(StackReader().read(old2, folder.file("s.sdf")));
+    ASSERT_TRUE(StackReader().read(carried, folder.file("bent/s.sdf")));
+    for (int k = 0; k < 2; ++k) {
+        const Vector<int>& before = old2.getModel(0).getItem(1).getVertices()[k];
+        const Vector<int>& after = carried.getModel(0).getItem(1).getVertices()[k];
+        EXPECT_EQ(after[0], before[0] - 5);
+        EXPECT_EQ(after[1], before[1] + 2);
+    }
+    Image from, to;
+    ImageReader().read(from, folder.file("b.tif"));
+    ImageReader().read(to, carried.getSlice(2).getImageSource());
+    EXPECT_EQ(to.getPixels()[90][100], from.getPixels()[88][105]);
+    EXPECT_EQ(to.getPixels()[90][199], 0);
+    EXPECT_EQ(cli(folder, "register s.sdf --output bent --fields hand.fields").status, 3); // it is there
+    EXPECT_NE(cli(folder, "register s.sdf --output none --fields s.sdf").status, 0);
+    const Outcome looked = cli(folder, "register s.sdf --output elastic --elastic --format json");
+    EXPECT_NE(looked.output.find("\"elastic\""), std::string::npos) << looked.output;
 }
 
 // The copy without registrations against the one that has them: where a pixel of each section comes to lie.
@@ -737,6 +783,59 @@ TEST(CommandLine, densityWritesAMapAndItsSurfaces) {
     EXPECT_EQ(cli(folder, "density none.vx").status, 3);
 }
 
+// Four specimens of two groups with their points elsewhere: whole, in parts, from maps, and as shapes.
+TEST(CommandLine, compareFindsWhereGroupsDifferWholeOrInParts) {
+    const TemporaryFolder folder;
+    std::string table = "file\tgroup\n", points;
+    for (int s = 0; s < 8; ++s) {
+        std::string text = "# 6\n# 3\n# 40\n";
+        for (int i = 0; i < 40; ++i) // spread over the box, but for a heap that the second group has
+            text += s >= 4 && i < 12 ? std::to_string(30 + (i + s) % 4) + " " + std::to_string(30 + i % 3) + " 30\n"
+                                     : std::to_string((i * 7 + s * 3) % 41) + " " + std::to_string((i * 11 + s) % 41) +
+                                           " " + std::to_string((i * 17 + s * 5) % 41) + "\n";
+        const std::string name = "s" + std::to_string(s) + ".vx";
+        folder.write(name, text);
+        points += " " + name;
+        table += name + (s < 4 ? "\tcontrol\n" : "\ttreated\n");
+    }
+    folder.write("t.tsv", table);
+    const Outcome whole = cli(folder, "compare --table t.tsv -o out -r 4 -b 5 --cluster 2 --unit um");
+    ASSERT_EQ(whole.status, 0) << whole.output;
+    for (const char* word : {"70 permutations, all there are", "Group treated: 4 specimens"})
+        EXPECT_NE(whole.output.find(word), std::string::npos) << whole.output;
+    const std::string summary = folder.read("out/comparison.json");
+    EXPECT_NE(summary.find("\"leastP\": 0.028571428571428571"), std::string::npos) << summary; // 2 of 70
+    const VoxelMatrix<float> difference(folder.file("out/comparison-difference.vm"));
+    Vector<int> most(3);
+    most.fill(0);
+    for (int k = 0; k < difference.getSize3(); ++k)
+        for (int i = 0; i < difference.getSize1(); ++i)
+            for (int j = 0; j < difference.getSize2(); ++j)
+                if (difference(i, j, k) > difference(most[0], most[1], most[2]))
+                    most[0] = i, most[1] = j, most[2] = k;
+    for (int a = 0; a < 3; ++a)
+        EXPECT_NEAR((most[a] + 0.5) * 4, 31, 4);
+    EXPECT_TRUE(std::filesystem::exists(folder.file("out/comparison-significant.tm")));
+    // In parts the same bytes come out.
+    const std::string same = " --groups 4,4 --names control,treated -r 4 -b 5 --cluster 2 --unit um";
+    for (const char* part : {"2/3", "1/3", "3/3"})
+        EXPECT_EQ(cli(folder, "compare -o parts --chunk " + std::string(part) + same + points).status, 0);
+    std::string merge = " --merge parts/comparison-part-1-of-3.json --merge parts/comparison-part-3-of-3.json";
+    EXPECT_EQ(cli(folder, "compare -o parts" + merge + same + points).status, 1) << "a part lacks";
+    merge += " --merge parts/comparison-part-2-of-3.json";
+    EXPECT_EQ(cli(folder, "compare -o parts --overwrite" + merge + same + points).status, 0);
+    EXPECT_EQ(folder.read("parts/comparison-p.vm"), folder.read("out/comparison-p.vm"));
+    EXPECT_EQ(folder.read("parts/comparison-significant.tm"), folder.read("out/comparison-significant.tm"));
+    EXPECT_EQ(cli(folder, "compare -o other --seed 2" + merge + same + points).status, 1) << "of another test";
+    // The shapes themselves, whose vertices correspond.
+    EXPECT_EQ(cli(folder, "compare -o forms --shapes --groups 4,4" + points).status, 0);
+    EXPECT_EQ(folder.read("forms/comparison.csv").substr(0, 34), "vertex,x,y,z,dx,dy,dz,statistic,p\n");
+    for (const char* wrong : {" --groups 4,5", " --groups 8,x", "", " --groups 4,4 --chunk 4/3", " --table t.tsv",
+                              " --groups 4,4 --names one", " --groups 4,4 --alpha 0"})
+        EXPECT_EQ(cli(folder, "compare -o wrong" + std::string(wrong) + points).status, 2) << wrong;
+    EXPECT_EQ(cli(folder, "compare -o wrong --table none.tsv").status, 3);
+}
+
 namespace {
 
 /// The command on a virtual display of its own. A leak checker would find what the drivers of OpenGL keep.
@@ -766,7 +865,7 @@ TEST_F(CommandLineTest, renderDrawsTheSceneWholeOrInAPose) {
     EXPECT_TRUE(contains(whole, "whole.png\n"));
     const QImage picture = pictureOf(*sample, "whole.png");
     ASSERT_EQ(picture.size(), QSize(400, 240));
-    // The green vessel, the blue ganglion, and nothing but the ground along the border, whose rows have one colour.
+    // The green vessel, the blue ganglion, and no surface at the border, which the shapes almost reach.
     int green = 0, blue = 0;
     for (int y = 0; y < 240; ++y)
         for (int x = 0; x < 400; ++x) {
@@ -776,10 +875,23 @@ TEST_F(CommandLineTest, renderDrawsTheSceneWholeOrInAPose) {
         }
     EXPECT_GT(green, 500);
     EXPECT_GT(blue, 500);
+    const auto isSurface = [&picture](int x, int y) {
+        const QColor color = picture.pixelColor(x, y);
+        return color.saturation() > 40 && (color.hue() < 195 || color.hue() > 215); // unlike ground and frame
+    };
+    int top = 240, bottom = 0, left = 400, right = 0;
     for (int y = 0; y < 240; ++y)
-        EXPECT_EQ(picture.pixel(0, y), picture.pixel(399, y));
-    for (int x = 0; x < 400; ++x)
-        EXPECT_TRUE(picture.pixel(x, 0) == picture.pixel(0, 0) && picture.pixel(x, 239) == picture.pixel(0, 239));
+        for (int x = 0; x < 400; ++x)
+            if (isSurface(x, y)) {
+                EXPECT_TRUE(x > 0 && x < 399) << y;
+                top = std::min(top, y);
+                bottom = y;
+                left = std::min(left, x);
+                right = std::max(right, x);
+            }
+    EXPECT_GT(top, 0);
+    EXPECT_LT(bottom, 239);
+    EXPECT_TRUE(bottom - top > 200 || right - left > 340) << bottom - top << ' ' << right - left;
 
     EXPECT_EQ(render(*sample, "--pose Front sample.sdf front.png --size 400x240").status, 0);
     EXPECT_NE(pictureOf(*sample, "front.png"), picture);
@@ -788,6 +900,15 @@ TEST_F(CommandLineTest, renderDrawsTheSceneWholeOrInAPose) {
     EXPECT_EQ(pictureOf(*sample, "front.png").size(), QSize(400, 240));
     EXPECT_EQ(render(*sample, "sample.sdf front.png --size 100x80 --overwrite").status, 0);
     EXPECT_EQ(pictureOf(*sample, "front.png").size(), QSize(100, 80));
+    const Outcome film =
+        render(*sample, "--video --motion poses --rate 15 --seconds 1 --size 160x120 sample.sdf film.mp4");
+    EXPECT_EQ(film.status, 0) << film.output;
+    EXPECT_TRUE(contains(film, "film.mp4: 15 frames\n")) << film.output;
+    EXPECT_EQ(shell(sample->path(), "ffprobe -v error -count_frames -select_streams v -show_entries "
+                                    "stream=codec_name,width,height,nb_read_frames -of csv=p=0 film.mp4")
+                  .output,
+              "h264,160,120,15\n");
+    EXPECT_EQ(render(*sample, "--video sample.sdf film.txt --size 160x120").status, 3);
     const Outcome nowhere = render(*sample, "sample.sdf gone/picture.png");
     EXPECT_EQ(nowhere.status, 3);
     EXPECT_TRUE(contains(nowhere, "cannot write gone/picture.png"));
@@ -798,6 +919,9 @@ TEST_F(CommandLineTest, renderRefusesWithoutADisplayWhatCannotBeDrawn) {
         EXPECT_EQ(renderWithoutDisplay(*sample, std::string("sample.sdf x.png --size ") + size).status, 2) << size;
     EXPECT_EQ(renderWithoutDisplay(*sample, "sample.sdf").status, 2);
     EXPECT_EQ(renderWithoutDisplay(*sample, "sample.sdf x.jpg").status, 2);
+    EXPECT_EQ(renderWithoutDisplay(*sample, "sample.sdf x.mp4").status, 2);
+    EXPECT_EQ(renderWithoutDisplay(*sample, "--video --motion swim sample.sdf x.mp4").status, 2);
+    EXPECT_EQ(renderWithoutDisplay(*sample, "--video --rate 0 sample.sdf x.mp4").status, 2);
     EXPECT_EQ(renderWithoutDisplay(*sample, "--help").status, 0);
     EXPECT_EQ(renderWithoutDisplay(*sample, "missing.sdf x.png").status, 3);
     const Outcome pose = renderWithoutDisplay(*sample, "sample.sdf x.png --pose Side");

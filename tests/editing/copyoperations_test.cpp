@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "editing/operationfixture.h"
+#include "editing/operations/itemoperations.h"
 #include "reconstruction/stackreconstruction.h"
 #include "support/testimages.h"
 
@@ -86,6 +87,60 @@ TEST_F(CopyOperationsTest, whatCannotBeCopiedIsRefused) {
     stack.getSlice(2).getPixelCalibration().setPixelWidth(0);
     expectRefusal([&] { return copySelectionAround(stack, from, 1, 1); },
                   "The size of a pixel is not known on slice image2");
+}
+
+TEST_F(CopyOperationsTest, whatWasCopiedIsPastedWhereItLiesInSpace) {
+    StackSlice& from = stack.getSlice(1);
+    StackSlice& to = stack.getSlice(3);
+    ModelItem& contour = addItem(polygon, from, outline);
+    ModelItem& points = addItem(dots, from, {{5, 6}, {7, 8}});
+    select(contour, {0});
+    select(points, {1});
+    to.setRegistration(Registration(10, 5, 0));
+    const std::vector<CopiedItem> copied = copiedSelection(stack, from);
+    const StackReconstruction<double> space(stack);
+    const Vector<double> before = space.toWorld(1, outline[0].first, outline[0].second);
+    ASSERT_TRUE(deleteItem(stack, contour)); // what was copied stays
+    expectStep([&] { return pasteItems(stack, to, copied); });
+    ASSERT_EQ(to.getNumItems(), 2);
+    EXPECT_EQ(to.getItem(1).getSize(), 1);
+    const Vector<double> after =
+        space.toWorld(3, double(to.getItem(0).getVertices()[0][0]), double(to.getItem(0).getVertices()[0][1]));
+    EXPECT_NEAR(before[0], after[0], 0.51);
+    EXPECT_NEAR(before[1], after[1], 0.51);
+    EXPECT_NE(verticesOf(to.getItem(0)), outline); // for it is shifted
+    to.getPixelCalibration().setPixelWidth(0);     // without a size, at the same pixels
+    ASSERT_TRUE(pasteItems(stack, to, copied));
+    EXPECT_EQ(verticesOf(to.getItem(2)), outline);
+}
+
+TEST_F(CopyOperationsTest, whatWasCopiedGoesIntoAnotherStackThatHasItsModels) {
+    ModelItem& contour = addItem(polygon, stack.getSlice(1), outline);
+    select(contour, {0});
+    const std::vector<CopiedItem> copied = copiedSelection(stack, stack.getSlice(1));
+    VRLStack second;
+    second.addSlice(new StackSlice);
+    StackSlice& to = second.getSlice(0);
+    EXPECT_EQ(pasteItems(second, to, copied).getReason(), "This stack has no model Polygon of that kind");
+    addModel(second, "Polygon");
+    EXPECT_TRUE(pasteItems(second, to, copied));
+    EXPECT_EQ(to.getNumItems(), 1);
+    EXPECT_EQ(pasteItems(second, to, {}).getReason(), "Nothing was copied that could be pasted");
+}
+
+TEST_F(CopyOperationsTest, theOutlinesOfTheNeighboursLieWhereTheyAreInSpace) {
+    addItem(polygon, stack.getSlice(1), outline);
+    addItem(dots, stack.getSlice(3), {{5, 6}});
+    addItem(dots, stack.getSlice(4), {{50, 60}});
+    const std::vector<NeighbourOutline> near = neighbourOutlines(stack, stack.getSlice(2));
+    ASSERT_EQ(near.size(), 2U);
+    EXPECT_EQ(near[0].model, &polygon);
+    EXPECT_TRUE(near[0].before);
+    ASSERT_EQ(near[0].points.size(), outline.size());
+    EXPECT_NEAR(near[0].points[1].y, outline[1].second, 1e-9);
+    EXPECT_FALSE(near[1].before);
+    stack.getSlice(2).setRegistration(Registration(4, 0, 0));
+    EXPECT_NEAR(std::abs(neighbourOutlines(stack, stack.getSlice(2))[0].points[1].x - outline[1].first), 4, 1e-9);
 }
 
 } // namespace vorlen

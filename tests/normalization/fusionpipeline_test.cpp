@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 
 #include "normalization/shapemaker.h"
@@ -28,6 +29,7 @@ struct Normalization {
             seen.push_back(stack.get());
         }
         config.setName("trial <1>");
+        strategy.setCorrespondence(LevelCorrespondence);
         config.setStacks(seen);
         if (references) {
             setStructures({{"body", 10, 20}, {"core", 6, 12}});
@@ -365,6 +367,91 @@ TEST(FusionPipeline, aCancelledRunStopsBeforeTheNextStepAndClears) {
     pipeline.reset();
     EXPECT_TRUE(pipeline.run());
     EXPECT_EQ(2u, pipeline.getShapeSets().size());
+}
+
+// Half a turn, another unit, and a tip of one vertex: by surface all specimens come together, and what was done to each
+// is told.
+TEST(FusionPipeline, bySurfaceTellsWhatItDidToEachSpecimen) {
+    std::vector<std::unique_ptr<Stack>> specimens = movedCopies(3);
+    for (std::unique_ptr<Stack>& specimen : specimens) {
+        specimen->setLengthUnit(LengthUnit(-6));
+        StackSlice& last = specimen->getSlice(6);
+        Model& core = specimen->getModel(specimen->findModel("core"));
+        const Vertices<int>& ring = core.getItem(4).getVertices();
+        addItem(core, last, {{ring[0][0], ring[0][1]}});
+    }
+    Stack& other = *specimens[1];
+    other.setLengthUnit(LengthUnit(-3));
+    other.setDefaultSliceSpacing(0.01f);
+    for (int k = 0; k < other.getNumSlices(); ++k) {
+        PixelCalibration calibration = other.getSlice(k).getPixelCalibration();
+        calibration.setPixelWidth(0.001f);
+        calibration.setPixelHeight(0.001f);
+        other.getSlice(k).setPixelCalibration(calibration);
+    }
+    Normalization normalization(std::move(specimens));
+    normalization.strategy.setCorrespondence(SurfaceCorrespondence);
+    normalization.strategy.setAlignment(true);
+    normalization.strategy.setRegistration(true);
+    normalization.strategy.setWarping(true);
+    normalization.strategy.setWarpingModel(ThinPlateSplineWarping);
+    FusionPipeline<float> pipeline;
+    normalization.prepare(pipeline);
+    ASSERT_TRUE(pipeline.run());
+    const FusionReport& report = pipeline.getReport();
+    ASSERT_EQ(report.specimens.size(), 3u);
+    EXPECT_DOUBLE_EQ(report.specimens[1].unitFactor, 1000);
+    EXPECT_EQ(report.unit, LengthUnit(-6).symbol());
+    EXPECT_NEAR(report.specimens[0].turned, 0, 1e-3);
+    EXPECT_NEAR(report.specimens[1].turned, 90, 2);
+    EXPECT_NEAR(report.specimens[2].turned, 180, 2);
+    std::string warnings;
+    for (const std::string& warning : report.warnings) {
+        warnings += warning + "\n";
+    }
+    EXPECT_NE(warnings.find("\"c\" was turned by 180 degrees"), std::string::npos) << warnings;
+    EXPECT_NE(warnings.find("\"b\" was brought from mm to"), std::string::npos) << warnings;
+    for (const SpecimenReport& specimen : report.specimens) {
+        EXPECT_TRUE(specimen.warped);
+        EXPECT_LT(specimen.residual, 1.5) << specimen.name;
+        EXPECT_EQ(specimen.warp.folds, 0);
+        EXPECT_FALSE(specimen.outlier);
+    }
+    EXPECT_NE(pipeline.getSummary().find("<b>Residuals</b>"), std::string::npos);
+    EXPECT_NE(pipeline.getLog().find("Method: thin-plate splines by surface"), std::string::npos);
+    const ShapeSet<float>& mean = *pipeline.getMeanShapeSet();
+    const std::size_t body =
+        std::size_t(std::find(report.structures.begin(), report.structures.end(), "body") - report.structures.begin());
+    EXPECT_EQ(report.deviations[body].size(), std::size_t(meshOf(mean, int(body)).getSize()));
+    EXPECT_LT(report.meanDeviation(int(body)), 1.5);
+}
+
+// What goes by levels pairs by rank and is told as such: a specimen cut from the other end is named.
+TEST(FusionPipeline, byLevelsNamesASpecimenThatIsTurnedOver) {
+    std::vector<std::unique_ptr<Stack>> specimens = movedCopies(2);
+    SpecimenRecipe recipe;
+    recipe.quarters = 2;
+    specimens.push_back(specimenStack("over", recipe));
+    Normalization normalization(std::move(specimens));
+    normalization.strategy.setAlignment(true);
+    normalization.strategy.setWarping(true);
+    normalization.strategy.setPolynomialDegree(5);
+    normalization.strategy.setFoldsRefused(true);
+    FusionPipeline<float> pipeline;
+    normalization.prepare(pipeline);
+    ASSERT_TRUE(pipeline.run());
+    const FusionReport& report = pipeline.getReport();
+    const bool turned = std::any_of(report.specimens.begin(), report.specimens.end(),
+                                    [](const SpecimenReport& specimen) { return specimen.turned > 90; });
+    EXPECT_EQ(turned, std::any_of(report.warnings.begin(), report.warnings.end(), [](const std::string& warning) {
+                  return warning.find("was turned by") != std::string::npos;
+              }));
+    for (const SpecimenReport& specimen : report.specimens) {
+        EXPECT_EQ(specimen.warp.refused, specimen.warp.folds > 0) << specimen.name;
+    }
+    for (const ShapeSet<float>* set : pipeline.getShapeSets()) {
+        EXPECT_EQ(set->getSize(), 4) << "the probes are gone";
+    }
 }
 
 } // namespace vorlen

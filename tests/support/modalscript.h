@@ -14,6 +14,7 @@
 #include <QListView>
 #include <QMessageBox>
 #include <QPointer>
+#include <QProgressDialog>
 #include <QSignalBlocker>
 #include <QTimer>
 
@@ -94,6 +95,9 @@ private:
             }
             return;
         }
+        // Progress is shown on slow machines alone.
+        if (__steps.empty() && qobject_cast<QProgressDialog*>(modal) != nullptr)
+            return;
         __handled = modal;
         __sinceHandled.start();
         std::string text = modal->windowTitle().toStdString();

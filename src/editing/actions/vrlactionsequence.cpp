@@ -4,7 +4,8 @@
 
 namespace vorlen {
 
-VRLActionSequence::VRLActionSequence() = default;
+VRLActionSequence::VRLActionSequence(const QString& description) : __description(description) {
+}
 
 // What an early action holds may be named by a later one.
 VRLActionSequence::~VRLActionSequence() {
@@ -14,6 +15,11 @@ VRLActionSequence::~VRLActionSequence() {
 
 void VRLActionSequence::append(std::unique_ptr<VRLAction> action) {
     __actions.push_back(std::move(action));
+}
+
+void VRLActionSequence::applyNext(std::unique_ptr<VRLAction> action) {
+    __actions.push_back(std::move(action));
+    rollBackUnless([this] { __actions.back()->apply(); }, [this] { __actions.pop_back(); });
 }
 
 bool VRLActionSequence::isNull() const {
@@ -37,6 +43,8 @@ void VRLActionSequence::revertFrom(std::size_t end) {
 }
 
 QString VRLActionSequence::description(bool verbose) const {
+    if (!__description.isEmpty())
+        return __description;
     return __actions.empty() ? VRLAction::description(verbose) : __actions.front()->description(verbose);
 }
 

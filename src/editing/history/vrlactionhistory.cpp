@@ -1,7 +1,9 @@
 #include "editing/history/vrlactionhistory.h"
 
+#include <algorithm>
 #include <utility>
 
+#include "editing/bus/vrleventbatch.h"
 #include "editing/bus/vrleventdeferral.h"
 #include "editing/history/vrlaction.h"
 #include "editing/history/vrlactionlist.h"
@@ -154,7 +156,7 @@ void VRLActionHistory::undo() {
         return;
     makeRoom(__redoList);
     VRLEventDeferral events;
-    __undoList.back()->revert();
+    inEventBatch([this] { __undoList.back()->revert(); }); // views follow the whole step at once
     __redoList.push_back(std::move(__undoList.back()));
     __undoList.pop_back();
     try {
@@ -175,7 +177,7 @@ void VRLActionHistory::redo() {
         return;
     makeRoom(__undoList);
     VRLEventDeferral events;
-    __redoList.back()->apply();
+    inEventBatch([this] { __redoList.back()->apply(); });
     __undoList.push_back(std::move(__redoList.back()));
     __redoList.pop_back();
     if (!__undoList.back()->isAside())
@@ -210,6 +212,22 @@ QString VRLActionHistory::getUndoDescription(bool verbose) const {
 
 QString VRLActionHistory::getRedoDescription(bool verbose) const {
     return description(__redoList, verbose, "(Nothing to redo)");
+}
+
+QStringList VRLActionHistory::getUndoDescriptions(int most) const {
+    QStringList names;
+    const std::size_t size = __undoList.size(), number = std::min(size, static_cast<std::size_t>(std::max(most, 0)));
+    for (std::size_t k = size - number; k < size; ++k)
+        names += __undoList[k]->first().description(false);
+    return names;
+}
+
+QStringList VRLActionHistory::getRedoDescriptions(int most) const {
+    QStringList names;
+    const std::size_t size = __redoList.size(), number = std::min(size, static_cast<std::size_t>(std::max(most, 0)));
+    for (std::size_t k = size; k > size - number; --k)
+        names += __redoList[k - 1]->first().description(false);
+    return names;
 }
 
 // The latest steps go first: what an early step took out of the document may be named by a later one.

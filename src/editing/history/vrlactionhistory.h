@@ -7,6 +7,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 namespace vorlen {
 
@@ -77,6 +78,10 @@ public:
     /// Of the first action of the step; the argument is passed on to it.
     QString getUndoDescription(bool verbose) const;
     QString getRedoDescription(bool verbose) const;
+
+    /// Of the last so many steps, in the order in which they were made, or would be redone.
+    QStringList getUndoDescriptions(int most) const;
+    QStringList getRedoDescriptions(int most) const;
 
     void destroyUndoList();
     void destroyRedoList();

@@ -8,6 +8,7 @@
 #include <set>
 #include <utility>
 
+#include "document/model.h"
 #include "document/stackslice.h"
 #include "editing/actions/vrlitemappendpointsaction.h"
 #include "editing/operations/onestep.h"
@@ -40,6 +41,38 @@ void deselectAll(StackSlice& slice) {
         slice.getItem(i).getSelection().set(false);
 }
 
+/// Items, with the number of vertices that they had before.
+using MadeItems = std::vector<std::pair<ModelItem*, int>>;
+
+/// Adds an item, or its points to those of the model that the slice has already.
+void add(EditStep& step, StackSlice& slice, Model& model, const ModelItemProperties& look, const ItemVertices& vertices,
+         MadeItems& made) {
+    auto copy = std::make_unique<ModelItem>();
+    copy->setModel(&model);
+    copy->setSlice(&slice);
+    copy->setProperties(look);
+    copy->setVertices(vertices);
+    ModelItem* const buddy = copy->isConnected() ? nullptr : slice.buddyItem(*copy);
+    if (buddy != nullptr) {
+        auto append = std::make_unique<VRLItemAppendPointsAction>(*buddy);
+        append->setVertices(vertices);
+        made.emplace_back(buddy, buddy->getSize());
+        step.apply(std::move(append));
+    } else {
+        copy->setClockwise(false);
+        made.emplace_back(copy.get(), 0);
+        applyCreation(step, std::move(copy));
+    }
+}
+
+void selectMade(const std::vector<StackSlice*>& slices, const MadeItems& made) {
+    for (StackSlice* const slice : slices)
+        deselectAll(*slice);
+    for (const auto& [item, first] : made)
+        for (int i = first; i < item->getSize(); ++i)
+            item->getSelection().set(true, i, false);
+}
+
 } // namespace
 
 Outcome copySelection(VRLStack& stack, StackSlice& slice, const std::vector<StackSlice*>& targets) {
@@ -70,35 +103,14 @@ Outcome copySelection(VRLStack& stack, StackSlice& slice, const std::vector<Stac
             copies[k].push_back(std::move(*moved));
         }
 
-    std::vector<std::pair<ModelItem*, int>> made; // with the number of vertices before
+    MadeItems made;
     const Outcome outcome = inOneStep(stack, {}, [&](EditStep& step) {
         for (std::size_t k = 0; k < others.size(); ++k)
-            for (std::size_t i = 0; i < selected.size(); ++i) {
-                auto copy = std::make_unique<ModelItem>();
-                copy->setModel(selected[i]->getModel());
-                copy->setSlice(others[k]);
-                copy->setProperties(selected[i]->getProperties());
-                copy->setVertices(copies[k][i]);
-                ModelItem* const buddy = copy->isConnected() ? nullptr : others[k]->buddyItem(*copy);
-                if (buddy != nullptr) {
-                    auto append = std::make_unique<VRLItemAppendPointsAction>(*buddy);
-                    append->setVertices(copies[k][i]);
-                    made.emplace_back(buddy, buddy->getSize());
-                    step.apply(std::move(append));
-                } else {
-                    copy->setClockwise(false);
-                    made.emplace_back(copy.get(), 0);
-                    applyCreation(step, std::move(copy));
-                }
-            }
+            for (std::size_t i = 0; i < selected.size(); ++i)
+                add(step, *others[k], *selected[i]->getModel(), selected[i]->getProperties(), copies[k][i], made);
     });
-    if (!outcome)
-        return outcome;
-    for (StackSlice* const target : others)
-        deselectAll(*target);
-    for (const auto& [item, first] : made)
-        for (int i = first; i < item->getSize(); ++i)
-            item->getSelection().set(true, i, false);
+    if (outcome)
+        selectMade(others, made);
     return outcome;
 }
 
@@ -110,6 +122,119 @@ Outcome copySelectionAround(VRLStack& stack, StackSlice& slice, int before, int 
         if (i != rank)
             targets.push_back(&stack.getSlice(i));
     return copySelection(stack, slice, targets);
+}
+
+namespace {
+
+std::optional<OutlinePoint> finitePoint(const Vector<double>& place) {
+    constexpr double largest = std::numeric_limits<int>::max() / 2.0;
+    if (!(std::abs(place[0]) < largest && std::abs(place[1]) < largest))
+        return std::nullopt;
+    return OutlinePoint{place[0], place[1]};
+}
+
+/// None when a point has no place there.
+std::optional<Outline> toWorld(const Outline& pixels, const StackReconstruction<double>& space, int slice) {
+    Outline world;
+    world.reserve(pixels.size());
+    for (const OutlinePoint& pixel : pixels) {
+        const auto point = finitePoint(space.toWorld(slice, pixel.x, pixel.y));
+        if (!point)
+            return std::nullopt;
+        world.push_back(*point);
+    }
+    return world;
+}
+
+std::optional<Outline> toPixels(const Outline& world, const StackReconstruction<double>& space, int slice,
+                                double unit = 1) {
+    Outline pixels;
+    pixels.reserve(world.size());
+    for (const OutlinePoint& place : world) {
+        const auto point = finitePoint(space.toPixels(slice, unit * place.x, unit * place.y));
+        if (!point)
+            return std::nullopt;
+        pixels.push_back(*point);
+    }
+    return pixels;
+}
+
+MPrimitive geometryOf(const Model& model) {
+    return model.getProperties().definesGeometry() ? model.getProperties().getGeometry() : UnknownPrimitive;
+}
+
+} // namespace
+
+std::vector<CopiedItem> copiedSelection(const VRLStack& stack, const StackSlice& slice) {
+    std::vector<CopiedItem> copied;
+    const StackReconstruction<double> space(stack);
+    const int rank = stack.findSlice(slice);
+    for (int i = 0; i < slice.getNumItems(); ++i) {
+        const ModelItem& item = slice.getItem(i);
+        if (item.getSelection().isEmpty() || item.getModel() == nullptr)
+            continue;
+        CopiedItem copy;
+        copy.model = item.getModel()->getName();
+        copy.geometry = geometryOf(*item.getModel());
+        copy.properties = item.getProperties();
+        copy.pixels = outlineOf(item.isConnected() ? item.getVertices() : item.selectedVertices());
+        copy.world = toWorld(copy.pixels, space, rank);
+        copy.unit = stack.getLengthUnit().getScale();
+        copied.push_back(std::move(copy));
+    }
+    return copied;
+}
+
+Outcome pasteItems(VRLStack& stack, StackSlice& slice, const std::vector<CopiedItem>& items) {
+    if (items.empty())
+        return Outcome::refused("Nothing was copied that could be pasted");
+    const StackReconstruction<double> space(stack);
+    const int rank = stack.findSlice(slice);
+    std::vector<Model*> models;
+    std::vector<ItemVertices> places;
+    for (const CopiedItem& item : items) {
+        const int index = stack.findModel(item.model);
+        if (index < 0 || geometryOf(stack.getModel(index)) != item.geometry)
+            return Outcome::refused("This stack has no model " + item.model + " of that kind");
+        models.push_back(&stack.getModel(index));
+        const double unit = std::pow(10.0, item.unit - stack.getLengthUnit().getScale());
+        const auto carriedOver = item.world ? toPixels(*item.world, space, rank, unit) : std::nullopt;
+        ItemVertices vertices(2, 0, 0, 64);
+        for (const OutlinePoint& point : carriedOver ? *carriedOver : item.pixels)
+            vertices.append(itemVertex(point));
+        places.push_back(std::move(vertices));
+    }
+    MadeItems made;
+    const Outcome outcome = inOneStep(stack, {}, [&](EditStep& step) {
+        for (std::size_t k = 0; k < items.size(); ++k)
+            add(step, slice, *models[k], items[k].properties, places[k], made);
+    });
+    if (outcome)
+        selectMade({&slice}, made);
+    return outcome;
+}
+
+std::vector<NeighbourOutline> neighbourOutlines(const Stack& stack, const StackSlice& slice) {
+    std::vector<NeighbourOutline> outlines;
+    const int rank = stack.findSlice(slice);
+    if (rank < 0)
+        return outlines;
+    const StackReconstruction<double> space(stack);
+    for (const int other : {rank - 1, rank + 1}) {
+        if (other < 0 || other >= stack.getNumSlices())
+            continue;
+        const StackSlice& neighbour = stack.getSlice(other);
+        for (int i = 0; i < neighbour.getNumItems(); ++i) {
+            const ModelItem& item = neighbour.getItem(i);
+            if (item.getModel() == nullptr || item.getSize() == 0)
+                continue;
+            const auto world = toWorld(outlineOf(item.getVertices()), space, other);
+            auto points = world ? toPixels(*world, space, rank) : std::nullopt;
+            if (points)
+                outlines.push_back({item.getModel(), geometryOf(*item.getModel()), other < rank, std::move(*points)});
+        }
+    }
+    return outlines;
 }
 
 } // namespace vorlen

@@ -1,11 +1,18 @@
 #pragma once
 
+#include <optional>
+#include <string>
 #include <vector>
 
+#include "document/modelitemproperties.h"
+#include "document/modelproperties.h"
 #include "editing/operations/outcome.h"
+#include "editing/operations/outlineshape.h"
 
 namespace vorlen {
 
+class Model;
+class Stack;
 class StackSlice;
 class VRLStack;
 
@@ -19,5 +26,34 @@ Outcome copySelection(VRLStack& stack, StackSlice& slice, const std::vector<Stac
 
 /// The same for so many slices before and behind the slice, as far as the stack goes; below 1 none on that side.
 Outcome copySelectionAround(VRLStack& stack, StackSlice& slice, int before, int behind);
+
+/// An item that was copied, apart from its stack: where it lay in the image, and in space where that is known.
+struct CopiedItem {
+    std::string model;
+    MPrimitive geometry = UnknownPrimitive;
+    ModelItemProperties properties;
+    Outline pixels;
+    std::optional<Outline> world; // in the stack's unit
+    int unit = -6;                // of that, as a power of ten of a metre
+};
+
+/// What is selected on the slice: contours as a whole, of points the selected ones.
+std::vector<CopiedItem> copiedSelection(const VRLStack& stack, const StackSlice& slice);
+
+/// Puts copied items on the slice where they lie in space, else at the same pixels, into the models of their names, in
+/// one step; they are what is selected then. Points go into those that the slice has already. Refused when there is
+/// nothing, and when the stack lacks a model of that name and geometry.
+Outcome pasteItems(VRLStack& stack, StackSlice& slice, const std::vector<CopiedItem>& items);
+
+/// The outline of an item of a slice beside another one, carried to where it lies there.
+struct NeighbourOutline {
+    const Model* model = nullptr;
+    MPrimitive geometry = UnknownPrimitive;
+    bool before = false; // of the slice before this one, not of the one behind it
+    Outline points;
+};
+
+/// What is drawn on the slices next to this one; items that have no place on this slice are left out.
+std::vector<NeighbourOutline> neighbourOutlines(const Stack& stack, const StackSlice& slice);
 
 } // namespace vorlen

@@ -1,6 +1,8 @@
 #include "editing/operations/modeloperations.h"
 
 #include <algorithm>
+#include <array>
+#include <limits>
 
 #include "editing/actions/vrlactionsequence.h"
 #include "editing/actions/vrlmodelcreationaction.h"
@@ -63,6 +65,61 @@ Outcome changeModels(VRLStack& stack, const std::vector<Model*>& models, const M
             step->append(std::move(action));
     }
     return applyInStep(stack, std::move(step));
+}
+
+namespace {
+
+/// Colours that stand out from each other and from greys, also for most who see colours differently (after M. Okabe and
+/// K. Ito, Color Universal Design, 2008), and some between them.
+constexpr std::array<std::array<int, 3>, 12> palette = {{{230, 60, 40},
+                                                         {0, 158, 115},
+                                                         {86, 180, 233},
+                                                         {240, 228, 66},
+                                                         {204, 121, 167},
+                                                         {230, 159, 0},
+                                                         {0, 114, 178},
+                                                         {150, 220, 60},
+                                                         {160, 90, 220},
+                                                         {0, 220, 220},
+                                                         {255, 150, 150},
+                                                         {150, 100, 50}}};
+
+int distance(const std::array<int, 3>& one, const std::array<int, 3>& other) {
+    int sum = 0;
+    for (std::size_t k = 0; k < 3; ++k)
+        sum += (one[k] - other[k]) * (one[k] - other[k]);
+    return sum;
+}
+
+std::array<int, 3> freshColor(const Stack& stack) {
+    std::array<int, palette.size()> nearest;
+    nearest.fill(std::numeric_limits<int>::max());
+    for (int i = 0; i < stack.getNumModels(); ++i) {
+        ModelItemProperties look;
+        look.setDefaults();
+        look.update(stack.getModel(i).getItemProperties());
+        const Vector<int>& color = look.getColor();
+        std::array<int, 3> used;
+        for (int k = 0; k < 3; ++k)
+            used[std::size_t(k)] = std::clamp(color[k], 0, 255);
+        for (std::size_t k = 0; k < palette.size(); ++k)
+            nearest[k] = std::min(nearest[k], distance(palette[k], used));
+    }
+    return palette[std::size_t(std::max_element(nearest.begin(), nearest.end()) - nearest.begin())];
+}
+
+} // namespace
+
+ModelChange nextModel(const Stack& stack, MPrimitive geometry) {
+    ModelChange change;
+    int number = stack.getNumModels() + 1;
+    while (!checkModelName(stack, "Model " + std::to_string(number)))
+        ++number;
+    change.name = "Model " + std::to_string(number);
+    change.properties.setGeometry(geometry);
+    const std::array<int, 3> color = freshColor(stack);
+    change.itemProperties.setColor(color[0], color[1], color[2]);
+    return change;
 }
 
 Outcome renameModel(VRLStack& stack, Model& model, const std::string& name) {

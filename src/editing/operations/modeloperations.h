@@ -30,6 +30,10 @@ Outcome createModel(VRLStack& stack, const ModelChange& change);
 /// model of another stack.
 Outcome changeModels(VRLStack& stack, const std::vector<Model*>& models, const ModelChange& change);
 
+/// A model to be made of one press of a button: a name "Model N" that is free, and of a palette of colours the
+/// one that is farthest from those of the other models, the first of several.
+ModelChange nextModel(const Stack& stack, MPrimitive geometry);
+
 Outcome renameModel(VRLStack& stack, Model& model, const std::string& name);
 
 /// Takes the models out with their items, in one step. Refused for a model of another stack.

@@ -4,6 +4,7 @@
 
 #include "document/modelitem.h"
 #include "editing/actions/vrlitemcreationaction.h"
+#include "editing/bus/vrleventbatch.h"
 #include "editing/history/editstep.h"
 #include "editing/operations/applyinstep.h"
 #include "editing/operations/outcome.h"
@@ -13,12 +14,13 @@ namespace vorlen {
 
 /// Runs the work of an operation, which is given the step to apply its actions in, as one step of the stack's history.
 /// A step without actions leaves no trace, and is refused with the reason. What the work throws takes the step back.
+/// The actions tell of themselves in one batch of events.
 template <class Work>
 Outcome inOneStep(VRLStack& stack, const std::string& nothing, Work&& work) {
     if (const Outcome free = mayBeginStep(stack); !free)
         return free;
     EditStep step(*stack.history());
-    work(step);
+    inEventBatch([&] { work(step); });
     const bool anything = step.getNumActions() > 0;
     step.commit();
     return anything ? Outcome::done() : Outcome::refused(nothing);

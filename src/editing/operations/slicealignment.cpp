@@ -303,7 +303,8 @@ void Alignment::solve() {
         if (!mayMove(i) || i >= __numMatched)
             chain.keepStep(i);
     for (const Pair& pair : __pairs) {
-        if (!pair.match.found)
+        // Slices behind the range follow its last one as they are, and have no say in where it goes.
+        if (!pair.match.found || pair.source > __last)
             continue;
         const int distance = pair.source - pair.target;
         const bool fixed = __options.reference == AlignmentReference::FixedSlice &&

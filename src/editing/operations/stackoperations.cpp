@@ -1,6 +1,7 @@
 #include "editing/operations/stackoperations.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 #include <QFile>
@@ -27,6 +28,9 @@ Outcome checkChange(const VRLStack& stack, const StackChange& change) {
         return Outcome::refused("The slice spacing must be above zero");
     if (change.calibration && !isPixelSize(*change.calibration))
         return Outcome::refused("The size of a pixel must be above zero");
+    if (change.greyScale && !(std::isfinite(change.greyScale->low) && std::isfinite(change.greyScale->high) &&
+                              change.greyScale->low < change.greyScale->high))
+        return Outcome::refused("The value shown as black must lie below the one shown as white");
     for (const auto* slices : {&change.spacingSlices, &change.calibrationSlices})
         for (const StackSlice* slice : *slices)
             if (stack.findSlice(*slice) < 0)
@@ -72,6 +76,8 @@ Outcome changeStack(VRLStack& stack, const StackChange& change) {
     state.name = change.name.value_or(state.name);
     state.annotation = change.annotation.value_or(state.annotation);
     state.absoluteImagesPath = change.absoluteImagesPath.value_or(state.absoluteImagesPath);
+    if (change.greyScale)
+        state.greyScale = change.greyScale;
     if (change.spacing) {
         for (StackSlice* slice : change.spacingSlices)
             if (!slice->isDefaultRelativePosition())

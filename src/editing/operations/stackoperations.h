@@ -7,6 +7,7 @@
 
 #include "editing/operations/imageslices.h"
 #include "editing/operations/outcome.h"
+#include "images/rasters/greyscale.h"
 #include "values/lengthunit.h"
 #include "values/pixelcalibration.h"
 
@@ -42,6 +43,7 @@ struct StackChange {
     std::optional<PixelCalibration> calibration; // in the stack's length unit, whatever its own
     std::vector<StackSlice*> calibrationSlices;
     std::optional<bool> absoluteImagesPath;
+    std::optional<GreyScale> greyScale; // how images beyond bytes are looked at
 };
 
 /// Refused for an empty name, numbers that are no measures and slices of another stack.

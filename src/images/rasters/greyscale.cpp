@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
+#include "images/rasters/greysampling.h"
 #include "images/rasters/image.h"
 
 namespace vorlen {
@@ -16,21 +16,11 @@ void GreyScaleFinder::add(const Image& image) {
     if (!hasGreyScale(image))
         return;
     const std::size_t count = std::size_t(image.getWidth()) * std::size_t(image.getHeight());
-    // A step that has no factor in common with the width, so that all columns are met.
-    std::size_t step = (count + samplesOfImage - 1) / samplesOfImage;
-    while (step > 1 && image.getWidth() > 1 && std::size_t(image.getWidth()) % step == 0)
-        ++step;
+    const std::size_t step = samplingStep(image, samplesOfImage);
     __values.reserve(__values.size() + std::min(count, samplesOfImage));
     std::size_t next = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        float value = 0;
-        if (image.isReal()) {
-            std::memcpy(&value, image.getData() + 4 * i, 4);
-        } else {
-            std::uint16_t word = 0;
-            std::memcpy(&word, image.getData() + 2 * i, 2);
-            value = word;
-        }
+        const float value = wideValue(image, i);
         if (std::isfinite(value)) {
             __greatest = std::max(__greatest, value);
             __isWhole = __isWhole && value == std::floor(value);

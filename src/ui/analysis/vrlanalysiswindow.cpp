@@ -20,6 +20,7 @@
 #include "ui/analysis/vrlsliceanalysistable.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/session/vrlconfig.h"
+#include "ui/widgets/placedwindow.h"
 
 namespace vorlen {
 
@@ -89,9 +90,9 @@ void VRLAnalysisWindow::restoreGeometryFromSettings() {
     const QSettings settings;
     const QPoint position = settings.value("analysisWindow/pos", QPoint(0, 0)).toPoint();
     const QSize size = settings.value("analysisWindow/size", defaultSize()).toSize();
-    const bool onScreen = QGuiApplication::screenAt(position + QPoint(size.width() / 2, 0)) != nullptr;
-    move(onScreen ? position : QPoint(0, 0));
-    resize(size);
+    const QRect place = placedOnScreen(QRect(position, size));
+    move(place.topLeft());
+    resize(place.size());
 }
 
 void VRLAnalysisWindow::setStack(const VRLStack& stack) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include <QActionGroup>
 #include <QApplication>
@@ -11,10 +12,10 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QTextEdit>
 #include <QToolBar>
 
-#include "document/model.h"
 #include "document/stackslice.h"
 #include "editing/actions/vrldrawingdiscardaction.h"
 #include "editing/actions/vrlsliceinsertiondeletionaction.h"
@@ -29,11 +30,18 @@
 #include "numerics/exception.h"
 #include "reconstruction/spotdistances.h"
 #include "ui/analysis/vrlanalysiswindow.h"
+#include "ui/app/historypanel.h"
 #include "ui/app/rootcommands.h"
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
+#include "ui/app/workspace.h"
+#include "ui/exchange/filtermarks.h"
+#include "ui/exchange/vrlmodelexchangedialog.h"
+#include "ui/exchange/vrlmodelfilterdialog.h"
 #include "ui/files/vrlstackio.h"
+#include "ui/fusion/vrlfusionwindow.h"
 #include "ui/icons/vrlicons.h"
+#include "ui/models/modelpanel.h"
 #include "ui/models/refusal.h"
 #include "ui/models/vrlmodeldialog.h"
 #include "ui/models/vrlpreferencesdialog.h"
@@ -42,14 +50,19 @@
 #include "ui/models/vrlstackannotationdialog.h"
 #include "ui/models/vrlstacklistwidget.h"
 #include "ui/models/vrlstackpropertiesdialog.h"
+#include "ui/panorama/vrloverviewwidget.h"
+#include "ui/panorama/vrlpanorama.h"
 #include "ui/registration/vrlregistrationwindow.h"
 #include "ui/scenes/vrlrenderingwindow.h"
 #include "ui/session/vrlconfig.h"
 #include "ui/session/vrlsettings.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
+#include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/spots/vrlspotextractionprocess.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/waitcursor.h"
 
@@ -67,6 +80,7 @@ VRLRootMediator::VRLRootMediator(VRLRootWindow& window) : QObject(&window), __wi
     bindProcessCommands();
     bindViewCommands();
     bindWindowCommands();
+    bindWorkspaceCommands();
 }
 
 void VRLRootMediator::bindFileCommands() {
@@ -116,18 +130,27 @@ void VRLRootMediator::bindProcessCommands() {
         return __stack != nullptr && __stack->getNumSlices() > 1;
     });
     __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
-    __commands.command("models.transfer").enableWhen(severalStacks);
-    __commands.command("stack.findSpots").enableWhen(stack);
-    __commands.command("stacks.normalize").enableWhen(severalStacks);
-    __commands.command("models.filter").enableWhen(stack);
+    __commands.bind("models.transfer", [this] { runStackModelExchangeDialog(); }).enableWhen(severalStacks);
+    __commands.bind("stack.findSpots", [this] { runSpotExtraction(); }).enableWhen(stack);
+    __commands
+        .bind("stacks.normalize",
+              [] {
+                  auto window = std::make_unique<VRLFusionWindow>();
+                  window.release()->show(); // deletes itself when it is closed
+              })
+        .enableWhen(severalStacks);
+    __commands.bind("models.filter", [this] { runModelFilterDialog(); }).enableWhen(stack);
     __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
     __commands.bind("stacks.spotDistances", [this] { runOmbrelAction1(); });
 }
 
 void VRLRootMediator::bindViewCommands() {
     const auto last = [this] { return __stack == nullptr ? -1 : __stack->getNumSlices() - 1; };
-    __commands.bind("view.slice", [] {});
-    __commands.command("view.overview").enableWhen([this] { return __slice != nullptr; });
+    __commands.bind("view.panorama", [this] { showPanorama(); });
+    __commands.bind("view.slice", [this] { showPlainview(); });
+    __commands.bind("view.overview", [this] { showOverview(__commands.action("view.overview").isChecked()); })
+        .enableWhen([this] { return __slice != nullptr; });
+    __commands.bind("view.contrast", [this] { showContrast(); }).enableWhen([this] { return __slice != nullptr; });
     __commands.bind("slice.first", [this] { setFirstSlice(); }).enableWhen([this, last] {
         return last() >= 0 && !isAt(0);
     });
@@ -185,7 +208,9 @@ void VRLRootMediator::guarded(const QString& task, const std::function<void()>& 
         failure = error.what();
     }
     if (!failure.isEmpty())
-        QMessageBox::warning(&__window, appName, "\"" + task + "\" could not be carried out:\n" + failure);
+        PlainMessageBox(QMessageBox::Warning, appName, "\"" + task + "\" could not be carried out:\n" + failure,
+                        QMessageBox::Ok, &__window)
+            .exec();
     updateActions();
 }
 
@@ -216,6 +241,10 @@ void VRLRootMediator::setStatusBar(VRLRootStatusBar& statusBar) {
     __statusBar->setSliceAnnotationAction(&__commands.action("slice.annotate"));
 }
 
+void VRLRootMediator::setPanorama(VRLPanorama& panorama) {
+    __panorama = &panorama;
+}
+
 void VRLRootMediator::initFileMenu(QMenu& menu) {
     __commands.fill(menu, rootCommands().menu("File"));
 }
@@ -235,9 +264,9 @@ void VRLRootMediator::initAnalyzeMenu(QMenu& menu) {
 void VRLRootMediator::initialize() {
     updateActions();
     __commands.fill(*__toolBar, rootCommands().menu("Tool bar"));
-    auto* slider = new BlackWhiteDoubleSlider(__toolBar);
-    __toolBar->addWidget(slider);
-    __sliceWidget->setBlackWhiteDoubleSlider(*slider);
+    __slider = new BlackWhiteDoubleSlider(__toolBar);
+    __toolBar->addWidget(__slider);
+    __sliceWidget->setBlackWhiteDoubleSlider(*__slider);
     __sliceWidget->setToolBar(*__toolBar);
     __sliceWidget->setStatusBar(__statusBar->getSliceEditWidgetStatusBar());
     __sliceWidget->initialize();
@@ -249,6 +278,8 @@ void VRLRootMediator::initialize() {
     connect(&sliceMediator, &VRLSliceEditWidgetMediator::sliceRequested, this, &VRLRootMediator::setSlice);
     __commands.fill(*__toolBar, rootCommands().menu("Tool bar: slices"));
     sliceMediator.addMonitor(*__statusBar);
+    initializePanorama();
+    initializeOverview();
     for (int i = 0; i < VRLStackServer::stackServer.getNumStacks(); ++i)
         __stackList->addStack(VRLStackServer::stackServer.getStack(i));
     updateActions();
@@ -271,7 +302,9 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
         disconnect(__stack->history(), nullptr, this, nullptr);
     __stack = &stack;
     __slice = nullptr;
+    __slicePaired = nullptr;
     connect(__stack->history(), &VRLActionHistory::changed, this, &VRLRootMediator::stackHistoryChange);
+    __panorama->setStack(stack);
     __sliceList->setStack(stack);
     __stackList->setSelectedStack(stack);
     if (slice != nullptr) {
@@ -281,8 +314,10 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
         setSlice(stack.getSlice(segmented < 1 ? 0 : segmented));
     } else {
         __sliceWidget->clear();
+        showInOverview();
     }
     updateStatusBarDisplay();
+    updateWorkspace();
     updateActions();
 }
 
@@ -294,9 +329,13 @@ void VRLRootMediator::setSlice(StackSlice& slice) {
     }
     if (&slice != __slice) {
         const WaitCursor cursor;
+        __slicePaired = __slice;
         __slice = &slice;
         __sliceList->setSelectedSlice(slice);
+        updateWorkspace();
         __sliceWidget->setSlice(slice);
+        __panorama->setSlice(slice);
+        showInOverview();
         updateStatusBarDisplay();
     }
     updateActions();
@@ -319,7 +358,7 @@ void VRLRootMediator::stackHistoryChange() {
     const auto describe = [this](const char* id, const QString& text, const QString& step) {
         __commands.update(id);
         __commands.update("edit.clearHistory");
-        __commands.action(id).setToolTip(step.isEmpty() ? text : text + ' ' + step);
+        __commands.action(id).setToolTip(plainTip(step.isEmpty() ? text : text + ' ' + step));
     };
     describe("edit.undo", "Undo", history == nullptr ? QString() : history->getUndoDescription(false));
     describe("edit.redo", "Redo", history == nullptr ? QString() : history->getRedoDescription(false));
@@ -330,8 +369,10 @@ void VRLRootMediator::withStackIO(const QString& task, const std::function<VRLSt
     guarded(task, [this, &command] {
         VRLStackIO io(&__window);
         io.addMonitor(*__statusBar);
-        if (VRLStack* stack = command(io))
+        if (VRLStack* stack = command(io)) {
             setStack(*stack);
+            __sliceWidget->getCanvas().setFocus(); // the keys lead through the slices at once
+        }
         if (!io.getNotice().isEmpty())
             __statusBar->setMessage(io.getNotice());
     });
@@ -351,6 +392,10 @@ void VRLRootMediator::openStack() {
 
 void VRLRootMediator::openStack(const QString& file) {
     withStackIO("Open stack", [&file](VRLStackIO& io) { return io.openStack(QFile::encodeName(file).toStdString()); });
+}
+
+void VRLRootMediator::openDropped(const QStringList& paths) {
+    withStackIO("Open stack", [&paths](VRLStackIO& io) { return io.openDropped(paths); });
 }
 
 void VRLRootMediator::updateRecentFilesMenu() {
@@ -433,12 +478,13 @@ void VRLRootMediator::showStep(const QString& verb, const QString& what, const S
 void VRLRootMediator::clearHistory() {
     if (__stack == nullptr)
         return;
-    QMessageBox box(QMessageBox::Question, "Clear undo history",
-                    "Forget what was done to the stack \"" + QString::fromStdString(__stack->getName()) +
-                        "\" so far?\n\nThe stack stays as it is, and so do its file and backups. But nothing that was "
-                        "done until now can be undone any more, neither now nor when the file is opened again: the "
-                        "record of it is deleted.",
-                    QMessageBox::NoButton, &__window);
+    PlainMessageBox box(
+        QMessageBox::Question, "Clear undo history",
+        "Forget what was done to the stack \"" + QString::fromStdString(__stack->getName()) +
+            "\" so far?\n\nThe stack stays as it is, and so do its file and backups. But nothing that was "
+            "done until now can be undone any more, neither now nor when the file is opened again: the "
+            "record of it is deleted.",
+        QMessageBox::NoButton, &__window);
     box.setTextFormat(Qt::PlainText);
     const QAbstractButton* clear = box.addButton("Clear History", QMessageBox::DestructiveRole);
     box.setDefaultButton(box.addButton(QMessageBox::Cancel));
@@ -453,6 +499,27 @@ void VRLRootMediator::runStackModelsDialog() {
     if (__stack == nullptr)
         return;
     VRLModelDialog dialog(&__window);
+    dialog.setStack(*__stack);
+    dialog.exec();
+}
+
+void VRLRootMediator::runStackModelExchangeDialog() {
+    VRLModelExchangeDialog dialog(&__window);
+    dialog.exec();
+}
+
+/// What will go is marked in the picture of the slice and in space, until the dialog closes.
+void VRLRootMediator::runModelFilterDialog() {
+    if (__stack == nullptr)
+        return;
+    if (!__panorama->isHidden())
+        showPlainview();
+    FilterSceneMarks inSpace(*__stack);
+    const auto marks = std::make_unique<FilterMarks>(*__sliceWidget);
+    VRLModelFilterDialog dialog(&__window);
+    connect(&dialog, &VRLModelFilterDialog::planChanged, marks.get(), &FilterMarks::setPlan);
+    connect(&dialog, &VRLModelFilterDialog::planChanged, &inSpace, &FilterSceneMarks::setPlan);
+    connect(&dialog, &VRLModelFilterDialog::sliceRequested, this, &VRLRootMediator::setSlice);
     dialog.setStack(*__stack);
     dialog.exec();
 }
@@ -478,7 +545,10 @@ void VRLRootMediator::findImages() {
 void VRLRootMediator::deleteSlice() {
     if (__stack == nullptr || __slice == nullptr)
         return;
-    tellRefusal(&__window, deleteSlices(*__stack, {__slice}));
+    std::vector<StackSlice*> slices = {__slice};
+    if (!__panorama->isHidden() && __panorama->selectedSlices().size() > 1)
+        slices = __panorama->selectedSlices();
+    tellRefusal(&__window, deleteSlices(*__stack, slices));
 }
 
 void VRLRootMediator::runStackPropertiesDialog() {
@@ -561,10 +631,10 @@ void VRLRootMediator::runOmbrelAction1() {
     }
     if (failures.isEmpty())
         return;
-    QMessageBox box(QMessageBox::Information, appName,
-                    failures.join("\n\n") + "\n\nThe distances are those of the points of the model "
-                                            "\"spotBarycenters\" to the surface of the model \"cell\".",
-                    QMessageBox::Ok, &__window);
+    PlainMessageBox box(QMessageBox::Information, appName,
+                        failures.join("\n\n") + "\n\nThe distances are those of the points of the model "
+                                                "\"spotBarycenters\" to the surface of the model \"cell\".",
+                        QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
@@ -594,6 +664,16 @@ void VRLRootMediator::renderCurrentStack() {
         window->setStack(*__stack);
         window.release()->show(); // deletes itself when it is closed
     });
+}
+
+void VRLRootMediator::runSpotExtraction() {
+    if (__stack == nullptr)
+        return;
+    VRLSpotExtractionProcess process;
+    process.setCanvas(__sliceWidget->getCanvas());
+    process.run(*__stack);
+    if (const int n = process.getNumSpots(); n > 0)
+        __statusBar->setMessage(QString("Added %1 %2.").arg(n).arg(n == 1 ? "spot" : "spots"));
 }
 
 void VRLRootMediator::goTo(int position) {
@@ -632,8 +712,8 @@ void VRLRootMediator::stackSelectionChange() {
         setStack(*stacks[0]);
 }
 
-// The panorama will follow the mode.
-void VRLRootMediator::setCanvasMode(CanvasMode) {
+void VRLRootMediator::setCanvasMode(CanvasMode mode) {
+    __panorama->setCanvasMode(mode);
 }
 
 // What was locked is given back even when its slice is not the current one any more.
@@ -642,6 +722,8 @@ void VRLRootMediator::lockRequest(const bool on) {
     if (slice == nullptr)
         return;
     __lockedSlice = on ? slice : nullptr;
+    if (on && !__panorama->isHidden())
+        showPlainview(); // where the drawing is
     VRLSliceLockEvent event(slice, on);
     notifyEvent(event);
 }
@@ -656,6 +738,10 @@ void VRLRootMediator::sliceLockEvent(VRLSliceLockEvent& event) {
     }
     __stackList->setEnabled(!__locked);
     __sliceList->setEnabled(!__locked);
+    if (__workspace != nullptr) {
+        __workspace->models().setLocked(__locked);
+        __workspace->history().setLocked(__locked);
+    }
     updateActions();
 }
 
@@ -668,8 +754,12 @@ void VRLRootMediator::clearCurrentStack() {
     disconnect(__stack->history(), nullptr, this, nullptr);
     __sliceList->clear();
     __sliceWidget->clear();
+    __panorama->clear();
     __stack = nullptr;
     __slice = nullptr;
+    showInOverview();
+    __slicePaired = nullptr;
+    updateWorkspace();
     updateStatusBarDisplay();
 }
 
@@ -717,12 +807,16 @@ void VRLRootMediator::processSliceInsertionDeletionAction(VRLSliceInsertionDelet
 /// After slices came or went: the current slice stays if it is still there; else its neighbour becomes current.
 void VRLRootMediator::reloadSlices(int position) {
     const int row = __slice == nullptr ? -1 : __stack->findSlice(*__slice);
+    if (__slicePaired != nullptr && __stack->findSlice(*__slicePaired) < 0)
+        __slicePaired = nullptr;
     __sliceList->setStack(*__stack);
     if (row >= 0) {
         __sliceList->setSelectedSlice(*__slice);
     } else {
         __slice = nullptr;
+        updateWorkspace();
         __sliceWidget->clear();
+        showInOverview();
         if (__stack->getNumSlices() > 0)
             goTo(std::min(position, __stack->getNumSlices() - 1));
         else

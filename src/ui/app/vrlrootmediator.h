@@ -1,9 +1,11 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include <QObject>
+#include <QPointer>
 
 #include "editing/bus/vrleventclient.h"
 #include "ui/commands/commandregistry.h"
@@ -15,9 +17,13 @@ class QToolBar;
 
 namespace vorlen {
 
+class BlackWhiteDoubleSlider;
+class ContrastDialog;
 class StackSlice;
 class StepWatch;
 class VRLMenu;
+class VRLOverviewWidget;
+class VRLPanorama;
 class VRLRootSliceEditWidget;
 class VRLRootStatusBar;
 class VRLRootWindow;
@@ -25,6 +31,7 @@ class VRLSliceListWidget;
 class VRLStack;
 class VRLStackIO;
 class VRLStackListWidget;
+class Workspace;
 
 /// The commands of a root window, and what is current in it: a stack and a slice of it, or none.
 ///
@@ -43,16 +50,21 @@ public:
     void setToolBar(QToolBar& toolBar);
     void setRootWidget(VRLRootSliceEditWidget& widget);
     void setStatusBar(VRLRootStatusBar& statusBar);
+    void setPanorama(VRLPanorama& panorama);
     void initFileMenu(QMenu& menu);
     void initEditMenu(QMenu& menu);
     void initProcessMenu(QMenu& menu);
     void initAnalyzeMenu(QMenu& menu);
     void initialize();
+    /// After initialize().
+    void setWorkspace(Workspace& workspace);
 
     VRLStack* currentStack() const { return __stack; }
     StackSlice* currentSlice() const { return __slice; }
     /// Whether something is drawn or edited, in this window or in another.
     bool isLocked() const { return __locked; }
+
+    VRLOverviewWidget& overview() { return *__overview; }
 
     /// All commands of the window; their ids stand in rootCommands().
     CommandRegistry& commands() { return __commands; }
@@ -65,6 +77,8 @@ public:
     void stackNameEvent(VRLStackNameEvent& event) override;
     void stackFileNameEvent(VRLStackFileNameEvent& event) override;
     void stackModifyEvent(VRLStackModifyEvent& event) override;
+    void modelCreateEvent(VRLModelCreateEvent& event) override;
+    void modelDeleteEvent(VRLModelDeleteEvent& event) override;
     void sliceAnnotationEvent(VRLSliceAnnotationEvent& event) override;
     void sliceLockEvent(VRLSliceLockEvent& event) override;
     void sliceNameEvent(VRLSliceNameEvent& event) override;
@@ -79,6 +93,8 @@ public slots:
     void createStackFromFile();
     void openStack();
     void openStack(const QString& file);
+    /// Stack files, images and folders of images.
+    void openDropped(const QStringList& paths);
     void updateRecentFilesMenu();
     void saveStack();
     void saveStackAs();
@@ -91,8 +107,11 @@ public slots:
     /// Asks first: what was done can't be undone then, also when the file is opened again.
     void clearHistory();
     void runStackModelsDialog();
+    void runStackModelExchangeDialog();
+    void runModelFilterDialog();
     void insertSlice();
     void findImages();
+    /// The slices that are selected in the panorama, while it is shown; else the current one.
     void deleteSlice();
     void runStackPropertiesDialog();
     void runSlicePropertiesDialog();
@@ -102,14 +121,28 @@ public slots:
     /// One window for a stack: an open one comes to the front.
     void registerCurrentStack();
     void renderCurrentStack();
+    void runSpotExtraction();
     void runAnalysis();
     /// Lists, for each open stack, how far the points of the model "spotBarycenters" lie from the surface of the model
     /// "cell". Stacks where this cannot be told are named in a message.
     void runOmbrelAction1();
+    /// One of the two takes the place of the other.
+    void showPanorama();
+    void showPlainview();
+    void showPlainview(StackSlice& slice);
+    void showOverview(bool shown);
+    /// The window with the histogram, which stays open and follows.
+    void showContrast();
     void setFirstSlice();
     void setLastSlice();
     void setNextSlice();
     void setPreviousSlice();
+    /// Goes to the slice that was shown before this one, and back.
+    void flipSlices();
+    /// Goes to the next slice that lacks the current model between others.
+    void setNextLackingSlice();
+    /// Undoes so many steps; redoes them for a number below 0.
+    void goInHistory(int numSteps);
     void sliceSelectionChange();
     void stackSelectionChange();
     void stackHistoryChange();
@@ -124,11 +157,17 @@ private:
     void bindWindowCommands();
     int numOpenStacks() const;
     bool isAt(int position) const;
+    void initializePanorama();
+    void initializeOverview();
+    void showInOverview();
     void clearCurrentStack();
     void updateStatusBarDisplay();
     void reloadSlices(int position);
     void guarded(const QString& task, const std::function<void()>& command);
     void withStackIO(const QString& task, const std::function<VRLStack*(VRLStackIO&)>& command);
+    void bindWorkspaceCommands();
+    void updateWorkspace();
+    void showScaleBar(bool shown);
     void goTo(int position);
     void showStep(const QString& verb, const QString& what, const StepWatch& watch);
 
@@ -141,6 +180,12 @@ private:
     QToolBar* __toolBar = nullptr;
     VRLRootSliceEditWidget* __sliceWidget = nullptr;
     VRLRootStatusBar* __statusBar = nullptr;
+    VRLPanorama* __panorama = nullptr;
+    BlackWhiteDoubleSlider* __slider = nullptr; // the tool bar's
+    QPointer<ContrastDialog> __contrast;        // the window's, while it is open
+    std::unique_ptr<VRLOverviewWidget> __overview;
+    Workspace* __workspace = nullptr;
+    StackSlice* __slicePaired = nullptr; // that was shown before the current one, of the same stack
     VRLMenu* __recentFilesMenu = nullptr;
     CommandRegistry __commands{*this};
     bool __locked = false;

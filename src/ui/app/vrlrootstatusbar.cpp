@@ -12,6 +12,7 @@
 #include <QToolButton>
 
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/widgets/plaintext.h"
 
 namespace vorlen {
 
@@ -89,19 +90,19 @@ void VRLRootStatusBar::setSliceAnnotationAction(QAction* action) {
 void VRLRootStatusBar::setStack(const QString& name) {
     __stack->setText(name);
     __stack->setCursorPosition(0);
-    __stack->setToolTip(name);
+    __stack->setToolTip(plainTip(name));
 }
 
 void VRLRootStatusBar::setSlice(const QString& name) {
     __slice->setText(name);
     __slice->setCursorPosition(0);
-    __slice->setToolTip(name);
+    __slice->setToolTip(plainTip(name));
 }
 
 void VRLRootStatusBar::setWarning(const QString& warning) {
     __warning->setTextFormat(Qt::RichText);
     __warning->setText("<b>\u26a0 No recovery</b>");
-    __warning->setToolTip(warning);
+    __warning->setToolTip(plainTip(warning));
     __warning->setAccessibleDescription(warning);
     __warning->setVisible(!warning.isEmpty());
 }

@@ -27,9 +27,13 @@
 #include "ui/app/vrlrootbrowser.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootstatusbar.h"
+#include "ui/app/workspace.h"
+#include "ui/commands/mnemonics.h"
 #include "ui/commands/shortcutsdialog.h"
 #include "ui/files/vrlstackio.h"
+#include "ui/fusion/fusioncommands.h"
 #include "ui/icons/vrlicons.h"
+#include "ui/panorama/vrlpanorama.h"
 #include "ui/registration/registrationcommands.h"
 #include "ui/scenes/renderingcommands.h"
 #include "ui/session/vrlconfig.h"
@@ -38,6 +42,8 @@
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/widgets/placedwindow.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/vrlsplitter.h"
 
 namespace vorlen {
@@ -71,11 +77,12 @@ QLabel* VRLRootWindow::newHintLine(QWidget* parent) {
     auto* line = new QLabel(parent);
     line->setContentsMargins(6, 2, 6, 2);
     line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // no hint widens the window
+    line->setTextFormat(Qt::PlainText);
     line->setAccessibleName("Hint");
     connect(&__statusBar->getSliceEditWidgetStatusBar(), &QStatusBar::messageChanged, line,
             [line](const QString& hint) {
                 line->setText(hint);
-                line->setToolTip(hint);
+                line->setToolTip(plainTip(hint));
             });
     return line;
 }
@@ -87,6 +94,7 @@ VRLRootWindow::VRLRootWindow() {
     __toolBar->setIconSize(toolBarIconSize);
     __statusBar = new VRLRootStatusBar(this);
     __browser = new VRLRootBrowser(this);
+    __panorama = new VRLPanorama(this);
     __sliceWidget = new VRLRootSliceEditWidget(this);
     __mediator = new VRLRootMediator(*this);
 
@@ -96,6 +104,7 @@ VRLRootWindow::VRLRootWindow() {
     __mediator->setToolBar(*__toolBar);
     __mediator->setRootWidget(*__sliceWidget);
     __mediator->setStatusBar(*__statusBar);
+    __mediator->setPanorama(*__panorama);
 
     QMenu* file = menuBar->addMenu("File");
     QMenu* edit = menuBar->addMenu("Edit");
@@ -108,25 +117,29 @@ VRLRootWindow::VRLRootWindow() {
     __mediator->initProcessMenu(*process);
     __mediator->initAnalyzeMenu(*analyze);
     __mediator->initialize();
+    auto* views = new QFrame(this);
+    auto* viewsLayout = new QVBoxLayout(views);
+    viewsLayout->setContentsMargins(0, 0, 0, 0);
+    viewsLayout->setSpacing(0);
+    viewsLayout->addWidget(__panorama, 1);
+    viewsLayout->addWidget(__sliceWidget, 1);
+    viewsLayout->addWidget(newHintLine(views));
+    __workspace = new Workspace(views, *__sliceWidget, this);
+    __mediator->setWorkspace(*__workspace);
     const CommandRegistry& commands = __mediator->commands();
     commands.fill(*showMenu, rootCommands().menu("Show"));
     commands.fill(*help, rootCommands().menu("Help"));
     for (QMenu* menu : {file, edit, process, analyze, showMenu, help})
         menu->setToolTipsVisible(true);
+    giveMnemonics(menuBar->actions());
     restoreVisibility(commands.action("show.toolBar"), "rootWindow/toolBarVisible", *__toolBar);
     restoreVisibility(commands.action("show.browser"), "rootWindow/browserVisible", *__browser);
     restoreVisibility(commands.action("show.statusBar"), "rootWindow/statusBarVisible", *__statusBar);
 
-    auto* views = new QFrame(this);
-    auto* viewsLayout = new QVBoxLayout(views);
-    viewsLayout->setContentsMargins(0, 0, 0, 0);
-    viewsLayout->setSpacing(0);
-    viewsLayout->addWidget(__sliceWidget, 1);
-    viewsLayout->addWidget(newHintLine(views));
     auto* splitter = new VRLSplitter("rootWindowSplitter", Qt::Horizontal, this);
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(__browser, 250);
-    splitter->addWidget(views, 750);
+    splitter->addWidget(__workspace, 750);
     splitter->restore();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -144,11 +157,13 @@ VRLRootWindow::VRLRootWindow() {
     const QSettings settings;
     const QPoint position = settings.value("rootWindow/pos", QPoint(0, 0)).toPoint();
     const QSize size = settings.value("rootWindow/size", defaultSize()).toSize();
-    move(position);
-    resize(size);
+    const QRect place = placedOnScreen(QRect(position, size));
+    move(place.topLeft());
+    resize(place.size());
     setWindowIcon(VRLIcons::logo());
     setWindowFlag(Qt::Window);
     setAttribute(Qt::WA_DeleteOnClose);
+    __workspace->restoreLayout();
     show();
     setTitle("");
     setAcceptDrops(true);
@@ -156,6 +171,7 @@ VRLRootWindow::VRLRootWindow() {
 }
 
 VRLRootWindow::~VRLRootWindow() {
+    __workspace->saveLayout();
     --__numRootWindows;
 }
 
@@ -232,6 +248,7 @@ void VRLRootWindow::showShortcuts() {
         dialog->addSheet(registrationCommands());
         dialog->addSheet(renderingCommands());
         dialog->addSheet(analysisCommands());
+        dialog->addSheet(fusionCommands());
     }
     dialog->show();
     dialog->raise();
@@ -257,9 +274,11 @@ void VRLRootWindow::dragEnterEvent(QDragEnterEvent* event) {
 void VRLRootWindow::dropEvent(QDropEvent* event) {
     if (__mediator->isLocked())
         return event->ignore();
-    for (const QUrl& url : event->mimeData()->urls())
-        __mediator->openStack(url.toLocalFile());
     event->acceptProposedAction();
+    QStringList paths;
+    for (const QUrl& url : event->mimeData()->urls())
+        paths += url.toLocalFile();
+    __mediator->openDropped(paths);
 }
 
 void VRLRootWindow::moveEvent(QMoveEvent* event) {

@@ -10,14 +10,16 @@ class QToolBar;
 
 namespace vorlen {
 
+class VRLPanorama;
 class VRLRecovery;
 class VRLRootBrowser;
 class VRLRootMediator;
 class VRLRootSliceEditWidget;
 class VRLRootStatusBar;
+class Workspace;
 
-/// The main window: menus, tool bar, browser of stacks and slices, slice view, status bar. Several can be open at once;
-/// all show the same list of open stacks. A window deletes itself when it is closed.
+/// The main window: menus, tool bar, browser of stacks and slices, the workspace with the slice view, status bar.
+/// Several can be open at once; all show the same list of open stacks. A window deletes itself when it is closed.
 ///
 /// Closing the last window is quitting: every modified stack is asked about first. No window closes, and no file can be
 /// dropped, while something is drawn or edited: it would be lost without a question.
@@ -40,8 +42,10 @@ public:
     VRLRootMediator& mediator() { return *__mediator; }
     VRLRootStatusBar& statusBar() { return *__statusBar; }
     VRLRootSliceEditWidget& sliceWidget() { return *__sliceWidget; }
+    VRLPanorama& panorama() { return *__panorama; }
     VRLRootBrowser& browser() { return *__browser; }
     QToolBar& toolBar() { return *__toolBar; }
+    Workspace& workspace() { return *__workspace; }
 
     static int numRootWindows() { return __numRootWindows; }
 
@@ -77,8 +81,10 @@ private:
 
     QToolBar* __toolBar;
     VRLRootSliceEditWidget* __sliceWidget;
+    VRLPanorama* __panorama;
     VRLRootStatusBar* __statusBar;
     VRLRootBrowser* __browser;
+    Workspace* __workspace;
     VRLRootMediator* __mediator;
     bool __closed = false;
 };

@@ -5,6 +5,7 @@
 #include <QMenuBar>
 
 #include "numerics/exception.h"
+#include "ui/commands/mnemonics.h"
 
 namespace vorlen {
 
@@ -75,12 +76,15 @@ void CommandRegistry::fill(QWidget& bar, const CommandMenu& menu) const {
         line->setSeparator(true);
         bar.addAction(line);
     }
+    if (qobject_cast<QMenu*>(&bar) != nullptr)
+        giveMnemonics(bar.actions());
 }
 
 QMenu& CommandRegistry::addMenu(QMenuBar& bar, const CommandMenu& menu) const {
     QMenu& added = *bar.addMenu(menu.title);
     added.setToolTipsVisible(true);
     fill(added, menu);
+    giveMnemonics(bar.actions());
     return added;
 }
 

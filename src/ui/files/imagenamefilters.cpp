@@ -1,8 +1,14 @@
 #include "ui/files/imagenamefilters.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace vorlen {
 
 namespace {
+
+constexpr const char* suffixes[] = {"tif", "tiff", "btf",  "tf2", "tf8",    "img", "png", "bmp", "jpg", "jpeg", "jp2",
+                                    "j2k", "nrrd", "nhdr", "nii", "nii.gz", "mrc", "map", "rec", "st",  "vm"};
 
 /// A pattern that takes a suffix in any case, also where the dialog tells capitals apart: "*.[tT][iI][fF]".
 QString patternOf(const QString& suffix) {
@@ -16,10 +22,15 @@ QString patternOf(const QString& suffix) {
 
 QStringList imageNameFilters() {
     QStringList patterns;
-    for (const char* suffix : {"tif", "tiff", "btf",  "tf2", "tf8",    "img", "png", "bmp", "jpg", "jpeg", "jp2",
-                               "j2k", "nrrd", "nhdr", "nii", "nii.gz", "mrc", "map", "rec", "st",  "vm"})
+    for (const char* const suffix : suffixes)
         patterns += patternOf(suffix);
     return {"Images (" + patterns.join(' ') + ")", "All files (*)"};
+}
+
+bool isImageName(const QString& name) {
+    return std::any_of(std::begin(suffixes), std::end(suffixes), [&name](const char* suffix) {
+        return name.endsWith(QString(".") + suffix, Qt::CaseInsensitive);
+    });
 }
 
 } // namespace vorlen

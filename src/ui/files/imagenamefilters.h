@@ -8,4 +8,7 @@ namespace vorlen {
 /// files.
 QStringList imageNameFilters();
 
+/// Whether the suffix is one of an image.
+bool isImageName(const QString& name);
+
 } // namespace vorlen

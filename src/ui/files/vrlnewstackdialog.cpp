@@ -13,6 +13,7 @@
 #include "editing/stacks/vrlstackserver.h"
 #include "ui/files/vrlstackimagelisteditor.h"
 #include "ui/models/vrlstackpropertieseditor.h"
+#include "ui/widgets/plaintext.h"
 
 namespace vorlen {
 
@@ -132,9 +133,9 @@ void VRLNewStackDialog::validate() {
         accept();
         return;
     }
-    QMessageBox box(QMessageBox::Warning, "Error",
-                    "The stack cannot be created because\nthere are undefined or invalid fields", QMessageBox::NoButton,
-                    this);
+    PlainMessageBox box(QMessageBox::Warning, "Error",
+                        "The stack cannot be created because\nthere are undefined or invalid fields",
+                        QMessageBox::NoButton, this);
     box.addButton(" OK ", QMessageBox::AcceptRole);
     box.exec();
 }

@@ -1,9 +1,11 @@
 #include "ui/files/vrlstackio.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -27,9 +29,11 @@
 #include "ui/files/vrlnewstackdialog.h"
 #include "ui/files/vrlrecoverydialog.h"
 #include "ui/files/vrlstackerrordialog.h"
+#include "ui/files/vrlstackimagelisteditor.h"
 #include "ui/models/refusal.h"
 #include "ui/session/vrlpreferences.h"
 #include "ui/session/vrlsettings.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
@@ -76,9 +80,16 @@ VRLStackIO::VRLStackIO(QWidget* parent) : __parent(parent) {
 }
 
 void VRLStackIO::tell(const QString& title, const QString& text) const {
-    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::NoButton, __parent);
+    PlainMessageBox box(QMessageBox::Warning, title, text, QMessageBox::NoButton, __parent);
     box.addButton("OK", QMessageBox::AcceptRole);
     box.exec();
+}
+
+/// "Cancel" is the default.
+int VRLStackIO::ask(const QString& title, const QString& text, QMessageBox::StandardButtons buttons) const {
+    PlainMessageBox box(QMessageBox::Warning, title, text, buttons, __parent);
+    box.setDefaultButton(QMessageBox::Cancel);
+    return box.exec();
 }
 
 void VRLStackIO::tellUnreadable(const std::vector<UnreadableImage>& unreadable) const {
@@ -89,8 +100,9 @@ void VRLStackIO::tellUnreadable(const std::vector<UnreadableImage>& unreadable) 
         tell("Read error", "These images cannot be read and are left out:\n\n" + failures.join('\n'));
 }
 
-VRLStack* VRLStackIO::newStack() {
+VRLStack* VRLStackIO::newStack(const QStringList& images) {
     VRLNewStackDialog dialog(__parent);
+    dialog.imageListEditor().addImages(images);
     if (dialog.exec() != QDialog::Accepted)
         return nullptr;
     std::vector<UnreadableImage> unreadable;
@@ -105,6 +117,33 @@ VRLStack* VRLStackIO::newStack() {
         return nullptr;
     VRLStackServer::stackServer.addStack(*stack);
     return stack.release();
+}
+
+VRLStack* VRLStackIO::openDropped(const QStringList& paths) {
+    VRLStack* last = nullptr;
+    QStringList images;
+    const auto take = [&](const QFileInfo& file) {
+        if (isImageName(file.fileName()))
+            images += file.filePath();
+    };
+    for (const QString& path : paths) {
+        const QFileInfo dropped(path);
+        if (dropped.isDir()) {
+            const qsizetype numBefore = images.size();
+            for (const QFileInfo& file : QDir(path).entryInfoList(QDir::Files))
+                take(file);
+            if (images.size() == numBefore)
+                tell("Read error", path + " holds no images.");
+        } else if (isImageName(path)) {
+            take(dropped);
+        } else if (VRLStack* const stack = openStack(encoded(path))) {
+            last = stack;
+        }
+    }
+    if (!images.isEmpty())
+        if (VRLStack* const stack = newStack(images))
+            last = stack;
+    return last;
 }
 
 VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QStringList& filters,
@@ -276,11 +315,12 @@ VRLStack* VRLStackIO::findOpen(const std::string& path) {
 bool VRLStackIO::claimFile(VRLStack& stack, const std::string& path) const {
     if (stack.fileGuard().lock(path))
         return true;
-    QMessageBox box(QMessageBox::Warning, "File is open elsewhere",
-                    decoded(path) + "\n\nis open in " + StackFileGuard::holder(path) +
-                        ". If both save it, the work of one is lost.\n\nRead-only, it can be looked at and measured, "
-                        "and saved under another name.",
-                    QMessageBox::NoButton, __parent);
+    PlainMessageBox box(
+        QMessageBox::Warning, "File is open elsewhere",
+        decoded(path) + "\n\nis open in " + StackFileGuard::holder(path) +
+            ". If both save it, the work of one is lost.\n\nRead-only, it can be looked at and measured, "
+            "and saved under another name.",
+        QMessageBox::NoButton, __parent);
     auto* look = box.addButton("Open Read-Only", QMessageBox::AcceptRole);
     auto* edit = box.addButton("Open Anyway", QMessageBox::DestructiveRole);
     box.addButton(QMessageBox::Cancel);
@@ -301,14 +341,15 @@ bool VRLStackIO::claimFile(VRLStack& stack, const std::string& path) const {
 bool VRLStackIO::settleDamage(VRLStack& stack, const StackReader& reader) const {
     if (reader.isWhole())
         return true;
-    QMessageBox box(QMessageBox::Warning, "File is not whole",
-                    decoded(stack.getFilename()) +
-                        "\n\nis cut off or could not be read to its end: what stood behind is missing in this stack. "
-                        "Perhaps a backup is whole: its name ends in \"~1\" to \"~" +
-                        QString::number(VRLPreferences::getMaxNumBackups()) +
-                        "\".\n\nThe file itself stays as it is. What was read can be looked at, or worked on as a new "
-                        "stack that is saved under another name.",
-                    QMessageBox::NoButton, __parent);
+    PlainMessageBox box(
+        QMessageBox::Warning, "File is not whole",
+        decoded(stack.getFilename()) +
+            "\n\nis cut off or could not be read to its end: what stood behind is missing in this stack. "
+            "Perhaps a backup is whole: its name ends in \"~1\" to \"~" +
+            QString::number(VRLPreferences::getMaxNumBackups()) +
+            "\".\n\nThe file itself stays as it is. What was read can be looked at, or worked on as a new "
+            "stack that is saved under another name.",
+        QMessageBox::NoButton, __parent);
     auto* look = box.addButton("Open Read-Only", QMessageBox::AcceptRole);
     auto* work = box.addButton("Work on a Copy", QMessageBox::ActionRole);
     box.addButton(QMessageBox::Cancel);
@@ -339,7 +380,7 @@ bool VRLStackIO::agreesToOverwrite(VRLStack& stack) {
     const std::string& file = stack.getFilename();
     if (!stack.fileGuard().isChanged(file))
         return true;
-    QMessageBox box(
+    PlainMessageBox box(
         QMessageBox::Warning, "File has changed",
         decoded(file) +
             "\n\nhas been changed on disk since it was opened or saved here, perhaps by another program.\n\n"
@@ -382,10 +423,10 @@ void VRLStackIO::saveStackAs(VRLStack& stack) {
     const QString holder =
         encoded(file) == stack.getFilename() && !stack.isReadOnly() ? QString() : StackFileGuard::holder(encoded(file));
     if (QFile::exists(file))
-        agreed = QMessageBox::warning(__parent, "Confirm overwrite",
-                                      file + "\n\n already exists. Do you wish to overwrite it? " +
-                                          (holder.isEmpty() ? QString() : "\n\nIt is open in " + holder + "."),
-                                      QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel) == QMessageBox::Ok;
+        agreed = ask("Confirm overwrite",
+                     file + "\n\n already exists. Do you wish to overwrite it? " +
+                         (holder.isEmpty() ? QString() : "\n\nIt is open in " + holder + "."),
+                     QMessageBox::Ok | QMessageBox::Cancel) == QMessageBox::Ok;
     if (agreed)
         writeStack(stack, encoded(file));
     VRLSettings::settings.setOutputDirectory(dialog.directory());
@@ -437,16 +478,19 @@ bool VRLStackIO::closeStack(VRLStack& stack) {
 bool VRLStackIO::maySettle(VRLStack& stack) {
     if (!stack.isModified())
         return true;
-    QMessageBox box(QMessageBox::Warning, "Closing stack...",
-                    "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
-                    QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
+    PlainMessageBox box(QMessageBox::Warning, "Closing stack...",
+                        "Stack \"" + QString::fromStdString(stack.getName()) + "\" has been modified.",
+                        QMessageBox::Save | QMessageBox::Ignore | QMessageBox::Cancel, __parent);
     box.setInformativeText(
         "\"Save\" keeps the changes. \"Ignore\" closes the stack without them: its file stays as it was "
         "saved last. \"Cancel\" leaves the stack open.");
     box.setDefaultButton(QMessageBox::Save);
     const int answer = box.exec();
-    if (answer != QMessageBox::Save)
-        return answer == QMessageBox::Ignore;
+    return answer == QMessageBox::Save ? saveBeforeClosing(stack) : answer == QMessageBox::Ignore;
+}
+
+/// False when the stack is to stay, or when its saving was given up.
+bool VRLStackIO::saveBeforeClosing(VRLStack& stack) {
     if (stack.getFilename().empty() || stack.isReadOnly()) {
         saveStackAs(stack);
         return !stack.isModified();
@@ -455,22 +499,45 @@ bool VRLStackIO::maySettle(VRLStack& stack) {
         return !stack.isModified();
     QString reason;
     while (!writeWithBackup(stack, stack.getFilename(), reason)) {
-        const QMessageBox::StandardButton choice =
-            QMessageBox::warning(__parent, "Write error",
-                                 "Stack " + QString::fromStdString(stack.getName()) + ":\nCould not write file " +
-                                     decoded(stack.getFilename()) + (reason.isEmpty() ? "" : "\n" + reason),
-                                 QMessageBox::Retry | QMessageBox::Cancel | QMessageBox::Discard, QMessageBox::Cancel);
+        const int choice = ask("Write error",
+                               "Stack " + QString::fromStdString(stack.getName()) + ":\nCould not write file " +
+                                   decoded(stack.getFilename()) + (reason.isEmpty() ? "" : "\n" + reason),
+                               QMessageBox::Retry | QMessageBox::Cancel | QMessageBox::Discard);
         if (choice != QMessageBox::Retry)
             return choice == QMessageBox::Discard;
     }
     return true;
 }
 
+/// Asks once about several modified stacks, and saves them where that is wanted; false when they are to stay.
+bool VRLStackIO::maySettleAll(const std::vector<VRLStack*>& modified) {
+    constexpr std::size_t most = 12;
+    QString text = QString("%1 stacks have been modified:\n").arg(modified.size());
+    for (std::size_t i = 0; i < std::min(modified.size(), most); ++i)
+        text += "\n" + QString::fromStdString(modified[i]->getName());
+    if (modified.size() > most)
+        text += QString("\nand %1 more").arg(modified.size() - most);
+    PlainMessageBox box(QMessageBox::Warning, "Closing stacks...", text, QMessageBox::NoButton, __parent);
+    box.setInformativeText("\"Save all\" keeps the changes. \"Discard\" closes the stacks without them: their files "
+                           "stay as they were saved last. \"Cancel\" leaves all of them open.");
+    QPushButton* const save = box.addButton("Save all", QMessageBox::AcceptRole);
+    const QAbstractButton* const discard = box.addButton("Discard", QMessageBox::DestructiveRole);
+    box.setEscapeButton(box.addButton(QMessageBox::Cancel));
+    box.setDefaultButton(save);
+    box.exec();
+    if (box.clickedButton() != save)
+        return box.clickedButton() == discard;
+    return std::all_of(modified.begin(), modified.end(), [this](VRLStack* stack) { return saveBeforeClosing(*stack); });
+}
+
 bool VRLStackIO::closeAllStacks() {
     VRLStackServer& server = VRLStackServer::stackServer;
+    std::vector<VRLStack*> modified;
     for (int i = server.getNumStacks() - 1; i >= 0; --i)
-        if (!maySettle(server.getStack(i)))
-            return false;
+        if (server.getStack(i).isModified())
+            modified.push_back(&server.getStack(i));
+    if (!(modified.size() > 1 ? maySettleAll(modified) : modified.empty() || maySettle(*modified.front())))
+        return false;
     while (server.getNumStacks() > 0)
         server.removeStack(server.getStack(server.getNumStacks() - 1));
     return true;

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include <QMessageBox>
 #include <QString>
 #include <QStringList>
 
@@ -33,7 +34,12 @@ public:
     /// The parent of the dialogs.
     explicit VRLStackIO(QWidget* parent);
 
-    VRLStack* newStack();
+    /// Asks for what makes a stack, beginning with these images.
+    VRLStack* newStack(const QStringList& images = {});
+    /// Opens what was dropped: stack files; of images, and of those in folders, a new stack is made. The stack that
+    /// came last; null for none.
+    VRLStack* openDropped(const QStringList& paths);
+
     VRLStack* newStackFromFile();
 
     /// Throws FileFormatError for a file with another suffix than "vm", and what reading its header throws.
@@ -63,7 +69,7 @@ public:
     /// False when the user wants the stack to stay.
     bool closeStack(VRLStack& stack);
 
-    /// Asks about the stacks from the last to the first; when one is to stay all stay, and it is false.
+    /// Asks about the stacks that are modified, in one box; when one is to stay all stay, and it is false.
     bool closeAllStacks();
 
     /// Asks for the folder where the images are that the stack has lost, and gives its slices those that are there;
@@ -84,12 +90,15 @@ private:
     bool settleDamage(VRLStack& stack, const StackReader& reader) const;
     bool agreesToOverwrite(VRLStack& stack);
     bool maySettle(VRLStack& stack);
+    bool maySettleAll(const std::vector<VRLStack*>& modified);
+    bool saveBeforeClosing(VRLStack& stack);
 
     VRLStack* openChosenFiles(const QString& title, const QStringList& filters,
                               VRLStack* (VRLStackIO::*open)(const std::string&));
     QStringList chooseImages();
     bool writeWithBackup(VRLStack& stack, const std::string& file, QString& reason);
     void tell(const QString& title, const QString& text) const;
+    int ask(const QString& title, const QString& text, QMessageBox::StandardButtons buttons) const;
     void tellUnreadable(const std::vector<UnreadableImage>& unreadable) const;
 
     QWidget* __parent;

@@ -1,5 +1,7 @@
 #include "ui/imageserver/panoramaimageserver.h"
 
+#include <cstddef>
+
 #include <QSize>
 #include <QString>
 
@@ -15,6 +17,7 @@ VRLImageServer& getPanoramaImageServer(QObject& owner) {
         server->setObjectName(name);
         server->setAutoDelete(false);
         server->setBaseSize(QSize(256, 256));
+        server->setIdleLimit(std::size_t(64) << 20);
     }
     return *server;
 }

@@ -38,6 +38,11 @@ bool VRLImageServer::isAutoDelete() const {
     return __autoDelete;
 }
 
+void VRLImageServer::setIdleLimit(std::size_t bytes) {
+    __idleLimit = bytes;
+    __dropIdle();
+}
+
 void VRLImageServer::attachProxy(VRLImageProxy& proxy) {
     const ImageSource& source = proxy.getImageSource();
     VRLImageServerData* stale = nullptr;
@@ -67,11 +72,15 @@ void VRLImageServer::detachProxy(VRLImageProxy& proxy) {
         VRLImageServerData* const data = __find(proxy.key());
         if (data == nullptr || !data->detachProxy(proxy))
             return;
-        if (!data->hasProxies() && (__autoDelete || data->hasFailed()) && __take(data))
+        const bool givenUp = __idleLimit && __pending.contains(data);
+        if (!data->hasProxies() && (__autoDelete || data->hasFailed() || givenUp) && __take(data))
             left = data;
+        else if (__done.removeOne(data))
+            __done.append(data); // in the order of leaving
     }
     if (left != nullptr)
         left->cancel();
+    __dropIdle();
 }
 
 int VRLImageServer::getNumPending() const {
@@ -108,6 +117,7 @@ void VRLImageServer::subjectFinished(const std::string&) {
         if (data != nullptr && __running.removeOne(data))
             __done.append(data);
     }
+    __dropIdle();
     __runNextPendingData();
 }
 
@@ -156,6 +166,26 @@ VRLImageServerData* VRLImageServer::__replace(VRLImageServerData* stale, const I
     }
     __take(stale);
     return data;
+}
+
+void VRLImageServer::__dropIdle() {
+    if (!__idleLimit || __autoDelete)
+        return;
+    QList<VRLImageServerData*> dropped;
+    {
+        const QMutexLocker locker(&__mutex);
+        std::size_t bytes = 0;
+        for (qsizetype i = __done.size(); i-- > 0;) {
+            VRLImageServerData* const data = __done[i];
+            if (data->hasProxies())
+                continue;
+            bytes += data->getNumImageBytes();
+            if (bytes > *__idleLimit)
+                dropped.append(__done.takeAt(i));
+        }
+    }
+    for (VRLImageServerData* data : dropped)
+        data->cancel();
 }
 
 void VRLImageServer::__runNextPendingData() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 
 #include <QList>
 #include <QMutex>
@@ -25,6 +26,9 @@ class VRLImageServerData;
 /// With auto delete on, an image that no view shows is dropped, and a reading that nobody waits for is cancelled. With
 /// auto delete off, images stay until the server goes. A reading that failed is not kept beyond its last view in either
 /// case, so that a view which asks again makes it read again.
+///
+/// With an idle limit, images that no view looks at stay only as far as they fit into it, the one longest out of view
+/// going first, and a reading that has not begun when its last view leaves is given up.
 ///
 /// The next reading begins when a cancelled one has reported its end; the main thread does not wait for it. So there is
 /// one worker and one image on its way at any time, however fast views change their sources.
@@ -52,6 +56,9 @@ public:
     void setAutoDelete(bool autoDelete);
     bool isAutoDelete() const;
 
+    /// In bytes; without effect with auto delete on. None at first.
+    void setIdleLimit(std::size_t bytes);
+
     /// For VRLImageProxy, with its source set: begins, or shares, a reading; hands an image over that is there already.
     void attachProxy(VRLImageProxy& proxy);
     void detachProxy(VRLImageProxy& proxy);
@@ -78,6 +85,7 @@ private:
     bool __take(VRLImageServerData* data);
     VRLImageServerData* __replace(VRLImageServerData* stale, const ImageSource& source);
     void __runNextPendingData();
+    void __dropIdle();
 
     mutable QMutex __mutex; // guards the lists
     QList<VRLImageServerData*> __pending;
@@ -86,6 +94,7 @@ private:
     QList<VRLImageServerData*> __canceled;
     QSize __baseSize{0, 0};
     bool __autoDelete = true;
+    std::optional<std::size_t> __idleLimit;
 };
 
 } // namespace vorlen

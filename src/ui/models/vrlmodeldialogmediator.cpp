@@ -20,6 +20,7 @@
 #include "ui/models/vrlmodelnameeditor.h"
 #include "ui/models/vrlmodelpropertieseditor.h"
 #include "ui/session/vrlconfig.h"
+#include "ui/widgets/plaintext.h"
 
 namespace vorlen {
 
@@ -315,9 +316,9 @@ bool VRLModelDialogMediator::confirmDeletion() const {
     const QString name = QString::fromStdString(__selectedModels.front()->getName());
     const QString subject =
         __selectedModels.size() == 1 ? "Deleting model \"" + name + "\"" : "Deleting models \"" + name + ", etc.\"";
-    QMessageBox box(QMessageBox::Warning, "Confirm deletion",
-                    subject + " will delete " + QString::number(numItems) + " item(s).", QMessageBox::NoButton,
-                    &__dialog);
+    PlainMessageBox box(QMessageBox::Warning, "Confirm deletion",
+                        subject + " will delete " + QString::number(numItems) + " item(s).", QMessageBox::NoButton,
+                        &__dialog);
     box.setTextFormat(Qt::PlainText);
     QPushButton* deletion = box.addButton("Delete", QMessageBox::AcceptRole);
     box.setDefaultButton(deletion);
@@ -327,7 +328,7 @@ bool VRLModelDialogMediator::confirmDeletion() const {
 }
 
 void VRLModelDialogMediator::warn(const QString& text) const {
-    QMessageBox box(QMessageBox::Warning, appName, text, QMessageBox::Ok, &__dialog);
+    PlainMessageBox box(QMessageBox::Warning, appName, text, QMessageBox::Ok, &__dialog);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }

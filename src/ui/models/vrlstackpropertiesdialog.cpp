@@ -15,6 +15,7 @@
 #include "ui/models/refusal.h"
 #include "ui/models/slicedefaults.h"
 #include "ui/models/vrlstackpropertieseditor.h"
+#include "ui/widgets/plaintext.h"
 
 namespace vorlen {
 
@@ -116,9 +117,9 @@ VRLStackPropertiesDialog::Slices VRLStackPropertiesDialog::slicesToChange(bool (
     for (int i = 0; i < __stack->getNumSlices(); ++i) {
         StackSlice& slice = __stack->getSlice(i);
         if (!yesToAll && !hasDefault(slice)) {
-            QMessageBox box(QMessageBox::Question, title,
-                            "Slice " + QString::fromStdString(slice.getName()) + difference + "\n" + question,
-                            QMessageBox::Yes | QMessageBox::YesToAll | QMessageBox::No, this);
+            PlainMessageBox box(QMessageBox::Question, title,
+                                "Slice " + QString::fromStdString(slice.getName()) + difference + "\n" + question,
+                                QMessageBox::Yes | QMessageBox::YesToAll | QMessageBox::No, this);
             box.setTextFormat(Qt::PlainText);
             box.setDefaultButton(QMessageBox::No);
             box.setEscapeButton(QMessageBox::No);

@@ -40,27 +40,28 @@ void AutomaticRegistration::note(const Stack& copy, int place, const Registratio
     __placements.push_back(placement);
 }
 
-void AutomaticRegistration::registerSlice(const Stack& stack, int place, const Registration& from) {
+void AutomaticRegistration::registerSlice(const Stack& stack, int place, const Registration& from,
+                                          AlignmentMethod method) {
     if (isRunning())
         return;
     __placements.clear();
-    start(stack, [this, place, from](const Stack& copy, ProgressSubject& progress) {
-        const SliceAlignment found = registerPair(copy.getSlice(place), copy.getSlice(place - 1), from);
+    AlignmentOptions options;
+    options.method = method;
+    start(stack, [this, place, from, options](const Stack& copy, ProgressSubject& progress) {
+        const SliceAlignment found = registerPair(copy.getSlice(place), copy.getSlice(place - 1), from, options);
         if (!progress.isCanceled())
             note(copy, place, found.after, found.scoreAfter, found.reason);
     });
 }
 
-void AutomaticRegistration::registerAll(const Stack& stack, const std::vector<bool>& locked) {
+void AutomaticRegistration::registerAll(const Stack& stack, const AlignmentOptions& options) {
     if (isRunning())
         return;
     __placements.clear();
-    AlignmentOptions options;
-    for (std::size_t i = 0; i < locked.size(); ++i)
-        if (locked[i])
-            options.locked.push_back(int(i));
+    __report = RegistrationReport();
     start(stack, [this, options](const Stack& copy, ProgressSubject& progress) {
-        for (const SliceAlignment& slice : findAlignment(copy, options, progress).slices)
+        __report = findAlignment(copy, options, progress);
+        for (const SliceAlignment& slice : __report.slices)
             if (slice.state != SliceAlignment::State::First)
                 note(copy, slice.slice, slice.after, slice.onto == slice.slice - 1 ? slice.scoreAfter : -1,
                      slice.state == SliceAlignment::State::Locked ? std::string() : slice.reason);

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "editing/operations/slicealignment.h"
 #include "ui/registration/stacktask.h"
 #include "values/registration.h"
 
@@ -27,17 +28,20 @@ public:
     using StackTask::StackTask;
     ~AutomaticRegistration() override;
 
-    /// Each does nothing while a run goes on. Locked has an entry for each slice.
+    /// Each does nothing while a run goes on.
 
     /// One slice on the one before it, beginning where this registration puts it.
-    void registerSlice(const Stack& stack, int place, const Registration& from);
+    void registerSlice(const Stack& stack, int place, const Registration& from,
+                       AlignmentMethod method = AlignmentMethod::Auto);
     /// All slices together.
-    void registerAll(const Stack& stack, const std::vector<bool>& locked);
+    void registerAll(const Stack& stack, const AlignmentOptions& options);
     /// How well the slices at these places fit the one before them. Each is told of by scored().
     void score(const Stack& stack, const std::vector<int>& places);
 
     /// Of the last run that has ended.
     const std::vector<SlicePlacement>& placements() const { return __placements; }
+    /// Of the last run over all slices.
+    const RegistrationReport& report() const { return __report; }
 
 signals:
     void scored(const vorlen::SlicePlacement& placement);
@@ -46,6 +50,7 @@ private:
     void note(const Stack& copy, int place, const Registration& registration, double score, const std::string& remark);
 
     std::vector<SlicePlacement> __placements;
+    RegistrationReport __report;
 };
 
 } // namespace vorlen

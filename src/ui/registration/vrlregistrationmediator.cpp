@@ -21,11 +21,13 @@
 #include "ui/models/refusal.h"
 #include "ui/registration/landmarkpanel.h"
 #include "ui/registration/registrationcommands.h"
+#include "ui/registration/registrationreportdialog.h"
 #include "ui/registration/sectionmarks.h"
 #include "ui/registration/stripview.h"
 #include "ui/registration/vrlautomaticregistrationpanel.h"
 #include "ui/registration/vrlregistrationstatusbar.h"
 #include "ui/registration/vrlregistrationtoolbar.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
@@ -135,8 +137,8 @@ void VRLRegistrationMediator::bindCommands() {
     __commands.bind("registration.reset", [this] { reset(); }).enableWhen(movable);
     __commands.bind("registration.restore", [this] { restore(); }).enableWhen(current);
     __commands.bind("registration.lock", [this] { setLocked(!isLocked()); }).enableWhen(current);
-    __commands.bind("registration.run", [this] { runAutomaticRegistration({false}); }).enableWhen(movable);
-    __commands.bind("registration.runAll", [this] { runAutomaticRegistration({true}); }).enableWhen(stack);
+    __commands.bind("registration.run", [this] { registerCurrentSlice(); }).enableWhen(movable);
+    __commands.bind("registration.runAll", [this] { registerAllSlices(); }).enableWhen(stack);
     __commands.bind("registration.cancelRun", [this] { cancelAutomaticRegistration(); }).enableWhen([this] {
         return isRunning() || __canvas.isLandmarkMode();
     });
@@ -195,6 +197,7 @@ void VRLRegistrationMediator::setStack(VRLStack& stack) {
     clear();
     __stack = &stack;
     __panel.setStack(stack);
+    __automaticPanel.setSlices(stack);
     connect(stack.history(), &VRLActionHistory::changed, this, [this] { __commands.update(); });
     __commands.update();
     scoreSlices();
@@ -204,6 +207,8 @@ void VRLRegistrationMediator::setStack(VRLStack& stack) {
 void VRLRegistrationMediator::clear() {
     __automatic.cancel();
     __scoring.cancel();
+    if (__reportDialog != nullptr)
+        __reportDialog->close();
     if (__stack != nullptr && __stack->history() != nullptr)
         disconnect(__stack->history(), nullptr, this, nullptr);
     __stack = nullptr;
@@ -385,12 +390,20 @@ void VRLRegistrationMediator::redo() {
 
 void VRLRegistrationMediator::runAutomaticRegistration(const VRLAutomaticRegistrationConfig& config) {
     if (config.registerAllSlices)
-        registerAllSlices();
+        registerSlicesBy(config);
     else
-        registerCurrentSlice();
+        registerSliceBy(config.method);
 }
 
 void VRLRegistrationMediator::registerCurrentSlice() {
+    registerSliceBy(__automaticPanel.config().method);
+}
+
+void VRLRegistrationMediator::registerAllSlices() {
+    registerSlicesBy(__automaticPanel.config());
+}
+
+void VRLRegistrationMediator::registerSliceBy(AlignmentMethod method) {
     if (__slice == nullptr || isRunning())
         return;
     if (isLocked()) {
@@ -399,16 +412,26 @@ void VRLRegistrationMediator::registerCurrentSlice() {
     }
     __runOfAll = false;
     beginRun();
-    __automatic.registerSlice(*__stack, place(), __registration);
+    __automatic.registerSlice(*__stack, place(), __registration, method);
 }
 
-void VRLRegistrationMediator::registerAllSlices() {
+void VRLRegistrationMediator::registerSlicesBy(const VRLAutomaticRegistrationConfig& config) {
     if (__stack == nullptr || isRunning() || !tryApply())
         return;
     setFirstSlice();
     __runOfAll = true;
     beginRun();
-    __automatic.registerAll(*__stack, SectionMarks::of(*__stack).locked());
+    AlignmentOptions options;
+    options.method = config.method;
+    options.reference = config.reference;
+    options.fixedSlice = config.fixedSlice;
+    options.first = config.first;
+    options.last = config.last;
+    const std::vector<bool> locked = SectionMarks::of(*__stack).locked();
+    for (std::size_t i = 0; i < locked.size(); ++i)
+        if (locked[i])
+            options.locked.push_back(int(i));
+    __automatic.registerAll(*__stack, options);
 }
 
 void VRLRegistrationMediator::beginRun() {
@@ -511,13 +534,30 @@ void VRLRegistrationMediator::tellOfRun(int numDone, const QStringList& remarks)
     if (!__automatic.failure().empty())
         guarded(&__window, done + ". Automatic registration broke off.",
                 [this] { throw UsageError("", __automatic.failure()); });
-    if (remarks.isEmpty() || __automatic.wasCanceled())
+    if (__runOfAll)
+        showReport();
+    else if (!remarks.isEmpty() && !__automatic.wasCanceled())
+        tellRemarks(remarks);
+}
+
+/// The table and the curves stay beside the window until they are closed, or another run replaces them.
+void VRLRegistrationMediator::showReport() {
+    if (__automatic.report().slices.empty())
         return;
-    const QStringList shown = remarks.mid(0, 20);
-    const QString rest =
-        remarks.size() > shown.size() ? QString("\n... and %1 more.").arg(remarks.size() - shown.size()) : QString();
-    QMessageBox box(QMessageBox::Information, appName, "Slices that may want a look:\n\n" + shown.join('\n') + rest,
-                    QMessageBox::Ok, &__window);
+    if (__reportDialog == nullptr) {
+        __reportDialog = new RegistrationReportDialog(&__window);
+        connect(__reportDialog, &RegistrationReportDialog::sliceChosen, this, [this](int place) {
+            if (__stack != nullptr && !isRunning() && place < __stack->getNumSlices())
+                goTo(std::max(1, place));
+        });
+    }
+    __reportDialog->setReport(__automatic.report());
+    __reportDialog->show();
+    __reportDialog->raise();
+}
+
+void VRLRegistrationMediator::tellRemarks(const QStringList& remarks) {
+    PlainMessageBox box(QMessageBox::Information, appName, remarks.join('\n'), QMessageBox::Ok, &__window);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
@@ -691,6 +731,7 @@ void VRLRegistrationMediator::slicesChanged() {
     const Registration shown = __registration;
     const bool there = slice != nullptr && __stack->findSlice(*slice) >= 1;
     __panel.setStack(*__stack);
+    __automaticPanel.setSlices(*__stack);
     if (there) {
         __panel.setSlice(*slice);
         if (&slice->prevSlice() != __canvas.backgroundSlice())

@@ -17,6 +17,7 @@
 namespace vorlen {
 
 class LandmarkPanel;
+class RegistrationReportDialog;
 class StackSlice;
 class StripView;
 class VRLAutomaticRegistrationPanel;
@@ -128,6 +129,10 @@ private:
     bool slicesAreThoseOfRun() const;
     void scoreSlices();
     void tellOfRun(int numDone, const QStringList& remarks);
+    void tellRemarks(const QStringList& remarks);
+    void showReport();
+    void registerSliceBy(AlignmentMethod method);
+    void registerSlicesBy(const VRLAutomaticRegistrationConfig& config);
     void slicesChanged();
     void itemsChanged();
     void bindLandmarkCommands();
@@ -153,6 +158,7 @@ private:
     AutomaticRegistration __scoring;              // behind the scenes, as long as nothing else runs
     std::vector<const StackSlice*> __slicesOfRun; // all of the stack when it began
     bool __runOfAll = false;
+    RegistrationReportDialog* __reportDialog = nullptr; // the window's, made when it is first needed
     std::map<const StackSlice*, std::vector<Landmark>> __landmarks;
     CommandRegistry __commands{*this};
 };

@@ -30,6 +30,8 @@
 #include "ui/registration/vrlregistrationstatusbar.h"
 #include "ui/registration/vrlregistrationtoolbar.h"
 #include "ui/session/vrlconfig.h"
+#include "ui/widgets/placedwindow.h"
+#include "ui/widgets/plaintext.h"
 
 namespace vorlen {
 
@@ -123,9 +125,9 @@ void VRLRegistrationWindow::restoreGeometryFromSettings() {
     const QSettings settings;
     const QPoint position = settings.value("registrationWindow/pos", QPoint(0, 0)).toPoint();
     const QSize size = settings.value("registrationWindow/size", defaultSize()).toSize();
-    const bool onScreen = QGuiApplication::screenAt(position + QPoint(size.width() / 2, 0)) != nullptr;
-    move(onScreen ? position : QPoint(0, 0));
-    resize(size);
+    const QRect place = placedOnScreen(QRect(position, size));
+    move(place.topLeft());
+    resize(place.size());
 }
 
 bool VRLRegistrationWindow::raiseWindowOf(const VRLStack& stack) {
@@ -181,8 +183,8 @@ void VRLRegistrationWindow::resizeEvent(QResizeEvent* event) {
 bool VRLRegistrationWindow::mayClose() {
     if (!__mediator->isPending())
         return true;
-    QMessageBox box(QMessageBox::Question, appName, "The registration that is shown was not applied. Apply it?",
-                    QMessageBox::Apply | QMessageBox::Discard | QMessageBox::Cancel, this);
+    PlainMessageBox box(QMessageBox::Question, appName, "The registration that is shown was not applied. Apply it?",
+                        QMessageBox::Apply | QMessageBox::Discard | QMessageBox::Cancel, this);
     const int answer = box.exec();
     if (answer == QMessageBox::Apply)
         __mediator->apply();

@@ -1,5 +1,7 @@
-/// Draws the scene of a stack as the rendering window shows it. `vorlen-cli render` runs this program, after it has
-/// looked at the command line. Usage: vorlen-render STACK.sdf PICTURE.png WIDTH HEIGHT [POSE]
+/// Draws the scene of a stack as the rendering window shows it, or makes a video of it. `vorlen-cli render` runs this
+/// program, after it has looked at the command line.
+/// Usage: vorlen-render STACK.sdf FILE WIDTH HEIGHT [POSE [MOTION RATE SECONDS]]
+/// An empty POSE is none; MOTION is spin, random, animation, poses or slices.
 ///
 /// What can be refused without a display is refused before one is looked for.
 
@@ -9,12 +11,17 @@
 #include <memory>
 
 #include <QFile>
+#include <QStringList>
 
+#include "cli/consolemonitor.h"
 #include "cli/stackfile.h"
 #include "document/model.h"
 #include "document/pose.h"
 #include "editing/stacks/vrlstack.h"
+#include "numerics/exception.h"
+#include "progress/progresssubject.h"
 #include "ui/scenes/vrlrenderingmediator.h"
+#include "ui/viewer/videorecorder.h"
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/widgets/vorlenapplication.h"
 
@@ -49,7 +56,36 @@ std::string poseNames(const Stack& stack) {
     return names.empty() ? "the stack has no poses" : "the stack's poses are: " + names;
 }
 
-int draw(VRLStack& stack, const QString& picture, const QSize& size, const Pose* pose) {
+struct Wishes {
+    QString file;
+    QSize size;
+    const Pose* pose = nullptr;
+    bool isVideo = false;
+    VideoPath path = VideoPath::Spinning;
+    int rate = 25, seconds = 10;
+};
+
+int drawVideo(ViewerCanvasGL& canvas, VRLRenderingMediator& mediator, const Wishes& wishes) {
+    VideoRecorder recorder;
+    try {
+        recorder.start(canvas, mediator.makeScript(wishes.path, wishes.rate * wishes.seconds, wishes.rate), wishes.file,
+                       wishes.size, wishes.rate);
+        ConsoleMonitor terminal;
+        ProgressSubject progress;
+        progress.addMonitor(terminal);
+        progress.notifyStarted("Recording...");
+        while (!recorder.step())
+            progress.notifyProgressed(static_cast<unsigned int>(recorder.getNumFrames()),
+                                      static_cast<unsigned int>(recorder.getTotal()));
+        progress.notifyFinished("");
+    } catch (const FileWriteError& error) {
+        return complain("cannot write " + wishes.file.toStdString() + ": " + error.getWhat(), ExitFileError);
+    }
+    std::cout << wishes.file.toStdString() << ": " << recorder.getNumFrames() << " frames\n";
+    return ExitGood;
+}
+
+int draw(VRLStack& stack, const Wishes& wishes) {
     ViewerCanvasGL canvas;
     canvas.setAttribute(Qt::WA_DontShowOnScreen);
     VRLRenderingMediator mediator;
@@ -57,29 +93,42 @@ int draw(VRLStack& stack, const QString& picture, const QSize& size, const Pose*
     mediator.initialize();
     stack.updateReconstruction();
     mediator.setStack(stack);
-    canvas.resize(size / canvas.devicePixelRatioF());
-    if (pose != nullptr) {
-        canvas.setZoom(pose->getZoom()); // the pose's translation is converted with it
-        mediator.setPose(*pose);
-    } else {
-        canvas.setZoom(std::min(100, canvas.fittingZoom()));
-    }
+    canvas.resize(wishes.size / canvas.devicePixelRatioF());
+    mediator.setPose(wishes.pose != nullptr ? *wishes.pose : canvas.fittingPose());
     canvas.show();
     int status = ExitGood;
     if (canvas.grabFramebuffer().isNull() || !canvas.isValid())
         status = complain("the display has no OpenGL that could draw the picture", ExitFileError);
-    else if (!canvas.saveSnapshot(picture))
-        status = complain("cannot write " + picture.toStdString(), ExitFileError);
+    else if (wishes.isVideo)
+        status = drawVideo(canvas, mediator, wishes);
+    else if (!canvas.saveSnapshot(wishes.file))
+        status = complain("cannot write " + wishes.file.toStdString(), ExitFileError);
     else
-        std::cout << picture.toStdString() << '\n';
+        std::cout << wishes.file.toStdString() << '\n';
     mediator.clear();
     mediator.setCanvas(nullptr);
     return status;
 }
 
+/// What is said on the command line, but for the pose. False for an unknown motion.
+bool readWishes(int argc, char** argv, Wishes& wishes) {
+    wishes.file = QFile::decodeName(argv[2]);
+    wishes.size = QSize(std::atoi(argv[3]), std::atoi(argv[4]));
+    wishes.isVideo = argc == 9;
+    if (!wishes.isVideo)
+        return true;
+    static const QStringList motions = {"spin", "random", "animation", "poses", "slices"};
+    const qsizetype motion = motions.indexOf(argv[6]);
+    wishes.path = VideoPath(std::max(qsizetype(0), motion));
+    wishes.rate = std::max(1, std::atoi(argv[7]));
+    wishes.seconds = std::max(1, std::atoi(argv[8]));
+    return motion >= 0;
+}
+
 int run(int argc, char** argv) {
-    if (argc != 5 && argc != 6) {
-        std::cerr << "Usage: vorlen-render STACK.sdf PICTURE.png WIDTH HEIGHT [POSE]\n"
+    Wishes wishes;
+    if ((argc != 5 && argc != 6 && argc != 9) || !readWishes(argc, argv, wishes)) {
+        std::cerr << "Usage: vorlen-render STACK.sdf FILE WIDTH HEIGHT [POSE [MOTION RATE SECONDS]]\n"
                      "Use 'vorlen-cli render', which runs this program.\n";
         return ExitUsage;
     }
@@ -92,9 +141,12 @@ int run(int argc, char** argv) {
     if (!hasItems(stack))
         return complain(file.getName() + " has no models with contours or points: there is nothing to draw",
                         ExitProblems);
-    const Pose* pose = argc == 6 ? findPose(stack, argv[5]) : nullptr;
-    if (argc == 6 && pose == nullptr)
+    const bool hasPose = argc > 5 && argv[5][0] != '\0';
+    wishes.pose = hasPose ? findPose(stack, argv[5]) : nullptr;
+    if (hasPose && wishes.pose == nullptr)
         return complain(file.getName() + " has no pose \"" + argv[5] + "\"; " + poseNames(stack), ExitUsage);
+    if (wishes.isVideo && wishes.path == VideoPath::Poses && stack.getNumPoses() < 2)
+        return complain("a video through the poses needs two of them; " + poseNames(stack), ExitUsage);
 
     if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
         qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -102,10 +154,7 @@ int run(int argc, char** argv) {
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0"); // the size is that of the picture
     int noArguments = 1;                       // that Qt could take for its own
     VorlenApplication application(noArguments, argv);
-    return std::max(status, guarded(std::string("draw ") + argv[1], [&] {
-                        return draw(stack, QFile::decodeName(argv[2]), QSize(std::atoi(argv[3]), std::atoi(argv[4])),
-                                    pose);
-                    }));
+    return std::max(status, guarded(std::string("draw ") + argv[1], [&] { return draw(stack, wishes); }));
 }
 
 } // namespace

@@ -12,9 +12,9 @@ CommandSheet newSheet() {
     sheet.commands = ownRenderingCommands();
     sheet.commands.insert(sheet.commands.end(), viewerCommands().begin(), viewerCommands().end());
     sheet.menus = {
-        {"Rendering", {"viewer.snapshot", "rendering.export", "window.close"}},
+        {"Rendering", {"viewer.snapshot", "viewer.record", "rendering.export", "window.close"}},
         {"Edit", {"models.edit", "animation.timeout", "animation.angle"}},
-        {"Pose", {"pose.record", "pose.select", "pose.delete", commandSeparator}},
+        {"Pose", {"pose.record", "pose.select", "pose.delete", "pose.fit", commandSeparator}},
         {"Show", {"show.toolBar", "show.panel"}},
     };
     std::vector<const char*>& poses = sheet.menus[2].entries;
@@ -31,14 +31,8 @@ const std::vector<CommandInfo>& ownRenderingCommands() {
          .tip = "Save the surfaces of the models as STL, OBJ, PLY, VTK or glTF"},
         {.id = "window.close", .text = "Close", .tip = "Close this window", .keys = "Ctrl+W"},
         {.id = "models.edit", .text = "Edit models...", .tip = "Create, change and delete the models of the stack"},
-        {.id = "animation.timeout",
-         .text = "Animation timeout",
-         .tip = "Set the time between steps of the animation",
-         .planned = true},
-        {.id = "animation.angle",
-         .text = "Animation angle",
-         .tip = "Set how far a step of the animation turns",
-         .planned = true},
+        {.id = "animation.timeout", .text = "Animation timeout", .tip = "Set the time between steps of the motion"},
+        {.id = "animation.angle", .text = "Animation angle", .tip = "Set how far a step of the motion turns"},
         {.id = "pose.record", .text = "Record...", .tip = "Keep the present camera and lights with the stack"},
         {.id = "pose.select", .text = "Select", .tip = "Return to a recorded pose"},
         {.id = "pose.delete", .text = "Delete", .tip = "Forget a recorded pose"},

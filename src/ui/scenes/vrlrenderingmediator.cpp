@@ -27,6 +27,7 @@
 #include "ui/scenes/vrlrenderingpaintergl.h"
 #include "ui/scenes/vrlrenderingtoolbar.h"
 #include "ui/viewer/viewercanvasgl.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
@@ -51,7 +52,24 @@ void tryOn(VRLRenderingPainterGL& painter, const std::function<void(VRLRendering
 VRLRenderingMediator::VRLRenderingMediator(QObject* parent) : ViewerMediator(parent) {
     commands().add(ownRenderingCommands());
     commands().bind("rendering.export", [this] { exportSurfaces(); });
+    commands().bind("animation.timeout", [this] {
+        if (const auto timeout =
+                askForNumber("Rendering", "Enter animation interval (msec):", getRandomMotionTimeout(), 0, 10000))
+            setRandomMotionTimeout(*timeout);
+    });
+    commands().bind("animation.angle", [this] {
+        if (const auto angle =
+                askForNumber("Rendering", "Enter animation angle (deg.):", getRandomMotionAngle(), -180, 180))
+            setRandomMotionAngle(*angle);
+    });
     commands().update();
+}
+
+std::vector<Pose> VRLRenderingMediator::storedPoses() const {
+    std::vector<Pose> poses;
+    for (int k = 0; __stack != nullptr && k < __stack->getNumPoses(); ++k)
+        poses.push_back(__stack->getPose(k));
+    return poses;
 }
 
 VRLRenderingMediator::~VRLRenderingMediator() {
@@ -63,6 +81,7 @@ void VRLRenderingMediator::setStack(VRLStack& stack) {
         deletePainters();
         __stack = &stack;
         __refreshPending = false;
+        __pending.clear();
         buildPainters();
     }
     emit stackChanged();
@@ -73,6 +92,7 @@ void VRLRenderingMediator::clear() {
     deletePainters();
     __stack = nullptr;
     __refreshPending = false;
+    __pending.clear();
     updateCanvas();
 }
 
@@ -86,6 +106,8 @@ void VRLRenderingMediator::initialize() {
         return;
     connect(__toolbar, &VRLRenderingToolbar::homeClicked, this, &ViewerMediator::resetPose);
     connect(__toolbar, &VRLRenderingToolbar::snapshotClicked, this, &ViewerMediator::snapshot);
+    connect(__toolbar, &VRLRenderingToolbar::randClicked, this, &ViewerMediator::toggleRandomMotion);
+    connect(__toolbar, &VRLRenderingToolbar::videoStartClicked, this, &ViewerMediator::videoStart);
     connect(__toolbar, &VRLRenderingToolbar::previousStackClicked, this, &VRLRenderingMediator::setPreviousStack);
     connect(__toolbar, &VRLRenderingToolbar::nextStackClicked, this, &VRLRenderingMediator::setNextStack);
 }
@@ -128,6 +150,7 @@ void VRLRenderingMediator::buildPainters() {
 void VRLRenderingMediator::updateCanvas() {
     if (getCanvas() == nullptr)
         return;
+    followPainters();
     getCanvas()->initializeGL();
     getCanvas()->repaint();
 }
@@ -177,35 +200,56 @@ void VRLRenderingMediator::modelDeleteEvent(VRLModelDeleteEvent& event) {
 
 void VRLRenderingMediator::modelPropertiesEvent(VRLModelPropertiesEvent& event) {
     VRLRenderingPainterGL* painter = painterOf(event.getModel());
-    if (painter == nullptr)
+    if (painter == nullptr || isLeftToBatchEnd(event.getModel(), nullptr))
         return;
     tryOn(*painter, [](VRLRenderingPainterGL& changed) { changed.processModelAttributeChange(); });
     if (getCanvas() != nullptr)
         getCanvas()->repaint();
 }
 
+/// Notes a change of the item, or of the whole model for null, if a batch of events is open.
+bool VRLRenderingMediator::isLeftToBatchEnd(const Model* model, const ModelItem* item) {
+    if (!eventBatchEnabled())
+        return false;
+    if (model != nullptr)
+        __pending[model].insert(item);
+    return true;
+}
+
 void VRLRenderingMediator::modelItemCreateEvent(VRLModelItemCreateEvent& event) {
     const ModelItem& item = *event.getItem();
+    if (isLeftToBatchEnd(item.getModel(), &item))
+        return;
     onPainter(item.getModel(), [&item](VRLRenderingPainterGL& painter) { painter.addItem(item); });
 }
 
 void VRLRenderingMediator::modelItemDeleteEvent(VRLModelItemDeleteEvent& event) {
     const ModelItem& item = *event.getItem();
+    if (isLeftToBatchEnd(item.getModel(), nullptr))
+        return;
     onPainter(item.getModel(), [&item](VRLRenderingPainterGL& painter) { painter.removeItem(item); });
 }
 
 void VRLRenderingMediator::modelItemVertexEvent(VRLModelItemVertexEvent& event) {
     const ModelItem& item = *event.getItem();
+    if (isLeftToBatchEnd(item.getModel(), &item))
+        return;
     onPainter(item.getModel(), [&item](VRLRenderingPainterGL& painter) { painter.processItemVertexChange(item); });
 }
 
 void VRLRenderingMediator::modelItemAttributeEvent(VRLModelItemAttributeEvent& event) {
     const ModelItem& item = *event.getItem();
+    if (isLeftToBatchEnd(item.getModel(), &item))
+        return;
     onPainter(item.getModel(), [&item](VRLRenderingPainterGL& painter) { painter.processItemAttributeChange(item); });
 }
 
 void VRLRenderingMediator::modelItemConvertEvent(VRLModelItemConvertEvent& event) {
     const ModelItem& item = *event.getItem();
+    if (isLeftToBatchEnd(event.getSourceModel(), nullptr)) {
+        isLeftToBatchEnd(event.getDestinationModel(), nullptr);
+        return;
+    }
     VRLRenderingPainterGL* source = painterOf(event.getSourceModel());
     VRLRenderingPainterGL* destination = painterOf(event.getDestinationModel());
     if (source != nullptr)
@@ -218,7 +262,7 @@ void VRLRenderingMediator::modelItemConvertEvent(VRLModelItemConvertEvent& event
 
 void VRLRenderingMediator::stackRegistrationEvent(VRLStackRegistrationEvent& event) {
     if (__stack != nullptr && event.getStack() == __stack)
-        refresh();
+        refreshNowOrAtBatchEnd();
 }
 
 void VRLRenderingMediator::stackSliceSpacingEvent(VRLStackSliceSpacingEvent& event) {
@@ -233,14 +277,40 @@ void VRLRenderingMediator::stackImageCalibrationEvent(VRLStackImageCalibrationEv
 
 void VRLRenderingMediator::processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) {
     if (__stack != nullptr && &action.getStack() == __stack)
-        refresh();
+        refreshNowOrAtBatchEnd();
 }
 
 void VRLRenderingMediator::atEventBatchEnd() {
-    if (!__refreshPending)
-        return;
-    __refreshPending = false;
-    refresh();
+    if (__refreshPending) {
+        __refreshPending = false;
+        __pending.clear();
+        refresh();
+    } else if (!__pending.empty()) {
+        makeGood();
+    }
+}
+
+/// A model without a painter is none of this stack's, or is gone.
+void VRLRenderingMediator::makeGood() {
+    std::map<const Model*, std::set<const ModelItem*>> pending;
+    pending.swap(__pending);
+    bool anything = false;
+    for (const auto& painter : __painters) {
+        const auto changes = pending.find(painter->getModel());
+        if (changes == pending.end())
+            continue;
+        anything = true;
+        const std::set<const ModelItem*>& items = changes->second;
+        tryOn(*painter, [&items](VRLRenderingPainterGL& changed) {
+            if (items.count(nullptr) > 0 || changed.getModelPainter() != nullptr)
+                changed.processModelAttributeChange();
+            else
+                for (const ModelItem* item : items)
+                    changed.processItemVertexChange(*item);
+        });
+    }
+    if (anything)
+        updateCanvas();
 }
 
 void VRLRenderingMediator::goToStack(VRLStack& stack) {
@@ -320,7 +390,7 @@ void VRLRenderingMediator::exportBy(const std::function<void()>& work, const QSt
 }
 
 void VRLRenderingMediator::warn(const QString& title, const QString& text) {
-    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, parentWidget());
+    PlainMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, parentWidget());
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }

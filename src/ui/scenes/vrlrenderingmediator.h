@@ -1,7 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "editing/bus/vrleventclient.h"
@@ -14,13 +16,14 @@ namespace vorlen {
 enum class SurfaceFormat;
 
 class Model;
+class ModelItem;
 class VRLRenderingPainterGL;
 class VRLRenderingToolbar;
 class VRLStack;
 
 /// Keeps a rendering window's picture up to date with its stack: one painter for each model, which follows the changes
-/// of that model alone. Changes that move every slice rebuild all. What happens to models, calibrations and spacings in
-/// a batch of events is made good once, at its end.
+/// of that model alone. Changes that move every slice rebuild all. What happens in a batch of events is made good at
+/// its end, with one change for each model and one repaint.
 ///
 /// Canvas, panel, toolbar and stack are seen, not owned; the canvas must live as long as this, or be set to null.
 ///
@@ -85,10 +88,16 @@ signals:
     /// Another stack is shown.
     void stackChanged();
 
+protected:
+    /// The stack's.
+    std::vector<Pose> storedPoses() const override;
+
 private:
     VRLRenderingPainterGL* painterOf(const Model* model) const;
     void onPainter(const Model* model, const std::function<void(VRLRenderingPainterGL&)>& change);
     void refreshNowOrAtBatchEnd();
+    bool isLeftToBatchEnd(const Model* model, const ModelItem* item);
+    void makeGood();
     void buildPainters();
     void updateCanvas();
     void goToStack(VRLStack& stack);
@@ -99,6 +108,8 @@ private:
     VRLRenderingToolbar* __toolbar = nullptr;
     std::vector<std::unique_ptr<VRLRenderingPainterGL>> __painters;
     bool __refreshPending = false;
+    /// In the present batch: models with the items of which a change is to be followed; null for the whole model.
+    std::map<const Model*, std::set<const ModelItem*>> __pending;
 };
 
 } // namespace vorlen

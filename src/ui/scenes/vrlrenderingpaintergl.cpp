@@ -87,6 +87,26 @@ void VRLRenderingPainterGL::glDraw() const {
         __modelPainter->glDraw();
 }
 
+void VRLRenderingPainterGL::addPoints(std::vector<float>& points) const {
+    for (const auto& painter : __itemPainters)
+        if (painter->getPainter() != nullptr)
+            painter->getPainter()->addPoints(points);
+    if (__modelPainter != nullptr && __modelPainter->getPainter() != nullptr)
+        __modelPainter->getPainter()->addPoints(points);
+}
+
+/// Items are lines and symbols.
+bool VRLRenderingPainterGL::addTriangles(TrianglesGL& triangles) const {
+    return __itemPainters.empty() && __modelPainter != nullptr && __modelPainter->getPainter() != nullptr &&
+           __modelPainter->getPainter()->addTriangles(triangles);
+}
+
+std::uint64_t VRLRenderingPainterGL::revision() const {
+    return __modelPainter != nullptr && __modelPainter->getPainter() != nullptr
+               ? __modelPainter->getPainter()->revision()
+               : 0;
+}
+
 DisplayModeGL VRLRenderingPainterGL::displayMode() const {
     switch (__model->getProperties().getRenderingMode()) {
     case DotRendering:

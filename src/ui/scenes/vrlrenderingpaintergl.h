@@ -43,6 +43,9 @@ public:
     BoundingBox<float> boundingBox() const override;
     bool isOpaque() const override;
     void glDraw() const override;
+    void addPoints(std::vector<float>& points) const override;
+    bool addTriangles(TrianglesGL& triangles) const override;
+    std::uint64_t revision() const override;
 
     /// Null unless the model is drawn as a surface.
     const VRLModelPainterGL* getModelPainter() const { return __modelPainter.get(); }

@@ -14,9 +14,8 @@ VRLRenderingToolbar::VRLRenderingToolbar(QWidget* parent) : QFrame(parent) {
     layout->setSpacing(2);
     __addButton("home", "Reset transformations", &VRLRenderingToolbar::homeClicked);
     __addButton("camera", "Snapshot", &VRLRenderingToolbar::snapshotClicked);
-    __addButton("dice", "Start/stop random rotation", &VRLRenderingToolbar::randClicked)->setEnabled(false);
+    __addButton("dice", "Start/stop random rotation", &VRLRenderingToolbar::randClicked);
     __videoButton = __addButton("video", "Video start", &VRLRenderingToolbar::videoStartClicked);
-    __videoButton->setEnabled(false);
     connect(__videoButton, &QToolButton::clicked, this, &VRLRenderingToolbar::recClicked);
     QToolButton* previous = __addButton("left", "Previous stack", &VRLRenderingToolbar::previousStackClicked);
     previous->setText("P");

@@ -6,7 +6,7 @@ class QToolButton;
 
 namespace vorlen {
 
-/// The buttons above a rendering window's picture. Those of random rotation and video are shown and disabled.
+/// The buttons above a rendering window's picture.
 class VRLRenderingToolbar : public QFrame {
     Q_OBJECT
 

@@ -29,6 +29,7 @@
 #include "ui/scenes/vrlrenderingtoolbar.h"
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/viewer/viewerposepanel.h"
+#include "ui/widgets/placedwindow.h"
 
 namespace vorlen {
 
@@ -134,9 +135,9 @@ void VRLRenderingWindow::restoreSettings() {
     __mediator->commands().action("show.panel").setChecked(panel);
     const QPoint position = settings.value("renderingWindow/pos", QPoint(0, 0)).toPoint();
     const QSize size = settings.value("renderingWindow/size", defaultSize()).toSize();
-    const bool onScreen = QGuiApplication::screenAt(position + QPoint(size.width() / 2, 0)) != nullptr;
-    move(onScreen ? position : QPoint(0, 0));
-    resize(size);
+    const QRect place = placedOnScreen(QRect(position, size));
+    move(place.topLeft());
+    resize(place.size());
 }
 
 void VRLRenderingWindow::setStack(VRLStack& stack) {
@@ -220,6 +221,13 @@ void VRLRenderingWindow::toggleToolBar() {
     __toolbar->setVisible(__toolbar->isHidden());
     __mediator->commands().action("show.toolBar").setChecked(!__toolbar->isHidden());
     QSettings().setValue("renderingWindow/toolBarVisible", !__toolbar->isHidden());
+}
+
+void VRLRenderingWindow::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (!__fitted && __mediator->getStack() != nullptr)
+        __mediator->fit();
+    __fitted = true;
 }
 
 void VRLRenderingWindow::moveEvent(QMoveEvent* event) {

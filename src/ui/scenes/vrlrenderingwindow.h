@@ -23,7 +23,7 @@ class VRLStack;
 ///
 /// Position, size, and whether toolbar and pose panel are shown, are kept in the settings. A position that is on no
 /// screen any more is replaced by the default. A pose that is recorded under an empty name is called "Pose" and its
-/// number. The commands of the animation are shown and disabled.
+/// number.
 class VRLRenderingWindow : public QWidget, public VRLEventClient {
     Q_OBJECT
 
@@ -53,6 +53,8 @@ public slots:
     void toggleToolBar();
 
 protected:
+    /// The first time, the scene is made to fill the picture.
+    void showEvent(QShowEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
@@ -70,6 +72,7 @@ private:
     QMenuBar* __menuBar;
     QMenu* __selectPoseMenu;
     QMenu* __deletePoseMenu;
+    bool __fitted = false;
 };
 
 } // namespace vorlen

@@ -76,6 +76,10 @@ QRegion KeptPicture::staleRegion(const View& view, const std::vector<Item>& item
     return region.isEmpty() || view.notice.isEmpty() ? region & all : all;
 }
 
+bool KeptPicture::fits(const QSize& size, double density) const {
+    return __pixels != nullptr && __view.size == size && __view.density == density;
+}
+
 void KeptPicture::show() const {
     if (!__pixels)
         return;

@@ -69,6 +69,9 @@ public:
     /// rectangles, or all of the canvas.
     QRegion staleRegion(const View& view, const std::vector<Item>& items) const;
 
+    /// Whether there is a picture of a canvas of this size.
+    bool fits(const QSize& size, double density) const;
+
     /// With the context of the canvas current: puts the picture on the canvas.
     void show() const;
 

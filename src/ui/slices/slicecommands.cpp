@@ -17,9 +17,10 @@ std::vector<const char*> idsOf(const std::vector<CommandInfo>& commands) {
 
 /// The commands of the tools by the menus where they stand. Those of no menu go by their keys alone.
 std::vector<CommandMenu> toolCommandMenus() {
-    std::vector<CommandMenu> menus = {{"Draw", {}}, {"Edit", {}}, {"Selection", {}}};
+    std::vector<CommandMenu> menus = {{"Tools", {}}, {"Draw", {}}, {"Edit", {}}, {"Selection", {}}};
     for (const ToolCommand& command : toolCommands()) {
-        const int place = command.menu == ToolMenu::Draw ? 0 : command.menu == ToolMenu::Edit ? 1 : 2;
+        const bool isTool = command.stays || command.menu == ToolMenu::None;
+        const int place = command.menu == ToolMenu::Draw ? 1 : command.menu == ToolMenu::Edit ? 2 : isTool ? 0 : 3;
         menus[static_cast<std::size_t>(place)].entries.push_back(command.info.id);
     }
     return menus;

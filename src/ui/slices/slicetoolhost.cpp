@@ -31,6 +31,10 @@ Vector<int> SliceToolHost::imagePoint(const QPoint& position) const {
     return __mediator.getCanvas().convertToVectori(position);
 }
 
+QPointF SliceToolHost::exactImagePoint(const QPointF& position) const {
+    return __mediator.getCanvas().convertToImagePoint(position) - QPointF(0.5, 0.5);
+}
+
 bool SliceToolHost::isOnImage(const Vector<int>& pixel) const {
     const VRLImageProxy& proxy = __mediator.getImageProxy();
     return !proxy.isEmpty() && QRect(QPoint(0, 0), proxy.getOriginalImageSize()).contains(pixel[0], pixel[1]);
@@ -55,6 +59,10 @@ void SliceToolHost::setRubberLine(const QLine* line) {
     __mediator.getCanvas().setRubberLine(line);
 }
 
+void SliceToolHost::setNote(const CanvasNote* note) {
+    __mediator.getCanvas().setNote(note);
+}
+
 void SliceToolHost::setHint(const QString& text) {
     __mediator.setHint(text);
 }
@@ -74,6 +82,22 @@ void SliceToolHost::requestLock(bool on) {
 
 void SliceToolHost::selectionChanged() {
     __mediator.updateSelection();
+}
+
+ModelViews& SliceToolHost::modelViews() const {
+    return __mediator.modelViews();
+}
+
+void SliceToolHost::begin(const char* command, const Model& model, QEvent& input) {
+    __mediator.begin(command, model, input);
+}
+
+bool SliceToolHost::isChosen(const char* command) const {
+    return __mediator.getChosenTool() == command;
+}
+
+void SliceToolHost::leaveTool() {
+    __mediator.chooseSelection();
 }
 
 QAction& SliceToolHost::cancelCommand() const {

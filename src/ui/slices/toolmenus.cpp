@@ -1,6 +1,7 @@
 #include "ui/slices/toolmenus.h"
 
 #include "ui/commands/commandregistry.h"
+#include "ui/commands/mnemonics.h"
 #include "ui/widgets/vrlmenu.h"
 
 namespace vorlen {
@@ -63,6 +64,12 @@ void ToolMenus::setSelection(const StackSliceSelectionInfo& selected) {
         menu->setEnabled(isToolMenuEnabled(place, selected));
 }
 
+void ToolMenus::showChosen(const QString& id) {
+    for (const Entry& entry : __entries)
+        if (entry.action != nullptr && entry.command->stays)
+            entry.action->setChecked(id == entry.command->info.id);
+}
+
 std::unique_ptr<QMenu> ToolMenus::newContextMenu(const std::function<QStringList(ToolModels)>& names,
                                                  const std::function<const Model*(const QString&)>& find,
                                                  const QList<QPointer<QAction>>& others) {
@@ -75,6 +82,9 @@ std::unique_ptr<QMenu> ToolMenus::newContextMenu(const std::function<QStringList
         if (entry.command->menu == ToolMenu::Top)
             menu->addAction(entry.shown());
     }
+    giveMnemonics(menu->actions());
+    for (const auto& [place, submenu] : __submenus)
+        giveMnemonics(submenu->actions());
     for (const QPointer<QAction>& action : others)
         if (action)
             menu->addAction(action);

@@ -32,6 +32,9 @@ public:
     /// Enables the commands and menus that make sense for this selection.
     void setSelection(const StackSliceSelectionInfo& selected);
 
+    /// Checks the command of the tool that stays on, and no other one.
+    void showChosen(const QString& id);
+
     /// The context menu, with these actions behind its own. The models of each kind are asked for by name; a command
     /// that offers models can be chosen for those that its rule allows. The submenus must not outlive this object.
     std::unique_ptr<QMenu> newContextMenu(const std::function<QStringList(ToolModels)>& names,

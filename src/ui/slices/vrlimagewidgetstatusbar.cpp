@@ -2,20 +2,21 @@
 
 #include <QLabel>
 
+#include "ui/widgets/plaintext.h"
+
 namespace vorlen {
 
 VRLImageWidgetStatusBar::VRLImageWidgetStatusBar(QWidget* parent) : QStatusBar(parent) {
-    constexpr int style = int(QFrame::WinPanel) | int(QFrame::Sunken);
-    __imageType = addField(style, "Type of the image");
-    __imageSize = addField(style, "Size of the image in pixels and bytes");
-    __zoom = addField(style, "Zoom");
-    __pixel = addField(style, "Pixel under the pointer");
+    __imageType = addField("Type of the image");
+    __imageSize = addField("Size of the image in pixels and bytes");
+    __zoom = addField("Zoom");
+    __pixel = addField("Pixel under the pointer");
 }
 
-QLabel* VRLImageWidgetStatusBar::addField(int frameStyle, const QString& name) {
+QLabel* VRLImageWidgetStatusBar::addField(const QString& name) {
     auto* const label = new QLabel(this);
-    label->setFrameStyle(frameStyle);
-    label->setContentsMargins(3, 0, 3, 0);
+    label->setContentsMargins(6, 0, 6, 0);
+    label->setMinimumWidth(1);
     label->setTextFormat(Qt::PlainText);
     label->setAccessibleName(name);
     label->setToolTip(name);
@@ -23,20 +24,25 @@ QLabel* VRLImageWidgetStatusBar::addField(int frameStyle, const QString& name) {
     return label;
 }
 
+void VRLImageWidgetStatusBar::setField(QLabel& field, const QString& text) {
+    field.setText(text);
+    field.setToolTip(plainTip(text.isEmpty() ? field.accessibleName() : field.accessibleName() + ": " + text));
+}
+
 void VRLImageWidgetStatusBar::setImageTypeInfo(const QString& text) {
-    __imageType->setText(text);
+    setField(*__imageType, text);
 }
 
 void VRLImageWidgetStatusBar::setImageSizeInfo(const QString& text) {
-    __imageSize->setText(text);
+    setField(*__imageSize, text);
 }
 
 void VRLImageWidgetStatusBar::setZoomInfo(const QString& text) {
-    __zoom->setText(text);
+    setField(*__zoom, text);
 }
 
 void VRLImageWidgetStatusBar::setPixelInfo(const QString& text) {
-    __pixel->setText(text);
+    setField(*__pixel, text);
 }
 
 QString VRLImageWidgetStatusBar::getImageTypeInfo() const {

@@ -24,8 +24,10 @@ public:
     QString getPixelInfo() const;
 
 protected:
-    /// Adds a field on the right of the others, with a frame of this style.
-    QLabel* addField(int frameStyle, const QString& name);
+    /// Adds a field on the right of the others. It has no frame, so that nothing is to be seen where it is empty, and
+    /// no text widens the window: what finds no room is in the tool tip.
+    QLabel* addField(const QString& name);
+    static void setField(QLabel& field, const QString& text);
 
 private:
     QLabel* __imageType;

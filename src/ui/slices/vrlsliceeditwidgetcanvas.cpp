@@ -5,15 +5,28 @@
 #include <QOpenGLContext>
 #include <QPainter>
 #include <QPen>
+#include <QPolygonF>
+#include <QTimer>
 
 #include "document/model.h"
 #include "document/modelitem.h"
+#include "document/stack.h"
 #include "document/stackslice.h"
 #include "ui/imageserver/vrlimageproxy.h"
+#include "ui/models/modeltable.h"
+#include "ui/models/modelviews.h"
 #include "ui/session/vrlpreferences.h"
 #include "ui/slices/itemlook.h"
+#include "ui/slices/scalebar.h"
+#include "ui/tools/canvasnote.h"
 
 namespace vorlen {
+
+namespace {
+
+constexpr int longestWait = 250; // milliseconds
+
+} // namespace
 
 VRLSliceEditWidgetCanvas::VRLSliceEditWidgetCanvas(QWidget* parent) : VRLSliceWidgetCanvas(parent) {
 }
@@ -27,11 +40,42 @@ VRLSliceEditWidgetCanvas::~VRLSliceEditWidgetCanvas() {
 void VRLSliceEditWidgetCanvas::clear() {
     __extraItem = nullptr;
     __rubberLine = nullptr;
+    __note = nullptr;
+    __ghosts.clear();
+    __sinceSlice.invalidate();
     VRLSliceWidgetCanvas::clear();
+}
+
+void VRLSliceEditWidgetCanvas::setSlice(StackSlice& slice) {
+    if (&slice != getSlice()) {
+        __ghosts.clear();
+        const bool keeps = getSlice() != nullptr && (getImageProxy().hasImage() || waitsForImage());
+        __sinceSlice.invalidate();
+        if (keeps) {
+            __sinceSlice.start();
+            QTimer::singleShot(longestWait, this, qOverload<>(&QWidget::update));
+        }
+    }
+    VRLSliceWidgetCanvas::setSlice(slice);
+}
+
+void VRLSliceEditWidgetCanvas::setGhosts(std::vector<NeighbourOutline> ghosts) {
+    __ghosts = std::move(ghosts);
+    update();
 }
 
 void VRLSliceEditWidgetCanvas::setExtraItem(ModelItem* item) {
     __extraItem = item;
+    update();
+}
+
+void VRLSliceEditWidgetCanvas::setNote(const CanvasNote* note) {
+    __note = note;
+    update();
+}
+
+void VRLSliceEditWidgetCanvas::setScaleBarShown(bool shown) {
+    __scaleBarShown = shown;
     update();
 }
 
@@ -43,6 +87,10 @@ void VRLSliceEditWidgetCanvas::setRubberLine(const QLine* line) {
 void VRLSliceEditWidgetCanvas::paintItems(const StackSlice& slice, QPainter& painter) {
     VRLSliceWidgetCanvas::paintItems(slice, painter);
     paintUnfinished(painter);
+}
+
+bool VRLSliceEditWidgetCanvas::isShown(const ModelItem& item) const {
+    return __modelViews == nullptr || __modelViews->isShown(item);
 }
 
 void VRLSliceEditWidgetCanvas::setKeepingPicture(bool on) {
@@ -63,6 +111,12 @@ void VRLSliceEditWidgetCanvas::paintGL() {
         VRLSliceWidgetCanvas::paintGL();
         return;
     }
+    if (waitsForImage()) {
+        __lastPainted = QRegion();
+        beforePaintGL();
+        return __picture.show();
+    }
+    __sinceSlice.invalidate();
     const KeptPicture::View view = presentView();
     std::vector<KeptPicture::Item> items = presentItems();
     __lastPainted = __picture.staleRegion(view, items);
@@ -77,8 +131,33 @@ void VRLSliceEditWidgetCanvas::paintGL() {
         __picture.remember(view, std::move(items));
     if (__lastPainted != QRegion(rect()))
         __picture.show();
-    if (getMode() != BackgroundMode && getSlice() != nullptr && (__extraItem != nullptr || __rubberLine != nullptr))
-        withPainter([this](QPainter& painter) { paintUnfinished(painter); });
+    if (hasOverlay())
+        withPainter([this](QPainter& painter) { paintOverlay(painter); });
+}
+
+/// What was there is shown on while an image is read, but not for long: it is another slice's.
+bool VRLSliceEditWidgetCanvas::waitsForImage() {
+    const VRLImageProxy& proxy = getImageProxy();
+    return __sinceSlice.isValid() && __sinceSlice.elapsed() < longestWait && !proxy.isEmpty() && !proxy.hasImage() &&
+           !proxy.hasFailed() && __picture.fits(size(), devicePixelRatioF());
+}
+
+bool VRLSliceEditWidgetCanvas::hasOverlay() const {
+    return getSlice() != nullptr && (__extraItem != nullptr || __rubberLine != nullptr || !__ghosts.empty() ||
+                                     __note != nullptr || __scaleBarShown);
+}
+
+void VRLSliceEditWidgetCanvas::paintOverlay(QPainter& painter) const {
+    if (getMode() != BackgroundMode)
+        paintUnfinished(painter);
+    paintNote(painter);
+    if (!__scaleBarShown)
+        return;
+    painter.resetTransform();
+    const double across = double(getZoomFactor() * betaWidth());
+    const LengthUnit unit = getSlice()->getStack() != nullptr ? getSlice()->getStack()->getLengthUnit() : LengthUnit();
+    paintScaleBar(painter, rect(),
+                  scaleBarFor(double(getSlice()->getPixelCalibration().getPixelWidth()) / across, unit, width()));
 }
 
 KeptPicture::View VRLSliceEditWidgetCanvas::presentView() const {
@@ -110,6 +189,8 @@ std::vector<KeptPicture::Item> VRLSliceEditWidgetCanvas::presentItems() const {
     items.reserve(std::size_t(slice.getNumItems()));
     for (int i = 0; i < slice.getNumItems(); ++i) {
         const ModelItem& item = slice.getItem(i);
+        if (!isShown(item))
+            continue;
         const ModelItemProperties look = lookOf(item);
         const QRect area = areaOf(item, look);
         if (!area.isEmpty())
@@ -134,7 +215,60 @@ void VRLSliceEditWidgetCanvas::paintAnew(const QRect& area) {
         paintItemsWithin(*getSlice(), area);
 }
 
+/// The slice before in long dashes, the one behind in short ones.
+void VRLSliceEditWidgetCanvas::paintGhosts(QPainter& painter) const {
+    painter.save();
+    painter.setBrush(Qt::NoBrush);
+    const QRectF seen = painter.transform().inverted().mapRect(QRectF(rect()));
+    for (const NeighbourOutline& ghost : __ghosts) {
+        if (__modelViews != nullptr && __modelViews->isHidden(*ghost.model))
+            continue;
+        QPolygonF outline;
+        outline.reserve(qsizetype(ghost.points.size()));
+        for (const OutlinePoint& point : ghost.points)
+            outline.append(QPointF(point.x, point.y));
+        if (!outline.boundingRect().adjusted(-1, -1, 1, 1).intersects(seen))
+            continue;
+        QColor color = colorOf(*ghost.model);
+        color.setAlpha(170);
+        QPen pen(color, 1, Qt::CustomDashLine);
+        pen.setCosmetic(true);
+        pen.setDashPattern(ghost.before ? QList<qreal>{6, 4} : QList<qreal>{2, 3});
+        painter.setPen(pen);
+        if (ghost.geometry == PolygonPrimitive)
+            painter.drawPolygon(outline);
+        else if (ghost.geometry == PolypointPrimitive)
+            for (const QPointF& point : outline)
+                painter.drawEllipse(point, 2, 2);
+        else
+            painter.drawPolyline(outline);
+    }
+    painter.restore();
+}
+
+/// White in black, so that it is seen on every image, with the text beside the last point.
+void VRLSliceEditWidgetCanvas::paintNote(QPainter& painter) const {
+    if (__note == nullptr || __note->line.empty())
+        return;
+    QPolygonF line;
+    line.reserve(qsizetype(__note->line.size()));
+    for (const QPointF& point : __note->line)
+        line.append(painter.transform().map(point));
+    painter.save();
+    painter.resetTransform();
+    for (const auto& [color, width] : {std::make_pair(Qt::black, 3), std::make_pair(Qt::white, 1)}) {
+        painter.setPen(QPen(color, width));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPolyline(line);
+        for (const QPointF& point : line)
+            painter.drawEllipse(point, 3, 3);
+    }
+    paintLabel(painter, line.last() + QPointF(12, -12), __note->text);
+    painter.restore();
+}
+
 void VRLSliceEditWidgetCanvas::paintUnfinished(QPainter& painter) const {
+    paintGhosts(painter);
     if (__extraItem != nullptr)
         paintItem(*__extraItem, painter);
     if (__rubberLine != nullptr) {

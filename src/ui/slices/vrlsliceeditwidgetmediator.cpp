@@ -12,9 +12,11 @@
 #include "editing/bus/vrlmodelevent.h"
 #include "editing/bus/vrlmodelitemevent.h"
 #include "editing/bus/vrlsliceevent.h"
+#include "editing/bus/vrlstackevent.h"
 #include "numerics/exception.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/guarded.h"
+#include "ui/models/modelviews.h"
 #include "ui/slices/slicetoolhost.h"
 #include "ui/slices/toolmenus.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
@@ -26,7 +28,12 @@ namespace vorlen {
 
 VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget)
     : VRLSliceWidgetMediator(widget), __host(std::make_unique<SliceToolHost>(*this)),
-      __menus(new ToolMenus(commands(), this)) {
+      __menus(new ToolMenus(commands(), this)), __views(new ModelViews(this)) {
+    connect(__views, &ModelViews::changed, this, &VRLSliceEditWidgetMediator::viewsChanged);
+    connect(__views, &ModelViews::currentChanged, this, [this] {
+        if (!isInteracting())
+            setRestingHint();
+    });
     __cancel = &commands().add(cancelToolCommand()).setWork([this] { cancelInteraction(); }).action();
     __cancel->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     commands().update(cancelToolCommand().id);
@@ -35,35 +42,46 @@ VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget)
 
 VRLSliceEditWidgetMediator::~VRLSliceEditWidgetMediator() {
     endInteractions();
-    if (__resting != nullptr)
-        __resting->abandon();
+    for (Tool* const tool : {__chosen, __resting})
+        if (tool != nullptr)
+            tool->abandon();
 }
 
 void VRLSliceEditWidgetMediator::initialize() {
     getCanvas().addAction(__cancel);
     getCanvas().addActions(__menus->getActions());
+    getCanvas().setModelViews(__views);
     __resting = &toolOf(restingToolMaker());
+    __chosen = __resting;
+    __chosenId = selectingToolId;
     for (const ToolCommand& command : toolCommands())
         toolOf(command.make);
+    __menus->showChosen(__chosenId);
     selectionChange(StackSliceSelectionInfo());
     VRLSliceWidgetMediator::initialize();
 }
 
 void VRLSliceEditWidgetMediator::clear() {
     endInteractions();
-    if (__resting != nullptr)
-        __resting->abandon();
+    for (Tool* const tool : {__chosen, __resting})
+        if (tool != nullptr)
+            tool->abandon();
     VRLSliceWidgetMediator::clear();
     selectionChange(StackSliceSelectionInfo());
 }
 
 void VRLSliceEditWidgetMediator::setSlice(StackSlice& slice) {
-    if (getSlice() != &slice)
+    if (getSlice() != &slice) {
         endInteractions();
-    if (__resting != nullptr && !__resting->isActive())
-        __resting->activate();
+        if (__chosen != __resting && __chosen != nullptr)
+            __chosen->abandon(); // what it had begun on the other slice
+    }
     VRLSliceWidgetMediator::setSlice(slice);
+    for (Tool* const tool : {__resting, __chosen})
+        if (tool != nullptr && !tool->isActive())
+            tool->activate();
     updateSelection();
+    updateGhosts();
 }
 
 void VRLSliceEditWidgetMediator::sliceItemSelectionEvent(VRLSliceItemSelectionEvent& event) {
@@ -76,25 +94,46 @@ void VRLSliceEditWidgetMediator::modelCreateEvent(VRLModelCreateEvent& event) {
     VRLSliceWidgetMediator::modelCreateEvent(event);
     for (int i = 0; i < event.getModel()->getNumItems(); ++i)
         selectionMayHaveChanged(&event.getModel()->getItem(i));
+    updateGhostsLater(nullptr);
+}
+
+void VRLSliceEditWidgetMediator::modelPropertiesEvent(VRLModelPropertiesEvent& event) {
+    VRLSliceWidgetMediator::modelPropertiesEvent(event);
+    if (__ghostsShown)
+        getCanvas().update();
+}
+
+void VRLSliceEditWidgetMediator::stackRegistrationEvent(VRLStackRegistrationEvent& event) {
+    VRLSliceWidgetMediator::stackRegistrationEvent(event);
+    updateGhostsLater(nullptr);
 }
 
 void VRLSliceEditWidgetMediator::modelDeleteEvent(VRLModelDeleteEvent& event) {
     VRLSliceWidgetMediator::modelDeleteEvent(event);
+    if (hasCanvas() && !getCanvas().getGhosts().empty())
+        getCanvas().setGhosts({});
+    updateGhostsLater(nullptr);
     if (isInteracting())
         __current->modelGone(*event.getModel());
+    if (__chosen != nullptr)
+        __chosen->modelGone(*event.getModel());
     QMetaObject::invokeMethod(this, &VRLSliceEditWidgetMediator::updateSelection, Qt::QueuedConnection);
 }
 
 void VRLSliceEditWidgetMediator::modelItemCreateEvent(VRLModelItemCreateEvent& event) {
     VRLSliceWidgetMediator::modelItemCreateEvent(event);
     selectionMayHaveChanged(event.getItem());
+    updateGhostsLater(event.getItem());
 }
 
 void VRLSliceEditWidgetMediator::modelItemDeleteEvent(VRLModelItemDeleteEvent& event) {
     VRLSliceWidgetMediator::modelItemDeleteEvent(event);
     if (isInteracting() && event.getItem() != nullptr)
         __current->itemGone(*event.getItem());
+    if (__chosen != nullptr && event.getItem() != nullptr)
+        __chosen->itemGone(*event.getItem());
     selectionMayHaveChanged(event.getItem());
+    updateGhostsLater(event.getItem());
 }
 
 void VRLSliceEditWidgetMediator::modelItemVertexEvent(VRLModelItemVertexEvent& event) {
@@ -102,11 +141,13 @@ void VRLSliceEditWidgetMediator::modelItemVertexEvent(VRLModelItemVertexEvent& e
     if (isInteracting() && event.getItem() != nullptr)
         __current->itemChanged(*event.getItem());
     selectionMayHaveChanged(event.getItem());
+    updateGhostsLater(event.getItem());
 }
 
 void VRLSliceEditWidgetMediator::modelItemConvertEvent(VRLModelItemConvertEvent& event) {
     VRLSliceWidgetMediator::modelItemConvertEvent(event);
     selectionMayHaveChanged(event.getItem());
+    updateGhostsLater(event.getItem());
 }
 
 void VRLSliceEditWidgetMediator::setCanvas(VRLImageWidgetCanvas& canvas) {
@@ -178,7 +219,7 @@ void VRLSliceEditWidgetMediator::setRestingHint() {
     if (statusBar == nullptr)
         return;
     const bool isAtWork = __resting != nullptr && getSlice() != nullptr && !getImageProxy().isEmpty();
-    statusBar->setHint(isAtWork ? __resting->restingHint(__selected) : QString(), false);
+    statusBar->setHint(isAtWork ? __chosen->restingHint(__selected) : QString(), false);
 }
 
 QStringList VRLSliceEditWidgetMediator::buildSliceModelList() const {
@@ -239,7 +280,7 @@ void VRLSliceEditWidgetMediator::resumeDrawing(const Model& model, const Vertice
 }
 
 void VRLSliceEditWidgetMediator::toolStarts(Tool& tool) {
-    if (&tool == __resting)
+    if (&tool == __resting || &tool == __chosen)
         return;
     endInteractions();
     __current = &tool;
@@ -253,7 +294,9 @@ void VRLSliceEditWidgetMediator::toolEnds(Tool& tool) {
 // The command may run a loop of its own, in which this object may be deleted.
 void VRLSliceEditWidgetMediator::runCommand(const ToolCommand& command, const QString& model) {
     if (isInteracting() || __resting == nullptr)
-        return;
+        return __menus->showChosen(__chosenId);
+    if (command.stays)
+        return choose(command);
     const QString which = model.isNull() ? QString() : " for the model \"" + model + "\"";
     guarded(&getCanvas(), QString("\"") + command.info.text + "\" cannot be carried out" + which + ".", [&] {
         if (command.deselects)
@@ -262,8 +305,92 @@ void VRLSliceEditWidgetMediator::runCommand(const ToolCommand& command, const QS
     });
 }
 
+void VRLSliceEditWidgetMediator::choose(const ToolCommand& command) {
+    Tool& tool = toolOf(command.make);
+    if (&tool != __chosen) {
+        if (__chosen != __resting)
+            __chosen->abandon();
+        __chosen = &tool;
+        __chosenId = command.info.id;
+        if (getSlice() != nullptr && !tool.isActive())
+            tool.activate();
+        getCanvas().update();
+        emit toolChosen(__chosenId);
+    }
+    __menus->showChosen(__chosenId);
+    setRestingHint();
+}
+
+void VRLSliceEditWidgetMediator::chooseTool(const char* id) {
+    for (const ToolCommand& command : toolCommands())
+        if (command.stays && QString(command.info.id) == id)
+            return runCommand(command, QString());
+}
+
+void VRLSliceEditWidgetMediator::chooseSelection() {
+    chooseTool(selectingToolId);
+}
+
+QList<QAction*> VRLSliceEditWidgetMediator::getToolActions() {
+    QList<QAction*> actions;
+    for (const ToolCommand& command : toolCommands())
+        if (command.stays)
+            actions.append(&commands().action(command.info.id));
+    return actions;
+}
+
+QAction& VRLSliceEditWidgetMediator::getCommand(const char* id) {
+    return commands().action(id);
+}
+
+// What is begun may run a loop of its own, in which this object may be deleted.
+void VRLSliceEditWidgetMediator::begin(const char* id, const Model& model, QEvent& input) {
+    for (const ToolCommand& command : toolCommands())
+        if (QString(command.info.id) == id) {
+            const QPointer<VRLSliceEditWidgetMediator> self(this);
+            runCommand(command, QString::fromStdString(model.getName()));
+            if (!self || !isInteracting())
+                return;
+            __pressed = __current;
+            __current->process(&input);
+            return;
+        }
+}
+
+void VRLSliceEditWidgetMediator::setGhostsShown(bool shown) {
+    __ghostsShown = shown;
+    updateGhosts();
+}
+
+/// Once for many events; not for those of the slice itself.
+void VRLSliceEditWidgetMediator::updateGhostsLater(const ModelItem* item) {
+    if (!__ghostsShown || __ghostsPending || (item != nullptr && item->getSlice() == getSlice()))
+        return;
+    __ghostsPending = true;
+    QMetaObject::invokeMethod(this, &VRLSliceEditWidgetMediator::updateGhosts, Qt::QueuedConnection);
+}
+
+void VRLSliceEditWidgetMediator::updateGhosts() {
+    __ghostsPending = false;
+    const Stack* const stack = getSlice() != nullptr ? getSlice()->getStack() : nullptr;
+    const bool wanted = __ghostsShown && stack != nullptr;
+    if (wanted || !getCanvas().getGhosts().empty())
+        getCanvas().setGhosts(wanted ? neighbourOutlines(*stack, *getSlice()) : std::vector<NeighbourOutline>());
+}
+
+/// What can't be touched any more is not selected either.
+void VRLSliceEditWidgetMediator::viewsChanged() {
+    for (int i = 0; getSlice() != nullptr && i < getSlice()->getNumItems(); ++i)
+        if (!__views->isTouchable(getSlice()->getItem(i)))
+            getSlice()->getItem(i).getSelection().set(false);
+    updateSelection();
+    getCanvas().update();
+}
+
 void VRLSliceEditWidgetMediator::cancelInteraction() {
     guarded(&getCanvas(), "The interaction cannot be ended.", [this] {
+        if (!isInteracting() && __chosen != __resting && __chosen != nullptr)
+            return __chosen->cancel();
         if (__resting != nullptr)
             __resting->cancel();
         if (isInteracting())
@@ -297,7 +424,7 @@ void VRLSliceEditWidgetMediator::updateSelection() {
 
 // A tool that keeps an event may have run a loop, in which this object was deleted: nothing comes after it.
 bool VRLSliceEditWidgetMediator::canvasEvent(QEvent* event) {
-    Tool* const tool = isInteracting() ? __current.data() : __resting;
+    Tool* const tool = isInteracting() ? __current.data() : __chosen;
     const QEvent::Type type = event->type();
     if (type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick)
         __pressed = tool;

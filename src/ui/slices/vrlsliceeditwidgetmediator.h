@@ -18,6 +18,7 @@ class QContextMenuEvent;
 namespace vorlen {
 
 class Model;
+class ModelViews;
 class SliceToolHost;
 struct ToolCommand;
 class ToolHost;
@@ -29,8 +30,8 @@ class VRLSliceEditWidgetStatusBar;
 /// Mediator of the slice editor: makes the tools and their commands from the list of ui/tools, shows the current tool
 /// what comes to the canvas, tells it what happens to the document, and passes on the lock that it asks for.
 ///
-/// One tool rests, and is current as long as no other runs. A context menu by the mouse belongs to the press before it,
-/// and is shown to the tool that the press has ended.
+/// One tool is chosen, and is current as long as no other runs: the one that selects, or another that stays on. A
+/// context menu by the mouse belongs to the press before it, and is shown to the tool that the press has ended.
 ///
 /// Decisions: the keys of the commands act while the canvas has the keyboard, so that lists and fields beside it keep
 /// theirs; Escape acts in the tool window of the edition too. While an interaction runs every command but "Cancel"
@@ -51,6 +52,8 @@ public:
     void clear() override;
     void setSlice(StackSlice& slice) override;
 
+    void modelPropertiesEvent(VRLModelPropertiesEvent& event) override;
+    void stackRegistrationEvent(VRLStackRegistrationEvent& event) override;
     void sliceItemSelectionEvent(VRLSliceItemSelectionEvent& event) override;
     void modelCreateEvent(VRLModelCreateEvent& event) override;
     void modelDeleteEvent(VRLModelDeleteEvent& event) override;
@@ -66,6 +69,27 @@ public:
     /// The editor as the tools see it. The tools themselves are children of this object, made by initialize().
     ToolHost& getToolHost() const;
     QAction& getCancelCommand() const { return *__cancel; }
+
+    /// How the models are looked at in this window.
+    ModelViews& modelViews() const { return *__views; }
+
+    /// The commands of the tools that stay on, for a tool bar: one of them is checked.
+    QList<QAction*> getToolActions();
+    /// A command of a tool that offers no models.
+    QAction& getCommand(const char* id);
+
+    /// The tool that has the canvas while no other runs is the one of this command; it stays on until another is
+    /// chosen. Nothing for a command of another kind.
+    void chooseTool(const char* id);
+    void chooseSelection();
+    /// Runs the command of a tool for the model, and shows what it has started the input.
+    void begin(const char* id, const Model& model, QEvent& input);
+    /// Whether the outlines of the slices before and behind are shown too. Off at first.
+    void setGhostsShown(bool shown);
+    bool areGhostsShown() const { return __ghostsShown; }
+
+    /// The id of its command.
+    QString getChosenTool() const { return __chosenId; }
 
     /// Enables the commands and menus that make sense for this selection.
     void selectionChange(const StackSliceSelectionInfo& info);
@@ -100,6 +124,8 @@ public:
 signals:
     void lockRequested(const bool on);
     void sliceRequested(StackSlice& slice);
+    /// Another tool stays on from here.
+    void toolChosen(const QString& id);
 
 protected:
     bool canvasEvent(QEvent* event) override;
@@ -121,17 +147,26 @@ private:
     bool isInteracting() const;
     void endInteractions();
     void selectionMayHaveChanged(const ModelItem* item);
+    void choose(const ToolCommand& command);
+    void viewsChanged();
+    void updateGhosts();
+    void updateGhostsLater(const ModelItem* item);
 
     std::unique_ptr<SliceToolHost> __host;
     ToolMenus* __menus;
     QAction* __cancel;
     QList<QPointer<QAction>> __contextualActions;
     std::vector<std::pair<ToolMaker, Tool*>> __tools;
-    Tool* __resting = nullptr;
+    ModelViews* __views;       // a child
+    Tool* __resting = nullptr; // that selects
+    Tool* __chosen = nullptr;  // that has the canvas while no other runs: the resting one, or one that stays on
+    QString __chosenId;
     QPointer<Tool> __current; // that is not the resting one; null while none runs
     QPointer<Tool> __pressed; // that was shown the last press
     StackSliceSelectionInfo __selected;
     bool __selectionPending = false;
+    bool __ghostsShown = false;
+    bool __ghostsPending = false;
 };
 
 } // namespace vorlen

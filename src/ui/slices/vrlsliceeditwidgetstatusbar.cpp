@@ -5,7 +5,7 @@
 namespace vorlen {
 
 VRLSliceEditWidgetStatusBar::VRLSliceEditWidgetStatusBar(QWidget* parent) : VRLSliceWidgetStatusBar(parent) {
-    __editMode = addField(int(QFrame::Panel) | int(QFrame::Sunken), "Edit mode");
+    __editMode = addField("Edit mode");
     // Queued, as the bar is about to show what it has just told of.
     connect(
         this, &QStatusBar::messageChanged, this,
@@ -17,7 +17,7 @@ VRLSliceEditWidgetStatusBar::VRLSliceEditWidgetStatusBar(QWidget* parent) : VRLS
 }
 
 void VRLSliceEditWidgetStatusBar::setEditModeInfo(const QString& text) {
-    __editMode->setText(text);
+    setField(*__editMode, text);
 }
 
 QString VRLSliceEditWidgetStatusBar::getEditModeInfo() const {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <QPainter>
@@ -126,7 +127,12 @@ void VRLSliceWidgetCanvas::setSlice(StackSlice& slice) {
 
 void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice, QPainter& painter) {
     for (int i = 0; i < slice.getNumItems(); ++i)
-        paintItem(slice.getItem(i), painter);
+        if (isShown(slice.getItem(i)))
+            paintItem(slice.getItem(i), painter);
+}
+
+bool VRLSliceWidgetCanvas::isShown(const ModelItem&) const {
+    return true;
 }
 
 void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice) {
@@ -141,7 +147,8 @@ void VRLSliceWidgetCanvas::paintItemsWithin(const StackSlice& slice, const QRect
         painter.setClipRect(area);
         painter.setTransform(items);
         for (int i = 0; i < slice.getNumItems(); ++i)
-            paintItem(slice.getItem(i), painter);
+            if (isShown(slice.getItem(i)))
+                paintItem(slice.getItem(i), painter);
     });
 }
 
@@ -283,7 +290,8 @@ void VRLSliceWidgetCanvas::paintPointsItem(const ModelItem& item, const ModelIte
         drawVertexCrosses(painter, vertices, r);
 }
 
-// In coordinates of the widget, so that marks have the same size at all zooms.
+// In coordinates of the widget, so that marks have the same size at all zooms. Where vertices lie close marks are left
+// out, so that they don't hide what the outline lies on; not at the ends of what is selected.
 void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& painter) const {
     painter.resetTransform();
     painter.setOpacity(1);
@@ -295,13 +303,20 @@ void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& p
     const ModelItemSelection& selection = item.getSelection();
     const Vertices<int>& vertices = item.getVertices();
     const int numBits = std::min(selection.getNumBits(), item.getSize());
+    const int apart = drawnGeometryOf(item) == PolypointPrimitive ? 0 : 16;
+    std::optional<QPointF> last;
     std::vector<QPoint> marks;
     for (int i = 0; i < numBits; ++i) {
         if (!selection.isSelected(i))
             continue;
+        const bool isWithin = i > 0 && selection.isSelected(i - 1) && i + 1 < numBits && selection.isSelected(i + 1);
         const double x = std::floor((vertices[i][0] - getViewOrigin().x() + 0.5) * horizontal);
         const double y = std::floor((vertices[i][1] - getViewOrigin().y() + 0.5) * vertical);
-        if (!seen.contains(x, y))
+        const QPointF place(x, y);
+        if (isWithin && last && (place - *last).manhattanLength() < apart)
+            continue;
+        last = place; // also where it is not painted: parts of a picture are to fit
+        if (!seen.contains(place))
             continue;
         const QPoint position{int(x), int(y)};
         if (i == 0)

@@ -53,6 +53,9 @@ public:
 protected:
     void paintGL() override;
 
+    /// Whether the item is painted at all; all are.
+    virtual bool isShown(const ModelItem& item) const;
+
     /// An item and the marks of its selected vertices.
     void paintItem(const ModelItem& item, QPainter& painter) const;
 

@@ -102,6 +102,15 @@ void VRLSliceWidgetMediator::stackImageCalibrationEvent(VRLStackImageCalibration
         calibrationChanged();
 }
 
+// The grey scale of the stack may be another one.
+void VRLSliceWidgetMediator::stackModifyEvent(VRLStackModifyEvent& event) {
+    const StackSlice* const slice = getSlice();
+    if (slice == nullptr || slice->getStack() != event.getStack() || !getImageProxy().hasImage())
+        return;
+    if (hasGreyScale(getImageProxy().getImage()) && event.getStack()->getGreyScale())
+        getCanvas().setGreyScale(*event.getStack()->getGreyScale());
+}
+
 void VRLSliceWidgetMediator::processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) {
     if (getSlice() != nullptr && action.getSlice() == getSlice() && action.isInsertion() == action.reverted())
         clear();

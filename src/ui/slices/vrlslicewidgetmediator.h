@@ -37,6 +37,7 @@ public:
 
     void stackCloseEvent(VRLStackCloseEvent& event) override;
     void stackImageCalibrationEvent(VRLStackImageCalibrationEvent& event) override;
+    void stackModifyEvent(VRLStackModifyEvent& event) override;
     void processSliceInsertionDeletionAction(VRLSliceInsertionDeletionAction& action) override;
     void sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent& event) override;
     void sliceImageSourceEvent(VRLSliceImageSourceEvent& event) override;

@@ -5,11 +5,11 @@
 namespace vorlen {
 
 VRLSliceWidgetStatusBar::VRLSliceWidgetStatusBar(QWidget* parent) : VRLImageWidgetStatusBar(parent) {
-    __slice = addField(int(QFrame::WinPanel) | int(QFrame::Sunken), "Contours and points on the slice");
+    __slice = addField("Contours and points on the slice");
 }
 
 void VRLSliceWidgetStatusBar::setSliceInfo(const QString& text) {
-    __slice->setText(text);
+    setField(*__slice, text);
 }
 
 QString VRLSliceWidgetStatusBar::getSliceInfo() const {

@@ -41,6 +41,13 @@ int positionToWorld(int x, int from, int fromSize, int to, int toSize) {
     return withinInt(double(Maths::fround(quotient)) + to);
 }
 
+// Between pixels, as for the whole ones above.
+double shiftBetween(double x, int from, int fromSize, int to, int toSize) {
+    if (fromSize <= 1)
+        return to;
+    return (x - from) * (double(toSize) - 1) / (double(fromSize) - 1) + to;
+}
+
 unsigned int convertLength(unsigned int length, int fromSize, int toSize) {
     const auto from = static_cast<unsigned int>(fromSize);
     const auto to = static_cast<unsigned int>(toSize);
@@ -134,13 +141,15 @@ BoundingBox<int> WMConverter::toWorld(const BoundingBox<int>& box) const {
 }
 
 Registration WMConverter::toModel(const Registration& registration) const {
-    return Registration(xToModel(Maths::fround(registration.getHorShift())),
-                        yToModel(Maths::fround(registration.getVerShift())), registration.getRotationAngle());
+    return Registration(shiftBetween(registration.getHorShift(), worldX, worldWidth, modelX, modelWidth),
+                        shiftBetween(registration.getVerShift(), worldY, worldHeight, modelY, modelHeight),
+                        registration.getRotationAngle());
 }
 
 Registration WMConverter::toWorld(const Registration& registration) const {
-    return Registration(xToWorld(Maths::fround(registration.getHorShift())),
-                        yToWorld(Maths::fround(registration.getVerShift())), registration.getRotationAngle());
+    return Registration(shiftBetween(registration.getHorShift(), modelX, modelWidth, worldX, worldWidth),
+                        shiftBetween(registration.getVerShift(), modelY, modelHeight, worldY, worldHeight),
+                        registration.getRotationAngle());
 }
 
 Vertices<int> WMConverter::toModel(const Vertices<int>& vertices) const {

@@ -7,13 +7,17 @@
 #include "numerics/vector.h"
 
 class QAction;
+class QEvent;
 class QLine;
 class QWidget;
 
 namespace vorlen {
 
+struct CanvasNote;
 class Image;
+class Model;
 class ModelItem;
+class ModelViews;
 class ProgressMonitor;
 class StackSlice;
 class VRLSliceEditWidgetMediatorDelegate;
@@ -35,6 +39,8 @@ public:
 
     /// The pixel of the image at a position of the canvas, which may lie outside of the image.
     virtual Vector<int> imagePoint(const QPoint& position) const = 0;
+    /// The same between pixels, with the centre of the first one at (0, 0).
+    virtual QPointF exactImagePoint(const QPointF& position) const = 0;
     virtual bool isOnImage(const Vector<int>& pixel) const = 0;
     /// Where the middle of a pixel lies on the canvas.
     virtual QPointF canvasPosition(const Vector<int>& pixel) const = 0;
@@ -45,6 +51,8 @@ public:
     /// Seen, not owned.
     virtual void setPreview(ModelItem* item) = 0;
     virtual void setRubberLine(const QLine* line) = 0;
+    /// A line with a text; none for null. Seen, not owned.
+    virtual void setNote(const CanvasNote* note) = 0;
 
     /// Says in the status bar what the next input will do; and what it does when no tool runs.
     virtual void setHint(const QString& text) = 0;
@@ -57,6 +65,18 @@ public:
 
     /// What is selected on the slice may be something else now.
     virtual void selectionChanged() = 0;
+
+    /// The current model, and which are hidden and locked.
+    virtual ModelViews& modelViews() const = 0;
+
+    /// Runs the command of a tool for a model, and shows what it has started the input that was the reason to.
+    virtual void begin(const char* command, const Model& model, QEvent& input) = 0;
+
+    /// Whether the tool that stays on is the one of this command.
+    virtual bool isChosen(const char* command) const = 0;
+
+    /// The user has done with the tool that stays on: the one that selects comes back.
+    virtual void leaveTool() = 0;
 
     /// The command by which the user ends what runs, for windows of a tool.
     virtual QAction& cancelCommand() const = 0;

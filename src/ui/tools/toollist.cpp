@@ -2,6 +2,10 @@
 
 #include "document/model.h"
 #include "document/stacksliceselectioninfo.h"
+#include "ui/tools/brushtool.h"
+#include "ui/tools/measuringtool.h"
+#include "ui/tools/movingtool.h"
+#include "ui/tools/startingtool.h"
 #include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordouglaspeuckerdecimationdelegate.h"
 #include "ui/tools/vrlsliceeditwidgetmediatoreditiondelegate.h"
@@ -12,6 +16,7 @@
 #include "ui/tools/vrlsliceeditwidgetmediatorsnakedelegate.h"
 #include "ui/tools/vrlsliceeditwidgetmediatorsplitdelegate.h"
 #include "ui/tools/vrlsliceeditwidgetmediatorthresholdingdelegate.h"
+#include "ui/tools/wiretool.h"
 
 namespace vorlen {
 
@@ -83,6 +88,10 @@ bool wholePolygon(const Selected& selected) {
            selected.selectionGeometry() == PolygonPrimitive;
 }
 
+bool severalPolygons(const Selected& selected) {
+    return selected.multipleSelection() && selected.selectionGeometry() == PolygonPrimitive;
+}
+
 bool onePolygon(const Selected& selected) {
     return oneItem(selected) && selected.selectionGeometry() == PolygonPrimitive;
 }
@@ -95,6 +104,27 @@ bool wholeContour(const Selected& selected) {
 bool isOfThatGeometry(const Model& model, const Selected& selected) {
     return model.getProperties().definesGeometry() &&
            model.getProperties().getGeometry() == selected.selectionGeometry();
+}
+
+bool isConnectedModel(const Model& model, const Selected&) {
+    return model.getProperties().definesGeometry() && model.getProperties().getGeometry() != PolypointPrimitive;
+}
+
+Tool* makeDrawing(ToolHost& host) {
+    return new StartingTool(host, "draw.manual",
+                            "Click for vertices, or hold the button and draw; close the outline at its start, by "
+                            "Return or a double click.");
+}
+
+Tool* makeWiring(ToolHost& host) {
+    return new StartingTool(host, "draw.wire",
+                            "Click on an edge, and go on along it with clicks; close the outline at its start, by "
+                            "Return or a double click.");
+}
+
+Tool* makeThresholding(ToolHost& host) {
+    return new StartingTool(host, "draw.automatic",
+                            "Click two opposite corners of a box over the edge of a dark structure.");
 }
 
 constexpr auto Draw = ToolMenu::Draw;
@@ -114,17 +144,28 @@ bool isToolMenuEnabled(ToolMenu menu, const StackSliceSelectionInfo& selected) {
 const std::vector<ToolCommand>& toolCommands() {
     // clang-format off
     static const std::vector<ToolCommand> commands = {
+        {.info = {.id = selectingToolId, .text = "Select", .tip = "Select outlines and points", .icon = "toolselect", .keys = "Q", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<Selection>, .stays = true},
+        {.info = {.id = "tool.draw", .text = "Draw", .tip = "Draw outlines of the current model, one after the other", .icon = "tooldraw", .keys = "D", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = makeDrawing, .stays = true},
+        {.info = {.id = "tool.wire", .text = "Live wire", .tip = "Draw along the edges of the image: click here and there, and the outline follows", .icon = "toolwire", .keys = "L", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = makeWiring, .stays = true},
+        {.info = {.id = "tool.brush", .text = "Brush", .tip = "Paint outlines of the current model; with Ctrl, erase", .icon = "toolbrush", .keys = "B", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<BrushTool>, .stays = true},
+        {.info = {.id = "tool.automatic", .text = "Automatic", .tip = "Outline what is darker than its surroundings, for the current model", .icon = "toolautomatic", .keys = "A", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = makeThresholding, .stays = true},
+        {.info = {.id = "tool.move", .text = "Move, turn, scale", .tip = "Drag an outline: move it; with Shift, turn it; with Ctrl, scale it", .icon = "toolmove", .keys = "M", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<MovingTool>, .stays = true},
+        {.info = {.id = "tool.measure", .text = "Measure", .tip = "Drag: measure a distance; drag on from its end: an angle", .icon = "toolmeasure", .keys = "T", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<MeasuringTool>, .stays = true},
+        {{.id = "brush.larger", .text = "Larger brush", .tip = "Make the brush larger", .keys = "]"}, ToolMenu::None, always, make<BrushTool>, [](Tool& tool, const QString&) { static_cast<BrushTool&>(tool).grow(1.25); }},
+        {{.id = "brush.smaller", .text = "Smaller brush", .tip = "Make the brush smaller", .keys = "["}, ToolMenu::None, always, make<BrushTool>, [](Tool& tool, const QString&) { static_cast<BrushTool&>(tool).grow(0.8); }},
         {{.id = "draw.manual", .text = "Manual", .tip = "Draw a contour, line or point of the model chosen"}, Draw, always, make<Creation>, runFor<Creation>, ToolModels::OfStack, {}, true},
         {{.id = "draw.automatic", .text = "Automatic", .tip = "Outline what is brighter or darker than a threshold, at a click"}, Draw, always, make<Thresholding>, runFor<Thresholding>, ToolModels::Polygons, {}, true},
+        {{.id = "draw.wire", .text = "Live wire", .tip = "Draw along the edges of the image, for the model chosen"}, Draw, always, make<WireTool>, runFor<Creation>, ToolModels::OfStack, isConnectedModel, true},
         {{.id = "edit.properties", .text = "Properties...", .tip = "Colour, width and texts of what is selected"}, Edit, noSeveralNorPoints, make<Selection>, call(&Selection::editSelectionProperties)},
-        {{.id = "edit.points", .text = "Edit points", .tip = "Move, insert and delete vertices", .keys = "E"}, Edit, oneItem, make<Edition>, run},
+        {{.id = "edit.points", .text = "Edit points", .tip = "Move, insert and delete vertices", .icon = "movepoints", .keys = "E"}, Edit, oneItem, make<Edition>, run},
         {{.id = "edit.decimate", .text = "Decimate", .tip = "Leave out the vertices that the outline does not need"}, Edit, something, make<Selection>, call(&Selection::decimateSelection)},
         {{.id = "edit.douglaspeucker", .text = "Decimate (Douglas-Peucker)", .tip = "Leave out vertices within a tolerance that a dialog asks for"}, Edit, wholeContour, make<DouglasPeucker>, run},
         {{.id = "edit.resample", .text = "Resample", .tip = "Vertices at equal distances", .keys = "R"}, Edit, wholePolygon, make<Resampling>, run},
         {{.id = "edit.origin", .text = "Change origin", .tip = "Choose the first vertex"}, Edit, wholePolygon, make<Reorigin>, run},
-        {{.id = "edit.split", .text = "Split contour", .tip = "Cut a contour in two along a line"}, Edit, wholePolygon, make<Split>, run},
+        {{.id = "edit.split", .text = "Split contour", .tip = "Cut a contour in two along a line", .icon = "toolsplit", .keys = "K"}, Edit, wholePolygon, make<Split>, run},
+        {{.id = "edit.join", .text = "Join contours", .tip = "Make one contour of those that are selected", .icon = "tooljoin", .keys = "J"}, Edit, severalPolygons, make<Selection>, call(&Selection::joinSelection)},
         {{.id = "edit.smooth", .text = "Smooth (Fourier)", .tip = "Keep the low frequencies of the contour"}, Edit, wholePolygon, make<Fourier>, run},
-        {{.id = "edit.snake", .text = "Run Snake", .tip = "Let the contour find the edges of the image", .keys = "S"}, Edit, wholePolygon, make<Snake>, run},
+        {{.id = "edit.snake", .text = "Run Snake", .tip = "Let the contour find the edges of the image", .icon = "toolsnake", .keys = "S"}, Edit, wholePolygon, make<Snake>, run},
         {{.id = "copy.next", .text = "Copy to next slice", .tip = "Copy what is selected to the next slice, and go there", .keys = "Shift+PgUp"}, Edit, something, make<Selection>, call(&Selection::copyToNextSlice)},
         {{.id = "copy.previous", .text = "Copy to previous slice", .tip = "Copy what is selected to the previous slice, and go there", .keys = "Shift+PgDown"}, Edit, something, make<Selection>, call(&Selection::copyToPreviousSlice)},
         {{.id = "copy.slices", .text = "Copy to slices...", .tip = "Copy what is selected to several slices before and after this one"}, Edit, something, make<Selection>, call(&Selection::copyToSlices)},
@@ -132,6 +173,8 @@ const std::vector<ToolCommand>& toolCommands() {
         {{.id = "gap.fillAll", .text = "Fill all gaps", .tip = "Outline the model on all slices that lack it between others", .keys = "Shift+G"}, Edit, onePolygon, make<Selection>, call(&Selection::fillAllGaps)},
         {{.id = "select.model", .text = "Select", .tip = "Select the items of a model on this slice"}, Top, nothing, make<Selection>, call(&Selection::selectModelItems), ToolModels::OfSlice},
         {{.id = "convert", .text = "Convert", .tip = "Give what is selected to another model"}, Top, oneGeometry, make<Selection>, call(&Selection::convertSelection), ToolModels::OfStack, isOfThatGeometry},
+        {{.id = "copy.clipboard", .text = "Copy", .tip = "Copy what is selected, to be pasted on other slices", .keys = "Ctrl+C"}, ToolMenu::None, something, make<Selection>, call(&Selection::copySelection)},
+        {{.id = "paste.clipboard", .text = "Paste", .tip = "Put what was copied on this slice, where it lies in space", .keys = "Ctrl+V"}, ToolMenu::None, always, make<Selection>, call(&Selection::pasteItems)},
         {{.id = "delete", .text = "Delete", .tip = "Delete what is selected", .keys = "Delete"}, Top, something, make<Selection>, call(&Selection::removeSelection)},
         {{.id = "select.all", .text = "Select all", .tip = "Select all items on this slice", .keys = "Ctrl+A"}, ToolMenu::None, always, make<Selection>, call(&Selection::selectAllModelItems)},
     };

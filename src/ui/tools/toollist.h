@@ -35,12 +35,14 @@ struct ToolCommand {
     /// Makes the tool. Commands of one maker share the tool.
     ToolMaker make;
     /// Carries the command out, for the model of this name where the command offers models.
-    std::function<void(Tool& tool, const QString& model)> start;
+    std::function<void(Tool& tool, const QString& model)> start = {};
     ToolModels models = ToolModels::None;
     /// Whether the model can be chosen; all of them where there is no such rule.
     std::function<bool(const Model& model, const StackSliceSelectionInfo& selected)> offers = {};
     /// Whether what is selected is deselected first.
     bool deselects = false;
+    /// Whether the tool stays on: it is made the one that has the canvas while no other runs.
+    bool stays = false;
 };
 
 /// The commands of all tools, in the order of the menus.
@@ -48,6 +50,9 @@ const std::vector<ToolCommand>& toolCommands();
 
 /// What ends whatever tool runs.
 const CommandInfo& cancelToolCommand();
+
+/// The id of the command that brings the tool back that selects.
+inline constexpr const char* selectingToolId = "tool.select";
 
 /// The maker of the tool that has the canvas while no other runs.
 ToolCommand::ToolMaker restingToolMaker();

@@ -16,6 +16,7 @@
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/guarded.h"
 #include "ui/session/vrlpreferences.h"
+#include "ui/tools/toollist.h"
 
 namespace vorlen {
 
@@ -179,8 +180,14 @@ void VRLSliceEditWidgetMediatorCreationDelegate::mousePressEvent(QMouseEvent* ev
     __menuPending = false;
     if (!acts())
         return anyEvent(event);
-    if (event->buttons() == Qt::LeftButton)
-        appendVertex(event->position().toPoint());
+    __stroke = false;
+    if (event->buttons() == Qt::LeftButton) {
+        const QPoint position = event->position().toPoint();
+        event->accept();
+        if (closesAt(position))
+            return apply();
+        appendVertex(position);
+    }
     if (event->buttons() == Qt::RightButton) {
         cancel();
         __menuPending = true;
@@ -189,9 +196,28 @@ void VRLSliceEditWidgetMediatorCreationDelegate::mousePressEvent(QMouseEvent* ev
 }
 
 void VRLSliceEditWidgetMediatorCreationDelegate::mouseMoveEvent(QMouseEvent* event) {
-    if (acts() && event->buttons() == Qt::LeftButton && !isPointSet())
+    if (acts() && event->buttons() == Qt::LeftButton && !isPointSet()) {
         appendVertex(event->position().toPoint());
+        __stroke = true;
+    }
     anyEvent(event);
+}
+
+void VRLSliceEditWidgetMediatorCreationDelegate::mouseReleaseEvent(QMouseEvent* event) {
+    anyEvent(event);
+    const bool closes =
+        acts() && event->button() == Qt::LeftButton && __stroke && closesAt(event->position().toPoint());
+    __stroke = false;
+    if (closes)
+        apply();
+}
+
+bool VRLSliceEditWidgetMediatorCreationDelegate::closesAt(const QPoint& position) const {
+    constexpr int near = 8; // units of the canvas
+    if (!__item->isClosed() || __item->getSize() < 3 || host().isChosen(selectingToolId))
+        return false;
+    const QPointF way = host().canvasPosition(__item->getVertices()[0]) - QPointF(position);
+    return way.manhattanLength() <= near;
 }
 
 void VRLSliceEditWidgetMediatorCreationDelegate::tabletMoveEvent(QTabletEvent* event) {

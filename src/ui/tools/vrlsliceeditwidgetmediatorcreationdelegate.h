@@ -17,7 +17,8 @@ class Model;
 ///
 /// Decisions: nothing starts for an unknown model, or on a slice whose stack keeps no history. The press of the right
 /// button that gives a drawing up does not open the context menu too. A drawing is given up when its model or its slice
-/// goes away.
+/// goes away. Where drawing stays on, an outline is also closed by a click on its first vertex, or by a stroke that
+/// ends there; without that choice every click adds a vertex.
 class VRLSliceEditWidgetMediatorCreationDelegate : public VRLSliceEditWidgetMediatorDelegate {
     Q_OBJECT
 
@@ -34,13 +35,13 @@ public:
     void resume(const Model& model, const Vertices<int>& vertices);
 
     /// Ends with the item in the document, as a step of its history, or with a refusal.
-    void apply();
+    virtual void apply();
 
     /// The pixel at the position of the canvas, unless it lies outside of the image or is the last vertex already.
-    void appendVertex(const QPoint& position);
+    virtual void appendVertex(const QPoint& position);
 
     /// Without its only vertex the item is given up.
-    void removeLastVertex();
+    virtual void removeLastVertex();
 
     /// The item under construction; null when there is none.
     const ModelItem* getItem() const { return __item.get(); }
@@ -58,18 +59,25 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void tabletMoveEvent(QTabletEvent* event) override;
     void tabletPressEvent(QTabletEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 
-private:
     bool isPointSet() const;
-    void begin(Model& model);
+    virtual void begin(Model& model);
+    virtual void end();
+    ModelItem* item() const { return __item.get(); }
+    /// Whether a click, or the end of a stroke, at this position of the canvas closes the outline: near its first
+    /// vertex, where the tool that stays on draws one outline after the other.
+    bool closesAt(const QPoint& position) const;
+
+private:
     bool keep();
-    void end();
 
     std::unique_ptr<ModelItem> __item;
+    bool __stroke = false;                  // the button is held, and vertices came since
     std::optional<Vertices<int>> __resumed; // as the drawing was when it came back
     bool __menuPending = false;             // the context menu of the press that ended a drawing
 };

@@ -12,10 +12,11 @@
 #include "document/stacksliceselectioninfo.h"
 #include "editing/actions/vrlselectionaction.h"
 #include "editing/bus/vrlsliceevent.h"
-#include "editing/operations/copyoperations.h"
 #include "editing/operations/gapfilling.h"
 #include "editing/operations/itemoperations.h"
+#include "editing/operations/outlineediting.h"
 #include "editing/stacks/vrlstack.h"
+#include "ui/models/modelviews.h"
 #include "ui/models/vrlmodelitemdialog.h"
 #include "ui/tools/vrlcopydialog.h"
 #include "ui/widgets/waitcursor.h"
@@ -33,6 +34,8 @@ QString modelName(const ModelItem& item) {
 }
 
 } // namespace
+
+std::vector<CopiedItem> VRLSliceEditWidgetMediatorSelectionDelegate::__copied;
 
 VRLSliceEditWidgetMediatorSelectionDelegate::~VRLSliceEditWidgetMediatorSelectionDelegate() {
     delete __rubberBand; // without a word to the canvas, which may be about to go
@@ -99,6 +102,8 @@ std::vector<ModelItem*> VRLSliceEditWidgetMediatorSelectionDelegate::itemsNear(c
     const float tolerance = clickTolerance();
     for (int i = 0; i < slice()->getNumItems(); ++i) {
         ModelItem& item = slice()->getItem(i);
+        if (!host().modelViews().isTouchable(item))
+            continue;
         const bool isHit = isPoints(item) ? item.findNearestVertex(position, tolerance) >= 0
                                           : item.findNearVertex(position, tolerance) >= 0;
         if (isHit)
@@ -140,6 +145,8 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsWithinBox(const Bou
     bool changed = false;
     for (int i = 0; i < slice()->getNumItems(); ++i) {
         ModelItem& item = slice()->getItem(i);
+        if (!host().modelViews().isTouchable(item))
+            continue;
         ModelItemSelection selection = item.getSelection();
         bool touched = false;
         for (int j = 0; j < item.getSize(); ++j)
@@ -199,7 +206,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::copyToNeighbour(int direction)
         return;
     }
     StackSlice& target = stack()->getSlice(rank);
-    const Outcome outcome = copySelection(*stack(), *slice(), {&target});
+    const Outcome outcome = vorlen::copySelection(*stack(), *slice(), {&target});
     if (outcome)
         host().showSlice(target);
     else
@@ -222,6 +229,36 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::copyToSlices() {
         host().setHint(QString("Copied to %1 slices.").arg(before + behind));
     else
         warnUnlessDone("Copy to slices", outcome);
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::copySelection() {
+    if (stack() == nullptr)
+        return;
+    std::vector<CopiedItem> copied = copiedSelection(*stack(), *slice());
+    if (copied.empty())
+        return;
+    __copied = std::move(copied);
+    host().setHint("Copied. Ctrl+V puts it on the slice that is shown then.");
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::pasteItems() {
+    if (stack() == nullptr)
+        return;
+    const Outcome outcome = vorlen::pasteItems(*stack(), *slice(), __copied);
+    if (outcome)
+        notifySelection();
+    else
+        host().setHint(QString::fromStdString(outcome.getReason()) + ".");
+}
+
+void VRLSliceEditWidgetMediatorSelectionDelegate::joinSelection() {
+    if (stack() == nullptr)
+        return;
+    const Outcome outcome = vorlen::joinSelection(*stack(), *slice());
+    if (outcome)
+        notifySelection();
+    else
+        warnUnlessDone("Join contours", outcome);
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::fillGap() {
@@ -344,7 +381,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::selectWhole(const std::functio
     bool any = false;
     for (int i = 0; i < slice()->getNumItems(); ++i) {
         ModelItem& item = slice()->getItem(i);
-        if (!wanted(item))
+        if (!wanted(item) || !host().modelViews().isTouchable(item))
             continue;
         ModelItemSelection selection = item.getSelection();
         selection.set(true);

@@ -9,6 +9,7 @@
 #include <QRubberBand>
 
 #include "editing/bus/vrleventclient.h"
+#include "editing/operations/copyoperations.h"
 #include "shapes/boundingbox.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 
@@ -62,6 +63,13 @@ public slots:
     /// Copies what is selected to slices before and behind this one; a dialog asks how many.
     void copyToSlices();
 
+    /// Keeps what is selected, also for other stacks and windows; and puts it on this slice, where it lies in space.
+    void copySelection();
+    void pasteItems();
+
+    /// Makes one outline of those that are selected.
+    void joinSelection();
+
     /// Outlines the model of what is selected on the slices between this one and the next, or the previous, on which it
     /// is outlined; and on all slices that lack it between others.
     void fillGap();
@@ -86,6 +94,8 @@ private:
     void select(ModelItem& item, const ModelItemSelection& selection);
     void selectWhole(const std::function<bool(const ModelItem&)>& wanted);
     void notifySelection();
+
+    static std::vector<CopiedItem> __copied;
 
     std::unique_ptr<QPoint> __pressPosition;
     QPointer<QRubberBand> __rubberBand; // a child of the canvas

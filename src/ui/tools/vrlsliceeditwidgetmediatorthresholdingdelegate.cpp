@@ -46,14 +46,14 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::activate(const QString& mod
     VRLSliceEditWidgetMediatorDelegate::activate();
     __model = &stack()->getModel(index);
     canvas().setFocus();
-    host().setHint("Click two opposite corners of a box over the edge of a dark structure. To give up, click "
-                   "twice, then Cancel.");
+    host().setHint("Click two opposite corners of a box over the edge of a dark structure. Escape: give up.");
     QGuiApplication::setOverrideCursor(Qt::CrossCursor);
 }
 
 void VRLSliceEditWidgetMediatorThresholdingDelegate::deactivate() {
     VRLSliceEditWidgetMediatorDelegate::deactivate();
     delete __rubberBand;
+    canvas().update(); // over OpenGL its picture would stay
     __pressPosition.reset();
     __model = nullptr;
     QGuiApplication::restoreOverrideCursor();
@@ -61,6 +61,7 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::deactivate() {
 }
 
 void VRLSliceEditWidgetMediatorThresholdingDelegate::cancel() {
+    abandon();
 }
 
 void VRLSliceEditWidgetMediatorThresholdingDelegate::abandon() {
@@ -99,7 +100,7 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::markFirst(const QPoint& pos
     __pressPosition = std::make_unique<QPoint>(position);
     __rubberBand = new QRubberBand(QRubberBand::Rectangle, &canvas());
     __rubberBand->setWindowOpacity(0.5);
-    host().setHint("Click the opposite corner of the box. To give up, click it, then Cancel.");
+    host().setHint("Click the opposite corner of the box. Escape: give up.");
 }
 
 void VRLSliceEditWidgetMediatorThresholdingDelegate::stretchTo(const QPoint& position) {

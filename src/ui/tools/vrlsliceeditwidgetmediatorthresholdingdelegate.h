@@ -14,8 +14,8 @@ namespace vorlen {
 /// structure.
 ///
 /// Decisions: nothing starts on a slice whose image is not there. The first corner is a point of the image: it stays
-/// there when the view moves before the second click. Only the second click ends the waiting, with two questions that
-/// can be cancelled, or another slice. A pen clicks like the mouse.
+/// there when the view moves before the second click, after which come two questions that can be cancelled. Another
+/// slice ends the waiting. A pen clicks like the mouse.
 class VRLSliceEditWidgetMediatorThresholdingDelegate : public VRLSliceEditWidgetMediatorDelegate {
     Q_OBJECT
 
@@ -28,7 +28,6 @@ public:
     /// Begins a contour of the model of this name.
     void activate(const QString& modelName);
     void deactivate() override;
-    /// Nothing: only the second click ends the waiting.
     void cancel() override;
     void abandon() override;
     using VRLSliceEditWidgetMediatorDelegate::isAbout;

@@ -1,8 +1,13 @@
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
 #include "shapes/boundingbox.h"
 
 namespace vorlen {
+
+struct TrianglesGL;
 
 /// Something that is drawn on a viewer canvas. It has no box, is opaque and draws nothing until a subclass says
 /// otherwise. Instantiated for float, double and long double, as all painters.
@@ -22,6 +27,16 @@ public:
 
     /// Draws into the current OpenGL context, with the camera set.
     virtual void glDraw() const;
+
+    /// Adds points between which all lies that is drawn, three coordinates each: the corners of the box, unless a
+    /// subclass knows better.
+    virtual void addPoints(std::vector<float>& points) const;
+
+    /// Adds the triangles that glDraw() would draw, if it would draw nothing else; false otherwise, as here.
+    virtual bool addTriangles(TrianglesGL& triangles) const;
+
+    /// A number that no other state of this or another painter has, when addTriangles() gives something.
+    virtual std::uint64_t revision() const;
 };
 
 } // namespace vorlen

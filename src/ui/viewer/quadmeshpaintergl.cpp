@@ -1,6 +1,7 @@
 #include "ui/viewer/quadmeshpaintergl.h"
 
 #include "numerics/exception.h"
+#include "ui/viewer/trianglesgl.h"
 
 #include <algorithm>
 #include <array>
@@ -107,6 +108,18 @@ void QuadMeshPainterGL<T>::glDrawShape() const {
             cap->setAttributes(this->getAttributes()); // changes for which nothing is prepared come here alone
             cap->glDraw();
         }
+}
+
+template <class T>
+bool QuadMeshPainterGL<T>::addShapeTriangles(TrianglesGL& triangles) const {
+    if (this->displayMode() != SurfaceDisplayGL || !triangles.add(this->array, this->getAttributes()))
+        return false;
+    for (auto* cap : {__beginCap.get(), __endCap.get()})
+        if (cap != nullptr) {
+            cap->setAttributes(this->getAttributes());
+            cap->addTriangles(triangles);
+        }
+    return true;
 }
 
 template <class T>

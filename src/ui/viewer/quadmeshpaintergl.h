@@ -31,6 +31,7 @@ public:
 
 protected:
     void glDrawShape() const override;
+    bool addShapeTriangles(TrianglesGL& triangles) const override;
     void prepareShape() const override;
     void prepareAttributes() const override;
 

@@ -1,5 +1,7 @@
 #include "ui/viewer/shapepaintergl.h"
 
+#include <atomic>
+
 namespace vorlen {
 
 namespace {
@@ -15,10 +17,16 @@ ShapePainterAttributesGL preparedPart(ShapePainterAttributesGL attributes) {
     return attributes;
 }
 
+std::uint64_t nextRevision() {
+    static std::atomic<std::uint64_t> last = 0;
+    return ++last;
+}
+
 } // namespace
 
 template <class T>
-ShapePainterGL<T>::ShapePainterGL() = default;
+ShapePainterGL<T>::ShapePainterGL() : __revision(nextRevision()) {
+}
 
 template <class T>
 ShapePainterGL<T>::~ShapePainterGL() = default;
@@ -44,6 +52,30 @@ void ShapePainterGL<T>::glDraw() const {
 }
 
 template <class T>
+void ShapePainterGL<T>::addPoints(std::vector<float>& points) const {
+    if (__shape == nullptr || !isVisible())
+        return;
+    __prepare();
+    if (array.positions.empty())
+        PainterGL<T>::addPoints(points);
+    else
+        points.insert(points.end(), array.positions.begin(), array.positions.end());
+}
+
+template <class T>
+bool ShapePainterGL<T>::addTriangles(TrianglesGL& triangles) const {
+    if (__shape == nullptr || !isVisible())
+        return true; // nothing
+    __prepare();
+    return addShapeTriangles(triangles);
+}
+
+template <class T>
+bool ShapePainterGL<T>::addShapeTriangles(TrianglesGL&) const {
+    return false;
+}
+
+template <class T>
 void ShapePainterGL<T>::setShape(const Shape<T>& shape) {
     __shape = &shape;
     invalidate();
@@ -51,6 +83,8 @@ void ShapePainterGL<T>::setShape(const Shape<T>& shape) {
 
 template <class T>
 void ShapePainterGL<T>::setAttributes(const ShapePainterAttributesGL& attributes) {
+    if (attributes != __attributes)
+        __revision = nextRevision();
     if (preparedPart(attributes) != preparedPart(__attributes))
         __attributesPrepared = false;
     __attributes = attributes;
@@ -105,6 +139,7 @@ DisplayModeGL ShapePainterGL<T>::displayMode() const {
 template <class T>
 void ShapePainterGL<T>::invalidate() {
     __shapePrepared = false;
+    __revision = nextRevision();
 }
 
 template <class T>

@@ -29,6 +29,10 @@ public:
     BoundingBox<T> boundingBox() const override;
     bool isOpaque() const override;
     void glDraw() const override;
+    /// The vertices.
+    void addPoints(std::vector<float>& points) const override;
+    bool addTriangles(TrianglesGL& triangles) const override;
+    std::uint64_t revision() const override { return __revision; }
 
     virtual void setShape(const Shape<T>& shape);
     const Shape<T>* getShape() const { return __shape; }
@@ -44,6 +48,8 @@ public:
 
 protected:
     virtual void glDrawShape() const = 0;
+    /// addTriangles() of what is prepared, and is visible.
+    virtual bool addShapeTriangles(TrianglesGL& triangles) const;
     /// Sets what the attributes define of colour, highlight, point size and line width.
     virtual void glPreDraw() const;
     virtual void glPostDraw() const;
@@ -81,6 +87,7 @@ private:
     const Shape<T>* __shape = nullptr;
     ShapePainterAttributesGL __attributes;
     mutable SymbolArrayGL __symbols;
+    std::uint64_t __revision;
     mutable bool __shapePrepared = false;
     mutable bool __attributesPrepared = false;
 };

@@ -15,4 +15,17 @@ void ShapeViewerPainterGL::glDraw() const {
         __proxy->glDraw();
 }
 
+void ShapeViewerPainterGL::addPoints(std::vector<float>& points) const {
+    if (__proxy != nullptr)
+        __proxy->addPoints(points);
+}
+
+bool ShapeViewerPainterGL::addTriangles(TrianglesGL& triangles) const {
+    return __proxy == nullptr || __proxy->addTriangles(triangles);
+}
+
+std::uint64_t ShapeViewerPainterGL::revision() const {
+    return __proxy != nullptr ? __proxy->revision() : 0;
+}
+
 } // namespace vorlen

@@ -11,6 +11,9 @@ public:
     BoundingBox<float> boundingBox() const override;
     bool isOpaque() const override;
     void glDraw() const override;
+    void addPoints(std::vector<float>& points) const override;
+    bool addTriangles(TrianglesGL& triangles) const override;
+    std::uint64_t revision() const override;
 
     void setProxy(ShapePainterGL<float>* proxy) { __proxy = proxy; }
     ShapePainterGL<float>* getProxy() const { return __proxy; }

@@ -1,6 +1,7 @@
 #include "ui/viewer/trimeshpaintergl.h"
 
 #include "numerics/exception.h"
+#include "ui/viewer/trianglesgl.h"
 
 namespace vorlen {
 
@@ -64,6 +65,11 @@ void TriMeshPainterGL<T>::glDrawShape() const {
         this->array.drawPlain(GL_LINES);
     else
         this->drawVertices();
+}
+
+template <class T>
+bool TriMeshPainterGL<T>::addShapeTriangles(TrianglesGL& triangles) const {
+    return this->displayMode() == SurfaceDisplayGL && triangles.add(this->array, this->getAttributes());
 }
 
 template <class T>

@@ -1,6 +1,7 @@
 #include "ui/viewer/vertexarraygl.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace vorlen {
 
@@ -65,15 +66,18 @@ void VertexArrayGL::drawPlain(GLenum primitive, int first, int count) const {
 void VertexArrayGL::drawPlain(GLenum primitive) const {
     const Unlit unlit;
     __setPositions();
-    __drawIndexed(primitive);
+    __drawIndexed(primitive, 0, indexes.size());
     glDisableClientState(GL_VERTEX_ARRAY);
 }
 
 void VertexArrayGL::drawLit(GLenum primitive) const {
-    if (normals.size() != positions.size()) {
+    if (normals.size() == positions.size())
+        drawLit(primitive, 0, indexes.size());
+    else
         drawPlain(primitive);
-        return;
-    }
+}
+
+void VertexArrayGL::drawLit(GLenum primitive, std::size_t first, std::size_t count) const {
     __setPositions();
     glEnableClientState(GL_NORMAL_ARRAY);
     glNormalPointer(GL_FLOAT, 0, bind(__normalBuffer, normals));
@@ -84,7 +88,7 @@ void VertexArrayGL::drawLit(GLenum primitive) const {
         glColorPointer(4, GL_UNSIGNED_BYTE, 0, bind(__colorBuffer, colors));
         __colorBuffer.release();
     }
-    __drawIndexed(primitive);
+    __drawIndexed(primitive, first, count);
     glDisableClientState(GL_COLOR_ARRAY);
     glDisableClientState(GL_NORMAL_ARRAY);
     glDisableClientState(GL_VERTEX_ARRAY);
@@ -96,12 +100,14 @@ void VertexArrayGL::__setPositions() const {
     __positionBuffer.release();
 }
 
-void VertexArrayGL::__drawIndexed(GLenum primitive) const {
-    if (indexes.empty())
+void VertexArrayGL::__drawIndexed(GLenum primitive, std::size_t first, std::size_t count) const {
+    if (count == 0)
         return;
+    // With a buffer bound the address counts from 0.
+    const auto start = reinterpret_cast<std::uintptr_t>(bind(__indexBuffer, indexes)) + first * sizeof(unsigned int);
     // The range spares the driver a walk over the indexes.
-    glDrawRangeElements(primitive, 0, GLuint(getSize() - 1), GLsizei(indexes.size()), GL_UNSIGNED_INT,
-                        bind(__indexBuffer, indexes));
+    glDrawRangeElements(primitive, 0, GLuint(getSize() - 1), GLsizei(count), GL_UNSIGNED_INT,
+                        reinterpret_cast<const void*>(start)); // NOLINT(performance-no-int-to-ptr)
     __indexBuffer.release();
 }
 

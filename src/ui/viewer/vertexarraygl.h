@@ -22,6 +22,8 @@ public:
     void clear();
     /// To be called after changes, unless clear() came before them.
     void invalidate();
+    /// When only they have changed.
+    void invalidateIndexes() { __indexBuffer.invalidate(); }
     int getSize() const { return int(positions.size() / 3); }
 
     /// Adds the positions; coordinates that a vertex lacks are 0, those beyond the third are left out.
@@ -35,10 +37,12 @@ public:
     /// The vertices of the indexes with their normals and, where there are any, their colours. Without normals they are
     /// drawn plain.
     void drawLit(GLenum primitive) const;
+    /// The same of a run of the indexes.
+    void drawLit(GLenum primitive, std::size_t first, std::size_t count) const;
 
 private:
     void __setPositions() const;
-    void __drawIndexed(GLenum primitive) const;
+    void __drawIndexed(GLenum primitive, std::size_t first, std::size_t count) const;
 
     mutable BufferGL __positionBuffer{QOpenGLBuffer::VertexBuffer};
     mutable BufferGL __normalBuffer{QOpenGLBuffer::VertexBuffer};

@@ -2,6 +2,7 @@
 
 #include "numerics/exception.h"
 #include "numerics/maths.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/vorlenapplication.h"
 
 #include <QColor>
@@ -10,6 +11,7 @@
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QOpenGLContext>
+#include <QOpenGLFramebufferObject>
 #include <QSaveFile>
 #include <QSettings>
 #include <QWheelEvent>
@@ -53,6 +55,22 @@ Matrix<float> rotationMatrix(const Vector<float>& angles) {
            Maths::zRotationMatrix3D(Maths::toRadians(angles[2]));
 }
 
+/// What is drawn leaves the state of OpenGL as it was; a failure leaves it out.
+template <class Work>
+void drawSafely(Work&& work) {
+    glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_LIGHTING_BIT | GL_POINT_BIT | GL_LINE_BIT | GL_POLYGON_BIT);
+    glEnable(GL_COLOR_MATERIAL);
+    glColor4ub(255, 255, 255, 255);
+    try {
+        work();
+    } catch (const Exception& failure) {
+        std::cerr << "A painter of the 3D view failed: " << failure;
+    } catch (const std::exception& failure) {
+        std::cerr << "A painter of the 3D view failed: " << failure.what() << std::endl;
+    }
+    glPopAttrib();
+}
+
 } // namespace
 
 ViewerCanvasGL::ViewerCanvasGL(QWidget* parent)
@@ -76,10 +94,12 @@ void ViewerCanvasGL::addPainter(PainterGL<float>& painter) {
 
 void ViewerCanvasGL::removePainter(PainterGL<float>& painter) {
     std::erase(__painters, &painter);
+    __hidden.erase(&painter);
 }
 
 void ViewerCanvasGL::removePainters() {
     __painters.clear();
+    __hidden.clear();
 }
 
 Pose ViewerCanvasGL::getPose() const {
@@ -95,8 +115,8 @@ Pose ViewerCanvasGL::getPose() const {
 
 void ViewerCanvasGL::setPose(const Pose& pose) {
     __rotation = pose.getRotation();
+    __applyZoom(pose.getZoom()); // with which the translation is converted
     __applyTranslation(pose.getTranslation());
-    __applyZoom(pose.getZoom());
     __ambient = lightOf(pose.getAmbientLight());
     __diffuse = lightOf(pose.getDiffuseLight());
     __specular = lightOf(pose.getSpecularLight());
@@ -135,25 +155,41 @@ void ViewerCanvasGL::updateBoundingBox() {
     __projectionDirty = true;
 }
 
-int ViewerCanvasGL::fittingZoom() const {
-    const BoundingBox<float>& frame = __boundingBoxPainter.getBoundingBox();
-    if (!frame.isValid())
-        return 100;
+Pose ViewerCanvasGL::fittingPose() const {
+    Pose pose = getPose();
+    pose.setXTranslation(0);
+    pose.setYTranslation(0);
+    pose.setZoom(100);
+    std::vector<float> points;
+    for (const PainterGL<float>* painter : __painters)
+        painter->addPoints(points);
     const Matrix<float> rotation = rotationMatrix(__rotation);
-    const float side = float(std::max({width(), height(), 1}));
     const float eye = __projection.eyeDistance() * __radius;
-    float zoom = maxZoom;
-    for (int corner = 0; corner < 8; ++corner) {
+    // The shadows of the points on the plane through the centre, in world coordinates.
+    float low[2] = {HUGE_VALF, HUGE_VALF}, high[2] = {-HUGE_VALF, -HUGE_VALF};
+    for (std::size_t i = 0; i + 2 < points.size(); i += 3) {
         Vector<float> p(3);
         for (int k = 0; k < 3; ++k)
-            p[k] = ((corner >> k & 1) != 0 ? frame.max(k) : frame.min(k)) - __center[k];
+            p[k] = points[i + std::size_t(k)] - __center[k];
         p = rotation * p;
         const float scale = __projection.isPerspective() ? (eye - __radius) / (eye - p[2]) : 1;
-        for (const auto& [shown, reach] : {std::pair(float(width()), p[0]), std::pair(float(height()), p[1])})
-            if (reach != 0)
-                zoom = std::min(zoom, shown / side * __radius / std::abs(reach * scale));
+        for (int k = 0; k < 2; ++k) {
+            low[k] = std::min(low[k], p[k] * scale);
+            high[k] = std::max(high[k], p[k] * scale);
+        }
     }
-    return std::max(1, int(98 * zoom)); // a margin of a hundredth on each side
+    if (!(high[0] >= low[0]) || !(high[1] >= low[1]))
+        return pose;
+    const float shown[2] = {float(std::max(width(), 1)), float(std::max(height(), 1))};
+    float zoom = maxZoom;
+    for (int k = 0; k < 2; ++k)
+        if (high[k] > low[k])
+            zoom = std::min(zoom, shown[k] / std::max(shown[0], shown[1]) * 2 * __radius / (high[k] - low[k]));
+    pose.setZoom(std::max(1, int(96 * zoom))); // translations are whole percents: they need a margin
+    const float percent = (1 + 100 / float(pose.getZoom())) / 100 * __radius;
+    pose.setXTranslation(Maths::fround(-(low[0] + high[0]) / 2 / percent));
+    pose.setYTranslation(Maths::fround(-(low[1] + high[1]) / 2 / percent));
+    return pose;
 }
 
 void ViewerCanvasGL::combineXYRotation(int a, int b) {
@@ -180,6 +216,65 @@ void ViewerCanvasGL::zoomBy(float difference) {
     emit zoomChanged(Maths::fround(100 * __zoom));
     emit poseChanged(getPose());
     repaint();
+}
+
+ViewerCamera ViewerCanvasGL::getCamera() const {
+    return {__rotation, __tx, __ty, __zoom, __revealed};
+}
+
+ViewerCamera ViewerCanvasGL::cameraOf(const Pose& pose) {
+    const float zoom = std::max(float(pose.getZoom()) / 100, minZoom), shown = 1 + 1 / zoom;
+    return {pose.getRotation(), -float(pose.getXTranslation()) * shown / 100,
+            -float(pose.getYTranslation()) * shown / 100, zoom, 1};
+}
+
+void ViewerCanvasGL::__setCamera(const ViewerCamera& camera) {
+    __rotation = camera.rotation;
+    __tx = camera.tx;
+    __ty = camera.ty;
+    __zoom = camera.zoom;
+    __revealed = camera.revealed;
+    __projectionDirty = true;
+}
+
+QImage ViewerCanvasGL::renderFrame(const QSize& size, const ViewerCamera& camera) {
+    if (context() == nullptr || size.isEmpty())
+        return {};
+    makeCurrent();
+    GLint most = 0;
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &most);
+    QImage picture;
+    if (size.width() <= most && size.height() <= most) {
+        QOpenGLFramebufferObjectFormat form;
+        form.setAttachment(QOpenGLFramebufferObject::Depth);
+        form.setSamples(format().samples());
+        QOpenGLFramebufferObject frame(size, form);
+        if (frame.isValid() && frame.bind()) {
+            const ViewerCamera present = getCamera();
+            ViewerCamera fitted = camera;
+            const auto part = [](int side, const QSize& whole) {
+                return float(side) / float(std::max({whole.width(), whole.height(), 1}));
+            };
+            fitted.zoom /= std::max(part(width(), this->size()) / part(size.width(), size),
+                                    part(height(), this->size()) / part(size.height(), size));
+            __setCamera(fitted);
+            __frameSize = size;
+            __paint(true);
+            __frameSize = {};
+            __setCamera(present);
+            picture = frame.toImage().convertToFormat(QImage::Format_RGB32);
+            frame.release();
+        }
+    }
+    doneCurrent();
+    return picture;
+}
+
+void ViewerCanvasGL::setPainterShown(const PainterGL<float>& painter, bool shown) {
+    if (shown)
+        __hidden.erase(&painter);
+    else
+        __hidden.insert(&painter);
 }
 
 bool ViewerCanvasGL::saveSnapshot(const QString& file) {
@@ -294,7 +389,7 @@ void ViewerCanvasGL::snapshot() {
         QFileDialog::getSaveFileName(this, "Enter output filename", QString(), "Portable Network Graphics (*.png)");
     if (file.isEmpty() || saveSnapshot(file))
         return;
-    QMessageBox box(QMessageBox::Critical, QString(), "Could not write file\n\n" + file, QMessageBox::Ok, this);
+    PlainMessageBox box(QMessageBox::Critical, QString(), "Could not write file\n\n" + file, QMessageBox::Ok, this);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
@@ -374,17 +469,17 @@ void ViewerCanvasGL::__paint(bool smooth) {
         __updateGLLight();
     __loadCamera();
     __draw(__boundingBoxPainter);
+    __clipUnrevealed();
     for (const PainterGL<float>* painter : __painters)
-        if (painter->isOpaque())
+        if (painter->isOpaque() && isPainterShown(*painter))
             __draw(*painter);
     glDepthMask(GL_FALSE);
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    for (const PainterGL<float>* painter : __painters)
-        if (!painter->isOpaque())
-            __draw(*painter);
+    __drawTranslucent();
     glDisable(GL_BLEND);
     glDepthMask(GL_TRUE);
+    glDisable(GL_CLIP_PLANE0);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
 
@@ -437,8 +532,9 @@ void ViewerCanvasGL::__initializeState() {
 }
 
 void ViewerCanvasGL::__setViewport() {
-    const int w = int(std::lround(width() * devicePixelRatioF()));
-    const int h = int(std::lround(height() * devicePixelRatioF()));
+    const bool isFrame = !__frameSize.isEmpty();
+    const int w = isFrame ? __frameSize.width() : int(std::lround(width() * devicePixelRatioF()));
+    const int h = isFrame ? __frameSize.height() : int(std::lround(height() * devicePixelRatioF()));
     if (w > h)
         glViewport(0, (h - w) / 2, w, w);
     else
@@ -481,18 +577,30 @@ void ViewerCanvasGL::__loadCamera() const {
     glTranslatef(-__center[0], -__center[1], -__center[2]);
 }
 
+void ViewerCanvasGL::__clipUnrevealed() const {
+    if (__revealed >= 1 || !__sceneBox.isValid())
+        return;
+    const double last = double(__sceneBox.min(2)) + double(__revealed) * double(__sceneBox.max(2) - __sceneBox.min(2));
+    const GLdouble plane[] = {0, 0, -1, last};
+    glClipPlane(GL_CLIP_PLANE0, plane);
+    glEnable(GL_CLIP_PLANE0);
+}
+
 void ViewerCanvasGL::__draw(const PainterGL<float>& painter) const {
-    glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_LIGHTING_BIT | GL_POINT_BIT | GL_LINE_BIT | GL_POLYGON_BIT);
-    glEnable(GL_COLOR_MATERIAL);
-    glColor4ub(255, 255, 255, 255);
-    try {
-        painter.glDraw();
-    } catch (const Exception& failure) {
-        std::cerr << "A painter of the 3D view failed: " << failure;
-    } catch (const std::exception& failure) {
-        std::cerr << "A painter of the 3D view failed: " << failure.what() << std::endl;
-    }
-    glPopAttrib();
+    drawSafely([&painter] { painter.glDraw(); });
+}
+
+void ViewerCanvasGL::__drawTranslucent() const {
+    std::vector<const PainterGL<float>*> translucent;
+    for (const PainterGL<float>* painter : __painters)
+        if (!painter->isOpaque() && isPainterShown(*painter))
+            translucent.push_back(painter);
+    if (translucent.empty())
+        return;
+    const TranslucentSceneGL::Eye eye{rotationMatrix(__rotation),
+                                      {__center[0], __center[1], __center[2]},
+                                      __projection.isPerspective() ? __projection.eyeDistance() * __radius : 0};
+    drawSafely([&] { __translucent.glDraw(translucent, eye); });
 }
 
 void ViewerCanvasGL::__combine(const Matrix<float>& turn) {

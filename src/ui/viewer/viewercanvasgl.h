@@ -6,9 +6,13 @@
 #include "ui/viewer/backgroundgl.h"
 #include "ui/viewer/boundingboxpaintergl.h"
 #include "ui/viewer/projectiongl.h"
+#include "ui/viewer/translucentscenegl.h"
+#include "ui/viewer/viewercamera.h"
 
+#include <QImage>
 #include <QOpenGLWidget>
 
+#include <set>
 #include <vector>
 
 namespace vorlen {
@@ -42,7 +46,7 @@ public:
 
     /// The camera in whole units. The translation is in percent of what the zoom shows.
     Pose getPose() const;
-    /// One repaint. The translation is converted with the zoom that the canvas had before.
+    /// One repaint. The picture does not depend on the camera before.
     void setPose(const Pose& pose);
 
     /// Sets the OpenGL state and takes the scene's box from the painters. May be called at any time, before the first
@@ -56,8 +60,9 @@ public:
     const BoundingBoxPainterGL<float>& getBoundingBoxPainter() const { return __boundingBoxPainter; }
     const Vector<float>& getCenter() const { return __center; }
     float getRadius() const { return __radius; }
-    /// The largest zoom, in percent, at which the scene with its frame lies within the picture, when it is not moved.
-    int fittingZoom() const;
+    /// The present pose with the translation and the zoom that let the shapes fill the picture, a narrow margin apart.
+    /// The frame around them may reach out of the picture. Without shapes that of zoom 1 in the middle.
+    Pose fittingPose() const;
     /// In degrees about x, y, z.
     const Vector<float>& getRotation() const { return __rotation; }
     float getZoom() const { return __zoom; }
@@ -72,6 +77,18 @@ public:
     void translateBy(int dx, int dy);
     /// Adds to the zoom, which stays within 0.01 and 5.
     void zoomBy(float difference);
+
+    ViewerCamera getCamera() const;
+    /// The camera of a pose, without its lights.
+    static ViewerCamera cameraOf(const Pose& pose);
+
+    /// The scene as the camera sees it, drawn beside the window in any size: what the window would show lies within the
+    /// picture, in its middle. Null where the canvas was not shown yet, and for a size that OpenGL can't draw.
+    QImage renderFrame(const QSize& size, const ViewerCamera& camera);
+
+    /// Shows a painter, as all at first, or leaves it out of the picture; its box counts all the same.
+    void setPainterShown(const PainterGL<float>& painter, bool shown);
+    bool isPainterShown(const PainterGL<float>& painter) const { return !__hidden.contains(&painter); }
 
     /// Writes the picture as PNG; the size is that of the canvas in pixels of the screen. False when the file cannot be
     /// written; an old file of that name then stays as it was.
@@ -135,7 +152,13 @@ private:
     void __applyZoom(int zoom);
     Vector<int> __translation() const;
 
+    void __drawTranslucent() const;
+    void __setCamera(const ViewerCamera& camera);
+    void __clipUnrevealed() const;
+
     std::vector<PainterGL<float>*> __painters;
+    std::set<const PainterGL<float>*> __hidden;
+    TranslucentSceneGL __translucent;
     Vector<float> __center;
     float __radius = 1.0f;
     BoundingBox<float> __sceneBox;
@@ -149,6 +172,8 @@ private:
     float __tx = 0;
     float __ty = 0;
     float __zoom = 1.0f;
+    float __revealed = 1.0f;
+    QSize __frameSize; ///< in pixels, of the frame that is drawn beside the window; empty otherwise
     bool __moving = false;
     bool __coarse = false; ///< edges are not smoothed, as the present drag would be slow
     int __lastX = 0;

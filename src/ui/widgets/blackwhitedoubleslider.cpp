@@ -23,6 +23,14 @@ void BlackWhiteDoubleSlider::reset() {
     emit valuesChanged(__black, __white);
 }
 
+void BlackWhiteDoubleSlider::setValues(float black, float white) {
+    const float pixel = 1 / static_cast<float>(width());
+    __black = std::clamp(black, 0.0f, 1 - pixel);
+    __white = std::clamp(white, __black + pixel, 1.0f);
+    update();
+    emit valuesChanged(__black, __white);
+}
+
 void BlackWhiteDoubleSlider::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -18,6 +18,8 @@ public:
 public slots:
     /// Back to the whole range, 0 and 1.
     void reset();
+    /// Both from 0 to 1, the black level below the white one; anything else is brought there.
+    void setValues(float black, float white);
 
 signals:
     void valuesChanged(const float black, const float white);

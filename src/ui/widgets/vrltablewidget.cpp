@@ -1,4 +1,5 @@
 #include "ui/widgets/vrltablewidget.h"
+#include "ui/widgets/plaintext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -226,7 +227,7 @@ void VRLTableWidget::save() const {
     const QString name = QFileDialog::getSaveFileName(parent, "Save table");
     if (name.isEmpty() || saveTo(name))
         return;
-    QMessageBox box(QMessageBox::Critical, "Write error", "Cannot write " + name, QMessageBox::Ok, parent);
+    PlainMessageBox box(QMessageBox::Critical, "Write error", "Cannot write " + name, QMessageBox::Ok, parent);
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }

@@ -1,4 +1,5 @@
 #include "ui/commands/commandregistry.h"
+#include "ui/commands/mnemonics.h"
 
 #include <QMenu>
 #include <QMenuBar>
@@ -106,7 +107,7 @@ TEST_F(CommandRegistryTest, fillsMenusAndToolBarsInOrder) {
     commands.command("a.show").setMenu(files).enableWhen([&some] { return some; });
     const CommandMenu layout = {"File", {"a.redo", commandSeparator, "a.show"}};
     QMenu& menu = commands.addMenu(bar, layout);
-    EXPECT_EQ(menu.title(), "File");
+    EXPECT_EQ(menu.title(), "&File");
     ASSERT_EQ(menu.actions().size(), 3);
     EXPECT_EQ(menu.actions()[0], &commands.action("a.redo"));
     EXPECT_TRUE(menu.actions()[1]->isSeparator());
@@ -120,6 +121,21 @@ TEST_F(CommandRegistryTest, fillsMenusAndToolBarsInOrder) {
     commands.fill(toolBar, layout);
     EXPECT_EQ(toolBar.actions().size(), 3);
     EXPECT_THROW(commands.fill(toolBar, {"", {"b"}}), ProgramError);
+}
+
+TEST(Mnemonics, eachEntryOfAMenuHasALetterOfItsOwn) {
+    QMenu menu;
+    for (const char* text : {"Save stack", "Save stack as...", "S&kip", "Find && replace", "a", "A", "[Center]"})
+        menu.addAction(text);
+    menu.addSeparator();
+    giveMnemonics(menu.actions());
+    QStringList texts;
+    for (const QAction* const action : menu.actions())
+        texts += action->text();
+    EXPECT_EQ(texts, (QStringList{"&Save stack", "Save stack &as...", "S&kip", "&Find && replace", "a", "A",
+                                  "[&Center]", ""}));
+    giveMnemonics(menu.actions());
+    EXPECT_EQ(menu.actions()[0]->text(), "&Save stack");
 }
 
 } // namespace vorlen

@@ -446,19 +446,46 @@ TEST_F(VRLStackIOTest, aStackThatWasNeverSavedIsGivenAFileWhenItIsClosed) {
     EXPECT_TRUE(io.closeStack(*stack));
 }
 
-TEST_F(VRLStackIOTest, closingAllClosesNoneWhenOneIsToStay) {
+TEST_F(VRLStackIOTest, closingAllAsksOnceAboutSeveralStacks) {
     write("second.sdf", stackText("a", "b"));
     VRLStack* first = io.openStack(path("ab.sdf"));
     first->setModified(true);
-    io.openStack(path("second.sdf"))->setModified(true);
-    user.thenClick("Ignore");
+    VRLStack* second = io.openStack(path("second.sdf"));
+    second->setModified(true);
+    const QByteArray before = read("second.sdf");
     user.thenClick("Cancel");
     EXPECT_FALSE(io.closeAllStacks());
     EXPECT_EQ(numOpen(), 2);
-    user.thenClick("Ignore");
-    user.thenClick("Ignore");
+    EXPECT_NE(user.seen.back().find("2 stacks have been modified:"), std::string::npos) << user.seen.back();
+    user.thenClick("Discard");
     EXPECT_TRUE(io.closeAllStacks());
     EXPECT_EQ(numOpen(), 0);
+    EXPECT_EQ(read("second.sdf"), before);
+    first = io.openStack(path("ab.sdf"));
+    second = io.openStack(path("second.sdf"));
+    for (VRLStack* const stack : {first, second}) {
+        stack->setName("renamed");
+        stack->setModified(true);
+    }
+    user.thenClick("Save all");
+    EXPECT_TRUE(io.closeAllStacks());
+    EXPECT_EQ(numOpen(), 0);
+    for (const char* file : {"ab.sdf", "second.sdf"})
+        EXPECT_TRUE(read(file).contains("STACK \"renamed\"")) << file;
+}
+
+TEST_F(VRLStackIOTest, aStackThatIsNotSavedAfterAllKeepsTheOthersOpen) {
+    VRLStack* first = io.openStack(path("ab.sdf"));
+    first->setModified(true);
+    auto* fresh = new VRLStack; // which has no file
+    VRLStackServer::stackServer.addStack(*fresh);
+    fresh->setModified(true);
+    user.thenClick("Save all");
+    user.thenReject(); // the choice of a file for the new one
+    EXPECT_FALSE(io.closeAllStacks());
+    EXPECT_EQ(numOpen(), 2);
+    user.thenClick("Discard");
+    EXPECT_TRUE(io.closeAllStacks());
 }
 
 TEST_F(VRLStackIOTest, aFileIsOpenOnceAndKnownByItsWholeName) {

@@ -27,6 +27,7 @@
 #include "ui/registration/greyimage.h"
 #include "ui/registration/landmarkpanel.h"
 #include "ui/registration/registrationcommands.h"
+#include "ui/registration/registrationreportdialog.h"
 #include "ui/registration/registrationstack.h"
 #include "ui/registration/sectionmarks.h"
 #include "ui/registration/stripview.h"
@@ -445,6 +446,51 @@ TEST_F(VRLRegistrationWindowTest, registersAllSlicesInOneStep) {
     trigger(mediator().commands(), "edit.undo");
     EXPECT_EQ(bytes(), before);
     EXPECT_FALSE(stack.history()->isUndoable());
+}
+
+TEST_F(VRLRegistrationWindowTest, aRunKeepsToItsRangeAndMethodAndIsReported) {
+    const auto choose = [this](const char* name, const QString& text) {
+        auto* const choice = window->findChild<QComboBox*>(name);
+        ASSERT_NE(choice, nullptr) << name;
+        EXPECT_TRUE(choice->isEnabled()) << name;
+        choice->setCurrentText(text);
+        EXPECT_EQ(choice->currentText(), text);
+    };
+    EXPECT_FALSE(window->findChild<QComboBox*>("firstSlice")->isEnabled()); // of one slice there is no range
+    click("Register all slices");
+    EXPECT_FALSE(window->findChild<QComboBox*>("fixedSlice")->isEnabled());
+    choose("method", "Features");
+    choose("reference", "One slice");
+    choose("fixedSlice", "s1");
+    choose("firstSlice", "s2"); // the wrong way round
+    choose("lastSlice", "s1");
+    const Registration third = own(3), fourth = own(4);
+    click("Run");
+    waitForRun();
+    EXPECT_NEAR(own(2).getHorShift(), 6, 0.5); // whatever the slices behind the range say
+    EXPECT_EQ(own(3), third);
+    EXPECT_EQ(own(4), fourth);
+
+    auto* const dialog = window->findChild<RegistrationReportDialog*>();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_TRUE(dialog->isVisible());
+    auto* const table = dialog->findChild<QTableWidget*>();
+    ASSERT_EQ(table->rowCount(), 5);
+    EXPECT_EQ(table->item(2, 0)->text(), "s2");
+    EXPECT_EQ(table->item(2, 1)->text(), "registered");
+    EXPECT_EQ(table->item(2, 6)->text(), "features");
+    EXPECT_LT(table->item(2, 3)->text().toDouble(), table->item(2, 4)->text().toDouble());
+    EXPECT_EQ(table->item(3, 1)->text(), "locked");
+    EXPECT_EQ(table->item(0, 3)->text(), "NA");
+    emit table->cellDoubleClicked(1, 0);
+    EXPECT_EQ(mediator().getSlice(), &slice(1));
+    auto* const plot = dialog->findChild<ReportPlot*>();
+    QTest::mouseClick(plot, Qt::LeftButton, {}, QPoint(plot->width() - 14, plot->height() / 2));
+    EXPECT_EQ(mediator().getSlice(), &slice(4));
+    if (qEnvironmentVariableIsSet("VORLEN_PICTURES")) {
+        window->grab().save(qEnvironmentVariable("VORLEN_PICTURES") + "/window.png");
+        dialog->grab().save(qEnvironmentVariable("VORLEN_PICTURES") + "/report.png");
+    }
 }
 
 TEST_F(VRLRegistrationWindowTest, aRunThatIsCancelledKeepsWhatIsDone) {

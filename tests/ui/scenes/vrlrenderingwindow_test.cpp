@@ -20,6 +20,7 @@
 #include "editing/bus/vrlsliceevent.h"
 #include "editing/bus/vrlstackevent.h"
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/onestep.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "shapes/quadmesh.h"
 #include "support/commands.h"
@@ -34,6 +35,7 @@
 #include "ui/scenes/vrlrenderingtoolbar.h"
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/viewer/viewerposepanel.h"
+#include "ui/viewer/vrlcreatevideodialog.h"
 
 namespace vorlen {
 
@@ -85,7 +87,7 @@ protected:
     QAction& command(const char* id) { return mediator().commands().action(id); }
     QMenu* menu(const QString& title) {
         for (QMenu* found : window->findChildren<QMenu*>())
-            if (found->title() == title)
+            if (found->title().remove('&') == title)
                 return found;
         return nullptr;
     }
@@ -242,6 +244,49 @@ TEST_F(VRLRenderingWindowTest, aBatchRefreshesOnceAtItsEnd) {
     EXPECT_TRUE(listsAreAlike());
     inEventBatch([] {});
     EXPECT_EQ(paints.number, 1);
+
+    // Changes of items and looks, too: the model is made once, at the end.
+    paints.number = 0;
+    const void* const before = shape(0);
+    inEventBatch([&] {
+        for (int k = 0; k < cube.getNumItems(); ++k) {
+            send<VRLModelItemVertexEvent>(&cube.getItem(k));
+            send<VRLModelItemAttributeEvent>(&cube.getItem(k));
+        }
+        send<VRLModelPropertiesEvent>(&cube);
+        EXPECT_EQ(shape(0), before);
+        EXPECT_EQ(paints.number, 0);
+    });
+    EXPECT_NE(shape(0), before);
+    EXPECT_EQ(paints.number, 1);
+    // A step of the history is a batch, forth and back.
+    Model& fresh = addModel(stack, "fresh");
+    send<VRLModelCreateEvent>(&fresh);
+    const int place = numPainters() - 1;
+    const auto expectOnePaint = [&](const std::function<void()>& change, int numItems) {
+        paints.number = 0;
+        change();
+        QTest::qWait(20);
+        EXPECT_EQ(paints.number, 1);
+        EXPECT_EQ(painter(place).getItemPainters().size(), std::size_t(numItems));
+    };
+    fresh.getProperties().setGeometry(PolypointPrimitive);
+    send<VRLModelPropertiesEvent>(&fresh);
+    expectOnePaint(
+        [&] {
+            inOneStep(stack, "", [&](EditStep& step) {
+                for (int k = 0; k < 3; ++k) {
+                    auto item = std::make_unique<ModelItem>();
+                    item->setModel(&fresh);
+                    item->setSlice(&stack.getSlice(k));
+                    item->setVertices(makeVertices({{k, k}}));
+                    applyCreation(step, std::move(item));
+                }
+            });
+        },
+        3);
+    expectOnePaint([&] { stack.history()->undo(); }, 0);
+    expectOnePaint([&] { stack.history()->redo(); }, 3);
 }
 
 TEST_F(VRLRenderingWindowTest, aModelThatCannotBeDrawnIsLeftOut) {
@@ -367,7 +412,14 @@ TEST_F(VRLRenderingWindowTest, snapshotsAreSavedFromMenuAndToolbar) {
     mediator().setStandardPose2();
     buttons[0]->click();
     EXPECT_EQ(window->getCanvas().getPose().getYRotation(), 0);
-    EXPECT_FALSE(buttons[2]->isEnabled() || buttons[3]->isEnabled());
+    buttons[2]->click();
+    EXPECT_TRUE(mediator().randomMotion().isActive());
+    command("motion.spinning").trigger();
+    EXPECT_FALSE(mediator().randomMotion().isActive());
+    command("motion.spinning").trigger();
+    buttons[3]->click();
+    ASSERT_NE(mediator().video().getDialog(), nullptr);
+    EXPECT_TRUE(mediator().video().getDialog()->isVisible());
 }
 
 TEST_F(VRLRenderingWindowTest, movesThroughTheOpenStacksAndKeepsItsPose) {
@@ -418,7 +470,7 @@ TEST_F(VRLRenderingWindowTest, remembersSizeToolbarAndPanel) {
     expectSound(*window, mediator().commands(), renderingCommands());
     QStringList menus;
     for (QAction* entry : window->findChild<QMenuBar*>()->actions())
-        menus += entry->text();
+        menus += entry->text().remove('&');
     EXPECT_EQ(menus, (QStringList{"Rendering", "Edit", "Pose", "Show"}));
     window->resize(900, 700);
     QTest::qWait(20);

@@ -136,7 +136,7 @@ protected:
     }
     QAction& entry(QMenu& menu, const QString& title) {
         for (QAction* candidate : menu.actions())
-            if (candidate->text() == title)
+            if (candidate->text().remove('&') == QString(title).remove('&'))
                 return *candidate;
         throw std::runtime_error("no entry " + title.toStdString());
     }

@@ -140,6 +140,31 @@ TEST_F(SliceCanvasTest, theOpacityOfOneItemDoesNotTouchTheNext) {
     EXPECT_TRUE(isNear(colorAt(10, 10), qRgb(255, 255, 0), 10) || isNear(colorAt(10, 10), qRgb(0, 0, 0), 10));
 }
 
+TEST_F(SliceCanvasTest, aDenseOutlineStaysToBeSeenWhenItIsSelected) {
+    prepare();
+    std::vector<std::pair<int, int>> points;
+    for (int x = 5; x <= 35; ++x)
+        points.emplace_back(x, 20);
+    points.emplace_back(20, 5);
+    ModelItem& item = addItem(newModel(PolygonPrimitive, Qt::red), *slice, points);
+    item.getSelection().set(true);
+    canvas->update();
+    const QImage seen = picture();
+    const double zoom = double(canvas->getZoomFactor());
+    const int row = int(20.5 * zoom), first = int(7 * zoom), last = int(34 * zoom);
+    int numRed = 0;
+    for (int x = first; x < last; ++x)
+        numRed += isNear(seen.pixel(x, row), red, 60);
+    EXPECT_GT(numRed, (last - first) / 2);
+    item.getSelection().set(false); // a mark of a vertex alone, and of the ends of some
+    for (const int i : {10, 11, 12, 20})
+        item.getSelection().set(true, i, false);
+    canvas->update();
+    const QImage some = picture();
+    for (const int x : {15, 17, 25})
+        EXPECT_FALSE(isNear(some.pixel(int((x + 0.5) * zoom) + 2, row), red, 60)) << x;
+}
+
 TEST_F(SliceCanvasTest, selectedVerticesAreMarkedInPixelsOfTheScreen) {
     prepare();
     ModelItem& item = addItem(newModel(PolygonPrimitive, Qt::red), *slice, {{10, 10}, {30, 10}, {30, 30}});

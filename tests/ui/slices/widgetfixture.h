@@ -121,7 +121,7 @@ protected:
 
     QAction* action(const QString& text) const {
         for (QAction* candidate : canvas->actions() + toolBar->actions())
-            if (candidate->text() == text)
+            if (candidate->text().remove('&') == text)
                 return candidate;
         return nullptr;
     }

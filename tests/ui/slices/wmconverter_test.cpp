@@ -59,6 +59,13 @@ TEST(WMConverter, convertsPositionsBoxesVerticesAndRegistrations) {
     const Registration registration = converter.toModel(Registration(13, 26, 12.5f));
     EXPECT_EQ(registration, Registration(106, 203, 12.5f));
     EXPECT_EQ(converter.toWorld(registration), Registration(13, 26, 12.5f));
+    // Shifts keep their decimals.
+    const Registration between = converter.toModel(Registration(11.3, -2.25, 359.5f));
+    EXPECT_NEAR(between.getHorShift(), 102.6, 1e-9);
+    EXPECT_NEAR(between.getVerShift(), 188.875, 1e-9);
+    EXPECT_EQ(between.getRotationAngle(), 359.5f);
+    EXPECT_NEAR(converter.toWorld(between).getHorShift(), 11.3, 1e-9);
+    EXPECT_NEAR(converter.toWorld(between).getVerShift(), -2.25, 1e-9);
 
     Vertices<int> vertices(2, 2, 2, 0);
     vertices[0] = position(10, 28);

@@ -134,7 +134,7 @@ TEST(ViewerCanvasGL, poseAndCameraAreConvertedBothWays) {
     scene.canvas.setPose(pose);
     for (int x : {-100, -33, 0, 7, 100}) {
         pose.setTranslation(vectorOf<int>({x, -x / 2}));
-        scene.canvas.setPose(pose); // at the zoom that it sets
+        scene.canvas.setPose(pose);
         const Pose found = scene.canvas.getPose();
         EXPECT_EQ(found.getRotation(), pose.getRotation());
         EXPECT_EQ(found.getTranslation(), pose.getTranslation());
@@ -143,11 +143,11 @@ TEST(ViewerCanvasGL, poseAndCameraAreConvertedBothWays) {
         EXPECT_EQ(found.getDiffuseLight(), 200);
         EXPECT_EQ(found.getSpecularLight(), 255);
     }
-    // The translation is converted with the zoom before: 60 % of 1.4 are 42 % of 2.
+    // Whatever the zoom was before.
     pose.setTranslation(vectorOf<int>({60, 0}));
     pose.setZoom(100);
     scene.canvas.setPose(pose);
-    EXPECT_EQ(scene.canvas.getPose().getXTranslation(), 42);
+    EXPECT_EQ(scene.canvas.getPose().getXTranslation(), 60);
 
     scene.canvas.setStandardPose2();
     EXPECT_EQ(scene.canvas.getRotation(), vectorOf<float>({0, 90, 0}));
@@ -250,13 +250,51 @@ TEST(ViewerCanvasGL, transparentPaintersFollowTheOpaqueOnesWhereverTheyStandInTh
     scene.add(red);
     scene.add(blue);
     EXPECT_TRUE(hasColor(scene.picture(), 200, 200, QColor(128, 0, 127)));
-    // Blended in list order, the one behind too: transparent ones do not write depth.
+    // Blended from the back to the front, whatever the order of the list.
     scene.add(green);
-    EXPECT_TRUE(hasColor(scene.picture(), 200, 200, QColor(64, 128, 63)));
-    EXPECT_TRUE(hasColor(scene.canvas.grab().toImage(), 200, 200, QColor(64, 128, 63))); // as the window shows it
+    EXPECT_TRUE(hasColor(scene.picture(), 200, 200, QColor(128, 64, 63)));
+    EXPECT_TRUE(hasColor(scene.canvas.grab().toImage(), 200, 200, QColor(128, 64, 63))); // as the window shows it
     // From behind, the opaque square hides them.
     scene.canvas.setRotation(vectorOf<float>({0, 180, 0}));
     EXPECT_TRUE(hasColor(scene.picture(), 200, 200, QColor(0, 0, 255)));
+}
+
+// Three surfaces that go through each other in depth: no order of whole surfaces would do.
+TEST(ViewerCanvasGL, translucentSurfacesLookRightFromEverySide) {
+    const TriMesh<float> core = squareMesh(4, 0);
+    using U = unsigned int;
+    TriMesh<float> shell =
+        meshOf<float>({vectorOf<float>({-4, -4, -3}), vectorOf<float>({4, -4, -3}), vectorOf<float>({4, 4, -3}),
+                       vectorOf<float>({-4, 4, -3}), vectorOf<float>({-4, -4, 3}), vectorOf<float>({4, -4, 3}),
+                       vectorOf<float>({4, 4, 3}), vectorOf<float>({-4, 4, 3})},
+                      {vectorOf<U>({0, 1, 2}), vectorOf<U>({0, 2, 3}), vectorOf<U>({4, 5, 6}), vectorOf<U>({4, 6, 7})});
+    shell.computeNormals();
+    TriMeshPainterGL<float> red, green;
+    red.setShape(shell);
+    red.setAttributes(attributesOf(SurfaceDisplayGL, {255, 0, 0}, 128));
+    green.setShape(core);
+    green.setAttributes(attributesOf(SurfaceDisplayGL, {0, 255, 0}, 128));
+    Scene scene;
+    scene.add(red);
+    scene.add(green);
+    for (const bool isPerspective : {false, true}) {
+        ProjectionGL projection;
+        if (!isPerspective)
+            projection.setOrthographic();
+        scene.canvas.setProjection(projection);
+        for (const float angle : {0.0f, 25.0f, 180.0f, 205.0f}) {
+            scene.canvas.setRotation(vectorOf<float>({0, angle, 0}));
+            // Red over green over red: 128, then half of it with green, then red again.
+            EXPECT_TRUE(hasColor(scene.picture(), 200, 200, QColor(160, 64, 0))) << angle;
+        }
+    }
+    // Colours, and which of them is seen, follow at once.
+    green.setAttributes(attributesOf(SurfaceDisplayGL, {0, 0, 255}, 128));
+    EXPECT_TRUE(hasColor(scene.picture(), 200, 200, QColor(160, 0, 64)));
+    ShapePainterAttributesGL hidden = attributesOf(SurfaceDisplayGL, {0, 0, 255}, 128);
+    hidden.setVisibility(false);
+    green.setAttributes(hidden);
+    EXPECT_TRUE(hasColor(scene.picture(), 200, 200, QColor(192, 0, 0)));
 }
 
 TEST(ViewerCanvasGL, aPainterLeavesNothingBehindForTheNext) {
@@ -321,30 +359,42 @@ TEST(ViewerCanvasGL, aSnapshotIsThePictureAndAFailureIsTold) {
     EXPECT_EQ(user.seen.back(), ": Could not write file\n\n" + nowhere.toStdString());
 }
 
-TEST(ViewerCanvasGL, theFittingZoomShowsTheWholeFrameAndHardlyMore) {
-    Dot low({-5, 0, 2}, {255, 0, 0}), high({5, 4, 10}, {255, 0, 0});
+TEST(ViewerCanvasGL, theFittingPoseLetsTheShapesFillThePicture) {
+    // Not symmetric: without being moved it could not fill the picture.
+    const TriMesh<float> shape = meshOf<float>({vectorOf<float>({-5, 0, 2}), vectorOf<float>({5, 4, 10}),
+                                                vectorOf<float>({-5, 4, 10}), vectorOf<float>({0, 0, 12})},
+                                               {vectorOf<unsigned int>({0, 1, 2}), vectorOf<unsigned int>({0, 1, 3})});
+    TriMeshPainterGL<float> painter;
+    painter.setShape(shape);
+    painter.setAttributes(attributesOf(SurfaceDisplayGL, {255, 0, 0}));
     for (const QSize size : {QSize(600, 240), QSize(240, 600)}) {
         Scene scene(size.width(), size.height());
-        EXPECT_EQ(scene.canvas.fittingZoom(), 100); // of nothing
-        scene.canvas.toggleBoundingBox(true);
-        scene.add(low.painter);
-        scene.add(high.painter);
+        EXPECT_EQ(scene.canvas.fittingPose().getZoom(), 100); // of nothing
+        scene.add(painter);
         for (bool perspective : {false, true}) {
             ProjectionGL projection;
             if (!perspective)
                 projection.setOrthographic();
             scene.canvas.setProjection(projection);
             scene.canvas.setRotation(vectorOf<float>({20, 65, -30}));
-            scene.canvas.setZoom(scene.canvas.fittingZoom());
+            const Pose fitting = scene.canvas.fittingPose();
+            scene.canvas.setPose(fitting);
+            EXPECT_EQ(scene.canvas.getPose().getTranslation(), fitting.getTranslation());
+            scene.setLights(255, 0, 0);
             const QImage picture = scene.picture();
-            // The least distance of what is drawn to the border.
-            int margin = 1000;
+            int margins[4] = {1000, 1000, 1000, 1000}; // left, top, right, bottom
             for (int y = 0; y < picture.height(); ++y)
                 for (int x = 0; x < picture.width(); ++x)
-                    if (!hasColor(picture, x, y, Qt::black, 20))
-                        margin = std::min({margin, x, y, picture.width() - 1 - x, picture.height() - 1 - y});
-            EXPECT_GE(margin, 1);
-            EXPECT_LE(margin, 12);
+                    if (!hasColor(picture, x, y, Qt::black, 20)) {
+                        const int distances[] = {x, y, picture.width() - 1 - x, picture.height() - 1 - y};
+                        for (int k = 0; k < 4; ++k)
+                            margins[k] = std::min(margins[k], distances[k]);
+                    }
+            for (const int margin : margins)
+                EXPECT_GE(margin, 1);
+            EXPECT_LE(std::min(margins[0] + margins[2], margins[1] + margins[3]), 40);
+            EXPECT_NEAR(margins[0], margins[2], 16);
+            EXPECT_NEAR(margins[1], margins[3], 16);
         }
     }
 }

@@ -1,0 +1,135 @@
+#include "normalization/cohortregistration.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "normalization/surfaceregistration.h"
+
+namespace vorlen {
+
+namespace {
+
+constexpr int maxRounds = 5;
+
+} // namespace
+
+CohortRegistration::CohortRegistration(std::vector<SpecimenSurfaces> specimens)
+    : __specimens(std::move(specimens)), __poses(__specimens.size()) {
+}
+
+CohortRegistration::~CohortRegistration() = default;
+
+void CohortRegistration::record(const SpecimenSurfaces& target, const std::vector<SpecimenSurfaces>& specimens,
+                                int without) {
+    std::vector<double> all;
+    for (std::size_t i = 0; i < specimens.size(); ++i) {
+        if (int(i) == without)
+            continue;
+        for (const double distance : surfaceDistances(specimens[i], target, true))
+            if (distance >= 0)
+                all.push_back(distance);
+    }
+    double mean = 0, square = 0;
+    for (const double distance : all)
+        mean += distance / double(all.size());
+    for (const double distance : all)
+        square += (distance - mean) * (distance - mean);
+    const double n = double(all.size());
+    __errors.push_back(mean);
+    __sems.push_back(n > 1 ? std::sqrt(square / (n - 1) / n) : 0);
+}
+
+std::vector<SpecimenSurfaces> CohortRegistration::placed() const {
+    std::vector<SpecimenSurfaces> result;
+    result.reserve(__specimens.size());
+    for (std::size_t i = 0; i < __specimens.size(); ++i)
+        result.push_back(__specimens[i].moved(__poses[i]));
+    return result;
+}
+
+void CohortRegistration::align(int reference) {
+    place(reference, true);
+}
+
+void CohortRegistration::refine(int reference) {
+    place(reference, false);
+}
+
+void CohortRegistration::place(int reference, bool anew) {
+    __reference = reference;
+    const std::size_t n = __specimens.size(), first = std::size_t(reference);
+    __errors.clear();
+    __sems.clear();
+    notifyStarted("");
+    if (anew)
+        __poses.assign(n, SpecimenPose());
+    const std::vector<SpecimenSurfaces> before = placed();
+    record(before[first], before, reference);
+    // The reference itself goes to the origin, unturned.
+    SpecimenPose home = __poses[first];
+    if (anew) {
+        double axes[3][3], radius = 0;
+        Point3 centre;
+        __specimens[first].axes(centre, axes, radius);
+        home.translation = {-centre[0], -centre[1], -centre[2]};
+    }
+    const SpecimenSurfaces target = __specimens[first].moved(home);
+    SurfaceRegistration registration(target);
+    registration.setMirrorsAllowed(__mirrors);
+    for (std::size_t i = 0; i < n && !stops(); ++i) {
+        if (i == first)
+            __poses[i] = home;
+        else
+            __poses[i] = anew ? registration.align(__specimens[i]) : registration.refine(__specimens[i], __poses[i]);
+        notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
+    }
+    record(target, placed(), reference);
+    notifyFinished("");
+}
+
+void CohortRegistration::registerJointly() {
+    const std::size_t n = __specimens.size();
+    const SpecimenPose home = __poses[std::size_t(__reference)];
+    __errors.clear();
+    __sems.clear();
+    notifyStarted("");
+    for (int round = 0; round < maxRounds && !stops(); ++round) {
+        const std::vector<SpecimenSurfaces> all = placed();
+        const SpecimenSurfaces mean = MeanSurfaces::of(all, 1).mean;
+        if (round == 0)
+            record(mean, all, -1);
+        SurfaceRegistration registration(mean);
+        Point3 centre;
+        double axes[3][3], radius = 1, moved = 0;
+        mean.axes(centre, axes, radius);
+        for (std::size_t i = 0; i < n && !stops(); ++i) {
+            const SpecimenPose before = __poses[i];
+            __poses[i] = registration.refine(__specimens[i], before);
+            SpecimenPose change = before;
+            change.mirrored = false;
+            change = change.inverse().followedBy([&] {
+                SpecimenPose after = __poses[i];
+                after.mirrored = false;
+                return after;
+            }());
+            const Point3 shifted = change(centre);
+            double shift = 0;
+            for (std::size_t a = 0; a < 3; ++a)
+                shift += (shifted[a] - centre[a]) * (shifted[a] - centre[a]);
+            moved = std::max(moved, std::sqrt(shift) + change.angle() / 57.3 * radius);
+            notifyProgressed(static_cast<unsigned int>(std::size_t(round) * n + i + 1),
+                             static_cast<unsigned int>(std::size_t(maxRounds) * n));
+        }
+        record(mean, placed(), -1);
+        __converged = moved < 2e-3 * radius;
+        if (__converged)
+            break;
+    }
+    // The frame stays that of the reference.
+    SpecimenPose drift = __poses[std::size_t(__reference)].inverse().followedBy(home);
+    for (SpecimenPose& pose : __poses)
+        pose = pose.followedBy(drift);
+    notifyFinished("");
+}
+
+} // namespace vorlen

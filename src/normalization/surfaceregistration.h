@@ -1,0 +1,59 @@
+#pragma once
+
+#include <vector>
+
+#include "normalization/specimensurfaces.h"
+
+namespace vorlen {
+
+/// Robust rigid registration of the surfaces of one specimen on those of another, which cannot turn it over unseen: of
+/// all orientations that its principal axes allow the one with the least distance between the surfaces is taken.
+///
+/// Starts are the proper sign combinations and orders of the principal axes, turns of eighths about the longest one,
+/// and the raw orientation with its half turns; with mirrors allowed the same of the mirror image. All are scored
+/// coarsely, and the best are refined by closest points of the same structure, both ways, first on points and then
+/// along normals, with weights that fade for pairs far apart, so that missing parts pull nothing. The score is the mean
+/// square distance, each counted up to a twelfth of the size of the body, and pairs whose normals disagree as such.
+/// Sources: P. J. Besl and N. D. McKay, IEEE PAMI 14, 1992; D. Chetverikov et al., Image and Vision Computing 23, 2005,
+/// for trimming; S. Rusinkiewicz, ACM Transactions on Graphics 38, 2019, for the symmetrical normals.
+///
+/// Decision: orientations whose score differs by less than three hundredths are alike as far as the surfaces tell, and
+/// of them the one that turns the specimen least against its raw data is taken.
+///
+/// A refinement step costs some thousand closest-point questions, whatever the size of the grids. Results follow from
+/// the input alone.
+class SurfaceRegistration {
+public:
+    /// The target is seen, not owned.
+    explicit SurfaceRegistration(const SpecimenSurfaces& target);
+
+    void setMirrorsAllowed(bool allowed) { __mirrors = allowed; }
+
+    /// The pose that brings the moving specimen on the target, from any orientation. Throws UsageError when the two
+    /// have no surface of equal rank, MathError for coordinates that are not finite.
+    SpecimenPose align(const SpecimenSurfaces& moving);
+
+    /// The same from this pose and its half turns alone, of which another than the pose itself is taken only if it
+    /// scores clearly better.
+    SpecimenPose refine(const SpecimenSurfaces& moving, const SpecimenPose& start);
+
+    /// Mean square of the distances of the pose as the class tells.
+    double score(const SpecimenSurfaces& moving, const SpecimenPose& pose) const;
+
+private:
+    SpecimenPose finish(const SpecimenSurfaces& moving, const SpecimenSurfaces& mirrored,
+                        const std::vector<SpecimenPose>& starts, double preference) const;
+
+    const SpecimenSurfaces& __target;
+    Point3 __centre = {0, 0, 0};
+    double __axes[3][3] = {};
+    double __radius = 0;
+    bool __mirrors = false;
+};
+
+/// For each surface the root mean square distance of its vertices to the closest place on the other's surface of equal
+/// rank, as the two lie; -1 where either has none. Pairs whose closest place is on the border of the other, where a
+/// part of it may be missing, are left out when most are not such, unless all pairs are to count.
+std::vector<double> surfaceDistances(const SpecimenSurfaces& from, const SpecimenSurfaces& to, bool all = false);
+
+} // namespace vorlen

@@ -1,0 +1,182 @@
+#include "spots/spotfilters.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "images/filters/gaussianfilter.h"
+#include "images/filters/isotropyfilter.h"
+#include "images/filters/maxfilter.h"
+#include "images/filters/medianfilter.h"
+#include "images/filters/minfilter.h"
+#include "images/filters/sumfilter.h"
+#include "images/filters/voxelmatrixdilatation.h"
+#include "images/filters/voxelmatrixerosion.h"
+#include "images/volumes/volumeresize.h"
+#include "spots/spotprogress.h"
+
+namespace vorlen {
+
+namespace {
+
+bool resize(VoxelMatrix<float>& volume, const Vector<int>& size, SpotProgress& progress) {
+    progress.begin("Running: resizing volume...");
+    VolumeResize<float> resizer;
+    resizer.setSize(size);
+    resizer.setInterpolationMode(NearestInterpolationMode);
+    return progress.run(resizer, volume);
+}
+
+/// Index of the element that stands for the one at this index of an axis with so many: the same, or its mirror image
+/// beyond an end, which is not doubled.
+int mirrored(int index, int size) {
+    if (size == 1)
+        return 0;
+    const int period = 2 * (size - 1);
+    index = std::abs(index) % period;
+    return index < size ? index : period - index;
+}
+
+/// The volume with its mirror images around it, so many voxels wide.
+VoxelMatrix<float> padded(const VoxelMatrix<float>& volume, int margin) {
+    const int rows = volume.getSize1(), columns = volume.getSize2(), planes = volume.getSize3();
+    VoxelMatrix<float> result(rows + 2 * margin, columns + 2 * margin, planes + 2 * margin);
+    result.setVoxelCalibration(volume.getVoxelCalibration());
+    for (int k = 0; k < planes + 2 * margin; ++k) {
+        const PixelMatrix<float>& source = volume[mirrored(k - margin, planes)];
+        for (int i = 0; i < rows + 2 * margin; ++i) {
+            const float* const from = source[mirrored(i - margin, rows)].data();
+            float* const to = result[k][i].data();
+            std::copy_n(from, columns, to + margin);
+            for (int j = 0; j < margin; ++j) {
+                to[j] = from[mirrored(j - margin, columns)];
+                to[margin + columns + j] = from[mirrored(columns + j, columns)];
+            }
+        }
+    }
+    return result;
+}
+
+bool smooth(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, SpotProgress& progress) {
+    const int radius = config.getSmoothingFilterRadius();
+    const bool isMedian = config.getSmoothingFilterType() == MedianSmoothing;
+    progress.begin(isMedian                                              ? "Running: median filter..."
+                   : config.getSmoothingFilterType() == AverageSmoothing ? "Running: average filter..."
+                                                                         : "Running: Gaussian filter...");
+    VoxelMatrix<float> wide = padded(volume, radius);
+    if (isMedian) {
+        MedianFilter<float> filter;
+        filter.setHalfSize(radius);
+        progress.run(filter, wide);
+    } else if (config.getSmoothingFilterType() == AverageSmoothing) {
+        SumFilter<float> filter;
+        filter.setHalfSize(radius);
+        const float side = float(2 * radius + 1);
+        if (progress.run(filter, wide))
+            wide /= side * side * side;
+    } else {
+        GaussianFilter<float> filter(0.5f * float(radius));
+        progress.run(filter, wide);
+    }
+    if (progress.isCanceled())
+        return false;
+    volume = wide.copy(radius, radius + volume.getSize1() - 1, radius, radius + volume.getSize2() - 1, radius,
+                       radius + volume.getSize3() - 1);
+    return true;
+}
+
+/// Opens the volume by two filters, in two steps.
+template <class Erosion, class Dilatation>
+bool open(VoxelMatrix<float>& volume, Erosion& erosion, Dilatation& dilatation, SpotProgress& progress) {
+    progress.begin("Running: erosion...");
+    if (!progress.run(erosion, volume))
+        return false;
+    progress.begin("Running: dilatation...");
+    return progress.run(dilatation, volume);
+}
+
+bool subtractOpening(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, SpotProgress& progress) {
+    const int radius = config.getTophatFilterRadius();
+    VoxelMatrix<float> opened(volume);
+    bool done = false;
+    if (config.getTophatFilterType() == FlatTopHat) {
+        MinFilter<float> erosion;
+        MaxFilter<float> dilatation;
+        erosion.setHalfSize(radius);
+        dilatation.setHalfSize(radius);
+        done = open(opened, erosion, dilatation, progress);
+    } else {
+        const VoxelMatrix<float> element = sphericalElement(radius);
+        VoxelMatrixErosion<float> erosion;
+        VoxelMatrixDilatation<float> dilatation;
+        erosion.setStructElt(element);
+        dilatation.setStructElt(element);
+        done = open(opened, erosion, dilatation, progress);
+    }
+    if (done)
+        volume -= opened;
+    return done;
+}
+
+bool weighByIsotropy(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, SpotProgress& progress) {
+    progress.begin("Running: isotropy filter...");
+    VoxelMatrix<float> index(volume);
+    IsotropyFilter<float> filter;
+    filter.setHalfSize(config.getIsotropyFilterRadius());
+    if (!progress.run(filter, index))
+        return false;
+    volume *= index;
+    return true;
+}
+
+double voxels(const Vector<int>& size) {
+    return double(size[0]) * size[1] * size[2];
+}
+
+} // namespace
+
+VoxelMatrix<float> sphericalElement(int radius) {
+    const int side = 2 * radius + 1;
+    VoxelMatrix<float> element(side, side, side);
+    element.setZeros();
+    for (int c = -radius; c <= radius; ++c)
+        for (int a = -radius; a <= radius; ++a)
+            for (int b = -radius; b <= radius; ++b) {
+                const int d = a * a + b * b + c * c;
+                if (d <= radius * radius)
+                    element(radius + a, radius + b, radius + c) =
+                        float(200 * std::sqrt(1 - d / double((radius + 1) * (radius + 1))));
+            }
+    return element;
+}
+
+int numSpotFilters(const VRLSpotExtractionConfig& config) {
+    return (config.getResizeState() ? 2 : 0) + (config.isSmoothingFilterEnabled() ? 1 : 0) +
+           (config.isTophatFilterEnabled() ? 2 : 0) + (config.isIsotropyFilterEnabled() ? 1 : 0);
+}
+
+bool filterSpotVolume(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, SpotProgress& progress) {
+    config.check();
+    const Vector<int> size = volume.getSize();
+    return (!config.getResizeState() || resize(volume, config.getNewSize(), progress)) &&
+           (!config.isSmoothingFilterEnabled() || smooth(volume, config, progress)) &&
+           (!config.isTophatFilterEnabled() || subtractOpening(volume, config, progress)) &&
+           (!config.isIsotropyFilterEnabled() || weighByIsotropy(volume, config, progress)) &&
+           (!config.getResizeState() || resize(volume, size, progress));
+}
+
+double spotMemory(const Vector<int>& size, const VRLSpotExtractionConfig& config) {
+    const double whole = voxels(size);
+    double work = whole;
+    if (config.getResizeState() && config.getNewSize().getSize() == 3)
+        work = std::max(work, voxels(config.getNewSize()));
+    // The images and the filtered volume; then a copy with its margin and the planes that a filter keeps, or labels and
+    // what cuts them.
+    const int margin = config.isSmoothingFilterEnabled() ? 2 * config.getSmoothingFilterRadius() : 0;
+    const double wide =
+        work * (1 + double(margin) / size[0]) * (1 + double(margin) / size[1]) * (1 + double(margin) / size[2]);
+    const double filtering = 4 * whole + 4 * work + 4.5 * wide;
+    const double labelling = 4 * whole * 3 + (config.isSplittingEnabled() ? 4 * whole + 24 * whole / 4 : 0);
+    return std::max(filtering, labelling);
+}
+
+} // namespace vorlen

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "images/volumes/voxelmatrix.h"
+
+namespace vorlen {
+
+/// How a threshold is proposed.
+enum class SpotThresholdRule {
+    FirstRise, ///< the first whole value that more voxels have than the one before: the noise ends there
+    Isodata,   ///< midway between the means on its two sides (see IsodataThresholding)
+    Otsu,      ///< the least variance within the two classes (N. Otsu, IEEE Trans. SMC 9, 1979)
+};
+
+/// The word on a command line: "first-rise", "isodata", "otsu".
+std::string toString(SpotThresholdRule rule);
+
+/// A threshold between spots and ground in a filtered volume, where voxels from it on are those of spots.
+///
+/// The first rise is looked for from 1 on in bins of width 1, and 0 where there is none. Isodata and Otsu's rule look
+/// at the voxels above 0 alone, in 4096 bins of equal width up to the maximum: those at 0 are the ground already, which
+/// the filters have cleared, and are so many that they would drown the spots. Voxels that are no number don't count.
+/// Throws ValueError for an empty volume, and where no voxel is a number.
+double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRule rule);
+
+} // namespace vorlen

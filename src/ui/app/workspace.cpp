@@ -1,0 +1,125 @@
+#include "ui/app/workspace.h"
+
+#include <QDockWidget>
+#include <QFrame>
+#include <QLabel>
+#include <QPushButton>
+#include <QSettings>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include "editing/stacks/vrlstack.h"
+#include "ui/app/historypanel.h"
+#include "ui/icons/vrlicons.h"
+#include "ui/models/modelpanel.h"
+#include "ui/models/modelviews.h"
+#include "ui/session/vrlconfig.h"
+#include "ui/slices/vrlrootsliceeditwidget.h"
+#include "ui/slices/vrlrootsliceeditwidgetmediator.h"
+
+namespace vorlen {
+
+namespace {
+
+const char* const layoutKey = "rootWindow/workspace";
+constexpr int layoutVersion = 1;
+
+/// A strip over the slice, with a sentence.
+QFrame* newStrip(const QString& text, QWidget* parent) {
+    auto* const strip = new QFrame(parent);
+    strip->setAutoFillBackground(true);
+    strip->setBackgroundRole(QPalette::ToolTipBase);
+    strip->setForegroundRole(QPalette::ToolTipText);
+    auto* const layout = new QHBoxLayout(strip);
+    layout->setContentsMargins(12, 8, 12, 8);
+    layout->setSpacing(8);
+    auto* const label = new QLabel(text, strip);
+    label->setForegroundRole(QPalette::ToolTipText);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    layout->addWidget(label, 1);
+    return strip;
+}
+
+} // namespace
+
+Workspace::Workspace(QWidget* views, VRLRootSliceEditWidget& sliceWidget, QWidget* parent)
+    : QMainWindow(parent, Qt::Widget) {
+    setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
+    setContextMenuPolicy(Qt::NoContextMenu); // docks are shown and hidden by the menu "Show"
+    ModelViews& modelViews = sliceWidget.getMediator().modelViews();
+    auto* const layout = static_cast<QVBoxLayout*>(views->layout());
+    __welcome = newFirstSteps(views);
+    layout->insertWidget(0, __welcome);
+    __noModels = newStrip("This stack has no models yet. A model is a structure that you will outline.", views);
+    auto* const newModel = new QPushButton("New model", __noModels);
+    newModel->setObjectName("newModelOverSlice");
+    __noModels->layout()->addWidget(newModel);
+    layout->insertWidget(1, __noModels);
+    setCentralWidget(views);
+
+    __models = new ModelPanel(modelViews, this);
+    __history = new HistoryPanel(this);
+    __modelDock = newDock("Models", "dock.models", __models);
+    __historyDock = newDock("History", "dock.history", __history);
+    addDockWidget(Qt::RightDockWidgetArea, __modelDock);
+    addDockWidget(Qt::RightDockWidgetArea, __historyDock);
+    tabifyDockWidget(__modelDock, __historyDock);
+    __modelDock->raise();
+    connect(newModel, &QPushButton::clicked, this, [this] {
+        __modelDock->show();
+        __modelDock->raise();
+        __models->createModel();
+    });
+
+    __tools = new QToolBar("Tools", this);
+    __tools->setObjectName("bar.tools");
+    __tools->setIconSize(toolBarIconSize);
+    addToolBar(Qt::LeftToolBarArea, __tools);
+    updateFirstSteps();
+}
+
+QDockWidget* Workspace::newDock(const QString& title, const char* name, QWidget* content) {
+    auto* const dock = new QDockWidget(title, this);
+    dock->setObjectName(name);
+    dock->setWidget(content);
+    return dock;
+}
+
+QFrame* Workspace::newFirstSteps(QWidget* views) {
+    QFrame* const strip =
+        newStrip("Open a stack, or make one of your section images. A stack file, images, or a folder "
+                 "of images can also be dropped here.",
+                 views);
+    const auto add = [strip](const char* text, const char* name) {
+        auto* const button = new QPushButton(text, strip);
+        button->setObjectName(name);
+        strip->layout()->addWidget(button);
+        return button;
+    };
+    connect(add("Open stack...", "firstOpen"), &QPushButton::clicked, this, &Workspace::openRequested);
+    connect(add("New stack...", "firstNew"), &QPushButton::clicked, this, &Workspace::newRequested);
+    return strip;
+}
+
+void Workspace::setStack(VRLStack* stack) {
+    __stack = stack;
+    __models->setStack(stack);
+    __history->setStack(stack);
+    updateFirstSteps();
+}
+
+void Workspace::updateFirstSteps() {
+    __welcome->setVisible(__stack == nullptr);
+    __noModels->setVisible(__stack != nullptr && __stack->getNumModels() == 0);
+}
+
+void Workspace::saveLayout() const {
+    QSettings().setValue(layoutKey, saveState(layoutVersion));
+}
+
+void Workspace::restoreLayout() {
+    restoreState(QSettings().value(layoutKey).toByteArray(), layoutVersion);
+}
+
+} // namespace vorlen

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QMainWindow>
+
+class QDockWidget;
+class QFrame;
+class QToolBar;
+
+namespace vorlen {
+
+class HistoryPanel;
+class ModelPanel;
+class VRLRootSliceEditWidget;
+class VRLStack;
+
+/// The middle of a root window: the slice, a tool bar of the tools that stay on, and around it docks that move, close
+/// and come back where they were: models and history.
+///
+/// Over the slice lies what is to be done first: without a stack, how to get one; in a stack without models, "New
+/// model".
+class Workspace : public QMainWindow {
+    Q_OBJECT
+
+public:
+    /// The slice widget, which has been initialized, becomes a part of the views, which become the middle.
+    Workspace(QWidget* views, VRLRootSliceEditWidget& sliceWidget, QWidget* parent);
+
+    ModelPanel& models() { return *__models; }
+    HistoryPanel& history() { return *__history; }
+    QDockWidget& modelDock() { return *__modelDock; }
+    QDockWidget& historyDock() { return *__historyDock; }
+    QToolBar& tools() { return *__tools; }
+
+    /// Null for none.
+    void setStack(VRLStack* stack);
+
+    /// Says what to do first, or nothing.
+    void updateFirstSteps();
+
+    /// Keeps the places of docks and tool bar, and finds them again.
+    void saveLayout() const;
+    void restoreLayout();
+
+signals:
+    void openRequested();
+    void newRequested();
+
+private:
+    QDockWidget* newDock(const QString& title, const char* name, QWidget* content);
+    QFrame* newFirstSteps(QWidget* views);
+
+    VRLStack* __stack = nullptr;
+    ModelPanel* __models;
+    HistoryPanel* __history;
+    QDockWidget* __modelDock;
+    QDockWidget* __historyDock;
+    QToolBar* __tools;
+    QFrame* __welcome;
+    QFrame* __noModels;
+};
+
+} // namespace vorlen

@@ -1,0 +1,150 @@
+#include "ui/density/vrldensitymap.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "images/files/nrrdwriter.h"
+#include "numerics/exception.h"
+#include "progress/progressmonitor.h"
+#include "reconstruction/marchingcubes.h"
+#include "ui/density/densitycolor.h"
+#include "ui/density/densityslicepaintergl.h"
+#include "ui/viewer/trimeshpaintergl.h"
+#include "ui/viewer/voxelmatrixpaintergl.h"
+
+namespace vorlen {
+
+namespace {
+
+std::vector<Shape<float>*> copies(const std::vector<const Shape<float>*>& shapes,
+                                  std::vector<std::unique_ptr<Shape<float>>>& owned) {
+    std::vector<Shape<float>*> seen;
+    seen.reserve(shapes.size());
+    owned.reserve(shapes.size());
+    for (const Shape<float>* shape : shapes) {
+        owned.emplace_back(shape->clone());
+        owned.back()->detach();
+        owned.back()->setName(shape->getName());
+        seen.push_back(owned.back().get());
+    }
+    return seen;
+}
+
+Vector<int> colorOf(float level, const DensityReport& report) {
+    const double width = double(report.greatest) - double(report.least);
+    const QColor color = densityColor(width > 0 ? (double(level) - double(report.least)) / width : 1);
+    Vector<int> parts(3);
+    parts[0] = color.red();
+    parts[1] = color.green();
+    parts[2] = color.blue();
+    return parts;
+}
+
+} // namespace
+
+VRLDensityMap::VRLDensityMap(const VRLDensityMappingConfig& config, const std::vector<const Shape<float>*>& patterns,
+                             const std::vector<const Shape<float>*>& masks)
+    : __config(config) {
+    const char* const where = "VRLDensityMap::VRLDensityMap(...)";
+    if (patterns.empty())
+        throw UsageError(where, "A density map needs a point pattern");
+    for (const Shape<float>* pattern : patterns)
+        if (config.settings.method == PoissonMethod && pattern->getNumVertices() < config.settings.neighbourRank)
+            throw UsageError(where, "The pattern \"" + pattern->getName() + "\" has " +
+                                        std::to_string(pattern->getNumVertices()) + " points, and so no neighbour of " +
+                                        "rank " + std::to_string(config.settings.neighbourRank));
+    const std::vector<Shape<float>*> seen = copies(patterns, __patterns);
+    __mapping = std::make_unique<DensityMapping>(config.settings, seen, copies(masks, __masks));
+    __grid = __mapping->grid(config.resolution);
+}
+
+bool VRLDensityMap::compute(ProgressMonitor& monitor) {
+    DensityEstimator<float>& estimator = __mapping->estimator();
+    estimator.addMonitor(monitor);
+    try {
+        __report = __mapping->compute(__matrix, __grid);
+    } catch (...) {
+        estimator.removeMonitor(monitor);
+        throw;
+    }
+    estimator.removeMonitor(monitor);
+    return !estimator.isCanceled();
+}
+
+MapLattice<float> VRLDensityMap::lattice() const {
+    return __mapping->estimator().lattice(__grid.getBoundingBox(), __grid.getSize());
+}
+
+BoundingBox<float> VRLDensityMap::cellBox() const {
+    const MapLattice<float> places = lattice();
+    const Vector<float> steps = places.steps();
+    Vector<float> low = places.origin(), high(3);
+    for (int axis = 0; axis < 3; ++axis) {
+        low[axis] -= steps[axis] / 2;
+        high[axis] = low[axis] + float(places.getSize(axis)) * steps[axis];
+    }
+    return {low, high};
+}
+
+float VRLDensityMap::percentile(float percent) const {
+    return __mapping->estimator().percentile(__matrix, __grid, percent);
+}
+
+DensityMapView& VRLDensityMap::addView(const VRLDensityMapViewConfig& config) {
+    auto view = std::make_unique<DensityMapView>();
+    view->config = config;
+    if (config.viewType == DensityViewType::Slice) {
+        auto painter = std::make_unique<DensitySlicePainterGL>(__matrix, lattice());
+        painter->setPlane(config.axis, __grid.getSize()[config.axis] / 2);
+        view->painter = std::move(painter);
+    } else if (config.viewType == DensityViewType::Counts) {
+        auto painter = std::make_unique<VoxelMatrixPainterGL<float>>();
+        ShapePainterAttributesGL attributes;
+        attributes.setColor(colorOf(__report.greatest, __report));
+        painter->setAttributes(attributes);
+        painter->setVoxelMatrix(__matrix);
+        painter->setBoundingBox(cellBox());
+        view->painter = std::move(painter);
+    } else {
+        view->level = config.viewType == DensityViewType::Percentile ? percentile(config.percentile) : config.threshold;
+        MarchingCubes<float> cubes;
+        if (!std::isfinite(view->level))
+            throw UsageError("VRLDensityMap::addView(...)", "The density there is not finite");
+        view->surface = std::make_unique<TriMesh<float>>(cubes.buildMesh(__matrix, view->level, true));
+        if (view->surface->getNumVertices() == 0)
+            throw UsageError("VRLDensityMap::addView(...)", "The map has no surface at this density");
+        lattice().toCoordinates(*view->surface);
+        auto painter = std::make_unique<TriMeshPainterGL<float>>();
+        ShapePainterAttributesGL attributes = painter->getAttributes();
+        attributes.setColor(colorOf(view->level, __report));
+        painter->setAttributes(attributes);
+        painter->setShape(*view->surface);
+        view->painter = std::move(painter);
+    }
+    __views.push_back(std::move(view));
+    return *__views.back();
+}
+
+void VRLDensityMap::removeView(const DensityMapView& view) {
+    std::erase_if(__views, [&view](const std::unique_ptr<DensityMapView>& each) { return each.get() == &view; });
+}
+
+std::vector<std::string> VRLDensityMap::save(const std::string& fileName) const {
+    const std::string base = fileName.ends_with(".vm") ? fileName.substr(0, fileName.size() - 3) : fileName;
+    std::vector<std::string> files = {base + ".vm", base + ".nrrd"};
+    VoxelMatrix<float> copy = __matrix;
+    __mapping->calibrate(copy, __grid, 0);
+    copy.save(files[0], true);
+    saveNrrd(__matrix, lattice().origin(), lattice().steps(), std::string(), NrrdEncoding::Raw, files[1], true);
+    for (std::size_t k = 0; k < __views.size(); ++k) {
+        if (!__views[k]->surface)
+            continue;
+        char number[24];
+        std::snprintf(number, sizeof number, "-%02zu.tm", k);
+        files.push_back(base + number);
+        __views[k]->surface->save(files.back(), false);
+    }
+    return files;
+}
+
+} // namespace vorlen

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include <QObject>
+
+#include "normalization/vrlfusionsurfacestructure.h"
+
+class QLineEdit;
+class QPushButton;
+
+namespace vorlen {
+
+template <class T>
+class CurveStack;
+class VRLFusionConfigDialogStructurePanel;
+class VRLFusionStrategyPanel;
+class VRLStackListWidget;
+
+/// Holds the parts of the configuration dialog together: which structures the selected stacks share, the errors and
+/// sizes of their grids, and whether all is there for a normalization.
+class VRLFusionConfigDialogMediator : public QObject {
+    Q_OBJECT
+
+public:
+    VRLFusionConfigDialogMediator(QLineEdit& name, VRLStackListWidget& stacks,
+                                  VRLFusionConfigDialogStructurePanel& structures, VRLFusionStrategyPanel& strategy,
+                                  QPushButton& ok, QObject* parent);
+
+    const std::vector<VRLFusionSurfaceStructure<float>>& structures() const;
+
+    /// The structure's surface in each selected stack, in the unit of the first.
+    std::vector<std::unique_ptr<CurveStack<float>>>
+    surfaceStructureInstances(const VRLFusionSurfaceStructure<float>& structure) const;
+
+    void computeResamplingErrorFromValues(VRLFusionSurfaceStructure<float>& structure);
+
+public slots:
+    void updateOkButton();
+    void selectedStacksChange();
+    void referenceFlagChange(VRLFusionSurfaceStructure<float>& structure);
+    void resamplingValuesChange(VRLFusionSurfaceStructure<float>& structure);
+    void computeResamplingErrors();
+    void computeResamplingValuesFromError(VRLFusionSurfaceStructure<float>& structure);
+
+private:
+    void updateStrategyPanel();
+
+    QLineEdit& __name;
+    VRLStackListWidget& __stacks;
+    VRLFusionConfigDialogStructurePanel& __structures;
+    VRLFusionStrategyPanel& __strategy;
+    QPushButton& __ok;
+};
+
+} // namespace vorlen

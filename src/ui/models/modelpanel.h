@@ -1,0 +1,88 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QLineEdit;
+class QModelIndex;
+class QPushButton;
+class QSortFilterProxyModel;
+class QStackedWidget;
+class QToolButton;
+class QTreeView;
+
+namespace vorlen {
+
+class Model;
+class ModelTable;
+class ModelViews;
+class StackSlice;
+class VRLStack;
+
+/// The models of the current stack beside the slice: colour, name, number of items here and in all, shown, locked, and
+/// which one is current. Models are made, renamed, recoloured and deleted in place, each as a step of the history. A
+/// line below tells on how many slices the current model is outlined, and which between them lack it.
+///
+/// Decisions: a new model is a closed outline in the colour that is farthest from those of the others, and its name is
+/// ready to be typed over. The row of the current model is the selected one.
+class ModelPanel : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ModelPanel(ModelViews& views, QWidget* parent = nullptr);
+
+    /// Null for none.
+    void setStack(VRLStack* stack);
+    void setSlice(StackSlice* slice);
+
+    QTreeView& list() { return *__list; }
+    QLineEdit& filter() { return *__filter; }
+    const QLabel& gapLine() const { return *__gaps; }
+
+    /// While something is drawn or edited nothing is changed here.
+    void setLocked(bool locked);
+
+public slots:
+    /// Makes a model, makes it current, and lets its name be typed over.
+    void createModel();
+    void createLineModel();
+    void createPointModel();
+    void renameCurrent();
+    /// Asks for a colour.
+    void recolourCurrent();
+    /// Asks first where items go with it.
+    void deleteCurrent();
+
+signals:
+    /// All about the model in one window is wanted.
+    void propertiesRequested();
+    /// Wants a slice that the line of gaps tells of.
+    void sliceRequested(StackSlice& slice);
+
+private:
+    void makeList();
+    void makeButtons();
+    void create(int geometry);
+    void clicked(const QModelIndex& index);
+    void currentRowChanged(const QModelIndex& index);
+    void showCurrent();
+    void showGaps();
+    void showMenu(const QPoint& position);
+    void updateButtons();
+
+    ModelViews& __views;
+    ModelTable* __table;
+    QSortFilterProxyModel* __sorted;
+    QTreeView* __list;
+    QLineEdit* __filter;
+    QStackedWidget* __pages;
+    QToolButton* __new;
+    QPushButton* __firstNew;
+    QPushButton* __delete;
+    QLabel* __empty;
+    QLabel* __gaps;
+    VRLStack* __stack = nullptr;
+    bool __locked = false;
+};
+
+} // namespace vorlen

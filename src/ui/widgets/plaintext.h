@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QMessageBox>
+#include <QString>
+#include <QTextDocument>
+
+namespace vorlen {
+
+/// A message box that shows its text as it is: names that users give may look like marked up text.
+class PlainMessageBox : public QMessageBox {
+public:
+    PlainMessageBox(Icon icon, const QString& title, const QString& text, StandardButtons buttons = NoButton,
+                    QWidget* parent = nullptr)
+        : QMessageBox(icon, title, QString(), buttons, parent) {
+        setTextFormat(Qt::PlainText);
+        setText(text);
+    }
+};
+
+/// A tool tip, which has no format of its own, that shows the text as it is.
+inline QString plainTip(const QString& text) {
+    return Qt::mightBeRichText(text) ? "<span>" + text.toHtmlEscaped() + "</span>" : text;
+}
+
+} // namespace vorlen

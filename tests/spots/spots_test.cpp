@@ -1,0 +1,329 @@
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "document/stack.h"
+#include "numerics/exception.h"
+#include "progress/progressmonitor.h"
+#include "progress/progresssubject.h"
+#include "spots/spotfilters.h"
+#include "spots/spotlabels.h"
+#include "spots/spotprogress.h"
+#include "spots/spotthreshold.h"
+#include "spots/spotvolume.h"
+#include "support/documentmaker.h"
+#include "support/fixedsource.h"
+#include "support/recordingmonitor.h"
+#include "support/volumes.h"
+
+namespace vorlen {
+
+namespace {
+
+VRLSpotExtractionConfig withoutFilters() {
+    VRLSpotExtractionConfig config;
+    config.setSmoothingFilterEnabled(false);
+    config.setTophatFilterEnabled(false);
+    config.setIsotropyFilterEnabled(false);
+    return config;
+}
+
+SpotLabels labelsOf(const VoxelMatrix<float>& volume, double threshold, const VRLSpotExtractionConfig& config) {
+    ProgressSubject subject;
+    SpotProgress progress(subject, 1);
+    SpotLabels found;
+    EXPECT_TRUE(findSpots(volume, threshold, config, found, progress));
+    return found;
+}
+
+struct Blob {
+    double row, column, plane;
+
+    double distanceTo(double i, double j, double k) const {
+        return std::sqrt((i - row) * (i - row) + (j - column) * (j - column) + (k - plane) * (k - plane));
+    }
+};
+
+/// Balls at random places, the first of them in pairs that touch.
+class MadeVolume {
+public:
+    static constexpr double radius = 3.5, height = 150;
+
+    MadeVolume(int side, int numBlobs, int numTouching) : __side(side) {
+        while (int(blobs.size()) < numBlobs) {
+            const Blob blob{uniform(), uniform(), uniform()};
+            if (!isFree(blob, 2 * radius + 4, -1))
+                continue;
+            blobs.push_back(blob);
+            while (int(blobs.size()) <= numTouching && int(blobs.size()) % 2 == 1) {
+                const double z = 2 * __unit(__engine) - 1, angle = 6.283185307179586 * __unit(__engine);
+                const double across = std::sqrt(1 - z * z);
+                const Blob other{blob.row + 2 * radius * across * std::cos(angle),
+                                 blob.column + 2 * radius * across * std::sin(angle), blob.plane + 2 * radius * z};
+                if (isFree(other, 2 * radius + 3, int(blobs.size()) - 1))
+                    blobs.push_back(other);
+                else
+                    break;
+            }
+        }
+    }
+
+    /// Noise of a third of the height on a grey ground, cut to whole bytes as a camera's are.
+    VoxelMatrix<float> draw() {
+        VoxelMatrix<float> volume(__side, __side, __side);
+        volume.fill(60);
+        const int reach = int(radius) + 2;
+        for (const Blob& blob : blobs)
+            for (int k = int(blob.plane) - reach; k <= int(blob.plane) + reach; ++k)
+                for (int i = int(blob.row) - reach; i <= int(blob.row) + reach; ++i)
+                    for (int j = int(blob.column) - reach; j <= int(blob.column) + reach; ++j)
+                        volume(i, j, k) = std::max(
+                            volume(i, j, k),
+                            float(60 + height * std::clamp(radius - blob.distanceTo(i, j, k) + 0.5, 0.0, 1.0)));
+        std::normal_distribution<double> noise(0, height / 3);
+        for (int k = 0; k < __side; ++k)
+            for (int i = 0; i < __side; ++i)
+                for (int j = 0; j < __side; ++j)
+                    volume(i, j, k) =
+                        float(std::clamp(std::round(double(volume(i, j, k)) + noise(__engine)), 0.0, 255.0));
+        return volume;
+    }
+
+    std::vector<Blob> blobs;
+
+private:
+    double uniform() { return radius + 3 + __unit(__engine) * (__side - 2 * radius - 7); }
+    bool isFree(const Blob& blob, double distance, int partner) const {
+        const double margin = radius + 3;
+        for (const double place : {blob.row, blob.column, blob.plane})
+            if (place < margin || place > __side - 1 - margin)
+                return false;
+        for (int i = 0; i < int(blobs.size()); ++i)
+            if (i != partner && blobs[std::size_t(i)].distanceTo(blob.row, blob.column, blob.plane) < distance)
+                return false;
+        return true;
+    }
+
+    int __side;
+    std::mt19937 __engine{7};
+    std::uniform_real_distribution<double> __unit{0, 1};
+};
+
+/// How many blobs have a spot of their own within one voxel.
+int numFound(const std::vector<Blob>& blobs, const std::vector<Spot>& spots) {
+    std::vector<bool> taken(spots.size(), false);
+    int found = 0;
+    for (const Blob& blob : blobs)
+        for (std::size_t i = 0; i < spots.size(); ++i)
+            if (!taken[i] && blob.distanceTo(spots[i].row, spots[i].column, spots[i].plane) <= 1) {
+                taken[i] = true;
+                ++found;
+                break;
+            }
+    return found;
+}
+
+/// Cancels at a share of the whole.
+class Impatient : public ProgressMonitor {
+public:
+    explicit Impatient(double share) : __share(share) {}
+    using ProgressMonitor::subjectProgressed;
+    void subjectProgressed(unsigned int current, unsigned int total) override {
+        last = double(current) / total;
+        if (last >= __share)
+            currentSubject()->cancel();
+    }
+    double last = 0;
+
+private:
+    double __share;
+};
+
+} // namespace
+
+TEST(Spots, blobsInStrongNoiseAreFoundAlsoWhereTheyTouch) {
+    MadeVolume made(112, 200, 60);
+    ASSERT_EQ(made.blobs.size(), 200u);
+    VoxelMatrix<float> volume = made.draw();
+    VRLSpotExtractionConfig config;
+    config.setSmoothingFilterType(GaussianSmoothing);
+    config.setSmoothingFilterRadius(3);
+    config.setTophatFilterRadius(5);
+    config.setTophatFilterType(FlatTopHat);
+    ProgressSubject subject;
+    SpotProgress progress(subject, numSpotFilters(config) + 1);
+    ASSERT_TRUE(filterSpotVolume(volume, config, progress));
+    for (const SpotThresholdRule rule : {SpotThresholdRule::Isodata, SpotThresholdRule::Otsu}) {
+        const SpotLabels found = labelsOf(volume, proposeSpotThreshold(volume, rule), config);
+        const int hits = numFound(made.blobs, found.spots);
+        EXPECT_GE(hits, 190) << toString(rule);
+        EXPECT_LE(int(found.spots.size()) - hits, int(found.spots.size()) / 20) << toString(rule);
+    }
+    config.setSplittingEnabled(false);
+    const SpotLabels whole = labelsOf(volume, proposeSpotThreshold(volume, SpotThresholdRule::Isodata), config);
+    EXPECT_LT(numFound(made.blobs, whole.spots), 190);
+}
+
+TEST(Spots, partsThatHangTogetherAreNumberedMeasuredAndChosen) {
+    // A box of 2 x 2 x 3, a voxel, and a bar of 12 along the first row of the first plane.
+    const VoxelMatrix<float> volume = volumeOf<float>(12, 12, 8, [](int i, int j, int k) {
+        const bool box = i >= 4 && i <= 5 && j >= 6 && j <= 7 && k >= 2 && k <= 4, voxel = i == 9 && j == 2 && k == 5;
+        return i == 0 && k == 0 ? 70 : box ? 100 : voxel ? 90 : 3;
+    });
+    for (const bool isSplit : {false, true}) {
+        VRLSpotExtractionConfig config = withoutFilters();
+        config.setSplittingEnabled(isSplit);
+        SpotLabels found = labelsOf(volume, 70, config);
+        measureSpots(volume, found);
+        ASSERT_EQ(found.spots.size(), 3u);
+        const Spot &bar = found.spots[0], &box = found.spots[1], &voxel = found.spots[2];
+        EXPECT_EQ(bar.numVoxels, 12);
+        EXPECT_TRUE(bar.touchesBorder);
+        EXPECT_EQ(box.numVoxels, 12);
+        EXPECT_FALSE(box.touchesBorder);
+        EXPECT_DOUBLE_EQ(box.row, 4.5);
+        EXPECT_DOUBLE_EQ(box.column, 6.5);
+        EXPECT_DOUBLE_EQ(box.plane, 3);
+        EXPECT_DOUBLE_EQ(box.sum, 1200);
+        EXPECT_DOUBLE_EQ(box.mean(), 100);
+        EXPECT_EQ(voxel.numVoxels, 1);
+        EXPECT_EQ(found.labels(4, 6, 2), 2);
+        EXPECT_EQ(found.labels(9, 2, 5), 3);
+        EXPECT_EQ(found.labels(1, 1, 1), 0);
+
+        config.setLeastSize(2);
+        config.setBorderSpotsLeftOut(true);
+        found = labelsOf(volume, 70, config);
+        ASSERT_EQ(found.spots.size(), 1u);
+        EXPECT_EQ(found.labels(5, 7, 4), 1);
+        EXPECT_EQ(found.labels(9, 2, 5), 0);
+        EXPECT_EQ(found.numTooSmall, 1);
+        EXPECT_EQ(found.numAtBorder, 1);
+        config.setGreatestSize(11);
+        found = labelsOf(volume, 70, config);
+        EXPECT_TRUE(found.spots.empty());
+        EXPECT_EQ(found.numTooLarge, 2);
+    }
+    const Vector<double> cubes = [] {
+        Vector<double> size(3);
+        size[0] = size[1] = 2;
+        size[2] = 3;
+        return size;
+    }();
+    Spot spot;
+    spot.numVoxels = 10;
+    EXPECT_NEAR(equivalentRadius(spot, cubes), std::cbrt(3 * 120 / (4 * 3.14159265358979)) / 2, 1e-12);
+}
+
+TEST(Spots, theFiltersAreThoseToldAndLeaveNoRimOfNoise) {
+    const VoxelMatrix<float> element = sphericalElement(3);
+    EXPECT_EQ(element(3, 3, 3), 200);
+    EXPECT_FLOAT_EQ(element(3, 6, 3), float(200 * std::sqrt(1 - 9.0 / 16)));
+    EXPECT_EQ(element(0, 0, 3), 0);
+    // A single bright voxel goes by the median, also in a corner, which the filter alone would leave.
+    VRLSpotExtractionConfig config = withoutFilters();
+    config.setSmoothingFilterEnabled(true);
+    VoxelMatrix<float> volume(6, 5, 4);
+    volume.fill(10);
+    volume(0, 0, 0) = volume(3, 2, 1) = volume(5, 4, 3) = 200;
+    ProgressSubject subject;
+    RecordingMonitor monitor;
+    subject.addMonitor(monitor);
+    SpotProgress progress(subject, numSpotFilters(config));
+    ASSERT_TRUE(filterSpotVolume(volume, config, progress));
+    EXPECT_EQ(volume.range()[1], 10);
+    EXPECT_EQ(monitor.heard.front(), "text Running: median filter...");
+    // A plateau wider than the window of the top-hat goes, a narrow one stays.
+    config = withoutFilters();
+    config.setTophatFilterEnabled(true);
+    config.setTophatFilterType(FlatTopHat);
+    config.setTophatFilterRadius(1);
+    volume = volumeOf<float>(16, 16, 16, [](int i, int j, int k) {
+        return (i < 8 && j < 8 && k < 8) || (i == 12 && j == 12 && k == 12) ? 50 : 5;
+    });
+    ASSERT_TRUE(filterSpotVolume(volume, config, progress));
+    EXPECT_EQ(volume(4, 4, 4), 0);
+    EXPECT_EQ(volume(12, 12, 12), 45);
+    config.setTophatFilterRadius(0);
+    EXPECT_THROW(filterSpotVolume(volume, config, progress), ValueError);
+}
+
+TEST(Spots, thresholdsAreProposedByTheRules) {
+    // Counts fall from 0 to 3, and rise at 40.
+    const VoxelMatrix<float> volume = volumeOf<float>(10, 10, 10, [](int i, int j, int k) {
+        return k == 9 && i > 6 ? 40 + j % 3 : k < 5 ? 0 : k < 7 ? 1 : k == 7 ? 2 : 3 * (j % 2);
+    });
+    EXPECT_EQ(proposeSpotThreshold(volume, SpotThresholdRule::FirstRise), 40);
+    for (const SpotThresholdRule rule : {SpotThresholdRule::Isodata, SpotThresholdRule::Otsu}) {
+        const double threshold = proposeSpotThreshold(volume, rule);
+        EXPECT_GT(threshold, 3) << toString(rule);
+        EXPECT_LE(threshold, 40) << toString(rule);
+    }
+    VoxelMatrix<float> flat(3, 3, 3);
+    flat.fill(0);
+    for (const SpotThresholdRule rule :
+         {SpotThresholdRule::FirstRise, SpotThresholdRule::Isodata, SpotThresholdRule::Otsu})
+        EXPECT_EQ(proposeSpotThreshold(flat, rule), 0);
+    EXPECT_THROW(proposeSpotThreshold(VoxelMatrix<float>(), SpotThresholdRule::Otsu), ValueError);
+}
+
+TEST(Spots, eachStepCanBeCancelled) {
+    VRLSpotExtractionConfig config;
+    config.setResizeState(true);
+    Vector<int> half(3);
+    for (int axis = 0; axis < 3; ++axis)
+        half[axis] = 24;
+    config.setNewSize(half);
+    const VoxelMatrix<float> volume = randomVolume<float>(48, 48, 48, 3, 0, 255);
+    for (const double share : {0.0, 0.25, 0.45, 0.6, 0.75}) {
+        ProgressSubject subject;
+        Impatient monitor(share);
+        subject.addMonitor(monitor);
+        SpotProgress progress(subject, numSpotFilters(config));
+        VoxelMatrix<float> work(volume);
+        EXPECT_FALSE(filterSpotVolume(work, config, progress)) << share;
+        EXPECT_LT(monitor.last, share + 0.3);
+    }
+    ProgressSubject subject;
+    subject.cancel();
+    SpotProgress progress(subject, 1);
+    SpotLabels found;
+    EXPECT_FALSE(findSpots(volume, 250, withoutFilters(), found, progress));
+}
+
+TEST(Spots, stacksThatAreNoVolumeAreRefusedWithTheReason) {
+    Stack stack;
+    EXPECT_EQ(spotFault(stack), "The stack has no slices");
+    addSlices(stack, 1);
+    stack.getSlice(0).setImageSource(FixedSource(20, 30));
+    EXPECT_EQ(spotFault(stack), "The stack has one slice only: spots are sought in a volume of at least two");
+    addSlices(stack, 39); // named from "s0" on again
+    EXPECT_EQ(spotFault(stack), "Slice \"s0\" has no image");
+    for (int i = 0; i < 40; ++i)
+        stack.getSlice(i).setImageSource(FixedSource(20, 30));
+    // Steps that floats can't hold, summed up, and positions of five digits.
+    for (const float step : {0.1f, 0.35f, 40.0f / 3}) {
+        for (int i = 0; i < 40; ++i)
+            stack.getSlice(i).setAbsolutePosition(float(i) * step);
+        EXPECT_EQ(spotFault(stack), "") << step;
+        for (int i = 0; i < 40; ++i)
+            stack.getSlice(i).setAbsolutePosition(std::round(float(i) * step * 1000) / 1000);
+        EXPECT_EQ(spotFault(stack), "") << step;
+    }
+    stack.getSlice(7).setAbsolutePosition(100);
+    EXPECT_EQ(spotFault(stack).rfind("Slice \"s6\" lies ", 0), 0u) << spotFault(stack);
+    stack.getSlice(7).setAbsolutePosition(7 * 40.0f / 3);
+    Registration turned;
+    turned.setRotationAngle(2);
+    stack.getSlice(3).setRegistration(turned);
+    EXPECT_EQ(spotFault(stack).rfind("Slice \"s2\" is registered onto", 0), 0u) << spotFault(stack);
+    stack.getSlice(3).setRegistration(Registration());
+    stack.getSlice(5).setImageSource(FixedSource(20, 31));
+    EXPECT_EQ(spotFault(stack).rfind("Slice \"s4\" has 31 x 20 pixels", 0), 0u) << spotFault(stack);
+}
+
+} // namespace vorlen

@@ -1,0 +1,209 @@
+#include "ui/models/modelpanel.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTreeView>
+
+#include <gtest/gtest.h>
+
+#include "editing/history/vrlactionhistory.h"
+#include "editing/operations/itemoperations.h"
+#include "editing/operations/modeloperations.h"
+#include "editing/operations/sliceoperations.h"
+#include "editing/stacks/vrlstack.h"
+#include "support/dialogdriver.h"
+#include "support/documentmaker.h"
+#include "support/modalscript.h"
+#include "ui/models/modeltable.h"
+#include "ui/models/modelviews.h"
+
+namespace vorlen {
+
+class ModelPanelTest : public ::testing::Test {
+protected:
+    ModelPanelTest() {
+        addSlices(stack, 5);
+        cell = &addModel(stack, "Cell");
+        axon = &addModel(stack, "axon");
+        dots = &addModel(stack, "Dots <b>", PolypointPrimitive);
+        addItem(*cell, stack.getSlice(1), {{1, 1}, {1, 9}, {9, 9}});
+        addItem(*cell, stack.getSlice(1), {{11, 1}, {11, 9}, {19, 9}});
+        addItem(*cell, stack.getSlice(4), {{1, 1}, {1, 9}, {9, 9}});
+        views.setStack(&stack);
+        panel.setStack(&stack);
+        panel.setSlice(&stack.getSlice(1));
+        panel.resize(300, 400);
+        panel.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&panel));
+    }
+    ~ModelPanelTest() override {
+        panel.setStack(nullptr);
+        views.setStack(nullptr);
+    }
+
+    QAbstractItemModel& rows() { return *list.model(); }
+    QStringList column(int which) {
+        QStringList texts;
+        for (int row = 0; row < rows().rowCount(); ++row)
+            texts += rows().index(row, which).data().toString();
+        return texts;
+    }
+    void click(int row, int which, Qt::MouseButton button = Qt::LeftButton) {
+        QTest::mouseClick(list.viewport(), button, {}, list.visualRect(rows().index(row, which)).center());
+    }
+    void type(const QString& name) {
+        const QList<QLineEdit*> editors = list.viewport()->findChildren<QLineEdit*>();
+        ASSERT_EQ(editors.size(), 1);
+        QLineEdit* const editor = editors[0];
+        editor->selectAll();
+        QTest::keyClicks(editor, name);
+        QTest::keyClick(editor, Qt::Key_Return);
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // the editor
+    }
+    QString gaps() {
+        for (const QLabel* label : panel.findChildren<QLabel*>())
+            if (label->accessibleName() == "Where the current model is outlined")
+                return label->text();
+        return QString();
+    }
+    VRLActionHistory& history() { return *stack.history(); }
+
+    VRLStack stack;
+    Model* cell;
+    Model* axon;
+    Model* dots;
+    ModelViews views;
+    ModelPanel panel{views};
+    QTreeView& list = *panel.findChild<QTreeView*>();
+    ModalScript user;
+};
+
+TEST_F(ModelPanelTest, modelsAreListedByNameWithTheirNumbers) {
+    EXPECT_EQ(column(ModelTable::Name), (QStringList{"axon", "Cell", "Dots <b>"}));
+    EXPECT_EQ(column(ModelTable::Here), (QStringList{"0", "2", "0"}));
+    EXPECT_EQ(column(ModelTable::All), (QStringList{"0", "3", "0"}));
+    panel.setSlice(&stack.getSlice(4));
+    EXPECT_EQ(column(ModelTable::Here), (QStringList{"0", "1", "0"}));
+    ASSERT_TRUE(deleteItem(stack, stack.getSlice(4).getItem(0)));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(column(ModelTable::Here), (QStringList{"0", "0", "0"}));
+    history().undo();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(column(ModelTable::All), (QStringList{"0", "3", "0"}));
+    ASSERT_TRUE(deleteSlices(stack, {&stack.getSlice(4)})); // the one that is shown
+    QCoreApplication::processEvents();
+    EXPECT_EQ(column(ModelTable::Here), (QStringList{"0", "0", "0"}));
+}
+
+TEST_F(ModelPanelTest, aClickChoosesShowsAndLocks) {
+    EXPECT_EQ(views.getCurrent(), cell); // the first of the stack
+    click(0, ModelTable::Name);
+    EXPECT_EQ(views.getCurrent(), axon);
+    EXPECT_TRUE(rows().index(0, ModelTable::Name).data(Qt::FontRole).value<QFont>().bold());
+    click(1, ModelTable::Shown);
+    EXPECT_TRUE(views.isHidden(*cell));
+    click(1, ModelTable::Shown);
+    click(1, ModelTable::Locked);
+    EXPECT_TRUE(!views.isHidden(*cell) && views.isLocked(*cell));
+    EXPECT_FALSE(history().isUndoable()); // no edit of the document
+}
+
+TEST_F(ModelPanelTest, modelsAreMadeAndNamedInPlace) {
+    panel.createModel();
+    ASSERT_EQ(stack.getNumModels(), 4);
+    EXPECT_EQ(views.getCurrent(), &stack.getModel(3));
+    type("Nucleus");
+    EXPECT_EQ(stack.getModel(3).getName(), "Nucleus");
+    history().undo();
+    history().undo();
+    EXPECT_EQ(stack.getNumModels(), 3);
+    EXPECT_NE(views.getCurrent(), nullptr);
+    EXPECT_EQ(rows().rowCount(), 3);
+    history().redo();
+    EXPECT_EQ(rows().rowCount(), 4);
+}
+
+TEST_F(ModelPanelTest, aNameThatIsTakenIsRefusedInWords) {
+    click(0, ModelTable::Name);
+    panel.renameCurrent();
+    user.thenClick("OK");
+    type("Cell");
+    EXPECT_EQ(axon->getName(), "axon");
+    EXPECT_FALSE(history().isUndoable());
+    panel.renameCurrent();
+    type("  Axon  7 ");
+    EXPECT_EQ(axon->getName(), "Axon 7");
+}
+
+TEST_F(ModelPanelTest, theFilterKeepsWhatHoldsTheWord) {
+    auto& filter = *panel.findChild<QLineEdit*>();
+    filter.setText("ce");
+    EXPECT_EQ(column(ModelTable::Name), QStringList{"Cell"});
+    views.setCurrent(*axon); // which is not in the list now
+    EXPECT_EQ(views.getCurrent(), axon);
+    panel.createModel(); // that is to be seen
+    EXPECT_EQ(filter.text(), "");
+    EXPECT_EQ(rows().rowCount(), 4);
+}
+
+TEST_F(ModelPanelTest, aModelWithOutlinesIsDeletedAfterAQuestion) {
+    views.setCurrent(*cell);
+    user.thenReject();
+    panel.deleteCurrent();
+    EXPECT_EQ(stack.getNumModels(), 3);
+    user.thenClick("Delete");
+    panel.deleteCurrent();
+    EXPECT_EQ(stack.getNumModels(), 2);
+    EXPECT_EQ(views.getCurrent(), axon);
+    views.setCurrent(*dots);
+    panel.deleteCurrent(); // of which nothing is drawn
+    panel.deleteCurrent();
+    EXPECT_EQ(stack.getNumModels(), 0);
+    EXPECT_EQ(views.getCurrent(), nullptr);
+    button(panel, "New model").click(); // where the list was
+    EXPECT_EQ(stack.getNumModels(), 1);
+    EXPECT_NE(views.getCurrent(), nullptr);
+}
+
+TEST_F(ModelPanelTest, theSlicesThatLackTheCurrentModelAreNamed) {
+    EXPECT_TRUE(gaps().startsWith("On 2 of 5 slices.")) << gaps().toStdString();
+    EXPECT_TRUE(gaps().contains(">s2</a>, <a href=\"3\">s3</a>")) << gaps().toStdString();
+    std::vector<const StackSlice*> wanted;
+    QObject::connect(&panel, &ModelPanel::sliceRequested, [&wanted](StackSlice& slice) { wanted.push_back(&slice); });
+    for (QLabel* label : panel.findChildren<QLabel*>())
+        if (label->accessibleName() == "Where the current model is outlined")
+            emit label->linkActivated("3");
+    EXPECT_EQ(wanted, std::vector<const StackSlice*>{&stack.getSlice(3)});
+    views.setCurrent(*axon);
+    EXPECT_EQ(gaps(), "On 0 of 5 slices.");
+}
+
+TEST_F(ModelPanelTest, nothingCanBeChangedWhileTheSliceIsLocked) {
+    panel.setLocked(true);
+    panel.createModel();
+    panel.deleteCurrent();
+    panel.renameCurrent();
+    EXPECT_EQ(list.viewport()->findChild<QLineEdit*>(), nullptr);
+    EXPECT_EQ(stack.getNumModels(), 3);
+    panel.setLocked(false);
+    EXPECT_TRUE(list.isEnabled());
+}
+
+TEST_F(ModelPanelTest, eachStackHasACurrentModelOfItsOwn) {
+    VRLStack second;
+    Model& only = addModel(second, "Only");
+    views.setCurrent(*axon);
+    views.setStack(&second);
+    EXPECT_EQ(views.getCurrent(), &only);
+    views.setStack(&stack);
+    EXPECT_EQ(views.getCurrent(), axon);
+    views.showOnly(*axon);
+    EXPECT_TRUE(views.isHidden(*cell) && views.isHidden(*dots) && !views.isHidden(*axon));
+    views.showAll();
+    EXPECT_FALSE(views.isHidden(*cell));
+}
+
+} // namespace vorlen
