@@ -1,9 +1,11 @@
 """Compares the groups of a study and writes the report: one HTML file that needs nothing beside it.
 
-Run by the workflow. For each structure the means of the groups are compared by Welch's t-test (B. L. Welch, The
+Run by the workflow; what it holds follows from the results alone, so that every run writes the same bytes. For each
+structure the means of the groups are compared by Welch's t-test (B. L. Welch, The
 generalization of "Student's" problem when several different population variances are involved, Biometrika 34, 1947);
 p is corrected for the number of structures by the step-down method (S. Holm, A simple sequentially rejective multiple
-test procedure, Scandinavian Journal of Statistics 6, 1979). The exact permutation p is given beside it.
+test procedure, Scandinavian Journal of Statistics 6, 1979). The exact permutation p is given beside it. Densities of
+points are compared by `vorlen-cli compare` and shown here.
 """
 
 import html
@@ -11,8 +13,13 @@ import itertools
 import json
 import math
 import os
+import pathlib
+import sys
 
-from scipy.stats import ttest_ind
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+
+import maps  # noqa: E402
+from scipy.stats import ttest_ind  # noqa: E402
 
 HEADINGS = ("Structure", "Mean of {0}", "Mean of {1}", "Difference", "p", "p, corrected", "p by permutation", "")
 
@@ -127,34 +134,98 @@ def p_text(p):
 STYLE = """body{font:15px/1.5 sans-serif;max-width:60em;margin:2em auto;padding:0 1em;color:#222}
 table{border-collapse:collapse;margin:1em 0}th,td{padding:.25em .8em;border-bottom:1px solid #ccc;text-align:right}
 th:first-child,td:first-child{text-align:left}figure{display:inline-block;margin:0 1em 1em 0;text-align:center}
-svg text{font:11px sans-serif;fill:#444}.grid{stroke:#ddd}.mean{stroke:#222;stroke-width:2}
+svg text{font:11px sans-serif;fill:#444}.grid{stroke:#ddd}.mean{stroke:#222;stroke-width:2}.ground{fill:#eee}
+.cells,img{image-rendering:pixelated}img{max-width:15em}td{overflow-wrap:anywhere}.found{font-weight:bold}
 .dot0{fill:#2a6fb0}.dot1{fill:#c8552b}pre{background:#f4f4f4;padding:.6em;white-space:pre-wrap}"""
 
 
-def page(rows, warnings, unit, records, settings):
+def sizes_section(rows, unit, settings):
+    groups = settings["groups"]
+    cells = [(row["structure"], *(f"{mean:.6g}" for mean in row["means"]), f'{row["percent"]:+.2f} %', p_text(row["p"]),
+              p_text(row["correctedP"]), p_text(row["permutationP"]), "differs" if row["differs"] else "")
+             for row in rows]
+    headings = [heading.format(*groups) for heading in HEADINGS]
+    return f"""<h2>Sizes: {settings["measure"]} in {html.escape(unit)}</h2>
+{table(headings, cells)}
+<p>p: Welch's t-test, two-sided; corrected for the number of structures by Holm's method. By permutation: the share of
+all ways to part the specimens that are as far apart; it can't be small where there are few specimens.</p>
+{"".join(plot(row, groups) for row in rows)}"""
+
+
+def compared_text(name, compared):
+    """What the permutation test of a structure's densities has found, as a sentence."""
+    least = 1 / compared["permutations"]
+    clusters = [one for one in compared["clusters"] if one.get("p", 1) <= compared["alpha"]]
+    found = f'{compared["significantPlaces"]} of {compared["places"]} places differ'
+    if not compared["significantPlaces"]:
+        found = f'none of {compared["places"]} places differs'
+    text = (f'{name}: {found} (p up to {compared["alpha"]:g}, corrected for all places; the least p is '
+            f'{compared["leastP"]:.4g} of {compared["permutations"]} permutations'
+            f'{", all there are" if compared["exact"] else ""}).')
+    if clusters:
+        text += f" {len(clusters)} clusters differ."
+    # The specimens as they are, and with the groups exchanged, are as far apart.
+    sizes = [len(group["files"]) for group in compared["groups"]]
+    if (2 if sizes[0] == sizes[1] else 1) * least > compared["alpha"]:
+        text += " So few specimens cannot give a p as small as that: only more of them could show a difference."
+    return text
+
+
+def maps_section(densities, comparisons, settings):
+    """Maps of each group and of their difference; densities: (points, group, file), comparisons: (points, file)."""
+    parts = []
+    for points, file in comparisons:
+        own = [(group, name) for model, group, name in densities if model == points]
+        box, high = maps.common([name for _, name in own])
+        difference = os.path.join(os.path.dirname(file), "comparison-difference.nrrd")
+        difference_box, most = maps.common([difference])
+        parts.append(f"<h3>{html.escape(points)}</h3><p>{html.escape(compared_text(points, load(file)))}</p>"
+                     + "".join(maps.picture(name, box, high, f"{points}, {group}") for group, name in own)
+                     + maps.picture(difference, difference_box, most,
+                                    f"{points}: difference of the groups", signed=True))
+    if not parts:
+        return ""
+    return ("<h2>Where points concentrate</h2><p>Density of each group in the space of the normalization ("
+            + html.escape(settings["density"]["method"])
+            + "), the greatest value along the line of sight, one scale for the groups; then the difference of the"
+            " groups.</p>" + "".join(parts))
+
+
+def normalization_section(folder):
+    summary = load(os.path.join(folder, "normalization.json"))
+    cells = [(one["name"], f'{one["residual"]:.4g}', f'{one["turned_degrees"]:.3g}°',
+              "mirrored" if one["mirrored"] else "", "stands out" if one["outlier"] else "")
+             for one in summary["specimens"]]
+    return (f'<h2>Normalization</h2><p>Residual: how far the surfaces of a specimen lie from the mean ones, in '
+            f'{html.escape(summary["unit"])}.</p>' + table(("Specimen", "Residual", "Turned by", "", ""), cells))
+
+
+def pictures_section(pictures):
+    """pictures: (specimen, file)."""
+    figures = "".join(f'<figure><img alt="{html.escape(name)}" src="{maps.data_url(pathlib.Path(file).read_bytes())}">'
+                      f"<figcaption>{html.escape(name)}</figcaption></figure>" for name, file in pictures)
+    return f"<h2>Pictures</h2>{figures}" if figures else ""
+
+
+def page(rows, warnings, unit, records, settings, sections=()):
+    """The report; sections: what comes between the sizes and the warnings, as HTML."""
     groups = settings["groups"]
     unit += {"volume": "³", "area": "²"}[settings["measure"]]
     found = [row for row in rows if row["differs"]]
     verdict = "; ".join(f'{row["structure"]} differs by {row["percent"]:+.1f} %' for row in found) or "No structure differs"
-    cells = [(row["structure"], *(f"{mean:.6g}" for mean in row["means"]), f'{row["percent"]:+.2f} %', p_text(row["p"]),
-              p_text(row["correctedP"]), p_text(row["permutationP"]), "differs" if row["differs"] else "")
-             for row in rows]
     inputs = [(name, path, digest) for name, record in records.items() for path, digest in record["inputs"].items()]
     versions = sorted({record["program"] for record in records.values()})
     if len(versions) > 1:
         warnings = warnings + ["specimens were measured by different versions: " + ", ".join(versions)]
     title = html.escape(settings["title"])
-    headings = [heading.format(*groups) for heading in HEADINGS]
     listed = "".join(f"<li>{html.escape(warning)}</li>" for warning in warnings) or "<li>none</li>"
     return f"""<!DOCTYPE html>
 <html lang="en"><head><meta charset="utf-8"><title>{title}</title><style>{STYLE}</style></head><body>
 <h1>{title}</h1>
-<p><strong>{html.escape(verdict)}</strong> ({html.escape(groups[1])} against {html.escape(groups[0])},
-{settings["measure"]} in {html.escape(unit)}, p below {settings["alpha"]:g} after correction).</p>
-{table(headings, cells)}
-<p>p: Welch's t-test, two-sided; corrected for the number of structures by Holm's method. By permutation: the share of
-all ways to part the specimens that are as far apart; it can't be small where there are few specimens.</p>
-{"".join(plot(row, groups) for row in rows)}
+<p><span class="found">{html.escape(verdict)}</span> ({html.escape(groups[1])} against {html.escape(groups[0])},
+{settings["measure"]}, p below {settings["alpha"]:g} after correction).</p>
+{sizes_section(rows, unit, settings)}
+{"".join(sections)}
 <h2>Warnings</h2><ul>{listed}</ul>
 <h2>Where the numbers come from</h2><p>{html.escape(", ".join(versions))}</p>
 {table(("Specimen", "Stack", "SHA-256"), inputs)}
@@ -174,16 +245,51 @@ def load(name):
         return json.load(file)
 
 
-def main(measures, provenance, specimens, settings, report, comparison):
+def problems(name, file):
+    """What the check of a specimen has found, as warnings."""
+    return [f'{name}: {problem["message"]}' for stack in load(file) for problem in stack["problems"]
+            if problem["severity"] != "note"]
+
+
+def provenance_warnings(file):
+    """The warnings of the step that wrote the file; none when it left no record."""
+    record = f"{os.path.splitext(file)[0]}.provenance.json"
+    return load(record)["warnings"] if os.path.exists(record) else []
+
+
+def main(results, specimens, settings, report, comparison):
+    """results: the files of each kind, as the workflow names them."""
     names = [name for name, _ in specimens]
-    stacks = {name: load(file)[0] for name, file in zip(names, measures)}
-    records = {name: load(file) for name, file in zip(names, provenance)}
+    stacks = {name: load(file)[0] for name, file in zip(names, results["measures"])}
+    records = {name: load(file) for name, file in zip(names, results["provenance"])}
     rows, warnings, unit = compare(stacks, specimens, settings)
+    for name, file in zip(names, results["checks"]):
+        warnings += problems(name, file)
     warnings += [f"{name}: {warning}" for name, record in records.items() for warning in record["warnings"]]
+    points, groups = settings["density"]["points"], settings["groups"]
+    kinds = [(model, group) for model in points for group in groups]
+    densities = [(*kind, file) for kind, file in zip(kinds, results["densities"])]
+    comparisons = list(zip(points, results["comparisons"]))
+    sections = []
+    if results["normalized"]:
+        folder = results["normalized"]
+        warnings += [f"normalization: {warning}" for warning in load(os.path.join(folder, "provenance.json"))["warnings"]]
+        sections.append(normalization_section(folder))
+    for model, group, file in densities:
+        warnings += [f"density of {model}, {group}: {warning}" for warning in provenance_warnings(file)]
+    for model, file in comparisons:
+        warnings += [f"comparison of {model}: {warning}" for warning in provenance_warnings(file)]
+    sections.append(maps_section(densities, comparisons, settings))
+    sections.append(pictures_section([(os.path.splitext(os.path.basename(file))[0], file)
+                                      for file in results["pictures"]]))
     write(comparison, json.dumps(rows, indent=2, ensure_ascii=False) + "\n")
-    write(report, page(rows, warnings, unit, records, settings))
+    write(report, page(rows, warnings, unit, records, settings, sections))
 
 
 if "snakemake" in globals():
-    main(snakemake.input.measures, snakemake.input.provenance, snakemake.params.specimens, snakemake.params.settings,
-         snakemake.output.report, snakemake.output.comparison)
+    kinds = ("checks", "measures", "provenance", "densities", "comparisons", "pictures")
+    found = {kind: list(snakemake.input[kind]) for kind in kinds}
+    folder = snakemake.input.normalized  # a name, or a list that may be empty
+    found["normalized"] = folder if isinstance(folder, str) else next(iter(folder), None)
+    main(found, snakemake.params.specimens, snakemake.params.settings, snakemake.output.report,
+         snakemake.output.comparison)
