@@ -45,7 +45,7 @@ study: sample
 
 # The study, and whether it has found what was altered and nothing else.
 test-study: study
-	@VORLEN_STUDY=build/study/comparison.json /usr/bin/python3 tests/scripts/study_test.py
+	@VORLEN_STUDY=build/study VORLEN_CLI=$(BUILD)/bin/vorlen-cli /usr/bin/python3 tests/scripts/study_test.py
 
 # The pictures of the documentation, made anew from the sample stack.
 pictures: sample

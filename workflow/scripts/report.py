@@ -114,7 +114,7 @@ def plot(row, groups):
             marks.append(f'<circle cx="{x + shift:.1f}" cy="{height(value):.1f}" r="4" class="dot{k}">'
                          f"<title>{html.escape(name)}: {value:.6g}</title></circle>")
         marks.append(f'<text x="{x}" y="190" text-anchor="middle">{html.escape(group)}</text>')
-    scale = "".join(f'<text x="62" y="{height(v) + 4:.1f}" text-anchor="end">{v:.4g}</text>'
+    scale = "".join(f'<text x="62" y="{height(v) + 4:.1f}" text-anchor="end">{v:.6g}</text>'
                     f'<line x1="66" x2="250" y1="{height(v):.1f}" y2="{height(v):.1f}" class="grid"/>'
                     for v in (min(values), max(values)))
     return (f'<figure><svg viewBox="0 0 260 200" width="260" height="200">{scale}{"".join(marks)}</svg>'
@@ -178,22 +178,20 @@ def maps_section(densities, comparisons, settings):
         own = [(group, name) for model, group, name in densities if model == points]
         box, high = maps.common([name for _, name in own])
         difference = os.path.join(os.path.dirname(file), "comparison-difference.nrrd")
-        difference_box, most = maps.common([difference])
         parts.append(f"<h3>{html.escape(points)}</h3><p>{html.escape(compared_text(points, load(file)))}</p>"
                      + "".join(maps.picture(name, box, high, f"{points}, {group}") for group, name in own)
-                     + maps.picture(difference, difference_box, most,
-                                    f"{points}: difference of the groups", signed=True))
+                     + maps.picture(difference, maps.common([difference])[0], high,
+                                    f"{points}: {settings['groups'][1]} less {settings['groups'][0]}", signed=True))
     if not parts:
         return ""
     return ("<h2>Where points concentrate</h2><p>Density of each group in the space of the normalization ("
             + html.escape(settings["density"]["method"])
-            + "), the greatest value along the line of sight, one scale for the groups; then the difference of the"
-            " groups.</p>" + "".join(parts))
+            + "), the greatest value along the line of sight, one scale for all.</p>" + "".join(parts))
 
 
 def normalization_section(folder):
     summary = load(os.path.join(folder, "normalization.json"))
-    cells = [(one["name"], f'{one["residual"]:.4g}', f'{one["turned_degrees"]:.3g}°',
+    cells = [(one["name"], f'{one["residual"]:.4g}', f'{one["turned_degrees"]:.2f}°',
               "mirrored" if one["mirrored"] else "", "stands out" if one["outlier"] else "")
              for one in summary["specimens"]]
     return (f'<h2>Normalization</h2><p>Residual: how far the surfaces of a specimen lie from the mean ones, in '
