@@ -233,8 +233,9 @@ class SmallStudy(unittest.TestCase):
     def test_killed_half_way_it_goes_on_to_the_same_bytes(self):
         with tempfile.TemporaryDirectory() as folder:
             again = pathlib.Path(folder, "again")
-            command = [*SNAKEMAKE, "--config", f"program={os.environ['VORLEN_CLI']}", f"results={again}", "threads=1",
-                       "compare={parts: 3}"]
+            settings = {"program": os.environ["VORLEN_CLI"], "results": str(again), "threads": 1, "compare": {"parts": 3}}
+            pathlib.Path(folder, "settings.json").write_text(json.dumps(settings), "utf-8")
+            command = [*SNAKEMAKE, "--configfile", f"{folder}/settings.json"]
             running = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                                        start_new_session=True)
             while not (again / "measured/b1.json").exists() and running.poll() is None:
