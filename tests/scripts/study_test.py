@@ -1,9 +1,9 @@
 """The parts of the workflow against values worked out otherwise, and the small study against what was altered.
 
-Usage: [VORLEN_STUDY=FOLDER VORLEN_CLI=PROGRAM] study_test.py
+Usage: [VORLEN_STUDY=FOLDER VORLEN_CLI=PROGRAM [VORLEN_SLURM=1]] study_test.py
 
 FOLDER: the results of the small study, which PROGRAM has made of build/study-input. It is made once more, elsewhere,
-to be killed on the way. Run from the top folder.
+to be killed on the way, and with VORLEN_SLURM on a Slurm that is started for it. Run from the top folder.
 """
 
 import json
@@ -250,12 +250,39 @@ class SmallStudy(unittest.TestCase):
             kept = sum(file.stat().st_mtime_ns == time_ for file, time_ in done.items())
             # One that was under way may have been made anew.
             self.assertGreaterEqual(kept, len(done) - 4)
-            names = [file.relative_to(self.results) for kind in ("measured/??.json", "normalized/*-*.*", "density/*.nrrd",
-                                                                 "compared/*/*.nrrd", "pictures/*", "comparison.json")
-                     for file in self.results.glob(kind)]
-            self.assertGreater(len(names), 40)
-            for name in names:
-                self.assertEqual((again / name).read_bytes(), (self.results / name).read_bytes(), name)
+            self.assert_same(again)
+
+    def assert_same(self, again):
+        """The same bytes in all files that do not name the folder of the results."""
+        names = [file.relative_to(self.results) for kind in ("measured/??.json", "normalized/*-*.*", "density/*.nrrd",
+                                                             "compared/*/*.nrrd", "pictures/*", "comparison.json")
+                 for file in self.results.glob(kind)]
+        self.assertGreater(len(names), 40)
+        for name in names:
+            self.assertEqual((again / name).read_bytes(), (self.results / name).read_bytes(), name)
+
+    @unittest.skipUnless("VORLEN_SLURM" in os.environ, "no Slurm was asked for")
+    def test_a_cluster_ends_with_the_same_bytes(self):
+        # A job of the measuring is ended from outside; the normalization gets less memory than it takes at first.
+        script = ('"$@" & study=$!\n'
+                  'until job=$(squeue --noheader --states=RUNNING --name=measure --format=%i | head -n 1) && [ "$job" ]; do\n'
+                  '  kill -0 $study || exit 9; sleep 0.1\n'
+                  'done\n'
+                  'scancel "$job"\n'
+                  'wait $study')
+        with tempfile.TemporaryDirectory(dir="build") as folder:
+            again = pathlib.Path(folder, "again")
+            settings = {"program": os.environ["VORLEN_CLI"], "results": str(again),
+                        "limits": {"cohort": {"memory_mb": 90}}}
+            pathlib.Path(folder, "settings.json").write_text(json.dumps(settings), "utf-8")
+            command = ["scripts/with-slurm", "bash", "-c", script, "study", *SNAKEMAKE[:3], "--profile",
+                       "workflow/profiles/slurm", "--configfile", f"{folder}/settings.json", "--latency-wait", "5"]
+            finished = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+            self.assertEqual(finished.returncode, 0, finished.stdout)
+            for rule in ("measure", "normalize"):
+                self.assertIn(f"Error in rule {rule}:", finished.stdout)
+            self.assertGreaterEqual(finished.stdout.count("Trying to restart job"), 2)
+            self.assert_same(again)
 
 
 if __name__ == "__main__":
