@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run truth test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures clean
+.PHONY: all run truth test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures study test-study test-slurm python clean
 
 all: build
 
@@ -35,6 +35,30 @@ truth: setup
 	@cat docs/accuracy.md
 	@$(BUILD)/bin/vorlen-truth-cohorts
 	@[ -z "$(DATA)" ] || scripts/truth-alignment "$(DATA)"
+
+# A small study of six altered samples, two groups with a known difference; ends with build/study/report.html.
+study: sample
+	@scripts/setup study
+	@/usr/bin/python3 workflow/scripts/altered.py $(SAMPLE)/sample.sdf build/study-input
+	@/usr/bin/snakemake -s workflow/Snakefile --profile workflow/profiles/local --config program=$(BUILD)/bin/vorlen-cli
+	@echo "Report: build/study/report.html"
+
+# The study, and whether it has found what was altered and nothing else.
+test-study: study
+	@VORLEN_STUDY=build/study VORLEN_CLI=$(BUILD)/bin/vorlen-cli /usr/bin/python3 tests/scripts/study_test.py
+
+# The module for Python, build/release/python/vorlen, and its tests. Whoever has made it gets it by make install, too.
+python: setup
+	@scripts/setup python
+	@cmake --preset release -DVORLEN_PYTHON=ON >/dev/null
+	@cmake --build --preset release --target vorlen_core
+	@cd $(BUILD) && ctest --output-on-failure -R '^test_python$$'
+
+# The same through the profile for Slurm, on one that is started for it: needs root.
+test-slurm: study
+	@scripts/setup slurm
+	@VORLEN_STUDY=build/study VORLEN_CLI=$(BUILD)/bin/vorlen-cli VORLEN_SLURM=1 \
+	    /usr/bin/python3 tests/scripts/study_test.py SmallStudy.test_a_cluster_ends_with_the_same_bytes
 
 # The pictures of the documentation, made anew from the sample stack.
 pictures: sample
