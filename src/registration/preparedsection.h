@@ -1,0 +1,73 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+#include "registration/sectionaligner.h"
+
+namespace vorlen {
+
+/// An image of a section at one scale. Index (column, row) stands at the position (originX + stepX column, originY +
+/// stepY row), seen from the middle of the section, in the length unit. For the sources of SectionAligner alone.
+struct SectionLevel {
+    /// What a pixel's second value is at least where the section shows something.
+    static constexpr float present = 0.999f;
+
+    cv::Mat image; ///< CV_32FC2: value, 0 where there is none; and 1 where there is one
+    double stepX = 1, stepY = 1, originX = 0, originY = 0;
+
+    int side() const { return std::max(image.cols, image.rows); }
+    /// In the square of the length unit: where the section shows something.
+    double area() const { return numPresent() * stepX * stepY; }
+    double numPresent() const;
+
+    /// A section as it comes to lie on this one's grid when the motion takes it onto this one.
+    cv::Mat moved(const SectionLevel& source, const RigidMotion& motion) const;
+};
+
+/// A section as SectionAligner works with it: its levels from fine to coarse, mean 0 and spread 1, smooth between the
+/// pixels.
+class SectionAligner::Section {
+public:
+    /// Fewest pixels a side for which anything is tried.
+    static constexpr int leastSide = 16;
+    /// Greatest side of the images that are turned all around, and of those on which candidates are told apart.
+    static constexpr int searchSide = 128;
+    static constexpr int choiceSide = 256;
+
+    std::string fault; ///< why nothing can be matched with it; empty when something can
+    double width = 0, height = 0;
+    double pixel = 1;
+    std::vector<SectionLevel> levels; ///< from fine to coarse, each half of the one before
+    std::size_t choice = 0;           ///< the level on which candidates are told apart
+    SectionLevel search;              ///< the level of searchSide, local contrast made even
+
+    struct Features {
+        std::vector<PlanePoint> places;
+        cv::Mat descriptors;
+    };
+
+    Section() = default;
+    /// Of an image, on pixels of this size.
+    Section(const SectionImage& image, double workingPixel);
+    /// Of an image that is prepared already, on the grid of another section.
+    Section(const Section& onto, const SectionLevel& level);
+
+    /// Found when they are first asked for.
+    const Features& features() const;
+    void forgetFeatures() { __features.reset(); }
+
+private:
+    void addScales();
+    void smoothScales();
+    void chooseScales();
+
+    mutable std::optional<Features> __features;
+};
+
+} // namespace vorlen
