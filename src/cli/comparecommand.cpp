@@ -17,6 +17,7 @@
 #include "cli/specimens.h"
 #include "cli/stackfile.h"
 #include "files/safestream.h"
+#include "images/files/niftiwriter.h"
 #include "images/files/nrrdwriter.h"
 #include "images/volumes/voxelmatrix.h"
 #include "normalization/groupstatistic.h"
@@ -55,6 +56,15 @@ struct Comparison {
     std::string base;
     bool overwrite = false;
     bool gzip = false;
+    bool nifti = false;
+
+    /// What the names of the volumes end in.
+    std::vector<std::string> suffixes() const {
+        std::vector<std::string> all = {".vm", ".nrrd"};
+        if (nifti)
+            all.emplace_back(gzip ? ".nii.gz" : ".nii");
+        return all;
+    }
 };
 
 void writeText(const std::string& file, const std::string& text) {
@@ -155,7 +165,11 @@ private:
         map.save(file + ".vm", __comparison.overwrite);
         saveNrrd(map, __values.lattice->origin(), __values.lattice->steps(), nrrdUnit(unit),
                  __comparison.gzip ? NrrdEncoding::Gzip : NrrdEncoding::Raw, file + ".nrrd", __comparison.overwrite);
-        std::cout << file << ".vm\n" << file << ".nrrd\n";
+        if (__comparison.nifti)
+            saveNifti(map, __values.lattice->origin(), __values.lattice->steps(), unit,
+                      file + __comparison.suffixes().back(), __comparison.overwrite);
+        for (const std::string& suffix : __comparison.suffixes())
+            std::cout << file << suffix << '\n';
     }
 
     /// Around the places that are significant, of either sign.
@@ -269,7 +283,7 @@ std::vector<std::string> outputsOf(const Comparison& comparison) {
         return files;
     }
     for (const char* what : {"-statistic", "-p", "-difference"})
-        for (const char* suffix : {".vm", ".nrrd"})
+        for (const std::string& suffix : comparison.suffixes())
             files.push_back(comparison.base + what + suffix);
     files.push_back(comparison.base + "-significant.tm");
     return files;
@@ -378,6 +392,7 @@ bool readComparison(const CommandLine& line, Comparison& comparison) {
     comparison.base = line.path("output") + "/" + line.path("name");
     comparison.overwrite = line.isSet("overwrite");
     comparison.gzip = line.isSet("gzip");
+    comparison.nifti = line.isSet("nifti");
     return true;
 }
 
@@ -399,7 +414,8 @@ void addOptions(CommandLine& line) {
     line.addOption({"chunk"}, "Do only this part of the permutations, 2/5 say, and write its maxima.", "part/parts");
     line.addOption({"merge"}, "A file of such maxima; once for each part, to finish the test.", "file");
     line.addOption({"unit"}, "Unit of the points, for the volumes: m, mm, \302\265m (or um), nm.", "unit");
-    line.addFlag("gzip", "Write NRRD files compressed.");
+    line.addFlag("nifti", "Write the volumes as NIfTI (.nii), too.");
+    line.addFlag("gzip", "Write NRRD files compressed, and those of NIfTI, .nii.gz.");
     line.addOption({"threads"}, "Number of threads; all processors by default. The result is the same for any.",
                    "number");
 }

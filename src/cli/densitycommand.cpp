@@ -10,6 +10,7 @@
 #include "cli/consolemonitor.h"
 #include "cli/mapoptions.h"
 #include "cli/stackfile.h"
+#include "images/files/niftiwriter.h"
 #include "images/files/nrrdwriter.h"
 #include "images/filters/parallelwork.h"
 #include "images/volumes/voxelmatrix.h"
@@ -33,6 +34,7 @@ struct Job {
     std::string base; ///< directory and name of the files
     bool overwrite = false;
     bool gzip = false;
+    bool nifti = false;
     bool dryRun = false;
     std::vector<std::unique_ptr<Shape<float>>> patterns, masks;
 };
@@ -83,6 +85,9 @@ int writeSurfaces(const Job& job, const VoxelMatrix<float>& map, const MapLattic
 int mapDensity(const Job& job) {
     // What cannot be written is told before the work.
     std::vector<std::string> files = {job.base + ".vm", job.base + ".nrrd"};
+    const std::string niftiFile = job.base + (job.gzip ? ".nii.gz" : ".nii");
+    if (job.nifti)
+        files.push_back(niftiFile);
     for (std::size_t k = 0; k < job.levels.size() + job.percentiles.size(); ++k)
         files.push_back(surfaceName(job, k));
     for (const std::string& file : files)
@@ -118,6 +123,10 @@ int mapDensity(const Job& job) {
     saveNrrd(map, lattice.origin(), lattice.steps(), nrrdUnit(job.unit),
              job.gzip ? NrrdEncoding::Gzip : NrrdEncoding::Raw, files[1], job.overwrite);
     std::cout << files[0] << '\n' << files[1] << '\n';
+    if (job.nifti) {
+        saveNifti(map, lattice.origin(), lattice.steps(), job.unit, niftiFile, job.overwrite);
+        std::cout << niftiFile << '\n';
+    }
 
     std::vector<float> levels = job.levels;
     for (const float percentile : job.percentiles)
@@ -146,6 +155,7 @@ bool readJob(const CommandLine& line, Job& job) {
     if (!readUnit(line, job.unit) || !setThreads(line))
         return false;
     job.gzip = line.isSet("gzip");
+    job.nifti = line.isSet("nifti");
     job.dryRun = line.isSet("dry-run");
     job.levels = *levels;
     job.percentiles = *percentiles;
@@ -175,7 +185,8 @@ int densityCommand(const QStringList& arguments) {
                    "be given several times, and comes behind the levels.",
                    "percent");
     line.addOption({"unit"}, "Unit of the points, for the volumes: m, mm, \302\265m (or um), nm.", "unit");
-    line.addFlag("gzip", "Write the NRRD file compressed.");
+    line.addFlag("nifti", "Write the volume as NAME.nii, too.");
+    line.addFlag("gzip", "Write the NRRD file compressed, and that of NIfTI, NAME.nii.gz.");
     line.addFlag("dry-run", "Only tell the size of the map and the memory that it takes.");
     line.addOption({"threads"}, "Number of threads; all processors by default. The result is the same for any.",
                    "number");

@@ -739,8 +739,11 @@ TEST(CommandLine, densityWritesAMapAndItsSurfaces) {
     folder.write("p.vx", "# 6\n# 3\n# 4\n0 0 0\n40 0 0\n0 40 0\n0 0 40\n");
     folder.write("q.vx", "# 6\n# 3\n# 2\n20 20 20\n25 20 20\n");
     const Outcome outcome = cli(folder, "density p.vx q.vx -o out -m kernel --kernel biweight -b 8 -r 1 --unit um "
-                                        "--percentile 50 --level 1e-4");
+                                        "--percentile 50 --level 1e-4 --nifti --gzip");
     EXPECT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_NE(outcome.output.find("out/density.nii.gz\n"), std::string::npos) << outcome.output;
+    EXPECT_EQ(cli(folder, "new map.sdf out/density.nii.gz").output,
+              "map.sdf: stack \"map\", 40 slices, pixel 1 x 1 \302\265m, spacing 1 \302\265m\n");
     EXPECT_NE(outcome.output.find("Integral: 1 "), std::string::npos) << outcome.output;
     const auto massOf = [&folder](const char* name) {
         const VoxelMatrix<float> map(folder.file(name));

@@ -1,17 +1,14 @@
 #include "images/files/nrrdwriter.h"
 
-#include <algorithm>
-#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdio>
 #include <ostream>
 #include <vector>
 
-#include <zlib.h>
-
 #include "files/fileinfo.h"
 #include "files/safestream.h"
+#include "images/files/samplestream.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -19,54 +16,6 @@ namespace vorlen {
 namespace {
 
 constexpr const char* place = "void saveNrrd(...)";
-
-/// Takes bytes to a stream, compressed or as they are.
-class Samples {
-public:
-    Samples(std::ostream& stream, NrrdEncoding encoding)
-        : __stream(stream), __compresses(encoding == NrrdEncoding::Gzip) {
-        constexpr int gzipWindow = 15 + 16;
-        if (__compresses && deflateInit2(&__state, 1, Z_DEFLATED, gzipWindow, 8, Z_DEFAULT_STRATEGY) != Z_OK)
-            throw FileWriteError(place, "The compression cannot be started", "");
-    }
-    ~Samples() {
-        if (__compresses)
-            deflateEnd(&__state);
-    }
-    Samples(const Samples&) = delete;
-    Samples& operator=(const Samples&) = delete;
-
-    void write(const void* bytes, std::size_t count) {
-        if (__compresses)
-            compress(bytes, count, Z_NO_FLUSH);
-        else
-            __stream.write(static_cast<const char*>(bytes), std::streamsize(count));
-    }
-    void end() {
-        if (__compresses)
-            compress(nullptr, 0, Z_FINISH);
-    }
-
-private:
-    void compress(const void* bytes, std::size_t count, int flush) {
-        // zlib only reads what its old interface takes as not constant.
-        __state.next_in =
-            static_cast<Bytef*>(const_cast<void*>(bytes)); // NOLINT(cppcoreguidelines-pro-type-const-cast)
-        __state.avail_in = static_cast<uInt>(count);
-        do {
-            __state.next_out = __buffer.data();
-            __state.avail_out = static_cast<uInt>(__buffer.size());
-            deflate(&__state, flush);
-            __stream.write(static_cast<const char*>(static_cast<const void*>(__buffer.data())),
-                           std::streamsize(__buffer.size() - __state.avail_out));
-        } while (__state.avail_out == 0);
-    }
-
-    std::ostream& __stream;
-    bool __compresses;
-    z_stream __state{};
-    std::array<Bytef, 65536> __buffer;
-};
 
 std::string numberText(double value) {
     char text[32];
@@ -110,7 +59,7 @@ void saveNrrd(const VoxelMatrix<T>& volume, const Vector<T>& origin, const Vecto
         FileInfo::requireFree(fileName, place, "File already exists");
     const bool opened = saveStreamed(fileName, [&](std::ostream& stream) {
         stream << headerOf(volume, origin, steps, unit, encoding);
-        Samples samples(stream, encoding);
+        SampleStream samples(stream, encoding == NrrdEncoding::Gzip);
         const int n1 = volume.getSize1(), n2 = volume.getSize2();
         std::vector<T> row(std::size_t(n1), T(0));
         for (int k = 0; k < volume.getSize3(); ++k) {

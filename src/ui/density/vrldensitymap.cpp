@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "images/files/niftiwriter.h"
 #include "images/files/nrrdwriter.h"
 #include "numerics/exception.h"
 #include "progress/progressmonitor.h"
@@ -130,12 +131,18 @@ void VRLDensityMap::removeView(const DensityMapView& view) {
 }
 
 std::vector<std::string> VRLDensityMap::save(const std::string& fileName) const {
-    const std::string base = fileName.ends_with(".vm") ? fileName.substr(0, fileName.size() - 3) : fileName;
-    std::vector<std::string> files = {base + ".vm", base + ".nrrd"};
+    const bool nifti = isNiftiName(fileName);
+    const std::size_t suffix =
+        nifti ? (fileName.ends_with('i') || fileName.ends_with('I') ? 4u : 7u) : (fileName.ends_with(".vm") ? 3u : 0u);
+    const std::string base = fileName.substr(0, fileName.size() - suffix);
+    std::vector<std::string> files = {base + ".vm", nifti ? fileName : base + ".nrrd"};
     VoxelMatrix<float> copy = __matrix;
     __mapping->calibrate(copy, __grid, 0);
     copy.save(files[0], true);
-    saveNrrd(__matrix, lattice().origin(), lattice().steps(), std::string(), NrrdEncoding::Raw, files[1], true);
+    if (nifti)
+        saveNifti(__matrix, lattice().origin(), lattice().steps(), std::nullopt, files[1], true);
+    else
+        saveNrrd(__matrix, lattice().origin(), lattice().steps(), std::string(), NrrdEncoding::Raw, files[1], true);
     for (std::size_t k = 0; k < __views.size(); ++k) {
         if (!__views[k]->surface)
             continue;

@@ -79,9 +79,10 @@ public:
     void removeView(const DensityMapView& view);
     const std::vector<std::unique_ptr<DensityMapView>>& getViews() const { return __views; }
 
-    /// Writes the volume as .vm, the same beside it as .nrrd with its place in space, and the surface of view k as
-    /// NAME-%02d.tm. A name that does not end in .vm gets it. Volumes are replaced, surfaces are not: then, and when
-    /// writing fails, FileWriteError. Returns the files.
+    /// Writes the volume as .vm, the same beside it with its place in space, and the surface of view k as NAME-%02d.tm.
+    /// The one beside it is .nrrd, or NIfTI for a name that ends in .nii or .nii.gz; a name with no such ending and
+    /// without .vm gets it. Volumes are replaced, surfaces are not: then, and when writing fails, FileWriteError.
+    /// Returns the files.
     std::vector<std::string> save(const std::string& fileName) const;
 
 private:

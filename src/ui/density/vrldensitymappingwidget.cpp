@@ -13,6 +13,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include "images/files/niftiwriter.h"
 #include "shapes/shapetypes.h"
 #include "ui/density/densitycolor.h"
 #include "ui/density/densityslicepaintergl.h"
@@ -294,8 +295,12 @@ void VRLDensityMappingWidget::saveButtonClick() {
     const VRLDensityMap* map = selectedMap();
     if (map == nullptr)
         return;
-    const QString file =
-        QFileDialog::getSaveFileName(this, "Save density map", map->getConfig().name, "Voxel matrices (*.vm)");
+    const QString volumes = "Voxel matrices and NRRD (*.vm)", nifti = "Voxel matrices and NIfTI (*.nii *.nii.gz)";
+    QString filter;
+    QString file =
+        QFileDialog::getSaveFileName(this, "Save density map", map->getConfig().name, volumes + ";;" + nifti, &filter);
+    if (filter == nifti && !file.isEmpty() && !isNiftiName(QFile::encodeName(file).toStdString()))
+        file += ".nii";
     if (!file.isEmpty())
         guarded(this, "The density map could not be saved.", [&] { map->save(QFile::encodeName(file).toStdString()); });
 }

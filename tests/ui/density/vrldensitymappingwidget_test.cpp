@@ -166,6 +166,11 @@ TEST_F(DensityWindow, aNewUserMakesAMapLooksAtItSavesAndDeletesIt) {
     press("Save...");
     for (const char* name : {"spots.vm", "spots.nrrd", "spots-00.tm"})
         EXPECT_TRUE(std::filesystem::exists(folder.filePath(name).toStdString())) << name;
+    script.thenChoose({folder.filePath("more.nii")});
+    press("Save...");
+    for (const char* name : {"more.vm", "more.nii", "more-00.tm"})
+        EXPECT_TRUE(std::filesystem::exists(folder.filePath(name).toStdString())) << name;
+    EXPECT_FALSE(std::filesystem::exists(folder.filePath("more.nrrd").toStdString()));
     script.then([](QWidget& dialog) {
         EXPECT_TRUE(static_cast<QMessageBox&>(dialog).text().contains("integrates to 1"));
         static_cast<QDialog&>(dialog).accept();
