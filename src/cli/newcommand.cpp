@@ -114,7 +114,8 @@ int newCommand(const QStringList& arguments) {
         "Makes a stack of images: a slice of each picture, of each page of a TIFF file, of each plane of a "
         "hyperstack or a volume. Names are taken in natural order, slice3 before slice10. Sizes that are "
         "not given come from the images.",
-        "OUT.sdf IMAGE...", "The stack description file (.sdf) to write, and image files.");
+        "OUT.sdf IMAGE...",
+        "The stack description file (.sdf) to write, and image files; a folder stands for the DICOM series in it.");
     line.addOption({"name"}, "Name of the stack; that of the file by default.", "name");
     line.addOption({"pixel-size"}, "Size of a pixel, or its width and height with a comma between them.", "size");
     line.addOption({"spacing"}, "Distance of a slice to the one before it.", "distance");

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <sys/wait.h>
 
@@ -10,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/dicommaker.h"
 #include "support/temporaryfolder.h"
 #include "support/tiffmaker.h"
 
@@ -134,6 +136,47 @@ TEST(CheckCommand, pixelsThatCannotBeReadAreNamed) {
     EXPECT_EQ(output.find("slice \"good\""), std::string::npos) << output;
     const QJsonArray slices = slicesOf(folder, "b.sdf", 1);
     EXPECT_EQ(slices[0].toObject()["pixels"].toArray().size() + slices[1].toObject()["pixels"].toArray().size(), 1);
+}
+
+// A folder with two series and something else, by names that say nothing of the order.
+TEST(NewCommand, aFolderOfDicomBecomesAStackSortedByPosition) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.file("scan"));
+    const auto write = [&folder](const char* name, const char* series, int mark, const char* position) {
+        DicomMaker maker;
+        maker.series = series;
+        maker.position = position;
+        maker.stored = 12;
+        maker.isSigned = false;
+        maker.slope = "1";
+        maker.intercept = "-1000";
+        maker.pixels = DicomMaker::samples(std::vector<int>(12, mark));
+        folder.write(name, maker.bytes());
+    };
+    write("scan/IM1", "1.2", 30, "0\\0\\7.5");
+    write("scan/IM2", "1.2", 10, "0\\0\\2.5");
+    write("scan/IM3", "1.2", 20, "0\\0\\5");
+    write("scan/scout", "1.3", 99, "0\\0\\0");
+    folder.write("scan/readme.txt", "not a picture");
+    std::string output;
+    ASSERT_EQ(run(folder, "new out.sdf scan", output), 0) << output;
+    EXPECT_NE(output.find("3 slices, pixel 0.5 x 0.25 mm, spacing 2.5 mm"), std::string::npos) << output;
+    EXPECT_NE(output.find("scan: of its 2 series the longest is taken, of 3 pictures."), std::string::npos) << output;
+    const QJsonArray slices = slicesOf(folder, "out.sdf");
+    ASSERT_EQ(slices.size(), 3);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(channelOf(slices[i], 0)["max"].toDouble(), 10 * (i + 1) - 1000);
+        EXPECT_EQ(slices[i].toObject()["values"].toString(), "int16");
+    }
+    // Files that are given make a stack of these alone.
+    ASSERT_EQ(run(folder, "new two.sdf scan/IM1 scan/IM2", output), 0) << output;
+    EXPECT_NE(output.find("2 slices, pixel 0.5 x 0.25 mm, spacing 5 mm"), std::string::npos) << output;
+    folder.write("scan/IM2", folder.read("scan/IM2").substr(0, 400));
+    EXPECT_EQ(run(folder, "new cut.sdf scan", output), 3); // no section is missing in silence
+    EXPECT_NE(output.find("IM2"), std::string::npos) << output;
+    std::filesystem::create_directory(folder.file("empty"));
+    EXPECT_EQ(run(folder, "new none.sdf empty", output), 3);
+    EXPECT_NE(output.find("no pictures of DICOM"), std::string::npos) << output;
 }
 
 } // namespace vorlen

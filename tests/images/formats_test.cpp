@@ -2,6 +2,7 @@
 #include "images/files/imagereader.h"
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
+#include "support/dicommaker.h"
 #include "support/imagebytes.h"
 #include "support/jpeg2000bytes.h"
 #include "support/temporaryfolder.h"
@@ -441,6 +442,75 @@ void addOthers(std::vector<FormatLine>& lines) {
                      1});
 }
 
+void addDicom(std::vector<FormatLine>& lines) {
+    DicomMaker plain;
+    plain.width = formatWidth;
+    plain.height = formatHeight;
+    const auto add = [&lines](const std::string& kind, const DicomMaker& maker, const std::string& values,
+                              std::vector<std::function<double(int, int)>> channels, double tolerance = 0,
+                              int page = 0) {
+        lines.push_back({"DICOM", kind, [bytes = maker.bytes()](const std::string& f) { writeBytes(f, bytes); }, values,
+                         std::move(channels), tolerance, "millimeter", 0.5, page});
+    };
+    std::vector<int> signedSamples, words, twoFrames;
+    std::string dots, high, low;
+    for (const int frame : {0, 1})
+        for (int i = 0; i < formatHeight; ++i)
+            for (int j = 0; j < formatWidth; ++j)
+                twoFrames.push_back(ramp(i, j) + 100 * frame);
+    for (int i = 0; i < formatHeight; ++i)
+        for (int j = 0; j < formatWidth; ++j) {
+            signedSamples.push_back(200 * ramp(i, j) - 10000);
+            words.push_back(10 * ramp(i, j));
+            dots += char(ramp(i, j));
+            high += char(10 * ramp(i, j) >> 8);
+            low += char(10 * ramp(i, j) & 255);
+        }
+    DicomMaker maker = plain;
+    maker.pixels = DicomMaker::samples(signedSamples);
+    add("grey", maker, "int16", {value([](double number) { return 200 * number - 10000; })});
+    maker = plain;
+    maker.frames = 2;
+    maker.pixels = DicomMaker::samples(twoFrames);
+    add("grey, second of two frames", maker, "int16", {value([](double number) { return number + 100; })}, 0, 1);
+    maker = plain;
+    maker.isSigned = false;
+    maker.stored = 12;
+    maker.pixels = DicomMaker::samples(words);
+    maker.slope = "1";
+    maker.intercept = "-1024";
+    add("grey, 12 bits, rescaled", maker, "int16", {value([](double number) { return 10 * number - 1024; })});
+    maker.slope = "0.25";
+    add("grey, 12 bits, rescaled by a fraction", maker, "float32",
+        {value([](double number) { return 2.5 * number - 1024; })});
+    maker.slope = maker.intercept = "";
+    maker.photometric = "MONOCHROME1";
+    add("grey, least is white", maker, "uint12", {value([](double number) { return 4095 - 10 * number; })});
+    maker.photometric = "MONOCHROME2";
+    maker.syntax = "1.2.840.10008.1.2.5";
+    maker.fragments = std::vector<std::string>{DicomMaker::runLengths({high, low})};
+    add("grey, run lengths", maker, "uint12", {value([](double number) { return 10 * number; })});
+    maker = plain;
+    maker.isSigned = false;
+    maker.allocated = maker.stored = 8;
+    maker.samplesPerPixel = 3;
+    maker.photometric = "RGB";
+    maker.planar = 1;
+    for (int k = 0; k < 3; ++k)
+        for (int i = 0; i < formatHeight; ++i)
+            for (int j = 0; j < formatWidth; ++j)
+                maker.pixels += char(ramp(i, j, k));
+    add("red, green, blue in planes", maker, "uint8", {value(same), value(same, 1), value(same, 2)});
+    const TemporaryFolder folder;
+    ImageBytes::writeJpeg(folder.file("a.jpg"), formatWidth, formatHeight, 1, dots);
+    maker = plain;
+    maker.isSigned = false;
+    maker.allocated = maker.stored = 8;
+    maker.syntax = "1.2.840.10008.1.2.4.50";
+    maker.fragments = std::vector<std::string>{folder.read("a.jpg")};
+    add("grey, JPEG", maker, "uint8", {value(same)}, 3);
+}
+
 /// Reads the file of the line both ways, as statistics and as an image.
 void expectLine(const FormatLine& line, const std::string& filename) {
     SCOPED_TRACE(line.format + ", " + line.kind + ", " + line.values);
@@ -509,6 +579,7 @@ TEST(Formats, everyLineOfTheTableIsReadAndEqualsWhatWasWritten) {
     std::vector<FormatLine> lines;
     addTiff(lines);
     addOthers(lines);
+    addDicom(lines);
     for (const FormatLine& line : lines)
         expectLine(line, folder.file("a.img-of-a-test"));
     const std::string begin = "<!-- table: written by the test of formats -->\n", end = "<!-- end of table -->\n";
@@ -531,6 +602,7 @@ TEST(Formats, damagedFilesOfEveryFormatAreToldOfByName) {
     const std::string file = folder.file("a.img-of-a-test");
     std::vector<FormatLine> lines;
     addOthers(lines);
+    addDicom(lines);
     for (const FormatLine& line : lines) {
         line.write(file);
         const std::string whole = folder.read("a.img-of-a-test");

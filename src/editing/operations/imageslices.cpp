@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "images/files/dicomseries.h"
 #include "images/files/imagefile.h"
 #include "images/files/imagesourcefile.h"
 #include "images/files/imagesourcepage.h"
@@ -100,7 +101,59 @@ public:
             addPictures(path);
     }
 
+    /// The series of these DICOM files, one behind the other.
+    void addDicom(const std::vector<std::string>& files) {
+        std::vector<UnreadableDicomFile> unreadable;
+        for (const DicomSeries& series : dicomSeries(absolutePaths(files), unreadable))
+            addSeries(series);
+        for (const UnreadableDicomFile& file : unreadable)
+            __result.unreadable.push_back({file.filename, file.reason});
+    }
+
+    /// The longest series of a folder. What has no pixels, as its table of contents, is no section.
+    void addFolder(const std::string& folder) {
+        std::vector<std::string> files = dicomFilesIn(absolutePath(folder));
+        sortNaturally(files);
+        std::vector<UnreadableDicomFile> unreadable;
+        const std::vector<DicomSeries> all = dicomSeries(files, unreadable);
+        for (const UnreadableDicomFile& file : unreadable)
+            if (file.reason.find("no pixels") == std::string::npos && bareName(file.filename) != "DICOMDIR")
+                __result.unreadable.push_back({file.filename, file.reason});
+        if (all.empty()) {
+            if (__result.unreadable.empty())
+                __result.unreadable.push_back({folder, "There are no pictures of DICOM in this folder"});
+            return;
+        }
+        const auto& longest = *std::max_element(all.begin(), all.end(), [](const DicomSeries& a, const DicomSeries& b) {
+            return a.layout.planes.size() < b.layout.planes.size();
+        });
+        if (all.size() > 1)
+            __result.notes.push_back(bareName(absolutePath(folder)) + ": of its " + std::to_string(all.size()) +
+                                     " series the longest is taken, of " +
+                                     std::to_string(longest.layout.planes.size()) + " pictures.");
+        addSeries(longest);
+    }
+
 private:
+    /// Each of them once.
+    static std::vector<std::string> absolutePaths(const std::vector<std::string>& files) {
+        std::vector<std::string> paths;
+        paths.reserve(files.size());
+        for (const std::string& file : files)
+            if (const std::string path = absolutePath(file); std::find(paths.begin(), paths.end(), path) == paths.end())
+                paths.push_back(path);
+        return paths;
+    }
+
+    void addSeries(const DicomSeries& series) {
+        try {
+            const std::unique_ptr<ImageFile> file = ImageFile::open(series.files.front());
+            addPictures(*file, series.layout, series.first);
+        } catch (const Exception& error) {
+            __result.unreadable.push_back({series.files.front(), error.getWhat()});
+        }
+    }
+
     void addVolume(const std::string& path) {
         const VoxelMatrixHeader header = VoxelMatrixHeader::read(path);
         if (!header.fileSizeMatches())
@@ -127,8 +180,11 @@ private:
 
     void addPictures(const std::string& path) {
         const std::unique_ptr<ImageFile> file = ImageFile::open(path);
-        const StackLayout layout = file->getLayout();
-        const ImagePage first = file->getPage(0);
+        addPictures(*file, file->getLayout(), file->getPage(0));
+    }
+
+    void addPictures(ImageFile& file, const StackLayout& layout, const ImagePage& first) {
+        const std::string& path = file.getFilename();
         for (const std::string& warning : layout.warnings)
             __result.notes.push_back(bareName(path) + ": " + warning + ".");
         const std::vector<std::string> channels = channelsOf(layout, first);
@@ -153,7 +209,7 @@ private:
         if (layout.numTimes > 1)
             __result.notes.push_back(bareName(path) + ": of its " + std::to_string(layout.numTimes) +
                                      " points in time number " + std::to_string(__choice.time) + " is taken.");
-        addPlanes(*file, layout, channel, sample);
+        addPlanes(file, layout, channel, sample);
         addSizes(layout);
     }
 
@@ -171,9 +227,11 @@ private:
                     other = ImageFile::open(plane.filename);
                 holder = other.get();
             }
-            slices.push_back(sliceOf(layout.numPlanes > 1 ? planeName(file.getFilename(), z, layout.numPlanes)
-                                                          : stem(file.getFilename()),
-                                     *sourceOf(*holder, plane.page, sample > 0 ? sample : plane.sample)));
+            const bool alone =
+                layout.numPlanes == 1 || (holder->getFormat() == DicomImageFormat && holder->getNumPages() == 1);
+            slices.push_back(
+                sliceOf(alone ? stem(holder->getFilename()) : planeName(file.getFilename(), z, layout.numPlanes),
+                        *sourceOf(*holder, plane.page, sample > 0 ? sample : plane.sample)));
         }
         std::move(slices.begin(), slices.end(), std::back_inserter(__result.slices));
         __taken.merge(files);
@@ -252,9 +310,19 @@ bool comesBefore(std::string_view a, std::string_view b) {
 ImageSlices makeImageSlices(const std::vector<std::string>& files, const ImageChoice& choice) {
     ImageSlices result;
     FileSlices slices(result, choice);
+    std::vector<std::string> dicom;
+    std::copy_if(files.begin(), files.end(), std::back_inserter(dicom), DicomImageFile::isDicom);
+    bool dicomAdded = false;
     for (const std::string& file : files) {
         try {
-            slices.add(file);
+            if (QFileInfo(QFile::decodeName(file.c_str())).isDir()) {
+                slices.addFolder(file);
+            } else if (std::find(dicom.begin(), dicom.end(), file) == dicom.end()) {
+                slices.add(file);
+            } else if (!dicomAdded) {
+                dicomAdded = true;
+                slices.addDicom(dicom);
+            }
         } catch (const FileError& error) {
             // Of a file that holds planes of another one.
             const bool own = error.getFile().empty() || absolutePath(error.getFile()) == absolutePath(file);

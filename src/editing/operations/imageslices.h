@@ -44,6 +44,10 @@ struct ImageSlices {
 /// chosen channel and time of a hyperstack or a volume, also where the planes are in several files. A slice is named by
 /// its file, with the number of its plane where there are several. Files that can't be read, or that have no such
 /// channel or time, are told of.
+///
+/// DICOM files among them are sorted into their series, one behind the other, where the first of them stands, and the
+/// slices of a series by position; a slice is then named by its own file. A folder stands for the DICOM files in it,
+/// and of several series for the longest.
 ImageSlices makeImageSlices(const std::vector<std::string>& files, const ImageChoice& choice);
 
 /// The same without the notes, for files that are added to a stack.

@@ -7,6 +7,7 @@
 
 #include "files/fileinfo.h"
 #include "images/files/bmpimagefile.h"
+#include "images/files/dicomimagefile.h"
 #include "images/files/imgimagefile.h"
 #include "images/files/jpeg2000imagefile.h"
 #include "images/files/jpegimagefile.h"
@@ -51,6 +52,9 @@ std::unique_ptr<ImageFile> ImageFile::open(const std::string& filename) {
     file.read(magic.bytes, sizeof magic.bytes);
     file.close();
     const std::string suffix = FileInfo::suffixName(filename);
+    // Before TIFF, whose first bytes may stand in the preamble of a file that is both.
+    if (magic.startsWith("DICM", 4, 128))
+        return std::make_unique<DicomImageFile>(filename);
     if (isTiff(magic))
         return std::make_unique<TiffImageFile>(filename);
     if (magic.startsWith("\x89PNG\r\n\x1a\n", 8))

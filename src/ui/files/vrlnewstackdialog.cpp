@@ -11,6 +11,7 @@
 
 #include "editing/operations/imageslices.h"
 #include "editing/stacks/vrlstackserver.h"
+#include "images/files/dicomimagefile.h"
 #include "ui/files/vrlstackimagelisteditor.h"
 #include "ui/models/vrlstackpropertieseditor.h"
 #include "ui/widgets/plaintext.h"
@@ -102,12 +103,19 @@ std::string VRLNewStackDialog::getChannel() const {
 /// What can't be read is told when the stack is made.
 void VRLNewStackDialog::lookAtImages() {
     const QString first = getImageList().value(0);
-    if (first == __lookedAt)
+    // The distance of DICOM slices is told by all files together.
+    const bool series = DicomImageFile::isDicom(QFile::encodeName(first).toStdString());
+    const QStringList looked = series ? getImageList() : QStringList(first);
+    if (looked == __lookedAt)
         return;
-    __lookedAt = first;
+    __lookedAt = looked;
     __channels->clear();
     if (!first.isEmpty()) {
-        const ImageSlices found = makeImageSlices({QFile::encodeName(first).toStdString()}, ImageChoice());
+        std::vector<std::string> files;
+        files.reserve(std::size_t(looked.size()));
+        for (const QString& file : looked)
+            files.push_back(QFile::encodeName(file).toStdString());
+        const ImageSlices found = makeImageSlices(files, ImageChoice());
         // A colour image is shown in its colours.
         if (found.hasSeparateChannels)
             for (const std::string& name : found.channels)

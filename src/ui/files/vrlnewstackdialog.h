@@ -47,7 +47,7 @@ private:
     VRLStackImageListEditor* __images;
     QWidget* __channelRow; // hidden as long as there is nothing to choose
     QComboBox* __channels;
-    QString __lookedAt; // the image whose sizes are filled in
+    QStringList __lookedAt; // the image whose sizes are filled in
     float __filledSpacing;
     PixelCalibration __filledCalibration;
 };

@@ -40,16 +40,21 @@ VRLStackImageListEditor::VRLStackImageListEditor(QWidget* parent) : QGroupBox("I
     __list->setAccessibleName("Images");
     auto* add = new QPushButton("Add...", this);
     add->setToolTip("Choose image files for the slices of the stack");
+    auto* addFolder = new QPushButton("Add folder...", this);
+    addFolder->setToolTip(
+        "Choose a folder with a DICOM series, whose pictures become slices in the order of their place");
     __remove = new QPushButton("Remove", this);
     __remove->setToolTip("Take the selected images off the list; the files stay");
     __remove->setEnabled(false);
     connect(add, &QPushButton::clicked, this, &VRLStackImageListEditor::chooseImages);
+    connect(addFolder, &QPushButton::clicked, this, &VRLStackImageListEditor::chooseFolder);
     connect(__remove, &QPushButton::clicked, this, &VRLStackImageListEditor::removeSelectedImages);
     connect(__list, &QListWidget::itemSelectionChanged, this,
             [this] { __remove->setEnabled(!__list->selectedItems().isEmpty()); });
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(add);
+    buttons->addWidget(addFolder);
     buttons->addWidget(__remove);
     buttons->addStretch(1);
     auto* layout = new QVBoxLayout(this);
@@ -81,6 +86,15 @@ void VRLStackImageListEditor::chooseImages() {
         return;
     addImages(dialog.selectedFiles());
     VRLSettings::settings.setInputDirectory(dialog.directory());
+}
+
+void VRLStackImageListEditor::chooseFolder() {
+    QFileDialog dialog(this, "Select a folder of DICOM images");
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setDirectory(VRLSettings::settings.getInputDirectory());
+    dialog.resize(400, 300);
+    if (dialog.exec() == QDialog::Accepted)
+        addImages(dialog.selectedFiles());
 }
 
 void VRLStackImageListEditor::removeSelectedImages() {

@@ -27,6 +27,7 @@ signals:
 
 private:
     void chooseImages();
+    void chooseFolder();
     void removeSelectedImages();
 
     QListWidget* __list;

@@ -22,6 +22,7 @@
 #include "files/filebackups.h"
 #include "files/fileinfo.h"
 #include "files/safefile.h"
+#include "images/files/dicomimagefile.h"
 #include "images/files/imagesourcevoxelmatrixplane.h"
 #include "images/files/voxelmatrixheader.h"
 #include "numerics/exception.h"
@@ -122,8 +123,12 @@ VRLStack* VRLStackIO::newStack(const QStringList& images) {
 VRLStack* VRLStackIO::openDropped(const QStringList& paths) {
     VRLStack* last = nullptr;
     QStringList images;
+    // The files of a DICOM series often have names without a suffix.
+    const auto isImage = [](const QFileInfo& file) {
+        return isImageName(file.fileName()) || DicomImageFile::isDicom(encoded(file.filePath()));
+    };
     const auto take = [&](const QFileInfo& file) {
-        if (isImageName(file.fileName()))
+        if (isImage(file))
             images += file.filePath();
     };
     for (const QString& path : paths) {
@@ -134,7 +139,7 @@ VRLStack* VRLStackIO::openDropped(const QStringList& paths) {
                 take(file);
             if (images.size() == numBefore)
                 tell("Read error", path + " holds no images.");
-        } else if (isImageName(path)) {
+        } else if (isImage(dropped)) {
             take(dropped);
         } else if (VRLStack* const stack = openStack(encoded(path))) {
             last = stack;
