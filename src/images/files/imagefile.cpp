@@ -15,6 +15,7 @@
 #include "images/files/niftiimagefile.h"
 #include "images/files/nrrdimagefile.h"
 #include "images/files/pngimagefile.h"
+#include "images/files/slideimagefile.h"
 #include "images/files/tiffimagefile.h"
 #include "numerics/exception.h"
 
@@ -55,6 +56,8 @@ std::unique_ptr<ImageFile> ImageFile::open(const std::string& filename) {
     // Before TIFF, whose first bytes may stand in the preamble of a file that is both.
     if (magic.startsWith("DICM", 4, 128))
         return std::make_unique<DicomImageFile>(filename);
+    if (SlideImageFile::isSlide(filename, isTiff(magic)))
+        return std::make_unique<SlideImageFile>(filename);
     if (isTiff(magic))
         return std::make_unique<TiffImageFile>(filename);
     if (magic.startsWith("\x89PNG\r\n\x1a\n", 8))

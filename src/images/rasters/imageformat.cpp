@@ -24,6 +24,8 @@ std::string toString(ImageFormat format) {
         return "JPEG 2000";
     case DicomImageFormat:
         return "DICOM";
+    case SlideImageFormat:
+        return "whole slide";
     case NoImageFormat:
     case UnknownImageFormat:
         break;

@@ -17,7 +17,8 @@ enum ImageFormat {
     MrcImageFormat = 8,
     BmpImageFormat = 9,
     Jpeg2000ImageFormat = 10,
-    DicomImageFormat = 11
+    DicomImageFormat = 11,
+    SlideImageFormat = 12
 };
 
 /// The format's name for messages, "TIFF" say; empty for the first two.

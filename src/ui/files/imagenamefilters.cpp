@@ -9,7 +9,8 @@ namespace {
 
 constexpr const char* suffixes[] = {"tif", "tiff", "btf", "tf2", "tf8",  "img",  "png",   "bmp",
                                     "jpg", "jpeg", "jp2", "j2k", "nrrd", "nhdr", "nii",   "nii.gz",
-                                    "mrc", "map",  "rec", "st",  "vm",   "dcm",  "dicom", "ima"};
+                                    "mrc", "map",  "rec", "st",  "vm",   "dcm",  "dicom", "ima",
+                                    "svs", "ndpi", "scn", "bif", "mrxs", "vms",  "vmu",   "svslide"};
 
 /// A pattern that takes a suffix in any case, also where the dialog tells capitals apart: "*.[tT][iI][fF]".
 QString patternOf(const QString& suffix) {

@@ -1,0 +1,118 @@
+#include "images/files/slideimagefile.h"
+
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <tiffio.h>
+
+#include "images/files/imagereader.h"
+#include "images/rasters/image.h"
+#include "numerics/exception.h"
+#include "support/temporaryfolder.h"
+
+namespace vorlen {
+
+namespace {
+
+/// Adds a picture in tiles to a TIFF file: red is the column, green the row, blue is given. Of one without
+/// tiles only the first is written.
+void addLevel(TIFF* tiff, int level, int width, int height, int tile, int blue, bool hasTiles = true) {
+    if (level > 0)
+        TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, FILETYPE_REDUCEDIMAGE);
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 3);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+    TIFFSetField(tiff, TIFFTAG_TILEWIDTH, tile);
+    TIFFSetField(tiff, TIFFTAG_TILELENGTH, tile);
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, 20000.0);
+    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, 10000.0);
+    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
+    std::vector<unsigned char> bytes(std::size_t(tile) * std::size_t(tile) * 3);
+    for (int top = 0; top < (hasTiles ? height : 1); top += tile)
+        for (int left = 0; left < (hasTiles ? width : 1); left += tile) {
+            for (int i = 0; i < tile; ++i)
+                for (int j = 0; j < tile; ++j) {
+                    unsigned char* const pixel = &bytes[3 * std::size_t(i * tile + j)];
+                    pixel[0] = static_cast<unsigned char>(left + j);
+                    pixel[1] = static_cast<unsigned char>(top + i);
+                    pixel[2] = static_cast<unsigned char>(blue);
+                }
+            TIFFWriteTile(tiff, bytes.data(), std::uint32_t(left), std::uint32_t(top), 0, 0);
+        }
+    TIFFWriteDirectory(tiff);
+}
+
+} // namespace
+
+TEST(SlideImageFile, eachLevelIsAPageWithItsPixelsAndTheirSize) {
+    const TemporaryFolder folder;
+    const std::string name = folder.file("slide.tif");
+    TIFF* tiff = TIFFOpen(name.c_str(), "w");
+    addLevel(tiff, 0, 300, 520, 128, 10);
+    addLevel(tiff, 1, 150, 260, 128, 90);
+    TIFFClose(tiff);
+    EXPECT_EQ(ImageFile::open(name)->getFormat(), TiffImageFormat); // small as it is
+    SlideImageFile slide(name);
+    ASSERT_EQ(slide.getNumPages(), 2);
+    for (const int level : {0, 1}) {
+        const ImagePage page = slide.getPage(level);
+        ASSERT_EQ(page.width, 300 >> level);
+        ASSERT_EQ(page.height, 520 >> level);
+        ASSERT_TRUE(page.hasPixelSize);
+        EXPECT_NEAR(page.calibration.getPixelWidth(), level == 0 ? 0.5 : 1, 1e-5); // micrometers
+        EXPECT_NEAR(page.calibration.getPixelHeight(), level == 0 ? 1 : 2, 1e-5);
+        Image image;
+        ImageReader().read(image, slide, level, 0);
+        ASSERT_EQ(image.getDepth(), 24);
+        for (int i = 0; i < page.height; ++i)
+            for (int j = 0; j < page.width; ++j) {
+                const unsigned char* const pixel = image.getPixels()[i] + 3 * j;
+                ASSERT_EQ(pixel[0], j & 255) << i << ' ' << j;
+                ASSERT_EQ(pixel[1], i & 255) << i << ' ' << j;
+                ASSERT_EQ(pixel[2], level == 0 ? 10 : 90) << i << ' ' << j;
+            }
+    }
+    EXPECT_EQ(slide.getLayout().planes[0].page, 0);
+    EXPECT_THROW(slide.getPage(2), RangeError);
+    folder.write("text.tif", "no slide");
+    EXPECT_THROW(SlideImageFile(folder.file("text.tif")), FileError);
+}
+
+// The first levels have one tile alone: they would take 216 MB of memory.
+TEST(SlideImageFile, theLargestLevelWithinTheLimitIsTakenAndNoneRefused) {
+    const TemporaryFolder folder;
+    const std::string name = folder.file("large.tif"), huge = folder.file("huge.tif");
+    TIFF* tiff = TIFFOpen(name.c_str(), "w");
+    addLevel(tiff, 0, 9000, 8000, 2048, 0, false);
+    addLevel(tiff, 1, 225, 200, 128, 90);
+    addLevel(tiff, 2, 45, 40, 128, 50);
+    TIFFClose(tiff);
+    const auto file = ImageFile::open(name);
+    ASSERT_EQ(file->getFormat(), SlideImageFormat);
+    const StackLayout layout = file->getLayout();
+    ASSERT_EQ(layout.numPlanes, 1);
+    EXPECT_EQ(layout.planes[0].page, 1);
+    EXPECT_NEAR(layout.pixelWidth.value_or(0), 20, 1e-3); // 40 times half a micrometer
+    ASSERT_EQ(layout.warnings.size(), 1u);
+    EXPECT_NE(layout.warnings[0].find("number 2 is taken"), std::string::npos) << layout.warnings[0];
+    Image image;
+    ImageReader().read(image, name, 1, 0);
+    EXPECT_EQ(image.getWidth(), 225);
+    EXPECT_EQ(image.getPixels()[0][2], 90);
+    tiff = TIFFOpen(huge.c_str(), "w");
+    addLevel(tiff, 0, 9000, 8000, 2048, 0, false);
+    TIFFClose(tiff);
+    try {
+        ImageFile::open(huge)->getLayout();
+        ADD_FAILURE() << "not refused";
+    } catch (const FileFormatError& error) {
+        EXPECT_EQ(error.getFile(), huge);
+        EXPECT_NE(error.getWhat().find("9000 x 8000"), std::string::npos);
+    }
+}
+
+} // namespace vorlen
