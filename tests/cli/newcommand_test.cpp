@@ -165,7 +165,7 @@ TEST(NewCommand, aFolderOfDicomBecomesAStackSortedByPosition) {
     const QJsonArray slices = slicesOf(folder, "out.sdf");
     ASSERT_EQ(slices.size(), 3);
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(channelOf(slices[i], 0)["max"].toDouble(), 10 * (i + 1) - 1000);
+        EXPECT_EQ(channelOf(slices[i], 0)["max"].toDouble(), 10 * (3 - i) - 1000); // IM1 lies farthest along the normal
         EXPECT_EQ(slices[i].toObject()["values"].toString(), "int16");
     }
     // Files that are given make a stack of these alone.

@@ -63,7 +63,7 @@ TEST(DicomSeries, slicesOfAnObliqueSeriesAreSortedByPositionWhateverTheirNames) 
     const std::vector<DicomSeries> series = dicomSeries(names, unreadable);
     ASSERT_EQ(series.size(), 2u);
     const StackLayout& layout = series[0].layout;
-    EXPECT_EQ(marksOf(layout), (std::vector<int>{-7, 0, 1, 2}));
+    EXPECT_EQ(marksOf(layout), (std::vector<int>{2, 1, 0, -7}));
     ASSERT_TRUE(layout.spacing && layout.pixelWidth && layout.pixelHeight);
     EXPECT_NEAR(*layout.spacing, 2, 1e-9);
     EXPECT_NEAR(*layout.pixelWidth, 0.5, 1e-7); // the distance of columns stands second
@@ -94,8 +94,8 @@ TEST(DicomSeries, picturesAtOnePlaceAreTimesAndUnevenOrMissingPlacesAreTold) {
     const StackLayout times = layoutOf(
         {{"a", "3", "0\\0\\1"}, {"b", "2", "0\\0\\0"}, {"c", "4", "0\\0\\0"}, {"d", "1", "0\\0\\1"}}, DicomMaker());
     ASSERT_EQ(times.numTimes, 2);
-    EXPECT_EQ(marksOf(times, 0), (std::vector<int>{2, 4})); // the lower numbers
-    EXPECT_EQ(marksOf(times, 1), (std::vector<int>{3, 1}));
+    EXPECT_EQ(marksOf(times, 0), (std::vector<int>{4, 2})); // the lower numbers
+    EXPECT_EQ(marksOf(times, 1), (std::vector<int>{1, 3}));
     const StackLayout uneven = layoutOf(
         {{"a", "1", "0\\0\\0"}, {"b", "2", "0\\0\\2"}, {"c", "3", "0\\0\\4"}, {"d", "4", "0\\0\\9"}}, DicomMaker());
     EXPECT_EQ(uneven.spacing, 2.0);
@@ -122,7 +122,7 @@ TEST(DicomImageFile, framesOfOneFileAreSortedAndEachIsRead) {
     EXPECT_EQ(file->getNumPages(), 3);
     const StackLayout layout = file->getLayout();
     ASSERT_EQ(layout.numPlanes, 3);
-    const int pages[] = {1, 2, 0};
+    const int pages[] = {0, 2, 1};
     for (int z = 0; z < 3; ++z) {
         const StackLayout::Plane& plane = layout.plane(z, 0, 0);
         EXPECT_EQ(plane.page, pages[z]);

@@ -32,9 +32,13 @@ bool isParallel(const std::vector<DicomFrame>& frames) {
     });
 }
 
-/// The place of each frame along the normal of the first; they are sorted by it.
+/// The place of each frame along the axis that makes a body of a stack, whose Y goes up the image, and not its mirror
+/// image: against the normal of the first frame, which goes by its rows and, down the image, its columns. They are
+/// sorted by it.
 std::vector<double> sortByPlace(std::vector<DicomFrame>& frames) {
-    const std::array<double, 3> normal = *frames.front().normal;
+    std::array<double, 3> normal = *frames.front().normal;
+    for (double& component : normal)
+        component = -component;
     std::stable_sort(frames.begin(), frames.end(), [&normal](const DicomFrame& a, const DicomFrame& b) {
         return product(*a.position, normal) < product(*b.position, normal);
     });
