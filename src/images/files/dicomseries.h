@@ -24,10 +24,10 @@ struct UnreadableDicomFile {
 /// Sorts DICOM files into series, in the order in which their first files are given.
 ///
 /// The planes of a series are in the order of falling position along their normal, the product of the directions of
-/// rows and columns: since Y goes up the image in a stack, that is the body and not its mirror image. Where several lie at each place, these are points in time, in the order of their numbers. Planes
-/// that are not parallel, or without a position, come in the order of the numbers of their files. The distance of the
-/// planes is the median of those of neighbours, and a warning tells of uneven ones; without positions it is what the
-/// files say.
+/// rows and columns: since Y goes up the image in a stack, that is the body and not its mirror image. Where several lie
+/// at each place, these are points in time, in the order of their numbers. Planes that are not parallel, or without a
+/// position, come in the order of the numbers of their files. The distance of the planes is the median of those of
+/// neighbours, and a warning tells of uneven ones; without positions it is what the files say.
 std::vector<DicomSeries> dicomSeries(const std::vector<std::string>& files,
                                      std::vector<UnreadableDicomFile>& unreadable);
 
