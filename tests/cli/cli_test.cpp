@@ -327,6 +327,14 @@ TEST_F(CommandLineTest, outputThatCannotBeWrittenIsNoSuccess) {
     volume.setZeros();
     volume(2, 2, 2) = 200;
     volume.save(folder.file("v.vm"), false);
+    std::string tube = "FileFormatVersion 1.03;\nSTACK \"tube\";\nPIXWIDTH 1;\nRELPOSITION 4;\n";
+    std::string outlines = "MODEL \"body\";\n";
+    for (const char name : {'a', 'b', 'c', 'd', 'e'}) {
+        tube.append("SLICE \"").append(1, name).append("\" \"none.tif\";\nSliceSize1 60;\nSliceSize2 60;\n");
+        outlines.append("MODELITEM \"body\" \"").append(1, name);
+        outlines.append("\";\nMODELITEMDATA 10,20 20,10 40,10 50,20 50,40 40,50 20,50 10,40;\n");
+    }
+    folder.write("tube.sdf", tube + outlines);
     std::vector<std::string> lines = {"--help", "--version"};
     std::string word;
     for (std::istringstream help(cli(folder, "--help").output); std::getline(help, word);)
@@ -338,8 +346,8 @@ TEST_F(CommandLineTest, outputThatCannotBeWrittenIsNoSuccess) {
         lines.push_back(command + stack + " --format json");
     for (const std::string& line :
          {"export --overwrite -o a " + stack, std::string("isosurface v.vm --level 100 --overwrite --output b"),
-          "register " + stack + " --overwrite -o c",
-          "normalize --correspondence levels --overwrite -o d " + stack + " " + stack,
+          "register " + stack + " --slices :s002 --overwrite -o c",
+          std::string("normalize --correspondence levels --overwrite -o d tube.sdf tube.sdf"),
           std::string("density p.vx --overwrite -o e")})
         lines.push_back(line);
     for (const std::string& line : lines) {
