@@ -25,7 +25,8 @@ sample: programs
 run: sample
 	@scripts/run-sample $(BUILD)/bin $(SAMPLE)
 
-# Bodies of known measures against what is measured of them: docs/accuracy.md. With DATA=FOLDER also how well real
+# Bodies of known measures against what is measured of them: docs/accuracy.md; made cohorts against how their landmarks
+# lie after registration: docs/cohorts-accuracy.md (some minutes). With DATA=FOLDER also how well real
 # sections that lie there are registered when they were moved in known ways.
 truth: setup
 	@cmake --preset release >/dev/null
@@ -33,7 +34,9 @@ truth: setup
 	@$(BUILD)/bin/vorlen-truth > docs/accuracy.md.new
 	@mv docs/accuracy.md.new docs/accuracy.md
 	@cat docs/accuracy.md
-	@$(BUILD)/bin/vorlen-truth-cohorts
+	@$(BUILD)/bin/vorlen-truth-cohorts > docs/cohorts-accuracy.md.new
+	@mv docs/cohorts-accuracy.md.new docs/cohorts-accuracy.md
+	@cat docs/cohorts-accuracy.md
 	@[ -z "$(DATA)" ] || scripts/truth-alignment "$(DATA)"
 
 # A small study of six altered samples, two groups with a known difference; ends with build/study/report.html.

@@ -104,7 +104,9 @@ void CohortRegistration::registerJointly() {
         mean.axes(centre, axes, radius);
         for (std::size_t i = 0; i < n && !stops(); ++i) {
             const SpecimenPose before = __poses[i];
-            __poses[i] = registration.refine(__specimens[i], before);
+            // Half turns are tried once: the mean of the next round is not another one.
+            __poses[i] =
+                round == 0 ? registration.refine(__specimens[i], before) : registration.settle(__specimens[i], before);
             SpecimenPose change = before;
             change.mirrored = false;
             change = change.inverse().followedBy([&] {
@@ -121,7 +123,7 @@ void CohortRegistration::registerJointly() {
                              static_cast<unsigned int>(std::size_t(maxRounds) * n));
         }
         record(mean, placed(), -1);
-        __converged = moved < 2e-3 * radius;
+        __converged = moved < 1e-3 * radius;
         if (__converged)
             break;
     }

@@ -91,9 +91,12 @@ SpecimenSurfaces::Foot SpecimenSurfaces::Surface::foot(const Point3& p) const {
     if (best.vertex < 0)
         return best;
     const int row = best.vertex / width, column = best.vertex % width;
-    const auto at = [&](int r, int c) -> const Point3& {
-        return points[std::size_t(r) * std::size_t(width) + std::size_t((c + width) % width)];
+    const auto at = [&](int r, int c) {
+        return std::size_t(r) * std::size_t(width) + std::size_t((c + width) % width);
     };
+    std::array<std::size_t, 3> triangle = {std::size_t(best.vertex), std::size_t(best.vertex),
+                                           std::size_t(best.vertex)};
+    Point3 shares = {1, 0, 0};
     best.place = points[std::size_t(best.vertex)];
     best.normal = normals[std::size_t(best.vertex)];
     double least = dot(minus(p, best.place), minus(p, best.place));
@@ -103,12 +106,12 @@ SpecimenSurfaces::Foot SpecimenSurfaces::Surface::foot(const Point3& p) const {
         for (int c = column - 1; c <= column; ++c) {
             if (open && (c < 0 || c > width - 2))
                 continue;
-            const Point3 &a = at(r, c), &b = at(r, c + 1), &d = at(r + 1, c), &e = at(r + 1, c + 1);
             for (const bool second : {false, true}) {
                 // The triangles a b d and e d b.
-                const Point3& o = second ? e : a;
-                const Point3& u = second ? d : b;
-                const Point3& v = second ? b : d;
+                const std::size_t corners[3] = {second ? at(r + 1, c + 1) : at(r, c),
+                                                second ? at(r + 1, c) : at(r, c + 1),
+                                                second ? at(r, c + 1) : at(r + 1, c)};
+                const Point3 &o = points[corners[0]], &u = points[corners[1]], &v = points[corners[2]];
                 double s = 0, t = 0;
                 const double square =
                     TriangleGeometry::closestParameters(o.data(), u.data(), v.data(), p.data(), 3, s, t);
@@ -118,15 +121,37 @@ SpecimenSurfaces::Foot SpecimenSurfaces::Surface::foot(const Point3& p) const {
                         best.place[i] = o[i] + s * (u[i] - o[i]) + t * (v[i] - o[i]);
                     level = second ? r + 1 - t : r + t;
                     along = second ? c + 1 - s : c + s;
+                    shares = {1 - s - t, s, t};
+                    std::copy_n(corners, 3, triangle.begin());
                 }
             }
         }
     }
+    curve(best, triangle, shares);
+    least = dot(minus(p, best.place), minus(p, best.place));
     best.distance = std::sqrt(least);
     const double edge = 1e-6;
     best.border = height > 1 && (level < edge || level > height - 1 - edge);
     best.border = best.border || (open && width > 1 && (along < edge || along > width - 1 - edge));
     return best;
+}
+
+void SpecimenSurfaces::Surface::curve(Foot& foot, const std::array<std::size_t, 3>& corners,
+                                      const Point3& shares) const {
+    Point3 shift = {0, 0, 0}, normal = {0, 0, 0};
+    for (std::size_t k = 0; k < 3; ++k) {
+        const Point3& n = normals[corners[k]];
+        const double above = dot(minus(foot.place, points[corners[k]]), n);
+        for (std::size_t i = 0; i < 3; ++i) {
+            shift[i] -= shares[k] * above * n[i] / 2;
+            normal[i] += shares[k] * n[i];
+        }
+    }
+    for (std::size_t i = 0; i < 3; ++i)
+        foot.place[i] += shift[i];
+    const double length = std::sqrt(dot(normal, normal));
+    for (std::size_t i = 0; i < 3 && length > 0; ++i)
+        foot.normal[i] = normal[i] / length;
 }
 
 double SpecimenSurfaces::Surface::area() const {
@@ -158,7 +183,15 @@ void SpecimenSurfaces::Surface::prepare() {
             const int below = std::max(r - 1, 0), above = std::min(r + 1, height - 1);
             const Point3& here = points[std::size_t(r * width + c)];
             const Point3 across = minus(points[std::size_t(r * width + right)], points[std::size_t(r * width + left)]);
-            const Point3 up = minus(points[std::size_t(above * width + c)], points[std::size_t(below * width + c)]);
+            Point3 up = minus(points[std::size_t(above * width + c)], points[std::size_t(below * width + c)]);
+            if (height > 2 && above - below == 1) {
+                // The direction at an end, of the parabola through three levels, not that of the outermost chord.
+                const int inner = r == 0 ? 1 : r - 1, third = r == 0 ? 2 : r - 2;
+                const double sign = r == 0 ? 0.5 : -0.5;
+                for (std::size_t i = 0; i < 3; ++i)
+                    up[i] = sign * (4 * points[std::size_t(inner * width + c)][i] -
+                                    points[std::size_t(third * width + c)][i] - 3 * here[i]);
+            }
             Point3 normal = cross(across, up);
             const double length = std::sqrt(dot(normal, normal));
             for (double& x : normal)

@@ -64,12 +64,18 @@ public:
         bool isEmpty() const { return points.empty(); }
         /// The nearest vertex; -1 without any.
         int nearest(const Point3& p) const;
-        /// The closest place on the quadrilaterals around the nearest vertex.
+        /// The closest place on the quadrilaterals around the nearest vertex, lifted from their planes to the curved
+        /// surface that the normals of the vertices tell of: half way to the tangent planes of the corners, which is
+        /// right for arcs (T. Boubekeur and M. Alexa, ACM Transactions on Graphics 27, 2008).
         Foot foot(const Point3& p) const;
         /// Sum of the areas of the quadrilaterals.
         double area() const;
         /// Makes normals, reaches and tree for the points.
         void prepare();
+
+    private:
+        /// Lifts a place in the plane of three corners, by its shares of them, to the curved surface.
+        void curve(Foot& foot, const std::array<std::size_t, 3>& corners, const Point3& shares) const;
     };
 
     SpecimenSurfaces() = default;

@@ -18,6 +18,16 @@ constexpr double scoreLimit = 1.0 / 6;
 // Cosine of the angle from which normals disagree.
 constexpr double leastCosine = 0.2;
 
+// Distances that weights fade by, in terms of the one that 6 of 10 pairs don't exceed: a search shall not be held by
+// what doesn't fit, but in the end shapes that merely vary shall count about alike, since a lesser weight for the
+// crests of smooth waves draws the fit off (five times are four standard deviations).
+constexpr double searchScale = 2;
+constexpr double fineScale = 5;
+
+// Steps below which a search and the last refinement end, in shares of the body's radius.
+constexpr double roughTolerance = 3e-4;
+constexpr double fineTolerance = 2e-5;
+
 Point3 minus(const Point3& a, const Point3& b) {
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
 }
@@ -134,13 +144,13 @@ public:
         return sum / double(__pairs.size());
     }
 
-    /// Moves the pose by steps until it stands still; pointShare 1 goes by distances of points, less by distances
-    /// along normals.
-    void run(SpecimenPose& pose, int steps, double pointShare, double radius) {
+    /// Moves the pose by steps until one is less than the tolerance, in shares of the radius; pointShare 1 goes by
+    /// distances of points, less by distances along normals.
+    void run(SpecimenPose& pose, int steps, double pointShare, double radius, double tolerance) {
         for (int k = 0; k < steps; ++k) {
             findPairs(pose);
             const double moved = step(pose, pointShare, radius);
-            if (moved < 1e-5 * radius)
+            if (moved < tolerance * radius)
                 return;
         }
     }
@@ -209,7 +219,7 @@ private:
         }
         const auto middle = sorted.begin() + std::ptrdiff_t(0.6 * double(sorted.size()));
         std::nth_element(sorted.begin(), middle, sorted.end());
-        const double scale = std::max(2 * *middle, 1e-9 * radius);
+        const double scale = std::max((pointShare > 0 ? searchScale : fineScale) * *middle, 1e-9 * radius);
 
         double a[6][6] = {}, b[6] = {};
         const auto add = [&](const Point3& direction, const Point3& arm, double distance, double weight) {
@@ -290,6 +300,12 @@ void keepBest(std::vector<Candidate>& candidates, std::size_t count) {
             break;
     }
     candidates.swap(kept);
+}
+
+/// Takes out those whose score is so much above the best, the first, that more points would not bring them back.
+void dropHopeless(std::vector<Candidate>& candidates) {
+    const double limit = 2 * candidates.front().score;
+    std::erase_if(candidates, [&](const Candidate& candidate) { return candidate.score > limit; });
 }
 
 /// Rotations that bring the axes (columns) of one body on those of another.
@@ -394,10 +410,8 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
             Iteration& iteration = both[candidate.pose.mirrored ? 1 : 0];
             SpecimenPose pose = candidate.pose;
             pose.mirrored = false;
-            if (pointSteps > 0)
-                iteration.run(pose, pointSteps, 1, __radius);
-            if (normalSteps > 0)
-                iteration.run(pose, normalSteps, 0.02, __radius);
+            iteration.run(pose, pointSteps, 1, __radius, roughTolerance);
+            iteration.run(pose, normalSteps, 0.02, __radius, roughTolerance);
             candidate.score = iteration.score(pose, limit);
             pose.mirrored = candidate.pose.mirrored;
             candidate.pose = pose;
@@ -415,7 +429,9 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
     }
     round(candidates, 400, 4, 12);
     keepBest(candidates, 4);
-    round(candidates, 1500, 0, 12);
+    dropHopeless(candidates);
+    if (candidates.size() > 1)
+        round(candidates, 1500, 0, 12);
     // Of those that are alike the one that turns least.
     const auto least = std::min_element(candidates.begin(), candidates.end(), [&](const auto& a, const auto& b) {
         const auto cost = [&](const Candidate& c) {
@@ -423,12 +439,18 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
         };
         return cost(a) < cost(b);
     });
-    SpecimenPose pose = least->pose;
-    Iteration last(pose.mirrored ? mirrored : moving, __target, 2500, true);
-    const bool mirror = pose.mirrored;
+    return settled(least->pose.mirrored ? mirrored : moving, least->pose);
+}
+
+SpecimenPose SurfaceRegistration::settle(const SpecimenSurfaces& moving, const SpecimenPose& start) const {
+    return start.mirrored ? settled(moving.mirrored(), start) : settled(moving, start);
+}
+
+SpecimenPose SurfaceRegistration::settled(const SpecimenSurfaces& body, const SpecimenPose& start) const {
+    SpecimenPose pose = start;
     pose.mirrored = false;
-    last.run(pose, 20, 0, __radius);
-    pose.mirrored = mirror;
+    Iteration(body, __target, 2500, true).run(pose, 20, 0, __radius, fineTolerance);
+    pose.mirrored = start.mirrored;
     return pose;
 }
 

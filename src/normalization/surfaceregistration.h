@@ -17,6 +17,9 @@ namespace vorlen {
 /// Sources: P. J. Besl and N. D. McKay, IEEE PAMI 14, 1992; D. Chetverikov et al., Image and Vision Computing 23, 2005,
 /// for trimming; S. Rusinkiewicz, ACM Transactions on Graphics 38, 2019, for the symmetrical normals.
 ///
+/// Distances along normals tell nothing of a shift along the surfaces: where two specimens differ like a motion, it is
+/// taken for one.
+///
 /// Decision: orientations whose score differs by less than three hundredths are alike as far as the surfaces tell, and
 /// of them the one that turns the specimen least against its raw data is taken.
 ///
@@ -37,12 +40,16 @@ public:
     /// scores clearly better.
     SpecimenPose refine(const SpecimenSurfaces& moving, const SpecimenPose& start);
 
+    /// The same from this pose alone, which is taken to be about right.
+    SpecimenPose settle(const SpecimenSurfaces& moving, const SpecimenPose& start) const;
+
     /// Mean square of the distances of the pose as the class tells.
     double score(const SpecimenSurfaces& moving, const SpecimenPose& pose) const;
 
 private:
     SpecimenPose finish(const SpecimenSurfaces& moving, const SpecimenSurfaces& mirrored,
                         const std::vector<SpecimenPose>& starts, double preference) const;
+    SpecimenPose settled(const SpecimenSurfaces& body, const SpecimenPose& start) const;
 
     const SpecimenSurfaces& __target;
     Point3 __centre = {0, 0, 0};

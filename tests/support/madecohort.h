@@ -40,6 +40,9 @@ private:
     std::uint64_t __state;
 };
 
+/// Those of the twelve waves of a made specimen that no motion resembles: a broader section, a longer body, a twist.
+constexpr unsigned motionlessWaves = 0x1c0;
+
 /// How the specimens of a made cohort differ. Lengths are in units of which the body is 200 long.
 struct CohortRecipe {
     int specimens = 5;
@@ -49,6 +52,7 @@ struct CohortRecipe {
     bool incomplete = false; ///< every third specimen lacks a quarter of its sections
     double asymmetry = 0.06; ///< how far the kind differs from an ellipsoid of three axes, in shares of the radius
     double variation = 0.01; ///< of the specimens about the kind, in shares of the radius
+    unsigned waves = 0xfff;  ///< which of the twelve waves that variation is made of, by bits
     bool core = true;        ///< there is a second structure inside
     int sections = 40;
     int height = 30, width = 40; ///< of the surfaces
@@ -59,10 +63,19 @@ class MadeSpecimen {
 public:
     using Point = std::array<double, 3>;
 
+    static Point cross(const Point& a, const Point& b) {
+        return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+    }
+
+    static Point unit(const Point& v) {
+        const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+        return {v[0] / length, v[1] / length, v[2] / length};
+    }
+
     MadeSpecimen(const CohortRecipe& recipe, std::uint64_t seed, int rank) : __recipe(recipe) {
         MadeNumbers own(seed * 1000 + std::uint64_t(rank) + 1);
-        for (double& wave : __own)
-            wave = recipe.variation * own.normal();
+        for (std::size_t k = 0; k < __own.size(); ++k)
+            __own[k] = recipe.variation * own.normal() * (recipe.waves >> k & 1);
         const double pi = 3.14159265358979323846;
         const double lean = recipe.tilt * pi / 180 * own.unit(), towards = 2 * pi * own.unit();
         const double turn = recipe.turn * pi / 180 * (2 * own.unit() - 1);
@@ -81,31 +94,53 @@ public:
             __highShare = 0.75;
     }
 
-    /// The place of a landmark of the kind in this specimen, as cut.
-    Point landmark(int k) const {
+    /// The place of a landmark of the kind in this specimen, in the body's own coordinates.
+    Point ownLandmark(int k) const {
         MadeNumbers numbers(std::uint64_t(k) + 77);
-        Point u;
-        double length = 0;
-        for (double& x : u) {
-            x = numbers.normal();
-            length += x * x;
-        }
-        for (double& x : u)
-            x /= std::sqrt(length);
+        const Point u = unit({numbers.normal(), numbers.normal(), numbers.normal()});
         const double r = radius(u, false);
-        return place({r * u[0], r * u[1], r * u[2]});
+        return {r * u[0], r * u[1], r * u[2]};
     }
 
-    /// A structure as it is drawn: its contours on plane sections, resampled.
-    std::unique_ptr<QuadMesh<float>> surface(bool core) const {
+    /// The same as cut.
+    Point landmark(int k) const { return place(ownLandmark(k)); }
+
+    /// A place on a structure's surface in the body's own coordinates: the same u is the same place of the kind in all
+    /// specimens.
+    struct Place {
+        Point point;
+        Point normal; ///< outward, of length 1
+        double area;  ///< of the surface, for each unit of area of the sphere of u
+    };
+
+    /// The place in the direction u, of length 1, from the structure's centre.
+    Place surfacePlace(const Point& u, bool core) const {
+        const Point rough = std::fabs(u[0]) < 0.8 ? Point{1, 0, 0} : Point{0, 1, 0};
+        const Point one = unit(cross(u, rough)), two = cross(u, one);
+        const double h = 1e-5;
+        const auto along = [&](const Point& side) {
+            Point difference;
+            const Point more = unit({u[0] + h * side[0], u[1] + h * side[1], u[2] + h * side[2]});
+            const Point less = unit({u[0] - h * side[0], u[1] - h * side[1], u[2] - h * side[2]});
+            const double far = radius(more, core), near = radius(less, core);
+            for (std::size_t i = 0; i < 3; ++i)
+                difference[i] = (far * more[i] - near * less[i]) / (2 * h);
+            return difference;
+        };
+        const Point product = cross(along(one), along(two));
+        const double r = radius(u, core);
+        const Point centre = core ? coreCentre() : Point{0, 0, 0};
+        return {{centre[0] + r * u[0], centre[1] + r * u[1], centre[2] + r * u[2]},
+                unit(product),
+                std::sqrt(product[0] * product[0] + product[1] * product[1] + product[2] * product[2])};
+    }
+
+    /// The heights that the cut structure begins and ends at.
+    std::array<double, 2> heights(bool core) const {
         double low = 1e300, high = -1e300;
-        const Point centre = place(core ? coreCentre() : Point{0, 0, 0});
         MadeNumbers numbers(5);
         for (int k = 0; k < 2000; ++k) {
-            Point u = {numbers.normal(), numbers.normal(), numbers.normal()};
-            const double length = std::sqrt(u[0] * u[0] + u[1] * u[1] + u[2] * u[2]);
-            for (double& x : u)
-                x /= length;
+            const Point u = unit({numbers.normal(), numbers.normal(), numbers.normal()});
             const double r = radius(u, core);
             Point p = {r * u[0], r * u[1], r * u[2]};
             if (core)
@@ -116,7 +151,13 @@ public:
             high = std::max(high, z);
         }
         const double whole = high - low;
-        const double from = core ? low : low + __lowShare * whole, to = core ? high : low + __highShare * whole;
+        return {core ? low : low + __lowShare * whole, core ? high : low + __highShare * whole};
+    }
+
+    /// A structure as it is drawn: its contours on plane sections, resampled.
+    std::unique_ptr<QuadMesh<float>> surface(bool core) const {
+        const Point centre = place(core ? coreCentre() : Point{0, 0, 0});
+        const auto [from, to] = heights(core);
         const int levels = core ? std::max(__recipe.sections / 3, 6) : __recipe.sections;
         CurveStack<float> contours(3, 0, 0, 0, 0, false);
         for (int l = 0; l < levels; ++l) {
@@ -152,16 +193,24 @@ public:
 
     /// The body's own coordinates as they lie after cutting.
     Point place(const Point& p) const {
-        Point q;
+        Point q = turned(p);
         for (std::size_t i = 0; i < 3; ++i)
-            q[i] = __rotation[i][0] * p[0] + __rotation[i][1] * p[1] + __rotation[i][2] * p[2] + __shift[i];
+            q[i] += __shift[i];
         return q;
     }
 
     const std::array<std::array<double, 3>, 3>& rotation() const { return __rotation; }
+    const CohortRecipe& recipe() const { return __recipe; }
 
 private:
     static Point coreCentre() { return {8, 14, 22}; }
+
+    Point turned(const Point& p) const {
+        Point q;
+        for (std::size_t i = 0; i < 3; ++i)
+            q[i] = __rotation[i][0] * p[0] + __rotation[i][1] * p[1] + __rotation[i][2] * p[2];
+        return q;
+    }
 
     void turnAbout(const Point& axis, double angle) {
         const double c = std::cos(angle), s = std::sin(angle);
@@ -275,6 +324,101 @@ inline double directSpread(const std::vector<std::vector<MadeSpecimen::Point>>& 
             for (int i = 0; i < 3; ++i)
                 moved[s][std::size_t(k)][std::size_t(i)] = clouds[s][k][i];
     return landmarkSpread(moved);
+}
+
+/// Spread of the first so many landmarks when each specimen is moved by the best rigid motion for its faces, though it
+/// is known which place of the one corresponds to which of the other: least squares of the distances along the normals,
+/// to the mean of all, each structure of equal weight, without what was cut off.
+///
+/// No registration by surfaces can do better but by chance, since sliding along a surface doesn't show. Where specimens
+/// vary like a motion (a bulge to the one side and a dent on the other are a shift), it is far from directSpread().
+inline double facesSpread(const std::vector<MadeSpecimen>& specimens, int numLandmarks, int numPlaces = 1500) {
+    using Point = MadeSpecimen::Point;
+    struct Specimen {
+        std::vector<Point> points, normals, landmarks;
+        std::vector<double> areas;
+    };
+    const int structures = specimens.front().recipe().core ? 2 : 1;
+    const std::size_t n = std::size_t(structures) * std::size_t(numPlaces);
+    std::vector<Specimen> all;
+    for (const MadeSpecimen& specimen : specimens) {
+        Specimen made;
+        for (int s = 0; s < structures; ++s) {
+            const auto [from, to] = specimen.heights(s == 1);
+            double whole = 0;
+            for (int k = 0; k < numPlaces; ++k) {
+                const double z = 1 - 2 * (k + 0.5) / numPlaces, angle = 2.399963229728653 * k; // evenly on a sphere
+                const double across = std::sqrt(1 - z * z);
+                const auto found =
+                    specimen.surfacePlace({across * std::cos(angle), across * std::sin(angle), z}, s == 1);
+                const double height = specimen.place(found.point)[2];
+                made.points.push_back(found.point);
+                made.normals.push_back(found.normal);
+                made.areas.push_back(height < from || height > to ? 0 : found.area);
+                whole += found.area;
+            }
+            for (std::size_t k = made.areas.size() - std::size_t(numPlaces); k < made.areas.size(); ++k)
+                made.areas[k] /= whole;
+        }
+        for (int k = 0; k < numLandmarks; ++k)
+            made.landmarks.push_back(specimen.ownLandmark(k));
+        all.push_back(made);
+    }
+    for (int round = 0; round < 20; ++round) {
+        std::vector<Point> means(n, Point{0, 0, 0}), normals(n, Point{0, 0, 0});
+        for (std::size_t k = 0; k < n; ++k) {
+            double sum = 0;
+            for (const Specimen& specimen : all)
+                sum += specimen.areas[k];
+            for (const Specimen& specimen : all)
+                for (std::size_t i = 0; i < 3 && sum > 0; ++i) {
+                    means[k][i] += specimen.areas[k] / sum * specimen.points[k][i];
+                    normals[k][i] += specimen.areas[k] / sum * specimen.normals[k][i];
+                }
+        }
+        for (Specimen& specimen : all) {
+            SquareMatrix<double> system(6);
+            Vector<double> right(6);
+            system.setZeros();
+            right.setZeros();
+            for (std::size_t k = 0; k < n; ++k) {
+                const Point arm = MadeSpecimen::cross(specimen.points[k], normals[k]);
+                const double row[6] = {arm[0], arm[1], arm[2], normals[k][0], normals[k][1], normals[k][2]};
+                double distance = 0;
+                for (std::size_t i = 0; i < 3; ++i)
+                    distance += (means[k][i] - specimen.points[k][i]) * normals[k][i];
+                for (int i = 0; i < 6; ++i) {
+                    right[i] += specimen.areas[k] * row[i] * distance;
+                    for (int j = 0; j < 6; ++j)
+                        system(i, j) += specimen.areas[k] * row[i] * row[j];
+                }
+            }
+            const Vector<double> motion = system.inverse() * right;
+            const Point axis = {motion[0], motion[1], motion[2]};
+            const double angle = std::sqrt(axis[0] * axis[0] + axis[1] * axis[1] + axis[2] * axis[2]);
+            const auto turn = [&](Point& p) {
+                if (angle < 1e-15)
+                    return;
+                const Point u = MadeSpecimen::unit(axis);
+                const Point side = MadeSpecimen::cross(u, p);
+                const double along = u[0] * p[0] + u[1] * p[1] + u[2] * p[2];
+                for (std::size_t i = 0; i < 3; ++i)
+                    p[i] = p[i] * std::cos(angle) + side[i] * std::sin(angle) + u[i] * along * (1 - std::cos(angle));
+            };
+            const auto move = [&](Point& p) {
+                turn(p);
+                for (std::size_t i = 0; i < 3; ++i)
+                    p[i] += motion[int(i) + 3];
+            };
+            std::for_each(specimen.points.begin(), specimen.points.end(), move);
+            std::for_each(specimen.landmarks.begin(), specimen.landmarks.end(), move);
+            std::for_each(specimen.normals.begin(), specimen.normals.end(), turn);
+        }
+    }
+    std::vector<std::vector<Point>> places;
+    for (const Specimen& specimen : all)
+        places.push_back(specimen.landmarks);
+    return landmarkSpread(places);
 }
 
 } // namespace vorlen
