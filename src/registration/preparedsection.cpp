@@ -279,8 +279,7 @@ SectionAligner::Section::Section(const Section& onto, const SectionLevel& level)
 
 /// Halves the finest level as long as something is left.
 void SectionAligner::Section::addScales() {
-    while (levels.back().side() > 64 &&
-           std::min(levels.back().image.rows, levels.back().image.cols) >= 2 * leastSide)
+    while (levels.back().side() > 64 && std::min(levels.back().image.rows, levels.back().image.cols) >= 2 * leastSide)
         levels.push_back(halved(levels.back()));
 }
 
