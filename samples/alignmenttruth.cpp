@@ -1,14 +1,16 @@
 /// Measures the alignment of real sections: moves those of two stacks in known ways, has them registered, and tells how
 /// far each comes to lie from where it belongs.
 ///
-/// Usage: vorlen-alignment-truth FOLDER [SET...]. The folder holds brain/brain.sdf and vnc/vnc.sdf, two stacks whose
-/// sections are taken to be aligned as they are; a set is a row of the table that is printed, by its number from 1.
+/// Usage: vorlen-alignment-truth FOLDER [SET...] [--pairs FILE]. The folder holds brain/brain.sdf and vnc/vnc.sdf, two
+/// stacks whose sections are taken to be aligned as they are; a set is a row of the table that is printed, by its
+/// number from 1. FILE becomes a table, as CSV, of all pairs.
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <random>
 #include <string>
@@ -72,17 +74,35 @@ Image movedImage(const PixelMatrix<float>& section, const RigidMotion& motion, c
     return image;
 }
 
-/// Median, 90% and greatest of some distances.
+/// Median, 90% and greatest of some distances; between two of them in proportion.
 std::string summary(std::vector<double> distances) {
+    if (distances.empty())
+        return "none";
     std::sort(distances.begin(), distances.end());
-    char text[80] = "none";
-    if (!distances.empty())
-        std::snprintf(text, sizeof text, "%.2f / %.2f / %.2f", distances[distances.size() / 2],
-                      distances[std::min(distances.size() - 1, distances.size() * 9 / 10)], distances.back());
+    const auto at = [&](double share) {
+        const double place = share * double(distances.size() - 1);
+        const auto low = std::size_t(place), high = std::min(low + 1, distances.size() - 1);
+        return distances[low] + (place - double(low)) * (distances[high] - distances[low]);
+    };
+    char text[80] = "";
+    std::snprintf(text, sizeof text, "%.2f / %.2f / %.2f", at(0.5), at(0.9), distances.back());
     return text;
 }
 
-void measure(const Set& set, const std::filesystem::path& data, const std::filesystem::path& folder) {
+/// Share of the pixels that are not black.
+double tissueOf(const PixelMatrix<float>& section) {
+    double n = 0;
+    for (int i = 0; i < section.getSize1(); ++i)
+        n += double(std::count_if(section[i].data(), section[i].data() + section.getSize2(),
+                                  [](float grey) { return grey > 0; }));
+    return n / (double(section.getSize1()) * section.getSize2());
+}
+
+/// On less of a section than this share a motion of some pixels changes little.
+constexpr double littleTissue = 0.05;
+
+void measure(const Set& set, const std::filesystem::path& data, const std::filesystem::path& folder,
+             std::ostream& pairs) {
     Stack original, stack;
     const std::string file = (data / set.stack / (std::string(set.stack) + ".sdf")).string();
     if (!StackReader().read(original, file))
@@ -91,12 +111,14 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
     std::uniform_real_distribution<double> some(-1, 1);
     std::vector<RigidMotion> motions;
     std::vector<bool> shows;
+    std::vector<double> tissue;
     double side = 0;
     for (int i = 0; i < original.getNumSlices(); ++i) {
         const SectionImage section = sectionImageOf(original.getSlice(i));
         const double turn = some(random), x = some(random), y = some(random);
         motions.push_back({set.degrees * degree * turn, set.pixels * x, set.pixels * y});
         shows.push_back(SectionAligner::fault(*SectionAligner::prepare(section, section.pixelWidth)).empty());
+        tissue.push_back(tissueOf(section.grey));
         const Image image = movedImage(section.grey, motions.back(), set, random);
         side = std::max(image.getWidth(), image.getHeight());
         const std::string name = (folder / (std::to_string(i) + ".tif")).string();
@@ -112,7 +134,7 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
     const auto begin = std::chrono::steady_clock::now();
     const RegistrationReport report = findAlignment(stack, {}, progress);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    std::vector<double> before, after, named;
+    std::vector<double> before, after, named, full;
     int worse = 0;
     for (int i = 1; i < stack.getNumSlices(); ++i) {
         const SliceAlignment& one = report.slices[std::size_t(i)];
@@ -122,6 +144,12 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
         before.push_back(meanDistance({}, truth, side, side));
         const double off = meanDistance(motionOf(one.after, 1, 1), truth, side, side);
         (one.state == SliceAlignment::State::LeftAlone ? named : after).push_back(off);
+        const double least = std::min(tissue[std::size_t(i)], tissue[std::size_t(i - 1)]);
+        if (one.state != SliceAlignment::State::LeftAlone && least >= littleTissue)
+            full.push_back(off);
+        pairs << '"' << set.title << "\"," << one.name << ',' << one.stateWord() << ',' << before.back() << ',' << off
+              << ',' << least << ',' << one.scoreBefore << ',' << one.scoreAfter << ',' << one.support << ",\""
+              << one.reason << "\"\n";
         const double own = std::string(set.stack) == "vnc" ? 9 : 3;
         if (off > own)
             std::cerr << set.title << ": slice " << one.name << " is " << off << " off, " << one.stateWord()
@@ -130,8 +158,9 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
         // The sections' own misalignment, which nothing tells from a motion, is no fault.
         worse += off > before.back() + own ? 1 : 0;
     }
-    std::printf("| %s | %s | %s | %zu of %zu | %d | %.2f |\n", set.title, summary(before).c_str(),
-                summary(after).c_str(), named.size(), before.size(), worse, seconds / stack.getNumSlices());
+    std::printf("| %s | %s | %s | %s | %zu of %zu | %d | %.2f |\n", set.title, summary(before).c_str(),
+                summary(after).c_str(), summary(full).c_str(), named.size(), before.size(), worse,
+                seconds / stack.getNumSlices());
     std::fflush(stdout);
 }
 
@@ -142,22 +171,32 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
 int main(int argc, char** argv) {
     using namespace vorlen;
     if (argc < 2) {
-        std::cerr << "Usage: vorlen-alignment-truth FOLDER [SET...]\n";
+        std::cerr << "Usage: vorlen-alignment-truth FOLDER [SET...] [--pairs FILE]\n";
         return 2;
+    }
+    std::ofstream pairs;
+    if (argc > 3 && std::string(argv[argc - 2]) == "--pairs") {
+        pairs.open(argv[argc - 1]);
+        if (!pairs) {
+            std::cerr << "vorlen-alignment-truth: " << argv[argc - 1] << " can't be written\n";
+            return 3;
+        }
+        pairs << "Set,Slice,State,Before,Off,Tissue,Score before,Score after,Support,Reason\n";
+        argc -= 2;
     }
     const std::filesystem::path folder =
         std::filesystem::temp_directory_path() / ("vorlen-truth-" + std::to_string(std::random_device()()));
     int status = 0;
     try {
         std::filesystem::create_directories(folder);
-        std::printf(
-            "| Set | Before | Registered | Left alone | Worse | Seconds a section |\n|---|---|---|---|---|---|\n");
+        std::printf("| Set | Before | Registered | With tissue on 5%% | Left alone | Worse | Seconds a section |\n"
+                    "|---|---|---|---|---|---|---|\n");
         for (int k = 1; k <= int(std::size(sets)); ++k) {
             const bool wanted = argc == 2 || std::any_of(argv + 2, argv + argc, [k](const char* argument) {
                                     return std::to_string(k) == argument;
                                 });
             if (wanted)
-                measure(sets[k - 1], argv[1], folder);
+                measure(sets[k - 1], argv[1], folder, pairs);
         }
     } catch (const Exception& error) {
         std::cerr << "vorlen-alignment-truth: " << error.getWhat() << '\n';

@@ -93,7 +93,7 @@ void MotionChain::add(const MeasuredMotion& measured) {
     if (measured.target < 0 || measured.source < 0 || measured.target >= n || measured.source >= n ||
         measured.target == measured.source)
         throw RangeError("void MotionChain::add(const MeasuredMotion&)", "There are no two such sections");
-    if (measured.motion.isFinite() && measured.weight > 0)
+    if (measured.motion.isFinite() && measured.weight > 0 && measured.turnShare > 0)
         __measured.push_back(measured);
 }
 
@@ -122,14 +122,22 @@ std::vector<MotionChain::Anchor> MotionChain::anchors() const {
     return result;
 }
 
+PlanePoint MotionChain::gap(const Edge& edge, const std::vector<RigidMotion>& places) {
+    const PlanePoint aim = places[std::size_t(edge.target)].apply(edge.motion.apply(edge.middle));
+    const PlanePoint now = places[std::size_t(edge.source)].apply(edge.middle);
+    return {aim.x - now.x, aim.y - now.y};
+}
+
 double MotionChain::disagreement(const Edge& edge, const std::vector<RigidMotion>& places) const {
-    return meanDistance(places[std::size_t(edge.target)] * edge.motion, places[std::size_t(edge.source)], __size,
-                        __size);
+    const PlanePoint shift = gap(edge, places);
+    const double turn = std::remainder(
+        places[std::size_t(edge.target)].angle + edge.motion.angle - places[std::size_t(edge.source)].angle, fullTurn);
+    return meanDistance({}, {std::sqrt(edge.turnShare) * turn, shift.x, shift.y}, __size, __size);
 }
 
 double MotionChain::disagreement(int index) const {
     const MeasuredMotion& one = __measured[std::size_t(index)];
-    return disagreement({one.target, one.source, one.motion, one.weight}, __places);
+    return disagreement({one.target, one.source, one.motion, one.weight, one.turnShare, one.middle}, __places);
 }
 
 void MotionChain::solve() {
@@ -142,8 +150,8 @@ void MotionChain::solve() {
     for (const MeasuredMotion& one : __measured) {
         const Anchor &target = bound[std::size_t(one.target)], &source = bound[std::size_t(one.source)];
         if (target.leader != source.leader)
-            edges.push_back(
-                {target.leader, source.leader, target.offset * one.motion * source.offset.inverse(), one.weight});
+            edges.push_back({target.leader, source.leader, target.offset * one.motion * source.offset.inverse(),
+                             one.weight, one.turnShare, source.offset.apply(one.middle)});
     }
 
     // To begin with, from each connected section on by the surest motion.
@@ -154,7 +162,7 @@ void MotionChain::solve() {
         const Edge* best = nullptr;
         for (const Edge& edge : edges)
             if (placed[std::size_t(edge.target)] != placed[std::size_t(edge.source)] &&
-                (best == nullptr || edge.weight > best->weight))
+                (best == nullptr || edge.turnWeight() > best->turnWeight()))
                 best = &edge;
         if (best == nullptr)
             break;
@@ -191,16 +199,16 @@ void MotionChain::solve() {
             wanted.push_back(
                 {edge.target, edge.source, weights[k], std::remainder(edge.motion.angle - found, fullTurn)});
         }
+        std::vector<Difference> across = wanted, down = wanted;
+        for (std::size_t k = 0; k < edges.size(); ++k)
+            wanted[k].weight *= edges[k].turnShare;
         const std::vector<double> turns = leastSquares(places.size(), wanted);
         for (std::size_t i = 0; i < places.size(); ++i)
             places[i].angle += turns[i];
-        std::vector<Difference> across = wanted, down = wanted;
         for (std::size_t k = 0; k < edges.size(); ++k) {
-            const RigidMotion &target = places[std::size_t(edges[k].target)],
-                              &source = places[std::size_t(edges[k].source)];
-            const PlanePoint aim = target.apply({edges[k].motion.x, edges[k].motion.y});
-            across[k].value = aim.x - source.x;
-            down[k].value = aim.y - source.y;
+            const PlanePoint shift = gap(edges[k], places);
+            across[k].value = shift.x;
+            down[k].value = shift.y;
         }
         const std::vector<double> x = leastSquares(places.size(), across), y = leastSquares(places.size(), down);
         double most = 0;

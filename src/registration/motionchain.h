@@ -11,6 +11,10 @@ struct MeasuredMotion {
     int target = 0, source = 0; ///< places in the stack
     RigidMotion motion;
     double weight = 1; ///< the greater the surer; above 0
+    /// The weight of the angle is this part of it: less for sections that tell little of how they are turned.
+    double turnShare = 1;
+    /// On the source: the point that the shift was found for. About it a turn leaves the shift as it is.
+    PlanePoint middle{0, 0};
 };
 
 /// The places of the sections of a stack in one frame, from the motions found between pairs of them.
@@ -34,14 +38,18 @@ public:
 
     const std::vector<RigidMotion>& places() const { return __places; }
 
-    /// Of a measured motion, in their order: the mean distance over a section between it and the places of solve().
+    /// Of a measured motion, in their order: the mean distance over a section between it and the places of solve(). A
+    /// turn counts as much as it has weight.
     double disagreement(int index) const;
 
 private:
     struct Edge {
         int target, source;
         RigidMotion motion;
-        double weight;
+        double weight, turnShare;
+        PlanePoint middle;
+
+        double turnWeight() const { return weight * turnShare; }
     };
 
     /// The section that this one goes with, and how it lies on it.
@@ -52,6 +60,8 @@ private:
 
     void keepUnconnected();
     std::vector<Anchor> anchors() const;
+    /// Where the middle lies by the target, less where it lies by the source.
+    static PlanePoint gap(const Edge& edge, const std::vector<RigidMotion>& places);
     double disagreement(const Edge& edge, const std::vector<RigidMotion>& places) const;
 
     std::vector<RigidMotion> __places;

@@ -19,6 +19,10 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
+double square(double value) {
+    return value * value;
+}
+
 /// In spreads of what remains: what is further off, by a tear or a fold, loses its weight. Small images need more of
 /// their pixels.
 double lenienceOf(int side) {
@@ -115,93 +119,134 @@ LightSurface lightBetween(const cv::Mat& target, const cv::Mat& source, float ga
     return light;
 }
 
-/// Gauss-Newton steps that raise the correlation of target and moved source. False when there is too little overlap.
-bool refine(const Level& full, const Level& source, RigidMotion& motion, int numSteps, double enough) {
+/// Where the target's grey changes, and how fast: of great images on every second row.
+struct Slopes {
+    Level target;
+    cv::Mat x, y, whole; ///< change of the grey by the length unit; and 1 where no neighbour is missing
+    double radius = 1;   ///< of the image, by which turns become lengths
+    double lenience = 10;
+
+    explicit Slopes(const Level& full);
+};
+
+Slopes::Slopes(const Level& full) : target(full), lenience(lenienceOf(full.side())) {
     std::vector<cv::Mat> channels;
     cv::split(full.image, channels);
-    cv::Mat gx, gy;
+    cv::Mat gx, gy, inner;
     cv::Scharr(channels[0], gx, CV_32F, 1, 0, 1 / (32.0 * full.stepX));
     cv::Scharr(channels[0], gy, CV_32F, 0, 1, 1 / (32.0 * full.stepY));
     // Where a neighbour is missing the gradient is none.
-    cv::Mat inner;
     cv::erode(channels[1], inner, cv::Mat(), {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar::all(0));
-    // Of great images every second row will do.
     const int stride = full.image.total() > 400000 ? 2 : 1;
     const auto thinned = [stride](const cv::Mat& all) {
-        return stride == 1
-                   ? all
-                   : cv::Mat(all.rows / stride, all.cols, all.type(), all.data, std::size_t(stride) * all.step[0]);
+        if (stride == 1)
+            return all;
+        cv::Mat some(all.rows / stride, all.cols, all.type());
+        for (int i = 0; i < some.rows; ++i)
+            all.row(stride * i).copyTo(some.row(i));
+        return some;
     };
-    Level target = full;
     target.image = thinned(full.image);
     target.stepY *= stride;
-    const cv::Mat gradientX = thinned(gx), gradientY = thinned(gy), whole = thinned(inner);
+    x = thinned(gx);
+    y = thinned(gy);
+    whole = thinned(inner);
+    radius = 0.5 * std::hypot(target.image.cols * target.stepX, target.image.rows * target.stepY);
+}
+
+/// Those of a Gauss-Newton step: of shifts across and down, and of turns times the radius.
+struct NormalEquations {
+    double xx = 0, xy = 0, yy = 0, xa = 0, ya = 0, aa = 0;
+    double x = 0, y = 0, a = 0;
+    double unexplained = 0; ///< of the greys, weighted by the slopes
+
+    /// What nothing but the turn explains.
+    double turnAlone() const {
+        const double determinant = xx * yy - xy * xy;
+        return determinant > 1e-12 * xx * yy
+                   ? std::max(0.0, aa - (yy * xa * xa - 2 * xy * xa * ya + xx * ya * ya) / determinant)
+                   : 0;
+    }
+    /// The square of how far off the turn may be, as a length.
+    double doubt() const { return 10 * unexplained / std::max(1e-30, xx + yy); }
+};
+
+/// None when there is too little overlap.
+std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& source, const RigidMotion& motion) {
+    const Level& target = slopes.target;
     const int rows = target.image.rows, cols = target.image.cols;
-    const double radius = 0.5 * std::hypot(cols * target.stepX, rows * target.stepY);
+    const cv::Mat warped = target.moved(source, motion);
+    const Sums sums = sumsOf(target.image, warped);
+    if (sums.n < 0.05 * rows * cols)
+        return std::nullopt;
+    const double varS = sums.bb - sums.b * sums.b / sums.n;
+    const double varT = sums.aa - sums.a * sums.a / sums.n;
+    if (!(varS > 1e-9 * sums.bb) || !(varT > 1e-9 * sums.aa))
+        return std::nullopt;
+    const double cov = sums.ab - sums.a * sums.b / sums.n;
+    const float gain = float(cov / varS), offset = float((sums.a - gain * sums.b) / sums.n);
+    const double spread = std::sqrt(std::max(1e-12, (varT - cov * cov / varS) / sums.n));
+    const float scale = float(1 / (slopes.lenience * slopes.lenience * spread * spread));
+    const LightSurface light = lightBetween(target.image, warped, gain, offset);
+    NormalEquations all;
+    for (int i = 0; i < rows; ++i) {
+        const float* const t = target.image.ptr<float>(i);
+        const float* const s = warped.ptr<float>(i);
+        const float* const m = slopes.whole.ptr<float>(i);
+        const float* const px = slopes.x.ptr<float>(i);
+        const float* const py = slopes.y.ptr<float>(i);
+        const auto y = float((target.originY + i * target.stepY) / slopes.radius);
+        const auto x0 = float(target.originX / slopes.radius), dx = float(target.stepX / slopes.radius);
+        const float lightX = 2.0f / float(cols), lightY = 2.0f * float(i) / float(rows) - 1;
+        float xx = 0, xy = 0, yy = 0, xa = 0, ya = 0, aa = 0, rx = 0, ry = 0, ra = 0, rr = 0;
+        for (int j = 0; j < cols; ++j) {
+            const float r = gain * s[2 * j] + offset - t[2 * j] - light.at(lightX * float(j) - 1, lightY);
+            const float q = 1 / (1 + scale * r * r);
+            const float w = s[2 * j + 1] > present ? m[j] * q * q : 0.0f;
+            const float u = px[j], v = py[j], a = (x0 + dx * float(j)) * v - y * u;
+            const float wu = w * u, wv = w * v, wa = w * a;
+            xx += wu * u;
+            xy += wu * v;
+            yy += wv * v;
+            xa += wu * a;
+            ya += wv * a;
+            aa += wa * a;
+            rx += wu * r;
+            ry += wv * r;
+            ra += wa * r;
+            rr += (wu * u + wv * v) * r * r;
+        }
+        all.xx += xx;
+        all.xy += xy;
+        all.yy += yy;
+        all.xa += xa;
+        all.ya += ya;
+        all.aa += aa;
+        all.x += rx;
+        all.y += ry;
+        all.a += ra;
+        all.unexplained += rr;
+    }
+    return all;
+}
+
+/// Gauss-Newton steps that raise the correlation of target and moved source. False when there is too little overlap.
+bool refine(const Level& full, const Level& source, RigidMotion& motion, int numSteps, double enough) {
+    const Slopes slopes(full);
+    const double radius = slopes.radius;
     const double firstAngle = motion.angle;
     for (int step = 0; step < numSteps; ++step) {
-        const cv::Mat warped = target.moved(source, motion);
-        const Sums sums = sumsOf(target.image, warped);
-        if (sums.n < 0.05 * rows * cols)
+        std::optional<NormalEquations> e = equationsOf(slopes, source, motion);
+        if (!e)
             return false;
-        const double varS = sums.bb - sums.b * sums.b / sums.n;
-        const double varT = sums.aa - sums.a * sums.a / sums.n;
-        if (!(varS > 1e-9 * sums.bb) || !(varT > 1e-9 * sums.aa))
-            return false;
-        const double cov = sums.ab - sums.a * sums.b / sums.n;
-        const float gain = float(cov / varS), offset = float((sums.a - gain * sums.b) / sums.n);
-        const double spread = std::sqrt(std::max(1e-12, (varT - cov * cov / varS) / sums.n));
-        const double lenience = lenienceOf(full.side());
-        const float scale = float(1 / (lenience * lenience * spread * spread));
-        const LightSurface light = lightBetween(target.image, warped, gain, offset);
-        double h[6] = {}, g[3] = {}, unexplained = 0;
-        for (int i = 0; i < rows; ++i) {
-            const float* const t = target.image.ptr<float>(i);
-            const float* const s = warped.ptr<float>(i);
-            const float* const m = whole.ptr<float>(i);
-            const float* const px = gradientX.ptr<float>(i);
-            const float* const py = gradientY.ptr<float>(i);
-            const auto y = float((target.originY + i * target.stepY) / radius);
-            const auto x0 = float(target.originX / radius), dx = float(target.stepX / radius);
-            const float lightX = 2.0f / float(cols), lightY = 2.0f * float(i) / float(rows) - 1;
-            float xx = 0, xy = 0, yy = 0, xa = 0, ya = 0, aa = 0, rx = 0, ry = 0, ra = 0, rr = 0;
-            for (int j = 0; j < cols; ++j) {
-                const float r = gain * s[2 * j] + offset - t[2 * j] - light.at(lightX * float(j) - 1, lightY);
-                const float q = 1 / (1 + scale * r * r);
-                const float w = s[2 * j + 1] > present ? m[j] * q * q : 0.0f;
-                const float u = px[j], v = py[j], a = (x0 + dx * float(j)) * v - y * u;
-                const float wu = w * u, wv = w * v, wa = w * a;
-                xx += wu * u;
-                xy += wu * v;
-                yy += wv * v;
-                xa += wu * a;
-                ya += wv * a;
-                aa += wa * a;
-                rx += wu * r;
-                ry += wv * r;
-                ra += wa * r;
-                rr += (wu * u + wv * v) * r * r;
-            }
-            h[0] += xx;
-            h[1] += xy;
-            h[2] += yy;
-            h[3] += xa;
-            h[4] += ya;
-            h[5] += aa;
-            g[0] += rx;
-            g[1] += ry;
-            g[2] += ra;
-            unexplained += rr;
-        }
         // On sections with little on them nothing tells the angle: then it stays where it was.
-        const double doubt =
-            10 * unexplained / std::max(1e-30, h[0] + h[2]) / (angleDoubt * angleDoubt * radius * radius);
-        h[5] += doubt;
-        g[2] -= doubt * std::remainder(motion.angle - firstAngle, 2 * pi) * radius;
-        const double ridge = 1e-6 * (h[0] + h[2] + h[5]);
-        const cv::Matx33d normal(h[0] + ridge, h[1], h[3], h[1], h[2] + ridge, h[4], h[3], h[4], h[5] + ridge);
+        const double doubt = e->doubt() / (angleDoubt * angleDoubt * radius * radius);
+        e->aa += doubt;
+        e->a -= doubt * std::remainder(motion.angle - firstAngle, 2 * pi) * radius;
+        const double ridge = 1e-6 * (e->xx + e->yy + e->aa);
+        const cv::Matx33d normal(e->xx + ridge, e->xy, e->xa, e->xy, e->yy + ridge, e->ya, e->xa, e->ya, e->aa + ridge);
         cv::Vec3d d;
-        if (!cv::solve(normal, cv::Vec3d(g[0], g[1], g[2]), d, cv::DECOMP_CHOLESKY))
+        if (!cv::solve(normal, cv::Vec3d(e->x, e->y, e->a), d, cv::DECOMP_CHOLESKY))
             return false;
         const double turn = d[2] / radius;
         const double length = std::hypot(d[0], d[1]) + std::abs(d[2]);
@@ -215,6 +260,22 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
             break;
     }
     return true;
+}
+
+/// What the images tell of a motion: sets the spread of its angle and the point about which it turns.
+void tellSpread(SectionMatch& match, const Level& target, const Level& source) {
+    const Slopes slopes(target);
+    const auto e = equationsOf(slopes, source, match.motion);
+    if (!e)
+        return;
+    const double alone = std::max(e->turnAlone(), 1e-30);
+    match.angleSpread = std::min(pi, std::sqrt(e->doubt() / alone) / slopes.radius);
+    const double determinant = e->xx * e->yy - e->xy * e->xy;
+    if (!(determinant > 1e-6 * e->xx * e->yy))
+        return;
+    const double x = (e->xx * e->ya - e->xy * e->xa) / determinant, y = (e->xy * e->ya - e->yy * e->xa) / determinant;
+    const double within = slopes.radius / std::max(1.0, std::hypot(x, y));
+    match.middle = match.motion.inverse().apply({within * x, within * y});
 }
 
 // ---- how well two sections fit
@@ -416,15 +477,18 @@ SectionMatch judged(const Section& target, const Section& source, const RigidMot
     match.support = support.share;
     match.numBlocks = support.numBlocks;
     match.found = isBorneOut(match);
+    tellSpread(match, target.levels[k], source.levels[k]);
     return match;
 }
 
-/// By which of several is taken: how well all fits, and how much of it, and not without need far from the start.
+/// By which of several is taken: how well all fits, and how much of it, and not without need far from the start; least
+/// of all turned, when little tells how it is turned.
 double merit(const SectionMatch& match, const RigidMotion& start, double size) {
-    const double far = std::abs(std::remainder(match.motion.angle - start.angle, 2 * pi)) / pi +
-                       std::hypot(match.motion.x - start.x, match.motion.y - start.y) / size;
+    const double turn = std::abs(std::remainder(match.motion.angle - start.angle, 2 * pi)) / pi;
+    const double shift = std::hypot(match.motion.x - start.x, match.motion.y - start.y) / size;
     const double part = (match.support * match.numBlocks + 0.5 * 8) / (match.numBlocks + 8); // few blocks tell little
-    return match.score * (0.2 + part) * (1 - 0.05 * std::min(2.0, far));
+    const double untold = square(match.angleSpread) / (square(match.angleSpread) + square(angleDoubt));
+    return match.score * (0.2 + part) * (1 - 0.05 * std::min(2.0, turn + shift)) * (1 - 0.3 * untold * turn);
 }
 
 /// From the start alone.

@@ -34,6 +34,12 @@ struct SectionMatch {
     double support = 0;
     /// Blocks with enough structure to be looked at.
     int numBlocks = 0;
+    /// How far off the angle may well be, in radians, by what the images tell: little for tissue all over the section,
+    /// much for a single round spot.
+    double angleSpread = 0;
+    /// On the source: where the tissue lies that tells the motion. What is known of the turn about it and of the shift
+    /// there don't depend on each other.
+    PlanePoint middle{0, 0};
     /// The method that found it: features or intensity, or principal axes.
     AlignmentMethod method = AlignmentMethod::Intensity;
     /// Dark on one section is bright on the other.

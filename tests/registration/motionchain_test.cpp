@@ -72,6 +72,27 @@ TEST(MotionChain, pairsOverSeveralStepsHoldTheDriftDown) {
     EXPECT_LT(drift[1], 0.6 * drift[0]);
 }
 
+// A round spot 60 off the middle is turned by anything about itself; the pair that knows better is less sure of shifts.
+TEST(MotionChain, anglesFollowPairsThatTellThemAndSpotsStayWhereTheyAre) {
+    const PlanePoint spot{60, 20};
+    RigidMotion about{0.7, 0, 0};
+    const PlanePoint turned = about.apply(spot);
+    about.x = spot.x - turned.x;
+    about.y = spot.y - turned.y;
+    MotionChain chain(std::vector<RigidMotion>(3), size);
+    chain.add({0, 1, about, 1, 1e-4, spot});
+    chain.add({1, 2, about.inverse(), 1, 1e-4, spot});
+    chain.add({0, 1, {0, 0.4, 0}, 0.1});
+    chain.add({1, 2, {0, -0.4, 0}, 0.1});
+    chain.solve();
+    for (const int i : {1, 2}) {
+        const RigidMotion& place = chain.places()[std::size_t(i)];
+        EXPECT_NEAR(place.angle, 0, 2e-3) << i;
+        const PlanePoint now = place.apply(spot);
+        EXPECT_NEAR(std::hypot(now.x - spot.x, now.y - spot.y), 0, 0.1) << i;
+    }
+}
+
 TEST(MotionChain, keptStepsGoWithTheSectionBefore) {
     const std::vector<RigidMotion> truth = truePlaces(6);
     std::vector<RigidMotion> before(6);

@@ -124,6 +124,41 @@ TEST(SectionAligner, eachMethodFindsItByItself) {
     EXPECT_FALSE(principalAxesMotion({PixelMatrix<float>(), 1, 1}, bar(0, 0, 0), false).has_value());
 }
 
+/// Black but for a spot of tissue, which is another one for each seed, and for what else is wanted.
+SectionImage sectionWithSpot(PlanePoint spot, int seed, double barAngle = -1) {
+    SectionImage section{PixelMatrix<float>(180, 200), 1, 1};
+    change(section, [&](int i, int j, float) {
+        const double x = j - 100 - spot.x, y = i - 90 - spot.y;
+        const double along = std::cos(barAngle) * x + std::sin(barAngle) * y,
+                     across = std::cos(barAngle) * y - std::sin(barAngle) * x;
+        const bool inBar = barAngle >= 0 && std::abs(along - 45) < 12 && std::abs(across) < 6;
+        if (std::hypot(x, y) > 11 && !inBar)
+            return 0.0f;
+        return float(150 + 0.3 * tissue(x, y, seed));
+    });
+    return section;
+}
+
+TEST(SectionAligner, tellsHowSureTheAngleIsAndTurnsNoRoundSpot) {
+    const PlanePoint from{30, -12}, to{-14, 18};
+    double surest = 1;
+    for (const int seed : {2, 3}) {
+        const SectionMatch match = matchOf(sectionWithSpot(from, seed), sectionWithSpot(to, 1));
+        EXPECT_TRUE(match.found);
+        EXPECT_LT(std::abs(std::remainder(match.motion.angle, 360 * degree)), 15 * degree) << seed;
+        surest = std::min(surest, match.angleSpread);
+        const PlanePoint moved = match.motion.apply(from);
+        EXPECT_LT(std::hypot(moved.x - to.x, moved.y - to.y), 1) << seed;
+        EXPECT_LT(std::hypot(match.middle.x - from.x, match.middle.y - from.y), 4) << seed;
+    }
+    const SectionMatch held = matchOf(sectionWithSpot(from, 2, 20 * degree), sectionWithSpot(to, 1, 0));
+    EXPECT_NEAR(std::remainder(held.motion.angle / degree, 360.0), -20, 1);
+    EXPECT_LT(held.angleSpread, surest);
+    EXPECT_GT(surest, 0.01);
+    const SectionMatch full = matchOf(sectionOfTissue(180, 200, {0.1, 3, 4}), sectionOfTissue(180, 200, {}));
+    EXPECT_LT(full.angleSpread, 0.002);
+}
+
 TEST(SectionAligner, sectionsThatDoNotBelongTogetherAreNotFoundToFit) {
     const SectionImage target = sectionOfTissue(256, 256, {});
     for (int seed = 2; seed < 8; ++seed)

@@ -28,6 +28,12 @@ using State = SliceAlignment::State;
 /// How many slices back a slice is matched.
 constexpr int reach = 3;
 
+/// In radians: an angle that is told as surely as this has half of its weight.
+constexpr double knownAngle = 0.005;
+
+/// Pairs that disagree with the rest by more than this part of the size of a section are looked at once more.
+constexpr double farOff = 0.015;
+
 /// A difference of scores that is none.
 constexpr double noDifference = 1e-9;
 
@@ -141,6 +147,7 @@ private:
     void matchSlice(int i);
     bool isHeld(int target, int source) const;
     void matchFixed();
+    void matchAgain();
     void nameMirrored();
     void solve();
     void matchTemplates();
@@ -270,6 +277,31 @@ void Alignment::matchAll() {
     }
 }
 
+/// Pairs of which nothing was found, or what disagrees with the rest, once more from where the rest brings them: of
+/// sections that look alike in several places, or are faint, one alone may lead astray.
+void Alignment::matchAgain() {
+    if (__options.method == AlignmentMethod::PrincipalAxes)
+        return;
+    bool changed = false;
+    for (Pair& pair : __pairs) {
+        if (__progress.isCanceled())
+            break;
+        const RigidMotion start = between(__places, pair.target, pair.source);
+        if (pair.source > __last || pair.source - pair.target > reach ||
+            (pair.match.found && meanDistance(start, pair.match.motion, __size, __size) <= farOff * __size))
+            continue;
+        const Prepared source = section(pair.source), target = section(pair.target);
+        const SectionMatch match = matched(source, target, start, __options, false);
+        if (!match.found || (pair.match.found && match.score < 0.9 * pair.match.score))
+            continue;
+        pair.match = match;
+        __fits[std::size_t(pair.source)] = __fits[std::size_t(pair.target)] = true;
+        changed = true;
+    }
+    if (changed)
+        solve();
+}
+
 /// Each slice on the fixed one, beginning where the neighbours brought it.
 void Alignment::matchFixed() {
     const int fixed = __options.fixedSlice;
@@ -288,8 +320,10 @@ void Alignment::matchFixed() {
         if (!moving.fault.empty())
             continue;
         SectionMatch match = matched(moving, base, between(__places, fixed, i), __options, false);
-        if (target == i)
+        if (target == i) {
+            match.middle = match.motion.apply(match.middle);
             match.motion = match.motion.inverse();
+        }
         if (!match.found)
             continue;
         __pairIndex[{target, source}] = __pairs.size();
@@ -311,7 +345,9 @@ void Alignment::solve() {
                            (pair.source == __options.fixedSlice || pair.target == __options.fixedSlice);
         // Sections further apart differ more; those that hold on to a fixed one count for it.
         const double quality = 0.05 + pair.match.support;
-        chain.add({pair.target, pair.source, pair.match.motion, quality * (fixed ? 20 : 1.0 / distance)});
+        const double spread = pair.match.angleSpread / knownAngle;
+        chain.add({pair.target, pair.source, pair.match.motion, quality * (fixed ? 20 : 1.0 / distance),
+                   1 / (1 + spread * spread), pair.match.middle});
     }
     chain.solve();
     __places = chain.places();
@@ -495,8 +531,9 @@ RegistrationReport Alignment::run() {
     matchAll();
     if (__options.reference == AlignmentReference::FixedSlice)
         matchFixed();
-    nameMirrored();
     solve();
+    matchAgain();
+    nameMirrored();
     if (__options.reference == AlignmentReference::SmoothedPath)
         keepSlowCourse();
     if (__options.reference == AlignmentReference::Template)
