@@ -2,7 +2,7 @@ import numpy as np
 import pytest
 
 import vorlen
-from conftest import circle
+from conftest import circle, write_tiff
 
 
 def shoelace(points):
@@ -101,7 +101,6 @@ def test_outlines_are_resampled_and_smoothed(stack):
 
 
 def test_moved_sections_are_registered_in_one_step(tmp_path):
-    from conftest import write_tiff
     random = np.random.default_rng(3)
     texture = random.normal(size=(240, 280))
     for _ in range(3):
@@ -115,7 +114,7 @@ def test_moved_sections_are_registered_in_one_step(tmp_path):
     told = moved.register(reference=0)
     assert [entry["state"] for entry in told] == ["first", "registered", "registered"]
     # What is at (c, r) of the first lies at (c - 7, r + 6) of the second.
-    assert np.allclose(told[1]["after"][:2], (7, -6), atol=0.5) or np.allclose(told[1]["after"][:2], (7, 6), atol=0.5)
+    assert np.allclose(told[1]["after"][:2], (7, -6), atol=0.5)
     assert np.allclose(np.add(told[1]["after"][:2], told[2]["after"][:2]), 0, atol=0.7)
     assert moved.slices[1].registration == pytest.approx(told[1]["after"])
     moved.undo()
