@@ -1,6 +1,6 @@
 // Registers 200 made cohorts, and 200 whose specimens vary as no motion does, and tells how their landmarks spread,
-// beside a direct fit of the landmarks themselves and beside what their faces tell: docs/cohorts-accuracy.md. Fails when a
-// specimen ends turned over, or the spread is too great.
+// beside a direct fit of the landmarks themselves and beside what their faces tell: docs/cohorts-accuracy.md. Fails
+// when a specimen ends turned over, or the spread is too great.
 
 #include <cstdio>
 #include <cstdlib>
@@ -89,15 +89,21 @@ void tally(const CohortRecipe& recipe, std::uint64_t seed, Tally& tally) {
 const char* const introduction =
     "# How close the specimens of a cohort come\n\n"
     "Made by `make truth`. Cohorts of five bodies with a core inside, by formula, each cut in its own way into 40\n"
-    "sections, are aligned and registered; 100 landmarks on each, which the registration does not see, tell how well. The\n"
-    "spread is the root mean square distance of the landmarks to their means, told in percent of the body's length and\n"
+    "sections, are aligned and registered; 100 landmarks on each, which the registration does not see, tell how well. "
+    "The\n"
+    "spread is the root mean square distance of the landmarks to their means, told in percent of the body's length "
+    "and\n"
     "beside two others:\n\n"
     "- **direct fit**: the specimens moved by the best rigid motions for the landmarks themselves;\n"
-    "- **fit of the faces**: moved by the best rigid motions for the distances of the surfaces along their normals, when\n"
+    "- **fit of the faces**: moved by the best rigid motions for the distances of the surfaces along their normals, "
+    "when\n"
     "  it is known which place of one corresponds to which of the other, without what was cut off.\n\n"
-    "Surfaces do not show a shift along themselves. A specimen with a bulge to the one side and a dent on the other looks\n"
-    "as if it lay further to that side; one that is skewed looks turned. Six of the twelve waves that specimens vary in\n"
-    "(x, y, z, xy, yz, xz) are of that sort, and even the fit of the faces then spreads landmarks about twice as far as\n"
+    "Surfaces do not show a shift along themselves. A specimen with a bulge to the one side and a dent on the other "
+    "looks\n"
+    "as if it lay further to that side; one that is skewed looks turned. Six of the twelve waves that specimens vary "
+    "in\n"
+    "(x, y, z, xy, yz, xz) are of that sort, and even the fit of the faces then spreads landmarks about twice as far "
+    "as\n"
     "the direct one does: no registration by surfaces can come within 1.2 times the direct fit. In the second table\n"
     "specimens vary in three others alone (broader, longer, twisted), where the surface tells all.\n";
 
