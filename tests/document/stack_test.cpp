@@ -1,7 +1,6 @@
 #include "document/stack.h"
 
 #include <cmath>
-#include <cstdio>
 #include <memory>
 
 #include <gtest/gtest.h>
@@ -12,6 +11,7 @@
 #include "numerics/exception.h"
 #include "support/documentmaker.h"
 #include "support/fixedsource.h"
+#include "support/temporaryfolder.h"
 
 namespace vorlen {
 
@@ -22,7 +22,7 @@ class ImageFile {
 public:
     template <class Pixel>
     ImageFile(const std::string& name, int width, int height, int depth, Pixel&& pixel)
-        : __path(testing::TempDir() + "vorlen_document_" + name + ".tif") {
+        : __path(__folder.file(name + ".tif")) {
         Image image(width, height, depth);
         for (int row = 0; row < height; ++row)
             for (int column = 0; column < width; ++column)
@@ -31,7 +31,6 @@ public:
                         static_cast<unsigned char>(pixel(row, column, k));
         image.writeFile(__path, "", true);
     }
-    ~ImageFile() { std::remove(__path.c_str()); }
     ImageSourceFile source() const {
         ImageSourceFile source;
         source.setFilename(__path);
@@ -39,6 +38,7 @@ public:
     }
 
 private:
+    TemporaryFolder __folder;
     std::string __path;
 };
 

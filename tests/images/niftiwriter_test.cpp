@@ -108,6 +108,7 @@ TEST(NiftiWriter, writesUnitsOfTheFormatAndRefusesWhatHasNoPlace) {
 TEST(NiftiWriter, moreElementsThanTheFirstVersionCountsTakeTheSecond) {
     const TemporaryFolder folder;
     VoxelMatrix<float> volume(32768, 1, 2);
+    volume.setZeros();
     volume(32767, 0, 1) = 3e38f;
     const std::string fileName = folder.file("a.nii");
     saveNifti(volume, vectorOf<float>({1, 2, 3}), vectorOf<float>({0.5f, 1, 4}), LengthUnit(-3), fileName, false);
