@@ -87,10 +87,10 @@ TEST_F(SpotOperationTest, pointsOnARegisteredSliceLieInItsImage) {
         calibration.setPixelHeight(1);
         stack.getSlice(i).setPixelCalibration(calibration);
     }
-    stack.getSlice(1).setRegistration(Registration(-1.5, 2, 0));
+    stack.getSlice(1).setRegistration(Registration(-2, 1, 0));
     expectStep([&] { return addSpots(stack, twoSpots(), config); });
     EXPECT_EQ(verticesOf(stack.getModel(4).getItem(0)), (Points{{2, 1}}));
-    EXPECT_EQ(verticesOf(stack.getModel(4).getItem(1)), (Points{{3.5, -1}, {4.5, -1}}));
+    EXPECT_EQ(verticesOf(stack.getModel(4).getItem(1)), (Points{{4, 0}, {5, 0}}));
 }
 
 TEST_F(SpotOperationTest, whatIsNoSpotIsRefused) {

@@ -61,7 +61,7 @@ void makeRegisteredBar(Stack& stack, double column, double row) {
         calibration.setPixelWidth(k == 6 ? 0.25f : 0.5f);
         calibration.setPixelHeight(k == 6 ? 0.25f : 0.5f);
         slice.setPixelCalibration(calibration);
-        slice.setImageSource(FixedSource(60, 80));
+        slice.setImageSource(FixedSource(100, 120));
         slice.setAbsolutePosition(2.0f * float(k));
         slice.setRegistration(k == 0 ? Registration() : Registration(3, -2, 4));
     }
@@ -69,7 +69,7 @@ void makeRegisteredBar(Stack& stack, double column, double row) {
     const Vector<double> world = space.toWorld(0, column, row);
     for (int k = 0; k < 7; ++k) {
         const Vector<double> place = space.toPixels(k, world[0], world[1]);
-        stack.getSlice(k).setImageSource(DotSource(60, 80, place[0], place[1]));
+        stack.getSlice(k).setImageSource(DotSource(100, 120, place[0], place[1]));
     }
 }
 
@@ -338,16 +338,16 @@ TEST(Spots, eachStepCanBeCancelled) {
 
 TEST(Spots, standUprightInRegisteredStacks) {
     Stack stack;
-    makeRegisteredBar(stack, 40, 30);
+    makeRegisteredBar(stack, 60, 50);
     ASSERT_EQ(spotFault(stack), "");
     VoxelMatrix<float> volume;
     ProgressSubject subject;
     ASSERT_TRUE(readSpotVolume(stack, GrayContent, volume, subject));
-    EXPECT_EQ(volume(0, 79, 5), 20); // what the turned image does not reach is ground
+    EXPECT_EQ(volume(0, 119, 5), 20); // what the turned image does not reach is ground
     const SpotLabels found = labelsOf(volume, 110, withoutFilters());
     ASSERT_EQ(found.spots.size(), 1u);
-    EXPECT_NEAR(found.spots[0].column, 40, 0.5);
-    EXPECT_NEAR(found.spots[0].row, 30, 0.5);
+    EXPECT_NEAR(found.spots[0].column, 60, 0.5);
+    EXPECT_NEAR(found.spots[0].row, 50, 0.5);
     EXPECT_NEAR(found.spots[0].plane, 3, 0.5);
     EXPECT_NEAR(found.spots[0].numVoxels, 6 * 25 + 6, 20);
     // Its voxels lie on the dots of the images.
@@ -355,8 +355,8 @@ TEST(Spots, standUprightInRegisteredStacks) {
     for (int k = 0; k < 7; ++k) {
         Image image;
         stack.getSlice(k).load(image);
-        const Vector<double> place = grid.toPixels(k, 40, 30);
-        EXPECT_EQ(image.getData()[std::lround(place[1]) * 80 + std::lround(place[0])], 200) << k;
+        const Vector<double> place = grid.toPixels(k, 60, 50);
+        EXPECT_EQ(image.getData()[std::lround(place[1]) * 120 + std::lround(place[0])], 200) << k;
     }
 }
 
@@ -387,6 +387,7 @@ TEST(Spots, stacksThatAreNoVolumeAreRefusedWithTheReason) {
     stack.getSlice(3).setRegistration(turned);
     EXPECT_EQ(spotFault(stack), "");
     PixelCalibration none;
+    none.setPixelWidth(0);
     stack.getSlice(0).setPixelCalibration(none);
     EXPECT_EQ(spotFault(stack).rfind("Slice \"s2\" is registered onto", 0), 0u) << spotFault(stack);
     stack.getSlice(3).setRegistration(Registration());
