@@ -267,7 +267,7 @@ TEST_F(VRLStackIOTest, anIncompleteNewStackIsRefusedAndUnreadableImagesAreNamed)
 TEST_F(VRLStackIOTest, theImageListAddsAndRemoves) {
     VRLStackImageListEditor editor;
     editor.show();
-    auto* remove = editor.findChildren<QPushButton*>()[1];
+    auto* remove = editor.findChildren<QPushButton*>()[2];
     EXPECT_EQ(remove->text(), "Remove");
     EXPECT_FALSE(remove->isEnabled());
     user.thenChoose({folder.filePath("b.tif"), folder.filePath("a.tif")});

@@ -324,8 +324,11 @@ TEST_F(ContourToolsTest, linesThatDoNotCutLeaveTheContour) {
         EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
         EXPECT_FALSE(splitDelegate()->isActive());
     });
-    // A piece too thin for whole pixels.
+    // A piece too thin for thousandths of a pixel.
     ModelItem& corners = addItem(*polygon, *slice, {{20, 50}, {120, 51}, {120, 50}});
+    Vertices<double> thin = corners.getVertices();
+    thin[1][1] = 50.001;
+    corners.setVertices(thin);
     contour.getSelection().set(false);
     select(corners);
     ModalScript script;
