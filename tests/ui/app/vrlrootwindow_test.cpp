@@ -350,7 +350,7 @@ TEST_F(VRLRootWindowTest, undoBringsADrawingBackThatWasGivenUp) {
             drawing->cancel();
         return drawn;
     }));
-    const auto vertices = coordinates(drawing->getItem()->getVertices());
+    const auto vertices = decimals(drawing->getItem()->getVertices());
     drawing->cancel();
     EXPECT_FALSE(drawing->isActive());
     EXPECT_EQ(mediator().commands().action("edit.undo").toolTip(), "Undo Drawing given up");
@@ -359,7 +359,7 @@ TEST_F(VRLRootWindowTest, undoBringsADrawingBackThatWasGivenUp) {
     trigger("edit.undo");
     EXPECT_EQ(slice(), "s0");
     ASSERT_TRUE(drawing->isActive());
-    EXPECT_EQ(coordinates(drawing->getItem()->getVertices()), vertices);
+    EXPECT_EQ(decimals(drawing->getItem()->getVertices()), vertices);
     EXPECT_EQ(window->statusBar().message().toStdString(),
               "Brought back: the drawing (model \"m\", slice \"s0\"). Draw on, or press Escape.");
     drawing->cancel();
