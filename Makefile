@@ -85,7 +85,7 @@ bench: setup
 	@cmake --build --preset release --target vorlen-bench vorlen-bench-draw vorlen-bench-view
 	@scripts/bench $(BUILD)
 
-# Formatting, includes against links, clang-tidy over what has changed, as far as it gets in six minutes; lint-all: to
+# Formatting, includes against links, clang-tidy over what has changed, as far as it gets in three minutes; lint-all: to
 # the end.
 lint:
 	@scripts/setup lint
