@@ -612,11 +612,8 @@ bool StackReader::scanOutline(const char*& cursor, const char* end) {
     __outline.clear();
     bool parted = false;
     while (at < end) {
-        if (*at == ' ') {
+        if (*at == ' ' || *at == '\n') { // a line end parts vertices; numbers that it breaks are left to the other way
             parted = true;
-            ++at;
-        } else if (*at == '\n') {
-            parted = true; // vertices; numbers are broken by a line end in the general way alone
             ++at;
         } else if (*at == ';') {
             ++at;

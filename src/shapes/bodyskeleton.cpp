@@ -112,8 +112,9 @@ public:
     Point placeOf(int voxel) const {
         const auto [width, height, depth] = __body.getSizes();
         static_cast<void>(depth);
+        const int column = voxel % width, row = voxel / width % height, plane = voxel / (width * height);
         const double size = __body.getVoxelSize();
-        return {size * (voxel % width), size * (voxel / width % height), size * (voxel / width / height)};
+        return {size * column, size * row, size * plane};
     }
 
 private:
