@@ -47,6 +47,7 @@ public:
     std::size_t choice = 0;           ///< the level on which candidates are told apart
     SectionLevel search;              ///< the level of searchSide, local contrast made even
 
+    /// Places in the plane that can be found again, and what they look like.
     struct Features {
         std::vector<PlanePoint> places;
         cv::Mat descriptors;

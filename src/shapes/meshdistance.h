@@ -18,6 +18,7 @@ class MeshDistance {
 public:
     using Point = std::array<double, 3>;
 
+    /// The point of the mesh that is closest to a place, and how far it is.
     struct Closest {
         double distance = 0;
         Point point = {};

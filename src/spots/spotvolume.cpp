@@ -38,14 +38,6 @@ bool haveEqualPixels(const StackSlice& a, const StackSlice& b) {
     return one.getPixelWidth() == other.getPixelWidth() && one.getPixelHeight() == other.getPixelHeight();
 }
 
-float leastOf(const PixelMatrix<float>& image) {
-    float least = std::numeric_limits<float>::infinity();
-    for (int i = 0; i < image.getSize1(); ++i)
-        for (int j = 0; j < image.getSize2(); ++j)
-            least = std::min(least, image[i][j]); // passes over what is no number
-    return std::isfinite(least) ? least : 0;
-}
-
 /// Between the four pixels around the place, which is within the image.
 float between(const PixelMatrix<float>& image, double column, double row) {
     const int j = std::min(int(column), std::max(0, image.getSize2() - 2));
@@ -150,17 +142,12 @@ PixelMatrix<float> SpotGrid::carry(int plane, const PixelMatrix<float>& image) c
     const Vector<double> right = toPixels(plane, 1, 0), down = toPixels(plane, 0, 1);
     const double columnStep[] = {right[0] - origin[0], right[1] - origin[1]};
     const double rowStep[] = {down[0] - origin[0], down[1] - origin[1]};
-    const float outside = leastOf(image);
-    // Rounding must not push a border pixel out of an image that was shifted by whole pixels.
-    const double slack = 1e-6;
     for (int i = 0; i < height; ++i)
         for (int j = 0; j < width; ++j) {
             const double u = origin[0] + j * columnStep[0] + i * rowStep[0];
             const double v = origin[1] + j * columnStep[1] + i * rowStep[1];
-            const bool isWithin = u >= -slack && v >= -slack && u <= width - 1 + slack && v <= height - 1 + slack;
             result[i][j] =
-                isWithin ? between(image, std::clamp(u, 0.0, double(width - 1)), std::clamp(v, 0.0, double(height - 1)))
-                         : outside;
+                between(image, std::clamp(u, 0.0, double(width - 1)), std::clamp(v, 0.0, double(height - 1)));
         }
     return result;
 }

@@ -30,8 +30,8 @@ public:
     /// The place (column, row) in pixels of the plane's slice.
     Vector<double> toPixels(int plane, double column, double row) const;
 
-    /// The image of the slice on the grid of the volume, linear between pixels; what the image does not reach has the
-    /// least value of the image, so that no spot arises there.
+    /// The image of the slice on the grid of the volume, linear between pixels; what the image does not reach goes on
+    /// as its border, so that nothing stands out there.
     PixelMatrix<float> carry(int plane, const PixelMatrix<float>& image) const;
 
 private:

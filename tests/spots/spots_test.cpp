@@ -343,7 +343,7 @@ TEST(Spots, standUprightInRegisteredStacks) {
     VoxelMatrix<float> volume;
     ProgressSubject subject;
     ASSERT_TRUE(readSpotVolume(stack, GrayContent, volume, subject));
-    EXPECT_EQ(volume(0, 119, 5), 20); // what the turned image does not reach is ground
+    EXPECT_EQ(volume(0, 119, 5), 20); // what the turned image does not reach goes on as its border
     const SpotLabels found = labelsOf(volume, 110, withoutFilters());
     ASSERT_EQ(found.spots.size(), 1u);
     EXPECT_NEAR(found.spots[0].column, 60, 0.5);
