@@ -89,11 +89,11 @@ def picture(name, box, high, caption, signed=False, width=240):
     bar = coloured(numpy.linspace(low, high, 64)[None], low, high, colours)
     return (f'<figure><svg viewBox="0 0 {width} {tall + 42:.1f}" width="{width}" height="{tall + 42:.1f}">'
             f'<rect width="{across * scale:.1f}" height="{tall:.1f}" class="ground"/>'
-            f'<image href="{data_url(png(coloured(flat, low, high, colours)))}"'
+            f'<image xlink:href="{data_url(png(coloured(flat, low, high, colours)))}"'
             f' x="{(own[0][x] - box[0][x]) * scale:.2f}" y="{(box[1][y] - own[1][y]) * scale:.2f}"'
             f' width="{(own[1][x] - own[0][x]) * scale:.2f}" height="{(own[1][y] - own[0][y]) * scale:.2f}"'
             ' preserveAspectRatio="none" class="cells"/>'
-            f'<image href="{data_url(png(bar))}" x="60" y="{tall + 8:.1f}" width="{width - 120}" height="10"'
+            f'<image xlink:href="{data_url(png(bar))}" x="60" y="{tall + 8:.1f}" width="{width - 120}" height="10"'
             ' preserveAspectRatio="none"/>'
             f'<text x="55" y="{tall + 17:.1f}" text-anchor="end">{low:.3g}</text>'
             f'<text x="{width - 55}" y="{tall + 17:.1f}">{high:.3g}</text>'
