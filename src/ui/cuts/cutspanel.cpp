@@ -250,6 +250,8 @@ void CutsPanel::showEvent(QShowEvent* event) {
 }
 
 void CutsPanel::choose(const QPoint& position) {
+    if (__stack != nullptr && __stack->getNumSlices() > 0 && __old)
+        updateCuts(); // slices may have come and gone since they were painted
     if (const auto chosen = placeAt(position))
         emit placeChosen(*chosen);
 }
