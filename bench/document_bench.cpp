@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/resource.h>
+
 #include <benchmark/benchmark.h>
 
 #include "document/model.h"
@@ -108,8 +110,81 @@ void stackPrint(benchmark::State& state) {
     }
 }
 
+/// A large study: 1,000 sections with 500,000 outlines of 40 vertices in 2,000 models, at a size of 1; of a smaller
+/// size all but the vertices of an outline are fewer. Returns the name of its file.
+std::string studyFile(double size) {
+    const int numSlices = int(1000 * size), numModels = int(2000 * size), numItems = int(500000 * size);
+    const std::string name = folder() + "/study" + std::to_string(numItems) + ".sdf";
+    if (std::filesystem::exists(name))
+        return name;
+    std::ofstream file(name, std::ios::binary);
+    file << "FileFormatVersion 1.03;\nSTACK \"study\";\nRELPOSITION 1;\n";
+    for (int i = 0; i < numSlices; ++i)
+        file << "SLICE \"s" << i << "\" 1 1;\n";
+    for (int k = 0; k < numModels; ++k)
+        file << "MODEL \"m" << k << "\";\nPRIMITIVE Polygon;\n";
+    constexpr int perItem = 40;
+    for (int n = 0; n < numItems; ++n) {
+        file << "MODELITEM \"m" << n % numModels << "\" \"s" << n / (numItems / numSlices) % numSlices
+             << "\";\nMODELITEMDATA\n";
+        const std::vector<int> contour = inputs::contour(perItem, 60, n);
+        for (int k = 0; k < perItem; ++k)
+            file << ' ' << contour[std::size_t(2 * k)] + 100 + n % 800 << ','
+                 << contour[std::size_t(2 * k + 1)] + 100 + n / 800 % 800;
+        file << ";\n";
+    }
+    return name;
+}
+
+/// In megabytes: of the process, whose greatest need is that of the largest case.
+double greatestMemory() {
+    struct rusage usage {};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return double(usage.ru_maxrss) / 1024;
+}
+
+void studyRead(benchmark::State& state) {
+    const std::string name = studyFile(double(state.range(0)) / 100);
+    for (auto _ : state) {
+        Stack stack;
+        StackReader().read(stack, name);
+        if (stack.getNumModels() != 20 * state.range(0))
+            state.SkipWithError("not all models were read");
+    }
+    state.counters["MB"] = greatestMemory();
+}
+
+/// What paging asks for: all outlines of a slice, once each.
+void studyPage(benchmark::State& state) {
+    Stack stack;
+    StackReader().read(stack, studyFile(double(state.range(0)) / 100));
+    int place = 0;
+    for (auto _ : state) {
+        const StackSlice& slice = stack.getSlice(place++ % stack.getNumSlices());
+        double sum = 0;
+        for (int i = 0; i < slice.getNumItems(); ++i)
+            for (int k = 0; k < slice.getItem(i).getSize(); ++k)
+                sum += slice.getItem(i).getCoordinate(k, 0) + slice.getItem(i).getCoordinate(k, 1);
+        benchmark::DoNotOptimize(sum);
+    }
+    state.counters["MB"] = greatestMemory();
+}
+
+void studyWrite(benchmark::State& state) {
+    Stack stack;
+    StackReader().read(stack, studyFile(double(state.range(0)) / 100));
+    const std::string name = folder() + "/written.sdf";
+    for (auto _ : state)
+        if (!StackWriter().write(stack, name))
+            state.SkipWithError("the file was not written");
+    state.counters["MB"] = greatestMemory();
+}
+
 } // namespace
 
+BENCHMARK(studyRead)->Name("studyRead/vorlen")->Arg(10)->Arg(100)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(studyPage)->Name("studyPage/vorlen")->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(studyWrite)->Name("studyWrite/vorlen")->Arg(100)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(stackRead)->Name("stackRead/vorlen")->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(stackScan)->Name("stackRead/reference")->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(stackWrite)->Name("stackWrite/vorlen")->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);

@@ -16,11 +16,11 @@ namespace vorlen {
 namespace {
 
 double x(const ModelItem& item, int i) {
-    return double(item.getVertices()[i][0]);
+    return item.getCoordinate(i, 0);
 }
 
 double y(const ModelItem& item, int i) {
-    return double(item.getVertices()[i][1]);
+    return item.getCoordinate(i, 1);
 }
 
 bool isSameVertex(const ModelItem& one, int i, const ModelItem& other, int j) {

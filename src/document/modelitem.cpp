@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <memory>
+#include <mutex>
 
 #include "document/model.h"
 #include "document/stackslice.h"
@@ -99,19 +101,24 @@ struct Outline {
 
 } // namespace
 
-ModelItem::ModelItem() : __vertices(2, 0, 0, storeGrowth) {
-}
+ModelItem::ModelItem() = default;
 
 ModelItem::ModelItem(const ModelItem& other)
-    : UnreadText(other), __model(other.__model), __slice(other.__slice), __vertices(other.__vertices),
+    : UnreadText(other), __model(other.__model), __slice(other.__slice), __packed(other.__packed),
       __revision(other.__revision), __extent(other.__extent), __extentKnown(other.__extentKnown),
       __updateBox(other.__updateBox), __selection(other.__selection), __properties(other.__properties) {
-    __vertices.detach();
+    const Vertices<double>* const vertices = other.__vertices.load(std::memory_order_acquire);
+    if (__packed.getSize() > 0 || vertices == nullptr)
+        return;
+    auto own = std::make_unique<Vertices<double>>(*vertices);
+    own->detach();
+    __vertices = own.release();
 }
 
 ModelItem::~ModelItem() {
     while (!__owners.empty())
         __owners.back().owner->removeItem(*this);
+    delete __vertices.load(std::memory_order_relaxed);
 }
 
 void ModelItem::setModel(Model* model) {
@@ -189,6 +196,11 @@ void ModelItem::setVertices(const Vertices<double>& vertices) {
 }
 
 void ModelItem::setVertices(const double* coordinates, int n) {
+    if (__vertices.load(std::memory_order_relaxed) == nullptr) {
+        __packed = PackedVertices(coordinates, n);
+        verticesTaken();
+        return;
+    }
     Vertices<double> own(2, n, n, storeGrowth);
     for (int i = 0; i < n; ++i) {
         double* const vertex = own[i].data();
@@ -199,11 +211,59 @@ void ModelItem::setVertices(const double* coordinates, int n) {
 }
 
 /// The vertices have a store that nobody else keeps.
-void ModelItem::takeVertices(const Vertices<double>& vertices) {
-    __vertices = vertices;
+void ModelItem::takeVertices(const Vertices<double>& taken) {
+    Vertices<double>* const present = __vertices.load(std::memory_order_relaxed);
+    if (present != nullptr)
+        *present = taken;
+    else if (taken.getNumVertices() > 0)
+        __vertices = new Vertices<double>(taken);
+    __packed.clear();
+    verticesTaken();
+}
+
+void ModelItem::verticesTaken() {
     verticesChanged();
-    __selection.reset(__vertices.getNumVertices());
+    __selection.reset(getSize());
     __updateBox = boundingBox();
+}
+
+int ModelItem::getSize() const {
+    if (__packed.getSize() > 0)
+        return __packed.getSize();
+    const Vertices<double>* const vertices = __vertices.load(std::memory_order_acquire);
+    return vertices == nullptr ? 0 : vertices->getNumVertices();
+}
+
+double ModelItem::getCoordinate(int i, int axis) const {
+    return __packed.getSize() > 0 ? __packed.getCoordinate(i, axis) : getVertices()[i][axis];
+}
+
+const Vertices<double>& ModelItem::getVertices() const {
+    const Vertices<double>* const vertices = __vertices.load(std::memory_order_acquire);
+    return vertices != nullptr ? *vertices : unpack();
+}
+
+// The plain numbers stay, as others may be reading them, until the item is changed.
+const Vertices<double>& ModelItem::unpack() const {
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    if (const Vertices<double>* const vertices = __vertices.load(std::memory_order_acquire))
+        return *vertices; // another thread was faster
+    const int n = __packed.getSize();
+    auto made = std::make_unique<Vertices<double>>(2, n, n, storeGrowth);
+    for (int i = 0; i < n; ++i)
+        for (const int axis : {0, 1})
+            (*made)[i][axis] = __packed.getCoordinate(i, axis);
+    Vertices<double>* const vertices = made.release();
+    __vertices.store(vertices, std::memory_order_release);
+    return *vertices;
+}
+
+/// To be changed.
+Vertices<double>& ModelItem::vertices() {
+    getVertices();
+    __packed.clear();
+    return *__vertices.load(std::memory_order_relaxed);
 }
 
 void ModelItem::verticesChanged() {
@@ -214,7 +274,7 @@ void ModelItem::verticesChanged() {
 
 void ModelItem::appendVertex(const Vector<double>& vertex) {
     const int n = getSize();
-    __vertices.append(Vector<double>(vertex));
+    vertices().append(Vector<double>(vertex));
     verticesChanged();
     __updateBox = n > 0 ? pixelsOf(n - 1).merge(pixelsOf(n)) : pixelsOf(n);
     __selection.reset(n + 1);
@@ -229,15 +289,16 @@ void ModelItem::appendVertices(const Vertices<double>& vertices) {
         return;
     }
     // One by one and through a copy, since the vertices may be the item's own.
+    Vertices<double>& own = this->vertices();
     for (int i = 0; i < n; ++i)
-        __vertices.append(Vector<double>(vertices[i]));
+        own.append(Vector<double>(vertices[i]));
     verticesChanged();
     __selection.reset(getSize());
     __updateBox = boundingBox();
 }
 
 void ModelItem::insertVertex(int i, const Vector<double>& vertex) {
-    __vertices.insert(i, Vector<double>(vertex));
+    vertices().insert(i, Vector<double>(vertex));
     verticesChanged();
     __selection.insert(i, false);
     computeVertexUpdateBox(i);
@@ -245,7 +306,7 @@ void ModelItem::insertVertex(int i, const Vector<double>& vertex) {
 
 void ModelItem::removeVertex(int i) {
     computeVertexUpdateBox(i);
-    __vertices.remove(i);
+    vertices().remove(i);
     verticesChanged();
     __selection.remove(i);
 }
@@ -254,7 +315,7 @@ void ModelItem::removeVertices(int first, int last) {
     if (first > last)
         return;
     __updateBox = boundingBox();
-    __vertices.remove(first, last);
+    vertices().remove(first, last);
     verticesChanged();
     __selection.remove(first, last);
 }
@@ -262,7 +323,7 @@ void ModelItem::removeVertices(int first, int last) {
 void ModelItem::moveVertex(int i, const Vector<double>& vertex) {
     computeVertexUpdateBox(i);
     const BoundingBox<int> before = __updateBox;
-    __vertices[i] = vertex;
+    vertices()[i] = vertex;
     verticesChanged();
     computeVertexUpdateBox(i);
     __updateBox = before.merge(__updateBox);
@@ -285,7 +346,7 @@ Vertices<double> ModelItem::verticesBySelection(bool selected) const {
     const int size = int(chosen.size());
     Vertices<double> vertices(2, size, size, storeGrowth);
     for (int i = 0; i < size; ++i)
-        vertices[i] = __vertices[chosen[std::size_t(i)]];
+        vertices[i] = getVertices()[chosen[std::size_t(i)]];
     return vertices;
 }
 
@@ -301,7 +362,7 @@ void ModelItem::removeSelectedVertices() {
     if (__selection.isEmpty())
         return;
     __updateBox = boundingBox();
-    __vertices = unselectedVertices();
+    vertices() = unselectedVertices();
     verticesChanged();
     __selection.reset(getSize());
 }
@@ -310,7 +371,7 @@ void ModelItem::removeUnselectedVertices() {
     if (__selection.isComplete())
         return;
     __updateBox = boundingBox();
-    __vertices = selectedVertices();
+    vertices() = selectedVertices();
     verticesChanged();
     __selection.reset(getSize());
 }
@@ -333,8 +394,9 @@ int ModelItem::findNearestVertex(const Vector<double>& point, float tolerance) c
     double best = double(tolerance) * tolerance;
     int nearest = -1;
     const int n = getSize();
+    const Vertices<double>& vertices = getVertices();
     for (int i = 0; i < n; ++i) {
-        const double distance = squaredDistance(__vertices[i], point);
+        const double distance = squaredDistance(vertices[i], point);
         if (nearest < 0 ? distance <= best : distance < best) {
             best = distance;
             nearest = i;
@@ -347,19 +409,20 @@ int ModelItem::findNearVertex(const Vector<double>& point, float tolerance) cons
     if (!isNear(point, tolerance))
         return -1;
     const int n = getSize();
+    const Vertices<double>& vertices = getVertices();
     switch (getGeometry()) {
     case PolypointPrimitive:
         for (int i = 0; i < n; ++i)
-            if (squaredDistance(__vertices[i], point) <= double(tolerance) * tolerance)
+            if (squaredDistance(vertices[i], point) <= double(tolerance) * tolerance)
                 return i;
         return -1;
     case PolygonPrimitive:
-        if (n > 0 && pointNearSegment(__vertices[n - 1], __vertices[0], point, tolerance, true))
+        if (n > 0 && pointNearSegment(vertices[n - 1], vertices[0], point, tolerance, true))
             return 0;
         [[fallthrough]];
     case PolylinePrimitive:
         for (int i = 1; i < n; ++i)
-            if (pointNearSegment(__vertices[i - 1], __vertices[i], point, tolerance, true))
+            if (pointNearSegment(vertices[i - 1], vertices[i], point, tolerance, true))
                 return i;
         return -1;
     case UnknownPrimitive:
@@ -370,6 +433,7 @@ int ModelItem::findNearVertex(const Vector<double>& point, float tolerance) cons
 
 int ModelItem::findInsertion(const Vector<double>& point, float tolerance) const {
     const int n = getSize();
+    const Vertices<double>& vertices = getVertices();
     const MPrimitive geometry = getGeometry();
     if (geometry == PolypointPrimitive)
         return n;
@@ -378,10 +442,10 @@ int ModelItem::findInsertion(const Vector<double>& point, float tolerance) const
     int nearest = -1;
     double best = std::numeric_limits<double>::infinity();
     for (int i = 1; i < n + (geometry == PolygonPrimitive ? 1 : 0); ++i) {
-        const Vector<double>& end = __vertices[i % n];
-        if (!pointNearSegment(__vertices[i - 1], end, point, tolerance, false))
+        const Vector<double>& end = vertices[i % n];
+        if (!pointNearSegment(vertices[i - 1], end, point, tolerance, false))
             continue;
-        const double distance = squaredDistance(__vertices[i - 1], end, point);
+        const double distance = squaredDistance(vertices[i - 1], end, point);
         if (distance < best) {
             best = distance;
             nearest = i;
@@ -392,13 +456,14 @@ int ModelItem::findInsertion(const Vector<double>& point, float tolerance) const
 
 double ModelItem::distanceTo(const Vector<double>& point) const {
     const int n = getSize();
+    const Vertices<double>& vertices = getVertices();
     const MPrimitive geometry = getGeometry();
     double best = std::numeric_limits<double>::infinity();
     for (int i = 0; i < n; ++i)
-        best = std::min(best, squaredDistance(__vertices[i], point));
+        best = std::min(best, squaredDistance(vertices[i], point));
     if (geometry == PolygonPrimitive || geometry == PolylinePrimitive)
         for (int i = geometry == PolygonPrimitive ? 0 : 1; i < n; ++i)
-            best = std::min(best, squaredDistance(__vertices[(i + n - 1) % n], __vertices[i], point));
+            best = std::min(best, squaredDistance(vertices[(i + n - 1) % n], vertices[i], point));
     return std::sqrt(best);
 }
 
@@ -408,15 +473,16 @@ const BoundingBox<double>& ModelItem::extent() const {
     const int n = getSize();
     __extent = BoundingBox<double>();
     if (n > 0) {
-        Vector<double> lower = __vertices[0];
+        Vector<double> lower(2);
+        for (int k = 0; k < 2; ++k)
+            lower[k] = getCoordinate(0, k);
         Vector<double> upper = lower;
-        for (int i = 1; i < n; ++i) {
-            const double* vertex = __vertices[i].data();
+        for (int i = 1; i < n; ++i)
             for (int k = 0; k < 2; ++k) {
-                lower[k] = std::min(lower[k], vertex[k]);
-                upper[k] = std::max(upper[k], vertex[k]);
+                const double coordinate = getCoordinate(i, k);
+                lower[k] = std::min(lower[k], coordinate);
+                upper[k] = std::max(upper[k], coordinate);
             }
-        }
         __extent = BoundingBox<double>(lower, upper);
     }
     __extentKnown = true;
@@ -456,7 +522,10 @@ BoundingBox<int> ModelItem::rectifyBox(const BoundingBox<int>& box) const {
 }
 
 BoundingBox<int> ModelItem::pixelsOf(int i) const {
-    return pixelsAround(__vertices[i], __vertices[i]);
+    Vector<double> place(2);
+    for (int k = 0; k < 2; ++k)
+        place[k] = getCoordinate(i, k);
+    return pixelsAround(place, place);
 }
 
 void ModelItem::computeVertexUpdateBox(int i) {
@@ -476,19 +545,26 @@ bool ModelItem::isClockwise() const {
     if (!isClosed() || n < 3)
         return false;
     // Shoelace sum around the first vertex.
-    const long double x0 = __vertices[0][0];
-    const long double y0 = __vertices[0][1];
+    const long double x0 = getCoordinate(0, 0);
+    const long double y0 = getCoordinate(0, 1);
     long double area = 0;
-    for (int i = 1; i + 1 < n; ++i)
-        area += (__vertices[i][0] - x0) * (__vertices[i + 1][1] - y0) -
-                (__vertices[i + 1][0] - x0) * (__vertices[i][1] - y0);
+    long double dx = getCoordinate(1, 0) - x0, dy = getCoordinate(1, 1) - y0;
+    for (int i = 2; i < n; ++i) {
+        const long double nextX = getCoordinate(i, 0) - x0, nextY = getCoordinate(i, 1) - y0;
+        area += dx * nextY - nextX * dy;
+        dx = nextX;
+        dy = nextY;
+    }
     return area < 0;
 }
 
 void ModelItem::setClockwise(bool clockwise) {
     if (!isClosed() || isClockwise() == clockwise)
         return;
-    __vertices.reverse();
+    if (__vertices.load(std::memory_order_relaxed) == nullptr)
+        __packed.reverse();
+    else
+        vertices().reverse();
     verticesChanged();
     const ModelItemSelection before = __selection;
     const int n = before.getNumBits();
@@ -499,10 +575,10 @@ void ModelItem::setClockwise(bool clockwise) {
 bool ModelItem::partiallyContains(const ModelItem& other) const {
     if (!isClosed() || __slice != other.__slice)
         return false;
-    const Outline outline(__vertices);
+    const Outline outline(getVertices());
     const int n = other.getSize();
     for (int i = 0; i < n; ++i)
-        if (outline.contains(other.__vertices[i][0], other.__vertices[i][1]))
+        if (outline.contains(other.getCoordinate(i, 0), other.getCoordinate(i, 1)))
             return true;
     return false;
 }

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <vector>
 
 #include "document/modelitemproperties.h"
 #include "document/modelitemselection.h"
 #include "document/modelproperties.h"
+#include "document/packedvertices.h"
 #include "document/unreadtext.h"
 #include "shapes/boundingbox.h"
 #include "shapes/vertices.h"
@@ -21,6 +23,9 @@ class StackSlice;
 ///
 /// An item on a slice or in a model is deleted by whichever of the two goes first; an item that is listed nowhere
 /// belongs to its maker. Deletion takes the item off all lists. The vertices belong to the item alone.
+///
+/// An item that was read from a file keeps its vertices as plain numbers, which take a tenth of the memory, until
+/// somebody asks for them as Vertices or changes them. Several threads may ask at once, as for all that is const.
 ///
 /// Vertex numbers and vectors of size 2 are the caller's contract.
 class ModelItem : public UnreadText {
@@ -68,16 +73,20 @@ public:
     bool isClosed() const;
 
     /// Number of vertices.
-    int getSize() const { return __vertices.getNumVertices(); }
+    int getSize() const;
+
+    /// The column of a vertex for axis 0, its row for 1. Unlike getVertices() this leaves plain numbers as they are.
+    double getCoordinate(int i, int axis) const;
 
     /// Takes a copy of the vertices, clears the selection, and sets the update box to boundingBox().
     void setVertices(const Vertices<double>& vertices);
 
-    /// The same for the coordinates of n vertices, x and y of one after the other.
+    /// The same for the coordinates of n vertices, x and y of one after the other. An item that had no vertices keeps
+    /// them as plain numbers.
     void setVertices(const double* coordinates, int n);
 
     /// The vertices, of space 2, sharing their store with the item: detach() a copy before changing it.
-    const Vertices<double>& getVertices() const { return __vertices; }
+    const Vertices<double>& getVertices() const;
 
     /// Edits. Each keeps the selection as long as the vertices, and the update box around what changed; appending
     /// clears the selection.
@@ -167,7 +176,10 @@ private:
 
     bool isListedBy(const ModelItemOwner& owner) const { return placeBy(owner) != 0; }
     std::uint64_t placeBy(const ModelItemOwner& owner) const;
+    const Vertices<double>& unpack() const;
+    Vertices<double>& vertices();
     void takeVertices(const Vertices<double>& vertices);
+    void verticesTaken();
     void verticesChanged();
     bool isNear(const Vector<double>& point, float tolerance) const;
     Vertices<double> verticesBySelection(bool selected) const;
@@ -175,7 +187,8 @@ private:
 
     Model* __model = nullptr;
     StackSlice* __slice = nullptr;
-    Vertices<double> __vertices;
+    PackedVertices __packed;                                     // counts where it is not empty
+    mutable std::atomic<Vertices<double>*> __vertices = nullptr; // owned; null as long as nobody asked for them
     std::uint64_t __revision = 0;
     mutable BoundingBox<double> __extent;
     mutable bool __extentKnown = true;

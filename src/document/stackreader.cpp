@@ -6,6 +6,7 @@
 #include <charconv>
 #include <climits>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <locale>
@@ -14,6 +15,7 @@
 #include <unordered_set>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -81,6 +83,17 @@ std::optional<std::string> readFile(const std::string& name, int& error) {
     ::close(file);
     text.resize(length);
     return text;
+}
+
+constexpr std::size_t bytesGivenBack = std::size_t(16) << 20; // of a long text at once
+
+/// Gives the memory of the whole pages between these places back: nothing of what stood there is left.
+void giveBack(char* from, char* to) {
+    const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+    const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(from) + page - 1) / page * page;
+    const std::uintptr_t last = reinterpret_cast<std::uintptr_t>(to) / page * page;
+    if (last > first)
+        ::madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
 }
 
 /// A pipe or a device in place of an image could keep its reader waiting for ever. What is not there is the image
@@ -246,19 +259,20 @@ bool StackReader::read(Stack& stack, const std::string& fileName) {
     const std::string name = FileInfo::suffixName(fileName) == "sdf" ? fileName : fileName + ".sdf";
     clearLog();
     int error = 0;
-    const std::optional<std::string> text = readFile(name, error);
+    std::optional<std::string> text = readFile(name, error);
     if (text)
-        readText(stack, *text, name, error);
+        readText(stack, *text, name, error, text->data());
     return text.has_value();
 }
 
 void StackReader::readText(Stack& stack, const std::string& text, const std::string& fileName) {
     clearLog();
-    readText(stack, text, fileName, 0);
+    readText(stack, text, fileName, 0, nullptr);
 }
 
-/// The error is the number of the one that broke the reading of the file off.
-void StackReader::readText(Stack& stack, const std::string& text, const std::string& name, int error) {
+/// The error is the number of the one that broke the reading of the file off. What has been read of a long text is
+/// taken off memory, where the text is given a second time to be changed.
+void StackReader::readText(Stack& stack, const std::string& text, const std::string& name, int error, char* own) {
     const ClassicLocale locale;
     notifyStarted("Reading " + name + "...");
     notifyProgressed(0, 100);
@@ -284,6 +298,9 @@ void StackReader::readText(Stack& stack, const std::string& text, const std::str
     const char* const end = text.data() + text.size();
     __counted = cursor;
     __line = 1;
+    const bool isCut = text.substr(0, 1024 + wholeFileAnnouncement.size()).find(wholeFileAnnouncement) < 1024 &&
+                       text.rfind(wholeFileMark) == std::string::npos;
+    std::size_t given = 0;                                       // back
     const std::string outlineKeyword = getString(MODELITEMDATA); // tokens only look at their text
     std::string statement;
     Tokens tokens;
@@ -308,13 +325,19 @@ void StackReader::readText(Stack& stack, const std::string& text, const std::str
         }
         parseStatement(tokens, context, {start, static_cast<std::size_t>(cursor - start)});
         __outline.clear();
+        const auto done = static_cast<std::size_t>(cursor - text.data());
+        if (own != nullptr && done - given >= bytesGivenBack) {
+            lineOf(cursor); // which counts on from here
+            giveBack(own + given, own + done);
+            given = done;
+        }
         notifyProgressed(static_cast<unsigned int>(total * 100 / size), 100);
     }
 
     if (error != 0)
         log({ProblemCode::FileReadError,
              std::string("The file could not be read to its end: ") + std::strerror(error) + "."});
-    else if (__whole && text.find(wholeFileAnnouncement) < 1024 && text.rfind(wholeFileMark) == std::string::npos)
+    else if (__whole && isCut)
         log({ProblemCode::FileCut, "The file is cut off: it lacks the last line that says that it is whole.",
              lineOf(end)});
     else

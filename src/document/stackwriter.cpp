@@ -325,8 +325,7 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
     if (look.definesVertexSymbol())
         statement(VERTEXSYMBOL, ModelItemProperties::toString(look.getVertexSymbol()));
 
-    const Vertices<double>& vertices = item.getVertices();
-    const int size = vertices.getNumVertices();
+    const int size = item.getSize();
     if (size == 0 && !item.getUnreadText().empty()) { // what was read stands for the vertices
         __text += item.getUnreadText();
         return;
@@ -335,12 +334,11 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
     // A blank, two numbers, a comma and a line end.
     char buffer[2 * longestNumber + 3];
     for (int i = 0; i < size; ++i) {
-        const Vector<double>& vertex = vertices[i];
         char* at = buffer;
         *at++ = ' ';
-        at = writePixels(at, at + longestNumber, vertex[0]);
+        at = writePixels(at, at + longestNumber, item.getCoordinate(i, 0));
         *at++ = ',';
-        at = writePixels(at, at + longestNumber, vertex[1]);
+        at = writePixels(at, at + longestNumber, item.getCoordinate(i, 1));
         if (i % verticesPerLine == verticesPerLine - 1 && i != size - 1)
             *at++ = '\n';
         __text.append(buffer, at);

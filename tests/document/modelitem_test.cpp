@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -63,6 +65,73 @@ TEST_F(ModelItemTest, keepsItsVerticesForItself) {
     copy.moveVertex(1, point(7, 7));
     EXPECT_EQ(coordinates(item.getVertices()), (Points{{9, 9}, {3, 4}}));
     EXPECT_EQ(coordinates(copy.getVertices()), (Points{{9, 9}, {7, 7}}));
+}
+
+// As they come from a file: plain numbers until somebody asks for more.
+TEST_F(ModelItemTest, coordinatesComeOutAsTheyWereGiven) {
+    const std::vector<std::vector<double>> given = {
+        {1, 2, 30, 4, 5, 60.125},        // thousandths
+        {0.1234, 2, -0.0, 4, 1e300, -7}, // other numbers
+        {2000000, -2000000, 1999999.999, 0.001, -0.001, 3},
+    };
+    for (const std::vector<double>& numbers : given) {
+        ModelItem& item = addItem(polygons, stack.getSlice(0));
+        ModelItem untouched;
+        for (ModelItem* const each : {&item, &untouched})
+            each->setVertices(numbers.data(), 3);
+        const ModelItem copy(item);
+        EXPECT_EQ(item.getSelection().getNumBits(), 3);
+        EXPECT_EQ(corners(item.extent())[2], std::max({numbers[0], numbers[2], numbers[4]}));
+        for (int i = 0; i < 3; ++i)
+            for (const int axis : {0, 1}) {
+                const double number = numbers[std::size_t(2 * i + axis)];
+                for (const double found : {untouched.getCoordinate(i, axis), item.getVertices()[i][axis],
+                                           item.getCoordinate(i, axis), copy.getVertices()[i][axis]}) {
+                    EXPECT_EQ(found, number);
+                    EXPECT_EQ(std::signbit(found), std::signbit(number));
+                }
+            }
+        EXPECT_EQ(untouched.getSize(), 3);
+        untouched.moveVertex(1, point(8, 9));
+        untouched.removeVertex(0);
+        EXPECT_EQ(decimals(untouched.getVertices()),
+                  (std::vector<std::pair<double, double>>{{8, 9}, {numbers[4], numbers[5]}}));
+        untouched.setVertices(numbers.data(), 2);
+        EXPECT_EQ(untouched.getSize(), 2);
+        EXPECT_EQ(untouched.getCoordinate(1, 1), numbers[3]);
+    }
+    // The other way round, looked at before and not.
+    const double clockwise[] = {0, 0, 0, 4, 4, 4, 4, 0};
+    for (const bool looked : {false, true}) {
+        ModelItem& item = addItem(polygons, stack.getSlice(0));
+        item.setVertices(clockwise, 4);
+        if (looked) {
+            EXPECT_EQ(item.getVertices().getNumVertices(), 4);
+        }
+        item.setClockwise(!item.isClockwise());
+        EXPECT_EQ(item.getCoordinate(0, 0), 4);
+        EXPECT_EQ(coordinates(item.getVertices()), (Points{{4, 0}, {4, 4}, {0, 4}, {0, 0}}));
+    }
+}
+
+TEST_F(ModelItemTest, severalThreadsMayAskForTheVertices) {
+    std::vector<const ModelItem*> items;
+    for (int n = 0; n < 200; ++n) {
+        ModelItem& item = addItem(polygons, stack.getSlice(0));
+        const double numbers[] = {double(n), 1, double(n + 1), 2};
+        item.setVertices(numbers, 2);
+        items.push_back(&item);
+    }
+    std::vector<double> sums(4);
+    std::vector<std::thread> threads;
+    for (double& sum : sums)
+        threads.emplace_back([&items, &sum] {
+            for (const ModelItem* const item : items)
+                sum += item->getVertices()[1][0] + item->getCoordinate(0, 1);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(sums, std::vector<double>(4, 200 * 199 / 2 + 200 + 200));
 }
 
 TEST_F(ModelItemTest, aCopyIsListedNowhere) {

@@ -320,6 +320,25 @@ TEST(StackReader, verticesMayBeDecimals) {
         }
 }
 
+// Of a long text the memory goes as it is read; the lines are counted all the same.
+TEST(StackReader, aLongFileIsReadToItsEnd) {
+    constexpr int perItem = 300000;
+    std::string outline = "MODELITEM \"m\" \"s1\";\nMODELITEMDATA";
+    for (int i = 0; i < perItem; ++i)
+        outline += "\n 100000.5,200000.25";
+    outline += ";\n"; // 6 MB
+    const Read read(slice + model + outline + outline + outline + outline + "NOSUCHWORD 1;\n");
+    ASSERT_EQ(read.stack.getModel(0).getNumItems(), 4);
+    for (int k = 0; k < 4; ++k) {
+        const ModelItem& each = read.stack.getModel(0).getItem(k);
+        ASSERT_EQ(each.getSize(), perItem);
+        EXPECT_EQ(each.getCoordinate(0, 0), 100000.5);
+        EXPECT_EQ(each.getCoordinate(perItem - 1, 1), 200000.25);
+    }
+    ASSERT_EQ(read.reader.getProblems().size(), 1u);
+    EXPECT_EQ(read.reader.getProblems()[0].line, 2 + 4 * (perItem + 2) + 1);
+}
+
 // The usual spelling of an outline is read in one pass, the old one in the general way: both give the same.
 TEST(StackReader, outlinesOfAllFormsReadAlikeInBothSpellings) {
     std::mt19937 random(5);

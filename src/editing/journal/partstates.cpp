@@ -386,12 +386,11 @@ std::string ofItem(const ModelItem& item, const Stack& stack) {
     bytes.integer(item.getSlice() == nullptr ? -1 : stack.findSlice(*item.getSlice()));
     put(bytes, item.getProperties());
     // Whole numbers first, as journals always had them; where there are decimals, these stand behind all the rest.
-    const Vertices<double>& vertices = item.getVertices();
     bool whole = true;
     bytes.number(static_cast<std::uint64_t>(item.getSize()));
     for (int i = 0; i < item.getSize(); ++i)
         for (const int axis : {0, 1}) {
-            const double coordinate = vertices[i][axis];
+            const double coordinate = item.getCoordinate(i, axis);
             const double pixel = std::floor(std::clamp<double>(coordinate, INT_MIN, INT_MAX));
             whole = whole && pixel == coordinate;
             bytes.integer(static_cast<std::int64_t>(pixel));
@@ -399,7 +398,7 @@ std::string ofItem(const ModelItem& item, const Stack& stack) {
     bytes.text(item.getUnreadText());
     for (int i = 0; !whole && i < item.getSize(); ++i)
         for (const int axis : {0, 1})
-            bytes.decimal(vertices[i][axis]);
+            bytes.decimal(item.getCoordinate(i, axis));
     return bytes.take();
 }
 

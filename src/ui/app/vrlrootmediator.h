@@ -141,6 +141,10 @@ public slots:
     void flipSlices();
     /// Goes to the next slice that lacks the current model between others.
     void setNextLackingSlice();
+    /// Shows or hides the crosshair in all windows. It comes to the middle of what is seen first.
+    void toggleCrosshair();
+    /// Shows the slice nearest to the place of the stack's crosshair, and the part of it where it lies.
+    void goToCrosshair();
     /// Undoes so many steps; redoes them for a number below 0.
     void goInHistory(int numSteps);
     void sliceSelectionChange();
@@ -168,6 +172,8 @@ private:
     void bindWorkspaceCommands();
     void updateWorkspace();
     void showScaleBar(bool shown);
+    void bindCrosshair();
+    void crosshairMoved(const VRLStack* stack, const QObject* source);
     void goTo(int position);
     void showStep(const QString& verb, const QString& what, const StepWatch& watch);
 

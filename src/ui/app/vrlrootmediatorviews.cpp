@@ -1,7 +1,10 @@
 #include "ui/app/vrlrootmediator.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include <QAction>
@@ -14,15 +17,19 @@
 #include "editing/bus/vrlmodelevent.h"
 #include "editing/operations/modelsections.h"
 #include "editing/stacks/vrlstack.h"
+#include "reconstruction/spaceplace.h"
 #include "ui/app/historypanel.h"
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/app/workspace.h"
+#include "ui/cuts/cutspanel.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
 #include "ui/panorama/vrloverviewwidget.h"
 #include "ui/panorama/vrlpanorama.h"
+#include "ui/session/crosshair.h"
 #include "ui/slices/contrastdialog.h"
+#include "ui/slices/slicecrosshair.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
@@ -73,7 +80,7 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
     const auto tools = editor.getToolActions();
     workspace.tools().addActions(tools);
     workspace.tools().addSeparator();
-    for (const char* command : {"edit.points", "edit.snake", "edit.split", "edit.join"})
+    for (const char* command : {"edit.points", "edit.split", "edit.join"})
         workspace.tools().addAction(&editor.getCommand(command));
     connect(&workspace, &Workspace::openRequested, &__commands.action("stack.open"), &QAction::trigger);
     connect(&workspace, &Workspace::newRequested, &__commands.action("stack.new"), &QAction::trigger);
@@ -81,14 +88,15 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
     connect(&workspace.models(), &ModelPanel::sliceRequested, this, &VRLRootMediator::setSlice);
     connect(&workspace.history(), &HistoryPanel::goRequested, this, &VRLRootMediator::goInHistory);
     // Letters are for the canvas: lists beside it are searched by typing.
-    for (const char* id : {"slice.flip", "slice.nextLacking", "view.ghosts"}) {
+    for (const char* id : {"slice.flip", "slice.nextLacking", "view.ghosts", "view.crosshair", "crosshair.place"}) {
         QAction& action = __commands.action(id);
         action.setShortcutContext(Qt::WidgetShortcut);
         editor.getCanvas().addAction(&action);
     }
     for (const auto& [id, dock] : {std::make_pair("show.models", &workspace.modelDock()),
                                    std::make_pair("show.history", &workspace.historyDock()),
-                                   std::make_pair("show.toolOptions", &workspace.optionsDock())}) {
+                                   std::make_pair("show.toolOptions", &workspace.optionsDock()),
+                                   std::make_pair("show.cuts", &workspace.cutsDock())}) {
         QAction& action = __commands.action(id);
         connect(dock, &QDockWidget::visibilityChanged, &action,
                 [&action, dock = dock] { action.setChecked(!dock->isHidden()); });
@@ -98,6 +106,7 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
         for (const char* id : {"model.rename", "model.colour", "slice.nextLacking"})
             __commands.update(id);
     });
+    bindCrosshair();
     showScaleBar(QSettings().value("rootWindow/scaleBar", true).toBool());
     updateWorkspace();
 }
@@ -112,6 +121,7 @@ void VRLRootMediator::updateWorkspace() {
         __workspace->setStack(__stack);
     }
     __workspace->models().setSlice(__slice);
+    __workspace->cuts().setSlice(__slice);
     __workspace->updateFirstSteps();
 }
 
@@ -129,6 +139,7 @@ void VRLRootMediator::bindWorkspaceCommands() {
     __commands.bind("show.models", [toggle] { toggle(&Workspace::modelDock); });
     __commands.bind("show.history", [toggle] { toggle(&Workspace::historyDock); });
     __commands.bind("show.toolOptions", [toggle] { toggle(&Workspace::optionsDock); });
+    __commands.bind("show.cuts", [toggle] { toggle(&Workspace::cutsDock); });
     __commands
         .bind("model.new",
               [this] {
@@ -141,6 +152,17 @@ void VRLRootMediator::bindWorkspaceCommands() {
     __commands.bind("model.colour", [this] { __workspace->models().recolourCurrent(); }).enableWhen(model);
     __commands.bind("slice.flip", [this] { flipSlices(); }).enableWhen([this] { return __slicePaired != nullptr; });
     __commands.bind("slice.nextLacking", [this] { setNextLackingSlice(); }).enableWhen(model);
+    __commands.bind("view.crosshair", [this] { toggleCrosshair(); });
+    __commands
+        .bind("crosshair.place",
+              [this] {
+                  if (__sliceWidget->getMediator().getCrosshair().setPlaceUnderPointer())
+                      Crosshair::crosshair().setShown(true);
+              })
+        .enableWhen([this] { return __slice != nullptr; });
+    __commands.bind("crosshair.find", [this] { goToCrosshair(); }).enableWhen([this] {
+        return __stack != nullptr && Crosshair::crosshair().placeIn(*__stack).has_value();
+    });
     __commands.bind("view.scaleBar", [this] { showScaleBar(!__sliceWidget->getCanvas().isScaleBarShown()); });
     __commands.bind("view.ghosts", [this] {
         VRLRootSliceEditWidgetMediator& editor = __sliceWidget->getMediator();
@@ -153,6 +175,54 @@ void VRLRootMediator::showScaleBar(bool shown) {
     __sliceWidget->getCanvas().setScaleBarShown(shown);
     __commands.action("view.scaleBar").setChecked(shown);
     QSettings().setValue("rootWindow/scaleBar", shown);
+}
+
+/// While the crosshair is hidden no place of another window changes what this one shows.
+void VRLRootMediator::bindCrosshair() {
+    Crosshair& crosshair = Crosshair::crosshair();
+    QAction& shown = __commands.action("view.crosshair");
+    shown.setChecked(crosshair.isShown());
+    connect(&crosshair, &Crosshair::shownChanged, &shown, &QAction::setChecked);
+    connect(&crosshair, &Crosshair::placeChanged, this, &VRLRootMediator::crosshairMoved);
+    connect(&__workspace->cuts(), &CutsPanel::placeChosen, this, [this](const SpacePlace& place) {
+        if (__stack == nullptr)
+            return;
+        Crosshair::crosshair().setPlace(*__stack, place, &__workspace->cuts());
+        if (!__locked)
+            goToCrosshair(); // also while it is hidden
+    });
+}
+
+void VRLRootMediator::crosshairMoved(const VRLStack* stack, const QObject* source) {
+    if (stack != __stack)
+        return;
+    __commands.update("crosshair.find");
+    if (!__locked && source != &__sliceWidget->getMediator() && Crosshair::crosshair().isShown())
+        goToCrosshair();
+}
+
+void VRLRootMediator::toggleCrosshair() {
+    Crosshair& crosshair = Crosshair::crosshair();
+    if (!crosshair.isShown())
+        __sliceWidget->getMediator().getCrosshair().setFirstPlace();
+    crosshair.setShown(!crosshair.isShown());
+    __commands.action("view.crosshair").setChecked(crosshair.isShown());
+}
+
+void VRLRootMediator::goToCrosshair() {
+    const auto place = __stack == nullptr ? std::nullopt : Crosshair::crosshair().placeIn(*__stack);
+    if (!place)
+        return;
+    goTo(nearestSlice(*__stack, *place));
+    const auto pixel = __slice == nullptr ? std::nullopt : pixelUnder(*__stack, *__slice, *place);
+    const QRect seen = __sliceWidget->getCanvas().currentView();
+    if (!pixel || QRectF(seen).contains(pixel->x, pixel->y))
+        return;
+    const auto origin = [](double middle, int size) {
+        constexpr double farthest = 1e6; // pixels: the view ends at the image
+        return int(std::clamp(std::round(middle), -farthest, farthest)) - size / 2;
+    };
+    __sliceWidget->setViewOrigin(QPoint(origin(pixel->x, seen.width()), origin(pixel->y, seen.height())));
 }
 
 void VRLRootMediator::flipSlices() {

@@ -1,5 +1,6 @@
 #include "ui/app/workspace.h"
 
+#include <QCheckBox>
 #include <QDockWidget>
 #include <QFrame>
 #include <QLabel>
@@ -11,6 +12,7 @@
 
 #include "editing/stacks/vrlstack.h"
 #include "ui/app/historypanel.h"
+#include "ui/cuts/cutspanel.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
@@ -24,7 +26,7 @@ namespace vorlen {
 namespace {
 
 const char* const layoutKey = "rootWindow/workspace";
-constexpr int layoutVersion = 2;
+constexpr int layoutVersion = 3;
 
 /// A strip over the slice, with a sentence.
 QFrame* newStrip(const QString& text, QWidget* parent) {
@@ -70,6 +72,10 @@ Workspace::Workspace(QWidget* views, VRLRootSliceEditWidget& sliceWidget, QWidge
     __optionsDock = newDock("Tool options", "dock.toolOptions", newToolOptions(sliceWidget.getMediator()));
     addDockWidget(Qt::RightDockWidgetArea, __optionsDock);
     __modelDock->raise();
+    __cuts = new CutsPanel(modelViews, this);
+    __cutsDock = newDock("Cuts", "dock.cuts", newCuts());
+    addDockWidget(Qt::BottomDockWidgetArea, __cutsDock);
+    __cutsDock->hide();
     connect(newModel, &QPushButton::clicked, this, [this] {
         __modelDock->show();
         __modelDock->raise();
@@ -100,6 +106,25 @@ QWidget* Workspace::newToolOptions(VRLSliceEditWidgetMediator& editor) {
     return view;
 }
 
+QWidget* Workspace::newCuts() {
+    auto* const content = new QWidget(this);
+    auto* const stretch = new QCheckBox("Stretch along the stack", content);
+    stretch->setObjectName("cuts.stretch");
+    stretch->setToolTip("Let the cuts fill the panel, however thin the stack is; else lengths are true");
+    connect(stretch, &QCheckBox::toggled, __cuts, &CutsPanel::setStretched);
+    connect(__cuts, &CutsPanel::stretchedChanged, stretch, &QCheckBox::setChecked);
+    auto* const layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 4);
+    layout->setSpacing(4);
+    layout->addWidget(__cuts, 1);
+    auto* const line = new QHBoxLayout;
+    line->setContentsMargins(8, 0, 8, 0);
+    line->addWidget(stretch);
+    line->addStretch(1);
+    layout->addLayout(line);
+    return content;
+}
+
 QFrame* Workspace::newFirstSteps(QWidget* views) {
     QFrame* const strip =
         newStrip("Open a stack, or make one of your section images. A stack file, images, or a folder "
@@ -120,6 +145,7 @@ void Workspace::setStack(VRLStack* stack) {
     __stack = stack;
     __models->setStack(stack);
     __history->setStack(stack);
+    __cuts->setStack(stack);
     updateFirstSteps();
 }
 

@@ -8,6 +8,7 @@ class QToolBar;
 
 namespace vorlen {
 
+class CutsPanel;
 class HistoryPanel;
 class ModelPanel;
 class VRLRootSliceEditWidget;
@@ -15,7 +16,8 @@ class VRLSliceEditWidgetMediator;
 class VRLStack;
 
 /// The middle of a root window: the slice, a tool bar of the tools that stay on, and around it docks that move, close
-/// and come back where they were: models, history, and the options of the tool.
+/// and come back where they were: models, history, the options of the tool, and cuts across the stack, which are not
+/// seen at first.
 ///
 /// Over the slice lies what is to be done first: without a stack, how to get one; in a stack without models, "New
 /// model".
@@ -28,9 +30,11 @@ public:
 
     ModelPanel& models() { return *__models; }
     HistoryPanel& history() { return *__history; }
+    CutsPanel& cuts() { return *__cuts; }
     QDockWidget& modelDock() { return *__modelDock; }
     QDockWidget& historyDock() { return *__historyDock; }
     QDockWidget& optionsDock() { return *__optionsDock; }
+    QDockWidget& cutsDock() { return *__cutsDock; }
     QToolBar& tools() { return *__tools; }
 
     /// Null for none.
@@ -50,14 +54,17 @@ signals:
 private:
     QDockWidget* newDock(const QString& title, const char* name, QWidget* content);
     QFrame* newFirstSteps(QWidget* views);
+    QWidget* newCuts();
     QWidget* newToolOptions(VRLSliceEditWidgetMediator& editor);
 
     VRLStack* __stack = nullptr;
     ModelPanel* __models;
     HistoryPanel* __history;
+    CutsPanel* __cuts;
     QDockWidget* __modelDock;
     QDockWidget* __historyDock;
     QDockWidget* __optionsDock;
+    QDockWidget* __cutsDock;
     QToolBar* __tools;
     QFrame* __welcome;
     QFrame* __noModels;

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "editing/operations/slicealignment.h"
-#include "ui/registration/stacktask.h"
+#include "ui/cuts/stacktask.h"
 #include "values/registration.h"
 
 namespace vorlen {

@@ -13,7 +13,7 @@
 #include "document/stackslice.h"
 #include "images/rasters/image.h"
 #include "numerics/maths.h"
-#include "ui/registration/greyimage.h"
+#include "ui/cuts/greyimage.h"
 #include "ui/slices/vrlpainter.h"
 
 namespace vorlen {

@@ -15,7 +15,7 @@ CommandSheet newSheet() {
         {"Rendering", {"viewer.snapshot", "viewer.record", "rendering.export", "window.close"}},
         {"Edit", {"models.edit", "animation.timeout", "animation.angle"}},
         {"Pose", {"pose.record", "pose.select", "pose.delete", "pose.fit", commandSeparator}},
-        {"Show", {"show.toolBar", "show.panel"}},
+        {"Show", {"show.toolBar", "show.panel", "view.crosshair"}},
     };
     std::vector<const char*>& poses = sheet.menus[2].entries;
     poses.insert(poses.end(), viewerPoseMenu().entries.begin(), viewerPoseMenu().entries.end());
@@ -37,6 +37,11 @@ const std::vector<CommandInfo>& ownRenderingCommands() {
         {.id = "pose.select", .text = "Select", .tip = "Return to a recorded pose"},
         {.id = "pose.delete", .text = "Delete", .tip = "Forget a recorded pose"},
         {.id = "show.toolBar", .text = "Tool bar", .tip = "Show or hide the tool bar", .checkable = true},
+        {.id = "view.crosshair",
+         .text = "Crosshair",
+         .tip = "Show the same place in all windows of the stack; a click on a surface sets it",
+         .keys = "P",
+         .checkable = true},
         {.id = "show.panel", .text = "Pose panel", .tip = "Show or hide the pose panel", .checkable = true},
     };
     return commands;

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <iostream>
+#include <optional>
 
+#include <QAction>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -26,6 +28,7 @@
 #include "ui/scenes/renderingcommands.h"
 #include "ui/scenes/vrlrenderingpaintergl.h"
 #include "ui/scenes/vrlrenderingtoolbar.h"
+#include "ui/session/crosshair.h"
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/widgets/plaintext.h"
 #include "ui/widgets/waitcursor.h"
@@ -63,7 +66,48 @@ VRLRenderingMediator::VRLRenderingMediator(QObject* parent) : ViewerMediator(par
                 askForNumber("Rendering", "Enter animation angle (deg.):", getRandomMotionAngle(), -180, 180))
             setRandomMotionAngle(*angle);
     });
+    bindCrosshair();
     commands().update();
+}
+
+void VRLRenderingMediator::bindCrosshair() {
+    Crosshair& crosshair = Crosshair::crosshair();
+    QAction& shown = commands().action("view.crosshair");
+    shown.setChecked(crosshair.isShown());
+    commands().bind("view.crosshair", [] { Crosshair::crosshair().setShown(!Crosshair::crosshair().isShown()); });
+    connect(&crosshair, &Crosshair::shownChanged, this, [this, &shown](bool on) {
+        shown.setChecked(on);
+        updateMark();
+    });
+    connect(&crosshair, &Crosshair::placeChanged, this, [this](const VRLStack* stack) {
+        if (stack == __stack)
+            updateMark();
+    });
+    connect(this, &VRLRenderingMediator::stackChanged, this, &VRLRenderingMediator::updateMark);
+}
+
+void VRLRenderingMediator::updateMark() {
+    if (getCanvas() == nullptr)
+        return;
+    const Crosshair& crosshair = Crosshair::crosshair();
+    const auto place = __stack != nullptr && crosshair.isShown() ? crosshair.placeIn(*__stack) : std::nullopt;
+    std::optional<Vector<float>> mark;
+    if (place) {
+        mark.emplace(3);
+        (*mark)[0] = float(place->x);
+        (*mark)[1] = float(place->y);
+        (*mark)[2] = float(place->z);
+    }
+    getCanvas()->setMark(mark);
+}
+
+/// A click sets the place only while the crosshair is shown: turning the scene begins with one.
+void VRLRenderingMediator::pointAt(const QPoint& position) {
+    Crosshair& crosshair = Crosshair::crosshair();
+    if (__stack == nullptr || getCanvas() == nullptr || !crosshair.isShown())
+        return;
+    if (const auto place = getCanvas()->placeAt(position))
+        crosshair.setPlace(*__stack, {double((*place)[0]), double((*place)[1]), double((*place)[2])}, this);
 }
 
 std::vector<Pose> VRLRenderingMediator::storedPoses() const {
@@ -94,6 +138,7 @@ void VRLRenderingMediator::clear() {
     __stack = nullptr;
     __refreshPending = false;
     __pending.clear();
+    updateMark();
     updateCanvas();
 }
 
@@ -103,6 +148,8 @@ void VRLRenderingMediator::initRenderingMenu(QMenu& menu) {
 
 void VRLRenderingMediator::initialize() {
     ViewerMediator::initialize();
+    if (getCanvas() != nullptr)
+        connect(getCanvas(), &ViewerCanvasGL::clicked, this, &VRLRenderingMediator::pointAt);
     if (__toolbar == nullptr)
         return;
     connect(__toolbar, &VRLRenderingToolbar::homeClicked, this, &ViewerMediator::resetPose);

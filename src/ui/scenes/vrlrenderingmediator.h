@@ -9,6 +9,7 @@
 #include "editing/bus/vrleventclient.h"
 #include "ui/viewer/viewermediator.h"
 
+class QPoint;
 class QString;
 
 namespace vorlen {
@@ -96,6 +97,9 @@ private:
     VRLRenderingPainterGL* painterOf(const Model* model) const;
     void onPainter(const Model* model, const std::function<void(VRLRenderingPainterGL&)>& change);
     void refreshNowOrAtBatchEnd();
+    void bindCrosshair();
+    void updateMark();
+    void pointAt(const QPoint& position);
     bool isLeftToBatchEnd(const Model* model, const ModelItem* item);
     void makeGood();
     void buildPainters();

@@ -88,9 +88,8 @@ void VRLPainter::drawItem(const ModelItem& item) {
     QPolygon polygon;
     polygon.reserve(item.getSize());
     for (int i = 0; i < item.getSize(); ++i) {
-        const Vector<double>& vertex = item.getVertices()[i];
-        polygon.append(QPoint(__converter.xToModel(int(std::lround(vertex[0]))),
-                              __converter.yToModel(int(std::lround(vertex[1])))));
+        polygon.append(QPoint(__converter.xToModel(int(std::lround(item.getCoordinate(i, 0)))),
+                              __converter.yToModel(int(std::lround(item.getCoordinate(i, 1))))));
     }
 
     save();

@@ -16,6 +16,7 @@
 #include "ui/models/modeltable.h"
 #include "ui/models/modelviews.h"
 #include "ui/session/vrlpreferences.h"
+#include "ui/slices/crosshairlines.h"
 #include "ui/slices/itemlook.h"
 #include "ui/slices/scalebar.h"
 #include "ui/tools/canvasnote.h"
@@ -41,6 +42,7 @@ void VRLSliceEditWidgetCanvas::clear() {
     __extraItem = nullptr;
     __rubberLine = nullptr;
     __note = nullptr;
+    __crosshair.reset();
     __ghosts.clear();
     __sinceSlice.invalidate();
     VRLSliceWidgetCanvas::clear();
@@ -71,6 +73,14 @@ void VRLSliceEditWidgetCanvas::setExtraItem(ModelItem* item) {
 
 void VRLSliceEditWidgetCanvas::setNote(const CanvasNote* note) {
     __note = note;
+    update();
+}
+
+void VRLSliceEditWidgetCanvas::setCrosshair(const std::optional<QPointF>& place, bool dashed) {
+    if (place == __crosshair && dashed == __crosshairDashed)
+        return;
+    __crosshair = place;
+    __crosshairDashed = dashed;
     update();
 }
 
@@ -144,13 +154,20 @@ bool VRLSliceEditWidgetCanvas::waitsForImage() {
 
 bool VRLSliceEditWidgetCanvas::hasOverlay() const {
     return getSlice() != nullptr && (__extraItem != nullptr || __rubberLine != nullptr || !__ghosts.empty() ||
-                                     __note != nullptr || __scaleBarShown);
+                                     __note != nullptr || __scaleBarShown || __crosshair);
 }
 
 void VRLSliceEditWidgetCanvas::paintOverlay(QPainter& painter) const {
     if (getMode() != BackgroundMode)
         paintUnfinished(painter);
     paintNote(painter);
+    if (__crosshair) {
+        const QPointF at = painter.transform().map(*__crosshair);
+        painter.save();
+        painter.resetTransform();
+        paintCrosshair(painter, QRectF(rect()), at, __crosshairDashed);
+        painter.restore();
+    }
     if (!__scaleBarShown)
         return;
     painter.resetTransform();

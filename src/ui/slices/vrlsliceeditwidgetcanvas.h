@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include <QElapsedTimer>
 #include <QLine>
+#include <QPointF>
 #include <QRegion>
 
 #include "editing/operations/copyoperations.h"
@@ -44,6 +46,12 @@ public:
     /// first.
     void setScaleBarShown(bool shown);
     bool isScaleBarShown() const { return __scaleBarShown; }
+
+    /// Where lines cross that are painted over all, in image coordinates; none for none. Dashed for a place that
+    /// belongs to another slice.
+    void setCrosshair(const std::optional<QPointF>& place, bool dashed);
+    const std::optional<QPointF>& getCrosshair() const { return __crosshair; }
+    bool isCrosshairDashed() const { return __crosshairDashed; }
 
     /// Which models are hidden; all are shown for null. Seen, not owned.
     void setModelViews(const ModelViews* views) { __modelViews = views; }
@@ -91,6 +99,8 @@ private:
     const QLine* __rubberLine = nullptr;
     const CanvasNote* __note = nullptr;
     bool __scaleBarShown = false;
+    std::optional<QPointF> __crosshair;
+    bool __crosshairDashed = false;
 };
 
 } // namespace vorlen

@@ -17,6 +17,7 @@
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/guarded.h"
 #include "ui/models/modelviews.h"
+#include "ui/slices/slicecrosshair.h"
 #include "ui/slices/slicetoolhost.h"
 #include "ui/slices/toolmenus.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
@@ -51,6 +52,7 @@ void VRLSliceEditWidgetMediator::initialize() {
     getCanvas().addAction(__cancel);
     getCanvas().addActions(__menus->getActions());
     getCanvas().setModelViews(__views);
+    __crosshair = new SliceCrosshair(*this);
     __resting = &toolOf(restingToolMaker());
     __chosen = __resting;
     __chosenId = selectingToolId;
@@ -67,6 +69,8 @@ void VRLSliceEditWidgetMediator::clear() {
         if (tool != nullptr)
             tool->abandon();
     VRLSliceWidgetMediator::clear();
+    if (__crosshair != nullptr)
+        __crosshair->update();
     selectionChange(StackSliceSelectionInfo());
 }
 
@@ -82,6 +86,8 @@ void VRLSliceEditWidgetMediator::setSlice(StackSlice& slice) {
             tool->activate();
     updateSelection();
     updateGhosts();
+    if (__crosshair != nullptr)
+        __crosshair->update();
 }
 
 void VRLSliceEditWidgetMediator::sliceItemSelectionEvent(VRLSliceItemSelectionEvent& event) {
@@ -430,6 +436,8 @@ void VRLSliceEditWidgetMediator::updateSelection() {
 bool VRLSliceEditWidgetMediator::canvasEvent(QEvent* event) {
     Tool* const tool = isInteracting() ? __current.data() : __chosen;
     const QEvent::Type type = event->type();
+    if (__crosshair != nullptr)
+        __crosshair->watch(*event, tool == __resting);
     if (type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick)
         __pressed = tool;
     if (type == QEvent::ContextMenu && __pressed && __pressed != tool &&

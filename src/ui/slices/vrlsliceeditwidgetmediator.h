@@ -19,6 +19,7 @@ namespace vorlen {
 
 class Model;
 class ModelViews;
+class SliceCrosshair;
 class SliceToolHost;
 struct ToolCommand;
 class ToolHost;
@@ -69,6 +70,9 @@ public:
     /// The editor as the tools see it. The tools themselves are children of this object, made by initialize().
     ToolHost& getToolHost() const;
     QAction& getCancelCommand() const { return *__cancel; }
+
+    /// Of an initialized editor.
+    SliceCrosshair& getCrosshair() const { return *__crosshair; }
 
     /// How the models are looked at in this window.
     ModelViews& modelViews() const { return *__views; }
@@ -159,9 +163,10 @@ private:
     QAction* __cancel;
     QList<QPointer<QAction>> __contextualActions;
     std::vector<std::pair<ToolMaker, Tool*>> __tools;
-    ModelViews* __views;       // a child
-    Tool* __resting = nullptr; // that selects
-    Tool* __chosen = nullptr;  // that has the canvas while no other runs: the resting one, or one that stays on
+    ModelViews* __views;                   // a child
+    SliceCrosshair* __crosshair = nullptr; // a child
+    Tool* __resting = nullptr;             // that selects
+    Tool* __chosen = nullptr; // that has the canvas while no other runs: the resting one, or one that stays on
     QString __chosenId;
     QPointer<Tool> __current; // that is not the resting one; null while none runs
     QPointer<Tool> __pressed; // that was shown the last press

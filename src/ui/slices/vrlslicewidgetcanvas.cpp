@@ -35,8 +35,7 @@ QColor colorOf(const ModelItemProperties& look) {
 }
 
 QPointF pointOf(const ModelItem& item, int i) {
-    const Vector<double>& vertex = item.getVertices()[i];
-    return QPointF(vertex[0], vertex[1]);
+    return QPointF(item.getCoordinate(i, 0), item.getCoordinate(i, 1));
 }
 
 /// From the first to the last pixel, both within.

@@ -11,23 +11,9 @@
 #include "document/stackslice.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/guarded.h"
-#include "ui/models/modelviews.h"
+#include "ui/tools/outlinepicking.h"
 
 namespace vorlen {
-
-namespace {
-
-/// Twice the area, for a comparison.
-double extentOf(const Outline& outline) {
-    double sum = 0;
-    for (std::size_t k = 0; k < outline.size(); ++k) {
-        const OutlinePoint& next = outline[(k + 1) % outline.size()];
-        sum += outline[k].x * next.y - next.x * outline[k].y;
-    }
-    return std::abs(sum);
-}
-
-} // namespace
 
 MovingTool::MovingTool(ToolHost& host) : VRLSliceEditWidgetMediatorDelegate(host) {
 }
@@ -71,48 +57,15 @@ void MovingTool::itemGone(const ModelItem& item) {
         giveUp();
 }
 
-ModelItem* MovingTool::itemAt(const QPointF& point) const {
-    const ItemVertex place = itemVertex({point.x(), point.y()});
-    ModelItem* best = nullptr;
-    double least = 0;
-    const auto look = [&](ModelItem& item, double measure) {
-        if (best == nullptr || measure < least) {
-            best = &item;
-            least = measure;
-        }
-    };
-    for (int i = 0; i < slice()->getNumItems(); ++i) {
-        ModelItem& item = slice()->getItem(i);
-        if (!host().modelViews().isTouchable(item) || item.getSize() == 0)
-            continue;
-        const Outline outline = outlineOf(item.getVertices());
-        const bool near = item.distanceTo(place) <= double(clickTolerance());
-        const bool inside = item.isClosed() && isInside(outline, {point.x(), point.y()});
-        if (!near && !inside)
-            continue;
-        const bool selected = !item.getSelection().isEmpty();
-        // Those that are selected, those whose line is near by how near, the others by their size.
-        look(item, selected ? -1e18 : near ? item.distanceTo(place) - 1e9 : extentOf(outline));
-    }
-    return best;
-}
-
-void MovingTool::selectAlone(ModelItem& item) {
-    for (ModelItem* const other : slice()->getSelectedItems())
-        other->getSelection().set(false);
-    item.getSelection().set(true);
-    host().selectionChanged();
-}
-
 void MovingTool::mousePressEvent(QMouseEvent* event) {
     if (!acts() || event->buttons() != Qt::LeftButton || stack() == nullptr)
         return anyEvent(event);
     event->accept();
     const QPointF point = host().exactImagePoint(event->position());
-    ModelItem* const item = itemAt(point);
+    ModelItem* const item = itemMeantAt(host(), point, double(clickTolerance()));
     if (item == nullptr)
         return host().setHint("There is no outline here.");
-    selectAlone(*item);
+    selectAlone(host(), *item);
     __item = item;
     __start = point;
     __modifiers = event->modifiers();

@@ -34,8 +34,6 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
-    ModelItem* itemAt(const QPointF& point) const;
-    void selectAlone(ModelItem& item);
     OutlineMotion motionTo(const QMouseEvent& event) const;
     void giveUp();
 

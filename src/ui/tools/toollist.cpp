@@ -6,6 +6,7 @@
 #include "ui/tools/brushtool.h"
 #include "ui/tools/measuringtool.h"
 #include "ui/tools/movingtool.h"
+#include "ui/tools/snaketool.h"
 #include "ui/tools/startingtool.h"
 #include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordouglaspeuckerdecimationdelegate.h"
@@ -148,6 +149,7 @@ const std::vector<ToolCommand>& toolCommands() {
         {.info = {.id = "tool.automatic", .text = "Automatic", .tip = "Drag a box around a structure, or click on it: its outline, for the current model", .icon = "toolautomatic", .keys = "A", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<AutomaticTool>, .stays = true},
         {.info = {.id = "tool.move", .text = "Move, turn, scale", .tip = "Drag an outline: move it; with Shift, turn it; with Ctrl, scale it", .icon = "toolmove", .keys = "M", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<MovingTool>, .stays = true},
         {.info = {.id = "tool.measure", .text = "Measure", .tip = "Drag: measure a distance; drag on from its end: an angle", .icon = "toolmeasure", .keys = "T", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<MeasuringTool>, .stays = true},
+        {.info = {.id = "tool.snake", .text = "Snake", .tip = "Click on an outline: it finds the edges of the image around it", .icon = "toolsnake", .keys = "Shift+S", .checkable = true}, .menu = ToolMenu::None, .isEnabled = always, .make = make<SnakeTool>, .stays = true},
         {{.id = "brush.larger", .text = "Larger brush", .tip = "Make the brush larger", .keys = "]"}, ToolMenu::None, always, make<BrushTool>, [](Tool& tool, const QString&) { static_cast<BrushTool&>(tool).grow(1.25); }},
         {{.id = "brush.smaller", .text = "Smaller brush", .tip = "Make the brush smaller", .keys = "["}, ToolMenu::None, always, make<BrushTool>, [](Tool& tool, const QString&) { static_cast<BrushTool&>(tool).grow(0.8); }},
         {{.id = "draw.manual", .text = "Manual", .tip = "Draw a contour, line or point of the model chosen"}, Draw, always, make<Creation>, runFor<Creation>, ToolModels::OfStack, {}, true},
@@ -163,6 +165,7 @@ const std::vector<ToolCommand>& toolCommands() {
         {{.id = "edit.join", .text = "Join contours", .tip = "Make one contour of those that are selected", .icon = "tooljoin", .keys = "J"}, Edit, severalPolygons, make<Selection>, call(&Selection::joinSelection)},
         {{.id = "edit.smooth", .text = "Smooth (Fourier)", .tip = "Keep the low frequencies of the contour"}, Edit, wholePolygon, make<Fourier>, run},
         {{.id = "edit.snake", .text = "Run Snake", .tip = "Let the contour find the edges of the image", .icon = "toolsnake", .keys = "S"}, Edit, wholePolygon, make<Snake>, run},
+        {{.id = "snake.run", .text = "Run Snake as set", .tip = "Let the contour find the edges of the image, with the options of the snake tool"}, Edit, wholePolygon, make<Snake>, [](Tool& tool, const QString&) { static_cast<Snake&>(tool).activateAsSet(); }},
         {{.id = "copy.next", .text = "Copy to next slice", .tip = "Copy what is selected to the next slice, and go there", .keys = "Shift+PgUp"}, Edit, something, make<Selection>, call(&Selection::copyToNextSlice)},
         {{.id = "copy.previous", .text = "Copy to previous slice", .tip = "Copy what is selected to the previous slice, and go there", .keys = "Shift+PgDown"}, Edit, something, make<Selection>, call(&Selection::copyToPreviousSlice)},
         {{.id = "copy.slices", .text = "Copy to slices...", .tip = "Copy what is selected to several slices before and after this one"}, Edit, something, make<Selection>, call(&Selection::copyToSlices)},

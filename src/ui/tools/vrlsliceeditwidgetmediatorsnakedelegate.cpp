@@ -74,6 +74,21 @@ private:
     ProgressSubject& __subject;
 };
 
+VRLSnakeConfig usualConfig() {
+    VRLSnakeConfig config;
+    config.setAlpha(1);
+    config.setGradThreshold(7);
+    config.setRegMax(2.5f);
+    config.setScale(1);
+    return config;
+}
+
+/// Of all windows.
+VRLSnakeConfig& chosen() {
+    static VRLSnakeConfig config = usualConfig();
+    return config;
+}
+
 } // namespace
 
 /// What lasts from the first slice of a run to its end.
@@ -116,7 +131,23 @@ VRLSliceEditWidgetMediatorSnakeDelegate::~VRLSliceEditWidgetMediatorSnakeDelegat
     __operation->cancel();
 }
 
+const VRLSnakeConfig& VRLSliceEditWidgetMediatorSnakeDelegate::chosenConfig() {
+    return chosen();
+}
+
+void VRLSliceEditWidgetMediatorSnakeDelegate::chooseConfig(const VRLSnakeConfig& config) {
+    chosen() = config;
+}
+
 void VRLSliceEditWidgetMediatorSnakeDelegate::activate() {
+    start(true);
+}
+
+void VRLSliceEditWidgetMediatorSnakeDelegate::activateAsSet() {
+    start(false);
+}
+
+void VRLSliceEditWidgetMediatorSnakeDelegate::start(bool asks) {
     if (isActive() || stack() == nullptr)
         return;
     const std::vector<ModelItem*> selected = slice()->getSelectedItems();
@@ -125,11 +156,12 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::activate() {
     VRLSliceEditWidgetMediatorDelegate::activate();
     __item = selected.back();
     host().setEditMode("SNAKE");
-    host().setHint("Choose the parameters of the snake.");
+    if (asks)
+        host().setHint("Choose the parameters of the snake.");
     host().requestLock(true);
     const QPointer<Delegate> self(this);
     try {
-        run();
+        run(asks);
     } catch (...) {
         if (self && isActive())
             deactivate();
@@ -222,9 +254,10 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::pause() {
 }
 
 // The dialogs have event loops of their own, in which this object and the item may go.
-void VRLSliceEditWidgetMediatorSnakeDelegate::run() {
+void VRLSliceEditWidgetMediatorSnakeDelegate::run(bool asks) {
     __outcome.clear();
-    if (!initSnakeConfig())
+    __quiet = !asks;
+    if (!initSnakeConfig(asks))
         return;
     host().setHint(runningHint);
     if (__snakeConfig.getRunOverStack())
@@ -233,25 +266,34 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::run() {
         runOverSlice();
 }
 
-bool VRLSliceEditWidgetMediatorSnakeDelegate::initSnakeConfig() {
+/// False when the user gives up. What the user does not choose is the same for all.
+bool VRLSliceEditWidgetMediatorSnakeDelegate::initSnakeConfig(bool asks) {
+    if (!asks)
+        __snakeConfig = chosen();
+    else if (!askForSnakeConfig())
+        return false;
+    __snakeConfig.setDistance(50);
+    __snakeConfig.setRegMin(__snakeConfig.getRegMax() * 0.5f);
+    __item->getModel()->setSnakeConfig(__snakeConfig);
+    return true;
+}
+
+bool VRLSliceEditWidgetMediatorSnakeDelegate::askForSnakeConfig() {
     const Model& model = *__item->getModel();
     if (model.hasSnakeConfig()) {
         __snakeConfig = VRLSnakeConfig(model.getSnakeConfig());
     } else {
-        __snakeConfig.setAlpha(1);
-        __snakeConfig.setGradThreshold(7);
-        __snakeConfig.setRegMax(2.5f);
-        __snakeConfig.setScale(1);
+        const VRLSnakeConfig usual = usualConfig();
+        __snakeConfig.setAlpha(usual.getAlpha());
+        __snakeConfig.setGradThreshold(usual.getGradThreshold());
+        __snakeConfig.setRegMax(usual.getRegMax());
+        __snakeConfig.setScale(usual.getScale());
     }
     const QPointer<VRLSnakeConfigDialog> dialog = new VRLSnakeConfigDialog(&canvas());
     dialog->setConfig(__snakeConfig);
     const bool accepted = execute(*dialog); // false too when this object has gone
-    if (accepted) {
+    if (accepted)
         __snakeConfig = dialog->getConfig();
-        __snakeConfig.setDistance(50);
-        __snakeConfig.setRegMin(__snakeConfig.getRegMax() * 0.5f);
-        __item->getModel()->setSnakeConfig(__snakeConfig);
-    }
     delete dialog;
     return accepted;
 }
@@ -280,7 +322,7 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverSlice() {
     if (outcome || !self || !isActive())
         return;
     __outcome = operation.isCanceled() ? "The snake was stopped." : "The snake has aborted.";
-    if (!operation.isCanceled())
+    if (!operation.isCanceled() && !__quiet)
         alarm("Snake", QString::fromStdString(outcome.getReason()));
 }
 

@@ -38,12 +38,18 @@ public:
     /// Asks for the parameters and runs to the end. Nothing without a selected item, and while it runs already. Throws
     /// what reading the image of a single slice throws.
     void activate() override;
+    /// Runs with the chosen parameters, without a question. What became of it is told in the status bar alone.
+    void activateAsSet();
     void deactivate() override;
 
     /// Ends the run, or the question before it, without touching the item again.
     void abandon() override;
     bool isAbout(const ModelItem& item) const override { return __item == &item; }
     bool isAbout(const Model& model) const override;
+
+    /// The parameters of activateAsSet(), in all windows: the options of the snake tool.
+    static const VRLSnakeConfig& chosenConfig();
+    static void chooseConfig(const VRLSnakeConfig& config);
 
     /// The item that the snake begins with; null when none runs.
     const ModelItem* getItem() const { return __item; }
@@ -60,8 +66,10 @@ public slots:
 private:
     class Run;
 
-    void run();
-    bool initSnakeConfig();
+    void start(bool asks);
+    void run(bool asks);
+    bool initSnakeConfig(bool asks);
+    bool askForSnakeConfig();
     void runOverSlice();
     void runOverStack(int reach);
     bool execute(QDialog& dialog);
@@ -75,6 +83,7 @@ private:
     SnakeOperation* __operation = nullptr; // that runs
     QPointer<QDialog> __dialog;            // that is open
     QString __outcome;                     // of the run, for the user
+    bool __quiet = false;                  // tells no failure in a message box
     QElapsedTimer __sinceStart;
     QElapsedTimer __sincePause; // for events
     qint64 __rest = 0;          // until the next pause, in milliseconds

@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QLabel>
+#include <QSignalBlocker>
 #include <QSpinBox>
 
 #include "ui/widgets/vrldecimalbox.h"
@@ -74,10 +75,17 @@ VRLSnakeConfigEditor::VRLSnakeConfigEditor(QWidget* parent) : QFrame(parent) {
     addRow(*grid, 7, "Scale", *__scale,
            "The image is reduced so many times before the run: faster, and with a longer reach, but less exact.");
     connect(__allSlices, &QCheckBox::stateChanged, this, &VRLSnakeConfigEditor::allSliceBoxChanged);
+    for (QDoubleSpinBox* const box : {__alpha, __threshold, __regMax})
+        connect(box, &QDoubleSpinBox::valueChanged, this, &VRLSnakeConfigEditor::changed);
+    for (QSpinBox* const box : {__reach, __scale})
+        connect(box, &QSpinBox::valueChanged, this, &VRLSnakeConfigEditor::changed);
+    for (QCheckBox* const box : {__adaptive, __allSlices, __propagation})
+        connect(box, &QCheckBox::toggled, this, &VRLSnakeConfigEditor::changed);
     setConfig(VRLSnakeConfig());
 }
 
 void VRLSnakeConfigEditor::setConfig(const VRLSnakeConfig& config) {
+    const QSignalBlocker quiet(this);
     __alpha->setValue(double(config.getAlpha()));
     __threshold->setValue(double(config.getGradThreshold()));
     __regMax->setValue(double(config.getRegMax()));

@@ -25,6 +25,10 @@ public:
     /// What has no control has its default: the distance and the lower regularization.
     VRLSnakeConfig getConfig() const;
 
+signals:
+    /// By the user.
+    void changed();
+
 private slots:
     void allSliceBoxChanged(int state);
 

@@ -5,15 +5,18 @@
 #include "ui/widgets/plaintext.h"
 #include "ui/widgets/vorlenapplication.h"
 
+#include <QApplication>
 #include <QColor>
 #include <QElapsedTimer>
 #include <QFileDialog>
+#include <QMatrix4x4>
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
 #include <QSaveFile>
 #include <QSettings>
+#include <QVector3D>
 #include <QWheelEvent>
 
 #include <GL/gl.h>
@@ -277,6 +280,74 @@ void ViewerCanvasGL::setPainterShown(const PainterGL<float>& painter, bool shown
         __hidden.insert(&painter);
 }
 
+void ViewerCanvasGL::setMark(const std::optional<Vector<float>>& place) {
+    __mark = place;
+    update();
+}
+
+std::optional<Vector<float>> ViewerCanvasGL::placeAt(const QPoint& position) {
+    if (context() == nullptr || !rect().contains(position))
+        return std::nullopt;
+    makeCurrent();
+    std::optional<Vector<float>> place;
+    const double density = devicePixelRatioF();
+    const QSize size(int(std::lround(width() * density)), int(std::lround(height() * density)));
+    // One sample for a pixel: depths of several can't be read.
+    QOpenGLFramebufferObject frame(size, QOpenGLFramebufferObject::Depth);
+    if (frame.isValid() && frame.bind()) {
+        __setViewport();
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        if (__projectionDirty)
+            __updateGLProjection();
+        __loadCamera();
+        for (const PainterGL<float>* painter : __painters) // what shines through can be pointed at, too
+            if (isPainterShown(*painter))
+                __draw(*painter);
+        const QPoint pixel(int(position.x() * density), size.height() - 1 - int(position.y() * density));
+        place = __placeDrawnAt(pixel, size);
+        frame.release();
+    }
+    doneCurrent();
+    return place;
+}
+
+/// By the depths that have been drawn, with the camera set. The pixel counts from the bottom.
+std::optional<Vector<float>> ViewerCanvasGL::__placeDrawnAt(const QPoint& pixel, const QSize& frame) const {
+    constexpr int reach = 3;
+    float depth = 1;
+    QPoint found;
+    int nearest = reach * reach + 1;
+    for (int dy = -reach; dy <= reach; ++dy)
+        for (int dx = -reach; dx <= reach; ++dx) {
+            const QPoint at = pixel + QPoint(dx, dy);
+            const int distance = dx * dx + dy * dy;
+            GLfloat here = 1;
+            if (distance >= nearest || !QRect(QPoint(0, 0), frame).contains(at))
+                continue;
+            glReadPixels(at.x(), at.y(), 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &here);
+            if (here < 1) {
+                depth = here;
+                found = at;
+                nearest = distance;
+            }
+        }
+    if (depth >= 1)
+        return std::nullopt;
+    GLfloat view[16], projection[16];
+    GLint port[4];
+    glGetFloatv(GL_MODELVIEW_MATRIX, view);
+    glGetFloatv(GL_PROJECTION_MATRIX, projection);
+    glGetIntegerv(GL_VIEWPORT, port);
+    // OpenGL gives columns, and takes the middle of a pixel.
+    const QVector3D world = QVector3D(float(found.x()) + 0.5f, float(found.y()) + 0.5f, depth)
+                                .unproject(QMatrix4x4(view).transposed(), QMatrix4x4(projection).transposed(),
+                                           QRect(port[0], port[1], port[2], port[3]));
+    Vector<float> place(3);
+    for (int k = 0; k < 3; ++k)
+        place[k] = world[k];
+    return place;
+}
+
 bool ViewerCanvasGL::saveSnapshot(const QString& file) {
     // A picture is opaque, whatever the frame buffer holds in its alpha channel.
     const QImage picture = grabFramebuffer().convertToFormat(QImage::Format_RGB32);
@@ -413,6 +484,7 @@ void ViewerCanvasGL::paintGL() {
 void ViewerCanvasGL::mousePressEvent(QMouseEvent* event) {
     __lastX = event->position().toPoint().x();
     __lastY = event->position().toPoint().y();
+    __pressed = event->position().toPoint();
 }
 
 void ViewerCanvasGL::mouseMoveEvent(QMouseEvent* event) {
@@ -436,12 +508,16 @@ void ViewerCanvasGL::mouseMoveEvent(QMouseEvent* event) {
         repaint();
 }
 
-void ViewerCanvasGL::mouseReleaseEvent(QMouseEvent*) {
-    if (!__moving)
-        return;
-    __moving = false;
-    __coarse = false;
-    repaint();
+void ViewerCanvasGL::mouseReleaseEvent(QMouseEvent* event) {
+    if (__moving) {
+        __moving = false;
+        __coarse = false;
+        repaint();
+    }
+    const QPoint at = event->position().toPoint();
+    if (event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier &&
+        (at - __pressed).manhattanLength() < QApplication::startDragDistance())
+        emit clicked(at);
 }
 
 void ViewerCanvasGL::mouseDoubleClickEvent(QMouseEvent*) {
@@ -480,6 +556,7 @@ void ViewerCanvasGL::__paint(bool smooth) {
     glDisable(GL_BLEND);
     glDepthMask(GL_TRUE);
     glDisable(GL_CLIP_PLANE0);
+    __drawMark();
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
 
@@ -584,6 +661,31 @@ void ViewerCanvasGL::__clipUnrevealed() const {
     const GLdouble plane[] = {0, 0, -1, last};
     glClipPlane(GL_CLIP_PLANE0, plane);
     glEnable(GL_CLIP_PLANE0);
+}
+
+void ViewerCanvasGL::__drawMark() const {
+    if (!__mark || !__frameSize.isEmpty())
+        return;
+    const BoundingBox<float>& box = __boundingBoxPainter.getBoundingBox();
+    GLfloat points[7][3]; // the ends of the lines, and the place itself
+    for (int k = 0; k < 3; ++k) {
+        for (GLfloat(&point)[3] : points)
+            point[k] = (*__mark)[k];
+        points[2 * k][k] = std::min(points[2 * k][k], box.isValid() ? box.min(k) : __center[k] - __radius);
+        points[2 * k + 1][k] = std::max(points[2 * k + 1][k], box.isValid() ? box.max(k) : __center[k] + __radius);
+    }
+    drawSafely([&points] {
+        glDisable(GL_LIGHTING);
+        glColor4ub(255, 210, 0, 255);
+        glLineWidth(1);
+        glEnableClientState(GL_VERTEX_ARRAY);
+        glVertexPointer(3, GL_FLOAT, 0, points);
+        glDrawArrays(GL_LINES, 0, 6);
+        glDisable(GL_DEPTH_TEST);
+        glPointSize(7);
+        glDrawArrays(GL_POINTS, 6, 1);
+        glDisableClientState(GL_VERTEX_ARRAY);
+    });
 }
 
 void ViewerCanvasGL::__draw(const PainterGL<float>& painter) const {

@@ -11,7 +11,9 @@
 
 #include <QImage>
 #include <QOpenGLWidget>
+#include <QPoint>
 
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -90,6 +92,15 @@ public:
     void setPainterShown(const PainterGL<float>& painter, bool shown);
     bool isPainterShown(const PainterGL<float>& painter) const { return !__hidden.contains(&painter); }
 
+    /// A place of the world that is marked by three lines along the axes, and by a point that is seen through all; none
+    /// for none. Not part of the scene's box, nor of frames drawn beside the window.
+    void setMark(const std::optional<Vector<float>>& place);
+    const std::optional<Vector<float>>& getMark() const { return __mark; }
+
+    /// The place of the world that is seen nearest to the viewer at a position of the widget, or within 3 pixels of it.
+    /// None where nothing is, and where the canvas was not shown yet.
+    std::optional<Vector<float>> placeAt(const QPoint& position);
+
     /// Writes the picture as PNG; the size is that of the canvas in pixels of the screen. False when the file cannot be
     /// written; an old file of that name then stays as it was.
     bool saveSnapshot(const QString& file);
@@ -126,6 +137,8 @@ signals:
     void translationChanged(const Vector<int>& translation);
     void zoomChanged(int zoom);
     void poseChanged(const Pose& pose);
+    /// The left button, without a modifier, was pressed and released here.
+    void clicked(const QPoint& position);
 
 protected:
     void resizeGL(int width, int height) override;
@@ -155,6 +168,8 @@ private:
     void __drawTranslucent() const;
     void __setCamera(const ViewerCamera& camera);
     void __clipUnrevealed() const;
+    void __drawMark() const;
+    std::optional<Vector<float>> __placeDrawnAt(const QPoint& pixel, const QSize& frame) const;
 
     std::vector<PainterGL<float>*> __painters;
     std::set<const PainterGL<float>*> __hidden;
@@ -174,6 +189,8 @@ private:
     float __zoom = 1.0f;
     float __revealed = 1.0f;
     QSize __frameSize; ///< in pixels, of the frame that is drawn beside the window; empty otherwise
+    std::optional<Vector<float>> __mark;
+    QPoint __pressed;
     bool __moving = false;
     bool __coarse = false; ///< edges are not smoothed, as the present drag would be slow
     int __lastX = 0;

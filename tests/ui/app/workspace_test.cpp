@@ -28,9 +28,11 @@
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/commands/chosenkeys.h"
+#include "ui/cuts/cutspanel.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/session/crosshair.h"
 #include "ui/slices/slicecommands.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
@@ -58,6 +60,7 @@ protected:
         while (VRLStackServer::stackServer.getNumStacks() > 0)
             VRLStackServer::stackServer.removeStack(VRLStackServer::stackServer.getStack(0));
         delete window;
+        Crosshair::crosshair().setShown(false);
         QSettings().clear();
     }
 
@@ -222,6 +225,59 @@ TEST_F(WorkspaceTest, theCanvasHasTheKeyboardAndLettersBesideItAreTyped) {
     QCoreApplication::processEvents();
     EXPECT_EQ(stack.getModel(0).getName(), "qbf");
     stack.setModified(false);
+}
+
+TEST_F(WorkspaceTest, aPlaceInACutIsGoneToAndTheDockComesAndGoes) {
+    VRLStack& stack = open();
+    EXPECT_TRUE(workspace().cutsDock().isHidden());
+    trigger("show.cuts");
+    CutsPanel& cuts = workspace().cuts();
+    ASSERT_TRUE(QTest::qWaitFor([&cuts] { return cuts.isVisible() && cuts.isComplete(); }, 60000));
+    cuts.repaint();
+    QTest::mouseClick(&cuts, Qt::LeftButton, {}, cuts.positionOf(0, {0, 0, 0, 3}).toPoint());
+    EXPECT_EQ(slice(), "s3"); // of slices that have no spacing
+    const auto place = Crosshair::crosshair().placeIn(stack);
+    ASSERT_TRUE(place);
+    EXPECT_NEAR(place->x, 0, 1);
+    EXPECT_FALSE(Crosshair::crosshair().isShown()); // not for that
+    workspace().cutsDock().close();
+    EXPECT_FALSE(window->mediator().commands().action("show.cuts").isChecked());
+}
+
+TEST_F(WorkspaceTest, theWindowsOfAStackShareTheCrosshair) {
+    VRLStack& stack = open();
+    auto* const second = new VRLRootWindow;
+    second->mediator().setStack(stack);
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    VRLSliceEditWidgetCanvas& canvas = editor().getCanvas();
+    canvas.setFocus();
+    const auto isThere = [&canvas] { return canvas.getImageProxy().hasImage(); };
+    ASSERT_TRUE(QTest::qWaitFor(isThere, 20000));
+    QTest::keyClick(&canvas, Qt::Key_P);
+    EXPECT_TRUE(Crosshair::crosshair().isShown());
+    EXPECT_TRUE(second->mediator().commands().action("view.crosshair").isChecked());
+    ASSERT_TRUE(canvas.getCrosshair()); // in the middle at first
+    EXPECT_NEAR(canvas.getCrosshair()->x(), 20, 1);
+
+    trigger("slice.last");
+    ASSERT_TRUE(QTest::qWaitFor(isThere, 20000));
+    const QPoint at(int(10.5F * canvas.getZoomFactor()), int(5.5F * canvas.getZoomFactor()));
+    QTest::mouseClick(&canvas, Qt::LeftButton, {}, at);
+    ASSERT_TRUE(canvas.getCrosshair());
+    EXPECT_NEAR(canvas.getCrosshair()->x(), 10, 1);
+    EXPECT_NEAR(canvas.getCrosshair()->y(), 5, 1);
+    EXPECT_EQ(second->mediator().currentSlice()->getName(), "s4");
+    const auto& other = second->sliceWidget().getMediator().getCanvas();
+    ASSERT_TRUE(other.getCrosshair());
+    EXPECT_NEAR(other.getCrosshair()->x(), canvas.getCrosshair()->x(), 1e-6);
+
+    trigger("slice.first");
+    trigger("crosshair.find");
+    EXPECT_EQ(slice(), "s4");
+    QTest::keyClick(&canvas, Qt::Key_P);
+    EXPECT_FALSE(other.getCrosshair());
+    delete second;
 }
 
 TEST_F(WorkspaceTest, theToolBarShowsTheToolThatIsOn) {

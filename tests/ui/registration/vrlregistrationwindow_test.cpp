@@ -24,7 +24,7 @@
 #include "numerics/exception.h"
 #include "support/commands.h"
 #include "support/modalscript.h"
-#include "ui/registration/greyimage.h"
+#include "ui/cuts/greyimage.h"
 #include "ui/registration/landmarkpanel.h"
 #include "ui/registration/registrationcommands.h"
 #include "ui/registration/registrationreportdialog.h"

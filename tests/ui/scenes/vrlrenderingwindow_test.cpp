@@ -33,6 +33,7 @@
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/scenes/vrlrenderingpaintergl.h"
 #include "ui/scenes/vrlrenderingtoolbar.h"
+#include "ui/session/crosshair.h"
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/viewer/viewerposepanel.h"
 #include "ui/viewer/vrlcreatevideodialog.h"
@@ -115,6 +116,41 @@ protected:
 };
 
 } // namespace
+
+TEST_F(VRLRenderingWindowTest, aClickOnASurfaceSetsTheCrosshair) {
+    ViewerCanvasGL& canvas = window->getCanvas();
+    const Crosshair& crosshair = Crosshair::crosshair();
+    // The cube lies left of the middle of the scene, its upper cap toward the viewer.
+    mediator().resetPose();
+    const QPoint cap(canvas.width() / 2 - canvas.width() / 8, canvas.height() / 2);
+    const auto place = canvas.placeAt(cap);
+    ASSERT_TRUE(place);
+    EXPECT_NEAR((*place)[2], 30, 1);
+    EXPECT_GT((*place)[0], 0);
+    EXPECT_LT((*place)[0], 40);
+    EXPECT_NEAR((*place)[1], -20, 2);
+    EXPECT_FALSE(canvas.placeAt(QPoint(2, 2)));
+
+    QTest::mouseClick(&canvas, Qt::LeftButton, {}, cap);
+    EXPECT_FALSE(crosshair.placeIn(stack)); // hidden
+    command("view.crosshair").trigger();
+    QTest::mouseClick(&canvas, Qt::LeftButton, {}, cap);
+    ASSERT_TRUE(crosshair.placeIn(stack));
+    EXPECT_NEAR(crosshair.placeIn(stack)->x, double((*place)[0]), 1e-3);
+    ASSERT_TRUE(canvas.getMark());
+    const QImage picture = canvas.grabFramebuffer();
+    int yellow = 0;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            const QColor color = picture.pixelColor(x, y);
+            yellow += color.red() > 200 && color.green() > 150 && color.blue() < 90 ? 1 : 0;
+        }
+    EXPECT_GT(yellow, 20);
+    Crosshair::crosshair().setPlace(stack, {60, -20, 10});
+    EXPECT_EQ((*canvas.getMark())[0], 60);
+    command("view.crosshair").trigger();
+    EXPECT_FALSE(canvas.getMark());
+}
 
 TEST_F(VRLRenderingWindowTest, showsTheModelsOfItsStack) {
     EXPECT_EQ(window->windowTitle(), "small");

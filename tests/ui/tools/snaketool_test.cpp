@@ -211,6 +211,38 @@ TEST_F(SnakeToolTest, theCommandIsForOneWholePolygon) {
     EXPECT_FALSE(snake->isActive());
 }
 
+TEST_F(SnakeToolTest, aClickRunsItByTheOptionsAndOtherOptionsRunItAgain) {
+    StackSlice& slice = showDisc(rings({60}));
+    addCircle(slice, centreX, centreY, 85);
+    const VRLSnakeConfig before = VRLSliceEditWidgetMediatorSnakeDelegate::chosenConfig();
+    mediator->chooseTool("tool.snake");
+    const std::unique_ptr<QWidget> options(mediator->newToolOptions(&window));
+    ASSERT_NE(options, nullptr);
+    EXPECT_EQ(control<QDoubleSpinBox>(*options, "Threshold").value(), 7);
+    QTest::mouseClick(canvas, Qt::LeftButton, {}, QPoint(5, 5)); // no outline
+    EXPECT_EQ(slice.getNumItems(), 1);
+    QTest::mouseClick(canvas, Qt::LeftButton, {}, QPoint(245, 120));
+    ASSERT_EQ(radiiOf(slice, 1), std::vector<int>{60});
+    EXPECT_EQ(history().getNumUndoSteps(), 1);
+    EXPECT_EQ(mediator->getChosenTool(), "tool.snake"); // it stays on
+
+    const std::uint64_t first = slice.getItem(1).getRevision();
+    control<QDoubleSpinBox>(*options, "Reg. max").setValue(2.8);
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return slice.getNumItems() == 2 && slice.getItem(1).getRevision() != first; }, 60000));
+    EXPECT_EQ(radiiOf(slice, 1), std::vector<int>{60});
+    EXPECT_EQ(history().getNumUndoSteps(), 1);
+    EXPECT_EQ(model->getSnakeConfig().getRegMax(), 2.8f);
+
+    history().undo(); // by the user: that was the last word
+    control<QDoubleSpinBox>(*options, "Reg. max").setValue(2.6);
+    QTest::qWait(600);
+    EXPECT_EQ(slice.getNumItems(), 1);
+    EXPECT_TRUE(script.seen.empty());
+    VRLSliceEditWidgetMediatorSnakeDelegate::chooseConfig(before);
+    mediator->chooseSelection();
+}
+
 TEST_F(SnakeToolTest, aSnakeThatCollapsesIsToldAndLeavesNothing) {
     StackSlice& slice = showDisc(TestImages::uniform(width, height, 8, 100));
     addCircle(slice, centreX, centreY, 12);

@@ -1,4 +1,4 @@
-#include "ui/registration/stacktask.h"
+#include "ui/cuts/stacktask.h"
 
 #include <exception>
 #include <utility>

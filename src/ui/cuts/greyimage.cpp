@@ -1,4 +1,4 @@
-#include "ui/registration/greyimage.h"
+#include "ui/cuts/greyimage.h"
 
 #include <algorithm>
 #include <array>
