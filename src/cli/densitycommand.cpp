@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "cli/commandline.h"
+#include "cli/comparisonreport.h"
 #include "cli/consolemonitor.h"
 #include "cli/mapoptions.h"
 #include "cli/stackfile.h"
