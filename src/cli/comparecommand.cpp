@@ -123,9 +123,12 @@ bool readComparison(const CommandLine& line, Comparison& comparison) {
     const std::optional<double> cluster = !alpha                  ? std::nullopt
                                           : line.isSet("cluster") ? line.number("cluster", 1e-9, 1e9)
                                                                   : std::optional(0.);
-    if (!cluster || !readDensityOptions(line, comparison.settings.mapping.settings, comparison.settings.mapping.resolution) ||
+    if (!cluster ||
+        !readDensityOptions(line, comparison.settings.mapping.settings, comparison.settings.mapping.resolution) ||
         !readUnit(line, comparison.files.unit) || !setThreads(line))
         return false;
+    if (comparison.files.unit)
+        comparison.settings.mapping.settings.unit = comparison.files.unit->symbol();
     if (line.isSet("chunk")) {
         comparison.stretch = stretchOf(line.value("chunk"));
         if (!comparison.stretch || line.isSet("merge")) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <sstream>
-#include <utility>
 
 #include "cli/jsonwriter.h"
 #include "cli/stackfile.h"
@@ -17,7 +16,6 @@ namespace vorlen {
 
 namespace {
 
-constexpr std::pair<const char*, int> unitNames[] = {{"m", 0}, {"cm", -2}, {"mm", -3}, {"um", -6}, {"nm", -9}};
 constexpr std::size_t numToldClusters = 10;
 
 /// The files of one comparison, one after the other.
@@ -184,8 +182,7 @@ std::vector<std::string> comparisonSentences(const GroupComparison& comparison) 
     for (std::size_t g = 0; g < sizes.size(); ++g)
         sentences.push_back("Group " + specimens.groupNames[g] + ": " + std::to_string(sizes[g]) + " specimens");
     sentences.push_back(std::string(comparison.getStatistic().name()) + " at " +
-                        std::to_string(result.statistic.size()) + " places, " +
-                        std::to_string(result.numPermutations) +
+                        std::to_string(result.statistic.size()) + " places, " + std::to_string(result.numPermutations) +
                         (result.exact ? " permutations, all there are" : " permutations"));
     sentences.push_back("p <= " + shortNumber(comparison.getSettings().alpha) + ", corrected for all places, at " +
                         std::to_string(comparison.numSignificant()) + " places; the least p is " +
@@ -203,13 +200,6 @@ std::vector<std::string> comparisonSentences(const GroupComparison& comparison) 
 
 std::vector<std::string> saveComparison(const GroupComparison& comparison, const ComparisonFiles& files) {
     return ComparisonSaver(comparison, files).save();
-}
-
-std::string nrrdUnit(const std::optional<LengthUnit>& unit) {
-    for (const auto& [name, scale] : unitNames)
-        if (unit && unit->getScale() == scale)
-            return name;
-    return "";
 }
 
 } // namespace vorlen

@@ -12,8 +12,8 @@ class GroupComparison;
 
 /// Where the results of a comparison go, and how they are written.
 struct ComparisonFiles {
-    std::string base;    ///< path that all names begin with
-    std::string program; ///< that is named in the summary
+    std::string base;               ///< path that all names begin with
+    std::string program;            ///< that is named in the summary
     std::optional<LengthUnit> unit; ///< of the points; that of the maps by default
     bool overwrite = false;
     bool gzip = false;
@@ -32,8 +32,5 @@ std::vector<std::string> comparisonSentences(const GroupComparison& comparison);
 /// the significant places, and the summary; of forms a table of the vertices and the summary. Returns the files in the
 /// order of writing. Throws FileWriteError when one can't be written, also one that is there and is to be kept.
 std::vector<std::string> saveComparison(const GroupComparison& comparison, const ComparisonFiles& files);
-
-/// The unit as NRRD files have it: "um"; empty when there is none.
-std::string nrrdUnit(const std::optional<LengthUnit>& unit);
 
 } // namespace vorlen

@@ -7,7 +7,6 @@
 #include <memory>
 
 #include "cli/commandline.h"
-#include "cli/comparisonreport.h"
 #include "cli/consolemonitor.h"
 #include "cli/mapoptions.h"
 #include "cli/stackfile.h"
@@ -155,6 +154,7 @@ bool readJob(const CommandLine& line, Job& job) {
     }
     if (!readUnit(line, job.unit) || !setThreads(line))
         return false;
+    job.settings.unit = job.unit ? job.unit->symbol() : "";
     job.gzip = line.isSet("gzip");
     job.nifti = line.isSet("nifti");
     job.dryRun = line.isSet("dry-run");

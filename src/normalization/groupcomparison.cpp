@@ -11,7 +11,8 @@
 
 namespace vorlen {
 
-GroupComparison::GroupComparison(ComparisonSettings settings) : __settings(std::move(settings)) {}
+GroupComparison::GroupComparison(ComparisonSettings settings) : __settings(std::move(settings)) {
+}
 
 GroupComparison::~GroupComparison() = default;
 
@@ -25,8 +26,8 @@ bool GroupComparison::prepare() {
     if (isCanceled())
         return false;
     const std::vector<int> sizes = specimens.groupSizes();
-    __statistic = __values.isForm ? newDisplacementStatistic(__values.values, sizes)
-                                  : newMeanStatistic(__values.values, sizes);
+    __statistic =
+        __values.isForm ? newDisplacementStatistic(__values.values, sizes) : newMeanStatistic(__values.values, sizes);
     __test = std::make_unique<PermutationTest>(*__statistic, *__dealings);
     if (__settings.clusterThreshold > 0)
         __test->findClusters(__settings.clusterThreshold, __values.lattice->getSize(0), __values.lattice->getSize(1),
@@ -59,8 +60,8 @@ bool GroupComparison::run() {
 }
 
 std::size_t GroupComparison::numSignificant() const {
-    return std::size_t(std::count_if(__result.p.begin(), __result.p.end(),
-                                     [this](float p) { return double(p) <= __settings.alpha; }));
+    return std::size_t(
+        std::count_if(__result.p.begin(), __result.p.end(), [this](float p) { return double(p) <= __settings.alpha; }));
 }
 
 std::vector<float> GroupComparison::meanDifferences() const {
@@ -96,12 +97,12 @@ VoxelMatrix<float> GroupComparison::mapOf(const std::vector<float>& values) cons
     return map;
 }
 
-std::optional<TriMesh<float>> GroupComparison::significantSurface() const {
+std::optional<TriMesh<float>> GroupComparison::significantSurface(int sign) const {
     if (!__values.lattice || numSignificant() == 0 || !std::isfinite(__result.critical))
         return std::nullopt;
     std::vector<float> sizes(__result.statistic.size());
     std::transform(__result.statistic.begin(), __result.statistic.end(), sizes.begin(),
-                   [](float value) { return std::abs(value); });
+                   [sign](float value) { return sign == 0 ? std::abs(value) : float(sign) * value; });
     MarchingCubes<float> cubes;
     TriMesh<float> surface = cubes.buildMesh(mapOf(sizes), __result.critical, true);
     if (surface.getNumVertices() == 0)

@@ -68,9 +68,9 @@ public:
     std::array<double, 3> placeOf(std::size_t number) const;
     /// A value for each place as a map over getValues().lattice.
     VoxelMatrix<float> mapOf(const std::vector<float>& values) const;
-    /// The surface around the significant places, whatever the sign of their statistic, in coordinates of the points;
-    /// nothing where no place is significant.
-    std::optional<TriMesh<float>> significantSurface() const;
+    /// The surface around the significant places in coordinates of the points, whatever the sign of their statistic
+    /// (0), or where it is above (1) or below 0 (-1); nothing where there is no such place.
+    std::optional<TriMesh<float>> significantSurface(int sign = 0) const;
 
     /// Sets the flag, which is looked at as the work reports.
     void cancel() override;

@@ -155,7 +155,8 @@ SpecimenValues densitiesOf(const SpecimenList& specimens, SpecimenMapping mappin
     DensitySettings& settings = mapping.settings;
     if (settings.method == KernelMethod && settings.corrected && !(settings.bandwidth > 0)) {
         settings.bandwidth = float(meanBandwidth(patterns, settings.kernel));
-        result.notes.push_back("Bandwidth for all specimens: " + number(double(settings.bandwidth)));
+        result.notes.push_back("Bandwidth for all specimens: " + number(double(settings.bandwidth)) +
+                               (settings.unit.empty() ? "" : " " + settings.unit));
     }
     const Grid<float> grid = DensityMapping(settings, seen(patterns), {}).grid(mapping.resolution);
     result.values.reserve(patterns.size());
