@@ -5,6 +5,7 @@
 /// the other end. It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither
 /// read nor changed.
 
+#include <array>
 #include <cmath>
 #include <functional>
 #include <iostream>
@@ -15,7 +16,9 @@
 #include <QDialog>
 #include <QDoubleSpinBox>
 #include <QElapsedTimer>
+#include <QImage>
 #include <QListWidget>
+#include <QPixmap>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -34,7 +37,7 @@
 #include "ui/density/vrldensitymappingwidget.h"
 #include "ui/fusion/vrlfusionwindow.h"
 #include "ui/fusion/vrlfusionwindowmediator.h"
-#include "ui/viewer/shapeviewerpaintergl.h"
+#include "ui/fusion/vrlfusionwindowshapetable.h"
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/widgets/vorlenapplication.h"
 #include "ui/widgets/vrltablewidget.h"
