@@ -17,7 +17,7 @@ build: setup
 # The programs alone, without the tests.
 programs: setup
 	@cmake --preset release >/dev/null
-	@cmake --build --preset release --target vorlen vorlen-cli vorlen-render vorlen-sample vorlen-picture vorlen-guide
+	@cmake --build --preset release --target vorlen vorlen-cli vorlen-render vorlen-sample vorlen-picture vorlen-guide vorlen-cohort
 
 sample: programs
 	@$(BUILD)/bin/vorlen-sample $(SAMPLE)

@@ -154,6 +154,7 @@ bool readJob(const CommandLine& line, Job& job) {
     }
     if (!readUnit(line, job.unit) || !setThreads(line))
         return false;
+    job.settings.unit = job.unit ? job.unit->symbol() : "";
     job.gzip = line.isSet("gzip");
     job.nifti = line.isSet("nifti");
     job.dryRun = line.isSet("dry-run");

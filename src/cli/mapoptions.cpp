@@ -116,13 +116,6 @@ bool readUnit(const CommandLine& line, std::optional<LengthUnit>& unit) {
     return false;
 }
 
-std::string nrrdUnit(const std::optional<LengthUnit>& unit) {
-    for (const auto& [name, scale] : units)
-        if (unit && unit->getScale() == scale)
-            return name;
-    return "";
-}
-
 bool setThreads(const CommandLine& line) {
     if (!line.isSet("threads"))
         return true;

@@ -101,6 +101,9 @@ DensityReport DensityMapping::compute(VoxelMatrix<float>& map, const Grid<float>
 
 void DensityMapping::addNotes(DensityReport& report) const {
     const std::vector<Shape<float>*>& patterns = __estimator->getShapes();
+    const auto length = [this](double value) {
+        return number(value) + (__settings.unit.empty() ? "" : " " + __settings.unit);
+    };
     if (__settings.method == HistogramMethod) {
         report.notes.push_back("Sum of the counts: " + number(report.integral));
         return;
@@ -108,7 +111,7 @@ void DensityMapping::addNotes(DensityReport& report) const {
     if (const auto* kernel = dynamic_cast<const BoundedKernelDensityEstimator<float>*>(__estimator.get())) {
         for (std::size_t s = 0; s < patterns.size(); ++s) {
             const auto& each = kernel->getReports()[s];
-            report.notes.push_back(nameOf(*patterns[s], s) + ": bandwidth " + number(each.bandwidth) + ", " +
+            report.notes.push_back(nameOf(*patterns[s], s) + ": bandwidth " + length(each.bandwidth) + ", " +
                                    std::to_string(each.numPoints) + " of " +
                                    std::to_string(patterns[s]->getNumVertices()) +
                                    " points within, integral before scaling " + number(each.integral));
@@ -118,7 +121,7 @@ void DensityMapping::addNotes(DensityReport& report) const {
     }
     if (const auto* poisson = dynamic_cast<const BoundedPoissonDensityEstimator<float>*>(__estimator.get())) {
         report.notes.push_back("Mean distance to the point of rank " + std::to_string(poisson->getNeighbourRank()) +
-                               ": " + number(poisson->meanDistance()));
+                               ": " + length(poisson->meanDistance()));
         report.notes.push_back("Integral: " + number(report.integral) + " (the points of a pattern within, " +
                                number(poisson->meanNumPoints()) + " on average; before scaling " +
                                number(poisson->integralBefore()) + ")");

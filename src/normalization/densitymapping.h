@@ -18,6 +18,7 @@ struct DensitySettings {
     DensityKernel kernel = GaussianKernel;
     float bandwidth = 0; ///< of a kernel; 0 takes that of the data for each pattern
     int neighbourRank = 10;
+    std::string unit; ///< symbol that lengths carry in the notes; empty when it is not known
 
     /// Where the elements of the maps lie.
     MapLayout layout() const;

@@ -33,6 +33,18 @@ double shareReaching(const std::vector<float>& sorted, float value) {
     return double(sorted.end() - found) / double(sorted.size());
 }
 
+/// Just above the greatest of the sorted maxima that too many reach: what is above it is reached by fewer.
+float criticalOf(const std::vector<float>& sorted, double alpha) {
+    float critical = std::numeric_limits<float>::infinity();
+    for (auto it = sorted.rbegin(); it != sorted.rend(); ++it) {
+        const bool isSignificant = shareReaching(sorted, *it) <= alpha * (1 + 1e-12);
+        if (!isSignificant)
+            return it == sorted.rbegin() ? critical : *it * (1 + 1.5f * sameShare);
+        critical = *it;
+    }
+    return critical;
+}
+
 } // namespace
 
 PermutationTest::PermutationTest(const GroupStatistic& statistic, const Relabelling& dealings)
@@ -133,9 +145,7 @@ PermutationResult PermutationTest::conclude(std::vector<PermutationMaxima> stret
         result.p[i] = float(p);
         result.least = std::min(result.least, p);
     }
-    result.critical = std::numeric_limits<float>::infinity();
-    for (auto it = sorted.rbegin(); it != sorted.rend() && shareReaching(sorted, *it) <= alpha * (1 + 1e-12); ++it)
-        result.critical = *it;
+    result.critical = criticalOf(sorted, alpha);
     if (__threshold > 0) {
         std::vector<float> map = result.statistic;
         result.clusters = clustersOf(map);

@@ -859,6 +859,14 @@ TEST(CommandLine, compareFindsWhereGroupsDifferWholeOrInParts) {
     EXPECT_EQ(folder.read("parts/comparison-p.vm"), folder.read("out/comparison-p.vm"));
     EXPECT_EQ(folder.read("parts/comparison-significant.tm"), folder.read("out/comparison-significant.tm"));
     EXPECT_EQ(cli(folder, "compare -o other --seed 2" + merge + same + points).status, 1) << "of another test";
+    // Maps as they are, but not in different units.
+    const std::string maps = " --groups 2,1 out/comparison-p.vm out/comparison-statistic.vm ";
+    EXPECT_EQ(cli(folder, "compare -o maps" + maps + "out/comparison-difference.vm").status, 0);
+    EXPECT_EQ(cli(folder, "compare --table t.tsv -o mm -r 4 -b 5 --unit mm").status, 0);
+    const Outcome mixed = cli(folder, "compare -o mixed" + maps + "mm/comparison-p.vm");
+    EXPECT_EQ(mixed.status, 1);
+    EXPECT_NE(mixed.output.find("mm/comparison-p.vm is in mm, the first map in \302\265m"), std::string::npos)
+        << mixed.output;
     // The shapes themselves, whose vertices correspond.
     EXPECT_EQ(cli(folder, "compare -o forms --shapes --groups 4,4" + points).status, 0);
     EXPECT_EQ(folder.read("forms/comparison.csv").substr(0, 34), "vertex,x,y,z,dx,dy,dz,statistic,p\n");

@@ -196,6 +196,20 @@ TEST(PermutationTest, findsNothingInNoiseButAsOftenAsItMay) {
     EXPECT_NEAR(found, expected, 3.3 * std::sqrt(expected * (1 - 12.0 / 252)));
 }
 
+// Few permutations leave a wide gap between the greatest maximum and the next ones; all that lies in it is significant.
+TEST(PermutationTest, theCriticalStatisticPartsSignificantPlacesFromTheOthers) {
+    Rows values = noise(8, 40, 3);
+    for (std::size_t s = 4; s < 8; ++s)
+        for (std::size_t p = 10; p < 15; ++p)
+            values[s][p] += 9;
+    const auto statistic = newMeanStatistic(values, {4, 4});
+    const Relabelling dealings(twoGroups(4, 4), 1000, 1);
+    const PermutationResult result = PermutationTest(*statistic, dealings).run();
+    EXPECT_GE(std::count_if(result.p.begin(), result.p.end(), [](float p) { return p <= 0.05f; }), 3);
+    for (std::size_t p = 0; p < result.p.size(); ++p)
+        EXPECT_EQ(result.p[p] <= 0.05f, std::abs(result.statistic[p]) >= result.critical * 0.99999f) << p;
+}
+
 TEST(PermutationTest, findsAHotSpotWhereItIsWithTheSameBitsInAnyStretches) {
     constexpr int rows = 9, columns = 10, planes = 8;
     Rows values = noise(14, rows * columns * planes, 77);

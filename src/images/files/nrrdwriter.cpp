@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <ostream>
+#include <utility>
 #include <vector>
 
 #include "files/fileinfo.h"
@@ -46,6 +47,14 @@ std::string headerOf(const VoxelMatrix<T>& volume, const Vector<T>& origin, cons
 }
 
 } // namespace
+
+std::string nrrdUnit(const std::optional<LengthUnit>& unit) {
+    constexpr std::pair<const char*, int> names[] = {{"m", 0}, {"cm", -2}, {"mm", -3}, {"um", -6}, {"nm", -9}};
+    for (const auto& [name, scale] : names)
+        if (unit && unit->getScale() == scale)
+            return name;
+    return "";
+}
 
 template <class T>
 void saveNrrd(const VoxelMatrix<T>& volume, const Vector<T>& origin, const Vector<T>& steps, const std::string& unit,

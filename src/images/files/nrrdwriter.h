@@ -1,14 +1,19 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/vector.h"
+#include "values/lengthunit.h"
 
 namespace vorlen {
 
 /// How the samples of a written NRRD are stored.
 enum class NrrdEncoding { Raw, Gzip };
+
+/// The unit as NRRD files have it, "um" say; empty when there is none, and for one that is none of m, cm, mm, um, nm.
+std::string nrrdUnit(const std::optional<LengthUnit>& unit);
 
 /// Writes a volume whose index (i, j, k) stands for the coordinates (x, y, z) as an attached NRRD file that carries the
 /// place of the volume in space: x runs fastest, "space origin" is the place of element (0, 0, 0), "space directions"

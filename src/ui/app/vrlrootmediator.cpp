@@ -35,6 +35,7 @@
 #include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/app/workspace.h"
+#include "ui/comparison/vrlcomparisonwindow.h"
 #include "ui/exchange/filtermarks.h"
 #include "ui/exchange/vrlmodelexchangedialog.h"
 #include "ui/exchange/vrlmodelfilterdialog.h"
@@ -140,6 +141,12 @@ void VRLRootMediator::bindProcessCommands() {
                   window.release()->show(); // deletes itself when it is closed
               })
         .enableWhen(severalStacks);
+    __commands.bind("groups.compare", [] {
+        auto window = std::make_unique<VRLComparisonWindow>();
+        VRLComparisonWindow* const shown = window.release(); // deletes itself when it is closed
+        shown->show();
+        shown->newComparison();
+    });
     __commands.bind("models.filter", [this] { runModelFilterDialog(); }).enableWhen(stack);
     __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
     __commands.bind("stacks.spotDistances", [this] { runOmbrelAction1(); });

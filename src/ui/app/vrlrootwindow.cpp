@@ -30,6 +30,7 @@
 #include "ui/app/workspace.h"
 #include "ui/commands/mnemonics.h"
 #include "ui/commands/shortcutsdialog.h"
+#include "ui/comparison/comparisoncommands.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/fusion/fusioncommands.h"
 #include "ui/icons/vrlicons.h"
@@ -249,6 +250,7 @@ void VRLRootWindow::showShortcuts() {
         dialog->addSheet(renderingCommands());
         dialog->addSheet(analysisCommands());
         dialog->addSheet(fusionCommands());
+        dialog->addSheet(comparisonCommands());
     }
     dialog->show();
     dialog->raise();

@@ -33,11 +33,19 @@ DensityColorScale::DensityColorScale(QWidget* parent) : QWidget(parent) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
-void DensityColorScale::setRange(double least, double greatest) {
+void DensityColorScale::setRange(double least, double greatest, const QString& unit) {
+    const QString behind = unit.isEmpty() ? QString() : " " + unit;
+    setTexts(shortText(least), shortText((least + greatest) / 2) + behind, shortText(greatest),
+             "Density from " + shortText(least) + " to " + shortText(greatest) + behind);
+}
+
+void DensityColorScale::setTexts(const QString& least, const QString& middle, const QString& greatest,
+                                 const QString& toolTip) {
     __known = true;
-    __least = least;
-    __greatest = greatest;
-    setToolTip("Density from " + shortText(least) + " to " + shortText(greatest));
+    __texts[0] = least;
+    __texts[1] = middle;
+    __texts[2] = greatest;
+    setToolTip(toolTip);
     update();
 }
 
@@ -59,9 +67,9 @@ void DensityColorScale::paintEvent(QPaintEvent*) {
         painter.fillRect(x, 0, 1, barHeight, densityColor(double(x) / std::max(width() - 1, 1)));
     const QRect text(0, barHeight + 2, width(), fontMetrics().height());
     painter.setPen(palette().color(QPalette::WindowText));
-    painter.drawText(text, Qt::AlignLeft, shortText(__least));
-    painter.drawText(text, Qt::AlignHCenter, shortText((__least + __greatest) / 2));
-    painter.drawText(text, Qt::AlignRight, shortText(__greatest));
+    painter.drawText(text, Qt::AlignLeft, __texts[0]);
+    painter.drawText(text, Qt::AlignHCenter, __texts[1]);
+    painter.drawText(text, Qt::AlignRight, __texts[2]);
 }
 
 } // namespace vorlen

@@ -16,7 +16,10 @@ class DensityColorScale : public QWidget {
 public:
     explicit DensityColorScale(QWidget* parent = nullptr);
 
-    void setRange(double least, double greatest);
+    /// With the unit of the densities, "per µm³" say.
+    void setRange(double least, double greatest, const QString& unit = {});
+    /// Shows these texts at the ends and in the middle.
+    void setTexts(const QString& least, const QString& middle, const QString& greatest, const QString& toolTip);
     /// Shows no numbers.
     void clear();
 
@@ -27,8 +30,7 @@ protected:
 
 private:
     bool __known = false;
-    double __least = 0;
-    double __greatest = 0;
+    QString __texts[3];
 };
 
 } // namespace vorlen

@@ -43,9 +43,33 @@ Vector<int> colorOf(float level, const DensityReport& report) {
 
 } // namespace
 
+std::optional<LengthUnit> commonUnit(const std::vector<DensityShape>& shapes, const std::vector<int>& places) {
+    std::optional<LengthUnit> common;
+    const DensityShape* first = nullptr;
+    const auto told = [](const DensityShape& shape) {
+        return shape.name.toStdString() + (shape.unit ? " is in " + shape.unit->symbol() : " has no known unit");
+    };
+    for (const int place : places) {
+        const DensityShape& shape = shapes.at(std::size_t(place));
+        if (first == nullptr) {
+            first = &shape;
+            common = shape.unit;
+        } else if (shape.unit != common) {
+            throw UsageError("optional<LengthUnit> commonUnit(const vector<DensityShape>&, const vector<int>&)",
+                             told(*first) + ", " + told(shape));
+        }
+    }
+    return common;
+}
+
+QString lengthText(double length, const std::optional<LengthUnit>& unit) {
+    const QString number = QString::number(length, 'g', 4);
+    return unit ? number + " " + QString::fromStdString(unit->symbol()) : number;
+}
+
 VRLDensityMap::VRLDensityMap(const VRLDensityMappingConfig& config, const std::vector<const Shape<float>*>& patterns,
-                             const std::vector<const Shape<float>*>& masks)
-    : __config(config) {
+                             const std::vector<const Shape<float>*>& masks, const std::optional<LengthUnit>& unit)
+    : __config(config), __unit(unit) {
     const char* const where = "VRLDensityMap::VRLDensityMap(...)";
     if (patterns.empty())
         throw UsageError(where, "A density map needs a point pattern");
@@ -55,7 +79,9 @@ VRLDensityMap::VRLDensityMap(const VRLDensityMappingConfig& config, const std::v
                                         std::to_string(pattern->getNumVertices()) + " points, and so no neighbour of " +
                                         "rank " + std::to_string(config.settings.neighbourRank));
     const std::vector<Shape<float>*> seen = copies(patterns, __patterns);
-    __mapping = std::make_unique<DensityMapping>(config.settings, seen, copies(masks, __masks));
+    DensitySettings settings = config.settings;
+    settings.unit = unit ? unit->symbol() : "";
+    __mapping = std::make_unique<DensityMapping>(settings, seen, copies(masks, __masks));
     __grid = __mapping->grid(config.resolution);
 }
 
@@ -70,6 +96,12 @@ bool VRLDensityMap::compute(ProgressMonitor& monitor) {
     }
     estimator.removeMonitor(monitor);
     return !estimator.isCanceled();
+}
+
+QString VRLDensityMap::densityUnit() const {
+    if (__config.settings.method == HistogramMethod)
+        return "points";
+    return __unit ? "per " + QString::fromStdString(__unit->symbol()) + QChar(0x00b3) : QString();
 }
 
 MapLattice<float> VRLDensityMap::lattice() const {
@@ -137,12 +169,12 @@ std::vector<std::string> VRLDensityMap::save(const std::string& fileName) const 
     const std::string base = fileName.substr(0, fileName.size() - suffix);
     std::vector<std::string> files = {base + ".vm", nifti ? fileName : base + ".nrrd"};
     VoxelMatrix<float> copy = __matrix;
-    __mapping->calibrate(copy, __grid, 0);
+    __mapping->calibrate(copy, __grid, __unit.value_or(LengthUnit()).getScale());
     copy.save(files[0], true);
     if (nifti)
-        saveNifti(__matrix, lattice().origin(), lattice().steps(), std::nullopt, files[1], true);
+        saveNifti(__matrix, lattice().origin(), lattice().steps(), __unit, files[1], true);
     else
-        saveNrrd(__matrix, lattice().origin(), lattice().steps(), std::string(), NrrdEncoding::Raw, files[1], true);
+        saveNrrd(__matrix, lattice().origin(), lattice().steps(), nrrdUnit(__unit), NrrdEncoding::Raw, files[1], true);
     for (std::size_t k = 0; k < __views.size(); ++k) {
         if (!__views[k]->surface)
             continue;

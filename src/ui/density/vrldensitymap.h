@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <QString>
@@ -11,6 +12,7 @@
 #include "shapes/trimesh.h"
 #include "ui/viewer/paintergl.h"
 #include "ui/viewer/shapepaintergl.h"
+#include "values/lengthunit.h"
 
 namespace vorlen {
 
@@ -18,7 +20,15 @@ namespace vorlen {
 struct DensityShape {
     QString name;
     ShapePainterGL<float>* painter = nullptr;
+    std::optional<LengthUnit> unit = std::nullopt; ///< of its coordinates, where it is known
 };
+
+/// The one unit of these shapes of the list; nothing where it is not known of any. Throws UsageError when they are in
+/// different units, or one is in a unit and of another it is not known: a map of both would be of neither.
+std::optional<LengthUnit> commonUnit(const std::vector<DensityShape>& shapes, const std::vector<int>& places);
+
+/// The number with the unit, "12.5 µm"; the number alone where the unit is not known.
+QString lengthText(double length, const std::optional<LengthUnit>& unit);
 
 /// What the mapping dialog asks for. Shapes are named by their places in the list that the dialog was given.
 struct VRLDensityMappingConfig {
@@ -55,10 +65,11 @@ struct DensityMapView {
 /// lives, whatever becomes of the shapes.
 class VRLDensityMap {
 public:
-    /// Copies the shapes. Throws as the estimators do, also UsageError without a pattern and, before anything is
-    /// computed, when a pattern has fewer points than the rank of the neighbour.
+    /// Copies the shapes, which are all in the unit, where one is known. Throws as the estimators do, also UsageError
+    /// without a pattern and, before anything is computed, when a pattern has fewer points than the rank of the
+    /// neighbour.
     VRLDensityMap(const VRLDensityMappingConfig& config, const std::vector<const Shape<float>*>& patterns,
-                  const std::vector<const Shape<float>*>& masks);
+                  const std::vector<const Shape<float>*>& masks, const std::optional<LengthUnit>& unit = std::nullopt);
 
     /// False when a monitor cancelled it; the map is then of no use.
     bool compute(ProgressMonitor& monitor);
@@ -67,6 +78,9 @@ public:
     const VoxelMatrix<float>& getVoxelMatrix() const { return __matrix; }
     const Grid<float>& getGrid() const { return __grid; }
     const DensityReport& getReport() const { return __report; }
+    const std::optional<LengthUnit>& getUnit() const { return __unit; }
+    /// That of the elements: "per µm³"; of counts "points", and empty where the unit of length is not known.
+    QString densityUnit() const;
     MapLattice<float> lattice() const;
 
     /// The box whose cells have the elements in their middles.
@@ -79,14 +93,15 @@ public:
     void removeView(const DensityMapView& view);
     const std::vector<std::unique_ptr<DensityMapView>>& getViews() const { return __views; }
 
-    /// Writes the volume as .vm, the same beside it with its place in space, and the surface of view k as NAME-%02d.tm.
-    /// The one beside it is .nrrd, or NIfTI for a name that ends in .nii or .nii.gz; a name with no such ending and
-    /// without .vm gets it. Volumes are replaced, surfaces are not: then, and when writing fails, FileWriteError.
-    /// Returns the files.
+    /// Writes the volume as .vm, the same beside it with its place in space, both with the unit where it is known, and
+    /// the surface of view k as NAME-%02d.tm. The one beside it is .nrrd, or NIfTI for a name that ends in .nii or
+    /// .nii.gz; a name with no such ending and without .vm gets it. Volumes are replaced, surfaces are not: then, and
+    /// when writing fails, FileWriteError. Returns the files.
     std::vector<std::string> save(const std::string& fileName) const;
 
 private:
     VRLDensityMappingConfig __config;
+    std::optional<LengthUnit> __unit;
     std::vector<std::unique_ptr<Shape<float>>> __patterns;
     std::vector<std::unique_ptr<Shape<float>>> __masks;
     std::unique_ptr<DensityMapping> __mapping;

@@ -41,8 +41,10 @@ QListWidget* addList(QHBoxLayout& row, const QString& title, const QString& tool
     return list;
 }
 
-QString widthsText(const BoundingBox<float>& box) {
-    return QString::asprintf("%.1f x %.1f x %.1f", double(box.width(0)), double(box.width(1)), double(box.width(2)));
+QString widthsText(const BoundingBox<float>& box, const std::optional<LengthUnit>& unit) {
+    const auto width = [&box](int axis) { return QString::number(double(box.width(axis)), 'g', 5); };
+    const QString widths = width(0) + " x " + width(1) + " x " + width(2);
+    return unit ? widths + " " + QString::fromStdString(unit->symbol()) : widths;
 }
 
 } // namespace
@@ -66,7 +68,8 @@ VRLDensityMappingDialog::VRLDensityMappingDialog(const std::vector<DensityShape>
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(__patterns, &QListWidget::itemSelectionChanged, this, &VRLDensityMappingDialog::refresh);
+    for (const QListWidget* list : {__patterns, __masks})
+        connect(list, &QListWidget::itemSelectionChanged, this, &VRLDensityMappingDialog::refresh);
     connect(__method, &QComboBox::currentIndexChanged, this, &VRLDensityMappingDialog::refresh);
     connect(__corrected, &QCheckBox::toggled, this, &VRLDensityMappingDialog::refresh);
     connect(__resolution, &QDoubleSpinBox::valueChanged, this, &VRLDensityMappingDialog::refresh);
@@ -187,6 +190,24 @@ void VRLDensityMappingDialog::refresh() {
     showGrid();
 }
 
+bool VRLDensityMappingDialog::showUnit() {
+    std::vector<int> places = chosen(*__patterns);
+    const std::vector<int> masks = chosen(*__masks);
+    places.insert(places.end(), masks.begin(), masks.end());
+    bool fits = true;
+    try {
+        __unit = commonUnit(__shapes, places);
+    } catch (const UsageError& error) {
+        __unit.reset();
+        __size->setText("Different units: " + QString::fromStdString(error.getWhat()));
+        fits = false;
+    }
+    const QString suffix = __unit ? " " + QString::fromStdString(__unit->symbol()) : QString();
+    for (QDoubleSpinBox* field : {__bandwidth, __resolution})
+        field->setSuffix(suffix);
+    return fits;
+}
+
 void VRLDensityMappingDialog::showGrid() {
     BoundingBox<float> box;
     for (const int place : chosen(*__patterns))
@@ -195,20 +216,21 @@ void VRLDensityMappingDialog::showGrid() {
         label->clear();
     __ok->setEnabled(false);
     BoundingBox<float> shown;
-    if (box.isValid() && box.getVertex1().getSize() == 3) {
-        __box->setText(widthsText(box));
+    if (showUnit() && box.isValid() && box.getVertex1().getSize() == 3) {
+        __box->setText(widthsText(box, __unit));
         const float longest = box.widths().max();
         const float step = __resolution->value() > 0 ? float(__resolution->value()) : longest > 0 ? longest / 100 : 1;
         try {
             const Grid<float> grid = gridAround(box, step, settings().layout(), maxElements);
             shown = grid.getBoundingBox();
             const Vector<int>& size = grid.getSize();
-            __size->setText(QString("%1 x %2 x %3 (%4 nodes)")
+            __size->setText(QString("%1 x %2 x %3 (%4 nodes), steps of %5")
                                 .arg(size[0])
                                 .arg(size[1])
                                 .arg(size[2])
-                                .arg(qint64(size[0]) * size[1] * size[2]));
-            __gridBox->setText(widthsText(shown));
+                                .arg(qint64(size[0]) * size[1] * size[2])
+                                .arg(lengthText(double(step), __unit)));
+            __gridBox->setText(widthsText(shown, __unit));
             __ok->setEnabled(true);
         } catch (const Exception&) {
             __size->setText("Too many: take a greater resolution");

@@ -19,7 +19,7 @@ class QSpinBox;
 namespace vorlen {
 
 /// Asks what a density map is made of: patterns, masks, method and cells. "OK" stands for a map that can be made: with
-/// a pattern, of no more elements than maxElements.
+/// a pattern, of no more elements than maxElements, and of shapes in one unit, which all lengths are told in.
 class VRLDensityMappingDialog : public QDialog {
     Q_OBJECT
 
@@ -50,8 +50,11 @@ private:
     void buildEditor(QFormLayout& form);
     DensitySettings settings() const;
     void showGrid();
+    /// Lets the fields tell the unit; false, and a word in place of the size, for shapes that do not go together.
+    bool showUnit();
 
     std::vector<DensityShape> __shapes;
+    std::optional<LengthUnit> __unit; ///< of what is selected
     std::vector<VRLDensityMappingConfig> __existing;
     QListWidget* __patterns;
     QListWidget* __masks;

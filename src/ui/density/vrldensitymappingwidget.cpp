@@ -37,16 +37,31 @@ QString shortText(double value) {
 }
 
 /// The name, and what the view shows.
-QString textOf(const DensityMapView& view) {
+QString textOf(const DensityMapView& view, const VRLDensityMap& map) {
     const VRLDensityMapViewConfig& config = view.config;
+    const QString unit = map.densityUnit().isEmpty() ? QString() : " " + map.densityUnit();
     if (config.viewType == DensityViewType::Percentile)
         return QString("%1: percentile %2, density %3")
-            .arg(config.name, shortText(double(config.percentile)), shortText(double(view.level)));
+            .arg(config.name, shortText(double(config.percentile)), shortText(double(view.level)) + unit);
     if (config.viewType == DensityViewType::Isosurface)
-        return QString("%1: density %2").arg(config.name, shortText(double(view.level)));
+        return QString("%1: density %2").arg(config.name, shortText(double(view.level)) + unit);
     if (config.viewType == DensityViewType::Slice)
         return QString("%1: across %2").arg(config.name, axisNames[config.axis]);
     return config.name + ": counts";
+}
+
+/// Size and place of the cells or nodes.
+QString cellsText(const VRLDensityMap& map) {
+    const MapLattice<float> lattice = map.lattice();
+    const Vector<float> steps = lattice.steps(), origin = lattice.origin();
+    const auto triple = [](const Vector<float>& v) {
+        return shortText(double(v[0])) + " x " + shortText(double(v[1])) + " x " + shortText(double(v[2]));
+    };
+    const QString unit = map.getUnit() ? " " + QString::fromStdString(map.getUnit()->symbol()) : QString();
+    return QString("%1 elements, steps of %2%3, the first at (%4, %5, %6)%3")
+        .arg(QString("%1 x %2 x %3").arg(lattice.getSize(0)).arg(lattice.getSize(1)).arg(lattice.getSize(2)),
+             triple(steps), unit, shortText(double(origin[0])), shortText(double(origin[1])),
+             shortText(double(origin[2])));
 }
 
 } // namespace
@@ -139,7 +154,9 @@ VRLDensityMap* VRLDensityMappingWidget::runDensityMapping(const VRLDensityMappin
             patterns.push_back(__shapes.at(std::size_t(place)).painter->getShape());
         for (const int place : config.masks)
             masks.push_back(__shapes.at(std::size_t(place)).painter->getShape());
-        map = std::make_unique<VRLDensityMap>(config, patterns, masks);
+        std::vector<int> places = config.patterns;
+        places.insert(places.end(), config.masks.begin(), config.masks.end());
+        map = std::make_unique<VRLDensityMap>(config, patterns, masks, commonUnit(__shapes, places));
         VRLProgressDialog progress(this);
         progress.setWindowTitle("Density mapping");
         progress.setMinimumDuration(500);
@@ -166,7 +183,7 @@ DensityMapView* VRLDensityMappingWidget::addView(VRLDensityMap& map, const VRLDe
         QTreeWidgetItem* parent = __tree->topLevelItem(i);
         if (mapOf(*parent) != &map)
             continue;
-        auto* item = new QTreeWidgetItem(parent, {textOf(*view)});
+        auto* item = new QTreeWidgetItem(parent, {textOf(*view, map)});
         item->setToolTip(0, item->text(0));
         item->setData(0, Qt::UserRole, QVariant::fromValue(quintptr(view)));
         parent->setExpanded(true);
@@ -243,7 +260,7 @@ void VRLDensityMappingWidget::mapSelectionChange() {
     __save->setEnabled(oneMap);
     __info->setEnabled(map != nullptr);
     if (map != nullptr)
-        __scale->setRange(double(map->getReport().least), double(map->getReport().greatest));
+        __scale->setRange(double(map->getReport().least), double(map->getReport().greatest), map->densityUnit());
     else
         __scale->clear();
     const std::vector<DensityMapView*> surfaces = selectedSurfaces();
@@ -284,7 +301,8 @@ void VRLDensityMappingWidget::viewButtonClick() {
     VRLDensityMap* map = selectedMap();
     if (map == nullptr)
         return;
-    VRLDensityMapViewDialog dialog(__lastView, map->getReport().least, map->getReport().greatest, this);
+    VRLDensityMapViewDialog dialog(__lastView, map->getReport().least, map->getReport().greatest, this,
+                                   map->densityUnit());
     if (dialog.exec() != QDialog::Accepted)
         return;
     __lastView = dialog.config();
@@ -312,7 +330,10 @@ void VRLDensityMappingWidget::infoButtonClick() {
     const DensityReport& report = map->getReport();
     QStringList lines = {
         map->getConfig().name,
-        QString("Densities from %1 to %2").arg(shortText(double(report.least)), shortText(double(report.greatest)))};
+        QString("Densities from %1 to %2 %3")
+            .arg(shortText(double(report.least)), shortText(double(report.greatest)), map->densityUnit())
+            .trimmed(),
+        cellsText(*map)};
     for (const std::string& note : report.notes)
         lines.append(QString::fromStdString(note));
     QMessageBox box(QMessageBox::Information, "Density map", lines.join('\n'), QMessageBox::Ok, this);
@@ -357,7 +378,8 @@ void VRLDensityMappingWidget::showSlice(const QTreeWidgetItem* item) {
     const QSignalBlocker quiet(__slice);
     __slice->setRange(0, plane->getNumPlanes() - 1);
     __slice->setValue(plane->getIndex());
-    __sliceLabel->setText(QString("%1 = %2").arg(axisNames[plane->getAxis()], shortText(double(plane->getPosition()))));
+    __sliceLabel->setText(QString("%1 = %2").arg(axisNames[plane->getAxis()],
+                                                 lengthText(double(plane->getPosition()), mapOf(*item)->getUnit())));
 }
 
 void VRLDensityMappingWidget::moveSlice(int index) {

@@ -12,7 +12,7 @@
 namespace vorlen {
 
 VRLDensityMapViewDialog::VRLDensityMapViewDialog(const VRLDensityMapViewConfig& start, float least, float greatest,
-                                                 QWidget* parent)
+                                                 QWidget* parent, const QString& unit)
     : QDialog(parent) {
     setWindowTitle("Creating density map view");
     __name = new QLineEdit(start.name);
@@ -23,7 +23,10 @@ VRLDensityMapViewDialog::VRLDensityMapViewDialog(const VRLDensityMapViewConfig& 
     __threshold->setDecimals(15);
     __threshold->setRange(0, 1e9);
     __threshold->setValue(double(start.threshold));
-    auto* range = new QLabel(QString::asprintf("(Density range: %.3g-%.3g)", double(least), double(greatest)));
+    if (!unit.isEmpty())
+        __threshold->setSuffix(" " + unit);
+    auto* range = new QLabel(
+        (QString::asprintf("(Density range: %.3g-%.3g", double(least), double(greatest)) + " " + unit).trimmed() + ")");
     __percentile = new VRLDecimalBox;
     __percentile->setDecimals(1);
     __percentile->setRange(0, 100);

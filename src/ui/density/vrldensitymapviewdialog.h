@@ -15,9 +15,9 @@ class VRLDensityMapViewDialog : public QDialog {
     Q_OBJECT
 
 public:
-    /// Least and greatest density of the map are told beside the threshold.
+    /// Least and greatest density of the map are told beside the threshold, in the unit.
     VRLDensityMapViewDialog(const VRLDensityMapViewConfig& start, float least, float greatest,
-                            QWidget* parent = nullptr);
+                            QWidget* parent = nullptr, const QString& unit = {});
 
     VRLDensityMapViewConfig config() const;
 

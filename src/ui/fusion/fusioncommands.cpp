@@ -11,7 +11,8 @@ CommandSheet newSheet() {
     sheet.window = "Normalization window";
     sheet.commands = ownFusionCommands();
     sheet.commands.insert(sheet.commands.end(), viewerCommands().begin(), viewerCommands().end());
-    std::vector<const char*> entries = {"fusion.new", "fusion.cancel", "fusion.summary", "fusion.export"};
+    std::vector<const char*> entries = {"fusion.new", "fusion.cancel", "fusion.summary", "fusion.export",
+                                        "fusion.compare"};
     entries.insert(entries.end(), viewerFileMenu().entries.begin(), viewerFileMenu().entries.end());
     for (const char* entry : {commandSeparator, "window.new", "window.close"})
         entries.push_back(entry);
@@ -29,6 +30,9 @@ const std::vector<CommandInfo>& ownFusionCommands() {
         {.id = "fusion.cancel", .text = "Cancel", .tip = "Stop the normalization that runs", .keys = "Esc"},
         {.id = "fusion.summary", .text = "Summary", .tip = "Show what was done, and the errors"},
         {.id = "fusion.export", .text = "Export results...", .tip = "Save all shapes of the table in a folder"},
+        {.id = "fusion.compare",
+         .text = "Compare groups...",
+         .tip = "Tell where the points of groups of these specimens differ"},
         {.id = "window.new", .text = "New window", .tip = "Open another window with the same configuration"},
         {.id = "window.close", .text = "Close window", .tip = "Close this window", .keys = "Ctrl+W"},
         {.id = "show.panel", .text = "Pose panel", .tip = "Show or hide the pose panel", .checkable = true},

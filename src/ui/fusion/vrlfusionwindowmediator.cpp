@@ -16,6 +16,7 @@
 #include "images/rasters/colormap.h"
 #include "shapes/quadmesh.h"
 #include "shapes/shapeset.h"
+#include "ui/comparison/vrlcomparisonwindow.h"
 #include "ui/density/vrldensitymappingwidget.h"
 #include "ui/fusion/fusioncommands.h"
 #include "ui/fusion/fusionresidualview.h"
@@ -107,6 +108,7 @@ void VRLFusionWindowMediator::bindCommands() {
     commands()
         .bind("fusion.variation", [this] { showVariation(commands().action("fusion.variation").isChecked()); })
         .enableWhen(displaying);
+    commands().bind("fusion.compare", [this] { compareGroups(); }).enableWhen(displaying);
     commands().bind("window.new", [this] { newWindow(); });
     commands().bind("window.close", [this] { __window.close(); });
 }
@@ -165,6 +167,7 @@ void VRLFusionWindowMediator::start(const VRLFusionConfig<float>& config) {
         fusion->setConfig(__config);
         fusion->prepare();
         takeColors();
+        __unit = __config.getStacks().front()->getLengthUnit();
         __fusion = std::move(fusion);
     });
     // The stacks may be closed from now on.
@@ -277,7 +280,7 @@ void VRLFusionWindowMediator::fusionComplete() {
     for (const auto& painter : __painters)
         shapes.push_back(
             {QString::fromStdString(painter->getStackName() + ": " + painter->getProxy()->getShape()->getName()),
-             painter->getProxy()});
+             painter->getProxy(), __unit});
     __density.setShapes(shapes);
     __residuals.setReport(__fusion->getReport());
     refreshCanvas();
@@ -369,6 +372,29 @@ void VRLFusionWindowMediator::showVariation(bool shown) {
     commands().action("fusion.variation").setChecked(shown);
     processSelectionChange();
     getCanvas()->repaint();
+}
+
+void VRLFusionWindowMediator::compareGroups() {
+    if (__status != Displaying)
+        return;
+    ComparisonOffer offer;
+    offer.unit = __unit;
+    for (const auto& painter : __painters) {
+        const Shape<float>& shape = *painter->getProxy()->getShape();
+        const ShapeType type = shape.getShapeType();
+        const bool isMean = painter->getStackName() == meanName;
+        const bool isPattern = !isMean && (type == VerticesType || type == VertexStackType);
+        if (shape.getNumVertices() == 0 || (!isPattern && !(isMean && type == ClosedQuadMeshType)))
+            continue;
+        std::shared_ptr<Shape<float>> copy(shape.clone());
+        copy->detach();
+        copy->setName(shape.getName());
+        const QString name = QString::fromStdString(painter->getStackName() + ": " + shape.getName());
+        (isPattern ? offer.patterns : offer.surfaces).push_back({name, std::move(copy)});
+    }
+    auto* window = new VRLComparisonWindow(offer); // deletes itself when it is closed
+    window->show();
+    window->newComparison();
 }
 
 void VRLFusionWindowMediator::processSelectionChange() {

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "normalization/vrlfusionconfig.h"
 #include "ui/progress/vrlprogressproxy.h"
 #include "ui/viewer/viewermediator.h"
+#include "values/lengthunit.h"
 
 class QDir;
 class QThread;
@@ -73,6 +75,8 @@ public slots:
     void processSelectionChange();
     void processAttributesChange();
     void showVariation(bool shown);
+    /// Opens a window that compares groups of the specimens. It keeps copies of the shapes.
+    void compareGroups();
 
 private:
     enum Status { Ready, Running, Displaying };
@@ -96,6 +100,7 @@ private:
     VRLProgressProxy __progress;
     VRLStatusBar& __statusBar;
     VRLFusionConfig<float> __config;
+    std::optional<LengthUnit> __unit; ///< of the shapes, that of the first stack
     std::map<std::pair<std::string, std::string>, ModelItemProperties> __properties; // of stack and model
     std::unique_ptr<VRLFusion> __fusion;
     std::unique_ptr<QThread> __worker;

@@ -5,7 +5,9 @@
 
 #include <QComboBox>
 #include <QDoubleSpinBox>
+#include <QFile>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSettings>
@@ -247,6 +249,57 @@ TEST_F(DensityWindow, ranksThatAPatternLacksAreToldAndSurfacesShineThroughOnRequ
     EXPECT_FALSE(maskPainter.isOpaque());
     widget->setSurfacesTranslucent(false);
     EXPECT_TRUE(maskPainter.isOpaque());
+}
+
+TEST_F(DensityWindow, tellsTheUnitOfItsShapesAndMixesNone) {
+    const LengthUnit mm(-3), um(-6);
+    widget->setShapes(
+        {{"one / first", &firstPainter, mm}, {"two / second", &secondPainter, um}, {"mean / body", &maskPainter, mm}});
+    ModalScript script;
+    script.then([](QWidget& dialog) {
+        auto* patterns = dialog.findChild<QListWidget*>("patterns");
+        const auto tells = [&dialog](const QString& text) {
+            for (const QLabel* label : dialog.findChildren<QLabel*>())
+                if (label->text().contains(text))
+                    return true;
+            return false;
+        };
+        patterns->selectAll();
+        EXPECT_TRUE(tells("one / first is in mm, two / second is in \u00b5m"));
+        patterns->item(1)->setSelected(false);
+        EXPECT_FALSE(tells("is in mm"));
+        EXPECT_TRUE(tells("6 x 6 x 6 mm"));
+        for (const QDoubleSpinBox* field : dialog.findChildren<QDoubleSpinBox*>())
+            EXPECT_EQ(field->suffix(), " mm");
+        static_cast<QDialog&>(dialog).reject();
+    });
+    press("New...");
+    script.then([](QWidget& box) {
+        EXPECT_TRUE(static_cast<QMessageBox&>(box).text().contains("is in \u00b5m"));
+        static_cast<QDialog&>(box).accept();
+    });
+    EXPECT_EQ(smallMap({0, 1}, {}), nullptr);
+    VRLDensityMap* map = smallMap({0}, {2});
+    ASSERT_NE(map, nullptr);
+    EXPECT_EQ(map->densityUnit(), "per mm\u00b3");
+    ASSERT_NE(widget->addView(*map, {}), nullptr);
+    EXPECT_TRUE(tree().currentItem()->text(0).endsWith("per mm\u00b3")) << tree().currentItem()->text(0).toStdString();
+    EXPECT_TRUE(widget->findChild<DensityColorScale*>()->toolTip().endsWith("per mm\u00b3"));
+    tree().setCurrentItem(tree().topLevelItem(0));
+    script.then([](QWidget& box) {
+        const QString text = static_cast<QMessageBox&>(box).text();
+        EXPECT_TRUE(text.contains("bandwidth 1.5 mm") && text.contains("steps of 1.3 x 1.3 x 1.3 mm"))
+            << text.toStdString();
+        static_cast<QDialog&>(box).accept();
+    });
+    press("Info");
+    QTemporaryDir folder;
+    map->save(folder.filePath("map").toStdString());
+    const VoxelMatrix<float> saved(folder.filePath("map.vm").toStdString());
+    EXPECT_EQ(saved.getVoxelCalibration().getLengthUnit(), mm);
+    QFile nrrd(folder.filePath("map.nrrd"));
+    ASSERT_TRUE(nrrd.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(nrrd.read(1000).contains("space units: \"mm\" \"mm\" \"mm\""));
 }
 
 TEST(DensityColor, growsLighterAllTheWay) {

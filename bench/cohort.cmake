@@ -1,0 +1,1 @@
+vorlen_bench(cohort_bench.cpp LINKS vorlen_shapes vorlen_document vorlen_normalization)
