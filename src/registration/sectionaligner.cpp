@@ -457,14 +457,31 @@ bool refineThrough(const Section& target, const Section& source, RigidMotion& mo
     return true;
 }
 
+/// Part of the blocks that agree by chance.
+constexpr double chanceShare = 0.09;
+
 /// Chance lets about a tenth of the blocks agree; 3.5 of its standard deviations more are no chance, and as several
 /// places are tried it takes more where all in all little fits. Sections with little on them have too few blocks to
 /// tell: there the whole must fit.
 bool isBorneOut(const SectionMatch& match) {
     if (match.numBlocks < 8)
         return match.score > 0.6;
-    const double chance = 0.09 + 3.5 * std::sqrt(0.09 * 0.91 / match.numBlocks) + std::max(0.0, 0.45 - match.score);
+    const double spread = std::sqrt(chanceShare * (1 - chanceShare) / match.numBlocks);
+    const double chance = chanceShare + 3.5 * spread + std::max(0.0, 0.45 - match.score);
     return match.support > std::min(0.9, chance) || (match.numBlocks < 20 && match.score > 0.75);
+}
+
+/// In standard deviations of chance.
+double surplus(const Support& support) {
+    return (support.share - chanceShare) / std::sqrt(chanceShare * (1 - chanceShare) / std::max(1, support.numBlocks));
+}
+
+/// What noise hides from small blocks the coarser scale may show: whether both scales together bear the motion out. By
+/// chance their sum is as far off as 4 of its deviations no more often than a single one is.
+bool isBorneOutBelow(const SectionMatch& match, const Support& coarse) {
+    constexpr int enough = 12; // blocks
+    return match.score > 0.5 && match.numBlocks >= enough && coarse.numBlocks >= enough && surplus(coarse) > 3 &&
+           (surplus({match.numBlocks, match.support}) + surplus(coarse)) / std::sqrt(2.0) > 4;
 }
 
 /// A motion with all that is known of it.
@@ -477,6 +494,12 @@ SectionMatch judged(const Section& target, const Section& source, const RigidMot
     match.support = support.share;
     match.numBlocks = support.numBlocks;
     match.found = isBorneOut(match);
+    if (!match.found && k + 1 < std::min(target.levels.size(), source.levels.size())) {
+        const Support coarse = supportAt(target.levels[k + 1], source.levels[k + 1], motion, match.inverted);
+        match.found = isBorneOutBelow(match, coarse);
+        if (match.found)
+            match.support = std::max(match.support, coarse.share);
+    }
     tellSpread(match, target.levels[k], source.levels[k]);
     return match;
 }
