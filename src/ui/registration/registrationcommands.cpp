@@ -25,9 +25,13 @@ std::vector<CommandInfo> registrationAndEditCommands() {
          .text = "Register all slices",
          .tip = "Look for the places of all slices, one after the other",
          .keys = "Ctrl+Shift+G"},
+        {.id = "registration.bend",
+         .text = "Bend slices...",
+         .tip = "Bend squeezed or torn slices onto each other, into a new stack"},
         {.id = "registration.cancelRun",
          .text = "Stop",
-         .tip = "Stop automatic registration, keeping the slices that are done, or the setting of landmarks",
+         .tip = "Stop automatic registration, keeping the slices that are done, the bending, or the setting of "
+                "landmarks",
          .keys = "Esc",
          .whileLocked = true},
         {.id = "window.close", .text = "Close", .tip = "Close this window", .keys = "Ctrl+W", .whileLocked = true},
@@ -117,7 +121,7 @@ CommandSheet newRegistrationSheet() {
     sheet.menus = {
         {"Registration",
          {"registration.apply", "registration.reset", "registration.restore", "registration.lock", line,
-          "registration.run", "registration.runAll", "registration.cancelRun", line, "window.close"}},
+          "registration.run", "registration.runAll", "registration.bend", "registration.cancelRun", line, "window.close"}},
         {"Edit", {"edit.undo", "edit.redo"}},
         {"Adjust",
          {"nudge.left", "nudge.right", "nudge.up", "nudge.down", line, "nudge.farLeft", "nudge.farRight", "nudge.farUp",
