@@ -19,6 +19,9 @@ using Section = SectionAligner::Section;
 constexpr double pi = 3.14159265358979323846;
 constexpr float present = SectionLevel::present;
 
+/// Without so many blocks nothing is found.
+constexpr int leastBlocks = 12;
+
 /// Angles all around, and how many places are followed from there.
 constexpr int numAngles = 45;
 constexpr std::size_t numFollowed = 4;
@@ -268,7 +271,9 @@ SectionMatch judgedByInformation(const Section& target, const Section& source, c
     const BlockSupport support = supportAt(like.target, like.source, motion, false);
     match.support = support.share;
     match.numBlocks = support.numBlocks;
-    match.found = isBorneOut(match);
+    // A ground alone gives much information: it takes blocks to bear a motion out.
+    const double chance = std::sqrt(chanceShare * (1 - chanceShare) / std::max(1, match.numBlocks));
+    match.found = match.numBlocks >= leastBlocks && match.support > chanceShare + 4 * chance;
     tellSpread(match, like.target, like.source);
     return match;
 }

@@ -28,8 +28,8 @@ double square(double value) {
 /// Angles all around.
 constexpr int numTurns = 60;
 
-/// Sections that are found to fit, but no better than this by their correlation, may have much more in common by mutual
-/// information: when so much more of their blocks agree by it.
+/// Sections that fit no better than this by their correlation may have much more in common by mutual information; where
+/// they were found to fit it is taken when so much more of their blocks agree by it.
 constexpr double littleAlike = 0.5;
 constexpr double clearlyMore = 0.2;
 
@@ -375,7 +375,7 @@ SectionMatch SectionAligner::match(const Section& source, const Section& target,
     if (method == AlignmentMethod::MutualInformation)
         return informed(source, target, start, search).value_or(none);
     const SectionMatch match = correlated(source, target, start, method, search);
-    if (method != AlignmentMethod::Auto || !search || (match.found && match.score > littleAlike))
+    if (method != AlignmentMethod::Auto || !search || match.score > littleAlike)
         return match;
     const std::optional<SectionMatch> other =
         match.found ? informed(source, target, match.motion, false) : informed(source, target, start, true);
