@@ -133,11 +133,11 @@ struct Place {
 };
 
 /// The places with the most information, the source turned by steps all around and shifted by steps of some pixels, on
-/// the coarsest scale, on one pixel of four: some ten million in all.
+/// the coarsest scale, up to a third of the section, on one pixel of four: some five million in all.
 std::vector<Place> placesAround(const ClassPair& pair) {
     const Level& target = pair.target;
     constexpr int stride = 4;
-    const int reachX = target.image.cols / 2 / stride * stride, reachY = target.image.rows / 2 / stride * stride;
+    const int reachX = target.image.cols / 3 / stride * stride, reachY = target.image.rows / 3 / stride * stride;
     // The source on a grid that is larger by the shifts.
     Level around = target;
     around.image = cv::Mat(target.image.rows + 2 * reachY, target.image.cols + 2 * reachX, CV_32FC2);
@@ -303,7 +303,7 @@ std::optional<SectionMatch> matchByInformation(const Section& source, const Sect
         places.push_back({other, 0});
     // Fewer and fewer from scale to scale.
     for (std::size_t k = std::min<std::size_t>(pairs.size(), 2); k-- > 0;)
-        follow(places, pairs[k], k > 0 ? 3 : 1);
+        follow(places, pairs[k], k > 0 ? 2 : 1);
     const Place* const best = &places.front();
     if (!(best->value > 0))
         return std::nullopt;

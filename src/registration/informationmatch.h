@@ -8,8 +8,8 @@
 
 namespace vorlen {
 
-/// What SectionAligner does by mutual information, for its sources alone: for sections whose greys belong together, but
-/// neither rise nor fall with each other, as with two stains, or with contrast that is inverted in part.
+// What SectionAligner does by mutual information, for its sources alone: for sections whose greys belong together, but
+// neither rise nor fall with each other, as with two stains, or with contrast that is inverted in part.
 
 /// How well the source, moved, fits the target: JointHistogram::informationalCorrelation() of their greys on the level of
 /// choice, lessened where the overlap is less than half of the smaller section.

@@ -6,8 +6,8 @@
 
 namespace vorlen {
 
-/// What SectionAligner does at one scale of two sections, for its sources alone: the source is brought onto the target,
-/// and it is told how well it lies there.
+// What SectionAligner does at one scale of two sections, for its sources alone: the source is brought onto the target,
+// and it is told how well it lies there.
 
 /// In radians: how far an angle is trusted that nothing in the images tells.
 constexpr double angleDoubt = 0.02;
@@ -35,6 +35,8 @@ struct BlockSupport {
 /// Whether enough of the blocks agree, by the support and the score of a match, that it is no chance.
 bool isBorneOut(const SectionMatch& match);
 
+/// Of a motion: each block of the target is looked for a few pixels about in the moved source. Where the contrast is
+/// inverted by its negative.
 BlockSupport supportAt(const SectionLevel& target, const SectionLevel& source, const RigidMotion& motion,
                        bool inverted);
 

@@ -2,16 +2,22 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include <QString>
 #include <QStringList>
 
 #include "editing/operations/elasticalignment.h"
 #include "ui/registration/stacktask.h"
 
+class QWidget;
+
 namespace vorlen {
 
-/// Bends a copy of a stack, with its outlines, beside the window, into new images and fields; see bendStack(). What is
-/// done is for the owner to take, on the window's thread. Cancelled or failed it leaves no files.
+class VRLStack;
+
+/// Bends a copy of a stack, with its outlines, beside the window, into new images and fields; see bendStack(). Cancelled
+/// it leaves no files.
 class BendingRun : public StackTask {
     Q_OBJECT
 
@@ -19,21 +25,21 @@ public:
     using StackTask::StackTask;
     ~BendingRun() override;
 
-    /// Nothing while a run goes on. The new stack is to have this file, and images and fields beside it.
-    void bend(const Stack& stack, const ElasticOptions& options, const std::string& file);
+    /// Asks how the slices of the stack are to be bent, but for those at the locked places, and into which file, and
+    /// begins; false when it is not wanted.
+    bool ask(QWidget& window, const VRLStack& stack, const std::vector<int>& locked);
 
-    /// There are images and fields that the new stack is to be written for.
-    bool isDone() const { return __done; }
+    /// When it has ended: writes the new stack, with images and fields beside it already, opens it, and says so in a
+    /// sentence. Throws FileWriteError, and UsageError for what the run broke off at.
+    QString open(QWidget& window);
 
-    /// Of the last run that has ended: writes the new stack and gives its file; empty when there is none, as nothing was
-    /// bent or could be. Throws FileWriteError.
-    std::string writeStack();
-
-    /// What became of the slices, for the user: those that were left as they are, and why, or why there is no new stack.
+    /// What the user is to know besides: slices that were left as they are, and why, or why there is no new stack.
     QStringList remarks() const;
-    int numBent() const;
 
 private:
+    void bend(const Stack& stack, const ElasticOptions& options, const std::string& file);
+    int numBent() const;
+
     std::shared_ptr<Stack> __bent;
     std::string __file;
     ElasticAlignment __found;

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include <QAction>
-#include <QFile>
 #include <QMessageBox>
 #include <QWidget>
 
@@ -18,10 +17,8 @@
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "numerics/exception.h"
-#include "ui/files/vrlstackio.h"
 #include "ui/models/guarded.h"
 #include "ui/models/refusal.h"
-#include "ui/registration/bendingdialog.h"
 #include "ui/registration/landmarkpanel.h"
 #include "ui/registration/registrationcommands.h"
 #include "ui/registration/registrationreportdialog.h"
@@ -454,38 +451,19 @@ std::vector<int> VRLRegistrationMediator::lockedPlaces() const {
 void VRLRegistrationMediator::bendSlices() {
     if (__stack == nullptr || isRunning() || !tryApply())
         return;
-    BendingDialog dialog(*__stack, &__window);
-    if (dialog.exec() != QDialog::Accepted || __stack == nullptr)
-        return;
-    ElasticOptions options = dialog.options();
-    options.locked = lockedPlaces();
-    guarded(&__window, "The slices can't be bent.", [&] {
-        __bending.bend(*__stack, options, dialog.file());
-        beginRun(bendingText);
+    guarded(&__window, "The slices can't be bent.", [this] {
+        if (__bending.ask(__window, *__stack, lockedPlaces()))
+            beginRun(bendingText);
     });
 }
 
 void VRLRegistrationMediator::takeBending() {
     endRun();
     scoreSlices();
-    if (__bending.wasCanceled() && !__bending.isDone()) {
-        __statusBar.setMessage("Cancelled: no slice was bent.");
-        return;
-    }
-    std::string file;
-    guarded(&__window, "The bent stack can't be made.", [&] {
-        if (!__bending.failure().empty())
-            throw UsageError("", __bending.failure());
-        file = __bending.writeStack();
-    });
-    if (!file.empty()) {
-        __statusBar.setMessage(QString("%1 slice%2 bent: %3")
-                                   .arg(__bending.numBent())
-                                   .arg(__bending.numBent() == 1 ? "" : "s")
-                                   .arg(QFile::decodeName(file.c_str())));
-        VRLStackIO(&__window).openStack(file);
-    }
-    if (__bending.failure().empty() && !__bending.remarks().isEmpty())
+    QString message = "No slice was bent.";
+    guarded(&__window, "The bent stack can't be made.", [&] { message = __bending.open(__window); });
+    __statusBar.setMessage(message);
+    if (!__bending.remarks().isEmpty())
         tellRemarks(__bending.remarks());
 }
 
