@@ -393,7 +393,8 @@ void bindStacks(py::module_& module) {
         .def("register", &registered, py::kw_only(), py::arg("method") = "auto", py::arg("reference") = "neighbours",
              py::arg("locked") = std::vector<py::object>(), py::arg("progress") = py::none(),
              "Brings the slices onto each other by their images, in one step. method: auto, features, intensity,\n"
-             "mutual-information or principal-axes; reference: neighbours, template, path, or a slice that stays; locked: slices that keep\n"
+             "mutual-information or principal-axes; reference: neighbours, template, path, or a slice that stays; "
+             "locked: slices that keep\n"
              "their registration. Returns a dictionary for each slice.");
 }
 

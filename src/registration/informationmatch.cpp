@@ -67,12 +67,12 @@ std::vector<ClassPair> classPairs(const Section& target, const Section& source) 
     return pairs;
 }
 
-/// Raises the information about a motion by a simplex in which a turn counts as the way of the border. The first corners
-/// are so many pixels away.
+/// Raises the information about a motion by a simplex in which a turn counts as the way of the border. The first
+/// corners are so many pixels away.
 void climb(const ClassPair& pair, RigidMotion& motion, double pixels, int most) {
     const double step = pixels * pair.target.stepX;
-    const double radius = 0.35 * std::hypot(pair.target.image.cols * pair.target.stepX,
-                                            pair.target.image.rows * pair.target.stepY);
+    const double radius =
+        0.35 * std::hypot(pair.target.image.cols * pair.target.stepX, pair.target.image.rows * pair.target.stepY);
     struct Corner {
         std::array<double, 3> at;
         double value;
@@ -80,9 +80,7 @@ void climb(const ClassPair& pair, RigidMotion& motion, double pixels, int most) 
     const auto motionAt = [&](const std::array<double, 3>& at) {
         return RigidMotion{at[2] / radius, at[0], at[1]} * motion;
     };
-    const auto corner = [&](const std::array<double, 3>& at) {
-        return Corner{at, pair.informationAt(motionAt(at))};
-    };
+    const auto corner = [&](const std::array<double, 3>& at) { return Corner{at, pair.informationAt(motionAt(at))}; };
     std::array<Corner, 4> simplex;
     simplex[0] = corner({0, 0, 0});
     for (std::size_t k = 0; k < 3; ++k) {
@@ -150,8 +148,7 @@ std::vector<Place> placesAround(const ClassPair& pair) {
         for (int y = -reachY; y <= reachY; y += stride)
             for (int x = -reachX; x <= reachX; x += stride) {
                 // Shifted to the right by x: what lay that much to the left.
-                const cv::Mat part =
-                    turned(cv::Rect(reachX - x, reachY - y, target.image.cols, target.image.rows));
+                const cv::Mat part = turned(cv::Rect(reachX - x, reachY - y, target.image.cols, target.image.rows));
                 const JointHistogram histogram = histogramOf(target.image, part, 2);
                 const double overlap = 4 * histogram.count() * target.stepX * target.stepY;
                 if (overlap > 0.3 * pair.smaller)

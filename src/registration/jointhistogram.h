@@ -19,7 +19,7 @@ public:
 private:
     static constexpr int numCells = 512;
 
-    float __least = 0, __scale = 0;              // of the cells
+    float __least = 0, __scale = 0;             // of the cells
     std::array<float, numCells + 1> __places{}; // in classes, at the borders of the cells
 };
 
@@ -42,12 +42,12 @@ public:
     /// What either grey tells of the other, however they belong together (Viola and Wells 1997); 0 without pixels.
     double mutualInformation() const;
 
-    /// The sum of both entropies over that of both together, less 1: from 0 to 1, and not the greater for a great overlap
-    /// alone (Studholme, Hill and Hawkes 1999).
+    /// The sum of both entropies over that of both together, less 1: from 0 to 1, and not the greater for a great
+    /// overlap alone (Studholme, Hill and Hawkes 1999).
     double normalizedInformation() const;
 
-    /// From 0 to 1: the absolute correlation of two normally distributed images that tell as much of each other (Linfoot
-    /// 1957).
+    /// From 0 to 1: the absolute correlation of two normally distributed images that tell as much of each other
+    /// (Linfoot 1957).
     double informationalCorrelation() const;
 
 private:

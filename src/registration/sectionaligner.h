@@ -56,8 +56,9 @@ struct SectionMatch {
 /// and a smooth difference of the light are free, contrast may be inverted, and pixels that fit badly (tears, folds,
 /// dust) lose their weight. By features: SIFT (Lowe 2004) matched both ways, and the motion that most matches agree on.
 /// By mutual information, for sections of different stains or with contrast that is inverted in part: normalized mutual
-/// information (Studholme, Hill and Hawkes 1999) of classes of greys. Straight black or white borders, and areas that are cut off at the greatest or least grey, are left out. All is done
-/// on images of at most workingSize pixels a side, the steps to a fraction of a pixel of these.
+/// information (Studholme, Hill and Hawkes 1999) of classes of greys. Straight black or white borders, and areas that
+/// are cut off at the greatest or least grey, are left out. All is done on images of at most workingSize pixels a side,
+/// the steps to a fraction of a pixel of these.
 ///
 /// A motion counts as found when enough blocks of the section agree with it, each looked at alone (normalized
 /// correlation within a small neighbourhood): an accidental maximum of the correlation is not borne out by its parts.
@@ -90,9 +91,10 @@ public:
     /// the smaller section that the overlap takes, where this is less than a half. 0 when either has a fault.
     static double score(const Section& source, const Section& target, const RigidMotion& motion);
 
-    /// The same as the method of a match scores: for mutual information the absolute correlation that normally distributed
-    /// images have that tell as much of each other.
-    static double score(const Section& source, const Section& target, const RigidMotion& motion, AlignmentMethod method);
+    /// The same as the method of a match scores: for mutual information the absolute correlation that normally
+    /// distributed images have that tell as much of each other.
+    static double score(const Section& source, const Section& target, const RigidMotion& motion,
+                        AlignmentMethod method);
 
     /// Looks for the motion of the source onto the target by features, intensity or mutual information or, for auto, by
     /// all three as needed. Near the start first. Without `search` no further than the start. The score is that of the

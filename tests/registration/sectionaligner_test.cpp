@@ -108,7 +108,8 @@ TEST(SectionAligner, findsByMutualInformationWhatHasNoCorrelation) {
     EXPECT_LT(SectionAligner::score(*source, *onto, chosen.motion), 0.4);
     EXPECT_LT(SectionAligner::score(*source, *onto, {1, 20, 20}, AlignmentMethod::MutualInformation), 0.5);
 
-    EXPECT_FALSE(matchOf(sectionOfTissue(200, 200, {0.6, 5, 5}, 2), target, {}, AlignmentMethod::MutualInformation).found);
+    EXPECT_FALSE(
+        matchOf(sectionOfTissue(200, 200, {0.6, 5, 5}, 2), target, {}, AlignmentMethod::MutualInformation).found);
 }
 
 // Noise hides from the finest scale what a coarser one shows.

@@ -123,8 +123,9 @@ SectionMatch matched(const Prepared& source, const Prepared& target, const Rigid
 
 /// By which a pair is scored before and after: what tells nothing by its correlation is scored by what it was found by.
 AlignmentMethod scoredBy(AlignmentMethod method, const SectionMatch* match) {
-    const bool byInformation = method == AlignmentMethod::MutualInformation ||
-                               (match != nullptr && match->found && match->method == AlignmentMethod::MutualInformation);
+    const bool byInformation =
+        method == AlignmentMethod::MutualInformation ||
+        (match != nullptr && match->found && match->method == AlignmentMethod::MutualInformation);
     return byInformation ? AlignmentMethod::MutualInformation : AlignmentMethod::Intensity;
 }
 

@@ -42,10 +42,11 @@ bool isOpen(const std::string& file) {
 
 BendingDialog::BendingDialog(const VRLStack& stack, QWidget* parent) : QDialog(parent), __stack(stack) {
     setWindowTitle("Bend slices");
-    auto* const what = new QLabel("Bends squeezed or torn slices onto each other, beginning where they lie now. It makes a "
-                                  "new stack, with new images beside it and the outlines carried along; this one stays "
-                                  "as it is. Locked slices are not bent.",
-                                  this);
+    auto* const what =
+        new QLabel("Bends squeezed or torn slices onto each other, beginning where they lie now. It makes a "
+                   "new stack, with new images beside it and the outlines carried along; this one stays "
+                   "as it is. Locked slices are not bent.",
+                   this);
     what->setWordWrap(true);
     what->setMinimumWidth(420);
     __reach = new QDoubleSpinBox(this);

@@ -16,8 +16,8 @@ namespace vorlen {
 
 class VRLStack;
 
-/// Bends a copy of a stack, with its outlines, beside the window, into new images and fields; see bendStack(). Cancelled
-/// it leaves no files.
+/// Bends a copy of a stack, with its outlines, beside the window, into new images and fields; see bendStack().
+/// Cancelled it leaves no files.
 class BendingRun : public StackTask {
     Q_OBJECT
 

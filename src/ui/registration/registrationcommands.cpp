@@ -121,7 +121,8 @@ CommandSheet newRegistrationSheet() {
     sheet.menus = {
         {"Registration",
          {"registration.apply", "registration.reset", "registration.restore", "registration.lock", line,
-          "registration.run", "registration.runAll", "registration.bend", "registration.cancelRun", line, "window.close"}},
+          "registration.run", "registration.runAll", "registration.bend", "registration.cancelRun", line,
+          "window.close"}},
         {"Edit", {"edit.undo", "edit.redo"}},
         {"Adjust",
          {"nudge.left", "nudge.right", "nudge.up", "nudge.down", line, "nudge.farLeft", "nudge.farRight", "nudge.farUp",
