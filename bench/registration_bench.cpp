@@ -8,7 +8,9 @@
 #include "inputs.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 
 namespace vorlen {
 
@@ -99,6 +101,54 @@ void alignment(benchmark::State& state) {
     }
 }
 
+/// A pair whose greys neither rise nor fall with each other, matched by mutual information.
+void information(benchmark::State& state) {
+    const int n = int(state.range(0));
+    SectionImage source = sectionAt(n, {0.05, 17, -9});
+    const SectionImage target = sectionAt(n, {});
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j)
+            source.grey[i][j] = 2 * std::abs(source.grey[i][j] - 127);
+    for (auto _ : state) {
+        const double pixel = SectionAligner::workingPixel(source);
+        const SectionMatch match =
+            SectionAligner::match(*SectionAligner::prepare(source, pixel), *SectionAligner::prepare(target, pixel), {},
+                                  AlignmentMethod::MutualInformation);
+        benchmark::DoNotOptimize(match.motion.x);
+    }
+}
+
+/// The mutual information of such images of a quarter of the size in each direction, in 16 classes of equal width, at
+/// every shift by whole pixels up to 8.
+void informationReference(benchmark::State& state) {
+    const int n = int(state.range(0)), m = n / 4;
+    const PixelMatrix<float> source = sectionAt(m, {0.05, 17, -9}).grey, target = sectionAt(m, {}).grey;
+    const auto classOf = [](float grey) { return std::size_t(std::clamp(int(grey / 16), 0, 15)); };
+    for (auto _ : state) {
+        double best = 0;
+        for (int y = -8; y <= 8; ++y)
+            for (int x = -8; x <= 8; ++x) {
+                std::array<double, 256> both{};
+                std::array<double, 16> first{}, second{};
+                for (int i = 8; i < m - 8; ++i)
+                    for (int j = 8; j < m - 8; ++j) {
+                        const std::size_t a = classOf(target[i][j]);
+                        const std::size_t b = classOf(2 * std::abs(source[i + y][j + x] - 127));
+                        ++both[16 * a + b];
+                        ++first[a];
+                        ++second[b];
+                    }
+                double sum = 0;
+                const double total = double(m - 16) * (m - 16);
+                for (std::size_t k = 0; k < 256; ++k)
+                    if (both[k] > 0)
+                        sum += both[k] / total * std::log(both[k] * total / (first[k / 16] * second[k % 16]));
+                best = std::max(best, sum);
+            }
+        benchmark::DoNotOptimize(best);
+    }
+}
+
 /// The correlation of two images of a quarter of the size in each direction at every shift by whole pixels up to 8: one
 /// of the many angles that a plain search looks at.
 void alignmentReference(benchmark::State& state) {
@@ -155,6 +205,8 @@ BENCHMARK(blocks)->Name("block_matching/vorlen")->Arg(512)->Arg(1024)->Unit(benc
 BENCHMARK(blocksReference)->Name("block_matching/reference")->Arg(512)->Arg(1024)->Unit(benchmark::kMillisecond);
 BENCHMARK(alignment)->Name("section_alignment/vorlen")->Arg(1024)->Arg(4096)->Unit(benchmark::kMillisecond);
 BENCHMARK(alignmentReference)->Name("section_alignment/reference")->Arg(1024)->Arg(4096)->Unit(benchmark::kMillisecond);
+BENCHMARK(information)->Name("mutual_information/vorlen")->Arg(1024)->Unit(benchmark::kMillisecond);
+BENCHMARK(informationReference)->Name("mutual_information/reference")->Arg(1024)->Unit(benchmark::kMillisecond);
 BENCHMARK(registration)->Name("image_registration/vorlen")->Arg(1024)->Arg(2048)->Unit(benchmark::kMillisecond);
 BENCHMARK(registrationReference)
     ->Name("image_registration/reference")

@@ -39,6 +39,8 @@ std::optional<AlignmentMethod> methodOf(const std::string& word) {
         return AlignmentMethod::Features;
     if (word == "intensity")
         return AlignmentMethod::Intensity;
+    if (word == "mutual information" || word == "mutual-information")
+        return AlignmentMethod::MutualInformation;
     if (word == "principal axes" || word == "principal-axes")
         return AlignmentMethod::PrincipalAxes;
     return std::nullopt;
@@ -257,8 +259,9 @@ int registerCommand(const QStringList& arguments) {
     line.addOutputOptions();
     line.addFormatOption();
     line.addOption({"m", "method"},
-                   "How slices are matched: auto, features, intensity, or principal-axes (the centre and the main axis "
-                   "of the bright parts).",
+                   "How slices are matched: auto, features, intensity, mutual-information (for different stains, or "
+                   "contrast that is inverted in part), or principal-axes (the centre and the main axis of the bright "
+                   "parts).",
                    "method", "auto");
     line.addOption({"r", "reference"},
                    "What slices are brought onto: neighbours; template, the median of the neighbours; path, neighbours "

@@ -245,6 +245,7 @@ AlignmentOptions alignmentOptions(const Stack& stack, const std::string& method,
         {"auto", AlignmentMethod::Auto},
         {"features", AlignmentMethod::Features},
         {"intensity", AlignmentMethod::Intensity},
+        {"mutual-information", AlignmentMethod::MutualInformation},
         {"principal-axes", AlignmentMethod::PrincipalAxes}};
     bool known = false;
     for (const auto& [word, value] : methods)
@@ -253,7 +254,7 @@ AlignmentOptions alignmentOptions(const Stack& stack, const std::string& method,
             known = true;
         }
     if (!known)
-        fail("A method is auto, features, intensity or principal-axes, not '" + method + "'");
+        fail("A method is auto, features, intensity, mutual-information or principal-axes, not '" + method + "'");
     const std::string word = py::isinstance<py::str>(reference) ? reference.cast<std::string>() : "";
     if (word == "neighbours")
         options.reference = AlignmentReference::Neighbours;
@@ -391,8 +392,9 @@ void bindStacks(py::module_& module) {
              "What 'vorlen-cli measure --format json' tells: a dictionary with lists of models, items and slices.")
         .def("register", &registered, py::kw_only(), py::arg("method") = "auto", py::arg("reference") = "neighbours",
              py::arg("locked") = std::vector<py::object>(), py::arg("progress") = py::none(),
-             "Brings the slices onto each other by their images, in one step. method: auto, features, intensity or\n"
-             "principal-axes; reference: neighbours, template, path, or a slice that stays; locked: slices that keep\n"
+             "Brings the slices onto each other by their images, in one step. method: auto, features, intensity,\n"
+             "mutual-information or principal-axes; reference: neighbours, template, path, or a slice that stays; "
+             "locked: slices that keep\n"
              "their registration. Returns a dictionary for each slice.");
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include <opencv2/features2d.hpp>
 #include <opencv2/imgproc.hpp>
@@ -303,6 +304,36 @@ void SectionAligner::Section::chooseScales() {
         ++k;
     search = levels[k];
     search.image = evened(search.image, 0.06 * search.side());
+}
+
+const GreyClasses& SectionAligner::Section::classes() const {
+    if (__classes)
+        return *__classes;
+    const cv::Mat& image = levels[choice].image;
+    std::vector<float> values;
+    values.reserve(image.total());
+    for (int i = 0; i < image.rows; ++i) {
+        const float* const p = image.ptr<float>(i);
+        for (int j = 0; j < 2 * image.cols; j += 2)
+            if (p[j + 1] > present)
+                values.push_back(p[j]);
+    }
+    __classes.emplace(std::move(values));
+    return *__classes;
+}
+
+const SectionLevel& SectionAligner::Section::inClasses(std::size_t level) const {
+    const auto known = __levelsInClasses.find(level);
+    if (known != __levelsInClasses.end())
+        return known->second;
+    SectionLevel result = levels[level];
+    result.image = levels[level].image.clone();
+    for (int i = 0; i < result.image.rows; ++i) {
+        float* const p = result.image.ptr<float>(i);
+        for (int j = 0; j < 2 * result.image.cols; j += 2)
+            p[j] = p[j + 1] > present ? classes().of(p[j]) : 0.0f;
+    }
+    return __levelsInClasses.emplace(level, std::move(result)).first->second;
 }
 
 const SectionAligner::Section::Features& SectionAligner::Section::features() const {

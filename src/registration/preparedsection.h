@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <opencv2/core.hpp>
 
+#include "registration/jointhistogram.h"
 #include "registration/sectionaligner.h"
 
 namespace vorlen {
@@ -61,7 +63,18 @@ public:
 
     /// Found when they are first asked for.
     const Features& features() const;
-    void forgetFeatures() { __features.reset(); }
+    /// What was found in images that are changed since.
+    void forget() {
+        __features.reset();
+        __classes.reset();
+        __levelsInClasses.clear();
+    }
+
+    /// Of the greys, by the level of choice. Found when they are first asked for.
+    const GreyClasses& classes() const;
+    /// A level with the places of its greys in classes in their stead. Made when it is first
+    /// asked for.
+    const SectionLevel& inClasses(std::size_t level) const;
 
 private:
     void addScales();
@@ -69,6 +82,8 @@ private:
     void chooseScales();
 
     mutable std::optional<Features> __features;
+    mutable std::optional<GreyClasses> __classes;
+    mutable std::map<std::size_t, SectionLevel> __levelsInClasses;
 };
 
 } // namespace vorlen

@@ -22,7 +22,7 @@ struct SectionImage {
 };
 
 /// How the motion between two sections is found.
-enum class AlignmentMethod { Auto, Features, Intensity, PrincipalAxes };
+enum class AlignmentMethod { Auto, Features, Intensity, PrincipalAxes, MutualInformation };
 
 /// What was found about two sections.
 struct SectionMatch {
@@ -40,7 +40,7 @@ struct SectionMatch {
     /// On the source: where the tissue lies that tells the motion. What is known of the turn about it and of the shift
     /// there don't depend on each other.
     PlanePoint middle{0, 0};
-    /// The method that found it: features or intensity, or principal axes.
+    /// The method that found it; not auto.
     AlignmentMethod method = AlignmentMethod::Intensity;
     /// Dark on one section is bright on the other.
     bool inverted = false;
@@ -55,8 +55,10 @@ struct SectionMatch {
 /// compositional, Baker and Matthews 2004; the correlation as in Evangelidis and Psarakis 2008), in which gain, offset
 /// and a smooth difference of the light are free, contrast may be inverted, and pixels that fit badly (tears, folds,
 /// dust) lose their weight. By features: SIFT (Lowe 2004) matched both ways, and the motion that most matches agree on.
-/// Straight black or white borders, and areas that are cut off at the greatest or least grey, are left out. All is done
-/// on images of at most workingSize pixels a side, the steps to a fraction of a pixel of these.
+/// By mutual information, for sections of different stains or with contrast that is inverted in part: normalized mutual
+/// information (Studholme, Hill and Hawkes 1999) of classes of greys. Straight black or white borders, and areas that
+/// are cut off at the greatest or least grey, are left out. All is done on images of at most workingSize pixels a side,
+/// the steps to a fraction of a pixel of these.
 ///
 /// A motion counts as found when enough blocks of the section agree with it, each looked at alone (normalized
 /// correlation within a small neighbourhood): an accidental maximum of the correlation is not borne out by its parts.
@@ -89,8 +91,14 @@ public:
     /// the smaller section that the overlap takes, where this is less than a half. 0 when either has a fault.
     static double score(const Section& source, const Section& target, const RigidMotion& motion);
 
-    /// Looks for the motion of the source onto the target by features, intensity or, for auto, by both as needed. Near
-    /// the start first. Without `search` no further than the start.
+    /// The same as the method of a match scores: for mutual information the absolute correlation that normally
+    /// distributed images have that tell as much of each other.
+    static double score(const Section& source, const Section& target, const RigidMotion& motion,
+                        AlignmentMethod method);
+
+    /// Looks for the motion of the source onto the target by features, intensity or mutual information or, for auto, by
+    /// all three as needed. Near the start first. Without `search` no further than the start. The score is that of the
+    /// method.
     static SectionMatch match(const Section& source, const Section& target, const RigidMotion& start,
                               AlignmentMethod method = AlignmentMethod::Auto, bool search = true);
 

@@ -53,6 +53,8 @@ const char* wordOf(AlignmentMethod method) {
         return "features";
     case AlignmentMethod::PrincipalAxes:
         return "principal axes";
+    case AlignmentMethod::MutualInformation:
+        return "mutual information";
     default:
         return "intensity";
     }
@@ -117,6 +119,14 @@ SectionMatch matched(const Prepared& source, const Prepared& target, const Rigid
     }
     match.score = SectionAligner::score(*source.section, *target.section, match.motion);
     return match;
+}
+
+/// By which a pair is scored before and after: what tells nothing by its correlation is scored by what it was found by.
+AlignmentMethod scoredBy(AlignmentMethod method, const SectionMatch* match) {
+    const bool byInformation =
+        method == AlignmentMethod::MutualInformation ||
+        (match != nullptr && match->found && match->method == AlignmentMethod::MutualInformation);
+    return byInformation ? AlignmentMethod::MutualInformation : AlignmentMethod::Intensity;
 }
 
 /// So well borne out that others may begin with it.
@@ -373,8 +383,10 @@ void Alignment::matchTemplates() {
             continue;
         // In the frame of the slice itself, where it lies now.
         const auto median = SectionAligner::medianOf(around, motions, *moving.section);
-        const SectionMatch match =
-            SectionAligner::match(*moving.section, *median, {}, AlignmentMethod::Intensity, false);
+        const AlignmentMethod method = __options.method == AlignmentMethod::MutualInformation
+                                           ? AlignmentMethod::MutualInformation
+                                           : AlignmentMethod::Intensity;
+        const SectionMatch match = SectionAligner::match(*moving.section, *median, {}, method, false);
         if (match.found)
             result[std::size_t(i)] = __places[std::size_t(i)] * match.motion;
     }
@@ -444,15 +456,17 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         return;
     }
     const Prepared target = section(partner);
+    const Pair* const pair = pairOf(partner, i);
+    const AlignmentMethod measure = scoredBy(__options.method, pair == nullptr ? nullptr : &pair->match);
     const auto scored = [&](const RigidMotion& place) {
-        return SectionAligner::score(*source.section, *target.section, chosen[std::size_t(partner)].inverse() * place);
+        return SectionAligner::score(*source.section, *target.section, chosen[std::size_t(partner)].inverse() * place,
+                                     measure);
     };
     entry.onto = partner;
-    entry.scoreBefore = SectionAligner::score(*source.section, *target.section, between(__before, partner, i));
+    entry.scoreBefore = SectionAligner::score(*source.section, *target.section, between(__before, partner, i), measure);
     entry.scoreAfter = scored(kept);
     if (!mayMove(i))
         return;
-    const Pair* const pair = pairOf(partner, i);
     if (pair != nullptr) {
         entry.support = pair->match.support;
         entry.method = pair->match.found ? wordOf(pair->match.method) : "";
@@ -642,8 +656,9 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
         return entry;
     }
     const RigidMotion before = stepOf(slice, start);
-    entry.scoreBefore = entry.scoreAfter = SectionAligner::score(*source.section, *target.section, before);
     const SectionMatch match = matched(source, target, before, options, true);
+    const AlignmentMethod measure = scoredBy(options.method, &match);
+    entry.scoreBefore = entry.scoreAfter = SectionAligner::score(*source.section, *target.section, before, measure);
     entry.support = match.support;
     if (!match.found) {
         entry.mirrored = options.method != AlignmentMethod::PrincipalAxes &&
@@ -653,7 +668,7 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     }
     entry.method = wordOf(match.method);
     const Registration found = registrationOfStep(slice, match.motion);
-    const double score = SectionAligner::score(*source.section, *target.section, stepOf(slice, found));
+    const double score = SectionAligner::score(*source.section, *target.section, stepOf(slice, found), measure);
     if (score + noDifference < entry.scoreBefore) {
         entry.reason = "nothing fits better than what was there";
         return entry;

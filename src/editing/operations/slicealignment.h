@@ -51,7 +51,7 @@ struct SliceAlignment {
     State state = State::LeftAlone;
     std::string reason; ///< in words, for those left alone and whatever else is to be said
     Registration before, after;
-    double scoreBefore = 0, scoreAfter = 0; ///< see SectionAligner::score()
+    double scoreBefore = 0, scoreAfter = 0; ///< see SectionAligner::score(), by the method that found it
     double support = 0;                     ///< see SectionMatch
     double moved = 0;                       ///< mean way of its pixels against the slice before, in pixels
     std::string method;                     ///< that found its place; empty when none did

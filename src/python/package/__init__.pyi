@@ -55,7 +55,7 @@ class Stack:
     def register(
         self,
         *,
-        method: Literal["auto", "features", "intensity", "principal-axes"] = "auto",
+        method: Literal["auto", "features", "intensity", "mutual-information", "principal-axes"] = "auto",
         reference: Union[str, int, Slice] = "neighbours",
         locked: Sequence[Union[str, int, Slice]] = [],
         progress: Progress = None,

@@ -32,10 +32,13 @@ VRLAutomaticRegistrationPanel::VRLAutomaticRegistrationPanel(QWidget* parent) : 
     __allSlices = new QCheckBox("Register all slices", group);
     __allSlices->setToolTip("All slices from the second to the last, not only the one that is shown");
     __method = addChoice("method", "How two slices are matched: by what fits best, by features that both show, by\n"
-                                   "their intensities, or by the centres and main axes of what is bright on them");
+                                   "their intensities, by what one grey tells of the other (for different stains, or\n"
+                                   "contrast that is inverted in part), or by the centres and main axes of what is\n"
+                                   "bright on them");
     __method->addItem("Automatic", int(AlignmentMethod::Auto));
     __method->addItem("Features", int(AlignmentMethod::Features));
     __method->addItem("Intensity", int(AlignmentMethod::Intensity));
+    __method->addItem("Mutual information", int(AlignmentMethod::MutualInformation));
     __method->addItem("Principal axes", int(AlignmentMethod::PrincipalAxes));
     __reference = addChoice("reference", "What the slices are brought onto: each other; the median of their\n"
                                          "neighbours; each other, but with the slow course of the stack kept,\n"
@@ -54,6 +57,8 @@ VRLAutomaticRegistrationPanel::VRLAutomaticRegistrationPanel(QWidget* parent) : 
     auto* const buttons = new QHBoxLayout;
     buttons->addWidget(__run);
     buttons->addWidget(__cancel);
+    __bend = new QPushButton("Bend slices...", group);
+    __bend->setToolTip("Bend squeezed or torn slices onto each other, into a new stack");
     auto* const inside = new QVBoxLayout(group);
     auto* const form = new QFormLayout;
     form->addRow("Method", __method);
@@ -67,10 +72,12 @@ VRLAutomaticRegistrationPanel::VRLAutomaticRegistrationPanel(QWidget* parent) : 
     ofAll->addRow("To", __last);
     inside->addLayout(ofAll);
     inside->addLayout(buttons);
+    inside->addWidget(__bend);
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(group);
     connect(__run, &QPushButton::clicked, this, qOverload<>(&VRLAutomaticRegistrationPanel::runClicked));
     connect(__cancel, &QPushButton::clicked, this, &VRLAutomaticRegistrationPanel::cancelClicked);
+    connect(__bend, &QPushButton::clicked, this, &VRLAutomaticRegistrationPanel::bendClicked);
     connect(__allSlices, &QCheckBox::toggled, this, &VRLAutomaticRegistrationPanel::updateUse);
     connect(__reference, &QComboBox::currentIndexChanged, this, &VRLAutomaticRegistrationPanel::updateUse);
     updateUse();
@@ -119,6 +126,7 @@ void VRLAutomaticRegistrationPanel::updateUse() {
         widget->setEnabled(all);
     __fixed->setEnabled(all && __reference->currentData().toInt() == int(AlignmentReference::FixedSlice));
     __run->setEnabled(!__running);
+    __bend->setEnabled(!__running);
     __cancel->setEnabled(__running);
 }
 

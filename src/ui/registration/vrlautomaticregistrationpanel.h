@@ -34,6 +34,7 @@ public slots:
 signals:
     void runClicked(const VRLAutomaticRegistrationConfig& config);
     void cancelClicked();
+    void bendClicked();
 
 private:
     QComboBox* addChoice(const char* name, const QString& toolTip);
@@ -48,6 +49,7 @@ private:
     QComboBox* __last;
     QPushButton* __run;
     QPushButton* __cancel;
+    QPushButton* __bend;
 };
 
 } // namespace vorlen

@@ -35,6 +35,7 @@ namespace vorlen {
 namespace {
 
 constexpr const char* runText = "Running automatic registration...";
+constexpr const char* bendingText = "Bending slices...";
 constexpr int shortTime = 5000; // ms, of a message
 
 struct Nudge {
@@ -114,6 +115,10 @@ void VRLRegistrationMediator::initialize() {
     connect(&__automatic, &AutomaticRegistration::progressed, this,
             [this](unsigned int current, unsigned int total) { notifyProgressed(current, total); });
     connect(&__automatic, &AutomaticRegistration::finished, this, &Mediator::takeResults);
+    connect(&__bending, &BendingRun::progressed, this,
+            [this](unsigned int current, unsigned int total) { notifyProgressed(current, total); });
+    connect(&__bending, &BendingRun::finished, this, &Mediator::takeBending);
+    connect(&__automaticPanel, &VRLAutomaticRegistrationPanel::bendClicked, this, &Mediator::bendSlices);
     connect(&__scoring, &AutomaticRegistration::scored, this, [this](const SlicePlacement& placement) {
         if (__stack != nullptr)
             SectionMarks::of(*__stack).setScore(placement.slice, placement.registration, placement.score);
@@ -140,6 +145,7 @@ void VRLRegistrationMediator::bindCommands() {
     __commands.bind("registration.lock", [this] { setLocked(!isLocked()); }).enableWhen(current);
     __commands.bind("registration.run", [this] { registerCurrentSlice(); }).enableWhen(movable);
     __commands.bind("registration.runAll", [this] { registerAllSlices(); }).enableWhen(stack);
+    __commands.bind("registration.bend", [this] { bendSlices(); }).enableWhen(stack);
     __commands.bind("registration.cancelRun", [this] { cancelAutomaticRegistration(); }).enableWhen([this] {
         return isRunning() || __canvas.isLandmarkMode();
     });
@@ -207,6 +213,7 @@ void VRLRegistrationMediator::setStack(VRLStack& stack) {
 
 void VRLRegistrationMediator::clear() {
     __automatic.cancel();
+    __bending.cancel();
     __scoring.cancel();
     if (__reportDialog != nullptr)
         __reportDialog->close();
@@ -412,7 +419,7 @@ void VRLRegistrationMediator::registerSliceBy(AlignmentMethod method) {
         return;
     }
     __runOfAll = false;
-    beginRun();
+    beginRun(runText);
     __automatic.registerSlice(*__stack, place(), __registration, method);
 }
 
@@ -421,27 +428,53 @@ void VRLRegistrationMediator::registerSlicesBy(const VRLAutomaticRegistrationCon
         return;
     setFirstSlice();
     __runOfAll = true;
-    beginRun();
+    beginRun(runText);
     AlignmentOptions options;
     options.method = config.method;
     options.reference = config.reference;
     options.fixedSlice = config.fixedSlice;
     options.first = config.first;
     options.last = config.last;
-    const std::vector<bool> locked = SectionMarks::of(*__stack).locked();
-    for (std::size_t i = 0; i < locked.size(); ++i)
-        if (locked[i])
-            options.locked.push_back(int(i));
+    options.locked = lockedPlaces();
     __automatic.registerAll(*__stack, options);
 }
 
-void VRLRegistrationMediator::beginRun() {
+std::vector<int> VRLRegistrationMediator::lockedPlaces() const {
+    const std::vector<bool> locked = SectionMarks::of(*__stack).locked();
+    std::vector<int> places;
+    for (std::size_t i = 0; i < locked.size(); ++i)
+        if (locked[i])
+            places.push_back(int(i));
+    return places;
+}
+
+void VRLRegistrationMediator::bendSlices() {
+    if (__stack == nullptr || isRunning() || !tryApply())
+        return;
+    guarded(&__window, "The slices can't be bent.", [this] {
+        if (__bending.ask(__window, *__stack, lockedPlaces()))
+            beginRun(bendingText);
+    });
+}
+
+void VRLRegistrationMediator::takeBending() {
+    endRun();
+    scoreSlices();
+    QString message = "No slice was bent.";
+    guarded(&__window, "The bent stack can't be made.", [&] { message = __bending.open(__window); });
+    __statusBar.setMessage(message);
+    if (!__bending.remarks().isEmpty())
+        tellRemarks(__bending.remarks());
+}
+
+void VRLRegistrationMediator::beginRun(const char* text) {
+    __runText = text;
     setLandmarkMode(false);
     __scoring.cancel();
     __slicesOfRun.clear();
     for (int i = 0; i < __stack->getNumSlices(); ++i)
         __slicesOfRun.push_back(&__stack->getSlice(i));
-    notifyStarted(runText);
+    notifyStarted(__runText);
     notifyProgressed(0, 0); // busy, as long as nobody tells how far it is
     __automaticPanel.setRunning(true);
     __panel.setEnabled(false);
@@ -474,6 +507,7 @@ void VRLRegistrationMediator::cancelAutomaticRegistration() {
         return;
     }
     __automatic.cancel();
+    __bending.cancel();
     showMessage("Cancelling...");
 }
 
@@ -482,18 +516,25 @@ void VRLRegistrationMediator::finishRun() {
         return;
     __automatic.cancel();
     __automatic.wait();
+    __bending.cancel();
+    __bending.wait();
 }
 
-void VRLRegistrationMediator::takeResults() {
+void VRLRegistrationMediator::endRun() {
     __automaticPanel.setRunning(false);
     __panel.setEnabled(true);
     __landmarkPanel.setEnabled(true);
     __toolBar.setEnabled(true);
     __commands.setLocked(false);
-    notifyFinished(runText);
+    notifyFinished(__runText);
+    if (__stack != nullptr)
+        __canvas.setEditable(!isLocked());
+}
+
+void VRLRegistrationMediator::takeResults() {
+    endRun();
     if (__stack == nullptr)
         return; // closed meanwhile
-    __canvas.setEditable(!isLocked());
     if (!slicesAreThoseOfRun()) {
         tellRefusal(&__window,
                     Outcome::refused("The slices of the stack have changed meanwhile, so that what was found "

@@ -9,6 +9,7 @@
 #include "progress/progresssubject.h"
 #include "ui/commands/commandregistry.h"
 #include "ui/registration/automaticregistration.h"
+#include "ui/registration/bendingrun.h"
 #include "ui/registration/vrlautomaticregistrationconfig.h"
 #include "ui/registration/vrlregistrationcanvas.h"
 #include "ui/registration/vrlregistrationpanel.h"
@@ -59,7 +60,7 @@ public:
 
     /// Whether something is shown that is not the slice's.
     bool isPending() const;
-    bool isRunning() const { return __automatic.isRunning(); }
+    bool isRunning() const { return __automatic.isRunning() || __bending.isRunning(); }
 
     /// Shows nothing any more, and forgets what was not applied.
     void clear();
@@ -102,6 +103,8 @@ public slots:
     void registerCurrentSlice();
     void registerAllSlices();
     void cancelAutomaticRegistration();
+    /// Asks how, and makes a new stack of slices that are bent onto each other, which is opened.
+    void bendSlices();
     void setLocked(bool locked);
     void setComparison(ComparisonMode mode);
     void undo();
@@ -124,7 +127,10 @@ private:
     int place() const;
     bool isLocked() const;
     void setScale(int change);
-    void beginRun();
+    void beginRun(const char* text);
+    void endRun();
+    void takeBending();
+    std::vector<int> lockedPlaces() const;
     void takeResults();
     bool slicesAreThoseOfRun() const;
     void scoreSlices();
@@ -157,6 +163,8 @@ private:
     AutomaticRegistration __automatic;
     AutomaticRegistration __scoring;              // behind the scenes, as long as nothing else runs
     std::vector<const StackSlice*> __slicesOfRun; // all of the stack when it began
+    BendingRun __bending;
+    const char* __runText = "";
     bool __runOfAll = false;
     RegistrationReportDialog* __reportDialog = nullptr; // the window's, made when it is first needed
     std::map<const StackSlice*, std::vector<Landmark>> __landmarks;

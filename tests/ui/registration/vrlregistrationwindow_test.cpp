@@ -19,6 +19,7 @@
 #include <gtest/gtest.h>
 
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/slicealignment.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "numerics/exception.h"
@@ -650,6 +651,51 @@ TEST_F(VRLRegistrationWindowTest, cutsShowTheStackAsItIsRegistered) {
     QTest::mouseDClick(&window->getStrips(), Qt::LeftButton, Qt::NoModifier,
                        QPoint(100, window->getStrips().height() - 12 - window->getStrips().height() / 4));
     EXPECT_EQ(mediator().getSlice(), &slice(1));
+}
+
+TEST_F(VRLRegistrationWindowTest, bendsTheSlicesIntoANewStackThatIsOpened) {
+    const std::string before = bytes();
+    const QString file = QString::fromStdString(folder.file("bent/pile.sdf"));
+    std::filesystem::create_directory(folder.file("bent"));
+    const auto bendInto = [&](const QString& name) {
+        user.then([name](QWidget& dialog) {
+            auto* const field = dialog.findChild<QLineEdit*>("bentFile");
+            ASSERT_NE(field, nullptr);
+            field->setText(name);
+            QPushButton* bend = nullptr;
+            for (auto* button : dialog.findChildren<QPushButton*>())
+                bend = button->text() == "Bend" ? button : bend;
+            ASSERT_NE(bend, nullptr);
+            field->setText(name + "/no/such/folder/x.sdf");
+            EXPECT_FALSE(bend->isEnabled());
+            field->setText(name);
+            EXPECT_TRUE(bend->isEnabled());
+            QTest::mouseClick(bend, Qt::LeftButton);
+        });
+        click("Bend slices...");
+    };
+    bendInto(file);
+    EXPECT_TRUE(mediator().isRunning());
+    EXPECT_FALSE(button("Bend slices...")->isEnabled());
+    trigger(mediator().commands(), "registration.cancelRun");
+    waitForRun();
+    EXPECT_EQ(window->getStatusBar().message(), "Cancelled: no slice was bent.");
+    EXPECT_TRUE(std::filesystem::is_empty(folder.file("bent")));
+    EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 1);
+
+    bendInto(file);
+    waitForRun();
+    ASSERT_EQ(VRLStackServer::stackServer.getNumStacks(), 2);
+    const VRLStack& bent = VRLStackServer::stackServer.getStack(1);
+    EXPECT_EQ(bent.getFilename(), file.toStdString());
+    EXPECT_EQ(bent.getName(), "pile (bent)");
+    ASSERT_EQ(bent.getNumSlices(), 5);
+    EXPECT_TRUE(std::filesystem::exists(folder.file("bent/pile.fields")));
+    // The third slice lay 7 pixels off.
+    EXPECT_LT(registrationScore(slice(2), slice(1), own(2)), 0.9);
+    EXPECT_GT(registrationScore(bent.getSlice(2), bent.getSlice(1), bent.getSlice(2).getRegistration()), 0.95);
+    EXPECT_EQ(bytes(), before);
+    EXPECT_TRUE(window->getStatusBar().message().endsWith(file)) << window->getStatusBar().message().toStdString();
 }
 
 TEST_F(VRLRegistrationWindowTest, keepsItsPlace) {

@@ -1,0 +1,334 @@
+#include "registration/sectionfit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <vector>
+
+#include <opencv2/imgproc.hpp>
+
+namespace vorlen {
+
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+
+/// In spreads of what remains: what is further off, by a tear or a fold, loses its weight. Small images need more of
+/// their pixels.
+double lenienceOf(int side) {
+    return side > 384 ? 5 : 10;
+}
+
+using Level = SectionLevel;
+
+constexpr float present = SectionLevel::present;
+
+/// Sums over the pixels that both images have.
+struct Sums {
+    double n = 0, a = 0, b = 0, aa = 0, bb = 0, ab = 0;
+
+    double correlation() const {
+        const double va = aa - a * a / n, vb = bb - b * b / n;
+        return n > 0 && va > 1e-9 * aa && vb > 1e-9 * bb ? (ab - a * b / n) / std::sqrt(va * vb) : 0;
+    }
+};
+
+Sums sumsOf(const cv::Mat& first, const cv::Mat& second) {
+    Sums sums;
+    for (int i = 0; i < first.rows; ++i) {
+        const float* const p = first.ptr<float>(i);
+        const float* const q = second.ptr<float>(i);
+        float n = 0, a = 0, b = 0, aa = 0, bb = 0, ab = 0;
+        for (int j = 0; j < 2 * first.cols; j += 2) {
+            const float w = p[j + 1] > present && q[j + 1] > present ? 1.0f : 0.0f;
+            const float u = w * p[j], v = w * q[j];
+            n += w;
+            a += u;
+            b += v;
+            aa += u * u;
+            bb += v * v;
+            ab += u * v;
+        }
+        sums.n += n;
+        sums.a += a;
+        sums.b += b;
+        sums.aa += aa;
+        sums.bb += bb;
+        sums.ab += ab;
+    }
+    return sums;
+}
+
+/// A surface of second order: what the light of one image differs from that of the other, however the section moved.
+struct LightSurface {
+    cv::Vec<double, 6> terms = cv::Vec<double, 6>::all(0); ///< of 1, x, y, x^2, x y, y^2
+
+    float at(float x, float y) const {
+        return float(terms[0]) + x * (float(terms[1]) + float(terms[3]) * x + float(terms[4]) * y) +
+               y * (float(terms[2]) + float(terms[5]) * y);
+    }
+};
+
+/// The surface that, on every fourth pixel of every fourth row, comes nearest to gain source + offset - target. Columns
+/// and rows run from -1 to 1.
+LightSurface lightBetween(const cv::Mat& target, const cv::Mat& source, float gain, float offset) {
+    cv::Matx<double, 6, 6> normal = cv::Matx<double, 6, 6>::zeros();
+    cv::Vec<double, 6> right = cv::Vec<double, 6>::all(0);
+    const int step = target.total() > 10000 ? 4 : 1;
+    for (int i = 0; i < target.rows; i += step) {
+        const float* const t = target.ptr<float>(i);
+        const float* const s = source.ptr<float>(i);
+        const double y = 2.0 * i / target.rows - 1;
+        for (int j = 0; j < target.cols; j += step) {
+            if (!(t[2 * j + 1] > present) || !(s[2 * j + 1] > present))
+                continue;
+            const double x = 2.0 * j / target.cols - 1;
+            const double basis[6] = {1, x, y, x * x, x * y, y * y};
+            const double r = double(gain * s[2 * j] + offset - t[2 * j]);
+            for (int k = 0; k < 6; ++k) {
+                right[k] += basis[k] * r;
+                for (int l = 0; l <= k; ++l)
+                    normal(k, l) += basis[k] * basis[l];
+            }
+        }
+    }
+    for (int k = 0; k < 6; ++k) {
+        normal(k, k) += 1e-6 * normal(0, 0) + 1e-12;
+        for (int l = 0; l < k; ++l)
+            normal(l, k) = normal(k, l);
+    }
+    LightSurface light;
+    if (!cv::solve(normal, right, light.terms, cv::DECOMP_CHOLESKY))
+        light.terms = cv::Vec<double, 6>::all(0);
+    return light;
+}
+
+/// Where the target's grey changes, and how fast: of great images on every second row.
+struct Slopes {
+    Level target;
+    cv::Mat x, y, whole; ///< change of the grey by the length unit; and 1 where no neighbour is missing
+    double radius = 1;   ///< of the image, by which turns become lengths
+    double lenience = 10;
+
+    explicit Slopes(const Level& full);
+};
+
+Slopes::Slopes(const Level& full) : target(full), lenience(lenienceOf(full.side())) {
+    std::vector<cv::Mat> channels;
+    cv::split(full.image, channels);
+    cv::Mat gx, gy, inner;
+    cv::Scharr(channels[0], gx, CV_32F, 1, 0, 1 / (32.0 * full.stepX));
+    cv::Scharr(channels[0], gy, CV_32F, 0, 1, 1 / (32.0 * full.stepY));
+    // Where a neighbour is missing the gradient is none.
+    cv::erode(channels[1], inner, cv::Mat(), {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar::all(0));
+    const int stride = full.image.total() > 400000 ? 2 : 1;
+    const auto thinned = [stride](const cv::Mat& all) {
+        if (stride == 1)
+            return all;
+        cv::Mat some(all.rows / stride, all.cols, all.type());
+        for (int i = 0; i < some.rows; ++i)
+            all.row(stride * i).copyTo(some.row(i));
+        return some;
+    };
+    target.image = thinned(full.image);
+    target.stepY *= stride;
+    x = thinned(gx);
+    y = thinned(gy);
+    whole = thinned(inner);
+    radius = 0.5 * std::hypot(target.image.cols * target.stepX, target.image.rows * target.stepY);
+}
+
+/// Those of a Gauss-Newton step: of shifts across and down, and of turns times the radius.
+struct NormalEquations {
+    double xx = 0, xy = 0, yy = 0, xa = 0, ya = 0, aa = 0;
+    double x = 0, y = 0, a = 0;
+    double unexplained = 0; ///< of the greys, weighted by the slopes
+
+    /// What nothing but the turn explains.
+    double turnAlone() const {
+        const double determinant = xx * yy - xy * xy;
+        return determinant > 1e-12 * xx * yy
+                   ? std::max(0.0, aa - (yy * xa * xa - 2 * xy * xa * ya + xx * ya * ya) / determinant)
+                   : 0;
+    }
+    /// The square of how far off the turn may be, as a length.
+    double doubt() const { return 10 * unexplained / std::max(1e-30, xx + yy); }
+};
+
+/// None when there is too little overlap.
+std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& source, const RigidMotion& motion) {
+    const Level& target = slopes.target;
+    const int rows = target.image.rows, cols = target.image.cols;
+    const cv::Mat warped = target.moved(source, motion);
+    const Sums sums = sumsOf(target.image, warped);
+    if (sums.n < 0.05 * rows * cols)
+        return std::nullopt;
+    const double varS = sums.bb - sums.b * sums.b / sums.n;
+    const double varT = sums.aa - sums.a * sums.a / sums.n;
+    if (!(varS > 1e-9 * sums.bb) || !(varT > 1e-9 * sums.aa))
+        return std::nullopt;
+    const double cov = sums.ab - sums.a * sums.b / sums.n;
+    const float gain = float(cov / varS), offset = float((sums.a - gain * sums.b) / sums.n);
+    const double spread = std::sqrt(std::max(1e-12, (varT - cov * cov / varS) / sums.n));
+    const float scale = float(1 / (slopes.lenience * slopes.lenience * spread * spread));
+    const LightSurface light = lightBetween(target.image, warped, gain, offset);
+    NormalEquations all;
+    for (int i = 0; i < rows; ++i) {
+        const float* const t = target.image.ptr<float>(i);
+        const float* const s = warped.ptr<float>(i);
+        const float* const m = slopes.whole.ptr<float>(i);
+        const float* const px = slopes.x.ptr<float>(i);
+        const float* const py = slopes.y.ptr<float>(i);
+        const auto y = float((target.originY + i * target.stepY) / slopes.radius);
+        const auto x0 = float(target.originX / slopes.radius), dx = float(target.stepX / slopes.radius);
+        const float lightX = 2.0f / float(cols), lightY = 2.0f * float(i) / float(rows) - 1;
+        float xx = 0, xy = 0, yy = 0, xa = 0, ya = 0, aa = 0, rx = 0, ry = 0, ra = 0, rr = 0;
+        for (int j = 0; j < cols; ++j) {
+            const float r = gain * s[2 * j] + offset - t[2 * j] - light.at(lightX * float(j) - 1, lightY);
+            const float q = 1 / (1 + scale * r * r);
+            const float w = s[2 * j + 1] > present ? m[j] * q * q : 0.0f;
+            const float u = px[j], v = py[j], a = (x0 + dx * float(j)) * v - y * u;
+            const float wu = w * u, wv = w * v, wa = w * a;
+            xx += wu * u;
+            xy += wu * v;
+            yy += wv * v;
+            xa += wu * a;
+            ya += wv * a;
+            aa += wa * a;
+            rx += wu * r;
+            ry += wv * r;
+            ra += wa * r;
+            rr += (wu * u + wv * v) * r * r;
+        }
+        all.xx += xx;
+        all.xy += xy;
+        all.yy += yy;
+        all.xa += xa;
+        all.ya += ya;
+        all.aa += aa;
+        all.x += rx;
+        all.y += ry;
+        all.a += ra;
+        all.unexplained += rr;
+    }
+    return all;
+}
+
+/// The first image without the light that is on it where both images are.
+cv::Mat withoutLight(const cv::Mat& image, const cv::Mat& other) {
+    const LightSurface light = lightBetween(image, other, 0, 0); // of nothing less the image
+    cv::Mat result = image.clone();
+    for (int i = 0; i < result.rows; ++i) {
+        float* const p = result.ptr<float>(i);
+        const float y = 2.0f * float(i) / float(result.rows) - 1;
+        for (int j = 0; j < result.cols; ++j)
+            p[2 * j] += light.at(2.0f * float(j) / float(result.cols) - 1, y);
+    }
+    return result;
+}
+
+} // namespace
+
+bool refine(const Level& full, const Level& source, RigidMotion& motion, int numSteps, double enough) {
+    const Slopes slopes(full);
+    const double radius = slopes.radius;
+    const double firstAngle = motion.angle;
+    for (int step = 0; step < numSteps; ++step) {
+        std::optional<NormalEquations> e = equationsOf(slopes, source, motion);
+        if (!e)
+            return false;
+        // On sections with little on them nothing tells the angle: then it stays where it was.
+        const double doubt = e->doubt() / (angleDoubt * angleDoubt * radius * radius);
+        e->aa += doubt;
+        e->a -= doubt * std::remainder(motion.angle - firstAngle, 2 * pi) * radius;
+        const double ridge = 1e-6 * (e->xx + e->yy + e->aa);
+        const cv::Matx33d normal(e->xx + ridge, e->xy, e->xa, e->xy, e->yy + ridge, e->ya, e->xa, e->ya, e->aa + ridge);
+        cv::Vec3d d;
+        if (!cv::solve(normal, cv::Vec3d(e->x, e->y, e->a), d, cv::DECOMP_CHOLESKY))
+            return false;
+        const double turn = d[2] / radius;
+        const double length = std::hypot(d[0], d[1]) + std::abs(d[2]);
+        // Gradients reach no further than some pixels.
+        const double limit = 4 * std::max(full.stepX, full.stepY);
+        const double part = length > limit ? limit / length : 1;
+        motion = RigidMotion{part * turn, part * d[0], part * d[1]} * motion;
+        if (!motion.isFinite())
+            return false;
+        if (length < enough * full.stepX)
+            break;
+    }
+    return true;
+}
+
+void tellSpread(SectionMatch& match, const Level& target, const Level& source) {
+    const Slopes slopes(target);
+    const auto e = equationsOf(slopes, source, match.motion);
+    if (!e)
+        return;
+    const double alone = std::max(e->turnAlone(), 1e-30);
+    match.angleSpread = std::min(pi, std::sqrt(e->doubt() / alone) / slopes.radius);
+    const double determinant = e->xx * e->yy - e->xy * e->xy;
+    if (!(determinant > 1e-6 * e->xx * e->yy))
+        return;
+    const double x = (e->xx * e->ya - e->xy * e->xa) / determinant, y = (e->xy * e->ya - e->yy * e->xa) / determinant;
+    const double within = slopes.radius / std::max(1.0, std::hypot(x, y));
+    match.middle = match.motion.inverse().apply({within * x, within * y});
+}
+
+double scoreAt(const Level& target, const Level& source, const RigidMotion& motion, bool* inverted) {
+    const cv::Mat warped = target.moved(source, motion);
+    const Sums sums = sumsOf(withoutLight(target.image, warped), withoutLight(warped, target.image));
+    const double area = target.stepX * target.stepY;
+    const double smaller = std::min(target.area(), source.area());
+    if (sums.n < 16 || !(smaller > 0))
+        return 0;
+    const double correlation = sums.correlation();
+    if (inverted != nullptr)
+        *inverted = correlation < 0;
+    return std::abs(correlation) * std::sqrt(std::min(1.0, 2 * sums.n * area / smaller));
+}
+
+BlockSupport supportAt(const Level& target, const Level& source, const RigidMotion& motion, bool inverted) {
+    const cv::Mat warped = target.moved(source, motion);
+    const int size = std::max(12, target.side() / 10), reach = 6;
+    constexpr double near = 2.1;
+    std::vector<cv::Mat> t, s;
+    cv::split(target.image, t);
+    cv::split(warped, s);
+    BlockSupport support;
+    int numNear = 0;
+    cv::Mat surface;
+    for (int y = reach; y + size + reach <= target.image.rows; y += size)
+        for (int x = reach; x + size + reach <= target.image.cols; x += size) {
+            const cv::Rect block(x, y, size, size);
+            const cv::Rect around(x - reach, y - reach, size + 2 * reach, size + 2 * reach);
+            if (cv::mean(t[1](block))[0] < 0.8 || cv::mean(s[1](around))[0] < 0.8)
+                continue;
+            cv::Scalar mean, spread, otherSpread;
+            cv::meanStdDev(t[0](block), mean, spread);
+            cv::meanStdDev(s[0](block), mean, otherSpread);
+            if (std::min(spread[0], otherSpread[0]) < 0.1)
+                continue;
+            cv::matchTemplate(s[0](around), t[0](block), surface, cv::TM_CCOEFF_NORMED);
+            cv::Point least, most;
+            cv::minMaxLoc(surface, nullptr, nullptr, &least, &most);
+            const cv::Point best = inverted ? least : most;
+            ++support.numBlocks;
+            numNear += std::hypot(best.x - reach, best.y - reach) <= near ? 1 : 0;
+        }
+    support.share = support.numBlocks > 0 ? double(numNear) / support.numBlocks : 0;
+    return support;
+}
+
+/// Chance lets about a tenth of the blocks agree; 3.5 of its standard deviations more are no chance, and as several
+/// places are tried it takes more where all in all little fits. Sections with little on them have too few blocks to
+/// tell: there the whole must fit.
+bool isBorneOut(const SectionMatch& match) {
+    if (match.numBlocks < 8)
+        return match.score > 0.6;
+    const double spread = std::sqrt(chanceShare * (1 - chanceShare) / match.numBlocks);
+    const double chance = chanceShare + 3.5 * spread + std::max(0.0, 0.45 - match.score);
+    return match.support > std::min(0.9, chance) || (match.numBlocks < 20 && match.score > 0.75);
+}
+
+} // namespace vorlen
