@@ -8,7 +8,7 @@
 #include <QStringList>
 
 #include "editing/operations/elasticalignment.h"
-#include "ui/registration/stacktask.h"
+#include "ui/cuts/stacktask.h"
 
 class QWidget;
 
