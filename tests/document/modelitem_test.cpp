@@ -116,6 +116,7 @@ TEST_F(ModelItemTest, coordinatesComeOutAsTheyWereGiven) {
 
 TEST_F(ModelItemTest, severalThreadsMayAskForTheVertices) {
     std::vector<const ModelItem*> items;
+    items.reserve(200);
     for (int n = 0; n < 200; ++n) {
         ModelItem& item = addItem(polygons, stack.getSlice(0));
         const double numbers[] = {double(n), 1, double(n + 1), 2};
