@@ -38,6 +38,14 @@ QString shortName(const QString& name, int offered) {
     return offered == noOffer ? name.section('/', -1) : name;
 }
 
+/// How many of all permutations have the same statistic as one of them, as groups of one size change places.
+std::uint64_t numAlike(const std::vector<int>& sizes) {
+    std::uint64_t number = 1;
+    for (std::size_t g = 0; g < sizes.size(); ++g)
+        number *= std::uint64_t(std::count(sizes.begin(), sizes.begin() + std::ptrdiff_t(g) + 1, sizes[g]));
+    return number;
+}
+
 } // namespace
 
 VRLComparisonDialog::VRLComparisonDialog(const ComparisonOffer& offer, QWidget* parent)
@@ -428,7 +436,7 @@ QString VRLComparisonDialog::outlook(const SpecimenList& list) const {
     const std::uint64_t ways = Relabelling::numWays(sizes);
     const auto wanted = std::uint64_t(__permutations->value());
     const bool exact = ways <= wanted;
-    const double least = 1.0 / double(std::min(ways, wanted));
+    const double least = double(exact ? numAlike(sizes) : 1) / double(std::min(ways, wanted));
     const QString statistic = __kind->currentIndex() == 1 ? "Hotelling's T<sup>2</sup> of the displacements"
                               : sizes.size() == 2         ? "Standardised difference of the means (t)"
                                                           : "Variance between the groups to that within (F)";

@@ -248,7 +248,9 @@ TEST_F(ComparisonWindow, takesPatternsOfAnotherWindowInTheirUnit) {
             QTest::mouseClick(button(dialog, "Add to the group"), Qt::LeftButton);
             EXPECT_EQ(groups->topLevelItem(group)->childCount(), 3);
         }
-        EXPECT_TRUE(outlook(dialog).contains("20 permutations")) << outlook(dialog).toStdString();
+        // Of twenty two are alike, as the groups are of one size.
+        EXPECT_TRUE(outlook(dialog).contains("20 permutations, all there are")) << outlook(dialog).toStdString();
+        EXPECT_TRUE(outlook(dialog).contains("No p below 0.1 can come out: there are too few specimens"));
         // Of ten permutations the least p is a tenth.
         dialog.findChild<QSpinBox*>("permutations")->setValue(10);
         EXPECT_TRUE(outlook(dialog).contains("No p below 0.1 can come out")) << outlook(dialog).toStdString();
