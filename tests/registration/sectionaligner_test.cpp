@@ -112,21 +112,6 @@ TEST(SectionAligner, findsByMutualInformationWhatHasNoCorrelation) {
         matchOf(sectionOfTissue(200, 200, {0.6, 5, 5}, 2), target, {}, AlignmentMethod::MutualInformation).found);
 }
 
-// Noise hides from the finest scale what a coarser one shows.
-TEST(SectionAligner, findsNoisySectionsByACoarserScale) {
-    const RigidMotion motion{4 * degree, 6.5, -3.2};
-    const SectionImage target = sectionOfTissue(200, 200, {});
-    SectionImage noisy = sectionOfTissue(200, 200, motion), other = sectionOfTissue(200, 200, motion, 5);
-    for (SectionImage* const one : {&noisy, &other})
-        change(*one, [](int i, int j, float v) {
-            return v + 700 * float(latticeValue(i, j, 77) + latticeValue(i, j, 78) - 1);
-        });
-    const SectionMatch match = matchOf(noisy, target);
-    EXPECT_TRUE(match.found);
-    EXPECT_LT(meanDistance(match.motion, motion, 200, 200), 1.5);
-    EXPECT_FALSE(matchOf(other, target).found);
-}
-
 // Also where both sections have pixels of their own, and where images are greater than what is worked with.
 TEST(SectionAligner, worksInTheLengthUnitWhateverThePixels) {
     const RigidMotion motion{-5 * degree, 15, 6};
