@@ -106,7 +106,7 @@ TEST(SectionAligner, findsByMutualInformationWhatHasNoCorrelation) {
     EXPECT_NEAR(SectionAligner::score(*source, *onto, chosen.motion, AlignmentMethod::MutualInformation), chosen.score,
                 1e-9);
     EXPECT_LT(SectionAligner::score(*source, *onto, chosen.motion), 0.4);
-    EXPECT_LT(SectionAligner::score(*source, *onto, {1, 20, 20}, AlignmentMethod::MutualInformation), 0.5);
+    EXPECT_LT(SectionAligner::score(*source, *onto, {1, 20, 20}, AlignmentMethod::MutualInformation), 0.75);
 
     EXPECT_FALSE(
         matchOf(sectionOfTissue(200, 200, {0.6, 5, 5}, 2), target, {}, AlignmentMethod::MutualInformation).found);
