@@ -259,7 +259,8 @@ bool LevelBuilder::Run::halve(SectionFile& source, int level) {
     LevelWriter writer(name, half(size.width), half(size.height), source.getHeader());
     // Strips are read in their whole width, as far as memory allows.
     const std::int64_t pixelLength = std::max(source.getHeader().getDepth() / 8, 1);
-    const bool strips = size.blockWidth >= size.width && size.width * pixelLength * bandHeight < (std::int64_t(256) << 20);
+    const bool strips =
+        size.blockWidth >= size.width && size.width * pixelLength * bandHeight < (std::int64_t(256) << 20);
     const int step = strips ? half(size.width) * 2 : partWidth;
     for (int y = 0; y < size.height; y += bandHeight)
         for (int x = 0; x < size.width; x += step) {

@@ -34,7 +34,8 @@ std::string digest(const std::string& text) {
 std::uint64_t bytesIn(const files::path& folder) {
     std::uint64_t sum = 0;
     std::error_code error;
-    for (files::recursive_directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    for (files::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
         std::error_code ignored;
         if (entry->is_regular_file(ignored))
             if (const std::uintmax_t length = entry->file_size(ignored); !ignored)
@@ -50,8 +51,7 @@ std::string contentsOf(const files::path& file) {
 
 /// Whether a name is one that a store gives: other things in its folder stay as they are.
 bool isLevels(const std::string& name) {
-    return name.find_first_not_of("0123456789abcdef") == 16 ? name.compare(16, 6, unfinished) == 0
-                                                            : name.size() == 16;
+    return name.find_first_not_of("0123456789abcdef") == 16 ? name.compare(16, 6, unfinished) == 0 : name.size() == 16;
 }
 
 [[noreturn]] void fail(const std::string& folder, const std::string& reason) {

@@ -18,8 +18,8 @@ class LevelStore {
 public:
     static constexpr std::uint64_t defaultLimit = std::uint64_t(8) << 30;
 
-    /// "vorlen/levels" in XDG_CACHE_HOME, or in ".cache" of the home directory where that is unset, empty or no absolute
-    /// path. Empty without a home directory: nothing is kept then.
+    /// "vorlen/levels" in XDG_CACHE_HOME, or in ".cache" of the home directory where that is unset, empty or no
+    /// absolute path. Empty without a home directory: nothing is kept then.
     static std::string defaultFolder();
 
     explicit LevelStore(const std::string& folder = defaultFolder(), std::uint64_t limit = defaultLimit);

@@ -54,7 +54,8 @@ TiledSection::TiledSection(const std::string& filename, int page, int channel, c
     __header = file->getHeader();
     const std::vector<PictureLevel>& own = file->getLevels();
     for (std::size_t i = 0; i < own.size(); ++i) {
-        const double reduction = std::sqrt(double(own[0].width) / own[i].width * (double(own[0].height) / own[i].height));
+        const double reduction =
+            std::sqrt(double(own[0].width) / own[i].width * (double(own[0].height) / own[i].height));
         Source source{file, static_cast<int>(i), {own[i].width, own[i].height, reduction}, own[i]};
         if (i > 0 && reduction > greatestRatio * __levels.back().size.reduction) {
             const PictureLevel& last = own.back();

@@ -26,8 +26,8 @@ class SectionFile;
 /// reduced ones, its levels.
 ///
 /// Levels of the file itself are used as they are (pyramids in TIFF, whole slides). Where these leave out more than
-/// greatestRatio to the next, or end above greatestSmallest pixels, the rest is made by build() and kept in a LevelStore.
-/// A file that can only be read as a whole (PNG, JPEG, JPEG 2000, ...) has no level before that.
+/// greatestRatio to the next, or end above greatestSmallest pixels, the rest is made by build() and kept in a
+/// LevelStore. A file that can only be read as a whole (PNG, JPEG, JPEG 2000, ...) has no level before that.
 ///
 /// What was read stays as square tiles, as far as they fit into the memory that is given; the tiles longest unused go.
 /// Images are plain: 8 or 16 bits of grey, real, or colours, with the values that ImageReader gives; those of reduced
@@ -81,16 +81,17 @@ public:
     Tile findTile(int level, int column, int row) const;
 
     /// Reads the tiles that a rectangle of a level touches, those of a row of tiles at once; told is called after each
-    /// row that was read. False when a stop was asked for. Throws RangeError for a rectangle that isn't within the level.
+    /// row that was read. False when a stop was asked for. Throws RangeError for a rectangle that isn't within the
+    /// level.
     bool load(int level, const PixelWindow& window, std::stop_token stop = {}, const std::function<void()>& told = {});
 
-    /// Reads a rectangle of a level as an image of its size. False, with the image as it was, when a stop was asked for.
-    /// Throws RangeError for a rectangle that isn't within the level.
+    /// Reads a rectangle of a level as an image of its size. False, with the image as it was, when a stop was asked
+    /// for. Throws RangeError for a rectangle that isn't within the level.
     bool read(Image& image, int level, const PixelWindow& window, std::stop_token stop = {});
 
-    /// The whole as an image of at most side pixels in width and height: from the levels where they go that far, else of
-    /// pixels here and there, ever closer until the time is over. False when a stop was asked for or there is no level
-    /// yet.
+    /// The whole as an image of at most side pixels in width and height: from the levels where they go that far, else
+    /// of pixels here and there, ever closer until the time is over. False when a stop was asked for or there is no
+    /// level yet.
     bool readOverview(Image& image, int side, std::chrono::milliseconds time, std::stop_token stop = {});
 
 private:
@@ -122,14 +123,14 @@ private:
     LevelStore __store;
     std::size_t __memory;
     ImageHeader __header;
-    int __numOwn = 0;                          // of the levels, those of the file that are used
-    std::optional<Source> __smallest;          // the file's own smallest, where it is not used
-    mutable std::mutex __mutex;                // guards what follows; held for no longer than a look
+    int __numOwn = 0;                 // of the levels, those of the file that are used
+    std::optional<Source> __smallest; // the file's own smallest, where it is not used
+    mutable std::mutex __mutex;       // guards what follows; held for no longer than a look
     std::vector<Source> __levels;
-    mutable std::list<Index> __uses;           // the last one first
+    mutable std::list<Index> __uses; // the last one first
     mutable std::map<Index, Kept> __tiles;
-    std::size_t __bytes = 0;                   // of all tiles
-    std::mutex __reading;                      // held by who reads files; taken before the other one
+    std::size_t __bytes = 0; // of all tiles
+    std::mutex __reading;    // held by who reads files; taken before the other one
 };
 
 } // namespace vorlen
