@@ -1,13 +1,16 @@
 #include "document/stackgreyscale.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
+#include <memory>
 #include <vector>
 
 #include "document/stack.h"
 #include "document/stackslice.h"
 #include "images/files/imagereader.h"
 #include "images/rasters/image.h"
+#include "images/sections/sectionsource.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -28,7 +31,11 @@ std::optional<GreyScale> findGreyScale(const Stack& stack) {
     for (std::size_t k = 0; k < number; ++k) {
         try {
             Image image;
-            ImageReader().read(image, *sources[(2 * k + 1) * sources.size() / (2 * number)]);
+            const ImageSource& source = *sources[(2 * k + 1) * sources.size() / (2 * number)];
+            // Of a section too large for memory, pixels here and there.
+            const std::unique_ptr<TiledSection> section = openLargeSection(source);
+            if (section == nullptr || !section->readOverview(image, 1024, std::chrono::milliseconds(200)))
+                ImageReader().read(image, source);
             finder.add(image);
         } catch (const Exception&) {      // NOLINT(bugprone-empty-catch): it is told where the image is wanted
         } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)

@@ -142,15 +142,21 @@ Curve<float> SnakeFrame::toSlice(const Curve<float>& curve) const {
 }
 
 PixelMatrix<float> SnakeFrame::pixels(const Image& image, float step) const {
-    const int width = __x.end - __x.first, height = __y.end - __y.first;
-    const PixelMatrix<float> values =
-        valuesOf(cut(image, __x.first, __y.first, width, height), image.colorContent(), step);
+    return inFrame(valuesOf(cut(image, left(), top(), width(), height()), image.colorContent(), step));
+}
+
+PixelMatrix<float> SnakeFrame::pixelsOfPart(const Image& part, float step) const {
+    return inFrame(valuesOf(part, part.colorContent(), step));
+}
+
+/// The values of the part, as those of the frame.
+PixelMatrix<float> SnakeFrame::inFrame(const PixelMatrix<float>& values) const {
     if (__x.step == 1 && __y.step == 1)
         return values;
-    const std::vector<Shares> columns = sharesAlong(width, __x.size, __x.step);
-    const std::vector<Shares> rows = sharesAlong(height, __y.size, __y.step);
+    const std::vector<Shares> columns = sharesAlong(width(), __x.size, __x.step);
+    const std::vector<Shares> rows = sharesAlong(height(), __y.size, __y.step);
     PixelMatrix<float> result(__y.size, __x.size);
-    std::vector<float> line(static_cast<std::size_t>(width));
+    std::vector<float> line(static_cast<std::size_t>(width()));
     for (int i = 0; i < __y.size; ++i) {
         const Shares& row = rows[static_cast<std::size_t>(i)];
         std::fill(line.begin(), line.end(), 0.0f);

@@ -40,7 +40,18 @@ public:
     /// exactly.
     PixelMatrix<float> pixels(const Image& image, float step = 1) const;
 
+    /// The part of the slice that the frame's pixels are made of: its first column and row, width and height.
+    int left() const { return __x.first; }
+    int top() const { return __y.first; }
+    int width() const { return __x.end - __x.first; }
+    int height() const { return __y.end - __y.first; }
+
+    /// The same pixels of an image of this part alone.
+    PixelMatrix<float> pixelsOfPart(const Image& part, float step = 1) const;
+
 private:
+    PixelMatrix<float> inFrame(const PixelMatrix<float>& values) const;
+
     struct Side {
         int first = 0, end = 0; // pixels of the slice
         int size = 0;           // in pixels of the frame

@@ -52,6 +52,17 @@ TEST(SnakeFrame, valuesOfAFrameAreThoseOfTheImageAtItsPixels) {
                         EXPECT_NEAR(pixels[i][j], 2 * x + 3 * y, 0.2) << aspect << " " << scale;
                     }
                 }
+            Image part(frame.width(), frame.height(), image.getDepth());
+            for (int i = 0; i < frame.height(); ++i)
+                for (int k = 0; k < frame.width() * image.bytesPerPixel(); ++k)
+                    part.getPixels()[i][k] =
+                        image.getPixels()[frame.top() + i][frame.left() * image.bytesPerPixel() + k];
+            const PixelMatrix<float> ofPart = frame.pixelsOfPart(part);
+            ASSERT_EQ(ofPart.getSize1(), pixels.getSize1());
+            ASSERT_EQ(ofPart.getSize2(), pixels.getSize2());
+            for (int i = 0; i < pixels.getSize1(); ++i)
+                for (int j = 0; j < pixels.getSize2(); ++j)
+                    ASSERT_EQ(ofPart[i][j], pixels[i][j]) << aspect << " " << scale;
             const Curve<float> back = frame.toSlice(frame.toFrame(curve));
             for (int k = 0; k < curve.getSize(); ++k)
                 for (const int axis : {0, 1})

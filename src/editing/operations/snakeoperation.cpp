@@ -1,6 +1,8 @@
 #include "editing/operations/snakeoperation.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -11,6 +13,7 @@
 #include "images/files/imagereader.h"
 #include "images/rasters/image.h"
 #include "images/rasters/pixelmatrix.h"
+#include "images/sections/sectionsource.h"
 #include "numerics/exception.h"
 #include "snake/snake.h"
 #include "snake/snakeframe.h"
@@ -49,20 +52,62 @@ double largestSide(const Curve<float>& curve) {
     return side;
 }
 
-Image imageOf(const StackSlice& slice) {
-    Image image;
+template <class Work>
+auto reading(const StackSlice& slice, Work&& work) {
     try {
-        ImageReader().read(image, slice.getImageSource());
+        return work();
     } catch (const Exception& error) {
         const auto* const fileError = dynamic_cast<const FileError*>(&error);
-        throw FileReadError("Image imageOf(const StackSlice&)",
-                            "The image of the slice \"" + slice.getName() + "\" cannot be read: " + error.getWhat() +
-                                (fileError != nullptr ? ": " + fileError->getFile() : std::string()));
+        throw FileReadError("SnakeOperation", "The image of the slice \"" + slice.getName() +
+                                                  "\" cannot be read: " + error.getWhat() +
+                                                  (fileError != nullptr ? ": " + fileError->getFile() : std::string()));
     }
-    return image;
 }
 
+/// What a frame of a section too large for memory may have at most.
+constexpr std::int64_t greatestPart = std::int64_t(64) << 20;
+
 } // namespace
+
+/// The image of a slice: all of it, or of a section too large for memory what a frame asks for.
+struct SnakeOperation::Picture {
+    explicit Picture(const StackSlice& slice_) : slice(slice_) {
+        reading(slice, [this] {
+            section = openLargeSection(slice.getImageSource());
+            if (section == nullptr)
+                ImageReader().read(image, slice.getImageSource());
+        });
+        // A file without parts is as large as it was before.
+        if (section != nullptr && section->getLevels().empty())
+            reading(slice, [this] {
+                section.reset();
+                ImageReader().read(image, slice.getImageSource());
+            });
+        const ImageHeader& header = section != nullptr ? section->getHeader() : image.getHeader();
+        width = header.getWidth();
+        height = header.getHeight();
+        isGrey = section != nullptr ? header.isReal() || header.getDepth() == 16 : hasGreyScale(image);
+    }
+
+    /// Whether the frame is not too large.
+    bool canBeRead(const SnakeFrame& frame) const {
+        return section == nullptr || std::int64_t(frame.width()) * frame.height() <= greatestPart;
+    }
+
+    PixelMatrix<float> pixels(const SnakeFrame& frame, float step) const {
+        if (section == nullptr)
+            return frame.pixels(image, step);
+        Image part;
+        reading(slice, [&] { section->read(part, 0, {frame.left(), frame.top(), frame.width(), frame.height()}); });
+        return frame.pixelsOfPart(part, step);
+    }
+
+    const StackSlice& slice;
+    Image image;
+    std::unique_ptr<TiledSection> section;
+    int width = 0, height = 0;
+    bool isGrey = false; // values beyond bytes
+};
 
 /// What is held during the run only: the part of the image and the snake with its edge map.
 struct SnakeOperation::Work {
@@ -168,7 +213,7 @@ bool SnakeOperation::runOver(EditStep& step, StackSlice& slice, Curve<float>& cu
     if (isCanceled())
         return false;
     try {
-        if (!converge(imageOf(slice), slice.getPixelCalibration().getAspectRatio(), curve))
+        if (!converge(Picture(slice), slice.getPixelCalibration().getAspectRatio(), curve))
             return false;
     } catch (const FileReadError&) {
         if (__onRange)
@@ -189,22 +234,24 @@ bool SnakeOperation::runOver(EditStep& step, StackSlice& slice, Curve<float>& cu
 
 /// Runs the snake on the part of the image around the curve; on a larger one, and at last on the whole, when it comes
 /// near to the end of it. False when it collapses.
-bool SnakeOperation::converge(const Image& image, double aspect, const Curve<float>& curve) {
-    if (image.getWidth() < 1 || image.getHeight() < 1 || curve.getSize() < 1)
+bool SnakeOperation::converge(const Picture& image, double aspect, const Curve<float>& curve) {
+    if (image.width < 1 || image.height < 1 || curve.getSize() < 1)
         return false;
     Snake<float, float>& snake = __work->snake;
     SnakeFrame& frame = __work->frame;
     const double distance = __config.getDistance() + mapsReach / std::clamp(double(__config.getAlpha()), 0.1, 1.0);
     // The least strength of an edge is told in grey levels of bytes.
-    if (hasGreyScale(image) && !__work->scale)
+    if (image.isGrey && !__work->scale)
         __work->scale = findGreyScale(__stack).value_or(GreyScale());
-    const float step = hasGreyScale(image) ? __work->scale->white / 255 : 1;
+    const float step = image.isGrey ? __work->scale->white / 255 : 1;
     double margin = std::max({leastMargin, 2 * distance, largestSide(curve) / std::max(__config.getScale(), 1u)});
     for (;; margin *= 4) {
-        frame = SnakeFrame(image.getWidth(), image.getHeight(), aspect, __config.getScale(), curve, margin);
+        frame = SnakeFrame(image.width, image.height, aspect, __config.getScale(), curve, margin);
+        if (!image.canBeRead(frame))
+            return false;
         bool collapsed = false;
         try {
-            __work->image = frame.pixels(image, step);
+            __work->image = image.pixels(frame, step);
             snake.setPixelMatrix(__work->image);
             snake.setConfig(__config, false); // init() makes the edge map in any case
             snake.setCurve(frame.toFrame(curve));
@@ -212,6 +259,8 @@ bool SnakeOperation::converge(const Image& image, double aspect, const Curve<flo
             __driver.run(snake, maxIterations);
         } catch (const SizeError&) {
             collapsed = true;
+        } catch (const FileReadError&) {
+            throw;
         } catch (const Exception&) {
             return false;
         }

@@ -68,12 +68,13 @@ public:
     void subjectProgressed(unsigned int current, unsigned int total) override;
 
 private:
+    struct Picture;
     struct Work;
 
     template <class Run>
     Outcome inRun(const std::string& nothing, Run&& run);
     bool runOver(EditStep& step, StackSlice& slice, Curve<float>& curve);
-    bool converge(const Image& image, double aspect, const Curve<float>& curve);
+    bool converge(const Picture& image, double aspect, const Curve<float>& curve);
 
     VRLStack& __stack;
     Model* __model;

@@ -83,6 +83,17 @@ std::unique_ptr<ImageFile> ImageFile::open(const std::string& filename) {
                           "Unrecognized image file format", filename);
 }
 
+std::vector<PictureLevel> ImageFile::getLevels(int) {
+    return {};
+}
+
+void ImageFile::readPart(int, int level, const PixelWindow& part, SampleSink&) {
+    requirePart({}, level, part);
+}
+
+void ImageFile::requireWhole(int) {
+}
+
 StackLayout ImageFile::getLayout() {
     StackLayout layout;
     layout.numPlanes = getNumPages();
@@ -99,6 +110,16 @@ StackLayout ImageFile::getLayout() {
         }
     }
     return layout;
+}
+
+void ImageFile::requirePart(const std::vector<PictureLevel>& levels, int level, const PixelWindow& part) const {
+    if (level < 0 || std::size_t(level) >= levels.size())
+        throw RangeError("ImageFile::readPart(...)", "There is no level " + std::to_string(level + 1) + " in " +
+                                                         __filename + ", which has " + std::to_string(levels.size()));
+    const PictureLevel& whole = levels[std::size_t(level)];
+    if (part.x < 0 || part.y < 0 || part.width < 1 || part.height < 1 || part.x >= whole.width ||
+        part.y >= whole.height || part.width > whole.width - part.x || part.height > whole.height - part.y)
+        throw RangeError("ImageFile::readPart(...)", "The part does not lie within the picture of " + __filename);
 }
 
 void ImageFile::requirePage(int i, int numPages) const {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "images/files/imagepage.h"
+#include "images/files/picturelevel.h"
 #include "images/files/stacklayout.h"
 
 namespace vorlen {
@@ -38,6 +39,19 @@ public:
     /// Hands the samples of page i to the sink. Throws as getPage(), and FileReadError for damaged pixels.
     virtual void read(int i, SampleSink& sink) = 0;
 
+    /// The sizes in which rectangles of page i can be read without the rest of it: the full one first, and each smaller
+    /// than the one before. None, as by default, where a page can only be read as a whole. Throws as getPage().
+    virtual std::vector<PictureLevel> getLevels(int i);
+
+    /// Hands a rectangle of such a level to the sink, whose rows count from its top, in the samples of the page, in
+    /// memory that goes with the rectangle and the blocks. Throws RangeError for a level that there is not and for a
+    /// rectangle that is empty or reaches out of it, and as read().
+    virtual void readPart(int i, int level, const PixelWindow& part, SampleSink& sink);
+
+    /// Throws FileReadError for a page of which the file holds too few bytes for all its pixels, so that only parts of
+    /// it are to be read.
+    virtual void requireWhole(int i);
+
     /// How the pages make a stack, as far as the file says.
     virtual StackLayout getLayout();
 
@@ -46,6 +60,9 @@ protected:
 
     /// Throws RangeError unless 0 <= i < numPages.
     void requirePage(int i, int numPages) const;
+
+    /// Throws RangeError unless there is such a level, and the rectangle lies in it and is not empty.
+    void requirePart(const std::vector<PictureLevel>& levels, int level, const PixelWindow& part) const;
 
 private:
     std::string __filename;

@@ -228,6 +228,20 @@ void ImageReader::read(Image& image, const std::string& filename, int page, int 
 
 void ImageReader::read(Image& image, ImageFile& file, int page, int channel) {
     const ImagePage description = file.getPage(page);
+    file.requireWhole(page);
+    fill(image, file, description, channel, [&](SampleSink& sink) { file.read(page, sink); });
+}
+
+void ImageReader::readPart(Image& image, ImageFile& file, int page, int channel, int level, const PixelWindow& part) {
+    ImagePage description = file.getPage(page);
+    description.width = part.width;
+    description.height = part.height;
+    fill(image, file, description, channel, [&](SampleSink& sink) { file.readPart(page, level, part, sink); });
+}
+
+/// Makes an image for the page, and hands it to the reading.
+template <class Read>
+void ImageReader::fill(Image& image, const ImageFile& file, const ImagePage& description, int channel, Read&& read) {
     ImageHeader header;
     header.setImageFormat(file.getFormat());
     description.fillHeader(header, channel);
@@ -240,7 +254,7 @@ void ImageReader::read(Image& image, ImageFile& file, int page, int channel) {
     notifyStarted("");
     ImageSink sink(*this, result, description, channel);
     if (!isCanceled())
-        file.read(page, sink);
+        read(sink);
     sink.clearRest();
     image.swap(result);
     if (isCanceled())

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "images/files/picturelevel.h"
 #include "images/files/pixelstatistics.h"
 #include "progress/progresssubject.h"
 
@@ -11,6 +12,7 @@ class Image;
 class ImageFile;
 class ImageHeader;
 class ImageMosaic;
+struct ImagePage;
 class ImageSource;
 
 /// Reads images: files of every format that ImageFile knows, and whatever an image source describes. Reading reports
@@ -49,6 +51,9 @@ public:
     void read(Image& image, const std::string& filename, int page, int channel);
     void read(Image& image, ImageFile& file, int page, int channel);
 
+    /// A rectangle of a level of a page, as ImageFile::readPart() has them; the image is of its size.
+    void readPart(Image& image, ImageFile& file, int page, int channel, int level, const PixelWindow& part);
+
     /// The values of a page, in the file's own numbers; throws as read().
     PixelStatistics measure(const std::string& filename, int page, int channel);
 
@@ -58,6 +63,10 @@ public:
     /// As the source's kind has it: ImageSource::read().
     void read(Image& image, const ImageSource& source);
     void read(Image& image, const ImageMosaic& mosaic);
+
+private:
+    template <class Read>
+    void fill(Image& image, const ImageFile& file, const ImagePage& description, int channel, Read&& read);
 };
 
 /// The values of an image, where nothing is known of a file's own: its grey values, or red, green and blue.

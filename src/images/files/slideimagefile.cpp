@@ -19,6 +19,7 @@ namespace vorlen {
 namespace {
 
 constexpr const char* slidePlace = "ImageFile::open(const string&)";
+constexpr int bandHeight = 256; // of usual tiles
 
 std::string loweredSuffix(const std::string& filename) {
     std::string suffix = FileInfo::suffixName(filename);
@@ -91,9 +92,6 @@ ImagePage SlideImageFile::getPage(int i) {
     page.storage = SampleStorage::U8;
     page.colour = ImagePage::Rgb;
     page.numSamples = 3;
-    constexpr std::uint64_t greatestRatio = 4096;
-    if (loweredSuffix(getFilename()) != "mrxs" && loweredSuffix(getFilename()) != "vms") // these are in several files
-        requireBelievable(page, getFilename(), greatestRatio);
     const double across = pixelSize(true), down = pixelSize(false);
     const double reduction = openslide_get_level_downsample(__slide.get(), i);
     if (across > 0 && down > 0 && reduction > 0) {
@@ -108,18 +106,46 @@ ImagePage SlideImageFile::getPage(int i) {
 
 void SlideImageFile::read(int i, SampleSink& sink) {
     const ImagePage page = getPage(i);
+    requireWhole(i);
+    readRegion(i, {0, 0, page.width, page.height}, sink);
+}
+
+std::vector<PictureLevel> SlideImageFile::getLevels(int i) {
+    requirePage(i, getNumPages());
+    std::vector<PictureLevel> levels;
+    for (int level = i; level < getNumPages(); ++level) {
+        const ImagePage page = getPage(level);
+        if (level == i || (page.width < levels.back().width && page.height < levels.back().height))
+            levels.push_back({page.width, page.height, std::min(bandHeight, page.width), bandHeight});
+        else
+            break;
+    }
+    return levels;
+}
+
+void SlideImageFile::readPart(int i, int level, const PixelWindow& part, SampleSink& sink) {
+    requirePart(getLevels(i), level, part);
+    readRegion(i + level, part, sink);
+}
+
+void SlideImageFile::requireWhole(int i) {
+    constexpr std::uint64_t greatestRatio = 4096;
+    if (loweredSuffix(getFilename()) != "mrxs" && loweredSuffix(getFilename()) != "vms") // these are in several files
+        requireBelievable(getPage(i), getFilename(), greatestRatio);
+}
+
+void SlideImageFile::readRegion(int level, const PixelWindow& part, SampleSink& sink) const {
     const char* const given = openslide_get_property_value(__slide.get(), OPENSLIDE_PROPERTY_NAME_BACKGROUND_COLOR);
     const unsigned long background = given != nullptr ? std::strtoul(given, nullptr, 16) : 0xffffffUL;
-    const double reduction = openslide_get_level_downsample(__slide.get(), i);
-    // Bands of the height of usual tiles, so that each is decoded once or twice.
-    constexpr int bandHeight = 256;
-    const auto width = static_cast<std::size_t>(page.width);
-    std::vector<std::uint32_t> band(width * std::size_t(std::min(bandHeight, page.height)));
-    std::vector<unsigned char> row(page.rowLength());
-    for (int top = 0; top < page.height; top += bandHeight) {
-        const int numRows = std::min(bandHeight, page.height - top);
-        openslide_read_region(__slide.get(), band.data(), 0, std::int64_t(std::llround(top * reduction)), i, page.width,
-                              numRows);
+    const double reduction = openslide_get_level_downsample(__slide.get(), level);
+    const auto width = static_cast<std::size_t>(part.width);
+    std::vector<std::uint32_t> band(width * std::size_t(std::min(bandHeight, part.height)));
+    std::vector<unsigned char> row(3 * width);
+    for (int first = 0, numRows = 0; first < part.height; first += numRows) {
+        // Bands that end where usual tiles do, so that each is decoded once.
+        numRows = std::min(bandHeight - (part.y + first) % bandHeight, part.height - first);
+        openslide_read_region(__slide.get(), band.data(), std::int64_t(std::llround(part.x * reduction)),
+                              std::int64_t(std::llround((part.y + first) * reduction)), level, part.width, numRows);
         if (openslide_get_error(__slide.get()) != nullptr)
             fail("Cannot read the pixels of the whole-slide file");
         for (int r = 0; r < numRows; ++r) {
@@ -133,7 +159,7 @@ void SlideImageFile::read(int i, SampleSink& sink) {
                         static_cast<unsigned char>(std::min(255U, (pixels[j] >> shift & 255) + (behind + 127) / 255));
                 }
             }
-            if (!sink.takeRow(top + r, row.data()))
+            if (!sink.takeRow(first + r, row.data()))
                 return;
         }
     }

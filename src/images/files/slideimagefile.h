@@ -30,6 +30,10 @@ public:
     int getNumPages() override;
     ImagePage getPage(int i) override;
     void read(int i, SampleSink& sink) override;
+    /// The level of the page and those below.
+    std::vector<PictureLevel> getLevels(int i) override;
+    void readPart(int i, int level, const PixelWindow& part, SampleSink& sink) override;
+    void requireWhole(int i) override;
     /// Throws FileFormatError where even the smallest level is above the limit.
     StackLayout getLayout() override;
 
@@ -43,6 +47,7 @@ private:
         void operator()(openslide_t* slide) const;
     };
 
+    void readRegion(int level, const PixelWindow& part, SampleSink& sink) const;
     double pixelSize(bool isWidth) const;
     [[noreturn]] void fail(const char* what) const;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <list>
 #include <mutex>
 #include <optional>
@@ -79,6 +80,28 @@ PageLists& pageLists() {
     return lists;
 }
 
+/// Where the smaller copies of a page are: its own directories, and else those behind it, up to the next page.
+std::vector<std::uint64_t> smallerCopies(const TiffFile& file, std::uint64_t page) {
+    constexpr std::size_t most = 32; // each is half as wide as the one before, or less
+    std::vector<std::uint64_t> copies;
+    TIFF* const tiff = file.get();
+    if (!file.isOpen() || TIFFSetSubDirectory(tiff, page) != 1)
+        return copies;
+    std::uint16_t count = 0;
+    std::uint64_t* own = nullptr;
+    if (TIFFGetField(tiff, TIFFTAG_SUBIFD, &count, &own) == 1 && own != nullptr)
+        copies.assign(own, own + std::min<std::size_t>(count, most));
+    while (copies.size() < most && TIFFReadDirectory(tiff) == 1) {
+        std::uint32_t subfile = 0;
+        TIFFGetField(tiff, TIFFTAG_SUBFILETYPE, &subfile);
+        if ((subfile & FILETYPE_REDUCEDIMAGE) == 0)
+            break;
+        if ((subfile & FILETYPE_MASK) == 0)
+            copies.push_back(TIFFCurrentDirOffset(tiff));
+    }
+    return copies;
+}
+
 } // namespace
 
 TiffImageFile::TiffImageFile(const std::string& filename)
@@ -109,6 +132,70 @@ void TiffImageFile::read(int i, SampleSink& sink) {
     const std::uint64_t planeLength =
         TIFFStripSize64(__tiff->get()) == 0 ? 0 : TIFFScanlineSize64(__tiff->get()) * std::uint64_t(__picture->height);
     __picture->readContiguous(TIFFGetStrileOffset(__tiff->get(), 0) + std::uint64_t(i) * planeLength, sink);
+}
+
+std::vector<PictureLevel> TiffImageFile::getLevels(int i) {
+    findLevels(i);
+    std::vector<PictureLevel> levels;
+    levels.reserve(__levels.size());
+    for (const Level& level : __levels)
+        levels.push_back(level.blocks);
+    return levels;
+}
+
+void TiffImageFile::readPart(int i, int level, const PixelWindow& part, SampleSink& sink) {
+    requirePart(getLevels(i), level, part);
+    __levels[static_cast<std::size_t>(level)].picture->readPart(part, sink);
+}
+
+void TiffImageFile::requireWhole(int i) {
+    select(i);
+    __picture->requireWhole();
+}
+
+void TiffImageFile::findLevels(int i) {
+    if (__levelsPage == i)
+        return;
+    requirePage(i, getNumPages());
+    __levels.clear();
+    __levelsPage = -1;
+    if (__numContiguous == 1) {
+        const std::uint64_t own = __directories[static_cast<std::size_t>(i)];
+        addLevel(own);
+        if (!__levels.empty())
+            for (const std::uint64_t smaller : smallerCopies(TiffFile(getFilename()), own))
+                addLevel(smaller);
+    }
+    __levelsPage = i;
+}
+
+/// Leaves out what is no smaller copy of the level before, and what can't be read in parts or not at all.
+void TiffImageFile::addLevel(std::uint64_t directory) {
+    Level level;
+    level.tiff = std::make_unique<TiffFile>(getFilename());
+    if (!level.tiff->isOpen() || TIFFSetSubDirectory(level.tiff->get(), directory) != 1)
+        return;
+    try {
+        level.picture = std::make_unique<TiffPicture>(level.tiff->get());
+    } catch (const FileError&) {
+        if (__levels.empty())
+            throw;
+        return;
+    }
+    level.blocks = level.picture->blocks();
+    if (level.blocks.blockWidth == 0)
+        return;
+    if (!__levels.empty()) {
+        const ImagePage &full = __levels[0].picture->page, &page = level.picture->page;
+        const double across = double(full.width) / page.width, down = double(full.height) / page.height;
+        // Sizes are rounded to whole pixels, by some programs to whole tiles.
+        const double slack = std::max(0.02 * across, across * (1.0 / page.width + 1.0 / page.height) * 2);
+        if (page.width >= __levels.back().blocks.width || page.height >= __levels.back().blocks.height ||
+            page.storage != full.storage || page.numSamples != full.numSamples || page.colour != full.colour ||
+            page.values.bits != full.values.bits || std::abs(across - down) > slack)
+            return;
+    }
+    __levels.push_back(std::move(level));
 }
 
 std::string TiffImageFile::getDescription() {

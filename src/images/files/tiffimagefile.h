@@ -36,13 +36,26 @@ public:
     int getNumPages() override;
     ImagePage getPage(int i) override;
     void read(int i, SampleSink& sink) override;
+    /// The page itself, and its smaller copies: in directories of its own, or in those that follow the page.
+    std::vector<PictureLevel> getLevels(int i) override;
+    void readPart(int i, int level, const PixelWindow& part, SampleSink& sink) override;
+    void requireWhole(int i) override;
     StackLayout getLayout() override;
 
     /// The text of the first page's tag ImageDescription.
     std::string getDescription();
 
 private:
+    /// One size of a page, through a file of its own, so that no directory is read again with each part.
+    struct Level {
+        std::unique_ptr<TiffFile> tiff;
+        std::unique_ptr<TiffPicture> picture;
+        PictureLevel blocks;
+    };
+
     void select(int i);
+    void findLevels(int i);
+    void addLevel(std::uint64_t directory);
     void findPages();
     int numContiguousPlanes();
 
@@ -51,6 +64,8 @@ private:
     int __numContiguous = 1;                  // planes that the first directory stands for
     int __selected = -1;
     std::unique_ptr<TiffPicture> __picture; // of the selected page
+    int __levelsPage = -1;
+    std::vector<Level> __levels; // of that page
 };
 
 } // namespace vorlen

@@ -23,6 +23,9 @@ namespace vorlen {
 namespace {
 
 const char* const tiffHeaderPlace = "void ImageReader::readTiffHeader(ImageHeader&, TIFF*)";
+/// Bytes of a tile or strip that may be decoded for a part of it.
+constexpr std::uint64_t greatestBlock = std::uint64_t(64) << 20;
+
 const char* const tiffPixelPlace = "void Image::readTiffPixels(Image&, TIFF*)";
 
 template <class Value>
@@ -298,7 +301,7 @@ void TiffPicture::readColours() {
 }
 
 /// The strips or tiles must lie in the file, and the pixels that the header promises be able to come out of them.
-void TiffPicture::requireBelievable() const {
+void TiffPicture::requireBelievable() {
     const std::uint64_t length = fileLength(tiff);
     const bool tiled = TIFFIsTiled(tiff) != 0;
     const std::uint32_t count = tiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
@@ -336,8 +339,11 @@ void TiffPicture::requireBelievable() const {
     }
     // Several strips may be the same bytes: the file is counted once.
     present = std::min(present, length);
-    if (needed > (compression == COMPRESSION_NONE ? 0 : believedLength) && needed / ratio > present)
+    isBorneOut = needed <= (compression == COMPRESSION_NONE ? 0 : believedLength) || needed / ratio <= present;
+    // Tiles may be shared or left out: what is believed is read, and of what is larger only parts.
+    if (!isBorneOut && !(tiled && haveTilesTheirBytes(ratio)))
         tooShort();
+    isBorneOut = isBorneOut || needed <= believedLength;
     if (tiled) {
         const auto tileWidth = tag<std::uint32_t>(tiff, TIFFTAG_TILEWIDTH, 0);
         const auto tileHeight = tag<std::uint32_t>(tiff, TIFFTAG_TILELENGTH, 0);
@@ -347,6 +353,22 @@ void TiffPicture::requireBelievable() const {
             std::uint64_t(tileWidth) * tileHeight > (std::max(needed * 4, believedLength) + 64 * length) / pixel)
             throw FileFormatError(tiffHeaderPlace, "Invalid TIFF tile size", TIFFFileName(tiff));
     }
+}
+
+/// Whether each tile that there is can come out of its bytes.
+bool TiffPicture::haveTilesTheirBytes(std::uint64_t ratio) const {
+    const std::uint64_t tileLength = TIFFTileSize64(tiff);
+    const std::uint32_t count = TIFFNumberOfTiles(tiff);
+    for (std::uint32_t i = 0; i < count; ++i)
+        if (const std::uint64_t bytes = TIFFGetStrileByteCount(tiff, i); bytes > 0 && tileLength / ratio > bytes)
+            return false;
+    return tileLength > 0 && tileLength <= greatestBlock;
+}
+
+void TiffPicture::requireWhole() const {
+    if (!isBorneOut)
+        throw FileReadError(tiffHeaderPlace, "This file has too few bytes for all the pixels in its header",
+                            TIFFFileName(tiff));
 }
 
 void TiffPicture::readPixelSize() {
@@ -377,6 +399,7 @@ void TiffPicture::readPixelSize() {
 }
 
 void TiffPicture::read(SampleSink& sink) const {
+    requireWhole();
     Rows rows(*this, sink);
     const bool tiled = TIFFIsTiled(tiff) != 0;
     if (conversion == ByLibtiff)
@@ -600,6 +623,130 @@ void TiffPicture::readColourTiles(Rows& rows) const {
         }
         for (int i = 0; i < numRows; ++i)
             if (!rows.put(top + i, &band[std::size_t(i) * length]))
+                return;
+    }
+}
+
+PictureLevel TiffPicture::blocks() const {
+    const bool tiled = TIFFIsTiled(tiff) != 0;
+    PictureLevel level{width, height, 0, 0};
+    const std::uint64_t length = tiled ? TIFFTileSize64(tiff) : TIFFStripSize64(tiff);
+    if (orientation != ORIENTATION_TOPLEFT || compression == COMPRESSION_JBIG || length == 0 || length > greatestBlock)
+        return level;
+    const std::uint32_t rows = std::max(tag<std::uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0), 1u);
+    level.blockWidth = tiled ? static_cast<int>(tag<std::uint32_t>(tiff, TIFFTAG_TILEWIDTH, 1)) : width;
+    level.blockHeight = tiled ? static_cast<int>(tag<std::uint32_t>(tiff, TIFFTAG_TILELENGTH, 1))
+                              : static_cast<int>(std::min<std::uint32_t>(rows, std::uint32_t(height)));
+    if (std::uint64_t(level.blockWidth) * std::uint64_t(level.blockHeight) * 4 > greatestBlock)
+        level.blockWidth = level.blockHeight = 0;
+    return level;
+}
+
+/// One tile or strip, of one sample where they are in planes of their own, as it is decoded.
+struct TiffPicture::Block {
+    Block(const TiffPicture& picture_, const Rows& rows)
+        : picture(picture_), tiled(TIFFIsTiled(picture.tiff) != 0), size(picture.blocks()),
+          numInPixel(picture.separate ? 1 : picture.numFileSamples) {
+        if (picture.conversion == ByLibtiff) {
+            colours.resize(std::size_t(size.blockWidth) * std::size_t(size.blockHeight));
+            return;
+        }
+        rowLength = static_cast<std::size_t>(tiled ? TIFFTileRowSize(picture.tiff) : TIFFScanlineSize(picture.tiff));
+        const auto length = static_cast<std::size_t>(tiled ? TIFFTileSize(picture.tiff) : TIFFStripSize(picture.tiff));
+        if (rowLength < rows.packedLength(std::size_t(size.blockWidth) * std::size_t(numInPixel)) ||
+            length < rowLength * std::size_t(size.blockHeight))
+            throw FileFormatError(tiffPixelPlace, "Cannot read TIFF with subsampled colours",
+                                  TIFFFileName(picture.tiff));
+        bytes.resize(length);
+    }
+
+    void decode(int left_, int top_, int sample) {
+        left = left_;
+        top = top_;
+        TIFF* const tiff = picture.tiff;
+        const auto x = std::uint32_t(left), y = std::uint32_t(top);
+        const auto plane = static_cast<std::uint16_t>(sample);
+        bool done = true;
+        if (picture.conversion == ByLibtiff) {
+            done = (tiled ? TIFFReadRGBATileExt(tiff, x, y, colours.data(), 1)
+                          : TIFFReadRGBAStripExt(tiff, y, colours.data(), 1)) != 0;
+        } else {
+            const std::uint32_t index =
+                tiled ? TIFFComputeTile(tiff, x, y, 0, plane) : TIFFComputeStrip(tiff, y, plane);
+            const auto length = static_cast<tmsize_t>(bytes.size());
+            if (TIFFGetStrileByteCount(tiff, index) == 0)
+                std::fill(bytes.begin(), bytes.end(), static_cast<unsigned char>(0));
+            else
+                done = (tiled ? TIFFReadEncodedTile(tiff, index, bytes.data(), length)
+                              : TIFFReadEncodedStrip(tiff, index, bytes.data(), length)) >= 0;
+        }
+        if (!done)
+            picture.fail(tiled ? "the tile at row" : "row", top);
+    }
+
+    /// The pixels of a row from a column on, both of the picture, unpacked to where each sample is step elements
+    /// from the last.
+    void unpack(int row, int column, int count, const Rows& rows, unsigned char* target, std::size_t step) {
+        if (picture.conversion == ByLibtiff) {
+            // libtiff hands out a block from its last row to its first.
+            const int numRows = tiled ? size.blockHeight : std::min(size.blockHeight, picture.height - top);
+            const std::uint32_t* from = &colours[std::size_t(numRows - 1 - (row - top)) * std::size_t(size.blockWidth)];
+            takeColours(from + (column - left), count, target);
+            return;
+        }
+        const std::size_t skipped = std::size_t(column - left) * std::size_t(numInPixel);
+        const std::size_t number = std::size_t(count) * std::size_t(numInPixel);
+        const std::size_t skippedBits = skipped * std::size_t(rows.type.bits);
+        const unsigned char* const from = &bytes[std::size_t(row - top) * rowLength];
+        if (skippedBits % 8 == 0) {
+            unpackSamples(from + skippedBits / 8, number, rows.type, target, step);
+            return;
+        }
+        unpacked.resize((skipped + number) * rows.sampleLength);
+        unpackSamples(from, skipped + number, rows.type, unpacked.data(), 1);
+        for (std::size_t k = 0; k < number; ++k)
+            std::memcpy(target + k * step * rows.sampleLength, &unpacked[(skipped + k) * rows.sampleLength],
+                        rows.sampleLength);
+    }
+
+    const TiffPicture& picture;
+    const bool tiled;
+    const PictureLevel size;
+    const int numInPixel;
+    std::size_t rowLength = 0;
+    int left = 0, top = 0;
+    std::vector<unsigned char> bytes, unpacked;
+    std::vector<std::uint32_t> colours;
+};
+
+void TiffPicture::readPart(const PixelWindow& part, SampleSink& sink) const {
+    TiffPicture narrow(*this); // what the rows of the part are like
+    narrow.width = narrow.page.width = part.width;
+    narrow.height = narrow.page.height = part.height;
+    Rows rows(narrow, sink);
+    Block block(*this, rows);
+    const int blockWidth = block.size.blockWidth, blockHeight = block.size.blockHeight;
+    const bool planes = separate && conversion != ByLibtiff;
+    const std::size_t pixelLength = conversion == ByLibtiff ? 3 : std::size_t(numFileSamples) * rows.sampleLength;
+    const std::size_t length = pixelLength * std::size_t(part.width);
+    const int right = part.x + part.width, bottom = part.y + part.height;
+    std::vector<unsigned char> band(length * std::size_t(std::min(blockHeight, part.height)));
+    for (int first = part.y, last = 0; first < bottom; first = last) {
+        const int top = first / blockHeight * blockHeight;
+        last = std::min(bottom - top, blockHeight) + top;
+        for (int sample = 0; sample < (planes ? numFileSamples : 1); ++sample)
+            for (int from = part.x, to = 0; from < right; from = to) {
+                const int left = from / blockWidth * blockWidth;
+                to = std::min(right - left, blockWidth) + left;
+                block.decode(left, top, sample);
+                for (int row = first; row < last; ++row)
+                    block.unpack(row, from, to - from, rows,
+                                 &band[std::size_t(row - first) * length + std::size_t(from - part.x) * pixelLength +
+                                       std::size_t(sample) * rows.sampleLength],
+                                 planes ? std::size_t(numFileSamples) : 1);
+            }
+        for (int row = first; row < last; ++row)
+            if (!rows.put(row - part.y, &band[std::size_t(row - first) * length]))
                 return;
     }
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "images/files/imagepage.h"
+#include "images/files/picturelevel.h"
 
 typedef struct tiff TIFF;
 
@@ -32,6 +33,16 @@ struct TiffPicture {
     /// Throws FileReadError for damaged pixels.
     void read(SampleSink& sink) const;
 
+    /// The blocks in which parts are read; of width 0 where the picture is to be read as a whole: it is turned, or its
+    /// strips or tiles have more bytes than a part may cost.
+    PictureLevel blocks() const;
+
+    /// The same of a rectangle, whose rows count from its top. The picture must have blocks.
+    void readPart(const PixelWindow& part, SampleSink& sink) const;
+
+    /// Throws FileReadError where the file has too few bytes for all the pixels of a picture that may be read in parts.
+    void requireWhole() const;
+
     /// Reads rows without compression that begin at this place of the file: those of a further plane behind the first.
     void readContiguous(std::uint64_t offset, SampleSink& sink) const;
 
@@ -43,13 +54,16 @@ struct TiffPicture {
     bool separate = false;  // samples in planes of their own
     int compression = 1;
     Conversion conversion = None;
+    bool isBorneOut = true; // the file has bytes enough for all pixels
 
 private:
     struct Rows;
+    struct Block;
 
     void readColours();
     void readPixelSize();
-    void requireBelievable() const;
+    void requireBelievable();
+    bool haveTilesTheirBytes(std::uint64_t ratio) const;
     void readStrips(Rows& rows) const;
     bool readPlainStrips(Rows& rows) const;
     void readWholeStrips(Rows& rows) const;

@@ -94,6 +94,11 @@ Image& VRLImageProxy::getImage(const QSize& size) const {
     return *__images.last();
 }
 
+bool VRLImageProxy::isOverview() const {
+    return hasImage() && __server && __server->getBaseSize() == QSize(0, 0) &&
+           getImage().getWidth() < __originalSize.width();
+}
+
 int VRLImageProxy::getNumImages() const {
     return static_cast<int>(__images.size());
 }

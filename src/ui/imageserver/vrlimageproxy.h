@@ -57,6 +57,9 @@ public:
     /// The smallest image wider than the size, or the largest when none is wider. Throws as getImage().
     Image& getImage(const QSize& size) const;
     int getNumImages() const;
+    /// Whether the first image is smaller than the full size that the server gives of others: the overview of a section
+    /// that is too large to be read as a whole.
+    bool isOverview() const;
 
     /// What the server calls when there will be no image: keeps the message and emits imageFailed().
     void setFailure(const QString& message);

@@ -1,11 +1,15 @@
 #include "ui/imageserver/vrlimagereader.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
+#include <memory>
 #include <new>
+#include <stop_token>
 
 #include "images/rasters/colormapexpansion.h"
 #include "images/rasters/image.h"
+#include "images/sections/sectionsource.h"
 #include "numerics/exception.h"
 #include "values/imagesource.h"
 
@@ -74,7 +78,8 @@ void VRLImageReader::run() {
 void VRLImageReader::__read() {
     try {
         __numParts = std::max(1u, static_cast<unsigned int>(__source->getFilenames().size()));
-        read(*__image, *__source);
+        if (!__readOverview())
+            read(*__image, *__source);
         if (isCanceled())
             return;
         if (__image->getData() == nullptr)
@@ -92,6 +97,29 @@ void VRLImageReader::__read() {
     } catch (...) {
         __failure = sentence(sourceName(*__source), "unknown error");
     }
+}
+
+/// False for a source that is to be read as a whole.
+bool VRLImageReader::__readOverview() {
+    const std::unique_ptr<TiledSection> section = openLargeSection(*__source);
+    if (section == nullptr)
+        return false;
+    std::stop_source stop;
+    if (section->getLevels().empty()) {
+        try {
+            section->build(stop.get_token(), [&](double done) {
+                notifyProgressed(static_cast<unsigned int>(100 * done), 100u);
+                if (isCanceled())
+                    stop.request_stop();
+            });
+        } catch (const FileWriteError&) { // no room to keep it: as long as memory suffices
+            return false;
+        }
+    }
+    // Without levels some pixels here and there must do at first.
+    constexpr std::chrono::milliseconds patience(400);
+    section->readOverview(*__image, overviewSide, patience, stop.get_token());
+    return true;
 }
 
 // A mosaic reports the start and end of each tile beside its own.

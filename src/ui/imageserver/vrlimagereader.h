@@ -18,11 +18,16 @@ class ImageSource;
 /// finished, with a sentence in getFailure() and without an image. The wish to cancel is looked at before each row and
 /// each tile of a mosaic.
 ///
+/// Of a section that is too large to be read as a whole the image is an overview, of at most overviewSide pixels in
+/// width and height. A file that gives no parts of itself is read once for it, and kept in reduced sizes.
+///
 /// Image and source are seen, not owned, and must outlive run(). Nobody else touches the image until hasEnded().
 class VRLImageReader : public VRLProgressProxy, public ImageReader {
     Q_OBJECT
 
 public:
+    static constexpr int overviewSide = 2048;
+
     explicit VRLImageReader(QObject* parent = nullptr);
 
     void setImage(Image& image);
@@ -51,6 +56,7 @@ public slots:
 
 private:
     void __read();
+    bool __readOverview();
 
     Image* __image = nullptr;
     const ImageSource* __source = nullptr;

@@ -20,6 +20,7 @@ class VRLImageServerData;
 /// asking, on a worker thread of its own.
 ///
 /// With the base size (0, 0) the views of a source get its full image, and behind it images of half the size each.
+/// Of a section too large for memory that is an overview, as VRLImageReader has it.
 /// With any other base size they get the one image fitted into that size, once it is small: until then the image is
 /// the worker's alone, so that no paint ever meets the fitting in place.
 ///

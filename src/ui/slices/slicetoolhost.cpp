@@ -19,9 +19,12 @@ StackSlice* SliceToolHost::slice() const {
 
 const Image* SliceToolHost::image(QString& problem) const {
     const VRLImageProxy& proxy = __mediator.getImageProxy();
-    if (proxy.hasImage())
+    if (proxy.hasImage() && !proxy.isOverview())
         return &proxy.getImage();
-    if (proxy.hasFailed())
+    if (proxy.isOverview())
+        problem = "This section is too large for a tool that needs all of its pixels in memory. Draw by hand, and let "
+                  "the snake fit the outline.";
+    else if (proxy.hasFailed())
         problem = proxy.getFailure();
     else
         problem = proxy.isEmpty() ? "This slice has no image."

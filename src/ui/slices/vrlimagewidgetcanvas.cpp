@@ -17,9 +17,11 @@
 #include <GL/glu.h>
 
 #include "images/rasters/image.h"
+#include "images/sections/sectionsource.h"
 #include "numerics/maths.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/session/vrlpreferences.h"
+#include "ui/slices/sectionview.h"
 #include "ui/widgets/vorlenapplication.h"
 
 namespace vorlen {
@@ -310,8 +312,26 @@ GreyScale VRLImageWidgetCanvas::shownScale() const {
     return scale;
 }
 
+/// There is a section where the image that has come is less than the source has.
+void VRLImageWidgetCanvas::updateSection() {
+    const bool isWanted = __imageProxy != nullptr && __imageProxy->isOverview() && __imageProxy->hasImageSource() &&
+                          isLargeSection(__imageProxy->getImageSource());
+    if (!isWanted) {
+        __section.reset();
+        return;
+    }
+    if (__section && __section->shows(__imageProxy->getImageSource()))
+        return;
+    __section = std::make_unique<SectionView>(__imageProxy->getImageSource());
+    connect(__section.get(), &SectionView::changed, this, [this] {
+        ++__imageRevision; // a kept picture is another one
+        update();
+    });
+}
+
 void VRLImageWidgetCanvas::imageProxyChange() {
     ++__imageRevision;
+    updateSection();
     if (__bestFitMode)
         setBestFitZoomFactor();
     rectifyViewOrigin();
@@ -355,7 +375,7 @@ void VRLImageWidgetCanvas::paintImageGL() {
     const QMutexLocker locker(&__mutex);
     const Image* const image = paintedImage();
     if (isVisible() && image != nullptr)
-        paintImageGL(*image);
+        paintSection(*image);
     else if (isVisible() && !__notice.isEmpty() && (__imageProxy == nullptr || !__imageProxy->hasImage()))
         paintNotice();
     // A lost context may report errors without end.
@@ -396,16 +416,28 @@ const Image* VRLImageWidgetCanvas::paintedImage() const {
     return image.getData() != nullptr && image.getWidth() > 0 && image.getHeight() > 0 ? &image : nullptr;
 }
 
+/// The image, and over it the tiles of a section.
+void VRLImageWidgetCanvas::paintSection(const Image& overview) {
+    paintImageGL(overview, QRectF(QPointF(0, 0), QSizeF(originalSize())));
+    if (!__section)
+        return;
+    const double zoom = double(__zoomFactor) * devicePixelRatioF();
+    for (const SectionView::Piece& piece : __section->piecesIn(currentView(), zoom > 0 ? 1 / zoom : 1))
+        paintImageGL(*piece.tile, piece.place);
+}
+
 // A view that begins within a pixel of a reduced image begins left of and above the canvas. A raster position out there
 // would be invalid and nothing be drawn: it is set to the corner and moved from there, which is allowed.
-void VRLImageWidgetCanvas::paintImageGL(const Image& image) {
-    const QSize original = originalSize();
+void VRLImageWidgetCanvas::paintImageGL(const Image& image, const QRectF& place) {
     const double zoom = double(__zoomFactor) * devicePixelRatioF();
-    const double horScale = double(image.getWidth()) / original.width();
-    const double verScale = double(image.getHeight()) / original.height();
-    const QRect view = currentView();
-    const double left = view.x() * horScale;
-    const double top = view.y() * verScale;
+    const double horScale = image.getWidth() / place.width();
+    const double verScale = image.getHeight() / place.height();
+    const QRect whole = currentView();
+    const QRectF view = place & QRectF(whole);
+    if (view.isEmpty())
+        return;
+    const double left = (view.x() - place.x()) * horScale;
+    const double top = (view.y() - place.y()) * verScale;
 
     Pixels pixels;
     pixels.data = image.getData();
@@ -418,8 +450,10 @@ void VRLImageWidgetCanvas::paintImageGL(const Image& image) {
                                image.getHeight() - pixels.skipRows);
     pixels.horZoom = zoom * double(betaWidth()) / horScale;
     pixels.verZoom = zoom * double(betaHeight()) / verScale;
-    const double beforeLeft = (left - pixels.skipColumns) * pixels.horZoom;
-    const double aboveTop = (top - pixels.skipRows) * pixels.verZoom;
+    const double toRight = (view.x() - whole.x()) * horScale * pixels.horZoom;
+    const double toBottom = (view.y() - whole.y()) * verScale * pixels.verZoom;
+    const double beforeLeft = (left - pixels.skipColumns) * pixels.horZoom - toRight;
+    const double aboveTop = (top - pixels.skipRows) * pixels.verZoom - toBottom;
 
     std::vector<unsigned char> thin; // keeps the pixels until they are drawn
     const int horStep = stepOf(pixels.horZoom);

@@ -8,6 +8,7 @@
 #include <QPoint>
 #include <QPointF>
 #include <QRect>
+#include <QRectF>
 #include <QSize>
 #include <QString>
 
@@ -17,6 +18,7 @@
 namespace vorlen {
 
 class Image;
+class SectionView;
 class VRLImageProxy;
 
 /// Paints an image, or a part of it, at a zoom. Knows zoom and view; all input is left to event filters.
@@ -28,6 +30,9 @@ class VRLImageProxy;
 /// The pixels go to OpenGL from the image's own memory, addressed by row length and skips; contrast is left to the
 /// pixel transfer. The proxy's smallest image that is larger than what is seen is taken. Where there is none of about
 /// that size (yet), only every n-th pixel is taken, so that a paint never costs more than the screen has pixels.
+///
+/// Where the proxy's image is the overview of a section too large for memory, the tiles of what is seen are drawn over
+/// it, as they come.
 ///
 /// Decisions: an aspect ratio that is not above 0 counts as 1. The background is opaque, because a composed canvas with
 /// an alpha below 1 may show what lies behind the window. Sizes in OpenGL calls are multiplied by the pixel density;
@@ -124,7 +129,9 @@ protected:
 private:
     QSize originalSize() const;
     float aspectRatio() const;
-    void paintImageGL(const Image& image);
+    void paintImageGL(const Image& image, const QRectF& place);
+    void paintSection(const Image& overview);
+    void updateSection();
     void paintNotice();
     GreyScale shownScale() const;
 
@@ -137,7 +144,8 @@ private:
     GreyScale __greyScale;
     QString __notice;
     std::uint64_t __imageRevision = 0;
-    QMutex __mutex; // held while the image is painted
+    std::unique_ptr<SectionView> __section; // of an image that is an overview only
+    QMutex __mutex;                         // held while the image is painted
 };
 
 } // namespace vorlen

@@ -247,7 +247,11 @@ void VRLImageWidgetMediator::updateImageSizeInfo() {
     QString text;
     if (proxy.hasImage()) {
         const Image& image = proxy.getImage();
-        text = imageSizeText(image.getWidth(), image.getHeight(), image.dataLength());
+        const QSize size =
+            proxy.isOverview() ? proxy.getOriginalImageSize() : QSize(image.getWidth(), image.getHeight());
+        text =
+            imageSizeText(size.width(), size.height(),
+                          std::size_t(image.bytesPerPixel()) * std::size_t(size.width()) * std::size_t(size.height()));
     }
     __statusBar->setImageSizeInfo(text);
 }

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <memory>
+
+#include "images/sections/tiledsection.h"
+
+namespace vorlen {
+
+class ImageSource;
+
+/// Whether an image source is a file, or a page or channel of one, that is too large to be read as a whole.
+bool isLargeSection(const ImageSource& source);
+
+/// The section of a large source; null for all other sources. Throws as the constructor of TiledSection.
+std::unique_ptr<TiledSection> openLargeSection(const ImageSource& source, const LevelStore& store = LevelStore(),
+                                               std::size_t memory = TiledSection::defaultMemory);
+
+} // namespace vorlen
