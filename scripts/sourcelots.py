@@ -12,16 +12,18 @@ UNNAMED = re.compile(r"^namespace \{$(.*?)^\} // namespace$", re.M | re.S)
 DECLARED = re.compile(r"(?:(?:class|struct|enum class|enum|using) (\w+)|[^(={\[;/]*?(\w+)\s*(?:[(={\[;]|$))")
 OUTSIDE = re.compile(r"^(?:static|const|constexpr|using) ")
 MACRO = re.compile(r"^#\s*define\s+(\w+)", re.M)
+MEMBER = re.compile(r"^template (?!class\b|struct\b)[^;(]*?(\w+)<[^;(]*>::", re.M)
 NOT_CODE = re.compile(r"//.*|\"(?:\\\\.|[^\"\\\\\n])*\"")
 MOST_SOURCES = 8
 MOST_BYTES = 60000
 
 
 def private_names(text):
-    """Those of unnamed namespaces, of static functions and constants, of aliases, and of macros."""
+    """Those of unnamed namespaces, of static functions and constants, of aliases, and of macros; and the classes of which
+    single members are instantiated, which must not come before all of the class is."""
     lines = [line for block in UNNAMED.findall(text) for line in block.splitlines()]
     lines += [line for line in text.splitlines() if OUTSIDE.match(line) and not line.startswith("using namespace")]
-    names = set(MACRO.findall(text))
+    names = set(MACRO.findall(text)) | set(MEMBER.findall(text))
     for line in lines:
         found = None if line[:1] in ("", " ", "\t", "}", "/", "#") else DECLARED.match(line)
         if found:
