@@ -66,6 +66,7 @@ def parsed(words):
     parser.add_argument("--good", default="0", help="exit statuses that are no failure, by commas")
     parser.add_argument("--opened", action="store_true", help="fail when the check on stdout could not open the stack")
     parser.add_argument("--inputs", nargs="*", default=[])
+    parser.add_argument("--stacks", help="a file whose lines name what is taken besides, after all else")
     parser.add_argument("--shapes", nargs=2, metavar=("NORMALIZED", "MODEL"))
     parser.add_argument("--members")
     if "--" not in words:
@@ -73,6 +74,10 @@ def parsed(words):
     middle = words.index("--")
     request = parser.parse_args(words[:middle])
     request.command = words[middle + 1:]
+    if request.stacks:
+        stacks = pathlib.Path(request.stacks).read_text(encoding="utf-8").splitlines()
+        request.command += stacks
+        request.inputs += stacks
     return request
 
 
