@@ -663,22 +663,22 @@ struct TiffPicture::Block {
     void decode(int left_, int top_, int sample) {
         left = left_;
         top = top_;
-        TIFF* const tiff = picture.tiff;
+        TIFF* const file = picture.tiff;
         const auto x = std::uint32_t(left), y = std::uint32_t(top);
         const auto plane = static_cast<std::uint16_t>(sample);
         bool done = true;
         if (picture.conversion == ByLibtiff) {
-            done = (tiled ? TIFFReadRGBATileExt(tiff, x, y, colours.data(), 1)
-                          : TIFFReadRGBAStripExt(tiff, y, colours.data(), 1)) != 0;
+            done = (tiled ? TIFFReadRGBATileExt(file, x, y, colours.data(), 1)
+                          : TIFFReadRGBAStripExt(file, y, colours.data(), 1)) != 0;
         } else {
             const std::uint32_t index =
-                tiled ? TIFFComputeTile(tiff, x, y, 0, plane) : TIFFComputeStrip(tiff, y, plane);
+                tiled ? TIFFComputeTile(file, x, y, 0, plane) : TIFFComputeStrip(file, y, plane);
             const auto length = static_cast<tmsize_t>(bytes.size());
-            if (TIFFGetStrileByteCount(tiff, index) == 0)
+            if (TIFFGetStrileByteCount(file, index) == 0)
                 std::fill(bytes.begin(), bytes.end(), static_cast<unsigned char>(0));
             else
-                done = (tiled ? TIFFReadEncodedTile(tiff, index, bytes.data(), length)
-                              : TIFFReadEncodedStrip(tiff, index, bytes.data(), length)) >= 0;
+                done = (tiled ? TIFFReadEncodedTile(file, index, bytes.data(), length)
+                              : TIFFReadEncodedStrip(file, index, bytes.data(), length)) >= 0;
         }
         if (!done)
             picture.fail(tiled ? "the tile at row" : "row", top);

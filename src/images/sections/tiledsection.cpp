@@ -22,10 +22,6 @@ Image imageLike(int width, int height, const ImageHeader& like) {
     return image;
 }
 
-int tilesIn(int length) {
-    return (length - 1) / TiledSection::tileSide + 1;
-}
-
 /// Copies what two rectangles of the same level have in common.
 void copyCommon(const Image& from, int fromX, int fromY, Image& to, int toX, int toY) {
     const int left = std::max(fromX, toX), top = std::max(fromY, toY);
