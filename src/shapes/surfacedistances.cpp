@@ -16,7 +16,7 @@ using Point = MeshDistance::Point;
 using Triangle = MeshDistance::Triangle;
 
 constexpr int leastPieces = 5000, mostHalvings = 2000, mostCuts = 64;
-constexpr double tolerance = 1e-3;
+constexpr double tolerance = 1e-3, rounding = 1e-12;
 
 double lengthBetween(const Point& a, const Point& b) {
     return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
@@ -153,6 +153,8 @@ SurfaceDistances::SurfaceDistances(const MeshDistance& first, const MeshDistance
     farthestToSecond = there.getFarthest();
     farthestToFirst = back.getFarthest();
     hausdorff = std::max(farthestToSecond, farthestToFirst);
+    if (least <= rounding * hausdorff)
+        least = 0;
 }
 
 } // namespace vorlen
