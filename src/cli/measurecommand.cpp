@@ -1,10 +1,12 @@
 #include "cli/commands.h"
 
 #include <iostream>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "cli/consolemonitor.h"
 #include "cli/csvtables.h"
 #include "cli/jsonwriter.h"
 #include "cli/outputformat.h"
@@ -12,6 +14,7 @@
 #include "cli/texttable.h"
 #include "document/stack.h"
 #include "reconstruction/measurementtable.h"
+#include "reconstruction/modeldistances.h"
 
 namespace vorlen {
 
@@ -22,7 +25,21 @@ struct Measurements {
         : models(MeasurementTable::ofModels(stack, errors, shape)), items(MeasurementTable::ofItems(stack)),
           slices(MeasurementTable::ofSlices(stack)) {}
 
+    /// Measures how far the surfaces lie from each other, too.
+    void addDistances(const Stack& stack) {
+        ModelDistances surfaces(stack);
+        ConsoleMonitor monitor;
+        surfaces.addMonitor(monitor);
+        surfaces.notifyStarted("Distances");
+        distances = MeasurementTable::ofDistances(surfaces);
+        surfaces.notifyFinished("");
+        surfaces.removeMonitor(monitor);
+        leftOut = surfaces.getLeftOut();
+    }
+
     MeasurementTable models, items, slices;
+    std::optional<MeasurementTable> distances;
+    std::vector<ModelDistances::LeftOut> leftOut; // of the distances
 };
 
 void writeCell(JsonWriter& json, const MeasurementTable& table, int row, int column) {
@@ -144,6 +161,20 @@ void writeSlices(JsonWriter& json, const MeasurementTable& table) {
     json.endArray();
 }
 
+/// The pairs, and the models that have no surface.
+void writeDistances(JsonWriter& json, const Measurements& measurements) {
+    writeRows(json, "distances", *measurements.distances);
+    json.key("withoutSurface");
+    json.beginArray();
+    for (const ModelDistances::LeftOut& left : measurements.leftOut) {
+        json.beginObject();
+        json.member("name", left.model);
+        json.member("reason", left.reason);
+        json.endObject();
+    }
+    json.endArray();
+}
+
 void writeJson(JsonWriter& json, const StackFile& file, const Measurements& measurements) {
     json.beginObject();
     json.member("file", file.getName());
@@ -152,6 +183,8 @@ void writeJson(JsonWriter& json, const StackFile& file, const Measurements& meas
     writeModels(json, measurements.models);
     writeRows(json, "items", measurements.items);
     writeSlices(json, measurements.slices);
+    if (measurements.distances)
+        writeDistances(json, measurements);
     json.endObject();
 }
 
@@ -199,10 +232,24 @@ void printTables(const StackFile& file, const Measurements& measurements, Output
     if (!csv)
         std::cout << file.getName() << ": stack \"" << file.getStack().getName() << "\"\n\n";
     show("Models", measurements.models);
-    if (modelsOnly)
+    if (!modelsOnly) {
+        show("Items", measurements.items);
+        show("Slices", measurements.slices);
+    }
+    if (measurements.distances && measurements.distances->getNumRows() > 0)
+        show("Distances between surfaces", *measurements.distances);
+}
+
+/// Which models the distances leave out, and why there are none: no failure, but not to be passed over.
+void tellLeftOut(const StackFile& file, const Measurements& measurements) {
+    if (!measurements.distances)
         return;
-    show("Items", measurements.items);
-    show("Slices", measurements.slices);
+    for (const ModelDistances::LeftOut& left : measurements.leftOut)
+        std::cerr << "vorlen-cli: " << file.getName() << ": the distances leave model \"" << left.model
+                  << "\" out: " << left.reason << '\n';
+    if (measurements.distances->getNumRows() == 0)
+        std::cerr << "vorlen-cli: " << file.getName()
+                  << ": there are no distances, for they take two models that have a surface\n";
 }
 
 int reportFailures(const StackFile& file, const Measurements& measurements) {
@@ -226,6 +273,8 @@ int measureCommand(const QStringList& arguments) {
     line.addFlag("shape",
                  "Measure the form of each model too: boxes, Feret diameters, thickness, skeleton; takes about a "
                  "second for each.");
+    line.addFlag("distances", "Measure how far the surfaces of each two models lie from each other: least, mean and "
+                              "farthest (Hausdorff); up to about a second for each two.");
     CsvTables collected;
     const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
         if (!file.isMeasurable())
@@ -233,12 +282,15 @@ int measureCommand(const QStringList& arguments) {
         return guarded("measure " + file.getName(), [&] {
             using Errors = MeasurementTable::Errors;
             using Shape = MeasurementTable::Shape;
-            const Measurements measurements(file.getStack(), line.isSet("error") ? Errors::Estimated : Errors::Unknown,
+            Measurements measurements(file.getStack(), line.isSet("error") ? Errors::Estimated : Errors::Unknown,
                                             line.isSet("shape") ? Shape::Measured : Shape::Unknown);
+            if (line.isSet("distances"))
+                measurements.addDistances(file.getStack());
             if (format == OutputFormat::Json)
                 writeJson(json, file, measurements);
             else
                 printTables(file, measurements, format, line.isSet("models-only"), collected);
+            tellLeftOut(file, measurements);
             return reportFailures(file, measurements);
         });
     };

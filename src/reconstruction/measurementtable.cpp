@@ -9,6 +9,7 @@
 #include "document/modelitem.h"
 #include "document/stack.h"
 #include "numerics/exception.h"
+#include "reconstruction/modeldistances.h"
 #include "reconstruction/modelitemgeometry.h"
 #include "reconstruction/modelmorphometry.h"
 #include "reconstruction/stackreconstruction.h"
@@ -152,6 +153,27 @@ std::vector<Column> sliceColumns(const Stack& stack) {
                            points ? "Number of points on the slice" : "Number of outlines on the slice"});
     }
     return columns;
+}
+
+std::vector<Column> distanceColumns(const std::string& length) {
+    const char* const byArea = "mean over the area";
+    const char* const farthest = "farthest vertices and places between them";
+    return {
+        {"First", "first", "", ""},
+        {"Second", "second", "", ""},
+        {"Surfaces", "surfaces", "", "Whether the surfaces are closed, or end with their lines"},
+        {"Least", "least", length, "Least distance between the surfaces: 0 where they touch or cross", false,
+         "all pairs of triangles"},
+        {"MeanToSecond", "meanToSecond", length, "Distance of a place of the first surface from the second, its mean",
+         false, byArea},
+        {"MeanToFirst", "meanToFirst", length, "Distance of a place of the second surface from the first, its mean",
+         false, byArea},
+        {"Mean", "mean", length, "Distance of a place of either surface from the other, its mean", false, byArea},
+        {"FarthestToSecond", "farthestToSecond", length,
+         "Distance of the first surface's farthest place from the second surface", false, farthest},
+        {"FarthestToFirst", "farthestToFirst", length,
+         "Distance of the second surface's farthest place from the first surface", false, farthest},
+        {"Hausdorff", "hausdorff", length, "The greater one of the two farthest distances", false, farthest}};
 }
 
 /// Calls visit(slice, place of the slice, item) for the items of the stack, slice by slice.
@@ -363,6 +385,35 @@ void MeasurementTable::addShape(const ModelMorphometry& morphometry) {
             addMissing(thin);
         else
             addCount(number);
+}
+
+MeasurementTable MeasurementTable::ofDistances(ModelDistances& distances, int surface) {
+    MeasurementTable table(distanceColumns(distances.getUnit()));
+    const int n = distances.getNumSurfaces();
+    std::vector<std::pair<int, int>> pairs;
+    for (int i = 0; i < n; ++i)
+        for (int j = surface < 0 ? i + 1 : 0; j < n; ++j)
+            if (i != j && (surface < 0 || i == surface))
+                pairs.emplace_back(i, j);
+    const auto total = static_cast<unsigned int>(pairs.size());
+    for (unsigned int k = 0; k < total && !distances.isCanceled(); ++k) {
+        distances.notifyProgressed(k, total);
+        table.addDistances(distances, pairs[k].first, pairs[k].second);
+    }
+    return table;
+}
+
+void MeasurementTable::addDistances(const ModelDistances& distances, int first, int second) {
+    addTextCell(addText(distances.getName(first)));
+    addTextCell(addText(distances.getName(second)));
+    const bool isClosed = distances.isClosed(first), isSecondClosed = distances.isClosed(second);
+    addTextCell(addText(isClosed == isSecondClosed ? (isClosed ? "both closed" : "both open")
+                        : isClosed                 ? "second open"
+                                                   : "first open"));
+    const SurfaceDistances found = distances.measure(first, second);
+    for (const double distance : {found.least, found.meanToSecond, found.meanToFirst, found.mean,
+                                  found.farthestToSecond, found.farthestToFirst, found.hausdorff})
+        addNumber(distance);
 }
 
 template <class Includes>

@@ -9,6 +9,7 @@
 namespace vorlen {
 
 class Model;
+class ModelDistances;
 class ModelItemGeometry;
 class ModelMorphometry;
 class Stack;
@@ -59,6 +60,11 @@ public:
     /// A row for each slice: Slice, Position, and for each model the number of its contours, or of its points.
     static MeasurementTable ofSlices(const Stack& stack);
 
+    /// A row for each pair of surfaces, or for each pair of the given one and another: First, Second, Surfaces (closed or
+    /// open), Least, MeanToSecond, MeanToFirst, Mean, FarthestToSecond, FarthestToFirst, Hausdorff. Tells its monitors
+    /// how many pairs are through, and ends with the present one when it is cancelled.
+    static MeasurementTable ofDistances(ModelDistances& distances, int surface = -1);
+
     const std::vector<Column>& getColumns() const { return __columns; }
     int getNumRows() const { return int(__cells.size() / __columns.size()); }
 
@@ -107,6 +113,7 @@ private:
     void addErrors(const ModelMorphometry& morphometry);
     void addShape(const ModelMorphometry& morphometry);
     void addItem(const ModelItemGeometry& geometry);
+    void addDistances(const ModelDistances& distances, int first, int second);
 
     template <class Includes>
     static MeasurementTable ofItemsThat(const Stack& stack, const Includes& includes);

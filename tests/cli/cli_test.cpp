@@ -491,6 +491,44 @@ TEST(CommandLine, measuresTheFormOfModelsOnRequest) {
     EXPECT_NE(cli(folder, "measure --shape --models-only bar.sdf").output.find("SkeletonLength ["), std::string::npos);
 }
 
+// Two cubes of side 20, 30 apart, and a stack of one of them with points.
+TEST(CommandLine, measuresDistancesBetweenModelsOnRequest) {
+    const TemporaryFolder folder;
+    const std::string start = "FileFormatVersion 1.03;\nSTACK \"cubes\";\nLengthUnitScale -6;\nPIXWIDTH 1;\n"
+                              "PIXHEIGHT 1;\nRELPOSITION 10;\nMODEL \"a\";\nPRIMITIVE Polygon;\n";
+    const std::string slices = "SLICE \"s\" 1 1;\nSLICE \"t\" 1 1;\n";
+    const auto cube = [](const std::string& model, const std::string& left, const std::string& right) {
+        std::string text;
+        for (const char* slice : {"s", "t"})
+            text += "MODELITEM \"" + model + "\" \"" + slice + "\";\nMODELITEMDATA\n" + left + ",0\n" + right + ",0\n" +
+                    right + ",20\n" + left + ",20;\n";
+        return text;
+    };
+    folder.write("two.sdf",
+                 start + "MODEL \"b\";\nPRIMITIVE Polygon;\n" + slices + cube("a", "0", "20") + cube("b", "50", "70"));
+    folder.write("one.sdf", start + "MODEL \"dots\";\nPRIMITIVE Polypoint;\n" + slices + cube("a", "0", "20") + cube("dots", "1", "3"));
+
+    const QJsonObject two = cliJson(folder, "measure --distances two.sdf")[0].toObject();
+    ASSERT_EQ(two["distances"].toArray().size(), 1);
+    const QJsonObject pair = two["distances"].toArray()[0].toObject();
+    EXPECT_EQ(pair["first"].toString() + pair["second"].toString() + pair["surfaces"].toString(), "abboth closed");
+    EXPECT_NEAR(pair["least"].toDouble(), 30, 1e-6);
+    EXPECT_NEAR(pair["meanToSecond"].toDouble(), 40, 1e-6);
+    EXPECT_NEAR(pair["meanToFirst"].toDouble(), 40, 1e-6);
+    EXPECT_NEAR(pair["hausdorff"].toDouble(), 50, 1e-6);
+    EXPECT_FALSE(cliJson(folder, "measure two.sdf")[0].toObject().contains("distances"));
+    const std::string csv = cli(folder, "measure --distances --models-only --format csv two.sdf").output;
+    EXPECT_NE(csv.find("\n\nFirst,Second,Surfaces,Least [\u00b5m],"), std::string::npos) << csv;
+
+    const Outcome one = cli(folder, "measure --distances one.sdf");
+    EXPECT_EQ(one.status, 0);
+    EXPECT_NE(one.output.find("the distances leave model \"dots\" out: points have no surface"), std::string::npos);
+    EXPECT_NE(one.output.find("there are no distances, for they take two models that have a surface"), std::string::npos);
+    const QJsonObject alone = cliJson(folder, "measure --distances one.sdf")[0].toObject();
+    EXPECT_TRUE(alone["distances"].isArray() && alone["distances"].toArray().isEmpty());
+    EXPECT_EQ(alone["withoutSurface"].toArray()[0].toObject()["name"].toString(), "dots");
+}
+
 TEST(CommandLine, theTableOfCodesIsThatOfTheGuide) {
     const TemporaryFolder folder;
     std::string page = shell(folder.path(), "cat '" VORLEN_SOURCES "/docs/checking.md'").output;

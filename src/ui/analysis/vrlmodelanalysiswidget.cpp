@@ -1,8 +1,10 @@
 #include "ui/analysis/vrlmodelanalysiswidget.h"
 
+#include <QMessageBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "ui/analysis/modeldistanceswidget.h"
 #include "ui/analysis/vrlmodelanalysistable.h"
 
 namespace vorlen {
@@ -17,6 +19,8 @@ VRLModelAnalysisWidget::VRLModelAnalysisWidget(QWidget* parent) : QWidget(parent
         __tables[i]->setModelGeometry(geometries[i]);
         __tabs->addTab(__tables[i], titles[i]);
     }
+    __distances = new ModelDistancesWidget(__tabs);
+    __tabs->setTabToolTip(__tabs->addTab(__distances, "Distances"), "Displays how far the models' surfaces lie apart");
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(__tabs);
@@ -25,6 +29,7 @@ VRLModelAnalysisWidget::VRLModelAnalysisWidget(QWidget* parent) : QWidget(parent
 void VRLModelAnalysisWidget::setStack(const VRLStack& stack) {
     for (VRLModelAnalysisTable* table : __tables)
         table->setStack(stack);
+    __distances->setStack(stack);
 }
 
 void VRLModelAnalysisWidget::copySelection() const {
@@ -32,11 +37,15 @@ void VRLModelAnalysisWidget::copySelection() const {
 }
 
 void VRLModelAnalysisWidget::save() const {
-    currentTable().save();
+    if (currentTable().columnCount() > 0)
+        currentTable().save();
+    else
+        QMessageBox::information(window(), "Save table", "There is nothing to save: choose a model first.");
 }
 
-const VRLModelAnalysisTable& VRLModelAnalysisWidget::currentTable() const {
-    return *__tables[std::size_t(__tabs->currentIndex())];
+const VRLTableWidget& VRLModelAnalysisWidget::currentTable() const {
+    const auto tab = std::size_t(__tabs->currentIndex());
+    return tab < __tables.size() ? *__tables[tab] : __distances->getTable();
 }
 
 } // namespace vorlen

@@ -8,10 +8,13 @@ class QTabWidget;
 
 namespace vorlen {
 
+class ModelDistancesWidget;
 class VRLModelAnalysisTable;
 class VRLStack;
+class VRLTableWidget;
 
-/// The measurements of a stack's models, on a tab for each geometry.
+/// The measurements of a stack's models, on a tab for each geometry, and the distances between their surfaces on one
+/// more.
 class VRLModelAnalysisWidget : public QWidget {
     Q_OBJECT
 
@@ -26,10 +29,11 @@ public slots:
     void save() const;
 
 private:
-    const VRLModelAnalysisTable& currentTable() const;
+    const VRLTableWidget& currentTable() const;
 
     QTabWidget* __tabs;
     std::array<VRLModelAnalysisTable*, 3> __tables;
+    ModelDistancesWidget* __distances;
 };
 
 } // namespace vorlen

@@ -2,7 +2,9 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QComboBox>
 #include <QFile>
+#include <QLabel>
 #include <QPointer>
 #include <QSettings>
 #include <QTabWidget>
@@ -16,6 +18,7 @@
 #include "support/modalscript.h"
 #include "ui/analysis/analysiscommands.h"
 #include "ui/analysis/analysisstack.h"
+#include "ui/analysis/modeldistanceswidget.h"
 #include "ui/analysis/vrlanalysiswindowmediator.h"
 #include "ui/analysis/vrlmodelanalysiswidget.h"
 #include "ui/analysis/vrlmodelitemanalysistable.h"
@@ -159,6 +162,44 @@ TEST_F(VRLAnalysisWindowTest, copyTakesTheSelectionOfTheSheetInFront) {
         press(Qt::Key_C);
         EXPECT_EQ(clipboard.text().section('\n', 1).section('\t', 0, 1), tab == 1 ? "line\t3" : "dots\t5");
     }
+}
+
+// The surface of "tube" reaches from 0 to 110 mm along the stack, that of "pair" beside it and within.
+TEST_F(VRLAnalysisWindowTest, distancesAreMeasuredFromTheModelThatIsChosen) {
+    tabs().setCurrentIndex(2);
+    modelTabs().setCurrentIndex(3);
+    EXPECT_EQ(modelTabs().tabText(3), "Distances");
+    auto& models = *window->findChild<QComboBox*>("distances.model");
+    auto& note = *window->findChild<QLabel*>("distances.note");
+    const VRLTableWidget& table = window->findChild<ModelDistancesWidget*>()->getTable();
+    ASSERT_EQ(models.count(), 2);
+    EXPECT_EQ(models.currentIndex(), -1);
+    EXPECT_TRUE(note.isVisible());
+    EXPECT_EQ(note.text().toStdString(), "Choose a model to measure how far the surfaces of the others lie from its own. "
+                                         "Left out: \"line\" (it has one line only), \"dots\" (points have no surface), "
+                                         "\"nothing\" (it has no contours).");
+    ModalScript script;
+    script.thenClick("OK");
+    press(Qt::Key_S);
+    EXPECT_EQ(script.seen.back(), "Save table: There is nothing to save: choose a model first.");
+
+    stack.reset(); // the surfaces are there
+    models.setFocus();
+    QTest::keyClick(&models, Qt::Key_Down);
+    ASSERT_EQ(table.rowCount(), 1);
+    EXPECT_EQ(table.horizontalHeaderItem(2)->text(), "Least\n[mm]");
+    EXPECT_EQ(columnText(table, 0), "pair");
+    EXPECT_EQ(columnText(table, 1), "both closed");
+    EXPECT_EQ(columnText(table, 2), "0"); // they touch
+    EXPECT_EQ(note.text().left(10), "Left out: ");
+    QTest::keyClick(&models, Qt::Key_Down);
+    EXPECT_EQ(columnText(table, 0), "tube");
+
+    stack = std::make_unique<VRLStack>();
+    window->setStack(*stack);
+    EXPECT_EQ(table.rowCount(), 0);
+    EXPECT_FALSE(models.isEnabled());
+    EXPECT_EQ(note.text(), "There are no distances: they take two models that have a surface.");
 }
 
 TEST_F(VRLAnalysisWindowTest, saveWritesTheSheetInFrontAsItIsShown) {
