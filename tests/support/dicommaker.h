@@ -40,11 +40,11 @@ struct DicomMaker {
     static std::string item(const std::string& value) { return tag(0xfffe, 0xe000) + length(value.size()) + value; }
 
     std::string bytes() const {
-        const auto number16 = [](unsigned group, unsigned number, int value) {
-            return element(group, number, "US", word(unsigned(value)));
+        const auto number16 = [](unsigned group, unsigned entry, int value) {
+            return element(group, entry, "US", word(unsigned(value)));
         };
-        const auto text = [](unsigned group, unsigned number, const std::string& type, const std::string& value) {
-            return value.empty() ? "" : element(group, number, type, value);
+        const auto text = [](unsigned group, unsigned entry, const std::string& type, const std::string& value) {
+            return value.empty() ? "" : element(group, entry, type, value);
         };
         const std::string meta = element(2, 1, "OB", std::string("\0\1", 2)) +
                                  element(2, 2, "UI", "1.2.840.10008.5.1.4.1.1.7") + element(2, 3, "UI", "1.2.3.4") +
