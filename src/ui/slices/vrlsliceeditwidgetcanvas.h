@@ -3,7 +3,7 @@
 #include <vector>
 
 #include <QElapsedTimer>
-#include <QLine>
+#include <QLineF>
 #include <QRegion>
 
 #include "editing/operations/copyoperations.h"
@@ -35,7 +35,7 @@ public:
     ModelItem* getExtraItem() const { return __extraItem; }
 
     /// A line in image coordinates that is painted last; none for null. Seen, not owned.
-    void setRubberLine(const QLine* line);
+    void setRubberLine(const QLineF* line);
 
     /// A line with a text that is painted over all; none for null. Seen, not owned.
     void setNote(const CanvasNote* note);
@@ -88,7 +88,7 @@ private:
     const ModelViews* __modelViews = nullptr;
     std::vector<NeighbourOutline> __ghosts;
     ModelItem* __extraItem = nullptr;
-    const QLine* __rubberLine = nullptr;
+    const QLineF* __rubberLine = nullptr;
     const CanvasNote* __note = nullptr;
     bool __scaleBarShown = false;
 };
