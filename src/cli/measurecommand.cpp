@@ -283,7 +283,7 @@ int measureCommand(const QStringList& arguments) {
             using Errors = MeasurementTable::Errors;
             using Shape = MeasurementTable::Shape;
             Measurements measurements(file.getStack(), line.isSet("error") ? Errors::Estimated : Errors::Unknown,
-                                            line.isSet("shape") ? Shape::Measured : Shape::Unknown);
+                                      line.isSet("shape") ? Shape::Measured : Shape::Unknown);
             if (line.isSet("distances"))
                 measurements.addDistances(file.getStack());
             if (format == OutputFormat::Json)

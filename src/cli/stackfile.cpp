@@ -52,10 +52,26 @@ void StackFile::findFaults() {
     }
 }
 
+namespace {
+
+bool isSize(double length) {
+    return std::isfinite(length) && length != 0;
+}
+
+} // namespace
+
 bool StackFile::isMeasurable() const {
     bool measurable = true;
     for (int i = 0; i < __stack->getNumSlices(); ++i) {
         const StackSlice& slice = __stack->getSlice(i);
+        const PixelCalibration& calibration = slice.getPixelCalibration();
+        if (!isSize(double(calibration.getPixelWidth())) || !isSize(double(calibration.getPixelHeight()))) {
+            std::cerr << "vorlen-cli: " << __name << ": the pixels of slice \"" << slice.getName()
+                      << "\" have no size (calibration " << calibration.getPixelWidth() << " x "
+                      << calibration.getPixelHeight() << "), so that nothing can be measured. Correct PIXWIDTH and "
+                      << "PIXHEIGHT\n";
+            return false;
+        }
         const auto* lost =
             slice.hasImageSource() ? dynamic_cast<const ImageSourcePlaceholder*>(&slice.getImageSource()) : nullptr;
         if (slice.hasImageSource() && lost == nullptr)

@@ -30,7 +30,7 @@ public:
     const Stack& getStack() const { return *__stack; }
 
     /// Tells of lost images on the standard error stream: the size that the file gives stands for one, and where it
-    /// gives none the stack has no place in space, and this is false.
+    /// gives none the stack has no place in space, and this is false. So it is where pixels have no size.
     bool isMeasurable() const;
 
     /// Writes the problems to the standard error stream, if there are any, and gives the exit status they stand for.

@@ -158,22 +158,21 @@ std::vector<Column> sliceColumns(const Stack& stack) {
 std::vector<Column> distanceColumns(const std::string& length) {
     const char* const byArea = "mean over the area";
     const char* const farthest = "farthest vertices and places between them";
-    return {
-        {"First", "first", "", ""},
-        {"Second", "second", "", ""},
-        {"Surfaces", "surfaces", "", "Whether the surfaces are closed, or end with their lines"},
-        {"Least", "least", length, "Least distance between the surfaces: 0 where they touch or cross", false,
-         "all pairs of triangles"},
-        {"MeanToSecond", "meanToSecond", length, "Distance of a place of the first surface from the second, its mean",
-         false, byArea},
-        {"MeanToFirst", "meanToFirst", length, "Distance of a place of the second surface from the first, its mean",
-         false, byArea},
-        {"Mean", "mean", length, "Distance of a place of either surface from the other, its mean", false, byArea},
-        {"FarthestToSecond", "farthestToSecond", length,
-         "Distance of the first surface's farthest place from the second surface", false, farthest},
-        {"FarthestToFirst", "farthestToFirst", length,
-         "Distance of the second surface's farthest place from the first surface", false, farthest},
-        {"Hausdorff", "hausdorff", length, "The greater one of the two farthest distances", false, farthest}};
+    return {{"First", "first", "", ""},
+            {"Second", "second", "", ""},
+            {"Surfaces", "surfaces", "", "Whether the surfaces are closed, or end with their lines"},
+            {"Least", "least", length, "Least distance between the surfaces: 0 where they touch or cross", false,
+             "all pairs of triangles"},
+            {"MeanToSecond", "meanToSecond", length,
+             "Distance of a place of the first surface from the second, its mean", false, byArea},
+            {"MeanToFirst", "meanToFirst", length, "Distance of a place of the second surface from the first, its mean",
+             false, byArea},
+            {"Mean", "mean", length, "Distance of a place of either surface from the other, its mean", false, byArea},
+            {"FarthestToSecond", "farthestToSecond", length,
+             "Distance of the first surface's farthest place from the second surface", false, farthest},
+            {"FarthestToFirst", "farthestToFirst", length,
+             "Distance of the second surface's farthest place from the first surface", false, farthest},
+            {"Hausdorff", "hausdorff", length, "The greater one of the two farthest distances", false, farthest}};
 }
 
 /// Calls visit(slice, place of the slice, item) for the items of the stack, slice by slice.

@@ -60,9 +60,9 @@ public:
     /// A row for each slice: Slice, Position, and for each model the number of its contours, or of its points.
     static MeasurementTable ofSlices(const Stack& stack);
 
-    /// A row for each pair of surfaces, or for each pair of the given one and another: First, Second, Surfaces (closed or
-    /// open), Least, MeanToSecond, MeanToFirst, Mean, FarthestToSecond, FarthestToFirst, Hausdorff. Tells its monitors
-    /// how many pairs are through, and ends with the present one when it is cancelled.
+    /// A row for each pair of surfaces, or for each pair of the given one and another: First, Second, Surfaces (closed
+    /// or open), Least, MeanToSecond, MeanToFirst, Mean, FarthestToSecond, FarthestToFirst, Hausdorff. Tells its
+    /// monitors how many pairs are through, and ends with the present one when it is cancelled.
     static MeasurementTable ofDistances(ModelDistances& distances, int surface = -1);
 
     const std::vector<Column>& getColumns() const { return __columns; }

@@ -56,7 +56,8 @@ ModelDistances::~ModelDistances() = default;
 
 const ModelDistances::Surface& ModelDistances::surface(int place) const {
     if (place < 0 || place >= getNumSurfaces())
-        throw RangeError("const ModelDistances::Surface& ModelDistances::surface(int) const", "There is no such surface");
+        throw RangeError("const ModelDistances::Surface& ModelDistances::surface(int) const",
+                         "There is no such surface");
     return *__surfaces[std::size_t(place)];
 }
 

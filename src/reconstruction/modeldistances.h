@@ -14,9 +14,9 @@ class Stack;
 
 /// How far the surfaces of a stack's models lie from each other, in world coordinates.
 ///
-/// Keeps the surfaces as they were when it was made; the stack is not needed afterwards. Closed outlines have the closed
-/// surface that exports have, half a section beyond its outermost contours; open lines one that ends with its lines.
-/// Outlines are taken as drawn. Who measures many pairs tells how far that is, and looks whether to go on.
+/// Keeps the surfaces as they were when it was made; the stack is not needed afterwards. Closed outlines have the
+/// closed surface that exports have, half a section beyond its outermost contours; open lines one that ends with its
+/// lines. Outlines are taken as drawn. Who measures many pairs tells how far that is, and looks whether to go on.
 class ModelDistances : public ProgressSubject {
 public:
     /// A model without a surface, and why, as a clause for a sentence.

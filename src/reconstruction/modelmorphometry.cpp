@@ -158,6 +158,9 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
     }
     if (closed)
         addSections(reconstruction);
+    // Sections at one height enclose no volume, not one of 0.
+    if (closed && surface.getKind() == SurfaceKind::Unspaced && __volume == 0)
+        __volume = notAvailable;
 }
 
 void ModelMorphometry::close(const ModelSurface<double>& surface, const TriMesh<double>& tiles) {

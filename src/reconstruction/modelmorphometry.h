@@ -26,8 +26,9 @@ class TriMesh;
 /// is -1, not available, where ModelSurface finds none. The volume of a polygon model is that of a stack of
 /// flat cylinders: the area of what a slice's contours enclose (SectionRegion) reaches up to the next slice that has
 /// some, the last one by that slice's relative position. It needs no tiling, so it is reported for models with several
-/// contours on a slice as well. The slab volume has slabs between successive sections instead, each that of a frustum,
-/// h / 3 (A1 + A2 + sqrt(A1 A2)), and nothing beyond the first and the last.
+/// contours on a slice as well; it is -1 where all slices lie at one height. The slab volume has slabs between
+/// successive sections instead, each that of a frustum, h / 3 (A1 + A2 + sqrt(A1 A2)), and nothing beyond the first and
+/// the last.
 ///
 /// Where there is a closed surface its area and its volume by the divergence theorem are told beside these, and what
 /// holds of it as a surface. Its ends are those of setEnds(), whatever caps the model shows.

@@ -95,8 +95,8 @@ bool areParted(const std::array<Point, 3>& a, const std::array<Point, 3>& b, dou
     Point way = {};
     for (std::size_t axis = 0; axis < 3; ++axis)
         way[axis] = b[0][axis] + b[1][axis] + b[2][axis] - (a[0][axis] + a[1][axis] + a[2][axis]);
-    const double gap =
-        std::min({dot(way, b[0]), dot(way, b[1]), dot(way, b[2])}) - std::max({dot(way, a[0]), dot(way, a[1]), dot(way, a[2])});
+    const double gap = std::min({dot(way, b[0]), dot(way, b[1]), dot(way, b[2])}) -
+                       std::max({dot(way, a[0]), dot(way, a[1]), dot(way, a[2])});
     return gap > 0 && gap * gap >= squared * dot(way, way);
 }
 
@@ -107,8 +107,8 @@ double squaredBetweenTriangles(const std::array<Point, 3>& a, const std::array<P
         const Point alongA = minus(a[(i + 1) % 3], a[i]), alongB = minus(b[(i + 1) % 3], b[i]);
         if (pierces(a[i], alongA, b) || pierces(b[i], alongB, a))
             return 0;
-        best = std::min({best, squaredLength(minus(a[i], closestOf(b, a[i]))),
-                         squaredLength(minus(b[i], closestOf(a, b[i])))});
+        best = std::min(
+            {best, squaredLength(minus(a[i], closestOf(b, a[i]))), squaredLength(minus(b[i], closestOf(a, b[i])))});
         for (std::size_t j = 0; j < 3; ++j)
             best = std::min(best, squaredBetweenSegments(a[i], alongA, b[j], minus(b[(j + 1) % 3], b[j])));
     }

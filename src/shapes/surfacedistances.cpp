@@ -66,7 +66,8 @@ public:
         const double side = std::sqrt(4 / std::sqrt(3.0) * __area / leastPieces); // of an equilateral piece
         for (int i = 0; i < from.getNumTriangles(); ++i) {
             const Triangle& triangle = from.getTriangle(i);
-            const int cuts = side > 0 ? int(std::clamp(std::ceil(longestSide(triangle) / side), 1.0, double(mostCuts))) : 1;
+            const int cuts =
+                side > 0 ? int(std::clamp(std::ceil(longestSide(triangle) / side), 1.0, double(mostCuts))) : 1;
             const double area = areaOf(triangle) / (double(cuts) * cuts);
             forPieces(triangle, cuts, [&](const Triangle& piece) { __sum += area * look(piece); });
         }

@@ -16,10 +16,10 @@ struct SurfaceDistances {
     SurfaceDistances() = default;
     SurfaceDistances(const MeshDistance& first, const MeshDistance& second);
 
-    double least = 0;         ///< 0 where the surfaces touch or cross
-    double meanToSecond = 0;  ///< of the first surface's places from the second surface
-    double meanToFirst = 0;   ///< of the second surface's places from the first surface
-    double mean = 0;          ///< over the places of both, by area
+    double least = 0;            ///< 0 where the surfaces touch or cross
+    double meanToSecond = 0;     ///< of the first surface's places from the second surface
+    double meanToFirst = 0;      ///< of the second surface's places from the first surface
+    double mean = 0;             ///< over the places of both, by area
     double farthestToSecond = 0; ///< of the first surface's farthest place from the second surface
     double farthestToFirst = 0;
     double hausdorff = 0; ///< the greater of the two farthest ones

@@ -506,7 +506,8 @@ TEST(CommandLine, measuresDistancesBetweenModelsOnRequest) {
     };
     folder.write("two.sdf",
                  start + "MODEL \"b\";\nPRIMITIVE Polygon;\n" + slices + cube("a", "0", "20") + cube("b", "50", "70"));
-    folder.write("one.sdf", start + "MODEL \"dots\";\nPRIMITIVE Polypoint;\n" + slices + cube("a", "0", "20") + cube("dots", "1", "3"));
+    folder.write("one.sdf", start + "MODEL \"dots\";\nPRIMITIVE Polypoint;\n" + slices + cube("a", "0", "20") +
+                                cube("dots", "1", "3"));
 
     const QJsonObject two = cliJson(folder, "measure --distances two.sdf")[0].toObject();
     ASSERT_EQ(two["distances"].toArray().size(), 1);
@@ -520,10 +521,18 @@ TEST(CommandLine, measuresDistancesBetweenModelsOnRequest) {
     const std::string csv = cli(folder, "measure --distances --models-only --format csv two.sdf").output;
     EXPECT_NE(csv.find("\n\nFirst,Second,Surfaces,Least [\u00b5m],"), std::string::npos) << csv;
 
+    std::string unsized = start + slices + cube("a", "0", "20");
+    unsized.replace(unsized.find("PIXWIDTH 1"), 10, "PIXWIDTH 0");
+    folder.write("unsized.sdf", unsized);
+    const Outcome none = cli(folder, "measure unsized.sdf");
+    EXPECT_EQ(none.status, 1);
+    EXPECT_NE(none.output.find("the pixels of slice \"s\" have no size (calibration 0 x 1)"), std::string::npos);
+
     const Outcome one = cli(folder, "measure --distances one.sdf");
     EXPECT_EQ(one.status, 0);
     EXPECT_NE(one.output.find("the distances leave model \"dots\" out: points have no surface"), std::string::npos);
-    EXPECT_NE(one.output.find("there are no distances, for they take two models that have a surface"), std::string::npos);
+    EXPECT_NE(one.output.find("there are no distances, for they take two models that have a surface"),
+              std::string::npos);
     const QJsonObject alone = cliJson(folder, "measure --distances one.sdf")[0].toObject();
     EXPECT_TRUE(alone["distances"].isArray() && alone["distances"].toArray().isEmpty());
     EXPECT_EQ(alone["withoutSurface"].toArray()[0].toObject()["name"].toString(), "dots");

@@ -62,6 +62,20 @@ TEST_F(MeasurementTableTest, hasARowForEachModelAndSaysWhyAMeasureIsMissing) {
     EXPECT_EQ(rowText(some, 0, {"Model", "Nothing"}), "dots");
 }
 
+// A stack whose spacing is not known encloses no volume, rather than one of 0.
+TEST_F(MeasurementTableTest, saysThatSectionsAtOneHeightHaveNoVolume) {
+    Stack flat;
+    flat.setDefaultSliceSpacing(0);
+    addSlices(flat, 3);
+    Model& tube = addModel(flat, "tube");
+    for (int slice = 0; slice < 3; ++slice)
+        addItem(tube, flat.getSlice(slice), {{0, 0}, {20, 0}, {20, 20}, {0, 20}});
+    const MeasurementTable table = MeasurementTable::ofModels(flat);
+    EXPECT_EQ(rowText(table, 0, {"Area", "Volume", "SectionVolume", "SlabVolume", "EquivRadius"}), "NA NA NA NA NA");
+    EXPECT_EQ(table.getText(0, table.find({"Volume"})[0]),
+              "Not available: contours on different slices lie at the same height");
+}
+
 TEST_F(MeasurementTableTest, goesSliceBySliceThroughItemsPointsAndCounts) {
     const std::vector<std::string> names = {"Model", "Slice", "Vertices", "Length", "Area", "AverageX", "Z"};
     const MeasurementTable items = MeasurementTable::ofItems(stack);

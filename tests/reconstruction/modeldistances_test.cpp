@@ -80,7 +80,8 @@ TEST_F(ModelDistancesTest, standInATableOfPairs) {
     const std::vector<int> names = all.find({"First", "Second", "Surfaces", "Least", "Hausdorff"});
     ASSERT_EQ(names.size(), 5u);
     EXPECT_EQ(all.getColumns()[std::size_t(names[3])].unit, "mm");
-    const char* const expected[][3] = {{"a", "b", "both closed"}, {"a", "plane", "second open"}, {"b", "plane", "second open"}};
+    const char* const expected[][3] = {
+        {"a", "b", "both closed"}, {"a", "plane", "second open"}, {"b", "plane", "second open"}};
     const double least[] = {30, 80, 30};
     for (int row = 0; row < 3; ++row) {
         for (std::size_t k = 0; k < 3; ++k)

@@ -98,8 +98,8 @@ TEST(SurfaceDistances, doNotDependOnTheUnit) {
 
 // A square plate over its four cut-off corners: its middle is farthest from them, far from any vertex.
 TEST(SurfaceDistances, findAFarthestPlaceThatIsNoVertex) {
-    const TriMesh<double> plate = looseTriangles({{{{0, 0, 0}, {10, 0, 0}, {10, 10, 0}}},
-                                                  {{{0, 0, 0}, {10, 10, 0}, {0, 10, 0}}}});
+    const TriMesh<double> plate =
+        looseTriangles({{{{0, 0, 0}, {10, 0, 0}, {10, 10, 0}}}, {{{0, 0, 0}, {10, 10, 0}, {0, 10, 0}}}});
     const TriMesh<double> cut = looseTriangles({{{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}},
                                                 {{{10, 0, 0}, {10, 1, 0}, {9, 0, 0}}},
                                                 {{{10, 10, 0}, {9, 10, 0}, {10, 9, 0}}},

@@ -32,7 +32,7 @@ LiveWire::LiveWire(const PixelMatrix<float>& image) : __rows(image.getSize1()), 
 // The border takes its values from the pixels next to it.
 void LiveWire::makeCosts(const PixelMatrix<float>& image) {
     const std::size_t size = static_cast<std::size_t>(__rows) * static_cast<std::size_t>(__columns);
-    std::vector<float> norms;
+    std::vector<float>& norms = __norms;
     norms.reserve(size);
     for (int i = 0; i < __rows; ++i) {
         const float* const above = image[std::max(i - 1, 0)].data();
@@ -58,6 +58,7 @@ void LiveWire::makeCosts(const PixelMatrix<float>& image) {
         whole = *std::max_element(sorted.begin(), sorted.end());
     if (!(whole > 0))
         return;
+    __strong = whole;
     for (std::size_t k = 0; k < size; ++k) {
         const float weakness = 1 - std::min(norms[k] / whole, 1.0f);
         __costs[k] = static_cast<std::uint8_t>(1 + std::lround(weakness * (dearest - 1)));
@@ -128,6 +129,45 @@ std::vector<std::pair<int, int>> LiveWire::path(int row, int column) {
     pixels.emplace_back(pixel / __columns, pixel % __columns);
     std::reverse(pixels.begin(), pixels.end());
     return pixels;
+}
+
+/// Between the pixels, linearly; beyond the border that of the border.
+double LiveWire::normAt(double row, double column) const {
+    row = std::clamp(row, 0.0, double(__rows - 1));
+    column = std::clamp(column, 0.0, double(__columns - 1));
+    const int i = int(row), j = int(column);
+    const double down = row - i, across = column - j;
+    const auto norm = [&](int r, int c) {
+        const std::size_t last = std::size_t(std::min(r, __rows - 1)) * std::size_t(__columns);
+        return double(__norms[last + std::size_t(std::min(c, __columns - 1))]);
+    };
+    return (1 - down) * ((1 - across) * norm(i, j) + across * norm(i, j + 1)) +
+           down * ((1 - across) * norm(i + 1, j) + across * norm(i + 1, j + 1));
+}
+
+std::vector<std::pair<double, double>> LiveWire::edge(int row, int column) {
+    constexpr std::size_t reach = 2; // for the direction of the way
+    constexpr double weak = 0.1;
+    const std::vector<std::pair<int, int>> pixels = path(row, column);
+    std::vector<std::pair<double, double>> places(pixels.begin(), pixels.end());
+    for (std::size_t k = 1; k + 1 < pixels.size(); ++k) {
+        const auto& from = pixels[k < reach ? 0 : k - reach];
+        const auto& to = pixels[std::min(k + reach, pixels.size() - 1)];
+        const double length = std::hypot(to.first - from.first, to.second - from.second);
+        const double middle = normAt(pixels[k].first, pixels[k].second);
+        if (!(length > 0) || !(middle > weak * double(__strong)))
+            continue;
+        const double down = (to.second - from.second) / length, across = (from.first - to.first) / length;
+        const double before = normAt(pixels[k].first - down, pixels[k].second - across);
+        const double behind = normAt(pixels[k].first + down, pixels[k].second + across);
+        const double bend = before - 2 * middle + behind;
+        if (!(bend < 0))
+            continue;
+        const double aside = std::clamp((before - behind) / (2 * bend), -1.0, 1.0);
+        places[k].first += aside * down;
+        places[k].second += aside * across;
+    }
+    return places;
 }
 
 } // namespace vorlen

@@ -77,7 +77,7 @@ void SliceToolHost::setPreview(ModelItem* item) {
     __mediator.getCanvas().setExtraItem(item);
 }
 
-void SliceToolHost::setRubberLine(const QLine* line) {
+void SliceToolHost::setRubberLine(const QLineF* line) {
     __mediator.getCanvas().setRubberLine(line);
 }
 

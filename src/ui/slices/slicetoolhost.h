@@ -21,7 +21,7 @@ public:
     QPointF canvasPosition(const Vector<double>& place) const override;
     float zoom() const override;
     void setPreview(ModelItem* item) override;
-    void setRubberLine(const QLine* line) override;
+    void setRubberLine(const QLineF* line) override;
     void setNote(const CanvasNote* note) override;
     void setHint(const QString& text) override;
     void setRestingHint() override;

@@ -89,7 +89,7 @@ void VRLSliceEditWidgetCanvas::setScaleBarShown(bool shown) {
     update();
 }
 
-void VRLSliceEditWidgetCanvas::setRubberLine(const QLine* line) {
+void VRLSliceEditWidgetCanvas::setRubberLine(const QLineF* line) {
     __rubberLine = line;
     update();
 }

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include <QElapsedTimer>
-#include <QLine>
+#include <QLineF>
 #include <QPointF>
 #include <QRegion>
 
@@ -37,7 +37,7 @@ public:
     ModelItem* getExtraItem() const { return __extraItem; }
 
     /// A line in image coordinates that is painted last; none for null. Seen, not owned.
-    void setRubberLine(const QLine* line);
+    void setRubberLine(const QLineF* line);
 
     /// A line with a text that is painted over all; none for null. Seen, not owned.
     void setNote(const CanvasNote* note);
@@ -96,7 +96,7 @@ private:
     const ModelViews* __modelViews = nullptr;
     std::vector<NeighbourOutline> __ghosts;
     ModelItem* __extraItem = nullptr;
-    const QLine* __rubberLine = nullptr;
+    const QLineF* __rubberLine = nullptr;
     const CanvasNote* __note = nullptr;
     bool __scaleBarShown = false;
     std::optional<QPointF> __crosshair;

@@ -8,7 +8,7 @@
 
 class QAction;
 class QEvent;
-class QLine;
+class QLineF;
 class QWidget;
 
 namespace vorlen {
@@ -53,7 +53,7 @@ public:
     /// What is being made, over or in place of the items of the slice, and a line in image coordinates; none for null.
     /// Seen, not owned.
     virtual void setPreview(ModelItem* item) = 0;
-    virtual void setRubberLine(const QLine* line) = 0;
+    virtual void setRubberLine(const QLineF* line) = 0;
     /// A line with a text; none for null. Seen, not owned.
     virtual void setNote(const CanvasNote* note) = 0;
 

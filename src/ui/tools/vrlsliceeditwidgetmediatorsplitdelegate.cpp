@@ -38,15 +38,15 @@ bool VRLSliceEditWidgetMediatorSplitDelegate::isAbout(const Model& model) const 
     return __item != nullptr && __item->getModel() == &model;
 }
 
-QPoint VRLSliceEditWidgetMediatorSplitDelegate::positionOf(const QMouseEvent& event) const {
-    const Vector<int> point = imagePoint(event.position().toPoint());
-    return QPoint(point[0], point[1]);
+QPointF VRLSliceEditWidgetMediatorSplitDelegate::positionOf(const QMouseEvent& event) const {
+    const Vector<double> point = vertexAt(event.position());
+    return {point[0], point[1]};
 }
 
-void VRLSliceEditWidgetMediatorSplitDelegate::split(ModelItem& item, const QLine& line) {
+void VRLSliceEditWidgetMediatorSplitDelegate::split(ModelItem& item, const QLineF& line) {
     Curve<double> cut(2, 2, 2, 2, true);
     for (const int end : {0, 1}) {
-        const QPoint point = end == 0 ? line.p1() : line.p2();
+        const QPointF point = end == 0 ? line.p1() : line.p2();
         cut[end][0] = point.x();
         cut[end][1] = point.y();
     }
@@ -64,8 +64,8 @@ void VRLSliceEditWidgetMediatorSplitDelegate::mousePressEvent(QMouseEvent* event
     if (!acts())
         return anyEvent(event);
     if (event->buttons() == Qt::LeftButton) {
-        const QPoint point = positionOf(*event);
-        __line = std::make_unique<QLine>(point, point);
+        const QPointF point = positionOf(*event);
+        __line = std::make_unique<QLineF>(point, point);
         host().setRubberLine(__line.get());
     }
     event->setAccepted(__line != nullptr);
@@ -84,7 +84,7 @@ void VRLSliceEditWidgetMediatorSplitDelegate::mouseReleaseEvent(QMouseEvent* eve
         return anyEvent(event);
     event->accept();
     ModelItem& item = *__item;
-    const QLine line = *__line;
+    const QLineF line = *__line;
     deactivate();
     guarded(&canvas(), "The contour cannot be split.", [&] { split(item, line); });
 }

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include <QLine>
+#include <QLineF>
 
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 
@@ -32,11 +32,11 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
-    QPoint positionOf(const QMouseEvent& event) const;
-    void split(ModelItem& item, const QLine& line);
+    QPointF positionOf(const QMouseEvent& event) const;
+    void split(ModelItem& item, const QLineF& line);
 
     ModelItem* __item = nullptr;
-    std::unique_ptr<QLine> __line; // in image coordinates
+    std::unique_ptr<QLineF> __line; // in image coordinates
 };
 
 } // namespace vorlen

@@ -1,6 +1,7 @@
 #include "ui/tools/wiretool.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <QMouseEvent>
 #include <QVBoxLayout>
@@ -88,25 +89,33 @@ void WireTool::seedAtEnd() {
     __wire->setSeed(row - __firstRow, column - __firstColumn);
 }
 
-/// Without the last vertex that there is. Straight where no other way is known.
-WireTool::Pixels WireTool::wayTo(int column, int row) {
-    const int i = row - __firstRow, j = column - __firstColumn;
+/// Without the last vertex that there is, up to the place. Straight where no other way is known.
+WireTool::Way WireTool::wayTo(const Vector<double>& place) {
+    const OutlinePoint goal = {place[0], place[1]};
+    const int i = int(std::lround(place[1])) - __firstRow, j = int(std::lround(place[0])) - __firstColumn;
     if (!__wire || __straight || __dragging || i < 0 || j < 0 || i >= __wire->getNumRows() ||
         j >= __wire->getNumColumns())
-        return {{column, row}};
+        return {goal};
     Outline outline;
-    for (const auto& [y, x] : __wire->path(i, j))
-        outline.push_back({double(x + __firstColumn), double(y + __firstRow)});
+    for (const auto& [y, x] : __wire->edge(i, j))
+        outline.push_back({x + __firstColumn, y + __firstRow});
+    const Vertices<double>& vertices = item()->getVertices();
+    const int size = item()->getSize();
+    outline.front() = {vertices[size - 1][0], vertices[size - 1][1]};
+    if (outline.size() == 1)
+        return {goal};
+    outline.back() = goal;
     const ItemVertices thin = decimatedContour(verticesOf(outline, false), false, __thinning);
-    Pixels way;
+    Way way;
+    way.reserve(std::size_t(thin.getNumVertices()));
     for (int k = 1; k < thin.getNumVertices(); ++k)
-        way.emplace_back(int(std::lround(thin[k][0])), int(std::lround(thin[k][1])));
+        way.push_back({thin[k][0], thin[k][1]});
     return way;
 }
 
-void WireTool::append(const Pixels& way) {
-    for (const auto& [column, row] : way) {
-        const ItemVertex vertex = itemVertex({double(column), double(row)});
+void WireTool::append(const Way& way) {
+    for (const OutlinePoint& place : way) {
+        const ItemVertex vertex = itemVertex(place);
         const int size = item()->getSize();
         if (size == 0 || item()->getVertices()[size - 1] != vertex)
             item()->appendVertex(vertex);
@@ -114,13 +123,11 @@ void WireTool::append(const Pixels& way) {
 }
 
 void WireTool::appendVertex(const QPoint& position) {
-    if (!acts())
+    if (!acts() || !isOnImage(imagePoint(position)))
         return;
-    const auto point = imagePoint(position);
-    if (!isOnImage(point))
-        return;
+    const Vector<double> place = vertexAt(position);
     const int before = item()->getSize();
-    append(before == 0 ? Pixels{{int(point[0]), int(point[1])}} : wayTo(int(point[0]), int(point[1])));
+    append(before == 0 ? Way{{place[0], place[1]}} : wayTo(place));
     if (item()->getSize() == before)
         return;
     __ends.push_back(before);
@@ -147,8 +154,7 @@ void WireTool::apply() {
     if (acts() && item()->isClosed() && item()->getSize() > 1 && __ends.size() > 1) {
         __straight = false;
         seedAtEnd();
-        const ItemVertex first = item()->getVertices()[0];
-        Pixels way = wayTo(int(std::lround(first[0])), int(std::lround(first[1])));
+        Way way = wayTo(Vector<double>(item()->getVertices()[0]));
         if (!way.empty())
             way.pop_back(); // the first vertex itself
         append(way);
@@ -157,12 +163,11 @@ void WireTool::apply() {
 }
 
 void WireTool::showWayTo(const QPoint& position) {
-    const auto point = imagePoint(position);
-    if (!isOnImage(point) || item()->getSize() == 0 || isPointSet())
+    if (!isOnImage(imagePoint(position)) || item()->getSize() == 0 || isPointSet())
         return;
     __shown = std::make_unique<ModelItem>(*item());
-    for (const auto& [column, row] : wayTo(int(point[0]), int(point[1])))
-        __shown->appendVertex(itemVertex({double(column), double(row)}));
+    for (const OutlinePoint& place : wayTo(vertexAt(position)))
+        __shown->appendVertex(itemVertex(place));
     host().setPreview(__shown.get());
     canvas().update();
 }

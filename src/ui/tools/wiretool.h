@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "editing/operations/outlineshape.h"
 #include "images/regions/livewire.h"
 #include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
 
@@ -12,8 +13,9 @@ namespace vorlen {
 /// and the next click takes it. Ended, an outline is closed along the edges too. Backspace takes the last way back.
 ///
 /// Decisions: the ways are sought within 400 pixels of the last click, or as far as the options say; beyond that, with
-/// Alt held, and where there is no image, they are straight. They are thinned out as decimatedContour() does, at a
-/// level of 1 or that of the options. A drag draws freely.
+/// Alt held, and where there is no image, they are straight. They pass where the edge is strongest, between the pixels,
+/// and by the places that were clicked. They are thinned out as decimatedContour() does, at a level of 1 or that of the
+/// options. A drag draws freely.
 class WireTool : public VRLSliceEditWidgetMediatorCreationDelegate {
     Q_OBJECT
 
@@ -37,10 +39,10 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
 
 private:
-    using Pixels = std::vector<std::pair<int, int>>; // columns and rows
+    using Way = std::vector<OutlinePoint>;
 
-    Pixels wayTo(int column, int row);
-    void append(const Pixels& way);
+    Way wayTo(const Vector<double>& place);
+    void append(const Way& way);
     void seedAtEnd();
     void showWayTo(const QPoint& position);
 

@@ -175,9 +175,10 @@ TEST_F(VRLAnalysisWindowTest, distancesAreMeasuredFromTheModelThatIsChosen) {
     ASSERT_EQ(models.count(), 2);
     EXPECT_EQ(models.currentIndex(), -1);
     EXPECT_TRUE(note.isVisible());
-    EXPECT_EQ(note.text().toStdString(), "Choose a model to measure how far the surfaces of the others lie from its own. "
-                                         "Left out: \"line\" (it has one line only), \"dots\" (points have no surface), "
-                                         "\"nothing\" (it has no contours).");
+    EXPECT_EQ(note.text().toStdString(),
+              "Choose a model to measure how far the surfaces of the others lie from its own. "
+              "Left out: \"line\" (it has one line only), \"dots\" (points have no surface), "
+              "\"nothing\" (it has no contours).");
     ModalScript script;
     script.thenClick("OK");
     press(Qt::Key_S);

@@ -222,7 +222,7 @@ TEST_F(KeptPictureTest, whatIsBeingMadePaintsNothingAnew) {
     extra.getProperties().setColor(255, 255, 255);
     extra.removeVertex(3);
     EXPECT_EQ(difference(picture(), plainPicture()), "");
-    QLine line(10, 100, 200, 20);
+    QLineF line(10, 100, 200, 20);
     both([&](VRLSliceEditWidgetCanvas& each) { each.setRubberLine(&line); });
     EXPECT_EQ(difference(picture(), plainPicture()), "");
     line.setP2(QPoint(100, 150)); // moved in place

@@ -252,7 +252,7 @@ TEST_F(SliceCanvasTest, theEditorPaintsWhatIsNotOnTheSliceYet) {
     EXPECT_TRUE(isNear(colorAt(20, 30), red));
     canvas->setExtraItem(nullptr);
     EXPECT_TRUE(isNear(colorAt(20, 30), dark));
-    const QLine line(5, 15, 35, 15);
+    const QLineF line(5, 15, 35, 15);
     canvas->setRubberLine(&line);
     const QImage seen = picture();
     int magenta = 0;

@@ -300,6 +300,31 @@ TEST_F(ContourToolsTest, aLineSplitsAContourInOneStep) {
     EXPECT_EQ(&slice->getItem(0), &contour);
 }
 
+TEST_F(ContourToolsTest, aLineAtAZoomSplitsBetweenThePixels) {
+    const Points whole = {{70, 60}, {80, 60}, {80, 70}, {70, 70}};
+    select(addItem(*polygon, *slice, whole));
+    canvas->setZoomFactor(4);
+    canvas->setViewOrigin(QPoint(60, 50));
+    const double x = mediator->getToolHost().vertexAt(QPointF(63, 22))[0];
+    EXPECT_NE(x, std::floor(x));
+    expectSteps(1, [&] {
+        action("Split contour")->trigger();
+        press(QPoint(63, 22));
+        drag(QPoint(63, 102));
+        release(QPoint(63, 102));
+    });
+    ASSERT_EQ(slice->getNumItems(), 2);
+    for (const int k : {0, 1}) {
+        int onLine = 0;
+        for (const auto& vertex : decimals(slice->getItem(k).getVertices()))
+            onLine += std::abs(vertex.first - x) < 1e-9;
+        EXPECT_EQ(onLine, 2) << k;
+    }
+    history().undo();
+    ASSERT_EQ(slice->getNumItems(), 1);
+    EXPECT_EQ(coordinates(slice->getItem(0).getVertices()), whole);
+}
+
 TEST_F(ContourToolsTest, linesThatDoNotCutLeaveTheContour) {
     ModelItem& contour = addItem(*polygon, *slice, ring(40));
     select(contour);

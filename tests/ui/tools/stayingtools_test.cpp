@@ -166,6 +166,12 @@ TEST_F(StayingToolsTest, theLiveWireFollowsTheEdgesOfTheImage) {
     ASSERT_EQ(polygon->getNumItems(), 1);
     EXPECT_GT(polygon->getItem(0).getSize(), 12); // corners alone make an area of 7200
     EXPECT_NEAR(std::abs(areaOf(polygon->getItem(0))), 3.14159 * 3600, 0.03 * 3.14159 * 3600);
+    bool isBetween = false; // the rim passes between the pixels
+    for (const auto& [x, y] : decimals(polygon->getItem(0).getVertices())) {
+        isBetween = isBetween || x != std::floor(x) || y != std::floor(y);
+        EXPECT_NEAR(std::hypot(x - 150, y - 100), 60, 1.2);
+    }
+    EXPECT_TRUE(isBetween);
     EXPECT_EQ(chosen(), "tool.wire");
     history().clear();
     draw({{210, 100}, {150, 160}});
