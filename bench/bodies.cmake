@@ -1,0 +1,1 @@
+vorlen_bench(bodies_bench.cpp LINKS vorlen_shapes)
