@@ -185,7 +185,7 @@ TEST_F(VRLRootWindowTest, commandsAreSoundAndListed) {
     for (int i = 0; i < list->topLevelItemCount(); ++i)
         windows += list->topLevelItem(i)->text(0);
     EXPECT_EQ(windows, (QStringList{"Main window", "Slice editor", "Registration window", "Rendering window",
-                                    "Analysis window", "Normalization window"}));
+                                    "Analysis window", "Normalization window", "Comparison window"}));
     EXPECT_FALSE(list->findItems("Edit points", Qt::MatchExactly | Qt::MatchRecursive).isEmpty());
 }
 

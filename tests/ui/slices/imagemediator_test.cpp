@@ -168,7 +168,7 @@ TEST_F(ImageMediatorTest, disabledActionsStayDisabledWhenImagesArrive) {
     for (const QAction* each : canvas->actions()) {
         const bool always =
             QStringList({"Cancel", "Select all", "Properties...", "Select", "Draw", "Live wire", "Brush", "Automatic",
-                         "Move, turn, scale", "Measure", "Larger brush", "Smaller brush", "Paste"})
+                         "Move, turn, scale", "Snake", "Measure", "Larger brush", "Smaller brush", "Paste"})
                 .contains(each->text());
         EXPECT_EQ(each->isEnabled(), always) << each->text().toStdString();
     }
@@ -185,7 +185,7 @@ TEST_F(ImageMediatorTest, theToolBarHoldsTheCommandsInOrder) {
     EXPECT_EQ(texts,
               QStringList({"Zoom in", "Zoom out", "Best fit", "Scroll up", "Scroll right", "Scroll down", "Scroll left",
                            "Display images only", "Display items only", "Display images and items"}));
-    EXPECT_EQ(canvas->actions().size(), 12 + 29); // and those of the slice editor
+    EXPECT_EQ(canvas->actions().size(), 12 + 31); // and those of the slice editor
 }
 
 TEST_F(ImageMediatorTest, imageTextsTellTypeAndSize) {
