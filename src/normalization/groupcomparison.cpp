@@ -111,8 +111,9 @@ std::optional<TriMesh<float>> GroupComparison::significantSurface(int sign) cons
     return surface;
 }
 
+// The thread that works passes it on to what it waits for.
 void GroupComparison::cancel() {
-    ProgressSubject::cancel();
+    ProgressSubject::cancel(); // NOLINT(bugprone-parent-virtual-call)
 }
 
 void GroupComparison::subjectProgressed(unsigned int current, unsigned int total) {

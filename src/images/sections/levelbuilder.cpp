@@ -341,7 +341,7 @@ LevelBuilder::LevelBuilder(const std::string& filename, int page, int channel, i
     : __filename(filename), __page(page), __channel(channel), __level(level), __store(store) {
 }
 
-bool LevelBuilder::build(std::stop_token stop, const std::function<void(double)>& progress) {
+bool LevelBuilder::build(const std::stop_token& stop, const std::function<void(double)>& progress) {
     Run run(*this, stop, progress);
     auto source = std::make_unique<SectionFile>(__filename, __page, __channel);
     int level = __level;

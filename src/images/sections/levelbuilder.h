@@ -29,7 +29,7 @@ public:
     /// False when a stop was asked for: nothing is kept then. Progress is a fraction from 0 to 1, told on this thread.
     /// Throws as ImageFile::read(), and FileWriteError where the levels can't be kept or take more than the store's
     /// limit.
-    bool build(std::stop_token stop, const std::function<void(double)>& progress = {});
+    bool build(const std::stop_token& stop, const std::function<void(double)>& progress = {});
 
     /// An image of half the width and height, rounded up. The image must be plain.
     static Image halved(const Image& image);

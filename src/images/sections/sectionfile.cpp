@@ -39,7 +39,7 @@ void SectionFile::open() {
     __header.swap(header);
 }
 
-bool SectionFile::read(Image& image, int level, const PixelWindow& part, std::stop_token stop) {
+bool SectionFile::read(Image& image, int level, const PixelWindow& part, const std::stop_token& stop) {
     if (__file == nullptr)
         open();
     ImageReader reader;

@@ -31,7 +31,7 @@ public:
 
     /// False, with the image as it was, when a stop was asked for. Throws as ImageFile::readPart(); the file is then
     /// opened anew for the next part.
-    bool read(Image& image, int level, const PixelWindow& part, std::stop_token stop = {});
+    bool read(Image& image, int level, const PixelWindow& part, const std::stop_token& stop = {});
 
     /// Turns an indexed image into a plain one.
     static void makePlain(Image& image);

@@ -95,7 +95,7 @@ bool TiledSection::isBuiltNow() const {
     return int(__levels.size()) > __numOwn || (!__smallest && std::max(last.width, last.height) <= greatestSmallest);
 }
 
-bool TiledSection::build(std::stop_token stop, const std::function<void(double)>& progress) {
+bool TiledSection::build(const std::stop_token& stop, const std::function<void(double)>& progress) {
     if (isBuilt())
         return true;
     LevelBuilder builder(__filename, __page, __channel, std::max(__numOwn - 1, 0), __store);
@@ -183,7 +183,8 @@ void TiledSection::keep(const Index& index, Tile tile) {
 
 /// The tiles from the first column to the last one; fewer when a stop was asked for. What is missing between two that
 /// are there is read at once.
-std::vector<TiledSection::Tile> TiledSection::loadRow(int level, int row, int first, int last, std::stop_token stop) {
+std::vector<TiledSection::Tile> TiledSection::loadRow(int level, int row, int first, int last,
+                                                      const std::stop_token& stop) {
     std::vector<Tile> tiles;
     for (int column = first; column <= last; ++column)
         tiles.push_back(find({level, row, column}));
@@ -230,7 +231,8 @@ std::vector<TiledSection::Tile> TiledSection::loadRow(int level, int row, int fi
     return tiles;
 }
 
-bool TiledSection::load(int level, const PixelWindow& window, std::stop_token stop, const std::function<void()>& told) {
+bool TiledSection::load(int level, const PixelWindow& window, const std::stop_token& stop,
+                        const std::function<void()>& told) {
     requireWindow(level, window);
     const int first = window.x / tileSide, last = (window.x + window.width - 1) / tileSide;
     for (int row = window.y / tileSide; row <= (window.y + window.height - 1) / tileSide; ++row) {
@@ -242,7 +244,7 @@ bool TiledSection::load(int level, const PixelWindow& window, std::stop_token st
     return true;
 }
 
-bool TiledSection::read(Image& image, int level, const PixelWindow& window, std::stop_token stop) {
+bool TiledSection::read(Image& image, int level, const PixelWindow& window, const std::stop_token& stop) {
     requireWindow(level, window);
     Image result = imageLike(window.width, window.height, __header);
     const int first = window.x / tileSide, last = (window.x + window.width - 1) / tileSide;
@@ -257,7 +259,7 @@ bool TiledSection::read(Image& image, int level, const PixelWindow& window, std:
     return true;
 }
 
-bool TiledSection::readOverview(Image& image, int side, std::chrono::milliseconds time, std::stop_token stop) {
+bool TiledSection::readOverview(Image& image, int side, std::chrono::milliseconds time, const std::stop_token& stop) {
     const std::vector<Level> levels = getLevels();
     if (levels.empty() || side < 1)
         return false;
@@ -315,7 +317,7 @@ struct SampledAxis {
 } // namespace
 
 /// First the middles of large squares of blocks, which stand for all of the square, then those of ever smaller ones.
-bool TiledSection::readSamples(Image& image, int side, std::chrono::milliseconds time, std::stop_token stop) {
+bool TiledSection::readSamples(Image& image, int side, std::chrono::milliseconds time, const std::stop_token& stop) {
     const auto end = std::chrono::steady_clock::now() + time;
     Source source;
     {

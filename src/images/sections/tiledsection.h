@@ -75,7 +75,7 @@ public:
 
     /// Makes the levels that are missing and keeps them; other operations go on meanwhile. False when a stop was asked
     /// for. Throws as LevelBuilder::build().
-    bool build(std::stop_token stop, const std::function<void(double)>& progress = {});
+    bool build(const std::stop_token& stop, const std::function<void(double)>& progress = {});
 
     /// A tile that is in memory, null for none. Counts as a use.
     Tile findTile(int level, int column, int row) const;
@@ -83,16 +83,17 @@ public:
     /// Reads the tiles that a rectangle of a level touches, those of a row of tiles at once; told is called after each
     /// row that was read. False when a stop was asked for. Throws RangeError for a rectangle that isn't within the
     /// level.
-    bool load(int level, const PixelWindow& window, std::stop_token stop = {}, const std::function<void()>& told = {});
+    bool load(int level, const PixelWindow& window, const std::stop_token& stop = {},
+              const std::function<void()>& told = {});
 
     /// Reads a rectangle of a level as an image of its size. False, with the image as it was, when a stop was asked
     /// for. Throws RangeError for a rectangle that isn't within the level.
-    bool read(Image& image, int level, const PixelWindow& window, std::stop_token stop = {});
+    bool read(Image& image, int level, const PixelWindow& window, const std::stop_token& stop = {});
 
     /// The whole as an image of at most side pixels in width and height: from the levels where they go that far, else
     /// of pixels here and there, ever closer until the time is over. False when a stop was asked for or there is no
     /// level yet.
-    bool readOverview(Image& image, int side, std::chrono::milliseconds time, std::stop_token stop = {});
+    bool readOverview(Image& image, int side, std::chrono::milliseconds time, const std::stop_token& stop = {});
 
 private:
     using Index = std::tuple<int, int, int>; // level, row, column
@@ -113,10 +114,10 @@ private:
     bool isBuiltNow() const;
     Level sizeOf(int level) const;
     void requireWindow(int level, const PixelWindow& window) const;
-    std::vector<Tile> loadRow(int level, int row, int first, int last, std::stop_token stop);
+    std::vector<Tile> loadRow(int level, int row, int first, int last, const std::stop_token& stop);
     Tile find(const Index& index) const;
     void keep(const Index& index, Tile tile);
-    bool readSamples(Image& image, int side, std::chrono::milliseconds time, std::stop_token stop);
+    bool readSamples(Image& image, int side, std::chrono::milliseconds time, const std::stop_token& stop);
 
     std::string __filename;
     int __page, __channel;

@@ -26,7 +26,7 @@ void quietly(Work&& work) {
 } // namespace
 
 SectionView::SectionView(const ImageSource& source, QObject* parent) : QObject(parent), __source(source.clone()) {
-    __worker = std::jthread([this](std::stop_token stop) { work(std::move(stop)); });
+    __worker = std::jthread([this](const std::stop_token& stop) { work(stop); });
 }
 
 SectionView::~SectionView() {
@@ -46,7 +46,7 @@ bool SectionView::shows(const ImageSource& source) const {
     return __source->isSameImage(source);
 }
 
-void SectionView::work(std::stop_token stop) {
+void SectionView::work(const std::stop_token& stop) {
     std::shared_ptr<TiledSection> section;
     quietly([&] { section = openLargeSection(*__source); });
     if (section == nullptr)
@@ -56,9 +56,9 @@ void SectionView::work(std::stop_token stop) {
         __section = section;
     }
     if (!section->isBuilt())
-        __builder = std::jthread([this, section](std::stop_token stopped) {
+        __builder = std::jthread([this, section](const std::stop_token& stopped) {
             quietly([&] {
-                if (section->build(std::move(stopped)))
+                if (section->build(stopped))
                     emit changed();
             });
         });

@@ -58,7 +58,7 @@ private:
         bool operator==(const Request&) const = default;
     };
 
-    void work(std::stop_token stop);
+    void work(const std::stop_token& stop);
 
     std::unique_ptr<ImageSource> __source;
     std::mutex __mutex; // guards what follows
