@@ -197,7 +197,7 @@ public:
         config.setStrategy(strategy);
         mediator().start(config);
         waitUntil([this] { return !mediator().isRunning(); }, "the normalization");
-        __window.getCanvas().setStandardPose2();
+        mediator().setStandardPose2();
         mediator().fit();
         picture(__window, "cohort-normalized");
         tabs().setCurrentIndex(1);
