@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "images/files/imagereader.h"
+#include "images/rasters/colormapexpansion.h"
 #include "images/rasters/image.h"
 #include "images/sections/levelbuilder.h"
 #include "images/sections/sectionfile.h"
@@ -166,7 +167,7 @@ TEST(TiledSection, rectanglesHaveThePixelsOfTheWhole) {
             maker.write(name, scattered);
             Image whole;
             ImageReader().read(whole, name);
-            SectionFile::makePlain(whole);
+            ColormapExpansion::removeColormap(whole);
             SectionFile file(name, 0, 0);
             ASSERT_EQ(file.getLevels().size(), 1u) << kind.name;
             EXPECT_EQ(file.getHeader().getDepth(), whole.getDepth()) << kind.name;

@@ -17,6 +17,18 @@ unsigned int ColormapExpansion::getTargetDepth() const {
     return __targetDepth;
 }
 
+void ColormapExpansion::removeColormap(Image& image) {
+    if (!image.isIndexed())
+        return;
+    if (!image.isGrayscale()) {
+        image.make24bits();
+        return;
+    }
+    ColormapExpansion expansion;
+    expansion.setTargetDepth(8);
+    expansion.apply(image);
+}
+
 void ColormapExpansion::apply(Image& image) const {
     apply(image, image);
 }

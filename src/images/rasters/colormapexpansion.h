@@ -14,6 +14,9 @@ public:
     void setTargetDepth(unsigned int depth);
     unsigned int getTargetDepth() const;
 
+    /// Makes an indexed image plain: 8 bits for gray colours, else 24 bits. Leaves other images alone.
+    static void removeColormap(Image& image);
+
     void apply(Image& image) const override;
     void apply(Image& result, const Image& source) const override;
 

@@ -15,6 +15,7 @@
 #include "images/files/imagereader.h"
 #include "images/files/samplesink.h"
 #include "images/files/tifffile.h"
+#include "images/rasters/colormapexpansion.h"
 #include "images/rasters/image.h"
 #include "images/sections/sectionfile.h"
 #include "numerics/exception.h"
@@ -301,7 +302,7 @@ public:
         __numRows = 0;
         Image image;
         ImageReader().read(image, __band, 0, __channel);
-        SectionFile::makePlain(image);
+        ColormapExpansion::removeColormap(image);
         __writer.write(image, 0, top);
         return !onBand || onBand(image);
     }

@@ -31,7 +31,7 @@ void SectionFile::open() {
         pixel.init(1, 1, 8);
         pixel.setColormap(*header.getColormap());
         pixel.clear();
-        makePlain(pixel);
+        ColormapExpansion::removeColormap(pixel);
         header.deleteColormap();
         header.setDepth(pixel.getDepth());
     }
@@ -53,21 +53,9 @@ bool SectionFile::read(Image& image, int level, const PixelWindow& part, const s
     }
     if (stop.stop_requested())
         return false;
-    makePlain(result);
+    ColormapExpansion::removeColormap(result);
     image.swap(result);
     return true;
-}
-
-void SectionFile::makePlain(Image& image) {
-    if (!image.isIndexed())
-        return;
-    if (image.isGrayscale()) {
-        ColormapExpansion expansion;
-        expansion.setTargetDepth(8);
-        expansion.apply(image);
-    } else {
-        image.make24bits();
-    }
 }
 
 } // namespace vorlen

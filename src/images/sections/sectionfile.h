@@ -33,9 +33,6 @@ public:
     /// opened anew for the next part.
     bool read(Image& image, int level, const PixelWindow& part, const std::stop_token& stop = {});
 
-    /// Turns an indexed image into a plain one.
-    static void makePlain(Image& image);
-
 private:
     void open();
 

@@ -8,7 +8,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
-#include <QSettings>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -50,7 +49,7 @@ VRLAnalysisWindow::VRLAnalysisWindow() {
     buildMenus();
     __mediator->initialize();
     connect(qApp, &QCoreApplication::aboutToQuit, this, &QObject::deleteLater);
-    restoreGeometryFromSettings();
+    keepPlace(*this, "analysisWindow", defaultSize());
     show();
 }
 
@@ -87,29 +86,10 @@ void VRLAnalysisWindow::buildMenus() {
     layout()->setMenuBar(menuBar);
 }
 
-void VRLAnalysisWindow::restoreGeometryFromSettings() {
-    const QSettings settings;
-    const QPoint position = settings.value("analysisWindow/pos", QPoint(0, 0)).toPoint();
-    const QSize size = settings.value("analysisWindow/size", defaultSize()).toSize();
-    const QRect place = placedOnScreen(QRect(position, size));
-    move(place.topLeft());
-    resize(place.size());
-}
-
 void VRLAnalysisWindow::setStack(const VRLStack& stack) {
     __stackLabel->setText(QString::fromStdString(stack.getName()) + ": " + counted(stack.getNumSlices(), "slice") +
                           ", " + counted(stack.getNumModels(), "model"));
     __mediator->setStack(stack);
-}
-
-void VRLAnalysisWindow::moveEvent(QMoveEvent* event) {
-    QWidget::moveEvent(event);
-    QSettings().setValue("analysisWindow/pos", pos());
-}
-
-void VRLAnalysisWindow::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    QSettings().setValue("analysisWindow/size", size());
 }
 
 } // namespace vorlen

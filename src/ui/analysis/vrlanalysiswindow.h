@@ -27,14 +27,9 @@ public:
     /// Their ids stand in analysisCommands().
     CommandRegistry& commands() { return __commands; }
 
-protected:
-    void moveEvent(QMoveEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-
 private:
     void buildSheets();
     void buildMenus();
-    void restoreGeometryFromSettings();
 
     VRLAnalysisWindowMediator* __mediator;
     QLabel* __stackLabel = nullptr;

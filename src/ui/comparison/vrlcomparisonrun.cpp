@@ -4,6 +4,7 @@
 #include <QThread>
 
 #include "numerics/exception.h"
+#include "ui/models/guarded.h"
 
 namespace vorlen {
 
@@ -27,12 +28,8 @@ void VRLComparisonRun::run() {
         done = __comparison.run();
     } catch (const FileError& failure) {
         reason = QFile::decodeName(failure.getFile().c_str()) + ": " + QString::fromStdString(failure.getWhat());
-    } catch (const Exception& failure) {
-        reason = QString::fromStdString(failure.getWhat());
-    } catch (const std::bad_alloc&) {
-        reason = "There is not enough memory.";
-    } catch (const std::exception& failure) {
-        reason = QString::fromUtf8(failure.what());
+    } catch (...) {
+        reason = currentFailure();
     }
     if (!reason.isEmpty())
         emit failed(reason);

@@ -15,7 +15,6 @@
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QScrollArea>
-#include <QSettings>
 #include <QSlider>
 #include <QStyle>
 #include <QThread>
@@ -79,10 +78,7 @@ VRLComparisonWindow::VRLComparisonWindow(const ComparisonOffer& offer, QWidget* 
     layout->setMenuBar(__menuBar);
     layout->addLayout(row, 1);
     layout->addWidget(__statusBar);
-    const QRect place = placedOnScreen({QSettings().value("comparisonWindow/pos", QPoint(0, 0)).toPoint(),
-                                        QSettings().value("comparisonWindow/size", QSize(1200, 760)).toSize()});
-    move(place.topLeft());
-    resize(place.size());
+    keepPlace(*this, "comparisonWindow", QSize(1200, 760));
     __statusBar->setMessage("Compare > Comparison... chooses the groups");
     showResult();
 }
@@ -478,16 +474,6 @@ void VRLComparisonWindow::saveResults() {
         __statusBar->setMessage(
             QString("%1 files written to %2").arg(written.size()).arg(QFileInfo(chosen).dir().absolutePath()));
     });
-}
-
-void VRLComparisonWindow::moveEvent(QMoveEvent* event) {
-    QWidget::moveEvent(event);
-    QSettings().setValue("comparisonWindow/pos", pos());
-}
-
-void VRLComparisonWindow::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    QSettings().setValue("comparisonWindow/size", size());
 }
 
 } // namespace vorlen

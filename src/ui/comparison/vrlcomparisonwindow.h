@@ -63,10 +63,6 @@ public slots:
     /// Asks for the name that the files begin with, and whether files that are there may be replaced.
     void saveResults();
 
-protected:
-    void moveEvent(QMoveEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-
 private:
     void buildMenus();
     QWidget* buildPanel();

@@ -1,11 +1,10 @@
 #include "ui/cuts/stacktask.h"
 
-#include <exception>
 #include <utility>
 
 #include "document/stack.h"
-#include "numerics/exception.h"
 #include "progress/progressmonitor.h"
+#include "ui/models/guarded.h"
 
 namespace vorlen {
 
@@ -74,10 +73,8 @@ bool StackTask::start(const Stack& stack, Work work) {
         const Relay relay(*this);
         try {
             task(*copy, __progress);
-        } catch (const Exception& error) {
-            __failure = error.getWhat();
-        } catch (const std::exception& error) {
-            __failure = error.what();
+        } catch (...) {
+            __failure = currentFailure().toStdString();
         }
         tell([this] { conclude(); });
     });

@@ -3,7 +3,7 @@
 #include <QMutexLocker>
 #include <QThread>
 
-#include "numerics/exception.h"
+#include "ui/models/guarded.h"
 
 namespace vorlen {
 
@@ -26,12 +26,8 @@ void VRLFusion::run() {
     bool done = false;
     try {
         done = __pipeline.run();
-    } catch (const Exception& failure) {
-        reason = QString::fromStdString(failure.getWhat());
-    } catch (const std::bad_alloc&) {
-        reason = "There is not enough memory.";
-    } catch (const std::exception& failure) {
-        reason = QString::fromUtf8(failure.what());
+    } catch (...) {
+        reason = currentFailure();
     }
     if (!reason.isEmpty())
         emit failed(reason);

@@ -7,7 +7,6 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QScrollArea>
-#include <QSettings>
 #include <QStyle>
 #include <QTabWidget>
 #include <QTextEdit>
@@ -21,20 +20,10 @@
 #include "ui/viewer/shapeviewerattributeseditor.h"
 #include "ui/viewer/viewercanvasgl.h"
 #include "ui/viewer/viewerposepanel.h"
+#include "ui/widgets/placedwindow.h"
 #include "ui/widgets/vrlstatusbar.h"
 
 namespace vorlen {
-
-namespace {
-
-/// A stored position, unless it is on no screen any more.
-QPoint storedPosition(const char* key, const QSize& size) {
-    const QPoint position = QSettings().value(key, QPoint(0, 0)).toPoint();
-    const bool onScreen = QGuiApplication::screenAt(position + QPoint(size.width() / 2, 0)) != nullptr;
-    return onScreen ? position : QPoint(0, 0);
-}
-
-} // namespace
 
 VRLFusionSummaryDialog::VRLFusionSummaryDialog(const QString& name, const QString& log, QWidget* parent)
     : QDialog(parent) {
@@ -49,20 +38,7 @@ VRLFusionSummaryDialog::VRLFusionSummaryDialog(const QString& name, const QStrin
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(text);
     layout->addWidget(buttons);
-    const QSize size = QSettings().value("fusionSummaryDialog/size", QSize(760, 620)).toSize();
-    const QPoint position = storedPosition("fusionSummaryDialog/pos", size);
-    resize(size);
-    move(position);
-}
-
-void VRLFusionSummaryDialog::moveEvent(QMoveEvent* event) {
-    QDialog::moveEvent(event);
-    QSettings().setValue("fusionSummaryDialog/pos", pos());
-}
-
-void VRLFusionSummaryDialog::resizeEvent(QResizeEvent* event) {
-    QDialog::resizeEvent(event);
-    QSettings().setValue("fusionSummaryDialog/size", size());
+    keepPlace(*this, "fusionSummaryDialog", QSize(760, 620));
 }
 
 VRLFusionWindow::VRLFusionWindow(QWidget* parent) : QWidget(parent, Qt::Window) {
@@ -119,7 +95,8 @@ VRLFusionWindow::VRLFusionWindow(QWidget* parent) : QWidget(parent, Qt::Window) 
     layout->addLayout(row, 1);
     layout->addWidget(__statusBar);
     connect(qApp, &QCoreApplication::aboutToQuit, this, &QWidget::close);
-    restoreSettings();
+    const QSize screen = QGuiApplication::primaryScreen()->size();
+    keepPlace(*this, "fusionWindow", QSize(screen.width() * 2 / 3, screen.height() * 2 / 3));
     __mediator->setStatusReady();
     setWindowTitle("Normalization");
 }
@@ -146,15 +123,6 @@ void VRLFusionWindow::buildMenus() {
     commands.update();
 }
 
-void VRLFusionWindow::restoreSettings() {
-    const QSize screen = QGuiApplication::primaryScreen()->size();
-    const QSize size =
-        QSettings().value("fusionWindow/size", QSize(screen.width() * 2 / 3, screen.height() * 2 / 3)).toSize();
-    const QPoint position = storedPosition("fusionWindow/pos", size);
-    move(position);
-    resize(size);
-}
-
 void VRLFusionWindow::showSummary(const QString& name, const QString& log) {
     auto* dialog = new VRLFusionSummaryDialog(name, log, this); // deletes itself when it is closed
     __summaries.emplace_back(dialog);
@@ -166,16 +134,6 @@ void VRLFusionWindow::closeSummaries() {
         if (dialog)
             dialog->close();
     __summaries.clear();
-}
-
-void VRLFusionWindow::moveEvent(QMoveEvent* event) {
-    QWidget::moveEvent(event);
-    QSettings().setValue("fusionWindow/pos", pos());
-}
-
-void VRLFusionWindow::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    QSettings().setValue("fusionWindow/size", size());
 }
 
 } // namespace vorlen

@@ -27,10 +27,6 @@ class VRLFusionSummaryDialog : public QDialog {
 
 public:
     VRLFusionSummaryDialog(const QString& name, const QString& log, QWidget* parent);
-
-protected:
-    void moveEvent(QMoveEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 };
 
 /// A window for spatial normalizations: their shapes in space, a table of them, their attributes and residuals. Deletes
@@ -48,13 +44,8 @@ public:
     void showSummary(const QString& name, const QString& log);
     void closeSummaries();
 
-protected:
-    void moveEvent(QMoveEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-
 private:
     void buildMenus();
-    void restoreSettings();
 
     VRLFusionWindowMediator* __mediator;
     ViewerCanvasGL* __canvas;

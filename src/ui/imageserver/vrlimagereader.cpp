@@ -49,15 +49,7 @@ std::string VRLImageReader::sourceName(const ImageSource& source) {
 }
 
 void VRLImageReader::removeImageColormap(Image& image) {
-    if (!image.isIndexed())
-        return;
-    if (image.isGrayscale()) {
-        ColormapExpansion expansion;
-        expansion.setTargetDepth(8);
-        expansion.apply(image);
-    } else {
-        image.make24bits();
-    }
+    ColormapExpansion::removeColormap(image);
 }
 
 void VRLImageReader::run() {

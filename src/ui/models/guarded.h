@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <new>
 
 #include <QMessageBox>
 #include <QWidget>
@@ -10,6 +11,19 @@
 
 namespace vorlen {
 
+/// What the error that is being caught tells the user. For a catch block alone.
+inline QString currentFailure() {
+    try {
+        throw;
+    } catch (const Exception& error) {
+        return QString::fromStdString(error.getWhat());
+    } catch (const std::bad_alloc&) {
+        return "There is not enough memory.";
+    } catch (const std::exception& error) {
+        return QString::fromUtf8(error.what());
+    }
+}
+
 /// Runs the work of a command. What it throws ends at a message box with this sentence and the error's own.
 template <class Work>
 void guarded(QWidget* parent, const QString& failure, Work&& work) {
@@ -17,10 +31,8 @@ void guarded(QWidget* parent, const QString& failure, Work&& work) {
     try {
         work();
         return;
-    } catch (const Exception& error) {
-        reason = QString::fromStdString(error.getWhat());
-    } catch (const std::exception& error) {
-        reason = QString::fromUtf8(error.what());
+    } catch (...) {
+        reason = currentFailure();
     }
     QMessageBox box(QMessageBox::Critical, appName, failure + "\n\n" + reason, QMessageBox::Ok, parent);
     box.setTextFormat(Qt::PlainText);

@@ -12,7 +12,6 @@
 #include <QMessageBox>
 #include <QScreen>
 #include <QScrollArea>
-#include <QSettings>
 #include <QSplitter>
 #include <QStyle>
 #include <QVBoxLayout>
@@ -64,7 +63,7 @@ VRLRegistrationWindow::VRLRegistrationWindow(QWidget* parent) : QWidget(parent, 
         __mediator->clear(); // nobody is asked any more
         close();
     });
-    restoreGeometryFromSettings();
+    keepPlace(*this, "registrationWindow", defaultSize());
     show();
     __canvas->setFocus();
 }
@@ -121,15 +120,6 @@ void VRLRegistrationWindow::layOut() {
     layout->addWidget(__statusBar);
 }
 
-void VRLRegistrationWindow::restoreGeometryFromSettings() {
-    const QSettings settings;
-    const QPoint position = settings.value("registrationWindow/pos", QPoint(0, 0)).toPoint();
-    const QSize size = settings.value("registrationWindow/size", defaultSize()).toSize();
-    const QRect place = placedOnScreen(QRect(position, size));
-    move(place.topLeft());
-    resize(place.size());
-}
-
 bool VRLRegistrationWindow::raiseWindowOf(const VRLStack& stack) {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         auto* const window = qobject_cast<VRLRegistrationWindow*>(widget);
@@ -169,16 +159,6 @@ void VRLRegistrationWindow::stackCloseEvent(VRLStackCloseEvent& event) {
     close();
 }
 
-void VRLRegistrationWindow::moveEvent(QMoveEvent* event) {
-    QWidget::moveEvent(event);
-    QSettings().setValue("registrationWindow/pos", pos());
-}
-
-void VRLRegistrationWindow::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    QSettings().setValue("registrationWindow/size", size());
-}
-
 /// Asks about a registration that was not applied.
 bool VRLRegistrationWindow::mayClose() {
     if (!__mediator->isPending())
@@ -199,7 +179,6 @@ void VRLRegistrationWindow::closeEvent(QCloseEvent* event) {
         event->ignore();
         return;
     }
-    QSettings().setValue("registrationWindow/size", size());
     if (__stack != nullptr)
         __stack->setRegistrationWindowOpen(false);
     __stack = nullptr;

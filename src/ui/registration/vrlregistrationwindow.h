@@ -51,13 +51,10 @@ public:
     void stackCloseEvent(VRLStackCloseEvent& event) override;
 
 protected:
-    void moveEvent(QMoveEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
     void layOut();
-    void restoreGeometryFromSettings();
     bool mayClose();
 
     VRLStack* __stack = nullptr;

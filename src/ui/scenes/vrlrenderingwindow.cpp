@@ -133,11 +133,7 @@ void VRLRenderingWindow::restoreSettings() {
     const bool panel = settings.value("renderingWindow/panelVisible", true).toBool();
     __panelArea->setVisible(panel);
     __mediator->commands().action("show.panel").setChecked(panel);
-    const QPoint position = settings.value("renderingWindow/pos", QPoint(0, 0)).toPoint();
-    const QSize size = settings.value("renderingWindow/size", defaultSize()).toSize();
-    const QRect place = placedOnScreen(QRect(position, size));
-    move(place.topLeft());
-    resize(place.size());
+    keepPlace(*this, "renderingWindow", defaultSize());
 }
 
 void VRLRenderingWindow::setStack(VRLStack& stack) {
@@ -228,16 +224,6 @@ void VRLRenderingWindow::showEvent(QShowEvent* event) {
     if (!__fitted && __mediator->getStack() != nullptr)
         __mediator->fit();
     __fitted = true;
-}
-
-void VRLRenderingWindow::moveEvent(QMoveEvent* event) {
-    QWidget::moveEvent(event);
-    QSettings().setValue("renderingWindow/pos", pos());
-}
-
-void VRLRenderingWindow::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    QSettings().setValue("renderingWindow/size", size());
 }
 
 } // namespace vorlen

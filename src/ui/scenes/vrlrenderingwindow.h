@@ -55,8 +55,6 @@ public slots:
 protected:
     /// The first time, the scene is made to fill the picture.
     void showEvent(QShowEvent* event) override;
-    void moveEvent(QMoveEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void buildMenus();

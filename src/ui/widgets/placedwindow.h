@@ -1,6 +1,10 @@
 #pragma once
 
 #include <QRect>
+#include <QSize>
+#include <QString>
+
+class QWidget;
 
 namespace vorlen {
 
@@ -8,5 +12,9 @@ namespace vorlen {
 /// to offer, and moved as far as that takes. The screen is the one where the middle of its upper edge lies, else the
 /// primary one, in whose upper left corner it is put.
 QRect placedOnScreen(const QRect& wanted);
+
+/// Puts a window where it was when it was open last, or else into the upper left corner in the size given, and keeps
+/// its place from then on: under NAME/pos and NAME/size in the settings.
+void keepPlace(QWidget& window, const QString& name, const QSize& size);
 
 } // namespace vorlen
