@@ -516,6 +516,111 @@ double firstStep(const PartList& lower, const PartList& upper, double& leastStep
     return std::max(radius / stepsInRadius, stepFor(firstNodes));
 }
 
+/// How a point of a ring between two others moves when both of its edges move to their left by a distance; no farther
+/// than twice that.
+PlanePoint moveOf(const PlanePoint& before, const PlanePoint& point, const PlanePoint& behind, double distance) {
+    const double x1 = point.x - before.x, y1 = point.y - before.y, length1 = std::hypot(x1, y1);
+    const double x2 = behind.x - point.x, y2 = behind.y - point.y, length2 = std::hypot(x2, y2);
+    const double u1 = x1 / length1, v1 = y1 / length1, u2 = x2 / length2, v2 = y2 / length2;
+    // The sum of the normals, whose square is 2 (1 + cosine of the turn).
+    const double x = -(v1 + v2), y = u1 + u2, half = 1 + u1 * u2 + v1 * v2;
+    constexpr double sharpest = 0.5;
+    if (half > sharpest)
+        return {distance * x / half, distance * y / half};
+    // A spike to the outside goes back along itself, one to the inside goes on.
+    const double turn = u1 * v2 - v1 * u2 < 0 ? -1 : 1;
+    const double backX = turn * (u2 - u1), backY = turn * (v2 - v1), back = std::hypot(backX, backY);
+    return {2 * distance * backX / back, 2 * distance * backY / back};
+}
+
+double squareOfWay(const PlanePoint& p, const PlanePoint& a, const PlanePoint& b) {
+    const double x = b.x - a.x, y = b.y - a.y, square = x * x + y * y;
+    const double share = square > 0 ? std::clamp(((p.x - a.x) * x + (p.y - a.y) * y) / square, 0.0, 1.0) : 0.0;
+    const double dx = a.x + share * x - p.x, dy = a.y + share * y - p.y;
+    return dx * dx + dy * dy;
+}
+
+/// Whether the edges a-b and c-d, which do not cross, come within a distance of each other.
+bool areNear(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c, const PlanePoint& d, double distance) {
+    const auto isApart = [distance](double a1, double b1, double c1, double d1) {
+        return std::max(a1, b1) + distance < std::min(c1, d1) || std::max(c1, d1) + distance < std::min(a1, b1);
+    };
+    if (isApart(a.x, b.x, c.x, d.x) || isApart(a.y, b.y, c.y, d.y))
+        return false;
+    const double square = distance * distance;
+    return squareOfWay(a, c, d) < square || squareOfWay(b, c, d) < square || squareOfWay(c, a, b) < square ||
+           squareOfWay(d, a, b) < square;
+}
+
+/// Which points of a ring belong to an edge that comes within a distance of another ring of the parts.
+std::vector<bool> nearOthers(const SectionRing& ring, const PartList& parts, double distance) {
+    const std::size_t size = ring.points.size();
+    std::vector<bool> near(size);
+    const auto behind = [](const SectionRing& one, std::size_t k) {
+        return k + 1 < one.points.size() ? k + 1 : std::size_t(0);
+    };
+    for (const SectionPart* part : parts)
+        for (const SectionRing& other : part->rings) {
+            if (&other == &ring || ring.right + distance < other.left || other.right + distance < ring.left ||
+                ring.top + distance < other.bottom || other.top + distance < ring.bottom)
+                continue;
+            for (std::size_t i = 0; i < size; ++i)
+                for (std::size_t j = 0; j < other.points.size(); ++j)
+                    if (areNear(ring.points[i], ring.points[behind(ring, i)], other.points[j],
+                                other.points[behind(other, j)], distance)) {
+                        near[i] = near[behind(ring, i)] = true;
+                        break;
+                    }
+        }
+    return near;
+}
+
+/// A part with its outer ring moved inwards by a distance where it is near to others of the parts, or outwards all
+/// around by a negative one, and its holes three times as far to their insides, point by point. Null when a ring would
+/// be turned inside out, or as good as.
+std::optional<SectionPart> movedIn(const SectionPart& part, const PartList& parts, double distance) {
+    SectionPart moved = part;
+    for (std::size_t number = 0; number < part.rings.size(); ++number) {
+        const SectionRing& drawn = part.rings[number];
+        const std::vector<PlanePoint>& points = drawn.points;
+        const std::size_t size = points.size();
+        const double way = number > 0 ? -3 * distance : distance;
+        const std::vector<bool> moves =
+            distance > 0 ? nearOthers(drawn, parts, 2.5 * distance) : std::vector<bool>(size, true);
+        std::vector<PlanePoint> places = points;
+        for (std::size_t k = 0; k < size; ++k)
+            if (moves[k]) {
+                const PlanePoint move =
+                    moveOf(points[k > 0 ? k - 1 : size - 1], points[k], points[k + 1 < size ? k + 1 : 0], way);
+                places[k] = {points[k].x + move.x, points[k].y + move.y};
+            }
+        moved.rings[number] = SectionRing(std::move(places));
+        if (!(moved.rings[number].area / drawn.area > 0.25))
+            return std::nullopt;
+    }
+    return moved;
+}
+
+/// A patch of parts whose rings are moved, for the lattice to tell them apart, or to see necks. As vertices on a section
+/// are places along its rings, the patch fits the rings as drawn.
+std::optional<SurfacePatch> patchOfMoved(const PartList& lower, const PartList& upper, const std::vector<Link>& links,
+                                         double lowerHeight, double upperHeight, double step, double distance) {
+    std::vector<SectionPart> parts[2];
+    PartList lists[2];
+    for (const std::size_t side : {0, 1}) {
+        const PartList& drawn = side == 0 ? lower : upper;
+        for (const SectionPart* part : drawn) {
+            std::optional<SectionPart> moved = movedIn(*part, drawn, distance);
+            if (!moved)
+                return std::nullopt;
+            parts[side].push_back(std::move(*moved));
+        }
+        for (const SectionPart& part : parts[side])
+            lists[side].push_back(&part);
+    }
+    return PatchBuilder(lists[0], lists[1], links, lowerHeight, upperHeight, step).build();
+}
+
 } // namespace
 
 std::optional<SurfacePatch> FieldSurface::between(const PartList& lower, const PartList& upper,
@@ -523,12 +628,23 @@ std::optional<SurfacePatch> FieldSurface::between(const PartList& lower, const P
                                                   double upperHeight) {
     double leastStep = 0;
     double step = firstStep(lower, upper, leastStep);
+    std::vector<double> steps;
     for (int trial = 0; trial <= refinements; ++trial) {
         auto patch = PatchBuilder(lower, upper, links, lowerHeight, upperHeight, step).build();
-        if (patch || step <= leastStep)
+        if (patch)
             return patch;
+        steps.push_back(step);
+        if (step <= leastStep)
+            break;
         step = std::max(step / 2, leastStep);
     }
+    // Rings that touch, or nearly; and necks. The finer the lattice the less is moved, but the finest takes long.
+    if (steps.size() > 1)
+        steps.pop_back();
+    for (const double share : {1.0, -1.0})
+        for (auto finer = steps.rbegin(); finer != steps.rend(); ++finer)
+            if (auto patch = patchOfMoved(lower, upper, links, lowerHeight, upperHeight, *finer, share * *finer))
+                return patch;
     return std::nullopt;
 }
 

@@ -33,8 +33,10 @@ struct SurfacePatch {
 /// lies deepest in or nearest to when the parts of the group are aligned as a whole. The field is followed by marching
 /// cubes on a lattice; on the sections themselves the vertices stand where the lattice lines cross the rings, exactly.
 ///
-/// There is no patch when the lattice can't follow the rings, each once and in its order, though it is refined three
-/// times: rings that touch each other, and parts much thinner than wide.
+/// Where the lattice can't follow the rings, each once and in its order, it is refined up to three times. Where they
+/// touch or nearly do, as two limbs on the section where they part, they are then moved off each other by a step of the
+/// lattice, and last of all outwards, for the sake of necks: the patch still fits the rings as drawn. There is no patch
+/// when all of this fails, as for parts much thinner than wide.
 class FieldSurface {
 public:
     using PartList = std::vector<const SectionPart*>;

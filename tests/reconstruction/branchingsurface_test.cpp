@@ -102,6 +102,28 @@ TEST(BranchingSurface, aTubeSplitsInTwoAlike) {
         }
 }
 
+// On the section where a trunk parts its limbs touch in a point, or nearly; on the one before a neck joins them. The
+// surface goes on over both, without lids between.
+TEST(BranchingSurface, limbsMayTouchWhereTheyPart) {
+    const double r = 6, apart = 5.76, waist = std::acos(apart / r);
+    Outline trunk;
+    for (const int side : {1, -1})
+        for (int k = 1; k <= 60; ++k) {
+            const double angle = (side > 0 ? -pi : 0) + waist + (2 * pi - 2 * waist) * k / 60;
+            trunk.push_back({side * apart + r * std::cos(angle), r * std::sin(angle)});
+        }
+    for (const double gap : {0.0, 0.001, 0.02}) {
+        const auto fork = surfaceOf(0, 1, 4, [&](double z) {
+            return z < 1.5 ? Outlines{trunk} : Outlines{disc(-r - gap / 2, 0, r), disc(r + gap / 2, 0, r)};
+        });
+        EXPECT_EQ(fork.getNumUnfollowed(), 0) << gap;
+        expectSound(certificateOf(fork, SurfaceEnd::Flat), 1, 0);
+        // Of walls that stand upright: the way round the trunk, and the two discs.
+        const double round = 4 * r * (pi - waist), discs = 4 * pi * r;
+        expectNear(fork.wallArea(2), round + (round + discs) / 2 + discs, 0.03);
+    }
+}
+
 TEST(BranchingSurface, aTorusCutLengthwiseIsARing) {
     const double ring = 30, tube = 10;
     const auto at = [&](double z) {

@@ -5,6 +5,7 @@
 
 #include "document/model.h"
 #include "document/modelitem.h"
+#include "document/subpixel.h"
 #include "reconstruction/measurementtable.h"
 
 namespace vorlen {
@@ -297,6 +298,11 @@ Solid tree(double r, double slope, double trunk, double limbs, double twigs) {
             }};
 }
 
+/// A coordinate in pixels as the drawing has it.
+double onto(double coordinate, DrawnVertices vertices) {
+    return vertices == DrawnVertices::WholePixels ? std::round(coordinate) : subpixel(coordinate);
+}
+
 int numSections(const Solid& solid, const Drawing& drawing) {
     return int(std::lround(drawing.sections / solid.thinnest));
 }
@@ -339,17 +345,17 @@ std::unique_ptr<Stack> drawn(const Solid& solid, const Drawing& drawing) {
         for (const SolidOutline& outline : solid.outlines(z)) {
             const double corners = std::min(lengthOf({outline}) / (4 * width), 64.0);
             const auto step = std::max(std::size_t(1), std::size_t(double(outline.size()) / std::max(corners, 8.0)));
-            std::vector<std::array<int, 2>> pixels;
+            std::vector<std::array<double, 2>> places;
             for (std::size_t k = 0; k + step <= outline.size(); k += step) {
                 const double x = outline[k][0] * std::cos(drawing.angle) - outline[k][1] * std::sin(drawing.angle);
                 const double y = outline[k][0] * std::sin(drawing.angle) + outline[k][1] * std::cos(drawing.angle);
-                pixels.push_back({int(std::lround(x / width)), int(std::lround(-y / height))});
+                places.push_back({onto(x / width, drawing.vertices), onto(-y / height, drawing.vertices)});
             }
-            const int size = int(pixels.size());
+            const int size = int(places.size());
             Vertices<double> vertices(2, size, size, 1);
             for (int k = 0; k < size; ++k) {
-                vertices[k][0] = pixels[std::size_t(k)][0];
-                vertices[k][1] = pixels[std::size_t(k)][1];
+                vertices[k][0] = places[std::size_t(k)][0];
+                vertices[k][1] = places[std::size_t(k)][1];
             }
             auto* item = new ModelItem;
             item->setModel(model);

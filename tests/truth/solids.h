@@ -29,15 +29,20 @@ struct Solid {
 /// linked rings and helices. Areas without a closed form are integrals, done to ten digits.
 std::vector<Solid> knownSolids();
 
+/// Where vertices can lie: in the middles of pixels, as what is traced pixel by pixel does, or on the outline itself, to
+/// the thousandths that programs compute.
+enum class DrawnVertices : unsigned char { WholePixels, Decimals };
+
 /// How a body is drawn.
 struct Drawing {
     int sections = 50;    ///< over the height of its lowest piece, each in the middle of its share
     double pixel = 0.002; ///< width of a pixel, in diameters, or as much less as there are more sections
     double aspect = 1;    ///< height of a pixel to its width
     double angle = 0;     ///< about the axis of the sections
+    DrawnVertices vertices = DrawnVertices::WholePixels;
 };
 
-/// The body as a model, "m", of a stack: vertices on whole pixels, four pixels apart, but at most 64.
+/// The body as a model, "m", of a stack: vertices four pixels apart, but at most 64 of them.
 std::unique_ptr<Stack> drawn(const Solid& solid, const Drawing& drawing);
 
 /// Measures of the model, and their truths.

@@ -6,17 +6,20 @@
 
 namespace vorlen {
 
-// What a user gets from outlines on whole pixels, against bodies of known measures: 50 sections, and pixels that are
-// not square on a turned body.
+// What a user gets from outlines on whole and on decimal pixels, against bodies of known measures: 50 sections, pixels
+// that are not square on a turned body, and sections so close that bodies part on one of them in a single point.
 TEST(Truth, measuresHoldForBodiesOfAnyShape) {
     for (const Solid& solid : knownSolids())
-        for (const Drawing& drawing : {Drawing{}, Drawing{50, 0.002, 1.5, 0.5}})
+        for (const Drawing& drawing : {Drawing{}, Drawing{50, 0.002, 1, 0, DrawnVertices::Decimals},
+                                       Drawing{50, 0.002, 1.5, 0.5}, Drawing{100, 0.002, 1, 0, DrawnVertices::Decimals}})
             for (const Truth& truth : measuredAndTrue(solid, drawing)) {
+                const bool isDecimal = drawing.vertices == DrawnVertices::Decimals;
                 const double bound = truth.measure == "volume" ? 0.005 : 0.01;
                 // Chords are shorter than arcs, and steps of pixels longer than the line.
-                if (truth.measure != "length of the outlines") {
-                    EXPECT_LT(std::fabs(truth.error()), bound) << solid.name << ", " << truth.measure << " by "
-                                                               << truth.estimator << ", pixels 1 to " << drawing.aspect;
+                if (truth.measure != "length of the outlines" || isDecimal) {
+                    EXPECT_LT(std::fabs(truth.error()), bound)
+                        << solid.name << ", " << truth.measure << " by " << truth.estimator << ", " << drawing.sections
+                        << " sections, pixels 1 to " << drawing.aspect << (isDecimal ? ", decimal" : "");
                 }
             }
 }
