@@ -190,7 +190,7 @@ void BranchingMesh::addEnd(const BranchingSurface::End& end, const EndShape<doub
         const int first = __firstVertices[std::size_t(ring)];
         const double height = __surface.heightOf(ring) + rise;
         if (rise != 0 && scale == 0) {
-            const int apex = addPoint({end.centre.x, end.centre.y, height});
+            const int apex = addPoint({end.centre.x + shape.asideX, end.centre.y + shape.asideY, height});
             for (int k = 0; k < size; ++k)
                 add(first + k, first + (k + 1 < size ? k + 1 : 0), apex);
             continue;
@@ -201,8 +201,8 @@ void BranchingMesh::addEnd(const BranchingSurface::End& end, const EndShape<doub
             const int copy = int(__points.size());
             for (int k = 0; k < size; ++k) {
                 const Point3 p = __points[std::size_t(first + k)];
-                addPoint({end.centre.x + scale * (p[0] - end.centre.x), end.centre.y + scale * (p[1] - end.centre.y),
-                          height});
+                addPoint({end.centre.x + scale * (p[0] - end.centre.x) + shape.asideX,
+                          end.centre.y + scale * (p[1] - end.centre.y) + shape.asideY, height});
             }
             for (int k = 0; k < size; ++k) {
                 const int next = k + 1 < size ? k + 1 : 0;
@@ -431,20 +431,25 @@ void BranchingSurface::joinGroup(int section, const Group& group) {
         endPart(section + 1, part, false);
 }
 
-/// Areas beyond the sections, by which ends taper: known where parts merge or go on, not where they split.
+/// Areas and places beyond the sections, by which ends taper and slant: known where parts merge or go on, not where they
+/// split.
 void BranchingSurface::noteAreas(int section, const Group& group) {
     const auto &lower = __sections[std::size_t(section)].getParts(),
                &upper = __sections[std::size_t(section) + 1].getParts();
     const auto sum = [](const std::vector<SectionPart>& parts, const std::vector<int>& places) {
-        double area = 0;
-        for (const int place : places)
-            area += parts[std::size_t(place)].area;
-        return area;
+        Beyond all{0, {}};
+        for (const int place : places) {
+            const SectionPart& part = parts[std::size_t(place)];
+            all.area += part.area;
+            all.centroid.x += (part.centroid.x - all.centroid.x) * part.area / all.area;
+            all.centroid.y += (part.centroid.y - all.centroid.y) * part.area / all.area;
+        }
+        return all;
     };
     if (group.upper.size() == 1)
-        __lines[std::size_t(ringNumber(section + 1, group.upper[0]))].areaBelow = sum(lower, group.lower);
+        __lines[std::size_t(ringNumber(section + 1, group.upper[0]))].below = sum(lower, group.lower);
     if (group.lower.size() == 1)
-        __lines[std::size_t(ringNumber(section, group.lower[0]))].areaAbove = sum(upper, group.upper);
+        __lines[std::size_t(ringNumber(section, group.lower[0]))].above = sum(upper, group.upper);
 }
 
 /// Tiles the rings of a pair, if each hole goes on in one hole or ends within the other part.
@@ -485,8 +490,8 @@ bool BranchingSurface::tilePair(int section, int lower, int upper) {
         }
         const int ringA = ringNumber(section, lower, i), ringB = ringNumber(section + 1, upper, j);
         __tiles.push_back({ringA, ringB});
-        __lines[std::size_t(ringA)].areaAbove = std::fabs(ringAt(ringB).area);
-        __lines[std::size_t(ringB)].areaBelow = std::fabs(ringAt(ringA).area);
+        __lines[std::size_t(ringA)].above = {std::fabs(ringAt(ringB).area), ringAt(ringB).centroid};
+        __lines[std::size_t(ringB)].below = {std::fabs(ringAt(ringA).area), ringAt(ringA).centroid};
     }
     for (int j = 1; j < numB; ++j)
         if (partnerOfB[std::size_t(j)] < 0)
@@ -529,7 +534,7 @@ bool BranchingSurface::joinByField(int section, const Group& group) {
 
 void BranchingSurface::endPart(int section, int part, bool upward) {
     const SectionPart& piece = __sections[std::size_t(section)].getParts()[std::size_t(part)];
-    End end{{}, upward, piece.centre(), piece.area};
+    End end{{}, upward, piece.centre(), piece.area, piece.centroid};
     for (std::size_t k = 0; k < piece.rings.size(); ++k)
         end.rings.push_back(ringNumber(section, part, int(k)));
     __ends.push_back(std::move(end));
@@ -538,8 +543,11 @@ void BranchingSurface::endPart(int section, int part, bool upward) {
 void BranchingSurface::endHole(int section, int part, int ring, bool upward) {
     const int number = ringNumber(section, part, ring);
     const SectionRing& hole = ringAt(number);
-    __ends.push_back(
-        {{number}, upward, hole.contains(hole.centroid) ? hole.centroid : hole.innerPoint(), std::fabs(hole.area)});
+    __ends.push_back({{number},
+                      upward,
+                      hole.contains(hole.centroid) ? hole.centroid : hole.innerPoint(),
+                      std::fabs(hole.area),
+                      hole.centroid});
 }
 
 /// Signed height of an end over its section. Where the stack ends, the next section would be as far as the one before.
@@ -554,18 +562,27 @@ double BranchingSurface::riseOf(const End& end, SurfaceEnd way) const {
     return (end.upward ? share : -share) * gap;
 }
 
-/// How much smaller the end is at its rise: its area goes on to change as it did since the section before.
-double BranchingSurface::shareLeft(const End& end, double rise) const {
-    const RingLine& line = __lines[std::size_t(end.rings.front())];
-    const double before = end.upward ? line.areaBelow : line.areaAbove;
-    const double height = heightOf(end.rings.front());
+/// An end goes on as its part has changed, and where it has moved, since the section before.
+EndShape<double> BranchingSurface::shapeOf(const End& end, SurfaceEnd way) const {
+    const double rise = riseOf(end, way);
+    EndShape<double> shape{rise, way == SurfaceEnd::HalfSection ? 1.0 : 0.0};
+    const int number = end.rings.front();
+    const RingLine& line = __lines[std::size_t(number)];
+    const Beyond& before = end.upward ? line.below : line.above;
+    const double height = heightOf(number);
     const auto isHere = [height](const SectionParts& section) { return section.getHeight() < height; };
     const auto here = std::partition_point(__sections.begin(), __sections.end(), isHere);
     const auto other = end.upward ? here - 1 : here + 1;
-    if (before < 0 || (end.upward && here == __sections.begin()) || (!end.upward && other == __sections.end()))
-        return 1;
+    if (before.area < 0 || (end.upward && here == __sections.begin()) || (!end.upward && other == __sections.end()))
+        return shape;
     const double gap = std::fabs(other->getHeight() - height);
-    return scaleOfEnd(end.area, before, gap, std::fabs(rise));
+    if (way == SurfaceEnd::HalfSection)
+        shape.scale = scaleOfEnd(end.area, before.area, gap, std::fabs(rise));
+    const PlanePoint aside =
+        asideOfEnd(end.centroid, before.centroid, gap, std::fabs(rise), ringAt(number).meanRadius());
+    shape.asideX = aside.x;
+    shape.asideY = aside.y;
+    return shape;
 }
 
 TriMesh<double> BranchingSurface::build(const SurfaceEnds& ends, int method) const {
@@ -575,8 +592,7 @@ TriMesh<double> BranchingSurface::build(const SurfaceEnds& ends, int method) con
         const SurfaceEnd way = end.upward != __descending ? ends.end : ends.begin;
         if (way == SurfaceEnd::Open)
             continue;
-        const double rise = riseOf(end, way);
-        EndShape<double> shape{rise, way == SurfaceEnd::HalfSection ? shareLeft(end, rise) : 0};
+        EndShape<double> shape = shapeOf(end, way);
         if (end.rings.size() > 1 || !ringAt(end.rings.front()).isSeenFrom(end.centre))
             shape = shape.blunt();
         mesh.addEnd(end, shape);

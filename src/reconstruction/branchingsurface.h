@@ -42,11 +42,15 @@ public:
     int getNumUnfollowed() const { return __numUnfollowed; }
 
 private:
+    /// What goes on in a ring on a section beside it.
+    struct Beyond {
+        double area = -1; ///< -1 where that is not known
+        PlanePoint centroid;
+    };
     /// A ring of a part of a section, and what stands on its two sides.
     struct RingLine {
         std::vector<double> places; ///< of its vertices, ascending: whole for its own points
-        double areaBelow = -1;      ///< what it bounds on the section below, above; -1 where that is not known
-        double areaAbove = -1;
+        Beyond below, above;
     };
     /// Places in the list of rings.
     struct Tile {
@@ -62,6 +66,7 @@ private:
         bool upward;
         PlanePoint centre;
         double area;
+        PlanePoint centroid;
     };
 
     int ringNumber(int section, int part, int ring = 0) const {
@@ -78,7 +83,7 @@ private:
     void endPart(int section, int part, bool upward);
     void endHole(int section, int part, int ring, bool upward);
     double riseOf(const End& end, SurfaceEnd way) const;
-    double shareLeft(const End& end, double rise) const;
+    EndShape<double> shapeOf(const End& end, SurfaceEnd way) const;
 
     std::vector<SectionParts> __sections;
     std::vector<double> __heights;

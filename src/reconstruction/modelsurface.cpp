@@ -10,6 +10,7 @@
 #include "numerics/exception.h"
 #include "reconstruction/branchingsurface.h"
 #include "reconstruction/curvestacktriangulation.h"
+#include "reconstruction/sectionparts.h"
 #include "reconstruction/stackreconstruction.h"
 
 namespace vorlen {
@@ -83,6 +84,17 @@ TriMesh<T> converted(const TriMesh<double>& mesh) {
     }
     result.computeNormals();
     return result;
+}
+
+/// A curve's points, relative to the first vertex of another one.
+template <class T>
+SectionRing ringOf(const Curve<T>& curve, const Curve<T>& origin) {
+    std::vector<PlanePoint> points;
+    points.reserve(std::size_t(curve.getNumVertices()));
+    for (int k = 0; k < curve.getNumVertices(); ++k)
+        points.push_back(
+            {double(curve[k][0]) - double(origin[0][0]), double(curve[k][1]) - double(origin[0][1])});
+    return SectionRing(std::move(points));
 }
 
 } // namespace
@@ -281,24 +293,26 @@ template <class T>
 std::optional<EndShape<T>> ModelSurface<T>::shapeOf(SurfaceEnd end, bool atBegin) const {
     const CurveStack<T>& curves = contours("void ModelSurface<T>::shapeOf(SurfaceEnd, bool) const");
     const T gap = atBegin ? __beginGap : __endGap, direction = atBegin ? -__direction : __direction;
-    switch (end) {
-    case SurfaceEnd::Open:
+    if (end == SurfaceEnd::Open)
         return std::nullopt;
-    case SurfaceEnd::Flat:
-        return EndShape<T>{0, 1};
-    case SurfaceEnd::NextSection:
-        return EndShape<T>{direction * gap, 0};
-    case SurfaceEnd::HalfSection:
-        break;
-    }
+    if (end == SurfaceEnd::Flat)
+        return EndShape<T>{};
+    const T rise = end == SurfaceEnd::HalfSection ? gap / 2 : gap;
+    EndShape<T> shape{direction * rise, end == SurfaceEnd::HalfSection ? T(1) : T(0)};
     const int last = curves.getHeight() - 1;
     if (last == 0)
-        return EndShape<T>{direction * gap / 2, 1};
+        return shape;
     const Curve<T>& here = atBegin ? curves[0] : curves[last];
     const Curve<T>& before = atBegin ? curves[1] : curves[last - 1];
-    return EndShape<T>{direction * gap / 2,
-                       T(scaleOfEnd(double(std::abs(here.twiceArea(0, 1))), double(std::abs(before.twiceArea(0, 1))),
-                                    double(std::abs(here[0][2] - before[0][2])), double(gap / 2)))};
+    const SectionRing ring = ringOf(here, here), ringBefore = ringOf(before, here);
+    const auto gapBefore = double(std::abs(here[0][2] - before[0][2]));
+    if (end == SurfaceEnd::HalfSection)
+        shape.scale = T(scaleOfEnd(std::fabs(ring.area), std::fabs(ringBefore.area), gapBefore, double(rise)));
+    const PlanePoint aside =
+        asideOfEnd(ring.centroid, ringBefore.centroid, gapBefore, double(rise), ring.meanRadius());
+    shape.asideX = T(aside.x);
+    shape.asideY = T(aside.y);
+    return shape;
 }
 
 template class ModelSurface<float>;

@@ -49,6 +49,16 @@ double scaleOfEnd(double area, double areaBefore, double gapBefore, double rise)
     return scale < leastScale ? 0 : scale;
 }
 
+PlanePoint asideOfEnd(const PlanePoint& centroid, const PlanePoint& centroidBefore, double gapBefore, double rise,
+                      double meanRadius) {
+    if (!(gapBefore > 0))
+        return {};
+    const double x = (centroid.x - centroidBefore.x) * rise / gapBefore;
+    const double y = (centroid.y - centroidBefore.y) * rise / gapBefore, way = std::hypot(x, y);
+    const double share = way > meanRadius ? meanRadius / way : 1;
+    return {x * share, y * share};
+}
+
 template <class T>
 TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::optional<EndShape<T>> begin,
                      std::optional<EndShape<T>> end) {
@@ -66,7 +76,8 @@ TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::
         const PlanePoint centre = ring.contains(ring.centroid) ? ring.centroid : ring.innerPoint();
         const EndShape<T> shape = ring.isSeenFrom(centre) ? *wanted : wanted->blunt();
         const auto addVertex = [&](const PlanePoint& p) {
-            added.push_back({walls[first][0] + T(p.x), walls[first][1] + T(p.y), walls[first][2] + shape.rise});
+            added.push_back({walls[first][0] + T(p.x) + shape.asideX, walls[first][1] + T(p.y) + shape.asideY,
+                             walls[first][2] + shape.rise});
             return size + int(added.size()) - 1;
         };
         const auto behind = [numVertices](int k) { return k + 1 < numVertices ? k + 1 : 0; };

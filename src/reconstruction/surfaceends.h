@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "numerics/planepoint.h"
 #include "shapes/trimesh.h"
 
 namespace vorlen {
@@ -10,7 +11,8 @@ namespace vorlen {
 enum class SurfaceEnd {
     Open,        ///< at the contour, as the contours were drawn
     Flat,        ///< by a lid on the contour
-    HalfSection, ///< half way to the next section, as large as the contours' areas let expect: a tip where they shrink
+    HalfSection, ///< half way to the next section, where the contours lead, as large as their areas let expect: a tip
+                 ///< where they shrink
     NextSection  ///< in a tip on the next section
 };
 
@@ -20,21 +22,31 @@ struct SurfaceEnds {
     SurfaceEnd end = SurfaceEnd::HalfSection;
 };
 
-/// How an end lies to its contour: so much above it, and so many times its size about a point inside of it. A scale of
-/// 0 makes a tip, a rise of 0 a lid on the contour.
+/// How an end lies to its contour: so much above it, so far aside of it, and so many times its size about a point inside
+/// of it. A scale of 0 makes a tip, a rise of 0 a lid on the contour.
 template <class T>
 struct EndShape {
     T rise = 0;
     T scale = 1;
+    T asideX = 0;
+    T asideY = 0;
 
     /// The prism of this end's volume. Contours that are hollow, or have holes, would make long folds on their way to a
     /// point.
-    EndShape blunt() const { return {rise * (1 + scale + scale * scale) / 3, 1}; }
+    EndShape blunt() const {
+        const T share = (1 + scale + scale * scale) / 3;
+        return {rise * share, 1, asideX * share, asideY * share};
+    }
 };
 
 /// The scale of an end by the areas of the last contour and of the one before it: the area goes on to change as it did
 /// between them, but does not grow. 0 for what would be very small.
 double scaleOfEnd(double area, double areaBefore, double gapBefore, double rise);
+
+/// How far aside of its contour an end lies: it goes on the way from the contour before, as far as it rises, so that
+/// slanted tubes end slanted. No farther than the contour's mean radius.
+PlanePoint asideOfEnd(const PlanePoint& centroid, const PlanePoint& centroidBefore, double gapBefore, double rise,
+                      double meanRadius);
 
 /// Closes walls of triangles, whose first so many vertices are their first contour and whose last so many their last
 /// one, each at one height. An end goes on to a smaller copy of its contour with a lid on it, or to a tip, or, where

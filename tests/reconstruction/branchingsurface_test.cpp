@@ -124,6 +124,28 @@ TEST(BranchingSurface, limbsMayTouchWhereTheyPart) {
     }
 }
 
+// A slanted tube beside another one goes on slanted to half a section beyond its outlines, and so does its barycentre.
+TEST(BranchingSurface, slantedTubesEndSlanted) {
+    const double r = 10, spacing = 5, shift = 8;
+    const auto tubes = surfaceOf(0, spacing, 11, [&](double z) {
+        return Outlines{disc(shift * z / spacing, 0, r), disc(shift * z / spacing, 40, r)};
+    });
+    const TriMesh<double> mesh = tubes.build(SurfaceEnds(), 2);
+    expectSound(SurfaceCertificate::of(mesh), 2, 0);
+    double left = 0, right = 0;
+    for (int k = 0; k < mesh.getNumVertices(); ++k) {
+        left = std::min(left, mesh[k][0]);
+        right = std::max(right, mesh[k][0]);
+    }
+    EXPECT_NEAR(left, -shift / 2 - r, 1e-9);
+    EXPECT_NEAR(right, 10.5 * shift + r, 1e-9);
+    // The wall of a slanted tube: around the ring, the height by the slant that each place sees.
+    double wall = 0;
+    for (int k = 0; k < 3600; ++k)
+        wall += r * 2 * pi / 3600 * 11 * std::hypot(spacing, shift * std::cos(2 * pi * k / 3600));
+    expectNear(mesh.area(), 2 * (wall + 2 * pi * r * r), 0.003);
+}
+
 TEST(BranchingSurface, aTorusCutLengthwiseIsARing) {
     const double ring = 30, tube = 10;
     const auto at = [&](double z) {
@@ -254,7 +276,7 @@ TEST(BranchingSurface, whateverIsDrawnGivesASoundSurface) {
         seed = seed * 1664525u + 1013904223u;
         return low + (high - low) * (seed >> 8) / double(1 << 24);
     };
-    for (int trial = 0; trial < 4; ++trial) {
+    for (int trial = 0; trial < 3; ++trial) {
         double sum = 0;
         const bool pixels = trial % 2 == 0;
         const auto at = [&](double) {

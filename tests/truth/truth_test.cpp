@@ -6,30 +6,45 @@
 
 namespace vorlen {
 
-// What a user gets from outlines on whole and on decimal pixels, against bodies of known measures: 50 sections, pixels
-// that are not square on a turned body, and sections so close that bodies part on one of them in a single point.
-TEST(Truth, measuresHoldForBodiesOfAnyShape) {
-    for (const Solid& solid : knownSolids())
-        for (const Drawing& drawing : {Drawing{}, Drawing{50, 0.002, 1, 0, DrawnVertices::Decimals},
-                                       Drawing{50, 0.002, 1.5, 0.5}, Drawing{100, 0.002, 1, 0, DrawnVertices::Decimals}})
-            for (const Truth& truth : measuredAndTrue(solid, drawing)) {
-                const bool isDecimal = drawing.vertices == DrawnVertices::Decimals;
-                const double bound = truth.measure == "volume" ? 0.005 : 0.01;
-                // Chords are shorter than arcs, and steps of pixels longer than the line.
-                if (truth.measure != "length of the outlines" || isDecimal) {
-                    EXPECT_LT(std::fabs(truth.error()), bound)
-                        << solid.name << ", " << truth.measure << " by " << truth.estimator << ", " << drawing.sections
-                        << " sections, pixels 1 to " << drawing.aspect << (isDecimal ? ", decimal" : "");
-                }
-            }
+namespace {
+
+void expectBounds(const Solid& solid, const Drawing& drawing) {
+    const bool isDecimal = drawing.vertices == DrawnVertices::Decimals;
+    for (const Truth& truth : measuredAndTrue(solid, drawing)) {
+        // On whole pixels chords are shorter than arcs, and steps of pixels longer than the line.
+        const double bound = truth.measure == "volume"                                 ? 0.005
+                             : truth.measure == "distance of the barycentre"           ? 0.0005
+                             : truth.measure == "length of the outlines" && !isDecimal ? 0.02
+                                                                                       : 0.01;
+        EXPECT_LT(std::fabs(truth.error()), bound)
+            << solid.name << ", " << truth.measure << " by " << truth.estimator << ", " << drawing.sections
+            << " sections, pixels 1 to " << drawing.aspect << (isDecimal ? ", decimal" : "");
+    }
 }
 
-// Twice as many sections leave half the error at most, but for the grain of the pixels.
-TEST(Truth, errorsFallAsTheSpacingDoes) {
+} // namespace
+
+// What a user gets from outlines on whole and on decimal pixels, against bodies of known measures: 50 sections, and
+// pixels that are not square on a turned body.
+TEST(Truth, measuresHoldForBodiesOfAnyShape) {
     for (const Solid& solid : knownSolids()) {
-        const auto coarse = measuredAndTrue(solid, {16, 0.001, 1, 0}), fine = measuredAndTrue(solid, {32, 0.001, 1, 0});
+        expectBounds(solid, {});
+        expectBounds(solid, {50, 0.002, 1.5, 0.5});
+        expectBounds(solid, {50, 0.002, 1, 0, DrawnVertices::Decimals});
+        // One of its sections has two limbs that touch in a point.
+        if (solid.name == "Y-branch")
+            expectBounds(solid, {100, 0.002, 1, 0, DrawnVertices::Decimals});
+    }
+}
+
+// Twice as many sections leave half the error at most, but for what the chords of the outlines cut off.
+TEST(Truth, errorsFallAsTheSpacingDoes) {
+    constexpr DrawnVertices decimals = DrawnVertices::Decimals;
+    for (const Solid& solid : knownSolids()) {
+        const auto coarse = measuredAndTrue(solid, {16, 0.002, 1, 0, decimals});
+        const auto fine = measuredAndTrue(solid, {32, 0.002, 1, 0, decimals});
         for (const std::size_t k : {std::size_t(0), std::size_t(2)})
-            EXPECT_LT(std::fabs(fine[k].error()), std::fabs(coarse[k].error()) / 2 + 0.003)
+            EXPECT_LT(std::fabs(fine[k].error()), std::fabs(coarse[k].error()) / 2 + 0.002)
                 << solid.name << ", " << fine[k].measure;
     }
 }
