@@ -12,6 +12,7 @@
 #include "reconstruction/curvestacktriangulation.h"
 #include "reconstruction/sectionparts.h"
 #include "reconstruction/stackreconstruction.h"
+#include "shapes/selfcontact.h"
 
 namespace vorlen {
 
@@ -95,6 +96,31 @@ SectionRing ringOf(const Curve<T>& curve, const Curve<T>& origin) {
         points.push_back(
             {double(curve[k][0]) - double(origin[0][0]), double(curve[k][1]) - double(origin[0][1])});
     return SectionRing(std::move(points));
+}
+
+/// Whether a ring goes once around its centroid, always forward: then it can't cross itself.
+bool isStar(const SectionRing& ring) {
+    int upward = 0;
+    for (std::size_t k = 0; k < ring.points.size(); ++k) {
+        const PlanePoint &p = ring.points[k], &q = ring.points[k + 1 < ring.points.size() ? k + 1 : 0];
+        if (p.y < ring.centroid.y && q.y >= ring.centroid.y)
+            ++upward;
+    }
+    return upward == 1 && ring.isSeenFrom(ring.centroid);
+}
+
+/// Whether a ring crosses itself; most are told without a search.
+bool crossesItself(const SectionRing& ring) {
+    if (ring.points.size() < 4 || isStar(ring))
+        return false;
+    std::vector<double> coordinates;
+    coordinates.reserve(2 * ring.points.size());
+    for (const PlanePoint& p : ring.points) {
+        coordinates.push_back(p.x);
+        coordinates.push_back(p.y);
+    }
+    const std::optional<SelfContact> contact = findSelfContact(coordinates, true);
+    return contact && contact->crosses;
 }
 
 } // namespace
@@ -286,7 +312,20 @@ template <class T>
 TriMesh<T> ModelSurface<T>::close(const TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const {
     if (contours("TriMesh<T> ModelSurface<T>::close(...) const").isOpen())
         return walls;
+    if (hasCrossings())
+        return converted<T>(branching().build(ends, 2));
     return closeEnds<T>(walls, firstSize, lastSize, shapeOf(ends.begin, true), shapeOf(ends.end, false));
+}
+
+template <class T>
+bool ModelSurface<T>::hasCrossings() const {
+    if (!__isClosed)
+        return false;
+    const CurveStack<T>& curves = contours("bool ModelSurface<T>::hasCrossings() const");
+    for (int k = 0; k < curves.getHeight(); ++k)
+        if (crossesItself(ringOf(curves[k], curves[k])))
+            return true;
+    return false;
 }
 
 template <class T>

@@ -110,6 +110,7 @@ private:
 
     SurfaceKind judge(std::size_t numSlices) const;
     void measureGaps();
+    bool hasCrossings() const;
     std::optional<EndShape<T>> shapeOf(SurfaceEnd end, bool atBegin) const;
     const BranchingSurface& branching() const;
     TriMesh<T> close(const TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const;

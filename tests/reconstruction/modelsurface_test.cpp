@@ -157,6 +157,25 @@ TEST_F(ModelSurfaceTest, severalContoursOnASliceAreJoinedPartByPart) {
     }
 }
 
+// A figure of eight with lobes of 3600 and of 400, and a loop within an outline, which encloses all but its loop.
+TEST_F(ModelSurfaceTest, outlinesThatCrossThemselvesEncloseTheirParts) {
+    const std::pair<std::vector<std::pair<int, int>>, double> cases[] = {
+        {{{0, 0}, {80, 80}, {80, 40}, {0, 120}}, 3600 + 400},
+        {{{0, 0}, {60, 0}, {60, 60}, {20, 60}, {20, 20}, {40, 20}, {40, 40}, {0, 40}}, 2400 + 1200 - 2 * 400}};
+    for (const auto& [outline, area] : cases) {
+        Model& model = addModel(stack, "m");
+        for (int slice = 0; slice < 4; ++slice)
+            addItem(model, stack.getSlice(slice), outline);
+        const ModelSurface<double> surface = surfaceOf(model);
+        const SurfaceEnds flat{SurfaceEnd::Flat, SurfaceEnd::Flat};
+        for (const TriMesh<double>& mesh : {surface.closed(flat), surface.close(*surface.resample(5, 40), flat)}) {
+            const auto certificate = SurfaceCertificate::of(mesh);
+            EXPECT_TRUE(certificate.isSound()) << certificate.toText();
+            EXPECT_NEAR(certificate.volume, 30 * area, 1e-6 * 30 * area);
+        }
+    }
+}
+
 TEST_F(ModelSurfaceTest, tellsWhyThereIsNone) {
     Model& dots = addModel(stack, "dots", PolypointPrimitive);
     addItem(dots, stack.getSlice(1), {{1, 2}, {3, 4}});
