@@ -22,6 +22,14 @@ struct GridPoint {
 /// on the convex hulls count.
 class Strip {
 public:
+    /// Forgets the places, not their store.
+    void clear() {
+        __lower.clear();
+        __upper.clear();
+        __least = -std::numeric_limits<double>::infinity();
+        __most = std::numeric_limits<double>::infinity();
+    }
+
     /// False when there is no such line any more.
     bool add(const GridPoint& point) {
         if (!__lower.empty() && point.along <= __lower.back().along)
@@ -42,6 +50,12 @@ public:
 private:
     static constexpr double half = 0.5;
 
+    /// Above 0 when the slope from c to d is greater than that from a to b, which are both ways forward. Exact, as places
+    /// are on a grid.
+    static double turn(const GridPoint& a, const GridPoint& b, const GridPoint& c, const GridPoint& d) {
+        return (b.along - a.along) * (d.across - c.across) - (b.across - a.across) * (d.along - c.along);
+    }
+
     static double slope(const GridPoint& from, const GridPoint& to) {
         return (to.across - from.across) / (to.along - from.along);
     }
@@ -50,7 +64,7 @@ private:
     static void append(std::vector<GridPoint>& hull, const GridPoint& point, int sign) {
         const auto isWithin = [&] {
             const GridPoint &first = hull[hull.size() - 2], &second = hull.back();
-            return sign * (slope(first, second) - slope(second, point)) <= 0;
+            return sign * turn(first, second, second, point) >= 0;
         };
         while (hull.size() > 1 && isWithin())
             hull.pop_back();
@@ -59,16 +73,15 @@ private:
 
     /// The least of sign times the slopes to the point, which has one valley along the hull.
     static double extreme(const std::vector<GridPoint>& hull, const GridPoint& point, int sign) {
-        const auto value = [&](std::size_t k) { return sign * slope(hull[k], point); };
         std::size_t first = 0, last = hull.size() - 1;
         while (first < last) {
             const std::size_t middle = (first + last) / 2;
-            if (value(middle) <= value(middle + 1))
+            if (sign * turn(hull[middle], point, hull[middle + 1], point) >= 0)
                 last = middle;
             else
                 first = middle + 1;
         }
-        return value(first);
+        return sign * slope(hull[first], point);
     }
 
     std::vector<GridPoint> __lower, __upper;
@@ -117,29 +130,36 @@ struct Segment {
 class StepRemoval {
 public:
     StepRemoval(const Vertices<double>& vertices, bool closed)
-        : __vertices(vertices), __size(vertices.getNumVertices()), __numEdges(closed ? __size : __size - 1) {}
+        : __size(vertices.getNumVertices()), __numEdges(closed ? __size : __size - 1) {
+        __places.reserve(std::size_t(__size));
+        for (int k = 0; k < __size; ++k)
+            __places.push_back({vertices[k][0], vertices[k][1]});
+        __steps.reserve(std::size_t(__numEdges));
+        for (int k = 0; k < __numEdges; ++k)
+            __steps.push_back(stepOf(at(k), at(k + 1)));
+    }
 
     /// From the start on, once around or to the end.
-    std::vector<Segment> segmentsFrom(int start) const {
+    std::vector<Segment> segmentsFrom(int start) {
         std::vector<Segment> segments;
         for (int k = 0; k < __numEdges; k += segments.back().length)
             segments.push_back(longestFrom(start + k, __numEdges - k));
         return segments;
     }
 
-    Segment longestFrom(int first, int most) const {
+    Segment longestFrom(int first, int most) {
         Segment longest = {first};
         if (most < 2 || !isStep(first, false) || !isStep(first + 1, false))
             return longest;
         for (const View& view : views) {
-            Strip strip;
-            strip.add(placeOf(first, view));
+            __strip.clear();
+            __strip.add(placeOf(first, view));
             double slope = 0;
             int length = 0;
             while (length < most && isStep(first + length, view.alongAxesOnly) &&
-                   strip.add(placeOf(first + length + 1, view))) {
+                   __strip.add(placeOf(first + length + 1, view))) {
                 ++length;
-                slope = strip.slope();
+                slope = __strip.slope();
             }
             if (length > longest.length)
                 longest = {first, length, &view, slope, 0};
@@ -149,12 +169,11 @@ public:
         return longest;
     }
 
-    GridPoint at(int k) const {
-        const Vector<double>& vertex = __vertices[k % __size];
-        return {vertex[0], vertex[1]};
-    }
+    const GridPoint& at(int k) const { return __places[std::size_t(k % __size)]; }
 
 private:
+    enum class Step : unsigned char { None, AlongAxis, Diagonal };
+
     GridPoint placeOf(int k, const View& view) const { return view.of(at(k)); }
 
     /// Lays the line as far below as above what it stands for.
@@ -170,16 +189,22 @@ private:
     }
 
     bool isStep(int edge, bool alongAxesOnly) const {
-        const auto isOnGrid = [](double coordinate) { return std::trunc(2 * coordinate) == 2 * coordinate; };
-        const GridPoint p = at(edge), q = at(edge + 1);
-        if (!isOnGrid(p.along) || !isOnGrid(p.across) || !isOnGrid(q.along) || !isOnGrid(q.across))
-            return false;
-        const double x = std::abs(q.along - p.along), y = std::abs(q.across - p.across);
-        return x == 0 || y == 0 || (!alongAxesOnly && x == y);
+        const Step step = __steps[std::size_t(edge % __size)];
+        return step == Step::AlongAxis || (!alongAxesOnly && step == Step::Diagonal);
     }
 
-    const Vertices<double>& __vertices;
+    static Step stepOf(const GridPoint& p, const GridPoint& q) {
+        const auto isOnGrid = [](double coordinate) { return std::trunc(2 * coordinate) == 2 * coordinate; };
+        if (!isOnGrid(p.along) || !isOnGrid(p.across) || !isOnGrid(q.along) || !isOnGrid(q.across))
+            return Step::None;
+        const double x = std::abs(q.along - p.along), y = std::abs(q.across - p.across);
+        return x == 0 || y == 0 ? Step::AlongAxis : x == y ? Step::Diagonal : Step::None;
+    }
+
     int __size, __numEdges;
+    std::vector<GridPoint> __places;
+    std::vector<Step> __steps; // of the edges
+    Strip __strip;             // of the stretch and view that are looked at
 };
 
 } // namespace
@@ -188,7 +213,7 @@ Vertices<double> withoutPixelSteps(const Vertices<double>& vertices, bool closed
     const int size = vertices.getNumVertices();
     if (size < (closed ? 4 : 3))
         return vertices;
-    const StepRemoval removal(vertices, closed);
+    StepRemoval removal(vertices, closed);
     // Around, the start should not cut a segment in two: the end of the first one is better than any vertex.
     const int start = closed ? removal.longestFrom(0, size).length % size : 0;
     const std::vector<Segment> segments = removal.segmentsFrom(start);
