@@ -25,16 +25,24 @@ struct Measurements {
         : models(MeasurementTable::ofModels(stack, errors, shape)), items(MeasurementTable::ofItems(stack)),
           slices(MeasurementTable::ofSlices(stack)) {}
 
-    /// Measures how far the surfaces lie from each other, too.
-    void addDistances(const Stack& stack) {
+    /// Measures how far the surfaces lie from each other, too, or all from that of the model of a name.
+    void addDistances(const Stack& stack, const std::optional<std::string>& from) {
         ModelDistances surfaces(stack);
         ConsoleMonitor monitor;
         surfaces.addMonitor(monitor);
         surfaces.notifyStarted("Distances");
-        distances = MeasurementTable::ofDistances(surfaces);
+        distances = MeasurementTable::ofDistances(surfaces, from ? placeOf(*from, surfaces) : -1);
         surfaces.notifyFinished("");
         surfaces.removeMonitor(monitor);
         leftOut = surfaces.getLeftOut();
+    }
+
+    /// The place behind the last one when the model has no surface: there are no pairs with it.
+    static int placeOf(const std::string& model, const ModelDistances& surfaces) {
+        int place = 0;
+        while (place < surfaces.getNumSurfaces() && surfaces.getName(place) != model)
+            ++place;
+        return place;
     }
 
     MeasurementTable models, items, slices;
@@ -275,17 +283,26 @@ int measureCommand(const QStringList& arguments) {
                  "second for each.");
     line.addFlag("distances", "Measure how far the surfaces of each two models lie from each other: least, mean and "
                               "farthest (Hausdorff); up to about a second for each two.");
+    line.addOption({"distances-from"},
+                   "The distances of this model alone to all others, where there are many models.", "model");
     CsvTables collected;
     const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
         if (!file.isMeasurable())
             return int(ExitProblems);
+        std::optional<std::string> from;
+        if (line.isSet("distances-from"))
+            from = line.value("distances-from").toStdString();
+        if (from && file.getStack().findModel(*from) < 0) {
+            std::cerr << "vorlen-cli: " << file.getName() << ": there is no model \"" << *from << "\"\n";
+            return int(ExitProblems);
+        }
         return guarded("measure " + file.getName(), [&] {
             using Errors = MeasurementTable::Errors;
             using Shape = MeasurementTable::Shape;
             Measurements measurements(file.getStack(), line.isSet("error") ? Errors::Estimated : Errors::Unknown,
                                       line.isSet("shape") ? Shape::Measured : Shape::Unknown);
-            if (line.isSet("distances"))
-                measurements.addDistances(file.getStack());
+            if (line.isSet("distances") || from)
+                measurements.addDistances(file.getStack(), from);
             if (format == OutputFormat::Json)
                 writeJson(json, file, measurements);
             else

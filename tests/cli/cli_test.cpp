@@ -518,6 +518,13 @@ TEST(CommandLine, measuresDistancesBetweenModelsOnRequest) {
     EXPECT_NEAR(pair["meanToFirst"].toDouble(), 40, 1e-6);
     EXPECT_NEAR(pair["hausdorff"].toDouble(), 50, 1e-6);
     EXPECT_FALSE(cliJson(folder, "measure two.sdf")[0].toObject().contains("distances"));
+    const QJsonObject from = cliJson(folder, "measure --distances-from b two.sdf")[0].toObject();
+    ASSERT_EQ(from["distances"].toArray().size(), 1);
+    EXPECT_EQ(from["distances"].toArray()[0].toObject()["first"].toString(), "b");
+    EXPECT_EQ(from["distances"].toArray()[0].toObject()["second"].toString(), "a");
+    const Outcome unknown = cli(folder, "measure --distances-from c two.sdf");
+    EXPECT_EQ(unknown.status, 1);
+    EXPECT_NE(unknown.output.find("two.sdf: there is no model \"c\""), std::string::npos) << unknown.output;
     const std::string csv = cli(folder, "measure --distances --models-only --format csv two.sdf").output;
     EXPECT_NE(csv.find("\n\nFirst,Second,Surfaces,Least [\u00b5m],"), std::string::npos) << csv;
 
