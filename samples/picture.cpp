@@ -1,12 +1,13 @@
 /// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png, where WINDOW is
 /// main, panorama, rendering (in the stack's last pose), video (the question what is to be recorded), analysis (its
-/// table of models), spots (the choice of the threshold), or registration, registration-cuts and registration-landmarks
+/// table of models), distances (of the second model from the others), spots (the choice of the threshold), or registration, registration-cuts and registration-landmarks
 /// (on the slice in the middle).
 ///
 /// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 
 #include <iostream>
 
+#include <QComboBox>
 #include <QElapsedTimer>
 #include <QImage>
 #include <QSettings>
@@ -132,11 +133,18 @@ QWidget* prepare(const QString& name, VRLRootWindow& root) {
     }
     if (name.startsWith("registration"))
         return prepareRegistration(name, root);
-    if (name == "analysis") {
+    if (name == "analysis" || name == "distances") {
         root.mediator().runAnalysis();
         auto* window = opened<VRLAnalysisWindow>();
         window->resize(900, 330);
-        window->findChild<QTabWidget*>()->setCurrentIndex(2);
+        auto* const tabs = window->findChild<QTabWidget*>();
+        tabs->setCurrentIndex(2);
+        if (name == "distances") {
+            auto* const geometries = tabs->currentWidget()->findChild<QTabWidget*>();
+            geometries->setCurrentIndex(geometries->count() - 1);
+            wait(200); // the choice of models is made when it is shown
+            geometries->currentWidget()->findChild<QComboBox*>("distances.model")->setCurrentIndex(1);
+        }
         return window;
     }
     return nullptr;

@@ -46,6 +46,7 @@ ModelDistancesWidget::ModelDistancesWidget(QWidget* parent) : QWidget(parent) {
     __note->setContentsMargins(8, 4, 8, 6);
     auto* const row = new QHBoxLayout;
     row->setContentsMargins(8, 6, 8, 6);
+    row->setSpacing(8);
     row->addWidget(title);
     row->addWidget(__models);
     row->addStretch();
