@@ -27,6 +27,18 @@ bool isSameVertex(const ModelItem& one, int i, const ModelItem& other, int j) {
     return x(one, i) == x(other, j) && y(one, i) == y(other, j);
 }
 
+/// Whether a line of one point is part of a path through several slices, which has one point on each.
+bool isOnPath(const ModelItem& item) {
+    const Model* const model = item.getModel();
+    if (item.getSize() != 1 || model == nullptr || model->getNumItems() < 2)
+        return false;
+    for (int i = 0; i < model->getNumItems(); ++i)
+        if (model->getItem(i).getSize() != 1 ||
+            (model->getItem(i).getSlice() == item.getSlice() && &model->getItem(i) != &item))
+            return false;
+    return true;
+}
+
 /// The place of the least vertex, from which a polygon is compared; the start of others.
 int firstPlace(const ModelItem& item) {
     int least = 0;
@@ -124,7 +136,7 @@ std::vector<StackProblem> OutlineCheck::check(const ModelItem& item) {
         add(ProblemCode::OutlineEmpty, "The " + what + " has no vertices.");
         return problems;
     }
-    const int least = isPolygon(item) ? 3 : isPoints(item) ? 1 : 2;
+    const int least = isPolygon(item) ? 3 : isPoints(item) || isOnPath(item) ? 1 : 2;
     const bool isShort = n < least;
     if (isShort)
         add(ProblemCode::OutlineShort, "The " + what + " has " + std::to_string(n) + " of the " +

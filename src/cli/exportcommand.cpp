@@ -27,7 +27,8 @@ namespace {
 std::string obstacle(const Model& model, const StackReconstruction<float>& reconstruction) {
     if (model.getName().find('/') != std::string::npos)
         return "its name holds a '/', which a file name can't";
-    return ModelSurface<float>(model, reconstruction).reason();
+    const ModelSurface<float> surface(model, reconstruction);
+    return surface.isPath() ? "it is a path, which has no surface" : surface.reason();
 }
 
 /// The ends that the command line asks for, or nothing to leave them to the models.

@@ -35,6 +35,8 @@ std::optional<ExportedSurface> surfaceOf(const Model& model, const StackReconstr
     if (model.getProperties().getGeometry() == PolypointPrimitive)
         return std::nullopt;
     const ModelSurface<float> contours(model, reconstruction);
+    if (contours.isPath())
+        return std::nullopt;
     ExportedSurface made;
     if (contours.exists() && !contours.isGrid()) {
         made.surface = contours.closed(ends.value_or(ModelSurface<float>::getEnds(model.getProperties())));

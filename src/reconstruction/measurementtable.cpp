@@ -105,7 +105,9 @@ std::vector<Column> modelColumns(const Stack& stack, bool withErrors, bool withS
         {"EquivRadius", "equivalentRadius", length, "Radius of the ball of the volume", false, surfaceEstimator},
         {"Axis1", "mainAxesLengths", length, axis},
         {"Axis2", "mainAxesLengths", length, axis},
-        {"Axis3", "mainAxesLengths", length, axis}};
+        {"Axis3", "mainAxesLengths", length, axis},
+        {"PathLength", "pathLength", length,
+         "Length of the path through the sections that an open line of one point on each of them is"}};
     const std::string error = "Change when every second section is left out: more than the error of ";
     const char* const halves = "every second section left out";
     if (withErrors)
@@ -309,6 +311,10 @@ void MeasurementTable::addModel(const ModelMorphometry& morphometry) {
                   morphometry.isBestVolumeOfSurface() ? 0 : addText(sectionEstimator));
     for (int axis = 0; axis < 3; ++axis)
         addNumber(morphometry.getMainAxesLengths()[axis]);
+    if (morphometry.getPathLength() < 0)
+        addMissing(addText("Not available: the model is no open line of one point on each slice"));
+    else
+        addNumber(morphometry.getPathLength());
 }
 
 void MeasurementTable::addVolumes(const ModelMorphometry& morphometry, unsigned int reason) {

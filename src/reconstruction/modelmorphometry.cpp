@@ -93,6 +93,7 @@ void ModelMorphometry::clear() {
     __area = __areaWithoutSteps = 0;
     __volume = 0;
     __slabVolume = 0;
+    __pathLength = notAvailable;
     __closedArea = __closedVolume = notAvailable;
     __shape = ModelShape();
     __volumeError = __areaError = __closedAreaError = notAvailable;
@@ -143,6 +144,8 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
         return;
     __reason = surface.reason();
     const bool closed = __model->getProperties().getGeometry() == PolygonPrimitive;
+    if (surface.isPath())
+        __pathLength = surface.path().length();
     if (surface.exists()) {
         const TriMesh<double> tiles = surface.tile(2);
         __area = __areaWithoutSteps = tiles.area();

@@ -57,6 +57,9 @@ public:
     double getAreaWithoutSteps() const { return __areaWithoutSteps; }
     double getVolume() const { return __volume; }
 
+    /// Length of the path that an open line of one point on each slice is (ModelSurface::path()); -1 for all else.
+    double getPathLength() const { return __pathLength; }
+
     /// Volume of the slabs between successive sections.
     double getSlabVolume() const { return __slabVolume; }
 
@@ -125,6 +128,7 @@ private:
     double __areaWithoutSteps = 0;
     double __volume = 0;
     double __slabVolume = 0;
+    double __pathLength = -1;
     double __closedArea = -1;
     double __closedVolume = -1;
     double __volumeError = -1;

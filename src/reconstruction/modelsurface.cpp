@@ -197,6 +197,27 @@ SurfaceKind ModelSurface<T>::judge(std::size_t numSlices) const {
 }
 
 template <class T>
+bool ModelSurface<T>::isPath() const {
+    if (__isClosed || __kind != SurfaceKind::Simple)
+        return false;
+    const auto& curves = static_cast<const CurveStack<T>&>(*__shape);
+    for (int k = 0; k < curves.getHeight(); ++k)
+        if (curves[k].getNumVertices() != 1)
+            return false;
+    return true;
+}
+
+template <class T>
+Curve<T> ModelSurface<T>::path() const {
+    const int size = isPath() ? __shape->getHeight() : 0;
+    Curve<T> path(3, size, size, 1, true);
+    for (int k = 0; k < size; ++k)
+        for (int axis = 0; axis < 3; ++axis)
+            path[k][axis] = (*__shape)[k][0][axis];
+    return path;
+}
+
+template <class T>
 std::string ModelSurface<T>::reason() const {
     switch (__kind) {
     case SurfaceKind::Points:

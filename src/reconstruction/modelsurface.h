@@ -66,6 +66,12 @@ public:
     /// Whether there is one that can be resampled to rows and columns.
     bool isGrid() const { return __kind == SurfaceKind::Outline || __kind == SurfaceKind::Simple; }
 
+    /// Whether it is a path: an open line of one point on each of several slices, which leads through space.
+    bool isPath() const;
+
+    /// The path's points in the order of their slices; no points when it is none.
+    Curve<T> path() const;
+
     /// Why there is none, as a clause for a sentence: "it has several lines on one slice". Empty when there is one.
     std::string reason() const;
 

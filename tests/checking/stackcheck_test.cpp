@@ -118,6 +118,11 @@ TEST_F(StackCheckTest, tellsOfModelsAndOutlines) {
     EXPECT_EQ(
         check(head + slices + "MODEL \"m\";\nPRIMITIVE Polypoint;\nRESAMPLING 0 0;\n" + item("a", " 1,1 5,5 1,1")),
         (Found{"point-doubled 9 m a"}));
+    // A path through the slices has one point on each; a line on a slice has more.
+    const std::string lines = head + slices + "MODEL \"m\";\nPRIMITIVE Polyline;\n" + item("a", " 1,1");
+    EXPECT_EQ(check(lines + item("b", " 5,5")), Found{});
+    EXPECT_EQ(check(lines + item("b", " 5,5 9,9")), (Found{"outline-short 8 m a"}));
+    EXPECT_EQ(check(lines + item("a", " 5,5")), (Found{"outline-short 8 m a", "outline-short 10 m a"}));
     EXPECT_EQ(check(head + slices + "MODEL \"a/b\";\nRESAMPLING 0 20;\n"),
               (Found{"model-name-slash 6 a/b", "model-mesh 6 a/b", "model-empty 6 a/b"}));
 }

@@ -209,6 +209,21 @@ TEST(ModelMorphometry, openModelsHaveAnAreaAndPointsHaveAxesOnly) {
     EXPECT_EQ(cloud.getMatchingCoordinateAxes()[1], 2);
 }
 
+// Pixels of 0.5 and sections 2 apart, as in all of these: a way of 30 x 40 pixels and two sections, one of them left out,
+// and one straight on.
+TEST(ModelMorphometry, aPointOnEachSliceIsAPath) {
+    const auto stack = calibratedStack(4);
+    Model& path = addModel(*stack, "path", PolylinePrimitive);
+    addItem(path, stack->getSlice(0), {{100, 200}});
+    addItem(path, stack->getSlice(2), {{130, 240}});
+    addItem(path, stack->getSlice(3), {{130, 240}});
+    const ModelMorphometry measures = measured(path);
+    EXPECT_NEAR(measures.getPathLength(), std::hypot(25, 4) + 2, 1e-9);
+    // Two lines, or two points on a slice, are none.
+    addItem(path, stack->getSlice(1), {{100, 200}, {140, 200}});
+    EXPECT_EQ(measured(path).getPathLength(), -1);
+}
+
 TEST(ModelMorphometry, withoutVerticesAllIsZeroAndWithoutAModelNothingRuns) {
     ModelMorphometry morphometry;
     EXPECT_THROW(morphometry.run(), UsageError);

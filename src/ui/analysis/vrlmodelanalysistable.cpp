@@ -42,6 +42,8 @@ void VRLModelAnalysisTable::refresh() {
         names.insert(names.end(), {"Contours", "Area"});
     if (__geometry == PolygonPrimitive)
         names.push_back("Volume");
+    if (__geometry == PolylinePrimitive)
+        names.push_back("PathLength");
     showMeasurements(*this, measurements, measurements.find(names));
 }
 

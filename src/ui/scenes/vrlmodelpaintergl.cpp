@@ -14,6 +14,16 @@
 
 namespace vorlen {
 
+namespace {
+
+std::unique_ptr<CurveStack<float>> stackOf(const Curve<float>& curve) {
+    auto stack = std::make_unique<CurveStack<float>>(3, 0, 0, 0, 0, true);
+    stack->append(static_cast<const Vertices<float>&>(curve));
+    return stack;
+}
+
+} // namespace
+
 VRLModelPainterGL::VRLModelPainterGL(const Model& model) {
     setModel(model);
 }
@@ -37,7 +47,7 @@ void VRLModelPainterGL::setModel(const Model& model) {
     ShapePainterAttributesGL attributes =
         convertProperties(properties, model.getItemProperties(), model.getItemProperties());
     const ModelSurface<float>::MeshSize size = surface.getMeshSize(properties);
-    if (surface.exists() && surface.isGrid() && !size.isEmpty() && !size.exceeds(maxNumVertices)) {
+    if (surface.exists() && surface.isGrid() && !surface.isPath() && !size.isEmpty() && !size.exceeds(maxNumVertices)) {
         auto mesh = surface.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));
         mesh->buildCaps();
         attributes.setDisplayMode(properties.getRenderingMode() == WireframeRendering ? MeshDisplayGL
@@ -55,7 +65,7 @@ void VRLModelPainterGL::setModel(const Model& model) {
         __painter = std::move(painter);
         __shape = std::move(mesh);
     } else {
-        auto curves = surface.takeContours();
+        auto curves = surface.isPath() ? stackOf(surface.path()) : surface.takeContours();
         attributes.setDisplayMode(CurveDisplayGL);
         auto painter = std::make_unique<CurveStackPainterGL<float>>();
         painter->setShape(*curves);
