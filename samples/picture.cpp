@@ -1,7 +1,7 @@
 /// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png, where WINDOW is
 /// main, panorama, rendering (in the stack's last pose), video (the question what is to be recorded), analysis (its
-/// table of models), distances (of the second model from the others), spots (the choice of the threshold), or registration, registration-cuts and registration-landmarks
-/// (on the slice in the middle).
+/// table of models), distances (of the second model from the others), spots (the choice of the threshold), or
+/// registration, registration-cuts and registration-landmarks (on the slice in the middle).
 ///
 /// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 

@@ -283,8 +283,8 @@ int measureCommand(const QStringList& arguments) {
                  "second for each.");
     line.addFlag("distances", "Measure how far the surfaces of each two models lie from each other: least, mean and "
                               "farthest (Hausdorff); up to about a second for each two.");
-    line.addOption({"distances-from"},
-                   "The distances of this model alone to all others, where there are many models.", "model");
+    line.addOption({"distances-from"}, "The distances of this model alone to all others, where there are many models.",
+                   "model");
     CsvTables collected;
     const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
         if (!file.isMeasurable())

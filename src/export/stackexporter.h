@@ -24,10 +24,10 @@ class StackReconstruction;
 /// A branching model, which has no rows and columns, gets the STL file alone, through its contours' own vertices.
 ///
 /// Files are named by the directory, the prefix with a "-" if it is not empty, and the model's name. A model of points,
-/// a path, and a model without items have no such surface and are skipped without a word, and so is one that is to be resampled
-/// to no vertices. Two models of one name would get one file: with overwrite the second replaces the
-/// first. A name with a "/" would lead to another directory and is refused with FileWriteError. So is a mesh that asks
-/// for more than maxNumVertices.
+/// a path, and a model without items have no such surface and are skipped without a word, and so is one that is to be
+/// resampled to no vertices. Two models of one name would get one file: with overwrite the second replaces the first. A
+/// name with a "/" would lead to another directory and is refused with FileWriteError. So is a mesh that asks for more
+/// than maxNumVertices.
 ///
 /// Files are written surface by surface and piece by piece: what is held is one mesh and its certificate.
 class StackExporter {

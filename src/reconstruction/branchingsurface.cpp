@@ -431,8 +431,8 @@ void BranchingSurface::joinGroup(int section, const Group& group) {
         endPart(section + 1, part, false);
 }
 
-/// Areas and places beyond the sections, by which ends taper and slant: known where parts merge or go on, not where they
-/// split.
+/// Areas and places beyond the sections, by which ends taper and slant: known where parts merge or go on, not where
+/// they split.
 void BranchingSurface::noteAreas(int section, const Group& group) {
     const auto &lower = __sections[std::size_t(section)].getParts(),
                &upper = __sections[std::size_t(section) + 1].getParts();

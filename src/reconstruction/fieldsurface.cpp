@@ -601,8 +601,8 @@ std::optional<SectionPart> movedIn(const SectionPart& part, const PartList& part
     return moved;
 }
 
-/// A patch of parts whose rings are moved, for the lattice to tell them apart, or to see necks. As vertices on a section
-/// are places along its rings, the patch fits the rings as drawn.
+/// A patch of parts whose rings are moved, for the lattice to tell them apart, or to see necks. As vertices on a
+/// section are places along its rings, the patch fits the rings as drawn.
 std::optional<SurfacePatch> patchOfMoved(const PartList& lower, const PartList& upper, const std::vector<Link>& links,
                                          double lowerHeight, double upperHeight, double step, double distance) {
     std::vector<SectionPart> parts[2];

@@ -42,7 +42,8 @@ public:
     /// CentroidX to CentroidZ, Area, DrawnArea, Volume, SectionVolume, SlabVolume, ClosedArea, ClosedVolume,
     /// Sphericity, SurfaceToVolume, Surface, Parts, Euler, Genus, EquivRadius, Axis1 to Axis3, PathLength, in world
     /// coordinates; with errors VolumeError, AreaError and ClosedAreaError; with the shape Width, Height, Depth,
-    /// OrientedBox1 to OrientedBox3, LargestFeret, SmallestFeret, MeanThickness, LargestThickness, SkeletonLength, Branches and Ends.
+    /// OrientedBox1 to OrientedBox3, LargestFeret, SmallestFeret, MeanThickness, LargestThickness, SkeletonLength,
+    /// Branches and Ends.
     ///
     /// Volume is that of the closed surface where this is sound, else that of the sections.
     static MeasurementTable ofModels(const Stack& stack, Errors errors = Errors::Unknown, Shape shape = Shape::Unknown);

@@ -93,8 +93,7 @@ SectionRing ringOf(const Curve<T>& curve, const Curve<T>& origin) {
     std::vector<PlanePoint> points;
     points.reserve(std::size_t(curve.getNumVertices()));
     for (int k = 0; k < curve.getNumVertices(); ++k)
-        points.push_back(
-            {double(curve[k][0]) - double(origin[0][0]), double(curve[k][1]) - double(origin[0][1])});
+        points.push_back({double(curve[k][0]) - double(origin[0][0]), double(curve[k][1]) - double(origin[0][1])});
     return SectionRing(std::move(points));
 }
 
@@ -368,8 +367,7 @@ std::optional<EndShape<T>> ModelSurface<T>::shapeOf(SurfaceEnd end, bool atBegin
     const auto gapBefore = double(std::abs(here[0][2] - before[0][2]));
     if (end == SurfaceEnd::HalfSection)
         shape.scale = T(scaleOfEnd(std::fabs(ring.area), std::fabs(ringBefore.area), gapBefore, double(rise)));
-    const PlanePoint aside =
-        asideOfEnd(ring.centroid, ringBefore.centroid, gapBefore, double(rise), ring.meanRadius());
+    const PlanePoint aside = asideOfEnd(ring.centroid, ringBefore.centroid, gapBefore, double(rise), ring.meanRadius());
     shape.asideX = T(aside.x);
     shape.asideY = T(aside.y);
     return shape;

@@ -22,8 +22,8 @@ struct SurfaceEnds {
     SurfaceEnd end = SurfaceEnd::HalfSection;
 };
 
-/// How an end lies to its contour: so much above it, so far aside of it, and so many times its size about a point inside
-/// of it. A scale of 0 makes a tip, a rise of 0 a lid on the contour.
+/// How an end lies to its contour: so much above it, so far aside of it, and so many times its size about a point
+/// inside of it. A scale of 0 makes a tip, a rise of 0 a lid on the contour.
 template <class T>
 struct EndShape {
     T rise = 0;

@@ -50,8 +50,8 @@ public:
 private:
     static constexpr double half = 0.5;
 
-    /// Above 0 when the slope from c to d is greater than that from a to b, which are both ways forward. Exact, as places
-    /// are on a grid.
+    /// Above 0 when the slope from c to d is greater than that from a to b, which are both ways forward. Exact, as
+    /// places are on a grid.
     static double turn(const GridPoint& a, const GridPoint& b, const GridPoint& c, const GridPoint& d) {
         return (b.along - a.along) * (d.across - c.across) - (b.across - a.across) * (d.along - c.along);
     }

@@ -209,8 +209,8 @@ TEST(ModelMorphometry, openModelsHaveAnAreaAndPointsHaveAxesOnly) {
     EXPECT_EQ(cloud.getMatchingCoordinateAxes()[1], 2);
 }
 
-// Pixels of 0.5 and sections 2 apart, as in all of these: a way of 30 x 40 pixels and two sections, one of them left out,
-// and one straight on.
+// Pixels of 0.5 and sections 2 apart, as in all of these: a way of 30 x 40 pixels and two sections, one of them left
+// out, and one straight on.
 TEST(ModelMorphometry, aPointOnEachSliceIsAPath) {
     const auto stack = calibratedStack(4);
     Model& path = addModel(*stack, "path", PolylinePrimitive);

@@ -29,8 +29,8 @@ struct Solid {
 /// linked rings and helices. Areas without a closed form are integrals, done to ten digits.
 std::vector<Solid> knownSolids();
 
-/// Where vertices can lie: in the middles of pixels, as what is traced pixel by pixel does, or on the outline itself, to
-/// the thousandths that programs compute.
+/// Where vertices can lie: in the middles of pixels, as what is traced pixel by pixel does, or on the outline itself,
+/// to the thousandths that programs compute.
 enum class DrawnVertices : unsigned char { WholePixels, Decimals };
 
 /// How a body is drawn.

@@ -44,14 +44,12 @@ void printVertices(DrawnVertices vertices) {
     std::printf("### 50 sections, 500 pixels across the body\n\n");
     printTable(drawing(50, 0.002));
     std::printf("### Greatest errors over all bodies\n\n");
-    printSummary("Sections",
-                 {{"25", drawing(25, 0.002)}, {"50", drawing(50, 0.002)}, {"100", drawing(100, 0.002)}});
+    printSummary("Sections", {{"25", drawing(25, 0.002)}, {"50", drawing(50, 0.002)}, {"100", drawing(100, 0.002)}});
     printSummary("Pixels across the body",
                  {{"100", drawing(50, 0.01)}, {"200", drawing(50, 0.005)}, {"500", drawing(50, 0.002)}});
-    printSummary("Pixels",
-                 {{"turned by 30 degrees", drawing(50, 0.002, 1, 0.5236)},
-                  {"twice as high as wide", drawing(50, 0.002, 2)},
-                  {"twice as high as wide, turned by 30 degrees", drawing(50, 0.002, 2, 0.5236)}});
+    printSummary("Pixels", {{"turned by 30 degrees", drawing(50, 0.002, 1, 0.5236)},
+                            {"twice as high as wide", drawing(50, 0.002, 2)},
+                            {"twice as high as wide, turned by 30 degrees", drawing(50, 0.002, 2, 0.5236)}});
 }
 
 int printAll() {

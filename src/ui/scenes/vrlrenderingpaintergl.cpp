@@ -10,6 +10,20 @@
 
 namespace vorlen {
 
+namespace {
+
+/// Whether all lines of a model are points, which show nothing alone.
+bool mayBePath(const Model& model) {
+    if (model.getProperties().getGeometry() != PolylinePrimitive || model.getNumItems() < 2)
+        return false;
+    for (int i = 0; i < model.getNumItems(); ++i)
+        if (model.getItem(i).getSize() != 1)
+            return false;
+    return true;
+}
+
+} // namespace
+
 VRLRenderingPainterGL::VRLRenderingPainterGL() = default;
 
 VRLRenderingPainterGL::~VRLRenderingPainterGL() = default;
@@ -41,7 +55,10 @@ void VRLRenderingPainterGL::removeItem(const ModelItem& item) {
 void VRLRenderingPainterGL::processItemVertexChange(const ModelItem& item) {
     if (__model == nullptr)
         return;
-    if (__itemMode)
+    // A line of several points is no part of a path any more, or the path has got its second point.
+    if (__model->getProperties().getRenderingMode() == CurveRendering && __itemMode != itemMode())
+        setModel(*__model);
+    else if (__itemMode)
         updateItem(item);
     else
         buildModelPainter();
@@ -125,7 +142,7 @@ DisplayModeGL VRLRenderingPainterGL::displayMode() const {
 bool VRLRenderingPainterGL::itemMode() const {
     const DisplayModeGL mode = displayMode();
     return __model->getProperties().getGeometry() == PolypointPrimitive || mode == SymbolDisplayGL ||
-           mode == CurveDisplayGL;
+           (mode == CurveDisplayGL && !mayBePath(*__model));
 }
 
 /// After clear() the item does not come back without the others.
