@@ -60,7 +60,7 @@ std::string htmlEscaped(const std::string& text) {
     return result;
 }
 
-std::vector<bool> FusionReport::outlying(const std::vector<double>& values, double least) {
+std::vector<bool> FusionReport::outlying(const std::vector<double>& values) {
     std::vector<double> known, off;
     for (const double value : values)
         if (value >= 0)
@@ -74,7 +74,14 @@ std::vector<bool> FusionReport::outlying(const std::vector<double>& values, doub
         off.push_back(std::abs(value - median));
     const double spread = 1.4826 * medianOf(off);
     for (std::size_t i = 0; i < values.size(); ++i)
-        result[i] = values[i] > least && values[i] > 1.5 * median && values[i] - median > 3.5 * spread;
+        result[i] = values[i] > 1.5 * median && values[i] - median > 3.5 * spread;
+    return result;
+}
+
+std::vector<bool> FusionReport::outlyingResiduals(const std::vector<double>& residuals) const {
+    std::vector<bool> result = outlying(residuals);
+    for (std::size_t i = 0; i < residuals.size(); ++i)
+        result[i] = result[i] && residuals[i] > std::max(precision, specimens[i].pixel / 2);
     return result;
 }
 
@@ -96,7 +103,7 @@ void FusionReport::setResiduals(const std::vector<SpecimenSurfaces>& placed, con
         specimen.residual = count > 0 ? std::sqrt(sum / count) : -1;
         whole.push_back(specimen.residual);
     }
-    const std::vector<bool> stand = outlying(whole, precision);
+    const std::vector<bool> stand = outlyingResiduals(whole);
     for (std::size_t i = 0; i < specimens.size(); ++i) {
         specimens[i].outlier = stand[i];
         if (stand[i]) {
@@ -110,7 +117,7 @@ void FusionReport::setResiduals(const std::vector<SpecimenSurfaces>& placed, con
         values.reserve(specimens.size());
         for (const SpecimenReport& specimen : specimens)
             values.push_back(specimen.residuals[k]);
-        const std::vector<bool> own = outlying(values, precision);
+        const std::vector<bool> own = outlyingResiduals(values);
         for (std::size_t i = 0; i < specimens.size(); ++i) {
             specimens[i].outliers[k] = own[i];
             if (own[i] && !stand[i]) {
