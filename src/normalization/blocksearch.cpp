@@ -27,8 +27,9 @@ double BlockSearch<T>::Known::boundAt(const Place& other) const {
 
 template <class T>
 BlockSearch<T>::BlockSearch(const NearestSearch<T>& tree, int rank)
-    : __tree(tree), __rank(rank), __most(128 + 8 * std::min(rank, mostRank)), __near(3 * std::size_t(__most + 1)),
-      __last{{}, std::numeric_limits<double>::infinity()}, __middle(__last) {}
+    : __tree(tree), __rank(rank), __most(128 + 8 * std::min(rank, mostRank)),
+      __near(3 * std::size_t(__most + 1)), __last{{}, std::numeric_limits<double>::infinity()}, __middle(__last) {
+}
 
 /// Nothing is within reach when rounding was greater than the slack: then all are looked at.
 template <class T>

@@ -44,8 +44,8 @@ private:
     int __rank;
     int __most;
     std::vector<T> __near; // coordinates of the points that were collected, a row for each axis
-    Known __last;   // the last place
-    Known __middle; // of the last block
+    Known __last;          // the last place
+    Known __middle;        // of the last block
 };
 
 } // namespace vorlen

@@ -38,8 +38,8 @@ void compareWithSingleSearches(const std::vector<T>& points, int rank) {
                 std::vector<T> squares(places.size());
                 search.find(places.data(), count, squares.data());
                 for (std::size_t c = 0; c < places.size(); ++c)
-                    ASSERT_EQ(squares[c], tree.kthSquaredDistance(places[c].data(), rank,
-                                                                  std::numeric_limits<T>::infinity()))
+                    ASSERT_EQ(squares[c],
+                              tree.kthSquaredDistance(places[c].data(), rank, std::numeric_limits<T>::infinity()))
                         << "step " << step << ", rank " << rank << ", cell " << c << " of " << count;
             }
         }
