@@ -11,7 +11,9 @@ namespace vorlen {
 
 namespace {
 
+/// Of the values that are not below 0, which stand for none.
 double medianOf(std::vector<double> values) {
+    values.erase(std::remove_if(values.begin(), values.end(), [](double value) { return value < 0; }), values.end());
     if (values.empty())
         return 0;
     std::sort(values.begin(), values.end());
@@ -108,8 +110,8 @@ void FusionReport::setResiduals(const std::vector<SpecimenSurfaces>& placed, con
         specimens[i].outlier = stand[i];
         if (stand[i]) {
             warnings.push_back("\"" + specimens[i].name + "\" is an outlier: it lies " +
-                               plainNumber(specimens[i].residual) + " off the mean, the median is " +
-                               plainNumber(medianOf(whole)));
+                               plainNumber(specimens[i].residual) + " " + unit + " off the mean, the median is " +
+                               plainNumber(medianOf(whole)) + " " + unit);
         }
     }
     for (std::size_t k = 0; k < structures.size(); ++k) {
@@ -122,7 +124,7 @@ void FusionReport::setResiduals(const std::vector<SpecimenSurfaces>& placed, con
             specimens[i].outliers[k] = own[i];
             if (own[i] && !stand[i]) {
                 warnings.push_back("\"" + structures[k] + "\" of \"" + specimens[i].name +
-                                   "\" is an outlier: " + plainNumber(values[i]) + " off the mean");
+                                   "\" is an outlier: " + plainNumber(values[i]) + " " + unit + " off the mean");
             }
         }
     }
