@@ -1,12 +1,13 @@
 #include "normalization/boundedpoissondensityestimator.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <limits>
 #include <memory>
 
 #include "images/filters/parallelwork.h"
 #include "images/volumes/voxelmatrix.h"
+#include "normalization/blocksearch.h"
 #include "normalization/clippedball.h"
 #include "normalization/mapdomain.h"
 #include "numerics/exception.h"
@@ -81,6 +82,10 @@ struct Sums {
     long long cells = 0;
 };
 
+/// Cells of a block on the axes of rows, columns and planes.
+constexpr int blockSize[] = {2, 4, 2};
+constexpr std::size_t blockCells = 16;
+
 /// All that the rows of a map need.
 template <class T>
 struct Searches {
@@ -91,51 +96,83 @@ struct Searches {
     const std::vector<unsigned char>& inside;
     std::unique_ptr<MaskedShare<T>> share;
 
-    Sums fillRow(int i, int k, T* row) const;
+    /// The rows of the blocks that begin at row i of plane k; sums: one for each row of the map.
+    void fillRows(int i, int k, VoxelMatrix<T>& matrix, Sums* sums) const;
+
+private:
+    using Place = typename BlockSearch<T>::Place;
+    struct Cell {
+        int i, j, k;
+    };
+
+    std::size_t rowNumber(int i, int k) const {
+        return std::size_t(k) * std::size_t(lattice.getSize(0)) + std::size_t(i);
+    }
+    std::size_t cellsOfBlock(const Cell& first, Cell* cells) const;
+    T density(const Cell& cell, const Place& place, const T* squares, Sums& sums) const;
 };
 
+/// The cells of the domain, at most blockCells.
 template <class T>
-Sums Searches<T>::fillRow(int i, int k, T* row) const {
-    const double infinity = std::numeric_limits<double>::infinity();
-    const double step = lattice.extent(1, 0);
-    const int columns = lattice.getSize(1);
-    const std::size_t first =
-        (std::size_t(k) * std::size_t(lattice.getSize(0)) + std::size_t(i)) * std::size_t(columns);
-    const double numerator = double(rank) * double(trees.size()) - 1;
-    std::vector<double> reached(trees.size(), infinity); // at the cell before
-    double below[3], above[3];
-    T x[3] = {lattice.position(0, i), 0, lattice.position(2, k)};
-    Sums sums;
-    for (int j = 0; j < columns; ++j) {
-        row[j] = T(0);
-        if (!inside.empty() && !inside[first + std::size_t(j)]) {
-            std::fill(reached.begin(), reached.end(), infinity);
+std::size_t Searches<T>::cellsOfBlock(const Cell& first, Cell* cells) const {
+    const auto end = [&](int axis, int begin) { return std::min(begin + blockSize[axis], lattice.getSize(axis)); };
+    const std::size_t columns = std::size_t(lattice.getSize(1));
+    std::size_t count = 0;
+    for (int k = first.k; k < end(2, first.k); ++k)
+        for (int i = first.i; i < end(0, first.i); ++i)
+            for (int j = first.j; j < end(1, first.j); ++j)
+                if (inside.empty() || inside[rowNumber(i, k) * columns + std::size_t(j)])
+                    cells[count++] = Cell{i, j, k};
+    return count;
+}
+
+template <class T>
+void Searches<T>::fillRows(int i, int k, VoxelMatrix<T>& matrix, Sums* sums) const {
+    std::vector<BlockSearch<T>> neighbours;
+    neighbours.reserve(trees.size());
+    for (const NearestSearch<T>& tree : trees)
+        neighbours.emplace_back(tree, rank);
+    std::vector<T> squares(trees.size() * blockCells);
+    std::array<Cell, blockCells> cells;
+    std::array<Place, blockCells> places;
+    for (int j = 0; j < lattice.getSize(1); j += blockSize[1]) {
+        const std::size_t count = cellsOfBlock(Cell{i, j, k}, cells.data());
+        if (count == 0)
             continue;
-        }
-        x[1] = lattice.position(1, j);
-        for (int a = 0; a < 3; ++a) {
-            below[a] = std::max(0., double(x[a]) - double(box.min(a)));
-            above[a] = std::max(0., double(box.max(a)) - double(x[a]));
-            if (lattice.getSize(a) == 1 && !(below[a] + above[a] > 0))
-                below[a] = above[a] = 0.5; // a box without width counts as 1 wide
-        }
-        double volumes = 0;
-        for (std::size_t t = 0; t < trees.size(); ++t) {
-            // The points within reach of the cell before are within this.
-            const double bound = (reached[t] + step) * 1.0001;
-            T square = trees[t].kthSquaredDistance(x, rank, T(bound * bound));
-            if (!std::isfinite(square))
-                square = trees[t].kthSquaredDistance(x, rank, std::numeric_limits<T>::infinity());
-            const double distance = reached[t] = std::sqrt(double(square));
-            const double volume = clippedBallVolume(below, above, distance);
-            volumes += share ? volume * share->of(i, j, k, distance) : volume;
-            sums.distance += distance;
-        }
-        row[j] = numerator > 0 ? T(numerator / volumes) : T(0);
-        sums.density += double(row[j]);
-        ++sums.cells;
+        for (std::size_t c = 0; c < count; ++c)
+            places[c] = {lattice.position(0, cells[c].i), lattice.position(1, cells[c].j),
+                         lattice.position(2, cells[c].k)};
+        for (std::size_t t = 0; t < trees.size(); ++t)
+            neighbours[t].find(places.data(), int(count), squares.data() + t * blockCells);
+        for (std::size_t c = 0; c < count; ++c)
+            matrix[cells[c].k][cells[c].i][cells[c].j] =
+                density(cells[c], places[c], squares.data() + c, sums[rowNumber(cells[c].i, cells[c].k)]);
     }
-    return sums;
+}
+
+/// squares: to the k-th point of each pattern, blockCells elements apart.
+template <class T>
+T Searches<T>::density(const Cell& cell, const Place& place, const T* squares, Sums& sums) const {
+    double below[3], above[3];
+    for (int a = 0; a < 3; ++a) {
+        const double x = double(place[std::size_t(a)]);
+        below[a] = std::max(0., x - double(box.min(a)));
+        above[a] = std::max(0., double(box.max(a)) - x);
+        if (lattice.getSize(a) == 1 && !(below[a] + above[a] > 0))
+            below[a] = above[a] = 0.5; // a box without width counts as 1 wide
+    }
+    const double numerator = double(rank) * double(trees.size()) - 1;
+    double volumes = 0;
+    for (std::size_t t = 0; t < trees.size(); ++t) {
+        const double distance = std::sqrt(double(squares[t * blockCells]));
+        const double volume = clippedBallVolume(below, above, distance);
+        volumes += share ? volume * share->of(cell.i, cell.j, cell.k, distance) : volume;
+        sums.distance += distance;
+    }
+    const T result = numerator > 0 ? T(numerator / volumes) : T(0);
+    sums.density += double(result);
+    ++sums.cells;
+    return result;
 }
 
 } // namespace
@@ -185,9 +222,10 @@ void BoundedPoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const Bo
     Sums total;
     if (!searches.trees.empty() && matrix.getSize().min() > 0 && !this->isCanceled()) {
         std::vector<Sums> sums(std::size_t(rows) * std::size_t(planes));
-        work.run(rows * planes, static_cast<unsigned long long>(planes), [&](int number, int /*worker*/) {
-            const int i = number % rows, k = number / rows;
-            sums[std::size_t(number)] = searches.fillRow(i, k, matrix[k][i].data());
+        const int across = (rows + blockSize[0] - 1) / blockSize[0];
+        const int blocks = across * ((planes + blockSize[2] - 1) / blockSize[2]);
+        work.run(blocks, static_cast<unsigned long long>(planes), [&](int number, int /*worker*/) {
+            searches.fillRows(number % across * blockSize[0], number / across * blockSize[2], matrix, sums.data());
         });
         for (const Sums& each : sums) {
             total.density += each.density;

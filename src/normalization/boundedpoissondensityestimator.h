@@ -19,8 +19,8 @@ namespace vorlen {
 /// pattern in W, of which an estimate by neighbours falls short or is in excess by some per cent; integralBefore()
 /// tells by how much.
 ///
-/// A cell costs a search in each pattern, O(k log n), sped up by the distance found for the cell before. Rows are
-/// worked on in parallel with the same bits for any number of threads. Work memory is that of the search trees, and
+/// A cell costs a search in each pattern, O(k log n), or its share of that of a block of cells (BlockSearch). Blocks
+/// are worked on in parallel with the same bits for any number of threads. Work memory is that of the search trees, and
 /// with masks five bytes for each cell. Instantiated for float and double.
 template <class T>
 class BoundedPoissonDensityEstimator : public DensityEstimator<T> {

@@ -5,6 +5,7 @@
 
 #include "document/modelitem.h"
 #include "document/stack.h"
+#include "document/stackslice.h"
 #include "normalization/cohortregistration.h"
 #include "normalization/fusionsteps.h"
 #include "normalization/globalshapesetgroupregistration.h"
@@ -228,7 +229,14 @@ void FusionPipeline<T>::initReport() {
     __report.unit = __config.getStacks().front()->getLengthUnit().symbol();
     for (const Stack* stack : __config.getStacks()) {
         __report.specimens.emplace_back();
-        __report.specimens.back().name = stack->getName();
+        SpecimenReport& specimen = __report.specimens.back();
+        specimen.name = stack->getName();
+        const double factor = VRLFusionConfig<T>::unitFactor(*stack, *__config.getStacks().front());
+        for (int k = 0; k < stack->getNumSlices(); ++k) {
+            const PixelCalibration& calibration = stack->getSlice(k).getPixelCalibration();
+            const double side = double(std::max(calibration.getPixelWidth(), calibration.getPixelHeight()));
+            specimen.pixel = std::max(specimen.pixel, side * factor);
+        }
     }
 }
 

@@ -11,7 +11,9 @@ namespace vorlen {
 
 namespace {
 
+/// Of the values that are not below 0, which stand for none.
 double medianOf(std::vector<double> values) {
+    values.erase(std::remove_if(values.begin(), values.end(), [](double value) { return value < 0; }), values.end());
     if (values.empty())
         return 0;
     std::sort(values.begin(), values.end());
@@ -60,7 +62,7 @@ std::string htmlEscaped(const std::string& text) {
     return result;
 }
 
-std::vector<bool> FusionReport::outlying(const std::vector<double>& values, double least) {
+std::vector<bool> FusionReport::outlying(const std::vector<double>& values) {
     std::vector<double> known, off;
     for (const double value : values)
         if (value >= 0)
@@ -74,7 +76,14 @@ std::vector<bool> FusionReport::outlying(const std::vector<double>& values, doub
         off.push_back(std::abs(value - median));
     const double spread = 1.4826 * medianOf(off);
     for (std::size_t i = 0; i < values.size(); ++i)
-        result[i] = values[i] > least && values[i] > 1.5 * median && values[i] - median > 3.5 * spread;
+        result[i] = values[i] > 1.5 * median && values[i] - median > 3.5 * spread;
+    return result;
+}
+
+std::vector<bool> FusionReport::outlyingResiduals(const std::vector<double>& residuals) const {
+    std::vector<bool> result = outlying(residuals);
+    for (std::size_t i = 0; i < residuals.size(); ++i)
+        result[i] = result[i] && residuals[i] > std::max(precision, specimens[i].pixel / 2);
     return result;
 }
 
@@ -96,13 +105,13 @@ void FusionReport::setResiduals(const std::vector<SpecimenSurfaces>& placed, con
         specimen.residual = count > 0 ? std::sqrt(sum / count) : -1;
         whole.push_back(specimen.residual);
     }
-    const std::vector<bool> stand = outlying(whole, precision);
+    const std::vector<bool> stand = outlyingResiduals(whole);
     for (std::size_t i = 0; i < specimens.size(); ++i) {
         specimens[i].outlier = stand[i];
         if (stand[i]) {
             warnings.push_back("\"" + specimens[i].name + "\" is an outlier: it lies " +
-                               plainNumber(specimens[i].residual) + " off the mean, the median is " +
-                               plainNumber(medianOf(whole)));
+                               plainNumber(specimens[i].residual) + " " + unit + " off the mean, the median is " +
+                               plainNumber(medianOf(whole)) + " " + unit);
         }
     }
     for (std::size_t k = 0; k < structures.size(); ++k) {
@@ -110,12 +119,12 @@ void FusionReport::setResiduals(const std::vector<SpecimenSurfaces>& placed, con
         values.reserve(specimens.size());
         for (const SpecimenReport& specimen : specimens)
             values.push_back(specimen.residuals[k]);
-        const std::vector<bool> own = outlying(values, precision);
+        const std::vector<bool> own = outlyingResiduals(values);
         for (std::size_t i = 0; i < specimens.size(); ++i) {
             specimens[i].outliers[k] = own[i];
             if (own[i] && !stand[i]) {
                 warnings.push_back("\"" + structures[k] + "\" of \"" + specimens[i].name +
-                                   "\" is an outlier: " + plainNumber(values[i]) + " off the mean");
+                                   "\" is an outlier: " + plainNumber(values[i]) + " " + unit + " off the mean");
             }
         }
     }

@@ -12,6 +12,7 @@ namespace vorlen {
 struct SpecimenReport {
     std::string name;
     double unitFactor = 1; ///< by which its lengths came to the report's unit
+    double pixel = 0;      ///< longest side of a pixel of its sections
     double turned = 0;     ///< degrees by which it was turned against its raw data
     bool mirrored = false;
     std::vector<double> residuals; ///< for each structure the distance to the mean surface; below 0 without one
@@ -28,7 +29,9 @@ struct SpecimenReport {
 /// A residual is the root mean square distance of the vertices of the registered surface to the mean surface, before
 /// any warp. A value stands out when it is above 1.5 times the median and by more than 3.5 robust standard deviations
 /// (1.4826 times the median distance to the median), and there are at least four. Source: B. Iglewicz and D. Hoaglin,
-/// How to Detect and Handle Outliers, 1993.
+/// How to Detect and Handle Outliers, 1993. A residual of
+/// at most half a pixel, about what rounding outlines to pixels makes, tells nothing of a specimen and is never named,
+/// however near the others lie.
 struct FusionReport {
     std::string unit;     ///< symbol of the unit
     double precision = 0; ///< lengths below it are rounding: a hundred thousandth of the size of the specimens
@@ -45,8 +48,10 @@ struct FusionReport {
     std::vector<double> errors, sems;
 
     /// Which of the values stand out; those below 0 take no part.
-    /// Values below least do not stand out.
-    static std::vector<bool> outlying(const std::vector<double>& values, double least = 0);
+    static std::vector<bool> outlying(const std::vector<double>& values);
+
+    /// Which of the residuals stand out and are more than their specimens' pixels explain; one for each specimen.
+    std::vector<bool> outlyingResiduals(const std::vector<double>& residuals) const;
 
     /// Fills in the residuals of the specimens and names outliers among the warnings. Both lists are as the shape sets.
     void setResiduals(const std::vector<SpecimenSurfaces>& placed, const SpecimenSurfaces& mean);

@@ -51,6 +51,7 @@ void GroupComparison::conclude(std::vector<PermutationMaxima> stretches) {
 bool GroupComparison::run() {
     if (!__test && !prepare())
         return false;
+    notifyProgressed("Permuting the specimens...");
     std::vector<PermutationMaxima> all;
     all.push_back(maxima(0, numPermutations()));
     if (isCanceled())

@@ -15,6 +15,7 @@ namespace {
 
 /// Places whose values, those of twenty specimens, stay in the nearest caches while all dealings go over them.
 constexpr std::size_t blockSize = 2048;
+constexpr std::size_t leastParts = 512, leastStretch = 100;
 
 /// By how much statistics may differ that are equal but for the order of their sums.
 constexpr float sameShare = 1e-5f;
@@ -87,16 +88,24 @@ PermutationMaxima PermutationTest::maxima(std::uint64_t first, std::uint64_t cou
             result.masses[std::size_t(number)] = float(greatest);
         });
     } else {
-        const int numBlocks = static_cast<int>((numPlaces + blockSize - 1) / blockSize);
-        ParallelWork work(*this, std::max(1ULL, static_cast<unsigned long long>(numBlocks)));
+        // A part is a block of places and a stretch of the dealings, of which there are enough for all threads, and for
+        // progress and cancelling, on small maps too.
+        const std::size_t numBlocks = (numPlaces + blockSize - 1) / blockSize;
+        const std::size_t wanted = std::max<std::size_t>(1, leastParts / std::max<std::size_t>(1, numBlocks));
+        const std::size_t stretch = std::max(leastStretch, (dealings.size() + wanted - 1) / wanted);
+        const auto numParts = static_cast<int>(numBlocks * ((dealings.size() + stretch - 1) / stretch));
+        ParallelWork work(*this, std::max(1ULL, static_cast<unsigned long long>(numParts)));
         // Each worker keeps the greatest of its blocks; that of all is the same whoever did which.
         std::vector<std::vector<float>> greatest(std::size_t(work.workers()),
                                                  std::vector<float>(dealings.size(), 0.0f));
-        work.run(numBlocks, static_cast<unsigned long long>(numBlocks), [&](int number, int worker) {
-            const std::size_t from = std::size_t(number) * blockSize, to = std::min(numPlaces, from + blockSize);
+        work.run(numParts, static_cast<unsigned long long>(numParts), [&](int number, int worker) {
+            const std::size_t from = std::size_t(number) % numBlocks * blockSize;
+            const std::size_t to = std::min(numPlaces, from + blockSize);
+            const std::size_t begin = std::size_t(number) / numBlocks * stretch;
+            const std::size_t end = std::min(dealings.size(), begin + stretch);
             std::vector<float> block(to - from);
             std::vector<float>& mine = greatest[std::size_t(worker)];
-            for (std::size_t d = 0; d < dealings.size() && !work.isCanceled(); ++d) {
+            for (std::size_t d = begin; d < end && !work.isCanceled(); ++d) {
                 __statistic.evaluate(dealings[d], from, to, block.data());
                 mine[d] = std::max(mine[d], greatestAbsolute(block.data(), block.size()));
             }

@@ -24,6 +24,9 @@ constexpr double leastCosine = 0.2;
 constexpr double searchScale = 2;
 constexpr double fineScale = 5;
 
+// Of the mean distance within, what a pair beside an end of a surface counts at most when orientations are compared.
+constexpr double besideShare = 2;
+
 // Steps below which a search and the last refinement end, in shares of the body's radius.
 constexpr double roughTolerance = 3e-4;
 constexpr double fineTolerance = 2e-5;
@@ -135,10 +138,28 @@ public:
         findPairs(pose);
         double sum = 0;
         for (const Pair& pair : __pairs) {
-            const bool agrees = pair.normal[0] != 0 || pair.normal[1] != 0 || pair.normal[2] != 0;
-            const Point3 d = minus(pair.moving, pair.target);
-            const double along = pair.beside ? pair.distance : std::abs(dot(d, pair.normal));
-            const double r = agrees ? std::min(along, limit) : limit;
+            const double r = offBy(pair, limit);
+            sum += r * r;
+        }
+        return sum / double(__pairs.size());
+    }
+
+    /// The score by which the orientation is chosen. Where a surface ends depends on which sections there are, and says
+    /// little of the orientation: pairs beside ends count up to twice what the others are off in the mean. Unless most
+    /// pairs are such.
+    double choiceScore(const SpecimenPose& pose, double limit) {
+        findPairs(pose);
+        double sum = 0;
+        int numInner = 0;
+        for (const Pair& pair : __pairs) {
+            const double r = pair.beside ? 0 : offBy(pair, limit);
+            sum += r * r;
+            numInner += pair.beside ? 0 : 1;
+        }
+        const bool most = 2 * numInner > int(__pairs.size());
+        const double besideLimit = most ? std::min(limit, besideShare * std::sqrt(sum / numInner)) : limit;
+        for (const Pair& pair : __pairs) {
+            const double r = pair.beside ? std::min(besideLimit, offBy(pair, limit)) : 0;
             sum += r * r;
         }
         return sum / double(__pairs.size());
@@ -156,6 +177,12 @@ public:
     }
 
 private:
+    static double offBy(const Pair& pair, double limit) {
+        const bool agrees = pair.normal[0] != 0 || pair.normal[1] != 0 || pair.normal[2] != 0;
+        const double along = pair.beside ? pair.distance : std::abs(dot(minus(pair.moving, pair.target), pair.normal));
+        return agrees ? std::min(along, limit) : limit;
+    }
+
     void addPair(const Point3& moving, const Point3& movingNormal, const Point3& target, const Point3& targetNormal,
                  double reach) {
         Pair pair{moving, target, {0, 0, 0}, 0, false};
@@ -412,7 +439,7 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
             pose.mirrored = false;
             iteration.run(pose, pointSteps, 1, __radius, roughTolerance);
             iteration.run(pose, normalSteps, 0.02, __radius, roughTolerance);
-            candidate.score = iteration.score(pose, limit);
+            candidate.score = normalSteps > 0 ? iteration.choiceScore(pose, limit) : iteration.score(pose, limit);
             pose.mirrored = candidate.pose.mirrored;
             candidate.pose = pose;
         }

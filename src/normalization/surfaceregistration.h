@@ -14,8 +14,10 @@ namespace vorlen {
 /// coarsely, and the best are refined by closest points of the same structure, both ways, first on points and then
 /// along normals, with weights that fade for pairs far apart, so that missing parts pull nothing. The score is the mean
 /// square distance, each counted up to a twelfth of the size of the body, and pairs whose normals disagree as such.
-/// Sources: P. J. Besl and N. D. McKay, IEEE PAMI 14, 1992; D. Chetverikov et al., Image and Vision Computing 23, 2005,
-/// for trimming; S. Rusinkiewicz, ACM Transactions on Graphics 38, 2019, for the symmetrical normals.
+/// When orientations are compared, pairs beside an end of a surface count at most twice the mean of the others: where
+/// the sections end would else outweigh the anatomy of nearly symmetrical bodies. Sources: P. J. Besl and N. D. McKay,
+/// IEEE PAMI 14, 1992; D. Chetverikov et al., Image and Vision Computing 23, 2005, for trimming; S. Rusinkiewicz, ACM
+/// Transactions on Graphics 38, 2019, for the symmetrical normals.
 ///
 /// Distances along normals tell nothing of a shift along the surfaces: where two specimens differ like a motion, it is
 /// taken for one.

@@ -170,6 +170,76 @@ private:
     Collector& __collector;
 };
 
+/// Descent from the root to all leaves that come near a box; offsets as in Descent.
+template <class T, int Space, class Node>
+class BoxDescent {
+public:
+    using D = typename NearestSearch<T>::Distance;
+
+    BoxDescent(const Node* nodes, const T* points, const T* lower, const T* upper, int space, D within, int most,
+               T* found)
+        : __nodes(nodes), __points(points), __lower(lower), __upper(upper), __space(space), __within(within),
+          __most(most), __found(found) {}
+
+    void visit(std::size_t node, int first, int count, D* offsets) {
+        if (__size > __most)
+            return;
+        if (count <= leafSize)
+            return collect(first, count);
+        const Node& split = __nodes[node];
+        const int half = count / 2;
+        const D kept = offsets[split.axis];
+        if (reaches(D(__lower[split.axis]) - D(split.low), split.axis, offsets))
+            visit(2 * node + 1, first, half, offsets);
+        offsets[split.axis] = kept;
+        if (reaches(D(split.high) - D(__upper[split.axis]), split.axis, offsets))
+            visit(2 * node + 2, first + half, count - half, offsets);
+        offsets[split.axis] = kept;
+    }
+
+    int found() const { return __size; }
+
+private:
+    /// Whether the half that is this far off along the axis, overlapping when negative, may hold a point.
+    bool reaches(D distance, int axis, D* offsets) const {
+        if (distance > 0)
+            offsets[axis] = std::max(offsets[axis], distance * distance);
+        D squared = 0;
+        for (int k = 0; k < (Space ? Space : __space); k++)
+            squared += offsets[k];
+        return squared <= __within;
+    }
+
+    void collect(int first, int count) {
+        const int space = Space ? Space : __space;
+        const T* point = __points + std::size_t(first) * std::size_t(space);
+        for (int i = 0; i < count; i++, point += space) {
+            D squared = 0;
+            for (int k = 0; k < space; k++) {
+                const D below = D(__lower[k]) - D(point[k]), above = D(point[k]) - D(__upper[k]);
+                const D d = std::max(D(0), std::max(below, above));
+                squared += d * d;
+            }
+            // Written in any case: there is room for one more, and a branch here would be mispredicted often.
+            for (int k = 0; k < space; k++)
+                __found[std::size_t(k) * std::size_t(__most + 1) + std::size_t(__size)] = point[k];
+            __size += squared <= __within ? 1 : 0;
+            if (__size > __most)
+                return;
+        }
+    }
+
+    const Node* __nodes;
+    const T* __points;
+    const T* __lower;
+    const T* __upper;
+    int __space;
+    D __within;
+    int __most;
+    T* __found;
+    int __size = 0;
+};
+
 } // namespace
 
 template <class T>
@@ -362,6 +432,26 @@ typename NearestSearch<T>::Distance NearestSearch<T>::kthSquaredDistance(const T
     NearestDistances<Distance> found(k > insideCapacity ? more.data() : inside, k, withinSquared);
     search(found, point);
     return found.last();
+}
+
+template <class T>
+template <int Space>
+int NearestSearch<T>::searchBox(const T* lower, const T* upper, Distance withinSquared, int most,
+                                T* coordinates) const {
+    std::vector<Distance> more(std::size_t(Space ? 0 : __space));
+    Distance inside[Space ? Space : 1] = {};
+    BoxDescent<T, Space, Node> descent(__nodes.data(), __points.data(), lower, upper, __space, withinSquared, most,
+                                       coordinates);
+    descent.visit(0, 0, getSize(), Space ? inside : more.data());
+    return descent.found();
+}
+
+template <class T>
+int NearestSearch<T>::within(const T* lower, const T* upper, Distance withinSquared, int most, T* coordinates) const {
+    if (__points.empty())
+        return 0;
+    return __space == 3 ? searchBox<3>(lower, upper, withinSquared, most, coordinates)
+                        : searchBox<0>(lower, upper, withinSquared, most, coordinates);
 }
 
 template class NearestSearch<int>;

@@ -51,6 +51,11 @@ public:
     /// are looked for, which saves time when the caller knows such a bound; infinity when there are fewer than k.
     Distance kthSquaredDistance(const T* point, int k, Distance withinSquared) const;
 
+    /// Writes the coordinates of the points within a distance of a box, lower and upper of its corners, in any order:
+    /// one row of most + 1 numbers for each axis. Returns the number of points, or most + 1, with any of them written,
+    /// when there are more than most. Several searches close to each other can then go through these points alone.
+    int within(const T* lower, const T* upper, Distance withinSquared, int most, T* coordinates) const;
+
 private:
     /// The two halves along the axis: the first ends at low, the second begins at high.
     struct Node {
@@ -69,6 +74,8 @@ private:
     void search(Collector& collector, const T* point) const;
     template <class Collector>
     void search(Collector& collector, const T* point) const;
+    template <int Space>
+    int searchBox(const T* lower, const T* upper, Distance withinSquared, int most, T* coordinates) const;
 
     int __space = 0;
     /// Children of node n are 2n + 1 and 2n + 2.

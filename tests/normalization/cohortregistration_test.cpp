@@ -1,8 +1,13 @@
 #include "normalization/cohortregistration.h"
 
+#include <cmath>
+#include <utility>
+
 #include <gtest/gtest.h>
 
 #include "normalization/surfaceregistration.h"
+#include "shapes/quadmesh.h"
+#include "shapes/shapeset.h"
 #include "support/madecohort.h"
 
 namespace vorlen {
@@ -51,6 +56,22 @@ CohortRecipe smallRecipe() {
     recipe.height = 18;
     recipe.width = 24;
     return recipe;
+}
+
+/// A spheroid whose two ends differ by a few waves alone, between two of its heights; the shape set owns it.
+QuadMesh<float>* nearlySymmetrical(double from, double to, double wave, double stretch) {
+    constexpr int height = 30, width = 36;
+    auto* mesh = new QuadMesh<float>(3, height, width);
+    for (int i = 0; i < height; ++i) {
+        for (int j = 0; j < width; ++j) {
+            const double z = from + (to - from) * i / (height - 1), angle = 2 * 3.14159265358979 * j / width;
+            const double r = 30 * std::sqrt(1 - z * z) * (1 + wave * (z * z * z + 0.7 * z * std::cos(3 * angle)));
+            (*mesh)[i][j][0] = float(r * std::cos(angle) * stretch);
+            (*mesh)[i][j][1] = float(0.8 * r * std::sin(angle));
+            (*mesh)[i][j][2] = float(45 * z);
+        }
+    }
+    return mesh;
 }
 
 } // namespace
@@ -114,6 +135,21 @@ TEST(SpecimenSurfaces, areCurvedBetweenTheirVertices) {
         EXPECT_FALSE(foot.border);
     }
     EXPECT_TRUE(tube.foot({10.1, 0, 9}).border);
+}
+
+// Where the sections end must not outweigh what tells the ends apart.
+TEST(SurfaceRegistration, turnsNoBodyOverThatWasCutAtOtherHeights) {
+    for (const auto& [wave, end] : {std::pair(0.01, 0.85), {0.03, 0.95}, {0.04, 0.95}, {0.02, 0.9}}) {
+        ShapeSet<float> target, moving;
+        target.addShape(nearlySymmetrical(-0.99, end, wave, 1), true);
+        moving.addShape(nearlySymmetrical(-0.985, 0.99, wave, 1.02), true);
+        const SpecimenSurfaces targetSurfaces(target, true), movingSurfaces(moving, true);
+        SurfaceRegistration registration(targetSurfaces);
+        EXPECT_LT(registration.align(movingSurfaces).angle(), 1) << wave << " to " << end;
+        EXPECT_LT(registration.refine(movingSurfaces, SpecimenPose()).angle(), 1) << wave << " to " << end;
+        target.clear();
+        moving.clear();
+    }
 }
 
 TEST(CohortRegistration, mirrorsASpecimenOnlyWhereItIsAllowedTo) {

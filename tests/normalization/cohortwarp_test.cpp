@@ -123,6 +123,14 @@ TEST(FusionReport, outliersAreFarFromTheOthers) {
     EXPECT_EQ(FusionReport::outlying({1, 1.1, 0.9, 1.3, 1.05}), Flags(5, false));
     EXPECT_EQ(FusionReport::outlying({1, 1, 9}), Flags(3, false)) << "three tell nothing";
     EXPECT_EQ(FusionReport::outlying({1, -1, 1.1, 9, 0.9, 1}), (Flags{false, false, false, true, false, false}));
+    FusionReport report;
+    report.specimens.resize(4);
+    for (SpecimenReport& specimen : report.specimens)
+        specimen.pixel = 0.5;
+    EXPECT_EQ(report.outlyingResiduals({0.01, 0.011, 0.01, 0.24}), Flags(4, false)) << "what rounding to pixels makes";
+    EXPECT_EQ(report.outlyingResiduals({0.01, 0.011, 0.01, 0.26}), (Flags{false, false, false, true}));
+    report.specimens[3].pixel = 2; // outlined more coarsely
+    EXPECT_EQ(report.outlyingResiduals({0.01, 0.011, 0.01, 0.26}), Flags(4, false));
 }
 
 } // namespace vorlen

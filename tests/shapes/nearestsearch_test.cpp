@@ -1,5 +1,6 @@
 #include "shapes/nearestsearch.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -63,6 +64,45 @@ TEST(NearestSearch, findsTheLowestOfTheNearestAsAComparisonWithAllDoes) {
         compareWithAll<double>(3, n, 1); // all at one place
         compareWithAll<float>(3, n, 50, true);
         compareWithAll<double>(2, n, 9, true);
+    }
+}
+
+TEST(NearestSearch, collectsThePointsWithinADistanceOfABox) {
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> value(0, 10);
+    constexpr int size = 500;
+    for (const int space : {2, 3}) {
+        std::vector<float> points(std::size_t(size) * std::size_t(space));
+        for (float& x : points)
+            x = value(random);
+        const NearestSearch<float> search(points.data(), size, space);
+        const float lower[] = {4, 5, -2}, upper[] = {7, 5, 3};
+        std::vector<std::vector<float>> expected;
+        for (int i = 0; i < size; ++i) {
+            const float* point = points.data() + std::size_t(i) * std::size_t(space);
+            float squared = 0;
+            for (int k = 0; k < space; ++k) {
+                const float d = std::max(0.f, std::max(lower[k] - point[k], point[k] - upper[k]));
+                squared += d * d;
+            }
+            if (squared <= 2.25f)
+                expected.emplace_back(point, point + space);
+        }
+        const int count = int(expected.size());
+        ASSERT_GT(count, 10);
+        std::vector<float> found(std::size_t(space) * std::size_t(count + 1));
+        ASSERT_EQ(search.within(lower, upper, 2.25f, count, found.data()), count);
+        std::vector<std::vector<float>> reached;
+        for (int i = 0; i < count; ++i) {
+            reached.emplace_back();
+            for (int k = 0; k < space; ++k)
+                reached.back().push_back(found[std::size_t(k * (count + 1) + i)]);
+        }
+        std::sort(expected.begin(), expected.end());
+        std::sort(reached.begin(), reached.end());
+        EXPECT_EQ(reached, expected);
+        EXPECT_EQ(search.within(lower, upper, 2.25f, count - 1, found.data()),
+                  count); // one more than there is room for
     }
 }
 

@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QProcess>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QSlider>
@@ -26,6 +27,7 @@
 #include "support/modalscript.h"
 #include "ui/comparison/comparisoncommands.h"
 #include "ui/viewer/viewercanvasgl.h"
+#include "ui/widgets/vrlstatusbar.h"
 #include "ui/widgets/vrltablewidget.h"
 
 namespace vorlen {
@@ -49,15 +51,8 @@ class ComparisonWindow : public ::testing::Test {
 protected:
     ComparisonWindow() {
         QSettings().clear();
-        for (int s = 0; s < 8; ++s) {
-            QByteArray text = "# 6\n# 3\n# 40\n";
-            for (const std::array<float, 3>& p : pointsOf(s, s >= 4))
-                text += QString("%1 %2 %3\n").arg(double(p[0])).arg(double(p[1])).arg(double(p[2])).toUtf8();
-            files.append(folder.filePath(QString("s%1.vx").arg(s)));
-            QFile file(files.back());
-            EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-            file.write(text);
-        }
+        for (int s = 0; s < 8; ++s)
+            files.append(writePattern(s, s >= 4));
         open({});
     }
     ~ComparisonWindow() override { delete window; }
@@ -67,6 +62,16 @@ protected:
         window = new VRLComparisonWindow(offer);
         window->show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(window));
+    }
+
+    QString writePattern(int specimen, bool isTreated) {
+        QByteArray text = "# 6\n# 3\n# 40\n";
+        for (const std::array<float, 3>& p : pointsOf(specimen, isTreated))
+            text += QString("%1 %2 %3\n").arg(double(p[0])).arg(double(p[1])).arg(double(p[2])).toUtf8();
+        QFile file(folder.filePath(QString("s%1.vx").arg(specimen)));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        return file.fileName();
     }
 
     static QPushButton* button(QWidget& parent, const QString& text) {
@@ -202,6 +207,25 @@ TEST_F(ComparisonWindow, canBeCancelledAndTellsWhatFails) {
     wait();
     EXPECT_EQ(window->getComparison(), shown) << "what was shown stays";
     EXPECT_TRUE(isEnabled(window->commands(), "comparison.new"));
+
+    // In the middle of the permutations as well.
+    ComparisonRequest longer = request;
+    longer.settings.permutations = 200000; // of 4,300 places: some seconds
+    longer.settings.mapping.resolution = 2.6f;
+    for (int s = 8; s < 24; ++s) {
+        longer.settings.specimens.files.push_back(writePattern(s, s % 2 == 1).toStdString());
+        longer.settings.specimens.groups.push_back(s % 2);
+    }
+    window->start(longer);
+    auto* bar = window->findChild<VRLStatusBar*>();
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return bar->message().startsWith("Permuting") && bar->progressBar().value() > 0; }, 60000));
+    trigger(window->commands(), "comparison.cancel");
+    wait();
+    EXPECT_EQ(bar->message(), "Comparison cancelled");
+    EXPECT_EQ(window->getComparison(), shown);
+    EXPECT_TRUE(isEnabled(window->commands(), "comparison.new"));
+
     ModalScript script;
     script.then([](QWidget& box) {
         EXPECT_TRUE(static_cast<QMessageBox&>(box).text().contains("none.vx"));
