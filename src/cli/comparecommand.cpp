@@ -25,11 +25,9 @@ namespace vorlen {
 namespace {
 
 /// A stretch of the list of permutations: the part of this number of so many.
-struct Stretch {
-    std::uint64_t part = 1, parts = 1;
-
-    std::uint64_t first(std::uint64_t total) const { return total * (part - 1) / parts; }
-    std::uint64_t count(std::uint64_t total) const { return total * part / parts - first(total); }
+struct Stretch : WorkPart {
+    std::uint64_t first(std::uint64_t total) const { return total * (number - 1) / parts; }
+    std::uint64_t count(std::uint64_t total) const { return total * number / parts - first(total); }
 };
 
 struct Comparison {
@@ -41,7 +39,7 @@ struct Comparison {
 
 std::vector<std::string> outputsOf(const Comparison& comparison) {
     if (comparison.stretch)
-        return {comparison.files.base + "-part-" + std::to_string(comparison.stretch->part) + "-of-" +
+        return {comparison.files.base + "-part-" + std::to_string(comparison.stretch->number) + "-of-" +
                 std::to_string(comparison.stretch->parts) + ".json"};
     return comparison.files.names(comparison.settings.forms);
 }
@@ -101,20 +99,6 @@ int compareGroups(const Comparison& comparison) {
     return ExitGood;
 }
 
-/// "2/5"; nothing for what is none.
-std::optional<Stretch> stretchOf(const QString& word) {
-    const QStringList numbers = word.split('/');
-    bool first = false, second = false;
-    Stretch stretch;
-    if (numbers.size() == 2) {
-        stretch.part = numbers[0].toUInt(&first);
-        stretch.parts = numbers[1].toUInt(&second);
-    }
-    if (!first || !second || stretch.part < 1 || stretch.part > stretch.parts)
-        return std::nullopt;
-    return stretch;
-}
-
 /// Fills what the command line tells; false, and a word about it, for a wrong usage.
 bool readComparison(const CommandLine& line, Comparison& comparison) {
     const std::optional<int> permutations = line.integer("permutations", 1, 100000000);
@@ -127,15 +111,13 @@ bool readComparison(const CommandLine& line, Comparison& comparison) {
         !readDensityOptions(line, comparison.settings.mapping.settings, comparison.settings.mapping.resolution) ||
         !readUnit(line, comparison.files.unit) || !setThreads(line))
         return false;
+    std::optional<WorkPart> part;
+    if (!readChunk(line, part))
+        return false;
+    if (part)
+        comparison.stretch = Stretch{*part};
     if (comparison.files.unit)
         comparison.settings.mapping.settings.unit = comparison.files.unit->symbol();
-    if (line.isSet("chunk")) {
-        comparison.stretch = stretchOf(line.value("chunk"));
-        if (!comparison.stretch || line.isSet("merge")) {
-            line.usageError("--chunk takes a part of parts, 2/5 say, and goes without --merge");
-            return false;
-        }
-    }
     if (line.value("name").isEmpty() || line.value("name").contains('/')) {
         line.usageError("--name takes a file name without a directory");
         return false;

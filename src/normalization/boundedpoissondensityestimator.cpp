@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <numeric>
 
 #include "images/filters/parallelwork.h"
 #include "images/volumes/voxelmatrix.h"
@@ -138,6 +139,20 @@ Sums Searches<T>::fillRow(int i, int k, T* row) const {
     return sums;
 }
 
+/// Adds up the rows of each plane.
+void appendPlanes(const std::vector<Sums>& ofRows, int rows, MapSums& sums) {
+    const std::size_t numPlanes = ofRows.size() / std::size_t(rows);
+    sums.densities.assign(numPlanes, 0);
+    sums.distances.assign(numPlanes, 0);
+    sums.elements.assign(numPlanes, 0);
+    for (std::size_t number = 0; number < ofRows.size(); ++number) {
+        const std::size_t k = number / std::size_t(rows);
+        sums.densities[k] += ofRows[number].density;
+        sums.distances[k] += ofRows[number].distance;
+        sums.elements[k] += double(ofRows[number].cells);
+    }
+}
+
 } // namespace
 
 template <class T>
@@ -149,7 +164,8 @@ void BoundedPoissonDensityEstimator<T>::setNeighbourRank(int rank) {
 }
 
 template <class T>
-double BoundedPoissonDensityEstimator<T>::workBytes(const Vector<int>& size) const {
+double BoundedPoissonDensityEstimator<T>::blockBytes(const BoundingBox<T>& /*box*/, const Vector<int>& size,
+                                                     const MapPlanes& /*block*/) const {
     double bytes = this->getMaskSurfaces().empty() ? 0 : 5. * size[0] * size[1] * size[2];
     for (const Shape<T>* shape : this->getShapes())
         bytes += double(shape->getNumVertices()) * (6 * sizeof(T) + 8);
@@ -157,14 +173,17 @@ double BoundedPoissonDensityEstimator<T>::workBytes(const Vector<int>& size) con
 }
 
 template <class T>
-void BoundedPoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) {
+MapSums BoundedPoissonDensityEstimator<T>::computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box,
+                                                        const Vector<int>& size, const MapPlanes& block) {
     const char* const where = "void BoundedPoissonDensityEstimator<T>::compute(VoxelMatrix<T>&, const BoundingBox<T>&)";
     this->checkSpace(box, where);
-    const MapLattice<T> lattice = this->lattice(box, matrix.getSize());
-    const int rows = lattice.getSize(0), planes = lattice.getSize(2);
+    this->checkBlock(planes, size, block, where);
+    const MapLattice<T> lattice = this->lattice(box, size);
+    const int rows = lattice.getSize(0), numPlanes = block.count();
     this->notifyStarted("Poisson density estimation");
-    ParallelWork work(*this, std::max(1ULL, static_cast<unsigned long long>(planes)));
-    const MapDomain<T> domain(box, lattice, this->getMaskSurfaces(), work);
+    ParallelWork work(*this, static_cast<unsigned long long>(std::max(1, numPlanes)));
+    MapDomain<T> domain(box, lattice, this->getMaskSurfaces());
+    domain.look({0, lattice.getSize(2)}, work);
     Searches<T> searches{{}, __neighbourRank, lattice, box, domain.inside(), nullptr};
     searches.box.rectify();
     searches.trees.reserve(this->getShapes().size());
@@ -181,32 +200,40 @@ void BoundedPoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const Bo
     }
     if (domain.isMasked())
         searches.share = std::make_unique<MaskedShare<T>>(lattice, domain.inside());
-    matrix.setZeros();
-    Sums total;
-    if (!searches.trees.empty() && matrix.getSize().min() > 0 && !this->isCanceled()) {
-        std::vector<Sums> sums(std::size_t(rows) * std::size_t(planes));
-        work.run(rows * planes, static_cast<unsigned long long>(planes), [&](int number, int /*worker*/) {
+    planes.setZeros();
+    MapSums result;
+    result.meanNumPoints = searches.trees.empty() ? 0 : numPoints / double(searches.trees.size());
+    if (!searches.trees.empty() && size.min() > 0 && !this->isCanceled()) {
+        std::vector<Sums> sums(std::size_t(rows) * std::size_t(numPlanes));
+        work.run(rows * numPlanes, static_cast<unsigned long long>(numPlanes), [&](int number, int /*worker*/) {
             const int i = number % rows, k = number / rows;
-            sums[std::size_t(number)] = searches.fillRow(i, k, matrix[k][i].data());
+            sums[std::size_t(number)] = searches.fillRow(i, block.first + k, planes[k][i].data());
         });
-        for (const Sums& each : sums) {
-            total.density += each.density;
-            total.distance += each.distance;
-            total.cells += each.cells;
-        }
+        appendPlanes(sums, rows, result);
     }
     if (this->isCanceled()) {
-        matrix.setZeros();
-        return this->notifyCanceled("");
+        planes.setZeros();
+        this->notifyCanceled("");
+        return {};
     }
-    const double trees = double(searches.trees.size());
-    const double volume = lattice.extent(0, 0) * lattice.extent(1, 0) * lattice.extent(2, 0);
-    __meanNumPoints = trees > 0 ? numPoints / trees : 0;
-    __meanDistance = total.cells > 0 ? total.distance / (double(total.cells) * trees) : 0;
-    __integralBefore = total.density * volume;
-    if (__integralBefore > 0 && std::isfinite(__integralBefore))
-        matrix *= T(__meanNumPoints / __integralBefore);
     this->notifyFinished("");
+    return result;
+}
+
+template <class T>
+void BoundedPoissonDensityEstimator<T>::finish(VoxelMatrix<T>& planes, const BoundingBox<T>& box,
+                                               const Vector<int>& size, const MapSums& sums) {
+    const MapLattice<T> lattice = this->lattice(box, size);
+    const auto total = [](const std::vector<double>& values) {
+        return std::accumulate(values.begin(), values.end(), 0.);
+    };
+    const double elements = total(sums.elements), trees = double(this->getShapes().size());
+    const double volume = lattice.extent(0, 0) * lattice.extent(1, 0) * lattice.extent(2, 0);
+    __meanNumPoints = sums.meanNumPoints;
+    __meanDistance = elements > 0 ? total(sums.distances) / (elements * trees) : 0;
+    __integralBefore = total(sums.densities) * volume;
+    if (__integralBefore > 0 && std::isfinite(__integralBefore))
+        planes *= T(__meanNumPoints / __integralBefore);
 }
 
 template class BoundedPoissonDensityEstimator<float>;

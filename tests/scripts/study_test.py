@@ -186,11 +186,11 @@ class Settings(unittest.TestCase):
 
     def test_jobs_follow_the_settings(self):
         status, counts, text = self.plan(register={"run": True}, spots={"run": True}, compare={"parts": 5},
-                                         density={"points": ["Spots"]}, pictures={"of_each_group": 1})
+                                         density={"points": ["Spots"], "blocks": 3}, pictures={"of_each_group": 1})
         self.assertEqual(status, 0, text)
         self.assertEqual({name: counts[name] for name in counts if name not in ("all", "total", "report")},
-                         {"check": 4, "register": 4, "spots": 4, "measure": 4, "normalize": 1, "density": 2,
-                          "compare_part": 5, "compare": 1, "picture": 2})
+                         {"check": 4, "register": 4, "spots": 4, "measure": 4, "normalize": 1, "density_part": 6,
+                          "density": 2, "compare_part": 5, "compare": 1, "picture": 2})
         status, counts, text = self.plan(normalize={"run": False}, pictures={"of_each_group": 0})
         self.assertEqual((status, set(counts)), (0, {"check", "measure", "all", "total", "report"}), text)
 
@@ -233,7 +233,8 @@ class SmallStudy(unittest.TestCase):
     def test_killed_half_way_it_goes_on_to_the_same_bytes(self):
         with tempfile.TemporaryDirectory() as folder:
             again = pathlib.Path(folder, "again")
-            settings = {"program": os.environ["VORLEN_CLI"], "results": str(again), "threads": 1, "compare": {"parts": 3}}
+            settings = {"program": os.environ["VORLEN_CLI"], "results": str(again), "threads": 1,
+                        "compare": {"parts": 3}, "density": {"blocks": 3}}
             pathlib.Path(folder, "settings.json").write_text(json.dumps(settings), "utf-8")
             command = [*SNAKEMAKE, "--configfile", f"{folder}/settings.json"]
             running = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
