@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <utility>
@@ -11,11 +12,18 @@
 #include "cli/comparisonreport.h"
 #include "cli/consolemonitor.h"
 #include "cli/mapoptions.h"
+#include "cli/memoryneed.h"
 #include "cli/specimens.h"
 #include "cli/stackfile.h"
+#include "files/fileinfo.h"
 #include "files/safestream.h"
+#include "images/filters/parallelwork.h"
+#include "images/volumes/voxelmatrix.h"
+#include "normalization/densitymapping.h"
 #include "normalization/groupcomparison.h"
 #include "numerics/exception.h"
+#include "shapes/grid.h"
+#include "shapes/shape.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -99,6 +107,40 @@ int compareGroups(const Comparison& comparison) {
     return ExitGood;
 }
 
+/// Tells what the values of all specimens take, and what is made of them: a statistic, its p and a difference, with a set
+/// of sums for each thread.
+int tellMemoryOf(const Comparison& comparison) {
+    const SpecimenList& list = comparison.settings.specimens;
+    const std::string& first = list.files.front();
+    double places = 0, points = 0, own = 0;
+    if (comparison.settings.forms) {
+        places = 3 * double(std::unique_ptr<Shape<float>>(Shape<float>::loadFile(first))->getNumVertices());
+    } else if (FileInfo::suffixName(first) == "vm") {
+        VoxelMatrix<float> map;
+        map.loadHeader(first);
+        places = double(map.getSize1()) * map.getSize2() * map.getSize3();
+    } else {
+        std::vector<std::unique_ptr<Shape<float>>> patterns;
+        for (const std::string& file : list.files)
+            if (const int status = readPattern(file, patterns); status != ExitGood)
+                return status;
+        std::vector<Shape<float>*> pointers;
+        pointers.reserve(patterns.size());
+        for (const auto& pattern : patterns) {
+            pointers.push_back(pattern.get());
+            points += double(pattern->getNumVertices());
+        }
+        const DensityMapping mapping(comparison.settings.mapping.settings, pointers, {});
+        const Vector<int>& size = mapping.grid(comparison.settings.mapping.resolution).getSize();
+        places = double(size[0]) * size[1] * size[2];
+        own = mapping.bytes(mapping.grid(comparison.settings.mapping.resolution));
+    }
+    const double held = double(list.files.size()) + 6 + 3 * ParallelWork::getThreads();
+    std::cout << "Memory: " << memoryText(MemoryNeed().own + own + sizeof(float) * (places * held + 16 * points))
+              << ", on " << ParallelWork::getThreads() << " threads\n";
+    return ExitGood;
+}
+
 /// Fills what the command line tells; false, and a word about it, for a wrong usage.
 bool readComparison(const CommandLine& line, Comparison& comparison) {
     const std::optional<int> permutations = line.integer("permutations", 1, 100000000);
@@ -109,7 +151,7 @@ bool readComparison(const CommandLine& line, Comparison& comparison) {
                                                                   : std::optional(0.);
     if (!cluster ||
         !readDensityOptions(line, comparison.settings.mapping.settings, comparison.settings.mapping.resolution) ||
-        !readUnit(line, comparison.files.unit) || !setThreads(line))
+        !readUnit(line, comparison.files.unit))
         return false;
     std::optional<WorkPart> part;
     if (!readChunk(line, part))
@@ -159,8 +201,6 @@ void addOptions(CommandLine& line) {
     line.addOption({"unit"}, "Unit of the points, for the volumes: m, mm, \302\265m (or um), nm.", "unit");
     line.addFlag("nifti", "Write the volumes as NIfTI (.nii), too.");
     line.addFlag("gzip", "Write NRRD files compressed, and those of NIfTI, .nii.gz.");
-    line.addOption({"threads"}, "Number of threads; all processors by default. The result is the same for any.",
-                   "number");
 }
 
 } // namespace
@@ -183,6 +223,8 @@ int compareCommand(const QStringList& arguments) {
         if (!specimens)
             return ExitUsage;
         comparison.settings.specimens = *specimens;
+        if (line.isSet("dry-run"))
+            return tellMemoryOf(comparison);
         if (!line.outputDirectory())
             return ExitFileError;
         return compareGroups(comparison);

@@ -246,7 +246,7 @@ bool readJob(const CommandLine& line, Job& job) {
         line.usageError("--name takes a file name without a directory");
         return false;
     }
-    if (!readUnit(line, job.unit) || !readChunk(line, job.part) || !setThreads(line))
+    if (!readUnit(line, job.unit) || !readChunk(line, job.part))
         return false;
     for (const QString& word : line.values("merge"))
         job.blocks.push_back(QFile::encodeName(word).toStdString());
@@ -291,9 +291,6 @@ int densityCommand(const QStringList& arguments) {
     line.addOption({"merge"},
                    "A file of such a block; once for each part, to make of them the files that the whole would give.",
                    "file");
-    line.addFlag("dry-run", "Only tell the size of the map and the memory that it takes.");
-    line.addOption({"threads"}, "Number of threads; all processors by default. The result is the same for any.",
-                   "number");
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
     Job job;

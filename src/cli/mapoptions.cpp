@@ -6,7 +6,6 @@
 
 #include "cli/commandline.h"
 #include "cli/stackfile.h"
-#include "images/filters/parallelwork.h"
 #include "normalization/densitymapping.h"
 
 namespace vorlen {
@@ -133,15 +132,6 @@ bool readChunk(const CommandLine& line, std::optional<WorkPart>& part) {
     }
     part = found;
     return true;
-}
-
-bool setThreads(const CommandLine& line) {
-    if (!line.isSet("threads"))
-        return true;
-    const std::optional<int> threads = line.integer("threads", 1, 1024);
-    if (threads)
-        ParallelWork::setThreads(*threads);
-    return bool(threads);
 }
 
 } // namespace vorlen

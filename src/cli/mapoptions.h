@@ -38,7 +38,4 @@ struct WorkPart {
 /// part.
 bool readChunk(const CommandLine& line, std::optional<WorkPart>& part);
 
-/// Takes --threads, where it is given, for all work to come; false, and a word about it, for a wrong number.
-bool setThreads(const CommandLine& line);
-
 } // namespace vorlen

@@ -103,7 +103,9 @@ def specimens(table, groups, looks=True):
         row = {name: (row[name] or "").strip() for name in COLUMNS}
         if not any(row.values()):
             continue
-        found = faults(row, groups, places) + (faults_of_stack(row, places, stacks) if looks and row["stack"] else [])
+        found = faults(row, groups, places)
+        if looks and row["stack"].endswith(".sdf"):
+            found += faults_of_stack(row, places, stacks)
         wrong += [f"{table}, line {reader.line_num}: {fault}" for fault in found]
         places.setdefault(row["specimen"], reader.line_num)
         if looks:
