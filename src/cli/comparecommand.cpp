@@ -107,8 +107,8 @@ int compareGroups(const Comparison& comparison) {
     return ExitGood;
 }
 
-/// Tells what the values of all specimens take, and what is made of them: a statistic, its p and a difference, with a set
-/// of sums for each thread.
+/// Tells what the values of all specimens take, and what is made of them: a statistic, its p and a difference, with a
+/// set of sums for each thread.
 int tellMemoryOf(const Comparison& comparison) {
     const SpecimenList& list = comparison.settings.specimens;
     const std::string& first = list.files.front();

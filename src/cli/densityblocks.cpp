@@ -62,8 +62,8 @@ std::vector<double> numbersOf(const QJsonValue& value) {
 QJsonObject toJson(const MapSums& sums) {
     QJsonArray patterns;
     for (const PatternReport& each : sums.patterns)
-        patterns.append(QJsonObject{
-            {"bandwidth", each.bandwidth}, {"numPoints", each.numPoints}, {"integral", each.integral}});
+        patterns.append(
+            QJsonObject{{"bandwidth", each.bandwidth}, {"numPoints", each.numPoints}, {"integral", each.integral}});
     return {{"densities", arrayOf(sums.densities)},
             {"distances", arrayOf(sums.distances)},
             {"elements", arrayOf(sums.elements)},
@@ -153,8 +153,8 @@ DensityBlocks::Block DensityBlocks::readHead(const std::string& file, const std:
     const QJsonObject head = QJsonDocument::fromJson(input.readLine()).object();
     if (head["key"].toString().toStdString() != key)
         throw UsageError(place, file + " is a block of another map: its inputs or options differ");
-    Block block = {file, {head["first"].toInt(-1), head["last"].toInt(-1)}, input.pos(),
-                   sumsOf(head["sums"].toObject())};
+    Block block = {
+        file, {head["first"].toInt(-1), head["last"].toInt(-1)}, input.pos(), sumsOf(head["sums"].toObject())};
     const auto bytes = qint64(sizeof(float)) * __size[0] * __size[1] * block.planes.count();
     const std::size_t numSums = block.sums.densities.size();
     if (block.planes.first < 0 || block.planes.count() < 0 || block.planes.last > __size[2] ||
@@ -173,7 +173,8 @@ void DensityBlocks::read(int number, VoxelMatrix<float>& plane) const {
     for (int i = 0; i < __size[0] && good; ++i)
         good = input.read(reinterpret_cast<char*>(plane[0][i].data()), ofRow) == ofRow;
     if (!good)
-        throw FileReadError("void DensityBlocks::read(int, VoxelMatrix<float>&) const", "Cannot read file", after->file);
+        throw FileReadError("void DensityBlocks::read(int, VoxelMatrix<float>&) const", "Cannot read file",
+                            after->file);
 }
 
 } // namespace vorlen

@@ -19,9 +19,9 @@ class Shape;
 std::string densityKey(const DensitySettings& settings, const Grid<float>& grid,
                        const std::vector<Shape<float>*>& patterns, const std::vector<Shape<float>*>& masks);
 
-/// Writes the planes of a block and what they tell: a line that names the format, a line of JSON, and the elements, plane
-/// after plane and row after row, as numbers of 4 bytes, the lowest first. Throws FileWriteError; an old file is whole
-/// then.
+/// Writes the planes of a block and what they tell: a line that names the format, a line of JSON, and the elements,
+/// plane after plane and row after row, as numbers of 4 bytes, the lowest first. Throws FileWriteError; an old file is
+/// whole then.
 void saveDensityBlock(const std::string& file, const std::string& key, const MapPlanes& block,
                       const VoxelMatrix<float>& planes, const MapSums& sums);
 

@@ -284,10 +284,11 @@ int densityCommand(const QStringList& arguments) {
     line.addOption({"unit"}, "Unit of the points, for the volumes: m, mm, \302\265m (or um), nm.", "unit");
     line.addFlag("nifti", "Write the volume as NAME.nii, too.");
     line.addFlag("gzip", "Write the NRRD file compressed, and that of NIfTI, NAME.nii.gz.");
-    line.addOption({"chunk", "block"},
-                   "Make only this part of the map's planes, 2/5 say, and write it as NAME-block-2-of-5.block, from points "
-                   "and options as for the whole.",
-                   "part/parts");
+    line.addOption(
+        {"chunk", "block"},
+        "Make only this part of the map's planes, 2/5 say, and write it as NAME-block-2-of-5.block, from points "
+        "and options as for the whole.",
+        "part/parts");
     line.addOption({"merge"},
                    "A file of such a block; once for each part, to make of them the files that the whole would give.",
                    "file");

@@ -16,10 +16,15 @@ void tell(const std::string& what, double bytes) {
     std::cout << what << ": takes about " << memoryText(bytes) << " of memory\n";
 }
 
+/// Of a file, whose ending may have been left out.
 double bytesOf(const std::string& file) {
-    std::error_code error;
-    const std::uintmax_t size = std::filesystem::file_size(file, error);
-    return error ? 0 : double(size);
+    for (const std::string& name : {file, file + ".sdf"}) {
+        std::error_code error;
+        const std::uintmax_t size = std::filesystem::file_size(name, error);
+        if (!error)
+            return double(size);
+    }
+    return 0;
 }
 
 double greatestSection(const Stack& stack) {

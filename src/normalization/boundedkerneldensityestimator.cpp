@@ -78,8 +78,7 @@ struct Taps {
 
 /// The planes within so many of those.
 MapPlanes widened(const MapPlanes& planes, int reach, int numPlanes) {
-    return {planes.first - std::min(reach, planes.first),
-            planes.last + std::min(reach, numPlanes - planes.last)};
+    return {planes.first - std::min(reach, planes.first), planes.last + std::min(reach, numPlanes - planes.last)};
 }
 
 /// Numbers at the elements of some planes of a map, plane after plane, row after row.
@@ -100,7 +99,8 @@ struct Field {
     T* row(int k, int i) { return values.data() + place(k, i); }
 };
 
-/// out += sum of taps times the lines around, for each line of a stretch of count of them; lines(i) points to n numbers.
+/// out += sum of taps times the lines around, for each line of a stretch of count of them; lines(i) points to n
+/// numbers.
 template <class T, class Lines>
 void smoothLines(const Taps<T>& taps, const MapPlanes& stretch, int count, int n, const Lines& lines, T* out) {
     std::vector<T*> rows;
@@ -110,8 +110,8 @@ void smoothLines(const Taps<T>& taps, const MapPlanes& stretch, int count, int n
         rows.clear();
         for (int t = first; t <= last; ++t)
             rows.push_back(lines(i + t));
-        rowkernels::addRows(out + std::size_t(i - stretch.first) * std::size_t(n), taps.weights.data() + (first + taps.reach),
-                            rows.data(), int(rows.size()), 0, n);
+        rowkernels::addRows(out + std::size_t(i - stretch.first) * std::size_t(n),
+                            taps.weights.data() + (first + taps.reach), rows.data(), int(rows.size()), 0, n);
     }
 }
 
@@ -131,12 +131,13 @@ void smoothPlane(const Taps<T>* taps, Field<T>& field, int k, std::vector<T>& al
                                     from + std::max(0, t), n - std::abs(t));
     }
     smoothLines(
-        taps[0], {0, field.rows}, field.rows, n, [&](int i) { return along.data() + std::size_t(i) * std::size_t(n); }, across.data());
+        taps[0], {0, field.rows}, field.rows, n, [&](int i) { return along.data() + std::size_t(i) * std::size_t(n); },
+        across.data());
     std::copy(across.begin(), across.end(), field.row(k, 0));
 }
 
-/// The planes that the field holds along their axes, those of the block then across; the field must hold what is in reach
-/// of these.
+/// The planes that the field holds along their axes, those of the block then across; the field must hold what is in
+/// reach of these.
 template <class T>
 void smooth(const Taps<T>* taps, Field<T>& field, const MapPlanes& block, ParallelWork& work,
             unsigned long long steps) {
@@ -221,8 +222,8 @@ double sumOf(const std::vector<T>& points, const MapLattice<T>& lattice, const T
         double product = 1;
         for (int a = 0; a < 3; ++a) {
             const Between cells = between(lattice, a, points[p + std::size_t(a)]);
-            product *= (1 - cells.part) * sums[a][std::size_t(cells.low)] +
-                       cells.part * sums[a][std::size_t(cells.high)];
+            product *=
+                (1 - cells.part) * sums[a][std::size_t(cells.low)] + cells.part * sums[a][std::size_t(cells.high)];
         }
         sum += product;
     }
@@ -290,8 +291,8 @@ struct Pattern {
     double sum = 0; ///< of the elements before they are scaled
 
     Pattern(std::vector<T> within, double width, DensityKernel kernel, const MapLattice<T>& lattice)
-        : points(std::move(within)), bandwidth(width), taps{along(0, kernel, lattice), along(1, kernel, lattice),
-                                                            along(2, kernel, lattice)} {}
+        : points(std::move(within)),
+          bandwidth(width), taps{along(0, kernel, lattice), along(1, kernel, lattice), along(2, kernel, lattice)} {}
 
     /// The elements of a block, in a field that holds more.
     Field<T> field(const MapLattice<T>& lattice, const MapDomain<T>& domain, const MapPlanes& block,

@@ -33,9 +33,9 @@ namespace vorlen {
 /// narrower than half a cell gives a density as fine as the cells. Source: M. P. Wand, Fast computation of multivariate
 /// kernel estimators, Journal of Computational and Graphical Statistics 3, 1994. The Gaussian ends at 4.5 bandwidths.
 ///
-/// Without masks the integral that c_i makes good is that of the points, one by one: what the smoothing makes of a shared
-/// point is a product of sums along the axes. So a block needs none of the others. With masks it is the sum of the
-/// elements, and who makes one block goes over all planes once before, in blocks of the same size.
+/// Without masks the integral that c_i makes good is that of the points, one by one: what the smoothing makes of a
+/// shared point is a product of sums along the axes. So a block needs none of the others. With masks it is the sum of
+/// the elements, and who makes one block goes over all planes once before, in blocks of the same size.
 ///
 /// An element costs an operation for each cell in reach along each axis, for each pattern, whatever the number of
 /// points. Planes and rows are worked on in parallel with the same bits for any number of threads. Work memory is the
@@ -53,8 +53,8 @@ public:
     void setBandwidth(T bandwidth);
     T getBandwidth() const { return __bandwidth; }
 
-    /// Replaces the planes. A cancelled run leaves zeros. Throws SizeError, and changes nothing, unless box and patterns
-    /// are of space 3.
+    /// Replaces the planes. A cancelled run leaves zeros. Throws SizeError, and changes nothing, unless box and
+    /// patterns are of space 3.
     MapSums computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
                          const MapPlanes& block) override;
     void finish(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,

@@ -30,8 +30,8 @@ public:
     void setNeighbourRank(int rank);
     int getNeighbourRank() const { return __neighbourRank; }
 
-    /// Replaces the planes by what finish() scales. A cancelled run leaves zeros. Throws UsageError, and changes nothing,
-    /// when a pattern has fewer than k points in the domain, SizeError unless box and patterns are of space 3.
+    /// Replaces the planes by what finish() scales. A cancelled run leaves zeros. Throws UsageError, and changes
+    /// nothing, when a pattern has fewer than k points in the domain, SizeError unless box and patterns are of space 3.
     MapSums computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
                          const MapPlanes& block) override;
     void finish(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,

@@ -128,7 +128,8 @@ void DensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& 
 
 template <class T>
 void DensityEstimator<T>::finish(VoxelMatrix<T>& /*planes*/, const BoundingBox<T>& /*box*/, const Vector<int>& /*size*/,
-                                 const MapSums& /*sums*/) {}
+                                 const MapSums& /*sums*/) {
+}
 
 template <class T>
 double DensityEstimator<T>::blockBytes(const BoundingBox<T>& /*box*/, const Vector<int>& /*size*/,

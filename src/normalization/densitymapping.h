@@ -61,8 +61,8 @@ public:
     MapSums computeBlock(VoxelMatrix<float>& planes, const Grid<float>& grid, const MapPlanes& block);
     /// Does to planes of the map, any number of them, what needs the sums of all.
     void finish(VoxelMatrix<float>& planes, const Grid<float>& grid, const MapSums& sums);
-    /// Takes finished planes, of which this is the first, into a report, which is to hear of all in their order: then its
-    /// numbers have the same bits for any blocks.
+    /// Takes finished planes, of which this is the first, into a report, which is to hear of all in their order: then
+    /// its numbers have the same bits for any blocks.
     void survey(DensityReport& report, const VoxelMatrix<float>& planes, int first, const Grid<float>& grid) const;
     /// Appends the sentences, when all planes have been surveyed.
     void addNotes(DensityReport& report) const;

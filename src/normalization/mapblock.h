@@ -13,8 +13,8 @@ struct MapPlanes {
 
     int count() const { return last - first; }
 
-    /// The part of this number, from 1, of so many parts of numPlanes planes: parts differ by one plane at most, and are
-    /// empty where there are more parts than planes.
+    /// The part of this number, from 1, of so many parts of numPlanes planes: parts differ by one plane at most, and
+    /// are empty where there are more parts than planes.
     static MapPlanes part(int number, int parts, int numPlanes) {
         const auto bound = [=](int k) { return static_cast<int>(static_cast<long long>(numPlanes) * k / parts); };
         return {bound(number - 1), bound(number)};
@@ -32,13 +32,13 @@ struct PatternReport {
 };
 
 /// What the planes of a block tell beside their elements, for DensityEstimator::finish(). Sums of each plane are added
-/// up in the order of the planes, so that their total has the same bits for any blocks. Estimators leave empty what they
-/// do not need.
+/// up in the order of the planes, so that their total has the same bits for any blocks. Estimators leave empty what
+/// they do not need.
 struct MapSums {
-    std::vector<double> densities; ///< for each plane, of its elements
-    std::vector<double> distances; ///< for each plane, to the neighbours of its elements
-    std::vector<double> elements;  ///< for each plane, how many belong to the domain
-    double meanNumPoints = 0;      ///< of a pattern in the domain; of the whole, not the block
+    std::vector<double> densities;       ///< for each plane, of its elements
+    std::vector<double> distances;       ///< for each plane, to the neighbours of its elements
+    std::vector<double> elements;        ///< for each plane, how many belong to the domain
+    double meanNumPoints = 0;            ///< of a pattern in the domain; of the whole, not the block
     std::vector<PatternReport> patterns; ///< likewise
 
     /// Appends the planes of the block that follows.

@@ -19,8 +19,8 @@ class TriMeshInterior;
 
 /// The part of space in which points could have been found at all: a box, less what masks exclude.
 ///
-/// Tells for the elements of a lattice of cells, those of the planes that it is to look at, whether their centres belong
-/// to it, and gives of a pattern the points that lie in it. Instantiated for float, double and long double.
+/// Tells for the elements of a lattice of cells, those of the planes that it is to look at, whether their centres
+/// belong to it, and gives of a pattern the points that lie in it. Instantiated for float, double and long double.
 template <class T>
 class MapDomain {
 public:
@@ -37,8 +37,8 @@ public:
     bool isMasked() const { return !__sides.empty(); }
     /// The planes that were looked at last.
     const MapPlanes& planes() const { return __planes; }
-    /// For each of their elements, ((plane - planes().first) * rows + row) * columns + column, 1 within the domain, else
-    /// 0; empty without masks.
+    /// For each of their elements, ((plane - planes().first) * rows + row) * columns + column, 1 within the domain,
+    /// else 0; empty without masks.
     const std::vector<unsigned char>& inside() const { return __inside; }
 
     /// Of an element of a plane that was looked at; only with masks.

@@ -318,6 +318,26 @@ TEST_F(CommandLineTest, aSecondRoundTripChangesNoByte) {
 }
 
 // A full disk behind a redirection: no command says that all is well.
+TEST_F(CommandLineTest, everyCommandTellsItsMemoryAndThenWritesNothing) {
+    const TemporaryFolder folder;
+    folder.write("p.vx", "# 6\n# 3\n# 2\n0 0 0\n40 40 40\n");
+    VoxelMatrix<float>(5, 5, 5).save(folder.file("v.vm"), false);
+    const std::string stack = " " + sample->file("sample") + " "; // the ending may be left out
+    for (const std::string& command :
+         {"info" + stack, "check" + stack, "measure" + stack, "export -o out" + stack, "spots -o out" + stack,
+          "register -o out" + stack, "transfer -o out" + stack + stack, "filter -o out --reference Nucleus" + stack,
+          "normalize -o out" + stack + stack, "render" + stack + "out.png", std::string("isosurface -o out -l 1 v.vm"),
+          std::string("new out.sdf v.vm"), std::string("density -o out p.vx"),
+          std::string("compare -o out --groups 1,1 p.vx p.vx")}) {
+        const Outcome dry = cli(folder, command + " --dry-run --threads 2");
+        EXPECT_EQ(dry.status, 0) << command << dry.output;
+        EXPECT_TRUE(dry.output.find(" MiB") != std::string::npos) << command << dry.output;
+        EXPECT_EQ(cli(folder, command + " --threads 0").status, 2) << command;
+    }
+    EXPECT_EQ(folder.numFiles(), 2);
+    EXPECT_EQ(cli(folder, "measure --dry-run none.sdf").status, 3);
+}
+
 TEST_F(CommandLineTest, outputThatCannotBeWrittenIsNoSuccess) {
     if (!std::filesystem::exists("/dev/full"))
         GTEST_SKIP() << "no full device";

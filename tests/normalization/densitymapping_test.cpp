@@ -253,8 +253,7 @@ void expectPlanes(const VoxelMatrix<float>& planes, const VoxelMatrix<float>& ma
     ASSERT_LE(first + planes.getSize3(), map.getSize3());
     for (int k = 0; k < planes.getSize3(); ++k)
         for (int i = 0; i < map.getSize1(); ++i)
-            ASSERT_TRUE(std::equal(planes[k][i].data(), planes[k][i].data() + map.getSize2(),
-                                   map[first + k][i].data()))
+            ASSERT_TRUE(std::equal(planes[k][i].data(), planes[k][i].data() + map.getSize2(), map[first + k][i].data()))
                 << first + k << ' ' << i;
 }
 

@@ -25,8 +25,8 @@ std::string numberText(double value) {
 }
 
 template <class T>
-std::string headerOf(const Vector<int>& size, const Vector<T>& origin, const Vector<T>& steps,
-                     const std::string& unit, NrrdEncoding encoding) {
+std::string headerOf(const Vector<int>& size, const Vector<T>& origin, const Vector<T>& steps, const std::string& unit,
+                     NrrdEncoding encoding) {
     std::string header = "NRRD0004\ntype: float\ndimension: 3\nspace dimension: 3\nsizes:";
     for (int a = 0; a < 3; ++a)
         header += " " + std::to_string(size[a]);
@@ -60,8 +60,8 @@ template <class T>
 void saveNrrd(const VoxelMatrix<T>& volume, const Vector<T>& origin, const Vector<T>& steps, const std::string& unit,
               NrrdEncoding encoding, const std::string& fileName, bool overwrite) {
     saveNrrd<T>(
-        volume.getSize(), [&volume](int k) -> const PixelMatrix<T>& { return volume[k]; }, origin, steps, unit, encoding,
-        fileName, overwrite);
+        volume.getSize(), [&volume](int k) -> const PixelMatrix<T>& { return volume[k]; }, origin, steps, unit,
+        encoding, fileName, overwrite);
 }
 
 template <class T>
