@@ -11,6 +11,7 @@
 #include "cli/consolemonitor.h"
 #include "cli/densityblocks.h"
 #include "cli/mapoptions.h"
+#include "cli/memoryneed.h"
 #include "cli/stackfile.h"
 #include "images/files/niftiwriter.h"
 #include "images/files/nrrdwriter.h"
@@ -114,15 +115,15 @@ std::vector<Shape<float>*> pointersTo(const std::vector<std::unique_ptr<Shape<fl
     return pointers;
 }
 
-/// Bytes that the job takes beside its points.
+/// Bytes that the job takes.
 double bytesOf(const Job& job, const DensityMapping& mapping, const Grid<float>& grid) {
     const Vector<int>& size = grid.getSize();
-    const double plane = double(sizeof(float)) * size[0] * size[1];
+    const double plane = double(sizeof(float)) * size[0] * size[1], own = MemoryNeed().own;
     if (job.part)
-        return mapping.bytes(grid, job.planes(grid));
+        return own + mapping.bytes(grid, job.planes(grid));
     if (job.blocks.empty())
-        return mapping.bytes(grid);
-    return job.isPlaneWise() ? plane : plane * (size[2] + 1);
+        return own + mapping.bytes(grid);
+    return own + (job.isPlaneWise() ? plane : plane * (size[2] + 1));
 }
 
 using PlaneOfMap = std::function<const PixelMatrix<float>&(int)>;
@@ -206,7 +207,7 @@ int mapDensity(const Job& job) {
         const MapPlanes block = job.planes(grid);
         std::cout << "Block of " << block.count() << " planes, from " << block.first << '\n';
     }
-    std::cout << "Memory: " << shortNumber(std::ceil(bytesOf(job, mapping, grid) / (1 << 20))) << " MiB, on "
+    std::cout << "Memory: " << memoryText(bytesOf(job, mapping, grid)) << ", on "
               << ParallelWork::getThreads() << " threads\n";
     if (job.dryRun)
         return ExitGood;
