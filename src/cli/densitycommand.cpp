@@ -207,8 +207,8 @@ int mapDensity(const Job& job) {
         const MapPlanes block = job.planes(grid);
         std::cout << "Block of " << block.count() << " planes, from " << block.first << '\n';
     }
-    std::cout << "Memory: " << memoryText(bytesOf(job, mapping, grid)) << ", on "
-              << ParallelWork::getThreads() << " threads\n";
+    std::cout << "Memory: " << memoryText(bytesOf(job, mapping, grid)) << ", on " << ParallelWork::getThreads()
+              << " threads\n";
     if (job.dryRun)
         return ExitGood;
     if (!job.blocks.empty())
