@@ -13,6 +13,7 @@
 #include "checking/stackmender.h"
 #include "cli/consolemonitor.h"
 #include "cli/jsonwriter.h"
+#include "cli/memoryneed.h"
 #include "cli/outputformat.h"
 #include "cli/pixelcheck.h"
 #include "cli/stackfile.h"
@@ -332,6 +333,9 @@ int checkCommand(const QStringList& arguments) {
         return printCodes(*format);
     if (line.isSet("images") && !line.isSet("fix"))
         return line.usageError("--images goes with --fix");
+    // Of an image some rows are held at a time.
+    if (line.isSet("dry-run"))
+        return tellMemory(line.files(), {.ofDescription = 12, .ofPixel = line.isSet("pixels") ? 8. : 0.});
 
     TextTable table({"File", "Opened", "Fatal", "Line", "Slice", "Model", "Severity", "Code", "State", "Message"});
     JsonWriter json(std::cout);

@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include "cli/stackfile.h"
+#include "images/filters/parallelwork.h"
 
 namespace vorlen {
 
@@ -16,6 +17,8 @@ CommandLine::CommandLine(const QString& command, const QString& description, con
     : __command(command) {
     __parser.setApplicationDescription(description);
     __parser.addOption({{"h", "help"}, "Show this help."});
+    addOption({"threads"}, "Number of threads; all processors by default. The result is the same for any.", "number");
+    addFlag("dry-run", "Only tell how much memory it takes.");
     // The command's own word stands in front of the files in the syntax line.
     __parser.addPositionalArgument("files", aboutFiles, command + " " + file);
 }
@@ -52,6 +55,12 @@ std::optional<int> CommandLine::parse(const QStringList& arguments, int maxFiles
         return usageError("no file given");
     if (maxFiles > 0 && numFiles > maxFiles)
         return usageError("too many files given");
+    if (isSet("threads")) {
+        const std::optional<int> threads = integer("threads", 1, 1024);
+        if (!threads)
+            return ExitUsage;
+        ParallelWork::setThreads(*threads);
+    }
     return std::nullopt;
 }
 

@@ -11,7 +11,8 @@ namespace vorlen {
 /// The command line of one command: its options, its help text, and what is said about wrong usage.
 ///
 /// Options are declared by the add operations, then parse() is called once, then the values are asked for. Options may
-/// stand on either side of the command's name and of the files.
+/// stand on either side of the command's name and of the files. Every command has --help, --threads, which parse()
+/// takes for all work to come, and --dry-run, at which the command is to tell its memory need and to write nothing.
 class CommandLine {
 public:
     /// The files are what the command works on, as the syntax has them, "STACK.sdf..." say.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <utility>
@@ -11,11 +12,18 @@
 #include "cli/comparisonreport.h"
 #include "cli/consolemonitor.h"
 #include "cli/mapoptions.h"
+#include "cli/memoryneed.h"
 #include "cli/specimens.h"
 #include "cli/stackfile.h"
+#include "files/fileinfo.h"
 #include "files/safestream.h"
+#include "images/filters/parallelwork.h"
+#include "images/volumes/voxelmatrix.h"
+#include "normalization/densitymapping.h"
 #include "normalization/groupcomparison.h"
 #include "numerics/exception.h"
+#include "shapes/grid.h"
+#include "shapes/shape.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -25,11 +33,9 @@ namespace vorlen {
 namespace {
 
 /// A stretch of the list of permutations: the part of this number of so many.
-struct Stretch {
-    std::uint64_t part = 1, parts = 1;
-
-    std::uint64_t first(std::uint64_t total) const { return total * (part - 1) / parts; }
-    std::uint64_t count(std::uint64_t total) const { return total * part / parts - first(total); }
+struct Stretch : WorkPart {
+    std::uint64_t first(std::uint64_t total) const { return total * (number - 1) / parts; }
+    std::uint64_t count(std::uint64_t total) const { return total * number / parts - first(total); }
 };
 
 struct Comparison {
@@ -41,7 +47,7 @@ struct Comparison {
 
 std::vector<std::string> outputsOf(const Comparison& comparison) {
     if (comparison.stretch)
-        return {comparison.files.base + "-part-" + std::to_string(comparison.stretch->part) + "-of-" +
+        return {comparison.files.base + "-part-" + std::to_string(comparison.stretch->number) + "-of-" +
                 std::to_string(comparison.stretch->parts) + ".json"};
     return comparison.files.names(comparison.settings.forms);
 }
@@ -101,18 +107,38 @@ int compareGroups(const Comparison& comparison) {
     return ExitGood;
 }
 
-/// "2/5"; nothing for what is none.
-std::optional<Stretch> stretchOf(const QString& word) {
-    const QStringList numbers = word.split('/');
-    bool first = false, second = false;
-    Stretch stretch;
-    if (numbers.size() == 2) {
-        stretch.part = numbers[0].toUInt(&first);
-        stretch.parts = numbers[1].toUInt(&second);
+/// Tells what the values of all specimens take, and what is made of them: a statistic, its p and a difference, with a
+/// set of sums for each thread.
+int tellMemoryOf(const Comparison& comparison) {
+    const SpecimenList& list = comparison.settings.specimens;
+    const std::string& first = list.files.front();
+    double places = 0, points = 0, own = 0;
+    if (comparison.settings.forms) {
+        places = 3 * double(std::unique_ptr<Shape<float>>(Shape<float>::loadFile(first))->getNumVertices());
+    } else if (FileInfo::suffixName(first) == "vm") {
+        VoxelMatrix<float> map;
+        map.loadHeader(first);
+        places = double(map.getSize1()) * map.getSize2() * map.getSize3();
+    } else {
+        std::vector<std::unique_ptr<Shape<float>>> patterns;
+        for (const std::string& file : list.files)
+            if (const int status = readPattern(file, patterns); status != ExitGood)
+                return status;
+        std::vector<Shape<float>*> pointers;
+        pointers.reserve(patterns.size());
+        for (const auto& pattern : patterns) {
+            pointers.push_back(pattern.get());
+            points += double(pattern->getNumVertices());
+        }
+        const DensityMapping mapping(comparison.settings.mapping.settings, pointers, {});
+        const Vector<int>& size = mapping.grid(comparison.settings.mapping.resolution).getSize();
+        places = double(size[0]) * size[1] * size[2];
+        own = mapping.bytes(mapping.grid(comparison.settings.mapping.resolution));
     }
-    if (!first || !second || stretch.part < 1 || stretch.part > stretch.parts)
-        return std::nullopt;
-    return stretch;
+    const double held = double(list.files.size()) + 6 + 3 * ParallelWork::getThreads();
+    std::cout << "Memory: " << memoryText(MemoryNeed().own + own + sizeof(float) * (places * held + 16 * points))
+              << ", on " << ParallelWork::getThreads() << " threads\n";
+    return ExitGood;
 }
 
 /// Fills what the command line tells; false, and a word about it, for a wrong usage.
@@ -125,17 +151,15 @@ bool readComparison(const CommandLine& line, Comparison& comparison) {
                                                                   : std::optional(0.);
     if (!cluster ||
         !readDensityOptions(line, comparison.settings.mapping.settings, comparison.settings.mapping.resolution) ||
-        !readUnit(line, comparison.files.unit) || !setThreads(line))
+        !readUnit(line, comparison.files.unit))
         return false;
+    std::optional<WorkPart> part;
+    if (!readChunk(line, part))
+        return false;
+    if (part)
+        comparison.stretch = Stretch{*part};
     if (comparison.files.unit)
         comparison.settings.mapping.settings.unit = comparison.files.unit->symbol();
-    if (line.isSet("chunk")) {
-        comparison.stretch = stretchOf(line.value("chunk"));
-        if (!comparison.stretch || line.isSet("merge")) {
-            line.usageError("--chunk takes a part of parts, 2/5 say, and goes without --merge");
-            return false;
-        }
-    }
     if (line.value("name").isEmpty() || line.value("name").contains('/')) {
         line.usageError("--name takes a file name without a directory");
         return false;
@@ -177,8 +201,6 @@ void addOptions(CommandLine& line) {
     line.addOption({"unit"}, "Unit of the points, for the volumes: m, mm, \302\265m (or um), nm.", "unit");
     line.addFlag("nifti", "Write the volumes as NIfTI (.nii), too.");
     line.addFlag("gzip", "Write NRRD files compressed, and those of NIfTI, .nii.gz.");
-    line.addOption({"threads"}, "Number of threads; all processors by default. The result is the same for any.",
-                   "number");
 }
 
 } // namespace
@@ -201,6 +223,8 @@ int compareCommand(const QStringList& arguments) {
         if (!specimens)
             return ExitUsage;
         comparison.settings.specimens = *specimens;
+        if (line.isSet("dry-run"))
+            return tellMemoryOf(comparison);
         if (!line.outputDirectory())
             return ExitFileError;
         return compareGroups(comparison);

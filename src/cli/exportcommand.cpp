@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "cli/commandline.h"
+#include "cli/memoryneed.h"
 #include "cli/stackfile.h"
 #include "document/model.h"
 #include "export/gltfwriter.h"
@@ -171,6 +172,8 @@ int exportCommand(const QStringList& arguments) {
     ExportJob job;
     if (!readEnds(line, job.exporter) || !readFormat(line, job))
         return ExitUsage;
+    if (line.isSet("dry-run"))
+        return tellMemory(line.files(), {.ofDescription = 60, .ofPixel = 40});
     const std::optional<std::string> directory = line.outputDirectory();
     if (!directory)
         return ExitFileError;

@@ -9,6 +9,7 @@
 
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
+#include "cli/memoryneed.h"
 #include "cli/stackfile.h"
 #include "files/fileinfo.h"
 #include "files/safefile.h"
@@ -160,6 +161,9 @@ int isosurfaceCommand(const QStringList& arguments) {
     const std::optional<double> level = line.number("level", -largest, largest);
     if (!level)
         return ExitUsage;
+    // The volume, and a surface through as many voxels as its faces have, or several times that.
+    if (line.isSet("dry-run"))
+        return tellMemoryOfFiles(line.files(), 3);
 
     const Request request = {*level, !line.isSet("open"), line.isSet("calibrated"), line.isSet("overwrite"),
                              line.path("output")};

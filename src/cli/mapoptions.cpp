@@ -6,7 +6,6 @@
 
 #include "cli/commandline.h"
 #include "cli/stackfile.h"
-#include "images/filters/parallelwork.h"
 #include "normalization/densitymapping.h"
 
 namespace vorlen {
@@ -116,13 +115,23 @@ bool readUnit(const CommandLine& line, std::optional<LengthUnit>& unit) {
     return false;
 }
 
-bool setThreads(const CommandLine& line) {
-    if (!line.isSet("threads"))
+bool readChunk(const CommandLine& line, std::optional<WorkPart>& part) {
+    if (!line.isSet("chunk"))
         return true;
-    const std::optional<int> threads = line.integer("threads", 1, 1024);
-    if (threads)
-        ParallelWork::setThreads(*threads);
-    return bool(threads);
+    const QStringList words = line.value("chunk").split('/');
+    bool first = false, second = false;
+    WorkPart found;
+    if (words.size() == 2) {
+        found.number = words[0].toUInt(&first);
+        found.parts = words[1].toUInt(&second);
+    }
+    if (!first || !second || found.number < 1 || found.number > found.parts || found.parts > 1000000 ||
+        line.isSet("merge")) {
+        line.usageError("--chunk takes a part of parts, 2/5 say, and goes without --merge");
+        return false;
+    }
+    part = found;
+    return true;
 }
 
 } // namespace vorlen

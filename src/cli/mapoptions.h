@@ -29,7 +29,13 @@ int readPattern(const std::string& name, std::vector<std::unique_ptr<Shape<float
 /// Reads --unit, where it is given; false, and a word about it, for what is no unit.
 bool readUnit(const CommandLine& line, std::optional<LengthUnit>& unit);
 
-/// Takes --threads, where it is given, for all work to come; false, and a word about it, for a wrong number.
-bool setThreads(const CommandLine& line);
+/// A part of so many, counted from 1.
+struct WorkPart {
+    unsigned int number = 1, parts = 1;
+};
+
+/// Reads --chunk, "2/5" say, where it is given, which goes without --merge; false, and a word about it, for what is no
+/// part.
+bool readChunk(const CommandLine& line, std::optional<WorkPart>& part);
 
 } // namespace vorlen

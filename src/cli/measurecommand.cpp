@@ -311,7 +311,7 @@ int measureCommand(const QStringList& arguments) {
             return reportFailures(file, measurements);
         });
     };
-    const int status = reportOnStacks(line, arguments, report);
+    const int status = reportOnStacks(line, arguments, report, {.ofDescription = 40, .ofPixel = 120});
     collected.print(std::cout, line.files().size() > 1, true);
     return status;
 }

@@ -8,6 +8,7 @@
 
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
+#include "cli/memoryneed.h"
 #include "cli/stackfile.h"
 #include "document/model.h"
 #include "editing/operations/modelfilter.h"
@@ -159,6 +160,8 @@ int transferCommand(const QStringList& arguments) {
         return *status;
     if (line.files().size() != 2)
         return line.usageError("two stacks are needed, SOURCE.sdf and TARGET.sdf");
+    if (line.isSet("dry-run"))
+        return tellMemory(line.files(), {.ofDescription = 40, .together = true});
     const std::map<QString, TransferAction> actions = {{"replace", TransferAction::Replace},
                                                        {"duplicate", TransferAction::Duplicate},
                                                        {"append", TransferAction::Append},
@@ -188,6 +191,8 @@ int filterCommand(const QStringList& arguments) {
     const bool points = line.value("remove") == "points";
     if (!points && line.value("remove") != "models")
         return line.usageError("nothing is known of removing '" + line.value("remove") + "'");
+    if (line.isSet("dry-run"))
+        return tellMemory(line.files(), {.ofDescription = 40});
     const FilterMode mode = points ? FilterMode::PointsOutside : FilterMode::NonIntersectingModels;
     int status = ExitGood;
     for (const std::string& file : line.files())

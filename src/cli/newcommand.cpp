@@ -7,6 +7,7 @@
 #include <QFileInfo>
 
 #include "cli/commandline.h"
+#include "cli/memoryneed.h"
 #include "cli/stackfile.h"
 #include "editing/operations/stackoperations.h"
 #include "editing/stacks/vrlstack.h"
@@ -135,6 +136,12 @@ int newCommand(const QStringList& arguments) {
         return line.usageError("the first file is the stack to write, and its name ends in .sdf");
     if (files.empty())
         return line.usageError("no image given");
+    if (line.isSet("dry-run")) {
+        // Of images only the headers are read.
+        std::cout << output << ": takes about " << memoryText(MemoryNeed().own + 4096. * double(files.size()))
+                  << " of memory\n";
+        return ExitGood;
+    }
     Wishes wishes;
     if (line.isSet("unit") && !(wishes.unit = unitOf(line.value("unit"))))
         return line.usageError("--unit takes a unit of length, nm, um or mm say, not '" + line.value("unit") + "'");

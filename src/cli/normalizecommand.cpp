@@ -13,6 +13,7 @@
 
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
+#include "cli/memoryneed.h"
 #include "cli/normalizereport.h"
 #include "cli/stackfile.h"
 #include "files/fileinfo.h"
@@ -394,6 +395,8 @@ int normalizeCommand(const QStringList& arguments) {
         return *status;
     if (line.files().size() < 2)
         return line.usageError("a normalization needs at least two stacks");
+    if (line.isSet("dry-run"))
+        return tellMemory(line.files(), {.ofDescription = 120, .together = true});
 
     if (!line.outputDirectory())
         return ExitFileError;

@@ -17,12 +17,14 @@ std::optional<OutputFormat> outputFormat(const CommandLine& line) {
     return std::nullopt;
 }
 
-int reportOnFiles(CommandLine& line, const QStringList& arguments, const StackReport& report) {
+int reportOnFiles(CommandLine& line, const QStringList& arguments, const StackReport& report, const MemoryNeed& need) {
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
     const std::optional<OutputFormat> format = outputFormat(line);
     if (!format)
         return ExitUsage;
+    if (line.isSet("dry-run"))
+        return tellMemory(line.files(), need);
     int status = ExitGood;
     JsonWriter json(std::cout);
     if (*format == OutputFormat::Json)
@@ -34,11 +36,12 @@ int reportOnFiles(CommandLine& line, const QStringList& arguments, const StackRe
     return status;
 }
 
-int reportOnStacks(CommandLine& line, const QStringList& arguments, const StackReport& report) {
-    return reportOnFiles(line, arguments, [&report](const StackFile& file, OutputFormat format, JsonWriter& json) {
+int reportOnStacks(CommandLine& line, const QStringList& arguments, const StackReport& report, const MemoryNeed& need) {
+    const auto reportOpened = [&report](const StackFile& file, OutputFormat format, JsonWriter& json) {
         const int status = file.report();
         return file.isOpened() ? std::max(status, report(file, format, json)) : status;
-    });
+    };
+    return reportOnFiles(line, arguments, reportOpened, need);
 }
 
 } // namespace vorlen

@@ -7,6 +7,7 @@
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
 #include "cli/elasticrun.h"
+#include "cli/memoryneed.h"
 #include "cli/outputformat.h"
 #include "cli/stackfile.h"
 #include "cli/texttable.h"
@@ -298,6 +299,8 @@ int registerCommand(const QStringList& arguments) {
     const std::optional<AlignmentMethod> method = methodOf(request.method);
     if (!method)
         return line.usageError("unknown method '" + line.value("method") + "'");
+    if (line.isSet("dry-run"))
+        return tellMemory(line.files(), {.ofDescription = 12, .ofPixel = line.isSet("elastic") ? 400. : 200.});
     request.options.method = *method;
     request.options.inverted = line.isSet("invert");
     request.reference = line.value("reference").toStdString();

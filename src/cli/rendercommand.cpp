@@ -11,6 +11,7 @@
 #include <QSize>
 
 #include "cli/commandline.h"
+#include "cli/memoryneed.h"
 #include "cli/stackfile.h"
 
 namespace vorlen {
@@ -100,6 +101,11 @@ int renderCommand(const QStringList& arguments) {
                                    .arg(smallest)
                                    .arg(largest)
                                    .arg(sizeText));
+    if (line.isSet("dry-run")) {
+        // Mostly the drawing without a graphics card, and some pictures of the size.
+        const double own = 350. * (1 << 20) + 32. * size->width() * size->height();
+        return tellMemory({files[0]}, {.ofDescription = 60, .own = own});
+    }
     if (!mayWrite(picture, line.isSet("overwrite")))
         return ExitFileError;
     QStringList rendererArguments = {QFile::decodeName(files[0].c_str()), pictureName, QString::number(size->width()),

@@ -6,6 +6,7 @@
 
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
+#include "cli/memoryneed.h"
 #include "cli/outputformat.h"
 #include "cli/stackfile.h"
 #include "cli/texttable.h"
@@ -173,12 +174,6 @@ void writeJson(JsonWriter& json, const std::string& file, const std::string& out
     json.endObject();
 }
 
-std::string memoryText(double bytes) {
-    const double mebibytes = bytes / (1024 * 1024);
-    return mebibytes < 1000 ? shortNumber(std::ceil(mebibytes)) + " MiB"
-                            : shortNumber(std::round(mebibytes / 102.4) / 10) + " GiB";
-}
-
 std::string countText(const SpotLabels& found) {
     std::string text = std::to_string(found.spots.size()) + (found.spots.size() == 1 ? " spot" : " spots");
     for (const auto& [count, why] : {std::pair(found.numTooSmall, " too small"),
@@ -214,7 +209,7 @@ int findSpotsOf(const std::string& file, VRLStack& stack, const SpotsRequest& re
     const Vector<int> size = spotVolumeSize(stack);
     if (request.dryRun) {
         std::cout << file << ": " << size[0] << " x " << size[1] << " x " << size[2] << " voxels, takes about "
-                  << memoryText(spotMemory(size, request.config)) << " of memory\n";
+                  << memoryText(MemoryNeed().own + spotMemory(size, request.config)) << " of memory\n";
         return ExitGood;
     }
     std::string name;
@@ -271,7 +266,6 @@ void declare(CommandLine& line) {
     line.addOption({"name"}, "Name of the model, or beginning of the names of the models.", "name", "spot");
     line.addFlag("one-model", "One model for all spots in place of one for each.");
     line.addFlag("spheres", "One point for a spot, as large as the sphere of its volume, in place of all its voxels.");
-    line.addFlag("dry-run", "Only tell how much memory it takes.");
 }
 
 } // namespace

@@ -33,9 +33,14 @@ namespace vorlen {
 /// narrower than half a cell gives a density as fine as the cells. Source: M. P. Wand, Fast computation of multivariate
 /// kernel estimators, Journal of Computational and Graphical Statistics 3, 1994. The Gaussian ends at 4.5 bandwidths.
 ///
+/// Without masks the integral that c_i makes good is that of the points, one by one: what the smoothing makes of a
+/// shared point is a product of sums along the axes. So a block needs none of the others. With masks it is the sum of
+/// the elements, and who makes one block goes over all planes once before, in blocks of the same size.
+///
 /// An element costs an operation for each cell in reach along each axis, for each pattern, whatever the number of
-/// points. Planes and rows are worked on in parallel with the same bits for any number of threads. Work memory is one
-/// map, two with masks, and a byte for each element. Instantiated for float and double.
+/// points. Planes and rows are worked on in parallel with the same bits for any number of threads. Work memory is the
+/// planes of the block and those in reach of it, twice with masks, and then a byte for each of their elements.
+/// Instantiated for float and double.
 template <class T>
 class BoundedKernelDensityEstimator : public DensityEstimator<T> {
 public:
@@ -48,18 +53,15 @@ public:
     void setBandwidth(T bandwidth);
     T getBandwidth() const { return __bandwidth; }
 
-    /// Replaces the map. A cancelled run leaves zeros. Throws SizeError, and changes nothing, unless box and patterns
-    /// are of space 3.
-    void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) override;
-    double workBytes(const Vector<int>& size) const override;
+    /// Replaces the planes. A cancelled run leaves zeros. Throws SizeError, and changes nothing, unless box and
+    /// patterns are of space 3.
+    MapSums computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
+                         const MapPlanes& block) override;
+    void finish(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
+                const MapSums& sums) override;
+    double blockBytes(const BoundingBox<T>& box, const Vector<int>& size, const MapPlanes& block) const override;
 
-    /// Of the last run, for each pattern: the bandwidth, the number of points in the domain, and the integral before it
-    /// was made 1.
-    struct PatternReport {
-        double bandwidth = 0;
-        int numPoints = 0;
-        double integral = 0;
-    };
+    /// Of the last run, for each pattern.
     const std::vector<PatternReport>& getReports() const { return __reports; }
 
 private:

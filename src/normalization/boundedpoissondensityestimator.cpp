@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <memory>
+#include <numeric>
 
 #include "images/filters/parallelwork.h"
 #include "images/volumes/voxelmatrix.h"
@@ -92,11 +93,13 @@ struct Searches {
     std::vector<NearestSearch<T>> trees;
     int rank;
     const MapLattice<T>& lattice;
+    MapPlanes planes; // of the map, those to fill
     BoundingBox<T> box;
     const std::vector<unsigned char>& inside;
     std::unique_ptr<MaskedShare<T>> share;
 
-    /// The rows of the blocks that begin at row i of plane k; sums: one for each row of the map.
+    /// The rows of the blocks that begin at row i of plane k of the map; matrix: the planes to fill, sums: one for
+    /// each of their rows.
     void fillRows(int i, int k, VoxelMatrix<T>& matrix, Sums* sums) const;
 
 private:
@@ -115,7 +118,9 @@ private:
 /// The cells of the domain, at most blockCells.
 template <class T>
 std::size_t Searches<T>::cellsOfBlock(const Cell& first, Cell* cells) const {
-    const auto end = [&](int axis, int begin) { return std::min(begin + blockSize[axis], lattice.getSize(axis)); };
+    const auto end = [&](int axis, int begin) {
+        return std::min(begin + blockSize[axis], axis == 2 ? planes.last : lattice.getSize(axis));
+    };
     const std::size_t columns = std::size_t(lattice.getSize(1));
     std::size_t count = 0;
     for (int k = first.k; k < end(2, first.k); ++k)
@@ -145,8 +150,8 @@ void Searches<T>::fillRows(int i, int k, VoxelMatrix<T>& matrix, Sums* sums) con
         for (std::size_t t = 0; t < trees.size(); ++t)
             neighbours[t].find(places.data(), int(count), squares.data() + t * blockCells);
         for (std::size_t c = 0; c < count; ++c)
-            matrix[cells[c].k][cells[c].i][cells[c].j] =
-                density(cells[c], places[c], squares.data() + c, sums[rowNumber(cells[c].i, cells[c].k)]);
+            matrix[cells[c].k - planes.first][cells[c].i][cells[c].j] =
+                density(cells[c], places[c], squares.data() + c, sums[rowNumber(cells[c].i, cells[c].k - planes.first)]);
     }
 }
 
@@ -175,6 +180,20 @@ T Searches<T>::density(const Cell& cell, const Place& place, const T* squares, S
     return result;
 }
 
+/// Adds up the rows of each plane.
+void appendPlanes(const std::vector<Sums>& ofRows, int rows, MapSums& sums) {
+    const std::size_t numPlanes = ofRows.size() / std::size_t(rows);
+    sums.densities.assign(numPlanes, 0);
+    sums.distances.assign(numPlanes, 0);
+    sums.elements.assign(numPlanes, 0);
+    for (std::size_t number = 0; number < ofRows.size(); ++number) {
+        const std::size_t k = number / std::size_t(rows);
+        sums.densities[k] += ofRows[number].density;
+        sums.distances[k] += ofRows[number].distance;
+        sums.elements[k] += double(ofRows[number].cells);
+    }
+}
+
 } // namespace
 
 template <class T>
@@ -186,7 +205,8 @@ void BoundedPoissonDensityEstimator<T>::setNeighbourRank(int rank) {
 }
 
 template <class T>
-double BoundedPoissonDensityEstimator<T>::workBytes(const Vector<int>& size) const {
+double BoundedPoissonDensityEstimator<T>::blockBytes(const BoundingBox<T>& /*box*/, const Vector<int>& size,
+                                                     const MapPlanes& /*block*/) const {
     double bytes = this->getMaskSurfaces().empty() ? 0 : 5. * size[0] * size[1] * size[2];
     for (const Shape<T>* shape : this->getShapes())
         bytes += double(shape->getNumVertices()) * (6 * sizeof(T) + 8);
@@ -194,15 +214,18 @@ double BoundedPoissonDensityEstimator<T>::workBytes(const Vector<int>& size) con
 }
 
 template <class T>
-void BoundedPoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) {
+MapSums BoundedPoissonDensityEstimator<T>::computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box,
+                                                        const Vector<int>& size, const MapPlanes& block) {
     const char* const where = "void BoundedPoissonDensityEstimator<T>::compute(VoxelMatrix<T>&, const BoundingBox<T>&)";
     this->checkSpace(box, where);
-    const MapLattice<T> lattice = this->lattice(box, matrix.getSize());
-    const int rows = lattice.getSize(0), planes = lattice.getSize(2);
+    this->checkBlock(planes, size, block, where);
+    const MapLattice<T> lattice = this->lattice(box, size);
+    const int rows = lattice.getSize(0), numPlanes = block.count();
     this->notifyStarted("Poisson density estimation");
-    ParallelWork work(*this, std::max(1ULL, static_cast<unsigned long long>(planes)));
-    const MapDomain<T> domain(box, lattice, this->getMaskSurfaces(), work);
-    Searches<T> searches{{}, __neighbourRank, lattice, box, domain.inside(), nullptr};
+    ParallelWork work(*this, static_cast<unsigned long long>(std::max(1, numPlanes)));
+    MapDomain<T> domain(box, lattice, this->getMaskSurfaces());
+    domain.look({0, lattice.getSize(2)}, work);
+    Searches<T> searches{{}, __neighbourRank, lattice, block, box, domain.inside(), nullptr};
     searches.box.rectify();
     searches.trees.reserve(this->getShapes().size());
     double numPoints = 0;
@@ -218,33 +241,42 @@ void BoundedPoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const Bo
     }
     if (domain.isMasked())
         searches.share = std::make_unique<MaskedShare<T>>(lattice, domain.inside());
-    matrix.setZeros();
-    Sums total;
-    if (!searches.trees.empty() && matrix.getSize().min() > 0 && !this->isCanceled()) {
-        std::vector<Sums> sums(std::size_t(rows) * std::size_t(planes));
+    planes.setZeros();
+    MapSums result;
+    result.meanNumPoints = searches.trees.empty() ? 0 : numPoints / double(searches.trees.size());
+    if (!searches.trees.empty() && size.min() > 0 && !this->isCanceled()) {
+        std::vector<Sums> sums(std::size_t(rows) * std::size_t(numPlanes));
         const int across = (rows + blockSize[0] - 1) / blockSize[0];
-        const int blocks = across * ((planes + blockSize[2] - 1) / blockSize[2]);
-        work.run(blocks, static_cast<unsigned long long>(planes), [&](int number, int /*worker*/) {
-            searches.fillRows(number % across * blockSize[0], number / across * blockSize[2], matrix, sums.data());
+        const int blocks = across * ((numPlanes + blockSize[2] - 1) / blockSize[2]);
+        work.run(blocks, static_cast<unsigned long long>(numPlanes), [&](int number, int /*worker*/) {
+            searches.fillRows(number % across * blockSize[0], block.first + number / across * blockSize[2], planes,
+                              sums.data());
         });
-        for (const Sums& each : sums) {
-            total.density += each.density;
-            total.distance += each.distance;
-            total.cells += each.cells;
-        }
+        appendPlanes(sums, rows, result);
     }
     if (this->isCanceled()) {
-        matrix.setZeros();
-        return this->notifyCanceled("");
+        planes.setZeros();
+        this->notifyCanceled("");
+        return {};
     }
-    const double trees = double(searches.trees.size());
-    const double volume = lattice.extent(0, 0) * lattice.extent(1, 0) * lattice.extent(2, 0);
-    __meanNumPoints = trees > 0 ? numPoints / trees : 0;
-    __meanDistance = total.cells > 0 ? total.distance / (double(total.cells) * trees) : 0;
-    __integralBefore = total.density * volume;
-    if (__integralBefore > 0 && std::isfinite(__integralBefore))
-        matrix *= T(__meanNumPoints / __integralBefore);
     this->notifyFinished("");
+    return result;
+}
+
+template <class T>
+void BoundedPoissonDensityEstimator<T>::finish(VoxelMatrix<T>& planes, const BoundingBox<T>& box,
+                                               const Vector<int>& size, const MapSums& sums) {
+    const MapLattice<T> lattice = this->lattice(box, size);
+    const auto total = [](const std::vector<double>& values) {
+        return std::accumulate(values.begin(), values.end(), 0.);
+    };
+    const double elements = total(sums.elements), trees = double(this->getShapes().size());
+    const double volume = lattice.extent(0, 0) * lattice.extent(1, 0) * lattice.extent(2, 0);
+    __meanNumPoints = sums.meanNumPoints;
+    __meanDistance = elements > 0 ? total(sums.distances) / (elements * trees) : 0;
+    __integralBefore = total(sums.densities) * volume;
+    if (__integralBefore > 0 && std::isfinite(__integralBefore))
+        planes *= T(__meanNumPoints / __integralBefore);
 }
 
 template class BoundedPoissonDensityEstimator<float>;

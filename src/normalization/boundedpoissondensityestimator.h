@@ -21,7 +21,8 @@ namespace vorlen {
 ///
 /// A cell costs a search in each pattern, O(k log n), or its share of that of a block of cells (BlockSearch). Blocks
 /// are worked on in parallel with the same bits for any number of threads. Work memory is that of the search trees, and
-/// with masks five bytes for each cell. Instantiated for float and double.
+/// with masks five bytes for each cell, of a block of planes also those of the whole map, for balls may reach anywhere.
+/// Instantiated for float and double.
 template <class T>
 class BoundedPoissonDensityEstimator : public DensityEstimator<T> {
 public:
@@ -29,10 +30,13 @@ public:
     void setNeighbourRank(int rank);
     int getNeighbourRank() const { return __neighbourRank; }
 
-    /// Replaces the map. A cancelled run leaves zeros. Throws UsageError, and changes nothing, when a pattern has fewer
-    /// than k points in the domain, SizeError unless box and patterns are of space 3.
-    void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) override;
-    double workBytes(const Vector<int>& size) const override;
+    /// Replaces the planes by what finish() scales. A cancelled run leaves zeros. Throws UsageError, and changes
+    /// nothing, when a pattern has fewer than k points in the domain, SizeError unless box and patterns are of space 3.
+    MapSums computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
+                         const MapPlanes& block) override;
+    void finish(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
+                const MapSums& sums) override;
+    double blockBytes(const BoundingBox<T>& box, const Vector<int>& size, const MapPlanes& block) const override;
 
     /// Of the last run: the integral before scaling, the mean number of points of a pattern in the domain, and the mean
     /// distance to the k-th point over cells of the domain and patterns.

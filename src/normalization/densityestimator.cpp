@@ -112,8 +112,34 @@ MapLattice<T> DensityEstimator<T>::lattice(const BoundingBox<T>& box, const Vect
 }
 
 template <class T>
-double DensityEstimator<T>::workBytes(const Vector<int>& /*size*/) const {
+void DensityEstimator<T>::checkBlock(const VoxelMatrix<T>& planes, const Vector<int>& size, const MapPlanes& block,
+                                     const char* where) {
+    if (planes.getSize1() != size[0] || planes.getSize2() != size[1] || planes.getSize3() != block.count() ||
+        block.first < 0 || block.last > size[2])
+        throw SizeError(where, "The planes are not those of the block");
+}
+
+template <class T>
+void DensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) {
+    const Vector<int> size = matrix.getSize();
+    const MapSums sums = computeBlock(matrix, box, size, {0, matrix.getSize3()});
+    finish(matrix, box, size, sums);
+}
+
+template <class T>
+void DensityEstimator<T>::finish(VoxelMatrix<T>& /*planes*/, const BoundingBox<T>& /*box*/, const Vector<int>& /*size*/,
+                                 const MapSums& /*sums*/) {
+}
+
+template <class T>
+double DensityEstimator<T>::blockBytes(const BoundingBox<T>& /*box*/, const Vector<int>& /*size*/,
+                                       const MapPlanes& /*block*/) const {
     return 0;
+}
+
+template <class T>
+double DensityEstimator<T>::workBytes(const BoundingBox<T>& box, const Vector<int>& size) const {
+    return blockBytes(box, size, {0, size[2]});
 }
 
 template <class T>
@@ -125,6 +151,12 @@ template <class T>
 void DensityEstimator<T>::applyMasks(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) {
     const char* const where = "void DensityEstimator<T>::applyMasks(VoxelMatrix<T>&, const BoundingBox<T>&)";
     checkSpace(box, where);
+    maskPlanes(matrix, lattice(box, matrix.getSize()), 0, where);
+}
+
+template <class T>
+void DensityEstimator<T>::maskPlanes(VoxelMatrix<T>& matrix, const MapLattice<T>& places, int firstPlane,
+                                     const char* where) {
     struct Mask {
         TriMeshInterior<T> interior;
         bool inside;
@@ -138,12 +170,11 @@ void DensityEstimator<T>::applyMasks(VoxelMatrix<T>& matrix, const BoundingBox<T
 
     notifyStarted("Applying masks onto density map");
     const int n1 = matrix.getSize1(), n2 = matrix.getSize2(), n3 = matrix.getSize3();
-    const MapLattice<T> places = lattice(box, matrix.getSize());
     Vector<T> p(3);
     for (int i = 0; i < n1; ++i) {
         p[0] = places.position(0, i);
         for (int k = 0; k < n3 && !masks.empty(); ++k) {
-            p[2] = places.position(2, k);
+            p[2] = places.position(2, firstPlane + k);
             T* const row = matrix[k][i].data();
             for (int j = 0; j < n2; ++j) {
                 if (row[j] == T(0))

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "normalization/mapblock.h"
 #include "normalization/maplattice.h"
 #include "numerics/vector.h"
 #include "progress/progresssubject.h"
@@ -27,7 +28,11 @@ class VoxelMatrix;
 /// element tells is the matter of each estimator, and so is the place that it tells it for: lattice(), which masks,
 /// percentiles and integrals here go by, and which files, surfaces and views should. Shapes and mask surfaces are seen,
 /// not owned, and must outlive the estimator or be removed; the surfaces that setMaskShapes() makes belong to the
-/// estimator. Instantiated for float, double and long double.
+/// estimator.
+///
+/// A map may be made in blocks of its planes, in any order and by any number of processes, which then has the same bits
+/// as the map in one: computeBlock() for each, finish() with what they tell. Instantiated for float, double and long
+/// double.
 template <class T>
 class DensityEstimator : public virtual ProgressSubject {
 public:
@@ -41,19 +46,31 @@ public:
     /// Nothing when the shape is not there.
     virtual void removeShape(Shape<T>& shape);
 
-    /// Fills the map for the box. Throws SizeError, before anything changes, unless box and patterns are of space 3.
-    virtual void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) = 0;
+    /// Fills the map for the box: all planes as one block, finished. Throws as computeBlock().
+    void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box);
+
+    /// Fills the planes of a block of the map of this size over the box, as many as the matrix has, all but for what
+    /// finish() does. Throws SizeError, before anything changes, unless box and patterns are of space 3 and the matrix
+    /// has the size of the block.
+    virtual MapSums computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
+                                 const MapPlanes& block) = 0;
+
+    /// Does to planes of any block what needs the sums of all planes, and takes over what they tell of the patterns.
+    virtual void finish(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
+                        const MapSums& sums);
 
     /// Where the elements of a map of this size over this box lie: the centres of cells, unless an estimator says
     /// otherwise. Throws SizeError unless the box is of space 3.
     virtual MapLattice<T> lattice(const BoundingBox<T>& box, const Vector<int>& size) const;
 
-    /// Bytes of memory that compute() takes beside the map, for a map of this size.
-    virtual double workBytes(const Vector<int>& size) const;
+    /// Bytes of memory that computeBlock() takes beside the planes of the block.
+    virtual double blockBytes(const BoundingBox<T>& box, const Vector<int>& size, const MapPlanes& block) const;
+    /// Those that compute() takes beside a map of this size.
+    double workBytes(const BoundingBox<T>& box, const Vector<int>& size) const;
 
     /// Sets to 0 every element that a mask excludes: its place on the lattice must lie inside of all surfaces whose
-    /// inside counts, and outside of the others. Monitors hear
-    /// of it, also when there is no mask. The surfaces are prepared for the search once; an element then takes about
+    /// inside counts, and outside of the others. Monitors hear of
+    /// it, also when there is no mask. The surfaces are prepared for the search once; an element then takes about
     /// O(log n) for n triangles. Throws UsageError for a mask without a mesh, SizeError unless meshes and box are of
     /// space 3.
     virtual void applyMasks(VoxelMatrix<T>& matrix, const BoundingBox<T>& box);
@@ -85,6 +102,11 @@ public:
 protected:
     /// Throws SizeError unless box and patterns are of space 3.
     void checkSpace(const BoundingBox<T>& box, const char* where) const;
+    /// Throws SizeError unless the planes are those of the block.
+    static void checkBlock(const VoxelMatrix<T>& planes, const Vector<int>& size, const MapPlanes& block,
+                           const char* where);
+    /// applyMasks() for planes of which this is the first on the lattice.
+    void maskPlanes(VoxelMatrix<T>& planes, const MapLattice<T>& places, int firstPlane, const char* where);
 
 private:
     std::vector<Shape<T>*> __shapes;

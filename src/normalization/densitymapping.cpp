@@ -1,6 +1,7 @@
 #include "normalization/densitymapping.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "images/volumes/voxelmatrix.h"
@@ -76,27 +77,53 @@ Grid<float> DensityMapping::grid(float resolution) const {
 }
 
 double DensityMapping::bytes(const Grid<float>& grid) const {
+    return bytes(grid, {0, grid.getSize()[2]});
+}
+
+double DensityMapping::bytes(const Grid<float>& grid, const MapPlanes& block) const {
     const Vector<int>& size = grid.getSize();
-    return double(sizeof(float)) * size[0] * size[1] * size[2] + __estimator->workBytes(size);
+    return double(sizeof(float)) * size[0] * size[1] * block.count() +
+           __estimator->blockBytes(grid.getBoundingBox(), size, block);
 }
 
 DensityReport DensityMapping::compute(VoxelMatrix<float>& map, const Grid<float>& grid) {
     map.setSize(grid.getSize());
     __estimator->compute(map, grid.getBoundingBox());
     DensityReport report;
-    const Vector<float> range = map.range();
-    report.least = range[0];
-    report.greatest = range[1];
-    report.integral = __estimator->integral(map, grid.getBoundingBox());
-    if (__settings.method == HistogramMethod) {
-        report.integral = 0;
-        for (int k = 0; k < map.getSize3(); ++k)
-            for (int i = 0; i < map.getSize1(); ++i)
-                for (int j = 0; j < map.getSize2(); ++j)
-                    report.integral += double(map(i, j, k));
-    }
+    survey(report, map, 0, grid);
     addNotes(report);
     return report;
+}
+
+MapSums DensityMapping::computeBlock(VoxelMatrix<float>& planes, const Grid<float>& grid, const MapPlanes& block) {
+    const Vector<int>& size = grid.getSize();
+    planes.setSize(size[0], size[1], block.count());
+    return __estimator->computeBlock(planes, grid.getBoundingBox(), size, block);
+}
+
+void DensityMapping::finish(VoxelMatrix<float>& planes, const Grid<float>& grid, const MapSums& sums) {
+    __estimator->finish(planes, grid.getBoundingBox(), grid.getSize(), sums);
+}
+
+void DensityMapping::survey(DensityReport& report, const VoxelMatrix<float>& planes, int first,
+                            const Grid<float>& grid) const {
+    const MapLattice<float> lattice = __estimator->lattice(grid.getBoundingBox(), grid.getSize());
+    for (int k = 0; k < planes.getSize3(); ++k) {
+        for (int i = 0; i < planes.getSize1(); ++i) {
+            const float* const row = planes[k][i].data();
+            for (int j = 0; j < planes.getSize2(); ++j) {
+                // Of a number and what is none both are the number.
+                if (row[j] < report.least || std::isnan(report.least))
+                    report.least = row[j];
+                if (row[j] > report.greatest || std::isnan(report.greatest))
+                    report.greatest = row[j];
+                if (__settings.method == HistogramMethod)
+                    report.integral += double(row[j]);
+            }
+        }
+        if (__settings.method != HistogramMethod)
+            report.integral = lattice.integralWith(report.integral, planes[k], first + k);
+    }
 }
 
 void DensityMapping::addNotes(DensityReport& report) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,7 +28,7 @@ struct DensitySettings {
 /// What one run of an estimator tells beside its map.
 struct DensityReport {
     double integral = 0; ///< of the map over its box; for counts their sum
-    float least = 0, greatest = 0;
+    float least = std::numeric_limits<float>::quiet_NaN(), greatest = least; ///< no number without an element
     /// Sentences for people: bandwidths, points that lie outside, what was scaled.
     std::vector<std::string> notes;
 };
@@ -50,16 +51,26 @@ public:
 
     /// Bytes that compute() needs on this grid, the map included.
     double bytes(const Grid<float>& grid) const;
+    /// Those that computeBlock() needs, its planes included.
+    double bytes(const Grid<float>& grid, const MapPlanes& block) const;
 
     /// Makes the map. A cancelled run leaves zeros, or what was done of a plain one.
     DensityReport compute(VoxelMatrix<float>& map, const Grid<float>& grid);
+
+    /// Makes the planes of a block, all but for what finish() does. A cancelled run leaves zeros, likewise.
+    MapSums computeBlock(VoxelMatrix<float>& planes, const Grid<float>& grid, const MapPlanes& block);
+    /// Does to planes of the map, any number of them, what needs the sums of all.
+    void finish(VoxelMatrix<float>& planes, const Grid<float>& grid, const MapSums& sums);
+    /// Takes finished planes, of which this is the first, into a report, which is to hear of all in their order: then
+    /// its numbers have the same bits for any blocks.
+    void survey(DensityReport& report, const VoxelMatrix<float>& planes, int first, const Grid<float>& grid) const;
+    /// Appends the sentences, when all planes have been surveyed.
+    void addNotes(DensityReport& report) const;
 
     /// Voxel sizes and unit for a file of the map.
     void calibrate(VoxelMatrix<float>& map, const Grid<float>& grid, int unitScale) const;
 
 private:
-    void addNotes(DensityReport& report) const;
-
     DensitySettings __settings;
     std::unique_ptr<DensityEstimator<float>> __estimator;
 };

@@ -10,12 +10,14 @@
 namespace vorlen {
 
 template <class T>
-void HistogramDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& givenBox) {
+MapSums HistogramDensityEstimator<T>::computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& givenBox,
+                                                   const Vector<int>& size, const MapPlanes& block) {
+    const char* const where = "void HistogramDensityEstimator<T>::compute(VoxelMatrix<T>&, const BoundingBox<T>&)";
     BoundingBox<T> box(givenBox);
     box.rectify();
-    this->checkSpace(box, "void HistogramDensityEstimator<T>::compute(VoxelMatrix<T>&, const BoundingBox<T>&)");
-    matrix.setZeros();
-    const Vector<int> size = matrix.getSize();
+    this->checkSpace(box, where);
+    this->checkBlock(planes, size, block, where);
+    planes.setZeros();
     const Vector<T> widths = box.widths();
     const Vector<T>& lower = box.getVertex1();
     const bool hasCells = size.min() > 0;
@@ -30,10 +32,12 @@ void HistogramDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const Boundin
                 const T index = widths[a] > T(0) ? std::floor(T(size[a]) * (v[a] - lower[a]) / widths[a]) : T(0);
                 cell[a] = index < T(size[a]) ? int(index) : size[a] - 1;
             }
-            matrix(cell[0], cell[1], cell[2]) += T(1);
+            if (cell[2] >= block.first && cell[2] < block.last)
+                planes(cell[0], cell[1], cell[2] - block.first) += T(1);
         }
     }
-    this->applyMasks(matrix, box);
+    this->maskPlanes(planes, this->lattice(box, size), block.first, where);
+    return {};
 }
 
 template class HistogramDensityEstimator<float>;

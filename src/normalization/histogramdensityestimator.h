@@ -11,9 +11,11 @@ namespace vorlen {
 template <class T>
 class HistogramDensityEstimator : public DensityEstimator<T> {
 public:
-    /// Replaces the map by the counts and applies the masks; monitors hear of the masks only. A point on the upper face
-    /// of the box falls into the last cell, a point outside is not counted, and neither is any in a map without cells.
-    void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) override;
+    /// Replaces the planes by the counts and applies the masks; monitors hear of the masks only. A point on the upper
+    /// face of the box falls into the last cell, a point outside is not counted, and neither is any in a map without
+    /// cells.
+    MapSums computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
+                         const MapPlanes& block) override;
 };
 
 } // namespace vorlen

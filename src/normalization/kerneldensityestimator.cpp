@@ -221,9 +221,24 @@ void KernelDensityEstimator<T>::setBandwidth(T bandwidth) {
 }
 
 template <class T>
-void KernelDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) {
+double KernelDensityEstimator<T>::blockBytes(const BoundingBox<T>& /*box*/, const Vector<int>& size,
+                                             const MapPlanes& /*block*/) const {
     using Wide = WideCoordinate<T>;
-    this->checkSpace(box, "void KernelDensityEstimator<T>::compute(VoxelMatrix<T>&, const BoundingBox<T>&)");
+    double points = 0;
+    for (const Shape<T>* shape : this->getShapes())
+        points += double(shape->getNumVertices());
+    // The points, the sums of a plane, and the tables of a batch, which may have grown to twice what they hold.
+    const double tables = 2 * std::min(points, double(batchSize)) * (double(size[0]) + size[1] + size[2]);
+    return points * sizeof(Point<Wide>) + sizeof(Wide) * (double(size[0]) * size[1] + tables);
+}
+
+template <class T>
+MapSums KernelDensityEstimator<T>::computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box,
+                                                const Vector<int>& size, const MapPlanes& block) {
+    using Wide = WideCoordinate<T>;
+    const char* const where = "void KernelDensityEstimator<T>::compute(VoxelMatrix<T>&, const BoundingBox<T>&)";
+    this->checkSpace(box, where);
+    this->checkBlock(planes, size, block, where);
     std::vector<Point<Wide>> points = weightedPoints<T>(this->getShapes());
     // A batch then reaches few planes.
     std::sort(points.begin(), points.end(),
@@ -233,26 +248,27 @@ void KernelDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBo
         point.weight *= Wide(peakOf(__kernel)) / (h * h * h);
     Axis<Wide> axes[3];
     for (int a = 0; a < 3; ++a) {
-        const int n = matrix.getSize(a + 1);
+        const int n = size[a];
         axes[a] = {box.min(a), n > 1 ? (Wide(box.max(a)) - Wide(box.min(a))) / Wide(n - 1) : Wide(0), n};
     }
 
     this->notifyStarted("Kernel density estimation");
-    matrix.setZeros();
+    planes.setZeros();
     Spreader<T> spreader(__kernel, __bandwidth, axes);
-    const int numPlanes = matrix.getSize3();
+    const int numPlanes = block.count();
     const std::size_t numBatches = (points.size() + batchSize - 1) / batchSize;
     for (std::size_t batch = 0; batch < numBatches; ++batch) {
         const std::size_t first = batch * batchSize;
         spreader.prepare(points.data() + first, int(std::min<std::size_t>(batchSize, points.size() - first)));
         for (int k = 0; k < numPlanes; ++k) {
-            spreader.addTo(matrix[k], k);
+            spreader.addTo(planes[k], block.first + k);
             this->notifyProgressed(static_cast<unsigned int>(batch * std::size_t(numPlanes) + std::size_t(k)),
                                    static_cast<unsigned int>(numBatches * std::size_t(numPlanes)));
         }
     }
     this->notifyFinished("");
-    this->applyMasks(matrix, box);
+    this->maskPlanes(planes, lattice(box, size), block.first, where);
+    return {};
 }
 
 template <class T>

@@ -42,8 +42,10 @@ public:
     void setBandwidth(T bandwidth);
     T getBandwidth() const { return __bandwidth; }
 
-    /// Replaces the map by the density at the nodes and applies the masks.
-    void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) override;
+    /// Replaces the planes by the density at the nodes and applies the masks.
+    MapSums computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
+                         const MapPlanes& block) override;
+    double blockBytes(const BoundingBox<T>& box, const Vector<int>& size, const MapPlanes& block) const override;
 
     /// Nodes, the first and last of an axis on the faces of the box.
     MapLattice<T> lattice(const BoundingBox<T>& box, const Vector<int>& size) const override;

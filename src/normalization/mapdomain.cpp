@@ -13,8 +13,8 @@ namespace vorlen {
 
 template <class T>
 MapDomain<T>::MapDomain(const BoundingBox<T>& box, const MapLattice<T>& lattice,
-                        const std::vector<MaskSurface<T>*>& masks, ParallelWork& work)
-    : __box(box) {
+                        const std::vector<MaskSurface<T>*>& masks)
+    : __box(box), __lattice(lattice) {
     __box.rectify();
     __sides.reserve(masks.size());
     for (const MaskSurface<T>* mask : masks) {
@@ -22,17 +22,22 @@ MapDomain<T>::MapDomain(const BoundingBox<T>& box, const MapLattice<T>& lattice,
             throw UsageError("MapDomain<T>::MapDomain(...)", "A mask surface has no mesh");
         __sides.push_back({std::make_unique<TriMeshInterior<T>>(*mask->getTriMesh()), mask->isInsideMask()});
     }
+}
+
+template <class T>
+void MapDomain<T>::look(const MapPlanes& planes, ParallelWork& work) {
+    __planes = planes;
     if (__sides.empty())
         return;
-    const int rows = lattice.getSize(0), columns = lattice.getSize(1), planes = lattice.getSize(2);
-    __inside.assign(std::size_t(rows) * std::size_t(columns) * std::size_t(planes), 0);
-    work.run(planes * rows, 0, [&](int number, int /*worker*/) {
+    const int rows = __lattice.getSize(0), columns = __lattice.getSize(1);
+    __inside.assign(std::size_t(rows) * std::size_t(columns) * std::size_t(planes.count()), 0);
+    work.run(planes.count() * rows, 0, [&](int number, int /*worker*/) {
         Vector<T> place(3);
-        place[0] = lattice.position(0, number % rows);
-        place[2] = lattice.position(2, number / rows);
+        place[0] = __lattice.position(0, number % rows);
+        place[2] = __lattice.position(2, planes.first + number / rows);
         unsigned char* const row = __inside.data() + std::size_t(number) * std::size_t(columns);
         for (int j = 0; j < columns; ++j) {
-            place[1] = lattice.position(1, j);
+            place[1] = __lattice.position(1, j);
             row[j] = passesMasks(place) ? 1 : 0;
         }
     });

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
+#include "normalization/mapblock.h"
 #include "normalization/maplattice.h"
 
 namespace vorlen {
@@ -17,21 +19,34 @@ class TriMeshInterior;
 
 /// The part of space in which points could have been found at all: a box, less what masks exclude.
 ///
-/// Tells for each element of a lattice of cells whether its centre belongs to it, and gives of a pattern the points
-/// that lie in it. Instantiated for float, double and long double.
+/// Tells for the elements of a lattice of cells, those of the planes that it is to look at, whether their centres
+/// belong to it, and gives of a pattern the points that lie in it. Instantiated for float, double and long double.
 template <class T>
 class MapDomain {
 public:
-    /// Looks at all elements, in parallel; when the work is cancelled the rest counts as outside. The surfaces are
-    /// not needed afterwards. Throws UsageError for a mask without a mesh, SizeError for one that is not of space 3.
-    MapDomain(const BoundingBox<T>& box, const MapLattice<T>& lattice, const std::vector<MaskSurface<T>*>& masks,
-              ParallelWork& work);
+    /// The surfaces are not needed afterwards. Throws UsageError for a mask without a mesh, SizeError for one that is
+    /// not of space 3.
+    MapDomain(const BoundingBox<T>& box, const MapLattice<T>& lattice, const std::vector<MaskSurface<T>*>& masks);
     ~MapDomain();
 
-    /// Whether masks exclude anything of the box.
-    bool isMasked() const { return !__inside.empty(); }
-    /// For each element, (plane * rows + row) * columns + column, 1 within the domain, else 0; empty without masks.
+    /// Looks at the elements of these planes, in parallel, and forgets others; nothing to do without masks. When the
+    /// work is cancelled the rest counts as outside.
+    void look(const MapPlanes& planes, ParallelWork& work);
+
+    /// Whether masks may exclude something of the box.
+    bool isMasked() const { return !__sides.empty(); }
+    /// The planes that were looked at last.
+    const MapPlanes& planes() const { return __planes; }
+    /// For each of their elements, ((plane - planes().first) * rows + row) * columns + column, 1 within the domain,
+    /// else 0; empty without masks.
     const std::vector<unsigned char>& inside() const { return __inside; }
+
+    /// Of an element of a plane that was looked at; only with masks.
+    bool isInside(int plane, int row, int column) const {
+        return __inside[(std::size_t(plane - __planes.first) * std::size_t(__lattice.getSize(0)) + std::size_t(row)) *
+                            std::size_t(__lattice.getSize(1)) +
+                        std::size_t(column)] != 0;
+    }
 
     /// Coordinates of the pattern's points in the domain, three numbers each, in their order.
     std::vector<T> pointsOf(const Shape<T>& pattern) const;
@@ -45,6 +60,8 @@ private:
     bool passesMasks(const Vector<T>& place) const;
 
     BoundingBox<T> __box;
+    MapLattice<T> __lattice;
+    MapPlanes __planes;
     std::vector<Side> __sides;
     std::vector<unsigned char> __inside;
 };

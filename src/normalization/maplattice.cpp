@@ -101,14 +101,19 @@ template <class T>
 double MapLattice<T>::integral(const VoxelMatrix<T>& map) const {
     requireSize(map, "double MapLattice<T>::integral(const VoxelMatrix<T>&) const");
     double sum = 0;
-    for (int k = 0; k < __size[2]; ++k) {
-        for (int i = 0; i < __size[0]; ++i) {
-            const T* const row = map[k][i].data();
-            double along = 0;
-            for (int j = 0; j < __size[1]; ++j)
-                along += double(row[j]) * extent(1, j);
-            sum += along * extent(0, i) * extent(2, k);
-        }
+    for (int k = 0; k < __size[2]; ++k)
+        sum = integralWith(sum, map[k], k);
+    return sum;
+}
+
+template <class T>
+double MapLattice<T>::integralWith(double sum, const PixelMatrix<T>& plane, int number) const {
+    for (int i = 0; i < __size[0]; ++i) {
+        const T* const row = plane[i].data();
+        double along = 0;
+        for (int j = 0; j < __size[1]; ++j)
+            along += double(row[j]) * extent(1, j);
+        sum += along * extent(0, i) * extent(2, number);
     }
     return sum;
 }

@@ -9,6 +9,8 @@ namespace vorlen {
 template <class T>
 class TriMesh;
 template <class T>
+class PixelMatrix;
+template <class T>
 class VoxelMatrix;
 
 /// Where the elements of a map lie: as cells that divide a box, each told at its centre, or as nodes, the first and
@@ -51,6 +53,9 @@ public:
 
     /// Sum of the elements times the volumes that they stand for, in double. Throws SizeError when sizes differ.
     double integral(const VoxelMatrix<T>& map) const;
+
+    /// The same of one plane, added to the sum of those before it: the integral, when all have been.
+    double integralWith(double sum, const PixelMatrix<T>& plane, int number) const;
 
     /// From indices of the map, as the marching cubes leave them, to coordinates.
     void toCoordinates(TriMesh<T>& surface) const;

@@ -42,19 +42,30 @@ void PoissonDensityEstimator<T>::setNeighbourRank(int rank) {
 }
 
 template <class T>
-void PoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) {
+double PoissonDensityEstimator<T>::blockBytes(const BoundingBox<T>& /*box*/, const Vector<int>& /*size*/,
+                                              const MapPlanes& /*block*/) const {
+    double bytes = 0;
+    for (const Shape<T>* shape : this->getShapes())
+        bytes += double(shape->getNumVertices()) * (6 * sizeof(T) + 8);
+    return bytes;
+}
+
+template <class T>
+MapSums PoissonDensityEstimator<T>::computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box,
+                                                 const Vector<int>& size, const MapPlanes& block) {
     using Wide = WideCoordinate<T>;
     const char* const where = "void PoissonDensityEstimator<T>::compute(VoxelMatrix<T>&, const BoundingBox<T>&)";
     this->checkSpace(box, where);
+    this->checkBlock(planes, size, block, where);
     const int rank = __neighbourRank;
     for (const Shape<T>* shape : this->getShapes())
         if (shape->getNumVertices() < rank)
             throw UsageError(where, "A point pattern has fewer points than the neighbour rank");
 
-    const int n1 = matrix.getSize1(), n2 = matrix.getSize2(), n3 = matrix.getSize3();
+    const int n1 = size[0], n2 = size[1], n3 = block.count();
     T steps[3];
     for (int a = 0; a < 3; ++a) {
-        const int n = matrix.getSize(a + 1);
+        const int n = size[a];
         steps[a] = n > 1 ? box.width(a) / T(n - 1) : T(0);
     }
     const double pi = 3.141592653589793;
@@ -65,10 +76,12 @@ void PoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingB
     Vertices<T> nearest;
     Vector<T> x(3);
     x[2] = box.min(2);
+    for (int k3 = 0; k3 < block.first; ++k3) // added up as for the whole map, to the bit
+        x[2] += steps[2];
     for (int k3 = 0; k3 < n3; ++k3, x[2] += steps[2]) {
         x[0] = box.min(0);
         for (int k1 = 0; k1 < n1; ++k1, x[0] += steps[0]) {
-            T* const row = matrix[k3][k1].data();
+            T* const row = planes[k3][k1].data();
             x[1] = box.min(1);
             for (int k2 = 0; k2 < n2; ++k2, x[1] += steps[1]) {
                 Wide volumes = 0;
@@ -87,9 +100,10 @@ void PoissonDensityEstimator<T>::compute(VoxelMatrix<T>& matrix, const BoundingB
     }
     this->notifyFinished("");
     const Wide count = Wide(n1) * Wide(n2) * Wide(n3) * Wide(__kdTrees.size());
-    if (count > 0)
+    if (count > 0 && n3 == size[2])
         std::cout << "Average distance to kth nearest neighbor: " << distances / count << '\n';
-    this->applyMasks(matrix, box);
+    this->maskPlanes(planes, lattice(box, size), block.first, where);
+    return {};
 }
 
 template <class T>

@@ -32,9 +32,12 @@ public:
     void setNeighbourRank(int rank);
     int getNeighbourRank() const { return __neighbourRank; }
 
-    /// Fills the map, writes the mean distance to the k-th point to the standard output, and applies the masks.
-    /// Throws UsageError, and changes nothing, when a pattern has fewer than k points.
-    void compute(VoxelMatrix<T>& matrix, const BoundingBox<T>& box) override;
+    /// Fills the planes, writes the mean distance to the k-th point, when these are all planes of the map, to the
+    /// standard output, and applies the masks. Throws UsageError, and changes nothing, when a pattern has fewer than k
+    /// points.
+    MapSums computeBlock(VoxelMatrix<T>& planes, const BoundingBox<T>& box, const Vector<int>& size,
+                         const MapPlanes& block) override;
+    double blockBytes(const BoundingBox<T>& box, const Vector<int>& size, const MapPlanes& block) const override;
 
     /// Nodes, the first and last of an axis on the faces of the box.
     MapLattice<T> lattice(const BoundingBox<T>& box, const Vector<int>& size) const override;

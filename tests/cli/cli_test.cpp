@@ -318,6 +318,26 @@ TEST_F(CommandLineTest, aSecondRoundTripChangesNoByte) {
 }
 
 // A full disk behind a redirection: no command says that all is well.
+TEST_F(CommandLineTest, everyCommandTellsItsMemoryAndThenWritesNothing) {
+    const TemporaryFolder folder;
+    folder.write("p.vx", "# 6\n# 3\n# 2\n0 0 0\n40 40 40\n");
+    VoxelMatrix<float>(5, 5, 5).save(folder.file("v.vm"), false);
+    const std::string stack = " " + sample->file("sample") + " "; // the ending may be left out
+    for (const std::string& command :
+         {"info" + stack, "check" + stack, "measure" + stack, "export -o out" + stack, "spots -o out" + stack,
+          "register -o out" + stack, "transfer -o out" + stack + stack, "filter -o out --reference Nucleus" + stack,
+          "normalize -o out" + stack + stack, "render" + stack + "out.png", std::string("isosurface -o out -l 1 v.vm"),
+          std::string("new out.sdf v.vm"), std::string("density -o out p.vx"),
+          std::string("compare -o out --groups 1,1 p.vx p.vx")}) {
+        const Outcome dry = cli(folder, command + " --dry-run --threads 2");
+        EXPECT_EQ(dry.status, 0) << command << dry.output;
+        EXPECT_TRUE(dry.output.find(" MiB") != std::string::npos) << command << dry.output;
+        EXPECT_EQ(cli(folder, command + " --threads 0").status, 2) << command;
+    }
+    EXPECT_EQ(folder.numFiles(), 2);
+    EXPECT_EQ(cli(folder, "measure --dry-run none.sdf").status, 3);
+}
+
 TEST_F(CommandLineTest, outputThatCannotBeWrittenIsNoSuccess) {
     if (!std::filesystem::exists("/dev/full"))
         GTEST_SKIP() << "no full device";
@@ -860,6 +880,25 @@ TEST(CommandLine, densityWritesAMapAndItsSurfaces) {
         EXPECT_LE(box.getVertex2().max(), 40.0001) << name;
         EXPECT_TRUE(box.contains(surface.cog())) << name;
     }
+    // In blocks the same bytes come out, in any order, of the volume alone and with all that is asked for.
+    const std::string same = "density p.vx q.vx -o blocks -m kernel --kernel biweight -b 8 -r 1 --unit um ";
+    const std::string more = "--percentile 50 --level 1e-4 --nifti --gzip ";
+    std::string merge;
+    for (const char* part : {"2", "1", "3"}) {
+        EXPECT_EQ(cli(folder, same + "--threads 1 --chunk " + part + "/3").status, 0);
+        merge += std::string("--merge blocks/density-block-") + part + "-of-3.block ";
+        EXPECT_EQ(cli(folder, same + "--name early " + merge).status, *part == '3' ? 0 : 1) << "some lack";
+    }
+    EXPECT_EQ(folder.read("blocks/early.vm"), folder.read("out/density.vm"));
+    EXPECT_EQ(cli(folder, same + more + merge).status, 0);
+    for (const char* name : {"density.vm", "density.nrrd", "density.nii.gz", "density-00.tm", "density-01.tm"})
+        EXPECT_EQ(folder.read(std::string("blocks/") + name), folder.read(std::string("out/") + name)) << name;
+    EXPECT_EQ(cli(folder, same + "--name twice --merge blocks/density-block-2-of-3.block " + merge).status, 1);
+    EXPECT_EQ(cli(folder, same + "--name other -b 9 " + merge).status, 1) << "of another map";
+    folder.write("cut.block", folder.read("blocks/density-block-1-of-3.block").substr(0, 5000));
+    EXPECT_EQ(cli(folder, same + "--name cut --merge cut.block").status, 3);
+    EXPECT_EQ(cli(folder, same + "--name none --merge p.vx").status, 3);
+    EXPECT_EQ(cli(folder, same + "--chunk 4/3").status, 2);
     EXPECT_EQ(cli(folder, "density p.vx -o out").status, 3); // it is there
     EXPECT_EQ(cli(folder, "density p.vx -o out --overwrite").status, 0);
     EXPECT_EQ(cli(folder, "density p.vx q.vx -o out --name n -m poisson -k 3").status, 1);

@@ -246,24 +246,90 @@ TEST(DensityMapping, percentilesLeaveTheirShareOfThePointsBelow) {
     }
 }
 
-TEST(DensityMapping, anyNumberOfThreadsGivesTheSameBits) {
-    Vertices<float> points = randomPoints<float>(3, 500, 0, 10, 3);
-    const int threads = ParallelWork::getThreads();
-    for (const DensityMappingMethod method : {KernelMethod, PoissonMethod}) {
-        DensitySettings settings;
-        settings.method = method;
-        std::vector<VoxelMatrix<float>> maps(2);
-        for (const int run : {0, 1}) {
-            ParallelWork::setThreads(run == 0 ? 1 : 4);
-            DensityMapping mapping(settings, {&points}, {});
-            mapping.compute(maps[std::size_t(run)], mapping.grid(0.7f));
-        }
-        for (int k = 0; k < maps[0].getSize3(); ++k)
-            for (int i = 0; i < maps[0].getSize1(); ++i)
-                for (int j = 0; j < maps[0].getSize2(); ++j)
-                    ASSERT_EQ(maps[0](i, j, k), maps[1](i, j, k));
+namespace {
+
+/// Compares the bits of planes with those of a map from this plane on.
+void expectPlanes(const VoxelMatrix<float>& planes, const VoxelMatrix<float>& map, int first) {
+    ASSERT_LE(first + planes.getSize3(), map.getSize3());
+    for (int k = 0; k < planes.getSize3(); ++k)
+        for (int i = 0; i < map.getSize1(); ++i)
+            ASSERT_TRUE(std::equal(planes[k][i].data(), planes[k][i].data() + map.getSize2(), map[first + k][i].data()))
+                << first + k << ' ' << i;
+}
+
+/// A map in so many blocks, the last one first, against the whole; also what is told of it.
+void expectSameInBlocks(const DensitySettings& settings, const std::vector<Shape<float>*>& patterns,
+                        const std::vector<Shape<float>*>& masks, int parts) {
+    DensityMapping whole(settings, patterns, masks), concluding(settings, patterns, masks);
+    const Grid<float> grid = whole.grid(0.7f);
+    VoxelMatrix<float> map;
+    const DensityReport expected = whole.compute(map, grid);
+    std::vector<VoxelMatrix<float>> blocks(static_cast<std::size_t>(parts));
+    std::vector<MapSums> sums(blocks.size());
+    for (std::size_t b = blocks.size(); b-- > 0;) {
+        DensityMapping mapping(settings, patterns, masks);
+        sums[b] = mapping.computeBlock(blocks[b], grid, MapPlanes::part(int(b) + 1, parts, grid.getSize()[2]));
     }
+    MapSums all;
+    for (const MapSums& each : sums)
+        all.append(each);
+    DensityReport report;
+    int next = 0;
+    for (VoxelMatrix<float>& block : blocks) {
+        concluding.finish(block, grid, all);
+        expectPlanes(block, map, next);
+        concluding.survey(report, block, next, grid);
+        next += block.getSize3();
+    }
+    EXPECT_EQ(next, grid.getSize()[2]);
+    concluding.addNotes(report);
+    EXPECT_EQ(report.notes, expected.notes);
+    EXPECT_EQ(report.least, expected.least);
+    EXPECT_EQ(report.greatest, expected.greatest);
+}
+
+} // namespace
+
+TEST(DensityMapping, anyNumberOfThreadsOrBlocksGivesTheSameBits) {
+    Vertices<float> points = randomPoints<float>(3, 200, 0, 10, 3), others = randomPoints<float>(3, 150, 2, 9, 4);
+    QuadMesh<float> mask = pillar(1, 8, 10);
+    const int threads = ParallelWork::getThreads();
+    for (const bool masked : {false, true})
+        for (const bool corrected : {true, false})
+            for (const DensityMappingMethod method : {KernelMethod, PoissonMethod, HistogramMethod}) {
+                SCOPED_TRACE(std::to_string(method) + (corrected ? " corrected" : "") + (masked ? " masked" : ""));
+                const std::vector<Shape<float>*> patterns = {&points, &others};
+                const std::vector<Shape<float>*> masks =
+                    masked ? std::vector<Shape<float>*>{&mask} : std::vector<Shape<float>*>();
+                DensitySettings settings;
+                settings.method = method;
+                settings.corrected = corrected;
+                settings.bandwidth = corrected ? 0.0f : 1.5f;
+                settings.neighbourRank = 3;
+                std::vector<VoxelMatrix<float>> maps(2);
+                for (const int run : {0, 1}) {
+                    ParallelWork::setThreads(run == 0 ? 1 : 4);
+                    DensityMapping mapping(settings, patterns, masks);
+                    mapping.compute(maps[std::size_t(run)], mapping.grid(0.7f));
+                }
+                expectPlanes(maps[0], maps[1], 0);
+                for (const int parts : {2, 7, 40})
+                    expectSameInBlocks(settings, patterns, masks, parts);
+            }
     ParallelWork::setThreads(threads);
+}
+
+// What a block takes follows from its planes and those in its reach.
+TEST(DensityMapping, aBlockTakesAPartOfTheMemory) {
+    Vertices<float> points = randomPoints<float>(3, 100, 0, 10, 3);
+    DensitySettings settings;
+    settings.bandwidth = 0.2f;
+    DensityMapping mapping(settings, {&points}, {});
+    const Grid<float> grid = mapping.grid(0.1f);
+    const int planes = grid.getSize()[2];
+    const double whole = mapping.bytes(grid), tenth = mapping.bytes(grid, MapPlanes::part(5, 10, planes));
+    // A tenth of the planes twice, and 4.5 bandwidths, or 9 planes, to each side.
+    EXPECT_NEAR(tenth / whole, (0.1 + 0.1 + 0.18) / 2, 0.02);
 }
 
 TEST(NrrdWriter, keepsThePlaceInSpaceForEveryReader) {

@@ -27,6 +27,7 @@ import altered  # noqa: E402
 import maps  # noqa: E402
 import numpy  # noqa: E402
 import report  # noqa: E402
+import settings  # noqa: E402
 import step  # noqa: E402
 
 SNAKEMAKE = ["/usr/bin/snakemake", "-s", "workflow/Snakefile", "--profile", "workflow/profiles/local"]
@@ -168,7 +169,7 @@ class Maps(unittest.TestCase):
 class Settings(unittest.TestCase):
     """What is planned, and what is refused before any job."""
 
-    def plan(self, table=None, **settings):
+    def plan(self, table=None, **given):
         with tempfile.TemporaryDirectory() as folder:
             stacks = {}
             for name in ("a1", "a2", "b1", "b2"):
@@ -177,8 +178,8 @@ class Settings(unittest.TestCase):
             rows = "".join(f"{name}\t{name[0]}\t{stack}\n" for name, stack in stacks.items())
             pathlib.Path(folder, "table.tsv").write_text(table or "specimen\tgroup\tstack\n" + rows, "utf-8")
             # Every setting but these has its default.
-            settings = {"specimens": f"{folder}/table.tsv", "results": f"{folder}/results", **settings}
-            pathlib.Path(folder, "settings.json").write_text(json.dumps(settings), "utf-8")
+            given = {"specimens": f"{folder}/table.tsv", "results": f"{folder}/results", **given}
+            pathlib.Path(folder, "settings.json").write_text(json.dumps(given), "utf-8")
             done = subprocess.run([*SNAKEMAKE, "--configfile", f"{folder}/settings.json", "--dry-run", "--nolock"],
                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
             counts = {name: int(count) for name, count in re.findall(r"^(\w+) +(\d+) +\d+ +\d+$", done.stdout, re.M)}
@@ -186,24 +187,78 @@ class Settings(unittest.TestCase):
 
     def test_jobs_follow_the_settings(self):
         status, counts, text = self.plan(register={"run": True}, spots={"run": True}, compare={"parts": 5},
-                                         density={"points": ["Spots"]}, pictures={"of_each_group": 1})
+                                         density={"points": ["Spots"], "blocks": 3}, pictures={"of_each_group": 1})
         self.assertEqual(status, 0, text)
         self.assertEqual({name: counts[name] for name in counts if name not in ("all", "total", "report")},
-                         {"check": 4, "register": 4, "spots": 4, "measure": 4, "normalize": 1, "density": 2,
-                          "compare_part": 5, "compare": 1, "picture": 2})
+                         {"check": 4, "register": 4, "spots": 4, "measure": 4, "stacks": 1, "normalize": 1,
+                          "density_part": 6, "density": 2, "compare_part": 5, "compare": 1, "picture": 2})
         status, counts, text = self.plan(normalize={"run": False}, pictures={"of_each_group": 0})
         self.assertEqual((status, set(counts)), (0, {"check", "measure", "all", "total", "report"}), text)
 
     def test_what_cannot_be_is_named(self):
-        header = "specimen\tgroup\tstack\n"
-        for words, settings in (("mesure", {"mesure": "area"}), ("'length' is not one of", {"measure": "length"}),
-                                ("line 2: group 'c' is none of a, b", {"table": header + "x\tc\tx.sdf\n"}),
-                                ("line 3: specimen x stands there twice", {"table": header + "x\ta\tx.sdf\n" * 2}),
-                                ("must name specimen, group and stack", {"table": "name\tgroup\n"}),
-                                ("group a needs two specimens", {"table": header})):
-            status, _, text = self.plan(**settings)
+        table = "specimen\tgroup\tstack\nx\tc\tx.sdf\n"
+        for words, wrong in (("there is no setting 'mesure'; did you mean measure?", {"mesure": "area"}),
+                             ("line 2: group 'c' is none of a, b", {"table": table})):
+            status, _, text = self.plan(**wrong)
             self.assertNotEqual(status, 0, words)
             self.assertIn(words, text)
+
+
+class Wrongs(unittest.TestCase):
+    """Each fault of settings and tables is told in the words of who wrote them, all of them at once."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.table = pathlib.Path(folder.name, "table.tsv")
+        self.stacks = [pathlib.Path(folder.name, f"{name} ü.sdf") for name in ("p", "q", "r", "s")]
+        for stack in self.stacks:
+            stack.write_text("", "utf-8")
+        self.good = "".join(f"{group}{stack.name[0]}\t{group}\t{stack}\n" for group, stack in
+                            zip("aabb", self.stacks))
+
+    def faults(self, rows, header="specimen\tgroup\tstack\n"):
+        self.table.write_bytes(rows if isinstance(rows, bytes) else (header + rows).encode("utf-8"))
+        try:
+            settings.specimens(self.table, ["a", "b"])
+        except settings.SettingsError as error:
+            return str(error).replace(str(self.table), "T")
+        return ""
+
+    def test_tables(self):
+        self.assertEqual(self.faults(self.good), "")
+        # As spreadsheets and editors save it: lines of another system, a mark in front, blanks around, a line at the end.
+        saved = "\ufeffspecimen\tgroup\tstack \n" + self.good.replace("\ta\t", " \t a \t") + "\t\t\n"
+        self.assertEqual(self.faults(saved.replace("\n", "\r\n").encode("utf-8")), "")
+        for words, rows in (("T, line 6: specimen ap stands there twice, first in line 2", f"ap\ta\t{self.stacks[0]}"),
+                            ("line 6: group 'c' is none of a, b", f"x\tc\t{self.stacks[0]}"),
+                            ("not 'Maus 3'", "Maus 3\ta\tx.sdf"), ("not 'Mäuse'", "Mäuse\ta\tx.sdf"),
+                            ("there is no stack none.sdf in /", "x\ta\tnone.sdf"),
+                            (f"{self.stacks[0]} is the stack of specimen ap, too", f"x\tb\t{self.stacks[0]}"),
+                            ("line 6: there is no group and no stack", "x"),
+                            ("has no stack, a file that ends with .sdf, but 'x.tif'", "x\ta\tx.tif")):
+            self.assertIn(words, self.faults(self.good + rows + "\n"))
+        self.assertEqual(self.faults("").splitlines(),
+                         [f"T: group {group} needs two specimens at least" for group in "ab"])
+        self.assertIn("line 2: this is no UTF-8", self.faults("specimen\tgroup\tstack\nKäfer\ta".encode("latin-1")))
+        self.assertIn("with tabs between; this one has commas", self.faults("", "specimen,group,stack\n"))
+        self.table.unlink()
+        with self.assertRaisesRegex(settings.SettingsError, "there is no table"):
+            settings.specimens(self.table, ["a", "b"])
+
+    def test_settings(self):
+        for words, wrong in (("alpha: '0,05' is not a number, such as 0.05; numbers have a point", {"alpha": "0,05"}),
+                             ("measure: 'length' is not one of volume, area", {"measure": "length"}),
+                             ("groups.1: 'wild type' is not a name of letters", {"groups": ["wild type", "b"]}),
+                             ("groups.2: True is not a text; write it in quotes", {"groups": ["no", True]}),
+                             ("structures: 'Nucleus' is not a list", {"structures": "Nucleus"}),
+                             ("density: there is no setting 'kernel'; there are", {"density": {"kernel": 1}}),
+                             ("normalize.size: '40' is not levels x vertices", {"normalize": {"size": "40"}}),
+                             ("maps.minutes: 0 is less than the minimum of 1", {"limits": {"maps": {"minutes": 0}}})):
+            with self.assertRaises(settings.SettingsError) as raised:
+                settings.check(wrong, "workflow/config.schema.yaml")
+            self.assertIn(words, str(raised.exception))
+        self.assertEqual(settings.tidied({"groups": [1, 2], "density": None}), {"groups": ["1", "2"]})
 
 
 @unittest.skipUnless("VORLEN_STUDY" in os.environ, "no study was made")
@@ -233,7 +288,8 @@ class SmallStudy(unittest.TestCase):
     def test_killed_half_way_it_goes_on_to_the_same_bytes(self):
         with tempfile.TemporaryDirectory() as folder:
             again = pathlib.Path(folder, "again")
-            settings = {"program": os.environ["VORLEN_CLI"], "results": str(again), "threads": 1, "compare": {"parts": 3}}
+            settings = {"program": os.environ["VORLEN_CLI"], "results": str(again), "threads": 1,
+                        "compare": {"parts": 3}, "density": {"blocks": 3}}
             pathlib.Path(folder, "settings.json").write_text(json.dumps(settings), "utf-8")
             command = [*SNAKEMAKE, "--configfile", f"{folder}/settings.json"]
             running = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
@@ -255,7 +311,7 @@ class SmallStudy(unittest.TestCase):
     def assert_same(self, again):
         """The same bytes in all files that do not name the folder of the results."""
         names = [file.relative_to(self.results) for kind in ("measured/??.json", "normalized/*-*.*", "density/*.nrrd",
-                                                             "compared/*/*.nrrd", "pictures/*", "comparison.json")
+                                                             "compared/*/*.nrrd", "pictures/*.png", "comparison.json")
                  for file in self.results.glob(kind)]
         self.assertGreater(len(names), 40)
         for name in names:

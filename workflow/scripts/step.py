@@ -63,6 +63,7 @@ def parsed(words):
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--provenance", required=True)
     parser.add_argument("--stdout")
+    parser.add_argument("--program", help="what is asked for its version, where the command begins with another one")
     parser.add_argument("--good", default="0", help="exit statuses that are no failure, by commas")
     parser.add_argument("--opened", action="store_true", help="fail when the check on stdout could not open the stack")
     parser.add_argument("--inputs", nargs="*", default=[])
@@ -99,7 +100,7 @@ def add_shapes(request):
 def main(words):
     request = parsed(words)
     warnings = add_shapes(request) if request.shapes else []
-    program = request.command[0]
+    program = request.program or request.command[0]
     version = subprocess.run([program, "--version"], stdout=subprocess.PIPE, text=True, check=True).stdout.strip()
     done = subprocess.run(request.command, stdout=subprocess.PIPE if request.stdout else None, stderr=subprocess.PIPE,
                           text=True)
@@ -117,7 +118,7 @@ def main(words):
     prefix = "vorlen-cli: "
     record = {
         "program": version,
-        "command": ["vorlen-cli", *request.command[1:]],
+        "command": ["vorlen-cli", *request.command[request.command.index(program) + 1:]],
         "inputs": {name: digest(name) for name in request.inputs},
         "status": status,
         "warnings": warnings + [line[len(prefix):] for line in done.stderr.splitlines() if line.startswith(prefix)],

@@ -25,11 +25,11 @@ std::string numberText(double value) {
 }
 
 template <class T>
-std::string headerOf(const VoxelMatrix<T>& volume, const Vector<T>& origin, const Vector<T>& steps,
-                     const std::string& unit, NrrdEncoding encoding) {
+std::string headerOf(const Vector<int>& size, const Vector<T>& origin, const Vector<T>& steps, const std::string& unit,
+                     NrrdEncoding encoding) {
     std::string header = "NRRD0004\ntype: float\ndimension: 3\nspace dimension: 3\nsizes:";
-    for (int a = 1; a <= 3; ++a)
-        header += " " + std::to_string(volume.getSize(a));
+    for (int a = 0; a < 3; ++a)
+        header += " " + std::to_string(size[a]);
     header += "\nspace directions:";
     for (int a = 0; a < 3; ++a) {
         header += " (";
@@ -59,7 +59,16 @@ std::string nrrdUnit(const std::optional<LengthUnit>& unit) {
 template <class T>
 void saveNrrd(const VoxelMatrix<T>& volume, const Vector<T>& origin, const Vector<T>& steps, const std::string& unit,
               NrrdEncoding encoding, const std::string& fileName, bool overwrite) {
-    if (origin.getSize() != 3 || steps.getSize() != 3 || volume.getSize().min() < 1)
+    saveNrrd<T>(
+        volume.getSize(), [&volume](int k) -> const PixelMatrix<T>& { return volume[k]; }, origin, steps, unit,
+        encoding, fileName, overwrite);
+}
+
+template <class T>
+void saveNrrd(const Vector<int>& size, const std::function<const PixelMatrix<T>&(int)>& plane, const Vector<T>& origin,
+              const Vector<T>& steps, const std::string& unit, NrrdEncoding encoding, const std::string& fileName,
+              bool overwrite) {
+    if (origin.getSize() != 3 || steps.getSize() != 3 || size.getSize() != 3 || size.min() < 1)
         throw SizeError(place, "The volume has no place in space");
     for (int a = 0; a < 3; ++a)
         if (!std::isfinite(origin[a]) || !std::isfinite(steps[a]) || !(steps[a] > T(0)))
@@ -67,14 +76,14 @@ void saveNrrd(const VoxelMatrix<T>& volume, const Vector<T>& origin, const Vecto
     if (!overwrite)
         FileInfo::requireFree(fileName, place, "File already exists");
     const bool opened = saveStreamed(fileName, [&](std::ostream& stream) {
-        stream << headerOf(volume, origin, steps, unit, encoding);
+        stream << headerOf(size, origin, steps, unit, encoding);
         SampleStream samples(stream, encoding == NrrdEncoding::Gzip);
-        const int n1 = volume.getSize1(), n2 = volume.getSize2();
-        std::vector<T> row(std::size_t(n1), T(0));
-        for (int k = 0; k < volume.getSize3(); ++k) {
-            for (int j = 0; j < n2; ++j) {
-                for (int i = 0; i < n1; ++i)
-                    row[std::size_t(i)] = volume(i, j, k);
+        std::vector<T> row(std::size_t(size[0]), T(0));
+        for (int k = 0; k < size[2]; ++k) {
+            const PixelMatrix<T>& values = plane(k);
+            for (int j = 0; j < size[1]; ++j) {
+                for (int i = 0; i < size[0]; ++i)
+                    row[std::size_t(i)] = values(i, j);
                 samples.write(row.data(), row.size() * sizeof(T));
             }
         }
@@ -86,5 +95,8 @@ void saveNrrd(const VoxelMatrix<T>& volume, const Vector<T>& origin, const Vecto
 
 template void saveNrrd(const VoxelMatrix<float>& volume, const Vector<float>& origin, const Vector<float>& steps,
                        const std::string& unit, NrrdEncoding encoding, const std::string& fileName, bool overwrite);
+template void saveNrrd(const Vector<int>& size, const std::function<const PixelMatrix<float>&(int)>& plane,
+                       const Vector<float>& origin, const Vector<float>& steps, const std::string& unit,
+                       NrrdEncoding encoding, const std::string& fileName, bool overwrite);
 
 } // namespace vorlen

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -25,5 +26,12 @@ std::string nrrdUnit(const std::optional<LengthUnit>& unit);
 template <class T>
 void saveNrrd(const VoxelMatrix<T>& volume, const Vector<T>& origin, const Vector<T>& steps, const std::string& unit,
               NrrdEncoding encoding, const std::string& fileName, bool overwrite);
+
+/// The same for a volume of this size that need not be in memory as a whole: its planes are asked for in their order,
+/// once each, and what they throw leaves an old file whole.
+template <class T>
+void saveNrrd(const Vector<int>& size, const std::function<const PixelMatrix<T>&(int)>& plane, const Vector<T>& origin,
+              const Vector<T>& steps, const std::string& unit, NrrdEncoding encoding, const std::string& fileName,
+              bool overwrite);
 
 } // namespace vorlen

@@ -141,6 +141,16 @@ VoxelMatrixFileWriter::VoxelMatrixFileWriter(const std::string& filename, bool o
     __buffer.reset(new unsigned char[bufferLength]);
 }
 
+void VoxelMatrixFileWriter::writeHeader(int dataType, const std::int32_t (&sizes)[3], int unitScale,
+                                        const float (&voxel)[3]) {
+    const std::int32_t head[5] = {0, 0, 0, 1, dataType};
+    const std::int32_t scale = unitScale;
+    write(head, sizeof head);
+    write(sizes, sizeof sizes);
+    write(&scale, sizeof scale);
+    write(voxel, sizeof voxel);
+}
+
 void VoxelMatrixFileWriter::write(const void* source, std::size_t numBytes) {
     const auto* from = static_cast<const unsigned char*>(source);
     if (!__rows.empty())

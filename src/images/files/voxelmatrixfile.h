@@ -57,6 +57,10 @@ public:
     VoxelMatrixFileWriter(const VoxelMatrixFileWriter&) = delete;
     VoxelMatrixFileWriter& operator=(const VoxelMatrixFileWriter&) = delete;
 
+    /// The header with calibration: the tag of the elements' type, sizes, the scale of the unit, height, width and
+    /// depth of a voxel.
+    void writeHeader(int dataType, const std::int32_t (&sizes)[3], int unitScale, const float (&voxel)[3]);
+
     /// Writes header and later rows alike. Throws FileWriteError when the disk does not take them.
     void write(const void* source, std::size_t numBytes);
 

@@ -582,14 +582,9 @@ void VoxelMatrix<T>::__save(const std::string& filename, bool overwrite, int lay
     VoxelMatrixFileWriter writer(filename, overwrite, savePlace);
     const std::int32_t sizes[3] = {__size1, __size2, __size3};
     if (layout == 1) {
-        const std::int32_t head[5] = {0, 0, 0, 1, dataTypeId()};
-        const std::int32_t scale = __calibration.getLengthUnit().getScale();
-        const float voxel[3] = {__calibration.getVoxelHeight(), __calibration.getVoxelWidth(),
-                                __calibration.getVoxelDepth()};
-        writer.write(head, sizeof head);
-        writer.write(sizes, sizeof sizes);
-        writer.write(&scale, sizeof scale);
-        writer.write(voxel, sizeof voxel);
+        writer.writeHeader(
+            dataTypeId(), sizes, __calibration.getLengthUnit().getScale(),
+            {__calibration.getVoxelHeight(), __calibration.getVoxelWidth(), __calibration.getVoxelDepth()});
     } else {
         writer.write(sizes, sizeof sizes);
     }
