@@ -249,6 +249,12 @@ TEST(Spots, partsThatHangTogetherAreNumberedMeasuredAndChosen) {
         EXPECT_TRUE(found.spots.empty());
         EXPECT_EQ(found.numTooLarge, 2);
     }
+    SpotLabels specks;
+    specks.spots.resize(60);
+    EXPECT_TRUE(areMostlySpecks(specks));
+    for (std::size_t i = 0; i < 30; ++i)
+        specks.spots[i].numVoxels = 4;
+    EXPECT_FALSE(areMostlySpecks(specks));
     const Vector<double> cubes = [] {
         Vector<double> size(3);
         size[0] = size[1] = 2;

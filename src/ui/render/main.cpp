@@ -101,8 +101,8 @@ int draw(VRLStack& stack, const Wishes& wishes) {
         status = complain("the display has no OpenGL that could draw the picture", ExitFileError);
     else if (wishes.isVideo)
         status = drawVideo(canvas, mediator, wishes);
-    else if (!canvas.saveSnapshot(wishes.file))
-        status = complain("cannot write " + wishes.file.toStdString(), ExitFileError);
+    else if (QString reason; !canvas.saveSnapshot(wishes.file, &reason))
+        status = complain("cannot write " + wishes.file.toStdString() + ": " + reason.toStdString(), ExitFileError);
     else
         std::cout << wishes.file.toStdString() << '\n';
     mediator.clear();
