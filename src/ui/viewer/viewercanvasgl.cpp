@@ -357,8 +357,14 @@ bool ViewerCanvasGL::saveSnapshot(const QString& file, QString* reason) {
     QBuffer bytes;
     bytes.open(QIODevice::WriteOnly);
     const bool isMade = picture.save(&bytes, "PNG");
-    const bool isSaved = isMade && out.open(QIODevice::WriteOnly) &&
-                         out.write(bytes.data()) == bytes.data().size() && out.commit();
+    bool isSaved = isMade && out.open(QIODevice::WriteOnly);
+    // On a full disk a part is written at first, and only the rest tells why not.
+    for (QByteArray rest = bytes.data(); isSaved && !rest.isEmpty();) {
+        const qint64 written = out.write(rest);
+        isSaved = written > 0;
+        rest.remove(0, qsizetype(std::max(written, qint64(0))));
+    }
+    isSaved = isSaved && out.flush() && out.commit();
     if (!isSaved && reason != nullptr)
         *reason = isMade ? out.errorString() : "There is no picture";
     return isSaved;
