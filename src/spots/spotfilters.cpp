@@ -124,8 +124,8 @@ bool subtractOpening(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& 
         dilatation.setStructElt(element);
         done = open(opened, erosion, dilatation, progress);
     }
-    // An opening is nowhere above what it opens, but by the rounding of the element's heights. What is left of that below
-    // 0 would be a mass below 0 to the isotropy, whose index then is anything.
+    // An opening is nowhere above what it opens, but by the rounding of the element's heights. What is left of that
+    // below 0 would be a mass below 0 to the isotropy, whose index then is anything.
     if (done)
         forPairs(volume, opened, [](float value, float ground) { return value < ground ? 0 : value - ground; });
     return done;

@@ -1002,8 +1002,8 @@ TEST_F(CommandLineTest, renderDrawsTheSceneWholeOrInAPose) {
     EXPECT_TRUE(contains(nowhere, "cannot write gone/picture.png: "));
     // Ended by the system, as by this ffmpeg, it leaves nothing of its video.
     std::filesystem::create_directory(sample->file("deadly"));
-    std::ofstream(sample->file("deadly/ffmpeg"))
-        << "#!/bin/sh\ncase \"$*\" in *-encoders*) echo ' V..... libx264 x';; *) kill $PPID; exec cat >/dev/null;; esac\n";
+    std::ofstream(sample->file("deadly/ffmpeg")) << "#!/bin/sh\ncase \"$*\" in *-encoders*) echo ' V..... libx264 x';; "
+                                                    "*) kill $PPID; exec cat >/dev/null;; esac\n";
     std::filesystem::permissions(sample->file("deadly/ffmpeg"), std::filesystem::perms::owner_all);
     const Outcome ended =
         shell(sample->path(), std::string("env ASAN_OPTIONS=detect_leaks=0 PATH=\"$PWD/deadly:$PATH\" ") +
