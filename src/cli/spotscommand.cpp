@@ -218,6 +218,10 @@ int findSpotsOf(const std::string& file, VRLStack& stack, const SpotsRequest& re
     SpotsResult result;
     result.resolution = spotResolution(stack);
     search(stack, request, result);
+    if (areMostlySpecks(result.found))
+        std::cerr << "vorlen-cli: " << file
+                  << ": most of the spots have less than 4 voxels, as noise has: --smoothing gaussian "
+                     "--smoothing-radius 3 takes more of it away, --least leaves small spots out\n";
     if (!result.found.spots.empty()) {
         if (const Outcome added = addSpots(stack, result.found, request.config); !added) {
             std::cerr << "vorlen-cli: " << file << ": " << added.getReason() << '\n';

@@ -94,6 +94,18 @@ bool open(VoxelMatrix<float>& volume, Erosion& erosion, Dilatation& dilatation, 
     return progress.run(dilatation, volume);
 }
 
+/// Each voxel of the volume becomes what is made of it and its like in the other.
+template <class Make>
+void forPairs(VoxelMatrix<float>& volume, const VoxelMatrix<float>& other, Make make) {
+    for (int k = 0; k < volume.getSize3(); ++k)
+        for (int i = 0; i < volume.getSize1(); ++i) {
+            float* const row = volume[k][i].data();
+            const float* const others = other[k][i].data();
+            for (int j = 0; j < volume.getSize2(); ++j)
+                row[j] = make(row[j], others[j]);
+        }
+}
+
 bool subtractOpening(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, SpotProgress& progress) {
     const int radius = config.getTophatFilterRadius();
     VoxelMatrix<float> opened(volume);
@@ -112,8 +124,10 @@ bool subtractOpening(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& 
         dilatation.setStructElt(element);
         done = open(opened, erosion, dilatation, progress);
     }
+    // An opening is nowhere above what it opens, but by the rounding of the element's heights. What is left of that
+    // below 0 would be a mass below 0 to the isotropy, whose index then is anything.
     if (done)
-        volume -= opened;
+        forPairs(volume, opened, [](float value, float ground) { return value < ground ? 0 : value - ground; });
     return done;
 }
 
@@ -124,7 +138,10 @@ bool weighByIsotropy(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& 
     filter.setHalfSize(config.getIsotropyFilterRadius());
     if (!progress.run(filter, index))
         return false;
-    volume *= index;
+    // With values below 0, as real images may have, the index is not bound to be one.
+    forPairs(volume, index, [](float value, float weight) {
+        return value * (weight > 1 ? 1 : weight < 0 ? 0 : weight);
+    });
     return true;
 }
 

@@ -9,8 +9,8 @@ class SpotProgress;
 
 /// The filters that make spots stand out of their ground, in place, those that are on in this order: resizing to the
 /// new size (nearest voxel, with the mean where it shrinks); smoothing by mean, median, or Gauss of half the radius;
-/// top-hat, the volume without its opening by a cube or by sphericalElement(); isotropy, each voxel multiplied by how
-/// round its neighbourhood is (see IsotropyFilter); resizing back to the old size.
+/// top-hat, the volume without its opening by a cube or by sphericalElement(), nowhere below 0; isotropy, each voxel
+/// multiplied by how round its neighbourhood is, from 0 to 1 (see IsotropyFilter); resizing back to the old size.
 ///
 /// For the smoothing the volume is continued by its mirror image: the filters themselves would leave a rim as it was,
 /// or dim it, and noise in a rim that is not smoothed stands out above all spots.

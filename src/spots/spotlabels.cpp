@@ -99,6 +99,14 @@ void measureSpots(const VoxelMatrix<float>& grey, SpotLabels& result) {
     });
 }
 
+bool areMostlySpecks(const SpotLabels& result) {
+    constexpr std::size_t fewest = 50;
+    constexpr int leastVoxels = 4;
+    const auto specks = std::count_if(result.spots.begin(), result.spots.end(),
+                                      [](const Spot& spot) { return spot.numVoxels < leastVoxels; });
+    return result.spots.size() >= fewest && 2 * std::size_t(specks) > result.spots.size();
+}
+
 std::string spotName(const std::string& basename, std::size_t number) {
     const std::string digits = std::to_string(number);
     return basename + std::string(digits.size() < 3 ? 3 - digits.size() : 0, '0') + digits;

@@ -36,6 +36,9 @@ bool findSpots(const VoxelMatrix<float>& filtered, double threshold, const VRLSp
 /// Fills sums and maxima of the grey values. Throws SizeError on a volume of another size than the labels.
 void measureSpots(const VoxelMatrix<float>& grey, SpotLabels& result);
 
+/// Whether the spots are noise, as it seems: fifty or more, and more than half of them of less than four voxels.
+bool areMostlySpecks(const SpotLabels& result);
+
 /// The basename with the number of a spot, from 000 on; beyond 999 with as many digits as it takes.
 std::string spotName(const std::string& basename, std::size_t number);
 

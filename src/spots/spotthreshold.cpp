@@ -12,6 +12,8 @@ namespace vorlen {
 namespace {
 
 constexpr unsigned int numBins = 4096;
+/// Of what lies at 0: with less above it, the filters have left nothing but spots.
+constexpr double clearedShare = 0.05;
 /// For the first rise, of width 1: beyond, values are no grey levels.
 constexpr double mostBins = 1 << 24;
 
@@ -74,14 +76,15 @@ double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRul
     if (!(maximum > 0))
         return 0;
     const double width = maximum / numBins;
-    // The lowest bin takes what lies below 0 as well; it is cleared of that and of the zeros.
+    // The lowest bin takes what lies below 0 as well.
     Vector<unsigned int> counts = filtered.histogram(0, float(width), numBins);
-    counts[0] = 0;
-    bool any = false;
+    unsigned int above = 0;
     for (int k = 1; k < counts.getSize(); ++k)
-        any = any || counts[k] > 0;
-    if (!any)
+        above += counts[k];
+    if (above == 0)
         return maximum;
+    if (above >= counts[0] * clearedShare)
+        counts[0] = 0;
     const int bin =
         rule == SpotThresholdRule::Otsu ? otsuBin(counts) : int(IsodataThresholding<float>().computeThreshold(counts));
     return bin * width;

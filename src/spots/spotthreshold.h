@@ -20,7 +20,9 @@ std::string toString(SpotThresholdRule rule);
 ///
 /// The first rise is looked for from 1 on in bins of width 1, and 0 where there is none. Isodata and Otsu's rule look
 /// at the voxels above 0 alone, in 4096 bins of equal width up to the maximum: those at 0 are the ground already, which
-/// the filters have cleared, and are so many that they would drown the spots. Voxels that are no number don't count.
+/// the filters have cleared, and are so many that they would drown the spots. But where there are less than a
+/// twentieth as many above, these are all of spots, and the rules would part the spots' middles from their rims: then
+/// those at 0 count too. Voxels that are no number don't count.
 /// Throws ValueError for an empty volume, and where no voxel is a number.
 double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRule rule);
 

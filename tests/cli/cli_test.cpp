@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -1044,7 +1045,19 @@ TEST_F(CommandLineTest, renderDrawsTheSceneWholeOrInAPose) {
     EXPECT_EQ(render(*sample, "--video sample.sdf film.txt --size 160x120").status, 3);
     const Outcome nowhere = render(*sample, "sample.sdf gone/picture.png");
     EXPECT_EQ(nowhere.status, 3);
-    EXPECT_TRUE(contains(nowhere, "cannot write gone/picture.png"));
+    EXPECT_TRUE(contains(nowhere, "cannot write gone/picture.png: "));
+    // Ended by the system, as by this ffmpeg, it leaves nothing of its video.
+    std::filesystem::create_directory(sample->file("deadly"));
+    std::ofstream(sample->file("deadly/ffmpeg")) << "#!/bin/sh\ncase \"$*\" in *-encoders*) echo ' V..... libx264 x';; "
+                                                    "*) kill $PPID; exec cat >/dev/null;; esac\n";
+    std::filesystem::permissions(sample->file("deadly/ffmpeg"), std::filesystem::perms::owner_all);
+    const Outcome ended =
+        shell(sample->path(), std::string("env ASAN_OPTIONS=detect_leaks=0 PATH=\"$PWD/deadly:$PATH\" ") +
+                                  VORLEN_WITH_DISPLAY + " " + VORLEN_CLI +
+                                  " render --video --seconds 60 --size 160x120 sample.sdf ended.mp4 2>&1; "
+                                  "ls -A | grep ended");
+    EXPECT_TRUE(contains(ended, "stopped: no video was written\n")) << ended.output;
+    EXPECT_FALSE(contains(ended, ".part")) << ended.output;
 }
 
 TEST_F(CommandLineTest, renderRefusesWithoutADisplayWhatCannotBeDrawn) {

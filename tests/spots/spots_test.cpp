@@ -249,6 +249,12 @@ TEST(Spots, partsThatHangTogetherAreNumberedMeasuredAndChosen) {
         EXPECT_TRUE(found.spots.empty());
         EXPECT_EQ(found.numTooLarge, 2);
     }
+    SpotLabels specks;
+    specks.spots.resize(60);
+    EXPECT_TRUE(areMostlySpecks(specks));
+    for (std::size_t i = 0; i < 30; ++i)
+        specks.spots[i].numVoxels = 4;
+    EXPECT_FALSE(areMostlySpecks(specks));
     const Vector<double> cubes = [] {
         Vector<double> size(3);
         size[0] = size[1] = 2;
@@ -293,6 +299,26 @@ TEST(Spots, theFiltersAreThoseToldAndLeaveNoRimOfNoise) {
     EXPECT_THROW(filterSpotVolume(volume, config, progress), ValueError);
 }
 
+TEST(Spots, whatTheTopHatLeavesOfASmoothGroundIsNoMass) {
+    VRLSpotExtractionConfig config;
+    config.setSmoothingFilterType(GaussianSmoothing);
+    config.setSmoothingFilterRadius(2);
+    const VoxelMatrix<float> bytes = randomVolume<float>(24, 24, 24, 5, 45, 75);
+    VoxelMatrix<float> volume(bytes);
+    ProgressSubject subject;
+    SpotProgress progress(subject, numSpotFilters(config));
+    config.setIsotropyFilterEnabled(false);
+    ASSERT_TRUE(filterSpotVolume(volume, config, progress));
+    EXPECT_GE(volume.range()[0], 0);
+    // The isotropy weakens, and never raises.
+    const float highest = volume.range()[1];
+    config.setIsotropyFilterEnabled(true);
+    volume = bytes;
+    ASSERT_TRUE(filterSpotVolume(volume, config, progress));
+    EXPECT_GE(volume.range()[0], 0);
+    EXPECT_LE(volume.range()[1], highest);
+}
+
 TEST(Spots, thresholdsAreProposedByTheRules) {
     // Counts fall from 0 to 3, and rise at 40.
     const VoxelMatrix<float> volume = volumeOf<float>(10, 10, 10, [](int i, int j, int k) {
@@ -303,6 +329,15 @@ TEST(Spots, thresholdsAreProposedByTheRules) {
         const double threshold = proposeSpotThreshold(volume, rule);
         EXPECT_GT(threshold, 3) << toString(rule);
         EXPECT_LE(threshold, 40) << toString(rule);
+    }
+    // On a ground that is cleared the spots are cut from it, not their middles from their rims.
+    const VoxelMatrix<float> cleared = volumeOf<float>(30, 30, 30, [](int i, int j, int k) {
+        const int distance = std::max({std::abs(i - 15), std::abs(j - 15), std::abs(k - 15)});
+        return distance < 2 ? 100 : distance == 2 ? 60 : 0;
+    });
+    for (const SpotThresholdRule rule : {SpotThresholdRule::Isodata, SpotThresholdRule::Otsu}) {
+        EXPECT_GT(proposeSpotThreshold(cleared, rule), 0) << toString(rule);
+        EXPECT_LE(proposeSpotThreshold(cleared, rule), 60) << toString(rule);
     }
     VoxelMatrix<float> flat(3, 3, 3);
     flat.fill(0);

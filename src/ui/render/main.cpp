@@ -6,6 +6,7 @@
 /// What can be refused without a display is refused before one is looked for.
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -65,8 +66,27 @@ struct Wishes {
     int rate = 25, seconds = 10;
 };
 
+/// The signal by which the system wants a video stopped; 0 for none.
+volatile std::sig_atomic_t endingSignal = 0;
+
+extern "C" void noteSignal(int signal) {
+    endingSignal = signal;
+}
+
+/// From here on such a signal no longer ends the program, which would leave half a video behind. One that was ignored,
+/// as under nohup, still is.
+void catchSignals() {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action = {}, old = {};
+        action.sa_handler = noteSignal;
+        if (::sigaction(signal, nullptr, &old) == 0 && old.sa_handler != SIG_IGN)
+            ::sigaction(signal, &action, nullptr);
+    }
+}
+
 int drawVideo(ViewerCanvasGL& canvas, VRLRenderingMediator& mediator, const Wishes& wishes) {
     VideoRecorder recorder;
+    catchSignals();
     try {
         recorder.start(canvas, mediator.makeScript(wishes.path, wishes.rate * wishes.seconds, wishes.rate), wishes.file,
                        wishes.size, wishes.rate);
@@ -74,10 +94,17 @@ int drawVideo(ViewerCanvasGL& canvas, VRLRenderingMediator& mediator, const Wish
         ProgressSubject progress;
         progress.addMonitor(terminal);
         progress.notifyStarted("Recording...");
-        while (!recorder.step())
+        bool isWhole = false;
+        while (!isWhole && endingSignal == 0) {
+            isWhole = recorder.step();
             progress.notifyProgressed(static_cast<unsigned int>(recorder.getNumFrames()),
                                       static_cast<unsigned int>(recorder.getTotal()));
+        }
         progress.notifyFinished("");
+        if (!isWhole) {
+            recorder.cancel();
+            return complain("stopped: no video was written", ExitFileError);
+        }
     } catch (const FileWriteError& error) {
         return complain("cannot write " + wishes.file.toStdString() + ": " + error.getWhat(), ExitFileError);
     }
@@ -101,8 +128,8 @@ int draw(VRLStack& stack, const Wishes& wishes) {
         status = complain("the display has no OpenGL that could draw the picture", ExitFileError);
     else if (wishes.isVideo)
         status = drawVideo(canvas, mediator, wishes);
-    else if (!canvas.saveSnapshot(wishes.file))
-        status = complain("cannot write " + wishes.file.toStdString(), ExitFileError);
+    else if (QString reason; !canvas.saveSnapshot(wishes.file, &reason))
+        status = complain("cannot write " + wishes.file.toStdString() + ": " + reason.toStdString(), ExitFileError);
     else
         std::cout << wishes.file.toStdString() << '\n';
     mediator.clear();

@@ -51,6 +51,8 @@ QString countText(const SpotLabels& found) {
     QString text = "<b>" + counted(n, n == 1 ? "spot" : "spots") + "</b>";
     if (!left.isEmpty())
         text += "; left out: " + left.join(", ");
+    if (areMostlySpecks(found))
+        text += ". Most have less than 4 voxels, as noise has: smooth more, or raise the threshold or the least size";
     if (n > VRLSpotThresholdDialog::mostRows)
         text += QString(". The table has the first %1.").arg(VRLSpotThresholdDialog::mostRows);
     return text;
@@ -66,6 +68,7 @@ VRLSpotThresholdDialog::VRLSpotThresholdDialog(const Stack& stack, const VoxelMa
     __preview = new SpotPreview(filtered, grey, this);
     __count = new QLabel(this);
     __count->setTextFormat(Qt::RichText); // of fixed words
+    __count->setWordWrap(true);
     __count->setAccessibleName("Number of spots");
     __table = new VRLTableWidget(this);
     __table->setAccessibleName("Spots");

@@ -6,6 +6,7 @@
 #include "ui/widgets/vorlenapplication.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QColor>
 #include <QElapsedTimer>
 #include <QFileDialog>
@@ -348,11 +349,25 @@ std::optional<Vector<float>> ViewerCanvasGL::__placeDrawnAt(const QPoint& pixel,
     return place;
 }
 
-bool ViewerCanvasGL::saveSnapshot(const QString& file) {
+bool ViewerCanvasGL::saveSnapshot(const QString& file, QString* reason) {
     // A picture is opaque, whatever the frame buffer holds in its alpha channel.
     const QImage picture = grabFramebuffer().convertToFormat(QImage::Format_RGB32);
     QSaveFile out(file);
-    return out.open(QIODevice::WriteOnly) && picture.save(&out, "PNG") && out.commit();
+    // Made before it is written: of a full disk the library of PNG would say no more than that it could not write.
+    QBuffer bytes;
+    bytes.open(QIODevice::WriteOnly);
+    const bool isMade = picture.save(&bytes, "PNG");
+    bool isSaved = isMade && out.open(QIODevice::WriteOnly);
+    // On a full disk a part is written at first, and only the rest tells why not.
+    for (QByteArray rest = bytes.data(); isSaved && !rest.isEmpty();) {
+        const qint64 written = out.write(rest);
+        isSaved = written > 0;
+        rest.remove(0, qsizetype(std::max(written, qint64(0))));
+    }
+    isSaved = isSaved && out.flush() && out.commit();
+    if (!isSaved && reason != nullptr)
+        *reason = isMade ? out.errorString() : "There is no picture";
+    return isSaved;
 }
 
 QSize ViewerCanvasGL::sizeHint() const {

@@ -102,8 +102,8 @@ public:
     std::optional<Vector<float>> placeAt(const QPoint& position);
 
     /// Writes the picture as PNG; the size is that of the canvas in pixels of the screen. False when the file cannot be
-    /// written; an old file of that name then stays as it was.
-    bool saveSnapshot(const QString& file);
+    /// written, for the reason that is told; an old file of that name then stays as it was.
+    bool saveSnapshot(const QString& file, QString* reason = nullptr);
 
     QSize sizeHint() const override;
 
