@@ -37,6 +37,9 @@ constexpr double farOff = 0.015;
 /// A difference of scores that is none.
 constexpr double noDifference = 1e-9;
 
+/// In pixels: a slice that is to move by less lies well, and stays.
+constexpr double noMove = 0.05;
+
 RigidMotion stepOf(const StackSlice& slice, const Registration& registration) {
     const PixelCalibration& calibration = slice.getPixelCalibration();
     return motionOf(registration, calibration.getPixelWidth(), calibration.getPixelHeight());
@@ -482,22 +485,21 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
     for (const RigidMotion& candidate : candidates) {
         const Registration registration = registrationOfStep(slice, chosen[std::size_t(i - 1)].inverse() * candidate);
         const RigidMotion place = chosen[std::size_t(i - 1)] * stepOf(slice, registration); // as it is kept
+        const double moved =
+            meanDistance(stepOf(slice, entry.before), stepOf(slice, registration), source.width, source.height) /
+            source.pixel;
+        if (moved < noMove) {
+            entry.state = State::Unchanged;
+            return;
+        }
         const double score = scored(place);
         if (score + noDifference < std::max(entry.scoreBefore, entry.scoreAfter))
             continue;
         entry.after = registration;
         entry.scoreAfter = score;
+        entry.moved = moved;
+        entry.state = State::Registered;
         chosen[std::size_t(i)] = place;
-        entry.moved =
-            meanDistance(stepOf(slice, entry.before), stepOf(slice, entry.after), source.width, source.height) /
-            source.pixel;
-        entry.state = entry.moved < 0.05 ? State::Unchanged : State::Registered;
-        if (entry.state == State::Unchanged) {
-            entry.after = entry.before;
-            entry.moved = 0;
-            entry.scoreAfter = scored(kept);
-            chosen[std::size_t(i)] = kept;
-        }
         const double turn = std::abs(std::remainder(double(entry.after.getRotationAngle()), 360.0));
         if (turn > 135)
             entry.reason = "it lay upside down";
@@ -668,6 +670,11 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     }
     entry.method = wordOf(match.method);
     const Registration found = registrationOfStep(slice, match.motion);
+    const double moved = meanDistance(before, stepOf(slice, found), source.width, source.height) / source.pixel;
+    if (moved < noMove) {
+        entry.state = State::Unchanged;
+        return entry;
+    }
     const double score = SectionAligner::score(*source.section, *target.section, stepOf(slice, found), measure);
     if (score + noDifference < entry.scoreBefore) {
         entry.reason = "nothing fits better than what was there";
@@ -675,8 +682,8 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     }
     entry.after = found;
     entry.scoreAfter = score;
-    entry.moved = meanDistance(before, stepOf(slice, found), source.width, source.height) / source.pixel;
-    entry.state = entry.moved < 0.05 ? State::Unchanged : State::Registered;
+    entry.moved = moved;
+    entry.state = State::Registered;
     return entry;
 }
 
