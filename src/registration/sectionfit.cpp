@@ -102,8 +102,8 @@ LightSurface lightBetween(const cv::Mat& target, const cv::Mat& source, float ga
 
 /// Where the target's grey changes, and how fast: of great images on every second row.
 struct Slopes {
-    Level target; ///< a view of the full image, which must outlive it
-    cv::Mat x, y; ///< change of the grey by the length unit; 0 where a neighbour is missing
+    Level target;      ///< a view of the full image, which must outlive it
+    cv::Mat x, y;      ///< change of the grey by the length unit; 0 where a neighbour is missing
     double radius = 1; ///< of the image, by which turns become lengths
 
     explicit Slopes(const Level& full);
@@ -139,8 +139,7 @@ void Slopes::addRow(const Level& full, int from, int to) {
         const float least = std::min({above[l + 1], above[m + 1], above[r + 1], here[l + 1], here[m + 1], here[r + 1],
                                       below[l + 1], below[m + 1], below[r + 1]});
         const float whole = least > present ? 1.0f : 0.0f;
-        across[j] =
-            whole * perX * (3 * (above[r] - above[l]) + 10 * (here[r] - here[l]) + 3 * (below[r] - below[l]));
+        across[j] = whole * perX * (3 * (above[r] - above[l]) + 10 * (here[r] - here[l]) + 3 * (below[r] - below[l]));
         down[j] = whole * perY * (3 * (below[l] - above[l]) + 10 * (below[m] - above[m]) + 3 * (below[r] - above[r]));
     }
 }

@@ -34,6 +34,8 @@ constexpr double knownAngle = 0.005;
 /// Pairs that disagree with the rest by more than this part of the size of a section are looked at once more.
 constexpr double farOff = 0.015;
 
+constexpr double fullTurn = 2 * 3.14159265358979323846;
+
 /// A difference of scores that is none.
 constexpr double noDifference = 1e-9;
 
@@ -158,6 +160,7 @@ private:
 
     void matchAll();
     void matchSlice(int i);
+    bool isDoubtful(const SectionMatch& match);
     bool isHeld(int target, int source) const;
     void matchFixed();
     void matchAgain();
@@ -184,6 +187,7 @@ private:
     std::vector<bool> __fits;                       // borne out by a pair
     int __numMatched = 0;                           // slices that were reached
     std::list<std::pair<int, Prepared>> __sections; // the one looked at last stands last
+    std::vector<double> __scores;                   // of the neighbours that were found to fit
     std::vector<Pair> __pairs;
     std::map<std::pair<int, int>, std::size_t> __pairIndex; // by target and source
     RegistrationReport __report;
@@ -247,13 +251,23 @@ bool Alignment::isHeld(int target, int source) const {
     return false;
 }
 
+/// Whether it was found, but fits clearly less than slices of this stack do: by the median of those found so far.
+bool Alignment::isDoubtful(const SectionMatch& match) {
+    if (!match.found || match.method == AlignmentMethod::PrincipalAxes || __scores.size() < 2)
+        return false;
+    const auto middle = __scores.begin() + std::ptrdiff_t(__scores.size() / 2);
+    std::nth_element(__scores.begin(), middle, __scores.end());
+    return match.score < 0.9 * *middle;
+}
+
 /// With the nearest first: what follows from it needs no search any more.
 void Alignment::matchSlice(int i) {
+    bool first = true;
     for (int distance = 1; distance <= reach && distance <= i; ++distance) {
         const int target = i - distance;
         if (__progress.isCanceled())
             return;
-        if (isHeld(target, i))
+        if (isHeld(target, i) || __report.slices[std::size_t(target)].mirrored)
             continue;
         const Prepared& source = section(i);
         const Prepared& onto = section(target);
@@ -271,6 +285,14 @@ void Alignment::matchSlice(int i) {
         if (known && __options.method == AlignmentMethod::PrincipalAxes)
             continue;
         Pair pair{target, i, matched(source, onto, start, __options, !known)};
+        if (first && isDoubtful(pair.match) &&
+            SectionAligner::isClearlyMirrored(*source.section, *onto.section, pair.match)) {
+            __report.slices[std::size_t(i)].mirrored = true;
+            return;
+        }
+        if (pair.match.found && first)
+            __scores.push_back(pair.match.score);
+        first = first && !pair.match.found;
         if (pair.match.found)
             __fits[std::size_t(i)] = __fits[std::size_t(target)] = true;
         __pairIndex[{target, i}] = __pairs.size();
@@ -500,8 +522,10 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         entry.moved = moved;
         entry.state = State::Registered;
         chosen[std::size_t(i)] = place;
+        // Not the slice behind such a one, which only seems so beside it.
+        const double world = std::remainder(place.angle - __before[std::size_t(i)].angle, fullTurn);
         const double turn = std::abs(std::remainder(double(entry.after.getRotationAngle()), 360.0));
-        if (turn > 135)
+        if (turn > 135 && std::abs(world) > 0.375 * fullTurn)
             entry.reason = "it lay upside down";
         return;
     }
@@ -524,7 +548,8 @@ void Alignment::nameMirrored() {
     if (__options.method == AlignmentMethod::PrincipalAxes)
         return;
     for (int i = 0; i < __numMatched && !__progress.isCanceled(); ++i) {
-        if (__fits[std::size_t(i)] || !__faults[std::size_t(i)].empty() || (i > 0 && !mayMove(i)))
+        if (__fits[std::size_t(i)] || __report.slices[std::size_t(i)].mirrored || !__faults[std::size_t(i)].empty() ||
+            (i > 0 && !mayMove(i)))
             continue;
         for (const int other : {i - 1, i + 1, i - 2, i + 2}) {
             if (other < 0 || other >= __numMatched || !__faults[std::size_t(other)].empty())
