@@ -142,7 +142,7 @@ RigidMotion centred(const Level& target, const Level& source, const RigidMotion&
 
 /// Refines at the scales from one to the other, coarse to fine.
 bool refineThrough(const Section& target, const Section& source, RigidMotion& motion, std::size_t coarse,
-                   std::size_t fine, double enough = 0.005) {
+                   std::size_t fine, double enough = 0.02) {
     coarse = std::min({coarse, target.levels.size() - 1, source.levels.size() - 1});
     for (std::size_t k = coarse + 1; k-- > fine;)
         if (!refine(target.levels[k], source.levels[k], motion, k == 0 ? 8 : 15, enough))
