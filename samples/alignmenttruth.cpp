@@ -98,8 +98,8 @@ double tissueOf(const PixelMatrix<float>& section) {
     return n / (double(section.getSize1()) * section.getSize2());
 }
 
-/// On less of a section than this share a motion of some pixels changes little.
-constexpr double littleTissue = 0.05;
+/// Shares of a section on less of which a motion of some pixels changes little.
+constexpr double littleTissue = 0.05, someTissue = 0.1;
 
 void measure(const Set& set, const std::filesystem::path& data, const std::filesystem::path& folder,
              std::ostream& pairs) {
@@ -134,7 +134,7 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
     const auto begin = std::chrono::steady_clock::now();
     const RegistrationReport report = findAlignment(stack, {}, progress);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    std::vector<double> before, after, named, full;
+    std::vector<double> before, after, named, full, fuller;
     int worse = 0;
     for (int i = 1; i < stack.getNumSlices(); ++i) {
         const SliceAlignment& one = report.slices[std::size_t(i)];
@@ -147,6 +147,8 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
         const double least = std::min(tissue[std::size_t(i)], tissue[std::size_t(i - 1)]);
         if (one.state != SliceAlignment::State::LeftAlone && least >= littleTissue)
             full.push_back(off);
+        if (one.state != SliceAlignment::State::LeftAlone && least >= someTissue)
+            fuller.push_back(off);
         pairs << '"' << set.title << "\"," << one.name << ',' << one.stateWord() << ',' << before.back() << ',' << off
               << ',' << least << ',' << one.scoreBefore << ',' << one.scoreAfter << ',' << one.support << ",\""
               << one.reason << "\"\n";
@@ -158,9 +160,9 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
         // The sections' own misalignment, which nothing tells from a motion, is no fault.
         worse += off > before.back() + own ? 1 : 0;
     }
-    std::printf("| %s | %s | %s | %s | %zu of %zu | %d | %.2f |\n", set.title, summary(before).c_str(),
-                summary(after).c_str(), summary(full).c_str(), named.size(), before.size(), worse,
-                seconds / stack.getNumSlices());
+    std::printf("| %s | %s | %s | %s | %s | %zu of %zu | %d | %.2f |\n", set.title, summary(before).c_str(),
+                summary(after).c_str(), summary(full).c_str(), summary(fuller).c_str(), named.size(), before.size(),
+                worse, seconds / stack.getNumSlices());
     std::fflush(stdout);
 }
 
@@ -189,8 +191,8 @@ int main(int argc, char** argv) {
     int status = 0;
     try {
         std::filesystem::create_directories(folder);
-        std::printf("| Set | Before | Registered | With tissue on 5%% | Left alone | Worse | Seconds a section |\n"
-                    "|---|---|---|---|---|---|---|\n");
+        std::printf("| Set | Before | Registered | With tissue on 5%% | On 10%% | Left alone | Worse | Seconds a "
+                    "section |\n|---|---|---|---|---|---|---|---|\n");
         for (int k = 1; k <= int(std::size(sets)); ++k) {
             const bool wanted = argc == 2 || std::any_of(argv + 2, argv + argc, [k](const char* argument) {
                                     return std::to_string(k) == argument;

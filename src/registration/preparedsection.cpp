@@ -152,14 +152,37 @@ Level reduced(const SectionImage& image, double pixel) {
     return level;
 }
 
+/// Whether there may be areas of the least or the greatest grey of at least so many pixels.
+bool hasExtremes(const cv::Mat& image, double area) {
+    float least = std::numeric_limits<float>::infinity(), most = -least;
+    double numLeast = 0, numMost = 0;
+    for (int i = 0; i < image.rows; ++i) {
+        const float* const p = image.ptr<float>(i);
+        for (int j = 0; j < 2 * image.cols; j += 2) {
+            if (!(p[j + 1] > 0.5f))
+                continue;
+            numLeast = p[j] < least ? 0 : numLeast;
+            numMost = p[j] > most ? 0 : numMost;
+            least = std::min(least, p[j]);
+            most = std::max(most, p[j]);
+            numLeast += p[j] == least ? 1 : 0;
+            numMost += p[j] == most ? 1 : 0;
+        }
+    }
+    return std::max(numLeast, numMost) >= area;
+}
+
 /// Takes areas of the least and the greatest grey out that are no ground on which the tissue lies: a frame with
 /// straight sides round the picture, and what is cut off inside of it.
 void maskExtremes(cv::Mat& image) {
+    const double total = double(image.rows) * image.cols;
+    const double leastArea = 0.001 * total;
+    if (!hasExtremes(image, leastArea))
+        return;
     std::vector<cv::Mat> channels;
     cv::split(image, channels);
     double least = 0, most = 0;
     cv::minMaxLoc(channels[0], &least, &most, nullptr, nullptr, channels[1] > 0.5f);
-    const double total = double(image.rows) * image.cols;
     cv::Mat outside = cv::Mat::zeros(image.size(), CV_8U);
     for (const double extreme : {least, most}) {
         const cv::Mat same = (channels[0] == extreme) & (channels[1] > 0.5f);
@@ -169,7 +192,7 @@ void maskExtremes(cv::Mat& image) {
         std::vector<int> inside;
         for (int k = 1; k < n; ++k) {
             const int* const box = boxes.ptr<int>(k);
-            if (box[cv::CC_STAT_AREA] < 0.001 * total)
+            if (box[cv::CC_STAT_AREA] < leastArea)
                 continue;
             const bool touches =
                 box[0] == 0 || box[1] == 0 || box[0] + box[2] == image.cols || box[1] + box[3] == image.rows;
@@ -243,9 +266,13 @@ double SectionLevel::numPresent() const {
 
 cv::Mat SectionLevel::moved(const SectionLevel& source, const RigidMotion& motion) const {
     cv::Mat result;
+    move(source, motion, result);
+    return result;
+}
+
+void SectionLevel::move(const SectionLevel& source, const RigidMotion& motion, cv::Mat& result) const {
     cv::warpAffine(source.image, result, indexMap(*this, source, motion), image.size(),
                    cv::INTER_LINEAR | cv::WARP_INVERSE_MAP, cv::BORDER_CONSTANT, cv::Scalar::all(0));
-    return result;
 }
 
 SectionAligner::Section::Section(const SectionImage& image, double workingPixel)
@@ -282,16 +309,29 @@ void SectionAligner::Section::addScales() {
         levels.push_back(halved(levels.back()));
 }
 
-/// What lies between two pixels is smooth then. What is missing has no part in it.
+/// What lies between two pixels is smooth then. What is missing has no part in it. In place, as new memory costs more
+/// than all else here.
 void SectionAligner::Section::smoothScales() {
+    std::vector<unsigned char> shows;
     for (Level& one : levels) {
-        std::vector<cv::Mat> channels;
-        cv::split(one.image, channels);
-        cv::Mat weight;
-        cv::GaussianBlur(channels[1], weight, {}, 1.0);
-        cv::GaussianBlur(channels[0], channels[0], {}, 1.0);
-        channels[0] = channels[0].mul(channels[1]) / cv::max(weight, 0.05f);
-        cv::merge(channels, one.image);
+        cv::Mat& image = one.image;
+        shows.assign(image.total(), 0);
+        const auto cols = std::size_t(image.cols);
+        for (int i = 0; i < image.rows; ++i) {
+            const float* const p = image.ptr<float>(i);
+            unsigned char* const m = shows.data() + std::size_t(i) * cols;
+            for (std::size_t j = 0; j < cols; ++j)
+                m[j] = p[2 * j + 1] > present ? 1 : 0;
+        }
+        cv::GaussianBlur(image, image, {}, 1.0);
+        for (int i = 0; i < image.rows; ++i) {
+            float* const p = image.ptr<float>(i);
+            const unsigned char* const m = shows.data() + std::size_t(i) * cols;
+            for (std::size_t j = 0; j < cols; ++j) {
+                p[2 * j] = m[j] != 0 ? p[2 * j] / std::max(p[2 * j + 1], 0.05f) : 0;
+                p[2 * j + 1] = m[j] != 0 ? 1.0f : 0.0f;
+            }
+        }
     }
 }
 

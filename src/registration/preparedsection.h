@@ -30,6 +30,8 @@ struct SectionLevel {
 
     /// A section as it comes to lie on this one's grid when the motion takes it onto this one.
     cv::Mat moved(const SectionLevel& source, const RigidMotion& motion) const;
+    /// The same, into an image whose memory serves again when the size fits.
+    void move(const SectionLevel& source, const RigidMotion& motion, cv::Mat& result) const;
 };
 
 /// A section as SectionAligner works with it: its levels from fine to coarse, mean 0 and spread 1, smooth between the

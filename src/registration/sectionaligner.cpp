@@ -382,9 +382,10 @@ SectionMatch SectionAligner::match(const Section& source, const Section& target,
     return other && other->found && (!match.found || other->support > match.support + clearlyMore) ? *other : match;
 }
 
-bool SectionAligner::isMirrored(const Section& source, const Section& target, const RigidMotion& start) {
-    if (!source.fault.empty() || !target.fault.empty())
-        return false;
+namespace {
+
+/// The source as it is seen from behind, on the target.
+SectionMatch matchFromBehind(const Section& source, const Section& target) {
     Section behind = source;
     const auto flip = [](Level& level) {
         cv::Mat image;
@@ -396,8 +397,25 @@ bool SectionAligner::isMirrored(const Section& source, const Section& target, co
         flip(level);
     flip(behind.search);
     behind.forget();
-    const SectionMatch mirrored = match(behind, target, {}, AlignmentMethod::Auto);
+    return SectionAligner::match(behind, target, {}, AlignmentMethod::Auto);
+}
+
+} // namespace
+
+bool SectionAligner::isMirrored(const Section& source, const Section& target, const RigidMotion& start) {
+    if (!source.fault.empty() || !target.fault.empty())
+        return false;
+    const SectionMatch mirrored = matchFromBehind(source, target);
     return mirrored.found && mirrored.score > score(source, target, start, mirrored.method);
+}
+
+bool SectionAligner::isClearlyMirrored(const Section& source, const Section& target, const SectionMatch& found) {
+    constexpr double clearly = 1.1;
+    if (!source.fault.empty() || !target.fault.empty() || found.numBlocks < 8)
+        return false;
+    const SectionMatch mirrored = matchFromBehind(source, target);
+    return mirrored.found && mirrored.method != AlignmentMethod::MutualInformation && mirrored.numBlocks >= 8 &&
+           mirrored.support > found.support && mirrored.score > clearly * found.score;
 }
 
 } // namespace vorlen

@@ -109,6 +109,10 @@ public:
 
     /// Whether the source fits the target when it is seen from behind, and how it does not as it is.
     static bool isMirrored(const Section& source, const Section& target, const RigidMotion& start);
+
+    /// Whether the source clearly fits better turned over than by what was found: for sections that look much like
+    /// their own mirror image, which are found to fit somehow either way. Sections with little on them never do.
+    static bool isClearlyMirrored(const Section& source, const Section& target, const SectionMatch& found);
 };
 
 } // namespace vorlen

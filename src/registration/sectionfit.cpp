@@ -105,37 +105,47 @@ LightSurface lightBetween(const cv::Mat& target, const cv::Mat& source, float ga
 
 /// Where the target's grey changes, and how fast: of great images on every second row.
 struct Slopes {
-    Level target;
-    cv::Mat x, y, whole; ///< change of the grey by the length unit; and 1 where no neighbour is missing
-    double radius = 1;   ///< of the image, by which turns become lengths
+    Level target;      ///< a view of the full image, which must outlive it
+    cv::Mat x, y;      ///< change of the grey by the length unit; 0 where a neighbour is missing
+    double radius = 1; ///< of the image, by which turns become lengths
     double lenience = 10;
 
     explicit Slopes(const Level& full);
+
+private:
+    void addRow(const Level& full, int from, int to);
 };
 
 Slopes::Slopes(const Level& full) : target(full), lenience(lenienceOf(full.side())) {
-    std::vector<cv::Mat> channels;
-    cv::split(full.image, channels);
-    cv::Mat gx, gy, inner;
-    cv::Scharr(channels[0], gx, CV_32F, 1, 0, 1 / (32.0 * full.stepX));
-    cv::Scharr(channels[0], gy, CV_32F, 0, 1, 1 / (32.0 * full.stepY));
-    // Where a neighbour is missing the gradient is none.
-    cv::erode(channels[1], inner, cv::Mat(), {-1, -1}, 1, cv::BORDER_CONSTANT, cv::Scalar::all(0));
     const int stride = full.image.total() > 400000 ? 2 : 1;
-    const auto thinned = [stride](const cv::Mat& all) {
-        if (stride == 1)
-            return all;
-        cv::Mat some(all.rows / stride, all.cols, all.type());
-        for (int i = 0; i < some.rows; ++i)
-            all.row(stride * i).copyTo(some.row(i));
-        return some;
-    };
-    target.image = thinned(full.image);
+    target.image = cv::Mat(full.image.rows / stride, full.image.cols, full.image.type(), full.image.data,
+                           std::size_t(stride) * full.image.step);
     target.stepY *= stride;
-    x = thinned(gx);
-    y = thinned(gy);
-    whole = thinned(inner);
+    x = cv::Mat::zeros(target.image.size(), CV_32F);
+    y = cv::Mat::zeros(target.image.size(), CV_32F);
+    for (int i = 0; i < target.image.rows; ++i)
+        addRow(full, stride * i, i);
     radius = 0.5 * std::hypot(target.image.cols * target.stepX, target.image.rows * target.stepY);
+}
+
+/// The operator of Scharr.
+void Slopes::addRow(const Level& full, int from, int to) {
+    if (from < 1 || from + 1 >= full.image.rows)
+        return;
+    const float* const above = full.image.ptr<float>(from - 1);
+    const float* const here = full.image.ptr<float>(from);
+    const float* const below = full.image.ptr<float>(from + 1);
+    float* const across = x.ptr<float>(to);
+    float* const down = y.ptr<float>(to);
+    const auto perX = float(1 / (32.0 * full.stepX)), perY = float(1 / (32.0 * full.stepY));
+    for (int j = 1; j + 1 < full.image.cols; ++j) {
+        const int l = 2 * j - 2, m = 2 * j, r = 2 * j + 2;
+        const float least = std::min({above[l + 1], above[m + 1], above[r + 1], here[l + 1], here[m + 1], here[r + 1],
+                                      below[l + 1], below[m + 1], below[r + 1]});
+        const float whole = least > present ? 1.0f : 0.0f;
+        across[j] = whole * perX * (3 * (above[r] - above[l]) + 10 * (here[r] - here[l]) + 3 * (below[r] - below[l]));
+        down[j] = whole * perY * (3 * (below[l] - above[l]) + 10 * (below[m] - above[m]) + 3 * (below[r] - above[r]));
+    }
 }
 
 /// Those of a Gauss-Newton step: of shifts across and down, and of turns times the radius.
@@ -155,11 +165,12 @@ struct NormalEquations {
     double doubt() const { return 10 * unexplained / std::max(1e-30, xx + yy); }
 };
 
-/// None when there is too little overlap.
-std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& source, const RigidMotion& motion) {
+/// None when there is too little overlap. The moved source comes to lie in `warped`, whose memory serves again.
+std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& source, const RigidMotion& motion,
+                                           cv::Mat& warped) {
     const Level& target = slopes.target;
     const int rows = target.image.rows, cols = target.image.cols;
-    const cv::Mat warped = target.moved(source, motion);
+    target.move(source, motion, warped);
     const Sums sums = sumsOf(target.image, warped);
     if (sums.n < 0.05 * rows * cols)
         return std::nullopt;
@@ -176,7 +187,6 @@ std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& so
     for (int i = 0; i < rows; ++i) {
         const float* const t = target.image.ptr<float>(i);
         const float* const s = warped.ptr<float>(i);
-        const float* const m = slopes.whole.ptr<float>(i);
         const float* const px = slopes.x.ptr<float>(i);
         const float* const py = slopes.y.ptr<float>(i);
         const auto y = float((target.originY + i * target.stepY) / slopes.radius);
@@ -186,7 +196,7 @@ std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& so
         for (int j = 0; j < cols; ++j) {
             const float r = gain * s[2 * j] + offset - t[2 * j] - light.at(lightX * float(j) - 1, lightY);
             const float q = 1 / (1 + scale * r * r);
-            const float w = s[2 * j + 1] > present ? m[j] * q * q : 0.0f;
+            const float w = s[2 * j + 1] > present ? q * q : 0.0f;
             const float u = px[j], v = py[j], a = (x0 + dx * float(j)) * v - y * u;
             const float wu = w * u, wv = w * v, wa = w * a;
             xx += wu * u;
@@ -233,8 +243,9 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
     const Slopes slopes(full);
     const double radius = slopes.radius;
     const double firstAngle = motion.angle;
+    cv::Mat warped;
     for (int step = 0; step < numSteps; ++step) {
-        std::optional<NormalEquations> e = equationsOf(slopes, source, motion);
+        std::optional<NormalEquations> e = equationsOf(slopes, source, motion, warped);
         if (!e)
             return false;
         // On sections with little on them nothing tells the angle: then it stays where it was.
@@ -262,7 +273,8 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
 
 void tellSpread(SectionMatch& match, const Level& target, const Level& source) {
     const Slopes slopes(target);
-    const auto e = equationsOf(slopes, source, match.motion);
+    cv::Mat warped;
+    const auto e = equationsOf(slopes, source, match.motion, warped);
     if (!e)
         return;
     const double alone = std::max(e->turnAlone(), 1e-30);

@@ -171,6 +171,19 @@ TEST(SliceAlignment, slicesThatNothingFitsAreLeftAloneAndNamed) {
     }
 }
 
+// The one behind it turns as far against it, but lay well.
+TEST(SliceAlignment, onlyTheSliceThatLayUpsideDownIsNamedSo) {
+    TissueStack tissue;
+    tissue.add("first", sectionOfTissue(110, 110, {}));
+    tissue.add("upside", sectionOfTissue(110, 110, {3.14159265, 4, -3}));
+    tissue.add("behind", sectionOfTissue(110, 110, {0.05, 2, 3}));
+    const RegistrationReport report = tissue.registered();
+    EXPECT_EQ(report.slices[1].reason, "it lay upside down");
+    EXPECT_EQ(report.slices[2].state, State::Registered);
+    EXPECT_EQ(report.slices[2].reason, "");
+    EXPECT_NEAR(std::abs(std::remainder(double(report.slices[2].after.getRotationAngle()), 360.0)), 180, 10);
+}
+
 TEST(SliceAlignment, lockedSlicesAndThoseOutOfTheRangeKeepTheirRegistration) {
     TissueStack tissue;
     for (int i = 0; i < 6; ++i) {

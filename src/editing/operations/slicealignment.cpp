@@ -34,8 +34,13 @@ constexpr double knownAngle = 0.005;
 /// Pairs that disagree with the rest by more than this part of the size of a section are looked at once more.
 constexpr double farOff = 0.015;
 
+constexpr double fullTurn = 2 * 3.14159265358979323846;
+
 /// A difference of scores that is none.
 constexpr double noDifference = 1e-9;
+
+/// In pixels: a slice that is to move by less lies well, and stays.
+constexpr double noMove = 0.05;
 
 RigidMotion stepOf(const StackSlice& slice, const Registration& registration) {
     const PixelCalibration& calibration = slice.getPixelCalibration();
@@ -155,6 +160,7 @@ private:
 
     void matchAll();
     void matchSlice(int i);
+    bool isDoubtful(const SectionMatch& match);
     bool isHeld(int target, int source) const;
     void matchFixed();
     void matchAgain();
@@ -181,6 +187,7 @@ private:
     std::vector<bool> __fits;                       // borne out by a pair
     int __numMatched = 0;                           // slices that were reached
     std::list<std::pair<int, Prepared>> __sections; // the one looked at last stands last
+    std::vector<double> __scores;                   // of the neighbours that were found to fit
     std::vector<Pair> __pairs;
     std::map<std::pair<int, int>, std::size_t> __pairIndex; // by target and source
     RegistrationReport __report;
@@ -244,13 +251,23 @@ bool Alignment::isHeld(int target, int source) const {
     return false;
 }
 
+/// Whether it was found, but fits clearly less than slices of this stack do: by the median of those found so far.
+bool Alignment::isDoubtful(const SectionMatch& match) {
+    if (!match.found || match.method == AlignmentMethod::PrincipalAxes || __scores.size() < 2)
+        return false;
+    const auto middle = __scores.begin() + std::ptrdiff_t(__scores.size() / 2);
+    std::nth_element(__scores.begin(), middle, __scores.end());
+    return match.score < 0.9 * *middle;
+}
+
 /// With the nearest first: what follows from it needs no search any more.
 void Alignment::matchSlice(int i) {
+    bool first = true;
     for (int distance = 1; distance <= reach && distance <= i; ++distance) {
         const int target = i - distance;
         if (__progress.isCanceled())
             return;
-        if (isHeld(target, i))
+        if (isHeld(target, i) || __report.slices[std::size_t(target)].mirrored)
             continue;
         const Prepared& source = section(i);
         const Prepared& onto = section(target);
@@ -268,6 +285,14 @@ void Alignment::matchSlice(int i) {
         if (known && __options.method == AlignmentMethod::PrincipalAxes)
             continue;
         Pair pair{target, i, matched(source, onto, start, __options, !known)};
+        if (first && isDoubtful(pair.match) &&
+            SectionAligner::isClearlyMirrored(*source.section, *onto.section, pair.match)) {
+            __report.slices[std::size_t(i)].mirrored = true;
+            return;
+        }
+        if (pair.match.found && first)
+            __scores.push_back(pair.match.score);
+        first = first && !pair.match.found;
         if (pair.match.found)
             __fits[std::size_t(i)] = __fits[std::size_t(target)] = true;
         __pairIndex[{target, i}] = __pairs.size();
@@ -482,24 +507,25 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
     for (const RigidMotion& candidate : candidates) {
         const Registration registration = registrationOfStep(slice, chosen[std::size_t(i - 1)].inverse() * candidate);
         const RigidMotion place = chosen[std::size_t(i - 1)] * stepOf(slice, registration); // as it is kept
+        const double moved =
+            meanDistance(stepOf(slice, entry.before), stepOf(slice, registration), source.width, source.height) /
+            source.pixel;
+        if (moved < noMove) {
+            entry.state = State::Unchanged;
+            return;
+        }
         const double score = scored(place);
         if (score + noDifference < std::max(entry.scoreBefore, entry.scoreAfter))
             continue;
         entry.after = registration;
         entry.scoreAfter = score;
+        entry.moved = moved;
+        entry.state = State::Registered;
         chosen[std::size_t(i)] = place;
-        entry.moved =
-            meanDistance(stepOf(slice, entry.before), stepOf(slice, entry.after), source.width, source.height) /
-            source.pixel;
-        entry.state = entry.moved < 0.05 ? State::Unchanged : State::Registered;
-        if (entry.state == State::Unchanged) {
-            entry.after = entry.before;
-            entry.moved = 0;
-            entry.scoreAfter = scored(kept);
-            chosen[std::size_t(i)] = kept;
-        }
+        // Not the slice behind such a one, which only seems so beside it.
+        const double world = std::remainder(place.angle - __before[std::size_t(i)].angle, fullTurn);
         const double turn = std::abs(std::remainder(double(entry.after.getRotationAngle()), 360.0));
-        if (turn > 135)
+        if (turn > 135 && std::abs(world) > 0.375 * fullTurn)
             entry.reason = "it lay upside down";
         return;
     }
@@ -522,7 +548,8 @@ void Alignment::nameMirrored() {
     if (__options.method == AlignmentMethod::PrincipalAxes)
         return;
     for (int i = 0; i < __numMatched && !__progress.isCanceled(); ++i) {
-        if (__fits[std::size_t(i)] || !__faults[std::size_t(i)].empty() || (i > 0 && !mayMove(i)))
+        if (__fits[std::size_t(i)] || __report.slices[std::size_t(i)].mirrored || !__faults[std::size_t(i)].empty() ||
+            (i > 0 && !mayMove(i)))
             continue;
         for (const int other : {i - 1, i + 1, i - 2, i + 2}) {
             if (other < 0 || other >= __numMatched || !__faults[std::size_t(other)].empty())
@@ -668,6 +695,11 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     }
     entry.method = wordOf(match.method);
     const Registration found = registrationOfStep(slice, match.motion);
+    const double moved = meanDistance(before, stepOf(slice, found), source.width, source.height) / source.pixel;
+    if (moved < noMove) {
+        entry.state = State::Unchanged;
+        return entry;
+    }
     const double score = SectionAligner::score(*source.section, *target.section, stepOf(slice, found), measure);
     if (score + noDifference < entry.scoreBefore) {
         entry.reason = "nothing fits better than what was there";
@@ -675,8 +707,8 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     }
     entry.after = found;
     entry.scoreAfter = score;
-    entry.moved = meanDistance(before, stepOf(slice, found), source.width, source.height) / source.pixel;
-    entry.state = entry.moved < 0.05 ? State::Unchanged : State::Registered;
+    entry.moved = moved;
+    entry.state = State::Registered;
     return entry;
 }
 
