@@ -54,12 +54,14 @@ struct TiffPicture {
     bool separate = false;  // samples in planes of their own
     int compression = 1;
     Conversion conversion = None;
+    bool hasDifferences = false; // JPEG 2000 of brightness and differences, which become red, green, blue
     bool isBorneOut = true; // the file has bytes enough for all pixels
 
 private:
     struct Rows;
     struct Block;
 
+    PictureLevel allBlocks() const;
     void readColours();
     void readPixelSize();
     void requireBelievable();
