@@ -414,6 +414,7 @@ TEST(TiffPicture, palettesOfEverySizeGiveTheirColours) {
             for (int i = 0; i < size; ++i)
                 maker.palette.push_back(std::uint16_t((i * (table + 1) * 37 % 256) << 8));
         maker.write(folder.file("a.tif"), [size](int i, int j, int) { return std::uint64_t((17 * i + 5 * j) % size); });
+        EXPECT_EQ(ImageReader().measure(folder.file("a.tif"), 0, 0).values, "uint8") << bits; // those of the colours
         const Image image(folder.file("a.tif"), "");
         PixelMatrix<int> grey;
         grey.convertGreyFromImage(image);

@@ -409,8 +409,19 @@ void TiffPicture::readPixelSize() {
     page.calibration.compute();
 }
 
+/// Whether a picture of tiles that are shared or left out can be read from end to end: a row of tiles at a time, in
+/// bounded memory and time.
+bool TiffPicture::canBeStreamed() const {
+    constexpr std::uint64_t greatestBand = std::uint64_t(256) << 20, greatestPicture = std::uint64_t(16) << 30;
+    const std::uint64_t row = std::uint64_t(width) * std::uint64_t(numFileSamples) * bytesOf(page.storage);
+    const PictureLevel tiles = allBlocks();
+    return TIFFIsTiled(tiff) != 0 && row * std::uint64_t(std::min(tiles.blockHeight, height)) <= greatestBand &&
+           row * std::uint64_t(height) <= greatestPicture;
+}
+
 void TiffPicture::read(SampleSink& sink) const {
-    requireWhole();
+    if (!canBeStreamed())
+        requireWhole();
     Rows rows(*this, sink);
     const bool tiled = TIFFIsTiled(tiff) != 0;
     if (conversion == ByLibtiff)

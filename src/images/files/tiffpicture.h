@@ -30,7 +30,7 @@ struct TiffPicture {
     /// cannot be read, with the reason, and FileReadError for a picture that the file is too short for.
     explicit TiffPicture(TIFF* tiff);
 
-    /// Throws FileReadError for damaged pixels.
+    /// Throws FileReadError for damaged pixels. Who keeps all of them asks requireWhole() before.
     void read(SampleSink& sink) const;
 
     /// The blocks in which parts are read; of width 0 where the picture is to be read as a whole: it is turned, or its
@@ -62,6 +62,7 @@ private:
     struct Block;
 
     PictureLevel allBlocks() const;
+    bool canBeStreamed() const;
     void readColours();
     void readPixelSize();
     void requireBelievable();
