@@ -162,8 +162,9 @@ void tiffPartReference(benchmark::State& state) {
                 TIFFReadTile(tiff, tile.data(), std::uint32_t(left), std::uint32_t(top), 0, 0);
                 const int from = std::max(left, view.x), to = std::min(left + TILE, right);
                 for (int row = std::max(top, view.y); row < std::min(top + TILE, bottom); ++row)
-                    std::memcpy(&pixels[std::size_t(row - view.y) * std::size_t(view.width) + std::size_t(from - view.x)],
-                                &tile[std::size_t((row - top) * TILE + from - left)], 2 * std::size_t(to - from));
+                    std::memcpy(
+                        &pixels[std::size_t(row - view.y) * std::size_t(view.width) + std::size_t(from - view.x)],
+                        &tile[std::size_t((row - top) * TILE + from - left)], 2 * std::size_t(to - from));
             }
         TIFFClose(tiff);
         benchmark::DoNotOptimize(pixels[SIDE]);

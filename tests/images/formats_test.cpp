@@ -92,8 +92,8 @@ void writeJpeg2000Tiff(const std::string& filename, int compression, int bits, i
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, compression);
     for (const int strip : {0, 1}) {
-        std::string bytes = jpeg2000Bytes(
-            maker, [&, strip](int i, int j, int k) { return sample(i + strip * maker.height, j, k); });
+        std::string bytes =
+            jpeg2000Bytes(maker, [&, strip](int i, int j, int k) { return sample(i + strip * maker.height, j, k); });
         TIFFWriteRawStrip(tiff, std::uint32_t(strip), bytes.data(), tmsize_t(bytes.size()));
     }
     TIFFClose(tiff);
@@ -104,9 +104,9 @@ int differences(int row, int column, int sample) {
     return sample == 0 ? 60 + ramp(row, column) : sample == 1 ? 118 : 148;
 }
 
-const std::vector<std::function<double(int, int)>> coloursOfDifferences = {
-    value([](double n) { return n + 60 + 28; }), value([](double n) { return n + 60 - 11; }),
-    value([](double n) { return n + 60 - 18; })};
+const std::vector<std::function<double(int, int)>> coloursOfDifferences = {value([](double n) { return n + 60 + 28; }),
+                                                                           value([](double n) { return n + 60 - 11; }),
+                                                                           value([](double n) { return n + 60 - 18; })};
 
 void addTiff(std::vector<FormatLine>& lines) {
     const auto add = [&lines](const std::string& kind, const TiffMaker& maker, const std::string& values,

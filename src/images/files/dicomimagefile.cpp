@@ -373,8 +373,7 @@ private:
         // What a codec makes of them is looked at when a frame is there.
         const bool ofCodec = isJpeg2000() && (__model == "YBR_ICT" || __model == "YBR_RCT"); // which gives colours
         if ((!ofCodec && __model != "RGB" && __model != "YBR_FULL" && __model != "YBR_FULL_422") ||
-            __page.numSamples != 3 ||
-            __allocated > 16 || (__model == "YBR_FULL_422" && !isEncapsulated()))
+            __page.numSamples != 3 || __allocated > 16 || (__model == "YBR_FULL_422" && !isEncapsulated()))
             refuse("the colours \"" + __model.substr(0, 20) + "\"");
         __page.colour = ImagePage::Rgb;
         __differences = __model != "RGB" && !ofCodec;
@@ -575,7 +574,11 @@ private:
                 const std::uint32_t word = std::uint32_t(sample) << __shift;
                 const auto half = static_cast<std::uint16_t>(word);
                 const auto byte = static_cast<std::uint8_t>(word);
-                std::memcpy(to, length == 1 ? static_cast<const void*>(&byte) : length == 2 ? static_cast<const void*>(&half) : &word, length);
+                std::memcpy(to,
+                            length == 1   ? static_cast<const void*>(&byte)
+                            : length == 2 ? static_cast<const void*>(&half)
+                                          : &word,
+                            length);
                 to += length;
             }
         }

@@ -158,8 +158,7 @@ ImagePage Jpeg2000Decoder::page() const {
     page.storage = storageOf(page.values);
     const int colours = page.numSamples - (page.alpha < 0 ? 0 : 1);
     if (isInk()) {
-        if (colours < 4 || page.values.kind != ValueType::Unsigned ||
-            (page.values.bits != 8 && page.values.bits != 16))
+        if (colours < 4 || page.values.kind != ValueType::Unsigned || (page.values.bits != 8 && page.values.bits != 16))
             refuse("JPEG 2000 of inks of this type");
         page.numSamples = 3;
         page.alpha = -1;

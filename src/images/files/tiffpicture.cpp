@@ -232,7 +232,8 @@ void TiffPicture::readColours() {
     page.values = valueType(tiff);
     page.storage = storageOf(page.values);
     page.numSamples = numFileSamples;
-    if (isJpeg2000(compression) && (page.values.kind == ValueType::Real || page.values.bits % 8 != 0 || page.values.bits > 32))
+    if (isJpeg2000(compression) &&
+        (page.values.kind == ValueType::Real || page.values.bits % 8 != 0 || page.values.bits > 32))
         refuse(tiff, "JPEG 2000 of " + page.values.name());
     const bool isWhole8or16 = page.values.kind != ValueType::Real && (page.values.bits == 8 || page.values.bits == 16);
     const auto becomesRgb = [this](Conversion by) {

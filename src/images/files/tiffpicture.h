@@ -55,7 +55,7 @@ struct TiffPicture {
     int compression = 1;
     Conversion conversion = None;
     bool hasDifferences = false; // JPEG 2000 of brightness and differences, which become red, green, blue
-    bool isBorneOut = true; // the file has bytes enough for all pixels
+    bool isBorneOut = true;      // the file has bytes enough for all pixels
 
 private:
     struct Rows;

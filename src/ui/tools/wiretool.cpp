@@ -91,8 +91,8 @@ void WireTool::seedAtEnd() {
         if (image->isInMemory())
             __wire = std::make_unique<LiveWire>(frame.pixels(*image->read({0, 0, 1, 1}).image));
         else
-            __wire = std::make_unique<LiveWire>(frame.pixelsOfPart(
-                *image->read({frame.left(), frame.top(), frame.width(), frame.height()}).image));
+            __wire = std::make_unique<LiveWire>(
+                frame.pixelsOfPart(*image->read({frame.left(), frame.top(), frame.width(), frame.height()}).image));
         __wire->setSeed(row - __firstRow, column - __firstColumn);
     } catch (const FileError&) { // of a part that cannot be read the ways are straight
         __wire.reset();

@@ -71,7 +71,8 @@ TEST_F(SectionWindowTest, whatIsLookedAtComesInFullSizeAndFollowsZoomAndPan) {
     lookAt(1, QPoint(5000, 3001));
     EXPECT_TRUE(comesToShow(0, 1));
     const auto& delegate = *mediator->findChild<VRLImageWidgetMediatorPixelInfoDelegate*>();
-    EXPECT_EQ(delegate.pixelInfo(QPoint(30, 20)), QString("X=5030, Y=3021, G=%1").arg(SharedTiles::value(0, 3021, 5030)));
+    EXPECT_EQ(delegate.pixelInfo(QPoint(30, 20)),
+              QString("X=5030, Y=3021, G=%1").arg(SharedTiles::value(0, 3021, 5030)));
     canvas->setViewOrigin(QPoint(0, 7000));
     EXPECT_TRUE(delegate.pixelInfo(QPoint(30, 20)).startsWith("X=30, Y=7020, about G="));
     // Another slice ends what is still being read.
@@ -92,7 +93,7 @@ TEST_F(SectionWindowTest, anAutomaticOutlineIsThatOfTheFullSize) {
     mediator->chooseTool("tool.automatic");
     lookAt(0.25f, QPoint(1848, 1848));
     ASSERT_TRUE(comesToShow(1, 4)); // so that the section is open
-    press(QPoint(48, 48)); // the pixel (2040, 2040), the tile being that from 2048 to 2559
+    press(QPoint(48, 48));          // the pixel (2040, 2040), the tile being that from 2048 to 2559
     drag(QPoint(100, 100));
     drag(QPoint(180, 180)); // the pixel (2568, 2568)
     release(QPoint(180, 180));
