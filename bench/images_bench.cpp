@@ -1,9 +1,11 @@
 #include "images/files/imagereader.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
+#include "images/sections/tiledsection.h"
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <fcntl.h>
@@ -134,6 +136,41 @@ void tiffTilesReference(benchmark::State& state) {
     }
 }
 
+/// A view of 1600 by 1000 pixels of the tiled picture, from a section that has read none of it yet.
+constexpr PixelWindow view{700, 900, 1600, 1000};
+
+void tiffPart(benchmark::State& state) {
+    const std::string& name = tiledFile();
+    const LevelStore none("");
+    for (auto _ : state) {
+        TiledSection section(name, 0, 0, none);
+        Image image;
+        section.read(image, 0, view);
+        benchmark::DoNotOptimize(image.getData()[SIDE]);
+    }
+}
+
+/// Nothing but libtiff's tiles that the view touches, and the copies of what it shows of their rows.
+void tiffPartReference(benchmark::State& state) {
+    const std::string& name = tiledFile();
+    const int right = view.x + view.width, bottom = view.y + view.height;
+    for (auto _ : state) {
+        TIFF* tiff = TIFFOpen(name.c_str(), "r");
+        std::vector<std::uint16_t> pixels(std::size_t(view.width) * std::size_t(view.height)), tile(TILE * TILE);
+        for (int top = view.y / TILE * TILE; top < bottom; top += TILE)
+            for (int left = view.x / TILE * TILE; left < right; left += TILE) {
+                TIFFReadTile(tiff, tile.data(), std::uint32_t(left), std::uint32_t(top), 0, 0);
+                const int from = std::max(left, view.x), to = std::min(left + TILE, right);
+                for (int row = std::max(top, view.y); row < std::min(top + TILE, bottom); ++row)
+                    std::memcpy(
+                        &pixels[std::size_t(row - view.y) * std::size_t(view.width) + std::size_t(from - view.x)],
+                        &tile[std::size_t((row - top) * TILE + from - left)], 2 * std::size_t(to - from));
+            }
+        TIFFClose(tiff);
+        benchmark::DoNotOptimize(pixels[SIDE]);
+    }
+}
+
 void tiffWrite(benchmark::State& state) {
     const Image& image = picture();
     const std::string name = path("-write.tif");
@@ -169,6 +206,8 @@ BENCHMARK(tiffRead)->Name("tiff_read/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffReadReference)->Name("tiff_read/reference")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffTiles)->Name("tiff_tiles/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffTilesReference)->Name("tiff_tiles/reference")->Unit(benchmark::kMillisecond);
+BENCHMARK(tiffPart)->Name("tiff_part/vorlen")->Unit(benchmark::kMillisecond);
+BENCHMARK(tiffPartReference)->Name("tiff_part/reference")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffWrite)->Name("tiff_write/vorlen")->Unit(benchmark::kMillisecond);
 BENCHMARK(tiffWriteReference)->Name("tiff_write/reference")->Unit(benchmark::kMillisecond);
 

@@ -1,12 +1,17 @@
 #include "editing/operations/outlinebythreshold.h"
 
 #include <algorithm>
+#include <cmath>
+#include <memory>
 
 #include "editing/operationfixture.h"
 #include "editing/operations/regionoutline.h"
 #include "images/rasters/pixelmatrix.h"
 #include "images/regions/isodatathresholding.h"
+#include "images/sections/imageparts.h"
+#include "images/sections/tiledsection.h"
 #include "numerics/exception.h"
+#include "support/temporaryfolder.h"
 #include "support/testimages.h"
 
 namespace vorlen {
@@ -120,6 +125,30 @@ TEST(RegionOutline, cutsTheMeansOverTheSquareAtTheThresholdOfTheBox) {
             EXPECT_NE(isDark(std::floor(x), std::floor(y)), isDark(std::ceil(x), std::ceil(y)));
         }
         EXPECT_GT(curve.getSize(), 20);
+    }
+}
+
+// The part around the box grows until all of the outline is in it.
+TEST(RegionOutline, ofASectionAsMuchIsReadAsTheOutlineNeeds) {
+    const TemporaryFolder folder;
+    Image image(1500, 900, 8);
+    for (int y = 0; y < 900; ++y)
+        for (int x = 0; x < 1500; ++x) {
+            const double far = std::hypot((x - 760) / 700.0, (y - 440) / 400.0);
+            image.getPixels()[y][x] = static_cast<unsigned char>(far < 1 ? 60 + (x * 7 + y * 3) % 9 : 180 + x % 5);
+        }
+    image.writeFile("a.tif", folder.path());
+    const ImageParts parts(
+        std::make_shared<TiledSection>(folder.file("a.tif"), 0, 0, LevelStore(folder.file("levels"))));
+    const BoundingBox<int> box(pixel(40, 400), pixel(90, 480)); // over its left end
+    for (const int smoothing : {0, 3}) {
+        const RegionOutline whole(image, box, smoothing), read(parts, box, smoothing);
+        ASSERT_TRUE(whole.isFound() && read.isFound());
+        EXPECT_EQ(read.getThreshold(), whole.getThreshold());
+        EXPECT_FALSE(read.isCut() || whole.isCut());
+        const auto expected = decimals(whole.follow(0));
+        EXPECT_GT(expected.size(), 500u);
+        EXPECT_EQ(decimals(read.follow(0)), expected);
     }
 }
 

@@ -17,7 +17,9 @@
 #include "images/rasters/colormap.h"
 #include "images/rasters/image.h"
 #include "progress/progresssubject.h"
+#include "support/sharedtiles.h"
 #include "support/stackfolder.h"
+#include "support/temporaryfolder.h"
 #include "support/tissue.h"
 
 namespace vorlen {
@@ -289,6 +291,19 @@ TEST(SliceAlignment, greyValuesComeFromEveryKindOfImage) {
             EXPECT_EQ(section.grey[0][k], expected[i][k]) << i;
         EXPECT_EQ(section.pixelHeight, i == 2 ? 2 : 1);
     }
+    // Of a section too large for memory, a smaller copy that is in its file, with larger pixels.
+    const TemporaryFolder folder;
+    ImageSourceFile source;
+    source.setFilename(SharedTiles::write(folder, "large.tif", 9000, 8000, 3));
+    auto* const large = new StackSlice;
+    large->setImageSource(source);
+    tissue.stack.addSlice(large);
+    const SectionImage section = sectionImageOf(*large);
+    ASSERT_EQ(section.grey.getSize2(), 2250);
+    ASSERT_EQ(section.grey.getSize1(), 2000);
+    EXPECT_EQ(section.grey[1999][1234], float(SharedTiles::value(1, 1999, 1234)));
+    EXPECT_EQ(section.pixelWidth, 4);
+    EXPECT_EQ(section.pixelHeight, 4);
 }
 
 } // namespace

@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <memory>
 #include <utility>
 
 #include <gtest/gtest.h>
 
 #include "images/rasters/image.h"
+#include "images/sections/imageparts.h"
+#include "images/sections/tiledsection.h"
 #include "numerics/exception.h"
+#include "support/temporaryfolder.h"
 
 namespace vorlen {
 
@@ -150,6 +154,32 @@ TEST(BoxOutline, otherDepthsAndTheEndsOfTheImageAreNoExceptions) {
     const BoxOutline flat(deep, boxOf(40, 40, 50, 50), 1);
     EXPECT_EQ(flat.find({.threshold = flat.getProposedThreshold(), .side = BoxOutline::Side::Darker}).outline.getSize(),
               0);
+}
+
+// Of a section only the box is read, and what the means at its sides need: up to the ends of the section.
+TEST(BoxOutline, aSectionInPartsHasTheOutlinesOfTheWholeImage) {
+    const TemporaryFolder folder;
+    const Image image = blurredDisc(60.3, 58.7, 50, 40);
+    image.writeFile("a.tif", folder.path());
+    const ImageParts parts(
+        std::make_shared<TiledSection>(folder.file("a.tif"), 0, 0, LevelStore(folder.file("levels"))));
+    EXPECT_FALSE(parts.isInMemory());
+    const ImageParts::Part part = parts.read({30, 20, 7, 5});
+    ASSERT_EQ(part.image->getWidth(), 7);
+    EXPECT_EQ(part.image->getPixels()[4][6], image.getPixels()[24][36]);
+    EXPECT_THROW(parts.read({114, 0, 7, 5}), RangeError);
+    for (const auto& box : {boxOf(40, 30, 119, 119), boxOf(5, 2, 117, 116)}) {
+        BoxOutline::Choice choice;
+        const BoxOutline whole(image, box, 4), read(parts, box, 4);
+        choice.threshold = whole.getProposedThreshold();
+        choice.seed = {60, 58};
+        EXPECT_EQ(read.getProposedThreshold(), choice.threshold);
+        const Curve<double> expected = whole.find(choice).outline, found = read.find(choice).outline;
+        ASSERT_GT(expected.getSize(), 50);
+        ASSERT_EQ(found.getSize(), expected.getSize());
+        for (int k = 0; k < found.getSize(); ++k)
+            EXPECT_EQ(found[k], expected[k]) << k;
+    }
 }
 
 } // namespace vorlen

@@ -68,6 +68,46 @@ TiffMaker plainTiff() {
     return maker;
 }
 
+std::string jpeg2000Bytes(const Jpeg2000Maker& maker, const std::function<int(int, int, int)>& sample) {
+    const TemporaryFolder folder;
+    maker.write(folder.file("a.jp2"), sample);
+    return folder.read("a.jp2");
+}
+
+/// Two strips, of which libtiff knows nothing.
+void writeJpeg2000Tiff(const std::string& filename, int compression, int bits, int samples,
+                       const std::function<int(int, int, int)>& sample) {
+    Jpeg2000Maker maker;
+    maker.height = formatHeight / 2;
+    maker.bits = bits;
+    maker.samples = samples;
+    maker.bare = true;
+    TIFF* tiff = TIFFOpen(filename.c_str(), "w");
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, formatWidth);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, formatHeight);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, maker.height);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, bits);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, samples);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, samples == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, compression);
+    for (const int strip : {0, 1}) {
+        std::string bytes =
+            jpeg2000Bytes(maker, [&, strip](int i, int j, int k) { return sample(i + strip * maker.height, j, k); });
+        TIFFWriteRawStrip(tiff, std::uint32_t(strip), bytes.data(), tmsize_t(bytes.size()));
+    }
+    TIFFClose(tiff);
+}
+
+/// Brightness and the differences of blue and red to it, which are the same everywhere.
+int differences(int row, int column, int sample) {
+    return sample == 0 ? 60 + ramp(row, column) : sample == 1 ? 118 : 148;
+}
+
+const std::vector<std::function<double(int, int)>> coloursOfDifferences = {value([](double n) { return n + 60 + 28; }),
+                                                                           value([](double n) { return n + 60 - 11; }),
+                                                                           value([](double n) { return n + 60 - 18; })};
+
 void addTiff(std::vector<FormatLine>& lines) {
     const auto add = [&lines](const std::string& kind, const TiffMaker& maker, const std::string& values,
                               std::vector<std::function<double(int, int)>> channels, const char* mode = "w",
@@ -221,6 +261,16 @@ void addTiff(std::vector<FormatLine>& lines) {
                      0,
                      1};
     lines.push_back(pages);
+    lines.push_back({"TIFF",
+                     "grey, JPEG 2000",
+                     [](const std::string& f) {
+                         writeJpeg2000Tiff(f, 34712, 16, 1, [](int i, int j, int) { return 300 * ramp(i, j); });
+                     },
+                     "uint16",
+                     {value([](double number) { return 300 * number; })}});
+    lines.push_back({"TIFF", "brightness and differences, JPEG 2000",
+                     [](const std::string& f) { writeJpeg2000Tiff(f, 33003, 8, 3, differences); }, "uint8",
+                     coloursOfDifferences});
 }
 
 void addJpeg2000(std::vector<FormatLine>& lines) {
@@ -258,12 +308,9 @@ void addJpeg2000(std::vector<FormatLine>& lines) {
     add("red, green, blue", maker, "uint8", plain, {value(same), value(same, 1), value(same, 2)});
     maker.space = OPJ_CLRSPC_SYCC;
     maker.halved = 1;
-    add("brightness, halved differences", maker, "uint8",
-        [](int i, int j, int k) { return k == 0   ? 60 + ramp(i, j)
-                                         : k == 1 ? 118.0
-                                                  : 148.0; },
-        {value([](double n) { return n + 60 + 28; }), value([](double n) { return n + 60 - 11; }),
-         value([](double n) { return n + 60 - 18; })});
+    add(
+        "brightness, halved differences", maker, "uint8",
+        [](int i, int j, int k) { return double(differences(i, j, k)); }, coloursOfDifferences);
 }
 
 void addOthers(std::vector<FormatLine>& lines) {
@@ -440,6 +487,19 @@ void addOthers(std::vector<FormatLine>& lines) {
                      "angstrom",
                      2,
                      1});
+    std::string halves; // 1 and a fraction in 1024ths
+    for (int i = 0; i < formatHeight; ++i)
+        for (int j = 0; j < formatWidth; ++j)
+            halves += number(static_cast<std::uint16_t>(0x3c00 + ramp(i, j)));
+    lines.push_back({"MRC",
+                     "one plane",
+                     [=](const std::string& f) { writeBytes(f, mrc(formatWidth, formatHeight, 1, 12, halves)); },
+                     "float16",
+                     {value([](double number) { return 1 + number / 1024; })},
+                     0,
+                     "angstrom",
+                     2,
+                     0});
 }
 
 void addDicom(std::vector<FormatLine>& lines) {
@@ -509,6 +569,23 @@ void addDicom(std::vector<FormatLine>& lines) {
     maker.syntax = "1.2.840.10008.1.2.4.50";
     maker.fragments = std::vector<std::string>{folder.read("a.jpg")};
     add("grey, JPEG", maker, "uint8", {value(same)}, 3);
+    // Each frame in two fragments, without a table of their places.
+    maker = plain;
+    maker.isSigned = false;
+    maker.stored = 12;
+    maker.frames = 2;
+    maker.syntax = "1.2.840.10008.1.2.4.90";
+    maker.fragments = std::vector<std::string>();
+    Jpeg2000Maker coder;
+    coder.bits = 12;
+    coder.bare = true;
+    for (const int frame : {0, 1}) {
+        const std::string coded =
+            jpeg2000Bytes(coder, [frame](int i, int j, int) { return 10 * ramp(i, j) + 7 * frame; });
+        maker.fragments->push_back(coded.substr(0, coded.size() / 4 * 2));
+        maker.fragments->push_back(coded.substr(coded.size() / 4 * 2));
+    }
+    add("grey, JPEG 2000, second of two frames", maker, "uint12", {value([](double n) { return 10 * n + 7; })}, 0, 1);
 }
 
 /// Reads the file of the line both ways, as statistics and as an image.

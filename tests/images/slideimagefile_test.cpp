@@ -1,5 +1,6 @@
 #include "images/files/slideimagefile.h"
 
+#include <cstdint>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -113,6 +114,42 @@ TEST(SlideImageFile, theLargestLevelWithinTheLimitIsTakenAndNoneRefused) {
         EXPECT_EQ(error.getFile(), huge);
         EXPECT_NE(error.getWhat().find("9000 x 8000"), std::string::npos);
     }
+}
+
+// OpenSlide gives nothing more after an error: each file is opened anew, and named in what is thrown.
+TEST(SlideImageFile, damagedSlidesAreReadOrToldOfByName) {
+    const TemporaryFolder folder;
+    const std::string name = folder.file("slide.tif");
+    TIFF* tiff = TIFFOpen(name.c_str(), "w");
+    addLevel(tiff, 0, 140, 130, 64, 10);
+    addLevel(tiff, 1, 70, 65, 64, 90);
+    TIFFClose(tiff);
+    const std::string whole = folder.read("slide.tif");
+    int failures = 0;
+    const auto tryOut = [&](const std::string& bytes) {
+        folder.write("slide.tif", bytes);
+        try {
+            SlideImageFile slide(name);
+            for (int level = 0; level < slide.getNumPages(); ++level) {
+                if (std::int64_t(slide.getPage(level).width) * slide.getPage(level).height > 1 << 20)
+                    continue; // what takes the time is no fault
+                Image image;
+                ImageReader().read(image, slide, level, 0);
+            }
+        } catch (const FileError& error) {
+            EXPECT_EQ(error.getFile(), name);
+            ++failures;
+        }
+    };
+    for (std::size_t length = 0; length < whole.size(); length += 1 + whole.size() / 25)
+        tryOut(whole.substr(0, length));
+    EXPECT_GE(failures, 25);
+    for (std::size_t at = 0; at < whole.size(); at += 1 + whole.size() / 60) {
+        std::string bytes = whole;
+        bytes[at] = char(bytes[at] ^ 0xa5);
+        tryOut(bytes);
+    }
+    EXPECT_GT(failures, 30);
 }
 
 } // namespace vorlen

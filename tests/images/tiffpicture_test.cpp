@@ -414,6 +414,7 @@ TEST(TiffPicture, palettesOfEverySizeGiveTheirColours) {
             for (int i = 0; i < size; ++i)
                 maker.palette.push_back(std::uint16_t((i * (table + 1) * 37 % 256) << 8));
         maker.write(folder.file("a.tif"), [size](int i, int j, int) { return std::uint64_t((17 * i + 5 * j) % size); });
+        EXPECT_EQ(ImageReader().measure(folder.file("a.tif"), 0, 0).values, "uint8") << bits; // those of the colours
         const Image image(folder.file("a.tif"), "");
         PixelMatrix<int> grey;
         grey.convertGreyFromImage(image);
@@ -466,9 +467,40 @@ TEST(TiffPicture, whatCannotBeReadIsToldByTheHeaderInPlainWords) {
     maker.write(file, zero);
     std::string bytes = folder.read("a.tif");
     const std::string tag("\x03\x01\x03\x00\x01\x00\x00\x00", 8); // Compression, one word
-    bytes.replace(bytes.find(tag) + 8, 2, "\x98\x87", 2);         // 34712
+    bytes.replace(bytes.find(tag) + 8, 2, "\x72\xc3", 2);         // 50034
     folder.write("a.tif", bytes);
-    EXPECT_NE(refusal(file).find("JPEG 2000"), std::string::npos);
+    EXPECT_NE(refusal(file).find("number 50034"), std::string::npos);
+}
+
+// A stack whose file was cut off between its pages must not pass for a short one, nor a ring of pages for a chain.
+TEST(TiffPicture, aBrokenChainOfPagesIsToldOf) {
+    const TemporaryFolder folder;
+    const std::string file = folder.file("a.tif");
+    TIFF* tiff = TIFFOpen(file.c_str(), "wl");
+    for (int page = 0; page < 3; ++page)
+        TiffMaker().writePage(tiff, [page](int, int, int) { return std::uint64_t(page); });
+    TIFFClose(tiff);
+    const std::string whole = folder.read("a.tif");
+    EXPECT_TRUE(ImageFile::open(file)->getLayout().warnings.empty());
+    const auto wordAt = [&whole](std::size_t at, std::size_t length) {
+        std::size_t value = 0;
+        std::memcpy(&value, &whole[at], length); // little-endian, as the machine
+        return value;
+    };
+    std::size_t directory = wordAt(4, 4);
+    for (int page = 1; page < 3; ++page)
+        directory = wordAt(directory + 2 + 12 * wordAt(directory, 2), 4);
+    const std::size_t link = directory + 2 + 12 * wordAt(directory, 2);
+    for (const std::size_t place : {wordAt(4, 4), whole.size() + 100, directory}) {
+        std::string broken = whole;
+        std::memcpy(&broken[link], &place, 4);
+        const std::string name = "broken" + std::to_string(place) + ".tif"; // pages of a file are kept by its identity
+        folder.write(name, broken);
+        const StackLayout layout = ImageFile::open(folder.file(name))->getLayout();
+        EXPECT_EQ(layout.planes.size(), 3u);
+        ASSERT_EQ(layout.warnings.size(), 1u);
+        EXPECT_NE(layout.warnings[0].find("behind page 3"), std::string::npos) << layout.warnings[0];
+    }
 }
 
 // A blank picture may be a few bytes, but sizes beyond that must be borne out by the file.

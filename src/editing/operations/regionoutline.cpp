@@ -9,6 +9,7 @@
 #include "images/rasters/image.h"
 #include "images/regions/isodatathresholding.h"
 #include "images/regions/levelline.h"
+#include "images/sections/imageparts.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -44,12 +45,76 @@ PixelMatrix<int> levelsOf(const Image& image) {
 
 } // namespace
 
-RegionOutline::RegionOutline(const Image& image, const BoundingBox<int>& box, int smoothing) {
+namespace {
+
+/// The box with a margin around it, as far as the image goes.
+PixelWindow partAround(const ImageParts& image, const BoundingBox<int>& box, int margin) {
+    const int left = std::max(box.getVertex1()[0] - margin, 0), top = std::max(box.getVertex1()[1] - margin, 0);
+    const auto end = [margin](int last, int size) { return last < size - 1 - margin ? last + margin + 1 : size; };
+    return {left, top, end(box.getVertex2()[0], image.getWidth()) - left,
+            end(box.getVertex2()[1], image.getHeight()) - top};
+}
+
+} // namespace
+
+RegionOutline::RegionOutline(const Image& image, const BoundingBox<int>& box, int smoothing)
+    : RegionOutline(ImageParts(image), box, smoothing) {
+}
+
+RegionOutline::RegionOutline(const ImageParts& image, const BoundingBox<int>& box, int smoothing) {
+    constexpr int leastMargin = 256;
     const Vector<int>& low = box.getVertex1();
     const Vector<int>& high = box.getVertex2();
     if (low[0] < 0 || low[1] < 0 || high[0] >= image.getWidth() || high[1] >= image.getHeight())
-        throw RangeError("RegionOutline::RegionOutline(const Image&, const BoundingBox<int>&, int)",
+        throw RangeError("RegionOutline::RegionOutline(const ImageParts&, const BoundingBox<int>&, int)",
                          "The box does not lie on the image");
+    if (image.isInMemory()) {
+        search(*image.read({0, 0, image.getWidth(), image.getHeight()}).image, box, smoothing);
+        return;
+    }
+    int margin = std::max({leastMargin, high[0] - low[0], high[1] - low[1]}) + smoothing;
+    const auto fits = [&](int wanted) {
+        const PixelWindow part = partAround(image, box, wanted);
+        return image.canRead(part.width, part.height);
+    };
+    while (margin > smoothing && !fits(margin))
+        margin = std::max(smoothing, margin / 2);
+    for (;; margin *= 2) {
+        const PixelWindow window = partAround(image, box, margin);
+        const ImageParts::Part part = image.read(window);
+        Vector<int> first(2), last(2);
+        for (const int axis : {0, 1}) {
+            first[axis] = low[axis] - (axis == 0 ? window.x : window.y);
+            last[axis] = high[axis] - (axis == 0 ? window.x : window.y);
+        }
+        search(*part.image, {first, last}, smoothing);
+        __left = window.x;
+        __top = window.y;
+        __cut = comesToEnd(image, window, smoothing);
+        if (!__cut || margin > std::max(image.getWidth(), image.getHeight()) || !fits(2 * margin))
+            return;
+    }
+}
+
+/// Means near a side of the part lack what lies behind it.
+bool RegionOutline::comesToEnd(const ImageParts& image, const PixelWindow& part, int smoothing) const {
+    if (!isFound())
+        return false;
+    const Curve<double> outline = levelLine(__sums, __row, __column, __level, 0);
+    const double margin = smoothing + 1;
+    for (int k = 0; k < outline.getSize(); ++k) {
+        const double column = outline[k][0], row = outline[k][1];
+        if ((part.x > 0 && column < margin) || (part.y > 0 && row < margin) ||
+            (part.x + part.width < image.getWidth() && column > part.width - 1 - margin) ||
+            (part.y + part.height < image.getHeight() && row > part.height - 1 - margin))
+            return true;
+    }
+    return false;
+}
+
+void RegionOutline::search(const Image& image, const BoundingBox<int>& box, int smoothing) {
+    const Vector<int>& low = box.getVertex1();
+    const Vector<int>& high = box.getVertex2();
     if (image.isReal())
         __sums = levelsOf(image);
     else if (image.isIndexed())
@@ -81,15 +146,14 @@ RegionOutline::RegionOutline(const Image& image, const BoundingBox<int>& box, in
     __row = (low[1] + high[1]) / 2;
     const int* const row = borders[__row].data();
     const int* const start = std::find(row + low[0], row + high[0] + 1, thresholding.getForeground());
-    if (start <= row + high[0])
-        __column = int(start - row);
+    __column = start <= row + high[0] ? int(start - row) : -1;
 }
 
 Curve<double> RegionOutline::follow(int decimation) const {
     Curve<double> outline = levelLine(__sums, __row, __column, __level, decimation);
     for (int k = 0; k < outline.getSize(); ++k)
         for (const int axis : {0, 1})
-            outline[k][axis] = subpixel(outline[k][axis]);
+            outline[k][axis] = subpixel(outline[k][axis] + (axis == 0 ? __left : __top));
     return outline;
 }
 

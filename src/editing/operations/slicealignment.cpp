@@ -1,10 +1,12 @@
 #include "editing/operations/slicealignment.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <exception>
 #include <list>
 #include <map>
+#include <memory>
 #include <optional>
 
 #include "document/stack.h"
@@ -14,6 +16,7 @@
 #include "images/files/imagereader.h"
 #include "images/rasters/greyscale.h"
 #include "images/rasters/image.h"
+#include "images/sections/sectionsource.h"
 #include "numerics/exception.h"
 #include "progress/progresssubject.h"
 #include "registration/motionchain.h"
@@ -647,13 +650,47 @@ int RegistrationReport::count(SliceAlignment::State state) const {
         std::count_if(slices.begin(), slices.end(), [&](const SliceAlignment& one) { return one.state == state; }));
 }
 
-SectionImage sectionImageOf(const Slice& slice) {
+namespace {
+
+/// The image of a slice. Of a section too large for memory, the largest of its levels that is small enough to be
+/// matched; levels that it lacks are made, and kept for whoever looks at it later.
+Image imageToMatch(const Slice& slice) {
+    constexpr int greatestSide = 4096;
+    constexpr std::chrono::seconds patience(20); // where no levels can be kept, for pixels here and there
     Image image;
-    ImageReader().read(image, slice.getImageSource());
+    const std::unique_ptr<TiledSection> section = openLargeSection(slice.getImageSource());
+    if (section == nullptr) {
+        ImageReader().read(image, slice.getImageSource());
+        return image;
+    }
+    try {
+        section->build({});
+    } catch (const FileWriteError&) {
+        if (section->getLevels().empty())
+            throw;
+    }
+    if (!section->readOverview(image, greatestSide, patience))
+        throw FileReadError("SectionImage sectionImageOf(const Slice&)", "There is no smaller image of this section",
+                            slice.getName());
+    return image;
+}
+
+/// How many pixels of the slice one of its image stands for; halves are rounded up to whole pixels.
+double reductionOf(int size, int reducedSize) {
+    const double ratio = double(size) / std::max(reducedSize, 1);
+    return std::abs(ratio - std::round(ratio)) < 0.01 ? std::round(ratio) : ratio;
+}
+
+} // namespace
+
+SectionImage sectionImageOf(const Slice& slice) {
+    const Image image = imageToMatch(slice);
     SectionImage section;
     const PixelCalibration& calibration = slice.getPixelCalibration();
     section.pixelWidth = calibration.getPixelWidth() > 0 ? calibration.getPixelWidth() : 1;
     section.pixelHeight = calibration.getPixelHeight() > 0 ? calibration.getPixelHeight() : 1;
+    section.pixelWidth *= reductionOf(slice.getImageSource().getSize2(), image.getWidth());
+    section.pixelHeight *= reductionOf(slice.getImageSource().getSize1(), image.getHeight());
     section.grey.convertGreyFromImage(image);
     GreyScaleFinder scale;
     scale.add(image);

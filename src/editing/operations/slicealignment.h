@@ -72,7 +72,8 @@ struct RegistrationReport {
     int count(SliceAlignment::State state) const;
 };
 
-/// The grey values of a slice on the pixels of its image, and its pixel size. Colours become their mean; an image with
+/// The grey values of a slice on the pixels of its image, and its pixel size; of a section too large for memory those
+/// of a smaller image with larger pixels, of at most 4096 in width and height. Colours become their mean; an image with
 /// a palette is looked up in it. Throws what reading throws.
 SectionImage sectionImageOf(const Slice& slice);
 

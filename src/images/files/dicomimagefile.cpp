@@ -16,6 +16,7 @@
 #include <dcmtk/dcmdata/dcmetinf.h>
 #include <dcmtk/dcmdata/dcpixel.h>
 #include <dcmtk/dcmdata/dcpixseq.h>
+#include <dcmtk/dcmdata/dcpxitem.h>
 #include <dcmtk/dcmdata/dcrledrg.h>
 #include <dcmtk/dcmjpeg/djdecode.h>
 #include <dcmtk/dcmjpls/djdecode.h>
@@ -23,6 +24,7 @@
 
 #include "images/files/believablesize.h"
 #include "images/files/dicomseries.h"
+#include "images/files/jpeg2000decoder.h"
 #include "images/files/samplecoding.h"
 #include "images/files/samplesink.h"
 #include "numerics/exception.h"
@@ -295,8 +297,6 @@ private:
             refuse("the transfer syntax \"" + form.substr(0, 64) + "\"");
         if (syntax.getXfer() == EXS_BigEndianExplicit)
             refuse("numbers in big-endian order, which the standard no longer has");
-        if (syntax.getXfer() == EXS_JPEG2000 || syntax.getXfer() == EXS_JPEG2000LosslessOnly)
-            refuse("frames of JPEG 2000: convert it to another transfer syntax");
         constexpr Uint32 keptInFile = 4096;
         const OFCondition loaded =
             __file.loadFile(__filename.c_str(), EXS_Unknown, EGL_noChange, keptInFile, ERM_fileOnly);
@@ -371,13 +371,18 @@ private:
             return;
         }
         // What a codec makes of them is looked at when a frame is there.
-        if ((__model != "RGB" && __model != "YBR_FULL" && __model != "YBR_FULL_422") || __page.numSamples != 3 ||
-            __allocated > 16 || (__model == "YBR_FULL_422" && !isEncapsulated()))
+        const bool ofCodec = isJpeg2000() && (__model == "YBR_ICT" || __model == "YBR_RCT"); // which gives colours
+        if ((!ofCodec && __model != "RGB" && __model != "YBR_FULL" && __model != "YBR_FULL_422") ||
+            __page.numSamples != 3 || __allocated > 16 || (__model == "YBR_FULL_422" && !isEncapsulated()))
             refuse("the colours \"" + __model.substr(0, 20) + "\"");
         __page.colour = ImagePage::Rgb;
-        __differences = __model != "RGB";
+        __differences = __model != "RGB" && !ofCodec;
     }
 
+    bool isJpeg2000() const {
+        const E_TransferSyntax form = syntax().getXfer();
+        return form == EXS_JPEG2000 || form == EXS_JPEG2000LosslessOnly;
+    }
     bool isPalette() const { return __model == "PALETTE COLOR"; }
     DcmXfer syntax() const { return DcmXfer(__file.getDataset()->getOriginalXfer()); }
     bool isEncapsulated() const { return syntax().isEncapsulated(); }
@@ -400,6 +405,7 @@ private:
             sequence->card() < 2)
             fail("The frames of DICOM are not in fragments");
         __numFragments = long(sequence->card()) - 1; // the first is a table of places
+        __fragments = sequence;
         if (__numFrames > __numFragments)
             fail("This file is too short for the number of frames in its header");
     }
@@ -493,6 +499,10 @@ private:
             std::copy_n(words.begin() + std::ptrdiff_t(odd), length, bytes.begin());
             return bytes;
         }
+        if (isJpeg2000()) {
+            decodeJpeg2000(i, bytes);
+            return bytes;
+        }
         Uint32 fragment = __numFragments == long(__numFrames) ? Uint32(i) + 1 : 0;
         OFString model;
         const OFCondition got = dynamic_cast<DcmPixelData&>(*__pixels).getUncompressedFrame(
@@ -502,6 +512,76 @@ private:
         if (__page.colour == ImagePage::Rgb)
             __differences = model != "RGB";
         return bytes;
+    }
+
+    DcmPixelItem& fragment(long k) const {
+        DcmPixelItem* item = nullptr;
+        if (__fragments == nullptr || __fragments->getItem(item, static_cast<unsigned long>(k)).bad() ||
+            item == nullptr)
+            fail("The frames of DICOM are not in fragments");
+        return *item;
+    }
+    std::vector<unsigned char> fragmentBytes(long k, std::uint64_t most) const {
+        DcmPixelItem& item = fragment(k);
+        std::vector<unsigned char> bytes(std::size_t(std::min<std::uint64_t>(item.getLengthField(), most)));
+        if (!bytes.empty() && item.getPartialValue(bytes.data(), 0, Uint32(bytes.size())).bad())
+            fail("Cannot read the pixels of DICOM");
+        return bytes;
+    }
+
+    /// The fragments that frames begin with. Where there are more of them than frames, these are known by the marks
+    /// that a codestream begins with, whether there is a table of their places or not.
+    void findFrames() {
+        if (!__firstFragments.empty())
+            return;
+        for (long k = 1; k <= __numFragments; ++k) {
+            const std::vector<unsigned char> start = fragmentBytes(k, 4);
+            constexpr unsigned char mark[] = {0xff, 0x4f, 0xff, 0x51}, container[] = {0, 0, 0, 12};
+            const auto is = [&start](const unsigned char* wanted) {
+                return start.size() == 4 && std::memcmp(start.data(), wanted, 4) == 0;
+            };
+            if (k == 1 || __numFragments == long(__numFrames) || is(mark) || is(container))
+                __firstFragments.push_back(k);
+        }
+        if (long(__firstFragments.size()) != long(__numFrames)) {
+            __firstFragments.clear();
+            fail("The frames of DICOM cannot be told apart");
+        }
+        __firstFragments.push_back(__numFragments + 1);
+    }
+
+    /// Samples as DICOM has them: as many bytes as are allocated, shifted to their place.
+    void decodeJpeg2000(int i, std::vector<unsigned char>& bytes) {
+        findFrames();
+        std::vector<unsigned char> coded;
+        for (long k = __firstFragments[std::size_t(i)]; k < __firstFragments[std::size_t(i) + 1]; ++k) {
+            const std::vector<unsigned char> part = fragmentBytes(k, lengthOfFile(__filename));
+            coded.insert(coded.end(), part.begin(), part.end());
+        }
+        Jpeg2000Decoder decoder(coded, __filename);
+        const ImagePage form = decoder.page();
+        if (form.width != __page.width || form.height != __page.height ||
+            decoder.numComponents() != __page.numSamples || form.values.bits > __stored || __allocated > 32)
+            fail("A frame of JPEG 2000 has another form than the header of DICOM tells");
+        decoder.decode();
+        const std::size_t count = std::size_t(__page.width) * std::size_t(__page.numSamples);
+        const std::size_t length = std::size_t(__allocated) / 8;
+        std::vector<std::int32_t> row(count);
+        unsigned char* to = bytes.data();
+        for (int r = 0; r < __page.height; ++r) {
+            decoder.row(r, row.data());
+            for (const std::int32_t sample : row) {
+                const std::uint32_t word = std::uint32_t(sample) << __shift;
+                const auto half = static_cast<std::uint16_t>(word);
+                const auto byte = static_cast<std::uint8_t>(word);
+                std::memcpy(to,
+                            length == 1   ? static_cast<const void*>(&byte)
+                            : length == 2 ? static_cast<const void*>(&half)
+                                          : &word,
+                            length);
+                to += length;
+            }
+        }
     }
 
     /// Where the k-th sample of a row stands.
@@ -539,6 +619,8 @@ private:
     ImagePage __page; // before any scale
     int __numFrames = 0, __allocated = 0, __stored = 0, __shift = 0;
     long __numFragments = 0;
+    DcmPixelSequence* __fragments = nullptr; // in the file
+    std::vector<long> __firstFragments;      // of each frame, once one is decoded, and the end
     std::string __model;
     bool __planar = false, __inverted = false, __differences = false;
     std::vector<Scale> __scales; // of each frame, or one for all

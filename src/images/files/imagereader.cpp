@@ -147,6 +147,7 @@ public:
                        std::equal(page.palette.begin(), page.palette.begin() + std::ptrdiff_t(size),
                                   page.palette.begin() + 2 * std::ptrdiff_t(size));
             __counts.resize(size);
+            __statistics.values = ValueType{ValueType::Unsigned, 8}.name(); // of the colours, whatever the indexes
             return;
         }
         __first = std::max(channel - 1, 0);

@@ -135,7 +135,7 @@ StackLayout RawVolume::getLayout() {
 
 void RawVolume::requireComplete() const {
     ImagePage raw = __page;
-    raw.storage = storageOf(__rawType);
+    raw.storage = __rawType.bits == 16 ? SampleStorage::U16 : storageOf(__rawType); // halves take two bytes
     if (raw.numSamples < 1 || raw.numSamples > 1024)
         refuse(std::to_string(raw.numSamples) + " samples per pixel");
     requireBelievable(raw, getFilename(), 1); // the sizes alone, where it is small

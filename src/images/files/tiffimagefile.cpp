@@ -41,6 +41,7 @@ public:
     struct List {
         std::vector<std::uint64_t> directories;
         int numContiguous = 1;
+        bool isBroken = false;
     };
 
     std::optional<List> find(TIFF* tiff) {
@@ -235,6 +236,7 @@ void TiffImageFile::findPages() {
     if (const auto known = pageLists().find(tiff)) {
         __directories = known->directories;
         __numContiguous = known->numContiguous;
+        __isBroken = known->isBroken;
         if (__numContiguous > 1)
             select(0);
         return;
@@ -245,12 +247,16 @@ void TiffImageFile::findPages() {
     bool more = TIFFSetDirectory(tiff, 0) == 1;
     while (more && __directories.size() + smaller.size() < maxDirectories) {
         const std::uint64_t place = TIFFCurrentDirOffset(tiff);
-        if (!seen.insert(place).second)
+        if (!seen.insert(place).second) {
+            __isBroken = true;
             break;
+        }
         std::uint32_t subfile = 0;
         TIFFGetField(tiff, TIFFTAG_SUBFILETYPE, &subfile);
         (subfile & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK) ? smaller : __directories).push_back(place);
-        more = planes == 1 && TIFFReadDirectory(tiff) == 1;
+        const bool isLast = planes > 1 || TIFFLastDirectory(tiff) != 0;
+        more = !isLast && TIFFReadDirectory(tiff) == 1;
+        __isBroken = !isLast && !more; // cut off, or back to where it was before
     }
     if (__directories.empty())
         __directories = smaller;
@@ -258,7 +264,7 @@ void TiffImageFile::findPages() {
         throw FileReadError("void ImageReader::readHeader(ImageHeader&,const string&)",
                             "Cannot read TIFF directory" + __tiff->reason(), getFilename());
     __numContiguous = planes;
-    pageLists().keep(tiff, {__directories, planes});
+    pageLists().keep(tiff, {__directories, planes, __isBroken});
     if (planes > 1)
         select(0);
 }
@@ -288,6 +294,9 @@ int TiffImageFile::numContiguousPlanes() {
 StackLayout TiffImageFile::getLayout() {
     const std::string description = getDescription();
     StackLayout layout = ImageFile::getLayout();
+    if (__isBroken)
+        layout.warnings.push_back("behind page " + std::to_string(getNumPages()) +
+                                  " the chain of its pages is damaged: what may follow is left out");
     const ImagePage first = getPage(0);
     if (isOmeDescription(description))
         return omeLayout(description, getFilename(), first, getNumPages(), layout);

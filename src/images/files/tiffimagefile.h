@@ -62,6 +62,7 @@ private:
     std::unique_ptr<TiffFile> __tiff;
     std::vector<std::uint64_t> __directories; // where the pages' directories are
     int __numContiguous = 1;                  // planes that the first directory stands for
+    bool __isBroken = false;                  // the chain of directories ends where it should go on
     int __selected = -1;
     std::unique_ptr<TiffPicture> __picture; // of the selected page
     int __levelsPage = -1;

@@ -12,6 +12,7 @@
 
 #include "images/files/believablesize.h"
 #include "images/files/colourmodels.h"
+#include "images/files/jpeg2000decoder.h"
 #include "images/files/orientedrows.h"
 #include "images/files/samplecoding.h"
 #include "images/files/samplesink.h"
@@ -43,12 +44,14 @@ std::uint64_t fileLength(TIFF* tiff) {
     throw FileFormatError(tiffHeaderPlace, "Cannot read TIFF with " + what, TIFFFileName(tiff));
 }
 
+/// The numbers under which makers of slide scanners (33003 for brightness and differences, 33005 for red, green and
+/// blue) and others have JPEG 2000, which libtiff hands out as it is.
+bool isJpeg2000(int compression) {
+    return compression == 33003 || compression == 33005 || compression == 34712;
+}
+
 std::string compressionName(int compression) {
     switch (compression) {
-    case 33003:
-    case 33005:
-    case 34712:
-        return "JPEG 2000";
     case 50002:
         return "JPEG XL";
     case 32769:
@@ -179,7 +182,8 @@ struct TiffPicture::Rows {
 TiffPicture::TiffPicture(TIFF* tiff_) : tiff(tiff_) {
     const std::string filename = TIFFFileName(tiff);
     compression = tag<std::uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-    if (compression != COMPRESSION_NONE && !TIFFIsCODECConfigured(static_cast<std::uint16_t>(compression)))
+    if (compression != COMPRESSION_NONE && !isJpeg2000(compression) &&
+        !TIFFIsCODECConfigured(static_cast<std::uint16_t>(compression)))
         refuse(tiff, "the compression " + compressionName(compression) +
                          ": save it without compression, or with LZW or Deflate");
     const auto fileHeight = tag<std::uint32_t>(tiff, TIFFTAG_IMAGELENGTH, 0);
@@ -216,6 +220,11 @@ void TiffPicture::readColours() {
         TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB), photometric = PHOTOMETRIC_RGB;
     if (photometric == PHOTOMETRIC_YCBCR && compression == COMPRESSION_WEBP)
         photometric = PHOTOMETRIC_RGB;
+    if (isJpeg2000(compression) && numFileSamples >= 3 && !separate &&
+        (photometric == PHOTOMETRIC_YCBCR || photometric == PHOTOMETRIC_RGB)) {
+        hasDifferences = photometric == PHOTOMETRIC_YCBCR || compression == 33003;
+        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB), photometric = PHOTOMETRIC_RGB; // of whole pixels
+    }
     if (photometric == PHOTOMETRIC_LOGL)
         TIFFSetField(tiff, TIFFTAG_SGILOGDATAFMT, SGILOGDATAFMT_FLOAT), photometric = PHOTOMETRIC_MINISBLACK;
     if (photometric == PHOTOMETRIC_LOGLUV)
@@ -223,6 +232,9 @@ void TiffPicture::readColours() {
     page.values = valueType(tiff);
     page.storage = storageOf(page.values);
     page.numSamples = numFileSamples;
+    if (isJpeg2000(compression) &&
+        (page.values.kind == ValueType::Real || page.values.bits % 8 != 0 || page.values.bits > 32))
+        refuse(tiff, "JPEG 2000 of " + page.values.name());
     const bool isWhole8or16 = page.values.kind != ValueType::Real && (page.values.bits == 8 || page.values.bits == 16);
     const auto becomesRgb = [this](Conversion by) {
         conversion = by;
@@ -398,12 +410,25 @@ void TiffPicture::readPixelSize() {
     page.calibration.compute();
 }
 
+/// Whether a picture of tiles that are shared or left out can be read from end to end: a row of tiles at a time, in
+/// bounded memory and time.
+bool TiffPicture::canBeStreamed() const {
+    constexpr std::uint64_t greatestBand = std::uint64_t(256) << 20, greatestPicture = std::uint64_t(16) << 30;
+    const std::uint64_t row = std::uint64_t(width) * std::uint64_t(numFileSamples) * bytesOf(page.storage);
+    const PictureLevel tiles = allBlocks();
+    return TIFFIsTiled(tiff) != 0 && row * std::uint64_t(std::min(tiles.blockHeight, height)) <= greatestBand &&
+           row * std::uint64_t(height) <= greatestPicture;
+}
+
 void TiffPicture::read(SampleSink& sink) const {
-    requireWhole();
+    if (!canBeStreamed())
+        requireWhole();
     Rows rows(*this, sink);
     const bool tiled = TIFFIsTiled(tiff) != 0;
     if (conversion == ByLibtiff)
         tiled ? readColourTiles(rows) : readColourStrips(rows);
+    else if (isJpeg2000(compression))
+        readPart({0, 0, width, height}, sink);
     else if (tiled)
         readTiles(rows);
     else if (compression == COMPRESSION_JBIG)
@@ -628,24 +653,30 @@ void TiffPicture::readColourTiles(Rows& rows) const {
 }
 
 PictureLevel TiffPicture::blocks() const {
+    const std::uint64_t length = TIFFIsTiled(tiff) != 0 ? TIFFTileSize64(tiff) : TIFFStripSize64(tiff);
+    PictureLevel level = allBlocks();
+    if (orientation != ORIENTATION_TOPLEFT || compression == COMPRESSION_JBIG || length == 0 ||
+        length > greatestBlock ||
+        std::uint64_t(level.blockWidth) * std::uint64_t(level.blockHeight) * 4 > greatestBlock)
+        level.blockWidth = level.blockHeight = 0;
+    return level;
+}
+
+/// Whatever they cost.
+PictureLevel TiffPicture::allBlocks() const {
     const bool tiled = TIFFIsTiled(tiff) != 0;
     PictureLevel level{width, height, 0, 0};
-    const std::uint64_t length = tiled ? TIFFTileSize64(tiff) : TIFFStripSize64(tiff);
-    if (orientation != ORIENTATION_TOPLEFT || compression == COMPRESSION_JBIG || length == 0 || length > greatestBlock)
-        return level;
     const std::uint32_t rows = std::max(tag<std::uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0), 1u);
     level.blockWidth = tiled ? static_cast<int>(tag<std::uint32_t>(tiff, TIFFTAG_TILEWIDTH, 1)) : width;
     level.blockHeight = tiled ? static_cast<int>(tag<std::uint32_t>(tiff, TIFFTAG_TILELENGTH, 1))
                               : static_cast<int>(std::min<std::uint32_t>(rows, std::uint32_t(height)));
-    if (std::uint64_t(level.blockWidth) * std::uint64_t(level.blockHeight) * 4 > greatestBlock)
-        level.blockWidth = level.blockHeight = 0;
     return level;
 }
 
 /// One tile or strip, of one sample where they are in planes of their own, as it is decoded.
 struct TiffPicture::Block {
     Block(const TiffPicture& picture_, const Rows& rows)
-        : picture(picture_), tiled(TIFFIsTiled(picture.tiff) != 0), size(picture.blocks()),
+        : picture(picture_), tiled(TIFFIsTiled(picture.tiff) != 0), size(picture.allBlocks()),
           numInPixel(picture.separate ? 1 : picture.numFileSamples) {
         if (picture.conversion == ByLibtiff) {
             colours.resize(std::size_t(size.blockWidth) * std::size_t(size.blockHeight));
@@ -676,12 +707,50 @@ struct TiffPicture::Block {
             const auto length = static_cast<tmsize_t>(bytes.size());
             if (TIFFGetStrileByteCount(file, index) == 0)
                 std::fill(bytes.begin(), bytes.end(), static_cast<unsigned char>(0));
+            else if (isJpeg2000(picture.compression))
+                done = decodeJpeg2000(index);
             else
                 done = (tiled ? TIFFReadEncodedTile(file, index, bytes.data(), length)
                               : TIFFReadEncodedStrip(file, index, bytes.data(), length)) >= 0;
         }
         if (!done)
             picture.fail(tiled ? "the tile at row" : "row", top);
+    }
+
+    /// libtiff hands out the bytes of the codestream, which has all of the block that lies in the picture.
+    bool decodeJpeg2000(std::uint32_t index) {
+        TIFF* const file = picture.tiff;
+        coded.resize(std::size_t(TIFFGetStrileByteCount(file, index)));
+        const auto length = static_cast<tmsize_t>(coded.size());
+        if ((tiled ? TIFFReadRawTile(file, index, coded.data(), length)
+                   : TIFFReadRawStrip(file, index, coded.data(), length)) != length)
+            return false;
+        Jpeg2000Decoder decoder(coded, TIFFFileName(file));
+        const ImagePage form = decoder.page();
+        const int numColumns = std::min(size.blockWidth, picture.width - left);
+        const int numRows = std::min(size.blockHeight, picture.height - top);
+        const ValueType& values = picture.page.values;
+        if (form.width < numColumns || form.height < numRows || form.width > size.blockWidth ||
+            form.height > size.blockHeight || decoder.numComponents() != numInPixel || form.values.bits > values.bits)
+            throw FileReadError(tiffPixelPlace, "A part in JPEG 2000 has another form than the header of TIFF tells",
+                                TIFFFileName(file));
+        decoder.decode();
+        const std::size_t sampleLength = std::size_t(values.bits) / 8;
+        std::vector<std::int32_t> row(std::size_t(form.width) * std::size_t(numInPixel));
+        for (int i = 0; i < numRows; ++i) {
+            decoder.row(i, row.data());
+            if (picture.hasDifferences || decoder.isDifference())
+                Jpeg2000Decoder::differencesToRgb(row.data(), std::size_t(form.width), std::size_t(numInPixel), values);
+            withSampleType(picture.page.storage, [&](auto typed) {
+                using Sample = decltype(typed);
+                unsigned char* to = &bytes[std::size_t(i) * rowLength];
+                for (std::size_t k = 0; k < row.size(); ++k, to += sampleLength) {
+                    const auto sample = static_cast<Sample>(row[k]);
+                    std::memcpy(to, &sample, std::min(sampleLength, sizeof sample));
+                }
+            });
+        }
+        return true;
     }
 
     /// The pixels of a row from a column on, both of the picture, unpacked to where each sample is step elements
@@ -715,7 +784,7 @@ struct TiffPicture::Block {
     const int numInPixel;
     std::size_t rowLength = 0;
     int left = 0, top = 0;
-    std::vector<unsigned char> bytes, unpacked;
+    std::vector<unsigned char> bytes, unpacked, coded;
     std::vector<std::uint32_t> colours;
 };
 

@@ -30,7 +30,7 @@ struct TiffPicture {
     /// cannot be read, with the reason, and FileReadError for a picture that the file is too short for.
     explicit TiffPicture(TIFF* tiff);
 
-    /// Throws FileReadError for damaged pixels.
+    /// Throws FileReadError for damaged pixels. Who keeps all of them asks requireWhole() before.
     void read(SampleSink& sink) const;
 
     /// The blocks in which parts are read; of width 0 where the picture is to be read as a whole: it is turned, or its
@@ -54,12 +54,15 @@ struct TiffPicture {
     bool separate = false;  // samples in planes of their own
     int compression = 1;
     Conversion conversion = None;
-    bool isBorneOut = true; // the file has bytes enough for all pixels
+    bool hasDifferences = false; // JPEG 2000 of brightness and differences, which become red, green, blue
+    bool isBorneOut = true;      // the file has bytes enough for all pixels
 
 private:
     struct Rows;
     struct Block;
 
+    PictureLevel allBlocks() const;
+    bool canBeStreamed() const;
     void readColours();
     void readPixelSize();
     void requireBelievable();

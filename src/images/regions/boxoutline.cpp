@@ -11,6 +11,7 @@
 #include "images/rasters/image.h"
 #include "images/regions/isodatathresholding.h"
 #include "images/regions/levelline.h"
+#include "images/sections/imageparts.h"
 #include "numerics/exception.h"
 
 namespace vorlen {
@@ -143,8 +144,12 @@ private:
 
 } // namespace
 
-BoxOutline::BoxOutline(const Image& image, const BoundingBox<int>& box, int smoothing) {
-    const char* const where = "BoxOutline::BoxOutline(const Image&, const BoundingBox<int>&, int)";
+BoxOutline::BoxOutline(const Image& image, const BoundingBox<int>& box, int smoothing)
+    : BoxOutline(ImageParts(image), box, smoothing) {
+}
+
+BoxOutline::BoxOutline(const ImageParts& image, const BoundingBox<int>& box, int smoothing) {
+    const char* const where = "BoxOutline::BoxOutline(const ImageParts&, const BoundingBox<int>&, int)";
     const Vector<int>& low = box.getVertex1();
     const Vector<int>& high = box.getVertex2();
     if (low[0] < 0 || low[1] < 0 || high[0] >= image.getWidth() || high[1] >= image.getHeight() || low[0] > high[0] ||
@@ -152,8 +157,25 @@ BoxOutline::BoxOutline(const Image& image, const BoundingBox<int>& box, int smoo
         throw RangeError(where, "The box does not lie on the image");
     if (smoothing < 0 || smoothing > maxSmoothing)
         throw RangeError(where, "The smoothing is not from 0 to " + std::to_string(maxSmoothing));
+    const int left = std::max(low[0] - smoothing, 0), top = std::max(low[1] - smoothing, 0);
+    const int right = std::min(high[0] + smoothing, image.getWidth() - 1);
+    const int bottom = std::min(high[1] + smoothing, image.getHeight() - 1);
+    const ImageParts::Part part = image.read({left, top, right - left + 1, bottom - top + 1});
+    Vector<int> first(2), last(2);
+    for (const int axis : {0, 1}) {
+        const int offset = axis == 0 ? part.left : part.top;
+        first[axis] = low[axis] - offset;
+        last[axis] = high[axis] - offset;
+    }
+    search(*part.image, {first, last}, smoothing);
     __firstColumn = low[0];
     __firstRow = low[1];
+}
+
+/// The box lies on the image, which has all of the section that there is around the box.
+void BoxOutline::search(const Image& image, const BoundingBox<int>& box, int smoothing) {
+    const Vector<int>& low = box.getVertex1();
+    const Vector<int>& high = box.getVertex2();
     const int left = std::max(low[0] - smoothing, 0), top = std::max(low[1] - smoothing, 0);
     const int right = std::min(high[0] + smoothing, image.getWidth() - 1);
     const int bottom = std::min(high[1] + smoothing, image.getHeight() - 1);

@@ -10,6 +10,7 @@
 namespace vorlen {
 
 class Image;
+class ImageParts;
 
 /// Outlines of what is darker, or brighter, than a threshold within a box of an image; made once for a box and a
 /// smoothing, and then asked for one threshold after the other, fast enough for a live preview.
@@ -49,6 +50,8 @@ public:
     /// The box is in columns and rows, both ends included. Throws RangeError for a box that does not lie on the image,
     /// and for a smoothing that is not from 0 to maxSmoothing.
     BoxOutline(const Image& image, const BoundingBox<int>& box, int smoothing);
+    /// The same, of an image of which only the box and what is around it is read. Throws as ImageParts::read() besides.
+    BoxOutline(const ImageParts& image, const BoundingBox<int>& box, int smoothing);
 
     /// The least and the greatest mean in the box, rounded down.
     int getLeast() const { return __least; }
@@ -64,6 +67,7 @@ public:
     Found find(const Choice& choice) const;
 
 private:
+    void search(const Image& image, const BoundingBox<int>& box, int smoothing);
     bool isDarkerInside(int level) const;
 
     PixelMatrix<int> __sums; // in the box

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "ui/models/sectioncachepanel.h"
 #include "ui/models/vrlpreferencesdialogmediator.h"
 #include "ui/models/vrlpreferenceseditor.h"
 #include "ui/session/vrlrecovery.h"
@@ -37,6 +38,7 @@ VRLPreferencesDialog::VRLPreferencesDialog(QWidget* parent) : QDialog(parent) {
     auto* frameLayout = new QVBoxLayout(frame);
     frameLayout->addWidget(editor);
     frameLayout->addWidget(newFolders(frame));
+    frameLayout->addWidget(new SectionCachePanel(frame));
     frameLayout->addStretch(1);
     auto* apply = new QPushButton("Apply", this);
     apply->setToolTip("Stores these preferences");

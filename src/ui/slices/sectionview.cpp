@@ -46,6 +46,11 @@ bool SectionView::shows(const ImageSource& source) const {
     return __source->isSameImage(source);
 }
 
+std::shared_ptr<TiledSection> SectionView::getSection() {
+    const std::lock_guard lock(__mutex);
+    return __section;
+}
+
 void SectionView::work(const std::stop_token& stop) {
     std::shared_ptr<TiledSection> section;
     quietly([&] { section = openLargeSection(*__source); });

@@ -43,6 +43,9 @@ public:
     /// Whether this is the section of a source.
     bool shows(const ImageSource& source) const;
 
+    /// What the tiles come from; null until it is open.
+    std::shared_ptr<TiledSection> getSection();
+
     /// What there is to be drawn over the overview for a rectangle of the full size, where so many of its pixels fall
     /// on one of the screen.
     std::vector<Piece> piecesIn(const QRect& view, double reduction);

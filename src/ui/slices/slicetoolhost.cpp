@@ -1,7 +1,9 @@
 #include "ui/slices/slicetoolhost.h"
 
 #include <cmath>
+#include <utility>
 
+#include "images/sections/tiledsection.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/slices/vrlsliceeditwidgetmediator.h"
@@ -17,19 +19,19 @@ StackSlice* SliceToolHost::slice() const {
     return __mediator.getSlice();
 }
 
-const Image* SliceToolHost::image(QString& problem) const {
+std::optional<ImageParts> SliceToolHost::imageParts(QString& problem) const {
     const VRLImageProxy& proxy = __mediator.getImageProxy();
     if (proxy.hasImage() && !proxy.isOverview())
-        return &proxy.getImage();
-    if (proxy.isOverview())
-        problem = "This section is too large for a tool that needs all of its pixels in memory. Draw by hand, and let "
-                  "the snake fit the outline.";
-    else if (proxy.hasFailed())
+        return ImageParts(proxy.getImage());
+    if (std::shared_ptr<TiledSection> section = __mediator.getCanvas().getSection();
+        section != nullptr && !section->getLevels().empty())
+        return ImageParts(std::move(section));
+    if (proxy.hasFailed())
         problem = proxy.getFailure();
     else
         problem = proxy.isEmpty() ? "This slice has no image."
                                   : "The image of this slice is still being read. Try again then.";
-    return nullptr;
+    return std::nullopt;
 }
 
 Vector<int> SliceToolHost::imagePoint(const QPoint& position) const {

@@ -13,7 +13,7 @@ public:
 
     QWidget& canvas() const override;
     StackSlice* slice() const override;
-    const Image* image(QString& problem) const override;
+    std::optional<ImageParts> imageParts(QString& problem) const override;
     Vector<int> imagePoint(const QPoint& position) const override;
     QPointF exactImagePoint(const QPointF& position) const override;
     Vector<double> vertexAt(const QPointF& position) const override;

@@ -281,6 +281,10 @@ QPointF VRLImageWidgetCanvas::convertToImagePoint(const QPointF& position) const
                    position.y() / double(__zoomFactor * betaHeight()) + __viewOrigin.y());
 }
 
+std::shared_ptr<TiledSection> VRLImageWidgetCanvas::getSection() const {
+    return __section != nullptr ? __section->getSection() : nullptr;
+}
+
 void VRLImageWidgetCanvas::setNotice(const QString& notice) {
     if (notice == __notice)
         return;

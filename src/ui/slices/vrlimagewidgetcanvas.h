@@ -19,6 +19,7 @@ namespace vorlen {
 
 class Image;
 class SectionView;
+class TiledSection;
 class VRLImageProxy;
 
 /// Paints an image, or a part of it, at a zoom. Knows zoom and view; all input is left to event filters.
@@ -91,6 +92,9 @@ public:
     Vector<int> convertToVectori(const QPoint& position) const;
     /// The point of the image at a position of the widget, with the corner of the first pixel at (0, 0).
     QPointF convertToImagePoint(const QPointF& position) const;
+
+    /// The section that is shown where the image is the overview of one, and it is open already; else null.
+    std::shared_ptr<TiledSection> getSection() const;
 
     float getBlack() const { return __black; }
     float getWhite() const { return __white; }

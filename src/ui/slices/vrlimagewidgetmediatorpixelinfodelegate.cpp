@@ -1,10 +1,12 @@
 #include "ui/slices/vrlimagewidgetmediatorpixelinfodelegate.h"
 
 #include <cstring>
+#include <memory>
 
 #include <QMouseEvent>
 
 #include "images/rasters/image.h"
+#include "images/sections/tiledsection.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/slices/vrlimagewidgetcanvas.h"
 #include "ui/slices/vrlimagewidgetmediator.h"
@@ -50,7 +52,8 @@ void VRLImageWidgetMediatorPixelInfoDelegate::updatePixelInfo(const QPoint& posi
         statusBar->setPixelInfo(pixelInfo(position));
 }
 
-// The image may be a smaller one than that of the source, as in the servers of thumbnails.
+// The image may be a smaller one than that of the source, as in the servers of thumbnails. Of a section too large for
+// memory, the pixel itself counts where its tile has been read.
 QString VRLImageWidgetMediatorPixelInfoDelegate::pixelInfo(const QPoint& position) const {
     const VRLImageProxy& proxy = canvas().getImageProxy();
     const QPoint pixel = canvas().convertToImagePosition(position);
@@ -62,7 +65,14 @@ QString VRLImageWidgetMediatorPixelInfoDelegate::pixelInfo(const QPoint& positio
         return QString();
     const int x = int(static_cast<long long>(pixel.x()) * image.getWidth() / size.width());
     const int y = int(static_cast<long long>(pixel.y()) * image.getHeight() / size.height());
-    return QString("X=%1, Y=%2").arg(pixel.x()).arg(pixel.y()) + valueText(image, x, y);
+    const QString place = QString("X=%1, Y=%2").arg(pixel.x()).arg(pixel.y());
+    const std::shared_ptr<TiledSection> section = canvas().getSection();
+    if (section == nullptr)
+        return place + valueText(image, x, y);
+    constexpr int side = TiledSection::tileSide;
+    if (const TiledSection::Tile tile = section->findTile(0, pixel.x() / side, pixel.y() / side))
+        return place + valueText(*tile, pixel.x() % side, pixel.y() % side);
+    return place + ", about" + valueText(image, x, y).mid(1); // a pixel that stands for many
 }
 
 bool VRLImageWidgetMediatorPixelInfoDelegate::process(QEvent* event) {

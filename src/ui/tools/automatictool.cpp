@@ -13,7 +13,6 @@
 #include "document/stackslice.h"
 #include "editing/operations/outlineinbox.h"
 #include "editing/stacks/vrlstack.h"
-#include "images/rasters/image.h"
 #include "ui/models/guarded.h"
 #include "ui/models/modelviews.h"
 #include "ui/tools/automaticoptions.h"
@@ -133,10 +132,10 @@ void AutomaticTool::giveUp() {
     emit optionsChanged();
 }
 
-const Image* AutomaticTool::imageOrHint() {
+std::optional<ImageParts> AutomaticTool::imageOrHint() {
     QString problem;
-    const Image* const image = host().image(problem);
-    if (image == nullptr)
+    std::optional<ImageParts> image = host().imageParts(problem);
+    if (!image)
         host().setHint(problem);
     return image;
 }
@@ -150,7 +149,7 @@ bool AutomaticTool::isReady() {
         host().setHint("Only models of closed outlines can be outlined automatically.");
         return false;
     }
-    if (imageOrHint() == nullptr)
+    if (!imageOrHint())
         return false;
     if (__model != nullptr && __model != model)
         giveUp();
@@ -236,8 +235,8 @@ void AutomaticTool::keyPressEvent(QKeyEvent* event) {
 /// The part of it that lies on the image; none of it may.
 BoundingBox<int> AutomaticTool::onImage(int left, int top, int right, int bottom) const {
     QString problem;
-    const Image* const image = host().image(problem);
-    const int width = image != nullptr ? image->getWidth() : 0, height = image != nullptr ? image->getHeight() : 0;
+    const std::optional<ImageParts> image = host().imageParts(problem);
+    const int width = image ? image->getWidth() : 0, height = image ? image->getHeight() : 0;
     Vector<int> low(2), high(2);
     low[0] = std::max(std::min(left, right), 0);
     low[1] = std::max(std::min(top, bottom), 0);
@@ -266,17 +265,17 @@ BoxOutline::Choice AutomaticTool::choice() const {
 
 /// In the box as it is, with what is chosen.
 void AutomaticTool::searchBox() {
-    const Image* const image = imageOrHint();
+    const std::optional<ImageParts> image = imageOrHint();
     const double width = __box.getVertex2()[0] - __box.getVertex1()[0] + 1.0;
     const double height = __box.getVertex2()[1] - __box.getVertex1()[1] + 1.0;
-    if (image == nullptr || width < 3 || height < 3 || width * height > mostPixels) {
+    if (!image || width < 3 || height < 3 || width * height > mostPixels) {
         giveUp();
-        if (image != nullptr)
+        if (image)
             host().setHint(width < 3 || height < 3 ? "The box is too small. Drag it around a structure."
                                                    : "The box is too large. Drag it around one structure.");
         return;
     }
-    guarded(&canvas(), failure, [this, image] {
+    guarded(&canvas(), failure, [&] {
         __search.reset(); // memory
         __search = std::make_unique<BoxOutline>(*image, __box, __smoothing);
         find();
@@ -286,8 +285,8 @@ void AutomaticTool::searchBox() {
 /// In the least box around the place in which what is there ends, or else in the greatest.
 void AutomaticTool::searchAround(const QPoint& position) {
     const auto place = imagePoint(position);
-    const Image* const image = imageOrHint();
-    if (image == nullptr || !isOnImage(place)) {
+    const std::optional<ImageParts> image = imageOrHint();
+    if (!image || !isOnImage(place)) {
         giveUp();
         host().setHint("There is no image here.");
         return;

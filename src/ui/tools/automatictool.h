@@ -7,6 +7,7 @@
 
 #include "document/modelitem.h"
 #include "images/regions/boxoutline.h"
+#include "images/sections/imageparts.h"
 #include "ui/tools/canvasnote.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 
@@ -86,7 +87,7 @@ private:
     BoundingBox<int> boxTo(const QPoint& position) const;
     BoundingBox<int> onImage(int left, int top, int right, int bottom) const;
     BoxOutline::Choice choice() const;
-    const Image* imageOrHint();
+    std::optional<ImageParts> imageOrHint();
 
     static int __smoothing;
     static int __simplification;

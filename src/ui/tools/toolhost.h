@@ -1,9 +1,12 @@
 #pragma once
 
+#include <optional>
+
 #include <QPoint>
 #include <QPointF>
 #include <QString>
 
+#include "images/sections/imageparts.h"
 #include "numerics/vector.h"
 
 class QAction;
@@ -14,7 +17,6 @@ class QWidget;
 namespace vorlen {
 
 struct CanvasNote;
-class Image;
 class Model;
 class ModelItem;
 class ModelViews;
@@ -34,8 +36,9 @@ public:
     /// The slice on the canvas; null without one.
     virtual StackSlice* slice() const = 0;
 
-    /// The image of the slice; null as long as there is none, and the problem says why.
-    virtual const Image* image(QString& problem) const = 0;
+    /// The image of the slice, or a section too large for memory in parts; none as long as there is none, and the
+    /// problem says why. It stays as long as the slice is on the canvas.
+    virtual std::optional<ImageParts> imageParts(QString& problem) const = 0;
 
     /// The pixel of the image at a position of the canvas, which may lie outside of the image.
     virtual Vector<int> imagePoint(const QPoint& position) const = 0;

@@ -1,7 +1,5 @@
 #include "ui/tools/vrlsliceeditwidgetmediatorthresholdingdelegate.h"
 
-#include <optional>
-
 #include <QGuiApplication>
 #include <QInputDialog>
 #include <QMouseEvent>
@@ -41,7 +39,7 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::activate(const QString& mod
     if (isActive() || stack() == nullptr)
         return;
     const int index = stack()->findModel(modelName.toStdString());
-    if (index < 0 || imageOrWarning() == nullptr)
+    if (index < 0 || !imageOrWarning())
         return;
     VRLSliceEditWidgetMediatorDelegate::activate();
     __model = &stack()->getModel(index);
@@ -114,8 +112,8 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::run(const Vector<int>& corn
     box.rectify();
     if (!ask("Enter smoothing level:", __smoothingLevel, 50, 1))
         return;
-    const Image* const image = imageOrWarning();
-    if (image == nullptr)
+    const std::optional<ImageParts> image = imageOrWarning();
+    if (!image)
         return;
     std::optional<RegionOutline> outline;
     {
@@ -127,6 +125,7 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::run(const Vector<int>& corn
     if (!ask("Enter decimation level:", __decimationLevel, 100, 5))
         return;
     Curve<double> curve;
+    const bool isCut = outline->isCut();
     {
         const WaitCursor wait;
         curve = outline->follow(__decimationLevel);
@@ -135,8 +134,11 @@ void VRLSliceEditWidgetMediatorThresholdingDelegate::run(const Vector<int>& corn
     if (stack() == nullptr)
         return;
     const Outcome outcome = addOutline(*stack(), *slice(), *__model, curve);
-    inform(resultTitle, outcome ? QString("Curve created with %1 vertices").arg(curve.getSize())
-                                : QString::fromStdString(outcome.getReason()));
+    QString result = outcome ? QString("Curve created with %1 vertices").arg(curve.getSize())
+                             : QString::fromStdString(outcome.getReason());
+    if (outcome && isCut)
+        result += "\nIt is cut off: the structure goes on beyond the part of this large section that fits into memory";
+    inform(resultTitle, result);
 }
 
 /// Puts the answer into the level. False when the user, or the end of the interaction, cancels.
@@ -151,11 +153,11 @@ bool VRLSliceEditWidgetMediatorThresholdingDelegate::ask(const QString& question
     return accepted && self && isActive();
 }
 
-/// Null without an image, and then the user has been told why.
-const Image* VRLSliceEditWidgetMediatorThresholdingDelegate::imageOrWarning() const {
+/// None without an image, and then the user has been told why.
+std::optional<ImageParts> VRLSliceEditWidgetMediatorThresholdingDelegate::imageOrWarning() const {
     QString problem;
-    const Image* const image = host().image(problem);
-    if (image == nullptr)
+    std::optional<ImageParts> image = host().imageParts(problem);
+    if (!image)
         warn(title, problem);
     return image;
 }

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include <QPoint>
 #include <QPointer>
 #include <QRubberBand>
 
+#include "images/sections/imageparts.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 
 namespace vorlen {
@@ -42,7 +44,7 @@ private:
     void stretchTo(const QPoint& position);
     void run(const Vector<int>& corner);
     bool ask(const QString& question, int& level, int most, int step);
-    const Image* imageOrWarning() const;
+    std::optional<ImageParts> imageOrWarning() const;
 
     Model* __model = nullptr;
     Vector<int> __corner;                    // the pixel of the first click

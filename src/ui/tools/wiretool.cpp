@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include <QMouseEvent>
 #include <QVBoxLayout>
@@ -10,6 +11,7 @@
 #include "editing/operations/contouroperations.h"
 #include "editing/operations/outlineshape.h"
 #include "images/rasters/image.h"
+#include "numerics/exception.h"
 #include "snake/snakeframe.h"
 #include "ui/tools/optionslider.h"
 #include "ui/widgets/waitcursor.h"
@@ -66,9 +68,9 @@ void WireTool::end() {
 void WireTool::seedAtEnd() {
     __wire.reset();
     QString problem;
-    const Image* const image = host().image(problem);
+    const std::optional<ImageParts> image = host().imageParts(problem);
     const int size = item() != nullptr ? item()->getSize() : 0;
-    if (image == nullptr || size == 0)
+    if (!image || size == 0)
         return;
     const int column = int(std::lround(double(item()->getVertices()[size - 1][0])));
     const int row = int(std::lround(double(item()->getVertices()[size - 1][1])));
@@ -85,8 +87,17 @@ void WireTool::seedAtEnd() {
     corner = frame.toSlice(corner);
     __firstColumn = int(std::lround(double(corner[0][0])));
     __firstRow = int(std::lround(double(corner[0][1])));
-    __wire = std::make_unique<LiveWire>(frame.pixels(*image));
-    __wire->setSeed(row - __firstRow, column - __firstColumn);
+    try {
+        if (image->isInMemory())
+            __wire = std::make_unique<LiveWire>(frame.pixels(*image->read({0, 0, 1, 1}).image));
+        else
+            __wire = std::make_unique<LiveWire>(
+                frame.pixelsOfPart(*image->read({frame.left(), frame.top(), frame.width(), frame.height()}).image));
+        __wire->setSeed(row - __firstRow, column - __firstColumn);
+    } catch (const FileError&) { // of a part that cannot be read the ways are straight
+        __wire.reset();
+        host().setHint("The image cannot be read here, so that ways are straight.");
+    }
 }
 
 /// Without the last vertex that there is, up to the place. Straight where no other way is known.

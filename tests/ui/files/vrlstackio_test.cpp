@@ -1,5 +1,8 @@
 #include "ui/files/vrlstackio.h"
 
+#include <fstream>
+#include <utility>
+
 #include <QDir>
 #include <QFile>
 #include <QLabel>
@@ -23,6 +26,7 @@
 #include "images/rasters/image.h"
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
+#include "support/dicommaker.h"
 #include "support/documentmaker.h"
 #include "support/eventrecorder.h"
 #include "support/modalscript.h"
@@ -280,6 +284,36 @@ TEST_F(VRLStackIOTest, theImageListAddsAndRemoves) {
     EXPECT_FALSE(remove->isEnabled());
     editor.addImages({"Slice10", "Slice3", "Slice3", "slice 1"});
     EXPECT_EQ(editor.getImageList().mid(1), (QStringList{"slice 1", "Slice3", "Slice10"}));
+}
+
+// A folder stands for the DICOM series in it, in the order of their places.
+TEST_F(VRLStackIOTest, aFolderThatIsAddedBecomesTheSlicesOfItsSeries) {
+    ASSERT_TRUE(QDir(folder.path()).mkdir("series"));
+    DicomMaker maker;
+    maker.pixels = std::string(24, 'x');
+    for (const auto& [name, position] : {std::pair("series/x.dcm", "0\\0\\2"), std::pair("series/y.dcm", "0\\0\\5")}) {
+        maker.position = position;
+        std::ofstream(path(name), std::ios::binary) << maker.bytes();
+    }
+    VRLStackImageListEditor editor;
+    editor.show();
+    user.thenChoose({folder.filePath("series")});
+    QPushButton* const add = editor.findChildren<QPushButton*>()[1];
+    EXPECT_EQ(add->text(), "Add folder...");
+    add->click();
+    ASSERT_EQ(editor.getImageList(), QStringList{folder.filePath("series")});
+    std::vector<UnreadableImage> unreadable;
+    NewStack description;
+    description.name = "series";
+    description.images = {editor.getImageList().first().toStdString()};
+    const std::unique_ptr<VRLStack> made = makeStack(description, unreadable);
+    ASSERT_NE(made, nullptr);
+    EXPECT_TRUE(unreadable.empty());
+    ASSERT_EQ(made->getNumSlices(), 2);
+    for (const int i : {0, 1})
+        EXPECT_NE(made->getSlice(i).getImageSource().getFilenames()[0].find(i == 0 ? "y.dcm" : "x.dcm"),
+                  std::string::npos);
+    made->setModified(false);
 }
 
 TEST_F(VRLStackIOTest, aVolumeBecomesAStackOfItsPlanes) {

@@ -1,3 +1,4 @@
+#include <fstream>
 #include <memory>
 
 #include <QCheckBox>
@@ -8,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "images/sections/levelstore.h"
 #include "support/dialogdriver.h"
 #include "support/eventrecorder.h"
 #include "ui/models/vrlpreferencesdialog.h"
@@ -41,6 +43,23 @@ TEST_F(VRLPreferencesDialogTest, namesTheFoldersOfWhatIsKept) {
     const QString text = control<QLabel>(*dialog, "Folders").text();
     const QString state = qEnvironmentVariable("XDG_STATE_HOME") + "/vorlen/";
     EXPECT_TRUE(text.contains(state + "recovery") && text.contains(state + "history")) << text.toStdString();
+}
+
+TEST_F(VRLPreferencesDialogTest, tellsHowMuchTheReducedImagesTakeUpAndClearsThem) {
+    const LevelStore store;
+    const std::string folder = store.beginLevels();
+    std::ofstream(folder + "/0.tif") << std::string(3 << 20, 'x');
+    store.endLevels(folder, "a picture");
+    VRLPreferencesDialog shown;
+    shown.show();
+    auto& text = control<QLabel>(shown, "Reduced images");
+    EXPECT_TRUE(text.text().contains("3.0 MB of at most 8.0 GB")) << text.text().toStdString();
+    EXPECT_TRUE(text.text().contains(QString::fromStdString(store.getFolder()))) << text.text().toStdString();
+    auto& clear = button(shown, "Clear");
+    QTest::mouseClick(&clear, Qt::LeftButton);
+    EXPECT_EQ(store.size(), 0u);
+    EXPECT_TRUE(text.text().contains("0 bytes of at most")) << text.text().toStdString();
+    EXPECT_FALSE(clear.isEnabled());
 }
 
 TEST_F(VRLPreferencesDialogTest, applyStoresEveryFieldAndTellsIt) {
