@@ -301,6 +301,8 @@ void StackWriter::writeModel(const Model& model) {
         statement(BeginCap, properties.getBeginCapFlag());
     if (properties.hasEndCapFlag())
         statement(EndCap, properties.getEndCapFlag());
+    if (!model.getGroup().empty())
+        name(MODELGROUP, model.getGroup());
     __text += model.getUnreadText();
 }
 
