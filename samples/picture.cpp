@@ -1,7 +1,8 @@
 /// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png, where WINDOW is
-/// main, panorama, rendering (in the stack's last pose), video (the question what is to be recorded), analysis (its
-/// table of models), spots (the choice of the threshold), or registration, registration-cuts and registration-landmarks
-/// (on the slice in the middle).
+/// main, panes (slice, cuts and 3D view side by side, with the crosshair), groups (the models in groups), shortcuts
+/// (the list of keys), panorama, rendering (in the stack's last pose), video (the question what is to be recorded),
+/// analysis (its table of models), spots (the choice of the threshold), or registration, registration-cuts and
+/// registration-landmarks (on the slice in the middle).
 ///
 /// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 
@@ -16,14 +17,18 @@
 #include <QTimer>
 
 #include "document/pose.h"
+#include "editing/operations/modeloperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "ui/analysis/vrlanalysiswindow.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
+#include "ui/app/workspace.h"
+#include "ui/commands/shortcutsdialog.h"
 #include "ui/registration/sectionmarks.h"
 #include "ui/registration/vrlregistrationmediator.h"
 #include "ui/registration/vrlregistrationwindow.h"
+#include "ui/scenes/scenepanel.h"
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/scenes/vrlrenderingwindow.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
@@ -110,11 +115,43 @@ QWidget* prepareVideo(VRLRootWindow& root) {
     return opened<VRLCreateVideoDialog>();
 }
 
+/// The crosshair stands in the middle of the slice in the middle.
+QWidget* preparePanes(VRLRootWindow& root) {
+    root.resize(1400, 1000);
+    VRLStack& stack = *root.mediator().currentStack();
+    root.mediator().setSlice(stack.getSlice(stack.getNumSlices() / 2));
+    root.mediator().commands().action("show.panes").trigger();
+    wait(500);
+    root.mediator().commands().action("view.crosshair").trigger();
+    root.workspace().scene().mediator().fit();
+    return &root;
+}
+
+/// The first two models in one group, the others in another.
+void groupModelsByName(VRLStack& stack) {
+    std::vector<Model*> first, others;
+    for (int i = 0; i < stack.getNumModels(); ++i)
+        (i < 2 ? first : others).push_back(&stack.getModel(i));
+    groupModels(stack, first, "Cell");
+    groupModels(stack, others, "Around it");
+}
+
 /// The window that the picture is of, opened by its command; null when there is none of this name.
 QWidget* prepare(const QString& name, VRLRootWindow& root) {
     root.resize(1200, 800);
     if (name == "main")
         return &root;
+    if (name == "panes")
+        return preparePanes(root);
+    if (name == "groups") {
+        groupModelsByName(*root.mediator().currentStack());
+        return &root;
+    }
+    if (name == "shortcuts") {
+        root.showShortcuts();
+        opened<ShortcutsDialog>()->resize(760, 560);
+        return opened<ShortcutsDialog>();
+    }
     if (name == "panorama") {
         root.mediator().showPanorama();
         return &root;

@@ -89,7 +89,7 @@ void ModelPanel::makeList() {
     __list = new QTreeView(this);
     __list->setModel(__sorted);
     __list->setTreePosition(ModelTable::Name);
-    __list->setIndentation(14);
+    __list->setIndentation(12);
     __list->setSelectionMode(QAbstractItemView::ExtendedSelection);
     __list->setDragDropMode(QAbstractItemView::InternalMove);
     __list->setUniformRowHeights(true);
@@ -107,7 +107,7 @@ void ModelPanel::makeList() {
     for (const int column : {ModelTable::Shown, ModelTable::Locked})
         header.resizeSection(column, 26);
     for (const int column : {ModelTable::Here, ModelTable::All})
-        header.resizeSection(column, header.fontMetrics().horizontalAdvance("88888") + 16);
+        header.resizeSection(column, header.fontMetrics().horizontalAdvance("8888") + 12);
     connect(__list, &QTreeView::clicked, this, &ModelPanel::clicked);
     connect(__list, &QTreeView::collapsed, this, [this](const QModelIndex& group) {
         if (__filter->text().isEmpty())

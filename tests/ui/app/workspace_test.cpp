@@ -17,6 +17,7 @@
 
 #include "editing/history/vrlactionhistory.h"
 #include "editing/operations/itemoperations.h"
+#include "editing/operations/modeloperations.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
@@ -32,11 +33,14 @@
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/scenes/scenepanel.h"
+#include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/session/crosshair.h"
 #include "ui/slices/slicecommands.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
+#include "ui/viewer/viewercanvasgl.h"
 
 namespace vorlen {
 
@@ -242,6 +246,50 @@ TEST_F(WorkspaceTest, aPlaceInACutIsGoneToAndTheDockComesAndGoes) {
     EXPECT_FALSE(Crosshair::crosshair().isShown()); // not for that
     workspace().cutsDock().close();
     EXPECT_FALSE(window->mediator().commands().action("show.cuts").isChecked());
+}
+
+TEST_F(WorkspaceTest, sliceCutsAndSceneStandSideBySideAndAreLinked) {
+    VRLStack& stack = open();
+    Model& model = addModel(stack, "cube");
+    model.getProperties().setBeginCapFlag(true);
+    model.getProperties().setEndCapFlag(true);
+    for (int i = 0; i < 5; ++i) {
+        stack.getSlice(i).setAbsolutePosition(float(5 * i));
+        addItem(model, stack.getSlice(i), {{5, 5}, {25, 5}, {25, 25}, {5, 25}});
+    }
+    trigger("slice.next");
+    trigger("slice.next");
+    ScenePanel& scene = workspace().scene();
+    EXPECT_TRUE(workspace().sceneDock().isHidden());
+    EXPECT_EQ(scene.mediator().getStack(), nullptr); // nothing is made for a pane that nobody sees
+    trigger("show.panes");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return scene.isVisible() && workspace().cuts().isVisible(); }, 60000));
+    EXPECT_TRUE(window->sliceWidget().isVisible());
+    EXPECT_TRUE(window->mediator().commands().action("show.scene").isChecked());
+    ASSERT_EQ(scene.mediator().getStack(), &stack);
+    EXPECT_EQ(scene.mediator().getPainters().size(), 1u);
+    ASSERT_TRUE(createModel(stack, nextModel(stack, PolygonPrimitive)));
+    EXPECT_EQ(scene.mediator().getPainters().size(), 2u); // follows the stack
+
+    // A click on the surface, in the middle of the pane, leads the slice and the cuts to the place.
+    trigger("view.crosshair");
+    EXPECT_EQ(slice(), "s2");
+    QCoreApplication::processEvents();
+    const auto place = scene.canvas().placeAt(scene.canvas().rect().center());
+    ASSERT_TRUE(place);
+    QTest::mouseClick(&scene.canvas(), Qt::LeftButton, {}, scene.canvas().rect().center());
+    EXPECT_NE(slice(), "s2"); // an end of the cube
+    EXPECT_EQ(slice(), "s" + std::to_string(nearestSlice(stack, {(*place)[0], (*place)[1], (*place)[2]})));
+    EXPECT_TRUE(scene.canvas().getMark());
+
+    workspace().sceneDock().close();
+    EXPECT_FALSE(window->mediator().commands().action("show.scene").isChecked());
+    EXPECT_EQ(scene.mediator().getStack(), nullptr);
+    trigger("show.scene");
+    EXPECT_EQ(scene.mediator().getStack(), &stack);
+    stack.setModified(false);
+    trigger("stack.close");
+    EXPECT_EQ(scene.mediator().getStack(), nullptr);
 }
 
 TEST_F(WorkspaceTest, theWindowsOfAStackShareTheCrosshair) {
