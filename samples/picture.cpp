@@ -1,8 +1,8 @@
-/// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png, where WINDOW is
-/// main, panes (slice, cuts and 3D view side by side, with the crosshair), groups (the models in groups), shortcuts
-/// (the list of keys), panorama, rendering (in the stack's last pose), video (the question what is to be recorded),
-/// analysis (its table of models), spots (the choice of the threshold), or registration, registration-cuts and
-/// registration-landmarks (on the slice in the middle).
+/// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png [dark], where
+/// WINDOW is main, panes (slice, cuts and 3D view side by side, with the crosshair), groups (the models in groups),
+/// shortcuts (the list of keys), panorama, rendering (in the stack's last pose), video (the question what is to be
+/// recorded), analysis (its table of models), spots (the choice of the threshold), or registration, registration-cuts
+/// and registration-landmarks (on the slice in the middle).
 ///
 /// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 
@@ -10,6 +10,7 @@
 
 #include <QElapsedTimer>
 #include <QImage>
+#include <QPalette>
 #include <QSettings>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -179,6 +180,18 @@ QWidget* prepare(const QString& name, VRLRootWindow& root) {
     return nullptr;
 }
 
+/// As a desktop with a dark theme gives it.
+void takeDarkPalette() {
+    QPalette palette(QColor(53, 53, 53));
+    palette.setColor(QPalette::Base, QColor(35, 35, 35));
+    palette.setColor(QPalette::AlternateBase, QColor(45, 45, 45));
+    palette.setColor(QPalette::Highlight, QColor(42, 130, 218));
+    palette.setColor(QPalette::Link, QColor(100, 170, 255));
+    palette.setColor(QPalette::ToolTipBase, QColor(70, 70, 60));
+    palette.setColor(QPalette::ToolTipText, Qt::white);
+    QApplication::setPalette(palette);
+}
+
 int draw(const QString& name, const QString& stack, const QString& picture) {
     auto* root = new VRLRootWindow;
     root->mediator().openStack(stack);
@@ -218,8 +231,10 @@ int main(int argc, char** argv) {
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     VorlenApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
-    if (arguments.size() != 4) {
-        std::cerr << "Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png\n";
+    if (arguments.size() == 5 && arguments[4] == "dark")
+        takeDarkPalette();
+    else if (arguments.size() != 4) {
+        std::cerr << "Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png [dark]\n";
         return 2;
     }
     return draw(arguments[1], arguments[2], arguments[3]);

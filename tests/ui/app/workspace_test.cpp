@@ -10,6 +10,7 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextBrowser>
 #include <QToolBar>
 #include <QTreeView>
 
@@ -24,7 +25,9 @@
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
 #include "support/commands.h"
+#include "support/dialogdriver.h"
 #include "support/documentmaker.h"
+#include "ui/app/guidewindow.h"
 #include "ui/app/historypanel.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
@@ -326,6 +329,32 @@ TEST_F(WorkspaceTest, theWindowsOfAStackShareTheCrosshair) {
     QTest::keyClick(&canvas, Qt::Key_P);
     EXPECT_FALSE(other.getCrosshair());
     delete second;
+}
+
+TEST_F(WorkspaceTest, theGuideIsReadInAWindowOfItsOwn) {
+    trigger("help.guide");
+    trigger("help.guide"); // the same window
+    std::vector<GuideWindow*> guides;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* const guide = qobject_cast<GuideWindow*>(widget))
+            guides.push_back(guide);
+    ASSERT_EQ(guides.size(), 1u);
+    QTextBrowser& pages = guides[0]->pages();
+    EXPECT_TRUE(pages.toPlainText().startsWith("From images to a measured surface"));
+    const auto picture = pages.loadResource(QTextDocument::ImageResource, QUrl("pictures/window.png")).value<QImage>();
+    EXPECT_EQ(picture.deviceIndependentSize().width(), 720); // of 1200
+    pages.setSource(QUrl("cuts.md"));                        // as a click on a link
+    EXPECT_TRUE(pages.toPlainText().startsWith("Crosshair and cuts"));
+    button(*guides[0], "Back").click();
+    EXPECT_TRUE(pages.toPlainText().startsWith("From images"));
+    auto& search = *guides[0]->findChild<QLineEdit*>();
+    search.setText("mnemonic that no page has");
+    QTest::keyClick(&search, Qt::Key_Return);
+    EXPECT_FALSE(pages.textCursor().hasSelection());
+    search.setText("live wire");
+    QTest::keyClick(&search, Qt::Key_Return);
+    EXPECT_EQ(pages.textCursor().selectedText().toLower(), "live wire");
+    delete guides[0];
 }
 
 TEST_F(WorkspaceTest, theToolBarShowsTheToolThatIsOn) {
