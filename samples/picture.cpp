@@ -1,8 +1,8 @@
 /// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png [dark], where
 /// WINDOW is main, panes (slice, cuts and 3D view side by side, with the crosshair), groups (the models in groups),
-/// shortcuts (the list of keys), panorama, rendering (in the stack's last pose), video (the question what is to be
-/// recorded), analysis (its table of models), spots (the choice of the threshold), or registration, registration-cuts
-/// and registration-landmarks (on the slice in the middle).
+/// shortcuts (the list of keys), guide, panorama, rendering (in the stack's last pose), video (the question what is to
+/// be recorded), analysis (its table of models), spots (the choice of the threshold), or registration,
+/// registration-cuts and registration-landmarks (on the slice in the middle).
 ///
 /// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 
@@ -22,6 +22,7 @@
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "ui/analysis/vrlanalysiswindow.h"
+#include "ui/app/guidewindow.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/app/workspace.h"
@@ -148,6 +149,8 @@ QWidget* prepare(const QString& name, VRLRootWindow& root) {
         groupModelsByName(*root.mediator().currentStack());
         return &root;
     }
+    if (name == "guide")
+        return &GuideWindow::open("guide.md");
     if (name == "shortcuts") {
         root.showShortcuts();
         opened<ShortcutsDialog>()->resize(760, 560);

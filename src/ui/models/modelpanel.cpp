@@ -69,17 +69,23 @@ ModelPanel::ModelPanel(ModelViews& views, QWidget* parent) : QWidget(parent), __
     connect(__table, &ModelTable::counted, this, &ModelPanel::showGaps);
     connect(__table, &ModelTable::refused, this,
             [this](const QString& reason) { tellRefusal(this, Outcome::refused(reason.toStdString())); });
-    for (const auto change : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
-        connect(__table, change, this, [this] {
-            updateButtons();
-            showGroups();
-        });
+    connect(__table, &QAbstractItemModel::rowsRemoved, this, [this] {
+        __rowsChange = false;
+        showCurrent();
+        showGroups();
+    });
+    connect(__table, &QAbstractItemModel::rowsInserted, this, [this] {
+        updateButtons();
+        showGroups();
+    });
     connect(__table, &ModelTable::regrouped, this, &ModelPanel::showGroups);
     setStack(nullptr);
 }
 
 void ModelPanel::makeList() {
     __table = new ModelTable(__views, this);
+    // Before the rows go, and when they are gone, from everywhere: see currentRowChanged().
+    connect(__table, &QAbstractItemModel::rowsAboutToBeRemoved, this, [this] { __rowsChange = true; });
     __sorted = new ModelOrder(this);
     __sorted->setSourceModel(__table);
     __sorted->setFilterKeyColumn(ModelTable::Name);
@@ -127,8 +133,11 @@ void ModelPanel::makeButtons() {
     __filter->setAccessibleName("Filter models by name");
     __filter->setClearButtonEnabled(true);
     connect(__filter, &QLineEdit::textChanged, this, [this](const QString& text) {
+        __rowsChange = true;
         __sorted->setFilterFixedString(text);
+        __rowsChange = false;
         showGroups();
+        showCurrent();
     });
 
     __empty = new QLabel(this);
@@ -238,6 +247,11 @@ void ModelPanel::create(int geometry) {
 }
 
 void ModelPanel::renameCurrent() {
+    if (const Model* const model = __views.getCurrent(); model != nullptr && !__list->currentIndex().isValid()) {
+        __folded.erase(QString::fromStdString(model->getGroup())); // where it is hidden
+        showGroups();
+        showCurrent();
+    }
     const QModelIndex row = __list->currentIndex();
     if (!row.isValid() || __locked)
         return;
@@ -356,19 +370,27 @@ void ModelPanel::groupSelected(const QString& group) {
     showCurrent();
 }
 
+/// By the user: where a row goes the list takes its neighbour, but no other model becomes current by that. Nor could
+/// one, as the list is not to be asked for its rows until all of them are gone.
 void ModelPanel::currentRowChanged(const QModelIndex& index) {
+    if (__rowsChange)
+        return;
     if (Model* const model = index.isValid() ? __table->modelAt(tableIndex(index)) : nullptr)
         __views.setCurrent(*model);
 }
 
 void ModelPanel::showCurrent() {
     const Model* const model = __views.getCurrent();
-    if (model != nullptr && __table->holds(*model)) {
-        const QModelIndex index = __sorted->mapFromSource(__table->indexOf(*model));
-        if (index.isValid() && index != __list->currentIndex().siblingAtColumn(ModelTable::Name))
-            __list->setCurrentIndex(index);
-        if (index.isValid())
-            __list->scrollTo(index);
+    if (__rowsChange)
+        return;
+    const QModelIndex row = model == nullptr ? QModelIndex() : __sorted->mapFromSource(__table->indexOf(*model));
+    const bool seen = row.isValid() && (!row.parent().isValid() || __list->isExpanded(row.parent()));
+    if (seen) {
+        if (row != __list->currentIndex().siblingAtColumn(ModelTable::Name))
+            __list->setCurrentIndex(row);
+        __list->scrollTo(row);
+    } else {
+        __list->selectionModel()->clear(); // no other row is to look like the current one
     }
     showGaps();
     updateButtons();

@@ -102,6 +102,7 @@ private:
     std::set<QString> __folded; // groups
     VRLStack* __stack = nullptr;
     bool __locked = false;
+    bool __rowsChange = false; // rows are going
 };
 
 } // namespace vorlen

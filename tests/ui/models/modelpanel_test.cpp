@@ -143,13 +143,24 @@ TEST_F(ModelPanelTest, aNameThatIsTakenIsRefusedInWords) {
 
 TEST_F(ModelPanelTest, theFilterKeepsWhatHoldsTheWord) {
     auto& filter = *panel.findChild<QLineEdit*>();
+    for (int i = 0; i < 300; ++i)
+        addModel(stack, "m" + std::to_string(i));
+    panel.setStack(nullptr);
+    panel.setStack(&stack);
+    views.setCurrent(*dots);
+    filter.setText("m12"); // rows go by the hundred, that of the current model among them
+    EXPECT_EQ(column(ModelTable::Name).size(), 11);
+    EXPECT_EQ(views.getCurrent(), dots);
+    EXPECT_FALSE(list.currentIndex().isValid());
+    filter.clear();
+    EXPECT_EQ(list.currentIndex().data().toString(), "Dots <b>");
     filter.setText("ce");
     EXPECT_EQ(column(ModelTable::Name), QStringList{"Cell"});
     views.setCurrent(*axon); // which is not in the list now
     EXPECT_EQ(views.getCurrent(), axon);
     panel.createModel(); // that is to be seen
     EXPECT_EQ(filter.text(), "");
-    EXPECT_EQ(rows().rowCount(), 4);
+    EXPECT_EQ(rows().rowCount(), 304);
 }
 
 TEST_F(ModelPanelTest, aModelWithOutlinesIsDeletedAfterAQuestion) {
