@@ -78,7 +78,10 @@ ModelPanel::ModelPanel(ModelViews& views, QWidget* parent) : QWidget(parent), __
         updateButtons();
         showGroups();
     });
-    connect(__table, &ModelTable::regrouped, this, &ModelPanel::showGroups);
+    connect(__table, &ModelTable::regrouped, this, [this] {
+        showGroups();
+        showCurrent();
+    });
     setStack(nullptr);
 }
 
@@ -366,6 +369,7 @@ void ModelPanel::groupSelected(const QString& group) {
         return;
     guarded(this, "The models cannot be grouped.",
             [&] { tellRefusal(this, groupModels(*__stack, models, group.toStdString())); });
+    __table->regroup();
     showGroups();
     showCurrent();
 }

@@ -89,20 +89,24 @@ ModelTable::ModelTable(ModelViews& views, QObject* parent) : QAbstractItemModel(
 }
 
 void ModelTable::setStack(VRLStack* stack) {
-    beginResetModel();
     __stack = stack;
     __slice = nullptr;
+    makeRows();
+    count();
+}
+
+void ModelTable::makeRows() {
+    beginResetModel();
     __nodes.clear();
     __root->children.clear();
     __numGroups = 0;
-    for (int i = 0; stack != nullptr && i < stack->getNumModels(); ++i) {
-        Model& model = stack->getModel(i);
+    for (int i = 0; __stack != nullptr && i < __stack->getNumModels(); ++i) {
+        Model& model = __stack->getModel(i);
         Node& parent = groupFor(QString::fromStdString(model.getGroup()));
         parent.children.push_back(std::make_unique<Node>(Node{&model, {}, &parent, {}}));
         __nodes[&model] = parent.children.back().get();
     }
     endResetModel();
-    count();
 }
 
 void ModelTable::setSlice(const StackSlice* slice) {
@@ -429,11 +433,37 @@ void ModelTable::removeGroupIfEmpty(Node& group) {
     endRemoveRows();
 }
 
-/// Moves the model's row to where its group is now, if it is not there.
-void ModelTable::regroup(const Model& model) {
+/// A step may change the groups of many.
+void ModelTable::regroupLater(const Model& model) {
     const auto found = __nodes.find(&model);
-    const QString name = QString::fromStdString(model.getGroup());
-    if (found == __nodes.end() || found->second->parent->group == name)
+    if (found == __nodes.end() || found->second->parent->group == QString::fromStdString(model.getGroup()))
+        return;
+    if (__toRegroup.empty())
+        QMetaObject::invokeMethod(this, &ModelTable::regroup, Qt::QueuedConnection);
+    __toRegroup.push_back(&model);
+}
+
+void ModelTable::regroup() {
+    const std::vector<const Model*> models = std::move(__toRegroup);
+    __toRegroup.clear();
+    if (models.empty())
+        return;
+    constexpr std::size_t fewest = 20; // for which all rows are made anew: a move costs what the list costs
+    if (models.size() < fewest)
+        for (const Model* model : models)
+            moveToGroup(model);
+    else
+        makeRows();
+    emit regrouped();
+}
+
+/// Moves the model's row to where its group is now, if it is not there.
+void ModelTable::moveToGroup(const Model* model) {
+    const auto found = __nodes.find(model);
+    if (found == __nodes.end())
+        return; // it has gone meanwhile
+    const QString name = QString::fromStdString(model->getGroup());
+    if (found->second->parent->group == name)
         return;
     Node& node = *found->second;
     Node& from = *node.parent;
@@ -445,7 +475,7 @@ void ModelTable::regroup(const Model& model) {
     Node& to = groupFor(name);
     if (isNew)
         endInsertRows();
-    const int row = rowIn(from, node), place = placeFor(to, model);
+    const int row = rowIn(from, node), place = placeFor(to, *model);
     beginMoveRows(indexOf(from, 0), row, row, indexOf(to, 0), place);
     std::unique_ptr<Node> moved = std::move(from.children[std::size_t(row)]);
     from.children.erase(from.children.begin() + row);
@@ -453,11 +483,10 @@ void ModelTable::regroup(const Model& model) {
     to.children.insert(to.children.begin() + place, std::move(moved));
     endMoveRows();
     removeGroupIfEmpty(from);
-    emit regrouped();
 }
 
 void ModelTable::modelPropertiesEvent(VRLModelPropertiesEvent& event) {
-    regroup(*event.getModel());
+    regroupLater(*event.getModel());
     tellOf(*event.getModel());
 }
 

@@ -75,6 +75,9 @@ public:
     void modelItemDeleteEvent(VRLModelItemDeleteEvent& event) override;
     void modelItemConvertEvent(VRLModelItemConvertEvent& event) override;
 
+    /// Rows of models that have come into other groups stand there by now; else when the event loop comes to it.
+    void regroup();
+
 signals:
     /// A name that was entered was refused, for this reason.
     void refused(const QString& reason);
@@ -99,7 +102,9 @@ private:
     int placeFor(const Node& parent, const Model& model) const;
     void addNode(Model& model);
     void removeGroupIfEmpty(Node& group);
-    void regroup(const Model& model);
+    void regroupLater(const Model& model);
+    void moveToGroup(const Model* model);
+    void makeRows();
     void renameGroup(const std::string& group, const std::string& name);
     QVariant groupData(const Node& group, int column, int role) const;
     std::vector<Model*> draggedModels(const QMimeData& data) const;
@@ -117,6 +122,7 @@ private:
     const std::unique_ptr<Node> __root = std::make_unique<Node>();
     std::map<const Model*, Node*> __nodes;
     int __numGroups = 0;
+    std::vector<const Model*> __toRegroup;
     std::map<const Model*, int> __here;
     bool __countPending = false;
 };

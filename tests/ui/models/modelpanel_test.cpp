@@ -48,6 +48,7 @@ protected:
 
     QAbstractItemModel& rows() { return *list.model(); }
     QStringList column(int which) {
+        QCoreApplication::processEvents(); // rows of groups, and counts, follow a moment later
         QStringList texts;
         for (int row = 0; row < rows().rowCount(); ++row)
             texts += rows().index(row, which).data().toString();
@@ -262,6 +263,16 @@ TEST_F(ModelPanelTest, groupsAreMadeRenamedDraggedToAndDissolvedAsSteps) {
         history().undo();
     EXPECT_EQ(column(ModelTable::Name), (QStringList{"axon", "Cell", "Dots <b>"}));
     EXPECT_EQ(dots->getGroup(), "");
+
+    std::vector<Model*> many;
+    for (int i = 0; i < 60; ++i) {
+        ASSERT_TRUE(createModel(stack, nextModel(stack, PolygonPrimitive)));
+        many.push_back(&stack.getModel(stack.getNumModels() - 1));
+    }
+    ASSERT_TRUE(groupModels(stack, many, "many"));
+    EXPECT_EQ(column(ModelTable::Name), (QStringList{"many", "axon", "Cell", "Dots <b>"}));
+    EXPECT_EQ(rows().rowCount(rows().index(0, 0)), 60);
+    EXPECT_EQ(list.currentIndex().data().toString(), "Cell");
 }
 
 TEST_F(ModelPanelTest, nothingCanBeChangedWhileTheSliceIsLocked) {
