@@ -13,6 +13,7 @@
 #include <iostream>
 #include <numbers>
 #include <string>
+#include <vector>
 
 #include <QAction>
 #include <QElapsedTimer>
