@@ -17,7 +17,8 @@ namespace vorlen {
 ScenePanel::ScenePanel(QWidget* parent) : QWidget(parent) {
     __canvas = new ViewerCanvasGL(this);
     __canvas->setMinimumSize(120, 90);
-    __mediator = new VRLRenderingMediator(this);
+    // No child of the window: the keys of its commands are those of a window of its own, and act in no pane.
+    __mediator = new VRLRenderingMediator(nullptr);
     __mediator->setCanvas(__canvas);
     __mediator->initialize();
     auto* const whole = new QPushButton("Whole scene", this);
