@@ -1,7 +1,8 @@
-/// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png, where WINDOW is
-/// main, panorama, rendering (in the stack's last pose), video (the question what is to be recorded), analysis (its
-/// table of models), distances (of the second model from the others), spots (the choice of the threshold), or
-/// registration, registration-cuts and registration-landmarks (on the slice in the middle).
+/// Draws a picture of a window with a stack in it. Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png [dark], where
+/// WINDOW is main, panes (slice, cuts and 3D view side by side, with the crosshair), groups (the models in groups),
+/// shortcuts (the list of keys), guide, panorama, rendering (in the stack's last pose), video (the question what is to
+/// be recorded), analysis (its table of models), distances (of the second model from the others), spots (the choice of
+/// the threshold), or registration, registration-cuts and registration-landmarks (on the slice in the middle).
 ///
 /// It needs a display; scripts/with-display gives it one of its own. Settings of the user are neither read nor changed.
 
@@ -10,6 +11,7 @@
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QImage>
+#include <QPalette>
 #include <QSettings>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -17,14 +19,19 @@
 #include <QTimer>
 
 #include "document/pose.h"
+#include "editing/operations/modeloperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "ui/analysis/vrlanalysiswindow.h"
+#include "ui/app/guidewindow.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
+#include "ui/app/workspace.h"
+#include "ui/commands/shortcutsdialog.h"
 #include "ui/registration/sectionmarks.h"
 #include "ui/registration/vrlregistrationmediator.h"
 #include "ui/registration/vrlregistrationwindow.h"
+#include "ui/scenes/scenepanel.h"
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/scenes/vrlrenderingwindow.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
@@ -111,11 +118,45 @@ QWidget* prepareVideo(VRLRootWindow& root) {
     return opened<VRLCreateVideoDialog>();
 }
 
+/// The crosshair stands in the middle of the slice in the middle.
+QWidget* preparePanes(VRLRootWindow& root) {
+    root.resize(1400, 1000);
+    VRLStack& stack = *root.mediator().currentStack();
+    root.mediator().setSlice(stack.getSlice(stack.getNumSlices() / 2));
+    root.mediator().commands().action("show.panes").trigger();
+    wait(500);
+    root.mediator().commands().action("view.crosshair").trigger();
+    root.workspace().scene().mediator().fit();
+    return &root;
+}
+
+/// The first two models in one group, the others in another.
+void groupModelsByName(VRLStack& stack) {
+    std::vector<Model*> first, others;
+    for (int i = 0; i < stack.getNumModels(); ++i)
+        (i < 2 ? first : others).push_back(&stack.getModel(i));
+    groupModels(stack, first, "Cell");
+    groupModels(stack, others, "Around it");
+}
+
 /// The window that the picture is of, opened by its command; null when there is none of this name.
 QWidget* prepare(const QString& name, VRLRootWindow& root) {
     root.resize(1200, 800);
     if (name == "main")
         return &root;
+    if (name == "panes")
+        return preparePanes(root);
+    if (name == "groups") {
+        groupModelsByName(*root.mediator().currentStack());
+        return &root;
+    }
+    if (name == "guide")
+        return &GuideWindow::open("guide.md");
+    if (name == "shortcuts") {
+        root.showShortcuts();
+        opened<ShortcutsDialog>()->resize(760, 560);
+        return opened<ShortcutsDialog>();
+    }
     if (name == "panorama") {
         root.mediator().showPanorama();
         return &root;
@@ -148,6 +189,18 @@ QWidget* prepare(const QString& name, VRLRootWindow& root) {
         return window;
     }
     return nullptr;
+}
+
+/// As a desktop with a dark theme gives it.
+void takeDarkPalette() {
+    QPalette palette(QColor(53, 53, 53));
+    palette.setColor(QPalette::Base, QColor(35, 35, 35));
+    palette.setColor(QPalette::AlternateBase, QColor(45, 45, 45));
+    palette.setColor(QPalette::Highlight, QColor(42, 130, 218));
+    palette.setColor(QPalette::Link, QColor(100, 170, 255));
+    palette.setColor(QPalette::ToolTipBase, QColor(70, 70, 60));
+    palette.setColor(QPalette::ToolTipText, Qt::white);
+    QApplication::setPalette(palette);
 }
 
 int draw(const QString& name, const QString& stack, const QString& picture) {
@@ -189,8 +242,10 @@ int main(int argc, char** argv) {
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     VorlenApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
-    if (arguments.size() != 4) {
-        std::cerr << "Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png\n";
+    if (arguments.size() == 5 && arguments[4] == "dark")
+        takeDarkPalette();
+    else if (arguments.size() != 4) {
+        std::cerr << "Usage: vorlen-picture WINDOW STACK.sdf PICTURE.png [dark]\n";
         return 2;
     }
     return draw(arguments[1], arguments[2], arguments[3]);

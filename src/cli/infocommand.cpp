@@ -14,6 +14,7 @@
 #include "document/modelproperties.h"
 #include "document/pose.h"
 #include "document/stackslice.h"
+#include "editing/operations/modeloperations.h"
 
 namespace vorlen {
 
@@ -151,11 +152,19 @@ void printTables(const StackFile& file, OutputFormat format, const std::vector<S
               << ", " << stack.getNumSlices() << " slices, " << stack.getNumModels() << " models, "
               << stack.getNumPoses() << " poses\n\n";
     slices.print(std::cout);
-    TextTable models({"Model", "Geometry", "Items"});
+    const bool grouped = !groupsOf(stack).empty();
+    std::vector<std::string> titles = {"Model", "Geometry", "Items"};
+    if (grouped)
+        titles.emplace_back("Group");
+    TextTable models(titles);
     for (int i = 0; i < stack.getNumModels(); ++i) {
         const Model& model = stack.getModel(i);
-        models.addRow({model.getName(), ModelProperties::toString(model.getProperties().getGeometry()),
-                       std::to_string(model.getNumItems())});
+        std::vector<std::string> cells = {model.getName(),
+                                          ModelProperties::toString(model.getProperties().getGeometry()),
+                                          std::to_string(model.getNumItems())};
+        if (grouped)
+            cells.push_back(model.getGroup());
+        models.addRow(cells);
     }
     if (!models.isEmpty()) {
         std::cout << '\n';

@@ -26,6 +26,10 @@ public:
     ModelProperties& getProperties() { return __properties; }
     const ModelProperties& getProperties() const { return __properties; }
 
+    /// The name of the group under which the model is listed; empty for none. It gathers models that are shown, hidden
+    /// and locked together, and changes nothing about them: a group is there as long as a model names it.
+    std::string getGroup() const { return __properties.definesGroup() ? __properties.getGroup() : std::string(); }
+
     /// The look of the items that have none of their own.
     void setItemProperties(const ModelItemProperties& properties);
     ModelItemProperties& getItemProperties() { return __itemProperties; }

@@ -82,6 +82,14 @@ bool ModelProperties::getEndCapFlag() const {
     return defined(__endCapFlag, "bool ModelProperties::getEndCapFlag() const", "End cap flag");
 }
 
+void ModelProperties::setGroup(const std::string& group) {
+    __group = group;
+}
+
+const std::string& ModelProperties::getGroup() const {
+    return defined(__group, "const std::string& ModelProperties::getGroup() const", "Group");
+}
+
 void ModelProperties::clear() {
     *this = ModelProperties();
 }

@@ -68,10 +68,15 @@ public:
     bool getEndCapFlag() const;
     bool hasEndCapFlag() const { return __endCapFlag.has_value(); }
 
+    /// The group under which the model is listed; empty for none, as where it is undefined.
+    void setGroup(const std::string& group);
+    const std::string& getGroup() const;
+    bool definesGroup() const { return __group.has_value(); }
+
     /// Leaves all properties undefined.
     void clear();
 
-    /// Polygon, Surface, opacity 255, shininess 32, 100 by 100, not economic, no caps.
+    /// Polygon, Surface, opacity 255, shininess 32, 100 by 100, not economic, no caps. The group stays as it is.
     void setDefaults();
 
     /// Copies every property that other defines.
@@ -98,7 +103,7 @@ private:
         using P = ModelProperties;
         return std::make_tuple(&P::__geometry, &P::__renderingMode, &P::__surfaceOpacity, &P::__surfaceShininess,
                                &P::__quadMeshWidth, &P::__quadMeshHeight, &P::__economicRendering, &P::__beginCapFlag,
-                               &P::__endCapFlag);
+                               &P::__endCapFlag, &P::__group);
     }
 
     std::optional<MPrimitive> __geometry;
@@ -110,6 +115,7 @@ private:
     std::optional<bool> __economicRendering;
     std::optional<bool> __beginCapFlag;
     std::optional<bool> __endCapFlag;
+    std::optional<std::string> __group;
 };
 
 } // namespace vorlen

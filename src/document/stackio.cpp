@@ -44,6 +44,7 @@ const StackIO::KeywordMap& StackIO::__keywordMap() {
         {LASTREGISTEREDSLICE, {"LASTREGISTEREDSLICE"}},
         {LengthUnitScale, {"LengthUnitScale"}},
         {MODEL, {"MODEL", "M2DCLASS"}},
+        {MODELGROUP, {"MODELGROUP"}},
         {MODELITEM, {"MODELITEM", "M2DITEM"}},
         {MODELITEMDATA, {"MODELITEMDATA", "M2DDATA"}},
         {PIXASPECT, {"PIXASPECT", "ASPRATIO", "ASPECT"}},

@@ -76,6 +76,7 @@ public:
         VERTEXSYMBOL,
         UNKNOWN,
         GREYSCALE, // behind the others, whose numbers stay what they were
+        MODELGROUP,
     };
 
     ~StackIO() override = default;

@@ -700,7 +700,7 @@ void StackReader::carryOut(Keyword keyword, const Tokens& tokens, StackIOContext
 
 StackReader::Handler StackReader::handler(Keyword keyword) {
     static const auto handlers = [] {
-        std::array<Handler, GREYSCALE + 1> table{};
+        std::array<Handler, MODELGROUP + 1> table{};
         table[Annotation] = &StackReader::inputAnnotation;
         table[BeginCap] = &StackReader::inputBeginCap;
         table[BRILLIANCY] = &StackReader::inputBrilliancy;
@@ -719,6 +719,7 @@ StackReader::Handler StackReader::handler(Keyword keyword) {
         table[LengthUnitScale] = &StackReader::inputLengthUnitScale;
         table[MODEL] = &StackReader::inputModel;
         table[GREYSCALE] = &StackReader::inputGreyScale;
+        table[MODELGROUP] = &StackReader::inputModelGroup;
         table[MODELITEM] = &StackReader::inputModelItem;
         table[MODELITEMDATA] = &StackReader::inputModelItemData;
         table[PIXASPECT] = &StackReader::inputPixAspect;
@@ -979,6 +980,11 @@ void StackReader::inputModel(const Tokens& tokens, StackIOContext& context) {
     model->setName(toName(tokens[1]));
     stack.addModel(model.get());
     context.setModel(model.release());
+}
+
+void StackReader::inputModelGroup(const Tokens& tokens, StackIOContext& context) {
+    requireArguments(tokens, 1);
+    required(context.getModelProperties()).setGroup(toName(tokens[1]));
 }
 
 void StackReader::inputModelItem(const Tokens& tokens, StackIOContext& context) {

@@ -119,6 +119,7 @@ private:
     void inputLastRegisteredSlice(const Tokens& tokens, StackIOContext& context);
     void inputLengthUnitScale(const Tokens& tokens, StackIOContext& context);
     void inputModel(const Tokens& tokens, StackIOContext& context);
+    void inputModelGroup(const Tokens& tokens, StackIOContext& context);
     void inputModelItem(const Tokens& tokens, StackIOContext& context);
     void inputModelItemData(const Tokens& tokens, StackIOContext& context);
     void inputPixAspect(const Tokens& tokens, StackIOContext& context);

@@ -88,6 +88,16 @@ std::string absoluteDirectory(const std::string& directory) {
     return path.empty() || path.back() == '/' ? path : path + "/";
 }
 
+/// About how long the text gets: that it grows by copying costs as much as its making in a large stack.
+std::size_t estimatedLength(const Stack& stack) {
+    constexpr std::size_t perObject = 256, perItem = 64, perVertex = 9;
+    std::size_t length = perObject * std::size_t(1 + stack.getNumSlices() + stack.getNumModels());
+    for (int i = 0; i < stack.getNumModels(); ++i)
+        for (int j = 0; j < stack.getModel(i).getNumItems(); ++j)
+            length += perItem + perVertex * std::size_t(stack.getModel(i).getItem(j).getSize());
+    return length;
+}
+
 const char* fitWord(int mode) {
     if (mode == CalibrationCurve::Polynomial2Fit)
         return "Polynomial2";
@@ -115,6 +125,7 @@ std::string StackWriter::toText(const Stack& stack) {
 std::string StackWriter::toText(const Stack& stack, const std::string& directory, bool absolutePaths) {
     setFileFormatVersion(writtenVersion);
     __text.clear();
+    __text.reserve(estimatedLength(stack));
     __directory = absoluteDirectory(directory);
     __absolutePolicy = absolutePaths;
     __previousPath.clear();
@@ -301,6 +312,8 @@ void StackWriter::writeModel(const Model& model) {
         statement(BeginCap, properties.getBeginCapFlag());
     if (properties.hasEndCapFlag())
         statement(EndCap, properties.getEndCapFlag());
+    if (!model.getGroup().empty())
+        name(MODELGROUP, model.getGroup());
     __text += model.getUnreadText();
 }
 

@@ -242,6 +242,7 @@ TEST(StackWriter, readAndWrittenAgainEveryPartOfTheDocumentIsTheSame) {
     model.getProperties().setBeginCapFlag(true);
     model.getProperties().setQuadMeshWidth(17);
     model.getProperties().setSurfaceOpacity(12);
+    model.getProperties().setGroup("the \"left\"; # 1  ");
     model.getItemProperties().setRenderingVisibility(false);
     ModelItem& item = itemOf(model, b, {{1, 2}, {-3, 4}, {2147483647, -2147483647}});
     item.getProperties().setColor(1, 2, 3);

@@ -113,6 +113,11 @@ std::vector<Case> cases() {
              return changeModels(s, {&s.getModel(0), &s.getModel(1)}, change);
          },
          {"modelProperties", "modelProperties"}},
+        {"groupModels",
+         [](VRLStack& s) {
+             return groupModels(s, {&s.getModel(0), &s.getModel(1)}, " left side ");
+         },
+         {"modelProperties", "modelProperties"}},
         {"deleteModels",
          [](VRLStack& s) {
              return deleteModels(s, {&s.getModel(0), &s.getModel(1), &s.getModel(0)});

@@ -170,8 +170,10 @@ private:
 
     void editModels() {
         ModelChange change;
-        if (below(2) == 0)
+        if (below(2) == 0) {
             change.properties.setSurfaceOpacity(static_cast<float>(below(256)));
+            change.properties.setGroup(__stack.getNumModels() % 2 == 0 ? "even" : "");
+        }
         change.itemProperties.setLineWidth(static_cast<float>(1 + below(5)));
         if (below(2) == 0 || __stack.getNumModels() == 0) {
             change.name = anyName();

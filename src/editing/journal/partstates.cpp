@@ -120,10 +120,16 @@ ModelItemProperties takeLook(ByteReader& bytes) {
     return look;
 }
 
+/// What the first number of the properties says: that a geometry follows, and that a group does at the end. Journals
+/// of before there were groups hold no other numbers than 0 and 1.
+constexpr std::uint64_t hasGeometry = 1, hasGroup = 2;
+
 void put(ByteWriter& bytes, const ModelProperties& properties) {
     const auto real = [&](float value) { bytes.real(value); };
     const auto integer = [&](auto value) { bytes.integer(static_cast<std::int64_t>(value)); };
-    putIf(bytes, properties.definesGeometry(), integer, [&] { return properties.getGeometry(); });
+    bytes.number((properties.definesGeometry() ? hasGeometry : 0) | (properties.definesGroup() ? hasGroup : 0));
+    if (properties.definesGeometry())
+        integer(properties.getGeometry());
     putIf(bytes, properties.definesRenderingMode(), integer, [&] { return properties.getRenderingMode(); });
     putIf(bytes, properties.definesSurfaceOpacity(), real, [&] { return properties.getSurfaceOpacity(); });
     putIf(bytes, properties.definesSurfaceShininess(), real, [&] { return properties.getSurfaceShininess(); });
@@ -132,11 +138,14 @@ void put(ByteWriter& bytes, const ModelProperties& properties) {
     putIf(bytes, properties.definesEconomicRendering(), integer, [&] { return properties.getEconomicRendering(); });
     putIf(bytes, properties.hasBeginCapFlag(), integer, [&] { return properties.getBeginCapFlag(); });
     putIf(bytes, properties.hasEndCapFlag(), integer, [&] { return properties.getEndCapFlag(); });
+    if (properties.definesGroup())
+        bytes.text(properties.getGroup());
 }
 
 ModelProperties takeProperties(ByteReader& bytes) {
     ModelProperties properties;
-    if (bytes.flag())
+    const std::uint64_t has = bytes.number();
+    if (has & hasGeometry)
         properties.setGeometry(takeEnumeration(bytes, UnknownPrimitive));
     if (bytes.flag())
         properties.setRenderingMode(takeEnumeration(bytes, UnknownRendering));
@@ -154,6 +163,8 @@ ModelProperties takeProperties(ByteReader& bytes) {
         properties.setBeginCapFlag(bytes.smallInteger() != 0);
     if (bytes.flag())
         properties.setEndCapFlag(bytes.smallInteger() != 0);
+    if (has & hasGroup)
+        properties.setGroup(bytes.text());
     return properties;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <set>
 
 #include "editing/actions/vrlactionsequence.h"
 #include "editing/actions/vrlmodelcreationaction.h"
@@ -126,6 +127,58 @@ Outcome renameModel(VRLStack& stack, Model& model, const std::string& name) {
     ModelChange change;
     change.name = name;
     return changeModels(stack, {&model}, change);
+}
+
+namespace {
+
+std::string withoutOuterBlanks(const std::string& text) {
+    const auto first = text.find_first_not_of(" \t\n\r");
+    return first == std::string::npos ? std::string()
+                                      : text.substr(first, text.find_last_not_of(" \t\n\r") - first + 1);
+}
+
+} // namespace
+
+Outcome groupModels(VRLStack& stack, const std::vector<Model*>& models, const std::string& group) {
+    if (const Outcome known = requireModels(stack, models); !known)
+        return known;
+    const std::string name = withoutOuterBlanks(group);
+    auto step = std::make_unique<VRLActionSequence>(name.empty() ? "Take out of group" : "Put in group");
+    for (Model* model : models) {
+        if (model->getGroup() == name)
+            continue;
+        ModelState state(*model);
+        state.properties.setGroup(name);
+        auto action = std::make_unique<VRLModelStateAction>(stack, *model);
+        action->setState(state);
+        step->append(std::move(action));
+    }
+    return applyInStep(stack, std::move(step));
+}
+
+std::vector<Model*> modelsOfGroup(Stack& stack, const std::string& group) {
+    std::vector<Model*> models;
+    for (int i = 0; i < stack.getNumModels(); ++i)
+        if (stack.getModel(i).getGroup() == group)
+            models.push_back(&stack.getModel(i));
+    return models;
+}
+
+std::vector<std::string> groupsOf(const Stack& stack) {
+    std::vector<std::string> groups;
+    std::set<std::string> seen = {""};
+    for (int i = 0; i < stack.getNumModels(); ++i)
+        if (const std::string group = stack.getModel(i).getGroup(); seen.insert(group).second)
+            groups.push_back(group);
+    return groups;
+}
+
+std::string nextGroup(const Stack& stack) {
+    const std::vector<std::string> taken = groupsOf(stack);
+    int number = 1;
+    while (std::find(taken.begin(), taken.end(), "Group " + std::to_string(number)) != taken.end())
+        ++number;
+    return "Group " + std::to_string(number);
 }
 
 Outcome deleteModels(VRLStack& stack, const std::vector<Model*>& models) {

@@ -36,6 +36,19 @@ ModelChange nextModel(const Stack& stack, MPrimitive geometry);
 
 Outcome renameModel(VRLStack& stack, Model& model, const std::string& name);
 
+/// Puts the models into the group of this name, which is made by that; takes them out of theirs for an empty name. One
+/// step. Blanks at the ends of the name go. Refused for a model of another stack.
+Outcome groupModels(VRLStack& stack, const std::vector<Model*>& models, const std::string& group);
+
+/// The models of the group, in the order of the stack.
+std::vector<Model*> modelsOfGroup(Stack& stack, const std::string& group);
+
+/// The names of the groups, each once, by the order of their first models.
+std::vector<std::string> groupsOf(const Stack& stack);
+
+/// "Group N", with the least N from 1 that no group has.
+std::string nextGroup(const Stack& stack);
+
 /// Takes the models out with their items, in one step. Refused for a model of another stack.
 Outcome deleteModels(VRLStack& stack, const std::vector<Model*>& models);
 

@@ -184,6 +184,7 @@ void VRLRootMediator::bindWindowCommands() {
     __commands.bind("show.toolBar", [this] { __window.toggleToolBar(); });
     __commands.bind("show.browser", [this] { __window.toggleBrowser(); });
     __commands.bind("show.statusBar", [this] { __window.toggleStatusBar(); });
+    __commands.bind("help.guide", [this] { __window.openGuide(); });
     __commands.bind("help.homepage", [this] { __window.openHomepage(); });
     __commands.bind("help.manual", [this] { __window.openPDFManual(); });
     __commands.bind("help.mailingList", [this] { __window.subscribeMailingList(); });

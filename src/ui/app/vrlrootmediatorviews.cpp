@@ -27,6 +27,7 @@
 #include "ui/models/modelviews.h"
 #include "ui/panorama/vrloverviewwidget.h"
 #include "ui/panorama/vrlpanorama.h"
+#include "ui/scenes/scenepanel.h"
 #include "ui/session/crosshair.h"
 #include "ui/slices/contrastdialog.h"
 #include "ui/slices/slicecrosshair.h"
@@ -86,6 +87,8 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
     connect(&workspace, &Workspace::newRequested, &__commands.action("stack.new"), &QAction::trigger);
     connect(&workspace.models(), &ModelPanel::propertiesRequested, this, &VRLRootMediator::runStackModelsDialog);
     connect(&workspace.models(), &ModelPanel::sliceRequested, this, &VRLRootMediator::setSlice);
+    connect(&workspace.scene(), &ScenePanel::windowRequested, &__commands.action("stack.reconstruct"),
+            &QAction::trigger);
     connect(&workspace.history(), &HistoryPanel::goRequested, this, &VRLRootMediator::goInHistory);
     // Letters are for the canvas: lists beside it are searched by typing.
     for (const char* id : {"slice.flip", "slice.nextLacking", "view.ghosts", "view.crosshair", "crosshair.place"}) {
@@ -93,10 +96,11 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
         action.setShortcutContext(Qt::WidgetShortcut);
         editor.getCanvas().addAction(&action);
     }
-    for (const auto& [id, dock] : {std::make_pair("show.models", &workspace.modelDock()),
-                                   std::make_pair("show.history", &workspace.historyDock()),
-                                   std::make_pair("show.toolOptions", &workspace.optionsDock()),
-                                   std::make_pair("show.cuts", &workspace.cutsDock())}) {
+    for (const auto& [id, dock] :
+         {std::make_pair("show.models", &workspace.modelDock()),
+          std::make_pair("show.history", &workspace.historyDock()),
+          std::make_pair("show.toolOptions", &workspace.optionsDock()),
+          std::make_pair("show.cuts", &workspace.cutsDock()), std::make_pair("show.scene", &workspace.sceneDock())}) {
         QAction& action = __commands.action(id);
         connect(dock, &QDockWidget::visibilityChanged, &action,
                 [&action, dock = dock] { action.setChecked(!dock->isHidden()); });
@@ -140,6 +144,8 @@ void VRLRootMediator::bindWorkspaceCommands() {
     __commands.bind("show.history", [toggle] { toggle(&Workspace::historyDock); });
     __commands.bind("show.toolOptions", [toggle] { toggle(&Workspace::optionsDock); });
     __commands.bind("show.cuts", [toggle] { toggle(&Workspace::cutsDock); });
+    __commands.bind("show.scene", [toggle] { toggle(&Workspace::sceneDock); });
+    __commands.bind("show.panes", [this] { __workspace->showPanes(); }).enableWhen(stack);
     __commands
         .bind("model.new",
               [this] {

@@ -144,9 +144,11 @@ void VRLRootStatusBar::subjectProgressed(unsigned int current, unsigned int tota
     const int value = total > 0 ? static_cast<int>(std::lround(100.0 * current / total)) : 0;
     if (value == __progressBar->value() || (__sinceUpdate.isValid() && __sinceUpdate.elapsed() < __pause))
         return;
-    __progressBar->setValue(value);
-    __progressBar->show();
     __sinceUpdate.start();
+    __progressBar->setUpdatesEnabled(false); // else the value is painted at once, and with the rest once more
+    __progressBar->setValue(value);
+    __progressBar->setUpdatesEnabled(true);
+    __progressBar->show();
     processPaintEvents();
     // A repaint of the window is dear where the graphics are made by software: it may take a fifth of the time.
     __pause = std::max<qint64>(40, 4 * __sinceUpdate.elapsed());

@@ -22,6 +22,7 @@
 #include <QVBoxLayout>
 
 #include "ui/analysis/analysiscommands.h"
+#include "ui/app/guidewindow.h"
 #include "ui/app/rootcommands.h"
 #include "ui/app/vrlaboutwidget.h"
 #include "ui/app/vrlrootbrowser.h"
@@ -210,6 +211,10 @@ void VRLRootWindow::toggleToolBar() {
 
 void VRLRootWindow::toggleStatusBar() {
     toggle(*__statusBar, "rootWindow/statusBarVisible");
+}
+
+void VRLRootWindow::openGuide() {
+    GuideWindow::open("guide.md");
 }
 
 void VRLRootWindow::openHomepage() {

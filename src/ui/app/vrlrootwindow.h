@@ -54,6 +54,8 @@ public slots:
     void toggleBrowser();
     void toggleToolBar();
     void toggleStatusBar();
+    /// The guide that is installed with the program.
+    void openGuide();
     void openHomepage();
     void openPDFManual();
     void subscribeMailingList();

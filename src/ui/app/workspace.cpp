@@ -16,6 +16,7 @@
 #include "ui/icons/vrlicons.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/scenes/scenepanel.h"
 #include "ui/session/vrlconfig.h"
 #include "ui/slices/tooloptionspanel.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
@@ -26,7 +27,7 @@ namespace vorlen {
 namespace {
 
 const char* const layoutKey = "rootWindow/workspace";
-constexpr int layoutVersion = 3;
+constexpr int layoutVersion = 4;
 
 /// A strip over the slice, with a sentence.
 QFrame* newStrip(const QString& text, QWidget* parent) {
@@ -76,6 +77,12 @@ Workspace::Workspace(QWidget* views, VRLRootSliceEditWidget& sliceWidget, QWidge
     __cutsDock = newDock("Cuts", "dock.cuts", newCuts());
     addDockWidget(Qt::BottomDockWidgetArea, __cutsDock);
     __cutsDock->hide();
+    __scene = new ScenePanel(this);
+    __sceneDock = newDock("3D view", "dock.scene", __scene);
+    // Out of the window the canvas would lose what it has prepared for drawing; for that there is the own window.
+    __sceneDock->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetClosable);
+    splitDockWidget(__cutsDock, __sceneDock, Qt::Horizontal);
+    __sceneDock->hide();
     connect(newModel, &QPushButton::clicked, this, [this] {
         __modelDock->show();
         __modelDock->raise();
@@ -146,7 +153,19 @@ void Workspace::setStack(VRLStack* stack) {
     __models->setStack(stack);
     __history->setStack(stack);
     __cuts->setStack(stack);
+    __scene->setStack(stack);
     updateFirstSteps();
+}
+
+void Workspace::showPanes() {
+    for (QDockWidget* dock : {__cutsDock, __sceneDock}) {
+        dock->setFloating(false);
+        dock->show();
+    }
+    if (dockWidgetArea(__cutsDock) == dockWidgetArea(__sceneDock)) {
+        resizeDocks({__cutsDock, __sceneDock}, {height() / 2, height() / 2}, Qt::Vertical);
+        resizeDocks({__cutsDock, __sceneDock}, {width() * 3 / 5, width() * 2 / 5}, Qt::Horizontal);
+    }
 }
 
 void Workspace::updateFirstSteps() {

@@ -11,13 +11,14 @@ namespace vorlen {
 class CutsPanel;
 class HistoryPanel;
 class ModelPanel;
+class ScenePanel;
 class VRLRootSliceEditWidget;
 class VRLSliceEditWidgetMediator;
 class VRLStack;
 
 /// The middle of a root window: the slice, a tool bar of the tools that stay on, and around it docks that move, close
-/// and come back where they were: models, history, the options of the tool, and cuts across the stack, which are not
-/// seen at first.
+/// and come back where they were: models, history, the options of the tool, and the cuts across the stack and the
+/// models in space, which are not seen at first.
 ///
 /// Over the slice lies what is to be done first: without a stack, how to get one; in a stack without models, "New
 /// model".
@@ -35,6 +36,8 @@ public:
     QDockWidget& historyDock() { return *__historyDock; }
     QDockWidget& optionsDock() { return *__optionsDock; }
     QDockWidget& cutsDock() { return *__cutsDock; }
+    ScenePanel& scene() { return *__scene; }
+    QDockWidget& sceneDock() { return *__sceneDock; }
     QToolBar& tools() { return *__tools; }
 
     /// Null for none.
@@ -42,6 +45,9 @@ public:
 
     /// Says what to do first, or nothing.
     void updateFirstSteps();
+
+    /// Shows the slice, its cuts and the 3D view side by side; the cuts and the 3D view get the lower half.
+    void showPanes();
 
     /// Keeps the places of docks and tool bar, and finds them again.
     void saveLayout() const;
@@ -61,10 +67,12 @@ private:
     ModelPanel* __models;
     HistoryPanel* __history;
     CutsPanel* __cuts;
+    ScenePanel* __scene;
     QDockWidget* __modelDock;
     QDockWidget* __historyDock;
     QDockWidget* __optionsDock;
     QDockWidget* __cutsDock;
+    QDockWidget* __sceneDock;
     QToolBar* __tools;
     QFrame* __welcome;
     QFrame* __noModels;

@@ -1,9 +1,14 @@
 #pragma once
 
+#include <set>
+#include <vector>
+
+#include <QString>
 #include <QWidget>
 
 class QLabel;
 class QLineEdit;
+class QMenu;
 class QModelIndex;
 class QPushButton;
 class QSortFilterProxyModel;
@@ -22,6 +27,9 @@ class VRLStack;
 /// The models of the current stack beside the slice: colour, name, number of items here and in all, shown, locked, and
 /// which one is current. Models are made, renamed, recoloured and deleted in place, each as a step of the history. A
 /// line below tells on how many slices the current model is outlined, and which between them lack it.
+///
+/// Models can be put in groups, which are shown, hidden, locked and folded as one: by dragging them onto a group, or by
+/// the menu of the right click, for all rows that are selected. What is folded is kept as long as the panel is there.
 ///
 /// Decisions: a new model is a closed outline in the colour that is farthest from those of the others, and its name is
 /// ready to be typed over. The row of the current model is the selected one.
@@ -50,8 +58,12 @@ public slots:
     void renameCurrent();
     /// Asks for a colour.
     void recolourCurrent();
-    /// Asks first where items go with it.
+    /// Deletes the models of the selected rows. Asks first where items go with them.
     void deleteCurrent();
+    /// Puts the selected models into a new group, whose name can be typed over at once.
+    void groupSelected();
+    /// Puts the selected models into a group; out of theirs for no name.
+    void groupSelected(const QString& group);
 
 signals:
     /// All about the model in one window is wanted.
@@ -69,6 +81,12 @@ private:
     void showGaps();
     void showMenu(const QPoint& position);
     void updateButtons();
+    void showGroups();
+    void fillGroupMenu(QMenu& menu);
+    void fillMenuOfGroup(QMenu& menu, const QModelIndex& index);
+    QModelIndex tableIndex(const QModelIndex& index) const;
+    QModelIndex rowOfGroup(const QString& group) const;
+    std::vector<Model*> selectedModels() const;
 
     ModelViews& __views;
     ModelTable* __table;
@@ -81,8 +99,10 @@ private:
     QPushButton* __delete;
     QLabel* __empty;
     QLabel* __gaps;
+    std::set<QString> __folded; // groups
     VRLStack* __stack = nullptr;
     bool __locked = false;
+    bool __rowsChange = false; // rows are going
 };
 
 } // namespace vorlen

@@ -57,10 +57,28 @@ void ModelViews::setLocked(const Model& model, bool locked) {
     emit changed();
 }
 
+void ModelViews::setHidden(const std::vector<Model*>& models, bool hidden) {
+    for (const Model* model : models)
+        set(__hidden, *model, hidden);
+    emit changed();
+}
+
+void ModelViews::setLocked(const std::vector<Model*>& models, bool locked) {
+    for (const Model* model : models)
+        set(__locked, *model, locked);
+    emit changed();
+}
+
 void ModelViews::showOnly(const Model& model) {
     for (int i = 0; __stack != nullptr && i < __stack->getNumModels(); ++i)
         set(__hidden, __stack->getModel(i), &__stack->getModel(i) != &model);
     emit changed();
+}
+
+void ModelViews::showOnly(const std::vector<Model*>& models) {
+    for (int i = 0; __stack != nullptr && i < __stack->getNumModels(); ++i)
+        set(__hidden, __stack->getModel(i), true);
+    setHidden(models, false);
 }
 
 void ModelViews::showAll() {

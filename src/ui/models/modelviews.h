@@ -2,6 +2,7 @@
 
 #include <map>
 #include <set>
+#include <vector>
 
 #include <QObject>
 
@@ -39,8 +40,12 @@ public:
     void setHidden(const Model& model, bool hidden);
     bool isLocked(const Model& model) const { return __locked.count(&model) > 0; }
     void setLocked(const Model& model, bool locked);
-    /// Hides the other models of the stack, and shows this one; shows all.
+    /// The same for several at once, as of a group.
+    void setHidden(const std::vector<Model*>& models, bool hidden);
+    void setLocked(const std::vector<Model*>& models, bool locked);
+    /// Hides the other models of the stack, and shows these; shows all.
     void showOnly(const Model& model);
+    void showOnly(const std::vector<Model*>& models);
     void showAll();
 
     /// Whether the item is shown, and whether it can be selected and changed. An item without a model can.

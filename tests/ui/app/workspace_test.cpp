@@ -10,6 +10,7 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextBrowser>
 #include <QToolBar>
 #include <QTreeView>
 
@@ -17,13 +18,16 @@
 
 #include "editing/history/vrlactionhistory.h"
 #include "editing/operations/itemoperations.h"
+#include "editing/operations/modeloperations.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
 #include "support/commands.h"
+#include "support/dialogdriver.h"
 #include "support/documentmaker.h"
+#include "ui/app/guidewindow.h"
 #include "ui/app/historypanel.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
@@ -32,11 +36,14 @@
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/scenes/scenepanel.h"
+#include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/session/crosshair.h"
 #include "ui/slices/slicecommands.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
+#include "ui/viewer/viewercanvasgl.h"
 
 namespace vorlen {
 
@@ -244,6 +251,50 @@ TEST_F(WorkspaceTest, aPlaceInACutIsGoneToAndTheDockComesAndGoes) {
     EXPECT_FALSE(window->mediator().commands().action("show.cuts").isChecked());
 }
 
+TEST_F(WorkspaceTest, sliceCutsAndSceneStandSideBySideAndAreLinked) {
+    VRLStack& stack = open();
+    Model& model = addModel(stack, "cube");
+    model.getProperties().setBeginCapFlag(true);
+    model.getProperties().setEndCapFlag(true);
+    for (int i = 0; i < 5; ++i) {
+        stack.getSlice(i).setAbsolutePosition(float(5 * i));
+        addItem(model, stack.getSlice(i), {{5, 5}, {25, 5}, {25, 25}, {5, 25}});
+    }
+    trigger("slice.next");
+    trigger("slice.next");
+    ScenePanel& scene = workspace().scene();
+    EXPECT_TRUE(workspace().sceneDock().isHidden());
+    EXPECT_EQ(scene.mediator().getStack(), nullptr); // nothing is made for a pane that nobody sees
+    trigger("show.panes");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return scene.isVisible() && workspace().cuts().isVisible(); }, 60000));
+    EXPECT_TRUE(window->sliceWidget().isVisible());
+    EXPECT_TRUE(window->mediator().commands().action("show.scene").isChecked());
+    ASSERT_EQ(scene.mediator().getStack(), &stack);
+    EXPECT_EQ(scene.mediator().getPainters().size(), 1u);
+    ASSERT_TRUE(createModel(stack, nextModel(stack, PolygonPrimitive)));
+    EXPECT_EQ(scene.mediator().getPainters().size(), 2u); // follows the stack
+
+    // A click on the surface, in the middle of the pane, leads the slice and the cuts to the place.
+    trigger("view.crosshair");
+    EXPECT_EQ(slice(), "s2");
+    QCoreApplication::processEvents();
+    const auto place = scene.canvas().placeAt(scene.canvas().rect().center());
+    ASSERT_TRUE(place);
+    QTest::mouseClick(&scene.canvas(), Qt::LeftButton, {}, scene.canvas().rect().center());
+    EXPECT_NE(slice(), "s2"); // an end of the cube
+    EXPECT_EQ(slice(), "s" + std::to_string(nearestSlice(stack, {(*place)[0], (*place)[1], (*place)[2]})));
+    EXPECT_TRUE(scene.canvas().getMark());
+
+    workspace().sceneDock().close();
+    EXPECT_FALSE(window->mediator().commands().action("show.scene").isChecked());
+    EXPECT_EQ(scene.mediator().getStack(), nullptr);
+    trigger("show.scene");
+    EXPECT_EQ(scene.mediator().getStack(), &stack);
+    stack.setModified(false);
+    trigger("stack.close");
+    EXPECT_EQ(scene.mediator().getStack(), nullptr);
+}
+
 TEST_F(WorkspaceTest, theWindowsOfAStackShareTheCrosshair) {
     VRLStack& stack = open();
     auto* const second = new VRLRootWindow;
@@ -278,6 +329,32 @@ TEST_F(WorkspaceTest, theWindowsOfAStackShareTheCrosshair) {
     QTest::keyClick(&canvas, Qt::Key_P);
     EXPECT_FALSE(other.getCrosshair());
     delete second;
+}
+
+TEST_F(WorkspaceTest, theGuideIsReadInAWindowOfItsOwn) {
+    trigger("help.guide");
+    trigger("help.guide"); // the same window
+    std::vector<GuideWindow*> guides;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* const guide = qobject_cast<GuideWindow*>(widget))
+            guides.push_back(guide);
+    ASSERT_EQ(guides.size(), 1u);
+    QTextBrowser& pages = guides[0]->pages();
+    EXPECT_TRUE(pages.toPlainText().startsWith("From images to a measured surface"));
+    const auto picture = pages.loadResource(QTextDocument::ImageResource, QUrl("pictures/window.png")).value<QImage>();
+    EXPECT_EQ(picture.deviceIndependentSize().width(), 720); // of 1200
+    pages.setSource(QUrl("cuts.md"));                        // as a click on a link
+    EXPECT_TRUE(pages.toPlainText().startsWith("Crosshair and cuts"));
+    button(*guides[0], "Back").click();
+    EXPECT_TRUE(pages.toPlainText().startsWith("From images"));
+    auto& search = *guides[0]->findChild<QLineEdit*>();
+    search.setText("mnemonic that no page has");
+    QTest::keyClick(&search, Qt::Key_Return);
+    EXPECT_FALSE(pages.textCursor().hasSelection());
+    search.setText("live wire");
+    QTest::keyClick(&search, Qt::Key_Return);
+    EXPECT_EQ(pages.textCursor().selectedText().toLower(), "live wire");
+    delete guides[0];
 }
 
 TEST_F(WorkspaceTest, theToolBarShowsTheToolThatIsOn) {

@@ -1,7 +1,10 @@
 #include "ui/models/modelpanel.h"
 
+#include <memory>
+
 #include <QLabel>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTest>
 #include <QTreeView>
@@ -45,6 +48,7 @@ protected:
 
     QAbstractItemModel& rows() { return *list.model(); }
     QStringList column(int which) {
+        QCoreApplication::processEvents(); // rows of groups, and counts, follow a moment later
         QStringList texts;
         for (int row = 0; row < rows().rowCount(); ++row)
             texts += rows().index(row, which).data().toString();
@@ -140,13 +144,24 @@ TEST_F(ModelPanelTest, aNameThatIsTakenIsRefusedInWords) {
 
 TEST_F(ModelPanelTest, theFilterKeepsWhatHoldsTheWord) {
     auto& filter = *panel.findChild<QLineEdit*>();
+    for (int i = 0; i < 300; ++i)
+        addModel(stack, "m" + std::to_string(i));
+    panel.setStack(nullptr);
+    panel.setStack(&stack);
+    views.setCurrent(*dots);
+    filter.setText("m12"); // rows go by the hundred, that of the current model among them
+    EXPECT_EQ(column(ModelTable::Name).size(), 11);
+    EXPECT_EQ(views.getCurrent(), dots);
+    EXPECT_FALSE(list.currentIndex().isValid());
+    filter.clear();
+    EXPECT_EQ(list.currentIndex().data().toString(), "Dots <b>");
     filter.setText("ce");
     EXPECT_EQ(column(ModelTable::Name), QStringList{"Cell"});
     views.setCurrent(*axon); // which is not in the list now
     EXPECT_EQ(views.getCurrent(), axon);
     panel.createModel(); // that is to be seen
     EXPECT_EQ(filter.text(), "");
-    EXPECT_EQ(rows().rowCount(), 4);
+    EXPECT_EQ(rows().rowCount(), 304);
 }
 
 TEST_F(ModelPanelTest, aModelWithOutlinesIsDeletedAfterAQuestion) {
@@ -179,6 +194,85 @@ TEST_F(ModelPanelTest, theSlicesThatLackTheCurrentModelAreNamed) {
     EXPECT_EQ(wanted, std::vector<const StackSlice*>{&stack.getSlice(3)});
     views.setCurrent(*axon);
     EXPECT_EQ(gaps(), "On 0 of 5 slices.");
+}
+
+TEST_F(ModelPanelTest, modelsOfAGroupAreListedShownAndLockedAsOne) {
+    ASSERT_TRUE(groupModels(stack, {cell, dots}, " left <b> "));
+    EXPECT_EQ(cell->getGroup(), "left <b>");
+    ASSERT_EQ(column(ModelTable::Name), (QStringList{"left <b>", "axon"})); // groups come first
+    const QModelIndex group = rows().index(0, 0);
+    EXPECT_TRUE(list.isExpanded(group));
+    ASSERT_EQ(rows().rowCount(group), 2);
+    EXPECT_EQ(rows().index(0, ModelTable::Name, group).data().toString(), "Cell");
+    EXPECT_EQ(column(ModelTable::All), (QStringList{"3", "0"}));
+    EXPECT_EQ(column(ModelTable::Here), (QStringList{"2", "0"}));
+    EXPECT_EQ(views.getCurrent(), cell); // as before: its row has moved only
+    click(0, ModelTable::Shown);
+    EXPECT_TRUE(views.isHidden(*cell) && views.isHidden(*dots) && !views.isHidden(*axon));
+    views.setHidden(*dots, false);
+    click(0, ModelTable::Shown); // one of them is shown: hides all
+    EXPECT_TRUE(views.isHidden(*dots));
+    click(0, ModelTable::Shown);
+    EXPECT_FALSE(views.isHidden(*cell) || views.isHidden(*dots));
+    views.setLocked(*cell, true);
+    click(0, ModelTable::Locked);
+    EXPECT_TRUE(views.isLocked(*cell) && views.isLocked(*dots) && !views.isLocked(*axon));
+    click(0, ModelTable::Locked);
+    EXPECT_FALSE(views.isLocked(*cell) || views.isLocked(*dots));
+    EXPECT_EQ(views.getCurrent(), cell); // a group is none
+
+    list.collapse(group);
+    panel.filter().setText("dots");
+    ASSERT_EQ(column(ModelTable::Name), QStringList{"left <b>"});
+    EXPECT_TRUE(list.isExpanded(rows().index(0, 0)) && rows().rowCount(rows().index(0, 0)) == 1);
+    panel.filter().setText("LEFT"); // the group's name stands for all its models
+    EXPECT_EQ(rows().rowCount(rows().index(0, 0)), 2);
+    panel.filter().clear();
+    EXPECT_FALSE(list.isExpanded(rows().index(0, 0))); // folded by hand
+    history().undo();
+    EXPECT_EQ(column(ModelTable::Name), (QStringList{"axon", "Cell", "Dots <b>"}));
+    EXPECT_FALSE(list.rootIsDecorated());
+}
+
+TEST_F(ModelPanelTest, groupsAreMadeRenamedDraggedToAndDissolvedAsSteps) {
+    click(1, ModelTable::Name);
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, Qt::ControlModifier,
+                      list.visualRect(rows().index(2, ModelTable::Name)).center());
+    panel.groupSelected();
+    EXPECT_TRUE(cell->getGroup() == "Group 1" && dots->getGroup() == "Group 1" && axon->getGroup().empty());
+    type("Glia");
+    QCoreApplication::processEvents(); // the row goes when it is not edited any more
+    EXPECT_TRUE(cell->getGroup() == "Glia" && dots->getGroup() == "Glia");
+    ASSERT_EQ(column(ModelTable::Name), (QStringList{"Glia", "axon"}));
+
+    const std::unique_ptr<QMimeData> axonDragged(rows().mimeData({rows().index(1, ModelTable::Name)}));
+    const QModelIndex member = rows().index(0, 0, rows().index(0, 0));
+    ASSERT_TRUE(rows().canDropMimeData(axonDragged.get(), Qt::MoveAction, -1, -1, member));
+    rows().dropMimeData(axonDragged.get(), Qt::MoveAction, -1, -1, member); // on a model: to its group
+    EXPECT_EQ(axon->getGroup(), "Glia");
+    EXPECT_EQ(column(ModelTable::Name), QStringList{"Glia"});
+    rows().dropMimeData(axonDragged.get(), Qt::MoveAction, -1, -1, QModelIndex()); // where no row is
+    EXPECT_EQ(axon->getGroup(), "");
+
+    views.setCurrent(*cell);
+    panel.groupSelected(QString());
+    EXPECT_EQ(cell->getGroup(), "");
+    ASSERT_TRUE(deleteModels(stack, {dots}));
+    EXPECT_EQ(column(ModelTable::Name), (QStringList{"axon", "Cell"})); // the group went with its last model
+    while (history().isUndoable())
+        history().undo();
+    EXPECT_EQ(column(ModelTable::Name), (QStringList{"axon", "Cell", "Dots <b>"}));
+    EXPECT_EQ(dots->getGroup(), "");
+
+    std::vector<Model*> many;
+    for (int i = 0; i < 60; ++i) {
+        ASSERT_TRUE(createModel(stack, nextModel(stack, PolygonPrimitive)));
+        many.push_back(&stack.getModel(stack.getNumModels() - 1));
+    }
+    ASSERT_TRUE(groupModels(stack, many, "many"));
+    EXPECT_EQ(column(ModelTable::Name), (QStringList{"many", "axon", "Cell", "Dots <b>"}));
+    EXPECT_EQ(rows().rowCount(rows().index(0, 0)), 60);
+    EXPECT_EQ(list.currentIndex().data().toString(), "Cell");
 }
 
 TEST_F(ModelPanelTest, nothingCanBeChangedWhileTheSliceIsLocked) {
