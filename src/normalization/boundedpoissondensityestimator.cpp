@@ -150,8 +150,8 @@ void Searches<T>::fillRows(int i, int k, VoxelMatrix<T>& matrix, Sums* sums) con
         for (std::size_t t = 0; t < trees.size(); ++t)
             neighbours[t].find(places.data(), int(count), squares.data() + t * blockCells);
         for (std::size_t c = 0; c < count; ++c)
-            matrix[cells[c].k - planes.first][cells[c].i][cells[c].j] =
-                density(cells[c], places[c], squares.data() + c, sums[rowNumber(cells[c].i, cells[c].k - planes.first)]);
+            matrix[cells[c].k - planes.first][cells[c].i][cells[c].j] = density(
+                cells[c], places[c], squares.data() + c, sums[rowNumber(cells[c].i, cells[c].k - planes.first)]);
     }
 }
 
