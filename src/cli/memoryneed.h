@@ -5,12 +5,12 @@
 
 namespace vorlen {
 
-/// How much memory a command takes for a stack, from above, in bytes: so many for each byte of its description, for
-/// each pixel of its greatest section, and for itself.
+/// About how much memory a command takes for a stack, in bytes: so many for each byte of its description, for each
+/// pixel of its greatest section, and for itself.
 ///
-/// The numbers were measured on stacks of 20 to 2,000 sections with up to 400 outlines of some thousand vertices, with
-/// about half as much again; docs/cluster.md has a table. What depends on the forms of surfaces may take more in a rare
-/// stack, which is why jobs of a study that run out are tried again with more.
+/// The numbers of info, check and measure were measured on stacks of four sizes, those of register, normalize and
+/// render are from the table of docs/cluster.md, with about half as much again; those of the others are estimates. What
+/// depends on the forms of surfaces may take more, which is why jobs of a study that run out are tried again with more.
 struct MemoryNeed {
     double ofDescription = 8;
     double ofPixel = 0;
