@@ -124,7 +124,8 @@ TEST_F(AnalysisTablesTest, modelsOfEachGeometryAreMeasuredInSpace) {
                                               measured("tube") + "\t3\t2800\t5280\npair\t" + measured("pair") +
                                               "\t2\t0\t720\nnothing\t0\t0\t0\t0\t0\t0\t0");
     EXPECT_EQ(modelsOf(PolylinePrimitive), "\"Model\"\t\"Vertices\"\t" + averages +
-                                               "\t\"Contours\"\t\"Area [mm^2]\"\nline\t" + measured("line") + "\t1\t0");
+                                               "\t\"Contours\"\t\"Area [mm^2]\"\t\"PathLength [mm]\"\nline\t" +
+                                               measured("line") + "\t1\t0\tNA"); // all on one slice: no path
     EXPECT_EQ(modelsOf(PolypointPrimitive), "\"Model\"\t\"Vertices\"\t" + averages + "\ndots\t" + measured("dots"));
     EXPECT_EQ(modelsOf(MPrimitive(3)), "");
     EXPECT_EQ(measured("tube").substr(0, 2), "12");
@@ -155,7 +156,7 @@ TEST_F(AnalysisTablesTest, stacksWithoutModelsOrSlicesGiveTablesWithoutRows) {
     EXPECT_EQ(models.rowCount(), 1);
     models.setStack(empty);
     EXPECT_EQ(models.rowCount(), 0);
-    EXPECT_EQ(models.columnCount(), 7);
+    EXPECT_EQ(models.columnCount(), 8);
     click(models, 1);
 }
 
