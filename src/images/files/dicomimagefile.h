@@ -19,7 +19,7 @@ struct DicomFrame {
     long number = 0;                               ///< of the file in its series
 };
 
-/// DICOM files (Part 10, with the preamble) by DCMTK: one frame or several, grey, with a palette or in colour, of 8, 16
+/// DICOM files (with the preamble) by DCMTK: one frame or several, grey, with a palette or in colour, of 8, 16
 /// or 32 bits, signed or not, or real; uncompressed, or by RLE, JPEG (also without loss, and of up to 16 bits) or
 /// JPEG-LS.
 ///
