@@ -131,9 +131,9 @@ int tellMemoryOf(const Comparison& comparison) {
             points += double(pattern->getNumVertices());
         }
         const DensityMapping mapping(comparison.settings.mapping.settings, pointers, {});
-        const Vector<int>& size = mapping.grid(comparison.settings.mapping.resolution).getSize();
-        places = double(size[0]) * size[1] * size[2];
-        own = mapping.bytes(mapping.grid(comparison.settings.mapping.resolution));
+        const Grid<float> grid = mapping.grid(comparison.settings.mapping.resolution);
+        places = double(grid.getSize()[0]) * grid.getSize()[1] * grid.getSize()[2];
+        own = mapping.bytes(grid);
     }
     const double held = double(list.files.size()) + 6 + 3 * ParallelWork::getThreads();
     std::cout << "Memory: " << memoryText(MemoryNeed().own + own + sizeof(float) * (places * held + 16 * points))

@@ -20,15 +20,15 @@ struct DicomFrame {
 };
 
 /// DICOM files (with the preamble) by DCMTK: one frame or several, grey, with a palette or in colour, of 8, 16
-/// or 32 bits, signed or not, or real; uncompressed, or by RLE, JPEG (also without loss, and of up to 16 bits) or
-/// JPEG-LS.
+/// or 32 bits, signed or not, or real; uncompressed, or by RLE, JPEG (also without loss, and of up to 16 bits), JPEG-LS
+/// or JPEG 2000 (by OpenJPEG).
 ///
 /// Grey values are those that the file means: rescaled by its slope and intercept, which each frame may have for
 /// itself; they stay whole numbers where these are. Values of which the least stand for white are turned around unless
 /// they have a sign or a scale, which keep their meaning. Frames are pages in the order of the file, and the layout has
 /// them sorted by position; dicomSeries() does so for several files.
 ///
-/// Pixels stay in the file until they are asked for, and come frame by frame. Refused: JPEG 2000, deflated data sets,
+/// Pixels stay in the file until they are asked for, and come frame by frame. Refused: deflated data sets,
 /// slides in tiles, and frames of one bit. The depth of nested sequences is looked at before the file is parsed, since
 /// DCMTK goes into them by recursion.
 class DicomImageFile : public ImageFile {
