@@ -32,17 +32,11 @@ namespace vorlen {
 
 namespace {
 
-/// A stretch of the list of permutations: the part of this number of so many.
-struct Stretch : WorkPart {
-    std::uint64_t first(std::uint64_t total) const { return total * (number - 1) / parts; }
-    std::uint64_t count(std::uint64_t total) const { return total * number / parts - first(total); }
-};
-
 struct Comparison {
     ComparisonSettings settings;
     ComparisonFiles files;
-    std::optional<Stretch> stretch;
-    std::vector<std::string> parts; ///< files to put together
+    std::optional<WorkPart> stretch; ///< of the list of permutations
+    std::vector<std::string> parts;  ///< files to put together
 };
 
 std::vector<std::string> outputsOf(const Comparison& comparison) {
@@ -64,7 +58,7 @@ std::string hashOf(const std::vector<int>& groups, const SpecimenValues& values)
 }
 
 /// Does the stretch alone, and writes its maxima.
-void writeStretch(GroupComparison& run, const Stretch& stretch, const ComparisonKey& key, const std::string& file) {
+void writeStretch(GroupComparison& run, const WorkPart& stretch, const ComparisonKey& key, const std::string& file) {
     const std::uint64_t total = run.numPermutations();
     std::ostringstream text;
     writeMaxima(text, key, run.maxima(stretch.first(total), stretch.count(total)));
@@ -151,13 +145,8 @@ bool readComparison(const CommandLine& line, Comparison& comparison) {
                                                                   : std::optional(0.);
     if (!cluster ||
         !readDensityOptions(line, comparison.settings.mapping.settings, comparison.settings.mapping.resolution) ||
-        !readUnit(line, comparison.files.unit))
+        !readUnit(line, comparison.files.unit) || !readChunk(line, comparison.stretch))
         return false;
-    std::optional<WorkPart> part;
-    if (!readChunk(line, part))
-        return false;
-    if (part)
-        comparison.stretch = Stretch{*part};
     if (comparison.files.unit)
         comparison.settings.mapping.settings.unit = comparison.files.unit->symbol();
     if (line.value("name").isEmpty() || line.value("name").contains('/')) {

@@ -145,6 +145,13 @@ PixelMatrix<float> SnakeFrame::pixels(const Image& image, float step) const {
     return inFrame(valuesOf(cut(image, left(), top(), width(), height()), image.colorContent(), step));
 }
 
+PixelMatrix<float> SnakeFrame::pixels(const ImageParts::Part& part, float step) const {
+    if (PixelWindow{part.left, part.top, part.image->getWidth(), part.image->getHeight()} == window())
+        return pixelsOfPart(*part.image, step);
+    const Image cutOut = cut(*part.image, left() - part.left, top() - part.top, width(), height());
+    return inFrame(valuesOf(cutOut, part.image->colorContent(), step));
+}
+
 PixelMatrix<float> SnakeFrame::pixelsOfPart(const Image& part, float step) const {
     return inFrame(valuesOf(part, part.colorContent(), step));
 }

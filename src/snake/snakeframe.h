@@ -1,12 +1,11 @@
 #pragma once
 
 #include "images/rasters/pixelmatrix.h"
+#include "images/sections/imageparts.h"
 #include "shapes/boundingbox.h"
 #include "shapes/curve.h"
 
 namespace vorlen {
-
-class Image;
 
 /// The part of a slice's image that a snake runs on, and the way between the pixels of the two.
 ///
@@ -46,8 +45,11 @@ public:
     int width() const { return __x.end - __x.first; }
     int height() const { return __y.end - __y.first; }
 
-    /// The same pixels of an image of this part alone.
+    PixelWindow window() const { return {left(), top(), width(), height()}; }
+
+    /// The same pixels of an image of this part alone, and of a part that has it.
     PixelMatrix<float> pixelsOfPart(const Image& part, float step = 1) const;
+    PixelMatrix<float> pixels(const ImageParts::Part& part, float step = 1) const;
 
 private:
     PixelMatrix<float> inFrame(const PixelMatrix<float>& values) const;

@@ -43,10 +43,6 @@ PixelMatrix<int> levelsOf(const Image& image) {
     return levels;
 }
 
-} // namespace
-
-namespace {
-
 /// The box with a margin around it, as far as the image goes.
 PixelWindow partAround(const ImageParts& image, const BoundingBox<int>& box, int margin) {
     const int left = std::max(box.getVertex1()[0] - margin, 0), top = std::max(box.getVertex1()[1] - margin, 0);
@@ -68,10 +64,6 @@ RegionOutline::RegionOutline(const ImageParts& image, const BoundingBox<int>& bo
     if (low[0] < 0 || low[1] < 0 || high[0] >= image.getWidth() || high[1] >= image.getHeight())
         throw RangeError("RegionOutline::RegionOutline(const ImageParts&, const BoundingBox<int>&, int)",
                          "The box does not lie on the image");
-    if (image.isInMemory()) {
-        search(*image.read({0, 0, image.getWidth(), image.getHeight()}).image, box, smoothing);
-        return;
-    }
     int margin = std::max({leastMargin, high[0] - low[0], high[1] - low[1]}) + smoothing;
     const auto fits = [&](int wanted) {
         const PixelWindow part = partAround(image, box, wanted);
@@ -82,15 +74,10 @@ RegionOutline::RegionOutline(const ImageParts& image, const BoundingBox<int>& bo
     for (;; margin *= 2) {
         const PixelWindow window = partAround(image, box, margin);
         const ImageParts::Part part = image.read(window);
-        Vector<int> first(2), last(2);
-        for (const int axis : {0, 1}) {
-            first[axis] = low[axis] - (axis == 0 ? window.x : window.y);
-            last[axis] = high[axis] - (axis == 0 ? window.x : window.y);
-        }
-        search(*part.image, {first, last}, smoothing);
-        __left = window.x;
-        __top = window.y;
-        __cut = comesToEnd(image, window, smoothing);
+        search(*part.image, part.toPart(box), smoothing);
+        __left = part.left;
+        __top = part.top;
+        __cut = !image.isInMemory() && comesToEnd(image, window, smoothing);
         if (!__cut || margin > std::max(image.getWidth(), image.getHeight()) || !fits(2 * margin))
             return;
     }

@@ -13,6 +13,7 @@
 #include "images/files/imagereader.h"
 #include "images/rasters/image.h"
 #include "images/rasters/pixelmatrix.h"
+#include "images/sections/imageparts.h"
 #include "images/sections/sectionsource.h"
 #include "numerics/exception.h"
 #include "snake/snake.h"
@@ -73,40 +74,34 @@ constexpr std::int64_t greatestPart = std::int64_t(64) << 20;
 struct SnakeOperation::Picture {
     explicit Picture(const StackSlice& slice_) : slice(slice_) {
         reading(slice, [this] {
-            section = openLargeSection(slice.getImageSource());
-            if (section == nullptr)
-                ImageReader().read(image, slice.getImageSource());
+            const std::shared_ptr<TiledSection> section = openLargeSection(slice.getImageSource());
+            // A file without parts is as large as it was before.
+            if (section != nullptr && !section->getLevels().empty()) {
+                const ImageHeader& header = section->getHeader();
+                isGrey = header.isReal() || header.getDepth() == 16;
+                parts.emplace(section, greatestPart);
+                return;
+            }
+            ImageReader().read(image, slice.getImageSource());
+            isGrey = hasGreyScale(image);
+            parts.emplace(image);
         });
-        // A file without parts is as large as it was before.
-        if (section != nullptr && section->getLevels().empty())
-            reading(slice, [this] {
-                section.reset();
-                ImageReader().read(image, slice.getImageSource());
-            });
-        const ImageHeader& header = section != nullptr ? section->getHeader() : image.getHeader();
-        width = header.getWidth();
-        height = header.getHeight();
-        isGrey = section != nullptr ? header.isReal() || header.getDepth() == 16 : hasGreyScale(image);
     }
+    Picture(const Picture&) = delete;
+    Picture& operator=(const Picture&) = delete;
 
     /// Whether the frame is not too large.
-    bool canBeRead(const SnakeFrame& frame) const {
-        return section == nullptr || std::int64_t(frame.width()) * frame.height() <= greatestPart;
-    }
+    bool canBeRead(const SnakeFrame& frame) const { return parts->canRead(frame.width(), frame.height()); }
 
     PixelMatrix<float> pixels(const SnakeFrame& frame, float step) const {
-        if (section == nullptr)
-            return frame.pixels(image, step);
-        Image part;
-        reading(slice, [&] { section->read(part, 0, {frame.left(), frame.top(), frame.width(), frame.height()}); });
-        return frame.pixelsOfPart(part, step);
+        const ImageParts::Part part = reading(slice, [&] { return parts->read(frame.window()); });
+        return frame.pixels(part, step);
     }
 
     const StackSlice& slice;
     Image image;
-    std::unique_ptr<TiledSection> section;
-    int width = 0, height = 0;
-    bool isGrey = false; // values beyond bytes
+    std::optional<ImageParts> parts; // of the image, or of a section
+    bool isGrey = false;             // values beyond bytes
 };
 
 /// What is held during the run only: the part of the image and the snake with its edge map.
@@ -235,7 +230,8 @@ bool SnakeOperation::runOver(EditStep& step, StackSlice& slice, Curve<float>& cu
 /// Runs the snake on the part of the image around the curve; on a larger one, and at last on the whole, when it comes
 /// near to the end of it. False when it collapses.
 bool SnakeOperation::converge(const Picture& image, double aspect, const Curve<float>& curve) {
-    if (image.width < 1 || image.height < 1 || curve.getSize() < 1)
+    const int width = image.parts->getWidth(), height = image.parts->getHeight();
+    if (width < 1 || height < 1 || curve.getSize() < 1)
         return false;
     Snake<float, float>& snake = __work->snake;
     SnakeFrame& frame = __work->frame;
@@ -246,7 +242,7 @@ bool SnakeOperation::converge(const Picture& image, double aspect, const Curve<f
     const float step = image.isGrey ? __work->scale->white / 255 : 1;
     double margin = std::max({leastMargin, 2 * distance, largestSide(curve) / std::max(__config.getScale(), 1u)});
     for (;; margin *= 4) {
-        frame = SnakeFrame(image.width, image.height, aspect, __config.getScale(), curve, margin);
+        frame = SnakeFrame(width, height, aspect, __config.getScale(), curve, margin);
         if (!image.canBeRead(frame))
             return false;
         bool collapsed = false;

@@ -161,13 +161,7 @@ BoxOutline::BoxOutline(const ImageParts& image, const BoundingBox<int>& box, int
     const int right = std::min(high[0] + smoothing, image.getWidth() - 1);
     const int bottom = std::min(high[1] + smoothing, image.getHeight() - 1);
     const ImageParts::Part part = image.read({left, top, right - left + 1, bottom - top + 1});
-    Vector<int> first(2), last(2);
-    for (const int axis : {0, 1}) {
-        const int offset = axis == 0 ? part.left : part.top;
-        first[axis] = low[axis] - offset;
-        last[axis] = high[axis] - offset;
-    }
-    search(*part.image, {first, last}, smoothing);
+    search(*part.image, part.toPart(box), smoothing);
     __firstColumn = low[0];
     __firstRow = low[1];
 }

@@ -8,18 +8,29 @@
 
 namespace vorlen {
 
+BoundingBox<int> ImageParts::Part::toPart(const BoundingBox<int>& box) const {
+    Vector<int> low(2), high(2);
+    for (const int axis : {0, 1}) {
+        const int offset = axis == 0 ? left : top;
+        low[axis] = box.getVertex1()[axis] - offset;
+        high[axis] = box.getVertex2()[axis] - offset;
+    }
+    return {low, high};
+}
+
 ImageParts::ImageParts(const Image& image) : __image(&image), __width(image.getWidth()), __height(image.getHeight()) {
 }
 
-ImageParts::ImageParts(std::shared_ptr<TiledSection> section)
-    : __section(std::move(section)), __width(__section->getHeader().getWidth()),
+ImageParts::ImageParts(std::shared_ptr<TiledSection> section, std::int64_t mostPixels)
+    : __section(std::move(section)), __mostPixels(mostPixels), __width(__section->getHeader().getWidth()),
       __height(__section->getHeader().getHeight()) {
     if (__section->getLevels().empty())
-        throw UsageError("ImageParts::ImageParts(std::shared_ptr<TiledSection>)", "The section has no level yet");
+        throw UsageError("ImageParts::ImageParts(std::shared_ptr<TiledSection>, std::int64_t)",
+                         "The section has no level yet");
 }
 
 bool ImageParts::canRead(int width, int height) const {
-    return isInMemory() || std::int64_t(width) * height <= greatestPart;
+    return isInMemory() || std::int64_t(width) * height <= __mostPixels;
 }
 
 ImageParts::Part ImageParts::read(const PixelWindow& window) const {

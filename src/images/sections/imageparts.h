@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "images/files/picturelevel.h"
+#include "shapes/boundingbox.h"
 
 namespace vorlen {
 
@@ -19,15 +20,18 @@ public:
         std::shared_ptr<const Image> image;
         int left = 0;
         int top = 0;
+
+        /// A box of the whole, in pixels of this part.
+        BoundingBox<int> toPart(const BoundingBox<int>& box) const;
     };
 
-    /// Of a section, in pixels.
+    /// Of a section, in pixels, for work that needs some times its memory.
     static constexpr std::int64_t greatestPart = std::int64_t(32) << 20;
 
     /// The image is seen, not owned.
     explicit ImageParts(const Image& image);
     /// Throws UsageError for a section that has no level yet.
-    explicit ImageParts(std::shared_ptr<TiledSection> section);
+    explicit ImageParts(std::shared_ptr<TiledSection> section, std::int64_t mostPixels = greatestPart);
 
     int getWidth() const { return __width; }
     int getHeight() const { return __height; }
@@ -45,6 +49,7 @@ public:
 private:
     const Image* __image = nullptr;
     std::shared_ptr<TiledSection> __section;
+    std::int64_t __mostPixels = greatestPart;
     int __width, __height;
 };
 

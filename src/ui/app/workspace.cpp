@@ -21,6 +21,7 @@
 #include "ui/slices/tooloptionspanel.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
+#include "ui/widgets/viewpane.h"
 
 namespace vorlen {
 
@@ -120,15 +121,7 @@ QWidget* Workspace::newCuts() {
     stretch->setToolTip("Let the cuts fill the panel, however thin the stack is; else lengths are true");
     connect(stretch, &QCheckBox::toggled, __cuts, &CutsPanel::setStretched);
     connect(__cuts, &CutsPanel::stretchedChanged, stretch, &QCheckBox::setChecked);
-    auto* const layout = new QVBoxLayout(content);
-    layout->setContentsMargins(0, 0, 0, 4);
-    layout->setSpacing(4);
-    layout->addWidget(__cuts, 1);
-    auto* const line = new QHBoxLayout;
-    line->setContentsMargins(8, 0, 8, 0);
-    line->addWidget(stretch);
-    line->addStretch(1);
-    layout->addLayout(line);
+    layOutPane(*content, __cuts, {stretch});
     return content;
 }
 

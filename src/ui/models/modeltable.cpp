@@ -150,17 +150,34 @@ std::vector<Model*> ModelTable::modelsAt(const QModelIndex& index) const {
     return models;
 }
 
-/// The root for no name. The group's row is made where there is none: the groups stand before the models.
-ModelTable::Node& ModelTable::groupFor(const QString& group) {
+/// The root for no name; null where the group has no row.
+ModelTable::Node* ModelTable::findGroup(const QString& group) const {
     if (group.isEmpty())
-        return *__root;
+        return __root.get();
     for (int i = 0; i < __numGroups; ++i)
         if (__root->children[std::size_t(i)]->group == group)
-            return *__root->children[std::size_t(i)];
+            return __root->children[std::size_t(i)].get();
+    return nullptr;
+}
+
+/// The root for no name. The group's row is made where there is none: the groups stand before the models.
+ModelTable::Node& ModelTable::groupFor(const QString& group) {
+    if (Node* const known = findGroup(group))
+        return *known;
     const auto made = __root->children.insert(__root->children.begin() + __numGroups,
                                               std::make_unique<Node>(Node{nullptr, group, __root.get(), {}}));
     ++__numGroups;
     return **made;
+}
+
+/// The same, with a word to the views about a row that is made.
+ModelTable::Node& ModelTable::shownGroupFor(const QString& group) {
+    if (Node* const known = findGroup(group))
+        return *known;
+    beginInsertRows({}, __numGroups, __numGroups);
+    Node& made = groupFor(group);
+    endInsertRows();
+    return made;
 }
 
 /// Behind the models that stand before it in the stack.
@@ -403,22 +420,11 @@ void ModelTable::tellOfAll(int column) {
 }
 
 void ModelTable::addNode(Model& model) {
-    const QString name = QString::fromStdString(model.getGroup());
-    const int numGroups = __numGroups;
-    Node* parent = __root.get();
-    if (!name.isEmpty()) {
-        const bool known = std::any_of(__root->children.begin(), __root->children.begin() + numGroups,
-                                       [&name](const auto& node) { return node->group == name; });
-        if (!known)
-            beginInsertRows({}, numGroups, numGroups);
-        parent = &groupFor(name);
-        if (!known)
-            endInsertRows();
-    }
-    const int row = placeFor(*parent, model);
-    beginInsertRows(indexOf(*parent, 0), row, row);
+    Node& parent = shownGroupFor(QString::fromStdString(model.getGroup()));
+    const int row = placeFor(parent, model);
+    beginInsertRows(indexOf(parent, 0), row, row);
     const auto made =
-        parent->children.insert(parent->children.begin() + row, std::make_unique<Node>(Node{&model, {}, parent, {}}));
+        parent.children.insert(parent.children.begin() + row, std::make_unique<Node>(Node{&model, {}, &parent, {}}));
     __nodes[&model] = made->get();
     endInsertRows();
 }
@@ -467,14 +473,7 @@ void ModelTable::moveToGroup(const Model* model) {
         return;
     Node& node = *found->second;
     Node& from = *node.parent;
-    const int numGroups = __numGroups;
-    const bool isNew = !name.isEmpty() && std::none_of(__root->children.begin(), __root->children.begin() + numGroups,
-                                                       [&name](const auto& group) { return group->group == name; });
-    if (isNew)
-        beginInsertRows({}, numGroups, numGroups);
-    Node& to = groupFor(name);
-    if (isNew)
-        endInsertRows();
+    Node& to = shownGroupFor(name);
     const int row = rowIn(from, node), place = placeFor(to, *model);
     beginMoveRows(indexOf(from, 0), row, row, indexOf(to, 0), place);
     std::unique_ptr<Node> moved = std::move(from.children[std::size_t(row)]);

@@ -98,7 +98,9 @@ private:
     Node& nodeAt(const QModelIndex& index) const;
     static int rowIn(const Node& parent, const Node& node);
     QModelIndex indexOf(const Node& node, int column) const;
+    Node* findGroup(const QString& group) const;
     Node& groupFor(const QString& group);
+    Node& shownGroupFor(const QString& group);
     int placeFor(const Node& parent, const Model& model) const;
     void addNode(Model& model);
     void removeGroupIfEmpty(Node& group);

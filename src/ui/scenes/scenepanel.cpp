@@ -1,15 +1,14 @@
 #include "ui/scenes/scenepanel.h"
 
-#include <QHBoxLayout>
 #include <QHideEvent>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include "editing/bus/vrlstackevent.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/guarded.h"
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/viewer/viewercanvasgl.h"
+#include "ui/widgets/viewpane.h"
 #include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
@@ -27,16 +26,7 @@ ScenePanel::ScenePanel(QWidget* parent) : QWidget(parent) {
     auto* const window = new QPushButton("Own window", this);
     window->setToolTip("Show the scene in a window of its own, with poses, lights, videos and exports");
     connect(window, &QPushButton::clicked, this, &ScenePanel::windowRequested);
-    auto* const layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 4);
-    layout->setSpacing(4);
-    layout->addWidget(__canvas, 1);
-    auto* const line = new QHBoxLayout;
-    line->setContentsMargins(8, 0, 8, 0);
-    line->addWidget(whole);
-    line->addWidget(window);
-    line->addStretch(1);
-    layout->addLayout(line);
+    layOutPane(*this, __canvas, {whole, window});
 }
 
 // The mediator takes its painters off the canvas, so it goes first.

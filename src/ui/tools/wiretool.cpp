@@ -88,11 +88,7 @@ void WireTool::seedAtEnd() {
     __firstColumn = int(std::lround(double(corner[0][0])));
     __firstRow = int(std::lround(double(corner[0][1])));
     try {
-        if (image->isInMemory())
-            __wire = std::make_unique<LiveWire>(frame.pixels(*image->read({0, 0, 1, 1}).image));
-        else
-            __wire = std::make_unique<LiveWire>(
-                frame.pixelsOfPart(*image->read({frame.left(), frame.top(), frame.width(), frame.height()}).image));
+        __wire = std::make_unique<LiveWire>(frame.pixels(image->read(frame.window())));
         __wire->setSeed(row - __firstRow, column - __firstColumn);
     } catch (const FileError&) { // of a part that cannot be read the ways are straight
         __wire.reset();
