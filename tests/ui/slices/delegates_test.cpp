@@ -211,7 +211,7 @@ TEST_F(DelegateTest, positionsOutsideOfTheImageHaveNoPixel) {
     showSlice(addSlice(fourCorners(10, 10)));
     auto& delegate = find<VRLImageWidgetMediatorPixelInfoDelegate>();
     EXPECT_EQ(canvas->imagePlace(), QPointF(50, 0)); // in the middle
-    EXPECT_EQ(delegate.pixelInfo(QPoint(50, 50)), "X=0, Y=5, G=0");
+    EXPECT_EQ(delegate.pixelInfo(QPoint(50, 50)), "X=0, Y=5, G=140");
     EXPECT_EQ(delegate.pixelInfo(QPoint(149, 50)), "X=9, Y=5, G=250");
     for (const int beside : {49, 150})
         EXPECT_EQ(delegate.pixelInfo(QPoint(beside, 50)), "");
