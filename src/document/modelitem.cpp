@@ -473,16 +473,25 @@ const BoundingBox<double>& ModelItem::extent() const {
     const int n = getSize();
     __extent = BoundingBox<double>();
     if (n > 0) {
-        Vector<double> lower(2);
-        for (int k = 0; k < 2; ++k)
-            lower[k] = getCoordinate(0, k);
-        Vector<double> upper = lower;
-        for (int i = 1; i < n; ++i)
-            for (int k = 0; k < 2; ++k) {
-                const double coordinate = getCoordinate(i, k);
-                lower[k] = std::min(lower[k], coordinate);
-                upper[k] = std::max(upper[k], coordinate);
+        double x[2], y[2];
+        if (__packed.getSize() > 0) {
+            __packed.findBounds(x, y);
+        } else {
+            const Vertices<double>& vertices = getVertices();
+            x[0] = x[1] = vertices[0][0];
+            y[0] = y[1] = vertices[0][1];
+            for (int i = 1; i < n; ++i) {
+                x[0] = std::min(x[0], vertices[i][0]);
+                x[1] = std::max(x[1], vertices[i][0]);
+                y[0] = std::min(y[0], vertices[i][1]);
+                y[1] = std::max(y[1], vertices[i][1]);
             }
+        }
+        Vector<double> lower(2), upper(2);
+        lower[0] = x[0];
+        lower[1] = y[0];
+        upper[0] = x[1];
+        upper[1] = y[1];
         __extent = BoundingBox<double>(lower, upper);
     }
     __extentKnown = true;
@@ -544,13 +553,15 @@ bool ModelItem::isClockwise() const {
     const int n = getSize();
     if (!isClosed() || n < 3)
         return false;
+    if (__packed.getSize() > 0)
+        return __packed.isClockwise();
     // Shoelace sum around the first vertex.
-    const long double x0 = getCoordinate(0, 0);
-    const long double y0 = getCoordinate(0, 1);
+    const Vertices<double>& vertices = getVertices();
+    const long double x0 = vertices[0][0], y0 = vertices[0][1];
     long double area = 0;
-    long double dx = getCoordinate(1, 0) - x0, dy = getCoordinate(1, 1) - y0;
+    long double dx = vertices[1][0] - x0, dy = vertices[1][1] - y0;
     for (int i = 2; i < n; ++i) {
-        const long double nextX = getCoordinate(i, 0) - x0, nextY = getCoordinate(i, 1) - y0;
+        const long double nextX = vertices[i][0] - x0, nextY = vertices[i][1] - y0;
         area += dx * nextY - nextX * dy;
         dx = nextX;
         dy = nextY;

@@ -133,6 +133,9 @@ public:
     /// Another number after every change of the vertices. Two items of equal numbers have equal vertices.
     std::uint64_t getRevision() const { return __revision; }
 
+    /// The vertices as plain numbers; empty where they are not held so.
+    const PackedVertices& getPacked() const { return __packed; }
+
     /// The box of the vertices; the default box for an item without any. Constant time until the vertices change.
     const BoundingBox<double>& extent() const;
 

@@ -263,9 +263,20 @@ QPoint VRLImageWidgetCanvas::viewCenter() const {
     return __viewOrigin + QPoint(size.width() / 2, size.height() / 2);
 }
 
+QPointF VRLImageWidgetCanvas::imagePlace() const {
+    const QSize view = computeMaxViewSize();
+    const double density = devicePixelRatioF();
+    const auto before = [density](int canvas, int pixels, float zoom) {
+        return std::max(0.0, std::floor((canvas - pixels * double(zoom)) / 2 * density) / density);
+    };
+    return QPointF(before(width(), view.width(), __zoomFactor * betaWidth()),
+                   before(height(), view.height(), __zoomFactor * betaHeight()));
+}
+
 QPoint VRLImageWidgetCanvas::convertToImagePosition(const QPoint& position) const {
-    return QPoint(int(float(position.x()) / (__zoomFactor * betaWidth())) + __viewOrigin.x(),
-                  int(float(position.y()) / (__zoomFactor * betaHeight())) + __viewOrigin.y());
+    const QPointF place = position - imagePlace();
+    return QPoint(int(std::floor(float(place.x()) / (__zoomFactor * betaWidth()))) + __viewOrigin.x(),
+                  int(std::floor(float(place.y()) / (__zoomFactor * betaHeight()))) + __viewOrigin.y());
 }
 
 Vector<int> VRLImageWidgetCanvas::convertToVectori(const QPoint& position) const {
@@ -277,8 +288,14 @@ Vector<int> VRLImageWidgetCanvas::convertToVectori(const QPoint& position) const
 }
 
 QPointF VRLImageWidgetCanvas::convertToImagePoint(const QPointF& position) const {
-    return QPointF(position.x() / double(__zoomFactor * betaWidth()) + __viewOrigin.x(),
-                   position.y() / double(__zoomFactor * betaHeight()) + __viewOrigin.y());
+    const QPointF place = position - imagePlace();
+    return QPointF(place.x() / double(__zoomFactor * betaWidth()) + __viewOrigin.x(),
+                   place.y() / double(__zoomFactor * betaHeight()) + __viewOrigin.y());
+}
+
+QPointF VRLImageWidgetCanvas::convertToPosition(const QPointF& point) const {
+    return imagePlace() + QPointF((point.x() - __viewOrigin.x()) * double(__zoomFactor * betaWidth()),
+                                  (point.y() - __viewOrigin.y()) * double(__zoomFactor * betaHeight()));
 }
 
 std::shared_ptr<TiledSection> VRLImageWidgetCanvas::getSection() const {
@@ -471,7 +488,8 @@ void VRLImageWidgetCanvas::paintImageGL(const Image& image, const QRectF& place)
     glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
     glPushAttrib(GL_PIXEL_MODE_BIT);
     glRasterPos2i(0, 0);
-    glBitmap(0, 0, 0, 0, float(-beforeLeft), float(aboveTop), nullptr);
+    const QPointF corner = imagePlace() * devicePixelRatioF();
+    glBitmap(0, 0, 0, 0, float(corner.x() - beforeLeft), float(aboveTop - corner.y()), nullptr);
     if (image.isIndexed() && !image.getColormap()->isIdentity()) {
         setIndexMaps(*image.getColormap());
         glPixelTransferi(GL_MAP_COLOR, GL_TRUE);
