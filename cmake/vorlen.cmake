@@ -103,14 +103,24 @@ function(vorlen_view target)
     target_include_directories(${target} PUBLIC ${view})
 endfunction()
 
-# vorlen_test(room SOURCES ... LINKS ...): the GoogleTest program test_<room>.
+# vorlen_test(room SOURCES ... LINKS ... PARTS n): the GoogleTest program test_<room>. Its cases run in n entries of ctest,
+# every n-th case in each: a process for each case would cost more than most cases do, and what a fixture makes for all of
+# its cases is made once in each part. Which case fails is told by what the part writes.
 function(vorlen_test room)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "" "PARTS" "SOURCES;LINKS" ${ARGN})
     add_executable(test_${room} ${ARG_SOURCES})
     target_include_directories(test_${room} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     target_link_libraries(test_${room} PRIVATE vorlen_test_options ${ARG_LINKS} GTest::gtest_main)
     vorlen_precompile(test_${room} tests)
-    gtest_discover_tests(test_${room} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
+    if(NOT ARG_PARTS)
+        set(ARG_PARTS 1)
+    endif()
+    foreach(part RANGE 1 ${ARG_PARTS})
+        math(EXPR index "${part} - 1")
+        add_test(NAME test_${room}_${part} COMMAND test_${room})
+        set_tests_properties(test_${room}_${part} PROPERTIES TIMEOUT 600 COST 50
+            ENVIRONMENT "GTEST_TOTAL_SHARDS=${ARG_PARTS};GTEST_SHARD_INDEX=${index}")
+    endforeach()
 endfunction()
 
 # vorlen_gui_test(room SOURCES ... LINKS ...): the GoogleTest program test_<room> of real windows. It runs as one test

@@ -44,9 +44,7 @@ struct Job {
     std::vector<std::string> blocks; ///< files to put together
     std::vector<std::unique_ptr<Shape<float>>> patterns, masks;
 
-    MapPlanes planes(const Grid<float>& grid) const {
-        return MapPlanes::part(int(part->number), int(part->parts), grid.getSize()[2]);
-    }
+    MapPlanes planes(const Grid<float>& grid) const { return MapPlanes::part(*part, grid.getSize()[2]); }
     /// Whether the files are made of planes one by one, of the volume alone.
     bool isPlaneWise() const { return !nifti && levels.empty() && percentiles.empty(); }
     std::string niftiFile() const { return base + (gzip ? ".nii.gz" : ".nii"); }

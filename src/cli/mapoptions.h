@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,6 +7,7 @@
 
 #include <QString>
 
+#include "normalization/mapblock.h"
 #include "shapes/shape.h"
 #include "values/lengthunit.h"
 
@@ -29,15 +29,6 @@ int readPattern(const std::string& name, std::vector<std::unique_ptr<Shape<float
 
 /// Reads --unit, where it is given; false, and a word about it, for what is no unit.
 bool readUnit(const CommandLine& line, std::optional<LengthUnit>& unit);
-
-/// A part of so many, counted from 1, of a list that is cut into them: they differ by one at most, and are empty where
-/// there are more of them than there is to do.
-struct WorkPart {
-    unsigned int number = 1, parts = 1;
-
-    std::uint64_t first(std::uint64_t total) const { return total * (number - 1) / parts; }
-    std::uint64_t count(std::uint64_t total) const { return total * number / parts - first(total); }
-};
 
 /// Reads --chunk, "2/5" say, where it is given, which goes without --merge; false, and a word about it, for what is no
 /// part.

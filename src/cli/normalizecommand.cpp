@@ -209,12 +209,6 @@ void nameStacks(const std::vector<std::unique_ptr<StackFile>>& files) {
     }
 }
 
-/// A surface cannot tell which of several contours on a slice goes on with which.
-bool isBranching(const std::vector<const Stack*>& stacks, const std::string& structure) {
-    const auto instances = VRLFusionConfig<float>::surfaceStructureInstances(stacks, structure);
-    return std::any_of(instances.begin(), instances.end(), [](const auto& curves) { return curves->isBranching(); });
-}
-
 /// The last grid given for this structure, else the last one given for all; null when there is neither.
 const GridOption* gridOf(const std::string& structure, const std::vector<GridOption>& grids) {
     const GridOption* found = nullptr;
@@ -237,7 +231,7 @@ std::vector<Structure> chooseReferences(const std::vector<const Stack*>& stacks,
     for (const std::string& name : request.references)
         find(name)->setReference(true);
     for (Structure& structure : shared) {
-        const bool branching = isBranching(stacks, structure.getName());
+        const bool branching = VRLFusionConfig<float>::isBranching(stacks, structure.getName());
         if (request.references.empty())
             structure.setReference(!branching);
         structure.setResamplingHeight(std::clamp(structure.getResamplingHeight(), leastHeight, greatestSize));
@@ -336,7 +330,7 @@ int writeResults(const FusionPipeline<float>& pipeline, const Request& request) 
 
 void warnOfBranches(const std::vector<const Stack*>& stacks, const std::vector<std::string>& structures) {
     for (const std::string& name : structures)
-        if (isBranching(stacks, name))
+        if (VRLFusionConfig<float>::isBranching(stacks, name))
             complain("model \"" + name +
                      "\" has several contours on a slice; its surface takes them one after the other");
 }

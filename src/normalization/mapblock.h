@@ -1,8 +1,20 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 namespace vorlen {
+
+/// A part of so many, counted from 1, of a list that is cut into them: they differ by one at most, and are empty where
+/// there are more of them than there is to do.
+struct WorkPart {
+    unsigned int number = 1, parts = 1;
+
+    /// Where the part of a list of this length begins, counted from 0.
+    std::uint64_t first(std::uint64_t total) const { return total * (number - 1) / parts; }
+    std::uint64_t last(std::uint64_t total) const { return total * number / parts; } ///< behind the part
+    std::uint64_t count(std::uint64_t total) const { return last(total) - first(total); }
+};
 
 /// Neighbouring planes of a map, those of one block: from first up to, and without, last.
 ///
@@ -13,11 +25,10 @@ struct MapPlanes {
 
     int count() const { return last - first; }
 
-    /// The part of this number, from 1, of so many parts of numPlanes planes: parts differ by one plane at most, and
-    /// are empty where there are more parts than planes.
-    static MapPlanes part(int number, int parts, int numPlanes) {
-        const auto bound = [=](int k) { return static_cast<int>(static_cast<long long>(numPlanes) * k / parts); };
-        return {bound(number - 1), bound(number)};
+    /// The planes of this part of a map of numPlanes planes.
+    static MapPlanes part(const WorkPart& part, int numPlanes) {
+        const auto total = static_cast<std::uint64_t>(numPlanes);
+        return {static_cast<int>(part.first(total)), static_cast<int>(part.last(total))};
     }
 };
 

@@ -79,6 +79,12 @@ VRLFusionConfig<T>::surfaceStructureInstances(const std::vector<const Stack*>& s
     return instances;
 }
 
+template <class T>
+bool VRLFusionConfig<T>::isBranching(const std::vector<const Stack*>& stacks, const std::string& name) {
+    const auto instances = surfaceStructureInstances(stacks, name);
+    return std::any_of(instances.begin(), instances.end(), [](const auto& curves) { return curves->isBranching(); });
+}
+
 template class VRLFusionConfig<float>;
 template class VRLFusionConfig<double>;
 template class VRLFusionConfig<long double>;

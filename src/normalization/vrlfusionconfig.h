@@ -43,6 +43,10 @@ public:
     static std::vector<std::unique_ptr<CurveStack<T>>>
     surfaceStructureInstances(const std::vector<const Stack*>& stacks, const std::string& name);
 
+    /// Whether the model of this name has several contours on a slice of one of the stacks: a surface cannot tell which
+    /// of them goes on with which.
+    static bool isBranching(const std::vector<const Stack*>& stacks, const std::string& name);
+
 private:
     std::string __name;
     std::vector<const Stack*> __stacks;

@@ -34,12 +34,6 @@ struct NormalizationRequest {
     VRLFusionStrategy strategy;
 };
 
-/// A surface cannot tell which of several contours on a slice goes on with which.
-bool isBranching(const std::vector<const Stack*>& stacks, const std::string& structure) {
-    const auto instances = VRLFusionConfig<float>::surfaceStructureInstances(stacks, structure);
-    return std::any_of(instances.begin(), instances.end(), [](const auto& curves) { return curves->isBranching(); });
-}
-
 /// The structures that are named, or all shared ones of one contour on a slice. Throws UsageError for others.
 std::vector<Structure> chooseReferences(const std::vector<const Stack*>& stacks, const NormalizationRequest& request) {
     std::vector<Structure> chosen;
@@ -48,7 +42,7 @@ std::vector<Structure> chooseReferences(const std::vector<const Stack*>& stacks,
         const std::string& name = structure.getName();
         const bool named =
             std::find(request.references.begin(), request.references.end(), name) != request.references.end();
-        if (!(request.references.empty() ? !isBranching(stacks, name) : named))
+        if (!(request.references.empty() ? !VRLFusionConfig<float>::isBranching(stacks, name) : named))
             continue;
         names.insert(name);
         structure.setReference(true);

@@ -268,7 +268,9 @@ void expectSameInBlocks(const DensitySettings& settings, const std::vector<Shape
     std::vector<MapSums> sums(blocks.size());
     for (std::size_t b = blocks.size(); b-- > 0;) {
         DensityMapping mapping(settings, patterns, masks);
-        sums[b] = mapping.computeBlock(blocks[b], grid, MapPlanes::part(int(b) + 1, parts, grid.getSize()[2]));
+        sums[b] = mapping.computeBlock(
+            blocks[b], grid,
+            MapPlanes::part({static_cast<unsigned int>(b) + 1, static_cast<unsigned int>(parts)}, grid.getSize()[2]));
     }
     MapSums all;
     for (const MapSums& each : sums)
@@ -327,7 +329,7 @@ TEST(DensityMapping, aBlockTakesAPartOfTheMemory) {
     DensityMapping mapping(settings, {&points}, {});
     const Grid<float> grid = mapping.grid(0.1f);
     const int planes = grid.getSize()[2];
-    const double whole = mapping.bytes(grid), tenth = mapping.bytes(grid, MapPlanes::part(5, 10, planes));
+    const double whole = mapping.bytes(grid), tenth = mapping.bytes(grid, MapPlanes::part({5, 10}, planes));
     // A tenth of the planes twice, and 4.5 bandwidths, or 9 planes, to each side.
     EXPECT_NEAR(tenth / whole, (0.1 + 0.1 + 0.18) / 2, 0.02);
 }
