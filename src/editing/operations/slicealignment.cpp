@@ -140,8 +140,8 @@ AlignmentMethod scoredBy(AlignmentMethod method, const SectionMatch* match) {
 /// So well borne out that others may begin with it: by so many blocks that chance has no part in it.
 bool isSure(const SectionMatch& match) {
     constexpr int enough = 12;
-    return match.found && (match.method == AlignmentMethod::PrincipalAxes ||
-                           (match.support >= 0.4 && match.numBlocks >= enough));
+    return match.found &&
+           (match.method == AlignmentMethod::PrincipalAxes || (match.support >= 0.4 && match.numBlocks >= enough));
 }
 
 /// The say of a pair: the share of its blocks that agree, less when there are so few that chance may have brought them
