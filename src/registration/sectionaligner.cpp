@@ -142,7 +142,7 @@ RigidMotion centred(const Level& target, const Level& source, const RigidMotion&
 
 /// Refines at the scales from one to the other, coarse to fine.
 bool refineThrough(const Section& target, const Section& source, RigidMotion& motion, std::size_t coarse,
-                   std::size_t fine, double enough = 0.02) {
+                   std::size_t fine, double enough = 0.005) {
     coarse = std::min({coarse, target.levels.size() - 1, source.levels.size() - 1});
     for (std::size_t k = coarse + 1; k-- > fine;)
         if (!refine(target.levels[k], source.levels[k], motion, k == 0 ? 8 : 15, enough))
@@ -184,13 +184,15 @@ SectionMatch judged(const Section& target, const Section& source, const RigidMot
 }
 
 /// By which of several is taken: how well all fits, and how much of it, and not without need far from the start; least
-/// of all turned, when little tells how it is turned.
+/// of all turned, when little tells how it is turned. Of few blocks some agree by chance alone, and more of them at one
+/// place than at another: there the whole decides.
 double merit(const SectionMatch& match, const RigidMotion& start, double size) {
     const double turn = std::abs(std::remainder(match.motion.angle - start.angle, 2 * pi)) / pi;
     const double shift = std::hypot(match.motion.x - start.x, match.motion.y - start.y) / size;
-    const double part = (match.support * match.numBlocks + 0.5 * 8) / (match.numBlocks + 8); // few blocks tell little
+    constexpr int few = 24;
+    const double part = (match.support * match.numBlocks + 0.5 * few) / (match.numBlocks + few);
     const double untold = square(match.angleSpread) / (square(match.angleSpread) + square(angleDoubt));
-    return match.score * (0.2 + part) * (1 - 0.05 * std::min(2.0, turn + shift)) * (1 - 0.3 * untold * turn);
+    return square(match.score) * (0.2 + part) * (1 - 0.05 * std::min(2.0, turn + shift)) * (1 - 0.3 * untold * turn);
 }
 
 /// From the start alone.
@@ -276,7 +278,8 @@ SectionMatch correlated(const Section& source, const Section& target, const Rigi
         refineThrough(target, source, motion, std::min(target.choice, source.choice), 0)) {
         const AlignmentMethod by = best.method;
         const SectionMatch fine = judged(target, source, motion);
-        if (fine.support >= best.support - 0.1) {
+        // Where there are few blocks one more or less is no sign that it went astray.
+        if (fine.support >= best.support - 0.1 || fine.score >= best.score) {
             best = fine;
             best.method = by;
         }

@@ -173,6 +173,37 @@ TEST(SliceAlignment, slicesThatNothingFitsAreLeftAloneAndNamed) {
     }
 }
 
+/// Tissue that is the same on its left and its right but for a share that is odd, and for what each section alone has.
+SectionImage symmetricSection(const RigidMotion& motion, int own, double odd) {
+    SectionImage section = sectionOfTissue(120, 130, {});
+    for (int i = 0; i < 120; ++i)
+        for (int j = 0; j < 130; ++j) {
+            const PlanePoint p = motion.apply({j + 0.5 - 65, i + 0.5 - 60});
+            const double common = (1 - odd) * tissue(std::abs(p.x), p.y, 1) + odd * tissue(p.x, p.y, 2);
+            section.grey[i][j] = float(0.85 * common + 0.15 * tissue(p.x, p.y, own));
+        }
+    return section;
+}
+
+TEST(SliceAlignment, ofSectionsThatAreNearlySymmetricOnlyTheMirroredOneIsNamed) {
+    for (const auto& [odd, turnedOver] : {std::pair(0.1, -1), std::pair(0.25, 3)}) {
+        TissueStack slices;
+        for (int i = 0; i < 6; ++i) {
+            const SectionImage section = symmetricSection(places[std::size_t(i)], 20 + i, odd);
+            const bool flip = i == turnedOver;
+            slices.add("s" + std::to_string(i), section, [&section, flip](int row, int column, double value) {
+                return flip ? double(section.grey[row][129 - column]) : value;
+            });
+        }
+        const RegistrationReport report = slices.registered();
+        for (int i = 1; i < 6; ++i) {
+            const SliceAlignment& one = report.slices[std::size_t(i)];
+            EXPECT_EQ(one.mirrored, i == turnedOver) << odd << ' ' << i;
+            EXPECT_EQ(one.state, i == turnedOver ? State::LeftAlone : State::Registered) << odd << ' ' << i;
+        }
+    }
+}
+
 // The one behind it turns as far against it, but lay well.
 TEST(SliceAlignment, onlyTheSliceThatLayUpsideDownIsNamedSo) {
     TissueStack tissue;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <random>
 
 #include <gtest/gtest.h>
 
@@ -184,6 +185,36 @@ TEST(SectionAligner, tellsHowSureTheAngleIsAndTurnsNoRoundSpot) {
     EXPECT_GT(surest, 0.01);
     const SectionMatch full = matchOf(sectionOfTissue(180, 200, {0.1, 3, 4}), sectionOfTissue(180, 200, {}));
     EXPECT_LT(full.angleSpread, 0.002);
+}
+
+/// Tissue on a tenth of a noisy section, half of it what all sections show and half of its own: so few blocks that some
+/// agree by chance wherever it is brought.
+SectionImage smallNoisySection(const RigidMotion& motion, int own, double contrast, double noise, unsigned int seed) {
+    SectionImage section = sectionOfTissue(180, 216, {});
+    std::mt19937 random(seed);
+    change(section, [&](int i, int j, float) {
+        const PlanePoint p = motion.apply({j + 0.5 - 108, i + 0.5 - 90});
+        const bool inside = std::hypot(p.x / 38, p.y / 30) < 1;
+        double sum = 0; // of four, about normally distributed
+        for (int k = 0; k < 4; ++k)
+            sum += double(random()) / 4294967296.0 - 0.5;
+        const double grey = 0.5 * tissue(p.x, p.y, 1) + 0.5 * tissue(p.x, p.y, own) - 100;
+        return float(std::clamp((inside ? 150 + contrast * grey : 0) + noise * std::sqrt(3.0) * sum, 0.0, 255.0));
+    });
+    return section;
+}
+
+TEST(SectionAligner, fewBlocksThatAgreeByChanceDoNotOutvoteTheWhole) {
+    for (const int seed : {3, 10}) {
+        std::mt19937 random(static_cast<unsigned int>(seed + 100));
+        std::uniform_real_distribution<double> some(-1, 1);
+        const double turn = 15 * degree * some(random), right = 4 * some(random), down = 4 * some(random);
+        const RigidMotion motion{turn, right, down};
+        const SectionMatch match = matchOf(smallNoisySection(motion, 2 * seed + 10, 1, 20, unsigned(seed)),
+                                           smallNoisySection({}, 2 * seed + 11, 1, 20, unsigned(seed) + 500));
+        EXPECT_TRUE(match.found) << seed;
+        EXPECT_LT(meanDistance(match.motion, motion, 70, 70), 5) << seed;
+    }
 }
 
 TEST(SectionAligner, sectionsThatDoNotBelongTogetherAreNotFoundToFit) {

@@ -137,9 +137,22 @@ AlignmentMethod scoredBy(AlignmentMethod method, const SectionMatch* match) {
     return byInformation ? AlignmentMethod::MutualInformation : AlignmentMethod::Intensity;
 }
 
-/// So well borne out that others may begin with it.
+/// So well borne out that others may begin with it: by so many blocks that chance has no part in it.
 bool isSure(const SectionMatch& match) {
-    return match.found && (match.support >= 0.4 || match.method == AlignmentMethod::PrincipalAxes);
+    constexpr int enough = 12;
+    return match.found &&
+           (match.method == AlignmentMethod::PrincipalAxes || (match.support >= 0.4 && match.numBlocks >= enough));
+}
+
+/// The say of a pair: the share of its blocks that agree, less when there are so few that chance may have brought them
+/// together.
+double qualityOf(const SectionMatch& match) {
+    constexpr int few = 8;
+    constexpr double byChance = 0.1;
+    const double share = match.method == AlignmentMethod::PrincipalAxes
+                             ? match.support
+                             : (match.support * match.numBlocks + byChance * few) / (match.numBlocks + few);
+    return 0.05 + share;
 }
 
 /// One run over a stack.
@@ -382,7 +395,7 @@ void Alignment::solve() {
         const bool fixed = __options.reference == AlignmentReference::FixedSlice &&
                            (pair.source == __options.fixedSlice || pair.target == __options.fixedSlice);
         // Sections further apart differ more; those that hold on to a fixed one count for it.
-        const double quality = 0.05 + pair.match.support;
+        const double quality = qualityOf(pair.match);
         const double spread = pair.match.angleSpread / knownAngle;
         chain.add({pair.target, pair.source, pair.match.motion, quality * (fixed ? 20 : 1.0 / distance),
                    1 / (1 + spread * spread), pair.match.middle});

@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
@@ -227,6 +228,7 @@ void VRLRegistrationPanel::setStack(VRLStack& stack) {
     auto* const list = __slices->findChild<QListWidget*>();
     static_cast<ScoreBarDelegate*>(list->itemDelegate())->setMarks(&marks);
     connect(&marks, &SectionMarks::changed, list->viewport(), qOverload<>(&QWidget::update), Qt::UniqueConnection);
+    connect(&marks, &SectionMarks::changed, this, &VRLRegistrationPanel::scoresChange, Qt::UniqueConnection);
     showName(*__stackName, stack.getName());
     for (QLineEdit* field : {__backgroundName, __foregroundName, __horShift, __verShift})
         field->clear();
@@ -324,6 +326,16 @@ void VRLRegistrationPanel::updateEnabled() {
         widget->setEnabled(current && !__locked);
     if (!current)
         __restore->setEnabled(false);
+}
+
+/// Scores come one after the other: the worst stays the first.
+void VRLRegistrationPanel::scoresChange() {
+    if (!__worstFirst->isChecked())
+        return;
+    QScrollBar* const bar = __slices->findChild<QListWidget*>()->verticalScrollBar();
+    const int shown = bar->value();
+    orderSlices();
+    bar->setValue(shown);
 }
 
 /// The list widget finds its slices in any order of the rows.

@@ -81,6 +81,7 @@ private:
     void fillFollowers();
     void updateEnabled();
     void orderSlices();
+    void scoresChange();
 
     VRLStack* __stack = nullptr;
     StackSlice* __slice = nullptr;

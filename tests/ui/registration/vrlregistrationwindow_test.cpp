@@ -619,6 +619,11 @@ TEST_F(VRLRegistrationWindowTest, listsTheWorstFitFirstOnRequest) {
     click("Worst fit first");
     EXPECT_EQ(rows(), (QStringList{"s2", "s4", "s1", "s3"}));
     EXPECT_EQ(list().currentItem()->text(), "s3");
+    marks.setScore(&slice(3), own(3), 0.1); // what is found later takes its place
+    EXPECT_EQ(rows(), (QStringList{"s3", "s2", "s4", "s1"}));
+    EXPECT_EQ(list().currentItem()->text(), "s3");
+    EXPECT_EQ(mediator().getSlice(), &slice(3));
+    marks.setScore(&slice(3), own(3), 0.9);
     list().setCurrentRow(0);
     EXPECT_EQ(mediator().getSlice(), &slice(2));
     trigger(mediator().commands(), "slice.worstFirst");
