@@ -14,7 +14,7 @@ constexpr int maxRounds = 5;
 } // namespace
 
 CohortRegistration::CohortRegistration(std::vector<SpecimenSurfaces> specimens)
-    : __specimens(std::move(specimens)), __poses(__specimens.size()) {
+    : __specimens(std::move(specimens)), __poses(__specimens.size()), __unclear(__specimens.size()) {
 }
 
 CohortRegistration::~CohortRegistration() = default;
@@ -81,6 +81,7 @@ void CohortRegistration::place(int reference, bool anew) {
             __poses[i] = home;
         else
             __poses[i] = anew ? registration.align(__specimens[i]) : registration.refine(__specimens[i], __poses[i]);
+        __unclear[i] = i != first && registration.getRivalTurn() > 0;
         notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
     }
     record(target, placed(), reference);
@@ -107,6 +108,8 @@ void CohortRegistration::registerJointly() {
             // Half turns are tried once: the mean of the next round is not another one.
             __poses[i] =
                 round == 0 ? registration.refine(__specimens[i], before) : registration.settle(__specimens[i], before);
+            if (round == 0)
+                __unclear[i] = registration.getRivalTurn() > 0;
             SpecimenPose change = before;
             change.mirrored = false;
             change = change.inverse().followedBy([&] {

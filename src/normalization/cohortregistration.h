@@ -46,6 +46,10 @@ public:
     const std::vector<double>& getErrors() const { return __errors; }
     const std::vector<double>& getErrorSems() const { return __sems; }
 
+    /// For each specimen whether of the last step another orientation fits about as well: the surfaces don't tell which
+    /// of its ends is which (SurfaceRegistration::getRivalTurn()).
+    const std::vector<bool>& getUnclear() const { return __unclear; }
+
     /// Whether the last joint registration ended because no specimen moved any more.
     bool isConverged() const { return __converged; }
 
@@ -60,6 +64,7 @@ private:
     std::vector<SpecimenSurfaces> __specimens;
     std::vector<SpecimenPose> __poses;
     std::vector<double> __errors, __sems;
+    std::vector<bool> __unclear;
     std::function<bool()> __stopped;
     int __reference = 0;
     bool __mirrors = false;
