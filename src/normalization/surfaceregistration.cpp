@@ -31,6 +31,12 @@ constexpr double besideShare = 2;
 // whose two ends differ by less than that the wrong one may fit a little better.
 constexpr double turnPreference = 1;
 
+// Share of the body's radius that distances tell nothing of the orientation below: specimens and outlines vary by more.
+constexpr double toldDistance = 0.005;
+
+// Of the score of the orientation taken, below which another one fits about as well.
+constexpr double doubt = 1.5;
+
 // Of the best score, where refinement would not bring a candidate back.
 constexpr double hopeless = 4;
 
@@ -344,8 +350,8 @@ void keepBest(std::vector<Candidate>& candidates, std::size_t count, bool last =
 }
 
 /// Takes out those whose score is so much above the best, the first, that more points would not bring them back.
-void dropHopeless(std::vector<Candidate>& candidates) {
-    const double limit = hopeless * candidates.front().score;
+void dropHopeless(std::vector<Candidate>& candidates, double smallest) {
+    const double limit = hopeless * (candidates.front().score + smallest);
     std::erase_if(candidates, [&](const Candidate& candidate) { return candidate.score > limit; });
 }
 
@@ -478,7 +484,9 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
     }
     round(candidates, 400, 4, 12);
     keepBest(candidates, 4, true);
-    dropHopeless(candidates);
+    // Below this scores tell nothing.
+    const double smallest = toldDistance * toldDistance * __radius * __radius;
+    dropHopeless(candidates, smallest);
     if (candidates.size() > 1)
         round(candidates, 1500, 0, 12);
     for (Candidate& candidate : candidates) {
@@ -487,15 +495,13 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
         if (candidates.size() > 1)
             candidate.score = Iteration(body, __target, 2500, true).choiceScore(unmirrored(candidate.pose), limit);
     }
-    // Below this scores tell nothing: it keeps bodies that are quite symmetrical as they lie.
-    const double smallest = roughTolerance * roughTolerance * __radius * __radius;
     const auto least = std::min_element(candidates.begin(), candidates.end(), [&](const auto& a, const auto& b) {
         return (a.score + smallest) * reluctance(a.pose) < (b.score + smallest) * reluctance(b.pose);
     });
     const SpecimenPose back = unmirrored(least->pose).inverse();
     for (const Candidate& candidate : candidates) {
         const double angle = back.followedBy(unmirrored(candidate.pose)).angle();
-        const bool asWell = candidate.score + smallest < (1 + turnPreference) * (least->score + smallest);
+        const bool asWell = candidate.score + smallest < doubt * (least->score + smallest);
         if (asWell && angle > 90 && candidate.pose.mirrored == least->pose.mirrored)
             __rivalTurn = std::max(__rivalTurn, angle);
     }

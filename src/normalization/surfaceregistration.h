@@ -25,8 +25,9 @@ namespace vorlen {
 /// Decision: specimens vary, and of bodies whose ends differ by no more than that the wrong end may fit a little better.
 /// So a specimen is turned by a right angle or more against its raw data only for less than half the mean square
 /// distance (a smaller turn needs less), which a body gives that was cut from the other end and differs from its own
-/// half turns by more than specimens do from each other. Where neither orientation is so much better, the one near the
-/// raw data is taken and getRivalTurn() tells of the other. The search begins at the raw data too and goes along normals
+/// half turns by more than specimens do from each other; distances below half a hundredth of the body's radius tell
+/// nothing. Where neither orientation is so much better, the one near the raw data is taken, and getRivalTurn() tells of
+/// another that is less than 1.5 times as far off. The search begins at the raw data too and goes along normals
 /// there, since steps by points roll bodies that are nearly round.
 ///
 /// A refinement step costs some thousand closest-point questions, whatever the size of the grids. Results follow from
