@@ -15,6 +15,8 @@ namespace vorlen {
 /// The reference specimen keeps its orientation, and its centre of gravity comes to the origin: the result lies as the
 /// sections of that specimen did. A joint registration has no privileged specimen but for this frame.
 ///
+/// Specimens are laid by several threads, each by one (ParallelWork), so that the result is the same for any number.
+///
 /// Decision: at most five rounds; the error falls by less than a hundredth after two or three in the cohorts tried.
 class CohortRegistration : public virtual ProgressSubject {
 public:
@@ -35,7 +37,7 @@ public:
     /// without one.
     void registerJointly();
 
-    /// Asked between two specimens whether to stop.
+    /// Asked before each specimen whether to stop, on any thread.
     void setCancelTest(std::function<bool()> test) { __stopped = std::move(test); }
 
     /// The motion of each specimen so far.

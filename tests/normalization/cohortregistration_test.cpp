@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "images/filters/parallelwork.h"
 #include "normalization/surfaceregistration.h"
 #include "shapes/quadmesh.h"
 #include "shapes/shapeset.h"
@@ -221,6 +222,17 @@ TEST(CohortRegistration, mirrorsASpecimenOnlyWhereItIsAllowedTo) {
         registration.setMirrorsAllowed(allowed);
         registration.align(0);
         EXPECT_EQ(allowed, registration.getPoses()[1].mirrored);
+        // All bits are the same for any number of threads.
+        ParallelWork::setThreads(allowed ? 3 : 1);
+        CohortRegistration again(cohort.surfaces);
+        again.setMirrorsAllowed(allowed);
+        again.align(0);
+        ParallelWork::setThreads(0);
+        for (std::size_t i = 0; i < again.getPoses().size(); ++i) {
+            const SpecimenPose &one = registration.getPoses()[i], &other = again.getPoses()[i];
+            EXPECT_EQ(one.translation, other.translation);
+            EXPECT_EQ(one.rotation[1][2], other.rotation[1][2]);
+        }
         EXPECT_FALSE(registration.getPoses()[2].mirrored);
     }
 }
