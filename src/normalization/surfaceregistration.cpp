@@ -330,8 +330,8 @@ struct Candidate {
     bool isRaw = false; // begun as the raw data lie
 };
 
-/// The best ones and the raw one, and of two that are about the same pose only one; the raw one may repeat another until
-/// the last time, since the other may yet go on.
+/// The best ones and the raw one, and of two that are about the same pose only one; the raw one may repeat another
+/// until the last time, since the other may yet go on.
 void keepBest(std::vector<Candidate>& candidates, std::size_t count, bool last = false) {
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const Candidate& a, const Candidate& b) { return a.score < b.score; });

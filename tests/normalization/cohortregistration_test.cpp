@@ -77,7 +77,8 @@ QuadMesh<float>* nearlySymmetrical(double from, double to, double wave, double s
 }
 
 /// A specimen of a kind of bodies that are nearly round: half axes of 40, 38 and 41 that vary by a fiftieth, waves of
-/// the kind, leaning by up to 6 degrees from the axis of the sections, cut at its own heights. over: from the other end.
+/// the kind, leaning by up to 6 degrees from the axis of the sections, cut at its own heights. over: from the other
+/// end.
 std::unique_ptr<ShapeSet<float>> nearlyRound(std::uint64_t kind, int rank, double wave, bool over) {
     MadeNumbers common(kind), own(kind * 100 + std::uint64_t(rank));
     double waves[4];
