@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "images/filters/parallelwork.h"
 #include "normalization/surfaceregistration.h"
 
 namespace vorlen {
@@ -14,7 +15,7 @@ constexpr int maxRounds = 5;
 } // namespace
 
 CohortRegistration::CohortRegistration(std::vector<SpecimenSurfaces> specimens)
-    : __specimens(std::move(specimens)), __poses(__specimens.size()) {
+    : __specimens(std::move(specimens)), __poses(__specimens.size()), __unclear(__specimens.size()) {
 }
 
 CohortRegistration::~CohortRegistration() = default;
@@ -74,15 +75,23 @@ void CohortRegistration::place(int reference, bool anew) {
         home.translation = {-centre[0], -centre[1], -centre[2]};
     }
     const SpecimenSurfaces target = __specimens[first].moved(home);
-    SurfaceRegistration registration(target);
-    registration.setMirrorsAllowed(__mirrors);
-    for (std::size_t i = 0; i < n && !stops(); ++i) {
-        if (i == first)
+    std::vector<double> rivals(n, 0);
+    ParallelWork work(*this, n);
+    work.run(int(n), n, [&](int number, int /*worker*/) {
+        const std::size_t i = std::size_t(number);
+        if (stops())
+            return;
+        if (i == first) {
             __poses[i] = home;
-        else
-            __poses[i] = anew ? registration.align(__specimens[i]) : registration.refine(__specimens[i], __poses[i]);
-        notifyProgressed(static_cast<unsigned int>(i + 1), static_cast<unsigned int>(n));
-    }
+            return;
+        }
+        SurfaceRegistration registration(target);
+        registration.setMirrorsAllowed(__mirrors);
+        __poses[i] = anew ? registration.align(__specimens[i]) : registration.refine(__specimens[i], __poses[i]);
+        rivals[i] = registration.getRivalTurn();
+    });
+    for (std::size_t i = 0; i < n; ++i)
+        __unclear[i] = rivals[i] > 0;
     record(target, placed(), reference);
     notifyFinished("");
 }
@@ -93,34 +102,38 @@ void CohortRegistration::registerJointly() {
     __errors.clear();
     __sems.clear();
     notifyStarted("");
+    ParallelWork work(*this, std::size_t(maxRounds) * n);
     for (int round = 0; round < maxRounds && !stops(); ++round) {
         const std::vector<SpecimenSurfaces> all = placed();
         const SpecimenSurfaces mean = MeanSurfaces::of(all, 1).mean;
         if (round == 0)
             record(mean, all, -1);
-        SurfaceRegistration registration(mean);
+        const std::vector<SpecimenPose> before = __poses;
+        std::vector<double> rivals(n, 0);
+        work.run(int(n), n, [&](int number, int /*worker*/) {
+            const std::size_t i = std::size_t(number);
+            if (stops())
+                return;
+            SurfaceRegistration registration(mean);
+            // Half turns are tried once: the mean of the next round is not another one.
+            __poses[i] = round == 0 ? registration.refine(__specimens[i], before[i])
+                                    : registration.settle(__specimens[i], before[i]);
+            rivals[i] = registration.getRivalTurn();
+        });
         Point3 centre;
         double axes[3][3], radius = 1, moved = 0;
         mean.axes(centre, axes, radius);
-        for (std::size_t i = 0; i < n && !stops(); ++i) {
-            const SpecimenPose before = __poses[i];
-            // Half turns are tried once: the mean of the next round is not another one.
-            __poses[i] =
-                round == 0 ? registration.refine(__specimens[i], before) : registration.settle(__specimens[i], before);
-            SpecimenPose change = before;
-            change.mirrored = false;
-            change = change.inverse().followedBy([&] {
-                SpecimenPose after = __poses[i];
-                after.mirrored = false;
-                return after;
-            }());
+        for (std::size_t i = 0; i < n; ++i) {
+            if (round == 0)
+                __unclear[i] = rivals[i] > 0;
+            SpecimenPose from = before[i], to = __poses[i];
+            from.mirrored = to.mirrored = false;
+            const SpecimenPose change = from.inverse().followedBy(to);
             const Point3 shifted = change(centre);
             double shift = 0;
             for (std::size_t a = 0; a < 3; ++a)
                 shift += (shifted[a] - centre[a]) * (shifted[a] - centre[a]);
             moved = std::max(moved, std::sqrt(shift) + change.angle() / 57.3 * radius);
-            notifyProgressed(static_cast<unsigned int>(std::size_t(round) * n + i + 1),
-                             static_cast<unsigned int>(std::size_t(maxRounds) * n));
         }
         record(mean, placed(), -1);
         __converged = moved < 1e-3 * radius;

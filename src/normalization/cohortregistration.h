@@ -15,6 +15,8 @@ namespace vorlen {
 /// The reference specimen keeps its orientation, and its centre of gravity comes to the origin: the result lies as the
 /// sections of that specimen did. A joint registration has no privileged specimen but for this frame.
 ///
+/// Specimens are laid by several threads, each by one (ParallelWork), so that the result is the same for any number.
+///
 /// Decision: at most five rounds; the error falls by less than a hundredth after two or three in the cohorts tried.
 class CohortRegistration : public virtual ProgressSubject {
 public:
@@ -35,7 +37,7 @@ public:
     /// without one.
     void registerJointly();
 
-    /// Asked between two specimens whether to stop.
+    /// Asked before each specimen whether to stop, on any thread.
     void setCancelTest(std::function<bool()> test) { __stopped = std::move(test); }
 
     /// The motion of each specimen so far.
@@ -45,6 +47,10 @@ public:
     /// to the mean of all, before and after each round; and the standard errors.
     const std::vector<double>& getErrors() const { return __errors; }
     const std::vector<double>& getErrorSems() const { return __sems; }
+
+    /// For each specimen whether of the last step another orientation fits about as well: the surfaces don't tell which
+    /// of its ends is which (SurfaceRegistration::getRivalTurn()).
+    const std::vector<bool>& getUnclear() const { return __unclear; }
 
     /// Whether the last joint registration ended because no specimen moved any more.
     bool isConverged() const { return __converged; }
@@ -60,6 +66,7 @@ private:
     std::vector<SpecimenSurfaces> __specimens;
     std::vector<SpecimenPose> __poses;
     std::vector<double> __errors, __sems;
+    std::vector<bool> __unclear;
     std::function<bool()> __stopped;
     int __reference = 0;
     bool __mirrors = false;

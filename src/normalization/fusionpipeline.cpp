@@ -303,6 +303,7 @@ void FusionPipeline<T>::surfaceRegistration(FusionSteps<T>& steps, ProgressMonit
         }
         noteErrors(cohort.getErrors(), cohort.getErrorSems(), "registration");
     }
+    __report.warnOfUnclear(cohort.getUnclear());
     steps.place(cohort.getPoses());
 }
 

@@ -140,6 +140,21 @@ void FusionReport::warnOfTurns() {
     }
 }
 
+void FusionReport::warnOfUnclear(const std::vector<bool>& flags) {
+    std::string names;
+    int count = 0;
+    for (std::size_t i = 0; i < specimens.size() && i < flags.size(); ++i) {
+        if (flags[i]) {
+            names += (count == 0 ? "\"" : ", \"") + specimens[i].name + "\"";
+            ++count;
+        }
+    }
+    if (count > 0) {
+        warnings.push_back(names + (count == 1 ? " fits" : " fit") +
+                           " about as well turned over: look which end is which");
+    }
+}
+
 double FusionReport::meanDeviation(int structure) const {
     double sum = 0;
     int count = 0;

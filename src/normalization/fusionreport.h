@@ -59,6 +59,9 @@ struct FusionReport {
     /// Adds a warning for each specimen turned by more than 90 degrees.
     void warnOfTurns();
 
+    /// Adds one warning that names the specimens flagged, of which surfaces don't tell one end from the other.
+    void warnOfUnclear(const std::vector<bool>& flags);
+
     /// Root mean square of the deviations of a structure; 0 without any.
     double meanDeviation(int structure) const;
 

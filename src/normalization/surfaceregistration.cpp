@@ -27,6 +27,19 @@ constexpr double fineScale = 5;
 // Of the mean distance within, what a pair beside an end of a surface counts at most when orientations are compared.
 constexpr double besideShare = 2;
 
+// How much better than as the raw data lie a specimen must fit that is to be turned over: specimens vary, and of bodies
+// whose two ends differ by less than that the wrong one may fit a little better.
+constexpr double turnPreference = 1;
+
+// Share of the body's radius that distances tell nothing of the orientation below: specimens and outlines vary by more.
+constexpr double toldDistance = 0.005;
+
+// Of the score of the orientation taken, below which another one fits about as well.
+constexpr double doubt = 1.5;
+
+// Of the best score, where refinement would not bring a candidate back.
+constexpr double hopeless = 4;
+
 // Steps below which a search and the last refinement end, in shares of the body's radius.
 constexpr double roughTolerance = 3e-4;
 constexpr double fineTolerance = 2e-5;
@@ -94,6 +107,13 @@ SpecimenPose poseAbout(const double rotation[3][3], const Point3& from, const Po
         std::copy_n(rotation[i], 3, pose.rotation[i]);
     pose.translation = minus(to, pose.turn(from));
     return pose;
+}
+
+/// The rigid motion alone of a pose.
+SpecimenPose unmirrored(const SpecimenPose& pose) {
+    SpecimenPose plain = pose;
+    plain.mirrored = false;
+    return plain;
 }
 
 /// A point of one specimen, in its own coordinates, and the closest one of the same structure of the other.
@@ -307,32 +327,39 @@ private:
 struct Candidate {
     SpecimenPose pose;
     double score;
+    bool isRaw = false; // begun as the raw data lie
 };
 
-/// The best ones, and of two that are about the same pose only one.
-void keepBest(std::vector<Candidate>& candidates, std::size_t count) {
+/// The best ones and the raw one, and of two that are about the same pose only one; the raw one may repeat another
+/// until the last time, since the other may yet go on.
+void keepBest(std::vector<Candidate>& candidates, std::size_t count, bool last = false) {
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const Candidate& a, const Candidate& b) { return a.score < b.score; });
     std::vector<Candidate> kept;
     for (const Candidate& candidate : candidates) {
+        if (kept.size() >= count && !candidate.isRaw)
+            continue;
         const bool repeated = std::any_of(kept.begin(), kept.end(), [&](const Candidate& other) {
-            SpecimenPose plain = other.pose;
-            plain.mirrored = false;
             return other.pose.mirrored == candidate.pose.mirrored &&
-                   candidate.pose.followedBy(plain.inverse()).angle() < 6;
+                   candidate.pose.followedBy(unmirrored(other.pose).inverse()).angle() < 6;
         });
-        if (!repeated)
+        if (!repeated || (candidate.isRaw && !last))
             kept.push_back(candidate);
-        if (kept.size() == count)
-            break;
     }
     candidates.swap(kept);
 }
 
 /// Takes out those whose score is so much above the best, the first, that more points would not bring them back.
-void dropHopeless(std::vector<Candidate>& candidates) {
-    const double limit = 2 * candidates.front().score;
+void dropHopeless(std::vector<Candidate>& candidates, double smallest) {
+    const double limit = hopeless * (candidates.front().score + smallest);
     std::erase_if(candidates, [&](const Candidate& candidate) { return candidate.score > limit; });
+}
+
+/// What the score of an orientation is multiplied by: 1 as the raw data lie, 1 + turnPreference from a right angle on.
+double reluctance(const SpecimenPose& pose) {
+    const double sine = pose.angle() < 90 ? std::sin(pose.angle() * pi / 180) : 1;
+    const double turned = sine * sine;
+    return 1 + turnPreference * (pose.mirrored ? (1 + turned) / 2 : turned);
 }
 
 /// Rotations that bring the axes (columns) of one body on those of another.
@@ -394,7 +421,7 @@ SpecimenPose SurfaceRegistration::align(const SpecimenSurfaces& moving) {
             starts.push_back(pose);
         }
     }
-    return finish(moving, mirrored, starts, 0.03);
+    return finish(moving, mirrored, starts);
 }
 
 SpecimenPose SurfaceRegistration::refine(const SpecimenSurfaces& moving, const SpecimenPose& start) {
@@ -405,19 +432,18 @@ SpecimenPose SurfaceRegistration::refine(const SpecimenSurfaces& moving, const S
         starts.push_back(start.followedBy(turn));
     }
     const SpecimenSurfaces mirrored = start.mirrored ? moving.mirrored() : SpecimenSurfaces();
-    return finish(moving, mirrored, starts, 0.03);
+    return finish(moving, mirrored, starts);
 }
 
 double SurfaceRegistration::score(const SpecimenSurfaces& moving, const SpecimenPose& pose) const {
-    SpecimenPose plain = pose;
-    plain.mirrored = false;
     const SpecimenSurfaces mirrored = pose.mirrored ? moving.mirrored() : SpecimenSurfaces();
     Iteration iteration(pose.mirrored ? mirrored : moving, __target, 1500);
-    return iteration.score(plain, scoreLimit * __radius);
+    return iteration.score(unmirrored(pose), scoreLimit * __radius);
 }
 
 SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const SpecimenSurfaces& mirrored,
-                                         const std::vector<SpecimenPose>& starts, double preference) const {
+                                         const std::vector<SpecimenPose>& starts) {
+    __rivalTurn = 0;
     const double limit = scoreLimit * __radius;
     // The trees stand in the coordinates of the body or of its mirror image; poses are those of the one or the other.
     const auto iterationsOf = [&](int count) {
@@ -437,7 +463,9 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
             Iteration& iteration = both[candidate.pose.mirrored ? 1 : 0];
             SpecimenPose pose = candidate.pose;
             pose.mirrored = false;
-            iteration.run(pose, pointSteps, 1, __radius, roughTolerance);
+            // Steps by points may roll a body that is nearly round far from where it lay.
+            if (!candidate.isRaw)
+                iteration.run(pose, pointSteps, 1, __radius, roughTolerance);
             iteration.run(pose, normalSteps, 0.02, __radius, roughTolerance);
             candidate.score = normalSteps > 0 ? iteration.choiceScore(pose, limit) : iteration.score(pose, limit);
             pose.mirrored = candidate.pose.mirrored;
@@ -447,7 +475,7 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
     std::vector<Candidate> candidates;
     candidates.reserve(starts.size());
     for (const SpecimenPose& start : starts)
-        candidates.push_back({start, 0});
+        candidates.push_back({start, 0, candidates.empty()});
     if (candidates.size() > 4) {
         round(candidates, 100, 3, 0);
         keepBest(candidates, 14);
@@ -455,18 +483,29 @@ SpecimenPose SurfaceRegistration::finish(const SpecimenSurfaces& moving, const S
         keepBest(candidates, 6);
     }
     round(candidates, 400, 4, 12);
-    keepBest(candidates, 4);
-    dropHopeless(candidates);
+    keepBest(candidates, 4, true);
+    // Below this scores tell nothing.
+    const double smallest = toldDistance * toldDistance * __radius * __radius;
+    dropHopeless(candidates, smallest);
     if (candidates.size() > 1)
         round(candidates, 1500, 0, 12);
-    // Of those that are alike the one that turns least.
+    for (Candidate& candidate : candidates) {
+        const SpecimenSurfaces& body = candidate.pose.mirrored ? mirrored : moving;
+        candidate.pose = settled(body, candidate.pose);
+        if (candidates.size() > 1)
+            candidate.score = Iteration(body, __target, 2500, true).choiceScore(unmirrored(candidate.pose), limit);
+    }
     const auto least = std::min_element(candidates.begin(), candidates.end(), [&](const auto& a, const auto& b) {
-        const auto cost = [&](const Candidate& c) {
-            return c.score * (1 + preference * (c.pose.angle() / 180 + (c.pose.mirrored ? 1 : 0)));
-        };
-        return cost(a) < cost(b);
+        return (a.score + smallest) * reluctance(a.pose) < (b.score + smallest) * reluctance(b.pose);
     });
-    return settled(least->pose.mirrored ? mirrored : moving, least->pose);
+    const SpecimenPose back = unmirrored(least->pose).inverse();
+    for (const Candidate& candidate : candidates) {
+        const double angle = back.followedBy(unmirrored(candidate.pose)).angle();
+        const bool asWell = candidate.score + smallest < doubt * (least->score + smallest);
+        if (asWell && angle > 90 && candidate.pose.mirrored == least->pose.mirrored)
+            __rivalTurn = std::max(__rivalTurn, angle);
+    }
+    return least->pose;
 }
 
 SpecimenPose SurfaceRegistration::settle(const SpecimenSurfaces& moving, const SpecimenPose& start) const {

@@ -22,8 +22,13 @@ namespace vorlen {
 /// Distances along normals tell nothing of a shift along the surfaces: where two specimens differ like a motion, it is
 /// taken for one.
 ///
-/// Decision: orientations whose score differs by less than three hundredths are alike as far as the surfaces tell, and
-/// of them the one that turns the specimen least against its raw data is taken.
+/// Decision: specimens vary, and of bodies whose ends differ by no more than that the wrong end may fit a little
+/// better. So a specimen is turned by a right angle or more against its raw data only for less than half the mean
+/// square distance (a smaller turn needs less), which a body gives that was cut from the other end and differs from its
+/// own half turns by more than specimens do from each other; distances below half a hundredth of the body's radius tell
+/// nothing. Where neither orientation is so much better, the one near the raw data is taken, and getRivalTurn() tells
+/// of another that is less than 1.5 times as far off. The search begins at the raw data too and goes along normals
+/// there, since steps by points roll bodies that are nearly round.
 ///
 /// A refinement step costs some thousand closest-point questions, whatever the size of the grids. Results follow from
 /// the input alone.
@@ -45,18 +50,23 @@ public:
     /// The same from this pose alone, which is taken to be about right.
     SpecimenPose settle(const SpecimenSurfaces& moving, const SpecimenPose& start) const;
 
+    /// Of the last align() or refine(): by how many degrees, more than 90, another orientation is turned against the
+    /// one taken that fits about as well; 0 when there is none, so that the surfaces tell how the specimen lies.
+    double getRivalTurn() const { return __rivalTurn; }
+
     /// Mean square of the distances of the pose as the class tells.
     double score(const SpecimenSurfaces& moving, const SpecimenPose& pose) const;
 
 private:
     SpecimenPose finish(const SpecimenSurfaces& moving, const SpecimenSurfaces& mirrored,
-                        const std::vector<SpecimenPose>& starts, double preference) const;
+                        const std::vector<SpecimenPose>& starts);
     SpecimenPose settled(const SpecimenSurfaces& body, const SpecimenPose& start) const;
 
     const SpecimenSurfaces& __target;
     Point3 __centre = {0, 0, 0};
     double __axes[3][3] = {};
     double __radius = 0;
+    double __rivalTurn = 0;
     bool __mirrors = false;
 };
 

@@ -426,6 +426,42 @@ TEST(FusionPipeline, bySurfaceTellsWhatItDidToEachSpecimen) {
     EXPECT_LT(report.meanDeviation(int(body)), 1.5);
 }
 
+// Nothing tells the two ends of a spheroid apart: it stays as its raw data lie, and is named.
+TEST(FusionPipeline, namesSpecimensWhoseEndsLookAlike) {
+    std::vector<std::unique_ptr<Stack>> specimens;
+    for (const char* name : {"one", "two", "three"}) {
+        specimens.push_back(std::make_unique<Stack>());
+        Stack& stack = *specimens.back();
+        stack.setName(name);
+        stack.setDefaultSliceSpacing(40);
+        addSlices(stack, 9);
+        Model& body = addModel(stack, "body");
+        for (int z = 0; z < 9; ++z) {
+            std::vector<std::pair<int, int>> ring;
+            const double along = (z - 4) / 4.2;
+            for (int k = 0; k < 24; ++k) {
+                const double angle = 2 * 3.14159265358979323846 * k / 24;
+                const double r = 100 * std::sqrt(1 - along * along);
+                ring.emplace_back(int(std::lround(r * std::cos(angle))), int(std::lround(0.7 * r * std::sin(angle))));
+            }
+            addItem(body, stack.getSlice(z), ring);
+        }
+    }
+    Normalization normalization(std::move(specimens), false);
+    normalization.setStructures({{"body", 12, 20}});
+    normalization.strategy.setCorrespondence(SurfaceCorrespondence);
+    normalization.strategy.setAlignment(true);
+    FusionPipeline<float> pipeline;
+    normalization.prepare(pipeline);
+    ASSERT_TRUE(pipeline.run());
+    const FusionReport& report = pipeline.getReport();
+    for (const SpecimenReport& specimen : report.specimens) {
+        EXPECT_LT(specimen.turned, 1) << specimen.name;
+    }
+    ASSERT_EQ(report.warnings.size(), 1u);
+    EXPECT_EQ(report.warnings[0], "\"two\", \"three\" fit about as well turned over: look which end is which");
+}
+
 // What goes by levels pairs by rank and is told as such: a specimen cut from the other end is named.
 TEST(FusionPipeline, byLevelsNamesASpecimenThatIsTurnedOver) {
     std::vector<std::unique_ptr<Stack>> specimens = movedCopies(2);

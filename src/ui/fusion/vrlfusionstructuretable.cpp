@@ -102,11 +102,16 @@ void VRLFusionStructureTable::processCell(int row, int column) {
             showRow(row);
             return;
         }
+        const VRLFusionSurfaceStructure<float> before = structure;
         structure.setResamplingHeight(-1);
         structure.setResamplingWidth(-1);
         structure.setResamplingError(error);
         showRow(row);
         emit resamplingErrorChanged(structure);
+        if (structure.getResamplingHeight() < 0) { // no sizes come within the error
+            structure = before;
+            showRow(row);
+        }
         return;
     }
     const int size = item(row, column)->text().toInt(&good);

@@ -246,4 +246,23 @@ TEST_F(VRLFusionWindowTest, aRunCanBeCancelledAndAFailureIsTold) {
     EXPECT_EQ(window, nullptr);
 }
 
+// An error that no grid comes within leaves the sizes as they were.
+TEST(VRLFusionStructureTable, waitsForSizesNoLongerThanTheyAreSought) {
+    VRLFusionSurfaceStructure<float> structure;
+    structure.setName("body");
+    structure.setResamplingHeight(8);
+    structure.setResamplingWidth(20);
+    VRLFusionStructureTable table;
+    table.setStructures({structure});
+    QString meanwhile;
+    QObject::connect(&table, &VRLFusionStructureTable::resamplingErrorChanged, &table,
+                     [&] { meanwhile = table.item(0, 1)->text(); });
+    table.item(0, 3)->setText("1e-9");
+    EXPECT_EQ(meanwhile, "Wait...");
+    EXPECT_EQ(table.item(0, 1)->text(), "8");
+    EXPECT_EQ(table.item(0, 2)->text(), "20");
+    EXPECT_TRUE(table.item(0, 3)->text().isEmpty());
+    EXPECT_EQ(table.structures().front().getResamplingWidth(), 20);
+}
+
 } // namespace vorlen
