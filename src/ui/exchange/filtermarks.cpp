@@ -53,9 +53,6 @@ void FilterMarks::paintEvent(QPaintEvent*) {
     const StackSlice* const slice = canvas.getSlice();
     if (__plan == nullptr || slice == nullptr)
         return;
-    const double horZoom = double(canvas.getZoomFactor() * canvas.betaWidth());
-    const double verZoom = double(canvas.getZoomFactor() * canvas.betaHeight());
-    const QPointF origin = canvas.getViewOrigin();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     QPolygonF crosses;
@@ -65,7 +62,7 @@ void FilterMarks::paintEvent(QPaintEvent*) {
         QPolygonF outline;
         for (int i = 0; i < loss.item->getSize(); ++i) {
             const Vector<double>& vertex = loss.item->getVertices()[i];
-            const QPointF place((vertex[0] + 0.5 - origin.x()) * horZoom, (vertex[1] + 0.5 - origin.y()) * verZoom);
+            const QPointF place = canvas.convertToPosition(QPointF(vertex[0] + 0.5, vertex[1] + 0.5));
             if (loss.isWhole())
                 outline.append(place);
             if (loss.vertices.isSelected(i) && QRectF(rect()).adjusted(-5, -5, 5, 5).contains(place))

@@ -30,12 +30,12 @@ void VRLOverviewWidgetCanvas::setLocalView(const QRect& localView) {
 QRect VRLOverviewWidgetCanvas::frame() const {
     if (__localView.isEmpty() || getSlice() == nullptr)
         return QRect();
-    const double horZoom = double(getZoomFactor() * betaWidth());
-    const double verZoom = double(getZoomFactor() * betaHeight());
-    const int left = int(std::floor(__localView.x() * horZoom));
-    const int top = int(std::floor(__localView.y() * verZoom));
-    const int right = int(std::ceil((__localView.x() + __localView.width()) * horZoom));
-    const int bottom = int(std::ceil((__localView.y() + __localView.height()) * verZoom));
+    const QPointF first = convertToPosition(__localView.topLeft());
+    const QPointF last = convertToPosition(__localView.topLeft() + QPoint(__localView.width(), __localView.height()));
+    const int left = int(std::floor(first.x()));
+    const int top = int(std::floor(first.y()));
+    const int right = int(std::ceil(last.x()));
+    const int bottom = int(std::ceil(last.y()));
     QRect frame(left, top, std::max(right - left, 1), std::max(bottom - top, 1));
     const int moreWidth = std::max(smallestFrame - frame.width(), 0);
     const int moreHeight = std::max(smallestFrame - frame.height(), 0);

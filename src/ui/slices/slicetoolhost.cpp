@@ -65,10 +65,7 @@ bool SliceToolHost::isOnImage(const Vector<int>& pixel) const {
 }
 
 QPointF SliceToolHost::canvasPosition(const Vector<double>& place) const {
-    const VRLSliceEditWidgetCanvas& canvas = __mediator.getCanvas();
-    const auto scale = double(canvas.getZoomFactor());
-    return {(place[0] - canvas.getViewOrigin().x() + 0.5) * scale * double(canvas.betaWidth()),
-            (place[1] - canvas.getViewOrigin().y() + 0.5) * scale * double(canvas.betaHeight())};
+    return __mediator.getCanvas().convertToPosition(QPointF(place[0] + 0.5, place[1] + 0.5));
 }
 
 float SliceToolHost::zoom() const {

@@ -165,9 +165,20 @@ QPoint VRLImageWidgetCanvas::viewCenter() const {
     return __viewOrigin + QPoint(size.width() / 2, size.height() / 2);
 }
 
+QPointF VRLImageWidgetCanvas::imagePlace() const {
+    const QSize view = computeMaxViewSize();
+    const double density = devicePixelRatioF();
+    const auto before = [density](int canvas, int pixels, float zoom) {
+        return std::max(0.0, std::floor((canvas - pixels * double(zoom)) / 2 * density) / density);
+    };
+    return QPointF(before(width(), view.width(), __zoomFactor * betaWidth()),
+                   before(height(), view.height(), __zoomFactor * betaHeight()));
+}
+
 QPoint VRLImageWidgetCanvas::convertToImagePosition(const QPoint& position) const {
-    return QPoint(int(float(position.x()) / (__zoomFactor * betaWidth())) + __viewOrigin.x(),
-                  int(float(position.y()) / (__zoomFactor * betaHeight())) + __viewOrigin.y());
+    const QPointF place = position - imagePlace();
+    return QPoint(int(std::floor(float(place.x()) / (__zoomFactor * betaWidth()))) + __viewOrigin.x(),
+                  int(std::floor(float(place.y()) / (__zoomFactor * betaHeight()))) + __viewOrigin.y());
 }
 
 Vector<int> VRLImageWidgetCanvas::convertToVectori(const QPoint& position) const {
@@ -179,8 +190,14 @@ Vector<int> VRLImageWidgetCanvas::convertToVectori(const QPoint& position) const
 }
 
 QPointF VRLImageWidgetCanvas::convertToImagePoint(const QPointF& position) const {
-    return QPointF(position.x() / double(__zoomFactor * betaWidth()) + __viewOrigin.x(),
-                   position.y() / double(__zoomFactor * betaHeight()) + __viewOrigin.y());
+    const QPointF place = position - imagePlace();
+    return QPointF(place.x() / double(__zoomFactor * betaWidth()) + __viewOrigin.x(),
+                   place.y() / double(__zoomFactor * betaHeight()) + __viewOrigin.y());
+}
+
+QPointF VRLImageWidgetCanvas::convertToPosition(const QPointF& point) const {
+    return imagePlace() + QPointF((point.x() - __viewOrigin.x()) * double(__zoomFactor * betaWidth()),
+                                  (point.y() - __viewOrigin.y()) * double(__zoomFactor * betaHeight()));
 }
 
 std::shared_ptr<TiledSection> VRLImageWidgetCanvas::getSection() const {
@@ -371,13 +388,14 @@ void VRLImageWidgetCanvas::paintImageGL(const Image& image, const std::shared_pt
                        std::max(int(std::ceil(bottom - 1e-6)) - row, 1));
     const double horUnit = std::max(width(), 1) / std::max(double(qRound(width() * density)), 1.0);
     const double verUnit = std::max(height(), 1) / std::max(double(qRound(height() * density)), 1.0);
+    const QPointF corner = imagePlace() * density;
     __textures.draw(
         image, owner, {shownScale(), __black, __white}, steps, texels,
         [&](int texel) {
-            return (texel * steps.columns / horScale + place.x() - whole.x()) * horZoom * horUnit;
+            return (corner.x() + (texel * steps.columns / horScale + place.x() - whole.x()) * horZoom) * horUnit;
         },
         [&](int texel) {
-            return -(texel * steps.rows / verScale + place.y() - whole.y()) * verZoom * verUnit;
+            return -(corner.y() + (texel * steps.rows / verScale + place.y() - whole.y()) * verZoom) * verUnit;
         });
 }
 

@@ -25,9 +25,10 @@ class VRLImageProxy;
 
 /// Paints an image, or a part of it, at a zoom. Knows zoom and view; all input is left to event filters.
 ///
-/// The view is a rectangle of whole image pixels whose top left corner lies in the top left corner of the canvas. In
-/// best fit mode the whole image is seen and every change of size fits it again. A zoom of 1 shows the larger side of
-/// an image pixel as one unit of the widget, the other side as its share of it (betaWidth(), betaHeight()).
+/// The view is a rectangle of whole image pixels. Its top left corner lies in the top left corner of the canvas, but
+/// where less is seen than the canvas has room for, that lies in the middle (imagePlace()). In best fit mode the whole
+/// image is seen and every change of size fits it again. A zoom of 1 shows the larger side of an image pixel as one
+/// unit of the widget, the other side as its share of it (betaWidth(), betaHeight()).
 ///
 /// The pixels are drawn from textures, which are made once for what is seen of an image and a contrast. The proxy's
 /// smallest image that is larger than what is seen is taken. Where there is none of about that size (yet), only every
@@ -88,11 +89,16 @@ public:
     void setViewCenter(const QPoint& center);
     QPoint viewCenter() const;
 
+    /// Where the view's top left corner lies on the canvas: on a pixel of the screen, from (0, 0) on.
+    QPointF imagePlace() const;
+
     /// The image pixel at a position of the widget, which may lie outside of the image.
     QPoint convertToImagePosition(const QPoint& position) const;
     Vector<int> convertToVectori(const QPoint& position) const;
     /// The point of the image at a position of the widget, with the corner of the first pixel at (0, 0).
     QPointF convertToImagePoint(const QPointF& position) const;
+    /// The position of such a point on the widget.
+    QPointF convertToPosition(const QPointF& point) const;
 
     /// The section that is shown where the image is the overview of one, and it is open already; else null.
     std::shared_ptr<TiledSection> getSection() const;

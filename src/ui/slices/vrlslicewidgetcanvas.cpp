@@ -158,6 +158,7 @@ void VRLSliceWidgetCanvas::withPainter(const std::function<void(QPainter&)>& wor
     QPainter painter(device.get());
     painter.setRenderHint(QPainter::Antialiasing);
     const double zoom = double(getZoomFactor());
+    painter.translate(imagePlace());
     painter.scale(zoom * double(betaWidth()), zoom * double(betaHeight()));
     painter.translate(0.5 - getViewOrigin().x(), 0.5 - getViewOrigin().y());
     work(painter);
@@ -203,11 +204,13 @@ QRect VRLSliceWidgetCanvas::areaOf(const ModelItem& item, const ModelItemPropert
     const double size = double(sensible(look.getLineWidth())) + 2 * double(sensible(look.getPointSize())) + 1;
     const double zooms[] = {double(getZoomFactor() * betaWidth()), double(getZoomFactor() * betaHeight())};
     const int origins[] = {getViewOrigin().x(), getViewOrigin().y()};
+    const QPointF place = imagePlace();
+    const double places[] = {place.x(), place.y()};
     const int ends[] = {width(), height()};
     int first[2], last[2];
     for (int k = 0; k < 2; ++k) {
-        const double low = (box.getVertex1()[k] - origins[k] + 0.5 - size) * zooms[k] - 7;
-        const double high = (box.getVertex2()[k] - origins[k] + 0.5 + size) * zooms[k] + 7;
+        const double low = places[k] + (box.getVertex1()[k] - origins[k] + 0.5 - size) * zooms[k] - 7;
+        const double high = places[k] + (box.getVertex2()[k] - origins[k] + 0.5 + size) * zooms[k] + 7;
         first[k] = int(std::clamp(std::floor(low), 0.0, double(ends[k])));
         last[k] = int(std::clamp(std::ceil(high), 0.0, double(ends[k])));
     }
@@ -299,8 +302,6 @@ void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& p
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setPen(QPen(Qt::black, 1));
     const QRectF seen = QRectF(paintedArea()).adjusted(-6, -6, 6, 6);
-    const double horizontal = double(getZoomFactor() * betaWidth());
-    const double vertical = double(getZoomFactor() * betaHeight());
     const ModelItemSelection& selection = item.getSelection();
     const Vertices<double>& vertices = item.getVertices();
     const int numBits = std::min(selection.getNumBits(), item.getSize());
@@ -311,15 +312,14 @@ void VRLSliceWidgetCanvas::paintItemSelection(const ModelItem& item, QPainter& p
         if (!selection.isSelected(i))
             continue;
         const bool isWithin = i > 0 && selection.isSelected(i - 1) && i + 1 < numBits && selection.isSelected(i + 1);
-        const double x = std::floor((vertices[i][0] - getViewOrigin().x() + 0.5) * horizontal);
-        const double y = std::floor((vertices[i][1] - getViewOrigin().y() + 0.5) * vertical);
-        const QPointF place(x, y);
+        const QPointF exact = convertToPosition(QPointF(vertices[i][0] + 0.5, vertices[i][1] + 0.5));
+        const QPointF place(std::floor(exact.x()), std::floor(exact.y()));
         if (isWithin && last && (place - *last).manhattanLength() < apart)
             continue;
         last = place; // also where it is not painted: parts of a picture are to fit
         if (!seen.contains(place))
             continue;
-        const QPoint position{int(x), int(y)};
+        const QPoint position = place.toPoint();
         if (i == 0)
             drawFirstMark(painter, position);
         else

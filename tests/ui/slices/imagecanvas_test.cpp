@@ -286,17 +286,18 @@ TEST_F(PaintedImageTest, eachPixelIsShownWhateverTheWidth) {
         };
         canvas->getImageProxy().clearImage();
         const QImage seen = pictureOf();
+        const QPoint corner = canvas->convertToPosition(QPointF(0, 0)).toPoint();
         int numOther = 0;
         for (int y = 0; y < 9; ++y)
             for (int x = 0; x < 515; ++x) {
                 const int green = value(x, y, depth > 16 ? 1 : 0), blue = value(x, y, depth > 16 ? 2 : 0);
-                numOther += isNear(seen.pixel(x, y), qRgb(value(x, y, 0), green, blue), 1) ? 0 : 1;
+                numOther += isNear(seen.pixel(corner + QPoint(x, y)), qRgb(value(x, y, 0), green, blue), 1) ? 0 : 1;
             }
         EXPECT_EQ(numOther, 0) << depth;
-        EXPECT_EQ(seen.pixel(516, 5), VRLPreferences::getImageCanvasBackgroundColor().rgb());
+        EXPECT_EQ(seen.pixel(corner + QPoint(516, 5)), VRLPreferences::getImageCanvasBackgroundColor().rgb());
         // Another image at the same address is not taken for it.
         std::memset(image.getData(), 90, image.dataLength());
-        EXPECT_TRUE(isNear(pictureOf().pixel(514, 8), qRgb(90, 90, 90), 1)) << depth; // 90 * 257 of 65280
+        EXPECT_TRUE(isNear(pictureOf().pixel(corner + QPoint(514, 8)), qRgb(90, 90, 90), 1)) << depth; // 90 * 257 of 65280
         canvas->getImageProxy().clearImage();
     }
 }
