@@ -66,6 +66,9 @@ std::size_t textureBytes(const Image& image, const QRect& texels) {
 
 void ImageTextures::beginFrame() {
     ++__frame;
+    __numBefore = __numUploads;
+    __sending = {};
+    __isBehind = false;
     if (__side > 0)
         return;
     GLint most = 0;
@@ -112,38 +115,56 @@ bool ImageTextures::draw(const Image& image, const std::shared_ptr<const Image>&
     return all;
 }
 
+/// Null where it can't be sent, or not in this frame.
 const ImageTextures::Tile* ImageTextures::tileOf(const Image& image, const std::shared_ptr<const Image>& owner,
                                                  const Look& look, const Steps& steps, int row, int column) {
-    const auto found = __tiles.try_emplace(Key(&image, steps, row, column)).first;
+    const Key key(&image, steps, row, column);
+    auto found = __tiles.find(key);
+    if (found != __tiles.end()) {
+        Tile& tile = found->second;
+        tile.frame = __frame;
+        const bool isSame = !tile.owner.owner_before(owner) && !owner.owner_before(tile.owner) &&
+                            (owner != nullptr || tile.generation == __generation);
+        if (isSame && tile.look == look)
+            return &tile;
+    }
+    if (owner != nullptr && __sending > std::chrono::milliseconds(sendingTime) &&
+        __numUploads >= __numBefore + std::uint64_t(leastSent)) {
+        __isBehind = true;
+        return nullptr;
+    }
+    const auto start = std::chrono::steady_clock::now();
+    if (found == __tiles.end())
+        found = __tiles.emplace(key, newTile()).first;
     Tile& tile = found->second;
     tile.frame = __frame;
-    const bool isSame = !tile.owner.owner_before(owner) && !owner.owner_before(tile.owner) &&
-                        (owner != nullptr || tile.generation == __generation);
-    if (tile.texture != 0 && isSame && tile.look == look)
-        return &tile;
     tile.owner = owner;
     tile.generation = __generation;
     tile.look = look;
-    if (tile.texture == 0) {
-        glGenTextures(1, &tile.texture);
-        glBindTexture(GL_TEXTURE_2D, tile.texture);
-        for (const GLenum filter : {GL_TEXTURE_MIN_FILTER, GL_TEXTURE_MAG_FILTER})
-            glTexParameteri(GL_TEXTURE_2D, filter, GL_NEAREST);
-        for (const GLenum wrap : {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T})
-            glTexParameteri(GL_TEXTURE_2D, wrap, GL_CLAMP_TO_EDGE);
-    } else {
-        glBindTexture(GL_TEXTURE_2D, tile.texture);
-    }
     const QRect texels =
         QRect(column * __side, row * __side, __side, __side) &
         QRect(0, 0, numSteps(image.getWidth(), steps.columns), numSteps(image.getHeight(), steps.rows));
     __bytes -= tile.bytes;
     tile.bytes = textureBytes(image, texels);
     __bytes += tile.bytes;
-    if (upload(image, look, steps, texels))
+    glBindTexture(GL_TEXTURE_2D, tile.texture);
+    const bool sent = upload(image, look, steps, texels);
+    __sending += std::chrono::steady_clock::now() - start;
+    if (sent)
         return &tile;
     remove(found);
     return nullptr;
+}
+
+ImageTextures::Tile ImageTextures::newTile() {
+    Tile tile;
+    glGenTextures(1, &tile.texture);
+    glBindTexture(GL_TEXTURE_2D, tile.texture);
+    for (const GLenum filter : {GL_TEXTURE_MIN_FILTER, GL_TEXTURE_MAG_FILTER})
+        glTexParameteri(GL_TEXTURE_2D, filter, GL_NEAREST);
+    for (const GLenum wrap : {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T})
+        glTexParameteri(GL_TEXTURE_2D, wrap, GL_CLAMP_TO_EDGE);
+    return tile;
 }
 
 bool ImageTextures::upload(const Image& image, const Look& look, const Steps& steps, const QRect& texels) {
@@ -238,8 +259,7 @@ void ImageTextures::endFrame() {
 
 void ImageTextures::remove(std::map<Key, Tile>::iterator tile) {
     __bytes -= tile->second.bytes;
-    if (tile->second.texture != 0)
-        glDeleteTextures(1, &tile->second.texture);
+    glDeleteTextures(1, &tile->second.texture);
     __tiles.erase(tile);
 }
 

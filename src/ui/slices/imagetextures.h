@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -26,6 +27,9 @@ class Image;
 ///
 /// Nothing but OpenGL 1.2 and textures of any size are needed: no shader, no mipmaps. Texels are never mixed, as a user
 /// who outlines pixels wants to see them; the smaller images of an image stand for its mipmaps.
+///
+/// Sending takes time, so that of shared images, which lie over others, only so many tiles are sent in a frame as it
+/// has time for; isBehind() tells that another frame is needed for the rest.
 ///
 /// Textures longest out of view go as soon as all together are larger than the budget, never those of the present
 /// frame. Images that are shared are known by their owners, so that another one at the address of one that is gone is
@@ -55,7 +59,9 @@ public:
     using Place = std::function<double(int)>;
 
     static constexpr int tileSide = 512;
-    static constexpr std::size_t defaultBudget = std::size_t(96) << 20; // bytes
+    static constexpr int sendingTime = 15; ///< milliseconds of a frame
+    static constexpr int leastSent = 4;    ///< tiles of a frame, whatever they take
+    static constexpr std::size_t defaultBudget = std::size_t(64) << 20; // bytes
 
     explicit ImageTextures(std::size_t budget = defaultBudget) : __budget(budget) {}
     ImageTextures(const ImageTextures&) = delete;
@@ -67,13 +73,16 @@ public:
     /// Before the images of a paint are drawn.
     void beginFrame();
 
-    /// Draws a rectangle of texels, counted in steps. The owner is null for images that are not shared. False where the
-    /// graphics system has no memory for it, and that part was left out.
+    /// Draws a rectangle of texels, counted in steps. The owner is null for images that are not shared. False where a
+    /// part was left out: the frame has no time for it, see isBehind(), or the graphics system no memory.
     bool draw(const Image& image, const std::shared_ptr<const Image>& owner, const Look& look, const Steps& steps,
               const QRect& texels, const Place& across, const Place& down);
 
     /// Afterwards: lets go what is beyond the budget.
     void endFrame();
+
+    /// Whether tiles of shared images were left out of the frame for want of time.
+    bool isBehind() const { return __isBehind; }
 
     /// Images without owners are others from here on.
     void forgetImages() { ++__generation; }
@@ -100,6 +109,7 @@ private:
 
     const Tile* tileOf(const Image& image, const std::shared_ptr<const Image>& owner, const Look& look,
                        const Steps& steps, int row, int column);
+    static Tile newTile();
     bool upload(const Image& image, const Look& look, const Steps& steps, const QRect& texels);
     const unsigned char* bytesOf(const Image& image, const Look& look, const Steps& steps, const QRect& texels);
     void makeTables(const Look& look);
@@ -111,6 +121,9 @@ private:
     std::uint64_t __generation = 0;
     std::uint64_t __frame = 0;
     std::uint64_t __numUploads = 0;
+    std::uint64_t __numBefore = 0; // uploads before this frame
+    std::chrono::steady_clock::duration __sending{}; // of this frame
+    bool __isBehind = false;
     int __side = 0;                         // of tiles, as the context allows; 0 before the first one
     Look __tableLook;                       // of the tables
     std::vector<unsigned char> __byteTable; // what bytes are shown as

@@ -361,6 +361,10 @@ void VRLImageWidgetCanvas::paintSection(const Image& overview) {
         for (const SectionView::Piece& piece : __section->piecesIn(currentView(), zoom > 0 ? 1 / zoom : 1))
             paintImageGL(*piece.tile, piece.tile, piece.place);
     __textures.endFrame();
+    if (__textures.isBehind()) {
+        ++__imageRevision; // a kept picture lacks something
+        update();
+    }
 }
 
 // A texel begins where its first pixel does on the screen, which has whole pixels although the widget may have none.
