@@ -379,15 +379,9 @@ int main(int argc, char** argv) {
         void (*work)(benchmark::State&, Editor&);
         int iterations;
         bool compared; // with the reference
-    } cases[] = {{"paint", paint, 5, false},
-                 {"section", section, 10, true},
-                 {"contrast", contrast, 5, false},
-                 {"pan", pan, 5, false},
-                 {"stroke", stroke, 20, true},
-                 {"hover", hover, 20, false},
-                 {"select", select, 10, true},
-                 {"move_vertex", moveVertex, 10, true},
-                 {"preview", preview, 20, false}};
+    } cases[] = {{"paint", paint, 5, false},   {"section", section, 10, true},        {"contrast", contrast, 5, false},
+                 {"pan", pan, 5, false},       {"stroke", stroke, 20, true},          {"hover", hover, 20, false},
+                 {"select", select, 10, true}, {"move_vertex", moveVertex, 10, true}, {"preview", preview, 20, false}};
     for (const auto& c : cases)
         for (const float zoom : {0.0f, 1.0f})
             for (const bool keeping : {true, false}) {
@@ -402,14 +396,14 @@ int main(int argc, char** argv) {
                                                  c.work(state, editor);
                                              })
                     ->MeasureProcessCPUTime()
-                ->UseManualTime()
+                    ->UseManualTime()
                     ->Unit(benchmark::kMillisecond)
                     ->Iterations(c.iterations);
             }
     for (const float zoom : {0.0f, 1.0f})
         for (const bool asBefore : {false, true}) {
-            const std::string name = std::string("draw_repaint") + (zoom == 0 ? "_fit" : "_zoom1") +
-                                     (asBefore ? "/reference" : "/vorlen");
+            const std::string name =
+                std::string("draw_repaint") + (zoom == 0 ? "_fit" : "_zoom1") + (asBefore ? "/reference" : "/vorlen");
             benchmark::RegisterBenchmark(name.c_str(),
                                          [&editor, zoom, asBefore](benchmark::State& state) {
                                              editor.zoomTo(zoom);

@@ -175,12 +175,11 @@ bool filterSpotVolume(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig&
     config.check();
     const Vector<int> size = volume.getSize();
     const VoxelCalibration calibration = volume.getVoxelCalibration();
-    const bool done =
-        (!config.getResizeState() || resize(volume, config.getNewSize(), progress)) &&
-           (!config.isSmoothingFilterEnabled() || smooth(volume, config, progress)) &&
-           (!config.isTophatFilterEnabled() || subtractOpening(volume, config, progress)) &&
-           (!config.isIsotropyFilterEnabled() || weighByIsotropy(volume, config, progress)) &&
-           (!config.getResizeState() || resize(volume, size, progress));
+    const bool done = (!config.getResizeState() || resize(volume, config.getNewSize(), progress)) &&
+                      (!config.isSmoothingFilterEnabled() || smooth(volume, config, progress)) &&
+                      (!config.isTophatFilterEnabled() || subtractOpening(volume, config, progress)) &&
+                      (!config.isIsotropyFilterEnabled() || weighByIsotropy(volume, config, progress)) &&
+                      (!config.getResizeState() || resize(volume, size, progress));
     if (done)
         volume.setVoxelCalibration(calibration); // to the last digit
     return done;

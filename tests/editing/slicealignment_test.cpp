@@ -308,7 +308,8 @@ TEST(SliceAlignment, greyValuesComeFromEveryKindOfImage) {
     EXPECT_EQ(section.pixelHeight, 4);
 }
 
-// Smaller copies of a large section are made at first, which takes long: cancelled in the midst, all that was made goes.
+// Smaller copies of a large section are made at first, which takes long: cancelled in the midst, all that was made
+// goes.
 TEST(SliceAlignment, endsWhileItMakesTheSmallerCopiesOfALargeSection) {
     class Impatient : public ProgressMonitor {
     public:

@@ -98,7 +98,8 @@ bool ImageTextures::draw(const Image& image, const std::shared_ptr<const Image>&
             const QRect whole = QRect(column * __side, row * __side, __side, __side) & QRect(0, 0, width, height);
             const QRect part = whole & seen;
             const int right = part.x() + part.width(), bottom = part.y() + part.height();
-            const double s[] = {double(part.x() - whole.x()) / whole.width(), double(right - whole.x()) / whole.width()};
+            const double s[] = {double(part.x() - whole.x()) / whole.width(),
+                                double(right - whole.x()) / whole.width()};
             const double t[] = {double(part.y() - whole.y()) / whole.height(),
                                 double(bottom - whole.y()) / whole.height()};
             const double x[] = {across(part.x()), across(right)}, y[] = {down(part.y()), down(bottom)};

@@ -59,8 +59,8 @@ public:
     using Place = std::function<double(int)>;
 
     static constexpr int tileSide = 512;
-    static constexpr int sendingTime = 15; ///< milliseconds of a frame
-    static constexpr int leastSent = 4;    ///< tiles of a frame, whatever they take
+    static constexpr int sendingTime = 15;                              ///< milliseconds of a frame
+    static constexpr int leastSent = 4;                                 ///< tiles of a frame, whatever they take
     static constexpr std::size_t defaultBudget = std::size_t(64) << 20; // bytes
 
     explicit ImageTextures(std::size_t budget = defaultBudget) : __budget(budget) {}
@@ -121,7 +121,7 @@ private:
     std::uint64_t __generation = 0;
     std::uint64_t __frame = 0;
     std::uint64_t __numUploads = 0;
-    std::uint64_t __numBefore = 0; // uploads before this frame
+    std::uint64_t __numBefore = 0;                   // uploads before this frame
     std::chrono::steady_clock::duration __sending{}; // of this frame
     bool __isBehind = false;
     int __side = 0;                         // of tiles, as the context allows; 0 before the first one

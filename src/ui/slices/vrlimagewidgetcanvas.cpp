@@ -263,7 +263,8 @@ void VRLImageWidgetCanvas::imageProxyChange() {
 }
 
 void VRLImageWidgetCanvas::initializeGL() {
-    __contextGoes = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &VRLImageWidgetCanvas::forgetTextures);
+    __contextGoes =
+        connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &VRLImageWidgetCanvas::forgetTextures);
 }
 
 void VRLImageWidgetCanvas::forgetTextures() {

@@ -297,7 +297,8 @@ TEST_F(PaintedImageTest, eachPixelIsShownWhateverTheWidth) {
         EXPECT_EQ(seen.pixel(corner + QPoint(516, 5)), VRLPreferences::getImageCanvasBackgroundColor().rgb());
         // Another image at the same address is not taken for it.
         std::memset(image.getData(), 90, image.dataLength());
-        EXPECT_TRUE(isNear(pictureOf().pixel(corner + QPoint(514, 8)), qRgb(90, 90, 90), 1)) << depth; // 90 * 257 of 65280
+        EXPECT_TRUE(isNear(pictureOf().pixel(corner + QPoint(514, 8)), qRgb(90, 90, 90), 1))
+            << depth; // 90 * 257 of 65280
         canvas->getImageProxy().clearImage();
     }
 }
