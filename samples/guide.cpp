@@ -113,13 +113,7 @@ public:
     }
 
     /// Where the pixel of the image is on the canvas.
-    QPoint at(double x, double y) {
-        const QPoint origin = canvas().getViewOrigin();
-        const float zoom = canvas().getZoomFactor();
-        return QPointF((x + 0.5 - origin.x()) * zoom * canvas().betaWidth(),
-                       (y + 0.5 - origin.y()) * zoom * canvas().betaHeight())
-            .toPoint();
-    }
+    QPoint at(double x, double y) { return canvas().convertToPosition(QPointF(x + 0.5, y + 0.5)).toPoint(); }
     void press(double x, double y) { QTest::mousePress(&canvas(), Qt::LeftButton, {}, at(x, y)); }
     void release(double x, double y) { QTest::mouseRelease(&canvas(), Qt::LeftButton, {}, at(x, y)); }
     void click(double x, double y) {

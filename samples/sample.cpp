@@ -237,6 +237,14 @@ double inside(double distance) {
     return 1 / (1 + std::exp(-3 * distance));
 }
 
+/// Less than this is not seen. That much is inside at 3.07 micrometres without.
+constexpr double leastStain = 1e-4, edge = 3.1;
+
+/// False where a point is so far from another one that nothing within reach of that stains it.
+bool isNear(double dx, double dy, double reach) {
+    return dx * dx + dy * dy < (reach + edge) * (reach + edge);
+}
+
 double brightness(const Scene& scene, const std::vector<Point>& cells, const Section& section, int index, int u,
                   int v) {
     const Point here = section.toWorld(u, v);
@@ -246,25 +254,35 @@ double brightness(const Scene& scene, const std::vector<Point>& cells, const Sec
                    22 * (smoothNoise(x / 3.5, y / 3.5, z / 5, 2) - 0.5);
 
     const auto stain = [&](double amount, double level, double texture) {
-        if (amount > 1e-4)
+        if (amount > leastStain)
             value += amount * (level + texture * (smoothNoise(x / 2.5, y / 2.5, z / 4, 3) - 0.5) - value);
     };
     const auto polar = [&](Point centre) {
         return Point{std::hypot(x - centre.x, y - centre.y), std::atan2(y - centre.y, x - centre.x)};
     };
-    const Point atSpheroid = polar(scene.spheroid.centre), atPeanut = polar(scene.peanut.centre);
-    stain(inside(scene.spheroid.radiusAt(z) - atSpheroid.x), 92, 22);
-    stain(inside(scene.peanut.radiusAt(z, atPeanut.y) - atPeanut.x), 118, 30);
+    const auto isNearTo = [&](Point centre, double reach) { return isNear(x - centre.x, y - centre.y, reach); };
+    const Spheroid& spheroid = scene.spheroid;
+    const Peanut& peanut = scene.peanut;
+    if (const double radius = spheroid.radiusAt(z); isNearTo(spheroid.centre, radius))
+        stain(inside(radius - polar(spheroid.centre).x), 92, 22);
+    if (isNearTo(peanut.centre, peanut.radius * (1 + peanut.waist))) {
+        const Point at = polar(peanut.centre);
+        stain(inside(peanut.radiusAt(z, at.y) - at.x), 118, 30);
+    }
 
     const Vessel& vessel = scene.vessel;
     const double dx = x - vessel.centre.x, dy = y - vessel.centre.y;
-    if (index >= vessel.first && index < vessel.fork)
+    // The trunk's distance, which is a share of its half depth, reaches farther along its width.
+    const bool isNearVessel = isNear(
+        dx, dy, std::max(vessel.apart + vessel.limb, vessel.halfWidth + vessel.halfWidth / vessel.halfDepth * edge));
+    if (isNearVessel && index >= vessel.first && index < vessel.fork)
         stain(inside(vessel.limb - std::hypot(std::abs(dx) - vessel.apart, dy)), 226, 8);
-    else if (index >= vessel.fork && index <= vessel.last)
+    else if (isNearVessel && index >= vessel.fork && index <= vessel.last)
         stain(inside((1 - std::hypot(dx / vessel.halfWidth, dy / vessel.halfDepth)) * vessel.halfDepth), 226, 8);
 
     const Membrane& membrane = scene.membrane;
-    if (index >= membrane.first && index <= membrane.last) {
+    if (index >= membrane.first && index <= membrane.last && isNearTo(membrane.centre, membrane.radius + 1.2) &&
+        !isNearTo(membrane.centre, membrane.radius - 1.2 - 2 * edge)) {
         Point at = polar(membrane.centre);
         if (at.y < 0)
             at.y += 2 * pi;
@@ -272,7 +290,8 @@ double brightness(const Scene& scene, const std::vector<Point>& cells, const Sec
             stain(inside(1.2 - std::abs(at.x - membrane.radius)), 70, 10);
     }
     for (const Point& cell : cells)
-        stain(inside(2.5 - std::hypot(x - cell.x, y - cell.y)), 60, 10);
+        if (isNearTo(cell, 2.5))
+            stain(inside(2.5 - std::hypot(x - cell.x, y - cell.y)), 60, 10);
 
     // The light falls off towards the corners and drifts from section to section; the camera adds its noise.
     const double cx = (u - size / 2.0) / size, cy = (v - size / 2.0) / size;

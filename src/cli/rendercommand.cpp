@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QSize>
 
@@ -31,10 +32,17 @@ std::optional<QSize> sizeOf(const QString& text) {
     return size == size.expandedTo(least) && size == size.boundedTo(most) ? std::optional(size) : std::nullopt;
 }
 
-/// The drawing is left to a program of its own, so that this one runs without a display and its libraries.
-int runRenderer(const QStringList& arguments) {
+/// The drawing is left to a program of its own, so that this one runs without a display and its libraries. threads: as
+/// they were asked for, empty for all processors; they go to it and to the OpenGL without a graphics card.
+int runRenderer(const QStringList& arguments, const QString& threads) {
     const QString program = QDir(QCoreApplication::applicationDirPath()).filePath("vorlen-render");
     QProcess process;
+    if (!threads.isEmpty()) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("VORLEN_THREADS", threads);
+        environment.insert("LP_NUM_THREADS", threads);
+        process.setProcessEnvironment(environment);
+    }
     process.setProcessChannelMode(QProcess::ForwardedChannels);
     process.setInputChannelMode(QProcess::ForwardedInputChannel);
     process.start(program, arguments);
@@ -114,7 +122,7 @@ int renderCommand(const QStringList& arguments) {
         rendererArguments += {line.value("pose"), line.value("motion"), line.value("rate"), line.value("seconds")};
     else if (line.isSet("pose"))
         rendererArguments += line.value("pose");
-    return runRenderer(rendererArguments);
+    return runRenderer(rendererArguments, line.isSet("threads") ? line.value("threads") : QString());
 }
 
 } // namespace vorlen

@@ -106,7 +106,8 @@ ModelItem::ModelItem() = default;
 ModelItem::ModelItem(const ModelItem& other)
     : UnreadText(other), __model(other.__model), __slice(other.__slice), __packed(other.__packed),
       __revision(other.__revision), __extent(other.__extent), __extentKnown(other.__extentKnown),
-      __updateBox(other.__updateBox), __selection(other.__selection), __properties(other.__properties) {
+      __updatesAll(other.__updatesAll), __updateBox(other.__updateBox), __selection(other.__selection),
+      __properties(other.__properties) {
     const Vertices<double>* const vertices = other.__vertices.load(std::memory_order_acquire);
     if (__packed.getSize() > 0 || vertices == nullptr)
         return;
@@ -224,7 +225,7 @@ void ModelItem::takeVertices(const Vertices<double>& taken) {
 void ModelItem::verticesTaken() {
     verticesChanged();
     __selection.reset(getSize());
-    __updateBox = boundingBox();
+    __updatesAll = true;
 }
 
 int ModelItem::getSize() const {
@@ -276,7 +277,7 @@ void ModelItem::appendVertex(const Vector<double>& vertex) {
     const int n = getSize();
     vertices().append(Vector<double>(vertex));
     verticesChanged();
-    __updateBox = n > 0 ? pixelsOf(n - 1).merge(pixelsOf(n)) : pixelsOf(n);
+    setUpdateBox(n > 0 ? pixelsOf(n - 1).merge(pixelsOf(n)) : pixelsOf(n));
     __selection.reset(n + 1);
 }
 
@@ -294,7 +295,7 @@ void ModelItem::appendVertices(const Vertices<double>& vertices) {
         own.append(Vector<double>(vertices[i]));
     verticesChanged();
     __selection.reset(getSize());
-    __updateBox = boundingBox();
+    setUpdateBox(boundingBox());
 }
 
 void ModelItem::insertVertex(int i, const Vector<double>& vertex) {
@@ -314,7 +315,7 @@ void ModelItem::removeVertex(int i) {
 void ModelItem::removeVertices(int first, int last) {
     if (first > last)
         return;
-    __updateBox = boundingBox();
+    setUpdateBox(boundingBox());
     vertices().remove(first, last);
     verticesChanged();
     __selection.remove(first, last);
@@ -322,11 +323,11 @@ void ModelItem::removeVertices(int first, int last) {
 
 void ModelItem::moveVertex(int i, const Vector<double>& vertex) {
     computeVertexUpdateBox(i);
-    const BoundingBox<int> before = __updateBox;
+    const BoundingBox<int> before = __updateBox.toBox();
     vertices()[i] = vertex;
     verticesChanged();
     computeVertexUpdateBox(i);
-    __updateBox = before.merge(__updateBox);
+    setUpdateBox(before.merge(__updateBox.toBox()));
 }
 
 void ModelItem::setSelection(const ModelItemSelection& selection) {
@@ -361,7 +362,7 @@ Vertices<double> ModelItem::unselectedVertices() const {
 void ModelItem::removeSelectedVertices() {
     if (__selection.isEmpty())
         return;
-    __updateBox = boundingBox();
+    setUpdateBox(boundingBox());
     vertices() = unselectedVertices();
     verticesChanged();
     __selection.reset(getSize());
@@ -370,7 +371,7 @@ void ModelItem::removeSelectedVertices() {
 void ModelItem::removeUnselectedVertices() {
     if (__selection.isComplete())
         return;
-    __updateBox = boundingBox();
+    setUpdateBox(boundingBox());
     vertices() = selectedVertices();
     verticesChanged();
     __selection.reset(getSize());
@@ -467,40 +468,46 @@ double ModelItem::distanceTo(const Vector<double>& point) const {
     return std::sqrt(best);
 }
 
-const BoundingBox<double>& ModelItem::extent() const {
+BoundingBox<double> ModelItem::extent() const {
     if (__extentKnown)
-        return __extent;
+        return __extent.toBox();
     const int n = getSize();
-    __extent = BoundingBox<double>();
+    __extent = PackedBox<double>();
     if (n > 0) {
-        Vector<double> lower(2);
-        for (int k = 0; k < 2; ++k)
-            lower[k] = getCoordinate(0, k);
-        Vector<double> upper = lower;
-        for (int i = 1; i < n; ++i)
-            for (int k = 0; k < 2; ++k) {
-                const double coordinate = getCoordinate(i, k);
-                lower[k] = std::min(lower[k], coordinate);
-                upper[k] = std::max(upper[k], coordinate);
+        double x[2], y[2];
+        if (__packed.getSize() > 0) {
+            __packed.findBounds(x, y);
+        } else {
+            const Vertices<double>& vertices = getVertices();
+            x[0] = x[1] = vertices[0][0];
+            y[0] = y[1] = vertices[0][1];
+            for (int i = 1; i < n; ++i) {
+                x[0] = std::min(x[0], vertices[i][0]);
+                x[1] = std::max(x[1], vertices[i][0]);
+                y[0] = std::min(y[0], vertices[i][1]);
+                y[1] = std::max(y[1], vertices[i][1]);
             }
-        __extent = BoundingBox<double>(lower, upper);
+        }
+        __extent = PackedBox<double>(x, y);
     }
     __extentKnown = true;
-    return __extent;
+    return __extent.toBox();
 }
 
 BoundingBox<int> ModelItem::boundingBox() const {
     if (getSize() == 0)
         return BoundingBox<int>();
-    return rectifyBox(pixelsAround(extent().getVertex1(), extent().getVertex2()));
+    const BoundingBox<double> box = extent();
+    return rectifyBox(pixelsAround(box.getVertex1(), box.getVertex2()));
 }
 
 BoundingBox<int> ModelItem::updateBox() const {
-    return rectifyBox(__updateBox);
+    return rectifyBox(__updatesAll ? boundingBox() : __updateBox.toBox());
 }
 
 void ModelItem::setUpdateBox(const BoundingBox<int>& box) {
-    __updateBox = box;
+    __updateBox = PackedBox<int>(box);
+    __updatesAll = false;
 }
 
 BoundingBox<int> ModelItem::rectifyBox(const BoundingBox<int>& box) const {
@@ -529,28 +536,31 @@ BoundingBox<int> ModelItem::pixelsOf(int i) const {
 }
 
 void ModelItem::computeVertexUpdateBox(int i) {
-    __updateBox = pixelsOf(i);
-    if (!isConnected())
-        return;
-    const int n = getSize();
-    const bool closed = isClosed();
-    if (i > 0 || closed)
-        __updateBox = __updateBox.merge(pixelsOf(i > 0 ? i - 1 : n - 1));
-    if (i + 1 < n || closed)
-        __updateBox = __updateBox.merge(pixelsOf(i + 1 < n ? i + 1 : 0));
+    BoundingBox<int> box = pixelsOf(i);
+    if (isConnected()) {
+        const int n = getSize();
+        const bool closed = isClosed();
+        if (i > 0 || closed)
+            box = box.merge(pixelsOf(i > 0 ? i - 1 : n - 1));
+        if (i + 1 < n || closed)
+            box = box.merge(pixelsOf(i + 1 < n ? i + 1 : 0));
+    }
+    setUpdateBox(box);
 }
 
 bool ModelItem::isClockwise() const {
     const int n = getSize();
     if (!isClosed() || n < 3)
         return false;
+    if (__packed.getSize() > 0)
+        return __packed.isClockwise();
     // Shoelace sum around the first vertex.
-    const long double x0 = getCoordinate(0, 0);
-    const long double y0 = getCoordinate(0, 1);
+    const Vertices<double>& vertices = getVertices();
+    const long double x0 = vertices[0][0], y0 = vertices[0][1];
     long double area = 0;
-    long double dx = getCoordinate(1, 0) - x0, dy = getCoordinate(1, 1) - y0;
+    long double dx = vertices[1][0] - x0, dy = vertices[1][1] - y0;
     for (int i = 2; i < n; ++i) {
-        const long double nextX = getCoordinate(i, 0) - x0, nextY = getCoordinate(i, 1) - y0;
+        const long double nextX = vertices[i][0] - x0, nextY = vertices[i][1] - y0;
         area += dx * nextY - nextX * dy;
         dx = nextX;
         dy = nextY;

@@ -7,6 +7,7 @@
 #include "document/modelitemproperties.h"
 #include "document/modelitemselection.h"
 #include "document/modelproperties.h"
+#include "document/packedbox.h"
 #include "document/packedvertices.h"
 #include "document/unreadtext.h"
 #include "shapes/boundingbox.h"
@@ -133,8 +134,11 @@ public:
     /// Another number after every change of the vertices. Two items of equal numbers have equal vertices.
     std::uint64_t getRevision() const { return __revision; }
 
+    /// The vertices as plain numbers; empty where they are not held so.
+    const PackedVertices& getPacked() const { return __packed; }
+
     /// The box of the vertices; the default box for an item without any. Constant time until the vertices change.
-    const BoundingBox<double>& extent() const;
+    BoundingBox<double> extent() const;
 
     /// The whole numbers around it, grown by rectifyBox().
     BoundingBox<int> boundingBox() const;
@@ -190,9 +194,10 @@ private:
     PackedVertices __packed;                                     // counts where it is not empty
     mutable std::atomic<Vertices<double>*> __vertices = nullptr; // owned; null as long as nobody asked for them
     std::uint64_t __revision = 0;
-    mutable BoundingBox<double> __extent;
+    mutable PackedBox<double> __extent;
     mutable bool __extentKnown = true;
-    BoundingBox<int> __updateBox;
+    bool __updatesAll = false; // the update box is that of all vertices
+    PackedBox<int> __updateBox;
     ModelItemSelection __selection;
     ModelItemProperties __properties;
     std::vector<Listing> __owners;

@@ -10,12 +10,61 @@ namespace {
 
 constexpr double farthest = 2e6; // pixels
 
-/// A number that has decimals of a thousandth is the nearest one to its decimal text, and so is the quotient.
-bool isThousandths(double coordinate) {
-    if (!(std::abs(coordinate) <= farthest))
-        return false;
-    const double back = std::round(coordinate * 1000) / 1000;
-    return back == coordinate && (coordinate != 0 || !std::signbit(coordinate));
+/// True when all numbers are thousandths, which are written then. A number that has decimals of a thousandth is the
+/// nearest one to its decimal text, and so is the quotient.
+bool toThousandths(const double* numbers, std::size_t size, std::int32_t* thousandths) {
+    bool good = true;
+    for (std::size_t k = 0; k < size && good;) {
+        const std::size_t end = std::min(size, k + 64); // at a time, without a branch between
+        for (; k < end; ++k) {
+            const bool isNear = std::abs(numbers[k]) <= farthest;
+            const double scaled = isNear ? numbers[k] * 1000 : 0;
+            thousandths[k] = static_cast<std::int32_t>(scaled + std::copysign(0.5, scaled));
+            const double back = thousandths[k] / 1000.0;
+            good &= isNear & (back == numbers[k]) & (std::signbit(back) == std::signbit(numbers[k]));
+        }
+    }
+    return good;
+}
+
+/// Sum around the first vertex.
+bool isClockwiseLine(const double* coordinates, int n) {
+    const long double x0 = coordinates[0], y0 = coordinates[1];
+    long double area = 0;
+    long double dx = coordinates[2] - x0, dy = coordinates[3] - y0;
+    for (std::ptrdiff_t i = 2; i < n; ++i) {
+        const long double nextX = coordinates[2 * i] - x0, nextY = coordinates[2 * i + 1] - y0;
+        area += dx * nextY - nextX * dy;
+        dx = nextX;
+        dy = nextY;
+    }
+    return area < 0;
+}
+
+/// The same in whole numbers, without rounding as far as the sums stay below 2^64: coordinates lie within 2^31, so that
+/// a term fits.
+bool isClockwiseLine(const std::int32_t* coordinates, int n) {
+    long double area = 0;
+    std::int64_t x = coordinates[2 * std::ptrdiff_t(n) - 2], y = coordinates[2 * std::ptrdiff_t(n) - 1];
+    for (std::ptrdiff_t i = 0; i < n; ++i) {
+        const std::int64_t nextX = coordinates[2 * i], nextY = coordinates[2 * i + 1];
+        area += static_cast<long double>(x * nextY - nextX * y);
+        x = nextX;
+        y = nextY;
+    }
+    return area < 0;
+}
+
+template <class T>
+void findLineBounds(const T* coordinates, int n, T (&x)[2], T (&y)[2]) {
+    x[0] = x[1] = coordinates[0];
+    y[0] = y[1] = coordinates[1];
+    for (std::ptrdiff_t i = 1; i < n; ++i) {
+        x[0] = std::min(x[0], coordinates[2 * i]);
+        x[1] = std::max(x[1], coordinates[2 * i]);
+        y[0] = std::min(y[0], coordinates[2 * i + 1]);
+        y[1] = std::max(y[1], coordinates[2 * i + 1]);
+    }
 }
 
 /// Vertices the other way round.
@@ -32,11 +81,9 @@ PackedVertices::PackedVertices(const double* coordinates, int n) : __size(std::m
     const std::size_t size = 2 * std::size_t(__size);
     if (size == 0)
         return;
-    if (std::all_of(coordinates, coordinates + size, isThousandths)) {
-        __thousandths = std::make_unique_for_overwrite<std::int32_t[]>(size);
-        std::transform(coordinates, coordinates + size, __thousandths.get(),
-                       [](double coordinate) { return static_cast<std::int32_t>(std::lround(coordinate * 1000)); });
-    } else {
+    __thousandths = std::make_unique_for_overwrite<std::int32_t[]>(size);
+    if (!toThousandths(coordinates, size, __thousandths.get())) {
+        __thousandths.reset();
         __numbers = std::make_unique_for_overwrite<double[]>(size);
         std::copy_n(coordinates, size, __numbers.get());
     }
@@ -63,6 +110,23 @@ PackedVertices& PackedVertices::operator=(PackedVertices other) noexcept {
     __thousandths = std::move(other.__thousandths);
     __numbers = std::move(other.__numbers);
     return *this;
+}
+
+bool PackedVertices::isClockwise() const {
+    if (__size < 3)
+        return false;
+    return __thousandths ? isClockwiseLine(__thousandths.get(), __size) : isClockwiseLine(__numbers.get(), __size);
+}
+
+void PackedVertices::findBounds(double (&x)[2], double (&y)[2]) const {
+    if (!__thousandths)
+        return findLineBounds(__numbers.get(), __size, x, y);
+    std::int32_t columns[2], rows[2];
+    findLineBounds(__thousandths.get(), __size, columns, rows);
+    for (int k = 0; k < 2; ++k) {
+        x[k] = columns[k] / 1000.0;
+        y[k] = rows[k] / 1000.0;
+    }
 }
 
 void PackedVertices::reverse() {

@@ -27,6 +27,15 @@ public:
         return __thousandths ? __thousandths[k] / 1000.0 : __numbers[k];
     }
 
+    /// x and y of one vertex after the other in thousandths of a pixel; null where they are held in the other way.
+    const std::int32_t* getThousandths() const { return __thousandths.get(); }
+
+    /// True when the signed area within the closed line of vertices is negative.
+    bool isClockwise() const;
+
+    /// The least (0) and greatest (1) x and y; unchecked: there are vertices.
+    void findBounds(double (&x)[2], double (&y)[2]) const;
+
     void reverse();
     void clear();
 

@@ -3,6 +3,8 @@
 #include <charconv>
 #include <climits>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 
@@ -54,6 +56,20 @@ char* writePixels(char* at, char* end, double value) {
     const bool whole = std::trunc(value) == value && std::abs(value) <= INT_MAX;
     return whole ? std::to_chars(at, end, static_cast<int>(value)).ptr
                  : std::to_chars(at, end, value, std::chars_format::fixed).ptr;
+}
+
+/// The same of thousandths.
+char* writeThousandths(char* at, std::int32_t value) {
+    if (value < 0)
+        *at++ = '-';
+    const std::uint32_t magnitude = value < 0 ? 0U - static_cast<std::uint32_t>(value) : std::uint32_t(value);
+    at = std::to_chars(at, at + longestNumber, magnitude / 1000).ptr;
+    std::uint32_t rest = magnitude % 1000;
+    if (rest > 0)
+        *at++ = '.';
+    for (std::uint32_t place = 100; rest > 0; rest %= place, place /= 10)
+        *at++ = char('0' + rest / place);
+    return at;
 }
 
 void appendShift(std::string& text, double value) {
@@ -344,14 +360,21 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
         return;
     }
     __text += getString(MODELITEMDATA) + "\n";
+    const std::int32_t* const thousandths = item.getPacked().getThousandths();
+    const Vertices<double>* const vertices = item.getPacked().getSize() > 0 ? nullptr : &item.getVertices();
+    const auto write = [&](char* at, int i, int axis) {
+        if (thousandths != nullptr)
+            return writeThousandths(at, thousandths[2 * std::ptrdiff_t(i) + axis]);
+        return writePixels(at, at + longestNumber, vertices ? (*vertices)[i][axis] : item.getCoordinate(i, axis));
+    };
     // A blank, two numbers, a comma and a line end.
     char buffer[2 * longestNumber + 3];
     for (int i = 0; i < size; ++i) {
         char* at = buffer;
         *at++ = ' ';
-        at = writePixels(at, at + longestNumber, item.getCoordinate(i, 0));
+        at = write(at, i, 0);
         *at++ = ',';
-        at = writePixels(at, at + longestNumber, item.getCoordinate(i, 1));
+        at = write(at, i, 1);
         if (i % verticesPerLine == verticesPerLine - 1 && i != size - 1)
             *at++ = '\n';
         __text.append(buffer, at);

@@ -100,6 +100,14 @@ TEST_F(ModelItemTest, coordinatesComeOutAsTheyWereGiven) {
         EXPECT_EQ(untouched.getSize(), 2);
         EXPECT_EQ(untouched.getCoordinate(1, 1), numbers[3]);
     }
+    // A sliver far out has its sense, of which products of doubles keep nothing.
+    const double line[] = {1999999.997, 1999999.998, 1999999.998, 1999999.999, 1999999.996, 1999999.997};
+    const double sliver[] = {1999999.997, 1999999.998, 1999999.998, 1999999.999, 1999999.996, 1999999.996};
+    ModelItem& thin = addItem(polygons, stack.getSlice(0));
+    thin.setVertices(line, 3);
+    EXPECT_FALSE(thin.isClockwise());
+    thin.setVertices(sliver, 3);
+    EXPECT_TRUE(thin.isClockwise());
     // The other way round, looked at before and not.
     const double clockwise[] = {0, 0, 0, 4, 4, 4, 4, 0};
     for (const bool looked : {false, true}) {
@@ -108,7 +116,9 @@ TEST_F(ModelItemTest, coordinatesComeOutAsTheyWereGiven) {
         if (looked) {
             EXPECT_EQ(item.getVertices().getNumVertices(), 4);
         }
+        EXPECT_TRUE(item.isClockwise());
         item.setClockwise(!item.isClockwise());
+        EXPECT_FALSE(item.isClockwise());
         EXPECT_EQ(item.getCoordinate(0, 0), 4);
         EXPECT_EQ(coordinates(item.getVertices()), (Points{{4, 0}, {4, 4}, {0, 4}, {0, 0}}));
     }

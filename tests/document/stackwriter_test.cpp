@@ -185,7 +185,10 @@ TEST(StackWriter, aLineBreakFollowsEverySeventhVertexButTheLast) {
     points.resize(14, {3, -4});
     itemOf(model, slice, points);
     itemOf(model, slice, {});
+    const double decimals[] = {0.1, -0.05, 1234.5, -2000000, -0.001, 1999999.25};
+    itemOf(model, slice, {}).setVertices(decimals, 3);
     const std::string text = StackWriter().toText(stack, folder.path());
+    EXPECT_TRUE(contains(text, "DATA\n 0.1,-0.05 1234.5,-2000000 -0.001,1999999.25;\n"));
     EXPECT_TRUE(contains(text, "DATA\n 1,2 1,2 1,2 1,2 1,2 1,2 1,2;\n"));
     EXPECT_TRUE(contains(text, " 1,2\n 3,-4 3,-4 3,-4 3,-4 3,-4 3,-4 3,-4;\n"));
     EXPECT_TRUE(contains(text, "MODELITEMDATA\n;\n"));

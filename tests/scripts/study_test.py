@@ -258,6 +258,18 @@ class Wrongs(unittest.TestCase):
             with self.assertRaises(settings.SettingsError) as raised:
                 settings.check(wrong, "workflow/config.schema.yaml")
             self.assertIn(words, str(raised.exception))
+        file = self.table.with_name("config.yaml")
+        for words, text in (("config.yaml, line 3: expected ',' or ']'", b"# x\ngroups: [a\nresults: x\n"),
+                            ("line 2: found character '\\t' that cannot start any token; indent by blanks",
+                             b"density:\n\tpoints: []\n"),
+                            ("line 3: 'size' stands there twice", b"normalize:\n  size: 1x2\n  size: 2x3\n"),
+                            ("line 2: this is no UTF-8", b"a: b\nx: \xe4\n"), ("has no settings", b"# none\n"),
+                            ("has no settings", b"- a\n")):
+            file.write_bytes(text)
+            with self.assertRaises(settings.SettingsError) as raised:
+                settings.check_text(file)
+            self.assertIn(words, str(raised.exception))
+        settings.check_text("workflow/config.yaml")
         self.assertEqual(settings.tidied({"groups": [1, 2], "density": None}), {"groups": ["1", "2"]})
 
 

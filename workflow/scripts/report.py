@@ -121,10 +121,13 @@ def plot(row, groups):
             f'<figcaption>{html.escape(row["structure"])}</figcaption></figure>')
 
 
-def table(headings, rows):
-    head = "".join(f"<th>{html.escape(str(cell))}</th>" for cell in headings)
-    body = "".join("<tr>" + "".join(f"<td>{html.escape(str(cell))}</td>" for cell in row) + "</tr>" for row in rows)
-    return f"<table><thead><tr>{head}</tr></thead><tbody>{body}</tbody></table>"
+def table(headings, rows, texts=1):
+    """texts: how many columns have texts and stand on the left; numbers stand on the right."""
+    def line(kind, cells):
+        return "".join(f"<{kind}{' class=text' if i < texts else ''}>{html.escape(str(cell))}</{kind}>"
+                       for i, cell in enumerate(cells))
+    body = "".join(f"<tr>{line('td', row)}</tr>" for row in rows)
+    return f"<table><thead><tr>{line('th', headings)}</tr></thead><tbody>{body}</tbody></table>"
 
 
 def p_text(p):
@@ -133,7 +136,7 @@ def p_text(p):
 
 STYLE = """body{font:15px/1.5 sans-serif;max-width:60em;margin:2em auto;padding:0 1em;color:#222}
 table{border-collapse:collapse;margin:1em 0}th,td{padding:.25em .8em;border-bottom:1px solid #ccc;text-align:right}
-th:first-child,td:first-child{text-align:left}figure{display:inline-block;margin:0 1em 1em 0;text-align:center}
+.text{text-align:left}figure{display:inline-block;margin:0 1em 1em 0;text-align:center}
 svg text{font:11px sans-serif;fill:#444}.grid{stroke:#ddd}.mean{stroke:#222;stroke-width:2}.ground{fill:#eee}
 .cells,img{image-rendering:pixelated}img{max-width:15em}td{overflow-wrap:anywhere}.found{font-weight:bold}
 .dot0{fill:#2a6fb0}.dot1{fill:#c8552b}pre{background:#f4f4f4;padding:.6em;white-space:pre-wrap}"""
@@ -226,7 +229,7 @@ def page(rows, warnings, unit, records, settings, sections=()):
 {"".join(sections)}
 <h2>Warnings</h2><ul>{listed}</ul>
 <h2>Where the numbers come from</h2><p>{html.escape(", ".join(versions))}</p>
-{table(("Specimen", "Stack", "SHA-256"), inputs)}
+{table(("Specimen", "Stack", "SHA-256"), inputs, texts=3)}
 <h2>Parameters</h2><pre>{html.escape(json.dumps(settings, indent=2, ensure_ascii=False))}</pre>
 </body></html>
 """

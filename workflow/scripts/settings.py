@@ -33,6 +33,41 @@ def tidied(config):
     return config
 
 
+def repeats(node):
+    """The names, as nodes, that stand twice in one section: the second would replace the first without a word."""
+    if isinstance(node, yaml.MappingNode):
+        seen = set()
+        for name, value in node.value:
+            if name.value in seen:
+                yield name
+            seen.add(name.value)
+            yield from repeats(value)
+
+
+def check_text(file):
+    """Throws SettingsError with the line of a file of settings that cannot be read as settings."""
+    try:
+        text = pathlib.Path(file).read_bytes().decode("utf-8-sig")
+        read = yaml.compose(text, yaml.SafeLoader)
+    except OSError as error:
+        raise SettingsError([f"{file} cannot be read: {error.strerror}"]) from None
+    except UnicodeDecodeError as error:
+        line = error.object[: error.start].count(b"\n") + 1
+        raise SettingsError([f"{file}, line {line}: this is no UTF-8; save the file as text in UTF-8"]) from None
+    except yaml.YAMLError as error:
+        mark = getattr(error, "problem_mark", None)
+        place = f"{file}, line {mark.line + 1}" if mark else str(file)
+        lines = text.splitlines()
+        tab = mark and mark.line < len(lines) and "\t" in lines[mark.line]
+        reason = getattr(error, "problem", None) or getattr(error, "reason", None) or "this is no YAML"
+        raise SettingsError([f"{place}: {reason}" + ("; indent by blanks, not by tabs" if tab else "")]) from None
+    if not isinstance(read, yaml.MappingNode):
+        raise SettingsError([f"{file} has no settings: each is a name, a colon and a value"])
+    twice = [f"{file}, line {name.start_mark.line + 1}: '{name.value}' stands there twice" for name in repeats(read)]
+    if twice:
+        raise SettingsError(twice)
+
+
 def unknown(error):
     known = sorted(error.schema["properties"])
     lines = []

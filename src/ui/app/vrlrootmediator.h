@@ -8,6 +8,7 @@
 #include <QPointer>
 
 #include "editing/bus/vrleventclient.h"
+#include "ui/app/samplestack.h"
 #include "ui/commands/commandregistry.h"
 #include "ui/slices/canvasmode.h"
 
@@ -170,6 +171,7 @@ private:
     void guarded(const QString& task, const std::function<void()>& command);
     void withStackIO(const QString& task, const std::function<VRLStack*(VRLStackIO&)>& command);
     void bindWorkspaceCommands();
+    void bindSample();
     void updateWorkspace();
     void showScaleBar(bool shown);
     void bindCrosshair();
@@ -193,6 +195,7 @@ private:
     Workspace* __workspace = nullptr;
     StackSlice* __slicePaired = nullptr; // that was shown before the current one, of the same stack
     VRLMenu* __recentFilesMenu = nullptr;
+    SampleStack __sample;
     CommandRegistry __commands{*this};
     bool __locked = false;
     bool __stackCloses = false; // one that is still counted

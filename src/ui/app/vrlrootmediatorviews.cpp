@@ -5,10 +5,12 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 
 #include <QAction>
 #include <QDockWidget>
+#include <QFileInfo>
 #include <QSettings>
 #include <QString>
 
@@ -84,6 +86,7 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
     for (const char* command : {"edit.points", "edit.split", "edit.join"})
         workspace.tools().addAction(&editor.getCommand(command));
     connect(&workspace, &Workspace::openRequested, &__commands.action("stack.open"), &QAction::trigger);
+    connect(&workspace, &Workspace::sampleRequested, &__commands.action("help.sample"), &QAction::trigger);
     connect(&workspace, &Workspace::newRequested, &__commands.action("stack.new"), &QAction::trigger);
     connect(&workspace.models(), &ModelPanel::propertiesRequested, this, &VRLRootMediator::runStackModelsDialog);
     connect(&workspace.models(), &ModelPanel::sliceRequested, this, &VRLRootMediator::setSlice);
@@ -129,7 +132,25 @@ void VRLRootMediator::updateWorkspace() {
     __workspace->updateFirstSteps();
 }
 
+void VRLRootMediator::bindSample() {
+    __commands.bind("help.sample", [this] { __sample.make(); }).enableWhen([this] { return !__sample.isBeingMade(); });
+    connect(&__sample, &SampleStack::started, this, [this] {
+        __statusBar->setMessage("The sample stack is made in " + QFileInfo(SampleStack::file()).path() + "...");
+        __commands.update("help.sample");
+    });
+    connect(&__sample, &SampleStack::ready, this, [this](const QString& file) {
+        __statusBar->setMessage(QString());
+        __commands.update("help.sample");
+        openStack(file);
+    });
+    connect(&__sample, &SampleStack::failed, this, [this](const QString& reason) {
+        __statusBar->setMessage(QString());
+        guarded(__commands.action("help.sample").text(), [&reason] { throw std::runtime_error(reason.toStdString()); });
+    });
+}
+
 void VRLRootMediator::bindWorkspaceCommands() {
+    bindSample();
     const auto stack = [this] { return __stack != nullptr; };
     const auto model = [this] {
         return __stack != nullptr && __sliceWidget->getMediator().modelViews().getCurrent() != nullptr;

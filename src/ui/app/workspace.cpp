@@ -128,7 +128,7 @@ QWidget* Workspace::newCuts() {
 QFrame* Workspace::newFirstSteps(QWidget* views) {
     QFrame* const strip =
         newStrip("Open a stack, or make one of your section images. A stack file, images, or a folder "
-                 "of images can also be dropped here.",
+                 "of images can also be dropped here. To look around first, open the sample; F1 opens the guide.",
                  views);
     const auto add = [strip](const char* text, const char* name) {
         auto* const button = new QPushButton(text, strip);
@@ -138,6 +138,9 @@ QFrame* Workspace::newFirstSteps(QWidget* views) {
     };
     connect(add("Open stack...", "firstOpen"), &QPushButton::clicked, this, &Workspace::openRequested);
     connect(add("New stack...", "firstNew"), &QPushButton::clicked, this, &Workspace::newRequested);
+    QPushButton* const sample = add("Open sample", "firstSample");
+    sample->setToolTip("A stack to try things with; it is put into the documents folder the first time");
+    connect(sample, &QPushButton::clicked, this, &Workspace::sampleRequested);
     return strip;
 }
 

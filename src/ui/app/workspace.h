@@ -56,6 +56,7 @@ public:
 signals:
     void openRequested();
     void newRequested();
+    void sampleRequested();
 
 private:
     QDockWidget* newDock(const QString& title, const char* name, QWidget* content);

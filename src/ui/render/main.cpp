@@ -1,7 +1,8 @@
 /// Draws the scene of a stack as the rendering window shows it, or makes a video of it. `vorlen-cli render` runs this
 /// program, after it has looked at the command line.
 /// Usage: vorlen-render STACK.sdf FILE WIDTH HEIGHT [POSE [MOTION RATE SECONDS]]
-/// An empty POSE is none; MOTION is spin, random, animation, poses or slices.
+/// An empty POSE is none; MOTION is spin, random, animation, poses or slices. VORLEN_THREADS in the environment is the
+/// number of threads, without it that of the processors.
 ///
 /// What can be refused without a display is refused before one is looked for.
 
@@ -19,6 +20,7 @@
 #include "document/model.h"
 #include "document/pose.h"
 #include "editing/stacks/vrlstack.h"
+#include "images/filters/parallelwork.h"
 #include "numerics/exception.h"
 #include "progress/progresssubject.h"
 #include "ui/scenes/vrlrenderingmediator.h"
@@ -159,6 +161,8 @@ int run(int argc, char** argv) {
                      "Use 'vorlen-cli render', which runs this program.\n";
         return ExitUsage;
     }
+    if (const int threads = qEnvironmentVariableIntValue("VORLEN_THREADS"); threads > 0 && threads <= 1024)
+        ParallelWork::setThreads(threads);
     auto owned = std::make_unique<VRLStack>();
     VRLStack& stack = *owned;
     const StackFile file(argv[1], std::move(owned));

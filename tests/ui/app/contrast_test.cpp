@@ -104,10 +104,9 @@ TEST_F(ContrastTest, theWindowOf16BitsIsTheStacksAndOneStep) {
     EXPECT_EQ(canvas().getGreyScale(), dragged);
     // 1160, 1480 and 3000 in the file.
     const QImage picture = canvas().grabFramebuffer();
-    const double zoom = double(canvas().getZoomFactor());
     const auto shownAt = [&](double column) {
-        const QPointF place = QPointF(column + 0.5, 30.5) - canvas().getViewOrigin();
-        return picture.pixelColor(int(place.x() * zoom), int(place.y() * zoom)).green();
+        const QPointF at = canvas().convertToPosition(QPointF(column + 0.5, 30.5));
+        return picture.pixelColor(int(at.x()), int(at.y())).green();
     };
     EXPECT_LT(shownAt(20), 10);
     EXPECT_LT(shownAt(60), 10);

@@ -846,6 +846,9 @@ TEST_F(VRLRootWindowTest, theLastWindowsCloseAsksAsQuitDoes) {
     user.thenClick("Ignore");
     window->close();
     EXPECT_EQ(VRLStackServer::stackServer.getNumStacks(), 0);
+    // The program quits by that; until it has, dialogs of the tests that follow would close at once.
+    QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+    QCoreApplication::exec();
 }
 
 TEST_F(VRLRootWindowTest, reconstructShowsTheModelsOfTheCurrentStack) {

@@ -1,6 +1,7 @@
 #include "ui/app/workspace.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QDockWidget>
 #include <QFile>
 #include <QLineEdit>
@@ -109,6 +110,37 @@ TEST_F(WorkspaceTest, whatIsToBeDoneFirstIsSaidOverTheSlice) {
     stack.setModified(false);
     trigger("stack.close");
     EXPECT_TRUE(isShown("firstOpen"));
+}
+
+TEST_F(WorkspaceTest, theSampleIsMadeOnceAndOpenedAsItIs) {
+    const QByteArray home = qgetenv("HOME");
+    qputenv("HOME", QFile::encodeName(folder.path()));
+    const QString documents = folder.filePath("Documents");
+    ASSERT_TRUE(QFile(documents).open(QIODevice::WriteOnly)); // a file where a folder should be
+    {
+        const Answers answers({"OK"});
+        trigger("help.sample");
+        EXPECT_TRUE(answers.texts.at(0).contains("Open sample stack") && answers.texts[0].contains(documents))
+            << answers.texts[0].toStdString();
+    }
+    QFile::remove(documents);
+
+    workspace().findChild<QPushButton*>("firstSample")->click();
+    EXPECT_FALSE(window->mediator().commands().action("help.sample").isEnabled());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->mediator().currentStack() != nullptr; }, 60000));
+    VRLStack& stack = *window->mediator().currentStack();
+    EXPECT_EQ(stack.getNumSlices(), 48);
+    EXPECT_FALSE(isShown("firstSample"));
+    EXPECT_EQ(QDir(documents).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+              QStringList("Vorlen sample"));
+    // What the user does with it stays.
+    deleteModels(stack, {&stack.getModel(0)});
+    trigger("stack.save");
+    trigger("stack.close");
+    trigger("help.sample");
+    ASSERT_NE(window->mediator().currentStack(), nullptr);
+    EXPECT_EQ(window->mediator().currentStack()->getNumModels(), 4);
+    qputenv("HOME", home);
 }
 
 TEST_F(WorkspaceTest, docksCloseAndComeBackWhereTheyWere) {
@@ -313,8 +345,7 @@ TEST_F(WorkspaceTest, theWindowsOfAStackShareTheCrosshair) {
 
     trigger("slice.last");
     ASSERT_TRUE(QTest::qWaitFor(isThere, 20000));
-    const QPoint at(int(10.5F * canvas.getZoomFactor()), int(5.5F * canvas.getZoomFactor()));
-    QTest::mouseClick(&canvas, Qt::LeftButton, {}, at);
+    QTest::mouseClick(&canvas, Qt::LeftButton, {}, canvas.convertToPosition(QPointF(10.5, 5.5)).toPoint());
     ASSERT_TRUE(canvas.getCrosshair());
     EXPECT_NEAR(canvas.getCrosshair()->x(), 10, 1);
     EXPECT_NEAR(canvas.getCrosshair()->y(), 5, 1);

@@ -210,10 +210,13 @@ TEST_F(DelegateTest, positionsOutsideOfTheImageHaveNoPixel) {
     show(200, 100);
     showSlice(addSlice(fourCorners(10, 10)));
     auto& delegate = find<VRLImageWidgetMediatorPixelInfoDelegate>();
-    EXPECT_EQ(delegate.pixelInfo(QPoint(99, 50)), "X=9, Y=5, G=250");
-    EXPECT_EQ(delegate.pixelInfo(QPoint(100, 50)), "");
+    EXPECT_EQ(canvas->imagePlace(), QPointF(50, 0)); // in the middle
+    EXPECT_EQ(delegate.pixelInfo(QPoint(50, 50)), "X=0, Y=5, G=140");
+    EXPECT_EQ(delegate.pixelInfo(QPoint(149, 50)), "X=9, Y=5, G=250");
+    for (const int beside : {49, 150})
+        EXPECT_EQ(delegate.pixelInfo(QPoint(beside, 50)), "");
     statusBar->setPixelInfo("old");
-    QTest::mouseMove(canvas, QPoint(150, 50));
+    QTest::mouseMove(canvas, QPoint(170, 50));
     EXPECT_EQ(statusBar->getPixelInfo(), "");
 }
 

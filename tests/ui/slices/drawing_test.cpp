@@ -593,9 +593,8 @@ protected:
             const ModelItem& item = slice->getItem(below(slice->getNumItems()));
             if (item.getSize() > 0) {
                 const Vector<double>& vertex = item.getVertices()[below(item.getSize())];
-                const double zoom = double(canvas->getZoomFactor());
-                return QPoint(int((vertex[0] - canvas->getViewOrigin().x() + 0.5) * zoom),
-                              int((vertex[1] - canvas->getViewOrigin().y() + 0.5) * zoom));
+                const QPointF at = canvas->convertToPosition(QPointF(vertex[0] + 0.5, vertex[1] + 0.5));
+                return QPoint(int(at.x()), int(at.y()));
             }
         }
         return anywhere();
@@ -895,8 +894,8 @@ TEST_F(DrawingTest, theTipOfThePointerCountsAtEveryZoom) {
         zoomTo(zoom);
         canvas->setViewOrigin(QPoint(60, 40));
         const auto positionOf = [&](const QPoint& pixel) {
-            const QPoint from = pixel - canvas->getViewOrigin();
-            return QPoint(int((float(from.x()) + 0.5f) * zoom), int((float(from.y()) + 0.5f) * zoom));
+            const QPointF at = canvas->convertToPosition(QPointF(pixel) + QPointF(0.5, 0.5));
+            return QPoint(int(at.x()), int(at.y()));
         };
         creation->activate("Line");
         for (const QPoint& place : places)

@@ -90,17 +90,18 @@ TEST_F(ImageCanvasTest, theViewIsClampedToTheImage) {
     }
 }
 
-TEST_F(PaintedImageTest, theImageStandsUprightAtTheTopLeft) {
+TEST_F(PaintedImageTest, theImageStandsUprightInTheMiddle) {
     show(400, 300);
     showSlice(addSlice(fourCorners(40, 20)));
     QImage seen = picture();
     ASSERT_EQ(seen.size(), QSize(400, 300));
-    EXPECT_TRUE(isNear(seen.pixel(5, 5), qRgb(40, 40, 40)));
-    EXPECT_TRUE(isNear(seen.pixel(395, 5), qRgb(90, 90, 90)));
-    EXPECT_TRUE(isNear(seen.pixel(5, 195), qRgb(140, 140, 140)));
-    EXPECT_TRUE(isNear(seen.pixel(395, 195), qRgb(250, 250, 250)));
+    EXPECT_TRUE(isNear(seen.pixel(5, 55), qRgb(40, 40, 40)));
+    EXPECT_TRUE(isNear(seen.pixel(395, 55), qRgb(90, 90, 90)));
+    EXPECT_TRUE(isNear(seen.pixel(5, 245), qRgb(140, 140, 140)));
+    EXPECT_TRUE(isNear(seen.pixel(395, 245), qRgb(250, 250, 250)));
     const QRgb background = VRLPreferences::getImageCanvasBackgroundColor().rgb();
-    EXPECT_TRUE(isNear(seen.pixel(5, 205), background));
+    for (const int beyond : {45, 255})
+        EXPECT_TRUE(isNear(seen.pixel(5, beyond), background)) << beyond;
     // Zoomed to the last rows and columns: nothing is cut off, and nothing moves.
     zoomTo(25);
     canvas->setViewOrigin(QPoint(1000, 1000));
@@ -356,10 +357,11 @@ TEST_F(PaintedImageTest, pixelsOfOtherProportionsAreShownSo) {
     showSlice(slice);
     EXPECT_FLOAT_EQ(canvas->getZoomFactor(), 10);
     const QImage seen = picture();
-    EXPECT_TRUE(isNear(seen.pixel(45, 50), qRgb(40, 40, 40)));
-    EXPECT_TRUE(isNear(seen.pixel(55, 50), qRgb(90, 90, 90)));
-    EXPECT_TRUE(isNear(seen.pixel(95, 195), qRgb(250, 250, 250)));
-    EXPECT_TRUE(isNear(seen.pixel(105, 50), VRLPreferences::getImageCanvasBackgroundColor().rgb()));
+    EXPECT_TRUE(isNear(seen.pixel(95, 50), qRgb(40, 40, 40)));
+    EXPECT_TRUE(isNear(seen.pixel(105, 50), qRgb(90, 90, 90)));
+    EXPECT_TRUE(isNear(seen.pixel(145, 195), qRgb(250, 250, 250)));
+    for (const int beside : {45, 155})
+        EXPECT_TRUE(isNear(seen.pixel(beside, 50), VRLPreferences::getImageCanvasBackgroundColor().rgb())) << beside;
 }
 
 } // namespace vorlen

@@ -46,9 +46,8 @@ protected:
     }
 
     QRgb colorAt(double x, double y) {
-        const double zoom = double(canvas->getZoomFactor());
-        return picture().pixel(int((x - canvas->getViewOrigin().x() + 0.5) * zoom * double(canvas->betaWidth())),
-                               int((y - canvas->getViewOrigin().y() + 0.5) * zoom * double(canvas->betaHeight())));
+        const QPointF at = canvas->convertToPosition(QPointF(x + 0.5, y + 0.5));
+        return picture().pixel(int(at.x()), int(at.y()));
     }
 
     StackSlice* slice = nullptr;

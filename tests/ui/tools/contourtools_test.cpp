@@ -411,8 +411,8 @@ TEST_F(ContourToolsTest, previewsAreSeenOnTheImage) {
                 QTest::qWait(100);
                 // The first vertex of the preview wears the yellow mark, but for the smoothing, which shows none.
                 const auto [x, y] = previewed()[0];
-                const double zoom = double(canvas->getZoomFactor());
-                const QColor mark = picture().pixelColor(int((x + 0.5) * zoom) - 2, int((y + 0.5) * zoom) - 2);
+                const QPointF at = canvas->convertToPosition(QPointF(x + 0.5, y + 0.5));
+                const QColor mark = picture().pixelColor(int(at.x()) - 2, int(at.y()) - 2);
                 EXPECT_EQ(isNear(mark.rgb(), qRgb(255, 255, 0), 60), k < 3) << tools[k].label.toStdString();
                 EXPECT_FALSE(dialog.geometry().contains(canvas->mapToGlobal(canvas->rect().center())));
                 if (qEnvironmentVariableIsSet("VORLEN_SCREENSHOTS"))
