@@ -1,11 +1,13 @@
 /// Speed of the slice editor: from an input event to the picture on the screen, in a window of 1600 by 1000 on a
 /// section of 8192 by 8192 with 2000 items of 500 vertices. The reference keeps no picture between paints.
 ///
-/// What an input costs besides is the composing of the window, which is what "hover" measures.
+/// What an input costs besides is the composing of the window, which is what "hover" measures. "repaint" is the image
+/// alone, without the window, in time of all processors; its reference sends the pixels of the view at each paint.
 ///
 /// Usage: vorlen-bench-draw [options of Google Benchmark]. Needs a display, and says so where there is none.
 
 #include <cmath>
+#include <ctime>
 #include <functional>
 #include <iostream>
 #include <string>
@@ -238,9 +240,56 @@ void paint(benchmark::State& state, Editor& editor) {
     }
 }
 
+/// The image without the contours, in the window.
+void section(benchmark::State& state, Editor& editor) {
+    editor.widget().setBackgroundMode();
+    editor.frames(2);
+    run(state, editor, [&](int) { editor.canvas->update(); });
+    editor.widget().setAllgroundMode();
+    editor.frames(1);
+}
+
 void contrast(benchmark::State& state, Editor& editor) {
     run(state, editor, [&](int i) { editor.canvas->setBlackAndWhite(0.01f * float(i % 20), 1); });
     editor.canvas->setBlackAndWhite(0, 1);
+}
+
+/// What is seen of the image, as it was drawn before there were textures.
+void drawPixels(VRLSliceEditWidgetCanvas& canvas) {
+    const double zoom = double(canvas.getZoomFactor());
+    const QSize size(int(zoom * side), int(zoom * side));
+    const Image& image = canvas.getImageProxy().getImage(size - QSize(1, 1));
+    const double scale = double(image.getWidth()) / side;
+    const QRect view = canvas.currentView();
+    glRasterPos2i(0, 0);
+    glPixelZoom(float(zoom / scale), float(-zoom / scale));
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glPixelStorei(GL_UNPACK_ROW_LENGTH, image.getWidth());
+    glPixelStorei(GL_UNPACK_SKIP_PIXELS, int(view.x() * scale));
+    glPixelStorei(GL_UNPACK_SKIP_ROWS, int(view.y() * scale));
+    glDrawPixels(int(view.width() * scale), int(view.height() * scale), GL_LUMINANCE, GL_UNSIGNED_BYTE,
+                 image.getData());
+    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+    glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
+    glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
+}
+
+/// All of the image that is seen, at another place each time.
+void repaint(benchmark::State& state, Editor& editor, bool asBefore) {
+    VRLSliceEditWidgetCanvas& canvas = *editor.canvas;
+    int i = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        canvas.setViewOrigin(QPoint(3000 + 7 * i, 3000 + 5 * i));
+        ++i;
+        canvas.makeCurrent();
+        glFinish();
+        const std::clock_t start = std::clock();
+        canvas.beforePaintGL();
+        asBefore ? drawPixels(canvas) : canvas.paintImageGL();
+        glFinish();
+        state.SetIterationTime(double(std::clock() - start) / CLOCKS_PER_SEC);
+    }
+    canvas.doneCurrent();
 }
 
 /// The view moves by some pixels.
@@ -330,14 +379,9 @@ int main(int argc, char** argv) {
         void (*work)(benchmark::State&, Editor&);
         int iterations;
         bool compared; // with the reference
-    } cases[] = {{"paint", paint, 5, false},
-                 {"contrast", contrast, 5, false},
-                 {"pan", pan, 5, false},
-                 {"stroke", stroke, 20, true},
-                 {"hover", hover, 20, false},
-                 {"select", select, 10, true},
-                 {"move_vertex", moveVertex, 10, true},
-                 {"preview", preview, 20, false}};
+    } cases[] = {{"paint", paint, 5, false},   {"section", section, 10, true},        {"contrast", contrast, 5, false},
+                 {"pan", pan, 5, false},       {"stroke", stroke, 20, true},          {"hover", hover, 20, false},
+                 {"select", select, 10, true}, {"move_vertex", moveVertex, 10, true}, {"preview", preview, 20, false}};
     for (const auto& c : cases)
         for (const float zoom : {0.0f, 1.0f})
             for (const bool keeping : {true, false}) {
@@ -351,10 +395,25 @@ int main(int argc, char** argv) {
                                                  editor.zoomTo(zoom);
                                                  c.work(state, editor);
                                              })
+                    ->MeasureProcessCPUTime()
                     ->UseManualTime()
                     ->Unit(benchmark::kMillisecond)
                     ->Iterations(c.iterations);
             }
+    for (const float zoom : {0.0f, 1.0f})
+        for (const bool asBefore : {false, true}) {
+            const std::string name =
+                std::string("draw_repaint") + (zoom == 0 ? "_fit" : "_zoom1") + (asBefore ? "/reference" : "/vorlen");
+            benchmark::RegisterBenchmark(name.c_str(),
+                                         [&editor, zoom, asBefore](benchmark::State& state) {
+                                             editor.zoomTo(zoom);
+                                             repaint(state, editor, asBefore);
+                                         })
+                ->MeasureProcessCPUTime()
+                ->UseManualTime()
+                ->Unit(benchmark::kMillisecond)
+                ->Iterations(10);
+        }
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -5,6 +5,7 @@
 
 #include "cli/commands.h"
 #include "cli/consolemonitor.h"
+#include "cli/interruption.h"
 #include "cli/jsonwriter.h"
 #include "cli/outputformat.h"
 #include "cli/stackfile.h"
@@ -43,6 +44,8 @@ int bendByRequest(const std::string& stackFile, Stack& stack, const ElasticReque
     ConsoleMonitor terminal;
     ProgressSubject progress;
     progress.addMonitor(terminal);
+    Interruption interruption;
+    progress.addMonitor(interruption);
     if (request.fields.empty()) {
         if (const Outcome good = checkElasticOptions(stack, request.options); !good) {
             std::cerr << "vorlen-cli: " << stackFile << ": " << good.getReason() << '\n';
@@ -55,7 +58,15 @@ int bendByRequest(const std::string& stackFile, Stack& stack, const ElasticReque
         if (!one.reason.empty())
             std::cerr << "vorlen-cli: " << stackFile << ": slice \"" << one.name << "\" is not bent: " << one.reason
                       << '\n';
+    const auto endIfInterrupted = [&] {
+        if (!interruption.hasCome())
+            return;
+        std::cerr << "vorlen-cli: " << stackFile << ": interrupted, no stack is written\n";
+        interruption.end();
+    };
+    endIfInterrupted();
     if (const Outcome bent = bendStack(stack, result.fields, directory, base, overwrite, progress); !bent) {
+        endIfInterrupted();
         std::cerr << "vorlen-cli: " << stackFile << ": " << bent.getReason() << '\n';
         return ExitProblems;
     }

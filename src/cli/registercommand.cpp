@@ -7,6 +7,7 @@
 #include "cli/commandline.h"
 #include "cli/consolemonitor.h"
 #include "cli/elasticrun.h"
+#include "cli/interruption.h"
 #include "cli/memoryneed.h"
 #include "cli/outputformat.h"
 #include "cli/stackfile.h"
@@ -209,7 +210,14 @@ int registerStack(const std::string& stackFile, VRLStack& stack, RegisterRequest
     progress.addMonitor(terminal);
     RegistrationReport report;
     if (!request.keepsRegistrations) {
+        Interruption interruption;
+        progress.addMonitor(interruption);
         const Outcome registered = registerSlices(stack, request.options, progress, &report);
+        progress.removeMonitor(interruption);
+        if (interruption.hasCome()) {
+            std::cerr << "vorlen-cli: " << stackFile << ": interrupted, nothing is written\n";
+            interruption.end();
+        }
         if (!registered) {
             std::cerr << "vorlen-cli: " << stackFile << ": " << registered.getReason() << '\n';
             return ExitProblems;

@@ -174,11 +174,15 @@ int numSpotFilters(const VRLSpotExtractionConfig& config) {
 bool filterSpotVolume(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, SpotProgress& progress) {
     config.check();
     const Vector<int> size = volume.getSize();
-    return (!config.getResizeState() || resize(volume, config.getNewSize(), progress)) &&
-           (!config.isSmoothingFilterEnabled() || smooth(volume, config, progress)) &&
-           (!config.isTophatFilterEnabled() || subtractOpening(volume, config, progress)) &&
-           (!config.isIsotropyFilterEnabled() || weighByIsotropy(volume, config, progress)) &&
-           (!config.getResizeState() || resize(volume, size, progress));
+    const VoxelCalibration calibration = volume.getVoxelCalibration();
+    const bool done = (!config.getResizeState() || resize(volume, config.getNewSize(), progress)) &&
+                      (!config.isSmoothingFilterEnabled() || smooth(volume, config, progress)) &&
+                      (!config.isTophatFilterEnabled() || subtractOpening(volume, config, progress)) &&
+                      (!config.isIsotropyFilterEnabled() || weighByIsotropy(volume, config, progress)) &&
+                      (!config.getResizeState() || resize(volume, size, progress));
+    if (done)
+        volume.setVoxelCalibration(calibration); // to the last digit
+    return done;
 }
 
 double spotMemory(const Vector<int>& size, const VRLSpotExtractionConfig& config) {

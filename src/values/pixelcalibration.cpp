@@ -46,6 +46,20 @@ bool PixelCalibration::compute() {
     return !(*this == before);
 }
 
+PixelCalibration PixelCalibration::scaled(double across, double down) const {
+    PixelCalibration result = *this;
+    if (!__defaultWidth || !__defaultHeight) {
+        result.setPixelWidth(float(double(__pixelWidth) * across));
+        result.setPixelHeight(float(double(__pixelHeight) * down));
+    }
+    const auto ratio = float(double(__aspectRatio) * down / across);
+    if (!__defaultAspect)
+        result.setAspectRatio(ratio);
+    else if (!__defaultWidth || !__defaultHeight)
+        result.__aspectRatio = ratio;
+    return result;
+}
+
 bool PixelCalibration::operator==(const PixelCalibration& other) const {
     return __pixelWidth == other.__pixelWidth && __pixelHeight == other.__pixelHeight &&
            __aspectRatio == other.__aspectRatio;

@@ -35,6 +35,10 @@ public:
     /// Returns true when a value changed.
     bool compute();
 
+    /// That of pixels which are so many times as wide and high as these. What has not been set stays a default, but
+    /// where one side has been set, both are.
+    PixelCalibration scaled(double across, double down) const;
+
     /// Equal width, height and ratio; neither the unit nor the defaults take part.
     bool operator==(const PixelCalibration& other) const;
 

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include "images/files/imagewriter.h"
+#include "images/rasters/image.h"
 #include "support/dicommaker.h"
 #include "support/temporaryfolder.h"
 #include "support/tiffmaker.h"
@@ -89,6 +91,26 @@ TEST(NewCommand, aMultiPageFileBecomesAStackWithItsPixelsTold) {
     EXPECT_EQ(run(folder, "new out2.sdf pages.tif broken.tif", output), 3);
     EXPECT_NE(output.find("broken.tif"), std::string::npos);
     EXPECT_NE(run(folder, "info out2.sdf", output), 0);
+}
+
+// The smaller copies of large sections take long to make: what has been made of them goes when the program is stopped.
+TEST(RegisterCommand, takesAwayWhatItHasBegunWhenItIsStopped) {
+    const TemporaryFolder folder;
+    {
+        Image image(9000, 7500, 8);
+        image.clear();
+        ImageWriter().write(image, folder.file("a.tif"), true);
+    }
+    std::filesystem::create_hard_link(folder.file("a.tif"), folder.file("b.tif"));
+    std::filesystem::create_hard_link(folder.file("a.tif"), folder.file("c.tif"));
+    std::string output;
+    ASSERT_EQ(run(folder, "new s.sdf a.tif b.tif c.tif --pixel-size 1 --spacing 1", output), 0) << output;
+    run(folder,
+        "info s.sdf >info; export XDG_CACHE_HOME=$PWD/cache; " + std::string(VORLEN_CLI) +
+            " register --output out s.sdf >said 2>&1 & p=$!; sleep 0.1; kill -TERM $p; wait $p; echo $?;"
+            " find cache -name '*.part-*'; ls out",
+        output, false);
+    EXPECT_EQ(output, "143\n"); // by the signal
 }
 
 TEST(NewCommand, namesComeInNaturalOrderAndNoNumberCountsApart) {

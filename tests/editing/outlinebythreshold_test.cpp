@@ -138,8 +138,8 @@ TEST(RegionOutline, ofASectionAsMuchIsReadAsTheOutlineNeeds) {
             image.getPixels()[y][x] = static_cast<unsigned char>(far < 1 ? 60 + (x * 7 + y * 3) % 9 : 180 + x % 5);
         }
     image.writeFile("a.tif", folder.path());
-    const ImageParts parts(
-        std::make_shared<TiledSection>(folder.file("a.tif"), 0, 0, LevelStore(folder.file("levels"))));
+    const auto section = std::make_shared<TiledSection>(folder.file("a.tif"), 0, 0, LevelStore(folder.file("levels")));
+    const ImageParts parts(section);
     const BoundingBox<int> box(pixel(40, 400), pixel(90, 480)); // over its left end
     for (const int smoothing : {0, 3}) {
         const RegionOutline whole(image, box, smoothing), read(parts, box, smoothing);
@@ -149,6 +149,19 @@ TEST(RegionOutline, ofASectionAsMuchIsReadAsTheOutlineNeeds) {
         const auto expected = decimals(whole.follow(0));
         EXPECT_GT(expected.size(), 500u);
         EXPECT_EQ(decimals(read.follow(0)), expected);
+        if (smoothing > 0)
+            continue;
+        // Of a part of columns 8 to 122 and rows 368 to 512, what lies in it, and that there is more.
+        const RegionOutline cut(ImageParts(section, 20000), box, 0);
+        ASSERT_TRUE(cut.isFound());
+        EXPECT_TRUE(cut.isCut());
+        int numInside = 0;
+        for (const auto& vertex : decimals(cut.follow(0)))
+            if (vertex.first > 10 && vertex.first < 120 && vertex.second > 370 && vertex.second < 510) {
+                ++numInside;
+                EXPECT_EQ(std::count(expected.begin(), expected.end(), vertex), 1);
+            }
+        EXPECT_GT(numInside, 130); // a row each
     }
 }
 

@@ -16,6 +16,8 @@
 #include "images/files/imagewriter.h"
 #include "images/rasters/colormap.h"
 #include "images/rasters/image.h"
+#include "images/sections/sectionsource.h"
+#include "progress/progressmonitor.h"
 #include "progress/progresssubject.h"
 #include "support/sharedtiles.h"
 #include "support/stackfolder.h"
@@ -335,6 +337,47 @@ TEST(SliceAlignment, greyValuesComeFromEveryKindOfImage) {
     EXPECT_EQ(section.grey[1999][1234], float(SharedTiles::value(1, 1999, 1234)));
     EXPECT_EQ(section.pixelWidth, 4);
     EXPECT_EQ(section.pixelHeight, 4);
+}
+
+// Smaller copies of a large section are made at first, which takes long: cancelled in the midst, all that was made
+// goes.
+TEST(SliceAlignment, endsWhileItMakesTheSmallerCopiesOfALargeSection) {
+    class Impatient : public ProgressMonitor {
+    public:
+        using ProgressMonitor::subjectProgressed;
+        void subjectProgressed(unsigned int current, unsigned int) override {
+            if (++numCalls != 2)
+                return;
+            EXPECT_EQ(current, 0u); // no slice is through
+            currentSubject()->cancel();
+        }
+        int numCalls = 0;
+    };
+    const TemporaryFolder folder;
+    VRLStack stack;
+    ImageSourceFile source;
+    {
+        Image image(9000, 7500, 8);
+        image.clear();
+        ImageWriter().write(image, folder.file("flat.tif"), true);
+    }
+    source.setFilename(folder.file("flat.tif"));
+    ASSERT_TRUE(isLargeSection(source));
+    for (int i = 0; i < 2; ++i) {
+        auto* const slice = new StackSlice;
+        slice->setImageSource(source);
+        stack.addSlice(slice);
+    }
+    Impatient monitor;
+    ProgressSubject progress;
+    progress.addMonitor(monitor);
+    const RegistrationReport report = findAlignment(stack, {}, progress);
+    EXPECT_TRUE(report.cancelled);
+    EXPECT_FALSE(openLargeSection(source)->isBuilt());
+    int numCalls = 0;
+    EXPECT_EQ(sectionImageOf(stack.getSlice(0), [&numCalls] { return ++numCalls < 3; }).grey.getSize1(), 0);
+    EXPECT_GE(numCalls, 3);
+    EXPECT_LT(numCalls, 10);
 }
 
 } // namespace

@@ -147,7 +147,7 @@ TYPED_TEST(ResizeOf, volumeEnlargedReadsAtOldOverNewAndKeepsTheLastElement) {
 }
 
 // A function linear in each index is reproduced exactly wherever the position lies inside.
-TYPED_TEST(ResizeOf, volumeResizesEveryAxisAndKeepsItsCalibration) {
+TYPED_TEST(ResizeOf, volumeResizesEveryAxisAndItsVoxels) {
     auto volume = volumeOf<TypeParam>(4, 3, 2, [](int i, int j, int k) { return 64 * i + 8 * j + k; });
     VoxelCalibration calibration;
     calibration.setVoxelDepth(3.0f);
@@ -155,13 +155,17 @@ TYPED_TEST(ResizeOf, volumeResizesEveryAxisAndKeepsItsCalibration) {
     const auto enlarged = resized(volume, sizes({8, 6, 4}), LinearInterpolationMode, true);
     EXPECT_EQ(enlarged(3, 3, 1), TypeParam(64 * 1.5 + 8 * 1.5 + 0.5));
     EXPECT_EQ(enlarged(7, 5, 3), volume(3, 2, 1));
-    EXPECT_EQ(enlarged.getVoxelCalibration().getVoxelDepth(), 3.0f);
+    EXPECT_EQ(enlarged.getVoxelCalibration().getVoxelDepth(), 1.5f);
+    EXPECT_EQ(enlarged.getVoxelCalibration().getVoxelHeight(), 0.5f);
     const auto reduced = resized(volume, sizes({2, 3, 1}), NearestInterpolationMode, false);
     EXPECT_EQ(reduced.getSize(), sizes({2, 3, 1}));
     EXPECT_EQ(reduced(1, 2, 0), volume(2, 2, 0));
-    EXPECT_EQ(reduced.getVoxelCalibration().getVoxelDepth(), 3.0f);
+    EXPECT_EQ(reduced.getVoxelCalibration().getVoxelDepth(), 6.0f);
+    EXPECT_EQ(reduced.getVoxelCalibration().getVoxelWidth(), 1.0f);
     const auto mixed = resized(volume, sizes({2, 3, 4}), LinearInterpolationMode, false);
     EXPECT_EQ(mixed(1, 2, 1), TypeParam(64 * 2 + 8 * 2 + 0.5));
+    EXPECT_EQ(mixed.getVoxelCalibration().getVoxelHeight(), 2.0f);
+    EXPECT_EQ(mixed.getVoxelCalibration().getVoxelDepth(), 1.5f);
 }
 
 TEST(VolumeResize, reducesThroughTheLowPassAndKeepsAConstant) {
@@ -251,6 +255,39 @@ TEST(ResizeXForm, picksWholePixelsOfEveryDepth) {
         EXPECT_EQ(source.getHeight(), 5);
         EXPECT_TRUE(std::equal(target.getData(), target.getData() + target.dataLength(), source.getData()));
     }
+}
+
+TEST(ResizeXForm, pixelsOfAnImageOfAnotherSizeMeasureWhatTheyShow) {
+    PixelCalibration calibration;
+    calibration.setLengthUnit(LengthUnit(-6));
+    calibration.setPixelWidth(0.5f); // and so high
+    calibration.compute();
+    Image image = image8(5, 4), resized;
+    image.setPixelCalibration(calibration);
+    const auto expectPixels = [&](float width, float height) {
+        const PixelCalibration& now = resized.getHeader().getPixelCalibration();
+        EXPECT_FLOAT_EQ(now.getPixelWidth(), width);
+        EXPECT_FLOAT_EQ(now.getPixelHeight(), height);
+        EXPECT_FLOAT_EQ(now.getAspectRatio(), height / width);
+        EXPECT_EQ(now.getLengthUnit().getScale(), -6);
+    };
+    ResizeXForm resizer(NearestInterpolationMode);
+    resizer.setSize(10, 2);
+    resizer.apply(resized, image);
+    expectPixels(0.25f, 1);
+    resizer.halve(resized, image); // without the last column
+    expectPixels(1, 1);
+    resizer.setSize(5, 4);
+    resizer.apply(resized, image);
+    expectPixels(0.5f, 0.5f);
+    resizer.setSize(1, 1);
+    resizer.apply(image);
+    resized.swap(image);
+    expectPixels(2.5f, 2);
+    Image unknown = image8(4, 4); // what nobody has told stays untold
+    resizer.apply(unknown);
+    EXPECT_TRUE(unknown.getHeader().getPixelCalibration().isDefaultPixelWidth());
+    EXPECT_EQ(unknown.getHeader().getPixelCalibration().getPixelWidth(), 1.0f);
 }
 
 TEST(ResizeXForm, takesTheColormapOverAndDropsThatOfTheTarget) {

@@ -60,6 +60,7 @@ private:
     bool leaveForeign();
     void scoreAll(bool bent);
     bool leaveWorse();
+    void report();
 
     const Stack& __stack;
     const ElasticOptions& __options;
@@ -142,7 +143,13 @@ Bending::PicturePointer Bending::picture(int i) {
         leave(i, "its image can't be read: " + reason);
     };
     try {
-        __pictures.emplace_back(i, BlockMatcher::prepare(sectionImageOf(__stack.getSlice(i)), __pixel));
+        const SectionImage image = sectionImageOf(__stack.getSlice(i), [this] {
+            report();
+            return !__progress.isCanceled();
+        });
+        if (__progress.isCanceled())
+            return nullptr;
+        __pictures.emplace_back(i, BlockMatcher::prepare(image, __pixel));
         return __pictures.back().second;
     } catch (const Exception& error) {
         fail(error.getWhat());
@@ -178,6 +185,10 @@ void Bending::tiePair(int source, int target, const BlockMatch& block) {
                  {lies.x - wanted.x, lies.y - wanted.y}, block.correlation * block.correlation / (source - target));
 }
 
+void Bending::report() {
+    __progress.notifyProgressed(__numSteps, static_cast<unsigned int>(5 * __numSlices));
+}
+
 void Bending::match(double pixels, int reduction) {
     __sheets.clearTies();
     std::fill(__blocks.begin(), __blocks.end(), 0);
@@ -186,6 +197,8 @@ void Bending::match(double pixels, int reduction) {
             if ((__sheets.isHeld(i) && __sheets.isHeld(k)) || __isForeign[at(i)] || __isForeign[at(k)])
                 continue;
             const PicturePointer own = picture(i), other = picture(k);
+            if (own == nullptr || other == nullptr) // cancelled
+                continue;
             const BlockMatcher::Side source{*own, __result.fields[at(i)], __places[at(i)]};
             const BlockMatcher::Side target{*other, __result.fields[at(k)], __places[at(k)]};
             const std::vector<BlockMatch> blocks = BlockMatcher::match(source, target, pixels, reduction);
@@ -195,7 +208,8 @@ void Bending::match(double pixels, int reduction) {
             __blocks[at(k)] += int(blocks.size());
             __result.slices[at(i)].numBlocks = int(blocks.size());
         }
-        __progress.notifyProgressed(++__numSteps, static_cast<unsigned int>(5 * __numSlices));
+        ++__numSteps;
+        report();
     }
 }
 
@@ -259,6 +273,8 @@ void Bending::scoreAll(bool bent) {
             continue;
         const int k = targets.front();
         const PicturePointer own = picture(i), other = picture(k);
+        if (own == nullptr || other == nullptr)
+            continue;
         const double score = BlockMatcher::score({*own, bent ? __result.fields[at(i)] : plain, __places[at(i)]},
                                                  {*other, bent ? __result.fields[at(k)] : plain, __places[at(k)]});
         (bent ? __result.slices[at(i)].scoreAfter : __result.slices[at(i)].scoreBefore) = score;

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 #include "document/stack.h"
 #include "document/stackslice.h"
@@ -76,10 +77,15 @@ struct Prepared {
     double width = 0, height = 0, pixel = 1; // of the section and of a pixel, in the length unit
 };
 
-Prepared prepared(const StackSlice& slice, double pixel, AlignmentMethod method) {
+Prepared prepared(const StackSlice& slice, double pixel, AlignmentMethod method,
+                  const std::function<bool()>& goesOn = {}) {
     Prepared result;
     try {
-        SectionImage image = sectionImageOf(slice);
+        SectionImage image = sectionImageOf(slice, goesOn);
+        if (image.grey.getSize1() == 0 || image.grey.getSize2() == 0) {
+            result.fault = "its image has not been read";
+            return result;
+        }
         result.width = image.width();
         result.height = image.height();
         result.pixel = std::sqrt(image.pixelWidth * image.pixelHeight);
@@ -189,6 +195,7 @@ private:
     int partnerOf(int i) const;
     const Pair* pairOf(int target, int source) const;
     void step();
+    void report();
 
     const Stack& __stack;
     const AlignmentOptions& __options;
@@ -242,15 +249,25 @@ const Prepared& Alignment::section(int i) {
         __options.reference == AlignmentReference::Template ? std::max(reach + 1, __options.window) : reach + 1;
     while (int(__sections.size()) >= most)
         __sections.pop_front();
-    __sections.emplace_back(i, prepared(__stack.getSlice(i), __pixel, __options.method));
+    const auto goesOn = [this] {
+        report();
+        return !__progress.isCanceled();
+    };
+    __sections.emplace_back(i, prepared(__stack.getSlice(i), __pixel, __options.method, goesOn));
     const Prepared& one = __sections.back().second;
-    __faults[std::size_t(i)] = one.fault;
+    if (!__progress.isCanceled()) // then it is not the image's fault
+        __faults[std::size_t(i)] = one.fault;
     __size = std::max({__size, one.width, one.height});
     return one;
 }
 
 void Alignment::step() {
-    __progress.notifyProgressed(++__numSteps, static_cast<unsigned int>(2 * __numSlices));
+    ++__numSteps;
+    report();
+}
+
+void Alignment::report() {
+    __progress.notifyProgressed(__numSteps, static_cast<unsigned int>(2 * __numSlices));
 }
 
 const Alignment::Pair* Alignment::pairOf(int target, int source) const {
@@ -342,6 +359,8 @@ void Alignment::matchAgain() {
             (pair.match.found && meanDistance(start, pair.match.motion, __size, __size) <= farOff * __size))
             continue;
         const Prepared source = section(pair.source), target = section(pair.target);
+        if (!source.fault.empty() || !target.fault.empty())
+            continue;
         const SectionMatch match = matched(source, target, start, __options, false);
         if (!match.found || (pair.match.found && match.score < 0.9 * pair.match.score))
             continue;
@@ -417,7 +436,10 @@ void Alignment::matchTemplates() {
         for (int k = std::max(0, i - half); k <= std::min(__numMatched - 1, i + half); ++k) {
             if (k == i || !__fits[std::size_t(k)] || !__faults[std::size_t(k)].empty())
                 continue;
-            around.push_back(section(k).section);
+            const Prepared& neighbour = section(k);
+            if (!neighbour.fault.empty())
+                continue;
+            around.push_back(neighbour.section);
             motions.push_back(between(__places, i, k));
         }
         if (around.size() < 2 || !moving.fault.empty())
@@ -497,6 +519,10 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         return;
     }
     const Prepared target = section(partner);
+    if (!target.fault.empty()) {
+        entry.reason = target.fault;
+        return;
+    }
     const Pair* const pair = pairOf(partner, i);
     const AlignmentMethod measure = scoredBy(__options.method, pair == nullptr ? nullptr : &pair->match);
     const auto scored = [&](const RigidMotion& place) {
@@ -667,7 +693,7 @@ namespace {
 
 /// The image of a slice. Of a section too large for memory, the largest of its levels that is small enough to be
 /// matched; levels that it lacks are made, and kept for whoever looks at it later.
-Image imageToMatch(const Slice& slice) {
+Image imageToMatch(const Slice& slice, const std::function<bool()>& goesOn) {
     constexpr int greatestSide = 4096;
     constexpr std::chrono::seconds patience(20); // where no levels can be kept, for pixels here and there
     Image image;
@@ -676,8 +702,14 @@ Image imageToMatch(const Slice& slice) {
         ImageReader().read(image, slice.getImageSource());
         return image;
     }
+    std::stop_source stop;
+    const auto ask = [&](double) {
+        if (goesOn && !goesOn())
+            stop.request_stop();
+    };
     try {
-        section->build({});
+        if (!section->build(stop.get_token(), ask))
+            return image;
     } catch (const FileWriteError&) {
         if (section->getLevels().empty())
             throw;
@@ -696,9 +728,11 @@ double reductionOf(int size, int reducedSize) {
 
 } // namespace
 
-SectionImage sectionImageOf(const Slice& slice) {
-    const Image image = imageToMatch(slice);
+SectionImage sectionImageOf(const Slice& slice, const std::function<bool()>& goesOn) {
+    const Image image = imageToMatch(slice, goesOn);
     SectionImage section;
+    if (image.getData() == nullptr)
+        return section;
     const PixelCalibration& calibration = slice.getPixelCalibration();
     section.pixelWidth = calibration.getPixelWidth() > 0 ? calibration.getPixelWidth() : 1;
     section.pixelHeight = calibration.getPixelHeight() > 0 ? calibration.getPixelHeight() : 1;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -75,7 +76,10 @@ struct RegistrationReport {
 /// The grey values of a slice on the pixels of its image, and its pixel size; of a section too large for memory those
 /// of a smaller image with larger pixels, of at most 4096 in width and height. Colours become their mean; an image with
 /// a palette is looked up in it. Throws what reading throws.
-SectionImage sectionImageOf(const Slice& slice);
+///
+/// Smaller images that a section lacks are made first, which takes as long as reading all of it: meanwhile goesOn() is
+/// asked again and again, on this thread, and where it says no the image has no pixels, and nothing is kept.
+SectionImage sectionImageOf(const Slice& slice, const std::function<bool()>& goesOn = {});
 
 /// How well a slice, with a registration, fits the one that it lies on; 0 when one of them is blank and the like.
 /// Throws what reading throws.

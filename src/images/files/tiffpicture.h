@@ -14,7 +14,8 @@ class SampleSink;
 
 /// One directory of a TIFF file: what its tags say of the picture, and the decoding of the samples.
 ///
-/// libtiff is set to the directory as long as this lives.
+/// libtiff is set to the directory as long as this lives. The tags are read in tiffpicture.cpp, whole pictures in
+/// tiffpixels.cpp, parts of them in tiffparts.cpp.
 struct TiffPicture {
     /// How the samples of the file become those of the page.
     enum Conversion {
@@ -60,6 +61,9 @@ struct TiffPicture {
 private:
     struct Rows;
     struct Block;
+
+    /// Bytes of a tile or strip that may be decoded for a part of it.
+    static constexpr std::uint64_t greatestBlock = std::uint64_t(64) << 20;
 
     PictureLevel allBlocks() const;
     bool canBeStreamed() const;

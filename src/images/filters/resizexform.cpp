@@ -37,6 +37,17 @@ void halveRows(Image& target, const Image& source) {
     }
 }
 
+/// An image of another size shows the same, so its pixels have another size too: so many times that of the source's.
+void calibrate(Image& resized, const Image& source, double across, double down) {
+    resized.setPixelCalibration(source.getHeader().getPixelCalibration().scaled(across, down));
+}
+
+void calibrate(Image& resized, const Image& source) {
+    if (resized.getWidth() > 0 && resized.getHeight() > 0)
+        calibrate(resized, source, double(source.getWidth()) / resized.getWidth(),
+                  double(source.getHeight()) / resized.getHeight());
+}
+
 void halveValues(ProgressSubject& progress, Image& target, const Image& source) {
     progress.notifyStarted("");
     Image halved;
@@ -48,6 +59,7 @@ void halveValues(ProgressSubject& progress, Image& target, const Image& source) 
         halved.init(width, height, 16);
         halveRows<unsigned short, unsigned>(halved, source);
     }
+    calibrate(halved, source, 2, 2);
     target.swap(halved);
     progress.notifyFinished("");
 }
@@ -112,8 +124,10 @@ void ResizeXForm::apply(Image& target, const Image& source) const {
     int height = source.getHeight();
     convertSize(width, height);
     if (width == source.getWidth() && height == source.getHeight()) {
-        if (&target != &source)
+        if (&target != &source) {
             target = source;
+            calibrate(target, source);
+        }
         return;
     }
     if (__interpolationMode == NearestInterpolationMode)
@@ -151,6 +165,7 @@ void ResizeXForm::halve(Image& target, const Image& source) {
             halved.setChannel(static_cast<ImageChannel>(channel), matrix);
         }
     }
+    calibrate(halved, source, 2, 2);
     target.swap(halved);
 }
 
@@ -188,6 +203,7 @@ void ResizeXForm::__nearestResize(Image& target, const Image& source, int width,
             pickPixels<4>(from, to, offsets);
         lastRow = row;
     }
+    calibrate(resized, source);
     target.swap(resized);
 }
 

@@ -57,6 +57,8 @@ public:
     /// rows and header never disagree; allocatePixels() then makes new ones.
     void setHeader(const ImageHeader& header);
     const ImageHeader& getHeader() const { return __header; }
+    /// In the header.
+    void setPixelCalibration(const PixelCalibration& calibration) { __header.setPixelCalibration(calibration); }
     int getWidth() const { return __header.getWidth(); }
     int getHeight() const { return __header.getHeight(); }
     int getDepth() const { return __header.getDepth(); }

@@ -49,7 +49,7 @@ public:
     static constexpr int tileSide = 512;
     static constexpr double greatestRatio = 5;
     static constexpr int greatestSmallest = 4096;
-    static constexpr std::size_t defaultMemory = std::size_t(192) << 20;
+    static constexpr std::size_t defaultMemory = std::size_t(128) << 20;
 
     /// Whether an image of this size is one to be read by tiles: above 64 Mi pixels, or 384 MiB.
     static bool isLarge(int width, int height, int depth);

@@ -59,12 +59,18 @@ void VolumeResize<T>::apply(VoxelMatrix<T>& volume) {
         shrinks = shrinks || __size[axis] < oldSize[axis];
         grows = grows || __size[axis] > oldSize[axis];
     }
+    VoxelCalibration calibration = volume.getVoxelCalibration();
     if (!shrinks)
         enlargement(volume, oldSize, __size);
     else if (!grows)
         reduction(volume, oldSize, __size);
     else
         mixedResize(volume, oldSize, __size);
+    Vector<float> voxel = calibration.getVoxelSize();
+    for (int axis = 0; axis < 3; ++axis)
+        voxel[axis] = float(double(voxel[axis]) * oldSize[axis] / __size[axis]);
+    calibration.setVoxelSize(voxel);
+    volume.setVoxelCalibration(calibration);
 }
 
 template <class T>

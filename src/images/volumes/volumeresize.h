@@ -14,8 +14,8 @@ namespace vorlen {
 /// first shrinks, then grows. Before a reduction, with the low-pass filter on, every voxel becomes the mean over a
 /// cube of side 2s + 1, with s the greatest of the ratios rounded down (see SumFilter for the border).
 ///
-/// The calibration of the volume stays as it is, whatever its new size: only the caller knows whether the volume still
-/// covers the same space. A volume or a target without elements is refused unless both have the same size.
+/// The volume covers the same space afterwards: its calibration tells how much larger, or smaller, voxels have become.
+/// A volume or a target without elements is refused unless both have the same size.
 ///
 /// Compiled for float, double and long double.
 template <class T>

@@ -94,7 +94,7 @@ std::vector<SectionView::Piece> SectionView::piecesIn(const QRect& view, double 
         return pieces;
     const std::vector<TiledSection::Level> levels = __section->getLevels();
     const int finest = __section->levelFor(reduction);
-    // Coarser tiles that happen to be there lie under the finer ones.
+    // Coarser tiles that happen to be there lie under the finer ones, as long as some of these are missing.
     for (int level = std::min(finest + 2, int(levels.size()) - 1); level >= finest && level >= 0; --level) {
         const TiledSection::Level& size = levels[std::size_t(level)];
         const auto pixel = [&](int place, int end) {
@@ -104,6 +104,7 @@ std::vector<SectionView::Piece> SectionView::piecesIn(const QRect& view, double 
         const int right = pixel(seen.right(), size.width), bottom = pixel(seen.bottom(), size.height);
         constexpr int side = TiledSection::tileSide;
         bool all = true;
+        const auto numCoarser = std::ptrdiff_t(pieces.size());
         for (int row = top / side; row <= bottom / side; ++row)
             for (int column = left / side; column <= right / side; ++column) {
                 TiledSection::Tile tile = __section->findTile(level, column, row);
@@ -114,6 +115,8 @@ std::vector<SectionView::Piece> SectionView::piecesIn(const QRect& view, double 
                 pieces.push_back({std::move(tile), QRectF(column * side * size.reduction, row * side * size.reduction,
                                                           width * size.reduction, height * size.reduction)});
             }
+        if (level == finest && all)
+            pieces.erase(pieces.begin(), pieces.begin() + numCoarser);
         const Request request{level, {left, top, right - left + 1, bottom - top + 1}};
         if (level != finest || all || (__last && *__last == request))
             continue;

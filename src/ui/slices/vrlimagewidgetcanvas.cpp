@@ -1,11 +1,8 @@
 #include "ui/slices/vrlimagewidgetcanvas.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstring>
 #include <iostream>
-#include <vector>
 
 #include <QMutexLocker>
 #include <QOpenGLContext>
@@ -28,105 +25,6 @@ namespace vorlen {
 
 namespace {
 
-/// A block of pixels as OpenGL takes it.
-struct Pixels {
-    const unsigned char* data;
-    int rowLength; // pixels
-    int skipColumns;
-    int skipRows;
-    int width;
-    int height;
-    double horZoom; // device pixels for one of these pixels
-    double verZoom;
-};
-
-/// Every step-th pixel of the block, which then needs no more memory than the screen.
-std::vector<unsigned char> thinOut(Pixels& pixels, int bytesPerPixel, int horStep, int verStep) {
-    const int width = (pixels.width + horStep - 1) / horStep;
-    const int height = (pixels.height + verStep - 1) / verStep;
-    const auto size = static_cast<std::size_t>(bytesPerPixel);
-    std::vector<unsigned char> thin(size * static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-    unsigned char* to = thin.data();
-    for (int i = 0; i < height; ++i) {
-        const int row = pixels.skipRows + std::min(i * verStep + verStep / 2, pixels.height - 1);
-        const unsigned char* const from =
-            pixels.data + size * static_cast<std::size_t>(row) * static_cast<std::size_t>(pixels.rowLength);
-        for (int j = 0; j < width; ++j, to += size) {
-            const int column = pixels.skipColumns + std::min(j * horStep + horStep / 2, pixels.width - 1);
-            std::memcpy(to, from + size * static_cast<std::size_t>(column), size);
-        }
-    }
-    pixels = {thin.data(), width, 0, 0, width, height, pixels.horZoom * horStep, pixels.verZoom * verStep};
-    return thin;
-}
-
-/// The block of values as they are shown, in bytes.
-std::vector<unsigned char> toBytes(Pixels& pixels, bool real, const GreyScale& scale) {
-    std::vector<unsigned char> bytes(static_cast<std::size_t>(pixels.width) * static_cast<std::size_t>(pixels.height));
-    const std::size_t size = real ? 4 : 2;
-    // Words are looked up, as there are fewer than pixels.
-    std::vector<unsigned char> table(real ? 0 : 65536);
-    for (std::size_t i = 0; i < table.size(); ++i)
-        table[i] = scale.shown(float(i));
-    unsigned char* to = bytes.data();
-    for (int i = 0; i < pixels.height; ++i) {
-        const unsigned char* from = pixels.data + size * (static_cast<std::size_t>(pixels.skipRows + i) *
-                                                              static_cast<std::size_t>(pixels.rowLength) +
-                                                          static_cast<std::size_t>(pixels.skipColumns));
-        for (int j = 0; j < pixels.width; ++j, from += size) {
-            float value = 0;
-            unsigned short word = 0;
-            if (real)
-                std::memcpy(&value, from, 4);
-            else
-                std::memcpy(&word, from, 2);
-            *to++ = real ? scale.shown(value) : table[word];
-        }
-    }
-    pixels = {bytes.data(), pixels.width, 0, 0, pixels.width, pixels.height, pixels.horZoom, pixels.verZoom};
-    return bytes;
-}
-
-/// The maps are padded to 256 entries, as indices beyond the end of a colormap are black.
-void setIndexMaps(const Colormap& colormap) {
-    const unsigned char* const tables[] = {colormap.getRed(), colormap.getGreen(), colormap.getBlue()};
-    const GLenum maps[] = {GL_PIXEL_MAP_I_TO_R, GL_PIXEL_MAP_I_TO_G, GL_PIXEL_MAP_I_TO_B};
-    const int size = std::min(colormap.getSize(), 256);
-    for (int k = 0; k < 3; ++k) {
-        std::array<GLfloat, 256> values{};
-        for (int i = 0; i < size; ++i)
-            values[static_cast<std::size_t>(i)] = float(tables[k][i]) / 255;
-        glPixelMapfv(maps[k], 256, values.data());
-    }
-    const GLfloat opaque = 1;
-    glPixelMapfv(GL_PIXEL_MAP_I_TO_A, 1, &opaque);
-}
-
-/// Red, green and blue alike; whatever a fourth byte means, images are opaque.
-void setTransfer(float black, float white) {
-    const float range = std::max(white - black, 1e-4f);
-    for (const GLenum scale : {GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE})
-        glPixelTransferf(scale, 1 / range);
-    for (const GLenum bias : {GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS})
-        glPixelTransferf(bias, -black / range);
-    glPixelTransferf(GL_ALPHA_SCALE, 0);
-    glPixelTransferf(GL_ALPHA_BIAS, 1);
-}
-
-void draw(const Pixels& pixels, GLenum format, GLenum type) {
-    glPixelZoom(float(pixels.horZoom), float(-pixels.verZoom));
-    glPixelStorei(GL_UNPACK_SWAP_BYTES, GL_FALSE);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, pixels.rowLength);
-    glPixelStorei(GL_UNPACK_SKIP_PIXELS, pixels.skipColumns);
-    glPixelStorei(GL_UNPACK_SKIP_ROWS, pixels.skipRows);
-    glDrawPixels(pixels.width, pixels.height, format, type, pixels.data);
-}
-
-GLenum formatOf(int depth) {
-    return depth == 24 ? GL_RGB : depth == 32 ? GL_RGBA : GL_LUMINANCE;
-}
-
 /// How many pixels of an image fall on one of the screen.
 int stepOf(double zoom) {
     return zoom > 0 ? int(std::clamp(std::floor(1 / zoom), 1.0, 65536.0)) : 65536;
@@ -143,7 +41,11 @@ VRLImageWidgetCanvas::VRLImageWidgetCanvas(QWidget* parent) : QOpenGLWidget(pare
     setAccessibleDescription("The image of a slice. Zoom with plus and minus, scroll with the arrow keys.");
 }
 
-VRLImageWidgetCanvas::~VRLImageWidgetCanvas() = default;
+// The context goes in the destructor of the base, when this object is none of its class any more.
+VRLImageWidgetCanvas::~VRLImageWidgetCanvas() {
+    disconnect(__contextGoes);
+    forgetTextures();
+}
 
 void VRLImageWidgetCanvas::clear() {
     __viewOrigin = QPoint(0, 0);
@@ -352,11 +254,25 @@ void VRLImageWidgetCanvas::updateSection() {
 
 void VRLImageWidgetCanvas::imageProxyChange() {
     ++__imageRevision;
+    __textures.forgetImages();
     updateSection();
     if (__bestFitMode)
         setBestFitZoomFactor();
     rectifyViewOrigin();
     update();
+}
+
+void VRLImageWidgetCanvas::initializeGL() {
+    __contextGoes =
+        connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &VRLImageWidgetCanvas::forgetTextures);
+}
+
+void VRLImageWidgetCanvas::forgetTextures() {
+    if (context() == nullptr)
+        return;
+    makeCurrent();
+    __textures.clear();
+    doneCurrent();
 }
 
 void VRLImageWidgetCanvas::resizeGL(int width, int height) {
@@ -439,67 +355,53 @@ const Image* VRLImageWidgetCanvas::paintedImage() const {
 
 /// The image, and over it the tiles of a section.
 void VRLImageWidgetCanvas::paintSection(const Image& overview) {
-    paintImageGL(overview, QRectF(QPointF(0, 0), QSizeF(originalSize())));
-    if (!__section)
-        return;
+    __textures.beginFrame();
+    paintImageGL(overview, nullptr, QRectF(QPointF(0, 0), QSizeF(originalSize())));
     const double zoom = double(__zoomFactor) * devicePixelRatioF();
-    for (const SectionView::Piece& piece : __section->piecesIn(currentView(), zoom > 0 ? 1 / zoom : 1))
-        paintImageGL(*piece.tile, piece.place);
+    if (__section)
+        for (const SectionView::Piece& piece : __section->piecesIn(currentView(), zoom > 0 ? 1 / zoom : 1))
+            paintImageGL(*piece.tile, piece.tile, piece.place);
+    __textures.endFrame();
+    if (__textures.isBehind()) {
+        ++__imageRevision; // a kept picture lacks something
+        update();
+    }
 }
 
-// A view that begins within a pixel of a reduced image begins left of and above the canvas. A raster position out there
-// would be invalid and nothing be drawn: it is set to the corner and moved from there, which is allowed.
-void VRLImageWidgetCanvas::paintImageGL(const Image& image, const QRectF& place) {
-    const double zoom = double(__zoomFactor) * devicePixelRatioF();
+// A texel begins where its first pixel does on the screen, which has whole pixels although the widget may have none.
+void VRLImageWidgetCanvas::paintImageGL(const Image& image, const std::shared_ptr<const Image>& owner,
+                                        const QRectF& place) {
+    const double density = devicePixelRatioF();
     const double horScale = image.getWidth() / place.width();
     const double verScale = image.getHeight() / place.height();
     const QRect whole = currentView();
     const QRectF view = place & QRectF(whole);
     if (view.isEmpty())
         return;
-    const double left = (view.x() - place.x()) * horScale;
-    const double top = (view.y() - place.y()) * verScale;
+    const double horZoom = double(__zoomFactor) * density * double(betaWidth());
+    const double verZoom = double(__zoomFactor) * density * double(betaHeight());
+    ImageTextures::Steps steps{stepOf(horZoom / horScale), stepOf(verZoom / verScale)};
+    if (std::max(steps.columns, steps.rows) <= 2)
+        steps = {};
 
-    Pixels pixels;
-    pixels.data = image.getData();
-    pixels.rowLength = image.getWidth();
-    pixels.skipColumns = std::min(int(left), image.getWidth() - 1);
-    pixels.skipRows = std::min(int(top), image.getHeight() - 1);
-    pixels.width = std::clamp(int(std::ceil(left + view.width() * horScale - 1e-6)) - pixels.skipColumns, 1,
-                              image.getWidth() - pixels.skipColumns);
-    pixels.height = std::clamp(int(std::ceil(top + view.height() * verScale - 1e-6)) - pixels.skipRows, 1,
-                               image.getHeight() - pixels.skipRows);
-    pixels.horZoom = zoom * double(betaWidth()) / horScale;
-    pixels.verZoom = zoom * double(betaHeight()) / verScale;
-    const double toRight = (view.x() - whole.x()) * horScale * pixels.horZoom;
-    const double toBottom = (view.y() - whole.y()) * verScale * pixels.verZoom;
-    const double beforeLeft = (left - pixels.skipColumns) * pixels.horZoom - toRight;
-    const double aboveTop = (top - pixels.skipRows) * pixels.verZoom - toBottom;
-
-    std::vector<unsigned char> thin; // keeps the pixels until they are drawn
-    const int horStep = stepOf(pixels.horZoom);
-    const int verStep = stepOf(pixels.verZoom);
-    if (std::max(horStep, verStep) > 2)
-        thin = thinOut(pixels, image.bytesPerPixel(), horStep, verStep);
-    const bool throughScale = hasGreyScale(image);
-    if (throughScale)
-        thin = toBytes(pixels, image.isReal(), shownScale());
-
-    glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
-    glPushAttrib(GL_PIXEL_MODE_BIT);
-    glRasterPos2i(0, 0);
-    const QPointF corner = imagePlace() * devicePixelRatioF();
-    glBitmap(0, 0, 0, 0, float(corner.x() - beforeLeft), float(aboveTop - corner.y()), nullptr);
-    if (image.isIndexed() && !image.getColormap()->isIdentity()) {
-        setIndexMaps(*image.getColormap());
-        glPixelTransferi(GL_MAP_COLOR, GL_TRUE);
-        draw(pixels, GL_COLOR_INDEX, GL_UNSIGNED_BYTE);
-    } else {
-        throughScale ? setTransfer(0, 1) : setTransfer(__black, __white);
-        draw(pixels, throughScale ? GL_LUMINANCE : formatOf(image.getDepth()), GL_UNSIGNED_BYTE);
-    }
-    glPopAttrib();
-    glPopClientAttrib();
+    const double left = (view.x() - place.x()) * horScale / steps.columns;
+    const double top = (view.y() - place.y()) * verScale / steps.rows;
+    const double right = left + view.width() * horScale / steps.columns;
+    const double bottom = top + view.height() * verScale / steps.rows;
+    const int column = int(left), row = int(top);
+    const QRect texels(column, row, std::max(int(std::ceil(right - 1e-6)) - column, 1),
+                       std::max(int(std::ceil(bottom - 1e-6)) - row, 1));
+    const double horUnit = std::max(width(), 1) / std::max(double(qRound(width() * density)), 1.0);
+    const double verUnit = std::max(height(), 1) / std::max(double(qRound(height() * density)), 1.0);
+    const QPointF corner = imagePlace() * density;
+    __textures.draw(
+        image, owner, {shownScale(), __black, __white}, steps, texels,
+        [&](int texel) {
+            return (corner.x() + (texel * steps.columns / horScale + place.x() - whole.x()) * horZoom) * horUnit;
+        },
+        [&](int texel) {
+            return -(corner.y() + (texel * steps.rows / verScale + place.y() - whole.y()) * verZoom) * verUnit;
+        });
 }
 
 void VRLImageWidgetCanvas::paintNotice() {

@@ -14,6 +14,7 @@
 
 #include "images/rasters/greyscale.h"
 #include "numerics/vector.h"
+#include "ui/slices/imagetextures.h"
 
 namespace vorlen {
 
@@ -29,9 +30,9 @@ class VRLImageProxy;
 /// image is seen and every change of size fits it again. A zoom of 1 shows the larger side of an image pixel as one
 /// unit of the widget, the other side as its share of it (betaWidth(), betaHeight()).
 ///
-/// The pixels go to OpenGL from the image's own memory, addressed by row length and skips; contrast is left to the
-/// pixel transfer. The proxy's smallest image that is larger than what is seen is taken. Where there is none of about
-/// that size (yet), only every n-th pixel is taken, so that a paint never costs more than the screen has pixels.
+/// The pixels are drawn from textures, which are made once for what is seen of an image and a contrast. The proxy's
+/// smallest image that is larger than what is seen is taken. Where there is none of about that size (yet), only every
+/// n-th pixel is taken, so that a paint never costs more than the screen has pixels.
 ///
 /// Where the proxy's image is the overview of a section too large for memory, the tiles of what is seen are drawn over
 /// it, as they come.
@@ -113,6 +114,9 @@ public:
     void setNotice(const QString& notice);
     const QString& getNotice() const { return __notice; }
 
+    /// What images are drawn from; for tests and measurements.
+    const ImageTextures& getTextures() const { return __textures; }
+
     /// Clears the canvas and sets up coordinates of the widget with y from 0 at the top to -height at the bottom, and
     /// the state that drawing pixels needs.
     void beforePaintGL();
@@ -125,6 +129,7 @@ public slots:
     void imageProxyChange();
 
 protected:
+    void initializeGL() override;
     void resizeGL(int width, int height) override;
     void paintGL() override;
 
@@ -139,11 +144,12 @@ protected:
 private:
     QSize originalSize() const;
     float aspectRatio() const;
-    void paintImageGL(const Image& image, const QRectF& place);
+    void paintImageGL(const Image& image, const std::shared_ptr<const Image>& owner, const QRectF& place);
     void paintSection(const Image& overview);
     void updateSection();
     void paintNotice();
     GreyScale shownScale() const;
+    void forgetTextures();
 
     VRLImageProxy* __imageProxy = nullptr; // a child
     QPoint __viewOrigin{0, 0};
@@ -155,7 +161,9 @@ private:
     QString __notice;
     std::uint64_t __imageRevision = 0;
     std::unique_ptr<SectionView> __section; // of an image that is an overview only
-    QMutex __mutex;                         // held while the image is painted
+    ImageTextures __textures;
+    QMetaObject::Connection __contextGoes;
+    QMutex __mutex; // held while the image is painted
 };
 
 } // namespace vorlen

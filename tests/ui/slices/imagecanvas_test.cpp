@@ -231,6 +231,125 @@ TEST_F(PaintedImageTest, theSliderStretchesTheContrast) {
     EXPECT_TRUE(isNear(picture().pixel(50, 50), qRgb(102, 102, 102)));
 }
 
+TEST_F(PaintedImageTest, pixelsAreSentOnceForAllPlacesAndZooms) {
+    show(200, 150);
+    Image image(1000, 700, 8);
+    for (int y = 0; y < 700; ++y)
+        for (int x = 0; x < 1000; ++x)
+            image.getPixels()[y][x] = static_cast<unsigned char>(x / 4 + y % 3);
+    showSlice(addSlice(image));
+    ASSERT_TRUE(settle());
+    const auto lookAt = [&](const QPoint& origin, float zoom) {
+        zoomTo(zoom);
+        canvas->setViewOrigin(origin);
+        const QImage seen = picture();
+        const QPoint at = canvas->convertToImagePosition(QPoint(77, 54));
+        EXPECT_TRUE(isNear(seen.pixel(77, 54), QRgb(0x010101 * image.getPixels()[at.y()][at.x()]), 1)) << zoom;
+    };
+    lookAt(QPoint(400, 450), 1); // around the corner of four tiles
+    const std::uint64_t before = canvas->getTextures().getNumUploads();
+    lookAt(QPoint(700, 450), 1);
+    lookAt(QPoint(250, 300), 1);
+    lookAt(QPoint(250, 300), 4);
+    lookAt(QPoint(100, 100), 1.5f);
+    EXPECT_EQ(canvas->getTextures().getNumUploads(), before);
+    canvas->setBlackAndWhite(0.5f, 1);
+    EXPECT_TRUE(isNear(picture().pixel(0, 0), qRgb(0, 0, 0)));
+    picture();
+    EXPECT_EQ(canvas->getTextures().getNumUploads(), before + 1); // what is seen, once
+}
+
+// Rows of no whole number of words, and a last tile of three columns.
+TEST_F(PaintedImageTest, eachPixelIsShownWhateverTheWidth) {
+    show(560, 60);
+    showSlice(addSlice(TestImages::uniform(515, 9, 8, 30)));
+    canvas->setBestFitMode(false, false);
+    ASSERT_EQ(canvas->getZoomFactor(), 1);
+    for (const int depth : {8, 16, 24, 32}) {
+        Image image(515, 9, depth);
+        const auto value = [](int x, int y, int k) { return (x * 7 + y * 31 + k * 50) % 256; };
+        for (int y = 0; y < 9; ++y)
+            for (int x = 0; x < 515; ++x) {
+                unsigned char* const pixel = image.getPixels()[y] + x * depth / 8;
+                const auto word = static_cast<unsigned short>(value(x, y, 0) * 256);
+                if (depth == 16)
+                    std::memcpy(pixel, &word, 2);
+                else
+                    for (int k = 0; k < depth / 8; ++k)
+                        pixel[k] = static_cast<unsigned char>(value(x, y, k));
+            }
+        const auto pictureOf = [&] {
+            canvas->getImageProxy().setImage(image);
+            GreyScale scale;
+            scale.high = 65280;
+            canvas->setGreyScale(scale);
+            return picture();
+        };
+        canvas->getImageProxy().clearImage();
+        const QImage seen = pictureOf();
+        const QPoint corner = canvas->convertToPosition(QPointF(0, 0)).toPoint();
+        int numOther = 0;
+        for (int y = 0; y < 9; ++y)
+            for (int x = 0; x < 515; ++x) {
+                const int green = value(x, y, depth > 16 ? 1 : 0), blue = value(x, y, depth > 16 ? 2 : 0);
+                numOther += isNear(seen.pixel(corner + QPoint(x, y)), qRgb(value(x, y, 0), green, blue), 1) ? 0 : 1;
+            }
+        EXPECT_EQ(numOther, 0) << depth;
+        EXPECT_EQ(seen.pixel(corner + QPoint(516, 5)), VRLPreferences::getImageCanvasBackgroundColor().rgb());
+        // Another image at the same address is not taken for it.
+        std::memset(image.getData(), 90, image.dataLength());
+        EXPECT_TRUE(isNear(pictureOf().pixel(corner + QPoint(514, 8)), qRgb(90, 90, 90), 1))
+            << depth; // 90 * 257 of 65280
+        canvas->getImageProxy().clearImage();
+    }
+}
+
+TEST_F(PaintedImageTest, anotherWindowShowsTheSame) {
+    show(100, 100);
+    showSlice(addSlice(fourCorners(40, 40)));
+    const QImage before = picture();
+    QWidget other;
+    auto* const layout = new QVBoxLayout(&other);
+    layout->addWidget(widget);
+    other.show();
+    widget->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
+    EXPECT_EQ(picture(), before);
+    window.layout()->addWidget(widget);
+    widget->show();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return canvas->isVisible() && canvas->size() == QSize(100, 100); }));
+    EXPECT_EQ(picture(), before);
+}
+
+TEST_F(PaintedImageTest, texturesOutOfViewGoFirst) {
+    show(100, 100);
+    canvas->makeCurrent();
+    const Image image = TestImages::uniform(3 * ImageTextures::tileSide, ImageTextures::tileSide, 8, 70);
+    constexpr std::size_t tile = std::size_t(ImageTextures::tileSide) * ImageTextures::tileSide;
+    ImageTextures textures(2 * tile);
+    const auto numSent = [&](int first, int count) {
+        const std::uint64_t before = textures.getNumUploads();
+        textures.beginFrame();
+        const QRect texels(first * ImageTextures::tileSide, 0, count * ImageTextures::tileSide, 10);
+        EXPECT_TRUE(textures.draw(
+            image, nullptr, {}, {}, texels, [](int texel) { return texel; }, [](int texel) { return -texel; }));
+        textures.endFrame();
+        return int(textures.getNumUploads() - before);
+    };
+    EXPECT_EQ(numSent(0, 3), 3); // all that is seen stays
+    EXPECT_EQ(numSent(0, 3), 0);
+    EXPECT_EQ(textures.getNumBytes(), 3 * tile);
+    EXPECT_EQ(numSent(1, 1), 0);
+    EXPECT_EQ(textures.getNumBytes(), 2 * tile);
+    EXPECT_EQ(numSent(2, 1), 0);
+    EXPECT_EQ(numSent(0, 1), 1); // went of the two that were out of view alike
+    EXPECT_EQ(numSent(1, 1), 1); // went as it was out of view for longest
+    EXPECT_EQ(numSent(0, 1), 0);
+    textures.clear();
+    EXPECT_EQ(textures.getNumBytes(), 0u);
+    canvas->doneCurrent();
+}
+
 TEST_F(PaintedImageTest, pixelsOfOtherProportionsAreShownSo) {
     show(200, 200);
     StackSlice& slice = addSlice(fourCorners(20, 20));
