@@ -202,7 +202,7 @@ TEST(BoxOutline, whatIsJoinedToItsSurroundingsStandsAloneAtAnotherThreshold) {
         EXPECT_EQ(alone.darker, dark);
         EXPECT_FALSE(alone.touchesBox);
         EXPECT_NEAR(enclosed(alone.outline), pi * 30 * 30, 0.05 * pi * 30 * 30);
-        EXPECT_FALSE(outline.thresholdAlone({7, 7}, BoxOutline::Side::Either).has_value()); // the frame
+        EXPECT_FALSE(outline.thresholdAlone({7, 7}, BoxOutline::Side::Either).has_value());  // the frame
         EXPECT_FALSE(outline.thresholdAlone({3, 80}, BoxOutline::Side::Either).has_value()); // out of the box
         EXPECT_FALSE(
             outline.thresholdAlone(seed, dark ? BoxOutline::Side::Brighter : BoxOutline::Side::Darker).has_value());

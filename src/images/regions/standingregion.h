@@ -18,9 +18,9 @@ public:
     /// Whether it goes on to the rim of the values.
     bool atRim() const { return __atRim; }
 
-    /// How far it is set off from what surrounds it: the mean difference of the values a few pixels out of, and into it,
-    /// over all places where its border runs between two pixels. What it encloses is not looked at. 0 where it is empty
-    /// or goes on to the rim.
+    /// How far it is set off from what surrounds it: the mean difference of the values a few pixels out of, and into
+    /// it, over all places where its border runs between two pixels. What it encloses is not looked at. 0 where it is
+    /// empty or goes on to the rim.
     double contrast() const;
 
 private:

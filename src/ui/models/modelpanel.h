@@ -33,8 +33,8 @@ class VRLStack;
 /// the menu of the right click, for all rows that are selected. What is folded is kept as long as the panel is there.
 ///
 /// Decisions: a new model is a closed outline in the colour that is farthest from those of the others, and its name is
-/// ready to be typed over. The row of the current model is the selected one. Once a new model is named, and when a model
-/// is chosen by a click, the keys are wanted where it is drawn; by the keyboard alone they stay in the list.
+/// ready to be typed over. The row of the current model is the selected one. Once a new model is named, and when a
+/// model is chosen by a click, the keys are wanted where it is drawn; by the keyboard alone they stay in the list.
 class ModelPanel : public QWidget {
     Q_OBJECT
 
