@@ -182,4 +182,31 @@ TEST(BoxOutline, aSectionInPartsHasTheOutlinesOfTheWholeImage) {
     }
 }
 
+// A disc that a bridge, half as far from the ground, joins to a frame as dark as itself: at the threshold proposed it
+// goes on to the rim, as an organelle beside a membrane does.
+TEST(BoxOutline, whatIsJoinedToItsSurroundingsStandsAloneAtAnotherThreshold) {
+    for (const bool dark : {true, false}) {
+        const Image image = drawnImage(200, 160, [dark](int x, int y) {
+            const bool frame = x < 10 || y < 10 || x >= 190 || y >= 150;
+            const bool bridge = std::abs(y - 80) < 4 && x > 90;
+            const double value = frame || std::hypot(x - 90, y - 80) < 30 ? 60 : bridge ? 110 : 200;
+            return dark ? value : 255 - value;
+        });
+        const BoxOutline outline(image, boxOf(5, 5, 196, 156), 0);
+        const auto seed = std::make_pair(95, 75);
+        const auto joined = outline.find({.threshold = outline.getProposedThreshold(), .seed = seed});
+        EXPECT_TRUE(joined.touchesBox);
+        const auto threshold = outline.thresholdAlone(seed, BoxOutline::Side::Either);
+        ASSERT_TRUE(threshold.has_value());
+        const auto alone = outline.find({.threshold = *threshold, .seed = seed});
+        EXPECT_EQ(alone.darker, dark);
+        EXPECT_FALSE(alone.touchesBox);
+        EXPECT_NEAR(enclosed(alone.outline), pi * 30 * 30, 0.05 * pi * 30 * 30);
+        EXPECT_FALSE(outline.thresholdAlone({7, 7}, BoxOutline::Side::Either).has_value());  // the frame
+        EXPECT_FALSE(outline.thresholdAlone({3, 80}, BoxOutline::Side::Either).has_value()); // out of the box
+        EXPECT_FALSE(
+            outline.thresholdAlone(seed, dark ? BoxOutline::Side::Brighter : BoxOutline::Side::Darker).has_value());
+    }
+}
+
 } // namespace vorlen

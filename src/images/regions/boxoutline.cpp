@@ -11,6 +11,7 @@
 #include "images/rasters/image.h"
 #include "images/regions/isodatathresholding.h"
 #include "images/regions/levelline.h"
+#include "images/regions/standingregion.h"
 #include "images/sections/imageparts.h"
 #include "numerics/exception.h"
 
@@ -214,6 +215,49 @@ bool BoxOutline::isDarkerInside(int level) const {
     return 2 * darker <= all;
 }
 
+/// With the bright dark.
+PixelMatrix<int> BoxOutline::turnedSums() const {
+    PixelMatrix<int> turned = __sums;
+    for (int i = 0; i < turned.getSize1(); ++i)
+        for (int& value : turned[i])
+            value = -value;
+    return turned;
+}
+
+std::optional<int> BoxOutline::thresholdAlone(const std::pair<int, int>& seed, Side side) const {
+    constexpr int numThresholds = 24;
+    constexpr int leastPart = 400;
+    constexpr double goodContrast = 0.97;
+    const int column = seed.first - __firstColumn, row = seed.second - __firstRow;
+    const int rows = __sums.getSize1(), columns = __sums.getSize2();
+    if (column < 0 || row < 0 || column >= columns || row >= rows)
+        return std::nullopt;
+    const int value = __sums[row][column];
+    const bool darker = side == Side::Either ? value < __proposed * __area : side == Side::Darker;
+    const PixelMatrix<int> turned = darker ? PixelMatrix<int>() : turnedSums();
+    const int first = value / __area, last = darker ? __greatest : __least;
+    std::vector<std::pair<int, double>> contrasts;
+    contrasts.reserve(numThresholds);
+    double best = 0;
+    for (int k = 1; k <= numThresholds; ++k) {
+        const int tried = first + (last - first) * k / numThresholds;
+        const int level = tried * __area;
+        const StandingRegion region(darker ? __sums : turned, row, column, darker ? level - 0.5 : -level + 0.5);
+        if (region.atRim())
+            break; // and so are the larger ones
+        if (region.numPixels() < rows * columns / leastPart)
+            continue;
+        contrasts.emplace_back(tried, region.contrast());
+        best = std::max(best, contrasts.back().second);
+    }
+    if (best <= 0)
+        return std::nullopt;
+    const auto isBest = [best](const auto& each) { return each.second >= goodContrast * best; };
+    const auto nearest = std::find_if(contrasts.begin(), contrasts.end(), isBest);
+    const auto farthest = std::find_if(contrasts.rbegin(), contrasts.rend(), isBest);
+    return (nearest->first + farthest->first) / 2; // in the middle of the edge
+}
+
 BoxOutline::Found BoxOutline::find(const Choice& choice) const {
     const int level = choice.threshold * __area;
     const int seedColumn = choice.seed ? choice.seed->first - __firstColumn : 0;
@@ -227,13 +271,7 @@ BoxOutline::Found BoxOutline::find(const Choice& choice) const {
     else
         found.darker = choice.seed ? __sums[seedRow][seedColumn] < level : isDarkerInside(level);
 
-    PixelMatrix<int> turned;
-    if (!found.darker) {
-        turned = __sums;
-        for (int i = 0; i < turned.getSize1(); ++i)
-            for (int& value : turned[i])
-                value = -value;
-    }
+    const PixelMatrix<int> turned = found.darker ? PixelMatrix<int>() : turnedSums();
     const PixelMatrix<int>& values = found.darker ? __sums : turned;
     const double border = found.darker ? level - 0.5 : -level + 0.5; // sums are whole: each is on one side
     const auto region = Regions(values, border, seedRow, seedColumn).chosen(choice.seed.has_value());

@@ -90,6 +90,9 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
     connect(&workspace, &Workspace::newRequested, &__commands.action("stack.new"), &QAction::trigger);
     connect(&workspace.models(), &ModelPanel::propertiesRequested, this, &VRLRootMediator::runStackModelsDialog);
     connect(&workspace.models(), &ModelPanel::sliceRequested, this, &VRLRootMediator::setSlice);
+    connect(&workspace.models(), &ModelPanel::outliningWanted, &editor.getCanvas(), [&editor] {
+        editor.getCanvas().setFocus(); // where the keys of the tools are
+    });
     connect(&workspace.scene(), &ScenePanel::windowRequested, &__commands.action("stack.reconstruct"),
             &QAction::trigger);
     connect(&workspace.history(), &HistoryPanel::goRequested, this, &VRLRootMediator::goInHistory);

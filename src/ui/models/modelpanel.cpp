@@ -5,6 +5,7 @@
 #include <QAction>
 #include <QCollator>
 #include <QColorDialog>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -56,6 +57,8 @@ protected:
         return collator.compare(left.data().toString(), right.data().toString()) < 0;
     }
 };
+
+constexpr int leastNameWidth = 80;
 
 const char* const stackButNoModel = "This stack has no models yet.\n\nA model is a structure that you will outline: it "
                                     "has a name and a colour.";
@@ -117,7 +120,13 @@ void ModelPanel::makeList() {
         header.resizeSection(column, 26);
     for (const int column : {ModelTable::Here, ModelTable::All})
         header.resizeSection(column, header.fontMetrics().horizontalAdvance("8888") + 12);
+    int others = 2 * __list->frameWidth();
+    for (int column = 0; column < ModelTable::NumColumns; ++column)
+        others += column == ModelTable::Name ? 0 : header.sectionSize(column);
+    __list->setMinimumWidth(others + leastNameWidth); // a name is seen, and can be typed, however narrow the panel is
     connect(__list, &QTreeView::clicked, this, &ModelPanel::clicked);
+    connect(__list->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
+            [this](QWidget*, QAbstractItemDelegate::EndEditHint hint) { endNaming(hint); });
     connect(__list, &QTreeView::collapsed, this, [this](const QModelIndex& group) {
         if (__filter->text().isEmpty())
             __folded.insert(group.siblingAtColumn(ModelTable::Name).data().toString());
@@ -246,7 +255,15 @@ void ModelPanel::create(int geometry) {
         __views.setCurrent(__stack->getModel(__stack->findModel(*change.name)));
         showCurrent();
         renameCurrent();
+        __namesNew = true;
     });
+}
+
+/// Return in the name of a new model ends the work in the list; whoever leaves it otherwise has chosen where to go.
+void ModelPanel::endNaming(QAbstractItemDelegate::EndEditHint hint) {
+    if (__namesNew && hint == QAbstractItemDelegate::SubmitModelCache)
+        QMetaObject::invokeMethod(this, &ModelPanel::outliningWanted, Qt::QueuedConnection); // the editor goes first
+    __namesNew = false;
 }
 
 void ModelPanel::renameCurrent() {
@@ -315,6 +332,8 @@ void ModelPanel::clicked(const QModelIndex& index) {
         __views.setHidden(models, !std::all_of(models.begin(), models.end(), isHidden));
     else if (index.column() == ModelTable::Locked)
         __views.setLocked(models, !std::all_of(models.begin(), models.end(), isLocked));
+    else if (models.size() == 1 && QGuiApplication::keyboardModifiers() == Qt::NoModifier && __list->hasFocus())
+        emit outliningWanted();
 }
 
 QModelIndex ModelPanel::tableIndex(const QModelIndex& index) const {

@@ -3,6 +3,7 @@
 #include <set>
 #include <vector>
 
+#include <QAbstractItemDelegate>
 #include <QString>
 #include <QWidget>
 
@@ -32,7 +33,8 @@ class VRLStack;
 /// the menu of the right click, for all rows that are selected. What is folded is kept as long as the panel is there.
 ///
 /// Decisions: a new model is a closed outline in the colour that is farthest from those of the others, and its name is
-/// ready to be typed over. The row of the current model is the selected one.
+/// ready to be typed over. The row of the current model is the selected one. Once a new model is named, and when a
+/// model is chosen by a click, the keys are wanted where it is drawn; by the keyboard alone they stay in the list.
 class ModelPanel : public QWidget {
     Q_OBJECT
 
@@ -70,12 +72,15 @@ signals:
     void propertiesRequested();
     /// Wants a slice that the line of gaps tells of.
     void sliceRequested(StackSlice& slice);
+    /// A model has been made and named, or chosen by a click: what comes next is to outline.
+    void outliningWanted();
 
 private:
     void makeList();
     void makeButtons();
     void create(int geometry);
     void clicked(const QModelIndex& index);
+    void endNaming(QAbstractItemDelegate::EndEditHint hint);
     void currentRowChanged(const QModelIndex& index);
     void showCurrent();
     void showGaps();
@@ -103,6 +108,7 @@ private:
     VRLStack* __stack = nullptr;
     bool __locked = false;
     bool __rowsChange = false; // rows are going
+    bool __namesNew = false;   // the name of a model just made is edited
 };
 
 } // namespace vorlen

@@ -282,7 +282,8 @@ void AutomaticTool::searchBox() {
     });
 }
 
-/// In the least box around the place in which what is there ends, or else in the greatest.
+/// In the least box around the place in which what is there ends. Where it ends in none, as what surrounds it is of the
+/// same grey in places, at the threshold at which it stands alone near the place; where there is none, in the greatest.
 void AutomaticTool::searchAround(const QPoint& position) {
     const auto place = imagePoint(position);
     const std::optional<ImageParts> image = imageOrHint();
@@ -296,6 +297,7 @@ void AutomaticTool::searchAround(const QPoint& position) {
     __seed = std::make_pair(column, row);
     const double zoom = std::max(double(host().zoom()), 1e-3);
     int reach = int(std::clamp(reachOfClick / zoom, double(leastReach), double(greatestReach)));
+    const int nearest = reach;
     guarded(&canvas(), failure, [&] {
         for (;; reach = std::min(2 * reach, greatestReach)) {
             __box = onImage(column - reach, row - reach, column + reach, row + reach);
@@ -303,8 +305,21 @@ void AutomaticTool::searchAround(const QPoint& position) {
             if (reach >= greatestReach || !__search->find(choice()).touchesBox)
                 break;
         }
+        if (__search->find(choice()).touchesBox)
+            searchAlone(*image, onImage(column - nearest, row - nearest, column + nearest, row + nearest));
         find();
     });
+}
+
+/// Takes the box where what is at the seed stands alone in it at some threshold, which is then the chosen one.
+void AutomaticTool::searchAlone(const ImageParts& image, const BoundingBox<int>& box) {
+    auto search = std::make_unique<BoxOutline>(image, box, __smoothing);
+    const std::optional<int> threshold = search->thresholdAlone(*__seed, __side);
+    if (!threshold)
+        return;
+    __search = std::move(search);
+    __box = box;
+    __threshold = threshold;
 }
 
 void AutomaticTool::find() {

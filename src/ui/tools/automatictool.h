@@ -82,6 +82,7 @@ private:
     void giveUp();
     void showBox();
     void searchBox();
+    void searchAlone(const ImageParts& image, const BoundingBox<int>& box);
     void searchAround(const QPoint& position);
     void find();
     BoundingBox<int> boxTo(const QPoint& position) const;

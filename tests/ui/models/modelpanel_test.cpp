@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTreeView>
 
@@ -116,11 +117,23 @@ TEST_F(ModelPanelTest, aClickChoosesShowsAndLocks) {
 }
 
 TEST_F(ModelPanelTest, modelsAreMadeAndNamedInPlace) {
+    QSignalSpy outlining(&panel, &ModelPanel::outliningWanted);
+    panel.resize(panel.minimumSizeHint());
+    QCoreApplication::processEvents();
+    EXPECT_GE(list.columnWidth(ModelTable::Name), 70); // what is typed is seen
     panel.createModel();
     ASSERT_EQ(stack.getNumModels(), 4);
     EXPECT_EQ(views.getCurrent(), &stack.getModel(3));
+    EXPECT_EQ(outlining.count(), 0);
     type("Nucleus");
     EXPECT_EQ(stack.getModel(3).getName(), "Nucleus");
+    EXPECT_EQ(outlining.count(), 1); // the keys go back to where is drawn,
+    panel.renameCurrent();
+    type("Nucleolus");
+    EXPECT_EQ(outlining.count(), 1); // but not from the list in which one works
+    history().undo();
+    EXPECT_EQ(stack.getModel(3).getName(), "Nucleus");
+    history().undo();
     history().undo();
     history().undo();
     EXPECT_EQ(stack.getNumModels(), 3);

@@ -101,6 +101,27 @@ TEST_F(AutomaticToolTest, aBoxAndReturnMakeAnOutlineOrAClickDoes) {
     EXPECT_NEAR(lastArea(), disc(40), 260);
 }
 
+// A disc that a bridge, half as far from the ground, joins to a frame as dark as itself.
+TEST_F(AutomaticToolTest, aClickFindsWhatIsJoinedToItsSurroundings) {
+    Image image(300, 200, 8);
+    for (int y = 0; y < 200; ++y)
+        for (int x = 0; x < 300; ++x) {
+            const bool frame = x < 10 || y < 10 || x >= 290 || y >= 190;
+            const bool bridge = std::abs(y - 100) < 4 && x > 150;
+            const bool inside = frame || std::hypot(x - 150, y - 100) < 40;
+            image.getPixels()[y][x] = static_cast<unsigned char>(inside ? 60 : bridge ? 110 : 200);
+        }
+    slice = &addSlice(image, "joined");
+    showSlice(*slice);
+    click(QPoint(160, 90));
+    ASSERT_TRUE(tool->hasOutline()) << hint();
+    EXPECT_EQ(hint().find("ends at the box"), std::string::npos) << hint();
+    EXPECT_FALSE(option<QCheckBox>("automatic.proposed").isChecked()); // it can be changed from there
+    EXPECT_LT(option<OptionSlider>("automatic.threshold").value(), 110);
+    expectSteps(1, [this] { key(Qt::Key_Return); });
+    EXPECT_NEAR(lastArea(), disc(40), 0.06 * disc(40));
+}
+
 TEST_F(AutomaticToolTest, escapeGivesUpAtAnyTimeAndLeavesNoTrace) {
     const QImage before = picture();
     press(QPoint(90, 40));
