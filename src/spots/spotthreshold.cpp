@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "images/regions/isodatathresholding.h"
 #include "numerics/exception.h"
@@ -16,6 +17,8 @@ constexpr unsigned int numBins = 4096;
 constexpr double clearedShare = 0.05;
 /// For the first rise, of width 1: beyond, values are no grey levels.
 constexpr double mostBins = 1 << 24;
+/// For the limit of the noise.
+constexpr double noiseReach = 8, mostSampled = 1 << 21;
 
 double firstRise(const VoxelMatrix<float>& filtered, double maximum) {
     const double top = std::clamp(std::floor(maximum + 0.5) + 1, 1.0, mostBins);
@@ -88,6 +91,37 @@ double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRul
     const int bin =
         rule == SpotThresholdRule::Otsu ? otsuBin(counts) : int(IsodataThresholding<float>().computeThreshold(counts));
     return bin * width;
+}
+
+double noiseLimit(const VoxelMatrix<float>& filtered) {
+    const double whole = double(filtered.getSize1()) * filtered.getSize2() * filtered.getSize3();
+    const auto step = std::size_t(std::max(1.0, std::floor(whole / mostSampled)));
+    std::vector<float> values;
+    values.reserve(std::size_t(whole / double(step)) + 1);
+    std::size_t at = 0;
+    for (int k = 0; k < filtered.getSize3(); ++k)
+        for (int i = 0; i < filtered.getSize1(); ++i) {
+            const float* const row = filtered[k][i].data();
+            for (int j = 0; j < filtered.getSize2(); ++j, ++at)
+                if (at % step == 0 && std::isfinite(row[j]))
+                    values.push_back(row[j]);
+        }
+    if (values.empty())
+        throw ValueError("double noiseLimit(const VoxelMatrix<float>&)", "The volume has no values");
+    const auto below = [&values](double share) {
+        const auto place = values.begin() + std::ptrdiff_t(share * double(values.size() - 1));
+        std::nth_element(values.begin(), place, values.end());
+        return double(*place);
+    };
+    const double median = below(0.5);
+    return median + noiseReach * (median - below(0.16));
+}
+
+double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRule rule,
+                            const VRLSpotExtractionConfig& config) {
+    const double proposal = proposeSpotThreshold(filtered, rule);
+    const bool isLimited = config.areFiltersSuggested() && rule != SpotThresholdRule::FirstRise;
+    return isLimited ? std::max(proposal, noiseLimit(filtered)) : proposal;
 }
 
 } // namespace vorlen
