@@ -4,13 +4,17 @@
 #include <array>
 #include <cmath>
 #include <iomanip>
+#include <random>
 #include <sstream>
 #include <vector>
 
 #include "images/filters/gaussianfilter.h"
 #include "numerics/exception.h"
+#include "progress/progresssubject.h"
 #include "spots/mirroredpart.h"
+#include "spots/spotfilters.h"
 #include "spots/spotprogress.h"
+#include "spots/spotthreshold.h"
 
 namespace vorlen {
 
@@ -29,6 +33,10 @@ constexpr double smallRadius = 3, clearHeight = 1.25;
 constexpr std::size_t mostBlobs = 2000;
 /// Boxes of the sample along an axis that is longer than two of them.
 constexpr int boxSide = 64;
+/// Of what is sought where nothing stands out.
+constexpr double textureRadius = 5;
+/// Of a volume of nothing but noise.
+constexpr int noiseSide = 40;
 /// From the median of absolute values to the deviation of a normal distribution.
 constexpr double normalMedian = 0.6745;
 
@@ -98,6 +106,12 @@ double topOf(double before, double here, double behind) {
     return bend < 0 ? std::clamp((before - behind) / (2 * bend), -0.5, 0.5) : 0;
 }
 
+/// Of the ball that stands out most at the scale. The difference of two Gauss filters is a Laplace filter of the mean of
+/// their variances.
+double radiusOf(double scale) {
+    return std::sqrt(3 * (1 + ratio * ratio) / 2) * firstDeviation * std::pow(ratio, scale);
+}
+
 /// A box with its margin, and the differences of its Gauss filters.
 class ScaleSpace {
 public:
@@ -144,9 +158,7 @@ private:
         const bool isBetween = s > 0 && s + 1 < __scales.size();
         const double shift =
             isBetween ? topOf(double(at(s - 1, place)), double(at(s, place)), double(at(s + 1, place))) : 0;
-        // The difference of two Gauss filters is a Laplace filter of the mean of their variances.
-        const double deviation = firstDeviation * std::pow(ratio, double(s) + shift);
-        return std::sqrt(3 * (1 + ratio * ratio) / 2) * deviation;
+        return radiusOf(double(s) + shift);
     }
 
     float at(std::size_t s, const Place& place) const { return __scales[s](place[0], place[1], place[2]); }
@@ -188,6 +200,24 @@ double usual(std::vector<Blob> blobs, Value value) {
             return value(blob);
     }
     return 0;
+}
+
+/// What white noise of this deviation hardly reaches after the filters.
+double whiteNoiseLimit(VRLSpotExtractionConfig config, double noise) {
+    if (!(noise > 0))
+        return 0;
+    config.setResizeState(false);
+    VoxelMatrix<float> volume(noiseSide, noiseSide, noiseSide);
+    std::mt19937 engine(1);
+    std::normal_distribution<float> normal(0, float(noise));
+    for (int k = 0; k < noiseSide; ++k)
+        for (int i = 0; i < noiseSide; ++i)
+            for (int j = 0; j < noiseSide; ++j)
+                volume(i, j, k) = normal(engine);
+    ProgressSubject subject;
+    SpotProgress progress(subject, numSpotFilters(config));
+    filterSpotVolume(volume, config, progress);
+    return noiseLimit(volume);
 }
 
 } // namespace
@@ -235,7 +265,7 @@ double suggestionMemory(const Vector<int>& size) {
 
 void setSuggestedFilters(VRLSpotExtractionConfig& config, const SpotSuggestion& suggestion, const Vector<int>& size) {
     const VRLSpotExtractionConfig plain;
-    double radius = suggestion.radius > 0 ? suggestion.radius : double(plain.getTophatFilterRadius());
+    double radius = suggestion.radius > 0 ? suggestion.radius : textureRadius;
     if (config.getResizeState() && config.getNewSize().getSize() == 3)
         for (int axis = 0; axis < 3; ++axis)
             radius *= std::cbrt(double(config.getNewSize()[axis]) / size[axis]);
@@ -250,6 +280,7 @@ void setSuggestedFilters(VRLSpotExtractionConfig& config, const SpotSuggestion& 
     config.setTophatFilterRadius(std::clamp(int(std::ceil(radius + 0.5 * smoothing)), 3, 15));
     config.setIsotropyFilterEnabled(true);
     config.setIsotropyFilterRadius(isSmall ? 3 : plain.getIsotropyFilterRadius());
+    config.setLeastProposal(suggestion.radius > 0 ? -1 : whiteNoiseLimit(config, suggestion.noise));
 }
 
 std::string SpotSuggestion::text() const {
@@ -258,7 +289,7 @@ std::string SpotSuggestion::text() const {
     if (radius > 0)
         stream << "spots about " << std::max(1L, std::lround(2 * radius)) << " voxels across";
     else
-        stream << "nothing that stands out of it";
+        stream << "no spots that stand out";
     return stream.str();
 }
 

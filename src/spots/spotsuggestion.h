@@ -39,8 +39,10 @@ double suggestionMemory(const Vector<int>& size);
 
 /// Sets the filters of the configuration, not its other settings, to those that suit such spots in a volume of this
 /// size, or in what it is resized to: a Gauss of 0.4 times their radius, less for small ones in little noise, and a
-/// flat top-hat whose window is wider than what the Gauss leaves of them. Where nothing stands out, as for spots of the
-/// radius of the top-hat of a new configuration.
+/// flat top-hat whose window is wider than what the Gauss leaves of them.
+///
+/// Where nothing stands out, the filters suit spots of radius 5, which leaves little of a texture, whose own brightest
+/// places are then the spots: the least proposal is what white noise of this deviation hardly reaches, in place of what the texture does.
 void setSuggestedFilters(VRLSpotExtractionConfig& config, const SpotSuggestion& suggestion, const Vector<int>& size);
 
 /// The filters of a configuration in words: "Gaussian 3, flat top-hat 6, isotropy 4".

@@ -121,7 +121,9 @@ double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRul
                             const VRLSpotExtractionConfig& config) {
     const double proposal = proposeSpotThreshold(filtered, rule);
     const bool isLimited = config.areFiltersSuggested() && rule != SpotThresholdRule::FirstRise;
-    return isLimited ? std::max(proposal, noiseLimit(filtered)) : proposal;
+    if (!isLimited)
+        return proposal;
+    return std::max(proposal, config.getLeastProposal() < 0 ? noiseLimit(filtered) : config.getLeastProposal());
 }
 
 } // namespace vorlen

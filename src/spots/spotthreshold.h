@@ -33,7 +33,7 @@ double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRul
 double noiseLimit(const VoxelMatrix<float>& filtered);
 
 /// The threshold that a run begins with: by the rule, and with suggested filters, for Isodata and Otsu, not within the
-/// noise.
+/// noise, which is the limit above or the least proposal of the configuration.
 double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRule rule,
                             const VRLSpotExtractionConfig& config);
 
