@@ -106,8 +106,8 @@ double topOf(double before, double here, double behind) {
     return bend < 0 ? std::clamp((before - behind) / (2 * bend), -0.5, 0.5) : 0;
 }
 
-/// Of the ball that stands out most at the scale. The difference of two Gauss filters is a Laplace filter of the mean of
-/// their variances.
+/// Of the ball that stands out most at the scale. The difference of two Gauss filters is a Laplace filter of the mean
+/// of their variances.
 double radiusOf(double scale) {
     return std::sqrt(3 * (1 + ratio * ratio) / 2) * firstDeviation * std::pow(ratio, scale);
 }

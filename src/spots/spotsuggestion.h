@@ -42,7 +42,8 @@ double suggestionMemory(const Vector<int>& size);
 /// flat top-hat whose window is wider than what the Gauss leaves of them.
 ///
 /// Where nothing stands out, the filters suit spots of radius 5, which leaves little of a texture, whose own brightest
-/// places are then the spots: the least proposal is what white noise of this deviation hardly reaches, in place of what the texture does.
+/// places are then the spots: the least proposal is what white noise of this deviation hardly reaches, in place of what
+/// the texture does.
 void setSuggestedFilters(VRLSpotExtractionConfig& config, const SpotSuggestion& suggestion, const Vector<int>& size);
 
 /// The filters of a configuration in words: "Gaussian 3, flat top-hat 6, isotropy 4".
