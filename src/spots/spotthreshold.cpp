@@ -19,6 +19,9 @@ constexpr double clearedShare = 0.05;
 constexpr double mostBins = 1 << 24;
 /// For the limit of the noise.
 constexpr double noiseReach = 8, mostSampled = 1 << 21;
+/// Of a volume in which nothing stands out, what no threshold is proposed in: more than a few hundredths would be
+/// ground.
+constexpr double textureShare = 0.95;
 
 double firstRise(const VoxelMatrix<float>& filtered, double maximum) {
     const double top = std::clamp(std::floor(maximum + 0.5) + 1, 1.0, mostBins);
@@ -52,6 +55,34 @@ int otsuBin(const Vector<unsigned int>& counts) {
         }
     }
     return bin;
+}
+
+/// Some of the values, all over the volume.
+std::vector<float> sampleOf(const VoxelMatrix<float>& filtered) {
+    const double whole = double(filtered.getSize1()) * filtered.getSize2() * filtered.getSize3();
+    const auto step = std::size_t(std::max(1.0, std::floor(whole / mostSampled)));
+    std::vector<float> values;
+    values.reserve(std::size_t(whole / double(step)) + 1);
+    std::size_t at = 0;
+    for (int k = 0; k < filtered.getSize3(); ++k)
+        for (int i = 0; i < filtered.getSize1(); ++i) {
+            const float* const row = filtered[k][i].data();
+            for (int j = 0; j < filtered.getSize2(); ++j, ++at)
+                if (at % step == 0 && std::isfinite(row[j]))
+                    values.push_back(row[j]);
+        }
+    if (values.empty())
+        throw ValueError("double proposeSpotThreshold(const VoxelMatrix<float>&, SpotThresholdRule, "
+                         "const VRLSpotExtractionConfig&)",
+                         "The volume has no values");
+    return values;
+}
+
+/// That this share of the values lie below.
+double valueAbove(std::vector<float>& values, double share) {
+    const auto place = values.begin() + std::ptrdiff_t(share * double(values.size() - 1));
+    std::nth_element(values.begin(), place, values.end());
+    return double(*place);
 }
 
 } // namespace
@@ -94,27 +125,9 @@ double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRul
 }
 
 double noiseLimit(const VoxelMatrix<float>& filtered) {
-    const double whole = double(filtered.getSize1()) * filtered.getSize2() * filtered.getSize3();
-    const auto step = std::size_t(std::max(1.0, std::floor(whole / mostSampled)));
-    std::vector<float> values;
-    values.reserve(std::size_t(whole / double(step)) + 1);
-    std::size_t at = 0;
-    for (int k = 0; k < filtered.getSize3(); ++k)
-        for (int i = 0; i < filtered.getSize1(); ++i) {
-            const float* const row = filtered[k][i].data();
-            for (int j = 0; j < filtered.getSize2(); ++j, ++at)
-                if (at % step == 0 && std::isfinite(row[j]))
-                    values.push_back(row[j]);
-        }
-    if (values.empty())
-        throw ValueError("double noiseLimit(const VoxelMatrix<float>&)", "The volume has no values");
-    const auto below = [&values](double share) {
-        const auto place = values.begin() + std::ptrdiff_t(share * double(values.size() - 1));
-        std::nth_element(values.begin(), place, values.end());
-        return double(*place);
-    };
-    const double median = below(0.5);
-    return median + noiseReach * (median - below(0.16));
+    std::vector<float> values = sampleOf(filtered);
+    const double median = valueAbove(values, 0.5);
+    return median + noiseReach * (median - valueAbove(values, 0.16));
 }
 
 double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRule rule,
@@ -123,7 +136,10 @@ double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRul
     const bool isLimited = config.areFiltersSuggested() && rule != SpotThresholdRule::FirstRise;
     if (!isLimited)
         return proposal;
-    return std::max(proposal, config.getLeastProposal() < 0 ? noiseLimit(filtered) : config.getLeastProposal());
+    if (config.getLeastProposal() < 0)
+        return std::max(proposal, noiseLimit(filtered));
+    std::vector<float> values = sampleOf(filtered);
+    return std::max({proposal, config.getLeastProposal(), valueAbove(values, textureShare)});
 }
 
 } // namespace vorlen

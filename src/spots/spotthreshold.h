@@ -33,7 +33,8 @@ double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRul
 double noiseLimit(const VoxelMatrix<float>& filtered);
 
 /// The threshold that a run begins with: by the rule, and with suggested filters, for Isodata and Otsu, not within the
-/// noise, which is the limit above or the least proposal of the configuration.
+/// noise, which is the limit above; or, with a least proposal in the configuration, not below this, nor below what 95
+/// of 100 voxels have: of a texture in which nothing stands out the brightest places only.
 double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRule rule,
                             const VRLSpotExtractionConfig& config);
 
