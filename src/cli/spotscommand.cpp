@@ -16,6 +16,7 @@
 #include "progress/progresssubject.h"
 #include "spots/spotfilters.h"
 #include "spots/spotprogress.h"
+#include "spots/spotsuggestion.h"
 #include "spots/spotthreshold.h"
 #include "spots/spotvolume.h"
 
@@ -38,6 +39,8 @@ struct SpotsRequest {
 /// What came of it.
 struct SpotsResult {
     double threshold = 0;
+    std::string filters; ///< in words
+    SpotSuggestion suggestion;
     SpotLabels found;
     Vector<double> resolution;
 
@@ -83,6 +86,18 @@ bool readFilters(const CommandLine& line, VRLSpotExtractionConfig& config) {
     const std::optional<int> isotropyRadius = tophatRadius ? line.integer("isotropy-radius", 0, 50) : std::nullopt;
     if (!isotropyRadius)
         return false;
+    // Who names a filter knows what the others are.
+    bool isOwn = false;
+    for (const char* option : {"smoothing", "smoothing-radius", "tophat", "tophat-radius", "isotropy-radius"})
+        isOwn = isOwn || line.isSet(option);
+    const int filters = choice(line, "filters", {"suggested", "standard"});
+    if (filters < 0)
+        return false;
+    if (isOwn && filters == 0 && line.isSet("filters")) {
+        line.usageError("--filters suggested leaves no choice of filters");
+        return false;
+    }
+    config.setFiltersSuggested(filters == 0 && !isOwn);
     config.setSmoothingFilterEnabled(smoothing > 0);
     if (smoothing > 0)
         config.setSmoothingFilterType(VRLSpotExtractionSmoothing(smoothing - 1));
@@ -149,6 +164,11 @@ void writeJson(JsonWriter& json, const std::string& file, const std::string& out
     json.member("stack", stack.getName());
     json.member("threshold", result.threshold);
     json.member("rule", request.threshold ? std::string("given") : toString(request.rule));
+    json.member("filters", result.filters);
+    if (request.config.areFiltersSuggested()) {
+        json.member("noise", result.suggestion.noise);
+        json.member("radius", result.suggestion.radius);
+    }
     json.member("count", int(result.found.spots.size()));
     json.member("tooSmall", result.found.numTooSmall);
     json.member("tooLarge", result.found.numTooLarge);
@@ -190,13 +210,20 @@ void search(const Stack& stack, const SpotsRequest& request, SpotsResult& result
     subject.addMonitor(terminal);
     VoxelMatrix<float> grey;
     readSpotVolume(stack, request.channel, grey, subject);
+    VRLSpotExtractionConfig config = request.config;
+    if (config.areFiltersSuggested()) {
+        SpotProgress looking(subject, 1);
+        lookForSpots(grey, result.suggestion, looking);
+        setSuggestedFilters(config, result.suggestion, grey.getSize());
+    }
+    result.filters = filterText(config);
     VoxelMatrix<float> filtered(grey);
-    SpotProgress progress(subject, numSpotFilters(request.config) + 1);
-    filterSpotVolume(filtered, request.config, progress);
+    SpotProgress progress(subject, numSpotFilters(config) + 1);
+    filterSpotVolume(filtered, config, progress);
     result.threshold = request.threshold.value_or(0);
     if (!request.threshold)
-        result.threshold = proposeSpotThreshold(filtered, request.rule);
-    findSpots(filtered, result.threshold, request.config, result.found, progress);
+        result.threshold = proposeSpotThreshold(filtered, request.rule, config);
+    findSpots(filtered, result.threshold, config, result.found, progress);
     measureSpots(grey, result.found);
     subject.notifyFinished("");
 }
@@ -220,8 +247,8 @@ int findSpotsOf(const std::string& file, VRLStack& stack, const SpotsRequest& re
     search(stack, request, result);
     if (areMostlySpecks(result.found))
         std::cerr << "vorlen-cli: " << file
-                  << ": most of the spots have less than 4 voxels, as noise has: --smoothing gaussian "
-                     "--smoothing-radius 3 takes more of it away, --least leaves small spots out\n";
+                  << ": most of the spots have less than 4 voxels, as noise has: --filters suggested "
+                     "takes more of it away, --least leaves small spots out\n";
     if (!result.found.spots.empty()) {
         if (const Outcome added = addSpots(stack, result.found, request.config); !added) {
             std::cerr << "vorlen-cli: " << file << ": " << added.getReason() << '\n';
@@ -240,7 +267,11 @@ int findSpotsOf(const std::string& file, VRLStack& stack, const SpotsRequest& re
     case OutputFormat::Table:
         std::cout << file << ": stack \"" << stack.getName() << "\"\n";
         spotTable(result, stack, request.config, false).print(std::cout);
-        std::cout << countText(result.found) << "; threshold " << shortNumber(result.threshold) << '\n' << name << '\n';
+        std::cout << countText(result.found) << "; threshold " << shortNumber(result.threshold) << "; "
+                  << result.filters;
+        if (request.config.areFiltersSuggested())
+            std::cout << " (" << result.suggestion.text() << ')';
+        std::cout << '\n' << name << '\n';
         break;
     }
     return ExitGood;
@@ -250,6 +281,10 @@ void declare(CommandLine& line) {
     line.addOutputOptions();
     line.addFormatOption();
     line.addOption({"channel"}, "What is taken of colours: grey (their mean), red, green or blue.", "channel", "grey");
+    line.addOption({"filters"},
+                   "suggested: those that suit the noise of the images and the size of their spots; standard: the ones "
+                   "below, which hold as soon as one of them is given.",
+                   "choice", "suggested");
     line.addOption({"smoothing"}, "none, average, median or gaussian.", "filter", "median");
     line.addOption({"smoothing-radius"}, "In voxels; 1 by default.", "radius", "1");
     line.addOption({"tophat"}, "What takes the ground away: none, flat or spherical.", "filter", "spherical");

@@ -12,7 +12,9 @@
 #include "images/filters/voxelmatrixdilatation.h"
 #include "images/filters/voxelmatrixerosion.h"
 #include "images/volumes/volumeresize.h"
+#include "spots/mirroredpart.h"
 #include "spots/spotprogress.h"
+#include "spots/spotsuggestion.h"
 
 namespace vorlen {
 
@@ -26,43 +28,15 @@ bool resize(VoxelMatrix<float>& volume, const Vector<int>& size, SpotProgress& p
     return progress.run(resizer, volume);
 }
 
-/// Index of the element that stands for the one at this index of an axis with so many: the same, or its mirror image
-/// beyond an end, which is not doubled.
-int mirrored(int index, int size) {
-    if (size == 1)
-        return 0;
-    const int period = 2 * (size - 1);
-    index = std::abs(index) % period;
-    return index < size ? index : period - index;
-}
-
-/// The volume with its mirror images around it, so many voxels wide.
-VoxelMatrix<float> padded(const VoxelMatrix<float>& volume, int margin) {
-    const int rows = volume.getSize1(), columns = volume.getSize2(), planes = volume.getSize3();
-    VoxelMatrix<float> result(rows + 2 * margin, columns + 2 * margin, planes + 2 * margin);
-    result.setVoxelCalibration(volume.getVoxelCalibration());
-    for (int k = 0; k < planes + 2 * margin; ++k) {
-        const PixelMatrix<float>& source = volume[mirrored(k - margin, planes)];
-        for (int i = 0; i < rows + 2 * margin; ++i) {
-            const float* const from = source[mirrored(i - margin, rows)].data();
-            float* const to = result[k][i].data();
-            std::copy_n(from, columns, to + margin);
-            for (int j = 0; j < margin; ++j) {
-                to[j] = from[mirrored(j - margin, columns)];
-                to[margin + columns + j] = from[mirrored(columns + j, columns)];
-            }
-        }
-    }
-    return result;
-}
-
 bool smooth(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, SpotProgress& progress) {
     const int radius = config.getSmoothingFilterRadius();
     const bool isMedian = config.getSmoothingFilterType() == MedianSmoothing;
     progress.begin(isMedian                                              ? "Running: median filter..."
                    : config.getSmoothingFilterType() == AverageSmoothing ? "Running: average filter..."
                                                                          : "Running: Gaussian filter...");
-    VoxelMatrix<float> wide = padded(volume, radius);
+    VoxelMatrix<float> wide =
+        mirroredPart(volume, {-radius, -radius, -radius},
+                     {volume.getSize1() + 2 * radius, volume.getSize2() + 2 * radius, volume.getSize3() + 2 * radius});
     if (isMedian) {
         MedianFilter<float> filter;
         filter.setHalfSize(radius);
@@ -79,8 +53,10 @@ bool smooth(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, S
     }
     if (progress.isCanceled())
         return false;
+    const VoxelCalibration calibration = volume.getVoxelCalibration();
     volume = wide.copy(radius, radius + volume.getSize1() - 1, radius, radius + volume.getSize2() - 1, radius,
                        radius + volume.getSize3() - 1);
+    volume.setVoxelCalibration(calibration);
     return true;
 }
 
@@ -149,6 +125,25 @@ double voxels(const Vector<int>& size) {
     return double(size[0]) * size[1] * size[2];
 }
 
+/// Bytes of models for each voxel, at the most: of noise that has become spots, one for every 150 voxels or so; and of
+/// spots that stand out of it.
+constexpr double speckModels = 20, voxelModels = 4;
+
+double runMemory(const Vector<int>& size, const VRLSpotExtractionConfig& config, double models) {
+    const double whole = voxels(size);
+    double work = whole;
+    if (config.getResizeState() && config.getNewSize().getSize() == 3)
+        work = std::max(work, voxels(config.getNewSize()));
+    // The images and the filtered volume; then a copy with its margin and the planes that a filter keeps, or labels and
+    // what cuts them, or labels and models.
+    const int margin = config.isSmoothingFilterEnabled() ? 2 * config.getSmoothingFilterRadius() : 0;
+    const double wide =
+        work * (1 + double(margin) / size[0]) * (1 + double(margin) / size[1]) * (1 + double(margin) / size[2]);
+    const double filtering = 4 * whole + 4 * work + 4.5 * wide;
+    const double labelling = 4 * whole * 3 + (config.isSplittingEnabled() ? 4 * whole + 24 * whole / 4 : 0);
+    return std::max({filtering, labelling, 12 * whole + models * whole});
+}
+
 } // namespace
 
 VoxelMatrix<float> sphericalElement(int radius) {
@@ -186,18 +181,13 @@ bool filterSpotVolume(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig&
 }
 
 double spotMemory(const Vector<int>& size, const VRLSpotExtractionConfig& config) {
-    const double whole = voxels(size);
-    double work = whole;
-    if (config.getResizeState() && config.getNewSize().getSize() == 3)
-        work = std::max(work, voxels(config.getNewSize()));
-    // The images and the filtered volume; then a copy with its margin and the planes that a filter keeps, or labels and
-    // what cuts them.
-    const int margin = config.isSmoothingFilterEnabled() ? 2 * config.getSmoothingFilterRadius() : 0;
-    const double wide =
-        work * (1 + double(margin) / size[0]) * (1 + double(margin) / size[1]) * (1 + double(margin) / size[2]);
-    const double filtering = 4 * whole + 4 * work + 4.5 * wide;
-    const double labelling = 4 * whole * 3 + (config.isSplittingEnabled() ? 4 * whole + 24 * whole / 4 : 0);
-    return std::max(filtering, labelling);
+    if (config.areFiltersSuggested()) {
+        VRLSpotExtractionConfig widest(config);
+        widest.setFiltersSuggested(false);
+        setSuggestedFilters(widest, {.radius = mostSuggestedRadius}, size);
+        return std::max(suggestionMemory(size), runMemory(size, widest, voxelModels));
+    }
+    return runMemory(size, config, speckModels);
 }
 
 } // namespace vorlen

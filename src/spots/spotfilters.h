@@ -29,7 +29,8 @@ int numSpotFilters(const VRLSpotExtractionConfig& config);
 VoxelMatrix<float> sphericalElement(int radius);
 
 /// Bytes that a run takes at most: the volume, the filtered volume, the labels, and what a filter or the cutting of
-/// spots needs beside them. For a volume of this size.
+/// spots needs beside them, or the models: of filters that are not suggested, as many as noise can make. For a volume
+/// of this size.
 double spotMemory(const Vector<int>& size, const VRLSpotExtractionConfig& config);
 
 } // namespace vorlen

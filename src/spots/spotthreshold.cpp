@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "images/regions/isodatathresholding.h"
 #include "numerics/exception.h"
@@ -16,6 +17,11 @@ constexpr unsigned int numBins = 4096;
 constexpr double clearedShare = 0.05;
 /// For the first rise, of width 1: beyond, values are no grey levels.
 constexpr double mostBins = 1 << 24;
+/// For the limit of the noise.
+constexpr double noiseReach = 8, mostSampled = 1 << 21;
+/// Of a volume in which nothing stands out, what no threshold is proposed in: more than a few hundredths would be
+/// ground.
+constexpr double textureShare = 0.95;
 
 double firstRise(const VoxelMatrix<float>& filtered, double maximum) {
     const double top = std::clamp(std::floor(maximum + 0.5) + 1, 1.0, mostBins);
@@ -49,6 +55,34 @@ int otsuBin(const Vector<unsigned int>& counts) {
         }
     }
     return bin;
+}
+
+/// Some of the values, all over the volume.
+std::vector<float> sampleOf(const VoxelMatrix<float>& filtered) {
+    const double whole = double(filtered.getSize1()) * filtered.getSize2() * filtered.getSize3();
+    const auto step = std::size_t(std::max(1.0, std::floor(whole / mostSampled)));
+    std::vector<float> values;
+    values.reserve(std::size_t(whole / double(step)) + 1);
+    std::size_t at = 0;
+    for (int k = 0; k < filtered.getSize3(); ++k)
+        for (int i = 0; i < filtered.getSize1(); ++i) {
+            const float* const row = filtered[k][i].data();
+            for (int j = 0; j < filtered.getSize2(); ++j, ++at)
+                if (at % step == 0 && std::isfinite(row[j]))
+                    values.push_back(row[j]);
+        }
+    if (values.empty())
+        throw ValueError("double proposeSpotThreshold(const VoxelMatrix<float>&, SpotThresholdRule, "
+                         "const VRLSpotExtractionConfig&)",
+                         "The volume has no values");
+    return values;
+}
+
+/// That this share of the values lie below.
+double valueAbove(std::vector<float>& values, double share) {
+    const auto place = values.begin() + std::ptrdiff_t(share * double(values.size() - 1));
+    std::nth_element(values.begin(), place, values.end());
+    return double(*place);
 }
 
 } // namespace
@@ -88,6 +122,24 @@ double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRul
     const int bin =
         rule == SpotThresholdRule::Otsu ? otsuBin(counts) : int(IsodataThresholding<float>().computeThreshold(counts));
     return bin * width;
+}
+
+double noiseLimit(const VoxelMatrix<float>& filtered) {
+    std::vector<float> values = sampleOf(filtered);
+    const double median = valueAbove(values, 0.5);
+    return median + noiseReach * (median - valueAbove(values, 0.16));
+}
+
+double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRule rule,
+                            const VRLSpotExtractionConfig& config) {
+    const double proposal = proposeSpotThreshold(filtered, rule);
+    const bool isLimited = config.areFiltersSuggested() && rule != SpotThresholdRule::FirstRise;
+    if (!isLimited)
+        return proposal;
+    if (config.getLeastProposal() < 0)
+        return std::max(proposal, noiseLimit(filtered));
+    std::vector<float> values = sampleOf(filtered);
+    return std::max({proposal, config.getLeastProposal(), valueAbove(values, textureShare)});
 }
 
 } // namespace vorlen

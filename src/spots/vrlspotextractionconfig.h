@@ -57,6 +57,13 @@ public:
     void setEquivalentSpheresEnabled(bool enabled) { __equivalentSpheresEnabled = enabled; }
     bool isEquivalentSpheresEnabled() const { return __equivalentSpheresEnabled; }
 
+    /// Whether the filters are to be those that the images suggest, in place of the ones above: see lookForSpots().
+    void setFiltersSuggested(bool suggested) { __filtersSuggested = suggested; }
+    bool areFiltersSuggested() const { return __filtersSuggested; }
+    /// What a threshold proposed for suggested filters does not fall below; below 0, the default, for noiseLimit().
+    void setLeastProposal(double threshold) { __leastProposal = threshold; }
+    double getLeastProposal() const { return __leastProposal; }
+
     /// Whether what hangs together is cut between its brightest places: see floodSpots().
     void setSplittingEnabled(bool enabled) { __splittingEnabled = enabled; }
     bool isSplittingEnabled() const { return __splittingEnabled; }
@@ -89,6 +96,8 @@ private:
     std::string __basename;
     bool __separateModelsEnabled = true;
     bool __equivalentSpheresEnabled = false;
+    bool __filtersSuggested = false;
+    double __leastProposal = -1;
     bool __splittingEnabled = true;
     int __leastSize = 1;
     int __greatestSize = 0;

@@ -14,6 +14,7 @@
 #include "spots/spotfilters.h"
 #include "spots/spotlabels.h"
 #include "spots/spotprogress.h"
+#include "spots/spotsuggestion.h"
 #include "spots/spotthreshold.h"
 #include "spots/spotvolume.h"
 #include "support/documentmaker.h"
@@ -92,9 +93,9 @@ struct Blob {
 /// Balls at random places, the first of them in pairs that touch.
 class MadeVolume {
 public:
-    static constexpr double radius = 3.5, height = 150;
+    static constexpr double height = 150;
 
-    MadeVolume(int side, int numBlobs, int numTouching) : __side(side) {
+    MadeVolume(int side, int numBlobs, int numTouching, double blobRadius = 3.5) : radius(blobRadius), __side(side) {
         while (int(blobs.size()) < numBlobs) {
             const Blob blob{uniform(), uniform(), uniform()};
             if (!isFree(blob, 2 * radius + 4, -1))
@@ -113,8 +114,8 @@ public:
         }
     }
 
-    /// Noise of a third of the height on a grey ground, cut to whole bytes as a camera's are.
-    VoxelMatrix<float> draw() {
+    /// Noise, of a third of the height, on a grey ground, cut to whole bytes as a camera's are.
+    VoxelMatrix<float> draw(double noiseShare = 1.0 / 3) {
         VoxelMatrix<float> volume(__side, __side, __side);
         volume.fill(60);
         const int reach = int(radius) + 2;
@@ -125,7 +126,7 @@ public:
                         volume(i, j, k) = std::max(
                             volume(i, j, k),
                             float(60 + height * std::clamp(radius - blob.distanceTo(i, j, k) + 0.5, 0.0, 1.0)));
-        std::normal_distribution<double> noise(0, height / 3);
+        std::normal_distribution<double> noise(0, height * noiseShare);
         for (int k = 0; k < __side; ++k)
             for (int i = 0; i < __side; ++i)
                 for (int j = 0; j < __side; ++j)
@@ -135,6 +136,7 @@ public:
     }
 
     std::vector<Blob> blobs;
+    double radius;
 
 private:
     double uniform() { return radius + 3 + __unit(__engine) * (__side - 2 * radius - 7); }
@@ -168,6 +170,18 @@ int numFound(const std::vector<Blob>& blobs, const std::vector<Spot>& spots) {
     return found;
 }
 
+/// Filters as a run does that lets the images suggest how.
+SpotSuggestion filterAsSuggested(VoxelMatrix<float>& volume, VRLSpotExtractionConfig& config) {
+    ProgressSubject subject;
+    SpotProgress progress(subject, numSpotFilters(config) + 2);
+    SpotSuggestion suggestion;
+    config.setFiltersSuggested(true);
+    EXPECT_TRUE(lookForSpots(volume, suggestion, progress));
+    setSuggestedFilters(config, suggestion, volume.getSize());
+    EXPECT_TRUE(filterSpotVolume(volume, config, progress));
+    return suggestion;
+}
+
 /// Cancels at a share of the whole.
 class Impatient : public ProgressMonitor {
 public:
@@ -191,15 +205,11 @@ TEST(Spots, blobsInStrongNoiseAreFoundAlsoWhereTheyTouch) {
     ASSERT_EQ(made.blobs.size(), 200u);
     VoxelMatrix<float> volume = made.draw();
     VRLSpotExtractionConfig config;
-    config.setSmoothingFilterType(GaussianSmoothing);
-    config.setSmoothingFilterRadius(3);
-    config.setTophatFilterRadius(5);
-    config.setTophatFilterType(FlatTopHat);
-    ProgressSubject subject;
-    SpotProgress progress(subject, numSpotFilters(config) + 1);
-    ASSERT_TRUE(filterSpotVolume(volume, config, progress));
+    const SpotSuggestion suggestion = filterAsSuggested(volume, config);
+    EXPECT_NEAR(suggestion.noise, MadeVolume::height / 3, 6); // less, as the bytes end at 0 and 255
+    EXPECT_NEAR(suggestion.radius, 3.5, 0.6);
     for (const SpotThresholdRule rule : {SpotThresholdRule::Isodata, SpotThresholdRule::Otsu}) {
-        const SpotLabels found = labelsOf(volume, proposeSpotThreshold(volume, rule), config);
+        const SpotLabels found = labelsOf(volume, proposeSpotThreshold(volume, rule, config), config);
         const int hits = numFound(made.blobs, found.spots);
         EXPECT_GE(hits, 190) << toString(rule);
         EXPECT_LE(int(found.spots.size()) - hits, int(found.spots.size()) / 20) << toString(rule);
@@ -207,6 +217,34 @@ TEST(Spots, blobsInStrongNoiseAreFoundAlsoWhereTheyTouch) {
     config.setSplittingEnabled(false);
     const SpotLabels whole = labelsOf(volume, proposeSpotThreshold(volume, SpotThresholdRule::Isodata), config);
     EXPECT_LT(numFound(made.blobs, whole.spots), 190);
+}
+
+TEST(Spots, theSuggestedFiltersSuitSpotsOfAnySizeAndLeaveNoNoise) {
+    struct Made {
+        int side, numBlobs, numTouching;
+        double radius, noiseShare;
+    };
+    for (const Made& made : {Made{52, 30, 8, 2, 0.1}, Made{72, 20, 6, 5.5, 1.0 / 3}}) {
+        MadeVolume truth(made.side, made.numBlobs, made.numTouching, made.radius);
+        VoxelMatrix<float> volume = truth.draw(made.noiseShare);
+        VRLSpotExtractionConfig config;
+        filterAsSuggested(volume, config);
+        const double threshold = proposeSpotThreshold(volume, SpotThresholdRule::Isodata, config);
+        const SpotLabels found = labelsOf(volume, threshold, config);
+        EXPECT_GE(numFound(truth.blobs, found.spots), made.numBlobs - 1) << made.radius;
+        EXPECT_LE(int(found.spots.size()), made.numBlobs + 1) << made.radius;
+    }
+    MadeVolume none(64, 0, 0);
+    VoxelMatrix<float> noise = none.draw();
+    VRLSpotExtractionConfig config;
+    const SpotSuggestion suggestion = filterAsSuggested(noise, config);
+    EXPECT_LE(suggestion.numSeen, 2);
+    const double threshold = proposeSpotThreshold(noise, SpotThresholdRule::Isodata, config);
+    EXPECT_LE(labelsOf(noise, threshold, config).spots.size(), 2u);
+    // Filters that the user has chosen keep the rule alone.
+    config.setFiltersSuggested(false);
+    EXPECT_LT(proposeSpotThreshold(noise, SpotThresholdRule::Isodata, config), threshold);
+    EXPECT_EQ(filterText(VRLSpotExtractionConfig()), "median 1, spherical top-hat 3, isotropy 4");
 }
 
 TEST(Spots, partsThatHangTogetherAreNumberedMeasuredAndChosen) {
@@ -367,6 +405,8 @@ TEST(Spots, eachStepCanBeCancelled) {
     ProgressSubject subject;
     subject.cancel();
     SpotProgress progress(subject, 1);
+    SpotSuggestion suggestion;
+    EXPECT_FALSE(lookForSpots(volume, suggestion, progress));
     SpotLabels found;
     EXPECT_FALSE(findSpots(volume, 250, withoutFilters(), found, progress));
 }

@@ -11,13 +11,17 @@ bool isLargeSection(const ImageSource& source) {
     return isOneFile && TiledSection::isLarge(source.getSize2(), source.getSize1(), source.getDepth());
 }
 
-std::unique_ptr<TiledSection> openLargeSection(const ImageSource& source, const LevelStore& store, std::size_t memory) {
-    if (!isLargeSection(source))
-        return nullptr;
+std::unique_ptr<TiledSection> openSection(const ImageSource& source, const LevelStore& store, std::size_t memory) {
     if (const auto* const file = dynamic_cast<const ImageSourceFile*>(&source))
         return std::make_unique<TiledSection>(file->getFilename(), 0, 0, store, memory);
-    const auto& page = dynamic_cast<const ImageSourcePage&>(source);
-    return std::make_unique<TiledSection>(page.getFilename(), page.getPage() - 1, page.getChannel(), store, memory);
+    if (const auto* const page = dynamic_cast<const ImageSourcePage*>(&source))
+        return std::make_unique<TiledSection>(page->getFilename(), page->getPage() - 1, page->getChannel(), store,
+                                              memory);
+    return nullptr;
+}
+
+std::unique_ptr<TiledSection> openLargeSection(const ImageSource& source, const LevelStore& store, std::size_t memory) {
+    return isLargeSection(source) ? openSection(source, store, memory) : nullptr;
 }
 
 } // namespace vorlen

@@ -11,6 +11,11 @@ class ImageSource;
 /// Whether an image source is a file, or a page or channel of one, that is too large to be read as a whole.
 bool isLargeSection(const ImageSource& source);
 
+/// The section of a source that is a file, or a page or channel of one, of any size; null for all other sources. Throws
+/// as the constructor of TiledSection.
+std::unique_ptr<TiledSection> openSection(const ImageSource& source, const LevelStore& store = LevelStore(),
+                                          std::size_t memory = TiledSection::defaultMemory);
+
 /// The section of a large source; null for all other sources. Throws as the constructor of TiledSection.
 std::unique_ptr<TiledSection> openLargeSection(const ImageSource& source, const LevelStore& store = LevelStore(),
                                                std::size_t memory = TiledSection::defaultMemory);

@@ -352,17 +352,19 @@ bool TiledSection::readSamples(Image& image, int side, std::chrono::milliseconds
                             part.getPixels()[down.place(i) - y] + std::size_t(across.place(j) - x) * pixelLength,
                             pixelLength);
     };
-    // What is not read yet in the square around a cell gets its middle pixel.
+    // What is not read yet in the square around a cell gets its middle pixel; above and below it, the pixels of its
+    // middle row, as cells are as wide as the picture where this is kept in rows.
     const auto spread = [&](int row, int column, int firstRow, int firstColumn, int square) {
         const int i = std::min((down.firstIn(row) + down.firstIn(row + 1)) / 2, down.numSamples - 1);
         const int j = std::min((across.firstIn(column) + across.firstIn(column + 1)) / 2, across.numSamples - 1);
-        const unsigned char* const pixel = result.getPixels()[i] + std::size_t(j) * pixelLength;
+        const unsigned char* const middle = result.getPixels()[i];
         for (int r = firstRow; r < std::min(firstRow + square, down.numCells); ++r)
             for (int c = firstColumn; c < std::min(firstColumn + square, across.numCells); ++c)
                 if (!isDone(r, c))
                     for (int y = down.firstIn(r); y < down.firstIn(r + 1); ++y)
                         for (int x = across.firstIn(c); x < across.firstIn(c + 1); ++x)
-                            std::memcpy(result.getPixels()[y] + std::size_t(x) * pixelLength, pixel, pixelLength);
+                            std::memcpy(result.getPixels()[y] + std::size_t(x) * pixelLength,
+                                        middle + std::size_t(c == column ? x : j) * pixelLength, pixelLength);
     };
     int square = 1;
     while ((std::max(across.numCells, down.numCells) - 1) / square + 1 > 16)

@@ -70,7 +70,7 @@ void VRLImageReader::run() {
 void VRLImageReader::__read() {
     try {
         __numParts = std::max(1u, static_cast<unsigned int>(__source->getFilenames().size()));
-        if (!__readOverview())
+        if (!__readOverview() && !__readSamples())
             read(*__image, *__source);
         if (isCanceled())
             return;
@@ -112,6 +112,20 @@ bool VRLImageReader::__readOverview() {
     constexpr std::chrono::milliseconds patience(400);
     section->readOverview(*__image, overviewSide, patience, stop.get_token());
     return true;
+}
+
+/// False for a source that is to be read as a whole.
+bool VRLImageReader::__readSamples() {
+    const int side = thumbnailSamples * __thumbnailSide;
+    if (side == 0 || __source->getSize1() < 2 * side || __source->getSize2() < 2 * side)
+        return false;
+    constexpr std::chrono::milliseconds patience(800);
+    try {
+        const std::unique_ptr<TiledSection> section = openSection(*__source);
+        return section != nullptr && section->readOverview(*__image, side, patience);
+    } catch (const Exception&) {
+        return false; // whoever reads all of it tells why
+    }
 }
 
 // A mosaic reports the start and end of each tile beside its own.

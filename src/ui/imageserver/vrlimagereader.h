@@ -21,17 +21,25 @@ class ImageSource;
 /// Of a section that is too large to be read as a whole the image is an overview, of at most overviewSide pixels in
 /// width and height. A file that gives no parts of itself is read once for it, and kept in reduced sizes.
 ///
+/// For a thumbnail of a file that gives parts of itself, and is twice thumbnailSamples times as wide and high, or more,
+/// some pixels here and there are read, thumbnailSamples along each side of one of the thumbnail's, or as many as 0.8
+/// seconds allow: all of a large one would take longer. What can't be read so is read as a whole.
+///
 /// Image and source are seen, not owned, and must outlive run(). Nobody else touches the image until hasEnded().
 class VRLImageReader : public VRLProgressProxy, public ImageReader {
     Q_OBJECT
 
 public:
     static constexpr int overviewSide = 2048;
+    static constexpr int thumbnailSamples = 4;
 
     explicit VRLImageReader(QObject* parent = nullptr);
 
     void setImage(Image& image);
     void setImageSource(const ImageSource& source);
+
+    /// The image is to be reduced to this side, in pixels; 0, the default, when it is wanted itself.
+    void setThumbnailSide(int side) { __thumbnailSide = side; }
 
     /// True once run() has written its last; what the worker wrote can be seen by who has read true here.
     bool hasEnded() const;
@@ -57,9 +65,11 @@ public slots:
 private:
     void __read();
     bool __readOverview();
+    bool __readSamples();
 
     Image* __image = nullptr;
     const ImageSource* __source = nullptr;
+    int __thumbnailSide = 0;
     std::string __failure;
     std::atomic<bool> __ended = false;
 

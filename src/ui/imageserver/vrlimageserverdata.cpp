@@ -138,6 +138,7 @@ void VRLImageServerData::__runReader() {
     __workerThread = std::make_unique<QThread>();
     __reader->setImage(*__image);
     __reader->setImageSource(*__source);
+    __reader->setThumbnailSide(__server->getBaseSize().width());
     __reader->addMonitor(*this);
     __reader->moveToThread(__workerThread.get());
     connect(__workerThread.get(), &QThread::started, __reader.get(), &VRLImageReader::run);

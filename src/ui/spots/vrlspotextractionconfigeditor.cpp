@@ -83,9 +83,15 @@ VRLSpotExtractionConfigEditor::VRLSpotExtractionConfigEditor(QWidget* parent) : 
     __isotropyRadius = newRadius(*__isotropy, 15, "Isotropy radius", "Of the neighbourhood whose roundness counts");
     addRadius(*grid, 0, *__isotropyRadius);
 
+    __suggested = new QCheckBox("Suggest the filters from the images", this);
+    __suggested->setToolTip("Smoothing, top-hat and isotropy that suit the noise and the size of the spots; the next "
+                            "window tells them");
+
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    for (QGroupBox* group : {__resizing, __smoothing, __tophat, __isotropy, newResultsGroup()})
+    layout->addWidget(__resizing);
+    layout->addWidget(__suggested);
+    for (QGroupBox* group : {__smoothing, __tophat, __isotropy, newResultsGroup()})
         layout->addWidget(group);
     setConfig(VRLSpotExtractionConfig());
     watch();
@@ -143,6 +149,13 @@ void VRLSpotExtractionConfigEditor::watch() {
         connect(box, &QSpinBox::valueChanged, this, &VRLSpotExtractionConfigEditor::configChanged);
     for (QGroupBox* group : {__resizing, __smoothing, __tophat, __isotropy})
         connect(group, &QGroupBox::toggled, this, &VRLSpotExtractionConfigEditor::configChanged);
+    for (QSpinBox* box : {__smoothingRadius, __tophatRadius, __isotropyRadius})
+        connect(box, &QSpinBox::valueChanged, this, &VRLSpotExtractionConfigEditor::choose);
+    for (QGroupBox* group : {__smoothing, __tophat, __isotropy})
+        connect(group, &QGroupBox::toggled, this, &VRLSpotExtractionConfigEditor::choose);
+    for (QRadioButton* type : findChildren<QRadioButton*>())
+        connect(type, &QRadioButton::clicked, this, &VRLSpotExtractionConfigEditor::choose);
+    connect(__suggested, &QCheckBox::toggled, this, &VRLSpotExtractionConfigEditor::showSuggested);
     connect(__basename, &QLineEdit::textChanged, this, &VRLSpotExtractionConfigEditor::configChanged);
 }
 
@@ -157,6 +170,8 @@ void VRLSpotExtractionConfigEditor::setConfig(const VRLSpotExtractionConfig& con
     __smoothingRadius->setValue(config.getSmoothingFilterRadius());
     __tophatRadius->setValue(config.getTophatFilterRadius());
     __isotropyRadius->setValue(config.getIsotropyFilterRadius());
+    __suggested->setChecked(config.areFiltersSuggested());
+    showSuggested();
     __separateModels->setChecked(config.isSeparateModelsEnabled());
     __equivalentSpheres->setChecked(config.isEquivalentSpheresEnabled());
     const bool isKnown = config.getVolumeSize().getSize() == 3 && config.getResolution().getSize() == 3;
@@ -177,9 +192,20 @@ void VRLSpotExtractionConfigEditor::setConfig(const VRLSpotExtractionConfig& con
     emit configChanged();
 }
 
+void VRLSpotExtractionConfigEditor::showSuggested() {
+    for (QGroupBox* group : {__smoothing, __tophat, __isotropy})
+        group->setEnabled(!__suggested->isChecked());
+    emit configChanged();
+}
+
+void VRLSpotExtractionConfigEditor::choose() {
+    __suggested->setChecked(false);
+}
+
 VRLSpotExtractionConfig VRLSpotExtractionConfigEditor::getConfig() const {
     VRLSpotExtractionConfig config = __config;
     config.setResizeState(__resizing->isEnabled() && __resizing->isChecked());
+    config.setFiltersSuggested(__suggested->isChecked());
     config.setSmoothingFilterEnabled(__smoothing->isChecked());
     config.setTophatFilterEnabled(__tophat->isChecked());
     config.setIsotropyFilterEnabled(__isotropy->isChecked());

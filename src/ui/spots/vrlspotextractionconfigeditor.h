@@ -20,6 +20,9 @@ class VRLDecimalBox;
 /// goes along the columns of the images, Y along their rows and Z along the stack, while a configuration has its sizes
 /// as rows, columns and planes. The ranges of the boxes grow where a stack has more or smaller voxels.
 ///
+/// While the filters are those that the images suggest their groups are disabled; they show the last ones. A change to
+/// them, which a program can make, ends that.
+///
 /// The basename is "spot" in each new editor; what no control shows is kept from setConfig() to getConfig().
 class VRLSpotExtractionConfigEditor : public QWidget {
     Q_OBJECT
@@ -45,6 +48,8 @@ signals:
     void configChanged();
 
 private:
+    void showSuggested();
+    void choose();
     QGroupBox* newResizingGroup();
     QGroupBox* newResultsGroup();
     void watch();
@@ -59,6 +64,7 @@ private:
     QRadioButton* __tophatTypes[2];
     QSpinBox *__smoothingRadius, *__tophatRadius, *__isotropyRadius;
     QLineEdit* __basename;
+    QCheckBox* __suggested;
     QCheckBox *__separateModels, *__equivalentSpheres;
 };
 

@@ -18,7 +18,11 @@
 
 namespace vorlen {
 
-VRLSpotExtractionConfig VRLSpotExtractionProcess::__config;
+VRLSpotExtractionConfig VRLSpotExtractionProcess::__config = [] {
+    VRLSpotExtractionConfig config;
+    config.setFiltersSuggested(true);
+    return config;
+}();
 
 VRLSpotExtractionProcess::VRLSpotExtractionProcess(QObject* parent) : QObject(parent) {
     ModelProperties& properties = __previewModel.getProperties();
@@ -75,19 +79,31 @@ bool VRLSpotExtractionProcess::readAndFilter(const VRLStack& stack) {
     dialog.setWindowTitle("Find spots");
     addMonitor(dialog);
     notifyStarted("Reading images...");
-    SpotProgress progress(*this, numSpotFilters(__config));
-    bool done = readSpotVolume(stack, __channel, __grey, *this);
-    if (done) {
-        __filtered = __grey;
-        done = filterSpotVolume(__filtered, __config, progress);
-    }
+    const bool done = readSpotVolume(stack, __channel, __grey, *this) && filter();
     notifyFinished("");
     removeMonitor(dialog);
     return done && !dialog.wasCanceled();
 }
 
+bool VRLSpotExtractionProcess::filter() {
+    __suggestion = SpotSuggestion();
+    if (__config.areFiltersSuggested()) {
+        SpotProgress looking(*this, 1);
+        if (!lookForSpots(__grey, __suggestion, looking))
+            return false;
+        setSuggestedFilters(__config, __suggestion, __grey.getSize());
+    }
+    __filtered = __grey;
+    SpotProgress progress(*this, numSpotFilters(__config));
+    return filterSpotVolume(__filtered, __config, progress);
+}
+
 bool VRLSpotExtractionProcess::threshold(const VRLStack& stack) {
     VRLSpotThresholdDialog dialog(stack, __filtered, __grey, __config, parentWidget());
+    const QString filters = QString::fromStdString(filterText(__config));
+    dialog.setNote(__config.areFiltersSuggested()
+                       ? "Suggested by the images (" + QString::fromStdString(__suggestion.text()) + "): " + filters
+                       : "Filters: " + filters);
     if (plane() >= 0)
         dialog.setPlane(plane());
     connect(&dialog, &VRLSpotThresholdDialog::thresholdChanged, this, &VRLSpotExtractionProcess::thresholdChanged);

@@ -52,7 +52,8 @@ QString countText(const SpotLabels& found) {
     if (!left.isEmpty())
         text += "; left out: " + left.join(", ");
     if (areMostlySpecks(found))
-        text += ". Most have less than 4 voxels, as noise has: smooth more, or raise the threshold or the least size";
+        text += ". Most have less than 4 voxels, as noise has: let the images suggest the filters, or raise the "
+                "threshold or the least size";
     if (n > VRLSpotThresholdDialog::mostRows)
         text += QString(". The table has the first %1.").arg(VRLSpotThresholdDialog::mostRows);
     return text;
@@ -81,6 +82,11 @@ VRLSpotThresholdDialog::VRLSpotThresholdDialog(const Stack& stack, const VoxelMa
     __save->setAutoDefault(false);
     cancel->setAutoDefault(false);
 
+    __note = new QLabel(this);
+    __note->setTextFormat(Qt::PlainText);
+    __note->setWordWrap(true);
+    __note->setAccessibleName("Filters");
+
     auto* const top = new QHBoxLayout;
     auto* const left = new QVBoxLayout;
     left->addWidget(newThresholdGroup());
@@ -94,6 +100,7 @@ VRLSpotThresholdDialog::VRLSpotThresholdDialog(const Stack& stack, const VoxelMa
     buttons->addWidget(__ok);
     buttons->addWidget(cancel);
     auto* const layout = new QVBoxLayout(this);
+    layout->addWidget(__note);
     layout->addLayout(top, 1);
     layout->addWidget(__table, 1);
     layout->addLayout(buttons);
@@ -211,6 +218,10 @@ std::shared_ptr<const SpotLabels> VRLSpotThresholdDialog::getSpots() const {
     return result() == QDialog::Accepted ? __search.result() : nullptr;
 }
 
+void VRLSpotThresholdDialog::setNote(const QString& text) {
+    __note->setText(text);
+}
+
 void VRLSpotThresholdDialog::setPlane(int plane) {
     __preview->setPlane(plane);
 }
@@ -218,7 +229,7 @@ void VRLSpotThresholdDialog::setPlane(int plane) {
 /// Rounded up, where only whole numbers can be set: what lies below the proposal stays below the threshold.
 void VRLSpotThresholdDialog::propose() {
     lastRule() = SpotThresholdRule(__rule->currentIndex());
-    const double proposal = proposeSpotThreshold(__filtered, lastRule());
+    const double proposal = proposeSpotThreshold(__filtered, lastRule(), __config);
     __threshold->setValue(__threshold->decimals() == 0 ? std::ceil(proposal) : proposal);
 }
 

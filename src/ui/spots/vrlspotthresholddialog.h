@@ -45,6 +45,9 @@ public:
 
     void setPlane(int plane);
 
+    /// Tells above all how the volume was filtered.
+    void setNote(const QString& text);
+
     /// Rows that the table has at most.
     static constexpr int mostRows = 5000;
 
@@ -77,6 +80,7 @@ private:
     QSpinBox *__least, *__greatest;
     QCheckBox *__border, *__splitting;
     SpotPreview* __preview;
+    QLabel* __note;
     QLabel* __count;
     VRLTableWidget* __table;
     QPushButton *__ok, *__save;

@@ -107,6 +107,30 @@ TEST_F(ImageWorkers, theReaderStopsAtTheNextRowOrTileWhenCancelled) {
     EXPECT_EQ(monitor.heard, (std::vector<std::string>{"started ", "canceled "}));
 }
 
+TEST_F(ImageWorkers, theReaderTakesSomePixelsOfALargeFileForAThumbnail) {
+    constexpr int width = 4200, height = 2100, side = 256;
+    Image ramp(width, height, 8);
+    for (int i = 0; i < height; ++i)
+        for (int j = 0; j < width; ++j)
+            ramp.getPixels()[i][j] = static_cast<unsigned char>(100 * i / height + 150 * j / width);
+    ramp.writeFile(folder.file("a.tif"), "", true);
+    ImageSourceFile source;
+    source.setFilename(folder.file("a.tif"));
+    VRLImageReader reader;
+    Image image;
+    reader.setImage(image);
+    reader.setImageSource(source);
+    reader.setThumbnailSide(side);
+    reader.run();
+    EXPECT_EQ(reader.getFailure(), "");
+    ASSERT_LE(image.getWidth(), VRLImageReader::thumbnailSamples * side);
+    ASSERT_GE(image.getWidth(), side);
+    EXPECT_NEAR(double(image.getWidth()) / image.getHeight(), double(width) / height, 0.02);
+    for (int i = 0; i < image.getHeight(); i += 50)
+        for (int j = 0; j < image.getWidth(); j += 50)
+            EXPECT_NEAR(image.getPixels()[i][j], 100.0 * i / image.getHeight() + 150.0 * j / image.getWidth(), 12);
+}
+
 TEST_F(ImageWorkers, theReaderMakesIndexedImagesPlain) {
     Image gray = TestImages::ramp(9, 7, 8);
     gray.setGrayscale(256);

@@ -128,6 +128,46 @@ TEST_F(VRLRenderingPainterGLTest, dotsAndCurvesAreDrawnItemByItem) {
     EXPECT_EQ(painter.getItemPainters().size(), 4u);
 }
 
+TEST_F(VRLRenderingPainterGLTest, linesOfOnePointOnEachSliceAreAPathUntilOneGetsAnother) {
+    Model& axis = addModel(*stack, "axis", PolylinePrimitive);
+    const Points places = {{0, 0}, {10, 0}, {10, 20}, {5, 20}};
+    for (std::size_t k = 0; k < places.size(); ++k)
+        addItem(axis, stack->getSlice(int(k)), {places[k]});
+    for (const RenderingMode mode : {CurveRendering, SurfaceRendering}) {
+        axis.getProperties().setRenderingMode(mode);
+        painter.setModel(axis);
+        EXPECT_TRUE(painter.getItemPainters().empty());
+        ASSERT_NE(painter.getModelPainter(), nullptr);
+        EXPECT_EQ(painter.getModelPainter()->getPainter()->getAttributes().getDisplayMode(), CurveDisplayGL);
+        const auto* const path = dynamic_cast<const CurveStack<float>*>(painter.getModelPainter()->getShape());
+        ASSERT_NE(path, nullptr);
+        ASSERT_EQ(path->getHeight(), 1);
+        ASSERT_EQ((*path)[0].getNumVertices(), 4); // in the order of the slices
+        for (int k = 0; k < 4; ++k)
+            EXPECT_NEAR((*path)[0][k][2], 10 * k, 1e-3);
+        // 10 and 20 pixels of side 2 over slices 0 to 30.
+        const BoundingBox<float> box = painter.boundingBox();
+        EXPECT_NEAR(box.width(0), 20, 1e-3);
+        EXPECT_NEAR(box.width(1), 40, 1e-3);
+        EXPECT_NEAR(box.width(2), 30, 1e-3);
+    }
+    // One point moves, and the path with it.
+    axis.getItem(3).setVertices(makeVertices({{40, 20}}));
+    painter.processItemVertexChange(axis.getItem(3));
+    EXPECT_NEAR(painter.boundingBox().width(0), 80, 1e-3);
+    // A second point on a slice: each line by itself.
+    axis.getProperties().setRenderingMode(CurveRendering);
+    painter.processModelAttributeChange();
+    axis.getItem(1).setVertices(makeVertices({{10, 0}, {12, 0}}));
+    painter.processItemVertexChange(axis.getItem(1));
+    EXPECT_EQ(painter.getModelPainter(), nullptr);
+    ASSERT_EQ(painter.getItemPainters().size(), 4u);
+    axis.getItem(1).setVertices(makeVertices({{10, 0}}));
+    painter.processItemVertexChange(axis.getItem(1));
+    EXPECT_TRUE(painter.getItemPainters().empty());
+    EXPECT_NE(painter.getModelPainter(), nullptr);
+}
+
 TEST_F(VRLRenderingPainterGLTest, pointsNeverMakeASurface) {
     ASSERT_EQ(dots.getProperties().getRenderingMode(), SurfaceRendering);
     painter.setModel(dots);

@@ -1,5 +1,6 @@
 #include <deque>
 #include <functional>
+#include <stdexcept>
 
 #include <QApplication>
 #include <QCheckBox>
@@ -114,6 +115,13 @@ protected:
         process.setCanvas(canvas);
     }
 
+    static QCheckBox& checkBox(QWidget& dialog, const QString& text) {
+        for (auto* box : dialog.findChildren<QCheckBox*>())
+            if (box->text() == text)
+                return *box;
+        throw std::logic_error("There is no such box");
+    }
+
     static QString count(QWidget& dialog) { return control<QLabel>(dialog, "Number of spots").text(); }
 
     QTemporaryDir folder;
@@ -128,6 +136,11 @@ TEST_F(SpotExtractionTest, spotsArePreviewedCountedChosenAndAddedInOneStep) {
     const auto settings = [](QDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Find spots");
         EXPECT_TRUE(control<QLabel>(dialog, "Memory").text().startsWith("60 x 40 x 12 voxels: the run takes about "));
+        auto& suggested = checkBox(dialog, "Suggest the filters from the images");
+        EXPECT_TRUE(suggested.isChecked());
+        EXPECT_FALSE(control<QSpinBox>(dialog, "Top-hat radius").isEnabled());
+        suggested.click();
+        EXPECT_TRUE(control<QSpinBox>(dialog, "Top-hat radius").isEnabled());
         for (auto* group : dialog.findChildren<QGroupBox*>())
             if (group->isCheckable())
                 group->setChecked(false);
@@ -138,6 +151,7 @@ TEST_F(SpotExtractionTest, spotsArePreviewedCountedChosenAndAddedInOneStep) {
     };
     const auto threshold = [this](QDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Spot extraction");
+        EXPECT_EQ(control<QLabel>(dialog, "Filters").text(), "Filters: no filters");
         auto& value = control<VRLDecimalBox>(dialog, "Threshold");
         auto& rule = control<QComboBox>(dialog, "Proposal");
         EXPECT_EQ(rule.currentText(), "Isodata");
@@ -170,9 +184,7 @@ TEST_F(SpotExtractionTest, spotsArePreviewedCountedChosenAndAddedInOneStep) {
         const QColor kept = preview.picture(6, QSize(columns, rows)).pixelColor(20, 20);
         EXPECT_GT(kept.green(), 150);
         EXPECT_LT(kept.blue(), 100);
-        for (auto* box : dialog.findChildren<QCheckBox*>())
-            if (box->text() == "Leave out spots at the border")
-                box->setChecked(true);
+        checkBox(dialog, "Leave out spots at the border").setChecked(true);
         button(dialog, "&OK").click(); // while they are being counted
     };
     const User user({settings, threshold});
@@ -195,9 +207,15 @@ TEST_F(SpotExtractionTest, eachExitBeforeTheModelsLeavesTheStack) {
     {
         const User user({[](QDialog& dialog) {
                              EXPECT_EQ(control<QLineEdit>(dialog, "Basename").text(), "spot");
+                             checkBox(dialog, "Suggest the filters from the images").setChecked(true);
                              button(dialog, "&Run").click();
                          },
-                         [](QDialog& dialog) { button(dialog, "&Cancel").click(); }});
+                         [](QDialog& dialog) {
+                             const QString note = control<QLabel>(dialog, "Filters").text();
+                             EXPECT_TRUE(note.startsWith("Suggested by the images (noise ")) << note.toStdString();
+                             EXPECT_TRUE(note.contains("): Gaussian ")) << note.toStdString();
+                             button(dialog, "&Cancel").click();
+                         }});
         process.run(stack);
         EXPECT_EQ(canvas.getExtraItem(), nullptr);
     }

@@ -1,0 +1,312 @@
+#include "spots/spotsuggestion.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iomanip>
+#include <random>
+#include <sstream>
+#include <vector>
+
+#include "images/filters/gaussianfilter.h"
+#include "numerics/exception.h"
+#include "progress/progresssubject.h"
+#include "spots/mirroredpart.h"
+#include "spots/spotfilters.h"
+#include "spots/spotprogress.h"
+#include "spots/spotthreshold.h"
+
+namespace vorlen {
+
+namespace {
+
+/// Deviations of the Gauss filters: the first, and from one to the next.
+constexpr double firstDeviation = 0.75, ratio = 1.26;
+constexpr int numScales = 8;
+/// What a filter reaches, 2 deviations of the widest.
+constexpr int margin = 10;
+constexpr double leastScore = 6;
+/// Spots below this radius touch so closely that a wider Gauss makes one of two; it is done without where the blobs are
+/// so much higher than the noise, which is about a sixth of the spots' own height.
+constexpr double smallRadius = 3, clearHeight = 1.25;
+/// Blobs of a box that are looked at.
+constexpr std::size_t mostBlobs = 2000;
+/// Boxes of the sample along an axis that is longer than two of them.
+constexpr int boxSide = 64;
+/// Of what is sought where nothing stands out.
+constexpr double textureRadius = 5;
+/// Of a volume of nothing but noise.
+constexpr int noiseSide = 40;
+/// From the median of absolute values to the deviation of a normal distribution.
+constexpr double normalMedian = 0.6745;
+
+using Place = std::array<int, 3>; // row, column, plane
+
+struct Blob {
+    Place place;
+    double radius, height;
+};
+
+struct Span {
+    int first, size;
+};
+
+std::vector<Span> spansOf(int size) {
+    if (size <= 2 * boxSide)
+        return {{0, size}};
+    return {{size / 4 - boxSide / 2, boxSide}, {size - size / 4 - boxSide / 2, boxSide}};
+}
+
+double medianOf(std::vector<float>& values) {
+    if (values.empty())
+        return 0;
+    const auto middle = values.begin() + std::ptrdiff_t(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return double(*middle);
+}
+
+/// Of the second differences, along rows and columns both, that the box has inside its margin.
+void addDifferences(const VoxelMatrix<float>& box, std::vector<float>& differences) {
+    for (int k = margin; k < box.getSize3() - margin; ++k)
+        for (int i = margin; i < box.getSize1() - margin; ++i)
+            for (int j = margin; j < box.getSize2() - margin; ++j) {
+                const auto across = [&](int row) {
+                    return box(row, j - 1, k) - 2 * box(row, j, k) + box(row, j + 1, k);
+                };
+                const float value = across(i - 1) - 2 * across(i) + across(i + 1);
+                if (std::isfinite(value))
+                    differences.push_back(std::abs(value));
+            }
+}
+
+/// The deviation of the values inside the margin, by the median of what they differ from 0.
+double usualDeviation(const VoxelMatrix<float>& scale) {
+    std::vector<float> values;
+    for (int k = margin; k < scale.getSize3() - margin; ++k)
+        for (int i = margin; i < scale.getSize1() - margin; ++i)
+            for (int j = margin; j < scale.getSize2() - margin; ++j)
+                if (std::isfinite(scale(i, j, k)))
+                    values.push_back(std::abs(scale(i, j, k)));
+    return medianOf(values) / normalMedian;
+}
+
+/// Whether no neighbour in the volume is above the value.
+bool isHighest(const VoxelMatrix<float>& volume, const Place& place, float value) {
+    for (int c = -1; c <= 1; ++c)
+        for (int a = -1; a <= 1; ++a)
+            for (int b = -1; b <= 1; ++b)
+                if (volume(place[0] + a, place[1] + b, place[2] + c) > value)
+                    return false;
+    return true;
+}
+
+/// Of three values at -1, 0 and 1 the place of the top of the parabola through them, the middle one being the highest.
+double topOf(double before, double here, double behind) {
+    const double bend = before - 2 * here + behind;
+    return bend < 0 ? std::clamp((before - behind) / (2 * bend), -0.5, 0.5) : 0;
+}
+
+/// Of the ball that stands out most at the scale. The difference of two Gauss filters is a Laplace filter of the mean
+/// of their variances.
+double radiusOf(double scale) {
+    return std::sqrt(3 * (1 + ratio * ratio) / 2) * firstDeviation * std::pow(ratio, scale);
+}
+
+/// A box with its margin, and the differences of its Gauss filters.
+class ScaleSpace {
+public:
+    /// False when cancelled.
+    bool build(const VoxelMatrix<float>& box, SpotProgress& progress, double from, double to) {
+        VoxelMatrix<float> narrow;
+        for (int s = 0; s <= numScales; ++s) {
+            VoxelMatrix<float> wide(box);
+            GaussianFilter<float> filter(float(firstDeviation * std::pow(ratio, s)));
+            if (!progress.run(filter, wide, from + (to - from) * s / (numScales + 1),
+                              from + (to - from) * (s + 1) / (numScales + 1)))
+                return false;
+            if (s > 0) {
+                narrow -= wide;
+                __scales[std::size_t(s) - 1].swap(narrow);
+            }
+            narrow.swap(wide);
+        }
+        return true;
+    }
+
+    std::vector<Blob> findBlobs() const {
+        std::vector<Blob> blobs;
+        for (std::size_t s = 0; s < __scales.size(); ++s) {
+            const VoxelMatrix<float>& scale = __scales[s];
+            const auto least = float(leastScore * usualDeviation(scale));
+            for (int k = margin; k < scale.getSize3() - margin; ++k)
+                for (int i = margin; i < scale.getSize1() - margin; ++i)
+                    for (int j = margin; j < scale.getSize2() - margin; ++j)
+                        if (scale(i, j, k) > least && isTop(s, {i, j, k}))
+                            blobs.push_back({{i, j, k}, radiusAt(s, {i, j, k}), double(scale(i, j, k))});
+        }
+        return blobs;
+    }
+
+private:
+    bool isTop(std::size_t s, const Place& place) const {
+        const float value = at(s, place);
+        return isHighest(__scales[s], place, value) && (s == 0 || isHighest(__scales[s - 1], place, value)) &&
+               (s + 1 == __scales.size() || isHighest(__scales[s + 1], place, value));
+    }
+
+    double radiusAt(std::size_t s, const Place& place) const {
+        const bool isBetween = s > 0 && s + 1 < __scales.size();
+        const double shift =
+            isBetween ? topOf(double(at(s - 1, place)), double(at(s, place)), double(at(s + 1, place))) : 0;
+        return radiusOf(double(s) + shift);
+    }
+
+    float at(std::size_t s, const Place& place) const { return __scales[s](place[0], place[1], place[2]); }
+
+    std::array<VoxelMatrix<float>, numScales> __scales;
+};
+
+bool isWithin(const Blob& blob, const Blob& other) {
+    double distance = 0;
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        distance += double(blob.place[axis] - other.place[axis]) * (blob.place[axis] - other.place[axis]);
+    return distance < other.radius * other.radius;
+}
+
+/// The highest, and those that do not lie within a higher one: the rim of a large spot is full of small ones.
+std::vector<Blob> bestOf(std::vector<Blob> blobs) {
+    const auto higher = [](const Blob& a, const Blob& b) { return a.height > b.height; };
+    const std::size_t count = std::min(blobs.size(), mostBlobs);
+    std::partial_sort(blobs.begin(), blobs.begin() + std::ptrdiff_t(count), blobs.end(), higher);
+    blobs.resize(count);
+    std::vector<Blob> best;
+    for (const Blob& blob : blobs)
+        if (std::none_of(best.begin(), best.end(), [&blob](const Blob& other) { return isWithin(blob, other); }))
+            best.push_back(blob);
+    return best;
+}
+
+/// The value that half of the heights lie below.
+template <class Value>
+double usual(std::vector<Blob> blobs, Value value) {
+    std::sort(blobs.begin(), blobs.end(), [value](const Blob& a, const Blob& b) { return value(a) < value(b); });
+    double whole = 0;
+    for (const Blob& blob : blobs)
+        whole += blob.height;
+    double below = 0;
+    for (const Blob& blob : blobs) {
+        below += blob.height;
+        if (2 * below >= whole)
+            return value(blob);
+    }
+    return 0;
+}
+
+/// What white noise of this deviation hardly reaches after the filters.
+double whiteNoiseLimit(VRLSpotExtractionConfig config, double noise) {
+    if (!(noise > 0))
+        return 0;
+    config.setResizeState(false);
+    VoxelMatrix<float> volume(noiseSide, noiseSide, noiseSide);
+    std::mt19937 engine(1);
+    std::normal_distribution<float> normal(0, float(noise));
+    for (int k = 0; k < noiseSide; ++k)
+        for (int i = 0; i < noiseSide; ++i)
+            for (int j = 0; j < noiseSide; ++j)
+                volume(i, j, k) = normal(engine);
+    ProgressSubject subject;
+    SpotProgress progress(subject, numSpotFilters(config));
+    filterSpotVolume(volume, config, progress);
+    return noiseLimit(volume);
+}
+
+} // namespace
+
+bool lookForSpots(const VoxelMatrix<float>& grey, SpotSuggestion& suggestion, SpotProgress& progress) {
+    const Vector<int> size = grey.getSize();
+    if (size.min() < 1)
+        throw ValueError("bool lookForSpots(const VoxelMatrix<float>&, SpotSuggestion&, SpotProgress&)",
+                         "The volume is empty");
+    progress.begin("Looking at the noise and the spots...");
+    std::vector<std::array<Span, 3>> boxes;
+    for (const Span& planes : spansOf(size[2]))
+        for (const Span& rows : spansOf(size[0]))
+            for (const Span& columns : spansOf(size[1]))
+                boxes.push_back({rows, columns, planes});
+    std::vector<float> differences;
+    std::vector<Blob> blobs;
+    for (std::size_t b = 0; b < boxes.size(); ++b) {
+        const auto& [rows, columns, planes] = boxes[b];
+        const VoxelMatrix<float> box =
+            mirroredPart(grey, {rows.first - margin, columns.first - margin, planes.first - margin},
+                         {rows.size + 2 * margin, columns.size + 2 * margin, planes.size + 2 * margin});
+        addDifferences(box, differences);
+        ScaleSpace space;
+        if (!space.build(box, progress, double(b) / double(boxes.size()), double(b + 1) / double(boxes.size())))
+            return false;
+        for (const Blob& blob : bestOf(space.findBlobs()))
+            blobs.push_back(blob);
+    }
+    // The squares of the weights, 1 and 2 and 4, sum up to 36.
+    suggestion.noise = medianOf(differences) / normalMedian / 6;
+    suggestion.numSeen = int(blobs.size());
+    suggestion.radius = usual(blobs, [](const Blob& blob) { return blob.radius; });
+    suggestion.height = usual(blobs, [](const Blob& blob) { return blob.height; });
+    return true;
+}
+
+double suggestionMemory(const Vector<int>& size) {
+    double box = 1;
+    for (int axis = 0; axis < 3; ++axis)
+        box *= spansOf(size[axis]).front().size + 2 * margin;
+    const double sample = std::min(double(size[0]) * size[1] * size[2], 8.0 * 8 * boxSide * boxSide * boxSide);
+    return 4 * double(size[0]) * size[1] * size[2] + 4 * box * (numScales + 4) + 4 * sample;
+}
+
+void setSuggestedFilters(VRLSpotExtractionConfig& config, const SpotSuggestion& suggestion, const Vector<int>& size) {
+    const VRLSpotExtractionConfig plain;
+    double radius = suggestion.radius > 0 ? suggestion.radius : textureRadius;
+    if (config.getResizeState() && config.getNewSize().getSize() == 3)
+        for (int axis = 0; axis < 3; ++axis)
+            radius *= std::cbrt(double(config.getNewSize()[axis]) / size[axis]);
+    const bool isSmall = radius < smallRadius;
+    const bool isClear = suggestion.height > clearHeight * suggestion.noise;
+    const int smoothing = isSmall && isClear ? 1 : std::clamp(int(std::lround(0.8 * radius)), 1, 5);
+    config.setSmoothingFilterEnabled(true);
+    config.setSmoothingFilterType(GaussianSmoothing);
+    config.setSmoothingFilterRadius(smoothing);
+    config.setTophatFilterEnabled(true);
+    config.setTophatFilterType(FlatTopHat);
+    config.setTophatFilterRadius(std::clamp(int(std::ceil(radius + 0.5 * smoothing)), 3, 15));
+    config.setIsotropyFilterEnabled(true);
+    config.setIsotropyFilterRadius(isSmall ? 3 : plain.getIsotropyFilterRadius());
+    config.setLeastProposal(suggestion.radius > 0 ? -1 : whiteNoiseLimit(config, suggestion.noise));
+}
+
+std::string SpotSuggestion::text() const {
+    std::ostringstream stream;
+    stream << std::setprecision(3) << "noise " << noise << ", ";
+    if (radius > 0)
+        stream << "spots about " << std::max(1L, std::lround(2 * radius)) << " voxels across";
+    else
+        stream << "no spots that stand out";
+    return stream.str();
+}
+
+std::string filterText(const VRLSpotExtractionConfig& config) {
+    std::string text;
+    const auto add = [&text](const std::string& name, int radius) {
+        text += (text.empty() ? "" : ", ") + name + " " + std::to_string(radius);
+    };
+    constexpr const char* smoothings[] = {"average", "median", "Gaussian"};
+    if (config.isSmoothingFilterEnabled())
+        add(smoothings[config.getSmoothingFilterType()], config.getSmoothingFilterRadius());
+    if (config.isTophatFilterEnabled())
+        add(config.getTophatFilterType() == FlatTopHat ? "flat top-hat" : "spherical top-hat",
+            config.getTophatFilterRadius());
+    if (config.isIsotropyFilterEnabled())
+        add("isotropy", config.getIsotropyFilterRadius());
+    return text.empty() ? "no filters" : text;
+}
+
+} // namespace vorlen
