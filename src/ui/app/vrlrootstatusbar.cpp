@@ -134,10 +134,14 @@ void VRLRootStatusBar::subjectFinished(const std::string& text) {
     __sinceUpdate.invalidate();
     if (!text.empty())
         setMessage(QString::fromStdString(text), 2000);
+    else if (!__step.isEmpty() && message() == __step) // which is no longer true
+        __statusBar->clearMessage();
+    __step.clear();
 }
 
 void VRLRootStatusBar::subjectProgressed(const std::string& text) {
     subjectStarted(text);
+    __step = QString::fromStdString(text);
 }
 
 void VRLRootStatusBar::subjectProgressed(unsigned int current, unsigned int total) {

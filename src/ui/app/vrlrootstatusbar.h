@@ -60,6 +60,7 @@ private:
     QLabel* __warning;
     VRLSliceEditWidgetStatusBar* __sliceStatusBar;
     QProgressBar* __progressBar;
+    QString __step;              // of a task, as told last; goes with its end
     QElapsedTimer __sinceUpdate; // of the progress bar
     qint64 __pause = 0;          // to the next one, in milliseconds
 };

@@ -756,6 +756,13 @@ TEST_F(VRLRootWindowTest, progressMovesTheBarAndEndsWithAMessage) {
     EXPECT_LT(bar.progressBar().value(), 0);
     EXPECT_TRUE(bar.progressBar().isHidden());
     EXPECT_EQ(bar.message(), "Reading...");
+    bar.subjectProgressed("Running on slice 7...");
+    bar.subjectFinished("");
+    EXPECT_EQ(bar.message(), ""); // nothing runs any more
+    bar.subjectProgressed("Running on slice 8...");
+    bar.setMessage("Slice 8 has no image");
+    bar.subjectFinished("");
+    EXPECT_EQ(bar.message(), "Slice 8 has no image");
     bar.subjectFinished("Done");
     EXPECT_EQ(bar.message(), "Done");
 }
