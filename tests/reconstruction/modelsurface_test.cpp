@@ -157,10 +157,12 @@ TEST_F(ModelSurfaceTest, severalContoursOnASliceAreJoinedPartByPart) {
     }
 }
 
-// A figure of eight with lobes of 3600 and of 400, and a loop within an outline, which encloses all but its loop.
+// Figures of eight with lobes of 3600 and of 400, and with equal ones, whose areas cancel; a loop within an outline,
+// which encloses all but its loop.
 TEST_F(ModelSurfaceTest, outlinesThatCrossThemselvesEncloseTheirParts) {
     const std::pair<std::vector<std::pair<int, int>>, double> cases[] = {
         {{{0, 0}, {80, 80}, {80, 40}, {0, 120}}, 3600 + 400},
+        {{{0, 0}, {80, 80}, {80, 0}, {0, 80}}, 1600 + 1600},
         {{{0, 0}, {60, 0}, {60, 60}, {20, 60}, {20, 20}, {40, 20}, {40, 40}, {0, 40}}, 2400 + 1200 - 2 * 400}};
     for (const auto& [outline, area] : cases) {
         Model& model = addModel(stack, "m");
