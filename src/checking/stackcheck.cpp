@@ -154,7 +154,7 @@ private:
 
     void checkPositions() {
         const int n = __stack.getNumSlices();
-        const std::vector<float> positions = __stack.getAbsolutePositions();
+        const std::vector<double> positions = __stack.getAbsolutePositions();
         if (!std::isfinite(__stack.getDefaultSliceSpacing()))
             add({ProblemCode::PositionInvalid, "The spacing of the stack is no number.",
                  lineOf(__stack, StackIO::RELPOSITION)});
@@ -165,7 +165,7 @@ private:
                 add(ProblemCode::PositionInvalid, "The position is no number.", slice);
             if (i == 0)
                 continue;
-            const float step = positions[std::size_t(i)] - positions[std::size_t(i - 1)];
+            const double step = positions[std::size_t(i)] - positions[std::size_t(i - 1)];
             rising += step > 0;
             falling += step < 0;
             level += step == 0;
@@ -179,7 +179,7 @@ private:
             return;
         }
         for (int i = 1; i < n; ++i) {
-            const float step = positions[std::size_t(i)] - positions[std::size_t(i - 1)];
+            const double step = positions[std::size_t(i)] - positions[std::size_t(i - 1)];
             const std::string& before = __stack.getSlice(i - 1).getName();
             if (step == 0)
                 add(ProblemCode::PositionZero, "The slice lies at the position of slice \"" + before + "\".",

@@ -1,6 +1,8 @@
 #include "cli/commands.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <iostream>
 #include <limits>
 
@@ -19,6 +21,15 @@
 namespace vorlen {
 
 namespace {
+
+/// In ten digits, as a stage may count nanometres from its corner.
+std::string positionText(double position) {
+    if (!std::isfinite(position))
+        return "NA";
+    char text[32];
+    std::snprintf(text, sizeof text, "%.10g", position);
+    return text;
+}
 
 std::string imageText(const StackSlice& slice) {
     return slice.hasImageSource() ? slice.getImageSource().getName() : "";
@@ -86,7 +97,7 @@ void writeJson(JsonWriter& json, const StackFile& file, const std::vector<SliceP
         json.member("width", empty ? 0 : slice.getImageSource().getSize2());
         json.member("height", empty ? 0 : slice.getImageSource().getSize1());
         json.member("depth", empty ? 0 : slice.getImageSource().getDepth());
-        json.member("position", double(slice.getAbsolutePosition()));
+        json.member("position", slice.getAbsolutePosition());
         json.member("pixelWidth", double(slice.getPixelCalibration().getPixelWidth()));
         json.member("pixelHeight", double(slice.getPixelCalibration().getPixelHeight()));
         json.key("registration");
@@ -133,7 +144,7 @@ void printTables(const StackFile& file, OutputFormat format, const std::vector<S
                                           std::to_string(empty ? 0 : slice.getImageSource().getSize2()),
                                           std::to_string(empty ? 0 : slice.getImageSource().getSize1()),
                                           std::to_string(empty ? 0 : slice.getImageSource().getDepth()),
-                                          shortNumber(slice.getAbsolutePosition()),
+                                          positionText(slice.getAbsolutePosition()),
                                           shortNumber(slice.getPixelCalibration().getPixelWidth()),
                                           shortNumber(slice.getPixelCalibration().getPixelHeight()),
                                           shortNumber(registration.getHorShift()) + " " +

@@ -72,9 +72,9 @@ void settleSizes(const Wishes& wishes, const ImageSlices& made, NewStack& descri
     calibration.compute();
     description.calibration = calibration;
     if (wishes.spacing)
-        description.sliceSpacing = float(*wishes.spacing);
+        description.sliceSpacing = *wishes.spacing;
     else if (made.spacing)
-        description.sliceSpacing = float(double(*made.spacing) * factor);
+        description.sliceSpacing = Maths::shortestDecimal(float(double(*made.spacing) * factor));
     else if (made.slices.size() > 1)
         std::cerr << "vorlen-cli: the images tell no distance of the slices: 1 " << unit.symbol()
                   << " is taken; --spacing gives another\n";

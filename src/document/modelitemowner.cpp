@@ -76,9 +76,9 @@ ModelItem* ModelItemOwner::buddyItem(const ModelItem& item) const {
 
 /// The absolute position of the slice of each item. The position of a slice is a walk along its stack: all positions of
 /// a stack are taken in one walk, so that the cost is items plus slices.
-std::vector<float> ModelItemOwner::slicePositions() const {
-    std::unordered_map<const StackSlice*, float> known;
-    std::vector<float> positions;
+std::vector<double> ModelItemOwner::slicePositions() const {
+    std::unordered_map<const StackSlice*, double> known;
+    std::vector<double> positions;
     positions.reserve(__items.size());
     for (const ModelItem* item : __items) {
         const StackSlice* slice = item->getSlice();
@@ -89,7 +89,7 @@ std::vector<float> ModelItemOwner::slicePositions() const {
         if (known.find(slice) == known.end()) {
             const Stack* stack = slice->getStack();
             if (stack != nullptr && stack->findSlice(*slice) >= 0) {
-                const std::vector<float> all = stack->getAbsolutePositions();
+                const std::vector<double> all = stack->getAbsolutePositions();
                 for (int i = 0; i < stack->getNumSlices(); ++i)
                     known[&stack->getSlice(i)] = all[std::size_t(i)];
             } else {
@@ -102,22 +102,22 @@ std::vector<float> ModelItemOwner::slicePositions() const {
 }
 
 bool ModelItemOwner::isSorted() const {
-    const std::vector<float> positions = slicePositions();
-    return std::adjacent_find(positions.begin(), positions.end(), [](float a, float b) { return b < a; }) ==
+    const std::vector<double> positions = slicePositions();
+    return std::adjacent_find(positions.begin(), positions.end(), [](double a, double b) { return b < a; }) ==
            positions.end();
 }
 
 void ModelItemOwner::sort() {
     const int n = getNumItems();
-    std::vector<float> positions = slicePositions();
+    std::vector<double> positions = slicePositions();
     // A file may hold "nan" for a position. Such slices go last, as there is no order with them in it.
-    for (float& position : positions)
+    for (double& position : positions)
         if (position != position)
-            position = std::numeric_limits<float>::infinity();
+            position = std::numeric_limits<double>::infinity();
 
     // A selection sort whose choice of the first smallest among the rest is read from an ordered set of the unsorted
     // (position, place) pairs.
-    std::set<std::pair<float, int>> rest;
+    std::set<std::pair<double, int>> rest;
     for (int i = 0; i < n; ++i)
         rest.emplace_hint(rest.end(), positions[std::size_t(i)], i);
     for (int i = 0; i < n; ++i) {

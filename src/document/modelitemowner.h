@@ -74,7 +74,7 @@ private:
     void sweepOthers();
     void unlistFromOthers();
     void deleteOwn();
-    std::vector<float> slicePositions() const;
+    std::vector<double> slicePositions() const;
 
     friend class ModelItem;
     friend class Stack;

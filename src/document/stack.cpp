@@ -41,11 +41,11 @@ void Stack::setAbsoluteImagesPathPolicy(bool absolute) {
     __absoluteImagesPathPolicy = absolute;
 }
 
-void Stack::setDefaultSliceSpacing(float spacing) {
+void Stack::setDefaultSliceSpacing(double spacing) {
     __defaultRelativePosition = spacing;
 }
 
-void Stack::setDefaultRelativePosition(float position) {
+void Stack::setDefaultRelativePosition(double position) {
     setDefaultSliceSpacing(position);
 }
 
@@ -188,23 +188,23 @@ const StackSlice& Stack::getPreviousSlice(const StackSlice& slice) const {
 }
 
 /// Distance of a relatively placed slice to the one before.
-float Stack::relativeStep(const StackSlice& slice) const {
+double Stack::relativeStep(const StackSlice& slice) const {
     return slice.__defaultRelativePosition ? __defaultRelativePosition : slice.__position;
 }
 
-float Stack::absolutePosition(int i) const {
+double Stack::absolutePosition(int i) const {
     // Back to where the position is known, and forth again: the sums of the recursion, without its depth.
     int known = i;
     while (known > 0 && getSlice(known).__useRelativePosition)
         --known;
-    float position = getSlice(known).__useRelativePosition ? 0 : getSlice(known).__position;
+    double position = getSlice(known).__useRelativePosition ? 0 : getSlice(known).__position;
     for (int k = known + 1; k <= i; ++k)
         position = relativeStep(getSlice(k)) + position;
     return position;
 }
 
-std::vector<float> Stack::getAbsolutePositions() const {
-    std::vector<float> positions;
+std::vector<double> Stack::getAbsolutePositions() const {
+    std::vector<double> positions;
     positions.reserve(__slices.size());
     for (const auto& slice : __slices)
         if (!slice->__useRelativePosition)
@@ -222,17 +222,18 @@ bool Stack::isRegular() const {
         return !slice.hasImageSource() ? std::pair(0, 0) : std::pair(slice.height(), slice.width());
     };
     const auto firstSize = size(getSlice(0));
-    const std::vector<float> positions = getAbsolutePositions();
+    const std::vector<double> positions = getAbsolutePositions();
     const auto relativePosition = [&](int i) {
         const StackSlice& slice = getSlice(i);
         return slice.useRelativePosition() ? relativeStep(slice)
                                            : positions[std::size_t(i)] - positions[std::size_t(i - 1)];
     };
     // Steps of 0.1 between absolute positions differ by the rounding of these.
-    const float spacing = relativePosition(1);
+    const double spacing = relativePosition(1);
     const auto isStep = [&](int i) {
-        const float farther = std::max(std::abs(positions[std::size_t(i)]), std::abs(positions[std::size_t(i - 1)]));
-        const float rounding = 2 * std::numeric_limits<float>::epsilon() * std::max(farther, std::abs(positions[1]));
+        const double farther = std::max(std::abs(positions[std::size_t(i)]), std::abs(positions[std::size_t(i - 1)]));
+        const double rounding =
+            2 * double(std::numeric_limits<float>::epsilon()) * std::max(farther, std::abs(positions[1]));
         return std::abs(relativePosition(i) - spacing) <= rounding;
     };
     for (int i = 1; i < n; ++i)
@@ -345,7 +346,7 @@ VoxelMatrix<T> Stack::toVoxelMatrix(ImageColorContent content) const {
     calibration.setLengthUnit(__defaultPixelCalibration.getLengthUnit());
     calibration.setVoxelWidth(__defaultPixelCalibration.getPixelWidth());
     calibration.setVoxelHeight(__defaultPixelCalibration.getPixelHeight());
-    calibration.setVoxelDepth(__defaultRelativePosition);
+    calibration.setVoxelDepth(float(__defaultRelativePosition));
     volume.setVoxelCalibration(calibration);
     stackToVolume(*this, volume, content);
     return volume;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include "document/standardimage.h"
 #include "document/unreadtext.h"
 #include "images/rasters/greyscale.h"
+#include "numerics/maths.h"
 #include "values/imagecolorcontent.h"
 
 namespace vorlen {
@@ -43,10 +45,15 @@ public:
 
     /// Distance of a slice without a position of its own to the slice before, in the length unit; two names for one
     /// value.
-    void setDefaultSliceSpacing(float spacing);
-    float getDefaultSliceSpacing() const { return __defaultRelativePosition; }
-    void setDefaultRelativePosition(float position);
-    float getDefaultRelativePosition() const { return __defaultRelativePosition; }
+    /// One of single precision stands for its shortest decimal.
+    void setDefaultSliceSpacing(double spacing);
+    void setDefaultSliceSpacing(std::same_as<float> auto spacing) {
+        setDefaultSliceSpacing(Maths::shortestDecimal(spacing));
+    }
+    double getDefaultSliceSpacing() const { return __defaultRelativePosition; }
+    void setDefaultRelativePosition(double position);
+    void setDefaultRelativePosition(std::same_as<float> auto position) { setDefaultSliceSpacing(position); }
+    double getDefaultRelativePosition() const { return __defaultRelativePosition; }
 
     void setDefaultSliceThickness(float thickness);
     float getDefaultSliceThickness() const { return __defaultSliceThickness; }
@@ -109,7 +116,7 @@ public:
     const StackSlice& getPreviousSlice(const StackSlice& slice) const;
 
     /// The absolute positions of all slices, in order, in one walk.
-    std::vector<float> getAbsolutePositions() const;
+    std::vector<double> getAbsolutePositions() const;
 
     /// True for one slice, and for more when all have the size of the first, all but the first are registered by
     /// nothing, and the distances are all the same. A slice without an image counts as of size 0 by 0.
@@ -183,8 +190,8 @@ private:
     std::unique_ptr<StackSlice> takeSlice(int i);
     void renumberSlices(int first);
     float previousPosition(int i) const;
-    float absolutePosition(int i) const;
-    float relativeStep(const StackSlice& slice) const;
+    double absolutePosition(int i) const;
+    double relativeStep(const StackSlice& slice) const;
 
     friend class StackSlice;
 
@@ -195,7 +202,7 @@ private:
     std::vector<std::unique_ptr<StackSlice>> __slices;
     std::vector<std::unique_ptr<Model>> __models;
     float __defaultSliceThickness = 0;
-    float __defaultRelativePosition = 0;
+    double __defaultRelativePosition = 0;
     PixelCalibration __defaultPixelCalibration;
     std::vector<std::unique_ptr<StandardImage>> __standardImages;
     std::string __lastSegmentedSlice;

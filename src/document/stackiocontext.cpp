@@ -68,11 +68,11 @@ Pose* StackIOContext::getPose() const {
     return __pose;
 }
 
-void StackIOContext::setRelativePosition(float position) {
+void StackIOContext::setRelativePosition(double position) {
     __relativePosition = position;
 }
 
-float StackIOContext::getRelativePosition() const {
+double StackIOContext::getRelativePosition() const {
     return __relativePosition;
 }
 

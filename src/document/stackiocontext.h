@@ -41,8 +41,8 @@ public:
     /// Clears nothing.
     void setPose(Pose* pose);
     Pose* getPose() const;
-    void setRelativePosition(float position);
-    float getRelativePosition() const;
+    void setRelativePosition(double position);
+    double getRelativePosition() const;
     /// Clears slice, model, item and calibration curve.
     void setStandardImage(StandardImage* image);
     StandardImage* getStandardImage() const;
@@ -66,7 +66,7 @@ private:
     Model* __model = nullptr;
     ModelItem* __item = nullptr;
     Pose* __pose = nullptr;
-    float __relativePosition = 0;
+    double __relativePosition = 0;
     StandardImage* __standardImage = nullptr;
     CalibrationCurve* __calibrationCurve = nullptr;
     StandardSample* __sample = nullptr;

@@ -88,12 +88,12 @@ void StackReader::inputPixAspect(const Tokens& tokens, StackIOContext& context) 
 
 void StackReader::inputPosition(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getSlice()).setAbsolutePosition(toReal(tokens[1]));
+    required(context.getSlice()).setAbsolutePosition(toDouble(tokens[1]));
 }
 
 void StackReader::inputRelPosition(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    const float position = toReal(tokens[1]);
+    const double position = toDouble(tokens[1]);
     context.setRelativePosition(position);
     if (context.getSlice() != nullptr)
         context.getSlice()->setRelativePosition(position);

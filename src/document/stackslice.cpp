@@ -47,13 +47,13 @@ void StackSlice::setThickness(float thickness) {
     __thickness = thickness;
 }
 
-void StackSlice::setAbsolutePosition(float position) {
+void StackSlice::setAbsolutePosition(double position) {
     __position = position;
     __useRelativePosition = false;
     __defaultRelativePosition = false;
 }
 
-void StackSlice::setRelativePosition(float position) {
+void StackSlice::setRelativePosition(double position) {
     __position = position;
     __useRelativePosition = true;
     __defaultRelativePosition = false;
@@ -65,14 +65,14 @@ void StackSlice::setPlacement(const Placement& placement) {
     __defaultRelativePosition = placement.followsDefault;
 }
 
-float StackSlice::getAbsolutePosition() const {
+double StackSlice::getAbsolutePosition() const {
     if (!__useRelativePosition)
         return __position;
     const int index = __stack == nullptr ? -1 : __stack->findSlice(*this);
     return index <= 0 ? 0 : __stack->absolutePosition(index);
 }
 
-float StackSlice::getRelativePosition() const {
+double StackSlice::getRelativePosition() const {
     if (__defaultRelativePosition)
         return __stack == nullptr ? 0 : __stack->getDefaultRelativePosition();
     if (__useRelativePosition)

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <concepts>
+
 #include "document/modelitemowner.h"
 #include "document/slice.h"
+#include "numerics/maths.h"
 #include "values/registration.h"
 
 namespace vorlen {
@@ -38,9 +41,16 @@ public:
     void setThickness(float thickness);
     float getThickness() const { return __thickness; }
 
-    /// Positions are in the stack's length unit.
-    void setAbsolutePosition(float position);
-    void setRelativePosition(float position);
+    /// Positions are in the stack's length unit. Those of single precision stand for their shortest decimals, since
+    /// stacks keep and write what a person has typed.
+    void setAbsolutePosition(double position);
+    void setRelativePosition(double position);
+    void setAbsolutePosition(std::same_as<float> auto position) {
+        setAbsolutePosition(Maths::shortestDecimal(position));
+    }
+    void setRelativePosition(std::same_as<float> auto position) {
+        setRelativePosition(Maths::shortestDecimal(position));
+    }
 
     /// True when the slice is placed relative to the slice before.
     bool useRelativePosition() const { return __useRelativePosition; }
@@ -50,7 +60,7 @@ public:
 
     /// How the slice is placed, to be put back as it was.
     struct Placement {
-        float position = 0;
+        double position = 0;
         bool relative = true;
         bool followsDefault = true;
 
@@ -61,17 +71,17 @@ public:
 
     /// Walks back to the last slice of absolute position, or to the first slice. Stack::getAbsolutePositions() gives
     /// those of all slices in one walk.
-    float getAbsolutePosition() const;
+    double getAbsolutePosition() const;
 
     /// The distance to the slice before; 0 for a first slice of absolute position.
-    float getRelativePosition() const;
+    double getRelativePosition() const;
 
 private:
     friend class Stack;
 
     Stack* __stack = nullptr;
     float __thickness = 0;
-    float __position = 0;
+    double __position = 0;
     bool __useRelativePosition = true;
     bool __defaultRelativePosition = true;
     Registration __registration;

@@ -488,6 +488,12 @@ void StackWriter::statement(Keyword keyword, float value) {
     __text += endOfStatement;
 }
 
+void StackWriter::statement(Keyword keyword, double value) {
+    __text += getString(keyword) + " ";
+    appendReal(__text, value);
+    __text += endOfStatement;
+}
+
 void StackWriter::statement(Keyword keyword, int value) {
     __text += getString(keyword) + " ";
     append(value);

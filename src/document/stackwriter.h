@@ -80,6 +80,7 @@ private:
     std::string imagesPath(const std::string& imageFile);
 
     void statement(Keyword keyword, float value);
+    void statement(Keyword keyword, double value);
     void statement(Keyword keyword, int value);
     void statement(Keyword keyword, bool value);
     void statement(Keyword keyword, const std::string& value);

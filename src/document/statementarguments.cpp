@@ -64,8 +64,12 @@ double toCoordinate(std::string_view text) {
     return std::clamp<double>(negative ? -value : value, INT_MIN, INT_MAX);
 }
 
+double toDouble(std::string_view text) {
+    return std::strtod(std::string(text.substr(0, 256)).c_str(), nullptr);
+}
+
 float toReal(std::string_view text) {
-    return static_cast<float>(std::strtod(std::string(text.substr(0, 256)).c_str(), nullptr));
+    return static_cast<float>(toDouble(text));
 }
 
 float toFinite(std::string_view text) {

@@ -29,6 +29,7 @@ int toSize(std::string_view text);
 double toCoordinate(std::string_view text);
 
 float toReal(std::string_view text);
+double toDouble(std::string_view text);
 
 /// Widths and the like: 0 for what is no number.
 float toFinite(std::string_view text);

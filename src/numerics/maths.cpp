@@ -1,5 +1,6 @@
 #include "numerics/maths.h"
 
+#include <charconv>
 #include <cmath>
 #include <numbers>
 
@@ -69,6 +70,16 @@ float pdfPoisson(float mean, unsigned int k) {
         return k == 0 ? 1.0f : 0.0f;
     const double m = mean;
     return static_cast<float>(std::exp(k * std::log(m) - m - logFactorialOf(k)));
+}
+
+double shortestDecimal(float x) {
+    if (!std::isfinite(x))
+        return double(x);
+    char text[64];
+    const char* const end = std::to_chars(text, text + sizeof text, x).ptr;
+    double value = 0;
+    std::from_chars(text, end, value);
+    return value;
 }
 
 float toRadians(float degrees) {

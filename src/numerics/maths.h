@@ -23,6 +23,9 @@ float factorial(int n);
 /// Probability of k events when mean are expected. mean must not be negative.
 float pdfPoisson(float mean, unsigned int k);
 
+/// The number that the shortest decimal text stands for which reads back as this one: 0.35 for 0.35f.
+double shortestDecimal(float x);
+
 float toRadians(float degrees);
 float toDegrees(float radians);
 

@@ -428,7 +428,7 @@ MeasurementTable MeasurementTable::ofItemsThat(const Stack& stack, const Include
     int rank = -1;
     unsigned int sliceText = 0;
     ModelItemGeometry geometry;
-    const std::vector<float> positions = stack.getAbsolutePositions();
+    const std::vector<double> positions = stack.getAbsolutePositions();
     forItems(stack, [&](const StackSlice& slice, int s, const ModelItem& item) {
         if (!includes(item))
             return;
@@ -474,7 +474,7 @@ MeasurementTable MeasurementTable::ofItems(const Stack& stack, const Model& mode
 MeasurementTable MeasurementTable::ofPoints(const Stack& stack, const Model& model) {
     MeasurementTable table(pointColumns(stack));
     ModelItemGeometry geometry;
-    const std::vector<float> positions = stack.getAbsolutePositions();
+    const std::vector<double> positions = stack.getAbsolutePositions();
     forItems(stack, [&](const StackSlice& slice, int rank, const ModelItem& item) {
         if (item.getModel() != &model)
             return;
@@ -498,7 +498,7 @@ MeasurementTable MeasurementTable::ofSlices(const Stack& stack) {
     for (int m = 0; m < stack.getNumModels(); ++m)
         places.emplace(&stack.getModel(m), std::size_t(m));
     std::vector<int> counts(places.size());
-    const std::vector<float> positions = stack.getAbsolutePositions();
+    const std::vector<double> positions = stack.getAbsolutePositions();
     for (int s = 0; s < stack.getNumSlices(); ++s) {
         const StackSlice& slice = stack.getSlice(s);
         std::fill(counts.begin(), counts.end(), 0);

@@ -33,7 +33,7 @@ std::optional<PlanePoint> pixelUnder(const Stack& stack, const StackSlice& slice
 }
 
 int nearestSlice(const Stack& stack, const SpacePlace& place) {
-    const std::vector<float> positions = stack.getAbsolutePositions();
+    const std::vector<double> positions = stack.getAbsolutePositions();
     int nearest = -1;
     double least = 0;
     for (std::size_t i = 0; i < positions.size(); ++i) {

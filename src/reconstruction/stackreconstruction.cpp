@@ -49,7 +49,7 @@ void StackReconstruction<T>::computeMaps() {
         throw UsageError("void StackReconstruction<T>::computeMaps()", "No stack has been set");
 
     const int numSlices = __stack->getNumSlices();
-    const std::vector<float> positions = __stack->getAbsolutePositions();
+    const std::vector<double> positions = __stack->getAbsolutePositions();
     __maps.setZeros(numSlices, 6);
     __zMap.setSize(numSlices);
 
@@ -70,7 +70,7 @@ void StackReconstruction<T>::computeMaps() {
         s = std::sin(angle);
         c = std::cos(angle);
 
-        __zMap[i] = positions[std::size_t(i)];
+        __zMap[i] = T(positions[std::size_t(i)]);
         const T halfWidth = pixelWidth * (size.width / 2), halfHeight = pixelHeight * (size.height / 2);
         Vector<T>& map = __maps[i];
         map[0] = pixelWidth * c;

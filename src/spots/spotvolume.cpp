@@ -70,11 +70,11 @@ std::string imageFault(const Stack& stack) {
 }
 
 std::string stepFault(const Stack& stack) {
-    const std::vector<float> positions = stack.getAbsolutePositions();
+    const std::vector<double> positions = stack.getAbsolutePositions();
     const int n = int(positions.size());
     const double mean = (double(positions.back()) - double(positions.front())) / (n - 1);
     double farthest = 0;
-    for (const float position : positions)
+    for (const double position : positions)
         farthest = std::max(farthest, std::abs(double(position)));
     const double tolerance = 1e-3 * std::abs(mean) + 4 * double(std::numeric_limits<float>::epsilon()) * farthest;
     // Against the most common step, so that the slice is named that is out of step.
@@ -162,7 +162,7 @@ Vector<int> spotVolumeSize(const Stack& stack) {
 
 Vector<double> spotResolution(const Stack& stack) {
     const PixelCalibration& calibration = stack.getFirstSlice().getPixelCalibration();
-    const std::vector<float> positions = stack.getAbsolutePositions();
+    const std::vector<double> positions = stack.getAbsolutePositions();
     Vector<double> resolution(3);
     resolution[0] = calibration.getPixelHeight();
     resolution[1] = calibration.getPixelWidth();

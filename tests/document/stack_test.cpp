@@ -233,8 +233,8 @@ TEST(Stack, positionsMixDefaultsDistancesAndAbsolutes) {
     stack.getSlice(2).setRelativePosition(5);
     stack.getSlice(4).setAbsolutePosition(100);
     // 0, 0 + 2, 2 + 5, 7 + 2, 100, 100 + 2
-    const std::vector<float> absolute = {0, 2, 7, 9, 100, 102};
-    const std::vector<float> relative = {2, 2, 5, 2, 91, 2};
+    const std::vector<double> absolute = {0, 2, 7, 9, 100, 102};
+    const std::vector<double> relative = {2, 2, 5, 2, 91, 2};
     for (int i = 0; i < 6; ++i) {
         EXPECT_EQ(stack.getSlice(i).getAbsolutePosition(), absolute[std::size_t(i)]) << i;
         EXPECT_EQ(stack.getSlice(i).getRelativePosition(), relative[std::size_t(i)]) << i;
@@ -261,11 +261,11 @@ TEST(Stack, aSliceBehindADeletedOneStaysWhereItIs) {
     addSlices(stack, 5);
     stack.setDefaultSliceSpacing(2);
     stack.deleteSlice(2);
-    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 2, 6, 8}));
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<double>{0, 2, 6, 8}));
     EXPECT_EQ(stack.getSlice(2).getRelativePosition(), 4);
     EXPECT_TRUE(stack.getSlice(3).isDefaultRelativePosition());
     std::unique_ptr<StackSlice> removed(stack.removeSlice(1));
-    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 6, 8}));
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<double>{0, 6, 8}));
 }
 
 TEST(Stack, deletionAtAnEndChangesNoStoredPosition) {
@@ -276,7 +276,7 @@ TEST(Stack, deletionAtAnEndChangesNoStoredPosition) {
     stack.deleteSlice(2);
     EXPECT_TRUE(stack.getSlice(0).isDefaultRelativePosition());
     EXPECT_TRUE(stack.getSlice(1).isDefaultRelativePosition());
-    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 2}));
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<double>{0, 2}));
 }
 
 TEST(Stack, isRegularWhereStepsDifferByTheirRounding) {

@@ -178,7 +178,7 @@ TEST(StackReader, theHeaderFillsTheStack) {
     EXPECT_EQ(read.stack.getLengthUnit().getScale(), -9);
     EXPECT_FLOAT_EQ(read.stack.getDefaultPixelCalibration().getPixelWidth(), 0.5f);
     EXPECT_FLOAT_EQ(read.stack.getDefaultPixelCalibration().getPixelHeight(), 1.0f);
-    EXPECT_FLOAT_EQ(read.stack.getDefaultRelativePosition(), 10);
+    EXPECT_DOUBLE_EQ(read.stack.getDefaultRelativePosition(), 10);
     EXPECT_EQ(read.stack.getLastSegmentedSlice(), "s2");
     EXPECT_EQ(read.stack.getLastRegisteredSlice(), "");
     EXPECT_EQ(read.stack.getAnnotation(), "a\nb; \"c\"");
@@ -195,14 +195,34 @@ TEST(StackReader, slicesTakeTheDefaultsOfTheirMomentAndThenTheirOwn) {
     EXPECT_FLOAT_EQ(b.getPixelCalibration().getPixelHeight(), 3);
     EXPECT_FLOAT_EQ(b.getPixelCalibration().getAspectRatio(), 1.5);
     EXPECT_FALSE(b.useRelativePosition());
-    EXPECT_FLOAT_EQ(b.getAbsolutePosition(), 7.5);
+    EXPECT_DOUBLE_EQ(b.getAbsolutePosition(), 7.5);
     EXPECT_FLOAT_EQ(b.getRegistration().getRotationAngle(), 12.5);
     EXPECT_EQ(b.getRegistration().getHorShift(), 3);
     EXPECT_EQ(b.getRegistration().getVerShift(), -2);
     EXPECT_EQ(b.getAnnotation(), "n");
     EXPECT_EQ(read.stack.getAnnotation(), "");
-    EXPECT_FLOAT_EQ(c.getAbsolutePosition(), 11.5);
+    EXPECT_DOUBLE_EQ(c.getAbsolutePosition(), 11.5);
     EXPECT_EQ(c.getStack(), &read.stack);
+}
+
+// As of a stage that counts nanometres from its corner: the steps are what volumes are made of.
+TEST(StackReader, positionsFarOutKeepTheirSteps) {
+    std::string text = "FileFormatVersion 1.03;\n";
+    for (const char* const position : {"100000.35", "100000.7", "100001.05", "987654321.25"})
+        text += std::string("SLICE \"") + position + "\" 1 1;\nPOSITION " + position + ";\n";
+    const Read read(text + "SLICE \"last\" 1 1;\nRELPOSITION 0.35;\n");
+    EXPECT_TRUE(read.log().empty());
+    const Stack& stack = read.stack;
+    EXPECT_EQ(stack.getAbsolutePositions(),
+              (std::vector<double>{100000.35, 100000.7, 100001.05, 987654321.25, 987654321.6}));
+    EXPECT_NEAR(stack.getSlice(1).getRelativePosition(), 0.35, 1e-9);
+    const std::string written = StackWriter().toText(stack, ".");
+    for (const char* const statement : {"POSITION 100000.35;", "POSITION 987654321.25;", "RELPOSITION 0.35;"})
+        EXPECT_NE(written.find(statement), std::string::npos) << statement;
+    // What comes in single precision, as from images, stands for its shortest decimal.
+    StackSlice slice;
+    slice.setRelativePosition(0.35F);
+    EXPECT_EQ(slice.getRelativePosition(), 0.35);
 }
 
 TEST(StackReader, registrationsAreDecimalsAndAlwaysNumbers) {

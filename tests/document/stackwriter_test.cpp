@@ -462,12 +462,12 @@ TEST(StackWriter, realNumbersReadBackAsTheyWere) {
     Stack stack, copy;
     for (int i = 0; i < 20; ++i) {
         StackSlice& slice = addFile(stack, std::to_string(i), folder.file("images/a.tif"));
-        slice.setAbsolutePosition(100000 + 0.35f * float(i));
+        slice.setAbsolutePosition(100000 + 0.35 * i);
     }
     modelOf(stack, "m").getItemProperties().setLineWidth(1.75f);
     roundTrip(stack, folder, copy);
     for (int i = 0; i < 20; ++i)
-        EXPECT_EQ(copy.getSlice(i).getAbsolutePosition(), 100000 + 0.35f * float(i));
+        EXPECT_EQ(copy.getSlice(i).getAbsolutePosition(), 100000 + 0.35 * i);
     EXPECT_EQ(copy.getModel(0).getItemProperties().getLineWidth(), 1.75f);
 }
 

@@ -299,7 +299,7 @@ TEST(DocumentOperations, areRefusedWithAReasonAndWithoutATrace) {
     addSlices(other, 1);
     Model& foreign = addModel(other, "a");
     const std::string before = text(*stack);
-    const auto spacing = [](float value) {
+    const auto spacing = [](double value) {
         SliceChange change;
         change.spacing = value;
         return change;
@@ -361,7 +361,7 @@ TEST(DocumentOperations, areRefusedWithAReasonAndWithoutATrace) {
 // The places keep their positions. Slices 0 and 1 are still one behind the other: only 1 keeps its registration.
 TEST(DocumentOperations, slicesThatAreReorderedTakeThePlacesThatThereWere) {
     const auto stack = makeDocument();
-    const std::vector<float> positions = stack->getAbsolutePositions();
+    const std::vector<double> positions = stack->getAbsolutePositions();
     StackSlice* const moved = &slice(*stack, 2);
     ASSERT_TRUE(reorderSlices(*stack, {2, 0, 1, 3}));
     EXPECT_EQ(&slice(*stack, 0), moved);
@@ -399,7 +399,7 @@ TEST(DocumentOperations, aNewStackOfImagesIsRegisteredInOneStep) {
     EXPECT_EQ(stack->getName(), "new");
     ASSERT_EQ(stack->getNumSlices(), 2);
     EXPECT_EQ(slice(*stack, 1).getName(), "im1");
-    EXPECT_EQ(stack->getAbsolutePositions(), (std::vector<float>{0, 2}));
+    EXPECT_EQ(stack->getAbsolutePositions(), (std::vector<double>{0, 2}));
     EXPECT_EQ(slice(*stack, 1).getPixelCalibration().getPixelHeight(), 3);
     EXPECT_TRUE(stack->isModified());
 

@@ -326,10 +326,10 @@ TEST_F(VRLActionsTest, aSliceLeavesAndComesBackWithItsItems) {
     EXPECT_EQ(stack.getReconstruction().getZMap().getSize(), 3);
 
     // The slices behind stand where they stood.
-    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 5, 10}));
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<double>{0, 5, 10}));
     EXPECT_TRUE(stack.getSlice(2).isDefaultRelativePosition());
     stack.history()->redo();
-    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 10}));
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<double>{0, 10}));
     stack.history()->undo();
 
     auto* slice = new StackSlice;
@@ -338,9 +338,9 @@ TEST_F(VRLActionsTest, aSliceLeavesAndComesBackWithItsItems) {
     auto* insertion = new VRLSliceInsertionDeletionAction(*slice);
     insertion->setSlicePosition(1);
     expectReversible(insertion, {"sliceIn"}, {"sliceOut"});
-    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 5, 10, 15}));
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<double>{0, 5, 10, 15}));
     stack.history()->undo();
-    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<float>{0, 5, 10}));
+    EXPECT_EQ(stack.getAbsolutePositions(), (std::vector<double>{0, 5, 10}));
     EXPECT_TRUE(stack.getSlice(1).isDefaultRelativePosition());
 }
 

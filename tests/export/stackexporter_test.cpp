@@ -196,7 +196,7 @@ TEST(SaveVolumeAsStack, givesAStackOfThePlanes) {
     EXPECT_TRUE(reader.getLog().empty());
     ASSERT_EQ(stack.getNumSlices(), 2);
     EXPECT_EQ(stack.getSlice(1).getName(), "v_001.tif");
-    EXPECT_FLOAT_EQ(stack.getSlice(1).getAbsolutePosition(), 3.5f);
+    EXPECT_DOUBLE_EQ(stack.getSlice(1).getAbsolutePosition(), 3.5f);
     EXPECT_FLOAT_EQ(stack.getSlice(1).getPixelCalibration().getPixelWidth(), 2);
     Image image;
     stack.getSlice(1).load(image);

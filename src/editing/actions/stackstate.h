@@ -22,7 +22,7 @@ struct StackState {
     std::string annotation;
     std::string imagesPath;
     bool absoluteImagesPath;
-    float sliceSpacing;
+    double sliceSpacing;
     float sliceThickness;
     PixelCalibration calibration; // with the length unit, of the stack alone
     std::string lastRegisteredSlice;

@@ -16,12 +16,18 @@
 #include "images/files/imagesourcekinds.h"
 #include "images/files/imagesourceplaceholder.h"
 #include "numerics/exception.h"
+#include "numerics/maths.h"
 #include "values/imagestatement.h"
 #include "values/registration.h"
 
 namespace vorlen::partstates {
 
 namespace {
+
+/// Whether single precision tells the position, or the spacing, as journals of old have it.
+bool isTold(double position) {
+    return Maths::shortestDecimal(float(position)) == position;
+}
 
 void put(ByteWriter& bytes, const PixelCalibration& calibration) {
     bytes.integer(calibration.getLengthUnit().getScale());
@@ -241,14 +247,20 @@ std::string ofStack(const Stack& stack) {
     bytes.text(state.annotation);
     bytes.text(state.imagesPath);
     bytes.flag(state.absoluteImagesPath);
-    bytes.real(state.sliceSpacing);
+    bytes.real(float(state.sliceSpacing));
     bytes.real(state.sliceThickness);
     put(bytes, state.calibration);
     bytes.text(state.lastRegisteredSlice);
     bytes.text(stack.getLastSegmentedSlice());
-    if (state.greyScale)
-        for (const float value : {state.greyScale->low, state.greyScale->high, state.greyScale->white})
+    const bool hasDecimals = !isTold(state.sliceSpacing);
+    if (state.greyScale || hasDecimals) {
+        constexpr float none = std::numeric_limits<float>::quiet_NaN();
+        const GreyScale scale = state.greyScale.value_or(GreyScale{none, none, none});
+        for (const float value : {scale.low, scale.high, scale.white})
             bytes.real(value);
+    }
+    if (hasDecimals)
+        bytes.decimal(state.sliceSpacing);
     return bytes.take();
 }
 
@@ -259,7 +271,7 @@ void give(const std::string& state, Stack& stack) {
     given.annotation = bytes.text();
     given.imagesPath = bytes.text();
     given.absoluteImagesPath = bytes.flag();
-    given.sliceSpacing = bytes.real();
+    given.sliceSpacing = Maths::shortestDecimal(bytes.real());
     given.sliceThickness = bytes.real();
     given.calibration = takeCalibration(bytes);
     given.lastRegisteredSlice = bytes.text();
@@ -269,7 +281,11 @@ void give(const std::string& state, Stack& stack) {
         GreyScale& scale = given.greyScale.emplace();
         for (float* value : {&scale.low, &scale.high, &scale.white})
             *value = bytes.real();
+        if (std::isnan(scale.low))
+            given.greyScale.reset();
     }
+    if (!bytes.atEnd())
+        given.sliceSpacing = bytes.decimal();
     given.giveTo(stack);
     stack.setLastSegmentedSlice(last);
 }
@@ -285,7 +301,7 @@ std::string ofSlice(const StackSlice& slice) {
     bytes.text(state.name);
     bytes.text(state.annotation);
     bytes.real(state.thickness);
-    bytes.real(state.placement.position);
+    bytes.real(float(state.placement.position));
     bytes.flag(state.placement.relative);
     bytes.flag(state.placement.followsDefault);
     put(bytes, state.calibration);
@@ -295,11 +311,14 @@ std::string ofSlice(const StackSlice& slice) {
     bytes.real(registration.getRotationAngle());
     bytes.text(slice.getUnreadText());
     // Decimals stand at the end, where journals of old have nothing.
+    const bool hasDecimals = !isTold(state.placement.position);
     if (registration.getHorShift() != wholeShift(registration.getHorShift()) ||
-        registration.getVerShift() != wholeShift(registration.getVerShift())) {
+        registration.getVerShift() != wholeShift(registration.getVerShift()) || hasDecimals) {
         bytes.decimal(registration.getHorShift());
         bytes.decimal(registration.getVerShift());
     }
+    if (hasDecimals)
+        bytes.decimal(state.placement.position);
     return bytes.take();
 }
 
@@ -309,7 +328,7 @@ void give(const std::string& state, StackSlice& slice) {
     given.name = bytes.text();
     given.annotation = bytes.text();
     given.thickness = bytes.real();
-    given.placement.position = bytes.real();
+    given.placement.position = Maths::shortestDecimal(bytes.real());
     given.placement.relative = bytes.flag();
     given.placement.followsDefault = bytes.flag();
     given.calibration = takeCalibration(bytes);
@@ -321,6 +340,8 @@ void give(const std::string& state, StackSlice& slice) {
         given.registration.setHorShift(bytes.decimal());
         given.registration.setVerShift(bytes.decimal());
     }
+    if (!bytes.atEnd())
+        given.placement.position = bytes.decimal();
     given.giveTo(slice);
 }
 

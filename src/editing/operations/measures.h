@@ -7,7 +7,7 @@
 namespace vorlen {
 
 /// Whether a number can be the size of something.
-inline bool isSize(float value) {
+inline bool isSize(double value) {
     return std::isfinite(value) && value > 0;
 }
 

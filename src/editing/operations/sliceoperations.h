@@ -17,8 +17,8 @@ class VRLStack;
 struct SliceChange {
     std::optional<std::string> name;
     std::optional<std::string> annotation;
-    std::optional<float> spacing;  // to the slice before, in the stack's length unit
-    std::optional<float> position; // absolute; not together with a spacing
+    std::optional<double> spacing;  // to the slice before, in the stack's length unit
+    std::optional<double> position; // absolute; not together with a spacing
     std::optional<float> thickness;
     std::optional<PixelCalibration> calibration; // in the stack's length unit, whatever its own
     std::optional<Registration> registration;

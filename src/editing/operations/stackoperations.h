@@ -19,7 +19,7 @@ class VRLStack;
 /// A new stack of images: its defaults, and the files of its slices in their order.
 struct NewStack {
     std::string name;
-    float sliceSpacing = 1;
+    double sliceSpacing = 1;
     PixelCalibration calibration;
     std::vector<std::string> images;
     ImageChoice choice = {};
@@ -38,7 +38,7 @@ struct StackChange {
     std::optional<std::string> name;
     std::optional<std::string> annotation;
     std::optional<LengthUnit> unit; // of the stack and all of its slices
-    std::optional<float> spacing;
+    std::optional<double> spacing;
     std::vector<StackSlice*> spacingSlices;      // one that follows the default goes on following it
     std::optional<PixelCalibration> calibration; // in the stack's length unit, whatever its own
     std::vector<StackSlice*> calibrationSlices;

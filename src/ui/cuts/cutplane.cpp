@@ -90,7 +90,7 @@ std::vector<CutPoint> crossingsOf(const Stack& stack, bool acrossX, double at,
 }
 
 CutHeights::CutHeights(const Stack& stack) {
-    const std::vector<float> positions = stack.getAbsolutePositions();
+    const std::vector<double> positions = stack.getAbsolutePositions();
     __positions.assign(positions.begin(), positions.end());
     if (std::adjacent_find(__positions.begin(), __positions.end(), std::not_equal_to<>()) == __positions.end())
         std::iota(__positions.begin(), __positions.end(), 0.0);

@@ -73,11 +73,11 @@ void VRLNewStackDialog::setName(const std::string& name) {
     __properties->setName(name, false);
 }
 
-float VRLNewStackDialog::getSliceSpacing() const {
+double VRLNewStackDialog::getSliceSpacing() const {
     return __properties->getSliceSpacing();
 }
 
-void VRLNewStackDialog::setSliceSpacing(float spacing) {
+void VRLNewStackDialog::setSliceSpacing(double spacing) {
     __properties->setSliceSpacing(spacing);
 }
 
@@ -128,7 +128,7 @@ void VRLNewStackDialog::lookAtImages() {
         }
         const LengthUnit unit = found.calibration ? found.calibration->getLengthUnit() : LengthUnit(-6);
         if (found.spacing && getSliceSpacing() == __filledSpacing && unit == getPixelCalibration().getLengthUnit()) {
-            setSliceSpacing(*found.spacing);
+            setSliceSpacing(Maths::shortestDecimal(*found.spacing));
             __filledSpacing = getSliceSpacing();
         }
     }

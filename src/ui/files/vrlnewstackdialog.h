@@ -26,8 +26,8 @@ public:
 
     std::string getName() const;
     void setName(const std::string& name);
-    float getSliceSpacing() const;
-    void setSliceSpacing(float spacing);
+    double getSliceSpacing() const;
+    void setSliceSpacing(double spacing);
     PixelCalibration getPixelCalibration() const;
     void setPixelCalibration(const PixelCalibration& calibration);
     QStringList getImageList() const;
@@ -48,7 +48,7 @@ private:
     QWidget* __channelRow; // hidden as long as there is nothing to choose
     QComboBox* __channels;
     QStringList __lookedAt; // the image whose sizes are filled in
-    float __filledSpacing;
+    double __filledSpacing;
     PixelCalibration __filledCalibration;
 };
 

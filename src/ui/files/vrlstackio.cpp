@@ -189,7 +189,7 @@ VRLStack* VRLStackIO::newStackFromFile(const std::string& file) {
     description.name = QFileInfo(decoded(path)).completeBaseName().toStdString();
     description.images = {path};
     description.calibration = made.calibration.value_or(PixelCalibration());
-    description.sliceSpacing = made.spacing.value_or(1.0f);
+    description.sliceSpacing = Maths::shortestDecimal(made.spacing.value_or(1.0f));
     std::unique_ptr<VRLStack> stack = makeStack(description, std::move(made.slices));
     QStringList notes;
     for (const std::string& note : made.notes)

@@ -10,9 +10,9 @@ namespace vorlen {
 bool hasDefaultSpacing(const StackSlice& slice) {
     if (slice.getStack() == nullptr)
         return true;
-    const float rounding = slice.useRelativePosition()
-                               ? 0
-                               : 2 * std::numeric_limits<float>::epsilon() * std::fabs(slice.getAbsolutePosition());
+    const double rounding = slice.useRelativePosition() ? 0.0
+                                                        : 2 * double(std::numeric_limits<float>::epsilon()) *
+                                                              std::fabs(slice.getAbsolutePosition());
     return std::fabs(slice.getRelativePosition() - slice.getStack()->getDefaultRelativePosition()) <= rounding;
 }
 

@@ -13,16 +13,16 @@ VRLNumberEdit::VRLNumberEdit(QWidget* parent)
     connect(this, &QLineEdit::textChanged, this, &VRLNumberEdit::check);
 }
 
-void VRLNumberEdit::setValue(float value) {
+void VRLNumberEdit::setValue(double value) {
     __value = value;
-    __valueText = QString::number(static_cast<double>(value), 'g', 6);
+    __valueText = QString::number(value, 'g', 6);
     setText(__valueText);
     check(); // also when signals are blocked, or the text is the same
 }
 
 // QString converts by the classic locale, whatever the user's is.
-float VRLNumberEdit::getValue() const {
-    return showsOwnValue() ? __value : text().trimmed().toFloat();
+double VRLNumberEdit::getValue() const {
+    return showsOwnValue() ? __value : text().trimmed().toDouble();
 }
 
 bool VRLNumberEdit::isValid() const {
@@ -55,7 +55,7 @@ QString VRLNumberEdit::problem() const {
     if (number.isEmpty())
         return "Please enter a number.";
     bool converts = false;
-    const float value = number.toFloat(&converts);
+    const auto value = static_cast<float>(number.toDouble(&converts)); // sizes of pixels are held so
     if (!converts && number.contains(','))
         return "Please use a point as the decimal mark.";
     if (!converts || !std::isfinite(value))

@@ -17,10 +17,10 @@ public:
     explicit VRLNumberEdit(QWidget* parent = nullptr);
 
     /// Shows the number with six significant digits.
-    void setValue(float value);
+    void setValue(double value);
 
     /// The number that was set, while its text stands, and else what the text says; 0 for a text that is no number.
-    float getValue() const;
+    double getValue() const;
 
     bool isValid() const;
 
@@ -39,7 +39,7 @@ private:
     void check();
 
     VRLFieldMark* __mark;
-    float __value = 1;
+    double __value = 1;
     QString __valueText;
     bool __acceptsOwnValue = false;
 };

@@ -77,11 +77,11 @@ PixelCalibration VRLPixelCalibrationEditor::getPixelCalibration() const {
     calibration.setLengthUnit(__calibration.getLengthUnit());
     const Number derived = derivedNumber(__config->currentIndex());
     if (derived != AspectRatio)
-        calibration.setAspectRatio(__numbers[AspectRatio]->getValue());
+        calibration.setAspectRatio(float(__numbers[AspectRatio]->getValue()));
     if (derived != PixelWidth)
-        calibration.setPixelWidth(__numbers[PixelWidth]->getValue());
+        calibration.setPixelWidth(float(__numbers[PixelWidth]->getValue()));
     if (derived != PixelHeight)
-        calibration.setPixelHeight(__numbers[PixelHeight]->getValue());
+        calibration.setPixelHeight(float(__numbers[PixelHeight]->getValue()));
     calibration.compute();
     return calibration;
 }

@@ -44,7 +44,7 @@ void VRLSlicePropertiesDialog::apply() {
         return;
     const std::string name = __editor->getName();
     const bool otherName = !__editor->showsName(__slice->getName());
-    const float spacing = __editor->getSliceSpacing();
+    const double spacing = __editor->getSliceSpacing();
     const PixelCalibration calibration = __editor->getPixelCalibration();
 
     SliceChange change;

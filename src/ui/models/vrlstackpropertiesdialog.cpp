@@ -48,7 +48,7 @@ void VRLStackPropertiesDialog::apply() {
     const std::string name = __editor->getName();
     const bool otherName = !__editor->showsName(__stack->getName());
     const LengthUnit unit = __editor->getLengthUnit();
-    const float spacing = __editor->getSliceSpacing();
+    const double spacing = __editor->getSliceSpacing();
     const PixelCalibration calibration = __editor->getPixelCalibration();
     const bool absolutePath = __editor->getAbsoluteImagesPathPolicy();
     const bool otherSpacing = spacing != __stack->getDefaultRelativePosition();

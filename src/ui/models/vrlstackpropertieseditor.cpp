@@ -102,11 +102,11 @@ LengthUnit VRLStackPropertiesEditor::getLengthUnit() const {
     return LengthUnit(__lengthUnit->currentData().toInt());
 }
 
-void VRLStackPropertiesEditor::setSliceSpacing(float spacing) {
+void VRLStackPropertiesEditor::setSliceSpacing(double spacing) {
     __sliceSpacing->setValue(spacing);
 }
 
-float VRLStackPropertiesEditor::getSliceSpacing() const {
+double VRLStackPropertiesEditor::getSliceSpacing() const {
     return __sliceSpacing->getValue();
 }
 

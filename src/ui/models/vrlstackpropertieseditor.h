@@ -42,8 +42,8 @@ public:
     LengthUnit getLengthUnit() const;
 
     /// In the length unit.
-    void setSliceSpacing(float spacing);
-    float getSliceSpacing() const;
+    void setSliceSpacing(double spacing);
+    double getSliceSpacing() const;
 
     void setPixelCalibration(const PixelCalibration& calibration);
 

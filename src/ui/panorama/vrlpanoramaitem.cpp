@@ -80,7 +80,7 @@ QString VRLPanoramaItem::toolTipOf(const StackSlice& slice) {
                      .arg(number(width * double(calibration.getPixelWidth())),
                           number(height * double(calibration.getPixelHeight())), unit);
     }
-    lines += "Depth = " + number(double(slice.getAbsolutePosition())) + ' ' + unit;
+    lines += "Depth = " + QString::number(slice.getAbsolutePosition(), 'g', 10) + ' ' + unit;
     return lines.join('\n');
 }
 

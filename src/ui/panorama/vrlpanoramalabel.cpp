@@ -30,7 +30,7 @@ VRLPanoramaLabel::VRLPanoramaLabel(QWidget* parent) : QFrame(parent) {
 
 void VRLPanoramaLabel::setSlice(const StackSlice& slice) {
     __nameText = "Slice: " + QString::fromStdString(slice.getName());
-    __depthText = "Depth: " + QString::number(double(slice.getAbsolutePosition()), 'g', 6);
+    __depthText = "Depth: " + QString::number(slice.getAbsolutePosition(), 'g', 10);
     elide();
 }
 

@@ -183,7 +183,7 @@ TEST_F(VRLStackIOTest, aNewStackFollowsTheSortedListOfImages) {
     ASSERT_NE(stack, nullptr);
     ASSERT_EQ(stack->getNumSlices(), 2);
     EXPECT_EQ(stack->getSlice(1).getName(), "c");
-    EXPECT_FLOAT_EQ(stack->getSlice(1).getAbsolutePosition(), 2.5f);
+    EXPECT_DOUBLE_EQ(stack->getSlice(1).getAbsolutePosition(), 2.5f);
     EXPECT_TRUE(stack->isModified());
     EXPECT_EQ(stack->getFilename(), "");
     EXPECT_EQ(numOpen(), 1);
@@ -331,7 +331,7 @@ TEST_F(VRLStackIOTest, aVolumeBecomesAStackOfItsPlanes) {
     ASSERT_EQ(stack->getNumSlices(), 12);
     EXPECT_EQ(stack->getSlice(11).getName(), "0011");
     EXPECT_EQ(stack->getName(), "v");
-    EXPECT_FLOAT_EQ(stack->getSlice(2).getAbsolutePosition(), 14);
+    EXPECT_DOUBLE_EQ(stack->getSlice(2).getAbsolutePosition(), 14);
     EXPECT_FLOAT_EQ(stack->getDefaultPixelCalibration().getPixelHeight(), 3);
     EXPECT_EQ(stack->getLengthUnit().getScale(), -6);
     EXPECT_TRUE(stack->isModified());

@@ -250,7 +250,7 @@ TEST_F(VRLStackPropertiesEditorTest, numbersHaveAPointInEveryLocale) {
     EXPECT_EQ(spacing.text(), "0.5");
     spacing.setText("1234.5");
     EXPECT_TRUE(german.validSliceSpacing());
-    EXPECT_FLOAT_EQ(german.getSliceSpacing(), 1234.5f);
+    EXPECT_DOUBLE_EQ(german.getSliceSpacing(), 1234.5f);
     QLocale::setDefault(before);
 }
 

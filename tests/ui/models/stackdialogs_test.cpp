@@ -69,8 +69,8 @@ protected:
         show();
     }
 
-    std::vector<float> spacings() {
-        std::vector<float> values;
+    std::vector<double> spacings() {
+        std::vector<double> values;
         for (int i = 0; i < stack.getNumSlices(); ++i)
             values.push_back(stack.getSlice(i).getRelativePosition());
         return values;
@@ -129,7 +129,7 @@ TEST_F(VRLStackPropertiesDialogTest, whatDiffersIsChangedInOrderWithinABatch) {
     EXPECT_EQ(stack.getLengthUnit().getScale(), -9);
     EXPECT_EQ(stack.getSlice(3).getPixelCalibration().getLengthUnit().getScale(), -9);
     EXPECT_EQ(stack.getDefaultRelativePosition(), 0.5f);
-    EXPECT_EQ(spacings(), std::vector<float>(4, 0.5f));
+    EXPECT_EQ(spacings(), std::vector<double>(4, 0.5f));
     EXPECT_EQ(stack.getDefaultPixelCalibration().getPixelWidth(), 0.25f);
     EXPECT_EQ(widths(), std::vector<float>(4, 0.25f));
     EXPECT_TRUE(stack.getAbsoluteImagesPathPolicy());
@@ -151,7 +151,7 @@ TEST_F(VRLStackPropertiesDialogTest, whatDiffersIsChangedInOrderWithinABatch) {
     stack.history()->undo(); // all of it
     EXPECT_FALSE(stack.history()->isUndoable());
     EXPECT_EQ(stack.getName(), "brain");
-    EXPECT_EQ(spacings(), std::vector<float>(4, 2.0f));
+    EXPECT_EQ(spacings(), std::vector<double>(4, 2.0f));
     EXPECT_EQ(widths(), std::vector<float>(4, 1.0f));
     EXPECT_EQ(stack.getSlice(3).getPixelCalibration().getLengthUnit().getScale(), sliceScale);
     EXPECT_EQ(field("Stack name").text(), "brain");
@@ -189,14 +189,14 @@ TEST_F(VRLStackPropertiesDialogTest, slicesOfTheirOwnSpacingAreAskedFor) {
         EXPECT_EQ(answers.texts[0], "Slice s0: spacing differs from default stack spacing.\nSet spacing to new value?");
         EXPECT_EQ(answers.defaults[0], "No");
     }
-    EXPECT_EQ(spacings(), std::vector<float>({10, 3, 3, 13}));
+    EXPECT_EQ(spacings(), std::vector<double>({10, 3, 3, 13}));
     field("Slice spacing").setText("4");
     {
         Answers answers({"No", "Yes to All"});
         stack.getSlice(2).setRelativePosition(12);
         click("Apply");
     }
-    EXPECT_EQ(spacings(), std::vector<float>({10, 4, 4, 4}));
+    EXPECT_EQ(spacings(), std::vector<double>({10, 4, 4, 4}));
     // A slice that only follows the default goes on following it.
     EXPECT_TRUE(stack.getSlice(1).isDefaultRelativePosition());
 }
@@ -210,7 +210,7 @@ TEST_F(VRLStackPropertiesDialogTest, absolutePositionsOfTheDefaultSpacingAreNotA
     field("Slice spacing").setText("5");
     Answers none({});
     click("Apply");
-    EXPECT_EQ(spacings(), std::vector<float>({5, 5, 5, 5}));
+    EXPECT_EQ(spacings(), std::vector<double>({5, 5, 5, 5}));
 }
 
 TEST_F(VRLStackPropertiesDialogTest, slicesOfTheirOwnCalibrationAreAskedFor) {
@@ -231,7 +231,7 @@ TEST_F(VRLStackPropertiesDialogTest, slicesOfTheirOwnCalibrationAreAskedFor) {
 
 // Numbers show six digits; a change of something else must not round them, nor ask about any slice.
 TEST_F(VRLStackPropertiesDialogTest, numbersThatWereNotTouchedStayToTheBit) {
-    stack.setDefaultRelativePosition(1.2345678f);
+    stack.setDefaultRelativePosition(1.2345678);
     stack.setDefaultPixelCalibration(square(0.123456789f));
     stack.setName("two  words");
     dialog.setStack(stack);
@@ -241,7 +241,7 @@ TEST_F(VRLStackPropertiesDialogTest, numbersThatWereNotTouchedStayToTheBit) {
     click("Apply");
     EXPECT_EQ(recorder.take(), Names({"stackModify", "stackModify", "batchEnd"}));
     EXPECT_EQ(stack.getName(), "two  words");
-    EXPECT_EQ(stack.getDefaultRelativePosition(), 1.2345678f);
+    EXPECT_EQ(stack.getDefaultRelativePosition(), 1.2345678);
 }
 
 // A window that fails to follow a change is told to the user, the batch ends, and the stack is as it was.
@@ -254,7 +254,7 @@ TEST_F(VRLStackPropertiesDialogTest, aFailureIsToldAndTheChangeTakenBack) {
     click("Apply");
     ASSERT_EQ(answers.texts.size(), 1u);
     EXPECT_TRUE(answers.texts[0].contains("No such view"));
-    EXPECT_EQ(spacings(), std::vector<float>(4, 2.0f));
+    EXPECT_EQ(spacings(), std::vector<double>(4, 2.0f));
     EXPECT_FALSE(stack.history()->isUndoable());
     EXPECT_FALSE(VRLEventClient::eventBatchEnabled());
 }
