@@ -74,7 +74,7 @@ Handle newStack(const std::string& name, const std::vector<std::string>& images,
             fail("Spacing and pixel size are numbers above 0");
     NewStack description;
     description.name = name;
-    description.sliceSpacing = float(spacing);
+    description.sliceSpacing = spacing;
     description.calibration.setPixelWidth(float(pixelSize.first));
     description.calibration.setPixelHeight(float(pixelSize.second));
     description.calibration.setLengthUnit(unitOf(unit));
