@@ -127,9 +127,10 @@ TEST_F(ModelPanelTest, modelsAreMadeAndNamedInPlace) {
     EXPECT_EQ(outlining.count(), 0);
     type("Nucleus");
     EXPECT_EQ(stack.getModel(3).getName(), "Nucleus");
-    EXPECT_EQ(outlining.count(), 1); // the keys go back to where is drawn,
+    EXPECT_TRUE(QTest::qWaitFor([&] { return outlining.count() == 1; }, 2000)); // the keys go back to where is drawn,
     panel.renameCurrent();
     type("Nucleolus");
+    QTest::qWait(10);
     EXPECT_EQ(outlining.count(), 1); // but not from the list in which one works
     history().undo();
     EXPECT_EQ(stack.getModel(3).getName(), "Nucleus");
