@@ -488,9 +488,11 @@ void StackWriter::statement(Keyword keyword, float value) {
     __text += endOfStatement;
 }
 
+/// In the fewest digits, with an exponent only where that is shorter.
 void StackWriter::statement(Keyword keyword, double value) {
+    char buffer[40];
     __text += getString(keyword) + " ";
-    appendReal(__text, value);
+    __text.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
     __text += endOfStatement;
 }
 

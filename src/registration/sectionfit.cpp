@@ -13,8 +13,11 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
-/// In spreads of what remains: what is further off, by a tear or a fold, loses its weight.
-constexpr double lenience = 8;
+/// In spreads of what remains: what is further off, by a tear or a fold, loses its weight. Small images need more of
+/// their pixels.
+double lenienceOf(int side) {
+    return side > 384 ? 5 : 10;
+}
 
 using Level = SectionLevel;
 
@@ -105,6 +108,7 @@ struct Slopes {
     Level target;      ///< a view of the full image, which must outlive it
     cv::Mat x, y;      ///< change of the grey by the length unit; 0 where a neighbour is missing
     double radius = 1; ///< of the image, by which turns become lengths
+    double lenience = 10;
 
     explicit Slopes(const Level& full);
 
@@ -112,7 +116,7 @@ private:
     void addRow(const Level& full, int from, int to);
 };
 
-Slopes::Slopes(const Level& full) : target(full) {
+Slopes::Slopes(const Level& full) : target(full), lenience(lenienceOf(full.side())) {
     const int stride = full.image.total() > 400000 ? 2 : 1;
     target.image = cv::Mat(full.image.rows / stride, full.image.cols, full.image.type(), full.image.data,
                            std::size_t(stride) * full.image.step);
@@ -161,30 +165,6 @@ struct NormalEquations {
     double doubt() const { return 10 * unexplained / std::max(1e-30, xx + yy); }
 };
 
-/// Mean square of what of the target's greys the moved source doesn't explain, where they change: an even ground, of
-/// which there may be little or much, has no part in it. On every second pixel of every second row.
-double unexplained(const Slopes& slopes, const cv::Mat& warped, float gain, float offset, const LightSurface& light) {
-    const int rows = warped.rows, cols = warped.cols;
-    double squares = 0, total = 0;
-    for (int i = 0; i < rows; i += 2) {
-        const float* const t = slopes.target.image.ptr<float>(i);
-        const float* const s = warped.ptr<float>(i);
-        const float* const px = slopes.x.ptr<float>(i);
-        const float* const py = slopes.y.ptr<float>(i);
-        const float lightX = 2.0f / float(cols), lightY = 2.0f * float(i) / float(rows) - 1;
-        float rowSquares = 0, rowTotal = 0;
-        for (int j = 0; j < cols; j += 2) {
-            const float r = gain * s[2 * j] + offset - t[2 * j] - light.at(lightX * float(j) - 1, lightY);
-            const float w = s[2 * j + 1] > present ? px[j] * px[j] + py[j] * py[j] : 0.0f;
-            rowSquares += w * r * r;
-            rowTotal += w;
-        }
-        squares += double(rowSquares);
-        total += double(rowTotal);
-    }
-    return squares / std::max(total, 1e-30);
-}
-
 /// None when there is too little overlap. The moved source comes to lie in `warped`, whose memory serves again.
 std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& source, const RigidMotion& motion,
                                            cv::Mat& warped) {
@@ -200,9 +180,9 @@ std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& so
         return std::nullopt;
     const double cov = sums.ab - sums.a * sums.b / sums.n;
     const float gain = float(cov / varS), offset = float((sums.a - gain * sums.b) / sums.n);
+    const double spread = std::sqrt(std::max(1e-12, (varT - cov * cov / varS) / sums.n));
+    const float scale = float(1 / (slopes.lenience * slopes.lenience * spread * spread));
     const LightSurface light = lightBetween(target.image, warped, gain, offset);
-    const double usual = std::max(1e-12, unexplained(slopes, warped, gain, offset, light));
-    const float scale = float(1 / (lenience * lenience * usual));
     NormalEquations all;
     for (int i = 0; i < rows; ++i) {
         const float* const t = target.image.ptr<float>(i);
