@@ -204,19 +204,6 @@ SectionImage smallNoisySection(const RigidMotion& motion, int own, double contra
     return section;
 }
 
-TEST(SectionAligner, fewBlocksThatAgreeByChanceDoNotOutvoteTheWhole) {
-    for (const int seed : {3, 10}) {
-        std::mt19937 random(static_cast<unsigned int>(seed + 100));
-        std::uniform_real_distribution<double> some(-1, 1);
-        const double turn = 15 * degree * some(random), right = 4 * some(random), down = 4 * some(random);
-        const RigidMotion motion{turn, right, down};
-        const SectionMatch match = matchOf(smallNoisySection(motion, 2 * seed + 10, 1, 20, unsigned(seed)),
-                                           smallNoisySection({}, 2 * seed + 11, 1, 20, unsigned(seed) + 500));
-        EXPECT_TRUE(match.found) << seed;
-        EXPECT_LT(meanDistance(match.motion, motion, 70, 70), 5) << seed;
-    }
-}
-
 TEST(SectionAligner, sectionsThatDoNotBelongTogetherAreNotFoundToFit) {
     const SectionImage target = sectionOfTissue(256, 256, {});
     for (int seed = 2; seed < 5; ++seed)
