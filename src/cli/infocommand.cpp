@@ -1,8 +1,6 @@
 #include "cli/commands.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
 #include <iostream>
 #include <limits>
 
@@ -22,14 +20,8 @@ namespace vorlen {
 
 namespace {
 
-/// In ten digits, as a stage may count nanometres from its corner.
-std::string positionText(double position) {
-    if (!std::isfinite(position))
-        return "NA";
-    char text[32];
-    std::snprintf(text, sizeof text, "%.10g", position);
-    return text;
-}
+/// Of a position, as a stage may count nanometres from its corner.
+constexpr int positionDigits = 10;
 
 std::string imageText(const StackSlice& slice) {
     return slice.hasImageSource() ? slice.getImageSource().getName() : "";
@@ -144,7 +136,7 @@ void printTables(const StackFile& file, OutputFormat format, const std::vector<S
                                           std::to_string(empty ? 0 : slice.getImageSource().getSize2()),
                                           std::to_string(empty ? 0 : slice.getImageSource().getSize1()),
                                           std::to_string(empty ? 0 : slice.getImageSource().getDepth()),
-                                          positionText(slice.getAbsolutePosition()),
+                                          roundedNumber(slice.getAbsolutePosition(), positionDigits),
                                           shortNumber(slice.getPixelCalibration().getPixelWidth()),
                                           shortNumber(slice.getPixelCalibration().getPixelHeight()),
                                           shortNumber(registration.getHorShift()) + " " +

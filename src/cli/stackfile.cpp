@@ -144,20 +144,20 @@ ExitStatus writeStack(const Stack& stack, const std::string& name) {
     return ExitFileError;
 }
 
-std::string shortNumber(double value) {
-    if (!std::isfinite(value))
-        return "NA";
-    char text[32];
-    std::snprintf(text, sizeof text, "%.6g", value);
-    return text;
-}
-
-std::string fullNumber(double value) {
+std::string roundedNumber(double value, int digits) {
     if (!std::isfinite(value))
         return "NA";
     char text[40];
-    std::snprintf(text, sizeof text, "%.17g", value);
+    std::snprintf(text, sizeof text, "%.*g", digits, value);
     return text;
+}
+
+std::string shortNumber(double value) {
+    return roundedNumber(value, 6);
+}
+
+std::string fullNumber(double value) {
+    return roundedNumber(value, 17);
 }
 
 } // namespace vorlen

@@ -61,10 +61,13 @@ ExitStatus findStackOutput(const std::string& directory, const std::string& stac
 /// Writes the description; a failure is told on the standard error stream.
 ExitStatus writeStack(const Stack& stack, const std::string& name);
 
-/// The value as the tables for people show it: six significant digits.
+/// The value with so many significant digits, "NA" when it is no number.
+std::string roundedNumber(double value, int digits);
+
+/// The same as the tables for people show it: six digits.
 std::string shortNumber(double value);
 
-/// The value with 17 significant digits, "NA" when it is no number.
+/// The same with 17 digits, which read back as the value.
 std::string fullNumber(double value);
 
 } // namespace vorlen

@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 
+#include "document/lineshape.h"
 #include "document/model.h"
 #include "document/stackslice.h"
 #include "numerics/exception.h"
@@ -479,14 +480,8 @@ BoundingBox<double> ModelItem::extent() const {
             __packed.findBounds(x, y);
         } else {
             const Vertices<double>& vertices = getVertices();
-            x[0] = x[1] = vertices[0][0];
-            y[0] = y[1] = vertices[0][1];
-            for (int i = 1; i < n; ++i) {
-                x[0] = std::min(x[0], vertices[i][0]);
-                x[1] = std::max(x[1], vertices[i][0]);
-                y[0] = std::min(y[0], vertices[i][1]);
-                y[1] = std::max(y[1], vertices[i][1]);
-            }
+            lineshape::findBounds(
+                n, [&vertices](int i, int axis) { return vertices[i][axis]; }, x, y);
         }
         __extent = PackedBox<double>(x, y);
     }
@@ -554,18 +549,8 @@ bool ModelItem::isClockwise() const {
         return false;
     if (__packed.getSize() > 0)
         return __packed.isClockwise();
-    // Shoelace sum around the first vertex.
     const Vertices<double>& vertices = getVertices();
-    const long double x0 = vertices[0][0], y0 = vertices[0][1];
-    long double area = 0;
-    long double dx = vertices[1][0] - x0, dy = vertices[1][1] - y0;
-    for (int i = 2; i < n; ++i) {
-        const long double nextX = vertices[i][0] - x0, nextY = vertices[i][1] - y0;
-        area += dx * nextY - nextX * dy;
-        dx = nextX;
-        dy = nextY;
-    }
-    return area < 0;
+    return lineshape::isClockwise(n, [&vertices](int i, int axis) { return vertices[i][axis]; });
 }
 
 void ModelItem::setClockwise(bool clockwise) {

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "document/lineshape.h"
+
 namespace vorlen {
 
 namespace {
@@ -27,22 +29,14 @@ bool toThousandths(const double* numbers, std::size_t size, std::int32_t* thousa
     return good;
 }
 
-/// Sum around the first vertex.
-bool isClockwiseLine(const double* coordinates, int n) {
-    const long double x0 = coordinates[0], y0 = coordinates[1];
-    long double area = 0;
-    long double dx = coordinates[2] - x0, dy = coordinates[3] - y0;
-    for (std::ptrdiff_t i = 2; i < n; ++i) {
-        const long double nextX = coordinates[2 * i] - x0, nextY = coordinates[2 * i + 1] - y0;
-        area += dx * nextY - nextX * dy;
-        dx = nextX;
-        dy = nextY;
-    }
-    return area < 0;
+/// The coordinates of vertices that lie one after the other.
+template <class T>
+auto reader(const T* coordinates) {
+    return [coordinates](int i, int axis) { return coordinates[2 * std::ptrdiff_t(i) + axis]; };
 }
 
-/// The same in whole numbers, without rounding as far as the sums stay below 2^64: coordinates lie within 2^31, so that
-/// a term fits.
+/// As lineshape::isClockwise(), in whole numbers, without rounding as far as the sums stay below 2^64: coordinates lie
+/// within 2^31, so that a term fits.
 bool isClockwiseLine(const std::int32_t* coordinates, int n) {
     long double area = 0;
     std::int64_t x = coordinates[2 * std::ptrdiff_t(n) - 2], y = coordinates[2 * std::ptrdiff_t(n) - 1];
@@ -53,18 +47,6 @@ bool isClockwiseLine(const std::int32_t* coordinates, int n) {
         y = nextY;
     }
     return area < 0;
-}
-
-template <class T>
-void findLineBounds(const T* coordinates, int n, T (&x)[2], T (&y)[2]) {
-    x[0] = x[1] = coordinates[0];
-    y[0] = y[1] = coordinates[1];
-    for (std::ptrdiff_t i = 1; i < n; ++i) {
-        x[0] = std::min(x[0], coordinates[2 * i]);
-        x[1] = std::max(x[1], coordinates[2 * i]);
-        y[0] = std::min(y[0], coordinates[2 * i + 1]);
-        y[1] = std::max(y[1], coordinates[2 * i + 1]);
-    }
 }
 
 /// Vertices the other way round.
@@ -115,14 +97,15 @@ PackedVertices& PackedVertices::operator=(PackedVertices other) noexcept {
 bool PackedVertices::isClockwise() const {
     if (__size < 3)
         return false;
-    return __thousandths ? isClockwiseLine(__thousandths.get(), __size) : isClockwiseLine(__numbers.get(), __size);
+    return __thousandths ? isClockwiseLine(__thousandths.get(), __size)
+                         : lineshape::isClockwise(__size, reader(__numbers.get()));
 }
 
 void PackedVertices::findBounds(double (&x)[2], double (&y)[2]) const {
     if (!__thousandths)
-        return findLineBounds(__numbers.get(), __size, x, y);
+        return lineshape::findBounds(__size, reader(__numbers.get()), x, y);
     std::int32_t columns[2], rows[2];
-    findLineBounds(__thousandths.get(), __size, columns, rows);
+    lineshape::findBounds(__size, reader(__thousandths.get()), columns, rows);
     for (int k = 0; k < 2; ++k) {
         x[k] = columns[k] / 1000.0;
         y[k] = rows[k] / 1000.0;

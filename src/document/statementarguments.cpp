@@ -20,14 +20,24 @@ std::size_t statementStart(std::string_view text) {
     return at;
 }
 
-int toInt(std::string_view text) {
-    const char* at = text.data();
-    const char* const end = at + text.size();
+namespace {
+
+/// Goes over blanks and a sign in front of a number; true for minus.
+bool passSign(const char*& at, const char* end) {
     while (at < end && isSpace(*at))
         ++at;
     const bool negative = at < end && *at == '-';
     if (at < end && (*at == '-' || *at == '+'))
         ++at;
+    return negative;
+}
+
+} // namespace
+
+int toInt(std::string_view text) {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    const bool negative = passSign(at, end);
     long long value = 0;
     for (; at < end && *at >= '0' && *at <= '9'; ++at)
         if (value <= INT_MAX)
@@ -46,11 +56,7 @@ int toSize(std::string_view text) {
 double toCoordinate(std::string_view text) {
     const char* at = text.data();
     const char* const end = at + text.size();
-    while (at < end && isSpace(*at))
-        ++at;
-    const bool negative = at < end && *at == '-';
-    if (at < end && (*at == '-' || *at == '+'))
-        ++at;
+    const bool negative = passSign(at, end);
     double value = 0;
     if (at < end && ((*at >= '0' && *at <= '9') || *at == '.')) { // no names of numbers, and no second sign
         const std::from_chars_result found = std::from_chars(at, end, value);

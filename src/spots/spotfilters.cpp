@@ -53,10 +53,8 @@ bool smooth(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, S
     }
     if (progress.isCanceled())
         return false;
-    const VoxelCalibration calibration = volume.getVoxelCalibration();
     volume = wide.copy(radius, radius + volume.getSize1() - 1, radius, radius + volume.getSize2() - 1, radius,
                        radius + volume.getSize3() - 1);
-    volume.setVoxelCalibration(calibration);
     return true;
 }
 
@@ -176,7 +174,7 @@ bool filterSpotVolume(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig&
                       (!config.isIsotropyFilterEnabled() || weighByIsotropy(volume, config, progress)) &&
                       (!config.getResizeState() || resize(volume, size, progress));
     if (done)
-        volume.setVoxelCalibration(calibration); // to the last digit
+        volume.setVoxelCalibration(calibration); // which smoothing loses and resizing rounds
     return done;
 }
 

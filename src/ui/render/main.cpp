@@ -7,7 +7,6 @@
 /// What can be refused without a display is refused before one is looked for.
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -16,6 +15,7 @@
 #include <QStringList>
 
 #include "cli/consolemonitor.h"
+#include "cli/interruption.h"
 #include "cli/stackfile.h"
 #include "document/model.h"
 #include "document/pose.h"
@@ -68,27 +68,9 @@ struct Wishes {
     int rate = 25, seconds = 10;
 };
 
-/// The signal by which the system wants a video stopped; 0 for none.
-volatile std::sig_atomic_t endingSignal = 0;
-
-extern "C" void noteSignal(int signal) {
-    endingSignal = signal;
-}
-
-/// From here on such a signal no longer ends the program, which would leave half a video behind. One that was ignored,
-/// as under nohup, still is.
-void catchSignals() {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction action = {}, old = {};
-        action.sa_handler = noteSignal;
-        if (::sigaction(signal, nullptr, &old) == 0 && old.sa_handler != SIG_IGN)
-            ::sigaction(signal, &action, nullptr);
-    }
-}
-
 int drawVideo(ViewerCanvasGL& canvas, VRLRenderingMediator& mediator, const Wishes& wishes) {
     VideoRecorder recorder;
-    catchSignals();
+    Interruption interruption; // which would leave half a video behind
     try {
         recorder.start(canvas, mediator.makeScript(wishes.path, wishes.rate * wishes.seconds, wishes.rate), wishes.file,
                        wishes.size, wishes.rate);
@@ -97,7 +79,7 @@ int drawVideo(ViewerCanvasGL& canvas, VRLRenderingMediator& mediator, const Wish
         progress.addMonitor(terminal);
         progress.notifyStarted("Recording...");
         bool isWhole = false;
-        while (!isWhole && endingSignal == 0) {
+        while (!isWhole && !interruption.hasCome()) {
             isWhole = recorder.step();
             progress.notifyProgressed(static_cast<unsigned int>(recorder.getNumFrames()),
                                       static_cast<unsigned int>(recorder.getTotal()));
