@@ -1,27 +1,18 @@
 #include "editing/operations/slicealignment.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <exception>
 #include <list>
 #include <map>
-#include <memory>
-#include <optional>
-#include <stop_token>
 
 #include "document/stack.h"
 #include "document/stackslice.h"
+#include "editing/operations/preparedsection.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
-#include "images/files/imagereader.h"
-#include "images/rasters/greyscale.h"
-#include "images/rasters/image.h"
-#include "images/sections/sectionsource.h"
 #include "numerics/exception.h"
 #include "progress/progresssubject.h"
 #include "registration/motionchain.h"
-#include "registration/principalaxesmotion.h"
 
 namespace vorlen {
 
@@ -45,103 +36,6 @@ constexpr double noDifference = 1e-9;
 
 /// In pixels: a slice that is to move by less lies well, and stays.
 constexpr double noMove = 0.05;
-
-RigidMotion stepOf(const StackSlice& slice, const Registration& registration) {
-    const PixelCalibration& calibration = slice.getPixelCalibration();
-    return motionOf(registration, calibration.getPixelWidth(), calibration.getPixelHeight());
-}
-
-Registration registrationOfStep(const StackSlice& slice, const RigidMotion& motion) {
-    const PixelCalibration& calibration = slice.getPixelCalibration();
-    return registrationOf(motion, calibration.getPixelWidth(), calibration.getPixelHeight());
-}
-
-const char* wordOf(AlignmentMethod method) {
-    switch (method) {
-    case AlignmentMethod::Features:
-        return "features";
-    case AlignmentMethod::PrincipalAxes:
-        return "principal axes";
-    case AlignmentMethod::MutualInformation:
-        return "mutual information";
-    default:
-        return "intensity";
-    }
-}
-
-/// A slice's image as it is matched, or why it can't be.
-struct Prepared {
-    SectionAligner::SectionPointer section;
-    std::optional<SectionImage> image; // kept for principal axes
-    std::string fault;
-    double width = 0, height = 0, pixel = 1; // of the section and of a pixel, in the length unit
-};
-
-Prepared prepared(const StackSlice& slice, double pixel, AlignmentMethod method,
-                  const std::function<bool()>& goesOn = {}) {
-    Prepared result;
-    try {
-        SectionImage image = sectionImageOf(slice, goesOn);
-        if (image.grey.getSize1() == 0 || image.grey.getSize2() == 0) {
-            result.fault = "its image has not been read";
-            return result;
-        }
-        result.width = image.width();
-        result.height = image.height();
-        result.pixel = std::sqrt(image.pixelWidth * image.pixelHeight);
-        result.section = SectionAligner::prepare(image, pixel > 0 ? pixel : SectionAligner::workingPixel(image));
-        result.fault = SectionAligner::fault(*result.section);
-        if (method == AlignmentMethod::PrincipalAxes)
-            result.image = std::move(image);
-    } catch (const Exception& error) {
-        result.fault = "its image can't be read: " + error.getWhat();
-    } catch (const std::exception& error) {
-        result.fault = std::string("its image can't be read: ") + error.what();
-    }
-    return result;
-}
-
-/// By the header alone; 0 for a slice without an image.
-double workingPixelOfSlice(const StackSlice& slice) {
-    if (slice.isEmpty())
-        return 0;
-    const PixelCalibration& calibration = slice.getPixelCalibration();
-    const double width = calibration.getPixelWidth() > 0 ? calibration.getPixelWidth() : 1;
-    const double height = calibration.getPixelHeight() > 0 ? calibration.getPixelHeight() : 1;
-    return SectionAligner::workingPixel(slice.getImageSource().getSize2() * width,
-                                        slice.getImageSource().getSize1() * height, std::min(width, height));
-}
-
-/// The working pixel that serves all slices: the coarsest that one of them needs.
-double workingPixelOf(const Stack& stack) {
-    double pixel = 0;
-    for (int i = 0; i < stack.getNumSlices(); ++i)
-        pixel = std::max(pixel, workingPixelOfSlice(stack.getSlice(i)));
-    return pixel;
-}
-
-SectionMatch matched(const Prepared& source, const Prepared& target, const RigidMotion& start,
-                     const AlignmentOptions& options, bool search) {
-    if (options.method != AlignmentMethod::PrincipalAxes)
-        return SectionAligner::match(*source.section, *target.section, start, options.method, search);
-    SectionMatch match;
-    match.motion = start;
-    match.method = AlignmentMethod::PrincipalAxes;
-    if (const auto motion = principalAxesMotion(*source.image, *target.image, options.inverted)) {
-        match.motion = *motion;
-        match.found = true;
-    }
-    match.score = SectionAligner::score(*source.section, *target.section, match.motion);
-    return match;
-}
-
-/// By which a pair is scored before and after: what tells nothing by its correlation is scored by what it was found by.
-AlignmentMethod scoredBy(AlignmentMethod method, const SectionMatch* match) {
-    const bool byInformation =
-        method == AlignmentMethod::MutualInformation ||
-        (match != nullptr && match->found && match->method == AlignmentMethod::MutualInformation);
-    return byInformation ? AlignmentMethod::MutualInformation : AlignmentMethod::Intensity;
-}
 
 /// So well borne out that others may begin with it: by so many blocks that chance has no part in it.
 bool isSure(const SectionMatch& match) {
@@ -175,7 +69,7 @@ private:
     };
 
     bool mayMove(int i) const { return i > 0 && i >= __options.first && i <= __last && !__isLocked[std::size_t(i)]; }
-    const Prepared& section(int i);
+    const PreparedSection& section(int i);
     RigidMotion between(const std::vector<RigidMotion>& places, int target, int source) const {
         return places[std::size_t(target)].inverse() * places[std::size_t(source)];
     }
@@ -207,10 +101,10 @@ private:
     std::vector<bool> __isLocked;
     std::vector<RigidMotion> __before, __places; // in the frame of the first slice
     std::vector<std::string> __faults;
-    std::vector<bool> __fits;                       // borne out by a pair
-    int __numMatched = 0;                           // slices that were reached
-    std::list<std::pair<int, Prepared>> __sections; // the one looked at last stands last
-    std::vector<double> __scores;                   // of the neighbours that were found to fit
+    std::vector<bool> __fits;                              // borne out by a pair
+    int __numMatched = 0;                                  // slices that were reached
+    std::list<std::pair<int, PreparedSection>> __sections; // the one looked at last stands last
+    std::vector<double> __scores;                          // of the neighbours that were found to fit
     std::vector<Pair> __pairs;
     std::map<std::pair<int, int>, std::size_t> __pairIndex; // by target and source
     RegistrationReport __report;
@@ -239,7 +133,7 @@ Alignment::Alignment(const Stack& stack, const AlignmentOptions& options, Progre
 }
 
 /// Four at a time, for templates as many as these take: the ones looked at last.
-const Prepared& Alignment::section(int i) {
+const PreparedSection& Alignment::section(int i) {
     for (auto at = __sections.begin(); at != __sections.end(); ++at)
         if (at->first == i) {
             __sections.splice(__sections.end(), __sections, at);
@@ -253,8 +147,8 @@ const Prepared& Alignment::section(int i) {
         report();
         return !__progress.isCanceled();
     };
-    __sections.emplace_back(i, prepared(__stack.getSlice(i), __pixel, __options.method, goesOn));
-    const Prepared& one = __sections.back().second;
+    __sections.emplace_back(i, preparedSection(__stack.getSlice(i), __pixel, __options.method, goesOn));
+    const PreparedSection& one = __sections.back().second;
     if (!__progress.isCanceled()) // then it is not the image's fault
         __faults[std::size_t(i)] = one.fault;
     __size = std::max({__size, one.width, one.height});
@@ -302,8 +196,8 @@ void Alignment::matchSlice(int i) {
             return;
         if (isHeld(target, i) || __report.slices[std::size_t(target)].mirrored)
             continue;
-        const Prepared& source = section(i);
-        const Prepared& onto = section(target);
+        const PreparedSection& source = section(i);
+        const PreparedSection& onto = section(target);
         if (!source.fault.empty() || !onto.fault.empty())
             continue;
         RigidMotion start = between(__before, target, i);
@@ -358,7 +252,7 @@ void Alignment::matchAgain() {
         if (pair.source > __last || pair.source - pair.target > reach ||
             (pair.match.found && meanDistance(start, pair.match.motion, __size, __size) <= farOff * __size))
             continue;
-        const Prepared source = section(pair.source), target = section(pair.target);
+        const PreparedSection source = section(pair.source), target = section(pair.target);
         if (!source.fault.empty() || !target.fault.empty())
             continue;
         const SectionMatch match = matched(source, target, start, __options, false);
@@ -375,7 +269,7 @@ void Alignment::matchAgain() {
 /// Each slice on the fixed one, beginning where the neighbours brought it.
 void Alignment::matchFixed() {
     const int fixed = __options.fixedSlice;
-    const Prepared base = section(fixed);
+    const PreparedSection base = section(fixed);
     if (!base.fault.empty())
         return;
     solve();
@@ -386,7 +280,7 @@ void Alignment::matchFixed() {
         const bool held = std::any_of(locked + target + 1, locked + source + 1, [](bool isLocked) { return isLocked; });
         if (i == fixed || pairOf(target, source) != nullptr || held || (!mayMove(i) && !mayMove(fixed)))
             continue;
-        const Prepared& moving = section(i);
+        const PreparedSection& moving = section(i);
         if (!moving.fault.empty())
             continue;
         SectionMatch match = matched(moving, base, between(__places, fixed, i), __options, false);
@@ -430,13 +324,13 @@ void Alignment::matchTemplates() {
     for (int i = 1; i < __numMatched && !__progress.isCanceled(); ++i) {
         if (!mayMove(i) || !__fits[std::size_t(i)])
             continue;
-        const Prepared moving = section(i);
+        const PreparedSection moving = section(i);
         std::vector<SectionAligner::SectionPointer> around;
         std::vector<RigidMotion> motions;
         for (int k = std::max(0, i - half); k <= std::min(__numMatched - 1, i + half); ++k) {
             if (k == i || !__fits[std::size_t(k)] || !__faults[std::size_t(k)].empty())
                 continue;
-            const Prepared& neighbour = section(k);
+            const PreparedSection& neighbour = section(k);
             if (!neighbour.fault.empty())
                 continue;
             around.push_back(neighbour.section);
@@ -508,7 +402,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         entry.reason = mayMove(i) ? "the run was stopped before it" : "";
         return;
     }
-    const Prepared source = section(i);
+    const PreparedSection source = section(i);
     if (!source.fault.empty()) {
         entry.reason = source.fault;
         return;
@@ -518,7 +412,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         entry.reason = "no slice before it shows anything";
         return;
     }
-    const Prepared target = section(partner);
+    const PreparedSection target = section(partner);
     if (!target.fault.empty()) {
         entry.reason = target.fault;
         return;
@@ -599,7 +493,7 @@ void Alignment::nameMirrored() {
             // Of two slices that fit nothing neither is known to be the right way round, unless there are but two.
             if (!__fits[std::size_t(other)] && __numSlices > 2)
                 continue;
-            const Prepared source = section(i), target = section(other);
+            const PreparedSection source = section(i), target = section(other);
             if (source.fault.empty() && target.fault.empty() &&
                 SectionAligner::isMirrored(*source.section, *target.section, between(__before, other, i))) {
                 __report.slices[std::size_t(i)].mirrored = true;
@@ -689,62 +583,6 @@ int RegistrationReport::count(SliceAlignment::State state) const {
         std::count_if(slices.begin(), slices.end(), [&](const SliceAlignment& one) { return one.state == state; }));
 }
 
-namespace {
-
-/// The image of a slice. Of a section too large for memory, the largest of its levels that is small enough to be
-/// matched; levels that it lacks are made, and kept for whoever looks at it later.
-Image imageToMatch(const Slice& slice, const std::function<bool()>& goesOn) {
-    constexpr int greatestSide = 4096;
-    constexpr std::chrono::seconds patience(20); // where no levels can be kept, for pixels here and there
-    Image image;
-    const std::unique_ptr<TiledSection> section = openLargeSection(slice.getImageSource());
-    if (section == nullptr) {
-        ImageReader().read(image, slice.getImageSource());
-        return image;
-    }
-    std::stop_source stop;
-    const auto ask = [&](double) {
-        if (goesOn && !goesOn())
-            stop.request_stop();
-    };
-    try {
-        if (!section->build(stop.get_token(), ask))
-            return image;
-    } catch (const FileWriteError&) {
-        if (section->getLevels().empty())
-            throw;
-    }
-    if (!section->readOverview(image, greatestSide, patience))
-        throw FileReadError("SectionImage sectionImageOf(const Slice&)", "There is no smaller image of this section",
-                            slice.getName());
-    return image;
-}
-
-/// How many pixels of the slice one of its image stands for; halves are rounded up to whole pixels.
-double reductionOf(int size, int reducedSize) {
-    const double ratio = double(size) / std::max(reducedSize, 1);
-    return std::abs(ratio - std::round(ratio)) < 0.01 ? std::round(ratio) : ratio;
-}
-
-} // namespace
-
-SectionImage sectionImageOf(const Slice& slice, const std::function<bool()>& goesOn) {
-    const Image image = imageToMatch(slice, goesOn);
-    SectionImage section;
-    if (image.getData() == nullptr)
-        return section;
-    const PixelCalibration& calibration = slice.getPixelCalibration();
-    section.pixelWidth = calibration.getPixelWidth() > 0 ? calibration.getPixelWidth() : 1;
-    section.pixelHeight = calibration.getPixelHeight() > 0 ? calibration.getPixelHeight() : 1;
-    section.pixelWidth *= reductionOf(slice.getImageSource().getSize2(), image.getWidth());
-    section.pixelHeight *= reductionOf(slice.getImageSource().getSize1(), image.getHeight());
-    section.grey.convertGreyFromImage(image);
-    GreyScaleFinder scale;
-    scale.add(image);
-    section.white = scale.find().value_or(GreyScale()).white;
-    return section;
-}
-
 double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration) {
     const SectionImage source = sectionImageOf(slice), target = sectionImageOf(onto);
     const double pixel = std::max(SectionAligner::workingPixel(source), SectionAligner::workingPixel(target));
@@ -761,7 +599,8 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     for (const StackSlice* one : {&slice, &onto})
         if (!one->isEmpty())
             pixel = std::max(pixel, workingPixelOfSlice(*one));
-    const Prepared source = prepared(slice, pixel, options.method), target = prepared(onto, pixel, options.method);
+    const PreparedSection source = preparedSection(slice, pixel, options.method),
+                          target = preparedSection(onto, pixel, options.method);
     if (!source.fault.empty() || !target.fault.empty()) {
         entry.reason = !source.fault.empty() ? source.fault : "the other slice: " + target.fault;
         return entry;
