@@ -20,7 +20,10 @@
 #include "images/filters/voxelmatrixdilatation.h"
 #include "images/filters/voxelmatrixerosion.h"
 #include "images/regions/componentlabelling.h"
+#include "images/regions/isodatathresholding.h"
 #include "images/regions/thresholding.h"
+#include "images/volumes/volumehistogramexpansion.h"
+#include "images/volumes/volumeresize.h"
 #include "support/countingmonitor.h"
 #include "support/heldmemory.h"
 #include "support/threads.h"
@@ -104,6 +107,29 @@ std::vector<NamedFilter<T>> allFilters() {
                                gradient.addMonitor(*monitor);
                            gradient.gradient3(volume);
                        }});
+    filters.push_back({"isodata", 0, [](VoxelMatrix<T>& volume, ProgressMonitor* monitor) {
+                           IsodataThresholding<T> threshold;
+                           threshold.setBins(T(0), T(1), 128);
+                           if (monitor != nullptr)
+                               threshold.addMonitor(*monitor);
+                           threshold.apply(volume);
+                       }});
+    filters.push_back(filterOf<T, VolumeHistogramExpansion<T>>("expansion", 0, asItIs));
+    for (const int shape : {0, 1, 2})
+        filters.push_back({"resize", 0, [shape](VoxelMatrix<T>& volume, ProgressMonitor* monitor) {
+                               VolumeResize<T> resize;
+                               const auto sized = [shape](int axis, int size) {
+                                   return shape == 0 || (shape == 2 && axis == 1) ? size * 3 / 2 : size / 2;
+                               };
+                               Vector<int> size = volume.getSize();
+                               for (int axis = 0; axis < 3; ++axis)
+                                   size[axis] = sized(axis, size[axis]);
+                               resize.setSize(size);
+                               resize.setInterpolationMode(LinearInterpolationMode);
+                               if (monitor != nullptr)
+                                   resize.addMonitor(*monitor);
+                               resize.apply(volume);
+                           }});
     if constexpr (!std::is_same_v<T, long double>)
         filters.push_back({"threshold", 0, [](VoxelMatrix<T>& volume, ProgressMonitor* monitor) {
                                Thresholding<T> threshold;

@@ -235,9 +235,11 @@ void filterColumns(PixelMatrix<T>& matrix, const Coefficients<T>& k, Work<T>& wo
 }
 
 // Across the planes, for the rows i of all.
-template <class T>
-void filterPlanes(VoxelMatrix<T>& volume, int i, const Coefficients<T>& k, Work<T>& work) {
-    filterAcross<T>([&](int plane) { return volume[plane][i].data(); }, volume.getSize3(), volume.getSize2(), k, work);
+template <class Planes, class T>
+void filterPlanes(Planes& planes, int count, int i, const Coefficients<T>& k, Work<T>& work) {
+    using Index = std::conditional_t<std::is_same_v<Planes, VoxelMatrix<T>>, int, std::size_t>;
+    filterAcross<T>([&](int plane) { return planes[static_cast<Index>(plane)][i].data(); }, count,
+                    planes[0][i].getSize(), k, work);
 }
 
 // What is not finite in a volume: taken out before the recursion carries it to the ends of all lines. Memory is needed
@@ -404,20 +406,21 @@ void DericheGradient<T>::apply(VoxelMatrix<T>& volume) {
     ParallelWork work(*this, static_cast<unsigned long long>(planes) + static_cast<unsigned long long>(rows));
     std::vector<Work<T>> works(static_cast<std::size_t>(work.workers()));
     std::vector<PixelMatrix<T>> seconds(works.size());
-    VoxelMatrix<T> third(rows, columns, planes);
+    std::vector<PixelMatrix<T>> third(static_cast<std::size_t>(planes));
     Holes<T> holes(rows, columns, planes);
     const Coefficients<T> derivative = coefficients<Coefficients<T>>(true);
     const Coefficients<T> smoothing = coefficients<Coefficients<T>>(false);
     const auto acrossPlanes = [&](int i, int worker) {
         Work<T>& own = works[static_cast<std::size_t>(worker)];
         for (int k = 0; k < planes; ++k)
-            third[k][i] = volume[k][i];
-        filterPlanes(volume, i, smoothing, own);
-        filterPlanes(third, i, derivative, own);
+            third[static_cast<std::size_t>(k)][i] = volume[k][i];
+        filterPlanes(volume, planes, i, smoothing, own);
+        filterPlanes(third, planes, i, derivative, own);
     };
     const auto inPlane = [&](int k, int worker) {
         Work<T>& own = works[static_cast<std::size_t>(worker)];
         PixelMatrix<T>& second = seconds[static_cast<std::size_t>(worker)];
+        PixelMatrix<T>& depth = third[static_cast<std::size_t>(k)];
         const auto filterPlane = [&](PixelMatrix<T>& plane, bool alongRows, bool alongColumns) {
             if (work.isCanceled())
                 return;
@@ -427,13 +430,17 @@ void DericheGradient<T>::apply(VoxelMatrix<T>& volume) {
         second = volume[k];
         filterPlane(second, true, false);
         filterPlane(volume[k], false, true);
-        filterPlane(third[k], false, false);
+        filterPlane(depth, false, false);
         for (int i = 0; i < rows; ++i)
-            this->normOfRow(volume[k][i].data(), second[i].data(), third[k][i].data(), columns);
+            this->normOfRow(volume[k][i].data(), second[i].data(), depth[i].data(), columns);
         holes.putNaN(volume[k], k);
     };
     this->notifyStarted("");
-    bool complete = work.run(planes, 0, [&](int k, int) { holes.takeOut(volume[k], k); });
+    // Memory for a whole volume takes its time: it is taken in parts as well.
+    bool complete = work.run(planes, 0, [&](int k, int) {
+        holes.takeOut(volume[k], k);
+        third[static_cast<std::size_t>(k)].setSize(rows, columns);
+    });
     holes.grow(__reach);
     complete = complete && work.run(rows, static_cast<unsigned long long>(rows), acrossPlanes) &&
                work.run(planes, static_cast<unsigned long long>(planes), inPlane);
@@ -508,7 +515,8 @@ void DericheGradient<T>::filter(VoxelMatrix<T>& volume, int index) {
     std::vector<Work<T>> works(static_cast<std::size_t>(work.workers()));
     Holes<T> holes(rows, columns, planes);
     const auto acrossPlanes = [&](int i, int worker) {
-        filterPlanes(volume, i, coefficients<Coefficients<T>>(index == 3), works[static_cast<std::size_t>(worker)]);
+        filterPlanes(volume, planes, i, coefficients<Coefficients<T>>(index == 3),
+                     works[static_cast<std::size_t>(worker)]);
     };
     const auto inPlane = [&](int k, int worker) {
         filterRows(volume[k], coefficients<Coefficients<T>>(index == 2), works[static_cast<std::size_t>(worker)]);

@@ -1,9 +1,12 @@
 #include "images/regions/isodatathresholding.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <type_traits>
 
+#include "images/filters/parallelwork.h"
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
@@ -108,8 +111,25 @@ void IsodataThresholding<T>::apply(PixelMatrix<T>& matrix) {
 
 template <class T>
 void IsodataThresholding<T>::apply(VoxelMatrix<T>& volume) {
-    this->setThreshold(computeThreshold(volume));
-    Thresholding<T>::apply(volume);
+    ParallelWork work(*this, 1);
+    const auto counts = std::make_unique<Vector<unsigned int>[]>(static_cast<std::size_t>(work.workers()));
+    const bool complete = work.run(volume.getSize3(), 0, [&](int k, int worker) {
+        Vector<unsigned int>& own = counts[static_cast<std::size_t>(worker)];
+        const Vector<unsigned int> plane = volume[k].histogram(__first, __width, __bins);
+        if (own.getSize() == 0)
+            own = plane;
+        else
+            own += plane;
+    });
+    if (complete) {
+        Vector<unsigned int> all(__bins);
+        all.setZeros();
+        for (int worker = 0; worker < work.workers(); ++worker)
+            if (const Vector<unsigned int>& own = counts[static_cast<std::size_t>(worker)]; own.getSize() > 0)
+                all += own;
+        this->setThreshold(__edge(all));
+    }
+    Thresholding<T>::apply(volume); // which tells the monitors of a run that is cancelled, too
 }
 
 template class IsodataThresholding<int>;

@@ -6,6 +6,8 @@
 
 namespace vorlen {
 
+class ParallelWork;
+
 /// Resizes a volume in place, one axis after the other: second index, first, third.
 ///
 /// An axis that goes from m to n elements is read at j * m / n. The nearest mode takes the element at that position
@@ -16,6 +18,9 @@ namespace vorlen {
 ///
 /// The volume covers the same space afterwards: its calibration tells how much larger, or smaller, voxels have become.
 /// A volume or a target without elements is refused unless both have the same size.
+///
+/// Works on several planes at once, with the same bits for any number of threads. When it is cancelled the volume keeps
+/// its size and calibration, unless it had shrunk already before growing; its elements then mean nothing.
 ///
 /// Compiled for float, double and long double.
 template <class T>
@@ -38,9 +43,9 @@ public:
     void apply(VoxelMatrix<T>& volume) override;
 
 private:
-    void enlargement(VoxelMatrix<T>& volume, const Vector<int>& oldSize, const Vector<int>& newSize);
-    void reduction(VoxelMatrix<T>& volume, const Vector<int>& oldSize, const Vector<int>& newSize);
-    void mixedResize(VoxelMatrix<T>& volume, const Vector<int>& oldSize, const Vector<int>& newSize);
+    bool enlargement(VoxelMatrix<T>& volume, const Vector<int>& oldSize, const Vector<int>& newSize,
+                     ParallelWork& work) const;
+    bool reduction(VoxelMatrix<T>& volume, const Vector<int>& oldSize, const Vector<int>& newSize, ParallelWork& work);
 
     InterpolationMode __interpolationMode = NearestInterpolationMode;
     Vector<int> __size;
