@@ -22,8 +22,11 @@ if(VORLEN_LLD)
     add_link_options(-fuse-ld=lld)
 endif()
 
-# Windows wait for people and OpenGL, and tests run for seconds: they are compiled for a quick build, and the rooms that
-# count for speed at the full level of the build type.
+# Windows wait for people and OpenGL, files for disks, and tests run for seconds: they are compiled for a quick build, and
+# the rooms whose loops count at the full level of the build type.
+add_library(vorlen_light_room_options INTERFACE)
+target_link_libraries(vorlen_light_room_options INTERFACE vorlen_room_options)
+target_compile_options(vorlen_light_room_options INTERFACE $<$<CONFIG:Release>:-O2>)
 add_library(vorlen_window_options INTERFACE)
 target_link_libraries(vorlen_window_options INTERFACE vorlen_options)
 target_compile_options(vorlen_window_options INTERFACE $<$<CONFIG:Release>:-O2>)
@@ -61,17 +64,21 @@ if(VORLEN_TESTS)
     vorlen_precompiled(windowtests vorlen_test_options Qt6::Widgets GTest::gtest)
 endif()
 
-# vorlen_room(target SOURCES ... LINKS ... USES ...): the static library of one room. LINKS are the rooms and libraries
-# that its headers need, and its callers then see as well; USES are those that only its sources need.
+# vorlen_room(target SOURCES ... LINKS ... USES ... [LIGHT]): the static library of one room. LINKS are the rooms and
+# libraries that its headers need, and its callers then see as well; USES are those that only its sources need. A LIGHT
+# room has no loops of its own that count: they stand in the rooms below it.
 #
 # A room's headers are reached through a folder of their own that holds nothing but a link to the room. So a target sees
 # the rooms that it links and no others, and an include of another one does not build.
 function(vorlen_room target)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;USES" ${ARGN})
+    cmake_parse_arguments(ARG "LIGHT" "" "SOURCES;LINKS;USES" ${ARGN})
     add_library(${target} STATIC ${ARG_SOURCES})
     vorlen_view(${target})
     target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_USES})
     vorlen_compile(${target} ${ARG_LINKS} ${ARG_USES})
+    if(ARG_LIGHT)
+        target_link_libraries(${target} PRIVATE vorlen_light_room_options)
+    endif()
 endfunction()
 
 # vorlen_compile(target links...): the options and the precompiled header of a target, by whether it links widgets.
@@ -89,7 +96,7 @@ endfunction()
 function(vorlen_program target)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
     add_executable(${target} ${ARG_SOURCES})
-    target_link_libraries(${target} PRIVATE ${ARG_LINKS})
+    target_link_libraries(${target} PRIVATE ${ARG_LINKS} vorlen_light_room_options)
     vorlen_compile(${target} ${ARG_LINKS})
 endfunction()
 
@@ -128,7 +135,13 @@ endfunction()
 function(vorlen_gui_test room)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
     find_package(Qt6 6.4 REQUIRED COMPONENTS OpenGLWidgets Test)
-    add_executable(test_${room} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/guimain.cpp)
+    if(NOT TARGET vorlen_guimain)
+        add_library(vorlen_guimain OBJECT ${PROJECT_SOURCE_DIR}/tests/support/guimain.cpp)
+        set_target_properties(vorlen_guimain PROPERTIES AUTOMOC OFF)
+        target_link_libraries(vorlen_guimain PRIVATE vorlen_test_options vorlen_ui_widgets GTest::gtest)
+        vorlen_precompile(vorlen_guimain windowtests)
+    endif()
+    add_executable(test_${room} ${ARG_SOURCES} $<TARGET_OBJECTS:vorlen_guimain>)
     target_include_directories(test_${room} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     target_link_libraries(test_${room} PRIVATE vorlen_test_options ${ARG_LINKS} Qt6::OpenGLWidgets Qt6::Test GTest::gtest)
     vorlen_precompile(test_${room} windowtests)
