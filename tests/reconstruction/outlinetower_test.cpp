@@ -98,9 +98,10 @@ protected:
         near(quick.getClosedArea(), full.getClosedArea(), "closed area");
         near(quick.getVolume(), full.getVolume(), "section volume");
         near(quick.getSlabVolume(), full.getSlabVolume(), "slab volume");
-        near(quick.getVolumeError(), full.getVolumeError(), "volume error");
-        near(quick.getAreaError(), full.getAreaError(), "area error");
-        near(quick.getClosedAreaError(), full.getClosedAreaError(), "closed area error");
+        const double rounding = 1e-12 * full.getClosedVolume(); // they are differences
+        EXPECT_NEAR(quick.getVolumeError(), full.getVolumeError(), rounding) << what;
+        EXPECT_NEAR(quick.getAreaError(), full.getAreaError(), rounding) << what;
+        EXPECT_NEAR(quick.getClosedAreaError(), full.getClosedAreaError(), rounding) << what;
         EXPECT_EQ(quick.getNumVertices(), full.getNumVertices()) << what;
         for (int axis = 0; axis < 3; ++axis) {
             near(quick.getIsobarycenter()[axis], full.getIsobarycenter()[axis], "barycentre");
@@ -189,19 +190,22 @@ TEST_F(OutlineTowers, areNotMadeOfWhatAMeshHasToBeLookedAtFor) {
     EXPECT_FALSE(measure(lines));
 }
 
-// All triangles of a band may begin at one vertex: its closing edge is then there already.
+// Between an outline and one whose vertices all lie at one place an edge may be there twice.
 TEST_F(OutlineTowers, leaveBandsThatShareAnEdgeWithThemselvesToTheMesh) {
-    const auto needle = [](int i) {
-        return i == 0 ? Outline{{100, 100}, {100.01, 100}, {100, 100.01}}
-                      : Outline{{100, 100}, {140, 100}, {100, 140}};
-    };
-    for (const bool turned : {false, true}) {
-        const Model& model = make(2, [&](int i) { return needle(turned ? 1 - i : i); });
-        if (measure(model))
-            expectSame("needle");
-        else
-            EXPECT_FALSE(full.getCertificate().isSound());
-    }
+    int numLeft = 0;
+    for (int n = 3; n < 20; ++n)
+        for (const bool turned : {false, true}) {
+            const Model& model = make(2, [&](int i) {
+                return (i == 0) == turned ? Outline(3, {110, 110}) : ring(110, 110, 20, n);
+            });
+            if (measure(model)) {
+                expectSame(std::to_string(n));
+                continue;
+            }
+            ++numLeft;
+            EXPECT_FALSE(full.getCertificate().isSound()) << n;
+        }
+    EXPECT_GT(numLeft, 0);
 }
 
 } // namespace vorlen
