@@ -1,14 +1,16 @@
 #include "reconstruction/modelitemgeometry.h"
 
 #include <cmath>
+#include <optional>
 
 #include "document/model.h"
 #include "document/modelitem.h"
 #include "document/stackslice.h"
 #include "numerics/exception.h"
-#include "reconstruction/itemcoordinates.h"
+#include "reconstruction/flatoutline.h"
 #include "shapes/curve.h"
 #include "shapes/pixelsteps.h"
+#include "shapes/selfcontact.h"
 
 namespace vorlen {
 
@@ -34,16 +36,17 @@ double lengthOf(const std::vector<double>& places, bool closed) {
     return sum;
 }
 
-/// Relative to the first vertex: far from the origin the products would cancel.
-double twiceArea(const std::vector<double>& places) {
-    double sum = 0, x = 0, y = 0;
-    for (std::size_t k = 2; k + 1 < places.size(); k += 2) {
-        const double nextX = places[k] - places[0], nextY = places[k + 1] - places[1];
-        sum += x * nextY - nextX * y;
-        x = nextX;
-        y = nextY;
-    }
-    return sum;
+/// Of an outline that crosses itself what it encloses: the parts of a figure of eight would cancel each other.
+double signedArea(const std::vector<double>& places) {
+    const int n = int(places.size() / 2);
+    const double twice = FlatOutline::twiceArea(places.data(), n, 2);
+    if (!std::isfinite(twice))
+        return 0.5 * twice;
+    if (twice != 0 && FlatOutline::isStar(places.data(), n, 2, twice))
+        return 0.5 * twice;
+    const std::optional<SelfContact> contact = findSelfContact(places, true);
+    return contact && contact->crosses ? std::copysign(FlatOutline::enclosedArea(places.data(), n, 2), twice)
+                                       : 0.5 * twice;
 }
 
 } // namespace
@@ -92,7 +95,7 @@ void ModelItemGeometry::run(double position) {
         __lengthWithoutSteps = lengthOf(__smooth, __isClosed);
     }
     if (__isClosed)
-        __area = 0.5 * twiceArea(__places);
+        __area = signedArea(__places);
 }
 
 void ModelItemGeometry::findCentre(double position) {

@@ -38,7 +38,8 @@ public:
     /// The same without the steps of the pixel grid (withoutPixelSteps()).
     double getLengthWithoutSteps() const { return __lengthWithoutSteps; }
 
-    /// Area of a polygon, positive when it turns from the column axis towards the row axis; 0 otherwise.
+    /// Area that a polygon encloses, by even-odd rule where it crosses itself; positive when it turns from the column
+    /// axis towards the row axis on the whole. 0 otherwise.
     double getArea() const { return __area; }
 
 private:

@@ -8,7 +8,7 @@
 #include "document/modelitem.h"
 #include "document/stack.h"
 #include "numerics/exception.h"
-#include "reconstruction/itemcoordinates.h"
+#include "reconstruction/flatoutline.h"
 #include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/pixelsteps.h"

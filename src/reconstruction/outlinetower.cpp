@@ -6,52 +6,16 @@
 
 #include "document/model.h"
 #include "document/modelitem.h"
-#include "reconstruction/itemcoordinates.h"
+#include "reconstruction/flatoutline.h"
 #include "reconstruction/sectionparts.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/pixelsteps.h"
-#include "shapes/sectionregion.h"
 
 namespace vorlen {
 
 namespace {
 
 constexpr int space = 3;
-
-/// Twice the signed area within n places, which lie so many numbers apart.
-double twiceArea(const double* places, int n, int stride) {
-    double sum = 0, x = 0, y = 0;
-    for (int k = 1; k < n; ++k) {
-        const double nextX = places[k * stride] - places[0], nextY = places[k * stride + 1] - places[1];
-        sum += x * nextY - nextX * y;
-        x = nextX;
-        y = nextY;
-    }
-    return sum;
-}
-
-/// Whether an outline of this area goes once around its centroid, always forward, so that it can't cross itself.
-bool isStar(const double* points, int n, double twice) {
-    const auto next = [&](int k) { return points + (k + 1 < n ? k + 1 : 0) * space; };
-    double x = 0, y = 0;
-    for (int k = 0; k < n; ++k) {
-        const double *const p = points + k * space, *const q = next(k);
-        const double px = p[0] - points[0], py = p[1] - points[1], qx = q[0] - points[0], qy = q[1] - points[1];
-        const double product = px * qy - qx * py;
-        x += product * (px + qx);
-        y += product * (py + qy);
-    }
-    x = points[0] + x / (3 * twice);
-    y = points[1] + y / (3 * twice);
-    int upward = 0;
-    bool seen = true;
-    for (int k = 0; k < n; ++k) {
-        const double *const p = points + k * space, *const q = next(k);
-        upward += p[1] < y && q[1] >= y;
-        seen = seen && ((p[0] - x) * (q[1] - y) - (p[1] - y) * (q[0] - x)) * twice > 0;
-    }
-    return seen && upward == 1;
-}
 
 /// The points from a place on and once around, relative to an origin.
 void turn(const double* points, int size, int first, const double* origin, std::vector<double>& out) {
@@ -124,24 +88,18 @@ bool OutlineTower::add(int slice, const std::vector<double>& pixels,
         return false;
     reconstruction.map(slice, pixels.data(), level.size, __world);
     double* const own = __world.data() + space * level.first;
-    const double twice = twiceArea(own, level.size, space);
+    const double twice = FlatOutline::twiceArea(own, level.size, space);
     if (!std::isfinite(twice))
         return false;
     if (twice > 0) // seen along the stack's axis all turn clockwise
         for (int k = 0, l = level.size - 1; k < l; ++k, --l)
             std::swap_ranges(own + k * space, own + (k + 1) * space, own + l * space);
-    const bool star = twice != 0 && isStar(own, level.size, twice > 0 ? -twice : twice);
+    const bool star = twice != 0 && FlatOutline::isStar(own, level.size, space, -std::fabs(twice));
     if (!star && SectionRing(ringOf(level, own)).crossesItself())
         return false;
     __levels.push_back(level);
-    double area = std::fabs(twiceArea(pixels.data(), level.size, 2)) / 2;
-    if (!star) {
-        SectionRegion region;
-        region.add(static_cast<std::size_t>(level.size), [&](std::size_t k) {
-            return SectionRegion::Point{pixels[2 * k], pixels[2 * k + 1]};
-        });
-        area = region.area();
-    }
+    const double area = star ? std::fabs(FlatOutline::twiceArea(pixels.data(), level.size, 2)) / 2
+                             : FlatOutline::enclosedArea(pixels.data(), level.size, 2);
     __sections.push_back({slice, area});
     return true;
 }
