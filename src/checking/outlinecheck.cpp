@@ -146,7 +146,8 @@ std::vector<StackProblem> OutlineCheck::check(const ModelItem& item) {
             (outside == n ? "All " + std::to_string(n) : std::to_string(outside) + " of " + std::to_string(n)) +
                 " vertices lie outside of the image, which has " + std::to_string(item.getSlice()->width()) + " x " +
                 std::to_string(item.getSlice()->height()) + " pixels.");
-    if (isRepeated(item))
+    const bool isSecond = isRepeated(item);
+    if (isSecond)
         add(ProblemCode::OutlineDuplicate, "The " + what + " stands on its slice already.");
     if (isPoints(item)) {
         if (const int equal = numEqualPoints(item); equal > 0)
@@ -163,11 +164,17 @@ std::vector<StackProblem> OutlineCheck::check(const ModelItem& item) {
         add(ProblemCode::OutlineFlat, "The vertices lie on one line: the polygon has no area.");
         return problems;
     }
-    if (const auto contact = findSelfContact(coordinatesOf(item), isPolygon(item)))
+    const auto contact = findSelfContact(coordinatesOf(item), isPolygon(item));
+    if (contact)
         add(contact->crosses ? ProblemCode::OutlineCrossing : ProblemCode::OutlineTouching,
             "The " + what + (contact->crosses ? " crosses" : " touches") + " itself at " +
                 place(contact->x, contact->y) + ", behind vertices " + std::to_string(contact->first + 1) + " and " +
                 std::to_string(contact->second + 1) + ".");
+    if (!isPolygon(item) || isSecond || (contact && contact->crosses))
+        return problems;
+    if (const double common = __overlaps.add(item); common > 0)
+        add(ProblemCode::OutlineOverlapping, "The polygon crosses another one of its model: the " + number(common) +
+                                                 " square pixels that both enclose count as a hole.");
     return problems;
 }
 

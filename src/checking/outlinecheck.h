@@ -4,6 +4,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "checking/outlineoverlaps.h"
 #include "document/stackproblem.h"
 
 namespace vorlen {
@@ -26,6 +27,7 @@ private:
     bool isRepeated(const ModelItem& item);
 
     std::unordered_multimap<std::uint64_t, const ModelItem*> __seen;
+    OutlineOverlaps __overlaps;
 };
 
 } // namespace vorlen

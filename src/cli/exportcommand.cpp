@@ -166,10 +166,13 @@ int exportCommand(const QStringList& arguments) {
         "stl and stl-ascii, obj, ply and ply-ascii, vtk: a file for each model; glb: glTF 2.0, all models of "
         "a stack in one file. By default stl-ascii, with the mesh (.qm) that it was made of.",
         "format");
+    line.addFlag("resampled", "For the formats: through the rows and columns that the models ask for, in place of the "
+                              "outlines' own vertices. The default form is always resampled.");
     if (const std::optional<int> status = line.parse(arguments))
         return *status;
 
     ExportJob job;
+    job.exporter.setResampled(line.isSet("resampled"));
     if (!readEnds(line, job.exporter) || !readFormat(line, job))
         return ExitUsage;
     if (line.isSet("dry-run"))

@@ -1,5 +1,6 @@
 #include "cli/jsonwriter.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 
@@ -67,9 +68,8 @@ void JsonWriter::value(double number) {
         return;
     }
     separate();
-    char text[40];
-    std::snprintf(text, sizeof text, "%.17g", number);
-    __stream << text;
+    char text[40]; // the shortest that reads back as the same
+    __stream.write(text, std::to_chars(text, text + sizeof text, number).ptr - text);
 }
 
 void JsonWriter::value(int number) {

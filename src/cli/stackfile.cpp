@@ -1,5 +1,6 @@
 #include "cli/stackfile.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -157,7 +158,10 @@ std::string shortNumber(double value) {
 }
 
 std::string fullNumber(double value) {
-    return roundedNumber(value, 17);
+    if (!std::isfinite(value))
+        return "NA";
+    char text[40];
+    return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
 }
 
 } // namespace vorlen

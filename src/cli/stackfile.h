@@ -67,7 +67,7 @@ std::string roundedNumber(double value, int digits);
 /// The same as the tables for people show it: six digits.
 std::string shortNumber(double value);
 
-/// The same with 17 digits, which read back as the value.
+/// The same in the fewest digits that read back as the value.
 std::string fullNumber(double value);
 
 } // namespace vorlen

@@ -1,5 +1,9 @@
 #include "document/pose.h"
 
+#include <algorithm>
+#include <climits>
+#include <cmath>
+
 #include "document/stack.h"
 #include "numerics/exception.h"
 
@@ -18,9 +22,8 @@ Pose turnedPose(int axis, int degrees) {
 
 } // namespace
 
-Pose::Pose() : __rotation(3), __translation(2) {
+Pose::Pose() : __rotation(3) {
     __rotation.fill(0);
-    __translation.fill(0);
 }
 
 void Pose::setName(const std::string& name) {
@@ -74,31 +77,43 @@ int Pose::getZRotation() const {
 void Pose::setTranslation(const Vector<int>& translation) {
     if (translation.getSize() != 2)
         throw SizeError("void Pose::setTranslation(const Vector<int>&)", "A translation has two shifts");
-    __translation = translation;
+    __xTranslation = translation[0];
+    __yTranslation = translation[1];
 }
 
-void Pose::setXTranslation(int shift) {
-    __translation[0] = shift;
+Vector<int> Pose::getTranslation() const {
+    Vector<int> translation(2);
+    translation[0] = getXTranslation();
+    translation[1] = getYTranslation();
+    return translation;
 }
 
-void Pose::setYTranslation(int shift) {
-    __translation[1] = shift;
+void Pose::setXTranslation(double shift) {
+    __xTranslation = shift;
 }
 
-void Pose::setZoom(int zoom) {
+void Pose::setYTranslation(double shift) {
+    __yTranslation = shift;
+}
+
+void Pose::setZoom(double zoom) {
     __zoom = zoom;
 }
 
-void Pose::setAmbientLight(int light) {
+void Pose::setAmbientLight(double light) {
     __ambientLight = light;
 }
 
-void Pose::setDiffuseLight(int light) {
+void Pose::setDiffuseLight(double light) {
     __diffuseLight = light;
 }
 
-void Pose::setSpecularLight(int light) {
+void Pose::setSpecularLight(double light) {
     __specularLight = light;
+}
+
+int Pose::nearest(double value) {
+    return std::isnan(value) ? 0 : static_cast<int>(std::clamp<double>(std::round(value), INT_MIN, INT_MAX));
 }
 
 Pose Pose::canonicalPose1() {

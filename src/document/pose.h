@@ -9,8 +9,10 @@ namespace vorlen {
 
 class Stack;
 
-/// A view of the scene: rotations in degrees about the three axes, a shift in screen pixels, a zoom in percent and
-/// three lights. A copy names the same stack and is not in its list.
+/// A view of the scene: rotations in degrees about the three axes, a shift in percent of what the zoom shows, a zoom in
+/// percent and three lights from 0 to 255. All may be decimal numbers: what a setter is given is kept as it is, and the
+/// plain getters give the nearest whole number of it, but for the angles. A copy names the same stack and is not in its
+/// list.
 class Pose : public UnreadText {
 public:
     Pose();
@@ -42,21 +44,30 @@ public:
 
     /// Throws SizeError for a vector of another size than 2.
     void setTranslation(const Vector<int>& translation);
-    const Vector<int>& getTranslation() const { return __translation; }
-    void setXTranslation(int shift);
-    void setYTranslation(int shift);
-    int getXTranslation() const { return __translation[0]; }
-    int getYTranslation() const { return __translation[1]; }
+    Vector<int> getTranslation() const;
+    void setXTranslation(double shift);
+    void setYTranslation(double shift);
+    int getXTranslation() const { return nearest(__xTranslation); }
+    int getYTranslation() const { return nearest(__yTranslation); }
+    double getExactXTranslation() const { return __xTranslation; }
+    double getExactYTranslation() const { return __yTranslation; }
 
-    void setZoom(int zoom);
-    int getZoom() const { return __zoom; }
+    void setZoom(double zoom);
+    int getZoom() const { return nearest(__zoom); }
+    double getExactZoom() const { return __zoom; }
 
-    void setAmbientLight(int light);
-    void setDiffuseLight(int light);
-    void setSpecularLight(int light);
-    int getAmbientLight() const { return __ambientLight; }
-    int getDiffuseLight() const { return __diffuseLight; }
-    int getSpecularLight() const { return __specularLight; }
+    void setAmbientLight(double light);
+    void setDiffuseLight(double light);
+    void setSpecularLight(double light);
+    int getAmbientLight() const { return nearest(__ambientLight); }
+    int getDiffuseLight() const { return nearest(__diffuseLight); }
+    int getSpecularLight() const { return nearest(__specularLight); }
+    double getExactAmbientLight() const { return __ambientLight; }
+    double getExactDiffuseLight() const { return __diffuseLight; }
+    double getExactSpecularLight() const { return __specularLight; }
+
+    /// The whole number next to a value, the one further from 0 of two; the end of int beyond it, 0 for NaN.
+    static int nearest(double value);
 
     /// The six views along the axes: Y 180, Y 90, X 90, and from behind: none, Y -90, X -90.
     static Pose canonicalPose1();
@@ -70,11 +81,12 @@ private:
     std::string __name;
     Stack* __stack = nullptr;
     Vector<float> __rotation;
-    Vector<int> __translation;
-    int __zoom = 100;
-    int __ambientLight = 0;
-    int __diffuseLight = 0;
-    int __specularLight = 0;
+    double __xTranslation = 0;
+    double __yTranslation = 0;
+    double __zoom = 100;
+    double __ambientLight = 0;
+    double __diffuseLight = 0;
+    double __specularLight = 0;
 };
 
 } // namespace vorlen

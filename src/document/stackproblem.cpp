@@ -64,6 +64,8 @@ const std::vector<ProblemKind>& problemKinds() {
         {OutlineDuplicate, "outline-duplicate", Error, true,
          "The same outline stands twice on a slice: the second is a hole that takes the first one's area away."},
         {PointDoubled, "point-doubled", Warning, false, "A point stands twice at one place, and counts twice."},
+        {OutlineOverlapping, "outline-overlapping", Warning, false,
+         "Two outlines of a model cross on a slice: what both enclose counts as a hole."},
     };
     return kinds;
 }

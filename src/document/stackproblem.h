@@ -62,6 +62,7 @@ enum class ProblemCode {
     VerticesDoubled,
     OutlineDuplicate,
     PointDoubled,
+    OutlineOverlapping,
 };
 
 /// What is said of a code wherever it comes up.

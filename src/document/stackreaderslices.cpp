@@ -139,28 +139,28 @@ void StackReader::inputPoseRotation(const Tokens& tokens, StackIOContext& contex
 void StackReader::inputPoseShift(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 2);
     Pose& pose = required(context.getPose());
-    pose.setXTranslation(toInt(tokens[1]));
-    pose.setYTranslation(toInt(tokens[2]));
+    pose.setXTranslation(toCoordinate(tokens[1]));
+    pose.setYTranslation(toCoordinate(tokens[2]));
 }
 
 void StackReader::inputPoseZoom(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getPose()).setZoom(toInt(tokens[1]));
+    required(context.getPose()).setZoom(toCoordinate(tokens[1]));
 }
 
 void StackReader::inputAmbientLight(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getPose()).setAmbientLight(toInt(tokens[1]));
+    required(context.getPose()).setAmbientLight(toCoordinate(tokens[1]));
 }
 
 void StackReader::inputDiffuseLight(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getPose()).setDiffuseLight(toInt(tokens[1]));
+    required(context.getPose()).setDiffuseLight(toCoordinate(tokens[1]));
 }
 
 void StackReader::inputSpecularLight(const Tokens& tokens, StackIOContext& context) {
     requireArguments(tokens, 1);
-    required(context.getPose()).setSpecularLight(toInt(tokens[1]));
+    required(context.getPose()).setSpecularLight(toCoordinate(tokens[1]));
 }
 
 void StackReader::inputCalibrationCurve(const Tokens& tokens, StackIOContext& context) {

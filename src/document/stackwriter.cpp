@@ -83,7 +83,7 @@ std::string plainDigits(float value) {
     appendReal(digits, value);
     if (digits.find('e') != std::string::npos) {
         char buffer[64];
-        digits.assign(buffer, std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 0).ptr);
+        digits.assign(buffer, std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed).ptr);
     }
     return digits;
 }
@@ -228,13 +228,8 @@ void StackWriter::writeSlices(const Stack& stack) {
         const Registration& registration = slice.getRegistration();
         if (registration.getRotationAngle() != 0)
             statement(ROTATE, registration.getRotationAngle());
-        if (registration.getHorShift() != 0 || registration.getVerShift() != 0) {
-            __text += getString(SHIFT) + " ";
-            appendShift(__text, registration.getHorShift());
-            __text += ' ';
-            appendShift(__text, registration.getVerShift());
-            __text += endOfStatement;
-        }
+        if (registration.getHorShift() != 0 || registration.getVerShift() != 0)
+            plainNumbers(SHIFT, {registration.getHorShift(), registration.getVerShift()});
         if (!slice.getAnnotation().empty())
             annotation(slice.getAnnotation());
         __text += slice.getUnreadText();
@@ -403,12 +398,11 @@ void StackWriter::writePoses(const Stack& stack) {
         for (const float angle : pose.getRotation())
             __text += " " + plainDigits(angle);
         __text += endOfStatement;
-        __text += getString(POSESHIFT) + " " + std::to_string(pose.getXTranslation()) + " " +
-                  std::to_string(pose.getYTranslation()) + endOfStatement;
-        statement(POSEZOOM, pose.getZoom());
-        statement(AMBIENTLIGHT, pose.getAmbientLight());
-        statement(DIFFUSELIGHT, pose.getDiffuseLight());
-        statement(SPECULARLIGHT, pose.getSpecularLight());
+        plainNumbers(POSESHIFT, {pose.getExactXTranslation(), pose.getExactYTranslation()});
+        plainNumbers(POSEZOOM, {pose.getExactZoom()});
+        plainNumbers(AMBIENTLIGHT, {pose.getExactAmbientLight()});
+        plainNumbers(DIFFUSELIGHT, {pose.getExactDiffuseLight()});
+        plainNumbers(SPECULARLIGHT, {pose.getExactSpecularLight()});
         __text += pose.getUnreadText();
     }
 }
@@ -519,6 +513,16 @@ void StackWriter::name(Keyword keyword, const std::string& value) {
 
 void StackWriter::wholeNumber(Keyword keyword, float value) {
     statement(keyword, plainDigits(value));
+}
+
+/// Each whole where it is, and without an exponent.
+void StackWriter::plainNumbers(Keyword keyword, std::initializer_list<double> values) {
+    __text += getString(keyword);
+    for (const double value : values) {
+        __text += ' ';
+        appendShift(__text, value);
+    }
+    __text += endOfStatement;
 }
 
 void StackWriter::annotation(const std::string& text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <unordered_map>
 
@@ -86,6 +87,7 @@ private:
     void statement(Keyword keyword, const std::string& value);
     void name(Keyword keyword, const std::string& value);
     void wholeNumber(Keyword keyword, float value);
+    void plainNumbers(Keyword keyword, std::initializer_list<double> values);
     void annotation(const std::string& text);
     void append(int value);
     void appendString(const std::string& text);

@@ -25,7 +25,7 @@ int toInt(std::string_view text);
 /// Throws ArgValueError for a negative one.
 int toSize(std::string_view text);
 
-/// A coordinate of a vertex: the leading decimal number within the range of int, 0 without one.
+/// A coordinate of a vertex, a value of a pose: the leading decimal number within the range of int, 0 without one.
 double toCoordinate(std::string_view text);
 
 float toReal(std::string_view text);

@@ -31,14 +31,15 @@ struct ExportedSurface {
 
 /// Nothing for a model that has no surface. Throws FileWriteError, with the file, for a mesh too large.
 std::optional<ExportedSurface> surfaceOf(const Model& model, const StackReconstruction<float>& reconstruction,
-                                         const std::optional<SurfaceEnds>& ends, const std::string& file) {
+                                         const std::optional<SurfaceEnds>& ends, bool resampled,
+                                         const std::string& file) {
     if (model.getProperties().getGeometry() == PolypointPrimitive)
         return std::nullopt;
     const ModelSurface<float> contours(model, reconstruction);
     if (contours.isPath())
         return std::nullopt;
     ExportedSurface made;
-    if (contours.exists() && !contours.isGrid()) {
+    if (contours.exists() && (!resampled || !contours.isGrid())) {
         made.surface = contours.closed(ends.value_or(ModelSurface<float>::getEnds(model.getProperties())));
         made.surface.setName(model.getName());
         return made;
@@ -104,7 +105,7 @@ std::optional<SurfaceCertificate> StackExporter::export2AsciiSTL(const Model& mo
     const std::string stlName = base + ".stl", meshName = base + ".qm";
     if (!overwrite)
         FileInfo::requireFree(stlName, where, stlName + " : file exists");
-    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, stlName);
+    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, true, stlName);
     if (!made)
         return std::nullopt;
     if (made->mesh) {
@@ -129,7 +130,7 @@ StackExporter::exportModel(const Model& model, StackReconstruction<float>& recon
     const bool hasMaterials = format == SurfaceFormat::Obj;
     if (!overwrite)
         FileInfo::requireFree(name, where, name + " : file exists");
-    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, name);
+    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, __resampled, name);
     if (!made)
         return std::nullopt;
     if (!overwrite && hasMaterials)
@@ -167,7 +168,7 @@ void StackExporter::exportStack(const Stack& stack, const std::string& directory
 std::optional<SurfaceCertificate> StackExporter::addTo(GltfWriter& writer, const Model& model,
                                                        StackReconstruction<float>& reconstruction,
                                                        const std::string& unit) {
-    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, model.getName());
+    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, __resampled, model.getName());
     if (!made)
         return std::nullopt;
     made->mesh.reset();

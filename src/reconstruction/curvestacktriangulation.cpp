@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "numerics/exception.h"
+#include "reconstruction/bandtiling.h"
 
 namespace vorlen {
 
@@ -54,7 +55,7 @@ CurveStackTriangulation<T>::CurveStackTriangulation(const CurveStack<T>& stack, 
             __triMesh[number++] = vertex;
         }
         if (placement == Placement::Centred && stack.isClosed())
-            centre(contour);
+            BandTiling::centre(contour.points.data(), contour.size, __space);
     }
 
     if (stack.isOpen())
@@ -84,41 +85,6 @@ bool CurveStackTriangulation<T>::check(const CurveStack<T>& stack) const {
     return stack.getHeight() >= 2;
 }
 
-/// Brings the centroid of the contour's area, or of its line where the area vanishes, to the origin of the plane.
-template <class T>
-void CurveStackTriangulation<T>::centre(Contour& contour) const {
-    if (contour.size == 0 || __space < 2)
-        return;
-    T* const points = contour.points.data();
-    const T origin[2] = {points[0], points[1]};
-    T area = 0, areaX = 0, areaY = 0, length = 0, lengthX = 0, lengthY = 0;
-    for (int k = 0; k < contour.size; ++k) {
-        const T* const p = points + std::size_t(k) * __space;
-        const T* const q = points + std::size_t(k + 1 < contour.size ? k + 1 : 0) * __space;
-        const T px = p[0] - origin[0], py = p[1] - origin[1], qx = q[0] - origin[0], qy = q[1] - origin[1];
-        const T product = px * qy - qx * py, side = std::hypot(qx - px, qy - py);
-        area += product;
-        areaX += product * (px + qx) / 3;
-        areaY += product * (py + qy) / 3;
-        length += side;
-        lengthX += side * (px + qx) / 2;
-        lengthY += side * (py + qy) / 2;
-    }
-    T x = origin[0], y = origin[1];
-    // A figure-8 or a line drawn there and back has no area to speak of, and its quotient would lie anywhere.
-    if (absT(area) > T(1e-3) * length * length) {
-        x += areaX / area;
-        y += areaY / area;
-    } else if (length > 0) {
-        x += lengthX / length;
-        y += lengthY / length;
-    }
-    for (int k = 0; k < contour.size; ++k) {
-        points[std::size_t(k) * __space] -= x;
-        points[std::size_t(k) * __space + 1] -= y;
-    }
-}
-
 template <class T>
 void CurveStackTriangulation<T>::triangulateClosedCurveStackMethod1() {
     for (int l = 1; l < int(__contours.size()); ++l) {
@@ -135,25 +101,16 @@ void CurveStackTriangulation<T>::triangulateClosedCurveStackMethod1() {
 template <class T>
 void CurveStackTriangulation<T>::closedCaseGanapathy(const CurveStack<T>& stack) {
     T lowerLength = stack[0].length();
+    BandTiling::ArcLengthWalk<T> byLength;
     for (int l = 1; l < int(__contours.size()); ++l) {
         int i = 0, j = 0;
         alignment(l - 1, l, i, j);
         const Contour a = rotated(l - 1, i), b = rotated(l, j);
         const T upperLength = stack[l].length();
-        T walkedLower = 0, walkedUpper = 0, positionLower = 0, positionUpper = 0;
-        walk(a, b, [&](const T* pa, const T* pb) {
-            const T nextUpper = walkedUpper + std::sqrt(squaredDistance(pb + __space, pb));
-            const T nextLower = walkedLower + std::sqrt(squaredDistance(pa + __space, pa));
-            const T normalizedUpper = nextUpper / upperLength, normalizedLower = nextLower / lowerLength;
-            if (absT(normalizedLower - positionUpper) > absT(normalizedUpper - positionLower)) {
-                positionUpper = normalizedUpper;
-                walkedUpper = nextUpper;
-                return true;
-            }
-            positionLower = normalizedLower;
-            walkedLower = nextLower;
-            return false;
-        });
+        byLength.run(a.points.data(), a.size, lowerLength, b.points.data(), b.size, upperLength, __space,
+                     [&](int p, int q, bool upper) {
+                         __triMesh.addTriangle(b.numbers[q], a.numbers[p], upper ? b.numbers[q + 1] : a.numbers[p + 1]);
+                     });
         closeBand(a, b);
         lowerLength = upperLength;
     }
@@ -279,10 +236,8 @@ template <class T>
 void CurveStackTriangulation<T>::closeBand(const Contour& a, const Contour& b) {
     if (a.size == 0 || b.size == 0)
         return;
-    const T* const lastA = a.points.data() + std::size_t(a.size - 1) * __space;
-    const T* const lastB = b.points.data() + std::size_t(b.size - 1) * __space;
     const int a0 = a.numbers.front(), a1 = a.numbers.back(), b0 = b.numbers.front(), b1 = b.numbers.back();
-    if (squaredDistance(lastA, b.points.data()) > squaredDistance(lastB, a.points.data())) {
+    if (BandTiling::closesFromFirst(a.points.data(), a.size, b.points.data(), b.size, __space)) {
         __triMesh.addTriangle(a1, a0, b1);
         __triMesh.addTriangle(a0, b0, b1);
     } else {
@@ -299,53 +254,21 @@ typename CurveStackTriangulation<T>::Contour CurveStackTriangulation<T>::rotated
     return contour;
 }
 
-/// The closest pair of vertices of two levels: of equal pairs the one with the lowest position on the first level, then
-/// the lowest on the second. A sweep along the first axis looks only at vertices that are near enough on that axis.
 template <class T>
 void CurveStackTriangulation<T>::alignment(int first, int second, int& i, int& j) const {
     const Contour &a = __contours[first], &b = __contours[second];
     i = j = 0;
     if (a.size == 0 || b.size == 0)
         return;
-    std::vector<int> order(b.size);
-    std::iota(order.begin(), order.end(), 0);
-    const auto abscissa = [&](int k) { return b.points[std::size_t(k) * __space]; };
-    std::sort(order.begin(), order.end(), [&](int p, int q) { return abscissa(p) < abscissa(q); });
-
-    T best = squaredDistance(a.points.data(), b.points.data());
-    for (int k = 0; k < a.size; ++k) {
-        const T* const point = a.points.data() + std::size_t(k) * __space;
-        int nearest = k == 0 ? 0 : -1;
-        const auto consider = [&](int candidate) {
-            const T along = point[0] - abscissa(candidate);
-            if (along * along > best)
-                return false;
-            const T distance = squaredDistance(point, b.points.data() + std::size_t(candidate) * __space);
-            if (distance < best || (distance == best && nearest >= 0 && candidate < nearest)) {
-                best = distance;
-                nearest = candidate;
-            }
-            return true;
-        };
-        const auto middle = std::lower_bound(order.begin(), order.end(), point[0],
-                                             [&](int candidate, T value) { return abscissa(candidate) < value; });
-        for (auto right = middle; right != order.end() && consider(*right); ++right)
-            ;
-        for (auto left = middle; left != order.begin() && consider(*(left - 1)); --left)
-            ;
-        if (nearest >= 0) {
-            i = k;
-            j = nearest;
-        }
-    }
+    BandTiling::ClosestPair<T> pair;
+    pair.find(a.points.data(), a.size, b.points.data(), b.size, __space);
+    i = pair.first;
+    j = pair.second;
 }
 
 template <class T>
 T CurveStackTriangulation<T>::squaredDistance(const T* p, const T* q) const {
-    T sum = 0;
-    for (int k = 0; k < __space; ++k)
-        sum += (p[k] - q[k]) * (p[k] - q[k]);
-    return sum;
+    return BandTiling::squaredDistance(p, q, __space);
 }
 
 template <class T>

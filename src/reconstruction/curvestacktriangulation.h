@@ -65,7 +65,6 @@ private:
         int size = 0;
     };
 
-    void centre(Contour& contour) const;
     void triangulateClosedCurveStackMethod1();
     void closedCaseGanapathy(const CurveStack<T>& stack);
     void triangulateClosedCurveStackMethod3();

@@ -8,7 +8,9 @@
 #include "document/model.h"
 #include "document/modelitem.h"
 #include "document/stack.h"
+#include "images/filters/parallelwork.h"
 #include "numerics/exception.h"
+#include "progress/progresssubject.h"
 #include "reconstruction/modeldistances.h"
 #include "reconstruction/modelitemgeometry.h"
 #include "reconstruction/modelmorphometry.h"
@@ -177,6 +179,30 @@ std::vector<Column> distanceColumns(const std::string& length) {
             {"Hausdorff", "hausdorff", length, "The greater one of the two farthest distances", false, farthest}};
 }
 
+/// Measures those models that need no mesh, several at once, and tells which. What fails is left for later, to fail
+/// where it can be told.
+std::vector<unsigned char> measureWithoutMesh(const std::vector<const Model*>& models,
+                                              const StackReconstruction<double>& reconstruction,
+                                              std::vector<ModelMorphometry>& measured) {
+    std::vector<unsigned char> done(models.size(), 0);
+    ProgressSubject subject;
+    const Pieces pieces(int(models.size()), 16);
+    ParallelWork work(subject, 1);
+    std::vector<ModelMorphometry::Towers> towers(static_cast<std::size_t>(work.workers()));
+    work.run(pieces.count(), 1, [&](int piece, int worker) {
+        for (int m = pieces.first(piece); m < pieces.last(piece); ++m) {
+            ModelMorphometry& morphometry = measured[std::size_t(m)];
+            morphometry.setModel(*models[std::size_t(m)]);
+            try {
+                done[std::size_t(m)] = morphometry.runWithoutMesh(reconstruction, towers[std::size_t(worker)]);
+            } catch (const Exception&) {
+                done[std::size_t(m)] = 0;
+            }
+        }
+    });
+    return done;
+}
+
 /// Calls visit(slice, place of the slice, item) for the items of the stack, slice by slice.
 template <class Visitor>
 void forItems(const Stack& stack, const Visitor& visit) {
@@ -258,17 +284,21 @@ MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vecto
                                             Shape shape) {
     const bool withErrors = errors == Errors::Estimated, withShape = shape == Shape::Measured;
     MeasurementTable table(modelColumns(stack, withErrors, withShape));
-    ModelMorphometry morphometry;
-    morphometry.setErrorsWanted(withErrors);
-    morphometry.setShapeWanted(withShape);
     const StackReconstruction<double> reconstruction(stack);
-    for (const Model* model : models) {
+    ModelMorphometry plain;
+    plain.setErrorsWanted(withErrors);
+    plain.setShapeWanted(withShape);
+    std::vector<ModelMorphometry> measured(models.size(), plain);
+    const std::vector<unsigned char> done = measureWithoutMesh(models, reconstruction, measured);
+    for (std::size_t m = 0; m < models.size(); ++m) {
+        const Model* const model = models[m];
+        ModelMorphometry& morphometry = measured[m];
         table.addTextCell(table.addText(model->getName()));
         table.addTextCell(table.addText(ModelProperties::toString(model->getProperties().getGeometry())));
         table.__certificates.emplace_back();
         try {
-            morphometry.setModel(*model);
-            morphometry.run(reconstruction);
+            if (done[m] == 0)
+                morphometry.runByMesh(reconstruction);
             table.addModel(morphometry);
             if (withErrors)
                 table.addErrors(morphometry);

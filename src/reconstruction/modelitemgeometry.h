@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "numerics/vector.h"
 #include "reconstruction/modelitemanalysis.h"
@@ -8,7 +9,8 @@
 
 namespace vorlen {
 
-/// Measures one item in its own slice, in the slice's calibrated coordinates; the registration does not enter.
+/// Measures one item in its own slice, in the slice's calibrated coordinates; the registration does not enter. An
+/// object keeps its memory from item to item.
 class ModelItemGeometry : public ModelItemAnalysis {
 public:
     ModelItemGeometry();
@@ -36,11 +38,18 @@ public:
     /// The same without the steps of the pixel grid (withoutPixelSteps()).
     double getLengthWithoutSteps() const { return __lengthWithoutSteps; }
 
-    /// Area of a polygon, positive when it turns from the column axis towards the row axis; 0 otherwise.
+    /// Area that a polygon encloses, by even-odd rule where it crosses itself; positive when it turns from the column
+    /// axis towards the row axis on the whole. 0 otherwise.
     double getArea() const { return __area; }
 
 private:
-    std::unique_ptr<Vertices<double>> __vertices;
+    void findCentre(double position);
+
+    bool __isDone = false;
+    bool __isConnected = false, __isClosed = false;
+    std::vector<double> __places; // x and y of the vertices in slice coordinates
+    std::vector<double> __pixels, __smooth; // working memory
+    mutable std::unique_ptr<Vertices<double>> __vertices; // made when they are asked for
     Vector<double> __isobarycenter;
     double __length = 0;
     double __lengthWithoutSteps = 0;

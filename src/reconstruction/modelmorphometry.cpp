@@ -8,6 +8,7 @@
 #include "document/modelitem.h"
 #include "document/stack.h"
 #include "numerics/exception.h"
+#include "reconstruction/flatoutline.h"
 #include "reconstruction/modelsurface.h"
 #include "reconstruction/stackreconstruction.h"
 #include "shapes/pixelsteps.h"
@@ -18,16 +19,6 @@ namespace vorlen {
 namespace {
 
 constexpr double notAvailable = -1;
-
-/// Standard deviations along the main axes, from the covariance of the vertices.
-void findMainAxes(const Shape<double>& shape, Vector<double>& lengths, SquareMatrix<double>& axes) {
-    SquareMatrix<double> covariance = shape.inertia();
-    covariance /= double(shape.getNumVertices());
-    covariance.eigenJacobi(lengths, axes, true);
-    // Rounding may leave the eigenvalue of a flat set of vertices a trace below 0.
-    for (int i = 0; i < lengths.getSize(); ++i)
-        lengths[i] = lengths[i] > 0 ? std::sqrt(lengths[i]) : 0;
-}
 
 /// For each column the row of its largest component by absolute value.
 Vector<int> nearestCoordinateAxes(const SquareMatrix<double>& axes) {
@@ -42,33 +33,32 @@ Vector<int> nearestCoordinateAxes(const SquareMatrix<double>& axes) {
 
 /// Whether any outline changes without the steps of the pixel grid.
 bool hasSteps(const Model& model) {
+    std::vector<double> coordinates, left;
     for (int i = 0; i < model.getNumItems(); ++i) {
         const ModelItem& item = model.getItem(i);
-        if (item.isConnected() &&
-            withoutPixelSteps(item.getVertices(), item.isClosed()).getNumVertices() != item.getSize())
+        coordinates.clear();
+        appendCoordinates(item, coordinates);
+        if (item.isConnected() && removePixelSteps(coordinates.data(), item.getSize(), item.isClosed(), left))
             return true;
     }
     return false;
 }
 
-/// A slice on which the model encloses something.
-struct Section {
-    double position, area, spacing;
-};
-
-std::vector<Section> sectionsOf(const Model& model, const StackReconstruction<double>& reconstruction) {
-    std::vector<Section> sections;
+/// What the model encloses on its slices.
+std::vector<OutlineTower::Section> sectionsOf(const Model& model, const StackReconstruction<double>& reconstruction) {
+    std::vector<OutlineTower::Section> sections;
+    std::vector<double> outline;
     const auto items = reconstruction.itemsOf(model);
     for (std::size_t first = 0, last = 0; first < items.size(); first = last) {
         SectionRegion region;
-        for (last = first; last < items.size() && items[last].first == items[first].first; ++last)
-            region.add(items[last].second->getVertices());
-        const StackSlice& slice = *items[first].second->getSlice();
-        const PixelCalibration& calibration = slice.getPixelCalibration();
-        const double area =
-            region.area() * std::fabs(double(calibration.getPixelWidth()) * double(calibration.getPixelHeight()));
-        if (area != 0)
-            sections.push_back({reconstruction.getZMap()[items[first].first], area, slice.getRelativePosition()});
+        for (last = first; last < items.size() && items[last].first == items[first].first; ++last) {
+            outline.clear();
+            appendCoordinates(*items[last].second, outline);
+            region.add(outline.size() / 2, [&](std::size_t k) {
+                return SectionRegion::Point{outline[2 * k], outline[2 * k + 1]};
+            });
+        }
+        sections.push_back({items[first].first, region.area()});
     }
     return sections;
 }
@@ -130,15 +120,43 @@ void ModelMorphometry::run() {
 }
 
 void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
+    Towers towers;
+    if (!runWithoutMesh(reconstruction, towers))
+        runByMesh(reconstruction);
+}
+
+bool ModelMorphometry::runWithoutMesh(const StackReconstruction<double>& reconstruction, Towers& towers) {
+    count();
+    if (__numVertices < 1)
+        return true;
+    if (__shapeWanted || __model->getProperties().getGeometry() != PolygonPrimitive ||
+        !towers.whole.take(*__model, reconstruction, towers.smooth))
+        return false;
+    const std::optional<OutlineTower::Measures> drawn = towers.whole.measure(__ends);
+    const bool steps = towers.whole.hadSteps();
+    const std::optional<OutlineTower::Measures> smooth = drawn && steps ? towers.smooth.measure(__ends) : drawn;
+    if (!drawn || !smooth)
+        return false;
+    __certificate = drawn->certificate;
+    __closedVolume = __certificate.volume;
+    __area = drawn->wallArea;
+    __areaWithoutSteps = smooth->wallArea;
+    __closedArea = smooth->closedArea;
+    if (__errorsWanted && !estimateErrors(steps ? towers.smooth : towers.whole, towers.half))
+        return false;
+    findAxes(towers.whole.centre(), towers.whole.scatter(), __numVertices);
+    addSections(reconstruction, towers.whole.getSections());
+    return true;
+}
+
+void ModelMorphometry::runByMesh(const StackReconstruction<double>& reconstruction) {
     count();
     if (__numVertices < 1)
         return;
     const ModelSurface<double> surface(*__model, reconstruction);
     if (surface.getShape().getNumVertices() == 0)
         throw UsageError("void ModelMorphometry::run(...)", "The items of the model are in no stack");
-    __isobarycenter = surface.getShape().cog();
-    findMainAxes(surface.getShape(), __mainAxesLengths, __mainAxes);
-    __matchingCoordinateAxes = nearestCoordinateAxes(__mainAxes);
+    findAxes(surface.getShape().cog(), surface.getShape().inertia(), surface.getShape().getNumVertices());
 
     if (surface.getKind() == SurfaceKind::Points)
         return;
@@ -160,10 +178,21 @@ void ModelMorphometry::run(const StackReconstruction<double>& reconstruction) {
         __area = __areaWithoutSteps = __volume = notAvailable;
     }
     if (closed)
-        addSections(reconstruction);
+        addSections(reconstruction, sectionsOf(*__model, reconstruction));
     // Sections at one height enclose no volume, not one of 0.
     if (closed && surface.getKind() == SurfaceKind::Unspaced && __volume == 0)
         __volume = notAvailable;
+}
+
+/// From the mean of the vertices and their scatter around it.
+void ModelMorphometry::findAxes(const Vector<double>& centre, SquareMatrix<double> scatter, int numVertices) {
+    __isobarycenter = centre;
+    scatter /= double(numVertices);
+    scatter.eigenJacobi(__mainAxesLengths, __mainAxes, true);
+    // Rounding may leave the eigenvalue of a flat set of vertices a trace below 0.
+    for (double& length : __mainAxesLengths)
+        length = length > 0 ? std::sqrt(length) : 0;
+    __matchingCoordinateAxes = nearestCoordinateAxes(__mainAxes);
 }
 
 void ModelMorphometry::close(const ModelSurface<double>& surface, const TriMesh<double>& tiles) {
@@ -208,21 +237,53 @@ void ModelMorphometry::estimateErrors(const ModelSurface<double>& surface) {
     __volumeError = std::fabs(volume - __closedVolume);
 }
 
+/// The same of a tower. False when a half of it has to be looked at as a mesh.
+bool ModelMorphometry::estimateErrors(const OutlineTower& tower, OutlineTower& half) {
+    double volume = 0, area = 0, closedArea = 0;
+    for (const bool fromSecond : {false, true}) {
+        tower.everySecond(fromSecond, half);
+        if (half.getNumLevels() < 2)
+            return true;
+        const std::optional<OutlineTower::Measures> measures = half.measure(__ends);
+        if (!measures)
+            return false;
+        area += measures->wallArea / 2;
+        closedArea += measures->closedArea / 2;
+        volume += measures->certificate.volume / 2;
+    }
+    __areaError = std::fabs(area - __areaWithoutSteps);
+    __closedAreaError = std::fabs(closedArea - __closedArea);
+    __volumeError = std::fabs(volume - __closedVolume);
+    return true;
+}
+
 double ModelMorphometry::getBestVolume() const {
     return isBestVolumeOfSurface() ? __closedVolume : __volume;
 }
 
-void ModelMorphometry::addSections(const StackReconstruction<double>& reconstruction) {
+/// Sections on which the model encloses nothing count as if it were not there.
+void ModelMorphometry::addSections(const StackReconstruction<double>& reconstruction,
+                                   const std::vector<OutlineTower::Section>& sections) {
     __volume = 0;
-    const std::vector<Section> sections = sectionsOf(*__model, reconstruction);
-    for (std::size_t k = 1; k < sections.size(); ++k) {
-        const double height = std::fabs(sections[k].position - sections[k - 1].position);
-        const double below = sections[k - 1].area, above = sections[k].area;
-        __volume += height * below;
-        __slabVolume += height / 3 * (below + above + std::sqrt(below * above));
+    double below = 0, spacing = 0, position = 0; // of the section before
+    for (const OutlineTower::Section& section : sections) {
+        const StackSlice& slice = reconstruction.getSlice(section.slice);
+        const PixelCalibration& calibration = slice.getPixelCalibration();
+        const double above =
+            section.area * std::fabs(double(calibration.getPixelWidth()) * double(calibration.getPixelHeight()));
+        if (above == 0)
+            continue;
+        const double here = reconstruction.getZMap()[section.slice];
+        if (below != 0) {
+            const double height = std::fabs(here - position);
+            __volume += height * below;
+            __slabVolume += height / 3 * (below + above + std::sqrt(below * above));
+        }
+        below = above;
+        position = here;
+        spacing = slice.getRelativePosition();
     }
-    if (!sections.empty())
-        __volume += std::fabs(sections.back().spacing) * sections.back().area;
+    __volume += std::fabs(spacing) * below;
 }
 
 double ModelMorphometry::getEquivRadius() const {

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "numerics/squarematrix.h"
 #include "numerics/vector.h"
 #include "reconstruction/modelshape.h"
+#include "reconstruction/outlinetower.h"
 #include "reconstruction/surfaceends.h"
 #include "shapes/curvestack.h"
 #include "shapes/surfacecertificate.h"
@@ -31,9 +33,14 @@ class TriMesh;
 /// the last.
 ///
 /// Where there is a closed surface its area and its volume by the divergence theorem are told beside these, and what
-/// holds of it as a surface. Its ends are those of setEnds(), whatever caps the model shows.
+/// holds of it as a surface. Most models are measured without a mesh of it (OutlineTower). Its ends are those of setEnds(), whatever caps the model shows.
 class ModelMorphometry {
 public:
+    /// Working memory of runWithoutMesh().
+    struct Towers {
+        OutlineTower whole, smooth, half;
+    };
+
     ModelMorphometry();
 
     /// Another model than the present one clears the results. The model is seen, not owned.
@@ -47,6 +54,12 @@ public:
     void run();
     /// The same by a reconstruction of the model's stack, which serves all of its models.
     void run(const StackReconstruction<double>& reconstruction);
+
+    /// The two halves of run(): without a mesh, where that is enough, in the memory of some towers that serve model
+    /// after model; and by a mesh, when the first one has said false. Several objects may do the first at once, each
+    /// with towers of its own.
+    bool runWithoutMesh(const StackReconstruction<double>& reconstruction, Towers& towers);
+    void runByMesh(const StackReconstruction<double>& reconstruction);
     void clear();
 
     int getNumVertices() const { return __numVertices; }
@@ -114,10 +127,13 @@ public:
 
 private:
     const StackSlice* count();
+    void findAxes(const Vector<double>& centre, SquareMatrix<double> scatter, int numVertices);
+    bool estimateErrors(const OutlineTower& tower, OutlineTower& half);
     void close(const ModelSurface<double>& surface, const TriMesh<double>& tiles);
     void takeSteps(const ModelSurface<double>& smooth);
     void estimateErrors(const ModelSurface<double>& surface);
-    void addSections(const StackReconstruction<double>& reconstruction);
+    void addSections(const StackReconstruction<double>& reconstruction,
+                     const std::vector<OutlineTower::Section>& sections);
 
     const Model* __model = nullptr;
     SurfaceEnds __ends;

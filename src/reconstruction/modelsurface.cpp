@@ -12,7 +12,6 @@
 #include "reconstruction/curvestacktriangulation.h"
 #include "reconstruction/sectionparts.h"
 #include "reconstruction/stackreconstruction.h"
-#include "shapes/selfcontact.h"
 
 namespace vorlen {
 
@@ -33,21 +32,6 @@ void alignDirections(VertexStack<T>& stack) {
     auto* curves = dynamic_cast<CurveStack<T>*>(&stack);
     for (int k = 0; curves != nullptr && k < curves->getHeight(); ++k)
         curves->level(k).setClockwise(true, 0, 1);
-}
-
-/// Distance from a height to the next section in a direction, or, where there is none, in the other one. 0 when all
-/// lie at this height.
-template <class T>
-T gapFrom(T height, T direction, const std::vector<T>& sections) {
-    for (const T way : {direction, -direction}) {
-        T gap = std::numeric_limits<T>::infinity();
-        for (const T section : sections)
-            if (way * (section - height) > 0)
-                gap = std::min(gap, way * (section - height));
-        if (gap < std::numeric_limits<T>::infinity())
-            return gap;
-    }
-    return 0;
 }
 
 /// How many slices hold contours of the model.
@@ -89,37 +73,12 @@ TriMesh<T> converted(const TriMesh<double>& mesh) {
 
 /// A curve's points, relative to the first vertex of another one.
 template <class T>
-SectionRing ringOf(const Curve<T>& curve, const Curve<T>& origin) {
+std::vector<PlanePoint> pointsOf(const Curve<T>& curve, const Curve<T>& origin) {
     std::vector<PlanePoint> points;
     points.reserve(std::size_t(curve.getNumVertices()));
     for (int k = 0; k < curve.getNumVertices(); ++k)
         points.push_back({double(curve[k][0]) - double(origin[0][0]), double(curve[k][1]) - double(origin[0][1])});
-    return SectionRing(std::move(points));
-}
-
-/// Whether a ring goes once around its centroid, always forward: then it can't cross itself.
-bool isStar(const SectionRing& ring) {
-    int upward = 0;
-    for (std::size_t k = 0; k < ring.points.size(); ++k) {
-        const PlanePoint &p = ring.points[k], &q = ring.points[k + 1 < ring.points.size() ? k + 1 : 0];
-        if (p.y < ring.centroid.y && q.y >= ring.centroid.y)
-            ++upward;
-    }
-    return upward == 1 && ring.isSeenFrom(ring.centroid);
-}
-
-/// Whether a ring crosses itself; most are told without a search.
-bool crossesItself(const SectionRing& ring) {
-    if (ring.points.size() < 4 || isStar(ring))
-        return false;
-    std::vector<double> coordinates;
-    coordinates.reserve(2 * ring.points.size());
-    for (const PlanePoint& p : ring.points) {
-        coordinates.push_back(p.x);
-        coordinates.push_back(p.y);
-    }
-    const std::optional<SelfContact> contact = findSelfContact(coordinates, true);
-    return contact && contact->crosses;
+    return points;
 }
 
 } // namespace
@@ -343,7 +302,7 @@ bool ModelSurface<T>::hasCrossings() const {
         return false;
     const CurveStack<T>& curves = contours("bool ModelSurface<T>::hasCrossings() const");
     for (int k = 0; k < curves.getHeight(); ++k)
-        if (crossesItself(ringOf(curves[k], curves[k])))
+        if (SectionRing(pointsOf(curves[k], curves[k])).crossesItself())
             return true;
     return false;
 }
@@ -352,25 +311,12 @@ template <class T>
 std::optional<EndShape<T>> ModelSurface<T>::shapeOf(SurfaceEnd end, bool atBegin) const {
     const CurveStack<T>& curves = contours("void ModelSurface<T>::shapeOf(SurfaceEnd, bool) const");
     const T gap = atBegin ? __beginGap : __endGap, direction = atBegin ? -__direction : __direction;
-    if (end == SurfaceEnd::Open)
-        return std::nullopt;
-    if (end == SurfaceEnd::Flat)
-        return EndShape<T>{};
-    const T rise = end == SurfaceEnd::HalfSection ? gap / 2 : gap;
-    EndShape<T> shape{direction * rise, end == SurfaceEnd::HalfSection ? T(1) : T(0)};
     const int last = curves.getHeight() - 1;
-    if (last == 0)
-        return shape;
     const Curve<T>& here = atBegin ? curves[0] : curves[last];
-    const Curve<T>& before = atBegin ? curves[1] : curves[last - 1];
-    const SectionRing ring = ringOf(here, here), ringBefore = ringOf(before, here);
-    const auto gapBefore = double(std::abs(here[0][2] - before[0][2]));
-    if (end == SurfaceEnd::HalfSection)
-        shape.scale = T(scaleOfEnd(std::fabs(ring.area), std::fabs(ringBefore.area), gapBefore, double(rise)));
-    const PlanePoint aside = asideOfEnd(ring.centroid, ringBefore.centroid, gapBefore, double(rise), ring.meanRadius());
-    shape.asideX = T(aside.x);
-    shape.asideY = T(aside.y);
-    return shape;
+    const Curve<T>& before = last == 0 ? here : atBegin ? curves[1] : curves[last - 1];
+    return shapeOfEnd(end, gap, direction, pointsOf(here, here),
+                      last == 0 ? std::vector<PlanePoint>() : pointsOf(before, here),
+                      double(std::abs(here[0][2] - before[0][2])));
 }
 
 template class ModelSurface<float>;

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <optional>
 
 #include "reconstruction/planararrangement.h"
 #include "shapes/sectionregion.h"
+#include "shapes/selfcontact.h"
 
 namespace vorlen {
 
@@ -85,6 +87,27 @@ bool SectionRing::isSeenFrom(const PlanePoint& p) const {
             return false;
     }
     return area != 0;
+}
+
+bool SectionRing::isStar() const {
+    int upward = 0;
+    for (std::size_t k = 0; k < points.size(); ++k) {
+        const PlanePoint &p = points[k], &q = points[k + 1 < points.size() ? k + 1 : 0];
+        if (p.y < centroid.y && q.y >= centroid.y)
+            ++upward;
+    }
+    return upward == 1 && isSeenFrom(centroid);
+}
+
+bool SectionRing::crossesItself() const {
+    if (points.size() < 4 || isStar())
+        return false;
+    std::vector<double> coordinates;
+    coordinates.reserve(2 * points.size());
+    for (const PlanePoint& p : points)
+        coordinates.insert(coordinates.end(), {p.x, p.y});
+    const std::optional<SelfContact> contact = findSelfContact(coordinates, true);
+    return contact && contact->crosses;
 }
 
 PlanePoint SectionRing::innerPoint() const {

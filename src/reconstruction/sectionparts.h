@@ -31,6 +31,12 @@ struct SectionRing {
     /// Whether a segment from p to any point of the ring stays on one side of it.
     bool isSeenFrom(const PlanePoint& p) const;
 
+    /// Whether it goes once around its centroid, always forward: then it can't cross itself.
+    bool isStar() const;
+
+    /// Most are told without a search.
+    bool crossesItself() const;
+
     /// A point well inside, on the widest chord along X at about half the height.
     PlanePoint innerPoint() const;
 };

@@ -83,6 +83,11 @@ void StackReconstruction<T>::computeMaps() {
 }
 
 template <class T>
+const StackSlice& StackReconstruction<T>::getSlice(int i) const {
+    return __stack->getSlice(i);
+}
+
+template <class T>
 void StackReconstruction<T>::map(Vertices<T>& out, const ModelItem& item) const {
     if (__stack == nullptr)
         throw UsageError("void StackReconstruction<T>::map(Vertices<T>&, const ModelItem&) const",
@@ -107,6 +112,21 @@ void StackReconstruction<T>::mapFromSlice(Vertices<T>& out, const Vertices<doubl
         const Vector<double>& pixel = pixels[k];
         const T u = T(pixel[0]), v = T(pixel[1]);
         Vector<T>& world = out[k];
+        world[0] = map[0] * u + map[1] * v + map[2];
+        world[1] = map[3] * u + map[4] * v + map[5];
+        world[2] = z;
+    }
+}
+
+template <class T>
+void StackReconstruction<T>::map(int slice, const double* pixels, int n, std::vector<T>& out) const {
+    const T* const map = mapOf(slice).data();
+    const T z = __zMap[slice];
+    const std::size_t before = out.size();
+    out.resize(before + 3 * static_cast<std::size_t>(n));
+    T* world = out.data() + before;
+    for (int k = 0; k < n; ++k, world += 3) {
+        const T u = T(pixels[2 * k]), v = T(pixels[2 * k + 1]);
         world[0] = map[0] * u + map[1] * v + map[2];
         world[1] = map[3] * u + map[4] * v + map[5];
         world[2] = z;

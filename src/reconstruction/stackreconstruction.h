@@ -14,6 +14,7 @@ namespace vorlen {
 class Model;
 class ModelItem;
 class Stack;
+class StackSlice;
 
 /// Whether outlines count as they were drawn, or without the steps of the pixel grid (withoutPixelSteps()).
 enum class OutlineSteps : unsigned char { Kept, Removed };
@@ -39,6 +40,9 @@ public:
     /// Computes the maps anew from the document as it stands. Throws UsageError without a stack.
     void computeMaps();
 
+    /// Slice i of the stack, unchecked.
+    const StackSlice& getSlice(int i) const;
+
     /// World Z of each slice.
     const Vector<T>& getZMap() const { return __zMap; }
 
@@ -50,6 +54,10 @@ public:
     /// no size gives a place that is no number. Throw RangeError for a slice that is not there.
     Vector<T> toWorld(int slice, T u, T v) const;
     Vector<T> toPixels(int slice, T x, T y) const;
+
+    /// The same for n places of a slice as plain numbers, u and v of one after the other: appends x, y and z of each.
+    /// Throws RangeError for a slice that is not there.
+    void map(int slice, const double* pixels, int n, std::vector<T>& out) const;
 
     /// The item as a shape of space 3: a closed Curve for a polygon, an open one for a polyline, Vertices for points.
     std::unique_ptr<Shape<T>> apply(const ModelItem& item) const;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 #include "reconstruction/partlid.h"
@@ -60,48 +61,98 @@ PlanePoint asideOfEnd(const PlanePoint& centroid, const PlanePoint& centroidBefo
 }
 
 template <class T>
+T gapFrom(T height, T direction, const std::vector<T>& sections) {
+    for (const T way : {direction, -direction}) {
+        T gap = std::numeric_limits<T>::infinity();
+        for (const T section : sections)
+            if (way * (section - height) > 0)
+                gap = std::min(gap, way * (section - height));
+        if (gap < std::numeric_limits<T>::infinity())
+            return gap;
+    }
+    return 0;
+}
+
+template <class T>
+std::optional<EndShape<T>> shapeOfEnd(SurfaceEnd end, T gap, T direction, const std::vector<PlanePoint>& here,
+                                      const std::vector<PlanePoint>& before, double gapBefore) {
+    if (end == SurfaceEnd::Open)
+        return std::nullopt;
+    if (end == SurfaceEnd::Flat)
+        return EndShape<T>{};
+    const T rise = end == SurfaceEnd::HalfSection ? gap / 2 : gap;
+    EndShape<T> shape{direction * rise, end == SurfaceEnd::HalfSection ? T(1) : T(0)};
+    if (before.empty())
+        return shape;
+    const SectionRing ring(here), ringBefore(before);
+    if (end == SurfaceEnd::HalfSection)
+        shape.scale = T(scaleOfEnd(std::fabs(ring.area), std::fabs(ringBefore.area), gapBefore, double(rise)));
+    const PlanePoint aside = asideOfEnd(ring.centroid, ringBefore.centroid, gapBefore, double(rise), ring.meanRadius());
+    shape.asideX = T(aside.x);
+    shape.asideY = T(aside.y);
+    return shape;
+}
+
+template <class T>
+EndPiece<T> EndPiece<T>::of(const std::vector<PlanePoint>& points, const std::array<T, 3>& origin,
+                            const EndShape<T>& wanted, bool wallsRunForward) {
+    EndPiece piece;
+    const int n = int(points.size());
+    if (n < 3)
+        return piece;
+    const auto add = [&](int a, int b, int c) {
+        piece.faces.push_back(wallsRunForward ? std::array<int, 3>{b, a, c} : std::array<int, 3>{a, b, c});
+    };
+    const SectionRing ring(points);
+    const PlanePoint centre = ring.contains(ring.centroid) ? ring.centroid : ring.innerPoint();
+    const EndShape<T> shape = ring.isSeenFrom(centre) ? wanted : wanted.blunt();
+    const auto addVertex = [&](const PlanePoint& p) {
+        piece.vertices.push_back(
+            {origin[0] + T(p.x) + shape.asideX, origin[1] + T(p.y) + shape.asideY, origin[2] + shape.rise});
+    };
+    const auto behind = [n](int k) { return k + 1 < n ? k + 1 : 0; };
+    if (shape.rise != 0 && shape.scale == 0) {
+        addVertex(centre);
+        for (int k = 0; k < n; ++k)
+            add(k, behind(k), n);
+        return piece;
+    }
+    if (shape.rise == 0) {
+        for (const std::array<int, 3>& t : lidOf({points}))
+            add(t[0], t[1], t[2]);
+        return piece;
+    }
+    std::vector<PlanePoint> copy = points;
+    for (PlanePoint& p : copy) {
+        p = {centre.x + double(shape.scale) * (p.x - centre.x), centre.y + double(shape.scale) * (p.y - centre.y)};
+        addVertex(p);
+    }
+    for (int k = 0; k < n; ++k) {
+        add(k, behind(k), n + behind(k));
+        add(k, n + behind(k), n + k);
+    }
+    for (const std::array<int, 3>& t : lidOf({copy}))
+        add(n + t[0], n + t[1], n + t[2]);
+    return piece;
+}
+
+template <class T>
 TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::optional<EndShape<T>> begin,
                      std::optional<EndShape<T>> end) {
     const int size = walls.getNumVertices();
     std::vector<std::array<T, 3>> added;
     std::vector<std::array<int, 3>> faces;
-    const auto close = [&](int first, int numVertices, const std::optional<EndShape<T>>& wanted, bool wallsRunForward) {
-        if (!wanted || numVertices < 3) // two edges on each other are closed by each other
+    const auto close = [&](int first, int n, const std::optional<EndShape<T>>& shape, bool wallsRunForward) {
+        if (!shape || n < 3)
             return;
-        const auto add = [&](int a, int b, int c) {
-            faces.push_back(wallsRunForward ? std::array<int, 3>{b, a, c} : std::array<int, 3>{a, b, c});
-        };
-        std::vector<PlanePoint> points = ringOf(walls, first, numVertices);
-        const SectionRing ring(points);
-        const PlanePoint centre = ring.contains(ring.centroid) ? ring.centroid : ring.innerPoint();
-        const EndShape<T> shape = ring.isSeenFrom(centre) ? *wanted : wanted->blunt();
-        const auto addVertex = [&](const PlanePoint& p) {
-            added.push_back({walls[first][0] + T(p.x) + shape.asideX, walls[first][1] + T(p.y) + shape.asideY,
-                             walls[first][2] + shape.rise});
-            return size + int(added.size()) - 1;
-        };
-        const auto behind = [numVertices](int k) { return k + 1 < numVertices ? k + 1 : 0; };
-        int copy = first;
-        if (shape.rise != 0 && shape.scale == 0) {
-            const int apex = addVertex(centre);
-            for (int k = 0; k < numVertices; ++k)
-                add(first + k, first + behind(k), apex);
-            return;
+        const std::array<T, 3> origin = {walls[first][0], walls[first][1], walls[first][2]};
+        const EndPiece<T> piece = EndPiece<T>::of(ringOf(walls, first, n), origin, *shape, wallsRunForward);
+        for (const std::array<int, 3>& face : piece.faces) {
+            std::array<int, 3>& placed = faces.emplace_back(face);
+            for (int& vertex : placed)
+                vertex += vertex < n ? first : size + int(added.size()) - n;
         }
-        if (shape.rise != 0) {
-            copy = size + int(added.size());
-            for (PlanePoint& p : points) {
-                p = {centre.x + double(shape.scale) * (p.x - centre.x),
-                     centre.y + double(shape.scale) * (p.y - centre.y)};
-                addVertex(p);
-            }
-            for (int k = 0; k < numVertices; ++k) {
-                add(first + k, first + behind(k), copy + behind(k));
-                add(first + k, copy + behind(k), copy + k);
-            }
-        }
-        for (const std::array<int, 3>& t : lidOf({points}))
-            add(copy + t[0], copy + t[1], copy + t[2]);
+        added.insert(added.end(), piece.vertices.begin(), piece.vertices.end());
     };
     if (size > 0) {
         close(0, firstSize, begin, runsForward(walls, 0, true));
@@ -129,6 +180,19 @@ TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::
     return mesh;
 }
 
+template float gapFrom<float>(float, float, const std::vector<float>&);
+template double gapFrom<double>(double, double, const std::vector<double>&);
+template long double gapFrom<long double>(long double, long double, const std::vector<long double>&);
+template std::optional<EndShape<float>> shapeOfEnd<float>(SurfaceEnd, float, float, const std::vector<PlanePoint>&,
+                                                          const std::vector<PlanePoint>&, double);
+template std::optional<EndShape<double>> shapeOfEnd<double>(SurfaceEnd, double, double, const std::vector<PlanePoint>&,
+                                                            const std::vector<PlanePoint>&, double);
+template std::optional<EndShape<long double>> shapeOfEnd<long double>(SurfaceEnd, long double, long double,
+                                                                      const std::vector<PlanePoint>&,
+                                                                      const std::vector<PlanePoint>&, double);
+template struct EndPiece<float>;
+template struct EndPiece<double>;
+template struct EndPiece<long double>;
 template TriMesh<float> closeEnds<float>(const TriMesh<float>&, int, int, std::optional<EndShape<float>>,
                                          std::optional<EndShape<float>>);
 template TriMesh<double> closeEnds<double>(const TriMesh<double>&, int, int, std::optional<EndShape<double>>,

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <optional>
+#include <vector>
 
 #include "numerics/planepoint.h"
 #include "shapes/trimesh.h"
@@ -47,6 +49,31 @@ double scaleOfEnd(double area, double areaBefore, double gapBefore, double rise)
 /// slanted tubes end slanted. No farther than the contour's mean radius.
 PlanePoint asideOfEnd(const PlanePoint& centroid, const PlanePoint& centroidBefore, double gapBefore, double rise,
                       double meanRadius);
+
+/// Distance from a height to the next section in a direction, or, where there is none, in the other one. 0 when all
+/// lie at this height.
+template <class T>
+T gapFrom(T height, T direction, const std::vector<T>& sections);
+
+/// How a surface ends beyond a contour, in a direction of heights, with so much of a gap to the next section; nothing
+/// where it stays open. The points of the contour and of the one before it, which is so far away and may be missing,
+/// are relative to the same place. Instantiated for float, double and long double.
+template <class T>
+std::optional<EndShape<T>> shapeOfEnd(SurfaceEnd end, T gap, T direction, const std::vector<PlanePoint>& here,
+                                      const std::vector<PlanePoint>& before, double gapBefore);
+
+/// The end of a surface at a contour: what closeEnds() adds there.
+template <class T>
+struct EndPiece {
+    std::vector<std::array<T, 3>> vertices;
+    std::vector<std::array<int, 3>> faces; ///< the contour's vertices are numbered from 0 on, these ones behind them
+
+    /// An end of three vertices or more, whose points are given relative to the first one, which is at origin. Walls
+    /// run forward where they have a triangle along the edge from the first vertex to the second. Fewer than three
+    /// make no end: two edges on each other are closed by each other.
+    static EndPiece of(const std::vector<PlanePoint>& points, const std::array<T, 3>& origin, const EndShape<T>& wanted,
+                       bool wallsRunForward);
+};
 
 /// Closes walls of triangles, whose first so many vertices are their first contour and whose last so many their last
 /// one, each at one height. An end goes on to a smaller copy of its contour with a lid on it, or to a tip, or, where

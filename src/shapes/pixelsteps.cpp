@@ -129,11 +129,11 @@ struct Segment {
 
 class StepRemoval {
 public:
-    StepRemoval(const Vertices<double>& vertices, bool closed)
-        : __size(vertices.getNumVertices()), __numEdges(closed ? __size : __size - 1) {
+    StepRemoval(const double* coordinates, int size, bool closed)
+        : __size(size), __numEdges(closed ? __size : __size - 1) {
         __places.reserve(std::size_t(__size));
         for (int k = 0; k < __size; ++k)
-            __places.push_back({vertices[k][0], vertices[k][1]});
+            __places.push_back({coordinates[2 * k], coordinates[2 * k + 1]});
         __steps.reserve(std::size_t(__numEdges));
         for (int k = 0; k < __numEdges; ++k)
             __steps.push_back(stepOf(at(k), at(k + 1)));
@@ -171,6 +171,22 @@ public:
 
     const GridPoint& at(int k) const { return __places[std::size_t(k % __size)]; }
 
+    /// Without two of them in a row there is nothing to remove.
+    static bool hasNeighbouringSteps(const double* coordinates, int size, bool closed) {
+        const auto isStep = [&](int k) {
+            const double *const p = coordinates + 2 * k, *const q = k + 1 < size ? p + 2 : coordinates;
+            return stepOf({p[0], p[1]}, {q[0], q[1]}) != Step::None;
+        };
+        bool before = closed && isStep(size - 1);
+        for (int k = 0; k + 1 < size; ++k) {
+            const bool here = isStep(k);
+            if (before && here)
+                return true;
+            before = here;
+        }
+        return closed && before && isStep(size - 1);
+    }
+
 private:
     enum class Step : unsigned char { None, AlongAxis, Diagonal };
 
@@ -194,10 +210,12 @@ private:
     }
 
     static Step stepOf(const GridPoint& p, const GridPoint& q) {
+        const double x = std::abs(q.along - p.along), y = std::abs(q.across - p.across);
+        if (x != 0 && y != 0 && x != y)
+            return Step::None;
         const auto isOnGrid = [](double coordinate) { return std::trunc(2 * coordinate) == 2 * coordinate; };
         if (!isOnGrid(p.along) || !isOnGrid(p.across) || !isOnGrid(q.along) || !isOnGrid(q.across))
             return Step::None;
-        const double x = std::abs(q.along - p.along), y = std::abs(q.across - p.across);
         return x == 0 || y == 0 ? Step::AlongAxis : x == y ? Step::Diagonal : Step::None;
     }
 
@@ -209,34 +227,46 @@ private:
 
 } // namespace
 
-Vertices<double> withoutPixelSteps(const Vertices<double>& vertices, bool closed) {
-    const int size = vertices.getNumVertices();
-    if (size < (closed ? 4 : 3))
-        return vertices;
-    StepRemoval removal(vertices, closed);
+bool removePixelSteps(const double* coordinates, int size, bool closed, std::vector<double>& out) {
+    if (size < (closed ? 4 : 3) || !StepRemoval::hasNeighbouringSteps(coordinates, size, closed))
+        return false;
+    StepRemoval removal(coordinates, size, closed);
     // Around, the start should not cut a segment in two: the end of the first one is better than any vertex.
     const int start = closed ? removal.longestFrom(0, size).length % size : 0;
     const std::vector<Segment> segments = removal.segmentsFrom(start);
     const int n = int(segments.size());
     if (n == (closed ? size : size - 1) || (closed && n < 3))
-        return vertices;
-    Vertices<double> result(2, closed ? n : n + 1, closed ? n : n + 1, 1);
-    const auto put = [&](int k, const GridPoint& place) {
-        result[k][0] = place.along;
-        result[k][1] = place.across;
-    };
+        return false;
+    out.clear();
+    const auto put = [&](const GridPoint& place) { out.insert(out.end(), {place.along, place.across}); };
     for (int k = 0; k < n; ++k) {
         const Segment& segment = segments[std::size_t(k)];
         const GridPoint place = removal.at(segment.first);
         if (k == 0 && !closed) {
-            put(k, place);
+            put(place);
             continue;
         }
         const GridPoint before = segments[std::size_t((k + n - 1) % n)].nearest(place), behind = segment.nearest(place);
-        put(k, {(before.along + behind.along) / 2, (before.across + behind.across) / 2});
+        put({(before.along + behind.along) / 2, (before.across + behind.across) / 2});
     }
     if (!closed)
-        put(n, removal.at(size - 1));
+        put(removal.at(size - 1));
+    return true;
+}
+
+Vertices<double> withoutPixelSteps(const Vertices<double>& vertices, bool closed) {
+    const int size = vertices.getNumVertices();
+    std::vector<double> coordinates, left;
+    coordinates.reserve(2 * std::size_t(size));
+    for (int k = 0; k < size; ++k)
+        coordinates.insert(coordinates.end(), {vertices[k][0], vertices[k][1]});
+    if (!removePixelSteps(coordinates.data(), size, closed, left))
+        return vertices;
+    const int n = int(left.size() / 2);
+    Vertices<double> result(2, n, n, 1);
+    for (int k = 0; k < n; ++k)
+        for (const int axis : {0, 1})
+            result[k][axis] = left[std::size_t(2 * k + axis)];
     return result;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "shapes/vertices.h"
 
 namespace vorlen {
@@ -26,5 +28,9 @@ namespace vorlen {
 /// Vertices are in pixels, in the plane of axes 0 and 1; those of the result may share their store with the outline's.
 /// n log n for n vertices.
 Vertices<double> withoutPixelSteps(const Vertices<double>& vertices, bool closed);
+
+/// The same for n vertices, x and y of one after the other; the result, in the same form, goes to out. False, and out
+/// unchanged, when there are no steps to remove: told without memory where no two steps follow each other.
+bool removePixelSteps(const double* coordinates, int n, bool closed, std::vector<double>& out);
 
 } // namespace vorlen

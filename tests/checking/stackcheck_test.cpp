@@ -127,6 +127,21 @@ TEST_F(StackCheckTest, tellsOfModelsAndOutlines) {
               (Found{"model-name-slash 6 a/b", "model-mesh 6 a/b", "model-empty 6 a/b"}));
 }
 
+TEST_F(StackCheckTest, tellsOfOutlinesThatCrossOthersOfTheirModel) {
+    const auto item = [](const std::string& slice, int x, int y, int side) {
+        std::string text = "MODELITEM \"m\" \"" + slice + "\";\nMODELITEMDATA";
+        for (const auto& [right, below] : {std::pair(0, 0), {side, 0}, {side, side}, {0, side}})
+            text += " " + std::to_string(x + right) + "," + std::to_string(y + below);
+        return text + ";\n";
+    };
+    // One within another, one beside it with a common border, and one at the same place on another slice are meant so.
+    const std::string meant = head + slices + model + item("a", 1, 1, 4) + item("a", 2, 2, 2) + item("a", 5, 1, 3) +
+                              item("b", 2, 2, 4);
+    EXPECT_EQ(check(meant), Found{});
+    EXPECT_EQ(check(meant + item("a", 4, 4, 3)), (Found{"outline-overlapping 15 m a"}));
+    EXPECT_EQ(check(meant + item("b", 3, 1, 3)), (Found{"outline-overlapping 15 m b"}));
+}
+
 TEST_F(StackCheckTest, listsNoMoreThanAThousandOfACode) {
     std::string text = head + slices + model;
     for (int i = 0; i < 1500; ++i)

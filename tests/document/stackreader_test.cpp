@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <limits>
 #include <locale>
 #include <memory>
 #include <random>
@@ -624,6 +625,28 @@ TEST(StackReader, posesAreAttachedToTheStack) {
     EXPECT_EQ(pose.getYTranslation(), -4);
     EXPECT_EQ(pose.getZoom(), 150);
     EXPECT_EQ(pose.getSpecularLight(), 3);
+}
+
+TEST(StackReader, valuesOfPosesMayBeDecimals) {
+    const std::string text = "POSE \"close\";\nPOSEROTATION 0.00001 0 -0.25;\nPOSESHIFT 2.75 -0.5;\nPOSEZOOM 112.125;\n"
+                             "AMBIENTLIGHT 79.9;\nDIFFUSELIGHT 128;\nSPECULARLIGHT 0.001;\n";
+    const Read read(text);
+    EXPECT_TRUE(read.log().empty());
+    const Pose& pose = read.stack.getPose(0);
+    EXPECT_EQ(pose.getExactXTranslation(), 2.75);
+    EXPECT_EQ(pose.getExactZoom(), 112.125);
+    EXPECT_EQ(pose.getExactAmbientLight(), 79.9);
+    EXPECT_EQ(pose.getXTranslation(), 3); // the whole numbers next to them
+    EXPECT_EQ(pose.getZoom(), 112);
+    EXPECT_EQ(pose.getAmbientLight(), 80);
+    EXPECT_NE(StackWriter().toText(read.stack).find(text), std::string::npos) << StackWriter().toText(read.stack);
+
+    const Read wild("POSE \"wild\";\nPOSESHIFT nan -inf;\nPOSEZOOM 1e300;\nAMBIENTLIGHT 0x10;\nDIFFUSELIGHT word;\n");
+    const Pose& tamed = wild.stack.getPose(0);
+    EXPECT_EQ(tamed.getXTranslation(), 0);
+    EXPECT_EQ(tamed.getYTranslation(), 0);
+    EXPECT_EQ(tamed.getZoom(), std::numeric_limits<int>::max());
+    EXPECT_EQ(tamed.getAmbientLight() + tamed.getDiffuseLight(), 0);
 }
 
 TEST(StackReader, standardImagesCarryCurvesAndSamples) {

@@ -85,6 +85,22 @@ TEST_F(StackExporterTest, surfacesAreWrittenAndTheRestIsSkippedWithoutAWord) {
     EXPECT_FLOAT_EQ(mesh.boundingBox().getVertex2()[2], 20);
 }
 
+// A prism of squares of side 20 that reaches half a section of 10 beyond either end; six columns cut its corners.
+TEST_F(StackExporterTest, formatsGoThroughTheOutlinesOrThroughRowsAndColumns) {
+    Model& model = add("a", PolygonPrimitive);
+    StackReconstruction<float> reconstruction(stack);
+    StackExporter exporter;
+    const auto volume = [&] {
+        const auto certificate =
+            exporter.exportModel(model, reconstruction, folder.path(), "", SurfaceFormat::StlBinary, "m", true);
+        EXPECT_TRUE(certificate && certificate->isSound());
+        return certificate->volume;
+    };
+    EXPECT_NEAR(volume(), 400 * 30, 0.01);
+    exporter.setResampled(true);
+    EXPECT_LT(volume(), 400 * 29);
+}
+
 TEST_F(StackExporterTest, oneItemGivesAMeshOfOneRow) {
     add("flat", PolygonPrimitive, 1, 1);
     StackExporter().export2AsciiSTL(stack, folder.path(), false);

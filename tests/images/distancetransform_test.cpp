@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -14,18 +15,18 @@ namespace vorlen {
 // Against all pairs, for few marks and many, on pixels of any shape, and with one object for all rasters.
 TEST(DistanceTransform, findsTheNearestMarkOfEachElement) {
     std::uint32_t seed = 7;
-    for (const double aspect : {1.0, 2.5, 0.3}) {
-        DistanceTransform transform(aspect * 2, 2);
+    for (const auto& [aspect, step] : {std::pair(1.0, 1.0), {1.0, 2.0}, {2.5, 2.0}, {0.3, 2.0}}) {
+        DistanceTransform transform(aspect * step, step);
         for (const std::array<int, 3>& raster :
-             {std::array{1, 1, 1}, {1, 40, 9}, {33, 1, 5}, {17, 23, 60}, {31, 20, 4}}) {
+             {std::array{1, 1, 1}, {1, 40, 9}, {33, 1, 5}, {17, 23, 60}, {31, 20, 4}, {1, 3000, 50}}) {
             const int rows = raster[0], columns = raster[1], every = raster[2];
             std::vector<unsigned char> marks(std::size_t(rows * columns));
             for (unsigned char& mark : marks)
                 mark = ((seed = seed * 1664525u + 1013904223u) >> 16) % unsigned(every) == 0;
             marks[marks.size() / 2] = 3; // one at least
             transform.run(rows, columns, marks);
-            const auto square = [&](int i, int j) {
-                const double dr = (i / columns - j / columns) * aspect * 2, dc = (i % columns - j % columns) * 2;
+            const auto square = [&, aspect = aspect, step = step](int i, int j) {
+                const double dr = (i / columns - j / columns) * aspect * step, dc = (i % columns - j % columns) * step;
                 return dr * dr + dc * dc;
             };
             for (int i = 0; i < rows * columns; ++i) {

@@ -6,6 +6,7 @@
 
 #include "numerics/exception.h"
 #include "shapes/curve.h"
+#include "shapes/sectionregion.h"
 #include "support/documentmaker.h"
 
 namespace vorlen {
@@ -55,6 +56,20 @@ TEST_F(ModelItemGeometryTest, aPolygonHasItsPerimeterAndSignedArea) {
     geometry.setModelItem(item(PolygonPrimitive, {{2, 4}, {6, 4}, {6, 1}, {2, 1}}));
     geometry.run();
     EXPECT_DOUBLE_EQ(geometry.getArea(), -12);
+}
+
+// Two triangles of 2 by 3 pixels each, one of which turns against the other; and a pentagram, whose middle is a hole.
+TEST_F(ModelItemGeometryTest, anOutlineThatCrossesItselfHasTheAreaThatItEncloses) {
+    geometry.setModelItem(item(PolygonPrimitive, {{0, 0}, {4, 3}, {4, 0}, {0, 3}}));
+    geometry.run();
+    EXPECT_DOUBLE_EQ(std::fabs(geometry.getArea()), 6);
+    const auto& star = item(PolygonPrimitive, {{0, 4}, {10, 4}, {1, 10}, {5, 0}, {9, 10}});
+    geometry.setModelItem(star);
+    geometry.run();
+    SectionRegion region;
+    region.add(geometry.getVertices());
+    EXPECT_NEAR(std::fabs(geometry.getArea()), region.area(), 1e-9);
+    EXPECT_GT(region.area(), 1);
 }
 
 TEST_F(ModelItemGeometryTest, aPolylineHasALengthAndPointsHaveNone) {

@@ -157,9 +157,13 @@ private:
         }
         case 5:
             return editStack();
-        case 6:
-            EXPECT_TRUE(recordPose(__stack, Pose::canonicalPose1(), anyName()));
+        case 6: {
+            Pose pose = Pose::canonicalPose1();
+            pose.setZoom(100 + below(9) / 8.0);
+            pose.setXTranslation(below(9) / 4.0 - 1);
+            EXPECT_TRUE(recordPose(__stack, pose, anyName()));
             return;
+        }
         case 7:
             deletePose(__stack, below(5));
             return;

@@ -1,6 +1,7 @@
 #include "editing/journal/partstates.h"
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cmath>
 #include <filesystem>
@@ -457,15 +458,39 @@ void give(const std::string& state, ModelItem& item, const std::vector<StackSlic
     item.setVertices(coordinates.data(), static_cast<int>(coordinates.size() / 2));
 }
 
+namespace {
+
+constexpr std::size_t numPoseValues = 6; // shifts, zoom and lights
+
+std::array<double, numPoseValues> valuesOf(const Pose& pose) {
+    return {pose.getExactXTranslation(),  pose.getExactYTranslation(), pose.getExactZoom(),
+            pose.getExactAmbientLight(), pose.getExactDiffuseLight(), pose.getExactSpecularLight()};
+}
+
+void giveValues(const std::array<double, numPoseValues>& values, Pose& pose) {
+    pose.setXTranslation(values[0]);
+    pose.setYTranslation(values[1]);
+    pose.setZoom(values[2]);
+    pose.setAmbientLight(values[3]);
+    pose.setDiffuseLight(values[4]);
+    pose.setSpecularLight(values[5]);
+}
+
+} // namespace
+
 std::string ofPose(const Pose& pose) {
     ByteWriter bytes;
     bytes.text(pose.getName());
     for (int k = 0; k < 3; ++k)
         bytes.real(pose.getRotation()[k]);
-    for (const int value : {pose.getXTranslation(), pose.getYTranslation(), pose.getZoom(), pose.getAmbientLight(),
-                            pose.getDiffuseLight(), pose.getSpecularLight()})
-        bytes.integer(value);
+    const std::array<double, numPoseValues> values = valuesOf(pose);
+    for (const double value : values)
+        bytes.integer(Pose::nearest(value));
     bytes.text(pose.getUnreadText());
+    // Decimals stand at the end, where journals of old have nothing.
+    if (std::ranges::any_of(values, [](double value) { return value != Pose::nearest(value); }))
+        for (const double value : values)
+            bytes.decimal(value);
     return bytes.take();
 }
 
@@ -476,13 +501,17 @@ void give(const std::string& state, Pose& pose) {
     for (int k = 0; k < 3; ++k)
         rotation[k] = bytes.real();
     pose.setRotation(rotation);
-    pose.setXTranslation(bytes.smallInteger());
-    pose.setYTranslation(bytes.smallInteger());
-    pose.setZoom(bytes.smallInteger());
-    pose.setAmbientLight(bytes.smallInteger());
-    pose.setDiffuseLight(bytes.smallInteger());
-    pose.setSpecularLight(bytes.smallInteger());
+    std::array<double, numPoseValues> values{};
+    for (double& value : values)
+        value = bytes.smallInteger();
     giveUnread(bytes.text(), pose);
+    if (!bytes.atEnd())
+        for (double& value : values) {
+            value = bytes.decimal();
+            if (!std::isfinite(value))
+                ByteReader::fail("The journal holds a pose that is none");
+        }
+    giveValues(values, pose);
 }
 
 } // namespace vorlen::partstates

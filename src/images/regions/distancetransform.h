@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace vorlen {
@@ -7,9 +8,10 @@ namespace vorlen {
 /// Exact Euclidean distance of each element of a raster to the nearest of some marked elements, and which one that is.
 ///
 /// Separable, and linear in the number of elements: the nearest mark in each column by two sweeps, row after row, so
-/// that memory is read in order; then along each row the lower envelope of the parabolas that stand on the columns'
-/// distances (P. Felzenszwalb and D. Huttenlocher, Distance transforms of sampled functions, Theory of Computing 8,
-/// 2012). Of several marks at equal distance any may be told.
+/// that memory is read in order; then, while a row is at hand, along it the lower envelope of the parabolas that stand
+/// on the columns' distances (P. Felzenszwalb and D. Huttenlocher, Distance transforms of sampled functions, Theory of
+/// Computing 8, 2012). What can be said of each column by its neighbours alone is said of several at once. Of several
+/// marks at equal distance any may be told.
 ///
 /// Elements are numbered row by row. Work buffers last from call to call, so that one object serves many rasters.
 class DistanceTransform {
@@ -28,17 +30,27 @@ public:
     const std::vector<int>& getNearest() const { return __nearest; }
 
 private:
-    void sweepColumns(const std::vector<unsigned char>& marks);
-    void transformRow(int row);
+    void sweepDown(const std::vector<unsigned char>& marks);
+    template <class C>
+    void transformRow(int row, std::vector<C>& constants, std::vector<C>& hull);
+    template <class C>
+    int findEnvelope(int row, std::vector<C>& constants, std::vector<C>& hull);
+    template <class C>
+    std::size_t addToHull(C constant, int column, std::vector<C>& hull, std::size_t size);
 
     double __rowStep, __columnStep;
     int __rows = 0;
     int __columns = 0;
-    std::vector<int> __nearestRow; // of the mark in the same column, or -1
     std::vector<float> __squares;
-    std::vector<int> __nearest;
-    std::vector<double> __heights, __starts;
-    std::vector<int> __envelope;
+    std::vector<int> __nearest; // while sweeping the rows of the marks above
+
+    // Working memory of a row: the rows of marks below and nearest, what the runs of columns are nearest to, which
+    // columns the envelope may have, the constants of all parabolas and of the envelope, and its columns.
+    std::vector<int> __below, __nearestRow, __runRow, __runColumn;
+    std::vector<unsigned char> __low;
+    std::vector<int> __intConstants, __intHull;
+    std::vector<double> __constants, __hull;
+    std::vector<int> __hullColumn;
 };
 
 } // namespace vorlen

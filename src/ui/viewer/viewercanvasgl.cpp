@@ -48,8 +48,13 @@ Vector<float> inSpace3(const Vector<float>& corner) {
     return v;
 }
 
-float lightOf(int light) {
-    return float(std::clamp(light, 0, 255)) / 255;
+/// A float's last digits would stand in the file otherwise.
+double thousandths(float value) {
+    return std::round(double(value) * 1000) / 1000;
+}
+
+float lightOf(double light) {
+    return float(std::clamp(light, 0.0, 255.0)) / 255;
 }
 
 /// Matrix of the rotation that the angles, in degrees, make of the scene.
@@ -109,21 +114,23 @@ void ViewerCanvasGL::removePainters() {
 Pose ViewerCanvasGL::getPose() const {
     Pose pose;
     pose.setRotation(__rotation);
-    pose.setTranslation(__translation());
-    pose.setZoom(Maths::fround(100 * __zoom));
-    pose.setAmbientLight(Maths::fround(255 * __ambient));
-    pose.setDiffuseLight(Maths::fround(255 * __diffuse));
-    pose.setSpecularLight(Maths::fround(255 * __specular));
+    const float shown = 1 + 1 / __zoom;
+    pose.setXTranslation(thousandths(-100 * __tx / shown));
+    pose.setYTranslation(thousandths(-100 * __ty / shown));
+    pose.setZoom(thousandths(100 * __zoom));
+    pose.setAmbientLight(thousandths(255 * __ambient));
+    pose.setDiffuseLight(thousandths(255 * __diffuse));
+    pose.setSpecularLight(thousandths(255 * __specular));
     return pose;
 }
 
 void ViewerCanvasGL::setPose(const Pose& pose) {
     __rotation = pose.getRotation();
-    __applyZoom(pose.getZoom()); // with which the translation is converted
-    __applyTranslation(pose.getTranslation());
-    __ambient = lightOf(pose.getAmbientLight());
-    __diffuse = lightOf(pose.getDiffuseLight());
-    __specular = lightOf(pose.getSpecularLight());
+    __applyZoom(pose.getExactZoom()); // with which the translation is converted
+    __applyTranslation(pose.getExactXTranslation(), pose.getExactYTranslation());
+    __ambient = lightOf(pose.getExactAmbientLight());
+    __diffuse = lightOf(pose.getExactDiffuseLight());
+    __specular = lightOf(pose.getExactSpecularLight());
     __lightDirty = true;
     repaint();
 }
@@ -227,9 +234,9 @@ ViewerCamera ViewerCanvasGL::getCamera() const {
 }
 
 ViewerCamera ViewerCanvasGL::cameraOf(const Pose& pose) {
-    const float zoom = std::max(float(pose.getZoom()) / 100, minZoom), shown = 1 + 1 / zoom;
-    return {pose.getRotation(), -float(pose.getXTranslation()) * shown / 100,
-            -float(pose.getYTranslation()) * shown / 100, zoom, 1};
+    const float zoom = std::max(float(pose.getExactZoom()) / 100, minZoom), shown = 1 + 1 / zoom;
+    return {pose.getRotation(), -float(pose.getExactXTranslation()) * shown / 100,
+            -float(pose.getExactYTranslation()) * shown / 100, zoom, 1};
 }
 
 void ViewerCanvasGL::__setCamera(const ViewerCamera& camera) {
@@ -384,7 +391,7 @@ void ViewerCanvasGL::setRotation(const Vector<float>& rotation) {
 void ViewerCanvasGL::setTranslation(const Vector<int>& translation) {
     if (translation.getSize() != 2)
         throw SizeError("void ViewerCanvasGL::setTranslation(const Vector<int>&)", "A translation has two components");
-    __applyTranslation(translation);
+    __applyTranslation(translation[0], translation[1]);
     repaint();
 }
 
@@ -730,14 +737,14 @@ void ViewerCanvasGL::__combine(const Matrix<float>& turn) {
     repaint();
 }
 
-void ViewerCanvasGL::__applyTranslation(const Vector<int>& translation) {
+void ViewerCanvasGL::__applyTranslation(double x, double y) {
     const float shown = 1 + 1 / __zoom;
-    __tx = -float(translation[0]) * shown / 100;
-    __ty = -float(translation[1]) * shown / 100;
+    __tx = -float(x) * shown / 100;
+    __ty = -float(y) * shown / 100;
     __projectionDirty = true;
 }
 
-void ViewerCanvasGL::__applyZoom(int zoom) {
+void ViewerCanvasGL::__applyZoom(double zoom) {
     __zoom = std::max(float(zoom) / 100, minZoom);
     __projectionDirty = true;
 }

@@ -46,7 +46,7 @@ public:
     void removePainter(PainterGL<float>& painter);
     void removePainters();
 
-    /// The camera in whole units. The translation is in percent of what the zoom shows.
+    /// The camera, rounded to thousandths of a pose's units. The translation is in percent of what the zoom shows.
     Pose getPose() const;
     /// One repaint. The picture does not depend on the camera before.
     void setPose(const Pose& pose);
@@ -161,8 +161,8 @@ private:
     void __loadCamera() const;
     void __draw(const PainterGL<float>& painter) const;
     void __combine(const Matrix<float>& turn);
-    void __applyTranslation(const Vector<int>& translation);
-    void __applyZoom(int zoom);
+    void __applyTranslation(double x, double y);
+    void __applyZoom(double zoom);
     Vector<int> __translation() const;
 
     void __drawTranslucent() const;

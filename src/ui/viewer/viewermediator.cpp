@@ -157,9 +157,9 @@ void ViewerMediator::setPose(const Pose& pose) {
         return;
     const Pose present = __canvas->getPose();
     Pose copy(pose);
-    copy.setAmbientLight(present.getAmbientLight());
-    copy.setDiffuseLight(present.getDiffuseLight());
-    copy.setSpecularLight(present.getSpecularLight());
+    copy.setAmbientLight(present.getExactAmbientLight());
+    copy.setDiffuseLight(present.getExactDiffuseLight());
+    copy.setSpecularLight(present.getExactSpecularLight());
     __canvas->setPose(copy);
     setMotionRotation(copy.getRotation());
     if (__panel != nullptr)

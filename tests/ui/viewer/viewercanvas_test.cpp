@@ -143,6 +143,15 @@ TEST(ViewerCanvasGL, poseAndCameraAreConvertedBothWays) {
         EXPECT_EQ(found.getDiffuseLight(), 200);
         EXPECT_EQ(found.getSpecularLight(), 255);
     }
+    // To the decimal.
+    pose.setXTranslation(-12.625);
+    pose.setZoom(33.3);
+    pose.setAmbientLight(17.5);
+    scene.canvas.setPose(pose);
+    EXPECT_EQ(scene.canvas.getPose().getExactXTranslation(), -12.625);
+    EXPECT_EQ(scene.canvas.getPose().getExactZoom(), 33.3);
+    EXPECT_EQ(scene.canvas.getPose().getExactAmbientLight(), 17.5);
+    EXPECT_FLOAT_EQ(ViewerCanvasGL::cameraOf(pose).zoom, 0.333f);
     // Whatever the zoom was before.
     pose.setTranslation(vectorOf<int>({60, 0}));
     pose.setZoom(100);

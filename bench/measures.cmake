@@ -1,0 +1,1 @@
+vorlen_bench(measures_bench.cpp LINKS vorlen_document vorlen_shapes vorlen_reconstruction)
