@@ -410,7 +410,7 @@ void StackWriter::writePoses(const Stack& stack) {
         name(POSE, pose.getName());
         __text += getString(POSEROTATION);
         for (const float angle : pose.getRotation())
-            __text += " " + plainDigits(angle);
+            (__text += ' ') += plainDigits(angle);
         __text += endOfStatement;
         __text += getString(POSESHIFT) + " " + std::to_string(pose.getXTranslation()) + " " +
                   std::to_string(pose.getYTranslation()) + endOfStatement;
