@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <mutex>
@@ -118,8 +119,8 @@ ModelItem::ModelItem(const ModelItem& other)
 }
 
 ModelItem::~ModelItem() {
-    while (!__owners.empty())
-        __owners.back().owner->removeItem(*this);
+    while (!__owners.isEmpty())
+        std::prev(__owners.end())->owner->removeItem(*this);
     delete __vertices.load(std::memory_order_relaxed);
 }
 

@@ -2,8 +2,8 @@
 
 #include <atomic>
 #include <cstdint>
-#include <vector>
 
+#include "document/itemlistings.h"
 #include "document/modelitemproperties.h"
 #include "document/modelitemselection.h"
 #include "document/modelproperties.h"
@@ -172,11 +172,7 @@ public:
 private:
     friend class ModelItemOwner;
 
-    /// A list that the item is on, and its place there.
-    struct Listing {
-        ModelItemOwner* owner;
-        std::uint64_t place;
-    };
+    using Listing = ItemListings::Listing;
 
     bool isListedBy(const ModelItemOwner& owner) const { return placeBy(owner) != 0; }
     std::uint64_t placeBy(const ModelItemOwner& owner) const;
@@ -200,7 +196,7 @@ private:
     PackedBox<int> __updateBox;
     ModelItemSelection __selection;
     ModelItemProperties __properties;
-    std::vector<Listing> __owners;
+    ItemListings __owners;
 };
 
 } // namespace vorlen

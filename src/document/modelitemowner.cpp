@@ -21,7 +21,7 @@ void ModelItemOwner::addItem(ModelItem& item) {
         return;
     __items.push_back(&item);
     try {
-        item.__owners.push_back({this, __lastPlace + 1});
+        item.__owners.append({this, __lastPlace + 1});
     } catch (...) {
         __items.pop_back();
         throw;
@@ -37,16 +37,16 @@ void ModelItemOwner::restoreItem(ModelItem& item, Place place) {
     removeItem(item);
     const auto behind = std::upper_bound(__items.begin(), __items.end(), place,
                                          [this](Place p, const ModelItem* other) { return p < other->placeBy(*this); });
-    item.__owners.reserve(item.__owners.size() + 1);
+    item.__owners.reserveOne();
     __items.insert(behind, &item);
-    item.__owners.push_back({this, place});
+    item.__owners.append({this, place});
     __lastPlace = std::max(__lastPlace, place);
 }
 
 void ModelItemOwner::removeItem(ModelItem& item) {
     if (!item.isListedBy(*this))
         return;
-    std::erase_if(item.__owners, [this](const ModelItem::Listing& listing) { return listing.owner == this; });
+    item.__owners.removeIf([this](const ModelItem::Listing& listing) { return listing.owner == this; });
     // From the end: what was listed last is what is mostly taken off, by undoing for instance.
     const auto place = std::find(__items.rbegin(), __items.rend(), &item);
     __items.erase(std::next(place).base());
@@ -161,7 +161,7 @@ void ModelItemOwner::sweepOthers() {
 /// After sweepOthers(): the items forget the others.
 void ModelItemOwner::unlistFromOthers() {
     for (ModelItem* item : __items)
-        std::erase_if(item->__owners, [](const ModelItem::Listing& listing) {
+        item->__owners.removeIf([](const ModelItem::Listing& listing) {
             if (!listing.owner->__leaving)
                 listing.owner->__swept = false;
             return !listing.owner->__leaving;
@@ -171,8 +171,8 @@ void ModelItemOwner::unlistFromOthers() {
 /// After unlistFromOthers(): the last of its owners deletes an item.
 void ModelItemOwner::deleteOwn() {
     for (ModelItem* item : __items) {
-        std::erase_if(item->__owners, [this](const ModelItem::Listing& listing) { return listing.owner == this; });
-        if (item->__owners.empty())
+        item->__owners.removeIf([this](const ModelItem::Listing& listing) { return listing.owner == this; });
+        if (item->__owners.isEmpty())
             delete item;
     }
     __items.clear();

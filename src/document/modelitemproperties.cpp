@@ -11,19 +11,19 @@ void ModelItemProperties::setColor(const Vector<int>& color) {
     if (color.getSize() != 3)
         throw SizeError("void ModelItemProperties::setColor(const Vector<int>&)",
                         "A color has three values: red, green and blue");
-    __color = color;
+    setColor(color[0], color[1], color[2]);
 }
 
 void ModelItemProperties::setColor(int red, int green, int blue) {
-    Vector<int> color(3);
-    color[0] = red;
-    color[1] = green;
-    color[2] = blue;
-    __color = color;
+    __color = {red, green, blue};
 }
 
-const Vector<int>& ModelItemProperties::getColor() const {
-    return defined(__color, "const Vector<int>& ModelItemProperties::getColor() const", "Color");
+Vector<int> ModelItemProperties::getColor() const {
+    const std::array<int, 3>& known = defined(__color, "Vector<int> ModelItemProperties::getColor() const", "Color");
+    Vector<int> color(3);
+    for (int k = 0; k < 3; ++k)
+        color[k] = known[std::size_t(k)];
+    return color;
 }
 
 void ModelItemProperties::setLineWidth(float width) {

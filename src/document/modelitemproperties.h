@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -26,7 +27,7 @@ public:
     /// Red, green and blue, 0 to 255. Throws SizeError for a vector of another size than 3.
     void setColor(const Vector<int>& color);
     void setColor(int red, int green, int blue);
-    const Vector<int>& getColor() const;
+    Vector<int> getColor() const;
     bool definesColor() const { return __color.has_value(); }
 
     /// In screen pixels.
@@ -88,7 +89,7 @@ private:
                                &P::__vertexSymbolFilling, &P::__renderingVisibility);
     }
 
-    std::optional<Vector<int>> __color;
+    std::optional<std::array<int, 3>> __color; // in the least room: a stack has half a million of these
     std::optional<float> __lineWidth;
     std::optional<float> __pointSize;
     std::optional<VertexSymbol> __vertexSymbol;

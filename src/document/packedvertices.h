@@ -6,8 +6,9 @@
 
 namespace vorlen {
 
-/// Coordinates of vertices of the plane in one block of plain numbers: of 4 bytes where all are thousandths of a pixel
-/// within two million pixels, as nearly all in files are, else of 8. What is given comes out again, bit by bit.
+/// Coordinates of vertices of the plane in one block of plain numbers: of 2 bytes where all are whole pixels within
+/// 32767, as nearly all in files are, of 4 where all are thousandths of a pixel within two million pixels, else of 8.
+/// What is given comes out again, bit by bit.
 class PackedVertices {
 public:
     PackedVertices() = default;
@@ -24,11 +25,20 @@ public:
     /// x for axis 0, y for 1; unchecked.
     double getCoordinate(int i, int axis) const {
         const std::size_t k = 2 * std::size_t(i) + std::size_t(axis);
-        return __thousandths ? __thousandths[k] / 1000.0 : __numbers[k];
+        switch (__form) {
+        case Form::Pixels:
+            return as<std::int16_t>()[k];
+        case Form::Thousandths:
+            return as<std::int32_t>()[k] / 1000.0;
+        default:
+            return as<double>()[k];
+        }
     }
 
-    /// x and y of one vertex after the other in thousandths of a pixel; null where they are held in the other way.
-    const std::int32_t* getThousandths() const { return __thousandths.get(); }
+    /// x and y of one vertex after the other in pixels, in thousandths of them; null where they are held in another
+    /// way.
+    const std::int16_t* getPixels() const { return __form == Form::Pixels ? as<std::int16_t>() : nullptr; }
+    const std::int32_t* getThousandths() const { return __form == Form::Thousandths ? as<std::int32_t>() : nullptr; }
 
     /// True when the signed area within the closed line of vertices is negative.
     bool isClockwise() const;
@@ -40,9 +50,20 @@ public:
     void clear();
 
 private:
+    /// What the numbers are.
+    enum class Form : std::int8_t { Numbers, Thousandths, Pixels };
+
+    template <class T>
+    T* as() const {
+        return reinterpret_cast<T*>(__block.get());
+    }
+    std::size_t numBytes() const;
+    template <class T>
+    T* allocate(Form form);
+
     int __size = 0;
-    std::unique_ptr<std::int32_t[]> __thousandths; // or null
-    std::unique_ptr<double[]> __numbers;           // or null
+    Form __form = Form::Numbers;
+    std::unique_ptr<std::byte[]> __block; // aligned for all; null without vertices
 };
 
 } // namespace vorlen

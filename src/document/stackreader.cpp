@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <locale>
+#include <memory>
 #include <optional>
 
 #include <fcntl.h>
@@ -40,10 +41,15 @@ private:
     std::locale __old;
 };
 
+/// What a file holds, in memory that is taken as it is read into.
+struct FileText {
+    std::unique_ptr<char[]> bytes;
+    std::size_t length = 0;
+    int error = 0; // the number of the one that broke the reading off; what was got is there
+};
+
 /// The whole file; nothing when it cannot be opened or is no regular file. Opening does not wait for a pipe's writer.
-/// A reading that breaks off gives what it got, and the error's number.
-std::optional<std::string> readFile(const std::string& name, int& error) {
-    error = 0;
+std::optional<FileText> readFile(const std::string& name) {
     const int file = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (file < 0)
         return std::nullopt;
@@ -52,20 +58,25 @@ std::optional<std::string> readFile(const std::string& name, int& error) {
         ::close(file);
         return std::nullopt;
     }
-    std::string text(static_cast<std::size_t>(info.st_size), '\0');
-    std::size_t length = 0;
-    while (length < text.size()) {
-        const ssize_t got = ::read(file, text.data() + length, text.size() - length);
+    const auto size = static_cast<std::size_t>(info.st_size);
+    FileText text;
+    try {
+        text.bytes = std::make_unique_for_overwrite<char[]>(size);
+    } catch (...) {
+        ::close(file);
+        throw;
+    }
+    while (text.length < size) {
+        const ssize_t got = ::read(file, text.bytes.get() + text.length, size - text.length);
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
-            error = errno;
+            text.error = errno;
         if (got <= 0)
             break;
-        length += static_cast<std::size_t>(got);
+        text.length += static_cast<std::size_t>(got);
     }
     ::close(file);
-    text.resize(length);
     return text;
 }
 
@@ -97,10 +108,9 @@ StackReader::StackReader(const std::vector<ImageSourceKind>& kinds) : __imageSou
 bool StackReader::read(Stack& stack, const std::string& fileName) {
     const std::string name = FileInfo::suffixName(fileName) == "sdf" ? fileName : fileName + ".sdf";
     clearLog();
-    int error = 0;
-    std::optional<std::string> text = readFile(name, error);
+    const std::optional<FileText> text = readFile(name);
     if (text)
-        readText(stack, *text, name, error, text->data());
+        readText(stack, {text->bytes.get(), text->length}, name, text->error, text->bytes.get());
     return text.has_value();
 }
 
@@ -111,7 +121,7 @@ void StackReader::readText(Stack& stack, const std::string& text, const std::str
 
 /// The error is the number of the one that broke the reading of the file off. What has been read of a long text is
 /// taken off memory, where the text is given a second time to be changed.
-void StackReader::readText(Stack& stack, const std::string& text, const std::string& name, int error, char* own) {
+void StackReader::readText(Stack& stack, std::string_view text, const std::string& name, int error, char* own) {
     const ClassicLocale locale;
     notifyStarted("Reading " + name + "...");
     notifyProgressed(0, 100);
@@ -138,7 +148,7 @@ void StackReader::readText(Stack& stack, const std::string& text, const std::str
     __counted = cursor;
     __line = 1;
     const bool isCut = text.substr(0, 1024 + wholeFileAnnouncement.size()).find(wholeFileAnnouncement) < 1024 &&
-                       text.rfind(wholeFileMark) == std::string::npos;
+                       text.rfind(wholeFileMark) == text.npos;
     std::size_t given = 0;                                       // back
     const std::string outlineKeyword = getString(MODELITEMDATA); // tokens only look at their text
     std::string statement;

@@ -150,7 +150,7 @@ private:
     void inputTransparency(const Tokens& tokens, StackIOContext& context);
     void inputVertexSymbol(const Tokens& tokens, StackIOContext& context);
 
-    void readText(Stack& stack, const std::string& text, const std::string& name, int error, char* own);
+    void readText(Stack& stack, std::string_view text, const std::string& name, int error, char* own);
     bool opensObject(Keyword keyword, const Tokens& tokens) const;
     void parseStatement(const Tokens& tokens, StackIOContext& context, std::string_view text);
     void carryOut(Keyword keyword, const Tokens& tokens, StackIOContext& context);

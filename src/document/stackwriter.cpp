@@ -124,7 +124,13 @@ const char* fitWord(int mode) {
 
 bool StackWriter::write(const Stack& stack, const std::string& fileName) {
     notifyStarted("Writing " + fileName + "...");
-    const bool written = SafeFile::save(fileName, toText(stack, FileInfo::dirName(fileName)));
+    constexpr unsigned int share = 60; // the file takes about as long as its text
+    __share = share;
+    const std::string text = toText(stack, FileInfo::dirName(fileName));
+    __share = 100;
+    const bool written = SafeFile::save(fileName, text, [this, &text](std::size_t done) {
+        notifyProgressed(share + static_cast<unsigned int>((99 - share) * done / text.size()), 100);
+    });
     notifyProgressed(100, 100);
     notifyFinished("");
     return written;
@@ -355,9 +361,12 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
         return;
     }
     __text += getString(MODELITEMDATA) + "\n";
+    const std::int16_t* const pixels = item.getPacked().getPixels();
     const std::int32_t* const thousandths = item.getPacked().getThousandths();
     const Vertices<double>* const vertices = item.getPacked().getSize() > 0 ? nullptr : &item.getVertices();
     const auto write = [&](char* at, int i, int axis) {
+        if (pixels != nullptr)
+            return std::to_chars(at, at + longestNumber, pixels[2 * std::ptrdiff_t(i) + axis]).ptr;
         if (thousandths != nullptr)
             return writeThousandths(at, thousandths[2 * std::ptrdiff_t(i) + axis]);
         return writePixels(at, at + longestNumber, vertices ? (*vertices)[i][axis] : item.getCoordinate(i, axis));
@@ -396,7 +405,7 @@ void StackWriter::writePoses(const Stack& stack) {
         name(POSE, pose.getName());
         __text += getString(POSEROTATION);
         for (const float angle : pose.getRotation())
-            __text += " " + plainDigits(angle);
+            (__text += ' ') += plainDigits(angle);
         __text += endOfStatement;
         plainNumbers(POSESHIFT, {pose.getExactXTranslation(), pose.getExactYTranslation()});
         plainNumbers(POSEZOOM, {pose.getExactZoom()});
@@ -551,7 +560,7 @@ void StackWriter::appendFile(const std::string& path, bool quoted) {
 
 void StackWriter::reportProgress(int numSteps) {
     __numSteps += numSteps;
-    notifyProgressed(static_cast<unsigned int>(100LL * __numSteps / __totalSteps), 100);
+    notifyProgressed(static_cast<unsigned int>(1LL * __share * __numSteps / __totalSteps), 100);
 }
 
 template <class T>

@@ -104,6 +104,7 @@ private:
     std::unordered_map<const Slice*, std::string> __sliceNames;
     int __numSteps = 0;
     int __totalSteps = 1;
+    unsigned int __share = 100; // that making the text has of the progress
     bool __keepsStatedSizes = false;
 };
 

@@ -1,5 +1,6 @@
 #include "files/safefile.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -28,11 +29,12 @@ int openFile(const char* name, int flags, mode_t mode = 0) {
     return descriptor;
 }
 
-bool writeAll(int descriptor, const std::string& contents) {
+bool writeAll(int descriptor, const std::string& contents, const std::function<void(std::size_t)>& progress = {}) {
+    constexpr std::size_t mostAtOnce = std::size_t(4) << 20;
     const char* from = contents.data();
     std::size_t left = contents.size();
     while (left > 0) {
-        const ssize_t written = ::write(descriptor, from, left);
+        const ssize_t written = ::write(descriptor, from, progress ? std::min(left, mostAtOnce) : left);
         if (written < 0) {
             if (errno == EINTR)
                 continue;
@@ -40,6 +42,8 @@ bool writeAll(int descriptor, const std::string& contents) {
         }
         from += written;
         left -= static_cast<std::size_t>(written);
+        if (progress)
+            progress(contents.size() - left);
     }
     return true;
 }
@@ -237,7 +241,8 @@ void SafeFile::fail(int error) const {
                          __fileName);
 }
 
-bool SafeFile::save(const std::string& fileName, const std::string& contents) {
+bool SafeFile::save(const std::string& fileName, const std::string& contents,
+                    const std::function<void(std::size_t)>& progress) {
     SafeFile file(fileName);
     if (!file.isOpen())
         return false;
@@ -245,7 +250,7 @@ bool SafeFile::save(const std::string& fileName, const std::string& contents) {
         file.saveInPlace(contents);
         return true;
     }
-    if (!writeAll(file.__descriptor, contents))
+    if (!writeAll(file.__descriptor, contents, progress))
         file.fail(errno);
     file.commit();
     return true;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 
 namespace vorlen {
@@ -32,8 +34,10 @@ public:
     void commit();
 
     /// The whole way for contents in memory. False when the file cannot be opened for writing; throws FileWriteError
-    /// when it can, but the writing fails. The old contents are then put back even where it is written in place.
-    static bool save(const std::string& fileName, const std::string& contents);
+    /// when it can, but the writing fails. The old contents are then put back even where it is written in place. The
+    /// progress is told how many bytes are written, every few million; flushing them to disk comes after that.
+    static bool save(const std::string& fileName, const std::string& contents,
+                     const std::function<void(std::size_t)>& progress = {});
 
     /// Removes the new files that killed programs of this machine have left in the file's folder more than an hour ago.
     static void removeLeftovers(const std::string& fileName);

@@ -70,6 +70,9 @@ TEST_F(ModelItemTest, keepsItsVerticesForItself) {
 // As they come from a file: plain numbers until somebody asks for more.
 TEST_F(ModelItemTest, coordinatesComeOutAsTheyWereGiven) {
     const std::vector<std::vector<double>> given = {
+        {32767, -32767, 0, 5, -1, 17},   // pixels
+        {32768, 2, -32768, 4, 1, 5},     // whole ones further out
+        {1, 2, -0.0, 4, 5, 6},           // a zero of its own
         {1, 2, 30, 4, 5, 60.125},        // thousandths
         {0.1234, 2, -0.0, 4, 1e300, -7}, // other numbers
         {2000000, -2000000, 1999999.999, 0.001, -0.001, 3},
@@ -100,6 +103,15 @@ TEST_F(ModelItemTest, coordinatesComeOutAsTheyWereGiven) {
         EXPECT_EQ(untouched.getSize(), 2);
         EXPECT_EQ(untouched.getCoordinate(1, 1), numbers[3]);
     }
+    // The corners of the greatest square that is held in whole pixels, one way and back.
+    const double square[] = {-32767, -32767, 32767, -32767, 32767, 32767, -32767, 32767};
+    ModelItem& large = addItem(polygons, stack.getSlice(0));
+    large.setVertices(square, 4);
+    EXPECT_FALSE(large.isClockwise());
+    large.setClockwise(true);
+    EXPECT_TRUE(large.isClockwise());
+    EXPECT_EQ(large.getCoordinate(0, 1), 32767);
+    EXPECT_EQ(large.getCoordinate(1, 0), 32767);
     // A sliver far out has its sense, of which products of doubles keep nothing.
     const double line[] = {1999999.997, 1999999.998, 1999999.998, 1999999.999, 1999999.996, 1999999.997};
     const double sliver[] = {1999999.997, 1999999.998, 1999999.998, 1999999.999, 1999999.996, 1999999.996};

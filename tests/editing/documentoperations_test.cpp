@@ -1,5 +1,6 @@
 #include <cmath>
 #include <cstdlib>
+#include <ctime>
 #include <functional>
 
 #include <gtest/gtest.h>
@@ -464,6 +465,25 @@ TEST(DocumentOperations, lostImagesAreFoundByTheirNamesInAnotherFolder) {
     EXPECT_EQ(read.getSlice(0).width(), 6);
     read.history()->redo();
     EXPECT_EQ(numLostImages(read), 2);
+}
+
+// Each slice tells of its change, and what follows from all of them is not made for each.
+TEST(StackOperations, calibratingAllSlicesTakesTimeInProportionToThem) {
+    const auto seconds = [](int numSlices) {
+        VRLStack stack;
+        addSlices(stack, numSlices);
+        StackChange change;
+        change.calibration = squarePixels(2);
+        for (int i = 0; i < numSlices; ++i)
+            change.calibrationSlices.push_back(&stack.getSlice(i));
+        const std::clock_t start = std::clock();
+        EXPECT_TRUE(changeStack(stack, change));
+        const double taken = double(std::clock() - start) / CLOCKS_PER_SEC;
+        EXPECT_EQ(stack.getReconstruction().toWorld(numSlices - 1, 3, 0)[0], 6);
+        return taken;
+    };
+    seconds(100);
+    EXPECT_LT(seconds(8000), 20 * std::max(seconds(1000), 1e-3)); // 64 where it is quadratic
 }
 
 } // namespace vorlen

@@ -61,7 +61,11 @@ int indexOf(const Model& model, const ModelItem& item) {
 } // namespace
 
 DocumentRecorder::DocumentRecorder(VRLStack& stack) : __stack(stack) {
-    take();
+    DocumentDelta all; // that nobody asks for
+    takeParts(all);
+    for (Model* model : __models.members)
+        __items[model] = itemsOf(*model);
+    __dirtyLists.clear();
 }
 
 DocumentRecorder::~DocumentRecorder() = default;
@@ -94,27 +98,31 @@ void DocumentRecorder::forgetItem(const ModelItem* item) {
 DocumentDelta DocumentRecorder::take() {
     try {
         DocumentDelta delta;
-        std::string state = partstates::ofStack(__stack);
-        if (state != __state) {
-            delta.stack = state;
-            std::string butLast = stateButLast(__stack, state);
-            __slices.dirty = __slices.dirty || butLast != __stateButLast;
-            __stateButLast = std::move(butLast);
-            __state = std::move(state);
-        }
-        takeSlices(delta);
-        takeModels(delta);
-        if (std::exchange(__poses.dirty, false)) {
-            std::vector<DocumentDelta::Change> changes;
-            delta.newPoses = takeList(
-                __poses, posesOf(__stack), [](const Pose& pose) { return partstates::ofPose(pose); }, delta.poses,
-                changes);
-        }
+        takeParts(delta);
         takeItems(delta);
         return delta;
     } catch (...) {
         __lost = true;
         throw;
+    }
+}
+
+/// All but the items.
+void DocumentRecorder::takeParts(DocumentDelta& delta) {
+    std::string state = partstates::ofStack(__stack);
+    if (state != __state) {
+        delta.stack = state;
+        std::string butLast = stateButLast(__stack, state);
+        __slices.dirty = __slices.dirty || butLast != __stateButLast;
+        __stateButLast = std::move(butLast);
+        __state = std::move(state);
+    }
+    takeSlices(delta);
+    takeModels(delta);
+    if (std::exchange(__poses.dirty, false)) {
+        std::vector<DocumentDelta::Change> changes;
+        delta.newPoses = takeList(
+            __poses, posesOf(__stack), [](const Pose& pose) { return partstates::ofPose(pose); }, delta.poses, changes);
     }
 }
 

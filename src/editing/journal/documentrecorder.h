@@ -29,7 +29,7 @@ public:
     explicit DocumentRecorder(VRLStack& stack);
     ~DocumentRecorder() override;
 
-    /// What has changed since the last call, or since the beginning. May throw std::bad_alloc; isLost() then.
+    /// What has changed since the last call, or since this was made. May throw std::bad_alloc; isLost() then.
     DocumentDelta take();
 
     /// What a stack description does not tell of the document as it is, right after take(): to be given to a document
@@ -75,6 +75,7 @@ private:
     template <class T, class State>
     bool takeList(List<T>& list, std::vector<T*> members, State&& state, std::vector<DocumentDelta::Entry>& entries,
                   std::vector<DocumentDelta::Change>& changes) const;
+    void takeParts(DocumentDelta& delta);
     void takeSlices(DocumentDelta& delta);
     void takeModels(DocumentDelta& delta);
     void takeItems(DocumentDelta& delta);

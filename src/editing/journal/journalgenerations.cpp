@@ -7,6 +7,7 @@
 #include <set>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vorlen {
@@ -28,6 +29,8 @@ bool readJournalFile(const std::string& name, std::string& contents) {
     const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return errno == ENOENT;
+    if (struct stat status; ::fstat(descriptor, &status) == 0 && status.st_size > 0)
+        contents.reserve(static_cast<std::size_t>(status.st_size));
     char buffer[65536];
     ssize_t got = 0;
     do {

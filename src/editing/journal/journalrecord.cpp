@@ -129,8 +129,22 @@ JournalFormat::Contents JournalFormat::read(std::string_view bytes) {
 }
 
 std::string JournalFormat::hash(std::string_view contents) {
-    const QByteArray bytes = QByteArray::fromRawData(contents.data(), static_cast<qsizetype>(contents.size()));
-    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex().toStdString();
+    JournalHash hash;
+    hash.add(contents);
+    return hash.result();
+}
+
+JournalHash::JournalHash() : __hash(std::make_unique<QCryptographicHash>(QCryptographicHash::Sha256)) {
+}
+
+JournalHash::~JournalHash() = default;
+
+void JournalHash::add(std::string_view bytes) {
+    __hash->addData(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())));
+}
+
+std::string JournalHash::result() const {
+    return __hash->result().toHex().toStdString();
 }
 
 } // namespace vorlen

@@ -2,11 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "editing/journal/documentdelta.h"
+
+class QCryptographicHash;
 
 namespace vorlen {
 
@@ -58,6 +61,18 @@ public:
 
     /// A hash by which contents of files are told from each other.
     static std::string hash(std::string_view contents);
+};
+
+/// The same hash of contents that come in pieces.
+class JournalHash {
+public:
+    JournalHash();
+    ~JournalHash();
+    void add(std::string_view bytes);
+    std::string result() const;
+
+private:
+    std::unique_ptr<QCryptographicHash> __hash;
 };
 
 } // namespace vorlen

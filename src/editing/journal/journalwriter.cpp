@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 #include <utility>
 
 #include <fcntl.h>
@@ -23,22 +24,48 @@ namespace {
     throw FileWriteError("JournalWriter", std::strerror(error));
 }
 
-/// All of an open file. Throws FileReadError when it can't be read.
-std::string contentsOf(int descriptor) {
-    std::string contents;
-    char buffer[65536];
+/// Calls take with all of an open file, piece by piece: stacks may be large. Throws FileReadError when it can't be read.
+template <class Take>
+void readPieces(int descriptor, Take&& take) {
+    std::string buffer(std::size_t(1) << 18, '\0');
     if (::lseek(descriptor, 0, SEEK_SET) != 0)
         throw FileReadError("JournalWriter", std::strerror(errno));
     while (true) {
-        const ssize_t got = ::read(descriptor, buffer, sizeof buffer);
+        const ssize_t got = ::read(descriptor, buffer.data(), buffer.size());
         if (got > 0)
-            contents.append(buffer, static_cast<std::size_t>(got));
+            take(std::string_view(buffer.data(), static_cast<std::size_t>(got)));
         else if (got == 0)
-            return contents;
+            return;
         else if (errno != EINTR)
             throw FileReadError("JournalWriter",
                                 std::string("The file of the stack can't be read: ") + std::strerror(errno));
     }
+}
+
+void writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        else if (errno != EINTR)
+            failToWrite(errno);
+    }
+}
+
+/// Copies an open file; gives its length and hash.
+std::pair<std::size_t, std::string> copyTo(const std::string& file, int descriptor) {
+    SafeFile copy(file);
+    if (!copy.isOpen())
+        failToWrite(errno);
+    std::size_t length = 0;
+    JournalHash hash;
+    readPieces(descriptor, [&](std::string_view piece) {
+        writeAll(copy.descriptor(), piece);
+        hash.add(piece);
+        length += piece.size();
+    });
+    copy.commit();
+    return {length, hash.result()};
 }
 
 void save(const std::string& file, const std::string& contents) {
@@ -49,8 +76,9 @@ void save(const std::string& file, const std::string& contents) {
 /// The record of a save; an empty one where the file can't be read: it then is none to come back to.
 void resolve(std::string& payload, int& descriptor) {
     try {
-        const JournalRecord saved{.kind = JournalRecord::Kind::Saved,
-                                  .hash = JournalFormat::hash(contentsOf(descriptor))};
+        JournalHash hash;
+        readPieces(descriptor, [&hash](std::string_view piece) { hash.add(piece); });
+        const JournalRecord saved{.kind = JournalRecord::Kind::Saved, .hash = hash.result()};
         payload = saved.payload();
     } catch (const FileReadError&) {
     }
@@ -200,14 +228,19 @@ void JournalWriter::begin() {
 
 /// First the base, and then the journal: where there is a journal, its base is whole.
 void JournalWriter::beginWithBase() {
-    if (__base.descriptor >= 0)
-        __base.text = contentsOf(__base.descriptor);
-    save(JournalGenerations::baseFile(__folder, __generation), __base.text);
+    const std::string file = JournalGenerations::baseFile(__folder, __generation);
+    std::pair<std::size_t, std::string> made(__base.text.size(), {});
+    if (__base.descriptor >= 0) {
+        made = copyTo(file, __base.descriptor);
+    } else {
+        save(file, __base.text);
+        made.second = JournalFormat::hash(__base.text);
+    }
     openJournal(O_CREAT | O_TRUNC);
-    const std::string header = JournalFormat::header(__base.name, JournalFormat::hash(__base.text));
+    const std::string header = JournalFormat::header(__base.name, made.second);
     append(header);
     __checksum = JournalFormat::read(header).checksums.front();
-    __baseSize = __base.text.size();
+    __baseSize = made.first;
 }
 
 /// What is written once is linked, what goes on is copied as far as it counts.

@@ -92,7 +92,7 @@ void put(ByteWriter& bytes, const ModelItemProperties& look) {
             for (int k = 0; k < 3; ++k)
                 integer(c[k]);
         },
-        [&]() -> const Vector<int>& { return look.getColor(); });
+        [&] { return look.getColor(); });
     putIf(bytes, look.definesLineWidth(), real, [&] { return look.getLineWidth(); });
     putIf(bytes, look.definesPointSize(), real, [&] { return look.getPointSize(); });
     putIf(bytes, look.definesVertexSymbol(), integer, [&] { return int(look.getVertexSymbol()); });

@@ -107,6 +107,10 @@ void StackJournal::guarded(const std::function<void()>& work) {
     }
 }
 
+bool StackJournal::isSound() const {
+    return __writer != nullptr && !__writer->isLost() && !__lost && !__recorder->isLost();
+}
+
 bool StackJournal::findFolder() {
     if (__folder.empty())
         __folder = __findFolder();

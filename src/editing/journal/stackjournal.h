@@ -52,6 +52,9 @@ public:
     /// Whether the folder has the stack's steps, or will have them, with a save among them.
     bool isWorthKeeping() const { return __writer != nullptr && __saved; }
 
+    /// Whether all steps so far are in the folder, or will be; false before the first one.
+    bool isSound() const;
+
     /// The number of steps, undos and redos that were recorded.
     int getNumRecords() const { return __numRecords; }
 

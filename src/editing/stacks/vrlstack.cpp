@@ -1,5 +1,7 @@
 #include "editing/stacks/vrlstack.h"
 
+#include <utility>
+
 #include "document/modelitem.h"
 #include "document/pose.h"
 #include "document/stackwriter.h"
@@ -75,6 +77,25 @@ bool VRLStack::isReadOnly() const {
 
 void VRLStack::updateReconstruction() {
     __reconstruction.computeMaps();
+    __mapsPending = false;
+}
+
+/// The maps of all slices follow from each: within a batch they are made once, at its end or when they are asked for.
+void VRLStack::mapsChange() {
+    if (eventBatchEnabled())
+        __mapsPending = true;
+    else
+        updateReconstruction();
+}
+
+StackReconstruction<float>& VRLStack::upToDate() const {
+    if (std::exchange(__mapsPending, false))
+        __reconstruction.computeMaps();
+    return __reconstruction;
+}
+
+void VRLStack::atEventBatchEnd() {
+    upToDate();
 }
 
 void VRLStack::destroyHistory() {
@@ -122,7 +143,7 @@ void VRLStack::sliceNameEvent(VRLSliceNameEvent& event) {
 void VRLStack::sliceSpacingEvent(VRLSliceSpacingEvent& event) {
     if (!owns(event.getSlice()))
         return;
-    updateReconstruction();
+    mapsChange();
     VRLStackSliceSpacingEvent stackEvent(this);
     notifyEvent(stackEvent);
 }
@@ -130,7 +151,7 @@ void VRLStack::sliceSpacingEvent(VRLSliceSpacingEvent& event) {
 void VRLStack::sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent& event) {
     if (!owns(event.getSlice()))
         return;
-    updateReconstruction();
+    mapsChange();
     VRLStackImageCalibrationEvent stackEvent(this);
     notifyEvent(stackEvent);
 }

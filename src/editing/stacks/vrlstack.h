@@ -62,8 +62,8 @@ public:
 
     /// To be called by whoever changes what enters the reconstruction.
     void updateReconstruction();
-    const StackReconstruction<float>& getReconstruction() const { return __reconstruction; }
-    StackReconstruction<float>& getReconstruction() { return __reconstruction; }
+    const StackReconstruction<float>& getReconstruction() const { return upToDate(); }
+    StackReconstruction<float>& getReconstruction() { return upToDate(); }
 
     VRLActionHistory* history() const { return __history.get(); }
     void destroyHistory();
@@ -90,12 +90,15 @@ public:
     void modelItemAttributeEvent(VRLModelItemAttributeEvent& event) override;
     void poseCreateEvent(VRLPoseCreateEvent& event) override;
     void poseDeleteEvent(VRLPoseDeleteEvent& event) override;
+    void atEventBatchEnd() override;
 
 signals:
     /// The whole stack has been written to its file.
     void written();
 
 private:
+    void mapsChange();
+    StackReconstruction<float>& upToDate() const;
     bool owns(const StackSlice* slice) const;
     bool owns(const ModelItem* item) const;
     void modifiedIf(bool concerned);
@@ -105,7 +108,8 @@ private:
     bool __modified = false;
     unsigned int __changeCount = 0;
     StackFileGuard __fileGuard;
-    StackReconstruction<float> __reconstruction;
+    mutable StackReconstruction<float> __reconstruction;
+    mutable bool __mapsPending = false; // within a batch, in which each slice tells of its change
     std::unique_ptr<VRLActionHistory> __history;
 };
 

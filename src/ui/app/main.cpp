@@ -11,6 +11,7 @@
 #include "ui/session/vrlpreferences.h"
 #include "ui/session/vrlrecovery.h"
 #include "ui/session/vrlsettings.h"
+#include "ui/widgets/desktoptheme.h"
 #include "ui/widgets/vorlenapplication.h"
 
 namespace vorlen {
@@ -18,6 +19,8 @@ namespace vorlen {
 namespace {
 
 int run(const QStringList& arguments) {
+    DesktopTheme theme;
+    theme.follow();
     VRLRecovery recovery;
     recovery.tidy();
     const auto bringToSafety = [&recovery] {

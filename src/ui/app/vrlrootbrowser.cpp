@@ -22,7 +22,8 @@ VRLRootBrowser::VRLRootBrowser(QWidget* parent) : QWidget(parent) {
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(__stackList);
     splitter->addWidget(__sliceList);
-    splitter->setStretchFactor(1, 3);
+    splitter->setStretchFactor(1, 1); // few have more than a few stacks open
+    splitter->setSizes({100, 500});
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);

@@ -351,12 +351,14 @@ void VRLRootMediator::setSlice(StackSlice& slice) {
 }
 
 void VRLRootMediator::updateStatusBarDisplay() {
-    const QString file = __stack == nullptr ? QString()
-                                            : QFile::decodeName(__stack->getFilename().c_str()) + "[*]" +
-                                                  (__stack->isReadOnly() ? " (read-only)" : "");
-    __window.setTitle(file.toStdString());
+    const QString path = __stack == nullptr ? QString() : QFile::decodeName(__stack->getFilename().c_str());
+    const QString readOnly = __stack != nullptr && __stack->isReadOnly() ? " (read-only)" : "";
+    QString title = QFileInfo(path).fileName();
+    if (title.isEmpty() && __stack != nullptr) // a stack that was never saved
+        title = QString::fromStdString(__stack->getName());
+    __window.setTitle(__stack == nullptr ? std::string() : (title + "[*]" + readOnly).toStdString());
     __window.setWindowModified(__stack != nullptr && __stack->isModified());
-    __statusBar->setStack(__stack == nullptr ? QString() : QString::fromStdString(__stack->getName()));
+    __statusBar->setStack(__stack == nullptr ? QString() : QString::fromStdString(__stack->getName()), path);
     __statusBar->setSlice(__slice == nullptr ? QString() : QString::fromStdString(__slice->getName()));
 }
 

@@ -91,10 +91,10 @@ void VRLRootStatusBar::setSliceAnnotationAction(QAction* action) {
     __annotateSlice->setDefaultAction(action);
 }
 
-void VRLRootStatusBar::setStack(const QString& name) {
+void VRLRootStatusBar::setStack(const QString& name, const QString& path) {
     __stack->setText(name);
     __stack->setCursorPosition(0);
-    __stack->setToolTip(plainTip(name));
+    __stack->setToolTip(plainTip(path.isEmpty() ? name : name + '\n' + path));
 }
 
 void VRLRootStatusBar::setSlice(const QString& name) {

@@ -29,7 +29,8 @@ public:
     void setStackAnnotationAction(QAction* action);
     void setSliceAnnotationAction(QAction* action);
 
-    void setStack(const QString& name);
+    /// With the path of its file, for the tip.
+    void setStack(const QString& name, const QString& path);
     void setSlice(const QString& name);
 
     /// Until the next message, or for so many milliseconds.

@@ -142,6 +142,7 @@ VRLRootWindow::VRLRootWindow() {
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(__browser, 250);
     splitter->addWidget(__workspace, 750);
+    splitter->setStretchFactor(1, 1); // a wide window has more room for the slice, not for the lists
     splitter->restore();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -1,7 +1,9 @@
 #include "ui/files/vrlstackio.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
+#include <functional>
 #include <memory>
 
 #include <QApplication>
@@ -11,6 +13,8 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScopeGuard>
+#include <QThread>
 
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
@@ -62,6 +66,20 @@ std::string absolute(const std::string& file) {
     return encoded(QFileInfo(decoded(file)).absoluteFilePath());
 }
 
+/// How far a work on another thread is.
+class ProgressGauge : public ProgressMonitor {
+public:
+    using ProgressMonitor::subjectProgressed;
+    void subjectProgressed(unsigned int current, unsigned int total) override {
+        if (total > 0)
+            __percent = 100 * current / total;
+    }
+    unsigned int percent() const { return __percent; }
+
+private:
+    std::atomic<unsigned int> __percent = 0;
+};
+
 /// A plain sentence for what an operation threw.
 template <class Work>
 QString failureOf(Work&& work) {
@@ -73,6 +91,25 @@ QString failureOf(Work&& work) {
         return failure.what();
     }
     return QString();
+}
+
+/// The work runs on a thread of its own. Meanwhile the window goes on painting and tells how far it is, and keys and
+/// clicks wait, so that nobody changes what is worked on. Where there is no thread to be had it runs here.
+void runBeside(ProgressSubject& teller, const ProgressGauge& gauge, const std::function<void()>& work) {
+    bool done = false;
+    const std::unique_ptr<QThread> thread(QThread::create([&] {
+        work();
+        done = true;
+    }));
+    const auto ended = qScopeGuard([&thread] { thread->wait(); }); // also where a monitor throws
+    thread->start();
+    constexpr unsigned long pause = 30; // milliseconds
+    while (!thread->wait(pause)) {
+        teller.notifyProgressed(gauge.percent(), 100);
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    }
+    if (!done)
+        work();
 }
 
 } // namespace
@@ -447,15 +484,19 @@ bool VRLStackIO::writeStack(VRLStack& stack, const std::string& file) {
 
 bool VRLStackIO::writeWithBackup(VRLStack& stack, const std::string& file, QString& reason) {
     FileBackups backups(file, VRLPreferences::getMaxNumBackups());
-    backups.setAside();
     bool written = false;
     {
         const WaitCursor cursor;
         notifyStarted("Saving " + file + "...");
+        ProgressGauge gauge;
         StackWriter writer;
-        writer.addMonitor(*this);
-        reason = failureOf([&] { written = writer.write(stack, file); });
-        writer.removeMonitor(*this);
+        writer.addMonitor(gauge);
+        runBeside(*this, gauge, [&] {
+            reason = failureOf([&] {
+                backups.setAside();
+                written = writer.write(stack, file);
+            });
+        });
         notifyFinished(" ");
     }
     if (!written)

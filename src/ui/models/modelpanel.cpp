@@ -203,6 +203,13 @@ void ModelPanel::makeButtons() {
     layout->addLayout(buttons);
 }
 
+QSize ModelPanel::sizeHint() const {
+    QSize size = QWidget::sizeHint();
+    const int name = fontMetrics().horizontalAdvance(QString(20, 'n')) + 28; // and the colour beside it
+    size.setWidth(std::max(size.width(), __list->minimumWidth() - leastNameWidth + name + 12));
+    return size;
+}
+
 void ModelPanel::setStack(VRLStack* stack) {
     __stack = stack;
     __table->setStack(stack);

@@ -41,6 +41,9 @@ class ModelPanel : public QWidget {
 public:
     explicit ModelPanel(ModelViews& views, QWidget* parent = nullptr);
 
+    /// Room for names of twenty letters.
+    QSize sizeHint() const override;
+
     /// Null for none.
     void setStack(VRLStack* stack);
     void setSlice(StackSlice* slice);

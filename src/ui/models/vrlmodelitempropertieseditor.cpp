@@ -80,7 +80,7 @@ void VRLModelItemPropertiesEditor::setProperties(const ModelItemProperties& prop
         return;
     {
         const QSignalBlocker blocker(this); // the controls tell this editor, which keeps quiet
-        setColor(properties.definesColor() ? &properties.getColor() : nullptr);
+        setColor(properties.definesColor() ? std::optional(properties.getColor()) : std::nullopt);
         const auto symbol = properties.definesVertexSymbol()
                                 ? std::find(symbols.begin(), symbols.end(), properties.getVertexSymbol())
                                 : symbols.end();
@@ -122,12 +122,12 @@ void VRLModelItemPropertiesEditor::runColorSelection() {
         return;
     ModelItemProperties chosen;
     chosen.setColor(color.red(), color.green(), color.blue());
-    setColor(&chosen.getColor());
+    setColor(chosen.getColor());
     emit modified();
 }
 
-void VRLModelItemPropertiesEditor::setColor(const Vector<int>* color) {
-    __color = color == nullptr ? nullptr : std::make_unique<Vector<int>>(*color);
+void VRLModelItemPropertiesEditor::setColor(const std::optional<Vector<int>>& color) {
+    __color = color;
     showColor();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include <optional>
 
 #include <QWidget>
 
@@ -39,11 +39,11 @@ signals:
     void modified();
 
 private:
-    void setColor(const Vector<int>* color);
+    void setColor(const std::optional<Vector<int>>& color);
     void showColor();
 
     QPushButton* __colorButton;
-    std::unique_ptr<Vector<int>> __color; // red, green, blue; null when undefined
+    std::optional<Vector<int>> __color; // red, green, blue
     QComboBox* __vertexSymbol;
     VRLAttributeSpinBox* __lineWidth;
     VRLAttributeSpinBox* __pointSize;

@@ -16,6 +16,8 @@
 #include <QStandardPaths>
 #include <QUuid>
 
+#include "document/model.h"
+#include "document/modelitem.h"
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
 #include "editing/bus/vrlstackevent.h"
@@ -130,23 +132,43 @@ bool VRLRecovery::makeSessionDirectory() {
 }
 
 void VRLRecovery::saveIfIdle() {
-    if (QGuiApplication::mouseButtons() == Qt::NoButton)
-        saveModifiedStacks();
+    if (QGuiApplication::mouseButtons() != Qt::NoButton)
+        return;
+    const VRLStackServer& server = VRLStackServer::stackServer;
+    for (int i = 0; i < server.getNumStacks(); ++i)
+        if (!isKeptByJournal(server.getStack(i)))
+            save(server.getStack(i));
+}
+
+/// A stack whose text takes too long to be made while somebody works, and that has a sound journal.
+bool VRLRecovery::isKeptByJournal(const VRLStack& stack) const {
+    const auto journal = __journals.find(&stack);
+    if (journal == __journals.end() || !journal->second->isSound() || !__problems[Journals].isEmpty())
+        return false;
+    constexpr int most = 1000000;
+    int numVertices = 0;
+    for (int i = 0; i < stack.getNumModels() && numVertices <= most; ++i)
+        for (int k = 0; k < stack.getModel(i).getNumItems() && numVertices <= most; ++k)
+            numVertices += stack.getModel(i).getItem(k).getSize();
+    return numVertices > most;
 }
 
 void VRLRecovery::saveModifiedStacks() {
     const VRLStackServer& server = VRLStackServer::stackServer;
-    for (int i = 0; i < server.getNumStacks(); ++i) {
-        const VRLStack& stack = server.getStack(i);
-        Entry& entry = __entries[&stack];
-        if (!stack.isModified() || (*entry.written && entry.changeCount == stack.getChangeCount()))
-            continue;
-        if (!makeSessionDirectory())
-            return setProblem("Changes can't be kept against a crash: no file can be written in " + __directory + ".");
-        entry.file = fileOf(stack);
-        entry.changeCount = stack.getChangeCount();
-        writeEntry(entry, stack);
-    }
+    for (int i = 0; i < server.getNumStacks(); ++i)
+        save(server.getStack(i));
+}
+
+/// What has changed since the last time.
+void VRLRecovery::save(const VRLStack& stack) {
+    Entry& entry = __entries[&stack];
+    if (!stack.isModified() || (*entry.written && entry.changeCount == stack.getChangeCount()))
+        return;
+    if (!makeSessionDirectory())
+        return setProblem("Changes can't be kept against a crash: no file can be written in " + __directory + ".");
+    entry.file = fileOf(stack);
+    entry.changeCount = stack.getChangeCount();
+    writeEntry(entry, stack);
 }
 
 void VRLRecovery::setProblem(const QString& problem, Keeper keeper) {

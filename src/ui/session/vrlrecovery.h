@@ -27,7 +27,8 @@ class VRLStack;
 /// holds no mouse button.
 ///
 /// The journal has the steps too, to be undone after a crash, and goes before the recovery file, which is there should
-/// the journal be damaged. A recovered stack goes on with its journal. When a stack is closed that was saved, its
+/// the journal be damaged. Of a stack of more than a million vertices, whose text would hold the user up, the journal
+/// alone is kept as long as it is sound, but for the end of the program. A recovered stack goes on with its journal. When a stack is closed that was saved, its
 /// journal moves to a folder "history" beside the directory, so that the steps can be undone when the file is opened
 /// again; only as long as the file is byte for byte the one that was saved.
 ///
@@ -121,6 +122,8 @@ private:
     };
 
     void saveIfIdle();
+    void save(const VRLStack& stack);
+    bool isKeptByJournal(const VRLStack& stack) const;
     bool makeSessionDirectory();
     enum Keeper { Files, Journals };
     void setProblem(const QString& problem, Keeper keeper = Files);

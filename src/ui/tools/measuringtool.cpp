@@ -79,6 +79,11 @@ void MeasuringTool::forget() {
     host().setNote(nullptr);
 }
 
+/// Two quick presses are two.
+void MeasuringTool::mouseDoubleClickEvent(QMouseEvent* event) {
+    mousePressEvent(event);
+}
+
 void MeasuringTool::mousePressEvent(QMouseEvent* event) {
     if (!acts() || event->buttons() != Qt::LeftButton)
         return anyEvent(event);

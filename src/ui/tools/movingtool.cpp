@@ -57,6 +57,11 @@ void MovingTool::itemGone(const ModelItem& item) {
         giveUp();
 }
 
+/// Two quick presses are two.
+void MovingTool::mouseDoubleClickEvent(QMouseEvent* event) {
+    mousePressEvent(event);
+}
+
 void MovingTool::mousePressEvent(QMouseEvent* event) {
     if (!acts() || event->buttons() != Qt::LeftButton || stack() == nullptr)
         return anyEvent(event);

@@ -29,6 +29,7 @@ public:
     void itemGone(const ModelItem& item) override;
 
 protected:
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;

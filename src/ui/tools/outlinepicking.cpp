@@ -25,6 +25,16 @@ double extentOf(const Outline& outline) {
     return std::abs(sum);
 }
 
+/// Whether the place is in the box of the item, or within the tolerance of it: most items of a slice are not looked at
+/// more closely.
+bool isInReach(const ModelItem& item, const QPointF& place, double tolerance) {
+    const BoundingBox<double> box = item.extent();
+    const auto lies = [&](int axis, double at) {
+        return at >= box.getVertex1()[axis] - tolerance && at <= box.getVertex2()[axis] + tolerance;
+    };
+    return lies(0, place.x()) && lies(1, place.y());
+}
+
 } // namespace
 
 ModelItem* itemMeantAt(const ToolHost& host, const QPointF& place, double tolerance) {
@@ -34,7 +44,7 @@ ModelItem* itemMeantAt(const ToolHost& host, const QPointF& place, double tolera
     double least = 0;
     for (int i = 0; i < slice.getNumItems(); ++i) {
         ModelItem& item = slice.getItem(i);
-        if (!host.modelViews().isTouchable(item) || item.getSize() == 0)
+        if (!host.modelViews().isTouchable(item) || item.getSize() == 0 || !isInReach(item, place, tolerance))
             continue;
         const Outline outline = outlineOf(item.getVertices());
         const double distance = item.distanceTo(point);

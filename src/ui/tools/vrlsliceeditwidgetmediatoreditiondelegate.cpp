@@ -190,6 +190,11 @@ void VRLSliceEditWidgetMediatorEditionDelegate::releaseDrag() {
     __drag.reset();
 }
 
+/// Two quick presses are two.
+void VRLSliceEditWidgetMediatorEditionDelegate::mouseDoubleClickEvent(QMouseEvent* event) {
+    mousePressEvent(event);
+}
+
 void VRLSliceEditWidgetMediatorEditionDelegate::mousePressEvent(QMouseEvent* event) {
     if (acts() && event->buttons() == Qt::LeftButton) {
         const Vector<double> point = vertexAt(event->position());

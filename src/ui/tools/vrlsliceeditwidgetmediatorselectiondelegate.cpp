@@ -150,7 +150,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::selectItemsWithinBox(const Bou
         ModelItemSelection selection = item.getSelection();
         bool touched = false;
         for (int j = 0; j < item.getSize(); ++j)
-            if (box.contains(item.getVertices()[j])) {
+            if (box.contains(itemVertex({item.getCoordinate(j, 0), item.getCoordinate(j, 1)}))) {
                 selection.set(!selection.isSelected(j), j, false);
                 touched = true;
             }
@@ -315,6 +315,14 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::editSelectionProperties() {
     dialog->setItem(*item);
     dialog->exec();
     delete dialog;
+}
+
+/// The second of two quick clicks goes on to the next outline, where several are in reach. A single one stays selected.
+void VRLSliceEditWidgetMediatorSelectionDelegate::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (acts() && slice() != nullptr && itemsNear(vertexAt(event->position())).size() > 1)
+        mousePressEvent(event);
+    else
+        anyEvent(event);
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::mousePressEvent(QMouseEvent* event) {

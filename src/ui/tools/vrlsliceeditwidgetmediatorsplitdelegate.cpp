@@ -60,6 +60,11 @@ void VRLSliceEditWidgetMediatorSplitDelegate::split(ModelItem& item, const QLine
         host().setHint(QString::fromStdString(outcome.getReason()));
 }
 
+/// Two quick presses are two.
+void VRLSliceEditWidgetMediatorSplitDelegate::mouseDoubleClickEvent(QMouseEvent* event) {
+    mousePressEvent(event);
+}
+
 void VRLSliceEditWidgetMediatorSplitDelegate::mousePressEvent(QMouseEvent* event) {
     if (!acts())
         return anyEvent(event);

@@ -193,11 +193,12 @@ TEST_F(VRLRootWindowTest, anOpenedStackBecomesCurrentOnItsSlice) {
     writeStack("three", "LASTSEGMENTEDSLICE \"s2\";\n");
     VRLStack& one = open("one");
     EXPECT_EQ(slice(), "s0");
-    EXPECT_EQ(window->windowTitle(), folder.filePath("one.sdf") + "[*] - Vorlen");
+    EXPECT_EQ(window->windowTitle(), "one.sdf[*] - Vorlen");
     EXPECT_EQ(listed(window->browser().stackList()), QStringList{"one"});
     EXPECT_EQ(listed(window->browser().sliceList()).size(), 3);
     const auto fields = window->statusBar().findChildren<QLineEdit*>();
     EXPECT_EQ(fields[0]->text(), "one");
+    EXPECT_EQ(fields[0]->toolTip(), "one\n" + folder.filePath("one.sdf"));
     EXPECT_EQ(fields[1]->text(), "s0");
     open("three");
     EXPECT_EQ(slice(), "s2");

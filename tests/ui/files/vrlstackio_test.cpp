@@ -1,7 +1,14 @@
 #include "ui/files/vrlstackio.h"
 
+#include <algorithm>
+#include <chrono>
 #include <fstream>
+#include <thread>
 #include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <QFile>
@@ -11,6 +18,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTextEdit>
+#include <QTimer>
 #include <QWidget>
 
 #include <gtest/gtest.h>
@@ -382,6 +390,38 @@ TEST_F(VRLStackIOTest, saveWritesTheFileAndKeepsTheOldOneAsABackup) {
     EXPECT_FALSE(stack->isModified());
     EXPECT_TRUE(read("ab.sdf").contains("\"renamed\""));
     EXPECT_EQ(read("ab.sdf~1"), old);
+}
+
+// A pipe whose reader takes its time stands for a slow disk.
+TEST_F(VRLStackIOTest, theWindowLivesOnWhileALargeStackIsSaved) {
+    VRLStack* const stack = io.openStack(path("ab.sdf"));
+    stack->setAnnotation(std::string(300000, 'x')); // more than a pipe holds
+    const std::string pipe = path("slow.sdf");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    QByteArray got;
+    std::thread disk([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(600));
+        ::fcntl(reader, F_SETFL, 0);
+        char buffer[65536];
+        for (ssize_t n = 0; (n = ::read(reader, buffer, sizeof buffer)) > 0;)
+            got.append(buffer, n);
+    });
+    int numTicks = 0;
+    QTimer ticks;
+    ticks.callOnTimeout([&numTicks] { ++numTicks; });
+    ticks.start(10);
+    RecordingMonitor monitor;
+    io.addMonitor(monitor);
+    EXPECT_TRUE(io.writeStack(*stack, pipe));
+    disk.join();
+    io.removeMonitor(monitor);
+    ::close(reader);
+    EXPECT_GE(numTicks, 5);
+    EXPECT_TRUE(got.contains("xxxx") && got.trimmed().endsWith("whole."))
+        << got.right(100).toStdString();
+    EXPECT_TRUE(std::any_of(monitor.heard.begin(), monitor.heard.end(),
+                            [](const std::string& word) { return word.find("60") != std::string::npos; }));
 }
 
 TEST_F(VRLStackIOTest, saveAsAsksBeforeItOverwrites) {

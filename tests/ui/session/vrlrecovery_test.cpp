@@ -117,6 +117,28 @@ TEST_F(VRLRecoveryTest, onlyModifiedStacksAreWrittenAndOnlyWhenTheyChange) {
     EXPECT_TRUE(QFile::exists(file));
 }
 
+// Making the text of a large stack would hold up whoever works on it.
+TEST_F(VRLRecoveryTest, aLargeStackIsKeptByItsJournalAloneUntilTheProgramEnds) {
+    VRLStackServer::stackServer.removeStack(*stack);
+    VRLRecovery recovery(recoveryDirectory());
+    for (const bool large : {false, true}) {
+        stack = new VRLStack;
+        ASSERT_TRUE(StackReader().read(*stack, path("brain.sdf")));
+        if (large)
+            stack->getModel(0).getItem(0).setVertices(std::vector<double>(2000002, 7).data(), 1000001);
+        VRLStackServer::stackServer.addStack(*stack);
+        draw(*stack);
+        recovery.start(10);
+        EXPECT_EQ(QTest::qWaitFor([&] { return numFiles() == 1; }, large ? 200 : 20000), !large);
+        recovery.saveModifiedStacks();
+        recovery.waitForWrites();
+        EXPECT_EQ(numFiles(), 1);
+        VRLStackServer::stackServer.removeStack(*stack);
+        recovery.waitForWrites();
+    }
+    stack = nullptr;
+}
+
 // What was done since the last tick is in the journal, and with it what leads back to the file.
 TEST_F(VRLRecoveryTest, stepsAreKeptAsTheyHappenWithTheirHistory) {
     VRLStackServer::stackServer.removeStack(*stack);

@@ -272,6 +272,27 @@ TEST_F(DrawingTest, aClickTakesTheNearestAndTheNextOnesWhenRepeated) {
     EXPECT_EQ(selected(), onlyOuter);
 }
 
+// Qt makes a double click of the second of two quick presses.
+TEST_F(DrawingTest, aQuickSecondPressIsNotLost) {
+    ModelItem& outer = addItem(*polygon, *slice, square);
+    ModelItem& inner = addItem(*other, *slice, {{54, 54}, {54, 96}, {96, 96}, {96, 54}});
+    doubleClick(QPoint(75, 95));
+    EXPECT_TRUE(outer.getSelection().isComplete() && inner.getSelection().isEmpty());
+    key(Qt::Key_Escape);
+    action("Cancel")->trigger();
+    doubleClick(QPoint(75, 109)); // in reach of the outer one alone, which stays
+    EXPECT_TRUE(outer.getSelection().isComplete() && inner.getSelection().isEmpty());
+    edition->activate();
+    expectSteps(1, [&] {
+        click(QPoint(51, 51));
+        mouse(QEvent::MouseButtonDblClick, QPoint(51, 51), Qt::LeftButton, Qt::LeftButton);
+        drag(QPoint(40, 30));
+        release(QPoint(20, 30));
+    });
+    EXPECT_EQ(verticesOf(outer)[0], std::make_pair(20, 30));
+    edition->cancel();
+}
+
 TEST_F(DrawingTest, aBoxTogglesTheVerticesInIt) {
     ModelItem& contour = addItem(*polygon, *slice, square);
     const auto dragBox = [&](QPoint from, QPoint to) {
