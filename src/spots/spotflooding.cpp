@@ -219,7 +219,8 @@ int labelSpots(const VoxelMatrix<float>& volume, float threshold, VoxelMatrix<in
     return labelling.getNumLabels();
 }
 
-int floodSpots(const VoxelMatrix<float>& volume, float threshold, VoxelMatrix<int>& labels, SpotProgress& progress) {
+int floodSpots(const VoxelMatrix<float>& volume, float threshold, VoxelMatrix<int>& labels, SpotProgress& progress,
+               double planeStep) {
     const int count = numberForeground(volume, threshold, labels);
     const double whole = double(volume.getSize1()) * volume.getSize2() * volume.getSize3();
     if (double(count) > mostForeground * whole)
@@ -230,6 +231,7 @@ int floodSpots(const VoxelMatrix<float>& volume, float threshold, VoxelMatrix<in
             for (int j = 0; j < volume.getSize2(); ++j)
                 heights(i, j, k) = labels(i, j, k) != outside ? volume(i, j, k) : 0.0f;
     GaussianFilter<float> filter(smoothing);
+    filter.setPlaneSigma(smoothing / float(planeStep));
     if (!progress.run(filter, heights, 0, 0.5))
         return -1;
     Flooding flooding(heights, labels, count);

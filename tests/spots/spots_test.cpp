@@ -377,6 +377,17 @@ TEST(Spots, thresholdsAreProposedByTheRules) {
         EXPECT_GT(proposeSpotThreshold(cleared, rule), 0) << toString(rule);
         EXPECT_LE(proposeSpotThreshold(cleared, rule), 60) << toString(rule);
     }
+    // A run without a window takes what the window can be set to.
+    VoxelMatrix<float> faint(cleared);
+    faint *= 1e-4f;
+    for (const SpotThresholdRule rule : {SpotThresholdRule::Isodata, SpotThresholdRule::Otsu}) {
+        const VRLSpotExtractionConfig config;
+        EXPECT_EQ(proposeSpotThreshold(cleared, rule, config), std::ceil(proposeSpotThreshold(cleared, rule)));
+        const double exact = proposeSpotThreshold(faint, rule), proposed = proposeSpotThreshold(faint, rule, config);
+        EXPECT_GE(proposed, exact);
+        EXPECT_LT(proposed, exact + 1e-5);
+        EXPECT_NEAR(proposed * 1e5, std::round(proposed * 1e5), 1e-6);
+    }
     VoxelMatrix<float> flat(3, 3, 3);
     flat.fill(0);
     for (const SpotThresholdRule rule :
