@@ -29,6 +29,8 @@ constexpr double leastScore = 6;
 /// Spots below this radius touch so closely that a wider Gauss makes one of two; it is done without where the blobs are
 /// so much higher than the noise, which is about a sixth of the spots' own height.
 constexpr double smallRadius = 3, clearHeight = 1.25;
+/// How far the rim of a blob reaches, in its radii: less than halfway to one that touches it.
+constexpr double rimReach = 1.3;
 /// Blobs of a box that are looked at.
 constexpr std::size_t mostBlobs = 2000;
 /// Boxes of the sample along an axis that is longer than two of them.
@@ -173,7 +175,7 @@ bool isWithin(const Blob& blob, const Blob& other) {
     double distance = 0;
     for (std::size_t axis = 0; axis < 3; ++axis)
         distance += double(blob.place[axis] - other.place[axis]) * (blob.place[axis] - other.place[axis]);
-    return distance < other.radius * other.radius;
+    return distance < std::pow(rimReach * other.radius, 2);
 }
 
 /// The highest, and those that do not lie within a higher one: the rim of a large spot is full of small ones.
@@ -224,28 +226,24 @@ void measureBends(const VoxelMatrix<float>& box, std::vector<Blob>& blobs) {
 }
 
 /// How many times longer along rows and columns is an ellipsoid than across planes whose bends have this ratio, across
-/// to along. In units of the ball of its volume its radii are x and 1 / x^2, and its variances a fifth of their squares;
-/// that of the Gauss is a third.
+/// to along, at the deviation of the ball of its volume: within 5%, by integration over ellipsoids that are up to four
+/// times longer or three times shorter.
 double stepOf(double ratio) {
-    double low = 0.7, high = 1.7; // steps from a third to five
-    for (int k = 0; k < 40; ++k) {
-        const double x = (low + high) / 2;
-        const double along = x * x / 5 + 1 / 3.0, across = 1 / (5 * x * x * x * x) + 1 / 3.0;
-        (along < ratio * across ? low : high) = x;
-    }
-    return low * low * low;
+    return std::clamp(ratio < 1 ? std::pow(ratio, 0.65) : ratio, 1.0 / 3, 4.0);
 }
 
-/// The value that half of the heights lie below.
+/// The value that half of the blobs' weight lies below. The weight goes with the square of the height, and with the
+/// radius: the rim of a large spot, whose middle may lie outside of the box, has many blobs that are small and low.
 template <class Value>
 double usual(std::vector<Blob> blobs, Value value) {
+    const auto weight = [](const Blob& blob) { return blob.height * blob.height * blob.radius; };
     std::sort(blobs.begin(), blobs.end(), [value](const Blob& a, const Blob& b) { return value(a) < value(b); });
     double whole = 0;
     for (const Blob& blob : blobs)
-        whole += blob.height;
+        whole += weight(blob);
     double below = 0;
     for (const Blob& blob : blobs) {
-        below += blob.height;
+        below += weight(blob);
         if (2 * below >= whole)
             return value(blob);
     }
@@ -332,8 +330,9 @@ void setSuggestedFilters(VRLSpotExtractionConfig& config, const SpotSuggestion& 
     const double radius = mean * std::cbrt(step);
     const bool isSmall = radius < smallRadius;
     const bool isClear = suggestion.height > clearHeight * suggestion.noise;
-    const int smoothing = isSmall && isClear ? 1 : std::clamp(int(std::lround(0.8 * radius)), 1, 5);
+    const int smoothing = isSmall && isClear ? 1 : std::clamp(int(std::lround(0.8 * radius)), 2, 5);
     config.setPlaneStep(step);
+    config.setCutDeviation(isSeen ? std::clamp(0.2 * radius, 0.4, 1.0) : 1);
     config.setSmoothingFilterEnabled(true);
     config.setSmoothingFilterType(GaussianSmoothing);
     config.setSmoothingFilterRadius(smoothing);

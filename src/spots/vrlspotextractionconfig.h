@@ -64,6 +64,10 @@ public:
     /// volume: their radii across planes are so many times smaller. 1 at first, and with other filters.
     void setPlaneStep(double step) { __planeStep = step; }
     double getPlaneStep() const { return __filtersSuggested ? __planeStep : 1; }
+    /// Standard deviation, in voxels, of the Gauss by which spots are smoothed before they are cut apart, for suggested
+    /// filters: what is wide for a spot hides that it touches another. 1 at first, and with other filters.
+    void setCutDeviation(double deviation) { __cutDeviation = deviation; }
+    double getCutDeviation() const { return __filtersSuggested ? __cutDeviation : 1; }
     /// What a threshold proposed for suggested filters does not fall below; below 0, the default, for noiseLimit().
     void setLeastProposal(double threshold) { __leastProposal = threshold; }
     double getLeastProposal() const { return __leastProposal; }
@@ -102,6 +106,7 @@ private:
     bool __equivalentSpheresEnabled = false;
     bool __filtersSuggested = false;
     double __planeStep = 1;
+    double __cutDeviation = 1;
     double __leastProposal = -1;
     bool __splittingEnabled = true;
     int __leastSize = 1;
