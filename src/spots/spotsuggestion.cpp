@@ -228,8 +228,8 @@ void measureBends(const VoxelMatrix<float>& box, std::vector<Blob>& blobs) {
 /// How many times longer along rows and columns is an ellipsoid than across planes whose bends have this ratio, across
 /// to along, at the deviation of the ball of its volume: within 5%, by integration over ellipsoids that are up to four
 /// times longer or three times shorter.
-double stepOf(double ratio) {
-    return std::clamp(ratio < 1 ? std::pow(ratio, 0.65) : ratio, 1.0 / 3, 4.0);
+double stepOf(double bends) {
+    return std::clamp(bends < 1 ? std::pow(bends, 0.65) : bends, 1.0 / 3, 4.0);
 }
 
 /// The value that half of the blobs' weight lies below. The weight goes with the square of the height, and with the

@@ -159,7 +159,9 @@ QWidget* VRLSpotThresholdDialog::newSelectionGroup() {
     const auto newSize = [group, form](const QString& text, int least, const QString& tip) {
         auto* const box = new QSpinBox(group);
         box->setRange(least, 1000000000);
-        box->setSuffix(" voxels");
+        const auto suffix = [box](int voxels) { box->setSuffix(voxels == 1 ? " voxel" : " voxels"); };
+        suffix(least);
+        connect(box, &QSpinBox::valueChanged, box, suffix);
         box->setAccessibleName(text);
         box->setToolTip(tip);
         form->addRow(text + ":", box);
