@@ -395,8 +395,8 @@ TEST(Spots, thresholdsAreProposedByTheRules) {
         EXPECT_EQ(proposeSpotThreshold(cleared, rule, config), std::ceil(proposeSpotThreshold(cleared, rule)));
         const double exact = proposeSpotThreshold(faint, rule), proposed = proposeSpotThreshold(faint, rule, config);
         EXPECT_GE(proposed, exact);
-        EXPECT_LT(proposed, exact + 1e-5);
-        EXPECT_NEAR(proposed * 1e5, std::round(proposed * 1e5), 1e-6);
+        EXPECT_LT(proposed, exact + 1e-6);
+        EXPECT_NEAR(proposed * 1e6, std::round(proposed * 1e6), 1e-6);
     }
     VoxelMatrix<float> flat(3, 3, 3);
     flat.fill(0);
