@@ -137,8 +137,8 @@ TEST_F(ImageWorkers, theReaderTakesSomePixelsOfALargeFileForAThumbnail) {
         reader.setThumbnailSide(side);
         reader.run();
         EXPECT_EQ(reader.getFailure(), "") << name;
-        if (name != std::string("turned.tif"))
-            ASSERT_LE(image.getWidth(), VRLImageReader::thumbnailSamples * side) << name;
+        const bool isWhole = name == std::string("turned.tif"); // whose rows are columns
+        EXPECT_LE(image.getWidth(), isWhole ? width : VRLImageReader::thumbnailSamples * side) << name;
         ASSERT_GE(image.getWidth(), side);
         EXPECT_NEAR(double(image.getWidth()) / image.getHeight(), double(width) / height, 0.02) << name;
         for (int i = 0; i < image.getHeight(); i += 50)
