@@ -11,6 +11,7 @@
 #include "spots/spotfilters.h"
 #include "spots/spotlabels.h"
 #include "spots/spotprogress.h"
+#include "spots/spotsuggestion.h"
 
 namespace vorlen {
 
@@ -88,8 +89,57 @@ void openByDefinition(benchmark::State& state) {
     }
 }
 
+/// What the images say of noise and spots.
+void lookAtThem(benchmark::State& state) {
+    const VoxelMatrix<float> grey = madeVolume(int(state.range(0)));
+    SpotSuggestion suggestion;
+    for (auto _ : state) {
+        ProgressSubject subject;
+        SpotProgress progress(subject, 1);
+        lookForSpots(grey, suggestion, progress);
+        benchmark::DoNotOptimize(suggestion.radius);
+    }
+    state.counters["spots"] = suggestion.numSeen;
+}
+
+/// The mean of the voxels around one, with the weights of a Gauss filter along an axis.
+float gaussAlong(const VoxelMatrix<float>& volume, int axis, int i, int j, int k, float deviation) {
+    const int half = int(std::ceil(2 * deviation));
+    float sum = 0, weights = 0;
+    for (int a = -half; a <= half; ++a) {
+        const int row = axis == 0 ? i + a : i, column = axis == 1 ? j + a : j, plane = axis == 2 ? k + a : k;
+        const float weight = std::exp(-float(a * a) / (2 * deviation * deviation));
+        weights += weight;
+        if (volume.contains(row, column, plane))
+            sum += weight * volume(row, column, plane);
+    }
+    return sum / weights;
+}
+
+/// The Gauss filters of one scale after the other, of as many voxels as are looked at in a large volume, as they are
+/// defined: no more than what the search for blobs begins with.
+void scalesByDefinition(benchmark::State& state) {
+    constexpr int boxSide = 84, numBoxesAcross = 4, numScales = 9;
+    const VoxelMatrix<float> grey = madeVolume(int(state.range(0)));
+    const int planes = std::min(boxSide, grey.getSize3());
+    for (auto _ : state)
+        for (int box = 0; box < numBoxesAcross * (grey.getSize3() > 128 ? 2 : 1); ++box)
+            for (int scale = 0; scale < numScales; ++scale) {
+                VoxelMatrix<float> from = grey.copy(0, boxSide - 1, 0, boxSide - 1, 0, planes - 1), to(from);
+                for (int axis = 0; axis < 3; ++axis) {
+                    for (int k = 0; k < planes; ++k)
+                        for (int i = 0; i < boxSide; ++i)
+                            for (int j = 0; j < boxSide; ++j)
+                                to(i, j, k) = gaussAlong(from, axis, i, j, k, 0.75f * std::pow(1.26f, float(scale)));
+                    from.swap(to);
+                }
+                benchmark::DoNotOptimize(from[0][0].data());
+            }
+}
+
 [[maybe_unused]] const bool registered = [] {
     compare("spots", findThem, openByDefinition, {{25}, {100}});
+    compare("spotsuggestion", lookAtThem, scalesByDefinition, {{25}, {100}});
     return true;
 }();
 

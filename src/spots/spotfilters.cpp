@@ -49,6 +49,7 @@ bool smooth(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& config, S
             wide /= side * side * side;
     } else {
         GaussianFilter<float> filter(0.5f * float(radius));
+        filter.setPlaneSigma(float(0.5 * radius / config.getPlaneStep()));
         progress.run(filter, wide);
     }
     if (progress.isCanceled())
@@ -87,8 +88,11 @@ bool subtractOpening(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& 
     if (config.getTophatFilterType() == FlatTopHat) {
         MinFilter<float> erosion;
         MaxFilter<float> dilatation;
+        const int across = std::max(1, int(std::ceil(radius / config.getPlaneStep())));
         erosion.setHalfSize(radius);
+        erosion.setPlaneHalfSize(across);
         dilatation.setHalfSize(radius);
+        dilatation.setPlaneHalfSize(across);
         done = open(opened, erosion, dilatation, progress);
     } else {
         const VoxelMatrix<float> element = sphericalElement(radius);
@@ -110,6 +114,7 @@ bool weighByIsotropy(VoxelMatrix<float>& volume, const VRLSpotExtractionConfig& 
     VoxelMatrix<float> index(volume);
     IsotropyFilter<float> filter;
     filter.setHalfSize(config.getIsotropyFilterRadius());
+    filter.setPlaneStep(config.getPlaneStep());
     if (!progress.run(filter, index))
         return false;
     // With values below 0, as real images may have, the index is not bound to be one.

@@ -18,7 +18,6 @@ namespace {
 constexpr float leastProminence = 0.1f; // of its height
 constexpr int leastVoxels = 4;
 constexpr double mostForeground = 0.25;
-constexpr float smoothing = 1;
 
 /// Voxels that are not in a spot.
 constexpr int outside = -1;
@@ -219,7 +218,8 @@ int labelSpots(const VoxelMatrix<float>& volume, float threshold, VoxelMatrix<in
     return labelling.getNumLabels();
 }
 
-int floodSpots(const VoxelMatrix<float>& volume, float threshold, VoxelMatrix<int>& labels, SpotProgress& progress) {
+int floodSpots(const VoxelMatrix<float>& volume, float threshold, VoxelMatrix<int>& labels, SpotProgress& progress,
+               float deviation, float planeDeviation) {
     const int count = numberForeground(volume, threshold, labels);
     const double whole = double(volume.getSize1()) * volume.getSize2() * volume.getSize3();
     if (double(count) > mostForeground * whole)
@@ -229,7 +229,8 @@ int floodSpots(const VoxelMatrix<float>& volume, float threshold, VoxelMatrix<in
         for (int i = 0; i < volume.getSize1(); ++i)
             for (int j = 0; j < volume.getSize2(); ++j)
                 heights(i, j, k) = labels(i, j, k) != outside ? volume(i, j, k) : 0.0f;
-    GaussianFilter<float> filter(smoothing);
+    GaussianFilter<float> filter(deviation);
+    filter.setPlaneSigma(planeDeviation);
     if (!progress.run(filter, heights, 0, 0.5))
         return -1;
     Flooding flooding(heights, labels, count);

@@ -29,6 +29,8 @@ constexpr double leastScore = 6;
 /// Spots below this radius touch so closely that a wider Gauss makes one of two; it is done without where the blobs are
 /// so much higher than the noise, which is about a sixth of the spots' own height.
 constexpr double smallRadius = 3, clearHeight = 1.25;
+/// How far the rim of a blob reaches, in its radii: less than halfway to one that touches it.
+constexpr double rimReach = 1.3;
 /// Blobs of a box that are looked at.
 constexpr std::size_t mostBlobs = 2000;
 /// Boxes of the sample along an axis that is longer than two of them.
@@ -37,6 +39,8 @@ constexpr int boxSide = 64;
 constexpr double textureRadius = 5;
 /// Of a volume of nothing but noise.
 constexpr int noiseSide = 40;
+/// A spot that is less flat than this, or less long, is a ball.
+constexpr double leastFlatness = 0.3;
 /// From the median of absolute values to the deviation of a normal distribution.
 constexpr double normalMedian = 0.6745;
 
@@ -45,6 +49,7 @@ using Place = std::array<int, 3>; // row, column, plane
 struct Blob {
     Place place;
     double radius, height;
+    double bend = 0, bendAcross = 0; // along rows and columns, and across planes
 };
 
 struct Span {
@@ -170,7 +175,7 @@ bool isWithin(const Blob& blob, const Blob& other) {
     double distance = 0;
     for (std::size_t axis = 0; axis < 3; ++axis)
         distance += double(blob.place[axis] - other.place[axis]) * (blob.place[axis] - other.place[axis]);
-    return distance < other.radius * other.radius;
+    return distance < std::pow(rimReach * other.radius, 2);
 }
 
 /// The highest, and those that do not lie within a higher one: the rim of a large spot is full of small ones.
@@ -186,16 +191,59 @@ std::vector<Blob> bestOf(std::vector<Blob> blobs) {
     return best;
 }
 
-/// The value that half of the heights lie below.
+/// Sets the bends of the blobs: what their place has of second derivatives of a Gauss, of the deviation at which they
+/// stand out.
+void measureBends(const VoxelMatrix<float>& box, std::vector<Blob>& blobs) {
+    for (Blob& blob : blobs) {
+        const double variance = blob.radius * blob.radius / 3;
+        const int reach = std::min(margin, int(std::ceil(2 * std::sqrt(variance))));
+        std::vector<double> weights, bends; // of the offsets; the bends' sum is 0, whatever the ground
+        double sum = 0, bendSum = 0;
+        for (int a = -reach; a <= reach; ++a) {
+            weights.push_back(std::exp(-a * a / (2 * variance)));
+            bends.push_back((a * a / variance - 1) * weights.back());
+            sum += weights.back();
+            bendSum += bends.back();
+        }
+        for (std::size_t a = 0; a < weights.size(); ++a)
+            bends[a] -= bendSum / sum * weights[a];
+        for (int c = -reach; c <= reach; ++c)
+            for (int a = -reach; a <= reach; ++a) {
+                const double wa = weights[std::size_t(a + reach)], wc = weights[std::size_t(c + reach)];
+                const double ba = bends[std::size_t(a + reach)], bc = bends[std::size_t(c + reach)];
+                double smooth = 0, bent = 0;
+                for (int b = -reach; b <= reach; ++b) {
+                    const float value = box(blob.place[0] + a, blob.place[1] + b, blob.place[2] + c);
+                    smooth += weights[std::size_t(b + reach)] * double(value);
+                    bent += bends[std::size_t(b + reach)] * double(value);
+                }
+                blob.bend -= wc * (ba * smooth + wa * bent) / 2;
+                blob.bendAcross -= bc * wa * smooth;
+            }
+        if (!std::isfinite(blob.bend) || !std::isfinite(blob.bendAcross))
+            blob.bend = blob.bendAcross = 0;
+    }
+}
+
+/// How many times longer along rows and columns is an ellipsoid than across planes whose bends have this ratio, across
+/// to along, at the deviation of the ball of its volume: within 5%, by integration over ellipsoids that are up to four
+/// times longer or three times shorter.
+double stepOf(double bends) {
+    return std::clamp(bends < 1 ? std::pow(bends, 0.65) : bends, 1.0 / 3, 4.0);
+}
+
+/// The value that half of the blobs' weight lies below. The weight goes with the square of the height, and with the
+/// radius: the rim of a large spot, whose middle may lie outside of the box, has many blobs that are small and low.
 template <class Value>
 double usual(std::vector<Blob> blobs, Value value) {
+    const auto weight = [](const Blob& blob) { return blob.height * blob.height * blob.radius; };
     std::sort(blobs.begin(), blobs.end(), [value](const Blob& a, const Blob& b) { return value(a) < value(b); });
     double whole = 0;
     for (const Blob& blob : blobs)
-        whole += blob.height;
+        whole += weight(blob);
     double below = 0;
     for (const Blob& blob : blobs) {
-        below += blob.height;
+        below += weight(blob);
         if (2 * below >= whole)
             return value(blob);
     }
@@ -244,14 +292,20 @@ bool lookForSpots(const VoxelMatrix<float>& grey, SpotSuggestion& suggestion, Sp
         ScaleSpace space;
         if (!space.build(box, progress, double(b) / double(boxes.size()), double(b + 1) / double(boxes.size())))
             return false;
-        for (const Blob& blob : bestOf(space.findBlobs()))
-            blobs.push_back(blob);
+        std::vector<Blob> best = bestOf(space.findBlobs());
+        measureBends(box, best);
+        blobs.insert(blobs.end(), best.begin(), best.end());
     }
     // The squares of the weights, 1 and 2 and 4, sum up to 36.
     suggestion.noise = medianOf(differences) / normalMedian / 6;
     suggestion.numSeen = int(blobs.size());
     suggestion.radius = usual(blobs, [](const Blob& blob) { return blob.radius; });
     suggestion.height = usual(blobs, [](const Blob& blob) { return blob.height; });
+    const double bend = usual(blobs, [](const Blob& blob) { return blob.bend; });
+    const double across = usual(blobs, [](const Blob& blob) { return blob.bendAcross; });
+    suggestion.step = bend > 0 && across > 0 ? stepOf(across / bend) : 1;
+    if (suggestion.step < 1 + leastFlatness && suggestion.step * (1 + leastFlatness) > 1)
+        suggestion.step = 1;
     return true;
 }
 
@@ -265,13 +319,20 @@ double suggestionMemory(const Vector<int>& size) {
 
 void setSuggestedFilters(VRLSpotExtractionConfig& config, const SpotSuggestion& suggestion, const Vector<int>& size) {
     const VRLSpotExtractionConfig plain;
-    double radius = suggestion.radius > 0 ? suggestion.radius : textureRadius;
+    const bool isSeen = suggestion.radius > 0;
+    double mean = isSeen ? suggestion.radius : textureRadius, step = isSeen ? suggestion.step : 1;
     if (config.getResizeState() && config.getNewSize().getSize() == 3)
-        for (int axis = 0; axis < 3; ++axis)
-            radius *= std::cbrt(double(config.getNewSize()[axis]) / size[axis]);
+        for (int axis = 0; axis < 3; ++axis) {
+            const double scale = double(config.getNewSize()[axis]) / size[axis];
+            mean *= std::cbrt(scale);
+            step *= axis == 2 ? 1 / scale : std::sqrt(scale);
+        }
+    const double radius = mean * std::cbrt(step);
     const bool isSmall = radius < smallRadius;
     const bool isClear = suggestion.height > clearHeight * suggestion.noise;
-    const int smoothing = isSmall && isClear ? 1 : std::clamp(int(std::lround(0.8 * radius)), 1, 5);
+    const int smoothing = isSmall && isClear ? 1 : std::clamp(int(std::lround(0.8 * radius)), 2, 5);
+    config.setPlaneStep(step);
+    config.setCutDeviation(isSeen ? std::clamp(0.2 * radius, 0.4, 1.0) : 1);
     config.setSmoothingFilterEnabled(true);
     config.setSmoothingFilterType(GaussianSmoothing);
     config.setSmoothingFilterRadius(smoothing);
@@ -286,10 +347,14 @@ void setSuggestedFilters(VRLSpotExtractionConfig& config, const SpotSuggestion& 
 std::string SpotSuggestion::text() const {
     std::ostringstream stream;
     stream << std::setprecision(3) << "noise " << noise << ", ";
-    if (radius > 0)
-        stream << "spots about " << std::max(1L, std::lround(2 * radius)) << " voxels across";
-    else
+    if (!(radius > 0)) {
         stream << "no spots that stand out";
+        return stream.str();
+    }
+    const double along = radius * std::cbrt(step);
+    stream << "spots about " << std::max(1L, std::lround(2 * along)) << " voxels across";
+    if (step != 1)
+        stream << " and " << std::max(1L, std::lround(2 * along / step)) << " slices deep";
     return stream.str();
 }
 
@@ -306,6 +371,11 @@ std::string filterText(const VRLSpotExtractionConfig& config) {
             config.getTophatFilterRadius());
     if (config.isIsotropyFilterEnabled())
         add("isotropy", config.getIsotropyFilterRadius());
+    if (config.getPlaneStep() != 1 && !text.empty()) {
+        std::ostringstream step;
+        step << std::setprecision(2) << config.getPlaneStep();
+        text += ", planes counted as " + step.str() + " columns apart";
+    }
     return text.empty() ? "no filters" : text;
 }
 

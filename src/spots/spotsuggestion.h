@@ -13,6 +13,7 @@ class SpotProgress;
 struct SpotSuggestion {
     double noise = 0;  ///< standard deviation of the noise, in grey values
     double radius = 0; ///< of the usual spot, in voxels; 0 where nothing stands out
+    double step = 1;   ///< how many times longer the usual spot is along rows and columns than across planes
     double height = 0; ///< of the usual spot above its ground, in grey values
     int numSeen = 0;   ///< blobs that stand out of the sample
 
@@ -26,7 +27,9 @@ struct SpotSuggestion {
 /// and Image Understanding 64, 1996, which smooth shapes and ramps do not disturb). A blob is a place that stands out
 /// of the difference of two Gauss filters more than anywhere beside it and in the next scales (T. Lindeberg, Int. J. of
 /// Computer Vision 30, 1998), by at least six times the usual deviation of that scale. A ball of radius r does so where
-/// the deviation is r / sqrt(3). The radius is the median of theirs, weighed by how bright they are.
+/// the deviation is r / sqrt(3). The radius is the median of theirs, weighed by how bright and how large they are. Their usual bends
+/// along the axes, the second derivatives at this deviation, tell how much flatter they are across planes: that of a
+/// Gauss goes with the inverse of its variance, to which the deviation adds its own.
 ///
 /// False when cancelled. Throws ValueError for an empty volume.
 bool lookForSpots(const VoxelMatrix<float>& grey, SpotSuggestion& suggestion, SpotProgress& progress);
@@ -39,7 +42,8 @@ double suggestionMemory(const Vector<int>& size);
 
 /// Sets the filters of the configuration, not its other settings, to those that suit such spots in a volume of this
 /// size, or in what it is resized to: a Gauss of 0.4 times their radius, less for small ones in little noise, and a
-/// flat top-hat whose window is wider than what the Gauss leaves of them.
+/// flat top-hat whose window is wider than what the Gauss leaves of them; across planes by so much less as they are
+/// flatter there.
 ///
 /// Where nothing stands out, the filters suit spots of radius 5, which leaves little of a texture, whose own brightest
 /// places are then the spots: the least proposal is what white noise of this deviation hardly reaches, in place of what

@@ -22,6 +22,9 @@ constexpr double noiseReach = 8, mostSampled = 1 << 21;
 /// Of a volume in which nothing stands out, what no threshold is proposed in: more than a few hundredths would be
 /// ground.
 constexpr double textureShare = 0.95;
+/// Of values: below it whole numbers are too few.
+constexpr double narrowRange = 20;
+constexpr int mostDecimals = 12;
 
 double firstRise(const VoxelMatrix<float>& filtered, double maximum) {
     const double top = std::clamp(std::floor(maximum + 0.5) + 1, 1.0, mostBins);
@@ -130,16 +133,35 @@ double noiseLimit(const VoxelMatrix<float>& filtered) {
     return median + noiseReach * (median - valueAbove(values, 0.16));
 }
 
+SpotThresholdScale::SpotThresholdScale(const VoxelMatrix<float>& filtered) {
+    const Vector<float> range = filtered.range();
+    const double extent = double(range[1]) - double(range[0]);
+    if (extent < narrowRange) {
+        minimum = double(range[0]);
+        maximum = double(range[1]);
+        decimals = extent > 0 ? std::clamp(3 + int(std::ceil(-std::log10(extent))), 3, mostDecimals) : 3;
+    } else {
+        minimum = Maths::fround(double(range[0]));
+        maximum = Maths::fround(double(range[1]));
+    }
+}
+
+double SpotThresholdScale::roundedUp(double value) const {
+    const double steps = std::pow(10.0, decimals);
+    return std::min(std::ceil(value * steps) / steps, maximum);
+}
+
 double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRule rule,
                             const VRLSpotExtractionConfig& config) {
     const double proposal = proposeSpotThreshold(filtered, rule);
+    const SpotThresholdScale scale(filtered);
     const bool isLimited = config.areFiltersSuggested() && rule != SpotThresholdRule::FirstRise;
     if (!isLimited)
-        return proposal;
+        return scale.roundedUp(proposal);
     if (config.getLeastProposal() < 0)
-        return std::max(proposal, noiseLimit(filtered));
+        return scale.roundedUp(std::max(proposal, noiseLimit(filtered)));
     std::vector<float> values = sampleOf(filtered);
-    return std::max({proposal, config.getLeastProposal(), valueAbove(values, textureShare)});
+    return scale.roundedUp(std::max({proposal, config.getLeastProposal(), valueAbove(values, textureShare)}));
 }
 
 } // namespace vorlen

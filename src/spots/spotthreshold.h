@@ -27,6 +27,19 @@ std::string toString(SpotThresholdRule rule);
 /// Throws ValueError for an empty volume, and where no voxel is a number.
 double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRule rule);
 
+/// The thresholds that can be set for a filtered volume: whole numbers from the rounded minimum to the rounded maximum,
+/// or, where the values lie so close together that these would be too few, decimals of the values' own range.
+struct SpotThresholdScale {
+    explicit SpotThresholdScale(const VoxelMatrix<float>& filtered);
+
+    /// The least of them that is not below the value: what lies below a proposal stays below the threshold. The
+    /// maximum for a value beyond it.
+    double roundedUp(double value) const;
+
+    double minimum = 0, maximum = 0;
+    int decimals = 0;
+};
+
 /// What noise hardly reaches in a volume that has been through the suggested filters, as far above the median as eight
 /// times what a sixth of the voxels lie below it: the noise that these filters leave is not normal, but has a long end
 /// above. Of a million and a half voxels of nothing but noise the highest lies at seven times. Throws as above.
@@ -34,7 +47,8 @@ double noiseLimit(const VoxelMatrix<float>& filtered);
 
 /// The threshold that a run begins with: by the rule, and with suggested filters, for Isodata and Otsu, not within the
 /// noise, which is the limit above; or, with a least proposal in the configuration, not below this, nor below what 95
-/// of 100 voxels have: of a texture in which nothing stands out the brightest places only.
+/// of 100 voxels have: of a texture in which nothing stands out the brightest places only. It is one of those that can
+/// be set (SpotThresholdScale), so that a run without a window finds what one with the proposal of the window finds.
 double proposeSpotThreshold(const VoxelMatrix<float>& filtered, SpotThresholdRule rule,
                             const VRLSpotExtractionConfig& config);
 

@@ -85,7 +85,7 @@ std::string stepFault(const Stack& stack) {
     std::vector<double> sorted = steps;
     std::nth_element(sorted.begin(), sorted.begin() + std::ptrdiff_t(sorted.size() / 2), sorted.end());
     const double usual = sorted[sorted.size() / 2];
-    const std::string unit = " " + stack.getLengthUnit().symbol();
+    const std::string unit = std::string(" ").append(stack.getLengthUnit().symbol());
     for (std::size_t i = 0; i < steps.size(); ++i)
         if (!(std::abs(steps[i] - usual) <= tolerance))
             return std::string("Slice ")

@@ -60,6 +60,14 @@ public:
     /// Whether the filters are to be those that the images suggest, in place of the ones above: see lookForSpots().
     void setFiltersSuggested(bool suggested) { __filtersSuggested = suggested; }
     bool areFiltersSuggested() const { return __filtersSuggested; }
+    /// How many columns suggested filters take the step between two planes for, by the shape that spots have in the
+    /// volume: their radii across planes are so many times smaller. 1 at first, and with other filters.
+    void setPlaneStep(double step) { __planeStep = step; }
+    double getPlaneStep() const { return __filtersSuggested ? __planeStep : 1; }
+    /// Standard deviation, in voxels, of the Gauss by which spots are smoothed before they are cut apart, for suggested
+    /// filters: what is wide for a spot hides that it touches another. 1 at first, and with other filters.
+    void setCutDeviation(double deviation) { __cutDeviation = deviation; }
+    double getCutDeviation() const { return __filtersSuggested ? __cutDeviation : 1; }
     /// What a threshold proposed for suggested filters does not fall below; below 0, the default, for noiseLimit().
     void setLeastProposal(double threshold) { __leastProposal = threshold; }
     double getLeastProposal() const { return __leastProposal; }
@@ -97,6 +105,8 @@ private:
     bool __separateModelsEnabled = true;
     bool __equivalentSpheresEnabled = false;
     bool __filtersSuggested = false;
+    double __planeStep = 1;
+    double __cutDeviation = 1;
     double __leastProposal = -1;
     bool __splittingEnabled = true;
     int __leastSize = 1;

@@ -1,7 +1,9 @@
 #include "images/filters/isotropyfilter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <type_traits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -13,18 +15,19 @@ namespace vorlen {
 
 namespace {
 
-// Covariance matrix of the clipped cube around a voxel, from the definition.
-Matrix<double> covarianceAt(const VoxelMatrix<double>& volume, int i, int j, int k, int h) {
+// Covariance matrix of the clipped cube around a voxel, from the definition; planes lie so many columns apart.
+Matrix<double> covarianceAt(const VoxelMatrix<double>& volume, int i, int j, int k, int h, double step) {
+    const int across = std::max(1, int(std::lround(h / step)));
     double mass = 0, mean[3] = {0, 0, 0};
     Matrix<double> covariance(3, 3);
     covariance.setZeros();
     for (int pass = 0; pass < 2; ++pass)
         for (int a = -h; a <= h; ++a)
             for (int b = -h; b <= h; ++b)
-                for (int c = -h; c <= h; ++c) {
+                for (int c = -across; c <= across; ++c) {
                     if (!volume.contains(i + a, j + b, k + c))
                         continue;
-                    const double m = volume(i + a, j + b, k + c), offset[3] = {double(a), double(b), double(c)};
+                    const double m = volume(i + a, j + b, k + c), offset[3] = {double(a), double(b), c * step};
                     if (pass == 0)
                         mass += m;
                     for (int p = 0; p < 3; ++p) {
@@ -62,19 +65,20 @@ TYPED_TEST_SUITE(IsotropyFilterOf, RealTypes);
 
 TYPED_TEST(IsotropyFilterOf, equalsTheIndexOfTheCovarianceMatrix) {
     for (const auto& [rows, columns, planes] : {std::tuple(6, 7, 5), std::tuple(2, 3, 9), std::tuple(9, 12, 3)})
-        for (const int h : {1, 2, 4}) {
+        for (const auto& [h, step] : {std::pair(1, 1.0), {2, 1.0}, {4, 1.0}, {4, 2.2}}) {
             auto masses = randomVolume<double>(rows, columns, planes, 3, 0, 9);
             masses(1, 1, 1) = 0.0;
             for (const IsotropyAnalysis analysis : {SphericityAnalysis, EigenvalueRatioAnalysis}) {
                 IsotropyFilter<TypeParam> filter;
                 filter.setHalfSize(h);
+                filter.setPlaneStep(step);
                 filter.setAnalysis(analysis);
                 VoxelMatrix<TypeParam> volume = masses.template toType<TypeParam>();
                 filter.apply(volume);
                 for (int k = 0; k < planes; ++k)
                     for (int i = 0; i < rows; ++i)
                         for (int j = 0; j < columns; ++j) {
-                            const Matrix<double> covariance = covarianceAt(masses, i, j, k, h);
+                            const Matrix<double> covariance = covarianceAt(masses, i, j, k, h, step);
                             const double expected = masses(i, j, k) == 0.0           ? 0.0
                                                     : analysis == SphericityAnalysis ? sphericityOf(covariance)
                                                                                      : eigenvalueRatioOf(covariance);

@@ -31,9 +31,10 @@ std::vector<T> bests(const std::vector<T>& line, const std::vector<T>& mask, int
 }
 
 template <class T>
-VoxelMatrix<T> byDefinition(VoxelMatrix<T> volume, const VoxelMatrix<T>* mask, int h, bool greatest, int axes) {
+VoxelMatrix<T> byDefinition(VoxelMatrix<T> volume, const VoxelMatrix<T>* mask, int h, bool greatest, int axes,
+                            int first = 0) {
     const int order[3] = {1, 0, 2};
-    for (int step = 0; step < axes; ++step)
+    for (int step = first; step < first + axes; ++step)
         replaceLines(volume, mask, order[step], [&](const std::vector<T>& line, const std::vector<T>& masks) {
             return bests(line, masks, h, greatest);
         });
@@ -53,6 +54,11 @@ void expectDefinition(const VoxelMatrix<T>& volume, const VoxelMatrix<T>& mask, 
     filtered = volume;
     filter.apply(filtered, mask);
     EXPECT_TRUE(filtered == byDefinition(volume, &mask, h, greatest, 3)) << "masked " << h;
+    const auto within = byDefinition(volume, static_cast<const VoxelMatrix<T>*>(nullptr), h, greatest, 2);
+    filtered = volume;
+    filter.setPlaneHalfSize(1);
+    filter.apply(filtered);
+    EXPECT_TRUE(filtered == byDefinition(within, static_cast<const VoxelMatrix<T>*>(nullptr), 1, greatest, 1, 2)) << h;
     plane = volume[0];
     filter.setMask(mask[0]);
     filter.apply(plane);

@@ -164,6 +164,9 @@ TEST(GaussianFilter, hasANormalisedKernelOfTwoSigmaOnEachSide) {
     filter.setSigma(1.3); // 2.6 is rounded up
     EXPECT_EQ(filter.getKernel3().getSize(), 7);
     EXPECT_EQ(filter.getSigma(), 1.3);
+    filter.setPlaneSigma(1.0);
+    EXPECT_EQ(filter.getKernel3(), kernel);
+    EXPECT_EQ(filter.getKernel1().getSize(), 7);
 }
 
 // A constant under a mask of ones stays, since the weight beyond the border comes back; without it the border darkens

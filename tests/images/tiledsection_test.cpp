@@ -16,6 +16,7 @@
 #include "images/files/imagereader.h"
 #include "images/rasters/colormapexpansion.h"
 #include "images/rasters/image.h"
+#include "images/sections/imagebands.h"
 #include "images/sections/levelbuilder.h"
 #include "images/sections/sectionfile.h"
 #include "numerics/exception.h"
@@ -220,6 +221,47 @@ TEST(TiledSection, withoutLevelsTheFirstPictureIsMadeOfPixelsHereAndThere) {
     std::stop_source stopped;
     stopped.request_stop();
     EXPECT_FALSE(other.readOverview(overview, 90, std::chrono::seconds(20), stopped.get_token()));
+}
+
+TEST(TiledSection, aPictureThatHasNoPartsIsMadeSmallWithTheMemoryOfSomeRows) {
+    const TemporaryFolder folder;
+    const std::string name = folder.file("strip.tif");
+    TiffMaker maker;
+    maker.compression = COMPRESSION_LZW;
+    maker.width = 301;
+    maker.height = 207;
+    for (const int bits : {8, 16})
+        for (const int samples : {1, 3}) {
+            if (bits == 16 && samples == 3)
+                continue;
+            maker.bits = bits;
+            maker.samples = samples;
+            maker.photometric = samples == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK;
+            maker.write(name, scattered);
+            Image expected, image;
+            ImageReader().read(expected, name);
+            for (int k = 0; k < 3; ++k)
+                expected = LevelBuilder::halved(expected);
+            ASSERT_TRUE(readReduced(image, name, 0, 0, 40));
+            ASSERT_EQ(image.getWidth(), 38);
+            ASSERT_EQ(image.getHeight(), 26);
+            EXPECT_TRUE(isPartOf(image, expected, 0, 0)) << bits << ' ' << samples;
+            EXPECT_FALSE(readReduced(image, name, 0, 0, 40, [](double done) { return done < 0.5; }));
+            EXPECT_EQ(image.getWidth(), 38);
+        }
+    maker = TiffMaker();
+    maker.compression = COMPRESSION_LZW;
+    maker.width = maker.height = 7000;
+    maker.write(name, [](int i, int j, int) { return std::uint64_t(i / 100 + j / 100); });
+    const long before = heldMemory();
+    long most = 0;
+    Image image;
+    ASSERT_TRUE(readReduced(image, name, 0, 0, 1024, [&most](double) {
+        most = std::max(most, heldMemory());
+        return true;
+    }));
+    EXPECT_EQ(image.getPixels()[500][300], (500 * 8 + 3) / 100 + (300 * 8 + 3) / 100);
+    EXPECT_LT(most - before, 16L << 20); // of 47 MiB
 }
 
 // Of each kind of image, and of a file that can only be read as a whole.

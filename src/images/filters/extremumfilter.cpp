@@ -88,6 +88,7 @@ template <class T, bool greatest>
 void ExtremumFilter<T, greatest>::__apply(VoxelMatrix<T>& volume, const VoxelMatrix<T>* mask) {
     checkMask<greatest>(mask == nullptr || mask->sameSizeAs(volume), "VoxelMatrix<T>&");
     const int h = getHalfSize();
+    const int across = __planeHalfSize < 0 ? h : __planeHalfSize;
     const auto rows = static_cast<unsigned long long>(volume.getSize1());
     const auto columns = static_cast<unsigned long long>(volume.getSize2());
     const auto planes = static_cast<unsigned long long>(volume.getSize3());
@@ -110,7 +111,7 @@ void ExtremumFilter<T, greatest>::__apply(VoxelMatrix<T>& volume, const VoxelMat
     const auto filterAcross = [&](int i, int worker) {
         WindowExtremum<T, greatest>& extremum = extrema[static_cast<std::size_t>(worker)];
         extremum.setCareful(careful);
-        extremum.planes(volume, mask, i, h, goesOn);
+        extremum.planes(volume, mask, i, across, goesOn);
     };
     this->notifyStarted("");
     const bool complete = work.run(volume.getSize3(), (rows + columns) * planes, filterPlane) &&

@@ -30,6 +30,10 @@ public:
     /// Lets both masks go, that of matrices and that of volumes.
     void unsetMask() override;
 
+    /// Half size of the window across the planes of a volume, where it is another one than along rows and columns; below
+    /// 0, as at first, for the same.
+    void setPlaneHalfSize(int halfSize) { __planeHalfSize = halfSize; }
+
     /// One line; out takes the size of in, and may be in. Throws SizeError on a mask of another size.
     void apply(const Vector<T>& in, Vector<T>& out);
     void apply(const Vector<T>& in, Vector<T>& out, const Vector<T>& mask);
@@ -43,6 +47,8 @@ public:
 private:
     void __apply(PixelMatrix<T>& matrix, const PixelMatrix<T>* mask);
     void __apply(VoxelMatrix<T>& volume, const VoxelMatrix<T>* mask);
+
+    int __planeHalfSize = -1;
 };
 
 } // namespace vorlen

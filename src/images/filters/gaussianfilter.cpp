@@ -10,15 +10,8 @@ namespace {
 
 constexpr int largestSigma = 500000; // a kernel of 2,000,001 elements
 
-} // namespace
-
 template <class T>
-GaussianFilter<T>::GaussianFilter(T sigma) {
-    setSigma(sigma);
-}
-
-template <class T>
-void GaussianFilter<T>::setSigma(T sigma) {
+Vector<T> kernelOf(T sigma) {
     if (!(sigma >= T(0) && sigma <= T(largestSigma)))
         throw ValueError("void GaussianFilter<T>::setSigma(T)", "Sigma is not within 0 to 500000");
     const int half = static_cast<int>(std::ceil(sigma + sigma));
@@ -29,10 +22,28 @@ void GaussianFilter<T>::setSigma(T sigma) {
         kernel[half - i] = kernel[half + i] = std::exp(T(-0.5) * ratio * ratio);
     }
     kernel /= kernel.sum();
+    return kernel;
+}
+
+} // namespace
+
+template <class T>
+GaussianFilter<T>::GaussianFilter(T sigma) {
+    setSigma(sigma);
+}
+
+template <class T>
+void GaussianFilter<T>::setSigma(T sigma) {
+    const Vector<T> kernel = kernelOf(sigma);
     this->setKernel1(kernel);
     this->setKernel2(kernel);
     this->setKernel3(kernel);
     __sigma = sigma;
+}
+
+template <class T>
+void GaussianFilter<T>::setPlaneSigma(T sigma) {
+    this->setKernel3(kernelOf(sigma));
 }
 
 template class GaussianFilter<float>;

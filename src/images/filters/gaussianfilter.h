@@ -18,6 +18,9 @@ public:
     void setSigma(T sigma);
     T getSigma() const { return __sigma; }
 
+    /// Across the planes of a volume another one than along rows and columns, until setSigma(). Throws the same.
+    void setPlaneSigma(T sigma);
+
 private:
     T __sigma = T(0);
 };

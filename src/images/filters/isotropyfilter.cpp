@@ -13,6 +13,7 @@
 #include "images/filters/slidingplanes.h"
 #include "images/filters/stepprogress.h"
 #include "images/volumes/voxelmatrix.h"
+#include "numerics/exception.h"
 #include "numerics/vector.h"
 #include "numerics/widevectors.h"
 
@@ -105,11 +106,11 @@ class Moments {
 public:
     using R = MomentOf<T>;
 
-    /// source gives the rows of the volume.
-    Moments(const SlidingPlanes<T>& source, const VoxelMatrix<T>& volume, int h)
+    /// source gives the rows of the volume; planes lie so many columns apart.
+    Moments(const SlidingPlanes<T>& source, const VoxelMatrix<T>& volume, int h, int planeReach, R planeStep)
         : __source(source), __rows(volume.getSize1()), __columns(volume.getSize2()), __planes(volume.getSize3()),
           __rowReach(std::min(h, __rows - 1)), __columnReach(std::min(h, __columns - 1)),
-          __planeReach(std::min(h, __planes - 1)), __slots(std::min(2 * __rowReach + 1, __rows)),
+          __planeReach(std::min(planeReach, __planes - 1)), __planeStep(planeStep), __slots(std::min(2 * __rowReach + 1, __rows)),
           __width(static_cast<std::size_t>(__columns)), __stride(__width + 2 * static_cast<std::size_t>(__columnReach)),
           __ring(3 * __width * std::size_t(__slots)), __slab(6 * __stride), __cube(10 * __width) {}
 
@@ -149,9 +150,12 @@ public:
     Covariance<R> covariance(int j) const {
         const R scale = R(1) / mass(j);
         const R row = __at(3, j) * scale, column = __at(1, j) * scale, plane = __at(6, j) * scale;
-        return {__at(5, j) * scale - row * row,     __at(2, j) * scale - column * column,
-                __at(9, j) * scale - plane * plane, __at(4, j) * scale - row * column,
-                __at(8, j) * scale - row * plane,   __at(7, j) * scale - column * plane};
+        return {__at(5, j) * scale - row * row,
+                __at(2, j) * scale - column * column,
+                (__at(9, j) * scale - plane * plane) * __planeStep * __planeStep,
+                __at(4, j) * scale - row * column,
+                (__at(8, j) * scale - row * plane) * __planeStep,
+                (__at(7, j) * scale - column * plane) * __planeStep};
     }
 
 private:
@@ -179,6 +183,7 @@ private:
     int __rowReach;
     int __columnReach;
     int __planeReach;
+    R __planeStep;
     int __slots;
     std::size_t __width;
     std::size_t __stride;
@@ -219,6 +224,13 @@ void IsotropyFilter<T>::setHalfSize(int halfSize) {
     __tolerance = Vector<Real>::epsilon() * side * side * side;
 }
 
+template <class T>
+void IsotropyFilter<T>::setPlaneStep(double step) {
+    if (!(step > 0 && std::isfinite(step)))
+        throw ValueError("void IsotropyFilter<T>::setPlaneStep(double)", "The step between planes is not positive");
+    __planeStep = step;
+}
+
 // Parts are some rows of a plane.
 template <class T>
 void IsotropyFilter<T>::apply(VoxelMatrix<T>& volume) {
@@ -229,12 +241,14 @@ void IsotropyFilter<T>::apply(VoxelMatrix<T>& volume) {
     if (h < 1 || rows == 0 || columns == 0 || planes == 0)
         return;
     const auto bytes = static_cast<double>(sizeof(T)) * rows * columns * planes;
+    const int planeReach =
+        static_cast<int>(std::clamp(std::floor(h / __planeStep + 0.5), 1.0, static_cast<double>(planes)));
     ParallelWork work(*this, static_cast<unsigned long long>(planes));
-    SlidingPlanes<T> sliding(volume, std::min(h, planes - 1), SlidingPlanes<T>::thinBatch(planes), bytes <= keptBytes);
+    SlidingPlanes<T> sliding(volume, std::min(planeReach, planes - 1), SlidingPlanes<T>::thinBatch(planes), bytes <= keptBytes);
     std::vector<Moments<T>> momentsOf;
     momentsOf.reserve(static_cast<std::size_t>(work.workers()));
     for (int worker = 0; worker < work.workers(); ++worker)
-        momentsOf.emplace_back(sliding, volume, h);
+        momentsOf.emplace_back(sliding, volume, h, planeReach, static_cast<Real>(__planeStep));
     const Pieces pieces(rows, std::max(rowsTogether, h));
     const auto indexRow = [&](int i, int k, Moments<T>& moments) {
         const T* const values = sliding.original(i, k);

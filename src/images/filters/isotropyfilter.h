@@ -39,6 +39,11 @@ public:
     void setAnalysis(IsotropyAnalysis analysis) { __analysis = analysis; }
     IsotropyAnalysis getAnalysis() const { return __analysis; }
 
+    /// How many columns lie between two planes, for spots that are round in these steps: offsets across planes count so
+    /// many times, and the cube reaches over as many planes as its half size has such steps, at least one. 1 at first.
+    /// Throws ValueError unless it is a positive number.
+    void setPlaneStep(double step);
+
     void apply(VoxelMatrix<T>& volume) override;
 
 private:
@@ -46,6 +51,7 @@ private:
     using Real = std::conditional_t<std::is_same_v<T, float>, double, T>;
 
     Real __tolerance = Real(0);
+    double __planeStep = 1;
     IsotropyAnalysis __analysis = SphericityAnalysis;
 };
 

@@ -12,11 +12,9 @@
 #include <unistd.h>
 
 #include "images/files/imagefile.h"
-#include "images/files/imagereader.h"
-#include "images/files/samplesink.h"
 #include "images/files/tifffile.h"
-#include "images/rasters/colormapexpansion.h"
 #include "images/rasters/image.h"
+#include "images/sections/imagebands.h"
 #include "images/sections/sectionfile.h"
 #include "numerics/exception.h"
 
@@ -63,15 +61,6 @@ void halveRows(const Image& image, Image& result, int numSamples) {
             }
         }
     }
-}
-
-Image imageOfSize(int width, int height, const ImageHeader& like) {
-    Image image;
-    if (like.isReal())
-        image.initReal(width, height);
-    else
-        image.init(width, height, like.getDepth());
-    return image;
 }
 
 /// A TIFF file of tiles that is written tile by tile.
@@ -159,32 +148,10 @@ private:
     std::unique_ptr<TiffFile> __tiff;
 };
 
-/// Rows in memory as a file of one page, so that they become an image by the rules of the reader.
-class BandFile : public ImageFile {
-public:
-    BandFile(ImageFile& file, const ImagePage& page_)
-        : ImageFile(file.getFilename()), page(page_), __format(file.getFormat()) {}
-
-    ImageFormat getFormat() const override { return __format; }
-    int getNumPages() override { return 1; }
-    ImagePage getPage(int) override { return page; }
-    void read(int, SampleSink& sink) override {
-        for (int i = 0; i < page.height; ++i)
-            if (!sink.takeRow(i, &rows[std::size_t(i) * page.rowLength()]))
-                return;
-    }
-
-    ImagePage page;
-    std::vector<unsigned char> rows;
-
-private:
-    ImageFormat __format;
-};
-
 } // namespace
 
 Image LevelBuilder::halved(const Image& image) {
-    Image result = imageOfSize(half(image.getWidth()), half(image.getHeight()), image.getHeader());
+    Image result = plainImage(half(image.getWidth()), half(image.getHeight()), image.getHeader());
     if (image.isReal())
         halveRows<float>(image, result, 1);
     else if (image.getDepth() == 16)
@@ -277,55 +244,15 @@ bool LevelBuilder::Run::halve(SectionFile& source, int level) {
     return true;
 }
 
-namespace {
-
-/// Takes the rows of a picture as they come, from the first down or from the last up, and writes them in rows of tiles.
-class CopyingSink : public SampleSink {
-public:
-    CopyingSink(ImageFile& file, int page, int channel, LevelWriter& writer)
-        : __band(file, file.getPage(page)), __height(__band.page.height), __channel(channel), __writer(writer) {}
-
-    bool takeRow(int row, const unsigned char* samples) override {
-        constexpr int side = LevelBuilder::tileSide;
-        const int top = row / side * side;
-        if (__numRows == 0) {
-            __top = top;
-            __band.page.height = std::min(side, __height - top);
-            __band.rows.resize(__band.page.rowLength() * std::size_t(__band.page.height));
-        }
-        if (top != __top)
-            throw FileFormatError(buildPlace, "The rows of this picture come in no order that it can be kept in",
-                                  __band.getFilename());
-        std::memcpy(&__band.rows[std::size_t(row - top) * __band.page.rowLength()], samples, __band.page.rowLength());
-        if (++__numRows < __band.page.height)
-            return true;
-        __numRows = 0;
-        Image image;
-        ImageReader().read(image, __band, 0, __channel);
-        ColormapExpansion::removeColormap(image);
-        __writer.write(image, 0, top);
-        return !onBand || onBand(image);
-    }
-
-    std::function<bool(const Image&)> onBand; ///< false to stop
-
-private:
-    BandFile __band;
-    int __height, __channel;
-    LevelWriter& __writer;
-    int __top = 0, __numRows = 0;
-};
-
-} // namespace
-
 /// Writes the whole picture as the first level.
 bool LevelBuilder::Run::copy(ImageFile& file) {
     const SectionFile description(__builder.__filename, __builder.__page, __builder.__channel);
     const ImageHeader& header = description.getHeader();
     const std::string name = nextFile();
     LevelWriter writer(name, header.getWidth(), header.getHeight(), header);
-    CopyingSink sink(file, __builder.__page, __builder.__channel, writer);
-    sink.onBand = [this](const Image& image) {
+    BandSink sink(file, __builder.__page, __builder.__channel, tileSide);
+    sink.onBand = [this, &writer](const Image& image, int top) {
+        writer.write(image, 0, top);
         advance(std::int64_t(image.getWidth()) * image.getHeight());
         return !stop.stop_requested();
     };

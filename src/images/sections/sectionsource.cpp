@@ -5,19 +5,22 @@
 
 namespace vorlen {
 
+std::optional<FilePage> filePageOf(const ImageSource& source) {
+    if (const auto* const file = dynamic_cast<const ImageSourceFile*>(&source))
+        return FilePage{file->getFilename(), 0, 0};
+    if (const auto* const page = dynamic_cast<const ImageSourcePage*>(&source))
+        return FilePage{page->getFilename(), page->getPage() - 1, page->getChannel()};
+    return std::nullopt;
+}
+
 bool isLargeSection(const ImageSource& source) {
-    const bool isOneFile = dynamic_cast<const ImageSourceFile*>(&source) != nullptr ||
-                           dynamic_cast<const ImageSourcePage*>(&source) != nullptr;
-    return isOneFile && TiledSection::isLarge(source.getSize2(), source.getSize1(), source.getDepth());
+    return filePageOf(source) && TiledSection::isLarge(source.getSize2(), source.getSize1(), source.getDepth());
 }
 
 std::unique_ptr<TiledSection> openSection(const ImageSource& source, const LevelStore& store, std::size_t memory) {
-    if (const auto* const file = dynamic_cast<const ImageSourceFile*>(&source))
-        return std::make_unique<TiledSection>(file->getFilename(), 0, 0, store, memory);
-    if (const auto* const page = dynamic_cast<const ImageSourcePage*>(&source))
-        return std::make_unique<TiledSection>(page->getFilename(), page->getPage() - 1, page->getChannel(), store,
-                                              memory);
-    return nullptr;
+    const std::optional<FilePage> place = filePageOf(source);
+    return place ? std::make_unique<TiledSection>(place->filename, place->page, place->channel, store, memory)
+                 : nullptr;
 }
 
 std::unique_ptr<TiledSection> openLargeSection(const ImageSource& source, const LevelStore& store, std::size_t memory) {

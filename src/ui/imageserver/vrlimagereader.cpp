@@ -5,10 +5,12 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <optional>
 #include <stop_token>
 
 #include "images/rasters/colormapexpansion.h"
 #include "images/rasters/image.h"
+#include "images/sections/imagebands.h"
 #include "images/sections/sectionsource.h"
 #include "numerics/exception.h"
 #include "values/imagesource.h"
@@ -70,7 +72,7 @@ void VRLImageReader::run() {
 void VRLImageReader::__read() {
     try {
         __numParts = std::max(1u, static_cast<unsigned int>(__source->getFilenames().size()));
-        if (!__readOverview() && !__readSamples())
+        if (!__readOverview() && !__readSamples() && !__readReduced() && !isCanceled())
             read(*__image, *__source);
         if (isCanceled())
             return;
@@ -123,6 +125,25 @@ bool VRLImageReader::__readSamples() {
     try {
         const std::unique_ptr<TiledSection> section = openSection(*__source);
         return section != nullptr && section->readOverview(*__image, side, patience);
+    } catch (const Exception&) {
+        return false; // whoever reads all of it tells why
+    }
+}
+
+/// A picture that can only be decoded from its beginning: by its rows, of which few are in memory at a time. False for a
+/// source that is to be read as a whole.
+bool VRLImageReader::__readReduced() {
+    const int side = thumbnailSamples * __thumbnailSide;
+    const auto place = side == 0 || __source->getSize1() < 2 * side || __source->getSize2() < 2 * side
+                           ? std::nullopt
+                           : filePageOf(*__source);
+    if (!place)
+        return false;
+    try {
+        return readReduced(*__image, place->filename, place->page, place->channel, side, [this](double done) {
+            notifyProgressed(static_cast<unsigned int>(100 * done), 100u);
+            return !isCanceled();
+        });
     } catch (const Exception&) {
         return false; // whoever reads all of it tells why
     }

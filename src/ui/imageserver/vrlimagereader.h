@@ -66,6 +66,7 @@ private:
     void __read();
     bool __readOverview();
     bool __readSamples();
+    bool __readReduced();
 
     Image* __image = nullptr;
     const ImageSource* __source = nullptr;

@@ -442,8 +442,11 @@ void VRLPanorama::resizeMainWidget() {
     const int columns = numColumns();
     const int rows = (n + columns - 1) / columns;
     const QSize size = itemSize();
-    __mainWidget->resize(__spacing + columns * (size.width() + __spacing),
-                         __spacing + rows * (size.height() + __spacing));
+    const int width = __spacing + columns * (size.width() + __spacing);
+    // No bar only for the space behind the last column.
+    setHorizontalScrollBarPolicy(width - __spacing <= viewport()->width() ? Qt::ScrollBarAlwaysOff
+                                                                          : Qt::ScrollBarAsNeeded);
+    __mainWidget->resize(width, __spacing + rows * (size.height() + __spacing));
 }
 
 void VRLPanorama::placeItems() {

@@ -26,7 +26,6 @@ namespace vorlen {
 namespace {
 
 constexpr int searchDelay = 250; // milliseconds after the last change
-constexpr double narrowRange = 20;
 constexpr int planeColumn = 5;
 
 /// The rule of the next dialog.
@@ -122,16 +121,14 @@ VRLSpotThresholdDialog::VRLSpotThresholdDialog(const Stack& stack, const VoxelMa
 VRLSpotThresholdDialog::~VRLSpotThresholdDialog() = default;
 
 QWidget* VRLSpotThresholdDialog::newThresholdGroup() {
-    const Vector<float> range = __filtered.range();
-    const double minimum = Maths::fround(double(range[0])), maximum = Maths::fround(double(range[1]));
-    const bool isNarrow = double(range[1]) - double(range[0]) < narrowRange;
+    const SpotThresholdScale scale(__filtered);
     auto* const group = new QGroupBox("Threshold", this);
     auto* const form = new QFormLayout(group);
-    form->addRow(new QLabel(QString("Minimum: %1\nMaximum: %2").arg(minimum).arg(maximum), group));
+    form->addRow(new QLabel(QString("Minimum: %1\nMaximum: %2").arg(scale.minimum).arg(scale.maximum), group));
     __threshold = new VRLDecimalBox(group);
-    __threshold->setDecimals(isNarrow ? 3 : 0);
-    __threshold->setSingleStep(isNarrow ? 0.1 : 1);
-    __threshold->setRange(isNarrow ? double(range[0]) : minimum, isNarrow ? double(range[1]) : maximum);
+    __threshold->setDecimals(scale.decimals);
+    __threshold->setSingleStep(scale.decimals == 0 ? 1 : std::pow(10.0, 2 - scale.decimals));
+    __threshold->setRange(scale.minimum, scale.maximum);
     __threshold->setAccessibleName("Threshold");
     __threshold->setToolTip("Voxels of the filtered volume with this value or a greater one are in spots");
     form->addRow("Threshold:", __threshold);
@@ -162,7 +159,9 @@ QWidget* VRLSpotThresholdDialog::newSelectionGroup() {
     const auto newSize = [group, form](const QString& text, int least, const QString& tip) {
         auto* const box = new QSpinBox(group);
         box->setRange(least, 1000000000);
-        box->setSuffix(" voxels");
+        const auto suffix = [box](int voxels) { box->setSuffix(voxels == 1 ? " voxel" : " voxels"); };
+        suffix(least);
+        connect(box, &QSpinBox::valueChanged, box, suffix);
         box->setAccessibleName(text);
         box->setToolTip(tip);
         form->addRow(text + ":", box);
@@ -226,11 +225,9 @@ void VRLSpotThresholdDialog::setPlane(int plane) {
     __preview->setPlane(plane);
 }
 
-/// Rounded up, where only whole numbers can be set: what lies below the proposal stays below the threshold.
 void VRLSpotThresholdDialog::propose() {
     lastRule() = SpotThresholdRule(__rule->currentIndex());
-    const double proposal = proposeSpotThreshold(__filtered, lastRule(), __config);
-    __threshold->setValue(__threshold->decimals() == 0 ? std::ceil(proposal) : proposal);
+    __threshold->setValue(proposeSpotThreshold(__filtered, lastRule(), __config));
 }
 
 void VRLSpotThresholdDialog::change() {

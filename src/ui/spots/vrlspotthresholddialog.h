@@ -27,7 +27,7 @@ class VRLTableWidget;
 ///
 /// The spots are sought again shortly after each change, beside the window; a dialog that is accepted meanwhile closes
 /// when they are known. The proposal begins with the rule of the last dialog, at first isodata: the first rise of the
-/// histogram lies in the noise of most images. Thresholds are whole numbers unless the volume has a range below 20.
+/// histogram lies in the noise of most images. Thresholds are those of SpotThresholdScale.
 class VRLSpotThresholdDialog : public QDialog {
     Q_OBJECT
 

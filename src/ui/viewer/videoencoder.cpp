@@ -1,6 +1,8 @@
 #include "ui/viewer/videoencoder.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <numeric>
 #include <vector>
 
 #include <QDir>
@@ -25,7 +27,15 @@ struct Format {
     QString suffix, muxer, text;
     std::vector<Codec> codecs; // by preference
     bool isEven;
+    std::vector<int> rates = {}; // frames in a second that the format has; empty for any
 };
+
+/// Any up to 50: a delay is told in hundredths of a second, and who shows the picture takes a single one for a mistake.
+std::vector<int> gifRates() {
+    std::vector<int> rates(50);
+    std::iota(rates.begin(), rates.end(), 1);
+    return rates;
+}
 
 const std::vector<Format>& formats() {
     static const Codec h264{"libx264", {"-crf", "18", "-preset", "medium", "-pix_fmt", "yuv420p"}};
@@ -44,12 +54,25 @@ const std::vector<Format>& formats() {
         {"mov", "mov", "QuickTime video", {h264, openH264, mpeg4}, true},
         {"mkv", "matroska", "Matroska video", {h264, openH264, vp9}, true},
         {"avi", "avi", "AVI video", {h264, openH264, mpeg4}, true},
-        {"mpg", "mpeg", "MPEG-2 video", {mpeg2}, true},
+        {"mpg", "mpeg", "MPEG-2 video", {mpeg2}, true, {24, 25, 30, 50, 60}},
         {"png", "apng", "Animated PNG", {apng}, false},
         {"apng", "apng", "Animated PNG", {apng}, false},
-        {"gif", "gif", "Animated GIF", {gif}, false},
+        {"gif", "gif", "Animated GIF", {gif}, false, gifRates()},
     };
     return all;
+}
+
+/// The one in which each frame is shown equally often, or else the next that is not lower; the highest for a higher one.
+int rateFor(const Format& format, int rate) {
+    const std::vector<int>& rates = format.rates;
+    if (rates.empty())
+        return rate;
+    const auto whole =
+        std::find_if(rates.begin(), rates.end(), [rate](int one) { return one >= rate && one % rate == 0; });
+    if (whole != rates.end())
+        return *whole;
+    const auto next = std::find_if(rates.begin(), rates.end(), [rate](int one) { return one >= rate; });
+    return next != rates.end() ? *next : rates.back();
 }
 
 QString program() {
@@ -160,6 +183,8 @@ void VideoEncoder::open(const QString& file, const QSize& size, int rate) {
                              "-an",          "-c:v",
                              codec->name};
     arguments += codec->options;
+    if (const int written = rateFor(*format, rate); written != rate)
+        arguments += {"-r", QString::number(written)};
     if (format->muxer == "mp4" || format->muxer == "mov")
         arguments += {"-movflags", "+faststart"};
     arguments += {"-f", format->muxer, "file:" + __part};

@@ -16,7 +16,8 @@ namespace vorlen {
 ///
 /// The suffix of the name says the format: mp4, mov and mkv with H.264, or VP9 where ffmpeg has no H.264; webm with
 /// VP9; avi and mpg with the codecs of their time; png and apng as animated PNG; gif. H.264 and VP9 halve the
-/// resolution of the colours and take even sizes only: a frame of odd size is stretched by a pixel.
+/// resolution of the colours and take even sizes only: a frame of odd size is stretched by a pixel. Where a format has
+/// not the rate, as mpg has few and gif none above 50, frames are shown twice or left out: the film takes its time.
 class VideoEncoder {
 public:
     VideoEncoder();

@@ -4,6 +4,7 @@
 
 #include "images/files/imagesourcefilemosaic.h"
 #include "support/recordingmonitor.h"
+#include "support/tiffmaker.h"
 #include "ui/imageserver/vrlimagereader.h"
 #include "ui/imageserver/vrlimageresizer.h"
 
@@ -107,28 +108,44 @@ TEST_F(ImageWorkers, theReaderStopsAtTheNextRowOrTileWhenCancelled) {
     EXPECT_EQ(monitor.heard, (std::vector<std::string>{"started ", "canceled "}));
 }
 
+// Also of one that has no parts to be read: compressed in one piece, upright or on its side.
 TEST_F(ImageWorkers, theReaderTakesSomePixelsOfALargeFileForAThumbnail) {
     constexpr int width = 4200, height = 2100, side = 256;
+    const auto value = [](int i, int j) { return 100 * i / height + 150 * j / width; };
     Image ramp(width, height, 8);
     for (int i = 0; i < height; ++i)
         for (int j = 0; j < width; ++j)
-            ramp.getPixels()[i][j] = static_cast<unsigned char>(100 * i / height + 150 * j / width);
+            ramp.getPixels()[i][j] = static_cast<unsigned char>(value(i, j));
     ramp.writeFile(folder.file("a.tif"), "", true);
-    ImageSourceFile source;
-    source.setFilename(folder.file("a.tif"));
-    VRLImageReader reader;
-    Image image;
-    reader.setImage(image);
-    reader.setImageSource(source);
-    reader.setThumbnailSide(side);
-    reader.run();
-    EXPECT_EQ(reader.getFailure(), "");
-    ASSERT_LE(image.getWidth(), VRLImageReader::thumbnailSamples * side);
-    ASSERT_GE(image.getWidth(), side);
-    EXPECT_NEAR(double(image.getWidth()) / image.getHeight(), double(width) / height, 0.02);
-    for (int i = 0; i < image.getHeight(); i += 50)
-        for (int j = 0; j < image.getWidth(); j += 50)
-            EXPECT_NEAR(image.getPixels()[i][j], 100.0 * i / image.getHeight() + 150.0 * j / image.getWidth(), 12);
+    TiffMaker maker;
+    maker.width = width;
+    maker.height = height;
+    maker.compression = COMPRESSION_LZW;
+    maker.write(folder.file("strip.tif"), [value](int i, int j, int) { return std::uint64_t(value(i, j)); });
+    maker.width = height;
+    maker.height = width;
+    maker.orientation = 6; // the first row on the right, the first column on top
+    maker.write(folder.file("turned.tif"),
+                [value](int i, int j, int) { return std::uint64_t(value(j, width - 1 - i)); });
+    for (const char* const name : {"a.tif", "strip.tif", "turned.tif"}) {
+        ImageSourceFile source;
+        source.setFilename(folder.file(name));
+        VRLImageReader reader;
+        Image image;
+        reader.setImage(image);
+        reader.setImageSource(source);
+        reader.setThumbnailSide(side);
+        reader.run();
+        EXPECT_EQ(reader.getFailure(), "") << name;
+        const bool isWhole = name == std::string("turned.tif"); // whose rows are columns
+        EXPECT_LE(image.getWidth(), isWhole ? width : VRLImageReader::thumbnailSamples * side) << name;
+        ASSERT_GE(image.getWidth(), side);
+        EXPECT_NEAR(double(image.getWidth()) / image.getHeight(), double(width) / height, 0.02) << name;
+        for (int i = 0; i < image.getHeight(); i += 50)
+            for (int j = 0; j < image.getWidth(); j += 50)
+                ASSERT_NEAR(image.getPixels()[i][j], 100.0 * i / image.getHeight() + 150.0 * j / image.getWidth(), 12)
+                    << name;
+    }
 }
 
 TEST_F(ImageWorkers, theReaderMakesIndexedImagesPlain) {

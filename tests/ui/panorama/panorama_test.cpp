@@ -136,6 +136,15 @@ TEST_F(PanoramaTest, placesItsItemsInAsManyColumnsAsFit) {
     EXPECT_EQ(panorama.numColumns(), 3);
     EXPECT_EQ(panorama.widget()->height(), 10 + 4 * (size.height() + 10));
     EXPECT_EQ(panorama.item(4)->pos(), QPoint(10 + size.width() + 10, 10 + size.height() + 10));
+    // All columns fit, but not the space behind them: there is nothing to scroll to.
+    const int frame = panorama.width() - panorama.viewport()->width();
+    panorama.resize(3 * (size.width() + 10) + frame + 4, 500);
+    EXPECT_EQ(panorama.numColumns(), 3);
+    EXPECT_GT(panorama.widget()->width(), panorama.viewport()->width());
+    EXPECT_FALSE(panorama.horizontalScrollBar()->isVisible());
+    panorama.resize(size.width() - 20, 500);
+    EXPECT_TRUE(panorama.horizontalScrollBar()->isVisible());
+    panorama.resize(700, 500);
     for (int i = 0; i < 9; ++i)
         key(Qt::Key_L);
     EXPECT_EQ(panorama.getThumbnailSize(), 64);

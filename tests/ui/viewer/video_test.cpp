@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSpinBox>
 #include <QTemporaryDir>
 
@@ -121,6 +122,29 @@ TEST_F(VideoTest, aFilmHasTheFramesOfItsScriptInAnySize) {
         EXPECT_GT(difference(frames[0], frames[2]), 10);
     }
     EXPECT_EQ(files(), QStringList({"a.mp4", "a.png", "a.webm"})); // and nothing beside them
+}
+
+// MPEG-2 has no 20 frames a second, and a GIF no 60.
+TEST_F(VideoTest, everyFormatTakesEveryRateAndItsTime) {
+    for (const QString& suffix : VideoEncoder::suffixes())
+        for (const int rate : {15, 20, 27, 60}) {
+            const QString name = "b." + suffix;
+            VideoRecorder recorder;
+            recorder.start(scene.canvas, mediator.makeScript(VideoPath::Spinning, rate, rate), file(name), {48, 32},
+                           rate);
+            ASSERT_NO_THROW(while (!recorder.step());) << name.toStdString() << ' ' << rate;
+            QProcess process;
+            process.start("ffmpeg", {"-v", "error", "-i", file(name), "-vsync", "0", "-f", "framecrc", "-"});
+            process.waitForFinished(30000);
+            // The time base, and the time and the length of the last frame in it.
+            const QStringList lines = QString::fromUtf8(process.readAllStandardOutput()).trimmed().split('\n');
+            const QStringList base = lines.value(lines.indexOf(QRegularExpression("#tb 0: .*"))).mid(7).split('/');
+            const QStringList last = lines.last().split(QRegularExpression(", *"));
+            ASSERT_EQ(base.size(), 2) << name.toStdString() << ' ' << rate;
+            const double seconds =
+                (last.value(2).toDouble() + last.value(3).toDouble()) * base[0].toDouble() / base[1].toDouble();
+            EXPECT_NEAR(seconds, 1, 0.12) << name.toStdString() << ' ' << rate;
+        }
 }
 
 TEST_F(VideoTest, aFrameIsThePictureOfTheWindowAndShowsNoLessInOtherShapes) {
