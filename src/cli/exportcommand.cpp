@@ -191,6 +191,8 @@ int exportCommand(const QStringList& arguments) {
         status =
             std::max(status, !file.isMeasurable() ? int(ExitProblems)
                                                   : guarded("export " + name, [&] { return exportStack(file, job); }));
+        if (!file.hasOrderedPositions())
+            status = std::max(status, int(ExitProblems));
     }
     return status;
 }

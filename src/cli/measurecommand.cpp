@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 
+#include <algorithm>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -289,6 +290,7 @@ int measureCommand(const QStringList& arguments) {
     const auto report = [&](const StackFile& file, OutputFormat format, JsonWriter& json) {
         if (!file.isMeasurable())
             return int(ExitProblems);
+        const int order = file.hasOrderedPositions() ? ExitGood : ExitProblems;
         std::optional<std::string> from;
         if (line.isSet("distances-from"))
             from = line.value("distances-from").toStdString();
@@ -308,7 +310,7 @@ int measureCommand(const QStringList& arguments) {
             else
                 printTables(file, measurements, format, line.isSet("models-only"), collected);
             tellLeftOut(file, measurements);
-            return reportFailures(file, measurements);
+            return std::max<int>(order, reportFailures(file, measurements));
         });
     };
     const int status = reportOnStacks(line, arguments, report, {.ofDescription = 40, .ofPixel = 120});

@@ -92,6 +92,29 @@ bool StackFile::isMeasurable() const {
     return measurable;
 }
 
+bool StackFile::hasOrderedPositions() const {
+    const std::vector<double> positions = __stack->getAbsolutePositions();
+    std::size_t numUp = 0, numDown = 0, firstUp = 0, firstDown = 0;
+    for (std::size_t i = 1; i < positions.size(); ++i) {
+        if (positions[i] > positions[i - 1] && numUp++ == 0)
+            firstUp = i;
+        if (positions[i] < positions[i - 1] && numDown++ == 0)
+            firstDown = i;
+    }
+    if (numUp > 0 && numDown > 0) {
+        const std::size_t first = numUp < numDown ? firstUp : firstDown;
+        std::cerr << "vorlen-cli: " << __name << ": the positions go back and forth, first at slice \""
+                  << __stack->getSlice(int(first)).getName()
+                  << "\": surfaces fold over, and volumes count twice. Correct POSITION or the order of the slices\n";
+        return false;
+    }
+    if (positions.size() > 1 && numUp + numDown == 0 && __stack->hasGeometryModelItems(PolygonPrimitive))
+        std::cerr << "vorlen-cli: " << __name
+                  << ": all slices lie at one position, so that there is no volume and no surface between them. Set "
+                     "RELPOSITION\n";
+    return true;
+}
+
 int StackFile::report() const {
     if (!__opened) {
         std::cerr << "vorlen-cli: cannot read " << __name << (__log.empty() ? "" : ": " + __log.front()) << '\n';

@@ -33,6 +33,10 @@ public:
     /// gives none the stack has no place in space, and this is false. So it is where pixels have no size.
     bool isMeasurable() const;
 
+    /// Tells on the standard error stream of positions that go back and forth, or are all the same: surfaces and
+    /// volumes are not what they seem to be. False for the former.
+    bool hasOrderedPositions() const;
+
     /// Writes the problems to the standard error stream, if there are any, and gives the exit status they stand for.
     int report() const;
 

@@ -22,8 +22,9 @@ class StackReconstruction;
 /// the mesh file, and an open model, end at the first and the last contour.
 ///
 /// The surfaces of the formats go through the contours' own vertices, as those that are measured do, unless they are to
-/// be resampled to the rows and columns that the models ask for, which rounds corners and loses some tenths of a percent
-/// of volume. The older way always resamples. A branching model has no rows and columns, and gets the STL file alone.
+/// be resampled to the rows and columns that the models ask for, which rounds corners and loses some tenths of a
+/// percent of volume. The older way always resamples. A branching model has no rows and columns, and gets the STL file
+/// alone.
 ///
 /// Files are named by the directory, the prefix with a "-" if it is not empty, and the model's name. A model of points,
 /// a path, and a model without items have no such surface and are skipped without a word, and so is one that is to be

@@ -47,8 +47,8 @@ private:
 
     bool __isDone = false;
     bool __isConnected = false, __isClosed = false;
-    std::vector<double> __places; // x and y of the vertices in slice coordinates
-    std::vector<double> __pixels, __smooth; // working memory
+    std::vector<double> __places;                         // x and y of the vertices in slice coordinates
+    std::vector<double> __pixels, __smooth;               // working memory
     mutable std::unique_ptr<Vertices<double>> __vertices; // made when they are asked for
     Vector<double> __isobarycenter;
     double __length = 0;

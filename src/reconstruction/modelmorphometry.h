@@ -33,7 +33,8 @@ class TriMesh;
 /// the last.
 ///
 /// Where there is a closed surface its area and its volume by the divergence theorem are told beside these, and what
-/// holds of it as a surface. Most models are measured without a mesh of it (OutlineTower). Its ends are those of setEnds(), whatever caps the model shows.
+/// holds of it as a surface. Most models are measured without a mesh of it (OutlineTower). Its ends are those of
+/// setEnds(), whatever caps the model shows.
 class ModelMorphometry {
 public:
     /// Working memory of runWithoutMesh().

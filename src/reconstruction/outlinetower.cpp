@@ -176,8 +176,8 @@ double OutlineTower::lengthOf(const Level& level) const {
     const double* const own = points(level);
     double sum = 0;
     for (int k = 0; k < level.size; ++k)
-        sum += std::sqrt(BandTiling::squaredDistance(
-            own + k * space, own + (k + 1 < level.size ? k + 1 : 0) * space, space));
+        sum += std::sqrt(
+            BandTiling::squaredDistance(own + k * space, own + (k + 1 < level.size ? k + 1 : 0) * space, space));
     return sum;
 }
 

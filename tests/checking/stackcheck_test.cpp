@@ -135,8 +135,8 @@ TEST_F(StackCheckTest, tellsOfOutlinesThatCrossOthersOfTheirModel) {
         return text + ";\n";
     };
     // One within another, one beside it with a common border, and one at the same place on another slice are meant so.
-    const std::string meant = head + slices + model + item("a", 1, 1, 4) + item("a", 2, 2, 2) + item("a", 5, 1, 3) +
-                              item("b", 2, 2, 4);
+    const std::string meant =
+        head + slices + model + item("a", 1, 1, 4) + item("a", 2, 2, 2) + item("a", 5, 1, 3) + item("b", 2, 2, 4);
     EXPECT_EQ(check(meant), Found{});
     EXPECT_EQ(check(meant + item("a", 4, 4, 3)), (Found{"outline-overlapping 15 m a"}));
     EXPECT_EQ(check(meant + item("b", 3, 1, 3)), (Found{"outline-overlapping 15 m b"}));

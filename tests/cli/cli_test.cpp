@@ -556,6 +556,16 @@ TEST(CommandLine, measuresDistancesBetweenModelsOnRequest) {
     EXPECT_EQ(none.status, 1);
     EXPECT_NE(none.output.find("the pixels of slice \"s\" have no size (calibration 0 x 1)"), std::string::npos);
 
+    // Positions that go back and forth, or are all the same, are measured, but not in silence.
+    std::string folded = start + slices + "SLICE \"u\" 1 1;\nPOSITION 5;\n" + cube("a", "0", "20");
+    folder.write("folded.sdf", folded);
+    for (const char* command : {"measure", "export --format stl --overwrite"}) {
+        const Outcome back = cli(folder, command + std::string(" folded.sdf"));
+        EXPECT_EQ(back.status, 1) << back.output;
+        EXPECT_NE(back.output.find("the positions go back and forth, first at slice \"u\""), std::string::npos)
+            << back.output;
+    }
+
     const Outcome one = cli(folder, "measure --distances one.sdf");
     EXPECT_EQ(one.status, 0);
     EXPECT_NE(one.output.find("the distances leave model \"dots\" out: points have no surface"), std::string::npos);

@@ -106,8 +106,8 @@ protected:
         for (int axis = 0; axis < 3; ++axis) {
             near(quick.getIsobarycenter()[axis], full.getIsobarycenter()[axis], "barycentre");
             near(quick.getMainAxesLengths()[axis], full.getMainAxesLengths()[axis], "axes");
-            near(quick.getCertificate().centroid[std::size_t(axis)],
-                 full.getCertificate().centroid[std::size_t(axis)], "centroid");
+            near(quick.getCertificate().centroid[std::size_t(axis)], full.getCertificate().centroid[std::size_t(axis)],
+                 "centroid");
         }
     }
 
@@ -132,7 +132,10 @@ TEST_F(OutlineTowers, measureAsTheirMeshesDo) {
         {"falling", 5, [](int i) { return ring(150, 100, 30 + 4 * i, 17); }, -3},
         {"triangles", 5, [](int i) { return ring(150, 100 + i, 30, 3); }},
         {"star", 6, [](int i) { return ring(150, 120, 60, 60, 5, 0.3 + 0.02 * i); }},
-        {"hollow", 5, [](int i) { return Outline{{50, 50}, {150, 50. + i}, {150, 150}, {130, 150}, {130, 70}, {50, 70}}; }},
+        {"hollow", 5,
+         [](int i) {
+             return Outline{{50, 50}, {150, 50. + i}, {150, 150}, {130, 150}, {130, 70}, {50, 70}};
+         }},
         {"pixels", 6, [](int i) { return rounded(ring(150, 100, 40 + i, 250)); }},
         {"some pixels", 6, [](int i) { return i == 3 ? rounded(ring(150, 100, 40, 250)) : ring(150, 100, 40, 31); }},
         {"directions", 6, [](int i) { return i % 2 == 0 ? ring(150, 100, 40, 20) : reversed(ring(150, 100, 42, 20)); }},
@@ -141,7 +144,8 @@ TEST_F(OutlineTowers, measureAsTheirMeshesDo) {
     };
     using enum SurfaceEnd;
     for (const Case& each : cases)
-        for (const SurfaceEnds& ends : {SurfaceEnds{}, SurfaceEnds{Flat, NextSection}, SurfaceEnds{NextSection, Flat}}) {
+        for (const SurfaceEnds& ends :
+             {SurfaceEnds{}, SurfaceEnds{Flat, NextSection}, SurfaceEnds{NextSection, Flat}}) {
             ASSERT_TRUE(measure(make(each.n, each.outline, each.spacing), ends)) << each.name;
             expectSame(each.name);
         }
@@ -156,7 +160,8 @@ TEST_F(OutlineTowers, ofAnyShapeAreMeasuredAlikeInTheMemoryOfTheOnesBefore) {
     for (int k = 0; k < 60; ++k) {
         const int most = int(any(4, 90));
         const Model& model = make(int(any(2, 12)), [&](int) {
-            const Outline outline = ring(any(120, 180), any(100, 150), any(5, 60), int(any(3, most)), int(any(2, 7)), any(0, 0.6));
+            const Outline outline =
+                ring(any(120, 180), any(100, 150), any(5, 60), int(any(3, most)), int(any(2, 7)), any(0, 0.6));
             return any(0, 1) < 0.3 ? rounded(outline) : outline;
         });
         if (!measure(model))

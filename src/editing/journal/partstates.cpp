@@ -463,7 +463,7 @@ namespace {
 constexpr std::size_t numPoseValues = 6; // shifts, zoom and lights
 
 std::array<double, numPoseValues> valuesOf(const Pose& pose) {
-    return {pose.getExactXTranslation(),  pose.getExactYTranslation(), pose.getExactZoom(),
+    return {pose.getExactXTranslation(), pose.getExactYTranslation(), pose.getExactZoom(),
             pose.getExactAmbientLight(), pose.getExactDiffuseLight(), pose.getExactSpecularLight()};
 }
 

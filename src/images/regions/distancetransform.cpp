@@ -45,8 +45,8 @@ void fillRun(int* at, int* const end, int value) {
     while ((at += chunk) < end);
 }
 
-// What is said of each column by itself, of several at once. The plain forms, and the ones for rasters of square pixels,
-// which are compiled for wider vectors too.
+// What is said of each column by itself, of several at once. The plain forms, and the ones for rasters of square
+// pixels, which are compiled for wider vectors too.
 
 /// Constants of the parabolas over the columns of a row.
 template <class C>
