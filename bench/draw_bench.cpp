@@ -294,7 +294,8 @@ void repaint(benchmark::State& state, Editor& editor, bool asBefore) {
 
 /// The view moves by some pixels.
 void pan(benchmark::State& state, Editor& editor) {
-    run(state, editor, [&](int i) { editor.mediator->panTo(QPoint(3000 + 7 * i, 3000 + 5 * i)); });
+    run(
+        state, editor, [&](int i) { editor.mediator->panTo(QPoint(3000 + 7 * i, 3000 + 5 * i)); });
 }
 
 void stroke(benchmark::State& state, Editor& editor) {
@@ -318,10 +319,12 @@ void hover(benchmark::State& state, Editor& editor) {
 void select(benchmark::State& state, Editor& editor) {
     const QPoint places[] = {editor.vertexPosition(editor.middleItem(), 0),
                              editor.vertexPosition(editor.middleItem(), numVertices / 2)};
-    run(state, editor, [&](int i) {
-        editor.press(places[i % 2]);
-        editor.release(places[i % 2]);
-    });
+    run(
+        state, editor,
+        [&](int i) {
+            editor.press(places[i % 2]);
+            editor.release(places[i % 2]);
+        });
     editor.timed([&] { editor.mediator->findChild<VRLSliceEditWidgetMediatorSelectionDelegate*>()->cancelSelection(); },
                  false);
 }

@@ -175,18 +175,24 @@ void measure(const std::string& name, int iterations, Scale& scale, const std::f
 }
 
 void registerCases(Scale& scale) {
-    benchmark::RegisterBenchmark("scale_open/vorlen",
-                                 [&scale](benchmark::State& state) { measureOpening(state, scale); })
+    benchmark::RegisterBenchmark(
+        "scale_open/vorlen", [&scale](benchmark::State& state) { measureOpening(state, scale); })
         ->Iterations(1)
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
-    measure("page", 20, scale, [&](int) { scale.trigger("slice.next"); });
-    measure("ends", 4, scale, [&](int i) { scale.trigger(i % 2 == 0 ? "slice.last" : "slice.first"); });
-    measure("current_model", 20, scale,
-            [&](int i) { scale.views().setCurrent(scale.stack().getModel(i * 97 % numModels)); });
-    measure("hide_model", 10, scale, [&](int i) { scale.views().setHidden(scale.stack().getModel(i), true); });
-    measure("filter", 4, scale, [&](int i) { scale.panel().filter().setText(i % 2 == 0 ? "m12" : ""); });
-    measure("draw", 10, scale, [&](int i) { scale.drawOutline(i); });
+    measure(
+        "page", 20, scale, [&](int) { scale.trigger("slice.next"); });
+    measure(
+        "ends", 4, scale, [&](int i) { scale.trigger(i % 2 == 0 ? "slice.last" : "slice.first"); });
+    measure(
+        "current_model", 20, scale,
+        [&](int i) { scale.views().setCurrent(scale.stack().getModel(i * 97 % numModels)); });
+    measure(
+        "hide_model", 10, scale, [&](int i) { scale.views().setHidden(scale.stack().getModel(i), true); });
+    measure(
+        "filter", 4, scale, [&](int i) { scale.panel().filter().setText(i % 2 == 0 ? "m12" : ""); });
+    measure(
+        "draw", 10, scale, [&](int i) { scale.drawOutline(i); });
     measure("undo", 5, scale, [&](int) { scale.mediator().undo(); });
     measure("group", 2, scale, [&](int i) {
         std::vector<Model*> models;

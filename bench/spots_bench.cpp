@@ -83,7 +83,8 @@ void openByDefinition(benchmark::State& state) {
     const VoxelMatrix<float> grey = madeVolume(int(state.range(0)));
     VoxelMatrix<float> eroded(grey), opened(grey);
     for (auto _ : state) {
-        byTheBall(grey, eroded, [](float a, float b) { return std::min(a, b); });
+        byTheBall(
+            grey, eroded, [](float a, float b) { return std::min(a, b); });
         byTheBall(eroded, opened, [](float a, float b) { return std::max(a, b); });
         benchmark::DoNotOptimize(opened[0][0].data());
     }

@@ -215,7 +215,9 @@ Control& control(QWidget& parent, const std::function<bool(const Control&)>& wan
 }
 
 void check(QDialog& dialog, const QString& text) {
-    control<QCheckBox>(dialog, [&](const QCheckBox& box) { return box.text() == text; }).setChecked(true);
+    control<QCheckBox>(
+        dialog, [&](const QCheckBox& box) { return box.text() == text; })
+        .setChecked(true);
 }
 
 ModelItem& itemOn(Model& model, const StackSlice& slice) {

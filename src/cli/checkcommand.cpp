@@ -49,9 +49,9 @@ struct CheckedFile {
     std::string backup;  ///< the file as it was before
 
     int count(Severity severity) const {
-        return int(std::count_if(problems.begin(), problems.end(), [severity](const StackProblem& problem) {
-            return kindOf(problem.code).severity == severity;
-        }));
+        return int(std::count_if(
+            problems.begin(), problems.end(),
+            [severity](const StackProblem& problem) { return kindOf(problem.code).severity == severity; }));
     }
     bool isClean() const { return count(Severity::Error) + count(Severity::Warning) == 0; }
 };

@@ -10,7 +10,8 @@ namespace {
 
 /// Number of characters of a UTF-8 text: the bytes that do not continue a character.
 std::size_t width(const std::string& text) {
-    return std::size_t(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xc0) != 0x80; }));
+    return std::size_t(std::count_if(
+        text.begin(), text.end(), [](char c) { return (c & 0xc0) != 0x80; }));
 }
 
 bool isNumber(const std::string& text) {

@@ -161,11 +161,13 @@ void ModelItemOwner::sweepOthers() {
 /// After sweepOthers(): the items forget the others.
 void ModelItemOwner::unlistFromOthers() {
     for (ModelItem* item : __items)
-        std::erase_if(item->__owners, [](const ModelItem::Listing& listing) {
-            if (!listing.owner->__leaving)
-                listing.owner->__swept = false;
-            return !listing.owner->__leaving;
-        });
+        std::erase_if(
+            item->__owners,
+            [](const ModelItem::Listing& listing) {
+                if (!listing.owner->__leaving)
+                    listing.owner->__swept = false;
+                return !listing.owner->__leaving;
+            });
 }
 
 /// After unlistFromOthers(): the last of its owners deletes an item.

@@ -34,19 +34,23 @@ bool equal(const std::optional<T>& value, const std::optional<T>& other) {
 /// Takes every value that the other defines.
 template <class Class, class... Members>
 void update(Class& mine, const Class& other, const std::tuple<Members...>& members) {
-    forEachPair(mine, other, members, [](auto& value, const auto& otherValue) {
-        if (otherValue)
-            value = otherValue;
-    });
+    forEachPair(
+        mine, other, members,
+        [](auto& value, const auto& otherValue) {
+            if (otherValue)
+                value = otherValue;
+        });
 }
 
 /// Leaves undefined what is not equal, or what is.
 template <class Class, class... Members>
 void keep(bool whatIsEqual, Class& mine, const Class& other, const std::tuple<Members...>& members) {
-    forEachPair(mine, other, members, [whatIsEqual](auto& value, const auto& otherValue) {
-        if (equal(value, otherValue) != whatIsEqual)
-            value.reset();
-    });
+    forEachPair(
+        mine, other, members,
+        [whatIsEqual](auto& value, const auto& otherValue) {
+            if (equal(value, otherValue) != whatIsEqual)
+                value.reset();
+        });
 }
 
 } // namespace optionalproperties

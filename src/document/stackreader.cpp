@@ -245,8 +245,9 @@ void StackReader::parseStatement(const Tokens& tokens, StackIOContext& context, 
 /// Whether the word is one of the format, or of a kind of image source.
 bool StackReader::isKnown(Keyword keyword, const Tokens& tokens) const {
     return keyword != UNKNOWN ||
-           std::any_of(__imageSourceKinds.begin(), __imageSourceKinds.end(),
-                       [&](const ImageSourceKind& kind) { return !tokens.empty() && kind.keyword == tokens.front(); });
+           std::any_of(
+               __imageSourceKinds.begin(), __imageSourceKinds.end(),
+               [&](const ImageSourceKind& kind) { return !tokens.empty() && kind.keyword == tokens.front(); });
 }
 
 bool StackReader::opensObject(Keyword keyword, const Tokens& tokens) const {

@@ -137,7 +137,8 @@ StackExporter::exportModel(const Model& model, StackReconstruction<float>& recon
     made->mesh.reset();
     const SurfaceDescription description = describe(model, made->surface, unit);
     if (hasMaterials)
-        save(materials, [&](std::ostream& stream) { writeMaterial(stream, description); });
+        save(
+            materials, [&](std::ostream& stream) { writeMaterial(stream, description); });
     save(name, [&](std::ostream& stream) {
         writeSurface(stream, made->surface, description, format, hasMaterials ? FileInfo::fileName(materials) : "");
     });

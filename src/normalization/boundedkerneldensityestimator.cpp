@@ -142,9 +142,12 @@ template <class T>
 void smooth(const Taps<T>* taps, Field<T>& field, const MapPlanes& block, ParallelWork& work,
             unsigned long long steps) {
     std::vector<std::vector<T>> along(std::size_t(work.workers())), across(std::size_t(work.workers()));
-    work.run(field.planes.count(), steps, [&](int number, int worker) {
-        smoothPlane(taps, field, field.planes.first + number, along[std::size_t(worker)], across[std::size_t(worker)]);
-    });
+    work.run(
+        field.planes.count(), steps,
+        [&](int number, int worker) {
+            smoothPlane(taps, field, field.planes.first + number, along[std::size_t(worker)],
+                        across[std::size_t(worker)]);
+        });
     work.run(field.rows, steps, [&](int i, int worker) {
         std::vector<T>& out = along[std::size_t(worker)];
         out.assign(std::size_t(block.count()) * std::size_t(field.columns), T(0));

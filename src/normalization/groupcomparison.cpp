@@ -61,8 +61,8 @@ bool GroupComparison::run() {
 }
 
 std::size_t GroupComparison::numSignificant() const {
-    return std::size_t(
-        std::count_if(__result.p.begin(), __result.p.end(), [this](float p) { return double(p) <= __settings.alpha; }));
+    return std::size_t(std::count_if(
+        __result.p.begin(), __result.p.end(), [this](float p) { return double(p) <= __settings.alpha; }));
 }
 
 std::vector<float> GroupComparison::meanDifferences() const {

@@ -18,7 +18,8 @@ void ShapeTransform<T>::apply(Shape<T>& shape) {
 
 template <class T>
 void ShapeTransform<T>::apply(ShapeSet<T>& set) {
-    __visitShapes(set, [this](Shape<T>& shape) { apply(shape); });
+    __visitShapes(
+        set, [this](Shape<T>& shape) { apply(shape); });
 }
 
 template <class T>

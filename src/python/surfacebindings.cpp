@@ -100,11 +100,12 @@ py::object surfaceOf(const ModelHandle& model, int rows, int columns, const std:
 
 void bindSurfaces(py::module_& module) {
     py::class_<PythonSurface>(module, "Surface", "A surface of triangles in world coordinates.")
-        .def("__repr__",
-             [](const PythonSurface& surface) {
-                 return "<vorlen.Surface: " + std::to_string(surface.vertices.size() / 3) + " vertices, " +
-                        std::to_string(surface.faces.size() / 3) + " faces, " + surface.certificate.toText() + ">";
-             })
+        .def(
+            "__repr__",
+            [](const PythonSurface& surface) {
+                return "<vorlen.Surface: " + std::to_string(surface.vertices.size() / 3) + " vertices, " +
+                       std::to_string(surface.faces.size() / 3) + " faces, " + surface.certificate.toText() + ">";
+            })
         .def_property_readonly(
             "vertices",
             [](const py::object& self) {

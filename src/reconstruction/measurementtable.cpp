@@ -464,11 +464,13 @@ void MeasurementTable::addItem(const ModelItemGeometry& geometry) {
 }
 
 MeasurementTable MeasurementTable::ofItems(const Stack& stack) {
-    return ofItemsThat(stack, [](const ModelItem&) { return true; });
+    return ofItemsThat(
+        stack, [](const ModelItem&) { return true; });
 }
 
 MeasurementTable MeasurementTable::ofItems(const Stack& stack, const Model& model) {
-    return ofItemsThat(stack, [&](const ModelItem& item) { return item.getModel() == &model; });
+    return ofItemsThat(
+        stack, [&](const ModelItem& item) { return item.getModel() == &model; });
 }
 
 MeasurementTable MeasurementTable::ofPoints(const Stack& stack, const Model& model) {

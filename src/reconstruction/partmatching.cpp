@@ -205,7 +205,8 @@ void linkLoners(const Parts& lower, const Parts& upper, const PlanePoint& move, 
     for (std::size_t i = 0; i < lower.size(); ++i) {
         if (lowerLinked[i])
             continue;
-        const int j = nearest(upper.size(), upperLinked, [&](std::size_t k) { return distance(i, k); });
+        const int j = nearest(
+            upper.size(), upperLinked, [&](std::size_t k) { return distance(i, k); });
         if (j >= 0 &&
             nearest(lower.size(), lowerLinked, [&](std::size_t k) { return distance(k, std::size_t(j)); }) == int(i))
             found.push_back({int(i), j});

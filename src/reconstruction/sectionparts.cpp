@@ -15,9 +15,11 @@ namespace {
 constexpr double areaTolerance = 1e-9;
 
 void addRing(SectionRegion& region, const SectionRing& ring, const PlanePoint& move) {
-    region.add(ring.points.size(), [&](std::size_t k) {
-        return SectionRegion::Point{ring.points[k].x + move.x, ring.points[k].y + move.y};
-    });
+    region.add(
+        ring.points.size(),
+        [&](std::size_t k) {
+            return SectionRegion::Point{ring.points[k].x + move.x, ring.points[k].y + move.y};
+        });
 }
 
 bool boxesMeet(const SectionRing& a, const PlanePoint& move, const SectionRing& b) {
@@ -153,9 +155,9 @@ void SectionParts::build() {
 
 /// Sorts rings that do not cross into outer ones and holes.
 void SectionParts::nest(std::vector<SectionRing> rings) {
-    std::erase_if(rings, [](const SectionRing& ring) {
-        return !(std::fabs(ring.area) > areaTolerance * ring.length * ring.length);
-    });
+    std::erase_if(
+        rings,
+        [](const SectionRing& ring) { return !(std::fabs(ring.area) > areaTolerance * ring.length * ring.length); });
     std::stable_sort(rings.begin(), rings.end(),
                      [](const SectionRing& a, const SectionRing& b) { return std::fabs(a.area) > std::fabs(b.area); });
     __parts.clear();
@@ -197,8 +199,8 @@ void SectionParts::nest(std::vector<SectionRing> rings) {
 }
 
 double SectionParts::area() const {
-    return std::accumulate(__parts.begin(), __parts.end(), 0.0,
-                           [](double sum, const SectionPart& part) { return sum + part.area; });
+    return std::accumulate(
+        __parts.begin(), __parts.end(), 0.0, [](double sum, const SectionPart& part) { return sum + part.area; });
 }
 
 double commonArea(const SectionPart& a, const PlanePoint& move, const SectionPart& b) {

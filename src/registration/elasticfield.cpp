@@ -77,7 +77,8 @@ PlanePoint ElasticField::node(int row, int column) const {
 }
 
 bool ElasticField::isNull() const {
-    return std::all_of(__ways.begin(), __ways.end(), [](const PlanePoint& way) { return way.x == 0 && way.y == 0; });
+    return std::all_of(
+        __ways.begin(), __ways.end(), [](const PlanePoint& way) { return way.x == 0 && way.y == 0; });
 }
 
 PlanePoint ElasticField::way(PlanePoint position) const {

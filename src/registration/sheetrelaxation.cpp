@@ -52,7 +52,8 @@ void SheetRelaxation::tie(const Place& place, const Place& other, PlanePoint dif
 }
 
 void SheetRelaxation::removeTies(int sheet) {
-    std::erase_if(__ties, [sheet](const Tie& tie) { return tie.sheet == sheet || tie.other == sheet; });
+    std::erase_if(
+        __ties, [sheet](const Tie& tie) { return tie.sheet == sheet || tie.other == sheet; });
 }
 
 double SheetRelaxation::agreement(int sheet, double tolerance) const {

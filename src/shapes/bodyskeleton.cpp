@@ -98,7 +98,8 @@ public:
     bool isSet(int voxel) const { return __set[std::size_t(voxel)] != 0; }
     void remove(int voxel) { __set[std::size_t(voxel)] = 0; }
     void forgetRemoved() {
-        std::erase_if(__lines, [this](int voxel) { return !isSet(voxel); });
+        std::erase_if(
+            __lines, [this](int voxel) { return !isSet(voxel); });
     }
 
     std::vector<int> neighbours(int voxel) const {
@@ -183,7 +184,8 @@ public:
 
     int numEnds() const { return int(std::count(__degrees.begin(), __degrees.end(), 1)); }
     int numForks() const {
-        return int(std::count_if(__degrees.begin(), __degrees.end(), [](int degree) { return degree > 2; }));
+        return int(std::count_if(
+            __degrees.begin(), __degrees.end(), [](int degree) { return degree > 2; }));
     }
     int numBranches() const { return int(__branches.size()); }
 

@@ -32,10 +32,12 @@ struct PlanarEdges {
     }
 
     RunBoxes<W> tree() const {
-        return RunBoxes<W>(size(), [this](int k, typename RunBoxes<W>::Box& b) {
-            b.add(x[k], y[k]);
-            b.add(x[k + 1], y[k + 1]);
-        });
+        return RunBoxes<W>(
+            size(),
+            [this](int k, typename RunBoxes<W>::Box& b) {
+                b.add(x[k], y[k]);
+                b.add(x[k + 1], y[k + 1]);
+            });
     }
 
     // Room for the rounding of the crossing test, far above it.
@@ -375,11 +377,13 @@ std::vector<int> Curve<T>::intersectionIndexes(const Curve& other, int i, int j)
     const auto margin = std::max(own.margin(), others.margin());
     std::vector<int> ranks;
     for (int k = 0; k < own.size(); ++k) {
-        tree.visit(own.box(k), margin, 0, [&](int l) {
-            if (cross(own, k, others, l))
-                ranks.push_back(k);
-            return true;
-        });
+        tree.visit(
+            own.box(k), margin, 0,
+            [&](int l) {
+                if (cross(own, k, others, l))
+                    ranks.push_back(k);
+                return true;
+            });
     }
     return ranks;
 }

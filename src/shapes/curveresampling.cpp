@@ -30,8 +30,9 @@ void CurveResampling<T>::resample(const Curve<T>& in, Curve<T>& out, int numVert
     else
         ArcLength::resampleOpen(points.data(), n, space, result.data(), m, lengths);
     for (int k = 0; k < m; ++k) {
-        std::transform(result.begin() + std::ptrdiff_t(k) * space, result.begin() + std::ptrdiff_t(k + 1) * space,
-                       out[k].data(), [](Wide x) { return T(x); });
+        std::transform(
+            result.begin() + std::ptrdiff_t(k) * space, result.begin() + std::ptrdiff_t(k + 1) * space, out[k].data(),
+            [](Wide x) { return T(x); });
     }
 }
 

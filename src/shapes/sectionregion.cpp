@@ -29,9 +29,9 @@ double oddWidth(std::vector<Strip>& strips, double from, double to) {
 
 /// Area of a band of height 1. Where strips cross it is cut at all crossings.
 double bandArea(std::vector<Strip>& strips) {
-    std::sort(strips.begin(), strips.end(), [](const Strip& a, const Strip& b) {
-        return a.bottom < b.bottom || (a.bottom == b.bottom && a.top < b.top);
-    });
+    std::sort(
+        strips.begin(), strips.end(),
+        [](const Strip& a, const Strip& b) { return a.bottom < b.bottom || (a.bottom == b.bottom && a.top < b.top); });
     const auto descends = [](const Strip& a, const Strip& b) { return b.top < a.top; };
     if (std::adjacent_find(strips.begin(), strips.end(), descends) == strips.end()) {
         double width = 0;

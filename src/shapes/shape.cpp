@@ -130,8 +130,9 @@ void Shape<T>::combine(const Shape& shape, const char* where, const char* what, 
 
 template <class T>
 void Shape<T>::operator+=(const Shape& shape) {
-    combine(shape, "void Shape<T>::operator+=(const Shape&)", "Shapes are not compatible for addition",
-            [](Vector<T>& a, const Vector<T>& b) { a += b; });
+    combine(
+        shape, "void Shape<T>::operator+=(const Shape&)", "Shapes are not compatible for addition",
+        [](Vector<T>& a, const Vector<T>& b) { a += b; });
 }
 
 template <class T>

@@ -55,14 +55,15 @@ int ShapeSet<T>::numVertices() const {
 
 template <class T>
 bool ShapeSet<T>::onlyShapeType(ShapeType type) const {
-    return !__shapes.empty() && std::all_of(__shapes.begin(), __shapes.end(), [type](const Shape<T>* shape) {
-        return shape && shape->getShapeType() == type;
-    });
+    return !__shapes.empty() && std::all_of(
+                                    __shapes.begin(), __shapes.end(),
+                                    [type](const Shape<T>* shape) { return shape && shape->getShapeType() == type; });
 }
 
 template <class T>
 bool ShapeSet<T>::onlyReference() const {
-    return !__references.empty() && std::all_of(__references.begin(), __references.end(), [](bool r) { return r; });
+    return !__references.empty() && std::all_of(
+                                        __references.begin(), __references.end(), [](bool r) { return r; });
 }
 
 template <class T>

@@ -23,7 +23,8 @@ void VRLActionSequence::applyNext(std::unique_ptr<VRLAction> action) {
 }
 
 bool VRLActionSequence::isNull() const {
-    return std::all_of(__actions.begin(), __actions.end(), [](const auto& action) { return action->isNull(); });
+    return std::all_of(
+        __actions.begin(), __actions.end(), [](const auto& action) { return action->isNull(); });
 }
 
 void VRLActionSequence::apply() {

@@ -91,9 +91,9 @@ VRLStackStateAction::Change& VRLStackStateAction::changeOf(StackSlice& slice) {
 
 bool VRLStackStateAction::isNull() const {
     return (!__state || *__state == StackState(__stack)) && __order.empty() &&
-           std::all_of(__changes.begin(), __changes.end(), [](const auto& change) {
-               return !change->otherImage && change->state == SliceState(change->slice);
-           });
+           std::all_of(
+               __changes.begin(), __changes.end(),
+               [](const auto& change) { return !change->otherImage && change->state == SliceState(change->slice); });
 }
 
 void VRLStackStateAction::apply() {

@@ -92,10 +92,14 @@ void put(ByteWriter& bytes, const ModelItemProperties& look) {
                 integer(c[k]);
         },
         [&]() -> const Vector<int>& { return look.getColor(); });
-    putIf(bytes, look.definesLineWidth(), real, [&] { return look.getLineWidth(); });
-    putIf(bytes, look.definesPointSize(), real, [&] { return look.getPointSize(); });
-    putIf(bytes, look.definesVertexSymbol(), integer, [&] { return int(look.getVertexSymbol()); });
-    putIf(bytes, look.definesVertexSymbolFilling(), integer, [&] { return int(look.getVertexSymbolFilling()); });
+    putIf(
+        bytes, look.definesLineWidth(), real, [&] { return look.getLineWidth(); });
+    putIf(
+        bytes, look.definesPointSize(), real, [&] { return look.getPointSize(); });
+    putIf(
+        bytes, look.definesVertexSymbol(), integer, [&] { return int(look.getVertexSymbol()); });
+    putIf(
+        bytes, look.definesVertexSymbolFilling(), integer, [&] { return int(look.getVertexSymbolFilling()); });
     putIf(bytes, look.definesRenderingVisibility(), integer, [&] { return int(look.getRenderingVisibility()); });
 }
 
@@ -136,13 +140,20 @@ void put(ByteWriter& bytes, const ModelProperties& properties) {
     bytes.number((properties.definesGeometry() ? hasGeometry : 0) | (properties.definesGroup() ? hasGroup : 0));
     if (properties.definesGeometry())
         integer(properties.getGeometry());
-    putIf(bytes, properties.definesRenderingMode(), integer, [&] { return properties.getRenderingMode(); });
-    putIf(bytes, properties.definesSurfaceOpacity(), real, [&] { return properties.getSurfaceOpacity(); });
-    putIf(bytes, properties.definesSurfaceShininess(), real, [&] { return properties.getSurfaceShininess(); });
-    putIf(bytes, properties.definesQuadMeshWidth(), integer, [&] { return properties.getQuadMeshWidth(); });
-    putIf(bytes, properties.definesQuadMeshHeight(), integer, [&] { return properties.getQuadMeshHeight(); });
-    putIf(bytes, properties.definesEconomicRendering(), integer, [&] { return properties.getEconomicRendering(); });
-    putIf(bytes, properties.hasBeginCapFlag(), integer, [&] { return properties.getBeginCapFlag(); });
+    putIf(
+        bytes, properties.definesRenderingMode(), integer, [&] { return properties.getRenderingMode(); });
+    putIf(
+        bytes, properties.definesSurfaceOpacity(), real, [&] { return properties.getSurfaceOpacity(); });
+    putIf(
+        bytes, properties.definesSurfaceShininess(), real, [&] { return properties.getSurfaceShininess(); });
+    putIf(
+        bytes, properties.definesQuadMeshWidth(), integer, [&] { return properties.getQuadMeshWidth(); });
+    putIf(
+        bytes, properties.definesQuadMeshHeight(), integer, [&] { return properties.getQuadMeshHeight(); });
+    putIf(
+        bytes, properties.definesEconomicRendering(), integer, [&] { return properties.getEconomicRendering(); });
+    putIf(
+        bytes, properties.hasBeginCapFlag(), integer, [&] { return properties.getBeginCapFlag(); });
     putIf(bytes, properties.hasEndCapFlag(), integer, [&] { return properties.getEndCapFlag(); });
     if (properties.definesGroup())
         bytes.text(properties.getGroup());

@@ -121,10 +121,12 @@ Outcome outlinesBetween(VRLStack& stack, const StackReconstruction<double>& spac
 }
 
 Outcome addItems(VRLStack& stack, NewItems items, const std::string& nothing) {
-    return inOneStep(stack, nothing, [&items](EditStep& step) {
-        for (auto& item : items)
-            applyCreation(step, std::move(item));
-    });
+    return inOneStep(
+        stack, nothing,
+        [&items](EditStep& step) {
+            for (auto& item : items)
+                applyCreation(step, std::move(item));
+        });
 }
 
 const char* const noPolygons = "Gaps are filled between closed outlines";

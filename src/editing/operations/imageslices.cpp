@@ -51,8 +51,9 @@ std::unique_ptr<StackSlice> sliceOf(const std::string& name, const ImageSource& 
 }
 
 bool isSameWord(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+    return std::equal(
+        a.begin(), a.end(), b.begin(), b.end(),
+        [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
 }
 
 /// Place of the channel among these, from 0. Throws ValueError.

@@ -76,65 +76,80 @@ void keepDiscardedDrawing(VRLStack& stack, StackSlice& slice, Model& model, cons
 }
 
 Outcome deleteItem(VRLStack& stack, ModelItem& item) {
-    return inOneStep(stack, {}, [&](EditStep& step) { step.apply(std::make_unique<VRLItemDeletionAction>(item)); });
+    return inOneStep(
+        stack, {}, [&](EditStep& step) { step.apply(std::make_unique<VRLItemDeletionAction>(item)); });
 }
 
 Outcome appendVertices(VRLStack& stack, ModelItem& item, const Vertices<double>& vertices) {
-    return inOneStep(stack, "There are no vertices to append", [&](EditStep& step) {
-        if (vertices.getNumVertices() == 0)
-            return;
-        auto append = std::make_unique<VRLItemAppendPointsAction>(item);
-        append->setVertices(vertices);
-        step.apply(std::move(append));
-    });
+    return inOneStep(
+        stack, "There are no vertices to append",
+        [&](EditStep& step) {
+            if (vertices.getNumVertices() == 0)
+                return;
+            auto append = std::make_unique<VRLItemAppendPointsAction>(item);
+            append->setVertices(vertices);
+            step.apply(std::move(append));
+        });
 }
 
 Outcome convertSelection(VRLStack& stack, StackSlice& slice, Model& model) {
-    return inOneStep(stack, nothingSelected, [&](EditStep& step) {
-        forSelected(slice, [&](ModelItem& item) {
-            if (item.getModel() == &model)
-                return;
-            auto conversion = std::make_unique<VRLItemSelectionConversionAction>(item);
-            conversion->setModel(model);
-            step.apply(std::move(conversion));
+    return inOneStep(
+        stack, nothingSelected,
+        [&](EditStep& step) {
+            forSelected(
+                slice,
+                [&](ModelItem& item) {
+                    if (item.getModel() == &model)
+                        return;
+                    auto conversion = std::make_unique<VRLItemSelectionConversionAction>(item);
+                    conversion->setModel(model);
+                    step.apply(std::move(conversion));
+                });
         });
-    });
 }
 
 Outcome deleteSelection(VRLStack& stack, StackSlice& slice, std::vector<std::string>& refusals) {
-    return inOneStep(stack, nothingSelected, [&](EditStep& step) {
-        forSelected(slice, [&](ModelItem& item) {
-            const int numLeft = item.getSize() - item.getSelection().getSize();
-            const int least = leastNumVertices(item.getGeometry());
-            if (item.getSelection().isComplete())
-                step.apply(std::make_unique<VRLItemDeletionAction>(item));
-            else if (numLeft >= least)
-                step.apply(std::make_unique<VRLRemoveSelectionAction>(item));
-            else
-                refusals.push_back(modelName(item) +
-                                   ":\n\nCould not remove selected vertices since this would leave only " +
-                                   std::to_string(numLeft) +
-                                   " vertices on the contour (the minimum number of vertices per contour is " +
-                                   std::to_string(least) + " in this model).");
+    return inOneStep(
+        stack, nothingSelected,
+        [&](EditStep& step) {
+            forSelected(
+                slice,
+                [&](ModelItem& item) {
+                    const int numLeft = item.getSize() - item.getSelection().getSize();
+                    const int least = leastNumVertices(item.getGeometry());
+                    if (item.getSelection().isComplete())
+                        step.apply(std::make_unique<VRLItemDeletionAction>(item));
+                    else if (numLeft >= least)
+                        step.apply(std::make_unique<VRLRemoveSelectionAction>(item));
+                    else
+                        refusals.push_back(modelName(item) +
+                                           ":\n\nCould not remove selected vertices since this would leave only " +
+                                           std::to_string(numLeft) +
+                                           " vertices on the contour (the minimum number of vertices per contour is " +
+                                           std::to_string(least) + " in this model).");
+                });
         });
-    });
 }
 
 Outcome decimateSelection(VRLStack& stack, StackSlice& slice, std::vector<DecimationReport>& reports) {
-    return inOneStep(stack, "There are no vertices in line with their neighbours", [&](EditStep& step) {
-        forSelected(slice, [&](ModelItem& item) {
-            if (!item.isConnected())
-                return;
-            const int size = item.getSize();
-            const Curve<double> curve = withoutVerticesInLine(item.getVertices());
-            if (curve.getNumVertices() == size)
-                return;
-            auto change = std::make_unique<VRLItemVerticesChangeAction>(item);
-            change->setVertices(curve);
-            step.apply(std::move(change));
-            reports.push_back({modelName(item), size - curve.getNumVertices(), size});
+    return inOneStep(
+        stack, "There are no vertices in line with their neighbours",
+        [&](EditStep& step) {
+            forSelected(
+                slice,
+                [&](ModelItem& item) {
+                    if (!item.isConnected())
+                        return;
+                    const int size = item.getSize();
+                    const Curve<double> curve = withoutVerticesInLine(item.getVertices());
+                    if (curve.getNumVertices() == size)
+                        return;
+                    auto change = std::make_unique<VRLItemVerticesChangeAction>(item);
+                    change->setVertices(curve);
+                    step.apply(std::move(change));
+                    reports.push_back({modelName(item), size - curve.getNumVertices(), size});
+                });
         });
-    });
 }
 
 } // namespace vorlen

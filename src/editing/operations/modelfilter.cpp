@@ -125,7 +125,8 @@ std::size_t FilterPlan::numVertices() const {
 }
 
 std::size_t FilterPlan::numItems() const {
-    return std::size_t(std::count_if(losses.begin(), losses.end(), [](const Loss& loss) { return loss.isWhole(); }));
+    return std::size_t(std::count_if(
+        losses.begin(), losses.end(), [](const Loss& loss) { return loss.isWhole(); }));
 }
 
 Outcome planFilter(const Stack& stack, const Model& reference, const std::vector<Model*>& models, FilterMode mode,

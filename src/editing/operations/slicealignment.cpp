@@ -685,8 +685,8 @@ double RegistrationReport::meanScoreAfter() const {
 }
 
 int RegistrationReport::count(SliceAlignment::State state) const {
-    return int(
-        std::count_if(slices.begin(), slices.end(), [&](const SliceAlignment& one) { return one.state == state; }));
+    return int(std::count_if(
+        slices.begin(), slices.end(), [&](const SliceAlignment& one) { return one.state == state; }));
 }
 
 namespace {

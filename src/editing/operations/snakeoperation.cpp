@@ -73,19 +73,21 @@ constexpr std::int64_t greatestPart = std::int64_t(64) << 20;
 /// The image of a slice: all of it, or of a section too large for memory what a frame asks for.
 struct SnakeOperation::Picture {
     explicit Picture(const StackSlice& slice_) : slice(slice_) {
-        reading(slice, [this] {
-            const std::shared_ptr<TiledSection> section = openLargeSection(slice.getImageSource());
-            // A file without parts is as large as it was before.
-            if (section != nullptr && !section->getLevels().empty()) {
-                const ImageHeader& header = section->getHeader();
-                isGrey = header.isReal() || header.getDepth() == 16;
-                parts.emplace(section, greatestPart);
-                return;
-            }
-            ImageReader().read(image, slice.getImageSource());
-            isGrey = hasGreyScale(image);
-            parts.emplace(image);
-        });
+        reading(
+            slice,
+            [this] {
+                const std::shared_ptr<TiledSection> section = openLargeSection(slice.getImageSource());
+                // A file without parts is as large as it was before.
+                if (section != nullptr && !section->getLevels().empty()) {
+                    const ImageHeader& header = section->getHeader();
+                    isGrey = header.isReal() || header.getDepth() == 16;
+                    parts.emplace(section, greatestPart);
+                    return;
+                }
+                ImageReader().read(image, slice.getImageSource());
+                isGrey = hasGreyScale(image);
+                parts.emplace(image);
+            });
     }
     Picture(const Picture&) = delete;
     Picture& operator=(const Picture&) = delete;
@@ -121,11 +123,12 @@ SnakeOperation::SnakeOperation(VRLStack& stack, ModelItem& start, const SnakeCon
 SnakeOperation::~SnakeOperation() = default;
 
 Outcome SnakeOperation::runOnSlice() {
-    return inRun("The snake has aborted. Suggestions:\n- change the original contour;\n- change the snake parameters.",
-                 [this](EditStep& step) {
-                     Curve<float> curve = __start;
-                     runOver(step, *__startSlice, curve);
-                 });
+    return inRun(
+        "The snake has aborted. Suggestions:\n- change the original contour;\n- change the snake parameters.",
+        [this](EditStep& step) {
+            Curve<float> curve = __start;
+            runOver(step, *__startSlice, curve);
+        });
 }
 
 Outcome SnakeOperation::runOnRange(int reach, bool propagated) {

@@ -27,9 +27,11 @@ std::string lengthText(double length) {
 }
 
 bool isParallel(const std::vector<DicomFrame>& frames) {
-    return std::all_of(frames.begin(), frames.end(), [&frames](const DicomFrame& frame) {
-        return frame.position && frame.normal && std::abs(product(*frame.normal, *frames.front().normal)) > 0.999;
-    });
+    return std::all_of(
+        frames.begin(), frames.end(),
+        [&frames](const DicomFrame& frame) {
+            return frame.position && frame.normal && std::abs(product(*frame.normal, *frames.front().normal)) > 0.999;
+        });
 }
 
 /// The place of each frame along the axis that makes a body of a stack, whose Y goes up the image, and not its mirror

@@ -21,7 +21,8 @@ Colormap colormapOf(const std::vector<std::uint16_t>& palette) {
 } // namespace
 
 std::size_t bytesOf(SampleStorage storage) {
-    return withSampleType(storage, [](auto type) { return sizeof type; });
+    return withSampleType(
+        storage, [](auto type) { return sizeof type; });
 }
 
 void ImagePage::fillHeader(ImageHeader& header, int channel) const {

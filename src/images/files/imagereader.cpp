@@ -58,10 +58,12 @@ public:
             if (samples != target)
                 std::memcpy(target, samples, static_cast<std::size_t>(__image.bytesPerLine()));
         } else {
-            withSampleType(__page.storage, [&](auto typed) {
-                using Sample = decltype(typed);
-                convert(reinterpret_cast<const Sample*>(samples), row);
-            });
+            withSampleType(
+                __page.storage,
+                [&](auto typed) {
+                    using Sample = decltype(typed);
+                    convert(reinterpret_cast<const Sample*>(samples), row);
+                });
         }
         __done[static_cast<std::size_t>(row)] = true;
         ++__numDone;
@@ -104,12 +106,14 @@ private:
                 values[j] = composed ? static_cast<float>(overWhite(pixel, first)) : static_cast<float>(pixel[first]);
             });
         } else if (__image.getDepth() == 16) {
-            forPixels(samples, width, step, [&](int j, const Sample* pixel) {
-                const double white = __page.values.white();
-                const auto value = composed ? static_cast<std::uint16_t>(std::min(overWhite(pixel, first), white))
-                                            : static_cast<std::uint16_t>(pixel[first]);
-                std::memcpy(bytes + 2 * static_cast<std::size_t>(j), &value, 2);
-            });
+            forPixels(
+                samples, width, step,
+                [&](int j, const Sample* pixel) {
+                    const double white = __page.values.white();
+                    const auto value = composed ? static_cast<std::uint16_t>(std::min(overWhite(pixel, first), white))
+                                                : static_cast<std::uint16_t>(pixel[first]);
+                    std::memcpy(bytes + 2 * static_cast<std::size_t>(j), &value, 2);
+                });
         } else if (__image.getDepth() == 8) {
             // Indexes stay what they are.
             const double scale = __channel == 0 && __page.colour == ImagePage::Palette ? 1 : factor;

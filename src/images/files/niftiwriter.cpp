@@ -22,9 +22,9 @@ constexpr const char* where = "void saveNifti(...)";
 constexpr int greatestFirstSize = 32767;
 
 bool endsWith(std::string_view name, std::string_view suffix) {
-    return name.size() > suffix.size() &&
-           std::equal(suffix.begin(), suffix.end(), name.end() - std::ptrdiff_t(suffix.size()),
-                      [](unsigned char a, unsigned char b) { return std::tolower(b) == a; });
+    return name.size() > suffix.size() && std::equal(
+                                              suffix.begin(), suffix.end(), name.end() - std::ptrdiff_t(suffix.size()),
+                                              [](unsigned char a, unsigned char b) { return std::tolower(b) == a; });
 }
 
 /// The unit of the format in which lengths are written: its code, and what a length of ours is in it.

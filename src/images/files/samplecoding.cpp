@@ -73,36 +73,39 @@ float tripleToFloat(std::uint32_t triple) {
 
 void unpackSamples(const unsigned char* packed, std::size_t count, const ValueType& type, void* target,
                    std::size_t targetStep) {
-    withSampleType(storageOf(type), [&](auto typed) {
-        using Sample = decltype(typed);
-        Sample* to = static_cast<Sample*>(target);
-        const int bits = type.bits;
-        if (static_cast<std::size_t>(bits) == 8 * sizeof(Sample)) {
-            if (targetStep == 1)
-                std::memcpy(to, packed, count * sizeof(Sample));
-            else
-                for (std::size_t i = 0; i < count; ++i)
-                    std::memcpy(to + i * targetStep, packed + i * sizeof(Sample), sizeof(Sample));
-        } else if (type.kind == ValueType::Real) {
-            for (std::size_t i = 0; i < count; ++i, to += targetStep) {
-                std::uint16_t half;
-                std::memcpy(&half, packed + 2 * i, bits == 16 ? 2 : 0);
-                *to = static_cast<Sample>(bits == 16 ? halfToFloat(half) : tripleToFloat(tripleAt(packed + 3 * i)));
+    withSampleType(
+        storageOf(type),
+        [&](auto typed) {
+            using Sample = decltype(typed);
+            Sample* to = static_cast<Sample*>(target);
+            const int bits = type.bits;
+            if (static_cast<std::size_t>(bits) == 8 * sizeof(Sample)) {
+                if (targetStep == 1)
+                    std::memcpy(to, packed, count * sizeof(Sample));
+                else
+                    for (std::size_t i = 0; i < count; ++i)
+                        std::memcpy(to + i * targetStep, packed + i * sizeof(Sample), sizeof(Sample));
+            } else if (type.kind == ValueType::Real) {
+                for (std::size_t i = 0; i < count; ++i, to += targetStep) {
+                    std::uint16_t half;
+                    std::memcpy(&half, packed + 2 * i, bits == 16 ? 2 : 0);
+                    *to = static_cast<Sample>(bits == 16 ? halfToFloat(half) : tripleToFloat(tripleAt(packed + 3 * i)));
+                }
+            } else {
+                // The sign goes up to the highest bit and comes back with copies of itself.
+                const int rest = type.kind == ValueType::Signed ? 64 - bits : 0;
+                const auto put = [&](std::size_t i, std::uint64_t value) {
+                    to[i * targetStep] = rest > 0
+                                             ? static_cast<Sample>(static_cast<std::int64_t>(value << rest) >> rest)
+                                             : static_cast<Sample>(value);
+                };
+                if (bits == 24)
+                    for (std::size_t i = 0; i < count; ++i)
+                        put(i, tripleAt(packed + 3 * i));
+                else
+                    forPackedBits(packed, count, bits, put);
             }
-        } else {
-            // The sign goes up to the highest bit and comes back with copies of itself.
-            const int rest = type.kind == ValueType::Signed ? 64 - bits : 0;
-            const auto put = [&](std::size_t i, std::uint64_t value) {
-                to[i * targetStep] = rest > 0 ? static_cast<Sample>(static_cast<std::int64_t>(value << rest) >> rest)
-                                              : static_cast<Sample>(value);
-            };
-            if (bits == 24)
-                for (std::size_t i = 0; i < count; ++i)
-                    put(i, tripleAt(packed + 3 * i));
-            else
-                forPackedBits(packed, count, bits, put);
-        }
-    });
+        });
 }
 
 } // namespace vorlen

@@ -127,7 +127,10 @@ bool ParallelWork::run(int count, unsigned long long steps, const std::function<
     if (helpers > 0) {
         __arena->place.execute([&] {
             for (int worker = 1; worker <= helpers; ++worker)
-                __arena->group.run([&round, worker] { round.takeParts(worker, [](int) {}); });
+                __arena->group.run([&round, worker] {
+                    round.takeParts(
+                        worker, [](int) {});
+                });
         });
     }
     try {

@@ -246,10 +246,12 @@ void VoxelMatrix<T>::fill(const T& value) {
 
 template <class T>
 void VoxelMatrix<T>::apply(T (*function)(T)) {
-    forEachRow(__planes, [function](T* row, int columns) {
-        for (int j = 0; j < columns; ++j)
-            row[j] = function(row[j]);
-    });
+    forEachRow(
+        __planes,
+        [function](T* row, int columns) {
+            for (int j = 0; j < columns; ++j)
+                row[j] = function(row[j]);
+        });
 }
 
 template <class T>

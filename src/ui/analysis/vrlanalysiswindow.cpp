@@ -76,8 +76,10 @@ void VRLAnalysisWindow::buildSheets() {
 void VRLAnalysisWindow::buildMenus() {
     __commands.setWindow(analysisCommands().window);
     __commands.add(analysisCommands().commands);
-    __commands.bind("window.close", [this] { close(); });
-    __commands.bind("sheet.save", [this] { __mediator->saveCurrentSheet(); });
+    __commands.bind(
+        "window.close", [this] { close(); });
+    __commands.bind(
+        "sheet.save", [this] { __mediator->saveCurrentSheet(); });
     __commands.bind("sheet.copy", [this] { __mediator->copySelection(); });
     __commands.update();
     auto* menuBar = new QMenuBar(this);

@@ -87,40 +87,76 @@ VRLRootMediator::VRLRootMediator(VRLRootWindow& window) : QObject(&window), __wi
 
 void VRLRootMediator::bindFileCommands() {
     const auto stack = [this] { return __stack != nullptr; };
-    __commands.bind("stack.new", [this] { createStack(); });
-    __commands.bind("stack.newFromFile", [this] { createStackFromFile(); });
+    __commands.bind(
+        "stack.new", [this] { createStack(); });
+    __commands.bind(
+        "stack.newFromFile", [this] { createStackFromFile(); });
     __commands.bind("stack.open", [this] { openStack(); });
     __commands.command("stack.recent").setMenu(*__recentFilesMenu);
-    __commands.bind("stack.save", [this] { saveStack(); }).enableWhen([this] {
-        return __stack != nullptr && __stack->isModified();
-    });
-    __commands.bind("stack.saveAs", [this] { saveStackAs(); }).enableWhen(stack);
-    __commands.bind("stack.close", [this] { closeStack(); }).enableWhen(stack);
+    __commands
+        .bind(
+            "stack.save", [this] { saveStack(); })
+        .enableWhen([this] { return __stack != nullptr && __stack->isModified(); });
+    __commands
+        .bind(
+            "stack.saveAs", [this] { saveStackAs(); })
+        .enableWhen(stack);
+    __commands
+        .bind(
+            "stack.close", [this] { closeStack(); })
+        .enableWhen(stack);
     __commands.bind("stack.closeAll", [this] { closeAllStacks(); }).enableWhen([this] { return numOpenStacks() > 0; });
 }
 
 void VRLRootMediator::bindEditCommands() {
     const auto stack = [this] { return __stack != nullptr; };
     const auto slice = [this] { return __slice != nullptr; };
-    __commands.bind("edit.undo", [this] { undo(); }).enableWhen([this] {
-        return __stack != nullptr && __stack->history()->isUndoable();
-    });
-    __commands.bind("edit.redo", [this] { redo(); }).enableWhen([this] {
-        return __stack != nullptr && __stack->history()->isRedoable();
-    });
-    __commands.bind("edit.clearHistory", [this] { clearHistory(); }).enableWhen([this] {
-        return __stack != nullptr && (__stack->history()->isUndoable() || __stack->history()->isRedoable());
-    });
-    __commands.bind("models.edit", [this] { runStackModelsDialog(); }).enableWhen(stack);
-    __commands.bind("slice.insert", [this] { insertSlice(); }).enableWhen(stack);
-    __commands.bind("slice.delete", [this] { deleteSlice(); }).enableWhen(slice);
-    __commands.bind("stack.findImages", [this] { findImages(); }).enableWhen([this] {
-        return __stack != nullptr && numLostImages(*__stack) > 0;
-    });
-    __commands.bind("stack.properties", [this] { runStackPropertiesDialog(); }).enableWhen(stack);
-    __commands.bind("slice.properties", [this] { runSlicePropertiesDialog(); }).enableWhen(slice);
-    __commands.bind("stack.annotate", [this] { runStackAnnotationDialog(); }).enableWhen(stack);
-    __commands.bind("slice.annotate", [this] { runSliceAnnotationDialog(); }).enableWhen(slice);
+    __commands
+        .bind(
+            "edit.undo", [this] { undo(); })
+        .enableWhen([this] { return __stack != nullptr && __stack->history()->isUndoable(); });
+    __commands
+        .bind(
+            "edit.redo", [this] { redo(); })
+        .enableWhen([this] { return __stack != nullptr && __stack->history()->isRedoable(); });
+    __commands
+        .bind(
+            "edit.clearHistory", [this] { clearHistory(); })
+        .enableWhen([this] {
+            return __stack != nullptr && (__stack->history()->isUndoable() || __stack->history()->isRedoable());
+        });
+    __commands
+        .bind(
+            "models.edit", [this] { runStackModelsDialog(); })
+        .enableWhen(stack);
+    __commands
+        .bind(
+            "slice.insert", [this] { insertSlice(); })
+        .enableWhen(stack);
+    __commands
+        .bind(
+            "slice.delete", [this] { deleteSlice(); })
+        .enableWhen(slice);
+    __commands
+        .bind(
+            "stack.findImages", [this] { findImages(); })
+        .enableWhen([this] { return __stack != nullptr && numLostImages(*__stack) > 0; });
+    __commands
+        .bind(
+            "stack.properties", [this] { runStackPropertiesDialog(); })
+        .enableWhen(stack);
+    __commands
+        .bind(
+            "slice.properties", [this] { runSlicePropertiesDialog(); })
+        .enableWhen(slice);
+    __commands
+        .bind(
+            "stack.annotate", [this] { runStackAnnotationDialog(); })
+        .enableWhen(stack);
+    __commands
+        .bind(
+            "slice.annotate", [this] { runSliceAnnotationDialog(); })
+        .enableWhen(slice);
     __commands.bind("program.preferences", [this] { runPreferencesDialog(); });
 }
 
@@ -128,11 +164,18 @@ void VRLRootMediator::bindEditCommands() {
 void VRLRootMediator::bindProcessCommands() {
     const auto stack = [this] { return __stack != nullptr; };
     const auto severalStacks = [this] { return numOpenStacks() > 1; };
-    __commands.bind("stack.register", [this] { registerCurrentStack(); }).enableWhen([this] {
-        return __stack != nullptr && __stack->getNumSlices() > 1;
-    });
-    __commands.bind("stack.reconstruct", [this] { renderCurrentStack(); }).enableWhen(stack);
-    __commands.bind("models.transfer", [this] { runStackModelExchangeDialog(); }).enableWhen(severalStacks);
+    __commands
+        .bind(
+            "stack.register", [this] { registerCurrentStack(); })
+        .enableWhen([this] { return __stack != nullptr && __stack->getNumSlices() > 1; });
+    __commands
+        .bind(
+            "stack.reconstruct", [this] { renderCurrentStack(); })
+        .enableWhen(stack);
+    __commands
+        .bind(
+            "models.transfer", [this] { runStackModelExchangeDialog(); })
+        .enableWhen(severalStacks);
     __commands.bind("stack.findSpots", [this] { runSpotExtraction(); }).enableWhen(stack);
     __commands
         .bind("stacks.normalize",
@@ -141,33 +184,51 @@ void VRLRootMediator::bindProcessCommands() {
                   window.release()->show(); // deletes itself when it is closed
               })
         .enableWhen(severalStacks);
-    __commands.bind("groups.compare", [] {
-        auto window = std::make_unique<VRLComparisonWindow>();
-        VRLComparisonWindow* const shown = window.release(); // deletes itself when it is closed
-        shown->show();
-        shown->newComparison();
-    });
-    __commands.bind("models.filter", [this] { runModelFilterDialog(); }).enableWhen(stack);
-    __commands.bind("stack.measure", [this] { runAnalysis(); }).enableWhen(stack);
+    __commands.bind(
+        "groups.compare",
+        [] {
+            auto window = std::make_unique<VRLComparisonWindow>();
+            VRLComparisonWindow* const shown = window.release(); // deletes itself when it is closed
+            shown->show();
+            shown->newComparison();
+        });
+    __commands
+        .bind(
+            "models.filter", [this] { runModelFilterDialog(); })
+        .enableWhen(stack);
+    __commands
+        .bind(
+            "stack.measure", [this] { runAnalysis(); })
+        .enableWhen(stack);
     __commands.bind("stacks.spotDistances", [this] { runOmbrelAction1(); });
 }
 
 void VRLRootMediator::bindViewCommands() {
     const auto last = [this] { return __stack == nullptr ? -1 : __stack->getNumSlices() - 1; };
-    __commands.bind("view.panorama", [this] { showPanorama(); });
-    __commands.bind("view.slice", [this] { showPlainview(); });
-    __commands.bind("view.overview", [this] { showOverview(__commands.action("view.overview").isChecked()); })
+    __commands.bind(
+        "view.panorama", [this] { showPanorama(); });
+    __commands.bind(
+        "view.slice", [this] { showPlainview(); });
+    __commands
+        .bind(
+            "view.overview", [this] { showOverview(__commands.action("view.overview").isChecked()); })
         .enableWhen([this] { return __slice != nullptr; });
-    __commands.bind("view.contrast", [this] { showContrast(); }).enableWhen([this] { return __slice != nullptr; });
-    __commands.bind("slice.first", [this] { setFirstSlice(); }).enableWhen([this, last] {
-        return last() >= 0 && !isAt(0);
-    });
-    __commands.bind("slice.last", [this] { setLastSlice(); }).enableWhen([this, last] {
-        return last() >= 0 && !isAt(last());
-    });
-    __commands.bind("slice.next", [this] { setNextSlice(); }).enableWhen([this, last] {
-        return __slice != nullptr && !isAt(last());
-    });
+    __commands
+        .bind(
+            "view.contrast", [this] { showContrast(); })
+        .enableWhen([this] { return __slice != nullptr; });
+    __commands
+        .bind(
+            "slice.first", [this] { setFirstSlice(); })
+        .enableWhen([this, last] { return last() >= 0 && !isAt(0); });
+    __commands
+        .bind(
+            "slice.last", [this] { setLastSlice(); })
+        .enableWhen([this, last] { return last() >= 0 && !isAt(last()); });
+    __commands
+        .bind(
+            "slice.next", [this] { setNextSlice(); })
+        .enableWhen([this, last] { return __slice != nullptr && !isAt(last()); });
     __commands.bind("slice.previous", [this] { setPreviousSlice(); }).enableWhen([this] {
         return __slice != nullptr && !isAt(0);
     });
@@ -178,17 +239,28 @@ void VRLRootMediator::bindViewCommands() {
 }
 
 void VRLRootMediator::bindWindowCommands() {
-    __commands.bind("window.new", [this] { __window.newWindow(); });
-    __commands.bind("window.close", [this] { __window.close(); });
-    __commands.bind("program.quit", [this] { __window.quit(); });
-    __commands.bind("show.toolBar", [this] { __window.toggleToolBar(); });
-    __commands.bind("show.browser", [this] { __window.toggleBrowser(); });
-    __commands.bind("show.statusBar", [this] { __window.toggleStatusBar(); });
-    __commands.bind("help.guide", [this] { __window.openGuide(); });
-    __commands.bind("help.homepage", [this] { __window.openHomepage(); });
-    __commands.bind("help.manual", [this] { __window.openPDFManual(); });
-    __commands.bind("help.mailingList", [this] { __window.subscribeMailingList(); });
-    __commands.bind("help.shortcuts", [this] { __window.showShortcuts(); });
+    __commands.bind(
+        "window.new", [this] { __window.newWindow(); });
+    __commands.bind(
+        "window.close", [this] { __window.close(); });
+    __commands.bind(
+        "program.quit", [this] { __window.quit(); });
+    __commands.bind(
+        "show.toolBar", [this] { __window.toggleToolBar(); });
+    __commands.bind(
+        "show.browser", [this] { __window.toggleBrowser(); });
+    __commands.bind(
+        "show.statusBar", [this] { __window.toggleStatusBar(); });
+    __commands.bind(
+        "help.guide", [this] { __window.openGuide(); });
+    __commands.bind(
+        "help.homepage", [this] { __window.openHomepage(); });
+    __commands.bind(
+        "help.manual", [this] { __window.openPDFManual(); });
+    __commands.bind(
+        "help.mailingList", [this] { __window.subscribeMailingList(); });
+    __commands.bind(
+        "help.shortcuts", [this] { __window.showShortcuts(); });
     __commands.bind("help.about", [this] { __window.about(); });
 }
 
@@ -375,36 +447,43 @@ void VRLRootMediator::stackHistoryChange() {
 
 /// Builds the file commands for one use, with the status bar as monitor; a stack that comes out becomes current.
 void VRLRootMediator::withStackIO(const QString& task, const std::function<VRLStack*(VRLStackIO&)>& command) {
-    guarded(task, [this, &command] {
-        VRLStackIO io(&__window);
-        io.addMonitor(*__statusBar);
-        if (VRLStack* stack = command(io)) {
-            setStack(*stack);
-            __sliceWidget->getCanvas().setFocus(); // the keys lead through the slices at once
-        }
-        if (!io.getNotice().isEmpty())
-            __statusBar->setMessage(io.getNotice());
-    });
+    guarded(
+        task,
+        [this, &command] {
+            VRLStackIO io(&__window);
+            io.addMonitor(*__statusBar);
+            if (VRLStack* stack = command(io)) {
+                setStack(*stack);
+                __sliceWidget->getCanvas().setFocus(); // the keys lead through the slices at once
+            }
+            if (!io.getNotice().isEmpty())
+                __statusBar->setMessage(io.getNotice());
+        });
 }
 
 void VRLRootMediator::createStack() {
-    withStackIO("New stack", [](VRLStackIO& io) { return io.newStack(); });
+    withStackIO(
+        "New stack", [](VRLStackIO& io) { return io.newStack(); });
 }
 
 void VRLRootMediator::createStackFromFile() {
-    withStackIO("New stack from file", [](VRLStackIO& io) { return io.newStackFromFile(); });
+    withStackIO(
+        "New stack from file", [](VRLStackIO& io) { return io.newStackFromFile(); });
 }
 
 void VRLRootMediator::openStack() {
-    withStackIO("Open stack", [](VRLStackIO& io) { return io.openStack(); });
+    withStackIO(
+        "Open stack", [](VRLStackIO& io) { return io.openStack(); });
 }
 
 void VRLRootMediator::openStack(const QString& file) {
-    withStackIO("Open stack", [&file](VRLStackIO& io) { return io.openStack(QFile::encodeName(file).toStdString()); });
+    withStackIO(
+        "Open stack", [&file](VRLStackIO& io) { return io.openStack(QFile::encodeName(file).toStdString()); });
 }
 
 void VRLRootMediator::openDropped(const QStringList& paths) {
-    withStackIO("Open stack", [&paths](VRLStackIO& io) { return io.openDropped(paths); });
+    withStackIO(
+        "Open stack", [&paths](VRLStackIO& io) { return io.openDropped(paths); });
 }
 
 void VRLRootMediator::updateRecentFilesMenu() {
@@ -417,34 +496,42 @@ void VRLRootMediator::updateRecentFilesMenu() {
 }
 
 void VRLRootMediator::saveStack() {
-    withStackIO("Save stack", [this](VRLStackIO& io) {
-        if (__stack != nullptr)
-            io.saveStack(*__stack);
-        return static_cast<VRLStack*>(nullptr);
-    });
+    withStackIO(
+        "Save stack",
+        [this](VRLStackIO& io) {
+            if (__stack != nullptr)
+                io.saveStack(*__stack);
+            return static_cast<VRLStack*>(nullptr);
+        });
 }
 
 void VRLRootMediator::saveStackAs() {
-    withStackIO("Save stack as...", [this](VRLStackIO& io) {
-        if (__stack != nullptr)
-            io.saveStackAs(*__stack);
-        return static_cast<VRLStack*>(nullptr);
-    });
+    withStackIO(
+        "Save stack as...",
+        [this](VRLStackIO& io) {
+            if (__stack != nullptr)
+                io.saveStackAs(*__stack);
+            return static_cast<VRLStack*>(nullptr);
+        });
 }
 
 void VRLRootMediator::closeStack() {
-    withStackIO("Close stack", [this](VRLStackIO& io) {
-        if (__stack != nullptr)
-            io.closeStack(*__stack);
-        return static_cast<VRLStack*>(nullptr);
-    });
+    withStackIO(
+        "Close stack",
+        [this](VRLStackIO& io) {
+            if (__stack != nullptr)
+                io.closeStack(*__stack);
+            return static_cast<VRLStack*>(nullptr);
+        });
 }
 
 void VRLRootMediator::closeAllStacks() {
-    withStackIO("Close all", [](VRLStackIO& io) {
-        io.closeAllStacks();
-        return static_cast<VRLStack*>(nullptr);
-    });
+    withStackIO(
+        "Close all",
+        [](VRLStackIO& io) {
+            io.closeAllStacks();
+            return static_cast<VRLStack*>(nullptr);
+        });
 }
 
 void VRLRootMediator::undo() {
@@ -534,21 +621,25 @@ void VRLRootMediator::runModelFilterDialog() {
 }
 
 void VRLRootMediator::insertSlice() {
-    withStackIO("Insert slice...", [this](VRLStackIO& io) {
-        if (__stack != nullptr && __slice != nullptr)
-            io.insertSlice(*__stack, __stack->findSlice(*__slice));
-        else if (__stack != nullptr)
-            io.insertSlice(*__stack);
-        return static_cast<VRLStack*>(nullptr);
-    });
+    withStackIO(
+        "Insert slice...",
+        [this](VRLStackIO& io) {
+            if (__stack != nullptr && __slice != nullptr)
+                io.insertSlice(*__stack, __stack->findSlice(*__slice));
+            else if (__stack != nullptr)
+                io.insertSlice(*__stack);
+            return static_cast<VRLStack*>(nullptr);
+        });
 }
 
 void VRLRootMediator::findImages() {
-    withStackIO("Find images...", [this](VRLStackIO& io) {
-        if (__stack != nullptr)
-            io.findImages(*__stack);
-        return static_cast<VRLStack*>(nullptr);
-    });
+    withStackIO(
+        "Find images...",
+        [this](VRLStackIO& io) {
+            if (__stack != nullptr)
+                io.findImages(*__stack);
+            return static_cast<VRLStack*>(nullptr);
+        });
 }
 
 void VRLRootMediator::deleteSlice() {

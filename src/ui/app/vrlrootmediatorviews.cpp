@@ -141,11 +141,13 @@ void VRLRootMediator::bindSample() {
         __statusBar->setMessage("The sample stack is made in " + QFileInfo(SampleStack::file()).path() + "...");
         __commands.update("help.sample");
     });
-    connect(&__sample, &SampleStack::ready, this, [this](const QString& file) {
-        __statusBar->setMessage(QString());
-        __commands.update("help.sample");
-        openStack(file);
-    });
+    connect(
+        &__sample, &SampleStack::ready, this,
+        [this](const QString& file) {
+            __statusBar->setMessage(QString());
+            __commands.update("help.sample");
+            openStack(file);
+        });
     connect(&__sample, &SampleStack::failed, this, [this](const QString& reason) {
         __statusBar->setMessage(QString());
         guarded(__commands.action("help.sample").text(), [&reason] { throw std::runtime_error(reason.toStdString()); });
@@ -164,35 +166,56 @@ void VRLRootMediator::bindWorkspaceCommands() {
         if (!shown.isHidden())
             shown.raise();
     };
-    __commands.bind("show.models", [toggle] { toggle(&Workspace::modelDock); });
-    __commands.bind("show.history", [toggle] { toggle(&Workspace::historyDock); });
-    __commands.bind("show.toolOptions", [toggle] { toggle(&Workspace::optionsDock); });
-    __commands.bind("show.cuts", [toggle] { toggle(&Workspace::cutsDock); });
-    __commands.bind("show.scene", [toggle] { toggle(&Workspace::sceneDock); });
+    __commands.bind(
+        "show.models", [toggle] { toggle(&Workspace::modelDock); });
+    __commands.bind(
+        "show.history", [toggle] { toggle(&Workspace::historyDock); });
+    __commands.bind(
+        "show.toolOptions", [toggle] { toggle(&Workspace::optionsDock); });
+    __commands.bind(
+        "show.cuts", [toggle] { toggle(&Workspace::cutsDock); });
+    __commands.bind(
+        "show.scene", [toggle] { toggle(&Workspace::sceneDock); });
     __commands.bind("show.panes", [this] { __workspace->showPanes(); }).enableWhen(stack);
     __commands
-        .bind("model.new",
-              [this] {
-                  __workspace->modelDock().show();
-                  __workspace->modelDock().raise();
-                  __workspace->models().createModel();
-              })
+        .bind(
+            "model.new",
+            [this] {
+                __workspace->modelDock().show();
+                __workspace->modelDock().raise();
+                __workspace->models().createModel();
+            })
         .enableWhen(stack);
-    __commands.bind("model.rename", [this] { __workspace->models().renameCurrent(); }).enableWhen(model);
-    __commands.bind("model.colour", [this] { __workspace->models().recolourCurrent(); }).enableWhen(model);
-    __commands.bind("slice.flip", [this] { flipSlices(); }).enableWhen([this] { return __slicePaired != nullptr; });
-    __commands.bind("slice.nextLacking", [this] { setNextLackingSlice(); }).enableWhen(model);
-    __commands.bind("view.crosshair", [this] { toggleCrosshair(); });
     __commands
-        .bind("crosshair.place",
-              [this] {
-                  if (__sliceWidget->getMediator().getCrosshair().setPlaceUnderPointer())
-                      Crosshair::crosshair().setShown(true);
-              })
+        .bind(
+            "model.rename", [this] { __workspace->models().renameCurrent(); })
+        .enableWhen(model);
+    __commands
+        .bind(
+            "model.colour", [this] { __workspace->models().recolourCurrent(); })
+        .enableWhen(model);
+    __commands
+        .bind(
+            "slice.flip", [this] { flipSlices(); })
+        .enableWhen([this] { return __slicePaired != nullptr; });
+    __commands
+        .bind(
+            "slice.nextLacking", [this] { setNextLackingSlice(); })
+        .enableWhen(model);
+    __commands.bind(
+        "view.crosshair", [this] { toggleCrosshair(); });
+    __commands
+        .bind(
+            "crosshair.place",
+            [this] {
+                if (__sliceWidget->getMediator().getCrosshair().setPlaceUnderPointer())
+                    Crosshair::crosshair().setShown(true);
+            })
         .enableWhen([this] { return __slice != nullptr; });
-    __commands.bind("crosshair.find", [this] { goToCrosshair(); }).enableWhen([this] {
-        return __stack != nullptr && Crosshair::crosshair().placeIn(*__stack).has_value();
-    });
+    __commands
+        .bind(
+            "crosshair.find", [this] { goToCrosshair(); })
+        .enableWhen([this] { return __stack != nullptr && Crosshair::crosshair().placeIn(*__stack).has_value(); });
     __commands.bind("view.scaleBar", [this] { showScaleBar(!__sliceWidget->getCanvas().isScaleBarShown()); });
     __commands.bind("view.ghosts", [this] {
         VRLRootSliceEditWidgetMediator& editor = __sliceWidget->getMediator();
@@ -274,10 +297,12 @@ void VRLRootMediator::setNextLackingSlice() {
 }
 
 void VRLRootMediator::goInHistory(int numSteps) {
-    guarded("History", [this, numSteps] {
-        for (int i = 0; i < std::abs(numSteps) && __stack != nullptr && !__locked; ++i)
-            numSteps > 0 ? undo() : redo();
-    });
+    guarded(
+        "History",
+        [this, numSteps] {
+            for (int i = 0; i < std::abs(numSteps) && __stack != nullptr && !__locked; ++i)
+                numSteps > 0 ? undo() : redo();
+        });
 }
 
 void VRLRootMediator::modelCreateEvent(VRLModelCreateEvent&) {

@@ -276,12 +276,16 @@ QLayout* ShortcutsDialog::newEditor() {
     __conflict->setWordWrap(true);
     __conflict->setObjectName("shortcut.conflict");
     connect(__key, &QKeySequenceEdit::keySequenceChanged, this, &ShortcutsDialog::keyTyped);
-    connect(__change, &QPushButton::clicked, this, [this] { change(__key->keySequence()); });
-    connect(__none, &QPushButton::clicked, this, [this] { change(QKeySequence()); });
-    connect(__own, &QPushButton::clicked, this, [this] {
-        if (const Entry* const entry = current())
-            ChosenKeys::instance().reset(entry->window, entry->info);
-    });
+    connect(
+        __change, &QPushButton::clicked, this, [this] { change(__key->keySequence()); });
+    connect(
+        __none, &QPushButton::clicked, this, [this] { change(QKeySequence()); });
+    connect(
+        __own, &QPushButton::clicked, this,
+        [this] {
+            if (const Entry* const entry = current())
+                ChosenKeys::instance().reset(entry->window, entry->info);
+        });
     connect(__allOwn, &QPushButton::clicked, this, [] { ChosenKeys::instance().resetAll(); });
     auto* const row = new QHBoxLayout;
     row->addWidget(__name, 1);

@@ -94,10 +94,20 @@ VRLComparisonWindow::~VRLComparisonWindow() {
 void VRLComparisonWindow::buildMenus() {
     CommandRegistry& registry = commands();
     registry.action("show.panel").setChecked(true);
-    registry.bind("show.panel", [this] { __panelArea->setVisible(commands().action("show.panel").isChecked()); });
-    registry.bind("comparison.new", [this] { newComparison(); }).enableWhen([this] { return !isRunning(); });
-    registry.bind("comparison.cancel", [this] { cancelComparison(); }).enableWhen([this] { return isRunning(); });
-    registry.bind("comparison.save", [this] { saveResults(); }).enableWhen([this] { return __done != nullptr; });
+    registry.bind(
+        "show.panel", [this] { __panelArea->setVisible(commands().action("show.panel").isChecked()); });
+    registry
+        .bind(
+            "comparison.new", [this] { newComparison(); })
+        .enableWhen([this] { return !isRunning(); });
+    registry
+        .bind(
+            "comparison.cancel", [this] { cancelComparison(); })
+        .enableWhen([this] { return isRunning(); });
+    registry
+        .bind(
+            "comparison.save", [this] { saveResults(); })
+        .enableWhen([this] { return __done != nullptr; });
     registry.bind("window.close", [this] { close(); });
     __menuBar = new QMenuBar(this);
     for (const CommandMenu& menu : comparisonCommands().menus)
@@ -149,10 +159,13 @@ QWidget* VRLComparisonWindow::buildPanel() {
     layout->addLayout(choices);
     layout->addLayout(slider);
     layout->addWidget(__scale);
-    connect(__map, &QComboBox::activated, this, [this](int map) { setMap(ComparedMap(map)); });
-    connect(__axis, &QComboBox::activated, this, [this](int axis) {
-        setPlane(axis, __pictures ? __done->getComparison().getValues().lattice->getSize(axis) / 2 : 0);
-    });
+    connect(
+        __map, &QComboBox::activated, this, [this](int map) { setMap(ComparedMap(map)); });
+    connect(
+        __axis, &QComboBox::activated, this,
+        [this](int axis) {
+            setPlane(axis, __pictures ? __done->getComparison().getValues().lattice->getSize(axis) / 2 : 0);
+        });
     connect(__slice, &QSlider::valueChanged, this, [this](int index) { setPlane(__axis->currentIndex(), index); });
     connect(__table, &QTableWidget::itemSelectionChanged, this, &VRLComparisonWindow::goToPeak);
     return panel;

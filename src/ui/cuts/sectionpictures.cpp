@@ -59,19 +59,21 @@ void SectionPictures::readMissing(const Stack& stack) {
 
 // Pictures that come late, of a stack or an image that is shown no more, are dropped.
 void SectionPictures::read(const Stack& stack, const std::vector<int>& places, int side) {
-    start(stack, [this, places, side, generation = __generation](const Stack& copy, ProgressSubject& progress) {
-        for (const int place : places) {
-            if (progress.isCanceled())
-                return;
-            const std::shared_ptr<Image> picture = smallPictureOf(copy.getSlice(place), side);
-            tell([this, slice = original(place), picture, generation] {
-                if (generation != __generation)
+    start(
+        stack,
+        [this, places, side, generation = __generation](const Stack& copy, ProgressSubject& progress) {
+            for (const int place : places) {
+                if (progress.isCanceled())
                     return;
-                __pictures[slice] = picture;
-                emit pictureRead();
-            });
-        }
-    });
+                const std::shared_ptr<Image> picture = smallPictureOf(copy.getSlice(place), side);
+                tell([this, slice = original(place), picture, generation] {
+                    if (generation != __generation)
+                        return;
+                    __pictures[slice] = picture;
+                    emit pictureRead();
+                });
+            }
+        });
 }
 
 void SectionPictures::forget() {

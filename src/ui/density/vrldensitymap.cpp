@@ -159,7 +159,8 @@ DensityMapView& VRLDensityMap::addView(const VRLDensityMapViewConfig& config) {
 }
 
 void VRLDensityMap::removeView(const DensityMapView& view) {
-    std::erase_if(__views, [&view](const std::unique_ptr<DensityMapView>& each) { return each.get() == &view; });
+    std::erase_if(
+        __views, [&view](const std::unique_ptr<DensityMapView>& each) { return each.get() == &view; });
 }
 
 std::vector<std::string> VRLDensityMap::save(const std::string& fileName) const {

@@ -65,10 +65,12 @@ void VRLModelExchangeDialogMediator::initialize() {
         Side& other = side == &__left ? __right : __left;
         for (int i = 0; i < server.getNumStacks(); ++i)
             side->stacks->addStack(server.getStack(i));
-        connect(side->stacks, &VRLStackListWidget::selectionChanged, this,
-                [this, side, &other] { stackSelectionChange(*side, other); });
-        connect(side->models, &QListWidget::itemSelectionChanged, this,
-                [this, side, &other] { modelSelectionChange(*side, other); });
+        connect(
+            side->stacks, &VRLStackListWidget::selectionChanged, this,
+            [this, side, &other] { stackSelectionChange(*side, other); });
+        connect(
+            side->models, &QListWidget::itemSelectionChanged, this,
+            [this, side, &other] { modelSelectionChange(*side, other); });
         connect(side->send, &QPushButton::clicked, this, [this, side, &other] { transfer(*side, other); });
     }
     connect(__undo, &QPushButton::clicked, this, &VRLModelExchangeDialogMediator::undo);

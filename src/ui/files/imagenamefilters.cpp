@@ -30,9 +30,9 @@ QStringList imageNameFilters() {
 }
 
 bool isImageName(const QString& name) {
-    return std::any_of(std::begin(suffixes), std::end(suffixes), [&name](const char* suffix) {
-        return name.endsWith(QString(".") + suffix, Qt::CaseInsensitive);
-    });
+    return std::any_of(
+        std::begin(suffixes), std::end(suffixes),
+        [&name](const char* suffix) { return name.endsWith(QString(".") + suffix, Qt::CaseInsensitive); });
 }
 
 } // namespace vorlen

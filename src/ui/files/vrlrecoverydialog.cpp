@@ -40,8 +40,10 @@ VRLRecoveryDialog::VRLRecoveryDialog(const QList<VRLRecovery::Leftover>& leftove
         __answer = answer;
         accept();
     };
-    connect(recover, &QPushButton::clicked, this, [close] { close(Answer::Recover); });
-    connect(discard, &QPushButton::clicked, this, [close] { close(Answer::Discard); });
+    connect(
+        recover, &QPushButton::clicked, this, [close] { close(Answer::Recover); });
+    connect(
+        discard, &QPushButton::clicked, this, [close] { close(Answer::Discard); });
     connect(later, &QPushButton::clicked, this, [close] { close(Answer::Later); });
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(discard);

@@ -80,8 +80,8 @@ void VRLFusionConfigDialogMediator::selectedStacksChange() {
 }
 
 void VRLFusionConfigDialogMediator::updateStrategyPanel() {
-    __strategy.setEnabled(std::any_of(structures().begin(), structures().end(),
-                                      [](const auto& structure) { return structure.isReference(); }));
+    __strategy.setEnabled(std::any_of(
+        structures().begin(), structures().end(), [](const auto& structure) { return structure.isReference(); }));
 }
 
 void VRLFusionConfigDialogMediator::referenceFlagChange(VRLFusionSurfaceStructure<float>&) {
@@ -98,15 +98,17 @@ void VRLFusionConfigDialogMediator::computeResamplingErrorFromValues(VRLFusionSu
 }
 
 void VRLFusionConfigDialogMediator::computeResamplingErrors() {
-    guarded(&__structures, "The resampling error cannot be computed.", [this] {
-        const WaitCursor cursor;
-        for (VRLFusionSurfaceStructure<float>* structure : __structures.getTable().selectedStructures()) {
-            if (structure->getResamplingError() < 0) {
-                computeResamplingErrorFromValues(*structure);
-                __structures.getTable().updateStructure(*structure);
+    guarded(
+        &__structures, "The resampling error cannot be computed.",
+        [this] {
+            const WaitCursor cursor;
+            for (VRLFusionSurfaceStructure<float>* structure : __structures.getTable().selectedStructures()) {
+                if (structure->getResamplingError() < 0) {
+                    computeResamplingErrorFromValues(*structure);
+                    __structures.getTable().updateStructure(*structure);
+                }
             }
-        }
-    });
+        });
 }
 
 void VRLFusionConfigDialogMediator::computeResamplingValuesFromError(VRLFusionSurfaceStructure<float>& structure) {

@@ -137,7 +137,8 @@ VRLFusionConfigDialogStructurePanel::VRLFusionConfigDialogStructurePanel(QWidget
     layout->addWidget(__table, 1);
     layout->addWidget(__button, 0, Qt::AlignRight);
     connect(__table, &QTableWidget::itemSelectionChanged, this, &VRLFusionConfigDialogStructurePanel::updateButton);
-    connect(__table, &VRLFusionStructureTable::resamplingValuesChanged, this, [this] { __button->setEnabled(true); });
+    connect(
+        __table, &VRLFusionStructureTable::resamplingValuesChanged, this, [this] { __button->setEnabled(true); });
     connect(__table, &VRLFusionStructureTable::resamplingErrorChanged, this, [this] { __button->setEnabled(false); });
     connect(__button, &QPushButton::clicked, this, [this] {
         emit errorButtonClicked();

@@ -101,15 +101,32 @@ VRLFusionWindowMediator::~VRLFusionWindowMediator() {
 void VRLFusionWindowMediator::bindCommands() {
     const auto notRunning = [this] { return __status != Running; };
     const auto displaying = [this] { return __status == Displaying; };
-    commands().bind("fusion.new", [this] { newFusion(); }).enableWhen(notRunning);
-    commands().bind("fusion.cancel", [this] { cancelFusion(); }).enableWhen([this] { return __status == Running; });
-    commands().bind("fusion.summary", [this] { fusionSummary(); }).enableWhen(displaying);
-    commands().bind("fusion.export", [this] { exportResults(); }).enableWhen(displaying);
     commands()
-        .bind("fusion.variation", [this] { showVariation(commands().action("fusion.variation").isChecked()); })
+        .bind(
+            "fusion.new", [this] { newFusion(); })
+        .enableWhen(notRunning);
+    commands()
+        .bind(
+            "fusion.cancel", [this] { cancelFusion(); })
+        .enableWhen([this] { return __status == Running; });
+    commands()
+        .bind(
+            "fusion.summary", [this] { fusionSummary(); })
         .enableWhen(displaying);
-    commands().bind("fusion.compare", [this] { compareGroups(); }).enableWhen(displaying);
-    commands().bind("window.new", [this] { newWindow(); });
+    commands()
+        .bind(
+            "fusion.export", [this] { exportResults(); })
+        .enableWhen(displaying);
+    commands()
+        .bind(
+            "fusion.variation", [this] { showVariation(commands().action("fusion.variation").isChecked()); })
+        .enableWhen(displaying);
+    commands()
+        .bind(
+            "fusion.compare", [this] { compareGroups(); })
+        .enableWhen(displaying);
+    commands().bind(
+        "window.new", [this] { newWindow(); });
     commands().bind("window.close", [this] { __window.close(); });
 }
 

@@ -101,11 +101,13 @@ bool VRLImageReader::__readOverview() {
     std::stop_source stop;
     if (section->getLevels().empty()) {
         try {
-            section->build(stop.get_token(), [&](double done) {
-                notifyProgressed(static_cast<unsigned int>(100 * done), 100u);
-                if (isCanceled())
-                    stop.request_stop();
-            });
+            section->build(
+                stop.get_token(),
+                [&](double done) {
+                    notifyProgressed(static_cast<unsigned int>(100 * done), 100u);
+                    if (isCanceled())
+                        stop.request_stop();
+                });
         } catch (const FileWriteError&) { // no room to keep it: as long as memory suffices
             return false;
         }
@@ -130,8 +132,8 @@ bool VRLImageReader::__readSamples() {
     }
 }
 
-/// A picture that can only be decoded from its beginning: by its rows, of which few are in memory at a time. False for a
-/// source that is to be read as a whole.
+/// A picture that can only be decoded from its beginning: by its rows, of which few are in memory at a time. False for
+/// a source that is to be read as a whole.
 bool VRLImageReader::__readReduced() {
     const int side = thumbnailSamples * __thumbnailSide;
     const auto place = side == 0 || __source->getSize1() < 2 * side || __source->getSize2() < 2 * side
@@ -140,10 +142,12 @@ bool VRLImageReader::__readReduced() {
     if (!place)
         return false;
     try {
-        return readReduced(*__image, place->filename, place->page, place->channel, side, [this](double done) {
-            notifyProgressed(static_cast<unsigned int>(100 * done), 100u);
-            return !isCanceled();
-        });
+        return readReduced(
+            *__image, place->filename, place->page, place->channel, side,
+            [this](double done) {
+                notifyProgressed(static_cast<unsigned int>(100 * done), 100u);
+                return !isCanceled();
+            });
     } catch (const Exception&) {
         return false; // whoever reads all of it tells why
     }

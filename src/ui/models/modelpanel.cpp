@@ -125,12 +125,15 @@ void ModelPanel::makeList() {
         others += column == ModelTable::Name ? 0 : header.sectionSize(column);
     __list->setMinimumWidth(others + leastNameWidth); // a name is seen, and can be typed, however narrow the panel is
     connect(__list, &QTreeView::clicked, this, &ModelPanel::clicked);
-    connect(__list->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
-            [this](QWidget*, QAbstractItemDelegate::EndEditHint hint) { endNaming(hint); });
-    connect(__list, &QTreeView::collapsed, this, [this](const QModelIndex& group) {
-        if (__filter->text().isEmpty())
-            __folded.insert(group.siblingAtColumn(ModelTable::Name).data().toString());
-    });
+    connect(
+        __list->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
+        [this](QWidget*, QAbstractItemDelegate::EndEditHint hint) { endNaming(hint); });
+    connect(
+        __list, &QTreeView::collapsed, this,
+        [this](const QModelIndex& group) {
+            if (__filter->text().isEmpty())
+                __folded.insert(group.siblingAtColumn(ModelTable::Name).data().toString());
+        });
     connect(__list, &QTreeView::expanded, this, [this](const QModelIndex& group) {
         if (__filter->text().isEmpty())
             __folded.erase(group.siblingAtColumn(ModelTable::Name).data().toString());
@@ -460,7 +463,8 @@ void ModelPanel::showMenu(const QPoint& position) {
     menu.addSeparator();
     fillGroupMenu(*menu.addMenu("Group"));
     menu.addSeparator();
-    menu.addAction("Show only this", this, [&] { __views.showOnly(model); });
+    menu.addAction(
+        "Show only this", this, [&] { __views.showOnly(model); });
     menu.addAction("Show all", this, [&] { __views.showAll(); });
     menu.addSeparator();
     menu.addAction("Delete", this, &ModelPanel::deleteCurrent);
@@ -493,9 +497,12 @@ void ModelPanel::fillMenuOfGroup(QMenu& menu, const QModelIndex& index) {
         __list->edit(QModelIndex(row).siblingAtColumn(ModelTable::Name));
     });
     menu.addSeparator();
-    menu.addAction("Show only this group", this, [this, models] { __views.showOnly(models); });
-    menu.addAction("Show all", this, [this] { __views.showAll(); });
-    menu.addAction("Lock all of the group", this, [this, models] { __views.setLocked(models, true); });
+    menu.addAction(
+        "Show only this group", this, [this, models] { __views.showOnly(models); });
+    menu.addAction(
+        "Show all", this, [this] { __views.showAll(); });
+    menu.addAction(
+        "Lock all of the group", this, [this, models] { __views.setLocked(models, true); });
     menu.addAction("Unlock all of the group", this, [this, models] { __views.setLocked(models, false); });
     menu.addSeparator();
     menu.addAction("Dissolve group", this,

@@ -50,7 +50,8 @@ void VRLModelDialogMediator::setButtons(QPushButton& newButton, QPushButton& del
 
 void VRLModelDialogMediator::initialize() {
     connect(__list, &QListWidget::itemSelectionChanged, this, &VRLModelDialogMediator::modelSelectionChange);
-    connect(__newButton, &QPushButton::clicked, this, [this] { setModeCreation(); });
+    connect(
+        __newButton, &QPushButton::clicked, this, [this] { setModeCreation(); });
     connect(__deleteButton, &QPushButton::clicked, this,
             [this] { guarded(&__dialog, "The models cannot be deleted.", [this] { deleteSelectedModels(); }); });
     connect(__applyButton, &QPushButton::clicked, this, &VRLModelDialogMediator::apply);
@@ -267,12 +268,14 @@ void VRLModelDialogMediator::modelPropertiesEvent(VRLModelPropertiesEvent& event
 }
 
 void VRLModelDialogMediator::apply() {
-    guarded(&__dialog, "The models cannot be changed.", [this] {
-        if (__mode == Creation)
-            applyCreation();
-        else
-            applyEdition();
-    });
+    guarded(
+        &__dialog, "The models cannot be changed.",
+        [this] {
+            if (__mode == Creation)
+                applyCreation();
+            else
+                applyEdition();
+        });
 }
 
 void VRLModelDialogMediator::cancel() {

@@ -352,14 +352,17 @@ VRLPanoramaItem& VRLPanorama::builtItem(int i) {
         __spareItems.pop_back();
     } else {
         item = new VRLPanoramaItem(__mainWidget);
-        connect(item, &VRLPanoramaItem::selected, this, [this](VRLPanoramaItem& one) { select(indexOf(one)); });
+        connect(
+            item, &VRLPanoramaItem::selected, this, [this](VRLPanoramaItem& one) { select(indexOf(one)); });
         connect(item, &VRLPanoramaItem::extended, this, [this](VRLPanoramaItem& one, Qt::KeyboardModifiers modifiers) {
             modifiers& Qt::ShiftModifier ? extendTo(indexOf(one)) : toggle(indexOf(one));
         });
-        connect(item, &VRLPanoramaItem::activated, this, [this](VRLPanoramaItem& one) {
-            select(indexOf(one));
-            emit sliceActivated(*one.getSlice());
-        });
+        connect(
+            item, &VRLPanoramaItem::activated, this,
+            [this](VRLPanoramaItem& one) {
+                select(indexOf(one));
+                emit sliceActivated(*one.getSlice());
+            });
         connect(item, &VRLPanoramaItem::deactivated, this,
                 [this](VRLPanoramaItem& one) { emit sliceDeactivated(*one.getSlice()); });
     }

@@ -60,8 +60,8 @@ void BendingRun::bend(const Stack& stack, const ElasticOptions& options, const s
 }
 
 int BendingRun::numBent() const {
-    return int(std::count_if(__found.slices.begin(), __found.slices.end(),
-                             [](const SliceBending& slice) { return slice.bent; }));
+    return int(std::count_if(
+        __found.slices.begin(), __found.slices.end(), [](const SliceBending& slice) { return slice.bent; }));
 }
 
 QString BendingRun::open(QWidget& window) {

@@ -44,7 +44,8 @@ constexpr double clickTolerance = 2;
 } // namespace
 
 int numPairs(const std::vector<Landmark>& landmarks) {
-    return int(std::count_if(landmarks.begin(), landmarks.end(), [](const Landmark& mark) { return mark.isPair(); }));
+    return int(std::count_if(
+        landmarks.begin(), landmarks.end(), [](const Landmark& mark) { return mark.isPair(); }));
 }
 
 Registration fitOfLandmarks(std::vector<Landmark>& landmarks, const StackSlice& foreground,

@@ -139,20 +139,44 @@ void VRLRegistrationMediator::bindCommands() {
     const auto current = [this] { return __slice != nullptr; };
     const auto movable = [this] { return __slice != nullptr && !isLocked(); };
     const auto stack = [this] { return __stack != nullptr; };
-    __commands.bind("registration.apply", [this] { apply(); }).enableWhen(movable);
-    __commands.bind("registration.reset", [this] { reset(); }).enableWhen(movable);
-    __commands.bind("registration.restore", [this] { restore(); }).enableWhen(current);
-    __commands.bind("registration.lock", [this] { setLocked(!isLocked()); }).enableWhen(current);
-    __commands.bind("registration.run", [this] { registerCurrentSlice(); }).enableWhen(movable);
-    __commands.bind("registration.runAll", [this] { registerAllSlices(); }).enableWhen(stack);
-    __commands.bind("registration.bend", [this] { bendSlices(); }).enableWhen(stack);
-    __commands.bind("registration.cancelRun", [this] { cancelAutomaticRegistration(); }).enableWhen([this] {
-        return isRunning() || __canvas.isLandmarkMode();
-    });
-    __commands.bind("window.close", [this] { __window.close(); });
-    __commands.bind("edit.undo", [this] { undo(); }).enableWhen([this] {
-        return __stack != nullptr && (isPending() || __stack->history()->isUndoable());
-    });
+    __commands
+        .bind(
+            "registration.apply", [this] { apply(); })
+        .enableWhen(movable);
+    __commands
+        .bind(
+            "registration.reset", [this] { reset(); })
+        .enableWhen(movable);
+    __commands
+        .bind(
+            "registration.restore", [this] { restore(); })
+        .enableWhen(current);
+    __commands
+        .bind(
+            "registration.lock", [this] { setLocked(!isLocked()); })
+        .enableWhen(current);
+    __commands
+        .bind(
+            "registration.run", [this] { registerCurrentSlice(); })
+        .enableWhen(movable);
+    __commands
+        .bind(
+            "registration.runAll", [this] { registerAllSlices(); })
+        .enableWhen(stack);
+    __commands
+        .bind(
+            "registration.bend", [this] { bendSlices(); })
+        .enableWhen(stack);
+    __commands
+        .bind(
+            "registration.cancelRun", [this] { cancelAutomaticRegistration(); })
+        .enableWhen([this] { return isRunning() || __canvas.isLandmarkMode(); });
+    __commands.bind(
+        "window.close", [this] { __window.close(); });
+    __commands
+        .bind(
+            "edit.undo", [this] { undo(); })
+        .enableWhen([this] { return __stack != nullptr && (isPending() || __stack->history()->isUndoable()); });
     __commands.bind("edit.redo", [this] { redo(); }).enableWhen([this] {
         return __stack != nullptr && __stack->history()->isRedoable();
     });
@@ -167,15 +191,30 @@ void VRLRegistrationMediator::bindViewCommands() {
     const auto stack = [this] { return __stack != nullptr; };
     const auto behind = [this] { return __slice != nullptr && place() < __stack->getNumSlices() - 1; };
     const auto before = [this] { return __slice != nullptr && place() > 1; };
-    __commands.bind("slice.first", [this] { setFirstSlice(); }).enableWhen(stack);
-    __commands.bind("slice.previous", [this] { setPreviousSlice(); }).enableWhen(before);
-    __commands.bind("slice.next", [this] { setNextSlice(); }).enableWhen(behind);
-    __commands.bind("slice.last", [this] { setLastSlice(); }).enableWhen(stack);
-    __commands.bind("slice.worstFirst",
-                    [this] { __panel.setWorstFirst(__commands.action("slice.worstFirst").isChecked()); });
-    __commands.bind("view.bigger", [this] { increaseScale(); });
-    __commands.bind("view.smaller", [this] { decreaseScale(); });
-    __commands.bind("view.frames", [this] { __panel.setFramesChecked(__commands.action("view.frames").isChecked()); });
+    __commands
+        .bind(
+            "slice.first", [this] { setFirstSlice(); })
+        .enableWhen(stack);
+    __commands
+        .bind(
+            "slice.previous", [this] { setPreviousSlice(); })
+        .enableWhen(before);
+    __commands
+        .bind(
+            "slice.next", [this] { setNextSlice(); })
+        .enableWhen(behind);
+    __commands
+        .bind(
+            "slice.last", [this] { setLastSlice(); })
+        .enableWhen(stack);
+    __commands.bind(
+        "slice.worstFirst", [this] { __panel.setWorstFirst(__commands.action("slice.worstFirst").isChecked()); });
+    __commands.bind(
+        "view.bigger", [this] { increaseScale(); });
+    __commands.bind(
+        "view.smaller", [this] { decreaseScale(); });
+    __commands.bind(
+        "view.frames", [this] { __panel.setFramesChecked(__commands.action("view.frames").isChecked()); });
     const auto bindComparison = [this](const char* id, ComparisonMode mode) {
         __commands.bind(id, [this, id, mode] {
             __panel.setComparison(__commands.action(id).isChecked() ? mode : ComparisonMode::Mixed);
@@ -606,9 +645,18 @@ void VRLRegistrationMediator::tellRemarks(const QStringList& remarks) {
 
 void VRLRegistrationMediator::bindLandmarkCommands() {
     const auto movable = [this] { return __slice != nullptr && !isLocked(); };
-    __commands.bind("landmarks.set", [this] { setLandmarkMode(!__canvas.isLandmarkMode()); }).enableWhen(movable);
-    __commands.bind("landmarks.fit", [this] { fitLandmarks(); }).enableWhen(movable);
-    __commands.bind("landmarks.clear", [this] { clearLandmarks(); }).enableWhen(movable);
+    __commands
+        .bind(
+            "landmarks.set", [this] { setLandmarkMode(!__canvas.isLandmarkMode()); })
+        .enableWhen(movable);
+    __commands
+        .bind(
+            "landmarks.fit", [this] { fitLandmarks(); })
+        .enableWhen(movable);
+    __commands
+        .bind(
+            "landmarks.clear", [this] { clearLandmarks(); })
+        .enableWhen(movable);
     __commands.bind("view.strips", [this] { setStripsVisible(__commands.action("view.strips").isChecked()); });
 }
 
@@ -728,7 +776,8 @@ void VRLRegistrationMediator::stackSliceSpacingEvent(VRLStackSliceSpacingEvent& 
 
 void VRLRegistrationMediator::stackImageCalibrationEvent(VRLStackImageCalibrationEvent& event) {
     if (event.getStack() == __stack && __slice != nullptr)
-        guarded(&__window, "The images can't be shown.", [this] { __canvas.refresh(); });
+        guarded(
+            &__window, "The images can't be shown.", [this] { __canvas.refresh(); });
 }
 
 void VRLRegistrationMediator::stackNameEvent(VRLStackNameEvent& event) {
@@ -738,7 +787,8 @@ void VRLRegistrationMediator::stackNameEvent(VRLStackNameEvent& event) {
 
 void VRLRegistrationMediator::sliceImageCalibrationEvent(VRLSliceImageCalibrationEvent& event) {
     if (__slice != nullptr && (event.getSlice() == __slice || event.getSlice() == __canvas.backgroundSlice()))
-        guarded(&__window, "The images can't be shown.", [this] { __canvas.refresh(); });
+        guarded(
+            &__window, "The images can't be shown.", [this] { __canvas.refresh(); });
 }
 
 void VRLRegistrationMediator::sliceImageSourceEvent(VRLSliceImageSourceEvent& event) {

@@ -55,12 +55,15 @@ void tryOn(VRLRenderingPainterGL& painter, const std::function<void(VRLRendering
 VRLRenderingMediator::VRLRenderingMediator(QObject* parent) : ViewerMediator(parent) {
     commands().setWindow(renderingCommands().window);
     commands().add(ownRenderingCommands());
-    commands().bind("rendering.export", [this] { exportSurfaces(); });
-    commands().bind("animation.timeout", [this] {
-        if (const auto timeout =
-                askForNumber("Rendering", "Enter animation interval (msec):", getRandomMotionTimeout(), 0, 10000))
-            setRandomMotionTimeout(*timeout);
-    });
+    commands().bind(
+        "rendering.export", [this] { exportSurfaces(); });
+    commands().bind(
+        "animation.timeout",
+        [this] {
+            if (const auto timeout =
+                    askForNumber("Rendering", "Enter animation interval (msec):", getRandomMotionTimeout(), 0, 10000))
+                setRandomMotionTimeout(*timeout);
+        });
     commands().bind("animation.angle", [this] {
         if (const auto angle =
                 askForNumber("Rendering", "Enter animation angle (deg.):", getRandomMotionAngle(), -180, 180))
@@ -75,10 +78,12 @@ void VRLRenderingMediator::bindCrosshair() {
     QAction& shown = commands().action("view.crosshair");
     shown.setChecked(crosshair.isShown());
     commands().bind("view.crosshair", [] { Crosshair::crosshair().setShown(!Crosshair::crosshair().isShown()); });
-    connect(&crosshair, &Crosshair::shownChanged, this, [this, &shown](bool on) {
-        shown.setChecked(on);
-        updateMark();
-    });
+    connect(
+        &crosshair, &Crosshair::shownChanged, this,
+        [this, &shown](bool on) {
+            shown.setChecked(on);
+            updateMark();
+        });
     connect(&crosshair, &Crosshair::placeChanged, this, [this](const VRLStack* stack) {
         if (stack == __stack)
             updateMark();

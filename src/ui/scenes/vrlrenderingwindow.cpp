@@ -95,9 +95,12 @@ VRLRenderingWindow::~VRLRenderingWindow() {
 
 void VRLRenderingWindow::buildMenus() {
     CommandRegistry& commands = __mediator->commands();
-    commands.bind("window.close", [this] { close(); });
-    commands.bind("models.edit", [this] { editModels(); });
-    commands.bind("show.toolBar", [this] { toggleToolBar(); });
+    commands.bind(
+        "window.close", [this] { close(); });
+    commands.bind(
+        "models.edit", [this] { editModels(); });
+    commands.bind(
+        "show.toolBar", [this] { toggleToolBar(); });
     commands.bind("show.panel", [this] { togglePanel(); });
     __menuBar = new QMenuBar(this);
     QMenu* rendering = __menuBar->addMenu("Rendering");

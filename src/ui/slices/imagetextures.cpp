@@ -201,10 +201,12 @@ const unsigned char* ImageTextures::bytesOf(const Image& image, const Look& look
     __scratch.resize(size * static_cast<std::size_t>(texels.width()) * static_cast<std::size_t>(texels.height()));
     unsigned char* to = __scratch.data();
     if (isPlain) {
-        forEachPixel(image, steps, texels, [&](const unsigned char* pixel) {
-            for (std::size_t k = 0; k < size; ++k)
-                *to++ = __byteTable[pixel[k]];
-        });
+        forEachPixel(
+            image, steps, texels,
+            [&](const unsigned char* pixel) {
+                for (std::size_t k = 0; k < size; ++k)
+                    *to++ = __byteTable[pixel[k]];
+            });
     } else if (!throughScale) {
         const Colormap& colormap = *image.getColormap();
         const unsigned char* const tables[] = {colormap.getRed(), colormap.getGreen(), colormap.getBlue()};
@@ -214,11 +216,13 @@ const unsigned char* ImageTextures::bytesOf(const Image& image, const Look& look
                 *to++ = *pixel < numColors ? table[*pixel] : static_cast<unsigned char>(0);
         });
     } else if (image.isReal()) {
-        forEachPixel(image, steps, texels, [&](const unsigned char* pixel) {
-            float value = 0;
-            std::memcpy(&value, pixel, 4);
-            *to++ = look.scale.shown(value);
-        });
+        forEachPixel(
+            image, steps, texels,
+            [&](const unsigned char* pixel) {
+                float value = 0;
+                std::memcpy(&value, pixel, 4);
+                *to++ = look.scale.shown(value);
+            });
     } else {
         if (__wordTable.empty()) {
             __wordTable.resize(65536);

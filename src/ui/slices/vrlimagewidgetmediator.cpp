@@ -31,14 +31,20 @@ VRLImageWidgetMediator::VRLImageWidgetMediator(VRLImageWidget& widget) : QObject
     using Mediator = VRLImageWidgetMediator;
     __commands.setWindow(sliceEditorWindow);
     __commands.add(imageViewCommands());
-    bind("zoom.in", &Mediator::increaseZoomFactor, [this] { return maximumZoomFactor > getCanvas().getZoomFactor(); });
-    bind("zoom.out", &Mediator::decreaseZoomFactor, [this] { return getCanvas().getZoomFactor() > minimumZoomFactor; });
-    bind("zoom.fit", &Mediator::bestFitZoomFactor, [this] { return !getCanvas().isBestFitMode(); });
-    bind("page.up", &Mediator::pageScrollUp, [this] { return getCanvas().getViewOrigin().y() >= 1; });
-    bind("page.down", &Mediator::pageScrollDown,
-         [this] { return getCanvas().getViewOrigin().y() < getCanvas().computeMaxViewOrigin().y(); });
-    bind("page.right", &Mediator::pageScrollRight,
-         [this] { return getCanvas().getViewOrigin().x() < getCanvas().computeMaxViewOrigin().x(); });
+    bind(
+        "zoom.in", &Mediator::increaseZoomFactor, [this] { return maximumZoomFactor > getCanvas().getZoomFactor(); });
+    bind(
+        "zoom.out", &Mediator::decreaseZoomFactor, [this] { return getCanvas().getZoomFactor() > minimumZoomFactor; });
+    bind(
+        "zoom.fit", &Mediator::bestFitZoomFactor, [this] { return !getCanvas().isBestFitMode(); });
+    bind(
+        "page.up", &Mediator::pageScrollUp, [this] { return getCanvas().getViewOrigin().y() >= 1; });
+    bind(
+        "page.down", &Mediator::pageScrollDown,
+        [this] { return getCanvas().getViewOrigin().y() < getCanvas().computeMaxViewOrigin().y(); });
+    bind(
+        "page.right", &Mediator::pageScrollRight,
+        [this] { return getCanvas().getViewOrigin().x() < getCanvas().computeMaxViewOrigin().x(); });
     bind("page.left", &Mediator::pageScrollLeft, [this] { return getCanvas().getViewOrigin().x() > 0; });
     const std::pair<const char*, void (Mediator::*)()> ofTheCanvas[] = {
         {"step.up", &Mediator::stepScrollUp},       {"step.down", &Mediator::stepScrollDown},

@@ -31,10 +31,12 @@ VRLSliceEditWidgetMediator::VRLSliceEditWidgetMediator(VRLImageWidget& widget)
     : VRLSliceWidgetMediator(widget), __host(std::make_unique<SliceToolHost>(*this)),
       __menus(new ToolMenus(commands(), this)), __views(new ModelViews(this)) {
     connect(__views, &ModelViews::changed, this, &VRLSliceEditWidgetMediator::viewsChanged);
-    connect(__views, &ModelViews::currentChanged, this, [this] {
-        if (!isInteracting())
-            setRestingHint();
-    });
+    connect(
+        __views, &ModelViews::currentChanged, this,
+        [this] {
+            if (!isInteracting())
+                setRestingHint();
+        });
     __cancel = &commands().add(cancelToolCommand()).setWork([this] { cancelInteraction(); }).action();
     __cancel->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     commands().update(cancelToolCommand().id);
@@ -258,11 +260,13 @@ bool isOfGeometry(const Model& model, MPrimitive geometry) {
 } // namespace
 
 QStringList VRLSliceEditWidgetMediator::buildStackModelList() const {
-    return modelNames(getSlice(), [](const Model&) { return true; });
+    return modelNames(
+        getSlice(), [](const Model&) { return true; });
 }
 
 QStringList VRLSliceEditWidgetMediator::buildPolygonModelList() const {
-    return modelNames(getSlice(), [](const Model& model) { return isOfGeometry(model, PolygonPrimitive); });
+    return modelNames(
+        getSlice(), [](const Model& model) { return isOfGeometry(model, PolygonPrimitive); });
 }
 
 VRLSliceEditWidgetMediator::Tool& VRLSliceEditWidgetMediator::toolOf(ToolMaker make) {
@@ -398,14 +402,16 @@ void VRLSliceEditWidgetMediator::viewsChanged() {
 }
 
 void VRLSliceEditWidgetMediator::cancelInteraction() {
-    guarded(&getCanvas(), "The interaction cannot be ended.", [this] {
-        if (!isInteracting() && __chosen != __resting && __chosen != nullptr)
-            return __chosen->cancel();
-        if (__resting != nullptr)
-            __resting->cancel();
-        if (isInteracting())
-            __current->cancel();
-    });
+    guarded(
+        &getCanvas(), "The interaction cannot be ended.",
+        [this] {
+            if (!isInteracting() && __chosen != __resting && __chosen != nullptr)
+                return __chosen->cancel();
+            if (__resting != nullptr)
+                __resting->cancel();
+            if (isInteracting())
+                __current->cancel();
+        });
 }
 
 bool VRLSliceEditWidgetMediator::isInteracting() const {

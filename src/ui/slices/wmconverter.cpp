@@ -117,27 +117,31 @@ int WMConverter::yToWorld(int y) const {
 }
 
 Vector<int> WMConverter::toModel(const Vector<int>& position) const {
-    return convertPosition(position, "Vector<int> WMConverter::toModel(const Vector<int>&) const",
-                           [this](int x, int y, int& newX, int& newY) {
-                               newX = xToModel(x);
-                               newY = yToModel(y);
-                           });
+    return convertPosition(
+        position, "Vector<int> WMConverter::toModel(const Vector<int>&) const",
+        [this](int x, int y, int& newX, int& newY) {
+            newX = xToModel(x);
+            newY = yToModel(y);
+        });
 }
 
 Vector<int> WMConverter::toWorld(const Vector<int>& position) const {
-    return convertPosition(position, "Vector<int> WMConverter::toWorld(const Vector<int>&) const",
-                           [this](int x, int y, int& newX, int& newY) {
-                               newX = xToWorld(x);
-                               newY = yToWorld(y);
-                           });
+    return convertPosition(
+        position, "Vector<int> WMConverter::toWorld(const Vector<int>&) const",
+        [this](int x, int y, int& newX, int& newY) {
+            newX = xToWorld(x);
+            newY = yToWorld(y);
+        });
 }
 
 BoundingBox<int> WMConverter::toModel(const BoundingBox<int>& box) const {
-    return convertBox(box, [this](const Vector<int>& corner) { return toModel(corner); });
+    return convertBox(
+        box, [this](const Vector<int>& corner) { return toModel(corner); });
 }
 
 BoundingBox<int> WMConverter::toWorld(const BoundingBox<int>& box) const {
-    return convertBox(box, [this](const Vector<int>& corner) { return toWorld(corner); });
+    return convertBox(
+        box, [this](const Vector<int>& corner) { return toWorld(corner); });
 }
 
 Registration WMConverter::toModel(const Registration& registration) const {
@@ -153,11 +157,13 @@ Registration WMConverter::toWorld(const Registration& registration) const {
 }
 
 Vertices<int> WMConverter::toModel(const Vertices<int>& vertices) const {
-    return convertVertices(vertices, [this](const Vector<int>& vertex) { return toModel(vertex); });
+    return convertVertices(
+        vertices, [this](const Vector<int>& vertex) { return toModel(vertex); });
 }
 
 Vertices<int> WMConverter::toWorld(const Vertices<int>& vertices) const {
-    return convertVertices(vertices, [this](const Vector<int>& vertex) { return toWorld(vertex); });
+    return convertVertices(
+        vertices, [this](const Vector<int>& vertex) { return toWorld(vertex); });
 }
 
 unsigned int WMConverter::lengthToModel(unsigned int length) const {
