@@ -13,8 +13,9 @@ class SpotProgress;
 ///
 /// The cut is a flooding from the brightest voxels down (L. Vincent and P. Soille, IEEE Trans. PAMI 13, 1991) of the
 /// volume inside the spots, 0 outside, smoothed by a Gauss of this standard deviation, and across planes of the other:
-/// so both a dent in brightness and a waist of the shape make two of one. Two places are one where the lower stands out of the saddle between them by less
-/// than a tenth of its height, or has less than four voxels there (see floodedVoxels()).
+/// so both a dent in brightness and a waist of the shape make two of one. Two places are one where the lower stands out
+/// of the saddle between them by less than a tenth of its height, or has less than four voxels there (see
+/// floodedVoxels()).
 ///
 /// A volume more than a quarter of which lies above the threshold has no spots but a ground: it is not cut, only
 /// labelled. -1 when cancelled; the labels then mean nothing. Progress is that of one step, whose text is the caller's.

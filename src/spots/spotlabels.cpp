@@ -65,10 +65,9 @@ bool findSpots(const VoxelMatrix<float>& filtered, double threshold, const VRLSp
     config.check();
     progress.begin("Labelling connected components...");
     const double deviation = config.getCutDeviation(), across = deviation / config.getPlaneStep();
-    const int count =
-        config.isSplittingEnabled()
-            ? floodSpots(filtered, float(threshold), result.labels, progress, float(deviation), float(across))
-            : labelSpots(filtered, float(threshold), result.labels, progress);
+    const int count = config.isSplittingEnabled() ? floodSpots(filtered, float(threshold), result.labels, progress,
+                                                               float(deviation), float(across))
+                                                  : labelSpots(filtered, float(threshold), result.labels, progress);
     if (count < 0)
         return false;
     result.spots.clear();

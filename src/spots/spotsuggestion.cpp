@@ -117,15 +117,19 @@ double radiusOf(double scale) {
     return std::sqrt(3 * (1 + ratio * ratio) / 2) * firstDeviation * std::pow(ratio, scale);
 }
 
-/// A box with its margin, and the differences of its Gauss filters.
+/// A box with its margin, and the differences of its Gauss filters, in which planes count as so many columns apart.
 class ScaleSpace {
 public:
+    explicit ScaleSpace(double step) : __step(step) {}
+
     /// False when cancelled.
     bool build(const VoxelMatrix<float>& box, SpotProgress& progress, double from, double to) {
         VoxelMatrix<float> narrow;
         for (int s = 0; s <= numScales; ++s) {
             VoxelMatrix<float> wide(box);
-            GaussianFilter<float> filter(float(firstDeviation * std::pow(ratio, s)));
+            const double deviation = firstDeviation * std::pow(ratio, s);
+            GaussianFilter<float> filter{float(deviation)};
+            filter.setPlaneSigma(float(deviation / __step));
             if (!progress.run(filter, wide, from + (to - from) * s / (numScales + 1),
                               from + (to - from) * (s + 1) / (numScales + 1)))
                 return false;
@@ -168,57 +172,68 @@ private:
 
     float at(std::size_t s, const Place& place) const { return __scales[s](place[0], place[1], place[2]); }
 
+    double __step;
     std::array<VoxelMatrix<float>, numScales> __scales;
 };
 
-bool isWithin(const Blob& blob, const Blob& other) {
-    double distance = 0;
-    for (std::size_t axis = 0; axis < 3; ++axis)
-        distance += double(blob.place[axis] - other.place[axis]) * (blob.place[axis] - other.place[axis]);
-    return distance < std::pow(rimReach * other.radius, 2);
+bool isWithin(const Blob& blob, const Blob& other, double step) {
+    const double row = blob.place[0] - other.place[0], column = blob.place[1] - other.place[1];
+    const double plane = step * (blob.place[2] - other.place[2]);
+    return row * row + column * column + plane * plane < std::pow(rimReach * other.radius, 2);
 }
 
 /// The highest, and those that do not lie within a higher one: the rim of a large spot is full of small ones.
-std::vector<Blob> bestOf(std::vector<Blob> blobs) {
+std::vector<Blob> bestOf(std::vector<Blob> blobs, double step) {
     const auto higher = [](const Blob& a, const Blob& b) { return a.height > b.height; };
     const std::size_t count = std::min(blobs.size(), mostBlobs);
     std::partial_sort(blobs.begin(), blobs.begin() + std::ptrdiff_t(count), blobs.end(), higher);
     blobs.resize(count);
     std::vector<Blob> best;
     for (const Blob& blob : blobs)
-        if (std::none_of(best.begin(), best.end(), [&blob](const Blob& other) { return isWithin(blob, other); }))
+        if (std::none_of(best.begin(), best.end(), [&](const Blob& other) { return isWithin(blob, other, step); }))
             best.push_back(blob);
     return best;
 }
 
-/// Sets the bends of the blobs: what their place has of second derivatives of a Gauss, of the deviation at which they
-/// stand out.
-void measureBends(const VoxelMatrix<float>& box, std::vector<Blob>& blobs) {
-    for (Blob& blob : blobs) {
-        const double variance = blob.radius * blob.radius / 3;
-        const int reach = std::min(margin, int(std::ceil(2 * std::sqrt(variance))));
-        std::vector<double> weights, bends; // of the offsets; the bends' sum is 0, whatever the ground
+/// Weights of a Gauss at the voxels of an axis, and those of its second derivative, which sum up to 0, whatever the
+/// ground is.
+struct BendWeights {
+    /// Voxels lie so many units apart.
+    BendWeights(double variance, double step)
+        : reach(std::min(margin, int(std::ceil(2 * std::sqrt(variance) / step)))) {
         double sum = 0, bendSum = 0;
         for (int a = -reach; a <= reach; ++a) {
-            weights.push_back(std::exp(-a * a / (2 * variance)));
-            bends.push_back((a * a / variance - 1) * weights.back());
+            const double square = a * a * step * step / variance;
+            weights.push_back(std::exp(-square / 2));
+            bends.push_back((square - 1) * weights.back());
             sum += weights.back();
             bendSum += bends.back();
         }
         for (std::size_t a = 0; a < weights.size(); ++a)
             bends[a] -= bendSum / sum * weights[a];
-        for (int c = -reach; c <= reach; ++c)
-            for (int a = -reach; a <= reach; ++a) {
-                const double wa = weights[std::size_t(a + reach)], wc = weights[std::size_t(c + reach)];
-                const double ba = bends[std::size_t(a + reach)], bc = bends[std::size_t(c + reach)];
+    }
+
+    int reach;
+    std::vector<double> weights, bends;
+};
+
+/// Sets the bends of the blobs: what their place has of second derivatives of a Gauss, of the deviation at which they
+/// stand out.
+void measureBends(const VoxelMatrix<float>& box, double step, std::vector<Blob>& blobs) {
+    for (Blob& blob : blobs) {
+        const double variance = blob.radius * blob.radius / 3;
+        const BendWeights along(variance, 1), across(variance, step);
+        for (int c = -across.reach; c <= across.reach; ++c)
+            for (int a = -along.reach; a <= along.reach; ++a) {
+                const auto p = std::size_t(a + along.reach), q = std::size_t(c + across.reach);
                 double smooth = 0, bent = 0;
-                for (int b = -reach; b <= reach; ++b) {
-                    const float value = box(blob.place[0] + a, blob.place[1] + b, blob.place[2] + c);
-                    smooth += weights[std::size_t(b + reach)] * double(value);
-                    bent += bends[std::size_t(b + reach)] * double(value);
+                for (int b = -along.reach; b <= along.reach; ++b) {
+                    const auto value = double(box(blob.place[0] + a, blob.place[1] + b, blob.place[2] + c));
+                    smooth += along.weights[std::size_t(b + along.reach)] * value;
+                    bent += along.bends[std::size_t(b + along.reach)] * value;
                 }
-                blob.bend -= wc * (ba * smooth + wa * bent) / 2;
-                blob.bendAcross -= bc * wa * smooth;
+                blob.bend -= across.weights[q] * (along.bends[p] * smooth + along.weights[p] * bent) / 2;
+                blob.bendAcross -= across.bends[q] * along.weights[p] * smooth;
             }
         if (!std::isfinite(blob.bend) || !std::isfinite(blob.bendAcross))
             blob.bend = blob.bendAcross = 0;
@@ -270,42 +285,77 @@ double whiteNoiseLimit(VRLSpotExtractionConfig config, double noise) {
 
 } // namespace
 
+namespace {
+
+/// A look at the boxes of a volume's sample.
+class Look {
+public:
+    explicit Look(const VoxelMatrix<float>& grey) : __grey(grey) {
+        for (const Span& planes : spansOf(grey.getSize3()))
+            for (const Span& rows : spansOf(grey.getSize1()))
+                for (const Span& columns : spansOf(grey.getSize2()))
+                    __boxes.push_back({rows, columns, planes});
+    }
+
+    /// Finds the blobs where planes count as so many columns apart, in a share of the step. False when cancelled.
+    bool findBlobs(double step, SpotProgress& progress, double from, double to) {
+        blobs.clear();
+        differences.clear();
+        const double share = (to - from) / double(__boxes.size());
+        for (std::size_t b = 0; b < __boxes.size(); ++b) {
+            const auto& [rows, columns, planes] = __boxes[b];
+            const VoxelMatrix<float> box =
+                mirroredPart(__grey, {rows.first - margin, columns.first - margin, planes.first - margin},
+                             {rows.size + 2 * margin, columns.size + 2 * margin, planes.size + 2 * margin});
+            addDifferences(box, differences);
+            ScaleSpace space(step);
+            if (!space.build(box, progress, from + share * double(b), from + share * double(b + 1)))
+                return false;
+            std::vector<Blob> best = bestOf(space.findBlobs(), step);
+            measureBends(box, step, best);
+            blobs.insert(blobs.end(), best.begin(), best.end());
+        }
+        return true;
+    }
+
+    /// How many times shorter across planes the usual blob is than along them, where these counted as one column apart.
+    double flatness() const {
+        const double bend = usual(blobs, [](const Blob& blob) { return blob.bend; });
+        const double across = usual(blobs, [](const Blob& blob) { return blob.bendAcross; });
+        return bend > 0 && across > 0 ? stepOf(across / bend) : 1;
+    }
+
+    std::vector<Blob> blobs;
+    std::vector<float> differences;
+
+private:
+    const VoxelMatrix<float>& __grey;
+    std::vector<std::array<Span, 3>> __boxes; // rows, columns, planes
+};
+
+} // namespace
+
 bool lookForSpots(const VoxelMatrix<float>& grey, SpotSuggestion& suggestion, SpotProgress& progress) {
-    const Vector<int> size = grey.getSize();
-    if (size.min() < 1)
+    if (grey.getSize().min() < 1)
         throw ValueError("bool lookForSpots(const VoxelMatrix<float>&, SpotSuggestion&, SpotProgress&)",
                          "The volume is empty");
     progress.begin("Looking at the noise and the spots...");
-    std::vector<std::array<Span, 3>> boxes;
-    for (const Span& planes : spansOf(size[2]))
-        for (const Span& rows : spansOf(size[0]))
-            for (const Span& columns : spansOf(size[1]))
-                boxes.push_back({rows, columns, planes});
-    std::vector<float> differences;
-    std::vector<Blob> blobs;
-    for (std::size_t b = 0; b < boxes.size(); ++b) {
-        const auto& [rows, columns, planes] = boxes[b];
-        const VoxelMatrix<float> box =
-            mirroredPart(grey, {rows.first - margin, columns.first - margin, planes.first - margin},
-                         {rows.size + 2 * margin, columns.size + 2 * margin, planes.size + 2 * margin});
-        addDifferences(box, differences);
-        ScaleSpace space;
-        if (!space.build(box, progress, double(b) / double(boxes.size()), double(b + 1) / double(boxes.size())))
-            return false;
-        std::vector<Blob> best = bestOf(space.findBlobs());
-        measureBends(box, best);
-        blobs.insert(blobs.end(), best.begin(), best.end());
-    }
+    Look look(grey);
+    if (!look.findBlobs(1, progress, 0, 0.5))
+        return false;
+    double step = look.flatness();
+    if (step < 1 + leastFlatness && step * (1 + leastFlatness) > 1)
+        step = 1;
+    // The size of flat spots is that of the balls that they are where planes are as far apart.
+    if (step > 1 && !look.findBlobs(step, progress, 0.5, 1))
+        return false;
     // The squares of the weights, 1 and 2 and 4, sum up to 36.
-    suggestion.noise = medianOf(differences) / normalMedian / 6;
-    suggestion.numSeen = int(blobs.size());
-    suggestion.radius = usual(blobs, [](const Blob& blob) { return blob.radius; });
-    suggestion.height = usual(blobs, [](const Blob& blob) { return blob.height; });
-    const double bend = usual(blobs, [](const Blob& blob) { return blob.bend; });
-    const double across = usual(blobs, [](const Blob& blob) { return blob.bendAcross; });
-    suggestion.step = bend > 0 && across > 0 ? stepOf(across / bend) : 1;
-    if (suggestion.step < 1 + leastFlatness && suggestion.step * (1 + leastFlatness) > 1)
-        suggestion.step = 1;
+    suggestion.noise = medianOf(look.differences) / normalMedian / 6;
+    suggestion.numSeen = int(look.blobs.size());
+    suggestion.step = step;
+    suggestion.radius =
+        usual(look.blobs, [](const Blob& blob) { return blob.radius; }) / std::cbrt(std::max(step, 1.0));
+    suggestion.height = usual(look.blobs, [](const Blob& blob) { return blob.height; });
     return true;
 }
 

@@ -27,9 +27,9 @@ struct SpotSuggestion {
 /// and Image Understanding 64, 1996, which smooth shapes and ramps do not disturb). A blob is a place that stands out
 /// of the difference of two Gauss filters more than anywhere beside it and in the next scales (T. Lindeberg, Int. J. of
 /// Computer Vision 30, 1998), by at least six times the usual deviation of that scale. A ball of radius r does so where
-/// the deviation is r / sqrt(3). The radius is the median of theirs, weighed by how bright and how large they are. Their usual bends
-/// along the axes, the second derivatives at this deviation, tell how much flatter they are across planes: that of a
-/// Gauss goes with the inverse of its variance, to which the deviation adds its own.
+/// the deviation is r / sqrt(3). The radius is the median of theirs, weighed by how bright and how large they are.
+/// Their usual bends along the axes, the second derivatives at this deviation, tell how much flatter they are across
+/// planes: that of a Gauss goes with the inverse of its variance, to which the deviation adds its own.
 ///
 /// False when cancelled. Throws ValueError for an empty volume.
 bool lookForSpots(const VoxelMatrix<float>& grey, SpotSuggestion& suggestion, SpotProgress& progress);

@@ -90,12 +90,14 @@ struct Blob {
     }
 };
 
-/// Balls at random places, the first of them in pairs that touch; planes lie so many columns apart. Places are in columns.
+/// Balls at random places, the first of them in pairs that touch; planes lie so many columns apart. Places are in
+/// columns.
 class MadeVolume {
 public:
     static constexpr double height = 150;
 
-    MadeVolume(int side, int numBlobs, int numTouching, double blobRadius = 3.5, double planeStep = 1, unsigned seed = 7)
+    MadeVolume(int side, int numBlobs, int numTouching, double blobRadius = 3.5, double planeStep = 1,
+               unsigned seed = 7)
         : radius(blobRadius), step(planeStep), __side(side), __engine(seed) {
         while (int(blobs.size()) < numBlobs) {
             const Blob blob{uniform(), uniform(), uniform()};
@@ -237,7 +239,7 @@ TEST(Spots, theSuggestedFiltersSuitSpotsOfAnySizeAndLeaveNoNoise) {
         VoxelMatrix<float> volume = truth.draw(made.noiseShare);
         VRLSpotExtractionConfig config;
         const SpotSuggestion suggestion = filterAsSuggested(volume, config);
-        EXPECT_NEAR(suggestion.step, made.step, 0.2 * made.step) << made.radius << ' ' << made.step;
+        EXPECT_NEAR(suggestion.step, made.step, 0.25 * made.step) << made.radius << ' ' << made.step;
         const double threshold = proposeSpotThreshold(volume, SpotThresholdRule::Isodata, config);
         const SpotLabels found = labelsOf(volume, threshold, config);
         const int hits = numFound(truth.blobs, found.spots, made.step);

@@ -30,8 +30,8 @@ public:
     /// Lets both masks go, that of matrices and that of volumes.
     void unsetMask() override;
 
-    /// Half size of the window across the planes of a volume, where it is another one than along rows and columns; below
-    /// 0, as at first, for the same.
+    /// Half size of the window across the planes of a volume, where it is another one than along rows and columns;
+    /// below 0, as at first, for the same.
     void setPlaneHalfSize(int halfSize) { __planeHalfSize = halfSize; }
 
     /// One line; out takes the size of in, and may be in. Throws SizeError on a mask of another size.

@@ -110,9 +110,10 @@ public:
     Moments(const SlidingPlanes<T>& source, const VoxelMatrix<T>& volume, int h, int planeReach, R planeStep)
         : __source(source), __rows(volume.getSize1()), __columns(volume.getSize2()), __planes(volume.getSize3()),
           __rowReach(std::min(h, __rows - 1)), __columnReach(std::min(h, __columns - 1)),
-          __planeReach(std::min(planeReach, __planes - 1)), __planeStep(planeStep), __slots(std::min(2 * __rowReach + 1, __rows)),
-          __width(static_cast<std::size_t>(__columns)), __stride(__width + 2 * static_cast<std::size_t>(__columnReach)),
-          __ring(3 * __width * std::size_t(__slots)), __slab(6 * __stride), __cube(10 * __width) {}
+          __planeReach(std::min(planeReach, __planes - 1)), __planeStep(planeStep),
+          __slots(std::min(2 * __rowReach + 1, __rows)), __width(static_cast<std::size_t>(__columns)),
+          __stride(__width + 2 * static_cast<std::size_t>(__columnReach)), __ring(3 * __width * std::size_t(__slots)),
+          __slab(6 * __stride), __cube(10 * __width) {}
 
     // Starts with the rows of a plane, from a row on.
     void setPlane(int plane, int firstRow) {
@@ -244,7 +245,8 @@ void IsotropyFilter<T>::apply(VoxelMatrix<T>& volume) {
     const int planeReach =
         static_cast<int>(std::clamp(std::floor(h / __planeStep + 0.5), 1.0, static_cast<double>(planes)));
     ParallelWork work(*this, static_cast<unsigned long long>(planes));
-    SlidingPlanes<T> sliding(volume, std::min(planeReach, planes - 1), SlidingPlanes<T>::thinBatch(planes), bytes <= keptBytes);
+    SlidingPlanes<T> sliding(volume, std::min(planeReach, planes - 1), SlidingPlanes<T>::thinBatch(planes),
+                             bytes <= keptBytes);
     std::vector<Moments<T>> momentsOf;
     momentsOf.reserve(static_cast<std::size_t>(work.workers()));
     for (int worker = 0; worker < work.workers(); ++worker)

@@ -130,8 +130,8 @@ bool VRLImageReader::__readSamples() {
     }
 }
 
-/// A picture that can only be decoded from its beginning: by its rows, of which few are in memory at a time. False for a
-/// source that is to be read as a whole.
+/// A picture that can only be decoded from its beginning: by its rows, of which few are in memory at a time. False for
+/// a source that is to be read as a whole.
 bool VRLImageReader::__readReduced() {
     const int side = thumbnailSamples * __thumbnailSide;
     const auto place = side == 0 || __source->getSize1() < 2 * side || __source->getSize2() < 2 * side

@@ -62,7 +62,8 @@ const std::vector<Format>& formats() {
     return all;
 }
 
-/// The one in which each frame is shown equally often, or else the next that is not lower; the highest for a higher one.
+/// The one in which each frame is shown equally often, or else the next that is not lower; the highest for a higher
+/// one.
 int rateFor(const Format& format, int rate) {
     const std::vector<int>& rates = format.rates;
     if (rates.empty())
