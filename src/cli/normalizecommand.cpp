@@ -20,6 +20,7 @@
 #include "files/safefile.h"
 #include "normalization/fusionpipeline.h"
 #include "normalization/resamplingsearch.h"
+#include "normalization/shapefilenames.h"
 #include "numerics/exception.h"
 #include "shapes/curvestack.h"
 #include "shapes/shapeset.h"
@@ -62,8 +63,8 @@ void declareOptions(CommandLine& line) {
                    "times. By default all that the stacks share and that have one contour on a slice.",
                    "model");
     line.addOption({"size"},
-                   "Levels and vertices of a level to which the references are resampled, as 40x60 for all or "
-                   "MODEL=40x60 for one; may be given several times. By default the greatest number of contours by "
+                   "Levels and vertices of a level to which closed structures are resampled, as 40x60 for all references "
+                   "or MODEL=40x60 for one structure; may be given several times. By default the greatest number of contours by "
                    "the greatest number of vertices.",
                    "size");
     line.addOption(
@@ -209,17 +210,21 @@ void nameStacks(const std::vector<std::unique_ptr<StackFile>>& files) {
     }
 }
 
-/// The last grid given for this structure, else the last one given for all; null when there is neither.
-const GridOption* gridOf(const std::string& structure, const std::vector<GridOption>& grids) {
+/// The last grid given for this structure, else the last one given for all references; null when there is neither.
+const GridOption* gridOf(const Structure& structure, const std::vector<GridOption>& grids) {
     const GridOption* found = nullptr;
-    for (const GridOption& grid : grids)
-        if (grid.structure == structure || (grid.structure.empty() && (!found || found->structure.empty())))
+    for (const GridOption& grid : grids) {
+        const bool forAll =
+            grid.structure.empty() && structure.isReference() && (!found || found->structure.empty());
+        if (grid.structure == structure.getName() || forAll)
             found = &grid;
+    }
     return found;
 }
 
-/// The references with their grids. Throws UsageError for what the stacks do not share.
-std::vector<Structure> chooseReferences(const std::vector<const Stack*>& stacks, const Request& request) {
+/// The structures that the stacks share, references or not, with their grids. Throws UsageError for what they do not
+/// share.
+std::vector<Structure> chooseStructures(const std::vector<const Stack*>& stacks, const Request& request) {
     std::vector<Structure> shared = VRLFusionConfig<float>::sharedStructures(stacks);
     const auto find = [&](const std::string& name) {
         const auto found = std::find_if(shared.begin(), shared.end(),
@@ -249,53 +254,35 @@ std::vector<Structure> chooseReferences(const std::vector<const Stack*>& stacks,
         if (!grid.structure.empty())
             find(grid.structure);
 
-    std::vector<Structure> references;
     for (Structure& structure : shared) {
-        if (!structure.isReference())
-            continue;
-        if (const GridOption* grid = gridOf(structure.getName(), request.grids)) {
+        if (const GridOption* grid = gridOf(structure, request.grids)) {
             structure.setResamplingHeight(grid->height);
             structure.setResamplingWidth(grid->width);
-        } else if (request.error > 0) {
+        } else if (structure.isReference() && request.error > 0) {
             ResamplingSearch<float> search(
                 VRLFusionConfig<float>::surfaceStructureInstances(stacks, structure.getName()));
             structure.setResamplingError(float(request.error));
             search.computeValuesFromError(structure);
-        } else {
+        } else if (structure.isReference()) {
             structure.setResamplingHeight(std::max(leastHeight, int(shrink * structure.getResamplingHeight())));
             structure.setResamplingWidth(std::max(leastWidth, int(shrink * structure.getResamplingWidth())));
         }
-        references.push_back(structure);
     }
-    return references;
+    return shared;
 }
 
-/// Where a shape goes, with the ending that saving it gives.
-std::string shapeFile(const std::string& directory, const std::string& stack, const Shape<float>& shape) {
-    const std::string extension = shape.getShapeType() == VertexStackType ? "vs" : "qm";
-    const std::string file = directory + "/" + stack + "-" + shape.getName();
-    return FileInfo::suffixName(file) == extension ? file : file + "." + extension;
-}
 
 /// Writes shapes and summary; nothing when one of the files is there and must stay.
 int writeResults(const FusionPipeline<float>& pipeline, const Request& request) {
     std::vector<std::pair<std::string, const Shape<float>*>> files;
     std::set<std::string> names;
-    int status = ExitGood;
+    ShapeFileNames fileNames;
     const auto addSet = [&](const ShapeSet<float>& set) {
         for (int i = 0; i < set.getSize(); ++i) {
             if (set[i] == nullptr || set[i]->getSize() == 0)
                 continue;
-            if (set[i]->getName().find('/') != std::string::npos) {
-                complain("model \"" + set[i]->getName() + "\" of \"" + set.getName() +
-                         "\" is left out: its name holds a '/', which a file name can't");
-                status = ExitProblems;
-                continue;
-            }
-            const std::string file = shapeFile(request.directory, set.getName(), *set[i]);
-            if (!names.insert(file).second)
-                throw UsageError("writeResults",
-                                 "two shapes would go to the file " + file + "; rename a stack or a model");
+            const std::string file = request.directory + "/" + fileNames.nameOf(set.getName(), *set[i]);
+            names.insert(file);
             files.emplace_back(file, set[i]);
         }
     };
@@ -325,7 +312,7 @@ int writeResults(const FusionPipeline<float>& pipeline, const Request& request) 
     std::cout << summary << '\n' << numbers << '\n';
     for (const std::string& warning : pipeline.getReport().warnings)
         complain(warning);
-    return status;
+    return ExitGood;
 }
 
 void warnOfBranches(const std::vector<const Stack*>& stacks, const std::vector<std::string>& structures) {
@@ -342,11 +329,12 @@ int normalize(const std::vector<const Stack*>& stacks, const Request& request, c
     const VRLFusionStrategy& strategy = request.strategy;
     config.setStrategy(strategy);
     try {
-        config.setStructures(chooseReferences(stacks, request));
+        config.setStructures(chooseStructures(stacks, request));
     } catch (const UsageError& failure) {
         return line.usageError(QString::fromStdString(failure.getWhat()));
     }
-    if (config.getStructures().empty() &&
+    if (std::none_of(config.getStructures().begin(), config.getStructures().end(),
+                     [](const Structure& structure) { return structure.isReference(); }) &&
         (strategy.isAlignment() || strategy.isRegistration() || strategy.isWarping())) {
         complain("the stacks share no closed structure with one contour on a slice; name the references by "
                  "--reference, or ask for --no-alignment --registration none to resample and average only");
@@ -378,8 +366,8 @@ int normalizeCommand(const QStringList& arguments) {
                      "Brings several stacks, one for each specimen, into one space: aligns, registers and averages the "
                      "structures that they share. Writes every shape, the mean surfaces, a summary and the numbers as "
                      "JSON (normalization.json).\n\n"
-                     "Files are named STACK-MODEL.qm (surfaces) and STACK-MODEL.vs (points), means mean-MODEL.qm. A "
-                     "stack without a name, or with that of another stack, goes by its file's name.",
+                     "Files are named STACK-MODEL.qm (surfaces) and STACK-MODEL.vs (points), means mean-MODEL.qm; a '/' of "
+                     "a name becomes a '_'. A stack without a name, or with that of another stack, goes by its file's name.",
                      "STACK.sdf...", "Two or more stack description files (.sdf).");
     declareOptions(line);
     if (const std::optional<int> status = line.parse(arguments))

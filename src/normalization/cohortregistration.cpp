@@ -22,14 +22,22 @@ CohortRegistration::~CohortRegistration() = default;
 
 void CohortRegistration::record(const SpecimenSurfaces& target, const std::vector<SpecimenSurfaces>& specimens,
                                 int without) {
-    std::vector<double> all;
+    std::vector<double> all, own(specimens.size(), -1);
     for (std::size_t i = 0; i < specimens.size(); ++i) {
         if (int(i) == without)
             continue;
-        for (const double distance : surfaceDistances(specimens[i], target, true))
-            if (distance >= 0)
-                all.push_back(distance);
+        double sum = 0;
+        int count = 0;
+        for (const double distance : surfaceDistances(specimens[i], target)) {
+            if (distance < 0)
+                continue;
+            all.push_back(distance);
+            sum += distance;
+            ++count;
+        }
+        own[i] = count > 0 ? sum / count : -1;
     }
+    __specimenErrors.push_back(own);
     double mean = 0, square = 0;
     for (const double distance : all)
         mean += distance / double(all.size());
@@ -61,6 +69,7 @@ void CohortRegistration::place(int reference, bool anew) {
     const std::size_t n = __specimens.size(), first = std::size_t(reference);
     __errors.clear();
     __sems.clear();
+    __specimenErrors.clear();
     notifyStarted("");
     if (anew)
         __poses.assign(n, SpecimenPose());
@@ -101,11 +110,14 @@ void CohortRegistration::registerJointly() {
     const SpecimenPose home = __poses[std::size_t(__reference)];
     __errors.clear();
     __sems.clear();
+    __specimenErrors.clear();
     notifyStarted("");
     ParallelWork work(*this, std::size_t(maxRounds) * n);
     for (int round = 0; round < maxRounds && !stops(); ++round) {
         const std::vector<SpecimenSurfaces> all = placed();
-        const SpecimenSurfaces mean = MeanSurfaces::of(all, 1).mean;
+        const SpecimenSurfaces mean = MeanSurfaces::of(all, 1, [this] { return stops(); }).mean;
+        if (stops())
+            break;
         if (round == 0)
             record(mean, all, -1);
         const std::vector<SpecimenPose> before = __poses;

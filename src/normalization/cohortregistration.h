@@ -44,9 +44,14 @@ public:
     const std::vector<SpecimenPose>& getPoses() const { return __poses; }
 
     /// Of the last step: mean over specimens and structures of the distance to the reference, before and after it, or
-    /// to the mean of all, before and after each round; and the standard errors.
+    /// to the mean of all, before and after each round; and the standard errors. Places beyond the ends of a surface
+    /// that lacks sections have no counterpart, and do not count (surfaceDistances()).
     const std::vector<double>& getErrors() const { return __errors; }
     const std::vector<double>& getErrorSems() const { return __sems; }
+
+    /// The same errors as getErrors(), of each specimen alone: [record][specimen]; below 0 of the reference and of what
+    /// has no surface in common with it.
+    const std::vector<std::vector<double>>& getSpecimenErrors() const { return __specimenErrors; }
 
     /// For each specimen whether of the last step another orientation fits about as well: the surfaces don't tell which
     /// of its ends is which (SurfaceRegistration::getRivalTurn()).
@@ -66,6 +71,7 @@ private:
     std::vector<SpecimenSurfaces> __specimens;
     std::vector<SpecimenPose> __poses;
     std::vector<double> __errors, __sems;
+    std::vector<std::vector<double>> __specimenErrors;
     std::vector<bool> __unclear;
     std::function<bool()> __stopped;
     int __reference = 0;

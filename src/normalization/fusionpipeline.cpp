@@ -31,6 +31,31 @@ std::string pairOf(float mean, float sem) {
     return plainNumber(mean) + " " + plainNumber(sem);
 }
 
+template <class T>
+std::string errorPair(const Vector<float>& errors) {
+    return pairOf(ShapeSetGroupRegistration<T>::mean(errors), ShapeSetGroupRegistration<T>::sem(errors));
+}
+
+/// The least growth of an error that is told: the last step goes by the faces, which is not quite the error.
+constexpr double worseFrom = 1.02;
+
+/// The mean of the errors of each of n specimens with the others, of those of all pairs as errorType1() lists them.
+std::vector<double> specimenErrors(const Vector<float>& errors, std::size_t n) {
+    std::vector<double> sums(n, 0);
+    const std::size_t numPairs = n * (n - 1) / 2, perPair = numPairs > 0 ? std::size_t(errors.getSize()) / numPairs : 0;
+    int next = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        for (std::size_t j = i + 1; j < n; ++j) {
+            for (std::size_t k = 0; k < perPair; ++k, ++next) {
+                const double share = double(errors[next]) / double((n - 1) * perPair);
+                sums[i] += share;
+                sums[j] += share;
+            }
+        }
+    }
+    return sums;
+}
+
 /// A reference needs a surface; any other model a shape.
 bool hasVertices(const Model& model) {
     for (int i = 0; i < model.getNumItems(); ++i)
@@ -149,14 +174,15 @@ bool FusionPipeline<T>::runSteps() {
         this->notifyProgressed("Averaging shapes...");
         __mean = new ShapeSet<T>; // clear() deletes it
         if (bySurface()) {
-            *__mean = steps.meanBySurface();
+            *__mean = steps.meanBySurface([this] { return this->isCanceled(); });
         } else {
             for (std::size_t i = 1; i < __shapeSets.size(); ++i)
                 __shapeSets[i]->matchSurfaces(*__shapeSets[0]);
             *__mean = ShapeSet<T>::computeMean(__shapeSets);
             steps.measureDeviations(*__mean);
         }
-        steps.measureResiduals(*__mean);
+        if (!this->isCanceled())
+            steps.measureResiduals(*__mean);
     }
     if (!this->isCanceled() && strategy.isWarping())
         warping(steps, warpingProxy);
@@ -194,9 +220,9 @@ void FusionPipeline<T>::checkConfig() const {
     if (strategy.isRegistration()) {
         if (stacks.size() < 2)
             throw UsageError(runPlace, "A registration needs at least two stacks");
-        const bool found = std::any_of(stacks.begin(), stacks.end(), [&](const Stack* stack) {
-            return stack->getName() == strategy.getReferenceStack();
-        });
+        const std::vector<std::string> specimens = __config.specimenNames();
+        const bool found =
+            std::find(specimens.begin(), specimens.end(), strategy.getReferenceStack()) != specimens.end();
         if (strategy.getRegistrationAlgorithm() == TemplateRegistration && !found)
             throw UsageError(runPlace, "There is no template stack named \"" + strategy.getReferenceStack() + "\"");
     }
@@ -207,8 +233,8 @@ void FusionPipeline<T>::initLog() {
     __log = "<b>Spatial normalization summary</b><br >";
     __log += "Name: <i>" + htmlEscaped(__config.getName()) + "</i><br >";
     __log += "<br ><b>Stacks</b><br >";
-    for (const Stack* stack : __config.getStacks())
-        __log += "<i>" + htmlEscaped(stack->getName()) + "</i><br >";
+    for (const std::string& name : __config.specimenNames())
+        __log += "<i>" + htmlEscaped(name) + "</i><br >";
     __log += "Total " + std::to_string(__config.getStacks().size()) + " stacks<br >";
     __log += "<br ><b>Reference structures</b><br >";
     int numReferences = 0;
@@ -227,10 +253,12 @@ template <class T>
 void FusionPipeline<T>::initReport() {
     __report = FusionReport();
     __report.unit = __config.getStacks().front()->getLengthUnit().symbol();
+    const std::vector<std::string> names = __config.specimenNames();
     for (const Stack* stack : __config.getStacks()) {
+        const std::size_t place = __report.specimens.size();
         __report.specimens.emplace_back();
         SpecimenReport& specimen = __report.specimens.back();
-        specimen.name = stack->getName();
+        specimen.name = names[place];
         const double factor = VRLFusionConfig<T>::unitFactor(*stack, *__config.getStacks().front());
         for (int k = 0; k < stack->getNumSlices(); ++k) {
             const PixelCalibration& calibration = stack->getSlice(k).getPixelCalibration();
@@ -242,13 +270,31 @@ void FusionPipeline<T>::initReport() {
 
 template <class T>
 void FusionPipeline<T>::noteErrors(const std::vector<double>& errors, const std::vector<double>& sems,
-                                   const std::string& step) {
+                                   const std::string& step, const std::vector<double>& before,
+                                   const std::vector<double>& after) {
     __report.errors.insert(__report.errors.end(), errors.begin(), errors.end());
     __report.sems.insert(__report.sems.end(), sems.begin(), sems.end());
-    // Rounding makes no run worse.
-    if (errors.back() > errors.front() * 1.001 + __report.precision)
+    if (errors.back() > errors.front() * worseFrom + __report.precision)
         __report.warnings.push_back("The " + step + " made the error greater: from " + plainNumber(errors.front()) +
-                                    " to " + plainNumber(errors.back()));
+                                    " to " + plainNumber(errors.back()) + " " + __report.unit +
+                                    worstOf(before, after));
+}
+
+/// Names the specimen whose own error has grown the most; nothing where none has.
+template <class T>
+std::string FusionPipeline<T>::worstOf(const std::vector<double>& before, const std::vector<double>& after) const {
+    double most = 0;
+    std::size_t worst = after.size();
+    for (std::size_t i = 0; i < before.size() && i < after.size(); ++i) {
+        if (before[i] >= 0 && after[i] - before[i] > most) {
+            most = after[i] - before[i];
+            worst = i;
+        }
+    }
+    if (worst == after.size())
+        return "";
+    return ", most of all of \"" + __report.specimens[worst].name + "\": from " + plainNumber(before[worst]) + " to " +
+           plainNumber(after[worst]);
 }
 
 template <class T>
@@ -277,7 +323,8 @@ void FusionPipeline<T>::surfaceRegistration(FusionSteps<T>& steps, ProgressMonit
         __log += "Method: closest surfaces from all orientations of the axes<br ><br >";
         __log += "Error before alignment: " + pairAt(0) + "<br >";
         __log += "Error after alignment: " + pairAt(1) + "<br >";
-        noteErrors(cohort.getErrors(), cohort.getErrorSems(), "alignment");
+        noteErrors(cohort.getErrors(), cohort.getErrorSems(), "alignment", cohort.getSpecimenErrors().front(),
+                   cohort.getSpecimenErrors().back());
     }
     if (strategy.isRegistration() && !this->isCanceled()) {
         this->notifyProgressed("Registering shapes...");
@@ -288,6 +335,8 @@ void FusionPipeline<T>::surfaceRegistration(FusionSteps<T>& steps, ProgressMonit
         else
             cohort.registerJointly();
         cohort.removeMonitor(registration);
+        if (this->isCanceled())
+            return;
         const std::size_t last = cohort.getErrors().size() - 1;
         if (onTemplate) {
             __log += "Method: registration of each stack on a template<br >";
@@ -301,7 +350,8 @@ void FusionPipeline<T>::surfaceRegistration(FusionSteps<T>& steps, ProgressMonit
             for (std::size_t k = 0; k <= last; ++k)
                 __log += "Registration error at step " + std::to_string(k) + ": " + pairAt(k) + "<br >";
         }
-        noteErrors(cohort.getErrors(), cohort.getErrorSems(), "registration");
+        noteErrors(cohort.getErrors(), cohort.getErrorSems(), "registration", cohort.getSpecimenErrors().front(),
+                   cohort.getSpecimenErrors().back());
     }
     __report.warnOfUnclear(cohort.getUnclear());
     steps.place(cohort.getPoses());
@@ -319,12 +369,12 @@ void FusionPipeline<T>::buildShapeSets() {
         reconstruction.setStack(stack);
         __shapeSets.push_back(new ShapeSet<T>); // clear() deletes it
         ShapeSet<T>& set = *__shapeSets.back();
-        set.setName(stack.getName());
+        set.setName(__report.specimens[i].name);
         for (const std::string& name : names) {
             try {
                 addStructure(set, stack, name, reconstruction);
             } catch (Exception& failure) {
-                failure.setWhat("Structure \"" + name + "\" of stack \"" + stack.getName() +
+                failure.setWhat("Structure \"" + name + "\" of stack \"" + set.getName() +
                                 "\": " + failure.getWhat());
                 failure.addWhere("void FusionPipeline<T>::buildShapeSets()");
                 throw;
@@ -333,7 +383,7 @@ void FusionPipeline<T>::buildShapeSets() {
         const double factor = VRLFusionConfig<T>::unitFactor(stack, *stacks.front());
         if (factor != 1) {
             scaleBy<T>(factor).apply(set);
-            __report.warnings.push_back("\"" + stack.getName() + "\" was brought from " +
+            __report.warnings.push_back("\"" + set.getName() + "\" was brought from " +
                                         stack.getLengthUnit().symbol() + " to " + __report.unit +
                                         ", the unit of the first stack");
         }
@@ -429,18 +479,13 @@ void FusionPipeline<T>::matchReferences() {
 }
 
 template <class T>
-std::string FusionPipeline<T>::errorPair() const {
-    const Vector<float> errors = ShapeSetGroupRegistration<T>::errorType1(__group);
-    return pairOf(ShapeSetGroupRegistration<T>::mean(errors), ShapeSetGroupRegistration<T>::sem(errors));
-}
-
-template <class T>
 void FusionPipeline<T>::alignment(ProgressMonitor& monitor) {
     this->notifyProgressed("Aligning shapes...");
     matchReferences();
+    const Vector<float> before = ShapeSetGroupRegistration<T>::errorType1(__group);
     __log += "<br ><b>Alignment</b><br >";
     __log += "Method: principal axes alignement<br ><br >";
-    __log += "Error before alignment: " + errorPair() + "<br >";
+    __log += "Error before alignment: " + errorPair<T>(before) + "<br >";
     for (std::size_t i = 0; i < __shapeSets.size(); ++i) {
         PrincipalAxesShapeRegistration<T> axes;
         axes.fit(__shapeSets[i]->referenceShapeSet());
@@ -448,7 +493,11 @@ void FusionPipeline<T>::alignment(ProgressMonitor& monitor) {
         monitor.subjectProgressed(static_cast<unsigned int>(i), static_cast<unsigned int>(__shapeSets.size()));
     }
     matchReferences();
-    __log += "Error after alignment: " + errorPair() + "<br >";
+    const Vector<float> after = ShapeSetGroupRegistration<T>::errorType1(__group);
+    __log += "Error after alignment: " + errorPair<T>(after) + "<br >";
+    using Errors = ShapeSetGroupRegistration<T>;
+    noteErrors({Errors::mean(before), Errors::mean(after)}, {Errors::sem(before), Errors::sem(after)}, "alignment",
+               specimenErrors(before, __shapeSets.size()), specimenErrors(after, __shapeSets.size()));
 }
 
 template <class T>
@@ -498,7 +547,10 @@ void FusionPipeline<T>::warping(FusionSteps<T>& steps, ProgressMonitor& monitor)
         steps.warpBySurface(strategy, monitor, [this] { return this->isCanceled(); });
         return;
     }
-    const std::vector<ShapeSet<T>*> warped = steps.warpedByLevels(strategy, *__mean);
+    const std::vector<ShapeSet<T>*> warped =
+        steps.warpedByLevels(strategy, *__mean, [this] { return this->isCanceled(); });
+    if (this->isCanceled())
+        return;
     if (spline) {
         __fusion.clear();
         for (ShapeSet<T>* set : warped)
@@ -513,7 +565,7 @@ void FusionPipeline<T>::warping(FusionSteps<T>& steps, ProgressMonitor& monitor)
         __fusion.removeMonitor(monitor);
         return;
     }
-    const std::string before = errorPair();
+    const std::string before = errorPair<T>(ShapeSetGroupRegistration<T>::errorType1(__group));
     TargetShapeSetGroupWarping<T> warping;
     warping.setTargetShapeSet(*__mean);
     warping.addMonitor(monitor);
@@ -529,7 +581,7 @@ void FusionPipeline<T>::warping(FusionSteps<T>& steps, ProgressMonitor& monitor)
     __log += "Jacobian errors: " + std::to_string(errors) + "<br>";
     __log += "Percentage error: " + plainNumber(percentage) + "<br><br>";
     __log += "Error before warping: " + before + "<br >";
-    __log += "Error after warping: " + errorPair() + "<br >";
+    __log += "Error after warping: " + errorPair<T>(ShapeSetGroupRegistration<T>::errorType1(__group)) + "<br >";
 }
 
 template class FusionPipeline<float>;

@@ -23,8 +23,8 @@ class FusionSteps;
 ///
 /// Owns the shapes that it makes, until clear(), the next run or its end. The stacks are read by
 /// prepare(), or else by run(), and must not change meanwhile. Monitors hear one start and one end, and the steps in
-/// between as one task; the starts and ends of the steps stay inside. Cancelling takes effect between two steps (and
-/// between two sets of a thin-plate warp).
+/// between as one task; the starts and ends of the steps stay inside. Cancelling takes effect between two steps, by
+/// surface and in warps between two specimens.
 ///
 /// All sets have one length, and entry k of each is the same structure; a stack without the structure has a null entry
 /// there. The mean is that of the state before the warp, which moves the shapes and not the mean.
@@ -42,7 +42,10 @@ class FusionSteps;
 /// - By surface alignment brings each specimen on the first one, or on the template, by SurfaceRegistration, of all
 ///   orientations the one with the least distance; the joint registration follows from there. The result lies as that
 ///   specimen was cut. By levels the specimens that then lie better after half a turn are named.
-/// - A specimen turned by more than 90 degrees, and a step that leaves a greater error than it found, are named.
+/// - A specimen turned by more than 90 degrees, and a step that leaves a greater error than it found, are named, the step
+///   with the specimen that it made worst. By surface what lies beyond the ends of a specimen that lacks sections is no
+///   error.
+/// - Specimens go by the names of VRLFusionConfig::specimenNames(), which are those of the stacks unless two are alike.
 ///
 /// The report has the numbers: residuals, outliers, warps, deviations about the mean.
 ///
@@ -75,7 +78,7 @@ public:
     /// The names of the models of all stacks, sorted by their bytes, each once: the structures of the sets, in order.
     std::vector<std::string> listAllStructureNames() const;
 
-    /// One set for each stack, in order, named like it.
+    /// One set for each stack, in order, named like the specimen.
     const std::vector<ShapeSet<T>*>& getShapeSets() const { return __shapeSets; }
 
     /// Mean surfaces of the structures; null before a run has come to them.
@@ -111,11 +114,13 @@ private:
     void alignment(ProgressMonitor& monitor);
     void registration(ProgressMonitor& monitor);
     void surfaceRegistration(FusionSteps<T>& steps, ProgressMonitor& alignment, ProgressMonitor& registration);
-    void noteErrors(const std::vector<double>& errors, const std::vector<double>& sems, const std::string& step);
+    /// before and after: those of each specimen alone, where they are known.
+    void noteErrors(const std::vector<double>& errors, const std::vector<double>& sems, const std::string& step,
+                    const std::vector<double>& before = {}, const std::vector<double>& after = {});
+    std::string worstOf(const std::vector<double>& before, const std::vector<double>& after) const;
     bool bySurface() const { return __config.getStrategy().getCorrespondence() == SurfaceCorrespondence; }
     void warping(FusionSteps<T>& steps, ProgressMonitor& monitor);
     void matchReferences();
-    std::string errorPair() const;
 
     VRLFusionConfig<T> __config;
     std::vector<ShapeSet<T>*> __shapeSets; // owned

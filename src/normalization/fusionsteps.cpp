@@ -114,8 +114,8 @@ void FusionSteps<T>::warnOfTurnedOver() {
 }
 
 template <class T>
-ShapeSet<T> FusionSteps<T>::meanBySurface() {
-    __means = MeanSurfaces::of(surfaces(false), 2);
+ShapeSet<T> FusionSteps<T>::meanBySurface(const std::function<bool()>& stops) {
+    __means = MeanSurfaces::of(surfaces(false), 2, stops);
     __report.deviations = __means.deviations;
     __report.counts = __means.counts;
     ShapeSet<T> mean;
@@ -257,9 +257,10 @@ void FusionSteps<T>::warpBySurface(const VRLFusionStrategy& strategy, ProgressMo
 }
 
 template <class T>
-std::vector<ShapeSet<T>*> FusionSteps<T>::warpedByLevels(const VRLFusionStrategy& strategy, const ShapeSet<T>& mean) {
+std::vector<ShapeSet<T>*> FusionSteps<T>::warpedByLevels(const VRLFusionStrategy& strategy, const ShapeSet<T>& mean,
+                                                         const std::function<bool()>& stops) {
     std::vector<ShapeSet<T>*> chosen;
-    for (std::size_t i = 0; i < __sets.size(); ++i) {
+    for (std::size_t i = 0; i < __sets.size() && !stops(); ++i) {
         ShapeSet<T> references = __sets[i]->referenceShapeSet();
         const ShapeSet<T> targets = mean.referenceShapeSet();
         references.matchSurfaces(targets);

@@ -43,7 +43,8 @@ public:
 
     /// The mean surfaces by points that correspond on the surfaces, a new set named "mean" that the caller clears, with
     /// the deviations in the report.
-    ShapeSet<T> meanBySurface();
+    /// Where stops says so, asked before each surface, it is given as it is by then.
+    ShapeSet<T> meanBySurface(const std::function<bool()>& stops);
 
     /// Deviations from a mean by ranks, which the sets must match.
     void measureDeviations(const ShapeSet<T>& mean);
@@ -57,7 +58,8 @@ public:
 
     /// Measures the warp by ranks of each set before it is made, and gives the sets that are to be warped: all but
     /// those whose folds are refused. Throws as warpBySurface() does.
-    std::vector<ShapeSet<T>*> warpedByLevels(const VRLFusionStrategy& strategy, const ShapeSet<T>& mean);
+    std::vector<ShapeSet<T>*> warpedByLevels(const VRLFusionStrategy& strategy, const ShapeSet<T>& mean,
+                                             const std::function<bool()>& stops);
 
 private:
     /// Folds of the warp about the set, and what is told of them; false when the warp is refused.

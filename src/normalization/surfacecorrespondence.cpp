@@ -97,7 +97,8 @@ CorrespondingSurface correspondingSurface(const SpecimenSurfaces::Surface& mean,
     return result;
 }
 
-MeanSurfaces MeanSurfaces::of(const std::vector<SpecimenSurfaces>& specimens, int rounds) {
+MeanSurfaces MeanSurfaces::of(const std::vector<SpecimenSurfaces>& specimens, int rounds,
+                              const std::function<bool()>& stops) {
     MeanSurfaces result;
     const int numStructures = specimens.empty() ? 0 : specimens.front().getSize();
     std::vector<SpecimenSurfaces::Surface>& means = result.mean.getSurfaces();
@@ -124,8 +125,11 @@ MeanSurfaces MeanSurfaces::of(const std::vector<SpecimenSurfaces>& specimens, in
         std::vector<double>& deviations = result.deviations[std::size_t(k)];
         std::vector<int>& counts = result.counts[std::size_t(k)];
         for (int round = 0; round < rounds; ++round) {
-            for (std::size_t i = 0; i < specimens.size(); ++i)
+            for (std::size_t i = 0; i < specimens.size(); ++i) {
+                if (stops && stops())
+                    return result;
                 result.specimens[i][std::size_t(k)] = correspondingSurface(mean, specimens[i][k], round == 0 ? 3 : 1);
+            }
             std::vector<Point3> sums(n, Point3{0, 0, 0});
             counts.assign(n, 0);
             deviations.assign(n, 0);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "normalization/specimensurfaces.h"
@@ -34,8 +35,10 @@ struct MeanSurfaces {
         deviations;                       ///< [structure][vertex]: standard deviation of a sample, of the distance
     std::vector<std::vector<int>> counts; ///< [structure][vertex]: specimens that count
 
-    /// All specimens must have as many surfaces.
-    static MeanSurfaces of(const std::vector<SpecimenSurfaces>& specimens, int rounds);
+    /// All specimens must have as many surfaces. stops is asked before each surface of each specimen; when it says so,
+    /// what is there by then is given, which is no mean.
+    static MeanSurfaces of(const std::vector<SpecimenSurfaces>& specimens, int rounds,
+                           const std::function<bool()>& stops = {});
 };
 
 } // namespace vorlen

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 #include "document/modelitem.h"
 #include "document/stack.h"
@@ -52,6 +53,25 @@ VRLFusionConfig<T>::sharedStructures(const std::vector<const Stack*>& stacks) {
         }
     }
     return structures;
+}
+
+template <class T>
+std::vector<std::string> VRLFusionConfig<T>::specimenNames(const std::vector<const Stack*>& stacks) {
+    std::set<std::string> given = {"mean"};
+    for (const Stack* stack : stacks)
+        given.insert(stack->getName());
+    std::set<std::string> taken = {"mean"};
+    std::vector<std::string> names;
+    for (const Stack* stack : stacks) {
+        const std::string base = stack->getName().empty() ? "stack" : stack->getName();
+        std::string name = base;
+        const bool isOwn = base == stack->getName();
+        for (int k = 2; taken.count(name) > 0 || (!(isOwn && name == base) && given.count(name) > 0); ++k)
+            name = base + "-" + std::to_string(k);
+        taken.insert(name);
+        names.push_back(name);
+    }
+    return names;
 }
 
 template <class T>

@@ -134,17 +134,18 @@ void FusionResidualView::setReport(const FusionReport& report) {
         headers += QString::fromStdString(report.structures[k]) + unit;
     headers += {"Turned (degrees)", "Leave-one-out" + unit, "Folds (%)"};
     __table->beginContents(headers, int(report.specimens.size()));
-    const auto put = [&](int row, int column, double value, bool outlier, const QString& reason) {
+    const auto put = [&](int row, int column, double value, bool marked, const QString& reason,
+                         const QString& meaning = "Outlier: it stands out among the specimens") {
         if (value < 0)
             __table->setNotAvailable(row, column, reason);
         else
             __table->setNumber(row, column, value);
-        if (outlier) {
+        if (marked) {
             QFont font = __table->font();
             font.setBold(true);
             __table->item(row, column)->setFont(font);
             __table->item(row, column)->setForeground(QColor(200, 0, 0));
-            __table->item(row, column)->setToolTip("Outlier");
+            __table->item(row, column)->setToolTip(meaning);
         }
     };
     for (int row = 0; row < int(report.specimens.size()); ++row) {
@@ -154,10 +155,14 @@ void FusionResidualView::setReport(const FusionReport& report) {
         int column = 2;
         for (const std::size_t k : shown)
             put(row, column++, specimen.residuals[k], specimen.outliers[k], "The specimen lacks the structure");
-        put(row, column, specimen.turned, specimen.turned > 90, "");
+        put(row, column, specimen.turned, specimen.turned > 90 || specimen.mirrored, "",
+            specimen.mirrored ? "Mirrored, and turned against its raw data"
+                              : "Turned by more than 90 degrees against its raw data");
         put(row, column + 1, specimen.warped ? specimen.warp.leaveOneOut : -1, false, "The specimen was not warped");
         put(row, column + 2, specimen.warped ? 100 * specimen.warp.folds : -1,
-            specimen.warped && specimen.warp.folds > 0, "The specimen was not warped");
+            specimen.warped && specimen.warp.folds > 0, "The specimen was not warped",
+            specimen.warp.refused ? "The warp turns space inside out, and was refused"
+                                  : "The warp turns space inside out");
     }
     __table->endContents();
     __plot->setReport(report);

@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include "editing/stacks/vrlstack.h"
+#include "normalization/vrlfusionconfig.h"
 
 namespace vorlen {
 
@@ -124,8 +125,8 @@ void VRLFusionStrategyPanel::setStacks(const std::vector<VRLStack*>& stacks) {
     {
         const QSignalBlocker quiet(__template);
         __template->clear();
-        for (const VRLStack* stack : stacks)
-            __template->addItem(QString::fromStdString(stack->getName()));
+        for (const std::string& name : VRLFusionConfig<float>::specimenNames({stacks.begin(), stacks.end()}))
+            __template->addItem(QString::fromStdString(name));
         const int place = __template->findText(current);
         __template->setCurrentIndex(place >= 0 ? place : std::min(0, __template->count() - 1));
     }

@@ -190,9 +190,12 @@ void VRLFusionWindowMediator::start(const VRLFusionConfig<float>& config) {
 /// The colours of the models as they are when the normalization starts.
 void VRLFusionWindowMediator::takeColors() {
     __properties.clear();
-    for (const Stack* stack : __config.getStacks())
-        for (int m = 0; m < stack->getNumModels(); ++m)
-            __properties[{stack->getName(), stack->getModel(m).getName()}] = stack->getModel(m).getItemProperties();
+    const std::vector<std::string> names = __config.specimenNames();
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const Stack& stack = *__config.getStacks()[i];
+        for (int m = 0; m < stack.getNumModels(); ++m)
+            __properties[{names[i], stack.getModel(m).getName()}] = stack.getModel(m).getItemProperties();
+    }
 }
 
 /// Waits for the thread, which ends with its work.
@@ -242,6 +245,7 @@ void VRLFusionWindowMediator::removeShapes() {
             getCanvas()->removePainter(*painter);
     __painters.clear();
     __shapePainters.clear();
+    __fileNames = ShapeFileNames();
 }
 
 void VRLFusionWindowMediator::clearFusion() {
@@ -317,6 +321,7 @@ void VRLFusionWindowMediator::addShape(Shape<float>& shape, const std::string& s
     shown.setProxy(painter.get());
     shown.setNameCounter(1);
     shown.setStackName(stackName);
+    shown.setFileName(__fileNames.nameOf(stackName, shape));
     __table.addPainter(shown);
     if (getCanvas() != nullptr)
         getCanvas()->addPainter(*painter);
@@ -446,10 +451,7 @@ void VRLFusionWindowMediator::exportResults(QDir& directory) {
 
 void VRLFusionWindowMediator::exportPainterShape(VRLFusionShapeViewerPainterGL& painter, QDir& directory, int& answer) {
     const Shape<float>& shape = *painter.getProxy()->getShape();
-    QString name = QString::fromStdString(painter.getStackName() + "-" + shape.getName()).replace('/', '_');
-    const QString extension = shape.getShapeType() == VertexStackType ? "vs" : "qm";
-    if (QFileInfo(name).suffix() != extension)
-        name += '.' + extension;
+    const QString name = QString::fromStdString(painter.getFileName());
     const QString file = directory.filePath(name);
     const bool exists = QFileInfo::exists(file);
     if (exists && answer != QMessageBox::YesToAll && answer != QMessageBox::NoToAll) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "document/modelitemproperties.h"
+#include "normalization/shapefilenames.h"
 #include "normalization/vrlfusionconfig.h"
 #include "ui/progress/vrlprogressproxy.h"
 #include "ui/viewer/viewermediator.h"
@@ -101,7 +102,8 @@ private:
     VRLStatusBar& __statusBar;
     VRLFusionConfig<float> __config;
     std::optional<LengthUnit> __unit; ///< of the shapes, that of the first stack
-    std::map<std::pair<std::string, std::string>, ModelItemProperties> __properties; // of stack and model
+    std::map<std::pair<std::string, std::string>, ModelItemProperties> __properties; // of specimen and model
+    ShapeFileNames __fileNames; ///< of the painters' shapes
     std::unique_ptr<VRLFusion> __fusion;
     std::unique_ptr<QThread> __worker;
     std::vector<std::unique_ptr<ShapePainterGL<float>>> __shapePainters;
