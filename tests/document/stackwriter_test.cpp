@@ -439,7 +439,7 @@ TEST(StackWriter, wholeNumbersAreWrittenWithoutExponent) {
     model.getProperties().setSurfaceShininess(1e6f);
     roundTrip(stack, folder, copy);
     EXPECT_EQ(copy.getModel(0).getItemProperties().getPointSize(), 1234567);
-    EXPECT_EQ(copy.getModel(0).getItemProperties().getLineWidth(), 0);
+    EXPECT_EQ(copy.getModel(0).getItemProperties().getLineWidth(), 0.00001f);
     EXPECT_EQ(copy.getModel(0).getProperties().getSurfaceShininess(), 1e6f);
 }
 

@@ -41,7 +41,7 @@ void DesktopTheme::follow(QDBusConnection bus) {
     if (!bus.isConnected())
         return;
     bus.connect(service, path, interface, "SettingChanged", this,
-                SLOT(settingChanged(const QString&, const QString&, const QDBusVariant&)));
+                SLOT(settingChanged(const QDBusMessage&)));
     ask(bus);
 }
 
@@ -61,9 +61,10 @@ void DesktopTheme::ask(const QDBusConnection& bus) {
     moment.exec(QEventLoop::ExcludeUserInputEvents);
 }
 
-void DesktopTheme::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
-    if (group == appearance && key == colorScheme)
-        take(value.variant());
+void DesktopTheme::settingChanged(const QDBusMessage& news) {
+    const QList<QVariant> what = news.arguments(); // group, key, value
+    if (what.size() == 3 && what[0].toString() == appearance && what[1].toString() == colorScheme)
+        take(what[2]);
 }
 
 /// The answer to a question holds the value in one variant more than the news of a change.

@@ -5,7 +5,7 @@
 #include <QString>
 
 class QDBusConnection;
-class QDBusVariant;
+class QDBusMessage;
 
 namespace vorlen {
 
@@ -37,7 +37,7 @@ public:
     static QPalette darkPalette();
 
 private slots:
-    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+    void settingChanged(const QDBusMessage& news);
 
 private:
     void ask(const QDBusConnection& bus);

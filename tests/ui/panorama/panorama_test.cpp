@@ -144,7 +144,7 @@ TEST_F(PanoramaTest, placesItsItemsInAsManyColumnsAsFit) {
     EXPECT_FALSE(panorama.horizontalScrollBar()->isVisible());
     panorama.resize(size.width() - 20, 500);
     EXPECT_TRUE(panorama.horizontalScrollBar()->isVisible());
-    panorama.resize(700, 500);
+    panorama.resize(10 + 3 * (size.width() + 10) + 40, 500);
     for (int i = 0; i < 9; ++i)
         key(Qt::Key_L);
     EXPECT_EQ(panorama.getThumbnailSize(), 64);

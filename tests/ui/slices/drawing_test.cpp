@@ -287,6 +287,7 @@ TEST_F(DrawingTest, aQuickSecondPressIsNotLost) {
         click(QPoint(51, 51));
         mouse(QEvent::MouseButtonDblClick, QPoint(51, 51), Qt::LeftButton, Qt::LeftButton);
         drag(QPoint(40, 30));
+        drag(QPoint(20, 30));
         release(QPoint(20, 30));
     });
     EXPECT_EQ(verticesOf(outer)[0], std::make_pair(20, 30));
