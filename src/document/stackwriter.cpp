@@ -128,6 +128,7 @@ bool StackWriter::write(const Stack& stack, const std::string& fileName) {
     __share = share;
     const std::string text = toText(stack, FileInfo::dirName(fileName));
     __share = 100;
+    notifyProgressed(share, 100);
     const bool written = SafeFile::save(fileName, text, [this, &text](std::size_t done) {
         notifyProgressed(share + static_cast<unsigned int>((99 - share) * done / text.size()), 100);
     });
