@@ -255,9 +255,11 @@ TEST_F(CommandLineTest, normalizeBringsSpecimensTogetherAndKeepsOldFiles) {
     EXPECT_EQ(sample->read("space/mean-Nucleus.qm"), "mine");
 
     const Outcome fitted = cli(*sample, "normalize -o space --overwrite --template turned --reference Nucleus "
-                                        "--size 12x20 --warping polynomial --degree 1 sample.sdf turned.sdf");
+                                        "--size 12x20 --size Ganglion=9x11 --warping polynomial --degree 1 "
+                                        "sample.sdf turned.sdf");
     EXPECT_EQ(fitted.status, 0) << fitted.output;
     EXPECT_EQ(CurveStack<float>(sample->file("space/mean-Nucleus.qm")).getHeight(), 12);
+    EXPECT_EQ(CurveStack<float>(sample->file("space/mean-Ganglion.qm")).getHeight(), 9) << "no reference, but shared";
     const std::string numbers = sample->read("space/normalization.json");
     EXPECT_NE(numbers.find("\"residual\": "), std::string::npos) << numbers.substr(0, 400);
     EXPECT_NE(numbers.find("\"leave_one_out_error\": "), std::string::npos);

@@ -148,6 +148,23 @@ TEST(CohortRegistration, bringsSpecimensTogetherHoweverTheyWereCut) {
     }
 }
 
+// What the reference lacks is no error, however far it is beyond its ends; before and after are told of each specimen.
+TEST(CohortRegistration, countsNoPlaceThatTheReferenceLacks) {
+    CohortRecipe recipe = smallRecipe();
+    recipe.incomplete = true;
+    recipe.tilt = recipe.turn = 0;
+    const MadeCohort cohort(recipe, 4);
+    CohortRegistration registration(cohort.surfaces);
+    registration.align(2);
+    const std::vector<SpecimenSurfaces> placed = registration.placed();
+    EXPECT_GT(surfaceDistances(placed[0], placed[2], true)[0], 5) << "with the quarter that is not there";
+    EXPECT_LT(registration.getErrors().back(), 2.5);
+    const auto& own = registration.getSpecimenErrors();
+    ASSERT_EQ(own.size(), 2u);
+    EXPECT_LT(own[1][2], 0) << "the reference itself";
+    EXPECT_NEAR((own[1][0] + own[1][1]) / 2, registration.getErrors().back(), 1e-9);
+}
+
 // Places between the vertices lie on the curve that the normals tell of, not on the chord.
 TEST(SpecimenSurfaces, areCurvedBetweenTheirVertices) {
     const int width = 12;
@@ -278,6 +295,8 @@ TEST(MeanSurfaces, leaveOutWhatASpecimenLacks) {
         EXPECT_LT(means.deviations[0][v], 0.5) << v;
     }
     EXPECT_LT(surfaceDistances(placed[2], means.mean)[0], 0.5);
+    int asked = 0;
+    EXPECT_TRUE(MeanSurfaces::of(placed, 2, [&] { return ++asked > 2; }).counts[0].empty()) << "stopped on the way";
 }
 
 } // namespace vorlen

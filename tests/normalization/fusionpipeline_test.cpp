@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "normalization/shapefilenames.h"
 #include "normalization/shapemaker.h"
 #include "normalization/shapesetgroupregistration.h"
 #include "normalization/stackmaker.h"
@@ -343,20 +344,44 @@ TEST(FusionPipeline, refusesWhatCannotRunAndLeavesNothingBehind) {
 TEST(FusionPipeline, aCancelledRunStopsBeforeTheNextStepAndClears) {
     class Canceller : public RecordingMonitor {
     public:
+        explicit Canceller(const std::string& when) : __when(when) {}
         void subjectProgressed(const std::string& text) override {
             RecordingMonitor::subjectProgressed(text);
-            if (text == "Aligning shapes...") {
+            if (text == __when) {
                 currentSubject()->cancel();
             }
         }
         using RecordingMonitor::subjectProgressed;
+
+    private:
+        std::string __when;
     };
     Normalization normalization(movedCopies(2));
     normalization.strategy.setAlignment(true);
     normalization.strategy.setRegistration(true);
+    normalization.strategy.setWarping(true);
+    // Each step, by surface and by levels, for splines and polynomials.
+    int variant = 0;
+    for (const char* when :
+         {"Aligning shapes...", "Registering shapes...", "Averaging shapes...", "Warping shapes..."}) {
+        for (const VRLFusionCorrespondence correspondence : {LevelCorrespondence, SurfaceCorrespondence}) {
+            normalization.strategy.setCorrespondence(correspondence);
+            normalization.strategy.setWarpingModel(++variant % 2 == 0 ? ThinPlateSplineWarping : PolynomialWarping);
+            FusionPipeline<float> stopped;
+            normalization.prepare(stopped);
+            Canceller monitor(when);
+            stopped.addMonitor(monitor);
+            EXPECT_FALSE(stopped.run()) << when << correspondence;
+            EXPECT_TRUE(stopped.getShapeSets().empty()) << when << correspondence;
+            EXPECT_EQ(stopped.getMeanShapeSet(), nullptr) << when << correspondence;
+            stopped.removeMonitor(monitor);
+        }
+    }
+    normalization.strategy.setWarping(false);
+    normalization.strategy.setCorrespondence(LevelCorrespondence);
     FusionPipeline<float> pipeline;
     normalization.prepare(pipeline);
-    Canceller monitor;
+    Canceller monitor("Aligning shapes...");
     pipeline.addMonitor(monitor);
     EXPECT_FALSE(pipeline.run());
     EXPECT_TRUE(pipeline.getShapeSets().empty());
@@ -424,6 +449,43 @@ TEST(FusionPipeline, bySurfaceTellsWhatItDidToEachSpecimen) {
         std::size_t(std::find(report.structures.begin(), report.structures.end(), "body") - report.structures.begin());
     EXPECT_EQ(report.deviations[body].size(), std::size_t(meshOf(mean, int(body)).getSize()));
     EXPECT_LT(report.meanDeviation(int(body)), 1.5);
+}
+
+// Names that are alike, empty, or that of the mean would mix specimens up in files, summary and template.
+TEST(FusionPipeline, specimensGoByNamesOfTheirOwn) {
+    std::vector<std::unique_ptr<Stack>> specimens;
+    for (const char* name : {"a", "a", "", "mean", "a-2", ""}) {
+        specimens.push_back(specimenStack(name));
+    }
+    Normalization normalization(std::move(specimens));
+    const std::vector<std::string> names = {"a", "a-3", "stack", "mean-2", "a-2", "stack-2"};
+    EXPECT_EQ(normalization.config.specimenNames(), names);
+    normalization.strategy.setRegistration(true);
+    normalization.strategy.setRegistrationAlgorithm(TemplateRegistration);
+    normalization.strategy.setReferenceStack("a-3");
+    FusionPipeline<float> pipeline;
+    normalization.prepare(pipeline);
+    ASSERT_TRUE(pipeline.run());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        EXPECT_EQ(pipeline.getShapeSets()[i]->getName(), names[i]);
+        EXPECT_EQ(pipeline.getReport().specimens[i].name, names[i]);
+        EXPECT_NE(pipeline.getLog().find("<i>" + names[i] + "</i>"), std::string::npos);
+    }
+    EXPECT_NE(pipeline.getLog().find("Template stack: <i>a-3</i>"), std::string::npos);
+}
+
+TEST(ShapeFileNames, giveEachShapeAFileOfItsOwn) {
+    ShapeFileNames names;
+    QuadMesh<float> mesh(3, 2, 3);
+    mesh.setName("b-c");
+    EXPECT_EQ(names.nameOf("a", mesh), "a-b-c.qm");
+    mesh.setName("c");
+    EXPECT_EQ(names.nameOf("a-b", mesh), "a-b-c-2.qm");
+    mesh.setName("x/y.qm");
+    EXPECT_EQ(names.nameOf("s/t", mesh), "s_t-x_y.qm");
+    VertexStack<float> points(3, 1, 2, 2, 2);
+    points.setName("b-c");
+    EXPECT_EQ(names.nameOf("a", points), "a-b-c.vs");
 }
 
 // Nothing tells the two ends of a spheroid apart: it stays as its raw data lie, and is named.

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "files/fileinfo.h"
 #include "images/files/niftiwriter.h"
 #include "images/files/nrrdwriter.h"
 #include "numerics/exception.h"
@@ -162,27 +163,36 @@ void VRLDensityMap::removeView(const DensityMapView& view) {
     std::erase_if(__views, [&view](const std::unique_ptr<DensityMapView>& each) { return each.get() == &view; });
 }
 
-std::vector<std::string> VRLDensityMap::save(const std::string& fileName) const {
+std::vector<std::string> VRLDensityMap::filesOf(const std::string& fileName) const {
     const bool nifti = isNiftiName(fileName);
     const std::size_t suffix =
         nifti ? (fileName.ends_with('i') || fileName.ends_with('I') ? 4u : 7u) : (fileName.ends_with(".vm") ? 3u : 0u);
     const std::string base = fileName.substr(0, fileName.size() - suffix);
     std::vector<std::string> files = {base + ".vm", nifti ? fileName : base + ".nrrd"};
+    for (std::size_t k = 0; k < __views.size(); ++k) {
+        char number[24];
+        std::snprintf(number, sizeof number, "-%02zu.tm", k);
+        if (__views[k]->surface)
+            files.push_back(base + number);
+    }
+    return files;
+}
+
+std::vector<std::string> VRLDensityMap::save(const std::string& fileName, bool replaceSurfaces) const {
+    const std::vector<std::string> files = filesOf(fileName);
+    for (std::size_t k = 2; k < files.size() && !replaceSurfaces; ++k)
+        FileInfo::requireFree(files[k], "std::vector<std::string> VRLDensityMap::save(const std::string&, bool) const");
     VoxelMatrix<float> copy = __matrix;
     __mapping->calibrate(copy, __grid, __unit.value_or(LengthUnit()).getScale());
     copy.save(files[0], true);
-    if (nifti)
+    if (isNiftiName(fileName))
         saveNifti(__matrix, lattice().origin(), lattice().steps(), __unit, files[1], true);
     else
         saveNrrd(__matrix, lattice().origin(), lattice().steps(), nrrdUnit(__unit), NrrdEncoding::Raw, files[1], true);
-    for (std::size_t k = 0; k < __views.size(); ++k) {
-        if (!__views[k]->surface)
-            continue;
-        char number[24];
-        std::snprintf(number, sizeof number, "-%02zu.tm", k);
-        files.push_back(base + number);
-        __views[k]->surface->save(files.back(), false);
-    }
+    std::size_t next = 2;
+    for (const auto& view : __views)
+        if (view->surface)
+            view->surface->save(files[next++], replaceSurfaces);
     return files;
 }
 

@@ -95,9 +95,12 @@ public:
 
     /// Writes the volume as .vm, the same beside it with its place in space, both with the unit where it is known, and
     /// the surface of view k as NAME-%02d.tm. The one beside it is .nrrd, or NIfTI for a name that ends in .nii or
-    /// .nii.gz; a name with no such ending and without .vm gets it. Volumes are replaced, surfaces are not: then, and
-    /// when writing fails, FileWriteError. Returns the files.
-    std::vector<std::string> save(const std::string& fileName) const;
+    /// .nii.gz; a name with no such ending and without .vm gets it. Volumes are replaced, surfaces are not unless they
+    /// are to be: then FileWriteError before anything is written, and also when writing fails. Returns the files.
+    std::vector<std::string> save(const std::string& fileName, bool replaceSurfaces = false) const;
+
+    /// The files that save() writes: the two volumes, then the surfaces.
+    std::vector<std::string> filesOf(const std::string& fileName) const;
 
 private:
     VRLDensityMappingConfig __config;

@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -315,12 +316,34 @@ void VRLDensityMappingWidget::saveButtonClick() {
         return;
     const QString volumes = "Voxel matrices and NRRD (*.vm)", nifti = "Voxel matrices and NIfTI (*.nii *.nii.gz)";
     QString filter;
-    QString file =
-        QFileDialog::getSaveFileName(this, "Save density map", map->getConfig().name, volumes + ";;" + nifti, &filter);
+    // All files are asked for together, below.
+    QString file = QFileDialog::getSaveFileName(this, "Save density map", QString(map->getConfig().name).replace('/', '_'),
+                                                volumes + ";;" + nifti, &filter, QFileDialog::DontConfirmOverwrite);
     if (filter == nifti && !file.isEmpty() && !isNiftiName(QFile::encodeName(file).toStdString()))
         file += ".nii";
-    if (!file.isEmpty())
-        guarded(this, "The density map could not be saved.", [&] { map->save(QFile::encodeName(file).toStdString()); });
+    if (file.isEmpty() || !mayReplace(*map, file))
+        return;
+    guarded(this, "The density map could not be saved.",
+            [&] { map->save(QFile::encodeName(file).toStdString(), true); });
+}
+
+bool VRLDensityMappingWidget::mayReplace(const VRLDensityMap& map, const QString& file) {
+    QStringList there;
+    for (const std::string& each : map.filesOf(QFile::encodeName(file).toStdString())) {
+        const QString name = QFile::decodeName(QByteArray::fromStdString(each));
+        if (QFileInfo::exists(name))
+            there.append(QFileInfo(name).fileName());
+    }
+    if (there.isEmpty())
+        return true;
+    QMessageBox box(QMessageBox::Question, "Save density map",
+                    (there.size() == 1 ? "This file exists already:\n" : "These files exist already:\n") +
+                        there.join('\n'),
+                    QMessageBox::Yes | QMessageBox::No, this);
+    box.setInformativeText(there.size() == 1 ? "Do you wish to replace it?" : "Do you wish to replace them?");
+    box.setTextFormat(Qt::PlainText);
+    box.setDefaultButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
 }
 
 void VRLDensityMappingWidget::infoButtonClick() {

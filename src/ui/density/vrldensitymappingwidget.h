@@ -69,6 +69,8 @@ private:
     VRLDensityMap* selectedMap() const;
     std::vector<DensityMapView*> selectedSurfaces() const;
     void removeView(QTreeWidgetItem& item);
+    /// Asks before files that are there are written over; true without any.
+    bool mayReplace(const VRLDensityMap& map, const QString& file);
     void showSlice(const QTreeWidgetItem* item);
     void refreshCanvas();
 

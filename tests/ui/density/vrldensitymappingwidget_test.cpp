@@ -173,6 +173,27 @@ TEST_F(DensityWindow, aNewUserMakesAMapLooksAtItSavesAndDeletesIt) {
     for (const char* name : {"more.vm", "more.nii", "more-00.tm"})
         EXPECT_TRUE(std::filesystem::exists(folder.filePath(name).toStdString())) << name;
     EXPECT_FALSE(std::filesystem::exists(folder.filePath("more.nrrd").toStdString()));
+    // What is there is replaced on request alone, whatever ending the name was given, and then as a whole.
+    const auto content = [&folder](const char* name) {
+        QFile file(folder.filePath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    for (const char* name : {"spots.vm", "spots-00.tm"}) {
+        QFile mine(folder.filePath(name));
+        ASSERT_TRUE(mine.open(QIODevice::WriteOnly) && mine.write("mine") == 4) << name;
+    }
+    for (const char* answer : {"No", "Yes"}) {
+        script.thenChoose({folder.filePath("spots")});
+        script.then([answer](QWidget& dialog) {
+            const QString text = static_cast<QMessageBox&>(dialog).text();
+            EXPECT_TRUE(text.contains("spots.vm\nspots.nrrd\nspots-00.tm")) << text.toStdString();
+            ModalScript::click(dialog, answer);
+        });
+        press("Save...");
+        const bool kept = content("spots.vm") == "mine" && content("spots-00.tm") == "mine";
+        const bool replaced = content("spots.vm") == content("more.vm") && content("spots-00.tm") == content("more-00.tm");
+        EXPECT_TRUE(*answer == 'N' ? kept : replaced) << answer;
+    }
     script.then([](QWidget& dialog) {
         EXPECT_TRUE(static_cast<QMessageBox&>(dialog).text().contains("integrates to 1"));
         static_cast<QDialog&>(dialog).accept();

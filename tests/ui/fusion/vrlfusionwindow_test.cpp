@@ -213,6 +213,37 @@ TEST_F(VRLFusionWindowTest, aNormalizationGoesFromTheDialogToShapesResidualsAndF
     EXPECT_EQ(window->windowTitle(), "Vorlen - Fusion");
 }
 
+// Two stacks of one name and one that is named as the mean is: each shape has a row, colours and a file of its own.
+TEST_F(VRLFusionWindowTest, specimensOfOneNameAreKeptApart) {
+    for (const int k : {1, 2}) {
+        VRLStack& stack = VRLStackServer::stackServer.getStack(k);
+        stack.setName(k == 1 ? "a" : "mean");
+        stack.getModel(stack.findModel("body")).getItemProperties().setColor(0, 100 * k, 0);
+    }
+    normalize();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !mediator().isRunning(); }, 60000));
+    std::vector<std::string> specimens;
+    std::vector<int> greens;
+    for (const auto& painter : mediator().getPainters()) {
+        if (painter->getProxy()->getShape()->getName() == "body") {
+            specimens.push_back(painter->getStackName());
+            greens.push_back(painter->getProxy()->getAttributes().getColor()[1]);
+        }
+    }
+    EXPECT_EQ(specimens, (std::vector<std::string>{"a", "a-2", "mean-2", "mean"}));
+    ASSERT_EQ(greens.size(), 4u);
+    EXPECT_EQ(greens[0], 0);
+    EXPECT_EQ(greens[1], 100);
+    EXPECT_EQ(greens[2], 200);
+    trigger(mediator().commands(), "fusion.variation");
+    for (const auto& painter : mediator().getPainters())
+        EXPECT_EQ(painter->getProxy()->getAttributes().getVisibility(), painter->getStackName() == "mean");
+    QTemporaryDir folder;
+    QDir directory(folder.path());
+    mediator().exportResults(directory); // no file is there twice, so that nothing is asked
+    EXPECT_EQ(directory.entryList(QDir::Files).size(), 7);
+}
+
 TEST_F(VRLFusionWindowTest, aRunCanBeCancelledAndAFailureIsTold) {
     normalize();
     trigger(mediator().commands(), "fusion.cancel");
