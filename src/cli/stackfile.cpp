@@ -184,7 +184,8 @@ std::string fullNumber(double value) {
     if (!std::isfinite(value))
         return "NA";
     char text[40];
-    return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+    *std::to_chars(text, text + sizeof text - 1, value).ptr = '\0';
+    return text;
 }
 
 } // namespace vorlen
