@@ -50,8 +50,8 @@ auto reader(const T* coordinates) {
     return [coordinates](int i, int axis) { return Read(coordinates[2 * std::ptrdiff_t(i) + axis]); };
 }
 
-/// As lineshape::isClockwise(), in whole numbers, without rounding: of pixels, whose terms are below 2^32, in whole sums,
-/// of thousandths, which lie within 2^31, so that a term fits, as far as the sums stay below 2^64.
+/// As lineshape::isClockwise(), in whole numbers, without rounding: of pixels, whose terms are below 2^32, in whole
+/// sums, of thousandths, which lie within 2^31, so that a term fits, as far as the sums stay below 2^64.
 template <class T>
 bool isClockwiseLine(const T* coordinates, int n) {
     std::conditional_t<sizeof(T) == 2, std::int64_t, long double> area = 0;

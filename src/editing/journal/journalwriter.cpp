@@ -24,7 +24,8 @@ namespace {
     throw FileWriteError("JournalWriter", std::strerror(error));
 }
 
-/// Calls take with all of an open file, piece by piece: stacks may be large. Throws FileReadError when it can't be read.
+/// Calls take with all of an open file, piece by piece: stacks may be large. Throws FileReadError when it can't be
+/// read.
 template <class Take>
 void readPieces(int descriptor, Take&& take) {
     std::string buffer(std::size_t(1) << 18, '\0');

@@ -28,9 +28,9 @@ class VRLStack;
 ///
 /// The journal has the steps too, to be undone after a crash, and goes before the recovery file, which is there should
 /// the journal be damaged. Of a stack of more than a million vertices, whose text would hold the user up, the journal
-/// alone is kept as long as it is sound, but for the end of the program. A recovered stack goes on with its journal. When a stack is closed that was saved, its
-/// journal moves to a folder "history" beside the directory, so that the steps can be undone when the file is opened
-/// again; only as long as the file is byte for byte the one that was saved.
+/// alone is kept as long as it is sound, but for the end of the program. A recovered stack goes on with its journal.
+/// When a stack is closed that was saved, its journal moves to a folder "history" beside the directory, so that the
+/// steps can be undone when the file is opened again; only as long as the file is byte for byte the one that was saved.
 ///
 /// The files lie in a directory of the running program below the user's state directory, which a lock keeps from other
 /// programs that run at the same time. The text is made on the main thread and written to disk on another one, beside

@@ -418,8 +418,7 @@ TEST_F(VRLStackIOTest, theWindowLivesOnWhileALargeStackIsSaved) {
     io.removeMonitor(monitor);
     ::close(reader);
     EXPECT_GE(numTicks, 5);
-    EXPECT_TRUE(got.contains("xxxx") && got.trimmed().endsWith("whole."))
-        << got.right(100).toStdString();
+    EXPECT_TRUE(got.contains("xxxx") && got.trimmed().endsWith("whole.")) << got.right(100).toStdString();
     EXPECT_TRUE(std::any_of(monitor.heard.begin(), monitor.heard.end(),
                             [](const std::string& word) { return word.find("60") != std::string::npos; }));
 }
