@@ -62,11 +62,12 @@ void declareOptions(CommandLine& line) {
                    "A closed structure, the model's name, by which the stacks are registered; may be given several "
                    "times. By default all that the stacks share and that have one contour on a slice.",
                    "model");
-    line.addOption({"size"},
-                   "Levels and vertices of a level to which closed structures are resampled, as 40x60 for all references "
-                   "or MODEL=40x60 for one structure; may be given several times. By default the greatest number of contours by "
-                   "the greatest number of vertices.",
-                   "size");
+    line.addOption(
+        {"size"},
+        "Levels and vertices of a level to which closed structures are resampled, as 40x60 for all references "
+        "or MODEL=40x60 for one structure; may be given several times. By default the greatest number of contours by "
+        "the greatest number of vertices.",
+        "size");
     line.addOption(
         {"error"},
         "Greatest distance between a reference and its resampling, in the first stack's unit; gives the sizes "
@@ -214,8 +215,7 @@ void nameStacks(const std::vector<std::unique_ptr<StackFile>>& files) {
 const GridOption* gridOf(const Structure& structure, const std::vector<GridOption>& grids) {
     const GridOption* found = nullptr;
     for (const GridOption& grid : grids) {
-        const bool forAll =
-            grid.structure.empty() && structure.isReference() && (!found || found->structure.empty());
+        const bool forAll = grid.structure.empty() && structure.isReference() && (!found || found->structure.empty());
         if (grid.structure == structure.getName() || forAll)
             found = &grid;
     }
@@ -270,7 +270,6 @@ std::vector<Structure> chooseStructures(const std::vector<const Stack*>& stacks,
     }
     return shared;
 }
-
 
 /// Writes shapes and summary; nothing when one of the files is there and must stay.
 int writeResults(const FusionPipeline<float>& pipeline, const Request& request) {
@@ -362,13 +361,14 @@ int normalize(const std::vector<const Stack*>& stacks, const Request& request, c
 } // namespace
 
 int normalizeCommand(const QStringList& arguments) {
-    CommandLine line("normalize",
-                     "Brings several stacks, one for each specimen, into one space: aligns, registers and averages the "
-                     "structures that they share. Writes every shape, the mean surfaces, a summary and the numbers as "
-                     "JSON (normalization.json).\n\n"
-                     "Files are named STACK-MODEL.qm (surfaces) and STACK-MODEL.vs (points), means mean-MODEL.qm; a '/' of "
-                     "a name becomes a '_'. A stack without a name, or with that of another stack, goes by its file's name.",
-                     "STACK.sdf...", "Two or more stack description files (.sdf).");
+    CommandLine line(
+        "normalize",
+        "Brings several stacks, one for each specimen, into one space: aligns, registers and averages the "
+        "structures that they share. Writes every shape, the mean surfaces, a summary and the numbers as "
+        "JSON (normalization.json).\n\n"
+        "Files are named STACK-MODEL.qm (surfaces) and STACK-MODEL.vs (points), means mean-MODEL.qm; a '/' of "
+        "a name becomes a '_'. A stack without a name, or with that of another stack, goes by its file's name.",
+        "STACK.sdf...", "Two or more stack description files (.sdf).");
     declareOptions(line);
     if (const std::optional<int> status = line.parse(arguments))
         return *status;

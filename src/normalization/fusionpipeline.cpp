@@ -276,8 +276,7 @@ void FusionPipeline<T>::noteErrors(const std::vector<double>& errors, const std:
     __report.sems.insert(__report.sems.end(), sems.begin(), sems.end());
     if (errors.back() > errors.front() * worseFrom + __report.precision)
         __report.warnings.push_back("The " + step + " made the error greater: from " + plainNumber(errors.front()) +
-                                    " to " + plainNumber(errors.back()) + " " + __report.unit +
-                                    worstOf(before, after));
+                                    " to " + plainNumber(errors.back()) + " " + __report.unit + worstOf(before, after));
 }
 
 /// Names the specimen whose own error has grown the most; nothing where none has.
@@ -374,8 +373,7 @@ void FusionPipeline<T>::buildShapeSets() {
             try {
                 addStructure(set, stack, name, reconstruction);
             } catch (Exception& failure) {
-                failure.setWhat("Structure \"" + name + "\" of stack \"" + set.getName() +
-                                "\": " + failure.getWhat());
+                failure.setWhat("Structure \"" + name + "\" of stack \"" + set.getName() + "\": " + failure.getWhat());
                 failure.addWhere("void FusionPipeline<T>::buildShapeSets()");
                 throw;
             }
@@ -383,9 +381,8 @@ void FusionPipeline<T>::buildShapeSets() {
         const double factor = VRLFusionConfig<T>::unitFactor(stack, *stacks.front());
         if (factor != 1) {
             scaleBy<T>(factor).apply(set);
-            __report.warnings.push_back("\"" + set.getName() + "\" was brought from " +
-                                        stack.getLengthUnit().symbol() + " to " + __report.unit +
-                                        ", the unit of the first stack");
+            __report.warnings.push_back("\"" + set.getName() + "\" was brought from " + stack.getLengthUnit().symbol() +
+                                        " to " + __report.unit + ", the unit of the first stack");
         }
         __report.specimens[i].unitFactor = factor;
         if (i == 0) {

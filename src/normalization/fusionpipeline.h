@@ -42,7 +42,7 @@ class FusionSteps;
 /// - By surface alignment brings each specimen on the first one, or on the template, by SurfaceRegistration, of all
 ///   orientations the one with the least distance; the joint registration follows from there. The result lies as that
 ///   specimen was cut. By levels the specimens that then lie better after half a turn are named.
-/// - A specimen turned by more than 90 degrees, and a step that leaves a greater error than it found, are named, the step
+/// - A specimen turned by more than 90 degrees is named, and so is a step that leaves a greater error than it found,
 ///   with the specimen that it made worst. By surface what lies beyond the ends of a specimen that lacks sections is no
 ///   error.
 /// - Specimens go by the names of VRLFusionConfig::specimenNames(), which are those of the stacks unless two are alike.

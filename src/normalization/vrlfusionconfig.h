@@ -35,9 +35,9 @@ public:
     /// unknown, and none is a reference. A name that stands twice in a stack counts for its first model.
     static std::vector<VRLFusionSurfaceStructure<T>> sharedStructures(const std::vector<const Stack*>& stacks);
 
-    /// What the specimens of these stacks go by, in their order: the names of the stacks, made such that no two are alike,
-    /// none is empty, and none is "mean", which the mean surfaces go by. Of stacks of one name, as "a", the first one
-    /// keeps it, and the others are "a-2" and so on, past names that other stacks have.
+    /// What the specimens of these stacks go by, in their order: the names of the stacks, made such that no two are
+    /// alike, none is empty, and none is "mean", which the mean surfaces go by. Of stacks of one name, as "a", the
+    /// first one keeps it, and the others are "a-2" and so on, past names that other stacks have.
     static std::vector<std::string> specimenNames(const std::vector<const Stack*>& stacks);
     /// Those of the configuration's stacks. The template of the strategy is named by one of them.
     std::vector<std::string> specimenNames() const { return specimenNames(__stacks); }

@@ -552,4 +552,29 @@ TEST(FusionPipeline, byLevelsNamesASpecimenThatIsTurnedOver) {
     }
 }
 
+// Axes lay a specimen well that was cut from the other end, and ranks then pair its ends crosswise: the step says so.
+TEST(FusionPipeline, anAlignmentByLevelsNamesTheSpecimenThatItMadeWorst) {
+    std::vector<std::unique_ptr<Stack>> specimens;
+    for (const char* name : {"one", "two", "three"}) {
+        specimens.push_back(specimenStack(name));
+    }
+    SpecimenRecipe recipe;
+    recipe.over = true;
+    specimens.push_back(specimenStack("over", recipe));
+    Normalization normalization(std::move(specimens));
+    normalization.strategy.setAlignment(true);
+    FusionPipeline<float> pipeline;
+    normalization.prepare(pipeline);
+    ASSERT_TRUE(pipeline.run());
+    std::string warnings;
+    for (const std::string& warning : pipeline.getReport().warnings) {
+        warnings += warning + "\n";
+    }
+    EXPECT_NE(warnings.find("The alignment made the error greater: from "), std::string::npos) << warnings;
+    EXPECT_NE(warnings.find(", most of all of \"over\": from "), std::string::npos) << warnings;
+    const std::vector<double>& errors = pipeline.getReport().errors;
+    ASSERT_EQ(errors.size(), 2u);
+    EXPECT_NEAR(errors[1], numberBehind(pipeline.getLog(), "Error after alignment: "), 1e-3 * errors[1]);
+}
+
 } // namespace vorlen

@@ -17,6 +17,7 @@ struct SpecimenRecipe {
     int down = 0;
     double stretch = 1; ///< of the x axis, before the turn
     int jitter = 0;     ///< greatest shift of a vertex, in pixels
+    bool over = false;  ///< cut from the other end
 };
 
 /// Seven sections 10 apart with pixels of 1: the polygons "body" (24 vertices on each section) and "core" (16, on
@@ -33,8 +34,9 @@ inline std::unique_ptr<Stack> specimenStack(const std::string& name, const Speci
     };
     const auto place = [&](double x, double y) {
         const double c = std::cos(recipe.angle), s = std::sin(recipe.angle);
-        int u = int(std::lround(c * recipe.stretch * x - s * y)) + noise();
-        int v = int(std::lround(s * recipe.stretch * x + c * y)) + noise();
+        const double side = recipe.over ? -x : x;
+        int u = int(std::lround(c * recipe.stretch * side - s * y)) + noise();
+        int v = int(std::lround(s * recipe.stretch * side + c * y)) + noise();
         for (int q = 0; q < recipe.quarters; ++q) {
             const int w = u;
             u = -v;
@@ -58,7 +60,7 @@ inline std::unique_ptr<Stack> specimenStack(const std::string& name, const Speci
     rim.getProperties().setQuadMeshHeight(5);
     rim.getProperties().setQuadMeshWidth(9);
     for (int z = 0; z < 7; ++z) {
-        StackSlice& slice = stack->getSlice(z);
+        StackSlice& slice = stack->getSlice(recipe.over ? 6 - z : z);
         addItem(body, slice, ring(24, 100 + 6 * z, 0, 0, 0.1));
         if (z > 0 && z < 6) {
             addItem(core, slice, ring(16, 30 - z, 20, -30 + 4 * z, 0.2));

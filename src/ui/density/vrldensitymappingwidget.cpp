@@ -317,8 +317,9 @@ void VRLDensityMappingWidget::saveButtonClick() {
     const QString volumes = "Voxel matrices and NRRD (*.vm)", nifti = "Voxel matrices and NIfTI (*.nii *.nii.gz)";
     QString filter;
     // All files are asked for together, below.
-    QString file = QFileDialog::getSaveFileName(this, "Save density map", QString(map->getConfig().name).replace('/', '_'),
-                                                volumes + ";;" + nifti, &filter, QFileDialog::DontConfirmOverwrite);
+    QString file =
+        QFileDialog::getSaveFileName(this, "Save density map", QString(map->getConfig().name).replace('/', '_'),
+                                     volumes + ";;" + nifti, &filter, QFileDialog::DontConfirmOverwrite);
     if (filter == nifti && !file.isEmpty() && !isNiftiName(QFile::encodeName(file).toStdString()))
         file += ".nii";
     if (file.isEmpty() || !mayReplace(*map, file))

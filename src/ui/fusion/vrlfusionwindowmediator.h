@@ -103,7 +103,7 @@ private:
     VRLFusionConfig<float> __config;
     std::optional<LengthUnit> __unit; ///< of the shapes, that of the first stack
     std::map<std::pair<std::string, std::string>, ModelItemProperties> __properties; // of specimen and model
-    ShapeFileNames __fileNames; ///< of the painters' shapes
+    ShapeFileNames __fileNames;
     std::unique_ptr<VRLFusion> __fusion;
     std::unique_ptr<QThread> __worker;
     std::vector<std::unique_ptr<ShapePainterGL<float>>> __shapePainters;

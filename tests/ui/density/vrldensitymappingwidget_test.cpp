@@ -191,7 +191,8 @@ TEST_F(DensityWindow, aNewUserMakesAMapLooksAtItSavesAndDeletesIt) {
         });
         press("Save...");
         const bool kept = content("spots.vm") == "mine" && content("spots-00.tm") == "mine";
-        const bool replaced = content("spots.vm") == content("more.vm") && content("spots-00.tm") == content("more-00.tm");
+        const bool replaced =
+            content("spots.vm") == content("more.vm") && content("spots-00.tm") == content("more-00.tm");
         EXPECT_TRUE(*answer == 'N' ? kept : replaced) << answer;
     }
     script.then([](QWidget& dialog) {
