@@ -40,8 +40,7 @@ void DesktopTheme::follow() {
 void DesktopTheme::follow(QDBusConnection bus) {
     if (!bus.isConnected())
         return;
-    bus.connect(service, path, interface, "SettingChanged", this,
-                SLOT(settingChanged(const QDBusMessage&)));
+    bus.connect(service, path, interface, "SettingChanged", this, SLOT(settingChanged(const QDBusMessage&)));
     ask(bus);
 }
 
