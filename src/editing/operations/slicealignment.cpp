@@ -7,7 +7,7 @@
 
 #include "document/stack.h"
 #include "document/stackslice.h"
-#include "editing/operations/preparedsection.h"
+#include "editing/operations/slicesection.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "numerics/exception.h"
@@ -69,7 +69,7 @@ private:
     };
 
     bool mayMove(int i) const { return i > 0 && i >= __options.first && i <= __last && !__isLocked[std::size_t(i)]; }
-    const PreparedSection& section(int i);
+    const SliceSection& section(int i);
     RigidMotion between(const std::vector<RigidMotion>& places, int target, int source) const {
         return places[std::size_t(target)].inverse() * places[std::size_t(source)];
     }
@@ -103,7 +103,7 @@ private:
     std::vector<std::string> __faults;
     std::vector<bool> __fits;                              // borne out by a pair
     int __numMatched = 0;                                  // slices that were reached
-    std::list<std::pair<int, PreparedSection>> __sections; // the one looked at last stands last
+    std::list<std::pair<int, SliceSection>> __sections; // the one looked at last stands last
     std::vector<double> __scores;                          // of the neighbours that were found to fit
     std::vector<Pair> __pairs;
     std::map<std::pair<int, int>, std::size_t> __pairIndex; // by target and source
@@ -133,7 +133,7 @@ Alignment::Alignment(const Stack& stack, const AlignmentOptions& options, Progre
 }
 
 /// Four at a time, for templates as many as these take: the ones looked at last.
-const PreparedSection& Alignment::section(int i) {
+const SliceSection& Alignment::section(int i) {
     for (auto at = __sections.begin(); at != __sections.end(); ++at)
         if (at->first == i) {
             __sections.splice(__sections.end(), __sections, at);
@@ -147,8 +147,8 @@ const PreparedSection& Alignment::section(int i) {
         report();
         return !__progress.isCanceled();
     };
-    __sections.emplace_back(i, preparedSection(__stack.getSlice(i), __pixel, __options.method, goesOn));
-    const PreparedSection& one = __sections.back().second;
+    __sections.emplace_back(i, sliceSection(__stack.getSlice(i), __pixel, __options.method, goesOn));
+    const SliceSection& one = __sections.back().second;
     if (!__progress.isCanceled()) // then it is not the image's fault
         __faults[std::size_t(i)] = one.fault;
     __size = std::max({__size, one.width, one.height});
@@ -196,8 +196,8 @@ void Alignment::matchSlice(int i) {
             return;
         if (isHeld(target, i) || __report.slices[std::size_t(target)].mirrored)
             continue;
-        const PreparedSection& source = section(i);
-        const PreparedSection& onto = section(target);
+        const SliceSection& source = section(i);
+        const SliceSection& onto = section(target);
         if (!source.fault.empty() || !onto.fault.empty())
             continue;
         RigidMotion start = between(__before, target, i);
@@ -252,7 +252,7 @@ void Alignment::matchAgain() {
         if (pair.source > __last || pair.source - pair.target > reach ||
             (pair.match.found && meanDistance(start, pair.match.motion, __size, __size) <= farOff * __size))
             continue;
-        const PreparedSection source = section(pair.source), target = section(pair.target);
+        const SliceSection source = section(pair.source), target = section(pair.target);
         if (!source.fault.empty() || !target.fault.empty())
             continue;
         const SectionMatch match = matched(source, target, start, __options, false);
@@ -269,7 +269,7 @@ void Alignment::matchAgain() {
 /// Each slice on the fixed one, beginning where the neighbours brought it.
 void Alignment::matchFixed() {
     const int fixed = __options.fixedSlice;
-    const PreparedSection base = section(fixed);
+    const SliceSection base = section(fixed);
     if (!base.fault.empty())
         return;
     solve();
@@ -280,7 +280,7 @@ void Alignment::matchFixed() {
         const bool held = std::any_of(locked + target + 1, locked + source + 1, [](bool isLocked) { return isLocked; });
         if (i == fixed || pairOf(target, source) != nullptr || held || (!mayMove(i) && !mayMove(fixed)))
             continue;
-        const PreparedSection& moving = section(i);
+        const SliceSection& moving = section(i);
         if (!moving.fault.empty())
             continue;
         SectionMatch match = matched(moving, base, between(__places, fixed, i), __options, false);
@@ -324,13 +324,13 @@ void Alignment::matchTemplates() {
     for (int i = 1; i < __numMatched && !__progress.isCanceled(); ++i) {
         if (!mayMove(i) || !__fits[std::size_t(i)])
             continue;
-        const PreparedSection moving = section(i);
+        const SliceSection moving = section(i);
         std::vector<SectionAligner::SectionPointer> around;
         std::vector<RigidMotion> motions;
         for (int k = std::max(0, i - half); k <= std::min(__numMatched - 1, i + half); ++k) {
             if (k == i || !__fits[std::size_t(k)] || !__faults[std::size_t(k)].empty())
                 continue;
-            const PreparedSection& neighbour = section(k);
+            const SliceSection& neighbour = section(k);
             if (!neighbour.fault.empty())
                 continue;
             around.push_back(neighbour.section);
@@ -402,7 +402,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         entry.reason = mayMove(i) ? "the run was stopped before it" : "";
         return;
     }
-    const PreparedSection source = section(i);
+    const SliceSection source = section(i);
     if (!source.fault.empty()) {
         entry.reason = source.fault;
         return;
@@ -412,7 +412,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         entry.reason = "no slice before it shows anything";
         return;
     }
-    const PreparedSection target = section(partner);
+    const SliceSection target = section(partner);
     if (!target.fault.empty()) {
         entry.reason = target.fault;
         return;
@@ -493,7 +493,7 @@ void Alignment::nameMirrored() {
             // Of two slices that fit nothing neither is known to be the right way round, unless there are but two.
             if (!__fits[std::size_t(other)] && __numSlices > 2)
                 continue;
-            const PreparedSection source = section(i), target = section(other);
+            const SliceSection source = section(i), target = section(other);
             if (source.fault.empty() && target.fault.empty() &&
                 SectionAligner::isMirrored(*source.section, *target.section, between(__before, other, i))) {
                 __report.slices[std::size_t(i)].mirrored = true;
@@ -599,8 +599,8 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     for (const StackSlice* one : {&slice, &onto})
         if (!one->isEmpty())
             pixel = std::max(pixel, workingPixelOfSlice(*one));
-    const PreparedSection source = preparedSection(slice, pixel, options.method),
-                          target = preparedSection(onto, pixel, options.method);
+    const SliceSection source = sliceSection(slice, pixel, options.method),
+                          target = sliceSection(onto, pixel, options.method);
     if (!source.fault.empty() || !target.fault.empty()) {
         entry.reason = !source.fault.empty() ? source.fault : "the other slice: " + target.fault;
         return entry;

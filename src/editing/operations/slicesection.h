@@ -10,7 +10,7 @@
 namespace vorlen {
 
 /// A slice's image as it is matched, or why it can't be.
-struct PreparedSection {
+struct SliceSection {
     SectionAligner::SectionPointer section;
     std::optional<SectionImage> image; // kept for principal axes
     std::string fault;
@@ -19,7 +19,7 @@ struct PreparedSection {
 
 /// The image of a slice made ready for the method, with pixels of the given size; 0: as the section itself needs. What
 /// can't be read is the result's fault. Of goesOn see sectionImageOf().
-PreparedSection preparedSection(const StackSlice& slice, double pixel, AlignmentMethod method,
+SliceSection sliceSection(const StackSlice& slice, double pixel, AlignmentMethod method,
                                 const std::function<bool()>& goesOn = {});
 
 /// By the header alone; 0 for a slice without an image.
@@ -29,7 +29,7 @@ double workingPixelOfSlice(const StackSlice& slice);
 double workingPixelOf(const Stack& stack);
 
 /// How source lies on target, by the method of the options.
-SectionMatch matched(const PreparedSection& source, const PreparedSection& target, const RigidMotion& start,
+SectionMatch matched(const SliceSection& source, const SliceSection& target, const RigidMotion& start,
                      const AlignmentOptions& options, bool search);
 
 /// By which a pair is scored before and after: what tells nothing by its correlation is scored by what it was found by.

@@ -1,4 +1,4 @@
-#include "editing/operations/preparedsection.h"
+#include "editing/operations/slicesection.h"
 
 #include <algorithm>
 #include <chrono>
@@ -42,9 +42,9 @@ const char* wordOf(AlignmentMethod method) {
     }
 }
 
-PreparedSection preparedSection(const StackSlice& slice, double pixel, AlignmentMethod method,
+SliceSection sliceSection(const StackSlice& slice, double pixel, AlignmentMethod method,
                                 const std::function<bool()>& goesOn) {
-    PreparedSection result;
+    SliceSection result;
     try {
         SectionImage image = sectionImageOf(slice, goesOn);
         if (image.grey.getSize1() == 0 || image.grey.getSize2() == 0) {
@@ -83,7 +83,7 @@ double workingPixelOf(const Stack& stack) {
     return pixel;
 }
 
-SectionMatch matched(const PreparedSection& source, const PreparedSection& target, const RigidMotion& start,
+SectionMatch matched(const SliceSection& source, const SliceSection& target, const RigidMotion& start,
                      const AlignmentOptions& options, bool search) {
     if (options.method != AlignmentMethod::PrincipalAxes)
         return SectionAligner::match(*source.section, *target.section, start, options.method, search);
