@@ -100,7 +100,8 @@ int makeNewStack(const std::string& output, NewStack description, const Wishes& 
     if (const ExitStatus status = writeStack(*stack, output); status != ExitGood)
         return status;
     const PixelCalibration& calibration = stack->getDefaultPixelCalibration();
-    std::cout << output << ": stack \"" << stack->getName() << "\", " << stack->getNumSlices() << " slices, pixel "
+    std::cout << output << ": stack \"" << stack->getName() << "\", " << stack->getNumSlices()
+              << (stack->getNumSlices() == 1 ? " slice, pixel " : " slices, pixel ")
               << shortNumber(calibration.getPixelWidth()) << " x " << shortNumber(calibration.getPixelHeight()) << ' '
               << stack->getLengthUnit().symbol() << ", spacing " << shortNumber(stack->getDefaultSliceSpacing()) << ' '
               << stack->getLengthUnit().symbol() << '\n';

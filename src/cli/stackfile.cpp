@@ -62,6 +62,8 @@ bool isSize(double length) {
 } // namespace
 
 bool StackFile::isMeasurable() const {
+    constexpr int mostTold = 3; // slices, one by one
+    int numMissing = 0;
     bool measurable = true;
     for (int i = 0; i < __stack->getNumSlices(); ++i) {
         const StackSlice& slice = __stack->getSlice(i);
@@ -78,13 +80,18 @@ bool StackFile::isMeasurable() const {
         if (slice.hasImageSource() && lost == nullptr)
             continue;
         const bool hasSize = lost != nullptr && lost->hasSize();
+        measurable = measurable && hasSize;
+        if (++numMissing > mostTold)
+            continue;
         std::cerr << "vorlen-cli: " << __name << ": the image of slice \"" << slice.getName() << "\" is missing"
                   << (hasSize ? "; the size that the file gives stands for it, " + std::to_string(lost->getSize2()) +
                                     " x " + std::to_string(lost->getSize1()) + " pixels"
                               : ", and the file does not give its size: where the outlines lie is not known")
                   << '\n';
-        measurable = measurable && hasSize;
     }
+    if (numMissing > mostTold)
+        std::cerr << "vorlen-cli: " << __name << ": so are those of " << numMissing - mostTold
+                  << (numMissing == mostTold + 1 ? " more slice\n" : " more slices\n");
     if (!measurable)
         std::cerr
             << "vorlen-cli: " << __name
