@@ -7,8 +7,8 @@
 
 #include "document/stack.h"
 #include "document/stackslice.h"
-#include "editing/operations/slicesection.h"
 #include "editing/operations/sliceoperations.h"
+#include "editing/operations/slicesection.h"
 #include "editing/stacks/vrlstack.h"
 #include "numerics/exception.h"
 #include "progress/progresssubject.h"
@@ -101,10 +101,10 @@ private:
     std::vector<bool> __isLocked;
     std::vector<RigidMotion> __before, __places; // in the frame of the first slice
     std::vector<std::string> __faults;
-    std::vector<bool> __fits;                              // borne out by a pair
-    int __numMatched = 0;                                  // slices that were reached
+    std::vector<bool> __fits;                           // borne out by a pair
+    int __numMatched = 0;                               // slices that were reached
     std::list<std::pair<int, SliceSection>> __sections; // the one looked at last stands last
-    std::vector<double> __scores;                          // of the neighbours that were found to fit
+    std::vector<double> __scores;                       // of the neighbours that were found to fit
     std::vector<Pair> __pairs;
     std::map<std::pair<int, int>, std::size_t> __pairIndex; // by target and source
     RegistrationReport __report;
@@ -600,7 +600,7 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
         if (!one->isEmpty())
             pixel = std::max(pixel, workingPixelOfSlice(*one));
     const SliceSection source = sliceSection(slice, pixel, options.method),
-                          target = sliceSection(onto, pixel, options.method);
+                       target = sliceSection(onto, pixel, options.method);
     if (!source.fault.empty() || !target.fault.empty()) {
         entry.reason = !source.fault.empty() ? source.fault : "the other slice: " + target.fault;
         return entry;

@@ -43,7 +43,7 @@ const char* wordOf(AlignmentMethod method) {
 }
 
 SliceSection sliceSection(const StackSlice& slice, double pixel, AlignmentMethod method,
-                                const std::function<bool()>& goesOn) {
+                          const std::function<bool()>& goesOn) {
     SliceSection result;
     try {
         SectionImage image = sectionImageOf(slice, goesOn);

@@ -20,7 +20,7 @@ struct SliceSection {
 /// The image of a slice made ready for the method, with pixels of the given size; 0: as the section itself needs. What
 /// can't be read is the result's fault. Of goesOn see sectionImageOf().
 SliceSection sliceSection(const StackSlice& slice, double pixel, AlignmentMethod method,
-                                const std::function<bool()>& goesOn = {});
+                          const std::function<bool()>& goesOn = {});
 
 /// By the header alone; 0 for a slice without an image.
 double workingPixelOfSlice(const StackSlice& slice);
