@@ -15,8 +15,10 @@ std::string ShapeFileNames::nameOf(const std::string& specimen, const Shape<T>& 
     if (base.size() > ending.size() && base.ends_with(ending))
         base.resize(base.size() - ending.size());
     std::string name = base + ending;
-    for (int k = 2; !__taken.insert(name).second; ++k)
-        name = base + "-" + std::to_string(k) + ending;
+    for (int k = 2; !__taken.insert(name).second; ++k) {
+        name = base;
+        name.append("-").append(std::to_string(k)).append(ending);
+    }
     return name;
 }
 
