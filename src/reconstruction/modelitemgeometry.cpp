@@ -99,11 +99,12 @@ void ModelItemGeometry::run(double position) {
 }
 
 void ModelItemGeometry::findCentre(double position) {
+    const std::size_t numVertices = __places.size() / 2;
     double sum[2] = {};
     for (std::size_t k = 0; k < __places.size(); ++k)
         sum[k % 2] += __places[k];
     for (const int axis : {0, 1})
-        __isobarycenter[axis] = sum[axis] / double(__places.size() / 2);
+        __isobarycenter[axis] = sum[axis] / double(numVertices);
     __isobarycenter[2] = position;
 }
 

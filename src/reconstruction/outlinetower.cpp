@@ -119,8 +119,9 @@ Vector<double> OutlineTower::centre() const {
     for (std::size_t k = 0; k < __world.size(); k += space)
         for (int axis = 0; axis < space; ++axis)
             mean[axis] += __world[k + std::size_t(axis)];
+    const std::size_t numVertices = __world.size() / space;
     for (double& coordinate : mean)
-        coordinate /= double(__world.size() / space);
+        coordinate /= double(numVertices);
     return mean;
 }
 
