@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -95,8 +96,9 @@ TEST_F(Journal, cutAnywhereGivesTheDocumentAfterTheLastWholeRecordAndItsHistory)
         VRLStack rebuilt;
         const std::size_t length = i == 0 ? journal.size() : 200 + random() % (journal.size() - 200);
         const int numRecords = rebuild(journal.substr(0, length), rebuilt);
-        ASSERT_GT(numRecords, 0);
-        ASSERT_EQ(text(rebuilt), texts[static_cast<std::size_t>(numRecords - 1)]) << numRecords << " records";
+        ASSERT_GE(numRecords, i == 0 ? 400 : 0);
+        ASSERT_EQ(text(rebuilt), texts[static_cast<std::size_t>(std::max(numRecords - 1, 0))])
+            << numRecords << " records";
         for (int round = 0; round < 2; ++round) {
             while (rebuilt.history()->isUndoable())
                 rebuilt.history()->undo();
