@@ -7,10 +7,10 @@
 namespace vorlen {
 
 class ModelItemOwner;
-
 /// The lists that an item is on, and its place on each. Two, a slice's and a model's, take no memory of their own.
 class ItemListings {
 public:
+    /// A list, and where on it the item stands.
     struct Listing {
         ModelItemOwner* owner;
         std::uint64_t place;
