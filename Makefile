@@ -85,7 +85,7 @@ sanitize: setup
 
 bench: setup
 	@cmake --preset release -DVORLEN_BENCH=ON >/dev/null
-	@cmake --build --preset release --target vorlen-bench vorlen-bench-draw vorlen-bench-view vorlen-bench-scale
+	@cmake --build --preset release --target vorlen-bench vorlen-bench-draw vorlen-bench-view vorlen-bench-scale vorlen-bench-section
 	@scripts/bench $(BUILD)
 
 # Formatting, includes against links, clang-tidy over what has changed, as far as it gets in three minutes; lint-all: to

@@ -24,6 +24,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "processmemory.h"
 #include "document/model.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/operations/modeloperations.h"
@@ -69,15 +70,6 @@ void writeStack(const std::string& folder) {
             file << ";\n";
         }
     }
-}
-
-/// Of this process, in MB, by the system's word for it.
-double memory(const std::string& word) {
-    std::ifstream file("/proc/self/status");
-    for (std::string read; file >> read;)
-        if (double kilobytes = 0; read == word && file >> kilobytes)
-            return kilobytes / 1024;
-    return 0;
 }
 
 /// The window with the stack. Made once, for all cases.
@@ -131,11 +123,6 @@ private:
     VRLRootWindow& __window; // goes with the process
     double __opened = 0;
 };
-
-void tellMemory(benchmark::State& state) {
-    state.counters["memory_MB"] = memory("VmRSS:");
-    state.counters["peak_MB"] = memory("VmHWM:");
-}
 
 void measureOpening(benchmark::State& state, Scale& scale) {
     for (auto step : state) {

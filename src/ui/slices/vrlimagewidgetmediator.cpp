@@ -262,12 +262,17 @@ void VRLImageWidgetMediator::updateZoomInfo() {
 }
 
 void VRLImageWidgetMediator::setScrollBarsVisible(bool visible) {
+    QLayout* const layout = __widget->layout();
+    // The canvas is resized, and drawn, once for both.
+    if (layout != nullptr)
+        layout->setEnabled(false);
     for (QScrollBar* bar : {__horizontalScrollBar.data(), __verticalScrollBar.data()})
         if (bar != nullptr)
             bar->setVisible(visible);
-    // At once, as the zoom depends on the size that the canvas gets by it.
-    if (__widget->layout() != nullptr)
-        __widget->layout()->activate();
+    if (layout == nullptr)
+        return;
+    layout->setEnabled(true);
+    layout->activate(); // at once, as the zoom depends on the size that the canvas gets by it
 }
 
 void VRLImageWidgetMediator::panTo(const QPoint& origin) {
