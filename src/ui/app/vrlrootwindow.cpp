@@ -166,8 +166,9 @@ VRLRootWindow::VRLRootWindow() {
     setWindowIcon(VRLIcons::logo());
     setWindowFlag(Qt::Window);
     setAttribute(Qt::WA_DeleteOnClose);
-    __workspace->restoreLayout();
     show();
+    // Only now does the workspace have its size: in a smaller one the docks would come back at their least.
+    __workspace->restoreLayout();
     setTitle("");
     setAcceptDrops(true);
     __statusBar->setMessage("Ready.", 2000);

@@ -182,6 +182,19 @@ TEST_F(WorkspaceTest, aChangedKeyChoosesTheToolInAllWindows) {
     EXPECT_EQ(editor().getCommand("tool.brush").shortcut(), QKeySequence("B"));
 }
 
+TEST_F(WorkspaceTest, docksComeBackInTheirSizes) {
+    workspace().resizeDocks({&workspace().modelDock()}, {workspace().width() * 2 / 5}, Qt::Horizontal);
+    workspace().resizeDocks({&workspace().modelDock(), &workspace().optionsDock()}, {300, 100}, Qt::Vertical);
+    QTest::qWait(50);
+    const QSize models = workspace().modelDock().size(), options = workspace().optionsDock().size();
+    ASSERT_GT(models.height(), 2 * options.height());
+    delete window;
+    window = new VRLRootWindow;
+    QTest::qWait(300);
+    EXPECT_EQ(workspace().modelDock().size(), models);
+    EXPECT_EQ(workspace().optionsDock().size(), options);
+}
+
 TEST_F(WorkspaceTest, theToolOptionsStandInADockThatComesAndGoes) {
     open();
     EXPECT_TRUE(workspace().optionsDock().isVisible());
