@@ -163,7 +163,7 @@ VRLRootWindow::VRLRootWindow() {
     const QRect place = placedOnScreen(QRect(position, size));
     move(place.topLeft());
     resize(place.size());
-    setWindowIcon(VRLIcons::logo());
+    QGuiApplication::setWindowIcon(VRLIcons::logo()); // of dialogs and windows that have none of their own, too
     setWindowFlag(Qt::Window);
     setAttribute(Qt::WA_DeleteOnClose);
     show();

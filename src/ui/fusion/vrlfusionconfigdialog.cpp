@@ -59,9 +59,16 @@ VRLFusionConfigDialog::VRLFusionConfigDialog(QWidget* parent) : QDialog(parent) 
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(nameLayout);
     layout->addWidget(splitter, 1);
-    layout->addWidget(buttons);
+    auto* const hint = new QLabel(this);
+    hint->setObjectName("fusion.hint");
+    hint->setWordWrap(true);
+    auto* const last = new QHBoxLayout;
+    last->addWidget(hint, 1);
+    last->addWidget(buttons);
+    layout->addLayout(last);
 
     __mediator = new VRLFusionConfigDialogMediator(*__name, *__stacks, *__structures, *__strategy, *ok, this);
+    __mediator->setHint(*hint);
     if (!restoreGeometry(QSettings().value(geometryKey).toByteArray()))
         resize(720, 720);
 }

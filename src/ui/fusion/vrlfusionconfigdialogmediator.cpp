@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -60,6 +61,26 @@ void VRLFusionConfigDialogMediator::updateOkButton() {
                             strategy.getReferenceStack().empty();
     __ok.setEnabled(!__name.text().simplified().isEmpty() && numStacks > 0 &&
                     (!__strategy.isEnabled() || (numStacks > 1 && !noTemplate)));
+    if (__hint != nullptr)
+        __hint->setText(advice());
+}
+
+void VRLFusionConfigDialogMediator::setHint(QLabel& hint) {
+    __hint = &hint;
+    hint.setText(advice());
+}
+
+QString VRLFusionConfigDialogMediator::advice() const {
+    if (__stacks.selectedStacks().size() < 2)
+        return "Choose the stacks: Ctrl or Shift for several.";
+    if (structures().empty())
+        return "No closed structure is in all of these stacks.";
+    if (!__strategy.isEnabled())
+        return "Tick the structures to align and register by.";
+    const VRLFusionStrategy strategy = __strategy.getFusionStrategy();
+    if (!strategy.isAlignment() && !strategy.isRegistration() && !strategy.isWarping())
+        return "Without a step, the specimens are averaged as they lie.";
+    return QString();
 }
 
 void VRLFusionConfigDialogMediator::selectedStacksChange() {

@@ -7,6 +7,7 @@
 
 #include "normalization/vrlfusionsurfacestructure.h"
 
+class QLabel;
 class QLineEdit;
 class QPushButton;
 
@@ -36,6 +37,9 @@ public:
 
     void computeResamplingErrorFromValues(VRLFusionSurfaceStructure<float>& structure);
 
+    /// A line that tells from now on what is still to be chosen, or what comes of what is.
+    void setHint(QLabel& hint);
+
 public slots:
     void updateOkButton();
     void selectedStacksChange();
@@ -46,12 +50,14 @@ public slots:
 
 private:
     void updateStrategyPanel();
+    QString advice() const;
 
     QLineEdit& __name;
     VRLStackListWidget& __stacks;
     VRLFusionConfigDialogStructurePanel& __structures;
     VRLFusionStrategyPanel& __strategy;
     QPushButton& __ok;
+    QLabel* __hint = nullptr;
 };
 
 } // namespace vorlen

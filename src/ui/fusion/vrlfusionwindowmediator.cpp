@@ -129,6 +129,7 @@ void VRLFusionWindowMediator::setStatus(Status status) {
 void VRLFusionWindowMediator::setStatusReady() {
     setStatus(Ready);
     __window.setWindowTitle("Vorlen - Fusion");
+    __statusBar.setMessage("Choose Normalize > Normalization... to bring open stacks into one space.");
 }
 
 void VRLFusionWindowMediator::setStatusRunning() {

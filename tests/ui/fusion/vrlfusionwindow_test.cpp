@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
@@ -92,14 +93,18 @@ protected:
         ASSERT_NE(dialog, nullptr);
         auto* ok = button(*dialog, "OK");
         EXPECT_FALSE(ok->isEnabled());
+        const auto* hint = dialog->findChild<QLabel*>("fusion.hint");
+        EXPECT_TRUE(hint->text().startsWith("Choose the stacks"));
         dialog->findChild<QListWidget*>()->selectAll();
         auto* table = dialog->findChild<VRLFusionStructureTable*>();
         ASSERT_EQ(table->rowCount(), 1) << "points are no surface";
         EXPECT_TRUE(ok->isEnabled()) << "resampling and averaging need no reference";
         auto* strategy = dialog->findChild<VRLFusionStrategyPanel*>();
         EXPECT_FALSE(strategy->isEnabled());
+        EXPECT_TRUE(hint->text().startsWith("Tick the structures"));
         table->item(0, 0)->setCheckState(Qt::Checked);
         EXPECT_TRUE(strategy->isEnabled());
+        EXPECT_TRUE(hint->text().startsWith("Without a step"));
         EXPECT_EQ(table->item(0, 1)->text(), "8");
         EXPECT_EQ(table->item(0, 2)->text(), "20");
         for (const char* bad : {"1", "1001", "x"}) {
@@ -116,6 +121,7 @@ protected:
         for (QGroupBox* group : strategy->findChildren<QGroupBox*>())
             if (group->title().startsWith("Step 1") || group->title().startsWith("Step 2"))
                 group->setChecked(true);
+        EXPECT_EQ(hint->text(), "");
         QTest::mouseClick(ok, Qt::LeftButton);
     }
 
