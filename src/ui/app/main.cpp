@@ -1,4 +1,4 @@
-/// The windowed program. Its arguments are stack description files to open at the start.
+/// The windowed program. Its arguments are stack description files to open at the start, or images to make a stack of.
 
 #include <iostream>
 
@@ -35,8 +35,7 @@ int run(const QStringList& arguments) {
     });
     QObject::connect(qApp, &QGuiApplication::commitDataRequest, &recovery, bringToSafety, Qt::DirectConnection);
     auto* window = new VRLRootWindow; // deletes itself when it is closed
-    for (const QString& argument : arguments.mid(1))
-        window->startupOpenStack(argument.toLocal8Bit().toStdString());
+    window->startupOpen(arguments.mid(1));
     window->startupRecover(recovery);
     recovery.start();
     return QApplication::exec();

@@ -183,6 +183,19 @@ void VRLRootWindow::startupOpenStack(const std::string& file) {
     __mediator->openStack(QFile::decodeName(file.c_str()));
 }
 
+void VRLRootWindow::startupOpen(const QStringList& files) {
+    QStringList others;
+    for (const QString& file : files) {
+        // What isn't there may be a stack whose name was given without its ending.
+        if (QFileInfo::exists(file) && QFileInfo(file).suffix() != "sdf")
+            others += file;
+        else
+            startupOpenStack(QFile::encodeName(file).toStdString());
+    }
+    if (!others.isEmpty())
+        __mediator->openDropped(others);
+}
+
 void VRLRootWindow::startupRecover(VRLRecovery& recovery) {
     VRLStackIO io(this);
     io.addMonitor(*__statusBar);

@@ -33,6 +33,10 @@ public:
     /// Opens a stack named on the command line.
     void startupOpenStack(const std::string& file);
 
+    /// Opens all that is named on the command line: stacks one after the other; of images and folders of images a new
+    /// stack is made, as of those that are dropped on the window.
+    void startupOpen(const QStringList& files);
+
     /// Offers what an earlier run has left behind.
     void startupRecover(VRLRecovery& recovery);
 

@@ -556,6 +556,14 @@ TEST_F(VRLRootWindowTest, droppedFilesOpen) {
     EXPECT_EQ(mediator().currentStack()->getName(), "two");
 }
 
+TEST_F(VRLRootWindowTest, whatIsNamedOnTheCommandLineOpensStacksAndImagesAlike) {
+    user.thenClick("Done");
+    window->startupOpen({folder.filePath("one.sdf"), folder.filePath("i.tif"), folder.filePath("two")});
+    ASSERT_EQ(VRLStackServer::stackServer.getNumStacks(), 3);
+    EXPECT_EQ(VRLStackServer::stackServer.getStack(1).getName(), "two");
+    EXPECT_EQ(mediator().currentStack()->getNumSlices(), 1); // that of the image
+}
+
 TEST_F(VRLRootWindowTest, droppedImagesAndFoldersMakeAStack) {
     const QDir images(folder.filePath("images"));
     ASSERT_TRUE(images.mkpath("."));
