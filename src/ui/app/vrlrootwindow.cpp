@@ -188,7 +188,7 @@ void VRLRootWindow::startupOpen(const QStringList& files) {
     for (const QString& file : files) {
         // What isn't there may be a stack whose name was given without its ending.
         if (QFileInfo::exists(file) && QFileInfo(file).suffix() != "sdf")
-            others += file;
+            others += QFileInfo(file).absoluteFilePath();
         else
             startupOpenStack(QFile::encodeName(file).toStdString());
     }
