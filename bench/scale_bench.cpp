@@ -8,13 +8,16 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <functional>
 #include <iostream>
 #include <numbers>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include <QAbstractEventDispatcher>
 #include <QAction>
 #include <QElapsedTimer>
 #include <QFile>
@@ -37,6 +40,7 @@
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/session/vrlrecovery.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
@@ -80,6 +84,38 @@ double memory(const std::string& word) {
     return 0;
 }
 
+/// The longest that this thread worked, in milliseconds of its own, before it came back to the loop of events; so long
+/// a hand waits on a machine that has nothing else to do. Loops within loops count each for itself.
+class Pauses {
+public:
+    Pauses() {
+        const QAbstractEventDispatcher* const loop = QAbstractEventDispatcher::instance();
+        for (const auto signal : {&QAbstractEventDispatcher::awake, &QAbstractEventDispatcher::aboutToBlock})
+            QObject::connect(loop, signal, &__context, [this] { lap(); });
+    }
+
+    double longest() {
+        lap();
+        return __longest;
+    }
+
+private:
+    static double worked() {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return 1e3 * double(time.tv_sec) + 1e-6 * double(time.tv_nsec);
+    }
+
+    void lap() {
+        const double now = worked();
+        __longest = std::max(__longest, now - __last);
+        __last = now;
+    }
+
+    QObject __context;
+    double __last = worked(), __longest = 0;
+};
+
 /// The window with the stack. Made once, for all cases.
 class Scale {
 public:
@@ -100,19 +136,31 @@ public:
     void open() {
         if (!QFile::exists(__folder.filePath("scale.sdf")))
             writeStack(__folder.path().toStdString());
+        Pauses pauses;
         QElapsedTimer timer;
         timer.start();
-        mediator().openStack(__folder.filePath("scale.sdf"));
-        while (!canvas().getImageProxy().hasImage())
-            QCoreApplication::processEvents();
-        settle();
+        load();
         __opened = double(timer.nsecsElapsed()) * 1e-9;
+        __pause = pauses.longest();
+    }
+    /// With the steps that were done before it was saved.
+    void reopen() {
+        mediator().closeStack();
+        load();
+        if (!stack().history()->isUndoable())
+            throw std::runtime_error("The history did not come back");
     }
     /// How long it took, in seconds; 0 before.
     double opened() const { return __opened; }
+    /// The longest pause meanwhile, in milliseconds.
+    double pause() const { return __pause; }
 
     /// All that the window has to do and to paint.
     void settle() {
+        QElapsedTimer timer;
+        timer.start();
+        while (!canvas().getImageProxy().hasImage() && timer.elapsed() < 10000)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
         for (int i = 0; i < 5; ++i)
             QCoreApplication::processEvents();
     }
@@ -127,9 +175,16 @@ public:
     }
 
 private:
+    void load() {
+        mediator().openStack(__folder.filePath("scale.sdf"));
+        while (!canvas().getImageProxy().hasImage())
+            QCoreApplication::processEvents();
+        settle();
+    }
+
     QTemporaryDir __folder;
     VRLRootWindow& __window; // goes with the process
-    double __opened = 0;
+    double __opened = 0, __pause = 0;
 };
 
 void tellMemory(benchmark::State& state) {
@@ -144,6 +199,7 @@ void measureOpening(benchmark::State& state, Scale& scale) {
             scale.open();
         state.SetIterationTime(scale.opened());
     }
+    state.counters["pause_ms"] = scale.pause();
     tellMemory(state);
 }
 
@@ -151,6 +207,7 @@ void measureSteps(benchmark::State& state, Scale& scale, const std::function<voi
     if (scale.opened() == 0)
         scale.open();
     double longest = 0;
+    Pauses pauses;
     int i = 0;
     for (auto step : state) {
         static_cast<void>(step);
@@ -163,6 +220,7 @@ void measureSteps(benchmark::State& state, Scale& scale, const std::function<voi
         longest = std::max(longest, seconds);
     }
     state.counters["longest_ms"] = 1000 * longest;
+    state.counters["pause_ms"] = pauses.longest();
     tellMemory(state);
 }
 
@@ -198,6 +256,7 @@ void registerCases(Scale& scale) {
         renameModel(scale.stack(), scale.stack().getModel(i), "another " + std::to_string(i));
         scale.mediator().saveStack();
     });
+    measure("reopen", 1, scale, [&](int) { scale.reopen(); });
 }
 
 } // namespace
@@ -213,6 +272,7 @@ int main(int argc, char** argv) {
     const QTemporaryDir home;
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     VorlenApplication application(argc, argv);
+    const VRLRecovery recovery(home.filePath("recovery")); // keeps histories
     benchmark::Initialize(&argc, argv);
     Scale scale;
     registerCases(scale);

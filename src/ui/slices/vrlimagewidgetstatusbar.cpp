@@ -2,8 +2,6 @@
 
 #include <QLabel>
 
-#include "ui/widgets/plaintext.h"
-
 namespace vorlen {
 
 VRLImageWidgetStatusBar::VRLImageWidgetStatusBar(QWidget* parent) : QStatusBar(parent) {
@@ -26,7 +24,7 @@ QLabel* VRLImageWidgetStatusBar::addField(const QString& name) {
 
 void VRLImageWidgetStatusBar::setField(QLabel& field, const QString& text) {
     field.setText(text);
-    field.setToolTip(plainTip(text.isEmpty() ? field.accessibleName() : field.accessibleName() + ": " + text));
+    field.setToolTip(text.isEmpty() ? field.accessibleName() : field.accessibleName() + ": " + text);
 }
 
 void VRLImageWidgetStatusBar::setImageTypeInfo(const QString& text) {
