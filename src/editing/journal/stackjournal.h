@@ -62,14 +62,14 @@ public:
 
     /// What a journal gives back.
     struct Rebuilt {
-        bool good = false;       ///< there is a journal, and the stack is what it tells
-        bool complete = false;   ///< all whole records could be carried out
-        bool unreadable = false; ///< the system could not read it; nothing was done
-        bool damaged = false;    ///< what stands behind the last record was one
+        bool good = false;        ///< there is a journal, and the stack is what it tells
+        bool complete = false;    ///< all whole records could be carried out
+        bool unreadable = false;  ///< the system could not read it; nothing was done
+        bool damaged = false;     ///< what stands behind the last record was one
         bool hasProblems = false; ///< the reader of the base has told of some
-        int numRecords = 0;      ///< steps, undos and redos
-        JournalPlace place;      ///< from where to go on
-        std::string fileHash;    ///< of the file that the stack was read from or saved to last; empty for none
+        int numRecords = 0;       ///< steps, undos and redos
+        JournalPlace place;       ///< from where to go on
+        std::string fileHash;     ///< of the file that the stack was read from or saved to last; empty for none
     };
 
     /// Makes an empty stack what it was after the last whole record in the folder, with its history.

@@ -183,8 +183,7 @@ void OutlineBatch::draw(const QSize& buffer, const QRect& within) {
     gl.glBindBuffer(GL_ARRAY_BUFFER, 0);
     gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
     glPushAttrib(GL_ENABLE_BIT | GL_TRANSFORM_BIT | GL_SCISSOR_BIT | GL_CURRENT_BIT | GL_LIGHTING_BIT);
-    for (const GLenum state :
-         {GL_DEPTH_TEST, GL_STENCIL_TEST, GL_BLEND, GL_TEXTURE_2D, GL_LIGHTING, GL_CULL_FACE})
+    for (const GLenum state : {GL_DEPTH_TEST, GL_STENCIL_TEST, GL_BLEND, GL_TEXTURE_2D, GL_LIGHTING, GL_CULL_FACE})
         glDisable(state);
     glEnable(GL_MULTISAMPLE);
     glEnable(GL_SCISSOR_TEST);

@@ -5,8 +5,11 @@
 namespace vorlen {
 
 VRLImageWidgetStatusBar::VRLImageWidgetStatusBar(QWidget* parent) : QStatusBar(parent) {
+    setMinimumWidth(1); // no text widens the window
     __imageType = addField("Type of the image");
     __imageSize = addField("Size of the image in pixels and bytes");
+    for (QLabel* const first : {__imageType, __imageSize})
+        first->setMinimumWidth(1); // the first to go where there is no room
     __zoom = addField("Zoom");
     __pixel = addField("Pixel under the pointer");
 }
@@ -14,7 +17,6 @@ VRLImageWidgetStatusBar::VRLImageWidgetStatusBar(QWidget* parent) : QStatusBar(p
 QLabel* VRLImageWidgetStatusBar::addField(const QString& name) {
     auto* const label = new QLabel(this);
     label->setContentsMargins(6, 0, 6, 0);
-    label->setMinimumWidth(1);
     label->setTextFormat(Qt::PlainText);
     label->setAccessibleName(name);
     label->setToolTip(name);

@@ -29,11 +29,16 @@ bool isDarkPalette(const QPalette& palette) {
     return qGray(palette.color(QPalette::Window).rgb()) < qGray(palette.color(QPalette::WindowText).rgb());
 }
 
-/// The boxes and circles to be checked of "fusion" have outlines darker than a dark window: they are drawn once more, in
-/// the colour of the text.
+/// The boxes and circles to be checked of "fusion" have outlines darker than a dark window: they are drawn once more,
+/// in the colour of the text. Its buttons have no pictures, which are dark.
 class DarkStyle : public QProxyStyle {
 public:
     DarkStyle() : QProxyStyle("fusion") {}
+
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* data) const override {
+        return hint == SH_DialogButtonBox_ButtonsHaveIcons ? 0 : QProxyStyle::styleHint(hint, option, widget, data);
+    }
 
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override {

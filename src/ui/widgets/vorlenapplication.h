@@ -19,8 +19,8 @@ namespace vorlen {
 /// the settings are kept, and puts the classic locale back in the place of the user's, which Qt has installed: numbers
 /// in files have a point.
 ///
-/// Texts of labels, message boxes and tool tips are plain, unless they were made something else: the name of a file or a
-/// model may look like a text with marks. No window begins larger than its screen, as far as what is in it lets it.
+/// Texts of labels, message boxes and tool tips are plain, unless they were made something else: the name of a file or
+/// a model may look like a text with marks. No window begins larger than its screen, as far as what is in it lets it.
 class VorlenApplication : public QApplication {
 public:
     VorlenApplication(int& argc, char** argv) : QApplication(withSurfaceFormat(argc), argv) {

@@ -276,8 +276,8 @@ TEST_F(HistoryTest, stepsCanBeUndoneAfterTheFileWasSavedClosedAndOpened) {
     EXPECT_EQ(kept().size(), 1);
 }
 
-// What a reader of the file has to tell of is not hidden by a history; it stays for when the image is back. A stack that
-// opens read-only has no steps either.
+// What a reader of the file has to tell of is not hidden by a history; it stays for when the image is back. A stack
+// that opens read-only has no steps either.
 TEST_F(HistoryTest, isLeftAloneWhileAnImageIsMissing) {
     open();
     draw(*stack);
