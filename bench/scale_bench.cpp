@@ -12,6 +12,7 @@
 #include <functional>
 #include <iostream>
 #include <numbers>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include "processmemory.h"
 #include "document/model.h"
 #include "editing/history/vrlactionhistory.h"
 #include "editing/operations/modeloperations.h"
@@ -32,12 +32,15 @@
 #include "editing/stacks/vrlstackserver.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
+#include "pauses.h"
+#include "processmemory.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/app/workspace.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/session/vrlrecovery.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
@@ -92,19 +95,31 @@ public:
     void open() {
         if (!QFile::exists(__folder.filePath("scale.sdf")))
             writeStack(__folder.path().toStdString());
+        Pauses pauses;
         QElapsedTimer timer;
         timer.start();
-        mediator().openStack(__folder.filePath("scale.sdf"));
-        while (!canvas().getImageProxy().hasImage())
-            QCoreApplication::processEvents();
-        settle();
+        load();
         __opened = double(timer.nsecsElapsed()) * 1e-9;
+        __pause = pauses.longest();
+    }
+    /// With the steps that were done before it was saved.
+    void reopen() {
+        mediator().closeStack();
+        load();
+        if (!stack().history()->isUndoable())
+            throw std::runtime_error("The history did not come back");
     }
     /// How long it took, in seconds; 0 before.
     double opened() const { return __opened; }
+    /// The longest pause meanwhile, in milliseconds.
+    double pause() const { return __pause; }
 
     /// All that the window has to do and to paint.
     void settle() {
+        QElapsedTimer timer;
+        timer.start();
+        while (!canvas().getImageProxy().hasImage() && timer.elapsed() < 10000)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
         for (int i = 0; i < 5; ++i)
             QCoreApplication::processEvents();
     }
@@ -119,9 +134,16 @@ public:
     }
 
 private:
+    void load() {
+        mediator().openStack(__folder.filePath("scale.sdf"));
+        while (!canvas().getImageProxy().hasImage())
+            QCoreApplication::processEvents();
+        settle();
+    }
+
     QTemporaryDir __folder;
     VRLRootWindow& __window; // goes with the process
-    double __opened = 0;
+    double __opened = 0, __pause = 0;
 };
 
 void measureOpening(benchmark::State& state, Scale& scale) {
@@ -131,6 +153,7 @@ void measureOpening(benchmark::State& state, Scale& scale) {
             scale.open();
         state.SetIterationTime(scale.opened());
     }
+    state.counters["pause_ms"] = scale.pause();
     tellMemory(state);
 }
 
@@ -138,6 +161,7 @@ void measureSteps(benchmark::State& state, Scale& scale, const std::function<voi
     if (scale.opened() == 0)
         scale.open();
     double longest = 0;
+    Pauses pauses;
     int i = 0;
     for (auto step : state) {
         static_cast<void>(step);
@@ -150,6 +174,7 @@ void measureSteps(benchmark::State& state, Scale& scale, const std::function<voi
         longest = std::max(longest, seconds);
     }
     state.counters["longest_ms"] = 1000 * longest;
+    state.counters["pause_ms"] = pauses.longest();
     tellMemory(state);
 }
 
@@ -185,6 +210,7 @@ void registerCases(Scale& scale) {
         renameModel(scale.stack(), scale.stack().getModel(i), "another " + std::to_string(i));
         scale.mediator().saveStack();
     });
+    measure("reopen", 1, scale, [&](int) { scale.reopen(); });
 }
 
 } // namespace
@@ -200,6 +226,7 @@ int main(int argc, char** argv) {
     const QTemporaryDir home;
     qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     VorlenApplication application(argc, argv);
+    const VRLRecovery recovery(home.filePath("recovery")); // keeps histories
     benchmark::Initialize(&argc, argv);
     Scale scale;
     registerCases(scale);

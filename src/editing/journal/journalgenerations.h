@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "editing/journal/journalplace.h"
@@ -27,6 +28,9 @@ public:
     explicit JournalGenerations(const std::string& folder);
 
     const std::vector<Generation>& all() const { return __generations; }
+
+    /// The base of the first, which is not there any more then: it may be as long as the stack's file.
+    std::string takeBase() { return std::exchange(__generations.front().base, {}); }
 
     /// Something could not be read for an error of the system, which says nothing about what is in it.
     bool isUnreadable() const { return __unreadable; }

@@ -19,11 +19,16 @@ namespace vorlen {
 namespace {
 
 /// Carries the records out up to the one of this number in this generation.
-void replay(VRLStack& stack, const JournalGenerations& generations, const std::vector<ImageSourceKind>& kinds,
-            std::size_t lastGeneration, std::size_t lastRecord, StackJournal::Rebuilt& rebuilt) {
+void replay(VRLStack& stack, JournalGenerations& generations, const std::vector<ImageSourceKind>& kinds,
+            std::size_t lastGeneration, std::size_t lastRecord, StackJournal::Rebuilt& rebuilt,
+            ProgressMonitor* monitor = nullptr) {
     const auto& all = generations.all();
     const std::string& name = all.front().journal.baseName;
-    StackReader(kinds).readText(stack, all.front().base, name.empty() ? "/" : name);
+    StackReader reader(kinds);
+    if (monitor != nullptr)
+        reader.addMonitor(*monitor);
+    reader.readText(stack, generations.takeBase(), name.empty() ? "/" : name);
+    rebuilt.hasProblems = !reader.getLog().empty() || !reader.isWhole();
     JournalReplay journal(stack, kinds);
     rebuilt.good = rebuilt.complete = true;
     if (!name.empty())
@@ -266,7 +271,7 @@ void StackJournal::flush() {
 StackJournal::Rebuilt StackJournal::rebuild(VRLStack& stack, const std::string& folder,
                                             const std::vector<ImageSourceKind>& kinds) {
     Rebuilt rebuilt;
-    const JournalGenerations generations(folder);
+    JournalGenerations generations(folder);
     rebuilt.unreadable = generations.isUnreadable();
     rebuilt.damaged = generations.isDamaged();
     if (generations.all().empty() || rebuilt.unreadable)
@@ -275,10 +280,10 @@ StackJournal::Rebuilt StackJournal::rebuild(VRLStack& stack, const std::string& 
     return rebuilt;
 }
 
-StackJournal::Rebuilt StackJournal::rebuildSaved(VRLStack& stack, const std::string& folder,
-                                                 const std::vector<ImageSourceKind>& kinds, const std::string& hash) {
+StackJournal::Rebuilt StackJournal::rebuildSaved(VRLStack& stack, JournalGenerations& generations,
+                                                 const std::vector<ImageSourceKind>& kinds, const std::string& hash,
+                                                 ProgressMonitor* monitor) {
     Rebuilt rebuilt;
-    const JournalGenerations generations(folder);
     rebuilt.unreadable = generations.isUnreadable();
     if (rebuilt.unreadable)
         return rebuilt;
@@ -286,7 +291,7 @@ StackJournal::Rebuilt StackJournal::rebuildSaved(VRLStack& stack, const std::str
         for (std::size_t i = generations.all()[g - 1].numRecords; i > 0; --i) {
             const JournalRecord& record = generations.all()[g - 1].journal.records[i - 1];
             if (record.kind == JournalRecord::Kind::Saved && record.hash == hash) {
-                replay(stack, generations, kinds, g - 1, i, rebuilt);
+                replay(stack, generations, kinds, g - 1, i, rebuilt, monitor);
                 return rebuilt;
             }
         }

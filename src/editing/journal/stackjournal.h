@@ -17,7 +17,9 @@
 
 namespace vorlen {
 
+class JournalGenerations;
 class JournalWriter;
+class ProgressMonitor;
 class VRLStack;
 struct ImageSourceKind;
 
@@ -60,22 +62,24 @@ public:
 
     /// What a journal gives back.
     struct Rebuilt {
-        bool good = false;       ///< there is a journal, and the stack is what it tells
-        bool complete = false;   ///< all whole records could be carried out
-        bool unreadable = false; ///< the system could not read it; nothing was done
-        bool damaged = false;    ///< what stands behind the last record was one
-        int numRecords = 0;      ///< steps, undos and redos
-        JournalPlace place;      ///< from where to go on
-        std::string fileHash;    ///< of the file that the stack was read from or saved to last; empty for none
+        bool good = false;        ///< there is a journal, and the stack is what it tells
+        bool complete = false;    ///< all whole records could be carried out
+        bool unreadable = false;  ///< the system could not read it; nothing was done
+        bool damaged = false;     ///< what stands behind the last record was one
+        bool hasProblems = false; ///< the reader of the base has told of some
+        int numRecords = 0;       ///< steps, undos and redos
+        JournalPlace place;       ///< from where to go on
+        std::string fileHash;     ///< of the file that the stack was read from or saved to last; empty for none
     };
 
     /// Makes an empty stack what it was after the last whole record in the folder, with its history.
     static Rebuilt rebuild(VRLStack& stack, const std::string& folder, const std::vector<ImageSourceKind>& kinds);
 
-    /// Makes an empty stack what it was when it was saved last to a file with this hash. Not good when the journal
-    /// tells of no such save.
-    static Rebuilt rebuildSaved(VRLStack& stack, const std::string& folder, const std::vector<ImageSourceKind>& kinds,
-                                const std::string& hash);
+    /// Makes an empty stack what it was when it was saved last to a file with this hash, by the journal of a folder,
+    /// whose base goes. Not good when it tells of no such save. The monitor, if any, hears of the reading of the base.
+    static Rebuilt rebuildSaved(VRLStack& stack, JournalGenerations& generations,
+                                const std::vector<ImageSourceKind>& kinds, const std::string& hash,
+                                ProgressMonitor* monitor = nullptr);
 
     /// Whether the folder's journal tells of changes that were not saved, or can't be read now.
     static bool hasUnsavedSteps(const std::string& folder);

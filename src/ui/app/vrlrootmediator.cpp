@@ -369,7 +369,7 @@ void VRLRootMediator::stackHistoryChange() {
     const auto describe = [this](const char* id, const QString& text, const QString& step) {
         __commands.update(id);
         __commands.update("edit.clearHistory");
-        __commands.action(id).setToolTip(plainTip(step.isEmpty() ? text : text + ' ' + step));
+        __commands.action(id).setToolTip(step.isEmpty() ? text : text + ' ' + step);
     };
     describe("edit.undo", "Undo", history == nullptr ? QString() : history->getUndoDescription(false));
     describe("edit.redo", "Redo", history == nullptr ? QString() : history->getRedoDescription(false));

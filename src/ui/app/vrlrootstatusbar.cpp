@@ -12,7 +12,6 @@
 #include <QToolButton>
 
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
-#include "ui/widgets/plaintext.h"
 
 namespace vorlen {
 
@@ -56,9 +55,10 @@ VRLRootStatusBar::VRLRootStatusBar(QWidget* parent) : QFrame(parent) {
     __warning->hide();
     __sliceStatusBar = new VRLSliceEditWidgetStatusBar(this);
     __sliceStatusBar->setSizeGripEnabled(false);
-    __sliceStatusBar->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed); // its labels are never cut
+    __sliceStatusBar->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     __progressBar = new QProgressBar(this);
-    __progressBar->setFixedWidth(150);
+    __progressBar->setMinimumWidth(50);
+    __progressBar->setMaximumWidth(150);
     __progressBar->setRange(0, 100);
     __progressBar->setAccessibleName("Progress");
     QSizePolicy itsPlace = __progressBar->sizePolicy();
@@ -94,19 +94,19 @@ void VRLRootStatusBar::setSliceAnnotationAction(QAction* action) {
 void VRLRootStatusBar::setStack(const QString& name, const QString& path) {
     __stack->setText(name);
     __stack->setCursorPosition(0);
-    __stack->setToolTip(plainTip(path.isEmpty() ? name : name + '\n' + path));
+    __stack->setToolTip(path.isEmpty() ? name : name + '\n' + path);
 }
 
 void VRLRootStatusBar::setSlice(const QString& name) {
     __slice->setText(name);
     __slice->setCursorPosition(0);
-    __slice->setToolTip(plainTip(name));
+    __slice->setToolTip(name);
 }
 
 void VRLRootStatusBar::setWarning(const QString& warning) {
     __warning->setTextFormat(Qt::RichText);
     __warning->setText("<b>\u26a0 No recovery</b>");
-    __warning->setToolTip(plainTip(warning));
+    __warning->setToolTip(warning);
     __warning->setAccessibleDescription(warning);
     __warning->setVisible(!warning.isEmpty());
 }

@@ -13,10 +13,12 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPainter>
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
 #include <QStatusBar>
+#include <QStyle>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -45,7 +47,6 @@
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/widgets/placedwindow.h"
-#include "ui/widgets/plaintext.h"
 #include "ui/widgets/vrlsplitter.h"
 
 namespace vorlen {
@@ -62,12 +63,28 @@ void restoreVisibility(QAction& toggle, const QString& settingsKey, QWidget& par
     part.setVisible(visible);
 }
 
-/// Two thirds of the screen's width and height.
+/// Two thirds of the screen's width and height; more of a small screen, so that the slice has room beside the panels.
 QSize defaultSize() {
     const QSize screen = QGuiApplication::primaryScreen()->size();
-    return {static_cast<int>(std::lround(screen.width() * 2 / 3.0)),
-            static_cast<int>(std::lround(screen.height() * 2 / 3.0))};
+    const QSize usual(static_cast<int>(std::lround(screen.width() * 2 / 3.0)),
+                      static_cast<int>(std::lround(screen.height() * 2 / 3.0)));
+    return usual.expandedTo(QSize(1024, 700)).boundedTo(QGuiApplication::primaryScreen()->availableSize());
 }
+
+/// A line of text that ends in three dots where it has no room.
+class ElidedLine : public QLabel {
+public:
+    using QLabel::QLabel;
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        const QRect room = contentsRect();
+        const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, room.width());
+        style()->drawItemText(&painter, room, Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(), shown,
+                              foregroundRole());
+    }
+};
 
 } // namespace
 
@@ -76,7 +93,7 @@ bool VRLRootWindow::__uponQuitting = false;
 
 /// A line for the hints of the slice editor, which have no room beside the fields of its status bar.
 QLabel* VRLRootWindow::newHintLine(QWidget* parent) {
-    auto* line = new QLabel(parent);
+    auto* line = new ElidedLine(parent);
     line->setContentsMargins(6, 2, 6, 2);
     line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // no hint widens the window
     line->setTextFormat(Qt::PlainText);
@@ -84,7 +101,7 @@ QLabel* VRLRootWindow::newHintLine(QWidget* parent) {
     connect(&__statusBar->getSliceEditWidgetStatusBar(), &QStatusBar::messageChanged, line,
             [line](const QString& hint) {
                 line->setText(hint);
-                line->setToolTip(plainTip(hint));
+                line->setToolTip(hint);
             });
     return line;
 }

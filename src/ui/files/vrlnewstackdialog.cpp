@@ -2,7 +2,6 @@
 
 #include <QComboBox>
 #include <QFile>
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -21,16 +20,15 @@ namespace vorlen {
 VRLNewStackDialog::VRLNewStackDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("New stack");
     setModal(true);
-    auto* frame = new QFrame(this);
-    frame->setFrameStyle(QFrame::Box | QFrame::Sunken);
-    __properties = new VRLStackPropertiesEditor(false, frame);
-    __images = new VRLStackImageListEditor(frame);
-    auto* fields = new QVBoxLayout(frame);
-    fields->setContentsMargins(10, 10, 10, 10);
+    auto* contents = new QWidget(this);
+    __properties = new VRLStackPropertiesEditor(false, contents);
+    __images = new VRLStackImageListEditor(contents);
+    auto* fields = new QVBoxLayout(contents);
+    fields->setContentsMargins(0, 0, 0, 0);
     fields->setSpacing(10);
     fields->addWidget(__properties);
     fields->addWidget(__images, 1);
-    __channelRow = new QWidget(frame);
+    __channelRow = new QWidget(contents);
     auto* channelLayout = new QHBoxLayout(__channelRow);
     channelLayout->setContentsMargins(0, 0, 0, 0);
     auto* channelLabel = new QLabel("Channel", __channelRow);
@@ -55,7 +53,7 @@ VRLNewStackDialog::VRLNewStackDialog(QWidget* parent) : QDialog(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(10, 10, 10, 10);
     layout->setSpacing(10);
-    layout->addWidget(frame, 1);
+    layout->addWidget(contents, 1);
     layout->addLayout(buttons);
 
     __properties->setName("stack" + std::to_string(VRLStackServer::getSessionNumStacks() + 1), true);

@@ -1,7 +1,6 @@
 #include "ui/files/vrlstackio.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -13,8 +12,6 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QScopeGuard>
-#include <QThread>
 
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
@@ -36,6 +33,7 @@
 #include "ui/files/vrlstackerrordialog.h"
 #include "ui/files/vrlstackimagelisteditor.h"
 #include "ui/models/refusal.h"
+#include "ui/progress/workbeside.h"
 #include "ui/session/vrlpreferences.h"
 #include "ui/session/vrlsettings.h"
 #include "ui/widgets/plaintext.h"
@@ -66,20 +64,6 @@ std::string absolute(const std::string& file) {
     return encoded(QFileInfo(decoded(file)).absoluteFilePath());
 }
 
-/// How far a work on another thread is.
-class ProgressGauge : public ProgressMonitor {
-public:
-    using ProgressMonitor::subjectProgressed;
-    void subjectProgressed(unsigned int current, unsigned int total) override {
-        if (total > 0)
-            __percent = 100 * current / total;
-    }
-    unsigned int percent() const { return __percent; }
-
-private:
-    std::atomic<unsigned int> __percent = 0;
-};
-
 /// A plain sentence for what an operation threw.
 template <class Work>
 QString failureOf(Work&& work) {
@@ -91,25 +75,6 @@ QString failureOf(Work&& work) {
         return failure.what();
     }
     return QString();
-}
-
-/// The work runs on a thread of its own. Meanwhile the window goes on painting and tells how far it is, and keys and
-/// clicks wait, so that nobody changes what is worked on. Where there is no thread to be had it runs here.
-void runBeside(ProgressSubject& teller, const ProgressGauge& gauge, const std::function<void()>& work) {
-    bool done = false;
-    const std::unique_ptr<QThread> thread(QThread::create([&] {
-        work();
-        done = true;
-    }));
-    const auto ended = qScopeGuard([&thread] { thread->wait(); }); // also where a monitor throws
-    thread->start();
-    constexpr unsigned long pause = 30; // milliseconds
-    while (!thread->wait(pause)) {
-        teller.notifyProgressed(gauge.percent(), 100);
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    }
-    if (!done)
-        work();
 }
 
 } // namespace
@@ -282,40 +247,29 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
         notifyFinished(path + " is open already");
         return open;
     }
-    auto stack = std::make_unique<VRLStack>();
     StackReader reader;
-    bool opened = false;
-    QString failure;
+    VRLRecovery* const recovery = VRLRecovery::running();
+    VRLRecovery::KeptHistory kept;
+    std::unique_ptr<VRLStack> stack;
     {
         const WaitCursor cursor;
-        reader.addMonitor(*this);
-        stack->fileGuard().note(path); // before the reading: what changes meanwhile is seen
-        failure = failureOf([&] { opened = reader.read(*stack, path); });
-        reader.removeMonitor(*this);
+        if (recovery != nullptr)
+            kept = recovery->keptHistory(path, *this);
+        stack = kept.stack != nullptr ? std::move(kept.stack) : readStack(path, reader);
     }
-    if (!failure.isEmpty()) {
-        tell("Read error", decoded(path) + " cannot be opened:\n" + failure);
+    if (stack == nullptr)
         return nullptr;
-    }
-    if (!opened) {
-        notifyFinished("Cannot open " + path);
-        tell("Read error", decoded(path) + " cannot be opened.\nIs it there, and may you read it?");
-        return nullptr;
-    }
     stack->setFilename(path);
     stack->updateReconstruction();
     const bool wantsImages = tellOfProblems(*stack, reader);
     if (!claimFile(*stack, path) || !settleDamage(*stack, reader))
         return nullptr;
-    if (VRLRecovery* recovery = VRLRecovery::running();
-        recovery != nullptr && reader.getLog().empty() && reader.isWhole() && !stack->isReadOnly()) {
-        const WaitCursor cursor;
-        __notice.clear();
-        if (auto before = recovery->restoreHistory(*stack, __notice)) {
-            before->fileGuard().takeLockOf(stack->fileGuard());
-            stack = std::move(before);
-            stack->updateReconstruction();
-        }
+    if (stack->isReadOnly()) {
+        VRLRecovery::forgetHistory(*stack); // another may go on with it
+    } else if (recovery != nullptr && reader.getLog().empty() && reader.isWhole()) {
+        __notice = kept.message;
+        if (kept.isStale)
+            recovery->history().remove(path);
     }
     VRLStackServer::stackServer.addStack(*stack);
     VRLSettings::addRecentFile(decoded(path));
@@ -323,6 +277,23 @@ VRLStack* VRLStackIO::openStack(const std::string& file) {
     if (wantsImages)
         findImages(*open);
     return open;
+}
+
+/// Null, which is told, when the file can't be read.
+std::unique_ptr<VRLStack> VRLStackIO::readStack(const std::string& path, StackReader& reader) {
+    auto stack = std::make_unique<VRLStack>();
+    bool opened = false;
+    reader.addMonitor(*this);
+    stack->fileGuard().note(path); // before the reading: what changes meanwhile is seen
+    const QString failure = failureOf([&] { opened = reader.read(*stack, path); });
+    reader.removeMonitor(*this);
+    if (failure.isEmpty() && opened)
+        return stack;
+    if (failure.isEmpty())
+        notifyFinished("Cannot open " + path);
+    tell("Read error", failure.isEmpty() ? decoded(path) + " cannot be opened.\nIs it there, and may you read it?"
+                                         : decoded(path) + " cannot be opened:\n" + failure);
+    return nullptr;
 }
 
 /// True when lost images are to be looked for.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,7 @@ public:
 private:
     static VRLStack* findOpen(const std::string& path);
     bool claimFile(VRLStack& stack, const std::string& path) const;
+    std::unique_ptr<VRLStack> readStack(const std::string& path, StackReader& reader);
     bool tellOfProblems(const VRLStack& stack, const StackReader& reader) const;
     bool settleDamage(VRLStack& stack, const StackReader& reader) const;
     bool agreesToOverwrite(VRLStack& stack);

@@ -21,7 +21,6 @@
 #include "editing/stacks/vrlstack.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/models/modelviews.h"
-#include "ui/widgets/plaintext.h"
 
 namespace vorlen {
 
@@ -234,7 +233,7 @@ QString ModelTable::tip(const Model& model, int column) const {
     if (column == Locked)
         return __views.isLocked(model) ? "Locked: its outlines can't be selected or changed. Click: unlock"
                                        : "Click: lock, so that its outlines can't be selected or changed";
-    return plainTip(QString::fromStdString(model.getName()) + " (" + geometryText(model) + ")");
+    return QString::fromStdString(model.getName()) + " (" + geometryText(model) + ")";
 }
 
 /// What is true of its models together.
@@ -274,7 +273,7 @@ QVariant ModelTable::groupData(const Node& group, int column, int role) const {
             return shown ? "Click: hide all models of the group" : "Click: show all models of the group";
         if (column == Locked)
             return locked ? "Click: unlock all models of the group" : "Click: lock all models of the group";
-        return plainTip(QString("%1 (group of %2)").arg(group.group).arg(group.children.size()));
+        return QString("%1 (group of %2)").arg(group.group).arg(group.children.size());
     case Qt::AccessibleTextRole:
         return column == Shown    ? QVariant(shown ? "shown" : "hidden")
                : column == Locked ? QVariant(locked ? "locked" : "not locked")

@@ -1,7 +1,6 @@
 #include "ui/models/propertiesdialoglayout.h"
 
 #include <QDialog>
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -11,11 +10,11 @@
 namespace vorlen {
 
 PropertiesDialogButtons layOutPropertiesDialog(QDialog& dialog, VRLStackPropertiesEditor& editor) {
-    auto* frame = new QFrame(&dialog);
-    frame->setFrameStyle(QFrame::Box | QFrame::Sunken);
-    auto* frameLayout = new QVBoxLayout(frame);
-    frameLayout->addWidget(&editor);
-    frameLayout->addStretch(1);
+    auto* contents = new QWidget(&dialog);
+    auto* contentsLayout = new QVBoxLayout(contents);
+    contentsLayout->setContentsMargins(0, 0, 0, 0);
+    contentsLayout->addWidget(&editor);
+    contentsLayout->addStretch(1);
 
     auto* apply = new QPushButton("Apply", &dialog);
     apply->setToolTip("Stores these properties");
@@ -34,7 +33,7 @@ PropertiesDialogButtons layOutPropertiesDialog(QDialog& dialog, VRLStackProperti
     reset->setEnabled(false);
 
     auto* layout = new QVBoxLayout(&dialog);
-    layout->addWidget(frame, 1);
+    layout->addWidget(contents, 1);
     layout->addLayout(buttons);
     QObject::connect(close, &QPushButton::clicked, &dialog, &QDialog::accept);
     return {apply, reset};

@@ -1,6 +1,5 @@
 #include "ui/models/vrlmodeldialog.h"
 
-#include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -16,18 +15,17 @@
 namespace vorlen {
 
 VRLModelDialog::VRLModelDialog(QWidget* parent) : QDialog(parent) {
-    auto* frame = new QFrame(this);
-    frame->setFrameStyle(QFrame::Box | QFrame::Sunken);
-    auto* list = new VRLModelListWidget(frame);
+    auto* contents = new QWidget(this);
+    auto* list = new VRLModelListWidget(contents);
     list->setMinimumWidth(fontMetrics().averageCharWidth() * 28);
     list->setToolTip("Select one model to edit it, or several to edit what they share");
-    auto* newButton = new QPushButton("New", frame);
+    auto* newButton = new QPushButton("New", contents);
     newButton->setToolTip("Makes a new model");
-    auto* deleteButton = new QPushButton("Delete", frame);
+    auto* deleteButton = new QPushButton("Delete", contents);
     deleteButton->setToolTip("Deletes the selected models with their items");
-    auto* name = new VRLModelNameEditor(frame);
-    auto* properties = new VRLModelPropertiesEditor(frame);
-    auto* itemProperties = new VRLModelItemPropertiesEditor(frame);
+    auto* name = new VRLModelNameEditor(contents);
+    auto* properties = new VRLModelPropertiesEditor(contents);
+    auto* itemProperties = new VRLModelItemPropertiesEditor(contents);
 
     auto* listButtons = new QHBoxLayout;
     listButtons->addWidget(newButton);
@@ -40,9 +38,10 @@ VRLModelDialog::VRLModelDialog(QWidget* parent) : QDialog(parent) {
     right->addWidget(properties);
     right->addWidget(itemProperties);
     right->addStretch(1);
-    auto* frameLayout = new QHBoxLayout(frame);
-    frameLayout->addLayout(left, 1);
-    frameLayout->addLayout(right);
+    auto* contentsLayout = new QHBoxLayout(contents);
+    contentsLayout->setContentsMargins(0, 0, 0, 0);
+    contentsLayout->addLayout(left, 1);
+    contentsLayout->addLayout(right);
 
     auto* apply = new QPushButton("Apply", this);
     apply->setToolTip("Makes the new model, or changes the selected ones");
@@ -59,7 +58,7 @@ VRLModelDialog::VRLModelDialog(QWidget* parent) : QDialog(parent) {
     apply->setDefault(true);
 
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(frame, 1);
+    layout->addWidget(contents, 1);
     layout->addLayout(buttons);
 
     __mediator = new VRLModelDialogMediator(*this);

@@ -1,6 +1,5 @@
 #include "ui/models/vrlmodelitemdialog.h"
 
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -14,22 +13,22 @@ namespace vorlen {
 
 VRLModelItemDialog::VRLModelItemDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Properties");
-    auto* frame = new QFrame(this);
-    frame->setFrameStyle(QFrame::Box | QFrame::Sunken);
-    auto* name = new VRLModelNameEditor(frame);
-    auto* properties = new VRLModelPropertiesEditor(frame);
-    auto* itemProperties = new VRLModelItemPropertiesEditor(frame);
-    auto* defaults = new QPushButton("Defaults", frame);
+    auto* contents = new QWidget(this);
+    auto* name = new VRLModelNameEditor(contents);
+    auto* properties = new VRLModelPropertiesEditor(contents);
+    auto* itemProperties = new VRLModelItemPropertiesEditor(contents);
+    auto* defaults = new QPushButton("Defaults", contents);
     defaults->setToolTip("Shows the attributes of the model; Apply gives them to the item");
     auto* defaultsRow = new QHBoxLayout;
     defaultsRow->addStretch(1);
     defaultsRow->addWidget(defaults);
-    auto* frameLayout = new QVBoxLayout(frame);
-    frameLayout->addWidget(name);
-    frameLayout->addWidget(properties);
-    frameLayout->addWidget(itemProperties);
-    frameLayout->addLayout(defaultsRow);
-    frameLayout->addStretch(1);
+    auto* contentsLayout = new QVBoxLayout(contents);
+    contentsLayout->setContentsMargins(0, 0, 0, 0);
+    contentsLayout->addWidget(name);
+    contentsLayout->addWidget(properties);
+    contentsLayout->addWidget(itemProperties);
+    contentsLayout->addLayout(defaultsRow);
+    contentsLayout->addStretch(1);
 
     auto* apply = new QPushButton("Apply", this);
     apply->setToolTip("Gives these attributes to the item");
@@ -46,7 +45,7 @@ VRLModelItemDialog::VRLModelItemDialog(QWidget* parent) : QDialog(parent) {
     ok->setDefault(true);
 
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(frame, 1);
+    layout->addWidget(contents, 1);
     layout->addLayout(buttons);
 
     __mediator = new VRLModelItemDialogMediator(*this);

@@ -1,6 +1,5 @@
 #include "ui/models/vrlpreferencesdialog.h"
 
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -32,14 +31,14 @@ QLabel* newFolders(QWidget* parent) {
 
 VRLPreferencesDialog::VRLPreferencesDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Preferences");
-    auto* frame = new QFrame(this);
-    frame->setFrameStyle(QFrame::Box | QFrame::Sunken);
-    auto* editor = new VRLPreferencesEditor(frame);
-    auto* frameLayout = new QVBoxLayout(frame);
-    frameLayout->addWidget(editor);
-    frameLayout->addWidget(newFolders(frame));
-    frameLayout->addWidget(new SectionCachePanel(frame));
-    frameLayout->addStretch(1);
+    auto* contents = new QWidget(this);
+    auto* editor = new VRLPreferencesEditor(contents);
+    auto* contentsLayout = new QVBoxLayout(contents);
+    contentsLayout->setContentsMargins(0, 0, 0, 0);
+    contentsLayout->addWidget(editor);
+    contentsLayout->addWidget(newFolders(contents));
+    contentsLayout->addWidget(new SectionCachePanel(contents));
+    contentsLayout->addStretch(1);
     auto* apply = new QPushButton("Apply", this);
     apply->setToolTip("Stores these preferences");
     auto* cancel = new QPushButton("Cancel", this);
@@ -54,7 +53,7 @@ VRLPreferencesDialog::VRLPreferencesDialog(QWidget* parent) : QDialog(parent) {
     }
     ok->setDefault(true);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(frame, 1);
+    layout->addWidget(contents, 1);
     layout->addLayout(buttons);
     __mediator = new VRLPreferencesDialogMediator(*this, *editor, *apply, *cancel, *ok);
 }

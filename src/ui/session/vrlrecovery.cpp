@@ -1,6 +1,9 @@
 #include "ui/session/vrlrecovery.h"
 
 #include <algorithm>
+#include <exception>
+#include <functional>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -26,10 +29,13 @@
 #include "editing/journal/journalplace.h"
 #include "editing/journal/journalrecord.h"
 #include "editing/journal/stackjournal.h"
+#include "editing/operations/lostimages.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "images/files/imagesourcekinds.h"
 #include "numerics/exception.h"
+#include "progress/progressproxy.h"
+#include "ui/progress/workbeside.h"
 
 namespace vorlen {
 
@@ -72,6 +78,36 @@ QString writeWhole(const QString& name, const QByteArray& contents) {
     if (file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.commit())
         return {};
     return file.errorString();
+}
+
+/// Empty for a file that can't be read.
+std::string hashOfFile(const std::string& name) {
+    QFile file(QFile::decodeName(name.c_str()));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    JournalHash hash;
+    for (;;) {
+        const QByteArray piece = file.read(1 << 20);
+        if (piece.isEmpty())
+            break;
+        hash.add({piece.constData(), static_cast<std::size_t>(piece.size())});
+    }
+    return file.error() == QFileDevice::NoError ? hash.result() : std::string();
+}
+
+/// Throws here what the work throws there.
+void runGuardedBeside(ProgressSubject& teller, const std::function<void(ProgressMonitor&)>& work) {
+    ProgressGauge gauge;
+    std::exception_ptr failure;
+    runBeside(teller, gauge, [&] {
+        try {
+            work(gauge);
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    });
+    if (failure)
+        std::rethrow_exception(failure);
 }
 
 } // namespace
@@ -291,50 +327,82 @@ void VRLRecovery::tidy() {
     __history.prune();
 }
 
-std::unique_ptr<VRLStack> VRLRecovery::restoreHistory(const VRLStack& opened, QString& message) {
+VRLRecovery::KeptHistory VRLRecovery::keptHistory(const std::string& file, ProgressProxy& teller) {
     waitForWrites(); // the file may have been closed just now
-    const std::string& file = opened.getFilename();
+    KeptHistory kept;
     if (file.empty() || !__history.has(file))
-        return nullptr;
-    const QString name = QFileInfo(QFile::decodeName(file.c_str())).fileName();
-    auto stack = std::make_unique<VRLStack>();
+        return kept;
+    const std::string name = QFileInfo(QFile::decodeName(file.c_str())).fileName().toStdString();
+    teller.notifyStarted("Reading the history of " + name + "...");
     try {
-        stack->fileGuard().note(file);
-        std::string text;
-        const std::string folder = QFile::encodeName(__history.folderOf(file)).toStdString();
-        if (!readJournalFile(file, text))
-            return nullptr;
-        const StackJournal::Rebuilt rebuilt =
-            StackJournal::rebuildSaved(*stack, folder, imageSourceKinds(), JournalFormat::hash(text));
-        if (rebuilt.unreadable) {
-            message = "The history of " + name + " can't be read now: what was done before can't be undone.";
-            return nullptr;
-        }
-        const bool known = rebuilt.good;
-        const std::string directory = file.substr(0, file.rfind('/') + 1);
-        if (known && rebuilt.complete && StackWriter().toText(*stack, directory) == text) {
-            __history.touch(file);
-            if (!stack->history()->isUndoable() && !stack->history()->isRedoable())
-                return nullptr;
-            stack->setFilename(file);
-            stack->setImagesPath(opened.getImagesPath());
-            stack->setModified(false);
-            new JournalOrigin(rebuilt.place, false, stack.get()); // goes with the stack
-            const int number = stack->history()->getNumUndoSteps();
-            message = number == 1 ? QString("The last step before %1 was closed can be undone.").arg(name)
-                                  : QString("%1 steps from before %2 was closed can be undone.").arg(number).arg(name);
-            return stack;
-        }
-        __history.remove(file);
-        message = known ? "The history of " + name + " does not fit it: what was done before can't be undone any more."
-                        : name + " is not as it was saved here last, perhaps changed by another program: what was done "
-                                 "before can't be undone any more.";
-    } catch (const Exception&) { // the stack was opened without
-        message = "The history of " + name + " can't be used: what was done before can't be undone.";
-    } catch (const std::exception&) {
-        message = "The history of " + name + " can't be used: what was done before can't be undone.";
+        rebuildHistory(file, teller, kept);
+    } catch (const std::exception&) { // the file is read without
+        kept.stack.reset();
+        kept.message =
+            "The history of " + QString::fromStdString(name) + " can't be used: what was done before can't be undone.";
     }
-    return nullptr;
+    teller.notifyFinished(" ");
+    return kept;
+}
+
+void VRLRecovery::rebuildHistory(const std::string& file, ProgressProxy& teller, KeptHistory& kept) {
+    const QString name = QFileInfo(QFile::decodeName(file.c_str())).fileName();
+    const std::string folder = QFile::encodeName(__history.folderOf(file)).toStdString();
+    const std::string directory = file.substr(0, file.rfind('/') + 1);
+    auto stack = std::make_unique<VRLStack>();
+    stack->fileGuard().note(file); // before it is looked at
+    std::string hash;
+    std::optional<JournalGenerations> journal;
+    runGuardedBeside(teller, [&](ProgressMonitor&) {
+        hash = hashOfFile(file);
+        journal.emplace(folder);
+    });
+    if (hash.empty())
+        return;
+    const StackJournal::Rebuilt rebuilt =
+        StackJournal::rebuildSaved(*stack, *journal, imageSourceKinds(), hash, &teller);
+    journal.reset();
+    if (rebuilt.unreadable) {
+        kept.message = "The history of " + name + " can't be read now: what was done before can't be undone.";
+        return;
+    }
+    if (rebuilt.good && (rebuilt.hasProblems || numLostImages(*stack) > 0))
+        return; // the reader of the file tells of them
+    bool fits = false;
+    if (rebuilt.good && rebuilt.complete)
+        runGuardedBeside(teller, [&](ProgressMonitor& monitor) {
+            StackWriter writer;
+            writer.addMonitor(monitor);
+            fits = JournalFormat::hash(writer.toText(*stack, directory)) == hash;
+        });
+    if (!fits) {
+        kept.isStale = true;
+        kept.message =
+            rebuilt.good
+                ? "The history of " + name + " does not fit it: what was done before can't be undone any more."
+                : name + " is not as it was saved here last, perhaps changed by another program: what was done "
+                         "before can't be undone any more.";
+        return;
+    }
+    __history.touch(file);
+    if (!stack->history()->isUndoable() && !stack->history()->isRedoable())
+        return;
+    stack->setFilename(file);
+    stack->setImagesPath(directory);
+    stack->setModified(false);
+    new JournalOrigin(rebuilt.place, false, stack.get()); // goes with the stack
+    const int number = stack->history()->getNumUndoSteps();
+    kept.message = number == 1 ? QString("The last step before %1 was closed can be undone.").arg(name)
+                               : QString("%1 steps from before %2 was closed can be undone.").arg(number).arg(name);
+    kept.stack = std::move(stack);
+}
+
+void VRLRecovery::forgetHistory(VRLStack& stack) {
+    stack.history()->clear();
+    const QObjectList children = stack.children(); // NOLINT(performance-unnecessary-copy-initialization): it changes
+    for (QObject* child : children)
+        if (dynamic_cast<JournalOrigin*>(child) != nullptr)
+            delete child;
 }
 
 VRLStack* VRLRecovery::recover(const Leftover& leftover, QString& message) {

@@ -19,6 +19,7 @@
 
 namespace vorlen {
 
+class ProgressProxy;
 class StackJournal;
 class VRLStack;
 
@@ -75,10 +76,20 @@ public:
     /// too old or too much. To be called before stacks are opened.
     void tidy();
 
-    /// A stack that was opened from its file just now, as it was when it was closed, with its steps; null when they
-    /// can't be had, and the other one is the stack. A message says in a sentence which it is, where the user wants to
-    /// know. What does not fit the file is dropped.
-    std::unique_ptr<VRLStack> restoreHistory(const VRLStack& opened, QString& message);
+    /// What is known of a file from before.
+    struct KeptHistory {
+        std::unique_ptr<VRLStack> stack; ///< what the file holds, with its steps; null where the file has to be read
+        QString message;                 ///< in a sentence what can be undone, or why not, where the user wants to know
+        bool isStale = false;            ///< the steps don't lead to this file: to be removed, if the file is whole
+    };
+
+    /// A stack file, as it was when it was closed, with its steps, without a look into it: a hash tells that it is the
+    /// one. The stack has all problems behind it that a reader might tell of. The proxy tells how far it is; windows
+    /// paint meanwhile.
+    KeptHistory keptHistory(const std::string& file, ProgressProxy& teller);
+
+    /// Makes such a stack one that was read from its file.
+    static void forgetHistory(VRLStack& stack);
 
     const QString& getDirectory() const { return __directory; }
     JournalStore& history() { return __history; }
@@ -131,6 +142,7 @@ private:
     QString journalOf(const VRLStack& stack) const;
     void writeInfo(const VRLStack& stack, int numRecords = -1);
     void closeJournal(const VRLStack& stack);
+    void rebuildHistory(const std::string& file, ProgressProxy& teller, KeptHistory& kept);
     bool rebuild(VRLStack& stack, const Leftover& leftover, QString& message);
     bool readFile(VRLStack& stack, const Leftover& leftover, QString& message) const;
     void writeEntry(const Entry& entry, const VRLStack& stack);

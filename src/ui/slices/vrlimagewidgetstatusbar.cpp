@@ -2,13 +2,14 @@
 
 #include <QLabel>
 
-#include "ui/widgets/plaintext.h"
-
 namespace vorlen {
 
 VRLImageWidgetStatusBar::VRLImageWidgetStatusBar(QWidget* parent) : QStatusBar(parent) {
+    setMinimumWidth(1); // no text widens the window
     __imageType = addField("Type of the image");
     __imageSize = addField("Size of the image in pixels and bytes");
+    for (QLabel* const first : {__imageType, __imageSize})
+        first->setMinimumWidth(1); // the first to go where there is no room
     __zoom = addField("Zoom");
     __pixel = addField("Pixel under the pointer");
 }
@@ -16,7 +17,6 @@ VRLImageWidgetStatusBar::VRLImageWidgetStatusBar(QWidget* parent) : QStatusBar(p
 QLabel* VRLImageWidgetStatusBar::addField(const QString& name) {
     auto* const label = new QLabel(this);
     label->setContentsMargins(6, 0, 6, 0);
-    label->setMinimumWidth(1);
     label->setTextFormat(Qt::PlainText);
     label->setAccessibleName(name);
     label->setToolTip(name);
@@ -26,7 +26,7 @@ QLabel* VRLImageWidgetStatusBar::addField(const QString& name) {
 
 void VRLImageWidgetStatusBar::setField(QLabel& field, const QString& text) {
     field.setText(text);
-    field.setToolTip(plainTip(text.isEmpty() ? field.accessibleName() : field.accessibleName() + ": " + text));
+    field.setToolTip(text.isEmpty() ? field.accessibleName() : field.accessibleName() + ": " + text);
 }
 
 void VRLImageWidgetStatusBar::setImageTypeInfo(const QString& text) {

@@ -99,6 +99,11 @@ void VRLSliceEditWidgetCanvas::paintItems(const StackSlice& slice, QPainter& pai
     paintUnfinished(painter);
 }
 
+void VRLSliceEditWidgetCanvas::paintItems(const StackSlice& slice) {
+    VRLSliceWidgetCanvas::paintItems(slice);
+    withPainter([this](QPainter& painter) { paintUnfinished(painter); });
+}
+
 bool VRLSliceEditWidgetCanvas::isShown(const ModelItem& item) const {
     return __modelViews == nullptr || __modelViews->isShown(item);
 }

@@ -63,7 +63,7 @@ public:
 
     void setSlice(StackSlice& slice) override;
     void paintItems(const StackSlice& slice, QPainter& painter) override;
-    using VRLSliceWidgetCanvas::paintItems;
+    void paintItems(const StackSlice& slice) override;
 
     /// On at first. Without a kept picture every paint is one of everything.
     void setKeepingPicture(bool on);

@@ -17,6 +17,7 @@
 #include "document/modelitem.h"
 #include "document/stackslice.h"
 #include "ui/slices/itemlook.h"
+#include "ui/slices/outlinebatch.h"
 
 namespace vorlen {
 
@@ -27,6 +28,11 @@ constexpr float greatestLength = 16384;
 
 float sensible(float length) {
     return length > 0 ? std::min(length, greatestLength) : 0.0f;
+}
+
+/// Of a line, in whole pixels of the image.
+float widthOf(const ModelItemProperties& look) {
+    return std::floor(sensible(look.getLineWidth()));
 }
 
 QColor colorOf(const ModelItemProperties& look) {
@@ -137,31 +143,77 @@ bool VRLSliceWidgetCanvas::isShown(const ModelItem&) const {
 }
 
 void VRLSliceWidgetCanvas::paintItems(const StackSlice& slice) {
-    withPainter([&](QPainter& painter) { paintItems(slice, painter); });
+    paintItemsWithin(slice, rect());
 }
 
+// Outlines that follow on one another are drawn together; what has symbols or marks is left to a painter.
 void VRLSliceWidgetCanvas::paintItemsWithin(const StackSlice& slice, const QRect& area) {
     const QScopedValueRollback painted(__area, area);
+    const double density = devicePixelRatioF();
+    const QSize buffer = size() * density;
+    const QRect within = QRectF(area.topLeft() * density, QSizeF(area.size()) * density).toAlignedRect();
+    const QTransform toPixels = itemTransform() * QTransform::fromScale(density, density);
+    OutlineBatch outlines;
+    std::vector<const ModelItem*> others;
+    for (int i = 0; i < slice.getNumItems(); ++i) {
+        const ModelItem& item = slice.getItem(i);
+        if (!isShown(item))
+            continue;
+        const ModelItemProperties look = lookOf(item);
+        if (!areaOf(item, look).intersects(area))
+            continue;
+        if (drawnGeometryOf(item) == PolypointPrimitive || !item.getSelection().isEmpty()) {
+            outlines.draw(buffer, within);
+            others.push_back(&item);
+        } else {
+            paintRun(others, area);
+            addOutline(item, look, toPixels, outlines);
+        }
+    }
+    outlines.draw(buffer, within);
+    paintRun(others, area);
+}
+
+void VRLSliceWidgetCanvas::addOutline(const ModelItem& item, const ModelItemProperties& look,
+                                      const QTransform& toPixels, OutlineBatch& outlines) const {
+    const QPolygonF polygon = outlineOf(item);
+    const bool closed = drawnGeometryOf(item) != PolylinePrimitive;
+    if (isThin(look))
+        outlines.add(toPixels.map(polygon), closed, devicePixelRatioF(), QTransform(), colorOf(look));
+    else
+        outlines.add(polygon, closed, double(widthOf(look)), toPixels, colorOf(look));
+}
+
+/// Empties the run.
+void VRLSliceWidgetCanvas::paintRun(std::vector<const ModelItem*>& run, const QRect& area) const {
+    if (run.empty())
+        return;
     withPainter([&](QPainter& painter) {
         const QTransform items = painter.transform();
         painter.resetTransform();
         painter.setClipRect(area);
         painter.setTransform(items);
-        for (int i = 0; i < slice.getNumItems(); ++i)
-            if (isShown(slice.getItem(i)))
-                paintItem(slice.getItem(i), painter);
+        for (const ModelItem* const item : run)
+            paintItem(*item, painter);
     });
+    run.clear();
 }
 
 void VRLSliceWidgetCanvas::withPainter(const std::function<void(QPainter&)>& work) const {
     const std::unique_ptr<QPaintDevice> device = newPaintDevice();
     QPainter painter(device.get());
     painter.setRenderHint(QPainter::Antialiasing);
-    const double zoom = double(getZoomFactor());
-    painter.translate(imagePlace());
-    painter.scale(zoom * double(betaWidth()), zoom * double(betaHeight()));
-    painter.translate(0.5 - getViewOrigin().x(), 0.5 - getViewOrigin().y());
+    painter.setTransform(itemTransform());
     work(painter);
+}
+
+/// From the places of items to those of the canvas.
+QTransform VRLSliceWidgetCanvas::itemTransform() const {
+    const double zoom = double(getZoomFactor());
+    const QPointF place = imagePlace();
+    QTransform transform = QTransform::fromTranslate(place.x(), place.y());
+    transform.scale(zoom * double(betaWidth()), zoom * double(betaHeight()));
+    return transform.translate(0.5 - getViewOrigin().x(), 0.5 - getViewOrigin().y());
 }
 
 void VRLSliceWidgetCanvas::setMode(CanvasMode mode) {
@@ -243,15 +295,19 @@ QPolygonF VRLSliceWidgetCanvas::outlineOf(const ModelItem& item) const {
     return outline;
 }
 
+/// Less than a pixel of the canvas wide: drawn as one.
+bool VRLSliceWidgetCanvas::isThin(const ModelItemProperties& look) const {
+    return widthOf(look) * getZoomFactor() < 1;
+}
+
 void VRLSliceWidgetCanvas::paintContourItem(const ModelItem& item, const ModelItemProperties& look,
                                             QPainter& painter) const {
-    const float lineWidth = sensible(look.getLineWidth());
     QPen pen = painter.pen();
     pen.setColor(colorOf(look));
     pen.setJoinStyle(Qt::RoundJoin);
-    const bool thin = lineWidth * getZoomFactor() < 1;
+    const bool thin = isThin(look);
     pen.setCosmetic(thin);
-    pen.setWidth(thin ? 0 : int(lineWidth));
+    pen.setWidthF(thin ? devicePixelRatioF() : double(widthOf(look)));
     painter.setPen(pen);
     painter.setBrush(Qt::NoBrush);
     const QPolygonF polygon = outlineOf(item);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 #include <QRect>
 #include <QRectF>
@@ -10,11 +11,13 @@
 
 class QPainter;
 class QPolygonF;
+class QTransform;
 
 namespace vorlen {
 
 class ModelItem;
 class ModelItemProperties;
+class OutlineBatch;
 class StackSlice;
 
 /// Paints a slice: its image, and on it the items of the slice.
@@ -70,6 +73,11 @@ protected:
 
 private:
     QPolygonF outlineOf(const ModelItem& item) const;
+    QTransform itemTransform() const;
+    bool isThin(const ModelItemProperties& look) const;
+    void addOutline(const ModelItem& item, const ModelItemProperties& look, const QTransform& toPixels,
+                    OutlineBatch& outlines) const;
+    void paintRun(std::vector<const ModelItem*>& run, const QRect& area) const;
     QRect paintedArea() const { return __area.isNull() ? rect() : __area; }
     void paintContourItem(const ModelItem& item, const ModelItemProperties& look, QPainter& painter) const;
     void paintPointsItem(const ModelItem& item, const ModelItemProperties& look, QPainter& painter) const;

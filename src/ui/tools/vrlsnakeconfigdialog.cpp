@@ -9,12 +9,11 @@ namespace vorlen {
 
 VRLSnakeConfigDialog::VRLSnakeConfigDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Snake parameters");
-    auto* const frame = new QFrame(this);
-    frame->setFrameStyle(int(QFrame::WinPanel) | int(QFrame::Raised));
-    __editor = new VRLSnakeConfigEditor(frame);
-    auto* const frameLayout = new QVBoxLayout(frame);
-    frameLayout->setContentsMargins(0, 0, 0, 0);
-    frameLayout->addWidget(__editor);
+    auto* const contents = new QWidget(this);
+    __editor = new VRLSnakeConfigEditor(contents);
+    auto* const contentsLayout = new QVBoxLayout(contents);
+    contentsLayout->setContentsMargins(0, 0, 0, 0);
+    contentsLayout->addWidget(__editor);
 
     auto* const cancel = new QPushButton("Cancel", this);
     auto* const ok = new QPushButton("OK", this);
@@ -30,7 +29,7 @@ VRLSnakeConfigDialog::VRLSnakeConfigDialog(QWidget* parent) : QDialog(parent) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(5, 5, 5, 5);
     layout->setSpacing(5);
-    layout->addWidget(frame, 1);
+    layout->addWidget(contents, 1);
     layout->addLayout(buttons);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(ok, &QPushButton::clicked, this, &QDialog::accept);

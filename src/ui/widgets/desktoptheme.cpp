@@ -7,7 +7,9 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QEventLoop>
-#include <QStyle>
+#include <QPainter>
+#include <QProxyStyle>
+#include <QStyleOption>
 #include <QTimer>
 #include <QToolTip>
 
@@ -26,6 +28,38 @@ constexpr unsigned int prefersDark = 1;
 bool isDarkPalette(const QPalette& palette) {
     return qGray(palette.color(QPalette::Window).rgb()) < qGray(palette.color(QPalette::WindowText).rgb());
 }
+
+/// The boxes and circles to be checked of "fusion" have outlines darker than a dark window: they are drawn once more,
+/// in the colour of the text. Its buttons have no pictures, which are dark.
+class DarkStyle : public QProxyStyle {
+public:
+    DarkStyle() : QProxyStyle("fusion") {}
+
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* data) const override {
+        return hint == SH_DialogButtonBox_ButtonsHaveIcons ? 0 : QProxyStyle::styleHint(hint, option, widget, data);
+    }
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        const bool isCircle = element == PE_IndicatorRadioButton;
+        if (!isCircle && element != PE_IndicatorCheckBox && element != PE_IndicatorItemViewItemCheck)
+            return;
+        QColor color = option->palette.color(QPalette::WindowText);
+        color.setAlpha(140);
+        painter->save();
+        painter->setPen(color);
+        painter->setBrush(Qt::NoBrush);
+        const QRectF outline = QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5);
+        painter->setRenderHint(QPainter::Antialiasing, isCircle);
+        if (isCircle)
+            painter->drawEllipse(outline);
+        else
+            painter->drawRect(outline);
+        painter->restore();
+    }
+};
 
 } // namespace
 
@@ -78,7 +112,10 @@ void DesktopTheme::setDark(bool dark) {
     if (dark == __dark || (dark && isDarkPalette(__begun)))
         return;
     __dark = dark;
-    QApplication::setStyle(dark ? QString("fusion") : __begunStyle);
+    if (dark)
+        QApplication::setStyle(new DarkStyle); // the application's
+    else
+        QApplication::setStyle(__begunStyle);
     const QPalette palette = dark ? darkPalette() : __begun;
     QApplication::setPalette(palette);
     QToolTip::setPalette(palette);

@@ -2,7 +2,6 @@
 
 #include <QMessageBox>
 #include <QString>
-#include <QTextDocument>
 
 namespace vorlen {
 
@@ -16,10 +15,5 @@ public:
         setText(text);
     }
 };
-
-/// A tool tip, which has no format of its own, that shows the text as it is.
-inline QString plainTip(const QString& text) {
-    return Qt::mightBeRichText(text) ? "<span>" + text.toHtmlEscaped() + "</span>" : text;
-}
 
 } // namespace vorlen

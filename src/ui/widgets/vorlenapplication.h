@@ -9,6 +9,8 @@
 #include <QMessageBox>
 #include <QSurfaceFormat>
 
+#include "ui/widgets/placedwindow.h"
+
 namespace vorlen {
 
 /// The application object of every program with windows.
@@ -17,8 +19,8 @@ namespace vorlen {
 /// the settings are kept, and puts the classic locale back in the place of the user's, which Qt has installed: numbers
 /// in files have a point.
 ///
-/// Texts of labels and message boxes are plain, unless they were made something else: the name of a file or a model may
-/// look like a text with marks.
+/// Texts of labels, message boxes and tool tips are plain, unless they were made something else: the name of a file or
+/// a model may look like a text with marks. No window begins larger than its screen, as far as what is in it lets it.
 class VorlenApplication : public QApplication {
 public:
     VorlenApplication(int& argc, char** argv) : QApplication(withSurfaceFormat(argc), argv) {
@@ -45,10 +47,19 @@ public:
             if (auto* const box = qobject_cast<QMessageBox*>(receiver); box && box->textFormat() == Qt::AutoText)
                 box->setTextFormat(Qt::PlainText);
         }
+        if (event->type() == QEvent::Show && !event->spontaneous() && receiver->isWidgetType())
+            keepOnScreen(*static_cast<QWidget*>(receiver));
         return QApplication::notify(receiver, event);
     }
 
 private:
+    static void keepOnScreen(QWidget& widget) {
+        if (widget.windowType() != Qt::Window && widget.windowType() != Qt::Dialog)
+            return;
+        if (const QRect placed = placedOnScreen(widget.geometry()); placed.size() != widget.size())
+            widget.setGeometry(placed);
+    }
+
     static int& withSurfaceFormat(int& argc) {
         QSurfaceFormat format = surfaceFormat();
         format.setSamples(0);

@@ -60,6 +60,7 @@
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
+#include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
 #include "ui/tools/vrlsliceeditwidgetmediatorsnakedelegate.h"
 
@@ -752,6 +753,22 @@ TEST_F(VRLRootWindowTest, partsAreHiddenAndStayHidden) {
     second->toggleBrowser();
     EXPECT_TRUE(second->browser().isVisible());
     EXPECT_TRUE(QSettings().value("rootWindow/browserVisible").toBool());
+}
+
+// Also on a screen of 800 pixels, as a dense one has.
+TEST_F(VRLRootWindowTest, noTextOfTheStatusBarMakesTheWindowWiderThanASmallScreen) {
+    open("one");
+    QCoreApplication::processEvents();
+    const int before = window->minimumSizeHint().width();
+    EXPECT_LE(before, 800);
+    VRLSliceEditWidgetStatusBar& fields = window->statusBar().getSliceEditWidgetStatusBar();
+    fields.setPixelInfo("X=123456, Y=123456, G=65535, and so on for a while");
+    fields.setImageSizeInfo("100000x80000 [23 Gb]");
+    fields.showMessage(QString(400, 'm'));
+    QCoreApplication::processEvents();
+    EXPECT_LE(window->minimumSizeHint().width(), before);
+    window->resize(800, 600);
+    EXPECT_EQ(window->width(), 800);
 }
 
 TEST_F(VRLRootWindowTest, progressMovesTheBarAndEndsWithAMessage) {

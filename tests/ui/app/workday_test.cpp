@@ -16,6 +16,7 @@
 #include "editing/stacks/vrlstackserver.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
+#include "progress/progressproxy.h"
 #include "support/modalscript.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/session/vrlrecovery.h"
@@ -151,9 +152,10 @@ TEST(WorkDay, aKillCostsAtMostTheStepInProgress) {
             if (day.numSteps == 0)
                 continue;
             stack->setFilename(file);
-            const auto before = recovery.restoreHistory(*stack, message);
-            ASSERT_NE(before, nullptr) << message.toStdString();
-            EXPECT_EQ(hashOf(*before), hashOf(*stack));
+            ProgressProxy teller;
+            const VRLRecovery::KeptHistory before = recovery.keptHistory(file, teller);
+            ASSERT_NE(before.stack, nullptr) << before.message.toStdString();
+            EXPECT_EQ(hashOf(*before.stack), hashOf(*stack));
         }
         EXPECT_EQ(message.toStdString().find("damaged"), std::string::npos) << message.toStdString();
         const std::string hash = hashOf(*stack);

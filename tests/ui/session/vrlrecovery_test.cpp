@@ -20,6 +20,7 @@
 #include "images/files/imagesourcefile.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
+#include "progress/progressproxy.h"
 #include "support/documentmaker.h"
 #include "ui/session/terminationsignals.h"
 
@@ -201,20 +202,25 @@ protected:
             close();
     }
 
-    /// As the program opens a file: read, and exchanged for what it was, where its steps are known. The number of steps
+    /// As the program opens a file: with its steps where they are known, read where they are not. The number of steps
     /// that can be undone.
     int open() {
+        ProgressProxy teller;
+        VRLRecovery::KeptHistory kept = recovery.keptHistory(path("brain.sdf"), teller);
+        message = kept.message;
+        if (kept.isStale)
+            recovery.history().remove(path("brain.sdf"));
         auto read = std::make_unique<VRLStack>();
         read->fileGuard().note(path("brain.sdf"));
         EXPECT_TRUE(StackReader().read(*read, path("brain.sdf")));
         read->setFilename(path("brain.sdf"));
-        message.clear();
-        auto before = recovery.restoreHistory(*read, message);
-        if (before != nullptr) {
-            EXPECT_EQ(StackWriter().toText(*before), StackWriter().toText(*read));
-            EXPECT_FALSE(before->isModified());
+        if (kept.stack != nullptr) {
+            EXPECT_EQ(StackWriter().toText(*kept.stack), StackWriter().toText(*read));
+            EXPECT_EQ(kept.stack->getImagesPath(), read->getImagesPath());
+            EXPECT_EQ(kept.stack->getFilename(), read->getFilename());
+            EXPECT_FALSE(kept.stack->isModified());
         }
-        stack = before != nullptr ? before.release() : read.release();
+        stack = kept.stack != nullptr ? kept.stack.release() : read.release();
         VRLStackServer::stackServer.addStack(*stack);
         return stack->history()->getNumUndoSteps();
     }
@@ -268,6 +274,25 @@ TEST_F(HistoryTest, stepsCanBeUndoneAfterTheFileWasSavedClosedAndOpened) {
         EXPECT_EQ(text(), texts[i]);
     }
     EXPECT_EQ(kept().size(), 1);
+}
+
+// What a reader of the file has to tell of is not hidden by a history; it stays for when the image is back. A stack
+// that opens read-only has no steps either.
+TEST_F(HistoryTest, isLeftAloneWhileAnImageIsMissing) {
+    open();
+    draw(*stack);
+    save();
+    const QString image = folder.filePath("a.tif");
+    close();
+    ASSERT_TRUE(QFile::rename(image, image + ".away"));
+    EXPECT_EQ(open(), 0);
+    EXPECT_EQ(message, "");
+    EXPECT_EQ(kept().size(), 1);
+    close();
+    ASSERT_TRUE(QFile::rename(image + ".away", image));
+    EXPECT_EQ(open(), 1);
+    VRLRecovery::forgetHistory(*stack);
+    EXPECT_FALSE(stack->history()->isUndoable());
 }
 
 TEST_F(HistoryTest, neverFitsAFileThatSomebodyElseHasWritten) {

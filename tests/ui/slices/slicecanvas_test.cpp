@@ -98,6 +98,29 @@ TEST_F(SliceCanvasTest, polylinesStayOpenAndTheItemsLookGoesFirst) {
     EXPECT_LE(lit, 2);
 }
 
+// Outlines that follow on one another are drawn together, symbols and selected outlines are not: the order stays.
+TEST_F(SliceCanvasTest, aLaterItemLiesOverAnEarlierOne) {
+    prepare();
+    const auto cross = [&](const QColor& color, bool across) -> ModelItem& {
+        Model& model = newModel(PolylinePrimitive, color);
+        return across ? vorlen::addItem(model, *slice, {{10, 20}, {30, 20}})
+                      : vorlen::addItem(model, *slice, {{20, 10}, {20, 30}});
+    };
+    const auto seen = [&] { return QColor(colorAt(20, 20)).name(); };
+    cross(Qt::green, true);
+    cross(Qt::red, false);
+    EXPECT_EQ(seen(), "#ff0000");
+    newPoint(CubeSymbol, 3, true, 20, 20);
+    EXPECT_NE(seen(), "#ff0000");
+    ModelItem& blue = cross(Qt::blue, true);
+    EXPECT_EQ(seen(), "#0000ff");
+    cross(Qt::yellow, false);
+    EXPECT_EQ(seen(), "#ffff00");
+    blue.getSelection().set(true); // its marks are far from here
+    canvas->update();
+    EXPECT_EQ(seen(), "#ffff00");
+}
+
 TEST_F(SliceCanvasTest, symbolsHaveTheirShapesAndSizes) {
     prepare();
     const QImage plain = picture();

@@ -1,11 +1,15 @@
 #include "ui/widgets/desktoptheme.h"
 
+#include <algorithm>
+
 #include <QApplication>
+#include <QCheckBox>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QProcess>
+#include <QRadioButton>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -85,6 +89,23 @@ TEST(DesktopTheme, windowsAreDarkAsLongAsTheDesktopIs) {
         EXPECT_TRUE(QTest::qWaitFor([] { return !isDark(); }));
     }
     EXPECT_EQ(QApplication::palette(), before);
+}
+
+// By the greatest difference of a pixel of the empty box or circle from the window around it.
+TEST(DesktopTheme, whatCanBeCheckedIsSeenInTheDark) {
+    DesktopTheme theme;
+    theme.setDark(true);
+    QCheckBox box("");
+    QRadioButton button("");
+    for (QAbstractButton* const each : {static_cast<QAbstractButton*>(&box), static_cast<QAbstractButton*>(&button)}) {
+        each->resize(30, 30);
+        const QImage seen = each->grab().toImage();
+        int most = 0;
+        for (int x = 0; x < seen.width(); ++x)
+            most = std::max(most, qGray(seen.pixel(x, 15)) - qGray(seen.pixel(29, 29)));
+        EXPECT_GT(most, 60);
+    }
+    theme.setDark(false);
 }
 
 // Where the user's colours are dark already, none of ours take their place.

@@ -1,13 +1,17 @@
 #include <QApplication>
 #include <QColorDialog>
+#include <QDialog>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QMessageBox>
+#include <QScreen>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QSpinBox>
 #include <QTest>
 #include <QTimer>
+#include <QToolTip>
 
 #include <gtest/gtest.h>
 
@@ -37,6 +41,20 @@ TEST(QInputBox, sliderAndSpinBoxFollowEachOtherAndAChangeIsToldOnce) {
     EXPECT_EQ(box.getValue(), 65);
 }
 
+TEST(VorlenApplication, noWindowBeginsLargerThanItsScreen) {
+    const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
+    QDialog dialog;
+    dialog.resize(5000, 300);
+    QWidget window;
+    window.setGeometry(100, 200, 300, 5000);
+    dialog.show();
+    window.show();
+    EXPECT_EQ(dialog.size(), QSize(room.width(), 300));
+    EXPECT_EQ(window.size(), QSize(300, room.height()));
+    EXPECT_TRUE(room.contains(dialog.geometry()));
+    EXPECT_TRUE(room.contains(window.geometry()));
+}
+
 TEST(VorlenApplication, textsWithMarksAreShownAsTheyAre) {
     QMessageBox box(QMessageBox::Warning, "Title", "<b>cell</b> & <i>wall</i>", QMessageBox::Ok);
     box.show();
@@ -49,6 +67,19 @@ TEST(VorlenApplication, textsWithMarksAreShownAsTheyAre) {
     name.show();
     marked.show();
     EXPECT_GT(name.sizeHint().width(), marked.sizeHint().width());
+    // A tip is a label of its own, which has to be as plain.
+    QWidget window;
+    window.show();
+    const QString tip = "<b>bold</b> &amp; a long name";
+    QToolTip::showText(window.mapToGlobal(QPoint(3, 3)), tip, &window);
+    QLabel* seen = nullptr;
+    for (QWidget* const top : QApplication::topLevelWidgets())
+        if (auto* const one = qobject_cast<QLabel*>(top); one != nullptr && one->inherits("QTipLabel"))
+            seen = one;
+    ASSERT_NE(seen, nullptr);
+    EXPECT_EQ(seen->text(), tip);
+    EXPECT_EQ(seen->textFormat(), Qt::PlainText);
+    QToolTip::hideText();
 }
 
 TEST(VRLSplitter, comesBackAsItWasLeft) {
