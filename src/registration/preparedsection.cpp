@@ -172,8 +172,34 @@ bool hasExtremes(const cv::Mat& image, double area) {
     return std::max(numLeast, numMost) >= area;
 }
 
+/// Of each labelled area the mean grey of the pixels that adjoin it.
+std::vector<double> greysAround(const std::vector<cv::Mat>& channels, const cv::Mat& labels, int numAreas) {
+    std::vector<double> sums(std::size_t(numAreas), 0), counts(std::size_t(numAreas), 0);
+    const auto add = [&](int area, const cv::Point& beside) {
+        if (channels[1].at<float>(beside) > 0.5f) {
+            sums[std::size_t(area)] += double(channels[0].at<float>(beside));
+            ++counts[std::size_t(area)];
+        }
+    };
+    for (int i = 0; i < labels.rows; ++i)
+        for (int j = 0; j < labels.cols; ++j)
+            for (const cv::Point other : {cv::Point(j + 1, i), cv::Point(j, i + 1)}) {
+                if (other.x >= labels.cols || other.y >= labels.rows)
+                    continue;
+                const int one = labels.at<int>(i, j), two = labels.at<int>(other);
+                if (one == two)
+                    continue;
+                add(one, other);
+                add(two, {j, i});
+            }
+    for (std::size_t k = 0; k < sums.size(); ++k)
+        sums[k] = counts[k] > 0 ? sums[k] / counts[k] : 0;
+    return sums;
+}
+
 /// Takes areas of the least and the greatest grey out that are no ground on which the tissue lies: a frame with
-/// straight sides round the picture, and what is cut off inside of it.
+/// straight sides round the picture, and what is cut off inside of it. Areas into which the greys pass over, as of
+/// tissue that was taken too bright, stay: they have as much to tell.
 void maskExtremes(cv::Mat& image) {
     const double total = double(image.rows) * image.cols;
     const double leastArea = 0.001 * total;
@@ -188,6 +214,8 @@ void maskExtremes(cv::Mat& image) {
         const cv::Mat same = (channels[0] == extreme) & (channels[1] > 0.5f);
         cv::Mat labels, boxes, centres;
         const int n = cv::connectedComponentsWithStats(same, labels, boxes, centres, 4);
+        const std::vector<double> around = greysAround(channels, labels, n);
+        constexpr double gradual = 0.2; // of the range of the greys
         cv::Mat border = cv::Mat::zeros(image.size(), CV_8U);
         std::vector<int> inside;
         for (int k = 1; k < n; ++k) {
@@ -198,7 +226,7 @@ void maskExtremes(cv::Mat& image) {
                 box[0] == 0 || box[1] == 0 || box[0] + box[2] == image.cols || box[1] + box[3] == image.rows;
             if (touches)
                 border |= labels == k;
-            else
+            else if (std::abs(around[std::size_t(k)] - extreme) > gradual * (most - least))
                 inside.push_back(k);
         }
         const double bordering = cv::countNonZero(border);

@@ -195,6 +195,15 @@ double merit(const SectionMatch& match, const RigidMotion& start, double size) {
     return square(match.score) * (0.2 + part) * (1 - 0.05 * std::min(2.0, turn + shift)) * (1 - 0.3 * untold * turn);
 }
 
+/// Of two that lie closer together than the places that are searched, the blocks that agree differ by chance: there the
+/// whole decides.
+bool isBetter(const SectionMatch& one, const SectionMatch& other, const RigidMotion& start, double size) {
+    constexpr double close = 0.025; // of the size
+    if (one.found == other.found && meanDistance(one.motion, other.motion, size, size) < close * size)
+        return one.score > other.score;
+    return merit(one, start, size) > merit(other, start, size);
+}
+
 /// From the start alone.
 std::optional<SectionMatch> followed(const Section& target, const Section& source, const RigidMotion& start,
                                      bool fromCoarse) {
@@ -251,7 +260,7 @@ SectionMatch correlated(const Section& source, const Section& target, const Rigi
     bool begun = false;
     const double size = std::max({target.width, target.height, source.width, source.height});
     const auto consider = [&](const std::optional<SectionMatch>& one) {
-        if (one && (!begun || merit(*one, start, size) > merit(best, start, size))) {
+        if (one && (!begun || isBetter(*one, best, start, size))) {
             best = *one;
             begun = true;
         }
@@ -413,12 +422,15 @@ bool SectionAligner::isMirrored(const Section& source, const Section& target, co
 }
 
 bool SectionAligner::isClearlyMirrored(const Section& source, const Section& target, const SectionMatch& found) {
-    constexpr double clearly = 1.1;
+    constexpr double clearly = 1.1, clearlyLess = 0.7;
     if (!source.fault.empty() || !target.fault.empty() || found.numBlocks < 8)
         return false;
     const SectionMatch mirrored = matchFromBehind(source, target);
+    // Of sections that are nearly symmetric both fit well: there what is missing tells.
+    const bool fitsBetter =
+        mirrored.score > clearly * found.score || 1 - mirrored.score < clearlyLess * (1 - found.score);
     return mirrored.found && mirrored.method != AlignmentMethod::MutualInformation && mirrored.numBlocks >= 8 &&
-           mirrored.support > found.support && mirrored.score > clearly * found.score;
+           mirrored.support > found.support && fitsBetter;
 }
 
 } // namespace vorlen

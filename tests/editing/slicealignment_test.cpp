@@ -176,22 +176,28 @@ TEST(SliceAlignment, slicesThatNothingFitsAreLeftAloneAndNamed) {
 }
 
 /// Tissue that is the same on its left and its right but for a share that is odd, and for what each section alone has.
-SectionImage symmetricSection(const RigidMotion& motion, int own, double odd) {
+SectionImage symmetricSection(const RigidMotion& motion, int own, double odd, double ownShare) {
     SectionImage section = sectionOfTissue(120, 130, {});
     for (int i = 0; i < 120; ++i)
         for (int j = 0; j < 130; ++j) {
             const PlanePoint p = motion.apply({j + 0.5 - 65, i + 0.5 - 60});
             const double common = (1 - odd) * tissue(std::abs(p.x), p.y, 1) + odd * tissue(p.x, p.y, 2);
-            section.grey[i][j] = float(0.85 * common + 0.15 * tissue(p.x, p.y, own));
+            section.grey[i][j] = float((1 - ownShare) * common + ownShare * tissue(p.x, p.y, own));
         }
     return section;
 }
 
 TEST(SliceAlignment, ofSectionsThatAreNearlySymmetricOnlyTheMirroredOneIsNamed) {
-    for (const auto& [odd, turnedOver] : {std::pair(0.1, -1), std::pair(0.25, 3)}) {
+    struct Case {
+        double odd, ownShare;
+        int turnedOver;
+    };
+    // The last ones fit well either way.
+    for (const auto& [odd, ownShare, turnedOver] :
+         {Case{0.1, 0.15, -1}, Case{0.25, 0.15, 3}, Case{0.15, 0.04, -1}, Case{0.15, 0.04, 3}}) {
         TissueStack slices;
         for (int i = 0; i < 6; ++i) {
-            const SectionImage section = symmetricSection(places[std::size_t(i)], 20 + i, odd);
+            const SectionImage section = symmetricSection(places[std::size_t(i)], 20 + i, odd, ownShare);
             const bool flip = i == turnedOver;
             slices.add("s" + std::to_string(i), section, [&section, flip](int row, int column, double value) {
                 return flip ? double(section.grey[row][129 - column]) : value;

@@ -178,13 +178,14 @@ bool Alignment::isHeld(int target, int source) const {
     return false;
 }
 
-/// Whether it was found, but fits clearly less than slices of this stack do: by the median of those found so far.
+/// Whether it was found, but fits clearly less than slices of this stack do: by the median of those found so far. Where
+/// all fit well, what is missing tells more than what is there.
 bool Alignment::isDoubtful(const SectionMatch& match) {
     if (!match.found || match.method == AlignmentMethod::PrincipalAxes || __scores.size() < 2)
         return false;
     const auto middle = __scores.begin() + std::ptrdiff_t(__scores.size() / 2);
     std::nth_element(__scores.begin(), middle, __scores.end());
-    return match.score < 0.9 * *middle;
+    return match.score < 0.9 * *middle || 1 - match.score > 1.5 * (1 - *middle);
 }
 
 /// With the nearest first: what follows from it needs no search any more.
