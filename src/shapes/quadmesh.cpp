@@ -456,6 +456,8 @@ TriMesh<T> QuadMesh<T>::toTriMesh(bool) const {
         for (int r = 0; r < height; r++)
             for (int c = 0; c < width; c++)
                 mesh[r * width + c] = this->level(r)[c];
+        // With room for two ends of a ring and a lid each, which are often added.
+        mesh.reserveTriangles(static_cast<unsigned int>(width) * static_cast<unsigned int>(2 * height + 6));
         for (int r = 1; r < height && width > 0; r++) {
             const unsigned int w = width;
             const unsigned int begin = (r - 1) * w;

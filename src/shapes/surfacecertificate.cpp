@@ -155,7 +155,7 @@ long long SurfaceCertificate::genus() const {
 std::string SurfaceCertificate::toText() const {
     std::string text = closed ? "closed" : "open (" + std::to_string(openEdges) + " open edges)";
     text += !oriented ? ", not oriented"
-            : !closed ? ", oriented"
+            : !closed || volume == 0 ? ", oriented"
             : outward ? ", oriented outward"
                       : ", oriented inward";
     text += manifold ? ", manifold" : ", not manifold";
