@@ -143,6 +143,9 @@ public:
         segments.reserve(std::size_t(__numEdges));
         for (int k = 0; k < __numEdges; k += segments.back().length)
             segments.push_back(longestFrom(start + k, __numEdges - k));
+        const bool closed = __numEdges == __size;
+        for (std::size_t k = closed ? 0 : 1; k < segments.size() && (!closed || segments.size() > 2); ++k)
+            moveToCorner(segments[(k > 0 ? k : segments.size()) - 1], segments[k]);
         return segments;
     }
 
@@ -200,6 +203,26 @@ private:
     int around(int k) const { return k < __size ? k : k - __size; }
 
     GridPoint placeOf(int k, const View& view) const { return view.of(at(k)); }
+
+    /// A segment that is as long as it can be goes a pixel round a corner: where two edges of one direction or more follow
+    /// one on two of another, as on no straight line, the joint belongs between the two pairs.
+    void moveToCorner(Segment& before, Segment& behind) {
+        const int last = before.first + before.length - 1; // edge
+        if (before.length < 3 || behind.length < 2 || !areAlike(last, behind.first) ||
+            !areAlike(behind.first, behind.first + 1) || areAlike(last - 1, last) || !areAlike(last - 2, last - 1))
+            return;
+        const Segment longer = longestFrom(around(last), behind.length + 1);
+        if (longer.length != behind.length + 1)
+            return;
+        before = longestFrom(before.first, before.length - 1);
+        behind = longer;
+    }
+
+    /// Whether two edges go the same way.
+    bool areAlike(int one, int other) const {
+        const GridPoint a = at(one), b = at(one + 1), c = at(other), d = at(other + 1);
+        return b.along - a.along == d.along - c.along && b.across - a.across == d.across - c.across;
+    }
 
     /// Whether the edge may be part of a segment in the view.
     bool goesOn(int edge, const View& view) const {
