@@ -240,6 +240,12 @@ template <class T>
 TriMesh<T> ModelSurface<T>::closed(const SurfaceEnds& ends, int method) const {
     if (exists() && !isGrid())
         return converted<T>(branching().build(ends, method));
+    return tiledAndClosed(ends, method);
+}
+
+/// The mesh is the only thing that is returned, and so made in its place.
+template <class T>
+TriMesh<T> ModelSurface<T>::tiledAndClosed(const SurfaceEnds& ends, int method) const {
     TriMesh<T> mesh = tile(method);
     addEnds(mesh, ends);
     return mesh;

@@ -121,6 +121,7 @@ private:
     bool hasCrossings() const;
     std::optional<EndShape<T>> shapeOf(SurfaceEnd end, bool atBegin) const;
     const BranchingSurface& branching() const;
+    TriMesh<T> tiledAndClosed(const SurfaceEnds& ends, int method) const;
     void addEnds(TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const;
     void addEnds(TriMesh<T>& tiles, const SurfaceEnds& ends) const;
     const CurveStack<T>& contours(const char* where) const;
