@@ -8,8 +8,8 @@
 
 namespace vorlen {
 
-/// Upright boxes of the plane in a tree that tells which of them meet a given one, in about log n steps and one for each
-/// that does.
+/// Upright boxes of the plane in a tree that tells which of them meet a given one, in about log n steps and one for
+/// each that does.
 class BoxTree {
 public:
     struct Box {

@@ -67,12 +67,14 @@ bool isVertex(std::string_view text) {
 
 bool takesNumbers(StackIO::Keyword keyword) {
     static const std::set<StackIO::Keyword> all = {
-        StackIO::FileFormatVersion, StackIO::LengthUnitScale, StackIO::PIXASPECT,    StackIO::PIXWIDTH,
-        StackIO::PIXHEIGHT,         StackIO::RELPOSITION,     StackIO::POSITION,     StackIO::ROTATE,
-        StackIO::SHIFT,             StackIO::SliceSize1,      StackIO::SliceSize2,   StackIO::BRILLIANCY,
-        StackIO::TRANSPARENCY,      StackIO::RESAMPLING,      StackIO::COLOR,        StackIO::POINTSIZE,
-        StackIO::THICKNESS,         StackIO::POSEROTATION,    StackIO::POSESHIFT,    StackIO::POSEZOOM,
-        StackIO::AMBIENTLIGHT,      StackIO::DIFFUSELIGHT,    StackIO::SPECULARLIGHT};
+        StackIO::FileFormatVersion, StackIO::LengthUnitScale, StackIO::PIXASPECT,
+        StackIO::PIXWIDTH,          StackIO::PIXHEIGHT,       StackIO::RELPOSITION,
+        StackIO::POSITION,          StackIO::ROTATE,          StackIO::SHIFT,
+        StackIO::SliceSize1,        StackIO::SliceSize2,      StackIO::BRILLIANCY,
+        StackIO::TRANSPARENCY,      StackIO::RESAMPLING,      StackIO::COLOR,
+        StackIO::POINTSIZE,         StackIO::THICKNESS,       StackIO::POSEROTATION,
+        StackIO::POSESHIFT,         StackIO::POSEZOOM,        StackIO::AMBIENTLIGHT,
+        StackIO::DIFFUSELIGHT,      StackIO::SPECULARLIGHT};
     return all.count(keyword) != 0;
 }
 

@@ -107,12 +107,11 @@ std::optional<SurfaceCertificate> StackExporter::export2AsciiSTL(const Model& mo
     const std::string stlName = base + ".stl", meshName = base + ".qm";
     if (!overwrite)
         FileInfo::requireFree(stlName, where, stlName + " : file exists");
-    const Surface surface =
-        surfaceOf(model, reconstruction, __ends, true, stlName, [&](const QuadMesh<float>& mesh) {
-            if (!overwrite)
-                FileInfo::requireFree(meshName, where, meshName + " : file exists");
-            mesh.save(meshName, overwrite);
-        });
+    const Surface surface = surfaceOf(model, reconstruction, __ends, true, stlName, [&](const QuadMesh<float>& mesh) {
+        if (!overwrite)
+            FileInfo::requireFree(meshName, where, meshName + " : file exists");
+        mesh.save(meshName, overwrite);
+    });
     if (!surface)
         return std::nullopt;
     const SurfaceDescription description = describe(model, *surface, "");

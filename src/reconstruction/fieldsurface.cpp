@@ -623,8 +623,8 @@ std::optional<SectionPart> moved(const SectionPart& part, const PartList& parts,
     return result;
 }
 
-/// A patch of parts whose rings are moved by a step, for the lattice to tell them apart, or to see necks. As vertices on a
-/// section are places along its rings, the patch fits the rings as drawn.
+/// A patch of parts whose rings are moved by a step, for the lattice to tell them apart, or to see necks. As vertices
+/// on a section are places along its rings, the patch fits the rings as drawn.
 std::optional<SurfacePatch> patchOfMoved(const PartList& lower, const PartList& upper, const std::vector<Link>& links,
                                          double lowerHeight, double upperHeight, double step, Move move) {
     std::vector<SectionPart> parts[2];

@@ -307,8 +307,8 @@ MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vecto
 void MeasurementTable::addModel(const ModelMorphometry& morphometry) {
     const unsigned int reason = morphometry.getArea() < 0 ? addText("Not available: " + morphometry.getReason()) : 0;
     const SurfaceCertificate& certificate = __certificates.back() = morphometry.getCertificate();
-    const unsigned int open = reason != 0           ? reason
-                              : !certificate.closed ? addText("Not available: the model has no closed surface")
+    const unsigned int open = reason != 0               ? reason
+                              : !certificate.closed     ? addText("Not available: the model has no closed surface")
                               : certificate.volume == 0 ? addText("Not available: the model encloses nothing")
                                                         : 0;
     addCount(morphometry.getNumVertices());
@@ -475,9 +475,9 @@ std::vector<std::size_t> MeasurementTable::setItems(const std::vector<ItemOnSlic
 void MeasurementTable::setItem(std::size_t row, const ModelItemGeometry& geometry) {
     Cell* cell = &__cells[row * __columns.size() + numItemNames];
     *cell++ = {double(geometry.getNumVertices()), 0, CellKind::Count};
-    for (const double number : {geometry.getLengthWithoutSteps(), geometry.getLength(), std::fabs(geometry.getArea()),
-                                geometry.getIsobarycenter()[0], geometry.getIsobarycenter()[1],
-                                geometry.getIsobarycenter()[2]})
+    for (const double number :
+         {geometry.getLengthWithoutSteps(), geometry.getLength(), std::fabs(geometry.getArea()),
+          geometry.getIsobarycenter()[0], geometry.getIsobarycenter()[1], geometry.getIsobarycenter()[2]})
         *cell++ = {number, 0, CellKind::Number};
 }
 

@@ -7,6 +7,7 @@
 
 #include "document/model.h"
 #include "document/modelitem.h"
+#include "document/stack.h"
 #include "document/stackslice.h"
 #include "numerics/exception.h"
 #include "reconstruction/branchingsurface.h"
@@ -53,6 +54,15 @@ std::size_t numHeightsOf(const CurveStack<T>& curves) {
         heights.push_back(curves[k][0][2]);
     std::sort(heights.begin(), heights.end());
     return std::size_t(std::unique(heights.begin(), heights.end()) - heights.begin());
+}
+
+/// Of the only slice of a stack, to where the next one would be; 0 where nothing tells.
+template <class T>
+T spacingOf(const StackSlice& slice) {
+    double spacing = std::fabs(slice.getRelativePosition());
+    if (!(spacing > 0) && slice.getStack() != nullptr)
+        spacing = std::fabs(slice.getStack()->getDefaultSliceSpacing());
+    return std::isfinite(spacing) ? T(spacing) : T(0);
 }
 
 /// A mesh of another type of coordinates.
@@ -102,9 +112,8 @@ ModelSurface<T>::ModelSurface(const Model& model, const StackReconstruction<T>& 
     __heights.assign(sections.begin(), sections.end());
     // The only slice of a stack reaches as far as the next one would.
     if (__heights.size() == 1)
-        if (const double spacing = std::fabs(double(reconstruction.getSlice(0).getRelativePosition()));
-            std::isfinite(spacing) && spacing > 0)
-            __heights.push_back(__heights.front() + T(spacing));
+        if (const T spacing = spacingOf<T>(reconstruction.getSlice(0)); spacing > 0)
+            __heights.push_back(__heights.front() + spacing);
     if (isGrid())
         measureGaps();
 }

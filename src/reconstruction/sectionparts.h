@@ -63,9 +63,9 @@ struct SectionPart {
 /// What a model encloses on one section, piece by piece.
 ///
 /// This is the even-odd region of the outlines: nested ones are holes and islands by turns, whatever their directions.
-/// Outlines that cross or touch themselves or cross each other are cut there and put together anew, so that the rings of
-/// the parts touch each other at most; else rings are the outlines as drawn. Doubled points are left out, and so are outlines
-/// that enclose nothing.
+/// Outlines that cross or touch themselves or cross each other are cut there and put together anew, so that the rings
+/// of the parts touch each other at most; else rings are the outlines as drawn. Doubled points are left out, and so are
+/// outlines that enclose nothing.
 ///
 /// Linear in the points but for sorting, and the square of the number of rings; crossing outlines cost as much as there
 /// are edges at a height.

@@ -195,11 +195,10 @@ template struct EndPiece<float>;
 template struct EndPiece<double>;
 template struct EndPiece<long double>;
 template void closeEnds<float>(TriMesh<float>&, int, int, std::optional<EndShape<float>>,
-                                         std::optional<EndShape<float>>);
+                               std::optional<EndShape<float>>);
 template void closeEnds<double>(TriMesh<double>&, int, int, std::optional<EndShape<double>>,
-                                           std::optional<EndShape<double>>);
-template void closeEnds<long double>(TriMesh<long double>&, int, int,
-                                                     std::optional<EndShape<long double>>,
-                                                     std::optional<EndShape<long double>>);
+                                std::optional<EndShape<double>>);
+template void closeEnds<long double>(TriMesh<long double>&, int, int, std::optional<EndShape<long double>>,
+                                     std::optional<EndShape<long double>>);
 
 } // namespace vorlen

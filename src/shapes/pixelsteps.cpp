@@ -204,8 +204,8 @@ private:
 
     GridPoint placeOf(int k, const View& view) const { return view.of(at(k)); }
 
-    /// A segment that is as long as it can be goes a pixel round a corner: where two edges of one direction or more follow
-    /// one on two of another, as on no straight line, the joint belongs between the two pairs.
+    /// A segment that is as long as it can be goes a pixel round a corner: where two edges of one direction or more
+    /// follow one on two of another, as on no straight line, the joint belongs between the two pairs.
     void moveToCorner(Segment& before, Segment& behind) {
         const int last = before.first + before.length - 1; // edge
         if (before.length < 3 || behind.length < 2 || !areAlike(last, behind.first) ||

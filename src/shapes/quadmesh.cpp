@@ -24,8 +24,8 @@ bool isRegular(const CurveStack<T>& stack) {
     return true;
 }
 
-/// See toTriMesh(). The mesh is a variable of the whole function, so that it is made in its place: a copy of a large one
-/// takes as much again.
+/// See toTriMesh(). The mesh is a variable of the whole function, so that it is made in its place: a copy of a large
+/// one takes as much again.
 template <class T>
 TriMesh<T> trianglesOf(const QuadMesh<T>& levels) {
     const int height = levels.getHeight(), width = levels.getWidth(), size = height * width;

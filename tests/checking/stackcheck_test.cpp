@@ -169,9 +169,9 @@ TEST_F(StackCheckTest, tellsOfCrossingsAmongManyOutlines) {
     const auto line = [](int item) { return " " + std::to_string(2 * item + 5) + " m a"; };
     EXPECT_EQ(check(text), (Found{"outline-overlapping" + line(numRings + 52), "outline-overlapping" + line(353)}));
     double common = 0;
-    EXPECT_EQ(std::sscanf(problems.front().message.c_str(), "The polygon crosses another one of its model: the %lf",
-                          &common),
-              1);
+    EXPECT_EQ(
+        std::sscanf(problems.front().message.c_str(), "The polygon crosses another one of its model: the %lf", &common),
+        1);
     EXPECT_NEAR(common, 0.02, 1e-6);
 }
 

@@ -177,7 +177,8 @@ TEST(BranchingSurface, aTorusCutLengthwiseIsARing) {
         return outlines;
     };
     // Of the second ones two go just where the hole ends: the outline there touches itself; of the third ones nearly.
-    for (const auto& [first, spacing, count] : {std::tuple(-39.6, 80.0 / 53, 53), {-39.0, 1.0, 79}, {-39.00001, 1.0, 79}}) {
+    for (const auto& [first, spacing, count] :
+         {std::tuple(-39.6, 80.0 / 53, 53), {-39.0, 1.0, 79}, {-39.00001, 1.0, 79}}) {
         const auto torus = surfaceOf(first, spacing, count, at);
         const auto mesh = torus.build(SurfaceEnds(), 2);
         const auto certificate = SurfaceCertificate::of(mesh);
