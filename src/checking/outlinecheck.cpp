@@ -172,8 +172,22 @@ std::vector<StackProblem> OutlineCheck::check(const ModelItem& item) {
                 std::to_string(contact->second + 1) + ".");
     if (!isPolygon(item) || isSecond || (contact && contact->crosses))
         return problems;
-    if (const double common = __overlaps.add(item); common > 0)
-        add(ProblemCode::OutlineOverlapping, "The polygon crosses another one of its model: the " + number(common) +
+    addToOverlaps(item);
+    return problems;
+}
+
+std::vector<std::vector<StackProblem>> OutlineCheck::check(const Model& model) {
+    std::vector<std::vector<StackProblem>> problems;
+    OutlineCheck outlines;
+    for (int i = 0; i < model.getNumItems(); ++i) {
+        outlines.__place = std::size_t(i);
+        problems.push_back(model.getItem(i).getSlice() == nullptr ? std::vector<StackProblem>()
+                                                                  : outlines.check(model.getItem(i)));
+    }
+    for (const OutlineOverlaps::Overlap& overlap : outlines.__overlaps.find())
+        problems[outlines.__places[overlap.number]].emplace_back(
+            ProblemCode::OutlineOverlapping, "The polygon crosses another one of its model: the " +
+                                                 number(overlap.area) +
                                                  " square pixels that both enclose count as a hole.");
     return problems;
 }

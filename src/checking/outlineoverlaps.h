@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <unordered_map>
 #include <vector>
 
@@ -13,30 +13,34 @@ class StackSlice;
 /// even-odd rule, so that what two of them have in common counts as a hole; one that lies within another is a hole on
 /// purpose.
 ///
-/// Looks at those alone whose boxes meet, by a grid of places.
+/// Looks at those of a slice together: at the outlines alone whose boxes meet, and unless a sweep tells that none of
+/// them touch (areApart()) at the pairs whose edges meet. n log n for n vertices of outlines that lie apart or within
+/// each other, and else so much more as there are pairs of edges whose boxes meet.
 class OutlineOverlaps {
 public:
-    /// Area in squared pixels that the polygon has in common with one that was given before and that it crosses; 0
-    /// where there is none, and for less than a thousandth of the smaller one of the two. Polygons without area cross
-    /// nothing.
-    double add(const ModelItem& polygon);
+    struct Overlap {
+        std::size_t number; ///< of the polygon
+        double area;        ///< in squared pixels, what it has in common with the first one that it crosses
+    };
+
+    /// Another polygon. Those without area cross nothing.
+    void add(const ModelItem& polygon);
+
+    /// The polygons that cross one that was given before, by their numbers in the order in which they were given.
+    /// Less than a thousandth of the smaller one of the two, or all of it but a thousandth, is no crossing.
+    std::vector<Overlap> find() const;
 
 private:
     struct Outline {
-        const ModelItem* item;
-        double left, top, right, bottom, area;
+        std::size_t number;
+        double area;
+        std::vector<double> coordinates; // x and y of one vertex after the other
     };
 
-    /// Outlines by their places in the list: on each place of a grid, and those that lie on many.
-    struct Section {
-        std::unordered_map<std::uint64_t, std::vector<std::size_t>> places;
-        std::vector<std::size_t> large;
-    };
+    std::unordered_map<const StackSlice*, std::vector<Outline>> __sections;
+    std::size_t __size = 0;
 
-    double commonArea(const Outline& one, const Outline& other) const;
-
-    std::vector<Outline> __outlines;
-    std::unordered_map<const StackSlice*, Section> __sections;
+    class Section;
 };
 
 } // namespace vorlen

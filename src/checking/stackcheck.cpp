@@ -79,6 +79,8 @@ private:
             if (problem.code != ProblemCode::OutlineEmpty && problem.code != ProblemCode::ImageMissing &&
                 problem.code != ProblemCode::ImageUnreadable)
                 add(problem);
+        for (const StackProblem& remark : __reader.getRemarks())
+            add(remark);
         constexpr float known = 1.03f;
         if (__reader.getFileFormatVersion() > known + 0.001f)
             add({ProblemCode::VersionNewer, "The file is of a newer version of the format than this program knows."});
@@ -255,21 +257,19 @@ private:
                 properties.definesQuadMeshHeight() &&
                 (properties.getQuadMeshWidth() == 0 || properties.getQuadMeshHeight() == 0))
                 add(ProblemCode::ModelMesh, "The model asks for a mesh without rows or columns.", model);
-            OutlineCheck outlines;
-            for (int j = 0; j < model.getNumItems(); ++j)
-                checkItem(model, model.getItem(j), outlines);
+            addProblems(model, OutlineCheck::check(model));
         }
     }
 
-    void checkItem(const Model& model, const ModelItem& item, OutlineCheck& outlines) {
-        if (item.getSlice() == nullptr)
-            return;
-        for (StackProblem& problem : outlines.check(item)) {
-            problem.line = __reader.lineOf(item);
-            problem.model = model.getName();
-            problem.slice = item.getSlice()->getName();
-            add(std::move(problem));
-        }
+    void addProblems(const Model& model, std::vector<std::vector<StackProblem>> ofItems) {
+        for (std::size_t i = 0; i < ofItems.size(); ++i)
+            for (StackProblem& problem : ofItems[i]) {
+                const ModelItem& item = model.getItem(int(i));
+                problem.line = __reader.lineOf(item);
+                problem.model = model.getName();
+                problem.slice = item.getSlice()->getName();
+                add(std::move(problem));
+            }
     }
 
     const Stack& __stack;

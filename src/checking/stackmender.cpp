@@ -52,10 +52,7 @@ int mendItems(Model& model) {
         ModelItem& item = model.getItem(i);
         if (item.getSlice() == nullptr)
             continue;
-        bool isSuperfluous = item.getSize() == 0;
-        if (!isSuperfluous)
-            for (const StackProblem& problem : outlines.check(item))
-                isSuperfluous = isSuperfluous || problem.code == ProblemCode::OutlineDuplicate;
+        const bool isSuperfluous = item.getSize() == 0 || outlines.isRepeated(item);
         if (isSuperfluous && item.getUnreadText().empty())
             superfluous.push_back(&item);
     }

@@ -176,7 +176,9 @@ int exportCommand(const QStringList& arguments) {
     if (!readEnds(line, job.exporter) || !readFormat(line, job))
         return ExitUsage;
     if (line.isSet("dry-run"))
-        return tellMemory(line.files(), {.ofDescription = 60, .ofPixel = 40});
+        return tellMemory(
+            line.files(),
+            {.ofDescription = 60, .ofPixel = 40, .ofMeshVertex = job.format && !line.isSet("resampled") ? 0. : 250.});
     const std::optional<std::string> directory = line.outputDirectory();
     if (!directory)
         return ExitFileError;

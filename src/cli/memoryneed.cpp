@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "cli/stackfile.h"
+#include "document/model.h"
 #include "document/stackslice.h"
 
 namespace vorlen {
@@ -34,6 +35,16 @@ double greatestSection(const Stack& stack) {
     return pixels;
 }
 
+double greatestMesh(const Stack& stack) {
+    double vertices = 0;
+    for (int k = 0; k < stack.getNumModels(); ++k) {
+        const ModelProperties& model = stack.getModel(k).getProperties();
+        if (model.getGeometry() != PolypointPrimitive && model.definesQuadMeshWidth() && model.definesQuadMeshHeight())
+            vertices = std::max(vertices, double(model.getQuadMeshWidth()) * double(model.getQuadMeshHeight()));
+    }
+    return vertices;
+}
+
 } // namespace
 
 std::string memoryText(double bytes) {
@@ -51,7 +62,8 @@ int tellMemory(const std::vector<std::string>& files, const MemoryNeed& need) {
             status = std::max(status, file.report());
             continue;
         }
-        const double bytes = need.ofDescription * bytesOf(name) + need.ofPixel * greatestSection(file.getStack());
+        const double bytes = need.ofDescription * bytesOf(name) + need.ofPixel * greatestSection(file.getStack()) +
+                             need.ofMeshVertex * greatestMesh(file.getStack());
         sum += bytes;
         if (!need.together)
             tell(name, need.own + bytes);

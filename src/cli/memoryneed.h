@@ -6,7 +6,7 @@
 namespace vorlen {
 
 /// About how much memory a command takes for a stack, in bytes: so many for each byte of its description, for each
-/// pixel of its greatest section, and for itself.
+/// pixel of its greatest section, for each vertex of its greatest mesh, and for itself.
 ///
 /// The numbers of info, check and measure were measured on stacks of four sizes, those of register, normalize and
 /// render are from the table of docs/cluster.md, with about half as much again; those of the others are estimates. What
@@ -14,6 +14,7 @@ namespace vorlen {
 struct MemoryNeed {
     double ofDescription = 8;
     double ofPixel = 0;
+    double ofMeshVertex = 0; ///< of the greatest mesh of rows and columns that a model asks for
     double own = 40. * (1 << 20);
     bool together = false; ///< all stacks are held at once
 };

@@ -19,6 +19,14 @@ const std::vector<ProblemKind>& problemKinds() {
         {ArgumentCount, "argument-count", Error, false, "Too few or too many values behind a keyword."},
         {WrongContext, "wrong-context", Error, false, "A statement that has no slice, model or outline to act on."},
         {StatementFailed, "statement-failed", Error, false, "A statement that could not be carried out."},
+        {TextBehindEnd, "text-behind-end", Warning, false,
+         "Text behind a \";\" on a line: a statement goes on to the end of the line, and reads otherwise than it "
+         "looks."},
+        {NumberCut, "number-cut", Warning, false,
+         "A value that is no number as a whole, such as one with a decimal comma: what it begins with counts, or 0."},
+        {CommentCuts, "comment-cuts", Warning, false,
+         "A comment without a blank in front of it, which takes the last character with it, or a \"#\" within quotes, "
+         "which begins a comment: the statement goes on in the next line."},
         {StackEmpty, "stack-empty", Warning, false, "The stack has no slices."},
         {ImageMissing, "image-missing", Error, true,
          "There is no such image file. The slice keeps its name, size and outlines; --images tells where to look."},

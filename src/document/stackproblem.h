@@ -27,6 +27,9 @@ enum class ProblemCode {
     ArgumentCount,
     WrongContext,
     StatementFailed,
+    TextBehindEnd,
+    NumberCut,
+    CommentCuts,
     // Slices and their images.
     StackEmpty,
     ImageMissing,

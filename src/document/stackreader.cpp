@@ -139,6 +139,7 @@ void StackReader::readText(Stack& stack, std::string_view text, const std::strin
     __lost = false;
     __objectLines.clear();
     __valueLines.clear();
+    __remarks.clear();
 
     const unsigned long long size = std::max<std::size_t>(text.size(), 1);
     unsigned long long total = 0;
@@ -171,6 +172,8 @@ void StackReader::readText(Stack& stack, std::string_view text, const std::strin
                 continue;
             splitItemString(tokens, statement);
             total += statement.size() + 1;
+            if (__notesLines)
+                remark(statement, tokens, context, {start, static_cast<std::size_t>(cursor - start)});
         }
         parseStatement(tokens, context, {start, static_cast<std::size_t>(cursor - start)});
         __outline.clear();

@@ -75,6 +75,9 @@ public:
     /// Notes the line of each object from now on, for lineOf(). Costs memory for each.
     void noteLines() { __notesLines = true; }
 
+    /// Statements that were carried out, or not, otherwise than they look. None unless lines were noted.
+    const std::vector<StackProblem>& getRemarks() const { return __remarks; }
+
     /// The line of the statement that has made this slice, model, item, pose, standard image, curve or sample; 0 when
     /// it was not noted.
     int lineOf(const UnreadText& object) const;
@@ -156,6 +159,7 @@ private:
     void carryOut(Keyword keyword, const Tokens& tokens, StackIOContext& context);
     void openObject(Keyword keyword, const StackIOContext& context, std::string_view text);
     void keepUnread(std::string_view text, Stack& stack);
+    void remark(std::string_view statement, const Tokens& tokens, const StackIOContext& context, std::string_view text);
     StackProblem placed(StackProblem problem, const Tokens& tokens, const StackIOContext& context,
                         std::string_view text);
     void noteValue(Keyword keyword, const StackIOContext& context, std::string_view text);
@@ -189,6 +193,7 @@ private:
     std::unordered_map<const UnreadText*, int> __objectLines;
     std::map<std::pair<const UnreadText*, Keyword>, int> __valueLines;
     bool __notesLines = false;
+    std::vector<StackProblem> __remarks;
     /// The line at a place of the text, from which the next is counted on.
     const char* __counted = nullptr;
     int __line = 1;

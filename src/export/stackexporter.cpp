@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <ostream>
+#include <utility>
 
 #include "document/model.h"
 #include "document/stack.h"
@@ -23,36 +24,37 @@ namespace {
 
 const char* const where = "void StackExporter::export2AsciiSTL(...)";
 
-/// A model's surface in space, and the mesh it was made of, where it is of one.
-struct ExportedSurface {
-    std::unique_ptr<QuadMesh<float>> mesh;
-    TriMesh<float> surface;
-};
+using Mesh = std::unique_ptr<QuadMesh<float>>;
+using Surface = std::unique_ptr<TriMesh<float>>;
 
-/// Nothing for a model that has no surface. Throws FileWriteError, with the file, for a mesh too large.
-std::optional<ExportedSurface> surfaceOf(const Model& model, const StackReconstruction<float>& reconstruction,
-                                         const std::optional<SurfaceEnds>& ends, bool resampled,
-                                         const std::string& file) {
+/// A model's surface in space; null for a model that has none. The rows and columns that it is made of, where it is of
+/// some, are shown to onMesh and then dropped, so that there are never two meshes beside each other. Throws
+/// FileWriteError, with the file, for a mesh too large.
+Surface surfaceOf(const Model& model, const StackReconstruction<float>& reconstruction,
+                  const std::optional<SurfaceEnds>& wanted, bool resampled, const std::string& file,
+                  const std::function<void(const QuadMesh<float>&)>& onMesh = nullptr) {
     if (model.getProperties().getGeometry() == PolypointPrimitive)
-        return std::nullopt;
+        return nullptr;
     const ModelSurface<float> contours(model, reconstruction);
-    if (contours.isPath())
-        return std::nullopt;
-    ExportedSurface made;
-    if (contours.exists() && (!resampled || !contours.isGrid())) {
-        made.surface = contours.closed(ends.value_or(ModelSurface<float>::getEnds(model.getProperties())));
-        made.surface.setName(model.getName());
-        return made;
+    if (contours.isPath() || !contours.exists())
+        return nullptr;
+    const SurfaceEnds ends = wanted.value_or(ModelSurface<float>::getEnds(model.getProperties()));
+    Surface surface;
+    if (!resampled || !contours.isGrid()) {
+        surface.reset(new TriMesh<float>(contours.closed(ends))); // in its place: a copy would take as much again
+    } else {
+        const ModelSurface<float>::MeshSize size = contours.getMeshSize(model.getProperties());
+        if (size.isEmpty())
+            return nullptr;
+        if (size.exceeds(StackExporter::maxNumVertices))
+            throw FileWriteError(where, "The mesh is to have too many vertices", file);
+        Mesh mesh = contours.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));
+        if (onMesh)
+            onMesh(*mesh);
+        surface.reset(new TriMesh<float>(contours.close(std::move(mesh), ends)));
     }
-    const ModelSurface<float>::MeshSize size = contours.getMeshSize(model.getProperties());
-    if (!contours.exists() || size.isEmpty())
-        return std::nullopt;
-    if (size.exceeds(StackExporter::maxNumVertices))
-        throw FileWriteError(where, "The mesh is to have too many vertices", file);
-    made.mesh = contours.resample(static_cast<int>(size.rows), static_cast<int>(size.columns));
-    made.surface = contours.close(*made.mesh, ends.value_or(ModelSurface<float>::getEnds(model.getProperties())));
-    made.surface.setName(model.getName());
-    return made;
+    surface->setName(model.getName());
+    return surface;
 }
 
 SurfaceDescription describe(const Model& model, const TriMesh<float>& surface, const std::string& unit) {
@@ -105,18 +107,15 @@ std::optional<SurfaceCertificate> StackExporter::export2AsciiSTL(const Model& mo
     const std::string stlName = base + ".stl", meshName = base + ".qm";
     if (!overwrite)
         FileInfo::requireFree(stlName, where, stlName + " : file exists");
-    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, true, stlName);
-    if (!made)
-        return std::nullopt;
-    if (made->mesh) {
+    const Surface surface = surfaceOf(model, reconstruction, __ends, true, stlName, [&](const QuadMesh<float>& mesh) {
         if (!overwrite)
             FileInfo::requireFree(meshName, where, meshName + " : file exists");
-        made->mesh->save(meshName, overwrite);
-        made->mesh.reset();
-    }
-    const SurfaceDescription description = describe(model, made->surface, "");
-    save(stlName,
-         [&](std::ostream& stream) { writeSurface(stream, made->surface, description, SurfaceFormat::StlAscii); });
+        mesh.save(meshName, overwrite);
+    });
+    if (!surface)
+        return std::nullopt;
+    const SurfaceDescription description = describe(model, *surface, "");
+    save(stlName, [&](std::ostream& stream) { writeSurface(stream, *surface, description, SurfaceFormat::StlAscii); });
     return description.certificate;
 }
 
@@ -130,17 +129,16 @@ StackExporter::exportModel(const Model& model, StackReconstruction<float>& recon
     const bool hasMaterials = format == SurfaceFormat::Obj;
     if (!overwrite)
         FileInfo::requireFree(name, where, name + " : file exists");
-    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, __resampled, name);
-    if (!made)
+    const Surface surface = surfaceOf(model, reconstruction, __ends, __resampled, name);
+    if (!surface)
         return std::nullopt;
     if (!overwrite && hasMaterials)
         FileInfo::requireFree(materials, where, materials + " : file exists");
-    made->mesh.reset();
-    const SurfaceDescription description = describe(model, made->surface, unit);
+    const SurfaceDescription description = describe(model, *surface, unit);
     if (hasMaterials)
         save(materials, [&](std::ostream& stream) { writeMaterial(stream, description); });
     save(name, [&](std::ostream& stream) {
-        writeSurface(stream, made->surface, description, format, hasMaterials ? FileInfo::fileName(materials) : "");
+        writeSurface(stream, *surface, description, format, hasMaterials ? FileInfo::fileName(materials) : "");
     });
     return description.certificate;
 }
@@ -168,12 +166,11 @@ void StackExporter::exportStack(const Stack& stack, const std::string& directory
 std::optional<SurfaceCertificate> StackExporter::addTo(GltfWriter& writer, const Model& model,
                                                        StackReconstruction<float>& reconstruction,
                                                        const std::string& unit) {
-    std::optional<ExportedSurface> made = surfaceOf(model, reconstruction, __ends, __resampled, model.getName());
-    if (!made)
+    const Surface surface = surfaceOf(model, reconstruction, __ends, __resampled, model.getName());
+    if (!surface)
         return std::nullopt;
-    made->mesh.reset();
-    const SurfaceDescription description = describe(model, made->surface, unit);
-    writer.add(made->surface, description);
+    const SurfaceDescription description = describe(model, *surface, unit);
+    writer.add(*surface, description);
     return description.certificate;
 }
 

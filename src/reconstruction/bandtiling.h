@@ -6,6 +6,8 @@
 #include <numeric>
 #include <vector>
 
+#include "numerics/widevectors.h"
+
 namespace vorlen {
 
 /// The steps of tiling a band between two closed contours, apart from what is made of its triangles. Contours are plain
@@ -71,7 +73,7 @@ public:
     }
 
 private:
-    /// Row by row of distances, on one axis after the other, so that several are formed at once.
+    /// Row by row of distances, several of them formed at once.
     void lookAtAll(const T* a, int n, const T* b, int m, int space) {
         const auto size = static_cast<std::size_t>(m);
         __axes.resize(size * std::size_t(space));
@@ -79,18 +81,12 @@ private:
             for (int axis = 0; axis < space; ++axis)
                 __axes[std::size_t(axis) * size + k] = b[k * std::size_t(space) + std::size_t(axis)];
         __row.resize(size);
-        T* const row = __row.data();
+        const T* const row = __row.data();
         T best = squaredDistance(a, b, space);
         for (int i = 0; i < n; ++i) {
             const T* const p = a + std::size_t(i) * std::size_t(space);
-            std::fill_n(row, size, T(0));
-            for (int axis = 0; axis < space; ++axis) {
-                const T here = p[axis];
-                const T* const there = __axes.data() + std::size_t(axis) * size;
-                for (std::size_t k = 0; k < size; ++k)
-                    row[k] += (here - there[k]) * (here - there[k]);
-            }
-            if (!(leastOf(row, size) < best))
+            const T least = space == 3 ? fillRow<3>(p, size, space) : fillRow<0>(p, size, space);
+            if (!(least < best))
                 continue;
             for (std::size_t k = 0; k < size; ++k)
                 if (row[k] < best) {
@@ -101,16 +97,48 @@ private:
         }
     }
 
-    static T leastOf(const T* row, std::size_t size) {
-        constexpr std::size_t lanes = 4;
-        T least[lanes] = {row[0], row[0], row[0], row[0]};
+    /// Distances of p from all vertices of the second contour; the least of them. A known number of axes is told when
+    /// this is compiled, else it is 0.
+    template <int known>
+    T fillRow(const T* at, std::size_t size, int space) {
+        using Pack = widevectors::Pack<T, 16>;
+        using Lanes = typename Pack::Type;
+        constexpr auto lanes = static_cast<std::size_t>(Pack::lanes);
+        const int numAxes = known > 0 ? known : space;
+        T copy[std::size_t(known) + 1]; // which no one writes to meanwhile
+        std::copy_n(at, known, copy);
+        const T* const p = known > 0 ? copy : at;
+        const T* const axes = __axes.data();
+        T* const row = __row.data();
+        const auto distance = [&](std::size_t k) {
+            T sum = 0;
+            for (int axis = 0; axis < numAxes; ++axis) {
+                const T way = p[axis] - axes[std::size_t(axis) * size + k];
+                sum += way * way;
+            }
+            return sum;
+        };
+        const T start = distance(0);
+        Lanes least = Lanes{} + start;
         std::size_t k = 0;
-        for (; k + lanes <= size; k += lanes)
-            for (std::size_t lane = 0; lane < lanes; ++lane)
-                least[lane] = row[k + lane] < least[lane] ? row[k + lane] : least[lane];
-        for (; k < size; ++k)
-            least[0] = row[k] < least[0] ? row[k] : least[0];
-        return std::min(std::min(least[0], least[1]), std::min(least[2], least[3]));
+        for (; k + lanes <= size; k += lanes) {
+            Lanes sum = {};
+            for (int axis = 0; axis < numAxes; ++axis) {
+                Lanes there;
+                widevectors::load(there, axes + std::size_t(axis) * size + k);
+                const Lanes way = p[axis] - there;
+                sum += way * way;
+            }
+            widevectors::store(row + k, sum);
+            least = sum < least ? sum : least;
+        }
+        T of[lanes];
+        widevectors::store(of, least);
+        for (; k < size; ++k) {
+            row[k] = distance(k);
+            of[0] = row[k] < of[0] ? row[k] : of[0];
+        }
+        return *std::min_element(of, of + lanes);
     }
 
     /// Along the first axis, past the vertices that are near enough on that axis only.

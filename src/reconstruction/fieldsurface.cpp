@@ -575,45 +575,67 @@ std::vector<bool> nearOthers(const SectionRing& ring, const PartList& parts, dou
     return near;
 }
 
-/// A part with its outer ring moved inwards by a distance where it is near to others of the parts, or outwards all
-/// around by a negative one, and its holes three times as far to their insides, point by point. Null when a ring would
-/// be turned inside out, or as good as.
-std::optional<SectionPart> movedIn(const SectionPart& part, const PartList& parts, double distance) {
-    SectionPart moved = part;
+/// Which points of a ring bound a neck: edges on its two sides run against each other, with the part between them, and
+/// come within a distance. Edges near another ring of the part, too.
+std::vector<bool> atNecks(const SectionRing& ring, const SectionPart& part, double distance) {
+    const std::size_t size = ring.points.size();
+    const PartList own = {&part};
+    std::vector<bool> near = nearOthers(ring, own, distance);
+    for (std::size_t i = 0; i < size; ++i)
+        for (std::size_t j = i + 2; j < size; ++j) {
+            const std::size_t next = j + 1 < size ? j + 1 : 0;
+            const PlanePoint &a = ring.points[i], &b = ring.points[i + 1], &c = ring.points[j], &d = ring.points[next];
+            const double x = b.x - a.x, y = b.y - a.y;
+            const bool isAcross = x * (d.x - c.x) + y * (d.y - c.y) < 0;
+            const bool isLeft = x * (c.y + d.y - a.y - b.y) - y * (c.x + d.x - a.x - b.x) >= 0;
+            if (next != i && isAcross && isLeft && areNear(a, b, c, d, distance))
+                near[i] = near[i + 1] = near[j] = near[next] = true;
+        }
+    return near;
+}
+
+/// What is moved of the parts: inwards where they are near to others, or outwards, at necks or all around.
+enum class Move : unsigned char { Apart, Necks, All };
+
+/// A part with its outer ring moved by a distance, and its holes three times as far to the other side, point by point.
+/// Null when a ring would be turned inside out, or as good as.
+std::optional<SectionPart> moved(const SectionPart& part, const PartList& parts, Move move, double distance) {
+    SectionPart result = part;
     for (std::size_t number = 0; number < part.rings.size(); ++number) {
         const SectionRing& drawn = part.rings[number];
         const std::vector<PlanePoint>& points = drawn.points;
         const std::size_t size = points.size();
-        const double way = number > 0 ? -3 * distance : distance;
-        const std::vector<bool> moves =
-            distance > 0 ? nearOthers(drawn, parts, 2.5 * distance) : std::vector<bool>(size, true);
+        const double way = (move == Move::Apart ? distance : -distance) * (number > 0 ? -3 : 1);
+        const std::vector<bool> moves = move == Move::Apart   ? nearOthers(drawn, parts, 2.5 * distance)
+                                        : move == Move::Necks ? atNecks(drawn, part, 2.5 * distance)
+                                                              : std::vector<bool>(size, true);
         std::vector<PlanePoint> places = points;
         for (std::size_t k = 0; k < size; ++k)
             if (moves[k]) {
-                const PlanePoint move =
+                const PlanePoint step =
                     moveOf(points[k > 0 ? k - 1 : size - 1], points[k], points[k + 1 < size ? k + 1 : 0], way);
-                places[k] = {points[k].x + move.x, points[k].y + move.y};
+                places[k] = {points[k].x + step.x, points[k].y + step.y};
             }
-        moved.rings[number] = SectionRing(std::move(places));
-        if (!(moved.rings[number].area / drawn.area > 0.25))
+        result.rings[number] = SectionRing(std::move(places));
+        if (!(result.rings[number].area / drawn.area > 0.25))
             return std::nullopt;
     }
-    return moved;
+    return result;
 }
 
-/// A patch of parts whose rings are moved, for the lattice to tell them apart, or to see necks. As vertices on a
-/// section are places along its rings, the patch fits the rings as drawn.
+/// A patch of parts whose rings are moved by a step, for the lattice to tell them apart, or to see necks. As vertices
+/// on a section are places along its rings, the patch fits the rings as drawn.
 std::optional<SurfacePatch> patchOfMoved(const PartList& lower, const PartList& upper, const std::vector<Link>& links,
-                                         double lowerHeight, double upperHeight, double step, double distance) {
+                                         double lowerHeight, double upperHeight, double step, Move move) {
     std::vector<SectionPart> parts[2];
     PartList lists[2];
     for (const std::size_t side : {0, 1}) {
         const PartList& drawn = side == 0 ? lower : upper;
         for (const SectionPart* part : drawn) {
-            std::optional<SectionPart> moved = movedIn(*part, drawn, distance);
-            if (!moved)
+            std::optional<SectionPart> other = moved(*part, drawn, move, step);
+            if (!other)
                 return std::nullopt;
-            parts[side].push_back(std::move(*moved));
+            parts[side].push_back(std::move(*other));
         }
         for (const SectionPart& part : parts[side])
             lists[side].push_back(&part);
@@ -641,9 +663,9 @@ std::optional<SurfacePatch> FieldSurface::between(const PartList& lower, const P
     // Rings that touch, or nearly; and necks. The finer the lattice the less is moved, but the finest takes long.
     if (steps.size() > 1)
         steps.pop_back();
-    for (const double share : {1.0, -1.0})
+    for (const Move move : {Move::Apart, Move::Necks, Move::All})
         for (auto finer = steps.rbegin(); finer != steps.rend(); ++finer)
-            if (auto patch = patchOfMoved(lower, upper, links, lowerHeight, upperHeight, *finer, share * *finer))
+            if (auto patch = patchOfMoved(lower, upper, links, lowerHeight, upperHeight, *finer, move))
                 return patch;
     return std::nullopt;
 }

@@ -1,5 +1,9 @@
 #include "reconstruction/flatoutline.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
 #include "document/modelitem.h"
 #include "shapes/sectionregion.h"
 
@@ -11,7 +15,9 @@ void appendCoordinates(const ModelItem& item, std::vector<double>& coordinates) 
     coordinates.resize(before + 2 * static_cast<std::size_t>(n));
     double* const out = coordinates.data() + before;
     const PackedVertices& packed = item.getPacked();
-    if (const std::int32_t* const thousandths = packed.getThousandths()) {
+    if (const std::int16_t* const pixels = packed.getPixels()) {
+        std::copy_n(pixels, 2 * n, out);
+    } else if (const std::int32_t* const thousandths = packed.getThousandths()) {
         for (int k = 0; k < 2 * n; ++k)
             out[k] = thousandths[k] / 1000.0;
     } else if (packed.getSize() > 0) {
@@ -55,6 +61,21 @@ bool FlatOutline::isStar(const double* places, int n, int stride, double twiceAr
         seen = seen && ((p[0] - x) * (q[1] - y) - (p[1] - y) * (q[0] - x)) * twiceArea > 0;
     }
     return seen && upward == 1;
+}
+
+double FlatOutline::areaNoise(const double* places, int n, int stride) {
+    double least[2] = {HUGE_VAL, HUGE_VAL}, most[2] = {-HUGE_VAL, -HUGE_VAL};
+    for (int k = 0; k < n; ++k)
+        for (const int axis : {0, 1}) {
+            least[axis] = std::min(least[axis], places[k * stride + axis]);
+            most[axis] = std::max(most[axis], places[k * stride + axis]);
+        }
+    double reach = 0, extent = 0;
+    for (const int axis : {0, 1}) {
+        reach = std::max({reach, std::fabs(least[axis]), std::fabs(most[axis])});
+        extent += most[axis] - least[axis];
+    }
+    return 1e-13 * reach * extent;
 }
 
 double FlatOutline::enclosedArea(const double* places, int n, int stride) {

@@ -24,6 +24,10 @@ bool isStar(const double* places, int n, int stride, double twiceArea);
 /// What it encloses by even-odd rule, however it crosses itself.
 double enclosedArea(const double* places, int n, int stride);
 
+/// What the area of an outline may be by rounding alone, where it should be 0: 1e-13 of its extent times how far it
+/// lies from the origin.
+double areaNoise(const double* places, int n, int stride);
+
 } // namespace FlatOutline
 
 } // namespace vorlen

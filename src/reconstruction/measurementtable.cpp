@@ -203,15 +203,8 @@ std::vector<unsigned char> measureWithoutMesh(const std::vector<const Model*>& m
     return done;
 }
 
-/// Calls visit(slice, place of the slice, item) for the items of the stack, slice by slice.
-template <class Visitor>
-void forItems(const Stack& stack, const Visitor& visit) {
-    for (int s = 0; s < stack.getNumSlices(); ++s) {
-        const StackSlice& slice = stack.getSlice(s);
-        for (int k = 0; k < slice.getNumItems(); ++k)
-            visit(slice, s, slice.getItem(k));
-    }
-}
+/// How many columns of items tell what they are.
+constexpr int numItemNames = 2;
 
 } // namespace
 
@@ -314,9 +307,10 @@ MeasurementTable MeasurementTable::ofModels(const Stack& stack, const std::vecto
 void MeasurementTable::addModel(const ModelMorphometry& morphometry) {
     const unsigned int reason = morphometry.getArea() < 0 ? addText("Not available: " + morphometry.getReason()) : 0;
     const SurfaceCertificate& certificate = __certificates.back() = morphometry.getCertificate();
-    const unsigned int open = reason != 0           ? reason
-                              : !certificate.closed ? addText("Not available: the model has no closed surface")
-                                                    : 0;
+    const unsigned int open = reason != 0               ? reason
+                              : !certificate.closed     ? addText("Not available: the model has no closed surface")
+                              : certificate.volume == 0 ? addText("Not available: the model encloses nothing")
+                                                        : 0;
     addCount(morphometry.getNumVertices());
     addCount(morphometry.getNumContours());
     for (int axis = 0; axis < 3; ++axis)
@@ -451,46 +445,91 @@ void MeasurementTable::addDistances(const ModelDistances& distances, int first, 
         addNumber(distance);
 }
 
-template <class Includes>
-MeasurementTable MeasurementTable::ofItemsThat(const Stack& stack, const Includes& includes) {
-    MeasurementTable table(itemColumns(stack));
+/// Measures the items of some rows, all of which are there and have their names. Those that fail are left as they are:
+/// their numbers are given.
+std::vector<std::size_t> MeasurementTable::setItems(const std::vector<ItemOnSlice>& items,
+                                                    const std::vector<double>& positions) {
+    std::vector<unsigned char> failed(items.size(), 0);
+    ProgressSubject subject;
+    const Pieces pieces(int(items.size()), 512);
+    ParallelWork work(subject, 1);
+    std::vector<ModelItemGeometry> geometries(static_cast<std::size_t>(work.workers()));
+    work.run(pieces.count(), 1, [&](int piece, int worker) {
+        ModelItemGeometry& geometry = geometries[std::size_t(worker)];
+        for (int k = pieces.first(piece); k < pieces.last(piece); ++k)
+            try {
+                geometry.setModelItem(*items[std::size_t(k)].item);
+                geometry.run(positions[std::size_t(items[std::size_t(k)].slice)]);
+                setItem(std::size_t(k), geometry);
+            } catch (const Exception&) {
+                failed[std::size_t(k)] = 1;
+            }
+    });
+    std::vector<std::size_t> rows;
+    for (std::size_t k = 0; k < failed.size(); ++k)
+        if (failed[k] != 0)
+            rows.push_back(k);
+    return rows;
+}
+
+void MeasurementTable::setItem(std::size_t row, const ModelItemGeometry& geometry) {
+    Cell* cell = &__cells[row * __columns.size() + numItemNames];
+    *cell++ = {double(geometry.getNumVertices()), 0, CellKind::Count};
+    for (const double number :
+         {geometry.getLengthWithoutSteps(), geometry.getLength(), std::fabs(geometry.getArea()),
+          geometry.getIsobarycenter()[0], geometry.getIsobarycenter()[1], geometry.getIsobarycenter()[2]})
+        *cell++ = {number, 0, CellKind::Number};
+}
+
+/// The names of a row's model and slice; that of the slice, which is noted once for all rows in a row.
+void MeasurementTable::setItemNames(const std::vector<ItemOnSlice>& items, const Stack& stack) {
     std::unordered_map<const Model*, unsigned int> models;
-    int rank = -1;
+    int slice = -1;
     unsigned int sliceText = 0;
-    ModelItemGeometry geometry;
-    const std::vector<double> positions = stack.getAbsolutePositions();
-    forItems(stack, [&](const StackSlice& slice, int s, const ModelItem& item) {
-        if (!includes(item))
-            return;
-        if (rank != s)
-            sliceText = table.addText(slice.getName());
-        rank = s;
-        const Model* model = item.getModel();
+    Cell* cell = __cells.data();
+    for (const ItemOnSlice& each : items) {
+        if (slice != each.slice)
+            sliceText = addText(stack.getSlice(each.slice).getName());
+        slice = each.slice;
+        const Model* const model = each.item->getModel();
         const auto [place, isNew] = models.emplace(model, 0);
         if (isNew && model != nullptr)
-            place->second = table.addText(model->getName());
-        table.addTextCell(place->second);
-        table.addTextCell(sliceText, s);
-        try {
-            geometry.setModelItem(item);
-            geometry.run(positions[std::size_t(s)]);
-            table.addItem(geometry);
-        } catch (const Exception& failure) {
-            table.addFailure("an item of model \"" + table.__texts[place->second] + "\" on slice \"" + slice.getName() +
-                                 "\"",
-                             failure.getWhat());
-        }
-    });
+            place->second = addText(model->getName());
+        cell[0] = {0, place->second, CellKind::Text};
+        cell[1] = {double(slice), sliceText, CellKind::Text};
+        cell += __columns.size();
+    }
+}
+
+template <class Includes>
+MeasurementTable MeasurementTable::ofItemsThat(const Stack& stack, const Includes& includes) {
+    std::vector<ItemOnSlice> items;
+    for (int s = 0; s < stack.getNumSlices(); ++s)
+        for (int k = 0; k < stack.getSlice(s).getNumItems(); ++k)
+            if (const ModelItem& item = stack.getSlice(s).getItem(k); includes(item))
+                items.push_back({&item, s});
+    MeasurementTable table(itemColumns(stack));
+    table.__cells.resize(items.size() * table.__columns.size());
+    table.setItemNames(items, stack);
+    const std::vector<double> positions = stack.getAbsolutePositions();
+    for (const std::size_t row : table.setItems(items, positions))
+        table.failItem(row, items[row], stack.getSlice(items[row].slice).getName());
     return table;
 }
 
-void MeasurementTable::addItem(const ModelItemGeometry& geometry) {
-    addCount(geometry.getNumVertices());
-    addNumber(geometry.getLengthWithoutSteps());
-    addNumber(geometry.getLength());
-    addNumber(std::fabs(geometry.getArea()));
-    for (int axis = 0; axis < 3; ++axis)
-        addNumber(geometry.getIsobarycenter()[axis]);
+/// Tells why the measurement of a row's item fails.
+void MeasurementTable::failItem(std::size_t row, const ItemOnSlice& place, const std::string& slice) {
+    Cell* const cells = &__cells[row * __columns.size()];
+    try {
+        ModelItemGeometry geometry;
+        geometry.setModelItem(*place.item);
+        geometry.run(0);
+    } catch (const Exception& failure) {
+        const std::string& model = __texts[cells[0].text];
+        __failures.push_back("an item of model \"" + model + "\" on slice \"" + slice + "\": " + failure.getWhat());
+        const unsigned int reason = addText("Not available: the measurement failed. " + failure.getWhat());
+        std::fill(cells + numItemNames, cells + __columns.size(), Cell{0, reason, CellKind::Missing});
+    }
 }
 
 MeasurementTable MeasurementTable::ofItems(const Stack& stack) {
@@ -505,21 +544,26 @@ MeasurementTable MeasurementTable::ofPoints(const Stack& stack, const Model& mod
     MeasurementTable table(pointColumns(stack));
     ModelItemGeometry geometry;
     const std::vector<double> positions = stack.getAbsolutePositions();
-    forItems(stack, [&](const StackSlice& slice, int rank, const ModelItem& item) {
-        if (item.getModel() != &model)
-            return;
-        geometry.setModelItem(item);
-        geometry.run(positions[std::size_t(rank)]);
-        const unsigned int sliceText = table.addText(slice.getName());
-        const Vertices<double>& points = geometry.getVertices();
-        for (int v = 0; v < points.getNumVertices(); ++v) {
-            table.addTextCell(sliceText, rank);
-            table.addNumber(points[v][0]);
-            table.addNumber(points[v][1]);
-            table.addNumber(geometry.getIsobarycenter()[2]);
-        }
-    });
+    for (int rank = 0; rank < stack.getNumSlices(); ++rank) {
+        const StackSlice& slice = stack.getSlice(rank);
+        for (int k = 0; k < slice.getNumItems(); ++k)
+            if (slice.getItem(k).getModel() == &model) {
+                geometry.setModelItem(slice.getItem(k));
+                geometry.run(positions[std::size_t(rank)]);
+                table.addPoints(geometry, table.addText(slice.getName()), rank);
+            }
+    }
     return table;
+}
+
+void MeasurementTable::addPoints(const ModelItemGeometry& geometry, unsigned int slice, int rank) {
+    const Vertices<double>& points = geometry.getVertices();
+    for (int v = 0; v < points.getNumVertices(); ++v) {
+        addTextCell(slice, rank);
+        addNumber(points[v][0]);
+        addNumber(points[v][1]);
+        addNumber(geometry.getIsobarycenter()[2]);
+    }
 }
 
 MeasurementTable MeasurementTable::ofSlices(const Stack& stack) {
@@ -528,6 +572,7 @@ MeasurementTable MeasurementTable::ofSlices(const Stack& stack) {
     for (int m = 0; m < stack.getNumModels(); ++m)
         places.emplace(&stack.getModel(m), std::size_t(m));
     std::vector<int> counts(places.size());
+    table.__cells.reserve(std::size_t(stack.getNumSlices()) * table.__columns.size());
     const std::vector<double> positions = stack.getAbsolutePositions();
     for (int s = 0; s < stack.getNumSlices(); ++s) {
         const StackSlice& slice = stack.getSlice(s);

@@ -10,6 +10,7 @@ namespace vorlen {
 
 class Model;
 class ModelDistances;
+class ModelItem;
 class ModelItemGeometry;
 class ModelMorphometry;
 class Stack;
@@ -97,6 +98,11 @@ private:
         CellKind kind = CellKind::Text;
     };
 
+    struct ItemOnSlice {
+        const ModelItem* item;
+        int slice;
+    };
+
     explicit MeasurementTable(std::vector<Column> columns);
 
     const Cell& cell(int row, int column) const {
@@ -113,9 +119,13 @@ private:
     void addSurface(const ModelMorphometry& morphometry, unsigned int reason);
     void addErrors(const ModelMorphometry& morphometry);
     void addShape(const ModelMorphometry& morphometry);
-    void addItem(const ModelItemGeometry& geometry);
+    void addPoints(const ModelItemGeometry& geometry, unsigned int slice, int rank);
     void addDistances(const ModelDistances& distances, int first, int second);
 
+    std::vector<std::size_t> setItems(const std::vector<ItemOnSlice>& items, const std::vector<double>& positions);
+    void setItemNames(const std::vector<ItemOnSlice>& items, const Stack& stack);
+    void setItem(std::size_t row, const ModelItemGeometry& geometry);
+    void failItem(std::size_t row, const ItemOnSlice& place, const std::string& slice);
     template <class Includes>
     static MeasurementTable ofItemsThat(const Stack& stack, const Includes& includes);
 

@@ -51,14 +51,17 @@ std::vector<OutlineTower::Section> sectionsOf(const Model& model, const StackRec
     const auto items = reconstruction.itemsOf(model);
     for (std::size_t first = 0, last = 0; first < items.size(); first = last) {
         SectionRegion region;
+        double noise = 0;
         for (last = first; last < items.size() && items[last].first == items[first].first; ++last) {
             outline.clear();
             appendCoordinates(*items[last].second, outline);
             region.add(outline.size() / 2, [&](std::size_t k) {
                 return SectionRegion::Point{outline[2 * k], outline[2 * k + 1]};
             });
+            if (!outline.empty())
+                noise += FlatOutline::areaNoise(outline.data(), int(outline.size() / 2), 2);
         }
-        sections.push_back({items[first].first, region.area()});
+        sections.push_back({items[first].first, region.area(), noise});
     }
     return sections;
 }
@@ -261,18 +264,21 @@ double ModelMorphometry::getBestVolume() const {
     return isBestVolumeOfSurface() ? __closedVolume : __volume;
 }
 
-/// Sections on which the model encloses nothing count as if it were not there.
+/// Sections on which the model encloses nothing count as if it were not there. Where there are no others, its surface
+/// encloses nothing either, but for rounding and for the twist of bands between lines.
 void ModelMorphometry::addSections(const StackReconstruction<double>& reconstruction,
                                    const std::vector<OutlineTower::Section>& sections) {
     __volume = 0;
     double below = 0, spacing = 0, position = 0; // of the section before
+    bool enclosesSomething = false;
     for (const OutlineTower::Section& section : sections) {
         const StackSlice& slice = reconstruction.getSlice(section.slice);
         const PixelCalibration& calibration = slice.getPixelCalibration();
         const double above =
             section.area * std::fabs(double(calibration.getPixelWidth()) * double(calibration.getPixelHeight()));
-        if (above == 0)
+        if (section.area <= section.noise)
             continue;
+        enclosesSomething = true;
         const double here = reconstruction.getZMap()[section.slice];
         if (below != 0) {
             const double height = std::fabs(here - position);
@@ -284,6 +290,12 @@ void ModelMorphometry::addSections(const StackReconstruction<double>& reconstruc
         spacing = slice.getRelativePosition();
     }
     __volume += std::fabs(spacing) * below;
+    if (enclosesSomething || !__certificate.closed)
+        return;
+    __closedVolume = __certificate.volume = 0;
+    __certificate.outward = false;
+    __certificate.centroid = {};
+    __shape = ModelShape();
 }
 
 double ModelMorphometry::getEquivRadius() const {

@@ -7,6 +7,8 @@
 
 #include "document/model.h"
 #include "document/modelitem.h"
+#include "document/stack.h"
+#include "document/stackslice.h"
 #include "numerics/exception.h"
 #include "reconstruction/branchingsurface.h"
 #include "reconstruction/curvestacktriangulation.h"
@@ -54,6 +56,15 @@ std::size_t numHeightsOf(const CurveStack<T>& curves) {
     return std::size_t(std::unique(heights.begin(), heights.end()) - heights.begin());
 }
 
+/// Of the only slice of a stack, to where the next one would be; 0 where nothing tells.
+template <class T>
+T spacingOf(const StackSlice& slice) {
+    double spacing = std::fabs(slice.getRelativePosition());
+    if (!(spacing > 0) && slice.getStack() != nullptr)
+        spacing = std::fabs(slice.getStack()->getDefaultSliceSpacing());
+    return std::isfinite(spacing) ? T(spacing) : T(0);
+}
+
 /// A mesh of another type of coordinates.
 template <class T>
 TriMesh<T> converted(const TriMesh<double>& mesh) {
@@ -99,6 +110,10 @@ ModelSurface<T>::ModelSurface(const Model& model, const StackReconstruction<T>& 
     __kind = judge(numSlicesOf(model));
     const Vector<T>& sections = reconstruction.getZMap();
     __heights.assign(sections.begin(), sections.end());
+    // The only slice of a stack reaches as far as the next one would.
+    if (__heights.size() == 1)
+        if (const T spacing = spacingOf<T>(reconstruction.getSlice(0)); spacing > 0)
+            __heights.push_back(__heights.front() + spacing);
     if (isGrid())
         measureGaps();
 }
@@ -234,7 +249,15 @@ template <class T>
 TriMesh<T> ModelSurface<T>::closed(const SurfaceEnds& ends, int method) const {
     if (exists() && !isGrid())
         return converted<T>(branching().build(ends, method));
-    return close(tile(method), ends);
+    return tiledAndClosed(ends, method);
+}
+
+/// The mesh is the only thing that is returned, and so made in its place.
+template <class T>
+TriMesh<T> ModelSurface<T>::tiledAndClosed(const SurfaceEnds& ends, int method) const {
+    TriMesh<T> mesh = tile(method);
+    addEnds(mesh, ends);
+    return mesh;
 }
 
 /// The parts of the sections, from the lowest to the highest.
@@ -271,29 +294,50 @@ SurfaceEnds ModelSurface<T>::getEnds(const ModelProperties& properties) {
 
 template <class T>
 TriMesh<T> ModelSurface<T>::close(const QuadMesh<T>& mesh, const SurfaceEnds& ends) const {
-    return close(mesh.toTriMesh(false), mesh.getWidth(), mesh.getWidth(), ends);
+    TriMesh<T> walls = mesh.toTriMesh(false);
+    addEnds(walls, mesh.getWidth(), mesh.getWidth(), ends);
+    return walls;
+}
+
+template <class T>
+TriMesh<T> ModelSurface<T>::close(std::unique_ptr<QuadMesh<T>> mesh, const SurfaceEnds& ends) const {
+    const int width = mesh->getWidth();
+    TriMesh<T> walls = mesh->toTriMesh(false);
+    mesh.reset();
+    addEnds(walls, width, width, ends);
+    return walls;
+}
+
+template <class T>
+TriMesh<T> ModelSurface<T>::close(const TriMesh<T>& tiles, const SurfaceEnds& ends) const {
+    TriMesh<T> mesh = tiles;
+    mesh.detach();
+    addEnds(mesh, ends);
+    return mesh;
 }
 
 /// Tiles of a single contour have no vertices: the contour is then both ends.
 template <class T>
-TriMesh<T> ModelSurface<T>::close(const TriMesh<T>& tiles, const SurfaceEnds& ends) const {
+void ModelSurface<T>::addEnds(TriMesh<T>& tiles, const SurfaceEnds& ends) const {
     const CurveStack<T>& curves = contours("TriMesh<T> ModelSurface<T>::close(...) const");
     const int firstSize = curves.getFirstCurve().getSize(), lastSize = curves.getLastCurve().getSize();
     if (tiles.getNumVertices() > 0)
-        return close(tiles, firstSize, lastSize, ends);
+        return addEnds(tiles, firstSize, lastSize, ends);
     TriMesh<T> outline(3, firstSize, firstSize, firstSize);
     for (int k = 0; k < firstSize; ++k)
         outline[k] = curves.getFirstCurve()[k];
-    return close(outline, firstSize, firstSize, ends);
+    addEnds(outline, firstSize, firstSize, ends);
+    tiles = outline;
 }
 
 template <class T>
-TriMesh<T> ModelSurface<T>::close(const TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const {
+void ModelSurface<T>::addEnds(TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const {
     if (contours("TriMesh<T> ModelSurface<T>::close(...) const").isOpen())
-        return walls;
+        return;
     if (hasCrossings())
-        return converted<T>(branching().build(ends, 2));
-    return closeEnds<T>(walls, firstSize, lastSize, shapeOf(ends.begin, true), shapeOf(ends.end, false));
+        walls = converted<T>(branching().build(ends, 2));
+    else
+        closeEnds<T>(walls, firstSize, lastSize, shapeOf(ends.begin, true), shapeOf(ends.end, false));
 }
 
 template <class T>

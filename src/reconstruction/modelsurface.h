@@ -109,6 +109,8 @@ public:
     /// stay open. Closed ones face outward.
     TriMesh<T> close(const QuadMesh<T>& mesh, const SurfaceEnds& ends) const;
     TriMesh<T> close(const TriMesh<T>& tiles, const SurfaceEnds& ends) const;
+    /// The same of a mesh that is not needed any more: it is dropped before the ends are made.
+    TriMesh<T> close(std::unique_ptr<QuadMesh<T>> mesh, const SurfaceEnds& ends) const;
 
 private:
     ModelSurface() = default;
@@ -119,7 +121,9 @@ private:
     bool hasCrossings() const;
     std::optional<EndShape<T>> shapeOf(SurfaceEnd end, bool atBegin) const;
     const BranchingSurface& branching() const;
-    TriMesh<T> close(const TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const;
+    TriMesh<T> tiledAndClosed(const SurfaceEnds& ends, int method) const;
+    void addEnds(TriMesh<T>& walls, int firstSize, int lastSize, const SurfaceEnds& ends) const;
+    void addEnds(TriMesh<T>& tiles, const SurfaceEnds& ends) const;
     const CurveStack<T>& contours(const char* where) const;
 
     std::unique_ptr<VertexStack<T>> __shape;

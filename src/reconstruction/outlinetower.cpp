@@ -100,7 +100,7 @@ bool OutlineTower::add(int slice, const std::vector<double>& pixels,
     __levels.push_back(level);
     const double area = star ? std::fabs(FlatOutline::twiceArea(pixels.data(), level.size, 2)) / 2
                              : FlatOutline::enclosedArea(pixels.data(), level.size, 2);
-    __sections.push_back({slice, area});
+    __sections.push_back({slice, area, FlatOutline::areaNoise(pixels.data(), level.size, 2)});
     return true;
 }
 
@@ -146,6 +146,7 @@ std::optional<OutlineTower::Measures> OutlineTower::measure(const SurfaceEnds& e
     centreLevel(__levels[0]);
     for (std::size_t l = 1; l < __levels.size(); ++l) {
         __lower.swap(__upper);
+        __lowerLength = __upperLength;
         centreLevel(__levels[l]);
         if (!tileBand(__levels[l - 1], __levels[l], sums))
             return std::nullopt;
@@ -166,8 +167,9 @@ std::optional<OutlineTower::Measures> OutlineTower::measure(const SurfaceEnds& e
     return measures;
 }
 
-/// The outline around its centroid, to upper.
+/// The outline around its centroid, to upper, and its length.
 void OutlineTower::centreLevel(const Level& level) {
+    __upperLength = lengthOf(level);
     __upper.assign(points(level), points(level) + std::ptrdiff_t(level.size) * space);
     BandTiling::centre(__upper.data(), level.size, space);
 }
@@ -194,7 +196,7 @@ bool OutlineTower::tileBand(const Level& lower, const Level& upper, Sums& sums) 
     const auto a = [&](int i) { return __lowerPlaces.data() + i * space; };
     const auto b = [&](int j) { return __upperPlaces.data() + j * space; };
     bool meetsFirstOfLower = false, meetsFirstOfUpper = false; // the edges to the other's last vertex
-    __walk.run(__lowerTurned.data(), n, lengthOf(lower), __upperTurned.data(), m, lengthOf(upper), space,
+    __walk.run(__lowerTurned.data(), n, __lowerLength, __upperTurned.data(), m, __upperLength, space,
                [&](int i, int j, bool advancesUpper) {
                    sums.add(b(j), a(i), advancesUpper ? b(j + 1) : a(i + 1));
                    meetsFirstOfLower = meetsFirstOfLower || (advancesUpper && i == 0 && j + 2 == m);

@@ -37,10 +37,12 @@ public:
         SurfaceCertificate certificate;
     };
 
-    /// An outline's slice, and the area that it encloses there, by even-odd rule, in squared pixels.
+    /// An outline's slice, and the area that it encloses there, by even-odd rule, in squared pixels; what it may be by
+    /// rounding alone.
     struct Section {
         int slice = 0;
         double area = 0;
+        double noise = 0;
     };
 
     /// Takes the outlines of a polygon model, and makes another tower of them without the steps of the pixel grid
@@ -104,6 +106,7 @@ private:
     // Working memory: outlines in pixels, and the two of a band, centred, and turned to where it begins.
     std::vector<double> __pixels, __smoothPixels;
     std::vector<double> __lower, __upper, __lowerTurned, __upperTurned, __lowerPlaces, __upperPlaces;
+    double __lowerLength = 0, __upperLength = 0;
     BandTiling::ClosestPair<double> __pair;
     BandTiling::ArcLengthWalk<double> __walk;
 };

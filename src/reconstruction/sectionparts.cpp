@@ -7,7 +7,6 @@
 
 #include "reconstruction/planararrangement.h"
 #include "shapes/sectionregion.h"
-#include "shapes/selfcontact.h"
 
 namespace vorlen {
 
@@ -99,15 +98,23 @@ bool SectionRing::isStar() const {
     return upward == 1 && isSeenFrom(centroid);
 }
 
-bool SectionRing::crossesItself() const {
+std::optional<SelfContact> SectionRing::contact() const {
     if (points.size() < 4 || isStar())
-        return false;
+        return std::nullopt;
     std::vector<double> coordinates;
     coordinates.reserve(2 * points.size());
     for (const PlanePoint& p : points)
         coordinates.insert(coordinates.end(), {p.x, p.y});
-    const std::optional<SelfContact> contact = findSelfContact(coordinates, true);
-    return contact && contact->crosses;
+    return findSelfContact(coordinates, true);
+}
+
+bool SectionRing::crossesItself() const {
+    const std::optional<SelfContact> found = contact();
+    return found && found->crosses;
+}
+
+bool SectionRing::meetsItself() const {
+    return contact().has_value();
 }
 
 PlanePoint SectionRing::innerPoint() const {
@@ -165,7 +172,8 @@ void SectionParts::build() {
     nest(__outlines);
     const auto isFlat = [](const SectionPart& part) { return part.area <= areaTolerance * part.outer().area; };
     if (std::fabs(area() - trueArea) > areaTolerance * std::max(area(), trueArea) ||
-        std::any_of(__parts.begin(), __parts.end(), isFlat)) {
+        std::any_of(__parts.begin(), __parts.end(), isFlat) ||
+        std::any_of(__outlines.begin(), __outlines.end(), [](const SectionRing& ring) { return ring.meetsItself(); })) {
         std::vector<SectionRing> rings;
         for (std::vector<PlanePoint>& ring : evenOddRings(__outlines))
             rings.emplace_back(std::move(ring));

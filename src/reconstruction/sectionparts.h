@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "numerics/planepoint.h"
+#include "shapes/selfcontact.h"
 #include "shapes/vertices.h"
 
 namespace vorlen {
@@ -37,8 +39,14 @@ struct SectionRing {
     /// Most are told without a search.
     bool crossesItself() const;
 
+    /// The same with touching: two lobes that meet in a point, or a cut that is passed there and back.
+    bool meetsItself() const;
+
     /// A point well inside, on the widest chord along X at about half the height.
     PlanePoint innerPoint() const;
+
+private:
+    std::optional<SelfContact> contact() const;
 };
 
 /// A connected piece of what a model's outlines enclose on a section: its outer ring, and its holes.
@@ -55,9 +63,9 @@ struct SectionPart {
 /// What a model encloses on one section, piece by piece.
 ///
 /// This is the even-odd region of the outlines: nested ones are holes and islands by turns, whatever their directions.
-/// Outlines that cross themselves or each other are cut at their crossings and put together anew, so that the rings of
-/// the parts touch at most; else rings are the outlines as drawn. Doubled points are left out, and so are outlines
-/// that enclose nothing.
+/// Outlines that cross or touch themselves or cross each other are cut there and put together anew, so that the rings
+/// of the parts touch each other at most; else rings are the outlines as drawn. Doubled points are left out, and so are
+/// outlines that enclose nothing.
 ///
 /// Linear in the points but for sorting, and the square of the number of rings; crossing outlines cost as much as there
 /// are edges at a height.

@@ -40,6 +40,22 @@ std::vector<PlanePoint> ringOf(const TriMesh<T>& mesh, int first, int size) {
     return points;
 }
 
+/// Vertices behind those of the mesh, and triangles.
+template <class T>
+void add(TriMesh<T>& mesh, const std::vector<std::array<T, 3>>& vertices,
+         const std::vector<std::array<int, 3>>& faces) {
+    if (!vertices.empty())
+        mesh.getServer()->setGrowth(int(vertices.size())); // all of them in one step, and no room beside
+    Vector<T> place(3);
+    for (const std::array<T, 3>& vertex : vertices) {
+        std::copy(vertex.begin(), vertex.end(), place.data());
+        mesh.append(place);
+    }
+    for (const std::array<int, 3>& face : faces)
+        mesh.addTriangle(static_cast<unsigned int>(face[0]), static_cast<unsigned int>(face[1]),
+                         static_cast<unsigned int>(face[2]));
+}
+
 } // namespace
 
 double scaleOfEnd(double area, double areaBefore, double gapBefore, double rise) {
@@ -137,8 +153,8 @@ EndPiece<T> EndPiece<T>::of(const std::vector<PlanePoint>& points, const std::ar
 }
 
 template <class T>
-TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::optional<EndShape<T>> begin,
-                     std::optional<EndShape<T>> end) {
+void closeEnds(TriMesh<T>& walls, int firstSize, int lastSize, std::optional<EndShape<T>> begin,
+               std::optional<EndShape<T>> end) {
     const int size = walls.getNumVertices();
     std::vector<std::array<T, 3>> added;
     std::vector<std::array<int, 3>> faces;
@@ -158,26 +174,11 @@ TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::
         close(0, firstSize, begin, runsForward(walls, 0, true));
         close(size - lastSize, lastSize, end, runsForward(walls, static_cast<unsigned int>(size - lastSize), false));
     }
-
-    const int all = size + int(added.size());
-    TriMesh<T> mesh(3, all, all, all);
-    for (int i = 0; i < size; ++i)
-        mesh[i] = walls[i];
-    for (std::size_t i = 0; i < added.size(); ++i)
-        std::copy(added[i].begin(), added[i].end(), mesh[size + int(i)].data());
-    mesh.reserveTriangles(walls.getNumTriangles() + static_cast<unsigned int>(faces.size()));
-    for (unsigned int i = 0; i < walls.getNumTriangles(); ++i) {
-        const Vector<unsigned int>& t = walls.getTriangleIndexes(i);
-        mesh.addTriangle(t[0], t[1], t[2]);
-    }
-    for (const auto& face : faces)
-        mesh.addTriangle(static_cast<unsigned int>(face[0]), static_cast<unsigned int>(face[1]),
-                         static_cast<unsigned int>(face[2]));
-    if (begin && end && mesh.volume() < 0)
-        for (unsigned int i = 0; i < mesh.getNumTriangles(); ++i)
-            std::swap(mesh.getTriangleIndexes(i)[0], mesh.getTriangleIndexes(i)[1]);
-    mesh.computeNormals();
-    return mesh;
+    add(walls, added, faces);
+    if (begin && end && walls.volume() < 0)
+        for (unsigned int i = 0; i < walls.getNumTriangles(); ++i)
+            std::swap(walls.getTriangleIndexes(i)[0], walls.getTriangleIndexes(i)[1]);
+    walls.computeNormals();
 }
 
 template float gapFrom<float>(float, float, const std::vector<float>&);
@@ -193,12 +194,11 @@ template std::optional<EndShape<long double>> shapeOfEnd<long double>(SurfaceEnd
 template struct EndPiece<float>;
 template struct EndPiece<double>;
 template struct EndPiece<long double>;
-template TriMesh<float> closeEnds<float>(const TriMesh<float>&, int, int, std::optional<EndShape<float>>,
-                                         std::optional<EndShape<float>>);
-template TriMesh<double> closeEnds<double>(const TriMesh<double>&, int, int, std::optional<EndShape<double>>,
-                                           std::optional<EndShape<double>>);
-template TriMesh<long double> closeEnds<long double>(const TriMesh<long double>&, int, int,
-                                                     std::optional<EndShape<long double>>,
-                                                     std::optional<EndShape<long double>>);
+template void closeEnds<float>(TriMesh<float>&, int, int, std::optional<EndShape<float>>,
+                               std::optional<EndShape<float>>);
+template void closeEnds<double>(TriMesh<double>&, int, int, std::optional<EndShape<double>>,
+                                std::optional<EndShape<double>>);
+template void closeEnds<long double>(TriMesh<long double>&, int, int, std::optional<EndShape<long double>>,
+                                     std::optional<EndShape<long double>>);
 
 } // namespace vorlen

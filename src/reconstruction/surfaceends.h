@@ -78,12 +78,13 @@ struct EndPiece {
 /// Closes walls of triangles, whose first so many vertices are their first contour and whose last so many their last
 /// one, each at one height. An end goes on to a smaller copy of its contour with a lid on it, or to a tip, or, where
 /// the contour is not seen as a whole from its middle, bluntly; it stays open where there is no shape. What is closed
-/// at both ends faces outward. The vertices of the ends come behind those of the walls. The result has normals.
+/// at both ends faces outward. The vertices of the ends come behind those of the walls, which must not
+/// share them with another mesh. The result has normals.
 ///
 /// A lid has no vertices of its own; it is cut from the contour ear by ear (lidOf). Walls without triangles are one
 /// contour, from which both ends start. Instantiated for float, double and long double.
 template <class T>
-TriMesh<T> closeEnds(const TriMesh<T>& walls, int firstSize, int lastSize, std::optional<EndShape<T>> begin,
-                     std::optional<EndShape<T>> end);
+void closeEnds(TriMesh<T>& walls, int firstSize, int lastSize, std::optional<EndShape<T>> begin,
+               std::optional<EndShape<T>> end);
 
 } // namespace vorlen

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <vector>
 
@@ -130,10 +131,7 @@ struct Segment {
 class StepRemoval {
 public:
     StepRemoval(const double* coordinates, int size, bool closed)
-        : __size(size), __numEdges(closed ? __size : __size - 1) {
-        __places.reserve(std::size_t(__size));
-        for (int k = 0; k < __size; ++k)
-            __places.push_back({coordinates[2 * k], coordinates[2 * k + 1]});
+        : __coordinates(coordinates), __size(size), __numEdges(closed ? __size : __size - 1) {
         __steps.reserve(std::size_t(__numEdges));
         for (int k = 0; k < __numEdges; ++k)
             __steps.push_back(stepOf(at(k), at(k + 1)));
@@ -142,8 +140,12 @@ public:
     /// From the start on, once around or to the end.
     std::vector<Segment> segmentsFrom(int start) {
         std::vector<Segment> segments;
+        segments.reserve(std::size_t(__numEdges));
         for (int k = 0; k < __numEdges; k += segments.back().length)
             segments.push_back(longestFrom(start + k, __numEdges - k));
+        const bool closed = __numEdges == __size;
+        for (std::size_t k = closed ? 0 : 1; k < segments.size() && (!closed || segments.size() > 2); ++k)
+            moveToCorner(segments[(k > 0 ? k : segments.size()) - 1], segments[k]);
         return segments;
     }
 
@@ -152,6 +154,9 @@ public:
         if (most < 2 || !isStep(first, false) || !isStep(first + 1, false))
             return longest;
         for (const View& view : views) {
+            // Only a longer one counts, and most views end at once.
+            if (!goesOn(first, view) || longest.length >= most || !goesOn(first + longest.length, view))
+                continue;
             __strip.clear();
             __strip.add(placeOf(first, view));
             double slope = 0;
@@ -169,7 +174,11 @@ public:
         return longest;
     }
 
-    const GridPoint& at(int k) const { return __places[std::size_t(k % __size)]; }
+    /// Vertex k, from the start on or once around.
+    GridPoint at(int k) const {
+        const double* const place = __coordinates + 2 * std::ptrdiff_t(around(k));
+        return {place[0], place[1]};
+    }
 
     /// Without two of them in a row there is nothing to remove.
     static bool hasNeighbouringSteps(const double* coordinates, int size, bool closed) {
@@ -190,7 +199,35 @@ public:
 private:
     enum class Step : unsigned char { None, AlongAxis, Diagonal };
 
+    /// Of a number below twice the size; a division would cost more than all else here.
+    int around(int k) const { return k < __size ? k : k - __size; }
+
     GridPoint placeOf(int k, const View& view) const { return view.of(at(k)); }
+
+    /// A segment that is as long as it can be goes a pixel round a corner: where two edges of one direction or more
+    /// follow one on two of another, as on no straight line, the joint belongs between the two pairs.
+    void moveToCorner(Segment& before, Segment& behind) {
+        const int last = before.first + before.length - 1; // edge
+        if (before.length < 3 || behind.length < 2 || !areAlike(last, behind.first) ||
+            !areAlike(behind.first, behind.first + 1) || areAlike(last - 1, last) || !areAlike(last - 2, last - 1))
+            return;
+        const Segment longer = longestFrom(around(last), behind.length + 1);
+        if (longer.length != behind.length + 1)
+            return;
+        before = longestFrom(before.first, before.length - 1);
+        behind = longer;
+    }
+
+    /// Whether two edges go the same way.
+    bool areAlike(int one, int other) const {
+        const GridPoint a = at(one), b = at(one + 1), c = at(other), d = at(other + 1);
+        return b.along - a.along == d.along - c.along && b.across - a.across == d.across - c.across;
+    }
+
+    /// Whether the edge may be part of a segment in the view.
+    bool goesOn(int edge, const View& view) const {
+        return isStep(edge, view.alongAxesOnly) && placeOf(edge + 1, view).along > placeOf(edge, view).along;
+    }
 
     /// Lays the line as far below as above what it stands for.
     void centre(Segment& segment) const {
@@ -205,7 +242,7 @@ private:
     }
 
     bool isStep(int edge, bool alongAxesOnly) const {
-        const Step step = __steps[std::size_t(edge % __size)];
+        const Step step = __steps[std::size_t(around(edge))];
         return step == Step::AlongAxis || (!alongAxesOnly && step == Step::Diagonal);
     }
 
@@ -219,8 +256,8 @@ private:
         return x == 0 || y == 0 ? Step::AlongAxis : x == y ? Step::Diagonal : Step::None;
     }
 
+    const double* __coordinates;
     int __size, __numEdges;
-    std::vector<GridPoint> __places;
     std::vector<Step> __steps; // of the edges
     Strip __strip;             // of the stretch and view that are looked at
 };

@@ -24,6 +24,34 @@ bool isRegular(const CurveStack<T>& stack) {
     return true;
 }
 
+/// See toTriMesh(). The mesh is a variable of the whole function, so that it is made in its place: a copy of a large
+/// one takes as much again.
+template <class T>
+TriMesh<T> trianglesOf(const QuadMesh<T>& levels) {
+    const int height = levels.getHeight(), width = levels.getWidth(), size = height * width;
+    if (size > 0 && levels.getSpace() != 3)
+        throw SizeError("TriMesh<T> QuadMesh<T>::toTriMesh(const bool) const", "The mesh is not of space 3");
+    TriMesh<T> mesh(3, size, size, size);
+    for (int r = 0; r < height; r++)
+        for (int c = 0; c < width; c++)
+            mesh[r * width + c] = levels[r][c];
+    // With room for two ends of a ring and a lid each, which are often added.
+    const auto w = static_cast<unsigned int>(width);
+    mesh.reserveTriangles(w * static_cast<unsigned int>(2 * height + 6));
+    for (int r = 1; r < height && width > 0; r++) {
+        const unsigned int begin = static_cast<unsigned int>(r - 1) * w;
+        for (unsigned int a = begin; a + 1 < begin + w; a++) {
+            mesh.addTriangle(a, a + 1, a + w);
+            mesh.addTriangle(a + w, a + 1, a + 1 + w);
+        }
+        if (levels.isClosed()) {
+            mesh.addTriangle(begin + w - 1, begin, begin + 2 * w - 1);
+            mesh.addTriangle(begin + 2 * w - 1, begin, begin + w);
+        }
+    }
+    return mesh;
+}
+
 } // namespace
 
 template <class T>
@@ -444,32 +472,10 @@ QuadMesh<T> QuadMesh<T>::mean(const std::vector<const QuadMesh*>& meshes) {
 
 template <class T>
 TriMesh<T> QuadMesh<T>::toTriMesh(bool) const {
-    if constexpr (std::is_same_v<T, int>) {
+    if constexpr (std::is_same_v<T, int>)
         throw UsageError("TriMesh<int> QuadMesh<int>::toTriMesh(const bool) const", "Method undefined for type 'int'");
-    } else {
-        const int height = this->getHeight();
-        const int width = getWidth();
-        const int size = height * width;
-        if (size > 0 && this->getSpace() != 3)
-            throw SizeError("TriMesh<T> QuadMesh<T>::toTriMesh(const bool) const", "The mesh is not of space 3");
-        TriMesh<T> mesh(3, size, size, size);
-        for (int r = 0; r < height; r++)
-            for (int c = 0; c < width; c++)
-                mesh[r * width + c] = this->level(r)[c];
-        for (int r = 1; r < height && width > 0; r++) {
-            const unsigned int w = width;
-            const unsigned int begin = (r - 1) * w;
-            for (unsigned int a = begin; a + 1 < begin + w; a++) {
-                mesh.addTriangle(a, a + 1, a + w);
-                mesh.addTriangle(a + w, a + 1, a + 1 + w);
-            }
-            if (this->isClosed()) {
-                mesh.addTriangle(begin + w - 1, begin, begin + 2 * w - 1);
-                mesh.addTriangle(begin + 2 * w - 1, begin, begin + w);
-            }
-        }
-        return mesh;
-    }
+    else
+        return trianglesOf(*this);
 }
 
 template <class T>

@@ -31,40 +31,48 @@ bool isBetween(const PlanePoint& a, const PlanePoint& b, const PlanePoint& p) {
            p.y <= std::max(a.y, b.y);
 }
 
-/// The line without doubled vertices, and its edges.
+/// Lines without doubled vertices, and their edges, each numbered by its first point.
 class EdgeLine {
 public:
-    EdgeLine(const std::vector<double>& coordinates, bool closed) : __closed(closed) {
+    EdgeLine() = default;
+    EdgeLine(const std::vector<double>& coordinates, bool closed) { add(coordinates, closed); }
+
+    /// Another line. An open one is to be the last: its last point begins no edge.
+    void add(const std::vector<double>& coordinates, bool closed) {
         const std::size_t n = coordinates.size() / 2;
-        __points.reserve(n);
-        __vertices.reserve(n);
+        __first = int(__points.size());
+        __points.reserve(__points.size() + n);
+        __vertices.reserve(__vertices.size() + n);
         for (std::size_t i = 0; i < n; ++i) {
             const PlanePoint point{coordinates[2 * i], coordinates[2 * i + 1]};
-            if (!__points.empty() && __points.back() == point)
+            if (size() > 0 && __points.back() == point)
                 continue;
             __points.push_back(point);
             __vertices.push_back(int(i));
         }
-        while (closed && __points.size() > 1 && __points.back() == __points.front())
+        while (closed && size() > 1 && __points.back() == __points[std::size_t(__first)]) {
             __points.pop_back();
+            __vertices.pop_back();
+        }
+        __isRing = closed && size() > 2;
+        join();
     }
 
-    int numEdges() const {
-        const int n = int(__points.size());
-        return __closed && n > 2 ? n : std::max(n - 1, 0);
-    }
+    int numEdges() const { return int(__points.size()) - (__isRing || __points.empty() ? 0 : 1); }
     const PlanePoint& start(int edge) const { return __points[std::size_t(edge)]; }
-    const PlanePoint& end(int edge) const {
-        return __points[std::size_t(edge) + 1 == __points.size() ? 0 : std::size_t(edge) + 1];
-    }
+    const PlanePoint& end(int edge) const { return __points[std::size_t(__following[std::size_t(edge)])]; }
     const PlanePoint& low(int edge) const { return std::min(start(edge), end(edge)); }
     const PlanePoint& high(int edge) const { return std::max(start(edge), end(edge)); }
 
-    bool isRing() const { return __closed && __points.size() > 2; }
+    /// Of the only line.
+    bool isRing() const { return __isRing; }
 
     /// The edge before or behind; -1 at the ends of an open line.
-    int previous(int edge) const { return edge > 0 ? edge - 1 : isRing() ? numEdges() - 1 : -1; }
-    int next(int edge) const { return edge + 1 < numEdges() ? edge + 1 : isRing() ? 0 : -1; }
+    int previous(int edge) const { return __preceding[std::size_t(edge)]; }
+    int next(int edge) const {
+        const int point = __following[std::size_t(edge)];
+        return point < numEdges() ? point : -1;
+    }
 
     SelfContact contact(int one, int other, bool crosses, double x, double y) const {
         const auto [first, second] = std::minmax(one, other);
@@ -72,9 +80,23 @@ public:
     }
 
 private:
+    /// Of the line that is being added.
+    int size() const { return int(__points.size()) - __first; }
+
+    /// Tells the points of the line that is being added which ones come before and behind them.
+    void join() {
+        const int last = int(__points.size()) - 1;
+        for (int k = __first; k <= last; ++k) {
+            __preceding.push_back(k > __first ? k - 1 : __isRing ? last : -1);
+            __following.push_back(k < last || !__isRing ? k + 1 : __first);
+        }
+    }
+
     std::vector<PlanePoint> __points;
+    std::vector<int> __preceding, __following;
     std::vector<int> __vertices; // of the line as it was given
-    bool __closed;
+    int __first = 0;             // of the last line
+    bool __isRing = false;       // the last line
 };
 
 /// True for a ring that goes round its vertices' mean once, always the same way: it can't meet itself. Most outlines
@@ -330,6 +352,13 @@ std::optional<SelfContact> findSelfContact(const std::vector<double>& coordinate
         if (auto crossing = EdgeBoxes(line).findCrossing())
             return crossing;
     return contact;
+}
+
+bool areApart(const std::vector<std::vector<double>>& polygons) {
+    EdgeLine lines;
+    for (const std::vector<double>& polygon : polygons)
+        lines.add(polygon, true);
+    return !sweep(lines);
 }
 
 } // namespace vorlen

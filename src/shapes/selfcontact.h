@@ -26,4 +26,8 @@ struct SelfContact {
 /// leave it.
 std::optional<SelfContact> findSelfContact(const std::vector<double>& coordinates, bool closed);
 
+/// Whether none of these polygons, each given likewise and with three different vertices or more, meets itself or
+/// another one. n log n for n vertices of all, by the same sweep.
+bool areApart(const std::vector<std::vector<double>>& polygons);
+
 } // namespace vorlen

@@ -154,10 +154,10 @@ long long SurfaceCertificate::genus() const {
 
 std::string SurfaceCertificate::toText() const {
     std::string text = closed ? "closed" : "open (" + std::to_string(openEdges) + " open edges)";
-    text += !oriented ? ", not oriented"
-            : !closed ? ", oriented"
-            : outward ? ", oriented outward"
-                      : ", oriented inward";
+    text += !oriented                ? ", not oriented"
+            : !closed || volume == 0 ? ", oriented"
+            : outward                ? ", oriented outward"
+                                     : ", oriented inward";
     text += manifold ? ", manifold" : ", not manifold";
     text += ", " + std::to_string(parts) + (parts == 1 ? " part" : " parts");
     text += ", Euler number " + std::to_string(euler);

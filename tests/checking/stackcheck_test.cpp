@@ -1,6 +1,7 @@
 #include "checking/stackcheck.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -140,6 +141,53 @@ TEST_F(StackCheckTest, tellsOfOutlinesThatCrossOthersOfTheirModel) {
     EXPECT_EQ(check(meant), Found{});
     EXPECT_EQ(check(meant + item("a", 4, 4, 3)), (Found{"outline-overlapping 15 m a"}));
     EXPECT_EQ(check(meant + item("b", 3, 1, 3)), (Found{"outline-overlapping 15 m b"}));
+}
+
+TEST_F(StackCheckTest, tellsOfCrossingsAmongManyOutlines) {
+    // Rings within each other and a row of squares beside them, of which a few, and no others, cross or touch.
+    std::string text = head + slices + model;
+    const auto add = [&](const std::string& vertices) {
+        text += "MODELITEM \"m\" \"a\";\nMODELITEMDATA" + vertices + ";\n";
+    };
+    const auto square = [](double left, double top, double side) {
+        std::string vertices;
+        for (const auto& [x, y] : {std::pair(0, 0), {1, 0}, {1, 1}, {0, 1}})
+            vertices += " " + std::to_string(left + x * side) + "," + std::to_string(top + y * side);
+        return vertices;
+    };
+    constexpr int numRings = 300;
+    for (int i = 1; i <= numRings; ++i) {
+        add(" " + std::to_string(14 - i * 0.04) + ",14 14," + std::to_string(14 - i * 0.04) + " " +
+            std::to_string(14 + i * 0.04) + ",14 14," + std::to_string(14 + i * 0.04));
+    }
+    for (int i = 0; i < 50; ++i)
+        add(square(30, i * 0.5, 0.5)); // each touches the one before
+    EXPECT_EQ(check(text), Found{});
+    add(square(30.25, 0.1, 0.2)); // within the first
+    add(square(30.4, 20.1, 0.2)); // through the border of another
+    add(square(13, 12.9, 2));     // through rings, of which it meets those of a radius from 1 to 3.1
+    const auto line = [](int item) { return " " + std::to_string(2 * item + 5) + " m a"; };
+    EXPECT_EQ(check(text), (Found{"outline-overlapping" + line(numRings + 52), "outline-overlapping" + line(353)}));
+    double common = 0;
+    EXPECT_EQ(
+        std::sscanf(problems.front().message.c_str(), "The polygon crosses another one of its model: the %lf", &common),
+        1);
+    EXPECT_NEAR(common, 0.02, 1e-6);
+}
+
+TEST_F(StackCheckTest, tellsOfWhatReadsOtherwiseThanItLooks) {
+    EXPECT_EQ(check(head + "SLICE \"a\" \"a.tif\"; \nSLICE \"b\" \"b.tif\"; # the \"second\"\nAnnotation \"1; 2\";;\n" +
+                    "RELPOSITION 2,5;\nROTATE 3x;\nROTATE -1.5e0;\n" + "MODEL \"m\"; COLOR 1 2 3;\nMODEL \"m\";\n" +
+                    "MODELITEM \"m\" \"a\";\nMODELITEMDATA 1,1 9,1 5,9; 1,9;\nMODELITEM \"m\" \"b\";\n" +
+                    "MODELITEMDATA 1,1 9,+1\n5,9,2;\n# nothing;#\nPOSE \"p\";#lost\nPOSEZOOM 50;\n"),
+              (Found{"number-cut 7 b", "number-cut 8 b", "text-behind-end 10 b", "model-empty 10 \"m\"; COLOR 1 2 3",
+                     "text-behind-end 13 m a", "number-cut 15 m b", "comment-cuts 18 m b"}));
+    // Nothing but a remark for whoever looks: the statements were carried out.
+    StackReader reader;
+    Stack read;
+    EXPECT_TRUE(reader.read(read, folder.file("s.sdf")));
+    EXPECT_EQ(reader.getLog(), std::vector<std::string>());
+    EXPECT_EQ(reader.getRemarks().size(), 0u);
 }
 
 TEST_F(StackCheckTest, listsNoMoreThanAThousandOfACode) {

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -164,7 +165,8 @@ TEST(BranchingSurface, aTorusCutLengthwiseIsARing) {
         Outline outline;
         for (int k = 0; k < 2 * n; ++k) {
             const double x = (left + right) / 2 - (right - left) / 2 * std::cos(pi * k / n);
-            outline.push_back({x, k < n ? -border(x) : border(x)});
+            const double y = k < n ? -border(x) : border(x);
+            outline.push_back({std::round(1024 * x) / 1024, std::round(1024 * y) / 1024}); // as in a file
         }
         outlines.push_back(outline);
         if (std::fabs(z) < inner) {
@@ -174,13 +176,17 @@ TEST(BranchingSurface, aTorusCutLengthwiseIsARing) {
         }
         return outlines;
     };
-    const auto torus = surfaceOf(-39.6, 80.0 / 53, 53, at);
-    const auto mesh = torus.build(SurfaceEnds(), 2);
-    const auto certificate = SurfaceCertificate::of(mesh);
-    expectSound(certificate, 1, 1);
-    EXPECT_EQ(torus.getNumUnfollowed(), 0);
-    expectNear(certificate.volume, 2 * pi * pi * ring * tube * tube, 0.005);
-    expectNear(mesh.area(), 4 * pi * pi * ring * tube, 0.01);
+    // Of the second ones two go just where the hole ends: the outline there touches itself; of the third ones nearly.
+    for (const auto& [first, spacing, count] :
+         {std::tuple(-39.6, 80.0 / 53, 53), {-39.0, 1.0, 79}, {-39.00001, 1.0, 79}}) {
+        const auto torus = surfaceOf(first, spacing, count, at);
+        const auto mesh = torus.build(SurfaceEnds(), 2);
+        const auto certificate = SurfaceCertificate::of(mesh);
+        expectSound(certificate, 1, 1);
+        EXPECT_EQ(torus.getNumUnfollowed(), 0);
+        expectNear(certificate.volume, 2 * pi * pi * ring * tube * tube, 0.005);
+        expectNear(mesh.area(), 4 * pi * pi * ring * tube, 0.006);
+    }
 }
 
 TEST(BranchingSurface, nestedSquaresAreRingsAndIslands) {

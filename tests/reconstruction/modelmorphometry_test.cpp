@@ -73,6 +73,44 @@ TEST(ModelMorphometry, aPrismHasTheAreaOfItsWallsAndTheVolumeOfItsCylinders) {
     EXPECT_EQ(prism.getMatchingCoordinateAxes()[2], 2);
 }
 
+TEST(ModelMorphometry, theOnlySliceOfAStackIsAsThickAsTheSpacing) {
+    const auto stack = calibratedStack(1);
+    Model& model = addModel(*stack, "m");
+    addItem(model, stack->getSlice(0), square(190, 150, 20));
+    addItem(model, stack->getSlice(0), square(195, 155, 10));
+    const ModelMorphometry ring = measured(model);
+    EXPECT_TRUE(ring.getCertificate().isSound()) << ring.getCertificate().toText();
+    EXPECT_EQ(ring.getCertificate().genus(), 1);
+    EXPECT_NEAR(ring.getClosedVolume(), (100 - 25) * 2, 1e-9);
+    EXPECT_NEAR(ring.getVolume(), (100 - 25) * 2, 1e-9);
+    EXPECT_NEAR(ring.getClosedArea(), 2 * (100 - 25) + (40 + 20) * 2, 1e-9);
+    Model& plate = addModel(*stack, "p");
+    addItem(plate, stack->getSlice(0), square(20, 30, 40));
+    EXPECT_NEAR(measured(plate).getBestVolume(), 800, 1e-9);
+    EXPECT_TRUE(measured(plate).isBestVolumeOfSurface());
+}
+
+TEST(ModelMorphometry, linesForOutlinesEncloseNothing) {
+    const auto stack = calibratedStack(6);
+    Model &edges = addModel(*stack, "e"), &flat = addModel(*stack, "f"), &mixed = addModel(*stack, "m");
+    for (int i = 0; i < 6; ++i) {
+        addItem(edges, stack->getSlice(i), {{100 + 3 * i, 200}, {177, 233 + 10 * i}});
+        addItem(flat, stack->getSlice(i), {{10, 17 + i}, {30, 57 + i}, {60, 117 + i}, {30, 57 + i}});
+        if (i < 5)
+            addItem(mixed, stack->getSlice(i), square(190, 150, 20));
+        else
+            addItem(mixed, stack->getSlice(i), {{195, 160}, {205, 160}});
+    }
+    for (const Model* model : {&edges, &flat}) {
+        const ModelMorphometry lines = measured(*model);
+        EXPECT_EQ(lines.getVolume(), 0) << model->getName();
+        EXPECT_EQ(lines.getClosedVolume(), 0) << model->getName();
+        EXPECT_EQ(lines.getBestVolume(), 0) << model->getName();
+        EXPECT_EQ(lines.getCertificate().toText().find("ward"), std::string::npos) << lines.getCertificate().toText();
+    }
+    EXPECT_GT(measured(mixed).getClosedVolume(), 100 * 9); // a wedge on top of a prism
+}
+
 TEST(ModelMorphometry, aRegistrationMovesTheBarycenterAndKeepsTheVolume) {
     const auto stack = calibratedStack(3);
     Model& model = addModel(*stack, "m");

@@ -1,6 +1,8 @@
 #include "shapes/pixelsteps.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <functional>
 #include <numbers>
 #include <utility>
@@ -98,6 +100,33 @@ TEST(PixelSteps, leaveStraightLinesOfAnyDirectionStraight) {
         EXPECT_EQ(cornersWithoutSteps(eight, false), (Corners{eight.front(), eight.back()})) << degrees;
         EXPECT_EQ(cornersWithoutSteps(four, false), (Corners{four.front(), four.back()})) << degrees;
     }
+}
+
+// Segments go a pixel round each corner, which took half a pixel at each.
+TEST(PixelSteps, leaveTheCornersOfRectangles) {
+    for (const auto& [width, height] : {std::pair(50, 40), {20, 20}, {100, 7}, {3, 9}})
+        for (const bool backward : {false, true}) {
+            Corners pixels;
+            for (int k = 0; k < width; ++k)
+                pixels.emplace_back(7 + k, 11);
+            for (int k = 0; k < height; ++k)
+                pixels.emplace_back(7 + width, 11 + k);
+            for (int k = width; k > 0; --k)
+                pixels.emplace_back(7 + k, 11 + height);
+            for (int k = height; k > 0; --k)
+                pixels.emplace_back(7, 11 + k);
+            if (backward)
+                std::reverse(pixels.begin(), pixels.end());
+            for (const std::size_t first : {0, 1, 2, 5, width - 1, width, width + 1}) {
+                Corners turned = pixels;
+                std::rotate(turned.begin(), turned.begin() + std::ptrdiff_t(first), turned.end());
+                const Corners left = cornersWithoutSteps(turned, true);
+                EXPECT_EQ(left.size(), 4u) << width << " " << first;
+                EXPECT_NEAR(lengthOf(left, true), 2.0 * (width + height), 1e-9) << width << " " << first;
+            }
+        }
+    const Corners corner = {{0, 0}, {1, 0}, {2, 0}, {3, 0}, {4, 0}, {4, 1}, {4, 2}, {4, 3}};
+    EXPECT_EQ(cornersWithoutSteps(corner, false), (Corners{{0, 0}, {4, 0}, {4, 3}}));
 }
 
 // The steps of an outline between the pixels are half as large.
