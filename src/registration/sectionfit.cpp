@@ -237,12 +237,13 @@ cv::Mat withoutLight(const cv::Mat& image, const cv::Mat& other) {
     return result;
 }
 
-/// Where steps lead that go on much as they began. A Gauss-Newton step on the target's slopes alone falls short where the
-/// source's slopes are others, so that the end comes after many: it is told from the last three that were found, by the
-/// combination of them that leaves least to go (Anderson 1965).
+/// Where steps lead that go on much as they began. A Gauss-Newton step on the target's slopes alone falls short where
+/// the source's slopes are others, so that the end comes after many: it is told from the last three that were found, by
+/// the combination of them that leaves least to go (Anderson 1965).
 class StepsAhead {
 public:
-    /// The place to go on from, where at this place this step was found: a shift across and down, and a turn, as lengths.
+    /// The place to go on from, where at this place this step was found: a shift across and down, and a turn, as
+    /// lengths.
     cv::Vec3d after(const cv::Vec3d& place, const cv::Vec3d& step) {
         if (__numFound > 0) {
             const int k = (__numFound - 1) % remembered;
