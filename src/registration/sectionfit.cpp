@@ -7,6 +7,8 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include "registration/stepsahead.h"
+
 namespace vorlen {
 
 namespace {
@@ -237,61 +239,6 @@ cv::Mat withoutLight(const cv::Mat& image, const cv::Mat& other) {
     return result;
 }
 
-/// Where steps lead that go on much as they began. A Gauss-Newton step on the target's slopes alone falls short where
-/// the source's slopes are others, so that the end comes after many: it is told from the last three that were found, by
-/// the combination of them that leaves least to go (Anderson 1965).
-class StepsAhead {
-public:
-    /// The place to go on from, where at this place this step was found: a shift across and down, and a turn, as
-    /// lengths.
-    cv::Vec3d after(const cv::Vec3d& place, const cv::Vec3d& step) {
-        if (__numFound > 0) {
-            const int k = (__numFound - 1) % remembered;
-            __ways[k] = place - __place;
-            __changes[k] = step - __step;
-        }
-        const cv::Vec3d ahead = step + further(std::min(__numFound, remembered), step);
-        ++__numFound;
-        __place = place;
-        __step = step;
-        constexpr double farthest = 5; // steps at once
-        const double length = cv::norm(ahead), most = farthest * cv::norm(step);
-        if (!(ahead.dot(step) > 0) || !std::isfinite(length))
-            return place + step;
-        return place + (length > most ? most / length : 1) * ahead;
-    }
-
-private:
-    static constexpr int remembered = 2;
-
-    cv::Vec3d further(int n, const cv::Vec3d& step) const {
-        if (n == 0)
-            return {0, 0, 0};
-        cv::Matx22d normal = cv::Matx22d::eye();
-        cv::Vec2d right(0, 0), shares;
-        for (int k = 0; k < n; ++k) {
-            right[k] = __changes[k].dot(step);
-            for (int l = 0; l < n; ++l)
-                normal(k, l) = __changes[k].dot(__changes[l]);
-        }
-        if (n == 1)
-            normal(1, 1) = normal(0, 0);
-        const double ridge = 1e-6 * cv::trace(normal) + 1e-30;
-        normal(0, 0) += ridge;
-        normal(1, 1) += ridge;
-        if (!cv::solve(normal, right, shares, cv::DECOMP_CHOLESKY))
-            return {0, 0, 0};
-        cv::Vec3d result(0, 0, 0);
-        for (int k = 0; k < n; ++k)
-            result -= shares[k] * (__ways[k] + __changes[k]);
-        return result;
-    }
-
-    int __numFound = 0;
-    cv::Vec3d __place, __step;
-    cv::Vec3d __ways[remembered], __changes[remembered]; ///< from one place to the next, and of the step found there
-};
-
 } // namespace
 
 bool refine(const Level& full, const Level& source, RigidMotion& motion, int numSteps, double enough) {
@@ -318,8 +265,8 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
         const double limit = 4 * std::max(full.stepX, full.stepY);
         const double part = length > limit ? limit / length : 1;
         const RigidMotion gone = RigidMotion{part * d[2] / radius, part * d[0], part * d[1]} * motion;
-        const cv::Vec3d next = ahead.after({motion.x, motion.y, radius * motion.angle},
-                                           {gone.x - motion.x, gone.y - motion.y, part * d[2]});
+        const StepsAhead::Vector next = ahead.after({motion.x, motion.y, radius * motion.angle},
+                                                    {gone.x - motion.x, gone.y - motion.y, part * d[2]});
         motion = RigidMotion{next[2] / radius, next[0], next[1]};
         if (!motion.isFinite())
             return false;

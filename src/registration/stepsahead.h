@@ -1,0 +1,32 @@
+#pragma once
+
+#include <array>
+
+namespace vorlen {
+
+/// Where steps lead that go on much as they began.
+///
+/// A Gauss-Newton step by the slopes of one image falls short where those of the other are different, so that the end
+/// comes after many. It is told from the steps that were found last: by the combination of three of them that leaves
+/// least to go (Anderson 1965).
+class StepsAhead {
+public:
+    /// A shift across and down, and a turn, all as lengths.
+    using Vector = std::array<double, 3>;
+
+    /// The place to go on from, when at this place this step was found: at most five times as far as the step, and
+    /// never against it.
+    Vector after(const Vector& place, const Vector& step);
+
+private:
+    static constexpr int remembered = 2;
+
+    /// How far to go beyond the step.
+    Vector further(const Vector& step) const;
+
+    int __numFound = 0;
+    Vector __place{}, __step{};
+    Vector __ways[remembered]{}, __changes[remembered]{}; ///< from one place to the next, and of the step found there
+};
+
+} // namespace vorlen
