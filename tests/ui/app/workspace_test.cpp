@@ -4,10 +4,10 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
-#include <QLabel>
 #include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
