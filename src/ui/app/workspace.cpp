@@ -1,5 +1,7 @@
 #include "ui/app/workspace.h"
 
+#include <vector>
+
 #include <QCheckBox>
 #include <QDockWidget>
 #include <QFrame>
@@ -30,20 +32,26 @@ namespace {
 const char* const layoutKey = "rootWindow/workspace";
 constexpr int layoutVersion = 4;
 
-/// A strip over the slice, with a sentence.
-QFrame* newStrip(const QString& text, QWidget* parent) {
+/// A strip over the slice, with a sentence and a row of buttons below it, which has room over a narrow slice too.
+QFrame* newStrip(const QString& text, const std::vector<QPushButton*>& buttons, QWidget* parent) {
     auto* const strip = new QFrame(parent);
     strip->setAutoFillBackground(true);
     strip->setBackgroundRole(QPalette::ToolTipBase);
     strip->setForegroundRole(QPalette::ToolTipText);
-    auto* const layout = new QHBoxLayout(strip);
+    auto* const layout = new QVBoxLayout(strip);
     layout->setContentsMargins(12, 8, 12, 8);
     layout->setSpacing(8);
     auto* const label = new QLabel(text, strip);
     label->setForegroundRole(QPalette::ToolTipText);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
-    layout->addWidget(label, 1);
+    layout->addWidget(label);
+    auto* const row = new QHBoxLayout;
+    row->setSpacing(8);
+    for (QPushButton* const button : buttons)
+        row->addWidget(button);
+    row->addStretch(1);
+    layout->addLayout(row);
     return strip;
 }
 
@@ -57,10 +65,10 @@ Workspace::Workspace(QWidget* views, VRLRootSliceEditWidget& sliceWidget, QWidge
     auto* const layout = static_cast<QVBoxLayout*>(views->layout());
     __welcome = newFirstSteps(views);
     layout->insertWidget(0, __welcome);
-    __noModels = newStrip("This stack has no models yet. A model is a structure that you will outline.", views);
-    auto* const newModel = new QPushButton("New model", __noModels);
+    auto* const newModel = new QPushButton("New model", views);
     newModel->setObjectName("newModelOverSlice");
-    __noModels->layout()->addWidget(newModel);
+    __noModels =
+        newStrip("This stack has no models yet. A model is a structure that you will outline.", {newModel}, views);
     layout->insertWidget(1, __noModels);
     setCentralWidget(views);
 
@@ -126,22 +134,21 @@ QWidget* Workspace::newCuts() {
 }
 
 QFrame* Workspace::newFirstSteps(QWidget* views) {
-    QFrame* const strip =
-        newStrip("Open a stack, or make one of your section images. A stack file, images, or a folder "
-                 "of images can also be dropped here. To look around first, open the sample; F1 opens the guide.",
-                 views);
-    const auto add = [strip](const char* text, const char* name) {
-        auto* const button = new QPushButton(text, strip);
-        button->setObjectName(name);
-        strip->layout()->addWidget(button);
-        return button;
+    const auto button = [views](const char* text, const char* name) {
+        auto* const made = new QPushButton(text, views);
+        made->setObjectName(name);
+        return made;
     };
-    connect(add("Open stack...", "firstOpen"), &QPushButton::clicked, this, &Workspace::openRequested);
-    connect(add("New stack...", "firstNew"), &QPushButton::clicked, this, &Workspace::newRequested);
-    QPushButton* const sample = add("Open sample", "firstSample");
+    QPushButton* const open = button("Open stack...", "firstOpen");
+    QPushButton* const make = button("New stack...", "firstNew");
+    QPushButton* const sample = button("Open sample", "firstSample");
+    connect(open, &QPushButton::clicked, this, &Workspace::openRequested);
+    connect(make, &QPushButton::clicked, this, &Workspace::newRequested);
     sample->setToolTip("A stack to try things with; it is put into the documents folder the first time");
     connect(sample, &QPushButton::clicked, this, &Workspace::sampleRequested);
-    return strip;
+    return newStrip("Open a stack, or make one of your section images. A stack file, images, or a folder "
+                    "of images can also be dropped here. To look around first, open the sample; F1 opens the guide.",
+                    {open, make, sample}, views);
 }
 
 void Workspace::setStack(VRLStack* stack) {

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
@@ -97,6 +98,10 @@ protected:
 TEST_F(WorkspaceTest, whatIsToBeDoneFirstIsSaidOverTheSlice) {
     EXPECT_TRUE(isShown("firstOpen") && isShown("firstNew"));
     EXPECT_FALSE(isShown("newModelOverSlice"));
+    window->resize(800, 600); // of a small screen: the sentence is no column beside its buttons
+    const QPushButton* const button = workspace().findChild<QPushButton*>("firstSample");
+    const QLabel* const sentence = button->parentWidget()->findChild<QLabel*>();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return sentence->width() > button->parentWidget()->width() * 3 / 4; }));
     VRLStack& stack = open();
     EXPECT_FALSE(isShown("firstOpen") || isShown("firstNew"));
     ASSERT_TRUE(isShown("newModelOverSlice"));

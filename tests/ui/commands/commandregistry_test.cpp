@@ -154,6 +154,26 @@ TEST_F(CommandRegistryTest, fillsMenusAndToolBarsInOrder) {
     EXPECT_THROW(commands.fill(toolBar, {"", {"b"}}), ProgramError);
 }
 
+// The letters of the last entries are the first choice of others, which have to move: one along a chain.
+TEST(Mnemonics, anEntryMovesForOneThatHasNoOtherLetter) {
+    QMenu menu;
+    for (const char* text : {"abc", "bc", "c", "ba"})
+        menu.addAction(text);
+    giveMnemonics(menu.actions());
+    QStringList texts;
+    for (const QAction* const action : menu.actions())
+        texts += action->text();
+    EXPECT_EQ(texts.filter("&").size(), 3) << texts.join(' ').toStdString(); // of three letters
+    EXPECT_EQ(texts[2], "&c");
+    QMenu other;
+    for (const char* text : {"ad", "ab", "a"})
+        other.addAction(text);
+    giveMnemonics(other.actions());
+    EXPECT_EQ(other.actions()[0]->text(), "a&d");
+    EXPECT_EQ(other.actions()[1]->text(), "a&b");
+    EXPECT_EQ(other.actions()[2]->text(), "&a");
+}
+
 TEST(Mnemonics, eachEntryOfAMenuHasALetterOfItsOwn) {
     QMenu menu;
     for (const char* text : {"Save stack", "Save stack as...", "S&kip", "Find && replace", "a", "A", "[Center]"})
@@ -163,7 +183,7 @@ TEST(Mnemonics, eachEntryOfAMenuHasALetterOfItsOwn) {
     QStringList texts;
     for (const QAction* const action : menu.actions())
         texts += action->text();
-    EXPECT_EQ(texts, (QStringList{"&Save stack", "Save stack &as...", "S&kip", "&Find && replace", "a", "A",
+    EXPECT_EQ(texts, (QStringList{"&Save stack", "Sa&ve stack as...", "S&kip", "&Find && replace", "&a", "A",
                                   "[&Center]", ""}));
     giveMnemonics(menu.actions());
     EXPECT_EQ(menu.actions()[0]->text(), "&Save stack");
