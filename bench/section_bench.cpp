@@ -42,9 +42,9 @@ class Section {
 public:
     Section() : __window(*new VRLRootWindow) {
         SharedTiles::write(__folder, "section.tif", width, height, 4);
-        __stack = QString::fromStdString(__folder.write(
-            "section.sdf", "FileFormatVersion 1.03;\nSTACK \"section\";\nPIXWIDTH 0.25;\nPIXASPECT 1;\n"
-                           "SLICE \"s\" \"section.tif\";\nSliceSize1 80000;\nSliceSize2 100000;\n"));
+        __stack = QString::fromStdString(
+            __folder.write("section.sdf", "FileFormatVersion 1.03;\nSTACK \"section\";\nPIXWIDTH 0.25;\nPIXASPECT 1;\n"
+                                          "SLICE \"s\" \"section.tif\";\nSliceSize1 80000;\nSliceSize2 100000;\n"));
         __window.resize(1600, 1000);
         __window.show();
         __window.activateWindow();
