@@ -265,7 +265,7 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
         const double limit = 4 * std::max(full.stepX, full.stepY);
         const double part = length > limit ? limit / length : 1;
         const RigidMotion gone = RigidMotion{part * d[2] / radius, part * d[0], part * d[1]} * motion;
-        const StepsAhead::Vector next = ahead.after({motion.x, motion.y, radius * motion.angle},
+        const StepsAhead::Triple next = ahead.after({motion.x, motion.y, radius * motion.angle},
                                                     {gone.x - motion.x, gone.y - motion.y, part * d[2]});
         motion = RigidMotion{next[2] / radius, next[0], next[1]};
         if (!motion.isFinite())

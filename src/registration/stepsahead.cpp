@@ -7,26 +7,26 @@ namespace vorlen {
 
 namespace {
 
-using Vector = StepsAhead::Vector;
+using Triple = StepsAhead::Triple;
 
-double dot(const Vector& a, const Vector& b) {
+double dot(const Triple& a, const Triple& b) {
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 }
 
 /// The one and a multiple of the other.
-Vector sum(const Vector& a, double factor, const Vector& b) {
+Triple sum(const Triple& a, double factor, const Triple& b) {
     return {a[0] + factor * b[0], a[1] + factor * b[1], a[2] + factor * b[2]};
 }
 
 } // namespace
 
-Vector StepsAhead::after(const Vector& place, const Vector& step) {
+Triple StepsAhead::after(const Triple& place, const Triple& step) {
     if (__numFound > 0) {
         const int k = (__numFound - 1) % remembered;
         __ways[k] = sum(place, -1, __place);
         __changes[k] = sum(step, -1, __step);
     }
-    const Vector ahead = sum(step, 1, further(step));
+    const Triple ahead = sum(step, 1, further(step));
     ++__numFound;
     __place = place;
     __step = step;
@@ -37,17 +37,17 @@ Vector StepsAhead::after(const Vector& place, const Vector& step) {
     return sum(place, length > most ? most / length : 1, ahead);
 }
 
-Vector StepsAhead::further(const Vector& step) const {
+Triple StepsAhead::further(const Triple& step) const {
     if (__numFound == 0)
         return {0, 0, 0};
     // Shares of the changes that come nearest to the step. A change that is not there yet is 0, and has none.
-    const Vector &first = __changes[0], &second = __changes[1];
+    const Triple &first = __changes[0], &second = __changes[1];
     const double ridge = 1e-6 * (dot(first, first) + dot(second, second)) + 1e-30;
     const double a = dot(first, first) + ridge, b = dot(first, second), c = dot(second, second) + ridge;
     const double u = dot(first, step), v = dot(second, step);
     const double determinant = a * c - b * b;
     const double shares[] = {(c * u - b * v) / determinant, (a * v - b * u) / determinant};
-    Vector result{0, 0, 0};
+    Triple result{0, 0, 0};
     for (int k = 0; k < remembered; ++k)
         result = sum(result, -shares[k], sum(__ways[k], 1, __changes[k]));
     return result;

@@ -12,21 +12,21 @@ namespace vorlen {
 class StepsAhead {
 public:
     /// A shift across and down, and a turn, all as lengths.
-    using Vector = std::array<double, 3>;
+    using Triple = std::array<double, 3>;
 
     /// The place to go on from, when at this place this step was found: at most five times as far as the step, and
     /// never against it.
-    Vector after(const Vector& place, const Vector& step);
+    Triple after(const Triple& place, const Triple& step);
 
 private:
     static constexpr int remembered = 2;
 
     /// How far to go beyond the step.
-    Vector further(const Vector& step) const;
+    Triple further(const Triple& step) const;
 
     int __numFound = 0;
-    Vector __place{}, __step{};
-    Vector __ways[remembered]{}, __changes[remembered]{}; ///< from one place to the next, and of the step found there
+    Triple __place{}, __step{};
+    Triple __ways[remembered]{}, __changes[remembered]{}; ///< from one place to the next, and of the step found there
 };
 
 } // namespace vorlen

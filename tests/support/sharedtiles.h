@@ -23,7 +23,7 @@ public:
     static std::string write(const TemporaryFolder& folder, const std::string& name, int width, int height,
                              int numLevels) {
         SharedTiles file;
-        file.__bytes = std::string("II\x2b\0\x08\0\0\0", 8) + std::string(8, '\0');
+        file.__bytes.assign("II\x2b\0\x08\0\0\0", 8).append(8, '\0');
         std::size_t link = 8;
         for (int level = 0; level < numLevels; ++level, width = (width + 3) / 4, height = (height + 3) / 4)
             link = file.addLevel(level, width, height, link);

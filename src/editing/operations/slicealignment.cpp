@@ -44,6 +44,12 @@ bool isSure(const SectionMatch& match) {
            (match.method == AlignmentMethod::PrincipalAxes || (match.support >= 0.4 && match.numBlocks >= enough));
 }
 
+/// Whether it lies nearly the other way round than it did: of sections seen from behind some look so, too.
+bool isUpsideDown(const SectionMatch& match, const RigidMotion& start) {
+    return match.found && match.method != AlignmentMethod::PrincipalAxes &&
+           std::abs(std::remainder(match.motion.angle - start.angle, fullTurn)) > 0.375 * fullTurn;
+}
+
 /// The say of a pair: the share of its blocks that agree, less when there are so few that chance may have brought them
 /// together.
 double qualityOf(const SectionMatch& match) {
@@ -77,6 +83,7 @@ private:
     void matchAll();
     void matchSlice(int i);
     bool isDoubtful(const SectionMatch& match);
+    bool mayBeMirrored(const Pair& pair, const RigidMotion& start);
     bool isHeld(int target, int source) const;
     void matchFixed();
     void matchAgain();
@@ -102,6 +109,7 @@ private:
     std::vector<RigidMotion> __before, __places; // in the frame of the first slice
     std::vector<std::string> __faults;
     std::vector<bool> __fits;                           // borne out by a pair
+    std::vector<bool> __isTurned;                       // nearly the other way round than it lay
     int __numMatched = 0;                               // slices that were reached
     std::list<std::pair<int, SliceSection>> __sections; // the one looked at last stands last
     std::vector<double> __scores;                       // of the neighbours that were found to fit
@@ -115,7 +123,7 @@ Alignment::Alignment(const Stack& stack, const AlignmentOptions& options, Progre
     : __stack(stack), __options(options), __progress(progress), __numSlices(stack.getNumSlices()),
       __last(options.last < 0 ? stack.getNumSlices() - 1 : options.last), __pixel(workingPixelOf(stack)),
       __isLocked(std::size_t(__numSlices), false), __faults(std::size_t(__numSlices)),
-      __fits(std::size_t(__numSlices), false) {
+      __fits(std::size_t(__numSlices), false), __isTurned(std::size_t(__numSlices), false) {
     for (const int i : options.locked)
         __isLocked[std::size_t(i)] = true;
     RigidMotion place;
@@ -188,6 +196,15 @@ bool Alignment::isDoubtful(const SectionMatch& match) {
     return match.score < 0.9 * *middle || 1 - match.score > 1.5 * (1 - *middle);
 }
 
+/// Of the first pair that is found of a slice. One that turns back from a slice that lies upside down is as it should
+/// be: the other one is not.
+bool Alignment::mayBeMirrored(const Pair& pair, const RigidMotion& start) {
+    const bool turns = isUpsideDown(pair.match, start);
+    const bool isTurned = turns != __isTurned[std::size_t(pair.target)];
+    __isTurned[std::size_t(pair.source)] = isTurned;
+    return turns ? isTurned : isDoubtful(pair.match);
+}
+
 /// With the nearest first: what follows from it needs no search any more.
 void Alignment::matchSlice(int i) {
     bool first = true;
@@ -213,7 +230,7 @@ void Alignment::matchSlice(int i) {
         if (known && __options.method == AlignmentMethod::PrincipalAxes)
             continue;
         Pair pair{target, i, matched(source, onto, start, __options, !known)};
-        if (first && isDoubtful(pair.match) &&
+        if (first && mayBeMirrored(pair, start) &&
             SectionAligner::isClearlyMirrored(*source.section, *onto.section, pair.match)) {
             __report.slices[std::size_t(i)].mirrored = true;
             return;
