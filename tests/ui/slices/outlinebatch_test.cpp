@@ -87,7 +87,7 @@ TEST(OutlineBatch, keepsOpenLinesOpenAndPointsToBeSeen) {
     EXPECT_EQ(batch.corners()[0].opacity, 255);
     for (const bool closed : {true, false}) {
         OutlineBatch one;
-        one.add(QPolygonF({{5, 5}, {5, 5}}), closed, 2, QTransform(), Qt::red);
+        one.add(QPolygonF(QList<QPointF>{{5, 5}, {5, 5}}), closed, 2, QTransform(), Qt::red);
         EXPECT_TRUE(isCovered(one, QPointF(5.9, 4.1)));
         EXPECT_FALSE(isCovered(one, QPointF(6.1, 5)));
     }
