@@ -12,6 +12,7 @@ namespace vorlen {
 /// each that does.
 class BoxTree {
 public:
+    /// Begins empty, and grows by what is added.
     struct Box {
         double left = HUGE_VAL, top = HUGE_VAL, right = -HUGE_VAL, bottom = -HUGE_VAL;
 

@@ -18,6 +18,7 @@ class StackSlice;
 /// each other, and else so much more as there are pairs of edges whose boxes meet.
 class OutlineOverlaps {
 public:
+    /// A polygon that crosses another one.
     struct Overlap {
         std::size_t number; ///< of the polygon
         double area;        ///< in squared pixels, what it has in common with the first one that it crosses
