@@ -11,6 +11,7 @@
 #include "document/modelitem.h"
 #include "document/stackreader.h"
 #include "document/stackwriter.h"
+#include "editing/journal/journalgenerations.h"
 #include "editing/journal/documentrecorder.h"
 #include "editing/journal/journalrecord.h"
 #include "editing/journal/stackjournal.h"
@@ -126,7 +127,8 @@ void rebuild(benchmark::State& state) {
     const std::string hash = JournalFormat::hash(StackWriter().toText(day.stack, day.folder + "/"));
     for (auto _ : state) {
         VRLStack other;
-        const auto rebuilt = StackJournal::rebuildSaved(other, day.folder + "/journal", imageSourceKinds(), hash);
+        JournalGenerations journal(day.folder + "/journal");
+        const auto rebuilt = StackJournal::rebuildSaved(other, journal, imageSourceKinds(), hash);
         if (rebuilt.numRecords != 1000)
             state.SkipWithError("not all steps are there");
     }
