@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <unordered_map>
 #include <utility>
 
@@ -256,10 +257,15 @@ void MeasurementTable::addMissing(unsigned int reason) {
     __cells.push_back({0, reason, CellKind::Missing});
 }
 
+/// The text of the cells that are missing for it.
+unsigned int MeasurementTable::noteFailure(const std::string& what, const std::string& why) {
+    __failures.push_back(what + ": " + why);
+    return addText("Not available: the measurement failed. " + why);
+}
+
 /// Fills the rest of the row that has been begun.
 void MeasurementTable::addFailure(const std::string& what, const std::string& why) {
-    __failures.push_back(what + ": " + why);
-    const unsigned int reason = addText("Not available: the measurement failed. " + why);
+    const unsigned int reason = noteFailure(what, why);
     do
         addMissing(reason);
     while (__cells.size() % __columns.size() != 0);
@@ -445,15 +451,15 @@ void MeasurementTable::addDistances(const ModelDistances& distances, int first, 
         addNumber(distance);
 }
 
-/// Measures the items of some rows, all of which are there and have their names. Those that fail are left as they are:
-/// their numbers are given.
-std::vector<std::size_t> MeasurementTable::setItems(const std::vector<ItemOnSlice>& items,
-                                                    const std::vector<double>& positions) {
-    std::vector<unsigned char> failed(items.size(), 0);
+/// Measures the items of some rows, all of which are there and have their names. Those that fail are left as they are,
+/// and given in the order of the rows.
+std::vector<MeasurementTable::FailedItem> MeasurementTable::setItems(const std::vector<ItemOnSlice>& items,
+                                                                     const std::vector<double>& positions) {
     ProgressSubject subject;
     const Pieces pieces(int(items.size()), 512);
     ParallelWork work(subject, 1);
     std::vector<ModelItemGeometry> geometries(static_cast<std::size_t>(work.workers()));
+    std::vector<std::vector<FailedItem>> failed(geometries.size());
     work.run(pieces.count(), 1, [&](int piece, int worker) {
         ModelItemGeometry& geometry = geometries[std::size_t(worker)];
         for (int k = pieces.first(piece); k < pieces.last(piece); ++k)
@@ -461,15 +467,15 @@ std::vector<std::size_t> MeasurementTable::setItems(const std::vector<ItemOnSlic
                 geometry.setModelItem(*items[std::size_t(k)].item);
                 geometry.run(positions[std::size_t(items[std::size_t(k)].slice)]);
                 setItem(std::size_t(k), geometry);
-            } catch (const Exception&) {
-                failed[std::size_t(k)] = 1;
+            } catch (const Exception& failure) {
+                failed[std::size_t(worker)].push_back({std::size_t(k), failure.getWhat()});
             }
     });
-    std::vector<std::size_t> rows;
-    for (std::size_t k = 0; k < failed.size(); ++k)
-        if (failed[k] != 0)
-            rows.push_back(k);
-    return rows;
+    std::vector<FailedItem> all;
+    for (std::vector<FailedItem>& each : failed)
+        std::move(each.begin(), each.end(), std::back_inserter(all));
+    std::sort(all.begin(), all.end(), [](const FailedItem& a, const FailedItem& b) { return a.row < b.row; });
+    return all;
 }
 
 void MeasurementTable::setItem(std::size_t row, const ModelItemGeometry& geometry) {
@@ -512,24 +518,16 @@ MeasurementTable MeasurementTable::ofItemsThat(const Stack& stack, const Include
     table.__cells.resize(items.size() * table.__columns.size());
     table.setItemNames(items, stack);
     const std::vector<double> positions = stack.getAbsolutePositions();
-    for (const std::size_t row : table.setItems(items, positions))
-        table.failItem(row, items[row], stack.getSlice(items[row].slice).getName());
+    for (const FailedItem& failed : table.setItems(items, positions))
+        table.failItem(failed, stack.getSlice(items[failed.row].slice).getName());
     return table;
 }
 
-/// Tells why the measurement of a row's item fails.
-void MeasurementTable::failItem(std::size_t row, const ItemOnSlice& place, const std::string& slice) {
-    Cell* const cells = &__cells[row * __columns.size()];
-    try {
-        ModelItemGeometry geometry;
-        geometry.setModelItem(*place.item);
-        geometry.run(0);
-    } catch (const Exception& failure) {
-        const std::string& model = __texts[cells[0].text];
-        __failures.push_back("an item of model \"" + model + "\" on slice \"" + slice + "\": " + failure.getWhat());
-        const unsigned int reason = addText("Not available: the measurement failed. " + failure.getWhat());
-        std::fill(cells + numItemNames, cells + __columns.size(), Cell{0, reason, CellKind::Missing});
-    }
+void MeasurementTable::failItem(const FailedItem& failed, const std::string& slice) {
+    Cell* const cells = &__cells[failed.row * __columns.size()];
+    const unsigned int reason =
+        noteFailure("an item of model \"" + __texts[cells[0].text] + "\" on slice \"" + slice + "\"", failed.why);
+    std::fill(cells + numItemNames, cells + __columns.size(), Cell{0, reason, CellKind::Missing});
 }
 
 MeasurementTable MeasurementTable::ofItems(const Stack& stack) {

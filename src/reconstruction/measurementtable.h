@@ -103,6 +103,11 @@ private:
         int slice;
     };
 
+    struct FailedItem {
+        std::size_t row;
+        std::string why;
+    };
+
     explicit MeasurementTable(std::vector<Column> columns);
 
     const Cell& cell(int row, int column) const {
@@ -122,10 +127,11 @@ private:
     void addPoints(const ModelItemGeometry& geometry, unsigned int slice, int rank);
     void addDistances(const ModelDistances& distances, int first, int second);
 
-    std::vector<std::size_t> setItems(const std::vector<ItemOnSlice>& items, const std::vector<double>& positions);
+    std::vector<FailedItem> setItems(const std::vector<ItemOnSlice>& items, const std::vector<double>& positions);
     void setItemNames(const std::vector<ItemOnSlice>& items, const Stack& stack);
     void setItem(std::size_t row, const ModelItemGeometry& geometry);
-    void failItem(std::size_t row, const ItemOnSlice& place, const std::string& slice);
+    void failItem(const FailedItem& failed, const std::string& slice);
+    unsigned int noteFailure(const std::string& what, const std::string& why);
     template <class Includes>
     static MeasurementTable ofItemsThat(const Stack& stack, const Includes& includes);
 
