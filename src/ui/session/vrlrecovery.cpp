@@ -321,8 +321,10 @@ void VRLRecovery::tidy() {
                 QDir(journal).removeRecursively();
             QFile::remove(infoFile(recoveryFile));
         }
-        if (isEmptySession(session))
+        if (isEmptySession(session)) {
+            lock.unlock(); // it complains of a file that is gone
             session.removeRecursively();
+        }
     }
     __history.prune();
 }

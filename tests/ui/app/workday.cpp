@@ -1,7 +1,7 @@
 /// A day at work with the main window, for one that kills it: draws, edits, changes slices and models, undoes and saves
 /// without end, by mouse, keys and commands. Arguments: the folder with "work.sdf" and its images, and a number by
-/// which the day goes. Tells in lines "ready", and of each step "begin HASH" before it is kept and "done HASH" when it
-/// is, with the hash of the document.
+/// which the day goes. Tells in lines "ready", and of each step "begin HASHES" before it is kept and "done HASHES" when
+/// it is, with the hash of the document as it stands and as a file gives it back.
 
 #include <cstdio>
 #include <cstdlib>
@@ -11,16 +11,15 @@
 
 #include "document/model.h"
 #include "document/modelitem.h"
-#include "document/stackwriter.h"
 #include "editing/bus/vrleventclient.h"
 #include "editing/bus/vrlstackevent.h"
 #include "editing/history/vrlactionhistory.h"
-#include "editing/journal/journalrecord.h"
 #include "editing/operations/modeloperations.h"
 #include "editing/operations/sliceoperations.h"
 #include "editing/stacks/vrlstack.h"
 #include "numerics/exception.h"
 #include "support/commands.h"
+#include "support/documenthash.h"
 #include "ui/app/vrlrootmediator.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/session/vrlpreferences.h"
@@ -41,8 +40,8 @@ void tell(const std::string& line) {
     std::fflush(stdout);
 }
 
-std::string hashOf(const Stack& stack) {
-    return JournalFormat::hash(StackWriter().toText(stack));
+std::string hashesOf(const Stack& stack) {
+    return hashOf(stack) + ' ' + hashAsRead(stack);
 }
 
 /// Hears of a stack ahead of what keeps its steps, and so of each step before it is kept.
@@ -50,7 +49,7 @@ class Announcer : public QObject, public VRLEventClient {
 public:
     void stackOpenEvent(VRLStackOpenEvent& event) override {
         VRLStack* const stack = event.getStack();
-        connect(stack->history(), &VRLActionHistory::recorded, this, [stack] { tell("begin " + hashOf(*stack)); });
+        connect(stack->history(), &VRLActionHistory::recorded, this, [stack] { tell("begin " + hashesOf(*stack)); });
     }
 };
 
@@ -64,7 +63,7 @@ public:
         connect(stack->history(), &VRLActionHistory::recorded, this, [this, stack] {
             if (!std::exchange(__begun, true))
                 __recovery.waitForWrites(); // for the copy of the file that the journal begins with
-            tell("done " + hashOf(*stack));
+            tell("done " + hashesOf(*stack));
         });
     }
 

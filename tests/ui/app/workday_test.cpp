@@ -9,14 +9,13 @@
 #include <gtest/gtest.h>
 
 #include "document/stackreader.h"
-#include "document/stackwriter.h"
 #include "editing/history/vrlactionhistory.h"
-#include "editing/journal/journalrecord.h"
 #include "editing/stacks/vrlstack.h"
 #include "editing/stacks/vrlstackserver.h"
 #include "images/files/imagewriter.h"
 #include "images/rasters/image.h"
 #include "progress/progressproxy.h"
+#include "support/documenthash.h"
 #include "support/modalscript.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/session/vrlrecovery.h"
@@ -24,10 +23,6 @@
 namespace vorlen {
 
 namespace {
-
-std::string hashOf(const Stack& stack) {
-    return JournalFormat::hash(StackWriter().toText(stack));
-}
 
 /// A folder with a stack file, and the program at work on it.
 class WorkDay {
@@ -155,11 +150,13 @@ TEST(WorkDay, aKillCostsAtMostTheStepInProgress) {
             ProgressProxy teller;
             const VRLRecovery::KeptHistory before = recovery.keptHistory(file, teller);
             ASSERT_NE(before.stack, nullptr) << before.message.toStdString();
-            EXPECT_EQ(hashOf(*before.stack), hashOf(*stack));
+            EXPECT_EQ(hashAsRead(*before.stack), hashOf(*stack));
         }
         EXPECT_EQ(message.toStdString().find("damaged"), std::string::npos) << message.toStdString();
-        const std::string hash = hashOf(*stack);
-        EXPECT_TRUE(hash == day.done || hash == day.begun)
+        const auto isThere = [&, hash = hashOf(*stack)](const std::string& told) {
+            return leftovers.isEmpty() ? told.ends_with(' ' + hash) : told.starts_with(hash + ' ');
+        };
+        EXPECT_TRUE(isThere(day.done) || isThere(day.begun))
             << day.numSteps << " steps, " << (leftovers.isEmpty() ? "file" : "recovered");
         Image image;
         for (int k = 0; k < stack->getNumSlices(); ++k)
