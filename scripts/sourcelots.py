@@ -14,8 +14,8 @@ OUTSIDE = re.compile(r"^(?:static|const|constexpr|using) ")
 MACRO = re.compile(r"^#\s*define\s+(\w+)", re.M)
 MEMBER = re.compile(r"^template (?!class\b|struct\b)[^;(]*?(\w+)<[^;(]*>::", re.M)
 NOT_CODE = re.compile(r"//.*|\"(?:\\\\.|[^\"\\\\\n])*\"")
-MOST_SOURCES = 8
-MOST_BYTES = 60000
+MOST_SOURCES = 16
+MOST_BYTES = 120000
 
 
 def private_names(text):
