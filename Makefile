@@ -17,7 +17,7 @@ build: setup
 # The programs alone, without the tests.
 programs: setup
 	@cmake --preset release >/dev/null
-	@cmake --build --preset release --target vorlen vorlen-cli vorlen-render vorlen-sample vorlen-picture vorlen-guide vorlen-cohort
+	@cmake --build --preset release --target vorlen vorlen-cli vorlen-render vorlen-sample vorlen-picture
 
 sample: programs
 	@$(BUILD)/bin/vorlen-sample $(SAMPLE)
@@ -65,6 +65,7 @@ test-slurm: study
 
 # The pictures of the documentation, made anew from the sample stack.
 pictures: sample
+	@cmake --build --preset release --target vorlen-guide vorlen-cohort
 	@scripts/draw-pictures $(BUILD)/bin $(SAMPLE)
 
 test: build

@@ -14,6 +14,7 @@ OUTSIDE = re.compile(r"^(?:static|const|constexpr|using) ")
 MACRO = re.compile(r"^#\s*define\s+(\w+)", re.M)
 MEMBER = re.compile(r"^template (?!class\b|struct\b)[^;(]*?(\w+)<[^;(]*>::", re.M)
 NOT_CODE = re.compile(r"//.*|\"(?:\\\\.|[^\"\\\\\n])*\"")
+ALLOCATES = re.compile(r"^void\* operator new", re.M)  # for all of the program: compiled with others it warns of theirs
 MOST_SOURCES = 16
 MOST_BYTES = 120000
 
@@ -64,6 +65,8 @@ def main():
         texts = {source: source.read_text(errors="replace") for source in sources}
 
         def fits(lot, source):
+            if any(ALLOCATES.search(texts[each]) for each in [*lot, source]):
+                return False
             return len(lot) < MOST_SOURCES and sum(len(texts[each]) for each in [*lot, source]) <= MOST_BYTES
 
         for number, lot in enumerate(lots(sources, texts.get, fits)):
