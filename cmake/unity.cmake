@@ -20,8 +20,8 @@ function(vorlen_unity)
                 # Of a source that another one includes gcc thinks as of a header; and what it inlines where much is
                 # compiled at once makes gcc 12 see its own std::string write out of bounds (its bug 105329). A build
                 # without lots warns of both.
-                target_compile_options(${target} PRIVATE
-                    "$<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage;-Wno-stringop-overflow;-Wno-array-bounds>")
+                target_compile_options(${target} PRIVATE "$<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage;-Wno-restrict>"
+                    "$<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow;-Wno-array-bounds>")
                 get_target_property(sources ${target} SOURCES)
                 foreach(source IN LISTS sources)
                     cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY ${directory} NORMALIZE)

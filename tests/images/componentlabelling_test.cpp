@@ -216,6 +216,7 @@ namespace {
 class Stopper : public RecordingMonitor {
 public:
     explicit Stopper(unsigned int when) : __when(when) {}
+    using RecordingMonitor::subjectProgressed;
     void subjectProgressed(unsigned int current, unsigned int total) override {
         RecordingMonitor::subjectProgressed(current, total);
         if (current == __when)

@@ -82,7 +82,7 @@ TYPED_TEST(IsotropyFilterOf, equalsTheIndexOfTheCovarianceMatrix) {
                             const double expected = masses(i, j, k) == 0.0           ? 0.0
                                                     : analysis == SphericityAnalysis ? sphericityOf(covariance)
                                                                                      : eigenvalueRatioOf(covariance);
-                            ASSERT_NEAR(volume(i, j, k), expected, 1e-6)
+                            ASSERT_NEAR(double(volume(i, j, k)), expected, 1e-6)
                                 << analysis << " " << h << ": " << i << " " << j << " " << k;
                         }
             }

@@ -13,6 +13,7 @@ class Watched : public Vertices<float> {
 public:
     explicit Watched(int& destroyed) : Vertices<float>(2, 3, 3, 3), __destroyed(&destroyed) {}
     ~Watched() override { ++*__destroyed; }
+    using Vertices<float>::operator=;
 
 private:
     int* __destroyed;
