@@ -68,8 +68,36 @@ cv::Mat evened(const cv::Mat& image, double sigma) {
     return result;
 }
 
+/// Pixels at either end of the range of the greys, and between.
+struct GreyEnds {
+    double black = 0, between = 0, white = 0;
+
+    explicit GreyEnds(const SectionImage& image) {
+        constexpr double near = 0.02; // of the range: files with losses blur it
+        const auto low = float(near * image.white), high = float((1 - near) * image.white);
+        for (int i = 0; i < image.grey.getSize1(); ++i) {
+            const float* const p = image.grey[i].data();
+            int numBlack = 0, numWhite = 0, numOther = 0;
+            for (int j = 0; j < image.grey.getSize2(); ++j) {
+                numBlack += p[j] <= low ? 1 : 0;
+                numWhite += p[j] >= high ? 1 : 0;
+                numOther += p[j] > low && p[j] < high ? 1 : 0;
+            }
+            black += numBlack;
+            white += numWhite;
+            between += numOther;
+        }
+    }
+
+    /// Nearly nothing is left between black and white.
+    bool isBlackAndWhite() const { return std::min(black, white) > 10 * between && std::min(black, white) > 0; }
+    /// More is cut off at either end than is left.
+    bool isMostlyCut() const { return std::min(black, white) > between; }
+    bool isWhite() const { return white > 0 && black + between <= 0; }
+};
+
 /// Blank and the like.
-std::string faultOf(const cv::Mat& image) {
+std::string faultOf(const cv::Mat& image, const GreyEnds& ends) {
     double n = 0, least = std::numeric_limits<double>::infinity(), most = -least;
     for (int i = 0; i < image.rows; ++i) {
         const float* const p = image.ptr<float>(i);
@@ -92,7 +120,7 @@ std::string faultOf(const cv::Mat& image) {
         }
     }
     if (!(most > least) || low > 0.9995 * n)
-        return most >= 255 && least >= 255 ? "saturated" : "blank";
+        return ends.isWhite() ? "saturated" : "blank";
     if (high > 0.95 * n)
         return "saturated";
     if (low + high > 0.9995 * n && std::min(low, high) < 0.02 * n)
@@ -310,7 +338,10 @@ SectionAligner::Section::Section(const SectionImage& image, double workingPixel)
         return;
     }
     Level level = reduced(image, pixel);
-    fault = faultOf(level.image);
+    const GreyEnds ends(image);
+    isBlackAndWhite = ends.isBlackAndWhite();
+    isMostlyCut = ends.isMostlyCut();
+    fault = faultOf(level.image, ends);
     if (!fault.empty())
         return;
     maskExtremes(level.image);

@@ -45,6 +45,8 @@ public:
     static constexpr int choiceSide = 256;
 
     std::string fault; ///< why nothing can be matched with it; empty when something can
+    bool isBlackAndWhite = false; ///< nothing is left between the ends of the range of the greys
+    bool isMostlyCut = false;     ///< less is left between them than at either end
     double width = 0, height = 0;
     double pixel = 1;
     std::vector<SectionLevel> levels; ///< from fine to coarse, each half of the one before

@@ -364,6 +364,12 @@ const std::string& SectionAligner::fault(const Section& section) {
     return section.fault;
 }
 
+std::string SectionAligner::weakness(const Section& section) {
+    if (section.isBlackAndWhite)
+        return "saturated";
+    return section.isMostlyCut ? "mostly saturated" : "";
+}
+
 double SectionAligner::score(const Section& source, const Section& target, const RigidMotion& motion) {
     if (!source.fault.empty() || !target.fault.empty())
         return 0;
@@ -382,7 +388,7 @@ SectionMatch SectionAligner::match(const Section& source, const Section& target,
                                    AlignmentMethod method, bool search) {
     SectionMatch none;
     none.motion = start;
-    if (!source.fault.empty() || !target.fault.empty())
+    if (!source.fault.empty() || !target.fault.empty() || source.isBlackAndWhite != target.isBlackAndWhite)
         return none;
     if (method == AlignmentMethod::MutualInformation)
         return informed(source, target, start, search).value_or(none);

@@ -280,6 +280,7 @@ void tellSpread(SectionMatch& match, const Level& target, const Level& source) {
     const Slopes slopes(target);
     cv::Mat warped;
     const auto e = equationsOf(slopes, source, match.motion, warped);
+    match.angleSpread = pi;
     if (!e)
         return;
     const double alone = std::max(e->turnAlone(), 1e-30);
