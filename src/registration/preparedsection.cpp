@@ -292,16 +292,28 @@ bool isStraightFrame(const cv::Mat& image, const cv::Mat& areas) {
     return corners.size() <= 8 && cv::countNonZero(frame & (areas == AtBorder)) < 0.03 * double(image.total());
 }
 
-/// Takes areas of the least and the greatest grey out that are no ground on which the tissue lies: a frame with
-/// straight sides round the picture, and what is cut off inside of it. Areas into which the greys pass over, as of
-/// tissue that was taken too bright, stay: they have as much to tell.
-void maskExtremes(cv::Mat& image, const Extremes& extremes) {
+/// Every so many pixels of every so many rows.
+cv::Mat sampled(const cv::Mat& image, int step) {
+    cv::Mat result(image.rows / step, image.cols / step, image.type());
+    LevelRows rows(image);
+    std::vector<float> row(std::size_t(2 * result.cols));
+    for (int i = 0; i < result.rows; ++i) {
+        const float* const p = rows(step * i);
+        for (int j = 0; j < result.cols; ++j) {
+            row[std::size_t(2 * j)] = p[2 * step * j];
+            row[std::size_t(2 * j + 1)] = p[2 * step * j + 1];
+        }
+        setLevelRow(result, i, row.data());
+    }
+    return result;
+}
+
+/// Where areas of the least and the greatest grey are no ground on which the tissue lies; empty for nowhere.
+cv::Mat outsideOf(const cv::Mat& image, const Extremes& extremes) {
     const double total = double(image.total()), leastArea = 0.001 * total;
-    if (std::max(extremes.numLeast, extremes.numMost) < leastArea)
-        return;
     cv::Mat outside;
     for (const float extreme : {extremes.least, extremes.most}) {
-        cv::Mat areas = areasOf(image, extremes, extreme, leastArea);
+        const cv::Mat areas = areasOf(image, extremes, extreme, leastArea);
         const double bordering = cv::countNonZero(areas == AtBorder);
         if (bordering > 0.7 * total || (bordering > 0 && !isStraightFrame(image, areas)))
             continue; // tissue on a ground
@@ -310,12 +322,27 @@ void maskExtremes(cv::Mat& image, const Extremes& extremes) {
         else
             outside |= areas;
     }
-    if (outside.empty() || cv::countNonZero(outside) == 0)
+    return !outside.empty() && cv::countNonZero(outside) > 0 ? outside : cv::Mat();
+}
+
+/// Takes areas of the least and the greatest grey out that are no ground on which the tissue lies: a frame with
+/// straight sides round the picture, and what is cut off inside of it. Areas into which the greys pass over, as of
+/// tissue that was taken too bright, stay: they have as much to tell. Of great images they are looked for on every
+/// second row and column, which takes a fourth of the time and the memory.
+void maskExtremes(cv::Mat& image, const Extremes& extremes) {
+    if (std::max(extremes.numLeast, extremes.numMost) < 0.001 * double(image.total()))
+        return;
+    const int step = std::max(image.rows, image.cols) > 2 * SectionLevel::floatSide ? 2 : 1;
+    cv::Mat outside = outsideOf(step > 1 ? sampled(image, step) : image, extremes);
+    if (outside.empty())
         return;
     cv::dilate(outside, outside, cv::Mat(), {-1, -1}, 2);
-    changeLevelRows(image, [&outside](int i, float* p) {
-        for (int j = 0; j < outside.cols; ++j)
-            if (outside.at<unsigned char>(i, j) != NoArea)
+    const int cols = image.cols;
+    changeLevelRows(image, [&outside, step, cols](int i, float* p) {
+        const unsigned char* const isOutside = outside.ptr<unsigned char>(std::min(i / step, outside.rows - 1));
+        const int last = outside.cols - 1;
+        for (int j = 0; j < cols; ++j)
+            if (isOutside[std::min(j / step, last)] != NoArea)
                 p[2 * j] = p[2 * j + 1] = 0;
     });
 }
