@@ -98,8 +98,11 @@ double tissueOf(const PixelMatrix<float>& section) {
     return n / (double(section.getSize1()) * section.getSize2());
 }
 
-/// Shares of a section on less of which a motion of some pixels changes little.
-constexpr double littleTissue = 0.05, someTissue = 0.1;
+/// Share of a section on less of which a motion of some pixels changes little.
+constexpr double littleTissue = 0.05;
+
+/// In degrees: of a slice of which the turn is known no better the report says so.
+constexpr double doubtfulTurn = 0.75;
 
 void measure(const Set& set, const std::filesystem::path& data, const std::filesystem::path& folder,
              std::ostream& pairs) {
@@ -112,7 +115,7 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
     std::vector<RigidMotion> motions;
     std::vector<bool> shows;
     std::vector<double> tissue;
-    double side = 0;
+    double width = 0, height = 0;
     for (int i = 0; i < original.getNumSlices(); ++i) {
         const SectionImage section = sectionImageOf(original.getSlice(i));
         const double turn = some(random), x = some(random), y = some(random);
@@ -120,7 +123,8 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
         shows.push_back(SectionAligner::fault(*SectionAligner::prepare(section, section.pixelWidth)).empty());
         tissue.push_back(tissueOf(section.grey));
         const Image image = movedImage(section.grey, motions.back(), set, random);
-        side = std::max(image.getWidth(), image.getHeight());
+        width = image.getWidth();
+        height = image.getHeight();
         const std::string name = (folder / (std::to_string(i) + ".tif")).string();
         ImageWriter().write(image, name, true);
         auto* const slice = new StackSlice();
@@ -134,23 +138,26 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
     const auto begin = std::chrono::steady_clock::now();
     const RegistrationReport report = findAlignment(stack, {}, progress);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    std::vector<double> before, after, named, full, fuller;
+    std::vector<double> before, after, named, told, full;
     int worse = 0;
     for (int i = 1; i < stack.getNumSlices(); ++i) {
         const SliceAlignment& one = report.slices[std::size_t(i)];
         if (!shows[std::size_t(i)] || !shows[std::size_t(i - 1)])
             continue;
         const RigidMotion truth = motions[std::size_t(i - 1)] * motions[std::size_t(i)].inverse();
-        before.push_back(meanDistance({}, truth, side, side));
-        const double off = meanDistance(motionOf(one.after, 1, 1), truth, side, side);
+        before.push_back(meanDistance({}, truth, width, height));
+        const double off = meanDistance(motionOf(one.after, 1, 1), truth, width, height);
         (one.state == SliceAlignment::State::LeftAlone ? named : after).push_back(off);
+        const double turn = std::abs(std::remainder(motionOf(one.after, 1, 1).angle - truth.angle, 360 * degree)) / degree;
         const double least = std::min(tissue[std::size_t(i)], tissue[std::size_t(i - 1)]);
-        if (one.state != SliceAlignment::State::LeftAlone && least >= littleTissue)
+        const bool isNamed = one.state == SliceAlignment::State::LeftAlone;
+        if (!isNamed && one.turnDoubt <= doubtfulTurn)
+            told.push_back(off);
+        if (!isNamed && least >= littleTissue)
             full.push_back(off);
-        if (one.state != SliceAlignment::State::LeftAlone && least >= someTissue)
-            fuller.push_back(off);
         pairs << '"' << set.title << "\"," << one.name << ',' << one.stateWord() << ',' << before.back() << ',' << off
-              << ',' << least << ',' << one.scoreBefore << ',' << one.scoreAfter << ',' << one.support << ",\""
+              << ',' << least << ',' << one.scoreBefore << ',' << one.scoreAfter << ',' << one.support
+              << ',' << turn << ',' << one.turnDoubt << ",\""
               << one.reason << "\"\n";
         const double own = std::string(set.stack) == "vnc" ? 9 : 3;
         if (off > own)
@@ -161,7 +168,7 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
         worse += off > before.back() + own ? 1 : 0;
     }
     std::printf("| %s | %s | %s | %s | %s | %zu of %zu | %d | %.2f |\n", set.title, summary(before).c_str(),
-                summary(after).c_str(), summary(full).c_str(), summary(fuller).c_str(), named.size(), before.size(),
+                summary(after).c_str(), summary(told).c_str(), summary(full).c_str(), named.size(), before.size(),
                 worse, seconds / stack.getNumSlices());
     std::fflush(stdout);
 }
@@ -183,7 +190,7 @@ int main(int argc, char** argv) {
             std::cerr << "vorlen-alignment-truth: " << argv[argc - 1] << " can't be written\n";
             return 3;
         }
-        pairs << "Set,Slice,State,Before,Off,Tissue,Score before,Score after,Support,Reason\n";
+        pairs << "Set,Slice,State,Before,Off,Tissue,Score before,Score after,Support,Turn off,Turn doubt,Reason\n";
         argc -= 2;
     }
     const std::filesystem::path folder =
@@ -191,7 +198,7 @@ int main(int argc, char** argv) {
     int status = 0;
     try {
         std::filesystem::create_directories(folder);
-        std::printf("| Set | Before | Registered | With tissue on 5%% | On 10%% | Left alone | Worse | Seconds a "
+        std::printf("| Set | Before | Registered | Turn told | With tissue on 5%% | Left alone | Worse | Seconds a "
                     "section |\n|---|---|---|---|---|---|---|---|\n");
         for (int k = 1; k <= int(std::size(sets)); ++k) {
             const bool wanted = argc == 2 || std::any_of(argv + 2, argv + argc, [k](const char* argument) {

@@ -188,9 +188,10 @@ public:
         constexpr std::size_t n = JointHistogram::numClasses;
         std::array<double, n> sums{}, counts{};
         double sum = 0, count = 1e-9;
+        LevelRows classRows(classes), greyRows(greys);
         for (int i = 0; i < classes.rows; ++i) {
-            const float* const p = classes.ptr<float>(i);
-            const float* const q = greys.ptr<float>(i);
+            const float* const p = classRows(i);
+            const float* const q = greyRows(i);
             for (int j = 0; j < 2 * classes.cols; j += 2) {
                 if (!(p[j + 1] > present) || !(q[j + 1] > present))
                     continue;
@@ -221,11 +222,10 @@ public:
     Level mapped(const Level& level, const GreyClasses& classes) const {
         Level result = level;
         result.image = level.image.clone();
-        for (int i = 0; i < result.image.rows; ++i) {
-            float* const p = result.image.ptr<float>(i);
-            for (int j = 0; j < 2 * result.image.cols; j += 2)
+        changeLevelRows(result.image, [&](int, float* p) {
+            for (int j = 0; j < 2 * level.image.cols; j += 2)
                 p[j] = p[j + 1] > present ? at(classes.of(p[j])) : 0.0f;
-        }
+        });
         return result;
     }
 

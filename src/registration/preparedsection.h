@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <optional>
@@ -11,28 +10,9 @@
 
 #include "registration/jointhistogram.h"
 #include "registration/sectionaligner.h"
+#include "registration/sectionlevel.h"
 
 namespace vorlen {
-
-/// An image of a section at one scale. Index (column, row) stands at the position (originX + stepX column, originY +
-/// stepY row), seen from the middle of the section, in the length unit. For the sources of SectionAligner alone.
-struct SectionLevel {
-    /// What a pixel's second value is at least where the section shows something.
-    static constexpr float present = 0.999f;
-
-    cv::Mat image; ///< CV_32FC2: value, 0 where there is none; and 1 where there is one
-    double stepX = 1, stepY = 1, originX = 0, originY = 0;
-
-    int side() const { return std::max(image.cols, image.rows); }
-    /// In the square of the length unit: where the section shows something.
-    double area() const { return numPresent() * stepX * stepY; }
-    double numPresent() const;
-
-    /// A section as it comes to lie on this one's grid when the motion takes it onto this one.
-    cv::Mat moved(const SectionLevel& source, const RigidMotion& motion) const;
-    /// The same, into an image whose memory serves again when the size fits.
-    void move(const SectionLevel& source, const RigidMotion& motion, cv::Mat& result) const;
-};
 
 /// A section as SectionAligner works with it: its levels from fine to coarse, mean 0 and spread 1, smooth between the
 /// pixels.
@@ -45,6 +25,8 @@ public:
     static constexpr int choiceSide = 256;
 
     std::string fault; ///< why nothing can be matched with it; empty when something can
+    bool isBlackAndWhite = false; ///< nothing is left between the ends of the range of the greys
+    bool isMostlyCut = false;     ///< less is left between them than at either end
     double width = 0, height = 0;
     double pixel = 1;
     std::vector<SectionLevel> levels; ///< from fine to coarse, each half of the one before

@@ -333,18 +333,19 @@ SectionAligner::SectionPointer SectionAligner::medianOf(const std::vector<Sectio
         throw SizeError("SectionPointer SectionAligner::medianOf(...)",
                         "There must be a motion for each of some sections");
     Level level = onto.levels.front();
-    level.image = cv::Mat::zeros(level.image.size(), CV_32FC2);
+    level.image = Level::emptyImage(level.image.rows, level.image.cols);
     // In strips, so that not all images are there a second time.
     constexpr int strip = 64;
     std::vector<cv::Mat> parts(sections.size());
-    std::vector<float> values;
+    std::vector<float> values, row;
     for (int top = 0; top < level.image.rows; top += strip) {
         Level part = level;
         part.image = level.image.rowRange(top, std::min(top + strip, level.image.rows));
         part.originY = level.originY + top * level.stepY;
         for (std::size_t k = 0; k < sections.size(); ++k)
-            parts[k] = part.moved(sections[k]->levels.front(), motions[k]);
-        for (int i = 0; i < part.image.rows; ++i)
+            parts[k] = levelInFloats(part.moved(sections[k]->levels.front(), motions[k]));
+        for (int i = 0; i < part.image.rows; ++i) {
+            row.assign(std::size_t(2 * part.image.cols), 0.0f);
             for (int j = 0; j < part.image.cols; ++j) {
                 values.clear();
                 for (const cv::Mat& one : parts)
@@ -354,14 +355,23 @@ SectionAligner::SectionPointer SectionAligner::medianOf(const std::vector<Sectio
                     continue;
                 std::sort(values.begin(), values.end());
                 const std::size_t n = values.size();
-                part.image.at<cv::Vec2f>(i, j) = {0.5f * (values[n / 2] + values[(n - 1) / 2]), 1};
+                row[std::size_t(2 * j)] = 0.5f * (values[n / 2] + values[(n - 1) / 2]);
+                row[std::size_t(2 * j + 1)] = 1;
             }
+            setLevelRow(part.image, i, row.data());
+        }
     }
     return std::make_shared<Section>(onto, level);
 }
 
 const std::string& SectionAligner::fault(const Section& section) {
     return section.fault;
+}
+
+std::string SectionAligner::weakness(const Section& section) {
+    if (section.isBlackAndWhite)
+        return "saturated";
+    return section.isMostlyCut ? "mostly saturated" : "";
 }
 
 double SectionAligner::score(const Section& source, const Section& target, const RigidMotion& motion) {
@@ -382,7 +392,7 @@ SectionMatch SectionAligner::match(const Section& source, const Section& target,
                                    AlignmentMethod method, bool search) {
     SectionMatch none;
     none.motion = start;
-    if (!source.fault.empty() || !target.fault.empty())
+    if (!source.fault.empty() || !target.fault.empty() || source.isBlackAndWhite != target.isBlackAndWhite)
         return none;
     if (method == AlignmentMethod::MutualInformation)
         return informed(source, target, start, search).value_or(none);
@@ -398,16 +408,14 @@ namespace {
 
 /// The source as it is seen from behind, on the target.
 SectionMatch matchFromBehind(const Section& source, const Section& target) {
-    Section behind = source;
-    const auto flip = [](Level& level) {
-        cv::Mat image;
-        cv::flip(level.image, image, 1);
-        level.image = image;
-        level.originX = -(level.originX + level.stepX * (image.cols - 1));
+    Section behind = source; // the same images: their columns are counted from the other side
+    const auto turnOver = [](Level& level) {
+        level.originX = -level.originX;
+        level.stepX = -level.stepX;
     };
     for (Level& level : behind.levels)
-        flip(level);
-    flip(behind.search);
+        turnOver(level);
+    turnOver(behind.search);
     behind.forget();
     return SectionAligner::match(behind, target, {}, AlignmentMethod::Auto);
 }

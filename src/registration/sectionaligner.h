@@ -86,6 +86,11 @@ public:
     /// Why nothing can be matched with this section, in words ("blank", ...); empty when something can.
     static const std::string& fault(const Section& section);
 
+    /// Why so little of a section is left that it may fit nothing although it belongs there, in words ("saturated");
+    /// empty for what shows its greys. One that is all black and white is matched with others of its kind alone, as
+    /// those of a stack of masks: on a section with greys its outline would be all that it has to go by.
+    static std::string weakness(const Section& section);
+
     /// How well the source, moved, fits the target, from 0 to 1: the absolute value of the correlation of what both
     /// show, after a surface of second order, the light, is taken off each, times the square root of twice the share of
     /// the smaller section that the overlap takes, where this is less than a half. 0 when either has a fault.

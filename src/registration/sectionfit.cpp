@@ -37,9 +37,10 @@ struct Sums {
 
 Sums sumsOf(const cv::Mat& first, const cv::Mat& second) {
     Sums sums;
+    LevelRows firstRows(first), secondRows(second);
     for (int i = 0; i < first.rows; ++i) {
-        const float* const p = first.ptr<float>(i);
-        const float* const q = second.ptr<float>(i);
+        const float* const p = firstRows(i);
+        const float* const q = secondRows(i);
         float n = 0, a = 0, b = 0, aa = 0, bb = 0, ab = 0;
         for (int j = 0; j < 2 * first.cols; j += 2) {
             const float w = p[j + 1] > present && q[j + 1] > present ? 1.0f : 0.0f;
@@ -77,9 +78,10 @@ LightSurface lightBetween(const cv::Mat& target, const cv::Mat& source, float ga
     cv::Matx<double, 6, 6> normal = cv::Matx<double, 6, 6>::zeros();
     cv::Vec<double, 6> right = cv::Vec<double, 6>::all(0);
     const int step = target.total() > 10000 ? 4 : 1;
+    LevelRows targetRows(target), sourceRows(source);
     for (int i = 0; i < target.rows; i += step) {
-        const float* const t = target.ptr<float>(i);
-        const float* const s = source.ptr<float>(i);
+        const float* const t = targetRows(i);
+        const float* const s = sourceRows(i);
         const double y = 2.0 * i / target.rows - 1;
         for (int j = 0; j < target.cols; j += step) {
             if (!(t[2 * j + 1] > present) || !(s[2 * j + 1] > present))
@@ -105,42 +107,66 @@ LightSurface lightBetween(const cv::Mat& target, const cv::Mat& source, float ga
     return light;
 }
 
-/// Where the target's grey changes, and how fast: of great images on every second row.
-struct Slopes {
+/// Where the target's grey changes, and how fast: of great images on every second row. Of these the slopes are found
+/// anew each time, as they would take as much memory as the image.
+class Slopes {
+public:
     Level target;      ///< a view of the full image, which must outlive it
-    cv::Mat x, y;      ///< change of the grey by the length unit; 0 where a neighbour is missing
     double radius = 1; ///< of the image, by which turns become lengths
     double lenience = 10;
 
     explicit Slopes(const Level& full);
 
+    /// Change of the grey by the length unit, across and down; 0 where a neighbour is missing. Until the next is asked
+    /// for.
+    struct Row {
+        const float *across, *down;
+    };
+    Row row(int i) const;
+
 private:
-    void addRow(const Level& full, int from, int to);
+    void findRow(int i, float* across, float* down) const;
+
+    const Level& __full;
+    int __stride;
+    mutable LevelRows __above, __here, __below;
+    mutable cv::Mat __across, __down; // of all rows, or of the one last asked for
 };
 
-Slopes::Slopes(const Level& full) : target(full), lenience(lenienceOf(full.side())) {
-    const int stride = full.image.total() > 400000 ? 2 : 1;
-    target.image = cv::Mat(full.image.rows / stride, full.image.cols, full.image.type(), full.image.data,
-                           std::size_t(stride) * full.image.step);
-    target.stepY *= stride;
-    x = cv::Mat::zeros(target.image.size(), CV_32F);
-    y = cv::Mat::zeros(target.image.size(), CV_32F);
-    for (int i = 0; i < target.image.rows; ++i)
-        addRow(full, stride * i, i);
+Slopes::Slopes(const Level& full)
+    : target(full), lenience(lenienceOf(full.side())), __full(full), __stride(full.image.total() > 400000 ? 2 : 1),
+      __above(full.image), __here(full.image), __below(full.image) {
+    target.image = cv::Mat(full.image.rows / __stride, full.image.cols, full.image.type(), full.image.data,
+                           std::size_t(__stride) * full.image.step);
+    target.stepY *= __stride;
     radius = 0.5 * std::hypot(target.image.cols * target.stepX, target.image.rows * target.stepY);
+    const int numKept = __stride == 1 ? target.image.rows : 1;
+    __across = cv::Mat::zeros(numKept, target.image.cols, CV_32F);
+    __down = cv::Mat::zeros(numKept, target.image.cols, CV_32F);
+    for (int i = 0; i < numKept && __stride == 1; ++i)
+        findRow(i, __across.ptr<float>(i), __down.ptr<float>(i));
+}
+
+Slopes::Row Slopes::row(int i) const {
+    if (__stride == 1)
+        return {__across.ptr<float>(i), __down.ptr<float>(i)};
+    findRow(i, __across.ptr<float>(0), __down.ptr<float>(0));
+    return {__across.ptr<float>(0), __down.ptr<float>(0)};
 }
 
 /// The operator of Scharr.
-void Slopes::addRow(const Level& full, int from, int to) {
-    if (from < 1 || from + 1 >= full.image.rows)
+void Slopes::findRow(int i, float* across, float* down) const {
+    const int from = __stride * i, cols = __full.image.cols;
+    if (from < 1 || from + 1 >= __full.image.rows) {
+        std::fill(across, across + cols, 0.0f);
+        std::fill(down, down + cols, 0.0f);
         return;
-    const float* const above = full.image.ptr<float>(from - 1);
-    const float* const here = full.image.ptr<float>(from);
-    const float* const below = full.image.ptr<float>(from + 1);
-    float* const across = x.ptr<float>(to);
-    float* const down = y.ptr<float>(to);
-    const auto perX = float(1 / (32.0 * full.stepX)), perY = float(1 / (32.0 * full.stepY));
-    for (int j = 1; j + 1 < full.image.cols; ++j) {
+    }
+    const float* const above = __above(from - 1);
+    const float* const here = __here(from);
+    const float* const below = __below(from + 1);
+    const auto perX = float(1 / (32.0 * __full.stepX)), perY = float(1 / (32.0 * __full.stepY));
+    for (int j = 1; j + 1 < cols; ++j) {
         const int l = 2 * j - 2, m = 2 * j, r = 2 * j + 2;
         const float least = std::min({above[l + 1], above[m + 1], above[r + 1], here[l + 1], here[m + 1], here[r + 1],
                                       below[l + 1], below[m + 1], below[r + 1]});
@@ -186,11 +212,11 @@ std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& so
     const float scale = float(1 / (slopes.lenience * slopes.lenience * spread * spread));
     const LightSurface light = lightBetween(target.image, warped, gain, offset);
     NormalEquations all;
+    LevelRows targetRows(target.image), sourceRows(warped);
     for (int i = 0; i < rows; ++i) {
-        const float* const t = target.image.ptr<float>(i);
-        const float* const s = warped.ptr<float>(i);
-        const float* const px = slopes.x.ptr<float>(i);
-        const float* const py = slopes.y.ptr<float>(i);
+        const float* const t = targetRows(i);
+        const float* const s = sourceRows(i);
+        const auto [px, py] = slopes.row(i);
         const auto y = float((target.originY + i * target.stepY) / slopes.radius);
         const auto x0 = float(target.originX / slopes.radius), dx = float(target.stepX / slopes.radius);
         const float lightX = 2.0f / float(cols), lightY = 2.0f * float(i) / float(rows) - 1;
@@ -229,7 +255,7 @@ std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& so
 /// The first image without the light that is on it where both images are.
 cv::Mat withoutLight(const cv::Mat& image, const cv::Mat& other) {
     const LightSurface light = lightBetween(image, other, 0, 0); // of nothing less the image
-    cv::Mat result = image.clone();
+    cv::Mat result = levelInFloats(image).clone();
     for (int i = 0; i < result.rows; ++i) {
         float* const p = result.ptr<float>(i);
         const float y = 2.0f * float(i) / float(result.rows) - 1;
@@ -280,6 +306,7 @@ void tellSpread(SectionMatch& match, const Level& target, const Level& source) {
     const Slopes slopes(target);
     cv::Mat warped;
     const auto e = equationsOf(slopes, source, match.motion, warped);
+    match.angleSpread = pi;
     if (!e)
         return;
     const double alone = std::max(e->turnAlone(), 1e-30);
@@ -310,8 +337,8 @@ BlockSupport supportAt(const Level& target, const Level& source, const RigidMoti
     const int size = std::max(12, target.side() / 10), reach = 6;
     constexpr double near = 2.1;
     std::vector<cv::Mat> t, s;
-    cv::split(target.image, t);
-    cv::split(warped, s);
+    cv::split(levelInFloats(target.image), t);
+    cv::split(levelInFloats(warped), s);
     BlockSupport support;
     int numNear = 0;
     cv::Mat surface;

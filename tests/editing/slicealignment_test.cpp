@@ -151,6 +151,7 @@ TEST(SliceAlignment, slicesThatNothingFitsAreLeftAloneAndNamed) {
     tissue.add("missing", plain);
     good(5);
     tissue.remove("missing");
+    tissue.add("cut", sectionOfTissue(140, 140, {0.02, 1, 2}), [](int, int, double v) { return v > 127 ? 255 : 0; });
     for (const int i : {6, 8})
         tissue.stack.getSlice(i).setRegistration(Registration(1.5, -2, 3));
     const RegistrationReport report = tissue.registered();
@@ -159,7 +160,8 @@ TEST(SliceAlignment, slicesThatNothingFitsAreLeftAloneAndNamed) {
                                                {4, "too small"},
                                                {6, "it fits none of its neighbours"},
                                                {8, "mirrored: it fits when it is turned over"},
-                                               {10, "its image can't be read"}};
+                                               {10, "its image can't be read"},
+                                               {12, "saturated"}};
     for (const auto& [place, reason] : bad) {
         const SliceAlignment& one = report.slices[std::size_t(place)];
         EXPECT_EQ(one.state, State::LeftAlone) << one.name;

@@ -228,8 +228,36 @@ TEST(SectionAligner, namesWhatNothingCanBeMatchedWith) {
     EXPECT_EQ(faultOf(100, 100, [&](int, int, float) { return nothing; }), "blank");
     EXPECT_EQ(faultOf(100, 100, [](int, int, float) { return 255; }), "saturated");
     EXPECT_EQ(faultOf(100, 100, [](int i, int, float v) { return i < 3 ? v : 255; }), "saturated");
+    EXPECT_EQ(faultOf(100, 100, [](int, int, float) { return 254; }), "saturated"); // by a file with losses
     EXPECT_EQ(faultOf(100, 1, [](int, int, float v) { return v; }), "too small");
     EXPECT_EQ(faultOf(0, 0, [](int, int, float v) { return v; }), "too small");
+}
+
+// Cut off to black and white, with the blur of a file with losses; so far that most of it is; and a mask, the greys of
+// which are no more than 0 and 1.
+TEST(SectionAligner, whatIsBlackAndWhiteIsMatchedWithItsKindAlone) {
+    const auto cut = [](const RigidMotion& motion, float gain, float white) {
+        SectionImage section = sectionOfTissue(160, 160, motion);
+        change(section, [&](int i, int j, float v) {
+            const float blur = float((i + j) % 3), grey = std::clamp(127 + gain * (v - 127), blur, 255 - blur);
+            return grey * white / 255;
+        });
+        return SectionAligner::prepare(section, 1);
+    };
+    const RigidMotion motion{0.1, 4, -3};
+    const auto grey = cut({}, 1, 255), hard = cut(motion, 1000, 255), other = cut({}, 1000, 255),
+               bright = cut(motion, 10, 255), mask = cut(motion, 1000, 1);
+    EXPECT_EQ(SectionAligner::weakness(*grey), "");
+    EXPECT_EQ(SectionAligner::weakness(*hard), "saturated");
+    EXPECT_EQ(SectionAligner::weakness(*bright), "mostly saturated");
+    EXPECT_EQ(SectionAligner::weakness(*mask), "");
+    EXPECT_FALSE(SectionAligner::match(*hard, *grey, {}).found);
+    EXPECT_FALSE(SectionAligner::match(*grey, *hard, {}).found);
+    for (const auto& [source, target] : {std::pair(hard, other), {bright, grey}, {mask, grey}}) {
+        const SectionMatch match = SectionAligner::match(*source, *target, {});
+        EXPECT_TRUE(match.found);
+        EXPECT_LT(meanDistance(match.motion, motion, 160, 160), 0.5);
+    }
 }
 
 } // namespace

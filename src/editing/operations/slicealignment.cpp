@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <list>
 #include <map>
 
@@ -36,6 +37,34 @@ constexpr double noDifference = 1e-9;
 
 /// In pixels: a slice that is to move by less lies well, and stays.
 constexpr double noMove = 0.05;
+
+/// In degrees: a turn that is told no more surely than this is remarked on.
+constexpr double doubtfulTurn = 0.75;
+
+/// In degrees, of a match: twice the spread, as of an error that is rarely greater; 0 where nothing is known of it.
+double turnDoubtOf(const SectionMatch& match) {
+    return match.found ? std::min(180.0, 2 * match.angleSpread * 360 / fullTurn) : 0;
+}
+
+/// Of a slice with little on it: where it lies is told, but hardly how it is turned.
+void remarkOnTurn(SliceAlignment& entry) {
+    if (entry.reason.empty() && entry.turnDoubt > doubtfulTurn) {
+        char text[96] = "";
+        std::snprintf(text, sizeof text, "little tells how it is turned: it may be %.1f degrees off", entry.turnDoubt);
+        entry.reason = text;
+    }
+}
+
+/// What little a slice shows, in words; empty where it shows its greys.
+std::string weaknessOf(const SliceSection& section) {
+    return section.section == nullptr ? "" : SectionAligner::weakness(*section.section);
+}
+
+/// Why a slice is left alone that fits nothing.
+std::string misfit(const SliceSection& section, const std::string& what) {
+    const std::string weakness = weaknessOf(section);
+    return weakness.empty() ? what : weakness + ": " + what;
+}
 
 /// So well borne out that others may begin with it: by so many blocks that chance has no part in it.
 bool isSure(const SectionMatch& match) {
@@ -449,9 +478,11 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
     if (pair != nullptr) {
         entry.support = pair->match.support;
         entry.method = pair->match.found ? wordOf(pair->match.method) : "";
+        entry.turnDoubt = turnDoubtOf(pair->match);
     }
     if (!__fits[std::size_t(i)]) {
-        entry.reason = entry.mirrored ? "mirrored: it fits when it is turned over" : "it fits none of its neighbours";
+        entry.reason = entry.mirrored ? "mirrored: it fits when it is turned over"
+                                      : misfit(source, "it fits none of its neighbours");
         return;
     }
     // Where all pairs together bring it, else the one pair alone, but never where it fits less than it did.
@@ -466,6 +497,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
             source.pixel;
         if (moved < noMove) {
             entry.state = State::Unchanged;
+            remarkOnTurn(entry);
             return;
         }
         const double score = scored(place);
@@ -481,6 +513,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         const double turn = std::abs(std::remainder(double(entry.after.getRotationAngle()), 360.0));
         if (turn > 135 && std::abs(world) > 0.375 * fullTurn)
             entry.reason = "it lay upside down";
+        remarkOnTurn(entry);
         return;
     }
     entry.reason = "nothing fits better than what was there";
@@ -631,14 +664,19 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     if (!match.found) {
         entry.mirrored = options.method != AlignmentMethod::PrincipalAxes &&
                          SectionAligner::isMirrored(*source.section, *target.section, before);
-        entry.reason = entry.mirrored ? "mirrored: it fits when it is turned over" : "the two slices don't fit";
+        const std::string other = weaknessOf(target);
+        entry.reason = entry.mirrored                                   ? "mirrored: it fits when it is turned over"
+                       : !other.empty() && weaknessOf(source).empty() ? "the other slice: " + other
+                                                                        : misfit(source, "the two slices don't fit");
         return entry;
     }
     entry.method = wordOf(match.method);
+    entry.turnDoubt = turnDoubtOf(match);
     const Registration found = registrationOfStep(slice, match.motion);
     const double moved = meanDistance(before, stepOf(slice, found), source.width, source.height) / source.pixel;
     if (moved < noMove) {
         entry.state = State::Unchanged;
+        remarkOnTurn(entry);
         return entry;
     }
     const double score = SectionAligner::score(*source.section, *target.section, stepOf(slice, found), measure);
@@ -650,6 +688,7 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     entry.scoreAfter = score;
     entry.moved = moved;
     entry.state = State::Registered;
+    remarkOnTurn(entry);
     return entry;
 }
 

@@ -55,6 +55,7 @@ struct SliceAlignment {
     double scoreBefore = 0, scoreAfter = 0; ///< see SectionAligner::score(), by the method that found it
     double support = 0;                     ///< see SectionMatch
     double moved = 0;                       ///< mean way of its pixels against the slice before, in pixels
+    double turnDoubt = 0;                   ///< how far off its turn may well be, in degrees, by what the images tell
     std::string method;                     ///< that found its place; empty when none did
     bool mirrored = false;
 
