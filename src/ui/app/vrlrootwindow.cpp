@@ -174,15 +174,10 @@ VRLRootWindow::VRLRootWindow() {
         __statusBar->setWarning(recovery->problem());
     }
     connect(qApp, &QCoreApplication::aboutToQuit, this, &QObject::deleteLater);
-    const QSettings settings;
-    const QPoint position = settings.value("rootWindow/pos", QPoint(0, 0)).toPoint();
-    const QSize size = settings.value("rootWindow/size", defaultSize()).toSize();
-    const QRect place = placedOnScreen(QRect(position, size));
-    move(place.topLeft());
-    resize(place.size());
     QGuiApplication::setWindowIcon(VRLIcons::logo()); // of dialogs and windows that have none of their own, too
     setWindowFlag(Qt::Window);
     setAttribute(Qt::WA_DeleteOnClose);
+    keepPlace(*this, "rootWindow", defaultSize());
     show();
     // Only now does the workspace have its size: in a smaller one the docks would come back at their least.
     __workspace->restoreLayout();
@@ -318,16 +313,6 @@ void VRLRootWindow::dropEvent(QDropEvent* event) {
     for (const QUrl& url : event->mimeData()->urls())
         paths += url.toLocalFile();
     __mediator->openDropped(paths);
-}
-
-void VRLRootWindow::moveEvent(QMoveEvent* event) {
-    QWidget::moveEvent(event);
-    QSettings().setValue("rootWindow/pos", pos());
-}
-
-void VRLRootWindow::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    QSettings().setValue("rootWindow/size", size());
 }
 
 void VRLRootWindow::closeEvent(QCloseEvent* event) {

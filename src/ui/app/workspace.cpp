@@ -1,5 +1,6 @@
 #include "ui/app/workspace.h"
 
+#include <algorithm>
 #include <vector>
 
 #include <QCheckBox>
@@ -81,6 +82,8 @@ Workspace::Workspace(QWidget* views, VRLRootSliceEditWidget& sliceWidget, QWidge
     tabifyDockWidget(__modelDock, __historyDock);
     __optionsDock = newDock("Tool options", "dock.toolOptions", newToolOptions(sliceWidget.getMediator()));
     addDockWidget(Qt::RightDockWidgetArea, __optionsDock);
+    connect(&sliceWidget.getMediator(), &VRLSliceEditWidgetMediator::toolChosen, this, &Workspace::fitToolOptions,
+            Qt::QueuedConnection); // when they are there
     __modelDock->raise();
     __cuts = new CutsPanel(modelViews, this);
     __cutsDock = newDock("Cuts", "dock.cuts", newCuts());
@@ -120,6 +123,18 @@ QWidget* Workspace::newToolOptions(VRLSliceEditWidgetMediator& editor) {
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     view->setWidget(new ToolOptionsPanel(editor, view));
     return view;
+}
+
+void Workspace::fitToolOptions() {
+    auto* const view = static_cast<QScrollArea*>(__optionsDock->widget());
+    if (__optionsDock->isFloating() || !__optionsDock->isVisible() || !tabifiedDockWidgets(__optionsDock).isEmpty())
+        return;
+    const QWidget& options = *view->widget();
+    const int needed = options.layout()->hasHeightForWidth() ? options.layout()->totalHeightForWidth(options.width())
+                                                             : options.sizeHint().height();
+    const int lacking = needed - view->viewport()->height();
+    if (lacking > 0)
+        resizeDocks({__optionsDock}, {std::min(__optionsDock->height() + lacking, height() * 3 / 5)}, Qt::Vertical);
 }
 
 QWidget* Workspace::newCuts() {

@@ -14,7 +14,8 @@ namespace vorlen {
 QRect placedOnScreen(const QRect& wanted);
 
 /// Puts a window where it was when it was open last, or else into the upper left corner in the size given, and keeps
-/// its place from then on: under NAME/pos and NAME/size in the settings.
+/// its place from then on: under NAME/pos and NAME/size in the settings. A window that was maximized is so again, with
+/// the place that it had before as the one to come back to.
 void keepPlace(QWidget& window, const QString& name, const QSize& size);
 
 } // namespace vorlen

@@ -8,6 +8,8 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QSurfaceFormat>
+#include <QWidget>
+#include <QWindow>
 
 #include "ui/widgets/placedwindow.h"
 
@@ -21,6 +23,10 @@ namespace vorlen {
 ///
 /// Texts of labels, message boxes and tool tips are plain, unless they were made something else: the name of a file or
 /// a model may look like a text with marks. No window begins larger than its screen, as far as what is in it lets it.
+///
+/// A dialog that closes while the list below one of its fields is open, as that of file names does by Return, leaves
+/// Qt 6.4 without an active window: nothing then has the focus, not even what is clicked on. The next key or click
+/// finds the window again that the desktop gives the keys to.
 class VorlenApplication : public QApplication {
 public:
     VorlenApplication(int& argc, char** argv) : QApplication(withSurfaceFormat(argc), argv) {
@@ -49,6 +55,8 @@ public:
         }
         if (event->type() == QEvent::Show && !event->spontaneous() && receiver->isWidgetType())
             keepOnScreen(*static_cast<QWidget*>(receiver));
+        if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::MouseButtonPress)
+            findActiveWindow();
         return QApplication::notify(receiver, event);
     }
 
@@ -58,6 +66,14 @@ private:
             return;
         if (const QRect placed = placedOnScreen(widget.geometry()); placed.size() != widget.size())
             widget.setGeometry(placed);
+    }
+
+    static void findActiveWindow() {
+        if (activeWindow() != nullptr || activePopupWidget() != nullptr || focusWindow() == nullptr)
+            return;
+        for (QWidget* const widget : topLevelWidgets())
+            if (widget->windowHandle() == focusWindow() && widget->windowType() != Qt::Popup)
+                setActiveWindow(widget);
     }
 
     static int& withSurfaceFormat(int& argc) {

@@ -9,6 +9,8 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -212,6 +214,22 @@ TEST_F(WorkspaceTest, theToolOptionsStandInADockThatComesAndGoes) {
     QWidget* const reach = workspace().optionsDock().findChild<QWidget*>("wire.reach");
     ASSERT_NE(reach, nullptr);
     EXPECT_TRUE(QTest::qWaitFor([reach] { return reach->isVisible(); }));
+}
+
+TEST_F(WorkspaceTest, theToolOptionsGetTheHeightThatTheyNeed) {
+    open();
+    window->resize(1200, 1000);
+    const auto* const view = static_cast<QScrollArea*>(workspace().optionsDock().widget());
+    const auto allSeen = [view] { return view->verticalScrollBar()->maximum() == 0; };
+    ASSERT_TRUE(QTest::qWaitFor(allSeen));
+    for (const char* tool : {"tool.brush", "tool.automatic", "tool.snake"}) {
+        editor().chooseTool(tool);
+        EXPECT_TRUE(QTest::qWaitFor(allSeen, 2000)) << tool;
+    }
+    const int height = workspace().optionsDock().height();
+    editor().chooseTool("tool.select");
+    QTest::qWait(100);
+    EXPECT_EQ(workspace().optionsDock().height(), height); // the panel does not jump at each tool
 }
 
 TEST_F(WorkspaceTest, theHistoryListsStepsAndGoesToEach) {

@@ -3,6 +3,7 @@
 #include <QDialog>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QScreen>
 #include <QSettings>
@@ -12,10 +13,12 @@
 #include <QTest>
 #include <QTimer>
 #include <QToolTip>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
 #include "ui/widgets/colorselector.h"
+#include "ui/widgets/placedwindow.h"
 #include "ui/widgets/qinputbox.h"
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/vrlsplitter.h"
@@ -80,6 +83,52 @@ TEST(VorlenApplication, textsWithMarksAreShownAsTheyAre) {
     EXPECT_EQ(seen->text(), tip);
     EXPECT_EQ(seen->textFormat(), Qt::PlainText);
     QToolTip::hideText();
+}
+
+/// As it is left by a dialog of files in which a name was typed and taken by Return.
+TEST(VorlenApplication, aWindowWithoutFocusGetsItBackByTheNextKeyOrClick) {
+    QWidget window;
+    QLineEdit field(&window);
+    window.show();
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    field.setFocus();
+    const auto loseFocus = [] {
+        QApplication::setActiveWindow(nullptr);
+        ASSERT_EQ(QApplication::focusWidget(), nullptr);
+    };
+    loseFocus();
+    QTest::keyClick(window.windowHandle(), Qt::Key_B);
+    EXPECT_EQ(QApplication::focusWidget(), &field);
+    EXPECT_EQ(field.text(), "b");
+    loseFocus();
+    QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, field.geometry().center());
+    EXPECT_EQ(QApplication::focusWidget(), &field);
+}
+
+TEST(PlacedWindow, aMaximizedOneIsSoAgainAndKeepsThePlaceToComeBackTo) {
+    QSettings().remove("testWindow");
+    const QRect usual(40, 30, 300, 200);
+    {
+        QWidget window;
+        keepPlace(window, "testWindow", QSize(300, 200));
+        window.setGeometry(usual);
+        window.show();
+        QTest::qWait(400);        // it rests
+        window.resize(1000, 800); // the news of the size comes first
+        window.setWindowState(Qt::WindowMaximized);
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(QSettings().value("testWindow/size").toSize(), usual.size());
+    EXPECT_EQ(QSettings().value("testWindow/pos").toPoint(), usual.topLeft());
+    QWidget again;
+    keepPlace(again, "testWindow", QSize(500, 500));
+    EXPECT_TRUE(again.isMaximized());
+    again.setWindowState(Qt::WindowNoState);
+    QWidget third;
+    keepPlace(third, "testWindow", QSize(500, 500));
+    EXPECT_FALSE(third.isMaximized());
+    EXPECT_EQ(third.size(), usual.size());
 }
 
 TEST(VRLSplitter, comesBackAsItWasLeft) {
