@@ -20,6 +20,7 @@ namespace {
 QLineEdit* nameField(const QString& accessibleName, QWidget* parent) {
     auto* field = new QLineEdit(parent);
     field->setReadOnly(true);
+    field->setFocusPolicy(Qt::ClickFocus); // to be copied from; the keys are for the slice
     field->setFixedWidth(100);
     field->setAccessibleName(accessibleName);
     return field;

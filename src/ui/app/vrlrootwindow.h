@@ -6,6 +6,7 @@
 
 class QFrame;
 class QLabel;
+class QMenu;
 class QToolBar;
 
 namespace vorlen {
@@ -78,6 +79,7 @@ private:
     static int numOpenRootWindows();
 
     QLabel* newHintLine(QWidget* parent);
+    void addOutlineMenu(QMenu& edit);
     void toggle(QWidget& part, const QString& settingsKey);
 
     static int __numRootWindows;

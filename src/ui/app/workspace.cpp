@@ -196,7 +196,11 @@ void Workspace::saveLayout() const {
 }
 
 void Workspace::restoreLayout() {
-    restoreState(QSettings().value(layoutKey).toByteArray(), layoutVersion);
+    if (restoreState(QSettings().value(layoutKey).toByteArray(), layoutVersion))
+        return;
+    const int most = width() * 3 / 10; // the slice has the greater part of a small window, too
+    if (__modelDock->width() > most)
+        resizeDocks({__modelDock, __optionsDock}, {most, most}, Qt::Horizontal);
 }
 
 } // namespace vorlen

@@ -2,11 +2,16 @@
 
 #include <algorithm>
 
+#include <QApplication>
+#include <QDialog>
 #include <QEvent>
-#include <QGuiApplication>
+#include <QLayout>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <QWidget>
 
 namespace vorlen {
@@ -58,6 +63,57 @@ private:
     QTimer __atRest;
 };
 
+/// What the screen of a window has to offer.
+QRect roomFor(const QWidget& window) {
+    return (window.screen() != nullptr ? window.screen() : QGuiApplication::primaryScreen())->availableGeometry();
+}
+
+/// What the desktop puts around windows, as one that is there already has it.
+QSize usualFrame() {
+    for (const QWidget* const window : QApplication::topLevelWidgets())
+        if (window->isVisible() && (window->windowType() == Qt::Window || window->windowType() == Qt::Dialog))
+            return window->frameGeometry().size() - window->size();
+    return {0, 0};
+}
+
+/// The fields of a dialog that is larger than the room at least go into a view that scrolls.
+void makeScrollable(QDialog& dialog, const QSize& room) {
+    QLayout* const fields = dialog.layout();
+    const bool isOfQt = dialog.metaObject() != &QDialog::staticMetaObject &&
+                        QByteArray(dialog.metaObject()->className()).startsWith('Q');
+    if (fields == nullptr || isOfQt || dialog.inherits("QMessageBox"))
+        return;
+    const QSize least = fields->totalMinimumSize().expandedTo(dialog.minimumSize());
+    if (least.width() <= room.width() && least.height() <= room.height())
+        return;
+    auto* const view = new QScrollArea;
+    view->setFrameShape(QFrame::NoFrame);
+    view->setWidgetResizable(true);
+    auto* const content = new QWidget;
+    content->setLayout(fields); // takes it, and what it lays out, from the dialog
+    view->setWidget(content);
+    auto* const around = new QVBoxLayout(&dialog);
+    around->setContentsMargins(0, 0, 0, 0);
+    around->addWidget(view);
+    dialog.setMinimumSize(0, 0);
+    const int bar = view->verticalScrollBar()->sizeHint().width();
+    dialog.resize(dialog.size().expandedTo(least + QSize(bar, bar)).boundedTo(room));
+}
+
+void settleFrame(QWidget& window) {
+    if (!window.isVisible() || window.isMaximized() || window.isFullScreen())
+        return;
+    const QRect room = roomFor(window), frame = window.frameGeometry();
+    const QSize over = (frame.size() - room.size()).expandedTo(QSize(0, 0));
+    if (!over.isNull())
+        window.resize(window.size() - over);
+    const QSize size = frame.size() - over;
+    const int left = std::clamp(frame.left(), room.left(), room.left() + room.width() - size.width());
+    const int top = std::clamp(frame.top(), room.top(), room.top() + room.height() - size.height());
+    if (QPoint(left, top) != frame.topLeft())
+        window.move(left, top);
+}
+
 } // namespace
 
 QRect placedOnScreen(const QRect& wanted) {
@@ -74,6 +130,20 @@ QRect placedOnScreen(const QRect& wanted) {
     const int left = std::clamp(wanted.left(), offered.left(), offered.left() + offered.width() - size.width());
     const int top = std::clamp(wanted.top(), offered.top(), offered.top() + offered.height() - size.height());
     return QRect(QPoint(left, top), size);
+}
+
+void fitOnScreen(QWidget& window) {
+    if (window.windowType() != Qt::Window && window.windowType() != Qt::Dialog)
+        return;
+    const QSize frame = usualFrame();
+    if (auto* const dialog = qobject_cast<QDialog*>(&window))
+        makeScrollable(*dialog, roomFor(window).size() - frame);
+    const QRect wanted = window.geometry();
+    const QRect placed = placedOnScreen(QRect(wanted.topLeft(), wanted.size() + frame));
+    if (placed.size() != wanted.size() + frame)
+        window.setGeometry(QRect(placed.topLeft(), placed.size() - frame));
+    for (const int milliseconds : {100, 400})
+        QTimer::singleShot(milliseconds, &window, [&window] { settleFrame(window); });
 }
 
 void keepPlace(QWidget& window, const QString& name, const QSize& size) {

@@ -22,7 +22,7 @@ namespace vorlen {
 /// in files have a point.
 ///
 /// Texts of labels, message boxes and tool tips are plain, unless they were made something else: the name of a file or
-/// a model may look like a text with marks. No window begins larger than its screen, as far as what is in it lets it.
+/// a model may look like a text with marks. No window begins larger than its screen.
 ///
 /// A dialog that closes while the list below one of its fields is open, as that of file names does by Return, leaves
 /// Qt 6.4 without an active window: nothing then has the focus, not even what is clicked on. The next key or click
@@ -54,20 +54,13 @@ public:
                 box->setTextFormat(Qt::PlainText);
         }
         if (event->type() == QEvent::Show && !event->spontaneous() && receiver->isWidgetType())
-            keepOnScreen(*static_cast<QWidget*>(receiver));
+            fitOnScreen(*static_cast<QWidget*>(receiver));
         if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::MouseButtonPress)
             findActiveWindow();
         return QApplication::notify(receiver, event);
     }
 
 private:
-    static void keepOnScreen(QWidget& widget) {
-        if (widget.windowType() != Qt::Window && widget.windowType() != Qt::Dialog)
-            return;
-        if (const QRect placed = placedOnScreen(widget.geometry()); placed.size() != widget.size())
-            widget.setGeometry(placed);
-    }
-
     static void findActiveWindow() {
         if (activeWindow() != nullptr || activePopupWidget() != nullptr || focusWindow() == nullptr)
             return;

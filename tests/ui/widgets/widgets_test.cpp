@@ -6,6 +6,8 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSlider>
@@ -13,6 +15,7 @@
 #include <QTest>
 #include <QTimer>
 #include <QToolTip>
+#include <QVBoxLayout>
 #include <QWindow>
 
 #include <gtest/gtest.h>
@@ -56,6 +59,28 @@ TEST(VorlenApplication, noWindowBeginsLargerThanItsScreen) {
     EXPECT_EQ(window.size(), QSize(300, room.height()));
     EXPECT_TRUE(room.contains(dialog.geometry()));
     EXPECT_TRUE(room.contains(window.geometry()));
+}
+
+TEST(VorlenApplication, aDialogThatNeedsMoreThanTheScreenScrolls) {
+    const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
+    QDialog dialog;
+    auto* const layout = new QVBoxLayout(&dialog);
+    for (int i = 0; i < 3; ++i) {
+        auto* const field = new QLineEdit(&dialog);
+        field->setMinimumHeight(600);
+        layout->addWidget(field);
+    }
+    dialog.show();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(room.contains(dialog.geometry()));
+    auto* const view = dialog.findChild<QScrollArea*>();
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(view->findChildren<QLineEdit*>().size(), 3);
+    EXPECT_EQ(view->horizontalScrollBar()->maximum(), 0); // wide enough for the bar beside the fields
+    EXPECT_GT(view->verticalScrollBar()->maximum(), 0);
+    dialog.hide();
+    dialog.show();
+    EXPECT_EQ(dialog.findChildren<QScrollArea*>().size(), 1); // once
 }
 
 TEST(VorlenApplication, textsWithMarksAreShownAsTheyAre) {
