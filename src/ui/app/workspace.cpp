@@ -133,8 +133,15 @@ void Workspace::fitToolOptions() {
     const int needed = options.layout()->hasHeightForWidth() ? options.layout()->totalHeightForWidth(options.width())
                                                              : options.sizeHint().height();
     const int lacking = needed - view->viewport()->height();
-    if (lacking > 0)
-        resizeDocks({__optionsDock}, {std::min(__optionsDock->height() + lacking, height() * 3 / 5)}, Qt::Vertical);
+    if (lacking <= 0)
+        return;
+    const int wanted = std::min(__optionsDock->height() + lacking, height() * 3 / 5);
+    // What is not told to be smaller would take its part of what is won.
+    QDockWidget* const above = __modelDock->visibleRegion().isEmpty() ? __historyDock : __modelDock;
+    if (dockWidgetArea(above) == dockWidgetArea(__optionsDock) && !above->isFloating())
+        resizeDocks({above, __optionsDock}, {above->height() + __optionsDock->height() - wanted, wanted}, Qt::Vertical);
+    else
+        resizeDocks({__optionsDock}, {wanted}, Qt::Vertical);
 }
 
 QWidget* Workspace::newCuts() {

@@ -219,7 +219,7 @@ TEST_F(WorkspaceTest, theToolOptionsStandInADockThatComesAndGoes) {
 
 TEST_F(WorkspaceTest, theToolOptionsGetTheHeightThatTheyNeed) {
     open();
-    window->resize(1200, 1000);
+    window->resize(1200, 800);
     const auto* const view = static_cast<QScrollArea*>(workspace().optionsDock().widget());
     const auto allSeen = [view] { return view->verticalScrollBar()->maximum() == 0; };
     ASSERT_TRUE(QTest::qWaitFor(allSeen));

@@ -23,6 +23,7 @@
 #include "ui/widgets/colorselector.h"
 #include "ui/widgets/placedwindow.h"
 #include "ui/widgets/qinputbox.h"
+#include "ui/widgets/vrldecimalbox.h"
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/vrlsplitter.h"
 
@@ -81,6 +82,30 @@ TEST(VorlenApplication, aDialogThatNeedsMoreThanTheScreenScrolls) {
     dialog.hide();
     dialog.show();
     EXPECT_EQ(dialog.findChildren<QScrollArea*>().size(), 1); // once
+}
+
+TEST(VorlenApplication, whatIsTypedIntoADialogTakesThePlaceOfItsFirstField) {
+    QDialog dialog;
+    auto* const layout = new QVBoxLayout(&dialog);
+    auto* const number = new VRLDecimalBox(&dialog);
+    number->setValue(1);
+    auto* const other = new QLineEdit("other", &dialog);
+    layout->addWidget(number);
+    layout->addWidget(other);
+    dialog.show();
+    dialog.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    ASSERT_TRUE(QTest::qWaitFor([number] { return number->hasFocus(); }));
+    QTest::qWait(20);
+    QTest::keyClicks(number, "0,7");
+    EXPECT_EQ(number->value(), 0.7);
+    other->setFocus();
+    other->setCursorPosition(5);
+    QEvent back(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(&dialog, &back);
+    QTest::qWait(20);
+    QTest::keyClicks(other, "s");
+    EXPECT_EQ(other->text(), "others"); // who comes back goes on
 }
 
 TEST(VorlenApplication, textsWithMarksAreShownAsTheyAre) {
