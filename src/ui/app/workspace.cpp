@@ -205,7 +205,7 @@ void Workspace::saveLayout() const {
 void Workspace::restoreLayout() {
     if (restoreState(QSettings().value(layoutKey).toByteArray(), layoutVersion))
         return;
-    const int most = width() * 3 / 10; // the slice has the greater part of a small window, too
+    const int most = width() * 35 / 100; // the slice has the greater part of a small window, too
     if (__modelDock->width() > most)
         resizeDocks({__modelDock, __optionsDock}, {most, most}, Qt::Horizontal);
 }
