@@ -6,9 +6,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <locale>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -48,26 +50,26 @@ struct FileText {
     int error = 0; // the number of the one that broke the reading off; what was got is there
 };
 
+constexpr std::size_t bytesAtOnce = std::size_t(8) << 20; // of a file
+
 /// The whole file; nothing when it cannot be opened or is no regular file. Opening does not wait for a pipe's writer.
-std::optional<FileText> readFile(const std::string& name) {
+/// Of a long one each part is told of when it is there.
+std::optional<FileText> readFile(const std::string& name, const std::function<void()>& readPart) {
     const int file = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (file < 0)
         return std::nullopt;
+    struct Closing {
+        int file;
+        ~Closing() { ::close(file); }
+    } const closing{file};
     struct stat info;
-    if (::fstat(file, &info) != 0 || !S_ISREG(info.st_mode)) {
-        ::close(file);
+    if (::fstat(file, &info) != 0 || !S_ISREG(info.st_mode))
         return std::nullopt;
-    }
     const auto size = static_cast<std::size_t>(info.st_size);
     FileText text;
-    try {
-        text.bytes = std::make_unique_for_overwrite<char[]>(size);
-    } catch (...) {
-        ::close(file);
-        throw;
-    }
+    text.bytes = std::make_unique_for_overwrite<char[]>(size);
     while (text.length < size) {
-        const ssize_t got = ::read(file, text.bytes.get() + text.length, size - text.length);
+        const ssize_t got = ::read(file, text.bytes.get() + text.length, std::min(size - text.length, bytesAtOnce));
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
@@ -75,8 +77,9 @@ std::optional<FileText> readFile(const std::string& name) {
         if (got <= 0)
             break;
         text.length += static_cast<std::size_t>(got);
+        if (text.length < size && size > bytesAtOnce)
+            readPart();
     }
-    ::close(file);
     return text;
 }
 
@@ -108,7 +111,12 @@ StackReader::StackReader(const std::vector<ImageSourceKind>& kinds) : __imageSou
 bool StackReader::read(Stack& stack, const std::string& fileName) {
     const std::string name = FileInfo::suffixName(fileName) == "sdf" ? fileName : fileName + ".sdf";
     clearLog();
-    const std::optional<FileText> text = readFile(name);
+    bool begun = false;
+    const std::optional<FileText> text = readFile(name, [&] {
+        if (!std::exchange(begun, true))
+            notifyStarted("Reading " + name + "...");
+        notifyProgressed(0, 100);
+    });
     if (text)
         readText(stack, {text->bytes.get(), text->length}, name, text->error, text->bytes.get());
     return text.has_value();

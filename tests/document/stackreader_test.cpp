@@ -23,6 +23,7 @@
 #include "images/volumes/voxelmatrix.h"
 #include "progress/progressmonitor.h"
 #include "support/documentmaker.h"
+#include "support/recordingmonitor.h"
 #include "support/stackfolder.h"
 
 namespace vorlen {
@@ -94,6 +95,23 @@ TEST(StackReader, aStatementRunsToTheEndOfTheFirstLineWithASemicolon) {
     EXPECT_EQ(firstStatement("A; B;"), "A; B");
     EXPECT_EQ(firstStatement("A b"), "");
     EXPECT_EQ(firstStatement(""), "");
+}
+
+/// Who waits for a long file is told of its parts, and may do something in between.
+TEST(StackReader, aLongFileIsToldOfAsItIsRead) {
+    const StackFolder folder;
+    const std::string file = folder.write("long.sdf", std::string(std::size_t(20) << 20, '\n') + "STACK \"long\";\n");
+    StackReader reader;
+    RecordingMonitor monitor;
+    reader.addMonitor(monitor);
+    Stack stack;
+    ASSERT_TRUE(reader.read(stack, file));
+    EXPECT_EQ(stack.getName(), "long");
+    ASSERT_GT(monitor.heard.size(), 4U);
+    EXPECT_EQ(monitor.heard[0], "started Reading " + file + "...");
+    EXPECT_EQ(monitor.heard[1], "0/100");
+    EXPECT_EQ(monitor.heard[2], "0/100"); // of 20 MB two parts are there before the last one is
+    EXPECT_EQ(monitor.heard.back(), "finished ");
 }
 
 TEST(StackReader, whitespaceIsSqueezedAndDosLineEndsAreNoMatter) {

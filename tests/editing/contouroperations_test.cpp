@@ -7,7 +7,9 @@
 #include <set>
 
 #include "editing/operationfixture.h"
+#include "editing/operations/outlineshape.h"
 #include "editing/operations/splitcontour.h"
+#include "shapes/curve.h"
 #include "shapes/fourierdescriptors.h"
 
 namespace vorlen {
@@ -100,6 +102,20 @@ TEST_F(OperationTest, decimationWorksOnClosedAndOpenOutlinesAndRefusesTooLittle)
     ModelItem& round = addItem(polygon, *slice, ring(50));
     expectRefusal([&] { return decimateContour(stack, round, 100); }, "Cannot decimate to less than 3 vertices");
     EXPECT_EQ(verticesOf(round), ring(50));
+}
+
+TEST(ContourOperations, spursAreCutOffAndCornersStay) {
+    const auto verticesAt = [](const Outline& outline) { return verticesOf(outline, true); };
+    const Outline box = {{0, 0}, {20, 0}, {20, 20}, {0, 20}};
+    EXPECT_EQ(coordinates(withoutSpurs(verticesAt(box), 1)), coordinates(verticesAt(box)));
+    // Exactly the way back, in several steps; a little beside; at the first vertex.
+    const Outline spurs = {{0, 0},  {-5, -5}, {0, 0},   {10, 0},  {10, -4},   {10, -9}, {10, -4},
+                           {10, 0}, {20, 0},  {20, 20}, {30, 30}, {19.5, 20}, {0, 20}};
+    EXPECT_NEAR(Curve<double>(withoutSpurs(verticesAt(spurs), 1), false).length(), 80, 1.5);
+    const Outline needle = {{0, 0}, {20, 0}, {20, 6}, {50, 10}, {20, 14}, {20, 20}, {0, 20}}; // 8 wide at its foot
+    EXPECT_EQ(withoutSpurs(verticesAt(needle), 1).getNumVertices(), 7);
+    const Outline flat = {{0, 0}, {10, 0}, {20, 0}, {10, 0}};
+    EXPECT_EQ(withoutSpurs(verticesAt(flat), 1).getNumVertices(), 4); // nothing would be left
 }
 
 TEST_F(OperationTest, aContourBeginsAtAnotherVertex) {

@@ -122,6 +122,26 @@ TEST_F(SnakeOperationTest, aContourRunsToTheEdgeInEveryKindOfImageAsOneStep) {
     }
 }
 
+TEST_F(SnakeOperationTest, aContourThatIsReplacedTakesTheCourseFoundOnItsSlice) {
+    const std::vector<ModelItem*> starts = {&addCircle(addImage(rings({40})), 50), &addRange()};
+    expectStep([&] {
+        SnakeOperation operation(stack, *starts[0], parameters());
+        operation.setReplacing(true);
+        return operation.runOnSlice();
+    });
+    EXPECT_EQ(starts[0]->getSlice()->getNumItems(), 1);
+    EXPECT_NEAR(meanRadius(starts[0]->getVertices()), 40, 2);
+    expectStep([&] {
+        SnakeOperation operation(stack, *starts[1], parameters());
+        operation.setReplacing(true);
+        return operation.runOnRange(1, false);
+    });
+    const int rank = stack.findSlice(*starts[1]->getSlice());
+    for (const int i : {rank - 1, rank, rank + 1})
+        EXPECT_EQ(stack.getSlice(i).getNumItems(), 1) << i;
+    EXPECT_NE(meanRadius(starts[1]->getVertices()), 22);
+}
+
 TEST_F(SnakeOperationTest, aPictureOf16BitsGivesTheContourOfThatOf8) {
     const SnakeConfig config = parameters();
     const auto found = [&](const Image& image) {

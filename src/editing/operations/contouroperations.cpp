@@ -7,6 +7,7 @@
 #include "document/subpixel.h"
 #include "editing/actions/vrlitemverticeschangeaction.h"
 #include "editing/operations/onestep.h"
+#include "editing/operations/outlineshape.h"
 #include "shapes/curve.h"
 #include "shapes/curveresampling.h"
 #include "shapes/douglaspeuckercurvedecimation.h"
@@ -45,6 +46,21 @@ Vertices<double> smoothed(const Vertices<double>& contour, Filter&& filter) {
         for (const int axis : {0, 1})
             curve[k][axis] = subpixel(curve[k][axis] + centre[axis]);
     return curve;
+}
+
+double distanceToSegment(const OutlinePoint& p, const OutlinePoint& a, const OutlinePoint& b) {
+    const double x = b.x - a.x, y = b.y - a.y, squared = x * x + y * y;
+    const double t = squared > 0 ? std::clamp(((p.x - a.x) * x + (p.y - a.y) * y) / squared, 0.0, 1.0) : 0.0;
+    return std::hypot(p.x - a.x - t * x, p.y - a.y - t * y);
+}
+
+/// Whether the way from the tip runs back along the way to it; one of no length does.
+bool turnsBack(const OutlinePoint& before, const OutlinePoint& tip, const OutlinePoint& after, double width) {
+    const double turn = (before.x - tip.x) * (after.x - tip.x) + (before.y - tip.y) * (after.y - tip.y);
+    const double there = std::hypot(before.x - tip.x, before.y - tip.y);
+    const double back = std::hypot(after.x - tip.x, after.y - tip.y);
+    return turn >= 0.9 * there * back &&
+           std::min(distanceToSegment(before, tip, after), distanceToSegment(after, tip, before)) <= width;
 }
 
 /// The vertex that is farthest from the first.
@@ -109,6 +125,21 @@ Vertices<double> decimatedContour(const Vertices<double>& contour, bool closed, 
     back.remove(0);
     curve.append(back);
     return curve;
+}
+
+Vertices<double> withoutSpurs(const Vertices<double>& contour, double width) {
+    Outline kept = outlineOf(contour);
+    for (std::size_t i = 0; i < kept.size() && kept.size() > 3;) {
+        const std::size_t n = kept.size();
+        if (turnsBack(kept[(i + n - 1) % n], kept[i], kept[(i + 1) % n], width)) {
+            kept.erase(kept.begin() + std::ptrdiff_t(i));
+            i -= std::min<std::size_t>(i, 2); // where the way there and the way back are joined now
+        } else {
+            ++i;
+        }
+    }
+    const ItemVertices vertices = verticesOf(kept, true);
+    return vertices.getNumVertices() < 3 ? contour : Vertices<double>(vertices);
 }
 
 Outcome decimateContour(VRLStack& stack, ModelItem& item, int tolerance) {

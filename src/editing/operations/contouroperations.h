@@ -32,6 +32,10 @@ int mostResampledVertices(const Vertices<double>& contour);
 Vertices<double> decimatedContour(const Vertices<double>& contour, bool closed, int tolerance);
 Outcome decimateContour(VRLStack& stack, ModelItem& item, int tolerance);
 
+/// The closed contour without its spurs: places where it turns back and runs within the width, in pixels, of its own
+/// course. One of which less than three vertices would be left stays as it is.
+Vertices<double> withoutSpurs(const Vertices<double>& contour, double width);
+
 /// A contour of which only so many Fourier descriptors are kept, and how much of it that is.
 struct SmoothedContour {
     Vertices<double> vertices;

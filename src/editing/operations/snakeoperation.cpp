@@ -9,6 +9,7 @@
 #include "document/stackgreyscale.h"
 #include "document/stackslice.h"
 #include "document/subpixel.h"
+#include "editing/actions/vrlitemverticeschangeaction.h"
 #include "editing/operations/onestep.h"
 #include "images/files/imagereader.h"
 #include "images/rasters/image.h"
@@ -113,8 +114,8 @@ struct SnakeOperation::Work {
 };
 
 SnakeOperation::SnakeOperation(VRLStack& stack, ModelItem& start, const SnakeConfig& config)
-    : __stack(stack), __model(start.getModel()), __startSlice(start.getSlice()), __start(asCurve(start.getVertices())),
-      __config(config) {
+    : __stack(stack), __startItem(&start), __model(start.getModel()), __startSlice(start.getSlice()),
+      __start(asCurve(start.getVertices())), __config(config) {
     __driver.addMonitor(*this);
 }
 
@@ -218,13 +219,29 @@ bool SnakeOperation::runOver(EditStep& step, StackSlice& slice, Curve<float>& cu
     if (isCanceled())
         return false;
     curve = __work->frame.toSlice(__work->snake.getCurve());
+    keepContour(step, slice);
+    ++__numContours;
+    return true;
+}
+
+void SnakeOperation::keepContour(EditStep& step, StackSlice& slice) {
+    const auto has = [&slice](const ModelItem* item) {
+        for (int i = 0; i < slice.getNumItems(); ++i)
+            if (&slice.getItem(i) == item)
+                return true;
+        return false;
+    };
+    if (__replacing && &slice == __startSlice && has(__startItem)) {
+        auto action = std::make_unique<VRLItemVerticesChangeAction>(*__startItem);
+        action->setVertices(getContour());
+        step.apply(std::move(action));
+        return;
+    }
     auto item = std::make_unique<ModelItem>();
     item->setModel(__model);
     item->setSlice(&slice);
     item->setVertices(getContour());
     applyCreation(step, std::move(item));
-    ++__numContours;
-    return true;
 }
 
 /// Runs the snake on the part of the image around the curve; on a larger one, and at last on the whole, when it comes

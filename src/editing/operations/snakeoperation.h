@@ -20,7 +20,8 @@ class StackSlice;
 class VRLStack;
 
 /// Runs a snake that begins with a contour, on its slice or on a range of slices, and adds what it finds as new items
-/// of the contour's model, all in one step of the stack's history. The contour that it begins with stays as it is.
+/// of the contour's model, all in one step of the stack's history. The contour that it begins with stays as it is,
+/// unless it is to be replaced: then it takes the course of what is found on its slice.
 ///
 /// Monitors hear of one task; on a range the steps count as parts of the whole run, and its slices are named. On a
 /// single slice what the snake tells of its beginning and end is relayed. A monitor may look at the contour as it
@@ -34,6 +35,9 @@ class SnakeOperation : public ProgressProxy {
 public:
     SnakeOperation(VRLStack& stack, ModelItem& start, const SnakeConfig& config);
     ~SnakeOperation() override;
+
+    /// Whether the contour that the run begins with is given the vertices found on its slice, in place of a new item.
+    void setReplacing(bool on) { __replacing = on; }
 
     /// On the slice of the contour. Refused when the snake collapses and when it is cancelled. Throws FileReadError,
     /// naming the file, when the image cannot be read.
@@ -74,9 +78,11 @@ private:
     template <class Run>
     Outcome inRun(const std::string& nothing, Run&& run);
     bool runOver(EditStep& step, StackSlice& slice, Curve<float>& curve);
+    void keepContour(EditStep& step, StackSlice& slice);
     bool converge(const Picture& image, double aspect, const Curve<float>& curve);
 
     VRLStack& __stack;
+    ModelItem* __startItem; // not to be looked into: it may go during the run
     Model* __model;
     StackSlice* __startSlice;
     Curve<float> __start; // in pixels of the slice
@@ -85,6 +91,7 @@ private:
     std::unique_ptr<Work> __work; // of the run
     StackSlice* __slice = nullptr;
     bool __onRange = false;
+    bool __replacing = false;
     unsigned int __numSlices = 1;
     unsigned int __numSlicesDone = 0;
     int __numContours = 0;

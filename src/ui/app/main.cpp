@@ -35,8 +35,8 @@ int run(const QStringList& arguments) {
     });
     QObject::connect(qApp, &QGuiApplication::commitDataRequest, &recovery, bringToSafety, Qt::DirectConnection);
     auto* window = new VRLRootWindow; // deletes itself when it is closed
+    window->startupRecover(recovery); // first: a file that is opened then is the one that came back
     window->startupOpen(arguments.mid(1));
-    window->startupRecover(recovery);
     recovery.start();
     return QApplication::exec();
 }

@@ -36,21 +36,13 @@
 #include "ui/app/vrlrootwindow.h"
 #include "ui/app/workspace.h"
 #include "ui/comparison/vrlcomparisonwindow.h"
-#include "ui/exchange/filtermarks.h"
-#include "ui/exchange/vrlmodelexchangedialog.h"
-#include "ui/exchange/vrlmodelfilterdialog.h"
 #include "ui/files/vrlstackio.h"
 #include "ui/fusion/vrlfusionwindow.h"
 #include "ui/icons/vrlicons.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/refusal.h"
-#include "ui/models/vrlmodeldialog.h"
-#include "ui/models/vrlpreferencesdialog.h"
 #include "ui/models/vrlslicelistwidget.h"
-#include "ui/models/vrlslicepropertiesdialog.h"
-#include "ui/models/vrlstackannotationdialog.h"
 #include "ui/models/vrlstacklistwidget.h"
-#include "ui/models/vrlstackpropertiesdialog.h"
 #include "ui/panorama/vrloverviewwidget.h"
 #include "ui/panorama/vrlpanorama.h"
 #include "ui/registration/vrlregistrationwindow.h"
@@ -506,35 +498,6 @@ void VRLRootMediator::clearHistory() {
     __statusBar->setMessage("The undo history was cleared.");
 }
 
-void VRLRootMediator::runStackModelsDialog() {
-    if (__stack == nullptr)
-        return;
-    VRLModelDialog dialog(&__window);
-    dialog.setStack(*__stack);
-    dialog.exec();
-}
-
-void VRLRootMediator::runStackModelExchangeDialog() {
-    VRLModelExchangeDialog dialog(&__window);
-    dialog.exec();
-}
-
-/// What will go is marked in the picture of the slice and in space, until the dialog closes.
-void VRLRootMediator::runModelFilterDialog() {
-    if (__stack == nullptr)
-        return;
-    if (!__panorama->isHidden())
-        showPlainview();
-    FilterSceneMarks inSpace(*__stack);
-    const auto marks = std::make_unique<FilterMarks>(*__sliceWidget);
-    VRLModelFilterDialog dialog(&__window);
-    connect(&dialog, &VRLModelFilterDialog::planChanged, marks.get(), &FilterMarks::setPlan);
-    connect(&dialog, &VRLModelFilterDialog::planChanged, &inSpace, &FilterSceneMarks::setPlan);
-    connect(&dialog, &VRLModelFilterDialog::sliceRequested, this, &VRLRootMediator::setSlice);
-    dialog.setStack(*__stack);
-    dialog.exec();
-}
-
 void VRLRootMediator::insertSlice() {
     withStackIO("Insert slice...", [this](VRLStackIO& io) {
         if (__stack != nullptr && __slice != nullptr)
@@ -560,47 +523,6 @@ void VRLRootMediator::deleteSlice() {
     if (!__panorama->isHidden() && __panorama->selectedSlices().size() > 1)
         slices = __panorama->selectedSlices();
     tellRefusal(&__window, deleteSlices(*__stack, slices));
-}
-
-void VRLRootMediator::runStackPropertiesDialog() {
-    const auto stacks = __stackList->selectedStacks();
-    if (stacks.size() != 1)
-        return;
-    VRLStackPropertiesDialog dialog(&__window);
-    dialog.setStack(*stacks[0]);
-    dialog.exec();
-}
-
-void VRLRootMediator::runSlicePropertiesDialog() {
-    const auto slices = __sliceList->selectedSlices();
-    if (slices.size() != 1)
-        return;
-    VRLSlicePropertiesDialog dialog(&__window);
-    dialog.setSlice(*slices[0]);
-    dialog.exec();
-}
-
-void VRLRootMediator::runStackAnnotationDialog() {
-    const auto stacks = __stackList->selectedStacks();
-    if (stacks.size() != 1)
-        return;
-    VRLStackAnnotationDialog dialog(&__window);
-    dialog.setStack(*stacks[0]);
-    dialog.exec();
-}
-
-void VRLRootMediator::runSliceAnnotationDialog() {
-    const auto slices = __sliceList->selectedSlices();
-    if (slices.size() != 1)
-        return;
-    VRLStackAnnotationDialog dialog(&__window);
-    dialog.setSlice(*slices[0]);
-    dialog.exec();
-}
-
-void VRLRootMediator::runPreferencesDialog() {
-    VRLPreferencesDialog dialog(&__window);
-    dialog.exec();
 }
 
 void VRLRootMediator::runAnalysis() {

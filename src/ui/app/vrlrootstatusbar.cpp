@@ -20,6 +20,7 @@ namespace {
 QLineEdit* nameField(const QString& accessibleName, QWidget* parent) {
     auto* field = new QLineEdit(parent);
     field->setReadOnly(true);
+    field->setFocusPolicy(Qt::ClickFocus); // to be copied from; the keys are for the slice
     field->setFixedWidth(100);
     field->setAccessibleName(accessibleName);
     return field;
@@ -146,14 +147,16 @@ void VRLRootStatusBar::subjectProgressed(const std::string& text) {
 
 void VRLRootStatusBar::subjectProgressed(unsigned int current, unsigned int total) {
     const int value = total > 0 ? static_cast<int>(std::lround(100.0 * current / total)) : 0;
-    if (value == __progressBar->value() || (__sinceUpdate.isValid() && __sinceUpdate.elapsed() < __pause))
+    if (__sinceUpdate.isValid() && __sinceUpdate.elapsed() < __pause)
         return;
     __sinceUpdate.start();
-    __progressBar->setUpdatesEnabled(false); // else the value is painted at once, and with the rest once more
-    __progressBar->setValue(value);
-    __progressBar->setUpdatesEnabled(true);
-    __progressBar->show();
-    processPaintEvents();
+    if (value != __progressBar->value()) {
+        __progressBar->setUpdatesEnabled(false); // else the value is painted at once, and with the rest once more
+        __progressBar->setValue(value);
+        __progressBar->setUpdatesEnabled(true);
+        __progressBar->show();
+    }
+    processPaintEvents(); // also where a step is long
     // A repaint of the window is dear where the graphics are made by software: it may take a fifth of the time.
     __pause = std::max<qint64>(40, 4 * __sinceUpdate.elapsed());
     __sinceUpdate.start();

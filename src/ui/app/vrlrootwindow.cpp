@@ -71,6 +71,11 @@ QSize defaultSize() {
     return usual.expandedTo(QSize(1024, 700)).boundedTo(QGuiApplication::primaryScreen()->availableSize());
 }
 
+/// What the lists have of 1000 parts of the width at first; less in a small window, so that the slice has room.
+int browserShare() {
+    return QSettings().value("rootWindow/size", defaultSize()).toSize().width() < 1000 ? 180 : 250;
+}
+
 /// A line of text that ends in three dots where it has no room.
 class ElidedLine : public QLabel {
 public:
@@ -104,6 +109,31 @@ QLabel* VRLRootWindow::newHintLine(QWidget* parent) {
                 line->setToolTip(hint);
             });
     return line;
+}
+
+/// What a right click on the slice offers too, and would not be looked for there.
+void VRLRootWindow::addOutlineMenu(QMenu& edit) {
+    auto* const outlines = new QMenu("Outlines", &edit);
+    outlines->setObjectName("menu.outlines");
+    VRLRootSliceEditWidgetMediator& editor = __sliceWidget->getMediator();
+    for (const char* const id :
+         {"copy.clipboard", "paste.clipboard", "delete", "select.all", commandSeparator, "copy.next", "copy.previous",
+          "copy.slices", commandSeparator, "gap.fill", "gap.fillAll", commandSeparator, "edit.points", "edit.split",
+          "edit.join", "edit.snake"})
+        if (id == commandSeparator)
+            outlines->addSeparator();
+        else
+            outlines->addAction(&editor.getCommand(id));
+    giveMnemonics(outlines->actions());
+    outlines->setToolTipsVisible(true);
+    QAction* const below = &__mediator->commands().action("models.edit");
+    edit.insertMenu(below, outlines);
+    edit.insertSeparator(below);
+    giveMnemonics(edit.actions());
+    connect(&edit, &QMenu::aboutToShow, outlines, [this, outlines] {
+        outlines->setEnabled(__mediator->currentStack() != nullptr && !__mediator->isLocked() &&
+                             __sliceWidget->isVisible());
+    });
 }
 
 VRLRootWindow::VRLRootWindow() {
@@ -150,6 +180,7 @@ VRLRootWindow::VRLRootWindow() {
     commands.fill(*help, rootCommands().menu("Help"));
     for (QMenu* menu : {file, edit, process, analyze, showMenu, help})
         menu->setToolTipsVisible(true);
+    addOutlineMenu(*edit);
     giveMnemonics(menuBar->actions());
     restoreVisibility(commands.action("show.toolBar"), "rootWindow/toolBarVisible", *__toolBar);
     restoreVisibility(commands.action("show.browser"), "rootWindow/browserVisible", *__browser);
@@ -157,8 +188,8 @@ VRLRootWindow::VRLRootWindow() {
 
     auto* splitter = new VRLSplitter("rootWindowSplitter", Qt::Horizontal, this);
     splitter->setChildrenCollapsible(false);
-    splitter->addWidget(__browser, 250);
-    splitter->addWidget(__workspace, 750);
+    splitter->addWidget(__browser, browserShare());
+    splitter->addWidget(__workspace, 1000 - browserShare());
     splitter->setStretchFactor(1, 1); // a wide window has more room for the slice, not for the lists
     splitter->restore();
     auto* layout = new QVBoxLayout(this);
@@ -174,16 +205,12 @@ VRLRootWindow::VRLRootWindow() {
         __statusBar->setWarning(recovery->problem());
     }
     connect(qApp, &QCoreApplication::aboutToQuit, this, &QObject::deleteLater);
-    const QSettings settings;
-    const QPoint position = settings.value("rootWindow/pos", QPoint(0, 0)).toPoint();
-    const QSize size = settings.value("rootWindow/size", defaultSize()).toSize();
-    const QRect place = placedOnScreen(QRect(position, size));
-    move(place.topLeft());
-    resize(place.size());
     QGuiApplication::setWindowIcon(VRLIcons::logo()); // of dialogs and windows that have none of their own, too
     setWindowFlag(Qt::Window);
     setAttribute(Qt::WA_DeleteOnClose);
+    keepPlace(*this, "rootWindow", defaultSize());
     show();
+    __sliceWidget->setFocus(); // the canvas
     // Only now does the workspace have its size: in a smaller one the docks would come back at their least.
     __workspace->restoreLayout();
     setTitle("");
@@ -218,6 +245,7 @@ void VRLRootWindow::startupRecover(VRLRecovery& recovery) {
     io.addMonitor(*__statusBar);
     if (VRLStack* stack = io.recoverStacks(recovery))
         __mediator->setStack(*stack);
+    __sliceWidget->setFocus();
 }
 
 void VRLRootWindow::setTitle(const std::string& text) {
@@ -318,16 +346,6 @@ void VRLRootWindow::dropEvent(QDropEvent* event) {
     for (const QUrl& url : event->mimeData()->urls())
         paths += url.toLocalFile();
     __mediator->openDropped(paths);
-}
-
-void VRLRootWindow::moveEvent(QMoveEvent* event) {
-    QWidget::moveEvent(event);
-    QSettings().setValue("rootWindow/pos", pos());
-}
-
-void VRLRootWindow::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    QSettings().setValue("rootWindow/size", size());
 }
 
 void VRLRootWindow::closeEvent(QCloseEvent* event) {

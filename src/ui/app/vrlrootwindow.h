@@ -6,6 +6,7 @@
 
 class QFrame;
 class QLabel;
+class QMenu;
 class QToolBar;
 
 namespace vorlen {
@@ -72,14 +73,13 @@ public slots:
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
-    void moveEvent(QMoveEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
     static int numOpenRootWindows();
 
     QLabel* newHintLine(QWidget* parent);
+    void addOutlineMenu(QMenu& edit);
     void toggle(QWidget& part, const QString& settingsKey);
 
     static int __numRootWindows;

@@ -1,5 +1,6 @@
 #include "ui/app/workspace.h"
 
+#include <algorithm>
 #include <vector>
 
 #include <QCheckBox>
@@ -81,6 +82,8 @@ Workspace::Workspace(QWidget* views, VRLRootSliceEditWidget& sliceWidget, QWidge
     tabifyDockWidget(__modelDock, __historyDock);
     __optionsDock = newDock("Tool options", "dock.toolOptions", newToolOptions(sliceWidget.getMediator()));
     addDockWidget(Qt::RightDockWidgetArea, __optionsDock);
+    connect(&sliceWidget.getMediator(), &VRLSliceEditWidgetMediator::toolChosen, this, &Workspace::fitToolOptions,
+            Qt::QueuedConnection); // when they are there
     __modelDock->raise();
     __cuts = new CutsPanel(modelViews, this);
     __cutsDock = newDock("Cuts", "dock.cuts", newCuts());
@@ -120,6 +123,25 @@ QWidget* Workspace::newToolOptions(VRLSliceEditWidgetMediator& editor) {
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     view->setWidget(new ToolOptionsPanel(editor, view));
     return view;
+}
+
+void Workspace::fitToolOptions() {
+    auto* const view = static_cast<QScrollArea*>(__optionsDock->widget());
+    if (__optionsDock->isFloating() || !__optionsDock->isVisible() || !tabifiedDockWidgets(__optionsDock).isEmpty())
+        return;
+    const QWidget& options = *view->widget();
+    const int needed = options.layout()->hasHeightForWidth() ? options.layout()->totalHeightForWidth(options.width())
+                                                             : options.sizeHint().height();
+    const int lacking = needed - view->viewport()->height();
+    if (lacking <= 0)
+        return;
+    const int wanted = std::min(__optionsDock->height() + lacking, height() * 3 / 5);
+    // What is not told to be smaller would take its part of what is won.
+    QDockWidget* const above = __modelDock->visibleRegion().isEmpty() ? __historyDock : __modelDock;
+    if (dockWidgetArea(above) == dockWidgetArea(__optionsDock) && !above->isFloating())
+        resizeDocks({above, __optionsDock}, {above->height() + __optionsDock->height() - wanted, wanted}, Qt::Vertical);
+    else
+        resizeDocks({__optionsDock}, {wanted}, Qt::Vertical);
 }
 
 QWidget* Workspace::newCuts() {
@@ -181,7 +203,11 @@ void Workspace::saveLayout() const {
 }
 
 void Workspace::restoreLayout() {
-    restoreState(QSettings().value(layoutKey).toByteArray(), layoutVersion);
+    if (restoreState(QSettings().value(layoutKey).toByteArray(), layoutVersion))
+        return;
+    const int most = width() * 35 / 100; // the slice has the greater part of a small window, too
+    if (__modelDock->width() > most)
+        resizeDocks({__modelDock, __optionsDock}, {most, most}, Qt::Horizontal);
 }
 
 } // namespace vorlen

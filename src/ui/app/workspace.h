@@ -53,6 +53,9 @@ public:
     void saveLayout() const;
     void restoreLayout();
 
+    /// Gives the options of the tool the height that they need, where the docks above them have it.
+    void fitToolOptions();
+
 signals:
     void openRequested();
     void newRequested();

@@ -2,6 +2,7 @@
 
 #include <QCollator>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QListWidget>
 #include <QPushButton>
@@ -85,7 +86,7 @@ void VRLStackImageListEditor::chooseImages() {
     if (dialog.exec() != QDialog::Accepted)
         return;
     addImages(dialog.selectedFiles());
-    VRLSettings::settings.setInputDirectory(dialog.directory());
+    VRLSettings::settings.setInputDirectory(QFileInfo(dialog.selectedFiles().constFirst()).dir());
 }
 
 void VRLStackImageListEditor::chooseFolder() {

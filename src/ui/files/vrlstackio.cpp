@@ -44,6 +44,7 @@ namespace vorlen {
 namespace {
 
 const QSize fileDialogSize(400, 300);
+const char* const stackNameFilter = "Stacks (*.sdf)";
 
 QString decoded(const std::string& file) {
     return QFile::decodeName(file.c_str());
@@ -169,7 +170,8 @@ VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QStringList& f
         if (!failure.isEmpty())
             tell("Read error", file + " cannot be opened:\n" + failure);
     }
-    VRLSettings::settings.setInputDirectory(dialog.directory());
+    // A name may have been typed with its folder.
+    VRLSettings::settings.setInputDirectory(QFileInfo(dialog.selectedFiles().constFirst()).dir());
     VRLSettings::setOpenStackDialogSize(dialog.size());
     return last;
 }
@@ -237,7 +239,7 @@ VRLStack* VRLStackIO::newStackFromVoxelMatrixFile(const std::string& file) {
 }
 
 VRLStack* VRLStackIO::openStack() {
-    return openChosenFiles("Open stack", {"*.sdf"}, &VRLStackIO::openStack);
+    return openChosenFiles("Open stack", {stackNameFilter}, &VRLStackIO::openStack);
 }
 
 VRLStack* VRLStackIO::openStack(const std::string& file) {
@@ -415,7 +417,7 @@ bool VRLStackIO::agreesToOverwrite(VRLStack& stack) {
 
 void VRLStackIO::saveStackAs(VRLStack& stack) {
     QFileDialog dialog(__parent, "Save stack as...");
-    dialog.setNameFilter("*.sdf");
+    dialog.setNameFilter(stackNameFilter);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
@@ -606,8 +608,28 @@ QStringList VRLStackIO::chooseImages() {
     dialog.resize(fileDialogSize);
     if (dialog.exec() != QDialog::Accepted)
         return {};
-    VRLSettings::settings.setInputDirectory(dialog.directory());
+    VRLSettings::settings.setInputDirectory(QFileInfo(dialog.selectedFiles().constFirst()).dir());
     return dialog.selectedFiles();
+}
+
+/// False when the stack isn't wanted, as somebody else has its file open. Of a file that is open here already it is a
+/// second copy, and gets none.
+bool VRLStackIO::claimRecovered(VRLStack& stack) const {
+    const std::string file = stack.getFilename();
+    if (file.empty())
+        return true;
+    if (findOpen(file) != nullptr) {
+        stack.setName(stack.getName() + " (recovered)");
+        stack.setFilename("");
+        stack.setModified(true);
+        tell("Recover stacks", decoded(file) + "\n\nis open here already. What was kept of it besides opens as \"" +
+                                   QString::fromStdString(stack.getName()) +
+                                   "\", to be compared with it, and saved under another name or closed.");
+        return true;
+    }
+    if (!stack.fileGuard().isNoted(file))
+        stack.fileGuard().note(file);
+    return claimFile(stack, file);
 }
 
 VRLStack* VRLStackIO::recoverStacks(VRLRecovery& recovery) {
@@ -621,7 +643,7 @@ VRLStack* VRLStackIO::recoverStacks(VRLRecovery& recovery) {
             recovery.discard(leftover);
     if (dialog.answer() != VRLRecoveryDialog::Answer::Recover)
         return nullptr;
-    VRLStack* last = nullptr;
+    VRLStack* newest = nullptr; // the leftovers come in this order
     for (const VRLRecovery::Leftover& leftover : dialog.chosen()) {
         QString message;
         VRLStack* stack = recovery.recover(leftover, message);
@@ -629,25 +651,21 @@ VRLStack* VRLStackIO::recoverStacks(VRLRecovery& recovery) {
             tell("Recover stacks", message);
         if (stack == nullptr)
             continue;
-        const std::string file = stack->getFilename();
-        if (!file.empty()) {
-            if (!stack->fileGuard().isNoted(file))
-                stack->fileGuard().note(file);
-            if (!claimFile(*stack, file)) {
-                delete stack;
-                continue;
-            }
+        if (!claimRecovered(*stack)) {
+            delete stack;
+            continue;
         }
         stack->updateReconstruction();
         VRLStackServer::stackServer.addStack(*stack);
-        last = stack;
+        if (newest == nullptr)
+            newest = stack;
         // What was kept goes when this run has a copy of its own, and not before.
         recovery.saveModifiedStacks();
         recovery.waitForWrites();
         if (QFile::exists(recovery.recoveryFile(*stack)))
             recovery.discard(leftover);
     }
-    return last;
+    return newest;
 }
 
 } // namespace vorlen

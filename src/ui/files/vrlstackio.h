@@ -87,6 +87,7 @@ public:
 private:
     static VRLStack* findOpen(const std::string& path);
     bool claimFile(VRLStack& stack, const std::string& path) const;
+    bool claimRecovered(VRLStack& stack) const;
     std::unique_ptr<VRLStack> readStack(const std::string& path, StackReader& reader);
     bool tellOfProblems(const VRLStack& stack, const StackReader& reader) const;
     bool settleDamage(VRLStack& stack, const StackReader& reader) const;

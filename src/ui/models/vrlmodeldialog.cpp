@@ -5,6 +5,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "document/model.h"
 #include "editing/stacks/vrlstack.h"
 #include "ui/models/vrlmodeldialogmediator.h"
 #include "ui/models/vrlmodelitempropertieseditor.h"
@@ -16,7 +17,7 @@ namespace vorlen {
 
 VRLModelDialog::VRLModelDialog(QWidget* parent) : QDialog(parent) {
     auto* contents = new QWidget(this);
-    auto* list = new VRLModelListWidget(contents);
+    auto* list = __list = new VRLModelListWidget(contents);
     list->setMinimumWidth(fontMetrics().averageCharWidth() * 28);
     list->setToolTip("Select one model to edit it, or several to edit what they share");
     auto* newButton = new QPushButton("New", contents);
@@ -72,6 +73,13 @@ VRLModelDialog::VRLModelDialog(QWidget* parent) : QDialog(parent) {
 void VRLModelDialog::setStack(VRLStack& stack) {
     setWindowTitle("Models for stack \"" + QString::fromStdString(stack.getName()) + "\"");
     __mediator->setStack(stack);
+}
+
+void VRLModelDialog::selectModel(const Model& model) {
+    const auto rows =
+        __list->findItems(QString::fromStdString(model.getName()), Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (!rows.isEmpty())
+        __list->setCurrentItem(rows.first());
 }
 
 } // namespace vorlen

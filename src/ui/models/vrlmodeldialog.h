@@ -4,7 +4,9 @@
 
 namespace vorlen {
 
+class Model;
 class VRLModelDialogMediator;
+class VRLModelListWidget;
 class VRLStack;
 
 /// Makes, edits and deletes the models of a stack. Each change is a step that can be undone.
@@ -17,9 +19,13 @@ public:
     /// The stack must stay open while the dialog is in use.
     void setStack(VRLStack& stack);
 
+    /// Begins with this model of the stack.
+    void selectModel(const Model& model);
+
     VRLModelDialogMediator& getMediator() const { return *__mediator; }
 
 private:
+    VRLModelListWidget* __list;
     VRLModelDialogMediator* __mediator;
 };
 

@@ -1,5 +1,6 @@
 #include "ui/models/vrlslicelistwidget.h"
 
+#include <QEvent>
 #include <QLabel>
 #include <QListWidget>
 #include <QPainter>
@@ -37,8 +38,7 @@ VRLSliceListWidget::VRLSliceListWidget(QWidget* parent) : QWidget(parent) {
     layout->addWidget(__label);
     layout->addWidget(__list);
     layout->addWidget(__slider);
-    __defaultIcon = squareIcon(Qt::white);
-    __ownIcon = squareIcon(QColor(128, 128, 128));
+    drawIcons();
     connect(__list, &QListWidget::currentRowChanged, this, &VRLSliceListWidget::rowChange);
     connect(__list, &QListWidget::itemSelectionChanged, this, &VRLSliceListWidget::selectionChanged);
     connect(__slider, &QSlider::valueChanged, this, &VRLSliceListWidget::sliderChange);
@@ -178,7 +178,7 @@ QIcon VRLSliceListWidget::squareIcon(const QColor& filling) const {
     const int side = __list->fontMetrics().lineSpacing();
     QPixmap square(side, side);
     QPainter painter(&square);
-    painter.setPen(QPen(Qt::black, 1));
+    painter.setPen(QPen(palette().color(QPalette::Active, QPalette::Text), 1));
     painter.setBrush(filling);
     painter.drawRect(0, 0, side - 1, side - 1);
     painter.end();
@@ -186,6 +186,21 @@ QIcon VRLSliceListWidget::squareIcon(const QColor& filling) const {
     icon.addPixmap(square, QIcon::Selected); // the colour tells something: it is not tinted
     icon.addPixmap(square, QIcon::Disabled);
     return icon;
+}
+
+/// In the colours of the list: black on white in a light theme.
+void VRLSliceListWidget::drawIcons() {
+    __defaultIcon = squareIcon(palette().color(QPalette::Active, QPalette::Base));
+    __ownIcon = squareIcon(QColor(128, 128, 128));
+}
+
+void VRLSliceListWidget::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() != QEvent::PaletteChange)
+        return;
+    drawIcons();
+    for (int row = 0; row < __list->count(); ++row)
+        updateRow(row);
 }
 
 void VRLSliceListWidget::updateRow(int row) {

@@ -54,6 +54,7 @@ public:
     void stackSliceSpacingEvent(VRLStackSliceSpacingEvent& event) override;
     void stackImageCalibrationEvent(VRLStackImageCalibrationEvent& event) override;
     void atEventBatchEnd() override;
+    void changeEvent(QEvent* event) override;
 
 signals:
     /// The user has selected something else.
@@ -66,6 +67,7 @@ private:
     static QString buildSliceText(const StackSlice& slice);
     QIcon buildSliceIcon(const StackSlice& slice) const;
     QIcon squareIcon(const QColor& filling) const;
+    void drawIcons();
     void updateRow(int row);
     void sliceChange(const StackSlice* slice);
     void stackChange(const VRLStack* stack);

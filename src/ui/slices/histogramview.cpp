@@ -41,6 +41,8 @@ int HistogramView::columnOf(double value) const {
 void HistogramView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), palette().base());
+    QColor bars = palette().color(QPalette::Text); // seen in the dark too
+    bars.setAlpha(110);
     const int bottom = height() - 12;
     const std::size_t most = *std::max_element(__histogram.counts.begin(), __histogram.counts.end());
     const double scale = most > 0 ? (bottom - 4) / std::log1p(double(most)) : 0;
@@ -50,7 +52,7 @@ void HistogramView::paintEvent(QPaintEvent*) {
         const double value = double(__histogram.valueOf(bin));
         const int left = columnOf(value - binWidth / 2), right = columnOf(value + binWidth / 2);
         if (bar > 0)
-            painter.fillRect(left, bottom - bar, std::max(right - left, 1), bar, palette().mid());
+            painter.fillRect(left, bottom - bar, std::max(right - left, 1), bar, bars);
     }
     // What each value is shown as, below the bars.
     const int black = columnOf(__black), white = columnOf(__white);
@@ -58,7 +60,7 @@ void HistogramView::paintEvent(QPaintEvent*) {
     shades.setColorAt(0, Qt::black);
     shades.setColorAt(1, Qt::white);
     painter.fillRect(margin, bottom + 2, width() - 2 * margin, 8, shades);
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.setPen(bars);
     painter.drawRect(margin, bottom + 2, width() - 2 * margin - 1, 7);
     for (const auto& [column, fill] : {std::pair(black, QColor(Qt::black)), std::pair(white, QColor(Qt::white))}) {
         painter.setPen(QPen(palette().color(QPalette::Highlight), 1));

@@ -102,6 +102,7 @@ void BrushTool::giveUp() {
     if (__model == nullptr)
         return;
     __model = nullptr;
+    __everyMove.reset();
     host().setPreview(nullptr);
     __preview.reset();
     host().requestLock(false);
@@ -124,6 +125,7 @@ void BrushTool::begin(QMouseEvent& event) {
     // The longer side of a pixel is as many units of the canvas as the zoom tells.
     __stroke.radius = __radius / double(host().zoom()) * std::max(1.0, __stroke.aspect);
     __model = model;
+    __everyMove = std::make_unique<EveryMove>();
     __preview = std::make_unique<ModelItem>();
     __preview->setModel(model);
     __preview->setSlice(slice());

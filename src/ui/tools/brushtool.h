@@ -5,6 +5,7 @@
 
 #include "document/modelitem.h"
 #include "editing/operations/outlineediting.h"
+#include "ui/tools/everymove.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 
 namespace vorlen {
@@ -52,6 +53,7 @@ private:
     Model* __model = nullptr; // while a stroke is made
     bool __erasing = false;
     BrushStroke __stroke;
+    std::unique_ptr<EveryMove> __everyMove;
     std::unique_ptr<ModelItem> __preview;
 };
 

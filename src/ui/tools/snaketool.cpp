@@ -2,6 +2,7 @@
 
 #include <QMouseEvent>
 #include <QPointer>
+#include <QScopedValueRollback>
 
 #include "document/model.h"
 #include "document/modelitem.h"
@@ -119,8 +120,12 @@ void SnakeTool::runAgain() {
     const QPointer<SnakeTool> self(this);
     guarded(&canvas(), "The snake cannot be run again.", [&] {
         __item = &item; // until the undo has told that it is still there
-        if (found)
+        if (found) {
+            const QScopedValueRollback<bool> own(__runs, true); // of a replaced item this is a change
             stack()->history()->undo();
+        }
+        if (!self)
+            return;
         if (__item == nullptr)
             return;
         QEvent none(QEvent::None);

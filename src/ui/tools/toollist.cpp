@@ -94,8 +94,9 @@ bool severalPolygons(const Selected& selected) {
     return selected.multipleSelection() && selected.selectionGeometry() == PolygonPrimitive;
 }
 
-bool onePolygon(const Selected& selected) {
-    return oneItem(selected) && selected.selectionGeometry() == PolygonPrimitive;
+/// With nothing selected they work on the current model.
+bool nothingOrPolygon(const Selected& selected) {
+    return nothing(selected) || (oneItem(selected) && selected.selectionGeometry() == PolygonPrimitive);
 }
 
 bool wholeContour(const Selected& selected) {
@@ -166,11 +167,11 @@ const std::vector<ToolCommand>& toolCommands() {
         {{.id = "edit.smooth", .text = "Smooth (Fourier)", .tip = "Keep the low frequencies of the contour"}, Edit, wholePolygon, make<Fourier>, run},
         {{.id = "edit.snake", .text = "Run Snake", .tip = "Let the contour find the edges of the image", .icon = "toolsnake", .keys = "S"}, Edit, wholePolygon, make<Snake>, run},
         {{.id = "snake.run", .text = "Run Snake as set", .tip = "Let the contour find the edges of the image, with the options of the snake tool"}, Edit, wholePolygon, make<Snake>, [](Tool& tool, const QString&) { static_cast<Snake&>(tool).activateAsSet(); }},
-        {{.id = "copy.next", .text = "Copy to next slice", .tip = "Copy what is selected to the next slice, and go there", .keys = "Shift+PgUp"}, Edit, something, make<Selection>, call(&Selection::copyToNextSlice)},
-        {{.id = "copy.previous", .text = "Copy to previous slice", .tip = "Copy what is selected to the previous slice, and go there", .keys = "Shift+PgDown"}, Edit, something, make<Selection>, call(&Selection::copyToPreviousSlice)},
-        {{.id = "copy.slices", .text = "Copy to slices...", .tip = "Copy what is selected to several slices before and after this one"}, Edit, something, make<Selection>, call(&Selection::copyToSlices)},
-        {{.id = "gap.fill", .text = "Fill gap", .tip = "Outline the model on the slices between this outline and the next one", .keys = "G"}, Edit, onePolygon, make<Selection>, call(&Selection::fillGap)},
-        {{.id = "gap.fillAll", .text = "Fill all gaps", .tip = "Outline the model on all slices that lack it between others", .keys = "Shift+G"}, Edit, onePolygon, make<Selection>, call(&Selection::fillAllGaps)},
+        {{.id = "copy.next", .text = "Copy to next slice", .tip = "Copy what is selected, or the current model, to the next slice, and go there", .keys = "Shift+PgUp"}, Edit, always, make<Selection>, call(&Selection::copyToNextSlice)},
+        {{.id = "copy.previous", .text = "Copy to previous slice", .tip = "Copy what is selected, or the current model, to the previous slice, and go there", .keys = "Shift+PgDown"}, Edit, always, make<Selection>, call(&Selection::copyToPreviousSlice)},
+        {{.id = "copy.slices", .text = "Copy to slices...", .tip = "Copy what is selected, or the current model, to several slices before and after this one"}, Edit, always, make<Selection>, call(&Selection::copyToSlices)},
+        {{.id = "gap.fill", .text = "Fill gap", .tip = "Outline the model on the slices between this outline and the next one", .keys = "G"}, Edit, nothingOrPolygon, make<Selection>, call(&Selection::fillGap)},
+        {{.id = "gap.fillAll", .text = "Fill all gaps", .tip = "Outline the model on all slices that lack it between others", .keys = "Shift+G"}, Edit, nothingOrPolygon, make<Selection>, call(&Selection::fillAllGaps)},
         {{.id = "select.model", .text = "Select", .tip = "Select the items of a model on this slice"}, Top, nothing, make<Selection>, call(&Selection::selectModelItems), ToolModels::OfSlice},
         {{.id = "convert", .text = "Convert", .tip = "Give what is selected to another model"}, Top, oneGeometry, make<Selection>, call(&Selection::convertSelection), ToolModels::OfStack, isOfThatGeometry},
         {{.id = "copy.clipboard", .text = "Copy", .tip = "Copy what is selected, to be pasted on other slices", .keys = "Ctrl+C"}, ToolMenu::None, something, make<Selection>, call(&Selection::copySelection)},

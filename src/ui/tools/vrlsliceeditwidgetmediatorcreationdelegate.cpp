@@ -112,6 +112,7 @@ void VRLSliceEditWidgetMediatorCreationDelegate::end() {
     host().setPreview(nullptr);
     __item.reset();
     __resumed.reset();
+    __everyMove.reset();
     canvas().update();
     deactivate();
 }
@@ -186,6 +187,7 @@ void VRLSliceEditWidgetMediatorCreationDelegate::mousePressEvent(QMouseEvent* ev
         event->accept();
         if (closesAt(position))
             return apply();
+        __everyMove = std::make_unique<EveryMove>();
         appendVertex(position);
     }
     if (event->buttons() == Qt::RightButton) {
@@ -205,6 +207,7 @@ void VRLSliceEditWidgetMediatorCreationDelegate::mouseMoveEvent(QMouseEvent* eve
 
 void VRLSliceEditWidgetMediatorCreationDelegate::mouseReleaseEvent(QMouseEvent* event) {
     anyEvent(event);
+    __everyMove.reset();
     const bool closes =
         acts() && event->button() == Qt::LeftButton && __stroke && closesAt(event->position().toPoint());
     __stroke = false;

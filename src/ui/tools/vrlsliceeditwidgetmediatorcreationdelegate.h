@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "document/modelitem.h"
+#include "ui/tools/everymove.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordelegate.h"
 
 namespace vorlen {
@@ -77,6 +78,7 @@ private:
     bool keep();
 
     std::unique_ptr<ModelItem> __item;
+    std::unique_ptr<EveryMove> __everyMove;    // while the button is held
     bool __stroke = false;                     // the button is held, and vertices came since
     std::optional<Vertices<double>> __resumed; // as the drawing was when it came back
     bool __menuPending = false;                // the context menu of the press that ended a drawing

@@ -197,6 +197,35 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::removeSelection() {
             warn("Vertex suppresion", QString::fromStdString(refusal));
 }
 
+/// Where nothing is selected, what the slice has of the current model is from here on. False, which is said, when there
+/// is nothing.
+bool VRLSliceEditWidgetMediatorSelectionDelegate::selectForCopying() {
+    if (!slice()->getSelectedItems().empty())
+        return true;
+    const Model* const model = host().modelViews().getCurrent();
+    selectWhole([model](const ModelItem& item) { return item.getModel() == model; });
+    if (!slice()->getSelectedItems().empty())
+        return true;
+    host().setHint(model == nullptr ? QString("Nothing is selected.")
+                                    : QString("Nothing is selected, and there is nothing of %1 on this slice to copy.")
+                                          .arg(QString::fromStdString(model->getName())));
+    return false;
+}
+
+/// That of what is selected; where nothing is, the current one. Null, which is said, when there is none.
+Model* VRLSliceEditWidgetMediatorSelectionDelegate::modelToFill() {
+    if (const ModelItem* const item = slice()->getSelectedItem())
+        return item->getModel();
+    Model* const model = host().modelViews().getCurrent();
+    if (model == nullptr)
+        host().setHint("Nothing is selected.");
+    else if (host().modelViews().isLocked(*model))
+        host().setHint("The current model, " + QString::fromStdString(model->getName()) + ", is locked.");
+    else
+        return model;
+    return nullptr;
+}
+
 void VRLSliceEditWidgetMediatorSelectionDelegate::copyToNeighbour(int direction) {
     if (stack() == nullptr)
         return;
@@ -205,6 +234,8 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::copyToNeighbour(int direction)
         host().setHint(direction > 0 ? "This is the last slice." : "This is the first slice.");
         return;
     }
+    if (!selectForCopying())
+        return;
     StackSlice& target = stack()->getSlice(rank);
     const Outcome outcome = vorlen::copySelection(*stack(), *slice(), {&target});
     if (outcome)
@@ -214,7 +245,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::copyToNeighbour(int direction)
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::copyToSlices() {
-    if (stack() == nullptr)
+    if (stack() == nullptr || !selectForCopying())
         return;
     const int rank = stack()->findSlice(*slice());
     const QPointer<QObject> self(this);
@@ -262,32 +293,33 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::joinSelection() {
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::fillGap() {
-    ModelItem* const item = stack() != nullptr ? slice()->getSelectedItem() : nullptr;
-    if (item == nullptr)
+    Model* const model = stack() != nullptr ? modelToFill() : nullptr;
+    if (model == nullptr)
         return;
-    Model& model = *item->getModel();
+    const QString name = QString::fromStdString(model->getName());
     const int rank = stack()->findSlice(*slice());
-    const int other = otherSideOfGap(*stack(), model, rank);
+    const int other = otherSideOfGap(*stack(), *model, rank);
     if (other < 0)
-        return host().setHint("There is no other outline of " + modelName(*item) + " beyond a gap.");
+        return host().setHint("There is no other outline of " + name + " beyond a gap.");
     const WaitCursor cursor;
-    const Outcome outcome = vorlen::fillGap(*stack(), model, rank, other);
+    const Outcome outcome = vorlen::fillGap(*stack(), *model, rank, other);
     if (outcome)
         host().setHint(QString("%1 outlined on the slices up to %2.")
-                           .arg(modelName(*item), QString::fromStdString(stack()->getSlice(other).getName())));
+                           .arg(name, QString::fromStdString(stack()->getSlice(other).getName())));
     else
         warnUnlessDone("Fill gap", outcome);
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::fillAllGaps() {
-    ModelItem* const item = stack() != nullptr ? slice()->getSelectedItem() : nullptr;
-    if (item == nullptr)
+    Model* const model = stack() != nullptr ? modelToFill() : nullptr;
+    if (model == nullptr)
         return;
+    const QString name = QString::fromStdString(model->getName());
     const WaitCursor cursor;
     int numFilled = 0;
-    const Outcome outcome = vorlen::fillAllGaps(*stack(), *item->getModel(), numFilled);
+    const Outcome outcome = vorlen::fillAllGaps(*stack(), *model, numFilled);
     if (outcome)
-        host().setHint(QString("%1 outlined on %2 more slices.").arg(modelName(*item)).arg(numFilled));
+        host().setHint(QString("%1 outlined on %2 more slices.").arg(name).arg(numFilled));
     else
         warnUnlessDone("Fill all gaps", outcome);
 }

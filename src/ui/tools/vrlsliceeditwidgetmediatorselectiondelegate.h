@@ -87,6 +87,8 @@ protected:
 
 private:
     void copyToNeighbour(int direction);
+    bool selectForCopying();
+    Model* modelToFill();
     void forgetPress();
     void removeBand();
     std::vector<ModelItem*> itemsNear(const Vector<double>& position) const;

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QSettings>
 
 #include "document/model.h"
 #include "document/stackslice.h"
@@ -74,12 +75,15 @@ private:
     ProgressSubject& __subject;
 };
 
+const QString replacingKey = "snake/replaces";
+
 VRLSnakeConfig usualConfig() {
     VRLSnakeConfig config;
     config.setAlpha(1);
     config.setGradThreshold(7);
     config.setRegMax(2.5f);
     config.setScale(1);
+    config.setReplacing(QSettings().value(replacingKey, false).toBool());
     return config;
 }
 
@@ -137,6 +141,7 @@ const VRLSnakeConfig& VRLSliceEditWidgetMediatorSnakeDelegate::chosenConfig() {
 
 void VRLSliceEditWidgetMediatorSnakeDelegate::chooseConfig(const VRLSnakeConfig& config) {
     chosen() = config;
+    QSettings().setValue(replacingKey, config.isReplacing());
 }
 
 void VRLSliceEditWidgetMediatorSnakeDelegate::activate() {
@@ -289,11 +294,14 @@ bool VRLSliceEditWidgetMediatorSnakeDelegate::askForSnakeConfig() {
         __snakeConfig.setRegMax(usual.getRegMax());
         __snakeConfig.setScale(usual.getScale());
     }
+    __snakeConfig.setReplacing(QSettings().value(replacingKey, false).toBool());
     const QPointer<VRLSnakeConfigDialog> dialog = new VRLSnakeConfigDialog(&canvas());
     dialog->setConfig(__snakeConfig);
     const bool accepted = execute(*dialog); // false too when this object has gone
-    if (accepted)
+    if (accepted) {
         __snakeConfig = dialog->getConfig();
+        QSettings().setValue(replacingKey, __snakeConfig.isReplacing());
+    }
     delete dialog;
     return accepted;
 }
@@ -316,6 +324,7 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverSlice() {
     __snakeItem->setSlice(__item->getSlice());
     host().setPreview(__snakeItem.get());
     SnakeOperation operation(*stack(), *__item, __snakeConfig);
+    operation.setReplacing(__snakeConfig.isReplacing());
     const QPointer<Delegate> self(this);
     const Run run(*this, operation);
     const Outcome outcome = operation.runOnSlice();
@@ -328,6 +337,7 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverSlice() {
 
 void VRLSliceEditWidgetMediatorSnakeDelegate::runOverStack(int reach) {
     SnakeOperation operation(*stack(), *__item, __snakeConfig);
+    operation.setReplacing(__snakeConfig.isReplacing());
     const QPointer<Delegate> self(this);
     const Run run(*this, operation);
     operation.runOnRange(reach, __snakeConfig.isPropagationEnabled());

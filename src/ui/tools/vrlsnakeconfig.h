@@ -23,10 +23,15 @@ public:
     int getReach() const { return __reach; }
     void setReach(int reach);
 
+    /// Whether the contour that the snake begins with gives way to what is found on its slice.
+    bool isReplacing() const { return __replacing; }
+    void setReplacing(bool on) { __replacing = on; }
+
 private:
     bool __runOverStack = false;
     bool __propagationEnabled = false;
     int __reach = 10;
+    bool __replacing = false;
 };
 
 } // namespace vorlen

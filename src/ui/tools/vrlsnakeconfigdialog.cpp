@@ -7,8 +7,15 @@
 
 namespace vorlen {
 
+namespace {
+
+constexpr int spaceOfTitleButtons = 150; // of a window, beside its title
+
+} // namespace
+
 VRLSnakeConfigDialog::VRLSnakeConfigDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle("Snake parameters");
+    setMinimumWidth(fontMetrics().horizontalAdvance("Snake parameters") + spaceOfTitleButtons);
     auto* const contents = new QWidget(this);
     __editor = new VRLSnakeConfigEditor(contents);
     auto* const contentsLayout = new QVBoxLayout(contents);

@@ -55,16 +55,19 @@ VRLSnakeConfigEditor::VRLSnakeConfigEditor(QWidget* parent) : QFrame(parent) {
     __adaptive =
         newCheckBox(*grid, 3, "Adaptive snake",
                     "The contour gets less stiff, and the edges get sharper, when it no longer comes nearer to them.");
+    __replaces = newCheckBox(*grid, 4, "Replace the outline",
+                             "The outline that the snake begins with takes the course that is found. Otherwise it "
+                             "stays, and what is found is one more.");
     __allSlices =
-        newCheckBox(*grid, 4, "Run on every slice", "Check this option to run the snake on every slice of the stack.");
+        newCheckBox(*grid, 5, "Run on every slice", "Check this option to run the snake on every slice of the stack.");
     __reach = new QSpinBox(this);
     __reach->setRange(0, 100);
     __reach->setSpecialValueText("All");
     __reach->setEnabled(false);
-    addRow(*grid, 5, "Slices on each side", *__reach,
+    addRow(*grid, 6, "Slices on each side", *__reach,
            "How many slices before and behind the current one to run on; 0: all slices of the stack.");
     __propagation = newCheckBox(
-        *grid, 6, "Use propagation",
+        *grid, 7, "Use propagation",
         "This option is relevant only when running the snake on every slice of the stack.\n- If this option is "
         "checked, the snake will be propagated from the current slice to the next/previous one and so on.\n- "
         "Otherwise, the snake will be run independently on each slice, taking the current contour for "
@@ -72,14 +75,14 @@ VRLSnakeConfigEditor::VRLSnakeConfigEditor(QWidget* parent) : QFrame(parent) {
     __propagation->setEnabled(false);
     __scale = new QSpinBox(this);
     __scale->setRange(1, 10);
-    addRow(*grid, 7, "Scale", *__scale,
+    addRow(*grid, 8, "Scale", *__scale,
            "The image is reduced so many times before the run: faster, and with a longer reach, but less exact.");
     connect(__allSlices, &QCheckBox::stateChanged, this, &VRLSnakeConfigEditor::allSliceBoxChanged);
     for (QDoubleSpinBox* const box : {__alpha, __threshold, __regMax})
         connect(box, &QDoubleSpinBox::valueChanged, this, &VRLSnakeConfigEditor::changed);
     for (QSpinBox* const box : {__reach, __scale})
         connect(box, &QSpinBox::valueChanged, this, &VRLSnakeConfigEditor::changed);
-    for (QCheckBox* const box : {__adaptive, __allSlices, __propagation})
+    for (QCheckBox* const box : {__adaptive, __replaces, __allSlices, __propagation})
         connect(box, &QCheckBox::toggled, this, &VRLSnakeConfigEditor::changed);
     setConfig(VRLSnakeConfig());
 }
@@ -90,6 +93,7 @@ void VRLSnakeConfigEditor::setConfig(const VRLSnakeConfig& config) {
     __threshold->setValue(double(config.getGradThreshold()));
     __regMax->setValue(double(config.getRegMax()));
     __adaptive->setChecked(config.isAdaptive());
+    __replaces->setChecked(config.isReplacing());
     __allSlices->setChecked(config.getRunOverStack());
     __reach->setValue(config.getReach());
     __propagation->setChecked(config.isPropagationEnabled());
@@ -102,6 +106,7 @@ VRLSnakeConfig VRLSnakeConfigEditor::getConfig() const {
     config.setGradThreshold(float(__threshold->value()));
     config.setRegMax(float(__regMax->value()));
     config.setAdaptive(__adaptive->isChecked());
+    config.setReplacing(__replaces->isChecked());
     config.setRunOverStack(__allSlices->isChecked());
     config.setReach(__reach->value());
     config.setPropagationEnabled(__propagation->isChecked());

@@ -37,6 +37,7 @@ private:
     QDoubleSpinBox* __threshold;
     QDoubleSpinBox* __regMax;
     QCheckBox* __adaptive;
+    QCheckBox* __replaces;
     QCheckBox* __allSlices;
     QSpinBox* __reach;
     QCheckBox* __propagation;

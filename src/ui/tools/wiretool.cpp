@@ -18,6 +18,12 @@
 
 namespace vorlen {
 
+namespace {
+
+constexpr double spurWidth = 1; // pixels
+
+} // namespace
+
 int WireTool::__reach = 400;
 int WireTool::__thinning = 1;
 
@@ -165,6 +171,9 @@ void WireTool::apply() {
         if (!way.empty())
             way.pop_back(); // the first vertex itself
         append(way);
+        // A click beside the edge was reached from it and left to it on the same way.
+        if (item()->getSize() > 3)
+            item()->setVertices(withoutSpurs(item()->getVertices(), spurWidth));
     }
     VRLSliceEditWidgetMediatorCreationDelegate::apply();
 }

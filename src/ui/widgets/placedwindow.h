@@ -13,8 +13,16 @@ namespace vorlen {
 /// primary one, in whose upper left corner it is put.
 QRect placedOnScreen(const QRect& wanted);
 
+/// For a window or dialog that is about to be shown: keeps it on its screen, no larger than that. A dialog whose fields
+/// need more room than there is gets scroll bars, but not one of Qt itself. Nothing for other widgets.
+///
+/// The frame that the desktop puts around a window is known only when it is there: the window is brought back onto the
+/// screen once more then.
+void fitOnScreen(QWidget& window);
+
 /// Puts a window where it was when it was open last, or else into the upper left corner in the size given, and keeps
-/// its place from then on: under NAME/pos and NAME/size in the settings.
+/// its place from then on: under NAME/pos and NAME/size in the settings. A window that was maximized is so again, with
+/// the place that it had before as the one to come back to.
 void keepPlace(QWidget& window, const QString& name, const QSize& size);
 
 } // namespace vorlen

@@ -3,11 +3,17 @@
 #include <clocale>
 #include <locale>
 
+#include <QAbstractSpinBox>
 #include <QApplication>
+#include <QDialog>
 #include <QEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QSurfaceFormat>
+#include <QTimer>
+#include <QWidget>
+#include <QWindow>
 
 #include "ui/widgets/placedwindow.h"
 
@@ -20,7 +26,12 @@ namespace vorlen {
 /// in files have a point.
 ///
 /// Texts of labels, message boxes and tool tips are plain, unless they were made something else: the name of a file or
-/// a model may look like a text with marks. No window begins larger than its screen, as far as what is in it lets it.
+/// a model may look like a text with marks. No window begins larger than its screen. The
+/// field in which a dialog begins is selected as a whole: what is typed takes the place of what stands there.
+///
+/// A dialog that closes while the list below one of its fields is open, as that of file names does by Return, leaves
+/// Qt 6.4 without an active window: nothing then has the focus, not even what is clicked on. The next key or click
+/// finds the window again that the desktop gives the keys to.
 class VorlenApplication : public QApplication {
 public:
     VorlenApplication(int& argc, char** argv) : QApplication(withSurfaceFormat(argc), argv) {
@@ -48,16 +59,39 @@ public:
                 box->setTextFormat(Qt::PlainText);
         }
         if (event->type() == QEvent::Show && !event->spontaneous() && receiver->isWidgetType())
-            keepOnScreen(*static_cast<QWidget*>(receiver));
-        return QApplication::notify(receiver, event);
+            fitOnScreen(*static_cast<QWidget*>(receiver));
+        if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::MouseButtonPress)
+            findActiveWindow();
+        const bool handled = QApplication::notify(receiver, event);
+        if (event->type() == QEvent::WindowActivate)
+            if (auto* const dialog = qobject_cast<QDialog*>(receiver))
+                beginInField(*dialog);
+        return handled;
     }
 
 private:
-    static void keepOnScreen(QWidget& widget) {
-        if (widget.windowType() != Qt::Window && widget.windowType() != Qt::Dialog)
+    /// Once: who comes back to a dialog goes on where he was.
+    static void beginInField(QDialog& dialog) {
+        constexpr const char* begun = "vorlenBegun";
+        if (dialog.property(begun).toBool())
             return;
-        if (const QRect placed = placedOnScreen(widget.geometry()); placed.size() != widget.size())
-            widget.setGeometry(placed);
+        dialog.setProperty(begun, true);
+        // The focus comes after the window.
+        QTimer::singleShot(0, &dialog, [&dialog] {
+            QWidget* const field = dialog.focusWidget();
+            if (auto* const number = qobject_cast<QAbstractSpinBox*>(field))
+                number->selectAll();
+            else if (auto* const line = qobject_cast<QLineEdit*>(field))
+                line->selectAll();
+        });
+    }
+
+    static void findActiveWindow() {
+        if (activeWindow() != nullptr || activePopupWidget() != nullptr || focusWindow() == nullptr)
+            return;
+        for (QWidget* const widget : topLevelWidgets())
+            if (widget->windowHandle() == focusWindow() && widget->windowType() != Qt::Popup)
+                setActiveWindow(widget);
     }
 
     static int& withSurfaceFormat(int& argc) {

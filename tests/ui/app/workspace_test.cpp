@@ -9,6 +9,8 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -29,6 +31,7 @@
 #include "support/commands.h"
 #include "support/dialogdriver.h"
 #include "support/documentmaker.h"
+#include "support/modalscript.h"
 #include "ui/app/guidewindow.h"
 #include "ui/app/historypanel.h"
 #include "ui/app/vrlrootmediator.h"
@@ -212,6 +215,65 @@ TEST_F(WorkspaceTest, theToolOptionsStandInADockThatComesAndGoes) {
     QWidget* const reach = workspace().optionsDock().findChild<QWidget*>("wire.reach");
     ASSERT_NE(reach, nullptr);
     EXPECT_TRUE(QTest::qWaitFor([reach] { return reach->isVisible(); }));
+}
+
+TEST_F(WorkspaceTest, theToolOptionsGetTheHeightThatTheyNeed) {
+    open();
+    window->resize(1200, 800);
+    const auto* const view = static_cast<QScrollArea*>(workspace().optionsDock().widget());
+    const auto allSeen = [view] { return view->verticalScrollBar()->maximum() == 0; };
+    ASSERT_TRUE(QTest::qWaitFor(allSeen));
+    for (const char* tool : {"tool.brush", "tool.automatic", "tool.snake"}) {
+        editor().chooseTool(tool);
+        EXPECT_TRUE(QTest::qWaitFor(allSeen, 2000)) << tool;
+    }
+    const int height = workspace().optionsDock().height();
+    editor().chooseTool("tool.select");
+    QTest::qWait(100);
+    EXPECT_EQ(workspace().optionsDock().height(), height); // the panel does not jump at each tool
+}
+
+TEST_F(WorkspaceTest, theOutlinesHaveAMenuToBeFoundIn) {
+    EXPECT_EQ(window->focusWidget(), &editor().getCanvas()); // before anything is opened
+    VRLStack& stack = open();
+    trigger("model.new");
+    auto* const outlines = window->findChild<QMenu*>("menu.outlines");
+    ASSERT_NE(outlines, nullptr);
+    emit qobject_cast<QMenu*>(outlines->parent())->aboutToShow();
+    EXPECT_TRUE(outlines->isEnabled());
+    const auto entry = [outlines](const QString& text) -> QAction& {
+        for (QAction* const each : outlines->actions())
+            if (each->text().remove('&') == text)
+                return *each;
+        throw std::runtime_error("no such entry");
+    };
+    EXPECT_FALSE(entry("Delete").isEnabled());
+    ASSERT_TRUE(createItem(stack, stack.getSlice(0), stack.getModel(0), makeVertices({{1, 1}, {1, 9}, {9, 9}})));
+    window->mediator().setSlice(stack.getSlice(0));
+    entry("Select all").trigger();
+    EXPECT_TRUE(entry("Delete").isEnabled());
+    entry("Copy to next slice").trigger();
+    EXPECT_EQ(stack.getSlice(1).getNumItems(), 1);
+    entry("Delete").trigger();
+    EXPECT_EQ(stack.getSlice(1).getNumItems(), 0);
+    trigger("view.panorama");
+    emit qobject_cast<QMenu*>(outlines->parent())->aboutToShow();
+    EXPECT_FALSE(outlines->isEnabled()); // the slice is not seen
+}
+
+TEST_F(WorkspaceTest, theModelsDialogBeginsWithTheCurrentModel) {
+    VRLStack& stack = open();
+    trigger("model.new");
+    ModalScript user;
+    user.then([&stack](QWidget& dialog) {
+        const auto* const list = dialog.findChild<QListWidget*>();
+        ASSERT_EQ(list->selectedItems().size(), 1);
+        EXPECT_EQ(list->selectedItems().first()->text().toStdString(), stack.getModel(0).getName());
+        EXPECT_TRUE(dialog.findChild<QLineEdit*>()->isEnabled());
+        ModalScript::click(dialog, "Close");
+    });
+    trigger("models.edit");
+    EXPECT_EQ(user.seen.size(), 1U);
 }
 
 TEST_F(WorkspaceTest, theHistoryListsStepsAndGoesToEach) {

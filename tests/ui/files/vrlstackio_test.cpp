@@ -10,12 +10,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTextEdit>
 #include <QTimer>
@@ -703,6 +705,31 @@ TEST_F(VRLStackIOTest, whatWasLeftBehindIsRecoveredOrDeleted) {
         EXPECT_TRUE(recovery.leftovers().isEmpty());
         EXPECT_TRUE(QFile::exists(recovery.recoveryFile(*stack)));
         VRLStackServer::stackServer.removeStack(*stack);
+    }
+    // Left behind twice: the newer one has the file, the other one stands beside it.
+    leave();
+    QDir().mkpath(state + "/older");
+    for (const char* name : {"/1.sdf", "/1.ini"})
+        QFile::copy(state + "/dead" + name, state + "/older" + name);
+    QSettings(state + "/older/1.ini", QSettings::IniFormat).setValue("time", QDateTime(QDate(2020, 1, 1), QTime()));
+    {
+        VRLRecovery recovery(state);
+        user.thenClick("Recover");
+        user.thenClick("OK");
+        VRLStack* const newer = io.recoverStacks(recovery);
+        ASSERT_NE(newer, nullptr);
+        EXPECT_EQ(newer->getFilename(), path("ab.sdf"));
+        EXPECT_NE(user.seen.back().find("is open here already"), std::string::npos) << user.seen.back();
+        ASSERT_EQ(numOpen(), 2);
+        const VRLStack& older = VRLStackServer::stackServer.getStack(1);
+        EXPECT_EQ(older.getFilename(), "");
+        EXPECT_EQ(older.getName(), "ab (recovered)");
+        EXPECT_EQ(older.getModel(0).getNumItems(), 1);
+        EXPECT_TRUE(older.isModified());
+        EXPECT_TRUE(recovery.leftovers().isEmpty());
+        EXPECT_EQ(io.openStack(path("ab.sdf")), newer); // as the file given at the start is
+        while (numOpen() > 0)
+            VRLStackServer::stackServer.removeStack(VRLStackServer::stackServer.getStack(0));
     }
     leave();
     VRLRecovery recovery(state);

@@ -182,6 +182,16 @@ TEST_F(VRLSliceListWidgetTest, textAndIconTellRegistrationSpacingAndCalibration)
     EXPECT_EQ(changes.count(), 0);
 }
 
+TEST_F(VRLSliceListWidgetTest, iconsFollowTheColoursOfTheList) {
+    QPalette dark;
+    dark.setColor(QPalette::Text, Qt::lightGray);
+    dark.setColor(QPalette::Base, QColor(20, 20, 20));
+    widget.setPalette(dark);
+    EXPECT_EQ(icon(list, 2), std::make_pair(QColor(Qt::lightGray), QColor(20, 20, 20)));
+    widget.setPalette(QPalette());
+    EXPECT_EQ(icon(list, 2), std::make_pair(black, white));
+}
+
 // Absolute positions in steps of 0.1 differ from the default by rounding, which is no spacing of their own.
 TEST_F(VRLSliceListWidgetTest, roundingOfAbsolutePositionsIsNoOwnSpacing) {
     stack.setDefaultRelativePosition(0.1f);

@@ -243,6 +243,36 @@ TEST_F(SnakeToolTest, aClickRunsItByTheOptionsAndOtherOptionsRunItAgain) {
     mediator->chooseSelection();
 }
 
+TEST_F(SnakeToolTest, anOutlineIsReplacedOnWishAndOtherOptionsBeginWithItAsItWas) {
+    StackSlice& slice = showDisc(rings({60}));
+    const ModelItem& circle = addCircle(slice, centreX, centreY, 85);
+    const VRLSnakeConfig before = VRLSliceEditWidgetMediatorSnakeDelegate::chosenConfig();
+    mediator->chooseTool("tool.snake");
+    const std::unique_ptr<QWidget> options(mediator->newToolOptions(&window));
+    checkBox(*options, "Replace the outline").setChecked(true);
+    QTest::mouseClick(canvas, Qt::LeftButton, {}, QPoint(245, 120));
+    EXPECT_EQ(radiiOf(slice), std::vector<int>{60});
+    EXPECT_EQ(history().getNumUndoSteps(), 1);
+    const std::uint64_t first = circle.getRevision();
+    control<QDoubleSpinBox>(*options, "Reg. max").setValue(2.8);
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return circle.getRevision() != first && history().getNumUndoSteps() == 1 && !snake->isActive(); },
+        60000));
+    EXPECT_EQ(radiiOf(slice), std::vector<int>{60});
+    history().undo();
+    EXPECT_NEAR(meanRadius(circle), 85, 1); // as it was drawn, not as the first run left it
+    mediator->chooseSelection();
+
+    acceptParameters([](QWidget& dialog) { // the wish is kept
+        EXPECT_TRUE(checkBox(dialog, "Replace the outline").isChecked());
+        checkBox(dialog, "Replace the outline").setChecked(false);
+    });
+    selectionChanged(slice);
+    runSnake();
+    EXPECT_EQ(slice.getNumItems(), 2);
+    VRLSliceEditWidgetMediatorSnakeDelegate::chooseConfig(before);
+}
+
 TEST_F(SnakeToolTest, aSnakeThatCollapsesIsToldAndLeavesNothing) {
     StackSlice& slice = showDisc(TestImages::uniform(width, height, 8, 100));
     addCircle(slice, centreX, centreY, 12);

@@ -180,6 +180,67 @@ TEST_F(StayingToolsTest, theLiveWireFollowsTheEdgesOfTheImage) {
     EXPECT_FALSE(history().isUndoable());
 }
 
+TEST_F(StayingToolsTest, aClickBesideTheEdgeLeavesNoSpur) {
+    Image image(300, 200, 8);
+    for (int y = 0; y < 200; ++y)
+        for (int x = 0; x < 300; ++x)
+            image.getPixels()[y][x] = static_cast<unsigned char>(std::hypot(x - 150, y - 100) < 60 ? 40 : 200);
+    StackSlice& disk = addSlice(image, "disk");
+    showSlice(disk);
+    mediator->chooseTool("tool.wire");
+    draw({{210, 100}, {150, 172}, {90, 100}, {150, 40}}); // the second lies 12 pixels outside
+    key(Qt::Key_Return);
+    ASSERT_EQ(polygon->getNumItems(), 1);
+    for (const auto& [x, y] : decimals(polygon->getItem(0).getVertices()))
+        EXPECT_NEAR(std::hypot(x - 150, y - 100), 60, 3);
+}
+
+/// Otherwise a quick stroke has as many corners as the picture was painted times.
+TEST_F(StayingToolsTest, noMoveOfAStrokeIsLeftOut) {
+    const auto merged = [] { return QCoreApplication::testAttribute(Qt::AA_CompressHighFrequencyEvents); };
+    for (const char* tool : {"tool.draw", "tool.brush"}) {
+        mediator->chooseTool(tool);
+        EXPECT_TRUE(merged()) << tool;
+        press(QPoint(50, 50));
+        drag(QPoint(80, 50));
+        EXPECT_FALSE(merged()) << tool;
+        release(QPoint(80, 80));
+        EXPECT_TRUE(merged()) << tool;
+        cancel();
+        press(QPoint(50, 50));
+        cancel(); // with the button held
+        EXPECT_TRUE(merged()) << tool;
+        release(QPoint(50, 50));
+    }
+}
+
+TEST_F(StayingToolsTest, withNothingSelectedTheCurrentModelIsCopiedAndFilled) {
+    for (int i = 2; i < 5; ++i)
+        addSlice(TestImages::ramp(300, 200, 8), "s" + std::to_string(i));
+    for (int i = 0; i < stack.getNumSlices(); ++i)
+        stack.getSlice(i).getPixelCalibration().setPixelWidth(1);
+    stack.updateReconstruction();
+    mediator->chooseTool("tool.draw");
+    trigger("Copy to next slice");
+    EXPECT_EQ(hint(), "Nothing is selected, and there is nothing of Polygon on this slice to copy.");
+    addItem(*polygon, *slice, square);
+    addItem(*other, *slice, square);
+    StackSlice& next = stack.getSlice(stack.findSlice(*slice) + 1);
+    expectSteps(1, [this] { trigger("Copy to next slice"); });
+    ASSERT_EQ(next.getNumItems(), 1);
+    EXPECT_EQ(next.getItem(0).getModel(), polygon);
+    EXPECT_EQ(chosen(), "tool.draw");
+
+    slice->getItem(0).getSelection().set(false);
+    addItem(*polygon, stack.getSlice(stack.getNumSlices() - 1), square);
+    views().setLocked(*polygon, true);
+    trigger("Fill all gaps");
+    EXPECT_EQ(hint(), "The current model, Polygon, is locked.");
+    views().setLocked(*polygon, false);
+    expectSteps(1, [this] { trigger("Fill all gaps"); });
+    EXPECT_EQ(polygon->getNumItems(), stack.getNumSlices() - stack.findSlice(*slice));
+}
+
 TEST_F(StayingToolsTest, aToolStaysOnFromSliceToSlice) {
     StackSlice& second = addSlice(TestImages::ramp(300, 200, 8), "second");
     mediator->chooseTool("tool.draw");

@@ -3,8 +3,11 @@
 #include <QDialog>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSlider>
@@ -12,11 +15,15 @@
 #include <QTest>
 #include <QTimer>
 #include <QToolTip>
+#include <QVBoxLayout>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
 #include "ui/widgets/colorselector.h"
+#include "ui/widgets/placedwindow.h"
 #include "ui/widgets/qinputbox.h"
+#include "ui/widgets/vrldecimalbox.h"
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/vrlsplitter.h"
 
@@ -55,6 +62,52 @@ TEST(VorlenApplication, noWindowBeginsLargerThanItsScreen) {
     EXPECT_TRUE(room.contains(window.geometry()));
 }
 
+TEST(VorlenApplication, aDialogThatNeedsMoreThanTheScreenScrolls) {
+    const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
+    QDialog dialog;
+    auto* const layout = new QVBoxLayout(&dialog);
+    for (int i = 0; i < 3; ++i) {
+        auto* const field = new QLineEdit(&dialog);
+        field->setMinimumHeight(600);
+        layout->addWidget(field);
+    }
+    dialog.show();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(room.contains(dialog.geometry()));
+    auto* const view = dialog.findChild<QScrollArea*>();
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(view->findChildren<QLineEdit*>().size(), 3);
+    EXPECT_EQ(view->horizontalScrollBar()->maximum(), 0); // wide enough for the bar beside the fields
+    EXPECT_GT(view->verticalScrollBar()->maximum(), 0);
+    dialog.hide();
+    dialog.show();
+    EXPECT_EQ(dialog.findChildren<QScrollArea*>().size(), 1); // once
+}
+
+TEST(VorlenApplication, whatIsTypedIntoADialogTakesThePlaceOfItsFirstField) {
+    QDialog dialog;
+    auto* const layout = new QVBoxLayout(&dialog);
+    auto* const number = new VRLDecimalBox(&dialog);
+    number->setValue(1);
+    auto* const other = new QLineEdit("other", &dialog);
+    layout->addWidget(number);
+    layout->addWidget(other);
+    dialog.show();
+    dialog.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    ASSERT_TRUE(QTest::qWaitFor([number] { return number->hasFocus(); }));
+    QTest::qWait(20);
+    QTest::keyClicks(number, "0,7");
+    EXPECT_EQ(number->value(), 0.7);
+    other->setFocus();
+    other->setCursorPosition(5);
+    QEvent back(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(&dialog, &back);
+    QTest::qWait(20);
+    QTest::keyClicks(other, "s");
+    EXPECT_EQ(other->text(), "others"); // who comes back goes on
+}
+
 TEST(VorlenApplication, textsWithMarksAreShownAsTheyAre) {
     QMessageBox box(QMessageBox::Warning, "Title", "<b>cell</b> & <i>wall</i>", QMessageBox::Ok);
     box.show();
@@ -80,6 +133,52 @@ TEST(VorlenApplication, textsWithMarksAreShownAsTheyAre) {
     EXPECT_EQ(seen->text(), tip);
     EXPECT_EQ(seen->textFormat(), Qt::PlainText);
     QToolTip::hideText();
+}
+
+/// As it is left by a dialog of files in which a name was typed and taken by Return.
+TEST(VorlenApplication, aWindowWithoutFocusGetsItBackByTheNextKeyOrClick) {
+    QWidget window;
+    QLineEdit field(&window);
+    window.show();
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    field.setFocus();
+    const auto loseFocus = [] {
+        QApplication::setActiveWindow(nullptr);
+        ASSERT_EQ(QApplication::focusWidget(), nullptr);
+    };
+    loseFocus();
+    QTest::keyClick(window.windowHandle(), Qt::Key_B);
+    EXPECT_EQ(QApplication::focusWidget(), &field);
+    EXPECT_EQ(field.text(), "b");
+    loseFocus();
+    QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, field.geometry().center());
+    EXPECT_EQ(QApplication::focusWidget(), &field);
+}
+
+TEST(PlacedWindow, aMaximizedOneIsSoAgainAndKeepsThePlaceToComeBackTo) {
+    QSettings().remove("testWindow");
+    const QRect usual(40, 30, 300, 200);
+    {
+        QWidget window;
+        keepPlace(window, "testWindow", QSize(300, 200));
+        window.setGeometry(usual);
+        window.show();
+        QTest::qWait(400);        // it rests
+        window.resize(1000, 800); // the news of the size comes first
+        window.setWindowState(Qt::WindowMaximized);
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(QSettings().value("testWindow/size").toSize(), usual.size());
+    EXPECT_EQ(QSettings().value("testWindow/pos").toPoint(), usual.topLeft());
+    QWidget again;
+    keepPlace(again, "testWindow", QSize(500, 500));
+    EXPECT_TRUE(again.isMaximized());
+    again.setWindowState(Qt::WindowNoState);
+    QWidget third;
+    keepPlace(third, "testWindow", QSize(500, 500));
+    EXPECT_FALSE(third.isMaximized());
+    EXPECT_EQ(third.size(), usual.size());
 }
 
 TEST(VRLSplitter, comesBackAsItWasLeft) {
