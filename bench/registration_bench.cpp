@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include "inputs.h"
+#include "processmemory.h"
 
 #include <algorithm>
 #include <array>
@@ -93,12 +94,18 @@ SectionImage sectionAt(int n, const RigidMotion& motion) {
 void alignment(benchmark::State& state) {
     const int n = int(state.range(0));
     const SectionImage source = sectionAt(n, {0.05, 17, -9}), target = sectionAt(n, {});
-    for (auto _ : state) {
+    const auto match = [&] {
         const double pixel = SectionAligner::workingPixel(source);
-        const SectionMatch match =
-            SectionAligner::match(*SectionAligner::prepare(source, pixel), *SectionAligner::prepare(target, pixel), {});
-        benchmark::DoNotOptimize(match.motion.x);
-    }
+        return SectionAligner::match(*SectionAligner::prepare(source, pixel), *SectionAligner::prepare(target, pixel),
+                                     {});
+    };
+    forgetPeakMemory();
+    const double before = processMemory("VmRSS:");
+    match();
+    constexpr double image = 4.0 * SectionAligner::workingSize * SectionAligner::workingSize / (1 << 20); // of floats
+    state.counters["images_of_memory"] = (processMemory("VmHWM:") - before) / image;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(match().motion.x);
 }
 
 /// A pair whose greys neither rise nor fall with each other, matched by mutual information.

@@ -233,6 +233,24 @@ TEST(SectionAligner, namesWhatNothingCanBeMatchedWith) {
     EXPECT_EQ(faultOf(0, 0, [](int, int, float v) { return v; }), "too small");
 }
 
+// Great ones are held as whole numbers: also with a frame that is far off from all greys, by which these must not be
+// counted, and seen from behind. The expected motion is the one that the section was made with.
+TEST(SectionAligner, greatSectionsAreFoundToTheSameFractionOfAPixel) {
+    const RigidMotion motion{0.03, 11.3, -7.6};
+    const SectionImage target = sectionOfTissue(560, 620, {});
+    SectionImage source = sectionOfTissue(560, 620, motion);
+    EXPECT_LT(meanDistance(matchOf(source, target).motion, motion, 620, 560), 0.05);
+    SectionImage framed = source;
+    change(framed, [](int i, int j, float v) { return i < 40 || j < 57 ? -9999.0f : v; });
+    const SectionMatch match = matchOf(framed, target);
+    EXPECT_LT(meanDistance(match.motion, motion, 620, 560), 0.05);
+    EXPECT_GT(match.score, 0.99);
+    for (int i = 0; i < 560; ++i)
+        std::reverse(source.grey[i].data(), source.grey[i].data() + 620);
+    EXPECT_TRUE(
+        SectionAligner::isMirrored(*SectionAligner::prepare(source, 1), *SectionAligner::prepare(target, 1), {}));
+}
+
 // Cut off to black and white, with the blur of a file with losses; so far that most of it is; and a mask, the greys of
 // which are no more than 0 and 1.
 TEST(SectionAligner, whatIsBlackAndWhiteIsMatchedWithItsKindAlone) {
