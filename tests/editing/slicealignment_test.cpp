@@ -177,6 +177,31 @@ TEST(SliceAlignment, slicesThatNothingFitsAreLeftAloneAndNamed) {
     }
 }
 
+// In a stack of greys two that are cut off to black and white would only find each other's outline; a stack of masks is
+// all of that kind.
+TEST(SliceAlignment, blackAndWhiteSlicesAreSaturatedUnlessAllAre) {
+    const auto cut = [](int, int, double v) { return v > 127 ? 255 : 0; };
+    TissueStack greys, masks;
+    for (int i = 0; i < 6; ++i) {
+        const SectionImage section = sectionOfTissue(140, 140, places[std::size_t(i)]);
+        const std::string name = "s" + std::to_string(i);
+        if (i == 1 || i == 3 || i == 4)
+            greys.add(name, section, cut);
+        else
+            greys.add(name, section);
+        masks.add(name, section, cut);
+    }
+    const RegistrationReport ofGreys = greys.registered(), ofMasks = masks.registered();
+    for (const int i : {1, 3, 4}) {
+        EXPECT_EQ(ofGreys.slices[std::size_t(i)].state, State::LeftAlone) << i;
+        EXPECT_EQ(ofGreys.slices[std::size_t(i)].reason, "saturated") << i;
+    }
+    EXPECT_LT(greys.offset(2, 0, step(0, 2), 140), 0.4);
+    EXPECT_LT(greys.offset(5, 2, step(2, 5), 140), 0.4);
+    for (int i = 1; i < 6; ++i)
+        EXPECT_LT(masks.offset(i, i - 1, step(i - 1, i), 140), 0.5) << i;
+}
+
 /// Tissue that is the same on both sides but for a share that is odd, and for what each section alone has.
 struct Symmetry {
     double odd;

@@ -105,6 +105,7 @@ private:
 
     bool mayMove(int i) const { return i > 0 && i >= __options.first && i <= __last && !__isLocked[std::size_t(i)]; }
     const SliceSection& section(int i);
+    void judgeMask(int i, SliceSection& section);
     RigidMotion between(const std::vector<RigidMotion>& places, int target, int source) const {
         return places[std::size_t(target)].inverse() * places[std::size_t(source)];
     }
@@ -137,6 +138,8 @@ private:
     std::vector<bool> __isLocked;
     std::vector<RigidMotion> __before, __places; // in the frame of the first slice
     std::vector<std::string> __faults;
+    enum class Look : char { Unknown, Nothing, Greys, Mask };
+    std::vector<Look> __looks;                          // what a slice shows, of those that were looked at
     std::vector<bool> __fits;                           // borne out by a pair
     std::vector<bool> __isTurned;                       // nearly the other way round than it lay
     int __numMatched = 0;                               // slices that were reached
@@ -152,7 +155,7 @@ Alignment::Alignment(const Stack& stack, const AlignmentOptions& options, Progre
     : __stack(stack), __options(options), __progress(progress), __numSlices(stack.getNumSlices()),
       __last(options.last < 0 ? stack.getNumSlices() - 1 : options.last), __pixel(workingPixelOf(stack)),
       __isLocked(std::size_t(__numSlices), false), __faults(std::size_t(__numSlices)),
-      __fits(std::size_t(__numSlices), false), __isTurned(std::size_t(__numSlices), false) {
+      __looks(std::size_t(__numSlices), Look::Unknown), __fits(std::size_t(__numSlices), false), __isTurned(std::size_t(__numSlices), false) {
     for (const int i : options.locked)
         __isLocked[std::size_t(i)] = true;
     RigidMotion place;
@@ -185,11 +188,31 @@ const SliceSection& Alignment::section(int i) {
         return !__progress.isCanceled();
     };
     __sections.emplace_back(i, sliceSection(__stack.getSlice(i), __pixel, __options.method, goesOn));
-    const SliceSection& one = __sections.back().second;
+    SliceSection& one = __sections.back().second;
+    judgeMask(i, one);
     if (!__progress.isCanceled()) // then it is not the image's fault
         __faults[std::size_t(i)] = one.fault;
     __size = std::max({__size, one.width, one.height});
     return one;
+}
+
+/// What is black and white only belongs to a stack of masks, or is saturated: then greys come before it. Two such in a
+/// stack of greys would find no more than each other's outline.
+void Alignment::judgeMask(int i, SliceSection& section) {
+    if (__options.method == AlignmentMethod::PrincipalAxes)
+        return;
+    Look& look = __looks[std::size_t(i)];
+    const bool isMask = section.fault.empty() && weaknessOf(section) == "saturated";
+    look = !section.fault.empty() ? Look::Nothing : isMask ? Look::Mask : Look::Greys;
+    for (int k = i - 1; isMask && k >= 0; --k) {
+        if (__looks[std::size_t(k)] == Look::Mask)
+            return;
+        if (__looks[std::size_t(k)] != Look::Greys)
+            continue;
+        section.fault = "saturated";
+        look = Look::Nothing;
+        return;
+    }
 }
 
 void Alignment::step() {
