@@ -46,6 +46,7 @@ TYPED_TEST_SUITE(SnakeDriverOf, Precisions);
 class Stopper : public RecordingMonitor {
 public:
     explicit Stopper(unsigned int step) : __step(step) {}
+    using RecordingMonitor::subjectProgressed;
     void subjectProgressed(unsigned int current, unsigned int total) override {
         RecordingMonitor::subjectProgressed(current, total);
         if (current == __step)

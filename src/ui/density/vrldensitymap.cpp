@@ -170,7 +170,7 @@ std::vector<std::string> VRLDensityMap::filesOf(const std::string& fileName) con
     const std::string base = fileName.substr(0, fileName.size() - suffix);
     std::vector<std::string> files = {base + ".vm", nifti ? fileName : base + ".nrrd"};
     for (std::size_t k = 0; k < __views.size(); ++k) {
-        char number[24];
+        char number[32];
         std::snprintf(number, sizeof number, "-%02zu.tm", k);
         if (__views[k]->surface)
             files.push_back(base + number);
