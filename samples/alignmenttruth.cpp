@@ -148,7 +148,8 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
         before.push_back(meanDistance({}, truth, width, height));
         const double off = meanDistance(motionOf(one.after, 1, 1), truth, width, height);
         (one.state == SliceAlignment::State::LeftAlone ? named : after).push_back(off);
-        const double turn = std::abs(std::remainder(motionOf(one.after, 1, 1).angle - truth.angle, 360 * degree)) / degree;
+        const double turn =
+            std::abs(std::remainder(motionOf(one.after, 1, 1).angle - truth.angle, 360 * degree)) / degree;
         const double least = std::min(tissue[std::size_t(i)], tissue[std::size_t(i - 1)]);
         const bool isNamed = one.state == SliceAlignment::State::LeftAlone;
         if (!isNamed && one.turnDoubt <= doubtfulTurn)
@@ -156,9 +157,8 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
         if (!isNamed && least >= littleTissue)
             full.push_back(off);
         pairs << '"' << set.title << "\"," << one.name << ',' << one.stateWord() << ',' << before.back() << ',' << off
-              << ',' << least << ',' << one.scoreBefore << ',' << one.scoreAfter << ',' << one.support
-              << ',' << turn << ',' << one.turnDoubt << ",\""
-              << one.reason << "\"\n";
+              << ',' << least << ',' << one.scoreBefore << ',' << one.scoreAfter << ',' << one.support << ',' << turn
+              << ',' << one.turnDoubt << ",\"" << one.reason << "\"\n";
         const double own = std::string(set.stack) == "vnc" ? 9 : 3;
         if (off > own)
             std::cerr << set.title << ": slice " << one.name << " is " << off << " off, " << one.stateWord()

@@ -123,8 +123,9 @@ TextTable reportTable(const RegistrationReport& report, bool full) {
         const bool compared = one.onto >= 0;
         table.addRow({one.name, nameOf(report, one.onto), number(one.after.getHorShift()),
                       number(one.after.getVerShift()), number(one.after.getRotationAngle()), score(one.moved),
-                      one.turnDoubt > 0 ? score(one.turnDoubt) : "", compared ? score(one.scoreBefore) : "", compared ? score(one.scoreAfter) : "",
-                      one.method.empty() ? "" : score(one.support), one.method, one.stateWord(), one.reason});
+                      one.turnDoubt > 0 ? score(one.turnDoubt) : "", compared ? score(one.scoreBefore) : "",
+                      compared ? score(one.scoreAfter) : "", one.method.empty() ? "" : score(one.support), one.method,
+                      one.stateWord(), one.reason});
     }
     return table;
 }

@@ -78,7 +78,8 @@ GreyRange::GreyRange(const SectionImage& image) {
     findMean(image, least, most);
 }
 
-/// Without the least and the greatest, which may be a frame far off from all else; where there is nothing else, of both.
+/// Without the least and the greatest, which may be a frame far off from all else; where there is nothing else, of
+/// both.
 void GreyRange::findMean(const SectionImage& image, float least, float most) {
     double n = 0, sum = 0, squares = 0;
     for (int i = 0; i < image.grey.getSize1(); i += stepOf(image)) {

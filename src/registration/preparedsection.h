@@ -24,7 +24,7 @@ public:
     static constexpr int searchSide = 128;
     static constexpr int choiceSide = 256;
 
-    std::string fault; ///< why nothing can be matched with it; empty when something can
+    std::string fault;            ///< why nothing can be matched with it; empty when something can
     bool isBlackAndWhite = false; ///< nothing is left between the ends of the range of the greys
     bool isMostlyCut = false;     ///< less is left between them than at either end
     double width = 0, height = 0;

@@ -12,8 +12,8 @@
 namespace vorlen {
 
 /// An image of a section at one scale. Index (column, row) stands at the position (originX + stepX column, originY +
-/// stepY row), seen from the middle of the section, in the length unit; of a section seen from behind stepX is negative.
-/// For the sources of SectionAligner alone.
+/// stepY row), seen from the middle of the section, in the length unit; of a section seen from behind stepX is
+/// negative. For the sources of SectionAligner alone.
 ///
 /// A pixel has a value, 0 where there is none, and a mark, 1 where there is one. Small images hold both as floats
 /// (CV_32FC2). Great ones take half of the memory: there they are whole numbers of 1/1024 (CV_16SC2), which is far
@@ -68,7 +68,7 @@ void setLevelRow(cv::Mat& image, int row, const float* pixels);
 cv::Mat levelInFloats(const cv::Mat& image);
 
 /// Lets each row be changed, as floats; change(row, pixels).
-template<class F>
+template <class F>
 void changeLevelRows(cv::Mat& image, F&& change) {
     LevelRows rows(image);
     std::vector<float> pixels(std::size_t(2 * image.cols));

@@ -177,6 +177,26 @@ TEST(SliceAlignment, slicesThatNothingFitsAreLeftAloneAndNamed) {
     }
 }
 
+TEST(SliceAlignment, tellsHowLittleIsKnownOfTheTurnOfASpot) {
+    TissueStack spots, full;
+    for (int i = 0; i < 3; ++i) {
+        const auto spot = [i](int row, int column, double) {
+            return 30 +
+                   200 * std::exp(-(std::pow(row - 60 - 3 * i, 2) + std::pow(column - 64 + 2 * i, 2)) / (200 + 50 * i));
+        };
+        spots.add("s" + std::to_string(i), sectionOfTissue(120, 130, {}), spot);
+        full.add("s" + std::to_string(i), sectionOfTissue(120, 130, places[std::size_t(i)]));
+    }
+    const RegistrationReport ofSpots = spots.registered(), ofAll = full.registered();
+    for (std::size_t i = 1; i < 3; ++i) {
+        EXPECT_EQ(ofSpots.slices[i].state, State::Registered);
+        EXPECT_GT(ofSpots.slices[i].turnDoubt, 0.75);
+        EXPECT_EQ(ofSpots.slices[i].reason.substr(0, 33), "little tells how it is turned: it") << i;
+        EXPECT_LT(ofAll.slices[i].turnDoubt, 0.75);
+        EXPECT_EQ(ofAll.slices[i].reason, "");
+    }
+}
+
 // In a stack of greys two that are cut off to black and white would only find each other's outline; a stack of masks is
 // all of that kind.
 TEST(SliceAlignment, blackAndWhiteSlicesAreSaturatedUnlessAllAre) {

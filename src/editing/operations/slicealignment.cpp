@@ -155,7 +155,8 @@ Alignment::Alignment(const Stack& stack, const AlignmentOptions& options, Progre
     : __stack(stack), __options(options), __progress(progress), __numSlices(stack.getNumSlices()),
       __last(options.last < 0 ? stack.getNumSlices() - 1 : options.last), __pixel(workingPixelOf(stack)),
       __isLocked(std::size_t(__numSlices), false), __faults(std::size_t(__numSlices)),
-      __looks(std::size_t(__numSlices), Look::Unknown), __fits(std::size_t(__numSlices), false), __isTurned(std::size_t(__numSlices), false) {
+      __looks(std::size_t(__numSlices), Look::Unknown), __fits(std::size_t(__numSlices), false),
+      __isTurned(std::size_t(__numSlices), false) {
     for (const int i : options.locked)
         __isLocked[std::size_t(i)] = true;
     RigidMotion place;
@@ -688,9 +689,9 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
         entry.mirrored = options.method != AlignmentMethod::PrincipalAxes &&
                          SectionAligner::isMirrored(*source.section, *target.section, before);
         const std::string other = weaknessOf(target);
-        entry.reason = entry.mirrored                                   ? "mirrored: it fits when it is turned over"
+        entry.reason = entry.mirrored                                 ? "mirrored: it fits when it is turned over"
                        : !other.empty() && weaknessOf(source).empty() ? "the other slice: " + other
-                                                                        : misfit(source, "the two slices don't fit");
+                                                                      : misfit(source, "the two slices don't fit");
         return entry;
     }
     entry.method = wordOf(match.method);
