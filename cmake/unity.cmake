@@ -21,7 +21,7 @@ function(vorlen_unity)
                 # compiled at once makes gcc 12 see its own std::string write out of bounds (its bug 105329). A build
                 # without lots warns of both.
                 target_compile_options(${target} PRIVATE "$<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage;-Wno-restrict>"
-                    "$<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow;-Wno-array-bounds>")
+                    "$<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow;-Wno-stringop-overread;-Wno-array-bounds>")
                 get_target_property(sources ${target} SOURCES)
                 foreach(source IN LISTS sources)
                     cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY ${directory} NORMALIZE)
