@@ -166,10 +166,11 @@ TEST_F(ImageMediatorTest, disabledActionsStayDisabledWhenImagesArrive) {
     widget->setActionsEnabled(false);
     showSlice(addSlice(fourCorners(40, 40)));
     for (const QAction* each : canvas->actions()) {
-        const bool always =
-            QStringList({"Cancel", "Select all", "Properties...", "Select", "Draw", "Live wire", "Brush", "Automatic",
-                         "Move, turn, scale", "Snake", "Measure", "Larger brush", "Smaller brush", "Paste"})
-                .contains(each->text());
+        const bool always = QStringList({"Cancel", "Select all", "Properties...", "Select", "Draw", "Live wire",
+                                         "Brush", "Automatic", "Move, turn, scale", "Snake", "Measure", "Larger brush",
+                                         "Smaller brush", "Paste", "Copy to next slice", "Copy to previous slice",
+                                         "Copy to slices...", "Fill gap", "Fill all gaps"})
+                                .contains(each->text());
         EXPECT_EQ(each->isEnabled(), always) << each->text().toStdString();
     }
     widget->setActionsEnabled(true);
