@@ -675,7 +675,7 @@ TEST_F(VRLRegistrationWindowTest, bendsTheSlicesIntoANewStackThatIsOpened) {
             EXPECT_FALSE(bend->isEnabled());
             field->setText(name);
             EXPECT_TRUE(bend->isEnabled());
-            QTest::mouseClick(bend, Qt::LeftButton);
+            bend->click();
         });
         click("Bend slices...");
     };
