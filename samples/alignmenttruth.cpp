@@ -101,9 +101,6 @@ double tissueOf(const PixelMatrix<float>& section) {
 /// Share of a section on less of which a motion of some pixels changes little.
 constexpr double littleTissue = 0.05;
 
-/// In degrees: of a slice of which the turn is known no better the report says so.
-constexpr double doubtfulTurn = 0.75;
-
 void measure(const Set& set, const std::filesystem::path& data, const std::filesystem::path& folder,
              std::ostream& pairs) {
     Stack original, stack;
@@ -152,7 +149,7 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
             std::abs(std::remainder(motionOf(one.after, 1, 1).angle - truth.angle, 360 * degree)) / degree;
         const double least = std::min(tissue[std::size_t(i)], tissue[std::size_t(i - 1)]);
         const bool isNamed = one.state == SliceAlignment::State::LeftAlone;
-        if (!isNamed && one.turnDoubt <= doubtfulTurn)
+        if (!isNamed && one.turnDoubt <= SliceAlignment::doubtfulTurn)
             told.push_back(off);
         if (!isNamed && least >= littleTissue)
             full.push_back(off);

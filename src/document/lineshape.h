@@ -23,6 +23,16 @@ bool isClockwise(int n, At&& at) {
     return area < 0;
 }
 
+/// From the segment between two vertices. Differences and products of coordinates are exact for all whole pixel
+/// coordinates below 2^26, and do not overflow for any that a file may hold.
+inline double squaredDistance(double ax, double ay, double bx, double by, double px, double py) {
+    const double dx = bx - ax, dy = by - ay, qx = px - ax, qy = py - ay;
+    const double squaredLength = dx * dx + dy * dy;
+    const double share = squaredLength > 0 ? std::clamp((dx * qx + dy * qy) / squaredLength, 0., 1.) : 0;
+    const double x = qx - share * dx, y = qy - share * dy;
+    return x * x + y * y;
+}
+
 /// The least (0) and greatest (1) x and y.
 template <class T, class At>
 void findBounds(int n, At&& at, T (&x)[2], T (&y)[2]) {

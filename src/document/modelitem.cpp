@@ -53,12 +53,7 @@ double squaredDistance(const Vector<double>& p, const Vector<double>& q) {
 
 /// From the segment between two vertices.
 double squaredDistance(const Vector<double>& a, const Vector<double>& b, const Vector<double>& point) {
-    const double dx = b[0] - a[0], dy = b[1] - a[1];
-    const double qx = point[0] - a[0], qy = point[1] - a[1];
-    const double squaredLength = dx * dx + dy * dy;
-    const double share = squaredLength > 0 ? std::clamp((dx * qx + dy * qy) / squaredLength, 0., 1.) : 0;
-    const double x = qx - share * dx, y = qy - share * dy;
-    return x * x + y * y;
+    return lineshape::squaredDistance(a[0], a[1], b[0], b[1], point[0], point[1]);
 }
 
 /// Coordinates of a polygon, one vertex after the other.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "document/lineshape.h"
 #include "document/modelitem.h"
 #include "document/subpixel.h"
 #include "editing/actions/vrlitemverticeschangeaction.h"
@@ -48,10 +49,8 @@ Vertices<double> smoothed(const Vertices<double>& contour, Filter&& filter) {
     return curve;
 }
 
-double distanceToSegment(const OutlinePoint& p, const OutlinePoint& a, const OutlinePoint& b) {
-    const double x = b.x - a.x, y = b.y - a.y, squared = x * x + y * y;
-    const double t = squared > 0 ? std::clamp(((p.x - a.x) * x + (p.y - a.y) * y) / squared, 0.0, 1.0) : 0.0;
-    return std::hypot(p.x - a.x - t * x, p.y - a.y - t * y);
+double squaredDistance(const OutlinePoint& p, const OutlinePoint& a, const OutlinePoint& b) {
+    return lineshape::squaredDistance(a.x, a.y, b.x, b.y, p.x, p.y);
 }
 
 /// Whether the way from the tip runs back along the way to it; one of no length does.
@@ -60,7 +59,7 @@ bool turnsBack(const OutlinePoint& before, const OutlinePoint& tip, const Outlin
     const double there = std::hypot(before.x - tip.x, before.y - tip.y);
     const double back = std::hypot(after.x - tip.x, after.y - tip.y);
     return turn >= 0.9 * there * back &&
-           std::min(distanceToSegment(before, tip, after), distanceToSegment(after, tip, before)) <= width;
+           std::min(squaredDistance(before, tip, after), squaredDistance(after, tip, before)) <= width * width;
 }
 
 /// The vertex that is farthest from the first.

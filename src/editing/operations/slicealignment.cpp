@@ -38,9 +38,6 @@ constexpr double noDifference = 1e-9;
 /// In pixels: a slice that is to move by less lies well, and stays.
 constexpr double noMove = 0.05;
 
-/// In degrees: a turn that is told no more surely than this is remarked on.
-constexpr double doubtfulTurn = 0.75;
-
 /// In degrees, of a match: twice the spread, as of an error that is rarely greater; 0 where nothing is known of it.
 double turnDoubtOf(const SectionMatch& match) {
     return match.found ? std::min(180.0, 2 * match.angleSpread * 360 / fullTurn) : 0;
@@ -48,7 +45,7 @@ double turnDoubtOf(const SectionMatch& match) {
 
 /// Of a slice with little on it: where it lies is told, but hardly how it is turned.
 void remarkOnTurn(SliceAlignment& entry) {
-    if (entry.reason.empty() && entry.turnDoubt > doubtfulTurn) {
+    if (entry.reason.empty() && entry.turnDoubt > SliceAlignment::doubtfulTurn) {
         char text[96] = "";
         std::snprintf(text, sizeof text, "little tells how it is turned: it may be %.1f degrees off", entry.turnDoubt);
         entry.reason = text;

@@ -46,6 +46,9 @@ struct SliceAlignment {
         First,      ///< the first of the stack has nothing to lie on
     };
 
+    /// In degrees: a turn that is known no more surely than this is remarked on.
+    static constexpr double doubtfulTurn = 0.75;
+
     int slice = 0;
     std::string name;
     int onto = -1; ///< the slice that it is compared with: the nearest before it that shows anything; -1: none

@@ -24,6 +24,20 @@ namespace vorlen {
 
 // The dialogs for what the document holds, and for the preferences.
 
+namespace {
+
+/// Gives the dialog what is selected, when that is one and no more.
+template <class Dialog, class Selected, class Set>
+void runDialogOfOne(QWidget& parent, const Selected& selected, Set set) {
+    if (selected.size() != 1)
+        return;
+    Dialog dialog(&parent);
+    (dialog.*set)(*selected[0]);
+    dialog.exec();
+}
+
+} // namespace
+
 void VRLRootMediator::runStackModelsDialog() {
     if (__stack == nullptr)
         return;
@@ -56,39 +70,23 @@ void VRLRootMediator::runModelFilterDialog() {
 }
 
 void VRLRootMediator::runStackPropertiesDialog() {
-    const auto stacks = __stackList->selectedStacks();
-    if (stacks.size() != 1)
-        return;
-    VRLStackPropertiesDialog dialog(&__window);
-    dialog.setStack(*stacks[0]);
-    dialog.exec();
+    runDialogOfOne<VRLStackPropertiesDialog>(__window, __stackList->selectedStacks(),
+                                             &VRLStackPropertiesDialog::setStack);
 }
 
 void VRLRootMediator::runSlicePropertiesDialog() {
-    const auto slices = __sliceList->selectedSlices();
-    if (slices.size() != 1)
-        return;
-    VRLSlicePropertiesDialog dialog(&__window);
-    dialog.setSlice(*slices[0]);
-    dialog.exec();
+    runDialogOfOne<VRLSlicePropertiesDialog>(__window, __sliceList->selectedSlices(),
+                                             &VRLSlicePropertiesDialog::setSlice);
 }
 
 void VRLRootMediator::runStackAnnotationDialog() {
-    const auto stacks = __stackList->selectedStacks();
-    if (stacks.size() != 1)
-        return;
-    VRLStackAnnotationDialog dialog(&__window);
-    dialog.setStack(*stacks[0]);
-    dialog.exec();
+    runDialogOfOne<VRLStackAnnotationDialog>(__window, __stackList->selectedStacks(),
+                                             &VRLStackAnnotationDialog::setStack);
 }
 
 void VRLRootMediator::runSliceAnnotationDialog() {
-    const auto slices = __sliceList->selectedSlices();
-    if (slices.size() != 1)
-        return;
-    VRLStackAnnotationDialog dialog(&__window);
-    dialog.setSlice(*slices[0]);
-    dialog.exec();
+    runDialogOfOne<VRLStackAnnotationDialog>(__window, __sliceList->selectedSlices(),
+                                             &VRLStackAnnotationDialog::setSlice);
 }
 
 void VRLRootMediator::runPreferencesDialog() {

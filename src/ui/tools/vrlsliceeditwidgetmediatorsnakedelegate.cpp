@@ -285,16 +285,16 @@ bool VRLSliceEditWidgetMediatorSnakeDelegate::initSnakeConfig(bool asks) {
 
 bool VRLSliceEditWidgetMediatorSnakeDelegate::askForSnakeConfig() {
     const Model& model = *__item->getModel();
+    const VRLSnakeConfig usual = usualConfig();
     if (model.hasSnakeConfig()) {
         __snakeConfig = VRLSnakeConfig(model.getSnakeConfig());
     } else {
-        const VRLSnakeConfig usual = usualConfig();
         __snakeConfig.setAlpha(usual.getAlpha());
         __snakeConfig.setGradThreshold(usual.getGradThreshold());
         __snakeConfig.setRegMax(usual.getRegMax());
         __snakeConfig.setScale(usual.getScale());
     }
-    __snakeConfig.setReplacing(QSettings().value(replacingKey, false).toBool());
+    __snakeConfig.setReplacing(usual.isReplacing());
     const QPointer<VRLSnakeConfigDialog> dialog = new VRLSnakeConfigDialog(&canvas());
     dialog->setConfig(__snakeConfig);
     const bool accepted = execute(*dialog); // false too when this object has gone

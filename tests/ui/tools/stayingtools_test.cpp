@@ -34,6 +34,14 @@ protected:
             drag(point);
         release(way.back());
     }
+    /// A dark disk of radius 60 about (150, 100).
+    void showDisk() {
+        Image image(300, 200, 8);
+        for (int y = 0; y < 200; ++y)
+            for (int x = 0; x < 300; ++x)
+                image.getPixels()[y][x] = static_cast<unsigned char>(std::hypot(x - 150, y - 100) < 60 ? 40 : 200);
+        showSlice(addSlice(image, "disk"));
+    }
     static double areaOf(const ModelItem& item) {
         const Outline outline = outlineOf(item.getVertices());
         double twice = 0;
@@ -151,12 +159,7 @@ TEST_F(StayingToolsTest, anOutlineIsDraggedTurnedAndScaled) {
 }
 
 TEST_F(StayingToolsTest, theLiveWireFollowsTheEdgesOfTheImage) {
-    Image image(300, 200, 8);
-    for (int y = 0; y < 200; ++y)
-        for (int x = 0; x < 300; ++x)
-            image.getPixels()[y][x] = static_cast<unsigned char>(std::hypot(x - 150, y - 100) < 60 ? 40 : 200);
-    StackSlice& disk = addSlice(image, "disk");
-    showSlice(disk);
+    showDisk();
     stack.setLastSegmentedSlice("disk");
     mediator->chooseTool("tool.wire");
     expectSteps(1, [this] {
@@ -181,12 +184,7 @@ TEST_F(StayingToolsTest, theLiveWireFollowsTheEdgesOfTheImage) {
 }
 
 TEST_F(StayingToolsTest, aClickBesideTheEdgeLeavesNoSpur) {
-    Image image(300, 200, 8);
-    for (int y = 0; y < 200; ++y)
-        for (int x = 0; x < 300; ++x)
-            image.getPixels()[y][x] = static_cast<unsigned char>(std::hypot(x - 150, y - 100) < 60 ? 40 : 200);
-    StackSlice& disk = addSlice(image, "disk");
-    showSlice(disk);
+    showDisk();
     mediator->chooseTool("tool.wire");
     draw({{210, 100}, {150, 172}, {90, 100}, {150, 40}}); // the second lies 12 pixels outside
     key(Qt::Key_Return);
