@@ -3,7 +3,7 @@ BUILD := build/release
 SAMPLE := build/sample
 PREFIX ?= /usr/local
 
-.PHONY: all run truth test soak bench sanitize lint lint-all format docs install deb setup build programs sample pictures study test-study test-slurm python clean
+.PHONY: all run truth test soak bench sanitize fuzz lint lint-all format docs install deb setup build programs sample pictures study test-study test-slurm python clean
 
 all: build
 
@@ -83,6 +83,16 @@ sanitize: setup
 	@cmake --preset sanitize >/dev/null
 	@cmake --build --preset sanitize
 	@cd build/sanitize && GTEST_FILTER='-$(LONG)' ctest --output-on-failure -j2
+
+# Hunts for inputs that end a reader, for SECONDS with each target; what is found lies in build/fuzz.
+SECONDS ?= 120
+FUZZED := stack image pages voxel shape
+fuzz: setup
+	@cmake --preset sanitize >/dev/null
+	@cmake --build --preset sanitize --target $(FUZZED:%=fuzz_%)
+	@mkdir -p $(FUZZED:%=build/fuzz/%)
+	@for name in $(FUZZED); do (cd build/fuzz && ../sanitize/bin/fuzz_$$name -max_total_time=$(SECONDS) \
+	    -rss_limit_mb=1024 -timeout=10 -print_final_stats=1 $$name ../../tests/fuzz/corpus/$$name) || exit 1; done
 
 bench: setup
 	@cmake --preset release -DVORLEN_BENCH=ON >/dev/null

@@ -1,12 +1,14 @@
 #include "images/files/slideimagefile.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <tiffio.h>
 
 #include "images/files/imagereader.h"
+#include "images/files/tiffentries.h"
 #include "images/rasters/image.h"
 #include "numerics/exception.h"
 #include "support/temporaryfolder.h"
@@ -114,6 +116,78 @@ TEST(SlideImageFile, theLargestLevelWithinTheLimitIsTakenAndNoneRefused) {
         EXPECT_EQ(error.getFile(), huge);
         EXPECT_NE(error.getWhat().find("9000 x 8000"), std::string::npos);
     }
+}
+
+// OpenSlide takes the memory for the values of every entry before it reads them, and for a tile before it decodes it.
+TEST(SlideImageFile, entriesThatAskForMoreThanTheFileHasAreNotGivenToTheSlideReader) {
+    const TemporaryFolder folder;
+    for (const bool isBig : {false, true}) {
+        const std::string name = folder.file("slide.tif");
+        TIFF* tiff = TIFFOpen(name.c_str(), isBig ? "w8" : "w");
+        addLevel(tiff, 0, 300, 520, 128, 10);
+        addLevel(tiff, 1, 150, 260, 128, 90);
+        TIFFClose(tiff);
+        ASSERT_TRUE(hasBelievableEntries(name));
+        const std::string whole = folder.read("slide.tif");
+        const std::size_t entrySize = isBig ? 20 : 12, fieldSize = isBig ? 8 : 4;
+        const auto number = [&whole](std::size_t at, std::size_t size) {
+            std::uint64_t value = 0;
+            for (std::size_t i = size; i-- > 0;)
+                value = value << 8 | static_cast<unsigned char>(whole[at + i]);
+            return std::size_t(value);
+        };
+        const auto isBelieved = [&](std::size_t at, const std::string& value) {
+            std::string bytes = whole;
+            bytes.replace(at, value.size(), value);
+            folder.write("slide.tif", bytes);
+            return hasBelievableEntries(name);
+        };
+        int numEntries = 0;
+        for (std::size_t at = number(isBig ? 8 : 4, fieldSize); at != 0;) {
+            const std::size_t number0 = number(at, isBig ? 8 : 2), start = at + (isBig ? 8 : 2);
+            for (std::size_t i = 0; i < number0; ++i, ++numEntries) {
+                const std::size_t entry = start + i * entrySize;
+                EXPECT_FALSE(isBelieved(entry + 4, std::string(fieldSize, '\x7f'))) << numEntries;
+                if (number(entry, 2) == TIFFTAG_TILEWIDTH) { // in two bytes, then in four
+                    EXPECT_TRUE(isBelieved(entry + 4 + fieldSize, "\xff\xff"));
+                    EXPECT_FALSE(isBelieved(entry + 2, std::string("\4\0\1\0\0\0", 6) +
+                                                           std::string(isBig ? 4 : 0, '\0') + "\xff\xff\xff\x0f"));
+                }
+            }
+            const std::size_t next = start + number0 * entrySize;
+            if (number(next, fieldSize) == 0) { // a directory that is met again ends the walk
+                EXPECT_TRUE(isBelieved(next, whole.substr(isBig ? 8 : 4, fieldSize)));
+            }
+            at = number(next, fieldSize);
+        }
+        EXPECT_GT(numEntries, 20);
+        EXPECT_EQ(ImageFile::open(name)->getFormat(), TiffImageFormat); // the last one tried
+        folder.write("slide.tif", whole.substr(0, 16));
+        EXPECT_TRUE(hasBelievableEntries(name)); // nothing follows
+    }
+    EXPECT_FALSE(hasBelievableEntries(folder.file("none.tif")));
+}
+
+// Each value is as long as the file, each directory within the one before: a square of the file's length in all.
+TEST(SlideImageFile, directoriesThatLieOverOneAnotherAreNotGivenToTheSlideReader) {
+    const TemporaryFolder folder;
+    std::string bytes("II*\0\10\0\0\0\0\0", 10);
+    const auto add = [&bytes](std::uint64_t value, int size) {
+        for (int i = 0; i < size; ++i)
+            bytes += char(value >> 8 * i & 255);
+    };
+    constexpr std::uint64_t numEntries = 50000, length = 12 * numEntries;
+    bytes[8] = char(numEntries & 255);
+    bytes[9] = char(numEntries >> 8);
+    for (std::uint64_t i = 0; i < numEntries; ++i) {
+        add(40000 + i % 20000, 2);
+        add(1, 2);
+        add(length, 4);
+        add(8, 4);
+    }
+    add(0, 4);
+    folder.write("slide.tif", bytes);
+    EXPECT_FALSE(hasBelievableEntries(folder.file("slide.tif")));
 }
 
 // OpenSlide gives nothing more after an error: each file is opened anew, and named in what is thrown.

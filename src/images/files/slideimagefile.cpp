@@ -11,6 +11,7 @@
 #include "files/fileinfo.h"
 #include "images/files/believablesize.h"
 #include "images/files/samplesink.h"
+#include "images/files/tiffentries.h"
 #include "images/files/tifffile.h"
 #include "numerics/exception.h"
 
@@ -199,11 +200,11 @@ StackLayout SlideImageFile::getLayout() {
 
 bool SlideImageFile::isSlide(const std::string& filename, bool isTiff) {
     if (isVendorSuffix(loweredSuffix(filename), isTiff))
-        return openslide_detect_vendor(filename.c_str()) != nullptr;
+        return (!isTiff || hasBelievableEntries(filename)) && openslide_detect_vendor(filename.c_str()) != nullptr;
     if (!isTiff)
         return false;
     const TiledTiff tiff(filename);
-    if (!tiff.tiled)
+    if (!tiff.tiled || !hasBelievableEntries(filename))
         return false;
     const char* const vendor = openslide_detect_vendor(filename.c_str());
     return vendor != nullptr && (tiff.large || std::strcmp(vendor, "generic-tiff") != 0);

@@ -39,7 +39,8 @@ public:
 
     /// Whether this file is to be read as a slide: by its maker's form, or because it is a tiled TIFF above the limit,
     /// of colours of 8 bits. The names of the formats are believed, and that a TIFF has tiles is looked at first, so
-    /// that other files cost next to nothing.
+    /// that other files cost next to nothing. No TIFF whose entries can't be believed: OpenSlide takes the memory that
+    /// they ask for.
     static bool isSlide(const std::string& filename, bool isTiff);
 
 private:
