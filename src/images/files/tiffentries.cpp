@@ -38,7 +38,7 @@ public:
         __offsetSize = __isBig || __length >> 32 != 0 ? 8 : 4;
         __file.read(head + 8, 8);
         if (__file)
-            __next = number(head + (__isBig ? 8 : 4), __offsetSize);
+            __next = number(head + fieldSize(), __offsetSize);
         __isReadable = true;
     }
 
@@ -71,13 +71,12 @@ public:
         for (std::uint64_t i = 0; i < __numEntries; ++i) {
             const char* const entry = &__entries[std::size_t(i * entrySize())];
             const std::uint64_t tag = number(entry, 2), type = number(entry + 2, 2);
-            const std::uint64_t count = number(entry + 4, entrySize() == 20 ? 8 : 4), size = sizeOfType(type);
+            const std::uint64_t count = number(entry + 4, fieldSize()), size = sizeOfType(type);
             if (size > 0 && count > __length / size)
                 return false;
             __taken += count * size;
             if (count == 1 && size > 0 && (tag == tileWidthTag || tag == tileLengthTag))
-                (tag == tileWidthTag ? width : height) =
-                    number(entry + (__isBig ? 12 : 8), std::min(size, fieldSize()));
+                (tag == tileWidthTag ? width : height) = number(entry + 4 + fieldSize(), std::min(size, fieldSize()));
         }
         // Directories that lie over one another, or have the same values, make much of a short file.
         constexpr std::uint64_t sharedLength = 1 << 20;
