@@ -8,12 +8,10 @@
 #include <utility>
 
 #include "numerics/elementarithmetic.h"
-#include "numerics/elementtype.h"
 #include "numerics/exception.h"
-#include "numerics/histogrambins.h"
 #include "numerics/matrix.h"
-#include "numerics/numbers.h"
 #include "numerics/numericio.h"
+#include "numerics/vectorchecks.h"
 
 namespace vorlen {
 
@@ -22,43 +20,13 @@ template <class T>
 class Vertices;
 
 using namespace elements;
+using namespace vectorchecks;
 
 namespace {
 
 const char* const shallowSentence = "This is a shallow vector (cannot be resized)";
 const char* const dimensionSentence = "Incompatible vector dimensions";
 const char* const differentSizesSentence = "The two vectors have different sizes";
-
-// Integers but bool, and those of them whose statistics are refused one by one (those of char fail in mean()).
-template <class T>
-constexpr bool isPlainInteger = std::is_integral_v<T> && !std::is_same_v<T, bool>;
-template <class T>
-constexpr bool isRefusedInteger = isPlainInteger<T> && !std::is_same_v<T, char>;
-
-// Refuses an operation for integer elements. The result type is that of the elements unless given.
-template <class T>
-[[noreturn]] void refuse(const std::string& operation, const std::string& result = elementTypeName<T>()) {
-    const std::string type = elementTypeName<T>();
-    throw TypeError(result + " Vector<" + type + ">::" + operation, "Method not available for type '" + type + "'");
-}
-
-/// The sum of many floats in a float stops to grow when it is 2^24 times as large as what is added.
-double wideSum(const float* values, int size) {
-    double sum = 0;
-    for (int i = 0; i < size; ++i)
-        sum += double(values[i]);
-    return sum;
-}
-
-void checkNotEmpty(int size, const char* where) {
-    if (size == 0)
-        throw SizeError(where, "This vector is empty.");
-}
-
-void checkSameSize(int size1, int size2, const char* where, const char* what) {
-    if (size1 != size2)
-        throw SizeError(where, what);
-}
 
 } // namespace
 
@@ -243,199 +211,12 @@ int Vector<T>::maxPos() const {
 }
 
 template <class T>
-T Vector<T>::sum() const requires VectorNumber<T> {
-    checkNotEmpty(__size, "T Vector<T>::sum() const");
-    if constexpr (std::is_same_v<T, float>) {
-        return static_cast<float>(wideSum(__data, __size));
-    } else {
-        T result = T(0);
-        for (int i = 0; i < __size; ++i)
-            result = sumOf(result, __data[i]);
-        return result;
-    }
-}
-
-template <class T>
-T Vector<T>::prod() const requires VectorNumber<T> {
-    checkNotEmpty(__size, "T Vector<T>::prod() const");
-    T result = T(1);
-    for (int i = 0; i < __size; ++i)
-        result = productOf(result, __data[i]);
-    return result;
-}
-
-template <class T>
-T Vector<T>::mean() const requires VectorNumber<T> {
-    if constexpr (isPlainInteger<T>)
-        refuse<T>("mean()");
-    else {
-        checkNotEmpty(__size, "T Vector<T>::mean() const");
-        if constexpr (std::is_same_v<T, float>)
-            return static_cast<float>(wideSum(__data, __size) / __size);
-        const auto result = static_cast<Real<T>>(sum()) / static_cast<Real<T>>(__size);
-        return static_cast<T>(result);
-    }
-}
-
-template <class T>
-T Vector<T>::median() const requires VectorNumber<T> {
-    checkNotEmpty(__size, "T Vector<T>::median() const");
-    Vector scratch(*this);
-    return medianInPlace(scratch.__data, __size);
-}
-
-template <class T>
-T Vector<T>::sse() const requires VectorNumber<T> {
-    if constexpr (isRefusedInteger<T>)
-        refuse<T>("sse() const");
-    else {
-        checkNotEmpty(__size, "T Vector<T>::sse() const");
-        const T centre = mean();
-        if constexpr (std::is_same_v<T, float>) {
-            double sum = 0;
-            for (int i = 0; i < __size; ++i)
-                sum += (double(__data[i]) - double(centre)) * (double(__data[i]) - double(centre));
-            return static_cast<float>(sum);
-        }
-        return accumulate<T>(__size, [data = __data, centre](int i) {
-            const T deviation = differenceOf(data[i], centre);
-            return productOf(deviation, deviation);
-        });
-    }
-}
-
-template <class T>
-T Vector<T>::var() const requires VectorNumber<T> {
-    if constexpr (isRefusedInteger<T>)
-        refuse<T>("var() const");
-    else {
-        checkNotEmpty(__size, "T Vector<T>::var() const");
-        const auto result = static_cast<Real<T>>(sse()) / static_cast<Real<T>>(__size);
-        return static_cast<T>(result);
-    }
-}
-
-template <class T>
-T Vector<T>::std() const requires VectorNumber<T> {
-    if constexpr (isRefusedInteger<T>)
-        refuse<T>("std() const");
-    else {
-        const auto result = std::sqrt(static_cast<Real<T>>(var()));
-        return static_cast<T>(result);
-    }
-}
-
-template <class T>
-T Vector<T>::mad() const requires VectorNumber<T> {
-    if constexpr (isRefusedInteger<T> && !std::is_same_v<T, int>)
-        refuse<T>("mad() const");
-    else {
-        const T centre = median();
-        Vector deviations(static_cast<unsigned int>(__size));
-        for (int i = 0; i < __size; ++i)
-            deviations.__data[i] =
-                __data[i] < centre ? differenceOf(centre, __data[i]) : differenceOf(__data[i], centre);
-        return medianInPlace(deviations.__data, __size);
-    }
-}
-
-template <class T>
-T Vector<T>::sem(bool sample) const requires VectorNumber<T> {
-    if constexpr (isRefusedInteger<T>)
-        refuse<T>("sem(const bool) const");
-    else {
-        const char* const where = "T Vector<T>::sem(const bool) const";
-        checkNotEmpty(__size, where);
-        if (sample && __size == 1)
-            throw SizeError(where, "This vector contains a single value.");
-        const Real<T> n = static_cast<Real<T>>(__size);
-        const Real<T> root = std::sqrt(static_cast<Real<T>>(sse()));
-        const auto result = sample ? root / (std::sqrt(n) * std::sqrt(n - 1)) : root / n;
-        return static_cast<T>(result);
-    }
-}
-
-template <class T>
-Numbers<T> Vector<T>::numbers() const requires VectorNumber<T> {
-    Numbers<T> result;
-    result.setCount(static_cast<unsigned int>(__size));
-    result.setMinimum(min());
-    result.setMaximum(max());
-    result.setMedian(median());
-    result.setSum(sum());
-    result.setMean(mean());
-    return result;
-}
-
-template <class T>
-Vector<T> Vector<T>::csum() const requires VectorNumber<T> {
-    Vector result(static_cast<unsigned int>(__size));
-    T total = T(0);
-    for (int i = 0; i < __size; ++i)
-        result.__data[i] = total = sumOf(total, __data[i]);
-    return result;
-}
-
-template <class T>
-Vector<T> Vector<T>::cprod() const requires VectorNumber<T> {
-    Vector result(static_cast<unsigned int>(__size));
-    T total = T(1);
-    for (int i = 0; i < __size; ++i)
-        result.__data[i] = total = productOf(total, __data[i]);
-    return result;
-}
-
-template <class T>
-Vector<T> Vector<T>::diff(int k) const requires VectorNumber<T> {
-    const char* const where = "Vector<T> Vector<T>::diff(const int) const";
-    if (k < 0)
-        throw UsageError(where, "The distance of a difference cannot be negative");
-    if (__size <= k)
-        throw SizeError(where, "This vector does not contain enough elements");
-    Vector result(static_cast<unsigned int>(__size));
-    const int n = __size - k;
-    for (int i = 0; i < n; ++i)
-        result.__data[i] = differenceOf(__data[i + k], __data[i]);
-    std::fill(result.__data + n, result.__data + __size, T(0));
-    return result;
-}
-
-template <class T>
 T Vector<T>::percentile(float p) const {
     if (!isIncreasing())
         throw UsageError("T Vector::percentile(const float) const", "This vector is not sorted in increasing order");
     const double last = __size - 1;
     const double position = std::floor(last * p / 100 + 0.5);
     return __data[!(position > 0) ? 0 : position > last ? __size - 1 : static_cast<int>(position)];
-}
-
-template <class T>
-Vector<unsigned int> Vector<T>::histogram(T first, T width, int bins) const requires VectorNumber<T> {
-    Vector<unsigned int> counts;
-    counts.setZeros(bins);
-    if (bins > 0 && UnitBins<T>::fit(first, width, bins))
-        UnitBins<T>(first, bins).count(__data, __size, counts);
-    else if (bins > 0) {
-        const BinEdges<T> edges(first, width, bins);
-        for (int i = 0; i < __size; ++i)
-            ++counts[edges.find(__data[i])];
-    }
-    return counts;
-}
-
-template <class T>
-Vector<unsigned int> Vector<T>::histogram(T first, T width, int bins,
-                                          const Vector& mask) const requires VectorNumber<T> {
-    checkSameSize(__size, mask.__size, "Vectorui Vector<T>::histogram(...)", "Incompatible mask size");
-    Vector<unsigned int> counts;
-    counts.setZeros(bins);
-    if (counts.getSize() > 0) {
-        const BinEdges<T> edges(first, width, bins);
-        for (int i = 0; i < __size; ++i)
-            if (mask.__data[i] != T(0))
-                ++counts[edges.find(__data[i])];
-    }
-    return counts;
 }
 
 template <class T>
