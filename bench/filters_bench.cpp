@@ -96,7 +96,8 @@ template <class Filter>
 void alongLines(Block& b, int axis, Filter filter) {
     const int size[3] = {b.rows, b.columns, b.planes};
     const int first = (axis + 1) % 3, second = (axis + 2) % 3;
-    std::vector<float> line(std::size_t(size[axis])), result(std::size_t(size[axis]));
+    const auto length = std::size_t(size[axis]);
+    std::vector<float> line(length), result(length);
     int at[3];
     for (at[first] = 0; at[first] < size[first]; ++at[first])
         for (at[second] = 0; at[second] < size[second]; ++at[second]) {

@@ -19,7 +19,7 @@ constexpr int numQueries = 10000;
 
 /// Evenly spread fractions: the multiples of an irrational number, without their whole parts.
 float spread(long long i, double step) {
-    const double x = i * step;
+    const double x = double(i) * step;
     return float(x - std::floor(x));
 }
 

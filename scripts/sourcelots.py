@@ -9,14 +9,27 @@ import re
 import sys
 
 UNNAMED = re.compile(r"^namespace \{$(.*?)^\} // namespace$", re.M | re.S)
-DECLARED = re.compile(r"(?:(?:class|struct|enum class|enum|using) (\w+)|[^(={\[;/]*?(\w+)\s*(?:[(={\[;]|$))")
+DECLARED = re.compile(r"(?:\[\[\w+\]\] )?(?:(?:class|struct|enum class|enum|using) (\w+)|[^(={\[;/]*?(\w+)\s*(?:[(={\[;]|$))")
 OUTSIDE = re.compile(r"^(?:static|const|constexpr|using) ")
 MACRO = re.compile(r"^#\s*define\s+(\w+)", re.M)
-MEMBER = re.compile(r"^template (?!class\b|struct\b)[^;(]*?(\w+)<[^;(]*>::", re.M)
+MEMBER = re.compile(r"^template (?!class\b|struct\b)([^;(]*>)::(?:\w+|operator\W+)\(", re.M)
+NOT_NAMES = {"operator", "double", "float", "int", "auto"}  # found where a declaration begins with them
+TESTS = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P|_SUITE)?\b|^INSTANTIATE_")
 NOT_CODE = re.compile(r"//.*|\"(?:\\\\.|[^\"\\\\\n])*\"")
+USED = re.compile(r"(?<![.\w])(?<!->)(?<!::)[A-Za-z_]\w*")
 ALLOCATES = re.compile(r"^void\* operator new", re.M)  # for all of the program: compiled with others it warns of theirs
 MOST_SOURCES = 16
 MOST_BYTES = 120000
+
+
+def template_of(member):
+    """The class template of a member: of "void Grid<Cell<int>>" that is Grid."""
+    depth = 0
+    for at in range(len(member) - 1, -1, -1):
+        depth += (member[at] == ">") - (member[at] == "<")
+        if depth == 0:
+            return re.search(r"\w*$", member[:at])[0]
+    return ""
 
 
 def private_names(text):
@@ -24,32 +37,44 @@ def private_names(text):
     single members are instantiated, which must not come before all of the class is."""
     lines = [line for block in UNNAMED.findall(text) for line in block.splitlines()]
     lines += [line for line in text.splitlines() if OUTSIDE.match(line) and not line.startswith("using namespace")]
-    names = set(MACRO.findall(text)) | set(MEMBER.findall(text))
+    names = set(MACRO.findall(text)) | {template_of(member) for member in MEMBER.findall(text)}
     for line in lines:
-        found = None if line[:1] in ("", " ", "\t", "}", "/", "#") else DECLARED.match(line)
+        found = None if line[:1] in ("", " ", "\t", "}", "/", "#") or TESTS.match(line) else DECLARED.match(line)
         if found:
             names.add(found[1] or found[2])
-    return names
+    return names - NOT_NAMES
 
 
 def words(text):
-    """All names that stand in the code: a local one hides a private one of the same name, and warns."""
-    return set(re.findall(r"[A-Za-z_]\w*", NOT_CODE.sub("", text)))
+    """All names that stand in the code but for members of others: a local one hides a private one of the same name, and
+    warns."""
+    code = NOT_CODE.sub("", text)
+    return set(USED.findall(code)) | set(MACRO.findall(text))
+
+
+def clashing(items, text):
+    """For each item those that it can't stand beside."""
+    private = {item: private_names(text(item)) for item in items}
+    used = {item: words(text(item)) for item in items}
+    return {
+        item: {other for other in items if other != item and (private[item] & used[other] or private[other] & used[item])}
+        for item in items
+    }
 
 
 def lots(items, text, fits):
-    """Puts each item into the first lot that fits(lot, item) and where nothing clashes, or into a new one."""
+    """Puts each item into the first lot that fits(lot, item) and where nothing clashes, or into a new one: those that
+    clash with most come first (Welsh and Powell 1967), which makes fewer lots."""
+    clashes = clashing(items, text)
     made = []
-    for item in items:
-        private, used = private_names(text(item)), words(text(item))
+    for item in sorted(items, key=lambda each: -len(clashes[each])):
         for lot in made:
-            clash = any(private & others or theirs & used for _, theirs, others in lot)
-            if not clash and fits([each for each, _, _ in lot], item):
-                lot.append((item, private, used))
+            if not clashes[item] & set(lot) and fits(lot, item):
+                lot.append(item)
                 break
         else:
-            made.append([(item, private, used)])
-    return [[each for each, _, _ in lot] for lot in made]
+            made.append([item])
+    return [sorted(lot, key=items.index) for lot in made]
 
 
 def main():

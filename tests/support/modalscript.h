@@ -89,7 +89,7 @@ private:
         if (modal == nullptr || !modal->isVisible())
             return;
         if (modal == __handled) {
-            if (__sinceHandled.elapsed() > 5000) {
+            if (__sinceHandled.elapsed() > 30000) {
                 ADD_FAILURE() << "a dialog does not close: " << modal->windowTitle().toStdString();
                 static_cast<QDialog*>(modal)->reject();
             }
