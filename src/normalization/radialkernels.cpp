@@ -4,22 +4,18 @@
 #include <cmath>
 #include <cstdint>
 
+#include "numerics/widevectors.h"
+
 namespace vorlen {
 
-// The versions for wide vectors are chosen when the program is loaded, which the sanitizers do not survive. The roots
-// become vector instructions because this file is compiled without the error number of the mathematical functions.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
-#define VORLEN_WIDE __attribute__((target_clones("arch=x86-64-v3", "default")))
-#else
-#define VORLEN_WIDE
-#endif
-#define VORLEN_INLINE inline __attribute__((always_inline))
+// The roots become vector instructions because this file is compiled without the error number of the mathematical
+// functions.
 
 namespace {
 
 template <class T>
-VORLEN_INLINE void squareDistancesBody(const T* const* axes, int space, const T* v, int first, int count,
-                                       T* __restrict squares) {
+VORLEN_INLINED void squareDistancesBody(const T* const* axes, int space, const T* v, int first, int count,
+                                        T* __restrict squares) {
     if (space == 3) {
         const T* const x = axes[0] + first;
         const T* const y = axes[1] + first;
@@ -44,8 +40,8 @@ VORLEN_INLINE void squareDistancesBody(const T* const* axes, int space, const T*
 }
 
 template <class T>
-VORLEN_INLINE void distancesBody(const T* const* axes, int space, const T* v, int first, int count,
-                                 T* __restrict distances) {
+VORLEN_INLINED void distancesBody(const T* const* axes, int space, const T* v, int first, int count,
+                                  T* __restrict distances) {
     squareDistancesBody(axes, space, v, first, count, distances);
     for (int k = 0; k < count; ++k)
         distances[k] = std::sqrt(distances[k]);
@@ -56,7 +52,7 @@ VORLEN_INLINE void distancesBody(const T* const* axes, int space, const T* v, in
 /// With x = 2^e m and m from the root of 1/2 to that of 2, and s = f / (2 + f) for f = m - 1, ln m = 2 artanh s = f - f
 /// (f/2) + s (f (f/2) + R(s^2)). The polynomial R and the two parts of ln 2 are those of the logarithm of fdlibm, K. C.
 /// Ng, Sun Microsystems, 1993.
-VORLEN_INLINE double logarithm(double x) {
+VORLEN_INLINED double logarithm(double x) {
     constexpr std::uint64_t one = 0x3ff0000000000000, rootOfHalf = 0x3fe6a09e00000000, fraction = 0x000fffffffffffff;
     const std::uint64_t bits = std::bit_cast<std::uint64_t>(x) + (one - rootOfHalf);
     // The exponent becomes a number as the last digits of 2^52.
@@ -74,12 +70,12 @@ VORLEN_INLINE double logarithm(double x) {
     return e * 6.93147180369123816490e-01 + (f - (half - (s * (half + r) + e * 1.90821492927058770002e-10)));
 }
 
-VORLEN_INLINE long double logarithm(long double x) {
+VORLEN_INLINED long double logarithm(long double x) {
     return std::log(x);
 }
 
 template <class T>
-VORLEN_INLINE void thinPlatesBody(T* values, int count, T epsilon) {
+VORLEN_INLINED void thinPlatesBody(T* values, int count, T epsilon) {
     // 1 stands for what is too small: 1 ln 1 is 0. In a loop of its own, or the compiler makes it a branch.
     for (int k = 0; k < count; ++k)
         values[k] = values[k] > epsilon ? values[k] : T(1);
@@ -91,7 +87,7 @@ VORLEN_INLINE void thinPlatesBody(T* values, int count, T epsilon) {
 
 namespace radialkernels {
 
-VORLEN_WIDE void squareDistances(const double* const* axes, int space, const double* v, int first, int count,
+VORLEN_FUSED void squareDistances(const double* const* axes, int space, const double* v, int first, int count,
                                  double* squares) {
     squareDistancesBody(axes, space, v, first, count, squares);
 }
@@ -101,7 +97,7 @@ void squareDistances(const long double* const* axes, int space, const long doubl
     squareDistancesBody(axes, space, v, first, count, squares);
 }
 
-VORLEN_WIDE void distances(const double* const* axes, int space, const double* v, int first, int count,
+VORLEN_FUSED void distances(const double* const* axes, int space, const double* v, int first, int count,
                            double* distances) {
     distancesBody(axes, space, v, first, count, distances);
 }
@@ -111,7 +107,7 @@ void distances(const long double* const* axes, int space, const long double* v, 
     distancesBody(axes, space, v, first, count, distances);
 }
 
-VORLEN_WIDE void thinPlates(double* values, int count, double epsilon) {
+VORLEN_FUSED void thinPlates(double* values, int count, double epsilon) {
     thinPlatesBody(values, count, epsilon);
 }
 

@@ -7,12 +7,6 @@
 
 namespace vorlen {
 
-// The versions for wide vectors are chosen when the program is loaded, which the sanitizers do not survive.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
-#define VORLEN_WIDE __attribute__((target_clones("arch=x86-64-v3", "default")))
-#else
-#define VORLEN_WIDE
-#endif
 // Loops over packs are unrolled: their arrays live in registers then, and not in memory. Clang does so by itself.
 #if defined(__clang__)
 #pragma clang diagnostic ignored "-Wunknown-pragmas"
@@ -328,65 +322,65 @@ int packedSize(int depth, int n) {
     return depth * (n + packedWidth);
 }
 
-VORLEN_WIDE float dot(const float* a, const float* b, int n) {
+VORLEN_FUSED float dot(const float* a, const float* b, int n) {
     return dotBody(a, b, n);
 }
 
-VORLEN_WIDE void addMultiple(float* y, float factor, const float* x, int n) {
+VORLEN_FUSED void addMultiple(float* y, float factor, const float* x, int n) {
     addMultipleBody(y, factor, x, n);
 }
 
-VORLEN_WIDE void addRows(float* y, const float* factors, float* const* rows, int numRows, int offset, int n) {
+VORLEN_FUSED void addRows(float* y, const float* factors, float* const* rows, int numRows, int offset, int n) {
     addRowsBody(y, factors, rows, numRows, offset, n);
 }
 
-VORLEN_WIDE void reflectRows(float* const* rows, int numRows, int offset, int n, const float* factors, const float* w,
-                             const float* r, float gamma) {
+VORLEN_FUSED void reflectRows(float* const* rows, int numRows, int offset, int n, const float* factors, const float* w,
+                              const float* r, float gamma) {
     reflectRowsBody(rows, numRows, offset, n, factors, w, r, gamma);
 }
 
-VORLEN_WIDE void accumulateReflections(float* const* rows, int numRows, int n, float* const* vectors, const float* beta,
-                                       int numVectors, int shift) {
+VORLEN_FUSED void accumulateReflections(float* const* rows, int numRows, int n, float* const* vectors,
+                                        const float* beta, int numVectors, int shift) {
     accumulateReflectionsBody(rows, numRows, n, vectors, beta, numVectors, shift);
 }
 
-VORLEN_WIDE void rotateRows(float* const* rows, int numStrips, const Rotation<float>* rotations, int count) {
+VORLEN_FUSED void rotateRows(float* const* rows, int numStrips, const Rotation<float>* rotations, int count) {
     rotateRowsBody(rows, numStrips, rotations, count);
 }
 
-VORLEN_WIDE void subtractProduct(float* const* c, int cOffset, float* const* a, int aOffset, float* const* b,
-                                 int bOffset, int numRows, int depth, int n, float* packed) {
+VORLEN_FUSED void subtractProduct(float* const* c, int cOffset, float* const* a, int aOffset, float* const* b,
+                                  int bOffset, int numRows, int depth, int n, float* packed) {
     subtractProductBody(c, cOffset, a, aOffset, b, bOffset, numRows, depth, n, packed);
 }
 
-VORLEN_WIDE double dot(const double* a, const double* b, int n) {
+VORLEN_FUSED double dot(const double* a, const double* b, int n) {
     return dotBody(a, b, n);
 }
 
-VORLEN_WIDE void addMultiple(double* y, double factor, const double* x, int n) {
+VORLEN_FUSED void addMultiple(double* y, double factor, const double* x, int n) {
     addMultipleBody(y, factor, x, n);
 }
 
-VORLEN_WIDE void addRows(double* y, const double* factors, double* const* rows, int numRows, int offset, int n) {
+VORLEN_FUSED void addRows(double* y, const double* factors, double* const* rows, int numRows, int offset, int n) {
     addRowsBody(y, factors, rows, numRows, offset, n);
 }
 
-VORLEN_WIDE void reflectRows(double* const* rows, int numRows, int offset, int n, const double* factors,
-                             const double* w, const double* r, double gamma) {
+VORLEN_FUSED void reflectRows(double* const* rows, int numRows, int offset, int n, const double* factors,
+                              const double* w, const double* r, double gamma) {
     reflectRowsBody(rows, numRows, offset, n, factors, w, r, gamma);
 }
 
-VORLEN_WIDE void accumulateReflections(double* const* rows, int numRows, int n, double* const* vectors,
-                                       const double* beta, int numVectors, int shift) {
+VORLEN_FUSED void accumulateReflections(double* const* rows, int numRows, int n, double* const* vectors,
+                                        const double* beta, int numVectors, int shift) {
     accumulateReflectionsBody(rows, numRows, n, vectors, beta, numVectors, shift);
 }
 
-VORLEN_WIDE void rotateRows(double* const* rows, int numStrips, const Rotation<double>* rotations, int count) {
+VORLEN_FUSED void rotateRows(double* const* rows, int numStrips, const Rotation<double>* rotations, int count) {
     rotateRowsBody(rows, numStrips, rotations, count);
 }
 
-VORLEN_WIDE void subtractProduct(double* const* c, int cOffset, double* const* a, int aOffset, double* const* b,
-                                 int bOffset, int numRows, int depth, int n, double* packed) {
+VORLEN_FUSED void subtractProduct(double* const* c, int cOffset, double* const* a, int aOffset, double* const* b,
+                                  int bOffset, int numRows, int depth, int n, double* packed) {
     subtractProductBody(c, cOffset, a, aOffset, b, bOffset, numRows, depth, n, packed);
 }
 

@@ -11,6 +11,22 @@ namespace vorlen {
 /// The same for a lambda; stands between its parameters and its body.
 #define VORLEN_INLINED_LAMBDA __attribute__((always_inline))
 
+/// A function that is compiled twice, for the plain processor and for one with wide vectors; which version runs is
+/// chosen when the program is loaded, which the sanitizers do not survive. VORLEN_FUSED is for sums of products.
+#if !defined(__x86_64__) || defined(__SANITIZE_ADDRESS__)
+#define VORLEN_WIDE
+#define VORLEN_FUSED
+#elif !defined(__clang__)
+#define VORLEN_WIDE __attribute__((target_clones("arch=x86-64-v3", "default")))
+#define VORLEN_FUSED VORLEN_WIDE
+#elif __has_feature(address_sanitizer)
+#define VORLEN_WIDE
+#define VORLEN_FUSED
+#else // which asks for one kind of instructions only, and knows a processor by its maker's name alone
+#define VORLEN_WIDE __attribute__((target_clones("avx2", "default")))
+#define VORLEN_FUSED __attribute__((target_clones("fma", "default")))
+#endif
+
 /// Loops that are compiled twice, for the plain processor and for one with wide vectors, of which the better is taken
 /// at run time. What a body calls must be inlined (VORLEN_INLINED), or it stays plain.
 namespace widevectors {

@@ -13,16 +13,9 @@
 #include "images/rasters/pixelmatrix.h"
 #include "images/volumes/voxelmatrix.h"
 #include "numerics/exception.h"
+#include "numerics/widevectors.h"
 
 namespace vorlen {
-
-// Counts of bits are one instruction on most processors; which version runs is chosen when the program is loaded,
-// which the sanitizers do not survive.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
-#define VORLEN_WIDE __attribute__((target_clones("arch=x86-64-v3", "default")))
-#else
-#define VORLEN_WIDE
-#endif
 
 namespace {
 

@@ -9,14 +9,9 @@
 #include <type_traits>
 
 #include "numerics/exception.h"
+#include "numerics/widevectors.h"
 
-// The versions for wide vectors are chosen when the program is loaded, which the sanitizers do not survive. All that
-// they compute are whole numbers, which fused operations do not round.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
-#define VORLEN_WIDE __attribute__((target_clones("arch=x86-64-v3", "default")))
-#else
-#define VORLEN_WIDE
-#endif
+// All that the versions for wide vectors compute are whole numbers, which fused operations do not round.
 
 namespace vorlen {
 
