@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <utility>
 
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
@@ -13,6 +16,9 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 
+#include "ui/registration/registrationreportfile.h"
+#include "ui/session/vrlsettings.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/vrltablewidget.h"
 
 namespace vorlen {
@@ -43,9 +49,12 @@ std::vector<Curve> shiftCurves() {
 
 std::vector<Curve> scoreCurves() {
     const QColor colour(20, 130, 70);
+    const auto known = [](const SliceAlignment& one, double score) { return one.onto >= 0 ? score : std::nan(""); };
     return {
-        {"score before", colour, Qt::DotLine, [](const SliceAlignment& one) { return one.scoreBefore; }},
-        {"score after", colour, Qt::SolidLine, [](const SliceAlignment& one) { return one.scoreAfter; }},
+        {"score before", colour, Qt::DotLine,
+         [known](const SliceAlignment& one) { return known(one, one.scoreBefore); }},
+        {"score after", colour, Qt::SolidLine,
+         [known](const SliceAlignment& one) { return known(one, one.scoreAfter); }},
     };
 }
 
@@ -75,14 +84,17 @@ void paintCurves(QPainter& painter, const QRect& area, const QPalette& palette, 
         left += 27 + painter.fontMetrics().horizontalAdvance(curve.name) + 16;
         painter.setPen(QPen(curve.colour, 1.5, curve.style));
         QPainterPath path;
+        bool broken = true;
         for (const SliceAlignment& one : report.slices) {
-            if (one.state == State::First)
-                continue; // lies on nothing
-            const QPointF point(xOf(one.slice), yOf(curve.value(one)));
-            if (path.elementCount() == 0)
-                path.moveTo(point);
-            else
-                path.lineTo(point);
+            const double value = curve.value(one);
+            const bool known = one.state != State::First && std::isfinite(value); // the first lies on nothing
+            const bool begins = std::exchange(broken, !known);
+            if (!known)
+                continue;
+            const QPointF point(xOf(one.slice), yOf(value));
+            if (begins)
+                path.moveTo(point - QPointF(1, 0)); // so that one by itself is seen
+            path.lineTo(point);
             if (curve.style == Qt::SolidLine && one.state == State::LeftAlone)
                 painter.drawEllipse(point, 3, 3);
         }
@@ -152,7 +164,7 @@ RegistrationReportDialog::RegistrationReportDialog(QWidget* parent) : QDialog(pa
     auto* const copy = new QPushButton("Copy", this);
     copy->setToolTip("Copy the rows that are selected");
     auto* const save = new QPushButton("Save...", this);
-    save->setToolTip("Write the table to a file");
+    save->setToolTip("Write the report to a file: CSV, or JSON");
     auto* const close = new QPushButton("Close", this);
     auto* const buttons = new QHBoxLayout;
     buttons->addWidget(copy);
@@ -164,12 +176,33 @@ RegistrationReportDialog::RegistrationReportDialog(QWidget* parent) : QDialog(pa
     layout->addWidget(parts, 1);
     layout->addLayout(buttons);
     connect(copy, &QPushButton::clicked, __table, &VRLTableWidget::copySelection);
-    connect(save, &QPushButton::clicked, __table, &VRLTableWidget::save);
+    connect(save, &QPushButton::clicked, this, &RegistrationReportDialog::save);
     connect(close, &QPushButton::clicked, this, &QDialog::close);
     connect(__plot, &ReportPlot::sliceChosen, this, &RegistrationReportDialog::sliceChosen);
     connect(__table, &QTableWidget::cellDoubleClicked, this,
             [this](int row) { emit sliceChosen(__table->item(row, 0)->data(placeRole).toInt()); });
-    resize(820, 620);
+    resize(1040, 620); // the remarks are seen without scrolling
+}
+
+void RegistrationReportDialog::save() {
+    QFileDialog dialog(this, "Save report", VRLSettings::settings.getOutputDirectory().path());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setNameFilters({"Comma-separated values (*.csv)", "JSON (*.json)"});
+    const auto addSuffix = [&dialog](const QString& filter) {
+        dialog.setDefaultSuffix(filter.startsWith("JSON") ? "json" : "csv");
+    };
+    addSuffix({});
+    connect(&dialog, &QFileDialog::filterSelected, &dialog, addSuffix);
+    dialog.selectFile("registration");
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return;
+    const QString name = dialog.selectedFiles().constFirst();
+    VRLSettings::settings.setOutputDirectory(QFileInfo(name).dir());
+    if (saveRegistrationReport(__report, name))
+        return;
+    PlainMessageBox box(QMessageBox::Critical, "Write error", "Cannot write " + name, QMessageBox::Ok, this);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
 }
 
 void RegistrationReportDialog::fillRow(int row, const RegistrationReport& report) {
@@ -192,6 +225,7 @@ void RegistrationReportDialog::fillRow(int row, const RegistrationReport& report
 }
 
 void RegistrationReportDialog::setReport(const RegistrationReport& report) {
+    __report = report;
     const int n = int(report.slices.size());
     __summary->setText(QString("%1%2 registered, %3 left alone; mean score %4 before, %5 after.")
                            .arg(report.cancelled ? "Cancelled: " : "")
