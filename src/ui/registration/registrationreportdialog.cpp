@@ -37,6 +37,11 @@ struct Curve {
     std::function<double(const SliceAlignment&)> value;
 };
 
+/// A colour that stands out from a light ground, made lighter where the ground is dark.
+QColor seenOn(const QPalette& palette, const QColor& colour) {
+    return palette.color(QPalette::Base).lightness() < 128 ? colour.lighter(165) : colour;
+}
+
 std::vector<Curve> shiftCurves() {
     const QColor right(200, 80, 30), down(30, 100, 200);
     return {
@@ -66,7 +71,9 @@ void paintCurves(QPainter& painter, const QRect& area, const QPalette& palette, 
     };
     const int last = std::max(1, int(report.slices.size()) - 1);
     const auto xOf = [&](int slice) { return area.left() + double(area.width()) * slice / last; };
-    painter.setPen(palette.color(QPalette::Mid));
+    QColor frame = palette.color(QPalette::Text);
+    frame.setAlphaF(0.4F);
+    painter.setPen(frame);
     painter.drawRect(area);
     if (least < 0 && greatest > 0)
         painter.drawLine(QPointF(area.left(), yOf(0)), QPointF(area.right(), yOf(0)));
@@ -77,12 +84,13 @@ void paintCurves(QPainter& painter, const QRect& area, const QPalette& palette, 
     }
     int left = area.left();
     for (const Curve& curve : curves) {
-        painter.setPen(QPen(curve.colour, 1.5, curve.style));
+        const QPen pen(seenOn(palette, curve.colour), 1.5, curve.style);
+        painter.setPen(pen);
         painter.drawLine(left, area.top() - 10, left + 22, area.top() - 10);
         painter.setPen(palette.color(QPalette::Text));
         painter.drawText(left + 27, area.top() - 5, curve.name);
         left += 27 + painter.fontMetrics().horizontalAdvance(curve.name) + 16;
-        painter.setPen(QPen(curve.colour, 1.5, curve.style));
+        painter.setPen(pen);
         QPainterPath path;
         bool broken = true;
         for (const SliceAlignment& one : report.slices) {

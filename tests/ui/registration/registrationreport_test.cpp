@@ -1,3 +1,4 @@
+#include <cmath>
 #include <fstream>
 #include <sstream>
 
@@ -94,6 +95,30 @@ TEST(RegistrationReportDialogTest, savesAsCsvAndAsJson) {
     EXPECT_TRUE(whole["slices"].toArray()[2].toObject()["scoreAfter"].isNull());
 
     EXPECT_FALSE(saveRegistrationReport(cancelledReport(), QString::fromStdString(folder.file("no/such/folder.csv"))));
+}
+
+TEST(RegistrationReportDialogTest, theCurvesStandOutFromLightAndDark) {
+    RegistrationReportDialog dialog;
+    dialog.setReport(cancelledReport());
+    QPalette dark = dialog.palette();
+    dark.setColor(QPalette::Base, QColor(30, 34, 38));
+    dark.setColor(QPalette::Text, QColor(220, 220, 220));
+    for (const QPalette& palette : {dialog.palette(), dark}) {
+        dialog.setPalette(palette);
+        dialog.show();
+        auto& plot = *dialog.findChild<ReportPlot*>();
+        const int ground = qGray(palette.color(QPalette::Base).rgb());
+        const QImage picture = plot.grab().toImage();
+        for (const int hue : {20, 215, 145}) { // right, down, score
+            int difference = 0;
+            for (int x = 0; x < picture.width(); ++x)
+                for (int y = 0; y < picture.height(); ++y)
+                    if (const QColor seen = picture.pixelColor(x, y);
+                        seen.hsvSaturation() > 100 && std::abs(seen.hsvHue() - hue) < 15)
+                        difference = std::max(difference, std::abs(qGray(seen.rgb()) - ground));
+            EXPECT_GT(difference, 90) << hue << " on " << ground;
+        }
+    }
 }
 
 // Slices that were not reached have no score: a line along 0 would say that they fit nothing.
