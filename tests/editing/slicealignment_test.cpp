@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <random>
 
 #include <gtest/gtest.h>
 
@@ -195,6 +196,34 @@ TEST(SliceAlignment, tellsHowLittleIsKnownOfTheTurnOfASpot) {
         EXPECT_LT(ofAll.slices[i].turnDoubt, 0.75);
         EXPECT_EQ(ofAll.slices[i].reason, "");
     }
+}
+
+// Noise all over the frame tells nothing of the turn either; nor do pairs that were found of others only.
+TEST(SliceAlignment, namesEachTurnThatNoiseHides) {
+    std::mt19937 generator(3);
+    std::normal_distribution<double> noise(0, 10);
+    TissueStack spots;
+    const double turns[] = {0, 8, -6, 11, -3, 5};
+    for (int i = 0; i < 6; ++i) {
+        const RigidMotion place{turns[i] * degree, 0, 0};
+        const PlanePoint middle = place.inverse().apply({4, -46});
+        spots.add("s" + std::to_string(i), sectionOfTissue(181, 217, {}), [&](int row, int column, double) {
+            const double away = std::hypot(column - 108 - middle.x, row - 90 - middle.y) / (5.0 + i);
+            return 120 * std::exp(-std::pow(away, 6)) + noise(generator);
+        });
+    }
+    const RegistrationReport report = spots.registered();
+    int numOff = 0;
+    for (int i = 1; i < 6; ++i) {
+        const SliceAlignment& one = report.slices[std::size_t(i)];
+        const double truth = turns[i] - turns[i - 1];
+        const double off = std::abs(std::remainder(double(one.after.getRotationAngle()) - truth, 360));
+        numOff += off > 1 ? 1 : 0;
+        if (one.state == State::Registered || one.state == State::Unchanged) {
+            EXPECT_GT(one.turnDoubt, 0.5 * off) << one.name << ": " << one.reason;
+        }
+    }
+    EXPECT_GT(numOff, 2); // a round spot does not tell it
 }
 
 // In a stack of greys two that are cut off to black and white would only find each other's outline; a stack of masks is

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <random>
 
 #include <gtest/gtest.h>
 
@@ -193,6 +194,28 @@ TEST(SectionAligner, tellsHowSureTheAngleIsAndTurnsNoRoundSpot) {
     EXPECT_GT(surest, 0.01);
     const SectionMatch full = matchOf(sectionOfTissue(180, 200, {0.1, 3, 4}), sectionOfTissue(180, 200, {}));
     EXPECT_LT(full.angleSpread, 0.002);
+}
+
+// Noise has slopes all over the frame, but tells nothing of how a section is turned.
+TEST(SectionAligner, noiseMakesTheAngleNoSurer) {
+    std::mt19937 generator(1);
+    std::normal_distribution<double> noise(0, 8);
+    const auto noisy = [&](SectionImage section) {
+        change(section, [&](int, int, float v) { return float(std::clamp(v + noise(generator), 0.0, 255.0)); });
+        return section;
+    };
+    const SectionImage full = sectionOfTissue(180, 200, {0.1, 3, 4}), fullOnto = sectionOfTissue(180, 200, {});
+    double squares = 0;
+    for (int seed = 2; seed < 7; ++seed) {
+        const SectionMatch spot = matchOf(noisy(sectionWithSpot({4, -3}, seed)), noisy(sectionWithSpot({-6, 5}, 1)));
+        EXPECT_TRUE(spot.found) << seed;
+        EXPECT_GT(spot.angleSpread, 0.5 * degree) << seed;
+        const SectionMatch held = matchOf(noisy(full), noisy(fullOnto));
+        EXPECT_LT(held.angleSpread, 0.01 * degree) << seed;
+        squares += std::pow(std::remainder(held.motion.angle - 0.1, 360 * degree) / held.angleSpread, 2) / 5;
+    }
+    EXPECT_GT(squares, 0.05); // what is told is about as far off as it is
+    EXPECT_LT(squares, 4);
 }
 
 TEST(SectionAligner, sectionsThatDoNotBelongTogetherAreNotFoundToFit) {

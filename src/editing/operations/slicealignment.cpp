@@ -32,15 +32,19 @@ constexpr double farOff = 0.015;
 
 constexpr double fullTurn = 2 * 3.14159265358979323846;
 
+double square(double value) {
+    return value * value;
+}
+
 /// A difference of scores that is none.
 constexpr double noDifference = 1e-9;
 
 /// In pixels: a slice that is to move by less lies well, and stays.
 constexpr double noMove = 0.05;
 
-/// In degrees, of a match: twice the spread, as of an error that is rarely greater; 0 where nothing is known of it.
-double turnDoubtOf(const SectionMatch& match) {
-    return match.found ? std::min(180.0, 2 * match.angleSpread * 360 / fullTurn) : 0;
+/// In degrees, of the spread of an angle: twice as much, as of an error that is rarely greater.
+double turnDoubtOf(double spread) {
+    return std::min(180.0, 2 * spread * 360 / fullTurn);
 }
 
 /// Of a slice with little on it: where it lies is told, but hardly how it is turned.
@@ -122,6 +126,7 @@ private:
     void chooseFor(int i, std::vector<RigidMotion>& chosen);
     int partnerOf(int i) const;
     const Pair* pairOf(int target, int source) const;
+    double turnSpread(int target, int source) const;
     void step();
     void report();
 
@@ -225,6 +230,32 @@ void Alignment::report() {
 const Alignment::Pair* Alignment::pairOf(int target, int source) const {
     const auto at = __pairIndex.find({target, source});
     return at == __pairIndex.end() ? nullptr : &__pairs[at->second];
+}
+
+/// Of the angle between two slices that fit, in radians: by the surest way from one to the other over pairs that were
+/// found; nothing is known where there is none.
+double Alignment::turnSpread(int target, int source) const {
+    const int first = std::max(0, std::min(target, source) - reach);
+    const int last = std::min(__numSlices - 1, std::max(target, source) + reach);
+    const double unknown = square(0.5 * fullTurn);
+    std::vector<double> variances(std::size_t(last - first + 1), unknown);
+    variances[std::size_t(target - first)] = 0;
+    for (bool changes = true; changes;) {
+        changes = false;
+        for (int from = first; from <= last; ++from)
+            for (int to = from + 1; to <= std::min(last, from + reach); ++to) {
+                const Pair* const pair = pairOf(from, to);
+                if (pair == nullptr || !pair->match.found)
+                    continue;
+                double &a = variances[std::size_t(from - first)], &b = variances[std::size_t(to - first)];
+                const double step = square(pair->match.angleSpread);
+                if (std::min(a, b) + step >= std::max(a, b))
+                    continue;
+                (a < b ? b : a) = std::min(a, b) + step;
+                changes = true;
+            }
+    }
+    return std::sqrt(variances[std::size_t(source - first)]);
 }
 
 /// Whether a step between the two is to be kept, of a slice that shows anything: what the images say of them has no
@@ -499,13 +530,13 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
     if (pair != nullptr) {
         entry.support = pair->match.support;
         entry.method = pair->match.found ? wordOf(pair->match.method) : "";
-        entry.turnDoubt = turnDoubtOf(pair->match);
     }
     if (!__fits[std::size_t(i)]) {
         entry.reason = entry.mirrored ? "mirrored: it fits when it is turned over"
                                       : misfit(source, "it fits none of its neighbours");
         return;
     }
+    entry.turnDoubt = turnDoubtOf(turnSpread(partner, i));
     // Where all pairs together bring it, else the one pair alone, but never where it fits less than it did.
     std::vector<RigidMotion> candidates = {chosen[std::size_t(partner)] * between(__places, partner, i)};
     if (pair != nullptr && pair->match.found && __options.reference != AlignmentReference::SmoothedPath)
@@ -692,7 +723,7 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
         return entry;
     }
     entry.method = wordOf(match.method);
-    entry.turnDoubt = turnDoubtOf(match);
+    entry.turnDoubt = turnDoubtOf(match.angleSpread);
     const Registration found = registrationOfStep(slice, match.motion);
     const double moved = meanDistance(before, stepOf(slice, found), source.width, source.height) / source.pixel;
     if (moved < noMove) {
