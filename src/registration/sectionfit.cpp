@@ -285,6 +285,8 @@ struct Grounds {
 
     /// By how much the shared product of turns about (x, y) may be off by chance.
     double chance(double x, double y) const;
+    /// The same of shifts.
+    double chanceOfShifts() const;
 
     /// Square of how far off the combination of the three may be whose change the direction tells.
     double variance(const cv::Vec3d& direction) const;
@@ -309,6 +311,51 @@ double Grounds::chance(double x, double y) const {
         sum += 0.5 * block * block;
     }
     return std::sqrt(sum);
+}
+
+double Grounds::chanceOfShifts() const {
+    double sum = 0;
+    for (const cv::Vec4d& one : athwart)
+        sum += 0.5 * one[0] * one[0];
+    return std::sqrt(sum);
+}
+
+/// The directions in which the sections share the most slopes and the least, and how much of each.
+struct SharedDirections {
+    cv::Vec2d most, least;
+    double ofMost, ofLeast;
+    double sure; ///< the least without what it may be by chance
+
+    explicit SharedDirections(const Grounds& grounds);
+    bool tellsBoth() const { return sure > 1e-6 * ofMost; }
+    /// As a length, in the direction in which it is greatest.
+    double shiftSpread(const Grounds& grounds, double unknown) const {
+        const double spread = std::sqrt(grounds.variance({least[0], least[1], 0}));
+        return tellsBoth() ? std::min(unknown, spread / sure) : unknown;
+    }
+    /// The shift that a turn by 1 looks most like. Of one along fibres nothing is seen.
+    cv::Vec2d shiftOfTurn(const cv::Matx33d& shared) const;
+};
+
+SharedDirections::SharedDirections(const Grounds& grounds) {
+    const cv::Matx33d& shared = grounds.shared;
+    const double angle = 0.5 * std::atan2(2 * shared(0, 1), shared(0, 0) - shared(1, 1));
+    most = {std::cos(angle), std::sin(angle)};
+    least = {-most[1], most[0]};
+    const auto along = [&shared](const cv::Vec2d& d) {
+        return d[0] * d[0] * shared(0, 0) + d[1] * d[1] * shared(1, 1) + 2 * d[0] * d[1] * shared(0, 1);
+    };
+    ofMost = along(most);
+    ofLeast = along(least);
+    sure = ofLeast - 2 * grounds.chanceOfShifts();
+}
+
+cv::Vec2d SharedDirections::shiftOfTurn(const cv::Matx33d& shared) const {
+    const cv::Vec2d both(shared(2, 0), shared(2, 1));
+    cv::Vec2d shift = both.dot(most) / ofMost * most;
+    if (tellsBoth())
+        shift += both.dot(least) / ofLeast * least;
+    return shift;
 }
 
 std::optional<Grounds> groundsOf(const Slopes& slopes, const Level& full, const Level& source,
@@ -408,23 +455,24 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
 void tellSpread(SectionMatch& match, const Level& target, const Level& source) {
     const Slopes slopes(target);
     match.angleSpread = pi;
+    match.shiftSpread = slopes.radius;
     const std::optional<Grounds> grounds = groundsOf(slopes, target, source, match.motion);
     if (!grounds)
         return;
-    const cv::Matx33d& shared = grounds->shared;
-    const double determinant = shared(0, 0) * shared(1, 1) - shared(0, 1) * shared(0, 1);
-    if (!(shared(0, 0) > 0) || !(determinant > 1e-6 * shared(0, 0) * shared(1, 1)))
+    const SharedDirections directions(*grounds);
+    if (!(directions.ofMost > 0))
         return;
-    // The shift that a turn by 1 looks most like: it is (-y, x) for a turn about (x, y).
-    const double across = (shared(1, 1) * shared(2, 0) - shared(0, 1) * shared(2, 1)) / determinant;
-    const double down = (shared(0, 0) * shared(2, 1) - shared(0, 1) * shared(2, 0)) / determinant;
-    const double within = slopes.radius / std::max(1.0, std::hypot(across, down));
-    match.middle = match.motion.inverse().apply({within * down, -within * across});
+    match.shiftSpread = directions.shiftSpread(*grounds, slopes.radius);
+    const cv::Matx33d& shared = grounds->shared;
+    const cv::Vec2d shift = directions.shiftOfTurn(shared);
+    // It is (-y, x) for a turn about (x, y).
+    const double within = slopes.radius / std::max(1.0, cv::norm(shift));
+    match.middle = match.motion.inverse().apply({within * shift[1], -within * shift[0]});
     const double alone =
-        shared(2, 2) - across * shared(2, 0) - down * shared(2, 1) - 2 * grounds->chance(down, -across);
+        shared(2, 2) - shift[0] * shared(2, 0) - shift[1] * shared(2, 1) - 2 * grounds->chance(shift[1], -shift[0]);
     if (alone > 0)
         match.angleSpread =
-            std::min(pi, std::sqrt(grounds->variance({-across, -down, 1})) / (alone * slopes.radius));
+            std::min(pi, std::sqrt(grounds->variance({-shift[0], -shift[1], 1})) / (alone * slopes.radius));
 }
 
 double scoreAt(const Level& target, const Level& source, const RigidMotion& motion, bool* inverted) {

@@ -194,6 +194,7 @@ TEST(SliceAlignment, tellsHowLittleIsKnownOfTheTurnOfASpot) {
         EXPECT_GT(ofSpots.slices[i].turnDoubt, 0.75);
         EXPECT_EQ(ofSpots.slices[i].reason.substr(0, 33), "little tells how it is turned: it") << i;
         EXPECT_LT(ofAll.slices[i].turnDoubt, 0.75);
+        EXPECT_LT(ofAll.slices[i].shiftDoubt, 1);
         EXPECT_EQ(ofAll.slices[i].reason, "");
     }
 }
@@ -224,6 +225,23 @@ TEST(SliceAlignment, namesEachTurnThatNoiseHides) {
         }
     }
     EXPECT_GT(numOff, 2); // a round spot does not tell it
+}
+
+TEST(SliceAlignment, namesShiftsThatParallelFibresHide) {
+    std::mt19937 generator(3);
+    std::normal_distribution<double> noise(0, 5);
+    TissueStack fibres;
+    for (int i = 0; i < 4; ++i)
+        fibres.add("s" + std::to_string(i), sectionOfTissue(150, 170, {}), [&](int, int column, double) {
+            return tissue(column - 4 * i, 7, 1) + noise(generator);
+        });
+    const RegistrationReport report = fibres.registered();
+    for (std::size_t i = 1; i < 4; ++i) {
+        EXPECT_EQ(report.slices[i].state, State::Registered) << i;
+        EXPECT_NEAR(report.slices[i].after.getHorShift(), -4, 0.3) << i;
+        EXPECT_GT(report.slices[i].shiftDoubt, 10) << i;
+        EXPECT_EQ(report.slices[i].reason.substr(0, 36), "little tells how it is shifted: it m") << i;
+    }
 }
 
 // In a stack of greys two that are cut off to black and white would only find each other's outline; a stack of masks is

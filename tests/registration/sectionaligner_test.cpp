@@ -229,6 +229,35 @@ TEST(SectionAligner, noiseMakesTheAngleNoSurer) {
     EXPECT_LT(squares, 4);
 }
 
+// Parallel fibres tell how far they are shifted across, and not along.
+TEST(SectionAligner, tellsThatFibresMaySlideAlongThemselves) {
+    std::mt19937 generator(1);
+    std::normal_distribution<double> noise(0, 5);
+    const auto fibres = [&](double degrees, double shift) {
+        SectionImage section{PixelMatrix<float>(180, 200), 1, 1};
+        change(section, [&](int i, int j, float) {
+            const double across = std::cos(degrees * degree) * (j - 100) + std::sin(degrees * degree) * (i - 90);
+            return float(tissue(across - shift, 7, 1) + noise(generator));
+        });
+        return section;
+    };
+    const auto whole = [&](SectionImage section) {
+        change(section, [&](int, int, float v) { return float(v + noise(generator)); });
+        return section;
+    };
+    for (const double degrees : {0.0, 30.0, 115.0}) {
+        const SectionMatch match = matchOf(fibres(degrees, 6), fibres(degrees, 0));
+        EXPECT_GT(match.shiftSpread, 3) << degrees;
+        EXPECT_LT(match.angleSpread, 0.1 * degree) << degrees;
+        const double across = std::cos(degrees * degree) * match.motion.x + std::sin(degrees * degree) * match.motion.y;
+        EXPECT_NEAR(across, -6, 0.2) << degrees;
+    }
+    const SectionMatch match =
+        matchOf(whole(sectionOfTissue(180, 200, {0.1, 3, 4})), whole(sectionOfTissue(180, 200, {})));
+    EXPECT_LT(match.shiftSpread, 0.05);
+    EXPECT_GT(match.shiftSpread, 0.0005);
+}
+
 TEST(SectionAligner, sectionsThatDoNotBelongTogetherAreNotFoundToFit) {
     const SectionImage target = sectionOfTissue(256, 256, {});
     for (int seed = 2; seed < 5; ++seed)

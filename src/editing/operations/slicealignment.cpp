@@ -47,13 +47,17 @@ double turnDoubtOf(double spread) {
     return std::min(180.0, 2 * spread * 360 / fullTurn);
 }
 
-/// Of a slice with little on it: where it lies is told, but hardly how it is turned.
-void remarkOnTurn(SliceAlignment& entry) {
-    if (entry.reason.empty() && entry.turnDoubt > SliceAlignment::doubtfulTurn) {
-        char text[96] = "";
+/// Of a slice with little on it: mostly where it lies is told, but hardly how it is turned; of parallel fibres alone not
+/// how far it lies along them.
+void remarkOnDoubts(SliceAlignment& entry) {
+    char text[96] = "";
+    if (!entry.reason.empty())
+        return;
+    if (entry.shiftDoubt > SliceAlignment::doubtfulShift)
+        std::snprintf(text, sizeof text, "little tells how it is shifted: it may be %.0f pixels off", entry.shiftDoubt);
+    else if (entry.turnDoubt > SliceAlignment::doubtfulTurn)
         std::snprintf(text, sizeof text, "little tells how it is turned: it may be %.1f degrees off", entry.turnDoubt);
-        entry.reason = text;
-    }
+    entry.reason = text;
 }
 
 /// What little a slice shows, in words; empty where it shows its greys.
@@ -126,7 +130,7 @@ private:
     void chooseFor(int i, std::vector<RigidMotion>& chosen);
     int partnerOf(int i) const;
     const Pair* pairOf(int target, int source) const;
-    double turnSpread(int target, int source) const;
+    double spreadBetween(int target, int source, double SectionMatch::*spread, double unknown) const;
     void step();
     void report();
 
@@ -232,13 +236,12 @@ const Alignment::Pair* Alignment::pairOf(int target, int source) const {
     return at == __pairIndex.end() ? nullptr : &__pairs[at->second];
 }
 
-/// Of the angle between two slices that fit, in radians: by the surest way from one to the other over pairs that were
-/// found; nothing is known where there is none.
-double Alignment::turnSpread(int target, int source) const {
+/// Of what is known between two slices that fit: by the surest way from one to the other over pairs that were found;
+/// nothing is known where there is none.
+double Alignment::spreadBetween(int target, int source, double SectionMatch::*spread, double unknown) const {
     const int first = std::max(0, std::min(target, source) - reach);
     const int last = std::min(__numSlices - 1, std::max(target, source) + reach);
-    const double unknown = square(0.5 * fullTurn);
-    std::vector<double> variances(std::size_t(last - first + 1), unknown);
+    std::vector<double> variances(std::size_t(last - first + 1), square(unknown));
     variances[std::size_t(target - first)] = 0;
     for (bool changes = true; changes;) {
         changes = false;
@@ -248,7 +251,7 @@ double Alignment::turnSpread(int target, int source) const {
                 if (pair == nullptr || !pair->match.found)
                     continue;
                 double &a = variances[std::size_t(from - first)], &b = variances[std::size_t(to - first)];
-                const double step = square(pair->match.angleSpread);
+                const double step = square(pair->match.*spread);
                 if (std::min(a, b) + step >= std::max(a, b))
                     continue;
                 (a < b ? b : a) = std::min(a, b) + step;
@@ -536,7 +539,8 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
                                       : misfit(source, "it fits none of its neighbours");
         return;
     }
-    entry.turnDoubt = turnDoubtOf(turnSpread(partner, i));
+    entry.turnDoubt = turnDoubtOf(spreadBetween(partner, i, &SectionMatch::angleSpread, 0.5 * fullTurn));
+    entry.shiftDoubt = 2 * spreadBetween(partner, i, &SectionMatch::shiftSpread, __size) / source.pixel;
     // Where all pairs together bring it, else the one pair alone, but never where it fits less than it did.
     std::vector<RigidMotion> candidates = {chosen[std::size_t(partner)] * between(__places, partner, i)};
     if (pair != nullptr && pair->match.found && __options.reference != AlignmentReference::SmoothedPath)
@@ -549,7 +553,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
             source.pixel;
         if (moved < noMove) {
             entry.state = State::Unchanged;
-            remarkOnTurn(entry);
+            remarkOnDoubts(entry);
             return;
         }
         const double score = scored(place);
@@ -565,7 +569,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         const double turn = std::abs(std::remainder(double(entry.after.getRotationAngle()), 360.0));
         if (turn > 135 && std::abs(world) > 0.375 * fullTurn)
             entry.reason = "it lay upside down";
-        remarkOnTurn(entry);
+        remarkOnDoubts(entry);
         return;
     }
     entry.reason = "nothing fits better than what was there";
@@ -724,11 +728,12 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     }
     entry.method = wordOf(match.method);
     entry.turnDoubt = turnDoubtOf(match.angleSpread);
+    entry.shiftDoubt = 2 * match.shiftSpread / source.pixel;
     const Registration found = registrationOfStep(slice, match.motion);
     const double moved = meanDistance(before, stepOf(slice, found), source.width, source.height) / source.pixel;
     if (moved < noMove) {
         entry.state = State::Unchanged;
-        remarkOnTurn(entry);
+        remarkOnDoubts(entry);
         return entry;
     }
     const double score = SectionAligner::score(*source.section, *target.section, stepOf(slice, found), measure);
@@ -740,7 +745,7 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     entry.scoreAfter = score;
     entry.moved = moved;
     entry.state = State::Registered;
-    remarkOnTurn(entry);
+    remarkOnDoubts(entry);
     return entry;
 }
 

@@ -31,7 +31,7 @@ QString cellText(QString text) {
 
 QByteArray csvOf(const RegistrationReport& report) {
     QString text = "Slice,Onto,HorShift [pixel],VerShift [pixel],Rotation [deg],Moved [pixel],TurnDoubt [deg],"
-                   "ScoreBefore,ScoreAfter,Support,Method,State,Reason\n";
+                   "ShiftDoubt [pixel],ScoreBefore,ScoreAfter,Support,Method,State,Reason\n";
     for (const SliceAlignment& one : report.slices) {
         const auto ifThere = [](bool there, double value) { return there ? numberText(value) : QString(); };
         const QStringList cells = {cellText(QString::fromStdString(one.name)),
@@ -41,6 +41,7 @@ QByteArray csvOf(const RegistrationReport& report) {
                                    numberText(double(one.after.getRotationAngle())),
                                    numberText(one.moved),
                                    ifThere(one.turnDoubt > 0, one.turnDoubt),
+                                   ifThere(one.shiftDoubt > 0, one.shiftDoubt),
                                    ifThere(one.onto >= 0, one.scoreBefore),
                                    ifThere(one.onto >= 0, one.scoreAfter),
                                    ifThere(!one.method.empty(), one.support),
@@ -71,6 +72,7 @@ QByteArray jsonOf(const RegistrationReport& report) {
                                   {"support", one.support},
                                   {"moved", one.moved},
                                   {"turnDoubt", one.turnDoubt},
+                                  {"shiftDoubt", one.shiftDoubt},
                                   {"before", jsonOf(one.before)},
                                   {"after", jsonOf(one.after)}});
     }

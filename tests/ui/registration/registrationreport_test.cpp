@@ -78,9 +78,9 @@ TEST(RegistrationReportDialogTest, savesAsCsvAndAsJson) {
     saveAs("Comma", "run");
     const std::string csv = contentsOf(folder.file("run.csv"));
     EXPECT_NE(csv.find("Slice,Onto,HorShift [pixel]"), std::string::npos) << csv;
-    EXPECT_NE(csv.find("s1,s0,2.5,-1,350,0.3333333333333333,,0.5,0.875,0,intensity,registered,\n"), std::string::npos)
+    EXPECT_NE(csv.find("s1,s0,2.5,-1,350,0.3333333333333333,,,0.5,0.875,0,intensity,registered,\n"), std::string::npos)
         << csv;
-    EXPECT_NE(csv.find("s2,,0,0,0,0,,,,,,left alone,\"the run was cancelled, \"\"early\"\"\"\n"), std::string::npos)
+    EXPECT_NE(csv.find("s2,,0,0,0,0,,,,,,,left alone,\"the run was cancelled, \"\"early\"\"\"\n"), std::string::npos)
         << csv;
 
     saveAs("JSON", "run");
