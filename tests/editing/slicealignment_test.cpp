@@ -128,8 +128,13 @@ TEST(SliceAlignment, bringsSlicesBackWhateverTheirPixelsAndWhereTheyLay) {
     const Registration found = tissue.stack.getSlice(1).getRegistration();
     EXPECT_EQ(tissue.registered().count(State::Unchanged), 4);
     EXPECT_EQ(tissue.stack.getSlice(1).getRegistration(), found);
-    EXPECT_NEAR(registrationScore(tissue.stack.getSlice(1), tissue.stack.getSlice(0), found),
+    bool isComparable = false;
+    EXPECT_NEAR(registrationScore(tissue.stack.getSlice(1), tissue.stack.getSlice(0), found, &isComparable),
                 report.slices[1].scoreAfter, 1e-3);
+    EXPECT_TRUE(isComparable);
+    tissue.add("black", sectionOfTissue(80, 160, {}), [](int, int, double) { return 0; });
+    EXPECT_EQ(registrationScore(tissue.stack.getSlice(5), tissue.stack.getSlice(4), {}, &isComparable), 0);
+    EXPECT_FALSE(isComparable);
 }
 
 TEST(SliceAlignment, slicesThatNothingFitsAreLeftAloneAndNamed) {
@@ -192,7 +197,10 @@ TEST(SliceAlignment, tellsHowLittleIsKnownOfTheTurnOfASpot) {
     for (std::size_t i = 1; i < 3; ++i) {
         EXPECT_EQ(ofSpots.slices[i].state, State::Registered);
         EXPECT_GT(ofSpots.slices[i].turnDoubt, 0.75);
-        EXPECT_EQ(ofSpots.slices[i].reason.substr(0, 33), "little tells how it is turned: it") << i;
+        const std::string& reason = ofSpots.slices[i].reason;
+        EXPECT_TRUE(reason.starts_with("little tells how it is turned: it may be ") ||
+                    (ofSpots.slices[i].turnDoubt >= 90 && reason == "nothing tells how it is turned"))
+            << reason;
         EXPECT_LT(ofAll.slices[i].turnDoubt, 0.75);
         EXPECT_LT(ofAll.slices[i].shiftDoubt, 1);
         EXPECT_EQ(ofAll.slices[i].reason, "");

@@ -50,11 +50,13 @@ double turnDoubtOf(double spread) {
 /// Of a slice with little on it: mostly where it lies is told, but hardly how it is turned; of parallel fibres alone not
 /// how far it lies along them.
 void remarkOnDoubts(SliceAlignment& entry) {
-    char text[96] = "";
     if (!entry.reason.empty())
         return;
+    char text[96] = "";
     if (entry.shiftDoubt > SliceAlignment::doubtfulShift)
         std::snprintf(text, sizeof text, "little tells how it is shifted: it may be %.0f pixels off", entry.shiftDoubt);
+    else if (entry.turnDoubt >= 90)
+        std::snprintf(text, sizeof text, "nothing tells how it is turned");
     else if (entry.turnDoubt > SliceAlignment::doubtfulTurn)
         std::snprintf(text, sizeof text, "little tells how it is turned: it may be %.1f degrees off", entry.turnDoubt);
     entry.reason = text;
@@ -690,11 +692,14 @@ int RegistrationReport::count(SliceAlignment::State state) const {
         std::count_if(slices.begin(), slices.end(), [&](const SliceAlignment& one) { return one.state == state; }));
 }
 
-double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration) {
+double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration,
+                         bool* isComparable) {
     const SectionImage source = sectionImageOf(slice), target = sectionImageOf(onto);
     const double pixel = std::max(SectionAligner::workingPixel(source), SectionAligner::workingPixel(target));
-    return SectionAligner::score(*SectionAligner::prepare(source, pixel), *SectionAligner::prepare(target, pixel),
-                                 stepOf(slice, registration));
+    const auto moving = SectionAligner::prepare(source, pixel), fixed = SectionAligner::prepare(target, pixel);
+    if (isComparable != nullptr)
+        *isComparable = SectionAligner::fault(*moving).empty() && SectionAligner::fault(*fixed).empty();
+    return SectionAligner::score(*moving, *fixed, stepOf(slice, registration));
 }
 
 SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, const Registration& start,

@@ -88,9 +88,10 @@ struct RegistrationReport {
 /// asked again and again, on this thread, and where it says no the image has no pixels, and nothing is kept.
 SectionImage sectionImageOf(const Slice& slice, const std::function<bool()>& goesOn = {});
 
-/// How well a slice, with a registration, fits the one that it lies on; 0 when one of them is blank and the like.
-/// Throws what reading throws.
-double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration);
+/// How well a slice, with a registration, fits the one that it lies on; 0, and not comparable, when one of them is blank
+/// and the like. Throws what reading throws.
+double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration,
+                         bool* isComparable = nullptr);
 
 /// Registers one slice on another, beginning with a registration: looks only. With state Registered, Unchanged or
 /// LeftAlone; images that can't be read leave it alone. The score is never less than that of the start.

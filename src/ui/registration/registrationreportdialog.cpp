@@ -13,6 +13,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -189,7 +190,8 @@ RegistrationReportDialog::RegistrationReportDialog(QWidget* parent) : QDialog(pa
     connect(__plot, &ReportPlot::sliceChosen, this, &RegistrationReportDialog::sliceChosen);
     connect(__table, &QTableWidget::cellDoubleClicked, this,
             [this](int row) { emit sliceChosen(__table->item(row, 0)->data(placeRole).toInt()); });
-    resize(1040, 620); // the remarks are seen without scrolling
+    // The remarks are seen without scrolling.
+    resize(QSize(1240, 640).boundedTo(screen()->availableSize() * 9 / 10));
 }
 
 void RegistrationReportDialog::save() {

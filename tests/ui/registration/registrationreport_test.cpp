@@ -23,6 +23,8 @@ namespace vorlen {
 
 namespace {
 
+constexpr const char* longRemark = "little tells how it is turned: it may be 10.5 degrees off";
+
 /// Ten slices: the second one is registered, and the run was cancelled before the others.
 RegistrationReport cancelledReport() {
     RegistrationReport report;
@@ -32,7 +34,7 @@ RegistrationReport cancelledReport() {
         one.slice = i;
         one.name = "s" + std::to_string(i);
         one.state = i == 0 ? SliceAlignment::State::First : SliceAlignment::State::LeftAlone;
-        one.reason = i < 2 ? "" : "the run was cancelled, \"early\"";
+        one.reason = i < 2 ? "" : i == 2 ? longRemark : "the run was cancelled, \"early\"";
         report.slices.push_back(one);
     }
     SliceAlignment& second = report.slices[1];
@@ -80,7 +82,7 @@ TEST(RegistrationReportDialogTest, savesAsCsvAndAsJson) {
     EXPECT_NE(csv.find("Slice,Onto,HorShift [pixel]"), std::string::npos) << csv;
     EXPECT_NE(csv.find("s1,s0,2.5,-1,350,0.3333333333333333,,,0.5,0.875,0,intensity,registered,\n"), std::string::npos)
         << csv;
-    EXPECT_NE(csv.find("s2,,0,0,0,0,,,,,,,left alone,\"the run was cancelled, \"\"early\"\"\"\n"), std::string::npos)
+    EXPECT_NE(csv.find("s3,,0,0,0,0,,,,,,,left alone,\"the run was cancelled, \"\"early\"\"\"\n"), std::string::npos)
         << csv;
 
     saveAs("JSON", "run");

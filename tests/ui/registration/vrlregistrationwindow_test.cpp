@@ -685,6 +685,9 @@ TEST_F(VRLRegistrationWindowTest, listsTheWorstFitFirstOnRequest) {
     EXPECT_EQ(list().currentItem()->text(), "s3");
     EXPECT_EQ(mediator().getSlice(), &slice(3));
     marks.setScore(&slice(3), own(3), 0.9);
+    marks.setScore(&slice(2), own(2), SectionMarks::incomparable); // no bad fit
+    EXPECT_EQ(rows(), (QStringList{"s4", "s1", "s3", "s2"}));
+    marks.setScore(&slice(2), own(2), 0.3);
     list().setCurrentRow(0);
     EXPECT_EQ(mediator().getSlice(), &slice(2));
     trigger(mediator().commands(), "slice.worstFirst");
