@@ -53,11 +53,16 @@ void remarkOnDoubts(SliceAlignment& entry) {
     if (!entry.reason.empty())
         return;
     char text[96] = "";
-    if (entry.shiftDoubt > SliceAlignment::doubtfulShift)
+    const bool shifts = entry.shiftDoubt > SliceAlignment::doubtfulShift;
+    const bool turns = entry.turnDoubt > SliceAlignment::doubtfulTurn;
+    if (shifts && turns)
+        std::snprintf(text, sizeof text, "little tells how it lies: it may be %.0f pixels and %.1f degrees off",
+                      entry.shiftDoubt, entry.turnDoubt);
+    else if (shifts)
         std::snprintf(text, sizeof text, "little tells how it is shifted: it may be %.0f pixels off", entry.shiftDoubt);
     else if (entry.turnDoubt >= 90)
         std::snprintf(text, sizeof text, "nothing tells how it is turned");
-    else if (entry.turnDoubt > SliceAlignment::doubtfulTurn)
+    else if (turns)
         std::snprintf(text, sizeof text, "little tells how it is turned: it may be %.1f degrees off", entry.turnDoubt);
     entry.reason = text;
 }
