@@ -188,7 +188,8 @@ int main(int argc, char** argv) {
             std::cerr << "vorlen-alignment-truth: " << argv[argc - 1] << " can't be written\n";
             return 3;
         }
-        pairs << "Set,Slice,State,Before,Off,Tissue,Score before,Score after,Support,Turn off,Turn doubt,Shift doubt,Reason\n";
+        pairs << "Set,Slice,State,Before,Off,Tissue,Score before,Score after,Support,Turn off,Turn doubt,Shift "
+                 "doubt,Reason\n";
         argc -= 2;
     }
     const std::filesystem::path folder =

@@ -490,8 +490,8 @@ bool isFinest(const cv::KeyPoint& point) {
     return (point.octave & 255) == 255;
 }
 
-/// The finest points of great images in tiles, and all others on half the size. In one go all scales together would take
-/// many times the memory of the image.
+/// The finest points of great images in tiles, and all others on half the size. In one go all scales together would
+/// take many times the memory of the image.
 FoundPoints pointsInTiles(const cv::Mat& bytes, const cv::Mat& mask, int most) {
     if (std::max(bytes.cols, bytes.rows) <= Level::floatSide)
         return pointsIn(bytes, mask, most);

@@ -184,8 +184,8 @@ SectionMatch judged(const Section& target, const Section& source, const RigidMot
 }
 
 /// By which of several is taken: how well all fits, and how much of it, and not without need far from the start; least
-/// of all turned, or slid along its fibres, when little tells that. Of few blocks some agree by chance alone, and more of
-/// them at one place than at another: there the whole decides.
+/// of all turned, or slid along its fibres, when little tells that. Of few blocks some agree by chance alone, and more
+/// of them at one place than at another: there the whole decides.
 double merit(const SectionMatch& match, const RigidMotion& start, double size) {
     const double turn = std::abs(std::remainder(match.motion.angle - start.angle, 2 * pi)) / pi;
     const double shift = std::hypot(match.motion.x - start.x, match.motion.y - start.y) / size;

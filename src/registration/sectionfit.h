@@ -21,9 +21,9 @@ constexpr double chanceShare = 0.09;
 /// False when there is too little overlap.
 bool refine(const SectionLevel& full, const SectionLevel& source, RigidMotion& motion, int numSteps, double enough);
 
-/// What the images tell of a motion: sets the spreads of its angle and its shift and the point about which it turns. The motion found
-/// is where what remains, times the slopes of the target, comes to nothing: what remains moves it by its own variance,
-/// taken over blocks, over the slopes that both sections share (the "sandwich" of White 1982).
+/// What the images tell of a motion: sets the spreads of its angle and its shift and the point about which it turns.
+/// The motion found is where what remains, times the slopes of the target, comes to nothing: what remains moves it by
+/// its own variance, taken over blocks, over the slopes that both sections share (the "sandwich" of White 1982).
 void tellSpread(SectionMatch& match, const SectionLevel& target, const SectionLevel& source);
 
 /// Absolute correlation, the light taken off, lessened where the overlap is less than half of the smaller section.

@@ -240,9 +240,8 @@ TEST(SliceAlignment, namesShiftsThatParallelFibresHide) {
     std::normal_distribution<double> noise(0, 5);
     TissueStack fibres;
     for (int i = 0; i < 4; ++i)
-        fibres.add("s" + std::to_string(i), sectionOfTissue(150, 170, {}), [&](int, int column, double) {
-            return tissue(column - 4 * i, 7, 1) + noise(generator);
-        });
+        fibres.add("s" + std::to_string(i), sectionOfTissue(150, 170, {}),
+                   [&](int, int column, double) { return tissue(column - 4 * i, 7, 1) + noise(generator); });
     const RegistrationReport report = fibres.registered();
     for (std::size_t i = 1; i < 4; ++i) {
         EXPECT_EQ(report.slices[i].state, State::Registered) << i;

@@ -47,8 +47,8 @@ double turnDoubtOf(double spread) {
     return std::min(180.0, 2 * spread * 360 / fullTurn);
 }
 
-/// Of a slice with little on it: mostly where it lies is told, but hardly how it is turned; of parallel fibres alone not
-/// how far it lies along them.
+/// Of a slice with little on it: mostly where it lies is told, but hardly how it is turned; of parallel fibres alone
+/// not how far it lies along them.
 void remarkOnDoubts(SliceAlignment& entry) {
     if (!entry.reason.empty())
         return;

@@ -88,8 +88,8 @@ struct RegistrationReport {
 /// asked again and again, on this thread, and where it says no the image has no pixels, and nothing is kept.
 SectionImage sectionImageOf(const Slice& slice, const std::function<bool()>& goesOn = {});
 
-/// How well a slice, with a registration, fits the one that it lies on; 0, and not comparable, when one of them is blank
-/// and the like. Throws what reading throws.
+/// How well a slice, with a registration, fits the one that it lies on; 0, and not comparable, when one of them is
+/// blank and the like. Throws what reading throws.
 double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration,
                          bool* isComparable = nullptr);
 

@@ -32,7 +32,8 @@ class VRLPainter;
 ///
 /// Decisions: images are smoothed by how many of their own pixels one of the display stands for, whatever a pixel
 /// measures. Around the sections is the palette's base, so that it does not dazzle among dark windows; a section
-/// that lies beside the other is mixed with white all the same. Drags take effect while the left or the right button is down.
+/// that lies beside the other is mixed with white all the same. Drags take effect while the left or the right button is
+/// down.
 class VRLRegistrationCanvas : public QFrame, public ProgressSubject {
     Q_OBJECT
 
