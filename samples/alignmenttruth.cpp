@@ -149,13 +149,14 @@ void measure(const Set& set, const std::filesystem::path& data, const std::files
             std::abs(std::remainder(motionOf(one.after, 1, 1).angle - truth.angle, 360 * degree)) / degree;
         const double least = std::min(tissue[std::size_t(i)], tissue[std::size_t(i - 1)]);
         const bool isNamed = one.state == SliceAlignment::State::LeftAlone;
-        if (!isNamed && one.turnDoubt <= SliceAlignment::doubtfulTurn)
+        if (!isNamed && one.turnDoubt <= SliceAlignment::doubtfulTurn &&
+            one.shiftDoubt <= SliceAlignment::doubtfulShift)
             told.push_back(off);
         if (!isNamed && least >= littleTissue)
             full.push_back(off);
         pairs << '"' << set.title << "\"," << one.name << ',' << one.stateWord() << ',' << before.back() << ',' << off
               << ',' << least << ',' << one.scoreBefore << ',' << one.scoreAfter << ',' << one.support << ',' << turn
-              << ',' << one.turnDoubt << ",\"" << one.reason << "\"\n";
+              << ',' << one.turnDoubt << ',' << one.shiftDoubt << ",\"" << one.reason << "\"\n";
         const double own = std::string(set.stack) == "vnc" ? 9 : 3;
         if (off > own)
             std::cerr << set.title << ": slice " << one.name << " is " << off << " off, " << one.stateWord()
@@ -187,7 +188,8 @@ int main(int argc, char** argv) {
             std::cerr << "vorlen-alignment-truth: " << argv[argc - 1] << " can't be written\n";
             return 3;
         }
-        pairs << "Set,Slice,State,Before,Off,Tissue,Score before,Score after,Support,Turn off,Turn doubt,Reason\n";
+        pairs << "Set,Slice,State,Before,Off,Tissue,Score before,Score after,Support,Turn off,Turn doubt,Shift "
+                 "doubt,Reason\n";
         argc -= 2;
     }
     const std::filesystem::path folder =

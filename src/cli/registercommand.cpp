@@ -118,14 +118,15 @@ TextTable reportTable(const RegistrationReport& report, bool full) {
         return full ? fullNumber(value) : shortNumber(std::round(value * 1e4) / 1e4);
     };
     TextTable table({"Slice", "Onto", "HorShift [pixel]", "VerShift [pixel]", "Rotation [deg]", "Moved [pixel]",
-                     "TurnDoubt [deg]", "ScoreBefore", "ScoreAfter", "Support", "Method", "State", "Reason"});
+                     "TurnDoubt [deg]", "ShiftDoubt [pixel]", "ScoreBefore", "ScoreAfter", "Support", "Method", "State",
+                     "Reason"});
     for (const SliceAlignment& one : report.slices) {
         const bool compared = one.onto >= 0;
         table.addRow({one.name, nameOf(report, one.onto), number(one.after.getHorShift()),
                       number(one.after.getVerShift()), number(one.after.getRotationAngle()), score(one.moved),
-                      one.turnDoubt > 0 ? score(one.turnDoubt) : "", compared ? score(one.scoreBefore) : "",
-                      compared ? score(one.scoreAfter) : "", one.method.empty() ? "" : score(one.support), one.method,
-                      one.stateWord(), one.reason});
+                      one.turnDoubt > 0 ? score(one.turnDoubt) : "", one.shiftDoubt > 0 ? score(one.shiftDoubt) : "",
+                      compared ? score(one.scoreBefore) : "", compared ? score(one.scoreAfter) : "",
+                      one.method.empty() ? "" : score(one.support), one.method, one.stateWord(), one.reason});
     }
     return table;
 }
@@ -175,6 +176,7 @@ void writeJson(JsonWriter& json, const std::string& file, const std::string& out
         json.member("support", one.support);
         json.member("moved", one.moved);
         json.member("turnDoubt", one.turnDoubt);
+        json.member("shiftDoubt", one.shiftDoubt);
         writeRegistration(json, "before", one.before);
         writeRegistration(json, "after", one.after);
         json.endObject();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <utility>
 
 #include <opencv2/features2d.hpp>
@@ -460,7 +461,85 @@ const SectionLevel& SectionAligner::Section::inClasses(std::size_t level) const 
     return __levelsInClasses.emplace(level, std::move(result)).first->second;
 }
 
+namespace {
+
+/// Points on an image of bytes, and what they look like.
+struct FoundPoints {
+    std::vector<cv::KeyPoint> points;
+    cv::Mat descriptors;
+
+    void add(const FoundPoints& found, std::size_t k, const cv::Point2f& origin, float scale) {
+        points.push_back(found.points[k]);
+        // The middle of a pixel of a reduced image is that of its 2 x 2.
+        points.back().pt = origin + scale * found.points[k].pt + 0.5f * (scale - 1) * cv::Point2f(1, 1);
+        descriptors.push_back(found.descriptors.row(int(k)));
+    }
+};
+
+FoundPoints pointsIn(const cv::Mat& bytes, const cv::Mat& mask, int most) {
+    FoundPoints found;
+    cv::SIFT::create(most)->detectAndCompute(bytes, mask, found.points, found.descriptors);
+    // Of the image in double size a pixel begins a quarter of one earlier than the library takes it to.
+    for (cv::KeyPoint& point : found.points)
+        point.pt -= cv::Point2f(0.25f, 0.25f);
+    return found;
+}
+
+/// Whether it was found on the image in double size, where the library begins.
+bool isFinest(const cv::KeyPoint& point) {
+    return (point.octave & 255) == 255;
+}
+
+/// The finest points of great images in tiles, and all others on half the size. In one go all scales together would
+/// take many times the memory of the image.
+FoundPoints pointsInTiles(const cv::Mat& bytes, const cv::Mat& mask, int most) {
+    if (std::max(bytes.cols, bytes.rows) <= Level::floatSide)
+        return pointsIn(bytes, mask, most);
+    constexpr int greatest = 192, rim = 24; // the finest points are described by what is less than that away
+    FoundPoints all;
+    const int across = (bytes.cols + greatest - 1) / greatest, down = (bytes.rows + greatest - 1) / greatest;
+    const int ofTile = 2 * most / (across * down); // no tile has much more than its share
+    for (int i = 0; i < down; ++i)
+        for (int j = 0; j < across; ++j) {
+            const cv::Point first(bytes.cols * j / across, bytes.rows * i / down);
+            const cv::Point last(bytes.cols * (j + 1) / across, bytes.rows * (i + 1) / down);
+            const cv::Rect core(first, last);
+            const cv::Rect tile =
+                cv::Rect(first - cv::Point(rim, rim), last + cv::Point(rim, rim)) & cv::Rect({0, 0}, bytes.size());
+            const FoundPoints found = pointsIn(bytes(tile), mask(tile), ofTile);
+            const cv::Point2f origin(tile.tl());
+            for (std::size_t k = 0; k < found.points.size(); ++k)
+                if (isFinest(found.points[k]) && cv::Rect2f(core).contains(origin + found.points[k].pt))
+                    all.add(found, k, origin, 1);
+        }
+    cv::Mat half, halfMask;
+    cv::resize(bytes, half, {}, 0.5, 0.5, cv::INTER_AREA);
+    cv::resize(mask, halfMask, half.size(), 0, 0, cv::INTER_NEAREST);
+    const FoundPoints coarse = pointsInTiles(half, halfMask, most);
+    for (std::size_t k = 0; k < coarse.points.size(); ++k)
+        all.add(coarse, k, {0, 0}, 2);
+    return all;
+}
+
+/// Of more points than that those that stand out most.
+FoundPoints strongest(FoundPoints found, std::size_t most) {
+    if (found.points.size() <= most)
+        return found;
+    std::vector<std::size_t> order(found.points.size());
+    std::iota(order.begin(), order.end(), std::size_t(0));
+    std::stable_sort(order.begin(), order.end(), [&found](std::size_t a, std::size_t b) {
+        return found.points[a].response > found.points[b].response;
+    });
+    FoundPoints best;
+    for (std::size_t k = 0; k < most; ++k)
+        best.add(found, order[k], {0, 0}, 1);
+    return best;
+}
+
+} // namespace
+
 const SectionAligner::Section::Features& SectionAligner::Section::features() const {
+    constexpr int most = 1500;
     if (__features)
         return *__features;
     __features.emplace();
@@ -468,21 +547,24 @@ const SectionAligner::Section::Features& SectionAligner::Section::features() con
     while (k + 1 < levels.size() && levels[k].side() > 640)
         ++k;
     const Level& level = levels[k];
-    std::vector<cv::Mat> channels;
-    cv::split(levelInFloats(level.image), channels);
-    cv::Mat bytes, mask;
-    channels[0].convertTo(bytes, CV_8U, 40, 128);
-    channels[1].convertTo(mask, CV_8U, 255);
-    channels.clear();
+    cv::Mat bytes(level.image.size(), CV_8U), mask(level.image.size(), CV_8U);
+    LevelRows rows(level.image);
+    for (int i = 0; i < level.image.rows; ++i) {
+        const float* const p = rows(i);
+        for (int j = 0; j < level.image.cols; ++j) {
+            bytes.at<unsigned char>(i, j) = cv::saturate_cast<unsigned char>(40 * p[2 * j] + 128);
+            mask.at<unsigned char>(i, j) = cv::saturate_cast<unsigned char>(255 * p[2 * j + 1]);
+        }
+    }
     const bool isFromBehind = level.stepX < 0; // what the points look like is not the same from there
     if (isFromBehind) {
         cv::flip(bytes, bytes, 1);
         cv::flip(mask, mask, 1);
     }
-    std::vector<cv::KeyPoint> points;
-    cv::SIFT::create(1500)->detectAndCompute(bytes, mask, points, __features->descriptors);
-    __features->places.reserve(points.size());
-    for (const cv::KeyPoint& point : points) {
+    const FoundPoints found = strongest(pointsInTiles(bytes, mask, most), most);
+    __features->descriptors = found.descriptors;
+    __features->places.reserve(found.points.size());
+    for (const cv::KeyPoint& point : found.points) {
         const double column = isFromBehind ? level.image.cols - 1 - double(point.pt.x) : double(point.pt.x);
         __features->places.push_back(
             {level.originX + level.stepX * column, level.originY + level.stepY * double(point.pt.y)});

@@ -184,15 +184,17 @@ SectionMatch judged(const Section& target, const Section& source, const RigidMot
 }
 
 /// By which of several is taken: how well all fits, and how much of it, and not without need far from the start; least
-/// of all turned, when little tells how it is turned. Of few blocks some agree by chance alone, and more of them at one
-/// place than at another: there the whole decides.
+/// of all turned, or slid along its fibres, when little tells that. Of few blocks some agree by chance alone, and more
+/// of them at one place than at another: there the whole decides.
 double merit(const SectionMatch& match, const RigidMotion& start, double size) {
     const double turn = std::abs(std::remainder(match.motion.angle - start.angle, 2 * pi)) / pi;
     const double shift = std::hypot(match.motion.x - start.x, match.motion.y - start.y) / size;
     constexpr int few = 24;
     const double part = (match.support * match.numBlocks + 0.5 * few) / (match.numBlocks + few);
     const double untold = square(match.angleSpread) / (square(match.angleSpread) + square(angleDoubt));
-    return square(match.score) * (0.2 + part) * (1 - 0.05 * std::min(2.0, turn + shift)) * (1 - 0.3 * untold * turn);
+    const double untoldShift = square(match.shiftSpread) / (square(match.shiftSpread) + square(shiftDoubt * size));
+    return square(match.score) * (0.2 + part) * (1 - 0.05 * std::min(2.0, turn + shift)) * (1 - 0.3 * untold * turn) *
+           (1 - 0.5 * untoldShift * std::min(1.0, shift));
 }
 
 /// Of two that lie closer together than the places that are searched, the blocks that agree differ by chance: there the

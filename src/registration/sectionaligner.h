@@ -37,6 +37,9 @@ struct SectionMatch {
     /// How far off the angle may well be, in radians, by what the images tell: little for tissue all over the section,
     /// much for a single round spot.
     double angleSpread = 0;
+    /// The same of the shift, where the tissue lies that tells it, in the direction in which least tells it: little for
+    /// most, much for a section that shows but parallel fibres. At most the half diagonal of the section.
+    double shiftSpread = 0;
     /// On the source: where the tissue lies that tells the motion. What is known of the turn about it and of the shift
     /// there don't depend on each other.
     PlanePoint middle{0, 0};

@@ -176,19 +176,46 @@ void Slopes::findRow(int i, float* across, float* down) const {
     }
 }
 
+/// How the greys of the moved source become those of the target.
+struct GreyFit {
+    float gain = 1, offset = 0;
+    float scale = 1; ///< of squared differences: those of 1 / scale lose three quarters of their weight
+    LightSurface light;
+
+    float difference(float target, float source, float x, float y) const {
+        return gain * source + offset - target - light.at(x, y);
+    }
+    float weight(float difference, float mark) const {
+        const float q = 1 / (1 + scale * difference * difference);
+        return mark > present ? q * q : 0.0f;
+    }
+};
+
+/// None when there is too little overlap.
+std::optional<GreyFit> greyFit(const cv::Mat& target, const cv::Mat& warped, double lenience) {
+    const Sums sums = sumsOf(target, warped);
+    if (sums.n < 0.05 * target.rows * target.cols)
+        return std::nullopt;
+    const double varS = sums.bb - sums.b * sums.b / sums.n;
+    const double varT = sums.aa - sums.a * sums.a / sums.n;
+    if (!(varS > 1e-9 * sums.bb) || !(varT > 1e-9 * sums.aa))
+        return std::nullopt;
+    const double cov = sums.ab - sums.a * sums.b / sums.n;
+    GreyFit fit;
+    fit.gain = float(cov / varS);
+    fit.offset = float((sums.a - fit.gain * sums.b) / sums.n);
+    const double spread = std::sqrt(std::max(1e-12, (varT - cov * cov / varS) / sums.n));
+    fit.scale = float(1 / (lenience * lenience * spread * spread));
+    fit.light = lightBetween(target, warped, fit.gain, fit.offset);
+    return fit;
+}
+
 /// Those of a Gauss-Newton step: of shifts across and down, and of turns times the radius.
 struct NormalEquations {
     double xx = 0, xy = 0, yy = 0, xa = 0, ya = 0, aa = 0;
     double x = 0, y = 0, a = 0;
     double unexplained = 0; ///< of the greys, weighted by the slopes
 
-    /// What nothing but the turn explains.
-    double turnAlone() const {
-        const double determinant = xx * yy - xy * xy;
-        return determinant > 1e-12 * xx * yy
-                   ? std::max(0.0, aa - (yy * xa * xa - 2 * xy * xa * ya + xx * ya * ya) / determinant)
-                   : 0;
-    }
     /// The square of how far off the turn may be, as a length.
     double doubt() const { return 10 * unexplained / std::max(1e-30, xx + yy); }
 };
@@ -199,18 +226,9 @@ std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& so
     const Level& target = slopes.target;
     const int rows = target.image.rows, cols = target.image.cols;
     target.move(source, motion, warped);
-    const Sums sums = sumsOf(target.image, warped);
-    if (sums.n < 0.05 * rows * cols)
+    const std::optional<GreyFit> fit = greyFit(target.image, warped, slopes.lenience);
+    if (!fit)
         return std::nullopt;
-    const double varS = sums.bb - sums.b * sums.b / sums.n;
-    const double varT = sums.aa - sums.a * sums.a / sums.n;
-    if (!(varS > 1e-9 * sums.bb) || !(varT > 1e-9 * sums.aa))
-        return std::nullopt;
-    const double cov = sums.ab - sums.a * sums.b / sums.n;
-    const float gain = float(cov / varS), offset = float((sums.a - gain * sums.b) / sums.n);
-    const double spread = std::sqrt(std::max(1e-12, (varT - cov * cov / varS) / sums.n));
-    const float scale = float(1 / (slopes.lenience * slopes.lenience * spread * spread));
-    const LightSurface light = lightBetween(target.image, warped, gain, offset);
     NormalEquations all;
     LevelRows targetRows(target.image), sourceRows(warped);
     for (int i = 0; i < rows; ++i) {
@@ -222,9 +240,8 @@ std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& so
         const float lightX = 2.0f / float(cols), lightY = 2.0f * float(i) / float(rows) - 1;
         float xx = 0, xy = 0, yy = 0, xa = 0, ya = 0, aa = 0, rx = 0, ry = 0, ra = 0, rr = 0;
         for (int j = 0; j < cols; ++j) {
-            const float r = gain * s[2 * j] + offset - t[2 * j] - light.at(lightX * float(j) - 1, lightY);
-            const float q = 1 / (1 + scale * r * r);
-            const float w = s[2 * j + 1] > present ? q * q : 0.0f;
+            const float r = fit->difference(t[2 * j], s[2 * j], lightX * float(j) - 1, lightY);
+            const float w = fit->weight(r, s[2 * j + 1]);
             const float u = px[j], v = py[j], a = (x0 + dx * float(j)) * v - y * u;
             const float wu = w * u, wv = w * v, wa = w * a;
             xx += wu * u;
@@ -250,6 +267,139 @@ std::optional<NormalEquations> equationsOf(const Slopes& slopes, const Level& so
         all.unexplained += rr;
     }
     return all;
+}
+
+/// What a motion that was found rests on.
+struct Grounds {
+    /// Products of the slopes of the target with those of the moved source. Noise has no part in these, nor has what
+    /// only one of the sections shows.
+    cv::Matx33d shared = cv::Matx33d::zeros();
+    /// What remains times the slopes of the target, summed over each of the blocks of the image: at the motion that was
+    /// found they come to nothing all together. Pixels close together are off together, those of two blocks are not.
+    std::vector<cv::Vec3d> pulls;
+    /// Of each block the slopes of one section across those of the other, and these times x, y, and their squares: of
+    /// slopes that the sections share nothing lies across, of others as much as along. Places in radii of the image.
+    std::vector<cv::Vec4d> athwart;
+
+    static constexpr int blockSide = 8;
+
+    /// By how much the shared product of turns about (x, y) may be off by chance.
+    double chance(double x, double y) const;
+    /// The same of shifts.
+    double chanceOfShifts() const;
+
+    /// Square of how far off the combination of the three may be whose change the direction tells.
+    double variance(const cv::Vec3d& direction) const;
+};
+
+double Grounds::variance(const cv::Vec3d& direction) const {
+    double sum = 0, quartic = 0;
+    for (const cv::Vec3d& pull : pulls) {
+        const double p = pull.dot(direction);
+        sum += p * p;
+        quartic += p * p * p * p;
+    }
+    // Of few blocks the fit has followed the pull of each: three of their freedoms are gone.
+    const double numBlocks = quartic > 0 ? sum * sum / quartic : 0;
+    return sum * numBlocks / std::max(0.5, numBlocks - 3);
+}
+
+double Grounds::chance(double x, double y) const {
+    double sum = 0;
+    for (const cv::Vec4d& one : athwart) {
+        const double block = one[3] - 2 * (x * one[1] + y * one[2]) + (x * x + y * y) * one[0];
+        sum += 0.5 * block * block;
+    }
+    return std::sqrt(sum);
+}
+
+double Grounds::chanceOfShifts() const {
+    double sum = 0;
+    for (const cv::Vec4d& one : athwart)
+        sum += 0.5 * one[0] * one[0];
+    return std::sqrt(sum);
+}
+
+/// The directions in which the sections share the most slopes and the least, and how much of each.
+struct SharedDirections {
+    cv::Vec2d most, least;
+    double ofMost, ofLeast;
+    double sure; ///< the least without what it may be by chance
+
+    explicit SharedDirections(const Grounds& grounds);
+    bool tellsBoth() const { return sure > 1e-6 * ofMost; }
+    /// As a length, in the direction in which it is greatest.
+    double shiftSpread(const Grounds& grounds, double unknown) const {
+        const double spread = std::sqrt(grounds.variance({least[0], least[1], 0}));
+        return tellsBoth() ? std::min(unknown, spread / sure) : unknown;
+    }
+    /// The shift that a turn by 1 looks most like. Of one along fibres nothing is seen.
+    cv::Vec2d shiftOfTurn(const cv::Matx33d& shared) const;
+};
+
+SharedDirections::SharedDirections(const Grounds& grounds) {
+    const cv::Matx33d& shared = grounds.shared;
+    const double angle = 0.5 * std::atan2(2 * shared(0, 1), shared(0, 0) - shared(1, 1));
+    most = {std::cos(angle), std::sin(angle)};
+    least = {-most[1], most[0]};
+    const auto along = [&shared](const cv::Vec2d& d) {
+        return d[0] * d[0] * shared(0, 0) + d[1] * d[1] * shared(1, 1) + 2 * d[0] * d[1] * shared(0, 1);
+    };
+    ofMost = along(most);
+    ofLeast = along(least);
+    sure = ofLeast - 2 * grounds.chanceOfShifts();
+}
+
+cv::Vec2d SharedDirections::shiftOfTurn(const cv::Matx33d& shared) const {
+    const cv::Vec2d both(shared(2, 0), shared(2, 1));
+    cv::Vec2d shift = both.dot(most) / ofMost * most;
+    if (tellsBoth())
+        shift += both.dot(least) / ofLeast * least;
+    return shift;
+}
+
+std::optional<Grounds> groundsOf(const Slopes& slopes, const Level& full, const Level& source,
+                                 const RigidMotion& motion) {
+    Level whole = full;
+    whole.image = full.moved(source, motion);
+    const Slopes others(whole); // of every second row as well
+    const Level &target = slopes.target, &moved = others.target;
+    const int rows = target.image.rows, cols = target.image.cols;
+    const std::optional<GreyFit> fit = greyFit(target.image, moved.image, slopes.lenience);
+    if (!fit)
+        return std::nullopt;
+    Grounds grounds;
+    const int across = cols / Grounds::blockSide + 1;
+    grounds.pulls.assign(std::size_t(across * (rows / Grounds::blockSide + 1)), cv::Vec3d::all(0));
+    grounds.athwart.assign(grounds.pulls.size(), cv::Vec4d::all(0));
+    LevelRows targetRows(target.image), sourceRows(moved.image);
+    for (int i = 0; i < rows; ++i) {
+        const float* const t = targetRows(i);
+        const float* const s = sourceRows(i);
+        const auto [px, py] = slopes.row(i);
+        const auto [qx, qy] = others.row(i);
+        const double y = (target.originY + i * target.stepY) / slopes.radius;
+        const float lightX = 2.0f / float(cols), lightY = 2.0f * float(i) / float(rows) - 1;
+        for (int j = 0; j < cols; ++j) {
+            const float r = fit->difference(t[2 * j], s[2 * j], lightX * float(j) - 1, lightY);
+            const double w = double(fit->weight(r, s[2 * j + 1]));
+            const double x = (target.originX + j * target.stepX) / slopes.radius;
+            const cv::Vec3d own(double(px[j]), double(py[j]), x * double(py[j]) - y * double(px[j]));
+            const cv::Vec3d other(double(qx[j]), double(qy[j]), x * double(qy[j]) - y * double(qx[j]));
+            const auto block = std::size_t(i / Grounds::blockSide * across + j / Grounds::blockSide);
+            const double weight = w * double(fit->gain);
+            grounds.pulls[block] += w * double(r) * own;
+            grounds.athwart[block] +=
+                weight * (own[0] * other[1] - own[1] * other[0]) * cv::Vec4d(1, x, y, x * x + y * y);
+            for (int k = 0; k < 3; ++k)
+                for (int l = 0; l <= k; ++l)
+                    grounds.shared(k, l) += 0.5 * weight * (own[k] * other[l] + own[l] * other[k]);
+        }
+    }
+    for (int k = 0; k < 3; ++k)
+        for (int l = 0; l < k; ++l)
+            grounds.shared(l, k) = grounds.shared(k, l);
+    return grounds;
 }
 
 /// The first image without the light that is on it where both images are.
@@ -304,19 +454,25 @@ bool refine(const Level& full, const Level& source, RigidMotion& motion, int num
 
 void tellSpread(SectionMatch& match, const Level& target, const Level& source) {
     const Slopes slopes(target);
-    cv::Mat warped;
-    const auto e = equationsOf(slopes, source, match.motion, warped);
     match.angleSpread = pi;
-    if (!e)
+    match.shiftSpread = slopes.radius;
+    const std::optional<Grounds> grounds = groundsOf(slopes, target, source, match.motion);
+    if (!grounds)
         return;
-    const double alone = std::max(e->turnAlone(), 1e-30);
-    match.angleSpread = std::min(pi, std::sqrt(e->doubt() / alone) / slopes.radius);
-    const double determinant = e->xx * e->yy - e->xy * e->xy;
-    if (!(determinant > 1e-6 * e->xx * e->yy))
+    const SharedDirections directions(*grounds);
+    if (!(directions.ofMost > 0))
         return;
-    const double x = (e->xx * e->ya - e->xy * e->xa) / determinant, y = (e->xy * e->ya - e->yy * e->xa) / determinant;
-    const double within = slopes.radius / std::max(1.0, std::hypot(x, y));
-    match.middle = match.motion.inverse().apply({within * x, within * y});
+    match.shiftSpread = directions.shiftSpread(*grounds, slopes.radius);
+    const cv::Matx33d& shared = grounds->shared;
+    const cv::Vec2d shift = directions.shiftOfTurn(shared);
+    // It is (-y, x) for a turn about (x, y).
+    const double within = slopes.radius / std::max(1.0, cv::norm(shift));
+    match.middle = match.motion.inverse().apply({within * shift[1], -within * shift[0]});
+    const double alone =
+        shared(2, 2) - shift[0] * shared(2, 0) - shift[1] * shared(2, 1) - 2 * grounds->chance(shift[1], -shift[0]);
+    if (alone > 0)
+        match.angleSpread =
+            std::min(pi, std::sqrt(grounds->variance({-shift[0], -shift[1], 1})) / (alone * slopes.radius));
 }
 
 double scoreAt(const Level& target, const Level& source, const RigidMotion& motion, bool* inverted) {

@@ -11,6 +11,8 @@ namespace vorlen {
 
 /// In radians: how far an angle is trusted that nothing in the images tells.
 constexpr double angleDoubt = 0.02;
+/// The same of a shift, as a part of the size of a section.
+constexpr double shiftDoubt = 0.01;
 
 /// Part of the blocks that agree by chance.
 constexpr double chanceShare = 0.09;
@@ -19,7 +21,9 @@ constexpr double chanceShare = 0.09;
 /// False when there is too little overlap.
 bool refine(const SectionLevel& full, const SectionLevel& source, RigidMotion& motion, int numSteps, double enough);
 
-/// What the images tell of a motion: sets the spread of its angle and the point about which it turns.
+/// What the images tell of a motion: sets the spreads of its angle and its shift and the point about which it turns.
+/// The motion found is where what remains, times the slopes of the target, comes to nothing: what remains moves it by
+/// its own variance, taken over blocks, over the slopes that both sections share (the "sandwich" of White 1982).
 void tellSpread(SectionMatch& match, const SectionLevel& target, const SectionLevel& source);
 
 /// Absolute correlation, the light taken off, lessened where the overlap is less than half of the smaller section.

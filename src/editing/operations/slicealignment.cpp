@@ -32,24 +32,39 @@ constexpr double farOff = 0.015;
 
 constexpr double fullTurn = 2 * 3.14159265358979323846;
 
+double square(double value) {
+    return value * value;
+}
+
 /// A difference of scores that is none.
 constexpr double noDifference = 1e-9;
 
 /// In pixels: a slice that is to move by less lies well, and stays.
 constexpr double noMove = 0.05;
 
-/// In degrees, of a match: twice the spread, as of an error that is rarely greater; 0 where nothing is known of it.
-double turnDoubtOf(const SectionMatch& match) {
-    return match.found ? std::min(180.0, 2 * match.angleSpread * 360 / fullTurn) : 0;
+/// In degrees, of the spread of an angle: twice as much, as of an error that is rarely greater.
+double turnDoubtOf(double spread) {
+    return std::min(180.0, 2 * spread * 360 / fullTurn);
 }
 
-/// Of a slice with little on it: where it lies is told, but hardly how it is turned.
-void remarkOnTurn(SliceAlignment& entry) {
-    if (entry.reason.empty() && entry.turnDoubt > SliceAlignment::doubtfulTurn) {
-        char text[96] = "";
+/// Of a slice with little on it: mostly where it lies is told, but hardly how it is turned; of parallel fibres alone
+/// not how far it lies along them.
+void remarkOnDoubts(SliceAlignment& entry) {
+    if (!entry.reason.empty())
+        return;
+    char text[96] = "";
+    const bool shifts = entry.shiftDoubt > SliceAlignment::doubtfulShift;
+    const bool turns = entry.turnDoubt > SliceAlignment::doubtfulTurn;
+    if (shifts && turns)
+        std::snprintf(text, sizeof text, "little tells how it lies: it may be %.0f pixels and %.1f degrees off",
+                      entry.shiftDoubt, entry.turnDoubt);
+    else if (shifts)
+        std::snprintf(text, sizeof text, "little tells how it is shifted: it may be %.0f pixels off", entry.shiftDoubt);
+    else if (entry.turnDoubt >= 90)
+        std::snprintf(text, sizeof text, "nothing tells how it is turned");
+    else if (turns)
         std::snprintf(text, sizeof text, "little tells how it is turned: it may be %.1f degrees off", entry.turnDoubt);
-        entry.reason = text;
-    }
+    entry.reason = text;
 }
 
 /// What little a slice shows, in words; empty where it shows its greys.
@@ -122,6 +137,7 @@ private:
     void chooseFor(int i, std::vector<RigidMotion>& chosen);
     int partnerOf(int i) const;
     const Pair* pairOf(int target, int source) const;
+    double spreadBetween(int target, int source, double SectionMatch::*spread, double unknown) const;
     void step();
     void report();
 
@@ -225,6 +241,31 @@ void Alignment::report() {
 const Alignment::Pair* Alignment::pairOf(int target, int source) const {
     const auto at = __pairIndex.find({target, source});
     return at == __pairIndex.end() ? nullptr : &__pairs[at->second];
+}
+
+/// Of what is known between two slices that fit: by the surest way from one to the other over pairs that were found;
+/// nothing is known where there is none.
+double Alignment::spreadBetween(int target, int source, double SectionMatch::*spread, double unknown) const {
+    const int first = std::max(0, std::min(target, source) - reach);
+    const int last = std::min(__numSlices - 1, std::max(target, source) + reach);
+    std::vector<double> variances(std::size_t(last - first + 1), square(unknown));
+    variances[std::size_t(target - first)] = 0;
+    for (bool changes = true; changes;) {
+        changes = false;
+        for (int from = first; from <= last; ++from)
+            for (int to = from + 1; to <= std::min(last, from + reach); ++to) {
+                const Pair* const pair = pairOf(from, to);
+                if (pair == nullptr || !pair->match.found)
+                    continue;
+                double &a = variances[std::size_t(from - first)], &b = variances[std::size_t(to - first)];
+                const double step = square(pair->match.*spread);
+                if (std::min(a, b) + step >= std::max(a, b))
+                    continue;
+                (a < b ? b : a) = std::min(a, b) + step;
+                changes = true;
+            }
+    }
+    return std::sqrt(variances[std::size_t(source - first)]);
 }
 
 /// Whether a step between the two is to be kept, of a slice that shows anything: what the images say of them has no
@@ -499,13 +540,14 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
     if (pair != nullptr) {
         entry.support = pair->match.support;
         entry.method = pair->match.found ? wordOf(pair->match.method) : "";
-        entry.turnDoubt = turnDoubtOf(pair->match);
     }
     if (!__fits[std::size_t(i)]) {
         entry.reason = entry.mirrored ? "mirrored: it fits when it is turned over"
                                       : misfit(source, "it fits none of its neighbours");
         return;
     }
+    entry.turnDoubt = turnDoubtOf(spreadBetween(partner, i, &SectionMatch::angleSpread, 0.5 * fullTurn));
+    entry.shiftDoubt = 2 * spreadBetween(partner, i, &SectionMatch::shiftSpread, __size) / source.pixel;
     // Where all pairs together bring it, else the one pair alone, but never where it fits less than it did.
     std::vector<RigidMotion> candidates = {chosen[std::size_t(partner)] * between(__places, partner, i)};
     if (pair != nullptr && pair->match.found && __options.reference != AlignmentReference::SmoothedPath)
@@ -518,7 +560,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
             source.pixel;
         if (moved < noMove) {
             entry.state = State::Unchanged;
-            remarkOnTurn(entry);
+            remarkOnDoubts(entry);
             return;
         }
         const double score = scored(place);
@@ -534,7 +576,7 @@ void Alignment::chooseFor(int i, std::vector<RigidMotion>& chosen) {
         const double turn = std::abs(std::remainder(double(entry.after.getRotationAngle()), 360.0));
         if (turn > 135 && std::abs(world) > 0.375 * fullTurn)
             entry.reason = "it lay upside down";
-        remarkOnTurn(entry);
+        remarkOnDoubts(entry);
         return;
     }
     entry.reason = "nothing fits better than what was there";
@@ -655,11 +697,14 @@ int RegistrationReport::count(SliceAlignment::State state) const {
         std::count_if(slices.begin(), slices.end(), [&](const SliceAlignment& one) { return one.state == state; }));
 }
 
-double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration) {
+double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration,
+                         bool* isComparable) {
     const SectionImage source = sectionImageOf(slice), target = sectionImageOf(onto);
     const double pixel = std::max(SectionAligner::workingPixel(source), SectionAligner::workingPixel(target));
-    return SectionAligner::score(*SectionAligner::prepare(source, pixel), *SectionAligner::prepare(target, pixel),
-                                 stepOf(slice, registration));
+    const auto moving = SectionAligner::prepare(source, pixel), fixed = SectionAligner::prepare(target, pixel);
+    if (isComparable != nullptr)
+        *isComparable = SectionAligner::fault(*moving).empty() && SectionAligner::fault(*fixed).empty();
+    return SectionAligner::score(*moving, *fixed, stepOf(slice, registration));
 }
 
 SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, const Registration& start,
@@ -692,12 +737,13 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
         return entry;
     }
     entry.method = wordOf(match.method);
-    entry.turnDoubt = turnDoubtOf(match);
+    entry.turnDoubt = turnDoubtOf(match.angleSpread);
+    entry.shiftDoubt = 2 * match.shiftSpread / source.pixel;
     const Registration found = registrationOfStep(slice, match.motion);
     const double moved = meanDistance(before, stepOf(slice, found), source.width, source.height) / source.pixel;
     if (moved < noMove) {
         entry.state = State::Unchanged;
-        remarkOnTurn(entry);
+        remarkOnDoubts(entry);
         return entry;
     }
     const double score = SectionAligner::score(*source.section, *target.section, stepOf(slice, found), measure);
@@ -709,7 +755,7 @@ SliceAlignment registerPair(const StackSlice& slice, const StackSlice& onto, con
     entry.scoreAfter = score;
     entry.moved = moved;
     entry.state = State::Registered;
-    remarkOnTurn(entry);
+    remarkOnDoubts(entry);
     return entry;
 }
 

@@ -48,6 +48,8 @@ struct SliceAlignment {
 
     /// In degrees: a turn that is known no more surely than this is remarked on.
     static constexpr double doubtfulTurn = 0.75;
+    /// In pixels of the slice: the same of a shift.
+    static constexpr double doubtfulShift = 3;
 
     int slice = 0;
     std::string name;
@@ -59,6 +61,7 @@ struct SliceAlignment {
     double support = 0;                     ///< see SectionMatch
     double moved = 0;                       ///< mean way of its pixels against the slice before, in pixels
     double turnDoubt = 0;                   ///< how far off its turn may well be, in degrees, by what the images tell
+    double shiftDoubt = 0;                  ///< the same of its shift, in pixels, in the direction that is told least
     std::string method;                     ///< that found its place; empty when none did
     bool mirrored = false;
 
@@ -85,9 +88,10 @@ struct RegistrationReport {
 /// asked again and again, on this thread, and where it says no the image has no pixels, and nothing is kept.
 SectionImage sectionImageOf(const Slice& slice, const std::function<bool()>& goesOn = {});
 
-/// How well a slice, with a registration, fits the one that it lies on; 0 when one of them is blank and the like.
-/// Throws what reading throws.
-double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration);
+/// How well a slice, with a registration, fits the one that it lies on; 0, and not comparable, when one of them is
+/// blank and the like. Throws what reading throws.
+double registrationScore(const StackSlice& slice, const StackSlice& onto, const Registration& registration,
+                         bool* isComparable = nullptr);
 
 /// Registers one slice on another, beginning with a registration: looks only. With state Registered, Unchanged or
 /// LeftAlone; images that can't be read leave it alone. The score is never less than that of the start.

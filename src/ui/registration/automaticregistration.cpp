@@ -5,20 +5,24 @@
 #include "document/stack.h"
 #include "editing/operations/slicealignment.h"
 #include "numerics/exception.h"
+#include "ui/registration/sectionmarks.h"
 
 namespace vorlen {
 
 namespace {
 
-/// How well the slice fits; 0 for images that can't be read.
+/// How well the slice fits. Of images that can't be read nothing is to be compared.
 double scoreOf(const Stack& stack, int place) {
     const StackSlice& slice = stack.getSlice(place);
     try {
-        return registrationScore(slice, stack.getSlice(place - 1), slice.getRegistration());
+        bool isComparable = true;
+        const double score =
+            registrationScore(slice, stack.getSlice(place - 1), slice.getRegistration(), &isComparable);
+        return isComparable ? score : SectionMarks::incomparable;
     } catch (const std::exception&) {
-        return 0;
+        return SectionMarks::incomparable;
     } catch (const Exception&) {
-        return 0;
+        return SectionMarks::incomparable;
     }
 }
 

@@ -15,7 +15,7 @@ struct SlicePlacement {
     int place = 0;                     // in the stack
     Registration registration;         // the one that the score is that of
     bool found = false;                // the registration is another than before
-    double score = -1;                 // from 0 to 1; below 0 when it is not known
+    double score = -1;                 // as SectionMarks has it
     std::string remark;                // why nothing was found, or what else is to be said; mostly empty
 };
 

@@ -3,16 +3,23 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <utility>
 
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
 #include <QVBoxLayout>
 
+#include "ui/registration/registrationreportfile.h"
+#include "ui/session/vrlsettings.h"
+#include "ui/widgets/plaintext.h"
 #include "ui/widgets/vrltablewidget.h"
 
 namespace vorlen {
@@ -31,6 +38,11 @@ struct Curve {
     std::function<double(const SliceAlignment&)> value;
 };
 
+/// A colour that stands out from a light ground, made lighter where the ground is dark.
+QColor seenOn(const QPalette& palette, const QColor& colour) {
+    return palette.color(QPalette::Base).lightness() < 128 ? colour.lighter(165) : colour;
+}
+
 std::vector<Curve> shiftCurves() {
     const QColor right(200, 80, 30), down(30, 100, 200);
     return {
@@ -43,9 +55,12 @@ std::vector<Curve> shiftCurves() {
 
 std::vector<Curve> scoreCurves() {
     const QColor colour(20, 130, 70);
+    const auto known = [](const SliceAlignment& one, double score) { return one.onto >= 0 ? score : std::nan(""); };
     return {
-        {"score before", colour, Qt::DotLine, [](const SliceAlignment& one) { return one.scoreBefore; }},
-        {"score after", colour, Qt::SolidLine, [](const SliceAlignment& one) { return one.scoreAfter; }},
+        {"score before", colour, Qt::DotLine,
+         [known](const SliceAlignment& one) { return known(one, one.scoreBefore); }},
+        {"score after", colour, Qt::SolidLine,
+         [known](const SliceAlignment& one) { return known(one, one.scoreAfter); }},
     };
 }
 
@@ -57,7 +72,9 @@ void paintCurves(QPainter& painter, const QRect& area, const QPalette& palette, 
     };
     const int last = std::max(1, int(report.slices.size()) - 1);
     const auto xOf = [&](int slice) { return area.left() + double(area.width()) * slice / last; };
-    painter.setPen(palette.color(QPalette::Mid));
+    QColor frame = palette.color(QPalette::Text);
+    frame.setAlphaF(0.4F);
+    painter.setPen(frame);
     painter.drawRect(area);
     if (least < 0 && greatest > 0)
         painter.drawLine(QPointF(area.left(), yOf(0)), QPointF(area.right(), yOf(0)));
@@ -68,21 +85,25 @@ void paintCurves(QPainter& painter, const QRect& area, const QPalette& palette, 
     }
     int left = area.left();
     for (const Curve& curve : curves) {
-        painter.setPen(QPen(curve.colour, 1.5, curve.style));
+        const QPen pen(seenOn(palette, curve.colour), 1.5, curve.style);
+        painter.setPen(pen);
         painter.drawLine(left, area.top() - 10, left + 22, area.top() - 10);
         painter.setPen(palette.color(QPalette::Text));
         painter.drawText(left + 27, area.top() - 5, curve.name);
         left += 27 + painter.fontMetrics().horizontalAdvance(curve.name) + 16;
-        painter.setPen(QPen(curve.colour, 1.5, curve.style));
+        painter.setPen(pen);
         QPainterPath path;
+        bool broken = true;
         for (const SliceAlignment& one : report.slices) {
-            if (one.state == State::First)
-                continue; // lies on nothing
-            const QPointF point(xOf(one.slice), yOf(curve.value(one)));
-            if (path.elementCount() == 0)
-                path.moveTo(point);
-            else
-                path.lineTo(point);
+            const double value = curve.value(one);
+            const bool known = one.state != State::First && std::isfinite(value); // the first lies on nothing
+            const bool begins = std::exchange(broken, !known);
+            if (!known)
+                continue;
+            const QPointF point(xOf(one.slice), yOf(value));
+            if (begins)
+                path.moveTo(point - QPointF(1, 0)); // so that one by itself is seen
+            path.lineTo(point);
             if (curve.style == Qt::SolidLine && one.state == State::LeftAlone)
                 painter.drawEllipse(point, 3, 3);
         }
@@ -152,7 +173,7 @@ RegistrationReportDialog::RegistrationReportDialog(QWidget* parent) : QDialog(pa
     auto* const copy = new QPushButton("Copy", this);
     copy->setToolTip("Copy the rows that are selected");
     auto* const save = new QPushButton("Save...", this);
-    save->setToolTip("Write the table to a file");
+    save->setToolTip("Write the report to a file: CSV, or JSON");
     auto* const close = new QPushButton("Close", this);
     auto* const buttons = new QHBoxLayout;
     buttons->addWidget(copy);
@@ -164,12 +185,34 @@ RegistrationReportDialog::RegistrationReportDialog(QWidget* parent) : QDialog(pa
     layout->addWidget(parts, 1);
     layout->addLayout(buttons);
     connect(copy, &QPushButton::clicked, __table, &VRLTableWidget::copySelection);
-    connect(save, &QPushButton::clicked, __table, &VRLTableWidget::save);
+    connect(save, &QPushButton::clicked, this, &RegistrationReportDialog::save);
     connect(close, &QPushButton::clicked, this, &QDialog::close);
     connect(__plot, &ReportPlot::sliceChosen, this, &RegistrationReportDialog::sliceChosen);
     connect(__table, &QTableWidget::cellDoubleClicked, this,
             [this](int row) { emit sliceChosen(__table->item(row, 0)->data(placeRole).toInt()); });
-    resize(820, 620);
+    // The remarks are seen without scrolling.
+    resize(QSize(1240, 640).boundedTo(screen()->availableSize() * 9 / 10));
+}
+
+void RegistrationReportDialog::save() {
+    QFileDialog dialog(this, "Save report", VRLSettings::settings.getOutputDirectory().path());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setNameFilters({"Comma-separated values (*.csv)", "JSON (*.json)"});
+    const auto addSuffix = [&dialog](const QString& filter) {
+        dialog.setDefaultSuffix(filter.startsWith("JSON") ? "json" : "csv");
+    };
+    addSuffix({});
+    connect(&dialog, &QFileDialog::filterSelected, &dialog, addSuffix);
+    dialog.selectFile("registration");
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return;
+    const QString name = dialog.selectedFiles().constFirst();
+    VRLSettings::settings.setOutputDirectory(QFileInfo(name).dir());
+    if (saveRegistrationReport(__report, name))
+        return;
+    PlainMessageBox box(QMessageBox::Critical, "Write error", "Cannot write " + name, QMessageBox::Ok, this);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
 }
 
 void RegistrationReportDialog::fillRow(int row, const RegistrationReport& report) {
@@ -192,6 +235,7 @@ void RegistrationReportDialog::fillRow(int row, const RegistrationReport& report
 }
 
 void RegistrationReportDialog::setReport(const RegistrationReport& report) {
+    __report = report;
     const int n = int(report.slices.size());
     __summary->setText(QString("%1%2 registered, %3 left alone; mean score %4 before, %5 after.")
                            .arg(report.cancelled ? "Cancelled: " : "")

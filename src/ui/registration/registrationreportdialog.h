@@ -35,8 +35,9 @@ private:
     RegistrationReport __report;
 };
 
-/// What a run of automatic registration came to: a table with a row for each slice, which can be sorted, copied and
-/// saved, and curves. A double click on a row, or a click on the curves, asks for the slice.
+/// What a run of automatic registration came to: a table with a row for each slice, which can be sorted and copied, and
+/// curves; slices that were compared with no other have no place on those of the scores. The report is saved as CSV or
+/// JSON, with more than the table has room for. A double click on a row, or a click on the curves, asks for the slice.
 class RegistrationReportDialog : public QDialog {
     Q_OBJECT
 
@@ -50,7 +51,9 @@ signals:
 
 private:
     void fillRow(int row, const RegistrationReport& report);
+    void save();
 
+    RegistrationReport __report;
     QLabel* __summary;
     VRLTableWidget* __table;
     ReportPlot* __plot;

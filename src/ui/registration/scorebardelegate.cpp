@@ -67,12 +67,13 @@ void ScoreBarDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
         painter->setPen(QPen(QColor(150, 150, 150), 1));
         painter->setBrush(Qt::white);
         painter->drawRect(bar);
-        const double share = std::clamp(score, 0.0, 1.0);
+        const bool isComparable = score <= 1;
+        const double share = isComparable ? std::clamp(score, 0.0, 1.0) : 0;
         painter->setPen(Qt::NoPen);
         painter->setBrush(QColor::fromHsvF(float(share / 3), 0.55f, 0.92f)); // red, yellow, green
         painter->drawRect(QRectF(bar.left() + 1, bar.top() + 1, (bar.width() - 2) * share, bar.height() - 2));
         painter->setPen(Qt::black);
-        painter->drawText(bar, Qt::AlignCenter, QString::number(score, 'f', 2));
+        painter->drawText(bar, Qt::AlignCenter, isComparable ? QString::number(score, 'f', 2) : "-");
     }
     painter->restore();
 }

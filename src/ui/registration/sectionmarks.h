@@ -29,7 +29,10 @@ public:
     /// For each slice of the stack.
     std::vector<bool> locked() const;
 
-    /// From 0 to 1, with this registration on the slice before.
+    /// The score where one of the two slices shows nothing, as when it is blank: that is no bad fit.
+    static constexpr double incomparable = 2;
+
+    /// From 0 to 1, or incomparable, with this registration on the slice before.
     void setScore(const StackSlice* slice, const Registration& registration, double score);
     /// With the registration that the slice has; below 0 when it is not known.
     double score(const StackSlice& slice) const;

@@ -32,14 +32,18 @@ bool isForegroundSquare(int x, int y) {
     return (x / checkerboardSide + y / checkerboardSide) % 2 != 0;
 }
 
-void drawBackground(QImage& display, const Image& background, QPoint origin) {
+void drawBackground(QImage& display, const Image& background, QPoint origin, QImage* drawn) {
     const int first = std::max(0, -origin.x());
     const int last = std::min(background.getWidth(), display.width() - origin.x());
+    if (first >= last)
+        return;
     for (int row = std::max(0, -origin.y()); row < std::min(background.getHeight(), display.height() - origin.y());
-         ++row)
-        if (first < last)
-            std::copy(background.getPixels()[row] + first, background.getPixels()[row] + last,
-                      display.scanLine(origin.y() + row) + origin.x() + first);
+         ++row) {
+        std::copy(background.getPixels()[row] + first, background.getPixels()[row] + last,
+                  display.scanLine(origin.y() + row) + origin.x() + first);
+        if (drawn != nullptr)
+            std::fill_n(drawn->scanLine(origin.y() + row) + origin.x() + first, last - first, 1);
+    }
 }
 
 } // namespace
@@ -94,10 +98,10 @@ QRect SectionPlaces::foregroundArea() const {
 }
 
 void drawSections(QImage& display, const Image& background, const Image& foreground, const SectionPlaces& places,
-                  const TransparencyMap& map, SectionComparison comparison) {
+                  const TransparencyMap& map, SectionComparison comparison, QImage* drawn) {
     display.fill(white);
     if (comparison != SectionComparison::Foreground)
-        drawBackground(display, background, places.backgroundOrigin());
+        drawBackground(display, background, places.backgroundOrigin(), drawn);
     if (comparison == SectionComparison::Background)
         return;
     const QPoint origin = places.foregroundOrigin(), centre = places.foregroundCentre();
@@ -114,7 +118,9 @@ void drawSections(QImage& display, const Image& background, const Image& foregro
     for (int y = area.top(); y <= area.bottom(); ++y) {
         const int a = Maths::fround(places.sine() * (y - centre.y())) + centre.x();
         const int b = Maths::fround(places.cosine() * (y - centre.y())) + centre.y();
-        unsigned char* shown = display.scanLine(origin.y() + y) + origin.x() + area.left();
+        const int start = origin.x() + area.left();
+        unsigned char* shown = display.scanLine(origin.y() + y) + start;
+        unsigned char* mask = drawn == nullptr ? nullptr : drawn->scanLine(origin.y() + y) + start;
         for (int k = 0; k < area.width(); ++k) {
             const auto column = static_cast<unsigned int>(a + columnOf[static_cast<std::size_t>(k)]);
             const auto row = static_cast<unsigned int>(b - rowOf[static_cast<std::size_t>(k)]);
@@ -123,11 +129,25 @@ void drawSections(QImage& display, const Image& background, const Image& foregro
             const unsigned char value = foreground.getPixels()[row][column];
             if (comparison == SectionComparison::Overlay)
                 shown[k] = map.over(shown[k])[value];
-            else if (comparison == SectionComparison::Foreground ||
-                     isForegroundSquare(origin.x() + area.left() + k, origin.y() + y))
+            else if (comparison == SectionComparison::Foreground || isForegroundSquare(start + k, origin.y() + y))
                 shown[k] = value;
+            else
+                continue;
+            if (mask != nullptr)
+                mask[k] = 1;
         }
     }
+}
+
+QImage onGround(const QImage& display, const QImage& drawn, QRgb ground) {
+    QImage shown(display.size(), QImage::Format_RGB32);
+    for (int y = 0; y < display.height(); ++y) {
+        const uchar *grey = display.constScanLine(y), *mask = drawn.constScanLine(y);
+        auto* pixels = reinterpret_cast<QRgb*>(shown.scanLine(y));
+        for (int x = 0; x < display.width(); ++x)
+            pixels[x] = mask[x] != 0 ? qRgb(grey[x], grey[x], grey[x]) : ground;
+    }
+    return shown;
 }
 
 } // namespace vorlen

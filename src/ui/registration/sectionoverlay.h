@@ -63,9 +63,14 @@ private:
 
 /// Draws two plain 8-bit images over each other on an 8-bit display; where neither lies it is white. Each pixel of the
 /// display takes the nearest one of the foreground. Tables of sines for columns and rows: a pixel costs two additions
-/// and one look-up. Squares of a chessboard have this side.
+/// and one look-up. Squares of a chessboard have this side. The pixels that are drawn become 1 in a mask of the same
+/// size and format, if there is one; the others keep what it has.
 void drawSections(QImage& display, const Image& background, const Image& foreground, const SectionPlaces& places,
-                  const TransparencyMap& map, SectionComparison comparison = SectionComparison::Overlay);
+                  const TransparencyMap& map, SectionComparison comparison = SectionComparison::Overlay,
+                  QImage* drawn = nullptr);
 inline constexpr int checkerboardSide = 48;
+
+/// A display in colours: its own greys where the mask is not 0, else the ground.
+QImage onGround(const QImage& display, const QImage& drawn, QRgb ground);
 
 } // namespace vorlen

@@ -110,7 +110,7 @@ void StripView::paintEvent(QPaintEvent* event) {
         if (current >= 0) {
             const int top = place.top() + (n - 1 - current) * place.height() / n;
             const int bottom = place.top() + (n - current) * place.height() / n;
-            painter.setPen(QPen(QColor(0, 90, 255), 1));
+            painter.setPen(QPen(QColor(40, 130, 255), 2));
             painter.drawRect(QRect(QPoint(place.left() - 2, top - 1), QPoint(place.right() + 2, bottom)));
         }
     }

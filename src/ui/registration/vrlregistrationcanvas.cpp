@@ -262,10 +262,19 @@ void VRLRegistrationCanvas::updateDisplay() {
             greys.append(qRgb(grey, grey, grey));
         __display.setColorTable(greys);
     }
+    // A light palette has white around the sections, as the display: no second picture then.
+    const QColor ground = palette().color(QPalette::Base);
+    QImage drawn;
+    if (ground != Qt::white) {
+        drawn = QImage(size, QImage::Format_Indexed8);
+        drawn.fill(0);
+    }
     if (__canvasMode == ForegroundMode)
         __display.fill(255);
     else
-        drawSections(__display, *__backgroundImage, *__foregroundImage, places(), __transparencyMap, __comparison);
+        drawSections(__display, *__backgroundImage, *__foregroundImage, places(), __transparencyMap, __comparison,
+                     drawn.isNull() ? nullptr : &drawn);
+    __onGround = drawn.isNull() ? QImage() : onGround(__display, drawn, ground.rgb());
     __displayIsOld = false;
 }
 
@@ -293,7 +302,7 @@ void VRLRegistrationCanvas::drawImages(QPainter& painter) {
         return;
     if (__displayIsOld)
         updateDisplay();
-    painter.drawImage(contentsRect().topLeft(), __display);
+    painter.drawImage(contentsRect().topLeft(), __onGround.isNull() ? __display : __onGround);
     if (__framesEnabled)
         drawFrames(painter);
 }
@@ -383,6 +392,12 @@ void VRLRegistrationCanvas::drawLandmarks(QPainter& painter) const {
 void VRLRegistrationCanvas::resizeEvent(QResizeEvent* event) {
     QFrame::resizeEvent(event);
     changed();
+}
+
+void VRLRegistrationCanvas::changeEvent(QEvent* event) {
+    QFrame::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        changed();
 }
 
 void VRLRegistrationCanvas::mousePressEvent(QMouseEvent* event) {

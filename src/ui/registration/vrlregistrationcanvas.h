@@ -31,7 +31,9 @@ class VRLPainter;
 /// setCanvasMode() and refresh(); no image is shown then.
 ///
 /// Decisions: images are smoothed by how many of their own pixels one of the display stands for, whatever a pixel
-/// measures. Drags take effect while the left or the right button is down.
+/// measures. Around the sections is the palette's base, so that it does not dazzle among dark windows; a section
+/// that lies beside the other is mixed with white all the same. Drags take effect while the left or the right button is
+/// down.
 class VRLRegistrationCanvas : public QFrame, public ProgressSubject {
     Q_OBJECT
 
@@ -100,6 +102,7 @@ signals:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
 
@@ -128,6 +131,7 @@ private:
     double __backgroundStep[2] = {1, 1};
     std::unique_ptr<Image> __foregroundImage, __backgroundImage;
     QImage __display;
+    QImage __onGround; // the same as it is seen on a ground that is not white
     Registration __modelRegistration;
     CanvasMode __canvasMode = AllgroundMode;
     unsigned int __scale = 80;

@@ -378,6 +378,8 @@ void VRLRegistrationMediator::setComparison(ComparisonMode mode) {
 void VRLRegistrationMediator::undo() {
     if (__stack == nullptr || isRunning())
         return;
+    if (!__canvas.isLandmarkMode())
+        __statusBar.setMessage({}); // what a run has said of itself holds no more
     if (isPending())
         restore();
     else
@@ -387,6 +389,8 @@ void VRLRegistrationMediator::undo() {
 void VRLRegistrationMediator::redo() {
     if (__stack == nullptr || isRunning())
         return;
+    if (!__canvas.isLandmarkMode())
+        __statusBar.setMessage({});
     restore();
     guarded(&__window, "Redo", [this] { __stack->history()->redo(); });
 }

@@ -134,6 +134,7 @@ private:
     void takeResults();
     bool slicesAreThoseOfRun() const;
     void scoreSlices();
+    int placeAfterRun() const;
     void tellOfRun(int numDone, const QStringList& remarks);
     void tellRemarks(const QStringList& remarks);
     void showReport();
@@ -166,6 +167,7 @@ private:
     BendingRun __bending;
     const char* __runText = "";
     bool __runOfAll = false;
+    int __placeBeforeRun = 1;
     RegistrationReportDialog* __reportDialog = nullptr; // the window's, made when it is first needed
     std::map<const StackSlice*, std::vector<Landmark>> __landmarks;
     CommandRegistry __commands{*this};

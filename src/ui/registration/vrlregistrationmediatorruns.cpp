@@ -58,6 +58,7 @@ void VRLRegistrationMediator::registerSliceBy(AlignmentMethod method) {
 void VRLRegistrationMediator::registerSlicesBy(const VRLAutomaticRegistrationConfig& config) {
     if (__stack == nullptr || isRunning() || !tryApply())
         return;
+    __placeBeforeRun = __slice == nullptr ? 1 : place();
     setFirstSlice();
     __runOfAll = true;
     beginRun(runText);
@@ -197,9 +198,20 @@ void VRLRegistrationMediator::takeResults() {
         apply();
     }
     if (__runOfAll && !__automatic.placements().empty())
-        goTo(__automatic.placements().back().place);
+        goTo(placeAfterRun());
     scoreSlices();
     tellOfRun(numDone, remarks);
+}
+
+/// The last slice or, of a run that was cancelled, the last that it has moved; if none, where the user was.
+int VRLRegistrationMediator::placeAfterRun() const {
+    if (!__automatic.wasCanceled())
+        return __automatic.placements().back().place;
+    int last = __placeBeforeRun;
+    for (const SlicePlacement& placement : __automatic.placements())
+        if (placement.found)
+            last = placement.place;
+    return last;
 }
 
 void VRLRegistrationMediator::tellOfRun(int numDone, const QStringList& remarks) {

@@ -84,6 +84,8 @@ VRLRegistrationPanel::VRLRegistrationPanel(QWidget* parent) : QFrame(parent) {
     connect(__slices, &VRLSliceListWidget::selectionChanged, this, &VRLRegistrationPanel::sliceSelectionChange);
     connect(__worstFirst, &QCheckBox::toggled, this, [this](bool on) {
         orderSlices();
+        if (on)
+            __slices->findChild<QListWidget*>()->scrollToTop();
         emit worstFirstClicked(on);
     });
     updateEnabled();

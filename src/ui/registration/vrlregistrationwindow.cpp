@@ -2,9 +2,11 @@
 
 #include <cmath>
 
+#include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QComboBox>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QMenu>
@@ -12,6 +14,8 @@
 #include <QMessageBox>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
+#include <QSlider>
 #include <QSplitter>
 #include <QStyle>
 #include <QVBoxLayout>
@@ -95,6 +99,11 @@ void VRLRegistrationWindow::layOut() {
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setWidgetResizable(true);
     area->setWidget(controls);
+    __controls = area;
+    for (auto* const child : controls->findChildren<QWidget*>())
+        if (qobject_cast<QComboBox*>(child) != nullptr || qobject_cast<QAbstractSpinBox*>(child) != nullptr ||
+            qobject_cast<QSlider*>(child) != nullptr)
+            child->installEventFilter(this);
     area->setFixedWidth(controls->sizeHint().width() + style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 4);
     connect(&commands().action("landmarks.set"), &QAction::toggled, area, [this, area](bool on) {
         if (on)
@@ -118,6 +127,14 @@ void VRLRegistrationWindow::layOut() {
     layout->addLayout(body, 1);
     layout->addSpacing(10);
     layout->addWidget(__statusBar);
+}
+
+bool VRLRegistrationWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::Wheel || __controls->verticalScrollBar()->maximum() == 0)
+        return QWidget::eventFilter(watched, event);
+    QCoreApplication::sendEvent(__controls->viewport(), event);
+    event->accept();
+    return true;
 }
 
 bool VRLRegistrationWindow::raiseWindowOf(const VRLStack& stack) {

@@ -4,6 +4,8 @@
 
 #include "editing/bus/vrleventclient.h"
 
+class QScrollArea;
+
 namespace vorlen {
 
 class CommandRegistry;
@@ -50,6 +52,9 @@ public:
 
     void stackCloseEvent(VRLStackCloseEvent& event) override;
 
+    /// Where the controls scroll, the wheel scrolls them and changes none that it comes across.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 
@@ -58,6 +63,7 @@ private:
     bool mayClose();
 
     VRLStack* __stack = nullptr;
+    QScrollArea* __controls = nullptr;
     VRLAutomaticRegistrationPanel* __automaticPanel;
     VRLRegistrationCanvas* __canvas;
     VRLRegistrationPanel* __panel;

@@ -11,10 +11,13 @@
 #include <QMouseEvent>
 #include <QPointer>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTableWidget>
 #include <QTest>
 #include <QToolButton>
+#include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
@@ -510,6 +513,64 @@ TEST_F(VRLRegistrationWindowTest, aRunThatIsCancelledKeepsWhatIsDone) {
     EXPECT_EQ(window, nullptr);
 }
 
+TEST_F(VRLRegistrationWindowTest, aCancelledRunLeavesTheUserWhereTheWorkIs) {
+    window->showSlice(slice(3));
+    trigger(mediator().commands(), "registration.runAll");
+    EXPECT_EQ(mediator().getSlice(), &slice(1));
+    mediator().cancelAutomaticRegistration();
+    waitForRun();
+    int last = 3;
+    for (int i = 1; i < 5; ++i)
+        if (!own(i).isNull())
+            last = i;
+    EXPECT_EQ(mediator().getSlice(), &slice(last));
+    trigger(mediator().commands(), "registration.runAll");
+    waitForRun();
+    EXPECT_TRUE(window->getStatusBar().message().endsWith(" registered."));
+    trigger(mediator().commands(), "edit.undo");
+    EXPECT_EQ(window->getStatusBar().message(), ""); // they are registered no more
+}
+
+TEST_F(VRLRegistrationWindowTest, theWheelScrollsTheControlsAndChangesNone) {
+    window->resize(900, 500);
+    window->showSlice(slice(1));
+    QCoreApplication::processEvents();
+    auto* const area = window->findChild<QScrollArea*>();
+    ASSERT_GT(area->verticalScrollBar()->maximum(), 0);
+    for (QComboBox* box : window->findChildren<QComboBox*>()) {
+        const int before = box->currentIndex(), scrolled = area->verticalScrollBar()->value();
+        QWheelEvent wheel(QPointF(5, 5), box->mapToGlobal(QPointF(5, 5)), {}, QPoint(0, scrolled > 0 ? 120 : -120),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(box, &wheel);
+        EXPECT_EQ(box->currentIndex(), before) << box->currentText().toStdString();
+        EXPECT_NE(area->verticalScrollBar()->value(), scrolled) << box->currentText().toStdString();
+    }
+    EXPECT_EQ(mediator().getSlice(), &slice(1));
+}
+
+TEST_F(VRLRegistrationWindowTest, isNoLampAmongDarkWindows) {
+    window->showSlice(slice(2));
+    mediator().setRegistration(Registration(10, 5, 20));
+    const auto corner = [this] {
+        const QImage shown = canvas().grab().toImage();
+        return shown.pixelColor(canvas().contentsRect().topLeft() + QPoint(3, 3));
+    };
+    const auto centre = [this] { return canvas().grab().toImage().pixelColor(middle()); };
+    EXPECT_EQ(corner(), QColor(Qt::white));
+    const QColor section = centre();
+    const QImage display = canvas().displayImage();
+    QPalette dark = window->palette();
+    dark.setColor(QPalette::Base, QColor(30, 33, 36));
+    window->setPalette(dark);
+    EXPECT_EQ(corner(), QColor(30, 33, 36));
+    EXPECT_EQ(centre(), section);
+    EXPECT_EQ(canvas().displayImage(), display);
+    if (qEnvironmentVariableIsSet("VORLEN_PICTURES"))
+        canvas().grab().save(qEnvironmentVariable("VORLEN_PICTURES") + "/dark.png");
+    canvas().setCanvasMode(ForegroundMode);
+    EXPECT_EQ(corner(), QColor(30, 33, 36));
+}
+
 TEST_F(VRLRegistrationWindowTest, aStackThatClosesTakesTheWindowAlongEvenInARun) {
     window->showSlice(slice(1));
     angle().setValue(5);
@@ -624,6 +685,9 @@ TEST_F(VRLRegistrationWindowTest, listsTheWorstFitFirstOnRequest) {
     EXPECT_EQ(list().currentItem()->text(), "s3");
     EXPECT_EQ(mediator().getSlice(), &slice(3));
     marks.setScore(&slice(3), own(3), 0.9);
+    marks.setScore(&slice(2), own(2), SectionMarks::incomparable); // no bad fit
+    EXPECT_EQ(rows(), (QStringList{"s4", "s1", "s3", "s2"}));
+    marks.setScore(&slice(2), own(2), 0.3);
     list().setCurrentRow(0);
     EXPECT_EQ(mediator().getSlice(), &slice(2));
     trigger(mediator().commands(), "slice.worstFirst");
