@@ -17,12 +17,12 @@
 #include <dcmtk/dcmdata/dcpixel.h>
 #include <dcmtk/dcmdata/dcpixseq.h>
 #include <dcmtk/dcmdata/dcpxitem.h>
-#include <dcmtk/dcmdata/dcrledrg.h>
 #include <dcmtk/dcmjpeg/djdecode.h>
 #include <dcmtk/dcmjpls/djdecode.h>
 #include <dcmtk/oflog/oflog.h>
 
 #include "images/files/believablesize.h"
+#include "images/files/dicomruns.h"
 #include "images/files/dicomseries.h"
 #include "images/files/jpeg2000decoder.h"
 #include "images/files/samplecoding.h"
@@ -41,7 +41,6 @@ constexpr std::size_t deepestNesting = 64;
 void prepareDcmtk() {
     static const bool once = [] {
         OFLog::configure(OFLogger::OFF_LOG_LEVEL);
-        DcmRLEDecoderRegistration::registerCodecs();
         DJDecoderRegistration::registerCodecs(EDC_photometricInterpretation, EUC_default, EPC_colorByPixel);
         DJLSDecoderRegistration::registerCodecs(EJLSUC_default, EJLSPC_colorByPixel);
         return true;
@@ -383,6 +382,8 @@ private:
         const E_TransferSyntax form = syntax().getXfer();
         return form == EXS_JPEG2000 || form == EXS_JPEG2000LosslessOnly;
     }
+    // Decoded here: DCMTK 3.6.7 reads before the beginning of what some damaged files have.
+    bool isRuns() const { return syntax().getXfer() == EXS_RLELossless; }
     bool isPalette() const { return __model == "PALETTE COLOR"; }
     DcmXfer syntax() const { return DcmXfer(__file.getDataset()->getOriginalXfer()); }
     bool isEncapsulated() const { return syntax().isEncapsulated(); }
@@ -503,6 +504,14 @@ private:
             decodeJpeg2000(i, bytes);
             return bytes;
         }
+        if (isRuns()) {
+            const std::string wrong =
+                decodeDicomRuns(codedBytes(i), std::size_t(__page.width) * std::size_t(__page.height),
+                                std::size_t(__page.numSamples), std::size_t(__allocated) / 8, __planar, bytes);
+            if (!wrong.empty())
+                fail("Cannot decode the pixels of DICOM (" + wrong + ")");
+            return bytes;
+        }
         Uint32 fragment = __numFragments == long(__numFrames) ? Uint32(i) + 1 : 0;
         OFString model;
         const OFCondition got = dynamic_cast<DcmPixelData&>(*__pixels).getUncompressedFrame(
@@ -550,14 +559,19 @@ private:
         __firstFragments.push_back(__numFragments + 1);
     }
 
-    /// Samples as DICOM has them: as many bytes as are allocated, shifted to their place.
-    void decodeJpeg2000(int i, std::vector<unsigned char>& bytes) {
+    std::vector<unsigned char> codedBytes(int i) {
         findFrames();
         std::vector<unsigned char> coded;
         for (long k = __firstFragments[std::size_t(i)]; k < __firstFragments[std::size_t(i) + 1]; ++k) {
             const std::vector<unsigned char> part = fragmentBytes(k, lengthOfFile(__filename));
             coded.insert(coded.end(), part.begin(), part.end());
         }
+        return coded;
+    }
+
+    /// Samples as DICOM has them: as many bytes as are allocated, shifted to their place.
+    void decodeJpeg2000(int i, std::vector<unsigned char>& bytes) {
+        const std::vector<unsigned char> coded = codedBytes(i);
         Jpeg2000Decoder decoder(coded, __filename);
         const ImagePage form = decoder.page();
         if (form.width != __page.width || form.height != __page.height ||
@@ -587,7 +601,7 @@ private:
     /// Where the k-th sample of a row stands.
     std::size_t placeOf(std::size_t row, std::size_t k) const {
         const auto width = std::size_t(__page.width), samples = std::size_t(__page.numSamples);
-        const bool codecs = isEncapsulated() && syntax().getXfer() != EXS_RLELossless; // give pixels one by one
+        const bool codecs = isEncapsulated() && !isRuns(); // give pixels one by one
         if (!__planar || codecs)
             return row * width * samples + k;
         return (k % samples * std::size_t(__page.height) + row) * width + k / samples;
