@@ -1,14 +1,19 @@
 #include "ui/app/workspace.h"
 
+#include <string>
+#include <vector>
+
 #include <QApplication>
 #include <QDir>
 #include <QDockWidget>
 #include <QFile>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSettings>
@@ -34,13 +39,16 @@
 #include "support/modalscript.h"
 #include "ui/app/guidewindow.h"
 #include "ui/app/historypanel.h"
+#include "ui/app/vrlrootbrowser.h"
 #include "ui/app/vrlrootmediator.h"
+#include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/commands/chosenkeys.h"
 #include "ui/cuts/cutspanel.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/models/vrlslicelistwidget.h"
 #include "ui/scenes/scenepanel.h"
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/session/crosshair.h"
@@ -48,7 +56,9 @@
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
+#include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/viewer/viewercanvasgl.h"
+#include "ui/widgets/elidedline.h"
 
 namespace vorlen {
 
@@ -254,6 +264,14 @@ TEST_F(WorkspaceTest, theOutlinesHaveAMenuToBeFoundIn) {
     EXPECT_TRUE(entry("Delete").isEnabled());
     entry("Copy to next slice").trigger();
     EXPECT_EQ(stack.getSlice(1).getNumItems(), 1);
+    const auto hint = [this] { return editor().getStatusBar()->getHint().toStdString(); };
+    EXPECT_EQ(hint().find("there are two"), std::string::npos);
+    trigger("slice.previous");
+    entry("Select all").trigger();
+    entry("Copy to next slice").trigger();
+    EXPECT_EQ(stack.getSlice(1).getNumItems(), 2);
+    EXPECT_NE(hint().find("there are two"), std::string::npos) << hint();
+    entry("Select all").trigger();
     entry("Delete").trigger();
     EXPECT_EQ(stack.getSlice(1).getNumItems(), 0);
     trigger("view.panorama");
@@ -299,6 +317,74 @@ TEST_F(WorkspaceTest, theHistoryListsStepsAndGoesToEach) {
     emit list.itemActivated(list.item(0));
     QCoreApplication::processEvents();
     EXPECT_EQ(stack.getNumModels(), 0);
+    stack.setModified(false);
+}
+
+TEST_F(WorkspaceTest, thePanelsLookTheSameOverAStrokeAndTurnGreyWhereTheLockLasts) {
+    VRLStack& stack = open();
+    trigger("model.new");
+    const auto seen = [this] {
+        QTest::qWait(50);
+        std::vector<QImage> images;
+        for (const QWidget* const panel :
+             {static_cast<QWidget*>(&workspace().models()), static_cast<QWidget*>(&window->toolBar()),
+              static_cast<QWidget*>(&window->browser())}) {
+            const QPoint corner = panel->mapTo(window, QPoint());
+            images.push_back(panel->screen()
+                                 ->grabWindow(window->winId(), corner.x(), corner.y(), panel->width(), panel->height())
+                                 .toImage());
+        }
+        return images;
+    };
+    VRLSliceEditWidgetCanvas& canvas = editor().getCanvas();
+    const VRLImageProxy& proxy = canvas.getImageProxy();
+    ASSERT_TRUE(QTest::qWaitFor([&proxy] { return proxy.hasImage(); }, 20000));
+    editor().chooseTool("tool.draw");
+    canvas.setFocus();
+    QTest::qWait(300);
+    const std::vector<QImage> before = seen();
+    const QPoint middle = canvas.rect().center();
+    QTest::mouseClick(&canvas, Qt::LeftButton, {}, middle);
+    ASSERT_TRUE(window->mediator().isLocked());
+    EXPECT_FALSE(window->browser().sliceList().isEnabled());
+    if (const std::vector<QImage> during = seen(); !window->browser().sliceList().updatesEnabled()) {
+        EXPECT_EQ(before, during);
+    } // else the machine was too busy to look in time
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        const std::vector<QImage> lasting = seen();
+        return lasting[0] != before[0] && lasting[1] != before[1] && lasting[2] != before[2];
+    }));
+    editor().getCommand("tool.cancel").trigger();
+    EXPECT_FALSE(window->mediator().isLocked());
+    stack.setModified(false);
+}
+
+TEST_F(WorkspaceTest, whatWasToldOfAStepGoesWithTheNextOneOrAnotherSlice) {
+    VRLStack& stack = open();
+    trigger("model.new");
+    const auto draw = [&stack](int y) {
+        ASSERT_TRUE(createItem(stack, stack.getSlice(0), stack.getModel(0), makeVertices({{1, 1}, {1, 9}, {9, y}})));
+    };
+    const auto said = [this] { return window->statusBar().message().toStdString(); };
+    draw(5);
+    trigger("edit.undo");
+    EXPECT_TRUE(said().starts_with("Undone: ")) << said();
+    draw(6);
+    EXPECT_EQ(said(), "");
+    trigger("edit.undo");
+    EXPECT_TRUE(said().starts_with("Undone: "));
+    trigger("slice.next");
+    EXPECT_EQ(said(), "");
+    // What has no room ends in dots, and is read in the tip.
+    const QString notice = QString("A long message ").repeated(30);
+    window->statusBar().setMessage(notice);
+    const auto lines = window->statusBar().findChildren<ElidedLine*>();
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_EQ(lines[0]->text(), notice);
+    EXPECT_EQ(lines[0]->toolTip(), notice);
+    const QImage cut = lines[0]->grab().toImage();
+    window->statusBar().setMessage(notice.left(notice.size() / 2)); // which begins and ends alike
+    EXPECT_EQ(cut, lines[0]->grab().toImage());
     stack.setModified(false);
 }
 

@@ -237,6 +237,8 @@ TEST_F(StayingToolsTest, withNothingSelectedTheCurrentModelIsCopiedAndFilled) {
     views().setLocked(*polygon, false);
     expectSteps(1, [this] { trigger("Fill all gaps"); });
     EXPECT_EQ(polygon->getNumItems(), stack.getNumSlices() - stack.findSlice(*slice));
+    expectSteps(0, [this] { trigger("Fill all gaps"); }); // no box to be closed
+    EXPECT_NE(hint().find("no gap"), std::string::npos) << hint();
 }
 
 TEST_F(StayingToolsTest, aToolStaysOnFromSliceToSlice) {

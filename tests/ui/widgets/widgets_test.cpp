@@ -23,6 +23,7 @@
 #include "ui/widgets/colorselector.h"
 #include "ui/widgets/placedwindow.h"
 #include "ui/widgets/qinputbox.h"
+#include "ui/widgets/stilllook.h"
 #include "ui/widgets/vrldecimalbox.h"
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/vrlsplitter.h"
@@ -106,6 +107,41 @@ TEST(VorlenApplication, whatIsTypedIntoADialogTakesThePlaceOfItsFirstField) {
     QTest::qWait(20);
     QTest::keyClicks(other, "s");
     EXPECT_EQ(other->text(), "others"); // who comes back goes on
+}
+
+TEST(StillLook, holdsPanelsUntilTheyAreReleasedOrTheLockLastsOrTheSizeChanges) {
+    QWidget window;
+    window.resize(200, 100);
+    auto* const panel = new QSpinBox(&window);
+    panel->setGeometry(0, 0, 80, 80);
+    auto* const canvas = new QWidget(&window);
+    canvas->setGeometry(100, 0, 100, 100);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    StillLook look(window);
+    look.hold({panel, nullptr});
+    EXPECT_TRUE(look.isHolding() && !panel->updatesEnabled());
+    look.release();
+    EXPECT_TRUE(!look.isHolding() && panel->updatesEnabled());
+    look.hold({panel});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel->updatesEnabled(); }));
+    // As long as a stroke takes, whose button is down elsewhere.
+    QTest::mouseMove(window.windowHandle(), QPoint(150, 50));
+    QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, QPoint(150, 50));
+    look.hold({panel});
+    QTest::qWait(2 * StillLook::patience);
+    EXPECT_TRUE(look.isHolding());
+    QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, QPoint(150, 50));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel->updatesEnabled(); }));
+    look.hold({panel});
+    panel->resize(70, 90); // a part of it was never painted
+    EXPECT_TRUE(panel->updatesEnabled());
+    look.hold({panel});
+    window.resize(300, 100);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel->updatesEnabled(); }, StillLook::patience / 2));
+    look.hold({panel});
+    delete panel;
+    look.release();
 }
 
 TEST(VorlenApplication, textsWithMarksAreShownAsTheyAre) {
