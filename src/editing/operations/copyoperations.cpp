@@ -142,18 +142,16 @@ bool meet(const Curve<double>& one, const Curve<double>& other) {
     return one.intersects(other, 0, 1) || one.contains(other[0], 0, 1) || other.contains(one[0], 0, 1);
 }
 
-bool isOutlinedAlready(const StackSlice& target, const ModelItem& item, const Vertices<double>& place) {
-    const Curve<double> copy(place, false);
-    for (int i = 0; i < target.getNumItems(); ++i) {
-        const ModelItem& there = target.getItem(i);
-        if (there.getModel() == item.getModel() && isClosed(there) &&
-            meet(copy, Curve<double>(there.getVertices(), false)))
-            return true;
-    }
-    return false;
-}
-
 } // namespace
+
+const ModelItem* outlineAt(const StackSlice& slice, const Model& model, const Curve<double>& curve) {
+    for (int i = 0; i < slice.getNumItems(); ++i) {
+        const ModelItem& item = slice.getItem(i);
+        if (item.getModel() == &model && isClosed(item) && meet(curve, Curve<double>(item.getVertices(), false)))
+            return &item;
+    }
+    return nullptr;
+}
 
 std::vector<bool> outlinedAlready(const VRLStack& stack, const StackSlice& slice) {
     std::vector<bool> outlined(static_cast<std::size_t>(stack.getNumSlices()), false);
@@ -168,7 +166,8 @@ std::vector<bool> outlinedAlready(const VRLStack& stack, const StackSlice& slice
             if (k == from || target.getNumItems() == 0 || outlined[static_cast<std::size_t>(k)])
                 continue;
             const auto place = carried(item.getVertices(), space, from, k);
-            outlined[static_cast<std::size_t>(k)] = place && isOutlinedAlready(target, item, *place);
+            outlined[static_cast<std::size_t>(k)] =
+                place && outlineAt(target, *item.getModel(), Curve<double>(*place, false)) != nullptr;
         }
     }
     return outlined;

@@ -625,40 +625,19 @@ void VRLRootMediator::runSpotExtraction() {
         __statusBar->setMessage(QString("Added %1 %2.").arg(n).arg(n == 1 ? "spot" : "spots"));
 }
 
-void VRLRootMediator::goTo(int position) {
-    if (__stack != nullptr && position >= 0 && position < __stack->getNumSlices())
-        setSlice(__stack->getSlice(position));
-}
-
-void VRLRootMediator::setFirstSlice() {
-    goTo(0);
-}
-
-void VRLRootMediator::setLastSlice() {
-    if (__stack != nullptr)
-        goTo(__stack->getNumSlices() - 1);
-}
-
-void VRLRootMediator::setNextSlice() {
-    if (__slice != nullptr)
-        goTo(__stack->findSlice(*__slice) + 1);
-}
-
-void VRLRootMediator::setPreviousSlice() {
-    if (__slice != nullptr)
-        goTo(__stack->findSlice(*__slice) - 1);
-}
-
 void VRLRootMediator::sliceSelectionChange() {
     const auto slices = __sliceList->selectedSlices();
     if (!slices.empty())
-        setSlice(*slices[0]);
+        leaveFor(*slices[0]);
 }
 
 void VRLRootMediator::stackSelectionChange() {
     const auto stacks = __stackList->selectedStacks();
-    if (!stacks.empty())
-        setStack(*stacks[0]);
+    if (stacks.empty())
+        return;
+    if (stacks[0] != __stack && !__locked)
+        __sliceWidget->getMediator().takeShown();
+    setStack(*stacks[0]);
 }
 
 void VRLRootMediator::setCanvasMode(CanvasMode mode) {

@@ -178,6 +178,7 @@ private:
     void bindCrosshair();
     void crosshairMoved(const VRLStack* stack, const QObject* source);
     void goTo(int position);
+    void leaveFor(StackSlice& slice);
     void showStep(const QString& verb, const QString& what, const StepWatch& watch);
     void tellStep(const QString& message);
     void forgetStep();

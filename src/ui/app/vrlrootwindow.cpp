@@ -55,6 +55,7 @@ namespace {
 const QUrl homepage("https://example.org/vorlen");
 const QUrl manual("https://example.org/vorlen/manual.pdf");
 const QUrl mailingList("https://example.org/vorlen/list");
+constexpr int longestHint = 140; // characters, about
 
 void restoreVisibility(QAction& toggle, const QString& settingsKey, QWidget& part) {
     const bool visible = QSettings().value(settingsKey, true).toBool();
@@ -85,6 +86,7 @@ QLabel* VRLRootWindow::newHintLine(QWidget* parent) {
     auto* line = new ElidedLine(parent);
     line->setContentsMargins(6, 2, 6, 2);
     line->setAccessibleName("Hint");
+    line->setRoomFor(longestHint);
     connect(&__statusBar->getSliceEditWidgetStatusBar(), &QStatusBar::messageChanged, line, &ElidedLine::setLine);
     return line;
 }

@@ -13,8 +13,20 @@ public:
 
     void setLine(const QString& text);
 
+    /// Gives the text a second line wherever one has no room for so many characters; 0, as at first, for never. The
+    /// height follows from the width alone, so that nothing moves when the text changes.
+    void setRoomFor(int characters);
+
+    QSize sizeHint() const override;
+
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    int numLines() const;
+
+    int __numCharacters = 0;
 };
 
 } // namespace vorlen

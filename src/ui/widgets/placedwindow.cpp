@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QEvent>
+#include <QFileDialog>
 #include <QLayout>
 #include <QScreen>
 #include <QScrollArea>
@@ -114,6 +115,36 @@ void settleFrame(QWidget& window) {
         window.move(left, top);
 }
 
+constexpr const char* fileDialogSizeKey = "fileDialogs/size";
+
+/// Keeps the size that the user gives a dialog of files, as its child, for all of them.
+class SizeKeeper : public QObject {
+public:
+    explicit SizeKeeper(QFileDialog& dialog) : QObject(&dialog), __dialog(dialog), __given(dialog.size()) {
+        dialog.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Hide && !event->spontaneous() && __dialog.size() != __given)
+            QSettings().setValue(fileDialogSizeKey, __dialog.size());
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QFileDialog& __dialog;
+    QSize __given;
+};
+
+/// Dialogs of files begin so small that names are cut, and forget their size.
+void giveRoom(QFileDialog& dialog, const QSize& room) {
+    if (dialog.findChild<QLayout*>() == nullptr || dialog.property("vorlenSized").toBool())
+        return; // that of the desktop has its own, and one that comes back keeps it
+    dialog.setProperty("vorlenSized", true);
+    const QSize kept = QSettings().value(fileDialogSizeKey, QSize(800, 520)).toSize();
+    dialog.resize(kept.expandedTo(dialog.minimumSizeHint()).boundedTo(room));
+    new SizeKeeper(dialog); // the dialog's
+}
+
 } // namespace
 
 QRect placedOnScreen(const QRect& wanted) {
@@ -138,6 +169,8 @@ void fitOnScreen(QWidget& window) {
     const QSize frame = usualFrame();
     if (auto* const dialog = qobject_cast<QDialog*>(&window))
         makeScrollable(*dialog, roomFor(window).size() - frame);
+    if (auto* const files = qobject_cast<QFileDialog*>(&window))
+        giveRoom(*files, roomFor(window).size() - frame);
     const QRect wanted = window.geometry();
     const QRect placed = placedOnScreen(QRect(wanted.topLeft(), wanted.size() + frame));
     if (placed.size() != wanted.size() + frame)

@@ -1,5 +1,6 @@
 #include "ui/app/workspace.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -277,6 +278,47 @@ TEST_F(WorkspaceTest, theOutlinesHaveAMenuToBeFoundIn) {
     trigger("view.panorama");
     emit qobject_cast<QMenu*>(outlines->parent())->aboutToShow();
     EXPECT_FALSE(outlines->isEnabled()); // the slice is not seen
+}
+
+TEST_F(WorkspaceTest, theKeysOfTheToolsActBesideTheListsAndPagingTakesAnAutomaticOutline) {
+    Image image(40, 30, 8);
+    image.clear();
+    for (int y = 8; y < 22; ++y)
+        std::fill_n(image.getPixels()[y] + 10, 20, static_cast<unsigned char>(200));
+    ImageWriter().write(image, folder.filePath("i.tif").toStdString(), true);
+    VRLStack& stack = open();
+    trigger("model.new");
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    VRLSliceEditWidgetCanvas& canvas = editor().getCanvas();
+    ASSERT_TRUE(QTest::qWaitFor([&canvas] { return canvas.getImageProxy().hasImage(); }, 20000));
+    auto& slices = *window->browser().sliceList().findChild<QListWidget*>();
+    QTest::mouseClick(slices.viewport(), Qt::LeftButton, {}, slices.visualItemRect(slices.item(3)).center());
+    EXPECT_EQ(slice(), "s1");
+    QTest::keyClick(&slices, Qt::Key_A);
+    EXPECT_EQ(editor().getChosenTool(), "tool.automatic");
+    EXPECT_TRUE(canvas.hasFocus());
+
+    ASSERT_TRUE(QTest::qWaitFor([&canvas] { return canvas.getImageProxy().hasImage(); }, 20000));
+    const auto clickOnStructure = [&canvas] {
+        QTest::mouseClick(&canvas, Qt::LeftButton, {}, canvas.convertToPosition({20, 15}).toPoint());
+    };
+    clickOnStructure();
+    trigger("slice.next");
+    EXPECT_EQ(slice(), "s2");
+    ASSERT_EQ(stack.getSlice(1).getNumItems(), 1);
+    EXPECT_NE(window->statusBar().message().indexOf("on s1 was taken"), -1);
+    ASSERT_TRUE(QTest::qWaitFor([&canvas] { return canvas.getImageProxy().hasImage(); }, 20000));
+    clickOnStructure();
+    slices.setCurrentRow(0);
+    EXPECT_EQ(stack.getSlice(2).getNumItems(), 1);
+    // Undoing is no paging: nothing is taken that would end what can be redone.
+    clickOnStructure();
+    trigger("edit.undo");
+    EXPECT_EQ(slice(), "s2");
+    EXPECT_EQ(stack.getSlice(4).getNumItems(), 0);
+    EXPECT_TRUE(stack.history()->isRedoable());
+    stack.setModified(false);
 }
 
 TEST_F(WorkspaceTest, theModelsDialogBeginsWithTheCurrentModel) {

@@ -241,6 +241,25 @@ TEST_F(StayingToolsTest, withNothingSelectedTheCurrentModelIsCopiedAndFilled) {
     EXPECT_NE(hint().find("no gap"), std::string::npos) << hint();
 }
 
+TEST_F(StayingToolsTest, aKeyThatDoesNothingSaysWhy) {
+    addItem(*polygon, *slice, square);
+    key(Qt::Key_S);
+    EXPECT_EQ(hint(), "\"Run Snake\" works on what is selected: click on an outline first.");
+    slice->getItem(0).getSelection().set(true);
+    selectionChanged();
+    key(Qt::Key_J);
+    EXPECT_EQ(hint(), "\"Join contours\" is not for what is selected now.");
+    const std::string before = hint();
+    key(Qt::Key_Y); // no key of anything
+    EXPECT_EQ(hint(), before);
+    mediator->chooseTool("tool.draw");
+    draw({{20, 20}, {20, 60}});
+    const std::string drawing = hint();
+    key(Qt::Key_J);
+    EXPECT_EQ(hint(), drawing); // which tells how to go on
+    mediator->getCancelCommand().trigger();
+}
+
 TEST_F(StayingToolsTest, aToolStaysOnFromSliceToSlice) {
     StackSlice& second = addSlice(TestImages::ramp(300, 200, 8), "second");
     mediator->chooseTool("tool.draw");
