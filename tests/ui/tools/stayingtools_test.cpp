@@ -71,6 +71,13 @@ TEST_F(StayingToolsTest, outlinesAreDrawnOneAfterTheOtherWithoutAMenu) {
     EXPECT_EQ(chosen(), "tool.draw");
     dragFrom(QPoint(200, 50), {{200, 90}, {240, 90}, {240, 50}, {202, 50}}); // a stroke that comes back to its start
     EXPECT_EQ(polygon->getNumItems(), 3);
+    dragFrom(QPoint(200, 100), {{200, 140}, {240, 140}, {240, 100}, {212, 108}}); // nearly
+    EXPECT_EQ(polygon->getNumItems(), 4);
+    dragFrom(QPoint(100, 100), {{106, 106}, {100, 112}}); // has not come round yet
+    EXPECT_EQ(polygon->getNumItems(), 4);
+    draw({{140, 112}, {140, 80}, {112, 108}}); // a click is meant where it is
+    EXPECT_EQ(polygon->getNumItems(), 4);
+    cancel();
     draw({{20, 100}, {20, 140}});
     cancel(); // of the drawing, which undo brings back
     EXPECT_EQ(chosen(), "tool.draw");
