@@ -40,7 +40,7 @@ QFrame* newStrip(const QString& text, const std::vector<QPushButton*>& buttons, 
     strip->setBackgroundRole(QPalette::ToolTipBase);
     strip->setForegroundRole(QPalette::ToolTipText);
     auto* const layout = new QVBoxLayout(strip);
-    layout->setContentsMargins(12, 8, 12, 8);
+    layout->setContentsMargins(8, 8, 8, 8);
     layout->setSpacing(8);
     auto* const label = new QLabel(text, strip);
     label->setForegroundRole(QPalette::ToolTipText);
@@ -48,9 +48,11 @@ QFrame* newStrip(const QString& text, const std::vector<QPushButton*>& buttons, 
     label->setWordWrap(true);
     layout->addWidget(label);
     auto* const row = new QHBoxLayout;
-    row->setSpacing(8);
-    for (QPushButton* const button : buttons)
+    row->setSpacing(6);
+    for (QPushButton* const button : buttons) {
+        button->setMinimumWidth(button->fontMetrics().horizontalAdvance(button->text()) + 6); // on a narrow screen
         row->addWidget(button);
+    }
     row->addStretch(1);
     layout->addLayout(row);
     return strip;

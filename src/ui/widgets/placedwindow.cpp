@@ -14,6 +14,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
+#include <QWindow>
 
 namespace vorlen {
 
@@ -104,15 +105,18 @@ void makeScrollable(QDialog& dialog, const QSize& room) {
 void settleFrame(QWidget& window) {
     if (!window.isVisible() || window.isMaximized() || window.isFullScreen())
         return;
-    const QRect room = roomFor(window), frame = window.frameGeometry();
+    QWindow* const handle = window.windowHandle(); // a widget may have asked for its frame too early, and keeps that
+    if (handle == nullptr)
+        return;
+    const QRect room = roomFor(window), frame = handle->frameGeometry();
     const QSize over = (frame.size() - room.size()).expandedTo(QSize(0, 0));
     if (!over.isNull())
         window.resize(window.size() - over);
-    const QSize size = frame.size() - over;
+    const QSize size = (frame.size() - over).boundedTo(room.size());
     const int left = std::clamp(frame.left(), room.left(), room.left() + room.width() - size.width());
     const int top = std::clamp(frame.top(), room.top(), room.top() + room.height() - size.height());
     if (QPoint(left, top) != frame.topLeft())
-        window.move(left, top);
+        handle->setFramePosition(QPoint(left, top));
 }
 
 constexpr const char* fileDialogSizeKey = "fileDialogs/size";
@@ -175,7 +179,7 @@ void fitOnScreen(QWidget& window) {
     const QRect placed = placedOnScreen(QRect(wanted.topLeft(), wanted.size() + frame));
     if (placed.size() != wanted.size() + frame)
         window.setGeometry(QRect(placed.topLeft(), placed.size() - frame));
-    for (const int milliseconds : {100, 400})
+    for (const int milliseconds : {100, 400, 1500})
         QTimer::singleShot(milliseconds, &window, [&window] { settleFrame(window); });
 }
 
