@@ -321,6 +321,21 @@ TEST_F(WorkspaceTest, theKeysOfTheToolsActBesideTheListsAndPagingTakesAnAutomati
     stack.setModified(false);
 }
 
+TEST_F(WorkspaceTest, theOptionsGoBehindTheModelsWhereTheScreenIsTooLowForAllPanes) {
+    open();
+    QDockWidget& options = workspace().optionsDock();
+    const auto behind = [&] { return workspace().tabifiedDockWidgets(&workspace().modelDock()); };
+    trigger("show.panes");
+    EXPECT_FALSE(behind().contains(&options));
+    workspace().cutsDock().hide();
+    workspace().sceneDock().hide();
+    options.setMinimumHeight(options.screen()->availableGeometry().height());
+    trigger("show.panes");
+    EXPECT_TRUE(behind().contains(&options));
+    EXPECT_TRUE(workspace().cutsDock().isVisible());
+    EXPECT_TRUE(workspace().models().isVisible());
+}
+
 TEST_F(WorkspaceTest, theModelsDialogBeginsWithTheCurrentModel) {
     VRLStack& stack = open();
     trigger("model.new");
