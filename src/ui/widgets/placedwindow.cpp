@@ -116,7 +116,8 @@ void settleFrame(QWidget& window) {
     const int left = std::clamp(frame.left(), room.left(), room.left() + room.width() - size.width());
     const int top = std::clamp(frame.top(), room.top(), room.top() + room.height() - size.height());
     if (QPoint(left, top) != frame.topLeft())
-        handle->setFramePosition(QPoint(left, top));
+        // Not by the place of the frame: where the window itself is there now, some desktops take it for no move.
+        handle->setPosition(handle->position() + QPoint(left, top) - frame.topLeft());
 }
 
 constexpr const char* fileDialogSizeKey = "fileDialogs/size";
