@@ -91,6 +91,25 @@ TEST_F(CopyOperationsTest, whatCannotBeCopiedIsRefused) {
                   "The size of a pixel is not known on slice image2");
 }
 
+TEST_F(CopyOperationsTest, slicesWhereAnOutlineOfTheModelStandsAlreadyAreKnown) {
+    StackSlice& from = stack.getSlice(2);
+    select(addItem(polygon, from, outline), {0});
+    select(addItem(dots, from, {{5, 6}}), {0});
+    StackSlice& fifth = addImage(TestImages::uniform(160, 120, 8, 100));
+    addItem(dots, stack.getSlice(1), {{50, 50}});                                    // a point
+    addItem(other, stack.getSlice(1), outline);                                      // of another model
+    addItem(polygon, stack.getSlice(1), {{30, 10}, {30, 20}, {10, 20}, {10, 10}});   // elsewhere
+    addItem(polygon, stack.getSlice(3), {{70, 40}, {70, 50}, {60, 50}, {60, 40}});   // within it
+    addItem(polygon, stack.getSlice(4), {{100, 20}, {100, 80}, {30, 80}, {30, 20}}); // around it
+    addItem(polygon, fifth, {{60, 50}, {60, 90}, {20, 90}, {20, 50}});               // crosses it
+    EXPECT_EQ(outlinedAlready(stack, from), (std::vector<bool>{false, false, false, true, true, true}));
+    // In space, not by pixels.
+    stack.getSlice(3).setRegistration(Registration(200, 0, 0));
+    fifth.setRegistration(Registration(-200, 0, 0));          // back again
+    stack.getSlice(4).getPixelCalibration().setPixelWidth(0); // nobody knows
+    EXPECT_EQ(outlinedAlready(stack, from), (std::vector<bool>{false, false, false, false, false, true}));
+}
+
 TEST_F(CopyOperationsTest, whatWasCopiedIsPastedWhereItLiesInSpace) {
     StackSlice& from = stack.getSlice(1);
     StackSlice& to = stack.getSlice(3);

@@ -247,6 +247,26 @@ TEST_F(SnakeOperationTest, aRangeIsRunDownwardsAndThenUpwardsFromTheGivenContour
     EXPECT_EQ(foundOn(start), (Radii{{}, {10}, {40}, {40}, {10}, {30}, {}}));
 }
 
+TEST_F(SnakeOperationTest, aRangePassesOverSlicesThatAreOutlinedOnWish) {
+    ModelItem& start = addRange();
+    addCircle(stack.getSlice(3), 39);         // around it
+    addCircle(stack.getSlice(5), 4, 140, 20); // elsewhere
+    addItem(other, stack.getSlice(6), {{70, 50}, {90, 50}, {90, 70}});
+    for (const bool propagated : {false, true}) {
+        SnakeOperation operation(stack, start, parameters());
+        operation.setPassingOver(true);
+        expectStep([&] { return operation.runOnRange(0, propagated); });
+        EXPECT_EQ(operation.getNumOutlined(), 1);
+        EXPECT_EQ(operation.getNumContours(), 6);
+        EXPECT_EQ(operation.getSlicesWithoutContour(), (std::vector<std::string>{"image0"})); // has no edge
+        EXPECT_EQ(stack.getSlice(3).getNumItems(), 1);
+        EXPECT_EQ(stack.getSlice(4).getNumItems(), 2); // the start is in its own way nowhere
+        // Slice 2 has an edge at 10 and one at 40, and begins with 22 or with the 39 of slice 3.
+        EXPECT_NEAR(meanRadius(stack.getSlice(2).getItem(0).getVertices()), propagated ? 40 : 10, 2);
+        history().undo();
+    }
+}
+
 TEST_F(SnakeOperationTest, aRangeTakesAllSlicesPassesOverFailuresAndKeepsWhatIsDoneWhenItIsStopped) {
     ModelItem& start = addRange();
     for (const int lost : {3, 5})

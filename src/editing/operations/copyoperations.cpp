@@ -14,6 +14,8 @@
 #include "editing/actions/vrlitemappendpointsaction.h"
 #include "editing/operations/onestep.h"
 #include "reconstruction/stackreconstruction.h"
+#include "shapes/boundingbox.h"
+#include "shapes/curve.h"
 
 namespace vorlen {
 
@@ -123,6 +125,52 @@ Outcome copySelectionAround(VRLStack& stack, StackSlice& slice, int before, int 
         if (i != rank)
             targets.push_back(&stack.getSlice(i));
     return copySelection(stack, slice, targets);
+}
+
+namespace {
+
+bool isClosed(const ModelItem& item) {
+    return item.getModel() != nullptr && item.getSize() > 2 && item.getModel()->getProperties().definesGeometry() &&
+           item.getModel()->getProperties().getGeometry() == PolygonPrimitive;
+}
+
+bool meet(const Curve<double>& one, const Curve<double>& other) {
+    const BoundingBox<double> box = one.boundingBox(), otherBox = other.boundingBox();
+    for (const int axis : {0, 1})
+        if (box.max(axis) < otherBox.min(axis) || otherBox.max(axis) < box.min(axis))
+            return false;
+    return one.intersects(other, 0, 1) || one.contains(other[0], 0, 1) || other.contains(one[0], 0, 1);
+}
+
+} // namespace
+
+const ModelItem* outlineAt(const StackSlice& slice, const Model& model, const Curve<double>& curve) {
+    for (int i = 0; i < slice.getNumItems(); ++i) {
+        const ModelItem& item = slice.getItem(i);
+        if (item.getModel() == &model && isClosed(item) && meet(curve, Curve<double>(item.getVertices(), false)))
+            return &item;
+    }
+    return nullptr;
+}
+
+std::vector<bool> outlinedAlready(const VRLStack& stack, const StackSlice& slice) {
+    std::vector<bool> outlined(static_cast<std::size_t>(stack.getNumSlices()), false);
+    const StackReconstruction<double> space(stack);
+    const int from = stack.findSlice(slice);
+    for (int i = 0; i < slice.getNumItems(); ++i) {
+        const ModelItem& item = slice.getItem(i);
+        if (item.getSelection().isEmpty() || !isClosed(item))
+            continue;
+        for (int k = 0; k < stack.getNumSlices(); ++k) {
+            const StackSlice& target = stack.getSlice(k);
+            if (k == from || target.getNumItems() == 0 || outlined[static_cast<std::size_t>(k)])
+                continue;
+            const auto place = carried(item.getVertices(), space, from, k);
+            outlined[static_cast<std::size_t>(k)] =
+                place && outlineAt(target, *item.getModel(), Curve<double>(*place, false)) != nullptr;
+        }
+    }
+    return outlined;
 }
 
 namespace {

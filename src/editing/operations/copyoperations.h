@@ -11,7 +11,10 @@
 
 namespace vorlen {
 
+template <class T>
+class Curve;
 class Model;
+class ModelItem;
 class Stack;
 class StackSlice;
 class VRLStack;
@@ -26,6 +29,15 @@ Outcome copySelection(VRLStack& stack, StackSlice& slice, const std::vector<Stac
 
 /// The same for so many slices before and behind the slice, as far as the stack goes; below 1 none on that side.
 Outcome copySelectionAround(VRLStack& stack, StackSlice& slice, int before, int behind);
+
+/// The first closed outline of the model on the slice that crosses the curve, lies in it or around it, all in pixels of
+/// the slice; null without one.
+const ModelItem* outlineAt(const StackSlice& slice, const Model& model, const Curve<double>& curve);
+
+/// For each slice of the stack, whether a closed outline stands already where one that is selected on this slice would
+/// be copied to: one of the same model that crosses it, lies in it or around it. False for the slice itself and where
+/// pixels have no size; points and open lines stand in no one's way.
+std::vector<bool> outlinedAlready(const VRLStack& stack, const StackSlice& slice);
 
 /// An item that was copied, apart from its stack: where it lay in the image, and in space where that is known.
 struct CopiedItem {

@@ -10,6 +10,7 @@
 #include "document/stackslice.h"
 #include "document/subpixel.h"
 #include "editing/actions/vrlitemverticeschangeaction.h"
+#include "editing/operations/copyoperations.h"
 #include "editing/operations/onestep.h"
 #include "images/files/imagereader.h"
 #include "images/rasters/image.h"
@@ -140,7 +141,8 @@ Outcome SnakeOperation::runOnRange(int reach, bool propagated) {
             Curve<float> work = __start;
             for (int i = first; i != end && !isCanceled(); i += direction) {
                 work.detach();
-                if (!runOver(step, __stack.getSlice(i), work) && !isCanceled())
+                if (!isLeftAlone(__stack.getSlice(i), work) && !runOver(step, __stack.getSlice(i), work) &&
+                    !isCanceled())
                     __passedOver.push_back(__stack.getSlice(i).getName());
                 if (!propagated)
                     work = __start;
@@ -150,6 +152,23 @@ Outcome SnakeOperation::runOnRange(int reach, bool propagated) {
         runAlong(rank, lower - 1, -1);
         runAlong(rank + 1, upper + 1, 1);
     });
+}
+
+/// The curve becomes that of the outline that is there.
+bool SnakeOperation::isLeftAlone(const StackSlice& slice, Curve<float>& curve) {
+    if (!__passingOver || &slice == __startSlice)
+        return false;
+    const int n = curve.getSize();
+    Curve<double> place(2, n, n, 1, false);
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < 2; ++j)
+            place[i][j] = double(curve[i][j]);
+    const ModelItem* const there = outlineAt(slice, *__model, place);
+    if (there == nullptr)
+        return false;
+    curve = asCurve(there->getVertices());
+    ++__numOutlined;
+    return true;
 }
 
 Vertices<double> SnakeOperation::getContour() const {

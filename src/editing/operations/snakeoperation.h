@@ -39,6 +39,10 @@ public:
     /// Whether the contour that the run begins with is given the vertices found on its slice, in place of a new item.
     void setReplacing(bool on) { __replacing = on; }
 
+    /// Whether a range leaves those slices alone that have a closed outline of the model where the snake would begin
+    /// there. With propagation the next slice begins with that outline.
+    void setPassingOver(bool on) { __passingOver = on; }
+
     /// On the slice of the contour. Refused when the snake collapses and when it is cancelled. Throws FileReadError,
     /// naming the file, when the image cannot be read.
     Outcome runOnSlice();
@@ -55,7 +59,9 @@ public:
     int getNumSlices() const { return int(__numSlices); }
     int getNumSlicesDone() const { return int(__numSlicesDone); }
     int getNumContours() const { return __numContours; }
-    /// The names of the slices that were passed over, in the order of the run.
+    /// How many slices were left alone as they had an outline.
+    int getNumOutlined() const { return __numOutlined; }
+    /// The names of the slices on which nothing was found, in the order of the run.
     const std::vector<std::string>& getSlicesWithoutContour() const { return __passedOver; }
 
     /// The contour as it stands, in pixels of the slice; without vertices before the snake's first step and after the
@@ -78,6 +84,7 @@ private:
     template <class Run>
     Outcome inRun(const std::string& nothing, Run&& run);
     bool runOver(EditStep& step, StackSlice& slice, Curve<float>& curve);
+    bool isLeftAlone(const StackSlice& slice, Curve<float>& curve);
     void keepContour(EditStep& step, StackSlice& slice);
     bool converge(const Picture& image, double aspect, const Curve<float>& curve);
 
@@ -92,9 +99,11 @@ private:
     StackSlice* __slice = nullptr;
     bool __onRange = false;
     bool __replacing = false;
+    bool __passingOver = false;
     unsigned int __numSlices = 1;
     unsigned int __numSlicesDone = 0;
     int __numContours = 0;
+    int __numOutlined = 0;
     std::vector<std::string> __passedOver;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include <QActionGroup>
 #include <QApplication>
@@ -15,6 +16,7 @@
 #include <QSettings>
 #include <QTextEdit>
 #include <QToolBar>
+#include <QToolButton>
 
 #include "document/stackslice.h"
 #include "editing/actions/vrldrawingdiscardaction.h"
@@ -56,12 +58,14 @@
 #include "ui/spots/vrlspotextractionprocess.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
 #include "ui/widgets/plaintext.h"
+#include "ui/widgets/stilllook.h"
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
 
 VRLRootMediator::VRLRootMediator(VRLRootWindow& window) : QObject(&window), __window(window) {
+    __stillLook = std::make_unique<StillLook>(window);
     __commands.setWindow(rootCommands().window);
     __commands.add(rootCommands().commands);
     __commands.setRunner([this](const Command& command) { guarded(command.text(), command.work()); });
@@ -304,6 +308,7 @@ void VRLRootMediator::setStack(VRLStack& stack, StackSlice* slice) {
     __stack = &stack;
     __slice = nullptr;
     __slicePaired = nullptr;
+    connect(__stack->history(), &VRLActionHistory::changed, this, &VRLRootMediator::forgetStep);
     connect(__stack->history(), &VRLActionHistory::changed, this, &VRLRootMediator::stackHistoryChange);
     __panorama->setStack(stack);
     __sliceList->setStack(stack);
@@ -330,6 +335,7 @@ void VRLRootMediator::setSlice(StackSlice& slice) {
     }
     if (&slice != __slice) {
         const WaitCursor cursor;
+        forgetStep();
         __slicePaired = __slice;
         __slice = &slice;
         __sliceList->setSelectedSlice(slice);
@@ -449,10 +455,9 @@ void VRLRootMediator::undo() {
         history.undo(); // the action lives on, to be redone
         setSlice(drawing->getSlice());
         __sliceWidget->getMediator().resumeDrawing(drawing->getModel(), drawing->getVertices());
-        __statusBar->setMessage(
-            QString("Brought back: the drawing (model \"%1\", slice \"%2\"). Draw on, or press Escape.")
-                .arg(QString::fromStdString(drawing->getModel().getName()),
-                     QString::fromStdString(drawing->getSlice().getName())));
+        tellStep(QString("Brought back: the drawing (model \"%1\", slice \"%2\"). Draw on, or press Escape.")
+                     .arg(QString::fromStdString(drawing->getModel().getName()),
+                          QString::fromStdString(drawing->getSlice().getName())));
         return;
     }
     const QString what = history.getUndoDescription(false);
@@ -475,7 +480,18 @@ void VRLRootMediator::showStep(const QString& verb, const QString& what, const S
     if (!slices.empty() && std::find(slices.begin(), slices.end(), __slice) == slices.end())
         setSlice(*slices.front());
     const QString where = watch.where();
-    __statusBar->setMessage(verb + what + (where.isEmpty() ? QString() : " (" + where + ")"));
+    tellStep(verb + what + (where.isEmpty() ? QString() : " (" + where + ")"));
+}
+
+void VRLRootMediator::tellStep(const QString& message) {
+    __stepTold = message;
+    __statusBar->setMessage(message);
+}
+
+void VRLRootMediator::forgetStep() {
+    if (!__stepTold.isEmpty() && __statusBar->message() == __stepTold)
+        __statusBar->setMessage(QString());
+    __stepTold.clear();
 }
 
 void VRLRootMediator::clearHistory() {
@@ -495,7 +511,7 @@ void VRLRootMediator::clearHistory() {
     if (box.clickedButton() != clear || __stack == nullptr)
         return;
     __stack->history()->clear();
-    __statusBar->setMessage("The undo history was cleared.");
+    tellStep("The undo history was cleared.");
 }
 
 void VRLRootMediator::insertSlice() {
@@ -609,40 +625,19 @@ void VRLRootMediator::runSpotExtraction() {
         __statusBar->setMessage(QString("Added %1 %2.").arg(n).arg(n == 1 ? "spot" : "spots"));
 }
 
-void VRLRootMediator::goTo(int position) {
-    if (__stack != nullptr && position >= 0 && position < __stack->getNumSlices())
-        setSlice(__stack->getSlice(position));
-}
-
-void VRLRootMediator::setFirstSlice() {
-    goTo(0);
-}
-
-void VRLRootMediator::setLastSlice() {
-    if (__stack != nullptr)
-        goTo(__stack->getNumSlices() - 1);
-}
-
-void VRLRootMediator::setNextSlice() {
-    if (__slice != nullptr)
-        goTo(__stack->findSlice(*__slice) + 1);
-}
-
-void VRLRootMediator::setPreviousSlice() {
-    if (__slice != nullptr)
-        goTo(__stack->findSlice(*__slice) - 1);
-}
-
 void VRLRootMediator::sliceSelectionChange() {
     const auto slices = __sliceList->selectedSlices();
     if (!slices.empty())
-        setSlice(*slices[0]);
+        leaveFor(*slices[0]);
 }
 
 void VRLRootMediator::stackSelectionChange() {
     const auto stacks = __stackList->selectedStacks();
-    if (!stacks.empty())
-        setStack(*stacks[0]);
+    if (stacks.empty())
+        return;
+    if (stacks[0] != __stack && !__locked)
+        __sliceWidget->getMediator().takeShown();
+    setStack(*stacks[0]);
 }
 
 void VRLRootMediator::setCanvasMode(CanvasMode mode) {
@@ -663,19 +658,35 @@ void VRLRootMediator::lockRequest(const bool on) {
 
 void VRLRootMediator::sliceLockEvent(VRLSliceLockEvent& event) {
     __locked = event.isLockOn();
-    __commands.setLocked(__locked);
-    if (event.getSender() != this) {
-        __window.setEnabled(!__locked);
-        updateActions();
+    if (event.getSender() == this) {
+        lockPanels(__locked);
         return;
     }
-    __stackList->setEnabled(!__locked);
-    __sliceList->setEnabled(!__locked);
+    __commands.setLocked(__locked);
+    __window.setEnabled(!__locked);
+    updateActions();
+}
+
+/// Each stroke locks them for a moment, which is not to be seen.
+void VRLRootMediator::lockPanels(bool locked) {
+    if (locked) {
+        std::vector<QWidget*> panels = {__stackList, __sliceList, __toolBar};
+        if (__workspace != nullptr)
+            panels.insert(panels.end(), {&__workspace->models(), &__workspace->history()});
+        for (auto* const button : __statusBar->findChildren<QToolButton*>())
+            panels.push_back(button);
+        __stillLook->hold(panels);
+    }
+    __commands.setLocked(locked);
+    __stackList->setEnabled(!locked);
+    __sliceList->setEnabled(!locked);
     if (__workspace != nullptr) {
-        __workspace->models().setLocked(__locked);
-        __workspace->history().setLocked(__locked);
+        __workspace->models().setLocked(locked);
+        __workspace->history().setLocked(locked);
     }
     updateActions();
+    if (!locked)
+        __stillLook->release();
 }
 
 void VRLRootMediator::stackOpenEvent(VRLStackOpenEvent& event) {

@@ -22,6 +22,7 @@ class BlackWhiteDoubleSlider;
 class ContrastDialog;
 class StackSlice;
 class StepWatch;
+class StillLook;
 class VRLMenu;
 class VRLOverviewWidget;
 class VRLPanorama;
@@ -177,7 +178,11 @@ private:
     void bindCrosshair();
     void crosshairMoved(const VRLStack* stack, const QObject* source);
     void goTo(int position);
+    void leaveFor(StackSlice& slice);
     void showStep(const QString& verb, const QString& what, const StepWatch& watch);
+    void tellStep(const QString& message);
+    void forgetStep();
+    void lockPanels(bool locked);
 
     VRLRootWindow& __window;
     VRLStack* __stack = nullptr;
@@ -197,6 +202,8 @@ private:
     VRLMenu* __recentFilesMenu = nullptr;
     SampleStack __sample;
     CommandRegistry __commands{*this};
+    std::unique_ptr<StillLook> __stillLook; // of the panels, over a stroke
+    QString __stepTold;                     // what was said last about a step; it goes with the next one
     bool __locked = false;
     bool __stackCloses = false; // one that is still counted
 };

@@ -11,6 +11,7 @@
 #include <QAction>
 #include <QDockWidget>
 #include <QFileInfo>
+#include <QListWidget>
 #include <QSettings>
 #include <QString>
 
@@ -27,6 +28,8 @@
 #include "ui/cuts/cutspanel.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/models/vrlslicelistwidget.h"
+#include "ui/models/vrlstacklistwidget.h"
 #include "ui/panorama/vrloverviewwidget.h"
 #include "ui/panorama/vrlpanorama.h"
 #include "ui/scenes/scenepanel.h"
@@ -37,6 +40,7 @@
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
 #include "ui/widgets/blackwhitedoubleslider.h"
+#include "ui/widgets/letterkeys.h"
 #include "ui/widgets/waitcursor.h"
 
 namespace vorlen {
@@ -47,7 +51,7 @@ void VRLRootMediator::initializePanorama() {
     __panorama->addMonitor(*__statusBar);
     for (const char* id : {"slice.properties", "slice.annotate", "slice.delete"})
         __panorama->addContextualMenuAction(&__commands.action(id));
-    connect(__panorama, &VRLPanorama::sliceSelected, this, &VRLRootMediator::setSlice);
+    connect(__panorama, &VRLPanorama::sliceSelected, this, &VRLRootMediator::leaveFor);
     connect(__panorama, &VRLPanorama::sliceActivated, this, qOverload<StackSlice&>(&VRLRootMediator::showPlainview));
     connect(__panorama, &VRLPanorama::sliceDeactivated, this, [this] { showPlainview(); });
     connect(__panorama, &VRLPanorama::selectionChanged, this, [this] {
@@ -89,14 +93,17 @@ void VRLRootMediator::setWorkspace(Workspace& workspace) {
     connect(&workspace, &Workspace::sampleRequested, &__commands.action("help.sample"), &QAction::trigger);
     connect(&workspace, &Workspace::newRequested, &__commands.action("stack.new"), &QAction::trigger);
     connect(&workspace.models(), &ModelPanel::propertiesRequested, this, &VRLRootMediator::runStackModelsDialog);
-    connect(&workspace.models(), &ModelPanel::sliceRequested, this, &VRLRootMediator::setSlice);
+    connect(&workspace.models(), &ModelPanel::sliceRequested, this, &VRLRootMediator::leaveFor);
     connect(&workspace.models(), &ModelPanel::outliningWanted, &editor.getCanvas(), [&editor] {
         editor.getCanvas().setFocus(); // where the keys of the tools are
     });
     connect(&workspace.scene(), &ScenePanel::windowRequested, &__commands.action("stack.reconstruct"),
             &QAction::trigger);
     connect(&workspace.history(), &HistoryPanel::goRequested, this, &VRLRootMediator::goInHistory);
-    // Letters are for the canvas: lists beside it are searched by typing.
+    // Letters are for the canvas: lists beside it are searched by typing the others.
+    for (QWidget* const list :
+         {__stackList->findChild<QListWidget*>(), __sliceList->findChild<QListWidget*>(), &workspace.history().list()})
+        new LetterKeys(*list, editor.getCanvas()); // the list's
     for (const char* id : {"slice.flip", "slice.nextLacking", "view.ghosts", "view.crosshair", "crosshair.place"}) {
         QAction& action = __commands.action(id);
         action.setShortcutContext(Qt::WidgetShortcut);
@@ -257,7 +264,41 @@ void VRLRootMediator::goToCrosshair() {
 
 void VRLRootMediator::flipSlices() {
     if (__slicePaired != nullptr && __stack != nullptr && __stack->findSlice(*__slicePaired) >= 0)
-        setSlice(*__slicePaired);
+        leaveFor(*__slicePaired);
+}
+
+/// The user goes to another slice: an outline that is shown on this one, and could be taken, is taken.
+void VRLRootMediator::leaveFor(StackSlice& slice) {
+    QString taken;
+    if (&slice != __slice && __slice != nullptr && !__locked)
+        taken = __sliceWidget->getMediator().takeShown();
+    setSlice(slice);
+    if (!taken.isEmpty())
+        tellStep(taken);
+}
+
+void VRLRootMediator::goTo(int position) {
+    if (__stack != nullptr && position >= 0 && position < __stack->getNumSlices())
+        leaveFor(__stack->getSlice(position));
+}
+
+void VRLRootMediator::setFirstSlice() {
+    goTo(0);
+}
+
+void VRLRootMediator::setLastSlice() {
+    if (__stack != nullptr)
+        goTo(__stack->getNumSlices() - 1);
+}
+
+void VRLRootMediator::setNextSlice() {
+    if (__slice != nullptr)
+        goTo(__stack->findSlice(*__slice) + 1);
+}
+
+void VRLRootMediator::setPreviousSlice() {
+    if (__slice != nullptr)
+        goTo(__stack->findSlice(*__slice) - 1);
 }
 
 void VRLRootMediator::setNextLackingSlice() {

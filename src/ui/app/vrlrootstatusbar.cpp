@@ -12,6 +12,7 @@
 #include <QToolButton>
 
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/widgets/elidedline.h"
 
 namespace vorlen {
 
@@ -50,7 +51,10 @@ VRLRootStatusBar::VRLRootStatusBar(QWidget* parent) : QFrame(parent) {
     __slice = nameField("Current slice", this);
     __annotateSlice = annotationButton(this);
     __statusBar = new QStatusBar(this);
-    __statusBar->setSizeGripEnabled(false);
+    __statusBar->hide();
+    auto* const line = new ElidedLine(this);
+    line->setAccessibleName("Message");
+    connect(__statusBar, &QStatusBar::messageChanged, line, &ElidedLine::setLine);
     __warning = new QLabel(this);
     __warning->setAccessibleName("Warning");
     __warning->hide();
@@ -79,7 +83,7 @@ VRLRootStatusBar::VRLRootStatusBar(QWidget* parent) : QFrame(parent) {
     layout->addWidget(__annotateSlice);
     layout->addSpacing(5);
     layout->addWidget(__warning);
-    layout->addWidget(__statusBar, 1);
+    layout->addWidget(line, 1);
     layout->addWidget(__sliceStatusBar);
     layout->addWidget(__progressBar);
 }

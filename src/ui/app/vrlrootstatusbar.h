@@ -18,6 +18,7 @@ class VRLSliceEditWidgetStatusBar;
 
 /// Status bar of a root window: the current stack and slice, messages, what the slice view tells, and progress.
 ///
+/// A message that has no room ends in three dots; its tip is the whole.
 /// While a subject reports, the window keeps painting and no command can start.
 class VRLRootStatusBar : public QFrame, public ProgressMonitor {
     Q_OBJECT
@@ -57,7 +58,7 @@ private:
     QToolButton* __annotateStack;
     QLineEdit* __slice;
     QToolButton* __annotateSlice;
-    QStatusBar* __statusBar;
+    QStatusBar* __statusBar; // keeps the message and its time; is not seen itself
     QLabel* __warning;
     VRLSliceEditWidgetStatusBar* __sliceStatusBar;
     QProgressBar* __progressBar;

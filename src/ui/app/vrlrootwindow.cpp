@@ -13,12 +13,10 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
-#include <QPainter>
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
 #include <QStatusBar>
-#include <QStyle>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -46,6 +44,7 @@
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetstatusbar.h"
+#include "ui/widgets/elidedline.h"
 #include "ui/widgets/placedwindow.h"
 #include "ui/widgets/vrlsplitter.h"
 
@@ -56,6 +55,7 @@ namespace {
 const QUrl homepage("https://example.org/vorlen");
 const QUrl manual("https://example.org/vorlen/manual.pdf");
 const QUrl mailingList("https://example.org/vorlen/list");
+constexpr int longestHint = 140; // characters, about
 
 void restoreVisibility(QAction& toggle, const QString& settingsKey, QWidget& part) {
     const bool visible = QSettings().value(settingsKey, true).toBool();
@@ -76,21 +76,6 @@ int browserShare() {
     return QSettings().value("rootWindow/size", defaultSize()).toSize().width() < 1000 ? 180 : 250;
 }
 
-/// A line of text that ends in three dots where it has no room.
-class ElidedLine : public QLabel {
-public:
-    using QLabel::QLabel;
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        const QRect room = contentsRect();
-        const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, room.width());
-        style()->drawItemText(&painter, room, Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(), shown,
-                              foregroundRole());
-    }
-};
-
 } // namespace
 
 int VRLRootWindow::__numRootWindows = 0;
@@ -100,14 +85,9 @@ bool VRLRootWindow::__uponQuitting = false;
 QLabel* VRLRootWindow::newHintLine(QWidget* parent) {
     auto* line = new ElidedLine(parent);
     line->setContentsMargins(6, 2, 6, 2);
-    line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // no hint widens the window
-    line->setTextFormat(Qt::PlainText);
     line->setAccessibleName("Hint");
-    connect(&__statusBar->getSliceEditWidgetStatusBar(), &QStatusBar::messageChanged, line,
-            [line](const QString& hint) {
-                line->setText(hint);
-                line->setToolTip(hint);
-            });
+    line->setRoomFor(longestHint);
+    connect(&__statusBar->getSliceEditWidgetStatusBar(), &QStatusBar::messageChanged, line, &ElidedLine::setLine);
     return line;
 }
 

@@ -8,6 +8,7 @@
 #include <QFrame>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QSettings>
 #include <QToolBar>
@@ -24,6 +25,7 @@
 #include "ui/slices/tooloptionspanel.h"
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
+#include "ui/widgets/placedwindow.h"
 #include "ui/widgets/viewpane.h"
 
 namespace vorlen {
@@ -40,7 +42,7 @@ QFrame* newStrip(const QString& text, const std::vector<QPushButton*>& buttons, 
     strip->setBackgroundRole(QPalette::ToolTipBase);
     strip->setForegroundRole(QPalette::ToolTipText);
     auto* const layout = new QVBoxLayout(strip);
-    layout->setContentsMargins(12, 8, 12, 8);
+    layout->setContentsMargins(8, 8, 8, 8);
     layout->setSpacing(8);
     auto* const label = new QLabel(text, strip);
     label->setForegroundRole(QPalette::ToolTipText);
@@ -48,9 +50,11 @@ QFrame* newStrip(const QString& text, const std::vector<QPushButton*>& buttons, 
     label->setWordWrap(true);
     layout->addWidget(label);
     auto* const row = new QHBoxLayout;
-    row->setSpacing(8);
-    for (QPushButton* const button : buttons)
+    row->setSpacing(6);
+    for (QPushButton* const button : buttons) {
+        button->setMinimumWidth(button->fontMetrics().horizontalAdvance(button->text()) + 6); // on a narrow screen
         row->addWidget(button);
+    }
     row->addStretch(1);
     layout->addLayout(row);
     return strip;
@@ -191,6 +195,18 @@ void Workspace::showPanes() {
         resizeDocks({__cutsDock, __sceneDock}, {height() / 2, height() / 2}, Qt::Vertical);
         resizeDocks({__cutsDock, __sceneDock}, {width() * 3 / 5, width() * 2 / 5}, Qt::Horizontal);
     }
+    foldOnLowScreen();
+}
+
+/// Where the screen is too low for all docks the options of the tool go behind the models.
+void Workspace::foldOnLowScreen() {
+    const int around = window()->frameGeometry().height() - height();
+    const bool fits = minimumSizeHint().height() + around <= screen()->availableGeometry().height();
+    if (fits || __optionsDock->isHidden() || __optionsDock->isFloating() || __modelDock->isHidden())
+        return;
+    tabifyDockWidget(__modelDock, __optionsDock);
+    __modelDock->raise();
+    fitOnScreen(*window()); // which had grown
 }
 
 void Workspace::updateFirstSteps() {

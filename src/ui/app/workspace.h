@@ -62,6 +62,7 @@ signals:
     void sampleRequested();
 
 private:
+    void foldOnLowScreen();
     QDockWidget* newDock(const QString& title, const char* name, QWidget* content);
     QFrame* newFirstSteps(QWidget* views);
     QWidget* newCuts();

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include <QFileDialog>
+
 namespace vorlen {
 
 namespace {
@@ -27,6 +29,13 @@ QStringList imageNameFilters() {
     for (const char* const suffix : suffixes)
         patterns += patternOf(suffix);
     return {"Images (" + patterns.join(' ') + ")", "All files (*)"};
+}
+
+void setFilters(QFileDialog& dialog, const QStringList& filters) {
+    constexpr int longest = 40; // characters, that say more than they take
+    dialog.setOption(QFileDialog::HideNameFilterDetails,
+                     std::any_of(filters.begin(), filters.end(), [](const QString& each) { return each.size() > longest; }));
+    dialog.setNameFilters(filters);
 }
 
 bool isImageName(const QString& name) {

@@ -79,7 +79,7 @@ void VRLStackImageListEditor::addImages(const QStringList& files) {
 
 void VRLStackImageListEditor::chooseImages() {
     QFileDialog dialog(this, "Select image files");
-    dialog.setNameFilters(imageNameFilters());
+    setFilters(dialog, imageNameFilters());
     dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setDirectory(VRLSettings::settings.getInputDirectory());
     dialog.resize(400, 300);

@@ -157,7 +157,7 @@ VRLStack* VRLStackIO::openDropped(const QStringList& paths) {
 VRLStack* VRLStackIO::openChosenFiles(const QString& title, const QStringList& filters,
                                       VRLStack* (VRLStackIO::*open)(const std::string&)) {
     QFileDialog dialog(__parent, title);
-    dialog.setNameFilters(filters);
+    setFilters(dialog, filters);
     dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setDirectory(VRLSettings::settings.getInputDirectory());
     dialog.resize(VRLSettings::getOpenStackDialogSize());
@@ -602,7 +602,7 @@ bool VRLStackIO::insertSlice(VRLStack& stack, int position) {
 
 QStringList VRLStackIO::chooseImages() {
     QFileDialog dialog(__parent, "Select image files");
-    dialog.setNameFilters(imageNameFilters());
+    setFilters(dialog, imageNameFilters());
     dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setDirectory(VRLSettings::settings.getInputDirectory());
     dialog.resize(fileDialogSize);

@@ -96,7 +96,8 @@ VRLFusionWindow::VRLFusionWindow(QWidget* parent) : QWidget(parent, Qt::Window) 
     layout->addWidget(__statusBar);
     connect(qApp, &QCoreApplication::aboutToQuit, this, &QWidget::close);
     const QSize screen = QGuiApplication::primaryScreen()->size();
-    keepPlace(*this, "fusionWindow", QSize(screen.width() * 2 / 3, screen.height() * 2 / 3));
+    const QSize usual(screen.width() * 2 / 3, screen.height() * 2 / 3);
+    keepPlace(*this, "fusionWindow", usual.expandedTo(QSize(1060, 640))); // the scene has room beside the panels
     __mediator->setStatusReady();
     setWindowTitle("Normalization");
 }

@@ -124,6 +124,7 @@ void ModelPanel::makeList() {
     for (int column = 0; column < ModelTable::NumColumns; ++column)
         others += column == ModelTable::Name ? 0 : header.sectionSize(column);
     __list->setMinimumWidth(others + leastNameWidth); // a name is seen, and can be typed, however narrow the panel is
+    __list->setMinimumHeight(header.sizeHint().height() + 2 * header.fontMetrics().lineSpacing()); // of a low window
     connect(__list, &QTreeView::clicked, this, &ModelPanel::clicked);
     connect(__list->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
             [this](QWidget*, QAbstractItemDelegate::EndEditHint hint) { endNaming(hint); });
@@ -154,6 +155,7 @@ void ModelPanel::makeButtons() {
 
     __empty = new QLabel(this);
     __empty->setWordWrap(true);
+    __empty->setMinimumHeight(2 * __empty->fontMetrics().lineSpacing()); // makes no room where it is not seen
     __empty->setAlignment(Qt::AlignCenter);
     __firstNew = new QPushButton("New model", this);
     __firstNew->setObjectName("firstNewModel");

@@ -1,6 +1,7 @@
 #include "ui/models/modeltable.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 
 #include <QColor>
@@ -26,32 +27,41 @@ namespace vorlen {
 
 namespace {
 
+/// Of 16 pixels, or of 32 on a finer screen; the colours stay as they are where the row is selected.
+QIcon painted(const std::function<void(QPainter&)>& paint) {
+    QIcon icon;
+    for (const int size : {16, 32}) {
+        QPixmap picture(size, size);
+        picture.fill(Qt::transparent);
+        QPainter painter(&picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.scale(size / 16.0, size / 16.0);
+        paint(painter);
+        painter.end();
+        icon.addPixmap(picture);
+        icon.addPixmap(picture, QIcon::Selected);
+    }
+    return icon;
+}
+
 QIcon swatch(const QColor& color) {
-    QPixmap picture(16, 16);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(color.darker(150));
-    painter.setBrush(color);
-    painter.drawRoundedRect(QRectF(1.5, 1.5, 13, 13), 3, 3);
-    painter.end();
-    return picture;
+    return painted([&color](QPainter& painter) {
+        painter.setPen(color.darker(150));
+        painter.setBrush(color);
+        painter.drawRoundedRect(QRectF(1.5, 1.5, 13, 13), 3, 3);
+    });
 }
 
 /// Cards one behind the other, in the colours of the first models.
 QIcon cards(const std::vector<QColor>& colors) {
-    QPixmap picture(16, 16);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    for (std::size_t i = std::min<std::size_t>(colors.size(), 3); i-- > 0;) {
-        const double shift = 2.5 * double(i);
-        painter.setPen(colors[i].darker(150));
-        painter.setBrush(colors[i]);
-        painter.drawRoundedRect(QRectF(1.5 + shift, 5.5 - shift, 8, 8), 2, 2);
-    }
-    painter.end();
-    return picture;
+    return painted([&colors](QPainter& painter) {
+        for (std::size_t i = std::min<std::size_t>(colors.size(), 3); i-- > 0;) {
+            const double shift = 2.5 * double(i);
+            painter.setPen(colors[i].darker(150));
+            painter.setBrush(colors[i]);
+            painter.drawRoundedRect(QRectF(1.5 + shift, 5.5 - shift, 8, 8), 2, 2);
+        }
+    });
 }
 
 constexpr const char* mimeType = "application/x-vorlen-models";

@@ -21,6 +21,7 @@ QString sizeText(std::uint64_t bytes) {
 SectionCachePanel::SectionCachePanel(QWidget* parent) : QWidget(parent) {
     __text = new QLabel(this);
     __text->setTextFormat(Qt::PlainText);
+    __text->setWordWrap(true);
     __text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     __text->setAccessibleName("Reduced images");
     __clear = new QPushButton("Clear", this);

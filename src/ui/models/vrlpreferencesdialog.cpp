@@ -21,6 +21,7 @@ QLabel* newFolders(QWidget* parent) {
                                 VRLRecovery::userHistoryDirectory(),
                             parent);
     text->setTextFormat(Qt::PlainText);
+    text->setWordWrap(true);
     text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     text->setAccessibleName("Folders");
     text->setToolTip("Edit > Clear undo history deletes the history of a stack");
@@ -55,6 +56,8 @@ VRLPreferencesDialog::VRLPreferencesDialog(QWidget* parent) : QDialog(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(contents, 1);
     layout->addLayout(buttons);
+    constexpr int wide = 620; // the folders in one line each
+    resize(wide, layout->totalHeightForWidth(wide));
     __mediator = new VRLPreferencesDialogMediator(*this, *editor, *apply, *cancel, *ok);
 }
 

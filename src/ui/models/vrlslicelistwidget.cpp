@@ -32,6 +32,7 @@ VRLSliceListWidget::VRLSliceListWidget(QWidget* parent) : QWidget(parent) {
     __slider->setAccessibleName("Slice");
     __slider->setToolTip("Goes through the slices, from the first to the last");
     __slider->setPageStep(1);
+    __slider->setFocusPolicy(Qt::TabFocus); // a drag leaves the keys to the slice
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);

@@ -3,6 +3,7 @@
 #include <functional>
 
 #include <QContextMenuEvent>
+#include <QKeyEvent>
 #include <QStatusBar>
 
 #include "document/model.h"
@@ -333,6 +334,10 @@ void VRLSliceEditWidgetMediator::chooseTool(const char* id) {
             return runCommand(command, QString());
 }
 
+QString VRLSliceEditWidgetMediator::takeShown() {
+    return !isInteracting() && __chosen != nullptr ? __chosen->takeShown() : QString();
+}
+
 void VRLSliceEditWidgetMediator::chooseSelection() {
     chooseTool(selectingToolId);
 }
@@ -445,10 +450,26 @@ bool VRLSliceEditWidgetMediator::canvasEvent(QEvent* event) {
         return true;
     if (tool != nullptr && tool->process(event))
         return true;
+    if (type == QEvent::KeyPress)
+        keyWithoutEffect(*static_cast<QKeyEvent*>(event));
     if (type != QEvent::ContextMenu)
         return VRLSliceWidgetMediator::canvasEvent(event);
     contextMenuEvent(static_cast<QContextMenuEvent*>(event));
     return event->isAccepted();
+}
+
+// The key of a command that makes sense does not come here.
+void VRLSliceEditWidgetMediator::keyWithoutEffect(const QKeyEvent& event) {
+    if (isInteracting() || getSlice() == nullptr)
+        return;
+    const QKeySequence keys(event.keyCombination());
+    for (const QAction* const action : __menus->getActions()) {
+        if (action->isEnabled() || !action->shortcuts().contains(keys))
+            continue;
+        const QString name = '"' + action->text().remove('&') + '"';
+        return setHint(__selected.emptySelection() ? name + " works on what is selected: click on an outline first."
+                                                   : name + " is not for what is selected now.");
+    }
 }
 
 // The menu runs a loop of its own, in which this object may be deleted.

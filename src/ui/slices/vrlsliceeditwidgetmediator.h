@@ -87,6 +87,9 @@ public:
     /// The tool that has the canvas while no other runs is the one of this command; it stays on until another is
     /// chosen. Nothing for a command of another kind.
     void chooseTool(const char* id);
+    /// For one who goes to another slice: what the tool shows on this one, and could be taken by a key, is taken. Says
+    /// what; empty where there is nothing to take.
+    QString takeShown();
     void chooseSelection();
     /// Runs the command of a tool for the model, and shows what it has started the input.
     void begin(const char* id, const Model& model, QEvent& input);
@@ -138,6 +141,9 @@ protected:
 
     /// Runs the context menu. Without a slice the event is left to others.
     void contextMenuEvent(QContextMenuEvent* event);
+
+    /// Says why the key of a command that makes no sense now does nothing.
+    void keyWithoutEffect(const QKeyEvent& event);
 
 private:
     friend class SliceToolHost;

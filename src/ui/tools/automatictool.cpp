@@ -338,25 +338,38 @@ void AutomaticTool::find() {
     showBox();
     canvas().update();
     const QString end = __found.touchesBox ? " The outline ends at the box: drag a larger one for all of it." : "";
-    host().setHint(hasOutline() ? "Return or a click: take the outline of " + QString::number(__preview->getSize()) +
+    host().setHint(hasOutline() ? "Return, a click or another slice: take the outline of " +
+                                      QString::number(__preview->getSize()) +
                                       " vertices. Drag: another box. Escape: give up." + end
                                 : "There is no outline here. Change the threshold, or drag a box around a structure.");
     emit optionsChanged();
 }
 
-void AutomaticTool::accept() {
+bool AutomaticTool::accept() {
     if (!hasOutline() || __model == nullptr || stack() == nullptr || slice() == nullptr)
-        return;
+        return false;
     Model& model = *__model;
     const BoxOutline::Found found = __found;
     giveUp();
+    bool added = false;
     guarded(&canvas(), "The outline cannot be added.", [&] {
         const Outcome outcome = addFound(*stack(), *slice(), model, found);
-        if (outcome)
+        added = bool(outcome);
+        if (added)
             host().setRestingHint();
         else
             host().setHint(QString::fromStdString(outcome.getReason()) + ".");
     });
+    return added;
+}
+
+QString AutomaticTool::takeShown() {
+    if (!isActive() || __pressed || !hasOutline() || __model == nullptr || slice() == nullptr)
+        return QString();
+    const QString what =
+        QString("The outline of \"%1\" on %2 was taken.")
+            .arg(QString::fromStdString(__model->getName()), QString::fromStdString(slice()->getName()));
+    return accept() ? what : QString();
 }
 
 } // namespace vorlen

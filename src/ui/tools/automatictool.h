@@ -22,8 +22,9 @@ namespace vorlen {
 /// Decisions: the outline is that of BoxOutline, which ends at the box. Around a click the box is a square of 240 units
 /// of the canvas, and grows as long as the structure reaches its sides, to 2000 pixels at most. Another box replaces
 /// what is shown; Escape gives it up, and without it brings the selecting tool back. What is shown is no part of the
-/// document: another slice, and an undo of the model, end it. Smoothing, side and simplification are kept for the next
-/// outline, in all windows; the threshold is proposed anew for each box.
+/// document: another slice, and an undo of the model, end it; but the user who goes to another slice takes it by that.
+/// Smoothing, side and simplification are kept for the next outline, in all windows; the threshold is proposed anew for
+/// each box.
 class AutomaticTool : public VRLSliceEditWidgetMediatorDelegate {
     Q_OBJECT
 
@@ -38,6 +39,7 @@ public:
     void abandon() override;
     void modelGone(const Model& model) override;
     QString restingHint(const StackSliceSelectionInfo& selected) const override;
+    QString takeShown() override;
     QWidget* newOptions(QWidget* parent) override;
 
     /// Whether an outline is shown that can be taken.
@@ -61,8 +63,8 @@ public:
     int getLeast() const { return hasBox() ? __search->getLeast() : 0; }
     int getGreatest() const { return hasBox() ? __search->getGreatest() : 0; }
 
-    /// Adds the outline that is shown. Nothing without one.
-    void accept();
+    /// Adds the outline that is shown. False where there is none, or it is refused, which is said.
+    bool accept();
 
     /// By the key of the command that ends what runs, where the canvas has not the keyboard.
     void giveUpByKey();

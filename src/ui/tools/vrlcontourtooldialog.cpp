@@ -38,19 +38,28 @@ QInputBox* VRLContourToolDialog::addBox(const QString& label, int minimum, int m
     return box;
 }
 
+void VRLContourToolDialog::addWidget(QWidget* widget) {
+    __layout->addWidget(widget);
+}
+
+void VRLContourToolDialog::setAcceptable(bool acceptable) {
+    if (__ok != nullptr)
+        __ok->setEnabled(acceptable);
+}
+
 void VRLContourToolDialog::addButtons(const QString& cancelTip, const QString& okTip) {
     auto* const cancel = new QPushButton("Cancel", this);
     cancel->setToolTip(cancelTip);
     cancel->setAutoDefault(false);
-    auto* const ok = new QPushButton("OK", this);
-    ok->setToolTip(okTip);
-    ok->setDefault(true);
+    __ok = new QPushButton("OK", this);
+    __ok->setToolTip(okTip);
+    __ok->setDefault(true);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
+    connect(__ok, &QPushButton::clicked, this, &QDialog::accept);
     auto* const buttons = new QHBoxLayout;
     buttons->addStretch(1);
     buttons->addWidget(cancel);
-    buttons->addWidget(ok);
+    buttons->addWidget(__ok);
     buttons->addStretch(1);
     __layout->addSpacing(6);
     __layout->addLayout(buttons);

@@ -2,6 +2,7 @@
 
 #include <QDialog>
 
+class QPushButton;
 class QVBoxLayout;
 
 namespace vorlen {
@@ -19,12 +20,19 @@ protected:
     /// A box below those that are there, in line with them.
     QInputBox* addBox(const QString& label, int minimum, int maximum, const QString& suffix, const QString& toolTip);
 
+    /// Below what is there.
+    void addWidget(QWidget* widget);
+
     /// After all boxes.
     void addButtons(const QString& cancelTip = "Leaves the contour as it was",
                     const QString& okTip = "Gives the contour the vertices of the preview");
 
+    /// Whether "OK" can be pressed, as at first.
+    void setAcceptable(bool acceptable);
+
 private:
     QVBoxLayout* __layout;
+    QPushButton* __ok = nullptr;
 };
 
 } // namespace vorlen

@@ -1,5 +1,6 @@
 #include "ui/tools/vrlsliceeditwidgetmediatorcreationdelegate.h"
 
+#include <cmath>
 #include <exception>
 
 #include <QContextMenuEvent>
@@ -185,7 +186,7 @@ void VRLSliceEditWidgetMediatorCreationDelegate::mousePressEvent(QMouseEvent* ev
     if (event->buttons() == Qt::LeftButton) {
         const QPoint position = event->position().toPoint();
         event->accept();
-        if (closesAt(position))
+        if (closesAt(position, false))
             return apply();
         __everyMove = std::make_unique<EveryMove>();
         appendVertex(position);
@@ -209,18 +210,26 @@ void VRLSliceEditWidgetMediatorCreationDelegate::mouseReleaseEvent(QMouseEvent* 
     anyEvent(event);
     __everyMove.reset();
     const bool closes =
-        acts() && event->button() == Qt::LeftButton && __stroke && closesAt(event->position().toPoint());
+        acts() && event->button() == Qt::LeftButton && __stroke && closesAt(event->position().toPoint(), true);
     __stroke = false;
     if (closes)
         apply();
 }
 
-bool VRLSliceEditWidgetMediatorCreationDelegate::closesAt(const QPoint& position) const {
-    constexpr int near = 8; // units of the canvas
+/// A hand that draws seldom meets its beginning: a stroke that has come round may leave a gap.
+bool VRLSliceEditWidgetMediatorCreationDelegate::closesAt(const QPoint& position, bool byStroke) const {
+    constexpr double near = 8, gapOfStroke = 20, timesTheGap = 8; // units of the canvas
     if (!__item->isClosed() || __item->getSize() < 3 || host().isChosen(selectingToolId))
         return false;
-    const QPointF way = host().canvasPosition(__item->getVertices()[0]) - QPointF(position);
-    return way.manhattanLength() <= near;
+    const auto distance = [](const QPointF& way) { return std::hypot(way.x(), way.y()); };
+    const auto at = [this](int i) { return host().canvasPosition(__item->getVertices()[i]); };
+    const double gap = distance(at(0) - QPointF(position));
+    if (gap <= near || !byStroke || gap > gapOfStroke)
+        return gap <= near;
+    double length = 0;
+    for (int i = 1; i < __item->getSize(); ++i)
+        length += distance(at(i) - at(i - 1));
+    return length >= timesTheGap * gap;
 }
 
 void VRLSliceEditWidgetMediatorCreationDelegate::tabletMoveEvent(QTabletEvent* event) {

@@ -19,7 +19,7 @@ class Model;
 /// Decisions: nothing starts for an unknown model, or on a slice whose stack keeps no history. The press of the right
 /// button that gives a drawing up does not open the context menu too. A drawing is given up when its model or its slice
 /// goes away. Where drawing stays on, an outline is also closed by a click on its first vertex, or by a stroke that
-/// ends there; without that choice every click adds a vertex.
+/// ends near it; without that choice every click adds a vertex.
 class VRLSliceEditWidgetMediatorCreationDelegate : public VRLSliceEditWidgetMediatorDelegate {
     Q_OBJECT
 
@@ -72,7 +72,7 @@ protected:
     ModelItem* item() const { return __item.get(); }
     /// Whether a click, or the end of a stroke, at this position of the canvas closes the outline: near its first
     /// vertex, where the tool that stays on draws one outline after the other.
-    bool closesAt(const QPoint& position) const;
+    bool closesAt(const QPoint& position, bool byStroke) const;
 
 private:
     bool keep();

@@ -68,6 +68,10 @@ void VRLSliceEditWidgetMediatorDelegate::modelGone(const Model& model) {
 void VRLSliceEditWidgetMediatorDelegate::itemChanged(const ModelItem&) {
 }
 
+QString VRLSliceEditWidgetMediatorDelegate::takeShown() {
+    return QString();
+}
+
 QString VRLSliceEditWidgetMediatorDelegate::restingHint(const StackSliceSelectionInfo&) const {
     return QString();
 }

@@ -42,6 +42,10 @@ public:
     /// The vertices of the item have changed.
     virtual void itemChanged(const ModelItem& item);
 
+    /// Takes what the tool shows and could be taken, as the user goes to another slice. Says what, for the user; empty
+    /// for nothing.
+    virtual QString takeShown();
+
     /// What the next input does, where this tool rests and this is selected.
     virtual QString restingHint(const StackSliceSelectionInfo& selected) const;
 

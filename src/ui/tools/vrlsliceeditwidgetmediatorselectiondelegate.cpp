@@ -237,27 +237,39 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::copyToNeighbour(int direction)
     if (!selectForCopying())
         return;
     StackSlice& target = stack()->getSlice(rank);
+    const bool isSecond = outlinedAlready(*stack(), *slice())[std::size_t(rank)];
     const Outcome outcome = vorlen::copySelection(*stack(), *slice(), {&target});
-    if (outcome)
+    if (outcome) {
         host().showSlice(target);
-    else
+        if (isSecond)
+            host().setHint("This slice was outlined there already: now there are two. Ctrl+Z takes the copy back.");
+    } else
         warnUnlessDone("Copy to slice", outcome);
 }
 
+/// To the slices around, but those that have the outline already.
 void VRLSliceEditWidgetMediatorSelectionDelegate::copyToSlices() {
     if (stack() == nullptr || !selectForCopying())
         return;
-    const int rank = stack()->findSlice(*slice());
+    const std::vector<bool> outlined = outlinedAlready(*stack(), *slice());
+    std::vector<VRLCopyDialog::Slice> slices;
+    for (int i = 0; i < stack()->getNumSlices(); ++i)
+        slices.push_back({QString::fromStdString(stack()->getSlice(i).getName()), outlined[std::size_t(i)]});
     const QPointer<QObject> self(this);
-    const QPointer<VRLCopyDialog> dialog = new VRLCopyDialog(&canvas(), rank, stack()->getNumSlices() - 1 - rank);
+    const QPointer<VRLCopyDialog> dialog =
+        new VRLCopyDialog(&canvas(), std::move(slices), stack()->findSlice(*slice()));
     const bool accepted = dialog->exec() == QDialog::Accepted && self && dialog && stack() != nullptr;
-    const int before = accepted ? dialog->getNumBefore() : 0, behind = accepted ? dialog->getNumBehind() : 0;
+    std::vector<StackSlice*> targets;
+    if (accepted)
+        for (const int rank : dialog->targets())
+            if (rank < stack()->getNumSlices())
+                targets.push_back(&stack()->getSlice(rank));
     delete dialog;
     if (!accepted)
         return;
-    const Outcome outcome = copySelectionAround(*stack(), *slice(), before, behind);
+    const Outcome outcome = vorlen::copySelection(*stack(), *slice(), targets);
     if (outcome)
-        host().setHint(QString("Copied to %1 slices.").arg(before + behind));
+        host().setHint(QString("Copied to %1 %2.").arg(targets.size()).arg(targets.size() == 1 ? "slice" : "slices"));
     else
         warnUnlessDone("Copy to slices", outcome);
 }
@@ -320,8 +332,8 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::fillAllGaps() {
     const Outcome outcome = vorlen::fillAllGaps(*stack(), *model, numFilled);
     if (outcome)
         host().setHint(QString("%1 outlined on %2 more slices.").arg(name).arg(numFilled));
-    else
-        warnUnlessDone("Fill all gaps", outcome);
+    else // no more than a word, as for one gap
+        host().setHint(QString::fromStdString(outcome.getReason()) + '.');
 }
 
 void VRLSliceEditWidgetMediatorSelectionDelegate::decimateSelection() {

@@ -338,6 +338,7 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverSlice() {
 void VRLSliceEditWidgetMediatorSnakeDelegate::runOverStack(int reach) {
     SnakeOperation operation(*stack(), *__item, __snakeConfig);
     operation.setReplacing(__snakeConfig.isReplacing());
+    operation.setPassingOver(__snakeConfig.isPassingOver());
     const QPointer<Delegate> self(this);
     const Run run(*this, operation);
     operation.runOnRange(reach, __snakeConfig.isPropagationEnabled());
@@ -347,6 +348,8 @@ void VRLSliceEditWidgetMediatorSnakeDelegate::runOverStack(int reach) {
                     .arg(operation.isCanceled() ? "The snake was stopped: contours" : "Snake: contours")
                     .arg(operation.getNumContours())
                     .arg(operation.getNumSlices());
+    if (const int n = operation.getNumOutlined(); n > 0)
+        __outcome += QString(" %1 %2 outlined already.").arg(n).arg(n == 1 ? "was" : "were");
     QStringList without;
     for (const std::string& name : operation.getSlicesWithoutContour())
         without += QString::fromStdString(name);

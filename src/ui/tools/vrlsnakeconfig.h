@@ -27,11 +27,16 @@ public:
     bool isReplacing() const { return __replacing; }
     void setReplacing(bool on) { __replacing = on; }
 
+    /// Whether slices of the range that are outlined there already are left alone.
+    bool isPassingOver() const { return __passingOver; }
+    void setPassingOver(bool on) { __passingOver = on; }
+
 private:
     bool __runOverStack = false;
     bool __propagationEnabled = false;
     int __reach = 10;
     bool __replacing = false;
+    bool __passingOver = true;
 };
 
 } // namespace vorlen

@@ -73,16 +73,20 @@ VRLSnakeConfigEditor::VRLSnakeConfigEditor(QWidget* parent) : QFrame(parent) {
         "Otherwise, the snake will be run independently on each slice, taking the current contour for "
         "initialization.");
     __propagation->setEnabled(false);
+    __passesOver = newCheckBox(*grid, 8, "Pass over outlined slices",
+                               "Slices that have an outline of the model there already are left alone. Otherwise they "
+                               "have two outlines of it at one place then.");
+    __passesOver->setEnabled(false);
     __scale = new QSpinBox(this);
     __scale->setRange(1, 10);
-    addRow(*grid, 8, "Scale", *__scale,
+    addRow(*grid, 9, "Scale", *__scale,
            "The image is reduced so many times before the run: faster, and with a longer reach, but less exact.");
     connect(__allSlices, &QCheckBox::stateChanged, this, &VRLSnakeConfigEditor::allSliceBoxChanged);
     for (QDoubleSpinBox* const box : {__alpha, __threshold, __regMax})
         connect(box, &QDoubleSpinBox::valueChanged, this, &VRLSnakeConfigEditor::changed);
     for (QSpinBox* const box : {__reach, __scale})
         connect(box, &QSpinBox::valueChanged, this, &VRLSnakeConfigEditor::changed);
-    for (QCheckBox* const box : {__adaptive, __replaces, __allSlices, __propagation})
+    for (QCheckBox* const box : {__adaptive, __replaces, __allSlices, __propagation, __passesOver})
         connect(box, &QCheckBox::toggled, this, &VRLSnakeConfigEditor::changed);
     setConfig(VRLSnakeConfig());
 }
@@ -97,6 +101,7 @@ void VRLSnakeConfigEditor::setConfig(const VRLSnakeConfig& config) {
     __allSlices->setChecked(config.getRunOverStack());
     __reach->setValue(config.getReach());
     __propagation->setChecked(config.isPropagationEnabled());
+    __passesOver->setChecked(config.isPassingOver());
     __scale->setValue(int(qMin(config.getScale(), 10u)));
 }
 
@@ -110,6 +115,7 @@ VRLSnakeConfig VRLSnakeConfigEditor::getConfig() const {
     config.setRunOverStack(__allSlices->isChecked());
     config.setReach(__reach->value());
     config.setPropagationEnabled(__propagation->isChecked());
+    config.setPassingOver(__passesOver->isChecked());
     config.setScale(static_cast<unsigned int>(__scale->value()));
     return config;
 }
@@ -117,6 +123,7 @@ VRLSnakeConfig VRLSnakeConfigEditor::getConfig() const {
 void VRLSnakeConfigEditor::allSliceBoxChanged(int state) {
     __reach->setEnabled(state == Qt::Checked);
     __propagation->setEnabled(state == Qt::Checked);
+    __passesOver->setEnabled(state == Qt::Checked);
 }
 
 } // namespace vorlen

@@ -12,8 +12,8 @@ namespace vorlen {
 
 /// The controls of a snake's parameters.
 ///
-/// Decisions: values beyond the range of a control become its nearest end. A choice of propagation stays when the run
-/// over the slices is switched off, and means nothing then.
+/// Decisions: values beyond the range of a control become its nearest end. The choices for the run
+/// over the slices stay when it is switched off, and mean nothing then.
 class VRLSnakeConfigEditor : public QFrame {
     Q_OBJECT
 
@@ -41,6 +41,7 @@ private:
     QCheckBox* __allSlices;
     QSpinBox* __reach;
     QCheckBox* __propagation;
+    QCheckBox* __passesOver;
     QSpinBox* __scale;
 };
 

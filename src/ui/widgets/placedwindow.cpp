@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QEvent>
+#include <QFileDialog>
 #include <QLayout>
 #include <QScreen>
 #include <QScrollArea>
@@ -13,6 +14,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
+#include <QWindow>
 
 namespace vorlen {
 
@@ -103,15 +105,49 @@ void makeScrollable(QDialog& dialog, const QSize& room) {
 void settleFrame(QWidget& window) {
     if (!window.isVisible() || window.isMaximized() || window.isFullScreen())
         return;
-    const QRect room = roomFor(window), frame = window.frameGeometry();
+    QWindow* const handle = window.windowHandle(); // a widget may have asked for its frame too early, and keeps that
+    if (handle == nullptr)
+        return;
+    const QRect room = roomFor(window), frame = handle->frameGeometry();
     const QSize over = (frame.size() - room.size()).expandedTo(QSize(0, 0));
     if (!over.isNull())
         window.resize(window.size() - over);
-    const QSize size = frame.size() - over;
+    const QSize size = (frame.size() - over).boundedTo(room.size());
     const int left = std::clamp(frame.left(), room.left(), room.left() + room.width() - size.width());
     const int top = std::clamp(frame.top(), room.top(), room.top() + room.height() - size.height());
     if (QPoint(left, top) != frame.topLeft())
-        window.move(left, top);
+        // Not by the place of the frame: where the window itself is there now, some desktops take it for no move.
+        handle->setPosition(handle->position() + QPoint(left, top) - frame.topLeft());
+}
+
+constexpr const char* fileDialogSizeKey = "fileDialogs/size";
+
+/// Keeps the size that the user gives a dialog of files, as its child, for all of them.
+class SizeKeeper : public QObject {
+public:
+    explicit SizeKeeper(QFileDialog& dialog) : QObject(&dialog), __dialog(dialog), __given(dialog.size()) {
+        dialog.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Hide && !event->spontaneous() && __dialog.size() != __given)
+            QSettings().setValue(fileDialogSizeKey, __dialog.size());
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QFileDialog& __dialog;
+    QSize __given;
+};
+
+/// Dialogs of files begin so small that names are cut, and forget their size.
+void giveRoom(QFileDialog& dialog, const QSize& room) {
+    if (dialog.findChild<QLayout*>() == nullptr || dialog.property("vorlenSized").toBool())
+        return; // that of the desktop has its own, and one that comes back keeps it
+    dialog.setProperty("vorlenSized", true);
+    const QSize kept = QSettings().value(fileDialogSizeKey, QSize(800, 520)).toSize();
+    dialog.resize(kept.expandedTo(dialog.minimumSizeHint()).boundedTo(room));
+    new SizeKeeper(dialog); // the dialog's
 }
 
 } // namespace
@@ -138,11 +174,13 @@ void fitOnScreen(QWidget& window) {
     const QSize frame = usualFrame();
     if (auto* const dialog = qobject_cast<QDialog*>(&window))
         makeScrollable(*dialog, roomFor(window).size() - frame);
+    if (auto* const files = qobject_cast<QFileDialog*>(&window))
+        giveRoom(*files, roomFor(window).size() - frame);
     const QRect wanted = window.geometry();
     const QRect placed = placedOnScreen(QRect(wanted.topLeft(), wanted.size() + frame));
     if (placed.size() != wanted.size() + frame)
         window.setGeometry(QRect(placed.topLeft(), placed.size() - frame));
-    for (const int milliseconds : {100, 400})
+    for (const int milliseconds : {100, 400, 1500})
         QTimer::singleShot(milliseconds, &window, [&window] { settleFrame(window); });
 }
 

@@ -14,7 +14,8 @@ namespace vorlen {
 QRect placedOnScreen(const QRect& wanted);
 
 /// For a window or dialog that is about to be shown: keeps it on its screen, no larger than that. A dialog whose fields
-/// need more room than there is gets scroll bars, but not one of Qt itself. Nothing for other widgets.
+/// need more room than there is gets scroll bars, but not one of Qt itself. A dialog of files gets the size that the
+/// last one was given by the user. Nothing for other widgets.
 ///
 /// The frame that the desktop puts around a window is known only when it is there: the window is brought back onto the
 /// screen once more then.

@@ -1,14 +1,20 @@
 #include "ui/app/workspace.h"
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 #include <QApplication>
 #include <QDir>
 #include <QDockWidget>
 #include <QFile>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSettings>
@@ -34,13 +40,16 @@
 #include "support/modalscript.h"
 #include "ui/app/guidewindow.h"
 #include "ui/app/historypanel.h"
+#include "ui/app/vrlrootbrowser.h"
 #include "ui/app/vrlrootmediator.h"
+#include "ui/app/vrlrootstatusbar.h"
 #include "ui/app/vrlrootwindow.h"
 #include "ui/commands/chosenkeys.h"
 #include "ui/cuts/cutspanel.h"
 #include "ui/imageserver/vrlimageproxy.h"
 #include "ui/models/modelpanel.h"
 #include "ui/models/modelviews.h"
+#include "ui/models/vrlslicelistwidget.h"
 #include "ui/scenes/scenepanel.h"
 #include "ui/scenes/vrlrenderingmediator.h"
 #include "ui/session/crosshair.h"
@@ -48,7 +57,9 @@
 #include "ui/slices/vrlrootsliceeditwidget.h"
 #include "ui/slices/vrlrootsliceeditwidgetmediator.h"
 #include "ui/slices/vrlsliceeditwidgetcanvas.h"
+#include "ui/slices/vrlsliceeditwidgetstatusbar.h"
 #include "ui/viewer/viewercanvasgl.h"
+#include "ui/widgets/elidedline.h"
 
 namespace vorlen {
 
@@ -254,11 +265,75 @@ TEST_F(WorkspaceTest, theOutlinesHaveAMenuToBeFoundIn) {
     EXPECT_TRUE(entry("Delete").isEnabled());
     entry("Copy to next slice").trigger();
     EXPECT_EQ(stack.getSlice(1).getNumItems(), 1);
+    const auto hint = [this] { return editor().getStatusBar()->getHint().toStdString(); };
+    EXPECT_EQ(hint().find("there are two"), std::string::npos);
+    trigger("slice.previous");
+    entry("Select all").trigger();
+    entry("Copy to next slice").trigger();
+    EXPECT_EQ(stack.getSlice(1).getNumItems(), 2);
+    EXPECT_NE(hint().find("there are two"), std::string::npos) << hint();
+    entry("Select all").trigger();
     entry("Delete").trigger();
     EXPECT_EQ(stack.getSlice(1).getNumItems(), 0);
     trigger("view.panorama");
     emit qobject_cast<QMenu*>(outlines->parent())->aboutToShow();
     EXPECT_FALSE(outlines->isEnabled()); // the slice is not seen
+}
+
+TEST_F(WorkspaceTest, theKeysOfTheToolsActBesideTheListsAndPagingTakesAnAutomaticOutline) {
+    Image image(40, 30, 8);
+    image.clear();
+    for (int y = 8; y < 22; ++y)
+        std::fill_n(image.getPixels()[y] + 10, 20, static_cast<unsigned char>(200));
+    ImageWriter().write(image, folder.filePath("i.tif").toStdString(), true);
+    VRLStack& stack = open();
+    trigger("model.new");
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    VRLSliceEditWidgetCanvas& canvas = editor().getCanvas();
+    ASSERT_TRUE(QTest::qWaitFor([&canvas] { return canvas.getImageProxy().hasImage(); }, 20000));
+    auto& slices = *window->browser().sliceList().findChild<QListWidget*>();
+    QTest::mouseClick(slices.viewport(), Qt::LeftButton, {}, slices.visualItemRect(slices.item(3)).center());
+    EXPECT_EQ(slice(), "s1");
+    QTest::keyClick(&slices, Qt::Key_A);
+    EXPECT_EQ(editor().getChosenTool(), "tool.automatic");
+    EXPECT_TRUE(canvas.hasFocus());
+
+    ASSERT_TRUE(QTest::qWaitFor([&canvas] { return canvas.getImageProxy().hasImage(); }, 20000));
+    const auto clickOnStructure = [&canvas] {
+        QTest::mouseClick(&canvas, Qt::LeftButton, {}, canvas.convertToPosition({20, 15}).toPoint());
+    };
+    clickOnStructure();
+    trigger("slice.next");
+    EXPECT_EQ(slice(), "s2");
+    ASSERT_EQ(stack.getSlice(1).getNumItems(), 1);
+    EXPECT_NE(window->statusBar().message().indexOf("on s1 was taken"), -1);
+    ASSERT_TRUE(QTest::qWaitFor([&canvas] { return canvas.getImageProxy().hasImage(); }, 20000));
+    clickOnStructure();
+    slices.setCurrentRow(0);
+    EXPECT_EQ(stack.getSlice(2).getNumItems(), 1);
+    // Undoing is no paging: nothing is taken that would end what can be redone.
+    clickOnStructure();
+    trigger("edit.undo");
+    EXPECT_EQ(slice(), "s2");
+    EXPECT_EQ(stack.getSlice(4).getNumItems(), 0);
+    EXPECT_TRUE(stack.history()->isRedoable());
+    stack.setModified(false);
+}
+
+TEST_F(WorkspaceTest, theOptionsGoBehindTheModelsWhereTheScreenIsTooLowForAllPanes) {
+    open();
+    QDockWidget& options = workspace().optionsDock();
+    const auto behind = [&] { return workspace().tabifiedDockWidgets(&workspace().modelDock()); };
+    trigger("show.panes");
+    EXPECT_FALSE(behind().contains(&options));
+    workspace().cutsDock().hide();
+    workspace().sceneDock().hide();
+    options.setMinimumHeight(options.screen()->availableGeometry().height());
+    trigger("show.panes");
+    EXPECT_TRUE(behind().contains(&options));
+    EXPECT_TRUE(workspace().cutsDock().isVisible());
+    EXPECT_TRUE(workspace().models().isVisible());
 }
 
 TEST_F(WorkspaceTest, theModelsDialogBeginsWithTheCurrentModel) {
@@ -299,6 +374,74 @@ TEST_F(WorkspaceTest, theHistoryListsStepsAndGoesToEach) {
     emit list.itemActivated(list.item(0));
     QCoreApplication::processEvents();
     EXPECT_EQ(stack.getNumModels(), 0);
+    stack.setModified(false);
+}
+
+TEST_F(WorkspaceTest, thePanelsLookTheSameOverAStrokeAndTurnGreyWhereTheLockLasts) {
+    VRLStack& stack = open();
+    trigger("model.new");
+    const auto seen = [this] {
+        QTest::qWait(50);
+        std::vector<QImage> images;
+        for (const QWidget* const panel :
+             {static_cast<QWidget*>(&workspace().models()), static_cast<QWidget*>(&window->toolBar()),
+              static_cast<QWidget*>(&window->browser())}) {
+            const QPoint corner = panel->mapTo(window, QPoint());
+            images.push_back(panel->screen()
+                                 ->grabWindow(window->winId(), corner.x(), corner.y(), panel->width(), panel->height())
+                                 .toImage());
+        }
+        return images;
+    };
+    VRLSliceEditWidgetCanvas& canvas = editor().getCanvas();
+    const VRLImageProxy& proxy = canvas.getImageProxy();
+    ASSERT_TRUE(QTest::qWaitFor([&proxy] { return proxy.hasImage(); }, 20000));
+    editor().chooseTool("tool.draw");
+    canvas.setFocus();
+    QTest::qWait(300);
+    const std::vector<QImage> before = seen();
+    const QPoint middle = canvas.rect().center();
+    QTest::mouseClick(&canvas, Qt::LeftButton, {}, middle);
+    ASSERT_TRUE(window->mediator().isLocked());
+    EXPECT_FALSE(window->browser().sliceList().isEnabled());
+    if (const std::vector<QImage> during = seen(); !window->browser().sliceList().updatesEnabled()) {
+        EXPECT_EQ(before, during);
+    } // else the machine was too busy to look in time
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        const std::vector<QImage> lasting = seen();
+        return lasting[0] != before[0] && lasting[1] != before[1] && lasting[2] != before[2];
+    }));
+    editor().getCommand("tool.cancel").trigger();
+    EXPECT_FALSE(window->mediator().isLocked());
+    stack.setModified(false);
+}
+
+TEST_F(WorkspaceTest, whatWasToldOfAStepGoesWithTheNextOneOrAnotherSlice) {
+    VRLStack& stack = open();
+    trigger("model.new");
+    const auto draw = [&stack](int y) {
+        ASSERT_TRUE(createItem(stack, stack.getSlice(0), stack.getModel(0), makeVertices({{1, 1}, {1, 9}, {9, y}})));
+    };
+    const auto said = [this] { return window->statusBar().message().toStdString(); };
+    draw(5);
+    trigger("edit.undo");
+    EXPECT_TRUE(said().starts_with("Undone: ")) << said();
+    draw(6);
+    EXPECT_EQ(said(), "");
+    trigger("edit.undo");
+    EXPECT_TRUE(said().starts_with("Undone: "));
+    trigger("slice.next");
+    EXPECT_EQ(said(), "");
+    // What has no room ends in dots, and is read in the tip.
+    const QString notice = QString("A long message ").repeated(30);
+    window->statusBar().setMessage(notice);
+    const auto lines = window->statusBar().findChildren<ElidedLine*>();
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_EQ(lines[0]->text(), notice);
+    EXPECT_EQ(lines[0]->toolTip(), notice);
+    const QImage cut = lines[0]->grab().toImage();
+    window->statusBar().setMessage(notice.left(notice.size() / 2)); // which begins and ends alike
+    EXPECT_EQ(cut, lines[0]->grab().toImage());
     stack.setModified(false);
 }
 

@@ -10,9 +10,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QComboBox>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
@@ -237,6 +239,14 @@ TEST(ImageNameFilters, everySuffixIsOfferedInAnyCase) {
     for (const char* name : {"a.tif", "a.tiff", "a.TIFF", "a.Tif", "a.IMG", "a.Png", "a.nii.gz", "a.ome.tif", "a.VM"})
         EXPECT_TRUE(isOffered(name)) << name;
     EXPECT_FALSE(isOffered("a.txt"));
+    QFileDialog dialog;
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    const auto shown = [&dialog](const QStringList& filters) {
+        setFilters(dialog, filters);
+        return dialog.findChild<QComboBox*>("fileTypeCombo")->itemText(0);
+    };
+    EXPECT_EQ(shown(imageNameFilters()), "Images");
+    EXPECT_EQ(shown({"Stacks (*.sdf)"}), "Stacks (*.sdf)");
 }
 
 // The neighbour's image stands in for a section that was lost, and folders number their images alike.

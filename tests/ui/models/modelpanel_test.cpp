@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include <QIcon>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
@@ -114,6 +116,17 @@ TEST_F(ModelPanelTest, aClickChoosesShowsAndLocks) {
     click(1, ModelTable::Locked);
     EXPECT_TRUE(!views.isHidden(*cell) && views.isLocked(*cell));
     EXPECT_FALSE(history().isUndoable()); // no edit of the document
+}
+
+TEST_F(ModelPanelTest, aModelHasItsColourOnTheSelectedRowAndOnAFineScreen) {
+    const auto icon = rows().index(1, ModelTable::Name).data(Qt::DecorationRole).value<QIcon>();
+    const QColor color = colorOf(*cell);
+    for (const QIcon::Mode mode : {QIcon::Normal, QIcon::Selected}) {
+        EXPECT_EQ(icon.pixmap(QSize(16, 16), 1, mode).toImage().pixelColor(8, 8), color);
+        const QImage fine = icon.pixmap(QSize(16, 16), 2, mode).toImage();
+        ASSERT_EQ(fine.width(), 32);
+        EXPECT_EQ(fine.pixelColor(16, 16), color);
+    }
 }
 
 TEST_F(ModelPanelTest, modelsAreMadeAndNamedInPlace) {

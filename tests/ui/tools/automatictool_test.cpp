@@ -158,6 +158,24 @@ TEST_F(AutomaticToolTest, anotherSliceAndALostModelEndThePreview) {
     EXPECT_EQ(slice->getNumItems(), 0);
 }
 
+TEST_F(AutomaticToolTest, whoGoesToAnotherSliceTakesTheOutlineThatIsShown) {
+    EXPECT_EQ(mediator->takeShown(), "");
+    press(QPoint(90, 40));
+    drag(QPoint(210, 160));
+    EXPECT_EQ(mediator->takeShown(), ""); // the box is still drawn
+    release(QPoint(210, 160));
+    ASSERT_TRUE(tool->hasOutline());
+    expectSteps(1, [this] { EXPECT_EQ(mediator->takeShown(), "The outline of \"Polygon\" on disc was taken."); });
+    EXPECT_NEAR(lastArea(), disc(40), 260);
+    EXPECT_EQ(mediator->takeShown(), "");
+    dragBox(QPoint(90, 40), QPoint(210, 160));
+    cancel();
+    EXPECT_EQ(mediator->takeShown(), "");
+    mediator->chooseTool("tool.draw");
+    EXPECT_EQ(mediator->takeShown(), "");
+    EXPECT_EQ(polygon->getNumItems(), 1);
+}
+
 TEST_F(AutomaticToolTest, thePreviewFollowsTheOptionsAndIsTakenThere) {
     auto& threshold = option<OptionSlider>("automatic.threshold");
     auto& take = option<QPushButton>("automatic.accept");

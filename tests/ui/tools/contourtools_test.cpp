@@ -1,7 +1,10 @@
 #include "ui/slices/drawingfixture.h"
 
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
+#include <QCheckBox>
 #include <QContextMenuEvent>
 #include <QLabel>
 #include <QPushButton>
@@ -15,6 +18,7 @@
 #include "shapes/curve.h"
 #include "support/dialogdriver.h"
 #include "support/modalscript.h"
+#include "ui/tools/vrlcopydialog.h"
 #include "ui/tools/vrlcurveresamplingdialog.h"
 #include "ui/tools/vrlfourierdialog.h"
 #include "ui/tools/vrlsliceeditwidgetmediatordialogdelegate.h"
@@ -363,6 +367,37 @@ TEST_F(ContourToolsTest, linesThatDoNotCutLeaveTheContour) {
     action("Split contour")->trigger();
     selection->removeSelection();
     EXPECT_FALSE(splitDelegate()->isActive());
+}
+
+TEST(ContourToolDialogs, theSlicesThatGetACopyAreNamedAndThoseOutlinedPassedOver) {
+    const std::vector<VRLCopyDialog::Slice> slices = {{"a", true}, {"b"}, {"<i>", false}, {"d", true}, {"e"}, {"f"}};
+    using Ranks = std::vector<int>;
+    VRLCopyDialog dialog(nullptr, slices, 2);
+    dialog.show();
+    const QPushButton& ok = button(dialog, "OK");
+    auto& passOver = *dialog.findChild<QCheckBox*>();
+    const auto says = [&dialog](const QString& text) {
+        const auto labels = dialog.findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(),
+                           [&text](const QLabel* label) { return label->text() == text; });
+    };
+    EXPECT_EQ(dialog.targets(), Ranks()); // the one behind is outlined
+    EXPECT_FALSE(ok.isEnabled());
+    EXPECT_TRUE(says("To no slice; 1 is passed over."));
+    control<QSpinBox>(dialog, "Slices after").setValue(3);
+    EXPECT_EQ(dialog.targets(), (Ranks{4, 5}));
+    EXPECT_TRUE(ok.isEnabled());
+    dialog.setNumBefore(2);
+    EXPECT_EQ(dialog.targets(), (Ranks{1, 4, 5}));
+    EXPECT_TRUE(says("To 3 slices, from b to f; 2 are passed over."));
+    passOver.setChecked(false);
+    EXPECT_EQ(dialog.targets(), (Ranks{0, 1, 3, 4, 5}));
+    EXPECT_TRUE(says("To 5 slices, from a to f."));
+
+    VRLCopyDialog last(nullptr, {{"a"}, {"b"}}, 1);
+    last.show();
+    EXPECT_EQ(last.targets(), Ranks{0}); // there is none behind
+    EXPECT_FALSE(last.findChild<QCheckBox*>()->isVisible());
 }
 
 TEST(ContourToolDialogs, valuesSetFromOutsideSendNoSignal) {

@@ -70,9 +70,11 @@ TEST(SnakeConfigEditor, offersPropagationOnlyForARunOnEverySlice) {
     QCheckBox& propagation = checkBox(editor, "Use propagation");
     EXPECT_FALSE(all.isChecked());
     EXPECT_FALSE(propagation.isChecked());
-    EXPECT_FALSE(propagation.isEnabled());
+    QCheckBox& passesOver = checkBox(editor, "Pass over outlined slices");
+    EXPECT_TRUE(passesOver.isChecked());
+    EXPECT_FALSE(propagation.isEnabled() || passesOver.isEnabled());
     all.click();
-    EXPECT_TRUE(propagation.isEnabled());
+    EXPECT_TRUE(propagation.isEnabled() && passesOver.isEnabled());
     all.click();
     EXPECT_FALSE(propagation.isEnabled());
     VRLSnakeConfig config;
@@ -92,6 +94,7 @@ TEST(SnakeConfigEditor, givesBackWhatItWasGivenButTheFieldsWithoutAControl) {
     config.setScale(4);
     config.setRunOverStack(true);
     config.setPropagationEnabled(true);
+    config.setPassingOver(false);
     VRLSnakeConfigDialog dialog;
     EXPECT_EQ(dialog.windowTitle(), "Snake parameters");
     dialog.setConfig(config);
@@ -105,6 +108,7 @@ TEST(SnakeConfigEditor, givesBackWhatItWasGivenButTheFieldsWithoutAControl) {
     EXPECT_EQ(read.getScale(), 4u);
     EXPECT_TRUE(read.getRunOverStack());
     EXPECT_TRUE(read.isPropagationEnabled());
+    EXPECT_FALSE(read.isPassingOver());
 
     config.setAlpha(0.01f);
     config.setGradThreshold(1e9f);

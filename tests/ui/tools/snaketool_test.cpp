@@ -436,6 +436,11 @@ TEST_F(SnakeToolTest, aRangeIsOneStepAndTheDialogsBeginWithWhatWasChosen) {
     acceptRange(10, false);
     runSnake();
     EXPECT_EQ(newRadii(), (Radii{{40}, {10}, {40}, {40}, {10}, {30}, {40}}));
+    // Once more: all but the slice where it begins have theirs.
+    acceptRange(1, false);
+    runSnake();
+    EXPECT_EQ(statusBar->currentMessage(), "Snake: contours on 1 of 3 slices. 2 were outlined already.");
+    history().undo();
 
     // One that has none begins with the slices of the run before.
     model = &addModel(stack, "Another");

@@ -71,6 +71,13 @@ TEST_F(StayingToolsTest, outlinesAreDrawnOneAfterTheOtherWithoutAMenu) {
     EXPECT_EQ(chosen(), "tool.draw");
     dragFrom(QPoint(200, 50), {{200, 90}, {240, 90}, {240, 50}, {202, 50}}); // a stroke that comes back to its start
     EXPECT_EQ(polygon->getNumItems(), 3);
+    dragFrom(QPoint(200, 100), {{200, 140}, {240, 140}, {240, 100}, {212, 108}}); // nearly
+    EXPECT_EQ(polygon->getNumItems(), 4);
+    dragFrom(QPoint(100, 100), {{106, 106}, {100, 112}}); // has not come round yet
+    EXPECT_EQ(polygon->getNumItems(), 4);
+    draw({{140, 112}, {140, 80}, {112, 108}}); // a click is meant where it is
+    EXPECT_EQ(polygon->getNumItems(), 4);
+    cancel();
     draw({{20, 100}, {20, 140}});
     cancel(); // of the drawing, which undo brings back
     EXPECT_EQ(chosen(), "tool.draw");
@@ -237,6 +244,27 @@ TEST_F(StayingToolsTest, withNothingSelectedTheCurrentModelIsCopiedAndFilled) {
     views().setLocked(*polygon, false);
     expectSteps(1, [this] { trigger("Fill all gaps"); });
     EXPECT_EQ(polygon->getNumItems(), stack.getNumSlices() - stack.findSlice(*slice));
+    expectSteps(0, [this] { trigger("Fill all gaps"); }); // no box to be closed
+    EXPECT_NE(hint().find("no gap"), std::string::npos) << hint();
+}
+
+TEST_F(StayingToolsTest, aKeyThatDoesNothingSaysWhy) {
+    addItem(*polygon, *slice, square);
+    key(Qt::Key_S);
+    EXPECT_EQ(hint(), "\"Run Snake\" works on what is selected: click on an outline first.");
+    slice->getItem(0).getSelection().set(true);
+    selectionChanged();
+    key(Qt::Key_J);
+    EXPECT_EQ(hint(), "\"Join contours\" is not for what is selected now.");
+    const std::string before = hint();
+    key(Qt::Key_Y); // no key of anything
+    EXPECT_EQ(hint(), before);
+    mediator->chooseTool("tool.draw");
+    draw({{20, 20}, {20, 60}});
+    const std::string drawing = hint();
+    key(Qt::Key_J);
+    EXPECT_EQ(hint(), drawing); // which tells how to go on
+    mediator->getCancelCommand().trigger();
 }
 
 TEST_F(StayingToolsTest, aToolStaysOnFromSliceToSlice) {

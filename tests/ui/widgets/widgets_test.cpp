@@ -1,9 +1,11 @@
 #include <QApplication>
 #include <QColorDialog>
 #include <QDialog>
+#include <QFileDialog>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMessageBox>
 #include <QScreen>
 #include <QScrollArea>
@@ -21,8 +23,11 @@
 #include <gtest/gtest.h>
 
 #include "ui/widgets/colorselector.h"
+#include "ui/widgets/elidedline.h"
+#include "ui/widgets/letterkeys.h"
 #include "ui/widgets/placedwindow.h"
 #include "ui/widgets/qinputbox.h"
+#include "ui/widgets/stilllook.h"
 #include "ui/widgets/vrldecimalbox.h"
 #include "ui/widgets/vrlmenu.h"
 #include "ui/widgets/vrlsplitter.h"
@@ -106,6 +111,134 @@ TEST(VorlenApplication, whatIsTypedIntoADialogTakesThePlaceOfItsFirstField) {
     QTest::qWait(20);
     QTest::keyClicks(other, "s");
     EXPECT_EQ(other->text(), "others"); // who comes back goes on
+}
+
+TEST(StillLook, holdsPanelsUntilTheyAreReleasedOrTheLockLastsOrTheSizeChanges) {
+    QWidget window;
+    window.resize(200, 100);
+    auto* const panel = new QSpinBox(&window);
+    panel->setGeometry(0, 0, 80, 80);
+    auto* const canvas = new QWidget(&window);
+    canvas->setGeometry(100, 0, 100, 100);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    StillLook look(window);
+    look.hold({panel, nullptr});
+    EXPECT_TRUE(look.isHolding() && !panel->updatesEnabled());
+    look.release();
+    EXPECT_TRUE(!look.isHolding() && panel->updatesEnabled());
+    look.hold({panel});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel->updatesEnabled(); }));
+    // As long as a stroke takes, whose button is down elsewhere.
+    QTest::mouseMove(window.windowHandle(), QPoint(150, 50));
+    QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, QPoint(150, 50));
+    look.hold({panel});
+    QTest::qWait(2 * StillLook::patience);
+    EXPECT_TRUE(look.isHolding());
+    QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, QPoint(150, 50));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel->updatesEnabled(); }));
+    look.hold({panel});
+    panel->resize(70, 90); // a part of it was never painted
+    EXPECT_TRUE(panel->updatesEnabled());
+    look.hold({panel});
+    window.resize(300, 100);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel->updatesEnabled(); }, StillLook::patience / 2));
+    look.hold({panel});
+    delete panel;
+    look.release();
+}
+
+TEST(LetterKeys, lettersThatAreKeysActBesideAListAndAllOthersAreItsOwn) {
+    QWidget window;
+    auto* const layout = new QVBoxLayout(&window);
+    auto* const list = new QListWidget(&window);
+    list->addItems({"alpha", "beta", "gamma"});
+    auto* const canvas = new QWidget(&window);
+    canvas->setFocusPolicy(Qt::StrongFocus);
+    layout->addWidget(list);
+    layout->addWidget(canvas);
+    QStringList done;
+    for (const char* const keys : {"B", "Shift+G", "Del", "Ctrl+V", "Space"}) {
+        auto* const action = new QAction(canvas);
+        action->setShortcut(QKeySequence(keys));
+        action->setShortcutContext(Qt::WidgetShortcut);
+        QObject::connect(action, &QAction::triggered, canvas, [&done, keys] { done += keys; });
+        canvas->addAction(action);
+    }
+    new LetterKeys(*list, *canvas);
+    window.show();
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_G, Qt::NoModifier);
+    EXPECT_EQ(list->currentRow(), 2); // searched for
+    QTest::keyClick(list, Qt::Key_Up);
+    QTest::keyClick(list, Qt::Key_Delete);
+    QTest::keyClick(list, Qt::Key_V, Qt::ControlModifier);
+    QTest::keyClick(list, Qt::Key_Space);
+    EXPECT_TRUE(list->hasFocus());
+    EXPECT_EQ(list->currentRow(), 1);
+    EXPECT_EQ(done, QStringList());
+    QTest::keyClick(list, Qt::Key_B);
+    EXPECT_EQ(done, QStringList({"B"}));
+    EXPECT_TRUE(canvas->hasFocus());
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_G, Qt::ShiftModifier);
+    EXPECT_EQ(done, QStringList({"B", "Shift+G"}));
+    canvas->hide();
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_B);
+    EXPECT_EQ(done.size(), 2);
+}
+
+TEST(ElidedLine, takesASecondLineByItsWidthAloneAndShowsTheEndThere) {
+    QWidget window;
+    auto* const layout = new QVBoxLayout(&window);
+    auto* const line = new ElidedLine(&window);
+    line->setRoomFor(60);
+    layout->addWidget(line);
+    layout->addStretch(1);
+    const int character = line->fontMetrics().averageCharWidth();
+    window.resize(90 * character, 200);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    const int one = line->height();
+    window.resize(40 * character, 200);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return line->height() > one + line->fontMetrics().height() / 2; }));
+    const int two = line->height();
+    line->setLine("Short.");
+    QTest::qWait(20);
+    EXPECT_EQ(line->height(), two);
+    const auto seen = [line](const QString& text) {
+        line->setLine(text);
+        return line->grab().toImage();
+    };
+    const QString begin = "Click for vertices, or hold the button; close ";
+    EXPECT_NE(seen(begin + "it by Return."), seen(begin + "it by Space."));
+    const QString words = QString("word ").repeated(40);
+    EXPECT_EQ(seen(words + "a"), seen(words + "b")); // elided
+}
+
+TEST(VorlenApplication, aDialogOfFilesHasRoomAndKeepsTheSizeThatTheUserGivesIt) {
+    QSettings().remove("fileDialogs/size");
+    const auto show = [](const QSize& given) {
+        QFileDialog dialog;
+        dialog.setOption(QFileDialog::DontUseNativeDialog);
+        dialog.show();
+        const QSize size = dialog.size();
+        if (given.isValid())
+            dialog.resize(given);
+        dialog.hide();
+        return size;
+    };
+    EXPECT_EQ(show({}), QSize(800, 520));
+    EXPECT_EQ(show(QSize(700, 600)), QSize(800, 520));
+    EXPECT_EQ(show({}), QSize(700, 600));
+    QSettings().setValue("fileDialogs/size", QSize(100000, 2)); // of another screen
+    const QSize last = show({});
+    EXPECT_LE(last.width(), QGuiApplication::primaryScreen()->availableSize().width());
+    EXPECT_GT(last.height(), 100);
+    QSettings().remove("fileDialogs/size");
 }
 
 TEST(VorlenApplication, textsWithMarksAreShownAsTheyAre) {
