@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QTimer>
+#include <QWheelEvent>
 
 #include "document/modelitem.h"
 #include "document/stackslice.h"
@@ -433,6 +435,22 @@ void VRLRegistrationCanvas::mouseMoveEvent(QMouseEvent* event) {
     emit registrationChanged(toWorld(__modelRegistration));
     __rotationAngle = angle; // who hears of it gives the registration back, in tenths
     changed();
+}
+
+// A notch is 120 eighths of a degree; touch pads send less at a time, and what is left over of more is dropped: each
+// step reads the images anew.
+void VRLRegistrationCanvas::wheelEvent(QWheelEvent* event) {
+    event->accept();
+    __wheel += event->angleDelta().y();
+    if (std::abs(__wheel) < 120)
+        return;
+    const bool bigger = std::exchange(__wheel, 0) > 0;
+    if (__foregroundSlice == nullptr)
+        return;
+    if (bigger)
+        emit biggerWanted();
+    else
+        emit smallerWanted();
 }
 
 void VRLRegistrationCanvas::rotateBy(const QPoint& position) {

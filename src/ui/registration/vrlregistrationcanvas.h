@@ -98,6 +98,9 @@ signals:
     void registrationChanged(const Registration& registration);
     /// A click in landmark mode, on the canvas.
     void landmarkClicked(QPointF place);
+    /// A notch of the wheel, away from the user or towards.
+    void biggerWanted();
+    void smallerWanted();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -105,6 +108,7 @@ protected:
     void changeEvent(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     enum DragMode { ShiftDrag = 0, RotateDrag = 1 };
@@ -142,6 +146,7 @@ private:
     double __rotationAngle = 0; // as it is dragged, not yet in tenths
     DragMode __dragMode = ShiftDrag;
     QPoint __lastPosition;
+    int __wheel = 0; // that has not made a notch yet, in eighths of a degree
     bool __updating = false;
     bool __displayIsOld = true;
     bool __editable = true;

@@ -89,6 +89,8 @@ void VRLRegistrationMediator::initialize() {
     connect(&__panel, &Panel::applyClicked, this, &Mediator::apply);
     connect(&__panel, &Panel::biggerClicked, this, &Mediator::increaseScale);
     connect(&__panel, &Panel::smallerClicked, this, &Mediator::decreaseScale);
+    connect(&__canvas, &VRLRegistrationCanvas::biggerWanted, this, &Mediator::increaseScale);
+    connect(&__canvas, &VRLRegistrationCanvas::smallerWanted, this, &Mediator::decreaseScale);
     connect(&__panel, &Panel::lockClicked, this, &Mediator::setLocked);
     connect(&__panel, &Panel::comparisonChanged, this, &Mediator::setComparison);
     connect(&__panel, &Panel::worstFirstClicked, &__commands.action("slice.worstFirst"), &QAction::setChecked);

@@ -343,6 +343,17 @@ TEST_F(VRLRegistrationWindowTest, scaleChangesThePictureAndNotTheRegistration) {
     canvas().setScale(80);
     mediator().setRegistration(Registration(7.125, -3, 33));
     const int width = canvas().places().backgroundFrame().width();
+    const auto turnWheel = [this](int eighths) {
+        QWheelEvent wheel(middle(), canvas().mapToGlobal(QPointF(middle())), {}, QPoint(0, eighths), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&canvas(), &wheel);
+    };
+    turnWheel(-120);
+    EXPECT_EQ(canvas().getScale(), 70u);
+    turnWheel(70); // of a touch pad
+    EXPECT_EQ(canvas().getScale(), 70u);
+    turnWheel(70);
+    EXPECT_EQ(canvas().getScale(), 80u);
     click("Bigger");
     EXPECT_EQ(canvas().getScale(), 90u);
     EXPECT_NEAR(canvas().places().backgroundFrame().width(), width * 90 / 80.0, 2);
