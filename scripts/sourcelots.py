@@ -4,6 +4,7 @@ Called as a program, with the build folder, it reads "target<tab>source" lines f
 BUILD/unity/groups.cmake, which tells CMake what to compile together.
 """
 import collections
+import functools
 import pathlib
 import re
 import sys
@@ -17,6 +18,9 @@ NOT_NAMES = {"operator", "double", "float", "int", "auto"}  # found where a decl
 TESTS = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P|_SUITE)?\b|^INSTANTIATE_")
 NOT_CODE = re.compile(r"//.*|\"(?:\\\\.|[^\"\\\\\n])*\"")
 USED = re.compile(r"(?<![.\w])(?<!->)(?<!::)[A-Za-z_]\w*")
+INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
+TYPE = re.compile(r"^(?:class|struct|enum class|enum|using) (\w+)", re.M)
+SRC = pathlib.Path(__file__).resolve().parent.parent / "src"
 ALLOCATES = re.compile(r"^void\* operator new", re.M)  # for all of the program: compiled with others it warns of theirs
 MOST_SOURCES = 16
 MOST_BYTES = 120000
@@ -52,14 +56,38 @@ def words(text):
     return set(USED.findall(code)) | set(MACRO.findall(text))
 
 
+@functools.cache
+def read(header):
+    """The types that a header of the project declares, and what it includes of the project."""
+    path = SRC / header
+    text = path.read_text(errors="replace") if path.exists() else ""
+    return frozenset(TYPE.findall(text)), tuple(INCLUDE.findall(text))
+
+
+def types_seen(text):
+    """The types that the headers declare which a source includes, and those which these include."""
+    types, seen, left = set(), set(), INCLUDE.findall(text)
+    while left:
+        header = left.pop()
+        if header not in seen:
+            seen.add(header)
+            declared, includes = read(header)
+            types |= declared
+            left += includes
+    return types
+
+
 def clashing(items, text):
     """For each item those that it can't stand beside."""
     private = {item: private_names(text(item)) for item in items}
+    hidden = {item: private[item] - {template_of(member) for member in MEMBER.findall(text(item))} for item in items}
     used = {item: words(text(item)) for item in items}
-    return {
-        item: {other for other in items if other != item and (private[item] & used[other] or private[other] & used[item])}
-        for item in items
-    }
+    seen = {item: types_seen(text(item)) for item in items}
+
+    def hides(item, other):
+        return private[item] & used[other] or hidden[item] & seen[other]
+
+    return {item: {each for each in items if each != item and (hides(item, each) or hides(each, item))} for item in items}
 
 
 def lots(items, text, fits):

@@ -21,7 +21,7 @@ namespace vorlen {
 namespace {
 
 /// An outline of the reference with its box, outside of which nothing has to be looked at.
-struct Outline {
+struct Ring {
     Curve<double> curve;
     BoundingBox<double> box;
 
@@ -33,8 +33,8 @@ struct Outline {
     }
 };
 
-std::vector<Outline> outlinesOn(const StackSlice& slice, const Model& reference) {
-    std::vector<Outline> outlines;
+std::vector<Ring> outlinesOn(const StackSlice& slice, const Model& reference) {
+    std::vector<Ring> outlines;
     for (int i = 0; i < slice.getNumItems(); ++i) {
         const ModelItem& item = slice.getItem(i);
         if (item.getModel() == &reference && item.extent().isValid())
@@ -44,12 +44,12 @@ std::vector<Outline> outlinesOn(const StackSlice& slice, const Model& reference)
 }
 
 /// The vertices that lie outside of all outlines; all of them when too few would stay.
-ModelItemSelection outsideOf(const std::vector<Outline>& outlines, const ModelItem& item) {
+ModelItemSelection outsideOf(const std::vector<Ring>& outlines, const ModelItem& item) {
     const int n = item.getSize();
     ModelItemSelection outside;
     outside.reset(n);
     outside.set(true);
-    for (const Outline& outline : outlines)
+    for (const Ring& outline : outlines)
         for (int i = n - 1; i >= 0; --i)
             if (outside.isSelected(i) && outline.contains(item.getVertices()[i]))
                 outside.set(false, i, false);
@@ -80,7 +80,7 @@ void planModels(const Model& reference, const std::vector<Model*>& models, Filte
 void planPoints(const Stack& stack, const Model& reference, const std::vector<Model*>& models, FilterPlan& plan) {
     for (int s = 0; s < stack.getNumSlices(); ++s) {
         const StackSlice& slice = stack.getSlice(s);
-        const std::vector<Outline> outlines = outlinesOn(slice, reference);
+        const std::vector<Ring> outlines = outlinesOn(slice, reference);
         for (int i = slice.getNumItems() - 1; i >= 0; --i) {
             const ModelItem& item = slice.getItem(i);
             if (!isAmong(models, item.getModel()))
