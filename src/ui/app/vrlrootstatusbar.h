@@ -62,7 +62,7 @@ private:
     QLabel* __warning;
     VRLSliceEditWidgetStatusBar* __sliceStatusBar;
     QProgressBar* __progressBar;
-    QString __step;              // of a task, as told last; goes with its end
+    QString __step;               // of a task, as told last; goes with its end
     QElapsedTimer __sinceEvents;  // that passed
     QElapsedTimer __sincePicture; // of the progress bar
     qint64 __rest = 0;            // to the next one, in milliseconds

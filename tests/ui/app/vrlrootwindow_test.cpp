@@ -18,8 +18,8 @@
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 #include <QTextEdit>
+#include <QThread>
 #include <QTimer>
 #include <QToolBar>
 #include <QTreeWidget>
