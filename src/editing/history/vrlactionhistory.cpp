@@ -3,6 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include <QStringList>
+
+#include "document/model.h"
+#include "document/modelitem.h"
+#include "document/stackslice.h"
+#include "editing/actions/vrlitemaction.h"
+#include "editing/actions/vrlmodelaction.h"
 #include "editing/bus/vrleventbatch.h"
 #include "editing/bus/vrleventdeferral.h"
 #include "editing/history/vrlaction.h"
@@ -10,6 +17,29 @@
 #include "numerics/exception.h"
 
 namespace vorlen {
+
+namespace {
+
+/// What its first action does, to which model, on which slice, and how many more do the like.
+QString nameOf(const VRLActionList& step) {
+    const VRLAction& first = step.first();
+    QStringList where;
+    if (const auto* const action = dynamic_cast<const VRLItemAction*>(&first)) {
+        if (const Model* const model = action->getItem().getModel())
+            where += QString::fromStdString(model->getName());
+        if (const StackSlice* const slice = action->getItem().getSlice())
+            where += QString::fromStdString(slice->getName());
+    } else if (const auto* const change = dynamic_cast<const VRLModelAction*>(&first)) {
+        where += QString::fromStdString(change->getModel().getName());
+    }
+    const int more = step.getSize() - 1;
+    const QString name = first.description(false);
+    if (where.isEmpty())
+        return name;
+    return name + " (" + where.join(", ") + (more > 0 ? QString(" and %1 more").arg(more) : QString()) + ")";
+}
+
+} // namespace
 
 VRLActionHistory::VRLActionHistory(QObject* parent) : QObject(parent) {
 }
@@ -218,7 +248,7 @@ QStringList VRLActionHistory::getUndoDescriptions(int most) const {
     QStringList names;
     const std::size_t size = __undoList.size(), number = std::min(size, static_cast<std::size_t>(std::max(most, 0)));
     for (std::size_t k = size - number; k < size; ++k)
-        names += __undoList[k]->first().description(false);
+        names += nameOf(*__undoList[k]);
     return names;
 }
 
@@ -226,7 +256,7 @@ QStringList VRLActionHistory::getRedoDescriptions(int most) const {
     QStringList names;
     const std::size_t size = __redoList.size(), number = std::min(size, static_cast<std::size_t>(std::max(most, 0)));
     for (std::size_t k = size; k > size - number; --k)
-        names += __redoList[k - 1]->first().description(false);
+        names += nameOf(*__redoList[k - 1]);
     return names;
 }
 

@@ -54,6 +54,8 @@ void HistoryPanel::fill() {
     __list->addItems(done);
     const int current = __list->count() - 1;
     __list->addItems(undone);
+    for (int row = 0; row < __list->count(); ++row)
+        __list->item(row)->setToolTip(__list->item(row)->text()); // which may be cut
     for (int row = current + 1; row < __list->count(); ++row)
         __list->item(row)->setForeground(palette().color(QPalette::Disabled, QPalette::Text));
     __list->setCurrentRow(current);

@@ -136,7 +136,8 @@ void VRLRootStatusBar::subjectStarted(const std::string& text) {
 void VRLRootStatusBar::subjectFinished(const std::string& text) {
     __progressBar->reset();
     __progressBar->hide();
-    __sinceUpdate.invalidate();
+    __sinceEvents.invalidate();
+    __sincePicture.invalidate();
     if (!text.empty())
         setMessage(QString::fromStdString(text), 2000);
     else if (!__step.isEmpty() && message() == __step) // which is no longer true
@@ -151,19 +152,25 @@ void VRLRootStatusBar::subjectProgressed(const std::string& text) {
 
 void VRLRootStatusBar::subjectProgressed(unsigned int current, unsigned int total) {
     const int value = total > 0 ? static_cast<int>(std::lround(100.0 * current / total)) : 0;
-    if (__sinceUpdate.isValid() && __sinceUpdate.elapsed() < __pause)
+    constexpr qint64 pause = 40; // milliseconds
+    if (__sinceEvents.isValid() && __sinceEvents.elapsed() < pause)
         return;
-    __sinceUpdate.start();
-    if (value != __progressBar->value()) {
+    // A repaint of the window is dear where the graphics are made by software: it may take a fifth of the time.
+    const bool shows =
+        value != __progressBar->value() && !(__sincePicture.isValid() && __sincePicture.elapsed() < __rest);
+    if (shows) {
         __progressBar->setUpdatesEnabled(false); // else the value is painted at once, and with the rest once more
         __progressBar->setValue(value);
         __progressBar->setUpdatesEnabled(true);
         __progressBar->show();
     }
+    __sinceEvents.start();
     processPaintEvents(); // also where a step is long
-    // A repaint of the window is dear where the graphics are made by software: it may take a fifth of the time.
-    __pause = std::max<qint64>(40, 4 * __sinceUpdate.elapsed());
-    __sinceUpdate.start();
+    if (shows) {
+        __rest = 4 * __sinceEvents.elapsed();
+        __sincePicture.start();
+    }
+    __sinceEvents.start();
 }
 
 } // namespace vorlen

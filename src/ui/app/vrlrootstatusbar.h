@@ -62,9 +62,10 @@ private:
     QLabel* __warning;
     VRLSliceEditWidgetStatusBar* __sliceStatusBar;
     QProgressBar* __progressBar;
-    QString __step;              // of a task, as told last; goes with its end
-    QElapsedTimer __sinceUpdate; // of the progress bar
-    qint64 __pause = 0;          // to the next one, in milliseconds
+    QString __step;               // of a task, as told last; goes with its end
+    QElapsedTimer __sinceEvents;  // that passed
+    QElapsedTimer __sincePicture; // of the progress bar
+    qint64 __rest = 0;            // to the next one, in milliseconds
 };
 
 } // namespace vorlen

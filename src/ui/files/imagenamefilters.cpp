@@ -33,8 +33,9 @@ QStringList imageNameFilters() {
 
 void setFilters(QFileDialog& dialog, const QStringList& filters) {
     constexpr int longest = 40; // characters, that say more than they take
-    dialog.setOption(QFileDialog::HideNameFilterDetails,
-                     std::any_of(filters.begin(), filters.end(), [](const QString& each) { return each.size() > longest; }));
+    dialog.setOption(
+        QFileDialog::HideNameFilterDetails,
+        std::any_of(filters.begin(), filters.end(), [](const QString& each) { return each.size() > longest; }));
     dialog.setNameFilters(filters);
 }
 

@@ -19,6 +19,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextEdit>
+#include <QThread>
 #include <QTimer>
 #include <QToolBar>
 #include <QTreeWidget>
@@ -792,6 +793,35 @@ TEST_F(VRLRootWindowTest, progressMovesTheBarAndEndsWithAMessage) {
     EXPECT_EQ(bar.message(), "Slice 8 has no image");
     bar.subjectFinished("Done");
     EXPECT_EQ(bar.message(), "Done");
+}
+
+// A window that takes its time to paint, as where the graphics are made by software.
+TEST_F(VRLRootWindowTest, eventsPassMoreOftenThanTheBarIsPainted) {
+    struct SlowPaint : QObject {
+        bool eventFilter(QObject* watched, QEvent* event) override {
+            if (event->type() == QEvent::Paint) {
+                ++pictures;
+                QThread::msleep(60);
+            }
+            return QObject::eventFilter(watched, event);
+        }
+        int pictures = 0;
+    } slow;
+    VRLRootStatusBar& bar = window->statusBar();
+    bar.progressBar().installEventFilter(&slow);
+    int heard = 0, passes = 0;
+    bar.subjectStarted("Reading...");
+    for (unsigned int k = 0; k < 1000; ++k) {
+        const int before = heard;
+        QMetaObject::invokeMethod(
+            &slow, [&heard] { ++heard; }, Qt::QueuedConnection);
+        QThread::msleep(1);
+        static_cast<ProgressMonitor&>(bar).subjectProgressed(k, 1000U);
+        passes += heard > before;
+    }
+    bar.subjectFinished("");
+    EXPECT_GT(slow.pictures, 1);
+    EXPECT_GT(passes, 2 * slow.pictures);
 }
 
 TEST_F(VRLRootWindowTest, aCommandThatFailsIsToldAndChangesNothing) {

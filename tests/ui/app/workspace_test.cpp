@@ -27,6 +27,7 @@
 #include <gtest/gtest.h>
 
 #include "editing/history/vrlactionhistory.h"
+#include "editing/operations/copyoperations.h"
 #include "editing/operations/itemoperations.h"
 #include "editing/operations/modeloperations.h"
 #include "editing/operations/sliceoperations.h"
@@ -361,6 +362,9 @@ TEST_F(WorkspaceTest, theHistoryListsStepsAndGoesToEach) {
     ASSERT_EQ(all.size(), 4);
     for (const QString& step : all)
         EXPECT_FALSE(step.contains("No description")) << step.toStdString();
+    const QString name = QString::fromStdString(model.getName());
+    EXPECT_EQ(all[1], "Create model (" + name + ")");
+    EXPECT_EQ(all[3], "Item creation (" + name + ", s0)");
     auto& list = *workspace().history().findChild<QListWidget*>();
     EXPECT_EQ(list.currentRow(), 3);
     emit list.itemActivated(list.item(1));
@@ -371,6 +375,11 @@ TEST_F(WorkspaceTest, theHistoryListsStepsAndGoesToEach) {
     emit list.itemActivated(list.item(3));
     QCoreApplication::processEvents();
     EXPECT_EQ(stack.getModel(0).getNumItems(), 2);
+    stack.getSlice(0).getItem(0).getSelection().set(true);
+    ASSERT_TRUE(copySelection(stack, stack.getSlice(0), {&stack.getSlice(1), &stack.getSlice(2)}));
+    EXPECT_EQ(steps().last(), "Item creation (" + name + ", s1 and 1 more)");
+    stack.history()->undo();
+    EXPECT_EQ(steps().last(), "Item creation (" + name + ", s1 and 1 more)"); // to be redone
     emit list.itemActivated(list.item(0));
     QCoreApplication::processEvents();
     EXPECT_EQ(stack.getNumModels(), 0);
