@@ -49,6 +49,7 @@ bool StillLook::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::Show:
     case QEvent::Hide:
     case QEvent::WindowStateChange:
+    case QEvent::WindowBlocked:
         if (watched != &__window || event->type() != QEvent::Move)
             release();
         break;

@@ -15,7 +15,7 @@ namespace vorlen {
 ///
 /// Only what lasts is shown: after `patience` the panels are painted as they are, but for a mouse button that is held
 /// down elsewhere. At once they are when the window or one of them changes its size, which would leave a part
-/// unpainted.
+/// unpainted, and when a dialog blocks the window.
 class StillLook : public QObject {
     Q_OBJECT
 

@@ -144,6 +144,11 @@ TEST(StillLook, holdsPanelsUntilTheyAreReleasedOrTheLockLastsOrTheSizeChanges) {
     window.resize(300, 100);
     EXPECT_TRUE(QTest::qWaitFor([&] { return panel->updatesEnabled(); }, StillLook::patience / 2));
     look.hold({panel});
+    QDialog dialog(&window);
+    dialog.open();
+    EXPECT_TRUE(panel->updatesEnabled());
+    dialog.close();
+    look.hold({panel});
     delete panel;
     look.release();
 }
