@@ -88,7 +88,7 @@ VORLEN_INLINED void thinPlatesBody(T* values, int count, T epsilon) {
 namespace radialkernels {
 
 VORLEN_FUSED void squareDistances(const double* const* axes, int space, const double* v, int first, int count,
-                                 double* squares) {
+                                  double* squares) {
     squareDistancesBody(axes, space, v, first, count, squares);
 }
 
@@ -98,7 +98,7 @@ void squareDistances(const long double* const* axes, int space, const long doubl
 }
 
 VORLEN_FUSED void distances(const double* const* axes, int space, const double* v, int first, int count,
-                           double* distances) {
+                            double* distances) {
     distancesBody(axes, space, v, first, count, distances);
 }
 
