@@ -76,9 +76,9 @@ QRect around(int x, int y, int distance) {
 } // namespace
 
 TEST_F(Painter, drawsPolygonsClosedAndPolylinesOpenWithoutFilling) {
-    const std::vector<std::pair<int, int>> square{{10, 10}, {30, 10}, {30, 30}, {10, 30}};
-    const QImage polygon = paint(makeItem(PolygonPrimitive, square));
-    const QImage polyline = paint(makeItem(PolylinePrimitive, square));
+    const std::vector<std::pair<int, int>> outline{{10, 10}, {30, 10}, {30, 30}, {10, 30}};
+    const QImage polygon = paint(makeItem(PolygonPrimitive, outline));
+    const QImage polyline = paint(makeItem(PolylinePrimitive, outline));
     EXPECT_EQ(painted(polygon), QRect(10, 10, 21, 21));
     EXPECT_EQ(count(polygon, green), 80);
     EXPECT_EQ(polygon.pixel(20, 20), white);
