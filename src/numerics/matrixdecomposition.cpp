@@ -245,6 +245,7 @@ Vector<T> Matrix<T>::solve(const Vector<T>& b) const {
     }
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type in a list of parameters takes none
 #define VORLEN_MATRIX_DECOMPOSITIONS(T)                                                                                \
     template void Matrix<T>::leftHouseholderTransform(const Vector<T>&, T);                                            \
     template void Matrix<T>::rightHouseholderTransform(const Vector<T>&, T);                                           \
@@ -257,6 +258,7 @@ Vector<T> Matrix<T>::solve(const Vector<T>& b) const {
     template Vector<T> Matrix<T>::svd(SquareMatrix<T>*, SquareMatrix<T>*) const;                                       \
     template Matrix<T> Matrix<T>::pinverse() const;                                                                    \
     template Vector<T> Matrix<T>::solve(const Vector<T>&) const
+// NOLINTEND(bugprone-macro-parentheses)
 
 VORLEN_MATRIX_DECOMPOSITIONS(double); // first, as those of small numbers turn by its rotations
 VORLEN_MATRIX_DECOMPOSITIONS(bool);

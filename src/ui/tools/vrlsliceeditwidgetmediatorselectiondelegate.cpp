@@ -253,6 +253,7 @@ void VRLSliceEditWidgetMediatorSelectionDelegate::copyToSlices() {
         return;
     const std::vector<bool> outlined = outlinedAlready(*stack(), *slice());
     std::vector<VRLCopyDialog::Slice> slices;
+    slices.reserve(outlined.size());
     for (int i = 0; i < stack()->getNumSlices(); ++i)
         slices.push_back({QString::fromStdString(stack()->getSlice(i).getName()), outlined[std::size_t(i)]});
     const QPointer<QObject> self(this);
