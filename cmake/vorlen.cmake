@@ -91,6 +91,21 @@ function(vorlen_compile target)
     endif()
 endfunction()
 
+# vorlen_meta_objects(target): compiles what Qt needs to know of the classes in the headers of the current room, together
+# with the first sources of the target, which have read those headers already. One run for each room, where AUTOMOC takes
+# one for each header and a source more: 200 s of a cold build of 13 minutes.
+function(vorlen_meta_objects target)
+    cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${PROJECT_SOURCE_DIR}/src OUTPUT_VARIABLE room)
+    file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h ${CMAKE_CURRENT_SOURCE_DIR}/*/*.h)
+    set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}_metaobjects.cpp)
+    add_custom_command(OUTPUT ${source}
+        COMMAND ${PROJECT_SOURCE_DIR}/cmake/metaobjects $<TARGET_FILE:Qt6::moc> ${CMAKE_CURRENT_SOURCE_DIR} ${room} ${source} ${headers}
+        DEPENDS ${headers} ${PROJECT_SOURCE_DIR}/cmake/metaobjects
+        VERBATIM)
+    target_sources(${target} PRIVATE ${source})
+    set_property(SOURCE ${source} PROPERTY UNITY_GROUP 0)
+endfunction()
+
 # vorlen_program(target SOURCES ... LINKS ...): an executable.
 function(vorlen_program target)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
@@ -136,7 +151,6 @@ function(vorlen_gui_test room)
     find_package(Qt6 6.4 REQUIRED COMPONENTS OpenGLWidgets Test)
     if(NOT TARGET vorlen_guimain)
         add_library(vorlen_guimain OBJECT ${PROJECT_SOURCE_DIR}/tests/support/guimain.cpp)
-        set_target_properties(vorlen_guimain PROPERTIES AUTOMOC OFF)
         target_link_libraries(vorlen_guimain PRIVATE vorlen_test_options vorlen_ui_widgets GTest::gtest)
         vorlen_precompile(vorlen_guimain windowtests)
     endif()

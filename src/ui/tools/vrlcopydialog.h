@@ -19,6 +19,7 @@ class VRLCopyDialog : public VRLContourToolDialog {
     Q_OBJECT
 
 public:
+    /// A slice that the outline can be copied to.
     struct Slice {
         QString name;
         bool outlined = false; // an outline stands there already
