@@ -224,6 +224,7 @@ void CutsPanel::paintCut(QPainter& painter, int which) const {
     painter.setPen(palette().color(QPalette::WindowText));
     painter.drawText(QRect(rect.left(), rect.top() - heading, std::max(rect.width(), 120), heading),
                      Qt::AlignLeft | Qt::AlignVCenter, which == 0 ? "XZ" : "YZ");
+    painter.fillRect(rect, palette().base());
     painter.drawImage(rect, __cuts[which]);
     painter.save();
     painter.setClipRect(rect);

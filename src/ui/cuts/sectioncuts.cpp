@@ -15,8 +15,7 @@ double sizeOfPixel(float size) {
     return std::isfinite(size) && size > 0 ? double(size) : 1;
 }
 
-void cutRow(const CutSection& section, bool acrossX, double at, double from, double step, int columns,
-            unsigned char* row) {
+void cutRow(const CutSection& section, bool acrossX, double at, double from, double step, int columns, QRgb* row) {
     const RigidMotion back = section.place.inverse();
     const Image& picture = *section.picture;
     const double scaleX = picture.getWidth() / section.width, scaleY = picture.getHeight() / section.height;
@@ -25,8 +24,10 @@ void cutRow(const CutSection& section, bool acrossX, double at, double from, dou
         const PlanePoint seen = back.apply(acrossX ? PlanePoint{along, at} : PlanePoint{at, along});
         const double u = std::floor((seen.x + section.width / 2) * scaleX);
         const double v = std::floor((seen.y + section.height / 2) * scaleY);
-        if (u >= 0 && v >= 0 && u < picture.getWidth() && v < picture.getHeight())
-            row[column] = picture.getPixels()[int(v)][int(u)];
+        if (u >= 0 && v >= 0 && u < picture.getWidth() && v < picture.getHeight()) {
+            const int grey = picture.getPixels()[int(v)][int(u)];
+            row[column] = qRgb(grey, grey, grey);
+        }
     }
 }
 
@@ -48,13 +49,13 @@ void extend(CutFrame& frame, const CutSection& section, bool first) {
 QImage cutThrough(const std::vector<CutSection>& sections, bool acrossX, double at, double from, double to,
                   int columns) {
     const int n = int(sections.size());
-    QImage cut(std::max(1, columns), std::max(1, n), QImage::Format_Grayscale8);
-    cut.fill(255);
+    QImage cut(std::max(1, columns), std::max(1, n), QImage::Format_ARGB32_Premultiplied);
+    cut.fill(Qt::transparent);
     const double step = (to - from) / std::max(1, columns);
     for (int i = 0; i < n; ++i) {
         const CutSection& section = sections[static_cast<std::size_t>(i)];
         if (section.picture != nullptr && section.width > 0 && section.height > 0)
-            cutRow(section, acrossX, at, from, step, columns, cut.scanLine(n - 1 - i));
+            cutRow(section, acrossX, at, from, step, columns, reinterpret_cast<QRgb*>(cut.scanLine(n - 1 - i)));
     }
     return cut;
 }

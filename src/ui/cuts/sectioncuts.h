@@ -21,7 +21,8 @@ struct CutSection {
 };
 
 /// A cut across all sections: a row for each, the last one on top, and a column for each of `columns` steps from `from`
-/// to `to`. Across x at the height `at` in y, or across y at `at` in x, in the length unit. White beside the sections.
+/// to `to`. Across x at the height `at` in y, or across y at `at` in x, in the length unit. Transparent beside the
+/// sections.
 QImage cutThrough(const std::vector<CutSection>& sections, bool acrossX, double at, double from, double to,
                   int columns);
 

@@ -103,6 +103,7 @@ void StripView::paintEvent(QPaintEvent* event) {
         painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(QRect(place.left(), place.top() - heading, place.width(), heading),
                          Qt::AlignLeft | Qt::AlignVCenter, titles[which]);
+        painter.fillRect(place, palette().base());
         painter.drawImage(place, __cuts[which]);
         painter.setPen(QPen(QColor(255, 120, 0), 1, Qt::DashLine));
         const int x = place.left() + int(__at[which] * (place.width() - 1));

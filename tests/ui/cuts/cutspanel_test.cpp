@@ -101,6 +101,22 @@ TEST_F(CutsPanelTest, outlinesAreCrossedWhereTheyLieInSpace) {
     EXPECT_NEAR(lines[0].along, 20, 1e-9);
 }
 
+TEST_F(CutsPanelTest, besideTheSectionsTheGroundOfTheWindowIsSeen) {
+    stack.getSlice(3).setRegistration(Registration(20, 0, 0));
+    show();
+    for (const QColor ground : {QColor(Qt::white), QColor(30, 34, 38)}) {
+        QPalette palette = panel.palette();
+        palette.setColor(QPalette::Base, ground);
+        panel.setPalette(palette);
+        const QImage shown = panel.grab().toImage();
+        const QRect cut = panel.cutRect(0);
+        EXPECT_EQ(shown.pixelColor(cut.left() + 10, cut.top() + 3), ground); // the last section begins further right
+        EXPECT_EQ(shown.pixelColor(cut.right() - 10, cut.top() + 3), QColor(170, 170, 170));
+        EXPECT_EQ(shown.pixelColor(cut.right() - 10, cut.bottom() - 3), ground);
+        EXPECT_EQ(shown.pixelColor(cut.left() + 10, cut.bottom() - 3), QColor(20, 20, 20));
+    }
+}
+
 TEST_F(CutsPanelTest, slicesReachToTheMiddleBetweenThem) {
     const CutHeights heights(stack);
     EXPECT_EQ(heights.from(), -2.5);
