@@ -1,11 +1,13 @@
 #include "document/stackwriter.h"
 
+#include <bit>
 #include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 
 #include "document/calibrationcurve.h"
@@ -58,6 +60,22 @@ char* writePixels(char* at, char* end, double value) {
                  : std::to_chars(at, end, value, std::chars_format::fixed).ptr;
 }
 
+/// The same of a pixel, which is most of what a file holds: four digits are made at once and those in front that are
+/// zero shifted out, since the processor cannot guess how many it will be. Writes up to three bytes behind the end.
+char* writePixel(char* at, std::int16_t value) {
+    const auto magnitude = static_cast<std::uint32_t>(std::abs(int(value)));
+    *at = '-';
+    at += value < 0;
+    if (magnitude >= 10000 || std::endian::native != std::endian::little)
+        return std::to_chars(at, at + longestNumber, magnitude).ptr;
+    const std::uint32_t front = magnitude / 100, back = magnitude % 100;
+    const std::uint32_t digits = front / 10 | front % 10 << 8 | back / 10 << 16 | back % 10 << 24 | 0x30303030U;
+    const int count = 1 + int(magnitude >= 10) + int(magnitude >= 100) + int(magnitude >= 1000);
+    const std::uint32_t shown = digits >> 8 * (4 - count);
+    std::memcpy(at, &shown, sizeof shown);
+    return at + count;
+}
+
 /// The same of thousandths.
 char* writeThousandths(char* at, std::int32_t value) {
     if (value < 0)
@@ -70,6 +88,28 @@ char* writeThousandths(char* at, std::int32_t value) {
     for (std::uint32_t place = 100; rest > 0; rest %= place, place /= 10)
         *at++ = char('0' + rest / place);
     return at;
+}
+
+/// So many vertices, of which write(at, i, axis) writes a coordinate and gives the end of what it wrote.
+template <class Write>
+void appendVertices(std::string& text, int size, const Write write) {
+    // A vertex is a blank, two numbers, a comma and a line end; as many as fit go into the text at once.
+    constexpr std::size_t longestVertex = 2 * longestNumber + 3;
+    char buffer[8 * longestVertex];
+    char* at = buffer;
+    for (int i = 0; i < size; ++i) {
+        if (at > buffer + sizeof buffer - longestVertex) {
+            text.append(buffer, at);
+            at = buffer;
+        }
+        *at++ = ' ';
+        at = write(at, i, 0);
+        *at++ = ',';
+        at = write(at, i, 1);
+        if (i % verticesPerLine == verticesPerLine - 1 && i != size - 1)
+            *at++ = '\n';
+    }
+    text.append(buffer, at);
 }
 
 void appendShift(std::string& text, double value) {
@@ -365,25 +405,17 @@ void StackWriter::writeItem(const Model& model, const ModelItem& item) {
     const std::int16_t* const pixels = item.getPacked().getPixels();
     const std::int32_t* const thousandths = item.getPacked().getThousandths();
     const Vertices<double>* const vertices = item.getPacked().getSize() > 0 ? nullptr : &item.getVertices();
-    const auto write = [&](char* at, int i, int axis) {
-        if (pixels != nullptr)
-            return std::to_chars(at, at + longestNumber, pixels[2 * std::ptrdiff_t(i) + axis]).ptr;
-        if (thousandths != nullptr)
-            return writeThousandths(at, thousandths[2 * std::ptrdiff_t(i) + axis]);
-        return writePixels(at, at + longestNumber, vertices ? (*vertices)[i][axis] : item.getCoordinate(i, axis));
-    };
-    // A blank, two numbers, a comma and a line end.
-    char buffer[2 * longestNumber + 3];
-    for (int i = 0; i < size; ++i) {
-        char* at = buffer;
-        *at++ = ' ';
-        at = write(at, i, 0);
-        *at++ = ',';
-        at = write(at, i, 1);
-        if (i % verticesPerLine == verticesPerLine - 1 && i != size - 1)
-            *at++ = '\n';
-        __text.append(buffer, at);
-    }
+    if (pixels != nullptr)
+        appendVertices(__text, size,
+                       [=](char* at, std::ptrdiff_t i, int axis) { return writePixel(at, pixels[2 * i + axis]); });
+    else if (thousandths != nullptr)
+        appendVertices(__text, size, [=](char* at, std::ptrdiff_t i, int axis) {
+            return writeThousandths(at, thousandths[2 * i + axis]);
+        });
+    else
+        appendVertices(__text, size, [&](char* at, int i, int axis) {
+            return writePixels(at, at + longestNumber, vertices ? (*vertices)[i][axis] : item.getCoordinate(i, axis));
+        });
     __text += endOfStatement;
     __text += item.getUnreadText();
 }

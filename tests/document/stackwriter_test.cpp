@@ -194,6 +194,24 @@ TEST(StackWriter, aLineBreakFollowsEverySeventhVertexButTheLast) {
     EXPECT_TRUE(contains(text, "MODELITEMDATA\n;\n"));
 }
 
+TEST(StackWriter, wholePixelsOfEveryLengthAreWritten) {
+    const StackFolder folder;
+    Stack stack;
+    StackSlice& slice = addMosaic(stack, "s");
+    Model& model = modelOf(stack, "m");
+    model.getProperties().setGeometry(PolylinePrimitive);
+    std::vector<std::pair<int, int>> points;
+    std::string expected = "DATA\n";
+    for (int i = 0; i < 3000; ++i) {
+        const int sizes[] = {0, 9, 10, 99, 100, 999, 1000, 9999, 10000, 32767, i};
+        points.emplace_back(sizes[i % 11], -sizes[i % 11] - i % 2);
+        expected += ' ' + std::to_string(points[std::size_t(i)].first) + ',' +
+                    std::to_string(points[std::size_t(i)].second) + (i % 7 == 6 ? "\n" : "");
+    }
+    itemOf(model, slice, points);
+    EXPECT_TRUE(contains(StackWriter().toText(stack, folder.path()), expected + ";\n"));
+}
+
 // Whole numbers stay whole, for readers that know no others, and the digits in front of a point are those of the place.
 TEST(StackWriter, verticesBetweenPixelsAreWrittenInTheFewestDigitsThatReadBackTheSame) {
     const StackFolder folder;
