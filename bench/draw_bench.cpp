@@ -10,6 +10,7 @@
 #include <ctime>
 #include <functional>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 
 #include <QAction>
@@ -121,9 +122,7 @@ public:
     /// Of a vertex, on the canvas.
     QPoint vertexPosition(const ModelItem& item, int i) const {
         const Vector<double>& vertex = item.getVertices()[i];
-        const QPoint origin = canvas->getViewOrigin();
-        const double zoom = double(canvas->getZoomFactor());
-        return QPoint(int((vertex[0] - origin.x() + 0.5) * zoom), int((vertex[1] - origin.y() + 0.5) * zoom));
+        return canvas->convertToPosition(QPointF(vertex[0] + 0.5, vertex[1] + 0.5)).toPoint();
     }
 
     /// The one in the middle of the image.
@@ -162,8 +161,11 @@ private:
     void waitFor(const std::function<bool()>& condition) {
         QElapsedTimer timer;
         timer.start();
-        while (!condition() && timer.elapsed() < 60000)
+        while (!condition()) {
+            if (timer.elapsed() > 60000)
+                throw std::runtime_error("vorlen-bench-draw: what was waited for did not come in a minute");
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+        }
     }
 
     void fill() {
