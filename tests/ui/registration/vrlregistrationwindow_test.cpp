@@ -718,13 +718,16 @@ TEST_F(VRLRegistrationWindowTest, cutsShowTheStackAsItIsRegistered) {
         window->getStrips().repaint();
         const QImage cut = window->getStrips().cut(0);
         EXPECT_EQ(cut.height(), 5);
-        const uchar* line = cut.constScanLine(4 - place);
-        return std::vector<int>(line, line + cut.width());
+        std::vector<QRgb> line;
+        line.reserve(std::size_t(cut.width()));
+        for (int x = 0; x < cut.width(); ++x)
+            line.push_back(cut.pixel(x, 4 - place));
+        return line;
     };
-    const std::vector<int> first = rowOf(0);
-    EXPECT_GT(std::set<int>(first.begin(), first.end()).size(), 20u); // some picture
-    EXPECT_EQ(rowOf(1), first);                                       // of the same tissue
-    mediator().nudge(50, 0, 0);                                       // before it is applied
+    const std::vector<QRgb> first = rowOf(0);
+    EXPECT_GT(std::set<QRgb>(first.begin(), first.end()).size(), 20u); // some picture
+    EXPECT_EQ(rowOf(1), first);                                        // of the same tissue
+    mediator().nudge(50, 0, 0);                                        // before it is applied
     EXPECT_NE(rowOf(1), rowOf(0));
     mediator().nudge(-50, 0, 0);
     EXPECT_EQ(rowOf(1), rowOf(0));
