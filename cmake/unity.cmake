@@ -23,6 +23,7 @@ function(vorlen_unity)
                 target_compile_options(${target} PRIVATE "$<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage;-Wno-restrict>"
                     "$<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow;-Wno-stringop-overread;-Wno-array-bounds>")
                 get_target_property(sources ${target} SOURCES)
+                # Without those that are made while building: the lots must not depend on whether they were already.
                 foreach(source IN LISTS sources)
                     cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY ${directory} NORMALIZE)
                     if(source MATCHES "\\.cpp$" AND NOT source MATCHES "_metaobjects" AND EXISTS ${source})
